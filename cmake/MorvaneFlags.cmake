@@ -1,0 +1,57 @@
+# What everything of the product is compiled with, and the helper that makes a target of the product:
+# no C++ runtime at run time, warnings on, sanitizers where asked for, and the path of each source
+# handed to it for its contract reports.
+
+set( MORVANE_WARNINGS -Wall -Wextra -Wshadow -Wundef -Wpointer-arith -Wcast-qual -Wno-invalid-offsetof )
+
+set( MORVANE_SANITIZE_FLAGS "" )
+
+if( MORVANE_SANITIZE )
+    set( MORVANE_SANITIZE_FLAGS -fsanitize=${MORVANE_SANITIZE} -fno-omit-frame-pointer )
+    if( MORVANE_SANITIZE MATCHES "undefined" )
+        list( APPEND MORVANE_SANITIZE_FLAGS -fno-sanitize-recover=undefined -fno-sanitize=vptr )
+    endif()
+endif()
+
+function( morvane_product_target target )
+    set_target_properties(
+        ${target}
+        PROPERTIES
+            CXX_STANDARD 20
+            CXX_STANDARD_REQUIRED ON
+            CXX_EXTENSIONS OFF
+            C_STANDARD 11
+            CXX_VISIBILITY_PRESET hidden
+            C_VISIBILITY_PRESET hidden
+            VISIBILITY_INLINES_HIDDEN ON
+            LINKER_LANGUAGE C
+    )
+    target_compile_options(
+        ${target}
+        PRIVATE ${MORVANE_WARNINGS} ${MORVANE_SANITIZE_FLAGS}
+                $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>
+                # A debug build keeps the checks of the containers it borrows from the standard library out,
+                # since they call into the C++ runtime.
+                -fno-math-errno -ffp-contract=off
+    )
+    target_link_options( ${target} PRIVATE ${MORVANE_SANITIZE_FLAGS} )
+    if( MORVANE_SANITIZE )
+        # The sanitizers' own run-time libraries are C++.
+        set_target_properties( ${target} PROPERTIES LINKER_LANGUAGE CXX )
+    endif()
+
+    get_target_property( sources ${target} SOURCES )
+    get_target_property( directory ${target} SOURCE_DIR )
+    foreach( source IN LISTS sources )
+        if( source MATCHES "\\.(c|cpp)$" )
+            get_filename_component( absolute "${source}" ABSOLUTE BASE_DIR "${directory}" )
+            file( RELATIVE_PATH relative "${PROJECT_SOURCE_DIR}" "${absolute}" )
+            string( REGEX REPLACE "\\.[a-z]+$" "" relative "${relative}" )
+            set_property(
+                SOURCE "${source}"
+                APPEND
+                PROPERTY COMPILE_DEFINITIONS "QV___SOURCE=\"${relative}\""
+            )
+        endif()
+    endforeach()
+endfunction()

@@ -1,0 +1,15 @@
+/** @file
+    The absence of a value as an object, since no container holds null. There is one, which lives as long as the
+    library runs; its text is `null`. */
+
+#ifndef QV_BOXED_NULL_H
+#define QV_BOXED_NULL_H
+
+#include "qv/sys/qv_types.h"
+
+QV_FAMILY( BoxedNull, QV_BOXED_NULL )
+
+/** A new reference to the one object. */
+QV_API QV_BOXED_NULL *qvBoxedNullCreate( void );
+
+#endif

@@ -1,0 +1,44 @@
+#include "qv/base/qv_boxed_real.h"
+
+#include "qv/base/qv_format.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_real.h"
+
+struct QV_BOXED_REAL : QV_OBJ
+{
+    QV_REAL value;
+};
+
+namespace
+{
+QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+{
+    QV_CHECK( thisObj );
+    QV_CHECK( thatObj );
+
+    return qvRealCompare( qvBoxedRealFrom( thisObj )->value, qvBoxedRealFrom( thatObj )->value );
+}
+
+QV_STRING *toString( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+
+    return qvFormatEncodeReal( qvBoxedRealFrom( thisObj )->value, 10, 0, -1, 0 );
+}
+} // namespace
+
+QV___FAMILY( BoxedReal, QV_BOXED_REAL, nullptr, compare, toString )
+
+QV_BOXED_REAL *qvBoxedRealCreate( QV_REAL value )
+{
+    QV_BOXED_REAL *br = qv::create< QV_BOXED_REAL >( qvBoxedRealSort() );
+    br->value         = value;
+
+    return br;
+}
+
+QV_REAL qvBoxedRealValue( QV_BOXED_REAL *br )
+{
+    QV_CHECK( br );
+    return br->value;
+}

@@ -1,0 +1,53 @@
+#ifndef QV_COMPONENT_PRIVATE_H
+#define QV_COMPONENT_PRIVATE_H
+
+#include "qv/sys/qv_types.h"
+
+/** The components of the library in the order of their start. They stop in the opposite order. The start of a
+    component may use all components before it. The version component goes before all of these: its start takes the
+    texts about the application. */
+#define QV___COMPONENTS( COMPONENT )                                                                                   \
+    COMPONENT( Mem )                                                                                                   \
+    COMPONENT( Unique )                                                                                                \
+    COMPONENT( Obj )                                                                                                   \
+    COMPONENT( StackTrace )                                                                                            \
+    COMPONENT( String )                                                                                                \
+    COMPONENT( Buffer )                                                                                                \
+    COMPONENT( Vector )                                                                                                \
+    COMPONENT( Dict )                                                                                                  \
+    COMPONENT( FormatFlags )                                                                                           \
+    COMPONENT( CharsetFlags )                                                                                          \
+    COMPONENT( NlfFlags )                                                                                              \
+    COMPONENT( RuntimeFlags )                                                                                          \
+    COMPONENT( RuntimePath )                                                                                           \
+    COMPONENT( RuntimeOs )                                                                                             \
+    COMPONENT( RuntimeHardware )                                                                                       \
+    COMPONENT( RuntimeVariant )                                                                                        \
+    COMPONENT( RuntimeComputerName )                                                                                   \
+    COMPONENT( RuntimeComputerInfo )                                                                                   \
+    COMPONENT( BoxedNull )                                                                                             \
+    COMPONENT( BoxedBool )                                                                                             \
+    COMPONENT( Charset )                                                                                               \
+    COMPONENT( RuntimePlatform )                                                                                       \
+    COMPONENT( Abort )
+
+#define QV___COMPONENT_DECLARE( Name )                                                                                 \
+    QV_API void qv___##Name##Startup( void ) __attribute__( ( weak ) );                                                \
+    QV_API void qv___##Name##Shutdown( void ) __attribute__( ( weak ) );
+
+QV___COMPONENTS( QV___COMPONENT_DECLARE )
+
+#undef QV___COMPONENT_DECLARE
+
+/** Keeps copies of the texts, each of which may be null, with the platform's `malloc`, since the memory services do
+    not run yet. */
+QV_API void qv___RuntimeVersionStartup(
+    const char *applicationIdentifier, const char *applicationFriendlyName, const char *applicationVersion );
+QV_API void qv___RuntimeVersionShutdown( void );
+
+/** Starts and stops all of them, and the version component first and last. */
+QV_API void qv___RuntimeComponentsStartup(
+    const char *applicationIdentifier, const char *applicationFriendlyName, const char *applicationVersion );
+QV_API void qv___RuntimeComponentsShutdown( void );
+
+#endif

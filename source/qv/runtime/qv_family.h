@@ -1,0 +1,204 @@
+/** @file
+    What a family is made of: the header that every object starts with, the record that describes a sort, and the
+    macro that defines a family in its source. Valid C11 and C++20, since modules define families of their own.
+
+        // qv_point.h
+        QV_FAMILY( Point, QV_POINT )
+        QV_API QV_POINT *qvPointCreate( QV_INT x, QV_INT y );
+
+        // qv_point.cpp
+        struct QV_POINT : QV_OBJ            // in C: struct QV_POINT { QV_OBJ obj; ...
+        {
+            QV_INT x, y;
+        };
+
+        QV___FAMILY( Point, QV_POINT, NULL, NULL, NULL )
+
+        QV_POINT *qvPointCreate( QV_INT x, QV_INT y )
+        {
+            QV_POINT *point = (QV_POINT *)qv___ObjCreate( sizeof( QV_POINT ), qvPointSort() );
+            ...
+
+    A free function gives up what the object's fields own; the block itself is not its business. A compare function
+    gives -1, 0 or 1, a to-string function a new text. Each may be null: nothing to give up, the order of the unique
+    numbers, the sort's name with the unique number. */
+
+#ifndef QV_FAMILY_H
+#define QV_FAMILY_H
+
+#include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_atomic.h"
+#include "qv/sys/qv_types.h"
+
+/* Object header -------------------------------------------------------------------------------------------------- */
+
+/** What wears the header. */
+#define QV___OBJ_TYPE_OBJECT 0
+#define QV___OBJ_TYPE_SORT   1
+#define QV___OBJ_TYPE_MODULE 2
+
+typedef struct QV___OBJ_LOG_ENTRY QV___OBJ_LOG_ENTRY;
+
+struct QV_OBJ
+{
+    uint64_t            type;
+    QV_SORT            *sort;              /**< null in sort records and module objects */
+    QV_INT              unique;            /**< atomic; -1 until the number is first needed */
+    int32_t             retainCount;       /**< atomic */
+    QV_INT              dbgObjectSize;     /**< the size given to qv___ObjCreate() */
+    QV_INT              dbgAllocationSize; /**< atomic; bytes of storage outside the object */
+    QV___OBJ_LOG_ENTRY *logFirst;
+    QV___OBJ_LOG_ENTRY *logLast;
+    QV_OBJ             *odbPrevious; /**< links in the sort's list of live objects, if the run keeps one */
+    QV_OBJ             *odbNext;
+};
+
+/* Sort record ---------------------------------------------------------------------------------------------------- */
+
+typedef void ( *QV___FREE_FUNC )( QV_OBJ *thisObj );
+typedef QV_INT ( *QV___COMPARE_FUNC )( QV_OBJ *thisObj, QV_OBJ *thatObj );
+typedef QV_STRING *( *QV___TO_STRING_FUNC )( QV_OBJ *thisObj );
+
+#ifdef __cplusplus
+struct QV_SORT : QV_OBJ
+{
+#else
+struct QV_SORT
+{
+    QV_OBJ obj;
+#endif
+    QV_MODULE          *module;
+    const char         *name;
+    QV___FREE_FUNC      freeFunc;
+    QV___COMPARE_FUNC   compareFunc;
+    QV___TO_STRING_FUNC toStringFunc;
+    int32_t             objects; /**< atomic; live objects */
+    QV_OBJ             *odbFirst;
+    QV_OBJ             *odbLast;
+    QV_SORT            *sortsPrevious; /**< links in the module's list of sorts with live objects */
+    QV_SORT            *sortsNext;
+};
+
+/** The header of a static sort record or module object. */
+#define QV___STATIC_HEADER( type ) { type, NULL, -1, 1, 0, 0, NULL, NULL, NULL, NULL }
+
+/* Creation and destruction --------------------------------------------------------------------------------------- */
+
+/** A new object of `size` bytes, header included, with one reference, which the caller owns. Its fields behind the
+    header are undefined. Null as `sort` and a size that no block can have end the process. */
+QV_API QV_OBJ *qv___ObjCreate( QV_INT size, QV_SORT *sort );
+
+/** Ends an object whose count has reached 0. Nobody calls it but a release. */
+QV_API void qv___ObjFree( QV_OBJ *thisObj );
+
+/** Adds or subtracts 1 and gives the new count; reads the count. */
+QV_API int32_t qv___RetainCountIncrement( int32_t *counter );
+QV_API int32_t qv___RetainCountDecrement( int32_t *counter );
+QV_API int32_t qv___RetainCountValue( int32_t *counter );
+
+#define QV___RETAIN_COUNT_VALUE( counter ) qv___AtomicCompareExchange32( &( counter ), 0, 0 )
+
+/** The object's unique number, drawn on first need; -1 for sorts and modules. */
+QV_API QV_INT qv___ObjUnique( QV_OBJ *thisObj );
+
+/** The size given at creation, and the size of the storage that the object's family has declared for it. A family
+    with storage outside its objects declares it whenever it changes and must be back at 0 when its free function
+    returns. Only the owner of an object may set it; a negative size and an overflow end the process. */
+QV_API QV_INT qv___ObjDbgObjectSize( QV_OBJ *thisObj );
+QV_API QV_INT qv___ObjDbgAllocationSize( QV_OBJ *thisObj );
+QV_API void   qv___ObjDbgSetAllocationSize( QV_OBJ *thisObj, QV_INT size );
+QV_API void   qv___ObjDbgSetAllocationSizeN( QV_OBJ *thisObj, QV_INT count, QV_INT size );
+
+QV_API QV_SORT   *qvObjSort( QV_OBJ *thisObj );
+QV_API QV_STRING *qvObjToString( QV_OBJ *thisObj );
+QV_API QV_INT     qvObjCompare( QV_OBJ *objA, QV_OBJ *objB );
+
+/* The family macro ----------------------------------------------------------------------------------------------- */
+
+/** The module object that the sorts of a source belong to. */
+#ifndef QV_THIS_MODULE
+#define QV_THIS_MODULE qv___module
+#endif
+
+/** The library's own module object. */
+QV_API QV_MODULE qv___module;
+
+#ifdef __cplusplus
+#define QV___HIDDEN extern "C" __attribute__( ( visibility( "hidden" ) ) )
+#else
+#define QV___HIDDEN __attribute__( ( visibility( "hidden" ) ) )
+#endif
+
+/** Defines what QV_FAMILY() declared: the sort record and the eight functions. */
+#define QV___FAMILY( Name, TYPE, freeFunction, compareFunction, toStringFunction )                                     \
+    QV___HIDDEN QV_SORT qv___sort_##TYPE;                                                                              \
+    QV_SORT             qv___sort_##TYPE = {                                                                           \
+        QV___STATIC_HEADER( QV___OBJ_TYPE_SORT ),                                                          \
+        &QV_THIS_MODULE,                                                                                   \
+        #TYPE,                                                                                             \
+        freeFunction,                                                                                      \
+        compareFunction,                                                                                   \
+        toStringFunction,                                                                                  \
+        0,                                                                                                 \
+        NULL,                                                                                              \
+        NULL,                                                                                              \
+        NULL,                                                                                              \
+        NULL };                                                                                            \
+                                                                                                                       \
+    QV_SORT *qv##Name##Sort( void )                                                                                    \
+    {                                                                                                                  \
+        return &qv___sort_##TYPE;                                                                                      \
+    }                                                                                                                  \
+                                                                                                                       \
+    QV___STANDARD_FUNCTIONS( Name, TYPE )
+
+#define QV___STANDARD_FUNCTIONS( Name, TYPE )                                                                          \
+    void qv##Name##Retain( TYPE *obj )                                                                                 \
+    {                                                                                                                  \
+        if( !obj )                                                                                                     \
+            qv___Abort( "stdfunc retain", QV___SOURCE, __LINE__, "obj" );                                              \
+        qv___AtomicAdd32( &( (QV_OBJ *)obj )->retainCount, 1 );                                                        \
+    }                                                                                                                  \
+                                                                                                                       \
+    void qv##Name##Release( TYPE *obj )                                                                                \
+    {                                                                                                                  \
+        if( !obj )                                                                                                     \
+            qv___Abort( "stdfunc release", QV___SOURCE, __LINE__, "obj" );                                             \
+        if( qv___AtomicAdd32( &( (QV_OBJ *)obj )->retainCount, -1 ) == 0 )                                             \
+            qv___ObjFree( (QV_OBJ *)obj );                                                                             \
+    }                                                                                                                  \
+                                                                                                                       \
+    QV_OBJ *qv##Name##Obj( TYPE *obj )                                                                                 \
+    {                                                                                                                  \
+        return (QV_OBJ *)obj;                                                                                          \
+    }                                                                                                                  \
+                                                                                                                       \
+    TYPE *qv##Name##From( QV_OBJ *obj )                                                                                \
+    {                                                                                                                  \
+        if( obj && obj->sort != &qv___sort_##TYPE && qvObjSort( obj ) != &qv___sort_##TYPE )                           \
+            qv___Abort( "stdfunc from", QV___SOURCE, __LINE__, "!obj || qvObjSort(obj)==&qv___sort_" #TYPE );          \
+        return (TYPE *)obj;                                                                                            \
+    }                                                                                                                  \
+                                                                                                                       \
+    QV_STRING *qv##Name##ToString( TYPE *obj )                                                                         \
+    {                                                                                                                  \
+        if( !obj )                                                                                                     \
+            qv___Abort( "stdfunc tostring", QV___SOURCE, __LINE__, "obj" );                                            \
+        return qvObjToString( (QV_OBJ *)obj );                                                                         \
+    }                                                                                                                  \
+                                                                                                                       \
+    QV_INT qv##Name##Compare( TYPE *objA, TYPE *objB )                                                                 \
+    {                                                                                                                  \
+        if( !objA )                                                                                                    \
+            qv___Abort( "stdfunc compare a", QV___SOURCE, __LINE__, "objA" );                                          \
+        if( !objB )                                                                                                    \
+            qv___Abort( "stdfunc compare b", QV___SOURCE, __LINE__, "objB" );                                          \
+        return qvObjCompare( (QV_OBJ *)objA, (QV_OBJ *)objB );                                                         \
+    }                                                                                                                  \
+                                                                                                                       \
+    QV_BOOL qv##Name##Equals( TYPE *objA, TYPE *objB )                                                                 \
+    {                                                                                                                  \
+        return qvObjCompare( (QV_OBJ *)objA, (QV_OBJ *)objB ) == 0 ? QV_TRUE : QV_FALSE;                               \
+    }
+
+#endif

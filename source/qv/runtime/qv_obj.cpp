@@ -1,0 +1,363 @@
+#include "qv/runtime/qv_obj.h"
+
+#include "qv/base/qv_string.h"
+#include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_obj_private.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/runtime/qv_runtime.h"
+#include "qv/runtime/qv_sort.h"
+#include "qv/sys/qv_int.h"
+#include "qv/sys/qv_lock_private.h"
+#include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_unique_private.h"
+
+#include <string.h>
+
+QV_BOOL qv___ObjOdbIsEnabled = QV_FALSE;
+QV_BOOL qv___ObjOrigin       = QV_FALSE;
+
+namespace
+{
+QV___LOCK *logLock = nullptr;
+QV___LOCK *odbLock = nullptr; // guards the lists of all sorts and modules; exists with the database only
+
+void linkObject( QV_SORT *sort, QV_OBJ *object )
+{
+    object->odbPrevious = sort->odbLast;
+
+    if( sort->odbLast )
+        sort->odbLast->odbNext = object;
+    else
+        sort->odbFirst = object;
+
+    sort->odbLast = object;
+}
+
+void unlinkObject( QV_SORT *sort, QV_OBJ *object )
+{
+    if( object->odbPrevious )
+        object->odbPrevious->odbNext = object->odbNext;
+    else
+        sort->odbFirst = object->odbNext;
+
+    if( object->odbNext )
+        object->odbNext->odbPrevious = object->odbPrevious;
+    else
+        sort->odbLast = object->odbPrevious;
+}
+
+void linkSort( QV_OBJ *result )
+{
+    QV_MODULE *module = result->sort->module;
+
+    QV_CHECK( result->sort->sortsNext == NULL );
+    QV_CHECK( result->sort->sortsPrevious == NULL );
+
+    result->sort->sortsPrevious = module->sortsLast;
+
+    if( module->sortsLast )
+        module->sortsLast->sortsNext = result->sort;
+    else
+        module->sortsFirst = result->sort;
+
+    module->sortsLast = result->sort;
+}
+
+void unlinkSort( QV_SORT *sort )
+{
+    QV_MODULE *module = sort->module;
+
+    if( sort->sortsPrevious )
+        sort->sortsPrevious->sortsNext = sort->sortsNext;
+    else
+        module->sortsFirst = sort->sortsNext;
+
+    if( sort->sortsNext )
+        sort->sortsNext->sortsPrevious = sort->sortsPrevious;
+    else
+        module->sortsLast = sort->sortsPrevious;
+
+    sort->sortsPrevious = nullptr;
+    sort->sortsNext     = nullptr;
+}
+
+// One more live object of the sort, and maybe one more sort of its module. The module's count goes up with the first
+// object of a sort and down with its last.
+void countIn( QV_OBJ *object )
+{
+    QV_SORT *sort = object->sort;
+
+    if( qv___AtomicAdd32( &sort->objects, 1 ) == 1 && sort->module )
+    {
+        qv___AtomicAdd32( &sort->module->sorts, 1 );
+
+        if( qv___ObjOdbIsEnabled )
+            linkSort( object );
+    }
+}
+
+void countOut( QV_SORT *sort )
+{
+    if( qv___AtomicAdd32( &sort->objects, -1 ) == 0 && sort->module )
+    {
+        if( qv___ObjOdbIsEnabled )
+            unlinkSort( sort );
+
+        qv___AtomicAdd32( &sort->module->sorts, -1 );
+    }
+}
+} // namespace
+
+void qv___ObjStartup( void )
+{
+    QV_INT flags = qvRuntimeFlags();
+
+    logLock              = qv___LockCreate();
+    qv___ObjOdbIsEnabled = ( flags & QV_RUNTIME_FLAG_OBJECT_DATABASE ) ? QV_TRUE : QV_FALSE;
+
+    if( qv___ObjOdbIsEnabled )
+        odbLock = qv___LockCreate();
+
+    qv___ObjOrigin = ( flags & QV_RUNTIME_FLAG_OBJECT_ORIGIN ) ? QV_TRUE : QV_FALSE;
+}
+
+void qv___ObjShutdown( void )
+{
+    qv___LockDestroy( logLock );
+
+    if( odbLock )
+        qv___LockDestroy( odbLock );
+
+    logLock              = nullptr;
+    odbLock              = nullptr;
+    qv___ObjOdbIsEnabled = QV_FALSE;
+    qv___ObjOrigin       = QV_FALSE;
+}
+
+QV_OBJ *qv___ObjCreate( QV_INT size, QV_SORT *sort )
+{
+    QV_CHECK( sort );
+
+    QV_OBJ *result = static_cast< QV_OBJ * >( qvMemAlloc( size ) );
+
+    result->type              = QV___OBJ_TYPE_OBJECT;
+    result->sort              = sort;
+    result->unique            = QV___UNIQUE_INVALID;
+    result->retainCount       = 1;
+    result->dbgObjectSize     = size;
+    result->dbgAllocationSize = 0;
+    result->logFirst          = nullptr;
+    result->logLast           = nullptr;
+    result->odbPrevious       = nullptr;
+    result->odbNext           = nullptr;
+
+    if( __builtin_expect( qv___ObjOdbIsEnabled, 0 ) )
+    {
+        qv::HeldLock held( odbLock );
+        countIn( result );
+        linkObject( sort, result );
+    }
+    else
+    {
+        countIn( result );
+    }
+
+    return result;
+}
+
+void qv___ObjFree( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+
+    if( thisObj->type != QV___OBJ_TYPE_OBJECT )
+        return;
+
+    QV_CHECK_AS(
+        qv___AtomicLoad32( &thisObj->retainCount ) == 0,
+        "thisObj->type != QV___OBJ_TYPE_OBJECT || QV___RETAIN_COUNT_VALUE( thisObj->retainCount ) == 0" );
+    QV_CHECK( thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->sort );
+
+    QV_SORT *sort = thisObj->sort;
+
+    // Out of the list first, so that no snapshot finds an object whose free function runs.
+    if( __builtin_expect( qv___ObjOdbIsEnabled, 0 ) )
+    {
+        qv::HeldLock held( odbLock );
+        unlinkObject( sort, thisObj );
+    }
+
+    if( sort->freeFunc )
+        sort->freeFunc( thisObj );
+
+    if( qv___AtomicLoad64( &thisObj->dbgAllocationSize ) != 0 )
+        qv___Abort(
+            "Allocation size failure", QV___SOURCE, __LINE__,
+            "!QV___ATOMIC_INT_COMPARE_EXCHANGE( &thisObj->dbgAllocationSize, 0, 0 )" );
+
+    QV_INT unique = thisObj->unique;
+
+    if( unique != QV___UNIQUE_INVALID )
+        qv___UniquePut( unique );
+
+    // The counts go down last: when a module's count of sorts reaches 0, none of its code runs for an object.
+    if( __builtin_expect( qv___ObjOdbIsEnabled, 0 ) )
+    {
+        qv::HeldLock held( odbLock );
+        countOut( sort );
+    }
+    else
+    {
+        countOut( sort );
+    }
+
+    memset( static_cast< void * >( thisObj ), 0xFF, sizeof( QV_OBJ ) );
+    __asm__ volatile( "" : : "r"( thisObj ) : "memory" ); // the compiler would drop stores to memory that is freed
+    qvMemFree( thisObj );
+}
+
+void qvObjRetain( QV_OBJ *obj )
+{
+    QV_CHECK( obj );
+    qv::retain( obj );
+}
+
+void qvObjRelease( QV_OBJ *obj )
+{
+    QV_CHECK( obj );
+    qv::release( obj );
+}
+
+int32_t qv___RetainCountIncrement( int32_t *counter )
+{
+    return qv___AtomicAdd32( counter, 1 );
+}
+
+int32_t qv___RetainCountDecrement( int32_t *counter )
+{
+    return qv___AtomicAdd32( counter, -1 );
+}
+
+int32_t qv___RetainCountValue( int32_t *counter )
+{
+    return QV___RETAIN_COUNT_VALUE( *counter );
+}
+
+QV_SORT *qvObjSort( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+
+    if( thisObj->sort )
+        return thisObj->sort;
+
+    if( thisObj->type == QV___OBJ_TYPE_SORT )
+        return qvSortSort();
+
+    QV_CHECK( thisObj->type == QV___OBJ_TYPE_MODULE );
+    return &qv___sort_QV_MODULE;
+}
+
+QV_INT qvObjCompare( QV_OBJ *objA, QV_OBJ *objB )
+{
+    QV_CHECK( objA );
+    QV_CHECK( objB );
+
+    if( objA == objB )
+        return 0;
+
+    QV_SORT *sort = qvObjSort( objA );
+
+    if( sort != qvObjSort( objB ) || !sort->compareFunc )
+        return qvObjDefaultCompareFunc( objA, objB );
+
+    return sort->compareFunc( objA, objB );
+}
+
+QV_INT qvObjDefaultCompareFunc( QV_OBJ *thisObj, QV_OBJ *thatObj )
+{
+    QV_CHECK( thisObj );
+    QV_CHECK( thatObj );
+
+    if( QV_INT order = qvSortCompare( qvObjSort( thisObj ), qvObjSort( thatObj ) ) )
+        return order;
+
+    QV_INT thisUnique = qv___ObjUnique( thisObj );
+    QV_INT thatUnique = qv___ObjUnique( thatObj );
+
+    return ( thisUnique > thatUnique ) - ( thisUnique < thatUnique );
+}
+
+QV_STRING *qvObjToString( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+
+    qv::Ref< QV_SORT > sort = qv::Ref< QV_SORT >::share( qvObjSort( thisObj ) );
+    QV_STRING *result = sort->toStringFunc ? sort->toStringFunc( thisObj ) : qvObjDefaultToStringFunc( thisObj );
+    QV_CHECK( result );
+
+    return result;
+}
+
+QV_STRING *qvObjDefaultToStringFunc( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+
+    return qvStringCreateFromFormatCstr(
+        "%~s(%^!16i)", -1, qvSortName( qvObjSort( thisObj ) ), qv___ObjUnique( thisObj ) );
+}
+
+QV_INT qv___ObjUnique( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+    QV_CHECK( thisObj->sort || thisObj->type != QV___OBJ_TYPE_OBJECT );
+
+    if( thisObj->type != QV___OBJ_TYPE_OBJECT )
+        return QV___UNIQUE_INVALID;
+
+    QV_INT unique = qv___AtomicLoad64( &thisObj->unique );
+
+    if( unique != QV___UNIQUE_INVALID )
+        return unique;
+
+    QV_INT drawn = qv___UniqueGet();
+    unique       = qv___AtomicCompareExchange64( &thisObj->unique, QV___UNIQUE_INVALID, drawn );
+
+    if( unique == QV___UNIQUE_INVALID )
+        return drawn;
+
+    // Another thread was faster.
+    qv___UniquePut( drawn );
+    return unique;
+}
+
+QV_INT qv___ObjDbgObjectSize( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+    return thisObj->dbgObjectSize;
+}
+
+QV_INT qv___ObjDbgAllocationSize( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+    return qv___AtomicLoad64( &thisObj->dbgAllocationSize );
+}
+
+void qv___ObjDbgSetAllocationSize( QV_OBJ *thisObj, QV_INT size )
+{
+    QV_CHECK( thisObj );
+    QV_CHECK( size >= 0 );
+
+    QV_INT old = qv___AtomicLoad64( &thisObj->dbgAllocationSize );
+    QV_CHECK_AS(
+        old == qv___AtomicCompareExchange64( &thisObj->dbgAllocationSize, old, size ),
+        "old == QV___ATOMIC_INT_COMPARE_EXCHANGE( &thisObj->dbgAllocationSize, old, size )" );
+}
+
+void qv___ObjDbgSetAllocationSizeN( QV_OBJ *thisObj, QV_INT count, QV_INT size )
+{
+    QV_CHECK( thisObj );
+    QV_CHECK( count >= 0 );
+    QV_CHECK( size >= 0 );
+    QV_CHECK( QV_INT_MUL_OK( count, size ) );
+
+    qv___ObjDbgSetAllocationSize( thisObj, count * size );
+}

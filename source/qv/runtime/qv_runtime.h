@@ -1,0 +1,198 @@
+/** @file
+    The run time: start and stop of the library, what is running, and where it keeps its files.
+
+        qvRuntimeStartup( 0, printToStandardOutput, "my-app", "My Application", "1.0" );
+        ...                                     // everything else happens here
+        qvRuntimeShutdown();
+
+    Start and stop are called from one thread while no other thread runs code of the library; in between, everything
+    here may be called from any thread, since it is fixed at the start. A stopped library can be started again. */
+
+#ifndef QV_RUNTIME_H
+#define QV_RUNTIME_H
+
+#include "qv/sys/qv_types.h"
+
+/* Start and stop ------------------------------------------------------------------------------------------------- */
+
+#define QV_RUNTIME_FLAG_MINIMAL                  1    /**< without the file system: no paths; stands alone */
+#define QV_RUNTIME_FLAG_SYSTEM                   2    /**< system installation: data under /var/opt, not in the home */
+#define QV_RUNTIME_FLAG_MEMORY_DEBUG             4    /**< new memory is filled with bytes 0xFF */
+#define QV_RUNTIME_FLAG_OBJECT_DATABASE          8    /**< all live objects are kept in lists */
+#define QV_RUNTIME_FLAG_OBJECT_ORIGIN            16   /**< objects log the stack of their creation */
+#define QV_RUNTIME_FLAG_SNAPSHOT_SORT            32   /**< reports name the sorts with their object counts */
+#define QV_RUNTIME_FLAG_SNAPSHOT_OBJECT          64   /**< reports name each object and its retain count */
+#define QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_TOSTRING 128  /**< reports add each object's text */
+#define QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_LOG      256  /**< reports add each object's log */
+#define QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS    512  /**< no signal handlers are installed */
+#define QV_RUNTIME_FLAG_IMPLICIT_MODULE_PATH     1024 /**< modules are searched by the loader, not in the bin path */
+#define QV_RUNTIME_FLAG_MODULE_DEBUG             2048 /**< loading and unloading of modules print their progress */
+
+/** Receives what is printed. `chs` is valid during the call only. Calls come one at a time, from any thread; the
+    function must not print. */
+typedef void ( *QV_RUNTIME_PRINT_FUNC )( const QV_CHAR *chs, QV_INT length );
+
+/** Starts the library. `flags` are normalised; `printFunc` may be null, and then printing has no effect. The three
+    texts are zero-terminated UTF-8 or null and are copied. A failure ends the process. */
+QV_API void qvRuntimeStartup(
+    QV_INT flags, QV_RUNTIME_PRINT_FUNC printFunc, const char *applicationIdentifier,
+    const char *applicationFriendlyName, const char *applicationVersion );
+
+/** Stops the library. All objects should be gone by then. */
+QV_API void qvRuntimeShutdown( void );
+
+/** The flags of this run, normalised; 0 while the library is stopped. */
+QV_API QV_INT qvRuntimeFlags( void );
+
+/** The flags without undefined bits and without those that depend on one that is missing. */
+QV_API QV_INT qvRuntimeFlagsNormalize( QV_INT flags );
+
+/** Reads flags from names or numbers with `|` between them; unknown ones have no effect. Null ends the process. */
+QV_API QV_INT qvRuntimeFlagsFromString( QV_STRING *qvs );
+
+/** The names of the normalised flags with `|` between them, as a new text. */
+QV_API QV_STRING *qvRuntimeFlagsToString( QV_INT flags );
+
+/** Hands characters to the print hook, if there is one. A negative length, and null with another length than 0, end
+    the process. */
+QV_API void qvRuntimePrint( const QV_CHAR *chs, QV_INT chsLength );
+
+/* What is running ------------------------------------------------------------------------------------------------ */
+
+/** The product: new texts. */
+QV_API QV_STRING *qvRuntimeVersionProductName( void );
+QV_API QV_STRING *qvRuntimeVersionProductFriendlyName( void );
+QV_API QV_STRING *qvRuntimeVersionProductVendorName( void );
+QV_API QV_STRING *qvRuntimeVersionProductCopyright( void );
+
+/** The version of the product, in parts and as a new text like `4.0.19`. */
+QV_API QV_INT     qvRuntimeVersionProductVersionMajor( void );
+QV_API QV_INT     qvRuntimeVersionProductVersionMinor( void );
+QV_API QV_INT     qvRuntimeVersionProductVersionRelease( void );
+QV_API QV_STRING *qvRuntimeVersionProductVersion( void );
+
+/** The texts about the application that the start was given: new texts, or null. */
+QV_API QV_STRING *qvRuntimeVersionApplicationIdentifier( void );
+QV_API QV_STRING *qvRuntimeVersionApplicationFriendlyName( void );
+QV_API QV_STRING *qvRuntimeVersionApplicationVersion( void );
+QV_API QV_BOOL    qvRuntimeVersionApplicationHasIdentifier( void );
+QV_API QV_BOOL    qvRuntimeVersionApplicationHasFriendlyName( void );
+QV_API QV_BOOL    qvRuntimeVersionApplicationHasVersion( void );
+
+/* Operating system, hardware and variant: constants of the build -------------------------------------------------- */
+
+#define QV_RUNTIME_OS_WINDOWS     0
+#define QV_RUNTIME_OS_DEBIAN_7    1
+#define QV_RUNTIME_OS_DEBIAN_8    2
+#define QV_RUNTIME_OS_DEBIAN_9    3
+#define QV_RUNTIME_OS_DEBIAN_10   4
+#define QV_RUNTIME_OS_UBUNTU_1404 5
+#define QV_RUNTIME_OS_UBUNTU_1604 6
+#define QV_RUNTIME_OS_UBUNTU_1804 7
+#define QV_RUNTIME_OS_UBUNTU_2004 8
+#define QV_RUNTIME_OS_MACOSX      9
+
+#define QV_RUNTIME_OS_OK( os ) ( ( os ) >= QV_RUNTIME_OS_WINDOWS && ( os ) <= QV_RUNTIME_OS_MACOSX )
+
+#define QV_RUNTIME_HARDWARE_X32         0
+#define QV_RUNTIME_HARDWARE_X64         1
+#define QV_RUNTIME_HARDWARE_RPI2        2
+#define QV_RUNTIME_HARDWARE_RPI3        3
+#define QV_RUNTIME_HARDWARE_INNOVAPHONE 4
+#define QV_RUNTIME_HARDWARE_ARMHF       5
+#define QV_RUNTIME_HARDWARE_ARM64       6
+#define QV_RUNTIME_HARDWARE_MIPS        7
+
+#define QV_RUNTIME_HARDWARE_OK( hw ) ( ( hw ) >= QV_RUNTIME_HARDWARE_X32 && ( hw ) <= QV_RUNTIME_HARDWARE_MIPS )
+
+#define QV_RUNTIME_VARIANT_RELEASE 0
+#define QV_RUNTIME_VARIANT_DEBUG   1
+
+#define QV_RUNTIME_VARIANT_OK( var ) ( ( var ) >= QV_RUNTIME_VARIANT_RELEASE && ( var ) <= QV_RUNTIME_VARIANT_DEBUG )
+
+/** The build's own value. */
+QV_API QV_INT qvRuntimeOs( void );
+QV_API QV_INT qvRuntimeHardware( void );
+QV_API QV_INT qvRuntimeVariant( void );
+
+/** Reads an enumerant's name or number; -1 if it is none. Null ends the process. */
+QV_API QV_INT qvRuntimeOsFromString( QV_STRING *qvs );
+QV_API QV_INT qvRuntimeHardwareFromString( QV_STRING *qvs );
+QV_API QV_INT qvRuntimeVariantFromString( QV_STRING *qvs );
+
+/** The enumerant's name, as `QV_RUNTIME_OS_DEBIAN_10`: a new text. A value out of range ends the process, here and in
+    all functions below. */
+QV_API QV_STRING *qvRuntimeOsToString( QV_INT os );
+QV_API QV_STRING *qvRuntimeHardwareToString( QV_INT hw );
+QV_API QV_STRING *qvRuntimeVariantToString( QV_INT var );
+
+/** Reads an identifier, as `debian10`, case and all; -1 if it is none. Null ends the process. */
+QV_API QV_INT qvRuntimeOsFromIdentifier( QV_STRING *qvs );
+QV_API QV_INT qvRuntimeHardwareFromIdentifier( QV_STRING *qvs );
+QV_API QV_INT qvRuntimeVariantFromIdentifier( QV_STRING *qvs );
+
+/** The identifier: a new text. */
+QV_API QV_STRING *qvRuntimeOsToIdentifier( QV_INT os );
+QV_API QV_STRING *qvRuntimeHardwareToIdentifier( QV_INT hw );
+QV_API QV_STRING *qvRuntimeVariantToIdentifier( QV_INT var );
+
+/** The name for people, as `Debian 10`: a new text. */
+QV_API QV_STRING *qvRuntimeOsFriendlyName( QV_INT os );
+QV_API QV_STRING *qvRuntimeHardwareFriendlyName( QV_INT hw );
+QV_API QV_STRING *qvRuntimeVariantFriendlyName( QV_INT var );
+
+/** What kind of system it is. Ubuntu counts as Debian, both count as Linux, and all but Windows as Unix. */
+QV_API QV_BOOL qvRuntimeOsIsWindows( QV_INT os );
+QV_API QV_BOOL qvRuntimeOsIsLinux( QV_INT os );
+QV_API QV_BOOL qvRuntimeOsIsDebian( QV_INT os );
+QV_API QV_BOOL qvRuntimeOsIsUnix( QV_INT os );
+
+/** What kind of hardware it is. */
+QV_API QV_BOOL qvRuntimeHardwareIsIntel( QV_INT hw );
+QV_API QV_BOOL qvRuntimeHardwareIsArm( QV_INT hw );
+QV_API QV_BOOL qvRuntimeHardwareIsLittleEndian( QV_INT hw );
+QV_API QV_BOOL qvRuntimeHardwareIsBigEndian( QV_INT hw );
+
+/** True for the combinations that the product exists for. */
+QV_API QV_BOOL qvRuntimeOsSupportsHardware( QV_INT os, QV_INT hw );
+
+/** What the operating system calls the hardware, as `amd64`: a new text, or null where it has no name for it. */
+QV_API QV_STRING *qvRuntimeOsHardwarePlatformName( QV_INT os, QV_INT hw );
+QV_API QV_BOOL    qvRuntimeOsHasHardwarePlatformName( QV_INT os, QV_INT hw );
+
+/* Paths ---------------------------------------------------------------------------------------------------------- */
+
+#define QV_RUNTIME_PATH_BIN          0
+#define QV_RUNTIME_PATH_RES          1
+#define QV_RUNTIME_PATH_DATA         2
+#define QV_RUNTIME_PATH_DATA_STORAGE 3
+#define QV_RUNTIME_PATH_DATA_TRACE   4
+#define QV_RUNTIME_PATH_DATA_ABORT   5
+#define QV_RUNTIME_PATH_DATA_TEMP    6
+
+#define QV_RUNTIME_PATH_OK( path ) ( ( path ) >= QV_RUNTIME_PATH_BIN && ( path ) <= QV_RUNTIME_PATH_DATA_TEMP )
+
+/** Reads an enumerant's name or number; -1 if it is none. Null ends the process. */
+QV_API QV_INT qvRuntimePathFromString( QV_STRING *qvs );
+
+/** The enumerant's name: a new text. A value out of range ends the process, here and below. */
+QV_API QV_STRING *qvRuntimePathToString( QV_INT path );
+
+/** The path, which ends with a solidus: a new reference, or null if the run has no such path. */
+QV_API QV_STRING *qvRuntimePath( QV_INT path );
+QV_API QV_BOOL    qvRuntimeHasPath( QV_INT path );
+
+/* The computer --------------------------------------------------------------------------------------------------- */
+
+/** What is known about the computer: new references, or null. */
+QV_API QV_STRING *qvRuntimeComputerName( void );
+QV_API QV_STRING *qvRuntimeOperatingSystemInfo( void );
+QV_API QV_STRING *qvRuntimeCpuInfo( void );
+QV_API QV_BOOL    qvRuntimeHasComputerName( void );
+QV_API QV_BOOL    qvRuntimeHasOperatingSystemInfo( void );
+QV_API QV_BOOL    qvRuntimeHasCpuInfo( void );
+
+/** All of the above as a new document. */
+QV_API QV_STORE *qvRuntimeInfo( void );
+
+#endif

@@ -1,0 +1,66 @@
+#include "qv/runtime/qv_sort.h"
+
+#include "qv/base/qv_name.h"
+#include "qv/base/qv_string.h"
+#include "qv/runtime/qv_module_private.h"
+#include "qv/runtime/qv_ref.h"
+
+#include <string.h>
+
+namespace
+{
+QV_INT sortCompare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+{
+    QV_CHECK( thisObj );
+    QV_CHECK( thatObj );
+
+    QV_SORT *thisSort = qvSortFrom( thisObj );
+    QV_SORT *thatSort = qvSortFrom( thatObj );
+
+    if( thisSort == thatSort )
+        return 0;
+
+    int order = strcmp( thisSort->name, thatSort->name );
+
+    if( order == 0 )
+        qv___Abort( nullptr, QV___SOURCE, __LINE__, nullptr );
+
+    return order < 0 ? -1 : 1;
+}
+
+QV_STRING *sortToString( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+    return qvSortName( qvSortFrom( thisObj ) );
+}
+} // namespace
+
+QV___FAMILY( Sort, QV_SORT, nullptr, sortCompare, sortToString )
+
+QV_MODULE *qvSortModule( QV_SORT *sort )
+{
+    QV_CHECK( sort );
+    return sort->module;
+}
+
+QV_BOOL qvSortHasModule( QV_SORT *sort )
+{
+    QV_CHECK( sort );
+    return sort->module ? QV_TRUE : QV_FALSE;
+}
+
+QV_STRING *qvSortName( QV_SORT *sort )
+{
+    QV_CHECK( sort );
+
+    QV_STRING *qvs = qvStringCreateFromCstr( sort->name, -1 );
+    QV_CHECK( qvNameUpperCaseOk( qvs, QV_TRUE ) );
+
+    return qvs;
+}
+
+QV_INT qvSortObjects( QV_SORT *sort )
+{
+    QV_CHECK( sort );
+    return qv___AtomicLoad32( &sort->objects );
+}

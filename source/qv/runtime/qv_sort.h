@@ -1,0 +1,22 @@
+/** @file
+    Sorts: the types of objects at run time. A sort is itself an object, which never ends: retaining and releasing
+    it have no effect on its life. All functions may be called from any thread; null ends the process. */
+
+#ifndef QV_SORT_H
+#define QV_SORT_H
+
+#include "qv/sys/qv_types.h"
+
+QV_FAMILY( Sort, QV_SORT )
+
+/** The module that defines the sort, borrowed, or null. */
+QV_API QV_MODULE *qvSortModule( QV_SORT *sort );
+QV_API QV_BOOL    qvSortHasModule( QV_SORT *sort );
+
+/** A new text of the sort's name, as `QV_STRING`. */
+QV_API QV_STRING *qvSortName( QV_SORT *sort );
+
+/** How many objects of the sort live now. */
+QV_API QV_INT qvSortObjects( QV_SORT *sort );
+
+#endif

@@ -1,0 +1,42 @@
+#ifndef QV_LOCK_PRIVATE_H
+#define QV_LOCK_PRIVATE_H
+
+#include "qv/sys/qv_types.h"
+
+/** A plain mutex for the layers below the monitor. Not recursive: a thread that acquires it twice blocks for ever,
+    so nothing that could come back may be called with it held. A null lock and a failing platform call end the
+    process. */
+typedef struct QV___LOCK QV___LOCK;
+
+QV_API QV___LOCK *qv___LockCreate( void );
+QV_API void       qv___LockDestroy( QV___LOCK *lock );
+QV_API void       qv___LockAcquire( QV___LOCK *lock );
+QV_API void       qv___LockRelease( QV___LOCK *lock );
+
+#ifdef __cplusplus
+namespace qv
+{
+/** Holds a lock for a scope. */
+class HeldLock
+{
+public:
+    explicit HeldLock( QV___LOCK *lock ) : lock_( lock )
+    {
+        qv___LockAcquire( lock_ );
+    }
+
+    ~HeldLock()
+    {
+        qv___LockRelease( lock_ );
+    }
+
+    HeldLock( const HeldLock & ) = delete;
+    HeldLock &operator=( const HeldLock & ) = delete;
+
+private:
+    QV___LOCK *lock_;
+};
+} // namespace qv
+#endif
+
+#endif

@@ -1,0 +1,119 @@
+#include "qv_test_support.h"
+
+#include "qv/runtime/qv_module_private.h"
+#include "qv/runtime/qv_obj.h"
+#include "qv/runtime/qv_runtime.h"
+#include "qv/sys/qv_chars.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+namespace
+{
+std::string    scratchFolder;
+std::u32string printed;
+
+void keepPrinted( const QV_CHAR *chs, QV_INT length )
+{
+    printed.append( chs, static_cast< size_t >( length ) );
+}
+
+// Starts the library once for the binary, with lists of all live objects and every path in the scratch folder.
+class Library : public testing::Environment
+{
+public:
+    void SetUp() override
+    {
+        qvRuntimeStartup( QV_RUNTIME_FLAG_OBJECT_DATABASE, keepPrinted, nullptr, nullptr, nullptr );
+    }
+
+    void TearDown() override
+    {
+        qvRuntimeShutdown();
+        EXPECT_EQ( 0, qv___AtomicLoad32( &qv___module.sorts ) ) << "objects have outlived the library";
+    }
+};
+
+// Every suite leaves as many live objects as it found.
+class NoLeaks : public testing::EmptyTestEventListener
+{
+    void OnTestSuiteStart( const testing::TestSuite & ) override
+    {
+        before_ = qv::test::liveObjects();
+    }
+
+    void OnTestSuiteEnd( const testing::TestSuite &suite ) override
+    {
+        EXPECT_EQ( before_, qv::test::liveObjects() ) << "suite " << suite.name() << " leaks objects";
+    }
+
+    QV_INT before_ = 0;
+};
+} // namespace
+
+std::u32string qv::test::chars( QV_STRING *qvs )
+{
+    return std::u32string( qvStringBacking( qvs ), static_cast< size_t >( qvStringLength( qvs ) ) );
+}
+
+std::string qv::test::utf8( QV_STRING *qvs )
+{
+    const QV_CHAR *backing = qvStringBacking( qvs );
+    QV_INT         length  = qvStringLength( qvs );
+    std::string result( static_cast< size_t >( qvCharsConvertToUtf8( nullptr, 0, backing, length, QV_FALSE ) ), '\0' );
+    qvCharsConvertToUtf8( result.data(), static_cast< QV_INT >( result.size() ), backing, length, QV_FALSE );
+
+    return result;
+}
+
+std::string qv::test::take( QV_STRING *owned )
+{
+    Ref< QV_STRING > qvs( owned );
+    return utf8( qvs );
+}
+
+std::string qv::test::textOf( QV_OBJ *object )
+{
+    return take( qvObjToString( object ) );
+}
+
+QV_INT qv::test::liveObjects()
+{
+    QV_INT count = 0;
+
+    for( QV_SORT *sort = qv___module.sortsFirst; sort; sort = sort->sortsNext )
+        count += qv___AtomicLoad32( &sort->objects );
+
+    return count;
+}
+
+const std::string &qv::test::scratch()
+{
+    return scratchFolder;
+}
+
+std::u32string qv::test::takePrinted()
+{
+    return std::exchange( printed, {} );
+}
+
+int main( int argc, char **argv )
+{
+    std::string pattern = ( std::filesystem::temp_directory_path() / "qv-test-XXXXXX" ).string();
+
+    if( !mkdtemp( pattern.data() ) )
+        return 1;
+
+    scratchFolder = pattern + "/";
+    setenv( "XZ_MORVANE_DATA_PATH", ( scratchFolder + "data" ).c_str(), 1 );
+
+    testing::InitGoogleTest( &argc, argv );
+    GTEST_FLAG_SET( death_test_style, "fast" );
+    testing::AddGlobalTestEnvironment( new Library );
+    testing::UnitTest::GetInstance()->listeners().Append( new NoLeaks );
+
+    int result = RUN_ALL_TESTS();
+    std::filesystem::remove_all( pattern );
+
+    return result;
+}
