@@ -1,0 +1,27 @@
+#ifndef QV_CHARSET_UTF_PRIVATE_H
+#define QV_CHARSET_UTF_PRIVATE_H
+
+#include "qv/sys/qv_types.h"
+
+/* New streams on top of a byte stream, which they retain. `flags` are QV_CHARSET_FLAG_... and normalised. The forms
+   without a byte order write little-endian, and read little-endian until a byte order mark says otherwise; the BE and
+   LE forms do not look for a mark. Null as the byte stream ends the process. */
+
+QV_API QV_CHAR_SINK   *qv___CharsetUtf8CharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT flags );
+QV_API QV_CHAR_SOURCE *qv___CharsetUtf8CharSourceCreate( QV_BYTE_SOURCE *byteSource, QV_INT flags );
+
+QV_API QV_CHAR_SINK   *qv___CharsetUtf16CharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT flags );
+QV_API QV_CHAR_SINK   *qv___CharsetUtf16BECharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT flags );
+QV_API QV_CHAR_SINK   *qv___CharsetUtf16LECharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT flags );
+QV_API QV_CHAR_SOURCE *qv___CharsetUtf16CharSourceCreate( QV_BYTE_SOURCE *byteSource, QV_INT flags );
+QV_API QV_CHAR_SOURCE *qv___CharsetUtf16BECharSourceCreate( QV_BYTE_SOURCE *byteSource, QV_INT flags );
+QV_API QV_CHAR_SOURCE *qv___CharsetUtf16LECharSourceCreate( QV_BYTE_SOURCE *byteSource, QV_INT flags );
+
+QV_API QV_CHAR_SINK   *qv___CharsetUtf32CharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT flags );
+QV_API QV_CHAR_SINK   *qv___CharsetUtf32BECharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT flags );
+QV_API QV_CHAR_SINK   *qv___CharsetUtf32LECharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT flags );
+QV_API QV_CHAR_SOURCE *qv___CharsetUtf32CharSourceCreate( QV_BYTE_SOURCE *byteSource, QV_INT flags );
+QV_API QV_CHAR_SOURCE *qv___CharsetUtf32BECharSourceCreate( QV_BYTE_SOURCE *byteSource, QV_INT flags );
+QV_API QV_CHAR_SOURCE *qv___CharsetUtf32LECharSourceCreate( QV_BYTE_SOURCE *byteSource, QV_INT flags );
+
+#endif

@@ -1,0 +1,59 @@
+#ifndef QV_UNICODE_DB_PRIVATE_H
+#define QV_UNICODE_DB_PRIVATE_H
+
+#include "qv/sys/qv_types.h"
+
+/** Types of a decomposition. */
+#define QV_UNICODE_CDMT_NONE      0
+#define QV_UNICODE_CDMT_CANONICAL 1
+#define QV_UNICODE_CDMT_FONT      2
+#define QV_UNICODE_CDMT_NOBREAK   3
+#define QV_UNICODE_CDMT_INITIAL   4
+#define QV_UNICODE_CDMT_MEDIAL    5
+#define QV_UNICODE_CDMT_FINAL     6
+#define QV_UNICODE_CDMT_ISOLATED  7
+#define QV_UNICODE_CDMT_CIRCLE    8
+#define QV_UNICODE_CDMT_SUPER     9
+#define QV_UNICODE_CDMT_SUB       10
+#define QV_UNICODE_CDMT_VERTICAL  11
+#define QV_UNICODE_CDMT_WIDE      12
+#define QV_UNICODE_CDMT_NARROW    13
+#define QV_UNICODE_CDMT_SMALL     14
+#define QV_UNICODE_CDMT_SQUARE    15
+#define QV_UNICODE_CDMT_FRACTION  16
+#define QV_UNICODE_CDMT_COMPAT    17
+
+#define QV_UNICODE_CDMT_OK( cdmt ) ( ( cdmt ) >= 0 && ( cdmt ) <= 17 )
+
+/* Look-ups in the generated tables. Sources that ask for many characters use the inline forms of
+   qv_unicode_tables_private.h. Values of 0x110000 and above end the process; out pointers may be null. */
+
+/** General category, combining class, script; 0 where there is none. */
+QV_API QV_INT qv___UnicodeGencDbLookup( QV_CHAR ch );
+QV_API QV_INT qv___UnicodeCccvDbLookup( QV_CHAR ch );
+QV_API QV_INT qv___UnicodeScriptDbLookup( QV_CHAR ch );
+
+/** Value of a decimal digit of any script, or -1. */
+QV_API QV_INT qv___UnicodeDecimalDbLookup( QV_CHAR ch );
+
+/** The full case mapping without conditions, and its length; null and 0 for a character that maps to itself. */
+QV_API const QV_CHAR *qv___UnicodeUpperCaseDbLookup( QV_CHAR ch, QV_INT *length );
+QV_API const QV_CHAR *qv___UnicodeLowerCaseDbLookup( QV_CHAR ch, QV_INT *length );
+QV_API const QV_CHAR *qv___UnicodeCaseFoldDbLookup( QV_CHAR ch, QV_INT *length );
+
+/** The decomposition in one step, its length and its type QV_UNICODE_CDMT_...; null, 0 and 0 where there is none.
+    Hangul syllables have none. */
+QV_API const QV_CHAR *qv___UnicodeCdmDbLookup( QV_CHAR ch, QV_INT *length, QV_INT *type );
+
+/** Whether a pair composes to one character in the normal forms with composition, and to which one. Without the
+    exclusions; Hangul does not stand here. `*composeTo` is left alone where it doesn't. */
+QV_API QV_BOOL qv___UnicodeCompDbLookup( QV_CHAR ch1, QV_CHAR ch2, QV_CHAR *composeTo );
+
+/* Hand-made look-ups. */
+
+/** White_Space; what ends a line; value of a hexadecimal digit or -1. */
+QV_API QV_BOOL qv___UnicodeWhiteSpaceDbLookup( QV_CHAR ch );
+QV_API QV_BOOL qv___UnicodeNlfDbLookup( QV_CHAR ch );
+QV_API QV_INT  qv___UnicodeHexDigitDbLookup( QV_CHAR ch );
+
+#endif
