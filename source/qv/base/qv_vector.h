@@ -1,0 +1,197 @@
+/** @file
+    Vector: a sequence of objects of any sort.
+
+        QV_VECTOR *vec = qvVectorCreate();
+        qvVectorAppendStringCstr( &vec, "port", -1 );
+        qvVectorAppendInt( &vec, 8080 );
+        qvVectorPrependBool( &vec, QV_TRUE );       // <true, port, 8080>
+        QV_OBJ *last = qvVectorPop( &vec );         // 8080; ours now
+        qvVectorPush( &vec, last );                 // the vector takes a reference of its own
+        qvObjRelease( last );
+        qvVectorDelLeading( &vec, 1 );              // <port, 8080>
+        qvVectorRelease( vec );
+
+    Elements. Each holds one reference of its own; none is null. A missing value is a boxed null. Results that are
+    objects belong to the caller, arguments are borrowed, unless a comment says otherwise.
+
+    Value and copy. A Vector that somebody else holds is never changed: a mutator takes the address of the caller's
+    reference and, where the Vector is shared, replaces it by a private copy first. So retaining is copying, and the
+    copy is made when it is needed, once: it costs one retain for each element. A Vector may be put into itself; what
+    goes in is the Vector as it was.
+
+    Ranges. Indexes and counts count from 0. Leading is the first `count` elements, Trailing the last, Inner the
+    `count` from `offset`, Outer everything but those.
+
+    Costs. Both ends have free slots. Appending needs a larger block once every 32 elements, prepending likewise; the
+    C library extends large blocks without copying them, so a run of appends costs a few instructions each. Removing
+    from an end moves nothing. Inserting inside always makes a new block, deleting inside moves what stands behind. An
+    end with more than 64 free slots makes the Vector give memory back. Reading an element costs one retain.
+
+    Threads. Any thread may read a Vector, also one that others hold. A variable that mutators work on belongs to one
+    thread at a time.
+
+    Null as a Vector, as `*vec` or as an object, and an index or a range outside the Vector, end the process. */
+
+#ifndef QV_VECTOR_H
+#define QV_VECTOR_H
+
+#include "qv/sys/qv_types.h"
+
+QV_FAMILY( Vector, QV_VECTOR )
+
+/* Creation ------------------------------------------------------------------------------------------------------- */
+
+/** The empty Vector. Constant time: there is one, which everybody shares. */
+QV_API QV_VECTOR *qvVectorCreate( void );
+
+/** A new Vector with the elements of `src` or with a part of them. */
+QV_API QV_VECTOR *qvVectorCreateFrom( QV_VECTOR *src );
+QV_API QV_VECTOR *qvVectorCreateFromLeading( QV_VECTOR *src, QV_INT count );
+QV_API QV_VECTOR *qvVectorCreateFromTrailing( QV_VECTOR *src, QV_INT count );
+QV_API QV_VECTOR *qvVectorCreateFromInner( QV_VECTOR *src, QV_INT offset, QV_INT count );
+QV_API QV_VECTOR *qvVectorCreateFromOuter( QV_VECTOR *src, QV_INT offset, QV_INT count );
+
+/** A new Vector of one element. */
+QV_API QV_VECTOR *qvVectorCreateFromObj( QV_OBJ *obj );
+
+/** A new Vector that takes over `src`, a block from qvMemAlloc(), and the references in it. With a count of 0 the
+    block stays the caller's. */
+QV_API QV_VECTOR *qvVectorCreateFromObjsUse( QV_OBJ **src, QV_INT count );
+
+/** A new Vector with a copy of the array, which takes over the references in it. */
+QV_API QV_VECTOR *qvVectorCreateFromObjsCopy( QV_OBJ *const *src, QV_INT count );
+
+/** Makes `*vec` the empty Vector. */
+QV_API void qvVectorClear( QV_VECTOR **vec );
+
+/* Reading -------------------------------------------------------------------------------------------------------- */
+
+/** How many elements there are. */
+QV_API QV_INT qvVectorLength( QV_VECTOR *vec );
+
+/** The first element, valid until the Vector is changed or released; the references stay the Vector's. May be null
+    for an empty Vector. */
+QV_API QV_OBJ *const *qvVectorBacking( QV_VECTOR *vec );
+
+/** The element at an index. */
+QV_API QV_OBJ *qvVectorObjAt( QV_VECTOR *vec, QV_INT idx );
+
+/** Its sort, borrowed. */
+QV_API QV_SORT *qvVectorSortAt( QV_VECTOR *vec, QV_INT idx );
+
+/** True when every element has that sort; an empty Vector's have. */
+QV_API QV_BOOL qvVectorContainsOnly( QV_VECTOR *vec, QV_SORT *sort );
+
+/** The first index at which `obj` itself stands, or with `byCompare` an object that compares equal to it; -1 when
+    there is none. */
+QV_API QV_INT  qvVectorIndexOfObj( QV_VECTOR *vec, QV_OBJ *obj, QV_BOOL byCompare );
+QV_API QV_BOOL qvVectorHasObj( QV_VECTOR *vec, QV_OBJ *obj, QV_BOOL byCompare );
+
+/* Inserting ------------------------------------------------------------------------------------------------------ */
+
+/** Inserts in front of the element at `idx`, or at the end where `idx` is the length.
+
+    What goes in: the elements of another Vector or a part of them; an array, of which each element is retained and
+    which must not lie in the Vector's own block; an object; a boxed value; a String, or a new one of decoded or
+    formatted text. The length of a text is in bytes for a Cstr, which is UTF-8, and in units for a Wcstr; -1 means
+    that it ends at its terminator. qv_format.h tells the language of formats. */
+QV_API void qvVectorInsert( QV_VECTOR **vec, QV_INT idx, QV_VECTOR *src );
+QV_API void qvVectorInsertLeading( QV_VECTOR **vec, QV_INT idx, QV_VECTOR *src, QV_INT count );
+QV_API void qvVectorInsertTrailing( QV_VECTOR **vec, QV_INT idx, QV_VECTOR *src, QV_INT count );
+QV_API void qvVectorInsertInner( QV_VECTOR **vec, QV_INT idx, QV_VECTOR *src, QV_INT offset, QV_INT count );
+QV_API void qvVectorInsertOuter( QV_VECTOR **vec, QV_INT idx, QV_VECTOR *src, QV_INT offset, QV_INT count );
+QV_API void qvVectorInsertObjs( QV_VECTOR **vec, QV_INT idx, QV_OBJ *const *objs, QV_INT count );
+QV_API void qvVectorInsertObj( QV_VECTOR **vec, QV_INT idx, QV_OBJ *obj );
+QV_API void qvVectorInsertNull( QV_VECTOR **vec, QV_INT idx );
+QV_API void qvVectorInsertBool( QV_VECTOR **vec, QV_INT idx, QV_BOOL value );
+QV_API void qvVectorInsertInt( QV_VECTOR **vec, QV_INT idx, QV_INT value );
+QV_API void qvVectorInsertReal( QV_VECTOR **vec, QV_INT idx, QV_REAL value );
+QV_API void qvVectorInsertString( QV_VECTOR **vec, QV_INT idx, QV_STRING *qvs );
+QV_API void qvVectorInsertStringCstr( QV_VECTOR **vec, QV_INT idx, const char *text, QV_INT length );
+QV_API void qvVectorInsertStringWcstr( QV_VECTOR **vec, QV_INT idx, const wchar_t *text, QV_INT length );
+QV_API void qvVectorInsertStringFormat( QV_VECTOR **vec, QV_INT idx, QV_STRING *fmt, ... );
+QV_API void qvVectorInsertStringFormatCstr( QV_VECTOR **vec, QV_INT idx, const char *fmt, QV_INT fmtLength, ... );
+QV_API void qvVectorInsertStringFormatWcstr( QV_VECTOR **vec, QV_INT idx, const wchar_t *fmt, QV_INT fmtLength, ... );
+
+/** Inserts at the start. */
+QV_API void qvVectorPrepend( QV_VECTOR **vec, QV_VECTOR *src );
+QV_API void qvVectorPrependLeading( QV_VECTOR **vec, QV_VECTOR *src, QV_INT count );
+QV_API void qvVectorPrependTrailing( QV_VECTOR **vec, QV_VECTOR *src, QV_INT count );
+QV_API void qvVectorPrependInner( QV_VECTOR **vec, QV_VECTOR *src, QV_INT offset, QV_INT count );
+QV_API void qvVectorPrependOuter( QV_VECTOR **vec, QV_VECTOR *src, QV_INT offset, QV_INT count );
+QV_API void qvVectorPrependObjs( QV_VECTOR **vec, QV_OBJ *const *objs, QV_INT count );
+QV_API void qvVectorPrependObj( QV_VECTOR **vec, QV_OBJ *obj );
+QV_API void qvVectorPrependNull( QV_VECTOR **vec );
+QV_API void qvVectorPrependBool( QV_VECTOR **vec, QV_BOOL value );
+QV_API void qvVectorPrependInt( QV_VECTOR **vec, QV_INT value );
+QV_API void qvVectorPrependReal( QV_VECTOR **vec, QV_REAL value );
+QV_API void qvVectorPrependString( QV_VECTOR **vec, QV_STRING *qvs );
+QV_API void qvVectorPrependStringCstr( QV_VECTOR **vec, const char *text, QV_INT length );
+QV_API void qvVectorPrependStringWcstr( QV_VECTOR **vec, const wchar_t *text, QV_INT length );
+QV_API void qvVectorPrependStringFormat( QV_VECTOR **vec, QV_STRING *fmt, ... );
+QV_API void qvVectorPrependStringFormatCstr( QV_VECTOR **vec, const char *fmt, QV_INT fmtLength, ... );
+QV_API void qvVectorPrependStringFormatWcstr( QV_VECTOR **vec, const wchar_t *fmt, QV_INT fmtLength, ... );
+
+/** Inserts at the end. */
+QV_API void qvVectorAppend( QV_VECTOR **vec, QV_VECTOR *src );
+QV_API void qvVectorAppendLeading( QV_VECTOR **vec, QV_VECTOR *src, QV_INT count );
+QV_API void qvVectorAppendTrailing( QV_VECTOR **vec, QV_VECTOR *src, QV_INT count );
+QV_API void qvVectorAppendInner( QV_VECTOR **vec, QV_VECTOR *src, QV_INT offset, QV_INT count );
+QV_API void qvVectorAppendOuter( QV_VECTOR **vec, QV_VECTOR *src, QV_INT offset, QV_INT count );
+QV_API void qvVectorAppendObjs( QV_VECTOR **vec, QV_OBJ *const *objs, QV_INT count );
+QV_API void qvVectorAppendObj( QV_VECTOR **vec, QV_OBJ *obj );
+QV_API void qvVectorAppendNull( QV_VECTOR **vec );
+QV_API void qvVectorAppendBool( QV_VECTOR **vec, QV_BOOL value );
+QV_API void qvVectorAppendInt( QV_VECTOR **vec, QV_INT value );
+QV_API void qvVectorAppendReal( QV_VECTOR **vec, QV_REAL value );
+QV_API void qvVectorAppendString( QV_VECTOR **vec, QV_STRING *qvs );
+QV_API void qvVectorAppendStringCstr( QV_VECTOR **vec, const char *text, QV_INT length );
+QV_API void qvVectorAppendStringWcstr( QV_VECTOR **vec, const wchar_t *text, QV_INT length );
+QV_API void qvVectorAppendStringFormat( QV_VECTOR **vec, QV_STRING *fmt, ... );
+QV_API void qvVectorAppendStringFormatCstr( QV_VECTOR **vec, const char *fmt, QV_INT fmtLength, ... );
+QV_API void qvVectorAppendStringFormatWcstr( QV_VECTOR **vec, const wchar_t *fmt, QV_INT fmtLength, ... );
+
+/* Replacing ------------------------------------------------------------------------------------------------------ */
+
+/** Replaces the element at `idx`. An index of -1 prepends, one that is the length appends. */
+QV_API void qvVectorSetObjAt( QV_VECTOR **vec, QV_INT idx, QV_OBJ *obj );
+QV_API void qvVectorSetNullAt( QV_VECTOR **vec, QV_INT idx );
+QV_API void qvVectorSetBoolAt( QV_VECTOR **vec, QV_INT idx, QV_BOOL value );
+QV_API void qvVectorSetIntAt( QV_VECTOR **vec, QV_INT idx, QV_INT value );
+QV_API void qvVectorSetRealAt( QV_VECTOR **vec, QV_INT idx, QV_REAL value );
+QV_API void qvVectorSetStringAt( QV_VECTOR **vec, QV_INT idx, QV_STRING *qvs );
+QV_API void qvVectorSetStringCstrAt( QV_VECTOR **vec, QV_INT idx, const char *text, QV_INT length );
+QV_API void qvVectorSetStringWcstrAt( QV_VECTOR **vec, QV_INT idx, const wchar_t *text, QV_INT length );
+QV_API void qvVectorSetStringFormatAt( QV_VECTOR **vec, QV_INT idx, QV_STRING *fmt, ... );
+QV_API void qvVectorSetStringFormatCstrAt( QV_VECTOR **vec, QV_INT idx, const char *fmt, QV_INT fmtLength, ... );
+QV_API void qvVectorSetStringFormatWcstrAt( QV_VECTOR **vec, QV_INT idx, const wchar_t *fmt, QV_INT fmtLength, ... );
+
+/* Deleting ------------------------------------------------------------------------------------------------------- */
+
+/** Deletes one element or the range, or with Outer everything but the range. */
+QV_API void qvVectorDelAt( QV_VECTOR **vec, QV_INT idx );
+QV_API void qvVectorDelLeading( QV_VECTOR **vec, QV_INT count );
+QV_API void qvVectorDelTrailing( QV_VECTOR **vec, QV_INT count );
+QV_API void qvVectorDelInner( QV_VECTOR **vec, QV_INT offset, QV_INT count );
+QV_API void qvVectorDelOuter( QV_VECTOR **vec, QV_INT offset, QV_INT count );
+
+/* Stack and queue ------------------------------------------------------------------------------------------------ */
+
+/** Push puts an object at the end, Shift at the start. */
+QV_API void qvVectorPush( QV_VECTOR **vec, QV_OBJ *obj );
+QV_API void qvVectorShift( QV_VECTOR **vec, QV_OBJ *obj );
+
+/** Pop takes the last element off, Unshift the first. The caller gets the Vector's reference. An empty Vector ends
+    the process. */
+QV_API QV_OBJ *qvVectorPop( QV_VECTOR **vec );
+QV_API QV_OBJ *qvVectorUnshift( QV_VECTOR **vec );
+
+/* The whole Vector ----------------------------------------------------------------------------------------------- */
+
+/** Puts the elements in the opposite order. */
+QV_API void qvVectorReverse( QV_VECTOR **vec );
+
+/** Replaces each element by its text. */
+QV_API void qvVectorStringize( QV_VECTOR **vec );
+
+#endif
