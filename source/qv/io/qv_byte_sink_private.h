@@ -1,0 +1,37 @@
+#ifndef QV_BYTE_SINK_PRIVATE_H
+#define QV_BYTE_SINK_PRIVATE_H
+
+#include "qv/runtime/qv_family.h"
+
+/** What a kind of byte sink consists of. Every callback gets the closure that the sink was made with, runs on the
+    thread that uses the sink, and gives QV_FALSE for a failure, after which none is called again. It must not use the
+    sink that called it. */
+
+/** Writes `byteCount` bytes, at least 1, of the Buffer, from `byteOffset` on; the range lies inside the Buffer. Who
+    keeps the Buffer retains it. */
+typedef QV_BOOL ( *QV___BYTE_SINK_WRITE_FUNC )(
+    QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCount );
+
+/** Finishes pending work. Called on demand, and once more before the closure is given up. */
+typedef QV_BOOL ( *QV___BYTE_SINK_FLUSH_FUNC )( QV_OBJ *closure );
+
+/** A new sink, owned by the caller. It retains `closure`, which may be null, until it ends. Null as a callback ends
+    the process. */
+QV_API QV_BYTE_SINK *qv___ByteSinkCreate(
+    QV___BYTE_SINK_WRITE_FUNC writeFunc, QV___BYTE_SINK_FLUSH_FUNC flushFunc, QV_OBJ *closure );
+
+#ifdef __cplusplus
+namespace qv
+{
+/** Writes `byteCount` bytes, at least 1, which are the caller's. */
+typedef QV_BOOL ( *ByteSinkWriteBytesFunc )( QV_OBJ *closure, const uint8_t *bytes, QV_INT byteCount );
+
+/** The same with a callback that qvByteSinkWriteBytes() takes instead of a temporary Buffer: for the sinks of the
+    library that can write an array as well as a Buffer. */
+QV_BYTE_SINK *createByteSink(
+    QV___BYTE_SINK_WRITE_FUNC writeFunc, ByteSinkWriteBytesFunc writeBytesFunc, QV___BYTE_SINK_FLUSH_FUNC flushFunc,
+    QV_OBJ *closure );
+} // namespace qv
+#endif
+
+#endif
