@@ -1,0 +1,146 @@
+#ifndef QV_UNICODE_TABLES_PRIVATE_H
+#define QV_UNICODE_TABLES_PRIVATE_H
+
+#include "qv/sys/qv_types.h"
+
+/* The tables of the character database and the look-ups in them, inline for sources that ask for many characters.
+   Nothing here checks its argument: it has to be below 0x110000, as all characters of a String are. */
+
+namespace qv::unicode
+{
+/* The tables of qv_unicode_tables.cpp. Each property has an array with the block of each 128 code points and an array
+   of those blocks. */
+
+#pragma GCC visibility push( hidden )
+
+extern const uint8_t  categoryBlocks[], category[];
+extern const uint8_t  combiningBlocks[], combining[];
+extern const uint8_t  decimalBlocks[], decimal[];
+extern const uint8_t  scriptBlocks[], script[];
+extern const uint8_t  upperBlocks[], lowerBlocks[], foldBlocks[];
+extern const uint16_t upper[], lower[], fold[];
+extern const QV_CHAR  caseMappings[];
+extern const uint8_t  decompositionBlocks[];
+extern const uint16_t decomposition[];
+extern const QV_CHAR  decompositions[];
+extern const uint8_t  compositionFirstBlocks[];
+extern const uint16_t compositionFirst[];
+extern const uint8_t  compositionSecondBlocks[], compositionSecond[];
+extern const uint16_t compositionCells[];
+extern const uint32_t compositionColumns;
+extern const QV_CHAR  composites[];
+
+#pragma GCC visibility pop
+
+const uint32_t BLOCK_BITS = 7;
+
+template< class T >
+inline T lookUp( const uint8_t *blocks, const T *values, QV_CHAR ch )
+{
+    return values[(uint32_t)blocks[ch >> BLOCK_BITS] << BLOCK_BITS | ( ch & ( ( 1u << BLOCK_BITS ) - 1 ) )];
+}
+
+/** A mapping to other characters; null and 0 when there is none. */
+struct Mapping
+{
+    const QV_CHAR *chars;
+    QV_INT         length;
+};
+
+inline Mapping caseMapping( uint16_t value )
+{
+    return value ? Mapping { caseMappings + ( value & 0x3FFF ), value >> 14 } : Mapping { nullptr, 0 };
+}
+
+inline QV_INT generalCategory( QV_CHAR ch )
+{
+    return lookUp( categoryBlocks, category, ch );
+}
+
+inline QV_INT combiningClass( QV_CHAR ch )
+{
+    return lookUp( combiningBlocks, combining, ch );
+}
+
+inline QV_INT scriptOf( QV_CHAR ch )
+{
+    return lookUp( scriptBlocks, script, ch );
+}
+
+/** Value of a decimal digit of any script, or -1. */
+inline QV_INT decimalDigit( QV_CHAR ch )
+{
+    return lookUp( decimalBlocks, decimal, ch ) - 1;
+}
+
+/** Full case mappings of at most 3 characters; none for a character that maps to itself. */
+inline Mapping upperCase( QV_CHAR ch )
+{
+    return caseMapping( lookUp( upperBlocks, upper, ch ) );
+}
+
+inline Mapping lowerCase( QV_CHAR ch )
+{
+    return caseMapping( lookUp( lowerBlocks, lower, ch ) );
+}
+
+inline Mapping caseFold( QV_CHAR ch )
+{
+    return caseMapping( lookUp( foldBlocks, fold, ch ) );
+}
+
+/** One step of decomposition and its type. */
+inline Mapping decompose( QV_CHAR ch, QV_INT *type )
+{
+    uint16_t place = lookUp( decompositionBlocks, decomposition, ch );
+
+    if( !place )
+    {
+        *type = 0;
+        return { nullptr, 0 };
+    }
+
+    *type = decompositions[place] >> 8;
+    return { decompositions + place + 1, (QV_INT)( decompositions[place] & 0xFF ) };
+}
+
+/** The character that a pair composes to, or 0. */
+inline QV_CHAR compose( QV_CHAR ch1, QV_CHAR ch2 )
+{
+    uint32_t row    = lookUp( compositionFirstBlocks, compositionFirst, ch1 );
+    uint32_t column = lookUp( compositionSecondBlocks, compositionSecond, ch2 );
+
+    return composites[compositionCells[row * compositionColumns + column]];
+}
+
+inline bool isWhiteSpace( QV_CHAR ch )
+{
+    if( ch < 0x80 )
+        return ch == 0x20 || ch - 0x9 <= 0xD - 0x9;
+
+    return ch == 0x85 || ch == 0xA0 || ch == 0x1680 || ch == 0x180E || ch - 0x2000 <= 0x200A - 0x2000 ||
+           ch == 0x2028 || ch == 0x2029 || ch == 0x202F || ch == 0x205F || ch == 0x3000;
+}
+
+/** What ends a line. */
+inline bool isNlf( QV_CHAR ch )
+{
+    return ch - 0xA <= 0xD - 0xA || ch == 0x85 || ch == 0x2028 || ch == 0x2029;
+}
+
+/** Value of a hexadecimal digit, ASCII or fullwidth, or -1. */
+inline QV_INT hexDigit( QV_CHAR ch )
+{
+    QV_CHAR ascii = ch - 0xFF10 <= 0xFF46 - 0xFF10 ? ch - 0xFF10 + U'0' : ch;
+
+    if( ascii - U'0' <= 9 )
+        return ascii - U'0';
+
+    if( ( ascii | 0x20 ) - U'a' <= 5 )
+        return ( ascii | 0x20 ) - U'a' + 10;
+
+    return -1;
+}
+} // namespace qv::unicode
+
+#endif
