@@ -273,7 +273,7 @@ QV_API QV_STORE *qvStoreDecodeFromStringVector( QV_VECTOR *vector );
 /** The text form in UTF-8, each line with a line feed: a new Buffer, empty for an empty store. */
 QV_API QV_BUFFER *qvStoreEncodeToTextBuffer( QV_STORE *store );
 
-/** A new store of what UTF-8 text holds. Lines end in any of the eight ways of qv_nlf_flags.h, a byte order mark in
+/** A new store of what UTF-8 text holds. Lines end in any of the eight ways of qv_nlf.h, a byte order mark in
     front is dropped, and what is no UTF-8 becomes U+FFFD. Null if the text cannot be read at all. */
 QV_API QV_STORE *qvStoreTryDecodeFromTextBuffer( QV_BUFFER *buffer );
 

@@ -1,0 +1,301 @@
+#include "qv_test_support.h"
+
+#include "qv/base/qv_boxed_int.h"
+#include "qv/base/qv_range_map.h"
+#include "qv/base/qv_range_map_private.h"
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+using qv::Ref;
+using namespace qv::test;
+
+namespace
+{
+struct Interval
+{
+    QV_INT first, last, value;
+    bool   operator==( const Interval & ) const = default;
+};
+
+void PrintTo( const Interval &interval, std::ostream *out )
+{
+    *out << "[" << interval.first << "," << interval.last << "]=" << interval.value;
+}
+
+using Intervals = std::vector< Interval >;
+
+// What the family promises, said the plain way: cut everything at the borders of the interval, throw away what lies
+// inside.
+void modelDel( Intervals &list, QV_INT first, QV_INT last )
+{
+    Intervals result;
+
+    for( const Interval &i : list )
+    {
+        if( i.first < first )
+            result.push_back( { i.first, std::min( i.last, first - 1 ), i.value } );
+
+        if( i.last > last )
+            result.push_back( { std::max( i.first, last + 1 ), i.last, i.value } );
+    }
+
+    list = result;
+}
+
+void modelCollapse( Intervals &list )
+{
+    Intervals result;
+
+    for( const Interval &i : list )
+    {
+        if( !result.empty() && result.back().last + 1 == i.first && result.back().value == i.value )
+            result.back().last = i.last;
+        else
+            result.push_back( i );
+    }
+
+    list = result;
+}
+
+void modelSet( Intervals &list, QV_INT first, QV_INT last, QV_INT value )
+{
+    modelDel( list, first, last );
+    list.push_back( { first, last, value } );
+    std::sort( list.begin(), list.end(), []( auto &a, auto &b ) { return a.first < b.first; } );
+}
+
+// The value of a key, or 0.
+QV_INT modelAt( const Intervals &list, QV_INT key )
+{
+    auto at = std::find_if( list.begin(), list.end(), [&]( auto &i ) { return i.first <= key && key <= i.last; } );
+
+    return at == list.end() ? 0 : at->value;
+}
+
+Intervals ranges( QV_RANGE_MAP *map )
+{
+    Intervals result;
+
+    for( QV_INT i = 0; i < qvRangeMapLength( map ); i++ )
+    {
+        Ref< QV_OBJ > value( qvRangeMapObjAt( map, i ) );
+        result.push_back(
+            { qvRangeMapStartingKeyAt( map, i ), qvRangeMapEndingKeyAt( map, i ),
+              qvBoxedIntValue( qvBoxedIntFrom( value ) ) } );
+    }
+
+    return result;
+}
+
+void set( Ref< QV_RANGE_MAP > &map, QV_INT first, QV_INT last, QV_INT value )
+{
+    Ref< QV_BOXED_INT > boxed( qvBoxedIntCreate( value ) );
+    qvRangeMapSetRangeKey( map.at(), first, last, qv::obj( boxed.get() ) );
+}
+
+Ref< QV_RANGE_MAP > mapOf( const Intervals &list )
+{
+    Ref< QV_RANGE_MAP > map( qvRangeMapCreate() );
+
+    for( const Interval &i : list )
+        set( map, i.first, i.last, i.value );
+
+    return map;
+}
+} // namespace
+
+TEST( RangeMap, SettingAndDeletingCutWhatTheyTouch )
+{
+    struct Case
+    {
+        Intervals before;
+        Interval  change; // a value of 0 deletes
+        Intervals after;
+    };
+
+    const QV_INT low = QV_INT_MIN, high = QV_INT_MAX;
+    const Case   cases[] = {
+        { { { 0, 100, 1 } }, { 10, 20, 2 }, { { 0, 9, 1 }, { 10, 20, 2 }, { 21, 100, 1 } } },
+        { { { 10, 20, 1 }, { 30, 40, 1 } }, { 0, 100, 2 }, { { 0, 100, 2 } } },
+        { { { 0, 9, 1 }, { 12, 20, 2 } }, { 5, 15, 3 }, { { 0, 4, 1 }, { 5, 15, 3 }, { 16, 20, 2 } } },
+        { { { 0, 9, 1 }, { 20, 29, 2 } }, { 12, 15, 3 }, { { 0, 9, 1 }, { 12, 15, 3 }, { 20, 29, 2 } } },
+        { { { 0, 9, 1 } }, { 5, 5, 0 }, { { 0, 4, 1 }, { 6, 9, 1 } } },
+        { { { 0, 9, 1 }, { 10, 19, 2 } }, { 9, 10, 0 }, { { 0, 8, 1 }, { 11, 19, 2 } } },
+        { { { low, high, 1 } }, { 0, 0, 2 }, { { low, -1, 1 }, { 0, 0, 2 }, { 1, high, 1 } } },
+        { { { low, low, 1 }, { high, high, 2 } }, { low, high, 3 }, { { low, high, 3 } } },
+        { { { low, high, 1 } }, { low, high, 0 }, {} },
+        { { { 1, 1, 1 }, { 2, 2, 1 } }, { 3, 3, 1 }, { { 1, 1, 1 }, { 2, 2, 1 }, { 3, 3, 1 } } },
+    };
+
+    for( const Case &c : cases )
+    {
+        Ref< QV_RANGE_MAP > map = mapOf( c.before );
+
+        if( c.change.value )
+            set( map, c.change.first, c.change.last, c.change.value );
+        else
+            qvRangeMapDelRangeKey( map.at(), c.change.first, c.change.last );
+
+        EXPECT_EQ( c.after, ranges( map ) );
+    }
+}
+
+TEST( RangeMap, CollapsingJoinsTouchingRangesOfEqualValues )
+{
+    for( const auto &keys : { std::vector< QV_INT >{ 1, 2, 3 }, { 1, 3, 2 }, { 3, 2, 1 } } )
+    {
+        Ref< QV_RANGE_MAP > at( qvRangeMapCreateAutoCollapsing() ), later( qvRangeMapCreate() );
+
+        for( QV_INT key : keys )
+        {
+            set( at, key, key, 7 );
+            set( later, key, key, 7 );
+        }
+
+        EXPECT_EQ( ( Intervals{ { 1, 3, 7 } } ), ranges( at ) );
+        EXPECT_EQ( 3, qvRangeMapLength( later ) );
+
+        qvRangeMapSetAutoCollapse( later.at(), QV_TRUE );
+        EXPECT_EQ( ( Intervals{ { 1, 3, 7 } } ), ranges( later ) );
+        EXPECT_TRUE( qvRangeMapEquals( at, later ) );
+    }
+
+    // The flag goes along with a copy and not with a cleared map.
+    Ref< QV_RANGE_MAP > map( qvRangeMapCreateAutoCollapsing() );
+    Ref< QV_RANGE_MAP > copy( qvRangeMapCreateFrom( map ) );
+    qvRangeMapClear( map.at() );
+    EXPECT_EQ( QV_TRUE, qvRangeMapAutoCollapse( copy ) );
+    EXPECT_EQ( QV_FALSE, qvRangeMapAutoCollapse( map ) );
+}
+
+TEST( RangeMap, RandomWalkAgreesWithListOfIntervals )
+{
+    std::mt19937 random( 39 );
+
+    for( int walk = 0; walk < 40; walk++ )
+    {
+        bool                collapses = walk % 2;
+        const QV_INT        span      = walk % 3 ? 60 : 2000;
+        Intervals           model;
+        Ref< QV_RANGE_MAP > map( collapses ? qvRangeMapCreateAutoCollapsing() : qvRangeMapCreate() );
+
+        for( int step = 0; step < 400; step++ )
+        {
+            QV_INT first = static_cast< QV_INT >( random() % span ) - span / 2;
+            QV_INT last  = first + static_cast< QV_INT >( random() % ( random() % 8 ? 6 : span / 2 ) );
+            QV_INT value = 1 + static_cast< QV_INT >( random() % 3 );
+
+            Intervals           modelBefore = model;
+            Ref< QV_RANGE_MAP > before;
+
+            if( random() % 4 == 0 )
+                before = Ref< QV_RANGE_MAP >::share( map );
+
+            switch( random() % 16 )
+            {
+            case 0:
+                qvRangeMapCollapse( map.at() );
+                modelCollapse( model );
+                break;
+
+            case 1: case 2: case 3: case 4:
+                qvRangeMapDelRangeKey( map.at(), first, last );
+                modelDel( model, first, last );
+                break;
+
+            default:
+                set( map, first, last, value );
+                modelSet( model, first, last, value );
+
+                if( collapses )
+                    modelCollapse( model );
+            }
+
+            ASSERT_EQ( model, ranges( map ) );
+            ASSERT_EQ( allocated( map.get() ), map->alloc * QV_INT( sizeof( QV___RANGE_MAP_ENTRY ) ) );
+
+            if( before )
+            {
+                ASSERT_EQ( modelBefore, ranges( before ) );
+            }
+
+            for( QV_INT key : { first, last, last + 1 } )
+            {
+                QV_INT        expected = modelAt( model, key );
+                Ref< QV_OBJ > found( qvRangeMapIntKey( map, key ) );
+
+                ASSERT_EQ( expected, found ? qvBoxedIntValue( qvBoxedIntFrom( found ) ) : 0 );
+                ASSERT_EQ( expected != 0, qvRangeMapHasIntKey( map, key ) == QV_TRUE );
+            }
+        }
+    }
+}
+
+TEST( RangeMap, ChangesWithoutEffectLeaveASharedMapShared )
+{
+    Ref< QV_RANGE_MAP > map  = mapOf( { { 0, 9, 1 }, { 20, 29, 2 } } );
+    Ref< QV_RANGE_MAP > held = Ref< QV_RANGE_MAP >::share( map );
+
+    qvRangeMapDelRangeKey( map.at(), -5, -1 );
+    qvRangeMapDelRangeKey( map.at(), 10, 19 );
+    qvRangeMapDelIntKey( map.at(), 30 );
+    qvRangeMapSetAutoCollapse( map.at(), QV_FALSE );
+    EXPECT_EQ( held.get(), map.get() );
+
+    qvRangeMapDelIntKey( map.at(), 20 );
+    EXPECT_NE( held.get(), map.get() );
+    EXPECT_EQ( ( Intervals{ { 0, 9, 1 }, { 20, 29, 2 } } ), ranges( held ) );
+}
+
+TEST( RangeMap, TheBlockGrowsBy33AndGives64Back )
+{
+    const QV_INT        entry = sizeof( QV___RANGE_MAP_ENTRY );
+    Ref< QV_RANGE_MAP > map( qvRangeMapCreate() );
+    EXPECT_EQ( 0, allocated( map.get() ) );
+
+    for( QV_INT key = 0; key < 100; key++ )
+        set( map, key, key, key );
+
+    EXPECT_EQ( 132 * entry, allocated( map.get() ) );
+
+    qvRangeMapDelRangeKey( map.at(), 69, 99 );
+    EXPECT_EQ( 132 * entry, allocated( map.get() ) );
+    qvRangeMapDelIntKey( map.at(), 68 );
+    EXPECT_EQ( 68, qvRangeMapLength( map ) );
+    EXPECT_EQ( 68 * entry, allocated( map.get() ) );
+    qvRangeMapDelRangeKey( map.at(), 0, 99 );
+    EXPECT_EQ( 4 * entry, allocated( map.get() ) );
+}
+
+TEST( RangeMap, AMapCanBeAValueOfItself )
+{
+    Ref< QV_RANGE_MAP > map = mapOf( { { 0, 9, 1 } } );
+    qvRangeMapSetIntKey( map.at(), 5, qv::obj( map.get() ) );
+
+    EXPECT_EQ( "{[0,4]=1, [5,5]={[0,9]=1}, [6,9]=1}", textOf( map.get() ) );
+}
+
+TEST( RangeMap, OrderIsByKeysThenValuesThenLength )
+{
+    const Intervals ascending[] = {
+        {}, { { 0, 4, 9 } }, { { 0, 5, 1 } }, { { 0, 5, 1 }, { 7, 7, 1 } }, { { 0, 5, 2 } }, { { 1, 1, 0 } } };
+
+    for( size_t a = 0; a < std::size( ascending ); a++ )
+        for( size_t b = 0; b < std::size( ascending ); b++ )
+            EXPECT_EQ(
+                ( a > b ) - ( a < b ), qvRangeMapCompare( mapOf( ascending[a] ), mapOf( ascending[b] ) ) );
+}
+
+TEST( RangeMap, BrokenContractsAreReported )
+{
+    Ref< QV_RANGE_MAP > map = mapOf( { { 0, 9, 1 } } );
+    QV_RANGE_MAP       *none = nullptr;
+
+    EXPECT_BROKEN( qvRangeMapSetRangeKey( map.at(), 5, 4, qv::obj( map.get() ) ), "endingKey >= startingKey" );
+    EXPECT_BROKEN( qvRangeMapSetIntKey( map.at(), 5, nullptr ), "value" );
+    EXPECT_BROKEN( qvRangeMapDelIntKey( &none, 5 ), "*map" );
+    EXPECT_BROKEN( qvRangeMapHasIntKey( none, 5 ), "map" );
+    EXPECT_BROKEN( qvRangeMapObjAt( map, 1 ), "idx < map->length" );
+}
