@@ -1,0 +1,203 @@
+#include "qv/io/qv_file.h"
+
+#include "qv/base/qv_buffer.h"
+#include "qv/base/qv_string.h"
+#include "qv/base/qv_vector.h"
+#include "qv/charset/qv_charset.h"
+#include "qv/io/qv_byte_sink.h"
+#include "qv/io/qv_byte_source.h"
+#include "qv/io/qv_file_private.h"
+#include "qv/io/qv_nlf_line_sink.h"
+#include "qv/io/qv_nlf_line_source.h"
+#include "qv/runtime/qv_ref.h"
+
+/* Streams -------------------------------------------------------------------------------------------------------- */
+
+QV_BYTE_SOURCE *qvFileOpenByteSource( QV_STRING *fn )
+{
+    QV_CHECK( fn );
+    return qv___FileOpenByteSource( fn );
+}
+
+QV_CHAR_SOURCE *qvFileOpenCharSource( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags )
+{
+    qv::Ref< QV_BYTE_SOURCE > bytes( qvFileOpenByteSource( fn ) );
+
+    return bytes ? qvCharsetCreateCharSource( bytes, charset, charsetFlags ) : nullptr;
+}
+
+QV_LINE_SOURCE *qvFileOpenLineSource( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags, QV_INT nlfFlags )
+{
+    qv::Ref< QV_CHAR_SOURCE > chars( qvFileOpenCharSource( fn, charset, charsetFlags ) );
+
+    if( !chars )
+        return nullptr;
+
+    qv::Ref< QV_NLF_LINE_SOURCE > lines( qvNlfLineSourceCreate( chars, nlfFlags ) );
+    return qvNlfLineSourceLineSource( lines );
+}
+
+QV_BYTE_SINK *qvFileOpenByteSink( QV_STRING *fn )
+{
+    QV_CHECK( fn );
+    return qv___FileOpenByteSink( fn );
+}
+
+QV_CHAR_SINK *qvFileOpenCharSink( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags )
+{
+    qv::Ref< QV_BYTE_SINK > bytes( qvFileOpenByteSink( fn ) );
+
+    return bytes ? qvCharsetCreateCharSink( bytes, charset, charsetFlags ) : nullptr;
+}
+
+QV_LINE_SINK *qvFileOpenLineSink( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags, QV_INT nlfFlags )
+{
+    qv::Ref< QV_CHAR_SINK > chars( qvFileOpenCharSink( fn, charset, charsetFlags ) );
+
+    if( !chars )
+        return nullptr;
+
+    qv::Ref< QV_NLF_LINE_SINK > lines( qvNlfLineSinkCreate( chars, nlfFlags ) );
+    return qvNlfLineSinkLineSink( lines );
+}
+
+/* Whole files ---------------------------------------------------------------------------------------------------- */
+
+QV_BUFFER *qvFileReadBuffer( QV_STRING *fn, QV_INT maxBytes )
+{
+    QV_CHECK( fn );
+    QV_CHECK( maxBytes >= -1 );
+
+    qv::Ref< QV_BYTE_SOURCE > source( qvFileOpenByteSource( fn ) );
+
+    if( !source )
+        return nullptr;
+
+    qv::Ref< QV_BUFFER > result( qvBufferCreate() );
+    qvByteSourceRead( source, result.at(), maxBytes );
+
+    // One byte more tells a file of exactly this length from a longer one.
+    uint8_t further;
+    qvByteSourceReadBytes( source, &further, 1 );
+
+    return !qvByteSourceError( source ) && qvByteSourceEnd( source ) ? result.give() : nullptr;
+}
+
+QV_BOOL qvFileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf )
+{
+    QV_CHECK( fn );
+    QV_CHECK( buf );
+
+    qv::Ref< QV_BYTE_SINK > sink( qvFileOpenByteSink( fn ) );
+
+    if( !sink )
+        return QV_FALSE;
+
+    qvByteSinkWrite( sink, buf );
+    qvByteSinkFlush( sink );
+
+    return qvByteSinkError( sink ) ? QV_FALSE : QV_TRUE;
+}
+
+/* Files and directories ------------------------------------------------------------------------------------------ */
+
+#define FORWARD( TYPE, Name )                                                                                          \
+    TYPE qv##Name( QV_STRING *fn )                                                                                     \
+    {                                                                                                                  \
+        QV_CHECK( fn );                                                                                                \
+        return qv___##Name( fn );                                                                                      \
+    }
+
+FORWARD( QV_BOOL, FileExists )
+FORWARD( QV_INT, FileSize )
+FORWARD( QV_BOOL, FileIsDirectory )
+FORWARD( QV_BOOL, FileDelete )
+FORWARD( QV_BOOL, FileCreateDirectory )
+FORWARD( QV_BOOL, FileDeleteDirectory )
+
+QV_BOOL qvFileRename( QV_STRING *fn, QV_STRING *newFn )
+{
+    QV_CHECK( fn );
+    QV_CHECK( newFn );
+
+    return qv___FileRename( fn, newFn );
+}
+
+QV_BOOL qvFileDeleteDirectoryRecursive( QV_STRING *fn )
+{
+    QV_CHECK( fn );
+
+    if( qv___FileIsLink( fn ) )
+        return qv___FileDelete( fn );
+
+    QV_BOOL              ok = QV_TRUE;
+    qv::Ref< QV_VECTOR > content( qvDirectoryContent( fn, QV_FALSE, nullptr ) );
+    QV_INT               length = qvVectorLength( content );
+
+    for( QV_INT i = 0; i < length; i++ )
+    {
+        qv::Ref< QV_STRING > name( qvStringFrom( qvVectorObjAt( content, i ) ) );
+
+        if( qv___FileIsLink( name ) || !qvFileIsDirectory( name ) )
+            qvFileDelete( name ); // what stays makes the directory's own deletion fail
+        else if( !qvFileDeleteDirectoryRecursive( name ) )
+            ok = QV_FALSE;
+    }
+
+    return qvFileDeleteDirectory( fn ) && ok ? QV_TRUE : QV_FALSE;
+}
+
+QV_VECTOR *qvDirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, QV_STRING *suffix )
+{
+    QV_CHECK( path );
+    return qv___DirectoryContent( path, skipDirectories, suffix );
+}
+
+/* The text of paths ---------------------------------------------------------------------------------------------- */
+
+FORWARD( QV_STRING *, FileDirName )
+FORWARD( QV_STRING *, FileBaseName )
+
+#undef FORWARD
+
+QV_STRING *qvFileExtensionName( QV_STRING *fn )
+{
+    QV_CHECK( fn );
+
+    qv::Ref< QV_STRING > base( qvFileBaseName( fn ) );
+    QV_INT               dot = qvStringFindCharFromRight( base, -1, U'.' );
+
+    return dot < 0 ? qvStringCreate() : qvStringCreateFromInner( base, dot, qvStringLength( base ) - dot );
+}
+
+QV_CHAR qvFilePathDelimiter( void )
+{
+    return qv___FilePathDelimiter();
+}
+
+void qvFilePathAppendDelimiter( QV_STRING **pn )
+{
+    QV_CHECK( pn );
+    QV_CHECK( *pn );
+
+    if( !qvStringEndsWithChar( *pn, qvFilePathDelimiter() ) )
+        qvStringAppendChar( pn, qvFilePathDelimiter() );
+}
+
+QV_BOOL qvPathIsRelative( QV_STRING *pn )
+{
+    QV_CHECK( pn );
+    return qv___PathIsRelative( pn );
+}
+
+/* The process ---------------------------------------------------------------------------------------------------- */
+
+QV_STRING *qvCurrentDirectory( void )
+{
+    return qv___CurrentDirectory();
+}
+
+QV_STRING *qvGetExecutablePath( void )
+{
+    return qv___GetExecutablePath();
+}
