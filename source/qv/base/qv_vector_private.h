@@ -7,12 +7,17 @@
 #define QV_VECTOR_FSPACE 32
 #define QV_VECTOR_BSPACE 32
 
+/** `fspace`, the elements and `bspace` are the block that the Vector accounts for; it changes by a constant. What is
+    really allocated may be up to half as large again, so that a run of changes at an end does not copy the elements
+    every 32 of them: then the accounted block moves within the allocated one. */
 struct QV_VECTOR : QV_OBJ
 {
-    QV_INT   length; /**< elements */
-    QV_INT   fspace; /**< free slots in front of them */
-    QV_INT   bspace; /**< free slots behind them */
-    QV_OBJ **objs;   /**< the block, or null; the elements start at objs[fspace] */
+    QV_INT   length;    /**< elements */
+    QV_INT   fspace;    /**< free slots in front of them */
+    QV_INT   bspace;    /**< free slots behind them */
+    QV_OBJ **objs;      /**< the accounted block, or null; the elements start at objs[fspace] */
+    QV_OBJ **block;     /**< the allocated one, or null */
+    QV_INT   blockSize; /**< its slots */
 };
 
 /** The one empty Vector of qvVectorCreate(). */
@@ -25,7 +30,7 @@ QV_API QV_OBJ **qv___VectorMakeRoom( QV_VECTOR *vec, QV_INT atIndex, QV_INT coun
 QV_API void qv___VectorCompact( QV_VECTOR *vec );
 
 /** Appends an array and takes over the references in it. */
-QV_API void qv___VectorPushNoRetain( QV_VECTOR **vec, QV_OBJ **objs, QV_INT count );
+QV_API void qv___VectorPushNoRetain( QV_VECTOR **vec, QV_OBJ *const *objs, QV_INT count );
 
 namespace qv
 {
