@@ -1,0 +1,172 @@
+#include "qv/io/qv_byte_source.h"
+
+#include "qv/base/qv_buffer.h"
+#include "qv/io/qv_byte_source_private.h"
+#include "qv/runtime/qv_ref.h"
+
+#include <algorithm>
+
+struct QV_BYTE_SOURCE : QV_OBJ
+{
+    QV___BYTE_SOURCE_READ_FUNC  readFunc;
+    qv::ByteSourceReadBytesFunc readBytesFunc; // or null
+    QV___BYTE_SOURCE_SKIP_FUNC  skipFunc;      // or null
+    QV_OBJ                     *closure;       // or null
+    QV_BOOL                     end;
+    QV_BOOL                     error;
+};
+
+namespace
+{
+// What a skip without a callback reads at once.
+const QV_INT SKIP_BYTES = 4096;
+
+void freeFunc( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+    qv::drop( qvByteSourceFrom( thisObj )->closure );
+}
+
+// Notes how a callback went that had `limit` bytes to give or pass over.
+void note( QV_BYTE_SOURCE *source, QV_BOOL ok, QV_INT count, QV_INT limit )
+{
+    if( !ok || count < limit )
+        source->end = QV_TRUE;
+
+    if( !ok )
+        source->error = QV_TRUE;
+}
+
+// Of `limit` bytes, at least 1.
+QV_INT readOnce( QV_BYTE_SOURCE *source, QV_BUFFER **buf, QV_INT maxByteCount )
+{
+    QV_INT  bytesRead = 0;
+    QV_BOOL ok        = source->readFunc( source->closure, buf, maxByteCount, &bytesRead );
+
+    QV_CHECK( bytesRead >= 0 );
+    QV_CHECK( bytesRead <= maxByteCount );
+    note( source, ok, bytesRead, maxByteCount );
+
+    return bytesRead;
+}
+
+QV_INT skipByReading( QV_BYTE_SOURCE *source, QV_INT maxByteCount )
+{
+    qv::Ref< QV_BUFFER > buf( qvBufferCreate() );
+    QV_INT               bytesSkipped = 0;
+
+    while( bytesSkipped < maxByteCount && !source->end )
+    {
+        qvBufferClear( buf.at() );
+        bytesSkipped += readOnce( source, buf.at(), std::min( maxByteCount - bytesSkipped, SKIP_BYTES ) );
+    }
+
+    return bytesSkipped;
+}
+} // namespace
+
+QV___FAMILY( ByteSource, QV_BYTE_SOURCE, freeFunc, nullptr, nullptr )
+
+QV_BYTE_SOURCE *qv::createByteSource(
+    QV___BYTE_SOURCE_READ_FUNC readFunc, ByteSourceReadBytesFunc readBytesFunc, QV___BYTE_SOURCE_SKIP_FUNC skipFunc,
+    QV_OBJ *closure )
+{
+    QV_CHECK( readFunc );
+
+    QV_BYTE_SOURCE *source = create< QV_BYTE_SOURCE >( qvByteSourceSort() );
+    source->readFunc       = readFunc;
+    source->readBytesFunc  = readBytesFunc;
+    source->skipFunc       = skipFunc;
+    source->closure        = Ref< QV_OBJ >::share( closure ).give();
+    source->end            = QV_FALSE;
+    source->error          = QV_FALSE;
+
+    return source;
+}
+
+QV_BYTE_SOURCE *qv___ByteSourceCreate(
+    QV___BYTE_SOURCE_READ_FUNC readFunc, QV___BYTE_SOURCE_SKIP_FUNC skipFunc, QV_OBJ *closure )
+{
+    return qv::createByteSource( readFunc, nullptr, skipFunc, closure );
+}
+
+QV_BOOL qvByteSourceEnd( QV_BYTE_SOURCE *source )
+{
+    QV_CHECK( source );
+    return source->end;
+}
+
+QV_BOOL qvByteSourceError( QV_BYTE_SOURCE *source )
+{
+    QV_CHECK( source );
+    return source->error;
+}
+
+QV_INT qvByteSourceRead( QV_BYTE_SOURCE *source, QV_BUFFER **buf, QV_INT maxByteCount )
+{
+    QV_CHECK( source );
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+    QV_CHECK( maxByteCount >= -1 );
+
+    if( source->end || maxByteCount == 0 )
+        return 0;
+
+    return readOnce( source, buf, maxByteCount == -1 ? QV_INT_MAX : maxByteCount );
+}
+
+QV_INT qvByteSourceReadBytes( QV_BYTE_SOURCE *source, void *bytes, QV_INT maxByteCount )
+{
+    QV_CHECK( source );
+    QV_CHECK( maxByteCount >= -1 );
+    QV_CHECK( bytes || maxByteCount == 0 );
+
+    if( source->end || maxByteCount == 0 )
+        return 0;
+
+    if( maxByteCount == -1 )
+        maxByteCount = QV_INT_MAX;
+
+    if( !source->readBytesFunc )
+    {
+        qv::Ref< QV_BUFFER > buf( qvBufferCreate() );
+        QV_INT               count = readOnce( source, buf.at(), maxByteCount );
+
+        qvBufferReadBytes( buf, 0, bytes, count );
+
+        return count;
+    }
+
+    QV_INT  bytesRead = 0;
+    QV_BOOL ok = source->readBytesFunc( source->closure, static_cast< uint8_t * >( bytes ), maxByteCount, &bytesRead );
+
+    QV_CHECK( bytesRead >= 0 );
+    QV_CHECK( bytesRead <= maxByteCount );
+    note( source, ok, bytesRead, maxByteCount );
+
+    return bytesRead;
+}
+
+QV_INT qvByteSourceSkip( QV_BYTE_SOURCE *source, QV_INT maxByteCount )
+{
+    QV_CHECK( source );
+    QV_CHECK( maxByteCount >= -1 );
+
+    if( source->end || maxByteCount == 0 )
+        return 0;
+
+    if( maxByteCount == -1 )
+        maxByteCount = QV_INT_MAX;
+
+    if( !source->skipFunc )
+        return skipByReading( source, maxByteCount );
+
+    QV_INT  bytesSkipped = 0;
+    QV_BOOL ok           = source->skipFunc( source->closure, maxByteCount, &bytesSkipped );
+
+    QV_CHECK( bytesSkipped >= 0 );
+    QV_CHECK( bytesSkipped <= maxByteCount );
+    note( source, ok, bytesSkipped, maxByteCount );
+
+    return bytesSkipped;
+}

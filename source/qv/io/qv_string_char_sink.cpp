@@ -1,0 +1,60 @@
+#include "qv/io/qv_string_char_sink.h"
+
+#include "qv/base/qv_string.h"
+#include "qv/io/qv_char_sink_private.h"
+#include "qv/runtime/qv_ref.h"
+
+#include <utility>
+
+struct QV_STRING_CHAR_SINK : QV_OBJ
+{
+    QV_STRING *dest;
+};
+
+namespace
+{
+void freeFunc( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+    qv::drop( qvStringCharSinkFrom( thisObj )->dest );
+}
+
+QV_BOOL write( QV_OBJ *closure, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount )
+{
+    qvStringAppendInner( &qvStringCharSinkFrom( closure )->dest, qvs, charOffset, charCount );
+    return QV_TRUE;
+}
+
+QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
+{
+    qvStringAppendChars( &qvStringCharSinkFrom( closure )->dest, chars, charCount );
+    return QV_TRUE;
+}
+
+QV_BOOL flush( QV_OBJ * )
+{
+    return QV_TRUE;
+}
+} // namespace
+
+QV___FAMILY( StringCharSink, QV_STRING_CHAR_SINK, freeFunc, nullptr, nullptr )
+
+QV_STRING_CHAR_SINK *qvStringCharSinkCreate( void )
+{
+    QV_STRING_CHAR_SINK *scs = qv::create< QV_STRING_CHAR_SINK >( qvStringCharSinkSort() );
+    scs->dest                = qvStringCreate();
+
+    return scs;
+}
+
+QV_CHAR_SINK *qvStringCharSinkCharSink( QV_STRING_CHAR_SINK *scs )
+{
+    QV_CHECK( scs );
+    return qv::createCharSink( write, writeChars, flush, scs );
+}
+
+QV_STRING *qvStringCharSinkString( QV_STRING_CHAR_SINK *scs )
+{
+    QV_CHECK( scs );
+    return std::exchange( scs->dest, qvStringCreate() );
+}
