@@ -1,0 +1,50 @@
+"""Compares the symbols that the built library exports with what its headers declare, both ways, and looks at what the
+library needs at run time. Arguments: the library, the source folder, the compiler."""
+
+import pathlib
+import re
+import subprocess
+import sys
+
+library, source, compiler = sys.argv[1:4]
+
+
+def output(*command, **options):
+    return subprocess.run(command, check=True, capture_output=True, text=True, **options).stdout
+
+
+# Every declaration that bears QV_API, macros expanded.
+headers = sorted(pathlib.Path(source, "qv").rglob("*.h"))
+text = "".join(f'#include "{header.relative_to(source)}"\n' for header in headers)
+expanded = output(compiler, "-std=c++20", "-I", source, "-E", "-P", "-x", "c++", "-", input=text)
+mark = r'extern\s+"C"\s+__attribute__\s*\(\s*\(\s*visibility\s*\(\s*"default"\s*\)\s*\)\s*\)'
+declared = set()
+for declaration in re.findall(mark + r"([^;{]*)", expanded):
+    name = re.search(r"\b(qv\w+)\s*\(", declaration) or re.search(r"\b(qv\w+)\s*$", declaration)
+    declared.add(name.group(1))
+
+exported = {}
+for line in output("nm", "-D", "--defined-only", "--with-symbol-versions", library).splitlines():
+    name, _, version = line.split()[-1].partition("@@")
+    if not name.startswith("MORVANE_"):
+        exported[name] = version
+
+problems = [f"declared, not exported: {name}" for name in sorted(declared - exported.keys())]
+problems += [f"exported, not declared: {name}" for name in sorted(exported.keys() - declared)]
+problems += [
+    f"{name} has the version {version}"
+    for name, version in sorted(exported.items())
+    if version != ("MORVANE_QV_PRIVATE" if name.startswith("qv___") else "MORVANE_QV_4")
+]
+
+needed = re.findall(r"\(NEEDED\).*\[(.*)\]", output("readelf", "-d", library))
+problems += [f"needs {name}" for name in needed if not re.match(r"(libc|libm|ld-linux.*)\.so", name)]
+undefined = output("nm", "-D", "--undefined-only", library)
+problems += [f"undefined: {name}" for name in re.findall(r"\bqv\w+", undefined)]
+
+if len(declared) < 1000:
+    problems.append(f"only {len(declared)} declarations found: the headers were not read")
+
+print(f"{len(declared)} declared, {len(exported)} exported")
+print("\n".join(problems))
+sys.exit(1 if problems else 0)
