@@ -1,0 +1,212 @@
+#include "morvane_tool.h"
+
+#include "qv/base/qv_opt_seq.h"
+#include "qv/io/qv_print.h"
+#include "qv/runtime/qv_runtime.h"
+#include "qv/sys/qv_chars.h"
+#include "qv/sys/qv_mem.h"
+
+#include <stdio.h>
+
+namespace morvane
+{
+using qv::Ref;
+
+namespace
+{
+const Tool TOOLS[] = {
+    { "store", "TOOL ARGUMENT...", "reads, changes and converts configuration documents", storeTool },
+};
+
+const int TOOL_COUNT = sizeof( TOOLS ) / sizeof( TOOLS[0] );
+
+// Where printed lines go: what a tool tells to the standard output, what the switch says of a wrong name elsewhere.
+FILE *printStream = nullptr;
+
+void writeUtf8( FILE *stream, const QV_CHAR *chs, QV_INT length )
+{
+    char   piece[4096];
+    QV_INT step = sizeof( piece ) / 4; // no character has more than four bytes
+
+    for( QV_INT i = 0; i < length; i += step )
+    {
+        QV_INT count = length - i < step ? length - i : step;
+        QV_INT bytes = qvCharsConvertToUtf8( piece, sizeof( piece ), chs + i, count, QV_FALSE );
+        fwrite( piece, 1, static_cast< size_t >( bytes ), stream );
+    }
+}
+
+void writeUtf8( FILE *stream, QV_STRING *qvs )
+{
+    writeUtf8( stream, qvStringBacking( qvs ), qvStringLength( qvs ) );
+}
+
+// The print hook: every text is a line.
+void printLine( const QV_CHAR *chs, QV_INT length )
+{
+    writeUtf8( printStream, chs, length );
+    fputc( '\n', printStream );
+}
+
+// The tool that a word names, by the rules of the switch: in full or by a unique beginning.
+const Tool *findTool( const Tool *tools, int count, QV_STRING *word )
+{
+    const Tool *found = nullptr;
+
+    for( int i = 0; i < count; i++ )
+    {
+        Ref< QV_STRING > name( qvStringCreateFromCstr( tools[i].name, -1 ) );
+
+        if( qvStringEquals( name, word ) )
+            return &tools[i];
+
+        if( qvStringBeginsWith( name, word ) )
+        {
+            if( found )
+                return nullptr;
+
+            found = &tools[i];
+        }
+    }
+
+    return found;
+}
+
+bool asksForHelp( QV_VECTOR *argv )
+{
+    if( qvVectorLength( argv ) != 1 )
+        return false;
+
+    Ref< QV_STRING > word = wordAt( argv, 0 );
+
+    return qvStringEqualsCstr( word, "help", -1 ) || qvStringEqualsCstr( word, "--help", -1 );
+}
+
+void listTools( FILE *stream, const char *command, const Tool *tools, int count )
+{
+    fprintf( stream, "usage: %s TOOL ARGUMENT...\n\n", command );
+
+    for( int i = 0; i < count; i++ )
+        fprintf( stream, "  %-8s %s\n", tools[i].name, tools[i].line );
+}
+} // namespace
+
+void print( QV_STRING *line )
+{
+    qvPrint( line );
+}
+
+void complain( const char *prefix, QV_STRING *subject, const char *reason )
+{
+    fprintf( stderr, "%s: ", prefix );
+    writeUtf8( stderr, subject );
+    fprintf( stderr, ": %s\n", reason );
+}
+
+void runTool( const char *command, const Tool *tools, int count, QV_VECTOR *argv, Context *context )
+{
+    if( asksForHelp( argv ) )
+    {
+        listTools( stdout, command, tools, count );
+        context->status = SUCCESS;
+        return;
+    }
+
+    Ref< QV_TOOL_SWITCH > ts( qvToolSwitchCreate() );
+
+    for( int i = 0; i < count; i++ )
+        qvToolSwitchSetToolCstr( ts.at(), tools[i].name, -1, tools[i].func );
+
+    const Tool *tool = qvVectorLength( argv ) > 0 ? findTool( tools, count, wordAt( argv, 0 ) ) : nullptr;
+
+    context->status = MISUSE;
+    printStream     = tool ? stdout : stderr;
+    qvToolSwitchRunTool( ts, argv, context );
+    printStream = stdout;
+
+    // A tool with tools of its own has shown its usage already.
+    if( context->status != MISUSE || context->usageShown )
+        return;
+
+    if( tool )
+        fprintf( stderr, "usage: %s %s %s\n", command, tool->name, tool->arguments );
+    else
+        listTools( stderr, command, tools, count );
+
+    context->usageShown = true;
+}
+
+bool readArguments( QV_VECTOR *argv, const char *const *longOptions, int count, bool *given, Ref< QV_VECTOR > *words )
+{
+    Ref< QV_OPT_DEF > def( qvOptDefCreate() );
+    qvOptDefSetArgOnly( def.at(), 0 );
+
+    for( int i = 0; i < count; i++ )
+        qvOptDefSetLongOptCstr( def.at(), longOptions[i], -1, i + 1 );
+
+    Ref< QV_OPT_SEQ > seq( qvOptSeqCreate( def, argv ) );
+    words->reset( qvVectorCreate() );
+
+    while( qvOptSeqHasNext( seq ) )
+    {
+        QV_INT id = qvOptSeqNext( seq );
+
+        if( id < 0 )
+        {
+            Ref< QV_STRING > error( qvOptSeqError( seq ) );
+            writeUtf8( stderr, error );
+            fputc( '\n', stderr );
+            return false;
+        }
+
+        if( id > 0 )
+        {
+            given[id - 1] = true;
+            continue;
+        }
+
+        Ref< QV_OBJ > word( qvOptSeqArgObj( seq ) );
+        qvVectorAppendObj( words->at(), word );
+    }
+
+    return true;
+}
+
+Ref< QV_STRING > wordAt( QV_VECTOR *words, QV_INT idx )
+{
+    return Ref< QV_STRING >( qvStringFrom( qvVectorObjAt( words, idx ) ) );
+}
+} // namespace morvane
+
+int main( int argc, char **argv )
+{
+    using namespace morvane;
+
+    printStream = stdout;
+    qvRuntimeStartup( QV_RUNTIME_FLAG_MINIMAL, printLine, "morvane", "morvane", nullptr );
+
+    Context context;
+
+    {
+        Ref< QV_VECTOR > words( qvVectorCreate() );
+
+        for( int i = 1; i < argc; i++ )
+            qvVectorAppendStringCstr( words.at(), argv[i], -1 );
+
+        if( argc == 1 )
+            qvVectorAppendStringCstr( words.at(), "help", -1 );
+
+        runTool( "morvane", TOOLS, TOOL_COUNT, words, &context );
+    }
+
+    qvRuntimeShutdown();
+
+    // What could not be written, as on a full disk, is a failure too.
+    if( fflush( stdout ) != 0 || ferror( stdout ) )
+    {
+        fputs( "morvane: the output could not be written\n", stderr );
+        return FAILURE;
+    }
+
+    return context.status;
+}

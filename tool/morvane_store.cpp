@@ -1,0 +1,422 @@
+#include "morvane_document.h"
+#include "morvane_replace_file.h"
+#include "morvane_tool.h"
+
+#include "qv/base/qv_buffer.h"
+#include "qv/base/qv_decoder.h"
+#include "qv/base/qv_store.h"
+#include "qv/base/qv_store_private.h"
+#include "qv/charset/qv_charset.h"
+#include "qv/io/qv_file.h"
+#include "qv/io/qv_line_source.h"
+#include "qv/io/qv_nlf.h"
+#include "qv/io/qv_print.h"
+
+namespace morvane
+{
+using qv::Ref;
+
+namespace
+{
+const char COMMAND[] = "morvane store";
+
+const QV_INT ALL_LINE_ENDS = QV_NLF_FLAG_LF | QV_NLF_FLAG_CR | QV_NLF_FLAG_CRLF | QV_NLF_FLAG_NEL | QV_NLF_FLAG_VT
+                             | QV_NLF_FLAG_FF | QV_NLF_FLAG_LS | QV_NLF_FLAG_PS;
+
+Context *contextOf( void *context )
+{
+    return static_cast< Context * >( context );
+}
+
+// Why data is no document in binary form. Walks it as the reader does.
+const char *binaryProblem( QV_DECODER *decoder, int depth )
+{
+    static const char BROKEN[] = "truncated, or no document in binary form";
+
+    if( depth == QV_STORE_MAX_DEPTH )
+        return "nested too deep";
+
+    QV_INT count;
+
+    if( !qvDecoderTryDecodeInt( decoder, &count ) )
+        return BROKEN;
+
+    for( QV_INT i = 0; i < count; i++ )
+    {
+        QV_BOOL present;
+
+        if( !qvDecoderTryDecodeString( decoder, nullptr ) || !qvDecoderTryDecodeOptionalString( decoder, nullptr )
+            || !qvDecoderTryDecodeBool( decoder, &present ) )
+            return BROKEN;
+
+        if( const char *problem = present ? binaryProblem( decoder, depth + 1 ) : nullptr )
+            return problem;
+    }
+
+    return nullptr;
+}
+
+const char *binaryProblem( QV_BUFFER *bytes )
+{
+    Ref< QV_DECODER > decoder( qvDecoderCreate( bytes ) );
+
+    if( const char *problem = binaryProblem( decoder, 0 ) )
+        return problem;
+
+    return qvDecoderRemaining( decoder ) > 0 ? "bytes behind the end of the document"
+                                             : "truncated, or no document in binary form";
+}
+
+// The content of a file; nothing, with a line on the standard error stream, where it cannot be read.
+Ref< QV_BUFFER > readFile( QV_STRING *fn )
+{
+    Ref< QV_BUFFER > bytes;
+
+    if( !qvFileIsDirectory( fn ) )
+        bytes.reset( qvFileReadBuffer( fn, -1 ) );
+
+    if( !bytes )
+        complain( COMMAND, fn, unreadableReason( fn ) );
+
+    return bytes;
+}
+
+Ref< QV_STORE > readStore( QV_STRING *fn, bool binary )
+{
+    Ref< QV_BUFFER > bytes = readFile( fn );
+
+    if( !bytes )
+        return {};
+
+    Ref< QV_STORE > store(
+        binary ? qvStoreTryDecodeFromBuffer( bytes ) : qvStoreTryDecodeFromTextBuffer( bytes ) );
+
+    if( !store )
+        complain( COMMAND, fn, binary ? binaryProblem( bytes ) : "no document in text form" );
+
+    return store;
+}
+
+bool readDocument( QV_STRING *fn, Document *document )
+{
+    Ref< QV_BUFFER > bytes = readFile( fn );
+
+    if( !bytes )
+        return false;
+
+    if( document->parse( bytes ) )
+        return true;
+
+    complain( COMMAND, fn, "not valid UTF-8; it could not be kept as it is" );
+    return false;
+}
+
+bool writeFile( QV_STRING *fn, QV_BUFFER *bytes )
+{
+    const char *reason = replaceFile( fn, bytes );
+
+    if( reason )
+        complain( COMMAND, fn, reason );
+
+    return !reason;
+}
+
+// The value at `a.b.c`, or nothing.
+Ref< QV_STRING > valueAt( QV_STORE *store, QV_STRING *path )
+{
+    Ref< QV_VECTOR > steps( qvStringSplitChar( path, U'.', -1 ) );
+    Ref< QV_STORE >  level = Ref< QV_STORE >::share( store );
+    QV_INT           last  = qvVectorLength( steps ) - 1;
+
+    for( QV_INT i = 0; i <= last && level; i++ )
+    {
+        Ref< QV_STRING > step = wordAt( steps, i );
+
+        if( !qvStoreAddressOk( step ) )
+            break;
+
+        if( i == last )
+            return Ref< QV_STRING >( qvStoreValue( level, step ) );
+
+        level.reset( qvStoreStore( level, step ) );
+    }
+
+    return {};
+}
+
+// Reads plain words without options; at least so many. Wrong usage otherwise.
+bool readWords( QV_VECTOR *argv, QV_INT atLeast, QV_INT atMost, Ref< QV_VECTOR > *words )
+{
+    if( !readArguments( argv, nullptr, 0, nullptr, words ) )
+        return false;
+
+    QV_INT count = qvVectorLength( *words );
+
+    return count >= atLeast && ( atMost < 0 || count <= atMost );
+}
+
+QV_BOOL show( QV_VECTOR *argv, void *context )
+{
+    static const char *const OPTIONS[] = { "binary" };
+    bool                     binary    = false;
+    Ref< QV_VECTOR >         words;
+
+    if( !readArguments( argv, OPTIONS, 1, &binary, &words ) || qvVectorLength( words ) != 1 )
+        return QV_FALSE;
+
+    contextOf( context )->status = FAILURE;
+    Ref< QV_STORE > store        = readStore( wordAt( words, 0 ), binary );
+
+    if( !store )
+        return QV_FALSE;
+
+    Ref< QV_VECTOR > lines( qvStoreEncodeToStringVector( store ) );
+    qvPrintLines( lines );
+    contextOf( context )->status = SUCCESS;
+
+    return QV_TRUE;
+}
+
+QV_BOOL get( QV_VECTOR *argv, void *context )
+{
+    Ref< QV_VECTOR > words;
+
+    if( !readWords( argv, 2, -1, &words ) )
+        return QV_FALSE;
+
+    contextOf( context )->status = FAILURE;
+    Ref< QV_STORE > store        = readStore( wordAt( words, 0 ), false );
+
+    if( !store )
+        return QV_FALSE;
+
+    contextOf( context )->status = SUCCESS;
+
+    for( QV_INT i = 1; i < qvVectorLength( words ); i++ )
+    {
+        Ref< QV_STRING > path  = wordAt( words, i );
+        Ref< QV_STRING > value = valueAt( store, path );
+
+        if( value )
+        {
+            print( value );
+        }
+        else
+        {
+            complain( COMMAND, path, "no such value" );
+            contextOf( context )->status = FAILURE;
+        }
+    }
+
+    return QV_TRUE;
+}
+
+QV_BOOL set( QV_VECTOR *argv, void *context )
+{
+    Ref< QV_VECTOR > words;
+
+    if( !readWords( argv, 2, -1, &words ) )
+        return QV_FALSE;
+
+    for( QV_INT i = 1; i < qvVectorLength( words ); i++ )
+        if( qvStringFindChar( wordAt( words, i ), 0, U'=' ) < 0 )
+            return QV_FALSE;
+
+    contextOf( context )->status = FAILURE;
+    Ref< QV_STRING > fn          = wordAt( words, 0 );
+    Document         document;
+
+    if( !readDocument( fn, &document ) )
+        return QV_FALSE;
+
+    for( QV_INT i = 1; i < qvVectorLength( words ); i++ )
+    {
+        Ref< QV_STRING > word   = wordAt( words, i );
+        QV_INT           equals = qvStringFindChar( word, 0, U'=' );
+        Ref< QV_STRING > path( qvStringCreateFromLeading( word, equals ) );
+        Ref< QV_STRING > value( qvStringCreateFromTrailing( word, qvStringLength( word ) - equals - 1 ) );
+
+        if( !Document::canHold( path, value ) )
+        {
+            complain( COMMAND, word, "no path and value that a document can hold" );
+            return QV_FALSE;
+        }
+
+        document.set( path, value );
+    }
+
+    if( !writeFile( fn, document.bytes() ) )
+        return QV_FALSE;
+
+    contextOf( context )->status = SUCCESS;
+    return QV_TRUE;
+}
+
+QV_BOOL remove( QV_VECTOR *argv, void *context )
+{
+    Ref< QV_VECTOR > words;
+
+    if( !readWords( argv, 2, -1, &words ) )
+        return QV_FALSE;
+
+    contextOf( context )->status = FAILURE;
+    Ref< QV_STRING > fn          = wordAt( words, 0 );
+    Document         document;
+
+    if( !readDocument( fn, &document ) )
+        return QV_FALSE;
+
+    bool complete = true;
+
+    for( QV_INT i = 1; i < qvVectorLength( words ); i++ )
+    {
+        if( document.remove( wordAt( words, i ) ) )
+            continue;
+
+        complain( COMMAND, wordAt( words, i ), "no such entry" );
+        complete = false;
+    }
+
+    if( !complete || !writeFile( fn, document.bytes() ) )
+        return QV_FALSE;
+
+    contextOf( context )->status = SUCCESS;
+    return QV_TRUE;
+}
+
+QV_BOOL merge( QV_VECTOR *argv, void *context )
+{
+    Ref< QV_VECTOR > words;
+
+    if( !readWords( argv, 2, -1, &words ) )
+        return QV_FALSE;
+
+    contextOf( context )->status = FAILURE;
+    Ref< QV_STRING > fn          = wordAt( words, 0 );
+    Document         document;
+
+    if( !readDocument( fn, &document ) )
+        return QV_FALSE;
+
+    for( QV_INT i = 1; i < qvVectorLength( words ); i++ )
+    {
+        Ref< QV_STORE > other = readStore( wordAt( words, i ), false );
+
+        if( !other )
+            return QV_FALSE;
+
+        document.merge( other );
+    }
+
+    if( !writeFile( fn, document.bytes() ) )
+        return QV_FALSE;
+
+    contextOf( context )->status = SUCCESS;
+    return QV_TRUE;
+}
+
+// Reads one form of a document and writes the other.
+QV_BOOL convert( QV_VECTOR *argv, void *context, bool fromBinary )
+{
+    Ref< QV_VECTOR > words;
+
+    if( !readWords( argv, 2, 2, &words ) )
+        return QV_FALSE;
+
+    contextOf( context )->status = FAILURE;
+    Ref< QV_STORE > store        = readStore( wordAt( words, 0 ), fromBinary );
+
+    if( !store )
+        return QV_FALSE;
+
+    Ref< QV_BUFFER > bytes( fromBinary ? qvStoreEncodeToTextBuffer( store ) : qvStoreEncodeToBuffer( store ) );
+
+    if( !writeFile( wordAt( words, 1 ), bytes ) )
+        return QV_FALSE;
+
+    contextOf( context )->status = SUCCESS;
+    return QV_TRUE;
+}
+
+QV_BOOL encode( QV_VECTOR *argv, void *context )
+{
+    return convert( argv, context, false );
+}
+
+QV_BOOL decode( QV_VECTOR *argv, void *context )
+{
+    return convert( argv, context, true );
+}
+
+// Why a reader skips a line, or null if it does not.
+const char *skipReason( QV_INT code )
+{
+    switch( code )
+    {
+        case QV___STORE_LINE_EMPTY: return "the line is empty";
+        case QV___STORE_LINE_NO_SEPARATOR: return "neither . nor = follows an address";
+        case QV___STORE_LINE_BAD_ADDRESS: return "what stands before the separator is no address";
+        case QV___STORE_LINE_TOO_DEEP: return "nested too deep";
+        default: return nullptr;
+    }
+}
+
+QV_BOOL check( QV_VECTOR *argv, void *context )
+{
+    Ref< QV_VECTOR > words;
+
+    if( !readWords( argv, 1, 1, &words ) )
+        return QV_FALSE;
+
+    contextOf( context )->status = FAILURE;
+    Ref< QV_STRING >      fn     = wordAt( words, 0 );
+    Ref< QV_LINE_SOURCE > source;
+
+    if( !qvFileIsDirectory( fn ) )
+        source.reset( qvFileOpenLineSource( fn, QV_CHARSET_UTF_8, 0, ALL_LINE_ENDS ) );
+
+    Ref< QV_VECTOR > lines( source ? qvLineSourceReadLines( source, QV_INT_MAX ) : nullptr );
+
+    if( !lines || qvLineSourceError( source ) )
+    {
+        complain( COMMAND, fn, unreadableReason( fn ) );
+        return QV_FALSE;
+    }
+
+    bool complete = true;
+
+    for( QV_INT i = 0; i < qvVectorLength( lines ); i++ )
+    {
+        const char *reason = skipReason( qv___StoreParseLine( wordAt( lines, i ), nullptr, nullptr ) );
+
+        if( !reason )
+            continue;
+
+        qvPrintFormatCstr( "%s:%i: %lc", -1, fn.get(), i + 1, reason );
+        complete = false;
+    }
+
+    if( complete )
+        contextOf( context )->status = SUCCESS;
+
+    return complete ? QV_TRUE : QV_FALSE;
+}
+
+const Tool TOOLS[] = {
+    { "show", "FILE [--binary]", "prints a document in its canonical text form", show },
+    { "get", "FILE PATH...", "prints the values at paths like a.b.c, a line each", get },
+    { "set", "FILE PATH=VALUE...", "changes or adds values; all other lines stay as they are", set },
+    { "delete", "FILE PATH...", "deletes entries with everything below them", remove },
+    { "merge", "FILE OTHER...", "adds to FILE what only the others have", merge },
+    { "encode", "FILE OUT", "writes a document in binary form", encode },
+    { "decode", "FILE OUT", "writes a document in binary form as text", decode },
+    { "check", "FILE", "names every line that a reader skips, and why", check },
+};
+} // namespace
+
+QV_BOOL storeTool( QV_VECTOR *argv, void *context )
+{
+    runTool( COMMAND, TOOLS, sizeof( TOOLS ) / sizeof( TOOLS[0] ), argv, contextOf( context ) );
+    return contextOf( context )->status == SUCCESS ? QV_TRUE : QV_FALSE;
+}
+} // namespace morvane
