@@ -1,12 +1,18 @@
 #include "qv/base/qv_string.h"
 
+#include "qv/base/qv_format.h"
+#include "qv/base/qv_format_private.h"
 #include "qv/base/qv_string_private.h"
+#include "qv/base/qv_vector.h"
+#include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_chars.h"
+#include "qv/sys/qv_chars_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/unicode/qv_unicode_tables_private.h"
 
 QV_STRING *qv___StringEmpty = nullptr;
 
@@ -51,6 +57,44 @@ QV_STRING *createWithoutBlock()
     return qvs;
 }
 
+QV_INT leadingWhiteSpace( QV_STRING *qvs )
+{
+    const QV_CHAR *chs   = qv::chars( qvs );
+    QV_INT         count = 0;
+
+    while( count < qvs->length && qv::unicode::isWhiteSpace( chs[count] ) )
+        count++;
+
+    return count;
+}
+
+QV_INT trailingWhiteSpace( QV_STRING *qvs )
+{
+    const QV_CHAR *chs  = qv::chars( qvs );
+    QV_INT         left = qvs->length;
+
+    while( left > 0 && qv::unicode::isWhiteSpace( chs[left - 1] ) )
+        left--;
+
+    return qvs->length - left;
+}
+
+// A reference to a text in any form, for a scope.
+qv::Ref< QV_STRING > asString( QV_STRING *qvs )
+{
+    return qv::Ref< QV_STRING >::share( qvs );
+}
+
+qv::Ref< QV_STRING > asString( const char *text, QV_INT length )
+{
+    return qv::Ref< QV_STRING >( qvStringCreateFromCstr( text, length ) );
+}
+
+qv::Ref< QV_STRING > asString( const wchar_t *text, QV_INT length )
+{
+    return qv::Ref< QV_STRING >( qvStringCreateFromWcstr( text, length ) );
+}
+
 void freeString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
@@ -69,15 +113,12 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
 
-    QV_STRING     *a      = qvStringFrom( thisObj );
-    QV_STRING     *b      = qvStringFrom( thatObj );
-    QV_INT         common = qvIntMin( a->length, b->length );
-    const QV_CHAR *aChars = qv::chars( a );
-    const QV_CHAR *bChars = qv::chars( b );
+    QV_STRING *a      = qvStringFrom( thisObj );
+    QV_STRING *b      = qvStringFrom( thatObj );
+    QV_INT     common = a->length < b->length ? a->length : b->length;
 
-    for( QV_INT i = 0; i < common; i++ )
-        if( aChars[i] != bChars[i] )
-            return aChars[i] < bChars[i] ? -1 : 1;
+    if( int order = qv::compareChars( qv::chars( a ), qv::chars( b ), common ) )
+        return order < 0 ? -1 : 1;
 
     return ( a->length > b->length ) - ( a->length < b->length );
 }
@@ -238,6 +279,47 @@ void qv___StringCompact( QV_STRING *qvs )
 
 /* Creation ------------------------------------------------------------------------------------------------------- */
 
+namespace
+{
+// A String with a block of its own, exactly as long as the text.
+QV_STRING *createWithBlock( QV_CHAR *block, QV_INT length )
+{
+    QV_STRING *qvs = createWithoutBlock();
+    qvs->chars     = block;
+    qvs->length    = length;
+    account( qvs );
+
+    return qvs;
+}
+
+// A String with a copy of `count` good characters, and with free places unless there are none.
+QV_STRING *createCopy( const QV_CHAR *chs, QV_INT count )
+{
+    QV_STRING *qvs = createWithoutBlock();
+
+    if( count > 0 )
+        copyChars( qv___StringMakeRoom( qvs, 0, count ), chs, count );
+
+    return qvs;
+}
+
+// Decodes twice: first to learn the length, then into a block of just that length.
+template< class Unit >
+QV_STRING *
+createDecoded( QV_INT ( *convert )( QV_CHAR *, QV_INT, const Unit *, QV_INT ), const Unit *text, QV_INT length )
+{
+    QV_INT count = convert( nullptr, 0, text, length );
+
+    if( count == 0 )
+        return qvStringCreate();
+
+    QV_CHAR *block = allocate( count );
+    convert( block, count, text, length );
+
+    return createWithBlock( block, count );
+}
+} // namespace
+
 QV_STRING *qvStringCreate( void )
 {
     return qv::retain( qv___StringEmpty );
@@ -246,17 +328,53 @@ QV_STRING *qvStringCreate( void )
 QV_STRING *qvStringCreateFrom( QV_STRING *src )
 {
     QV_CHECK( src );
-    return qvStringCreateFromInner( src, 0, src->length );
+    return createCopy( qv::chars( src ), src->length );
+}
+
+QV_STRING *qvStringCreateFromLeading( QV_STRING *src, QV_INT count )
+{
+    return qvStringCreateFromInner( src, 0, count );
+}
+
+QV_STRING *qvStringCreateFromTrailing( QV_STRING *src, QV_INT count )
+{
+    QV_CHECK( src );
+    QV_CHECK( count >= 0 );
+    QV_CHECK( count <= src->length );
+
+    return qvStringCreateFromInner( src, src->length - count, count );
 }
 
 QV_STRING *qvStringCreateFromInner( QV_STRING *src, QV_INT offset, QV_INT count )
 {
     QV_CHECK( src );
+    QV_CHECK( offset >= 0 );
+    QV_CHECK( count >= 0 );
+    QV_CHECK( QV_INT_ADD_OK( offset, count ) );
+    QV_CHECK( offset + count <= src->length );
 
-    qv::Ref< QV_STRING > result( createWithoutBlock() );
-    qvStringInsertInner( result.at(), 0, src, offset, count );
+    return createCopy( qv::chars( src ) + offset, count );
+}
 
-    return result.give();
+QV_STRING *qvStringCreateFromOuter( QV_STRING *src, QV_INT offset, QV_INT count )
+{
+    QV_CHECK( src );
+    QV_CHECK( offset >= 0 );
+    QV_CHECK( count >= 0 );
+    QV_CHECK( QV_INT_ADD_OK( offset, count ) );
+    QV_CHECK( offset + count <= src->length );
+
+    QV_STRING *qvs  = createWithoutBlock();
+    QV_INT     left = src->length - count;
+
+    if( left > 0 )
+    {
+        QV_CHAR *to = qv___StringMakeRoom( qvs, 0, left );
+        copyChars( to, qv::chars( src ), offset );
+        copyChars( to + offset, qv::chars( src ) + offset + count, left - offset );
+    }
+
+    return qvs;
 }
 
 QV_STRING *qvStringCreateFromCharsUse( QV_CHAR *chars, QV_INT length )
@@ -265,21 +383,14 @@ QV_STRING *qvStringCreateFromCharsUse( QV_CHAR *chars, QV_INT length )
     QV_CHECK_AS( length == 0 || chars, "srcLength == 0 || src" );
     QV_CHECK_AS( qvCharsAllOk( chars, length ), "qvCharsAllOk( src, srcLength )" );
 
-    if( length == 0 )
-        return qvStringCreate();
-
-    QV_STRING *qvs = createWithoutBlock();
-    qvs->chars     = chars;
-    qvs->length    = length;
-    account( qvs );
-
-    return qvs;
+    return length == 0 ? qvStringCreate() : createWithBlock( chars, length );
 }
 
 QV_STRING *qvStringCreateFromCharsCopy( const QV_CHAR *chars, QV_INT length )
 {
     QV_CHECK_AS( length >= 0, "srcLength >= 0" );
     QV_CHECK_AS( length == 0 || chars, "srcLength == 0 || src" );
+    QV_CHECK_AS( qvCharsAllOk( chars, length ), "qvCharsAllOk( src, srcLength )" );
 
     if( length == 0 )
         return qvStringCreate();
@@ -287,20 +398,75 @@ QV_STRING *qvStringCreateFromCharsCopy( const QV_CHAR *chars, QV_INT length )
     QV_CHAR *block = allocate( length );
     copyChars( block, chars, length );
 
-    return qvStringCreateFromCharsUse( block, length );
+    return createWithBlock( block, length );
+}
+
+QV_STRING *qvStringCreateFromAscii( const char *text, QV_INT length )
+{
+    return createDecoded( qvCharsConvertFromAscii, text, length );
 }
 
 QV_STRING *qvStringCreateFromCstr( const char *text, QV_INT length )
 {
-    QV_INT count = qvCharsConvertFromCstr( nullptr, 0, text, length );
+    return createDecoded( qvCharsConvertFromCstr, text, length );
+}
 
-    if( count == 0 )
-        return qvStringCreate();
+QV_STRING *qvStringCreateFromUtf8( const char *text, QV_INT length )
+{
+    return createDecoded( qvCharsConvertFromUtf8, text, length );
+}
 
-    QV_CHAR *block = allocate( count );
-    qvCharsConvertFromCstr( block, count, text, length );
+QV_STRING *qvStringCreateFromWcstr( const wchar_t *text, QV_INT length )
+{
+    return createDecoded( qvCharsConvertFromWcstr, text, length );
+}
 
-    return qvStringCreateFromCharsUse( block, count );
+QV_STRING *qvStringCreateFromFormat( QV_STRING *fmt, ... )
+{
+    va_list argList;
+    va_start( argList, fmt );
+    QV_STRING *result = qvStringCreateFromFormatArgList( fmt, &argList );
+    va_end( argList );
+
+    return result;
+}
+
+QV_STRING *qvStringCreateFromFormatArgList( QV_STRING *fmt, va_list *argList )
+{
+    QV_CHECK( fmt );
+    return qv___FormatArgList( fmt, argList );
+}
+
+QV_STRING *qvStringCreateFromFormatCstr( const char *fmt, QV_INT fmtLength, ... )
+{
+    va_list argList;
+    va_start( argList, fmtLength );
+    QV_STRING *result = qvStringCreateFromFormatCstrArgList( fmt, fmtLength, &argList );
+    va_end( argList );
+
+    return result;
+}
+
+QV_STRING *qvStringCreateFromFormatCstrArgList( const char *fmt, QV_INT fmtLength, va_list *argList )
+{
+    qv::Ref< QV_STRING > format( qvStringCreateFromCstr( fmt, fmtLength ) );
+    return qvStringCreateFromFormatArgList( format, argList );
+}
+
+QV_STRING *qvStringCreateFromFormatWcstr( const wchar_t *fmt, QV_INT fmtLength, ... )
+{
+    va_list argList;
+    va_start( argList, fmtLength );
+    QV_STRING *result = qvStringCreateFromFormatWcstrArgList( fmt, fmtLength, &argList );
+    va_end( argList );
+
+    return result;
+}
+
+QV_STRING *qvStringCreateFromFormatWcstrArgList( const wchar_t *fmt, QV_INT fmtLength, va_list *argList )
+{
+    qv::Ref< QV_STRING > format( qvStringCreateFromWcstr( fmt, fmtLength ) );
+    return qvStringCreateFromFormatArgList( format, argList );
 }
 
 /* Reading -------------------------------------------------------------------------------------------------------- */
@@ -324,6 +490,12 @@ QV_CHAR qvStringCharAt( QV_STRING *qvs, QV_INT idx )
     QV_CHECK( idx < qvs->length );
 
     return qv::chars( qvs )[idx];
+}
+
+QV_BOOL qvStringIsBlank( QV_STRING *qvs )
+{
+    QV_CHECK( qvs );
+    return leadingWhiteSpace( qvs ) == qvs->length ? QV_TRUE : QV_FALSE;
 }
 
 /* Inserting ------------------------------------------------------------------------------------------------------ */
@@ -357,6 +529,20 @@ void qvStringInsert( QV_STRING **dest, QV_INT idx, QV_STRING *src )
     qvStringInsertInner( dest, idx, src, 0, src->length );
 }
 
+void qvStringInsertLeading( QV_STRING **dest, QV_INT idx, QV_STRING *src, QV_INT count )
+{
+    qvStringInsertInner( dest, idx, src, 0, count );
+}
+
+void qvStringInsertTrailing( QV_STRING **dest, QV_INT idx, QV_STRING *src, QV_INT count )
+{
+    QV_CHECK( src );
+    QV_CHECK( count >= 0 );
+    QV_CHECK( count <= src->length );
+
+    qvStringInsertInner( dest, idx, src, src->length - count, count );
+}
+
 void qvStringInsertInner( QV_STRING **dest, QV_INT idx, QV_STRING *src, QV_INT offset, QV_INT count )
 {
     QV_CHECK( dest );
@@ -379,6 +565,24 @@ void qvStringInsertInner( QV_STRING **dest, QV_INT idx, QV_STRING *src, QV_INT o
     insertChars( dest, idx, qv::chars( src ) + offset, count );
 }
 
+void qvStringInsertOuter( QV_STRING **dest, QV_INT idx, QV_STRING *src, QV_INT offset, QV_INT count )
+{
+    QV_CHECK( dest );
+    QV_CHECK( *dest );
+    QV_CHECK( src );
+    QV_CHECK( idx >= 0 );
+    QV_CHECK( idx <= (*dest)->length );
+    QV_CHECK( offset >= 0 );
+    QV_CHECK( count >= 0 );
+    QV_CHECK( QV_INT_ADD_OK( offset, count ) );
+    QV_CHECK( offset + count <= src->length );
+
+    // Held across both insertions, a String that goes into itself is read as it was.
+    qv::Ref< QV_STRING > held = qv::Ref< QV_STRING >::share( *dest == src ? src : nullptr );
+    qvStringInsertInner( dest, idx, src, offset + count, src->length - offset - count );
+    qvStringInsertInner( dest, idx, src, 0, offset );
+}
+
 void qvStringInsertChars( QV_STRING **qvs, QV_INT idx, const QV_CHAR *chs, QV_INT chsLength )
 {
     QV_CHECK( qvs );
@@ -397,45 +601,248 @@ void qvStringInsertChars( QV_STRING **qvs, QV_INT idx, const QV_CHAR *chs, QV_IN
     insertChars( qvs, idx, chs, chsLength );
 }
 
-void qvStringAppend( QV_STRING **dest, QV_STRING *src )
+void qvStringInsertChar( QV_STRING **dest, QV_INT idx, QV_CHAR ch )
 {
-    QV_CHECK( dest );
-    QV_CHECK( *dest );
-    qvStringInsert( dest, (*dest)->length, src );
+    qvStringInsertChars( dest, idx, &ch, 1 );
 }
 
-void qvStringAppendInner( QV_STRING **dest, QV_STRING *src, QV_INT offset, QV_INT count )
+void qvStringInsertCstr( QV_STRING **dest, QV_INT idx, const char *text, QV_INT length )
 {
-    QV_CHECK( dest );
-    QV_CHECK( *dest );
-    qvStringInsertInner( dest, (*dest)->length, src, offset, count );
+    qv::Ref< QV_STRING > src( qvStringCreateFromCstr( text, length ) );
+    qvStringInsert( dest, idx, src );
 }
 
-void qvStringAppendChars( QV_STRING **dest, const QV_CHAR *chs, QV_INT chsLength )
+void qvStringInsertWcstr( QV_STRING **dest, QV_INT idx, const wchar_t *text, QV_INT length )
 {
-    QV_CHECK( dest );
-    QV_CHECK( *dest );
-    qvStringInsertChars( dest, (*dest)->length, chs, chsLength );
+    qv::Ref< QV_STRING > src( qvStringCreateFromWcstr( text, length ) );
+    qvStringInsert( dest, idx, src );
+}
+
+void qvStringInsertObj( QV_STRING **dest, QV_INT idx, QV_OBJ *obj )
+{
+    QV_CHECK( obj );
+
+    qv::Ref< QV_STRING > src( qvObjToString( obj ) );
+    qvStringInsert( dest, idx, src );
+}
+
+void qvStringInsertFormat( QV_STRING **dest, QV_INT idx, QV_STRING *fmt, ... )
+{
+    va_list argList;
+    va_start( argList, fmt );
+    qvStringInsertFormatArgList( dest, idx, fmt, &argList );
+    va_end( argList );
+}
+
+void qvStringInsertFormatArgList( QV_STRING **dest, QV_INT idx, QV_STRING *fmt, va_list *argList )
+{
+    qv::Ref< QV_STRING > src( qvStringCreateFromFormatArgList( fmt, argList ) );
+    qvStringInsert( dest, idx, src );
+}
+
+void qvStringInsertFormatCstr( QV_STRING **dest, QV_INT idx, const char *fmt, QV_INT fmtLength, ... )
+{
+    va_list argList;
+    va_start( argList, fmtLength );
+    qvStringInsertFormatCstrArgList( dest, idx, fmt, fmtLength, &argList );
+    va_end( argList );
+}
+
+void qvStringInsertFormatCstrArgList(
+    QV_STRING **dest, QV_INT idx, const char *fmt, QV_INT fmtLength, va_list *argList )
+{
+    qv::Ref< QV_STRING > src( qvStringCreateFromFormatCstrArgList( fmt, fmtLength, argList ) );
+    qvStringInsert( dest, idx, src );
+}
+
+void qvStringInsertFormatWcstr( QV_STRING **dest, QV_INT idx, const wchar_t *fmt, QV_INT fmtLength, ... )
+{
+    va_list argList;
+    va_start( argList, fmtLength );
+    qvStringInsertFormatWcstrArgList( dest, idx, fmt, fmtLength, &argList );
+    va_end( argList );
+}
+
+void qvStringInsertFormatWcstrArgList(
+    QV_STRING **dest, QV_INT idx, const wchar_t *fmt, QV_INT fmtLength, va_list *argList )
+{
+    qv::Ref< QV_STRING > src( qvStringCreateFromFormatWcstrArgList( fmt, fmtLength, argList ) );
+    qvStringInsert( dest, idx, src );
+}
+
+// The same forms at one end: `Place` is the word in the names, `INDEX` where they insert.
+#define AT_END( Place, INDEX, Form, PARAMETERS, ... )                                                                  \
+    void qvString##Place##Form PARAMETERS                                                                              \
+    {                                                                                                                  \
+        QV_CHECK( dest );                                                                                              \
+        QV_CHECK( *dest );                                                                                             \
+        qvStringInsert##Form( dest, INDEX, __VA_ARGS__ );                                                              \
+    }
+
+#define AT_END_VARIADIC( Place, INDEX, Form, PARAMETERS, LAST, ... )                                                   \
+    void qvString##Place##Form PARAMETERS                                                                              \
+    {                                                                                                                  \
+        QV_CHECK( dest );                                                                                              \
+        QV_CHECK( *dest );                                                                                             \
+                                                                                                                       \
+        va_list argList;                                                                                               \
+        va_start( argList, LAST );                                                                                     \
+        qvStringInsert##Form##ArgList( dest, INDEX, __VA_ARGS__, &argList );                                           \
+        va_end( argList );                                                                                             \
+    }
+
+// clang-format off
+#define FORMS_AT_END( Place, INDEX )                                                                                   \
+    AT_END( Place, INDEX, ,              ( QV_STRING **dest, QV_STRING *src ), src )                                   \
+    AT_END( Place, INDEX, Leading,       ( QV_STRING **dest, QV_STRING *src, QV_INT count ), src, count )              \
+    AT_END( Place, INDEX, Trailing,      ( QV_STRING **dest, QV_STRING *src, QV_INT count ), src, count )              \
+    AT_END( Place, INDEX, Inner,         ( QV_STRING **dest, QV_STRING *src, QV_INT offset, QV_INT count ),            \
+            src, offset, count )                                                                                       \
+    AT_END( Place, INDEX, Outer,         ( QV_STRING **dest, QV_STRING *src, QV_INT offset, QV_INT count ),            \
+            src, offset, count )                                                                                       \
+    AT_END( Place, INDEX, Chars,         ( QV_STRING **dest, const QV_CHAR *chs, QV_INT chsLength ), chs, chsLength )  \
+    AT_END( Place, INDEX, Cstr,          ( QV_STRING **dest, const char *text, QV_INT length ), text, length )         \
+    AT_END( Place, INDEX, Wcstr,         ( QV_STRING **dest, const wchar_t *text, QV_INT length ), text, length )      \
+    AT_END( Place, INDEX, Obj,           ( QV_STRING **dest, QV_OBJ *obj ), obj )                                      \
+    AT_END( Place, INDEX, FormatArgList, ( QV_STRING **dest, QV_STRING *fmt, va_list *argList ), fmt, argList )        \
+    AT_END( Place, INDEX, FormatCstrArgList,                                                                           \
+            ( QV_STRING **dest, const char *fmt, QV_INT fmtLength, va_list *argList ), fmt, fmtLength, argList )       \
+    AT_END( Place, INDEX, FormatWcstrArgList,                                                                          \
+            ( QV_STRING **dest, const wchar_t *fmt, QV_INT fmtLength, va_list *argList ), fmt, fmtLength, argList )    \
+    AT_END_VARIADIC( Place, INDEX, Format, ( QV_STRING **dest, QV_STRING *fmt, ... ), fmt, fmt )                       \
+    AT_END_VARIADIC( Place, INDEX, FormatCstr,                                                                         \
+            ( QV_STRING **dest, const char *fmt, QV_INT fmtLength, ... ), fmtLength, fmt, fmtLength )                  \
+    AT_END_VARIADIC( Place, INDEX, FormatWcstr,                                                                        \
+            ( QV_STRING **dest, const wchar_t *fmt, QV_INT fmtLength, ... ), fmtLength, fmt, fmtLength )
+
+FORMS_AT_END( Prepend, 0 )
+FORMS_AT_END( Append, (*dest)->length )
+// clang-format on
+
+void qvStringPrependChar( QV_STRING **dest, QV_CHAR ch )
+{
+    qvStringPrependChars( dest, &ch, 1 );
 }
 
 void qvStringAppendChar( QV_STRING **dest, QV_CHAR ch )
 {
-    qvStringAppendChars( dest, &ch, 1 );
+    QV_CHECK( dest );
+    QV_CHECK( *dest );
+
+    QV_STRING *qvs = *dest;
+
+    // The loops that build a text character by character end here: a free place, nobody else, nothing to check twice.
+    if( __builtin_expect( qvs->bspace > 0 && qvs->length > 0 && QV_CHAR_OK( ch ) && !qv::isShared( qvs ), 1 ) )
+    {
+        qvs->chars[qvs->fspace + qvs->length] = ch;
+        qvs->length++;
+        qvs->bspace--;
+        return;
+    }
+
+    qvStringInsertChars( dest, qvs->length, &ch, 1 );
 }
 
-void qvStringAppendCstr( QV_STRING **dest, const char *text, QV_INT length )
+/* Delimited ------------------------------------------------------------------------------------------------------ */
+
+namespace
 {
-    qv::Ref< QV_STRING > src( qvStringCreateFromCstr( text, length ) );
+// Holds what `*dest` is now if that is one of the texts to add, so that the text is read as it was.
+qv::Ref< QV_STRING > heldIfAdded( QV_STRING **dest, QV_STRING *src, QV_STRING *delimiter )
+{
+    return qv::Ref< QV_STRING >::share( *dest == src || *dest == delimiter ? *dest : nullptr );
+}
+} // namespace
+
+void qvStringDelimitedAppend( QV_STRING **dest, QV_STRING *src, QV_STRING *delimiter )
+{
+    QV_CHECK( dest );
+    QV_CHECK( *dest );
+    QV_CHECK( src );
+    QV_CHECK( delimiter );
+
+    qv::Ref< QV_STRING > held = heldIfAdded( dest, src, delimiter );
+
+    if( (*dest)->length > 0 )
+        qvStringAppend( dest, delimiter );
+
     qvStringAppend( dest, src );
 }
 
-void qvStringAppendObj( QV_STRING **dest, QV_OBJ *obj )
+void qvStringDelimitedPrepend( QV_STRING **dest, QV_STRING *src, QV_STRING *delimiter )
 {
-    qv::Ref< QV_STRING > src( qvObjToString( obj ) );
+    QV_CHECK( dest );
+    QV_CHECK( *dest );
+    QV_CHECK( src );
+    QV_CHECK( delimiter );
+
+    qv::Ref< QV_STRING > held = heldIfAdded( dest, src, delimiter );
+
+    if( (*dest)->length > 0 )
+        qvStringPrepend( dest, delimiter );
+
+    qvStringPrepend( dest, src );
+}
+
+void qvStringDelimitedAppendCharDelimiter( QV_STRING **dest, QV_STRING *src, QV_CHAR delimiter )
+{
+    QV_CHECK( dest );
+    QV_CHECK( *dest );
+    QV_CHECK( src );
+
+    qv::Ref< QV_STRING > held = heldIfAdded( dest, src, nullptr );
+
+    if( (*dest)->length > 0 )
+        qvStringAppendChar( dest, delimiter );
+
     qvStringAppend( dest, src );
 }
 
-/* Deleting ------------------------------------------------------------------------------------------------------- */
+void qvStringDelimitedPrependCharDelimiter( QV_STRING **dest, QV_STRING *src, QV_CHAR delimiter )
+{
+    QV_CHECK( dest );
+    QV_CHECK( *dest );
+    QV_CHECK( src );
+
+    qv::Ref< QV_STRING > held = heldIfAdded( dest, src, nullptr );
+
+    if( (*dest)->length > 0 )
+        qvStringPrependChar( dest, delimiter );
+
+    qvStringPrepend( dest, src );
+}
+
+// Both places for one form of the two texts: what isn't a String yet becomes one for the call.
+#define DELIMITED( Form, PARAMETERS, SOURCE, DELIMITER )                                                               \
+    void qvStringDelimitedAppend##Form PARAMETERS                                                                      \
+    {                                                                                                                  \
+        qv::Ref< QV_STRING > source = SOURCE, separator = DELIMITER;                                                   \
+        qvStringDelimitedAppend( dest, source, separator );                                                            \
+    }                                                                                                                  \
+                                                                                                                       \
+    void qvStringDelimitedPrepend##Form PARAMETERS                                                                     \
+    {                                                                                                                  \
+        qv::Ref< QV_STRING > source = SOURCE, separator = DELIMITER;                                                   \
+        qvStringDelimitedPrepend( dest, source, separator );                                                           \
+    }
+
+// clang-format off
+DELIMITED( Cstr, ( QV_STRING **dest, const char *src, QV_INT srcLength, const char *delimiter, QV_INT delimiterLength ),
+           asString( src, srcLength ), asString( delimiter, delimiterLength ) )
+DELIMITED( CstrSource, ( QV_STRING **dest, const char *src, QV_INT srcLength, QV_STRING *delimiter ),
+           asString( src, srcLength ), asString( delimiter ) )
+DELIMITED( CstrDelimiter, ( QV_STRING **dest, QV_STRING *src, const char *delimiter, QV_INT delimiterLength ),
+           asString( src ), asString( delimiter, delimiterLength ) )
+DELIMITED( Wcstr,
+           ( QV_STRING **dest, const wchar_t *src, QV_INT srcLength, const wchar_t *delimiter, QV_INT delimiterLength ),
+           asString( src, srcLength ), asString( delimiter, delimiterLength ) )
+DELIMITED( WcstrSource, ( QV_STRING **dest, const wchar_t *src, QV_INT srcLength, QV_STRING *delimiter ),
+           asString( src, srcLength ), asString( delimiter ) )
+DELIMITED( WcstrDelimiter, ( QV_STRING **dest, QV_STRING *src, const wchar_t *delimiter, QV_INT delimiterLength ),
+           asString( src ), asString( delimiter, delimiterLength ) )
+// clang-format on
+
+/* Changing and deleting ------------------------------------------------------------------------------------------ */
 
 void qvStringClear( QV_STRING **qvs )
 {
@@ -443,6 +850,29 @@ void qvStringClear( QV_STRING **qvs )
     QV_CHECK( *qvs );
 
     qv::assign( qvs, qvStringCreate() );
+}
+
+void qvStringSetCharAt( QV_STRING **qvs, QV_INT idx, QV_CHAR ch )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( *qvs );
+    QV_CHECK( idx >= -1 );
+    QV_CHECK( idx <= (*qvs)->length );
+    QV_CHECK( QV_CHAR_OK( ch ) );
+
+    if( idx == -1 )
+    {
+        qvStringPrependChar( qvs, ch );
+    }
+    else if( idx == (*qvs)->length )
+    {
+        qvStringAppendChar( qvs, ch );
+    }
+    else
+    {
+        qv::makePrivate( qvs, qvStringCreateFrom );
+        qv::chars( *qvs )[idx] = ch;
+    }
 }
 
 void qvStringDelLeading( QV_STRING **qvs, QV_INT count )
@@ -505,14 +935,14 @@ void qvStringDelOuter( QV_STRING **qvs, QV_INT offset, QV_INT count )
     QV_CHECK( QV_INT_ADD_OK( offset, count ) );
     QV_CHECK( offset + count <= (*qvs)->length );
 
-    if( count == (*qvs)->length )
-        return;
-
     if( count == 0 )
     {
         qvStringClear( qvs );
         return;
     }
+
+    if( count == (*qvs)->length )
+        return;
 
     qv::makePrivate( qvs, qvStringCreateFrom );
     QV_STRING *own = *qvs;
@@ -520,4 +950,563 @@ void qvStringDelOuter( QV_STRING **qvs, QV_INT offset, QV_INT count )
     own->bspace += own->length - offset - count;
     own->length = count;
     qv___StringCompact( own );
+}
+
+void qvStringTrimLeading( QV_STRING **qvs )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( *qvs );
+
+    qvStringDelLeading( qvs, leadingWhiteSpace( *qvs ) );
+}
+
+void qvStringTrimTrailing( QV_STRING **qvs )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( *qvs );
+
+    qvStringDelTrailing( qvs, trailingWhiteSpace( *qvs ) );
+}
+
+void qvStringTrim( QV_STRING **qvs )
+{
+    qvStringTrimLeading( qvs );
+    qvStringTrimTrailing( qvs );
+}
+
+namespace
+{
+// Replaces the text by its mapping; `asciiFirst` is the first of the 26 letters of ASCII that change. Most texts keep
+// their length: the new String gets room for that, more by halves if a mapping is longer, and in the end an exact
+// block.
+void mapCase( QV_STRING **qvs, qv::unicode::Mapping ( *lookUp )( QV_CHAR ), QV_CHAR asciiFirst )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( *qvs );
+
+    QV_INT         length = (*qvs)->length;
+    const QV_CHAR *from   = qv::chars( *qvs );
+
+    if( length == 0 )
+        return;
+
+    QV_STRING *mapped = createWithoutBlock();
+    QV_CHAR   *to     = qv___StringMakeRoom( mapped, 0, length );
+    QV_INT     count  = 0;
+    QV_INT     i      = 0;
+
+    const qv::CharVector belowFirst = qv::CharVector {} + static_cast< int32_t >( asciiFirst - 1 );
+    const qv::CharVector behindLast = qv::CharVector {} + static_cast< int32_t >( asciiFirst + 26 );
+
+    while( i < length )
+    {
+        // ASCII by fours: the two cases of a letter differ in one bit.
+        while( length - i >= 4 )
+        {
+            qv::CharVector four = qv::loadChars( from + i );
+
+            if( qv::anyBit( four & ~0x7F ) )
+                break;
+
+            qv::storeChars( to + count, four ^ ( ( four > belowFirst ) & ( four < behindLast ) & 0x20 ) );
+            count += 4;
+            i += 4;
+        }
+
+        for( QV_INT stop = length - i < 4 ? length : i + 4; i < stop; i++ )
+        {
+            qv::unicode::Mapping mapping = lookUp( from[i] );
+
+            if( !mapping.chars )
+            {
+                to[count++] = from[i];
+                continue;
+            }
+
+            // Every character that follows needs a place at least.
+            if( count + mapping.length + ( length - i - 1 ) > mapped->length )
+            {
+                qv___StringMakeRoom( mapped, mapped->length, mapped->length / 2 + mapping.length );
+                to = qv::chars( mapped );
+            }
+
+            for( QV_INT k = 0; k < mapping.length; k++ )
+                to[count++] = mapping.chars[k];
+        }
+    }
+
+    if( mapped->length != count )
+    {
+        mapped->chars  = reallocate( mapped->chars, QV_STRING_FSPACE + count + QV_STRING_BSPACE );
+        mapped->length = count;
+        mapped->bspace = QV_STRING_BSPACE;
+        account( mapped );
+    }
+
+    qv::assign( qvs, mapped );
+}
+
+// A String with the case-folded text.
+qv::Ref< QV_STRING > folded( QV_STRING *qvs )
+{
+    qv::Ref< QV_STRING > result = asString( qvs );
+    qvStringToCaseFold( result.at() );
+
+    return result;
+}
+} // namespace
+
+void qvStringToUpper( QV_STRING **qvs )
+{
+    mapCase( qvs, qv::unicode::upperCase, U'a' );
+}
+
+void qvStringToLower( QV_STRING **qvs )
+{
+    mapCase( qvs, qv::unicode::lowerCase, U'A' );
+}
+
+void qvStringToCaseFold( QV_STRING **qvs )
+{
+    mapCase( qvs, qv::unicode::caseFold, U'A' );
+}
+
+void qvStringSanitize( QV_STRING **qvs )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( *qvs );
+
+    if( (*qvs)->length == 0 )
+        return;
+
+    qv::makePrivate( qvs, qvStringCreateFrom );
+    QV_STRING *own   = *qvs;
+    QV_INT     count = qvCharsSanitize( qv::chars( own ), own->length, qv::chars( own ), own->length );
+    own->bspace += own->length - count;
+    own->length = count;
+    qv___StringCompact( own );
+}
+
+/* Comparing ------------------------------------------------------------------------------------------------------ */
+
+namespace
+{
+bool standsAt( QV_STRING *qvs, QV_INT idx, const QV_CHAR *sub, QV_INT subLen )
+{
+    return idx >= 0 && subLen <= qvs->length - idx && qv::equalChars( qv::chars( qvs ) + idx, sub, subLen );
+}
+} // namespace
+
+QV_BOOL qvStringEqualsChars( QV_STRING *qvs, const QV_CHAR *chs, QV_INT chsLen )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( chsLen >= 0 );
+    QV_CHECK( chs || chsLen == 0 );
+
+    return qvs->length == chsLen && standsAt( qvs, 0, chs, chsLen ) ? QV_TRUE : QV_FALSE;
+}
+
+QV_BOOL qvStringEqualsChar( QV_STRING *qvs, QV_CHAR ch )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( QV_CHAR_OK( ch ) );
+
+    return qvStringEqualsChars( qvs, &ch, 1 );
+}
+
+QV_BOOL qvStringEqualsCstr( QV_STRING *qvs, const char *text, QV_INT length )
+{
+    return qvStringEquals( qvs, asString( text, length ) );
+}
+
+QV_BOOL qvStringEqualsWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length )
+{
+    return qvStringEquals( qvs, asString( text, length ) );
+}
+
+QV_INT qvStringCompareCaseFold( QV_STRING *a, QV_STRING *b )
+{
+    QV_CHECK( a );
+    QV_CHECK( b );
+
+    return qvStringCompare( folded( a ), folded( b ) );
+}
+
+QV_BOOL qvStringEqualsCaseFold( QV_STRING *a, QV_STRING *b )
+{
+    return qvStringCompareCaseFold( a, b ) == 0 ? QV_TRUE : QV_FALSE;
+}
+
+QV_BOOL qvStringEqualsCharCaseFold( QV_STRING *qvs, QV_CHAR ch )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( QV_CHAR_OK( ch ) );
+
+    return qvStringEqualsCharsCaseFold( qvs, &ch, 1 );
+}
+
+QV_BOOL qvStringEqualsCharsCaseFold( QV_STRING *qvs, const QV_CHAR *chs, QV_INT length )
+{
+    QV_CHECK( qvs );
+    return qvStringEqualsCaseFold( qvs, qv::Ref< QV_STRING >( qvStringCreateFromCharsCopy( chs, length ) ) );
+}
+
+QV_BOOL qvStringEqualsCaseFoldCstr( QV_STRING *qvs, const char *text, QV_INT length )
+{
+    QV_CHECK( qvs );
+    return qvStringEqualsCaseFold( qvs, asString( text, length ) );
+}
+
+QV_BOOL qvStringEqualsCaseFoldWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length )
+{
+    QV_CHECK( qvs );
+    return qvStringEqualsCaseFold( qvs, asString( text, length ) );
+}
+
+// The five forms of a test at `IDX`, the beginning or the end.
+#define STANDS( Where, IDX )                                                                                           \
+    QV_BOOL qvString##Where##With( QV_STRING *qvs, QV_STRING *sub )                                                    \
+    {                                                                                                                  \
+        QV_CHECK( qvs );                                                                                               \
+        QV_CHECK( sub );                                                                                               \
+                                                                                                                       \
+        QV_INT subLen = sub->length;                                                                                   \
+        return standsAt( qvs, IDX, qv::chars( sub ), subLen ) ? QV_TRUE : QV_FALSE;                                    \
+    }                                                                                                                  \
+                                                                                                                       \
+    QV_BOOL qvString##Where##WithChars( QV_STRING *qvs, const QV_CHAR *sub, QV_INT subLen )                            \
+    {                                                                                                                  \
+        QV_CHECK( qvs );                                                                                               \
+        QV_CHECK( subLen >= 0 );                                                                                       \
+        QV_CHECK( sub || subLen == 0 );                                                                                \
+        QV_CHECK( qvCharsAllOk( sub, subLen ) );                                                                       \
+                                                                                                                       \
+        return standsAt( qvs, IDX, sub, subLen ) ? QV_TRUE : QV_FALSE;                                                 \
+    }                                                                                                                  \
+                                                                                                                       \
+    QV_BOOL qvString##Where##WithChar( QV_STRING *qvs, QV_CHAR ch )                                                    \
+    {                                                                                                                  \
+        QV_CHECK( qvs );                                                                                               \
+        QV_CHECK( QV_CHAR_OK( ch ) );                                                                                  \
+                                                                                                                       \
+        return qvString##Where##WithChars( qvs, &ch, 1 );                                                              \
+    }                                                                                                                  \
+                                                                                                                       \
+    QV_BOOL qvString##Where##WithCstr( QV_STRING *qvs, const char *text, QV_INT length )                              \
+    {                                                                                                                  \
+        return qvString##Where##With( qvs, asString( text, length ) );                                                    \
+    }                                                                                                                  \
+                                                                                                                       \
+    QV_BOOL qvString##Where##WithWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length )                           \
+    {                                                                                                                  \
+        return qvString##Where##With( qvs, asString( text, length ) );                                                     \
+    }
+
+STANDS( Begins, 0 )
+STANDS( Ends, qvs->length - subLen )
+
+/* Searching ------------------------------------------------------------------------------------------------------ */
+
+QV_INT qvStringFind( QV_STRING *qvs, QV_INT offset, QV_STRING *subString )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( subString );
+
+    return qvStringFindChars( qvs, offset, qv::chars( subString ), subString->length );
+}
+
+QV_INT qvStringFindChars( QV_STRING *qvs, QV_INT offset, const QV_CHAR *sub, QV_INT subLength )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( offset >= 0 );
+    QV_CHECK( offset <= qvs->length );
+    QV_CHECK( sub );
+    QV_CHECK( subLength > 0 );
+
+    if( subLength > qvs->length - offset )
+        return -1;
+
+    QV_INT found =
+        qv::findChars( qv::chars( qvs ) + offset, qvs->length - offset - subLength + 1, sub, subLength );
+
+    return found < 0 ? -1 : offset + found;
+}
+
+QV_INT qvStringFindChar( QV_STRING *qvs, QV_INT offset, QV_CHAR ch )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( offset >= 0 );
+    QV_CHECK( offset <= qvs->length );
+    QV_CHECK( QV_CHAR_OK( ch ) );
+
+    QV_INT found = qv::findChar( qv::chars( qvs ) + offset, qvs->length - offset, ch );
+
+    return found < 0 ? -1 : offset + found;
+}
+
+QV_INT qvStringFindCstr( QV_STRING *qvs, QV_INT offset, const char *text, QV_INT length )
+{
+    return qvStringFind( qvs, offset, asString( text, length ) );
+}
+
+QV_INT qvStringFindWcstr( QV_STRING *qvs, QV_INT offset, const wchar_t *text, QV_INT length )
+{
+    return qvStringFind( qvs, offset, asString( text, length ) );
+}
+
+QV_INT qvStringFindFromRight( QV_STRING *qvs, QV_INT offset, QV_STRING *subString )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( subString );
+
+    return qvStringFindCharsFromRight( qvs, offset, qv::chars( subString ), subString->length );
+}
+
+QV_INT qvStringFindCharsFromRight( QV_STRING *qvs, QV_INT offset, const QV_CHAR *sub, QV_INT subLength )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( offset >= 0 || offset == -1 );
+    QV_CHECK( offset <= qvs->length );
+    QV_CHECK( sub );
+    QV_CHECK( subLength > 0 );
+
+    if( subLength > qvs->length )
+        return -1;
+
+    QV_INT last = qvs->length - subLength;
+
+    if( offset >= 0 && offset < last )
+        last = offset;
+
+    return qv::findLastChars( qv::chars( qvs ), last + 1, sub, subLength );
+}
+
+QV_INT qvStringFindCharFromRight( QV_STRING *qvs, QV_INT offset, QV_CHAR ch )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( offset >= 0 || offset == -1 );
+    QV_CHECK( offset <= qvs->length );
+    QV_CHECK( QV_CHAR_OK( ch ) );
+
+    return qv::findLastChar( qv::chars( qvs ), offset == -1 ? qvs->length : offset, ch );
+}
+
+QV_INT qvStringFindFromRightCstr( QV_STRING *qvs, QV_INT offset, const char *text, QV_INT length )
+{
+    return qvStringFindFromRight( qvs, offset, asString( text, length ) );
+}
+
+QV_INT qvStringFindFromRightWcstr( QV_STRING *qvs, QV_INT offset, const wchar_t *text, QV_INT length )
+{
+    return qvStringFindFromRight( qvs, offset, asString( text, length ) );
+}
+
+/* Splitting ------------------------------------------------------------------------------------------------------ */
+
+namespace
+{
+// Appends `count` characters as a part.
+void pushPart( qv::Ref< QV_VECTOR > &parts, const QV_CHAR *chs, QV_INT count )
+{
+    QV_OBJ *part = createCopy( chs, count );
+    qv___VectorPushNoRetain( parts.at(), &part, 1 );
+}
+
+// `find` gives the first separator among so many characters, or -1.
+template< class Find >
+QV_VECTOR *split( QV_STRING *qvs, QV_INT sepLength, QV_INT maxParts, Find find )
+{
+    if( maxParts == -1 )
+        maxParts = QV_INT_MAX;
+
+    QV_CHECK( maxParts > 0 );
+
+    qv::Ref< QV_VECTOR > parts( qvVectorCreate() );
+    const QV_CHAR       *chs    = qv::chars( qvs );
+    QV_INT               length = qvs->length;
+    QV_INT               pos    = 0;
+
+    while( pos < length && maxParts >= 2 )
+    {
+        QV_INT count = find( chs + pos, length - pos );
+
+        if( count < 0 )
+            break;
+
+        pushPart( parts, chs + pos, count );
+        pos += count + sepLength;
+        maxParts--;
+    }
+
+    pushPart( parts, chs + pos, length - pos );
+
+    return parts.give();
+}
+} // namespace
+
+QV_VECTOR *qvStringSplit( QV_STRING *qvs, QV_STRING *sep, QV_INT maxParts )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( sep );
+    QV_CHECK( qvStringLength( sep ) );
+
+    const QV_CHAR *sepChars  = qv::chars( sep );
+    QV_INT         sepLength = sep->length;
+
+    auto find = [=]( const QV_CHAR *chs, QV_INT length )
+    { return qv::findChars( chs, length - sepLength + 1, sepChars, sepLength ); };
+
+    return split( qvs, sepLength, maxParts, find );
+}
+
+QV_VECTOR *qvStringSplitChars( QV_STRING *qvs, const QV_CHAR *sepChars, QV_INT sepLength, QV_INT maxParts )
+{
+    return qvStringSplit( qvs, qv::Ref< QV_STRING >( qvStringCreateFromCharsCopy( sepChars, sepLength ) ), maxParts );
+}
+
+QV_VECTOR *qvStringSplitChar( QV_STRING *qvs, QV_CHAR sep, QV_INT maxParts )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( QV_CHAR_OK( sep ) );
+
+    auto find = [=]( const QV_CHAR *chs, QV_INT length ) { return qv::findChar( chs, length, sep ); };
+
+    return split( qvs, 1, maxParts, find );
+}
+
+QV_VECTOR *qvStringSplitCstr( QV_STRING *qvs, const char *text, QV_INT length, QV_INT maxParts )
+{
+    return qvStringSplit( qvs, asString( text, length ), maxParts );
+}
+
+QV_VECTOR *qvStringSplitWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length, QV_INT maxParts )
+{
+    return qvStringSplit( qvs, asString( text, length ), maxParts );
+}
+
+QV_VECTOR *qvStringSplitWhitespace( QV_STRING *qvs, QV_INT maxParts )
+{
+    QV_CHECK( qvs );
+
+    if( maxParts == -1 )
+        maxParts = QV_INT_MAX;
+
+    QV_CHECK( maxParts > 0 );
+
+    qv::Ref< QV_VECTOR > parts( qvVectorCreate() );
+    const QV_CHAR       *chs    = qv::chars( qvs );
+    QV_INT               length = qvs->length - trailingWhiteSpace( qvs );
+    QV_INT               start  = -1; // where the current part begins; -1 while there is none
+
+    for( QV_INT i = leadingWhiteSpace( qvs ); i < length; i++ )
+    {
+        // While more parts than the last may follow, white space ends a part; then it belongs to the last.
+        if( maxParts >= 2 && qv::unicode::isWhiteSpace( chs[i] ) )
+        {
+            if( start >= 0 )
+            {
+                pushPart( parts, chs + start, i - start );
+                start = -1;
+                maxParts--;
+            }
+        }
+        else if( start < 0 )
+        {
+            start = i;
+        }
+    }
+
+    // There is a last part unless the whole text is blank.
+    pushPart( parts, chs + ( start < 0 ? 0 : start ), start < 0 ? 0 : length - start );
+
+    return parts.give();
+}
+
+/* Reading values ------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+// How many characters from `offset` on are to be read.
+QV_INT scanRange( QV_STRING *qvs, QV_INT offset, QV_INT maxChars )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( offset >= 0 );
+    QV_CHECK( offset <= qvs->length );
+    QV_CHECK( maxChars >= -1 );
+
+    QV_INT rest = qvs->length - offset;
+
+    return maxChars == -1 || maxChars > rest ? rest : maxChars;
+}
+} // namespace
+
+QV_BOOL qvStringScanBool(
+    QV_STRING *qvs, QV_INT offset, QV_INT maxChars, QV_BOOL allowNumeric, QV_BOOL *value, QV_INT *consumed )
+{
+    QV_INT count = scanRange( qvs, offset, maxChars );
+    return qvFormatTryDecodeBool( qvs, offset, count, allowNumeric, value, consumed );
+}
+
+QV_BOOL
+qvStringScanInt( QV_STRING *qvs, QV_INT offset, QV_INT maxChars, QV_INT base, QV_INT *value, QV_INT *consumed )
+{
+    QV_INT count = scanRange( qvs, offset, maxChars );
+    return qvFormatTryDecodeInt( qvs, offset, count, base, value, consumed );
+}
+
+QV_BOOL
+qvStringScanReal( QV_STRING *qvs, QV_INT offset, QV_INT maxChars, QV_INT base, QV_REAL *value, QV_INT *consumed )
+{
+    QV_INT count = scanRange( qvs, offset, maxChars );
+    return qvFormatTryDecodeReal( qvs, offset, count, base, value, consumed );
+}
+
+/* Converting ----------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+// Encodes twice: first to learn the size, then into a block of just that size.
+template< class Unit >
+Unit *createEncoded(
+    QV_INT ( *convert )( Unit *, QV_INT, const QV_CHAR *, QV_INT, QV_BOOL ), QV_STRING *qvs, QV_BOOL addNull,
+    QV_INT *outLength )
+{
+    if( outLength )
+        *outLength = 0;
+
+    QV_CHECK( qvs );
+
+    QV_INT size = convert( nullptr, 0, qv::chars( qvs ), qvs->length, addNull );
+
+    if( size == 0 )
+        return nullptr;
+
+    Unit *block = static_cast< Unit * >( qvMemAllocN( size, sizeof( Unit ) ) );
+    convert( block, size, qv::chars( qvs ), qvs->length, addNull );
+
+    if( outLength )
+        *outLength = size;
+
+    return block;
+}
+} // namespace
+
+char *qvStringConvertToAscii( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )
+{
+    return createEncoded( qvCharsConvertToAscii, qvs, addNull, outLength );
+}
+
+char *qvStringConvertToCstr( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )
+{
+    return createEncoded( qvCharsConvertToCstr, qvs, addNull, outLength );
+}
+
+char *qvStringConvertToUtf8( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )
+{
+    return createEncoded( qvCharsConvertToUtf8, qvs, addNull, outLength );
+}
+
+wchar_t *qvStringConvertToWcstr( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )
+{
+    return createEncoded( qvCharsConvertToWcstr, qvs, addNull, outLength );
 }

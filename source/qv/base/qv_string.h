@@ -81,7 +81,7 @@ QV_API QV_CHAR qvStringCharAt( QV_STRING *qvs, QV_INT idx );
 /** True for a String without characters other than white space. */
 QV_API QV_BOOL qvStringIsBlank( QV_STRING *qvs );
 
-/* Inserting -------------------------------------------------------------------------------------------------------- */
+/* Inserting ------------------------------------------------------------------------------------------------------ */
 
 /** Inserts in front of the character at `idx`, or at the end where `idx` is the length: a String or a part of it,
     which may be the String inserted into; an array, which may not lie in the String inserted into; a character; text;
@@ -175,7 +175,7 @@ QV_API void qvStringDelimitedPrependWcstrDelimiter(
     QV_STRING **dest, QV_STRING *src, const wchar_t *delimiter, QV_INT delimiterLength );
 QV_API void qvStringDelimitedPrependCharDelimiter( QV_STRING **dest, QV_STRING *src, QV_CHAR delimiter );
 
-/* Changing and deleting -------------------------------------------------------------------------------------------- */
+/* Changing and deleting ------------------------------------------------------------------------------------------ */
 
 /** Makes `*qvs` the empty String. */
 QV_API void qvStringClear( QV_STRING **qvs );
@@ -203,7 +203,7 @@ QV_API void qvStringToCaseFold( QV_STRING **qvs );
 /** Combines pairs of surrogates and deletes single ones. */
 QV_API void qvStringSanitize( QV_STRING **qvs );
 
-/* Comparing -------------------------------------------------------------------------------------------------------- */
+/* Comparing ------------------------------------------------------------------------------------------------------ */
 
 /** True for the same characters in the same order. qvStringCompare() orders by code points, a shorter text before a
     longer one that begins with it; neither case nor normal forms count. */
@@ -232,7 +232,7 @@ QV_API QV_BOOL qvStringEndsWithChar( QV_STRING *qvs, QV_CHAR ch );
 QV_API QV_BOOL qvStringEndsWithCstr( QV_STRING *qvs, const char *text, QV_INT length );
 QV_API QV_BOOL qvStringEndsWithWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length );
 
-/* Searching -------------------------------------------------------------------------------------------------------- */
+/* Searching ------------------------------------------------------------------------------------------------------ */
 
 /** The first match that starts at `offset`, 0 to the length, or behind; -1 where there is none. An empty text to
     search for ends the process, here and from the right. */
@@ -250,7 +250,7 @@ QV_API QV_INT qvStringFindCharFromRight( QV_STRING *qvs, QV_INT offset, QV_CHAR 
 QV_API QV_INT qvStringFindFromRightCstr( QV_STRING *qvs, QV_INT offset, const char *text, QV_INT length );
 QV_API QV_INT qvStringFindFromRightWcstr( QV_STRING *qvs, QV_INT offset, const wchar_t *text, QV_INT length );
 
-/* Splitting -------------------------------------------------------------------------------------------------------- */
+/* Splitting ------------------------------------------------------------------------------------------------------ */
 
 /** A new Vector of the parts between separators, each a new String. Adjacent separators and one at either end give
     empty parts. There are `maxParts` parts at most, above 0, the last with all the rest; -1 sets no limit. An empty
@@ -266,7 +266,7 @@ QV_API QV_VECTOR *qvStringSplitWcstr( QV_STRING *qvs, const wchar_t *text, QV_IN
     space only gives one empty part. */
 QV_API QV_VECTOR *qvStringSplitWhitespace( QV_STRING *qvs, QV_INT maxParts );
 
-/* Reading values --------------------------------------------------------------------------------------------------- */
+/* Reading values ------------------------------------------------------------------------------------------------- */
 
 /** Reads a value from `maxChars` characters at the most (-1 sets no limit) that start at `offset`. True if there was
     one; `value` and `consumed`, the number of characters read, may be null. qv_format.h tells what is accepted. */
@@ -277,7 +277,7 @@ qvStringScanInt( QV_STRING *qvs, QV_INT offset, QV_INT maxChars, QV_INT base, QV
 QV_API QV_BOOL
 qvStringScanReal( QV_STRING *qvs, QV_INT offset, QV_INT maxChars, QV_INT base, QV_REAL *value, QV_INT *consumed );
 
-/* Converting ------------------------------------------------------------------------------------------------------- */
+/* Converting ----------------------------------------------------------------------------------------------------- */
 
 /** A new block of outside text, which the caller gives to qvMemFree(); null where it would be empty. With `addNull` a
     terminator is added. `outLength`, which may be null, gets the number of bytes, or of units of a Wcstr, terminator

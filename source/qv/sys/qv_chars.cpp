@@ -1,19 +1,167 @@
 #include "qv/sys/qv_chars.h"
 
 #include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_chars_private.h"
+
+/* Searching ------------------------------------------------------------------------------------------------------ */
+
+QV_INT qv::findLastChar( const QV_CHAR *chs, QV_INT length, QV_CHAR ch )
+{
+    const CharVector wanted = CharVector {} + static_cast< int32_t >( ch );
+
+    while( length >= 16 )
+    {
+        const QV_CHAR *last = chs + length - 16;
+
+        if( anyBit(
+                ( loadChars( last ) == wanted ) | ( loadChars( last + 4 ) == wanted ) |
+                ( loadChars( last + 8 ) == wanted ) | ( loadChars( last + 12 ) == wanted ) ) )
+            break;
+
+        length -= 16;
+    }
+
+    while( length > 0 && chs[length - 1] != ch )
+        length--;
+
+    return length - 1;
+}
+
+// Both searches for a text look at its first and last character in eight places at once: few places pass where there
+// is no match, also in texts that are full of one of the two.
+namespace
+{
+struct Ends
+{
+    Ends( const QV_CHAR *sub, QV_INT subLength )
+        : first( qv::CharVector {} + static_cast< int32_t >( sub[0] ) ),
+          last( qv::CharVector {} + static_cast< int32_t >( sub[subLength - 1] ) ), distance( subLength - 1 )
+    {
+    }
+
+    bool inEightFrom( const QV_CHAR *chs ) const
+    {
+        return qv::anyBit( inFourFrom( chs ) | inFourFrom( chs + 4 ) );
+    }
+
+    qv::CharVector inFourFrom( const QV_CHAR *chs ) const
+    {
+        return ( qv::loadChars( chs ) == first ) & ( qv::loadChars( chs + distance ) == last );
+    }
+
+    qv::CharVector first;
+    qv::CharVector last;
+    QV_INT         distance;
+};
+} // namespace
+
+QV_INT qv::findChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_INT subLength )
+{
+    const Ends ends( sub, subLength );
+    QV_INT     i = 0;
+
+    while( i < positions )
+    {
+        QV_INT stop = positions - i < 8 ? positions : i + 8;
+
+        if( stop - i < 8 || ends.inEightFrom( chs + i ) )
+        {
+            for( QV_INT at = i; at < stop; at++ )
+                if( chs[at] == sub[0] && equalChars( chs + at, sub, subLength ) )
+                    return at;
+        }
+
+        i = stop;
+    }
+
+    return -1;
+}
+
+QV_INT qv::findLastChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_INT subLength )
+{
+    const Ends ends( sub, subLength );
+
+    while( positions > 0 )
+    {
+        QV_INT start = positions < 8 ? 0 : positions - 8;
+
+        if( positions < 8 || ends.inEightFrom( chs + start ) )
+        {
+            for( QV_INT at = positions - 1; at >= start; at-- )
+                if( chs[at] == sub[0] && equalChars( chs + at, sub, subLength ) )
+                    return at;
+        }
+
+        positions = start;
+    }
+
+    return -1;
+}
+
+/* Checking and repairing ----------------------------------------------------------------------------------------- */
 
 QV_BOOL qvCharsAllOk( const QV_CHAR *src, QV_INT srcLength )
 {
     QV_CHECK( srcLength >= 0 );
     QV_CHECK( srcLength == 0 || src );
 
-    // Without an early end the loop runs on vectors.
+    // Without an early end, and without an unsigned comparison, the loop runs on vectors. The sum reaches the topmost
+    // bit from 0x110000 on.
     uint32_t bad = 0;
 
     for( QV_INT i = 0; i < srcLength; i++ )
-        bad |= src[i] >= 0x110000 ? 1 : 0;
+        bad |= static_cast< uint32_t >( src[i] ) | ( static_cast< uint32_t >( src[i] ) + ( 0x80000000u - 0x110000u ) );
 
-    return bad ? QV_FALSE : QV_TRUE;
+    return bad >> 31 ? QV_FALSE : QV_TRUE;
+}
+
+QV_INT qvCharsSanitize( QV_CHAR *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength )
+{
+    QV_CHECK( srcLength >= 0 );
+    QV_CHECK( destLength >= 0 );
+    QV_CHECK( srcLength == 0 || src );
+    QV_CHECK( destLength == 0 || dest );
+
+    QV_INT  count = 0;
+    QV_CHAR high  = 0; // a high surrogate that waits for its low one
+
+    for( QV_INT i = 0; i < srcLength; i++ )
+    {
+        QV_CHAR ch      = src[i];
+        QV_CHAR pending = high;
+        high            = 0;
+
+        if( ch - 0xD800 < 0x400 )
+        {
+            high = ch;
+            continue;
+        }
+
+        if( ch - 0xDC00 < 0x400 )
+        {
+            if( !pending )
+                continue;
+
+            ch = 0x10000 + ( ( pending - 0xD800 ) << 10 ) + ( ch - 0xDC00 );
+        }
+
+        if( !QV_CHAR_OK( ch ) )
+            continue;
+
+        if( count < destLength )
+            dest[count] = ch;
+
+        count++;
+    }
+
+    return count;
+}
+
+/* The platform's 8-bit text -------------------------------------------------------------------------------------- */
+
+QV_INT qvCharsConvertToCstr( char *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength, QV_BOOL addNull )
+{
+    return qvCharsConvertToUtf8( dest, destLength, src, srcLength, addNull );
 }
 
 QV_INT qvCharsConvertFromCstr( QV_CHAR *dest, QV_INT destLength, const char *src, QV_INT srcLength )

@@ -1,0 +1,74 @@
+#ifndef QV_CHARS_PRIVATE_H
+#define QV_CHARS_PRIVATE_H
+
+#include "qv/sys/qv_types.h"
+
+#include <wchar.h>
+
+namespace qv
+{
+static_assert( sizeof( wchar_t ) == sizeof( QV_CHAR ), "the C library's functions on wide text serve for characters" );
+
+/** Compares `length` characters, all of them below 0x110000: negative, 0 or positive. */
+inline int compareChars( const QV_CHAR *a, const QV_CHAR *b, QV_INT length )
+{
+    return length == 0 ? 0
+                       : wmemcmp(
+                             reinterpret_cast< const wchar_t * >( a ), reinterpret_cast< const wchar_t * >( b ),
+                             static_cast< size_t >( length ) );
+}
+
+inline bool equalChars( const QV_CHAR *a, const QV_CHAR *b, QV_INT length )
+{
+    return compareChars( a, b, length ) == 0;
+}
+
+/** The index of the first `ch` among `length` characters, or -1. */
+inline QV_INT findChar( const QV_CHAR *chs, QV_INT length, QV_CHAR ch )
+{
+    if( length == 0 )
+        return -1;
+
+    const wchar_t *text = reinterpret_cast< const wchar_t * >( chs );
+    const wchar_t *hit  = wmemchr( text, static_cast< wchar_t >( ch ), static_cast< size_t >( length ) );
+
+    return hit ? hit - text : -1;
+}
+
+/** The index of the last `ch` among `length` characters, or -1. */
+QV_INT findLastChar( const QV_CHAR *chs, QV_INT length, QV_CHAR ch );
+
+/** The lowest index below `positions` where `sub`, of at least one character, stands in `chs`, or -1. All of the
+    `positions + subLength - 1` characters from `chs` on are readable. */
+QV_INT findChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_INT subLength );
+
+/** The same for the highest index. */
+QV_INT findLastChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_INT subLength );
+
+/** Four characters at once. */
+typedef int32_t CharVector __attribute__( ( vector_size( 16 ) ) );
+
+inline CharVector loadChars( const QV_CHAR *chs )
+{
+    CharVector vector;
+    __builtin_memcpy( &vector, chs, sizeof( vector ) );
+
+    return vector;
+}
+
+inline void storeChars( QV_CHAR *chs, CharVector vector )
+{
+    __builtin_memcpy( chs, &vector, sizeof( vector ) );
+}
+
+/** True if a bit is set anywhere. */
+inline bool anyBit( CharVector vector )
+{
+    typedef int64_t Halves __attribute__( ( vector_size( 16 ) ) );
+    Halves halves = (Halves)vector;
+
+    return ( halves[0] | halves[1] ) != 0;
+}
+} // namespace qv
+
+#endif
