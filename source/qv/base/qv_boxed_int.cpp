@@ -1,12 +1,8 @@
 #include "qv/base/qv_boxed_int.h"
 
+#include "qv/base/qv_boxed_int_private.h"
 #include "qv/base/qv_format.h"
 #include "qv/runtime/qv_ref.h"
-
-struct QV_BOXED_INT : QV_OBJ
-{
-    QV_INT value;
-};
 
 namespace
 {

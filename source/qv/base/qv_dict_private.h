@@ -3,6 +3,10 @@
 
 #include "qv/runtime/qv_family.h"
 
+/** Items by which the block grows, and how many free ones it may have. */
+#define QV_DICT_GROWTH    32
+#define QV_DICT_OVERSIZED 64
+
 /** One entry. Both references are the Dict's own, neither is null. */
 struct QV___DICT_ITEM
 {
@@ -10,13 +14,16 @@ struct QV___DICT_ITEM
     QV_OBJ *val;
 };
 
-/** The free places of the block stand at either end of the items, as the changes have left them. */
+/** `alloc` is what the Dict accounts for; it changes by a constant. What is really allocated may be up to half as
+    large again, so that building up or down does not copy the items every so many. The items stand anywhere in the
+    block: its free places are at both ends, and a change moves the items on the shorter side. */
 struct QV_DICT : QV_OBJ
 {
-    QV_INT          alloc;  /**< items that the block can hold */
-    QV_INT          length; /**< items */
-    QV_INT          front;  /**< free places in front of the first item */
-    QV___DICT_ITEM *block;  /**< or null; the items start at block[front], in ascending order of their keys */
+    QV_INT          alloc;     /**< items that the accounted block can hold */
+    QV_INT          length;    /**< items */
+    QV___DICT_ITEM *items;     /**< the first one, or null; in ascending order of their keys */
+    QV___DICT_ITEM *block;     /**< the allocated block, or null */
+    QV_INT          blockSize; /**< items that it can hold, `alloc` at least */
 };
 
 /** The one empty Dict of qvDictCreate(). */
@@ -24,14 +31,5 @@ extern "C" QV_DICT *qv___DictEmpty;
 
 /** Deletes all entries and keeps the block for the next ones; a shared Dict becomes the empty one. */
 QV_API void qv___DictClear( QV_DICT **dict );
-
-namespace qv
-{
-/** The first item; null for a Dict without a block. */
-inline QV___DICT_ITEM *items( QV_DICT *dict )
-{
-    return dict->block + dict->front;
-}
-} // namespace qv
 
 #endif
