@@ -107,7 +107,7 @@ QV_API uint8_t qvBufferBitReadByte( QV_BUFFER *buf, QV_INT bitIdx );
 QV_API void qvBufferReadBytes( QV_BUFFER *buf, QV_INT byteIdx, void *bytes, QV_INT byteCount );
 QV_API void qvBufferBitReadBytes( QV_BUFFER *buf, QV_INT bitIdx, void *bytes, QV_INT byteCount );
 
-/* Overwriting ------------------------------------------------------------------------------------------------------- */
+/* Overwriting ------------------------------------------------------------------------------------------------------ */
 
 /** Overwrites what stands from the index on with all of `src` or a part of it. The length stays. */
 QV_API void qvBufferWrite( QV_BUFFER **buf, QV_INT byteIdx, QV_BUFFER *src );
@@ -122,7 +122,7 @@ QV_API void qvBufferWriteOuter( QV_BUFFER **buf, QV_INT byteIdx, QV_BUFFER *src,
 QV_API void qvBufferBitWriteOuter( QV_BUFFER **buf, QV_INT bitIdx, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
 
 /** The same with the low `bitCount` bits of a number, at most 64; with a byte; with an array, which may be null if it
-    is empty. */
+    is empty and must not lie in the Buffer. */
 QV_API void qvBufferWriteBits( QV_BUFFER **buf, QV_INT byteIdx, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferBitWriteBits( QV_BUFFER **buf, QV_INT bitIdx, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferWriteByte( QV_BUFFER **buf, QV_INT byteIdx, uint8_t value );
@@ -136,10 +136,9 @@ QV_API void qvBufferBitWriteZero( QV_BUFFER **buf, QV_INT bitIdx, QV_INT bitCoun
 QV_API void qvBufferWriteOne( QV_BUFFER **buf, QV_INT byteIdx, QV_INT byteCount );
 QV_API void qvBufferBitWriteOne( QV_BUFFER **buf, QV_INT bitIdx, QV_INT bitCount );
 
-/* Inserting --------------------------------------------------------------------------------------------------------- */
+/* Inserting -------------------------------------------------------------------------------------------------------- */
 
-/** Inserts all of `src` or a part of it in front of what stands at the index, or at the end where that is the length.
-    */
+/** Inserts all of `src` or a part of it in front of what stands at the index, or at the end. */
 QV_API void qvBufferInsert( QV_BUFFER **buf, QV_INT byteIdx, QV_BUFFER *src );
 QV_API void qvBufferBitInsert( QV_BUFFER **buf, QV_INT bitIdx, QV_BUFFER *src );
 QV_API void qvBufferInsertLeading( QV_BUFFER **buf, QV_INT byteIdx, QV_BUFFER *src, QV_INT byteCount );
@@ -151,7 +150,7 @@ QV_API void qvBufferBitInsertInner( QV_BUFFER **buf, QV_INT bitIdx, QV_BUFFER *s
 QV_API void qvBufferInsertOuter( QV_BUFFER **buf, QV_INT byteIdx, QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount );
 QV_API void qvBufferBitInsertOuter( QV_BUFFER **buf, QV_INT bitIdx, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
 
-/** The same with the low `bitCount` bits of a number, at most 64; with a byte; with an array. */
+/** The same with the low bits of a number; with a byte; with an array. */
 QV_API void qvBufferInsertBits( QV_BUFFER **buf, QV_INT byteIdx, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferBitInsertBits( QV_BUFFER **buf, QV_INT bitIdx, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferInsertByte( QV_BUFFER **buf, QV_INT byteIdx, uint8_t value );
@@ -224,7 +223,7 @@ QV_API void qvBufferBitAppendOne( QV_BUFFER **buf, QV_INT bitCount );
 QV_API void qvBufferAppendAlignment( QV_BUFFER **buf );
 QV_API void qvBufferBitAppendAlignment( QV_BUFFER **buf );
 
-/* Deleting ---------------------------------------------------------------------------------------------------------- */
+/* Deleting --------------------------------------------------------------------------------------------------------- */
 
 /** Deletes the range, or with Outer everything but the range. Deleting all of it leaves the empty Buffer. */
 QV_API void qvBufferDelLeading( QV_BUFFER **buf, QV_INT byteCount );

@@ -10,8 +10,8 @@
     The bytes are meant to be kept and exchanged. They carry neither tags nor names: both sides know the order.
 
         Bool            1 byte, 00 or 01
-        Int             the number of digits, 0 to 8, with bit 7 set for a negative value; then the magnitude's digits to
-                        the base 256, most significant first
+        Int             the number of digits, 0 to 8, with bit 7 set for a negative value; then the digits of the
+                        magnitude to the base 256, most significant first
         Char            below U+0080 1 byte; else 3, the code point most significant byte first with bit 23 set
         Chars           one Char behind the other, without their number
         String          Int, the number of characters; then the Chars
