@@ -10,7 +10,7 @@
         }
         qvStackTraceRelease( st );
 
-    Line 0 is the innermost call. The text of a line is what the platform tells: the file, the function where it is
+    Line 0 is the innermost call, that of qvStackTraceCreate(). The text of a line is what the platform tells: the file, the function where it is
     known, the address. At most 4000 calls are looked at, those of the library's own included.
 
     Costs. Taking a trace walks the stack and looks each address up; expect some microseconds for each line.
@@ -40,7 +40,7 @@ QV_API QV_STRING *qvStackTraceAt( QV_STACK_TRACE *st, QV_INT idx );
 /** All lines as a new Vector of Strings. */
 QV_API QV_VECTOR *qvStackTraceVector( QV_STACK_TRACE *st );
 
-/** Prints each line with qvPrint(). */
+/** Prints each line in a call of its own, without an end of line. */
 QV_API void qvStackTracePrint( QV_STACK_TRACE *st );
 
 #endif
