@@ -1,7 +1,22 @@
 #ifndef QV_CHARSET_UTF_PRIVATE_H
 #define QV_CHARSET_UTF_PRIVATE_H
 
-#include "qv/sys/qv_types.h"
+#include "qv/runtime/qv_family.h"
+
+/* The closures of the streams. */
+typedef struct QV___CHARSET_UTF8_CHAR_SINK_CLOSURE    QV___CHARSET_UTF8_CHAR_SINK_CLOSURE;
+typedef struct QV___CHARSET_UTF8_CHAR_SOURCE_CLOSURE  QV___CHARSET_UTF8_CHAR_SOURCE_CLOSURE;
+typedef struct QV___CHARSET_UTF16_CHAR_SINK_CLOSURE   QV___CHARSET_UTF16_CHAR_SINK_CLOSURE;
+typedef struct QV___CHARSET_UTF16_CHAR_SOURCE_CLOSURE QV___CHARSET_UTF16_CHAR_SOURCE_CLOSURE;
+typedef struct QV___CHARSET_UTF32_CHAR_SINK_CLOSURE   QV___CHARSET_UTF32_CHAR_SINK_CLOSURE;
+typedef struct QV___CHARSET_UTF32_CHAR_SOURCE_CLOSURE QV___CHARSET_UTF32_CHAR_SOURCE_CLOSURE;
+
+QV_FAMILY( ___CharsetUtf8CharSinkClosure, QV___CHARSET_UTF8_CHAR_SINK_CLOSURE )
+QV_FAMILY( ___CharsetUtf8CharSourceClosure, QV___CHARSET_UTF8_CHAR_SOURCE_CLOSURE )
+QV_FAMILY( ___CharsetUtf16CharSinkClosure, QV___CHARSET_UTF16_CHAR_SINK_CLOSURE )
+QV_FAMILY( ___CharsetUtf16CharSourceClosure, QV___CHARSET_UTF16_CHAR_SOURCE_CLOSURE )
+QV_FAMILY( ___CharsetUtf32CharSinkClosure, QV___CHARSET_UTF32_CHAR_SINK_CLOSURE )
+QV_FAMILY( ___CharsetUtf32CharSourceClosure, QV___CHARSET_UTF32_CHAR_SOURCE_CLOSURE )
 
 /* New streams on top of a byte stream, which they retain. `flags` are QV_CHARSET_FLAG_... and normalised. The forms
    without a byte order write little-endian, and read little-endian until a byte order mark says otherwise; the BE and

@@ -1,0 +1,328 @@
+#include "qv/charset/qv_charset.h"
+
+#include "qv/base/qv_boxed_int.h"
+#include "qv/base/qv_buffer.h"
+#include "qv/base/qv_dict.h"
+#include "qv/base/qv_enum.h"
+#include "qv/base/qv_string.h"
+#include "qv/charset/qv_charset_private.h"
+#include "qv/charset/qv_charset_utf_private.h"
+#include "qv/io/qv_buffer_byte_sink.h"
+#include "qv/io/qv_buffer_byte_source.h"
+#include "qv/io/qv_byte_sink.h"
+#include "qv/io/qv_byte_source.h"
+#include "qv/io/qv_char_sink.h"
+#include "qv/io/qv_char_source.h"
+#include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_ref.h"
+
+#include <cstring>
+
+QV_ENUM *qv___CharsetEnum                    = nullptr;
+QV_DICT *qv___CharsetFromIanaNameDict        = nullptr;
+QV_DICT *qv___CharsetToIanaNameDict          = nullptr;
+QV_DICT *qv___CharsetFromWindowsCodePageDict = nullptr;
+QV_DICT *qv___CharsetToWindowsCodePageDict   = nullptr;
+
+namespace
+{
+using qv::Ref;
+
+const QV_INT NO_CODE_PAGE = -1;
+
+struct Charset
+{
+    const char *enumerant;
+    const char *ianaName; // the preferred one
+    QV_INT      codePage;
+    const char *aliases; // with blanks in between
+    QV_CHAR_SOURCE *( *createCharSource )( QV_BYTE_SOURCE *byteSource, QV_INT flags );
+    QV_CHAR_SINK *( *createCharSink )( QV_BYTE_SINK *byteSink, QV_INT flags );
+};
+
+// In the order of the values. A charset without functions is known by its names but has no codec.
+const Charset charsets[] = {
+    { "QV_CHARSET_ASCII", "US-ASCII", 20127,
+      "ANSI_X3.4-1968 iso-ir-6 ANSI_X3.4-1986 ISO_646.irv:1991 ASCII ascii ISO646-US us IBM367 cp367 367 "
+      "csASCII ISO-10646-UCS-Basic csUnicodeASCII cp20127 20127", nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_1", "ISO-8859-1", 28591,
+      "ISO_8859-1:1987 iso-ir-100 ISO_8859-1 latin1 l1 IBM819 CP819 819 csISOLatin1 ISO-10646-Unicode-Latin1 "
+      "csUnicodeLatin1 ISO-10646 cp28591 28591", nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_2", "ISO-8859-2", 28592,
+      "ISO_8859-2:1987 iso-ir-101 ISO_8859-2 latin2 l2 csISOLatin2 cp28592 28592", nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_3", "ISO-8859-3", 28593,
+      "ISO_8859-3:1988 iso-ir-109 ISO_8859-3 latin3 l3 csISOLatin3 cp28593 28593", nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_4", "ISO-8859-4", 28594,
+      "ISO_8859-4:1988 iso-ir-110 ISO_8859-4 latin4 l4 csISOLatin4 cp28594 28594", nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_5", "ISO-8859-5", 28595,
+      "ISO_8859-5:1988 iso-ir-144 ISO_8859-5 cyrillic csISOLatinCyrillic cp28595 28595", nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_6", "ISO-8859-6", 28596,
+      "ISO_8859-6:1987 iso-ir-127 ISO_8859-6 ECMA-114 ASMO-708 arabic csISOLatinArabic cp28596 28596",
+      nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_7", "ISO-8859-7", 28597,
+      "ISO_8859-7:1987 iso-ir-126 ISO_8859-7 ELOT_928 ECMA-118 greek greek8 csISOLatinGreek cp28597 28597",
+      nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_8", "ISO-8859-8", 28598,
+      "ISO_8859-8:1988 iso-ir-138 ISO_8859-8 hebrew csISOLatinHebrew cp28598 28598", nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_9", "ISO-8859-9", 28599,
+      "ISO_8859-9:1989 iso-ir-148 ISO_8859-9 latin5 l5 csISOLatin5 cp28599 28599", nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_10", "ISO-8859-10", NO_CODE_PAGE,
+      "ISO_8859-10:1992 iso-ir-157 ISO_8859-10 latin6 l6 csISOLatin6", nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_11", "ISO-8859-11", NO_CODE_PAGE,
+      "ISO_8859-11", nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_13", "ISO-8859-13", 28603,
+      "ISO_8859-13 latin7 l7 csISOLatin7 cp28603 28603", nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_14", "ISO-8859-14", NO_CODE_PAGE,
+      "ISO_8859-14:1998 iso-ir-199 ISO_8859-14 ISO-8859-14 iso-celtic latin8 l8 csISOLatin8", nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_15", "ISO-8859-15", 28605,
+      "ISO_8859-15 Latin-9 latin9 l9 csISOLatin9 cp28605 28605", nullptr, nullptr },
+    { "QV_CHARSET_ISO_8859_16", "ISO-8859-16", NO_CODE_PAGE,
+      "ISO_8859-16:2001 iso-ir-226 ISO_8859-16 ISO-8859-16 latin10 l10 csISOLatin10", nullptr, nullptr },
+    { "QV_CHARSET_KOI_8R", "KOI8-R", 20866,
+      "csKOI8R cp20866 20866", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP037", "IBM037", 37,
+      "cp037 ebcdic-cp-us ebcdic-cp-ca ebcdic-cp-wt ebcdic-cp-nl csIBM037 037", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP437", "IBM437", 437,
+      "cp437 437 csPC8CodePage437", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP500", "IBM500", 500,
+      "cp500 ebcdic-cp-be ebcdic-cp-ch csIBM500 500", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP850", "IBM850", 850,
+      "cp850 850 csPC850Multilingual", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP852", "IBM852", 852,
+      "cp852 852 csPCp852", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP855", "IBM855", 855,
+      "cp855 855 csIBM855", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP857", "IBM857", 857,
+      "cp857 857 csIBM857", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP860", "IBM860", 860,
+      "cp860 860 csIBM860", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP861", "IBM861", 861,
+      "cp861 861 csIBM861", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP862", "IBM862", 862,
+      "cp862 862 csPC862LatinHebrew", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP863", "IBM863", 863,
+      "cp863 863 csIBM863", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP864", "IBM864", 864,
+      "cp864 864 csIBM864", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP865", "IBM865", 865,
+      "cp865 865 csIBM865", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP866", "IBM866", 866,
+      "cp866 866 csIBM866", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP869", "IBM869", 869,
+      "cp869 869 cp-gr csIBM869", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP874", "cp874", 874,
+      "874", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP875", "cp875", 875,
+      "875", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP1026", "IBM1026", 1026,
+      "cp1026 csIBM1026 1026", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP1250", "windows-1250", 1250,
+      "cp1250 1250", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP1251", "windows-1251", 1251,
+      "cp1251 1251", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP1252", "windows-1252", 1252,
+      "cp1252 1252", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP1253", "windows-1253", 1253,
+      "cp1253 1253", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP1254", "windows-1254", 1254,
+      "cp1254 1254", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP1255", "windows-1255", 1255,
+      "cp1255 1255", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP1256", "windows-1256", 1256,
+      "cp1256 1256", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP1257", "windows-1257", 1257,
+      "cp1257 1257", nullptr, nullptr },
+    { "QV_CHARSET_MSFT_CP1258", "windows-1258", 1258,
+      "cp1258 1258", nullptr, nullptr },
+    { "QV_CHARSET_UTF_8", "UTF-8", 65001,
+      "cp65001 65001", qv___CharsetUtf8CharSourceCreate, qv___CharsetUtf8CharSinkCreate },
+    { "QV_CHARSET_UTF_16", "UTF-16", NO_CODE_PAGE,
+      "", qv___CharsetUtf16CharSourceCreate, qv___CharsetUtf16CharSinkCreate },
+    { "QV_CHARSET_UTF_16_BE", "UTF-16BE", 1201,
+      "ISO-10646-UCS-2 csUCS2 csUnicode cp1201 1201",
+      qv___CharsetUtf16BECharSourceCreate, qv___CharsetUtf16BECharSinkCreate },
+    { "QV_CHARSET_UTF_16_LE", "UTF-16LE", 1200,
+      "cp1200 1200", qv___CharsetUtf16LECharSourceCreate, qv___CharsetUtf16LECharSinkCreate },
+    { "QV_CHARSET_UTF_32", "UTF-32", NO_CODE_PAGE,
+      "", qv___CharsetUtf32CharSourceCreate, qv___CharsetUtf32CharSinkCreate },
+    { "QV_CHARSET_UTF_32_BE", "UTF-32BE", NO_CODE_PAGE,
+      "ISO-10646-UCS-4 csUCS4", qv___CharsetUtf32BECharSourceCreate, qv___CharsetUtf32BECharSinkCreate },
+    { "QV_CHARSET_UTF_32_LE", "UTF-32LE", NO_CODE_PAGE,
+      "", qv___CharsetUtf32LECharSourceCreate, qv___CharsetUtf32LECharSinkCreate },
+};
+
+const QV_INT CHARSETS = sizeof( charsets ) / sizeof( charsets[0] );
+static_assert( CHARSETS == QV_CHARSET_UTF_32_LE + 1 );
+
+Ref< QV_STRING > text( const char *ascii, QV_INT length )
+{
+    return Ref< QV_STRING >( qvStringCreateFromAscii( ascii, length ) );
+}
+
+// The value that a Dict has for a key; the Dict's answer goes with it.
+QV_INT valueOr( QV_OBJ *found, QV_INT otherwise )
+{
+    Ref< QV_OBJ > value( found );
+    return value ? qvBoxedIntValue( qvBoxedIntFrom( value ) ) : otherwise;
+}
+
+void enterName( const char *ascii, QV_INT length, QV_BOXED_INT *charset )
+{
+    Ref< QV_STRING > name = text( ascii, length );
+    qvStringToCaseFold( name.at() );
+    qvDictSetStringKey( &qv___CharsetFromIanaNameDict, name, qvBoxedIntObj( charset ) );
+}
+
+void enter( QV_INT cs )
+{
+    const Charset      &row = charsets[cs];
+    Ref< QV_BOXED_INT > charset( qvBoxedIntCreate( cs ) );
+    Ref< QV_STRING >    name = text( row.ianaName, -1 );
+
+    qvEnumSetEnumerantCstr( &qv___CharsetEnum, row.enumerant, -1, cs );
+    qvDictSetIntKey( &qv___CharsetToIanaNameDict, cs, qvStringObj( name ) );
+    enterName( row.ianaName, -1, charset );
+
+    for( const char *alias = row.aliases; *alias; )
+    {
+        QV_INT length = static_cast< QV_INT >( strcspn( alias, " " ) );
+        enterName( alias, length, charset );
+        alias += length;
+        alias += *alias == ' ';
+    }
+
+    if( row.codePage != NO_CODE_PAGE )
+    {
+        Ref< QV_BOXED_INT > codePage( qvBoxedIntCreate( row.codePage ) );
+        qvDictSetIntKey( &qv___CharsetFromWindowsCodePageDict, row.codePage, qvBoxedIntObj( charset ) );
+        qvDictSetIntKey( &qv___CharsetToWindowsCodePageDict, cs, qvBoxedIntObj( codePage ) );
+    }
+}
+} // namespace
+
+void qv___CharsetStartup( void )
+{
+    qv___CharsetEnum                    = qvEnumCreate();
+    qv___CharsetFromIanaNameDict        = qvDictCreate();
+    qv___CharsetToIanaNameDict          = qvDictCreate();
+    qv___CharsetFromWindowsCodePageDict = qvDictCreate();
+    qv___CharsetToWindowsCodePageDict   = qvDictCreate();
+
+    for( QV_INT cs = 0; cs < CHARSETS; cs++ )
+        enter( cs );
+}
+
+void qv___CharsetShutdown( void )
+{
+    qv::drop( qv___CharsetToWindowsCodePageDict );
+    qv::drop( qv___CharsetFromWindowsCodePageDict );
+    qv::drop( qv___CharsetToIanaNameDict );
+    qv::drop( qv___CharsetFromIanaNameDict );
+    qv::drop( qv___CharsetEnum );
+}
+
+/* Names ---------------------------------------------------------------------------------------------------------- */
+
+QV_INT qvCharsetFromString( QV_STRING *qvs )
+{
+    QV_CHECK( qvs );
+    return qvEnumParse( qv___CharsetEnum, qvs );
+}
+
+QV_STRING *qvCharsetToString( QV_INT cs )
+{
+    QV_CHECK( QV_CHARSET_OK( cs ) );
+    return qvEnumGenerate( qv___CharsetEnum, cs );
+}
+
+QV_INT qvCharsetFromIanaName( QV_STRING *name )
+{
+    QV_CHECK( name );
+
+    Ref< QV_STRING > fold = Ref< QV_STRING >::share( name );
+    qvStringToCaseFold( fold.at() );
+
+    QV_INT cs = valueOr( qvDictStringKey( qv___CharsetFromIanaNameDict, fold ), -1 );
+    QV_CHECK_AS( cs == -1 || QV_CHARSET_OK( cs ), "QV_CHARSET_OK( cs )" );
+
+    return cs;
+}
+
+QV_STRING *qvCharsetToIanaName( QV_INT cs )
+{
+    QV_CHECK( QV_CHARSET_OK( cs ) );
+    return qvStringFrom( qvDictIntKey( qv___CharsetToIanaNameDict, cs ) );
+}
+
+QV_INT qvCharsetFromWindowsCodePage( QV_INT cp )
+{
+    QV_CHECK( cp >= 0 );
+    return valueOr( qvDictIntKey( qv___CharsetFromWindowsCodePageDict, cp ), -1 );
+}
+
+QV_INT qvCharsetToWindowsCodePage( QV_INT cs )
+{
+    QV_CHECK( QV_CHARSET_OK( cs ) );
+    return valueOr( qvDictIntKey( qv___CharsetToWindowsCodePageDict, cs ), -1 );
+}
+
+/* Conversion ----------------------------------------------------------------------------------------------------- */
+
+QV_CHAR_SOURCE *qvCharsetCreateCharSource( QV_BYTE_SOURCE *byteSource, QV_INT charset, QV_INT flags )
+{
+    QV_CHECK( byteSource );
+    QV_CHECK( QV_CHARSET_OK( charset ) );
+    QV_CHECK( charsets[charset].createCharSource );
+
+    return charsets[charset].createCharSource( byteSource, qvCharsetFlagsNormalize( flags ) );
+}
+
+QV_CHAR_SINK *qvCharsetCreateCharSink( QV_BYTE_SINK *byteSink, QV_INT charset, QV_INT flags )
+{
+    QV_CHECK( byteSink );
+    QV_CHECK( QV_CHARSET_OK( charset ) );
+    QV_CHECK( charsets[charset].createCharSink );
+
+    return charsets[charset].createCharSink( byteSink, qvCharsetFlagsNormalize( flags ) );
+}
+
+QV_STRING *qvCharsetBufferToString( QV_INT charset, QV_BUFFER *buffer )
+{
+    return qvCharsetBufferToStringWithFlags( charset, buffer, 0 );
+}
+
+QV_STRING *qvCharsetBufferToStringWithFlags( QV_INT charset, QV_BUFFER *buffer, QV_INT flags )
+{
+    QV_CHECK( QV_CHARSET_OK( charset ) );
+    QV_CHECK( buffer );
+
+    Ref< QV_BUFFER_BYTE_SOURCE > bbs( qvBufferByteSourceCreate( buffer ) );
+    Ref< QV_BYTE_SOURCE >        bytes( qvBufferByteSourceByteSource( bbs ) );
+    Ref< QV_CHAR_SOURCE >        chars( qvCharsetCreateCharSource( bytes, charset, flags ) );
+    Ref< QV_STRING >             string( qvStringCreate() );
+
+    while( !qvCharSourceEnd( chars ) )
+        qvCharSourceRead( chars, string.at(), -1 );
+
+    return qvCharSourceError( chars ) ? nullptr : string.give();
+}
+
+QV_BUFFER *qvCharsetStringToBuffer( QV_INT charset, QV_STRING *string )
+{
+    return qvCharsetStringToBufferWithFlags( charset, string, 0 );
+}
+
+QV_BUFFER *qvCharsetStringToBufferWithFlags( QV_INT charset, QV_STRING *string, QV_INT flags )
+{
+    QV_CHECK( QV_CHARSET_OK( charset ) );
+    QV_CHECK( string );
+
+    Ref< QV_BUFFER_BYTE_SINK > bbs( qvBufferByteSinkCreate() );
+    Ref< QV_BYTE_SINK >        bytes( qvBufferByteSinkByteSink( bbs ) );
+    Ref< QV_CHAR_SINK >        chars( qvCharsetCreateCharSink( bytes, charset, flags ) );
+
+    qvCharSinkWrite( chars, string );
+    qvCharSinkFlush( chars );
+
+    return qvCharSinkError( chars ) ? nullptr : qvBufferByteSinkBuffer( bbs );
+}
