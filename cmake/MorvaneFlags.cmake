@@ -30,11 +30,10 @@ function( morvane_product_target target )
         ${target}
         PRIVATE ${MORVANE_WARNINGS} ${MORVANE_SANITIZE_FLAGS}
                 $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>
-                # A debug build keeps the checks of the containers it borrows from the standard library out,
-                # since they call into the C++ runtime.
                 -fno-math-errno -ffp-contract=off
     )
-    target_link_options( ${target} PRIVATE ${MORVANE_SANITIZE_FLAGS} )
+    # CMake names the C++ run-time library wherever there are C++ sources; nothing needs it.
+    target_link_options( ${target} PRIVATE -Wl,--as-needed ${MORVANE_SANITIZE_FLAGS} )
     if( MORVANE_SANITIZE )
         # The sanitizers' own run-time libraries are C++.
         set_target_properties( ${target} PROPERTIES LINKER_LANGUAGE CXX )

@@ -1,12 +1,13 @@
 """Compares the symbols that the built library exports with what its headers declare, both ways, and looks at what the
-library needs at run time. Arguments: the library, the source folder, the compiler."""
+library and the executable need at run time. Arguments: the library, the executable, the source folder, the
+compiler."""
 
 import pathlib
 import re
 import subprocess
 import sys
 
-library, source, compiler = sys.argv[1:4]
+library, executable, source, compiler = sys.argv[1:5]
 
 
 def output(*command, **options):
@@ -37,8 +38,9 @@ problems += [
     if version != ("MORVANE_QV_PRIVATE" if name.startswith("qv___") else "MORVANE_QV_4")
 ]
 
-needed = re.findall(r"\(NEEDED\).*\[(.*)\]", output("readelf", "-d", library))
-problems += [f"needs {name}" for name in needed if not re.match(r"(libc|libm|ld-linux.*)\.so", name)]
+for file, allowed in (library, r"(libc|libm|ld-linux.*)\.so"), (executable, r"(libmorvane-qv|libc|libm|ld-linux.*)\.so"):
+    needed = re.findall(r"\(NEEDED\).*\[(.*)\]", output("readelf", "-d", file))
+    problems += [f"{file} needs {name}" for name in needed if not re.match(allowed, name)]
 undefined = output("nm", "-D", "--undefined-only", library)
 problems += [f"undefined: {name}" for name in re.findall(r"\bqv\w+", undefined)]
 
