@@ -1,0 +1,243 @@
+#include "qv_test_support.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+using namespace qv::test;
+
+namespace
+{
+struct Outcome
+{
+    int         status;
+    std::string out;
+    std::string err;
+};
+
+std::string path( const std::string &name )
+{
+    return scratch() + name;
+}
+
+std::string contentOf( const std::string &name )
+{
+    std::ifstream file( path( name ), std::ios::binary );
+    return { std::istreambuf_iterator< char >( file ), {} };
+}
+
+void write( const std::string &name, const std::string &content )
+{
+    std::ofstream( path( name ), std::ios::binary ) << content;
+}
+
+// Runs `morvane` with a shell's words in the scratch folder.
+Outcome morvane( const std::string &words )
+{
+    std::string command = "cd '" + scratch() + "' && '" MORVANE_EXECUTABLE "' " + words + " >out 2>err";
+    int         status  = std::system( command.c_str() );
+
+    return { WIFEXITED( status ) ? WEXITSTATUS( status ) : -1, contentOf( "out" ), contentOf( "err" ) };
+}
+
+const char DOCUMENT[] = "# a comment\r\n"
+                        "b.y = two \r\n"
+                        "unknown line\n"
+                        "a=1\n"
+                        "\n"
+                        "b.x=first\n"
+                        "b.x=last\n"
+                        "c=\xe4\xb8\xad%00000a!";
+} // namespace
+
+TEST( MorvaneStore, ShowsAndGets )
+{
+    write( "doc", DOCUMENT );
+
+    Outcome shown = morvane( "store show doc" );
+    EXPECT_EQ( 0, shown.status );
+    EXPECT_EQ( "a=1\nc=\xe4\xb8\xad%00000a!\nb.x=last\nb.y= two \n", shown.out );
+
+    Outcome got = morvane( "store get doc b.x a b.y c" );
+    EXPECT_EQ( 0, got.status );
+    EXPECT_EQ( "last\n1\n two \n\xe4\xb8\xad\n!\n", got.out );
+
+    Outcome absent = morvane( "store get doc b.x b b.z 'no path' a.b" );
+    EXPECT_EQ( 1, absent.status );
+    EXPECT_EQ( "last\n", absent.out );
+
+    for( const char *name : { "store: b: ", "store: b.z: ", "store: no path: ", "store: a.b: " } )
+        EXPECT_THAT( absent.err, testing::HasSubstr( name ) );
+}
+
+TEST( MorvaneStore, SetsOnlyTheLinesConcerned )
+{
+    write( "doc", DOCUMENT );
+    EXPECT_EQ( 0, morvane( "store set doc b.y=three b.x='' d=4 b.z=% e.f.g=h" ).status );
+    EXPECT_EQ(
+        "# a comment\r\n"
+        "b.y =three\r\n"
+        "unknown line\n"
+        "a=1\n"
+        "\n"
+        "b.x=first\n"
+        "b.x=\n"
+        "b.z=%%\n"
+        "c=\xe4\xb8\xad%00000a!\r\n"
+        "d=4\r\n"
+        "e.f.g=h\r\n",
+        contentOf( "doc" ) );
+
+    // A byte order mark and the other line ends stay too.
+    write( "doc", "\xef\xbb\xbf" "a=1\x0b" "b=2\xe2\x80\xa9" "c=3\xc2\x85" );
+    EXPECT_EQ( 0, morvane( "store set doc b=x c=y" ).status );
+    EXPECT_EQ( "\xef\xbb\xbf" "a=1\x0b" "b=x\xe2\x80\xa9" "c=y\xc2\x85", contentOf( "doc" ) );
+
+    write( "doc", "" );
+    EXPECT_EQ( 0, morvane( "store set doc a=1" ).status );
+    EXPECT_EQ( "a=1\n", contentOf( "doc" ) );
+}
+
+TEST( MorvaneStore, DeletesAndMerges )
+{
+    write( "doc", DOCUMENT );
+    EXPECT_EQ( 0, morvane( "store delete doc b.x c" ).status );
+    EXPECT_EQ( "# a comment\r\nb.y = two \r\nunknown line\na=1\n\n", contentOf( "doc" ) );
+    EXPECT_EQ( 0, morvane( "store delete doc b" ).status );
+    EXPECT_EQ( "# a comment\r\nunknown line\na=1\n\n", contentOf( "doc" ) );
+    EXPECT_EQ( 1, morvane( "store delete doc a b" ).status );
+    EXPECT_EQ( "# a comment\r\nunknown line\na=1\n\n", contentOf( "doc" ) );
+
+    write( "one", "a=0\nb.c=1\nempty.\n" );
+    write( "two", "b.c=2\nb.d=3\n" );
+    EXPECT_EQ( 0, morvane( "store merge doc one two" ).status );
+    EXPECT_EQ( "# a comment\r\nunknown line\na=1\n\nb.c=1\nempty.\nb.d=3\n", contentOf( "doc" ) );
+}
+
+TEST( MorvaneStore, ConvertsBothWays )
+{
+    write( "doc", DOCUMENT );
+    std::string canonical = morvane( "store show doc" ).out;
+
+    EXPECT_EQ( 0, morvane( "store encode doc binary" ).status );
+    EXPECT_EQ( canonical, morvane( "store show binary --binary" ).out );
+    EXPECT_EQ( 0, morvane( "store decode binary back" ).status );
+    EXPECT_EQ( canonical, contentOf( "back" ) );
+}
+
+TEST( MorvaneStore, ChecksEveryLine )
+{
+    write( "doc", "a=1\n#no=1\nb.c\nword\n\nd.e.=1\nf.\n" );
+    Outcome checked = morvane( "store check doc" );
+    EXPECT_EQ( 1, checked.status );
+    EXPECT_EQ(
+        "doc:2: what stands before the separator is no address\n"
+        "doc:3: neither . nor = follows an address\n"
+        "doc:4: neither . nor = follows an address\n"
+        "doc:5: the line is empty\n"
+        "doc:6: what stands before the separator is no address\n",
+        checked.out );
+
+    write( "doc", "a=1\nb.c=2\n" );
+    EXPECT_EQ( 0, morvane( "store check doc" ).status );
+}
+
+TEST( MorvaneStore, TellsWhatIsWrongWithAFileAndChangesNothing )
+{
+    write( "doc", DOCUMENT );
+    std::string deep;
+
+    for( int level = 0; level < 120; level++ )
+        deep += std::string( "\x01\x01\x01\x01" "a\x00\x01", 7 );
+
+    write( "truncated", std::string( "\x01\x01\x01\x01", 4 ) );
+    write( "trailing", std::string( "\x00\x00", 2 ) );
+    write( "deep", deep );
+    write( "invalid", "a=1\n\xff\n" );
+
+    struct Row
+    {
+        const char *words;
+        const char *error;
+    };
+
+    const Row rows[] = {
+        { "store show nowhere", "morvane store: nowhere: No such file or directory\n" },
+        { "store get . a", "morvane store: .: Is a directory\n" },
+        { "store set . a=1", "morvane store: .: Is a directory\n" },
+        { "store show truncated --binary", "morvane store: truncated: truncated, or no document in binary form\n" },
+        { "store decode trailing doc", "morvane store: trailing: bytes behind the end of the document\n" },
+        { "store decode deep doc", "morvane store: deep: nested too deep\n" },
+        { "store set invalid a=2", "morvane store: invalid: not valid UTF-8; it could not be kept as it is\n" },
+        { "store merge doc nowhere", "morvane store: nowhere: No such file or directory\n" },
+        { "store encode doc no/folder", "morvane store: no/folder: No such file or directory\n" },
+        { "store set doc a=1 'b c=1'", "morvane store: b c=1: no path and value that a document can hold\n" },
+        { "store check nowhere", "morvane store: nowhere: No such file or directory\n" },
+    };
+
+    for( const Row &row : rows )
+    {
+        Outcome outcome = morvane( row.words );
+        EXPECT_EQ( 1, outcome.status ) << row.words;
+        EXPECT_EQ( row.error, outcome.err ) << row.words;
+        EXPECT_EQ( "", outcome.out ) << row.words;
+    }
+
+    EXPECT_EQ( DOCUMENT, contentOf( "doc" ) );
+    EXPECT_EQ( "a=1\n\xff\n", contentOf( "invalid" ) );
+}
+
+TEST( MorvaneStore, ReplacesFilesAsAWhole )
+{
+    write( "doc", DOCUMENT );
+    chmod( path( "doc" ).c_str(), 0640 );
+    std::filesystem::remove( path( "link" ) );
+    std::filesystem::create_symlink( "doc", path( "link" ) );
+
+    // Through a link the file changes and the link stays; permissions are kept.
+    EXPECT_EQ( 0, morvane( "store set link a=2" ).status );
+    EXPECT_TRUE( std::filesystem::is_symlink( path( "link" ) ) );
+    struct stat status;
+    ASSERT_EQ( 0, stat( path( "doc" ).c_str(), &status ) );
+    EXPECT_EQ( 0640u, status.st_mode & 07777u );
+
+    // Where nothing can be written the old file stays, and nothing is left beside it.
+    std::string before = contentOf( "doc" );
+    Outcome     full   = morvane( "store set doc a=3; true" );
+    EXPECT_EQ( 0, full.status );
+    std::string command = "cd '" + scratch() + "' && (ulimit -f 0; trap '' XFSZ; '" MORVANE_EXECUTABLE
+                          "' store set doc a=4 2>/dev/null)";
+    EXPECT_EQ( 1, WEXITSTATUS( std::system( command.c_str() ) ) );
+    EXPECT_THAT( contentOf( "doc" ), testing::HasSubstr( "a=3\n" ) );
+    EXPECT_EQ( before.size(), contentOf( "doc" ).size() );
+
+    for( const auto &entry : std::filesystem::directory_iterator( scratch() ) )
+        EXPECT_THAT( entry.path().filename().string(), testing::Not( testing::StartsWith( "doc." ) ) );
+}
+
+TEST( Morvane, ListsToolsAndTellsTheUsage )
+{
+    for( const char *words : { "", "help" } )
+    {
+        Outcome listed = morvane( words );
+        EXPECT_EQ( 0, listed.status );
+        EXPECT_THAT( listed.out, testing::HasSubstr( "  store    " ) );
+    }
+
+    Outcome unknown = morvane( "jump" );
+    EXPECT_EQ( 2, unknown.status );
+    EXPECT_THAT( unknown.err, testing::HasSubstr( "jump: invalid argument\n" ) );
+    EXPECT_THAT( unknown.err, testing::HasSubstr( "usage: morvane TOOL" ) );
+
+    EXPECT_EQ( "usage: morvane store get FILE PATH...\n", morvane( "store get" ).err );
+    EXPECT_EQ( 2, morvane( "store get" ).status );
+    EXPECT_EQ( 2, morvane( "store set doc nothing" ).status );
+    EXPECT_EQ( 2, morvane( "store show --binary --zoo doc" ).status );
+    EXPECT_EQ( 2, morvane( "store" ).status );
+    EXPECT_THAT( morvane( "store" ).err, testing::HasSubstr( "  check    " ) );
+    EXPECT_EQ( 0, morvane( "store help" ).status );
+    EXPECT_EQ( 1, morvane( "store help >/dev/full" ).status );
+}
