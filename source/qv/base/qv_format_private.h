@@ -13,4 +13,78 @@ QV_API QV_STRING *qv___FormatArgList( QV_STRING *fmt, va_list *argList );
     null. */
 QV_API QV_INT qv___FormatEncodeBase( QV_CHAR *dest, QV_INT base, QV_INT flags );
 
+#ifdef __cplusplus
+namespace qv
+{
+/** Text that is put together piece by piece and becomes a String once: a short one never moves. What is put in has to
+    be made of proper characters. */
+class TextBuilder
+{
+public:
+    TextBuilder()
+    {
+    }
+
+    ~TextBuilder()
+    {
+        if( chars_ != own_ )
+            freeBlock();
+    }
+
+    TextBuilder( const TextBuilder & ) = delete;
+    TextBuilder &operator=( const TextBuilder & ) = delete;
+
+    /** The place behind the text, with room for so many characters. They belong to the text when it is extended. */
+    QV_CHAR *room( QV_INT count )
+    {
+        if( __builtin_expect( count > capacity_ - length_, 0 ) )
+            grow( count );
+
+        return chars_ + length_;
+    }
+
+    void extend( QV_INT count )
+    {
+        length_ += count;
+    }
+
+    QV_CHAR *append( QV_INT count )
+    {
+        QV_CHAR *place = room( count );
+        length_ += count;
+
+        return place;
+    }
+
+    void append( const QV_CHAR *chs, QV_INT count )
+    {
+        QV_CHAR *place = append( count );
+
+        for( QV_INT i = 0; i < count; i++ )
+            place[i] = chs[i];
+    }
+
+    /** The text as a new String. The builder is of no use afterwards. */
+    QV_STRING *give();
+
+private:
+    void grow( QV_INT count );
+    void freeBlock();
+
+    QV_CHAR *chars_    = own_;
+    QV_INT   length_   = 0;
+    QV_INT   capacity_ = sizeof( own_ ) / sizeof( QV_CHAR );
+    QV_CHAR  own_[256];
+};
+
+/** The encoders of qv_format.h with their checks, at the end of a text. */
+void encodeBool( TextBuilder &text, QV_BOOL value, QV_INT minWidth, QV_INT flags );
+void encodeInt( TextBuilder &text, QV_INT value, QV_INT base, QV_INT minWidth, QV_INT flags );
+void encodeReal( TextBuilder &text, QV_REAL value, QV_INT base, QV_INT minWidth, QV_INT precision, QV_INT flags );
+
+/** The place for a text of `length` characters, padded with blanks to `minWidth`, which the caller fills. */
+QV_CHAR *encodePadding( TextBuilder &text, QV_INT length, QV_INT minWidth, QV_INT flags );
+} // namespace qv
+#endif
+
 #endif

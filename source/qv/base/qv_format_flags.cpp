@@ -1,0 +1,61 @@
+#include "qv/base/qv_format.h"
+
+#include "qv/base/qv_flagset.h"
+#include "qv/base/qv_format_private.h"
+#include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_ref.h"
+
+QV_FLAGSET *qv___FormatFlagsFlagset = nullptr;
+
+#define DEFINE_FLAG( name )                                                                                            \
+    QV_CHECK_AS(                                                                                                       \
+        !qvFlagsetHasFlagCstr( qv___FormatFlagsFlagset, #name, -1 ),                                                   \
+        "!qvFlagsetHasFlagCstr( *(&qv___FormatFlagsFlagset), \"" #name "\", -1 )" );                                   \
+    qvFlagsetSetFlagCstr( &qv___FormatFlagsFlagset, #name, -1, name );
+
+void qv___FormatFlagsStartup( void )
+{
+    qv___FormatFlagsFlagset = nullptr;
+    qv___FormatFlagsFlagset = qvFlagsetCreate();
+
+    DEFINE_FLAG( QV_FORMAT_FLAG_LEFTALIGN )
+    DEFINE_FLAG( QV_FORMAT_FLAG_ZEROPAD )
+    DEFINE_FLAG( QV_FORMAT_FLAG_PLUSPOS )
+    DEFINE_FLAG( QV_FORMAT_FLAG_BLANKPOS )
+    DEFINE_FLAG( QV_FORMAT_FLAG_UPPERCASE )
+    DEFINE_FLAG( QV_FORMAT_FLAG_BASEMNEMONIC )
+    DEFINE_FLAG( QV_FORMAT_FLAG_BASENUMERIC )
+    DEFINE_FLAG( QV_FORMAT_FLAG_BASEDECIMAL )
+}
+
+void qv___FormatFlagsShutdown( void )
+{
+    qv::drop( qv___FormatFlagsFlagset );
+}
+
+QV_INT qvFormatFlagsNormalize( QV_INT flags )
+{
+    QV_INT result = flags & 0xFF;
+
+    if( result & QV_FORMAT_FLAG_LEFTALIGN )
+        result &= ~QV_FORMAT_FLAG_ZEROPAD;
+
+    if( result & QV_FORMAT_FLAG_PLUSPOS )
+        result &= ~QV_FORMAT_FLAG_BLANKPOS;
+
+    if( result & QV_FORMAT_FLAG_BASEMNEMONIC )
+        result &= ~QV_FORMAT_FLAG_BASENUMERIC;
+
+    return result;
+}
+
+QV_INT qvFormatFlagsFromString( QV_STRING *qvs )
+{
+    QV_CHECK( qvs );
+    return qvFormatFlagsNormalize( qvFlagsetParse( qv___FormatFlagsFlagset, qvs ) );
+}
+
+QV_STRING *qvFormatFlagsToString( QV_INT flags )
+{
+    return qvFlagsetGenerate( qv___FormatFlagsFlagset, qvFormatFlagsNormalize( flags ) );
+}
