@@ -169,15 +169,15 @@ TEST( Format, IntegersGoThroughTextInEveryBase )
             ASSERT_EQ( modelOfInt( value, base ), digits );
 
             QV_INT back = 0, consumed = 0;
-            ASSERT_TRUE( qvFormatTryDecodeInt( encoded, 0, encoded->length, base, &back, &consumed ) ) << digits;
+            ASSERT_TRUE( qvFormatTryDecodeInt( encoded, 0, qvStringLength( encoded ), base, &back, &consumed ) ) << digits;
             ASSERT_EQ( value, back ) << digits << " in base " << base;
-            ASSERT_EQ( encoded->length, consumed );
+            ASSERT_EQ( qvStringLength( encoded ), consumed );
 
             // Both prefixes tell the base to who doesn't know it.
             for( QV_INT prefix : { BASEMNEMONIC, BASENUMERIC, BASENUMERIC | UPPERCASE } )
             {
                 encoded = Ref< QV_STRING >( qvFormatEncodeInt( value, base, 0, prefix | BASEDECIMAL ) );
-                ASSERT_TRUE( qvFormatTryDecodeInt( encoded, 0, encoded->length, -1, &back, nullptr ) );
+                ASSERT_TRUE( qvFormatTryDecodeInt( encoded, 0, qvStringLength( encoded ), -1, &back, nullptr ) );
                 ASSERT_EQ( value, back ) << utf8( encoded );
             }
         }

@@ -1,31 +1,25 @@
 #include "qv/base/qv_format.h"
 
-#include "qv/base/qv_flagset.h"
+#include "qv/base/qv_flagset_private.h"
 #include "qv/base/qv_format_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
 
 QV_FLAGSET *qv___FormatFlagsFlagset = nullptr;
 
-#define DEFINE_FLAG( name )                                                                                            \
-    QV_CHECK_AS(                                                                                                       \
-        !qvFlagsetHasFlagCstr( qv___FormatFlagsFlagset, #name, -1 ),                                                   \
-        "!qvFlagsetHasFlagCstr( *(&qv___FormatFlagsFlagset), \"" #name "\", -1 )" );                                   \
-    qvFlagsetSetFlagCstr( &qv___FormatFlagsFlagset, #name, -1, name );
-
 void qv___FormatFlagsStartup( void )
 {
     qv___FormatFlagsFlagset = nullptr;
     qv___FormatFlagsFlagset = qvFlagsetCreate();
 
-    DEFINE_FLAG( QV_FORMAT_FLAG_LEFTALIGN )
-    DEFINE_FLAG( QV_FORMAT_FLAG_ZEROPAD )
-    DEFINE_FLAG( QV_FORMAT_FLAG_PLUSPOS )
-    DEFINE_FLAG( QV_FORMAT_FLAG_BLANKPOS )
-    DEFINE_FLAG( QV_FORMAT_FLAG_UPPERCASE )
-    DEFINE_FLAG( QV_FORMAT_FLAG_BASEMNEMONIC )
-    DEFINE_FLAG( QV_FORMAT_FLAG_BASENUMERIC )
-    DEFINE_FLAG( QV_FORMAT_FLAG_BASEDECIMAL )
+    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_LEFTALIGN )
+    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_ZEROPAD )
+    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_PLUSPOS )
+    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_BLANKPOS )
+    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_UPPERCASE )
+    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_BASEMNEMONIC )
+    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_BASENUMERIC )
+    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_BASEDECIMAL )
 }
 
 void qv___FormatFlagsShutdown( void )

@@ -1,5 +1,36 @@
 #include "qv/runtime/qv_runtime.h"
 
+#include "qv/base/qv_flagset_private.h"
+#include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/runtime/qv_runtime_private.h"
+
+QV_FLAGSET *qv___RuntimeFlagsFlagset = nullptr;
+
+void qv___RuntimeFlagsStartup( void )
+{
+    qv___RuntimeFlagsFlagset = nullptr;
+    qv___RuntimeFlagsFlagset = qvFlagsetCreate();
+
+    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_MINIMAL )
+    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_SYSTEM )
+    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_MEMORY_DEBUG )
+    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_OBJECT_DATABASE )
+    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_OBJECT_ORIGIN )
+    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_SNAPSHOT_SORT )
+    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_SNAPSHOT_OBJECT )
+    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_TOSTRING )
+    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_LOG )
+    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS )
+    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_IMPLICIT_MODULE_PATH )
+    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_MODULE_DEBUG )
+}
+
+void qv___RuntimeFlagsShutdown( void )
+{
+    qv::drop( qv___RuntimeFlagsFlagset );
+}
+
 QV_INT qvRuntimeFlagsNormalize( QV_INT flags )
 {
     const QV_INT KEPT = QV_RUNTIME_FLAG_SYSTEM | QV_RUNTIME_FLAG_MEMORY_DEBUG | QV_RUNTIME_FLAG_OBJECT_DATABASE
@@ -21,4 +52,15 @@ QV_INT qvRuntimeFlagsNormalize( QV_INT flags )
         result |= flags & WITH_SNAPSHOT;
 
     return result;
+}
+
+QV_INT qvRuntimeFlagsFromString( QV_STRING *qvs )
+{
+    QV_CHECK( qvs );
+    return qvRuntimeFlagsNormalize( qvFlagsetParse( qv___RuntimeFlagsFlagset, qvs ) );
+}
+
+QV_STRING *qvRuntimeFlagsToString( QV_INT flags )
+{
+    return qvFlagsetGenerate( qv___RuntimeFlagsFlagset, qvRuntimeFlagsNormalize( flags ) );
 }

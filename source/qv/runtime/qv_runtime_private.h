@@ -3,6 +3,9 @@
 
 #include "qv/runtime/qv_component_private.h"
 
+/** The names of the runtime flags. */
+QV_API QV_FLAGSET *qv___RuntimeFlagsFlagset;
+
 /** The product's texts as they stand in the module record, usable at any time. */
 QV_API const char *qv___RuntimeVersionProductNameCstr( void );
 QV_API const char *qv___RuntimeVersionProductFriendlyNameCstr( void );

@@ -1,0 +1,174 @@
+#include "qv/base/qv_enum.h"
+
+#include "qv/base/qv_boxed_int.h"
+#include "qv/base/qv_dict.h"
+#include "qv/base/qv_name.h"
+#include "qv/base/qv_string.h"
+#include "qv/runtime/qv_ref.h"
+
+struct QV_ENUM : QV_OBJ
+{
+    QV_DICT *nameToValue; // Strings to boxed integers
+    QV_DICT *valueToName; // boxed integers to Strings: of several names with one value, the last one
+};
+
+namespace
+{
+void freeEnum( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+
+    QV_ENUM *en = qvEnumFrom( thisObj );
+    qv::drop( en->nameToValue );
+    qv::drop( en->valueToName );
+}
+
+void deleteName( QV_ENUM *en, QV_STRING *name )
+{
+    QV_INT value = qvEnumEnumerant( en, name );
+
+    if( value < 0 )
+        return;
+
+    qvDictDelStringKey( &en->nameToValue, name );
+
+    // The value may belong to a name that was entered later.
+    qv::Ref< QV_STRING > named( qvEnumGenerate( en, value ) );
+
+    if( named && qvStringEquals( named, name ) )
+        qvDictDelIntKey( &en->valueToName, value );
+}
+} // namespace
+
+QV___FAMILY( Enum, QV_ENUM, freeEnum, nullptr, nullptr )
+
+QV_ENUM *qvEnumCreate( void )
+{
+    QV_ENUM *en     = qv::create< QV_ENUM >( qvEnumSort() );
+    en->nameToValue = qvDictCreate();
+    en->valueToName = qvDictCreate();
+
+    return en;
+}
+
+QV_ENUM *qvEnumCreateFrom( QV_ENUM *source )
+{
+    QV_CHECK( source );
+
+    QV_ENUM *en     = qv::create< QV_ENUM >( qvEnumSort() );
+    en->nameToValue = qv::retain( source->nameToValue );
+    en->valueToName = qv::retain( source->valueToName );
+
+    return en;
+}
+
+QV_VECTOR *qvEnumEnumerantsVector( QV_ENUM *en )
+{
+    QV_CHECK( en );
+    return qvDictKeysVector( en->nameToValue );
+}
+
+QV_INT qvEnumEnumerant( QV_ENUM *en, QV_STRING *name )
+{
+    QV_CHECK( en );
+    QV_CHECK( name );
+
+    qv::Ref< QV_BOXED_INT > value( qvBoxedIntFrom( qvDictStringKey( en->nameToValue, name ) ) );
+    return value ? qvBoxedIntValue( value ) : -1;
+}
+
+QV_BOOL qvEnumHasEnumerant( QV_ENUM *en, QV_STRING *name )
+{
+    QV_CHECK( en );
+    QV_CHECK( name );
+
+    return qvDictHasStringKey( en->nameToValue, name );
+}
+
+void qvEnumSetEnumerant( QV_ENUM **en, QV_STRING *name, QV_INT value )
+{
+    QV_CHECK( en );
+    QV_CHECK( *en );
+    QV_CHECK( name );
+    QV_CHECK( qvNameUpperCaseOk( name, QV_TRUE ) );
+    QV_CHECK( value >= 0 );
+
+    qv::makePrivate( en, qvEnumCreateFrom );
+    deleteName( *en, name );
+
+    qv::Ref< QV_BOXED_INT > boxed( qvBoxedIntCreate( value ) );
+    qvDictSetStringKey( &(*en)->nameToValue, name, qvBoxedIntObj( boxed ) );
+    qvDictSetObjKey( &(*en)->valueToName, qvBoxedIntObj( boxed ), qvStringObj( name ) );
+}
+
+void qvEnumDelEnumerant( QV_ENUM **en, QV_STRING *name )
+{
+    QV_CHECK( en );
+    QV_CHECK( *en );
+    QV_CHECK( name );
+    QV_CHECK( qvNameUpperCaseOk( name, QV_TRUE ) );
+
+    if( !qvEnumHasEnumerant( *en, name ) )
+        return;
+
+    qv::makePrivate( en, qvEnumCreateFrom );
+    deleteName( *en, name );
+}
+
+QV_STRING *qvEnumGenerate( QV_ENUM *en, QV_INT value )
+{
+    QV_CHECK( en );
+    return qvStringFrom( qvDictIntKey( en->valueToName, value ) );
+}
+
+QV_INT qvEnumParse( QV_ENUM *en, QV_STRING *name )
+{
+    QV_CHECK( en );
+    QV_CHECK( name );
+
+    qv::Ref< QV_STRING > text = qv::Ref< QV_STRING >::share( name );
+    qvStringTrim( text.at() );
+
+    if( QV_INT value = qvEnumEnumerant( en, text ); value >= 0 )
+        return value;
+
+    QV_INT number, consumed;
+
+    if( qvStringScanInt( text, 0, -1, -1, &number, &consumed ) && consumed == qvStringLength( text )
+        && qvDictHasIntKey( en->valueToName, number ) )
+        return number;
+
+    return -1;
+}
+
+/* The forms with text from outside ------------------------------------------------------------------------------- */
+
+#define ENUM_TEXT_FORMS( Form, Unit )                                                                                  \
+    QV_INT qvEnumEnumerant##Form( QV_ENUM *en, const Unit *text, QV_INT length )                                       \
+    {                                                                                                                  \
+        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
+        return qvEnumEnumerant( en, name );                                                                            \
+    }                                                                                                                  \
+                                                                                                                       \
+    QV_BOOL qvEnumHasEnumerant##Form( QV_ENUM *en, const Unit *text, QV_INT length )                                   \
+    {                                                                                                                  \
+        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
+        return qvEnumHasEnumerant( en, name );                                                                         \
+    }                                                                                                                  \
+                                                                                                                       \
+    void qvEnumSetEnumerant##Form( QV_ENUM **en, const Unit *text, QV_INT length, QV_INT value )                       \
+    {                                                                                                                  \
+        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
+        qvEnumSetEnumerant( en, name, value );                                                                         \
+    }                                                                                                                  \
+                                                                                                                       \
+    void qvEnumDelEnumerant##Form( QV_ENUM **en, const Unit *text, QV_INT length )                                     \
+    {                                                                                                                  \
+        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
+        qvEnumDelEnumerant( en, name );                                                                                \
+    }
+
+ENUM_TEXT_FORMS( Cstr, char )
+ENUM_TEXT_FORMS( Wcstr, wchar_t )
+
+#undef ENUM_TEXT_FORMS

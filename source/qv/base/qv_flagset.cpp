@@ -1,0 +1,206 @@
+#include "qv/base/qv_flagset.h"
+
+#include "qv/base/qv_boxed_int.h"
+#include "qv/base/qv_dict.h"
+#include "qv/base/qv_name.h"
+#include "qv/base/qv_string.h"
+#include "qv/base/qv_vector.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_int.h"
+
+#include <utility>
+
+struct QV_FLAGSET : QV_OBJ
+{
+    QV_DICT   *nameToValue;           // Strings to boxed integers
+    QV_STRING *bitNames[QV_INT_BITS]; // null without a name; of several names for one bit, the last one
+};
+
+namespace
+{
+void freeFlagset( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+
+    QV_FLAGSET *fs = qvFlagsetFrom( thisObj );
+    qv::drop( fs->nameToValue );
+
+    for( QV_STRING *&name : fs->bitNames )
+        qv::drop( name );
+}
+
+void deleteName( QV_FLAGSET *fs, QV_STRING *name )
+{
+    QV_INT value = qvFlagsetFlag( fs, name );
+
+    if( !value )
+        return;
+
+    qvDictDelStringKey( &fs->nameToValue, name );
+
+    // The bit may belong to a name that was entered later.
+    QV_STRING *&named = fs->bitNames[qvIntBitLowest( value )];
+
+    if( named && qvStringEquals( named, name ) )
+        qv::release( std::exchange( named, nullptr ) );
+}
+} // namespace
+
+QV___FAMILY( Flagset, QV_FLAGSET, freeFlagset, nullptr, nullptr )
+
+QV_FLAGSET *qvFlagsetCreate( void )
+{
+    QV_FLAGSET *fs  = qv::create< QV_FLAGSET >( qvFlagsetSort() );
+    fs->nameToValue = qvDictCreate();
+
+    for( QV_STRING *&name : fs->bitNames )
+        name = nullptr;
+
+    return fs;
+}
+
+QV_FLAGSET *qvFlagsetCreateFrom( QV_FLAGSET *source )
+{
+    QV_CHECK( source );
+
+    QV_FLAGSET *fs  = qv::create< QV_FLAGSET >( qvFlagsetSort() );
+    fs->nameToValue = qv::retain( source->nameToValue );
+
+    for( QV_INT bit = 0; bit < QV_INT_BITS; bit++ )
+        fs->bitNames[bit] = qv::Ref< QV_STRING >::share( source->bitNames[bit] ).give();
+
+    return fs;
+}
+
+QV_VECTOR *qvFlagsetFlagsVector( QV_FLAGSET *fs )
+{
+    QV_CHECK( fs );
+    return qvDictKeysVector( fs->nameToValue );
+}
+
+QV_INT qvFlagsetFlag( QV_FLAGSET *fs, QV_STRING *name )
+{
+    QV_CHECK( fs );
+    QV_CHECK( name );
+
+    qv::Ref< QV_BOXED_INT > value( qvBoxedIntFrom( qvDictStringKey( fs->nameToValue, name ) ) );
+    return value ? qvBoxedIntValue( value ) : 0;
+}
+
+QV_BOOL qvFlagsetHasFlag( QV_FLAGSET *fs, QV_STRING *name )
+{
+    QV_CHECK( fs );
+    QV_CHECK( name );
+
+    return qvDictHasStringKey( fs->nameToValue, name );
+}
+
+void qvFlagsetSetFlag( QV_FLAGSET **fs, QV_STRING *name, QV_INT value )
+{
+    QV_CHECK( fs );
+    QV_CHECK( *fs );
+    QV_CHECK( name );
+    QV_CHECK( qvNameUpperCaseOk( name, QV_TRUE ) );
+    QV_CHECK( value && qvIntBitHighest( value ) == qvIntBitLowest( value ) );
+
+    qv::makePrivate( fs, qvFlagsetCreateFrom );
+    deleteName( *fs, name );
+
+    qv::Ref< QV_BOXED_INT > boxed( qvBoxedIntCreate( value ) );
+    qvDictSetStringKey( &(*fs)->nameToValue, name, qvBoxedIntObj( boxed ) );
+    qv::assign( &(*fs)->bitNames[qvIntBitLowest( value )], qv::retain( name ) );
+}
+
+void qvFlagsetDelFlag( QV_FLAGSET **fs, QV_STRING *name )
+{
+    QV_CHECK( fs );
+    QV_CHECK( *fs );
+    QV_CHECK( name );
+    QV_CHECK( qvNameUpperCaseOk( name, QV_TRUE ) );
+
+    if( !qvFlagsetHasFlag( *fs, name ) )
+        return;
+
+    qv::makePrivate( fs, qvFlagsetCreateFrom );
+    deleteName( *fs, name );
+}
+
+QV_STRING *qvFlagsetGenerate( QV_FLAGSET *fs, QV_INT flags )
+{
+    QV_CHECK( fs );
+
+    qv::Ref< QV_STRING > result( qvStringCreate() );
+
+    for( QV_INT bit = 0; bit < QV_INT_BITS; bit++ )
+    {
+        if( !qvIntBitIsSet( flags, bit ) )
+            continue;
+
+        QV_STRING *name = fs->bitNames[bit];
+        QV_CHECK( name );
+        qvStringDelimitedAppendCharDelimiter( result.at(), name, U'|' );
+    }
+
+    return result.give();
+}
+
+QV_INT qvFlagsetParse( QV_FLAGSET *fs, QV_STRING *flags )
+{
+    QV_CHECK( fs );
+    QV_CHECK( flags );
+
+    QV_INT named = 0, result = 0;
+
+    for( QV_INT bit = 0; bit < QV_INT_BITS; bit++ )
+        if( fs->bitNames[bit] )
+            named = qvIntBitSet( named, bit );
+
+    qv::Ref< QV_VECTOR > pieces( qvStringSplitChar( flags, U'|', -1 ) );
+
+    for( QV_INT i = 0; i < qvVectorLength( pieces ); i++ )
+    {
+        qv::Ref< QV_STRING > piece( qvStringFrom( qvVectorObjAt( pieces, i ) ) );
+        qvStringTrim( piece.at() );
+
+        QV_INT number, consumed;
+
+        if( QV_INT value = qvFlagsetFlag( fs, piece ) )
+            result |= value;
+        else if( qvStringScanInt( piece, 0, -1, -1, &number, &consumed ) && consumed == qvStringLength( piece ) )
+            result |= number & named;
+    }
+
+    return result;
+}
+
+/* The forms with text from outside ------------------------------------------------------------------------------- */
+
+#define FLAGSET_TEXT_FORMS( Form, Unit )                                                                               \
+    QV_INT qvFlagsetFlag##Form( QV_FLAGSET *fs, const Unit *text, QV_INT length )                                      \
+    {                                                                                                                  \
+        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
+        return qvFlagsetFlag( fs, name );                                                                              \
+    }                                                                                                                  \
+                                                                                                                       \
+    QV_BOOL qvFlagsetHasFlag##Form( QV_FLAGSET *fs, const Unit *text, QV_INT length )                                  \
+    {                                                                                                                  \
+        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
+        return qvFlagsetHasFlag( fs, name );                                                                           \
+    }                                                                                                                  \
+                                                                                                                       \
+    void qvFlagsetSetFlag##Form( QV_FLAGSET **fs, const Unit *text, QV_INT length, QV_INT value )                      \
+    {                                                                                                                  \
+        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
+        qvFlagsetSetFlag( fs, name, value );                                                                           \
+    }                                                                                                                  \
+                                                                                                                       \
+    void qvFlagsetDelFlag##Form( QV_FLAGSET **fs, const Unit *text, QV_INT length )                                    \
+    {                                                                                                                  \
+        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
+        qvFlagsetDelFlag( fs, name );                                                                                  \
+    }
+
+FLAGSET_TEXT_FORMS( Cstr, char )
+FLAGSET_TEXT_FORMS( Wcstr, wchar_t )
+
+#undef FLAGSET_TEXT_FORMS
