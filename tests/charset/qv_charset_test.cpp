@@ -1,0 +1,165 @@
+#include "qv_test_support.h"
+
+#include "qv/base/qv_buffer.h"
+#include "qv/charset/qv_charset.h"
+#include "qv/io/qv_buffer_byte_sink.h"
+#include "qv/io/qv_buffer_byte_source.h"
+#include "qv/io/qv_byte_sink.h"
+#include "qv/io/qv_byte_source.h"
+#include "qv/io/qv_char_source.h"
+
+#include <map>
+
+using qv::Ref;
+using namespace qv::test;
+
+namespace
+{
+const QV_INT CHARSETS = 51;
+
+QV_INT fromIanaName( std::string_view name )
+{
+    return qvCharsetFromIanaName( text( name ) );
+}
+
+QV_INT fromString( std::string_view name )
+{
+    return qvCharsetFromString( text( name ) );
+}
+} // namespace
+
+TEST( Charset, EveryCharsetIsFoundByItsNamesAgain )
+{
+    for( QV_INT cs = 0; cs < CHARSETS; cs++ )
+    {
+        Ref< QV_STRING > enumerant( qvCharsetToString( cs ) ), name( qvCharsetToIanaName( cs ) );
+
+        EXPECT_EQ( cs, qvCharsetFromString( enumerant ) );
+        EXPECT_EQ( cs, qvCharsetFromIanaName( name ) );
+        EXPECT_EQ( cs, fromString( " " + std::to_string( cs ) + " " ) );
+
+        // The look-up leaves the caller's text as it is.
+        EXPECT_TRUE( qvStringEquals( name, Ref< QV_STRING >( qvCharsetToIanaName( cs ) ) ) );
+
+        QV_INT cp = qvCharsetToWindowsCodePage( cs );
+        if( cp != -1 )
+        {
+            EXPECT_EQ( cs, qvCharsetFromWindowsCodePage( cp ) );
+
+            // Where there is a code page, its bare number is a name, with leading zeros in one case.
+            EXPECT_EQ( cs, fromIanaName( cp == 37 ? "037" : std::to_string( cp ) ) ) << cp;
+        }
+    }
+
+    EXPECT_EQ( -1, fromString( "QV_CHARSET_UTF_7" ) );
+    EXPECT_EQ( -1, fromString( "51" ) );
+    EXPECT_EQ( -1, fromIanaName( "nonsense" ) );
+    EXPECT_EQ( -1, fromIanaName( "" ) );
+    EXPECT_EQ( -1, qvCharsetFromWindowsCodePage( 0 ) );
+    EXPECT_EQ( -1, qvCharsetFromWindowsCodePage( QV_INT_MAX ) );
+}
+
+TEST( Charset, ConstantsAndTablesAgree )
+{
+    const std::map< QV_INT, std::pair< std::string, std::string > > expected = {
+        { QV_CHARSET_ASCII, { "QV_CHARSET_ASCII", "US-ASCII" } },
+        { QV_CHARSET_ISO_8859_11, { "QV_CHARSET_ISO_8859_11", "ISO-8859-11" } },
+        { QV_CHARSET_ISO_8859_13, { "QV_CHARSET_ISO_8859_13", "ISO-8859-13" } },
+        { QV_CHARSET_KOI_8R, { "QV_CHARSET_KOI_8R", "KOI8-R" } },
+        { QV_CHARSET_MSFT_CP037, { "QV_CHARSET_MSFT_CP037", "IBM037" } },
+        { QV_CHARSET_MSFT_CP874, { "QV_CHARSET_MSFT_CP874", "cp874" } },
+        { QV_CHARSET_MSFT_CP1258, { "QV_CHARSET_MSFT_CP1258", "windows-1258" } },
+        { QV_CHARSET_UTF_8, { "QV_CHARSET_UTF_8", "UTF-8" } },
+        { QV_CHARSET_UTF_32_LE, { "QV_CHARSET_UTF_32_LE", "UTF-32LE" } } };
+
+    for( auto &[cs, names] : expected )
+    {
+        EXPECT_EQ( names.first, take( qvCharsetToString( cs ) ) );
+        EXPECT_EQ( names.second, take( qvCharsetToIanaName( cs ) ) );
+    }
+}
+
+TEST( Charset, NamesIgnoreCaseAndHaveAliases )
+{
+    for( auto name : { "LATIN1", "latin1", "cp819", "l1", "ISO_8859-1:1987", "iso-10646" } )
+        EXPECT_EQ( QV_CHARSET_ISO_8859_1, fromIanaName( name ) ) << name;
+
+    for( auto name : { "utf-8", "UTF-8", "Utf-8", "CP65001", "65001" } )
+        EXPECT_EQ( QV_CHARSET_UTF_8, fromIanaName( name ) ) << name;
+
+    EXPECT_EQ( QV_CHARSET_ASCII, fromIanaName( "us" ) );
+    EXPECT_EQ( QV_CHARSET_ASCII, fromIanaName( "20127" ) );
+    EXPECT_EQ( QV_CHARSET_ISO_8859_14, fromIanaName( "iso-celtic" ) );
+    EXPECT_EQ( QV_CHARSET_MSFT_CP869, fromIanaName( "CP-GR" ) );
+    EXPECT_EQ( QV_CHARSET_MSFT_CP1252, fromIanaName( "1252" ) );
+    EXPECT_EQ( QV_CHARSET_UTF_16_BE, fromIanaName( "csUnicode" ) );
+    EXPECT_EQ( QV_CHARSET_UTF_32_BE, fromIanaName( "ISO-10646-UCS-4" ) );
+    EXPECT_EQ( -1, fromIanaName( "utf-8 " ) );
+    EXPECT_EQ( -1, fromIanaName( "20127 us" ) );
+}
+
+TEST( Charset, SomeHaveNoCodePage )
+{
+    EXPECT_EQ( 1200, qvCharsetToWindowsCodePage( QV_CHARSET_UTF_16_LE ) );
+    EXPECT_EQ( 1201, qvCharsetToWindowsCodePage( QV_CHARSET_UTF_16_BE ) );
+    EXPECT_EQ( 65001, qvCharsetToWindowsCodePage( QV_CHARSET_UTF_8 ) );
+    EXPECT_EQ( 37, qvCharsetToWindowsCodePage( QV_CHARSET_MSFT_CP037 ) );
+
+    for( QV_INT cs : { QV_CHARSET_ISO_8859_10, QV_CHARSET_ISO_8859_11, QV_CHARSET_ISO_8859_14, QV_CHARSET_ISO_8859_16,
+                       QV_CHARSET_UTF_16, QV_CHARSET_UTF_32, QV_CHARSET_UTF_32_BE, QV_CHARSET_UTF_32_LE } )
+        EXPECT_EQ( -1, qvCharsetToWindowsCodePage( cs ) ) << cs;
+}
+
+TEST( Charset, FlagsAreNormalised )
+{
+    EXPECT_EQ( 2, qvCharsetFlagsNormalize( 3 ) );
+    EXPECT_EQ( 1, qvCharsetFlagsNormalize( 1 ) );
+    EXPECT_EQ( 14, qvCharsetFlagsNormalize( -1 ) );
+    EXPECT_EQ(
+        "QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS|QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK",
+        take( qvCharsetFlagsToString( 0x1B ) ) );
+    EXPECT_EQ( "", take( qvCharsetFlagsToString( 0 ) ) );
+    EXPECT_EQ(
+        5, qvCharsetFlagsFromString(
+               text( "QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK | 0x1|QV_CHARSET_FLAG_NONSENSE|0x100" ) ) );
+}
+
+TEST( Charset, WholeConversionsGoByTheFlags )
+{
+    Ref< QV_BUFFER > bytes( qvBufferCreateFromBytesCopy( "a\xFF\xC3\xA9\xE2", 5 ) );
+
+    EXPECT_EQ( "a\xEF\xBF\xBD\xC3\xA9\xEF\xBF\xBD", take( qvCharsetBufferToString( QV_CHARSET_UTF_8, bytes ) ) );
+    EXPECT_EQ(
+        "a\xC3\xA9", take( qvCharsetBufferToStringWithFlags(
+                         QV_CHARSET_UTF_8, bytes, QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS ) ) );
+    EXPECT_EQ(
+        nullptr, qvCharsetBufferToStringWithFlags(
+                     QV_CHARSET_UTF_8, bytes, QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER ) );
+
+    // Leaving out wins over failing.
+    EXPECT_EQ( "a\xC3\xA9", take( qvCharsetBufferToStringWithFlags( QV_CHARSET_UTF_8, bytes, 3 ) ) );
+
+    Ref< QV_BUFFER > none( qvBufferCreate() );
+    EXPECT_EQ( "", take( qvCharsetBufferToString( QV_CHARSET_UTF_8, none ) ) );
+
+    Ref< QV_BUFFER > encoded( qvCharsetStringToBufferWithFlags(
+        QV_CHARSET_UTF_16_BE, text( "a\xC3\xA9" ), QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK ) );
+    ASSERT_EQ( 6, qvBufferLength( encoded ) );
+    EXPECT_EQ( 0, memcmp( "\xFE\xFF\0a\0\xE9", qvBufferBacking( encoded ), 6 ) );
+
+    Ref< QV_BUFFER > nothing( qvCharsetStringToBuffer( QV_CHARSET_UTF_8, text( "" ) ) );
+    EXPECT_EQ( 0, qvBufferLength( nothing ) );
+}
+
+TEST( Charset, BrokenContracts )
+{
+    Ref< QV_BUFFER_BYTE_SOURCE > bbs( qvBufferByteSourceCreate( Ref< QV_BUFFER >( qvBufferCreate() ) ) );
+    Ref< QV_BYTE_SOURCE >        bytes( qvBufferByteSourceByteSource( bbs ) );
+
+    EXPECT_BROKEN( qvCharsetToString( 51 ), "QV_CHARSET_OK( cs )" );
+    EXPECT_BROKEN( qvCharsetToIanaName( -1 ), "QV_CHARSET_OK( cs )" );
+    EXPECT_BROKEN( qvCharsetFromWindowsCodePage( -1 ), "cp >= 0" );
+    EXPECT_BROKEN( qvCharsetCreateCharSource( bytes, 51, 0 ), "QV_CHARSET_OK( charset )" );
+    EXPECT_BROKEN( qvCharsetCreateCharSource( nullptr, QV_CHARSET_UTF_8, 0 ), "byteSource" );
+    EXPECT_BROKEN( qvCharsetBufferToString( QV_CHARSET_UTF_8, nullptr ), "buffer" );
+}
