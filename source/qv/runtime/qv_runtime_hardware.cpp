@@ -1,13 +1,25 @@
 #include "qv/runtime/qv_runtime.h"
 
-#include "qv/runtime/qv_runtime_private.h"
-#include "qv/sys/qv_abort.h"
+#include "qv/base/qv_enum.h"
+#include "qv/base/qv_string.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/runtime/qv_runtime_enum_private.h"
 
 namespace
 {
-const char *const FRIENDLY_NAMES[] = { "x86 (32 bit)", "x86 (64 bit)",        "Raspberry Pi 2",      "Raspberry Pi 3",
-                                       "Innovaphone",  "Generic ARM (armhf)", "Generic ARM (arm64)", "Generic MIPS" };
+const qv::RuntimeNames NAMES[] = {
+    { "QV_RUNTIME_HARDWARE_X32", "x32", "x86 (32 bit)" },
+    { "QV_RUNTIME_HARDWARE_X64", "x64", "x86 (64 bit)" },
+    { "QV_RUNTIME_HARDWARE_RPI2", "rpi2", "Raspberry Pi 2" },
+    { "QV_RUNTIME_HARDWARE_RPI3", "rpi3", "Raspberry Pi 3" },
+    { "QV_RUNTIME_HARDWARE_INNOVAPHONE", "innovaphone", "Innovaphone" },
+    { "QV_RUNTIME_HARDWARE_ARMHF", "armhf", "Generic ARM (armhf)" },
+    { "QV_RUNTIME_HARDWARE_ARM64", "arm64", "Generic ARM (arm64)" },
+    { "QV_RUNTIME_HARDWARE_MIPS", "mips", "Generic MIPS" },
+};
 } // namespace
+
+QV___RUNTIME_ENUM( Hardware, HARDWARE, hw, NAMES )
 
 QV_INT qvRuntimeHardware( void )
 {
@@ -24,8 +36,26 @@ QV_INT qvRuntimeHardware( void )
 #endif
 }
 
-const char *qv___RuntimeHardwareFriendlyNameCstr( QV_INT hw )
+QV_BOOL qvRuntimeHardwareIsIntel( QV_INT hw )
 {
     QV_CHECK( QV_RUNTIME_HARDWARE_OK( hw ) );
-    return FRIENDLY_NAMES[hw];
+    return hw <= QV_RUNTIME_HARDWARE_X64 ? QV_TRUE : QV_FALSE;
+}
+
+QV_BOOL qvRuntimeHardwareIsArm( QV_INT hw )
+{
+    QV_CHECK( QV_RUNTIME_HARDWARE_OK( hw ) );
+    return hw >= QV_RUNTIME_HARDWARE_RPI2 && hw <= QV_RUNTIME_HARDWARE_ARM64 ? QV_TRUE : QV_FALSE;
+}
+
+QV_BOOL qvRuntimeHardwareIsLittleEndian( QV_INT hw )
+{
+    QV_CHECK( QV_RUNTIME_HARDWARE_OK( hw ) );
+    return hw != QV_RUNTIME_HARDWARE_MIPS ? QV_TRUE : QV_FALSE;
+}
+
+QV_BOOL qvRuntimeHardwareIsBigEndian( QV_INT hw )
+{
+    QV_CHECK( QV_RUNTIME_HARDWARE_OK( hw ) );
+    return hw == QV_RUNTIME_HARDWARE_MIPS ? QV_TRUE : QV_FALSE;
 }

@@ -1,7 +1,19 @@
 #include "qv/runtime/qv_runtime.h"
 
-#include "qv/runtime/qv_runtime_private.h"
-#include "qv/sys/qv_abort.h"
+#include "qv/base/qv_enum.h"
+#include "qv/base/qv_string.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/runtime/qv_runtime_enum_private.h"
+
+namespace
+{
+const qv::RuntimeNames NAMES[] = {
+    { "QV_RUNTIME_VARIANT_RELEASE", "release", "Release" },
+    { "QV_RUNTIME_VARIANT_DEBUG", "debug", "Debug" },
+};
+} // namespace
+
+QV___RUNTIME_ENUM( Variant, VARIANT, var, NAMES )
 
 QV_INT qvRuntimeVariant( void )
 {
@@ -10,10 +22,4 @@ QV_INT qvRuntimeVariant( void )
 #else
     return QV_RUNTIME_VARIANT_DEBUG;
 #endif
-}
-
-const char *qv___RuntimeVariantFriendlyNameCstr( QV_INT var )
-{
-    QV_CHECK( QV_RUNTIME_VARIANT_OK( var ) );
-    return var == QV_RUNTIME_VARIANT_RELEASE ? "Release" : "Debug";
 }

@@ -1,0 +1,23 @@
+#ifndef QV_RUNTIME_PLATFORM_PRIVATE_H
+#define QV_RUNTIME_PLATFORM_PRIVATE_H
+
+#include "qv/runtime/qv_runtime.h"
+
+#define QV___RUNTIME_PATH_COUNT ( QV_RUNTIME_PATH_DATA_TEMP + 1 )
+
+/** The paths of the run by their enumerants; null for a path that the run does not have. */
+extern "C" QV_STRING *qv___RuntimePlatformPaths[QV___RUNTIME_PATH_COUNT];
+
+/** The path in the environment variable whose name is `variable` in upper case, with a solidus at its end: a new
+    String, or null. */
+QV_API QV_STRING *qv___RuntimePlatformUnixPathFromEnvironment( QV_STRING *variable );
+
+/** Makes each directory of a path that is missing. What cannot be made is left out without a word. */
+QV_API void qv___RuntimePlatformUnixSetupPath( QV_STRING *path );
+
+/** What the platform tells about the computer: new Strings, or null. */
+QV_API QV_STRING *qv___RuntimePlatformComputerName( void );
+QV_API QV_STRING *qv___RuntimePlatformOperatingSystemInfo( void );
+QV_API QV_STRING *qv___RuntimePlatformCpuInfo( void );
+
+#endif

@@ -1,0 +1,214 @@
+#include "qv/runtime/qv_runtime_platform_private.h"
+
+#include "qv/base/qv_string.h"
+#include "qv/base/qv_vector.h"
+#include "qv/charset/qv_charset.h"
+#include "qv/io/qv_file.h"
+#include "qv/io/qv_line_source.h"
+#include "qv/io/qv_nlf.h"
+#include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_int.h"
+#include "qv/sys/qv_mem.h"
+
+#include <stdlib.h>
+#include <sys/utsname.h>
+#include <unistd.h>
+
+QV_STRING *qv___RuntimePlatformPaths[QV___RUNTIME_PATH_COUNT] = {};
+
+namespace
+{
+/** Where a path lies: what its variable says, else a place of its own or one below the data path. */
+struct PathRule
+{
+    const char *variable;
+    const char *place;     // null for the data path itself
+    const char *belowData; // null where the path has a place
+};
+
+const PathRule RULES[QV___RUNTIME_PATH_COUNT] = {
+    { "XZ_%~s_BIN_PATH", "/opt/wexcraft/%~s/bin/", nullptr },
+    { "XZ_%~s_RES_PATH", "/opt/wexcraft/%~s/res/", nullptr },
+    { "XZ_%~s_DATA_PATH", nullptr, nullptr },
+    { "XZ_%~s_STORAGE_PATH", nullptr, "storage/" },
+    { "XZ_%~s_TRACE_PATH", nullptr, "trace/" },
+    { "XZ_%~s_ABORT_PATH", nullptr, "abort/" },
+    { "XZ_%~s_TEMP_PATH", nullptr, "temp/" },
+};
+
+const QV_INT COMPUTER_NAME_SIZE = 256;
+
+// What stands in front of the processor's name in its line.
+const char   MODEL_NAME[]      = "model name";
+const QV_INT MODEL_NAME_LENGTH = 18;
+
+QV_STRING *withProduct( const char *format )
+{
+    return qvStringCreateFromFormatCstr( format, -1, qvRuntimeVersionProductName() );
+}
+
+QV_STRING *defaultDataPath()
+{
+    if( qvRuntimeFlags() & QV_RUNTIME_FLAG_SYSTEM )
+        return withProduct( "/var/opt/wexcraft/%~s/" );
+
+    const char *home = getenv( "HOME" );
+
+    return home ? qvStringCreateFromFormatCstr( "%lc/.opt/wexcraft/%~s/", -1, home, qvRuntimeVersionProductName() )
+                : nullptr;
+}
+
+QV_STRING *defaultPath( const PathRule &rule )
+{
+    if( rule.place )
+        return withProduct( rule.place );
+
+    if( !rule.belowData )
+        return defaultDataPath();
+
+    qv::Ref< QV_STRING > path( qvRuntimePath( QV_RUNTIME_PATH_DATA ) );
+
+    if( path )
+        qvStringAppendCstr( path.at(), rule.belowData, -1 );
+
+    return path.give();
+}
+
+// The line about the first processor, without what stands in front of its name; null if there is none.
+QV_STRING *cpuModel()
+{
+    qv::Ref< QV_STRING >      fn( qvStringCreateFromCstr( "/proc/cpuinfo", -1 ) );
+    qv::Ref< QV_LINE_SOURCE > lines( qvFileOpenLineSource( fn, QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_LF ) );
+
+    if( !lines )
+        return nullptr;
+
+    // Not read to its end: the kernel makes up the rest, which grows with the processors, as it is read.
+    for( ;; )
+    {
+        qv::Ref< QV_STRING > line( qvLineSourceRead( lines ) );
+
+        if( !line )
+            return nullptr;
+
+        if( qvStringBeginsWithCstr( line, MODEL_NAME, -1 ) )
+        {
+            qvStringDelLeading( line.at(), qvIntMin( MODEL_NAME_LENGTH, qvStringLength( line ) ) );
+            return line.give();
+        }
+    }
+}
+} // namespace
+
+/* Paths ---------------------------------------------------------------------------------------------------------- */
+
+void qv___RuntimePlatformStartup( void )
+{
+    for( QV_STRING *&path : qv___RuntimePlatformPaths )
+        path = nullptr;
+
+    if( qvRuntimeFlags() & QV_RUNTIME_FLAG_MINIMAL )
+        return;
+
+    for( QV_INT path = 0; path < QV___RUNTIME_PATH_COUNT; path++ )
+    {
+        const PathRule      &rule = RULES[path];
+        qv::Ref< QV_STRING > variable( withProduct( rule.variable ) );
+        QV_STRING           *found = qv___RuntimePlatformUnixPathFromEnvironment( variable );
+
+        qv___RuntimePlatformPaths[path] = found ? found : defaultPath( rule );
+
+        if( path >= QV_RUNTIME_PATH_DATA && qv___RuntimePlatformPaths[path] )
+            qv___RuntimePlatformUnixSetupPath( qv___RuntimePlatformPaths[path] );
+    }
+}
+
+void qv___RuntimePlatformShutdown( void )
+{
+    for( QV_STRING *&path : qv___RuntimePlatformPaths )
+        qv::drop( path );
+}
+
+QV_STRING *qv___RuntimePlatformUnixPathFromEnvironment( QV_STRING *variable )
+{
+    QV_CHECK( variable );
+
+    qv::Ref< QV_STRING > upper = qv::Ref< QV_STRING >::share( variable );
+    qvStringToUpper( upper.at() );
+
+    char       *name  = qvStringConvertToCstr( upper, QV_TRUE, nullptr );
+    const char *value = getenv( name );
+    qvMemFree( name );
+
+    if( !value )
+        return nullptr;
+
+    qv::Ref< QV_STRING > path( qvStringCreateFromCstr( value, -1 ) );
+    qvFilePathAppendDelimiter( path.at() );
+
+    return path.give();
+}
+
+void qv___RuntimePlatformUnixSetupPath( QV_STRING *path )
+{
+    QV_CHECK( path );
+
+    qv::Ref< QV_VECTOR > pieces( qvStringSplitChar( path, qvFilePathDelimiter(), -1 ) );
+    qv::Ref< QV_STRING > made( qvStringCreate() );
+    QV_INT               count = qvVectorLength( pieces );
+
+    for( QV_INT i = 0; i < count; i++ )
+    {
+        qv::Ref< QV_STRING > piece( qvStringFrom( qvVectorObjAt( pieces, i ) ) );
+
+        if( qvStringLength( piece ) == 0 && i > 0 )
+            continue;
+
+        qvStringAppend( made.at(), piece );
+
+        if( qvStringLength( made ) > 0 )
+            qvFileCreateDirectory( made );
+
+        qvStringAppendChar( made.at(), qvFilePathDelimiter() );
+    }
+}
+
+/* The computer --------------------------------------------------------------------------------------------------- */
+
+QV_STRING *qv___RuntimePlatformComputerName( void )
+{
+    char name[COMPUTER_NAME_SIZE];
+
+    if( gethostname( name, sizeof( name ) ) )
+        return nullptr;
+
+    name[sizeof( name ) - 1] = '\0';
+    return qvStringCreateFromCstr( name, -1 );
+}
+
+QV_STRING *qv___RuntimePlatformOperatingSystemInfo( void )
+{
+    struct utsname system;
+
+    if( uname( &system ) < 0 )
+        return nullptr;
+
+    return qvStringCreateFromFormatCstr( "%lc, %lc, %lc", -1, system.release, system.version, system.machine );
+}
+
+QV_STRING *qv___RuntimePlatformCpuInfo( void )
+{
+    qv::Ref< QV_STRING > info( cpuModel() );
+
+    if( !info )
+        info.reset( qvStringCreateFromCstr( "CPU unknown", -1 ) );
+
+    long cores = sysconf( _SC_NPROCESSORS_ONLN );
+
+    if( cores >= 1 )
+        qvStringAppendFormatCstr( info.at(), ", cores:%i", -1, static_cast< QV_INT >( cores ) );
+
+    return info.give();
+}
