@@ -4,6 +4,7 @@
 #include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort_private.h"
+#include "qv/sys/qv_mem.h"
 
 #include <execinfo.h>
 #include <stdlib.h>
@@ -116,6 +117,9 @@ void qv___AbortShutdown( void )
 {
     for( int signum : SIGNALS )
         setDefaultAction( signum );
+
+    qvMemFree( qv___AbortFilename );
+    qv___AbortFilename = nullptr;
 }
 
 void qv___Abort( const char *message, const char *file, QV_INT line, const char *expression )

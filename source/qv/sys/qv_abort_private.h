@@ -6,8 +6,9 @@
 #include <signal.h>
 #include <stdio.h>
 
-/** Where the report file goes: a zero-terminated path, or null for no file. */
-extern "C" char *qv___AbortFilename;
+/** Where the report file goes: a zero-terminated path in a block of qvMemAlloc(), which the shutdown frees, or null for
+    no file. */
+QV_API char *qv___AbortFilename;
 
 /** Writes the report to the standard error stream and the report file and ends the process. `siginfo` is that of
     the signal that led here, or null. */

@@ -1,0 +1,70 @@
+/** @file
+    What a process does that is not the running test: how it ends and what it writes on its error stream. */
+
+#ifndef QV_TEST_CHILD_H
+#define QV_TEST_CHILD_H
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <string>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace qv::test
+{
+struct Ending
+{
+    std::string errors;      // what was written on the error stream
+    int         signal = 0;  // that ended the process, or 0
+    int         status = -1; // that it exited with otherwise
+};
+
+/** Runs `body` in a copy of this process, which exits with 0 behind it. */
+template< class Body >
+Ending inChild( Body body )
+{
+    Ending ending;
+    int    ends[2];
+
+    if( pipe( ends ) )
+        return ending;
+
+    fflush( nullptr );
+    pid_t child = fork();
+
+    if( child == 0 )
+    {
+        const rlimit noCore = {};
+        setrlimit( RLIMIT_CORE, &noCore );
+        dup2( ends[1], STDERR_FILENO );
+        close( ends[0] );
+        close( ends[1] );
+        body();
+        fflush( nullptr );
+        _exit( 0 );
+    }
+
+    close( ends[1] );
+
+    char    piece[4096];
+    ssize_t got;
+
+    while( ( got = read( ends[0], piece, sizeof( piece ) ) ) > 0 || ( got < 0 && errno == EINTR ) )
+        ending.errors.append( piece, got > 0 ? static_cast< size_t >( got ) : 0 );
+
+    close( ends[0] );
+
+    int status = 0;
+    waitpid( child, &status, 0 );
+    ending.signal = WIFSIGNALED( status ) ? WTERMSIG( status ) : 0;
+    ending.status = WIFEXITED( status ) ? WEXITSTATUS( status ) : -1;
+
+    return ending;
+}
+} // namespace qv::test
+
+#endif

@@ -1,0 +1,310 @@
+#include "qv_test_child.h"
+#include "qv_test_support.h"
+
+#include "qv/runtime/qv_runtime.h"
+#include "qv/runtime/qv_runtime_private.h"
+#include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_abort_private.h"
+#include "qv/sys/qv_mem.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+#include <sys/mman.h>
+
+using namespace qv::test;
+using testing::ContainsRegex;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+namespace
+{
+// A broken contract before main(), thus before the library's start.
+const Ending BEFORE_START = inChild( [] { qv___Abort( nullptr, "early", 7, nullptr ); } );
+
+// What every report opens with. What depends on the build is not written out.
+std::string head()
+{
+    std::string result = "  **********************************************************************\n"
+                         "  * ABNORMAL PROGRAM TERMINATION                                       *\n"
+                         "  **********************************************************************\n"
+                         "\n"
+                         "  PRODUCT\n"
+                         "    Name      : morvane\n"
+                         "    Friendly  : morvane\n"
+                         "    Version   : 4.0.19\n"
+                         "    OS        : Debian 10\n";
+    result += std::string( "    Hardware  : " ) + qv___RuntimeHardwareFriendlyNameCstr( qvRuntimeHardware() ) + "\n";
+    result += std::string( "    Variant   : " ) + qv___RuntimeVariantFriendlyNameCstr( qvRuntimeVariant() ) + "\n";
+    result += std::string( "    Build Time: " ) + qv___RuntimeVersionProductBuildTimeCstr() + "\n";
+
+    return result;
+}
+
+std::string report( const char *message, const char *file, QV_INT line, const char *expression, const siginfo_t *info )
+{
+    char  *text   = nullptr;
+    size_t length = 0;
+    FILE  *stream = open_memstream( &text, &length );
+    qv___DoAbortMessage( stream, message, file, line, expression, info );
+    fclose( stream );
+
+    std::string result( text, length );
+    free( text );
+
+    return result;
+}
+
+std::string signalSection( int signal, int code, void *address = nullptr )
+{
+    siginfo_t info   = {};
+    info.si_signo    = signal;
+    info.si_code     = code;
+    info.si_addr     = address;
+    std::string text = report( nullptr, nullptr, 0, nullptr, &info );
+    EXPECT_THAT( text, StartsWith( head() ) );
+
+    return text.substr( head().size() );
+}
+
+std::string fileText( const std::string &name )
+{
+    std::ifstream      file( name );
+    std::ostringstream text;
+    text << file.rdbuf();
+
+    return text.str();
+}
+
+void writeReportsTo( const std::string &name )
+{
+    qv___AbortFilename = static_cast< char * >( qvMemAlloc( static_cast< QV_INT >( name.size() ) + 1 ) );
+    memcpy( qv___AbortFilename, name.c_str(), name.size() + 1 );
+}
+
+// A page that exists but must not be touched.
+char *forbiddenPage()
+{
+    return static_cast< char * >( mmap( nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0 ) );
+}
+
+void restart( QV_INT flags, const char *identifier = nullptr, const char *name = nullptr, const char *version = nullptr )
+{
+    qvRuntimeShutdown();
+    qvRuntimeStartup( flags, nullptr, identifier, name, version );
+}
+} // namespace
+
+TEST( Abort, ReportsNameWhatIsGiven )
+{
+    struct
+    {
+        const char *message, *file, *expression;
+        const char *section;
+    } const CASES[] = {
+        { nullptr, nullptr, nullptr, "" },
+        { "m", nullptr, nullptr, "\n  ABORT\n    Message   : m\n" },
+        { nullptr, "f", nullptr, "\n  ABORT\n    File      : f\n    Line      : 54\n" },
+        { nullptr, nullptr, "e", "\n  ABORT\n    Expression: e\n" },
+        { "m", "f", nullptr, "\n  ABORT\n    Message   : m\n    File      : f\n    Line      : 54\n" },
+        { "m", nullptr, "e", "\n  ABORT\n    Message   : m\n    Expression: e\n" },
+        { nullptr, "f", "e", "\n  ABORT\n    File      : f\n    Line      : 54\n    Expression: e\n" },
+        { "stdfunc retain", "source/qv/base/qv_boxed_int", "obj",
+          "\n  ABORT\n    Message   : stdfunc retain\n    File      : source/qv/base/qv_boxed_int\n"
+          "    Line      : 54\n    Expression: obj\n" },
+    };
+
+    for( const auto &c : CASES )
+        EXPECT_EQ( head() + c.section, report( c.message, c.file, 54, c.expression, nullptr ) );
+}
+
+TEST( Abort, ReportsNameTheApplication )
+{
+    Ending whole = inChild(
+        []
+        {
+            restart( 0, "my-app", "My Application", "1.2" );
+            fputs( report( nullptr, nullptr, 0, "e", nullptr ).c_str(), stderr );
+        } );
+    Ending partly = inChild(
+        []
+        {
+            restart( 0, nullptr, "My Application", nullptr );
+            fputs( report( nullptr, nullptr, 0, nullptr, nullptr ).c_str(), stderr );
+        } );
+
+    EXPECT_EQ(
+        head() + "\n  APPLICATION\n    Identifier: my-app\n    Friendly  : My Application\n    Version   : 1.2\n"
+            + "\n  ABORT\n    Expression: e\n",
+        whole.errors );
+    EXPECT_EQ(
+        head() + "\n  APPLICATION\n    Identifier: \n    Friendly  : My Application\n    Version   : \n", partly.errors );
+}
+
+TEST( Abort, ReportsTellSignalsApart )
+{
+    void *address = reinterpret_cast< void * >( 0x1230 );
+
+    EXPECT_EQ(
+        "\n  SIGNAL\n    Signal    : 11 (SIGSEGV, invalid memory reference)\n"
+        "    Code      : 1 (SEGV_MAPERR, address not mapped to object)\n    Sender    : kernel\n"
+        "    Address   : 0x1230\n",
+        signalSection( SIGSEGV, 1, address ) );
+    EXPECT_EQ(
+        "\n  SIGNAL\n    Signal    : 6 (SIGABRT, abort signal)\n    Code      : -6 (SI_TKILL, tkill system call)\n"
+        "    Sender    : user\n",
+        signalSection( SIGABRT, -6, address ) );
+    EXPECT_EQ(
+        "\n  SIGNAL\n    Signal    : 7 (SIGBUS, bad memory access)\n"
+        "    Code      : 0 (SI_USER, kill, sigsend, raise)\n    Sender    : user\n    Address   : 0x1230\n",
+        signalSection( SIGBUS, 0, address ) );
+    EXPECT_EQ(
+        "\n  SIGNAL\n    Signal    : 15\n    Code      : 128 (SI_KERNEL, kernel from somewhere)\n"
+        "    Sender    : kernel\n",
+        signalSection( SIGTERM, 128, address ) );
+
+    // The same number means another thing for another signal, and nothing where no row has it.
+    EXPECT_THAT( signalSection( SIGILL, 8 ), HasSubstr( "    Code      : 8 (ILL_BADSTK, internal stack error)\n" ) );
+    EXPECT_THAT( signalSection( SIGFPE, 8 ), HasSubstr( "    Code      : 8 (FPE_FLTSUB, subscript out of range)\n" ) );
+    EXPECT_THAT( signalSection( SIGSEGV, 8 ), HasSubstr( "    Code      : 8\n" ) );
+    EXPECT_THAT( signalSection( SIGSEGV, 4 ), HasSubstr( " (SEGV_PKUERR, failed protection key checks)\n" ) );
+    EXPECT_THAT(
+        signalSection( SIGBUS, 5 ),
+        HasSubstr( "5 (BUS_MCEERR_AO, hardware memory error detected in process but not consumed: action optional)\n" ) );
+    EXPECT_THAT( signalSection( SIGABRT, -7 ), HasSubstr( "    Code      : -7\n    Sender    : user\n" ) );
+}
+
+TEST( Abort, BrokenContractsEndWithReportAndStack )
+{
+    Ending ending = inChild( [] { qv___Abort( "m", "f", 1, "e" ); } );
+
+    EXPECT_EQ( SIGABRT, ending.signal );
+    EXPECT_THAT( ending.errors, StartsWith( "\n\n\n" + report( "m", "f", 1, "e", nullptr ) + "\n  STACK\n    " ) );
+    EXPECT_THAT( ending.errors, EndsWith( "]\n\n\n\n" ) );
+
+    std::istringstream stack( ending.errors.substr( ending.errors.find( "  STACK\n" ) + 8 ) );
+    int                frames = 0;
+
+    for( std::string line; std::getline( stack, line ) && !line.empty(); frames++ )
+        EXPECT_THAT( line, testing::MatchesRegex( "    .+\\[0x[0-9a-f]+\\]" ) );
+
+    EXPECT_GT( frames, 3 );
+}
+
+TEST( Abort, ReportsGoToTheFileToo )
+{
+    std::string name = scratch() + "report.txt";
+    std::ofstream( name ) << std::string( 100000, 'x' );
+
+    Ending ending = inChild(
+        [&]
+        {
+            writeReportsTo( name );
+            qv___Abort( nullptr, "f", 2, "e" );
+        } );
+    std::string text = fileText( name );
+
+    EXPECT_EQ( SIGABRT, ending.signal );
+    EXPECT_THAT( text, StartsWith( report( nullptr, "f", 2, "e", nullptr ) + "\n  STACK\n    " ) );
+    EXPECT_THAT( text, EndsWith( "]\n" ) );
+    EXPECT_THAT( text, Not( HasSubstr( "\n\n\n" ) ) );
+    EXPECT_THAT( text, Not( HasSubstr( "x\n" ) ) );
+    EXPECT_THAT( ending.errors, StartsWith( "\n\n\n" + report( nullptr, "f", 2, "e", nullptr ) ) );
+
+    // A file that cannot be opened costs nothing but itself.
+    Ending without = inChild(
+        []
+        {
+            writeReportsTo( scratch() + "missing/report.txt" );
+            qv___Abort( nullptr, "f", 2, "e" );
+        } );
+    EXPECT_EQ( SIGABRT, without.signal );
+    EXPECT_THAT( without.errors, EndsWith( "]\n\n\n\n" ) );
+}
+
+TEST( Abort, FatalSignalsAreReportedInBothPlaces )
+{
+    std::string name = scratch() + "signal.txt";
+    char       *page = forbiddenPage();
+    char        address[64];
+    snprintf( address, sizeof( address ), "    Address   : %p\n", static_cast< void * >( page ) );
+
+    Ending ending = inChild(
+        [&]
+        {
+            writeReportsTo( name );
+            *static_cast< volatile char * >( page ) = 1;
+        } );
+    std::string expected
+        = head()
+          + "\n  SIGNAL\n    Signal    : 11 (SIGSEGV, invalid memory reference)\n"
+            "    Code      : 2 (SEGV_ACCERR, invalid permissions for mapped object)\n    Sender    : kernel\n"
+          + address + "\n  STACK\n";
+
+    EXPECT_EQ( SIGABRT, ending.signal );
+    EXPECT_THAT( ending.errors, StartsWith( "\n\n\n" + expected ) );
+    EXPECT_THAT( fileText( name ), StartsWith( expected ) );
+
+    for( int signum : { SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV } )
+    {
+        Ending raised = inChild( [&] { raise( signum ); } );
+        EXPECT_EQ( SIGABRT, raised.signal );
+        EXPECT_THAT(
+            raised.errors, ContainsRegex(
+                               "  SIGNAL\n    Signal    : " + std::to_string( signum )
+                               + " .SIG[A-Z]+, .*\n    Code      : -6 .SI_TKILL, tkill system call.\n    Sender    : user\n" ) );
+        EXPECT_EQ( signum != SIGABRT, raised.errors.find( "    Address   : " ) != std::string::npos );
+        EXPECT_THAT( raised.errors, Not( HasSubstr( "  ABORT\n" ) ) );
+    }
+}
+
+TEST( Abort, HandlersCanBeLeftOut )
+{
+    Ending signalled = inChild(
+        []
+        {
+            restart( QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS );
+            raise( SIGFPE );
+        } );
+    EXPECT_EQ( SIGFPE, signalled.signal );
+    EXPECT_EQ( "", signalled.errors );
+
+    Ending broken = inChild(
+        []
+        {
+            restart( QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS );
+            writeReportsTo( scratch() + "left_out.txt" );
+            qvMemAlloc( 0 );
+        } );
+    EXPECT_EQ( SIGABRT, broken.signal );
+    EXPECT_THAT( broken.errors, HasSubstr( "    Expression: size > 0\n" ) );
+    EXPECT_THAT( fileText( scratch() + "left_out.txt" ), HasSubstr( "    Expression: size > 0\n" ) );
+}
+
+TEST( Abort, ReportsNeedNoRunningLibrary )
+{
+    EXPECT_EQ( SIGABRT, BEFORE_START.signal );
+    EXPECT_THAT(
+        BEFORE_START.errors, StartsWith( "\n\n\n" + head() + "\n  ABORT\n    File      : early\n    Line      : 7\n\n  STACK\n" ) );
+
+    Ending after = inChild(
+        []
+        {
+            writeReportsTo( scratch() + "after.txt" );
+            qvRuntimeShutdown();
+            fputs( qv___AbortFilename ? "kept" : "", stderr );
+            qv___Abort( nullptr, nullptr, 0, "e" );
+        } );
+    EXPECT_EQ( SIGABRT, after.signal );
+    EXPECT_THAT( after.errors, StartsWith( "\n\n\n" + report( nullptr, nullptr, 0, "e", nullptr ) ) );
+    EXPECT_EQ( "", fileText( scratch() + "after.txt" ) );
+
+    // The default actions are back.
+    Ending signalled = inChild( [] { qvRuntimeShutdown(); raise( SIGBUS ); } );
+    EXPECT_EQ( SIGBUS, signalled.signal );
+    EXPECT_EQ( "", signalled.errors );
+}
