@@ -14,7 +14,8 @@ std::vector< QV_INT > values()
 {
     std::vector< QV_INT > result;
 
-    for( QV_INT near : { QV_INT_MIN + 2, QV_INT_MIN / 2, QV_INT( -4294967296 ), QV_INT( 0 ), QV_INT( 3037000499 ), QV_INT( 4294967296 ), QV_INT_MAX / 2, QV_INT_MAX - 2 } )
+    for( QV_INT near : { QV_INT_MIN + 2, QV_INT_MIN / 2, QV_INT( -4294967296 ), QV_INT( 0 ), QV_INT( 3037000499 ),
+                         QV_INT( 4294967296 ), QV_INT_MAX / 2, QV_INT_MAX - 2 } )
         for( QV_INT offset = -2; offset <= 2; offset++ )
             result.push_back( near + offset );
 
@@ -59,7 +60,9 @@ TEST( Int, ArithmeticAgreesWithWiderIntegers )
             ASSERT_EQ( middle( a, b ), qvIntMid( a, b ) );
 
             if( b != 0 )
+            {
                 ASSERT_EQ( saturated( Wide( a ) / b ), qvIntDivSaturating( a, b ) );
+            }
         }
 }
 
@@ -142,5 +145,5 @@ TEST( Int, BrokenArgumentsAreReported )
     EXPECT_BROKEN( qvIntBitClearRange( 0, -1, 3 ), "bit >= 0" );
     EXPECT_BROKEN( qvIntBitSetHighest( 0, 65 ), "highest <= QV_INT_BITS" );
     EXPECT_BROKEN( qvIntBitClearLowest( 0, -1 ), "lowest >= 0" );
-    EXPECT_DEATH( qvIntDivSaturating( 1, 0 ), "" );
+    EXPECT_BROKEN( qvIntDivSaturating( 1, 0 ), "b != 0" );
 }

@@ -1,0 +1,378 @@
+#include "qv_test_support.h"
+
+#include "qv/base/qv_buffer.h"
+#include "qv/base/qv_vector.h"
+#include "qv/charset/qv_charset.h"
+#include "qv/io/qv_byte_sink.h"
+#include "qv/io/qv_byte_source.h"
+#include "qv/io/qv_char_sink.h"
+#include "qv/io/qv_char_source.h"
+#include "qv/io/qv_file.h"
+#include "qv/io/qv_line_sink.h"
+#include "qv/io/qv_line_source.h"
+#include "qv/io/qv_nlf.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+using qv::Ref;
+using namespace qv::test;
+namespace fs = std::filesystem;
+
+namespace
+{
+// Each case has a folder of its own.
+class File : public testing::Test
+{
+protected:
+    File()
+    {
+        fs::create_directory( folder );
+    }
+
+    ~File() override
+    {
+        fs::remove_all( folder );
+    }
+
+    Ref< QV_STRING > name( const std::string &rest ) const
+    {
+        return text( folder + rest );
+    }
+
+    void write( const std::string &rest, const std::string &content ) const
+    {
+        std::ofstream( folder + rest, std::ios::binary ) << content;
+    }
+
+    std::string read( const std::string &rest ) const
+    {
+        std::ostringstream content;
+        content << std::ifstream( folder + rest, std::ios::binary ).rdbuf();
+
+        return content.str();
+    }
+
+    const std::string folder = scratch() + "file ä\u4e2d/";
+};
+
+Ref< QV_BUFFER > bytes( const std::string &content )
+{
+    return Ref< QV_BUFFER >(
+        qvBufferCreateFromBytesCopy(
+            reinterpret_cast< const uint8_t * >( content.data() ), static_cast< QV_INT >( content.size() ) ) );
+}
+
+std::string content( QV_BUFFER *buf )
+{
+    return std::string(
+        reinterpret_cast< const char * >( qvBufferBacking( buf ) ), static_cast< size_t >( qvBufferLength( buf ) ) );
+}
+
+// What qvFileReadBuffer() gives, or "null".
+std::string readBuffer( QV_STRING *fn, QV_INT maxBytes )
+{
+    Ref< QV_BUFFER > buf( qvFileReadBuffer( fn, maxBytes ) );
+    return buf ? content( buf ) : "null";
+}
+
+std::vector< std::string > texts( QV_VECTOR *owned )
+{
+    Ref< QV_VECTOR >           vec( owned );
+    std::vector< std::string > result;
+
+    for( QV_INT i = 0; i < qvVectorLength( vec ); i++ )
+        result.push_back( take( qvStringFrom( qvVectorObjAt( vec, i ) ) ) );
+
+    std::sort( result.begin(), result.end() );
+    return result;
+}
+
+std::string pattern( size_t length )
+{
+    std::string result( length, '\0' );
+
+    for( size_t i = 0; i < length; i++ )
+        result[i] = static_cast< char >( i * 31 + i / 256 );
+
+    return result;
+}
+} // namespace
+
+/* Whole files ---------------------------------------------------------------------------------------------------- */
+
+TEST_F( File, WholeFilesGoInAndOut )
+{
+    // Around the pieces of 1024 bytes in which they pass.
+    for( size_t length : { 0, 1, 1023, 1024, 1025, 2048, 100000 } )
+    {
+        std::string all = pattern( length );
+        ASSERT_TRUE( qvFileWriteBuffer( name( "whole" ), bytes( all ) ) );
+        ASSERT_EQ( all, read( "whole" ) );
+        ASSERT_EQ( static_cast< QV_INT >( length ), qvFileSize( name( "whole" ) ) );
+        ASSERT_EQ( all, readBuffer( name( "whole" ), -1 ) );
+        ASSERT_EQ( all, readBuffer( name( "whole" ), static_cast< QV_INT >( length ) ) );
+        ASSERT_EQ( all, readBuffer( name( "whole" ), static_cast< QV_INT >( length ) + 1 ) );
+
+        if( length > 0 )
+        {
+            ASSERT_EQ( "null", readBuffer( name( "whole" ), static_cast< QV_INT >( length ) - 1 ) );
+        }
+    }
+}
+
+TEST_F( File, WhatCannotBeReadOrWrittenIsRefused )
+{
+    EXPECT_EQ( "null", readBuffer( name( "missing" ), -1 ) );
+    EXPECT_EQ( "null", readBuffer( name( "" ), -1 ) ); // opens, but is a directory
+    EXPECT_EQ( "null", readBuffer( text( "" ), -1 ) );
+    EXPECT_EQ( "null", readBuffer( text( "/dev/zero" ), 5000 ) );
+    EXPECT_FALSE( qvFileWriteBuffer( name( "missing/file" ), bytes( "x" ) ) );
+    EXPECT_FALSE( qvFileWriteBuffer( text( "/dev/full" ), bytes( "x" ) ) );
+    EXPECT_FALSE( qvFileWriteBuffer( text( "/dev/full" ), bytes( pattern( 100000 ) ) ) );
+    EXPECT_EQ( nullptr, qvFileOpenLineSource( name( "missing" ), QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_LF ) );
+    EXPECT_EQ( nullptr, qvFileOpenLineSink( name( "" ), QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_LF ) );
+}
+
+/* Streams -------------------------------------------------------------------------------------------------------- */
+
+TEST_F( File, BytesAreReadAndSkippedInAnyPieces )
+{
+    std::string all = pattern( 10000 );
+    write( "stream", all );
+
+    Ref< QV_BYTE_SOURCE > source( qvFileOpenByteSource( name( "stream" ) ) );
+    Ref< QV_BUFFER >      buf( qvBufferCreate() );
+    uint8_t               array[3000];
+
+    EXPECT_EQ( 1500, qvByteSourceRead( source, buf.at(), 1500 ) );
+    EXPECT_EQ( all.substr( 0, 1500 ), content( buf ) );
+    EXPECT_EQ( 2500, qvByteSourceSkip( source, 2500 ) );
+    EXPECT_EQ( 3000, qvByteSourceReadBytes( source, array, 3000 ) );
+    EXPECT_EQ( all.substr( 4000, 3000 ), std::string( array, array + 3000 ) );
+    EXPECT_FALSE( qvByteSourceEnd( source ) );
+    EXPECT_EQ( 3000, qvByteSourceSkip( source, 3001 ) );
+    EXPECT_TRUE( qvByteSourceEnd( source ) );
+    EXPECT_FALSE( qvByteSourceError( source ) );
+
+    source.reset( qvFileOpenByteSource( text( "/dev/zero" ) ) );
+    EXPECT_EQ( 100000, qvByteSourceSkip( source, 100000 ) );
+
+    source.reset( qvFileOpenByteSource( name( "" ) ) );
+    EXPECT_EQ( 0, qvByteSourceReadBytes( source, array, 1 ) );
+    EXPECT_TRUE( qvByteSourceEnd( source ) && qvByteSourceError( source ) );
+}
+
+TEST_F( File, SinksCutAtOnceAndWriteWhatTheyAreGiven )
+{
+    write( "cut", "old content" );
+    Ref< QV_BYTE_SINK > sink( qvFileOpenByteSink( name( "cut" ) ) );
+    EXPECT_EQ( 0, qvFileSize( name( "cut" ) ) );
+
+    std::string all = pattern( 5000 );
+    EXPECT_TRUE( qvByteSinkWriteInner( sink, bytes( all ), 100, 4000 ) );
+    EXPECT_TRUE( qvByteSinkFlush( sink ) );
+    EXPECT_EQ( all.substr( 100, 4000 ), read( "cut" ) );
+
+    // The last reference writes out what is left.
+    EXPECT_TRUE( qvByteSinkWrite( sink, bytes( "end" ) ) );
+    sink.reset();
+    EXPECT_EQ( all.substr( 100, 4000 ) + "end", read( "cut" ) );
+
+    sink.reset( qvFileOpenByteSink( text( "/dev/full" ) ) );
+    qvByteSinkWrite( sink, bytes( "x" ) );
+    EXPECT_FALSE( qvByteSinkFlush( sink ) );
+    EXPECT_TRUE( qvByteSinkError( sink ) );
+}
+
+TEST_F( File, TextGoesThroughTheCharacterSetAndTheLineEnds )
+{
+    Ref< QV_LINE_SINK > lines(
+        qvFileOpenLineSink( name( "lines" ), QV_CHARSET_UTF_16_BE, QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK, QV_NLF_FLAG_CRLF ) );
+    ASSERT_TRUE( lines );
+    EXPECT_TRUE( qvLineSinkWrite( lines, text( "a" ) ) );
+    EXPECT_TRUE( qvLineSinkWrite( lines, text( "€" ) ) );
+    lines.reset();
+    EXPECT_EQ( std::string( "\xfe\xff\0a\0\r\0\n\x20\xac\0\r\0\n", 14 ), read( "lines" ) );
+
+    Ref< QV_LINE_SOURCE > source( qvFileOpenLineSource( name( "lines" ), QV_CHARSET_UTF_16_BE, 0, QV_NLF_FLAG_CRLF ) );
+    EXPECT_EQ( "a", take( qvLineSourceRead( source ) ) );
+    EXPECT_EQ( "€", take( qvLineSourceRead( source ) ) );
+    EXPECT_EQ( nullptr, qvLineSourceRead( source ) );
+
+    Ref< QV_CHAR_SINK > chars( qvFileOpenCharSink( name( "chars" ), QV_CHARSET_UTF_8, 0 ) );
+    EXPECT_TRUE( qvCharSinkWrite( chars, text( "ü\n" ) ) );
+    chars.reset();
+    EXPECT_EQ( "ü\n", read( "chars" ) );
+
+    Ref< QV_CHAR_SOURCE > charSource( qvFileOpenCharSource( name( "chars" ), QV_CHARSET_UTF_8, 0 ) );
+    Ref< QV_STRING >      all( qvStringCreate() );
+    EXPECT_EQ( 2, qvCharSourceRead( charSource, all.at(), -1 ) );
+    EXPECT_EQ( "ü\n", utf8( all ) );
+}
+
+/* Files and directories ------------------------------------------------------------------------------------------ */
+
+TEST_F( File, FilesAndDirectoriesAreToldApart )
+{
+    write( "file", "1234" );
+    fs::create_symlink( "file", folder + "link" );
+    fs::create_symlink( "missing", folder + "dangling" );
+    ASSERT_TRUE( qvFileCreateDirectory( name( "dir" ) ) );
+    fs::create_symlink( "dir", folder + "dirlink" );
+
+    struct
+    {
+        const char *name;
+        bool        exists, isDirectory;
+    } const CASES[] = { { "file", true, false },      { "link", true, false },   { "dir", true, true },
+                        { "dirlink", true, true },    { "dir/", true, true },    { "missing", false, false },
+                        { "dangling", false, false }, { "file/", false, false } };
+
+    for( const auto &c : CASES )
+    {
+        EXPECT_EQ( c.exists, qvFileExists( name( c.name ) ) ) << c.name;
+        EXPECT_EQ( c.isDirectory, qvFileIsDirectory( name( c.name ) ) ) << c.name;
+    }
+
+    EXPECT_EQ( 4, qvFileSize( name( "link" ) ) );
+    EXPECT_EQ( -1, qvFileSize( name( "missing" ) ) );
+    EXPECT_EQ( fs::perms( 0711 ) & ~fs::perms( 022 ), fs::status( folder + "dir" ).permissions() & ~fs::perms( 022 ) );
+
+    EXPECT_FALSE( qvFileCreateDirectory( name( "dir" ) ) );
+    EXPECT_FALSE( qvFileCreateDirectory( name( "a/b" ) ) );
+    EXPECT_FALSE( qvFileDelete( name( "dir" ) ) );
+    EXPECT_FALSE( qvFileDeleteDirectory( name( "file" ) ) );
+    EXPECT_TRUE( qvFileDelete( name( "dirlink" ) ) );
+    EXPECT_TRUE( qvFileDeleteDirectory( name( "dir" ) ) );
+
+    write( "other", "56" );
+    EXPECT_TRUE( qvFileRename( name( "other" ), name( "file" ) ) );
+    EXPECT_EQ( "56", read( "file" ) );
+    EXPECT_FALSE( qvFileRename( name( "other" ), name( "file" ) ) );
+}
+
+TEST_F( File, DirectoriesAreListedByFullNames )
+{
+    using Names = std::vector< std::string >;
+
+    for( const char *file : { "a.txt", "B.TXT", "c.bin", ".txt" } )
+        write( file, "" );
+
+    fs::create_directory( folder + "d.txt" );
+    std::string path = folder.substr( 0, folder.size() - 1 ); // the delimiter is appended
+
+    EXPECT_EQ(
+        ( Names{ folder + ".txt", folder + "B.TXT", folder + "a.txt", folder + "c.bin", folder + "d.txt" } ),
+        texts( qvDirectoryContent( text( path ), QV_FALSE, nullptr ) ) );
+    EXPECT_EQ(
+        ( Names{ folder + ".txt", folder + "B.TXT", folder + "a.txt" } ),
+        texts( qvDirectoryContent( text( folder ), QV_TRUE, text( ".Txt" ) ) ) );
+    EXPECT_EQ( Names{}, texts( qvDirectoryContent( name( "missing" ), QV_FALSE, nullptr ) ) );
+    EXPECT_EQ( Names{}, texts( qvDirectoryContent( name( "a.txt" ), QV_FALSE, nullptr ) ) );
+}
+
+TEST_F( File, TreesGoButWhatLinksLeadToStays )
+{
+    fs::create_directories( folder + "tree/a/b" );
+    fs::create_directories( folder + "kept" );
+    write( "kept/file", "x" );
+    write( "tree/a/b/file", "x" );
+    write( "tree/file", "x" );
+    fs::create_symlink( "../kept", folder + "tree/dirlink" );
+    fs::create_symlink( "../../kept/file", folder + "tree/a/link" );
+    fs::create_symlink( "..", folder + "tree/a/up" );
+    fs::create_symlink( "nowhere", folder + "tree/dangling" );
+
+    EXPECT_FALSE( qvFileDeleteDirectory( name( "tree" ) ) );
+    EXPECT_TRUE( qvFileDeleteDirectoryRecursive( name( "tree" ) ) );
+    EXPECT_FALSE( fs::exists( folder + "tree" ) );
+    EXPECT_EQ( "x", read( "kept/file" ) );
+
+    // A link itself goes as well, whether a delimiter stands behind it or not.
+    for( const char *link : { "link", "link//" } )
+    {
+        fs::create_symlink( "kept", folder + "link" );
+        qvFileDeleteDirectoryRecursive( name( link ) );
+        EXPECT_EQ( "x", read( "kept/file" ) ) << link;
+        fs::remove( folder + "link" );
+    }
+
+    EXPECT_FALSE( qvFileDeleteDirectoryRecursive( name( "missing" ) ) );
+    EXPECT_FALSE( qvFileDeleteDirectoryRecursive( name( "kept/file" ) ) );
+    EXPECT_EQ( "x", read( "kept/file" ) );
+    fs::create_directory( folder + "empty" );
+    EXPECT_TRUE( qvFileDeleteDirectoryRecursive( name( "empty/" ) ) );
+}
+
+/* The text of paths ---------------------------------------------------------------------------------------------- */
+
+TEST_F( File, PathsAreTakenApart )
+{
+    struct
+    {
+        const char *name, *dirName, *baseName, *extensionName;
+    } const CASES[] = {
+        { "/usr/lib/", "/usr", "lib", "" },
+        { "/usr/lib/a.tar.gz", "/usr/lib", "a.tar.gz", ".gz" },
+        { "x", ".", "x", "" },
+        { "/", "/", "/", "" },
+        { "", ".", ".", "." },
+        { "dir.d/file", "dir.d", "file", "" },
+        { "dir/.profile", "dir", ".profile", ".profile" },
+        { "a.", ".", "a.", "." },
+        { "ä/ö.ü", "ä", "ö.ü", ".ü" },
+    };
+
+    for( const auto &c : CASES )
+    {
+        EXPECT_EQ( c.dirName, take( qvFileDirName( text( c.name ) ) ) ) << c.name;
+        EXPECT_EQ( c.baseName, take( qvFileBaseName( text( c.name ) ) ) ) << c.name;
+        EXPECT_EQ( c.extensionName, take( qvFileExtensionName( text( c.name ) ) ) ) << c.name;
+    }
+}
+
+TEST_F( File, DelimitersAreAppendedOnce )
+{
+    Ref< QV_STRING > path = text( "a" ), other = Ref< QV_STRING >::share( path ), empty = text( "" );
+
+    qvFilePathAppendDelimiter( path.at() );
+    qvFilePathAppendDelimiter( path.at() );
+    qvFilePathAppendDelimiter( empty.at() );
+    EXPECT_EQ( "a/", utf8( path ) );
+    EXPECT_EQ( "a", utf8( other ) );
+    EXPECT_EQ( "/", utf8( empty ) );
+    EXPECT_EQ( U'/', qvFilePathDelimiter() );
+
+    EXPECT_TRUE( qvPathIsRelative( text( "" ) ) );
+    EXPECT_TRUE( qvPathIsRelative( text( "a/b" ) ) );
+    EXPECT_FALSE( qvPathIsRelative( text( "/a" ) ) );
+}
+
+TEST_F( File, TheProcessKnowsItsPlace )
+{
+    EXPECT_EQ( fs::current_path().string(), take( qvCurrentDirectory() ) );
+    EXPECT_EQ( fs::read_symlink( "/proc/self/exe" ).string(), take( qvGetExecutablePath() ) );
+    EXPECT_DEATH(
+        {
+            std::string gone = folder + "gone";
+            fs::create_directory( gone );
+            fs::current_path( gone );
+            fs::remove( gone );
+            qvCurrentDirectory();
+        },
+        testing::HasSubstr( "    Expression: currentDir\n" ) );
+}
+
+TEST_F( File, BrokenArgumentsAreReported )
+{
+    QV_STRING *none = nullptr;
+
+    EXPECT_BROKEN( qvFileOpenByteSource( nullptr ), "fn" );
+    EXPECT_BROKEN( qvFileReadBuffer( name( "x" ), -2 ), "maxBytes >= -1" );
+    EXPECT_BROKEN( qvFileRename( name( "x" ), nullptr ), "newFn" );
+    EXPECT_BROKEN( qvDirectoryContent( nullptr, QV_FALSE, nullptr ), "path" );
+    EXPECT_BROKEN( qvFilePathAppendDelimiter( &none ), "*pn" );
+}

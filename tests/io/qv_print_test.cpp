@@ -1,0 +1,83 @@
+#include "qv_test_child.h"
+#include "qv_test_support.h"
+
+#include "qv/base/qv_boxed_int.h"
+#include "qv/base/qv_vector.h"
+#include "qv/io/qv_print.h"
+#include "qv/runtime/qv_runtime.h"
+
+using qv::Ref;
+using namespace qv::test;
+
+TEST( Print, EveryFormHandsItsTextOver )
+{
+    takePrinted();
+    qvPrint( text( "a€" ) );
+    qvPrintCstr( "bcd", 1 );
+    qvPrintWcstr( L"\u00e4", -1 );
+    qvPrintFormat( text( "[%i]" ), QV_INT( 1 ) );
+    qvPrintFormatCstr( "[%i]", -1, QV_INT( 2 ) );
+    qvPrintFormatWcstr( L"[%i]xyz", 4, QV_INT( 3 ) );
+    qvPrint( text( "" ) );
+    EXPECT_EQ( U"a€bä[1][2][3]", takePrinted() );
+}
+
+TEST( Print, LinesAreTheTextsOfAnyObjects )
+{
+    Ref< QV_VECTOR >    lines( qvVectorCreate() );
+    Ref< QV_BOXED_INT > number( qvBoxedIntCreate( 17 ) );
+    qvVectorAppendObj( lines.at(), qvStringObj( text( "100%i" ) ) );
+    qvVectorAppendObj( lines.at(), qvBoxedIntObj( number ) );
+
+    takePrinted();
+    qvPrintLines( lines );
+    EXPECT_EQ( U"100%i17", takePrinted() );
+    EXPECT_EQ( 2, references( number.get() ) );
+    EXPECT_BROKEN( qvPrintLines( nullptr ), "lines" );
+}
+
+TEST( Print, LinesAndTextsComeOneCallEach )
+{
+    Ending ending = inChild(
+        []
+        {
+            qvRuntimeShutdown();
+            qvRuntimeStartup(
+                0, []( const QV_CHAR *, QV_INT length ) { fprintf( stderr, "%d;", int( length ) ); }, nullptr, nullptr,
+                nullptr );
+
+            Ref< QV_VECTOR > lines( qvVectorCreate() );
+            qvVectorAppendObj( lines.at(), qvStringObj( text( "one" ) ) );
+            qvVectorAppendObj( lines.at(), qvStringObj( text( "" ) ) );
+            qvPrintLines( lines );
+            qvPrintFormatCstr( "%i%i", -1, QV_INT( 11 ), QV_INT( 22 ) );
+        } );
+    EXPECT_EQ( "3;0;4;", ending.errors );
+}
+
+TEST( Print, StacksStartWithTheCaller )
+{
+    takePrinted();
+    qvPrintStackTrace();
+    std::u32string stack = takePrinted();
+
+    EXPECT_NE( std::u32string::npos, stack.find( U"test_io" ) );
+    EXPECT_EQ( std::u32string::npos, stack.find( U"qvPrintStackTrace" ) );
+    EXPECT_EQ( std::u32string::npos, stack.find( U"qvStackTraceCreate" ) );
+}
+
+TEST( Print, WithoutAHookNothingHappens )
+{
+    Ending ending = inChild(
+        []
+        {
+            qvRuntimeShutdown();
+            qvRuntimeStartup( 0, nullptr, nullptr, nullptr, nullptr );
+            qvPrintCstr( "lost", -1 );
+            qvRuntimePrint( nullptr, 0 );
+        } );
+    EXPECT_EQ( 0, ending.status );
+    EXPECT_BROKEN( qvRuntimePrint( nullptr, 1 ), "chs || chsLength == 0" );
+    EXPECT_BROKEN( qvRuntimePrint( U"x", -1 ), "chsLength >= 0" );
+    EXPECT_BROKEN( qvPrint( nullptr ), "qvs" );
+}

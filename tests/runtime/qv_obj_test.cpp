@@ -1,0 +1,326 @@
+#include "qv_test_child.h"
+#include "qv_test_support.h"
+
+#include "qv/base/qv_boxed_int.h"
+#include "qv/base/qv_boxed_unique.h"
+#include "qv/runtime/qv_module_private.h"
+#include "qv/runtime/qv_obj.h"
+#include "qv/runtime/qv_obj_private.h"
+#include "qv/runtime/qv_runtime.h"
+#include "qv/runtime/qv_sort.h"
+
+#include <set>
+#include <thread>
+#include <vector>
+
+using qv::Ref;
+using namespace qv::test;
+
+/* Families of the test: one that watches its end, and two of the same name --------------------------------------- */
+
+typedef struct QV_WATCHED QV_WATCHED;
+
+QV_FAMILY( Watched, QV_WATCHED )
+
+struct QV_WATCHED : QV_OBJ
+{
+    QV_INT left; // what the free function leaves declared
+};
+
+namespace
+{
+int ended = 0;
+
+void freeWatched( QV_OBJ *thisObj )
+{
+    qv___AtomicAdd32( &ended, 1 );
+    EXPECT_EQ( 0, qv___RetainCountValue( &thisObj->retainCount ) );
+    qv___ObjDbgSetAllocationSize( thisObj, qvWatchedFrom( thisObj )->left );
+}
+
+QV_INT compareWatched( QV_OBJ *, QV_OBJ * )
+{
+    ADD_FAILURE() << "asked to compare";
+    return 1;
+}
+
+Ref< QV_WATCHED > watched()
+{
+    Ref< QV_WATCHED > object( qv::create< QV_WATCHED >( qvWatchedSort() ) );
+    object->left = 0;
+
+    return object;
+}
+
+QV_OBJ *any( QV_WATCHED *object )
+{
+    return qvWatchedObj( object );
+}
+
+QV_SORT twin( const char *name )
+{
+    return { QV___STATIC_HEADER( QV___OBJ_TYPE_SORT ), nullptr, name, nullptr, nullptr, nullptr, 0, nullptr, nullptr, nullptr, nullptr };
+}
+
+// The live objects of a sort by its list.
+std::vector< QV_OBJ * > listed( QV_SORT *sort )
+{
+    std::vector< QV_OBJ * > result;
+    QV_OBJ                 *previous = nullptr;
+
+    for( QV_OBJ *object = sort->odbFirst; object; previous = object, object = object->odbNext )
+    {
+        EXPECT_EQ( previous, object->odbPrevious );
+        result.push_back( object );
+    }
+
+    EXPECT_EQ( previous, sort->odbLast );
+    return result;
+}
+
+// How often a sort is in the list of its module's sorts, whose links are looked at on the way.
+int timesListed( QV_SORT *wanted )
+{
+    int      result   = 0;
+    int      length   = 0;
+    QV_SORT *previous = nullptr;
+
+    for( QV_SORT *sort = qv___module.sortsFirst; sort; previous = sort, sort = sort->sortsNext, length++ )
+    {
+        EXPECT_EQ( previous, sort->sortsPrevious );
+        EXPECT_GT( qvSortObjects( sort ), 0 );
+        result += sort == wanted;
+    }
+
+    EXPECT_EQ( previous, qv___module.sortsLast );
+    EXPECT_EQ( length, qv___AtomicLoad32( &qv___module.sorts ) );
+
+    return result;
+}
+} // namespace
+
+QV___FAMILY( Watched, QV_WATCHED, freeWatched, compareWatched, nullptr )
+
+/* Life ----------------------------------------------------------------------------------------------------------- */
+
+TEST( Obj, TheLastReferenceEndsAnObject )
+{
+    ended = 0;
+    Ref< QV_WATCHED > object = watched();
+    EXPECT_EQ( 1, references( object.get() ) );
+    EXPECT_EQ( static_cast< QV_INT >( sizeof( QV_WATCHED ) ), qv___ObjDbgObjectSize( object ) );
+
+    qvObjRetain( any( object ) );
+    qvWatchedRetain( object );
+    EXPECT_EQ( 3, references( object.get() ) );
+    qvObjRelease( any( object ) );
+    qvWatchedRelease( object );
+    EXPECT_EQ( 0, ended );
+
+    qvObjRelease( any( object.give() ) );
+    EXPECT_EQ( 1, ended );
+    EXPECT_EQ( 0, qvSortObjects( qvWatchedSort() ) );
+
+    int32_t counter = 1;
+    EXPECT_EQ( 2, qv___RetainCountIncrement( &counter ) );
+    EXPECT_EQ( 1, qv___RetainCountDecrement( &counter ) );
+}
+
+TEST( Obj, SortsAndModulesNeverEnd )
+{
+    QV_OBJ *sort   = qvSortObj( qvWatchedSort() );
+    QV_OBJ *module = &qv___module;
+
+    for( QV_OBJ *object : { sort, module } )
+    {
+        int32_t before = references( object );
+
+        for( int32_t i = 0; i < before; i++ )
+            qvObjRelease( object );
+
+        EXPECT_EQ( 0, references( object ) );
+        EXPECT_EQ( -1, qv___ObjUnique( object ) );
+
+        for( int32_t i = 0; i < before; i++ )
+            qvObjRetain( object );
+    }
+
+    EXPECT_EQ( qvSortSort(), qvObjSort( sort ) );
+    EXPECT_EQ( qvSortSort(), qvObjSort( qvSortObj( qvSortSort() ) ) );
+    EXPECT_STREQ( "QV_MODULE", qvObjSort( module )->name );
+    EXPECT_EQ( &qv___module, qvSortModule( qvWatchedSort() ) );
+    EXPECT_TRUE( qvSortHasModule( qvSortSort() ) );
+    EXPECT_EQ( "QV_WATCHED", textOf( sort ) );
+    EXPECT_EQ( "QV_WATCHED", take( qvSortName( qvWatchedSort() ) ) );
+}
+
+TEST( Obj, LiveObjectsAreListedInTheOrderOfTheirCreation )
+{
+    EXPECT_EQ( 0, timesListed( qvWatchedSort() ) );
+
+    Ref< QV_WATCHED > a = watched(), b = watched(), c = watched();
+    EXPECT_EQ( ( std::vector< QV_OBJ * >{ a, b, c } ), listed( qvWatchedSort() ) );
+    EXPECT_EQ( 1, timesListed( qvWatchedSort() ) );
+
+    b.reset();
+    EXPECT_EQ( ( std::vector< QV_OBJ * >{ a, c } ), listed( qvWatchedSort() ) );
+    a.reset();
+    EXPECT_EQ( ( std::vector< QV_OBJ * >{ c } ), listed( qvWatchedSort() ) );
+    EXPECT_EQ( 1, qvSortObjects( qvWatchedSort() ) );
+    c.reset();
+    EXPECT_EQ( ( std::vector< QV_OBJ * >{} ), listed( qvWatchedSort() ) );
+    EXPECT_EQ( 0, timesListed( qvWatchedSort() ) );
+}
+
+TEST( Obj, WithoutTheDatabaseObjectsAreCountedOnly )
+{
+    Ending ending = inChild(
+        []
+        {
+            qvRuntimeShutdown();
+            qvRuntimeStartup( 0, nullptr, nullptr, nullptr, nullptr );
+
+            int32_t           sorts = qv___AtomicLoad32( &qv___module.sorts );
+            Ref< QV_WATCHED > object = watched();
+            fprintf(
+                stderr, "%d objects, %d sorts, lists %s", int( qvSortObjects( qvWatchedSort() ) ),
+                qv___AtomicLoad32( &qv___module.sorts ) - sorts,
+                qvWatchedSort()->odbFirst || qv___module.sortsFirst ? "used" : "empty" );
+            object.reset();
+            fprintf( stderr, ", then %d sorts", qv___AtomicLoad32( &qv___module.sorts ) - sorts );
+        } );
+    EXPECT_EQ( "1 objects, 1 sorts, lists empty, then 0 sorts", ending.errors );
+}
+
+/* Order and text ------------------------------------------------------------------------------------------------- */
+
+TEST( Obj, AnObjectEqualsItselfUnasked )
+{
+    Ref< QV_WATCHED > object = watched();
+
+    EXPECT_EQ( 0, qvObjCompare( any( object ), any( object ) ) );
+    EXPECT_TRUE( qvWatchedEquals( object, object ) );
+}
+
+TEST( Obj, DifferentSortsOrderByTheirNames )
+{
+    Ref< QV_WATCHED >   object = watched();
+    Ref< QV_BOXED_INT > number( qvBoxedIntCreate( 1000 ) );
+    Ref< QV_STRING >    string = text( "" );
+
+    EXPECT_EQ( -1, qvObjCompare( qvBoxedIntObj( number ), qvStringObj( string ) ) );
+    EXPECT_EQ( 1, qvObjCompare( qvStringObj( string ), qvBoxedIntObj( number ) ) );
+    EXPECT_EQ( 1, qvObjCompare( any( object ), qvStringObj( string ) ) );
+
+    // Sorts are objects of a sort of their own, ordered by their names too.
+    EXPECT_EQ( -1, qvSortCompare( qvBoxedIntSort(), qvStringSort() ) );
+    EXPECT_EQ( -1, qvObjCompare( qvSortObj( qvStringSort() ), qvStringObj( string ) ) );
+
+    static QV_SORT one = twin( "QV_TWIN" ), other = twin( "QV_TWIN" ), bad = twin( "QV__TWIN" );
+    EXPECT_EQ( 0, qvSortCompare( &one, &one ) );
+    EXPECT_FALSE( qvSortHasModule( &one ) );
+    EXPECT_DEATH( qvSortCompare( &one, &other ), testing::Not( testing::HasSubstr( "    Expression: " ) ) );
+    EXPECT_BROKEN( qvSortName( &bad ), "qvNameUpperCaseOk( qvs, QV_TRUE )" );
+}
+
+TEST( Obj, UniqueNumbersAreDrawnOnFirstNeedAndGivenBack )
+{
+    Ref< QV_BOXED_UNIQUE > a( qvBoxedUniqueCreate() ), b( qvBoxedUniqueCreate() );
+    EXPECT_EQ( -1, qv::obj( a.get() )->unique );
+
+    // The first argument draws first.
+    EXPECT_EQ( -1, qvObjDefaultCompareFunc( qvBoxedUniqueObj( b ), qvBoxedUniqueObj( a ) ) );
+    QV_INT number = qv___ObjUnique( qvBoxedUniqueObj( a ) );
+    EXPECT_GT( number, qv___ObjUnique( qvBoxedUniqueObj( b ) ) );
+    EXPECT_EQ( number, qv___ObjUnique( qvBoxedUniqueObj( a ) ) );
+
+    a.reset( qvBoxedUniqueCreate() );
+    EXPECT_EQ( number, qv___ObjUnique( qvBoxedUniqueObj( a ) ) );
+    EXPECT_EQ( take( qvObjDefaultToStringFunc( qvBoxedUniqueObj( a ) ) ), textOf( a.get() ) );
+}
+
+/* Broken contracts ----------------------------------------------------------------------------------------------- */
+
+TEST( Obj, BrokenContractsAreReported )
+{
+    Ref< QV_WATCHED > object = watched();
+
+    EXPECT_BROKEN( qvObjRetain( nullptr ), "obj" );
+    EXPECT_BROKEN( qvObjRelease( nullptr ), "obj" );
+    EXPECT_BROKEN( qvObjCompare( nullptr, any( object ) ), "objA" );
+    EXPECT_BROKEN( qvObjCompare( any( object ), nullptr ), "objB" );
+    EXPECT_BROKEN( qvObjSort( nullptr ), "thisObj" );
+    EXPECT_BROKEN( qv___ObjCreate( 100, nullptr ), "sort" );
+    EXPECT_BROKEN(
+        qv___ObjFree( any( object ) ),
+        "thisObj->type != QV___OBJ_TYPE_OBJECT || QV___RETAIN_COUNT_VALUE( thisObj->retainCount ) == 0" );
+    EXPECT_BROKEN( qv___ObjDbgSetAllocationSize( object, -1 ), "size >= 0" );
+    EXPECT_BROKEN( qv___ObjDbgSetAllocationSizeN( object, QV_INT_MAX, 2 ), "QV_INT_MUL_OK( count, size )" );
+    EXPECT_BROKEN_MESSAGE(
+        {
+            object->left = 8;
+            object.reset();
+        },
+        "Allocation size failure", "!QV___ATOMIC_INT_COMPARE_EXCHANGE( &thisObj->dbgAllocationSize, 0, 0 )" );
+}
+
+TEST( Obj, DeclaredStorageIsRemembered )
+{
+    Ref< QV_WATCHED > object = watched();
+    qv___ObjDbgSetAllocationSizeN( object, 6, 7 );
+    EXPECT_EQ( 42, allocated( object.get() ) );
+    qv___ObjDbgSetAllocationSize( object, 0 );
+    EXPECT_EQ( 0, allocated( object.get() ) );
+}
+
+/* Threads -------------------------------------------------------------------------------------------------------- */
+
+TEST( Obj, ThreadsShareObjectsAndTheirNumbers )
+{
+    const int                    THREADS = 4, ROUNDS = 5000;
+    Ref< QV_WATCHED >            shared = watched();
+    Ref< QV_BOXED_UNIQUE >       contested[200];
+    std::vector< QV_INT >        seen[THREADS];
+    std::vector< std::thread >   threads;
+    int32_t                      waiting = THREADS;
+    ended                                = 0;
+
+    for( Ref< QV_BOXED_UNIQUE > &object : contested )
+        object.reset( qvBoxedUniqueCreate() );
+
+    for( int t = 0; t < THREADS; t++ )
+        threads.emplace_back(
+            [&, t]
+            {
+                qv___AtomicAdd32( &waiting, -1 );
+
+                while( qv___AtomicLoad32( &waiting ) > 0 )
+                    std::this_thread::yield();
+
+                for( Ref< QV_BOXED_UNIQUE > &object : contested )
+                    seen[t].push_back( qv___ObjUnique( qvBoxedUniqueObj( object ) ) );
+
+                for( int i = 0; i < ROUNDS; i++ )
+                {
+                    Ref< QV_WATCHED > again = Ref< QV_WATCHED >::share( shared );
+                    Ref< QV_WATCHED > own   = watched();
+                    qv___ObjUnique( any( own ) );
+                    qv___ObjDbgSetAllocationSize( own, i + 1 );
+                }
+            } );
+
+    for( std::thread &thread : threads )
+        thread.join();
+
+    EXPECT_EQ( 1, references( shared.get() ) );
+    EXPECT_EQ( THREADS * ROUNDS, ended );
+    EXPECT_EQ( 1, qvSortObjects( qvWatchedSort() ) );
+    EXPECT_EQ( std::vector< QV_OBJ * >{ shared }, listed( qvWatchedSort() ) );
+    EXPECT_EQ( 1, timesListed( qvWatchedSort() ) );
+
+    // All threads have seen the same numbers, each its own.
+    for( int t = 1; t < THREADS; t++ )
+        EXPECT_EQ( seen[0], seen[t] );
+
+    EXPECT_EQ( std::size( contested ), std::set< QV_INT >( seen[0].begin(), seen[0].end() ).size() );
+}
