@@ -190,14 +190,15 @@ TEST_F( File, SinksCutAtOnceAndWriteWhatTheyAreGiven )
 TEST_F( File, TextGoesThroughTheCharacterSetAndTheLineEnds )
 {
     Ref< QV_LINE_SINK > lines(
-        qvFileOpenLineSink( name( "lines" ), QV_CHARSET_UTF_16_BE, QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK, QV_NLF_FLAG_CRLF ) );
+        qvFileOpenLineSink(
+            name( "lines" ), QV_CHARSET_UTF_16, QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK, QV_NLF_FLAG_CRLF ) );
     ASSERT_TRUE( lines );
     EXPECT_TRUE( qvLineSinkWrite( lines, text( "a" ) ) );
     EXPECT_TRUE( qvLineSinkWrite( lines, text( "€" ) ) );
     lines.reset();
     EXPECT_EQ( std::string( "\xfe\xff\0a\0\r\0\n\x20\xac\0\r\0\n", 14 ), read( "lines" ) );
 
-    Ref< QV_LINE_SOURCE > source( qvFileOpenLineSource( name( "lines" ), QV_CHARSET_UTF_16_BE, 0, QV_NLF_FLAG_CRLF ) );
+    Ref< QV_LINE_SOURCE > source( qvFileOpenLineSource( name( "lines" ), QV_CHARSET_UTF_16, 0, QV_NLF_FLAG_CRLF ) );
     EXPECT_EQ( "a", take( qvLineSourceRead( source ) ) );
     EXPECT_EQ( "€", take( qvLineSourceRead( source ) ) );
     EXPECT_EQ( nullptr, qvLineSourceRead( source ) );

@@ -1,0 +1,492 @@
+#include "qv_test_child.h"
+#include "qv_test_support.h"
+
+#include "qv/base/qv_buffer.h"
+#include "qv/base/qv_store.h"
+#include "qv/runtime/qv_runtime.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+#include <dlfcn.h>
+#include <malloc.h>
+#include <sys/utsname.h>
+
+using qv::Ref;
+using namespace qv::test;
+namespace fs = std::filesystem;
+
+/* Stand-ins for what the platform tells about the computer ------------------------------------------------------- */
+
+namespace
+{
+struct
+{
+    const char *computerName = nullptr; // null: the call fails
+    bool        system       = true;    // false: the call fails
+    std::string cpuFile;                // read instead of /proc/cpuinfo
+    bool        standIn = false;
+} platform;
+
+template< class F >
+F real( const char *name )
+{
+    return reinterpret_cast< F >( dlsym( RTLD_NEXT, name ) );
+}
+} // namespace
+
+extern "C" int gethostname( char *name, size_t size ) noexcept
+{
+    if( !platform.standIn )
+        return real< int ( * )( char *, size_t ) >( "gethostname" )( name, size );
+
+    if( !platform.computerName )
+        return -1;
+
+    memset( name, 'n', size ); // a name that is cut has no terminator
+    memcpy( name, platform.computerName, std::min( size, strlen( platform.computerName ) + 1 ) );
+    return 0;
+}
+
+extern "C" int uname( utsname *system ) noexcept
+{
+    int result = real< int ( * )( utsname * ) >( "uname" )( system );
+    return platform.system ? result : -1;
+}
+
+extern "C" FILE *fopen( const char *name, const char *mode )
+{
+    bool cpu = platform.standIn && strcmp( name, "/proc/cpuinfo" ) == 0;
+    return real< FILE *(*)( const char *, const char * ) >( "fopen" )( cpu ? platform.cpuFile.c_str() : name, mode );
+}
+
+namespace
+{
+/* Runs of the library -------------------------------------------------------------------------------------------- */
+
+void restart( QV_INT flags )
+{
+    qvRuntimeShutdown();
+    qvRuntimeStartup( flags, nullptr, nullptr, nullptr, nullptr );
+}
+
+// What `body` writes on the error stream in a copy of this process. Nothing of the environment is about paths there.
+std::string inRun( const std::function< void() > &body )
+{
+    Ending ending = inChild(
+        [&]
+        {
+            for( const char *part : { "BIN", "RES", "DATA", "STORAGE", "TRACE", "ABORT", "TEMP" } )
+                unsetenv( ( std::string( "XZ_MORVANE_" ) + part + "_PATH" ).c_str() );
+
+            body();
+        } );
+    EXPECT_EQ( 0, ending.status ) << ending.errors;
+    return ending.errors;
+}
+
+void say( const std::string &text )
+{
+    fputs( text.c_str(), stderr );
+}
+
+std::string orNone( QV_STRING *owned )
+{
+    return owned ? take( owned ) : "none";
+}
+
+// The paths of the run, one a line.
+std::string paths()
+{
+    std::string result;
+
+    for( QV_INT path = QV_RUNTIME_PATH_BIN; path <= QV_RUNTIME_PATH_DATA_TEMP; path++ )
+    {
+        std::string text = orNone( qvRuntimePath( path ) );
+        EXPECT_EQ( text != "none", qvRuntimeHasPath( path ) );
+        result += text + "\n";
+    }
+
+    return result;
+}
+
+const std::string INSTALLED = "/opt/wexcraft/morvane/bin/\n/opt/wexcraft/morvane/res/\n";
+
+std::string dataPaths( const std::string &data )
+{
+    return INSTALLED + data + "\n" + data + "storage/\n" + data + "trace/\n" + data + "abort/\n" + data + "temp/\n";
+}
+
+/* The enumerations ----------------------------------------------------------------------------------------------- */
+
+struct Enumeration
+{
+    QV_INT ( *fromString )( QV_STRING * );
+    QV_STRING *( *toString )( QV_INT );
+    QV_INT ( *fromIdentifier )( QV_STRING * );
+    QV_STRING *( *toIdentifier )( QV_INT );
+    QV_STRING *( *friendlyName )( QV_INT );
+    std::vector< std::array< const char *, 3 > > names;
+};
+
+#define ENUMERATION( Name, ... )                                                                                       \
+    {                                                                                                                  \
+        qvRuntime##Name##FromString, qvRuntime##Name##ToString, qvRuntime##Name##FromIdentifier,                       \
+            qvRuntime##Name##ToIdentifier, qvRuntime##Name##FriendlyName,                                              \
+        {                                                                                                              \
+            __VA_ARGS__                                                                                                \
+        }                                                                                                              \
+    }
+
+const Enumeration ENUMERATIONS[] = {
+    ENUMERATION(
+        Os, { "QV_RUNTIME_OS_WINDOWS", "windows", "Windows" }, { "QV_RUNTIME_OS_DEBIAN_7", "debian7", "Debian 7" },
+        { "QV_RUNTIME_OS_DEBIAN_8", "debian8", "Debian 8" }, { "QV_RUNTIME_OS_DEBIAN_9", "debian9", "Debian 9" },
+        { "QV_RUNTIME_OS_DEBIAN_10", "debian10", "Debian 10" },
+        { "QV_RUNTIME_OS_UBUNTU_1404", "ubuntu1404", "Ubuntu 14.04" },
+        { "QV_RUNTIME_OS_UBUNTU_1604", "ubuntu1604", "Ubuntu 16.04" },
+        { "QV_RUNTIME_OS_UBUNTU_1804", "ubuntu1804", "Ubuntu 18.04" },
+        { "QV_RUNTIME_OS_UBUNTU_2004", "ubuntu2004", "Ubuntu 20.04" }, { "QV_RUNTIME_OS_MACOSX", "macosx", "MacOSX" } ),
+    ENUMERATION(
+        Hardware, { "QV_RUNTIME_HARDWARE_X32", "x32", "x86 (32 bit)" },
+        { "QV_RUNTIME_HARDWARE_X64", "x64", "x86 (64 bit)" }, { "QV_RUNTIME_HARDWARE_RPI2", "rpi2", "Raspberry Pi 2" },
+        { "QV_RUNTIME_HARDWARE_RPI3", "rpi3", "Raspberry Pi 3" },
+        { "QV_RUNTIME_HARDWARE_INNOVAPHONE", "innovaphone", "Innovaphone" },
+        { "QV_RUNTIME_HARDWARE_ARMHF", "armhf", "Generic ARM (armhf)" },
+        { "QV_RUNTIME_HARDWARE_ARM64", "arm64", "Generic ARM (arm64)" },
+        { "QV_RUNTIME_HARDWARE_MIPS", "mips", "Generic MIPS" } ),
+    ENUMERATION(
+        Variant, { "QV_RUNTIME_VARIANT_RELEASE", "release", "Release" },
+        { "QV_RUNTIME_VARIANT_DEBUG", "debug", "Debug" } ),
+};
+} // namespace
+
+TEST( Runtime, NamesLeadToValuesAndBack )
+{
+    for( const Enumeration &e : ENUMERATIONS )
+    {
+        for( size_t i = 0; i < e.names.size(); i++ )
+        {
+            QV_INT value = static_cast< QV_INT >( i );
+            EXPECT_EQ( e.names[i][0], take( e.toString( value ) ) );
+            EXPECT_EQ( e.names[i][1], take( e.toIdentifier( value ) ) );
+            EXPECT_EQ( e.names[i][2], take( e.friendlyName( value ) ) );
+            EXPECT_EQ( value, e.fromString( text( std::string( " " ) + e.names[i][0] + " " ) ) );
+            EXPECT_EQ( value, e.fromString( text( std::to_string( i ) ) ) );
+            EXPECT_EQ( value, e.fromIdentifier( text( e.names[i][1] ) ) );
+        }
+
+        EXPECT_EQ( -1, e.fromString( text( std::to_string( e.names.size() ) ) ) );
+        EXPECT_EQ( -1, e.fromString( text( e.names[0][1] ) ) );
+        EXPECT_EQ( -1, e.fromIdentifier( text( e.names[0][2] ) ) ); // case counts
+        EXPECT_EQ( -1, e.fromIdentifier( text( "" ) ) );
+    }
+
+    EXPECT_EQ( QV_RUNTIME_PATH_DATA_TRACE, qvRuntimePathFromString( text( "QV_RUNTIME_PATH_DATA_TRACE" ) ) );
+    EXPECT_EQ( "QV_RUNTIME_PATH_BIN", take( qvRuntimePathToString( QV_RUNTIME_PATH_BIN ) ) );
+    EXPECT_EQ( "QV_RUNTIME_PATH_DATA_TEMP", take( qvRuntimePathToString( QV_RUNTIME_PATH_DATA_TEMP ) ) );
+    EXPECT_EQ( -1, qvRuntimePathFromString( text( "7" ) ) );
+}
+
+TEST( Runtime, SystemsAndHardwareHaveKinds )
+{
+    struct
+    {
+        QV_BOOL ( *is )( QV_INT );
+        std::string values; // a character for each value
+    } const CASES[] = {
+        { qvRuntimeOsIsWindows, "x........." },       { qvRuntimeOsIsLinux, ".xxxxxxxx." },
+        { qvRuntimeOsIsDebian, ".xxxxxxxx." },        { qvRuntimeOsIsUnix, ".xxxxxxxxx" },
+        { qvRuntimeHardwareIsIntel, "xx......" },     { qvRuntimeHardwareIsArm, "..xxxxx." },
+        { qvRuntimeHardwareIsBigEndian, ".......x" }, { qvRuntimeHardwareIsLittleEndian, "xxxxxxx." },
+    };
+
+    for( const auto &c : CASES )
+    {
+        std::string values;
+
+        for( size_t value = 0; value < c.values.size(); value++ )
+            values += c.is( static_cast< QV_INT >( value ) ) ? 'x' : '.';
+
+        EXPECT_EQ( c.values, values );
+    }
+
+    // Where the product exists, a row for each system, a column for the hardware.
+    const char *const SUPPORTED[] = { "xx......", "xx..x..x", "xxxx.xx.", "xxxx.xx.", "xxxx.xx.",
+                                      "xx......", "xx......", "xx......", "xx......", "........" };
+    const char *const PLATFORMS[] = { "i386", "amd64", "armhf", "armhf", "armel", "armhf", "arm64", "mips" };
+
+    for( QV_INT os = 0; os <= QV_RUNTIME_OS_MACOSX; os++ )
+        for( QV_INT hw = 0; hw <= QV_RUNTIME_HARDWARE_MIPS; hw++ )
+        {
+            EXPECT_EQ( SUPPORTED[os][hw] == 'x', qvRuntimeOsSupportsHardware( os, hw ) ) << os << ", " << hw;
+            EXPECT_EQ(
+                qvRuntimeOsIsLinux( os ) ? PLATFORMS[hw] : "none", orNone( qvRuntimeOsHardwarePlatformName( os, hw ) ) );
+            EXPECT_EQ( qvRuntimeOsIsLinux( os ), qvRuntimeOsHasHardwarePlatformName( os, hw ) );
+        }
+
+    EXPECT_TRUE( qvRuntimeOsSupportsHardware( qvRuntimeOs(), qvRuntimeHardware() ) );
+    EXPECT_EQ( QV_RUNTIME_OS_DEBIAN_10, qvRuntimeOs() );
+}
+
+TEST( Runtime, ValuesOutOfRangeAreReported )
+{
+    EXPECT_BROKEN( qvRuntimeOsIsWindows( 10 ), "QV_RUNTIME_OS_OK( os )" );
+    EXPECT_BROKEN( qvRuntimeOsToString( -1 ), "QV_RUNTIME_OS_OK( os )" );
+    EXPECT_DEATH( qvRuntimeOsToString( -1 ), testing::HasSubstr( "    File      : source/qv/runtime/qv_runtime_os\n" ) );
+    EXPECT_BROKEN( qvRuntimeOsSupportsHardware( 0, 8 ), "QV_RUNTIME_HARDWARE_OK( hw )" );
+    EXPECT_BROKEN( qvRuntimeHardwareIsBigEndian( 8 ), "QV_RUNTIME_HARDWARE_OK( hw )" );
+    EXPECT_BROKEN( qvRuntimeHardwareToIdentifier( -1 ), "QV_RUNTIME_HARDWARE_OK( hw )" );
+    EXPECT_BROKEN( qvRuntimeVariantFriendlyName( 2 ), "QV_RUNTIME_VARIANT_OK( var )" );
+    EXPECT_BROKEN( qvRuntimePath( 7 ), "QV_RUNTIME_PATH_OK( path )" );
+    EXPECT_BROKEN( qvRuntimeHasPath( -1 ), "QV_RUNTIME_PATH_OK( path )" );
+    EXPECT_BROKEN( qvRuntimeOsFromString( nullptr ), "qvs" );
+    EXPECT_BROKEN( qvRuntimeVariantFromIdentifier( nullptr ), "qvs" );
+    EXPECT_BROKEN( qvRuntimeFlagsFromString( nullptr ), "qvs" );
+}
+
+/* Flags ---------------------------------------------------------------------------------------------------------- */
+
+TEST( Runtime, FlagsAreNormalised )
+{
+    struct
+    {
+        QV_INT flags, normalised;
+    } const CASES[] = {
+        { 0xFFF, 1 },     { 0x20, 0 },      { 0xFFE, 0xFFE }, { 0x88, 8 },         { 0x1D8, 0x1D8 }, { 0x198, 0x18 },
+        { 0xE06, 0xE06 }, { -0x1000, 0 },   { -1, 1 },        { 0x1F0, 0 },        { 0x148, 0x148 }, { 0x28, 0x28 },
+    };
+
+    for( const auto &c : CASES )
+        EXPECT_EQ( c.normalised, qvRuntimeFlagsNormalize( c.flags ) ) << std::hex << c.flags;
+
+    EXPECT_EQ( "QV_RUNTIME_FLAG_SYSTEM|QV_RUNTIME_FLAG_MODULE_DEBUG", take( qvRuntimeFlagsToString( 0x802 ) ) );
+    EXPECT_EQ( "QV_RUNTIME_FLAG_MINIMAL", take( qvRuntimeFlagsToString( 0xFFF ) ) );
+    EXPECT_EQ( 0x28, qvRuntimeFlagsFromString( text( "QV_RUNTIME_FLAG_SNAPSHOT_SORT | 8" ) ) );
+    EXPECT_EQ( 0, qvRuntimeFlagsFromString( text( "QV_RUNTIME_FLAG_SNAPSHOT_OBJECT" ) ) );
+
+    // Every flag has its name, and each name its flag.
+    EXPECT_EQ( 0xFFE, qvRuntimeFlagsFromString( Ref< QV_STRING >( qvRuntimeFlagsToString( 0xFFE ) ) ) );
+    EXPECT_EQ( "0", inRun( [] { restart( QV_RUNTIME_FLAG_SNAPSHOT_SORT ); say( std::to_string( qvRuntimeFlags() ) ); } ) );
+}
+
+/* Identity ------------------------------------------------------------------------------------------------------- */
+
+TEST( Runtime, TheProductIsNamed )
+{
+    EXPECT_EQ( "morvane", take( qvRuntimeVersionProductName() ) );
+    EXPECT_EQ( "morvane", take( qvRuntimeVersionProductFriendlyName() ) );
+    EXPECT_EQ( "Wexcraft GmbH", take( qvRuntimeVersionProductVendorName() ) );
+    EXPECT_THAT( take( qvRuntimeVersionProductCopyright() ), testing::HasSubstr( "Wexcraft GmbH" ) );
+    EXPECT_EQ( "4.0.19", take( qvRuntimeVersionProductVersion() ) );
+    EXPECT_EQ( 4, qvRuntimeVersionProductVersionMajor() );
+    EXPECT_EQ( 0, qvRuntimeVersionProductVersionMinor() );
+    EXPECT_EQ( 19, qvRuntimeVersionProductVersionRelease() );
+}
+
+TEST( Runtime, TheApplicationIsWhatTheStartWasTold )
+{
+    auto told = []
+    {
+        for( QV_STRING *( *name )( void ) : { qvRuntimeVersionApplicationIdentifier, qvRuntimeVersionApplicationFriendlyName,
+                                              qvRuntimeVersionApplicationVersion } )
+            say( orNone( name() ) + ";" );
+
+        for( QV_BOOL ( *has )( void ) : { qvRuntimeVersionApplicationHasIdentifier, qvRuntimeVersionApplicationHasFriendlyName,
+                                          qvRuntimeVersionApplicationHasVersion } )
+            say( has() ? "y" : "n" );
+    };
+
+    EXPECT_EQ( "none;none;none;nnn", inRun( told ) );
+    EXPECT_EQ(
+        "my-app;none;ä;yny", inRun(
+                                 [&]
+                                 {
+                                     char identifier[] = "my-app";
+                                     qvRuntimeShutdown();
+                                     qvRuntimeStartup( 0, nullptr, identifier, nullptr, "ä" );
+                                     identifier[0] = 'x'; // copied
+                                     told();
+                                 } ) );
+}
+
+/* Paths ---------------------------------------------------------------------------------------------------------- */
+
+TEST( Runtime, PathsComeFromTheEnvironment )
+{
+    std::string data = scratch() + "env";
+
+    EXPECT_EQ(
+        dataPaths( data + "/" ), inRun(
+                                     [&]
+                                     {
+                                         setenv( "XZ_MORVANE_DATA_PATH", data.c_str(), 1 );
+                                         restart( 0 );
+                                         say( paths() );
+                                     } ) );
+
+    for( const char *folder : { "", "/storage", "/trace", "/abort", "/temp" } )
+        EXPECT_TRUE( fs::is_directory( data + folder ) ) << folder;
+
+    // A variable moves its own path alone; what is missing on the way to it is made.
+    std::string trace = scratch() + "a//b/trace/";
+    std::string moved = inRun(
+        [&]
+        {
+            setenv( "XZ_MORVANE_DATA_PATH", data.c_str(), 1 );
+            setenv( "XZ_MORVANE_TRACE_PATH", trace.c_str(), 1 );
+            setenv( "XZ_MORVANE_BIN_PATH", "relative", 1 );
+            restart( 0 );
+            say( paths() );
+        } );
+    EXPECT_EQ(
+        "relative/\n/opt/wexcraft/morvane/res/\n" + data + "/\n" + data + "/storage/\n" + trace + "\n" + data + "/abort/\n"
+            + data + "/temp/\n",
+        moved );
+    EXPECT_TRUE( fs::is_directory( scratch() + "a/b/trace" ) );
+    EXPECT_FALSE( fs::exists( "relative" ) );
+}
+
+TEST( Runtime, PathsHaveDefaults )
+{
+    std::string home = scratch() + "home";
+
+    EXPECT_EQ(
+        dataPaths( home + "/.opt/wexcraft/morvane/" ), inRun(
+                                                           [&]
+                                                           {
+                                                               setenv( "HOME", home.c_str(), 1 );
+                                                               restart( 0 );
+                                                               say( paths() );
+                                                           } ) );
+    EXPECT_TRUE( fs::is_directory( home + "/.opt/wexcraft/morvane/abort" ) );
+
+    // Without a home only a path with a variable of its own is left.
+    EXPECT_EQ(
+        INSTALLED + "none\nnone\nnone\nnone\n" + home + "/temp/\n", inRun(
+                                                                        [&]
+                                                                        {
+                                                                            unsetenv( "HOME" );
+                                                                            setenv( "XZ_MORVANE_TEMP_PATH", ( home + "/temp" ).c_str(), 1 );
+                                                                            restart( 0 );
+                                                                            say( paths() );
+                                                                        } ) );
+    EXPECT_EQ(
+        "none\nnone\nnone\nnone\nnone\nnone\nnone\n", inRun(
+                                                          [&]
+                                                          {
+                                                              setenv( "XZ_MORVANE_DATA_PATH", home.c_str(), 1 );
+                                                              restart( QV_RUNTIME_FLAG_MINIMAL );
+                                                              say( paths() );
+                                                          } ) );
+
+    // What cannot be made does not keep the library from starting.
+    EXPECT_EQ(
+        dataPaths( "/proc/nowhere/" ), inRun(
+                                           []
+                                           {
+                                               setenv( "XZ_MORVANE_DATA_PATH", "/proc/nowhere", 1 );
+                                               restart( 0 );
+                                               say( paths() );
+                                           } ) );
+}
+
+/* The computer --------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+std::string computer( const char *name, bool system, const std::string &cpuLines )
+{
+    std::string file = scratch() + "cpuinfo";
+    std::ofstream( file ) << cpuLines;
+
+    return inRun(
+        [&]
+        {
+            platform = { name, system, cpuLines.empty() ? scratch() + "missing" : file, true };
+            restart( QV_RUNTIME_FLAG_MINIMAL );
+            say( orNone( qvRuntimeComputerName() ) + "\n" + orNone( qvRuntimeOperatingSystemInfo() ) + "\n"
+                 + orNone( qvRuntimeCpuInfo() ) + "\n" );
+            say( qvRuntimeHasComputerName() ? "y" : "n" );
+            say( qvRuntimeHasOperatingSystemInfo() ? "y" : "n" );
+            say( qvRuntimeHasCpuInfo() ? "y" : "n" );
+        } );
+}
+} // namespace
+
+TEST( Runtime, TheComputerIsDescribed )
+{
+    utsname system;
+    uname( &system );
+    std::string os    = std::string( system.release ) + ", " + system.version + ", " + system.machine;
+    std::string cores = ", cores:" + std::to_string( sysconf( _SC_NPROCESSORS_ONLN ) );
+
+    // The 18 characters go as they are, whatever they are.
+    EXPECT_EQ(
+        "host\n" + os + "\nR) 3000" + cores + "\nyyy",
+        computer( "host", true, "processor\t: 0\n model name: no\nmodel name\t: Intel(R) 3000\nmodel name\t: other one\n" ) );
+    EXPECT_EQ( "host\n" + os + "\n" + cores + "\nyyy", computer( "host", true, "model name\t: x\n" ) );
+    EXPECT_EQ( "none\nnone\nCPU unknown" + cores + "\nnny", computer( nullptr, false, "processor\t: 0\n" ) );
+    EXPECT_EQ( "none\nnone\nCPU unknown" + cores + "\nnny", computer( nullptr, false, "" ) );
+
+    // A name that fills its room is cut.
+    std::string longName( 300, 'n' );
+    EXPECT_THAT( computer( longName.c_str(), true, "" ), testing::StartsWith( std::string( 255, 'n' ) + "\n" ) );
+}
+
+TEST( Runtime, TheSummaryIsADocument )
+{
+    auto summary = []
+    {
+        Ref< QV_STORE > store( qvRuntimeInfo() );
+        return textOf( store.get() );
+    };
+    std::string whole = inRun(
+        [&]
+        {
+            qvRuntimeShutdown();
+            qvRuntimeStartup( 0, nullptr, "my-app", "My Application", "1.2" );
+            say( summary() );
+        } );
+    std::string head  = "os=Debian 10\nhardware=" + take( qvRuntimeHardwareFriendlyName( qvRuntimeHardware() ) )
+                       + "\nvariant=" + take( qvRuntimeVariantFriendlyName( qvRuntimeVariant() ) )
+                       + "\nproduct=morvane\nfriendlyName=morvane\nversion=4.0.19\nversionMajor=4\nversionMinor=0\n"
+                         "versionRelease=19\n";
+
+    EXPECT_THAT(
+        whole, testing::StartsWith(
+                   head + "applicationIdentifier=my-app\napplicationFriendlyName=My Application\napplicationVersion=1.2\n"
+                          "computerName=" ) );
+    EXPECT_THAT( summary(), testing::StartsWith( head + "computerName=" ) );
+    EXPECT_THAT( summary(), testing::ContainsRegex( "\noperatingSystemInfo=[^\n]+\ncpuInfo=[^\n]+" ) );
+}
+
+/* Start and stop ------------------------------------------------------------------------------------------------- */
+
+#if !defined( __SANITIZE_ADDRESS__ ) && !defined( __SANITIZE_THREAD__ )
+TEST( Runtime, StartAndStopLeaveNothingBehind )
+{
+    std::string growth = inRun(
+        []
+        {
+            setenv( "HOME", scratch().c_str(), 1 );
+            setenv( "MALLOC_ARENA_MAX", "1", 1 );
+
+            for( QV_INT flags : { QV_INT( 0 ), QV_INT( QV_RUNTIME_FLAG_MINIMAL ), QV_INT( QV_RUNTIME_FLAG_OBJECT_DATABASE ) } )
+            {
+                restart( flags );
+                restart( flags );
+                size_t before = mallinfo2().uordblks;
+
+                for( int i = 0; i < 30; i++ )
+                    restart( flags );
+
+                say( std::to_string( mallinfo2().uordblks - before ) + ";" );
+            }
+        } );
+    EXPECT_EQ( "0;0;0;", growth );
+}
+#endif
