@@ -1,15 +1,16 @@
 #include "qv_test_child.h"
 #include "qv_test_support.h"
 
-#include "qv/base/qv_buffer.h"
 #include "qv/base/qv_store.h"
 #include "qv/runtime/qv_runtime.h"
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <vector>
 
 #include <dlfcn.h>
 #include <malloc.h>
@@ -426,7 +427,7 @@ TEST( Runtime, TheComputerIsDescribed )
 
     // The 18 characters go as they are, whatever they are.
     EXPECT_EQ(
-        "host\n" + os + "\nR) 3000" + cores + "\nyyy",
+        "host\n" + os + "\n(R) 3000" + cores + "\nyyy",
         computer( "host", true, "processor\t: 0\n model name: no\nmodel name\t: Intel(R) 3000\nmodel name\t: other one\n" ) );
     EXPECT_EQ( "host\n" + os + "\n" + cores + "\nyyy", computer( "host", true, "model name\t: x\n" ) );
     EXPECT_EQ( "none\nnone\nCPU unknown" + cores + "\nnny", computer( nullptr, false, "processor\t: 0\n" ) );
