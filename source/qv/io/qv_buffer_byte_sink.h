@@ -23,7 +23,7 @@ QV_API QV_BUFFER_BYTE_SINK *qvBufferByteSinkCreate( void );
 QV_API QV_BYTE_SINK *qvBufferByteSinkByteSink( QV_BUFFER_BYTE_SINK *bbs );
 
 /** Hands out what has been written and leaves an empty Buffer, so that a second call gives only what came in
-    between. What a layer above keeps in a cache is not there yet: flush that first. Constant time. */
+    between. What a layer above keeps in a cache is not there yet: flush that first. */
 QV_API QV_BUFFER *qvBufferByteSinkBuffer( QV_BUFFER_BYTE_SINK *bbs );
 
 #endif

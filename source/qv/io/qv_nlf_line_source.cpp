@@ -2,12 +2,13 @@
 
 #include "qv/base/qv_string.h"
 #include "qv/io/qv_char_source.h"
+#include "qv/io/qv_growth_private.h"
 #include "qv/io/qv_line_source_private.h"
 #include "qv/io/qv_nlf.h"
 #include "qv/io/qv_string_char_source.h"
 #include "qv/runtime/qv_ref.h"
 
-#include <algorithm>
+#include <cstring>
 
 // The characters that one refill asks for.
 const QV_INT REFILL_CHARS = 1024;
@@ -62,21 +63,25 @@ QV_INT flagsOf( QV_CHAR ch )
     }
 }
 
-// The first character from `offset` on that may end a line, or `length`. Nearly all characters of a text pass through
-// here, so they are looked at eight at a time, without branches in between, which the compiler turns into vectors.
+// The first character from `offset` on that may end a line, or `length`. Nearly all characters of a text are passed over
+// here, so they are looked at eight at a time, as vectors; characters are positive as signed numbers.
 QV_INT findTerminator( const QV_CHAR *chars, QV_INT offset, QV_INT length )
 {
+    typedef int32_t Four __attribute__( ( vector_size( 16 ) ) );
+    typedef int64_t Two __attribute__( ( vector_size( 16 ) ) );
+
+    auto ends = []( Four ch )
+    { return ( ( ch >= U'\n' ) & ( ch <= U'\r' ) ) | ( ch == U'\x85' ) | ( ( ch & ~1 ) == U'\u2028' ); };
+
     for( ; offset + 8 <= length; offset += 8 )
     {
-        uint32_t found = 0;
+        Four first, second;
+        memcpy( &first, chars + offset, sizeof( first ) );
+        memcpy( &second, chars + offset + 4, sizeof( second ) );
 
-        for( QV_INT i = 0; i < 8; i++ )
-        {
-            uint32_t ch = chars[offset + i];
-            found |= ( ch - U'\n' <= U'\r' - U'\n' ) | ( ch == U'\x85' ) | ( ( ch & ~1u ) == U'\u2028' );
-        }
+        Two found = reinterpret_cast< Two >( ends( first ) | ends( second ) );
 
-        if( found )
+        if( found[0] | found[1] )
             break;
     }
 
@@ -106,9 +111,20 @@ bool refill( QV_NLF_LINE_SOURCE *nls )
 void add( qv::Ref< QV_STRING > *line, const QV_CHAR *chars, QV_INT count )
 {
     if( !*line )
+    {
         line->reset( qvStringCreateFromCharsCopy( chars, count ) );
-    else
-        qvStringAppendChars( line->at(), chars, count );
+        return;
+    }
+
+    qv::reserve( *line, count );
+    qvStringAppendChars( line->at(), chars, count );
+}
+
+// Hands the line out.
+QV_STRING *finish( qv::Ref< QV_STRING > *line )
+{
+    qv___StringCompact( *line );
+    return line->give();
 }
 
 QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
@@ -139,7 +155,7 @@ QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
                     add( &line, chars, 1 );
 
                 nls->charsOffset = nls->charsLength;
-                *result          = line.give();
+                *result          = finish( &line );
 
                 return QV_TRUE;
             }
@@ -156,7 +172,7 @@ QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
         {
             add( &line, chars + nls->charsOffset, at - nls->charsOffset );
             nls->charsOffset = at + terminatorLength;
-            *result          = line.give();
+            *result          = finish( &line );
 
             return QV_TRUE;
         }

@@ -16,7 +16,7 @@ QV_API QV_STRING_CHAR_SINK *qvStringCharSinkCreate( void );
 QV_API QV_CHAR_SINK *qvStringCharSinkCharSink( QV_STRING_CHAR_SINK *scs );
 
 /** Hands out what has been written and leaves an empty String, so that a second call gives only what came in
-    between. Constant time. */
+    between. */
 QV_API QV_STRING *qvStringCharSinkString( QV_STRING_CHAR_SINK *scs );
 
 #endif
