@@ -25,7 +25,7 @@ namespace
 const uint64_t OVERSIZED_FSPACE = 2 * QV_BUFFER_FSPACE; // a block with more free bits at an end is cut down
 const uint64_t OVERSIZED_BSPACE = 2 * QV_BUFFER_BSPACE;
 
-/* Bits in memory. Positions are in bits from the start of a block, whose size in bytes is `end`. ------------------ */
+/* Bits in memory. Positions are in bits from the start of a block, whose size in bits is `end`. ------------------- */
 
 uint64_t load64( const uint8_t *at )
 {
@@ -47,78 +47,79 @@ void storeBig( uint8_t *at, T word )
     memcpy( at, &word, sizeof( T ) );
 }
 
+// Bits near the end of a block, out of less than eight bytes.
+[[gnu::noinline]] uint64_t getLastBits( const uint8_t *at, uint64_t shift, uint64_t count )
+{
+    uint64_t word = 0;
+
+    for( uint64_t bit = 0; bit < shift + count; bit += 8 )
+        word |= static_cast< uint64_t >( at[bit / 8] ) << ( 56 - bit );
+
+    return word << shift >> ( 64 - count );
+}
+
 // Up to 64 bits, at least 1.
-uint64_t getBits( const uint8_t *block, uint64_t end, uint64_t pos, uint64_t count )
+inline uint64_t getBits( const uint8_t *block, uint64_t end, uint64_t pos, uint64_t count )
 {
     const uint8_t *at    = block + pos / 8;
     uint64_t       shift = pos % 8;
-    uint64_t       word  = 0;
 
-    if( end - pos / 8 >= 8 )
-    {
-        word = load64( at ) << shift;
+    if( pos - shift + 64 > end )
+        return getLastBits( at, shift, count );
 
-        if( shift + count > 64 )
-            word |= at[8] >> ( 8 - shift );
-    }
-    else
-    {
-        for( uint64_t bit = 0; bit < shift + count; bit += 8 )
-            word |= static_cast< uint64_t >( at[bit / 8] ) << ( 56 - bit );
+    uint64_t word = load64( at ) << shift;
 
-        word <<= shift;
-    }
+    if( shift + count > 64 )
+        word |= at[8] >> ( 8 - shift );
 
     return word >> ( 64 - count );
 }
 
-// Overwrites up to 64 bits, at least 1. Only the two bytes at the ends are read, and nothing is stored twice: fields
-// that are written one behind the other would else wait for each other, as a processor cannot take a word out of two
-// stores that have not reached the cache.
-void putBits( uint8_t *block, uint64_t pos, uint64_t value, uint64_t count )
+// Overwrites bits that stand in up to eight bytes, at least 1. Only the two bytes at the ends are read, and each of
+// them lies in one store: a processor can take a byte out of a store that has not reached the cache yet, but has to
+// wait for a word that is partly in one, which would slow down fields that are written one behind the other.
+inline void putWord( uint8_t *block, uint64_t pos, uint64_t value, uint64_t count )
 {
     uint8_t *at    = block + pos / 8;
     uint64_t shift = pos % 8;
-    uint64_t word  = value << ( 64 - count ); // what is left to write, at the top
-    uint64_t first = 0xFF >> shift;           // the bits of the first byte from the position on
+    uint64_t word  = value << ( 64 - count ); // at the top
 
     if( shift + count <= 8 )
     {
-        first &= ~( 0xFFull >> ( shift + count ) );
-        *at = static_cast< uint8_t >( ( *at & ~first ) | word >> 56 >> shift );
+        uint64_t mask = ( 0xFF00 >> count & 0xFF ) >> shift;
+        *at = static_cast< uint8_t >( ( *at & ~mask ) | word >> 56 >> shift );
         return;
     }
 
-    *at = static_cast< uint8_t >( ( *at & ~first ) | word >> 56 >> shift );
-    at++;
-    word <<= 8 - shift;
-    count -= 8 - shift;
+    uint64_t last = ( shift + count - 1 ) / 8; // index of the last byte
+    uint64_t head = *at & ~( 0xFFu >> shift );
+    uint64_t tail = at[last] & ( 0xFFu >> ( ( shift + count - 1 ) % 8 + 1 ) );
 
-    if( count >= 32 )
-    {
-        storeBig( at, static_cast< uint32_t >( word >> 32 ) );
-        at += 4;
-        word <<= 32;
-        count -= 32;
-    }
+    word = head << 56 | word >> shift | tail << ( 56 - last * 8 );
 
-    if( count >= 16 )
+    if( last < 3 )
     {
         storeBig( at, static_cast< uint16_t >( word >> 48 ) );
-        at += 2;
-        word <<= 16;
-        count -= 16;
+        storeBig( at + last - 1, static_cast< uint16_t >( word >> ( 56 - last * 8 ) ) );
     }
-
-    if( count >= 8 )
+    else
     {
-        *at++ = static_cast< uint8_t >( word >> 56 );
-        word <<= 8;
-        count -= 8;
+        storeBig( at, static_cast< uint32_t >( word >> 32 ) );
+        storeBig( at + last - 3, static_cast< uint32_t >( word >> ( 56 - last * 8 ) ) );
+    }
+}
+
+// Overwrites up to 64 bits, at least 1.
+void putBits( uint8_t *block, uint64_t pos, uint64_t value, uint64_t count )
+{
+    if( count > 32 )
+    {
+        putWord( block, pos, value >> 32, count - 32 );
+        pos += count - 32;
+        count = 32;
     }
 
-    if( count > 0 )
-        *at = static_cast< uint8_t >( ( *at & ( 0xFF >> count ) ) | word >> 56 );
+    putWord( block, pos, value, count );
 }
 
 // Copies any number of bits between blocks that do not overlap.
@@ -176,10 +177,10 @@ void fillBits( uint8_t *block, uint64_t pos, uint64_t count, int byte )
 
 /* The block of a Buffer ------------------------------------------------------------------------------------------ */
 
-// Size of the block in bytes.
+// Size of the block in bits.
 uint64_t blockEnd( QV_BUFFER *buf )
 {
-    return ( buf->bitFspace + buf->bitLength + buf->bitBspace ) / 8;
+    return buf->bitFspace + buf->bitLength + buf->bitBspace;
 }
 
 QV_BUFFER *createWithoutBlock()
@@ -216,7 +217,7 @@ void moveBits( QV_BUFFER *buf, uint64_t to, uint64_t from, uint64_t bits )
 }
 
 // What stands before every change of the bytes.
-void makeWritable( QV_BUFFER **buf )
+inline void makeWritable( QV_BUFFER **buf )
 {
     if( !qv::isPrivate( *buf ) )
         qv::assign( buf, qvBufferCreateFrom( *buf ) );
@@ -545,6 +546,11 @@ struct Bits
     uint64_t bitCount;
 };
 
+struct Byte
+{
+    uint8_t value;
+};
+
 struct Array
 {
     const void *bytes;
@@ -621,9 +627,20 @@ void write( QV_BUFFER **buf, uint64_t bitIdx, Outer from )
     qv___BufferBitWriteOuter( buf, bitIdx, from.src, from.bitOffset, from.bitCount );
 }
 
-void write( QV_BUFFER **buf, uint64_t bitIdx, Bits bits )
+inline void write( QV_BUFFER **buf, uint64_t bitIdx, Bits bits )
 {
-    qv___BufferBitWriteBits( buf, bitIdx, bits.value, bits.bitCount );
+    QV_BUFFER *own = *buf;
+
+    if( bits.bitCount - 1 < 57 && bitIdx <= own->bitLength && bits.bitCount <= own->bitLength - bitIdx &&
+        qv::isPrivate( own ) )
+        putWord( own->bytes, own->bitFspace + bitIdx, bits.value, bits.bitCount );
+    else
+        qv___BufferBitWriteBits( buf, bitIdx, bits.value, bits.bitCount );
+}
+
+void write( QV_BUFFER **buf, uint64_t bitIdx, Byte byte )
+{
+    qv___BufferBitWriteBits( buf, bitIdx, byte.value, 8 );
 }
 
 void write( QV_BUFFER **buf, uint64_t bitIdx, Array array )
@@ -651,6 +668,12 @@ void insert( QV_BUFFER **buf, uint64_t bitIdx, Outer from )
     qv___BufferBitInsertOuter( buf, bitIdx, from.src, from.bitOffset, from.bitCount );
 }
 
+void insert( QV_BUFFER **buf, uint64_t bitIdx, Byte byte )
+{
+    qv___BufferMakeRoom( buf, bitIdx, 8 );
+    qv___BufferBitWriteBits( buf, bitIdx, byte.value, 8 );
+}
+
 void insert( QV_BUFFER **buf, uint64_t bitIdx, Array array )
 {
     QV_CHECK_AS( array.bytes || !array.byteCount, "bytes || !byteCount" );
@@ -668,22 +691,28 @@ void insert( QV_BUFFER **buf, uint64_t bitIdx, Contents contents )
 }
 
 template< class Contents >
+[[gnu::noinline]] void appendAnywhere( QV_BUFFER **buf, Contents contents )
+{
+    insert( buf, (*buf)->bitLength, contents );
+}
+
+template< class Contents >
 void append( QV_BUFFER **buf, Contents contents )
 {
     insert( buf, (*buf)->bitLength, contents );
 }
 
-// As long as the nine bytes that a number may touch lie in the free space of a block of our own, it goes there as a
-// word; the free bits behind it may become anything.
-void append( QV_BUFFER **buf, Bits bits )
+// With 64 free bits in a block of our own, up to nine bytes with the one that the contents end in, a number goes there
+// as a word; the free bits behind it may become anything.
+inline void append( QV_BUFFER **buf, Bits bits )
 {
     QV_CHECK_AS( bits.bitCount <= QV_INT_BITS, "bitCount <= QV_INT_BITS" );
 
     QV_BUFFER *own = *buf;
 
-    if( own->bitBspace < 72 || bits.bitCount == 0 || !qv::isPrivate( own ) )
+    if( own->bitBspace < 64 || bits.bitCount == 0 || !qv::isPrivate( own ) )
     {
-        insert( buf, own->bitLength, bits );
+        appendAnywhere( buf, bits );
         return;
     }
 
@@ -700,6 +729,21 @@ void append( QV_BUFFER **buf, Bits bits )
         at[8] = static_cast< uint8_t >( word << ( 8 - shift ) );
 }
 
+inline void append( QV_BUFFER **buf, Byte byte )
+{
+    QV_BUFFER *own = *buf;
+
+    if( own->bitBspace < 8 || !BIT_AT_BOUND( own->bitLength ) || !qv::isPrivate( own ) )
+    {
+        appendAnywhere( buf, byte );
+        return;
+    }
+
+    own->bytes[( own->bitFspace + own->bitLength ) / 8] = byte.value;
+    own->bitLength += 8;
+    own->bitBspace -= 8;
+}
+
 void append( QV_BUFFER **buf, Array array )
 {
     QV_BUFFER *own      = *buf;
@@ -708,7 +752,7 @@ void append( QV_BUFFER **buf, Array array )
     if( own->bitBspace < bitCount || bitCount == 0 || !array.bytes || !BIT_AT_BOUND( own->bitLength ) ||
         !qv::isPrivate( own ) )
     {
-        insert( buf, own->bitLength, array );
+        appendAnywhere( buf, array );
         return;
     }
 
@@ -737,7 +781,7 @@ uint64_t qv___BufferBitReadBits( QV_BUFFER *buf, uint64_t bitIdx, uint64_t bitCo
     if( bitCount == 0 )
         return 0;
 
-    return getBits( buf->bytes, blockEnd( buf ), buf->bitFspace + bitIdx, bitCount );
+    return getBits( qv::bytes( buf ), buf->bitLength + buf->bitBspace, bitIdx, bitCount );
 }
 
 void qv___BufferBitReadBytes( QV_BUFFER *buf, uint64_t bitIdx, void *bytes, uint64_t byteCount )
@@ -785,7 +829,7 @@ void qv___BufferBitWriteBytes( QV_BUFFER **buf, uint64_t bitIdx, const void *byt
 
     makeWritable( buf );
     copyBits(
-        (*buf)->bytes, (*buf)->bitFspace + bitIdx, static_cast< const uint8_t * >( bytes ), byteCount, 0,
+        (*buf)->bytes, (*buf)->bitFspace + bitIdx, static_cast< const uint8_t * >( bytes ), BYTES_TO_BITS( byteCount ), 0,
         BYTES_TO_BITS( byteCount ) );
 }
 
@@ -1022,7 +1066,7 @@ QV_BUFFER *qvBufferCreateFromBits( uint64_t value, QV_INT bitCount )
 
 QV_BUFFER *qvBufferCreateFromByte( uint8_t value )
 {
-    return createOf( Bits{ value, 8 } );
+    return createOf( Byte{ value } );
 }
 
 QV_BUFFER *qvBufferCreateFromBytesCopy( const void *bytes, QV_INT byteCount )
@@ -1059,6 +1103,23 @@ QV_BUFFER *read( QV_BUFFER *buf, uint64_t bitIdx, uint64_t bitCount )
     QV_CHECK( bitIdx + bitCount <= buf->bitLength );
 
     return createOf( Inner{ buf, bitIdx, bitCount } );
+}
+
+[[gnu::noinline]] uint64_t readBits( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount )
+{
+    return qv___BufferBitReadBits( buf, UNSIGNED( bitIdx ), UNSIGNED( bitCount ) );
+}
+
+// True where all checks would hold, and the bits stand in eight bytes of which none lies behind the contents.
+bool standsInOneWord( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount )
+{
+    return (uint64_t)bitCount - 1 < 57 && bitIdx >= 0 && (uint64_t)bitIdx + 64 <= buf->bitLength;
+}
+
+uint64_t getWord( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount )
+{
+    uint64_t pos = buf->bitFspace + (uint64_t)bitIdx;
+    return load64( buf->bytes + pos / 8 ) << pos % 8 >> ( 64 - bitCount );
 }
 } // namespace
 
@@ -1117,7 +1178,8 @@ READ( QV_BUFFER *, qvBufferBitRead, ( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitC
 READ( uint64_t, qvBufferReadBits, ( QV_BUFFER *buf, QV_INT byteIdx, QV_INT bitCount ),
       qv___BufferBitReadBits( buf, BYTES( byteIdx ), UNSIGNED( bitCount ) ) )
 READ( uint64_t, qvBufferBitReadBits, ( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount ),
-      qv___BufferBitReadBits( buf, UNSIGNED( bitIdx ), UNSIGNED( bitCount ) ) )
+      standsInOneWord( buf, bitIdx, bitCount ) ? getWord( buf, bitIdx, bitCount )
+                                               : readBits( buf, bitIdx, bitCount ) )
 READ( uint8_t, qvBufferReadByte, ( QV_BUFFER *buf, QV_INT byteIdx ),
       (uint8_t)qv___BufferBitReadBits( buf, BYTES( byteIdx ), 8 ) )
 READ( uint8_t, qvBufferBitReadByte, ( QV_BUFFER *buf, QV_INT bitIdx ),
@@ -1176,7 +1238,7 @@ BYTE_FORMS( Inner, ( QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount ),
 BYTE_FORMS( Outer, ( QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount ),
             outer( src, BYTES( byteOffset ), BYTES( byteCount ) ) )
 BYTE_FORMS( Bits, ( uint64_t value, QV_INT bitCount ), Bits{ value, UNSIGNED( bitCount ) } )
-BYTE_FORMS( Byte, ( uint8_t value ), Bits{ value, 8 } )
+BYTE_FORMS( Byte, ( uint8_t value ), Byte{ value } )
 BYTE_FORMS( Bytes, ( const void *bytes, QV_INT byteCount ), Array{ bytes, UNSIGNED( byteCount ) } )
 BYTE_FORMS( Zero, ( QV_INT byteCount ), Zero{ BYTES( byteCount ) } )
 BYTE_FORMS( One, ( QV_INT byteCount ), One{ BYTES( byteCount ) } )
@@ -1189,7 +1251,7 @@ BIT_FORMS( Inner, ( QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount ),
 BIT_FORMS( Outer, ( QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount ),
            outer( src, UNSIGNED( bitOffset ), UNSIGNED( bitCount ) ) )
 BIT_FORMS( Bits, ( uint64_t value, QV_INT bitCount ), Bits{ value, UNSIGNED( bitCount ) } )
-BIT_FORMS( Byte, ( uint8_t value ), Bits{ value, 8 } )
+BIT_FORMS( Byte, ( uint8_t value ), Byte{ value } )
 BIT_FORMS( Bytes, ( const void *bytes, QV_INT byteCount ), Array{ bytes, UNSIGNED( byteCount ) } )
 BIT_FORMS( Zero, ( QV_INT bitCount ), Zero{ UNSIGNED( bitCount ) } )
 BIT_FORMS( One, ( QV_INT bitCount ), One{ UNSIGNED( bitCount ) } )
