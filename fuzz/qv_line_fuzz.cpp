@@ -1,5 +1,5 @@
-// Lines of any text with any newline flags. The first byte is the flags, the others choose characters from an alphabet in
-// which terminators are frequent. The lines must be those of a simple model, through arrays and through Strings.
+// Lines of any text with any newline flags. The first byte is the flags, the others choose characters from an alphabet
+// in which terminators are frequent. The lines must be those of a simple model, through arrays and through Strings.
 
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_vector.h"

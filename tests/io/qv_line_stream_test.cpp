@@ -1,12 +1,7 @@
-#include "qv_test_support.h"
+#include "qv_stream_log.h"
 
 #include "qv/base/qv_boxed_int.h"
-#include "qv/base/qv_boxed_pointer_private.h"
 #include "qv/base/qv_vector.h"
-#include "qv/io/qv_char_source.h"
-#include "qv/io/qv_char_source_private.h"
-#include "qv/io/qv_char_sink.h"
-#include "qv/io/qv_char_sink_private.h"
 #include "qv/io/qv_line_sink.h"
 #include "qv/io/qv_line_sink_private.h"
 #include "qv/io/qv_line_source.h"
@@ -101,34 +96,6 @@ Ref< QV_LINE_SOURCE > lineSource( const std::u32string &data, QV_INT flags )
     return Ref< QV_LINE_SOURCE >( qvNlfLineSourceLineSource( nls ) );
 }
 
-// A char source of the characters that it is given, which fails behind them if told to.
-struct CharLog
-{
-    std::u32string data;
-    bool           fails  = false;
-    size_t         offset = 0;
-    int            calls  = 0;
-
-    Ref< QV_CHAR_SOURCE > source()
-    {
-        Ref< QV___BOXED_POINTER > closure( qv___BoxedPointerCreate( this, nullptr ) );
-        return Ref< QV_CHAR_SOURCE >( qv___CharSourceCreate( read, qv::obj( closure.get() ) ) );
-    }
-
-    static QV_BOOL read( QV_OBJ *closure, QV_STRING **qvs, QV_INT maxCharCount, QV_INT *charsRead )
-    {
-        auto *log = static_cast< CharLog * >( qv___BoxedPointerValue( qv___BoxedPointerFrom( closure ) ) );
-        std::u32string run = log->data.substr( log->offset, static_cast< size_t >( maxCharCount ) );
-
-        log->calls++;
-        log->offset += run.size();
-        *charsRead = static_cast< QV_INT >( run.size() );
-        qvStringAppendChars( qvs, run.data(), *charsRead );
-
-        return !( log->fails && log->offset == log->data.size() );
-    }
-};
-
 // Callbacks of lines that keep or give them and fail where they are told to.
 struct LineLog
 {
@@ -138,8 +105,7 @@ struct LineLog
 
     Ref< QV___BOXED_POINTER > closure()
     {
-        return Ref< QV___BOXED_POINTER >(
-            qv___BoxedPointerCreate( this, []( void *log ) { static_cast< LineLog * >( log )->calls += 'e'; } ) );
+        return closureOf( this, []( void *log ) { static_cast< LineLog * >( log )->calls += 'e'; } );
     }
 
     Ref< QV_LINE_SINK > sink()
@@ -153,20 +119,15 @@ struct LineLog
     }
 
 private:
-    static LineLog *of( QV_OBJ *closure )
-    {
-        return static_cast< LineLog * >( qv___BoxedPointerValue( qv___BoxedPointerFrom( closure ) ) );
-    }
-
     static QV_BOOL write( QV_OBJ *closure, QV_STRING *line )
     {
-        of( closure )->calls.append( "[" ).append( utf8( line ) ).append( "]" );
-        return of( closure )->callsUntilFailure-- != 0;
+        logOf< LineLog >( closure )->calls.append( "[" ).append( utf8( line ) ).append( "]" );
+        return logOf< LineLog >( closure )->callsUntilFailure-- != 0;
     }
 
     static QV_BOOL flush( QV_OBJ *closure )
     {
-        of( closure )->calls += 'f';
+        logOf< LineLog >( closure )->calls += 'f';
         return QV_TRUE;
     }
 
@@ -174,7 +135,7 @@ private:
     {
         EXPECT_EQ( nullptr, *line );
 
-        LineLog *log = of( closure );
+        LineLog *log = logOf< LineLog >( closure );
         bool     ok  = log->callsUntilFailure-- != 0;
         log->calls += 'r';
 
@@ -316,23 +277,21 @@ TEST( NlfLineSink, EndsEveryLineWithTheChosenTerminator )
 
 TEST( NlfLineSink, FailsWithItsCharSink )
 {
-    // The char sink takes the line and fails with the terminator.
-    static int writes, flushes;
-    writes = flushes = 0;
-
-    Ref< QV_CHAR_SINK > charSink( qv___CharSinkCreate(
-        []( QV_OBJ *, QV_STRING *, QV_INT, QV_INT ) -> QV_BOOL { return ++writes != 4; },
-        []( QV_OBJ * ) -> QV_BOOL { return ++flushes != 0; }, nullptr ) );
+    SinkLog< Chars >        log;
+    Ref< QV_CHAR_SINK >     charSink = log.sink();
     Ref< QV_NLF_LINE_SINK > nls( qvNlfLineSinkCreate( charSink, QV_NLF_FLAG_LF ) );
     Ref< QV_LINE_SINK >     sink( qvNlfLineSinkLineSink( nls ) );
 
     EXPECT_EQ( QV_TRUE, qvLineSinkWriteCstr( sink, "a", -1 ) );
     EXPECT_EQ( QV_TRUE, qvLineSinkFlush( sink ) );
-    EXPECT_EQ( 1, flushes );
+    EXPECT_EQ( "wwf", log.calls );
+
+    // The char sink takes the line and fails with its terminator.
+    log.callsUntilFailure = 1;
     EXPECT_EQ( QV_FALSE, qvLineSinkWriteCstr( sink, "b", -1 ) );
     EXPECT_EQ( QV_TRUE, qvLineSinkError( sink ) );
     EXPECT_EQ( 1, qvLineSinkLinesWritten( sink ) );
-    EXPECT_EQ( 4, writes );
+    EXPECT_EQ( U"a\nb", log.written );
 }
 
 TEST( NlfLineSource, EndsLinesAtTheChosenTerminators )
@@ -391,7 +350,7 @@ TEST( NlfLineSource, GivesTheSameLinesWhereverRefillsFall )
         if( data.size() > 1025 && random() % 2 )
             data.replace( 1022 + random() % 3, 2, U"\r\n" );
 
-        CharLog                   log{ .data = data };
+        SourceLog< Chars >        log{ .data = data };
         Ref< QV_CHAR_SOURCE >     charSource = log.source();
         Ref< QV_NLF_LINE_SOURCE > nls( qvNlfLineSourceCreate( charSource, flags ) );
         Ref< QV_LINE_SOURCE >     custom( qvNlfLineSourceLineSource( nls ) );
@@ -405,27 +364,27 @@ TEST( NlfLineSource, GivesTheSameLinesWhereverRefillsFall )
 TEST( NlfLineSource, ReadsOneCharacterAheadAndSharesIt )
 {
     // The line ends with the first refill, whose last character can't be judged without the next one.
-    CharLog                   log{ .data = std::u32string( 1023, U'x' ) + U"\r\nab\ncd" };
+    SourceLog< Chars >        log{ .data = std::u32string( 1023, U'x' ) + U"\r\nab\ncd" };
     Ref< QV_CHAR_SOURCE >     charSource = log.source();
     Ref< QV_NLF_LINE_SOURCE > nls( qvNlfLineSourceCreate( charSource, -1 ) );
     Ref< QV_LINE_SOURCE >     first( qvNlfLineSourceLineSource( nls ) ), second( qvNlfLineSourceLineSource( nls ) );
 
     EXPECT_EQ( ALL_FORMS, qvNlfLineSourceNlfFlags( nls ) );
-    EXPECT_EQ( 0, log.calls );
+    EXPECT_EQ( 0u, log.limits.size() );
     EXPECT_EQ( std::string( 1023, 'x' ), take( qvLineSourceRead( first ) ) );
-    EXPECT_EQ( 2, log.calls );
+    EXPECT_EQ( 2u, log.limits.size() );
     EXPECT_EQ( "ab", take( qvLineSourceRead( second ) ) );
     EXPECT_EQ( "cd", take( qvLineSourceRead( first ) ) );
     EXPECT_EQ( nullptr, qvLineSourceRead( second ) );
     EXPECT_EQ( 2, qvLineSourceLinesRead( first ) );
-    EXPECT_EQ( 2, log.calls );
+    EXPECT_EQ( 2u, log.limits.size() );
 }
 
 TEST( NlfLineSource, GivesWhatCameOfALineBeforeItFails )
 {
     for( const std::u32string end : { U"", U"cd", U"cd\r" } )
     {
-        CharLog                   log{ .data = U"ab\n" + end, .fails = true };
+        SourceLog< Chars >        log{ .data = U"ab\n" + end, .fails = true };
         Ref< QV_CHAR_SOURCE >     charSource = log.source();
         Ref< QV_NLF_LINE_SOURCE > nls( qvNlfLineSourceCreate( charSource, ALL_FORMS ) );
         Ref< QV_LINE_SOURCE >     source( qvNlfLineSourceLineSource( nls ) );

@@ -63,8 +63,8 @@ QV_INT flagsOf( QV_CHAR ch )
     }
 }
 
-// The first character from `offset` on that may end a line, or `length`. Nearly all characters of a text are passed over
-// here, so they are looked at eight at a time, as vectors; characters are positive as signed numbers.
+// The first character from `offset` on that may end a line, or `length`. Nearly all characters of a text are passed
+// over here, so they are looked at eight at a time, as vectors; characters are positive as signed numbers.
 QV_INT findTerminator( const QV_CHAR *chars, QV_INT offset, QV_INT length )
 {
     typedef int32_t Four __attribute__( ( vector_size( 16 ) ) );
