@@ -13,7 +13,10 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <float.h>
 #include <math.h>
+#include <string.h>
+#include <utility>
 
 #if defined( __x86_64__ ) && defined( __has_include )
 #if __has_include( <sys/platform/x86.h>)
@@ -26,17 +29,25 @@
 
 namespace qv
 {
+void TextBuilder::resize( QV_INT capacity )
+{
+    if( chars_ == own_ )
+    {
+        chars_ = static_cast< QV_CHAR * >( qvMemAllocN( capacity, sizeof( QV_CHAR ) ) );
+        std::copy_n( own_, length_, chars_ );
+    }
+    else
+    {
+        chars_ = static_cast< QV_CHAR * >( qvMemReallocN( chars_, capacity, sizeof( QV_CHAR ) ) );
+    }
+
+    capacity_ = capacity;
+}
+
 void TextBuilder::grow( QV_INT count )
 {
     QV_CHECK_AS( QV_INT_ADD_OK( length_, count ), "QV_INT_ADD_OK( (*qvs)->length, chsLength )" );
-
-    bool   first    = chars_ == own_;
-    QV_INT capacity = std::max( length_ + count, qvIntMulSaturating( capacity_, 2 ) );
-    chars_          = static_cast< QV_CHAR * >( qvMemReallocN( first ? nullptr : chars_, capacity, sizeof( QV_CHAR ) ) );
-    capacity_       = capacity;
-
-    if( first )
-        qvMemCopyN( chars_, own_, length_, sizeof( QV_CHAR ) );
+    resize( std::max( length_ + count, qvIntMulSaturating( capacity_, 2 ) ) );
 }
 
 void TextBuilder::freeBlock()
@@ -49,20 +60,15 @@ QV_STRING *TextBuilder::give()
     if( length_ == 0 )
         return qvStringCreate();
 
-    QV_CHAR *block = static_cast< QV_CHAR * >(
-        qvMemReallocN( chars_ == own_ ? nullptr : chars_, length_, sizeof( QV_CHAR ) ) );
-
-    if( chars_ == own_ )
-        qvMemCopyN( block, own_, length_, sizeof( QV_CHAR ) );
-
-    chars_ = own_;
+    if( chars_ == own_ || capacity_ != length_ )
+        resize( length_ );
 
     // As a String is made of a block, but nobody else sees this one yet and its characters are known to be proper.
     QV_STRING *qvs         = create< QV_STRING >( qvStringSort() );
     qvs->length            = length_;
     qvs->fspace            = 0;
     qvs->bspace            = 0;
-    qvs->chars             = block;
+    qvs->chars             = std::exchange( chars_, own_ );
     qvs->dbgAllocationSize = length_ * static_cast< QV_INT >( sizeof( QV_CHAR ) );
 
     return qvs;
@@ -135,19 +141,31 @@ int countDigits( uint64_t value, unsigned base )
     return digits;
 }
 
-// Writes so many decimal digits in front of `end`, with zeros where the value has less.
+void writePair( QV_CHAR *to, unsigned value )
+{
+    memcpy( to, &DECIMAL_PAIRS[value], sizeof( DigitPair ) );
+}
+
+// Writes so many decimal digits in front of `end`, with zeros where the value has less. By four of them, since one
+// division has to wait for the other.
 void writeDecimal( QV_CHAR *end, uint64_t value, int digits )
 {
-    for( ; digits >= 2; digits -= 2 )
+    for( ; digits >= 4; digits -= 4 )
     {
-        const DigitPair pair = DECIMAL_PAIRS[value % 100];
-        value /= 100;
-        *--end = pair.ones;
-        *--end = pair.tens;
+        unsigned four = static_cast< unsigned >( value % 10000 );
+        value /= 10000;
+        end -= 4;
+        writePair( end, four / 100 );
+        writePair( end + 2, four % 100 );
     }
 
-    if( digits )
-        *--end = U'0' + static_cast< unsigned >( value % 10 );
+    unsigned rest = static_cast< unsigned >( value );
+
+    if( digits >= 2 )
+        writePair( end -= 2, rest % 100 );
+
+    if( digits & 1 )
+        end[-1] = U'0' + ( digits == 1 ? rest : rest / 100 ) % 10;
 }
 
 void writeDigits( QV_CHAR *end, uint64_t value, unsigned base, int digits, const char *map )
@@ -163,16 +181,18 @@ void writeDigits( QV_CHAR *end, uint64_t value, unsigned base, int digits, const
             *--end = static_cast< QV_CHAR >( map[value % base] );
 }
 
+const QV_INT WITH_PREFIX = QV_FORMAT_FLAG_BASEMNEMONIC | QV_FORMAT_FLAG_BASENUMERIC;
+
 // What stands around the digits of a number.
 struct NumberFrame
 {
     NumberFrame( bool negative, QV_INT base, QV_INT flags_ ) : flags( flags_ )
     {
-        sign  = negative                              ? U'-'
-                : flags_ & QV_FORMAT_FLAG_PLUSPOS     ? U'+'
-                : flags_ & QV_FORMAT_FLAG_BLANKPOS    ? U' '
-                                                      : 0;
-        radix = qv___FormatEncodeBase( prefix, base, flags_ );
+        sign  = negative                           ? U'-'
+                : flags_ & QV_FORMAT_FLAG_PLUSPOS  ? U'+'
+                : flags_ & QV_FORMAT_FLAG_BLANKPOS ? U' '
+                                                   : 0;
+        radix = flags_ & WITH_PREFIX ? qv___FormatEncodeBase( prefix, base, flags_ ) : 0;
     }
 
     // All that stands in front of the digits; gives their place.
@@ -210,7 +230,7 @@ QV_INT qv___FormatEncodeBase( QV_CHAR *dest, QV_INT base, QV_INT flags )
 {
     QV_CHECK( base > 1 && base <= 36 );
 
-    if( !( flags & ( QV_FORMAT_FLAG_BASEMNEMONIC | QV_FORMAT_FLAG_BASENUMERIC ) ) )
+    if( !( flags & WITH_PREFIX ) )
         return 0;
 
     if( base == 10 && !( flags & QV_FORMAT_FLAG_BASEDECIMAL ) )
@@ -364,7 +384,7 @@ void qv::encodeReal( TextBuilder &text, QV_REAL value, QV_INT base, QV_INT minWi
     if( precision == -1 )
         precision = 6;
 
-    if( !qvRealIsFinite( value ) )
+    if( __builtin_expect( !( fabs( value ) <= DBL_MAX ), 0 ) )
     {
         std::copy_n( qvRealIsNan( value ) ? U"NAN" : U"INF", 3, encodePadding( text, 3, minWidth, flags ) );
         return;
@@ -421,7 +441,7 @@ void qv::encodeReal( TextBuilder &text, QV_REAL value, QV_INT base, QV_INT minWi
 
 QV_STRING *qvFormatEncodeBool( QV_BOOL value, QV_INT minWidth, QV_INT flags )
 {
-    qv::TextBuilder text;
+    qv::TextBuilder text( qv::TextBuilder::OnePiece{} );
     qv::encodeBool( text, value, minWidth, flags );
 
     return text.give();
@@ -429,7 +449,7 @@ QV_STRING *qvFormatEncodeBool( QV_BOOL value, QV_INT minWidth, QV_INT flags )
 
 QV_STRING *qvFormatEncodeInt( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT flags )
 {
-    qv::TextBuilder text;
+    qv::TextBuilder text( qv::TextBuilder::OnePiece{} );
     qv::encodeInt( text, value, base, minWidth, flags );
 
     return text.give();
@@ -437,7 +457,7 @@ QV_STRING *qvFormatEncodeInt( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT
 
 QV_STRING *qvFormatEncodeReal( QV_REAL value, QV_INT base, QV_INT minWidth, QV_INT precision, QV_INT flags )
 {
-    qv::TextBuilder text;
+    qv::TextBuilder text( qv::TextBuilder::OnePiece{} );
     qv::encodeReal( text, value, base, minWidth, precision, flags );
 
     return text.give();
@@ -450,7 +470,7 @@ QV_STRING *qvFormatEncodeChars( const QV_CHAR *src, QV_INT srcLength, QV_INT min
     QV_CHECK( minWidth >= 0 );
     QV_CHECK( qvCharsAllOk( src, srcLength ) );
 
-    qv::TextBuilder text;
+    qv::TextBuilder text( qv::TextBuilder::OnePiece{} );
     std::copy_n( src, srcLength, qv::encodePadding( text, srcLength, minWidth, flags ) );
 
     return text.give();
@@ -574,6 +594,10 @@ struct Reader
     // All that stands in front of the digits. False if nothing stands behind it.
     bool takeHead( bool plusToo, QV_INT *base, bool *negative )
     {
+        // Mostly nothing.
+        if( *base != -1 && !ended() && *at - U'0' <= 9 )
+            return true;
+
         skipWhiteSpace();
         bool sign = takeSign( plusToo, negative );
 
@@ -600,6 +624,18 @@ QV_BOOL decodeInt( Reader &in, QV_INT base, QV_INT *value )
     const DigitReader digitOf( base );
     const QV_CHAR    *first  = in.at;
     QV_INT            result = 0;
+
+    // The first 18 digits of base 10 cannot leave the range.
+    if( base == 10 )
+    {
+        const QV_CHAR *safe = in.at + std::min< ptrdiff_t >( in.end - in.at, 18 );
+
+        while( in.at < safe && *in.at - U'0' <= 9 )
+            result = result * 10 + static_cast< QV_INT >( *in.at++ - U'0' );
+
+        if( negative )
+            result = -result;
+    }
 
     // The sign goes in with each digit, since the lowest value has no positive counterpart.
     for( ; !in.ended(); in.at++ )

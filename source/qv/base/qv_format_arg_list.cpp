@@ -36,8 +36,8 @@ struct Modifiers
 class Engine
 {
 public:
-    Engine( QV_STRING *fmt, va_list *argList ) :
-        at_( qv::chars( fmt ) ), end_( qv::chars( fmt ) + fmt->length ), argList_( argList )
+    Engine( const QV_CHAR *fmt, QV_INT length, va_list *argList ) :
+        at_( fmt ), end_( fmt + length ), argList_( argList )
     {
     }
 
@@ -47,9 +47,7 @@ public:
 
         while( true )
         {
-            const QV_CHAR *percent = std::find( at_, end_, U'%' );
-            text_.append( at_, percent - at_ );
-            at_ = percent;
+            copyLiteral();
 
             if( at_ == end_ )
                 break;
@@ -65,6 +63,16 @@ public:
     }
 
 private:
+    void copyLiteral()
+    {
+        QV_CHAR *start = text_.room( end_ - at_ ), *to = start;
+
+        while( at_ != end_ && *at_ != U'%' )
+            *to++ = *at_++;
+
+        text_.extend( to - start );
+    }
+
     void checkMore() const
     {
         if( at_ == end_ )
@@ -84,10 +92,25 @@ private:
             return true;
         }
 
-        // A sign or white space in front would be read too, so there has to be a digit.
-        QV_INT consumed;
+        // A short number of ASCII digits with a visible character behind it is read here, as the decoder would.
+        QV_INT         value = 0, consumed;
+        const QV_CHAR *at = at_, *safe = at + std::min< ptrdiff_t >( end_ - at, 18 );
 
-        if( *at_ < 128 ? *at_ - U'0' > 9 : !qvFormatTryDecodeIntChars( at_, 1, 10, nullptr, nullptr ) )
+        while( at < safe && *at - U'0' <= 9 )
+            value = value * 10 + static_cast< QV_INT >( *at++ - U'0' );
+
+        if( at < safe && *at > U' ' && *at < 128 )
+        {
+            if( at == at_ )
+                return false;
+
+            at_     = at;
+            *number = value;
+            return true;
+        }
+
+        // The decoder would accept a sign or white space in front, but there has to be a digit.
+        if( !qvFormatTryDecodeIntChars( at_, 1, 10, nullptr, nullptr ) )
             return false;
 
         qvFormatTryDecodeIntChars( at_, end_ - at_, 10, number, &consumed );
@@ -135,6 +158,10 @@ private:
     Modifiers readModifiers()
     {
         Modifiers modifiers;
+
+        // All that can stand here lies before the letters, except for these two.
+        if( *at_ >= U'A' && *at_ != U'^' && *at_ != U'~' )
+            return modifiers;
 
         while( readFlag( modifiers ) )
             checkMore();
@@ -322,10 +349,42 @@ private:
 };
 } // namespace
 
+QV_STRING *qv::format( const QV_CHAR *fmt, QV_INT length, va_list *argList )
+{
+    QV_CHECK( argList );
+    return Engine( fmt, length, argList ).run();
+}
+
+namespace
+{
+// Formats are short, and a short one is decoded at once and without a String of its own.
+template< class T >
+QV_STRING *formatOutside(
+    const T *fmt, QV_INT length, va_list *argList, QV_INT ( *decode )( QV_CHAR *, QV_INT, const T *, QV_INT ) )
+{
+    const QV_INT    SHORT = 256;
+    qv::TextBuilder text;
+    QV_INT          count = decode( text.room( SHORT ), SHORT, fmt, length );
+
+    if( count > SHORT )
+        decode( text.room( count ), count, fmt, length );
+
+    return qv::format( text.chars(), count, argList );
+}
+} // namespace
+
+QV_STRING *qv::formatCstr( const char *fmt, QV_INT length, va_list *argList )
+{
+    return formatOutside( fmt, length, argList, qvCharsConvertFromCstr );
+}
+
+QV_STRING *qv::formatWcstr( const wchar_t *fmt, QV_INT length, va_list *argList )
+{
+    return formatOutside( fmt, length, argList, qvCharsConvertFromWcstr );
+}
+
 QV_STRING *qv___FormatArgList( QV_STRING *fmt, va_list *argList )
 {
     QV_CHECK( fmt );
-    QV_CHECK( argList );
-
-    return Engine( fmt, argList ).run();
+    return qv::format( qv::chars( fmt ), fmt->length, argList );
 }

@@ -16,12 +16,21 @@ QV_API QV_INT qv___FormatEncodeBase( QV_CHAR *dest, QV_INT base, QV_INT flags );
 #ifdef __cplusplus
 namespace qv
 {
-/** Text that is put together piece by piece and becomes a String once: a short one never moves. What is put in has to
-    be made of proper characters. */
+/** Text that is put together and becomes a String once. What is put in has to be made of proper characters. */
 class TextBuilder
 {
 public:
-    TextBuilder()
+    /** For many pieces: a short text is kept here. */
+    TextBuilder() : capacity_( sizeof( own_ ) / sizeof( QV_CHAR ) )
+    {
+    }
+
+    struct OnePiece
+    {
+    };
+
+    /** For one piece, which gets a block of its size. */
+    explicit TextBuilder( OnePiece ) : capacity_( 0 )
     {
     }
 
@@ -33,6 +42,11 @@ public:
 
     TextBuilder( const TextBuilder & ) = delete;
     TextBuilder &operator=( const TextBuilder & ) = delete;
+
+    const QV_CHAR *chars() const
+    {
+        return chars_;
+    }
 
     /** The place behind the text, with room for so many characters. They belong to the text when it is extended. */
     QV_CHAR *room( QV_INT count )
@@ -56,26 +70,24 @@ public:
         return place;
     }
 
-    void append( const QV_CHAR *chs, QV_INT count )
-    {
-        QV_CHAR *place = append( count );
-
-        for( QV_INT i = 0; i < count; i++ )
-            place[i] = chs[i];
-    }
-
     /** The text as a new String. The builder is of no use afterwards. */
     QV_STRING *give();
 
 private:
+    void resize( QV_INT capacity );
     void grow( QV_INT count );
     void freeBlock();
 
-    QV_CHAR *chars_    = own_;
-    QV_INT   length_   = 0;
-    QV_INT   capacity_ = sizeof( own_ ) / sizeof( QV_CHAR );
+    QV_CHAR *chars_  = own_;
+    QV_INT   length_ = 0;
+    QV_INT   capacity_;
     QV_CHAR  own_[256];
 };
+
+/** The engine with a format of characters, and of text from outside. */
+QV_STRING *format( const QV_CHAR *fmt, QV_INT length, va_list *argList );
+QV_STRING *formatCstr( const char *fmt, QV_INT length, va_list *argList );
+QV_STRING *formatWcstr( const wchar_t *fmt, QV_INT length, va_list *argList );
 
 /** The encoders of qv_format.h with their checks, at the end of a text. */
 void encodeBool( TextBuilder &text, QV_BOOL value, QV_INT minWidth, QV_INT flags );

@@ -104,7 +104,7 @@ void freeString( QV_OBJ *thisObj )
     if( qvs->chars )
     {
         qvMemFree( qvs->chars );
-        qv___ObjDbgSetAllocationSize( qvs, 0 );
+        qvs->dbgAllocationSize = 0; // without an atomic operation, since nobody else is left
     }
 }
 
@@ -449,8 +449,7 @@ QV_STRING *qvStringCreateFromFormatCstr( const char *fmt, QV_INT fmtLength, ... 
 
 QV_STRING *qvStringCreateFromFormatCstrArgList( const char *fmt, QV_INT fmtLength, va_list *argList )
 {
-    qv::Ref< QV_STRING > format( qvStringCreateFromCstr( fmt, fmtLength ) );
-    return qvStringCreateFromFormatArgList( format, argList );
+    return qv::formatCstr( fmt, fmtLength, argList );
 }
 
 QV_STRING *qvStringCreateFromFormatWcstr( const wchar_t *fmt, QV_INT fmtLength, ... )
@@ -465,8 +464,7 @@ QV_STRING *qvStringCreateFromFormatWcstr( const wchar_t *fmt, QV_INT fmtLength, 
 
 QV_STRING *qvStringCreateFromFormatWcstrArgList( const wchar_t *fmt, QV_INT fmtLength, va_list *argList )
 {
-    qv::Ref< QV_STRING > format( qvStringCreateFromWcstr( fmt, fmtLength ) );
-    return qvStringCreateFromFormatArgList( format, argList );
+    return qv::formatWcstr( fmt, fmtLength, argList );
 }
 
 /* Reading -------------------------------------------------------------------------------------------------------- */
