@@ -62,7 +62,9 @@ TEST( Print, StacksStartWithTheCaller )
     std::u32string stack = takePrinted();
 
     EXPECT_NE( std::u32string::npos, stack.find( U"test_io" ) );
+#ifndef __SANITIZE_ADDRESS__ // whose own frame comes on top
     EXPECT_EQ( std::u32string::npos, stack.find( U"qvPrintStackTrace" ) );
+#endif
     EXPECT_EQ( std::u32string::npos, stack.find( U"qvStackTraceCreate" ) );
 }
 

@@ -15,6 +15,7 @@
 #include "qv/io/qv_char_source.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_mem.h"
 
 #include <cstring>
 
@@ -168,8 +169,13 @@ QV_INT valueOr( QV_OBJ *found, QV_INT otherwise )
 
 void enterName( const char *ascii, QV_INT length, QV_BOXED_INT *charset )
 {
-    Ref< QV_STRING > name = text( ascii, length );
-    qvStringToCaseFold( name.at() );
+    // Folded here: qvStringToCaseFold() would leave every one of the names with room to grow.
+    QV_CHAR *folded = static_cast< QV_CHAR * >( qvMemAllocN( length, sizeof( QV_CHAR ) ) );
+
+    for( QV_INT i = 0; i < length; i++ )
+        folded[i] = static_cast< QV_CHAR >( ascii[i] >= 'A' && ascii[i] <= 'Z' ? ascii[i] + ( 'a' - 'A' ) : ascii[i] );
+
+    Ref< QV_STRING > name( qvStringCreateFromCharsUse( folded, length ) );
     qvDictSetStringKey( &qv___CharsetFromIanaNameDict, name, qvBoxedIntObj( charset ) );
 }
 
@@ -181,7 +187,7 @@ void enter( QV_INT cs )
 
     qvEnumSetEnumerantCstr( &qv___CharsetEnum, row.enumerant, -1, cs );
     qvDictSetIntKey( &qv___CharsetToIanaNameDict, cs, qvStringObj( name ) );
-    enterName( row.ianaName, -1, charset );
+    enterName( row.ianaName, qvStringLength( name ), charset );
 
     for( const char *alias = row.aliases; *alias; )
     {
