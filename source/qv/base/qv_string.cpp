@@ -722,6 +722,16 @@ void qvStringPrependChar( QV_STRING **dest, QV_CHAR ch )
     qvStringPrependChars( dest, &ch, 1 );
 }
 
+namespace
+{
+__attribute__( ( noinline ) ) void appendCharSlowly( QV_STRING **dest, QV_CHAR ch )
+{
+    qvStringInsertChars( dest, (*dest)->length, &ch, 1 );
+}
+} // namespace
+
+// The loops that build a text character by character end here. Where there is a free place behind some text that
+// nobody else holds, a few instructions do it, without a frame for the call.
 void qvStringAppendChar( QV_STRING **dest, QV_CHAR ch )
 {
     QV_CHECK( dest );
@@ -729,16 +739,14 @@ void qvStringAppendChar( QV_STRING **dest, QV_CHAR ch )
 
     QV_STRING *qvs = *dest;
 
-    // The loops that build a text character by character end here: a free place, nobody else, nothing to check twice.
-    if( __builtin_expect( qvs->bspace > 0 && qvs->length > 0 && QV_CHAR_OK( ch ) && !qv::isShared( qvs ), 1 ) )
-    {
-        qvs->chars[qvs->fspace + qvs->length] = ch;
-        qvs->length++;
-        qvs->bspace--;
-        return;
-    }
+    if( __builtin_expect( qv::isShared( qvs ) || qvs->bspace == 0 || qvs->length == 0 || !QV_CHAR_OK( ch ), 0 ) )
+        return appendCharSlowly( dest, ch );
 
-    qvStringInsertChars( dest, qvs->length, &ch, 1 );
+    QV_INT length = qvs->length;
+
+    qvs->chars[qvs->fspace + length] = ch;
+    qvs->length                      = length + 1;
+    qvs->bspace--;
 }
 
 /* Delimited ------------------------------------------------------------------------------------------------------ */
@@ -1190,14 +1198,14 @@ QV_BOOL qvStringEqualsCaseFoldWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT
         return qvString##Where##WithChars( qvs, &ch, 1 );                                                              \
     }                                                                                                                  \
                                                                                                                        \
-    QV_BOOL qvString##Where##WithCstr( QV_STRING *qvs, const char *text, QV_INT length )                              \
+    QV_BOOL qvString##Where##WithCstr( QV_STRING *qvs, const char *text, QV_INT length )                               \
     {                                                                                                                  \
-        return qvString##Where##With( qvs, asString( text, length ) );                                                    \
+        return qvString##Where##With( qvs, asString( text, length ) );                                                 \
     }                                                                                                                  \
                                                                                                                        \
     QV_BOOL qvString##Where##WithWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length )                           \
     {                                                                                                                  \
-        return qvString##Where##With( qvs, asString( text, length ) );                                                     \
+        return qvString##Where##With( qvs, asString( text, length ) );                                                 \
     }
 
 STANDS( Begins, 0 )
