@@ -12,8 +12,8 @@
             ...                                         // port is 0 or host null, whichever failed first
 
     Bytes may come from anywhere. What cannot be read sets the Decoder's error, which stays: every later Try fails at
-    once, so that a whole record can be read and its success tested once. Nothing that bytes hold ends the process or
-    makes the Decoder allocate more than a small multiple of their number.
+    once, so that a whole record can be read and its success tested once. Nothing that bytes hold ends the process, and
+    a length that they don't bear out fails before anything is allocated for it.
 
     Every Try gives whether it succeeded. It first clears its out value, which may be null to skip a value: a number
     becomes 0, a reference is released and becomes null, so that a variable with a reference can be used again and one
