@@ -267,8 +267,8 @@ QV_API void qvStoreDelStoreFormatWcstr( QV_STORE **store, const wchar_t *format,
 /** The lines of the text form: a new Vector of Strings. */
 QV_API QV_VECTOR *qvStoreEncodeToStringVector( QV_STORE *store );
 
-/** A new store of what the lines hold. Anything but Strings in `vector` ends the process. */
-QV_API QV_STORE *qvStoreDecodeFromStringVector( QV_VECTOR *vector );
+/** A new store of what the lines hold. Anything but Strings in `vec` ends the process. */
+QV_API QV_STORE *qvStoreDecodeFromStringVector( QV_VECTOR *vec );
 
 /** The text form in UTF-8, each line with a line feed: a new Buffer, empty for an empty store. */
 QV_API QV_BUFFER *qvStoreEncodeToTextBuffer( QV_STORE *store );

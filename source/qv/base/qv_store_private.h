@@ -39,10 +39,10 @@ QV_API QV_INT qv___StoreParseLine( QV_STRING *line, QV_STRING **path, QV_STRING 
 QV_API QV_STRING *qv___StoreEncodeLine( QV_STRING *path, QV_STRING *value );
 
 /** Appends the lines of a store, each with `prefix` in front. */
-QV_API void qv___StoreEncodeToStringVector( QV_STORE *store, QV_VECTOR **vector, QV_STRING *prefix );
+QV_API void qv___StoreEncodeToStringVector( QV_STORE *store, QV_VECTOR **vec, QV_STRING *prefix );
 
 /** Reads lines that stand `depth` sub-stores deep. */
-QV_API QV_STORE *qv___StoreDecodeFromStringVector( QV_VECTOR *vector, QV_INT depth );
+QV_API QV_STORE *qv___StoreDecodeFromStringVector( QV_VECTOR *vec, QV_INT depth );
 QV_API QV_STORE *qv___StoreTryDecodeFromDecoder( QV_DECODER *decoder, QV_INT depth );
 
 #endif
