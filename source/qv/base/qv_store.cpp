@@ -619,7 +619,9 @@ private:
         else
         {
             int more = ch < 0x800 ? 1 : ch < 0x10000 ? 2 : 3;
-            *to++    = static_cast< Unit >( ( 0xF00 >> more & 0xFF & ~( 0xFF >> ( more + 1 ) ) ) | ch >> more * 6 );
+            int lead = more == 1 ? 0xC0 : more == 2 ? 0xE0 : 0xF0;
+
+            *to++ = static_cast< Unit >( lead | ch >> more * 6 );
 
             while( more-- > 0 )
                 *to++ = static_cast< Unit >( 0x80 | ( ch >> more * 6 & 0x3F ) );

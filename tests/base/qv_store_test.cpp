@@ -1,0 +1,622 @@
+#include "qv_test_support.h"
+
+#include "qv/base/qv_buffer.h"
+#include "qv/base/qv_decoder.h"
+#include "qv/base/qv_store.h"
+#include "qv/base/qv_store_private.h"
+#include "qv/base/qv_vector.h"
+#include "qv/charset/qv_charset.h"
+#include "qv/io/qv_buffer_byte_source.h"
+#include "qv/io/qv_byte_source.h"
+#include "qv/io/qv_char_source.h"
+#include "qv/io/qv_line_source.h"
+#include "qv/io/qv_nlf_line_source.h"
+
+#include <map>
+#include <random>
+#include <vector>
+
+using qv::Ref;
+using namespace qv::test;
+
+namespace
+{
+using Lines = std::vector< std::string >;
+
+Ref< QV_VECTOR > vectorOf( const std::vector< std::u32string > &lines )
+{
+    Ref< QV_VECTOR > vec( qvVectorCreate() );
+
+    for( const std::u32string &line : lines )
+        qvVectorAppendObj( vec.at(), qv::obj( text( line ).get() ) );
+
+    return vec;
+}
+
+Lines linesOf( QV_VECTOR *vec )
+{
+    Lines lines;
+
+    for( QV_INT i = 0; i < qvVectorLength( vec ); i++ )
+    {
+        Ref< QV_OBJ > line( qvVectorObjAt( vec, i ) );
+        lines.push_back( utf8( qvStringFrom( line ) ) );
+    }
+
+    return lines;
+}
+
+// The text form of a store, which tells all that it holds.
+Lines linesOf( QV_STORE *store )
+{
+    return linesOf( Ref< QV_VECTOR >( qvStoreEncodeToStringVector( store ) ) );
+}
+
+Ref< QV_STORE > storeOf( const Lines &lines )
+{
+    Ref< QV_VECTOR > vec( qvVectorCreate() );
+
+    for( const std::string &line : lines )
+        qvVectorAppendObj( vec.at(), qv::obj( text( line ).get() ) );
+
+    return Ref< QV_STORE >( qvStoreDecodeFromStringVector( vec ) );
+}
+
+Ref< QV_BUFFER > bufferOf( std::string_view bytes )
+{
+    return Ref< QV_BUFFER >( qvBufferCreateFromBytesCopy( bytes.data(), static_cast< QV_INT >( bytes.size() ) ) );
+}
+
+std::string bytesOf( QV_BUFFER *buffer )
+{
+    return { static_cast< const char * >( static_cast< const void * >( qvBufferBacking( buffer ) ) ),
+             static_cast< size_t >( qvBufferLength( buffer ) ) };
+}
+
+Ref< QV_STORE > fromText( std::string_view bytes )
+{
+    return Ref< QV_STORE >( qvStoreTryDecodeFromTextBuffer( bufferOf( bytes ) ) );
+}
+
+Ref< QV_STORE > fromBinary( std::string_view bytes )
+{
+    return Ref< QV_STORE >( qvStoreTryDecodeFromBuffer( bufferOf( bytes ) ) );
+}
+
+std::string binaryOf( QV_STORE *store )
+{
+    return bytesOf( Ref< QV_BUFFER >( qvStoreEncodeToBuffer( store ) ) );
+}
+
+std::string repeat( std::string_view part, int times )
+{
+    std::string result;
+
+    while( times-- > 0 )
+        result += part;
+
+    return result;
+}
+} // namespace
+
+/* The grid ------------------------------------------------------------------------------------------------------- */
+
+#define LIST( ... ) __VA_ARGS__
+
+// Calls all forms of a reading operation, each of which has to name the address "a1" at index 1.
+#define EXPECT_FORMS_WITHOUT_AT( Name, front, accept )                                                                 \
+    accept( qvStore##Name( LIST front, text( "a1" ) ) );                                                               \
+    accept( qvStore##Name##Cstr( LIST front, "a1", -1 ) );                                                             \
+    accept( qvStore##Name##Wcstr( LIST front, L"a12", 2 ) );                                                           \
+    accept( qvStore##Name##Format( LIST front, text( "%lc%i" ), "a", QV_INT( 1 ) ) );                                  \
+    accept( qvStore##Name##FormatCstr( LIST front, "%lc%i?", 5, "a", QV_INT( 1 ) ) );                                  \
+    accept( qvStore##Name##FormatWcstr( LIST front, L"%lc%i", -1, "a", QV_INT( 1 ) ) )
+
+#define EXPECT_FORMS( Name, front, accept )                                                                            \
+    accept( qvStore##Name##At( LIST front, 1 ) );                                                                      \
+    EXPECT_FORMS_WITHOUT_AT( Name, front, accept )
+
+// Calls all forms of a changing operation, each on its own store; `behind` starts with a comma if there is a value.
+#define EXPECT_CHANGES( Name, behind, ... )                                                                            \
+    for( int form = 0; form < 7; form++ )                                                                              \
+    {                                                                                                                  \
+        Ref< QV_STORE > s = Ref< QV_STORE >::share( base );                                                            \
+        switch( form )                                                                                                 \
+        {                                                                                                              \
+        case 0: qvStore##Name( s.at(), text( "a1" ) LIST behind ); break;                                              \
+        case 1: qvStore##Name##At( s.at(), 1 LIST behind ); break;                                                     \
+        case 2: qvStore##Name##Cstr( s.at(), "a1", 2 LIST behind ); break;                                             \
+        case 3: qvStore##Name##Wcstr( s.at(), L"a1", -1 LIST behind ); break;                                          \
+        case 4: qvStore##Name##Format( s.at(), text( "a%i" ) LIST behind, QV_INT( 1 ) ); break;                        \
+        case 5: qvStore##Name##FormatCstr( s.at(), "a%i", -1 LIST behind, QV_INT( 1 ) ); break;                        \
+        case 6: qvStore##Name##FormatWcstr( s.at(), L"a%i", 3 LIST behind, QV_INT( 1 ) ); break;                       \
+        }                                                                                                              \
+        EXPECT_EQ( ( Lines { __VA_ARGS__ } ), linesOf( s ) ) << form;                                                  \
+    }                                                                                                                  \
+    EXPECT_EQ( before, linesOf( base ) )
+
+TEST( Store, EveryFormReachesTheSameEntry )
+{
+    const Lines     before = { "a0=0", "a1=7", "a2=x", "a1.k=v" };
+    Ref< QV_STORE > base   = storeOf( before );
+    Ref< QV_STORE > sub    = storeOf( { "s=t" } );
+
+#define TRUE_RESULT( call )  EXPECT_EQ( QV_TRUE, call )
+#define VALUE_RESULT( call ) EXPECT_EQ( "7", take( call ) )
+#define STORE_RESULT( call ) EXPECT_EQ( Lines { "k=v" }, linesOf( Ref< QV_STORE >( call ) ) )
+#define SCAN_RESULT( call )                                                                                            \
+    truth = QV_FALSE, number = 0, real = 0.0;                                                                          \
+    EXPECT_EQ( QV_TRUE, call );                                                                                        \
+    EXPECT_EQ( 7.0 + QV_TRUE, real + number + truth + ( truth ? 7 : QV_TRUE ) )
+
+    QV_BOOL truth;
+    QV_INT  number;
+    QV_REAL real;
+
+    EXPECT_FORMS_WITHOUT_AT( HasAddress, ( base ), TRUE_RESULT );
+    EXPECT_FORMS( HasValue, ( base ), TRUE_RESULT );
+    EXPECT_FORMS( HasValueBool, ( base ), TRUE_RESULT );
+    EXPECT_FORMS( HasValueInt, ( base ), TRUE_RESULT );
+    EXPECT_FORMS( HasValueReal, ( base ), TRUE_RESULT );
+    EXPECT_FORMS( HasStore, ( base ), TRUE_RESULT );
+    EXPECT_FORMS( Value, ( base ), VALUE_RESULT );
+    EXPECT_FORMS( Store, ( base ), STORE_RESULT );
+    EXPECT_FORMS( ValueBool, LIST( ( base, &truth ) ), SCAN_RESULT );
+    EXPECT_FORMS( ValueInt, LIST( ( base, &number ) ), SCAN_RESULT );
+    EXPECT_FORMS( ValueReal, LIST( ( base, &real ) ), SCAN_RESULT );
+
+    EXPECT_CHANGES( SetValue, (, text( "n" ) ), "a0=0", "a1=n", "a2=x", "a1.k=v" );
+    EXPECT_CHANGES( SetValueBool, (, QV_TRUE ), "a0=0", "a1=true", "a2=x", "a1.k=v" );
+    EXPECT_CHANGES( SetValueInt, (, QV_INT_MIN ), "a0=0", "a1=-9223372036854775808", "a2=x", "a1.k=v" );
+    EXPECT_CHANGES( SetValueReal, (, 1.5 ), "a0=0", "a1=1.500000", "a2=x", "a1.k=v" );
+    EXPECT_CHANGES( SetStore, (, sub.get() ), "a0=0", "a1=7", "a2=x", "a1.s=t" );
+    EXPECT_CHANGES( DelValue, (), "a0=0", "a2=x", "a1.k=v" );
+    EXPECT_CHANGES( DelStore, (), "a0=0", "a1=7", "a2=x" );
+}
+
+TEST( Store, TypedValuesAreReadFromEndToEnd )
+{
+    struct Case
+    {
+        const char *text;
+        bool        isBool, isInt, isReal;
+        QV_BOOL     truth;
+        QV_INT      number;
+        QV_REAL     real;
+    };
+
+    const Case cases[] = {
+        { "true", true, false, false, QV_TRUE, 0, 0.0 },  { "FALSE ", true, false, false, QV_FALSE, 0, 0.0 },
+        { "-12", true, true, true, QV_TRUE, -12, -12.0 }, { "0x10", true, true, true, QV_TRUE, 16, 16.0 },
+        { "2,5", true, false, true, QV_TRUE, 0, 2.5 },    { "0", true, true, true, QV_FALSE, 0, 0.0 },
+        { "12 x", false, false, false, 0, 0, 0.0 },       { "abc", false, false, false, 0, 0, 0.0 },
+        { "", false, false, false, 0, 0, 0.0 },           { "truely", false, false, false, 0, 0, 0.0 },
+        { "9223372036854775808", true, false, true, QV_TRUE, 0, 9223372036854775808.0 },
+    };
+
+    for( const Case &c : cases )
+    {
+        Ref< QV_STORE > store = storeOf( { std::string( "a=" ) + c.text } );
+        QV_BOOL         truth  = 9;
+        QV_INT          number = 9;
+        QV_REAL         real   = 9.0;
+
+        EXPECT_EQ( c.isBool, qvStoreValueBoolCstr( store, &truth, "a", -1 ) ) << c.text;
+        EXPECT_EQ( c.isInt, qvStoreValueIntCstr( store, &number, "a", -1 ) ) << c.text;
+        EXPECT_EQ( c.isReal, qvStoreValueRealCstr( store, &real, "a", -1 ) ) << c.text;
+        EXPECT_EQ( c.truth, truth ) << c.text;
+        EXPECT_EQ( c.number, number ) << c.text;
+        EXPECT_EQ( c.real, real ) << c.text;
+        EXPECT_EQ( c.isInt, qvStoreHasValueIntCstr( store, "a", -1 ) );
+        EXPECT_EQ( QV_TRUE, qvStoreHasValueCstr( store, "a", -1 ) );
+    }
+
+    QV_INT number = 9;
+    EXPECT_EQ( QV_FALSE, qvStoreValueIntCstr( storeOf( { "a.b=1" } ), &number, "a", -1 ) );
+    EXPECT_EQ( 0, number );
+    EXPECT_EQ( nullptr, qvStoreValueAt( storeOf( { "a.b=1" } ), 0 ) );
+}
+
+/* The tree ------------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+// A store said the plain way, copied whole.
+struct Model
+{
+    std::map< std::string, std::string > values;
+    std::map< std::string, Model >       stores;
+
+    void merge( const Model &other )
+    {
+        values.insert( other.values.begin(), other.values.end() );
+
+        for( auto &[address, sub] : other.stores )
+            stores[address].merge( sub );
+    }
+
+    void write( Lines &lines, const std::string &prefix = "" ) const
+    {
+        for( auto &[address, value] : values )
+            lines.push_back( prefix + address + "=" + value );
+
+        for( auto &[address, sub] : stores )
+        {
+            if( sub.values.empty() && sub.stores.empty() )
+                lines.push_back( prefix + address + "." );
+
+            sub.write( lines, prefix + address + "." );
+        }
+    }
+
+    size_t size() const
+    {
+        size_t result = values.size() + stores.size();
+
+        for( auto &[address, sub] : stores )
+            result += sub.size();
+
+        return result;
+    }
+};
+} // namespace
+
+TEST( Store, RandomWalkAgreesWithNestedMaps )
+{
+    std::mt19937      random( 61 );
+    const std::string addresses[] = { "10", "2", "A", "_x", "a", "a-b", "b" };
+
+    for( int walk = 0; walk < 30; walk++ )
+    {
+        Ref< QV_STORE > stores[3];
+        Model           models[3];
+
+        for( Ref< QV_STORE > &store : stores )
+            store.reset( qvStoreCreate() );
+
+        for( int step = 0; step < 200; step++ )
+        {
+            size_t             to = random() % 3, from = random() % 3;
+            const std::string &at      = addresses[random() % std::size( addresses )];
+            Ref< QV_STRING >   address = text( at );
+            std::string        value   = std::to_string( random() % 100 );
+
+            switch( random() % 9 )
+            {
+            case 0: case 1: case 2:
+                qvStoreSetValue( stores[to].at(), address, text( value ) );
+                models[to].values[at] = value;
+                break;
+
+            case 3:
+                qvStoreDelValue( stores[to].at(), address );
+                models[to].values.erase( at );
+                break;
+
+            case 4: case 5:
+                if( models[to].size() + models[from].size() < 300 )
+                {
+                    qvStoreSetStore( stores[to].at(), address, stores[from] );
+                    Model copy             = models[from];
+                    models[to].stores[at] = copy;
+                }
+                break;
+
+            case 6:
+                qvStoreDelStore( stores[to].at(), address );
+                models[to].stores.erase( at );
+                break;
+
+            case 7:
+                if( models[to].size() + models[from].size() < 300 )
+                {
+                    Model copy = models[from];
+                    qvStoreMerge( stores[to].at(), stores[from] );
+                    models[to].merge( copy );
+                }
+                break;
+
+            case 8: // one store is the other's, or a sub-store of it
+                stores[to] = Ref< QV_STORE >::share( stores[from] );
+                models[to] = Model( models[from] );
+
+                if( models[to].stores.count( at ) )
+                {
+                    stores[to].reset( qvStoreStore( stores[to], address ) );
+                    models[to] = Model( models[to].stores[at] );
+                }
+                break;
+            }
+
+            for( int i = 0; i < 3; i++ )
+            {
+                Lines expected;
+                models[i].write( expected );
+                ASSERT_EQ( expected, linesOf( stores[i] ) );
+            }
+
+            std::map< std::string, int > all;
+
+            for( auto &entry : models[to].values )
+                all[entry.first];
+
+            for( auto &entry : models[to].stores )
+                all[entry.first];
+
+            Lines inOrder;
+
+            for( auto &entry : all )
+                inOrder.push_back( entry.first );
+
+            ASSERT_EQ( inOrder, linesOf( Ref< QV_VECTOR >( qvStoreAddressesVector( stores[to] ) ) ) );
+        }
+
+        for( int i = 0; i < 3; i++ )
+        {
+            EXPECT_TRUE( qvStoreEquals( stores[i], fromBinary( binaryOf( stores[i] ) ) ) );
+            EXPECT_TRUE( qvStoreEquals( stores[i], storeOf( linesOf( stores[i] ) ) ) );
+            EXPECT_TRUE( qvStoreEquals(
+                stores[i], fromText( bytesOf( Ref< QV_BUFFER >( qvStoreEncodeToTextBuffer( stores[i] ) ) ) ) ) );
+        }
+    }
+}
+
+TEST( Store, WritingDoesNotCopyWhatNobodyElseHolds )
+{
+    Ref< QV_STORE > store = storeOf( { "a.b.c=1", "v=1" } ), other = storeOf( { "a.b.d=2" } );
+    QV_STORE       *top   = store;
+
+    QV_STORE *sub = qvStoreStoreCstr( store, "a", -1 );
+    qvStoreRelease( sub );
+    qvStoreMerge( store.at(), other );
+    EXPECT_EQ( sub, Ref< QV_STORE >( qvStoreStoreCstr( store, "a", -1 ) ).get() );
+    EXPECT_EQ( top, store.get() );
+
+    // A copy shares everything; then a write leaves the level that it doesn't touch.
+    Ref< QV_STORE > copy( qvStoreCreateFrom( store ) );
+    qvStoreSetValueCstr( copy.at(), "v", -1, text( "2" ) );
+    EXPECT_EQ( sub, Ref< QV_STORE >( qvStoreStoreCstr( copy, "a", -1 ) ).get() );
+    EXPECT_EQ( ( Lines { "v=1", "a.b.c=1", "a.b.d=2" } ), linesOf( store ) );
+
+    // Deleting what isn't there copies nothing.
+    Ref< QV_STORE > shared = Ref< QV_STORE >::share( store );
+    qvStoreDelStoreCstr( shared.at(), "v", -1 );
+    qvStoreDelValueCstr( shared.at(), "a", -1 );
+    EXPECT_EQ( store.get(), shared.get() );
+}
+
+TEST( Store, OrderIsByAddressesThenValuesThenStores )
+{
+    const Lines ascending[] = {
+        {}, { "a=1" }, { "a=1", "b=1" }, { "a=1", "b=2" }, { "a=1", "b.x=1" }, { "a=2" }, { "a.x=1" }, { "b=0" } };
+
+    // The addresses decide first, and a sub-store's address counts like a value's.
+    const int expected[] = { 0, 1, 4, 5, 3, 2, 6, 7 };
+    (void)expected;
+
+    for( const Lines &a : ascending )
+        for( const Lines &b : ascending )
+        {
+            Ref< QV_STORE > x = storeOf( a ), y = storeOf( b );
+            EXPECT_EQ( a == b, qvStoreEquals( x, y ) == QV_TRUE );
+            EXPECT_EQ( qvStoreCompare( x, y ), -qvStoreCompare( y, x ) );
+        }
+
+    EXPECT_EQ( -1, qvStoreCompare( storeOf( { "a=2" } ), storeOf( { "a=1", "b=1" } ) ) );
+    EXPECT_EQ( -1, qvStoreCompare( storeOf( { "a=1" } ), storeOf( { "a=2" } ) ) );
+    EXPECT_EQ( -1, qvStoreCompare( storeOf( { "a.x=1" } ), storeOf( { "a.x=2" } ) ) );
+}
+
+/* Text form ------------------------------------------------------------------------------------------------------ */
+
+TEST( Store, LinesAreReadLeniently )
+{
+    struct Case
+    {
+        Lines lines, canonical;
+    };
+
+    const Case cases[] = {
+        { { "" }, {} },
+        { { "a.", "b.c." }, { "a.", "b.c." } },
+        { { "x.y=1", "z=2", "x.w=3" }, { "z=2", "x.w=3", "x.y=1" } },
+        { { "a=1", "a=2", "a.b=3", "a." }, { "a=2", "a.b=3" } },
+        { { " key = value ", "\xC2\xA0 n \t=", "a . b = .c=d" }, { "key= value ", "n=", "a.b= .c=d" } },
+        { { "#note=1", "a b=1", "text", "=1", ".a=1", " =1", "\xC3\xA4=1", "b" }, {} },
+        { { "a.#note=1", "b.text", "c. ", "d.=1", "e..=" }, { "a.", "b.", "c.", "d.", "e." } },
+        { { "a=%zz", "b=%", "c=%%%", "d=%00004", "e=%00004G" }, { "a=%%zz", "b=%%", "c=%%%%", "d=%%00004", "e=%%00004G" } },
+        { { "a=%000041%00004aZ%%000041", "b=%00000A%1f600", "c=%01F600" },
+          { "a=AJZ%%000041", "b=%00000a%%1f600", "c=\xF0\x9F\x98\x80" } },
+        { { "a=%110000", "b=%10ffff", "c=%+00041", "d=% 0041 ", "e=%-00001" },
+          { "a=%%110000", "b=\xF4\x8F\xBF\xBF", "c=%%+00041", "d=%% 0041 ", "e=%%-00001" } },
+        { { "p.a=1", "p.a.x=2", "p.b=3", "p.a.y=4", "q.a=5", "p.", "p.a." },
+          { "p.a=1", "p.b=3", "p.a.x=2", "p.a.y=4", "q.a=5" } },
+    };
+
+    for( const Case &c : cases )
+        EXPECT_EQ( c.canonical, linesOf( storeOf( c.lines ) ) );
+}
+
+TEST( Store, EveryCharacterSurvivesTheTextForm )
+{
+    std::u32string all;
+
+    for( char32_t ch = 0; ch < 0x400; ch++ )
+        all += ch;
+
+    all += U"\u2027\u202A\uD7FF\uE000\uFEFF\uFFFD\uFFFF\U00010000\U0010FFFF=.%%";
+    all += std::u32string { 0xD800, 0xDFFF };
+
+    Ref< QV_STORE > store( qvStoreCreate() );
+    qvStoreSetValueCstr( store.at(), "all", -1, text( all ) );
+    qvStoreSetValueCstr( store.at(), "short", -1, text( "\n%\x7F" ) );
+
+    EXPECT_EQ( "short=%00000a%%%00007f", linesOf( store )[1] );
+    EXPECT_TRUE( qvStoreEquals( store, storeOf( { "short=%00000a%%%00007f" } ) ) == QV_FALSE );
+
+    Ref< QV_VECTOR > lines( qvStoreEncodeToStringVector( store ) );
+    EXPECT_TRUE( qvStoreEquals( store, Ref< QV_STORE >( qvStoreDecodeFromStringVector( lines ) ) ) );
+
+    Ref< QV_BUFFER > bytes( qvStoreEncodeToTextBuffer( store ) );
+    EXPECT_TRUE( qvStoreEquals( store, Ref< QV_STORE >( qvStoreTryDecodeFromTextBuffer( bytes ) ) ) );
+
+    EXPECT_EQ( "", bytesOf( Ref< QV_BUFFER >( qvStoreEncodeToTextBuffer( storeOf( {} ) ) ) ) );
+    EXPECT_EQ( "a=\xC3\xA4\nb.\n", bytesOf( Ref< QV_BUFFER >( qvStoreEncodeToTextBuffer( storeOf( { "b.", "a=\xC3\xA4" } ) ) ) ) );
+}
+
+// Documents are read from the bytes; the streams below them have to give the same.
+TEST( Store, TextBuffersAreReadAsTheStreamsReadThem )
+{
+    const std::string_view parts[] = {
+        "a", "b.", "long-address", "=", ".", "%", "%00000a", "%002028", " ", "#", "\n", "\n", "\r\n", "\r", "\v", "\f",
+        "a=1\n", "a.b=2\n", "a.b.c=3\n", "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9", "\xEF\xBB\xBF", "\xC3\xA4",
+        "\xF0\x9F\x98\x80", "\xED\xA0\x80", "\xC0\x8A", "\xF4\x90\x80\x80", "\xE2", "\x80", "\xFF", "\xC3" };
+
+    std::mt19937 random( 8 );
+
+    for( int round = 0; round < 3000; round++ )
+    {
+        std::string bytes = random() % 4 ? "" : "\xEF\xBB\xBF";
+        int         count = static_cast< int >( random() % 30 );
+        size_t      limit = random() % 2 ? std::size( parts ) : 26; // half of the documents are well formed
+
+        while( count-- > 0 )
+            bytes += parts[random() % limit];
+
+        Ref< QV_BUFFER >             buffer = bufferOf( bytes );
+        Ref< QV_BUFFER_BYTE_SOURCE > bufferSource( qvBufferByteSourceCreate( buffer ) );
+        Ref< QV_BYTE_SOURCE >        byteSource( qvBufferByteSourceByteSource( bufferSource ) );
+        Ref< QV_CHAR_SOURCE >        charSource( qvCharsetCreateCharSource( byteSource, QV_CHARSET_UTF_8, 0 ) );
+        Ref< QV_NLF_LINE_SOURCE >    nlfSource( qvNlfLineSourceCreate( charSource, 255 ) );
+        Ref< QV_LINE_SOURCE >        lineSource( qvNlfLineSourceLineSource( nlfSource ) );
+        Ref< QV_VECTOR >             lines( qvLineSourceReadLines( lineSource, -1 ) );
+        Ref< QV_STORE >              expected( qvStoreDecodeFromStringVector( lines ) );
+        Ref< QV_STORE >              store( qvStoreTryDecodeFromTextBuffer( buffer ) );
+
+        ASSERT_TRUE( store );
+        ASSERT_EQ( linesOf( expected ), linesOf( store ) ) << ::testing::PrintToString( bytes );
+        ASSERT_TRUE( qvStoreEquals( store, storeOf( linesOf( store ) ) ) );
+        ASSERT_TRUE( qvStoreEquals( store, fromBinary( binaryOf( store ) ) ) );
+    }
+}
+
+TEST( Store, LinesTellWhatTheReaderMakesOfThem )
+{
+    struct Case
+    {
+        std::string line;
+        QV_INT      kind;
+        std::string path, value; // "-" for null
+    };
+
+    const Case cases[] = {
+        { " a . b = %00000a ", QV___STORE_LINE_VALUE, "a.b", " \n " },
+        { "a=", QV___STORE_LINE_VALUE, "a", "" },
+        { "a. b .", QV___STORE_LINE_STORE, "a.b.", "-" },
+        { "", QV___STORE_LINE_EMPTY, "-", "-" },
+        { "a.b.text", QV___STORE_LINE_NO_SEPARATOR, "a.b.", "-" },
+        { " ", QV___STORE_LINE_NO_SEPARATOR, "-", "-" },
+        { "# a = 1", QV___STORE_LINE_BAD_ADDRESS, "-", "-" },
+        { "a.#=1", QV___STORE_LINE_BAD_ADDRESS, "a.", "-" },
+        { repeat( "x.", 99 ) + "y=1", QV___STORE_LINE_VALUE, repeat( "x.", 99 ) + "y", "1" },
+        { repeat( "x.", 100 ), QV___STORE_LINE_STORE, repeat( "x.", 100 ), "-" },
+        { repeat( "x.", 100 ) + "y=1", QV___STORE_LINE_TOO_DEEP, repeat( "x.", 100 ), "-" },
+        { repeat( "x.", 5000 ), QV___STORE_LINE_TOO_DEEP, repeat( "x.", 100 ), "-" },
+    };
+
+    for( const Case &c : cases )
+    {
+        Ref< QV_STRING > path = text( "old" ), value = text( "old" );
+
+        EXPECT_EQ( c.kind, qv___StoreParseLine( text( c.line ), path.at(), value.at() ) ) << c.line;
+        EXPECT_EQ( c.path, path ? utf8( path ) : "-" );
+        EXPECT_EQ( c.value, value ? utf8( value ) : "-" );
+
+        // The canonical line makes the same store.
+        Ref< QV_STORE > read = storeOf( { c.line } );
+        EXPECT_EQ( path ? Lines { take( qv___StoreEncodeLine( path, value ) ) } : Lines {}, linesOf( read ) );
+    }
+}
+
+/* Binary form ---------------------------------------------------------------------------------------------------- */
+
+TEST( Store, BinaryFormIsTheDocumentedOne )
+{
+    using namespace std::string_literals;
+
+    const std::pair< Lines, std::string > cases[] = {
+        { {}, "\x00"s },
+        { { "a=1" }, "\x01\x01\x01\x01"s "a\x01\x01\x01"s "1\x00"s },
+        { { "a=", "a.b." }, "\x01\x01\x01\x01"s "a\x01\x00\x01\x01\x01\x01\x01"s "b\x00\x01\x00"s },
+    };
+
+    for( auto &[lines, bytes] : cases )
+    {
+        EXPECT_EQ( bytes, binaryOf( storeOf( lines ) ) );
+        EXPECT_EQ( lines, linesOf( fromBinary( bytes ) ) );
+        EXPECT_FALSE( fromBinary( bytes + '\0' ) );
+    }
+
+    // Entries without anything, unsorted and repeated ones.
+    EXPECT_EQ(
+        ( Lines { "a=2" } ), linesOf( fromBinary( "\x01\x03\x01\x01"s "b\x00\x00\x01\x01"s "a\x01\x01\x01"s "1\x00\x01\x01"s
+                                                  "a\x01\x01\x01"s "2\x00"s ) ) );
+}
+
+TEST( Store, BinaryReaderSurvivesAnything )
+{
+    using namespace std::string_literals;
+
+    const std::string whole = binaryOf( storeOf( { "a=1", "b.c=\xC3\xA4", "b.d.e=2", "b.f.", "g=" } ) );
+    ASSERT_TRUE( fromBinary( whole ) );
+
+    for( size_t length = 0; length < whole.size(); length++ )
+        EXPECT_FALSE( fromBinary( whole.substr( 0, length ) ) ) << length;
+
+    for( std::string bytes :
+         { "\x81\x01"s, "\x08\x7F\xFF\xFF\xFF\xFF\xFF\xFF\xFF"s, "\x01\x01\x01\x01.\x00\x00"s, "\x01\x01\x00\x00\x00"s,
+           "\x01\x01\x01\x01"s "a\x02\x00"s } )
+        EXPECT_FALSE( fromBinary( bytes ) );
+
+    auto nested = []( int levels ) { return repeat( "\x01\x01\x01\x01"s "a\x00\x01"s, levels ) + "\x00"s; };
+    EXPECT_EQ( Lines { repeat( "a.", 99 ) }, linesOf( fromBinary( nested( 99 ) ) ) );
+    EXPECT_FALSE( fromBinary( nested( 100 ) ) );
+    EXPECT_FALSE( fromBinary( nested( 100000 ) ) );
+
+    std::mt19937 random( 62 );
+
+    for( int round = 0; round < 3000; round++ )
+    {
+        std::string bytes = whole;
+
+        for( int changes = 1 + static_cast< int >( random() % 3 ); changes > 0; changes-- )
+            bytes[random() % bytes.size()] = static_cast< char >( random() % 3 ? random() % 4 : random() );
+
+        if( Ref< QV_STORE > store = fromBinary( bytes ) )
+            EXPECT_TRUE( qvStoreEquals( store, fromBinary( binaryOf( store ) ) ) );
+    }
+
+    // The error goes to the decoder, whatever was wrong.
+    Ref< QV_DECODER > decoder( qvDecoderCreate( bufferOf( "\x01\x01\x01\x01?\x00\x00"s ) ) );
+    EXPECT_EQ( nullptr, qvStoreTryDecodeFromDecoder( decoder ) );
+    EXPECT_EQ( QV_TRUE, qvDecoderError( decoder ) );
+}
+
+TEST( Store, BrokenContractsAreReported )
+{
+    Ref< QV_STORE > store = storeOf( { "a=1" } );
+    QV_STORE       *none  = nullptr;
+
+    EXPECT_BROKEN( qvStoreHasValueCstr( store, "a.b", -1 ), "qvStoreAddressOk( address )" );
+    EXPECT_BROKEN( qvStoreDelStoreCstr( store.at(), "", -1 ), "qvStoreAddressOk( address )" );
+    EXPECT_BROKEN( qvStoreSetValueCstr( store.at(), "a", -1, nullptr ), "value" );
+    EXPECT_BROKEN( qvStoreSetStoreCstr( store.at(), "a", -1, nullptr ), "other" );
+    EXPECT_BROKEN( qvStoreSetValueIntAt( &none, 0, 1 ), "*store" );
+    EXPECT_BROKEN( qvStoreValueAt( none, 0 ), "store" );
+    EXPECT_BROKEN( qvStoreHasValue( store, nullptr ), "address" );
+    EXPECT_BROKEN( qvStoreValueAt( store, 1 ), "idx < dict->length" );
+
+    Ref< QV_VECTOR > vec( qvVectorCreate() );
+    qvVectorAppendObj( vec.at(), qv::obj( store.get() ) );
+    EXPECT_BROKEN( qvStoreDecodeFromStringVector( vec ), "qvVectorContainsOnly( vec, qvStringSort() )" );
+}
