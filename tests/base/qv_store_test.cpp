@@ -23,16 +23,6 @@ namespace
 {
 using Lines = std::vector< std::string >;
 
-Ref< QV_VECTOR > vectorOf( const std::vector< std::u32string > &lines )
-{
-    Ref< QV_VECTOR > vec( qvVectorCreate() );
-
-    for( const std::u32string &line : lines )
-        qvVectorAppendObj( vec.at(), qv::obj( text( line ).get() ) );
-
-    return vec;
-}
-
 Lines linesOf( QV_VECTOR *vec )
 {
     Lines lines;
@@ -387,21 +377,18 @@ TEST( Store, WritingDoesNotCopyWhatNobodyElseHolds )
 
 TEST( Store, OrderIsByAddressesThenValuesThenStores )
 {
-    const Lines ascending[] = {
+    const Lines all[] = {
         {}, { "a=1" }, { "a=1", "b=1" }, { "a=1", "b=2" }, { "a=1", "b.x=1" }, { "a=2" }, { "a.x=1" }, { "b=0" } };
 
-    // The addresses decide first, and a sub-store's address counts like a value's.
-    const int expected[] = { 0, 1, 4, 5, 3, 2, 6, 7 };
-    (void)expected;
-
-    for( const Lines &a : ascending )
-        for( const Lines &b : ascending )
+    for( const Lines &a : all )
+        for( const Lines &b : all )
         {
             Ref< QV_STORE > x = storeOf( a ), y = storeOf( b );
             EXPECT_EQ( a == b, qvStoreEquals( x, y ) == QV_TRUE );
             EXPECT_EQ( qvStoreCompare( x, y ), -qvStoreCompare( y, x ) );
         }
 
+    // The addresses decide first, whatever the values.
     EXPECT_EQ( -1, qvStoreCompare( storeOf( { "a=2" } ), storeOf( { "a=1", "b=1" } ) ) );
     EXPECT_EQ( -1, qvStoreCompare( storeOf( { "a=1" } ), storeOf( { "a=2" } ) ) );
     EXPECT_EQ( -1, qvStoreCompare( storeOf( { "a.x=1" } ), storeOf( { "a.x=2" } ) ) );
@@ -452,7 +439,6 @@ TEST( Store, EveryCharacterSurvivesTheTextForm )
     qvStoreSetValueCstr( store.at(), "short", -1, text( "\n%\x7F" ) );
 
     EXPECT_EQ( "short=%00000a%%%00007f", linesOf( store )[1] );
-    EXPECT_TRUE( qvStoreEquals( store, storeOf( { "short=%00000a%%%00007f" } ) ) == QV_FALSE );
 
     Ref< QV_VECTOR > lines( qvStoreEncodeToStringVector( store ) );
     EXPECT_TRUE( qvStoreEquals( store, Ref< QV_STORE >( qvStoreDecodeFromStringVector( lines ) ) ) );
@@ -593,7 +579,9 @@ TEST( Store, BinaryReaderSurvivesAnything )
             bytes[random() % bytes.size()] = static_cast< char >( random() % 3 ? random() % 4 : random() );
 
         if( Ref< QV_STORE > store = fromBinary( bytes ) )
+        {
             EXPECT_TRUE( qvStoreEquals( store, fromBinary( binaryOf( store ) ) ) );
+        }
     }
 
     // The error goes to the decoder, whatever was wrong.

@@ -64,7 +64,7 @@ T *find( QV_DICT *dict, QV_STRING *key )
 {
     QV_INT idx = qvDictIndexOfObjKey( dict, key );
 
-    return idx < 0 ? nullptr : static_cast< T * >( qv::items( dict )[idx].val );
+    return idx < 0 ? nullptr : static_cast< T * >( dict->items[idx].val );
 }
 
 bool has( QV_DICT *dict, QV_STRING *key )
@@ -639,7 +639,7 @@ private:
 template< class Unit, class EndLine >
 void writeLines( QV_STORE *store, Output< Unit > &prefix, Output< Unit > &out, const EndLine &endLine )
 {
-    QV___DICT_ITEM *items = qv::items( store->values );
+    QV___DICT_ITEM *items = store->values->items;
 
     for( QV_INT i = 0; i < store->values->length; i++ )
     {
@@ -650,7 +650,7 @@ void writeLines( QV_STORE *store, Output< Unit > &prefix, Output< Unit > &out, c
         endLine();
     }
 
-    items = qv::items( store->stores );
+    items = store->stores->items;
 
     for( QV_INT i = 0; i < store->stores->length; i++ )
     {
@@ -801,7 +801,7 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
 
     for( QV_INT i = 0; i < (*store)->stores->length; i++ )
     {
-        QV___DICT_ITEM &item     = qv::items( (*store)->stores )[i];
+        QV___DICT_ITEM &item     = (*store)->stores->items[i];
         QV_STORE       *otherSub = find< QV_STORE >( other->stores, static_cast< QV_STRING * >( item.key ) );
 
         if( !otherSub || otherSub == item.val )
@@ -809,7 +809,7 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
 
         // The sub-store is changed in its place, so that it is copied only if it is shared.
         qv::makePrivate( &(*store)->stores, qvDictCreateFrom );
-        QV___DICT_ITEM &own = qv::items( (*store)->stores )[i];
+        QV___DICT_ITEM &own = (*store)->stores->items[i];
         QV_STORE       *sub = static_cast< QV_STORE * >( own.val );
         qvStoreMerge( &sub, otherSub );
         own.val = sub;
@@ -1252,9 +1252,9 @@ void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
 
     for( QV_INT i = 0; i < store->addresses->length; i++ )
     {
-        QV_STRING *address = static_cast< QV_STRING * >( qv::items( store->addresses )[i].key );
+        QV_STRING *address = static_cast< QV_STRING * >( store->addresses->items[i].key );
         auto       isNext  = [&]( QV_DICT *dict, QV_INT next ) {
-            QV_OBJ *key = next < dict->length ? qv::items( dict )[next].key : nullptr;
+            QV_OBJ *key = next < dict->length ? dict->items[next].key : nullptr;
             return key && ( key == address || qvObjCompare( key, address ) == 0 );
         };
 
@@ -1263,11 +1263,11 @@ void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
 
         qvEncoderEncodeString( encoder, address );
         qvEncoderEncodeOptionalString(
-            encoder, hasValue ? static_cast< QV_STRING * >( qv::items( values )[value++].val ) : nullptr );
+            encoder, hasValue ? static_cast< QV_STRING * >( values->items[value++].val ) : nullptr );
         qvEncoderEncodeBool( encoder, hasStore );
 
         if( hasStore )
-            qvStoreEncodeToEncoder( static_cast< QV_STORE * >( qv::items( stores )[sub++].val ), encoder );
+            qvStoreEncodeToEncoder( static_cast< QV_STORE * >( stores->items[sub++].val ), encoder );
     }
 }
 
