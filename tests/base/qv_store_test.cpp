@@ -196,7 +196,7 @@ TEST( Store, TypedValuesAreReadFromEndToEnd )
         EXPECT_EQ( c.isReal, qvStoreValueRealCstr( store, &real, "a", -1 ) ) << c.text;
         EXPECT_EQ( c.truth, truth ) << c.text;
         EXPECT_EQ( c.number, number ) << c.text;
-        EXPECT_EQ( c.real, real ) << c.text;
+        EXPECT_DOUBLE_EQ( c.real, real ) << c.text;
         EXPECT_EQ( c.isInt, qvStoreHasValueIntCstr( store, "a", -1 ) );
         EXPECT_EQ( QV_TRUE, qvStoreHasValueCstr( store, "a", -1 ) );
     }

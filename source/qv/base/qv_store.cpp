@@ -72,17 +72,41 @@ bool has( QV_DICT *dict, QV_STRING *key )
     return qvDictIndexOfObjKey( dict, key ) >= 0;
 }
 
-// Of a store that nobody else holds.
-void enterValue( QV_STORE *store, QV_STRING *address, QV_STRING *value )
+// Which of the two tables with entries.
+using Table = QV_DICT *QV_STORE::*;
+
+const Table VALUES = &QV_STORE::values;
+const Table STORES = &QV_STORE::stores;
+
+// Appends an item whose key is greater than all there are. Takes over the references. A Dict makes room for many items
+// at once; in between they are put where they belong without a search.
+void appendItem( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value )
 {
-    qvDictSetObjKey( &store->addresses, address, address );
-    qvDictSetObjKey( &store->values, address, value );
+    QV_DICT *to = *dict;
+
+    if( to->length < to->alloc && to->items + to->length < to->block + to->blockSize && !qv::isShared( to ) )
+        to->items[to->length++] = { key, value };
+    else
+    {
+        qvDictSetObjKey( dict, key, value );
+        qv::release( key );
+        qv::release( value );
+    }
 }
 
-void enterStore( QV_STORE *store, QV_STRING *address, QV_STORE *other )
+// Appends an entry whose address is greater than all there are. Takes over three references to the address and one to
+// the value.
+void append( QV_STORE *store, Table table, QV_STRING *address, QV_OBJ *value )
+{
+    appendItem( &store->addresses, address, address );
+    appendItem( &( store->*table ), address, value );
+}
+
+// Sets an entry of the values or the stores of a store that nobody else holds.
+void enter( QV_STORE *store, Table table, QV_STRING *address, QV_OBJ *value )
 {
     qvDictSetObjKey( &store->addresses, address, address );
-    qvDictSetObjKey( &store->stores, address, other );
+    qvDictSetObjKey( &( store->*table ), address, value );
 }
 
 QV_STORE *createStore( QV_DICT *addresses, QV_DICT *values, QV_DICT *stores )
@@ -217,6 +241,20 @@ QV_CHAR *allocateChars( QV_INT count )
     return static_cast< QV_CHAR * >( qvMemAllocN( count, sizeof( QV_CHAR ) ) );
 }
 
+// A String that takes over `chars`, all of them characters. Reading documents is mostly this, so it does without what
+// only an object needs that others have seen already.
+QV_STRING *createString( QV_CHAR *chars, QV_INT length )
+{
+    QV_STRING *qvs = qv::create< QV_STRING >( qvStringSort() );
+    qvs->length    = length;
+    qvs->fspace    = 0;
+    qvs->bspace    = 0;
+    qvs->chars     = chars;
+    __atomic_store_n( &qvs->dbgAllocationSize, length * (QV_INT)sizeof( QV_CHAR ), __ATOMIC_RELAXED );
+
+    return qvs;
+}
+
 template< class Unit >
 QV_STRING *stringOf( Span< Unit > text )
 {
@@ -226,7 +264,21 @@ QV_STRING *stringOf( Span< Unit > text )
     QV_CHAR *chars = allocateChars( text.length() );
     std::copy( text.begin, text.end, chars );
 
-    return qvStringCreateFromCharsUse( chars, text.length() );
+    return createString( chars, text.length() );
+}
+
+// The order of an address against a text: -1, 0 or 1.
+template< class Unit >
+QV_INT order( QV_STRING *address, Span< Unit > text )
+{
+    const QV_CHAR *chars  = qv::chars( address );
+    QV_INT         common = std::min( address->length, text.length() );
+
+    for( QV_INT i = 0; i < common; i++ )
+        if( chars[i] != text.begin[i] )
+            return chars[i] < text.begin[i] ? -1 : 1;
+
+    return ( address->length > text.length() ) - ( address->length < text.length() );
 }
 
 // The character at `pos`, which moves behind it.
@@ -276,7 +328,7 @@ QV_STRING *stringToUnescape( Span< Unit > text )
 
     chars = static_cast< QV_CHAR * >( qvMemReallocN( chars, length, sizeof( QV_CHAR ) ) );
 
-    return qvStringCreateFromCharsUse( chars, length );
+    return createString( chars, length );
 }
 
 /* Reading lines -------------------------------------------------------------------------------------------------- */
@@ -327,11 +379,7 @@ public:
             }
 
             if( line_.kind == QV___STORE_LINE_VALUE )
-            {
-                qv::Ref< QV_STRING > address( stringOf( line_.address ) );
-                qv::Ref< QV_STRING > value( stringToUnescape( line_.value ) );
-                enterValue( reader_.stores_[levels], address, value );
-            }
+                reader_.set( levels, VALUES, line_.address, stringToUnescape( line_.value ) );
         }
 
         // To be called when lines of another text have been read in between.
@@ -359,33 +407,111 @@ private:
     {
         for( QV_INT level = from; level < from + count; level++, path++ )
         {
-            if( level < open_ && std::equal(
-                    path->begin, path->end, qv::chars( addresses_[level] ),
-                    qv::chars( addresses_[level] ) + addresses_[level]->length ) )
+            if( level < open_ && order( addresses_[level], *path ) == 0 )
                 continue;
 
-            qv::Ref< QV_STRING > address( stringOf( *path ) );
-            QV_STORE            *parent = stores_[level];
-            QV_STORE            *store  = find< QV_STORE >( parent->stores, address );
-
-            if( !store )
-            {
-                qv::Ref< QV_STORE > created( qvStoreCreate() );
-                enterStore( parent, address, created );
-                store = created;
-            }
-
-            addresses_[level]  = std::move( address );
+            QV_DICT  *stores  = stores_[level]->stores;
+            QV_INT    idx     = search( stores, *path );
+            QV_STORE *store   = idx < 0 ? qvStoreCreate() : static_cast< QV_STORE * >( stores->items[idx].val );
+            addresses_[level] = idx < 0 ? set( level, STORES, *path, store )
+                                        : static_cast< QV_STRING * >( stores->items[idx].key );
+            before_[level + 1] = stores_[level + 1];
             stores_[level + 1] = store;
             open_              = level + 1;
         }
     }
 
-    QV_INT               depth_;
-    qv::Ref< QV_STORE >  top_;
-    QV_INT               open_ = 0;                       // how many of the following are in use
-    qv::Ref< QV_STRING > addresses_[QV_STORE_MAX_DEPTH];  // addresses_[i] is that of stores_[i + 1] in stores_[i]
-    QV_STORE            *stores_[QV_STORE_MAX_DEPTH + 1]; // held by the stores above them
+    // Sets an entry of stores_[level] and gives its address, borrowed. Takes over the value. No entry ever goes, and
+    // no address of one is replaced by an equal one.
+    template< class Unit >
+    QV_STRING *set( QV_INT level, Table table, Span< Unit > text, QV_OBJ *value )
+    {
+        QV_STORE  *store     = stores_[level];
+        QV_DICT   *addresses = store->addresses;
+        QV_STRING *address;
+
+        if( addresses->length == 0 || order( lastKey( addresses ), text ) < 0 )
+        {
+            address = addressOf( level, table, text );
+            qv___AtomicAdd32( &address->retainCount, 2 );
+            append( store, table, address, value );
+        }
+        else
+        {
+            QV_INT idx = search( addresses, text );
+
+            address = idx < 0 ? addressOf( level, table, text )
+                              : qv::retain( static_cast< QV_STRING * >( addresses->items[idx].key ) );
+            enter( store, table, address, value );
+            qv::release( address );
+            qv::release( value );
+        }
+
+        return address;
+    }
+
+    // Addresses repeat from record to record: then the one at the same place of the sub-store before serves again.
+    template< class Unit >
+    QV_STRING *addressOf( QV_INT level, Table table, Span< Unit > text )
+    {
+        if( QV_STORE *before = before_[level] )
+        {
+            QV_INT idx = ( stores_[level]->*table )->length;
+
+            if( idx < ( before->*table )->length )
+            {
+                QV_STRING *address = static_cast< QV_STRING * >( ( before->*table )->items[idx].key );
+
+                if( order( address, text ) == 0 )
+                    return qv::retain( address );
+            }
+        }
+
+        return stringOf( text );
+    }
+
+    static QV_STRING *lastKey( QV_DICT *dict )
+    {
+        return static_cast< QV_STRING * >( dict->items[dict->length - 1].key );
+    }
+
+    // The index of a key, or -1. Most texts lie behind the last key.
+    template< class Unit >
+    static QV_INT search( QV_DICT *dict, Span< Unit > text )
+    {
+        QV_INT lo = 0, hi = dict->length;
+
+        if( hi == 0 || order( lastKey( dict ), text ) < 0 )
+            return -1;
+
+        while( lo < hi )
+        {
+            QV_INT mid    = lo + ( hi - lo ) / 2;
+            QV_INT result = order( static_cast< QV_STRING * >( dict->items[mid].key ), text );
+
+            if( result == 0 )
+                return mid;
+
+            if( result < 0 )
+                lo = mid + 1;
+            else
+                hi = mid;
+        }
+
+        return -1;
+    }
+
+    QV_INT              depth_;
+    qv::Ref< QV_STORE > top_;
+
+    // The stores that the last lines went down to, each held by the one above it, and their addresses in that. Of the
+    // stores the first open_ + 1 count, of the addresses the first open_.
+    QV_INT     open_                            = 0;
+    QV_STORE  *stores_[QV_STORE_MAX_DEPTH + 1] = {};
+    QV_STRING *addresses_[QV_STORE_MAX_DEPTH];
+
+    // The store that stood in stores_ before.
+    QV_STORE *before_[QV_STORE_MAX_DEPTH + 1] = {};
 };
 
 // Decodes UTF-8 without a fault; gives the number of characters, or -1 for anything else. `chars` has room for one
@@ -846,7 +972,7 @@ void qvStoreSetValue( QV_STORE **store, QV_STRING *address, QV_STRING *value )
     QV_CHECK( value );
 
     qv::makePrivate( store, qvStoreCreateFrom );
-    enterValue( *store, address, value );
+    enter( *store, VALUES, address, value );
 }
 
 void qvStoreDelValue( QV_STORE **store, QV_STRING *address )
@@ -940,7 +1066,7 @@ void qvStoreSetStore( QV_STORE **store, QV_STRING *address, QV_STORE *other )
     qv::Ref< QV_STORE > held = qv::Ref< QV_STORE >::share( other );
 
     qv::makePrivate( store, qvStoreCreateFrom );
-    enterStore( *store, address, other );
+    enter( *store, STORES, address, other );
 }
 
 void qvStoreDelStore( QV_STORE **store, QV_STRING *address )
@@ -1306,10 +1432,10 @@ QV_STORE *qv___StoreTryDecodeFromDecoder( QV_DECODER *decoder, QV_INT depth )
         }
 
         if( ok && value )
-            enterValue( store, address, value );
+            enter( store, VALUES, address, value );
 
         if( ok && sub )
-            enterStore( store, address, sub );
+            enter( store, STORES, address, sub );
     }
 
     if( ok )
