@@ -376,7 +376,7 @@ TEST( Format, DecodedRealsHaveOneSeparatorAndNoExponent )
         for( QV_INT places = static_cast< QV_INT >( random() % 3 ); places > 0; places-- )
             digits += modelOfInt( static_cast< QV_INT >( random() >> 1 ), base );
 
-        digits.insert( 1 + random() % digits.size(), "." );
+        digits.insert( 1 + random() % digits.size(), 1, '.' );
         ASSERT_EQ(
             modelOfDecodedReal( digits, static_cast< QV_REAL >( base ) ),
             decoded( qvFormatTryDecodeRealChars, chars( text( digits ) ), base ).value )
