@@ -15,6 +15,9 @@
     COMPONENT( Buffer )                                                                                                \
     COMPONENT( Vector )                                                                                                \
     COMPONENT( Dict )                                                                                                  \
+    COMPONENT( Generation )                                                                                            \
+    COMPONENT( Thread )                                                                                                \
+    COMPONENT( ThreadPriority )                                                                                        \
     COMPONENT( FormatFlags )                                                                                           \
     COMPONENT( CharsetFlags )                                                                                          \
     COMPONENT( NlfFlags )                                                                                              \
@@ -27,7 +30,16 @@
     COMPONENT( RuntimeComputerInfo )                                                                                   \
     COMPONENT( BoxedNull )                                                                                             \
     COMPONENT( BoxedBool )                                                                                             \
+    COMPONENT( Timestamp )                                                                                             \
+    COMPONENT( Time )                                                                                                  \
+    COMPONENT( Timezone )                                                                                              \
+    COMPONENT( Timer )                                                                                                 \
+    COMPONENT( UnicodeGenc )                                                                                           \
+    COMPONENT( UnicodeCccv )                                                                                           \
+    COMPONENT( UnicodeCdmt )                                                                                           \
+    COMPONENT( UnicodeScript )                                                                                         \
     COMPONENT( Charset )                                                                                               \
+    COMPONENT( Random )                                                                                                \
     COMPONENT( RuntimePlatform )                                                                                       \
     COMPONENT( Abort )
 

@@ -60,6 +60,9 @@ typedef struct QV_SORT QV_SORT;
 /** A module: the library itself, or a shared object that it has loaded. */
 typedef struct QV_MODULE QV_MODULE;
 
+typedef struct QV_ALERT              QV_ALERT;
+typedef struct QV_ALERTABLE          QV_ALERTABLE;
+typedef struct QV_BARRIER            QV_BARRIER;
 typedef struct QV_BOXED_BOOL         QV_BOXED_BOOL;
 typedef struct QV_BOXED_INT          QV_BOXED_INT;
 typedef struct QV_BOXED_NULL         QV_BOXED_NULL;
@@ -72,24 +75,38 @@ typedef struct QV_BYTE_SINK          QV_BYTE_SINK;
 typedef struct QV_BYTE_SOURCE        QV_BYTE_SOURCE;
 typedef struct QV_CHAR_SINK          QV_CHAR_SINK;
 typedef struct QV_CHAR_SOURCE        QV_CHAR_SOURCE;
+typedef struct QV_CONDSET            QV_CONDSET;
+typedef struct QV_COUNTER            QV_COUNTER;
 typedef struct QV_DECODER            QV_DECODER;
 typedef struct QV_DICT               QV_DICT;
 typedef struct QV_ENCODER            QV_ENCODER;
 typedef struct QV_ENUM               QV_ENUM;
 typedef struct QV_FLAGSET            QV_FLAGSET;
+typedef struct QV_GENERATION_MUTEX   QV_GENERATION_MUTEX;
+typedef struct QV_IDENTIFIER         QV_IDENTIFIER;
 typedef struct QV_LINE_SINK          QV_LINE_SINK;
 typedef struct QV_LINE_SOURCE        QV_LINE_SOURCE;
+typedef struct QV_MODULE_VERSION     QV_MODULE_VERSION;
+typedef struct QV_MONITOR            QV_MONITOR;
 typedef struct QV_NLF_LINE_SINK      QV_NLF_LINE_SINK;
 typedef struct QV_NLF_LINE_SOURCE    QV_NLF_LINE_SOURCE;
 typedef struct QV_OPT_DEF            QV_OPT_DEF;
 typedef struct QV_OPT_SEQ            QV_OPT_SEQ;
+typedef struct QV_PRIORITY_MAP       QV_PRIORITY_MAP;
 typedef struct QV_RANGE_MAP          QV_RANGE_MAP;
+typedef struct QV_REGION             QV_REGION;
+typedef struct QV_SIGNAL             QV_SIGNAL;
+typedef struct QV_SIGNALABLE         QV_SIGNALABLE;
 typedef struct QV_STACK_TRACE        QV_STACK_TRACE;
 typedef struct QV_STORE              QV_STORE;
 typedef struct QV_STRING             QV_STRING;
 typedef struct QV_STRING_CHAR_SINK   QV_STRING_CHAR_SINK;
 typedef struct QV_STRING_CHAR_SOURCE QV_STRING_CHAR_SOURCE;
+typedef struct QV_THREAD             QV_THREAD;
+typedef struct QV_TIME               QV_TIME;
+typedef struct QV_TIMER              QV_TIMER;
 typedef struct QV_TOOL_SWITCH        QV_TOOL_SWITCH;
+typedef struct QV_UNICODE_NORMALIZER QV_UNICODE_NORMALIZER;
 typedef struct QV_VECTOR             QV_VECTOR;
 
 /** Declares the eight functions that every family has.

@@ -1,0 +1,113 @@
+#include "qv/base/qv_region.h"
+
+#include "qv/base/qv_barrier.h"
+#include "qv/base/qv_monitor_private.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_int.h"
+
+struct QV_REGION : QV_OBJ
+{
+    QV_BARRIER *exclusiveBarrier; // closed while an exclusive user is in or has claimed the region
+    QV_MONITOR *monitor;          // guards the next two
+    QV_BOOL     exclusive;        // an exclusive user is in or has claimed the region
+    QV_INT      sharedUsers;
+    QV_BARRIER *sharedBarrier; // closed while there are shared users
+};
+
+namespace
+{
+void freeRegion( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+
+    QV_REGION *region = qvRegionFrom( thisObj );
+    qv::drop( region->exclusiveBarrier );
+    qv::drop( region->sharedBarrier );
+    qv::drop( region->monitor );
+}
+} // namespace
+
+QV___FAMILY( Region, QV_REGION, freeRegion, nullptr, nullptr )
+
+QV_REGION *qvRegionCreate( void )
+{
+    QV_REGION *region        = qv::create< QV_REGION >( qvRegionSort() );
+    region->exclusiveBarrier = qvBarrierCreate( QV_FALSE );
+    region->monitor          = qvMonitorCreate();
+    region->exclusive        = QV_FALSE;
+    region->sharedUsers      = 0;
+    region->sharedBarrier    = qvBarrierCreate( QV_FALSE );
+
+    return region;
+}
+
+void qvRegionEnterShared( QV_REGION *region )
+{
+    QV_CHECK( region );
+
+    for( ;; )
+    {
+        qvBarrierPass( region->exclusiveBarrier );
+
+        qv::HeldMonitor held( region->monitor );
+
+        // A rival may have closed the barrier since.
+        if( region->exclusive )
+            continue;
+
+        QV_CHECK( QV_INT_ADD_OK( region->sharedUsers, 1 ) );
+        region->sharedUsers++;
+        qvBarrierBlock( region->sharedBarrier );
+        return;
+    }
+}
+
+void qvRegionEnterExclusive( QV_REGION *region )
+{
+    QV_CHECK( region );
+
+    for( bool claimed = false; !claimed; )
+    {
+        qvBarrierPass( region->exclusiveBarrier );
+
+        qv::HeldMonitor held( region->monitor );
+
+        if( region->exclusive )
+            continue;
+
+        region->exclusive = QV_TRUE;
+        qvBarrierBlock( region->exclusiveBarrier );
+        claimed = true;
+    }
+
+    // Until the last shared user has left.
+    qvBarrierPass( region->sharedBarrier );
+}
+
+void qvRegionEnter( QV_REGION *region, QV_BOOL exclusive )
+{
+    if( exclusive )
+        qvRegionEnterExclusive( region );
+    else
+        qvRegionEnterShared( region );
+}
+
+void qvRegionLeave( QV_REGION *region )
+{
+    QV_CHECK( region );
+
+    qv::HeldMonitor held( region->monitor );
+
+    // While an exclusive user waits for shared users to leave, every leave is that of a shared user.
+    if( region->sharedUsers >= 1 )
+    {
+        if( --region->sharedUsers == 0 )
+            qvBarrierUnblock( region->sharedBarrier );
+
+        return;
+    }
+
+    QV_CHECK( region->exclusive );
+    region->exclusive = QV_FALSE;
+    qvBarrierUnblock( region->exclusiveBarrier );
+}

@@ -1,0 +1,183 @@
+#include "qv_test_support.h"
+
+#include "qv/base/qv_barrier.h"
+#include "qv/base/qv_monitor_private.h"
+#include "qv/base/qv_nanoseconds.h"
+#include "qv/base/qv_region.h"
+#include "qv/base/qv_timestamp.h"
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+using qv::Ref;
+using namespace qv::test;
+
+TEST( Monitor, OneThreadAtATime )
+{
+    Ref< QV_MONITOR >          monitor( qvMonitorCreate() );
+    std::vector< std::thread > threads;
+    int                        inside = 0, sum = 0;
+
+    for( int i = 0; i < 4; i++ )
+        threads.emplace_back(
+            [&]
+            {
+                for( int round = 0; round < 5000; round++ )
+                {
+                    qv::HeldMonitor held( monitor );
+                    EXPECT_EQ( 1, ++inside );
+                    sum++;
+                    --inside;
+                }
+            } );
+
+    for( std::thread &thread : threads )
+        thread.join();
+
+    EXPECT_EQ( 20000, sum );
+}
+
+TEST( Monitor, BrokenContractsAreReported )
+{
+    Ref< QV_MONITOR > monitor( qvMonitorCreate() );
+
+    EXPECT_BROKEN( qvMonitorLeave( monitor ), "monitor->entered" );
+    EXPECT_BROKEN( ( qvMonitorEnter( monitor ), monitor.reset() ), "!monitor->entered" );
+    EXPECT_BROKEN( qvMonitorEnter( nullptr ), "monitor" );
+}
+
+TEST( Barrier, OpensForEverybodyUntilItIsClosed )
+{
+    Ref< QV_BARRIER > barrier( qvBarrierCreate( QV_TRUE ) );
+    EXPECT_TRUE( qvBarrierIsBlocked( barrier ) );
+    EXPECT_FALSE( qvBarrierPassTimed( barrier, 0 ) );
+
+    std::atomic< int >         passed{ 0 };
+    std::vector< std::thread > threads;
+
+    for( int i = 0; i < 8; i++ )
+        threads.emplace_back(
+            [&, i]
+            {
+                if( i % 2 )
+                    qvBarrierPass( barrier );
+                else
+                    EXPECT_TRUE( qvBarrierPassTimed( barrier, i % 4 ? -1 : 600000 ) );
+
+                passed++;
+            } );
+
+    EXPECT_EQ( 0, passed );
+    qvBarrierUnblock( barrier );
+
+    for( std::thread &thread : threads )
+        thread.join();
+
+    EXPECT_EQ( 8, passed );
+    EXPECT_TRUE( qvBarrierPassTimed( barrier, 0 ) );
+    qvBarrierBlock( barrier );
+    EXPECT_FALSE( qvBarrierPassTimed( barrier, 1 ) );
+    EXPECT_BROKEN( qvBarrierPassTimed( barrier, -2 ), "millisec == -1 || millisec >= 0" );
+}
+
+TEST( Region, ReadersShareAndWritersAreAlone )
+{
+    Ref< QV_REGION >           region( qvRegionCreate() );
+    std::atomic< int >         readers{ 0 }, writers{ 0 };
+    int                        value = 0; // guarded by the region, as the thread sanitizer can tell
+    std::vector< std::thread > threads;
+
+    for( int i = 0; i < 6; i++ )
+        threads.emplace_back(
+            [&, i]
+            {
+                QV_BOOL exclusive = i % 3 == 0;
+
+                for( int round = 0; round < 500; round++ )
+                {
+                    qvRegionEnter( region, exclusive );
+
+                    if( exclusive )
+                    {
+                        EXPECT_EQ( 1, ++writers );
+                        EXPECT_EQ( 0, readers );
+                        value++;
+                        --writers;
+                    }
+                    else
+                    {
+                        readers++;
+                        EXPECT_EQ( 0, writers );
+                        EXPECT_LE( value, 1000 );
+                        readers--;
+                    }
+
+                    qvRegionLeave( region );
+                }
+            } );
+
+    for( std::thread &thread : threads )
+        thread.join();
+
+    EXPECT_EQ( 1000, value );
+    EXPECT_BROKEN( qvRegionLeave( region ), "region->exclusive" );
+}
+
+TEST( Region, ASharedUserWhoComesAfterAnExclusiveClaimWaits )
+{
+    Ref< QV_REGION > region( qvRegionCreate() );
+    std::atomic< bool > written{ false };
+    qvRegionEnterShared( region );
+
+    std::thread writer(
+        [&]
+        {
+            qvRegionEnterExclusive( region );
+            written = true;
+            qvRegionLeave( region );
+        } );
+
+    EXPECT_FALSE( written );
+    qvRegionLeave( region );
+    writer.join();
+    qvRegionEnterShared( region );
+    EXPECT_TRUE( written );
+    qvRegionLeave( region );
+}
+
+TEST( Nanoseconds, ConvertBothWays )
+{
+    EXPECT_EQ( 9223372036854000000, qvNanosecondsTryConvertFromMilliseconds( 9223372036854 ) );
+    EXPECT_EQ( -1, qvNanosecondsTryConvertFromMilliseconds( 9223372036855 ) );
+    EXPECT_EQ( QV_INT_MAX, qvNanosecondsConvertFromMillisecondsSaturating( 9223372036855 ) );
+    EXPECT_EQ( 1, qvNanosecondsConvertToMillisecondsTruncate( 1999999 ) );
+    EXPECT_EQ( 0, qvNanosecondsConvertToMillisecondsExtend( 0 ) );
+    EXPECT_EQ( 1, qvNanosecondsConvertToMillisecondsExtend( 1000000 ) );
+    EXPECT_EQ( 2, qvNanosecondsConvertToMillisecondsExtend( 1000001 ) );
+    EXPECT_EQ( 9223372036855, qvNanosecondsConvertToMillisecondsExtend( QV_INT_MAX ) );
+    EXPECT_BROKEN( qvNanosecondsTryConvertFromMilliseconds( -1 ), "milliseconds >= 0" );
+    EXPECT_BROKEN( qvNanosecondsConvertToMillisecondsTruncate( -1 ), "QV_NANOSECONDS_OK( nanoseconds )" );
+}
+
+TEST( Timestamp, NeverRunsBackwards )
+{
+    std::vector< std::thread > threads;
+
+    for( int i = 0; i < 4; i++ )
+        threads.emplace_back(
+            []
+            {
+                QV_INT last = qvTimestamp();
+
+                for( int round = 0; round < 2000; round++ )
+                {
+                    QV_INT now = qvTimestamp();
+                    EXPECT_GE( now, last );
+                    last = now;
+                }
+            } );
+
+    for( std::thread &thread : threads )
+        thread.join();
+}
