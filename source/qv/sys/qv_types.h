@@ -82,6 +82,7 @@ typedef struct QV_DICT               QV_DICT;
 typedef struct QV_ENCODER            QV_ENCODER;
 typedef struct QV_ENUM               QV_ENUM;
 typedef struct QV_FLAGSET            QV_FLAGSET;
+typedef struct QV_GENERATION         QV_GENERATION;
 typedef struct QV_GENERATION_MUTEX   QV_GENERATION_MUTEX;
 typedef struct QV_IDENTIFIER         QV_IDENTIFIER;
 typedef struct QV_LINE_SINK          QV_LINE_SINK;
