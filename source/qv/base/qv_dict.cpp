@@ -28,12 +28,15 @@ namespace
 {
 using Item = QV___DICT_ITEM;
 
+// What an item counts for in the accounts: its two references.
+const QV_INT ITEM_SIZE = 2 * sizeof( QV_OBJ * );
+
 // From so many entries on, one Dict goes into or out of another in a single pass instead of entry by entry.
 const QV_INT SINGLE_PASS = 8;
 
 void account( QV_DICT *dict )
 {
-    qv___ObjDbgSetAllocationSizeN( dict, dict->alloc, sizeof( Item ) );
+    qv___ObjDbgSetAllocationSizeN( dict, dict->alloc, ITEM_SIZE );
 }
 
 Item *allocate( QV_INT count )
@@ -44,6 +47,12 @@ Item *allocate( QV_INT count )
 void moveItems( Item *dest, const Item *src, QV_INT count )
 {
     qvMemMoveN( dest, src, count, sizeof( Item ) );
+}
+
+// With references of its own.
+Item copyItem( const Item &item )
+{
+    return { qv::retain( item.key ), qv::retain( item.val ), item.digest };
 }
 
 void releaseItem( const Item &item )
@@ -60,12 +69,14 @@ QV_INT front( QV_DICT *dict )
 
 QV_DICT *createWithoutBlock()
 {
-    QV_DICT *dict   = qv::create< QV_DICT >( qvDictSort() );
-    dict->alloc     = 0;
-    dict->length    = 0;
-    dict->items     = nullptr;
-    dict->block     = nullptr;
-    dict->blockSize = 0;
+    QV_DICT *dict      = qv::create< QV_DICT >( qvDictSort() );
+    dict->alloc        = 0;
+    dict->length       = 0;
+    dict->items        = nullptr;
+    dict->block        = nullptr;
+    dict->blockSize    = 0;
+    dict->digestSort   = nullptr;
+    dict->digestPrefix = 0;
 
     return dict;
 }
@@ -142,73 +153,189 @@ void qv___DictShutdown( void )
     qv::drop( qv___DictEmpty );
 }
 
-/* Search --------------------------------------------------------------------------------------------------------- */
+/* Digests -------------------------------------------------------------------------------------------------------- */
 
 namespace
 {
-// The order of a stored key against the one that is searched, for any two objects.
-struct AnyOrder
-{
-    QV_OBJ *key;
+// Eight bytes of a text as a number: a stands before b wherever a's number is below b's. One byte a character up to
+// ONE_BYTE, counted from 1, and three for the others; the end of the text is 0.
+const QV_CHAR ONE_BYTE = 0xED;
 
-    QV_INT operator()( QV_OBJ *stored ) const
-    {
-        return qvObjCompare( stored, key );
-    }
+struct Digest
+{
+    uint64_t number;
+    bool     whole; // the end is in it, so that only this text has the number
 };
 
-// The same for Strings among Strings.
-struct TextOrder
+Digest digestText( const QV_CHAR *chars, QV_INT length )
 {
-    const QV_CHAR *chars;
-    QV_INT         length;
-
-    QV_INT operator()( QV_OBJ *stored ) const
+    if( length >= 8 )
     {
-        QV_STRING     *text   = static_cast< QV_STRING * >( stored );
-        const QV_CHAR *a      = qv::chars( text );
-        QV_INT         common = std::min( text->length, length );
-        QV_INT         i      = 0;
+        // Eight at once, which is what most keys need.
+        typedef QV_CHAR Chars __attribute__( ( vector_size( 32 ) ) );
+        typedef uint8_t Bytes __attribute__( ( vector_size( 8 ) ) );
 
-        while( i + 4 <= common && memcmp( a + i, chars + i, 4 * sizeof( QV_CHAR ) ) == 0 )
-            i += 4;
+        Chars eight;
+        memcpy( &eight, chars, sizeof( eight ) );
 
-        for( ; i < common; i++ )
-            if( a[i] != chars[i] )
-                return a[i] < chars[i] ? -1 : 1;
+        Bytes    large  = __builtin_convertvector( eight > ONE_BYTE, Bytes );
+        uint64_t larger = 0;
+        memcpy( &larger, &large, sizeof( larger ) );
 
-        return ( text->length > length ) - ( text->length < length );
+        if( larger == 0 )
+        {
+            Bytes    bytes  = __builtin_convertvector( eight + 1, Bytes );
+            uint64_t number = 0;
+            memcpy( &number, &bytes, sizeof( number ) );
+
+            return { __builtin_bswap64( number ), false };
+        }
     }
-};
 
-// The same for integers among integers.
-struct IntOrder
+    uint64_t number = 0;
+    int      shift  = 56;
+
+    for( QV_INT i = 0; i < length && shift >= 0; i++ )
+    {
+        uint64_t ch = chars[i];
+
+        if( ch <= ONE_BYTE )
+        {
+            number |= ( ch + 1 ) << shift;
+            shift -= 8;
+            continue;
+        }
+
+        uint64_t three = ( ( ONE_BYTE + 2 ) << 16 ) + ch;
+        number |= shift >= 16 ? three << ( shift - 16 ) : three >> ( 16 - shift );
+        shift -= 24;
+    }
+
+    return { number, shift >= 0 };
+}
+
+uint64_t digestInt( QV_INT value )
 {
-    QV_INT value;
+    return static_cast< uint64_t >( value ) ^ ( uint64_t( 1 ) << 63 );
+}
 
-    QV_INT operator()( QV_OBJ *stored ) const
+// How many characters two texts have in common, `limit` at most.
+QV_INT commonPrefix( QV_STRING *a, QV_STRING *b, QV_INT limit )
+{
+    const QV_CHAR *aChars = qv::chars( a );
+    const QV_CHAR *bChars = qv::chars( b );
+    QV_INT         i      = 0;
+
+    limit = std::min( limit, std::min( a->length, b->length ) );
+
+    while( i < limit && aChars[i] == bChars[i] )
+        i++;
+
+    return i;
+}
+
+QV_STRING *stringKey( const Item &item )
+{
+    return static_cast< QV_STRING * >( item.key );
+}
+
+Digest digestBehind( QV_STRING *text, QV_INT prefix )
+{
+    return digestText( qv::chars( text ) + prefix, text->length - prefix );
+}
+
+// Makes the prefix that the digests skip `prefix` or a little less: in steps of four, so that keys which share less and
+// less do not each cause new digests for all.
+void digestAll( QV_DICT *dict, QV_INT prefix )
+{
+    dict->digestPrefix = prefix & ~QV_INT( 3 );
+
+    for( Item *item = dict->items; item != dict->items + dict->length; item++ )
+        item->digest = digestBehind( stringKey( *item ), dict->digestPrefix ).number;
+}
+
+// Suits the digests to items that have come from a Dict with another prefix.
+void digestCommon( QV_DICT *dict, QV_INT otherPrefix )
+{
+    QV_INT common = commonPrefix(
+        stringKey( dict->items[0] ), stringKey( dict->items[dict->length - 1] ),
+        std::min( dict->digestPrefix, otherPrefix ) );
+
+    if( common != dict->digestPrefix || common != otherPrefix )
+        digestAll( dict, common );
+}
+
+// The digest of a key that goes in, after the digests of the others have been made to suit it.
+uint64_t digestNew( QV_DICT *dict, QV_OBJ *key )
+{
+    QV_SORT *sort = key->sort;
+
+    if( dict->length == 0 )
     {
-        QV_INT a = static_cast< QV_BOXED_INT * >( stored )->value;
-        return ( a > value ) - ( a < value );
+        dict->digestSort   = sort == &qv___sort_QV_STRING || sort == &qv___sort_QV_BOXED_INT ? sort : nullptr;
+        dict->digestPrefix = sort == &qv___sort_QV_STRING ? static_cast< QV_STRING * >( key )->length & ~QV_INT( 3 ) : 0;
     }
-};
+    else if( sort != dict->digestSort )
+    {
+        dict->digestSort = nullptr;
+    }
+
+    if( !dict->digestSort )
+        return 0;
+
+    if( sort == &qv___sort_QV_BOXED_INT )
+        return digestInt( static_cast< QV_BOXED_INT * >( key )->value );
+
+    QV_STRING *text = static_cast< QV_STRING * >( key );
+
+    if( dict->length > 0 && dict->digestPrefix > 0 )
+    {
+        QV_INT common = commonPrefix( stringKey( dict->items[0] ), text, dict->digestPrefix );
+
+        if( common < dict->digestPrefix )
+            digestAll( dict, common );
+    }
+
+    return digestBehind( text, dict->digestPrefix ).number;
+}
+
+/* Search --------------------------------------------------------------------------------------------------------- */
+
+// The order of two texts.
+QV_INT compareTexts( const QV_CHAR *a, QV_INT aLength, const QV_CHAR *b, QV_INT bLength )
+{
+    QV_INT common = std::min( aLength, bLength );
+    QV_INT i      = 0;
+
+    while( i + 4 <= common && memcmp( a + i, b + i, 4 * sizeof( QV_CHAR ) ) == 0 )
+        i += 4;
+
+    for( ; i < common; i++ )
+        if( a[i] != b[i] )
+            return a[i] < b[i] ? -1 : 1;
+
+    return ( aLength > bLength ) - ( aLength < bLength );
+}
 
 // Where a key stands, or the item in front of which it would.
 struct Place
 {
-    QV_INT index;
-    bool   found;
+    QV_INT   index;
+    bool     found;
+    bool     hasDigest = false; // the key's own, good for this Dict
+    uint64_t digest    = 0;
 };
 
-template< class Order >
-Place bisect( const Item *items, QV_INT length, Order order )
+// By comparing objects: the two ends first, then the middle of what is left. A key beyond an end takes two comparisons
+// at most.
+Place bisect( const Item *items, QV_INT length, QV_OBJ *key )
 {
-    QV_INT first = order( items[0].key );
+    QV_INT first = qvObjCompare( items[0].key, key );
 
     if( first >= 0 )
         return { 0, first == 0 };
 
-    QV_INT last = order( items[length - 1].key );
+    QV_INT last = qvObjCompare( items[length - 1].key, key );
 
     if( last <= 0 )
         return { last == 0 ? length - 1 : length, last == 0 };
@@ -219,7 +346,7 @@ Place bisect( const Item *items, QV_INT length, Order order )
     while( hi - lo > 1 )
     {
         QV_INT mid   = lo + ( hi - lo ) / 2;
-        QV_INT there = order( items[mid].key );
+        QV_INT there = qvObjCompare( items[mid].key, key );
 
         if( there == 0 )
             return { mid, true };
@@ -233,39 +360,109 @@ Place bisect( const Item *items, QV_INT length, Order order )
     return { hi, false };
 }
 
-Place find( const Item *items, QV_INT length, QV_OBJ *key )
+// The first item with this digest or a greater one.
+QV_INT bisectDigests( const Item *items, QV_INT length, uint64_t digest )
 {
-    if( length == 0 )
-        return { 0, false };
+    if( items[length - 1].digest < digest )
+        return length;
 
-    // Keys stand by their sorts: where both ends have one sort, all have it.
-    QV_SORT *sort = key->sort;
+    // The same number of steps for every key and no branch to mispredict.
+    const Item *base = items;
 
-    if( sort == items[0].key->sort && sort == items[length - 1].key->sort )
+    for( QV_INT left = length; left > 1; )
     {
-        if( sort == &qv___sort_QV_STRING )
-        {
-            QV_STRING *text = static_cast< QV_STRING * >( key );
-            return bisect( items, length, TextOrder{ qv::chars( text ), text->length } );
-        }
-
-        if( sort == &qv___sort_QV_BOXED_INT )
-            return bisect( items, length, IntOrder{ static_cast< QV_BOXED_INT * >( key )->value } );
+        QV_INT half = left / 2;
+        base        = base[half - 1].digest < digest ? base + half : base;
+        left -= half;
     }
 
-    return bisect( items, length, AnyOrder{ key } );
+    return base - items;
+}
+
+Place bisectTexts( const Item *items, QV_INT length, QV_STRING *key, QV_INT prefix )
+{
+    if( prefix > 0 )
+    {
+        QV_INT order = compareTexts(
+            qv::chars( stringKey( items[0] ) ), prefix, qv::chars( key ), std::min( key->length, prefix ) );
+
+        if( order != 0 )
+            return { order > 0 ? 0 : length, false };
+    }
+
+    Digest digest = digestBehind( key, prefix );
+    QV_INT lo     = bisectDigests( items, length, digest.number );
+
+    if( lo == length || items[lo].digest != digest.number )
+        return { lo, false, true, digest.number };
+
+    if( digest.whole )
+        return { lo, true };
+
+    // As a rule one key has the number. Where more have, the last of them is looked for in steps that double.
+    QV_INT step = 1;
+
+    while( lo + step < length && items[lo + step].digest == digest.number )
+        step *= 2;
+
+    QV_INT hi = std::min( lo + step, length );
+
+    while( lo < hi )
+    {
+        QV_INT     mid    = lo + ( hi - lo ) / 2;
+        QV_STRING *stored = stringKey( items[mid] );
+        QV_INT     order  = items[mid].digest != digest.number
+                                ? 1
+                                : compareTexts(
+                                      qv::chars( stored ) + prefix, stored->length - prefix,
+                                      qv::chars( key ) + prefix, key->length - prefix );
+
+        if( order == 0 )
+            return { mid, true };
+
+        if( order < 0 )
+            lo = mid + 1;
+        else
+            hi = mid;
+    }
+
+    return { lo, false, true, digest.number };
+}
+
+// Behind the items in front of `from`, for keys that come in ascending order.
+Place findFrom( QV_DICT *dict, QV_INT from, QV_OBJ *key )
+{
+    const Item *items  = dict->items + from;
+    QV_INT      length = dict->length - from;
+
+    if( length == 0 )
+        return { from, false };
+
+    Place place;
+
+    if( !dict->digestSort || key->sort != dict->digestSort )
+    {
+        place = bisect( items, length, key );
+    }
+    else if( key->sort == &qv___sort_QV_STRING )
+    {
+        place = bisectTexts( items, length, static_cast< QV_STRING * >( key ), dict->digestPrefix );
+    }
+    else
+    {
+        uint64_t digest = digestInt( static_cast< QV_BOXED_INT * >( key )->value );
+        QV_INT   index  = bisectDigests( items, length, digest );
+        place           = { index, index < length && items[index].digest == digest, true, digest };
+    }
+
+    place.index += from;
+
+    return place;
 }
 
 Place find( QV_DICT *dict, QV_OBJ *key )
 {
-    return find( dict->items, dict->length, key );
-}
-
-// The same behind the items in front of `from`, for keys that come in ascending order.
-Place findFrom( QV_DICT *dict, QV_INT from, QV_OBJ *key )
-{
-    Place place = find( dict->items + from, dict->length - from, key );
-    return { from + place.index, place.found };
+    return findFrom( dict, 0, key );
 }
 
 /* Room ----------------------------------------------------------------------------------------------------------- */
@@ -337,11 +534,13 @@ Item *respace( QV_DICT *dict, QV_INT idx )
 }
 
 // Enters a new key in a Dict that nobody else holds. Takes over both references.
-void insertItem( QV_DICT *dict, QV_INT idx, Item item )
+void insertItem( QV_DICT *dict, const Place &place, Item item )
 {
     QV_CHECK_AS( QV_INT_ADD_OK( dict->length, 1 ), "QV_INT_ADD_OK( (*dict)->length, 1 )" );
     growAccounted( dict, 1 );
+    item.digest = place.hasDigest ? place.digest : digestNew( dict, item.key );
 
+    QV_INT idx  = place.index;
     QV_INT tail = dict->length - idx;
     Item  *gap  = dict->items + idx;
 
@@ -368,6 +567,7 @@ void insertItem( QV_DICT *dict, QV_INT idx, Item item )
 void replaceItem( QV_DICT *dict, QV_INT idx, Item item )
 {
     Item old         = dict->items[idx];
+    item.digest      = old.digest;
     dict->items[idx] = item;
     releaseItem( old );
 }
@@ -435,9 +635,9 @@ void setOwned( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value )
     Place place = find( *dict, key );
 
     if( place.found )
-        replaceItem( *dict, place.index, { key, value } );
+        replaceItem( *dict, place.index, { key, value, 0 } );
     else
-        insertItem( *dict, place.index, { key, value } );
+        insertItem( *dict, place, { key, value, 0 } );
 }
 } // namespace
 
@@ -462,8 +662,11 @@ QV_DICT *qvDictCreateFrom( QV_DICT *src )
         result->items     = result->block;
         result->length    = src->length;
 
+        result->digestSort   = src->digestSort;
+        result->digestPrefix = src->digestPrefix;
+
         for( QV_INT i = 0; i < src->length; i++ )
-            result->items[i] = { qv::retain( src->items[i].key ), qv::retain( src->items[i].val ) };
+            result->items[i] = copyItem( src->items[i] );
     }
 
     return result;
@@ -786,7 +989,7 @@ void includeMany( QV_DICT *own, QV_DICT *src, QV_BOOL overwrite )
         added += !place.found;
 
         if( place.found && overwrite )
-            replaceItem( own, place.index, { qv::retain( src->items[i].key ), qv::retain( src->items[i].val ) } );
+            replaceItem( own, place.index, copyItem( src->items[i] ) );
     }
 
     if( added > 0 )
@@ -803,7 +1006,14 @@ void includeMany( QV_DICT *own, QV_DICT *src, QV_BOOL overwrite )
             own->blockSize = own->alloc;
         }
 
-        own->items  = own->block;
+        own->items = own->block;
+
+        if( own->length == 0 )
+        {
+            own->digestSort   = src->digestSort;
+            own->digestPrefix = src->digestPrefix;
+        }
+
         Item  *to   = own->items + own->length + added;
         QV_INT rest = own->length;
         own->length += added;
@@ -816,8 +1026,14 @@ void includeMany( QV_DICT *own, QV_DICT *src, QV_BOOL overwrite )
             to -= rest - places[i];
             moveItems( to, own->items + places[i], rest - places[i] );
             rest  = places[i];
-            *--to = { qv::retain( src->items[i].key ), qv::retain( src->items[i].val ) };
+            *--to = copyItem( src->items[i] );
         }
+
+        // The digests of the new items are those of `src`.
+        if( own->digestSort != src->digestSort )
+            own->digestSort = nullptr;
+        else if( own->digestSort == &qv___sort_QV_STRING )
+            digestCommon( own, src->digestPrefix );
     }
 
     qvMemFree( places );
@@ -896,9 +1112,9 @@ void qvDictInclude( QV_DICT **dest, QV_DICT *src, QV_BOOL overwrite )
         Place place = find( *dest, item.key );
 
         if( !place.found )
-            insertItem( *dest, place.index, { qv::retain( item.key ), qv::retain( item.val ) } );
+            insertItem( *dest, place, copyItem( item ) );
         else if( overwrite )
-            replaceItem( *dest, place.index, { qv::retain( item.key ), qv::retain( item.val ) } );
+            replaceItem( *dest, place.index, copyItem( item ) );
     }
 }
 
@@ -951,7 +1167,7 @@ void qvDictIntersect( QV_DICT **dest, QV_DICT *src, QV_BOOL useSrcValues )
 
         qv::makePrivate( result.at(), qvDictCreateFrom );
         QV_OBJ *value = useSrcValues ? src->items[place.index].val : old->items[i].val;
-        insertItem( result, result->length, { qv::retain( old->items[i].key ), qv::retain( value ) } );
+        insertItem( result, { result->length, false }, { qv::retain( old->items[i].key ), qv::retain( value ), 0 } );
     }
 
     qv::assign( dest, result.give() );

@@ -10,20 +10,27 @@
 /** One entry. Both references are the Dict's own, neither is null. */
 struct QV___DICT_ITEM
 {
-    QV_OBJ *key;
-    QV_OBJ *val;
+    QV_OBJ  *key;
+    QV_OBJ  *val;
+    uint64_t digest; /**< orders the key among the others, see QV_DICT::digestSort */
 };
 
 /** `alloc` is what the Dict accounts for; it changes by a constant. What is really allocated may be up to half as
     large again, so that building up or down does not copy the items every so many. The items stand anywhere in the
-    block: its free places are at both ends, and a change moves the items on the shorter side. */
+    block: its free places are at both ends, and a change moves the items on the shorter side.
+
+    A search would wait for the memory of each key that it looks at. So where all keys are Strings or all are boxed
+    integers, each item has a number with it that orders as its key does: the whole integer, or the first characters
+    behind a prefix that all keys share. Only Strings whose numbers are equal are compared themselves. */
 struct QV_DICT : QV_OBJ
 {
-    QV_INT          alloc;     /**< items that the accounted block can hold */
-    QV_INT          length;    /**< items */
-    QV___DICT_ITEM *items;     /**< the first one, or null; in ascending order of their keys */
-    QV___DICT_ITEM *block;     /**< the allocated block, or null */
-    QV_INT          blockSize; /**< items that it can hold, `alloc` at least */
+    QV_INT          alloc;        /**< items that the accounted block can hold */
+    QV_INT          length;       /**< items */
+    QV___DICT_ITEM *items;        /**< the first one, or null; in ascending order of their keys */
+    QV___DICT_ITEM *block;        /**< the allocated block, or null */
+    QV_INT          blockSize;    /**< items that it can hold, `alloc` at least */
+    QV_SORT        *digestSort;   /**< the sort of all keys, or null where there are no digests */
+    QV_INT          digestPrefix; /**< characters of the prefix */
 };
 
 /** The one empty Dict of qvDictCreate(). */
