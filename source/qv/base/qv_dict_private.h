@@ -15,7 +15,7 @@ struct QV___DICT_ITEM
     uint64_t digest; /**< orders the key among the others, see QV_DICT::digestSort */
 };
 
-/** `alloc` is what the Dict accounts for; it changes by a constant. What is really allocated may be up to half as
+/** `alloc` is what the Dict accounts for; it changes by a constant. What is really allocated may be about half as
     large again, so that building up or down does not copy the items every so many. The items stand anywhere in the
     block: its free places are at both ends, and a change moves the items on the shorter side.
 
@@ -28,7 +28,7 @@ struct QV_DICT : QV_OBJ
     QV_INT          length;       /**< items */
     QV___DICT_ITEM *items;        /**< the first one, or null; in ascending order of their keys */
     QV___DICT_ITEM *block;        /**< the allocated block, or null */
-    QV_INT          blockSize;    /**< items that it can hold, `alloc` at least */
+    QV_INT          blockSize;    /**< items that it can hold */
     QV_SORT        *digestSort;   /**< the sort of all keys, or null where there are no digests */
     QV_INT          digestPrefix; /**< characters of the prefix */
 };

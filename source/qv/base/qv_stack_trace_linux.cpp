@@ -21,13 +21,17 @@ void qv___StackTraceUpdateSymbols( void )
 
 __attribute__( ( noinline ) ) QV_INT qv::stackFrames( void **frames, QV_INT size )
 {
-    // One more, for this function's own frame.
-    void *all[STACK_TRACE_CALLS + 1];
-    int   count = backtrace( all, static_cast< int >( std::min( size, STACK_TRACE_CALLS ) + 1 ) );
+    // Some more, for this function's own frame and those of a sanitizer that stands before the C library.
+    const QV_INT OWN = 4;
 
-    std::copy( all + std::min( count, 1 ), all + count, frames );
+    void  *all[STACK_TRACE_CALLS + OWN];
+    void **end   = all + backtrace( all, STACK_TRACE_CALLS + OWN );
+    void **first = std::find( all, std::min( all + OWN, end ), __builtin_return_address( 0 ) );
+    QV_INT count = std::min< QV_INT >( end - first, size );
 
-    return std::max( count - 1, 0 );
+    std::copy( first, first + count, frames );
+
+    return count;
 }
 
 char **qv::stackLines( void *const *frames, QV_INT count )

@@ -8,7 +8,7 @@
 #define QV_VECTOR_BSPACE 32
 
 /** `fspace`, the elements and `bspace` are the block that the Vector accounts for; it changes by a constant. What is
-    really allocated may be up to half as large again, so that a run of changes at an end does not copy the elements
+    really allocated may be about half as large again, so that a run of changes at an end does not copy the elements
     every 32 of them: then the accounted block moves within the allocated one. */
 struct QV_VECTOR : QV_OBJ
 {
