@@ -3,11 +3,13 @@
 
 #include "qv/base/qv_boxed_int.h"
 #include "qv/base/qv_boxed_unique.h"
+#include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_sort.h"
+#include "qv/sys/qv_unique_private.h"
 
 #include <set>
 #include <thread>
@@ -323,4 +325,50 @@ TEST( Obj, ThreadsShareObjectsAndTheirNumbers )
         EXPECT_EQ( seen[0], seen[t] );
 
     EXPECT_EQ( std::size( contested ), std::set< QV_INT >( seen[0].begin(), seen[0].end() ).size() );
+}
+
+TEST( Obj, WhoComesLateGivesTheNumberBack )
+{
+    Ending ending = inChild(
+        []
+        {
+            const int OBJECTS = 3000;
+            int32_t   arrived = 0;
+
+            qv___UniqueShutdown();
+            qv___UniqueStartup();
+
+            std::vector< Ref< QV_BOXED_UNIQUE > > objects( OBJECTS );
+
+            for( Ref< QV_BOXED_UNIQUE > &object : objects )
+                object.reset( qvBoxedUniqueCreate() );
+
+            // Both threads come to each object at the same time.
+            auto ask = [&]
+            {
+                for( int i = 0; i < OBJECTS; i++ )
+                {
+                    qv___AtomicAdd32( &arrived, 1 );
+
+                    for( int spin = 0; qv___AtomicLoad32( &arrived ) < 2 * ( i + 1 ); spin++ )
+                        if( spin > 1000 )
+                            std::this_thread::yield();
+
+                    qv___ObjUnique( qvBoxedUniqueObj( objects[i] ) );
+                }
+            };
+            std::thread other( ask );
+            ask();
+            other.join();
+            objects.clear();
+
+            // All 4096 numbers of the list are there again.
+            std::set< QV_INT > drawn;
+
+            for( int i = 0; i < 4096; i++ )
+                drawn.insert( qv___UniqueGet() );
+
+            fprintf( stderr, "%d to %d", int( *drawn.begin() ), int( *drawn.rbegin() ) );
+        } );
+    EXPECT_EQ( "0 to 4095", ending.errors );
 }

@@ -3,6 +3,8 @@
 
 #include "qv/base/qv_store.h"
 #include "qv/runtime/qv_runtime.h"
+#include "qv/sys/qv_abort_private.h"
+#include "qv/sys/qv_mem.h"
 
 #include <array>
 #include <cstdlib>
@@ -511,13 +513,21 @@ TEST( Runtime, StartAndStopLeaveNothingBehind )
         {
             setenv( "HOME", scratch().c_str(), 1 );
 
+            // With everything that a run may have been given.
+            auto restartWithAll = []( QV_INT flags )
+            {
+                qv___AbortFilename = static_cast< char * >( qvMemAlloc( 100 ) );
+                qvRuntimeShutdown();
+                qvRuntimeStartup( flags, nullptr, "my-app", "My Application", "1.2" );
+            };
+
             for( int flags : { 0, QV_RUNTIME_FLAG_MINIMAL, QV_RUNTIME_FLAG_OBJECT_DATABASE } )
             {
-                restart( flags );
+                restartWithAll( flags );
                 int64_t before = qv___AtomicLoad64( &blocks );
 
                 for( int i = 0; i < 20; i++ )
-                    restart( flags );
+                    restartWithAll( flags );
 
                 say( std::to_string( qv___AtomicLoad64( &blocks ) - before ) + ";" );
             }

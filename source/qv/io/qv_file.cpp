@@ -138,7 +138,7 @@ QV_BOOL qvFileDeleteDirectoryRecursive( QV_STRING *fn )
     {
         qv::Ref< QV_STRING > name( qvStringFrom( qvVectorObjAt( content, i ) ) );
 
-        if( qv___FileIsLink( name ) || !qvFileIsDirectory( name ) )
+        if( !qvFileIsDirectory( name ) )
             qvFileDelete( name ); // what stays makes the directory's own deletion fail
         else if( !qvFileDeleteDirectoryRecursive( name ) )
             ok = QV_FALSE;
