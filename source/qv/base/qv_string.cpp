@@ -1041,7 +1041,7 @@ void mapCase( QV_STRING **qvs, qv::unicode::Mapping ( *lookUp )( QV_CHAR ), QV_C
         }
     }
 
-    if( mapped->length != count )
+    if( mapped->length != count || mapped->bspace != QV_STRING_BSPACE )
     {
         mapped->chars  = reallocate( mapped->chars, QV_STRING_FSPACE + count + QV_STRING_BSPACE );
         mapped->length = count;
