@@ -382,6 +382,22 @@ TEST( Utf, TextSurvivesEveryCharset )
     }
 }
 
+TEST( Utf, RunsOfEveryLengthEndInTime )
+{
+    // Runs of characters of 1 to 4 bytes, with blocks that begin and end anywhere in them and in the cache.
+    for( QV_CHAR run : { U'a', U'\u00E4', U'\u6587', U'\U0001F600' } )
+        for( QV_CHAR rest : { U'b', U'\u03B2', U'\u5B57', U'\U0001F601' } )
+            for( size_t length = 0; length < 70; length++ )
+                for( size_t before : { 0, 950 } )
+                {
+                    std::u32string chars( before, U'-' );
+                    chars.append( length, run ).append( length % 7, rest ).append( length, run );
+
+                    ASSERT_EQ( ( Decoded { chars } ), decode( QV_CHARSET_UTF_8, encode( QV_CHARSET_UTF_8, chars ) ) )
+                        << length;
+                }
+}
+
 TEST( Utf, LongTextsGrowTheirStringByAFactorAndLeaveNoRoom )
 {
     std::string      bytes( 1000000, 'x' );

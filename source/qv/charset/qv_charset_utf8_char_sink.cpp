@@ -2,6 +2,12 @@
 #include "qv/charset/qv_charset_utf_private.h"
 #include "qv/io/qv_char_sink_private.h"
 
+#include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 struct QV___CHARSET_UTF8_CHAR_SINK_CLOSURE : qv::CodecSink
 {
 };
@@ -12,36 +18,6 @@ QV___FAMILY(
 namespace
 {
 using Sink = QV___CHARSET_UTF8_CHAR_SINK_CLOSURE;
-
-// Encodes ASCII until something else comes or the cache is full, and gives how many characters that was.
-QV_INT putAscii( Sink *csc, const QV_CHAR *chars, QV_INT count )
-{
-    uint8_t *out  = csc->cache + csc->cacheLength;
-    QV_INT   most = std::min( count, csc->room() );
-    QV_INT   i    = 0;
-
-    // By blocks that compile to vectors.
-    for( ; i + 16 <= most; i += 16 )
-    {
-        QV_CHAR all = 0;
-
-        for( int j = 0; j < 16; j++ )
-            all |= chars[i + j];
-
-        if( all >= 0x80 )
-            break;
-
-        for( int j = 0; j < 16; j++ )
-            out[i + j] = static_cast< uint8_t >( chars[i + j] );
-    }
-
-    for( ; i < most && chars[i] < 0x80; i++ )
-        out[i] = static_cast< uint8_t >( chars[i] );
-
-    csc->cacheLength += i;
-
-    return i;
-}
 
 QV_INT encodedLength( QV_CHAR ch )
 {
@@ -79,23 +55,129 @@ QV_INT encode( QV_CHAR ch, uint8_t *out )
     return 4;
 }
 
-QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
+#ifdef __SSE2__
+
+// What putBlock() takes, and how many bytes it may write.
+const QV_INT BLOCK       = 8;
+const QV_INT BLOCK_BYTES = 2 * BLOCK;
+
+// Encodes 8 characters at once when none of them takes more than 2 bytes, and gives the end of the bytes, else null.
+// In the text of most alphabets 1 and 2 bytes alternate at any time; a branch for each character would be foreseen
+// badly.
+uint8_t *putBlock( const QV_CHAR *in, uint8_t *out )
 {
-    Sink *csc = static_cast< Sink * >( closure );
+    const __m128i *from  = reinterpret_cast< const __m128i * >( in );
+    __m128i        low   = _mm_loadu_si128( from );
+    __m128i        high  = _mm_loadu_si128( from + 1 );
+    __m128i        words = _mm_packs_epi32( low, high );
+    __m128i        all   = _mm_or_si128( low, high );
+    __m128i        zero  = _mm_setzero_si128();
 
-    for( QV_INT i = 0; i < charCount; )
+    if( _mm_movemask_epi8( _mm_cmpeq_epi32( _mm_srli_epi32( all, 7 ), zero ) ) == 0xFFFF )
     {
-        if( chars[i] < 0x80 )
+        _mm_storel_epi64( reinterpret_cast< __m128i * >( out ), _mm_packus_epi16( words, words ) );
+        return out + BLOCK;
+    }
+
+    if( _mm_movemask_epi8( _mm_cmpeq_epi32( _mm_srli_epi32( all, 11 ), zero ) ) != 0xFFFF )
+        return nullptr;
+
+    // Either form of every character, the first byte in the lower half.
+    __m128i  isPair = _mm_cmpgt_epi16( words, _mm_set1_epi16( 0x7F ) );
+    __m128i  tails  = _mm_slli_epi16( _mm_and_si128( words, _mm_set1_epi16( 0x3F ) ), 8 );
+    __m128i  leads  = _mm_or_si128( _mm_srli_epi16( words, 6 ), _mm_set1_epi16( static_cast< short >( 0x80C0 ) ) );
+    __m128i  pairs  = _mm_and_si128( isPair, _mm_or_si128( leads, tails ) );
+    uint16_t forms[BLOCK];
+
+    _mm_storeu_si128( reinterpret_cast< __m128i * >( forms ), _mm_or_si128( pairs, _mm_andnot_si128( isPair, words ) ) );
+
+    for( uint16_t form : forms )
+    {
+        memcpy( out, &form, 2 );
+        out += 1 + ( form >> 15 );
+    }
+
+    return out;
+}
+
+#else
+
+const QV_INT BLOCK       = 8;
+const QV_INT BLOCK_BYTES = 8;
+
+// Encodes 8 characters at once when all are ASCII, and gives the end of the bytes, else null.
+uint8_t *putBlock( const QV_CHAR *in, uint8_t *out )
+{
+    for( QV_INT i = 0; i < BLOCK; i++ )
+    {
+        if( in[i] >= 0x80 )
+            return nullptr;
+
+        out[i] = static_cast< uint8_t >( in[i] );
+    }
+
+    return out + BLOCK;
+}
+
+#endif
+
+struct Progress
+{
+    const QV_CHAR *in;
+    uint8_t       *out;
+};
+
+// Encodes until the characters end, something invalid comes or there may be no room for the next one.
+Progress putChars( const QV_CHAR *in, const QV_CHAR *inEnd, uint8_t *out, const uint8_t *outEnd )
+{
+    while( in < inEnd && outEnd - out >= 4 )
+    {
+        while( inEnd - in >= BLOCK && outEnd - out >= BLOCK_BYTES )
         {
-            i += putAscii( csc, chars + i, charCount - i );
+            uint8_t *behind = putBlock( in, out );
 
-            if( i < charCount && csc->room() == 0 && !qv::flushCache( csc ) )
-                return QV_FALSE;
+            if( !behind )
+                break;
 
-            continue;
+            in += BLOCK;
+            out = behind;
         }
 
-        QV_CHAR ch = chars[i++];
+        // What the blocks leave, up to where ASCII follows ASCII or they can go on.
+        while( in < inEnd && outEnd - out >= 4 )
+        {
+            QV_CHAR ch = *in;
+
+            if( !QV_CHAR_OK( ch ) )
+                return { in, out };
+
+            out += encode( ch, out );
+            in++;
+
+            if( ch < 0x80 && in < inEnd && *in < 0x80 )
+                break;
+        }
+    }
+
+    return { in, out };
+}
+
+QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
+{
+    Sink          *csc = static_cast< Sink * >( closure );
+    const QV_CHAR *in  = chars;
+    const QV_CHAR *end = chars + charCount;
+
+    for( ;; )
+    {
+        Progress progress = putChars( in, end, csc->cache + csc->cacheLength, csc->cache + qv::CODEC_CACHE );
+        in                = progress.in;
+        csc->cacheLength  = progress.out - csc->cache;
+
+        if( in == end )
+            return QV_TRUE;
+
+        QV_CHAR ch = *in++;
 
         // No String holds such a value; this guards the bytes against everything else that writes.
         if( !QV_CHAR_OK( ch ) )
@@ -114,8 +196,6 @@ QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
 
         csc->cacheLength += encode( ch, csc->cache + csc->cacheLength );
     }
-
-    return QV_TRUE;
 }
 
 QV_BOOL write( QV_OBJ *closure, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount )

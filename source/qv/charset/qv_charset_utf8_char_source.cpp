@@ -1,8 +1,7 @@
+#include "qv/charset/qv_charset_ascii_private.h"
 #include "qv/charset/qv_charset_codec_private.h"
 #include "qv/charset/qv_charset_utf_private.h"
 #include "qv/io/qv_char_source_private.h"
-
-#include <cstring>
 
 struct QV___CHARSET_UTF8_CHAR_SOURCE_CLOSURE : qv::CodecSource
 {
@@ -28,39 +27,48 @@ bool isTail( uint8_t byte )
     return ( byte & 0xC0 ) == 0x80;
 }
 
-// Decodes whole, good sequences until the bytes or the room end, or something comes that is left to takeByte().
-void takeSequences( const uint8_t *&in, const uint8_t *inEnd, QV_CHAR *&out, const QV_CHAR *outEnd )
+struct Progress
 {
-    for( ;; )
+    const uint8_t *in;
+    QV_CHAR       *out;
+};
+
+// Decodes whole, good sequences until the bytes or the room end, or something comes that is left to takeByte().
+Progress takeSequences( const uint8_t *in, const uint8_t *inEnd, QV_CHAR *out, const QV_CHAR *outEnd )
+{
+    while( in < inEnd && out < outEnd )
     {
-        // ASCII by blocks that compile to vectors.
-        while( inEnd - in >= 16 && outEnd - out >= 16 )
+        while( inEnd - in >= qv::ASCII_BLOCK && outEnd - out >= qv::ASCII_BLOCK )
         {
-            uint64_t words[2];
-            memcpy( words, in, 16 );
+            QV_INT count = qv::widenAscii( in, out );
 
-            if( ( words[0] | words[1] ) & 0x8080808080808080 )
+            if( count < qv::ASCII_BLOCK )
+            {
+                in += count;
+                out += count;
                 break;
+            }
 
-            for( int i = 0; i < 16; i++ )
-                out[i] = in[i];
-
-            in += 16;
-            out += 16;
+            in += qv::ASCII_BLOCK;
+            out += qv::ASCII_BLOCK;
         }
 
-        while( in < inEnd && out < outEnd && *in < 0x80 )
-            *out++ = *in++;
+        if( inEnd - in < qv::ASCII_BLOCK || outEnd - out < qv::ASCII_BLOCK )
+            while( in < inEnd && out < outEnd && *in < 0x80 )
+                *out++ = *in++;
 
-        if( inEnd - in < 4 || out == outEnd )
-            return;
-
-        // A run of sequences. Text that isn't ASCII mostly stays at one length, so this predicts well.
-        while( inEnd - in >= 4 && out < outEnd && *in >= 0x80 )
+        // A run of sequences. Text that isn't ASCII mostly stays at one length, so this predicts well; single blanks
+        // and the like do not end the run.
+        while( inEnd - in >= 4 && out < outEnd && ( *in >= 0x80 || in[1] >= 0x80 ) )
         {
             QV_CHAR lead = in[0];
 
-            if( lead >= 0xC0 && lead < 0xE0 && isTail( in[1] ) )
+            if( lead < 0x80 )
+            {
+                *out++ = lead;
+                in++;
+            }
+            else if( lead >= 0xC0 && lead < 0xE0 && isTail( in[1] ) )
             {
                 *out++ = ( lead & 0x1F ) << 6 | ( in[1] & 0x3F );
                 in += 2;
@@ -75,15 +83,20 @@ void takeSequences( const uint8_t *&in, const uint8_t *inEnd, QV_CHAR *&out, con
                 QV_CHAR ch = ( lead & 0x7 ) << 18 | ( in[1] & 0x3F ) << 12 | ( in[2] & 0x3F ) << 6 | ( in[3] & 0x3F );
 
                 if( !QV_CHAR_OK( ch ) )
-                    return;
+                    return { in, out };
 
                 *out++ = ch;
                 in += 4;
             }
             else
-                return;
+                return { in, out };
         }
+
+        if( inEnd - in < 4 && in < inEnd && *in >= 0x80 )
+            return { in, out };
     }
+
+    return { in, out };
 }
 
 // The character of a sequence, or the byte order mark.
@@ -183,7 +196,11 @@ QV_BOOL readChars( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT 
         const QV_CHAR *outEnd = out + std::min( maxCharCount - *charsRead, csc->left() );
 
         if( csc->state == OUTSIDE && csc->firstCharDone )
-            takeSequences( in, inEnd, out, outEnd );
+        {
+            Progress progress = takeSequences( in, inEnd, out, outEnd );
+            in                = progress.in;
+            out               = progress.out;
+        }
 
         if( in < inEnd && out < outEnd )
             ok = takeByte( csc, *in++, out );
