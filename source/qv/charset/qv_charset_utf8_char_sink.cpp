@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#ifdef __SSE2__
+#ifdef __x86_64__
 #include <emmintrin.h>
 #endif
 
@@ -55,7 +55,7 @@ QV_INT encode( QV_CHAR ch, uint8_t *out )
     return 4;
 }
 
-#ifdef __SSE2__
+#ifdef __x86_64__
 
 // What putBlock() takes, and how many bytes it may write.
 const QV_INT BLOCK       = 8;
@@ -87,17 +87,35 @@ uint8_t *putBlock( const QV_CHAR *in, uint8_t *out )
     __m128i  tails  = _mm_slli_epi16( _mm_and_si128( words, _mm_set1_epi16( 0x3F ) ), 8 );
     __m128i  leads  = _mm_or_si128( _mm_srli_epi16( words, 6 ), _mm_set1_epi16( static_cast< short >( 0x80C0 ) ) );
     __m128i  pairs  = _mm_and_si128( isPair, _mm_or_si128( leads, tails ) );
-    uint16_t forms[BLOCK];
+    __m128i forms = _mm_or_si128( pairs, _mm_andnot_si128( isPair, words ) );
 
-    _mm_storeu_si128( reinterpret_cast< __m128i * >( forms ), _mm_or_si128( pairs, _mm_andnot_si128( isPair, words ) ) );
+    // The ends of all characters as sums over their lengths, so that no store has to wait for the one before.
+    __m128i ends = _mm_sub_epi16( _mm_set1_epi16( 1 ), isPair );
 
-    for( uint16_t form : forms )
+    ends = _mm_add_epi16( ends, _mm_slli_si128( ends, 2 ) );
+    ends = _mm_add_epi16( ends, _mm_slli_si128( ends, 4 ) );
+    ends = _mm_add_epi16( ends, _mm_slli_si128( ends, 8 ) );
+
+    uint8_t *next = out;
+
+    for( int half = 0; half < 2; half++ )
     {
-        memcpy( out, &form, 2 );
-        out += 1 + ( form >> 15 );
+        // Shifting words out of a general register is cheaper than extracting each from the vector.
+        uint64_t form = static_cast< uint64_t >( _mm_cvtsi128_si64( forms ) );
+        uint64_t end  = static_cast< uint64_t >( _mm_cvtsi128_si64( ends ) );
+
+        for( int i = 0; i < BLOCK / 2; i++ )
+        {
+            uint16_t bytes = static_cast< uint16_t >( form >> 16 * i );
+            memcpy( next, &bytes, 2 );
+            next = out + static_cast< uint16_t >( end >> 16 * i );
+        }
+
+        forms = _mm_unpackhi_epi64( forms, forms );
+        ends  = _mm_unpackhi_epi64( ends, ends );
     }
 
-    return out;
+    return next;
 }
 
 #else
