@@ -83,11 +83,11 @@ uint8_t *putBlock( const QV_CHAR *in, uint8_t *out )
         return nullptr;
 
     // Either form of every character, the first byte in the lower half.
-    __m128i  isPair = _mm_cmpgt_epi16( words, _mm_set1_epi16( 0x7F ) );
-    __m128i  tails  = _mm_slli_epi16( _mm_and_si128( words, _mm_set1_epi16( 0x3F ) ), 8 );
-    __m128i  leads  = _mm_or_si128( _mm_srli_epi16( words, 6 ), _mm_set1_epi16( static_cast< short >( 0x80C0 ) ) );
-    __m128i  pairs  = _mm_and_si128( isPair, _mm_or_si128( leads, tails ) );
-    __m128i forms = _mm_or_si128( pairs, _mm_andnot_si128( isPair, words ) );
+    __m128i isPair = _mm_cmpgt_epi16( words, _mm_set1_epi16( 0x7F ) );
+    __m128i tails  = _mm_slli_epi16( _mm_and_si128( words, _mm_set1_epi16( 0x3F ) ), 8 );
+    __m128i leads  = _mm_or_si128( _mm_srli_epi16( words, 6 ), _mm_set1_epi16( static_cast< short >( 0x80C0 ) ) );
+    __m128i pairs  = _mm_and_si128( isPair, _mm_or_si128( leads, tails ) );
+    __m128i forms  = _mm_or_si128( pairs, _mm_andnot_si128( isPair, words ) );
 
     // The ends of all characters as sums over their lengths, so that no store has to wait for the one before.
     __m128i ends = _mm_sub_epi16( _mm_set1_epi16( 1 ), isPair );

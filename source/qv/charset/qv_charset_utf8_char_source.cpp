@@ -1,7 +1,10 @@
-#include "qv/charset/qv_charset_ascii_private.h"
 #include "qv/charset/qv_charset_codec_private.h"
 #include "qv/charset/qv_charset_utf_private.h"
 #include "qv/io/qv_char_source_private.h"
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 struct QV___CHARSET_UTF8_CHAR_SOURCE_CLOSURE : qv::CodecSource
 {
@@ -27,6 +30,35 @@ bool isTail( uint8_t byte )
     return ( byte & 0xC0 ) == 0x80;
 }
 
+const QV_INT BLOCK = 16;
+
+// Widens the leading ASCII of 16 bytes and gives its length; all 16 places at `out` may be written. Text of any
+// language is full of short runs of it; a count leaves fewer branches that depend on the text than a look at each byte.
+QV_INT widenAscii( const uint8_t *in, QV_CHAR *out )
+{
+#ifdef __SSE2__
+    __m128i  bytes = _mm_loadu_si128( reinterpret_cast< const __m128i * >( in ) );
+    __m128i  zero  = _mm_setzero_si128();
+    __m128i  low   = _mm_unpacklo_epi8( bytes, zero );
+    __m128i  high  = _mm_unpackhi_epi8( bytes, zero );
+    __m128i *dest  = reinterpret_cast< __m128i * >( out );
+
+    _mm_storeu_si128( dest, _mm_unpacklo_epi16( low, zero ) );
+    _mm_storeu_si128( dest + 1, _mm_unpackhi_epi16( low, zero ) );
+    _mm_storeu_si128( dest + 2, _mm_unpacklo_epi16( high, zero ) );
+    _mm_storeu_si128( dest + 3, _mm_unpackhi_epi16( high, zero ) );
+
+    return __builtin_ctz( static_cast< unsigned >( _mm_movemask_epi8( bytes ) ) | 0x10000 );
+#else
+    QV_INT count = 0;
+
+    for( ; count < BLOCK && in[count] < 0x80; count++ )
+        out[count] = in[count];
+
+    return count;
+#endif
+}
+
 struct Progress
 {
     const uint8_t *in;
@@ -38,22 +70,22 @@ Progress takeSequences( const uint8_t *in, const uint8_t *inEnd, QV_CHAR *out, c
 {
     while( in < inEnd && out < outEnd )
     {
-        while( inEnd - in >= qv::ASCII_BLOCK && outEnd - out >= qv::ASCII_BLOCK )
+        while( inEnd - in >= BLOCK && outEnd - out >= BLOCK )
         {
-            QV_INT count = qv::widenAscii( in, out );
+            QV_INT count = widenAscii( in, out );
 
-            if( count < qv::ASCII_BLOCK )
+            if( count < BLOCK )
             {
                 in += count;
                 out += count;
                 break;
             }
 
-            in += qv::ASCII_BLOCK;
-            out += qv::ASCII_BLOCK;
+            in += BLOCK;
+            out += BLOCK;
         }
 
-        if( inEnd - in < qv::ASCII_BLOCK || outEnd - out < qv::ASCII_BLOCK )
+        if( inEnd - in < BLOCK || outEnd - out < BLOCK )
             while( in < inEnd && out < outEnd && *in < 0x80 )
                 *out++ = *in++;
 
