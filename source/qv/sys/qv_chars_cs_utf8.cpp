@@ -5,8 +5,10 @@
 
 #include <string.h>
 
-#ifdef __x86_64__
+#if defined( __x86_64__ ) && __has_include( <sys/platform/x86.h> )
 #include <immintrin.h>
+#include <sys/platform/x86.h>
+#define QV___KERNELS
 #endif
 
 // Both directions have a plain loop, which knows all the rules, and in front of it, where the processor has the
@@ -128,15 +130,22 @@ struct Encoder
     }
 };
 
-#ifdef __x86_64__
+#ifdef QV___KERNELS
 
 #define KERNEL __attribute__( ( target( "avx2,bmi,bmi2,popcnt" ) ) )
 
-// The kernels gather bits with an instruction that the first processors of one family have in name only.
+// The kernels gather bits with an instruction that the first processors of one family have in name only. The C library
+// is asked, which knows the processor already: what the compiler offers asks the processor itself, at load time, and
+// where that is a virtual one the answers cost more than the whole start of the library.
 bool hasKernels()
 {
-    return __builtin_cpu_supports( "avx2" ) && __builtin_cpu_supports( "bmi2" ) && !__builtin_cpu_is( "znver1" ) &&
-           !__builtin_cpu_is( "znver2" );
+    if( !CPU_FEATURE_ACTIVE( AVX2 ) || !CPU_FEATURE_ACTIVE( BMI2 ) )
+        return false;
+
+    unsigned signature = __x86_get_cpuid_feature_leaf( CPUID_INDEX_1 )->cpuid_array[0];
+    unsigned family    = ( signature >> 8 & 0xF ) + ( signature >> 20 & 0xFF );
+
+    return family != 0x17 && family != 0x18;
 }
 
 // The shuffles between 16 bytes of UTF-8 and characters in lanes of 2 or 4 bytes, with the last byte of a character
@@ -520,7 +529,7 @@ QV_INT qvCharsConvertFromUtf8( QV_CHAR *dest, QV_INT destLength, const char *src
 
     Decoder d = { reinterpret_cast< const unsigned char * >( src ), srcLength, 0, dest, destLength, 0 };
 
-#ifdef __x86_64__
+#ifdef QV___KERNELS
     if( srcLength >= 64 + 16 && hasKernels() )
         dest ? decodeBlocks< true >( d ) : decodeBlocks< false >( d );
 #endif
@@ -539,7 +548,7 @@ QV_INT qvCharsConvertToUtf8( char *dest, QV_INT destLength, const QV_CHAR *src, 
 
     Encoder e = { src, srcLength, 0, dest, destLength, 0 };
 
-#ifdef __x86_64__
+#ifdef QV___KERNELS
     if( srcLength >= 16 + 16 && hasKernels() )
         dest ? encodeBlocks( e ) : measureBlocks( e );
 #endif
