@@ -4,8 +4,8 @@
 #include "qv/base/qv_alertable.h"
 #include "qv/runtime/qv_family.h"
 
-/** What alerts hold of a target. It outlives the owner's alertable where somebody still holds it, disarmed. Any thread may
-    fire and halt it: the two exclude each other. */
+/** What alerts hold of a target. It outlives the owner's alertable where somebody still holds it, disarmed. Any
+    thread may fire and halt it: the two exclude each other. */
 typedef struct QV___ALERTABLE_IMP QV___ALERTABLE_IMP;
 
 QV_FAMILY( ___AlertableImp, QV___ALERTABLE_IMP )

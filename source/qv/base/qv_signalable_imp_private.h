@@ -4,8 +4,8 @@
 #include "qv/base/qv_signalable.h"
 #include "qv/runtime/qv_family.h"
 
-/** What signals hold of a target. It outlives the owner's signalable where somebody still holds it, disarmed. Any thread may
-    fire and halt it: the two exclude each other. */
+/** What signals hold of a target. It outlives the owner's signalable where somebody still holds it, disarmed. Any
+    thread may fire and halt it: the two exclude each other. */
 typedef struct QV___SIGNALABLE_IMP QV___SIGNALABLE_IMP;
 
 QV_FAMILY( ___SignalableImp, QV___SIGNALABLE_IMP )

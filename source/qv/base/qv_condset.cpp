@@ -1,0 +1,218 @@
+#include "qv/base/qv_condset.h"
+
+#include "qv/base/qv_barrier.h"
+#include "qv/base/qv_monitor_private.h"
+#include "qv/base/qv_timestamp.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_int.h"
+
+struct QV_CONDSET : QV_OBJ
+{
+    QV_BARRIER *gateBarrier; // closed while a change is under way; everybody passes it first
+    QV_MONITOR *monitor;     // guards the next three
+    QV_BOOL     changing;    // a change is under way
+    QV_INT      usersCount;  // threads inside a wait
+    QV_INT      conditions;
+    QV_BARRIER *wakeBarrier; // waiters sleep here; open only during a change
+    QV_BARRIER *idleBarrier; // closed while `usersCount` is above 0
+};
+
+namespace
+{
+const QV_INT CONDITIONS = 0xffff;
+
+void freeCondset( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+
+    QV_CONDSET *cs = qvCondsetFrom( thisObj );
+    qv::drop( cs->gateBarrier );
+    qv::drop( cs->monitor );
+    qv::drop( cs->wakeBarrier );
+    qv::drop( cs->idleBarrier );
+}
+
+// Enters the monitor at a time when no change is under way.
+void enter( QV_CONDSET *cs )
+{
+    for( ;; )
+    {
+        qvBarrierPass( cs->gateBarrier );
+        qvMonitorEnter( cs->monitor );
+
+        if( !cs->changing )
+            return;
+
+        // A rival has closed the gate since.
+        qvMonitorLeave( cs->monitor );
+    }
+}
+
+// Makes the mask `conditions` of which the bits outside `mask` stay. The monitor is entered, and left in the end.
+// Waiters are driven out before the mask changes and let in again after, so each of them sees it before or after.
+void change( QV_CONDSET *cs, QV_INT mask, QV_INT conditions )
+{
+    qvBarrierBlock( cs->gateBarrier );
+    cs->changing = QV_TRUE;
+    qvBarrierUnblock( cs->wakeBarrier );
+    qvMonitorLeave( cs->monitor );
+
+    qvBarrierPass( cs->idleBarrier );
+
+    qv::HeldMonitor held( cs->monitor );
+    qvBarrierBlock( cs->wakeBarrier );
+    cs->conditions = ( cs->conditions & ~mask ) | conditions;
+    cs->changing   = QV_FALSE;
+    qvBarrierUnblock( cs->gateBarrier );
+}
+
+using Satisfied = QV_INT ( * )( QV_INT present, QV_INT conditions );
+
+QV_INT any( QV_INT present, QV_INT conditions )
+{
+    return present & conditions;
+}
+
+QV_INT all( QV_INT present, QV_INT conditions )
+{
+    return present == conditions ? conditions : 0;
+}
+
+// What is left of a limit, or -1 when it has passed.
+QV_INT remaining( QV_INT start, QV_INT millisec )
+{
+    QV_INT elapsed = qvTimestamp() - start;
+    return elapsed > millisec ? -1 : millisec - elapsed;
+}
+
+QV_INT wait( QV_CONDSET *cs, QV_INT conditions, QV_INT millisec, Satisfied satisfied )
+{
+    conditions &= CONDITIONS;
+
+    if( !conditions )
+        return 0;
+
+    bool   timed = millisec >= 0;
+    QV_INT start = timed ? qvTimestamp() : 0;
+    QV_INT left  = -1; // no limit
+
+    for( ;; )
+    {
+        if( timed && ( left = remaining( start, millisec ) ) < 0 )
+            return 0;
+
+        enter( cs );
+
+        if( QV_INT result = satisfied( cs->conditions, conditions ) )
+        {
+            qvMonitorLeave( cs->monitor );
+            return result;
+        }
+
+        QV_CHECK( QV_INT_ADD_OK( cs->usersCount, 1 ) );
+        cs->usersCount++;
+        qvBarrierBlock( cs->idleBarrier );
+        qvMonitorLeave( cs->monitor );
+
+        QV_BOOL awake = qvBarrierPassTimed( cs->wakeBarrier, left );
+
+        {
+            qv::HeldMonitor held( cs->monitor );
+            QV_CHECK( cs->usersCount > 0 );
+
+            if( --cs->usersCount == 0 )
+                qvBarrierUnblock( cs->idleBarrier );
+        }
+
+        if( !awake )
+            return 0;
+    }
+}
+} // namespace
+
+QV___FAMILY( Condset, QV_CONDSET, freeCondset, nullptr, nullptr )
+
+QV_CONDSET *qvCondsetCreate( void )
+{
+    QV_CONDSET *cs  = qv::create< QV_CONDSET >( qvCondsetSort() );
+    cs->gateBarrier = qvBarrierCreate( QV_FALSE );
+    cs->monitor     = qvMonitorCreate();
+    cs->changing    = QV_FALSE;
+    cs->usersCount  = 0;
+    cs->conditions  = 0;
+    cs->wakeBarrier = qvBarrierCreate( QV_TRUE );
+    cs->idleBarrier = qvBarrierCreate( QV_FALSE );
+
+    return cs;
+}
+
+QV_INT qvCondsetConditions( QV_CONDSET *cs )
+{
+    QV_CHECK( cs );
+
+    enter( cs );
+    QV_INT conditions = cs->conditions;
+    qvMonitorLeave( cs->monitor );
+
+    return conditions;
+}
+
+void qvCondsetSetConditions( QV_CONDSET *cs, QV_INT conditions )
+{
+    QV_CHECK( cs );
+
+    conditions &= CONDITIONS;
+    enter( cs );
+
+    if( cs->conditions == conditions )
+        qvMonitorLeave( cs->monitor );
+    else
+        change( cs, CONDITIONS, conditions );
+}
+
+void qvCondsetAddConditions( QV_CONDSET *cs, QV_INT conditions )
+{
+    qvCondsetModifyConditions( cs, conditions, QV_TRUE );
+}
+
+void qvCondsetDelConditions( QV_CONDSET *cs, QV_INT conditions )
+{
+    qvCondsetModifyConditions( cs, conditions, QV_FALSE );
+}
+
+void qvCondsetModifyConditions( QV_CONDSET *cs, QV_INT conditions, QV_BOOL add )
+{
+    QV_CHECK( cs );
+
+    conditions &= CONDITIONS;
+
+    if( !conditions )
+        return;
+
+    enter( cs );
+    change( cs, conditions, add ? conditions : 0 );
+}
+
+QV_INT qvCondsetWaitAny( QV_CONDSET *cs, QV_INT conditions )
+{
+    QV_CHECK( cs );
+    return wait( cs, conditions, -1, any );
+}
+
+QV_INT qvCondsetWaitAll( QV_CONDSET *cs, QV_INT conditions )
+{
+    QV_CHECK( cs );
+    return wait( cs, conditions, -1, all );
+}
+
+QV_INT qvCondsetWaitAnyTimed( QV_CONDSET *cs, QV_INT conditions, QV_INT millisec )
+{
+    QV_CHECK( cs );
+    return wait( cs, conditions, millisec, any );
+}
+
+QV_INT qvCondsetWaitAllTimed( QV_CONDSET *cs, QV_INT conditions, QV_INT millisec )
+{
+    QV_CHECK( cs );
+    return wait( cs, conditions, millisec, all );
+}

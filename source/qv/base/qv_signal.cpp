@@ -1,0 +1,102 @@
+#include "qv/base/qv_signal.h"
+
+#include "qv/base/qv_event_private.h"
+
+struct QV_SIGNAL : QV_OBJ
+{
+    static constexpr bool ONE_SHOT = true;
+
+    QV_MONITOR *monitor;     // guards everything below
+    int32_t     asserted;    // atomic; goes from 0 to 1 once
+    QV_BARRIER *waitBarrier; // closed; null until somebody waits, and again once it is asserted
+
+    qv::Targets< QV___SIGNALABLE_IMP > signalables;
+    qv::Targets< QV_SIGNAL >           chainedSignals;
+    qv::Targets< QV_ALERT >            alerts;
+    qv::Targets< QV_BARRIER >          barriers;
+
+    bool happened()
+    {
+        return qv___AtomicLoad32( &asserted ) != 0;
+    }
+
+    bool happen()
+    {
+        return qv___AtomicCompareExchange32( &asserted, 0, 1 ) == 0;
+    }
+
+    template< class Function >
+    void eachKind( Function todo )
+    {
+        todo( signalables );
+        todo( chainedSignals );
+        todo( alerts );
+        todo( barriers );
+    }
+};
+
+namespace
+{
+void freeSignal( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+    qv::freeEvent( qvSignalFrom( thisObj ) );
+}
+} // namespace
+
+QV___FAMILY( Signal, QV_SIGNAL, freeSignal, nullptr, nullptr )
+
+QV_SIGNAL *qvSignalCreate( void )
+{
+    QV_SIGNAL *sig = qv::createEvent< QV_SIGNAL >( qvSignalSort() );
+    sig->asserted  = 0;
+
+    return sig;
+}
+
+QV_BOOL qvSignalAsserted( QV_SIGNAL *sig )
+{
+    QV_CHECK( sig );
+    return sig->happened() ? QV_TRUE : QV_FALSE;
+}
+
+void qvSignalAssert( QV_SIGNAL *sig )
+{
+    QV_CHECK( sig );
+    qv::fireEvent( sig );
+}
+
+void qvSignalWait( QV_SIGNAL *sig )
+{
+    QV_CHECK( sig );
+    qv::waitForEvent( sig, -1 );
+}
+
+QV_BOOL qvSignalWaitTimed( QV_SIGNAL *sig, QV_INT millisec )
+{
+    QV_CHECK( sig );
+    return qv::waitForEvent( sig, millisec );
+}
+
+QV_BOOL qvSignalHasSignalables( QV_SIGNAL *sig )
+{
+    QV_CHECK( sig );
+
+    qv::HeldMonitor held( sig->monitor );
+    QV_BOOL         any = QV_FALSE;
+
+    // An asserted signal has none.
+    sig->eachKind(
+        [&]( const auto &targets )
+        {
+            if( targets.any() )
+                any = QV_TRUE;
+        } );
+
+    return any;
+}
+
+QV___EVENT_TARGET( Signal, QV_SIGNAL, sig, Signalable, QV_SIGNALABLE, sigb, signalables, sigb->imp )
+QV___EVENT_TARGET( Signal, QV_SIGNAL, sig, Signal, QV_SIGNAL, chainedSignal, chainedSignals, chainedSignal )
+QV___EVENT_TARGET( Signal, QV_SIGNAL, sig, Alert, QV_ALERT, al, alerts, al )
+QV___EVENT_TARGET( Signal, QV_SIGNAL, sig, Barrier, QV_BARRIER, waitBarrier, barriers, waitBarrier )
