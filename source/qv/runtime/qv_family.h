@@ -164,7 +164,7 @@ QV_API QV_MODULE qv___module;
     {                                                                                                                  \
         if( !obj )                                                                                                     \
             qv___Abort( "stdfunc release", QV___SOURCE, __LINE__, "obj" );                                             \
-        if( qv___AtomicAdd32( &( (QV_OBJ *)obj )->retainCount, -1 ) == 0 )                                             \
+        if( qv___AtomicGiveUp32( &( (QV_OBJ *)obj )->retainCount ) )                                                   \
             qv___ObjFree( (QV_OBJ *)obj );                                                                             \
     }                                                                                                                  \
                                                                                                                        \

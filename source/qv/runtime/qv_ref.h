@@ -30,7 +30,7 @@ inline T *retain( T *object )
 template< class T >
 inline void release( T *object )
 {
-    if( object && qv___AtomicAdd32( &obj( object )->retainCount, -1 ) == 0 )
+    if( object && qv___AtomicGiveUp32( &obj( object )->retainCount ) )
         qv___ObjFree( obj( object ) );
 }
 

@@ -25,6 +25,22 @@ static inline int32_t qv___AtomicAdd32( int32_t *value, int32_t amount )
     return result;
 }
 
+/** Subtracts 1 from a reference count; true if that made it 0. Whoever sees 1 holds the only reference, so that nobody
+    can be adding one: the common end of an object needs no locked instruction. */
+static inline int qv___AtomicGiveUp32( int32_t *count )
+{
+    QV___ATOMIC_FENCE();
+
+    if( __atomic_load_n( count, __ATOMIC_SEQ_CST ) == 1 )
+    {
+        __atomic_store_n( count, 0, __ATOMIC_RELAXED );
+        QV___ATOMIC_FENCE();
+        return 1;
+    }
+
+    return qv___AtomicAdd32( count, -1 ) == 0;
+}
+
 /** Replaces `expected` by `desired`; gives the value that was found. */
 static inline int32_t qv___AtomicCompareExchange32( int32_t *value, int32_t expected, int32_t desired )
 {
