@@ -1,6 +1,7 @@
 #include "bench.h"
 
 #ifdef BENCH_ICU
+#include <unicode/locid.h>
 #include <unicode/unistr.h>
 #endif
 #ifdef BENCH_GLIB

@@ -5,10 +5,14 @@
 #include <random>
 #include <string>
 
+extern "C" int LLVMFuzzerInitialize( int *argc, char ***argv ) __attribute__( ( weak ) );
 extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size );
 
-int main()
+int main( int argc, char **argv )
 {
+    if( LLVMFuzzerInitialize )
+        LLVMFuzzerInitialize( &argc, &argv );
+
     static const std::string PIECES[] = {
         "a=1\n", "a.b=", "a.", ".", "=", "%", "%%", "%00000a", "%110000", "\r\n", "\xc2\x85", "\xe2\x80\xa8", "\xef\xbb\xbf",
         "\xf0\x9f\x98\x80", "\xc0\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\x7f\x7f\x7f", "\x88\x80", "\x01\x01\x01\x01\x61",

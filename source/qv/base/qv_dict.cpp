@@ -694,6 +694,12 @@ void qvDictClear( QV_DICT **dict )
     qv::assign( dict, qvDictCreate() );
 }
 
+void qv::appendToDict( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value )
+{
+    makePrivate( dict, qvDictCreateFrom );
+    insertItem( *dict, { ( *dict )->length, false, false, 0 }, { key, value, 0 } );
+}
+
 void qv___DictClear( QV_DICT **dict )
 {
     QV_CHECK( dict );

@@ -39,4 +39,10 @@ extern "C" QV_DICT *qv___DictEmpty;
 /** Deletes all entries and keeps the block for the next ones; a shared Dict becomes the empty one. */
 QV_API void qv___DictClear( QV_DICT **dict );
 
+namespace qv
+{
+/** Enters a key that is greater than all there are, without a search. Takes over both references. */
+void appendToDict( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value );
+} // namespace qv
+
 #endif

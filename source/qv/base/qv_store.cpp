@@ -78,28 +78,12 @@ using Table = QV_DICT *QV_STORE::*;
 const Table VALUES = &QV_STORE::values;
 const Table STORES = &QV_STORE::stores;
 
-// Appends an item whose key is greater than all there are. Takes over the references. A Dict makes room for many items
-// at once; in between they are put where they belong without a search.
-void appendItem( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value )
-{
-    QV_DICT *to = *dict;
-
-    if( to->length < to->alloc && to->items + to->length < to->block + to->blockSize && !qv::isShared( to ) )
-        to->items[to->length++] = { key, value };
-    else
-    {
-        qvDictSetObjKey( dict, key, value );
-        qv::release( key );
-        qv::release( value );
-    }
-}
-
 // Appends an entry whose address is greater than all there are. Takes over three references to the address and one to
 // the value.
 void append( QV_STORE *store, Table table, QV_STRING *address, QV_OBJ *value )
 {
-    appendItem( &store->addresses, address, address );
-    appendItem( &( store->*table ), address, value );
+    qv::appendToDict( &store->addresses, address, address );
+    qv::appendToDict( &( store->*table ), address, value );
 }
 
 // Sets an entry of the values or the stores of a store that nobody else holds.
