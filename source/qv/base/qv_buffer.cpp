@@ -25,6 +25,8 @@ namespace
 const uint64_t OVERSIZED_FSPACE = 2 * QV_BUFFER_FSPACE; // a block with more free bits at an end is cut down
 const uint64_t OVERSIZED_BSPACE = 2 * QV_BUFFER_BSPACE;
 
+const uint64_t FEW_BYTES = 4096; // arrays up to this size are appended without the checks of sizes, which they can't break
+
 /* Bits in memory. Positions are in bits from the start of a block, whose size in bits is `end`. ------------------- */
 
 uint64_t load64( const uint8_t *at )
@@ -191,6 +193,7 @@ QV_BUFFER *createWithoutBlock()
     buf->bitBspace = 0;
     buf->bytes     = nullptr;
     buf->ref       = nullptr;
+    buf->allocated = 0;
 
     return buf;
 }
@@ -204,7 +207,13 @@ uint64_t reallocate( QV_BUFFER *buf, uint64_t sizeBits )
     uint64_t sizeBytes = sizeBits / 8 + ( sizeBits % 8 != 0 );
     QV_CHECK( BYTES_TO_BITS_OK( sizeBytes ) );
 
-    buf->bytes = static_cast< uint8_t * >( qvMemRealloc( buf->bytes, static_cast< QV_INT >( sizeBytes ) ) );
+    if( sizeBytes > buf->allocated || sizeBytes < buf->allocated / 2 )
+    {
+        // A block that grows once will grow again. The first one is as large as it has to be.
+        buf->allocated = sizeBytes > buf->allocated && buf->allocated ? sizeBytes + sizeBytes / 2 : sizeBytes;
+        buf->bytes     = static_cast< uint8_t * >( qvMemRealloc( buf->bytes, static_cast< QV_INT >( buf->allocated ) ) );
+    }
+
     qv___ObjDbgSetAllocationSize( buf, static_cast< QV_INT >( sizeBytes ) );
 
     return BYTES_TO_BITS( sizeBytes );
@@ -493,6 +502,7 @@ void qv___BufferCompact( QV_BUFFER *buf )
         buf->bytes     = nullptr;
         buf->bitFspace = 0;
         buf->bitBspace = 0;
+        buf->allocated = 0;
         qv___ObjDbgSetAllocationSize( buf, 0 );
         return;
     }
@@ -516,6 +526,7 @@ void qv___BufferSwapContents( QV_BUFFER *a, QV_BUFFER *b )
     std::swap( a->bitBspace, b->bitBspace );
     std::swap( a->bytes, b->bytes );
     std::swap( a->ref, b->ref );
+    std::swap( a->allocated, b->allocated );
     qv___ObjDbgSetAllocationSize( a, bSize );
     qv___ObjDbgSetAllocationSize( b, aSize );
 }
@@ -744,19 +755,56 @@ inline void append( QV_BUFFER **buf, Byte byte )
     own->bitBspace -= 8;
 }
 
-void append( QV_BUFFER **buf, Array array )
+// Makes as much space behind as appending so many bits does that don't fit, where the block needn't be reallocated for
+// that. The declared size is just stored: qv___ObjDbgSetAllocationSize() would order memory and look for a second
+// writer, which costs more than all the rest.
+inline bool growWithinAllocation( QV_BUFFER *own, uint64_t bitCount )
+{
+    uint64_t used      = own->bitFspace + own->bitLength;
+    uint64_t sizeBytes = ( used + bitCount + QV_BUFFER_BSPACE ) / 8;
+
+    if( sizeBytes > own->allocated )
+        return false;
+
+    own->bitBspace = BYTES_TO_BITS( sizeBytes ) - used;
+    __atomic_store_n( &own->dbgAllocationSize, static_cast< QV_INT >( sizeBytes ), __ATOMIC_RELAXED );
+    return true;
+}
+
+// The same bytes as memcpy() copies, which for few of them costs more than their copying.
+inline void copyFew( uint8_t *to, const uint8_t *from, uint64_t count )
+{
+    if( count < 16 || count > 64 )
+    {
+        memcpy( to, from, count );
+        return;
+    }
+
+    // Pieces of 16 from both ends, which overlap in the middle.
+    memcpy( to, from, 16 );
+
+    if( count > 32 )
+    {
+        memcpy( to + 16, from + 16, 16 );
+        memcpy( to + count - 32, from + count - 32, 16 );
+    }
+
+    memcpy( to + count - 16, from + count - 16, 16 );
+}
+
+inline void append( QV_BUFFER **buf, Array array )
 {
     QV_BUFFER *own      = *buf;
     uint64_t   bitCount = BYTES_TO_BITS( array.byteCount );
 
-    if( own->bitBspace < bitCount || bitCount == 0 || !array.bytes || !BIT_AT_BOUND( own->bitLength ) ||
-        !qv::isPrivate( own ) )
+    if( !array.bytes || array.byteCount - 1 >= FEW_BYTES || !BIT_AT_BOUND( own->bitLength ) || !qv::isPrivate( own ) ||
+        !( own->bitBspace >= bitCount || growWithinAllocation( own, bitCount ) ) )
     {
         appendAnywhere( buf, array );
         return;
     }
 
-    memcpy( qv::bytes( own ) + own->bitLength / 8, array.bytes, array.byteCount );
+    copyFew( qv::bytes( own ) + own->bitLength / 8, static_cast< const uint8_t * >( array.bytes ), array.byteCount );
     own->bitLength += bitCount;
     own->bitBspace -= bitCount;
 }
@@ -1078,6 +1126,7 @@ QV_BUFFER *qvBufferCreateFromBytesCopy( const void *bytes, QV_INT byteCount )
 QV_BUFFER *qvBufferCreateFromBytesUse( void *bytes, QV_INT byteCount )
 {
     QV_BUFFER *buf = createAround( bytes, byteCount );
+    buf->allocated = (uint64_t)byteCount;
     qv___ObjDbgSetAllocationSize( buf, byteCount );
 
     return buf;

@@ -8,7 +8,8 @@
 #define QV_BUFFER_FSPACE 640
 #define QV_BUFFER_BSPACE 1280
 
-/** The three lengths add up to the size of the block. */
+/** The three lengths add up to the size of the block that the Buffer accounts for; it changes by a constant. What is
+    really allocated may be up to half as large again, so that a run of changes does not reallocate every 160 bytes. */
 struct QV_BUFFER : QV_OBJ
 {
     uint64_t bitLength; /**< bits of the contents, at most QV_INT_MAX */
@@ -16,6 +17,7 @@ struct QV_BUFFER : QV_OBJ
     uint64_t bitBspace; /**< free bits behind them */
     uint8_t *bytes;     /**< the block, or null; the contents start at bytes[bitFspace / 8] */
     QV_OBJ  *ref;       /**< owner of the block where that is foreign and must not be written, else null */
+    uint64_t allocated; /**< bytes that are really allocated; 0 for a foreign block */
 };
 
 /** The one empty Buffer of qvBufferCreate(). */
