@@ -21,7 +21,7 @@ void require( bool condition )
         __builtin_trap();
 }
 
-// Reads one object with the plain or the optional form, skips it in the second Decoder, and takes it through an Encoder.
+// Reads an object with the plain or the optional form, skips it in the second Decoder, and takes it through an Encoder.
 template< class T >
 void check(
     QV_DECODER *dec, QV_DECODER *skipping, QV_BOOL ( *decode )( QV_DECODER *, T ** ),

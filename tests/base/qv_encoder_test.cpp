@@ -158,7 +158,7 @@ TEST( Encoder, BrokenContractsAreReported )
 TEST( Decoder, RecordsComeBack )
 {
     Ref< QV_ENCODER > enc( qvEncoderCreate() );
-    std::u32string    words = U"plain words and some more of them, \u00E4\u20AC\U0001F600, and again plain ones to the end";
+    std::u32string    words = U"plain words and some more, \u00E4\u20AC\U0001F600, and again plain ones to the end";
 
     qvEncoderEncodeBool( enc, QV_TRUE );
     qvEncoderEncodeString( enc, text( words ) );
@@ -263,7 +263,8 @@ TEST( Decoder, BadBytesSetTheError )
         { { 0x91, 0, 0 }, []( QV_DECODER *dec ) { return qvDecoderTryDecodeChar( dec, nullptr ); } },
         { { 0x80, 0 }, []( QV_DECODER *dec ) { return qvDecoderTryDecodeChar( dec, nullptr ); } },
         { { 1, 3, 'a', 'b' }, []( QV_DECODER *dec ) { return qvDecoderTryDecodeString( dec, nullptr ); } },
-        { { 8, 0x7F, 0, 0, 0, 0, 0, 0, 0, 'a' }, []( QV_DECODER *dec ) { return qvDecoderTryDecodeString( dec, nullptr ); } },
+        { { 8, 0x7F, 0, 0, 0, 0, 0, 0, 0, 'a' },
+          []( QV_DECODER *dec ) { return qvDecoderTryDecodeString( dec, nullptr ); } },
         { { 0x81, 1, 'a' }, []( QV_DECODER *dec ) { return qvDecoderTryDecodeBuffer( dec, nullptr ); } },
         { { 1, 2, 1, 1, 'a', 1, 1 }, []( QV_DECODER *dec ) { return qvDecoderTryDecodeStringVector( dec, nullptr ); } },
         { { 1, 2, 0x9F, 0xFF, 0xFF, 'a' }, []( QV_DECODER *dec )

@@ -25,7 +25,7 @@ namespace
 const uint64_t OVERSIZED_FSPACE = 2 * QV_BUFFER_FSPACE; // a block with more free bits at an end is cut down
 const uint64_t OVERSIZED_BSPACE = 2 * QV_BUFFER_BSPACE;
 
-const uint64_t FEW_BYTES = 4096; // arrays up to this size are appended without the checks of sizes, which they can't break
+const uint64_t FEW_BYTES = 4096; // arrays up to this size cannot break a check of sizes where there is room for them
 
 /* Bits in memory. Positions are in bits from the start of a block, whose size in bits is `end`. ------------------- */
 
@@ -211,7 +211,7 @@ uint64_t reallocate( QV_BUFFER *buf, uint64_t sizeBits )
     {
         // A block that grows once will grow again. The first one is as large as it has to be.
         buf->allocated = sizeBytes > buf->allocated && buf->allocated ? sizeBytes + sizeBytes / 2 : sizeBytes;
-        buf->bytes     = static_cast< uint8_t * >( qvMemRealloc( buf->bytes, static_cast< QV_INT >( buf->allocated ) ) );
+        buf->bytes     = static_cast< uint8_t * >( qvMemRealloc( buf->bytes, (QV_INT)buf->allocated ) );
     }
 
     qv___ObjDbgSetAllocationSize( buf, static_cast< QV_INT >( sizeBytes ) );
@@ -877,8 +877,8 @@ void qv___BufferBitWriteBytes( QV_BUFFER **buf, uint64_t bitIdx, const void *byt
 
     makeWritable( buf );
     copyBits(
-        (*buf)->bytes, (*buf)->bitFspace + bitIdx, static_cast< const uint8_t * >( bytes ), BYTES_TO_BITS( byteCount ), 0,
-        BYTES_TO_BITS( byteCount ) );
+        (*buf)->bytes, (*buf)->bitFspace + bitIdx, static_cast< const uint8_t * >( bytes ),
+        BYTES_TO_BITS( byteCount ), 0, BYTES_TO_BITS( byteCount ) );
 }
 
 namespace
