@@ -26,6 +26,13 @@ void account( QV_STRING *qvs )
     qv___ObjDbgSetAllocationSizeN( qvs, qvs->fspace + qvs->bspace + qvs->length, sizeof( QV_CHAR ) );
 }
 
+// The same for a String that nobody else knows yet: a plain store does.
+void accountNew( QV_STRING *qvs )
+{
+    QV_INT places = qvs->fspace + qvs->bspace + qvs->length;
+    __atomic_store_n( &qvs->dbgAllocationSize, places * QV_INT( sizeof( QV_CHAR ) ), __ATOMIC_RELAXED );
+}
+
 QV_CHAR *allocate( QV_INT count )
 {
     return static_cast< QV_CHAR * >( qvMemAllocN( count, sizeof( QV_CHAR ) ) );
@@ -287,12 +294,24 @@ QV_STRING *createWithBlock( QV_CHAR *block, QV_INT length )
     QV_STRING *qvs = createWithoutBlock();
     qvs->chars     = block;
     qvs->length    = length;
-    account( qvs );
+    accountNew( qvs );
 
     return qvs;
 }
 
-// A String with a copy of `count` good characters, and with free places unless there are none.
+// A String with a copy of good characters in a block of its own, exactly as long as the text.
+QV_STRING *createExactCopy( const QV_CHAR *chs, QV_INT count )
+{
+    if( count == 0 )
+        return qvStringCreate();
+
+    QV_CHAR *block = allocate( count );
+    copyChars( block, chs, count );
+
+    return createWithBlock( block, count );
+}
+
+// A String with a copy of good characters, and with free places unless there are none.
 QV_STRING *createCopy( const QV_CHAR *chs, QV_INT count )
 {
     QV_STRING *qvs = createWithoutBlock();
@@ -392,13 +411,7 @@ QV_STRING *qvStringCreateFromCharsCopy( const QV_CHAR *chars, QV_INT length )
     QV_CHECK_AS( length == 0 || chars, "srcLength == 0 || src" );
     QV_CHECK_AS( qvCharsAllOk( chars, length ), "qvCharsAllOk( src, srcLength )" );
 
-    if( length == 0 )
-        return qvStringCreate();
-
-    QV_CHAR *block = allocate( length );
-    copyChars( block, chars, length );
-
-    return createWithBlock( block, length );
+    return createExactCopy( chars, length );
 }
 
 QV_STRING *qvStringCreateFromAscii( const char *text, QV_INT length )
@@ -594,7 +607,7 @@ void qvStringInsertChars( QV_STRING **qvs, QV_INT idx, const QV_CHAR *chs, QV_IN
         return;
 
     QV_CHECK( QV_INT_ADD_OK( (*qvs)->length, chsLength ) );
-    QV_CHECK( qvCharsAllOk( chs, chsLength ) );
+    QV_CHECK_AS( qv::allCharsOk( chs, chsLength ), "qvCharsAllOk( chs, chsLength )" );
 
     insertChars( qvs, idx, chs, chsLength );
 }
@@ -1311,10 +1324,10 @@ QV_INT qvStringFindFromRightWcstr( QV_STRING *qvs, QV_INT offset, const wchar_t 
 
 namespace
 {
-// Appends `count` characters as a part.
+// Appends `count` characters as a part, without free places: parts are many, and most are only read.
 void pushPart( qv::Ref< QV_VECTOR > &parts, const QV_CHAR *chs, QV_INT count )
 {
-    QV_OBJ *part = createCopy( chs, count );
+    QV_OBJ *part = createExactCopy( chs, count );
     qv___VectorPushNoRetain( parts.at(), &part, 1 );
 }
 

@@ -105,14 +105,7 @@ QV_BOOL qvCharsAllOk( const QV_CHAR *src, QV_INT srcLength )
     QV_CHECK( srcLength >= 0 );
     QV_CHECK( srcLength == 0 || src );
 
-    // Without an early end, and without an unsigned comparison, the loop runs on vectors. The sum reaches the topmost
-    // bit from 0x110000 on.
-    uint32_t bad = 0;
-
-    for( QV_INT i = 0; i < srcLength; i++ )
-        bad |= static_cast< uint32_t >( src[i] ) | ( static_cast< uint32_t >( src[i] ) + ( 0x80000000u - 0x110000u ) );
-
-    return bad >> 31 ? QV_FALSE : QV_TRUE;
+    return qv::allCharsOk( src, srcLength ) ? QV_TRUE : QV_FALSE;
 }
 
 QV_INT qvCharsSanitize( QV_CHAR *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength )

@@ -69,6 +69,28 @@ inline bool anyBit( CharVector vector )
 
     return ( halves[0] | halves[1] ) != 0;
 }
+/** True when every character is below 0x110000. Inline for arrays that are short as a rule. */
+inline bool allCharsOk( const QV_CHAR *chs, QV_INT length )
+{
+    // Without an unsigned comparison: the sum reaches the topmost bit from 0x110000 on, as larger values have it.
+    typedef uint32_t Unsigned __attribute__( ( vector_size( 16 ) ) );
+
+    const uint32_t toTop = 0x80000000u - 0x110000u;
+    Unsigned       four  = {};
+    uint32_t       one   = 0;
+    QV_INT         i     = 0;
+
+    for( ; i + 4 <= length; i += 4 )
+    {
+        Unsigned part = (Unsigned)loadChars( chs + i );
+        four |= part | ( part + toTop );
+    }
+
+    for( ; i < length; i++ )
+        one |= static_cast< uint32_t >( chs[i] ) | ( static_cast< uint32_t >( chs[i] ) + toTop );
+
+    return !( one >> 31 ) && !anyBit( (CharVector)( four >> 31 ) );
+}
 } // namespace qv
 
 #endif
