@@ -20,14 +20,9 @@ namespace
 {
 const QV_INT OVERSIZED = 64; // an end with more free places than this is given back
 
-// Declares the block to the object frame.
+// Declares the block to the object frame. Whoever changes the block is alone with the String, so that a plain store
+// does what qv___ObjDbgSetAllocationSizeN() does with a locked instruction; the block's own size has been checked.
 void account( QV_STRING *qvs )
-{
-    qv___ObjDbgSetAllocationSizeN( qvs, qvs->fspace + qvs->bspace + qvs->length, sizeof( QV_CHAR ) );
-}
-
-// The same for a String that nobody else knows yet: a plain store does.
-void accountNew( QV_STRING *qvs )
 {
     QV_INT places = qvs->fspace + qvs->bspace + qvs->length;
     __atomic_store_n( &qvs->dbgAllocationSize, places * QV_INT( sizeof( QV_CHAR ) ), __ATOMIC_RELAXED );
@@ -294,7 +289,7 @@ QV_STRING *createWithBlock( QV_CHAR *block, QV_INT length )
     QV_STRING *qvs = createWithoutBlock();
     qvs->chars     = block;
     qvs->length    = length;
-    accountNew( qvs );
+    account( qvs );
 
     return qvs;
 }
@@ -520,6 +515,15 @@ void insertChars( QV_STRING **dest, QV_INT idx, const QV_CHAR *chs, QV_INT count
 
     if( !qv::isShared( old ) )
     {
+        // Free places behind the text, which most insertions meet.
+        if( idx == old->length && idx > 0 && old->bspace >= count )
+        {
+            copyChars( qv::chars( old ) + idx, chs, count );
+            old->length += count;
+            old->bspace -= count;
+            return;
+        }
+
         copyChars( qv___StringMakeRoom( old, idx, count ), chs, count );
         return;
     }
