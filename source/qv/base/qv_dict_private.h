@@ -21,7 +21,8 @@ struct QV___DICT_ITEM
 
     A search would wait for the memory of each key that it looks at. So where all keys are Strings or all are boxed
     integers, each item has a number with it that orders as its key does: the whole integer, or the first characters
-    behind a prefix that all keys share. Only Strings whose numbers are equal are compared themselves. */
+    behind a prefix that all keys share. Only Strings whose numbers are equal are compared themselves. Others may read
+    the items and replace values; keys go in and out through the functions alone. */
 struct QV_DICT : QV_OBJ
 {
     QV_INT          alloc;        /**< items that the accounted block can hold */
