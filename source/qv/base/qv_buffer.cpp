@@ -755,22 +755,6 @@ inline void append( QV_BUFFER **buf, Byte byte )
     own->bitBspace -= 8;
 }
 
-// Makes as much space behind as appending so many bits does that don't fit, where the block needn't be reallocated for
-// that. The declared size is just stored: qv___ObjDbgSetAllocationSize() would order memory and look for a second
-// writer, which costs more than all the rest.
-inline bool growWithinAllocation( QV_BUFFER *own, uint64_t bitCount )
-{
-    uint64_t used      = own->bitFspace + own->bitLength;
-    uint64_t sizeBytes = ( used + bitCount + QV_BUFFER_BSPACE ) / 8;
-
-    if( sizeBytes > own->allocated )
-        return false;
-
-    own->bitBspace = BYTES_TO_BITS( sizeBytes ) - used;
-    __atomic_store_n( &own->dbgAllocationSize, static_cast< QV_INT >( sizeBytes ), __ATOMIC_RELAXED );
-    return true;
-}
-
 // The same bytes as memcpy() copies, which for few of them costs more than their copying.
 inline void copyFew( uint8_t *to, const uint8_t *from, uint64_t count )
 {
@@ -798,7 +782,7 @@ inline void append( QV_BUFFER **buf, Array array )
     uint64_t   bitCount = BYTES_TO_BITS( array.byteCount );
 
     if( !array.bytes || array.byteCount - 1 >= FEW_BYTES || !BIT_AT_BOUND( own->bitLength ) || !qv::isPrivate( own ) ||
-        !( own->bitBspace >= bitCount || growWithinAllocation( own, bitCount ) ) )
+        !( own->bitBspace >= bitCount || qv::growWithinAllocation( own, bitCount ) ) )
     {
         appendAnywhere( buf, array );
         return;

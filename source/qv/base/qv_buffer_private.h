@@ -71,6 +71,23 @@ inline bool isPrivate( QV_BUFFER *buf )
     return !isShared( buf ) && !buf->ref;
 }
 
+/** Where appending so many bits doesn't fit, makes as much space behind as it would, if the block needn't be
+    reallocated for that. The Buffer must be private and whole bytes long. The declared size is just stored:
+    qv___ObjDbgSetAllocationSize() would order memory and look for a second writer, which costs more than all the
+    rest. */
+inline bool growWithinAllocation( QV_BUFFER *own, uint64_t bitCount )
+{
+    uint64_t used      = own->bitFspace + own->bitLength;
+    uint64_t sizeBytes = ( used + bitCount + QV_BUFFER_BSPACE ) / 8;
+
+    if( sizeBytes > own->allocated )
+        return false;
+
+    own->bitBspace = sizeBytes * 8 - used;
+    __atomic_store_n( &own->dbgAllocationSize, static_cast< QV_INT >( sizeBytes ), __ATOMIC_RELAXED );
+    return true;
+}
+
 /** Makes the contents `byteCount` bytes longer, above 0, and gives the place of the new bytes, which the caller fills
     at once. The length must be whole bytes. */
 inline uint8_t *appendRoom( QV_BUFFER **buf, QV_INT byteCount )
@@ -78,7 +95,7 @@ inline uint8_t *appendRoom( QV_BUFFER **buf, QV_INT byteCount )
     QV_BUFFER *own  = *buf;
     uint64_t   bits = static_cast< uint64_t >( byteCount ) * 8;
 
-    if( own->bitBspace >= bits && isPrivate( own ) )
+    if( isPrivate( own ) && ( own->bitBspace >= bits || growWithinAllocation( own, bits ) ) )
     {
         own->bitBspace -= bits;
         own->bitLength += bits;
