@@ -75,7 +75,7 @@ class Data:
         self.decomposition = {}
         self.composition = {}
 
-        types = constants( "qv_unicode_db_private.h", "QV_UNICODE_CDMT_" )
+        types = constants( "qv_unicode_cdmt.h", "QV_UNICODE_CDMT_" )
         scripts = constants( "qv_unicode_properties.h", "QV_UNICODE_SCRIPT_" )
         first = None
 

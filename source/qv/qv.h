@@ -55,6 +55,11 @@
 
 #include "qv/charset/qv_charset.h"
 
+#include "qv/unicode/qv_unicode_cccv.h"
+#include "qv/unicode/qv_unicode_cdmt.h"
+#include "qv/unicode/qv_unicode_genc.h"
+#include "qv/unicode/qv_unicode_normalizer.h"
 #include "qv/unicode/qv_unicode_properties.h"
+#include "qv/unicode/qv_unicode_script.h"
 
 #endif

@@ -203,6 +203,13 @@ QV_API void qvStringToCaseFold( QV_STRING **qvs );
 /** Combines pairs of surrogates and deletes single ones. */
 QV_API void qvStringSanitize( QV_STRING **qvs );
 
+/** Brings the text into a normal form: composed, decomposed, and both with compatible characters replaced. A text that
+    is normal already stays the same object. In linear time. */
+QV_API void qvStringNormalizeNFC( QV_STRING **qvs );
+QV_API void qvStringNormalizeNFD( QV_STRING **qvs );
+QV_API void qvStringNormalizeNFKC( QV_STRING **qvs );
+QV_API void qvStringNormalizeNFKD( QV_STRING **qvs );
+
 /* Comparing ------------------------------------------------------------------------------------------------------ */
 
 /** True for the same characters in the same order. qvStringCompare() orders by code points, a shorter text before a

@@ -2,28 +2,7 @@
 #define QV_UNICODE_DB_PRIVATE_H
 
 #include "qv/sys/qv_types.h"
-
-/** Types of a decomposition. */
-#define QV_UNICODE_CDMT_NONE      0
-#define QV_UNICODE_CDMT_CANONICAL 1
-#define QV_UNICODE_CDMT_FONT      2
-#define QV_UNICODE_CDMT_NOBREAK   3
-#define QV_UNICODE_CDMT_INITIAL   4
-#define QV_UNICODE_CDMT_MEDIAL    5
-#define QV_UNICODE_CDMT_FINAL     6
-#define QV_UNICODE_CDMT_ISOLATED  7
-#define QV_UNICODE_CDMT_CIRCLE    8
-#define QV_UNICODE_CDMT_SUPER     9
-#define QV_UNICODE_CDMT_SUB       10
-#define QV_UNICODE_CDMT_VERTICAL  11
-#define QV_UNICODE_CDMT_WIDE      12
-#define QV_UNICODE_CDMT_NARROW    13
-#define QV_UNICODE_CDMT_SMALL     14
-#define QV_UNICODE_CDMT_SQUARE    15
-#define QV_UNICODE_CDMT_FRACTION  16
-#define QV_UNICODE_CDMT_COMPAT    17
-
-#define QV_UNICODE_CDMT_OK( cdmt ) ( ( cdmt ) >= 0 && ( cdmt ) <= 17 )
+#include "qv/unicode/qv_unicode_cdmt.h"
 
 /* Look-ups in the generated tables. Sources that ask for many characters use the inline forms of
    qv_unicode_tables_private.h. Values of 0x110000 and above end the process; out pointers may be null. */
