@@ -242,10 +242,9 @@ TEST( Dict, BehavesLikeItsModelUnderRandomChanges )
             {
                 Model from = other();
                 Ref< QV_DICT > src = dictOf( from );
+                auto present = [&]( auto &entry ) { return model.map.count( entry.first ) > 0; };
                 ASSERT_EQ(
-                    std::none_of(
-                        from.map.begin(), from.map.end(), [&]( auto &entry ) { return model.map.count( entry.first ); } ),
-                    qvDictDisjoint( dict, src ) );
+                    std::none_of( from.map.begin(), from.map.end(), present ), qvDictDisjoint( dict, src ) );
                 qvDictExclude( dict.at(), src );
 
                 for( auto &[k, v] : from.map )

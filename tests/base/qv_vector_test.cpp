@@ -150,7 +150,9 @@ TEST( Vector, BehavesLikeItsModelUnderRandomChanges )
         for( QV_INT i = 0; i < 20; i++ )
             pool.push_back( boxed( i ) );
 
-        auto below = [&]( QV_INT bound ) { return static_cast< QV_INT >( random() % static_cast< uint64_t >( bound ) ); };
+        auto below = [&]( QV_INT bound ) {
+            return static_cast< QV_INT >( random() % static_cast< uint64_t >( bound ) );
+        };
         auto some  = [&]( QV_INT most ) {
             Objs result( static_cast< size_t >( below( most + 1 ) ) );
             std::generate( result.begin(), result.end(), [&] { return pool[random() % pool.size()].get(); } );

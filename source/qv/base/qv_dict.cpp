@@ -272,8 +272,10 @@ uint64_t digestNew( QV_DICT *dict, QV_OBJ *key )
 
     if( dict->length == 0 )
     {
-        dict->digestSort   = sort == &qv___sort_QV_STRING || sort == &qv___sort_QV_BOXED_INT ? sort : nullptr;
-        dict->digestPrefix = sort == &qv___sort_QV_STRING ? static_cast< QV_STRING * >( key )->length & ~QV_INT( 3 ) : 0;
+        bool isText = sort == &qv___sort_QV_STRING;
+
+        dict->digestSort   = isText || sort == &qv___sort_QV_BOXED_INT ? sort : nullptr;
+        dict->digestPrefix = isText ? static_cast< QV_STRING * >( key )->length & ~QV_INT( 3 ) : 0;
     }
     else if( sort != dict->digestSort )
     {
