@@ -11,7 +11,8 @@
         qvStackTraceRelease( st );
 
     Line 0 is the innermost call, that of qvStackTraceCreate(). The text of a line is what the platform tells: the
-    file, the function where it is known, the address. At most 4000 calls are looked at, those of the library's own included.
+    file, the function where it is known, the address. At most 4000 calls are looked at, those of the library's own
+    included.
 
     Costs. Taking a trace walks the stack and looks each address up; expect some microseconds for each line.
 
