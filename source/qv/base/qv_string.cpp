@@ -1002,7 +1002,8 @@ namespace
 // Replaces the text by its mapping; `asciiFirst` is the first of the 26 letters of ASCII that change. Most texts keep
 // their length: the new String gets room for that, more by halves if a mapping is longer, and in the end an exact
 // block.
-void mapCase( QV_STRING **qvs, qv::unicode::Mapping ( *lookUp )( QV_CHAR ), QV_CHAR asciiFirst )
+template< const uint8_t *blocks, const uint16_t *values, QV_CHAR asciiFirst >
+void mapCase( QV_STRING **qvs )
 {
     QV_CHECK( qvs );
     QV_CHECK( *qvs );
@@ -1018,27 +1019,55 @@ void mapCase( QV_STRING **qvs, qv::unicode::Mapping ( *lookUp )( QV_CHAR ), QV_C
     QV_INT     count  = 0;
     QV_INT     i      = 0;
 
+    // What the tables hold: the length in the upper two bits, the place of the mapping below.
+    const unsigned ONE    = 1 << 14;
+    const unsigned LONGER = 2 << 14;
+
     const qv::CharVector belowFirst = qv::CharVector {} + static_cast< int32_t >( asciiFirst - 1 );
     const qv::CharVector behindLast = qv::CharVector {} + static_cast< int32_t >( asciiFirst + 26 );
 
     while( i < length )
     {
-        // ASCII by fours: the two cases of a letter differ in one bit.
-        while( length - i >= 4 )
+        QV_INT stop = length - i < 4 ? length : i + 4;
+
+        // Four at once of ASCII, where the two cases of a letter differ in one bit, or of characters that map to one
+        // each, which may be themselves.
+        if( stop - i == 4 )
         {
             qv::CharVector four = qv::loadChars( from + i );
 
-            if( qv::anyBit( four & ~0x7F ) )
-                break;
+            if( !qv::anyBit( four & ~0x7F ) )
+            {
+                four ^= ( four > belowFirst ) & ( four < behindLast ) & 0x20;
+                qv::storeChars( to + count, four );
+                count += 4;
+                i += 4;
+                continue;
+            }
 
-            qv::storeChars( to + count, four ^ ( ( four > belowFirst ) & ( four < behindLast ) & 0x20 ) );
-            count += 4;
-            i += 4;
+            uint16_t found[4];
+
+            for( int k = 0; k < 4; k++ )
+                found[k] = qv::unicode::lookUp( blocks, values, from[i + k] );
+
+            if( ( found[0] | found[1] | found[2] | found[3] ) < LONGER )
+            {
+                for( int k = 0; k < 4; k++ )
+                {
+                    QV_CHAR other = qv::unicode::caseMappings[found[k] % ONE];
+                    to[count + k] = found[k] ? other : from[i + k];
+                }
+
+                count += 4;
+                i += 4;
+                continue;
+            }
         }
 
-        for( QV_INT stop = length - i < 4 ? length : i + 4; i < stop; i++ )
+        for( ; i < stop; i++ )
         {
-            qv::unicode::Mapping mapping = lookUp( from[i] );
+            qv::unicode::Mapping mapping
+                = qv::unicode::caseMapping( qv::unicode::lookUp( blocks, values, from[i] ) );
 
             if( !mapping.chars )
             {
@@ -1081,17 +1110,17 @@ qv::Ref< QV_STRING > folded( QV_STRING *qvs )
 
 void qvStringToUpper( QV_STRING **qvs )
 {
-    mapCase( qvs, qv::unicode::upperCase, U'a' );
+    mapCase< qv::unicode::upperBlocks, qv::unicode::upper, U'a' >( qvs );
 }
 
 void qvStringToLower( QV_STRING **qvs )
 {
-    mapCase( qvs, qv::unicode::lowerCase, U'A' );
+    mapCase< qv::unicode::lowerBlocks, qv::unicode::lower, U'A' >( qvs );
 }
 
 void qvStringToCaseFold( QV_STRING **qvs )
 {
-    mapCase( qvs, qv::unicode::caseFold, U'A' );
+    mapCase< qv::unicode::foldBlocks, qv::unicode::fold, U'A' >( qvs );
 }
 
 void qvStringSanitize( QV_STRING **qvs )
@@ -1328,12 +1357,38 @@ QV_INT qvStringFindFromRightWcstr( QV_STRING *qvs, QV_INT offset, const wchar_t 
 
 namespace
 {
-// Appends `count` characters as a part, without free places: parts are many, and most are only read.
-void pushPart( qv::Ref< QV_VECTOR > &parts, const QV_CHAR *chs, QV_INT count )
+// Collects parts and puts them into a Vector many at a time.
+class Parts
 {
-    QV_OBJ *part = createExactCopy( chs, count );
-    qv___VectorPushNoRetain( parts.at(), &part, 1 );
-}
+public:
+    // Parts have no free places: they are many, and most are only read.
+    void push( const QV_CHAR *chs, QV_INT count )
+    {
+        if( waiting_ == WAITING )
+            flush();
+
+        objs_[waiting_++] = createExactCopy( chs, count );
+    }
+
+    QV_VECTOR *give()
+    {
+        flush();
+        return vec_.give();
+    }
+
+private:
+    static const QV_INT WAITING = 32;
+
+    void flush()
+    {
+        qv___VectorPushNoRetain( vec_.at(), objs_, waiting_ );
+        waiting_ = 0;
+    }
+
+    qv::Ref< QV_VECTOR > vec_ { qvVectorCreate() };
+    QV_OBJ              *objs_[WAITING];
+    QV_INT               waiting_ = 0;
+};
 
 // `find` gives the first separator among so many characters, or -1.
 template< class Find >
@@ -1344,10 +1399,10 @@ QV_VECTOR *split( QV_STRING *qvs, QV_INT sepLength, QV_INT maxParts, Find find )
 
     QV_CHECK( maxParts > 0 );
 
-    qv::Ref< QV_VECTOR > parts( qvVectorCreate() );
-    const QV_CHAR       *chs    = qv::chars( qvs );
-    QV_INT               length = qvs->length;
-    QV_INT               pos    = 0;
+    Parts          parts;
+    const QV_CHAR *chs    = qv::chars( qvs );
+    QV_INT         length = qvs->length;
+    QV_INT         pos    = 0;
 
     while( pos < length && maxParts >= 2 )
     {
@@ -1356,12 +1411,12 @@ QV_VECTOR *split( QV_STRING *qvs, QV_INT sepLength, QV_INT maxParts, Find find )
         if( count < 0 )
             break;
 
-        pushPart( parts, chs + pos, count );
+        parts.push( chs + pos, count );
         pos += count + sepLength;
         maxParts--;
     }
 
-    pushPart( parts, chs + pos, length - pos );
+    parts.push( chs + pos, length - pos );
 
     return parts.give();
 }
@@ -1416,10 +1471,10 @@ QV_VECTOR *qvStringSplitWhitespace( QV_STRING *qvs, QV_INT maxParts )
 
     QV_CHECK( maxParts > 0 );
 
-    qv::Ref< QV_VECTOR > parts( qvVectorCreate() );
-    const QV_CHAR       *chs    = qv::chars( qvs );
-    QV_INT               length = qvs->length - trailingWhiteSpace( qvs );
-    QV_INT               start  = -1; // where the current part begins; -1 while there is none
+    Parts          parts;
+    const QV_CHAR *chs    = qv::chars( qvs );
+    QV_INT         length = qvs->length - trailingWhiteSpace( qvs );
+    QV_INT         start  = -1; // where the current part begins; -1 while there is none
 
     for( QV_INT i = leadingWhiteSpace( qvs ); i < length; i++ )
     {
@@ -1428,7 +1483,7 @@ QV_VECTOR *qvStringSplitWhitespace( QV_STRING *qvs, QV_INT maxParts )
         {
             if( start >= 0 )
             {
-                pushPart( parts, chs + start, i - start );
+                parts.push( chs + start, i - start );
                 start = -1;
                 maxParts--;
             }
@@ -1440,7 +1495,7 @@ QV_VECTOR *qvStringSplitWhitespace( QV_STRING *qvs, QV_INT maxParts )
     }
 
     // There is a last part unless the whole text is blank.
-    pushPart( parts, chs + ( start < 0 ? 0 : start ), start < 0 ? 0 : length - start );
+    parts.push( chs + ( start < 0 ? 0 : start ), start < 0 ? 0 : length - start );
 
     return parts.give();
 }
