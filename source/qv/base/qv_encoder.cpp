@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_buffer_private.h"
+#include "qv/base/qv_encoder_private.h"
 #include "qv/base/qv_store.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
@@ -295,6 +296,31 @@ void qvEncoderEncodeString( QV_ENCODER *enc, QV_STRING *qvs )
     appendFilled(
         enc, 1 + digits( length ) + size,
         [=]( uint8_t *to ) { putChars( putInt( to, length ), values, length, size ); } );
+}
+
+void qv::encodeEntry( QV_ENCODER *enc, QV_STRING *address, QV_STRING *value, bool hasStore )
+{
+    QV_INT valueSize = value ? charsSize( chars( value ), value->length ) : 0;
+    QV_INT size      = 1 + digits( address->length ) + address->length + 2;
+
+    if( value )
+        size += 1 + digits( value->length ) + valueSize;
+
+    appendFilled( enc, size, [=]( uint8_t *to ) {
+        to = putInt( to, address->length );
+        putChars( to, chars( address ), address->length, address->length );
+        to += address->length;
+        *to++ = value ? 1 : 0;
+
+        if( value )
+        {
+            to = putInt( to, value->length );
+            putChars( to, chars( value ), value->length, valueSize );
+            to += valueSize;
+        }
+
+        *to = hasStore ? 1 : 0;
+    } );
 }
 
 void qvEncoderEncodeBuffer( QV_ENCODER *enc, QV_BUFFER *buf )

@@ -5,6 +5,7 @@
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_dict_private.h"
 #include "qv/base/qv_encoder.h"
+#include "qv/base/qv_encoder_private.h"
 #include "qv/base/qv_store_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
@@ -86,9 +87,21 @@ void append( QV_STORE *store, Table table, QV_STRING *address, QV_OBJ *value )
     qv::appendToDict( &( store->*table ), address, value );
 }
 
+QV_STRING *lastKey( QV_DICT *dict )
+{
+    return static_cast< QV_STRING * >( dict->items[dict->length - 1].key );
+}
+
 // Sets an entry of the values or the stores of a store that nobody else holds.
 void enter( QV_STORE *store, Table table, QV_STRING *address, QV_OBJ *value )
 {
+    if( store->addresses->length == 0 || qvObjCompare( lastKey( store->addresses ), address ) < 0 )
+    {
+        qv___AtomicAdd32( &address->retainCount, 3 );
+        append( store, table, address, qv::retain( value ) );
+        return;
+    }
+
     qvDictSetObjKey( &store->addresses, address, address );
     qvDictSetObjKey( &( store->*table ), address, value );
 }
@@ -452,11 +465,6 @@ private:
         }
 
         return stringOf( text );
-    }
-
-    static QV_STRING *lastKey( QV_DICT *dict )
-    {
-        return static_cast< QV_STRING * >( dict->items[dict->length - 1].key );
     }
 
     // The index of a key, or -1. Most texts lie behind the last key.
@@ -1371,10 +1379,9 @@ void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
         bool hasValue = isNext( values, value );
         bool hasStore = isNext( stores, sub );
 
-        qvEncoderEncodeString( encoder, address );
-        qvEncoderEncodeOptionalString(
-            encoder, hasValue ? static_cast< QV_STRING * >( values->items[value++].val ) : nullptr );
-        qvEncoderEncodeBool( encoder, hasStore );
+        QV_STRING *text = hasValue ? static_cast< QV_STRING * >( values->items[value++].val ) : nullptr;
+
+        qv::encodeEntry( encoder, address, text, hasStore );
 
         if( hasStore )
             qvStoreEncodeToEncoder( static_cast< QV_STORE * >( stores->items[sub++].val ), encoder );
