@@ -256,7 +256,7 @@ TEST( Store, RandomWalkAgreesWithNestedMaps )
     std::mt19937      random( 61 );
     const std::string addresses[] = { "10", "2", "A", "_x", "a", "a-b", "b" };
 
-    for( int walk = 0; walk < 30; walk++ )
+    for( int walk = 0; walk < 12; walk++ )
     {
         Ref< QV_STORE > stores[3];
         Model           models[3];
@@ -411,7 +411,8 @@ TEST( Store, LinesAreReadLeniently )
         { { " key = value ", "\xC2\xA0 n \t=", "a . b = .c=d" }, { "key= value ", "n=", "a.b= .c=d" } },
         { { "#note=1", "a b=1", "text", "=1", ".a=1", " =1", "\xC3\xA4=1", "b" }, {} },
         { { "a.#note=1", "b.text", "c. ", "d.=1", "e..=" }, { "a.", "b.", "c.", "d.", "e." } },
-        { { "a=%zz", "b=%", "c=%%%", "d=%00004", "e=%00004G" }, { "a=%%zz", "b=%%", "c=%%%%", "d=%%00004", "e=%%00004G" } },
+        { { "a=%zz", "b=%", "c=%%%", "d=%00004", "e=%00004G" },
+          { "a=%%zz", "b=%%", "c=%%%%", "d=%%00004", "e=%%00004G" } },
         { { "a=%000041%00004aZ%%000041", "b=%00000A%1f600", "c=%01F600" },
           { "a=AJZ%%000041", "b=%00000a%%1f600", "c=\xF0\x9F\x98\x80" } },
         { { "a=%110000", "b=%10ffff", "c=%+00041", "d=% 0041 ", "e=%-00001" },
@@ -447,7 +448,8 @@ TEST( Store, EveryCharacterSurvivesTheTextForm )
     EXPECT_TRUE( qvStoreEquals( store, Ref< QV_STORE >( qvStoreTryDecodeFromTextBuffer( bytes ) ) ) );
 
     EXPECT_EQ( "", bytesOf( Ref< QV_BUFFER >( qvStoreEncodeToTextBuffer( storeOf( {} ) ) ) ) );
-    EXPECT_EQ( "a=\xC3\xA4\nb.\n", bytesOf( Ref< QV_BUFFER >( qvStoreEncodeToTextBuffer( storeOf( { "b.", "a=\xC3\xA4" } ) ) ) ) );
+    Ref< QV_STORE > two = storeOf( { "b.", "a=\xC3\xA4" } );
+    EXPECT_EQ( "a=\xC3\xA4\nb.\n", bytesOf( Ref< QV_BUFFER >( qvStoreEncodeToTextBuffer( two ) ) ) );
 }
 
 // Documents are read from the bytes; the streams below them have to give the same.
@@ -544,9 +546,9 @@ TEST( Store, BinaryFormIsTheDocumentedOne )
     }
 
     // Entries without anything, unsorted and repeated ones.
-    EXPECT_EQ(
-        ( Lines { "a=2" } ), linesOf( fromBinary( "\x01\x03\x01\x01"s "b\x00\x00\x01\x01"s "a\x01\x01\x01"s "1\x00\x01\x01"s
-                                                  "a\x01\x01\x01"s "2\x00"s ) ) );
+    const std::string bytes = "\x01\x03\x01\x01"s "b\x00\x00\x01\x01"s "a\x01\x01\x01"s "1\x00\x01\x01"s
+                              "a\x01\x01\x01"s "2\x00"s;
+    EXPECT_EQ( ( Lines { "a=2" } ), linesOf( fromBinary( bytes ) ) );
 }
 
 TEST( Store, BinaryReaderSurvivesAnything )

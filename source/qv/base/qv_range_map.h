@@ -1,12 +1,15 @@
 /** @file
     RangeMap: objects for intervals of integer keys.
 
+        QV_OBJ       *low = qvBoxedIntObj( qvBoxedIntCreate( 1 ) ), *high = qvBoxedIntObj( qvBoxedIntCreate( 2 ) );
         QV_RANGE_MAP *map = qvRangeMapCreate();
-        qvRangeMapSetRangeKey( &map, 0, 100, low );             // [0,100]=low
-        qvRangeMapSetRangeKey( &map, 10, 20, high );            // [0,9]=low, [10,20]=high, [21,100]=low
-        qvRangeMapDelIntKey( &map, 5 );                         // [0,4]=low, [6,9]=low, ...
-        QV_OBJ *value = qvRangeMapIntKey( map, 15 );            // high, one reference for the caller
+        qvRangeMapSetRangeKey( &map, 0, 100, low );             // [0,100]=1
+        qvRangeMapSetRangeKey( &map, 10, 20, high );            // [0,9]=1, [10,20]=2, [21,100]=1
+        qvRangeMapDelIntKey( &map, 5 );                         // [0,4]=1, [6,9]=1, [10,20]=2, [21,100]=1
+        QV_OBJ *value = qvRangeMapIntKey( map, 15 );            // 2, one reference for the caller
         qvObjRelease( value );
+        qvObjRelease( high );
+        qvObjRelease( low );
         qvRangeMapRelease( map );
 
     Ranges. A range has a starting and an ending key, both included, and a value, never null. The ranges of a map
@@ -22,7 +25,7 @@
     that touches no range copies nothing.
 
     Order and text. Maps order by their ranges in turn: starting key, ending key, value; then the shorter one comes
-    first. Whether a map collapses takes no part. The text is "{[0,9]=low, [10,20]=high}".
+    first. Whether a map collapses takes no part. The text is "{[0,9]=1, [10,20]=2}".
 
     Costs. Looking a key up is a bisection. Setting and deleting move the ranges behind the place, setting in ascending
     order moves nothing. The array grows by 33 ranges when it is full and gives 64 back when more than 64 fit and 64

@@ -1,16 +1,16 @@
 /** @file
     Store: configuration documents. A tree of named entries, each with a text value, a sub-store or both.
 
-        QV_STORE *store = qvStoreCreate();
-        qvStoreSetValueCstr( &store, "name", -1, name );
-        qvStoreSetValueIntFormatCstr( &store, "port-%i", -1, 8080, (QV_INT)1 );         // address "port-1"
-        QV_STORE *log = qvStoreCreate();
+        QV_STORE *store = qvStoreCreate(), *log = qvStoreCreate();
+        qvStoreSetValueIntFormatCstr( &store, "port-%i", -1, 8080, (QV_INT)1 );     // at the address "port-1"
         qvStoreSetValueBoolCstr( &log, "verbose", -1, QV_TRUE );
         qvStoreSetStoreCstr( &store, "log", -1, log );
-        QV_BUFFER *text = qvStoreEncodeToTextBuffer( store );   // name=...  port-1=8080  log.verbose=true
+        QV_BUFFER *text = qvStoreEncodeToTextBuffer( store );      // port-1=8080 and log.verbose=true, a line each
         QV_INT port;
-        if( qvStoreValueIntCstr( store, &port, "port-1", -1 ) )
-            listenAt( port );
+        QV_BOOL found = qvStoreValueIntCstr( store, &port, "port-1", -1 );          // true, 8080
+        qvBufferRelease( text );
+        qvStoreRelease( log );
+        qvStoreRelease( store );
 
     Addresses. An address is one step, never a path: one or more of the characters 0-9, A-Z, a-z, `_` and `-`. Nested
     data is reached level by level: read the sub-store, change it, set it again. Entries stand in ascending order of
