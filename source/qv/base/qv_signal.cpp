@@ -22,7 +22,15 @@ struct QV_SIGNAL : QV_OBJ
 
     bool happen()
     {
-        return qv___AtomicCompareExchange32( &asserted, 0, 1 ) == 0;
+        if( happened() )
+            return false;
+
+        // Only who holds the monitor writes it, so this needs no exchange; the locks that follow, or the fence where
+        // they are no fences, order it before all that the firing does.
+        __atomic_store_n( &asserted, 1, __ATOMIC_RELEASE );
+        QV___ATOMIC_FENCE();
+
+        return true;
     }
 
     template< class Function >

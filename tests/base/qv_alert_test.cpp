@@ -1,0 +1,134 @@
+// What alerts alone have. Both kinds of event together are tested in qv_event_test.cpp.
+
+#include "qv_test_support.h"
+
+#include "qv/base/qv_alert.h"
+#include "qv/base/qv_alertable.h"
+#include "qv/base/qv_barrier.h"
+#include "qv/base/qv_boxed_int.h"
+
+#include <array>
+#include <atomic>
+#include <thread>
+#include <vector>
+
+using qv::Ref;
+using namespace qv::test;
+
+namespace
+{
+std::atomic< int > fired{ 0 };
+
+void count( QV_OBJ * )
+{
+    fired++;
+}
+} // namespace
+
+TEST( Alert, IsSetAndUnsetAnyNumberOfTimes )
+{
+    Ref alert( qvAlertCreate() );
+    qvAlertUnset( alert );
+
+    for( int round = 0; round < 3; round++ )
+    {
+        qvAlertSet( alert );
+        EXPECT_TRUE( qvAlertIsSet( alert ) );
+        EXPECT_TRUE( qvAlertWaitTimed( alert, 0 ) );
+        qvAlertUnset( alert );
+        EXPECT_FALSE( qvAlertIsSet( alert ) );
+        EXPECT_FALSE( qvAlertWaitTimed( alert, round ) );
+    }
+}
+
+TEST( Alert, FiresATargetForOneSettingOnly )
+{
+    Ref        alert( qvAlertCreate() );
+    std::array barriers{ Ref( qvBarrierCreate( QV_TRUE ) ), Ref( qvBarrierCreate( QV_TRUE ) ) };
+    std::array alertables{ Ref( qvAlertableCreate( count, nullptr ) ), Ref( qvAlertableCreate( count, nullptr ) ),
+                           Ref( qvAlertableCreate( count, nullptr ) ) };
+
+    auto add = [&]
+    {
+        for( auto &alertable : alertables )
+            qvAlertAddAlertable( alert, alertable );
+
+        for( auto &barrier : barriers )
+            qvAlertAddBarrier( alert, barrier );
+    };
+
+    auto setAndUnset = [&]
+    {
+        fired = 0;
+        qvAlertSet( alert );
+        qvAlertUnset( alert );
+        return fired.load();
+    };
+
+    for( int round = 0; round < 3; round++ )
+    {
+        add();
+        EXPECT_EQ( 3, setAndUnset() );
+        EXPECT_EQ( 0, setAndUnset() );
+    }
+
+    for( auto &barrier : barriers )
+    {
+        EXPECT_TRUE( qvBarrierPassTimed( barrier, 0 ) );
+        EXPECT_EQ( 1, references( barrier.get() ) );
+    }
+
+    // Nor does one that comes while it is set fire at the next setting.
+    fired = 0;
+    qvAlertSet( alert );
+    add();
+    EXPECT_EQ( 3, fired );
+    qvAlertUnset( alert );
+    EXPECT_EQ( 0, setAndUnset() );
+}
+
+TEST( Alert, EveryTargetFiresOnceWhileOthersSetAndUnset )
+{
+    const int THREADS = 4, ROUNDS = 300;
+
+    Ref                        alert( qvAlertCreate() );
+    std::atomic< int >         adding{ THREADS };
+    std::vector< std::thread > threads;
+
+    for( int i = 0; i < THREADS; i++ )
+        threads.emplace_back(
+            [&]
+            {
+                for( int round = 0; round < ROUNDS; round++ )
+                {
+                    QV_INT own = 0; // guarded by the alert, as the thread sanitizer can tell
+                    Ref    arg( qvBoxedIntCreate( reinterpret_cast< QV_INT >( &own ) ) );
+                    Ref    alertable( qvAlertableCreate(
+                        []( QV_OBJ *to ) { ++*reinterpret_cast< QV_INT * >( qvBoxedIntValue( qvBoxedIntFrom( to ) ) ); },
+                        qvBoxedIntObj( arg ) ) );
+                    Ref open( qvBarrierCreate( QV_TRUE ) );
+                    qvAlertAddAlertable( alert, alertable );
+                    qvAlertAddBarrier( alert, open );
+                    qvBarrierPass( open ); // some setting reaches both, the alertable first
+                    qvAlertDelAlertable( alert, alertable );
+                    EXPECT_EQ( 1, own );
+                }
+
+                adding--;
+            } );
+
+    for( int i = 0; i < 2; i++ )
+        threads.emplace_back(
+            [&]
+            {
+                while( adding > 0 )
+                {
+                    qvAlertSet( alert );
+                    std::this_thread::yield();
+                    qvAlertUnset( alert );
+                }
+            } );
+
+    for( std::thread &thread : threads )
+        thread.join();
+}

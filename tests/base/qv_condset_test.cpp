@@ -1,0 +1,171 @@
+// Condition sets and counters.
+
+#include "qv_test_support.h"
+
+#include "qv/base/qv_condset.h"
+#include "qv/base/qv_counter.h"
+#include "qv/base/qv_timestamp.h"
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+using qv::Ref;
+using namespace qv::test;
+
+TEST( Condset, MasksAreCutToTheirLow16Bits )
+{
+    Ref condset( qvCondsetCreate() );
+    EXPECT_EQ( 0, qvCondsetConditions( condset ) );
+
+    qvCondsetSetConditions( condset, -1 );
+    EXPECT_EQ( 0xffff, qvCondsetConditions( condset ) );
+    qvCondsetDelConditions( condset, ~QV_INT( 7 ) );
+    qvCondsetAddConditions( condset, 0x10000 );
+    qvCondsetModifyConditions( condset, 0x70000, QV_TRUE );
+    EXPECT_EQ( 7, qvCondsetConditions( condset ) );
+    qvCondsetModifyConditions( condset, 0x10002, QV_FALSE );
+    qvCondsetAddConditions( condset, 0x28 );
+    EXPECT_EQ( 0x2d, qvCondsetConditions( condset ) );
+    qvCondsetSetConditions( condset, 0x10000 );
+    EXPECT_EQ( 0, qvCondsetConditions( condset ) );
+}
+
+TEST( Condset, WaitsForAnyOfAMaskOrForAllOfIt )
+{
+    Ref condset( qvCondsetCreate() );
+    qvCondsetSetConditions( condset, 7 );
+
+    EXPECT_EQ( 6, qvCondsetWaitAny( condset, 0x1000e ) );
+    EXPECT_EQ( 7, qvCondsetWaitAll( condset, 0x10007 ) );
+    EXPECT_EQ( 2, qvCondsetWaitAnyTimed( condset, 2, 0 ) );
+    EXPECT_EQ( 7, qvCondsetWaitAllTimed( condset, 7, 0 ) );
+
+    // An empty mask is nothing to wait for.
+    EXPECT_EQ( 0, qvCondsetWaitAny( condset, 0x10000 ) );
+    EXPECT_EQ( 0, qvCondsetWaitAll( condset, 0 ) );
+    EXPECT_EQ( 0, qvCondsetWaitAnyTimed( condset, 0, -1 ) );
+
+    // All of a mask means no more either.
+    QV_INT start = qvTimestamp();
+    EXPECT_EQ( 0, qvCondsetWaitAllTimed( condset, 3, 5 ) );
+    EXPECT_EQ( 0, qvCondsetWaitAnyTimed( condset, 8, 5 ) );
+    EXPECT_EQ( 0, qvCondsetWaitAllTimed( condset, 0xf, 0 ) );
+    EXPECT_GE( qvTimestamp() - start, 10 );
+
+    std::thread all( [&] { EXPECT_EQ( 3, qvCondsetWaitAllTimed( condset, 3, -5 ) ); } );
+    std::thread any( [&] { EXPECT_EQ( 8, qvCondsetWaitAnyTimed( condset, 0x18, 600000 ) ); } );
+    qvCondsetAddConditions( condset, 0x20 );
+    qvCondsetSetConditions( condset, 8 );
+    any.join();
+    qvCondsetSetConditions( condset, 3 );
+    all.join();
+
+    EXPECT_BROKEN( qvCondsetWaitAny( nullptr, 1 ), "cs" );
+    EXPECT_BROKEN( qvCondsetAddConditions( nullptr, 0 ), "cs" );
+}
+
+// Ten pairs play ping-pong over one set of questions and one of answers. Each change drives all the other waiters out
+// and in again; if one of them missed one, its pair would stand still.
+TEST( Condset, TenWaitersMissNoneOfTenChangers )
+{
+    const int PAIRS = 10, ROUNDS = 30, ALL = ( 1 << PAIRS ) - 1;
+
+    Ref                        questions( qvCondsetCreate() ), answers( qvCondsetCreate() ), ends( qvCondsetCreate() );
+    std::vector< std::thread > threads;
+    std::atomic< int >         asked{ 0 }, answered{ 0 };
+
+    for( int pair = 0; pair < PAIRS; pair++ )
+    {
+        QV_INT own = QV_INT( 1 ) << pair;
+
+        threads.emplace_back(
+            [&, own]
+            {
+                for( int round = 0; round < ROUNDS; round++ )
+                {
+                    asked++;
+                    qvCondsetAddConditions( questions, own );
+                    EXPECT_EQ( own, qvCondsetWaitAny( answers, own ) );
+                    qvCondsetDelConditions( answers, own );
+                }
+
+                qvCondsetAddConditions( ends, own );
+                EXPECT_EQ( ALL, qvCondsetWaitAll( ends, ALL ) );
+            } );
+
+        threads.emplace_back(
+            [&, own]
+            {
+                for( int round = 0; round < ROUNDS; round++ )
+                {
+                    // A short limit runs out time and again, and must leave nothing behind.
+                    while( !qvCondsetWaitAnyTimed( questions, own, round % 2 ? -1 : 1 ) )
+                        continue;
+
+                    qvCondsetDelConditions( questions, own );
+                    EXPECT_FALSE( qvCondsetConditions( questions ) & own );
+                    answered++;
+                    qvCondsetAddConditions( answers, own );
+                }
+            } );
+    }
+
+    EXPECT_EQ( ALL, qvCondsetWaitAll( ends, ALL ) );
+
+    for( std::thread &thread : threads )
+        thread.join();
+
+    EXPECT_EQ( PAIRS * ROUNDS, asked );
+    EXPECT_EQ( PAIRS * ROUNDS, answered );
+    EXPECT_EQ( 0, qvCondsetConditions( questions ) );
+    EXPECT_EQ( 0, qvCondsetConditions( answers ) );
+}
+
+TEST( Counter, LetsWaitersThroughAtZero )
+{
+    Ref counter( qvCounterCreate() );
+    qvCounterWaitZero( counter );
+    EXPECT_TRUE( qvCounterWaitZeroTimed( counter, -1 ) );
+
+    qvCounterIncrement( counter );
+    qvCounterIncrement( counter );
+    qvCounterDecrement( counter );
+    EXPECT_EQ( 1, qvCounterValue( counter ) );
+    EXPECT_FALSE( qvCounterWaitZeroTimed( counter, 0 ) );
+    EXPECT_FALSE( qvCounterWaitZeroTimed( counter, 2 ) );
+    qvCounterDecrement( counter );
+    EXPECT_TRUE( qvCounterWaitZeroTimed( counter, 0 ) );
+
+    EXPECT_BROKEN( qvCounterDecrement( counter ), "ctr->value > 0" );
+    EXPECT_BROKEN( qvCounterWaitZeroTimed( counter, -2 ), "millisec == -1 || millisec >= 0" );
+    EXPECT_BROKEN( qvCounterValue( nullptr ), "ctr" );
+}
+
+TEST( Counter, MayEndAsSoonAsItIsZero )
+{
+    for( int round = 0; round < 300; round++ )
+    {
+        Ref                        counter( qvCounterCreate() );
+        std::vector< std::thread > threads;
+        std::atomic< int >         through{ 0 };
+
+        for( int i = 0; i < 3; i++ )
+        {
+            qvCounterIncrement( counter );
+            threads.emplace_back(
+                [&through, held = counter.get()]
+                {
+                    through++;
+                    qvCounterDecrement( held );
+                } );
+        }
+
+        qvCounterWaitZero( counter );
+        EXPECT_EQ( 3, through );
+        counter.reset();
+
+        for( std::thread &thread : threads )
+            thread.join();
+    }
+}

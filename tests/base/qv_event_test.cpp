@@ -1,0 +1,540 @@
+// What signals and alerts have in common, tested for both.
+
+#include "qv_test_support.h"
+
+#include "qv/base/qv_alert.h"
+#include "qv/base/qv_alertable_private.h"
+#include "qv/base/qv_barrier.h"
+#include "qv/base/qv_boxed_int.h"
+#include "qv/base/qv_condset.h"
+#include "qv/base/qv_signal.h"
+#include "qv/base/qv_signalable_private.h"
+
+#include <array>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <thread>
+#include <vector>
+
+using qv::Ref;
+using namespace qv::test;
+
+namespace
+{
+struct SignalFamily
+{
+    using Event  = QV_SIGNAL;
+    using Other  = QV_ALERT;
+    using Handle = QV_SIGNALABLE;
+
+    static constexpr auto create        = qvSignalCreate;
+    static constexpr auto createOther   = qvAlertCreate;
+    static constexpr auto fire          = qvSignalAssert;
+    static constexpr auto happened      = qvSignalAsserted;
+    static constexpr auto otherHappened = qvAlertIsSet;
+    static constexpr auto wait          = qvSignalWait;
+    static constexpr auto waitTimed     = qvSignalWaitTimed;
+    static constexpr auto add           = qvSignalAddSignalable;
+    static constexpr auto del           = qvSignalDelSignalable;
+    static constexpr auto addSame       = qvSignalAddSignal;
+    static constexpr auto delSame       = qvSignalDelSignal;
+    static constexpr auto addOther      = qvSignalAddAlert;
+    static constexpr auto delOther      = qvSignalDelAlert;
+    static constexpr auto addBarrier    = qvSignalAddBarrier;
+    static constexpr auto delBarrier    = qvSignalDelBarrier;
+    static constexpr auto handle        = qvSignalableCreate;
+    static constexpr auto handleBarrier = qvSignalableCreateBarrier;
+    static constexpr auto handleCondset = qvSignalableCreateCondset;
+    static constexpr auto handleSignal  = qvSignalableCreateSignal;
+    static constexpr auto handleAlert   = qvSignalableCreateAlert;
+    static constexpr auto handleFire    = qv___SignalableSignal;
+    static constexpr auto addToOther    = qvAlertAddAlertable;
+    static constexpr auto otherHandle   = qvAlertableCreate;
+    static constexpr auto event         = "sig";
+    static constexpr auto target        = "sigb";
+};
+
+struct AlertFamily
+{
+    using Event  = QV_ALERT;
+    using Other  = QV_SIGNAL;
+    using Handle = QV_ALERTABLE;
+
+    static constexpr auto create        = qvAlertCreate;
+    static constexpr auto createOther   = qvSignalCreate;
+    static constexpr auto fire          = qvAlertSet;
+    static constexpr auto happened      = qvAlertIsSet;
+    static constexpr auto otherHappened = qvSignalAsserted;
+    static constexpr auto wait          = qvAlertWait;
+    static constexpr auto waitTimed     = qvAlertWaitTimed;
+    static constexpr auto add           = qvAlertAddAlertable;
+    static constexpr auto del           = qvAlertDelAlertable;
+    static constexpr auto addSame       = qvAlertAddAlert;
+    static constexpr auto delSame       = qvAlertDelAlert;
+    static constexpr auto addOther      = qvAlertAddSignal;
+    static constexpr auto delOther      = qvAlertDelSignal;
+    static constexpr auto addBarrier    = qvAlertAddBarrier;
+    static constexpr auto delBarrier    = qvAlertDelBarrier;
+    static constexpr auto handle        = qvAlertableCreate;
+    static constexpr auto handleBarrier = qvAlertableCreateBarrier;
+    static constexpr auto handleCondset = qvAlertableCreateCondset;
+    static constexpr auto handleSignal  = qvAlertableCreateSignal;
+    static constexpr auto handleAlert   = qvAlertableCreateAlert;
+    static constexpr auto handleFire    = qv___AlertableAlert;
+    static constexpr auto addToOther    = qvSignalAddSignalable;
+    static constexpr auto otherHandle   = qvSignalableCreate;
+    static constexpr auto event         = "al";
+    static constexpr auto target        = "alb";
+};
+
+// What a callback leads to.
+struct Call
+{
+    std::atomic< int >      count{ 0 };
+    std::function< void() > action;
+
+    Ref< QV_BOXED_INT > arg{ qvBoxedIntCreate( reinterpret_cast< QV_INT >( this ) ) };
+
+    static void func( QV_OBJ *arg )
+    {
+        Call *call = reinterpret_cast< Call * >( qvBoxedIntValue( qvBoxedIntFrom( arg ) ) );
+        call->count++;
+
+        if( call->action )
+            call->action();
+    }
+
+    template< class Family >
+    Ref< typename Family::Handle > handle()
+    {
+        return Ref< typename Family::Handle >( Family::handle( func, qvBoxedIntObj( arg ) ) );
+    }
+};
+
+struct Name
+{
+    template< class Family >
+    static std::string GetName( int )
+    {
+        return std::is_same_v< Family, SignalFamily > ? "Signal" : "Alert";
+    }
+};
+
+template< class Family >
+class Event : public testing::Test
+{
+};
+
+using Families = testing::Types< SignalFamily, AlertFamily >;
+} // namespace
+
+TYPED_TEST_SUITE( Event, Families, Name );
+
+TYPED_TEST( Event, FiresAllKindsOfTargetsOnceAndInOrder )
+{
+    using F = TypeParam;
+
+    Ref  event( F::create() ), same( F::create() ), same2( F::create() );
+    Ref  other( F::createOther() ), other2( F::createOther() );
+    Ref  barrier( qvBarrierCreate( QV_TRUE ) ), barrier2( qvBarrierCreate( QV_TRUE ) );
+    Call first, second, third, onSame, onOther;
+
+    std::vector< int > log;
+    first.action   = [&] { log.push_back( 1 ); };
+    second.action  = [&] { log.push_back( 2 ); };
+    third.action   = [&] { log.push_back( 2 ); }; // the first one goes first, the others have no order
+    onSame.action  = [&] { log.push_back( F::otherHappened( other ) ? -1 : 3 ); };
+    onOther.action = [&] { log.push_back( qvBarrierIsBlocked( barrier ) ? 4 : -1 ); };
+
+    Ref a( first.handle< F >() ), b( second.handle< F >() ), c( third.handle< F >() ), d( onSame.handle< F >() );
+    Ref e( F::otherHandle( Call::func, qvBoxedIntObj( onOther.arg ) ) );
+    F::add( same, d );
+    F::addToOther( other, e );
+
+    F::addBarrier( event, barrier );
+    F::addBarrier( event, barrier2 );
+    F::addOther( event, other );
+    F::addOther( event, other2 );
+    F::addSame( event, same );
+    F::addSame( event, same2 );
+    F::add( event, a );
+    F::add( event, b );
+    F::add( event, c );
+    F::add( event, b );
+    F::add( event, a );
+    EXPECT_FALSE( F::happened( event ) );
+    EXPECT_EQ( 2, references( same.get() ) );
+
+    F::fire( event );
+    F::fire( event );
+
+    EXPECT_EQ( ( std::vector< int >{ 1, 2, 2, 3, 4 } ), log );
+    EXPECT_TRUE( F::happened( event ) && F::happened( same ) && F::happened( same2 ) );
+    EXPECT_TRUE( F::otherHappened( other ) && F::otherHappened( other2 ) );
+    EXPECT_FALSE( qvBarrierIsBlocked( barrier ) || qvBarrierIsBlocked( barrier2 ) );
+
+    // It holds none of them any more.
+    EXPECT_EQ( 1, references( same.get() ) );
+    EXPECT_EQ( 1, references( same2.get() ) );
+    EXPECT_EQ( 1, references( other2.get() ) );
+    EXPECT_EQ( 1, references( barrier.get() ) );
+
+    // What comes now fires at once and isn't kept.
+    qvBarrierBlock( barrier );
+    F::addBarrier( event, barrier );
+    F::add( event, a );
+    EXPECT_FALSE( qvBarrierIsBlocked( barrier ) );
+    EXPECT_EQ( 1, references( barrier.get() ) );
+    EXPECT_EQ( 2, first.count );
+    EXPECT_EQ( 1, second.count );
+}
+
+TYPED_TEST( Event, ForgetsDeletedTargets )
+{
+    using F = TypeParam;
+
+    Ref  event( F::create() ), same( F::create() ), same2( F::create() );
+    Ref  other( F::createOther() );
+    Ref  barrier( qvBarrierCreate( QV_TRUE ) );
+    Call first, second, never;
+    Ref  a( first.handle< F >() ), b( second.handle< F >() ), n( never.handle< F >() );
+
+    F::add( event, n );
+    F::add( event, n );
+    F::del( event, n );
+    F::del( event, n );
+
+    F::addSame( event, same );
+    F::addSame( event, same2 );
+    F::addOther( event, other );
+    F::addBarrier( event, barrier );
+    F::delSame( event, same );
+    F::delSame( event, same2 );
+    F::delOther( event, other );
+    F::delBarrier( event, barrier );
+
+    // When the first one has gone, the second can be added once more, and fires for both.
+    F::add( event, a );
+    F::add( event, b );
+    F::del( event, a );
+    F::add( event, b );
+
+    F::fire( event );
+    EXPECT_EQ( 0, never.count );
+    EXPECT_EQ( 0, first.count );
+    EXPECT_EQ( 2, second.count );
+    EXPECT_FALSE( F::happened( same ) || F::happened( same2 ) || F::otherHappened( other ) );
+    EXPECT_TRUE( qvBarrierIsBlocked( barrier ) );
+}
+
+TYPED_TEST( Event, ThatEndsGivesItsTargetsUpWithoutFiring )
+{
+    using F = TypeParam;
+
+    Ref  event( F::create() ), same( F::create() ), same2( F::create() );
+    Ref  other( F::createOther() );
+    Call call;
+    Ref  a( call.handle< F >() );
+
+    F::add( event, a );
+    F::addSame( event, same );
+    F::addSame( event, same2 );
+    F::addOther( event, other );
+    EXPECT_FALSE( F::waitTimed( event, 1 ) );
+    event.reset();
+
+    EXPECT_EQ( 0, call.count );
+    EXPECT_FALSE( F::happened( same ) || F::otherHappened( other ) );
+    EXPECT_EQ( 1, references( same.get() ) );
+    EXPECT_EQ( 1, references( same2.get() ) );
+    EXPECT_EQ( 1, references( other.get() ) );
+}
+
+TYPED_TEST( Event, HandlesFireTheirTargetAndStayArmed )
+{
+    using F = TypeParam;
+
+    Ref  barrier( qvBarrierCreate( QV_TRUE ) );
+    Ref  condset( qvCondsetCreate() );
+    Ref  signal( qvSignalCreate() );
+    Ref  alert( qvAlertCreate() );
+    Call call;
+
+    std::array handles{
+        Ref( F::handleBarrier( barrier ) ),
+        Ref( F::handleCondset( condset, 0x30005 ) ),
+        Ref( F::handleCondset( condset, 0x10000 ) ),
+        Ref( F::handleSignal( signal ) ),
+        Ref( F::handleAlert( alert ) ),
+        call.handle< F >(),
+    };
+
+    for( int round = 0; round < 2; round++ )
+    {
+        Ref event( F::create() );
+
+        for( auto &handle : handles )
+            F::add( event, handle );
+
+        F::fire( event );
+        EXPECT_FALSE( qvBarrierIsBlocked( barrier ) );
+        EXPECT_EQ( 5, qvCondsetConditions( condset ) );
+        EXPECT_TRUE( qvSignalAsserted( signal ) );
+        EXPECT_TRUE( qvAlertIsSet( alert ) );
+        EXPECT_EQ( round + 1, call.count );
+
+        qvBarrierBlock( barrier );
+        qvCondsetSetConditions( condset, 0 );
+        qvAlertUnset( alert );
+    }
+
+    F::handleFire( handles[0] );
+    EXPECT_FALSE( qvBarrierIsBlocked( barrier ) );
+
+    for( auto &handle : handles )
+        handle.reset();
+
+    EXPECT_EQ( 1, references( barrier.get() ) );
+    EXPECT_EQ( 1, references( condset.get() ) );
+    EXPECT_EQ( 1, references( signal.get() ) );
+    EXPECT_EQ( 1, references( alert.get() ) );
+}
+
+TYPED_TEST( Event, ReleasedHandlesAreDisarmed )
+{
+    using F = TypeParam;
+
+    Ref  event( F::create() );
+    Call releasing, gone, later;
+    Ref  r( releasing.handle< F >() ), g( gone.handle< F >() ), l( later.handle< F >() );
+
+    // A callback may release other handles, and references to its own one but for the last.
+    releasing.action = [&]
+    {
+        qv::release( r.get() );
+        l.reset();
+    };
+
+    F::add( event, r );
+    F::add( event, g );
+    F::add( event, l );
+    g.reset();
+    EXPECT_EQ( 1, references( gone.arg.get() ) );
+
+    qv::retain( r.get() );
+    F::fire( event );
+    EXPECT_EQ( 1, releasing.count );
+    EXPECT_EQ( 0, gone.count );
+    EXPECT_EQ( 0, later.count );
+    EXPECT_EQ( 1, references( later.arg.get() ) );
+}
+
+namespace
+{
+// An object whose end fires an event, of a family that only this test has.
+struct QV___LAST : QV_OBJ
+{
+    QV_SIGNAL *sig;
+    QV_ALERT  *al;
+};
+
+void freeLast( QV_OBJ *thisObj )
+{
+    QV___LAST *last = static_cast< QV___LAST * >( thisObj );
+    qvSignalAssert( last->sig );
+    qvAlertSet( last->al );
+}
+
+QV_SORT *lastSort()
+{
+    static QV_SORT sort = { QV___STATIC_HEADER( QV___OBJ_TYPE_SORT ), &qv___module, "QV___LAST", freeLast, nullptr,
+                            nullptr, 0, nullptr, nullptr, nullptr, nullptr };
+    return &sort;
+}
+} // namespace
+
+TYPED_TEST( Event, AnArgumentMayFireTheEventWhenItEnds )
+{
+    using F = TypeParam;
+
+    Ref        event( F::create() );
+    Ref        other( F::createOther() );
+    QV___LAST *last = qv::create< QV___LAST >( lastSort() );
+
+    if constexpr( std::is_same_v< F, SignalFamily > )
+        last->sig = event, last->al = other;
+    else
+        last->sig = other, last->al = event;
+
+    Ref handle( F::handle( []( QV_OBJ * ) { ADD_FAILURE(); }, last ) );
+    F::add( event, handle );
+    qv::release( last );
+    handle.reset();
+    EXPECT_TRUE( F::happened( event ) );
+}
+
+TYPED_TEST( Event, ReleasingAHandleWaitsForItsCallback )
+{
+    using F = TypeParam;
+
+    for( int round = 0; round < 20; round++ )
+    {
+        Ref                 event( F::create() );
+        Call                call;
+        Ref                 handle( call.handle< F >() );
+        std::atomic< bool > running{ false }, releasing{ false }, finished{ false };
+
+        call.action = [&]
+        {
+            running = true;
+
+            while( !releasing )
+                std::this_thread::yield();
+
+            for( int i = 0; i < 100; i++ ) // a chance to be overtaken
+                std::this_thread::yield();
+
+            finished = true;
+        };
+
+        F::add( event, handle );
+        std::thread thread( [&] { F::fire( event ); } );
+
+        while( !running )
+            std::this_thread::yield();
+
+        releasing = true;
+        handle.reset();
+        EXPECT_TRUE( finished );
+        thread.join();
+    }
+}
+
+TYPED_TEST( Event, NoTargetIsMissedWhileOthersComeAndGo )
+{
+    using F = TypeParam;
+
+    const int THREADS = 4;
+
+    for( int round = 0; round < 200; round++ )
+    {
+        Ref                        event( F::create() );
+        std::atomic< int >         ready{ 0 };
+        std::vector< std::thread > threads;
+
+        auto worker = [&]
+        {
+            Call stays, goes;
+            auto dies = std::make_unique< Call >();
+            Ref  a( stays.handle< F >() ), b( goes.handle< F >() ), c( dies->template handle< F >() );
+            Ref  same( F::create() );
+            Ref  other( F::createOther() );
+            Ref  barrier( qvBarrierCreate( QV_TRUE ) );
+
+            for( ready++; ready <= THREADS; )
+                std::this_thread::yield();
+
+            F::add( event, b );
+            F::add( event, c );
+            F::add( event, a );
+            F::addSame( event, same );
+            F::addOther( event, other );
+            F::addBarrier( event, barrier );
+            F::del( event, b );
+            int before = goes.count;
+            c.reset();
+            dies.reset(); // what a callback would touch
+
+            F::wait( event );
+            F::wait( same );
+            qvBarrierPass( barrier );
+            F::del( event, a ); // waits until all have fired
+            EXPECT_EQ( 1, stays.count );
+            EXPECT_EQ( before, goes.count );
+            EXPECT_TRUE( F::otherHappened( other ) );
+        };
+
+        for( int i = 0; i < THREADS; i++ )
+            threads.emplace_back( worker );
+
+        while( ready < THREADS )
+            std::this_thread::yield();
+
+        ready++;
+
+        for( int i = 0; i < round % 10; i++ )
+            std::this_thread::yield();
+
+        F::fire( event );
+
+        for( std::thread &thread : threads )
+            thread.join();
+    }
+}
+
+TYPED_TEST( Event, NoWaiterIsLeftAsleep )
+{
+    using F = TypeParam;
+
+    std::vector< Ref< typename F::Event > > events;
+    std::vector< std::thread >              threads;
+    std::atomic< int >                      passed{ 0 };
+
+    for( int i = 0; i < 1000; i++ )
+        events.emplace_back( F::create() );
+
+    for( int i = 0; i < 4; i++ )
+        threads.emplace_back(
+            [&, i]
+            {
+                for( auto &event : events )
+                {
+                    if( i % 2 )
+                        F::wait( event );
+                    else
+                        EXPECT_TRUE( F::waitTimed( event, i ? -1 : 600000 ) );
+
+                    EXPECT_TRUE( F::happened( event ) );
+                    passed++;
+                }
+            } );
+
+    // Each event fires when somebody may be about to wait for it.
+    for( int i = 0; i < 1000; i++ )
+    {
+        while( passed < i )
+            std::this_thread::yield();
+
+        F::fire( events[static_cast< size_t >( i )] );
+    }
+
+    for( std::thread &thread : threads )
+        thread.join();
+
+    EXPECT_EQ( 4000, passed );
+}
+
+TYPED_TEST( Event, TimedWaitsEnd )
+{
+    using F = TypeParam;
+
+    Ref event( F::create() );
+    EXPECT_FALSE( F::waitTimed( event, 0 ) );
+    EXPECT_FALSE( F::waitTimed( event, 5 ) );
+    F::fire( event );
+    EXPECT_TRUE( F::waitTimed( event, 0 ) );
+    EXPECT_TRUE( F::waitTimed( event, -1 ) );
+}
+
+TYPED_TEST( Event, BrokenContractsAreReported )
+{
+    using F = TypeParam;
+
+    Ref event( F::create() );
+    EXPECT_BROKEN( F::fire( nullptr ), F::event );
+    EXPECT_BROKEN( F::add( event, nullptr ), F::target );
+    EXPECT_BROKEN( F::delBarrier( nullptr, nullptr ), F::event );
+    EXPECT_BROKEN( F::handleAlert( nullptr ), "alert" );
+    EXPECT_BROKEN( F::waitTimed( event, -2 ), "millisec == -1 || millisec >= 0" );
+}
