@@ -500,10 +500,10 @@ TYPED_TEST( Event, NoWaiterIsLeftAsleep )
                 }
             } );
 
-    // Each event fires when somebody may be about to wait for it.
+    // Each event fires when the last ones may be about to wait for it.
     for( int i = 0; i < 1000; i++ )
     {
-        while( passed < i )
+        while( passed < 4 * i - 3 )
             std::this_thread::yield();
 
         F::fire( events[static_cast< size_t >( i )] );
