@@ -7,6 +7,7 @@
 #include "qv/base/qv_timestamp.h"
 
 #include <atomic>
+#include <barrier>
 #include <thread>
 #include <vector>
 
@@ -69,7 +70,7 @@ TEST( Condset, WaitsForAnyOfAMaskOrForAllOfIt )
 // and in again; if one of them missed one, its pair would stand still.
 TEST( Condset, TenWaitersMissNoneOfTenChangers )
 {
-    const int PAIRS = 10, ROUNDS = 30, ALL = ( 1 << PAIRS ) - 1;
+    const int PAIRS = 10, ROUNDS = 60, ALL = ( 1 << PAIRS ) - 1;
 
     Ref                        questions( qvCondsetCreate() ), answers( qvCondsetCreate() ), ends( qvCondsetCreate() );
     std::vector< std::thread > threads;
@@ -120,6 +121,42 @@ TEST( Condset, TenWaitersMissNoneOfTenChangers )
     EXPECT_EQ( PAIRS * ROUNDS, answered );
     EXPECT_EQ( 0, qvCondsetConditions( questions ) );
     EXPECT_EQ( 0, qvCondsetConditions( answers ) );
+}
+
+// No change comes later that would wake a waiter who has been forgotten.
+TEST( Condset, ChangesAtOneTimeWakeAllTheirWaiters )
+{
+    const int PAIRS = 4, ROUNDS = 300;
+
+    Ref                        condset( qvCondsetCreate() );
+    std::barrier               everybody( 2 * PAIRS );
+    std::vector< std::thread > threads;
+
+    for( int pair = 0; pair < PAIRS; pair++ )
+        for( bool changer : { false, true } )
+            threads.emplace_back(
+                [&, own = QV_INT( 1 ) << pair, changer]
+                {
+                    for( int round = 0; round < ROUNDS; round++ )
+                    {
+                        if( changer )
+                            qvCondsetAddConditions( condset, own );
+                        else
+                            EXPECT_EQ( own, qvCondsetWaitAny( condset, own ) );
+
+                        everybody.arrive_and_wait();
+
+                        if( changer )
+                            qvCondsetDelConditions( condset, own );
+
+                        everybody.arrive_and_wait();
+                    }
+                } );
+
+    for( std::thread &thread : threads )
+        thread.join();
+
+    EXPECT_EQ( 0, qvCondsetConditions( condset ) );
 }
 
 TEST( Counter, LetsWaitersThroughAtZero )

@@ -71,9 +71,17 @@ TEST( Signal, OneAmongManyAssertersFiresTheTargets )
     static int fired = 0; // guarded by the signal, as the thread sanitizer can tell
     fired            = 0;
 
-    Ref signalable( qvSignalableCreate( []( QV_OBJ * ) { fired++; }, nullptr ) );
+    Ref signalable( qvSignalableCreate(
+        []( QV_OBJ * )
+        {
+            for( int i = 0; i < 10; i++ ) // a chance for the others to overtake
+                std::this_thread::yield();
 
-    for( int round = 1; round <= 100; round++ )
+            fired++;
+        },
+        nullptr ) );
+
+    for( int round = 1; round <= 30; round++ )
     {
         Ref                        signal( qvSignalCreate() ), chained( qvSignalCreate() );
         std::vector< std::thread > threads;
