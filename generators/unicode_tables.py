@@ -21,6 +21,7 @@ OUTPUT = HEADERS / "qv_unicode_tables.cpp"
 
 CODE_POINTS = 0x110000
 BLOCK_BITS = 7  # that of the header too
+LONGEST_DECOMPOSITION = 18  # that of the header too
 
 # In the order of their values.
 CATEGORIES = ( "Cn Lu Ll Lt Lm Lo Mn Mc Me Nd Nl No Pc Pd Ps Pe Pi Pf Po Sm Sc Sk So Zs Zl Zp Cc Cf Cs Co" ).split()
@@ -132,6 +133,71 @@ class Data:
                         fail( f"two compositions of {mapping}" )
                     self.composition[mapping] = ch
 
+        self.normal_forms( types["CANONICAL"] )
+
+    def normal_forms( self, canonical ):
+        """Decompositions in all steps, and what each character does in a text in a normal form."""
+
+        def full( ch, compatible ):
+            kind, mapping = self.decomposition.get( ch, ( 0, () ) )
+            if not kind or ( kind != canonical and not compatible ):
+                return ( ch, )
+            return tuple( each for part in mapping for each in full( part, compatible ) )
+
+        def normalize( ch, compatible, composes ):
+            text = list( full( ch, compatible ) )
+            at = 1
+            while at < len( text ):
+                k = self.combining.get( text[at], 0 )
+                if at and k and k < self.combining.get( text[at - 1], 0 ):
+                    text[at - 1 : at + 1] = text[at], text[at - 1]
+                    at -= 1
+                else:
+                    at += 1
+            if not composes or self.combining.get( text[0], 0 ):
+                return text
+            result, last = text[:1], 0
+            for each in text[1:]:
+                k = self.combining.get( each, 0 )
+                pair = ( result[0], each )
+                # Enough for one character, whose decomposition composes to its first character or not at all.
+                if pair in self.composition and ( last < k or len( result ) == 1 ):
+                    result[0] = self.composition[pair]
+                else:
+                    result.append( each )
+                    last = k or 255
+            return result
+
+        self.full = {}
+        for compatible in ( False, True ):
+            self.full[compatible] = {
+                ch: mapping for ch in self.decomposition for mapping in [ full( ch, compatible ) ] if mapping != ( ch, )
+            }
+
+        if max( map( len, self.full[True].values() ) ) > LONGEST_DECOMPOSITION:
+            fail( "a decomposition is longer than the header tells" )
+
+        hangul = range( 0xAC00, 0xD7A4 )
+        joins = { pair[1] for pair in self.composition } | { *range( 0x1161, 0x1176 ), *range( 0x11A8, 0x11C3 ) }
+        changing = { *self.decomposition, *self.combining, *joins, *range( 0xD800, 0xE000 ), *hangul }
+        self.quick = {}
+
+        # In the order of the values of the normal forms.
+        for bit, ( compatible, composes ) in enumerate(
+            ( ( False, True ), ( True, True ), ( False, False ), ( True, False ) ) ):
+            for ch in changing:
+                first = full( ch, compatible )[0]
+                stays = normalize( ch, compatible, composes ) == [ ch ]
+                stays = stays and ch not in range( 0xD800, 0xE000 ) and ( composes or ch not in hangul )
+                stays = stays and not ( composes and first in joins )
+                flags = 0
+                if not stays or ch in self.combining or first in self.combining:
+                    flags |= 1 << bit
+                    if stays and ch in self.combining:
+                        flags |= 16 << bit
+                if flags:
+                    self.quick[ch] = self.quick.get( ch, 0 ) | flags
+
 
 # Writing --------------------------------------------------------------------------------------------------------------
 
@@ -222,6 +288,18 @@ namespace qv::unicode
         "uint16_t", "decomposition", { ch: places[each] for ch, each in data.decomposition.items() },
         "Decomposition: place in the pool" )
     out.array( "QV_CHAR", "decompositions", content, "Pool of the decompositions." )
+
+    # The same in all steps; a character of the pool has its combining class in the 8 topmost bits.
+    content, places = pool(
+        [ each for mappings in data.full.values() for each in mappings.values() ],
+        lambda mapping: ( len( mapping ), *( ch | data.combining.get( ch, 0 ) << 24 for ch in mapping ) ) )
+    for compatible, name, comment in (
+        ( False, "canonical", "Full canonical decomposition" ), ( True, "compatible", "Full compatible decomposition" ) ):
+        out.table(
+            "uint16_t", name, { ch: places[each] for ch, each in data.full[compatible].items() },
+            f"{comment}: place in the pool" )
+    out.array( "uint32_t", "fullDecompositions", content, "Pool of the full decompositions." )
+    out.table( "uint8_t", "quick", data.quick, "What a character does in a text in a normal form" )
 
     # Compositions: a row for each first character, a column for each second one; 0 where there is none.
     firsts = sorted( { pair[0] for pair in data.composition } )

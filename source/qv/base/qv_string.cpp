@@ -12,6 +12,8 @@
 #include "qv/sys/qv_chars_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/unicode/qv_unicode_normalizer.h"
+#include "qv/unicode/qv_unicode_normalizer_private.h"
 #include "qv/unicode/qv_unicode_tables_private.h"
 
 QV_STRING *qv___StringEmpty = nullptr;
@@ -1137,6 +1139,37 @@ void qvStringSanitize( QV_STRING **qvs )
     own->bspace += own->length - count;
     own->length = count;
     qv___StringCompact( own );
+}
+
+namespace
+{
+void normalize( QV_STRING **qvs, QV_INT normalForm )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( *qvs );
+
+    qv::assign( qvs, qv::normalize( *qvs, normalForm ) );
+}
+} // namespace
+
+void qvStringNormalizeNFC( QV_STRING **qvs )
+{
+    normalize( qvs, QV_UNICODE_NORMAL_FORM_NFC );
+}
+
+void qvStringNormalizeNFD( QV_STRING **qvs )
+{
+    normalize( qvs, QV_UNICODE_NORMAL_FORM_NFD );
+}
+
+void qvStringNormalizeNFKC( QV_STRING **qvs )
+{
+    normalize( qvs, QV_UNICODE_NORMAL_FORM_NFKC );
+}
+
+void qvStringNormalizeNFKD( QV_STRING **qvs )
+{
+    normalize( qvs, QV_UNICODE_NORMAL_FORM_NFKD );
 }
 
 /* Comparing ------------------------------------------------------------------------------------------------------ */

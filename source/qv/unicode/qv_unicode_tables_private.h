@@ -23,6 +23,10 @@ extern const QV_CHAR  caseMappings[];
 extern const uint8_t  decompositionBlocks[];
 extern const uint16_t decomposition[];
 extern const QV_CHAR  decompositions[];
+extern const uint8_t  canonicalBlocks[], compatibleBlocks[];
+extern const uint16_t canonical[], compatible[];
+extern const uint32_t fullDecompositions[];
+extern const uint8_t  quickBlocks[], quick[];
 extern const uint8_t  compositionFirstBlocks[];
 extern const uint16_t compositionFirst[];
 extern const uint8_t  compositionSecondBlocks[], compositionSecond[];
@@ -102,6 +106,36 @@ inline Mapping decompose( QV_CHAR ch, QV_INT *type )
 
     *type = decompositions[place] >> 8;
     return { decompositions + place + 1, (QV_INT)( decompositions[place] & 0xFF ) };
+}
+
+/** Characters of a decomposition in all steps. */
+const QV_INT LONGEST_DECOMPOSITION = 18;
+
+/** The decomposition in all steps, by the canonical mappings only or by all: its length, followed by the characters,
+    each with its combining class in the 8 topmost bits. Null when there is none. */
+inline const uint32_t *decomposeFully( QV_CHAR ch, bool byAll )
+{
+    uint16_t place = byAll ? lookUp( compatibleBlocks, compatible, ch ) : lookUp( canonicalBlocks, canonical, ch );
+
+    return place ? fullDecompositions + place : nullptr;
+}
+
+/** What a character does in a text in a normal form. A character without the bit `QUICK_CHANGES << form` has class 0,
+    stays as it is and never joins what stands before it. One with that bit and also with `QUICK_MARK << form` has
+    another class and stays where it is as long as the classes ascend. With the first bit alone it takes a closer
+    look. The forms are in the order of their values. */
+const uint32_t QUICK_CHANGES = 1;
+const uint32_t QUICK_MARK    = 16;
+
+inline uint32_t quickCheck( QV_CHAR ch )
+{
+    return lookUp( quickBlocks, quick, ch );
+}
+
+/** True if a character can be the second one of a pair that composes, Hangul aside. */
+inline bool isSecond( QV_CHAR ch )
+{
+    return lookUp( compositionSecondBlocks, compositionSecond, ch ) != 0;
 }
 
 /** The character that a pair composes to, or 0. */

@@ -1,0 +1,684 @@
+#include "qv/unicode/qv_unicode_normalizer.h"
+
+#include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_chars_private.h"
+#include "qv/sys/qv_int.h"
+#include "qv/sys/qv_mem.h"
+#include "qv/unicode/qv_unicode_normalizer_private.h"
+#include "qv/unicode/qv_unicode_tables_private.h"
+
+/* One array holds the text on its way, in three parts one behind the other:
+
+   - from `first` to `readable` what is finished;
+   - from `readable` to `pending`, only with composition, the current starter and the marks behind it that it did not
+     take up;
+   - from `pending` to `length` what was decomposed and is not in order yet: the last character of class 0 and what
+     follows it.
+
+   So characters move on by moving a border, and most of them never move themselves.
+
+   Text that is normal already passes without being taken apart: pass() finds how far the quick check holds and copies
+   it up to the last character of class 0. All others go one by one through step(). Both leave the same state. */
+
+struct QV_UNICODE_NORMALIZER : QV_OBJ
+{
+    QV_CHAR  highSurrogate; // waits for the low one, or 0
+    QV_INT   normalForm;
+    QV_CHAR *chars; // the array, or null
+    QV_INT   capacity;
+    QV_INT   first;
+    QV_INT   readable;
+    QV_INT   pending;
+    QV_INT   length;
+    QV_CHAR  starter;     // the current starter, chars[readable], or 0 if there is none
+    QV_INT   lastCccv;    // the highest class since the starter; 255 without one, so that nothing joins
+    QV_INT   pendingCccv; // class of the last pending character; 0 if there is none
+    bool     unordered;   // the marks among the pending characters are not in order
+};
+
+namespace
+{
+using namespace qv::unicode;
+
+const QV_INT LIMIT = 4096; // characters that wait for the end of a run of marks
+
+// Marks behind a starter up to which the quick check goes, far from where the limit begins to count.
+const QV_INT QUICK_MARKS = 64;
+
+// Below these no character changes or joins another one, by form.
+const QV_CHAR SIMPLE[] = { 0x300, 0xA0, 0xC0, 0xA0 };
+
+const QV_CHAR HANGUL_S = 0xAC00, HANGUL_L = 0x1100, HANGUL_V = 0x1161, HANGUL_T = 0x11A7; // no trailing one is T
+const QV_CHAR L_COUNT = 19, V_COUNT = 21, T_COUNT = 28, S_COUNT = L_COUNT * V_COUNT * T_COUNT;
+
+bool composes( const QV_UNICODE_NORMALIZER *norm )
+{
+    return norm->normalForm <= QV_UNICODE_NORMAL_FORM_NFKC;
+}
+
+bool isCompatible( const QV_UNICODE_NORMALIZER *norm )
+{
+    return norm->normalForm & 1;
+}
+
+void account( QV_UNICODE_NORMALIZER *norm )
+{
+    qv___ObjDbgSetAllocationSizeN( norm, norm->capacity, sizeof( QV_CHAR ) );
+}
+
+void reset( QV_UNICODE_NORMALIZER *norm )
+{
+    norm->highSurrogate = 0;
+    norm->first         = 0;
+    norm->readable      = 0;
+    norm->pending       = 0;
+    norm->length        = 0;
+    norm->starter       = 0;
+    norm->lastCccv      = 255;
+    norm->pendingCccv   = 0;
+    norm->unordered     = false;
+}
+
+// Puts the text at the front of the array.
+void toFront( QV_UNICODE_NORMALIZER *norm )
+{
+    QV_INT by = norm->first;
+
+    qvMemMoveN( norm->chars, norm->chars + by, norm->length - by, sizeof( QV_CHAR ) );
+    norm->first = 0;
+    norm->readable -= by;
+    norm->pending -= by;
+    norm->length -= by;
+}
+
+__attribute__( ( noinline ) ) void enlarge( QV_UNICODE_NORMALIZER *norm, QV_INT count )
+{
+    // What was read has paid for the move.
+    if( norm->first > 0 && norm->first >= norm->length - norm->first )
+        toFront( norm );
+
+    QV_CHECK( QV_INT_ADD_OK( norm->length, count ) );
+
+    if( norm->length + count <= norm->capacity )
+        return;
+
+    QV_INT room     = norm->length + count;
+    norm->capacity  = QV_INT_ADD_OK( room, room / 2 ) ? room + room / 2 : room;
+    norm->chars     = static_cast< QV_CHAR * >( qvMemReallocN( norm->chars, norm->capacity, sizeof( QV_CHAR ) ) );
+    account( norm );
+}
+
+// Makes sure that so many more characters have room.
+inline void reserve( QV_UNICODE_NORMALIZER *norm, QV_INT count )
+{
+    if( norm->capacity - norm->length < count )
+        enlarge( norm, count );
+}
+
+/* Ordering ------------------------------------------------------------------------------------------------------- */
+
+// Brings a run of marks into the order of their classes. Those of one class keep theirs.
+void orderRun( QV_CHAR *run, QV_INT length )
+{
+    if( length <= 16 )
+    {
+        for( QV_INT i = 1; i < length; i++ )
+        {
+            QV_CHAR ch   = run[i];
+            QV_INT  cccv = combiningClass( ch );
+            QV_INT  at   = i;
+
+            for( ; at > 0 && combiningClass( run[at - 1] ) > cccv; at-- )
+                run[at] = run[at - 1];
+
+            run[at] = ch;
+        }
+
+        return;
+    }
+
+    // By counting, so that the time stays linear for runs of any length.
+    QV_CHAR ordered[LIMIT + LONGEST_DECOMPOSITION];
+    QV_INT  places[257] = {};
+
+    for( QV_INT i = 0; i < length; i++ )
+        places[combiningClass( run[i] ) + 1]++;
+
+    for( int i = 1; i < 256; i++ )
+        places[i] += places[i - 1];
+
+    for( QV_INT i = 0; i < length; i++ )
+        ordered[places[combiningClass( run[i] )]++] = run[i];
+
+    qvMemCopyN( run, ordered, length, sizeof( QV_CHAR ) );
+}
+
+void order( QV_UNICODE_NORMALIZER *norm )
+{
+    for( QV_INT i = norm->pending; i < norm->length; )
+    {
+        QV_INT start = i;
+
+        while( i < norm->length && combiningClass( norm->chars[i] ) != 0 )
+            i++;
+
+        orderRun( norm->chars + start, i - start );
+        i++;
+    }
+
+    norm->unordered = false;
+}
+
+/* Composing ------------------------------------------------------------------------------------------------------ */
+
+// What the starter and a character behind it compose to, or 0. Hangul is composed only where nothing stands between.
+inline QV_CHAR composePair( QV_CHAR starter, QV_CHAR ch, bool adjacent )
+{
+    if( isSecond( ch ) )
+        return qv::unicode::compose( starter, ch );
+
+    if( !adjacent )
+        return 0;
+
+    if( starter - HANGUL_L < L_COUNT && ch - HANGUL_V < V_COUNT )
+        return HANGUL_S + ( ( starter - HANGUL_L ) * V_COUNT + ( ch - HANGUL_V ) ) * T_COUNT;
+
+    if( starter - HANGUL_S < S_COUNT && ( starter - HANGUL_S ) % T_COUNT == 0 && ch - HANGUL_T - 1 < T_COUNT - 1 )
+        return starter + ( ch - HANGUL_T );
+
+    return 0;
+}
+
+// Composes what is pending up to `end` and closes the gap behind it.
+void composeTo( QV_UNICODE_NORMALIZER *norm, QV_INT end )
+{
+    QV_CHAR *chars    = norm->chars;
+    QV_INT   readable = norm->readable;
+    QV_INT   to       = norm->pending;
+    QV_CHAR  starter  = norm->starter;
+    QV_INT   lastCccv = norm->lastCccv;
+
+    for( QV_INT from = to; from < end; from++ )
+    {
+        QV_CHAR ch   = chars[from];
+        QV_INT  cccv = combiningClass( ch );
+
+        if( readable < to && ( lastCccv < cccv || ( lastCccv | cccv ) == 0 ) )
+        {
+            if( QV_CHAR composite = composePair( starter, ch, lastCccv == 0 ) )
+            {
+                chars[readable] = composite;
+                starter         = composite;
+                continue;
+            }
+        }
+
+        if( cccv == 0 )
+        {
+            starter  = ch;
+            readable = to;
+            lastCccv = 0;
+        }
+        else if( lastCccv < cccv )
+        {
+            lastCccv = cccv;
+        }
+
+        chars[to++] = ch;
+    }
+
+    if( to < end )
+    {
+        for( QV_INT from = end; from < norm->length; from++ )
+            chars[to + from - end] = chars[from];
+
+        norm->length -= end - to;
+    }
+
+    norm->pending = to;
+
+    // The starter is given up for good: what follows must not find it again.
+    if( to - readable >= LIMIT )
+    {
+        readable = to;
+        starter  = 0;
+        lastCccv = 255;
+    }
+
+    norm->readable = readable;
+    norm->starter  = starter;
+    norm->lastCccv = lastCccv;
+}
+
+/* Steps ---------------------------------------------------------------------------------------------------------- */
+
+// Nothing can change what is pending up to `end` any more.
+inline void moveOn( QV_UNICODE_NORMALIZER *norm, QV_INT end )
+{
+    if( norm->unordered )
+        order( norm );
+
+    if( composes( norm ) )
+        composeTo( norm, end );
+    else
+        norm->pending = norm->readable = end;
+}
+
+// One character, which is no surrogate, decomposed. What a later one can no longer change moves on.
+void step( QV_UNICODE_NORMALIZER *norm, QV_CHAR ch )
+{
+    reserve( norm, LONGEST_DECOMPOSITION );
+
+    QV_CHAR *to          = norm->chars + norm->length;
+    QV_INT   lastStarter = -1; // the last one that is new
+
+    if( ch < SIMPLE[QV_UNICODE_NORMAL_FORM_NFKD] )
+    {
+        *to++             = ch;
+        lastStarter       = norm->length;
+        norm->pendingCccv = 0;
+    }
+    else if( ch - HANGUL_S < S_COUNT )
+    {
+        QV_CHAR syllable = ch - HANGUL_S;
+        QV_CHAR trailing = HANGUL_T + syllable % T_COUNT;
+
+        *to++ = HANGUL_L + syllable / ( V_COUNT * T_COUNT );
+        *to++ = HANGUL_V + syllable % ( V_COUNT * T_COUNT ) / T_COUNT;
+
+        if( trailing != HANGUL_T )
+            *to++ = trailing;
+
+        lastStarter       = to - norm->chars - 1;
+        norm->pendingCccv = 0;
+    }
+    else
+    {
+        const uint32_t *full  = decomposeFully( ch, isCompatible( norm ) );
+        uint32_t        alone = full ? 0 : static_cast< uint32_t >( ch | combiningClass( ch ) << 24 );
+        QV_INT          count = full ? *full++ : 1;
+
+        if( !full )
+            full = &alone;
+
+        for( QV_INT i = 0; i < count; i++ )
+        {
+            QV_INT cccv = full[i] >> 24;
+
+            if( cccv == 0 )
+                lastStarter = to - norm->chars;
+            else if( cccv < norm->pendingCccv )
+                norm->unordered = true;
+
+            norm->pendingCccv = cccv;
+            *to++             = full[i] & 0xFFFFFF;
+        }
+    }
+
+    norm->length = to - norm->chars;
+
+    if( lastStarter > norm->pending )
+    {
+        moveOn( norm, lastStarter );
+    }
+    else if( norm->length - norm->pending >= LIMIT )
+    {
+        moveOn( norm, norm->length );
+        norm->pendingCccv = 0;
+    }
+}
+
+void write( QV_UNICODE_NORMALIZER *norm, QV_CHAR ch )
+{
+    QV_CHAR high        = norm->highSurrogate;
+    norm->highSurrogate = 0;
+
+    if( ch - 0xD800 < 0x400 )
+        norm->highSurrogate = ch;
+    else if( ch - 0xDC00 >= 0x400 && QV_CHAR_OK( ch ) )
+        step( norm, ch );
+    else if( ch - 0xDC00 < 0x400 && high )
+        step( norm, 0x10000 + ( ( high - 0xD800 ) << 10 ) + ( ch - 0xDC00 ) );
+}
+
+/* Passing -------------------------------------------------------------------------------------------------------- */
+
+// How far the quick check holds. Starters are places of characters of class 0 that stay as they are, or -1.
+struct Run
+{
+    QV_INT length;
+    QV_INT starter;  // the last starter
+    QV_INT previous; // the one before it
+};
+
+Run check( const QV_CHAR *chs, QV_INT count, QV_INT form )
+{
+    const qv::CharVector simple = qv::CharVector {} + static_cast< int32_t >( SIMPLE[form] );
+
+    Run      run     = { 0, -1, -1 };
+    QV_INT   last    = 0;
+    uint32_t changes = QUICK_CHANGES << form;
+    uint32_t mark    = QUICK_MARK << form;
+    QV_INT   i       = 0;
+
+    while( i < count )
+    {
+        if( chs[i] < SIMPLE[form] )
+        {
+            QV_INT start = i;
+
+            // As signed numbers, so values of 0x80000000 and above have to be looked for by their sign.
+            while( i + 8 <= count )
+            {
+                qv::CharVector a = qv::loadChars( chs + i ), b = qv::loadChars( chs + i + 4 );
+
+                if( qv::anyBit( ( a >= simple ) | ( b >= simple ) | ( ( a | b ) < 0 ) ) )
+                    break;
+
+                i += 8;
+            }
+
+            while( i < count && chs[i] < SIMPLE[form] )
+                i++;
+
+            run.previous = i - start > 1 ? i - 2 : run.starter;
+            run.starter  = i - 1;
+            last         = 0;
+            continue;
+        }
+
+        if( !QV_CHAR_OK( chs[i] ) )
+            break;
+
+        uint32_t quick = quickCheck( chs[i] );
+
+        if( !( quick & changes ) )
+        {
+            run.previous = run.starter;
+            run.starter  = i;
+            last         = 0;
+        }
+        else
+        {
+            QV_INT cccv = quick & mark ? combiningClass( chs[i] ) : 0;
+
+            if( cccv == 0 || cccv < last || i - run.starter > QUICK_MARKS )
+                break;
+
+            last = cccv;
+        }
+
+        i++;
+    }
+
+    run.length = i;
+    return run;
+}
+
+// Takes a run that begins with a starter over as it is, up to its last starter, which comes next.
+void pass( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, const Run &run )
+{
+    if( norm->pending < norm->length )
+        moveOn( norm, norm->length );
+
+    reserve( norm, run.starter + LONGEST_DECOMPOSITION );
+
+    QV_INT at = norm->length;
+    qvMemCopyN( norm->chars + at, chs, run.starter, sizeof( QV_CHAR ) );
+    norm->length += run.starter;
+    norm->pending     = norm->length;
+    norm->pendingCccv = 0;
+
+    if( composes( norm ) )
+    {
+        norm->readable = at + run.previous;
+        norm->starter  = chs[run.previous];
+        norm->lastCccv = combiningClass( chs[run.starter - 1] );
+    }
+    else
+    {
+        norm->readable = norm->length;
+    }
+}
+
+bool isStarter( QV_CHAR ch, QV_INT form )
+{
+    return ch < SIMPLE[form] || ( QV_CHAR_OK( ch ) && !( quickCheck( ch ) & ( QUICK_CHANGES << form ) ) );
+}
+
+void write( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+{
+    QV_INT i = 0;
+
+    while( i < count )
+    {
+        if( norm->highSurrogate || !isStarter( chs[i], norm->normalForm ) )
+        {
+            write( norm, chs[i++] );
+            continue;
+        }
+
+        Run    run = check( chs + i, count - i, norm->normalForm );
+        QV_INT end = i + run.length;
+
+        if( run.previous >= 0 )
+        {
+            pass( norm, chs + i, run );
+            i += run.starter;
+        }
+
+        for( ; i < end; i++ )
+            step( norm, chs[i] );
+    }
+}
+
+void freeFunc( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+
+    QV_UNICODE_NORMALIZER *norm = qvUnicodeNormalizerFrom( thisObj );
+    qvMemFree( norm->chars );
+    norm->chars    = nullptr;
+    norm->capacity = 0;
+    account( norm );
+}
+} // namespace
+
+QV___FAMILY( UnicodeNormalizer, QV_UNICODE_NORMALIZER, freeFunc, nullptr, nullptr )
+
+QV_UNICODE_NORMALIZER *qvUnicodeNormalizerCreate( QV_INT normalForm )
+{
+    QV_CHECK( QV_UNICODE_NORMAL_FORM_OK( normalForm ) );
+
+    QV_UNICODE_NORMALIZER *norm = qv::create< QV_UNICODE_NORMALIZER >( qvUnicodeNormalizerSort() );
+    norm->normalForm            = normalForm;
+    norm->chars                 = nullptr;
+    norm->capacity              = 0;
+    reset( norm );
+
+    return norm;
+}
+
+/* Writing -------------------------------------------------------------------------------------------------------- */
+
+void qvUnicodeNormalizerWriteChar( QV_UNICODE_NORMALIZER *norm, QV_CHAR ch )
+{
+    QV_CHECK( norm );
+    write( norm, ch );
+}
+
+void qvUnicodeNormalizerWriteChars( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT chsLength )
+{
+    QV_CHECK( norm );
+    QV_CHECK( chsLength >= 0 );
+    QV_CHECK( chs || chsLength == 0 );
+
+    write( norm, chs, chsLength );
+}
+
+void qvUnicodeNormalizerWrite( QV_UNICODE_NORMALIZER *norm, QV_STRING *src )
+{
+    QV_CHECK( norm );
+    QV_CHECK( src );
+
+    write( norm, qv::chars( src ), src->length );
+}
+
+void qvUnicodeNormalizerWriteInner( QV_UNICODE_NORMALIZER *norm, QV_STRING *src, QV_INT offset, QV_INT count )
+{
+    QV_CHECK( norm );
+    QV_CHECK( src );
+    QV_CHECK( offset >= 0 );
+    QV_CHECK( count >= 0 );
+    QV_CHECK( QV_INT_ADD_OK( offset, count ) );
+    QV_CHECK( offset + count <= qvStringLength( src ) );
+
+    write( norm, qv::chars( src ) + offset, count );
+}
+
+void qvUnicodeNormalizerWriteOuter( QV_UNICODE_NORMALIZER *norm, QV_STRING *src, QV_INT offset, QV_INT count )
+{
+    QV_CHECK( norm );
+    QV_CHECK( src );
+    QV_CHECK( offset >= 0 );
+    QV_CHECK( count >= 0 );
+    QV_CHECK( QV_INT_ADD_OK( offset, count ) );
+    QV_CHECK( offset + count <= qvStringLength( src ) );
+
+    write( norm, qv::chars( src ), offset );
+    write( norm, qv::chars( src ) + offset + count, src->length - offset - count );
+}
+
+void qvUnicodeNormalizerWriteLeading( QV_UNICODE_NORMALIZER *norm, QV_STRING *src, QV_INT count )
+{
+    qvUnicodeNormalizerWriteInner( norm, src, 0, count );
+}
+
+void qvUnicodeNormalizerWriteTrailing( QV_UNICODE_NORMALIZER *norm, QV_STRING *src, QV_INT count )
+{
+    QV_CHECK( norm );
+    QV_CHECK( src );
+    QV_CHECK( count >= 0 );
+
+    qvUnicodeNormalizerWriteInner( norm, src, src->length - count, count );
+}
+
+void qvUnicodeNormalizerFlush( QV_UNICODE_NORMALIZER *norm )
+{
+    QV_CHECK( norm );
+
+    moveOn( norm, norm->length );
+    norm->highSurrogate = 0;
+    norm->readable      = norm->length;
+    norm->starter       = 0;
+    norm->lastCccv      = 255;
+    norm->pendingCccv   = 0;
+}
+
+void qvUnicodeNormalizerClear( QV_UNICODE_NORMALIZER *norm )
+{
+    QV_CHECK( norm );
+
+    qvMemFree( norm->chars );
+    norm->chars    = nullptr;
+    norm->capacity = 0;
+    account( norm );
+    reset( norm );
+}
+
+/* Reading -------------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+// The first readable characters, at most so many unless that is -1; taken() has to follow.
+QV_INT readable( QV_UNICODE_NORMALIZER *norm, QV_INT limit )
+{
+    QV_INT count = norm->readable - norm->first;
+
+    return limit == -1 || limit > count ? count : limit;
+}
+
+void taken( QV_UNICODE_NORMALIZER *norm, QV_INT count )
+{
+    norm->first += count;
+
+    if( norm->first == norm->length )
+        toFront( norm );
+}
+} // namespace
+
+QV_INT qvUnicodeNormalizerReadable( QV_UNICODE_NORMALIZER *norm )
+{
+    QV_CHECK( norm );
+    return readable( norm, -1 );
+}
+
+QV_INT qvUnicodeNormalizerRead( QV_UNICODE_NORMALIZER *norm, QV_STRING **string, QV_INT maxLen )
+{
+    QV_CHECK( norm );
+    QV_CHECK( string );
+    QV_CHECK( *string );
+    QV_CHECK( maxLen == -1 || maxLen >= 0 );
+
+    QV_INT count = readable( norm, maxLen );
+
+    if( count > 0 )
+    {
+        qvStringAppendChars( string, norm->chars + norm->first, count );
+        taken( norm, count );
+    }
+
+    return count;
+}
+
+QV_INT qvUnicodeNormalizerReadChars( QV_UNICODE_NORMALIZER *norm, QV_CHAR *dest, QV_INT destLen )
+{
+    QV_CHECK( norm );
+    QV_CHECK( destLen >= 0 );
+    QV_CHECK( dest || destLen == 0 );
+
+    QV_INT count = readable( norm, destLen );
+
+    if( count > 0 )
+    {
+        qvMemCopyN( dest, norm->chars + norm->first, count, sizeof( QV_CHAR ) );
+        taken( norm, count );
+    }
+
+    return count;
+}
+
+/* Whole texts ---------------------------------------------------------------------------------------------------- */
+
+QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
+{
+    const QV_CHAR *chs    = qv::chars( qvs );
+    QV_INT         length = qvs->length;
+    Run            run    = check( chs, length, normalForm );
+
+    if( run.length == length )
+        return qv::retain( qvs );
+
+    Ref< QV_UNICODE_NORMALIZER > norm( qvUnicodeNormalizerCreate( normalForm ) );
+    reserve( norm, length + LONGEST_DECOMPOSITION );
+
+    // What has been checked need not be looked at twice.
+    if( run.previous >= 0 && isStarter( chs[0], normalForm ) )
+        pass( norm, chs, run );
+    else
+        run.starter = 0;
+
+    write( norm, chs + run.starter, length - run.starter );
+    qvUnicodeNormalizerFlush( norm );
+
+    if( norm->length == 0 )
+        return qvStringCreate();
+
+    // The array becomes the block of the String.
+    QV_CHAR *block = static_cast< QV_CHAR * >( qvMemReallocN( norm->chars, norm->length, sizeof( QV_CHAR ) ) );
+    norm->chars    = nullptr;
+
+    return qvStringCreateFromCharsUse( block, norm->length );
+}
