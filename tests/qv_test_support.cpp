@@ -18,19 +18,29 @@ void keepPrinted( const QV_CHAR *chs, QV_INT length )
     printed.append( chs, static_cast< size_t >( length ) );
 }
 
+void start()
+{
+    qvRuntimeStartup( QV_RUNTIME_FLAG_OBJECT_DATABASE, keepPrinted, nullptr, nullptr, nullptr );
+}
+
+void stop()
+{
+    qvRuntimeShutdown();
+    EXPECT_EQ( 0, qv___AtomicLoad32( &qv___module.sorts ) ) << "objects have outlived the library";
+}
+
 // Starts the library once for the binary, with lists of all live objects and every path in the scratch folder.
 class Library : public testing::Environment
 {
 public:
     void SetUp() override
     {
-        qvRuntimeStartup( QV_RUNTIME_FLAG_OBJECT_DATABASE, keepPrinted, nullptr, nullptr, nullptr );
+        start();
     }
 
     void TearDown() override
     {
-        qvRuntimeShutdown();
-        EXPECT_EQ( 0, qv___AtomicLoad32( &qv___module.sorts ) ) << "objects have outlived the library";
+        stop();
     }
 };
 
@@ -85,6 +95,15 @@ QV_INT qv::test::liveObjects()
         count += qv___AtomicLoad32( &sort->objects );
 
     return count;
+}
+
+void qv::test::restartLibrary( const std::function< void() > &body )
+{
+    stop();
+    start();
+    body();
+    stop();
+    start();
 }
 
 const std::string &qv::test::scratch()

@@ -11,6 +11,7 @@
 #include "qv/base/qv_string.h"
 #include "qv/runtime/qv_ref.h"
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -62,6 +63,9 @@ QV_INT allocated( T *object )
 
 /** How many objects of all sorts live now. Needs the object database, with which the tests run. */
 QV_INT liveObjects();
+
+/** Stops the library, starts it afresh for `body`, and then starts it again for the other tests. */
+void restartLibrary( const std::function< void() > &body );
 
 /** A folder for files of the running test binary; it goes when the binary ends. Ends with a solidus. */
 const std::string &scratch();

@@ -1,0 +1,253 @@
+#include "qv/base/qv_priority_map.h"
+
+#include "qv/base/qv_dict.h"
+#include "qv/base/qv_dict_private.h"
+#include "qv/base/qv_priority_map_private.h"
+#include "qv/runtime/qv_obj.h"
+#include "qv/runtime/qv_ref.h"
+
+using Entry = QV___PRIORITY_MAP_ENTRY;
+
+namespace
+{
+Entry *entryOf( QV_OBJ *object )
+{
+    return static_cast< Entry * >( object );
+}
+
+void freeEntry( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+    qv::drop( qv___PriorityMapEntryFrom( thisObj )->object );
+}
+
+// By priority, then by the objects, of which null is the lowest.
+QV_INT compareEntries( QV_OBJ *thisObj, QV_OBJ *thatObj )
+{
+    QV_CHECK( thisObj );
+    QV_CHECK( thatObj );
+
+    Entry *a = qv___PriorityMapEntryFrom( thisObj );
+    Entry *b = qv___PriorityMapEntryFrom( thatObj );
+
+    if( a->priority != b->priority )
+        return a->priority < b->priority ? -1 : 1;
+
+    if( a->object && b->object )
+        return qvObjCompare( a->object, b->object );
+
+    return ( a->object != nullptr ) - ( b->object != nullptr );
+}
+
+Entry *createEntry( QV_INT priority, QV_OBJ *object )
+{
+    Entry *entry    = qv::create< Entry >( qv___PriorityMapEntrySort() );
+    entry->priority = priority;
+    entry->object   = qv::retain( object );
+
+    return entry;
+}
+
+void freeMap( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+
+    QV_PRIORITY_MAP *map = qvPriorityMapFrom( thisObj );
+    qv::drop( map->byPriority );
+    qv::drop( map->byObject );
+}
+
+QV_INT compareMaps( QV_OBJ *thisObj, QV_OBJ *thatObj )
+{
+    QV_CHECK( thisObj );
+    QV_CHECK( thatObj );
+
+    return qvDictCompare( qvPriorityMapFrom( thisObj )->byPriority, qvPriorityMapFrom( thatObj )->byPriority );
+}
+
+QV_PRIORITY_MAP *createMap( QV_DICT *byPriority, QV_DICT *byObject )
+{
+    QV_PRIORITY_MAP *map = qv::create< QV_PRIORITY_MAP >( qvPriorityMapSort() );
+    map->byPriority      = byPriority;
+    map->byObject        = byObject;
+
+    return map;
+}
+
+// The object at an index, which may lie outside the map, and its priority, for whoever asks for it.
+QV_OBJ *neighbour( QV_PRIORITY_MAP *map, QV_INT idx, QV_INT *priority )
+{
+    if( priority )
+        *priority = 0;
+
+    if( idx < 0 || idx >= map->byPriority->length )
+        return nullptr;
+
+    Entry *entry = entryOf( map->byPriority->items[idx].key );
+
+    if( priority )
+        *priority = entry->priority;
+
+    return qv::retain( entry->object );
+}
+
+// Takes the object at an index of `byObject` out of a map that nobody else holds.
+void take( QV_PRIORITY_MAP *map, QV_INT objectIdx )
+{
+    qv::Ref< QV_OBJ > entry = qv::Ref< QV_OBJ >::share( map->byObject->items[objectIdx].val );
+    qvDictDelAt( &map->byObject, objectIdx );
+
+    QV_INT idx = qvDictIndexOfObjKey( map->byPriority, entry );
+    QV_CHECK( idx != -1 );
+    qvDictDelAt( &map->byPriority, idx );
+}
+} // namespace
+
+QV___FAMILY( ___PriorityMapEntry, QV___PRIORITY_MAP_ENTRY, freeEntry, compareEntries, nullptr )
+QV___FAMILY( PriorityMap, QV_PRIORITY_MAP, freeMap, compareMaps, nullptr )
+
+/* Creation ------------------------------------------------------------------------------------------------------- */
+
+QV_PRIORITY_MAP *qvPriorityMapCreate( void )
+{
+    return createMap( qvDictCreate(), qvDictCreate() );
+}
+
+QV_PRIORITY_MAP *qvPriorityMapCreateFrom( QV_PRIORITY_MAP *map )
+{
+    QV_CHECK( map );
+    return createMap( qv::retain( map->byPriority ), qv::retain( map->byObject ) );
+}
+
+void qvPriorityMapClear( QV_PRIORITY_MAP **map )
+{
+    QV_CHECK( map );
+    QV_CHECK( *map );
+
+    qv::assign( map, qvPriorityMapCreate() );
+}
+
+/* Reading -------------------------------------------------------------------------------------------------------- */
+
+QV_INT qvPriorityMapLength( QV_PRIORITY_MAP *map )
+{
+    QV_CHECK( map );
+    return map->byPriority->length;
+}
+
+QV_INT qvPriorityMapPriorityAt( QV_PRIORITY_MAP *map, QV_INT idx )
+{
+    QV_CHECK( map );
+
+    qv::Ref< QV_OBJ > entry( qvDictKeyAt( map->byPriority, idx ) );
+    return entryOf( entry )->priority;
+}
+
+QV_OBJ *qvPriorityMapValueAt( QV_PRIORITY_MAP *map, QV_INT idx )
+{
+    QV_CHECK( map );
+    return qvDictValueAt( map->byPriority, idx );
+}
+
+QV_VECTOR *qvPriorityMapValuesVector( QV_PRIORITY_MAP *map )
+{
+    QV_CHECK( map );
+    return qvDictValuesVector( map->byPriority );
+}
+
+QV_BOOL qvPriorityMapHas( QV_PRIORITY_MAP *map, QV_OBJ *obj )
+{
+    QV_CHECK( map );
+    QV_CHECK( obj );
+
+    return qvDictHasObjKey( map->byObject, obj );
+}
+
+QV_INT qvPriorityMapIndexOf( QV_PRIORITY_MAP *map, QV_OBJ *obj )
+{
+    QV_CHECK( map );
+    QV_CHECK( obj );
+
+    QV_INT idx = qvDictIndexOfObjKey( map->byObject, obj );
+    return idx == -1 ? -1 : qvDictIndexOfObjKey( map->byPriority, map->byObject->items[idx].val );
+}
+
+QV_OBJ *qvPriorityMapHighest( QV_PRIORITY_MAP *map, QV_INT *priority )
+{
+    QV_CHECK( map );
+    return neighbour( map, map->byPriority->length - 1, priority );
+}
+
+QV_OBJ *qvPriorityMapLowest( QV_PRIORITY_MAP *map, QV_INT *priority )
+{
+    QV_CHECK( map );
+    return neighbour( map, 0, priority );
+}
+
+QV_OBJ *qvPriorityMapHigher( QV_PRIORITY_MAP *map, QV_OBJ *obj, QV_INT *priority )
+{
+    QV_INT idx = qvPriorityMapIndexOf( map, obj );
+    return neighbour( map, idx == -1 ? -1 : idx + 1, priority );
+}
+
+QV_OBJ *qvPriorityMapLower( QV_PRIORITY_MAP *map, QV_OBJ *obj, QV_INT *priority )
+{
+    QV_INT idx = qvPriorityMapIndexOf( map, obj );
+    return neighbour( map, idx - 1, priority );
+}
+
+/* Changing ------------------------------------------------------------------------------------------------------- */
+
+void qvPriorityMapSet( QV_PRIORITY_MAP **map, QV_INT priority, QV_OBJ *obj )
+{
+    QV_CHECK( map );
+    QV_CHECK( *map );
+    QV_CHECK( obj );
+
+    // Where the object is the map itself, it goes in as it was: this makes it shared.
+    qv::Ref< QV_OBJ > held = qv::Ref< QV_OBJ >::share( qv::obj( *map ) == obj ? obj : nullptr );
+    qv::makePrivate( map, qvPriorityMapCreateFrom );
+
+    QV_PRIORITY_MAP *own = *map;
+    QV_INT           idx = qvDictIndexOfObjKey( own->byObject, obj );
+
+    if( idx != -1 )
+    {
+        if( entryOf( own->byObject->items[idx].val )->priority == priority )
+            return;
+
+        take( own, idx );
+    }
+
+    qv::Ref< Entry > entry( createEntry( priority, obj ) );
+    qvDictSetObjKey( &own->byPriority, entry, obj );
+    qvDictSetObjKey( &own->byObject, obj, entry );
+}
+
+void qvPriorityMapDel( QV_PRIORITY_MAP **map, QV_OBJ *obj )
+{
+    QV_CHECK( map );
+    QV_CHECK( *map );
+    QV_CHECK( obj );
+
+    QV_INT idx = qvDictIndexOfObjKey( (*map)->byObject, obj );
+
+    if( idx == -1 )
+        return;
+
+    qv::makePrivate( map, qvPriorityMapCreateFrom );
+    take( *map, idx );
+}
+
+void qvPriorityMapDelAt( QV_PRIORITY_MAP **map, QV_INT idx )
+{
+    QV_CHECK( map );
+    QV_CHECK( *map );
+
+    qv::makePrivate( map, qvPriorityMapCreateFrom );
+
+    QV_PRIORITY_MAP  *own = *map;
+    qv::Ref< QV_OBJ > object( qvDictValueAt( own->byPriority, idx ) );
+    qvDictDelAt( &own->byPriority, idx );
+    qvDictDelObjKey( &own->byObject, object );
+}

@@ -1,0 +1,44 @@
+#include "qv/base/qv_enum.h"
+#include "qv/base/qv_thread.h"
+#include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_ref.h"
+
+namespace
+{
+QV_ENUM *qv___ThreadPriorityEnum = nullptr;
+} // namespace
+
+void qv___ThreadPriorityStartup( void )
+{
+    qv___ThreadPriorityEnum = nullptr;
+    qv___ThreadPriorityEnum = qvEnumCreate();
+
+#define PRIORITY( NAME ) qvEnumSetEnumerantCstr( &qv___ThreadPriorityEnum, #NAME, -1, NAME )
+
+    PRIORITY( QV_THREAD_PRIORITY_IDLE );
+    PRIORITY( QV_THREAD_PRIORITY_LOWEST );
+    PRIORITY( QV_THREAD_PRIORITY_LOW );
+    PRIORITY( QV_THREAD_PRIORITY_NORMAL );
+    PRIORITY( QV_THREAD_PRIORITY_HIGH );
+    PRIORITY( QV_THREAD_PRIORITY_HIGHEST );
+    PRIORITY( QV_THREAD_PRIORITY_CRITICAL );
+
+#undef PRIORITY
+}
+
+void qv___ThreadPriorityShutdown( void )
+{
+    qv::drop( qv___ThreadPriorityEnum );
+}
+
+QV_INT qvThreadPriorityFromString( QV_STRING *qvs )
+{
+    QV_CHECK( qvs );
+    return qvEnumParse( qv___ThreadPriorityEnum, qvs );
+}
+
+QV_STRING *qvThreadPriorityToString( QV_INT prio )
+{
+    QV_CHECK( QV_THREAD_PRIORITY_OK( prio ) );
+    return qvEnumGenerate( qv___ThreadPriorityEnum, prio );
+}
