@@ -53,9 +53,9 @@ QV_API QV_TIME *qvTimeTryCreateFromTimeT( time_t t );
 
         [UTC] year[-month[-day]] [hour[:minute[:second]]] [(weekday)]
 
-    The parts stand apart by white space. The year is a decimal number, the month a number or an English name in full
-    or of three letters, the weekday an English name in full; case doesn't count. What is left out is the first month,
-    the first day and midnight. The date must exist and the weekday must be its weekday. */
+    The parts stand apart by white space, a fourth one by a single character. The year is a decimal number, the month a
+    number or an English name in full or of three letters, the weekday an English name in full; case doesn't count. What
+    is left out is the first month, the first day and midnight. The date must exist and the weekday must be its own. */
 QV_API QV_TIME *qvTimeTryCreateFromString( QV_STRING *from );
 
 /* Fields --------------------------------------------------------------------------------------------------------- */

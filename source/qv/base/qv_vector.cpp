@@ -4,6 +4,7 @@
 #include "qv/base/qv_boxed_int.h"
 #include "qv/base/qv_boxed_null.h"
 #include "qv/base/qv_boxed_real.h"
+#include "qv/base/qv_random.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_component_private.h"
@@ -850,6 +851,28 @@ void qvVectorReverse( QV_VECTOR **vec )
 
     qv::makePrivate( vec, qvVectorCreateFrom );
     std::reverse( qv::objs( *vec ), qv::objs( *vec ) + (*vec)->length );
+}
+
+void qvVectorShuffle( QV_VECTOR **vec )
+{
+    QV_CHECK( vec );
+    QV_CHECK( *vec );
+
+    if( (*vec)->length < 2 )
+        return;
+
+    qv::makePrivate( vec, qvVectorCreateFrom );
+    QV_OBJ **objs = qv::objs( *vec );
+    QV_INT   last = (*vec)->length - 1;
+
+    // What is drawn goes behind what has been drawn; the rest keeps its order.
+    for( QV_INT i = 0; i < last; i++ )
+    {
+        QV_INT  drawn = i + qvRandomNonNegativeIntRange( 0, last - i );
+        QV_OBJ *obj   = objs[drawn];
+        moveObjs( objs + i + 1, objs + i, drawn - i );
+        objs[i] = obj;
+    }
 }
 
 void qvVectorStringize( QV_VECTOR **vec )

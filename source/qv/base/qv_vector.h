@@ -191,6 +191,9 @@ QV_API QV_OBJ *qvVectorUnshift( QV_VECTOR **vec );
 /** Puts the elements in the opposite order. */
 QV_API void qvVectorReverse( QV_VECTOR **vec );
 
+/** Puts the elements in a random order, by qv_random.h. The time grows with the square of the length. */
+QV_API void qvVectorShuffle( QV_VECTOR **vec );
+
 /** Replaces each element by its text. */
 QV_API void qvVectorStringize( QV_VECTOR **vec );
 

@@ -71,6 +71,9 @@ QV_API QV_INT     qvRuntimeVersionProductVersionMinor( void );
 QV_API QV_INT     qvRuntimeVersionProductVersionRelease( void );
 QV_API QV_STRING *qvRuntimeVersionProductVersion( void );
 
+/** When the product was built, as a new Time. */
+QV_API QV_TIME *qvRuntimeVersionProductBuildTime( void );
+
 /** The texts about the application that the start was given: new texts, or null. */
 QV_API QV_STRING *qvRuntimeVersionApplicationIdentifier( void );
 QV_API QV_STRING *qvRuntimeVersionApplicationFriendlyName( void );
@@ -192,7 +195,7 @@ QV_API QV_BOOL    qvRuntimeHasComputerName( void );
 QV_API QV_BOOL    qvRuntimeHasOperatingSystemInfo( void );
 QV_API QV_BOOL    qvRuntimeHasCpuInfo( void );
 
-/** All of the above as a new document. */
+/** All of the above, and when the library was started, as a new document. */
 QV_API QV_STORE *qvRuntimeInfo( void );
 
 #endif

@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_store.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_time_private.h"
 #include "qv/runtime/qv_ref.h"
 
 namespace
@@ -13,6 +14,12 @@ void set( QV_STORE **store, const char *key, QV_STRING *owned )
 
     if( value )
         qvStoreSetValueCstr( store, key, -1, value );
+}
+
+// Sets the text of an object that the call takes over.
+void setObj( QV_STORE **store, const char *key, QV_OBJ *owned )
+{
+    set( store, key, qvStringCreateFromFormatCstr( "%~o", -1, owned ) );
 }
 } // namespace
 
@@ -29,12 +36,14 @@ QV_STORE *qvRuntimeInfo( void )
     qvStoreSetValueIntCstr( store.at(), "versionMajor", -1, qvRuntimeVersionProductVersionMajor() );
     qvStoreSetValueIntCstr( store.at(), "versionMinor", -1, qvRuntimeVersionProductVersionMinor() );
     qvStoreSetValueIntCstr( store.at(), "versionRelease", -1, qvRuntimeVersionProductVersionRelease() );
+    setObj( store.at(), "buildTime", qv::obj( qvRuntimeVersionProductBuildTime() ) );
     set( store.at(), "applicationIdentifier", qvRuntimeVersionApplicationIdentifier() );
     set( store.at(), "applicationFriendlyName", qvRuntimeVersionApplicationFriendlyName() );
     set( store.at(), "applicationVersion", qvRuntimeVersionApplicationVersion() );
     set( store.at(), "computerName", qvRuntimeComputerName() );
     set( store.at(), "operatingSystemInfo", qvRuntimeOperatingSystemInfo() );
     set( store.at(), "cpuInfo", qvRuntimeCpuInfo() );
+    setObj( store.at(), "startTime", qv::obj( qv___TimeStarted() ) );
 
     return store.give();
 }

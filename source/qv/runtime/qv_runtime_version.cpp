@@ -1,7 +1,9 @@
 #include "qv/runtime/qv_runtime_private.h"
 
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_time.h"
 #include "qv/runtime/qv_module_private.h"
+#include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime.h"
 
 #include <stdlib.h>
@@ -130,6 +132,15 @@ QV_STRING *qvRuntimeVersionProductVersion( void )
     return qvStringCreateFromFormatCstr(
         "%i.%i.%i", -1, qvRuntimeVersionProductVersionMajor(), qvRuntimeVersionProductVersionMinor(),
         qvRuntimeVersionProductVersionRelease() );
+}
+
+QV_TIME *qvRuntimeVersionProductBuildTime( void )
+{
+    qv::Ref< QV_STRING > text( qvStringCreateFromCstr( qv___module_record.productBuildTime, -1 ) );
+    QV_TIME             *tm = qvTimeTryCreateFromString( text );
+    QV_CHECK( tm );
+
+    return tm;
 }
 
 QV_STRING *qvRuntimeVersionApplicationIdentifier( void )

@@ -1,6 +1,9 @@
 #include "qv/sys/qv_abort.h"
 
+#include "qv/base/qv_random.h"
+#include "qv/base/qv_string.h"
 #include "qv/runtime/qv_module_private.h"
+#include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort_private.h"
@@ -95,10 +98,28 @@ void writeSignal( FILE *stream, const siginfo_t *siginfo )
     if( signal == SIGBUS || signal == SIGFPE || signal == SIGILL || signal == SIGSEGV )
         fprintf( stream, "    Address   : %p\n", siginfo->si_addr );
 }
+
+// The report of this process gets a name of its own, once, while there is everything to make it with.
+void setFilename()
+{
+    qv::Ref< QV_STRING > qvs( qvRuntimePath( QV_RUNTIME_PATH_DATA_ABORT ) );
+
+    if( !qvs )
+        return;
+
+    QV_CHECK_AS( qvStringEndsWithChar( qvs, U'/' ), "qvStringEndsWithChar( qvs, QV_CHAR_SOLIDUS )" );
+    qvStringAppendFormatCstr(
+        qvs.at(), "%~s-%~s-%~s-%~s-%0!16i.txt", -1, qvRuntimeVersionProductName(), qvRuntimeVersionProductVersion(),
+        qvRuntimeOsToIdentifier( qvRuntimeOs() ), qvRuntimeHardwareToIdentifier( qvRuntimeHardware() ),
+        qvRandomNonNegativeInt() );
+    qv___AbortFilename = qvStringConvertToCstr( qvs, QV_TRUE, nullptr );
+}
 } // namespace
 
 void qv___AbortStartup( void )
 {
+    setFilename();
+
     if( qvRuntimeFlags() & QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS )
         return;
 

@@ -1,0 +1,162 @@
+#include "qv/base/qv_generation.h"
+
+#include "qv/base/qv_generation_private.h"
+#include "qv/base/qv_monitor_private.h"
+#include "qv/base/qv_string.h"
+#include "qv/base/qv_vector.h"
+#include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_int.h"
+
+namespace
+{
+QV_MONITOR *qv___GenerationMonitor          = nullptr; // guards the number
+QV_INT      qv___GenerationGenerationNumber = 0;       // that the next root gets
+
+// Takes over `parent`, which may be null, and `path`, and ends the path with `number`.
+QV_GENERATION *create( QV_GENERATION *parent, QV_VECTOR *path, QV_INT number )
+{
+    QV_GENERATION *generation         = qv::create< QV_GENERATION >( qvGenerationSort() );
+    generation->parent                = parent;
+    generation->monitor               = qvMonitorCreate();
+    generation->childGenerationNumber = 0;
+    generation->path                  = path;
+    qvVectorAppendInt( &generation->path, number );
+
+    return generation;
+}
+
+void free( QV_OBJ *thisObj )
+{
+    QV_GENERATION *generation = qvGenerationFrom( thisObj );
+    qv::drop( generation->parent );
+    qv::drop( generation->monitor );
+    qv::drop( generation->path );
+}
+
+QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+{
+    QV_CHECK( thisObj );
+    QV_CHECK( thatObj );
+
+    return qvObjCompare( qv::obj( qvGenerationFrom( thisObj )->path ), qv::obj( qvGenerationFrom( thatObj )->path ) );
+}
+
+QV_STRING *toString( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+
+    QV_VECTOR           *path = qvGenerationFrom( thisObj )->path;
+    qv::Ref< QV_STRING > text( qvStringCreate() );
+
+    for( QV_INT i = 0; i < qvVectorLength( path ); i++ )
+        qvStringAppendFormatCstr( text.at(), i == 0 ? "%~o" : ":%~o", -1, qvVectorObjAt( path, i ) );
+
+    return text.give();
+}
+} // namespace
+
+QV___FAMILY( Generation, QV_GENERATION, free, compare, toString )
+
+void qv___GenerationStartup( void )
+{
+    qv___GenerationMonitor          = qvMonitorCreate();
+    qv___GenerationGenerationNumber = 0;
+}
+
+void qv___GenerationShutdown( void )
+{
+    qv::drop( qv___GenerationMonitor );
+}
+
+QV_GENERATION *qvGenerationCreate( void )
+{
+    QV_INT number;
+
+    {
+        qv::HeldMonitor held( qv___GenerationMonitor );
+        QV_CHECK( QV_INT_ADD_OK( qv___GenerationGenerationNumber, 1 ) );
+        number = qv___GenerationGenerationNumber++;
+    }
+
+    return create( nullptr, qvVectorCreate(), number );
+}
+
+QV_GENERATION *qvGenerationCreateWithParent( QV_GENERATION *parentGeneration )
+{
+    QV_CHECK( parentGeneration );
+
+    QV_INT number;
+
+    {
+        qv::HeldMonitor held( parentGeneration->monitor );
+        QV_CHECK( QV_INT_ADD_OK( parentGeneration->childGenerationNumber, 1 ) );
+        number = parentGeneration->childGenerationNumber++;
+    }
+
+    return create( qv::retain( parentGeneration ), qv::retain( parentGeneration->path ), number );
+}
+
+QV_GENERATION *qvGenerationParent( QV_GENERATION *generation )
+{
+    QV_CHECK( generation );
+    return generation->parent ? qv::retain( generation->parent ) : nullptr;
+}
+
+QV_BOOL qvGenerationHasParent( QV_GENERATION *generation )
+{
+    QV_CHECK( generation );
+    return generation->parent ? QV_TRUE : QV_FALSE;
+}
+
+QV_BOOL qvGenerationIsParent( QV_GENERATION *generation, QV_GENERATION *otherGeneration )
+{
+    QV_CHECK( generation );
+    QV_CHECK( otherGeneration );
+
+    return otherGeneration->parent == generation ? QV_TRUE : QV_FALSE;
+}
+
+QV_BOOL qvGenerationIsChild( QV_GENERATION *generation, QV_GENERATION *otherGeneration )
+{
+    QV_CHECK( generation );
+    QV_CHECK( otherGeneration );
+
+    return qvGenerationIsParent( otherGeneration, generation );
+}
+
+QV_BOOL qvGenerationIsAncestor( QV_GENERATION *generation, QV_GENERATION *otherGeneration )
+{
+    QV_CHECK( generation );
+    QV_CHECK( otherGeneration );
+
+    for( QV_GENERATION *step = otherGeneration->parent; step; step = step->parent )
+        if( step == generation )
+            return QV_TRUE;
+
+    return QV_FALSE;
+}
+
+QV_BOOL qvGenerationIsDescendant( QV_GENERATION *generation, QV_GENERATION *otherGeneration )
+{
+    QV_CHECK( generation );
+    QV_CHECK( otherGeneration );
+
+    return qvGenerationIsAncestor( otherGeneration, generation );
+}
+
+QV_BOOL qvGenerationIsOlder( QV_GENERATION *genA, QV_GENERATION *genB )
+{
+    QV_CHECK( genA );
+    QV_CHECK( genB );
+
+    return qvGenerationCompare( genA, genB ) < 0 ? QV_TRUE : QV_FALSE;
+}
+
+QV_BOOL qvGenerationIsYounger( QV_GENERATION *genA, QV_GENERATION *genB )
+{
+    QV_CHECK( genA );
+    QV_CHECK( genB );
+
+    return qvGenerationCompare( genA, genB ) > 0 ? QV_TRUE : QV_FALSE;
+}

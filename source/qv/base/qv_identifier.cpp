@@ -1,0 +1,111 @@
+#include "qv/base/qv_identifier.h"
+
+#include "qv/base/qv_buffer.h"
+#include "qv/base/qv_random.h"
+#include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
+#include "qv/charset/qv_charset.h"
+#include "qv/runtime/qv_ref.h"
+
+struct QV_IDENTIFIER : QV_OBJ
+{
+    QV_STRING *text; // 32 of 0-9 and A-F
+};
+
+namespace
+{
+const QV_INT BYTES  = 16;
+const QV_INT DIGITS = 2 * BYTES;
+
+bool isDigit( QV_CHAR ch )
+{
+    return ( ch >= U'0' && ch <= U'9' ) || ( ch >= U'A' && ch <= U'F' );
+}
+
+// Takes over the text.
+QV_IDENTIFIER *create( QV_STRING *text )
+{
+    QV_IDENTIFIER *ident = qv::create< QV_IDENTIFIER >( qvIdentifierSort() );
+    ident->text          = text;
+
+    return ident;
+}
+
+void free( QV_OBJ *thisObj )
+{
+    qv::drop( qvIdentifierFrom( thisObj )->text );
+}
+
+QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+{
+    QV_CHECK( thisObj );
+    QV_CHECK( thatObj );
+
+    return qvObjCompare( qv::obj( qvIdentifierFrom( thisObj )->text ), qv::obj( qvIdentifierFrom( thatObj )->text ) );
+}
+
+QV_STRING *toString( QV_OBJ *thisObj )
+{
+    QV_CHECK( thisObj );
+    return qv::retain( qvIdentifierFrom( thisObj )->text );
+}
+} // namespace
+
+QV___FAMILY( Identifier, QV_IDENTIFIER, free, compare, toString )
+
+QV_IDENTIFIER *qvIdentifierCreate( void )
+{
+    static const char32_t HEX[] = U"0123456789ABCDEF";
+
+    uint8_t bytes[BYTES];
+    QV_CHAR chs[DIGITS];
+    qvRandomBytes( bytes, BYTES );
+
+    for( QV_INT i = 0; i < BYTES; i++ )
+    {
+        chs[2 * i]     = HEX[bytes[i] >> 4];
+        chs[2 * i + 1] = HEX[bytes[i] & 15];
+    }
+
+    return create( qvStringCreateFromCharsCopy( chs, DIGITS ) );
+}
+
+QV_IDENTIFIER *qvIdentifierTryCreateFromString( QV_STRING *qvs )
+{
+    QV_CHECK( qvs );
+
+    if( qvs->length != DIGITS )
+        return nullptr;
+
+    for( QV_INT i = 0; i < DIGITS; i++ )
+        if( !isDigit( qv::chars( qvs )[i] ) )
+            return nullptr;
+
+    return create( qv::retain( qvs ) );
+}
+
+QV_IDENTIFIER *qvIdentifierTryCreateFromBuffer( QV_BUFFER *buffer )
+{
+    QV_CHECK( buffer );
+    qv::Ref< QV_STRING > text( qvCharsetBufferToString( QV_CHARSET_ASCII, buffer ) );
+
+    return text ? qvIdentifierTryCreateFromString( text ) : nullptr;
+}
+
+QV_BUFFER *qvIdentifierBuffer( QV_IDENTIFIER *ident )
+{
+    QV_CHECK( ident );
+
+    uint8_t bytes[DIGITS];
+
+    for( QV_INT i = 0; i < DIGITS; i++ )
+        bytes[i] = static_cast< uint8_t >( qv::chars( ident->text )[i] );
+
+    return qvBufferCreateFromBytesCopy( bytes, DIGITS );
+}
+
+QV_STRING *qvIdentifierString( QV_IDENTIFIER *ident )
+{
+    QV_CHECK( ident );
+    return qv::retain( ident->text );
+}
