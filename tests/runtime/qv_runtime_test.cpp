@@ -2,11 +2,15 @@
 #include "qv_test_support.h"
 
 #include "qv/base/qv_store.h"
+#include "qv/base/qv_time.h"
+#include "qv/base/qv_time_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_runtime.h"
+#include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort_private.h"
 #include "qv/sys/qv_mem.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <cstring>
@@ -442,17 +446,28 @@ TEST( Runtime, TheComputerIsDescribed )
 
 TEST( Runtime, TheSummaryIsADocument )
 {
-    // The lines come in the order of their addresses.
+    // The lines come in the order of their addresses. The two times, which change, are left out if they are right.
     auto summary = []
     {
         Ref< QV_STORE >  store( qvRuntimeInfo() );
         Ref< QV_VECTOR > lines( qvStoreEncodeToStringVector( store ) );
+        Ref< QV_TIME >   built( qvRuntimeVersionProductBuildTime() );
+        Ref< QV_TIME >   started( qv___TimeStarted() );
+        std::string      times[] = { "buildTime=" + textOf( built.get() ), "startTime=" + textOf( started.get() ) };
         std::string      result;
 
         for( QV_INT i = 0; i < qvVectorLength( lines ); i++ )
-            result += take( qvStringFrom( qvVectorObjAt( lines, i ) ) ) + "\n";
+        {
+            std::string line = take( qvStringFrom( qvVectorObjAt( lines, i ) ) );
+            size_t      time = static_cast< size_t >( std::find( times, times + 2, line ) - times );
 
-        return result;
+            if( time == 2 )
+                result += line + "\n";
+            else
+                times[time].clear();
+        }
+
+        return times[0] + times[1] + result;
     };
     std::string application = "applicationFriendlyName=My Application\napplicationIdentifier=my-app\n"
                               "applicationVersion=1.2\n";
@@ -466,6 +481,10 @@ TEST( Runtime, TheSummaryIsADocument )
                           + "\nversion=4.0.19\nversionMajor=4\nversionMinor=0\nversionRelease=19\n";
 
     EXPECT_EQ( computer + product, summary() );
+
+    Ref< QV_TIME > built( qvRuntimeVersionProductBuildTime() );
+    EXPECT_EQ( qv___RuntimeVersionProductBuildTimeCstr(), textOf( built.get() ) );
+
     EXPECT_EQ(
         application + computer + product, inRun(
                                               [&]
@@ -535,7 +554,9 @@ TEST( Runtime, StartAndStopLeaveNothingBehind )
             // With everything that a run may have been given.
             auto restartWithAll = []( QV_INT flags )
             {
-                qv___AbortFilename = static_cast< char * >( qvMemAlloc( 100 ) );
+                if( !qv___AbortFilename )
+                    qv___AbortFilename = static_cast< char * >( qvMemAlloc( 100 ) );
+
                 qvRuntimeShutdown();
                 qvRuntimeStartup( flags, nullptr, "my-app", "My Application", "1.2" );
             };

@@ -15,6 +15,7 @@
 #include <sys/mman.h>
 
 using namespace qv::test;
+using testing::AllOf;
 using testing::ContainsRegex;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -82,6 +83,7 @@ std::string fileText( const std::string &name )
 
 void writeReportsTo( const std::string &name )
 {
+    qvMemFree( qv___AbortFilename );
     qv___AbortFilename = static_cast< char * >( qvMemAlloc( static_cast< QV_INT >( name.size() ) + 1 ) );
     memcpy( qv___AbortFilename, name.c_str(), name.size() + 1 );
 }
@@ -307,4 +309,32 @@ TEST( Abort, ReportsNeedNoRunningLibrary )
     Ending signalled = inChild( [] { qvRuntimeShutdown(); raise( SIGBUS ); } );
     EXPECT_EQ( SIGBUS, signalled.signal );
     EXPECT_EQ( "", signalled.errors );
+}
+
+TEST( Abort, EachRunHasAFileOfItsOwn )
+{
+    std::string folder = scratch() + "reports/";
+    std::string begin  = folder + "morvane-4.0.19-debian10-"
+                        + take( qvRuntimeHardwareToIdentifier( qvRuntimeHardware() ) ) + "-";
+    std::string names[2];
+
+    for( std::string &name : names )
+    {
+        Ending ending = inChild(
+            [&folder]
+            {
+                setenv( "XZ_MORVANE_ABORT_PATH", folder.c_str(), 1 );
+                restart( 0 );
+                fprintf( stderr, "%s", qv___AbortFilename );
+                qv___Abort( nullptr, nullptr, 0, "into the file" );
+            } );
+        name = ending.errors.substr( 0, ending.errors.find( '\n' ) );
+
+        ASSERT_EQ( SIGABRT, ending.signal );
+        ASSERT_THAT( name, AllOf( StartsWith( begin ), EndsWith( ".txt" ) ) );
+        EXPECT_EQ( name.size() - 4, name.find_first_not_of( "0123456789abcdef", begin.size() ) );
+        EXPECT_THAT( fileText( name ), HasSubstr( "    Expression: into the file\n" ) );
+    }
+
+    EXPECT_NE( names[0], names[1] );
 }
