@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <random>
+#include <thread>
 
 namespace bench
 {
@@ -141,6 +142,10 @@ void add(
 int main( int argc, char **argv )
 {
     using namespace bench;
+
+    // The C++ library counts its references without locked instructions until a process has had a second thread. A
+    // program of the product always has one.
+    std::thread( [] {} ).join();
 
     qvRuntimeStartup( QV_RUNTIME_FLAG_MINIMAL, nullptr, nullptr, nullptr, nullptr );
 
