@@ -5,6 +5,7 @@
 #include "qv/runtime/qv_runtime.h"
 #include "qv/sys/qv_chars.h"
 
+#include <clocale>
 #include <cstdlib>
 #include <filesystem>
 
@@ -124,7 +125,11 @@ int main( int argc, char **argv )
         return 1;
 
     scratchFolder = pattern + "/";
-    setenv( "XZ_MORVANE_DATA_PATH", ( scratchFolder + "data" ).c_str(), 1 );
+    const char *dataPath = getenv( "QV_TEST_DATA_PATH" );
+    setenv( "XZ_MORVANE_DATA_PATH", dataPath ? dataPath : ( scratchFolder + "data" ).c_str(), 1 );
+
+    // Whatever locale the surroundings ask for, the library must not notice.
+    setlocale( LC_ALL, "" );
 
     testing::InitGoogleTest( &argc, argv );
     GTEST_FLAG_SET( death_test_style, "fast" );

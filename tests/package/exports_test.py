@@ -44,6 +44,12 @@ for file, allowed in (library, r"(libc|libm|ld-linux.*)\.so"), (executable, r"(l
 undefined = output("nm", "-D", "--undefined-only", library)
 problems += [f"undefined: {name}" for name in re.findall(r"\bqv\w+", undefined)]
 
+# Nothing runs at load or unload but what the C compiler's own start files bring: one entry each.
+for section in ".init_array", ".fini_array":
+    size = re.search(re.escape(section) + r"\s+\w+\s+\w+\s+\w+\s+(\w+)", output("readelf", "-S", "-W", library))
+    if size and int(size.group(1), 16) > 8:
+        problems.append(f"{section} has {int(size.group(1), 16) // 8} entries")
+
 if len(declared) < 1000:
     problems.append(f"only {len(declared)} declarations found: the headers were not read")
 
