@@ -23,6 +23,11 @@ void count( QV_OBJ * )
 {
     fired++;
 }
+
+void countAt( QV_OBJ *arg )
+{
+    ++*reinterpret_cast< QV_INT * >( qvBoxedIntValue( qvBoxedIntFrom( arg ) ) );
+}
 } // namespace
 
 TEST( Alert, IsSetAndUnsetAnyNumberOfTimes )
@@ -103,10 +108,8 @@ TEST( Alert, EveryTargetFiresOnceWhileOthersSetAndUnset )
                 {
                     QV_INT own = 0; // guarded by the alert, as the thread sanitizer can tell
                     Ref    arg( qvBoxedIntCreate( reinterpret_cast< QV_INT >( &own ) ) );
-                    Ref    alertable( qvAlertableCreate(
-                        []( QV_OBJ *to ) { ++*reinterpret_cast< QV_INT * >( qvBoxedIntValue( qvBoxedIntFrom( to ) ) ); },
-                        qvBoxedIntObj( arg ) ) );
-                    Ref open( qvBarrierCreate( QV_TRUE ) );
+                    Ref    alertable( qvAlertableCreate( countAt, qvBoxedIntObj( arg ) ) );
+                    Ref    open( qvBarrierCreate( QV_TRUE ) );
                     qvAlertAddAlertable( alert, alertable );
                     qvAlertAddBarrier( alert, open );
                     qvBarrierPass( open ); // some setting reaches both, the alertable first

@@ -22,71 +22,42 @@ using namespace qv::test;
 
 namespace
 {
-struct SignalFamily
-{
-    using Event  = QV_SIGNAL;
-    using Other  = QV_ALERT;
-    using Handle = QV_SIGNALABLE;
+// The functions of one family of events, of which the other one is targets of another kind.
+#define EVENT_FAMILY( Self, SELF, Another, fireName, happenedName, otherHappenedName, eventName, handleName )          \
+    struct Self##Family                                                                                                \
+    {                                                                                                                  \
+        using Event  = QV_##SELF;                                                                                      \
+        using Handle = QV_##SELF##ABLE;                                                                                \
+                                                                                                                       \
+        static constexpr auto create        = qv##Self##Create;                                                        \
+        static constexpr auto fire          = qv##Self##fireName;                                                      \
+        static constexpr auto happened      = qv##Self##happenedName;                                                  \
+        static constexpr auto otherHappened = qv##Another##otherHappenedName;                                          \
+        static constexpr auto createOther   = qv##Another##Create;                                                     \
+        static constexpr auto wait          = qv##Self##Wait;                                                          \
+        static constexpr auto waitTimed     = qv##Self##WaitTimed;                                                     \
+        static constexpr auto add           = qv##Self##Add##Self##able;                                               \
+        static constexpr auto del           = qv##Self##Del##Self##able;                                               \
+        static constexpr auto addSame       = qv##Self##Add##Self;                                                     \
+        static constexpr auto delSame       = qv##Self##Del##Self;                                                     \
+        static constexpr auto addOther      = qv##Self##Add##Another;                                                  \
+        static constexpr auto delOther      = qv##Self##Del##Another;                                                  \
+        static constexpr auto addBarrier    = qv##Self##AddBarrier;                                                    \
+        static constexpr auto delBarrier    = qv##Self##DelBarrier;                                                    \
+        static constexpr auto handle        = qv##Self##ableCreate;                                                    \
+        static constexpr auto otherHandle   = qv##Another##ableCreate;                                                 \
+        static constexpr auto handleBarrier = qv##Self##ableCreateBarrier;                                             \
+        static constexpr auto handleCondset = qv##Self##ableCreateCondset;                                             \
+        static constexpr auto handleSignal  = qv##Self##ableCreateSignal;                                              \
+        static constexpr auto handleAlert   = qv##Self##ableCreateAlert;                                               \
+        static constexpr auto handleFire    = qv___##Self##able##Self;                                                 \
+        static constexpr auto addToOther    = qv##Another##Add##Another##able;                                         \
+        static constexpr auto event         = eventName;                                                               \
+        static constexpr auto target        = handleName;                                                              \
+    };
 
-    static constexpr auto create        = qvSignalCreate;
-    static constexpr auto createOther   = qvAlertCreate;
-    static constexpr auto fire          = qvSignalAssert;
-    static constexpr auto happened      = qvSignalAsserted;
-    static constexpr auto otherHappened = qvAlertIsSet;
-    static constexpr auto wait          = qvSignalWait;
-    static constexpr auto waitTimed     = qvSignalWaitTimed;
-    static constexpr auto add           = qvSignalAddSignalable;
-    static constexpr auto del           = qvSignalDelSignalable;
-    static constexpr auto addSame       = qvSignalAddSignal;
-    static constexpr auto delSame       = qvSignalDelSignal;
-    static constexpr auto addOther      = qvSignalAddAlert;
-    static constexpr auto delOther      = qvSignalDelAlert;
-    static constexpr auto addBarrier    = qvSignalAddBarrier;
-    static constexpr auto delBarrier    = qvSignalDelBarrier;
-    static constexpr auto handle        = qvSignalableCreate;
-    static constexpr auto handleBarrier = qvSignalableCreateBarrier;
-    static constexpr auto handleCondset = qvSignalableCreateCondset;
-    static constexpr auto handleSignal  = qvSignalableCreateSignal;
-    static constexpr auto handleAlert   = qvSignalableCreateAlert;
-    static constexpr auto handleFire    = qv___SignalableSignal;
-    static constexpr auto addToOther    = qvAlertAddAlertable;
-    static constexpr auto otherHandle   = qvAlertableCreate;
-    static constexpr auto event         = "sig";
-    static constexpr auto target        = "sigb";
-};
-
-struct AlertFamily
-{
-    using Event  = QV_ALERT;
-    using Other  = QV_SIGNAL;
-    using Handle = QV_ALERTABLE;
-
-    static constexpr auto create        = qvAlertCreate;
-    static constexpr auto createOther   = qvSignalCreate;
-    static constexpr auto fire          = qvAlertSet;
-    static constexpr auto happened      = qvAlertIsSet;
-    static constexpr auto otherHappened = qvSignalAsserted;
-    static constexpr auto wait          = qvAlertWait;
-    static constexpr auto waitTimed     = qvAlertWaitTimed;
-    static constexpr auto add           = qvAlertAddAlertable;
-    static constexpr auto del           = qvAlertDelAlertable;
-    static constexpr auto addSame       = qvAlertAddAlert;
-    static constexpr auto delSame       = qvAlertDelAlert;
-    static constexpr auto addOther      = qvAlertAddSignal;
-    static constexpr auto delOther      = qvAlertDelSignal;
-    static constexpr auto addBarrier    = qvAlertAddBarrier;
-    static constexpr auto delBarrier    = qvAlertDelBarrier;
-    static constexpr auto handle        = qvAlertableCreate;
-    static constexpr auto handleBarrier = qvAlertableCreateBarrier;
-    static constexpr auto handleCondset = qvAlertableCreateCondset;
-    static constexpr auto handleSignal  = qvAlertableCreateSignal;
-    static constexpr auto handleAlert   = qvAlertableCreateAlert;
-    static constexpr auto handleFire    = qv___AlertableAlert;
-    static constexpr auto addToOther    = qvSignalAddSignalable;
-    static constexpr auto otherHandle   = qvSignalableCreate;
-    static constexpr auto event         = "al";
-    static constexpr auto target        = "alb";
-};
+EVENT_FAMILY( Signal, SIGNAL, Alert, Assert, Asserted, IsSet, "sig", "sigb" )
+EVENT_FAMILY( Alert, ALERT, Signal, Set, IsSet, Asserted, "al", "alb" )
 
 // What a callback leads to.
 struct Call
