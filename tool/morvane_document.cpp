@@ -2,8 +2,8 @@
 
 #include "morvane_tool.h"
 
+#include "qv/base/qv_boxed_bool.h"
 #include "qv/base/qv_boxed_int.h"
-#include "qv/base/qv_boxed_null.h"
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_store.h"
@@ -45,15 +45,39 @@ Ref< QV_STRING > lineEnd( QV_STRING *line )
     return Ref< QV_STRING >( qvStringCreateFromTrailing( line, lineEndLength( line ) ) );
 }
 
-// `path` with a dot behind it: what everything below it starts with.
-Ref< QV_STRING > prefixOf( QV_STRING *path )
+// Calls `visit` with "a" and "a.b" for the path "a.b.c", or with "a." and "a.b.".
+template< class Visit >
+void visitAbove( QV_STRING *path, bool withDot, const Visit &visit )
 {
-    Ref< QV_STRING > prefix = Ref< QV_STRING >::share( path );
-    qvStringAppendChar( prefix.at(), U'.' );
+    for( QV_INT dot = qvStringFindChar( path, 0, U'.' ); dot >= 0; dot = qvStringFindChar( path, dot + 1, U'.' ) )
+        visit( Ref< QV_STRING >( qvStringCreateFromLeading( path, withDot ? dot + 1 : dot ) ) );
+}
 
-    return prefix;
+// True if a store has what a line with this path makes: a value or, with a dot at the end, a sub-store.
+bool holds( QV_STORE *store, QV_STRING *path )
+{
+    Ref< QV_VECTOR > steps( qvStringSplitChar( path, U'.', -1 ) );
+    Ref< QV_STORE >  level = Ref< QV_STORE >::share( store );
+    QV_INT           last  = qvVectorLength( steps ) - 1;
+
+    for( QV_INT i = 0; i < last && level; i++ )
+        level.reset( qvStoreStore( level, wordAt( steps, i ) ) );
+
+    Ref< QV_STRING > step = wordAt( steps, last );
+
+    return level && ( qvStringLength( step ) == 0 || qvStoreHasValue( level, step ) );
 }
 } // namespace
+
+Document::~Document()
+{
+    for( QV_INT i = 0; i < count_; i++ )
+    {
+        Ref< QV_STRING > text( lines_[i].text ), path( lines_[i].path );
+    }
+
+    qvMemFree( lines_ );
+}
 
 bool Document::parse( QV_BUFFER *bytes )
 {
@@ -68,10 +92,6 @@ bool Document::parse( QV_BUFFER *bytes )
     const char *utf8 = static_cast< const char * >( static_cast< const void * >( qvBufferBacking( content ) ) );
     Ref< QV_STRING > text( qvStringCreateFromUtf8( utf8, qvBufferLength( content ) ) );
 
-    lines_.reset( qvVectorCreate() );
-    paths_.reset( qvVectorCreate() );
-    codes_.reset( qvVectorCreate() );
-
     const QV_CHAR *chs   = qvStringBacking( text );
     QV_INT         count = qvStringLength( text );
     QV_INT         start = 0;
@@ -85,7 +105,7 @@ bool Document::parse( QV_BUFFER *bytes )
             i++;
 
         Ref< QV_STRING > line( qvStringCreateFromInner( text, start, i + 1 - start ) );
-        insert( this->length(), line );
+        insert( last_, line );
         start = i + 1;
     }
 
@@ -99,27 +119,15 @@ Ref< QV_BUFFER > Document::bytes() const
     if( byteOrderMark_ )
         qvBufferAppendBytes( result.at(), BYTE_ORDER_MARK, sizeof( BYTE_ORDER_MARK ) );
 
-    for( QV_INT i = 0; i < length(); i++ )
+    for( QV_INT i = first_; i != NONE; i = lines_[i].next )
     {
-        Ref< QV_STRING > line = wordAt( lines_, i );
-        QV_INT           size;
-        char            *utf8 = qvStringConvertToUtf8( line, QV_FALSE, &size );
+        QV_INT size;
+        char  *utf8 = qvStringConvertToUtf8( lines_[i].text, QV_FALSE, &size );
         qvBufferAppendBytes( result.at(), reinterpret_cast< const uint8_t * >( utf8 ), size );
         qvMemFree( utf8 );
     }
 
     return result;
-}
-
-QV_INT Document::length() const
-{
-    return qvVectorLength( lines_ );
-}
-
-QV_INT Document::codeAt( QV_INT line ) const
-{
-    Ref< QV_BOXED_INT > code( qvBoxedIntFrom( qvVectorObjAt( codes_, line ) ) );
-    return qvBoxedIntValue( code );
 }
 
 bool Document::canHold( QV_STRING *path, QV_STRING *value )
@@ -139,174 +147,212 @@ bool Document::canHold( QV_STRING *path, QV_STRING *value )
 
 void Document::set( QV_STRING *path, QV_STRING *value )
 {
-    Ref< QV_STRING > canonical( qv___StoreEncodeLine( path, value ) );
-    QV_INT           at = findValue( path );
-
-    if( at < 0 )
+    if( !places_ )
     {
-        add( lastNeighbour( path ) + 1, canonical );
+        places_.reset( qvDictCreate() );
+
+        for( QV_INT i = first_; i != NONE; i = lines_[i].next )
+            index( i, NONE );
+    }
+
+    Ref< QV_STRING > canonical( qv___StoreEncodeLine( path, value ) );
+    QV_INT           at = placeOf( path );
+
+    if( at == NONE )
+    {
+        QV_INT previous = lastNeighbour( path );
+        index( add( previous, canonical ), previous );
         return;
     }
 
     // What stands in front of the value stays as it was written.
-    Ref< QV_STRING > old  = wordAt( lines_, at );
-    Ref< QV_STRING > line( qvStringCreateFromLeading( old, qvStringFindChar( old, 0, U'=' ) ) );
-    Ref< QV_STRING > end    = lineEnd( old );
-    QV_INT           equals = qvStringFindChar( canonical, 0, U'=' );
-    qvStringAppendInner( line.at(), canonical, equals, qvStringLength( canonical ) - equals );
-    qvStringAppend( line.at(), end );
-    qvVectorSetStringAt( lines_.at(), at, line );
+    QV_STRING      *&line      = lines_[at].text;
+    Ref< QV_STRING > end       = lineEnd( line );
+    QV_INT           oldEquals = qvStringFindChar( line, 0, U'=' );
+    QV_INT           equals    = qvStringFindChar( canonical, 0, U'=' );
+    qvStringDelTrailing( &line, qvStringLength( line ) - oldEquals );
+    qvStringAppendTrailing( &line, canonical, qvStringLength( canonical ) - equals );
+    qvStringAppend( &line, end );
 }
 
-bool Document::remove( QV_STRING *path )
+Ref< QV_VECTOR > Document::remove( QV_VECTOR *paths )
 {
-    Ref< QV_STRING > below = prefixOf( path );
-    bool             found = false;
+    Ref< QV_DICT > found( qvDictCreate() );
+    QV_INT         count = qvVectorLength( paths );
 
-    for( QV_INT i = length(); i > 0; i-- )
+    Ref< QV_BOXED_BOOL > no( qvBoxedBoolCreate( QV_FALSE ) );
+    Ref< QV_BOXED_BOOL > yes( qvBoxedBoolCreate( QV_TRUE ) );
+
+    for( QV_INT i = 0; i < count; i++ )
+        qvDictSetStringKey( found.at(), wordAt( paths, i ), qvBoxedBoolObj( no ) );
+
+    QV_INT *link = &first_;
+    last_        = NONE;
+
+    while( *link != NONE )
     {
-        Ref< QV_STRING > own = pathAt( i - 1 );
+        Line &line    = lines_[*link];
+        bool  deleted = false;
 
-        if( !own || !( qvStringEquals( own, path ) || qvStringBeginsWith( own, below ) ) )
-            continue;
-
-        qvVectorDelAt( lines_.at(), i - 1 );
-        qvVectorDelAt( paths_.at(), i - 1 );
-        qvVectorDelAt( codes_.at(), i - 1 );
-        found = true;
-    }
-
-    return found;
-}
-
-void Document::merge( QV_STORE *other )
-{
-    // All paths that the document has, each with every path above it.
-    Ref< QV_DICT >       present( qvDictCreate() );
-    Ref< QV_BOXED_NULL > mark( qvBoxedNullCreate() );
-
-    for( QV_INT i = 0; i < length(); i++ )
-    {
-        Ref< QV_STRING > path = pathAt( i );
-
-        if( !path )
-            continue;
-
-        qvDictSetStringKey( present.at(), path, qvBoxedNullObj( mark ) );
-
-        for( QV_INT dot = qvStringFindChar( path, 0, U'.' ); dot >= 0; dot = qvStringFindChar( path, dot + 1, U'.' ) )
+        if( line.path )
         {
-            Ref< QV_STRING > above( qvStringCreateFromLeading( path, dot + 1 ) );
-            qvDictSetStringKey( present.at(), above, qvBoxedNullObj( mark ) );
+            auto look = [&]( QV_STRING *path )
+            {
+                QV_INT idx = qvDictIndexOfStringKey( found, path );
+
+                if( idx < 0 )
+                    return;
+
+                qvDictSetValueAt( found.at(), idx, qvBoxedBoolObj( yes ) );
+                deleted = true;
+            };
+
+            visitAbove( line.path, false, look );
+            look( line.path );
+        }
+
+        if( deleted )
+        {
+            *link = line.next;
+        }
+        else
+        {
+            last_ = *link;
+            link  = &line.next;
         }
     }
 
-    Ref< QV_VECTOR > lines( qvStoreEncodeToStringVector( other ) );
+    places_.reset();
+    Ref< QV_VECTOR > missing( qvVectorCreate() );
 
-    for( QV_INT i = 0; i < qvVectorLength( lines ); i++ )
+    for( QV_INT i = 0; i < count; i++ )
     {
-        Ref< QV_STRING > line = wordAt( lines, i );
-        QV_STRING       *path = nullptr;
-        qv___StoreParseLine( line, &path, nullptr );
-        Ref< QV_STRING > ownPath( path );
+        Ref< QV_STRING > path = wordAt( paths, i );
+        Ref< QV_OBJ >    value( qvDictStringKey( found, path ) );
 
-        if( ownPath && !qvDictHasStringKey( present, ownPath ) )
-            add( length(), line );
-    }
-}
-
-// The path of a line, or nothing where it has none.
-Ref< QV_STRING > Document::pathAt( QV_INT line ) const
-{
-    Ref< QV_OBJ > path( qvVectorObjAt( paths_, line ) );
-
-    return qvObjSort( path ) == qvStringSort() ? Ref< QV_STRING >( qvStringFrom( path.give() ) ) : Ref< QV_STRING >();
-}
-
-// The last line that sets the value of a path, since that is the one that counts.
-QV_INT Document::findValue( QV_STRING *path ) const
-{
-    for( QV_INT i = length() - 1; i >= 0; i-- )
-    {
-        Ref< QV_STRING > own = pathAt( i );
-
-        if( own && codeAt( i ) == QV___STORE_LINE_VALUE && qvStringEquals( own, path ) )
-            return i;
+        if( value.get() != qvBoxedBoolObj( yes ) )
+            qvVectorAppendString( missing.at(), path );
     }
 
-    return -1;
+    return missing;
+}
+
+void Document::merge( QV_VECTOR *stores )
+{
+    Ref< QV_STORE > all( qvStoreTryDecodeFromTextBuffer( bytes() ) );
+
+    for( QV_INT i = 0; i < qvVectorLength( stores ); i++ )
+    {
+        Ref< QV_STORE >  other( qvStoreFrom( qvVectorObjAt( stores, i ) ) );
+        Ref< QV_VECTOR > lines( qvStoreEncodeToStringVector( other ) );
+
+        for( QV_INT j = 0; j < qvVectorLength( lines ); j++ )
+        {
+            Ref< QV_STRING > line = wordAt( lines, j );
+            Ref< QV_STRING > path;
+            qv___StoreParseLine( line, path.at(), nullptr );
+
+            if( !holds( all, path ) )
+                add( last_, line );
+        }
+
+        qvStoreMerge( all.at(), other );
+    }
+
+    places_.reset();
+}
+
+// The line that the index has for "a.b" or "a.", or NONE.
+QV_INT Document::placeOf( QV_STRING *key ) const
+{
+    Ref< QV_OBJ > boxed( qvDictStringKey( places_, key ) );
+
+    return boxed ? qvBoxedIntValue( qvBoxedIntFrom( boxed ) ) : NONE;
 }
 
 // The last line that shares the most levels with a path; the last line of all where none does.
 QV_INT Document::lastNeighbour( QV_STRING *path ) const
 {
-    Ref< QV_STRING > shared = Ref< QV_STRING >::share( path );
+    QV_INT result = last_;
 
-    for( ;; )
+    visitAbove( path, true, [&]( QV_STRING *above )
     {
-        QV_INT dot = qvStringFindCharFromRight( shared, -1, U'.' );
+        QV_INT place = placeOf( above );
+        result       = place == NONE ? result : place;
+    } );
 
-        if( dot < 0 )
-            return length() - 1;
-
-        qvStringDelTrailing( shared.at(), qvStringLength( shared ) - dot );
-        Ref< QV_STRING > prefix = prefixOf( shared );
-
-        for( QV_INT i = length() - 1; i >= 0; i-- )
-        {
-            Ref< QV_STRING > own = pathAt( i );
-
-            if( own && qvStringBeginsWith( own, prefix ) )
-                return i;
-        }
-    }
+    return result;
 }
 
-// Inserts a line as it stands.
-void Document::insert( QV_INT at, QV_STRING *line )
+// Enters a line in the index: one of all lines in their order, or a new one behind `previous`.
+void Document::index( QV_INT line, QV_INT previous )
 {
-    QV_STRING          *path = nullptr;
-    Ref< QV_BOXED_INT > code( qvBoxedIntCreate( qv___StoreParseLine( withoutLineEnd( line ), &path, nullptr ) ) );
-    Ref< QV_STRING >    ownPath( path );
+    QV_STRING *path = lines_[line].path;
 
-    qvVectorInsertString( lines_.at(), at, line );
-    qvVectorInsertObj( codes_.at(), at, qvBoxedIntObj( code ) );
+    if( !path )
+        return;
 
-    if( ownPath )
-        qvVectorInsertString( paths_.at(), at, ownPath );
-    else
-        qvVectorInsertNull( paths_.at(), at );
+    Ref< QV_BOXED_INT > boxed( qvBoxedIntCreate( line ) );
+
+    visitAbove( path, true, [&]( QV_STRING *above )
+    {
+        // Behind the line that was the last one of a sub-store, the new one is.
+        if( previous == NONE || placeOf( above ) == previous || placeOf( above ) == NONE )
+            qvDictSetStringKey( places_.at(), above, qvBoxedIntObj( boxed ) );
+    } );
+
+    if( !qvStringEndsWithChar( path, U'.' ) )
+        qvDictSetStringKey( places_.at(), path, qvBoxedIntObj( boxed ) );
+}
+
+// Inserts a line as it stands behind another one, or as the first one behind NONE.
+QV_INT Document::insert( QV_INT previous, QV_STRING *text )
+{
+    if( count_ == alloc_ )
+    {
+        alloc_ = alloc_ * 2 + 64;
+        lines_ = static_cast< Line * >( qvMemReallocN( lines_, alloc_, sizeof( Line ) ) );
+    }
+
+    QV_STRING *path = nullptr;
+    qv___StoreParseLine( withoutLineEnd( text ), &path, nullptr );
+
+    QV_INT &link   = previous == NONE ? first_ : lines_[previous].next;
+    lines_[count_] = { qv::retain( text ), path, link };
+    link           = count_;
+
+    if( last_ == previous )
+        last_ = count_;
+
+    return count_++;
 }
 
 // Inserts a line that has no line end yet: it gets the one that the line before it has.
-void Document::add( QV_INT at, QV_STRING *line )
+QV_INT Document::add( QV_INT previous, QV_STRING *text )
 {
-    Ref< QV_STRING > end( qvStringCreate() );
+    Ref< QV_STRING > end( qvStringCreateFromCstr( "\n", -1 ) );
 
-    if( at > 0 )
+    if( previous != NONE )
     {
-        Ref< QV_STRING > previous = wordAt( lines_, at - 1 );
-        end                       = lineEnd( previous );
+        Ref< QV_STRING > before = lineEnd( lines_[previous].text );
 
-        if( qvStringLength( end ) == 0 )
+        if( qvStringLength( before ) == 0 )
         {
             // The file ended without a line end.
-            end = lineEnd( wordAt( lines_, 0 ) );
+            before = lineEnd( lines_[first_].text );
 
-            if( qvStringLength( end ) == 0 )
-                qvStringAppendChar( end.at(), 0x0A );
+            if( qvStringLength( before ) == 0 )
+                before = std::move( end );
 
-            qvStringAppend( previous.at(), end );
-            qvVectorSetStringAt( lines_.at(), at - 1, previous );
+            qvStringAppend( &lines_[previous].text, before );
         }
-    }
-    else
-    {
-        qvStringAppendChar( end.at(), 0x0A );
+
+        end = std::move( before );
     }
 
-    Ref< QV_STRING > whole = Ref< QV_STRING >::share( line );
+    Ref< QV_STRING > whole = Ref< QV_STRING >::share( text );
     qvStringAppend( whole.at(), end );
-    insert( at, whole );
+
+    return insert( previous, whole );
 }
 } // namespace morvane

@@ -14,6 +14,12 @@ namespace morvane
 class Document
 {
 public:
+    Document() = default;
+    ~Document();
+
+    Document( const Document & ) = delete;
+    Document &operator=( const Document & ) = delete;
+
     /** Splits the text of a file into lines. False if it is no proper UTF-8, which could not be written back as it
         was. */
     bool parse( QV_BUFFER *bytes );
@@ -21,33 +27,45 @@ public:
     /** The bytes of the file as it is now. */
     qv::Ref< QV_BUFFER > bytes() const;
 
-    /** How many lines there are, and what the reader makes of one: a QV___STORE_LINE code. */
-    QV_INT length() const;
-    QV_INT codeAt( QV_INT line ) const;
-
     /** True if a document can hold the value under the path, which has the form `a.b.c`. */
     static bool canHold( QV_STRING *path, QV_STRING *value );
 
-    /** Sets a value: in the line that has it now, else in a new one behind its neighbours. */
+    /** Sets a value: in the line that has it now, else in a new one behind its neighbours. Costs a look-up, the first
+        call also one for each line. */
     void set( QV_STRING *path, QV_STRING *value );
 
-    /** Deletes the value of a path and everything below it. False if there is nothing. */
-    bool remove( QV_STRING *path );
+    /** Deletes the values of all paths and everything below them, in one pass. Gives the paths that have nothing. */
+    qv::Ref< QV_VECTOR > remove( QV_VECTOR *paths );
 
-    /** Adds the entries of `other` that the document lacks, at its end. */
-    void merge( QV_STORE *other );
+    /** Adds at the end what the document lacks of the first store, then of the next, and so on. */
+    void merge( QV_VECTOR *stores );
 
 private:
-    qv::Ref< QV_STRING > pathAt( QV_INT line ) const;
-    QV_INT               findValue( QV_STRING *path ) const;
-    QV_INT               lastNeighbour( QV_STRING *path ) const;
-    void                 insert( QV_INT at, QV_STRING *line );
-    void                 add( QV_INT at, QV_STRING *line );
+    struct Line
+    {
+        QV_STRING *text; // with its line end
+        QV_STRING *path; // or null
+        QV_INT     next; // the line behind it
+    };
 
-    bool                 byteOrderMark_ = false;
-    qv::Ref< QV_VECTOR > lines_; // Strings, each with its line end
-    qv::Ref< QV_VECTOR > paths_; // for each its path as a String, or a boxed null
-    qv::Ref< QV_VECTOR > codes_; // for each its code as a boxed integer
+    static const QV_INT NONE = -1;
+
+    QV_INT placeOf( QV_STRING *key ) const;
+    QV_INT lastNeighbour( QV_STRING *path ) const;
+    void   index( QV_INT line, QV_INT previous );
+    QV_INT insert( QV_INT previous, QV_STRING *text );
+    QV_INT add( QV_INT previous, QV_STRING *text );
+
+    bool   byteOrderMark_ = false;
+    Line  *lines_         = nullptr; // in the order in which they came; `next` tells how they stand
+    QV_INT count_         = 0;
+    QV_INT alloc_         = 0;
+    QV_INT first_         = NONE;
+    QV_INT last_          = NONE;
+
+    // Boxed indexes of lines: for "a.b" the last one that sets it, for "a." the last one of that sub-store. Null as
+    // long as nobody has asked.
+    qv::Ref< QV_DICT > places_;
 };
 } // namespace morvane
 

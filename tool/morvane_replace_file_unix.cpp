@@ -6,6 +6,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -119,6 +120,9 @@ const char *replaceFile( QV_STRING *fn, QV_BUFFER *content )
         free( resolved );
         return strerror( errno );
     }
+
+    // A limit on the size of files is an error of the write then, and no end that leaves the file beside.
+    signal( SIGXFSZ, SIG_IGN );
 
     const char *reason = nullptr;
     int         file   = mkstemp( beside );

@@ -266,18 +266,13 @@ QV_BOOL remove( QV_VECTOR *argv, void *context )
     if( !readDocument( fn, &document ) )
         return QV_FALSE;
 
-    bool complete = true;
+    Ref< QV_VECTOR > paths( qvVectorCreateFromTrailing( words, qvVectorLength( words ) - 1 ) );
+    Ref< QV_VECTOR > missing = document.remove( paths );
 
-    for( QV_INT i = 1; i < qvVectorLength( words ); i++ )
-    {
-        if( document.remove( wordAt( words, i ) ) )
-            continue;
+    for( QV_INT i = 0; i < qvVectorLength( missing ); i++ )
+        complain( COMMAND, wordAt( missing, i ), "no such entry" );
 
-        complain( COMMAND, wordAt( words, i ), "no such entry" );
-        complete = false;
-    }
-
-    if( !complete || !writeFile( fn, document.bytes() ) )
+    if( qvVectorLength( missing ) > 0 || !writeFile( fn, document.bytes() ) )
         return QV_FALSE;
 
     contextOf( context )->status = SUCCESS;
@@ -298,6 +293,8 @@ QV_BOOL merge( QV_VECTOR *argv, void *context )
     if( !readDocument( fn, &document ) )
         return QV_FALSE;
 
+    Ref< QV_VECTOR > others( qvVectorCreate() );
+
     for( QV_INT i = 1; i < qvVectorLength( words ); i++ )
     {
         Ref< QV_STORE > other = readStore( wordAt( words, i ), false );
@@ -305,8 +302,10 @@ QV_BOOL merge( QV_VECTOR *argv, void *context )
         if( !other )
             return QV_FALSE;
 
-        document.merge( other );
+        qvVectorAppendObj( others.at(), qvStoreObj( other ) );
     }
+
+    document.merge( others );
 
     if( !writeFile( fn, document.bytes() ) )
         return QV_FALSE;
