@@ -159,7 +159,7 @@ namespace
 {
 // Eight bytes of a text as a number: a stands before b wherever a's number is below b's. One byte a character up to
 // ONE_BYTE, counted from 1, and three for the others; the end of the text is 0.
-const QV_CHAR ONE_BYTE = 0xED;
+const uint32_t ONE_BYTE = 0xED;
 
 struct Digest
 {
@@ -172,8 +172,8 @@ Digest digestText( const QV_CHAR *chars, QV_INT length )
     if( length >= 8 )
     {
         // Eight at once, which is what most keys need.
-        typedef QV_CHAR Chars __attribute__( ( vector_size( 32 ) ) );
-        typedef uint8_t Bytes __attribute__( ( vector_size( 8 ) ) );
+        typedef uint32_t Chars __attribute__( ( vector_size( 32 ) ) );
+        typedef uint8_t  Bytes __attribute__( ( vector_size( 8 ) ) );
 
         Chars eight;
         memcpy( &eight, chars, sizeof( eight ) );

@@ -5,6 +5,7 @@
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_chars.h"
+#include "qv/sys/qv_cpu_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
 #include "qv/sys/qv_real.h"
@@ -17,13 +18,6 @@
 #include <math.h>
 #include <string.h>
 #include <utility>
-
-#if defined( __x86_64__ ) && defined( __has_include )
-#if __has_include( <sys/platform/x86.h>)
-#include <sys/platform/x86.h>
-#define QV___DISPATCH_FMA
-#endif
-#endif
 
 /* Building ------------------------------------------------------------------------------------------------------- */
 
@@ -700,7 +694,7 @@ inline __attribute__( ( always_inline ) ) QV_BOOL decodeRealBody( Reader &in, QV
     return found;
 }
 
-#ifdef QV___DISPATCH_FMA
+#ifdef QV___CPU_FEATURES
 __attribute__( ( target( "fma" ) ) ) QV_BOOL decodeRealFma( Reader &in, QV_INT base, QV_REAL *value )
 {
     return decodeRealBody( in, base, value );
@@ -709,7 +703,7 @@ __attribute__( ( target( "fma" ) ) ) QV_BOOL decodeRealFma( Reader &in, QV_INT b
 
 QV_BOOL decodeReal( Reader &in, QV_INT base, QV_REAL *value )
 {
-#ifdef QV___DISPATCH_FMA
+#ifdef QV___CPU_FEATURES
     if( CPU_FEATURE_ACTIVE( FMA ) )
         return decodeRealFma( in, base, value );
 #endif

@@ -71,7 +71,7 @@ QV_INT findTerminator( const QV_CHAR *chars, QV_INT offset, QV_INT length )
     typedef int64_t Two __attribute__( ( vector_size( 16 ) ) );
 
     auto ends = []( Four ch )
-    { return ( ( ch >= U'\n' ) & ( ch <= U'\r' ) ) | ( ch == U'\x85' ) | ( ( ch & ~1 ) == U'\u2028' ); };
+    { return ( ( ch >= '\n' ) & ( ch <= '\r' ) ) | ( ch == 0x85 ) | ( ( ch & ~1 ) == 0x2028 ); };
 
     for( ; offset + 8 <= length; offset += 8 )
     {

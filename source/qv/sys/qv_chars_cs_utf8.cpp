@@ -1,13 +1,13 @@
 #include "qv/sys/qv_chars.h"
 
 #include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_cpu_private.h"
 #include "qv/sys/qv_int.h"
 
 #include <string.h>
 
-#if defined( __x86_64__ ) && __has_include( <sys/platform/x86.h> )
+#ifdef QV___CPU_FEATURES
 #include <immintrin.h>
-#include <sys/platform/x86.h>
 #define QV___KERNELS
 #endif
 
