@@ -631,4 +631,11 @@ TEST( Buffer, BrokenContractsAreReported )
     EXPECT_BROKEN( qvBufferBitDelTrailing( buf.at(), 21 ), "bitCount <= (*buf)->bitLength" );
     EXPECT_BROKEN( qvBufferBitDelInner( buf.at(), 15, 6 ), "bitOffset + bitCount <= (*buf)->bitLength" );
     EXPECT_BROKEN( qvBufferBitAppendZero( buf.at(), QV_INT_MAX ), "QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( sizeBits )" );
+
+    // The size counts as whole bytes, and of several bad arguments the first one.
+    QV_INT most = QV_INT_MAX - 1920 - 20;
+    EXPECT_BROKEN( qvBufferBitPrependZero( buf.at(), most ), "QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( sizeBits )" );
+    EXPECT_BROKEN( qvBufferBitRead( buf, -1, -1 ), "QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( bitIdx )" );
+    EXPECT_BROKEN( qvBufferAppendInner( buf.at(), nullptr, -1, -1 ), "src" );
+    EXPECT_BROKEN( qvBufferDelOuter( buf.at(), -1, -1 ), "QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( byteOffset )" );
 }

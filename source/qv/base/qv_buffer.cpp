@@ -202,10 +202,10 @@ QV_BUFFER *createWithoutBlock()
 // lengths are the caller's business.
 uint64_t reallocate( QV_BUFFER *buf, uint64_t sizeBits )
 {
-    QV_CHECK( QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( sizeBits ) );
-
     uint64_t sizeBytes = sizeBits / 8 + ( sizeBits % 8 != 0 );
     QV_CHECK( BYTES_TO_BITS_OK( sizeBytes ) );
+    sizeBits = BYTES_TO_BITS( sizeBytes );
+    QV_CHECK( QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( sizeBits ) );
 
     if( sizeBytes > buf->allocated || sizeBytes < buf->allocated / 2 )
     {
@@ -216,7 +216,7 @@ uint64_t reallocate( QV_BUFFER *buf, uint64_t sizeBits )
 
     qv___ObjDbgSetAllocationSize( buf, static_cast< QV_INT >( sizeBytes ) );
 
-    return BYTES_TO_BITS( sizeBytes );
+    return sizeBits;
 }
 
 // Moves `bits`, rounded up to whole bytes, within the block. Places are in bits, on byte boundaries.
@@ -589,25 +589,10 @@ Inner all( QV_BUFFER *src )
     return { checked( src ), 0, src->bitLength };
 }
 
-Inner leading( QV_BUFFER *src, uint64_t bitCount )
+// The Leading given, counted from the end. More than there is makes an offset with which the check of the sum fails.
+Inner trailing( Inner leading )
 {
-    return { checked( src ), 0, bitCount };
-}
-
-// More than there is makes an offset with which the check of the sum fails.
-Inner trailing( QV_BUFFER *src, uint64_t bitCount )
-{
-    return { checked( src ), src->bitLength - bitCount, bitCount };
-}
-
-Inner inner( QV_BUFFER *src, uint64_t bitOffset, uint64_t bitCount )
-{
-    return { checked( src ), bitOffset, bitCount };
-}
-
-Outer outer( QV_BUFFER *src, uint64_t bitOffset, uint64_t bitCount )
-{
-    return { checked( src ), bitOffset, bitCount };
+    return { leading.src, leading.src->bitLength - leading.bitCount, leading.bitCount };
 }
 
 // The zero bits that the length lacks to whole bytes.
@@ -1048,7 +1033,8 @@ void qv___BufferBitDelOuter( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCo
 
 /* Units ---------------------------------------------------------------------------------------------------------- */
 
-// An argument of a public form: as it is, or in bits where it counts bytes.
+// An argument of a public form: as it is, or in bits where it counts bytes. The forms take them one by one in their
+// order, so that the first bad one is reported.
 #define UNSIGNED( x ) ( QV_CHECK( QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( x ) ), (uint64_t)( x ) )
 #define BYTES( x )                                                                                                     \
     ( QV_CHECK( QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( x ) ), QV_CHECK( BYTES_TO_BITS_OK( x ) ), BYTES_TO_BITS( x ) )
@@ -1138,20 +1124,20 @@ QV_BUFFER *read( QV_BUFFER *buf, uint64_t bitIdx, uint64_t bitCount )
     return createOf( Inner{ buf, bitIdx, bitCount } );
 }
 
-[[gnu::noinline]] uint64_t readBits( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount )
+[[gnu::noinline]] uint64_t readBits( QV_BUFFER *buf, uint64_t bitIdx, QV_INT bitCount )
 {
-    return qv___BufferBitReadBits( buf, UNSIGNED( bitIdx ), UNSIGNED( bitCount ) );
+    return qv___BufferBitReadBits( buf, bitIdx, UNSIGNED( bitCount ) );
 }
 
 // True where all checks would hold, and the bits stand in eight bytes of which none lies behind the contents.
-bool standsInOneWord( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount )
+bool standsInOneWord( QV_BUFFER *buf, uint64_t bitIdx, QV_INT bitCount )
 {
-    return (uint64_t)bitCount - 1 < 57 && bitIdx >= 0 && (uint64_t)bitIdx + 64 <= buf->bitLength;
+    return (uint64_t)bitCount - 1 < 57 && bitIdx + 64 <= buf->bitLength;
 }
 
-uint64_t getWord( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount )
+uint64_t getWord( QV_BUFFER *buf, uint64_t bitIdx, QV_INT bitCount )
 {
-    uint64_t pos = buf->bitFspace + (uint64_t)bitIdx;
+    uint64_t pos = buf->bitFspace + bitIdx;
     return load64( buf->bytes + pos / 8 ) << pos % 8 >> ( 64 - bitCount );
 }
 } // namespace
@@ -1196,31 +1182,31 @@ const uint8_t *qvBufferBitBacking( QV_BUFFER *buf )
     return qvBufferBacking( buf );
 }
 
-// A form that reads: what the expression behind the parameters gives.
-#define READ( Type, Name, Parameters, ... )                                                                            \
+// A form that reads: what the last expression gives for the place.
+#define READ( Type, Name, Parameters, at, ... )                                                                        \
     Type Name Parameters                                                                                               \
     {                                                                                                                  \
         QV_CHECK( buf );                                                                                               \
+        uint64_t place = at;                                                                                           \
         return __VA_ARGS__;                                                                                            \
     }
 
-READ( QV_BUFFER *, qvBufferRead, ( QV_BUFFER *buf, QV_INT byteIdx, QV_INT byteCount ),
-      read( buf, BYTES( byteIdx ), BYTES( byteCount ) ) )
-READ( QV_BUFFER *, qvBufferBitRead, ( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount ),
-      read( buf, UNSIGNED( bitIdx ), UNSIGNED( bitCount ) ) )
-READ( uint64_t, qvBufferReadBits, ( QV_BUFFER *buf, QV_INT byteIdx, QV_INT bitCount ),
-      qv___BufferBitReadBits( buf, BYTES( byteIdx ), UNSIGNED( bitCount ) ) )
-READ( uint64_t, qvBufferBitReadBits, ( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount ),
-      standsInOneWord( buf, bitIdx, bitCount ) ? getWord( buf, bitIdx, bitCount )
-                                               : readBits( buf, bitIdx, bitCount ) )
-READ( uint8_t, qvBufferReadByte, ( QV_BUFFER *buf, QV_INT byteIdx ),
-      (uint8_t)qv___BufferBitReadBits( buf, BYTES( byteIdx ), 8 ) )
-READ( uint8_t, qvBufferBitReadByte, ( QV_BUFFER *buf, QV_INT bitIdx ),
-      (uint8_t)qv___BufferBitReadBits( buf, UNSIGNED( bitIdx ), 8 ) )
-READ( void, qvBufferReadBytes, ( QV_BUFFER *buf, QV_INT byteIdx, void *bytes, QV_INT byteCount ),
-      qv___BufferBitReadBytes( buf, BYTES( byteIdx ), bytes, UNSIGNED( byteCount ) ) )
-READ( void, qvBufferBitReadBytes, ( QV_BUFFER *buf, QV_INT bitIdx, void *bytes, QV_INT byteCount ),
-      qv___BufferBitReadBytes( buf, UNSIGNED( bitIdx ), bytes, UNSIGNED( byteCount ) ) )
+READ( QV_BUFFER *, qvBufferRead, ( QV_BUFFER *buf, QV_INT byteIdx, QV_INT byteCount ), BYTES( byteIdx ),
+      read( buf, place, BYTES( byteCount ) ) )
+READ( QV_BUFFER *, qvBufferBitRead, ( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount ), UNSIGNED( bitIdx ),
+      read( buf, place, UNSIGNED( bitCount ) ) )
+READ( uint64_t, qvBufferReadBits, ( QV_BUFFER *buf, QV_INT byteIdx, QV_INT bitCount ), BYTES( byteIdx ),
+      qv___BufferBitReadBits( buf, place, UNSIGNED( bitCount ) ) )
+READ( uint64_t, qvBufferBitReadBits, ( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount ), UNSIGNED( bitIdx ),
+      standsInOneWord( buf, place, bitCount ) ? getWord( buf, place, bitCount ) : readBits( buf, place, bitCount ) )
+READ( uint8_t, qvBufferReadByte, ( QV_BUFFER *buf, QV_INT byteIdx ), BYTES( byteIdx ),
+      (uint8_t)qv___BufferBitReadBits( buf, place, 8 ) )
+READ( uint8_t, qvBufferBitReadByte, ( QV_BUFFER *buf, QV_INT bitIdx ), UNSIGNED( bitIdx ),
+      (uint8_t)qv___BufferBitReadBits( buf, place, 8 ) )
+READ( void, qvBufferReadBytes, ( QV_BUFFER *buf, QV_INT byteIdx, void *bytes, QV_INT byteCount ), BYTES( byteIdx ),
+      qv___BufferBitReadBytes( buf, place, bytes, UNSIGNED( byteCount ) ) )
+READ( void, qvBufferBitReadBytes, ( QV_BUFFER *buf, QV_INT bitIdx, void *bytes, QV_INT byteCount ), UNSIGNED( bitIdx ),
+      qv___BufferBitReadBytes( buf, place, bytes, UNSIGNED( byteCount ) ) )
 
 /* Overwriting and inserting -------------------------------------------------------------------------------------- */
 
@@ -1264,12 +1250,12 @@ READ( void, qvBufferBitReadBytes, ( QV_BUFFER *buf, QV_INT bitIdx, void *bytes, 
     FORMS( Bit, Suffix, bitIdx, UNSIGNED( bitIdx ), LIST Parameters, __VA_ARGS__ )
 
 BYTE_FORMS( , ( QV_BUFFER *src ), all( src ) )
-BYTE_FORMS( Leading, ( QV_BUFFER *src, QV_INT byteCount ), leading( src, BYTES( byteCount ) ) )
-BYTE_FORMS( Trailing, ( QV_BUFFER *src, QV_INT byteCount ), trailing( src, BYTES( byteCount ) ) )
+BYTE_FORMS( Leading, ( QV_BUFFER *src, QV_INT byteCount ), Inner{ checked( src ), 0, BYTES( byteCount ) } )
+BYTE_FORMS( Trailing, ( QV_BUFFER *src, QV_INT byteCount ), trailing( Inner{ checked( src ), 0, BYTES( byteCount ) } ) )
 BYTE_FORMS( Inner, ( QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount ),
-            inner( src, BYTES( byteOffset ), BYTES( byteCount ) ) )
+            Inner{ checked( src ), BYTES( byteOffset ), BYTES( byteCount ) } )
 BYTE_FORMS( Outer, ( QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount ),
-            outer( src, BYTES( byteOffset ), BYTES( byteCount ) ) )
+            Outer{ checked( src ), BYTES( byteOffset ), BYTES( byteCount ) } )
 BYTE_FORMS( Bits, ( uint64_t value, QV_INT bitCount ), Bits{ value, UNSIGNED( bitCount ) } )
 BYTE_FORMS( Byte, ( uint8_t value ), Byte{ value } )
 BYTE_FORMS( Bytes, ( const void *bytes, QV_INT byteCount ), Array{ bytes, UNSIGNED( byteCount ) } )
@@ -1277,12 +1263,12 @@ BYTE_FORMS( Zero, ( QV_INT byteCount ), Zero{ BYTES( byteCount ) } )
 BYTE_FORMS( One, ( QV_INT byteCount ), One{ BYTES( byteCount ) } )
 
 BIT_FORMS( , ( QV_BUFFER *src ), all( src ) )
-BIT_FORMS( Leading, ( QV_BUFFER *src, QV_INT bitCount ), leading( src, UNSIGNED( bitCount ) ) )
-BIT_FORMS( Trailing, ( QV_BUFFER *src, QV_INT bitCount ), trailing( src, UNSIGNED( bitCount ) ) )
+BIT_FORMS( Leading, ( QV_BUFFER *src, QV_INT bitCount ), Inner{ checked( src ), 0, UNSIGNED( bitCount ) } )
+BIT_FORMS( Trailing, ( QV_BUFFER *src, QV_INT bitCount ), trailing( Inner{ checked( src ), 0, UNSIGNED( bitCount ) } ) )
 BIT_FORMS( Inner, ( QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount ),
-           inner( src, UNSIGNED( bitOffset ), UNSIGNED( bitCount ) ) )
+           Inner{ checked( src ), UNSIGNED( bitOffset ), UNSIGNED( bitCount ) } )
 BIT_FORMS( Outer, ( QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount ),
-           outer( src, UNSIGNED( bitOffset ), UNSIGNED( bitCount ) ) )
+           Outer{ checked( src ), UNSIGNED( bitOffset ), UNSIGNED( bitCount ) } )
 BIT_FORMS( Bits, ( uint64_t value, QV_INT bitCount ), Bits{ value, UNSIGNED( bitCount ) } )
 BIT_FORMS( Byte, ( uint8_t value ), Byte{ value } )
 BIT_FORMS( Bytes, ( const void *bytes, QV_INT byteCount ), Array{ bytes, UNSIGNED( byteCount ) } )
@@ -1325,10 +1311,10 @@ CHANGE( qvBufferBitDelLeading, ( QV_BUFFER **buf, QV_INT bitCount ),
 CHANGE( qvBufferDelTrailing, ( QV_BUFFER **buf, QV_INT byteCount ), deleteTrailing( buf, BYTES( byteCount ) ) )
 CHANGE( qvBufferBitDelTrailing, ( QV_BUFFER **buf, QV_INT bitCount ), deleteTrailing( buf, UNSIGNED( bitCount ) ) )
 CHANGE( qvBufferDelInner, ( QV_BUFFER **buf, QV_INT byteOffset, QV_INT byteCount ),
-        qv___BufferBitDelInner( buf, BYTES( byteOffset ), BYTES( byteCount ) ) )
+        uint64_t place = BYTES( byteOffset ); qv___BufferBitDelInner( buf, place, BYTES( byteCount ) ) )
 CHANGE( qvBufferBitDelInner, ( QV_BUFFER **buf, QV_INT bitOffset, QV_INT bitCount ),
-        qv___BufferBitDelInner( buf, UNSIGNED( bitOffset ), UNSIGNED( bitCount ) ) )
+        uint64_t place = UNSIGNED( bitOffset ); qv___BufferBitDelInner( buf, place, UNSIGNED( bitCount ) ) )
 CHANGE( qvBufferDelOuter, ( QV_BUFFER **buf, QV_INT byteOffset, QV_INT byteCount ),
-        qv___BufferBitDelOuter( buf, BYTES( byteOffset ), BYTES( byteCount ) ) )
+        uint64_t place = BYTES( byteOffset ); qv___BufferBitDelOuter( buf, place, BYTES( byteCount ) ) )
 CHANGE( qvBufferBitDelOuter, ( QV_BUFFER **buf, QV_INT bitOffset, QV_INT bitCount ),
-        qv___BufferBitDelOuter( buf, UNSIGNED( bitOffset ), UNSIGNED( bitCount ) ) )
+        uint64_t place = UNSIGNED( bitOffset ); qv___BufferBitDelOuter( buf, place, UNSIGNED( bitCount ) ) )
