@@ -150,6 +150,7 @@ TEST( Encoder, BrokenContractsAreReported )
     EXPECT_BROKEN( qvEncoderEncodeBuffer( enc, odd ), "qvBufferBitIsAligned( buf )" );
     EXPECT_BROKEN( qvDecoderTrySkip( dec, -1 ), "length >= 0" );
     EXPECT_BROKEN( qvDecoderTryRead( dec, nullptr, 1 ), "length == 0 || dest" );
+    EXPECT_BROKEN( qvDecoderTryReadByte( dec, nullptr ), "length == 0 || dest" );
     EXPECT_BROKEN( qvDecoderTryDecodeChars( dec, nullptr, 1 ), "value || !length" );
 }
 

@@ -271,9 +271,10 @@ QV_BOOL qvDecoderTryReadBytes( QV_DECODER *dec, void *dest, QV_INT length )
 QV_BOOL qvDecoderTryReadByte( QV_DECODER *dec, uint8_t *dest )
 {
     QV_CHECK( dec );
-    QV_CHECK( dest );
 
-    *dest = 0;
+    if( dest )
+        *dest = 0;
+
     return qvDecoderTryReadBytes( dec, dest, 1 );
 }
 
