@@ -415,6 +415,7 @@ TEST( Format, ConversionsOfNumbers )
     EXPECT_EQ( "     7|z", formatted( "%*i|%!*i", QV_INT( 6 ), QV_INT( 7 ), QV_INT( 36 ), QV_INT( 35 ) ) );
     EXPECT_EQ( "  7", formatted( "%3 i", QV_INT( 7 ) ) ); // white space behind a number belongs to it
     EXPECT_EQ( "7", formatted( "%.!i", QV_INT( 7 ) ) );
+    EXPECT_EQ( "  7 7  ", formatted( "%\u0663i %-\u0663i", QV_INT( 7 ), QV_INT( 7 ) ) ); // a width in Arabic digits
 
     EXPECT_EQ( "1.333 1.33 1.333333", formatted( "%.3r %.*r %r", 4.0 / 3.0, QV_INT( 2 ), 4.0 / 3.0, 4.0 / 3.0 ) );
     EXPECT_EQ( "00001.5|+f.8", formatted( "%07.1r|%+.1!16r", 1.5, 15.5 ) );

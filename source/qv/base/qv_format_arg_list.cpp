@@ -159,8 +159,8 @@ private:
     {
         Modifiers modifiers;
 
-        // All that can stand here lies before the letters, except for these two.
-        if( *at_ >= U'A' && *at_ != U'^' && *at_ != U'~' )
+        // All of ASCII that can stand here lies before the letters, except for these two.
+        if( *at_ >= U'A' && *at_ < 128 && *at_ != U'^' && *at_ != U'~' )
             return modifiers;
 
         while( readFlag( modifiers ) )
