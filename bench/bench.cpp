@@ -157,6 +157,7 @@ int main( int argc, char **argv )
     addNumberCases();
     addDocumentCases();
     addLineCases();
+    addConcurrencyCases();
     addProcessCases();
 
     // The first argument picks cases by a part of their names.

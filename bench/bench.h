@@ -60,6 +60,7 @@ void addContainerCases();
 void addNumberCases();
 void addDocumentCases();
 void addLineCases();
+void addConcurrencyCases();
 void addProcessCases();
 } // namespace bench
 
