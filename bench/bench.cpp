@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <random>
@@ -41,9 +42,23 @@ struct Result
 {
     std::string name;
     Work        work;
+    bool        isTimed;
 };
 
 std::vector< Result > registered;
+double                seconds; // of the parts that count, of the work that runs
+
+void enter(
+    const std::string &prefix, double target, bool isTimed, const Work &ours, const std::vector< Peer > &peers )
+{
+    char targetText[16];
+    std::snprintf( targetText, sizeof( targetText ), "%g", target );
+
+    registered.push_back( { prefix + targetText + "|ours", ours, isTimed } );
+
+    for( const Peer &peer : peers )
+        registered.push_back( { prefix + targetText + "|" + peer.library, peer.work, isTimed } );
+}
 
 Language makeLanguage( const Vocabulary &vocabulary )
 {
@@ -128,14 +143,21 @@ void add(
     const std::string &subject, const std::string &operation, const std::string &input, double target, Work ours,
     std::vector< Peer > peers )
 {
-    char targetText[16];
-    std::snprintf( targetText, sizeof( targetText ), "%g", target );
-    std::string prefix = subject + "|" + operation + "|" + input + "|" + targetText + "|";
+    enter( subject + "|" + operation + "|" + input + "|", target, false, ours, peers );
+}
 
-    registered.push_back( { prefix + "ours", ours } );
+void addTimed(
+    const std::string &subject, const std::string &operation, const std::string &input, double target, Work ours,
+    std::vector< Peer > peers )
+{
+    enter( subject + "|" + operation + "|" + input + "|", target, true, ours, peers );
+}
 
-    for( const Peer &peer : peers )
-        registered.push_back( { prefix + peer.library, peer.work } );
+void timed( const std::function< void() > &part )
+{
+    auto start = std::chrono::steady_clock::now();
+    part();
+    seconds += std::chrono::duration< double >( std::chrono::steady_clock::now() - start ).count();
 }
 } // namespace bench
 
@@ -182,14 +204,24 @@ int main( int argc, char **argv )
             same = false;
         }
 
-        benchmark::RegisterBenchmark(
+        auto *entered = benchmark::RegisterBenchmark(
             result.name.c_str(),
-            [work = result.work]( benchmark::State &state )
+            [result]( benchmark::State &state )
             {
                 for( auto _ : state )
-                    benchmark::DoNotOptimize( work() );
-            } )
-            ->UseRealTime();
+                {
+                    seconds = 0;
+                    benchmark::DoNotOptimize( result.work() );
+
+                    if( result.isTimed )
+                        state.SetIterationTime( seconds );
+                }
+            } );
+
+        if( result.isTimed )
+            entered->UseManualTime();
+        else
+            entered->UseRealTime();
     }
 
     if( !same )

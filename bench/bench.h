@@ -27,6 +27,12 @@ void add(
     const std::string &subject, const std::string &operation, const std::string &input, double target, Work ours,
     std::vector< Peer > peers );
 
+/** The same where only a part of the work counts: the part that it runs through `timed`. */
+void addTimed(
+    const std::string &subject, const std::string &operation, const std::string &input, double target, Work ours,
+    std::vector< Peer > peers );
+void timed( const std::function< void() > &part );
+
 /** Text in one kind of language, the same for everybody. */
 struct Language
 {

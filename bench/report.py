@@ -13,7 +13,7 @@ times = collections.OrderedDict()
 for run in runs:
     if run.get("run_type") != "iteration":
         continue
-    subject, operation, given, target, who = run["name"].split("/real_time")[0].split("|")
+    subject, operation, given, target, who = run["name"].split("/real_time")[0].split("/manual_time")[0].split("|")
     who = who.split("/")[0]
     scale = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[run["time_unit"]]
     times.setdefault((subject, operation, given, target), {}).setdefault(who, []).append(run["real_time"] * scale)

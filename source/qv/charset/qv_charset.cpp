@@ -5,6 +5,7 @@
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_enum.h"
 #include "qv/base/qv_string.h"
+#include "qv/charset/qv_charset_map_private.h"
 #include "qv/charset/qv_charset_private.h"
 #include "qv/charset/qv_charset_utf_private.h"
 #include "qv/io/qv_buffer_byte_sink.h"
@@ -39,102 +40,108 @@ struct Charset
     const char *aliases; // with blanks in between
     QV_CHAR_SOURCE *( *createCharSource )( QV_BYTE_SOURCE *byteSource, QV_INT flags );
     QV_CHAR_SINK *( *createCharSink )( QV_BYTE_SINK *byteSink, QV_INT flags );
+
+    // Where there is one byte a character, in the place of the two above.
+    QV___CHARSET_BYTE_TO_CHAR_FUNC byteToChar = nullptr;
+    QV___CHARSET_CHAR_TO_BYTE_FUNC charToByte = nullptr;
 };
 
-// In the order of the values. A charset without functions is known by its names but has no codec.
+#define MAPPED( Name ) nullptr, nullptr, qv___Charset##Name##MapByteToChar, qv___Charset##Name##MapCharToByte
+
+// In the order of the values.
 const Charset charsets[] = {
     { "QV_CHARSET_ASCII", "US-ASCII", 20127,
       "ANSI_X3.4-1968 iso-ir-6 ANSI_X3.4-1986 ISO_646.irv:1991 ASCII ascii ISO646-US us IBM367 cp367 367 "
-      "csASCII ISO-10646-UCS-Basic csUnicodeASCII cp20127 20127", nullptr, nullptr },
+      "csASCII ISO-10646-UCS-Basic csUnicodeASCII cp20127 20127", MAPPED( Ascii ) },
     { "QV_CHARSET_ISO_8859_1", "ISO-8859-1", 28591,
       "ISO_8859-1:1987 iso-ir-100 ISO_8859-1 latin1 l1 IBM819 CP819 819 csISOLatin1 ISO-10646-Unicode-Latin1 "
-      "csUnicodeLatin1 ISO-10646 cp28591 28591", nullptr, nullptr },
+      "csUnicodeLatin1 ISO-10646 cp28591 28591", MAPPED( Iso8859_1 ) },
     { "QV_CHARSET_ISO_8859_2", "ISO-8859-2", 28592,
-      "ISO_8859-2:1987 iso-ir-101 ISO_8859-2 latin2 l2 csISOLatin2 cp28592 28592", nullptr, nullptr },
+      "ISO_8859-2:1987 iso-ir-101 ISO_8859-2 latin2 l2 csISOLatin2 cp28592 28592", MAPPED( Iso8859_2 ) },
     { "QV_CHARSET_ISO_8859_3", "ISO-8859-3", 28593,
-      "ISO_8859-3:1988 iso-ir-109 ISO_8859-3 latin3 l3 csISOLatin3 cp28593 28593", nullptr, nullptr },
+      "ISO_8859-3:1988 iso-ir-109 ISO_8859-3 latin3 l3 csISOLatin3 cp28593 28593", MAPPED( Iso8859_3 ) },
     { "QV_CHARSET_ISO_8859_4", "ISO-8859-4", 28594,
-      "ISO_8859-4:1988 iso-ir-110 ISO_8859-4 latin4 l4 csISOLatin4 cp28594 28594", nullptr, nullptr },
+      "ISO_8859-4:1988 iso-ir-110 ISO_8859-4 latin4 l4 csISOLatin4 cp28594 28594", MAPPED( Iso8859_4 ) },
     { "QV_CHARSET_ISO_8859_5", "ISO-8859-5", 28595,
-      "ISO_8859-5:1988 iso-ir-144 ISO_8859-5 cyrillic csISOLatinCyrillic cp28595 28595", nullptr, nullptr },
+      "ISO_8859-5:1988 iso-ir-144 ISO_8859-5 cyrillic csISOLatinCyrillic cp28595 28595", MAPPED( Iso8859_5 ) },
     { "QV_CHARSET_ISO_8859_6", "ISO-8859-6", 28596,
       "ISO_8859-6:1987 iso-ir-127 ISO_8859-6 ECMA-114 ASMO-708 arabic csISOLatinArabic cp28596 28596",
-      nullptr, nullptr },
+      MAPPED( Iso8859_6 ) },
     { "QV_CHARSET_ISO_8859_7", "ISO-8859-7", 28597,
       "ISO_8859-7:1987 iso-ir-126 ISO_8859-7 ELOT_928 ECMA-118 greek greek8 csISOLatinGreek cp28597 28597",
-      nullptr, nullptr },
+      MAPPED( Iso8859_7 ) },
     { "QV_CHARSET_ISO_8859_8", "ISO-8859-8", 28598,
-      "ISO_8859-8:1988 iso-ir-138 ISO_8859-8 hebrew csISOLatinHebrew cp28598 28598", nullptr, nullptr },
+      "ISO_8859-8:1988 iso-ir-138 ISO_8859-8 hebrew csISOLatinHebrew cp28598 28598", MAPPED( Iso8859_8 ) },
     { "QV_CHARSET_ISO_8859_9", "ISO-8859-9", 28599,
-      "ISO_8859-9:1989 iso-ir-148 ISO_8859-9 latin5 l5 csISOLatin5 cp28599 28599", nullptr, nullptr },
+      "ISO_8859-9:1989 iso-ir-148 ISO_8859-9 latin5 l5 csISOLatin5 cp28599 28599", MAPPED( Iso8859_9 ) },
     { "QV_CHARSET_ISO_8859_10", "ISO-8859-10", NO_CODE_PAGE,
-      "ISO_8859-10:1992 iso-ir-157 ISO_8859-10 latin6 l6 csISOLatin6", nullptr, nullptr },
+      "ISO_8859-10:1992 iso-ir-157 ISO_8859-10 latin6 l6 csISOLatin6", MAPPED( Iso8859_10 ) },
     { "QV_CHARSET_ISO_8859_11", "ISO-8859-11", NO_CODE_PAGE,
-      "ISO_8859-11", nullptr, nullptr },
+      "ISO_8859-11", MAPPED( Iso8859_11 ) },
     { "QV_CHARSET_ISO_8859_13", "ISO-8859-13", 28603,
-      "ISO_8859-13 latin7 l7 csISOLatin7 cp28603 28603", nullptr, nullptr },
+      "ISO_8859-13 latin7 l7 csISOLatin7 cp28603 28603", MAPPED( Iso8859_13 ) },
     { "QV_CHARSET_ISO_8859_14", "ISO-8859-14", NO_CODE_PAGE,
-      "ISO_8859-14:1998 iso-ir-199 ISO_8859-14 ISO-8859-14 iso-celtic latin8 l8 csISOLatin8", nullptr, nullptr },
+      "ISO_8859-14:1998 iso-ir-199 ISO_8859-14 ISO-8859-14 iso-celtic latin8 l8 csISOLatin8", MAPPED( Iso8859_14 ) },
     { "QV_CHARSET_ISO_8859_15", "ISO-8859-15", 28605,
-      "ISO_8859-15 Latin-9 latin9 l9 csISOLatin9 cp28605 28605", nullptr, nullptr },
+      "ISO_8859-15 Latin-9 latin9 l9 csISOLatin9 cp28605 28605", MAPPED( Iso8859_15 ) },
     { "QV_CHARSET_ISO_8859_16", "ISO-8859-16", NO_CODE_PAGE,
-      "ISO_8859-16:2001 iso-ir-226 ISO_8859-16 ISO-8859-16 latin10 l10 csISOLatin10", nullptr, nullptr },
+      "ISO_8859-16:2001 iso-ir-226 ISO_8859-16 ISO-8859-16 latin10 l10 csISOLatin10", MAPPED( Iso8859_16 ) },
     { "QV_CHARSET_KOI_8R", "KOI8-R", 20866,
-      "csKOI8R cp20866 20866", nullptr, nullptr },
+      "csKOI8R cp20866 20866", MAPPED( Koi8R ) },
     { "QV_CHARSET_MSFT_CP037", "IBM037", 37,
-      "cp037 ebcdic-cp-us ebcdic-cp-ca ebcdic-cp-wt ebcdic-cp-nl csIBM037 037", nullptr, nullptr },
+      "cp037 ebcdic-cp-us ebcdic-cp-ca ebcdic-cp-wt ebcdic-cp-nl csIBM037 037", MAPPED( MsftCp037 ) },
     { "QV_CHARSET_MSFT_CP437", "IBM437", 437,
-      "cp437 437 csPC8CodePage437", nullptr, nullptr },
+      "cp437 437 csPC8CodePage437", MAPPED( MsftCp437 ) },
     { "QV_CHARSET_MSFT_CP500", "IBM500", 500,
-      "cp500 ebcdic-cp-be ebcdic-cp-ch csIBM500 500", nullptr, nullptr },
+      "cp500 ebcdic-cp-be ebcdic-cp-ch csIBM500 500", MAPPED( MsftCp500 ) },
     { "QV_CHARSET_MSFT_CP850", "IBM850", 850,
-      "cp850 850 csPC850Multilingual", nullptr, nullptr },
+      "cp850 850 csPC850Multilingual", MAPPED( MsftCp850 ) },
     { "QV_CHARSET_MSFT_CP852", "IBM852", 852,
-      "cp852 852 csPCp852", nullptr, nullptr },
+      "cp852 852 csPCp852", MAPPED( MsftCp852 ) },
     { "QV_CHARSET_MSFT_CP855", "IBM855", 855,
-      "cp855 855 csIBM855", nullptr, nullptr },
+      "cp855 855 csIBM855", MAPPED( MsftCp855 ) },
     { "QV_CHARSET_MSFT_CP857", "IBM857", 857,
-      "cp857 857 csIBM857", nullptr, nullptr },
+      "cp857 857 csIBM857", MAPPED( MsftCp857 ) },
     { "QV_CHARSET_MSFT_CP860", "IBM860", 860,
-      "cp860 860 csIBM860", nullptr, nullptr },
+      "cp860 860 csIBM860", MAPPED( MsftCp860 ) },
     { "QV_CHARSET_MSFT_CP861", "IBM861", 861,
-      "cp861 861 csIBM861", nullptr, nullptr },
+      "cp861 861 csIBM861", MAPPED( MsftCp861 ) },
     { "QV_CHARSET_MSFT_CP862", "IBM862", 862,
-      "cp862 862 csPC862LatinHebrew", nullptr, nullptr },
+      "cp862 862 csPC862LatinHebrew", MAPPED( MsftCp862 ) },
     { "QV_CHARSET_MSFT_CP863", "IBM863", 863,
-      "cp863 863 csIBM863", nullptr, nullptr },
+      "cp863 863 csIBM863", MAPPED( MsftCp863 ) },
     { "QV_CHARSET_MSFT_CP864", "IBM864", 864,
-      "cp864 864 csIBM864", nullptr, nullptr },
+      "cp864 864 csIBM864", MAPPED( MsftCp864 ) },
     { "QV_CHARSET_MSFT_CP865", "IBM865", 865,
-      "cp865 865 csIBM865", nullptr, nullptr },
+      "cp865 865 csIBM865", MAPPED( MsftCp865 ) },
     { "QV_CHARSET_MSFT_CP866", "IBM866", 866,
-      "cp866 866 csIBM866", nullptr, nullptr },
+      "cp866 866 csIBM866", MAPPED( MsftCp866 ) },
     { "QV_CHARSET_MSFT_CP869", "IBM869", 869,
-      "cp869 869 cp-gr csIBM869", nullptr, nullptr },
+      "cp869 869 cp-gr csIBM869", MAPPED( MsftCp869 ) },
     { "QV_CHARSET_MSFT_CP874", "cp874", 874,
-      "874", nullptr, nullptr },
+      "874", MAPPED( MsftCp874 ) },
     { "QV_CHARSET_MSFT_CP875", "cp875", 875,
-      "875", nullptr, nullptr },
+      "875", MAPPED( MsftCp875 ) },
     { "QV_CHARSET_MSFT_CP1026", "IBM1026", 1026,
-      "cp1026 csIBM1026 1026", nullptr, nullptr },
+      "cp1026 csIBM1026 1026", MAPPED( MsftCp1026 ) },
     { "QV_CHARSET_MSFT_CP1250", "windows-1250", 1250,
-      "cp1250 1250", nullptr, nullptr },
+      "cp1250 1250", MAPPED( MsftCp1250 ) },
     { "QV_CHARSET_MSFT_CP1251", "windows-1251", 1251,
-      "cp1251 1251", nullptr, nullptr },
+      "cp1251 1251", MAPPED( MsftCp1251 ) },
     { "QV_CHARSET_MSFT_CP1252", "windows-1252", 1252,
-      "cp1252 1252", nullptr, nullptr },
+      "cp1252 1252", MAPPED( MsftCp1252 ) },
     { "QV_CHARSET_MSFT_CP1253", "windows-1253", 1253,
-      "cp1253 1253", nullptr, nullptr },
+      "cp1253 1253", MAPPED( MsftCp1253 ) },
     { "QV_CHARSET_MSFT_CP1254", "windows-1254", 1254,
-      "cp1254 1254", nullptr, nullptr },
+      "cp1254 1254", MAPPED( MsftCp1254 ) },
     { "QV_CHARSET_MSFT_CP1255", "windows-1255", 1255,
-      "cp1255 1255", nullptr, nullptr },
+      "cp1255 1255", MAPPED( MsftCp1255 ) },
     { "QV_CHARSET_MSFT_CP1256", "windows-1256", 1256,
-      "cp1256 1256", nullptr, nullptr },
+      "cp1256 1256", MAPPED( MsftCp1256 ) },
     { "QV_CHARSET_MSFT_CP1257", "windows-1257", 1257,
-      "cp1257 1257", nullptr, nullptr },
+      "cp1257 1257", MAPPED( MsftCp1257 ) },
     { "QV_CHARSET_MSFT_CP1258", "windows-1258", 1258,
-      "cp1258 1258", nullptr, nullptr },
+      "cp1258 1258", MAPPED( MsftCp1258 ) },
     { "QV_CHARSET_UTF_8", "UTF-8", 65001,
       "cp65001 65001", qv___CharsetUtf8CharSourceCreate, qv___CharsetUtf8CharSinkCreate },
     { "QV_CHARSET_UTF_16", "UTF-16", NO_CODE_PAGE,
@@ -278,18 +285,24 @@ QV_CHAR_SOURCE *qvCharsetCreateCharSource( QV_BYTE_SOURCE *byteSource, QV_INT ch
 {
     QV_CHECK( byteSource );
     QV_CHECK( QV_CHARSET_OK( charset ) );
-    QV_CHECK( charsets[charset].createCharSource );
 
-    return charsets[charset].createCharSource( byteSource, qvCharsetFlagsNormalize( flags ) );
+    const Charset &row = charsets[charset];
+    flags              = qvCharsetFlagsNormalize( flags );
+
+    return row.byteToChar ? qv___CharsetMapCharSourceCreate( byteSource, flags, row.byteToChar )
+                          : row.createCharSource( byteSource, flags );
 }
 
 QV_CHAR_SINK *qvCharsetCreateCharSink( QV_BYTE_SINK *byteSink, QV_INT charset, QV_INT flags )
 {
     QV_CHECK( byteSink );
     QV_CHECK( QV_CHARSET_OK( charset ) );
-    QV_CHECK( charsets[charset].createCharSink );
 
-    return charsets[charset].createCharSink( byteSink, qvCharsetFlagsNormalize( flags ) );
+    const Charset &row = charsets[charset];
+    flags              = qvCharsetFlagsNormalize( flags );
+
+    return row.charToByte ? qv___CharsetMapCharSinkCreate( byteSink, flags, row.charToByte )
+                          : row.createCharSink( byteSink, flags );
 }
 
 QV_STRING *qvCharsetBufferToString( QV_INT charset, QV_BUFFER *buffer )

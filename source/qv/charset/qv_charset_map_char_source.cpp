@@ -1,0 +1,69 @@
+#include "qv/charset/qv_charset_codec_private.h"
+#include "qv/charset/qv_charset_map_private.h"
+#include "qv/io/qv_char_source_private.h"
+
+// Asked once for every byte, the map function is a table from then on.
+struct QV___CHARSET_MAP_CHAR_SOURCE_CLOSURE : qv::CodecSource
+{
+    QV_CHAR chars[256]; // NONE where there is no character
+};
+
+QV___FAMILY(
+    ___CharsetMapCharSourceClosure, QV___CHARSET_MAP_CHAR_SOURCE_CLOSURE, qv::freeCodecSource, nullptr, nullptr )
+
+namespace
+{
+using Source = QV___CHARSET_MAP_CHAR_SOURCE_CLOSURE;
+
+const QV_CHAR NONE = 0xFFFFFFFF;
+
+QV_BOOL readChars( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT *charsRead )
+{
+    Source *csc = static_cast< Source * >( closure );
+
+    while( *charsRead < maxCharCount )
+    {
+        if( csc->left() == 0 && !qv::refillCache( csc ) )
+            return qv::endOfBytes( csc );
+
+        const uint8_t *in  = csc->cache + csc->cachePos;
+        const uint8_t *end = in + std::min( csc->left(), maxCharCount - *charsRead );
+        QV_CHAR       *out = chars + *charsRead;
+        bool           ok  = true;
+
+        while( ok && in < end )
+        {
+            QV_CHAR ch = csc->chars[*in++];
+
+            if( ch != NONE )
+                *out++ = ch;
+            else
+                ok = qv::putInvalid( csc, &out );
+        }
+
+        csc->cachePos = in - csc->cache;
+        *charsRead    = out - chars;
+
+        if( !ok )
+            return QV_FALSE;
+    }
+
+    return QV_TRUE;
+}
+} // namespace
+
+QV_CHAR_SOURCE *qv___CharsetMapCharSourceCreate(
+    QV_BYTE_SOURCE *byteSource, QV_INT flags, QV___CHARSET_BYTE_TO_CHAR_FUNC mapFunc )
+{
+    QV_CHECK( byteSource );
+    QV_CHECK( mapFunc );
+
+    qv::Ref< Source > csc(
+        qv::createCodecSource< Source >( qv___CharsetMapCharSourceClosureSort(), byteSource, flags ) );
+
+    for( int byte = 0; byte < 256; byte++ )
+        if( !mapFunc( static_cast< uint8_t >( byte ), &csc->chars[byte] ) )
+            csc->chars[byte] = NONE;
+
+    return qv::createCharSource( qv::readString< readChars, 1 >, readChars, csc.get() );
+}
