@@ -696,10 +696,18 @@ void qvDictClear( QV_DICT **dict )
     qv::assign( dict, qvDictCreate() );
 }
 
-void qv::appendToDict( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value )
+QV_INT qv::searchDict( QV_DICT *dict, QV_OBJ *key, bool *found )
+{
+    Place place = find( dict, key );
+    *found      = place.found;
+
+    return place.index;
+}
+
+void qv::insertIntoDict( QV_DICT **dict, QV_INT idx, QV_OBJ *key, QV_OBJ *value )
 {
     makePrivate( dict, qvDictCreateFrom );
-    insertItem( *dict, { ( *dict )->length, false, false, 0 }, { key, value, 0 } );
+    insertItem( *dict, { idx, false }, { key, value, 0 } );
 }
 
 void qv___DictClear( QV_DICT **dict )

@@ -42,8 +42,11 @@ QV_API void qv___DictClear( QV_DICT **dict );
 
 namespace qv
 {
-/** Enters a key that is greater than all there are, without a search. Takes over both references. */
-void appendToDict( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value );
+/** Where a key stands or, with `*found` false, the item in front of which it would. */
+QV_INT searchDict( QV_DICT *dict, QV_OBJ *key, bool *found );
+
+/** Enters a new key in front of the item where it belongs. Takes over both references. */
+void insertIntoDict( QV_DICT **dict, QV_INT idx, QV_OBJ *key, QV_OBJ *value );
 } // namespace qv
 
 #endif

@@ -79,26 +79,36 @@ using Table = QV_DICT *QV_STORE::*;
 const Table VALUES = &QV_STORE::values;
 const Table STORES = &QV_STORE::stores;
 
-// Appends an entry whose address is greater than all there are. Takes over three references to the address and one to
-// the value.
-void append( QV_STORE *store, Table table, QV_STRING *address, QV_OBJ *value )
-{
-    qv::appendToDict( &store->addresses, address, address );
-    qv::appendToDict( &( store->*table ), address, value );
-}
-
 QV_STRING *lastKey( QV_DICT *dict )
 {
     return static_cast< QV_STRING * >( dict->items[dict->length - 1].key );
 }
 
+// Enters a new address in front of that at `idx`. Takes over three references to the address and one to the value.
+void insert( QV_STORE *store, Table table, QV_INT idx, QV_STRING *address, QV_OBJ *value )
+{
+    QV_DICT *&dict    = store->*table;
+    QV_INT    dictIdx = idx;
+    bool      found;
+
+    // Where all addresses have an entry of this kind, it goes to the same place.
+    if( dict->length != store->addresses->length )
+        dictIdx = qv::searchDict( dict, address, &found );
+
+    qv::insertIntoDict( &store->addresses, idx, address, address );
+    qv::insertIntoDict( &dict, dictIdx, address, value );
+}
+
 // Sets an entry of the values or the stores of a store that nobody else holds.
 void enter( QV_STORE *store, Table table, QV_STRING *address, QV_OBJ *value )
 {
-    if( store->addresses->length == 0 || qvObjCompare( lastKey( store->addresses ), address ) < 0 )
+    bool   found;
+    QV_INT idx = qv::searchDict( store->addresses, address, &found );
+
+    if( !found )
     {
         qv___AtomicAdd32( &address->retainCount, 3 );
-        append( store, table, address, qv::retain( value ) );
+        insert( store, table, idx, address, qv::retain( value ) );
         return;
     }
 
@@ -425,29 +435,30 @@ private:
     {
         QV_STORE  *store     = stores_[level];
         QV_DICT   *addresses = store->addresses;
-        QV_STRING *address;
+        QV_STRING *address   = addressOf( level, table, text );
+        QV_INT     idx       = addresses->length;
+        bool       found     = false;
 
-        if( addresses->length == 0 || order( lastKey( addresses ), text ) < 0 )
+        if( idx > 0 && order( lastKey( addresses ), text ) >= 0 )
+            idx = qv::searchDict( addresses, address, &found );
+
+        if( !found )
         {
-            address = addressOf( level, table, text );
             qv___AtomicAdd32( &address->retainCount, 2 );
-            append( store, table, address, value );
+            insert( store, table, idx, address, value );
+            return address;
         }
-        else
-        {
-            QV_INT idx = search( addresses, text );
 
-            address = idx < 0 ? addressOf( level, table, text )
-                              : qv::retain( static_cast< QV_STRING * >( addresses->items[idx].key ) );
-            enter( store, table, address, value );
-            qv::release( address );
-            qv::release( value );
-        }
+        qv::release( address );
+        address = static_cast< QV_STRING * >( addresses->items[idx].key );
+        enter( store, table, address, value );
+        qv::release( value );
 
         return address;
     }
 
     // Addresses repeat from record to record: then the one at the same place of the sub-store before serves again.
+    // The first that does not ends it.
     template< class Unit >
     QV_STRING *addressOf( QV_INT level, Table table, Span< Unit > text )
     {
@@ -462,6 +473,8 @@ private:
                 if( order( address, text ) == 0 )
                     return qv::retain( address );
             }
+
+            before_[level] = nullptr;
         }
 
         return stringOf( text );
