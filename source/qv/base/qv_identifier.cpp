@@ -4,7 +4,6 @@
 #include "qv/base/qv_random.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
-#include "qv/charset/qv_charset.h"
 #include "qv/runtime/qv_ref.h"
 
 struct QV_IDENTIFIER : QV_OBJ
@@ -87,9 +86,15 @@ QV_IDENTIFIER *qvIdentifierTryCreateFromString( QV_STRING *qvs )
 QV_IDENTIFIER *qvIdentifierTryCreateFromBuffer( QV_BUFFER *buffer )
 {
     QV_CHECK( buffer );
-    qv::Ref< QV_STRING > text( qvCharsetBufferToString( QV_CHARSET_ASCII, buffer ) );
 
-    return text ? qvIdentifierTryCreateFromString( text ) : nullptr;
+    if( qvBufferLength( buffer ) != DIGITS )
+        return nullptr;
+
+    // UTF-8 is ASCII wherever this can be an Identifier.
+    qv::Ref< QV_STRING > text(
+        qvStringCreateFromCstr( reinterpret_cast< const char * >( qvBufferBacking( buffer ) ), DIGITS ) );
+
+    return qvIdentifierTryCreateFromString( text );
 }
 
 QV_BUFFER *qvIdentifierBuffer( QV_IDENTIFIER *ident )

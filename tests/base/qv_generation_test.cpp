@@ -1,0 +1,136 @@
+#include "qv_test_support.h"
+
+#include "qv/base/qv_generation.h"
+#include "qv/base/qv_generation_mutex.h"
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+#include <vector>
+
+using qv::Ref;
+using namespace qv::test;
+
+using Generation = Ref< QV_GENERATION >;
+
+namespace
+{
+Generation childOf( QV_GENERATION *parent )
+{
+    return Generation( qvGenerationCreateWithParent( parent ) );
+}
+} // namespace
+
+TEST( Generation, KnowsItsFamily )
+{
+    Generation root( qvGenerationCreate() );
+    Generation other( qvGenerationCreate() );
+    Generation first  = childOf( root );
+    Generation second = childOf( root );
+    Generation deep   = childOf( second );
+
+    std::string number = textOf( root.get() );
+    EXPECT_EQ( std::to_string( std::stoi( number ) + 1 ), textOf( other.get() ) );
+    EXPECT_EQ( number + ":0", textOf( first.get() ) );
+    EXPECT_EQ( number + ":1", textOf( second.get() ) );
+    EXPECT_EQ( number + ":1:0", textOf( deep.get() ) );
+
+    // In the order of age; beside each one its ancestors, the parent first.
+    struct
+    {
+        QV_GENERATION                 *generation;
+        std::vector< QV_GENERATION * > ancestors;
+    } const ALL[] = { { root, {} }, { first, { root } }, { second, { root } }, { deep, { second, root } }, { other, {} } };
+
+    for( const auto &a : ALL )
+    {
+        Generation parent( qvGenerationParent( a.generation ) );
+        EXPECT_EQ( a.ancestors.empty() ? nullptr : a.ancestors[0], parent.get() );
+        EXPECT_EQ( !a.ancestors.empty(), qvGenerationHasParent( a.generation ) );
+
+        for( const auto &b : ALL )
+        {
+            bool isParent   = !b.ancestors.empty() && b.ancestors[0] == a.generation;
+            bool isAncestor = std::count( b.ancestors.begin(), b.ancestors.end(), a.generation ) > 0;
+            EXPECT_EQ( isParent, qvGenerationIsParent( a.generation, b.generation ) );
+            EXPECT_EQ( isParent, qvGenerationIsChild( b.generation, a.generation ) );
+            EXPECT_EQ( isAncestor, qvGenerationIsAncestor( a.generation, b.generation ) );
+            EXPECT_EQ( isAncestor, qvGenerationIsDescendant( b.generation, a.generation ) );
+            EXPECT_EQ( &a < &b, qvGenerationIsOlder( a.generation, b.generation ) );
+            EXPECT_EQ( &a > &b, qvGenerationIsYounger( a.generation, b.generation ) );
+        }
+    }
+
+    // A child keeps its parents alive.
+    root.reset();
+    second.reset();
+    EXPECT_EQ( number + ":1", take( qvGenerationToString( Generation( qvGenerationParent( deep ) ) ) ) );
+    EXPECT_EQ( number + ":1:1", textOf( childOf( Generation( qvGenerationParent( deep ) ) ).get() ) );
+
+    EXPECT_BROKEN( qvGenerationCreateWithParent( nullptr ), "parentGeneration" );
+    EXPECT_BROKEN( qvGenerationIsChild( deep, nullptr ), "otherGeneration" );
+    EXPECT_BROKEN( qvGenerationIsOlder( nullptr, deep ), "genA" );
+}
+
+TEST( Generation, MutexKeepsDescendantsOut )
+{
+    Ref< QV_GENERATION_MUTEX > mutex( qvGenerationMutexCreate() );
+    Generation                 root( qvGenerationCreate() );
+    Generation                 child  = childOf( root );
+    Generation                 deep   = childOf( child );
+    Generation                 sister = childOf( root );
+
+    EXPECT_TRUE( qvGenerationMutexTryRegister( mutex, child ) );
+    EXPECT_FALSE( qvGenerationMutexTryRegister( mutex, child ) );
+    EXPECT_FALSE( qvGenerationMutexTryRegister( mutex, deep ) );
+    EXPECT_TRUE( qvGenerationMutexTryRegister( mutex, sister ) );
+    EXPECT_TRUE( qvGenerationMutexTryRegister( mutex, root ) );
+    qvGenerationMutexUnregister( mutex, child );
+    qvGenerationMutexUnregister( mutex, child );
+    EXPECT_FALSE( qvGenerationMutexTryRegister( mutex, deep ) );
+    qvGenerationMutexUnregister( mutex, root );
+    EXPECT_TRUE( qvGenerationMutexTryRegister( mutex, deep ) );
+    EXPECT_BROKEN( qvGenerationMutexTryRegister( nullptr, root ), "mutex" );
+}
+
+TEST( Generation, ThreadsNeverShareANumber )
+{
+    const size_t THREADS = 4, COUNT = 500;
+
+    Generation                 parent( qvGenerationCreate() );
+    Ref< QV_GENERATION_MUTEX > mutex( qvGenerationMutexCreate() );
+    std::vector< std::string > texts( 2 * THREADS * COUNT );
+    std::atomic< int >         inside = 0, most = 0, entered = 0;
+    {
+        std::vector< std::jthread > threads;
+
+        for( size_t t = 0; t < THREADS; t++ )
+            threads.emplace_back(
+                [&, t]
+                {
+                    for( size_t i = 0; i < COUNT; i++ )
+                    {
+                        Generation root( qvGenerationCreate() );
+                        Generation child               = childOf( parent );
+                        texts[2 * ( t * COUNT + i )]     = textOf( root.get() );
+                        texts[2 * ( t * COUNT + i ) + 1] = textOf( child.get() );
+
+                        // One at a time is in with the parent.
+                        if( qvGenerationMutexTryRegister( mutex, parent ) )
+                        {
+                            int now = ++inside;
+                            entered++;
+                            most = std::max( most.load(), now );
+                            --inside;
+                            qvGenerationMutexUnregister( mutex, parent );
+                        }
+                    }
+                } );
+    }
+
+    std::sort( texts.begin(), texts.end() );
+    EXPECT_EQ( texts.end(), std::adjacent_find( texts.begin(), texts.end() ) );
+    EXPECT_EQ( textOf( parent.get() ) + ":" + std::to_string( THREADS * COUNT ), textOf( childOf( parent ).get() ) );
+    EXPECT_EQ( 1, most );
+    EXPECT_GT( entered, 0 );
+}
