@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_buffer_private.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/sys/qv_mem.h"
 
@@ -288,8 +289,8 @@ QV_STRING *toString( QV_OBJ *thisObj )
     const uint8_t *bytes  = qv::bytes( buf );
     uint64_t       length = whole + ( rest != 0 ); // bytes to print, each two digits and a blank or the bracket
     QV_INT         size   = static_cast< QV_INT >( 1 + 3 * length + ( length == 0 ? 1 : 0 ) + ( rest ? 2 : 0 ) );
-    QV_CHAR       *chars  = static_cast< QV_CHAR * >( qvMemAllocN( size, sizeof( QV_CHAR ) ) );
-    QV_CHAR       *to     = chars;
+    QV_STRING     *result = qv::createString( size );
+    QV_CHAR       *to     = result->chars;
 
     *to++ = U'[';
 
@@ -312,7 +313,7 @@ QV_STRING *toString( QV_OBJ *thisObj )
 
     *to = U']';
 
-    return qvStringCreateFromCharsUse( chars, size );
+    return result;
 }
 } // namespace
 

@@ -4,6 +4,7 @@
 #include "qv/base/qv_buffer_private.h"
 #include "qv/base/qv_store.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_ref.h"
@@ -338,15 +339,12 @@ QV_BOOL qvDecoderTryDecodeString( QV_DECODER *dec, QV_STRING **value )
     if( length == 0 )
         return deliver( value, qvStringCreate() );
 
-    QV_CHAR *chars = static_cast< QV_CHAR * >( qvMemAllocN( length, sizeof( QV_CHAR ) ) );
+    qv::Ref< QV_STRING > result( qv::createString( length ) );
 
-    if( !readChars( dec, chars, length ) )
-    {
-        qvMemFree( chars );
+    if( !readChars( dec, result->chars, length ) )
         return fail( dec );
-    }
 
-    return deliver( value, qvStringCreateFromCharsUse( chars, length ) );
+    return deliver( value, result.give() );
 }
 
 QV_BOOL qvDecoderTryDecodeBuffer( QV_DECODER *dec, QV_BUFFER **value )

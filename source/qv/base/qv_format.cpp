@@ -54,18 +54,19 @@ QV_STRING *TextBuilder::give()
     if( length_ == 0 )
         return qvStringCreate();
 
-    if( chars_ == own_ || capacity_ != length_ )
+    // Nobody else has had the characters, which are proper ones.
+    if( chars_ == own_ )
+    {
+        QV_STRING *qvs = createString( length_ );
+        std::copy_n( own_, length_, qvs->chars );
+
+        return qvs;
+    }
+
+    if( capacity_ != length_ )
         resize( length_ );
 
-    // As a String is made of a block, but nobody else sees this one yet and its characters are known to be proper.
-    QV_STRING *qvs         = create< QV_STRING >( qvStringSort() );
-    qvs->length            = length_;
-    qvs->fspace            = 0;
-    qvs->bspace            = 0;
-    qvs->chars             = std::exchange( chars_, own_ );
-    qvs->dbgAllocationSize = length_ * static_cast< QV_INT >( sizeof( QV_CHAR ) );
-
-    return qvs;
+    return createStringUse( std::exchange( chars_, own_ ), length_ );
 }
 } // namespace qv
 
@@ -435,7 +436,7 @@ void qv::encodeReal( TextBuilder &text, QV_REAL value, QV_INT base, QV_INT minWi
 
 QV_STRING *qvFormatEncodeBool( QV_BOOL value, QV_INT minWidth, QV_INT flags )
 {
-    qv::TextBuilder text( qv::TextBuilder::OnePiece{} );
+    qv::TextBuilder text;
     qv::encodeBool( text, value, minWidth, flags );
 
     return text.give();
@@ -443,7 +444,7 @@ QV_STRING *qvFormatEncodeBool( QV_BOOL value, QV_INT minWidth, QV_INT flags )
 
 QV_STRING *qvFormatEncodeInt( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT flags )
 {
-    qv::TextBuilder text( qv::TextBuilder::OnePiece{} );
+    qv::TextBuilder text;
     qv::encodeInt( text, value, base, minWidth, flags );
 
     return text.give();
@@ -451,7 +452,7 @@ QV_STRING *qvFormatEncodeInt( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT
 
 QV_STRING *qvFormatEncodeReal( QV_REAL value, QV_INT base, QV_INT minWidth, QV_INT precision, QV_INT flags )
 {
-    qv::TextBuilder text( qv::TextBuilder::OnePiece{} );
+    qv::TextBuilder text;
     qv::encodeReal( text, value, base, minWidth, precision, flags );
 
     return text.give();
@@ -464,7 +465,7 @@ QV_STRING *qvFormatEncodeChars( const QV_CHAR *src, QV_INT srcLength, QV_INT min
     QV_CHECK( minWidth >= 0 );
     QV_CHECK( qvCharsAllOk( src, srcLength ) );
 
-    qv::TextBuilder text( qv::TextBuilder::OnePiece{} );
+    qv::TextBuilder text;
     std::copy_n( src, srcLength, qv::encodePadding( text, srcLength, minWidth, flags ) );
 
     return text.give();

@@ -20,17 +20,7 @@ namespace qv
 class TextBuilder
 {
 public:
-    /** For many pieces: a short text is kept here. */
-    TextBuilder() : capacity_( sizeof( own_ ) / sizeof( QV_CHAR ) )
-    {
-    }
-
-    struct OnePiece
-    {
-    };
-
-    /** For one piece, which gets a block of its size. */
-    explicit TextBuilder( OnePiece ) : capacity_( 0 )
+    TextBuilder()
     {
     }
 
@@ -78,10 +68,10 @@ private:
     void grow( QV_INT count );
     void freeBlock();
 
-    QV_CHAR *chars_  = own_;
-    QV_INT   length_ = 0;
-    QV_INT   capacity_;
-    QV_CHAR  own_[256];
+    QV_CHAR *chars_    = own_;
+    QV_INT   length_   = 0;
+    QV_INT   capacity_ = 256;
+    QV_CHAR  own_[256]; // a short text is kept here
 };
 
 /** The engine with a format of characters, and of text from outside. */

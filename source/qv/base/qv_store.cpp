@@ -248,30 +248,16 @@ QV_CHAR *allocateChars( QV_INT count )
     return static_cast< QV_CHAR * >( qvMemAllocN( count, sizeof( QV_CHAR ) ) );
 }
 
-// A String that takes over `chars`, all of them characters. Reading documents is mostly this, so it does without what
-// only an object needs that others have seen already.
-QV_STRING *createString( QV_CHAR *chars, QV_INT length )
-{
-    QV_STRING *qvs = qv::create< QV_STRING >( qvStringSort() );
-    qvs->length    = length;
-    qvs->fspace    = 0;
-    qvs->bspace    = 0;
-    qvs->chars     = chars;
-    __atomic_store_n( &qvs->dbgAllocationSize, length * (QV_INT)sizeof( QV_CHAR ), __ATOMIC_RELAXED );
-
-    return qvs;
-}
-
 template< class Unit >
 QV_STRING *stringOf( Span< Unit > text )
 {
     if( text.length() == 0 )
         return qvStringCreate();
 
-    QV_CHAR *chars = allocateChars( text.length() );
-    std::copy( text.begin, text.end, chars );
+    QV_STRING *qvs = qv::createString( text.length() );
+    std::copy( text.begin, text.end, qvs->chars );
 
-    return createString( chars, text.length() );
+    return qvs;
 }
 
 // The order of an address against a text: -1, 0 or 1.
@@ -335,7 +321,7 @@ QV_STRING *stringToUnescape( Span< Unit > text )
 
     chars = static_cast< QV_CHAR * >( qvMemReallocN( chars, length, sizeof( QV_CHAR ) ) );
 
-    return createString( chars, length );
+    return qv::createStringUse( chars, length );
 }
 
 /* Reading lines -------------------------------------------------------------------------------------------------- */

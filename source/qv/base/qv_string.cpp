@@ -7,6 +7,7 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_obj.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_chars.h"
 #include "qv/sys/qv_chars_private.h"
@@ -16,11 +17,15 @@
 #include "qv/unicode/qv_unicode_normalizer_private.h"
 #include "qv/unicode/qv_unicode_tables_private.h"
 
+#include <string.h>
+#include <wchar.h>
+
 QV_STRING *qv___StringEmpty = nullptr;
 
 namespace
 {
-const QV_INT OVERSIZED = 64; // an end with more free places than this is given back
+const QV_INT OVERSIZED = 64;  // an end with more free places than this is given back
+const QV_INT EMBEDDED  = 512; // a block of so many characters at most is allocated with its String
 
 // Declares the block to the object frame. Whoever changes the block is alone with the String, so that a plain store
 // does what qv___ObjDbgSetAllocationSizeN() does with a locked instruction; the block's own size has been checked.
@@ -35,11 +40,6 @@ QV_CHAR *allocate( QV_INT count )
     return static_cast< QV_CHAR * >( qvMemAllocN( count, sizeof( QV_CHAR ) ) );
 }
 
-QV_CHAR *reallocate( QV_CHAR *chars, QV_INT count )
-{
-    return static_cast< QV_CHAR * >( qvMemReallocN( chars, count, sizeof( QV_CHAR ) ) );
-}
-
 void copyChars( QV_CHAR *dest, const QV_CHAR *src, QV_INT count )
 {
     qvMemCopyN( dest, src, count, sizeof( QV_CHAR ) );
@@ -50,6 +50,12 @@ void moveChars( QV_CHAR *dest, const QV_CHAR *src, QV_INT count )
     qvMemMoveN( dest, src, count, sizeof( QV_CHAR ) );
 }
 
+// Where a block stands that was allocated with its String.
+QV_CHAR *embedded( QV_STRING *qvs )
+{
+    return reinterpret_cast< QV_CHAR * >( qvs + 1 );
+}
+
 QV_STRING *createWithoutBlock()
 {
     QV_STRING *qvs = qv::create< QV_STRING >( qvStringSort() );
@@ -57,8 +63,67 @@ QV_STRING *createWithoutBlock()
     qvs->fspace    = 0;
     qvs->bspace    = 0;
     qvs->chars     = nullptr;
+    qvs->blockSize = 0;
 
     return qvs;
+}
+
+// A String of undefined characters, and with so many free places at each end. The sum is above 0.
+QV_STRING *createWithBlock( QV_INT length, QV_INT space )
+{
+    QV_INT     places = length + 2 * space;
+    bool       embeds = places <= EMBEDDED;
+    QV_INT     extra  = embeds ? places * QV_INT( sizeof( QV_CHAR ) ) : 0;
+    QV_CHAR   *block  = embeds ? nullptr : allocate( places );
+    QV_OBJ    *object = qv::createWithRoom( sizeof( QV_STRING ), extra, qvStringSort() );
+    QV_STRING *qvs    = static_cast< QV_STRING * >( object );
+    qvs->length       = length;
+    qvs->fspace       = space;
+    qvs->bspace       = space;
+    qvs->chars        = embeds ? embedded( qvs ) : block;
+    qvs->blockSize    = places;
+    account( qvs );
+
+    return qvs;
+}
+
+// A String of `count` characters in a block with the free places that a new one has.
+QV_STRING *createWithSpace( QV_INT count )
+{
+    static_assert( QV_STRING_FSPACE == QV_STRING_BSPACE );
+    QV_CHECK( QV_INT_ADD_OK( QV_STRING_FSPACE + QV_STRING_BSPACE, count ) );
+
+    return createWithBlock( count, QV_STRING_FSPACE );
+}
+
+// The memory at `chars`, if it is an allocation of its own.
+void freeBlock( QV_STRING *qvs )
+{
+    if( qvs->chars != embedded( qvs ) )
+        qvMemFree( qvs->chars );
+}
+
+// Sees to memory for `places` characters. What is in the block stays where it is in it.
+void growBlock( QV_STRING *qvs, QV_INT places )
+{
+    if( places <= qvs->blockSize )
+        return;
+
+    // Half of it more, unless that is no size any more: then the allocation is the one to say so.
+    QV_INT size = QV_INT_MUL_OK( places, 8 ) ? places + places / 2 : places;
+
+    if( qvs->chars == embedded( qvs ) )
+    {
+        QV_CHAR *block = allocate( size );
+        copyChars( block, qvs->chars, qvs->blockSize );
+        qvs->chars = block;
+    }
+    else
+    {
+        qvs->chars = static_cast< QV_CHAR * >( qvMemReallocN( qvs->chars, size, sizeof( QV_CHAR ) ) );
+    }
+
+    qvs->blockSize = size;
 }
 
 QV_INT leadingWhiteSpace( QV_STRING *qvs )
@@ -105,11 +170,8 @@ void freeString( QV_OBJ *thisObj )
 
     QV_STRING *qvs = qvStringFrom( thisObj );
 
-    if( qvs->chars )
-    {
-        qvMemFree( qvs->chars );
-        qvs->dbgAllocationSize = 0; // without an atomic operation, since nobody else is left
-    }
+    freeBlock( qvs );
+    qvs->dbgAllocationSize = 0; // without an atomic operation, since nobody else is left
 }
 
 QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
@@ -161,10 +223,11 @@ QV_CHAR *qv___StringMakeRoom( QV_STRING *qvs, QV_INT atIndex, QV_INT count )
     {
         QV_CHECK( QV_INT_ADD_OK( QV_STRING_FSPACE + QV_STRING_BSPACE, count ) );
 
-        qvs->chars  = allocate( QV_STRING_FSPACE + QV_STRING_BSPACE + count );
-        qvs->length = count;
-        qvs->fspace = QV_STRING_FSPACE;
-        qvs->bspace = QV_STRING_BSPACE;
+        qvs->blockSize = QV_STRING_FSPACE + QV_STRING_BSPACE + count;
+        qvs->chars     = allocate( qvs->blockSize );
+        qvs->length    = count;
+        qvs->fspace    = QV_STRING_FSPACE;
+        qvs->bspace    = QV_STRING_BSPACE;
         account( qvs );
 
         return qv::chars( qvs );
@@ -195,7 +258,7 @@ QV_CHAR *qv___StringMakeRoom( QV_STRING *qvs, QV_INT atIndex, QV_INT count )
             QV_CHECK( QV_INT_ADD_OK( qvs->fspace + qvs->length, count ) );
             QV_CHECK( QV_INT_ADD_OK( qvs->fspace + qvs->length + count, QV_STRING_BSPACE ) );
 
-            qvs->chars  = reallocate( qvs->chars, qvs->fspace + length + count + QV_STRING_BSPACE );
+            growBlock( qvs, qvs->fspace + length + count + QV_STRING_BSPACE );
             qvs->bspace = QV_STRING_BSPACE;
             qvs->length += count;
             account( qvs );
@@ -237,7 +300,7 @@ QV_CHAR *qv___StringMakeRoom( QV_STRING *qvs, QV_INT atIndex, QV_INT count )
     QV_CHECK( QV_INT_ADD_OK( QV_STRING_FSPACE + QV_STRING_BSPACE, qvs->length ) );
     QV_CHECK( QV_INT_ADD_OK( QV_STRING_FSPACE + QV_STRING_BSPACE + qvs->length, count ) );
 
-    qvs->chars    = reallocate( qvs->chars, length + count + QV_STRING_FSPACE + QV_STRING_BSPACE );
+    growBlock( qvs, length + count + QV_STRING_FSPACE + QV_STRING_BSPACE );
     QV_CHAR *from = qvs->chars + qvs->fspace;
     QV_CHAR *to   = qvs->chars + QV_STRING_FSPACE;
     moveChars( to + ( atIndex == 0 ? count : 0 ), from, length );
@@ -262,77 +325,119 @@ void qv___StringCompact( QV_STRING *qvs )
 
     if( qvs->length == 0 )
     {
-        qvMemFree( qvs->chars );
-        qvs->chars  = nullptr;
-        qvs->fspace = 0;
-        qvs->bspace = 0;
+        freeBlock( qvs );
+        qvs->chars     = nullptr;
+        qvs->blockSize = 0;
+        qvs->fspace    = 0;
+        qvs->bspace    = 0;
         account( qvs );
         return;
     }
 
     QV_CHECK( QV_INT_ADD_OK( QV_STRING_FSPACE + QV_STRING_BSPACE, qvs->length ) );
 
-    QV_CHAR *block = allocate( qvs->length + QV_STRING_FSPACE + QV_STRING_BSPACE );
-    copyChars( block + QV_STRING_FSPACE, qv::chars( qvs ), qvs->length );
-    qvMemFree( qvs->chars );
-    qvs->chars  = block;
+    QV_INT places = qvs->length + QV_STRING_FSPACE + QV_STRING_BSPACE;
+
+    if( places <= qvs->blockSize && qvs->blockSize <= places + places / 2 )
+    {
+        // The memory is little more than the block has to have.
+        if( qvs->fspace != QV_STRING_FSPACE )
+            moveChars( qvs->chars + QV_STRING_FSPACE, qv::chars( qvs ), qvs->length );
+    }
+    else
+    {
+        QV_CHAR *block = allocate( places );
+        copyChars( block + QV_STRING_FSPACE, qv::chars( qvs ), qvs->length );
+        freeBlock( qvs );
+        qvs->chars     = block;
+        qvs->blockSize = places;
+    }
+
     qvs->fspace = QV_STRING_FSPACE;
     qvs->bspace = QV_STRING_BSPACE;
     account( qvs );
 }
 
-/* Creation ------------------------------------------------------------------------------------------------------- */
-
-namespace
+QV_STRING *qv::createString( QV_INT count )
 {
-// A String with a block of its own, exactly as long as the text.
-QV_STRING *createWithBlock( QV_CHAR *block, QV_INT length )
+    return createWithBlock( count, 0 );
+}
+
+QV_STRING *qv::createStringUse( QV_CHAR *block, QV_INT length )
 {
     QV_STRING *qvs = createWithoutBlock();
     qvs->chars     = block;
+    qvs->blockSize = length;
     qvs->length    = length;
     account( qvs );
 
     return qvs;
 }
 
-// A String with a copy of good characters in a block of its own, exactly as long as the text.
+/* Creation ------------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+// A String with a copy of good characters in a block exactly as long as the text.
 QV_STRING *createExactCopy( const QV_CHAR *chs, QV_INT count )
 {
     if( count == 0 )
         return qvStringCreate();
 
-    QV_CHAR *block = allocate( count );
-    copyChars( block, chs, count );
+    QV_STRING *qvs = qv::createString( count );
+    copyChars( qvs->chars, chs, count );
 
-    return createWithBlock( block, count );
+    return qvs;
 }
 
 // A String with a copy of good characters, and with free places unless there are none.
 QV_STRING *createCopy( const QV_CHAR *chs, QV_INT count )
 {
-    QV_STRING *qvs = createWithoutBlock();
+    if( count == 0 )
+        return createWithoutBlock();
 
-    if( count > 0 )
-        copyChars( qv___StringMakeRoom( qvs, 0, count ), chs, count );
+    QV_STRING *qvs = createWithSpace( count );
+    copyChars( qv::chars( qvs ), chs, count );
 
     return qvs;
 }
 
-// Decodes twice: first to learn the length, then into a block of just that length.
+QV_INT unitsOf( const char *text )
+{
+    return static_cast< QV_INT >( strlen( text ) );
+}
+
+QV_INT unitsOf( const wchar_t *text )
+{
+    return static_cast< QV_INT >( wcslen( text ) );
+}
+
+// Decodes into a block of just the length of the result. A long text is decoded once more to learn that.
 template< class Unit >
 QV_STRING *
 createDecoded( QV_INT ( *convert )( QV_CHAR *, QV_INT, const Unit *, QV_INT ), const Unit *text, QV_INT length )
 {
+    const QV_INT SHORT = 128;
+
+    if( text && length == -1 )
+        length = unitsOf( text );
+
+    // No form gives more characters than it has units.
+    if( length >= 0 && length <= SHORT )
+    {
+        QV_CHAR chs[SHORT];
+        return createExactCopy( chs, convert( chs, SHORT, text, length ) );
+    }
+
     QV_INT count = convert( nullptr, 0, text, length );
 
     if( count == 0 )
         return qvStringCreate();
 
-    QV_CHAR *block = allocate( count );
-    convert( block, count, text, length );
+    QV_STRING *qvs = qv::createString( count );
+    convert( qvs->chars, count, text, length );
 
-    return createWithBlock( block, count );
+    return qvs;
 }
 } // namespace
 
@@ -380,15 +485,15 @@ QV_STRING *qvStringCreateFromOuter( QV_STRING *src, QV_INT offset, QV_INT count 
     QV_CHECK( QV_INT_ADD_OK( offset, count ) );
     QV_CHECK( offset + count <= src->length );
 
-    QV_STRING *qvs  = createWithoutBlock();
-    QV_INT     left = src->length - count;
+    QV_INT left = src->length - count;
 
-    if( left > 0 )
-    {
-        QV_CHAR *to = qv___StringMakeRoom( qvs, 0, left );
-        copyChars( to, qv::chars( src ), offset );
-        copyChars( to + offset, qv::chars( src ) + offset + count, left - offset );
-    }
+    if( left == 0 )
+        return createWithoutBlock();
+
+    QV_STRING *qvs = createWithSpace( left );
+    QV_CHAR   *to  = qv::chars( qvs );
+    copyChars( to, qv::chars( src ), offset );
+    copyChars( to + offset, qv::chars( src ) + offset + count, left - offset );
 
     return qvs;
 }
@@ -399,7 +504,7 @@ QV_STRING *qvStringCreateFromCharsUse( QV_CHAR *chars, QV_INT length )
     QV_CHECK_AS( length == 0 || chars, "srcLength == 0 || src" );
     QV_CHECK_AS( qvCharsAllOk( chars, length ), "qvCharsAllOk( src, srcLength )" );
 
-    return length == 0 ? qvStringCreate() : createWithBlock( chars, length );
+    return length == 0 ? qvStringCreate() : qv::createStringUse( chars, length );
 }
 
 QV_STRING *qvStringCreateFromCharsCopy( const QV_CHAR *chars, QV_INT length )
@@ -531,8 +636,8 @@ void insertChars( QV_STRING **dest, QV_INT idx, const QV_CHAR *chs, QV_INT count
     }
 
     // A copy with the gap filled in one go.
-    QV_STRING *copy = createWithoutBlock();
-    QV_CHAR   *to   = qv___StringMakeRoom( copy, 0, old->length + count );
+    QV_STRING *copy = createWithSpace( old->length + count );
+    QV_CHAR   *to   = qv::chars( copy );
     copyChars( to, qv::chars( old ), idx );
     copyChars( to + idx, chs, count );
     copyChars( to + idx + count, qv::chars( old ) + idx, old->length - idx );
@@ -1002,8 +1107,8 @@ void qvStringTrim( QV_STRING **qvs )
 namespace
 {
 // Replaces the text by its mapping; `asciiFirst` is the first of the 26 letters of ASCII that change. Most texts keep
-// their length: the new String gets room for that, more by halves if a mapping is longer, and in the end an exact
-// block.
+// their length: the new String gets room for that, more by halves if a mapping is longer, and in the end the free
+// places of a new one.
 template< const uint8_t *blocks, const uint16_t *values, QV_CHAR asciiFirst >
 void mapCase( QV_STRING **qvs )
 {
@@ -1016,8 +1121,8 @@ void mapCase( QV_STRING **qvs )
     if( length == 0 )
         return;
 
-    QV_STRING *mapped = createWithoutBlock();
-    QV_CHAR   *to     = qv___StringMakeRoom( mapped, 0, length );
+    QV_STRING *mapped = createWithSpace( length );
+    QV_CHAR   *to     = qv::chars( mapped );
     QV_INT     count  = 0;
     QV_INT     i      = 0;
 
@@ -1089,13 +1194,9 @@ void mapCase( QV_STRING **qvs )
         }
     }
 
-    if( mapped->length != count || mapped->bspace != QV_STRING_BSPACE )
-    {
-        mapped->chars  = reallocate( mapped->chars, QV_STRING_FSPACE + count + QV_STRING_BSPACE );
-        mapped->length = count;
-        mapped->bspace = QV_STRING_BSPACE;
-        account( mapped );
-    }
+    mapped->length = count;
+    mapped->bspace = QV_STRING_BSPACE;
+    account( mapped );
 
     qv::assign( qvs, mapped );
 }

@@ -7,12 +7,16 @@
 #define QV_STRING_FSPACE 32
 #define QV_STRING_BSPACE 32
 
+/** The first three add up to the size of the block that the String accounts for; it changes by a constant. What is
+    really there may be up to half as large again, so that a run of appends does not reallocate every 32 characters. A
+    block that is made with the String stands behind the structure if it isn't large, in one allocation with it. */
 struct QV_STRING : QV_OBJ
 {
-    QV_INT   length; /**< characters of the text */
-    QV_INT   fspace; /**< free places in front of it */
-    QV_INT   bspace; /**< free places behind it */
-    QV_CHAR *chars;  /**< the block, or null; the text starts at chars[fspace] */
+    QV_INT   length;    /**< characters of the text */
+    QV_INT   fspace;    /**< free places in front of it */
+    QV_INT   bspace;    /**< free places behind it */
+    QV_CHAR *chars;     /**< the block, or null; the text starts at chars[fspace] */
+    QV_INT   blockSize; /**< characters that there is memory for at `chars` */
 };
 
 /** The one empty String of qvStringCreate(). */
@@ -31,6 +35,13 @@ inline QV_CHAR *chars( QV_STRING *qvs )
 {
     return qvs->chars + qvs->fspace;
 }
+
+/** A String of `count` undefined characters, above 0, without free places, which the caller fills with proper ones
+    before anybody else sees it. */
+QV_STRING *createString( QV_INT count );
+
+/** A String that takes over a block of `length` proper characters, above 0. */
+QV_STRING *createStringUse( QV_CHAR *block, QV_INT length );
 } // namespace qv
 
 #endif

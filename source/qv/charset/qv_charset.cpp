@@ -5,6 +5,7 @@
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_enum.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
 #include "qv/charset/qv_charset_map_private.h"
 #include "qv/charset/qv_charset_private.h"
 #include "qv/charset/qv_charset_utf_private.h"
@@ -177,12 +178,14 @@ QV_INT valueOr( QV_OBJ *found, QV_INT otherwise )
 void enterName( const char *ascii, QV_INT length, QV_BOXED_INT *charset )
 {
     // Folded here: qvStringToCaseFold() would leave every one of the names with room to grow.
-    QV_CHAR *folded = static_cast< QV_CHAR * >( qvMemAllocN( length, sizeof( QV_CHAR ) ) );
+    Ref< QV_STRING > name( qv::createString( length ) );
 
     for( QV_INT i = 0; i < length; i++ )
-        folded[i] = static_cast< QV_CHAR >( ascii[i] >= 'A' && ascii[i] <= 'Z' ? ascii[i] + ( 'a' - 'A' ) : ascii[i] );
+    {
+        char ch        = ascii[i];
+        name->chars[i] = static_cast< QV_CHAR >( ch >= 'A' && ch <= 'Z' ? ch + ( 'a' - 'A' ) : ch );
+    }
 
-    Ref< QV_STRING > name( qvStringCreateFromCharsUse( folded, length ) );
     qvDictSetStringKey( &qv___CharsetFromIanaNameDict, name, qvBoxedIntObj( charset ) );
 }
 

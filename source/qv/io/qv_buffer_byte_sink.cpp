@@ -2,7 +2,6 @@
 
 #include "qv/base/qv_buffer.h"
 #include "qv/io/qv_byte_sink_private.h"
-#include "qv/io/qv_growth_private.h"
 #include "qv/runtime/qv_ref.h"
 
 #include <algorithm>
@@ -26,7 +25,6 @@ QV_BOOL write( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCo
     QV_BUFFER_BYTE_SINK *bbs  = qvBufferByteSinkFrom( closure );
     QV_INT               fits = std::min( byteCount, qvBufferSpace( bbs->buffer ) );
 
-    qv::reserve( bbs->buffer, fits );
     qvBufferAppendInner( &bbs->buffer, buf, byteOffset, fits );
 
     return fits == byteCount;
@@ -37,7 +35,6 @@ QV_BOOL writeBytes( QV_OBJ *closure, const uint8_t *bytes, QV_INT byteCount )
     QV_BUFFER_BYTE_SINK *bbs  = qvBufferByteSinkFrom( closure );
     QV_INT               fits = std::min( byteCount, qvBufferSpace( bbs->buffer ) );
 
-    qv::reserve( bbs->buffer, fits );
     qvBufferAppendBytes( &bbs->buffer, bytes, fits );
 
     return fits == byteCount;
@@ -68,10 +65,6 @@ QV_BYTE_SINK *qvBufferByteSinkByteSink( QV_BUFFER_BYTE_SINK *bbs )
 QV_BUFFER *qvBufferByteSinkBuffer( QV_BUFFER_BYTE_SINK *bbs )
 {
     QV_CHECK( bbs );
-
-    // The empty Buffer is everybody's.
-    if( qv::isPrivate( bbs->buffer ) )
-        qv___BufferCompact( bbs->buffer );
 
     return std::exchange( bbs->buffer, qvBufferCreate() );
 }

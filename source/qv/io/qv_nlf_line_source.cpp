@@ -2,7 +2,6 @@
 
 #include "qv/base/qv_string.h"
 #include "qv/io/qv_char_source.h"
-#include "qv/io/qv_growth_private.h"
 #include "qv/io/qv_line_source_private.h"
 #include "qv/io/qv_nlf.h"
 #include "qv/io/qv_string_char_source.h"
@@ -116,15 +115,7 @@ void add( qv::Ref< QV_STRING > *line, const QV_CHAR *chars, QV_INT count )
         return;
     }
 
-    qv::reserve( *line, count );
     qvStringAppendChars( line->at(), chars, count );
-}
-
-// Hands the line out.
-QV_STRING *finish( qv::Ref< QV_STRING > *line )
-{
-    qv___StringCompact( *line );
-    return line->give();
 }
 
 QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
@@ -155,7 +146,7 @@ QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
                     add( &line, chars, 1 );
 
                 nls->charsOffset = nls->charsLength;
-                *result          = finish( &line );
+                *result          = line.give();
 
                 return QV_TRUE;
             }
@@ -172,7 +163,7 @@ QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
         {
             add( &line, chars + nls->charsOffset, at - nls->charsOffset );
             nls->charsOffset = at + terminatorLength;
-            *result          = finish( &line );
+            *result          = line.give();
 
             return QV_TRUE;
         }

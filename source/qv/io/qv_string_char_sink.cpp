@@ -2,7 +2,6 @@
 
 #include "qv/base/qv_string.h"
 #include "qv/io/qv_char_sink_private.h"
-#include "qv/io/qv_growth_private.h"
 #include "qv/runtime/qv_ref.h"
 
 #include <utility>
@@ -24,7 +23,6 @@ QV_BOOL write( QV_OBJ *closure, QV_STRING *qvs, QV_INT charOffset, QV_INT charCo
 {
     QV_STRING_CHAR_SINK *scs = qvStringCharSinkFrom( closure );
 
-    qv::reserve( scs->dest, charCount );
     qvStringAppendInner( &scs->dest, qvs, charOffset, charCount );
 
     return QV_TRUE;
@@ -34,7 +32,6 @@ QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
 {
     QV_STRING_CHAR_SINK *scs = qvStringCharSinkFrom( closure );
 
-    qv::reserve( scs->dest, charCount );
     qvStringAppendChars( &scs->dest, chars, charCount );
 
     return QV_TRUE;
@@ -65,8 +62,6 @@ QV_CHAR_SINK *qvStringCharSinkCharSink( QV_STRING_CHAR_SINK *scs )
 QV_STRING *qvStringCharSinkString( QV_STRING_CHAR_SINK *scs )
 {
     QV_CHECK( scs );
-
-    qv___StringCompact( scs->dest );
 
     return std::exchange( scs->dest, qvStringCreate() );
 }

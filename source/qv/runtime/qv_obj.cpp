@@ -136,9 +136,14 @@ void qv___ObjShutdown( void )
 
 QV_OBJ *qv___ObjCreate( QV_INT size, QV_SORT *sort )
 {
+    return qv::createWithRoom( size, 0, sort );
+}
+
+QV_OBJ *qv::createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort )
+{
     QV_CHECK( sort );
 
-    QV_OBJ *result = static_cast< QV_OBJ * >( qvMemAlloc( size ) );
+    QV_OBJ *result = static_cast< QV_OBJ * >( qvMemAlloc( size + extraBytes ) );
 
     result->type              = QV___OBJ_TYPE_OBJECT;
     result->sort              = sort;

@@ -11,10 +11,15 @@
 #define QV___KERNELS
 #endif
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 // Both directions have a plain loop, which knows all the rules, and in front of it, where the processor has the
 // instructions, a loop on whole vectors. That one finds out for many bytes or characters at once which have which
 // length, and converts four or eight characters with one shuffle, whatever their lengths are: a mixture of lengths
-// costs no mispredicted branches. What it meets that is not well formed it leaves to the plain loop.
+// costs no mispredicted branches. What it meets that is not well formed it leaves to the plain loop. What is too short
+// for it, and everything where it cannot run, goes through a loop on small vectors that only knows ASCII.
 
 namespace
 {
@@ -515,6 +520,73 @@ KERNEL void encodeBlocks( Encoder &e )
 }
 
 #endif
+
+#ifdef __SSE2__
+
+// 16 bytes at a time, as long as there is room for so many characters.
+void decodeAscii( Decoder &d )
+{
+    const __m128i zero = _mm_setzero_si128();
+
+    while( d.srcLength - d.i >= 16 && ( !d.dest || d.destLength - d.count >= 16 ) )
+    {
+        __m128i bytes = _mm_loadu_si128( reinterpret_cast< const __m128i * >( d.src + d.i ) );
+
+        if( _mm_movemask_epi8( bytes ) )
+        {
+            d.decodePlain( d.i + 16 );
+            continue;
+        }
+
+        if( d.dest )
+        {
+            __m128i *to   = reinterpret_cast< __m128i * >( d.dest + d.count );
+            __m128i  low  = _mm_unpacklo_epi8( bytes, zero );
+            __m128i  high = _mm_unpackhi_epi8( bytes, zero );
+            _mm_storeu_si128( to, _mm_unpacklo_epi16( low, zero ) );
+            _mm_storeu_si128( to + 1, _mm_unpackhi_epi16( low, zero ) );
+            _mm_storeu_si128( to + 2, _mm_unpacklo_epi16( high, zero ) );
+            _mm_storeu_si128( to + 3, _mm_unpackhi_epi16( high, zero ) );
+        }
+
+        d.count += 16;
+        d.i += 16;
+    }
+}
+
+// 16 characters at a time, as long as there is room for so many bytes.
+void encodeAscii( Encoder &e )
+{
+    while( e.srcLength - e.i >= 16 && ( !e.dest || e.destLength - e.compLen >= 16 ) )
+    {
+        const __m128i *from = reinterpret_cast< const __m128i * >( e.src + e.i );
+        __m128i        a    = _mm_loadu_si128( from );
+        __m128i        b    = _mm_loadu_si128( from + 1 );
+        __m128i        c    = _mm_loadu_si128( from + 2 );
+        __m128i        d    = _mm_loadu_si128( from + 3 );
+        __m128i        all  = _mm_or_si128( _mm_or_si128( a, b ), _mm_or_si128( c, d ) );
+        __m128i        over = _mm_andnot_si128( _mm_set1_epi32( 0x7F ), all );
+
+        if( _mm_movemask_epi8( _mm_cmpeq_epi32( over, _mm_setzero_si128() ) ) != 0xFFFF )
+        {
+            e.encodePlain( e.i + 16 );
+            continue;
+        }
+
+        QV_CHECK_AS( QV_INT_ADD_OK( e.compLen, 16 ), "QV_INT_ADD_OK( compLen, addLen )" );
+
+        if( e.dest )
+        {
+            __m128i bytes = _mm_packus_epi16( _mm_packs_epi32( a, b ), _mm_packs_epi32( c, d ) );
+            _mm_storeu_si128( reinterpret_cast< __m128i * >( e.dest + e.compLen ), bytes );
+        }
+
+        e.compLen += 16;
+        e.i += 16;
+    }
+}
+
+#endif
 } // namespace
 
 QV_INT qvCharsConvertFromUtf8( QV_CHAR *dest, QV_INT destLength, const char *src, QV_INT srcLength )
@@ -532,6 +604,9 @@ QV_INT qvCharsConvertFromUtf8( QV_CHAR *dest, QV_INT destLength, const char *src
 #ifdef QV___KERNELS
     if( srcLength >= 64 + 16 && hasKernels() )
         dest ? decodeBlocks< true >( d ) : decodeBlocks< false >( d );
+#endif
+#ifdef __SSE2__
+    decodeAscii( d );
 #endif
 
     d.decodePlain( srcLength );
@@ -551,6 +626,9 @@ QV_INT qvCharsConvertToUtf8( char *dest, QV_INT destLength, const QV_CHAR *src, 
 #ifdef QV___KERNELS
     if( srcLength >= 16 + 16 && hasKernels() )
         dest ? encodeBlocks( e ) : measureBlocks( e );
+#endif
+#ifdef __SSE2__
+    encodeAscii( e );
 #endif
 
     e.encodePlain( srcLength );
