@@ -1,5 +1,6 @@
 #include "morvane_tool.h"
 
+#include "qv/base/qv_boxed_int.h"
 #include "qv/base/qv_opt_seq.h"
 #include "qv/io/qv_print.h"
 #include "qv/runtime/qv_runtime.h"
@@ -15,7 +16,10 @@ using qv::Ref;
 namespace
 {
 const Tool TOOLS[] = {
+    { "id", "", "prints a new identifier of 32 hexadecimal digits", idTool },
+    { "random", "TOOL ARGUMENT...", "prints random bytes and integers", randomTool },
     { "store", "TOOL ARGUMENT...", "reads, changes and converts configuration documents", storeTool },
+    { "time", "TOOL ARGUMENT...", "tells, shifts and compares times, and names time zones", timeTool },
 };
 
 const int TOOL_COUNT = sizeof( TOOLS ) / sizeof( TOOLS[0] );
@@ -129,23 +133,28 @@ void runTool( const char *command, const Tool *tools, int count, QV_VECTOR *argv
         return;
 
     if( tool )
-        fprintf( stderr, "usage: %s %s %s\n", command, tool->name, tool->arguments );
+        fprintf( stderr, "usage: %s %s%s%s\n", command, tool->name, *tool->arguments ? " " : "", tool->arguments );
     else
         listTools( stderr, command, tools, count );
 
     context->usageShown = true;
 }
 
-bool readArguments( QV_VECTOR *argv, const char *const *longOptions, int count, bool *given, Ref< QV_VECTOR > *words )
+bool Arguments::read( QV_VECTOR *argv, const Option *options, int count )
 {
     Ref< QV_OPT_DEF > def( qvOptDefCreate() );
-    qvOptDefSetArgOnly( def.at(), 0 );
+    qvOptDefSetArgOnly( def.at(), count );
 
     for( int i = 0; i < count; i++ )
-        qvOptDefSetLongOptCstr( def.at(), longOptions[i], -1, i + 1 );
+    {
+        qvOptDefSetLongOptCstr( def.at(), options[i].name, -1, i );
+        qvOptDefSetFlags( def.at(), i, options[i].hasArgument ? QV_OPT_FLAG_ARGUMENT : 0 );
+    }
 
     Ref< QV_OPT_SEQ > seq( qvOptSeqCreate( def, argv ) );
-    words->reset( qvVectorCreate() );
+    words_.reset( qvVectorCreate() );
+    options_.reset( qvVectorCreate() );
+    arguments_.reset( qvVectorCreate() );
 
     while( qvOptSeqHasNext( seq ) )
     {
@@ -159,17 +168,41 @@ bool readArguments( QV_VECTOR *argv, const char *const *longOptions, int count, 
             return false;
         }
 
-        if( id > 0 )
+        Ref< QV_STRING > argument( qvOptSeqHasArg( seq ) ? qvOptSeqArgString( seq ) : qvStringCreate() );
+
+        if( id == count )
         {
-            given[id - 1] = true;
+            qvVectorAppendString( words_.at(), argument );
             continue;
         }
 
-        Ref< QV_OBJ > word( qvOptSeqArgObj( seq ) );
-        qvVectorAppendObj( words->at(), word );
+        qvVectorAppendInt( options_.at(), id );
+        qvVectorAppendString( arguments_.at(), argument );
     }
 
     return true;
+}
+
+QV_INT Arguments::optionCount() const
+{
+    return qvVectorLength( options_ );
+}
+
+QV_INT Arguments::optionAt( QV_INT idx ) const
+{
+    Ref< QV_BOXED_INT > place( qvBoxedIntFrom( qvVectorObjAt( options_, idx ) ) );
+    return qvBoxedIntValue( place );
+}
+
+Ref< QV_STRING > Arguments::argumentAt( QV_INT idx ) const
+{
+    return wordAt( arguments_, idx );
+}
+
+bool readInteger( QV_STRING *text, QV_INT *value )
+{
+    QV_INT consumed;
+    return qvStringScanInt( text, 0, -1, 10, value, &consumed ) && consumed == qvStringLength( text );
 }
 
 Ref< QV_STRING > wordAt( QV_VECTOR *words, QV_INT idx )

@@ -23,11 +23,6 @@ const char COMMAND[] = "morvane store";
 const QV_INT ALL_LINE_ENDS = QV_NLF_FLAG_LF | QV_NLF_FLAG_CR | QV_NLF_FLAG_CRLF | QV_NLF_FLAG_NEL | QV_NLF_FLAG_VT
                              | QV_NLF_FLAG_FF | QV_NLF_FLAG_LS | QV_NLF_FLAG_PS;
 
-Context *contextOf( void *context )
-{
-    return static_cast< Context * >( context );
-}
-
 // Why data is no document in binary form. Walks it as the reader does.
 const char *binaryProblem( QV_DECODER *decoder, int depth )
 {
@@ -147,9 +142,12 @@ Ref< QV_STRING > valueAt( QV_STORE *store, QV_STRING *path )
 // Reads plain words without options; at least so many. Wrong usage otherwise.
 bool readWords( QV_VECTOR *argv, QV_INT atLeast, QV_INT atMost, Ref< QV_VECTOR > *words )
 {
-    if( !readArguments( argv, nullptr, 0, nullptr, words ) )
+    Arguments arguments;
+
+    if( !arguments.read( argv, nullptr, 0 ) )
         return false;
 
+    *words       = Ref< QV_VECTOR >::share( arguments.words() );
     QV_INT count = qvVectorLength( *words );
 
     return count >= atLeast && ( atMost < 0 || count <= atMost );
@@ -157,15 +155,14 @@ bool readWords( QV_VECTOR *argv, QV_INT atLeast, QV_INT atMost, Ref< QV_VECTOR >
 
 QV_BOOL show( QV_VECTOR *argv, void *context )
 {
-    static const char *const OPTIONS[] = { "binary" };
-    bool                     binary    = false;
-    Ref< QV_VECTOR >         words;
+    static const Option BINARY = { "binary", false };
+    Arguments           arguments;
 
-    if( !readArguments( argv, OPTIONS, 1, &binary, &words ) || qvVectorLength( words ) != 1 )
+    if( !arguments.read( argv, &BINARY, 1 ) || qvVectorLength( arguments.words() ) != 1 )
         return QV_FALSE;
 
     contextOf( context )->status = FAILURE;
-    Ref< QV_STORE > store        = readStore( wordAt( words, 0 ), binary );
+    Ref< QV_STORE > store        = readStore( wordAt( arguments.words(), 0 ), arguments.optionCount() > 0 );
 
     if( !store )
         return QV_FALSE;

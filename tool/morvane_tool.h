@@ -43,15 +43,54 @@ void complain( const char *prefix, QV_STRING *subject, const char *reason );
     tools. Wrong usage shows the usage of the tool, or the list if no tool is named. */
 void runTool( const char *command, const Tool *tools, int count, QV_VECTOR *argv, Context *context );
 
-/** Reads the arguments of a tool: plain words go to `words` as Strings, options without arguments set the flag at
-    their id, counted from 1, in `given`. False for an option that there is none of. */
-bool readArguments( QV_VECTOR *argv, const char *const *longOptions, int count, bool *given, qv::Ref< QV_VECTOR > *words );
+/** An option that a tool takes. */
+struct Option
+{
+    const char *name;        // without the dashes
+    bool        hasArgument;
+};
+
+/** What stands on the command line of a tool. */
+class Arguments
+{
+public:
+    /** Sorts it out. False for an option that isn't in the table, and for an argument that lacks or is too much. */
+    bool read( QV_VECTOR *argv, const Option *options, int count );
+
+    /** The plain words, as Strings. */
+    QV_VECTOR *words() const
+    {
+        return words_;
+    }
+
+    /** The options that were given, in their order: the place of each in the table, and its argument. */
+    QV_INT                 optionCount() const;
+    QV_INT                 optionAt( QV_INT idx ) const;
+    qv::Ref< QV_STRING >   argumentAt( QV_INT idx ) const;
+
+private:
+    qv::Ref< QV_VECTOR > words_;
+    qv::Ref< QV_VECTOR > options_;   // boxed integers
+    qv::Ref< QV_VECTOR > arguments_; // Strings, empty where there is no argument
+};
 
 /** A String out of a Vector that holds nothing else. */
 qv::Ref< QV_STRING > wordAt( QV_VECTOR *words, QV_INT idx );
 
-/** The tools of `morvane store`. */
+/** True if the text is a decimal integer as a whole, which then is `*value`. */
+bool readInteger( QV_STRING *text, QV_INT *value );
+
+/** The context that a tool function gets. */
+inline Context *contextOf( void *context )
+{
+    return static_cast< Context * >( context );
+}
+
+/** The tools of the executable. */
+QV_BOOL idTool( QV_VECTOR *argv, void *context );
+QV_BOOL randomTool( QV_VECTOR *argv, void *context );
 QV_BOOL storeTool( QV_VECTOR *argv, void *context );
+QV_BOOL timeTool( QV_VECTOR *argv, void *context );
 } // namespace morvane
 
 #endif

@@ -1,48 +1,13 @@
-#include "qv_test_support.h"
+#include "morvane_run.h"
 
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 using namespace qv::test;
 
 namespace
 {
-struct Outcome
-{
-    int         status;
-    std::string out;
-    std::string err;
-};
-
-std::string path( const std::string &name )
-{
-    return scratch() + name;
-}
-
-std::string contentOf( const std::string &name )
-{
-    std::ifstream file( path( name ), std::ios::binary );
-    return { std::istreambuf_iterator< char >( file ), {} };
-}
-
-void write( const std::string &name, const std::string &content )
-{
-    std::ofstream( path( name ), std::ios::binary ) << content;
-}
-
-// Runs `morvane` with a shell's words in the scratch folder.
-Outcome morvane( const std::string &words )
-{
-    std::string command = "cd '" + scratch() + "' && '" MORVANE_EXECUTABLE "' " + words + " >out 2>err";
-    int         status  = std::system( command.c_str() );
-
-    return { WIFEXITED( status ) ? WEXITSTATUS( status ) : -1, contentOf( "out" ), contentOf( "err" ) };
-}
-
 const char DOCUMENT[] = "# a comment\r\n"
                         "b.y = two \r\n"
                         "unknown line\n"
