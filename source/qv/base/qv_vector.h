@@ -24,8 +24,9 @@
 
     Costs. Both ends have free slots. Appending needs a larger block once every 32 elements, prepending likewise; the
     C library extends large blocks without copying them, so a run of appends costs a few instructions each. Removing
-    from an end moves nothing. Inserting inside always makes a new block, deleting inside moves what stands behind. An
-    end with more than 64 free slots makes the Vector give memory back. Reading an element costs one retain.
+    from an end moves nothing. Inserting inside moves the shorter side, or all elements to a new block; deleting inside
+    moves what stands behind. An end with more than 64 free slots makes the Vector give memory back. Reading an element
+    costs one retain.
 
     Threads. Any thread may read a Vector, also one that others hold. A variable that mutators work on belongs to one
     thread at a time.
