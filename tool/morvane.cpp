@@ -19,7 +19,9 @@ const Tool TOOLS[] = {
     { "id", "", "prints a new identifier of 32 hexadecimal digits", idTool },
     { "random", "TOOL ARGUMENT...", "prints random bytes and integers", randomTool },
     { "store", "TOOL ARGUMENT...", "reads, changes and converts configuration documents", storeTool },
+    { "text", "TOOL ARGUMENT...", "normalises and maps the case of text", textTool },
     { "time", "TOOL ARGUMENT...", "tells, shifts and compares times, and names time zones", timeTool },
+    { "unicode", "TOOL ARGUMENT...", "tells about characters and character sets", unicodeTool },
 };
 
 const int TOOL_COUNT = sizeof( TOOLS ) / sizeof( TOOLS[0] );

@@ -42,41 +42,6 @@ private:
     char *text_;
 };
 
-bool writeAll( int file, QV_BUFFER *content )
-{
-    const char *bytes  = static_cast< const char * >( static_cast< const void * >( qvBufferBacking( content ) ) );
-    QV_INT      length = qvBufferLength( content );
-
-    while( length > 0 )
-    {
-        ssize_t written = write( file, bytes, static_cast< size_t >( length ) );
-
-        if( written < 0 && errno == EINTR )
-            continue;
-
-        if( written <= 0 )
-            return false;
-
-        bytes += written;
-        length -= written;
-    }
-
-    return true;
-}
-
-const char *writeDirectly( const char *name, QV_BUFFER *content )
-{
-    int file = open( name, O_WRONLY | O_CLOEXEC );
-
-    if( file < 0 )
-        return strerror( errno );
-
-    bool ok = writeAll( file, content );
-    ok      = close( file ) == 0 && ok;
-
-    return ok ? nullptr : strerror( errno );
-}
-
 // The rights that a new file gets.
 mode_t newFileMode()
 {
@@ -86,66 +51,108 @@ mode_t newFileMode()
     return 0666 & ~mask;
 }
 
-// Fills the file beside and puts it in place of the other. `errno` tells of a failure.
-bool fillAndRename( int file, const char *beside, const char *target, const struct stat *old, QV_BUFFER *content )
+// Gives the new file the owner and the rights of the old one. `errno` tells of a failure.
+bool takeOver( int file, const struct stat *old )
 {
     // The owner first, since a change of it clears special rights. Who may not set it keeps the file as its own.
     if( old && fchown( file, old->st_uid, old->st_gid ) != 0 && errno != EPERM )
         return false;
 
-    mode_t mode = old ? old->st_mode & 07777 : newFileMode();
-
-    return fchmod( file, mode ) == 0 && writeAll( file, content ) && fsync( file ) == 0
-           && rename( beside, target ) == 0;
+    return fchmod( file, old ? old->st_mode & 07777 : newFileMode() ) == 0;
 }
 } // namespace
 
-const char *replaceFile( QV_STRING *fn, QV_BUFFER *content )
+bool writeAll( int file, const void *bytes, QV_INT count )
+{
+    const char *from = static_cast< const char * >( bytes );
+
+    while( count > 0 )
+    {
+        ssize_t written = write( file, from, static_cast< size_t >( count ) );
+
+        if( written < 0 && errno == EINTR )
+            continue;
+
+        if( written <= 0 )
+            return false;
+
+        from += written;
+        count -= written;
+    }
+
+    return true;
+}
+
+FileReplacement::~FileReplacement()
+{
+    if( file_ >= 0 )
+    {
+        close( file_ );
+
+        if( beside_ )
+            unlink( beside_ );
+    }
+
+    free( beside_ );
+    free( target_ );
+}
+
+const char *FileReplacement::begin( QV_STRING *fn )
 {
     Name        name( fn );
     struct stat old;
     bool        exists = stat( name.text(), &old ) == 0;
 
+    // A limit on the size of files is an error of the write then, and no end that leaves the file beside.
+    signal( SIGXFSZ, SIG_IGN );
+
     if( exists && S_ISDIR( old.st_mode ) )
         return strerror( EISDIR );
 
     if( exists && !S_ISREG( old.st_mode ) )
-        return writeDirectly( name.text(), content );
-
-    char *resolved = exists ? realpath( name.text(), nullptr ) : strdup( name.text() );
-    char *beside   = nullptr;
-
-    if( !resolved || asprintf( &beside, "%s.XXXXXX", resolved ) < 0 )
     {
-        free( resolved );
+        file_ = open( name.text(), O_WRONLY | O_CLOEXEC );
+        return file_ < 0 ? strerror( errno ) : nullptr;
+    }
+
+    target_ = exists ? realpath( name.text(), nullptr ) : strdup( name.text() );
+
+    if( !target_ || asprintf( &beside_, "%s.XXXXXX", target_ ) < 0 )
+    {
+        beside_ = nullptr;
         return strerror( errno );
     }
 
-    // A limit on the size of files is an error of the write then, and no end that leaves the file beside.
-    signal( SIGXFSZ, SIG_IGN );
+    file_ = mkstemp( beside_ );
 
-    const char *reason = nullptr;
-    int         file   = mkstemp( beside );
+    return file_ < 0 || !takeOver( file_, exists ? &old : nullptr ) ? strerror( errno ) : nullptr;
+}
 
-    if( file < 0 )
-    {
-        reason = strerror( errno );
-    }
-    else
-    {
-        if( !fillAndRename( file, beside, resolved, exists ? &old : nullptr, content ) )
-        {
-            reason = strerror( errno );
-            unlink( beside );
-        }
+const char *FileReplacement::write( const void *bytes, QV_INT count )
+{
+    return writeAll( file_, bytes, count ) ? nullptr : strerror( errno );
+}
 
-        close( file );
-    }
+const char *FileReplacement::commit()
+{
+    if( beside_ && ( fsync( file_ ) != 0 || rename( beside_, target_ ) != 0 ) )
+        return strerror( errno );
 
-    free( beside );
-    free( resolved );
+    bool closed = close( file_ ) == 0;
+    file_       = -1;
 
-    return reason;
+    return closed || beside_ ? nullptr : strerror( errno );
+}
+
+const char *replaceFile( QV_STRING *fn, QV_BUFFER *content )
+{
+    FileReplacement replacement;
+    const char     *reason = replacement.begin( fn );
+
+    if( !reason )
+        reason = replacement.write( qvBufferBacking( content ), qvBufferLength( content ) );
+
+    return reason ? reason : replacement.commit();
 }
 
 const char *unreadableReason( QV_STRING *fn )

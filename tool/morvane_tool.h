@@ -90,7 +90,9 @@ inline Context *contextOf( void *context )
 QV_BOOL idTool( QV_VECTOR *argv, void *context );
 QV_BOOL randomTool( QV_VECTOR *argv, void *context );
 QV_BOOL storeTool( QV_VECTOR *argv, void *context );
+QV_BOOL textTool( QV_VECTOR *argv, void *context );
 QV_BOOL timeTool( QV_VECTOR *argv, void *context );
+QV_BOOL unicodeTool( QV_VECTOR *argv, void *context );
 } // namespace morvane
 
 #endif
