@@ -93,7 +93,7 @@ void listTools( FILE *stream, const char *command, const Tool *tools, int count 
     fprintf( stream, "usage: %s TOOL ARGUMENT...\n\n", command );
 
     for( int i = 0; i < count; i++ )
-        fprintf( stream, "  %-8s %s\n", tools[i].name, tools[i].line );
+        fprintf( stream, "  %-9s %s\n", tools[i].name, tools[i].line );
 }
 } // namespace
 
