@@ -21,12 +21,13 @@ struct Unit
 
 // In the order of the options.
 const Unit UNITS[] = {
-    { qvTimeShiftYears, 1 },          { qvTimeShiftMonths, 12 },          { qvTimeShiftDays, 365 },
+    { qvTimeShiftYears, 1 },        { qvTimeShiftMonths, 12 },          { qvTimeShiftDays, 365 },
     { qvTimeShiftHours, 365 * 24 }, { qvTimeShiftMinutes, 365 * 1440 }, { qvTimeShiftSeconds, 365 * 86400 },
 };
 
 const Option UNIT_OPTIONS[] = {
-    { "years", true }, { "months", true }, { "days", true }, { "hours", true }, { "minutes", true }, { "seconds", true },
+    { "years", true }, { "months", true }, { "days", true },
+    { "hours", true }, { "minutes", true }, { "seconds", true },
 };
 
 const int UNIT_COUNT = sizeof( UNITS ) / sizeof( UNITS[0] );
@@ -218,7 +219,7 @@ QV_BOOL zones( QV_VECTOR *argv, void *context )
 const Tool TOOLS[] = {
     { "now", "", "prints the present time", now },
     { "show", "TEXT", "prints a time like '2024-feb-29 12:30' in full", show },
-    { "shift", "TEXT --UNIT COUNT...", "moves a time on by so many years, months, days, hours, minutes, seconds", shift },
+    { "shift", "TEXT --UNIT COUNT...", "moves a time by years, months, days, hours, minutes or seconds", shift },
     { "between", "A B", "prints the seconds from one time to the other", between },
     { "zone", "[NAME]", "prints the system's time zone, or the Windows name of an IANA zone and back", zone },
     { "zones", "", "lists the IANA names of all time zones", zones },

@@ -40,7 +40,8 @@ TEST( Generation, KnowsItsFamily )
     {
         QV_GENERATION                 *generation;
         std::vector< QV_GENERATION * > ancestors;
-    } const ALL[] = { { root, {} }, { first, { root } }, { second, { root } }, { deep, { second, root } }, { other, {} } };
+    } const ALL[] = {
+        { root, {} }, { first, { root } }, { second, { root } }, { deep, { second, root } }, { other, {} } };
 
     for( const auto &a : ALL )
     {

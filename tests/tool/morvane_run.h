@@ -40,7 +40,8 @@ inline void write( const std::string &name, const std::string &content )
 /** Runs `morvane` with a shell's words in the scratch folder, and with variables in front of it. */
 inline Outcome morvane( const std::string &words, const std::string &variables = "" )
 {
-    std::string command = "cd '" + scratch() + "' && " + variables + " '" MORVANE_EXECUTABLE "' " + words + " >out 2>err";
+    std::string command =
+        "cd '" + scratch() + "' && " + variables + " '" MORVANE_EXECUTABLE "' " + words + " >out 2>err";
     int         status  = std::system( command.c_str() );
 
     return { WIFEXITED( status ) ? WEXITSTATUS( status ) : -1, contentOf( "out" ), contentOf( "err" ) };

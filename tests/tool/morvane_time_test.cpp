@@ -60,7 +60,8 @@ TEST( MorvaneTime, FailsInOneLine )
     } const CASES[] = {
         { "time show 2023-02-29", "morvane time: 2023-02-29: no time\n" },
         { "time between 2024 x", "morvane time: x: no time\n" },
-        { "time between 0 9223372036854775807", "morvane time: 9223372036854775807: too far away to count the seconds\n" },
+        { "time between 0 9223372036854775807",
+          "morvane time: 9223372036854775807: too far away to count the seconds\n" },
         { "time shift x --days 1", "morvane time: x: no time\n" },
         { "time shift 2024 --days 1.5", "morvane time: 1.5: no integer\n" },
         { "time shift 9223372036854775807 --seconds 1", "morvane time: 1: the year would be out of range\n" },
@@ -82,8 +83,8 @@ TEST( MorvaneTime, FailsInOneLine )
         EXPECT_EQ( row.err, outcome.err );
     }
 
-    for( const char *words : { "time", "time show", "time shift 2024", "time shift 2024 --days", "time shift 2024 --m 1",
-                               "time now x", "time zones x", "random", "random bytes", "random int 1", "id x" } )
+    for( const char *words : { "time", "time show", "time shift 2024", "time shift 2024 --days",
+                               "time shift 2024 --m 1", "time now x", "time zones x", "random", "random bytes", "random int 1", "id x" } )
     {
         Outcome outcome = morvane( words );
         EXPECT_EQ( 2, outcome.status ) << words;

@@ -17,7 +17,8 @@
 
 #include "qv/sys/qv_types.h"
 
-/** Appends so many random bytes to `*buffer`, which may be null if there are none. A negative count ends the process. */
+/** Appends so many random bytes to `*buffer`, which may be null if there are none. A negative count ends the
+    process. */
 QV_API void qvRandom( QV_BUFFER **buffer, QV_INT byteCount );
 
 /** The same to memory, which may be null if there are none. */
