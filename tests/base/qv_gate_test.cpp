@@ -4,7 +4,6 @@
 #include "qv/base/qv_monitor_private.h"
 #include "qv/base/qv_nanoseconds.h"
 #include "qv/base/qv_region.h"
-#include "qv/base/qv_timestamp.h"
 
 #include <atomic>
 #include <thread>
@@ -158,26 +157,4 @@ TEST( Nanoseconds, ConvertBothWays )
     EXPECT_EQ( 9223372036855, qvNanosecondsConvertToMillisecondsExtend( QV_INT_MAX ) );
     EXPECT_BROKEN( qvNanosecondsTryConvertFromMilliseconds( -1 ), "milliseconds >= 0" );
     EXPECT_BROKEN( qvNanosecondsConvertToMillisecondsTruncate( -1 ), "QV_NANOSECONDS_OK( nanoseconds )" );
-}
-
-TEST( Timestamp, NeverRunsBackwards )
-{
-    std::vector< std::thread > threads;
-
-    for( int i = 0; i < 4; i++ )
-        threads.emplace_back(
-            []
-            {
-                QV_INT last = qvTimestamp();
-
-                for( int round = 0; round < 2000; round++ )
-                {
-                    QV_INT now = qvTimestamp();
-                    EXPECT_GE( now, last );
-                    last = now;
-                }
-            } );
-
-    for( std::thread &thread : threads )
-        thread.join();
 }

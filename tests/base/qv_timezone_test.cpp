@@ -1,3 +1,4 @@
+#include "qv_test_clock.h"
 #include "qv_test_support.h"
 
 #include "qv/base/qv_timezone.h"
@@ -16,13 +17,12 @@
 using qv::Ref;
 using namespace qv::test;
 
-/* Stand-ins for the system's files and clock ----------------------------------------------------------------------- */
+/* Stand-ins for the system's files --------------------------------------------------------------------------------- */
 
 namespace
 {
 // What the files hold instead of what they really do; one that isn't here doesn't exist.
 std::optional< std::map< std::string, std::string > > systemFiles;
-std::optional< time_t >                               systemTime;
 } // namespace
 
 extern "C" FILE *fopen( const char *name, const char *mode )
@@ -40,13 +40,6 @@ extern "C" FILE *fopen( const char *name, const char *mode )
 
     std::ofstream( file ) << found->second;
     return real( file.c_str(), mode );
-}
-
-extern "C" time_t time( time_t *t ) noexcept
-{
-    static auto real = reinterpret_cast< time_t ( * )( time_t * ) >( dlsym( RTLD_NEXT, "time" ) );
-
-    return systemTime ? *systemTime : real( t );
 }
 
 TEST( Timezone, NamesTranslateBothWays )
@@ -156,11 +149,11 @@ TEST( Timezone, TheOffset )
     {
         setenv( "TZ", row.zone, 1 );
         tzset();
-        systemTime = row.now;
+        wallClock.time = row.now;
         EXPECT_EQ( row.offset, qvTimezoneUtcOffset() ) << row.zone << " at " << row.now;
     }
 
-    systemTime.reset();
+    wallClock.time.reset();
 
     if( kept )
         setenv( "TZ", kept->c_str(), 1 );

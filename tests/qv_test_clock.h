@@ -1,0 +1,42 @@
+/** @file
+    The wall clock as tests set it. The functions that stand in for those of the C library are in
+    qv_timestamp_test.cpp. */
+
+#ifndef QV_TEST_CLOCK_H
+#define QV_TEST_CLOCK_H
+
+#include "qv/sys/qv_types.h"
+
+#include <atomic>
+#include <ctime>
+#include <functional>
+#include <optional>
+
+namespace qv::test
+{
+struct WallClock
+{
+    /** Milliseconds by which it is ahead of the system's. Timed waits take as long as without. */
+    std::atomic< QV_INT > step{ 0 };
+
+    /** If not -1, the milliseconds since the epoch at which it stands still. Then nobody sleeps in a timed wait: it
+        runs out at once, and the clock is set to its end. */
+    std::atomic< QV_INT > stopped{ -1 };
+
+    /** What time() says, if that is not what the clock shows. */
+    std::optional< time_t > time;
+
+    /** Called in place of such a wait with the end of the wait, to set the clock to something else. */
+    std::function< void( QV_INT end ) > onWait;
+
+    /** Milliseconds since the epoch. */
+    QV_INT now() const;
+
+    /** As without stand-ins. */
+    void reset();
+};
+
+extern WallClock wallClock;
+} // namespace qv::test
+
+#endif
