@@ -5,6 +5,7 @@
 #include "qv/base/qv_condset.h"
 #include "qv/base/qv_timestamp.h"
 #include "qv/base/qv_timestamp_private.h"
+#include "qv/sys/qv_int.h"
 
 #include <thread>
 #include <vector>
@@ -92,7 +93,10 @@ extern "C" int pthread_cond_timedwait( pthread_cond_t *cond, pthread_mutex_t *mu
     {
         static auto real = reinterpret_cast< decltype( &pthread_cond_timedwait ) >(
             dlsym( RTLD_NEXT, "pthread_cond_timedwait" ) );
-        timespec systemEnd = later( *end, -wallClock.step );
+        QV_INT   left = toMilliseconds( *end ) - wallClock.now() + 1;
+        timespec systemEnd;
+        syscall( SYS_clock_gettime, CLOCK_REALTIME, &systemEnd );
+        systemEnd = later( systemEnd, qvIntMin( left, SECOND ) ); // the clock may have been set since
 
         return real( cond, mutex, &systemEnd );
     }
