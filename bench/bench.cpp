@@ -175,6 +175,7 @@ int main( int argc, char **argv )
     addStringCases();
     addTextCases();
     addUtfCases();
+    addCharsetCases();
     addContainerCases();
     addNumberCases();
     addDocumentCases();

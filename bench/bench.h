@@ -62,6 +62,7 @@ void addObjectCases();
 void addStringCases();
 void addTextCases();
 void addUtfCases();
+void addCharsetCases();
 void addContainerCases();
 void addNumberCases();
 void addDocumentCases();
