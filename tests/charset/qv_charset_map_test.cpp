@@ -5,7 +5,13 @@
 #include "qv/charset/qv_charset_map_private.h"
 #include "qv/io/qv_buffer_byte_sink.h"
 #include "qv/io/qv_byte_sink.h"
+#include "qv/io/qv_buffer_byte_source.h"
+#include "qv/io/qv_byte_source.h"
 #include "qv/io/qv_char_sink.h"
+#include "qv/io/qv_char_source.h"
+#include "qv/unicode/qv_unicode_normalizer.h"
+
+#include <random>
 
 using qv::Ref;
 using namespace qv::test;
@@ -142,4 +148,108 @@ TEST( CharsetMap, LongTextsGoBothWays )
 
         EXPECT_EQ( bytes, encode( charset, qvs ) ) << charset;
     }
+}
+
+// Whatever way a text is cut into writes, it gives the bytes of its composed form.
+TEST( CharsetMap, TextIsComposedAndMappedHoweverItIsCut )
+{
+    const std::u32string KINDS[] = { U"the quick brown fox", U"aeiouAEO", U"\u0300\u0301\u0302\u0308\u0323", U"éüßÿ",
+                                     U"привет, йод",  U"αβγώ", U"\u1100\u1161\u11A8\uAC00", U"\u20AC\u2019\u4E2D", U"\x1F600" };
+    const QV_INT         FLAGS[] = { 0, QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS };
+    std::mt19937         random( 82 );
+
+    for( int round = 0; round < 400; round++ )
+    {
+        std::u32string all;
+
+        for( size_t runs = random() % 40; runs > 0; runs-- )
+        {
+            const std::u32string &kind = KINDS[random() % ( round % 2 ? 3 : std::size( KINDS ) )];
+
+            for( size_t count = random() % ( random() % 8 ? 20 : 1500 ); count > 0; count-- )
+                all += kind[random() % kind.size()];
+        }
+
+        QV_INT                       charset = random() % std::size( MAPS ), flags = FLAGS[round / 2 % 2];
+        Ref< QV_UNICODE_NORMALIZER > norm( qvUnicodeNormalizerCreate( QV_UNICODE_NORMAL_FORM_NFC ) );
+        Ref< QV_BUFFER_BYTE_SINK >   bytes( qvBufferByteSinkCreate() );
+        Ref< QV_BYTE_SINK >          byteSink( qvBufferByteSinkByteSink( bytes ) );
+        Ref< QV_CHAR_SINK >          sink( qvCharsetCreateCharSink( byteSink, charset, flags ) );
+
+        for( size_t at = 0; at < all.size(); )
+        {
+            size_t count = std::min( all.size() - at, size_t( random() % 4 ? random() % 12 : random() % 3000 ) );
+            EXPECT_TRUE( qvCharSinkWriteChars( sink, all.data() + at, static_cast< QV_INT >( count ) ) );
+            at += count;
+        }
+
+        EXPECT_TRUE( qvCharSinkFlush( sink ) );
+
+        std::u32string composed( all.size() * 4 + 1, U' ' );
+        qvUnicodeNormalizerWriteChars( norm, all.data(), static_cast< QV_INT >( all.size() ) );
+        qvUnicodeNormalizerFlush( norm );
+        composed.resize( static_cast< size_t >(
+            qvUnicodeNormalizerReadChars( norm, composed.data(), static_cast< QV_INT >( composed.size() ) ) ) );
+
+        uint8_t     byte, replacement;
+        std::string expected;
+        ASSERT_TRUE( MAPS[charset].charToByte( U'?', &replacement ) );
+
+        for( QV_CHAR ch : composed )
+            if( MAPS[charset].charToByte( ch, &byte ) || ( byte = replacement, flags == 0 ) )
+                expected += static_cast< char >( byte );
+
+        ASSERT_EQ( expected, contentOf( qvBufferByteSinkBuffer( bytes ) ) ) << MAPS[charset].name << " " << round;
+    }
+}
+
+TEST( CharsetMap, BytesAreMappedHoweverTheyAreRead )
+{
+    std::mt19937 random( 83 );
+
+    for( int round = 0; round < 200; round++ )
+    {
+        std::string bytes( random() % 5000, ' ' );
+
+        for( char &byte : bytes )
+            byte = static_cast< char >( random() );
+
+        QV_INT         charset = random() % std::size( MAPS );
+        bool           skips   = random() % 2;
+        std::u32string expected, got;
+        QV_CHAR        ch;
+
+        for( char byte : bytes )
+            if( MAPS[charset].byteToChar( static_cast< uint8_t >( byte ), &ch ) || ( ch = 0xFFFD, !skips ) )
+                expected += ch;
+
+        Ref< QV_BUFFER > buf( qvBufferCreateFromBytesCopy( bytes.data(), static_cast< QV_INT >( bytes.size() ) ) );
+        QV_INT           flags = skips ? QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS : 0;
+        Ref< QV_STRING > whole( qvCharsetBufferToStringWithFlags( charset, buf, flags ) );
+        Ref< QV_BUFFER_BYTE_SOURCE > bbs( qvBufferByteSourceCreate( buf ) );
+        Ref< QV_BYTE_SOURCE >        byteSource( qvBufferByteSourceByteSource( bbs ) );
+        Ref< QV_CHAR_SOURCE >        source( qvCharsetCreateCharSource( byteSource, charset, flags ) );
+
+        while( !qvCharSourceEnd( source ) )
+        {
+            QV_CHAR array[1500];
+            QV_INT  limit = 1 + random() % ( random() % 4 ? 30 : 1500 );
+            got.append( array, static_cast< size_t >( qvCharSourceReadChars( source, array, limit ) ) );
+        }
+
+        ASSERT_EQ( expected, chars( whole ) ) << MAPS[charset].name;
+        ASSERT_EQ( expected, got ) << MAPS[charset].name;
+        EXPECT_GE( ( static_cast< QV_INT >( expected.size() ) + 128 ) * 4, allocated( whole.get() ) );
+    }
+}
+
+TEST( CharsetMap, ReadingNothingLeavesNoRoomBehind )
+{
+    std::string      bytes( 3000, '\xFF' );
+    Ref< QV_BUFFER > buf( qvBufferCreateFromBytesCopy( bytes.data(), 3000 ) );
+    Ref< QV_STRING > qvs( qvCharsetBufferToStringWithFlags(
+        QV_CHARSET_ASCII, buf, QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS ) );
+
+    EXPECT_EQ( 0, qvStringLength( qvs ) );
+    EXPECT_GE( 128 * 4, allocated( qvs.get() ) );
 }

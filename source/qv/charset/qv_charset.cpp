@@ -189,6 +189,22 @@ void enterName( const char *ascii, QV_INT length, QV_BOXED_INT *charset )
     qvDictSetStringKey( &qv___CharsetFromIanaNameDict, name, qvBoxedIntObj( charset ) );
 }
 
+// A String to decode a Buffer into. Where a byte is a character it has the room from the start, and a place more, in
+// which the read meets the end.
+QV_STRING *createFor( const Charset &row, QV_BUFFER *buffer )
+{
+    QV_INT count = qvBufferLength( buffer );
+
+    if( !row.byteToChar || count == 0 )
+        return qvStringCreate();
+
+    QV_STRING *qvs = qv::createString( count + 1 );
+    qvs->length    = 0;
+    qvs->bspace    = count + 1;
+
+    return qvs;
+}
+
 void enter( QV_INT cs )
 {
     const Charset      &row = charsets[cs];
@@ -321,7 +337,7 @@ QV_STRING *qvCharsetBufferToStringWithFlags( QV_INT charset, QV_BUFFER *buffer, 
     Ref< QV_BUFFER_BYTE_SOURCE > bbs( qvBufferByteSourceCreate( buffer ) );
     Ref< QV_BYTE_SOURCE >        bytes( qvBufferByteSourceByteSource( bbs ) );
     Ref< QV_CHAR_SOURCE >        chars( qvCharsetCreateCharSource( bytes, charset, flags ) );
-    Ref< QV_STRING >             string( qvStringCreate() );
+    Ref< QV_STRING >             string( createFor( charsets[charset], buffer ) );
 
     while( !qvCharSourceEnd( chars ) )
         qvCharSourceRead( chars, string.at(), -1 );

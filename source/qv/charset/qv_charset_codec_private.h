@@ -133,6 +133,7 @@ QV_BOOL readString( QV_OBJ *closure, QV_STRING **qvs, QV_INT maxCharCount, QV_IN
     CodecSource *csc  = static_cast< CodecSource * >( closure );
     QV_BOOL      ok   = QV_TRUE;
     bool         more = true;
+    bool         grew = false;
 
     while( more && *charsRead < maxCharCount )
     {
@@ -142,11 +143,12 @@ QV_BOOL readString( QV_OBJ *closure, QV_STRING **qvs, QV_INT maxCharCount, QV_IN
             break;
         }
 
-        // Room for what the cache can give, or for as much as there is already: in one read of a long text the String
-        // grows by a factor, so that it isn't moved once a cache.
-        QV_INT room = std::min( std::max( csc->left() / minBytes + 1, *charsRead ), maxCharCount - *charsRead );
-
         makePrivate( qvs, qvStringCreateFrom );
+        grew = true;
+
+        // For what the cache can give, and all that is free already.
+        QV_INT room = std::max( csc->left() / minBytes + 1, ( *qvs )->bspace );
+        room        = std::min( room, maxCharCount - *charsRead );
 
         QV_INT count = 0;
         ok           = readChars( closure, qv___StringMakeRoom( *qvs, ( *qvs )->length, room ), room, &count );
@@ -157,7 +159,7 @@ QV_BOOL readString( QV_OBJ *closure, QV_STRING **qvs, QV_INT maxCharCount, QV_IN
         *charsRead += count;
     }
 
-    if( *charsRead )
+    if( grew )
         qv___StringCompact( *qvs );
 
     return ok;

@@ -2,18 +2,33 @@
 #include "qv/charset/qv_charset_map_private.h"
 #include "qv/io/qv_char_sink_private.h"
 #include "qv/unicode/qv_unicode_normalizer.h"
+#include "qv/unicode/qv_unicode_tables_private.h"
+
+#include <cstring>
 
 struct QV___CHARSET_MAP_CHAR_SINK_CLOSURE : qv::CodecSink
 {
     QV___CHARSET_CHAR_TO_BYTE_FUNC mapFunc;
     QV_UNICODE_NORMALIZER         *normalizer;
+    bool                           hasAscii;   // at its own values
+    uint32_t                       memo[2048]; // what the function has told, by the lower bits of the character
 };
 
 namespace
 {
 using Sink = QV___CHARSET_MAP_CHAR_SINK_CLOSURE;
 
-const QV_INT COMPOSITION = 0; // the normal form
+const QV_INT PIECE = 1024; // characters that are looked at a time, so that a text is not held a second time
+const QV_INT BLOCK = 8;
+
+// The letters of an alphabet and ASCII have places of their own here, so that a text soon has all of its characters.
+const QV_CHAR MEMO_MASK = 2047;
+
+// No character has all bits of an empty place.
+uint32_t memoOf( QV_CHAR ch, uint8_t byte )
+{
+    return ch << 8 | byte;
+}
 
 void freeSink( QV_OBJ *thisObj )
 {
@@ -37,45 +52,163 @@ uint8_t replacementByte( Sink *csc )
     return byte;
 }
 
-// Maps all that the normalizer has ready.
-QV_BOOL push( Sink *csc )
+// Maps 8 characters at once; false if one of them is not in the memo, and then there is nothing at `out` that counts.
+bool putBlock( const uint32_t *memo, const QV_CHAR *in, uint8_t *out )
 {
-    const uint8_t replacement = replacementByte( csc );
-    QV_CHAR       chars[256];
+    uint32_t unknown = 0;
 
-    while( QV_INT count = qvUnicodeNormalizerReadChars( csc->normalizer, chars, 256 ) )
+    for( QV_INT i = 0; i < BLOCK; i++ )
     {
-        for( QV_INT i = 0; i < count; i++ )
-        {
-            uint8_t byte;
-
-            if( !csc->mapFunc( chars[i], &byte ) )
-            {
-                if( csc->flags & QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER )
-                    return QV_FALSE;
-
-                if( csc->flags & QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS )
-                    continue;
-
-                byte = replacement;
-            }
-
-            csc->cache[csc->cacheLength++] = byte;
-
-            if( csc->room() == 0 && !qv::flushCache( csc ) )
-                return QV_FALSE;
-        }
+        uint32_t told = memo[in[i] & MEMO_MASK];
+        out[i]        = static_cast< uint8_t >( told );
+        unknown |= told ^ memoOf( in[i], 0 );
     }
 
-    return QV_TRUE;
+    return unknown <= 0xFF;
+}
+
+// Maps 16 characters of a set that has ASCII; false if one of them is something else.
+bool putAscii( const QV_CHAR *in, uint8_t *out )
+{
+    QV_CHAR all = 0;
+
+    for( QV_INT i = 0; i < 2 * BLOCK; i++ )
+    {
+        out[i] = static_cast< uint8_t >( in[i] );
+        all |= in[i];
+    }
+
+    return all < 0x80;
+}
+
+// Maps composed characters.
+bool put( Sink *csc, const QV_CHAR *in, QV_INT count )
+{
+    const QV_CHAR *end     = in + count;
+    bool           isAscii = csc->hasAscii; // so far
+
+    while( in < end )
+    {
+        // The cache goes down as soon as it is full, so a block has to leave a place in it.
+        if( isAscii && end - in >= 2 * BLOCK && csc->room() > 2 * BLOCK )
+        {
+            isAscii = putAscii( in, csc->cache + csc->cacheLength );
+
+            if( isAscii )
+            {
+                csc->cacheLength += 2 * BLOCK;
+                in += 2 * BLOCK;
+                continue;
+            }
+        }
+
+        if( end - in >= BLOCK && csc->room() > BLOCK && putBlock( csc->memo, in, csc->cache + csc->cacheLength ) )
+        {
+            csc->cacheLength += BLOCK;
+            in += BLOCK;
+            continue;
+        }
+
+        QV_CHAR ch = *in++;
+        uint8_t byte;
+
+        if( csc->mapFunc( ch, &byte ) )
+            csc->memo[ch & MEMO_MASK] = memoOf( ch, byte );
+        else if( csc->flags & QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER )
+            return false;
+        else if( csc->flags & QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS )
+            continue;
+        else
+            byte = replacementByte( csc );
+
+        csc->cache[csc->cacheLength++] = byte;
+
+        if( csc->room() == 0 && !qv::flushCache( csc ) )
+            return false;
+    }
+
+    return true;
+}
+
+// Maps all that the normalizer has ready.
+bool push( Sink *csc )
+{
+    QV_CHAR chars[PIECE];
+
+    while( QV_INT count = qvUnicodeNormalizerReadChars( csc->normalizer, chars, PIECE ) )
+        if( !put( csc, chars, count ) )
+            return false;
+
+    return true;
+}
+
+// True for a character that stays what it is and has nothing to do with what stands before it.
+bool isInert( QV_CHAR ch )
+{
+    using namespace qv::unicode;
+
+    return ch < 0x300 || !( quickCheck( ch ) & QUICK_CHANGES << QV_UNICODE_NORMAL_FORM_NFC );
+}
+
+const QV_CHAR *skipInert( const QV_CHAR *in, const QV_CHAR *end )
+{
+    for( ;; )
+    {
+        // Latin text by whole blocks.
+        while( end - in >= BLOCK )
+        {
+            QV_CHAR all = 0;
+
+            for( QV_INT i = 0; i < BLOCK; i++ )
+                all |= in[i];
+
+            if( all >= 0x200 )
+                break;
+
+            in += BLOCK;
+        }
+
+        for( QV_INT i = 0; i < BLOCK; i++, in++ )
+            if( in == end || !isInert( *in ) )
+                return in;
+    }
 }
 
 QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
 {
-    Sink *csc = static_cast< Sink * >( closure );
-    qvUnicodeNormalizerWriteChars( csc->normalizer, chars, charCount );
+    Sink          *csc = static_cast< Sink * >( closure );
+    const QV_CHAR *end = chars + charCount;
 
-    return push( csc );
+    while( chars < end )
+    {
+        const QV_CHAR *limit = chars + std::min( PIECE, QV_INT( end - chars ) );
+        const QV_CHAR *next  = skipInert( chars, limit );
+
+        // Between the first and the last of them there is nothing to compose: the first ends what came before, and the
+        // last may have to wait for a mark.
+        if( next - chars > 2 )
+        {
+            qvUnicodeNormalizerWriteChar( csc->normalizer, chars[0] );
+            qvUnicodeNormalizerFlush( csc->normalizer );
+
+            if( !push( csc ) || !put( csc, chars + 1, next - chars - 2 ) )
+                return QV_FALSE;
+
+            chars = next - 1;
+        }
+
+        // The last of them, what isn't one, and so on to where there may be some in a row again.
+        while( next < limit && !( isInert( *next ) && next - chars >= BLOCK ) )
+            next++;
+
+        qvUnicodeNormalizerWriteChars( csc->normalizer, chars, next - chars );
+        chars = next;
+
+        if( !push( csc ) )
+            return QV_FALSE;
+    }
+
+    return QV_TRUE;
 }
 
 QV_BOOL write( QV_OBJ *closure, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount )
@@ -103,7 +236,17 @@ QV_CHAR_SINK *qv___CharsetMapCharSinkCreate(
 
     qv::Ref< Sink > csc( qv::createCodecSink< Sink >( qv___CharsetMapCharSinkClosureSort(), byteSink, flags ) );
     csc->mapFunc    = mapFunc;
-    csc->normalizer = qvUnicodeNormalizerCreate( COMPOSITION );
+    csc->normalizer = qvUnicodeNormalizerCreate( QV_UNICODE_NORMAL_FORM_NFC );
+    csc->hasAscii   = true;
+    memset( csc->memo, 0xFF, sizeof( csc->memo ) );
+
+    for( QV_CHAR ch = 0; ch < 0x80; ch++ )
+    {
+        uint8_t byte;
+
+        if( !mapFunc( ch, &byte ) || byte != ch )
+            csc->hasAscii = false;
+    }
 
     return qv::createCharSink( write, writeChars, flush, csc.get() );
 }

@@ -15,7 +15,23 @@ namespace
 {
 using Source = QV___CHARSET_MAP_CHAR_SOURCE_CLOSURE;
 
-const QV_CHAR NONE = 0xFFFFFFFF;
+const QV_CHAR NONE  = 0xFFFFFFFF;
+const QV_INT  BLOCK = 8;
+
+// Decodes 8 bytes at once; false if one of them has no character, and then there is nothing at `out` that counts.
+bool takeBlock( const QV_CHAR *table, const uint8_t *in, QV_CHAR *out )
+{
+    QV_CHAR all = 0;
+
+    for( QV_INT i = 0; i < BLOCK; i++ )
+    {
+        QV_CHAR ch = table[in[i]];
+        out[i]     = ch;
+        all |= ch;
+    }
+
+    return all >> 31 == 0; // only NONE has the topmost bit
+}
 
 QV_BOOL readChars( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT *charsRead )
 {
@@ -33,6 +49,13 @@ QV_BOOL readChars( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT 
 
         while( ok && in < end )
         {
+            if( end - in >= BLOCK && takeBlock( csc->chars, in, out ) )
+            {
+                in += BLOCK;
+                out += BLOCK;
+                continue;
+            }
+
             QV_CHAR ch = csc->chars[*in++];
 
             if( ch != NONE )

@@ -98,7 +98,7 @@ QV_BOOL qvCharSinkWriteTrailing( QV_CHAR_SINK *sink, QV_STRING *qvs, QV_INT char
     if( charCount == 0 )
         return !sink->error;
 
-    QV_CHECK( charCount <= qvs->length );
+    QV_CHECK_AS( charCount <= qvs->length, "charCount <= qvStringLength( qvs )" );
 
     return qvCharSinkWriteInner( sink, qvs, qvs->length - charCount, charCount );
 }
