@@ -22,6 +22,7 @@ OUTPUT = HEADERS / "qv_unicode_tables.cpp"
 CODE_POINTS = 0x110000
 BLOCK_BITS = 7  # that of the header too
 LONGEST_DECOMPOSITION = 18  # that of the header too
+LOOK_CLOSER = 255  # that of the header too; no combining class is as high
 
 # In the order of their values.
 CATEGORIES = ( "Cn Lu Ll Lt Lm Lo Mn Mc Me Nd Nl No Pc Pd Ps Pe Pi Pf Po Sm Sc Sk So Zs Zl Zp Cc Cf Cs Co" ).split()
@@ -144,7 +145,7 @@ class Data:
                 return ( ch, )
             return tuple( each for part in mapping for each in full( part, compatible ) )
 
-        def normalize( ch, compatible, composes ):
+        def normalize( ch, compatible ):
             text = list( full( ch, compatible ) )
             at = 1
             while at < len( text ):
@@ -154,7 +155,7 @@ class Data:
                     at -= 1
                 else:
                     at += 1
-            if not composes or self.combining.get( text[0], 0 ):
+            if self.combining.get( text[0], 0 ):
                 return text
             result, last = text[:1], 0
             for each in text[1:]:
@@ -177,26 +178,22 @@ class Data:
         if max( map( len, self.full[True].values() ) ) > LONGEST_DECOMPOSITION:
             fail( "a decomposition is longer than the header tells" )
 
-        hangul = range( 0xAC00, 0xD7A4 )
+        # What decomposes in another way than by its mapping: Hangul by rule, surrogates not alone.
+        self.special = { *range( 0xAC00, 0xD7A4 ), *range( 0xD800, 0xE000 ) }
+
+        # Characters that may change in a text in one of the forms with composition have LOOK_CLOSER, others their class.
         joins = { pair[1] for pair in self.composition } | { *range( 0x1161, 0x1176 ), *range( 0x11A8, 0x11C3 ) }
-        changing = { *self.decomposition, *self.combining, *joins, *range( 0xD800, 0xE000 ), *hangul }
         self.quick = {}
 
-        # In the order of the values of the normal forms.
-        for bit, ( compatible, composes ) in enumerate(
-            ( ( False, True ), ( True, True ), ( False, False ), ( True, False ) ) ):
-            for ch in changing:
+        for compatible in ( False, True ):
+            quick = { ch: LOOK_CLOSER for ch in range( 0xD800, 0xE000 ) }
+            for ch in { *self.decomposition, *self.combining, *joins }:
                 first = full( ch, compatible )[0]
-                stays = normalize( ch, compatible, composes ) == [ ch ]
-                stays = stays and ch not in range( 0xD800, 0xE000 ) and ( composes or ch not in hangul )
-                stays = stays and not ( composes and first in joins )
-                flags = 0
-                if not stays or ch in self.combining or first in self.combining:
-                    flags |= 1 << bit
-                    if stays and ch in self.combining:
-                        flags |= 16 << bit
-                if flags:
-                    self.quick[ch] = self.quick.get( ch, 0 ) | flags
+                stays = normalize( ch, compatible ) == [ ch ] and first not in joins
+                if ch not in self.combining and first in self.combining:
+                    stays = False
+                quick[ch] = self.combining.get( ch, 0 ) if stays else LOOK_CLOSER
+            self.quick[compatible] = quick
 
 
 # Writing --------------------------------------------------------------------------------------------------------------
@@ -289,17 +286,19 @@ namespace qv::unicode
         "Decomposition: place in the pool" )
     out.array( "QV_CHAR", "decompositions", content, "Pool of the decompositions." )
 
-    # The same in all steps; a character of the pool has its combining class in the 8 topmost bits.
+    # The same in all steps; a character of the pool has its combining class in the 8 topmost bits. A character that
+    # does not decompose has its class instead of the place.
     content, places = pool(
         [ each for mappings in data.full.values() for each in mappings.values() ],
         lambda mapping: ( len( mapping ), *( ch | data.combining.get( ch, 0 ) << 24 for ch in mapping ) ) )
     for compatible, name, comment in (
         ( False, "canonical", "Full canonical decomposition" ), ( True, "compatible", "Full compatible decomposition" ) ):
-        out.table(
-            "uint16_t", name, { ch: places[each] for ch, each in data.full[compatible].items() },
-            f"{comment}: place in the pool" )
+        values = { **data.combining, **{ ch: LOOK_CLOSER for ch in data.special } }
+        values.update( { ch: places[each] + LOOK_CLOSER for ch, each in data.full[compatible].items() } )
+        out.table( "uint16_t", name, values, f"{comment}: class, or place in the pool" )
     out.array( "uint32_t", "fullDecompositions", content, "Pool of the full decompositions." )
-    out.table( "uint8_t", "quick", data.quick, "What a character does in a text in a normal form" )
+    out.table( "uint8_t", "nfc", data.quick[False], "Quick check of NFC: class, or a closer look" )
+    out.table( "uint8_t", "nfkc", data.quick[True], "Quick check of NFKC: class, or a closer look" )
 
     # Compositions: a row for each first character, a column for each second one; 0 where there is none.
     firsts = sorted( { pair[0] for pair in data.composition } )

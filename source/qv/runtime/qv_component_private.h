@@ -34,10 +34,6 @@
     COMPONENT( Time )                                                                                                  \
     COMPONENT( Timezone )                                                                                              \
     COMPONENT( Timer )                                                                                                 \
-    COMPONENT( UnicodeGenc )                                                                                           \
-    COMPONENT( UnicodeCccv )                                                                                           \
-    COMPONENT( UnicodeCdmt )                                                                                           \
-    COMPONENT( UnicodeScript )                                                                                         \
     COMPONENT( Charset )                                                                                               \
     COMPONENT( Random )                                                                                                \
     COMPONENT( RuntimePlatform )                                                                                       \

@@ -155,20 +155,48 @@ void orderRun( QV_CHAR *run, QV_INT length )
     qvMemCopyN( run, ordered, length, sizeof( QV_CHAR ) );
 }
 
-void order( QV_UNICODE_NORMALIZER *norm )
+// The same for all runs of a text.
+__attribute__( ( noinline ) ) void order( QV_CHAR *chars, QV_INT length )
 {
-    for( QV_INT i = norm->pending; i < norm->length; )
+    for( QV_INT i = 0; i < length; i++ )
     {
         QV_INT start = i;
 
-        while( i < norm->length && combiningClass( norm->chars[i] ) != 0 )
+        while( i < length && combiningClass( chars[i] ) != 0 )
             i++;
 
-        orderRun( norm->chars + start, i - start );
-        i++;
+        orderRun( chars + start, i - start );
     }
+}
 
-    norm->unordered = false;
+/* Decomposing ---------------------------------------------------------------------------------------------------- */
+
+// Gives `put` each character of a decomposition in all steps with its class. `value` is what decomposeFully() tells.
+template< class Put >
+inline void decomposeOne( QV_CHAR ch, uint32_t value, Put put )
+{
+    if( value < LOOK_CLOSER )
+    {
+        put( ch, value );
+    }
+    else if( value > LOOK_CLOSER )
+    {
+        const uint32_t *full = fullDecomposition( value );
+
+        for( uint32_t count = *full++; count > 0; count--, full++ )
+            put( *full & 0xFFFFFF, *full >> 24 );
+    }
+    else
+    {
+        QV_CHAR syllable = ch - HANGUL_S;
+        QV_CHAR trailing = syllable % T_COUNT;
+
+        put( HANGUL_L + syllable / ( V_COUNT * T_COUNT ), 0 );
+        put( HANGUL_V + syllable % ( V_COUNT * T_COUNT ) / T_COUNT, 0 );
+
+        if( trailing )
+            put( HANGUL_T + trailing, 0 );
+    }
 }
 
 /* Composing ------------------------------------------------------------------------------------------------------ */
@@ -258,7 +286,9 @@ void composeTo( QV_UNICODE_NORMALIZER *norm, QV_INT end )
 inline void moveOn( QV_UNICODE_NORMALIZER *norm, QV_INT end )
 {
     if( norm->unordered )
-        order( norm );
+        order( norm->chars + norm->pending, norm->length - norm->pending );
+
+    norm->unordered = false;
 
     if( composes( norm ) )
         composeTo( norm, end );
@@ -271,53 +301,20 @@ void step( QV_UNICODE_NORMALIZER *norm, QV_CHAR ch )
 {
     reserve( norm, LONGEST_DECOMPOSITION );
 
-    QV_CHAR *to          = norm->chars + norm->length;
-    QV_INT   lastStarter = -1; // the last one that is new
+    QV_INT lastStarter = -1; // the last one that is new
 
-    if( ch < SIMPLE[QV_UNICODE_NORMAL_FORM_NFKD] )
+    auto put = [norm, &lastStarter]( QV_CHAR each, QV_INT cccv )
     {
-        *to++             = ch;
-        lastStarter       = norm->length;
-        norm->pendingCccv = 0;
-    }
-    else if( ch - HANGUL_S < S_COUNT )
-    {
-        QV_CHAR syllable = ch - HANGUL_S;
-        QV_CHAR trailing = HANGUL_T + syllable % T_COUNT;
+        if( cccv == 0 )
+            lastStarter = norm->length;
+        else if( cccv < norm->pendingCccv )
+            norm->unordered = true;
 
-        *to++ = HANGUL_L + syllable / ( V_COUNT * T_COUNT );
-        *to++ = HANGUL_V + syllable % ( V_COUNT * T_COUNT ) / T_COUNT;
+        norm->chars[norm->length++] = each;
+        norm->pendingCccv           = cccv;
+    };
 
-        if( trailing != HANGUL_T )
-            *to++ = trailing;
-
-        lastStarter       = to - norm->chars - 1;
-        norm->pendingCccv = 0;
-    }
-    else
-    {
-        const uint32_t *full  = decomposeFully( ch, isCompatible( norm ) );
-        uint32_t        alone = full ? 0 : static_cast< uint32_t >( ch | combiningClass( ch ) << 24 );
-        QV_INT          count = full ? *full++ : 1;
-
-        if( !full )
-            full = &alone;
-
-        for( QV_INT i = 0; i < count; i++ )
-        {
-            QV_INT cccv = full[i] >> 24;
-
-            if( cccv == 0 )
-                lastStarter = to - norm->chars;
-            else if( cccv < norm->pendingCccv )
-                norm->unordered = true;
-
-            norm->pendingCccv = cccv;
-            *to++             = full[i] & 0xFFFFFF;
-        }
-    }
-
-    norm->length = to - norm->chars;
+    decomposeOne( ch, decomposeFully( ch, isCompatible( norm ) ), put );
 
     if( lastStarter > norm->pending )
     {
@@ -328,6 +325,68 @@ void step( QV_UNICODE_NORMALIZER *norm, QV_CHAR ch )
         moveOn( norm, norm->length );
         norm->pendingCccv = 0;
     }
+}
+
+// A step for each character up to the first surrogate or impossible one, without composition: all that moves is a
+// border. Gives how many these were.
+QV_INT decomposeAll( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+{
+    reserve( norm, count * LONGEST_DECOMPOSITION );
+
+    const bool byAll     = isCompatible( norm );
+    QV_CHAR   *chars     = norm->chars;
+    QV_INT     length    = norm->length;
+    QV_INT     pending   = norm->pending;
+    QV_INT     last      = norm->pendingCccv;
+    bool       unordered = norm->unordered;
+    QV_INT     i         = 0;
+
+    auto moveTo = [&]( QV_INT end )
+    {
+        if( unordered )
+            order( chars + pending, length - pending );
+
+        unordered = false;
+        pending   = end;
+    };
+
+    // Without a branch between starters and marks as long as these are in order.
+    auto put = [&]( QV_CHAR each, QV_INT cccv )
+    {
+        chars[length] = each;
+        unordered |= ( cccv != 0 ) & ( cccv < last );
+
+        if( unordered & ( cccv == 0 ) )
+            moveTo( length );
+
+        pending = cccv == 0 ? length : pending;
+        last    = cccv;
+        length++;
+    };
+
+    for( ; i < count && QV_CHAR_OK( chs[i] ); i++ )
+    {
+        uint32_t value = decomposeFully( chs[i], byAll );
+
+        if( value == LOOK_CLOSER && chs[i] - HANGUL_S >= S_COUNT )
+            break;
+
+        decomposeOne( chs[i], value, put );
+
+        if( length - pending >= LIMIT )
+        {
+            moveTo( length );
+            last = 0;
+        }
+    }
+
+    norm->length      = length;
+    norm->pending     = pending;
+    norm->readable    = pending;
+    norm->pendingCccv = last;
+    norm->unordered   = unordered;
+
+    return i;
 }
 
 void write( QV_UNICODE_NORMALIZER *norm, QV_CHAR ch )
@@ -353,68 +412,92 @@ struct Run
     QV_INT previous; // the one before it
 };
 
-Run check( const QV_CHAR *chs, QV_INT count, QV_INT form )
-{
-    const qv::CharVector simple = qv::CharVector {} + static_cast< int32_t >( SIMPLE[form] );
+// Eight characters at once, so that text without marks needs one decision for all of them.
+const QV_INT GROUP = 8;
 
-    Run      run     = { 0, -1, -1 };
-    QV_INT   last    = 0;
-    uint32_t changes = QUICK_CHANGES << form;
-    uint32_t mark    = QUICK_MARK << form;
-    QV_INT   i       = 0;
+inline bool allBelow( const QV_CHAR *chs, QV_CHAR limit )
+{
+    qv::CharVector bound = qv::CharVector {} + static_cast< int32_t >( limit );
+    qv::CharVector a     = qv::loadChars( chs );
+    qv::CharVector b     = qv::loadChars( chs + 4 );
+
+    // The comparison is one of signed numbers; 0x80000000 and above would pass for negative ones.
+    return !qv::anyBit( ( a >= bound ) | ( b >= bound ) | ( a < 0 ) | ( b < 0 ) );
+}
+
+// What a character does in a text in the form: below LOOK_CLOSER its class, if it stays as it is and joins nothing.
+template< QV_INT form >
+inline uint32_t quickCheck( QV_CHAR ch )
+{
+    return form <= QV_UNICODE_NORMAL_FORM_NFKC ? composedQuickCheck( ch, form & 1 ) : decomposeFully( ch, form & 1 );
+}
+
+template< QV_INT form >
+inline bool isStarter( QV_CHAR ch )
+{
+    return ch < SIMPLE[form] || ( QV_CHAR_OK( ch ) && quickCheck< form >( ch ) == 0 );
+}
+
+// How many characters from the first one on are in whole groups of starters.
+template< QV_INT form >
+inline QV_INT checkGroups( const QV_CHAR *chs, QV_INT count )
+{
+    QV_INT i = 0;
+
+    while( i + GROUP <= count && allBelow( chs + i, SIMPLE[form] ) )
+        i += GROUP;
+
+    for( ; i + GROUP <= count && allBelow( chs + i, 0x110000 ); i += GROUP )
+    {
+        uint32_t all = 0;
+
+        for( QV_INT k = 0; k < GROUP; k++ )
+            all |= quickCheck< form >( chs[i + k] );
+
+        if( all != 0 )
+            break;
+    }
+
+    return i;
+}
+
+template< QV_INT form >
+Run check( const QV_CHAR *chs, QV_INT count )
+{
+    QV_INT   starter  = -1;
+    QV_INT   previous = -1;
+    uint32_t last     = 0; // the class of the last character
+    QV_INT   i        = 0;
 
     while( i < count )
     {
-        if( chs[i] < SIMPLE[form] )
+        if( QV_INT whole = checkGroups< form >( chs + i, count - i ) )
         {
-            QV_INT start = i;
-
-            // As signed numbers, so values of 0x80000000 and above have to be looked for by their sign.
-            while( i + 8 <= count )
-            {
-                qv::CharVector a = qv::loadChars( chs + i ), b = qv::loadChars( chs + i + 4 );
-
-                if( qv::anyBit( ( a >= simple ) | ( b >= simple ) | ( ( a | b ) < 0 ) ) )
-                    break;
-
-                i += 8;
-            }
-
-            while( i < count && chs[i] < SIMPLE[form] )
-                i++;
-
-            run.previous = i - start > 1 ? i - 2 : run.starter;
-            run.starter  = i - 1;
-            last         = 0;
-            continue;
+            i += whole;
+            starter  = i - 1;
+            previous = i - 2;
+            last     = 0;
         }
 
-        if( !QV_CHAR_OK( chs[i] ) )
-            break;
-
-        uint32_t quick = quickCheck( chs[i] );
-
-        if( !( quick & changes ) )
+        // Starters and marks alike, without a branch between them, since which one comes next cannot be guessed.
+        for( QV_INT end = i + 2 * GROUP < count ? i + 2 * GROUP : count; i < end; i++ )
         {
-            run.previous = run.starter;
-            run.starter  = i;
-            last         = 0;
+            if( !QV_CHAR_OK( chs[i] ) )
+                return { i, starter, previous };
+
+            uint32_t cccv = quickCheck< form >( chs[i] );
+
+            // Less 1, a starter is above all classes.
+            if( cccv >= LOOK_CLOSER || cccv - 1 < last || i - starter > QUICK_MARKS + 1 )
+                return { i, starter, previous };
+
+            previous = cccv == 0 ? starter : previous;
+            starter  = cccv == 0 ? i : starter;
+            last     = cccv - ( cccv != 0 );
         }
-        else
-        {
-            QV_INT cccv = quick & mark ? combiningClass( chs[i] ) : 0;
-
-            if( cccv == 0 || cccv < last || i - run.starter > QUICK_MARKS )
-                break;
-
-            last = cccv;
-        }
-
-        i++;
     }
 
-    run.length = i;
-    return run;
+    return { i, starter, previous };
 }
 
 // Takes a run that begins with a starter over as it is, up to its last starter, which comes next.
@@ -443,24 +526,83 @@ void pass( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, const Run &run )
     }
 }
 
-bool isStarter( QV_CHAR ch, QV_INT form )
+// What the first characters of a text compose to, of which the first one is a starter, and how many these are: 1 where
+// it stays alone; 0 where that takes a closer look. A starter has to follow, so that nothing else can join.
+struct Unit
 {
-    return ch < SIMPLE[form] || ( QV_CHAR_OK( ch ) && !( quickCheck( ch ) & ( QUICK_CHANGES << form ) ) );
+    QV_CHAR ch;
+    QV_INT  length;
+};
+
+template< QV_INT form >
+inline Unit composeUnit( const QV_CHAR *chs, QV_INT count )
+{
+    if( count > 1 && isStarter< form >( chs[1] ) )
+        return { chs[0], 1 };
+
+    const Unit none = { 0, 0 };
+
+    if( count < 3 || !QV_CHAR_OK( chs[1] ) || decomposeFully( chs[0], form & 1 ) >= LOOK_CLOSER
+        || decomposeFully( chs[1], form & 1 ) >= LOOK_CLOSER )
+        return none;
+
+    Unit unit = { composePair( chs[0], chs[1], true ), 2 };
+
+    if( unit.ch - HANGUL_S < S_COUNT && chs[2] - HANGUL_T - 1 < T_COUNT - 1 )
+        unit = { unit.ch + ( chs[2] - HANGUL_T ), 3 };
+
+    return unit.ch != 0 && unit.length < count && isStarter< form >( chs[unit.length] ) ? unit : none;
 }
 
-void write( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+// Composes pairs and syllables that stand between starters, which is most of what changes, without the way through
+// all stages. Gives how many characters these were, and stops where several in a row stay alone.
+template< QV_INT form >
+QV_INT composeUnits( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+{
+    const int PATIENCE = 3;
+
+    QV_INT i     = 0;
+    int    alone = 0;
+
+    while( i < count && alone < PATIENCE )
+    {
+        Unit unit = composeUnit< form >( chs + i, count - i );
+
+        if( unit.length == 0 )
+            break;
+
+        if( i == 0 && norm->pending < norm->length )
+            moveOn( norm, norm->length );
+
+        reserve( norm, 1 );
+        norm->chars[norm->length++] = unit.ch;
+        norm->readable              = norm->length - 1;
+        norm->pending               = norm->length;
+        norm->starter               = unit.ch;
+        norm->lastCccv              = 0;
+        norm->pendingCccv           = 0;
+
+        alone = unit.length == 1 ? alone + 1 : 0;
+        i += unit.length;
+    }
+
+    return i;
+}
+
+template< QV_INT form >
+void writeComposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
 {
     QV_INT i = 0;
 
     while( i < count )
     {
-        if( norm->highSurrogate || !isStarter( chs[i], norm->normalForm ) )
+        if( norm->highSurrogate || !isStarter< form >( chs[i] ) )
         {
             write( norm, chs[i++] );
             continue;
         }
 
-        Run    run = check( chs + i, count - i, norm->normalForm );
+        Run    run = check< form >( chs + i, count - i );
         QV_INT end = i + run.length;
 
         if( run.previous >= 0 )
@@ -469,8 +611,61 @@ void write( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
             i += run.starter;
         }
 
-        for( ; i < end; i++ )
-            step( norm, chs[i] );
+        if( QV_INT composed = composeUnits< form >( norm, chs + i, count - i ) )
+            i += composed;
+        else
+            for( ; i < end; i++ )
+                step( norm, chs[i] );
+    }
+}
+
+template< QV_INT form >
+void writeDecomposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+{
+    QV_INT i = 0;
+
+    while( i < count )
+    {
+        if( norm->highSurrogate )
+        {
+            write( norm, chs[i++] );
+            continue;
+        }
+
+        QV_INT whole = checkGroups< form >( chs + i, count - i );
+
+        if( whole > 0 )
+            pass( norm, chs + i, { whole, whole - 1, whole - 2 } );
+
+        // The last one of these, and what takes a closer look.
+        QV_INT end = i + whole + 4 * GROUP < count ? i + whole + 4 * GROUP : count;
+        i += whole > 0 ? whole - 1 : 0;
+        i += decomposeAll( norm, chs + i, end - i );
+
+        if( i < end )
+            write( norm, chs[i++] );
+    }
+}
+
+void write( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+{
+    switch( norm->normalForm )
+    {
+        case QV_UNICODE_NORMAL_FORM_NFC: return writeComposed< QV_UNICODE_NORMAL_FORM_NFC >( norm, chs, count );
+        case QV_UNICODE_NORMAL_FORM_NFKC: return writeComposed< QV_UNICODE_NORMAL_FORM_NFKC >( norm, chs, count );
+        case QV_UNICODE_NORMAL_FORM_NFD: return writeDecomposed< QV_UNICODE_NORMAL_FORM_NFD >( norm, chs, count );
+        default: return writeDecomposed< QV_UNICODE_NORMAL_FORM_NFKD >( norm, chs, count );
+    }
+}
+
+Run check( const QV_CHAR *chs, QV_INT count, QV_INT form )
+{
+    switch( form )
+    {
+        case QV_UNICODE_NORMAL_FORM_NFC: return check< QV_UNICODE_NORMAL_FORM_NFC >( chs, count );
+        case QV_UNICODE_NORMAL_FORM_NFKC: return check< QV_UNICODE_NORMAL_FORM_NFKC >( chs, count );
+        case QV_UNICODE_NORMAL_FORM_NFD: return check< QV_UNICODE_NORMAL_FORM_NFD >( chs, count );
+        default: return check< QV_UNICODE_NORMAL_FORM_NFKD >( chs, count );
     }
 }
 
@@ -665,7 +860,7 @@ QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
     reserve( norm, length + LONGEST_DECOMPOSITION );
 
     // What has been checked need not be looked at twice.
-    if( run.previous >= 0 && isStarter( chs[0], normalForm ) )
+    if( run.previous >= 0 && combiningClass( chs[0] ) == 0 )
         pass( norm, chs, run );
     else
         run.starter = 0;

@@ -26,7 +26,7 @@ extern const QV_CHAR  decompositions[];
 extern const uint8_t  canonicalBlocks[], compatibleBlocks[];
 extern const uint16_t canonical[], compatible[];
 extern const uint32_t fullDecompositions[];
-extern const uint8_t  quickBlocks[], quick[];
+extern const uint8_t  nfcBlocks[], nfkcBlocks[], nfc[], nfkc[];
 extern const uint8_t  compositionFirstBlocks[];
 extern const uint16_t compositionFirst[];
 extern const uint8_t  compositionSecondBlocks[], compositionSecond[];
@@ -111,25 +111,28 @@ inline Mapping decompose( QV_CHAR ch, QV_INT *type )
 /** Characters of a decomposition in all steps. */
 const QV_INT LONGEST_DECOMPOSITION = 18;
 
-/** The decomposition in all steps, by the canonical mappings only or by all: its length, followed by the characters,
-    each with its combining class in the 8 topmost bits. Null when there is none. */
-inline const uint32_t *decomposeFully( QV_CHAR ch, bool byAll )
-{
-    uint16_t place = byAll ? lookUp( compatibleBlocks, compatible, ch ) : lookUp( canonicalBlocks, canonical, ch );
+/** No combining class is as high. */
+const uint32_t LOOK_CLOSER = 255;
 
-    return place ? fullDecompositions + place : nullptr;
+/** The decomposition in all steps, by the canonical mappings only or by all: below LOOK_CLOSER the class of a character
+    that has none; LOOK_CLOSER for Hangul syllables and surrogates; above it what fullDecomposition() takes. */
+inline uint32_t decomposeFully( QV_CHAR ch, bool byAll )
+{
+    return byAll ? lookUp( compatibleBlocks, compatible, ch ) : lookUp( canonicalBlocks, canonical, ch );
 }
 
-/** What a character does in a text in a normal form. A character without the bit `QUICK_CHANGES << form` has class 0,
-    stays as it is and never joins what stands before it. One with that bit and also with `QUICK_MARK << form` has
-    another class and stays where it is as long as the classes ascend. With the first bit alone it takes a closer
-    look. The forms are in the order of their values. */
-const uint32_t QUICK_CHANGES = 1;
-const uint32_t QUICK_MARK    = 16;
-
-inline uint32_t quickCheck( QV_CHAR ch )
+/** The length, followed by the characters, each with its combining class in the 8 topmost bits. */
+inline const uint32_t *fullDecomposition( uint32_t value )
 {
-    return lookUp( quickBlocks, quick, ch );
+    return fullDecompositions + value - LOOK_CLOSER;
+}
+
+/** What a character does in a text in NFC or, by all mappings, NFKC. Below LOOK_CLOSER it stays as it is, and this is
+    its class: one of class 0 never joins what stands before it, and one of another stays where it is as long as the
+    classes ascend. All others have LOOK_CLOSER. */
+inline uint32_t composedQuickCheck( QV_CHAR ch, bool byAll )
+{
+    return byAll ? lookUp( nfkcBlocks, nfkc, ch ) : lookUp( nfcBlocks, nfc, ch );
 }
 
 /** True if a character can be the second one of a pair that composes, Hangul aside. */
