@@ -195,6 +195,14 @@ class Data:
                 quick[ch] = self.combining.get( ch, 0 ) if stays else LOOK_CLOSER
             self.quick[compatible] = quick
 
+    def with_classes( self, mapping ):
+        """A decomposition as the pool has it: its length, the place of its last starter and whether it begins with a
+        starter and is in order, and the characters, each with its combining class in the 8 topmost bits."""
+        classes = [ self.combining.get( ch, 0 ) for ch in mapping ]
+        ordered = classes[0] == 0 and all( not b or a <= b for a, b in zip( classes, classes[1:] ) )
+        starter = max( ( i for i, k in enumerate( classes ) if k == 0 ), default = 0 )
+        return ( len( mapping ) | starter << 8 | ordered << 16, *( ch | k << 24 for ch, k in zip( mapping, classes ) ) )
+
 
 # Writing --------------------------------------------------------------------------------------------------------------
 
@@ -286,11 +294,9 @@ namespace qv::unicode
         "Decomposition: place in the pool" )
     out.array( "QV_CHAR", "decompositions", content, "Pool of the decompositions." )
 
-    # The same in all steps; a character of the pool has its combining class in the 8 topmost bits. A character that
-    # does not decompose has its class instead of the place.
-    content, places = pool(
-        [ each for mappings in data.full.values() for each in mappings.values() ],
-        lambda mapping: ( len( mapping ), *( ch | data.combining.get( ch, 0 ) << 24 for ch in mapping ) ) )
+    # The same in all steps. A character that does not decompose has its class instead of the place.
+    content, places = pool( [ each for mappings in data.full.values() for each in mappings.values() ], data.with_classes )
+    content += [ 0 ] * 3  # so that four characters can be read at once
     for compatible, name, comment in (
         ( False, "canonical", "Full canonical decomposition" ), ( True, "compatible", "Full compatible decomposition" ) ):
         values = { **data.combining, **{ ch: LOOK_CLOSER for ch in data.special } }

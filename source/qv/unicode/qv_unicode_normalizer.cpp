@@ -171,6 +171,19 @@ __attribute__( ( noinline ) ) void order( QV_CHAR *chars, QV_INT length )
 
 /* Decomposing ---------------------------------------------------------------------------------------------------- */
 
+// The decomposition of a Hangul syllable, and of how many characters it is; three are written.
+inline QV_INT decomposeHangul( QV_CHAR ch, QV_CHAR *to )
+{
+    QV_CHAR syllable = ch - HANGUL_S;
+    QV_CHAR trailing = syllable % T_COUNT;
+
+    to[0] = HANGUL_L + syllable / ( V_COUNT * T_COUNT );
+    to[1] = HANGUL_V + syllable % ( V_COUNT * T_COUNT ) / T_COUNT;
+    to[2] = HANGUL_T + trailing;
+
+    return trailing ? 3 : 2;
+}
+
 // Gives `put` each character of a decomposition in all steps with its class. `value` is what decomposeFully() tells.
 template< class Put >
 inline void decomposeOne( QV_CHAR ch, uint32_t value, Put put )
@@ -181,21 +194,18 @@ inline void decomposeOne( QV_CHAR ch, uint32_t value, Put put )
     }
     else if( value > LOOK_CLOSER )
     {
-        const uint32_t *full = fullDecomposition( value );
+        Decomposition full = fullDecomposition( value );
 
-        for( uint32_t count = *full++; count > 0; count--, full++ )
-            put( *full & 0xFFFFFF, *full >> 24 );
+        for( QV_INT i = 0; i < full.length; i++ )
+            put( full.chars[i] & 0xFFFFFF, full.chars[i] >> 24 );
     }
     else
     {
-        QV_CHAR syllable = ch - HANGUL_S;
-        QV_CHAR trailing = syllable % T_COUNT;
+        QV_CHAR hangul[3];
+        QV_INT  length = decomposeHangul( ch, hangul );
 
-        put( HANGUL_L + syllable / ( V_COUNT * T_COUNT ), 0 );
-        put( HANGUL_V + syllable % ( V_COUNT * T_COUNT ) / T_COUNT, 0 );
-
-        if( trailing )
-            put( HANGUL_T + trailing, 0 );
+        for( QV_INT i = 0; i < length; i++ )
+            put( hangul[i], 0 );
     }
 }
 
@@ -325,68 +335,6 @@ void step( QV_UNICODE_NORMALIZER *norm, QV_CHAR ch )
         moveOn( norm, norm->length );
         norm->pendingCccv = 0;
     }
-}
-
-// A step for each character up to the first surrogate or impossible one, without composition: all that moves is a
-// border. Gives how many these were.
-QV_INT decomposeAll( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
-{
-    reserve( norm, count * LONGEST_DECOMPOSITION );
-
-    const bool byAll     = isCompatible( norm );
-    QV_CHAR   *chars     = norm->chars;
-    QV_INT     length    = norm->length;
-    QV_INT     pending   = norm->pending;
-    QV_INT     last      = norm->pendingCccv;
-    bool       unordered = norm->unordered;
-    QV_INT     i         = 0;
-
-    auto moveTo = [&]( QV_INT end )
-    {
-        if( unordered )
-            order( chars + pending, length - pending );
-
-        unordered = false;
-        pending   = end;
-    };
-
-    // Without a branch between starters and marks as long as these are in order.
-    auto put = [&]( QV_CHAR each, QV_INT cccv )
-    {
-        chars[length] = each;
-        unordered |= ( cccv != 0 ) & ( cccv < last );
-
-        if( unordered & ( cccv == 0 ) )
-            moveTo( length );
-
-        pending = cccv == 0 ? length : pending;
-        last    = cccv;
-        length++;
-    };
-
-    for( ; i < count && QV_CHAR_OK( chs[i] ); i++ )
-    {
-        uint32_t value = decomposeFully( chs[i], byAll );
-
-        if( value == LOOK_CLOSER && chs[i] - HANGUL_S >= S_COUNT )
-            break;
-
-        decomposeOne( chs[i], value, put );
-
-        if( length - pending >= LIMIT )
-        {
-            moveTo( length );
-            last = 0;
-        }
-    }
-
-    norm->length      = length;
-    norm->pending     = pending;
-    norm->readable    = pending;
-    norm->pendingCccv = last;
-    norm->unordered   = unordered;
-
-    return i;
 }
 
 void write( QV_UNICODE_NORMALIZER *norm, QV_CHAR ch )
@@ -619,14 +567,86 @@ void writeComposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT coun
     }
 }
 
+// Decomposes as long as everything is in order, so that nothing but a border moves; gives how many characters it took.
+// It makes what as many steps make, for less than the limit can be reached with.
+QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+{
+    reserve( norm, ( count + 1 ) * LONGEST_DECOMPOSITION );
+
+    const bool byAll   = isCompatible( norm );
+    QV_CHAR   *to      = norm->chars + norm->length;
+    QV_CHAR   *pending = norm->chars + norm->pending;
+    uint32_t   last    = norm->pendingCccv ? static_cast< uint32_t >( norm->pendingCccv - 1 ) : 0;
+    QV_INT     i       = 0;
+
+    for( ; i < count && QV_CHAR_OK( chs[i] ); i++ )
+    {
+        uint32_t value = decomposeFully( chs[i], byAll );
+
+        if( value < LOOK_CLOSER )
+        {
+            // Less 1, a starter is above all classes.
+            if( value - 1 < last )
+                break;
+
+            pending = value == 0 ? to : pending;
+            last    = value - ( value != 0 );
+            *to++   = chs[i];
+        }
+        else if( value > LOOK_CLOSER )
+        {
+            Decomposition full = fullDecomposition( value );
+
+            if( !full.ordered )
+                break;
+
+            // Mostly there are no more than four.
+            typedef uint32_t Four __attribute__( ( vector_size( 16 ) ) );
+            Four             four;
+            __builtin_memcpy( &four, full.chars, sizeof( four ) );
+            four &= 0xFFFFFF;
+            __builtin_memcpy( to, &four, sizeof( four ) );
+
+            for( QV_INT k = 4; k < full.length; k++ )
+                to[k] = full.chars[k] & 0xFFFFFF;
+
+            uint32_t cccv = full.chars[full.length - 1] >> 24;
+            pending       = to + full.lastStarter;
+            last          = cccv - ( cccv != 0 );
+            to += full.length;
+        }
+        else if( chs[i] - HANGUL_S < S_COUNT )
+        {
+            to += decomposeHangul( chs[i], to );
+            pending = to - 1;
+            last    = 0;
+        }
+        else
+        {
+            break;
+        }
+    }
+
+    norm->length      = to - norm->chars;
+    norm->pending     = pending - norm->chars;
+    norm->readable    = norm->pending;
+    norm->pendingCccv = norm->length > norm->pending ? combiningClass( to[-1] ) : 0;
+
+    return i;
+}
+
 template< QV_INT form >
 void writeDecomposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
 {
-    QV_INT i = 0;
+    const QV_INT LEAST = 2 * GROUP, MOST = 16 * GROUP;
+    static_assert( ( MOST + 1 ) * LONGEST_DECOMPOSITION < LIMIT / 2 + LIMIT / 4 );
+
+    QV_INT i     = 0;
+    QV_INT piece = LEAST; // grows where groups of starters are rare
 
     while( i < count )
     {
-        if( norm->highSurrogate )
+        if( norm->highSurrogate || norm->unordered || norm->length - norm->pending > LIMIT / 4 )
         {
             write( norm, chs[i++] );
             continue;
@@ -635,12 +655,15 @@ void writeDecomposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT co
         QV_INT whole = checkGroups< form >( chs + i, count - i );
 
         if( whole > 0 )
+        {
+            // The last one comes next.
             pass( norm, chs + i, { whole, whole - 1, whole - 2 } );
+            i += whole - 1;
+        }
 
-        // The last one of these, and what takes a closer look.
-        QV_INT end = i + whole + 4 * GROUP < count ? i + whole + 4 * GROUP : count;
-        i += whole > 0 ? whole - 1 : 0;
-        i += decomposeAll( norm, chs + i, end - i );
+        piece      = whole > 0 ? LEAST : piece < MOST ? 2 * piece : MOST;
+        QV_INT end = i + piece < count ? i + piece : count;
+        i += decomposeInOrder( norm, chs + i, end - i );
 
         if( i < end )
             write( norm, chs[i++] );

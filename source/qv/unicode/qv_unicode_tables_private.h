@@ -121,10 +121,20 @@ inline uint32_t decomposeFully( QV_CHAR ch, bool byAll )
     return byAll ? lookUp( compatibleBlocks, compatible, ch ) : lookUp( canonicalBlocks, canonical, ch );
 }
 
-/** The length, followed by the characters, each with its combining class in the 8 topmost bits. */
-inline const uint32_t *fullDecomposition( uint32_t value )
+/** A full decomposition. Four characters can always be read. */
+struct Decomposition
 {
-    return fullDecompositions + value - LOOK_CLOSER;
+    QV_INT          length;
+    QV_INT          lastStarter; // place of the last character of class 0, if there is one
+    bool            ordered;     // it begins with a character of class 0, and its marks are in order
+    const uint32_t *chars;       // each with its combining class in the 8 topmost bits
+};
+
+inline Decomposition fullDecomposition( uint32_t value )
+{
+    const uint32_t *entry = fullDecompositions + value - LOOK_CLOSER;
+
+    return { *entry & 0xFF, *entry >> 8 & 0xFF, *entry >> 16 != 0, entry + 1 };
 }
 
 /** What a character does in a text in NFC or, by all mappings, NFKC. Below LOOK_CLOSER it stays as it is, and this is
