@@ -386,6 +386,14 @@ inline bool isStarter( QV_CHAR ch )
     return ch < SIMPLE[form] || ( QV_CHAR_OK( ch ) && quickCheck< form >( ch ) == 0 );
 }
 
+// Characters that are looked at one by one where a group is not one of starters; more where such groups are rare.
+const QV_INT LEAST = 2 * GROUP, MOST = 16 * GROUP;
+
+inline QV_INT nextPiece( QV_INT piece, QV_INT whole )
+{
+    return whole > 0 ? LEAST : piece < MOST ? 2 * piece : MOST;
+}
+
 // How many characters from the first one on are in whole groups of starters.
 template< QV_INT form >
 inline QV_INT checkGroups( const QV_CHAR *chs, QV_INT count )
@@ -409,43 +417,55 @@ inline QV_INT checkGroups( const QV_CHAR *chs, QV_INT count )
     return i;
 }
 
+// The last starter in front of a place, or -1.
+template< QV_INT form >
+inline QV_INT lastStarter( const QV_CHAR *chs, QV_INT end )
+{
+    QV_INT i = end - 1;
+
+    while( i >= 0 && quickCheck< form >( chs[i] ) != 0 )
+        i--;
+
+    return i;
+}
+
 template< QV_INT form >
 Run check( const QV_CHAR *chs, QV_INT count )
 {
-    QV_INT   starter  = -1;
-    QV_INT   previous = -1;
-    uint32_t last     = 0; // the class of the last character
-    QV_INT   i        = 0;
+    QV_INT   i     = 0;
+    QV_INT   piece = LEAST;
+    uint32_t last  = 0; // the class of the last character, less 1 for a mark
+    QV_INT   marks = 0; // since the last starter
+    bool     holds = true;
 
-    while( i < count )
+    while( i < count && holds )
     {
-        if( QV_INT whole = checkGroups< form >( chs + i, count - i ) )
-        {
-            i += whole;
-            starter  = i - 1;
-            previous = i - 2;
-            last     = 0;
-        }
+        QV_INT whole = checkGroups< form >( chs + i, count - i );
+        piece        = nextPiece( piece, whole );
+        last         = whole > 0 ? 0 : last;
+        marks        = whole > 0 ? 0 : marks;
+        i += whole;
 
         // Starters and marks alike, without a branch between them, since which one comes next cannot be guessed.
-        for( QV_INT end = i + 2 * GROUP < count ? i + 2 * GROUP : count; i < end; i++ )
+        for( QV_INT end = i + piece < count ? i + piece : count; i < end; i++ )
         {
-            if( !QV_CHAR_OK( chs[i] ) )
-                return { i, starter, previous };
-
-            uint32_t cccv = quickCheck< form >( chs[i] );
+            uint32_t cccv = QV_CHAR_OK( chs[i] ) ? quickCheck< form >( chs[i] ) : LOOK_CLOSER;
 
             // Less 1, a starter is above all classes.
-            if( cccv >= LOOK_CLOSER || cccv - 1 < last || i - starter > QUICK_MARKS + 1 )
-                return { i, starter, previous };
+            if( cccv >= LOOK_CLOSER || cccv - 1 < last || marks > QUICK_MARKS )
+            {
+                holds = false;
+                break;
+            }
 
-            previous = cccv == 0 ? starter : previous;
-            starter  = cccv == 0 ? i : starter;
-            last     = cccv - ( cccv != 0 );
+            last  = cccv - ( cccv != 0 );
+            marks = ( marks + 1 ) & -static_cast< QV_INT >( cccv != 0 );
         }
     }
 
-    return { i, starter, previous };
+    QV_INT starter = lastStarter< form >( chs, i );
+
+    return { i, starter, lastStarter< form >( chs, starter ) };
 }
 
 // Takes a run that begins with a starter over as it is, up to its last starter, which comes next.
@@ -638,11 +658,10 @@ QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT
 template< QV_INT form >
 void writeDecomposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
 {
-    const QV_INT LEAST = 2 * GROUP, MOST = 16 * GROUP;
     static_assert( ( MOST + 1 ) * LONGEST_DECOMPOSITION < LIMIT / 2 + LIMIT / 4 );
 
     QV_INT i     = 0;
-    QV_INT piece = LEAST; // grows where groups of starters are rare
+    QV_INT piece = LEAST;
 
     while( i < count )
     {
@@ -661,7 +680,7 @@ void writeDecomposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT co
             i += whole - 1;
         }
 
-        piece      = whole > 0 ? LEAST : piece < MOST ? 2 * piece : MOST;
+        piece      = nextPiece( piece, whole );
         QV_INT end = i + piece < count ? i + piece : count;
         i += decomposeInOrder( norm, chs + i, end - i );
 
