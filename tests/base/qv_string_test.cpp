@@ -341,6 +341,60 @@ TEST( String, BlocksOfCopiesPartsAndConversions )
     EXPECT_EQ( "0126789", take( qvStringCreateFromOuter( qvs, 3, 3 ) ) );
 }
 
+// A block of 512 characters at most is one allocation with its String, until the text outgrows it.
+TEST( String, TextsOutgrowTheMemoryTheyWereCreatedIn )
+{
+    for( QV_INT length : { 1, 447, 448, 449, 511, 512, 513, 5000 } )
+    {
+        std::u32string                 expected( size_t( length ), U'.' );
+        std::vector< Ref< QV_STRING > > copies;
+
+        for( size_t i = 0; i < expected.size(); i++ )
+            expected[i] = char32_t( U'a' + i % 26 );
+
+        std::string bytes( expected.begin(), expected.end() );
+
+        copies.emplace_back( qvStringCreateFromCharsCopy( expected.data(), length ) );
+        copies.emplace_back( qvStringCreateFromCstr( bytes.c_str(), -1 ) );
+        copies.emplace_back( qvStringCreateFrom( copies[0] ) );
+        copies.emplace_back( Ref< QV_STRING >::share( copies[0] ) );
+        qvStringToLower( copies.back().at() );
+
+        for( Ref< QV_STRING > &copy : copies )
+        {
+            EXPECT_EQ( QV_INT( sizeof( QV_STRING ) ), qv___ObjDbgObjectSize( qvStringObj( copy ) ) );
+
+            Model model;
+            model.text   = expected;
+            model.shared = false;
+            model.block  = true;
+            model.fspace = copy->fspace;
+            model.bspace = copy->bspace;
+
+            for( int round = 0; round < 40; round++ )
+            {
+                std::u32string piece( 33, char32_t( U'A' + round % 26 ) );
+                QV_INT         at = round < 30 ? size( model.text ) : round < 35 ? 0 : 1;
+                qvStringInsertChars( copy.at(), at, piece.data(), 33 );
+                model.insert( at, piece );
+                ASSERT_TRUE( agrees( copy, model ) ) << "length " << length << ", round " << round;
+            }
+
+            // Down again, in steps that compact it each time, where the memory is enough and where it is too much.
+            while( size( model.text ) > 100 )
+            {
+                QV_INT count = size( model.text ) < 1000 ? 70 : 650;
+                qvStringDelTrailing( copy.at(), count );
+                model.erase( size( model.text ) - count, count );
+                ASSERT_TRUE( agrees( copy, model ) ) << "length " << length;
+                qvStringDelLeading( copy.at(), 20 );
+                model.erase( 0, 20 );
+                ASSERT_TRUE( agrees( copy, model ) ) << "length " << length;
+            }
+        }
+    }
+}
+
 /* Inserting ------------------------------------------------------------------------------------------------------ */
 
 // Every form at every place, through one table.

@@ -40,9 +40,11 @@ QV_CHAR *allocate( QV_INT count )
     return static_cast< QV_CHAR * >( qvMemAllocN( count, sizeof( QV_CHAR ) ) );
 }
 
+// All that is copied here fits a block, so that there is nothing to check; most of it is short.
 void copyChars( QV_CHAR *dest, const QV_CHAR *src, QV_INT count )
 {
-    qvMemCopyN( dest, src, count, sizeof( QV_CHAR ) );
+    if( count > 0 )
+        memcpy( dest, src, static_cast< size_t >( count ) * sizeof( QV_CHAR ) );
 }
 
 void moveChars( QV_CHAR *dest, const QV_CHAR *src, QV_INT count )
@@ -101,6 +103,20 @@ void freeBlock( QV_STRING *qvs )
 {
     if( qvs->chars != embedded( qvs ) )
         qvMemFree( qvs->chars );
+}
+
+// Where appending so many doesn't fit, makes as much space behind as it would, if there is the memory for that.
+bool growsInPlace( QV_STRING *qvs, QV_INT count )
+{
+    QV_INT used = qvs->fspace + qvs->length;
+
+    if( count + QV_STRING_BSPACE > qvs->blockSize - used )
+        return false;
+
+    qvs->bspace = count + QV_STRING_BSPACE;
+    account( qvs );
+
+    return true;
 }
 
 // Sees to memory for `places` characters. What is in the block stays where it is in it.
@@ -622,8 +638,8 @@ void insertChars( QV_STRING **dest, QV_INT idx, const QV_CHAR *chs, QV_INT count
 
     if( !qv::isShared( old ) )
     {
-        // Free places behind the text, which most insertions meet.
-        if( idx == old->length && idx > 0 && old->bspace >= count )
+        // What most insertions are: at the end of a text, with room behind it.
+        if( idx == old->length && idx > 0 && ( old->bspace >= count || growsInPlace( old, count ) ) )
         {
             copyChars( qv::chars( old ) + idx, chs, count );
             old->length += count;

@@ -19,9 +19,10 @@
     with its length; -1 as the length of a Cstr or Wcstr means that it ends at its terminator. What cannot be decoded
     becomes U+FFFD. Characters of 0x110000 and above end the process.
 
-    Costs. Both ends have free places, 32 in a new block: appending and prepending move the text once every 32
-    characters, deleting from an end moves nothing. Insertion inside moves the shorter of what it must. A block gives
-    memory back when an end has more than 64 free places. Reading costs what it reads.
+    Costs. Both ends have free places, 32 in a new block: prepending moves the text once every 32 characters, deleting
+    from an end moves nothing. Appending moves it each time that it has grown by half. Insertion inside moves what is
+    behind, or what is in front too. A block gives memory back when an end has more than 64 free places. Reading costs
+    what it reads.
 
     Threads. Any thread may read a String, also one that others hold. A variable that mutators work on belongs to one
     thread at a time.
