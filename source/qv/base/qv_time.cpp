@@ -43,7 +43,8 @@ QV_INT floorDiv( QV_INT value, QV_INT divisor )
 
 QV_INT floorMod( QV_INT value, QV_INT divisor )
 {
-    return value - floorDiv( value, divisor ) * divisor;
+    QV_INT rest = value % divisor;
+    return rest < 0 ? rest + divisor : rest;
 }
 
 bool isLeapYear( QV_INT year )
