@@ -147,7 +147,7 @@ bool isInert( QV_CHAR ch )
 {
     using namespace qv::unicode;
 
-    return ch < 0x300 || !( quickCheck( ch ) & QUICK_CHANGES << QV_UNICODE_NORMAL_FORM_NFC );
+    return ch < 0x300 || composedQuickCheck( ch, false ) == 0;
 }
 
 const QV_CHAR *skipInert( const QV_CHAR *in, const QV_CHAR *end )
