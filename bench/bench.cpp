@@ -177,6 +177,7 @@ int main( int argc, char **argv )
     addUtfCases();
     addCharsetCases();
     addContainerCases();
+    addNormalizeCases();
     addNumberCases();
     addDocumentCases();
     addLineCases();

@@ -64,6 +64,7 @@ void addTextCases();
 void addUtfCases();
 void addCharsetCases();
 void addContainerCases();
+void addNormalizeCases();
 void addNumberCases();
 void addDocumentCases();
 void addLineCases();
