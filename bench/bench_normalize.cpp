@@ -29,7 +29,8 @@ std::u32string normalized( const std::u32string &text, OurForm form )
 }
 
 // All characters here have one unit in UTF-16, so that the lengths of the results agree.
-void addForm( const std::string &operation, const std::string &name, double target, const std::u32string &text, bool composes )
+void addForm(
+    const std::string &operation, const std::string &name, double target, const std::u32string &text, bool composes )
 {
     OurForm    form  = composes ? qvStringNormalizeNFC : qvStringNormalizeNFD;
     QV_STRING *input = string( text );

@@ -172,7 +172,8 @@ class Data:
         self.full = {}
         for compatible in ( False, True ):
             self.full[compatible] = {
-                ch: mapping for ch in self.decomposition for mapping in [ full( ch, compatible ) ] if mapping != ( ch, )
+                ch: mapping
+                for ch in self.decomposition for mapping in [ full( ch, compatible ) ] if mapping != ( ch, )
             }
 
         if max( map( len, self.full[True].values() ) ) > LONGEST_DECOMPOSITION:
@@ -181,7 +182,7 @@ class Data:
         # What decomposes in another way than by its mapping: Hangul by rule, surrogates not alone.
         self.special = { *range( 0xAC00, 0xD7A4 ), *range( 0xD800, 0xE000 ) }
 
-        # Characters that may change in a text in one of the forms with composition have LOOK_CLOSER, others their class.
+        # Characters that may change in a text in a form with composition have LOOK_CLOSER, others their class.
         joins = { pair[1] for pair in self.composition } | { *range( 0x1161, 0x1176 ), *range( 0x11A8, 0x11C3 ) }
         self.quick = {}
 

@@ -6,6 +6,7 @@
 #include "qv/base/qv_buffer.h"
 #include "qv/io/qv_byte_sink_private.h"
 #include "qv/io/qv_byte_source_private.h"
+#include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
 
 #include <errno.h>
@@ -87,7 +88,7 @@ QV_BOOL Streams::read( QV_OBJ *closure, QV_BUFFER **buf, QV_INT maxByteCount, QV
     while( *bytesRead < maxByteCount )
     {
         char    piece[4096];
-        QV_INT  wanted = maxByteCount - *bytesRead < QV_INT( sizeof( piece ) ) ? maxByteCount - *bytesRead : sizeof( piece );
+        QV_INT  wanted = qvIntMin( maxByteCount - *bytesRead, sizeof( piece ) );
         ssize_t got    = ::read( self->in_, piece, static_cast< size_t >( wanted ) );
 
         if( got < 0 && errno == EINTR )
@@ -129,7 +130,7 @@ QV_BOOL Streams::write( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_I
         if( self->held_ == PIECE && !self->writePieces() )
             return QV_FALSE;
 
-        QV_INT count = byteCount < PIECE - self->held_ ? byteCount : PIECE - self->held_;
+        QV_INT count = qvIntMin( byteCount, PIECE - self->held_ );
         qvBufferReadBytes( buf, byteOffset, self->bytes_ + self->held_, count );
         self->held_ += count;
         byteOffset += count;

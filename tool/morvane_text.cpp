@@ -110,7 +110,7 @@ QV_BOOL normalize( QV_VECTOR *argv, void *context )
 
 QV_BOOL mapCase( QV_VECTOR *argv, void *context )
 {
-    static const Option OPTIONS[]                         = { { "upper", false }, { "lower", false }, { "fold", false } };
+    static const Option OPTIONS[] = { { "upper", false }, { "lower", false }, { "fold", false } };
     static void ( *const MAPPINGS[] )( QV_STRING **qvs ) = { qvStringToUpper, qvStringToLower, qvStringToCaseFold };
 
     Arguments        arguments;

@@ -57,9 +57,7 @@ void appendMapping( QV_STRING **line, const char *name, const QV_CHAR *chars, QV
 // What shows in a terminal: no controls and no surrogates; a mark stands on a blank.
 void appendGlyph( QV_STRING **line, QV_CHAR ch )
 {
-    QV_INT genc = qvUnicodeGenc( ch );
-
-    if( qvUnicodeIsOther( ch ) || genc == QV_UNICODE_GENC_SEPARATOR_LINE || genc == QV_UNICODE_GENC_SEPARATOR_PARAGRAPH )
+    if( qvUnicodeIsOther( ch ) || qvUnicodeIsSeparatorLine( ch ) || qvUnicodeIsSeparatorParagraph( ch ) )
         return;
 
     qvStringAppendCstr( line, qvUnicodeIsMark( ch ) ? "  " : " ", -1 );

@@ -77,8 +77,9 @@ TEST( MorvaneText, LeavesFilesAloneWhenSomethingFails )
 
 TEST( MorvaneText, RefusesWrongUsage )
 {
-    for( const char *words : { "text", "text normalize", "text normalize --form nfx", "text normalize --form", "text case",
-                               "text case --upper --lower", "text case --upper a b c", "text case --title" } )
+    for( const char *words :
+         { "text", "text normalize", "text normalize --form nfx", "text normalize --form", "text case",
+           "text case --upper --lower", "text case --upper a b c", "text case --title" } )
     {
         Outcome outcome = morvane( std::string( words ) + " </dev/null" );
         EXPECT_EQ( 2, outcome.status ) << words;

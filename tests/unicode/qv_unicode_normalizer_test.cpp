@@ -399,7 +399,7 @@ TEST( UnicodeNormalizer, EveryCharacterByTheDefinitions )
                     ch = to;
 
             const std::u32string text = { U'a', U'b', ch, U'\u0316', U'\u0301', U'c', U'\u0334', ch, ch, U'd' };
-            ASSERT_EQ( normalized( text, form ), streamed( text, form ) ) << std::hex << (uint32_t)ch << " form " << form;
+            ASSERT_EQ( normalized( text, form ), streamed( text, form ) ) << std::hex << (uint32_t)ch << " " << form;
         }
 }
 

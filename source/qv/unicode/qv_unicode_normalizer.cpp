@@ -19,8 +19,9 @@
 
    So characters move on by moving a border, and most of them never move themselves.
 
-   Text that is normal already passes without being taken apart: pass() finds how far the quick check holds and copies
-   it up to the last character of class 0. All others go one by one through step(). Both leave the same state. */
+   Every character can go through step(), which is all that the algorithm needs. Most text goes by shorter ways, which
+   leave the same state behind: what is normal already is copied by pass(), as far as check() tells; composeUnits()
+   composes pairs and syllables that nothing else can join; decomposeInOrder() decomposes what needs no ordering. */
 
 struct QV_UNICODE_NORMALIZER : QV_OBJ
 {
