@@ -4,7 +4,7 @@
 #ifndef QV_TEST_CHILD_H
 #define QV_TEST_CHILD_H
 
-#include <gtest/gtest.h>
+#include "qv_test_support.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -62,6 +62,26 @@ Ending inChild( Body body )
     waitpid( child, &status, 0 );
     ending.signal = WIFSIGNALED( status ) ? WTERMSIG( status ) : 0;
     ending.status = WIFEXITED( status ) ? WEXITSTATUS( status ) : -1;
+
+    return ending;
+}
+
+/** The same with a run of the library of its own, which `body` may stop: a copy of a process lacks its threads. */
+template< class Body >
+Ending inOwnRun( Body body )
+{
+    Ending ending;
+
+    withoutLibrary(
+        [&]
+        {
+            ending = inChild(
+                [&]
+                {
+                    startLibrary();
+                    body();
+                } );
+        } );
 
     return ending;
 }

@@ -64,8 +64,14 @@ QV_INT allocated( T *object )
 /** How many objects of all sorts live now. Needs the object database, with which the tests run. */
 QV_INT liveObjects();
 
-/** Stops the library, starts it afresh for `body`, and then starts it again for the other tests. */
-void restartLibrary( const std::function< void() > &body );
+/** Starts the library as the tests need it: with lists of all live objects, and keeping what is printed. */
+void startLibrary();
+
+/** Returns when the thread on which timers fire has made the objects that it keeps, which it does after the start. */
+void awaitTimerThread();
+
+/** Stops the library for `body`, which may start and stop it in its own ways, and then starts it again. */
+void withoutLibrary( const std::function< void() > &body );
 
 /** A folder for files of the running test binary; it goes when the binary ends. Ends with a solidus. */
 const std::string &scratch();

@@ -167,7 +167,7 @@ TEST( Random, ThreadsShareTheBytes )
 TEST( Random, WithoutTheDevice )
 {
     // No descriptor left to open it with.
-    Ending ending = inChild(
+    Ending ending = inOwnRun(
         []
         {
             qvRuntimeShutdown();

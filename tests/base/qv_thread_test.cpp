@@ -199,9 +199,11 @@ TEST( Thread, StopWaitsForTenThousandShortLivedThreads )
     const int          COUNT = 10000;
     std::atomic< int > ran{ 0 }, freed{ 0 };
 
-    restartLibrary(
+    withoutLibrary(
         [&]
         {
+            qvRuntimeStartup( 0, nullptr, nullptr, nullptr, nullptr );
+
             for( int i = 0; i < COUNT; i++ )
             {
                 // A spawn that fails leaves nothing behind and counts no thread, else the stop would wait for it.
@@ -223,6 +225,8 @@ TEST( Thread, StopWaitsForTenThousandShortLivedThreads )
                 while( !trySpawn( [&ran, held] { ran++; } ) )
                     qvThreadYield(); // as many as the system has room for
             }
+
+            qvRuntimeShutdown();
         } );
 
     EXPECT_EQ( COUNT, ran );

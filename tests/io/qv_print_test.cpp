@@ -38,7 +38,7 @@ TEST( Print, LinesAreTheTextsOfAnyObjects )
 
 TEST( Print, LinesAndTextsComeOneCallEach )
 {
-    Ending ending = inChild(
+    Ending ending = inOwnRun(
         []
         {
             qvRuntimeShutdown();
@@ -70,7 +70,7 @@ TEST( Print, StacksStartWithTheCaller )
 
 TEST( Print, WithoutAHookNothingHappens )
 {
-    Ending ending = inChild(
+    Ending ending = inOwnRun(
         []
         {
             qvRuntimeShutdown();

@@ -179,7 +179,7 @@ TEST( Obj, LiveObjectsAreListedInTheOrderOfTheirCreation )
 
 TEST( Obj, WithoutTheDatabaseObjectsAreCountedOnly )
 {
-    Ending ending = inChild(
+    Ending ending = inOwnRun(
         []
         {
             qvRuntimeShutdown();

@@ -126,13 +126,13 @@ TEST( Abort, ReportsNameWhatIsGiven )
 
 TEST( Abort, ReportsNameTheApplication )
 {
-    Ending whole = inChild(
+    Ending whole = inOwnRun(
         []
         {
             restart( 0, "my-app", "My Application", "1.2" );
             fputs( report( nullptr, nullptr, 0, "e", nullptr ).c_str(), stderr );
         } );
-    Ending partly = inChild(
+    Ending partly = inOwnRun(
         []
         {
             restart( 0, nullptr, "My Application", nullptr );
@@ -266,7 +266,7 @@ TEST( Abort, FatalSignalsAreReportedInBothPlaces )
 
 TEST( Abort, HandlersCanBeLeftOut )
 {
-    Ending signalled = inChild(
+    Ending signalled = inOwnRun(
         []
         {
             restart( QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS );
@@ -275,7 +275,7 @@ TEST( Abort, HandlersCanBeLeftOut )
     EXPECT_EQ( SIGFPE, signalled.signal );
     EXPECT_EQ( "", signalled.errors );
 
-    Ending broken = inChild(
+    Ending broken = inOwnRun(
         []
         {
             restart( QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS );
@@ -293,7 +293,7 @@ TEST( Abort, ReportsNeedNoRunningLibrary )
     EXPECT_THAT(
         BEFORE_START.errors, StartsWith( "\n\n\n" + head() + "\n  ABORT\n    File      : early\n    Line      : 7\n\n  STACK\n" ) );
 
-    Ending after = inChild(
+    Ending after = inOwnRun(
         []
         {
             writeReportsTo( scratch() + "after.txt" );
@@ -306,7 +306,7 @@ TEST( Abort, ReportsNeedNoRunningLibrary )
     EXPECT_EQ( "", fileText( scratch() + "after.txt" ) );
 
     // The default actions are back.
-    Ending signalled = inChild( [] { qvRuntimeShutdown(); raise( SIGBUS ); } );
+    Ending signalled = inOwnRun( [] { qvRuntimeShutdown(); raise( SIGBUS ); } );
     EXPECT_EQ( SIGBUS, signalled.signal );
     EXPECT_EQ( "", signalled.errors );
 }
@@ -320,7 +320,7 @@ TEST( Abort, EachRunHasAFileOfItsOwn )
 
     for( std::string &name : names )
     {
-        Ending ending = inChild(
+        Ending ending = inOwnRun(
             [&folder]
             {
                 setenv( "XZ_MORVANE_ABORT_PATH", folder.c_str(), 1 );

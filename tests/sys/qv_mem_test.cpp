@@ -78,7 +78,7 @@ TEST( Mem, ExhaustionEndsTheProcess )
 
 TEST( Mem, DebuggingFillsNewBlocks )
 {
-    Ending ending = inChild(
+    Ending ending = inOwnRun(
         []
         {
             qvRuntimeShutdown();

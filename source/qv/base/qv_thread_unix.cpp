@@ -169,7 +169,7 @@ QV___FAMILY( Thread, QV_THREAD, freeThread, nullptr, toString )
 void qv___ThreadStartup( void )
 {
     createKey( &tlsKey, nullptr );
-    createKey( &leftKey, reinterpret_cast< void ( * )( void * ) >( sem_post ) );
+    createKey( &leftKey, reinterpret_cast< void ( * )( void * ) >( reinterpret_cast< void ( * )() >( sem_post ) ) );
     sem_init( &leftThreads, 0, 0 );
 
     threadCounter = nullptr;

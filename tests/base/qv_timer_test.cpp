@@ -1,0 +1,493 @@
+#include "qv_test_call.h"
+#include "qv_test_child.h"
+#include "qv_test_clock.h"
+#include "qv_test_support.h"
+
+#include "qv/base/qv_alert.h"
+#include "qv/base/qv_barrier.h"
+#include "qv/base/qv_condset.h"
+#include "qv/base/qv_signal.h"
+#include "qv/base/qv_time.h"
+#include "qv/base/qv_timer.h"
+#include "qv/base/qv_timer_private.h"
+#include "qv/base/qv_timestamp.h"
+#include "qv/runtime/qv_runtime.h"
+
+#include <atomic>
+#include <csignal>
+#include <memory>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include <malloc.h>
+
+using qv::Ref;
+using namespace qv::test;
+
+namespace
+{
+const QV_INT HOUR = 3600; // seconds
+
+Ref< QV_TIMER > timerOf( std::function< void() > body )
+{
+    return Ref< QV_TIMER >( qvTimerCreate( callNow, call( std::move( body ) ) ) );
+}
+
+Ref< QV_TIME > inSeconds( QV_INT seconds )
+{
+    Ref< QV_TIME > at( qvTimeNow() );
+    qvTimeShiftSeconds( at.at(), seconds );
+    return at;
+}
+
+// Returns when everything that is due by now has fired.
+void fence()
+{
+    Ref< QV_SIGNAL > fired( qvSignalCreate() );
+    Ref< QV_TIMER >  last( qvTimerCreateSignal( fired ) );
+    qvTimerScheduleAtTime( last, inSeconds( 0 ) );
+    qvSignalWait( fired );
+
+    fired.reset( qvSignalCreate() );
+    last.reset( qvTimerCreateSignal( fired ) );
+    qvTimerSchedule( last, 0 );
+    qvSignalWait( fired );
+}
+
+// Keeps the timer thread in a callback for a scope, so that what is scheduled meanwhile is due in one pass.
+class HeldTimerThread
+{
+public:
+    HeldTimerThread()
+    {
+        timer_ = timerOf(
+            [gates = gates_]
+            {
+                qvSignalAssert( gates->entered );
+                qvSignalWait( gates->leave );
+            } );
+        qvTimerSchedule( timer_, 0 );
+        qvSignalWait( gates_->entered );
+    }
+
+    ~HeldTimerThread()
+    {
+        qvSignalAssert( gates_->leave );
+    }
+
+private:
+    struct Gates
+    {
+        Ref< QV_SIGNAL > entered{ qvSignalCreate() }, leave{ qvSignalCreate() };
+    };
+
+    std::shared_ptr< Gates > gates_ = std::make_shared< Gates >();
+    Ref< QV_TIMER >          timer_;
+};
+
+// How many objects there are when the timer thread has released all that has fired.
+QV_INT quietObjects()
+{
+    HeldTimerThread held;
+    return liveObjects();
+}
+} // namespace
+
+TEST( Timer, FiresEveryKindOfTarget )
+{
+    Ref< QV_SIGNAL >  called( qvSignalCreate() ), sig( qvSignalCreate() );
+    Ref< QV_ALERT >   alert( qvAlertCreate() );
+    Ref< QV_BARRIER > barrier( qvBarrierCreate( QV_TRUE ) );
+    Ref< QV_CONDSET > condSet( qvCondsetCreate() );
+
+    std::vector< Ref< QV_TIMER > > timers;
+    timers.push_back( timerOf( [&] { qvSignalAssert( called ); } ) );
+    timers.emplace_back( qvTimerCreateSignal( sig ) );
+    timers.emplace_back( qvTimerCreateAlert( alert ) );
+    timers.emplace_back( qvTimerCreateBarrier( barrier ) );
+    timers.emplace_back( qvTimerCreateCondset( condSet, 0x70005 ) );
+
+    QV_INT start = qvTimestamp();
+
+    for( Ref< QV_TIMER > &timer : timers )
+    {
+        EXPECT_FALSE( qvTimerScheduled( timer ) );
+        qvTimerSchedule( timer, 20 );
+        EXPECT_TRUE( qvTimerScheduled( timer ) );
+    }
+
+    qvSignalWait( called );
+    qvSignalWait( sig );
+    qvAlertWait( alert );
+    qvBarrierPass( barrier );
+    EXPECT_EQ( 5, qvCondsetWaitAny( condSet, 0xffff ) );
+    EXPECT_GE( qvTimestamp(), start + 20 );
+
+    for( Ref< QV_TIMER > &timer : timers )
+        EXPECT_FALSE( qvTimerScheduled( timer ) );
+
+    // What has passed fires at once.
+    qvAlertUnset( alert );
+    qvTimerScheduleAt( timers[2], 0 );
+    qvAlertWait( alert );
+    qvAlertUnset( alert );
+    qvTimerScheduleAtTime( timers[2], inSeconds( -HOUR ) );
+    qvAlertWait( alert );
+    fence();
+}
+
+TEST( Timer, FiresInTheOrderOfTimesAndWallClockLast )
+{
+    const QV_INT                   times[] = { 500, 7, 300, 8, 299, 0 };
+    std::vector< QV_INT >          fired;
+    std::vector< Ref< QV_TIMER > > timers;
+
+    {
+        HeldTimerThread held;
+
+        timers.push_back( timerOf( [&] { fired.push_back( -1 ); } ) );
+        qvTimerScheduleAtTime( timers[0], inSeconds( -HOUR ) );
+
+        for( QV_INT at : times )
+        {
+            timers.push_back( timerOf( [&fired, at] { fired.push_back( at ); } ) );
+            qvTimerScheduleAt( timers.back(), at );
+        }
+    }
+
+    fence();
+    EXPECT_EQ( ( std::vector< QV_INT >{ 0, 7, 8, 299, 300, 500, -1 } ), fired );
+}
+
+TEST( Timer, LastScheduleCounts )
+{
+    int             calls = 0, others = 0;
+    Ref< QV_TIMER > timer = timerOf( [&] { calls++; } ), other = timerOf( [&] { others++; } );
+    auto            check = [&]( int expected, std::function< void() > schedule )
+    {
+        calls = 0;
+        {
+            HeldTimerThread held;
+            schedule();
+        }
+        fence();
+        EXPECT_EQ( expected, calls );
+        EXPECT_FALSE( qvTimerScheduled( timer ) );
+    };
+
+    Ref< QV_TIME > past = inSeconds( -HOUR ), future = inSeconds( HOUR );
+
+    check( 1, [&] { qvTimerSchedule( timer, 0 ), qvTimerSchedule( timer, 0 ); } );
+    check( 1, [&] { qvTimerSchedule( timer, HOUR * 1000 ), qvTimerScheduleAt( timer, 1 ); } );
+    check( 1, [&] { qvTimerScheduleAtTime( timer, past ), qvTimerSchedule( timer, 0 ); } );
+    check( 1, [&] { qvTimerScheduleAtTime( timer, future ), qvTimerScheduleAtTime( timer, past ); } );
+    check( 0, [&] { qvTimerSchedule( timer, 0 ), qvTimerUnschedule( timer ), qvTimerUnschedule( timer ); } );
+    check( 0, [&] { qvTimerScheduleAtTime( timer, past ), qvTimerUnschedule( timer ); } );
+    check( 1, [&] { qvTimerSchedule( timer, 0 ), qvTimerUnschedule( timer ), qvTimerSchedule( timer, 0 ); } );
+
+    // Of two at equal Times the later one fires; the earlier one counts as scheduled until it is scheduled anew.
+    {
+        HeldTimerThread held;
+        qvTimerScheduleAtTime( timer, past );
+        qvTimerScheduleAtTime( other, past );
+    }
+    fence();
+    EXPECT_EQ( 1, others );
+    EXPECT_TRUE( qvTimerScheduled( timer ) );
+    check( 1, [&] { qvTimerSchedule( timer, 0 ); } );
+
+    // Released, it fires no more.
+    calls = 0;
+    {
+        HeldTimerThread held;
+        qvTimerSchedule( timer, 0 );
+        qvTimerScheduleAtTime( other, past );
+        timer.reset();
+        other.reset();
+    }
+    fence();
+    EXPECT_EQ( 0, calls );
+    EXPECT_EQ( 1, others );
+}
+
+// A thousand timers that are due at one instant do to each other what timers can do, and all is as one would expect of
+// callbacks that run one after the other.
+TEST( Timer, CallbacksReplaceUnscheduleAndReleaseTimers )
+{
+    const int                      COUNT = 1000;
+    std::mt19937                   random( 7 );
+    std::vector< Ref< QV_TIMER > > timers( COUNT );
+    std::vector< char >            scheduled( COUNT );
+    int                            expected = 0, calls = 0, rounds = 4 * COUNT;
+    Ref< QV_SIGNAL >               done( qvSignalCreate() );
+
+    auto set = [&]( int i, bool on )
+    {
+        expected += on - scheduled[i];
+        scheduled[i] = on;
+    };
+
+    auto fired = [&]( int i )
+    {
+        EXPECT_TRUE( scheduled[i] );
+        EXPECT_FALSE( qvTimerScheduled( timers[i] ) );
+        set( i, false );
+        calls++;
+
+        for( int change = 0; change < 2 && rounds > 0; change++, rounds-- )
+        {
+            int other = change == 0 ? i : static_cast< int >( random() % COUNT );
+
+            if( !timers[other] )
+                continue;
+
+            EXPECT_EQ( scheduled[other], qvTimerScheduled( timers[other] ) );
+
+            switch( random() % 5 )
+            {
+                case 0:
+                    qvTimerUnschedule( timers[other] );
+                    set( other, false );
+                    break;
+
+                case 1:
+                    timers[other].reset();
+                    set( other, false );
+                    break;
+
+                default:
+                    qvTimerSchedule( timers[other], random() % 2 );
+                    set( other, true );
+            }
+        }
+
+        if( expected == 0 )
+            qvSignalAssert( done );
+    };
+
+    {
+        HeldTimerThread held;
+
+        for( int i = 0; i < COUNT; i++ )
+        {
+            timers[i] = timerOf( [&fired, i] { fired( i ); } );
+            qvTimerScheduleAt( timers[i], 1 );
+            set( i, true );
+        }
+    }
+
+    qvSignalWait( done );
+    timers.clear();
+    fence();
+    EXPECT_EQ( 0, expected );
+    EXPECT_GT( calls, COUNT / 2 );
+}
+
+TEST( Timer, NoScheduleIsMissedWhileTheThreadLooks )
+{
+    std::vector< std::thread > threads;
+
+    for( unsigned number = 0; number < 4; number++ )
+        threads.emplace_back(
+            [number]
+            {
+                std::mt19937      random( number );
+                Ref< QV_BARRIER > fired( qvBarrierCreate( QV_TRUE ) );
+                Ref< QV_TIMER >   timer( qvTimerCreateBarrier( fired ) );
+                Ref< QV_TIMER >   decoy( qvTimerCreateBarrier( fired ) );
+
+                for( int round = 0; round < 1500; round++ )
+                {
+                    switch( random() % 4 )
+                    {
+                        case 0: qvTimerScheduleAt( timer, qvTimestamp() ); break;
+                        case 1: qvTimerScheduleAtTime( timer, inSeconds( -HOUR * number ) ); break;
+                        default: qvTimerSchedule( timer, round % 50 == 0 ); break;
+                    }
+
+                    qvBarrierPass( fired );
+                    qvBarrierBlock( fired );
+
+                    qvTimerSchedule( decoy, 1000000 + random() % 1000 );
+
+                    if( round % 2 )
+                        qvTimerUnschedule( decoy );
+                }
+            } );
+
+    for( std::thread &thread : threads )
+        thread.join();
+
+    fence();
+}
+
+TEST( Timer, ManyLeaveNoMemoryBehind )
+{
+    const size_t COUNT = 100000;
+    size_t       bytes[2];
+    QV_INT       objects = quietObjects();
+
+    for( size_t &used : bytes )
+    {
+        std::vector< Ref< QV_TIMER > > timers;
+        std::vector< int >             calls( 1 );
+        Ref< QV_OBJ >                  arg = call( [&] { calls[0]++; } );
+
+        for( size_t i = 0; i < COUNT; i++ )
+        {
+            timers.emplace_back( qvTimerCreate( callNow, arg ) );
+            qvTimerSchedule( timers.back(), HOUR * 1000 );
+        }
+
+        for( size_t i = 0; i < COUNT; i += 2 )
+            qvTimerUnschedule( timers[i] );
+
+        timers.clear(); // in the order in which they were made
+        EXPECT_EQ( 0, calls[0] );
+        arg.reset();
+        EXPECT_EQ( objects, quietObjects() );
+        struct mallinfo2 info = mallinfo2();
+        used                  = info.uordblks + info.hblkhd;
+    }
+
+    EXPECT_LT( bytes[1], bytes[0] + 100000 );
+}
+
+// The clock is set while the timer thread is not asleep: what the system sleeps by doesn't know of it.
+TEST( Timer, StepsOfTheWallClock )
+{
+    Ref< QV_SIGNAL > fired;
+    Ref< QV_TIMER >  timer;
+    auto             create = [&]
+    {
+        fired.reset( qvSignalCreate() );
+        timer.reset( qvTimerCreateSignal( fired ) );
+    };
+
+    // Forward steps count as time that has passed.
+    create();
+    {
+        HeldTimerThread held;
+        qvTimerSchedule( timer, HOUR * 500 );
+        wallClock.step = HOUR * 1000;
+    }
+    qvSignalWait( fired );
+
+    // Backward steps don't: a tenth of a second stays a tenth of a second.
+    create();
+    {
+        HeldTimerThread held;
+        qvTimerSchedule( timer, 100 );
+        wallClock.step = 0;
+    }
+    qvSignalWait( fired );
+
+    // A Time moves with the clock, both ways.
+    create();
+    qvTimerScheduleAtTime( timer, inSeconds( HOUR ) );
+    fence();
+    EXPECT_TRUE( qvTimerScheduled( timer ) );
+    {
+        HeldTimerThread held;
+        wallClock.step = 2 * HOUR * 1000;
+    }
+    qvSignalWait( fired );
+
+    create();
+    {
+        HeldTimerThread held;
+        qvTimerScheduleAtTime( timer, inSeconds( 1 ) );
+        wallClock.step = HOUR * 1000;
+    }
+    fence();
+    EXPECT_FALSE( qvSignalAsserted( fired ) );
+    {
+        HeldTimerThread held;
+        wallClock.step = ( 2 * HOUR + 2 ) * 1000;
+    }
+    qvSignalWait( fired );
+
+    fence();
+    wallClock.step = 0;
+
+    // Left alone, the clock is looked at in time.
+    create();
+    Ref< QV_TIME > soon = inSeconds( 1 );
+    qvTimerScheduleAtTime( timer, soon );
+    qvSignalWait( fired );
+    EXPECT_GE( qvTimeCompare( Ref< QV_TIME >( qvTimeNow() ), soon ), 0 );
+}
+
+TEST( Timer, StopFiresWhatIsDueAndAcceptsNoLeftovers )
+{
+    int calls = 0;
+
+    withoutLibrary(
+        [&]
+        {
+            qvRuntimeStartup( 0, nullptr, nullptr, nullptr, nullptr );
+
+            for( int i = 0; i < 100; i++ )
+            {
+                // The callback holds the only reference, and gives it up.
+                auto timer = std::make_shared< Ref< QV_TIMER > >();
+                *timer     = timerOf( [&calls, timer] { calls++, timer->reset(); } );
+                qvTimerSchedule( *timer, 0 );
+            }
+
+            qvRuntimeShutdown();
+            EXPECT_EQ( 100, calls );
+
+            auto run = []( std::function< void() > body )
+            {
+                return inChild(
+                    [&]
+                    {
+                        qvRuntimeStartup( 0, nullptr, nullptr, nullptr, nullptr );
+                        body();
+                        qvRuntimeShutdown();
+                    } );
+            };
+
+            auto leave = []( bool absolute )
+            {
+                Ref< QV_TIMER > timer = timerOf( [] {} );
+
+                if( absolute )
+                    qvTimerScheduleAtTime( timer, inSeconds( HOUR ) );
+                else
+                    qvTimerSchedule( timer, HOUR * 1000 );
+
+                qvTimerUnschedule( timer ); // keeps its place
+                static_cast< void >( timer.give() );
+            };
+
+            Ending ending = run( [&] { leave( false ); } );
+            EXPECT_EQ( SIGABRT, ending.signal );
+            EXPECT_THAT( ending.errors, testing::HasSubstr( "!qvPriorityMapLength( timerRelPrioMap )" ) );
+            ending = run( [&] { leave( true ); } );
+            EXPECT_EQ( SIGABRT, ending.signal );
+            EXPECT_THAT( ending.errors, testing::HasSubstr( "!qvDictLength( timerAbsDict )" ) );
+
+            ending = run(
+                []
+                {
+                    qvTimerSchedule( qv___TimerCreateAbort(), 0 );
+                    qvBarrierPass( qvBarrierCreate( QV_TRUE ) );
+                } );
+            EXPECT_EQ( SIGABRT, ending.signal );
+            EXPECT_THAT( ending.errors, testing::HasSubstr( "source/qv/base/qv_timer" ) );
+        } );
+}
+
+TEST( Timer, BrokenContractsAreReported )
+{
+    Ref< QV_TIMER > timer = timerOf( [] {} );
+
+    EXPECT_BROKEN( qvTimerSchedule( timer, -1 ), "milliseconds >= 0" );
+    EXPECT_BROKEN( qvTimerSchedule( timer, QV_INT_MAX ), "QV_INT_ADD_OK( currentTimestamp, milliseconds )" );
+    EXPECT_BROKEN( qvTimerScheduleAt( timer, -1 ), "timestamp >= 0" );
+    EXPECT_BROKEN( qvTimerScheduleAtTime( timer, nullptr ), "at" );
+    EXPECT_BROKEN( qvTimerCreateCondset( nullptr, 1 ), "condSet" );
+}
