@@ -40,8 +40,8 @@
     COMPONENT( Abort )
 
 #define QV___COMPONENT_DECLARE( Name )                                                                                 \
-    QV_API void qv___##Name##Startup( void ) __attribute__( ( weak ) );                                                \
-    QV_API void qv___##Name##Shutdown( void ) __attribute__( ( weak ) );
+    QV_API void qv___##Name##Startup( void );                                                                          \
+    QV_API void qv___##Name##Shutdown( void );
 
 QV___COMPONENTS( QV___COMPONENT_DECLARE )
 

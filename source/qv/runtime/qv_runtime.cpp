@@ -31,15 +31,13 @@ void qv___RuntimeComponentsStartup(
     qv___RuntimeVersionStartup( applicationIdentifier, applicationFriendlyName, applicationVersion );
 
     for( int i = 0; i < COMPONENT_COUNT; i++ )
-        if( COMPONENTS[i].startup )
-            COMPONENTS[i].startup();
+        COMPONENTS[i].startup();
 }
 
 void qv___RuntimeComponentsShutdown( void )
 {
     for( int i = COMPONENT_COUNT; i > 0; i-- )
-        if( COMPONENTS[i - 1].shutdown )
-            COMPONENTS[i - 1].shutdown();
+        COMPONENTS[i - 1].shutdown();
 
     qv___RuntimeVersionShutdown();
 }
