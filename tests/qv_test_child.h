@@ -34,10 +34,12 @@ Ending inChild( Body body )
         return ending;
 
     fflush( nullptr );
+    settle();
     pid_t child = fork();
 
     if( child == 0 )
     {
+        alarm( 300 ); // a copy that waits for ever is a failure, not a standstill
         const rlimit noCore = {};
         setrlimit( RLIMIT_CORE, &noCore );
         dup2( ends[1], STDERR_FILENO );

@@ -8,7 +8,9 @@
 
 #include <clocale>
 #include <cstdlib>
+#include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include <sched.h>
 #include <unistd.h>
@@ -17,6 +19,14 @@ namespace
 {
 std::string    scratchFolder;
 std::u32string printed;
+bool           libraryRuns = false;
+ptrdiff_t      ownThreads  = 1; // of the process without the library; a sanitizer may have one
+
+ptrdiff_t threadCount()
+{
+    std::filesystem::directory_iterator tasks( "/proc/self/task" );
+    return std::distance( begin( tasks ), end( tasks ) );
+}
 QV_INT         objectsBefore = 0; // the running suite
 
 void keepPrinted( const QV_CHAR *chs, QV_INT length )
@@ -27,6 +37,7 @@ void keepPrinted( const QV_CHAR *chs, QV_INT length )
 void stop()
 {
     qvRuntimeShutdown();
+    libraryRuns = false;
     EXPECT_EQ( 0, qv___AtomicLoad32( &qv___module.sorts ) ) << "objects have outlived the library";
 }
 
@@ -102,6 +113,7 @@ QV_INT qv::test::liveObjects()
 
 void qv::test::startLibrary()
 {
+    libraryRuns = true;
     qvRuntimeStartup( QV_RUNTIME_FLAG_OBJECT_DATABASE, keepPrinted, nullptr, nullptr, nullptr );
     awaitTimerThread();
 }
@@ -113,6 +125,20 @@ void qv::test::awaitTimerThread()
         sched_yield();
 }
 
+
+void qv::test::settle()
+{
+    const ptrdiff_t expected = ownThreads + ( libraryRuns ? 1 : 0 );
+
+    // A test with threads of its own is not kept for long.
+    for( int round = 0; round < 2000; round++ )
+    {
+        if( threadCount() <= expected )
+            return;
+
+        std::this_thread::sleep_for( std::chrono::milliseconds( 1 ) );
+    }
+}
 
 void qv::test::withoutLibrary( const std::function< void() > &body )
 {
@@ -146,6 +172,7 @@ int main( int argc, char **argv )
     // Whatever locale the surroundings ask for, the library must not notice.
     setlocale( LC_ALL, "" );
 
+    ownThreads = threadCount();
     testing::InitGoogleTest( &argc, argv );
     GTEST_FLAG_SET( death_test_style, "fast" );
     testing::AddGlobalTestEnvironment( new Library );

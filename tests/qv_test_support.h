@@ -70,6 +70,10 @@ void startLibrary();
 /** Returns when the thread on which timers fire has made the objects that it keeps, which it does after the start. */
 void awaitTimerThread();
 
+/** Waits until the threads that have ended are gone from the process as well: up to then they may hold a lock of the
+    heap, and a copy of the process would wait for it for ever. The library's own thread, which sleeps, may stay. */
+void settle();
+
 /** Stops the library for `body`, which may start and stop it in its own ways, and then starts it again. */
 void withoutLibrary( const std::function< void() > &body );
 
@@ -83,13 +87,19 @@ std::u32string takePrinted();
 /** A broken contract has to end the process with a report of exactly this expression. The pattern syntax of the
     death tests does not matter: the text is taken literally. */
 #define EXPECT_BROKEN( statement, expression )                                                                         \
-    EXPECT_DEATH( statement, ::testing::HasSubstr( std::string( "    Expression: " ) + ( expression ) + "\n" ) )
+    if( ::qv::test::settle(), false )                                                                                  \
+        ;                                                                                                              \
+    else                                                                                                               \
+        EXPECT_DEATH( statement, ::testing::HasSubstr( std::string( "    Expression: " ) + ( expression ) + "\n" ) )
 
 /** The same with a message in the report. */
 #define EXPECT_BROKEN_MESSAGE( statement, message, expression )                                                        \
-    EXPECT_DEATH(                                                                                                      \
-        statement, ::testing::AllOf(                                                                                   \
-                       ::testing::HasSubstr( std::string( "    Message   : " ) + ( message ) + "\n" ),                \
-                       ::testing::HasSubstr( std::string( "    Expression: " ) + ( expression ) + "\n" ) ) )
+    if( ::qv::test::settle(), false )                                                                                  \
+        ;                                                                                                              \
+    else                                                                                                               \
+        EXPECT_DEATH(                                                                                                  \
+            statement, ::testing::AllOf(                                                                               \
+                           ::testing::HasSubstr( std::string( "    Message   : " ) + ( message ) + "\n" ),             \
+                           ::testing::HasSubstr( std::string( "    Expression: " ) + ( expression ) + "\n" ) ) )
 
 #endif
