@@ -30,7 +30,7 @@ print(sys.argv[2])
 print()
 print("| Subject | Operation | Input | Ours | Peer | Ratio | At most | |")
 print("|---|---|---|---|---|---|---|---|")
-for (subject, operation, given, target), sides in times.items():
+for (subject, operation, given, target), sides in sorted(times.items()):
     medians = {who: statistics.median(values) for who, values in sides.items()}
     ours = medians.pop("ours")
     if not medians:
