@@ -233,10 +233,17 @@ TEST( Obj, UniqueNumbersAreDrawnOnFirstNeedAndGivenBack )
     Ref< QV_BOXED_UNIQUE > a( qvBoxedUniqueCreate() ), b( qvBoxedUniqueCreate() );
     EXPECT_EQ( -1, qv::obj( a.get() )->unique );
 
-    // The first argument draws first.
-    EXPECT_EQ( -1, qvObjDefaultCompareFunc( qvBoxedUniqueObj( b ), qvBoxedUniqueObj( a ) ) );
+    // The numbers that will be drawn: the first argument draws first, and gets the greater one here.
+    QV_INT low = qv___UniqueGet(), high = qv___UniqueGet();
+    if( low > high )
+        std::swap( low, high );
+    qv___UniquePut( low );
+    qv___UniquePut( high );
+
+    EXPECT_EQ( 1, qvObjDefaultCompareFunc( qvBoxedUniqueObj( b ), qvBoxedUniqueObj( a ) ) );
     QV_INT number = qv___ObjUnique( qvBoxedUniqueObj( a ) );
-    EXPECT_GT( number, qv___ObjUnique( qvBoxedUniqueObj( b ) ) );
+    EXPECT_EQ( low, number );
+    EXPECT_EQ( high, qv___ObjUnique( qvBoxedUniqueObj( b ) ) );
     EXPECT_EQ( number, qv___ObjUnique( qvBoxedUniqueObj( a ) ) );
 
     a.reset( qvBoxedUniqueCreate() );
