@@ -11,6 +11,8 @@
 #include "qv/sys/qv_mem.h"
 #include "qv/sys/qv_real.h"
 
+#include "qv/runtime/qv_module.h"
+#include "qv/runtime/qv_module_version.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_sort.h"

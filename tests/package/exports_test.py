@@ -26,7 +26,7 @@ for declaration in re.findall(mark + r"([^;{]*)", expanded):
 
 # Everything public stands in the one include. What families are defined with does not.
 everything = pathlib.Path(source, "qv", "qv.h").read_text(encoding="utf-8")
-others = {"qv.h", "qv_extend.h", "qv_abort.h", "qv_atomic.h", "qv_family.h", "qv_ref.h"}
+others = {"qv.h", "qv_extend.h", "qv_abort.h", "qv_atomic.h", "qv_family.h", "qv_module_record.h", "qv_ref.h"}
 left_out = [
     header
     for header in headers

@@ -258,7 +258,7 @@ QV_SORT *qvObjSort( QV_OBJ *thisObj )
         return qvSortSort();
 
     QV_CHECK( thisObj->type == QV___OBJ_TYPE_MODULE );
-    return &qv___sort_QV_MODULE;
+    return qvModuleSort();
 }
 
 QV_INT qvObjCompare( QV_OBJ *objA, QV_OBJ *objB )

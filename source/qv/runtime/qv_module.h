@@ -1,0 +1,34 @@
+/** @file
+    Modules: shared objects that the run time finds by name, checks against the running product, starts in the order of
+    their dependencies and stops in reverse. The library itself is one. qv_runtime.h loads and unloads them.
+
+    A module is an object that lives as long as the process: retaining and releasing it have no effect on its life.
+    Two modules compare by their names. All functions may be called from any thread; null ends the process. */
+
+#ifndef QV_MODULE_H
+#define QV_MODULE_H
+
+#include "qv/sys/qv_types.h"
+
+QV_FAMILY( Module, QV_MODULE )
+
+/** The library's own module, borrowed. */
+QV_API QV_MODULE *qvModule( void );
+
+/** True for 1 to 32 characters of `a` to `z`, digits and at most one underscore, of which the first is a letter and
+    the last no underscore. */
+QV_API QV_BOOL qvModuleNameOk( QV_STRING *moduleName );
+
+/** The name and the description: new texts. */
+QV_API QV_STRING *qvModuleName( QV_MODULE *module );
+QV_API QV_STRING *qvModuleDescription( QV_MODULE *module );
+
+/** The version as a new object. A text that is none ends the process; that of a loaded module is one. */
+QV_API QV_MODULE_VERSION *qvModuleVersion( QV_MODULE *module );
+
+/** A personality turns an executable into the module's own program. Running it passes both arguments on and gives
+    what it gives; ask first whether there is one. */
+QV_API QV_BOOL qvModuleHasPersonality( QV_MODULE *module );
+QV_API QV_INT  qvModuleRunPersonality( QV_MODULE *module, intptr_t a, intptr_t b );
+
+#endif

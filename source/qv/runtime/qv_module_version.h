@@ -1,0 +1,38 @@
+/** @file
+    Version of a module: two numbers, each with an insert for what went in between two of them.
+
+        QV_MODULE_VERSION *ver = qvModuleVersionTryCreateFromCstr( "4#19.0", -1 );
+        qvModuleVersionCompatibility( ver );        // 4019
+        qvModuleVersionRelease( ver );
+
+    The text is `<major>[#<majorInsert>].<minor>[#<minorInsert>]`; an insert of 0 is not written. Versions are ordered by
+    the four numbers in this order. They never change, so any thread may read them. Null ends the process. */
+
+#ifndef QV_MODULE_VERSION_H
+#define QV_MODULE_VERSION_H
+
+#include "qv/sys/qv_types.h"
+
+QV_FAMILY( ModuleVersion, QV_MODULE_VERSION )
+
+/** A new version. `major` and `minor` are at least 0, the inserts 0 to 999; a number outside, or one that with its
+    insert would not fit `number * 1000 + insert`, ends the process. */
+QV_API QV_MODULE_VERSION *
+qvModuleVersionCreate( QV_INT major, QV_INT majorInsert, QV_INT minor, QV_INT minorInsert );
+
+/** A new version from its text; null if it is none. A length is in bytes for a Cstr, which is UTF-8, and in units for a
+    Wcstr; -1 means that the text ends at its terminator. */
+QV_API QV_MODULE_VERSION *qvModuleVersionTryCreateFromString( QV_STRING *qvs );
+QV_API QV_MODULE_VERSION *qvModuleVersionTryCreateFromCstr( const char *cstr, QV_INT length );
+QV_API QV_MODULE_VERSION *qvModuleVersionTryCreateFromWcstr( const wchar_t *wcstr, QV_INT length );
+
+QV_API QV_INT qvModuleVersionMajor( QV_MODULE_VERSION *ver );
+QV_API QV_INT qvModuleVersionMajorInsert( QV_MODULE_VERSION *ver );
+QV_API QV_INT qvModuleVersionMinor( QV_MODULE_VERSION *ver );
+QV_API QV_INT qvModuleVersionMinorInsert( QV_MODULE_VERSION *ver );
+
+/** One number for the interface: versions of one compatibility can stand for each other. `major * 1000 +
+    majorInsert`. */
+QV_API QV_INT qvModuleVersionCompatibility( QV_MODULE_VERSION *ver );
+
+#endif
