@@ -1,13 +1,17 @@
 #include "qv/runtime/qv_obj.h"
 
+#include "qv/base/qv_buffer.h"
+#include "qv/base/qv_dict.h"
+#include "qv/base/qv_stack_trace.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_vector.h"
+#include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_sort.h"
 #include "qv/sys/qv_int.h"
-#include "qv/sys/qv_lock_private.h"
 #include "qv/sys/qv_mem.h"
 #include "qv/sys/qv_unique_private.h"
 
@@ -18,7 +22,6 @@ QV_BOOL qv___ObjOrigin       = QV_FALSE;
 
 namespace
 {
-QV___LOCK *logLock = nullptr;
 QV___LOCK *odbLock = nullptr; // guards the lists of all sorts and modules; exists with the database only
 
 void linkObject( QV_SORT *sort, QV_OBJ *object )
@@ -81,6 +84,25 @@ void unlinkSort( QV_SORT *sort )
     sort->sortsNext     = nullptr;
 }
 
+// One more reference, for somebody who holds none but the lock of the lists: an object whose count is 0 is about to be
+// taken out of its list and cannot be had any more. A count above 0 must not become 0 in between.
+bool retainLive( QV_OBJ *object )
+{
+    int32_t count = qv___AtomicLoad32( &object->retainCount );
+
+    while( count != 0 )
+    {
+        int32_t found = qv___AtomicCompareExchange32( &object->retainCount, count, count + 1 );
+
+        if( found == count )
+            return true;
+
+        count = found;
+    }
+
+    return false;
+}
+
 // One more live object of the sort, and maybe one more sort of its module. The module's count goes up with the first
 // object of a sort and down with its last.
 void countIn( QV_OBJ *object )
@@ -112,7 +134,7 @@ void qv___ObjStartup( void )
 {
     QV_INT flags = qvRuntimeFlags();
 
-    logLock              = qv___LockCreate();
+    qv::objLogLock       = qv___LockCreate();
     qv___ObjOdbIsEnabled = ( flags & QV_RUNTIME_FLAG_OBJECT_DATABASE ) ? QV_TRUE : QV_FALSE;
 
     if( qv___ObjOdbIsEnabled )
@@ -123,16 +145,72 @@ void qv___ObjStartup( void )
 
 void qv___ObjShutdown( void )
 {
-    qv___LockDestroy( logLock );
+    qv___LockDestroy( qv::objLogLock );
 
     if( odbLock )
         qv___LockDestroy( odbLock );
 
-    logLock              = nullptr;
+    qv::objLogLock       = nullptr;
     odbLock              = nullptr;
     qv___ObjOdbIsEnabled = QV_FALSE;
     qv___ObjOrigin       = QV_FALSE;
 }
+
+/* The database --------------------------------------------------------------------------------------------------- */
+
+QV_BOOL qv___ObjOdbEnabled( void )
+{
+    return qv___ObjOdbIsEnabled;
+}
+
+void qv___ObjOdbLock( void )
+{
+    QV_CHECK_AS( qv___ObjOdbIsEnabled, "odbEnabled" );
+    qv___LockAcquire( odbLock );
+}
+
+void qv___ObjOdbUnlock( void )
+{
+    QV_CHECK_AS( qv___ObjOdbIsEnabled, "odbEnabled" );
+    qv___LockRelease( odbLock );
+}
+
+void qv::Snapshot::makeRoom( QV_INT count )
+{
+    if( size_ - length_ >= count )
+        return;
+
+    size_ = qvIntMax( length_ + count, size_ * 2 );
+    objs_ = static_cast< QV_OBJ ** >( qvMemReallocN( objs_, size_, sizeof( QV_OBJ * ) ) );
+}
+
+void qv::Snapshot::add( QV_OBJ *object )
+{
+    makeRoom( 1 );
+    objs_[length_++] = retain( object );
+}
+
+void qv::Snapshot::addObjects( QV_SORT *sort )
+{
+    makeRoom( qv___AtomicLoad32( &sort->objects ) ); // the list is never longer
+
+    for( QV_OBJ *object = sort->odbFirst; object; object = object->odbNext )
+        if( retainLive( object ) )
+            objs_[length_++] = object;
+}
+
+QV_VECTOR *qv::Snapshot::vector()
+{
+    Ref< QV_VECTOR > empty( qvVectorCreate() );
+    Ref< QV_VECTOR > result( qvVectorCreateFrom( empty ) );
+
+    qv___VectorPushNoRetain( result.at(), objs_, length_ );
+    qvMemFree( objs_ );
+
+    return result.give();
+}
+
+/* Creation and destruction --------------------------------------------------------------------------------------- */
 
 QV_OBJ *qv___ObjCreate( QV_INT size, QV_SORT *sort )
 {
@@ -198,6 +276,9 @@ void qv___ObjFree( QV_OBJ *thisObj )
         qv___Abort(
             "Allocation size failure", QV___SOURCE, __LINE__,
             "!QV___ATOMIC_INT_COMPARE_EXCHANGE( &thisObj->dbgAllocationSize, 0, 0 )" );
+
+    if( thisObj->logFirst )
+        qv::freeObjLog( thisObj );
 
     QV_INT unique = thisObj->unique;
 

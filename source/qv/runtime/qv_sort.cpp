@@ -2,7 +2,7 @@
 
 #include "qv/base/qv_name.h"
 #include "qv/base/qv_string.h"
-#include "qv/runtime/qv_module_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 
 #include <string.h>
@@ -63,4 +63,20 @@ QV_INT qvSortObjects( QV_SORT *sort )
 {
     QV_CHECK( sort );
     return qv___AtomicLoad32( &sort->objects );
+}
+
+QV_VECTOR *qvSortSnapshot( QV_SORT *sort )
+{
+    QV_CHECK( sort );
+
+    if( !qv___ObjOdbEnabled() )
+        return nullptr;
+
+    qv::Snapshot snapshot;
+    {
+        qv::HeldOdb held;
+        snapshot.addObjects( sort );
+    }
+
+    return snapshot.vector();
 }

@@ -19,4 +19,10 @@ QV_API QV_STRING *qvSortName( QV_SORT *sort );
 /** How many objects of the sort live now. */
 QV_API QV_INT qvSortObjects( QV_SORT *sort );
 
+/** The objects of the sort that live now, oldest first, as a new Vector, which holds a reference to each. Null when the
+    run keeps no lists of objects (#QV_RUNTIME_FLAG_OBJECT_DATABASE). Other threads may create and release objects
+    meanwhile. What they have not finished creating may be among the objects, and what they are changing they may change
+    in place still: objects that others work with are for counting, not for looking into. */
+QV_API QV_VECTOR *qvSortSnapshot( QV_SORT *sort );
+
 #endif
