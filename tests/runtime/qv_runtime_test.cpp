@@ -471,14 +471,14 @@ TEST( Runtime, TheSummaryIsADocument )
     };
     std::string application = "applicationFriendlyName=My Application\napplicationIdentifier=my-app\n"
                               "applicationVersion=1.2\n";
-    std::string computer    = "computerName=" + take( qvRuntimeComputerName() ) + "\ncpuInfo=" + take( qvRuntimeCpuInfo() )
+    std::string computer    = "compatibility=0\ncomputerName=" + take( qvRuntimeComputerName() ) + "\ncpuInfo=" + take( qvRuntimeCpuInfo() )
                            + "\n";
     std::string product = "friendlyName=morvane\nhardware="
                           + take( qvRuntimeHardwareFriendlyName( qvRuntimeHardware() ) )
                           + "\noperatingSystemInfo=" + take( qvRuntimeOperatingSystemInfo() )
                           + "\nos=Debian 10\nproduct=morvane\nvariant="
                           + take( qvRuntimeVariantFriendlyName( qvRuntimeVariant() ) )
-                          + "\nversion=4.0.19\nversionMajor=4\nversionMinor=0\nversionRelease=19\n";
+                          + "\nversion=4.0.19\nversionMajor=4\nversionMinor=0\nversionRelease=19\nmoduleVersions.qv=0.0\n";
 
     EXPECT_EQ( computer + product, summary() );
 
@@ -502,7 +502,7 @@ TEST( Runtime, TheSummaryIsADocument )
                 restart( 0 );
                 say( summary() );
             } ),
-        testing::StartsWith( "cpuInfo=CPU unknown, cores:" ) );
+        testing::StartsWith( "compatibility=0\ncpuInfo=CPU unknown, cores:" ) );
 }
 
 /* Start and stop ------------------------------------------------------------------------------------------------- */

@@ -3,13 +3,13 @@
 #include "qv/base/qv_boxed_pointer_private.h"
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_cstr_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/io/qv_byte_sink_private.h"
 #include "qv/io/qv_byte_source_private.h"
 #include "qv/io/qv_file.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
-#include "qv/sys/qv_mem.h"
 
 #include <dirent.h>
 #include <libgen.h>
@@ -25,30 +25,7 @@ const QV_INT PIECE          = 1024; // bytes that go through the stack at a time
 const mode_t DIRECTORY_MODE = 0711;
 const size_t MAX_EXECUTABLE = 4096;
 
-/** A name as the operating system takes it, for the time of a scope. */
-class Name
-{
-public:
-    explicit Name( QV_STRING *qvs ) : text_( qvStringConvertToCstr( qvs, QV_TRUE, nullptr ) )
-    {
-    }
-
-    ~Name()
-    {
-        qvMemFree( text_ );
-    }
-
-    Name( const Name & ) = delete;
-    Name &operator=( const Name & ) = delete;
-
-    operator char *() const
-    {
-        return text_;
-    }
-
-private:
-    char *text_;
-};
+using Name = qv::Cstr;
 
 FILE *file( QV_OBJ *closure )
 {

@@ -3,6 +3,7 @@
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_module_version.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 
 #include <string.h>
@@ -135,6 +136,22 @@ bool namesOk( const char *text )
 
     return true;
 }
+
+QV_VECTOR *snapshotOf( QV_MODULE *module, void ( *add )( qv::Snapshot *, QV_MODULE * ) )
+{
+    QV_CHECK( module );
+
+    if( !qv___ObjOdbEnabled() )
+        return nullptr;
+
+    qv::Snapshot snapshot;
+    {
+        qv::HeldOdb held;
+        add( &snapshot, module );
+    }
+
+    return snapshot.vector();
+}
 } // namespace
 
 QV___FAMILY( Module, QV_MODULE, freeModule, compare, toString )
@@ -205,6 +222,28 @@ QV_INT qvModuleRunPersonality( QV_MODULE *module, intptr_t a, intptr_t b )
 {
     QV_CHECK( module );
     return module->personalityFunc( a, b );
+}
+
+void qv::addLiveSorts( Snapshot *snapshot, QV_MODULE *module )
+{
+    for( QV_SORT *sort = module->sortsFirst; sort; sort = sort->sortsNext )
+        snapshot->add( obj( sort ) );
+}
+
+void qv::addLiveObjects( Snapshot *snapshot, QV_MODULE *module )
+{
+    for( QV_SORT *sort = module->sortsFirst; sort; sort = sort->sortsNext )
+        snapshot->addObjects( sort );
+}
+
+QV_VECTOR *qvModuleSnapshotSorts( QV_MODULE *module )
+{
+    return snapshotOf( module, qv::addLiveSorts );
+}
+
+QV_VECTOR *qvModuleSnapshotObjects( QV_MODULE *module )
+{
+    return snapshotOf( module, qv::addLiveObjects );
 }
 
 QV_BOOL qv___ModuleCheckCompatibility( QV_MODULE *module )

@@ -31,4 +31,10 @@ QV_API QV_MODULE_VERSION *qvModuleVersion( QV_MODULE *module );
 QV_API QV_BOOL qvModuleHasPersonality( QV_MODULE *module );
 QV_API QV_INT  qvModuleRunPersonality( QV_MODULE *module, intptr_t a, intptr_t b );
 
+/** The module's sorts that have live objects, and the live objects of all of them, as new Vectors; null in a run
+    without the object database. An object in the Vector lives on with it. Costs a constant time for each element,
+    during which no object can begin or end. */
+QV_API QV_VECTOR *qvModuleSnapshotSorts( QV_MODULE *module );
+QV_API QV_VECTOR *qvModuleSnapshotObjects( QV_MODULE *module );
+
 #endif

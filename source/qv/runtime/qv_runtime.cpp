@@ -1,5 +1,6 @@
 #include "qv/runtime/qv_runtime.h"
 
+#include "qv/runtime/qv_runtime_module_private.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort.h"
 #include "qv/sys/qv_lock_private.h"
@@ -51,10 +52,12 @@ void qvRuntimeStartup(
     qv___RuntimePrintFunc = printFunc;
 
     qv___RuntimeComponentsStartup( applicationIdentifier, applicationFriendlyName, applicationVersion );
+    qv::startModules();
 }
 
 void qvRuntimeShutdown( void )
 {
+    qv::stopModules();
     qv___RuntimeComponentsShutdown();
 
     qv___LockDestroy( qv___RuntimePrintLock );

@@ -38,7 +38,7 @@ QV_API void qvRuntimeStartup(
     QV_INT flags, QV_RUNTIME_PRINT_FUNC printFunc, const char *applicationIdentifier,
     const char *applicationFriendlyName, const char *applicationVersion );
 
-/** Stops the library. All objects should be gone by then. */
+/** Stops the library, its modules first. All objects should be gone by then. */
 QV_API void qvRuntimeShutdown( void );
 
 /** The flags of this run, normalised; 0 while the library is stopped. */
@@ -185,6 +185,42 @@ QV_API QV_STRING *qvRuntimePathToString( QV_INT path );
 QV_API QV_STRING *qvRuntimePath( QV_INT path );
 QV_API QV_BOOL    qvRuntimeHasPath( QV_INT path );
 
+/* Modules -------------------------------------------------------------------------------------------------------- */
+
+/** Loads a module by its name, the modules that it depends on before it, and then the extensions of all loaded modules
+    that there are; true if it is loaded now, be it from before. The file is `libmorvane-<name>.so`, in the bin path or,
+    with QV_RUNTIME_FLAG_IMPLICIT_MODULE_PATH, where the loader finds it. False, and what had been loaded for it stays
+    loaded: the file is missing or is no module of that name, was built for another product or version, or its
+    start-up function or one of its dependencies has failed. With QV_RUNTIME_FLAG_MODULE_DEBUG a printed line says why.
+    A module that cannot be loaded as an extension is left out.
+
+    A name that qvModuleNameOk() refuses ends the process, as does a circle of dependencies. Loads and unloads of all
+    threads take turns; what a module's start-up function calls must not load. */
+QV_API QV_BOOL qvRuntimeTryLoadModule( QV_STRING *moduleName );
+
+/** Loads several in their order and stops at the first that fails; extensions follow if none has. The names are in a
+    Vector of Strings, or in a text with one blank between them, which holds at least one. */
+QV_API QV_BOOL qvRuntimeTryLoadModulesVector( QV_VECTOR *moduleNames );
+QV_API QV_BOOL qvRuntimeTryLoadModules( QV_STRING *qvs );
+QV_API QV_BOOL qvRuntimeTryLoadModulesCstr( const char *cstr, QV_INT length );
+QV_API QV_BOOL qvRuntimeTryLoadModulesWcstr( const wchar_t *wcstr, QV_INT length );
+
+/** Stops all modules but the library, the last loaded first, each when the last object of its sorts is gone. An object
+    that is kept for more than 60 seconds ends the process; in a run with snapshot flags it is reported every 10
+    seconds instead, and the wait has no end. Stopping the library does this first. Must not be called by a module. */
+QV_API void qvRuntimeUnloadAllModules( void );
+
+/** The loaded modules in the order of loading, the library itself first: a new reference. */
+QV_API QV_VECTOR *qvRuntimeModulesVector( void );
+
+/** A loaded module by its name: a new reference, or null if it is not loaded. */
+QV_API QV_MODULE *qvRuntimeModule( QV_STRING *moduleName );
+
+/** The sorts of all loaded modules that have live objects, and those objects, module by module in the order of
+    loading, as new Vectors; null in a run without the object database. qv_module.h tells about snapshots. */
+QV_API QV_VECTOR *qvRuntimeSnapshotSorts( void );
+QV_API QV_VECTOR *qvRuntimeSnapshotObjects( void );
+
 /* The computer --------------------------------------------------------------------------------------------------- */
 
 /** What is known about the computer: new references, or null. */
@@ -195,7 +231,7 @@ QV_API QV_BOOL    qvRuntimeHasComputerName( void );
 QV_API QV_BOOL    qvRuntimeHasOperatingSystemInfo( void );
 QV_API QV_BOOL    qvRuntimeHasCpuInfo( void );
 
-/** All of the above, and when the library was started, as a new document. */
+/** All of the above, the versions of the loaded modules and when the library was started, as a new document. */
 QV_API QV_STORE *qvRuntimeInfo( void );
 
 #endif

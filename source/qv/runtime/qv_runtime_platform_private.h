@@ -15,6 +15,11 @@ QV_API QV_STRING *qv___RuntimePlatformUnixPathFromEnvironment( QV_STRING *variab
 /** Makes each directory of a path that is missing. What cannot be made is left out without a word. */
 QV_API void qv___RuntimePlatformUnixSetupPath( QV_STRING *path );
 
+/** Opens the file of a module and gives the module, a new reference, or null: the file is missing or is none, is built
+    for another product, or holds another module. A file that was opened and refused is closed again; that of a module
+    that was given stays open for the life of the process. */
+QV_API QV_MODULE *qv___RuntimePlatformLoadModule( QV_STRING *moduleName );
+
 /** What the platform tells about the computer: new Strings, or null. */
 QV_API QV_STRING *qv___RuntimePlatformComputerName( void );
 QV_API QV_STRING *qv___RuntimePlatformOperatingSystemInfo( void );

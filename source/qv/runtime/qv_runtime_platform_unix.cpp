@@ -1,17 +1,20 @@
 #include "qv/runtime/qv_runtime_platform_private.h"
 
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_cstr_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/charset/qv_charset.h"
 #include "qv/io/qv_file.h"
 #include "qv/io/qv_line_source.h"
 #include "qv/io/qv_nlf.h"
+#include "qv/io/qv_print.h"
 #include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_abort.h"
 #include "qv/sys/qv_int.h"
-#include "qv/sys/qv_mem.h"
 
+#include <dlfcn.h>
 #include <stdlib.h>
 #include <sys/utsname.h>
 #include <unistd.h>
@@ -100,6 +103,40 @@ QV_STRING *cpuModel()
         }
     }
 }
+
+// Tells why a file is not loaded, in a run that asks for it.
+void refuse( const char *reason )
+{
+    if( qvRuntimeFlags() & QV_RUNTIME_FLAG_MODULE_DEBUG )
+        qvPrintFormatCstr( "[qv___RuntimePlatformLoadModule()] %lc", -1, reason );
+}
+
+// The module that an opened file holds, borrowed, or null.
+QV_MODULE *findModule( void *file, QV_STRING *moduleName )
+{
+    qv::Ref< QV_STRING > symbol( qvStringCreateFromFormatCstr( "%s___module", -1, moduleName ) );
+    QV_MODULE           *module = static_cast< QV_MODULE * >( dlsym( file, qv::Cstr( symbol ) ) );
+
+    if( !module )
+    {
+        refuse( "dlsym(): null" );
+        return nullptr;
+    }
+
+    if( !qv___ModuleCheckCompatibility( module ) )
+    {
+        refuse( "qv___ModuleCheckCompatibility(): false" );
+        return nullptr;
+    }
+
+    if( !qvStringEquals( qv::Ref< QV_STRING >( qvModuleName( module ) ), moduleName ) )
+    {
+        refuse( "module name invalid" );
+        return nullptr;
+    }
+
+    return module;
+}
 } // namespace
 
 /* Paths ---------------------------------------------------------------------------------------------------------- */
@@ -138,9 +175,7 @@ QV_STRING *qv___RuntimePlatformUnixPathFromEnvironment( QV_STRING *variable )
     qv::Ref< QV_STRING > upper = qv::Ref< QV_STRING >::share( variable );
     qvStringToUpper( upper.at() );
 
-    char       *name  = qvStringConvertToCstr( upper, QV_TRUE, nullptr );
-    const char *value = getenv( name );
-    qvMemFree( name );
+    const char *value = getenv( qv::Cstr( upper ) );
 
     if( !value )
         return nullptr;
@@ -173,6 +208,39 @@ void qv___RuntimePlatformUnixSetupPath( QV_STRING *path )
 
         qvStringAppendChar( made.at(), qvFilePathDelimiter() );
     }
+}
+
+/* Modules -------------------------------------------------------------------------------------------------------- */
+
+QV_MODULE *qv___RuntimePlatformLoadModule( QV_STRING *moduleName )
+{
+    QV_CHECK( moduleName );
+
+    bool                 implicit = qvRuntimeFlags() & QV_RUNTIME_FLAG_IMPLICIT_MODULE_PATH;
+    qv::Ref< QV_STRING > path( implicit ? qvStringCreate() : qvRuntimePath( QV_RUNTIME_PATH_BIN ) );
+
+    // A run without paths has no modules.
+    if( !path )
+        return nullptr;
+
+    qvStringAppendFormatCstr( path.at(), "lib%~s-%s.so", -1, qvRuntimeVersionProductName(), moduleName );
+    void *file = dlopen( qv::Cstr( path ), RTLD_NOW );
+
+    if( !file )
+    {
+        refuse( "dlopen(): null" );
+        return nullptr;
+    }
+
+    QV_MODULE *module = findModule( file, moduleName );
+
+    if( !module )
+    {
+        dlclose( file );
+        return nullptr;
+    }
+
+    return qv::retain( module );
 }
 
 /* The computer --------------------------------------------------------------------------------------------------- */

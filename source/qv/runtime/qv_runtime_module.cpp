@@ -1,0 +1,386 @@
+#include "qv/runtime/qv_runtime_module_private.h"
+
+#include "qv/base/qv_dict.h"
+#include "qv/base/qv_monitor_private.h"
+#include "qv/base/qv_sleep.h"
+#include "qv/base/qv_stack_trace_private.h"
+#include "qv/base/qv_string.h"
+#include "qv/base/qv_vector.h"
+#include "qv/io/qv_print.h"
+#include "qv/runtime/qv_module_private.h"
+#include "qv/runtime/qv_obj.h"
+#include "qv/runtime/qv_obj_private.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/runtime/qv_runtime.h"
+#include "qv/runtime/qv_runtime_platform_private.h"
+#include "qv/runtime/qv_runtime_snapshot_private.h"
+#include "qv/runtime/qv_sort.h"
+#include "qv/sys/qv_int.h"
+
+#define QV___RUNTIME_UNLOAD_MODULE_TIMEOUT 60000 // milliseconds
+
+namespace
+{
+/* Held for a whole load or unload, while a module's own functions run and while an unload sleeps too: that is what
+   makes one wait for the other. It guards the names being loaded and the index. */
+QV_MONITOR *qv___RuntimeLoadMonitor     = nullptr;
+QV_DICT    *qv___RuntimeLoadingDict     = nullptr; // names being loaded
+QV_INT      qv___RuntimeExtensionsIndex = 0;       // the modules below it have had their extensions loaded
+
+/* Both tables of the loaded modules change under both monitors and change together. So they may be read under either;
+   who loads or unloads needs the second for the change only. */
+QV_MONITOR *qv___RuntimeLoadedModulesMonitor = nullptr;
+QV_DICT    *qv___RuntimeLoadedModulesDict    = nullptr; // by name
+QV_VECTOR  *qv___RuntimeLoadedModulesVector  = nullptr; // in the order of loading; the library itself first
+
+const QV_INT PAUSE           = 50;    // milliseconds between two looks at what still lives
+const QV_INT REPORT_INTERVAL = 10000; // milliseconds between two reports of it
+const QV_INT SNAPSHOT_FLAGS  = QV_RUNTIME_FLAG_SNAPSHOT_SORT | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT |
+                              QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_TOSTRING | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_LOG;
+
+qv::Ref< QV_MODULE > moduleAt( QV_VECTOR *modules, QV_INT idx )
+{
+    return qv::Ref< QV_MODULE >( qvModuleFrom( qvVectorObjAt( modules, idx ) ) );
+}
+
+qv::Ref< QV_SORT > sortAt( QV_VECTOR *sorts, QV_INT idx )
+{
+    return qv::Ref< QV_SORT >( qvSortFrom( qvVectorObjAt( sorts, idx ) ) );
+}
+
+qv::Ref< QV_STRING > nameOf( QV_SORT *sort )
+{
+    return qv::Ref< QV_STRING >( qvSortName( sort ) );
+}
+
+// The names in a text, with one blank between them. An empty text has none.
+qv::Ref< QV_VECTOR > namesIn( const char *text )
+{
+    if( !*text )
+        return qv::Ref< QV_VECTOR >( qvVectorCreate() );
+
+    return qv::Ref< QV_VECTOR >(
+        qvStringSplitChar( qv::Ref< QV_STRING >( qvStringCreateFromCstr( text, -1 ) ), U' ', -1 ) );
+}
+
+// Loads in the order of the names; false with the first that fails, and then the rest is not tried.
+QV_BOOL loadAll( QV_VECTOR *moduleNames )
+{
+    for( QV_INT i = 0; i < qvVectorLength( moduleNames ); i++ )
+        if( !qv___RuntimeTryLoadModule(
+                qv::Ref< QV_STRING >( qvStringFrom( qvVectorObjAt( moduleNames, i ) ) ) ) )
+            return QV_FALSE;
+
+    return QV_TRUE;
+}
+
+void enter( QV_MODULE *module, QV_STRING *moduleName )
+{
+    qv::HeldMonitor held( qv___RuntimeLoadedModulesMonitor );
+    qvDictSetStringKey( &qv___RuntimeLoadedModulesDict, moduleName, qvModuleObj( module ) );
+    qvVectorPush( &qv___RuntimeLoadedModulesVector, qvModuleObj( module ) );
+}
+
+// The module whose name is in the Dict of names being loaded.
+QV_BOOL loadNamed( QV_STRING *moduleName )
+{
+    qv::Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( moduleName ) );
+
+    if( !module )
+        return QV_FALSE;
+
+    QV_CHECK( module->moduleRecord );
+    QV_CHECK( module->moduleRecord->name );
+    QV_CHECK( module->moduleRecord->description );
+    QV_CHECK( module->moduleRecord->version );
+    QV_CHECK( module->moduleRecord->deps );
+    QV_CHECK( module->moduleRecord->exts );
+
+    if( !loadAll( namesIn( module->moduleRecord->deps ) ) )
+        return QV_FALSE;
+
+    if( module->startupFunc && !module->startupFunc() )
+        return QV_FALSE;
+
+    enter( module, moduleName );
+    return QV_TRUE;
+}
+
+/* The report of what keeps a module from ending ------------------------------------------------------------------- */
+
+void reportSorts( QV_VECTOR *sorts )
+{
+    QV_INT width = 0;
+
+    for( QV_INT i = 0; i < qvVectorLength( sorts ); i++ )
+        width = qvIntMax( width, qvStringLength( nameOf( sortAt( sorts, i ) ) ) );
+
+    for( QV_INT i = 0; i < qvVectorLength( sorts ); i++ )
+    {
+        qv::Ref< QV_SORT > sort = sortAt( sorts, i );
+        qvPrintFormatCstr( "%~-*s %i", -1, width, qvSortName( sort ), qvSortObjects( sort ) );
+    }
+}
+
+void reportObject( QV_OBJ *object )
+{
+    QV_SORT *sort       = qvObjSort( object );
+    QV_INT   references = qv___AtomicLoad32( &object->retainCount ) - 2; // without the snapshot's and the caller's
+
+    if( ( qvRuntimeFlags() & QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_TOSTRING ) && sort->toStringFunc )
+        qvPrintFormatCstr( "%~s (%i) %o", -1, qvSortName( sort ), references, object );
+    else
+        qvPrintFormatCstr( "%~s (%i)", -1, qvSortName( sort ), references );
+
+    if( !( qvRuntimeFlags() & QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_LOG ) )
+        return;
+
+    qv::Ref< QV_VECTOR > log( qv___ObjLog( object ) );
+
+    for( QV_INT i = 0; log && i < qvVectorLength( log ); i++ )
+        qvPrintFormatCstr( "%1m%~o", -1, qvVectorObjAt( log, i ) );
+}
+
+void report( QV_MODULE *module )
+{
+    const QV_INT flags = qvRuntimeFlags();
+    qv::printSnapshotLine();
+
+    if( flags & QV_RUNTIME_FLAG_SNAPSHOT_SORT )
+    {
+        reportSorts( qv::Ref< QV_VECTOR >( qvModuleSnapshotSorts( module ) ) );
+
+        if( flags & QV_RUNTIME_FLAG_SNAPSHOT_OBJECT )
+            qvPrintCstr( "", 0 );
+    }
+
+    if( flags & QV_RUNTIME_FLAG_SNAPSHOT_OBJECT )
+    {
+        qv::Ref< QV_VECTOR > objects( qvModuleSnapshotObjects( module ) );
+
+        for( QV_INT i = 0; i < qvVectorLength( objects ); i++ )
+            reportObject( qv::Ref< QV_OBJ >( qvVectorObjAt( objects, i ) ) );
+    }
+}
+
+/* Unloading ------------------------------------------------------------------------------------------------------ */
+
+// `reported` tells whether this unload has printed a report before.
+void awaitLastObject( QV_MODULE *module, bool *reported )
+{
+    QV_INT msecs = 0;
+
+    while( qv___AtomicLoad32( &module->sorts ) )
+    {
+        qvSleepTimed( nullptr, PAUSE );
+        msecs = qvIntAddSaturating( msecs, PAUSE );
+
+        if( !( qvRuntimeFlags() & SNAPSHOT_FLAGS ) )
+        {
+            QV_CHECK_MESSAGE( msecs <= QV___RUNTIME_UNLOAD_MODULE_TIMEOUT, module->moduleRecord->name );
+        }
+        else if( msecs > REPORT_INTERVAL )
+        {
+            if( !*reported )
+                qv___RuntimeSnapshotHeader();
+
+            report( module );
+            *reported = true;
+            msecs     = 0;
+        }
+    }
+}
+
+// The last module of the Vector.
+void unloadLast( bool *reported )
+{
+    QV_INT               idx    = qvVectorLength( qv___RuntimeLoadedModulesVector ) - 1;
+    qv::Ref< QV_MODULE > module = moduleAt( qv___RuntimeLoadedModulesVector, idx );
+
+    if( qvRuntimeFlags() & QV_RUNTIME_FLAG_MODULE_DEBUG )
+        qvPrintFormatCstr( "[qvRuntimeUnloadAllModules()] module: %~s", -1, qvModuleName( module ) );
+
+    if( module->shutdownFunc )
+        module->shutdownFunc();
+
+    awaitLastObject( module, reported );
+
+    if( module->shutdownEndFunc )
+        module->shutdownEndFunc();
+
+    qv::Ref< QV_STRING > moduleName( qvModuleName( module ) );
+    qv::HeldMonitor      held( qv___RuntimeLoadedModulesMonitor );
+    qvDictDelStringKey( &qv___RuntimeLoadedModulesDict, moduleName );
+    qvVectorDelAt( &qv___RuntimeLoadedModulesVector, idx );
+}
+
+QV_VECTOR *snapshotOfAll( void ( *add )( qv::Snapshot *, QV_MODULE * ) )
+{
+    if( !qv___ObjOdbEnabled() )
+        return nullptr;
+
+    qv::Ref< QV_VECTOR > modules( qvRuntimeModulesVector() );
+    qv::Snapshot         snapshot;
+    {
+        qv::HeldOdb held;
+
+        for( QV_INT i = 0; i < qvVectorLength( modules ); i++ )
+            add( &snapshot, moduleAt( modules, i ) );
+    }
+
+    return snapshot.vector();
+}
+} // namespace
+
+/* Start and stop ------------------------------------------------------------------------------------------------- */
+
+void qv::startModules()
+{
+    qv___RuntimeLoadMonitor          = qvMonitorCreate();
+    qv___RuntimeLoadedModulesMonitor = qvMonitorCreate();
+    qv___RuntimeLoadedModulesDict    = qvDictCreate();
+    qv___RuntimeLoadedModulesVector  = qvVectorCreate();
+    qv___RuntimeLoadingDict          = qvDictCreate();
+    qv___RuntimeExtensionsIndex      = 0;
+
+    Ref< QV_STRING > moduleName( qvModuleName( &qv___module ) );
+    enter( &qv___module, moduleName );
+
+    HeldMonitor held( qv___RuntimeLoadMonitor );
+    qv___RuntimeLoadModuleExtensions();
+}
+
+void qv::stopModules()
+{
+    qvRuntimeUnloadAllModules();
+
+    drop( qv___RuntimeLoadMonitor );
+    drop( qv___RuntimeLoadedModulesMonitor );
+    drop( qv___RuntimeLoadedModulesDict );
+    drop( qv___RuntimeLoadedModulesVector );
+    drop( qv___RuntimeLoadingDict );
+}
+
+/* Loading -------------------------------------------------------------------------------------------------------- */
+
+QV_BOOL qv___RuntimeTryLoadModule( QV_STRING *moduleName )
+{
+    QV_CHECK( qvModuleNameOk( moduleName ) );
+
+    if( qvDictHasStringKey( qv___RuntimeLoadedModulesDict, moduleName ) )
+        return QV_TRUE;
+
+    if( qvRuntimeFlags() & QV_RUNTIME_FLAG_MODULE_DEBUG )
+        qvPrintFormatCstr( "[qv___RuntimeTryLoadModule()] module: %s", -1, moduleName );
+
+    // A module that depends on itself, be it through others, would be started before what it needs.
+    QV_CHECK( !qvDictHasStringKey( qv___RuntimeLoadingDict, moduleName ) );
+
+    qvDictSetStringKey( &qv___RuntimeLoadingDict, moduleName, qvStringObj( moduleName ) );
+    QV_BOOL loaded = loadNamed( moduleName );
+    qvDictDelStringKey( &qv___RuntimeLoadingDict, moduleName );
+
+    return loaded;
+}
+
+void qv___RuntimeLoadModuleExtensions( void )
+{
+    // Each load makes the Vector longer, so that extensions of extensions have their turn too.
+    for( ; qv___RuntimeExtensionsIndex < qvVectorLength( qv___RuntimeLoadedModulesVector );
+         qv___RuntimeExtensionsIndex++ )
+    {
+        qv::Ref< QV_MODULE > module = moduleAt( qv___RuntimeLoadedModulesVector, qv___RuntimeExtensionsIndex );
+        qv::Ref< QV_VECTOR > names  = namesIn( module->moduleRecord->exts );
+
+        for( QV_INT i = 0; i < qvVectorLength( names ); i++ )
+            qv___RuntimeTryLoadModule( qv::Ref< QV_STRING >( qvStringFrom( qvVectorObjAt( names, i ) ) ) );
+    }
+}
+
+QV_BOOL qvRuntimeTryLoadModule( QV_STRING *moduleName )
+{
+    QV_CHECK( qvModuleNameOk( moduleName ) );
+
+    return qvRuntimeTryLoadModulesVector(
+        qv::Ref< QV_VECTOR >( qvVectorCreateFromObj( qvStringObj( moduleName ) ) ) );
+}
+
+QV_BOOL qvRuntimeTryLoadModulesVector( QV_VECTOR *moduleNames )
+{
+    QV_CHECK( moduleNames );
+    QV_CHECK( qvVectorContainsOnly( moduleNames, qvStringSort() ) );
+
+    qv::HeldMonitor held( qv___RuntimeLoadMonitor );
+    QV_BOOL         loaded = loadAll( moduleNames );
+
+    if( loaded )
+        qv___RuntimeLoadModuleExtensions();
+
+    qv___StackTraceUpdateSymbols();
+    return loaded;
+}
+
+QV_BOOL qvRuntimeTryLoadModules( QV_STRING *qvs )
+{
+    QV_CHECK( qvs );
+    return qvRuntimeTryLoadModulesVector( qv::Ref< QV_VECTOR >( qvStringSplitChar( qvs, U' ', -1 ) ) );
+}
+
+QV_BOOL qvRuntimeTryLoadModulesCstr( const char *cstr, QV_INT length )
+{
+    return qvRuntimeTryLoadModules( qv::Ref< QV_STRING >( qvStringCreateFromCstr( cstr, length ) ) );
+}
+
+QV_BOOL qvRuntimeTryLoadModulesWcstr( const wchar_t *wcstr, QV_INT length )
+{
+    return qvRuntimeTryLoadModules( qv::Ref< QV_STRING >( qvStringCreateFromWcstr( wcstr, length ) ) );
+}
+
+/* Unloading ------------------------------------------------------------------------------------------------------ */
+
+void qvRuntimeUnloadAllModules( void )
+{
+    qv::HeldMonitor held( qv___RuntimeLoadMonitor );
+    QV_CHECK( !qvDictLength( qv___RuntimeLoadingDict ) );
+
+    for( QV_INT i = qvVectorLength( qv___RuntimeLoadedModulesVector ) - 1; i >= 1; i-- )
+    {
+        qv::Ref< QV_MODULE > module = moduleAt( qv___RuntimeLoadedModulesVector, i );
+
+        if( module->shutdownBeginFunc )
+            module->shutdownBeginFunc();
+    }
+
+    bool reported = false;
+
+    while( qvVectorLength( qv___RuntimeLoadedModulesVector ) > 1 )
+        unloadLast( &reported );
+
+    qv___RuntimeExtensionsIndex = 0;
+}
+
+/* What is loaded ------------------------------------------------------------------------------------------------- */
+
+QV_VECTOR *qvRuntimeModulesVector( void )
+{
+    qv::HeldMonitor held( qv___RuntimeLoadedModulesMonitor );
+    return qv::retain( qv___RuntimeLoadedModulesVector );
+}
+
+QV_MODULE *qvRuntimeModule( QV_STRING *moduleName )
+{
+    QV_CHECK( moduleName );
+
+    qv::HeldMonitor held( qv___RuntimeLoadedModulesMonitor );
+    return qvModuleFrom( qvDictStringKey( qv___RuntimeLoadedModulesDict, moduleName ) );
+}
+
+QV_VECTOR *qvRuntimeSnapshotSorts( void )
+{
+    return snapshotOfAll( qv::addLiveSorts );
+}
+
+QV_VECTOR *qvRuntimeSnapshotObjects( void )
+{
+    return snapshotOfAll( qv::addLiveObjects );
+}
