@@ -2,7 +2,11 @@
 # no C++ runtime at run time, warnings on, sanitizers where asked for, and the path of each source
 # handed to it for its contract reports.
 
-set( MORVANE_WARNINGS -Wall -Wextra -Wshadow -Wundef -Wpointer-arith -Wcast-qual -Wno-invalid-offsetof )
+include( "${CMAKE_CURRENT_LIST_DIR}/MorvaneModule.cmake" )
+
+set( MORVANE_WARNINGS -Wall -Wextra -Wshadow -Wundef -Wpointer-arith -Wcast-qual
+                     $<$<COMPILE_LANGUAGE:CXX>:-Wno-invalid-offsetof>
+)
 
 set( MORVANE_SANITIZE_FLAGS "" )
 
@@ -39,18 +43,5 @@ function( morvane_product_target target )
         set_target_properties( ${target} PROPERTIES LINKER_LANGUAGE CXX )
     endif()
 
-    get_target_property( sources ${target} SOURCES )
-    get_target_property( directory ${target} SOURCE_DIR )
-    foreach( source IN LISTS sources )
-        if( source MATCHES "\\.(c|cpp)$" )
-            get_filename_component( absolute "${source}" ABSOLUTE BASE_DIR "${directory}" )
-            file( RELATIVE_PATH relative "${PROJECT_SOURCE_DIR}" "${absolute}" )
-            string( REGEX REPLACE "\\.[a-z]+$" "" relative "${relative}" )
-            set_property(
-                SOURCE "${source}"
-                APPEND
-                PROPERTY COMPILE_DEFINITIONS "QV___SOURCE=\"${relative}\""
-            )
-        endif()
-    endforeach()
+    morvane_source_paths( ${target} )
 endfunction()

@@ -17,7 +17,6 @@ install(
     FILES_MATCHING
     PATTERN "*.h"
     PATTERN "*_private.h" EXCLUDE
-    PATTERN "qv_ref.h" EXCLUDE
 )
 install( FILES "${PROJECT_SOURCE_DIR}/docs/morvane.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" )
 
@@ -29,6 +28,7 @@ configure_package_config_file(
 write_basic_package_version_file( "${PROJECT_BINARY_DIR}/morvane-config-version.cmake" COMPATIBILITY SameMajorVersion )
 install(
     FILES "${PROJECT_BINARY_DIR}/morvane-config.cmake" "${PROJECT_BINARY_DIR}/morvane-config-version.cmake"
+          "${PROJECT_SOURCE_DIR}/cmake/MorvaneModule.cmake" "${PROJECT_SOURCE_DIR}/cmake/morvane-module.map"
     DESTINATION "${MORVANE_PACKAGE_DIR}"
 )
 

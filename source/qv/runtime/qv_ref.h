@@ -1,11 +1,13 @@
 /** @file
-    Scopes instead of pairs of retain and release: what the sources of the library are written with. C++ only, header
-    only, nothing exported. */
+    Scopes instead of pairs of retain and release: what the sources of the library are written with, and those of modules
+    can be. Header only, nothing exported; in C there is nothing here. */
 
 #ifndef QV_REF_H
 #define QV_REF_H
 
 #include "qv/runtime/qv_family.h"
+
+#ifdef __cplusplus
 
 #include <utility>
 
@@ -148,5 +150,7 @@ private:
     T *object_ = nullptr;
 };
 } // namespace qv
+
+#endif
 
 #endif

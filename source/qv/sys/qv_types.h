@@ -110,7 +110,7 @@ typedef struct QV_TOOL_SWITCH        QV_TOOL_SWITCH;
 typedef struct QV_UNICODE_NORMALIZER QV_UNICODE_NORMALIZER;
 typedef struct QV_VECTOR             QV_VECTOR;
 
-/** Declares the eight functions that every family has.
+/** Declares the type and the eight functions that every family has.
 
     `Name` is the family's name as it stands in its functions, `TYPE` its object type, which is also the name of
     its sort. All eight may be called from any thread; each costs a constant time unless the family's compare or
@@ -123,14 +123,18 @@ typedef struct QV_VECTOR             QV_VECTOR;
       changes the number of references, both pass null. `From` ends the process when the object has another sort.
     - `qv<Name>ToString` gives a new text of the object, owned by the caller. Null ends the process.
     - `qv<Name>Compare` gives -1, 0 or 1; `qv<Name>Equals` tells whether that is 0. Null ends the process. */
-#define QV_FAMILY( Name, TYPE )                                                                                        \
-    QV_API QV_SORT   *qv##Name##Sort( void );                                                                          \
-    QV_API void       qv##Name##Retain( TYPE *obj );                                                                   \
-    QV_API void       qv##Name##Release( TYPE *obj );                                                                  \
-    QV_API QV_OBJ    *qv##Name##Obj( TYPE *obj );                                                                      \
-    QV_API TYPE      *qv##Name##From( QV_OBJ *obj );                                                                   \
-    QV_API QV_STRING *qv##Name##ToString( TYPE *obj );                                                                 \
-    QV_API QV_INT     qv##Name##Compare( TYPE *objA, TYPE *objB );                                                     \
-    QV_API QV_BOOL    qv##Name##Equals( TYPE *objA, TYPE *objB );
+#define QV_FAMILY( Name, TYPE ) QV___FAMILY_DECLARE( QV_API, Name, TYPE )
+
+/** The same with another mark than QV_API in front of the functions. */
+#define QV___FAMILY_DECLARE( mark, Name, TYPE )                                                                        \
+    typedef struct TYPE TYPE;                                                                                          \
+    mark QV_SORT       *qv##Name##Sort( void );                                                                        \
+    mark void           qv##Name##Retain( TYPE *obj );                                                                 \
+    mark void           qv##Name##Release( TYPE *obj );                                                                \
+    mark QV_OBJ        *qv##Name##Obj( TYPE *obj );                                                                    \
+    mark TYPE          *qv##Name##From( QV_OBJ *obj );                                                                 \
+    mark QV_STRING     *qv##Name##ToString( TYPE *obj );                                                               \
+    mark QV_INT         qv##Name##Compare( TYPE *objA, TYPE *objB );                                                   \
+    mark QV_BOOL        qv##Name##Equals( TYPE *objA, TYPE *objB );
 
 #endif

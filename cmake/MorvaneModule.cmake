@@ -1,0 +1,73 @@
+# morvane_add_module( NAME SOURCE... )
+#
+# Builds libmorvane-NAME.so, a module of the product, from sources in C11 or C++20 (or later, where CMAKE_C_STANDARD or
+# CMAKE_CXX_STANDARD says so). The target is morvane-NAME. NAME is 1 to 32 of a to z, digits and at most one underscore;
+# it begins with a letter and ends with none but a letter or a digit.
+#
+#   find_package( morvane 4 REQUIRED )
+#   morvane_add_module( greeter greeter.c )
+#
+# The file exports the module object and what its sources mark with QV_API, all of which has C linkage; it may leave no
+# name undefined. The sources are compiled with QV_MODULE_NAME, which qv/qv_extend.h needs, and each with the path that
+# its contract reports bear.
+
+# Hands the path of each source, from the project's folder and without its ending, to the source.
+function( morvane_source_paths target )
+    get_target_property( sources ${target} SOURCES )
+    get_target_property( directory ${target} SOURCE_DIR )
+    foreach( source IN LISTS sources )
+        if( source MATCHES "\\.(c|cc|cpp|cxx)$" )
+            get_filename_component( absolute "${source}" ABSOLUTE BASE_DIR "${directory}" )
+            file( RELATIVE_PATH relative "${PROJECT_SOURCE_DIR}" "${absolute}" )
+            string( REGEX REPLACE "\\.[a-z]+$" "" relative "${relative}" )
+            set_property(
+                SOURCE "${source}"
+                APPEND
+                PROPERTY COMPILE_DEFINITIONS "QV___SOURCE=\"${relative}\""
+            )
+        endif()
+    endforeach()
+endfunction()
+
+function( morvane_add_module name )
+    string( LENGTH "${name}" length )
+    if( NOT name MATCHES "^[a-z][a-z0-9]*(_[a-z0-9]+)?$" OR length GREATER 32 )
+        message( FATAL_ERROR "morvane_add_module: ${name} cannot be the name of a module" )
+    endif()
+    if( NOT ARGN )
+        message( FATAL_ERROR "morvane_add_module: ${name} has no sources" )
+    endif()
+
+    set( target morvane-${name} )
+    set( map "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/morvane-module.map" )
+    add_library( ${target} MODULE ${ARGN} )
+    set_target_properties(
+        ${target}
+        PROPERTIES
+            PREFIX lib
+            SUFFIX .so
+            C_VISIBILITY_PRESET hidden
+            CXX_VISIBILITY_PRESET hidden
+            VISIBILITY_INLINES_HIDDEN ON
+            C_STANDARD_REQUIRED ON
+            CXX_STANDARD_REQUIRED ON
+    )
+    if( NOT CMAKE_C_STANDARD )
+        set_target_properties( ${target} PROPERTIES C_STANDARD 11 )
+    endif()
+    if( NOT CMAKE_CXX_STANDARD )
+        set_target_properties( ${target} PROPERTIES CXX_STANDARD 20 )
+    endif()
+    target_compile_definitions( ${target} PRIVATE QV_MODULE_NAME=${name} )
+    morvane_source_paths( ${target} )
+
+    # What templates of C++ headers bring along is visible whatever the compiler is told; only C names get out.
+    target_link_options(
+        ${target} PRIVATE "LINKER:--version-script=${map}" "LINKER:--exclude-libs,ALL" "LINKER:--as-needed"
+    )
+    if( NOT MORVANE_SANITIZE )
+        target_link_options( ${target} PRIVATE "LINKER:-z,defs" )
+    endif()
+    set_property( TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${map}" )
+    target_link_libraries( ${target} PRIVATE morvane::qv )
+endfunction()
