@@ -8,6 +8,7 @@
 #include "qv/sys/qv_mem.h"
 
 #include <stdio.h>
+#include <string.h>
 
 namespace morvane
 {
@@ -17,6 +18,8 @@ namespace
 {
 const Tool TOOLS[] = {
     { "id", "", "prints a new identifier of 32 hexadecimal digits", idTool },
+    { "info", "", "prints what is known about the product and the computer", infoTool },
+    { "module", "TOOL ARGUMENT...", "tells about modules and runs them", moduleTool, QV_RUNTIME_FLAG_MODULE_DEBUG },
     { "random", "TOOL ARGUMENT...", "prints random bytes and integers", randomTool },
     { "store", "TOOL ARGUMENT...", "reads, changes and converts configuration documents", storeTool },
     { "text", "TOOL ARGUMENT...", "normalises and maps the case of text", textTool },
@@ -28,6 +31,9 @@ const int TOOL_COUNT = sizeof( TOOLS ) / sizeof( TOOLS[0] );
 
 // Where printed lines go: what a tool tells to the standard output, what the switch says of a wrong name elsewhere.
 FILE *printStream = nullptr;
+
+// What sees printed texts first, or null.
+bool ( *printTaker )( const QV_CHAR *chs, QV_INT length ) = nullptr;
 
 void writeUtf8( FILE *stream, const QV_CHAR *chs, QV_INT length )
 {
@@ -50,23 +56,24 @@ void writeUtf8( FILE *stream, QV_STRING *qvs )
 // The print hook: every text is a line.
 void printLine( const QV_CHAR *chs, QV_INT length )
 {
+    if( printTaker && printTaker( chs, length ) )
+        return;
+
     writeUtf8( printStream, chs, length );
     fputc( '\n', printStream );
 }
 
 // The tool that a word names, by the rules of the switch: in full or by a unique beginning.
-const Tool *findTool( const Tool *tools, int count, QV_STRING *word )
+const Tool *findTool( const Tool *tools, int count, const char *word )
 {
     const Tool *found = nullptr;
 
     for( int i = 0; i < count; i++ )
     {
-        Ref< QV_STRING > name( qvStringCreateFromCstr( tools[i].name, -1 ) );
-
-        if( qvStringEquals( name, word ) )
+        if( strcmp( tools[i].name, word ) == 0 )
             return &tools[i];
 
-        if( qvStringBeginsWith( name, word ) )
+        if( strncmp( tools[i].name, word, strlen( word ) ) == 0 )
         {
             if( found )
                 return nullptr;
@@ -76,6 +83,19 @@ const Tool *findTool( const Tool *tools, int count, QV_STRING *word )
     }
 
     return found;
+}
+
+// The same for the first of some words.
+const Tool *findTool( const Tool *tools, int count, QV_VECTOR *words )
+{
+    if( qvVectorLength( words ) == 0 )
+        return nullptr;
+
+    char       *word = qvStringConvertToCstr( wordAt( words, 0 ), QV_TRUE, nullptr );
+    const Tool *tool = findTool( tools, count, word );
+    qvMemFree( word );
+
+    return tool;
 }
 
 bool asksForHelp( QV_VECTOR *argv )
@@ -102,6 +122,20 @@ void print( QV_STRING *line )
     qvPrint( line );
 }
 
+void takePrinted( bool ( *take )( const QV_CHAR *chs, QV_INT length ) )
+{
+    printTaker = take;
+}
+
+void complain( const char *prefix, QV_STRING *subject, QV_STRING *reason )
+{
+    fprintf( stderr, "%s: ", prefix );
+    writeUtf8( stderr, subject );
+    fputs( ": ", stderr );
+    writeUtf8( stderr, reason );
+    fputc( '\n', stderr );
+}
+
 void complain( const char *prefix, QV_STRING *subject, const char *reason )
 {
     fprintf( stderr, "%s: ", prefix );
@@ -123,7 +157,7 @@ void runTool( const char *command, const Tool *tools, int count, QV_VECTOR *argv
     for( int i = 0; i < count; i++ )
         qvToolSwitchSetToolCstr( ts.at(), tools[i].name, -1, tools[i].func );
 
-    const Tool *tool = qvVectorLength( argv ) > 0 ? findTool( tools, count, wordAt( argv, 0 ) ) : nullptr;
+    const Tool *tool = findTool( tools, count, argv );
 
     context->status = MISUSE;
     printStream     = tool ? stdout : stderr;
@@ -217,8 +251,12 @@ int main( int argc, char **argv )
 {
     using namespace morvane;
 
+    // Most tools need no files of the product, and start faster without.
+    const Tool *tool = argc > 1 ? findTool( TOOLS, TOOL_COUNT, argv[1] ) : nullptr;
+
     printStream = stdout;
-    qvRuntimeStartup( QV_RUNTIME_FLAG_MINIMAL, printLine, "morvane", "morvane", nullptr );
+    qvRuntimeStartup(
+        tool ? tool->runtimeFlags : QV_RUNTIME_FLAG_MINIMAL, printLine, "morvane", "morvane", nullptr );
 
     Context context;
 

@@ -167,8 +167,7 @@ QV_BOOL show( QV_VECTOR *argv, void *context )
     if( !store )
         return QV_FALSE;
 
-    Ref< QV_VECTOR > lines( qvStoreEncodeToStringVector( store ) );
-    qvPrintLines( lines );
+    printDocument( store );
     contextOf( context )->status = SUCCESS;
 
     return QV_TRUE;

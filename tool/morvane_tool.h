@@ -9,6 +9,7 @@
 #include "qv/base/qv_tool_switch.h"
 #include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/runtime/qv_runtime.h"
 
 namespace morvane
 {
@@ -31,13 +32,23 @@ struct Tool
     const char         *arguments; // as the usage has them
     const char         *line;      // what it does
     QV_TOOL_SWITCH_FUNC func;
+
+    QV_INT runtimeFlags = QV_RUNTIME_FLAG_MINIMAL; // that the library is started with; in the first table only
 };
 
 /** Prints a text as a line through the print hook. */
 void print( QV_STRING *line );
 
+/** Prints a document in its canonical text form. */
+void printDocument( QV_STORE *store );
+
+/** Shows every text that is printed from now on to a function first; where it gives true it has taken it. It is called
+    as the print hook is, up to the end of the process. */
+void takePrinted( bool ( *take )( const QV_CHAR *chs, QV_INT length ) );
+
 /** Prints "prefix: subject: reason" as a line on the standard error stream. */
 void complain( const char *prefix, QV_STRING *subject, const char *reason );
+void complain( const char *prefix, QV_STRING *subject, QV_STRING *reason );
 
 /** Runs the tool of a table that the first argument names, and leaves its exit status in the context. `help` lists the
     tools. Wrong usage shows the usage of the tool, or the list if no tool is named. */
@@ -88,6 +99,8 @@ inline Context *contextOf( void *context )
 
 /** The tools of the executable. */
 QV_BOOL idTool( QV_VECTOR *argv, void *context );
+QV_BOOL infoTool( QV_VECTOR *argv, void *context );
+QV_BOOL moduleTool( QV_VECTOR *argv, void *context );
 QV_BOOL randomTool( QV_VECTOR *argv, void *context );
 QV_BOOL storeTool( QV_VECTOR *argv, void *context );
 QV_BOOL textTool( QV_VECTOR *argv, void *context );
