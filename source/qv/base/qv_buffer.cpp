@@ -488,12 +488,12 @@ void qv___BufferMakeRoom( QV_BUFFER **buf, uint64_t atBit, uint64_t bitCount )
     }
 }
 
-void qv___BufferCompact( QV_BUFFER *buf )
+namespace
 {
-    QV_CHECK( buf );
-    QV_CHECK( QV_REF_RETAIN_COUNT( buf ) == 1 );
-    QV_CHECK( BIT_AT_BOUND( buf->bitFspace ) );
-
+// A snapshot of live objects may hold the Buffer for a while although its owner is the only one to use it. So only who
+// calls from outside is asked whether it is his own.
+void compact( QV_BUFFER *buf )
+{
     if( buf->ref || ( buf->bitFspace <= OVERSIZED_FSPACE && buf->bitBspace <= OVERSIZED_BSPACE ) )
         return;
 
@@ -512,6 +512,16 @@ void qv___BufferCompact( QV_BUFFER *buf )
     uint64_t size  = reallocate( buf, QV_BUFFER_FSPACE + QV_BUFFER_BSPACE + buf->bitLength );
     buf->bitFspace = QV_BUFFER_FSPACE;
     buf->bitBspace = size - buf->bitFspace - buf->bitLength;
+}
+} // namespace
+
+void qv___BufferCompact( QV_BUFFER *buf )
+{
+    QV_CHECK( buf );
+    QV_CHECK( QV_REF_RETAIN_COUNT( buf ) == 1 );
+    QV_CHECK( BIT_AT_BOUND( buf->bitFspace ) );
+
+    compact( buf );
 }
 
 void qv___BufferSwapContents( QV_BUFFER *a, QV_BUFFER *b )
@@ -997,7 +1007,7 @@ void qv___BufferBitDelInner( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCo
     }
 
     (*buf)->bitLength -= bitCount;
-    qv___BufferCompact( *buf );
+    compact( *buf );
 }
 
 void qv___BufferBitDelOuter( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCount )
@@ -1029,7 +1039,7 @@ void qv___BufferBitDelOuter( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCo
     (*buf)->bitFspace += bitOffset;
     (*buf)->bitBspace += (*buf)->bitLength - bitOffset - bitCount;
     (*buf)->bitLength = bitCount;
-    qv___BufferCompact( *buf );
+    compact( *buf );
 }
 
 /* Units ---------------------------------------------------------------------------------------------------------- */

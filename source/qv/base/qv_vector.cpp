@@ -240,11 +240,12 @@ QV_OBJ **qv___VectorMakeRoom( QV_VECTOR *vec, QV_INT atIndex, QV_INT count )
     return gap;
 }
 
-void qv___VectorCompact( QV_VECTOR *vec )
+namespace
 {
-    QV_CHECK( vec );
-    QV_CHECK_AS( qv___AtomicLoad32( &vec->retainCount ) == 1, "QV_REF_RETAIN_COUNT( vec ) == 1" );
-
+// A snapshot of live objects may hold the Vector for a while although its owner is the only one to use it. So only who
+// calls from outside is asked whether it is his own.
+void compact( QV_VECTOR *vec )
+{
     if( vec->length == 0 )
     {
         QV_INT space = vec->fspace + vec->bspace;
@@ -255,6 +256,15 @@ void qv___VectorCompact( QV_VECTOR *vec )
     {
         resize( vec, 0, 0, QV_VECTOR_FSPACE, QV_VECTOR_BSPACE );
     }
+}
+} // namespace
+
+void qv___VectorCompact( QV_VECTOR *vec )
+{
+    QV_CHECK( vec );
+    QV_CHECK_AS( qv___AtomicLoad32( &vec->retainCount ) == 1, "QV_REF_RETAIN_COUNT( vec ) == 1" );
+
+    compact( vec );
 }
 
 namespace
@@ -764,7 +774,7 @@ void qvVectorDelInner( QV_VECTOR **vec, QV_INT offset, QV_INT count )
     }
 
     own->length -= count;
-    qv___VectorCompact( own );
+    compact( own );
 }
 
 void qvVectorDelOuter( QV_VECTOR **vec, QV_INT offset, QV_INT count )
@@ -814,7 +824,7 @@ QV_OBJ *qvVectorPop( QV_VECTOR **vec )
 
     // What the compaction looks at, without the call.
     if( __builtin_expect( ++own->bspace > OVERSIZED || own->fspace > OVERSIZED || own->length == 0, 0 ) )
-        qv___VectorCompact( own );
+        compact( own );
 
     return obj;
 }
@@ -834,7 +844,7 @@ QV_OBJ *qvVectorUnshift( QV_VECTOR **vec )
     own->length--;
 
     if( __builtin_expect( own->fspace > OVERSIZED || own->bspace > OVERSIZED || own->length == 0, 0 ) )
-        qv___VectorCompact( own );
+        compact( own );
 
     return obj;
 }

@@ -91,6 +91,19 @@ QV_API QV_OBJ *qv___ObjCreate( QV_INT size, QV_SORT *sort );
 /** Ends an object whose count has reached 0. Nobody calls it but a release. */
 QV_API void qv___ObjFree( QV_OBJ *thisObj );
 
+/** Gives up the reference of a caller who has found a count of 1. */
+QV_API void qv___ObjReleaseLast( QV_OBJ *thisObj );
+
+/** What every release is. Whoever finds a count of 1 holds the only reference, so that the common end of an object needs
+    no locked instruction, unless the object database lets others find the object: qv___ObjReleaseLast() knows. */
+static inline void qv___ObjRelease( QV_OBJ *obj )
+{
+    if( qv___AtomicLoad32( &obj->retainCount ) == 1 )
+        qv___ObjReleaseLast( obj );
+    else if( qv___AtomicAdd32( &obj->retainCount, -1 ) == 0 )
+        qv___ObjFree( obj );
+}
+
 /** Adds or subtracts 1 and gives the new count; reads the count. */
 QV_API int32_t qv___RetainCountIncrement( int32_t *counter );
 QV_API int32_t qv___RetainCountDecrement( int32_t *counter );
@@ -164,8 +177,7 @@ QV_API QV_MODULE qv___module;
     {                                                                                                                  \
         if( !obj )                                                                                                     \
             qv___Abort( "stdfunc release", QV___SOURCE, __LINE__, "obj" );                                             \
-        if( qv___AtomicGiveUp32( &( (QV_OBJ *)obj )->retainCount ) )                                                   \
-            qv___ObjFree( (QV_OBJ *)obj );                                                                             \
+        qv___ObjRelease( (QV_OBJ *)obj );                                                                              \
     }                                                                                                                  \
                                                                                                                        \
     QV_OBJ *qv##Name##Obj( TYPE *obj )                                                                                 \

@@ -212,12 +212,17 @@ QV_VECTOR *qv::Snapshot::vector()
 
 /* Creation and destruction --------------------------------------------------------------------------------------- */
 
-QV_OBJ *qv___ObjCreate( QV_INT size, QV_SORT *sort )
+namespace
 {
-    return qv::createWithRoom( size, 0, sort );
+// Recording the stack of a creation creates objects of these sorts, and so does not record theirs.
+bool recordsOrigin( QV_SORT *sort )
+{
+    return sort != qvStringSort() && sort != qvVectorSort() && sort != qvDictSort() && sort != qvBufferSort()
+           && sort != qvStackTraceSort();
 }
 
-QV_OBJ *qv::createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort )
+// Inline in both functions that create, so that each has one frame on the stack of a creation.
+__attribute__( ( always_inline ) ) inline QV_OBJ *createObject( QV_INT size, QV_INT extraBytes, QV_SORT *sort )
 {
     QV_CHECK( sort );
 
@@ -234,18 +239,33 @@ QV_OBJ *qv::createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort )
     result->odbPrevious       = nullptr;
     result->odbNext           = nullptr;
 
-    if( __builtin_expect( qv___ObjOdbIsEnabled, 0 ) )
+    if( __builtin_expect( !qv___ObjOdbIsEnabled, 1 ) )
+    {
+        countIn( result );
+        return result;
+    }
+
     {
         qv::HeldLock held( odbLock );
         countIn( result );
         linkObject( sort, result );
     }
-    else
-    {
-        countIn( result );
-    }
+
+    if( qv___ObjOrigin && recordsOrigin( sort ) )
+        qv___ObjLogAppendCallStack( result, 1, QV_INT_MAX );
 
     return result;
+}
+} // namespace
+
+QV_OBJ *qv___ObjCreate( QV_INT size, QV_SORT *sort )
+{
+    return createObject( size, 0, sort );
+}
+
+QV_OBJ *qv::createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort )
+{
+    return createObject( size, extraBytes, sort );
 }
 
 void qv___ObjFree( QV_OBJ *thisObj )
@@ -277,7 +297,7 @@ void qv___ObjFree( QV_OBJ *thisObj )
             "Allocation size failure", QV___SOURCE, __LINE__,
             "!QV___ATOMIC_INT_COMPARE_EXCHANGE( &thisObj->dbgAllocationSize, 0, 0 )" );
 
-    if( thisObj->logFirst )
+    if( __builtin_expect( thisObj->logFirst != nullptr, 0 ) )
         qv::freeObjLog( thisObj );
 
     QV_INT unique = thisObj->unique;
@@ -299,6 +319,18 @@ void qv___ObjFree( QV_OBJ *thisObj )
     memset( static_cast< void * >( thisObj ), 0xFF, sizeof( QV_OBJ ) );
     __asm__ volatile( "" : : "r"( thisObj ) : "memory" ); // the compiler would drop stores to memory that is freed
     qvMemFree( thisObj );
+}
+
+void qv___ObjReleaseLast( QV_OBJ *thisObj )
+{
+    if( __builtin_expect( !qv___ObjOdbIsEnabled, 1 ) )
+        qv___AtomicStoreUnordered32( &thisObj->retainCount, 0 );
+
+    // A snapshot may have taken a reference since the caller looked, or may do so right now; then it ends the object.
+    else if( qv___AtomicAdd32( &thisObj->retainCount, -1 ) != 0 )
+        return;
+
+    qv___ObjFree( thisObj );
 }
 
 void qvObjRetain( QV_OBJ *obj )

@@ -32,8 +32,8 @@ inline T *retain( T *object )
 template< class T >
 inline void release( T *object )
 {
-    if( object && qv___AtomicGiveUp32( &obj( object )->retainCount ) )
-        qv___ObjFree( obj( object ) );
+    if( object )
+        qv___ObjRelease( obj( object ) );
 }
 
 /** True when somebody else holds the object too, so that it must not be written. */

@@ -1,7 +1,9 @@
 #include "qv/runtime/qv_runtime.h"
 
+#include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_runtime_module_private.h"
 #include "qv/runtime/qv_runtime_private.h"
+#include "qv/runtime/qv_runtime_snapshot_private.h"
 #include "qv/sys/qv_abort.h"
 #include "qv/sys/qv_lock_private.h"
 
@@ -43,6 +45,24 @@ void qv___RuntimeComponentsShutdown( void )
     qv___RuntimeVersionShutdown();
 }
 
+namespace
+{
+// With all components stopped, tells of the library's objects that are still there if the run was asked to. Printing needs
+// the components, so they run once more, without anything of the run that has ended but its lists of objects.
+void reportSurvivors()
+{
+    QV_INT flags = qv___RuntimeFlags;
+
+    if( !( flags & QV___RUNTIME_FLAGS_SNAPSHOT ) || qv___AtomicLoad32( &qv___module.sorts ) == 0 )
+        return;
+
+    qv___RuntimeFlags = QV_RUNTIME_FLAG_MINIMAL;
+    qv___RuntimeComponentsStartup( nullptr, nullptr, nullptr );
+    qv::printSurvivors( flags );
+    qv___RuntimeComponentsShutdown();
+}
+} // namespace
+
 void qvRuntimeStartup(
     QV_INT flags, QV_RUNTIME_PRINT_FUNC printFunc, const char *applicationIdentifier,
     const char *applicationFriendlyName, const char *applicationVersion )
@@ -59,6 +79,7 @@ void qvRuntimeShutdown( void )
 {
     qv::stopModules();
     qv___RuntimeComponentsShutdown();
+    reportSurvivors();
 
     qv___LockDestroy( qv___RuntimePrintLock );
     qv___RuntimePrintFunc = nullptr;

@@ -6,10 +6,25 @@
 /** Prints what a report of live objects begins with: a line of dashes, and the product and its surroundings. */
 QV_API void qv___RuntimeSnapshotHeader( void );
 
+/** The flags that ask for a report. */
+#define QV___RUNTIME_FLAGS_SNAPSHOT                                                                                    \
+    ( QV_RUNTIME_FLAG_SNAPSHOT_SORT | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_TOSTRING       \
+      | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_LOG )
+
 namespace qv
 {
 /** Prints the line of dashes. */
 void printSnapshotLine();
+
+/** Prints the line of a sort, with its name in a column of `width`. */
+void printSnapshotSort( QV_SORT *sort, QV_INT width, QV_INT objects );
+
+/** Prints what `flags` ask for about an object: its line, with its text or without, and the lines of its log. */
+void printSnapshotObject( QV_OBJ *object, QV_INT retainCount, QV_INT flags );
+
+/** Prints the report of the objects that have outlived a run with these flags. For the end of the run, when the
+    components have been started once more, without the object database: its lists stand as the run left them. */
+void printSurvivors( QV_INT flags );
 } // namespace qv
 
 #endif

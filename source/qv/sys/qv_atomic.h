@@ -25,22 +25,6 @@ static inline int32_t qv___AtomicAdd32( int32_t *value, int32_t amount )
     return result;
 }
 
-/** Subtracts 1 from a reference count; true if that made it 0. Whoever sees 1 holds the only reference, so that nobody
-    can be adding one: the common end of an object needs no locked instruction. */
-static inline int qv___AtomicGiveUp32( int32_t *count )
-{
-    QV___ATOMIC_FENCE();
-
-    if( __atomic_load_n( count, __ATOMIC_SEQ_CST ) == 1 )
-    {
-        __atomic_store_n( count, 0, __ATOMIC_RELAXED );
-        QV___ATOMIC_FENCE();
-        return 1;
-    }
-
-    return qv___AtomicAdd32( count, -1 ) == 0;
-}
-
 /** Replaces `expected` by `desired`; gives the value that was found. */
 static inline int32_t qv___AtomicCompareExchange32( int32_t *value, int32_t expected, int32_t desired )
 {
@@ -72,11 +56,16 @@ static inline int64_t qv___AtomicLoad64( const int64_t *value )
     return __atomic_load_n( value, __ATOMIC_SEQ_CST );
 }
 
-/** Writes. */
+/** Writes; the unordered form is for what no other thread looks at any more. */
 static inline void qv___AtomicStore32( int32_t *value, int32_t newValue )
 {
     __atomic_store_n( value, newValue, __ATOMIC_SEQ_CST );
     QV___ATOMIC_FENCE();
+}
+
+static inline void qv___AtomicStoreUnordered32( int32_t *value, int32_t newValue )
+{
+    __atomic_store_n( value, newValue, __ATOMIC_RELAXED );
 }
 
 static inline void qv___AtomicStore64( int64_t *value, int64_t newValue )
