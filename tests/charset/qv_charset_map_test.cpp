@@ -129,6 +129,36 @@ TEST( CharsetMap, LettersComposeWithTheirMarksAlsoAcrossWrites )
     EXPECT_EQ( expected, contentOf( qvBufferByteSinkBuffer( bytes ) ) );
 }
 
+TEST( CharsetMap, TheLastTwoCharactersAreHeldBack )
+{
+    // What is behind them is in the cache, which goes down when it is full.
+    for( int length : { 1, 3, 1025, 1026, 1027, 2049, 2050, 2051 } )
+    {
+        Ref< QV_BUFFER_BYTE_SINK > bytes( qvBufferByteSinkCreate() );
+        Ref< QV_BYTE_SINK >        byteSink( qvBufferByteSinkByteSink( bytes ) );
+        Ref< QV_CHAR_SINK >        sink( qvCharsetCreateCharSink( byteSink, QV_CHARSET_ISO_8859_1, 0 ) );
+        Ref< QV_STRING >           plain = text( std::u32string( static_cast< size_t >( length ), U'o' ) );
+
+        EXPECT_TRUE( qvCharSinkWrite( sink, plain ) );
+        size_t down = contentOf( qvBufferByteSinkBuffer( bytes ) ).size();
+        EXPECT_EQ( std::max( length - 2, 0 ) / 1024 * 1024, static_cast< int >( down ) ) << length;
+
+        EXPECT_TRUE( qvCharSinkWriteChar( sink, 0x308 ) );
+        EXPECT_TRUE( qvCharSinkFlush( sink ) );
+        EXPECT_EQ( std::string( static_cast< size_t >( length ) - down - 1, 'o' ) + '\xF6',
+                   contentOf( qvBufferByteSinkBuffer( bytes ) ) ) << length;
+    }
+
+    // So it takes the flush to see that one of them has no byte.
+    Ref< QV_BUFFER_BYTE_SINK > bytes( qvBufferByteSinkCreate() );
+    Ref< QV_BYTE_SINK >        byteSink( qvBufferByteSinkByteSink( bytes ) );
+    Ref< QV_CHAR_SINK >        sink(
+        qvCharsetCreateCharSink( byteSink, QV_CHARSET_ASCII, QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER ) );
+    Ref< QV_STRING > accented = text( U"abc\u00E9d" );
+    EXPECT_TRUE( qvCharSinkWrite( sink, accented ) );
+    EXPECT_FALSE( qvCharSinkFlush( sink ) );
+}
+
 TEST( CharsetMap, LongTextsGoBothWays )
 {
     std::string bytes, again;

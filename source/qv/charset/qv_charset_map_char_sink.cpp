@@ -184,20 +184,20 @@ QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
         const QV_CHAR *limit = chars + std::min( PIECE, QV_INT( end - chars ) );
         const QV_CHAR *next  = skipInert( chars, limit );
 
-        // Between the first and the last of them there is nothing to compose: the first ends what came before, and the
-        // last may have to wait for a mark.
-        if( next - chars > 2 )
+        // Between the first and the last two of them there is nothing to compose: the first ends what came before, and
+        // the last two stay in the normalizer, which would not have them readable yet.
+        if( next - chars > 3 )
         {
             qvUnicodeNormalizerWriteChar( csc->normalizer, chars[0] );
             qvUnicodeNormalizerFlush( csc->normalizer );
 
-            if( !push( csc ) || !put( csc, chars + 1, next - chars - 2 ) )
+            if( !push( csc ) || !put( csc, chars + 1, next - chars - 3 ) )
                 return QV_FALSE;
 
-            chars = next - 1;
+            chars = next - 2;
         }
 
-        // The last of them, what isn't one, and so on to where there may be some in a row again.
+        // The last two, what isn't inert, and so on to where there may be some in a row again.
         while( next < limit && !( isInert( *next ) && next - chars >= BLOCK ) )
             next++;
 
