@@ -1,3 +1,4 @@
+#include "morvane_stream.h"
 #include "morvane_tool.h"
 
 #include "qv/base/qv_boxed_int.h"
@@ -250,6 +251,8 @@ Ref< QV_STRING > wordAt( QV_VECTOR *words, QV_INT idx )
 int main( int argc, char **argv )
 {
     using namespace morvane;
+
+    holdStandardStreams();
 
     // Most tools need no files of the product, and start faster without.
     const Tool *tool = argc > 1 ? findTool( TOOLS, TOOL_COUNT, argv[1] ) : nullptr;

@@ -11,6 +11,10 @@
 
 namespace morvane
 {
+/** Keeps the places of standard streams that are closed, so that no file that is opened later is taken for one. Using
+    them goes on failing. */
+void holdStandardStreams();
+
 /** Both ends of one run. The sources and sinks that it gives out must not outlive it. */
 class Streams
 {

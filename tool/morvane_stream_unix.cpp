@@ -31,6 +31,14 @@ Ref< QV_STRING > nameOr( QV_STRING *name, const char *standard )
 }
 } // namespace
 
+void holdStandardStreams()
+{
+    // The lowest free place is the next that is opened. Each is opened for what it isn't used for.
+    for( int file = STDIN_FILENO; file <= STDERR_FILENO; file++ )
+        if( fcntl( file, F_GETFD ) < 0 && ::open( "/dev/null", file == STDIN_FILENO ? O_WRONLY : O_RDONLY ) < 0 )
+            _exit( FAILURE );
+}
+
 Streams::~Streams()
 {
     if( in_ > STDIN_FILENO )

@@ -75,6 +75,18 @@ TEST( MorvaneText, LeavesFilesAloneWhenSomethingFails )
     EXPECT_EQ( "morvane text: /dev/full: No space left on device\n", full.err );
 }
 
+TEST( MorvaneText, ClosedStreamsAreNotMistakenForFiles )
+{
+    write( "in", "text" );
+
+    EXPECT_EQ( "TEXT", morvane( "text case --upper in <&-" ).out );
+    EXPECT_EQ( "morvane text: standard input: Bad file descriptor\n",
+               morvane( "text case --upper 2>&1 <&- | head -c 100" ).out );
+    EXPECT_EQ( 1, morvane( "text case --upper in >&-; exit $?; :" ).status );
+    EXPECT_EQ( 1, morvane( "id >&-; exit $?; :" ).status );
+    EXPECT_EQ( "text", contentOf( "in" ) );
+}
+
 TEST( MorvaneText, RefusesWrongUsage )
 {
     for( const char *words :
