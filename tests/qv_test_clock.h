@@ -10,7 +10,7 @@
 #include <atomic>
 #include <ctime>
 #include <functional>
-#include <optional>
+#include <limits>
 
 namespace qv::test
 {
@@ -23,8 +23,9 @@ struct WallClock
         runs out at once, and the clock is set to its end. */
     std::atomic< QV_INT > stopped{ -1 };
 
-    /** What time() says, if that is not what the clock shows. */
-    std::optional< time_t > time;
+    /** What time() says, or SHOWN: what the clock shows. */
+    static constexpr time_t SHOWN = std::numeric_limits< time_t >::min();
+    std::atomic< time_t >   time{ SHOWN };
 
     /** Called in place of such a wait with the end of the wait, to set the clock to something else. */
     std::function< void( QV_INT end ) > onWait;

@@ -54,7 +54,7 @@ void WallClock::reset()
 {
     step    = 0;
     stopped = -1;
-    time.reset();
+    time    = SHOWN;
     onWait = nullptr;
 }
 
@@ -79,7 +79,10 @@ extern "C" int gettimeofday( timeval *tv, void * ) noexcept
 
 extern "C" time_t time( time_t *result ) noexcept
 {
-    time_t seconds = wallClock.time ? *wallClock.time : static_cast< time_t >( wallClock.now() / SECOND );
+    time_t seconds = wallClock.time;
+
+    if( seconds == WallClock::SHOWN )
+        seconds = static_cast< time_t >( wallClock.now() / SECOND );
 
     if( result )
         *result = seconds;

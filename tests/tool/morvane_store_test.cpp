@@ -183,6 +183,7 @@ TEST( MorvaneStore, ReplacesFilesAsAWhole )
     ASSERT_EQ( 0, stat( path( "doc" ).c_str(), &status ) );
     EXPECT_EQ( 0640u, status.st_mode & 07777u );
 
+#ifndef __SANITIZE_THREAD__ // which writes a file of its own when a process starts
     // Where nothing can be written the old file stays, and nothing is left beside it.
     std::string before = contentOf( "doc" );
     Outcome     full   = morvane( "store set doc a=3; true" );
@@ -195,6 +196,7 @@ TEST( MorvaneStore, ReplacesFilesAsAWhole )
 
     for( const auto &entry : std::filesystem::directory_iterator( scratch() ) )
         EXPECT_THAT( entry.path().filename().string(), testing::Not( testing::StartsWith( "doc." ) ) );
+#endif
 }
 
 TEST( Morvane, ListsToolsAndTellsTheUsage )
