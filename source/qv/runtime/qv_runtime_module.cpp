@@ -8,7 +8,6 @@
 #include "qv/base/qv_vector.h"
 #include "qv/io/qv_print.h"
 #include "qv/runtime/qv_module_private.h"
-#include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime.h"
@@ -35,8 +34,6 @@ QV_VECTOR  *qv___RuntimeLoadedModulesVector  = nullptr; // in the order of loadi
 
 const QV_INT PAUSE           = 50;    // milliseconds between two looks at what still lives
 const QV_INT REPORT_INTERVAL = 10000; // milliseconds between two reports of it
-const QV_INT SNAPSHOT_FLAGS  = QV_RUNTIME_FLAG_SNAPSHOT_SORT | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT |
-                              QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_TOSTRING | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_LOG;
 
 qv::Ref< QV_MODULE > moduleAt( QV_VECTOR *modules, QV_INT idx )
 {
@@ -118,27 +115,8 @@ void reportSorts( QV_VECTOR *sorts )
     for( QV_INT i = 0; i < qvVectorLength( sorts ); i++ )
     {
         qv::Ref< QV_SORT > sort = sortAt( sorts, i );
-        qvPrintFormatCstr( "%~-*s %i", -1, width, qvSortName( sort ), qvSortObjects( sort ) );
+        qv::printSnapshotSort( sort, width, qvSortObjects( sort ) );
     }
-}
-
-void reportObject( QV_OBJ *object )
-{
-    QV_SORT *sort       = qvObjSort( object );
-    QV_INT   references = qv___AtomicLoad32( &object->retainCount ) - 2; // without the snapshot's and the caller's
-
-    if( ( qvRuntimeFlags() & QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_TOSTRING ) && sort->toStringFunc )
-        qvPrintFormatCstr( "%~s (%i) %o", -1, qvSortName( sort ), references, object );
-    else
-        qvPrintFormatCstr( "%~s (%i)", -1, qvSortName( sort ), references );
-
-    if( !( qvRuntimeFlags() & QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_LOG ) )
-        return;
-
-    qv::Ref< QV_VECTOR > log( qv___ObjLog( object ) );
-
-    for( QV_INT i = 0; log && i < qvVectorLength( log ); i++ )
-        qvPrintFormatCstr( "%1m%~o", -1, qvVectorObjAt( log, i ) );
 }
 
 void report( QV_MODULE *module )
@@ -159,7 +137,11 @@ void report( QV_MODULE *module )
         qv::Ref< QV_VECTOR > objects( qvModuleSnapshotObjects( module ) );
 
         for( QV_INT i = 0; i < qvVectorLength( objects ); i++ )
-            reportObject( qv::Ref< QV_OBJ >( qvVectorObjAt( objects, i ) ) );
+        {
+            qv::Ref< QV_OBJ > object( qvVectorObjAt( objects, i ) );
+            QV_INT            own = 2; // references: the snapshot's and this one
+            qv::printSnapshotObject( object, qv___AtomicLoad32( &object->retainCount ) - own, flags );
+        }
     }
 }
 
@@ -175,7 +157,7 @@ void awaitLastObject( QV_MODULE *module, bool *reported )
         qvSleepTimed( nullptr, PAUSE );
         msecs = qvIntAddSaturating( msecs, PAUSE );
 
-        if( !( qvRuntimeFlags() & SNAPSHOT_FLAGS ) )
+        if( !( qvRuntimeFlags() & QV___RUNTIME_FLAGS_SNAPSHOT ) )
         {
             QV_CHECK_MESSAGE( msecs <= QV___RUNTIME_UNLOAD_MODULE_TIMEOUT, module->moduleRecord->name );
         }
