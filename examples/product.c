@@ -13,6 +13,17 @@
 static QV_BOOL stopping  = QV_FALSE;
 static QV_BOOL survivors = QV_FALSE;
 
+/* True for the line of dashes that a report on what is left begins with. */
+static QV_BOOL isRule( const QV_CHAR *chs, QV_INT length )
+{
+    QV_INT dashes = 0;
+
+    while( dashes < length && chs[dashes] == U'-' )
+        dashes++;
+
+    return dashes == length && length == 90;
+}
+
 /* The print hook: every text is a line. */
 static void printLine( const QV_CHAR *chs, QV_INT length )
 {
@@ -25,8 +36,8 @@ static void printLine( const QV_CHAR *chs, QV_INT length )
 
     putchar( '\n' );
 
-    /* Nothing prints during the stop but the report on what is left. */
-    survivors |= stopping;
+    if( stopping && isRule( chs, length ) )
+        survivors = QV_TRUE;
 }
 
 static int runModule( QV_STRING *name, QV_VECTOR *arguments )

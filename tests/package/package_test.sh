@@ -1,7 +1,7 @@
 #!/bin/sh
-# Installs into a scratch prefix, moves it, and builds the programs of the README against it as a user would: in C11 and
-# C++20, through find_package and through pkg-config, with strict warnings as errors. Includes every public header on its
-# own in both languages. Arguments: the build folder, the repository.
+# Installs into a scratch prefix, moves it, and builds the programs and the module of the README against it as a user
+# would: in C11 and C++20, through find_package and through pkg-config, with strict warnings as errors. Includes every
+# public header on its own in both languages. Arguments: the build folder, the repository.
 set -eu
 
 build="$1"
@@ -17,17 +17,20 @@ mv "$scratch/first" "$scratch/prefix"
 prefix="$scratch/prefix"
 test -x "$prefix/bin/morvane"
 
-# The README's programs, as they stand there.
+# The README's programs, as they stand there: those in a language that have a text inside.
 program()
 {
-    awk -v language="$1" '$0 == "```" language { inside = 1; next } /^```/ { if( inside ) exit } inside' \
-        "$repository/README.md"
+    awk -v language="$1" -v has="$2" '
+        $0 == "```" language { inside = 1; text = ""; next }
+        /^```/ { if( inside && index( text, has ) ) printf "%s", text; inside = 0 }
+        inside { text = text $0 "\n" }' "$repository/README.md"
 }
 
-program c >"$scratch/first.c"
-program cpp >"$scratch/first.cpp"
+program c 'int main' >"$scratch/first.c"
+program cpp 'int main' >"$scratch/first.cpp"
+program c QV_MODULE_DEFINE >"$scratch/greeter.c"
 
-for file in first.c first.cpp; do
+for file in first.c first.cpp greeter.c; do
     lines="$( wc -l <"$scratch/$file" )"
     test "$lines" -gt 5 && test "$lines" -le 25 || { echo "$file has $lines lines"; exit 1; }
 done
@@ -59,6 +62,104 @@ cmake -S "$scratch/project" -B "$scratch/project/build" -DCMAKE_PREFIX_PATH="$pr
 cmake --build "$scratch/project/build" >/dev/null
 "$scratch/project/build/first-c" | cmp - "$scratch/out-c"
 "$scratch/project/build/first-cpp" | cmp - "$scratch/out-cpp"
+
+echo "== modules"
+mkdir -p "$scratch/product/modules"
+cp "$scratch/greeter.c" "$scratch/product/modules/greeter.c"
+cp "$scratch/greeter.c" "$scratch/product/modules/greeter_cpp.cpp"
+# The synopsis of the header.
+awk '/\*\// { exit } /^        / { print substr( $0, 9 ) }' "$prefix/include/qv/qv_extend.h" \
+    >"$scratch/product/modules/counter.c"
+
+# A module that uses the C++ library, keeps one family to itself and marks another.
+cat >"$scratch/product/modules/tally.cpp" <<EOF
+#include <qv/qv_extend.h>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+QV_LOCAL_FAMILY( Tally, QV_TALLY )
+QV_FAMILY( Total, QV_TOTAL )
+
+struct QV_TALLY : QV_OBJ { QV_INT count; };
+struct QV_TOTAL : QV_OBJ { QV_INT count; };
+
+QV___FAMILY( Tally, QV_TALLY, nullptr, nullptr, nullptr )
+QV___FAMILY( Total, QV_TOTAL, nullptr, nullptr, nullptr )
+
+void inner( std::vector< std::string > &words );
+void inner( std::vector< std::string > &words ) { words.at( 7 ) += "s"; }
+
+static QV_INT run( intptr_t a, intptr_t )
+{
+    QV_CHECK( qvVectorLength( reinterpret_cast< QV_VECTOR * >( a ) ) > 0 );
+    std::vector< std::string > words( 3, "word" );
+
+    try { inner( words ); }
+    catch( const std::out_of_range & ) { return 3; }
+
+    return 4;
+}
+
+QV_MODULE_DEFINE(
+    QV_MODULE_INFO( .productName = "morvane", .description = "Tallies", .version = "1.2", .deps = "greeter" ),
+    QV_MODULE_FUNCS( .personalityFunc = run ) );
+EOF
+cat >"$scratch/product/modules/unresolved.c" <<EOF
+#include <qv/qv_extend.h>
+extern QV_BOOL nowhere( void );
+QV_MODULE_DEFINE(
+    QV_MODULE_INFO( .description = "Calls what nobody has", .version = "1.0" ),
+    QV_MODULE_FUNCS( .startupFunc = nowhere ) );
+EOF
+cat >"$scratch/product/CMakeLists.txt" <<EOF
+cmake_minimum_required( VERSION 3.20 )
+project( product C CXX )
+find_package( morvane 4 REQUIRED )
+string( REPLACE " " ";" strict "$strict" )
+add_compile_options( \${strict} )
+morvane_add_module( greeter modules/greeter.c )
+morvane_add_module( counter modules/counter.c )
+morvane_add_module( greeter_cpp modules/greeter_cpp.cpp )
+morvane_add_module( tally modules/tally.cpp )
+morvane_add_module( unresolved modules/unresolved.c )
+set_target_properties( morvane-unresolved PROPERTIES EXCLUDE_FROM_ALL ON )
+EOF
+modules="$scratch/product/build"
+cmake -S "$scratch/product" -B "$modules" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake --build "$modules" >/dev/null
+export XZ_MORVANE_BIN_PATH="$modules"
+
+exported()
+{
+    nm -D --defined-only "$modules/libmorvane-$1.so" | awk '{ print $3 }' | sort | tr '\n' ' '
+}
+
+for module in greeter greeter_cpp; do
+    test "$( exported $module )" = "${module}___module "
+    "$prefix/bin/morvane" module show $module >"$scratch/shown"
+    grep -qx "name=$module" "$scratch/shown"
+    "$prefix/bin/morvane" module run $module Ada Grace >"$scratch/greeted"
+    printf 'Hello, Ada\nHello, Grace\n' | cmp - "$scratch/greeted"
+done
+
+test "$( exported counter )" = "counter___module "
+total="qvTotalCompare qvTotalEquals qvTotalFrom qvTotalObj qvTotalRelease qvTotalRetain qvTotalSort qvTotalToString"
+test "$( exported tally )" = "$total tally___module "
+"$prefix/bin/morvane" module show tally | tee "$scratch/shown"
+grep -qx "deps=greeter" "$scratch/shown"
+for run in "counter a b c" "tally word"; do
+    status=0
+    "$prefix/bin/morvane" module run $run || status=$?
+    test $status = 3
+done
+# A broken contract names the source by its place in the project.
+ulimit -c 0
+if "$prefix/bin/morvane" module run tally 2>"$scratch/report"; then exit 1; fi
+grep -q 'File      : modules/tally$' "$scratch/report"
+
+if cmake --build "$modules" --target morvane-unresolved >"$scratch/link" 2>&1; then exit 1; fi
+grep -q nowhere "$scratch/link"
 
 echo "== headers"
 ( cd "$prefix/include" && find qv -name '*.h' ) | while read -r header; do

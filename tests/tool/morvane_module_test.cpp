@@ -1,0 +1,136 @@
+#include "morvane_run.h"
+
+#include <algorithm>
+#include <filesystem>
+
+using namespace qv::test;
+
+namespace
+{
+Outcome module( const std::string &words, const std::string &folder = MODULE_FOLDER )
+{
+    return morvane( "module " + words, "XZ_MORVANE_BIN_PATH='" + folder + "'" );
+}
+} // namespace
+
+TEST( MorvaneInfo, IsADocument )
+{
+    Outcome info = morvane( "info" );
+    EXPECT_EQ( 0, info.status ) << info.err;
+    EXPECT_THAT( info.out, testing::HasSubstr( "\nproduct=morvane\n" ) );
+    EXPECT_THAT( info.out, testing::HasSubstr( "\nversionMajor=4\n" ) );
+    EXPECT_THAT( info.out, testing::HasSubstr( "\nmoduleVersions.qv=0.0\n" ) );
+
+    write( "doc", info.out );
+    EXPECT_EQ( info.out, morvane( "store show doc" ).out );
+    EXPECT_EQ( 2, morvane( "info more" ).status );
+}
+
+// What a module needs need not be there.
+TEST( MorvaneModule, ShowsWhatAFileTells )
+{
+    Outcome shown = module( "show detailed" );
+    EXPECT_EQ(
+        "compatibility=2005\n"
+        "deps=absent\n"
+        "description=Tells \xc3\xa1ll\n"
+        "exts=extra more\n"
+        "name=detailed\n"
+        "personality=false\n"
+        "version=2#5.1\n"
+        "product.friendlyName=morvane\n"
+        "product.name=morvane\n"
+        "product.vendorName=Wexcraft GmbH\n"
+        "product.versionMajor=4\n"
+        "product.versionMinor=0\n",
+        shown.out );
+    EXPECT_EQ( "", shown.err );
+    EXPECT_EQ( 0, shown.status );
+
+    EXPECT_EQ(
+        "compatibility=1000\n"
+        "deps=\n"
+        "description=Gives its first argument\n"
+        "exts=\n"
+        "name=result\n"
+        "personality=true\n"
+        "version=1.0\n",
+        module( "show result" ).out );
+}
+
+TEST( MorvaneModule, RunsAPersonalityWithItsArguments )
+{
+    struct
+    {
+        const char *result;
+        int         status;
+    } const CASES[] = { { "0", 0 }, { "1", 1 }, { "2", 2 }, { "255", 255 }, { "256", 255 }, { "-1", 255 } };
+
+    for( const auto &row : CASES )
+    {
+        Outcome outcome = module( std::string( "run result " ) + row.result + " --help 'two words' ''" );
+        EXPECT_EQ( "starts\n--help\ntwo words\n\nstops\n", outcome.out );
+        EXPECT_EQ( "", outcome.err );
+        EXPECT_EQ( row.status, outcome.status );
+    }
+
+    // Both start, and both stop.
+    EXPECT_EQ( "starts\nstarts\nstops\nstops\n", module( "run needs_result" ).out );
+}
+
+TEST( MorvaneModule, FailsInOneLine )
+{
+    const std::string HERE = scratch();
+
+    // Objects that are none or lack the symbol of their name.
+    write( "libmorvane-text.so", "This is no shared object.\n" );
+    std::filesystem::copy_file(
+        MODULE_FOLDER "/libmorvane-result.so", path( "libmorvane-lacking.so" ),
+        std::filesystem::copy_options::overwrite_existing );
+
+    struct
+    {
+        const std::string folder;
+        const char       *words;
+        const char       *err; // each line has this inside
+        const char       *out; // of those that have been started by then
+    } const CASES[] = {
+        { MODULE_FOLDER, "show absent", "module: absent: " MODULE_FOLDER "/libmorvane-absent.so: cannot open", "" },
+        { MODULE_FOLDER, "run absent", "module: absent: " MODULE_FOLDER "/libmorvane-absent.so: cannot open", "" },
+        { HERE, "show text", "libmorvane-text.so: ", "" },
+        { HERE, "run text", "libmorvane-text.so: ", "" },
+        { HERE, "show lacking", "undefined symbol: lacking___module\n", "" },
+        { HERE, "run lacking", "undefined symbol: lacking___module\n", "" },
+        { MODULE_FOLDER, "show misnamed", "module: misnamed: the file holds a module of another name\n", "" },
+        { MODULE_FOLDER, "run misnamed", "module: misnamed: the file holds a module of another name\n", "" },
+        { MODULE_FOLDER, "show strange", "module: strange: not made for this product, or", "" },
+        { MODULE_FOLDER, "run strange", "module: strange: not made for this product, or", "" },
+        { MODULE_FOLDER, "run detailed", "module: detailed needs absent: " MODULE_FOLDER "/libmorvane-absent.so: ", "" },
+        { MODULE_FOLDER, "run broken", "module: broken: it did not start\n", "starts\n" },
+        { MODULE_FOLDER, "run needs_broken", "needs_broken needs broken: it did not start\n", "starts\nstarts\nstops\n" },
+        { MODULE_FOLDER, "run bare", "module: bare: not a module that can be run\n", "starts\nstops\n" },
+        { MODULE_FOLDER, "run Result", "module: Result: no name of a module\n", "" },
+        { MODULE_FOLDER, "show ../result", "module: ../result: no name of a module\n", "" },
+        { MODULE_FOLDER, "run ''", "module: : no name of a module\n", "" },
+    };
+
+    for( const auto &row : CASES )
+    {
+        Outcome outcome = module( row.words, row.folder );
+        EXPECT_EQ( row.out, outcome.out ) << row.words;
+        EXPECT_THAT( outcome.err, testing::HasSubstr( row.err ) ) << row.words;
+        EXPECT_EQ( 1, std::count( outcome.err.begin(), outcome.err.end(), '\n' ) ) << outcome.err;
+        EXPECT_EQ( 1, outcome.status ) << row.words;
+    }
+}
+
+TEST( MorvaneModule, WrongUsageShowsTheUsage )
+{
+    for( const char *words : { "", "show", "show a b", "run", "stop a" } )
+    {
+        Outcome outcome = module( words );
+        EXPECT_EQ( 2, outcome.status ) << words;
+        EXPECT_EQ( "", outcome.out ) << words;
+        EXPECT_THAT( outcome.err, testing::HasSubstr( "usage: morvane module " ) ) << words;
+    }
+}
