@@ -23,7 +23,7 @@ QV_INT codePointOf( QV_STRING *word )
     QV_INT length = qvStringLength( word );
     QV_INT value  = 0;
 
-    if( length < 3 || length > 12 || qvStringCharAt( word, 0 ) != U'U' || qvStringCharAt( word, 1 ) != U'+' )
+    if( length < 3 || qvStringCharAt( word, 0 ) != U'U' || qvStringCharAt( word, 1 ) != U'+' )
         return -1;
 
     for( QV_INT i = 2; i < length; i++ )
@@ -33,7 +33,9 @@ QV_INT codePointOf( QV_STRING *word )
         if( digit < 0 )
             return -1;
 
-        value = value * 16 + digit;
+        // One that is too large stays so.
+        if( value < 0x110000 )
+            value = value * 16 + digit;
     }
 
     return value;

@@ -124,6 +124,7 @@ TEST( MorvaneUnicode, ShowsCharacters )
     EXPECT_EQ( 1, wrong.status );
     EXPECT_THAT( wrong.err, testing::HasSubstr( "U+110000: there is no such code point" ) );
     EXPECT_THAT( wrong.out, testing::StartsWith( "U+0062 b;" ) );
+    EXPECT_EQ( "", morvane( "unicode show U+10000000000000061" ).out );
     EXPECT_EQ( 2, morvane( "unicode show" ).status );
 }
 

@@ -634,6 +634,25 @@ TEST( UnicodeNormalizer, ANormalStringStaysTheSameObject )
     }
 }
 
+TEST( UnicodeNormalizer, AChangedStringHasRoomToGrow )
+{
+    for( size_t length : { 1, 5, 40, 5000 } )
+    {
+        Ref< QV_STRING > qvs = text( std::u32string( length, U'\u1EC7' ) );
+        qvStringNormalizeNFD( qvs.at() );
+        EXPECT_EQ( static_cast< QV_INT >( ( 3 * length + 64 ) * 4 ), allocated( qvs.get() ) );
+
+        // At both ends.
+        Ref< QV_STRING > more = text( std::u32string( 32, U'x' ) );
+        const QV_CHAR   *at   = qvStringBacking( qvs );
+        qvStringAppend( qvs.at(), more );
+        EXPECT_EQ( at, qvStringBacking( qvs ) );
+        qvStringPrepend( qvs.at(), more );
+        EXPECT_EQ( at - 32, qvStringBacking( qvs ) );
+        EXPECT_EQ( static_cast< QV_INT >( ( 3 * length + 64 ) * 4 ), allocated( qvs.get() ) );
+    }
+}
+
 TEST( UnicodeNormalizer, BrokenContracts )
 {
     Normalizer       normalizer( QV_UNICODE_NORMAL_FORM_NFC );

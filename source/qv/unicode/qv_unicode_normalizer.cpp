@@ -96,8 +96,8 @@ void toFront( QV_UNICODE_NORMALIZER *norm )
 
 __attribute__( ( noinline ) ) void enlarge( QV_UNICODE_NORMALIZER *norm, QV_INT count )
 {
-    // What was read has paid for the move.
-    if( norm->first > 0 && norm->first >= norm->length - norm->first )
+    // What was read has paid for the move. A whole text keeps the places in front of it, which are not more than these.
+    if( norm->first > QV_STRING_FSPACE && norm->first >= norm->length - norm->first )
         toFront( norm );
 
     QV_CHECK( QV_INT_ADD_OK( norm->length, count ) );
@@ -900,7 +900,9 @@ QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
         return qv::retain( qvs );
 
     Ref< QV_UNICODE_NORMALIZER > norm( qvUnicodeNormalizerCreate( normalForm ) );
-    reserve( norm, length + LONGEST_DECOMPOSITION );
+    // With the free places of a String at both ends.
+    reserve( norm, QV_STRING_FSPACE + length + LONGEST_DECOMPOSITION + QV_STRING_BSPACE );
+    norm->first = norm->readable = norm->pending = norm->length = QV_STRING_FSPACE;
 
     // What has been checked need not be looked at twice.
     if( run.previous >= 0 && combiningClass( chs[0] ) == 0 )
@@ -911,12 +913,18 @@ QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
     write( norm, chs + run.starter, length - run.starter );
     qvUnicodeNormalizerFlush( norm );
 
-    if( norm->length == 0 )
+    if( norm->length == norm->first )
         return qvStringCreate();
 
     // The array becomes the block of the String.
-    QV_CHAR *block = static_cast< QV_CHAR * >( qvMemReallocN( norm->chars, norm->length, sizeof( QV_CHAR ) ) );
+    QV_INT   size  = norm->length + QV_STRING_BSPACE;
+    QV_CHAR *block = static_cast< QV_CHAR * >( qvMemReallocN( norm->chars, size, sizeof( QV_CHAR ) ) );
     norm->chars    = nullptr;
 
-    return qvStringCreateFromCharsUse( block, norm->length );
+    QV_STRING *result = createStringUse( block, size );
+    result->length    = norm->length - QV_STRING_FSPACE;
+    result->fspace    = QV_STRING_FSPACE;
+    result->bspace    = QV_STRING_BSPACE;
+
+    return result;
 }
