@@ -59,6 +59,7 @@ function( morvane_add_module name )
         set_target_properties( ${target} PROPERTIES CXX_STANDARD 20 )
     endif()
     target_compile_definitions( ${target} PRIVATE QV_MODULE_NAME=${name} )
+    target_compile_options( ${target} PRIVATE -U${name} ) # compilers define a few such names, as linux
     morvane_source_paths( ${target} )
 
     # What templates of C++ headers bring along is visible whatever the compiler is told; only C names get out.

@@ -1,5 +1,5 @@
-/* The module notes: a family of its own, which other modules may use too, since its functions are marked. leaks.c shows
-   what becomes of notes that nobody gives up. */
+/* The module notes: a family of its own, whose functions are marked, so that stacks show their names. leaks.c shows what
+   becomes of notes that nobody gives up. */
 
 #include <qv/qv_extend.h>
 

@@ -20,7 +20,7 @@ namespace
 const Tool TOOLS[] = {
     { "id", "", "prints a new identifier of 32 hexadecimal digits", idTool },
     { "info", "", "prints what is known about the product and the computer", infoTool },
-    { "module", "TOOL ARGUMENT...", "tells about modules and runs them", moduleTool, QV_RUNTIME_FLAG_MODULE_DEBUG },
+    { "module", "TOOL ARGUMENT...", "tells about modules in XZ_MORVANE_BIN_PATH and runs them", moduleTool, QV_RUNTIME_FLAG_MODULE_DEBUG },
     { "random", "TOOL ARGUMENT...", "prints random bytes and integers", randomTool },
     { "store", "TOOL ARGUMENT...", "reads, changes and converts configuration documents", storeTool },
     { "text", "TOOL ARGUMENT...", "normalises and maps the case of text", textTool },

@@ -239,7 +239,7 @@ QV_BOOL run( QV_VECTOR *argv, void *context )
 }
 
 const Tool TOOLS[] = {
-    { "show", "NAME", "prints what the file of a module tells about it", show },
+    { "show", "NAME", "prints what the file of a module in XZ_MORVANE_BIN_PATH tells about it", show },
     { "run", "NAME [ARGUMENT...]", "loads a module and runs its program", run },
 };
 } // namespace

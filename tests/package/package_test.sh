@@ -112,6 +112,9 @@ QV_MODULE_DEFINE(
     QV_MODULE_INFO( .description = "Calls what nobody has", .version = "1.0" ),
     QV_MODULE_FUNCS( .startupFunc = nowhere ) );
 EOF
+# A name that compilers take for another.
+printf '#include <qv/qv_extend.h>\nQV_MODULE_DEFINE( %s, QV_MODULE_FUNCS() );\n' \
+    'QV_MODULE_INFO( .description = "Bears a name", .version = "1.0" )' >"$scratch/product/modules/linux.c"
 cat >"$scratch/product/CMakeLists.txt" <<EOF
 cmake_minimum_required( VERSION 3.20 )
 project( product C CXX )
@@ -121,6 +124,7 @@ add_compile_options( \${strict} )
 morvane_add_module( greeter modules/greeter.c )
 morvane_add_module( counter modules/counter.c )
 morvane_add_module( greeter_cpp modules/greeter_cpp.cpp )
+morvane_add_module( linux modules/linux.c )
 morvane_add_module( tally modules/tally.cpp )
 morvane_add_module( unresolved modules/unresolved.c )
 set_target_properties( morvane-unresolved PROPERTIES EXCLUDE_FROM_ALL ON )
@@ -143,6 +147,7 @@ for module in greeter greeter_cpp; do
     printf 'Hello, Ada\nHello, Grace\n' | cmp - "$scratch/greeted"
 done
 
+test "$( exported linux )" = "linux___module "
 test "$( exported counter )" = "counter___module "
 total="qvTotalCompare qvTotalEquals qvTotalFrom qvTotalObj qvTotalRelease qvTotalRetain qvTotalSort qvTotalToString"
 test "$( exported tally )" = "$total tally___module "
@@ -153,10 +158,11 @@ for run in "counter a b c" "tally word"; do
     "$prefix/bin/morvane" module run $run || status=$?
     test $status = 3
 done
-# A broken contract names the source by its place in the project.
+# A broken contract names the source by its place in the project, and the stack the functions of the executable.
 ulimit -c 0
 if "$prefix/bin/morvane" module run tally 2>"$scratch/report"; then exit 1; fi
 grep -q 'File      : modules/tally$' "$scratch/report"
+grep -q '(main+' "$scratch/report"
 
 if cmake --build "$modules" --target morvane-unresolved >"$scratch/link" 2>&1; then exit 1; fi
 grep -q nowhere "$scratch/link"

@@ -114,6 +114,11 @@ TEST( MorvaneModule, FailsInOneLine )
         { MODULE_FOLDER, "run ''", "module: : no name of a module\n", "" },
     };
 
+    // Where they are looked for otherwise.
+    EXPECT_THAT(
+        morvane( "module show absent", "env -u XZ_MORVANE_BIN_PATH" ).err,
+        testing::HasSubstr( ": /opt/wexcraft/morvane/bin/libmorvane-absent.so: " ) );
+
     for( const auto &row : CASES )
     {
         Outcome outcome = module( row.words, row.folder );
