@@ -184,7 +184,8 @@ TEST( CharsetMap, LongTextsGoBothWays )
 TEST( CharsetMap, TextIsComposedAndMappedHoweverItIsCut )
 {
     const std::u32string KINDS[] = { U"the quick brown fox", U"aeiouAEO", U"\u0300\u0301\u0302\u0308\u0323", U"éüßÿ",
-                                     U"привет, йод",  U"αβγώ", U"\u1100\u1161\u11A8\uAC00", U"\u20AC\u2019\u4E2D", U"\x1F600" };
+                                     U"привет, йод",  U"αβγώ", U"\u1100\u1161\u11A8\uAC00", U"\u20AC\u2019\u4E2D", U"\x1F600",
+                                     U"quotes \u2018\u2019", U"a\u2000\u2001\u2002\u20CF\u20D0\u02FF" };
     const QV_INT         FLAGS[] = { 0, QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS };
     std::mt19937         random( 82 );
 

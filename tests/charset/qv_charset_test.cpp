@@ -1,6 +1,7 @@
 #include "qv_test_support.h"
 
 #include "qv/base/qv_buffer.h"
+#include "qv/base/qv_vector.h"
 #include "qv/charset/qv_charset.h"
 #include "qv/io/qv_buffer_byte_sink.h"
 #include "qv/io/qv_buffer_byte_source.h"
@@ -38,6 +39,12 @@ TEST( Charset, EveryCharsetIsFoundByItsNamesAgain )
         EXPECT_EQ( cs, qvCharsetFromIanaName( name ) );
         EXPECT_EQ( cs, fromString( std::to_string( cs ) + " " ) );
 
+        Ref< QV_VECTOR > names( qvCharsetIanaNames( cs ) );
+        EXPECT_TRUE( qvStringEquals( name, Ref< QV_STRING >( qvStringFrom( qvVectorObjAt( names, 0 ) ) ) ) );
+
+        for( QV_INT i = 0; i < qvVectorLength( names ); i++ )
+            EXPECT_EQ( cs, qvCharsetFromIanaName( Ref< QV_STRING >( qvStringFrom( qvVectorObjAt( names, i ) ) ) ) );
+
         // The look-up leaves the caller's text as it is.
         EXPECT_TRUE( qvStringEquals( name, Ref< QV_STRING >( qvCharsetToIanaName( cs ) ) ) );
 
@@ -51,6 +58,8 @@ TEST( Charset, EveryCharsetIsFoundByItsNamesAgain )
         }
     }
 
+    EXPECT_EQ( 15, qvVectorLength( Ref< QV_VECTOR >( qvCharsetIanaNames( QV_CHARSET_ISO_8859_1 ) ) ) );
+    EXPECT_EQ( 1, qvVectorLength( Ref< QV_VECTOR >( qvCharsetIanaNames( QV_CHARSET_UTF_32 ) ) ) );
     EXPECT_EQ( -1, fromString( "QV_CHARSET_UTF_7" ) );
     EXPECT_EQ( -1, fromString( "51" ) );
     EXPECT_EQ( -1, fromIanaName( "nonsense" ) );

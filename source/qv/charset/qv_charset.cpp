@@ -6,6 +6,7 @@
 #include "qv/base/qv_enum.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
+#include "qv/base/qv_vector.h"
 #include "qv/charset/qv_charset_map_private.h"
 #include "qv/charset/qv_charset_private.h"
 #include "qv/charset/qv_charset_utf_private.h"
@@ -175,6 +176,19 @@ QV_INT valueOr( QV_OBJ *found, QV_INT otherwise )
     return value ? qvBoxedIntValue( qvBoxedIntFrom( value ) ) : otherwise;
 }
 
+// Calls `take` with every alias and its length.
+template< class Take >
+void eachAlias( const Charset &row, Take take )
+{
+    for( const char *alias = row.aliases; *alias; )
+    {
+        QV_INT length = static_cast< QV_INT >( strcspn( alias, " " ) );
+        take( alias, length );
+        alias += length;
+        alias += *alias == ' ';
+    }
+}
+
 void enterName( const char *ascii, QV_INT length, QV_BOXED_INT *charset )
 {
     // Folded here: qvStringToCaseFold() would leave every one of the names with room to grow.
@@ -215,13 +229,7 @@ void enter( QV_INT cs )
     qvDictSetIntKey( &qv___CharsetToIanaNameDict, cs, qvStringObj( name ) );
     enterName( row.ianaName, qvStringLength( name ), charset );
 
-    for( const char *alias = row.aliases; *alias; )
-    {
-        QV_INT length = static_cast< QV_INT >( strcspn( alias, " " ) );
-        enterName( alias, length, charset );
-        alias += length;
-        alias += *alias == ' ';
-    }
+    eachAlias( row, [&charset]( const char *alias, QV_INT length ) { enterName( alias, length, charset ); } );
 
     if( row.codePage != NO_CODE_PAGE )
     {
@@ -284,6 +292,19 @@ QV_STRING *qvCharsetToIanaName( QV_INT cs )
 {
     QV_CHECK( QV_CHARSET_OK( cs ) );
     return qvStringFrom( qvDictIntKey( qv___CharsetToIanaNameDict, cs ) );
+}
+
+QV_VECTOR *qvCharsetIanaNames( QV_INT cs )
+{
+    QV_CHECK( QV_CHARSET_OK( cs ) );
+
+    Ref< QV_VECTOR > names( qvVectorCreate() );
+    qvVectorAppendString( names.at(), text( charsets[cs].ianaName, -1 ) );
+    eachAlias(
+        charsets[cs],
+        [&names]( const char *alias, QV_INT length ) { qvVectorAppendString( names.at(), text( alias, length ) ); } );
+
+    return names.give();
 }
 
 QV_INT qvCharsetFromWindowsCodePage( QV_INT cp )

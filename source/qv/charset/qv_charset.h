@@ -109,6 +109,9 @@ QV_API QV_INT qvCharsetFromIanaName( QV_STRING *name );
 /** The preferred name. */
 QV_API QV_STRING *qvCharsetToIanaName( QV_INT cs );
 
+/** All names as a new Vector of Strings, the preferred one first. A name may stand there twice, in another case. */
+QV_API QV_VECTOR *qvCharsetIanaNames( QV_INT cs );
+
 /** The same for Windows code pages; not every charset has one. A negative code page ends the process. */
 QV_API QV_INT qvCharsetFromWindowsCodePage( QV_INT cp );
 QV_API QV_INT qvCharsetToWindowsCodePage( QV_INT cs );

@@ -1,6 +1,7 @@
 #include "qv/charset/qv_charset_codec_private.h"
 #include "qv/charset/qv_charset_map_private.h"
 #include "qv/io/qv_char_sink_private.h"
+#include "qv/sys/qv_chars_private.h"
 #include "qv/unicode/qv_unicode_normalizer.h"
 #include "qv/unicode/qv_unicode_tables_private.h"
 
@@ -18,8 +19,10 @@ namespace
 {
 using Sink = QV___CHARSET_MAP_CHAR_SINK_CLOSURE;
 
-const QV_INT PIECE = 1024; // characters that are looked at a time, so that a text is not held a second time
-const QV_INT BLOCK = 8;
+const QV_INT STRETCH     = 8192; // characters that are looked at before they are mapped; they stay at hand that long
+const QV_INT PIECE       = 1024; // characters that come back from the normalizer at a time
+const QV_INT BLOCK       = 8;
+const QV_INT ASCII_PAUSE = 256;  // characters in which it isn't looked for after something else has been found
 
 // The letters of an alphabet and ASCII have places of their own here, so that a text soon has all of its characters.
 const QV_CHAR MEMO_MASK = 2047;
@@ -84,22 +87,22 @@ bool putAscii( const QV_CHAR *in, uint8_t *out )
 // Maps composed characters.
 bool put( Sink *csc, const QV_CHAR *in, QV_INT count )
 {
-    const QV_CHAR *end     = in + count;
-    bool           isAscii = csc->hasAscii; // so far
+    const QV_CHAR *end   = in + count;
+    const QV_CHAR *ascii = csc->hasAscii ? in : end; // where it is looked for again
 
     while( in < end )
     {
         // The cache goes down as soon as it is full, so a block has to leave a place in it.
-        if( isAscii && end - in >= 2 * BLOCK && csc->room() > 2 * BLOCK )
+        if( in >= ascii && end - in >= 2 * BLOCK && csc->room() > 2 * BLOCK )
         {
-            isAscii = putAscii( in, csc->cache + csc->cacheLength );
-
-            if( isAscii )
+            if( putAscii( in, csc->cache + csc->cacheLength ) )
             {
                 csc->cacheLength += 2 * BLOCK;
                 in += 2 * BLOCK;
                 continue;
             }
+
+            ascii = in + ASCII_PAUSE;
         }
 
         if( end - in >= BLOCK && csc->room() > BLOCK && putBlock( csc->memo, in, csc->cache + csc->cacheLength ) )
@@ -150,23 +153,21 @@ bool isInert( QV_CHAR ch )
     return ch < 0x300 || composedQuickCheck( ch, false ) == 0;
 }
 
+// True where four characters are of the ranges that nearly all text in Latin letters is made of: letters, punctuation
+// and currencies.
+qv::CharVector areLatin( const QV_CHAR *in )
+{
+    qv::CharVector ch = qv::loadChars( in );
+
+    return ( ch < 0x300 ) | ( ( ch >= 0x2002 ) & ( ch < 0x20D0 ) );
+}
+
 const QV_CHAR *skipInert( const QV_CHAR *in, const QV_CHAR *end )
 {
     for( ;; )
     {
-        // Latin text by whole blocks.
-        while( end - in >= BLOCK )
-        {
-            QV_CHAR all = 0;
-
-            for( QV_INT i = 0; i < BLOCK; i++ )
-                all |= in[i];
-
-            if( all >= 0x200 )
-                break;
-
+        while( end - in >= BLOCK && !qv::anyBit( ~( areLatin( in ) & areLatin( in + 4 ) ) ) )
             in += BLOCK;
-        }
 
         for( QV_INT i = 0; i < BLOCK; i++, in++ )
             if( in == end || !isInert( *in ) )
@@ -181,7 +182,7 @@ QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
 
     while( chars < end )
     {
-        const QV_CHAR *limit = chars + std::min( PIECE, QV_INT( end - chars ) );
+        const QV_CHAR *limit = chars + std::min( STRETCH, QV_INT( end - chars ) );
         const QV_CHAR *next  = skipInert( chars, limit );
 
         // Between the first and the last two of them there is nothing to compose: the first ends what came before, and

@@ -55,7 +55,77 @@ QV_INT encode( QV_CHAR ch, uint8_t *out )
     return 4;
 }
 
+struct Progress
+{
+    const QV_CHAR *in;
+    uint8_t       *out;
+};
+
 #ifdef __x86_64__
+
+// What putSparse() takes, and the room behind the next character without which it stops.
+const QV_INT STRETCH       = 64;
+const QV_INT STRETCH_BYTES = STRETCH + 4;
+
+// Narrows 64 characters to bytes. The bits of the result tell which of them are no ASCII; their bytes mean nothing.
+uint64_t narrow( const QV_CHAR *in, uint8_t *bytes )
+{
+    uint64_t others = 0;
+
+    for( int i = 0; i < STRETCH; i += 16 )
+    {
+        const __m128i *from = reinterpret_cast< const __m128i * >( in + i );
+
+        // What is more than a byte can hold becomes 0xFF on its way.
+        __m128i low  = _mm_packs_epi32( _mm_loadu_si128( from ), _mm_loadu_si128( from + 1 ) );
+        __m128i high = _mm_packs_epi32( _mm_loadu_si128( from + 2 ), _mm_loadu_si128( from + 3 ) );
+        __m128i all  = _mm_packus_epi16( low, high );
+
+        _mm_storeu_si128( reinterpret_cast< __m128i * >( bytes + i ), all );
+        others |= static_cast< uint64_t >( _mm_movemask_epi8( all ) ) << i;
+    }
+
+    return others;
+}
+
+// Encodes a stretch of 64 characters, or a part of it where three in a row are no ASCII, one takes 4 bytes or is
+// invalid, or there may be no room. Where ASCII is mixed with other characters depends on the text, and branches for
+// single characters or short blocks would be foreseen badly; here one is left for each stretch.
+Progress putSparse( const QV_CHAR *in, uint8_t *out, const uint8_t *outEnd )
+{
+    uint8_t  bytes[2 * STRETCH]; // the second half is copied but not used
+    uint64_t others = narrow( in, bytes );
+    uint64_t dense  = others & others >> 1 & others >> 2;
+    int      end    = dense ? __builtin_ctzll( dense ) : static_cast< int >( STRETCH );
+
+    for( int at = 0;; at++ )
+    {
+        // The next one that is no ASCII, or the end.
+        int next = others ? std::min( __builtin_ctzll( others ), end ) : end;
+
+        memcpy( out, bytes + at, STRETCH / 2 );
+
+        if( next - at > STRETCH / 2 )
+            memcpy( out + STRETCH / 2, bytes + at + STRETCH / 2, STRETCH / 2 );
+
+        out += next - at;
+        at = next;
+
+        if( at == end || in[at] > 0xFFFF || outEnd - out < STRETCH_BYTES )
+            return { in + at, out };
+
+        // Both forms, to choose one without a branch.
+        uint32_t ch      = in[at];
+        bool     isThree = ch > 0x7FF;
+        uint32_t two     = 0x80C0 | ch >> 6 | ( ch & 0x3F ) << 8;
+        uint32_t three   = 0x8080E0 | ch >> 12 | ( ch >> 6 & 0x3F ) << 8 | ( ch & 0x3F ) << 16;
+        uint32_t form    = isThree ? three : two;
+
+        memcpy( out, &form, 4 );
+        out += isThree ? 3 : 2;
+        others &= others - 1;
+    }
+}
 
 // What putBlock() takes, and how many bytes it may write.
 const QV_INT BLOCK       = 8;
@@ -120,6 +190,20 @@ uint8_t *putBlock( const QV_CHAR *in, uint8_t *out )
 
 #else
 
+const QV_INT STRETCH       = 64;
+const QV_INT STRETCH_BYTES = 64;
+
+// Encodes the leading ASCII of 64 characters.
+Progress putSparse( const QV_CHAR *in, uint8_t *out, const uint8_t * )
+{
+    const QV_CHAR *end = in + STRETCH;
+
+    while( in < end && *in < 0x80 )
+        *out++ = static_cast< uint8_t >( *in++ );
+
+    return { in, out };
+}
+
 const QV_INT BLOCK       = 8;
 const QV_INT BLOCK_BYTES = 8;
 
@@ -139,26 +223,36 @@ uint8_t *putBlock( const QV_CHAR *in, uint8_t *out )
 
 #endif
 
-struct Progress
-{
-    const QV_CHAR *in;
-    uint8_t       *out;
-};
-
 // Encodes until the characters end, something invalid comes or there may be no room for the next one.
 Progress putChars( const QV_CHAR *in, const QV_CHAR *inEnd, uint8_t *out, const uint8_t *outEnd )
 {
     while( in < inEnd && outEnd - out >= 4 )
     {
+        while( inEnd - in >= STRETCH && outEnd - out >= STRETCH_BYTES )
+        {
+            Progress progress = putSparse( in, out, outEnd );
+            bool     whole    = progress.in - in == STRETCH;
+
+            in  = progress.in;
+            out = progress.out;
+
+            if( !whole )
+                break;
+        }
+
         while( inEnd - in >= BLOCK && outEnd - out >= BLOCK_BYTES )
         {
-            uint8_t *behind = putBlock( in, out );
+            uint8_t *behind  = putBlock( in, out );
+            bool     isAscii = behind == out + BLOCK;
 
             if( !behind )
                 break;
 
             in += BLOCK;
             out = behind;
+
+            if( isAscii )
+                break;
         }
 
         // What the blocks leave, up to where ASCII follows ASCII or they can go on.

@@ -59,7 +59,7 @@ QV_BUFFER_BYTE_SINK *qvBufferByteSinkCreate( void )
 QV_BYTE_SINK *qvBufferByteSinkByteSink( QV_BUFFER_BYTE_SINK *bbs )
 {
     QV_CHECK( bbs );
-    return qv::createByteSink( write, writeBytes, flush, bbs );
+    return qv___ByteSinkCreateForBytes( write, writeBytes, flush, bbs );
 }
 
 QV_BUFFER *qvBufferByteSinkBuffer( QV_BUFFER_BYTE_SINK *bbs )

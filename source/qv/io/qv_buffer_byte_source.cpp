@@ -77,7 +77,7 @@ QV_BUFFER_BYTE_SOURCE *qvBufferByteSourceCreate( QV_BUFFER *src )
 QV_BYTE_SOURCE *qvBufferByteSourceByteSource( QV_BUFFER_BYTE_SOURCE *bbs )
 {
     QV_CHECK( bbs );
-    return qv::createByteSource( read, readBytes, skip, bbs );
+    return qv___ByteSourceCreateForBytes( read, readBytes, skip, bbs );
 }
 
 QV_BUFFER *qvBufferByteSourceBuffer( QV_BUFFER_BYTE_SOURCE *bbs )

@@ -7,11 +7,11 @@
 
 struct QV_BYTE_SINK : QV_OBJ
 {
-    QV___BYTE_SINK_WRITE_FUNC  writeFunc;
-    qv::ByteSinkWriteBytesFunc writeBytesFunc; // or null
-    QV___BYTE_SINK_FLUSH_FUNC  flushFunc;
-    QV_OBJ                    *closure; // or null
-    QV_BOOL                    error;
+    QV___BYTE_SINK_WRITE_FUNC       writeFunc;
+    QV___BYTE_SINK_WRITE_BYTES_FUNC writeBytesFunc; // or null
+    QV___BYTE_SINK_FLUSH_FUNC       flushFunc;
+    QV_OBJ                         *closure; // or null
+    QV_BOOL                         error;
 };
 
 namespace
@@ -38,18 +38,18 @@ void freeFunc( QV_OBJ *thisObj )
 
 QV___FAMILY( ByteSink, QV_BYTE_SINK, freeFunc, nullptr, nullptr )
 
-QV_BYTE_SINK *qv::createByteSink(
-    QV___BYTE_SINK_WRITE_FUNC writeFunc, ByteSinkWriteBytesFunc writeBytesFunc, QV___BYTE_SINK_FLUSH_FUNC flushFunc,
-    QV_OBJ *closure )
+QV_BYTE_SINK *qv___ByteSinkCreateForBytes(
+    QV___BYTE_SINK_WRITE_FUNC writeFunc, QV___BYTE_SINK_WRITE_BYTES_FUNC writeBytesFunc,
+    QV___BYTE_SINK_FLUSH_FUNC flushFunc, QV_OBJ *closure )
 {
     QV_CHECK( writeFunc );
     QV_CHECK( flushFunc );
 
-    QV_BYTE_SINK *sink   = create< QV_BYTE_SINK >( qvByteSinkSort() );
+    QV_BYTE_SINK *sink   = qv::create< QV_BYTE_SINK >( qvByteSinkSort() );
     sink->writeFunc      = writeFunc;
     sink->writeBytesFunc = writeBytesFunc;
     sink->flushFunc      = flushFunc;
-    sink->closure        = Ref< QV_OBJ >::share( closure ).give();
+    sink->closure        = qv::Ref< QV_OBJ >::share( closure ).give();
     sink->error          = QV_FALSE;
 
     return sink;
@@ -58,7 +58,7 @@ QV_BYTE_SINK *qv::createByteSink(
 QV_BYTE_SINK *qv___ByteSinkCreate(
     QV___BYTE_SINK_WRITE_FUNC writeFunc, QV___BYTE_SINK_FLUSH_FUNC flushFunc, QV_OBJ *closure )
 {
-    return qv::createByteSink( writeFunc, nullptr, flushFunc, closure );
+    return qv___ByteSinkCreateForBytes( writeFunc, nullptr, flushFunc, closure );
 }
 
 QV_BOOL qvByteSinkError( QV_BYTE_SINK *sink )

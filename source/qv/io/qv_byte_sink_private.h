@@ -20,18 +20,13 @@ typedef QV_BOOL ( *QV___BYTE_SINK_FLUSH_FUNC )( QV_OBJ *closure );
 QV_API QV_BYTE_SINK *qv___ByteSinkCreate(
     QV___BYTE_SINK_WRITE_FUNC writeFunc, QV___BYTE_SINK_FLUSH_FUNC flushFunc, QV_OBJ *closure );
 
-#ifdef __cplusplus
-namespace qv
-{
 /** Writes `byteCount` bytes, at least 1, which are the caller's. */
-typedef QV_BOOL ( *ByteSinkWriteBytesFunc )( QV_OBJ *closure, const uint8_t *bytes, QV_INT byteCount );
+typedef QV_BOOL ( *QV___BYTE_SINK_WRITE_BYTES_FUNC )( QV_OBJ *closure, const uint8_t *bytes, QV_INT byteCount );
 
-/** The same with a callback that qvByteSinkWriteBytes() takes instead of a temporary Buffer: for the sinks of the
-    library that can write an array as well as a Buffer. */
-QV_BYTE_SINK *createByteSink(
-    QV___BYTE_SINK_WRITE_FUNC writeFunc, ByteSinkWriteBytesFunc writeBytesFunc, QV___BYTE_SINK_FLUSH_FUNC flushFunc,
-    QV_OBJ *closure );
-} // namespace qv
-#endif
+/** The same with a callback that qvByteSinkWriteBytes() takes instead of a temporary Buffer: for a sink that can write
+    an array as well as a Buffer. The codecs write through it. `writeBytesFunc` may be null. */
+QV_API QV_BYTE_SINK *qv___ByteSinkCreateForBytes(
+    QV___BYTE_SINK_WRITE_FUNC writeFunc, QV___BYTE_SINK_WRITE_BYTES_FUNC writeBytesFunc,
+    QV___BYTE_SINK_FLUSH_FUNC flushFunc, QV_OBJ *closure );
 
 #endif

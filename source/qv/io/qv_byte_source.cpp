@@ -8,12 +8,12 @@
 
 struct QV_BYTE_SOURCE : QV_OBJ
 {
-    QV___BYTE_SOURCE_READ_FUNC  readFunc;
-    qv::ByteSourceReadBytesFunc readBytesFunc; // or null
-    QV___BYTE_SOURCE_SKIP_FUNC  skipFunc;      // or null
-    QV_OBJ                     *closure;       // or null
-    QV_BOOL                     end;
-    QV_BOOL                     error;
+    QV___BYTE_SOURCE_READ_FUNC       readFunc;
+    QV___BYTE_SOURCE_READ_BYTES_FUNC readBytesFunc; // or null
+    QV___BYTE_SOURCE_SKIP_FUNC       skipFunc;      // or null
+    QV_OBJ                          *closure;       // or null
+    QV_BOOL                          end;
+    QV_BOOL                          error;
 };
 
 namespace
@@ -67,17 +67,17 @@ QV_INT skipByReading( QV_BYTE_SOURCE *source, QV_INT maxByteCount )
 
 QV___FAMILY( ByteSource, QV_BYTE_SOURCE, freeFunc, nullptr, nullptr )
 
-QV_BYTE_SOURCE *qv::createByteSource(
-    QV___BYTE_SOURCE_READ_FUNC readFunc, ByteSourceReadBytesFunc readBytesFunc, QV___BYTE_SOURCE_SKIP_FUNC skipFunc,
-    QV_OBJ *closure )
+QV_BYTE_SOURCE *qv___ByteSourceCreateForBytes(
+    QV___BYTE_SOURCE_READ_FUNC readFunc, QV___BYTE_SOURCE_READ_BYTES_FUNC readBytesFunc,
+    QV___BYTE_SOURCE_SKIP_FUNC skipFunc, QV_OBJ *closure )
 {
     QV_CHECK( readFunc );
 
-    QV_BYTE_SOURCE *source = create< QV_BYTE_SOURCE >( qvByteSourceSort() );
+    QV_BYTE_SOURCE *source = qv::create< QV_BYTE_SOURCE >( qvByteSourceSort() );
     source->readFunc       = readFunc;
     source->readBytesFunc  = readBytesFunc;
     source->skipFunc       = skipFunc;
-    source->closure        = Ref< QV_OBJ >::share( closure ).give();
+    source->closure        = qv::Ref< QV_OBJ >::share( closure ).give();
     source->end            = QV_FALSE;
     source->error          = QV_FALSE;
 
@@ -87,7 +87,7 @@ QV_BYTE_SOURCE *qv::createByteSource(
 QV_BYTE_SOURCE *qv___ByteSourceCreate(
     QV___BYTE_SOURCE_READ_FUNC readFunc, QV___BYTE_SOURCE_SKIP_FUNC skipFunc, QV_OBJ *closure )
 {
-    return qv::createByteSource( readFunc, nullptr, skipFunc, closure );
+    return qv___ByteSourceCreateForBytes( readFunc, nullptr, skipFunc, closure );
 }
 
 QV_BOOL qvByteSourceEnd( QV_BYTE_SOURCE *source )

@@ -21,18 +21,14 @@ typedef QV_BOOL ( *QV___BYTE_SOURCE_SKIP_FUNC )( QV_OBJ *closure, QV_INT maxByte
 QV_API QV_BYTE_SOURCE *qv___ByteSourceCreate(
     QV___BYTE_SOURCE_READ_FUNC readFunc, QV___BYTE_SOURCE_SKIP_FUNC skipFunc, QV_OBJ *closure );
 
-#ifdef __cplusplus
-namespace qv
-{
 /** Copies up to `maxByteCount` bytes, at least 1, to the array, by the rules of the read callback. */
-typedef QV_BOOL ( *ByteSourceReadBytesFunc )( QV_OBJ *closure, uint8_t *bytes, QV_INT maxByteCount, QV_INT *bytesRead );
+typedef QV_BOOL ( *QV___BYTE_SOURCE_READ_BYTES_FUNC )(
+    QV_OBJ *closure, uint8_t *bytes, QV_INT maxByteCount, QV_INT *bytesRead );
 
-/** The same with a callback that qvByteSourceReadBytes() takes instead of a temporary Buffer: for the sources of the
-    library that can fill an array as well as a Buffer. `skipFunc` may be null. */
-QV_BYTE_SOURCE *createByteSource(
-    QV___BYTE_SOURCE_READ_FUNC readFunc, ByteSourceReadBytesFunc readBytesFunc, QV___BYTE_SOURCE_SKIP_FUNC skipFunc,
-    QV_OBJ *closure );
-} // namespace qv
-#endif
+/** The same with a callback that qvByteSourceReadBytes() takes instead of a temporary Buffer: for a source that can
+    fill an array as well as a Buffer. The codecs read through it. `readBytesFunc` may be null. */
+QV_API QV_BYTE_SOURCE *qv___ByteSourceCreateForBytes(
+    QV___BYTE_SOURCE_READ_FUNC readFunc, QV___BYTE_SOURCE_READ_BYTES_FUNC readBytesFunc,
+    QV___BYTE_SOURCE_SKIP_FUNC skipFunc, QV_OBJ *closure );
 
 #endif

@@ -134,7 +134,8 @@ QV_BYTE_SOURCE *qv___FileOpenByteSource( QV_STRING *fn )
 {
     qv::Ref< QV___BOXED_POINTER > opened = open( fn, "rb" );
 
-    return opened ? qv::createByteSource( readFile, readFileBytes, skipFile, qv::obj( opened.get() ) ) : nullptr;
+    return opened ? qv___ByteSourceCreateForBytes( readFile, readFileBytes, skipFile, qv::obj( opened.get() ) )
+                  : nullptr;
 }
 
 QV_BYTE_SINK *qv___FileOpenByteSink( QV_STRING *fn )
