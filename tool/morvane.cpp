@@ -23,7 +23,7 @@ const Tool TOOLS[] = {
     { "module", "TOOL ARGUMENT...", "tells about modules in XZ_MORVANE_BIN_PATH and runs them", moduleTool, QV_RUNTIME_FLAG_MODULE_DEBUG },
     { "random", "TOOL ARGUMENT...", "prints random bytes and integers", randomTool },
     { "store", "TOOL ARGUMENT...", "reads, changes and converts configuration documents", storeTool },
-    { "text", "TOOL ARGUMENT...", "normalises and maps the case of text", textTool },
+    { "text", "TOOL ARGUMENT...", "converts, normalises and changes text", textTool },
     { "time", "TOOL ARGUMENT...", "tells, shifts and compares times, and names time zones", timeTool },
     { "unicode", "TOOL ARGUMENT...", "tells about characters and character sets", unicodeTool },
 };
@@ -139,9 +139,7 @@ void complain( const char *prefix, QV_STRING *subject, QV_STRING *reason )
 
 void complain( const char *prefix, QV_STRING *subject, const char *reason )
 {
-    fprintf( stderr, "%s: ", prefix );
-    writeUtf8( stderr, subject );
-    fprintf( stderr, ": %s\n", reason );
+    complain( prefix, subject, Ref< QV_STRING >( qvStringCreateFromCstr( reason, -1 ) ) );
 }
 
 void runTool( const char *command, const Tool *tools, int count, QV_VECTOR *argv, Context *context )

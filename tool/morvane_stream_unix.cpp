@@ -11,6 +11,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <string.h>
 #include <unistd.h>
 
@@ -52,6 +53,9 @@ bool Streams::open( const char *command, QV_STRING *in, QV_STRING *out )
     outName_ = Ref< QV_STRING >::share( out );
     in_      = STDIN_FILENO;
 
+    // Where nobody reads any more is an error of the write then.
+    signal( SIGPIPE, SIG_IGN );
+
     if( in )
     {
         char *name = qvStringConvertToCstr( in, QV_TRUE, nullptr );
@@ -79,43 +83,89 @@ Ref< QV_BYTE_SOURCE > Streams::source()
 {
     Ref< QV___BOXED_POINTER > closure( qv___BoxedPointerCreate( this, nullptr ) );
 
-    return Ref< QV_BYTE_SOURCE >( qv___ByteSourceCreate( read, nullptr, qv::obj( closure.get() ) ) );
+    return Ref< QV_BYTE_SOURCE >( qv___ByteSourceCreateForBytes( read, readBytes, nullptr, qv::obj( closure.get() ) ) );
 }
 
 Ref< QV_BYTE_SINK > Streams::sink()
 {
     Ref< QV___BOXED_POINTER > closure( qv___BoxedPointerCreate( this, nullptr ) );
 
-    return Ref< QV_BYTE_SINK >( qv___ByteSinkCreate( write, flush, qv::obj( closure.get() ) ) );
+    return Ref< QV_BYTE_SINK >( qv___ByteSinkCreateForBytes( write, writeBytes, flush, qv::obj( closure.get() ) ) );
+}
+
+QV_INT Streams::bytesRead() const
+{
+    return bytesRead_;
+}
+
+const uint8_t *Streams::bytesFrom( QV_INT offset, QV_INT *count ) const
+{
+    *count = qvIntMin( bytesRead_ - offset, RING - offset % RING );
+
+    return ring_ + offset % RING;
+}
+
+// Reads on. False at the end and for a failure.
+bool Streams::readPiece()
+{
+    QV_INT  place  = bytesRead_ % RING;
+    size_t  wanted = static_cast< size_t >( qvIntMin( PIECE, RING - place ) );
+    ssize_t got;
+
+    do
+        got = ::read( in_, ring_ + place, wanted );
+    while( got < 0 && errno == EINTR );
+
+    if( got < 0 )
+        inReason_ = strerror( errno );
+    else
+        bytesRead_ += got;
+
+    return got > 0;
+}
+
+// Hands over up to `wanted` bytes run by run and tells how many there were.
+template< class Take >
+QV_INT Streams::give( QV_INT wanted, Take take )
+{
+    QV_INT given = 0;
+
+    while( given < wanted )
+    {
+        if( bytesGiven_ == bytesRead_ && !readPiece() )
+            break;
+
+        QV_INT         count;
+        const uint8_t *bytes = bytesFrom( bytesGiven_, &count );
+
+        count = qvIntMin( count, wanted - given );
+        take( bytes, given, count );
+        bytesGiven_ += count;
+        given += count;
+    }
+
+    return given;
 }
 
 QV_BOOL Streams::read( QV_OBJ *closure, QV_BUFFER **buf, QV_INT maxByteCount, QV_INT *bytesRead )
 {
     Streams *self = streams( closure );
+    *bytesRead    = self->give(
+        maxByteCount,
+        [buf]( const uint8_t *bytes, QV_INT, QV_INT count ) { qvBufferAppendBytes( buf, bytes, count ); } );
 
-    while( *bytesRead < maxByteCount )
-    {
-        char    piece[4096];
-        QV_INT  wanted = qvIntMin( maxByteCount - *bytesRead, sizeof( piece ) );
-        ssize_t got    = ::read( self->in_, piece, static_cast< size_t >( wanted ) );
+    return self->inReason_ ? QV_FALSE : QV_TRUE;
+}
 
-        if( got < 0 && errno == EINTR )
-            continue;
+QV_BOOL Streams::readBytes( QV_OBJ *closure, uint8_t *dest, QV_INT maxByteCount, QV_INT *bytesRead )
+{
+    Streams *self = streams( closure );
+    *bytesRead    = self->give(
+        maxByteCount,
+        [dest]( const uint8_t *bytes, QV_INT at, QV_INT count )
+        { memcpy( dest + at, bytes, static_cast< size_t >( count ) ); } );
 
-        if( got < 0 )
-        {
-            self->inReason_ = strerror( errno );
-            return QV_FALSE;
-        }
-
-        if( got == 0 )
-            break;
-
-        qvBufferAppendBytes( buf, piece, got );
-        *bytesRead += got;
-    }
-
-    return QV_TRUE;
+    return self->inReason_ ? QV_FALSE : QV_TRUE;
 }
 
 bool Streams::writePieces()
@@ -131,6 +181,13 @@ bool Streams::writePieces()
 
 QV_BOOL Streams::write( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCount )
 {
+    const uint8_t *bytes = static_cast< const uint8_t * >( qvBufferBacking( buf ) );
+
+    return writeBytes( closure, bytes + byteOffset, byteCount );
+}
+
+QV_BOOL Streams::writeBytes( QV_OBJ *closure, const uint8_t *bytes, QV_INT byteCount )
+{
     Streams *self = streams( closure );
 
     while( byteCount > 0 )
@@ -139,9 +196,9 @@ QV_BOOL Streams::write( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_I
             return QV_FALSE;
 
         QV_INT count = qvIntMin( byteCount, PIECE - self->held_ );
-        qvBufferReadBytes( buf, byteOffset, self->bytes_ + self->held_, count );
+        memcpy( self->bytes_ + self->held_, bytes, static_cast< size_t >( count ) );
         self->held_ += count;
-        byteOffset += count;
+        bytes += count;
         byteCount -= count;
     }
 

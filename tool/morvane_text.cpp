@@ -1,25 +1,19 @@
-#include "morvane_stream.h"
-#include "morvane_tool.h"
+#include "morvane_text.h"
 
-#include "qv/base/qv_buffer.h"
+#include "morvane_stream.h"
+
 #include "qv/charset/qv_charset.h"
 #include "qv/io/qv_byte_sink.h"
 #include "qv/io/qv_byte_source.h"
 #include "qv/io/qv_char_sink.h"
 #include "qv/io/qv_char_source.h"
+#include "qv/io/qv_nlf.h"
 #include "qv/unicode/qv_unicode_normalizer.h"
 
 namespace morvane
 {
 using qv::Ref;
 
-namespace
-{
-const char COMMAND[] = "morvane text";
-
-const QV_INT PIECE = 16384; // characters that are in work at a time
-
-// The plain words of these tools: the file to read and the file to write.
 bool readNames( const Arguments &arguments, Ref< QV_STRING > *in, Ref< QV_STRING > *out )
 {
     QV_INT count = qvVectorLength( arguments.words() );
@@ -33,6 +27,19 @@ bool readNames( const Arguments &arguments, Ref< QV_STRING > *in, Ref< QV_STRING
     return count <= 2;
 }
 
+QV_INT placeOf( QV_STRING *word, const char *const *words, QV_INT count )
+{
+    for( QV_INT place = 0; place < count; place++ )
+        if( qvStringEqualsCstr( word, words[place], -1 ) )
+            return place;
+
+    return -1;
+}
+
+namespace
+{
+const QV_INT PIECE = 16384; // characters that are in work at a time
+
 // Passes UTF-8 text through `change` piece by piece. It gets a String to change in place, and with the last one `end`
 // is true.
 template< class Change >
@@ -40,7 +47,7 @@ bool filter( QV_STRING *in, QV_STRING *out, Change change )
 {
     Streams streams;
 
-    if( !streams.open( COMMAND, in, out ) )
+    if( !streams.open( TEXT_COMMAND, in, out ) )
         return false;
 
     Ref< QV_CHAR_SOURCE > source( qvCharsetCreateCharSource(
@@ -61,31 +68,22 @@ bool filter( QV_STRING *in, QV_STRING *out, Change change )
     return streams.finish();
 }
 
-QV_INT normalFormOf( QV_STRING *name )
-{
-    static const char *const NAMES[] = { "nfc", "nfkc", "nfd", "nfkd" }; // in the order of the values
-
-    for( QV_INT form = 0; form < 4; form++ )
-        if( qvStringEqualsCstr( name, NAMES[form], -1 ) )
-            return form;
-
-    return -1;
-}
-
 QV_BOOL normalize( QV_VECTOR *argv, void *context )
 {
-    static const Option FORM = { "form", true };
+    static const Option      FORM    = { "form", true };
+    static const char *const FORMS[] = { "nfc", "nfkc", "nfd", "nfkd" }; // in the order of the values
+
     Arguments           arguments;
     Ref< QV_STRING >    in, out;
 
     if( !arguments.read( argv, &FORM, 1 ) || !readNames( arguments, &in, &out ) || arguments.optionCount() != 1 )
         return QV_FALSE;
 
-    QV_INT normalForm = normalFormOf( arguments.argumentAt( 0 ) );
+    QV_INT normalForm = placeOf( arguments.argumentAt( 0 ), FORMS, 4 );
 
     if( normalForm < 0 )
     {
-        complain( COMMAND, arguments.argumentAt( 0 ), "no normal form" );
+        complain( TEXT_COMMAND, arguments.argumentAt( 0 ), "no normal form" );
         return QV_FALSE;
     }
 
@@ -103,6 +101,69 @@ QV_BOOL normalize( QV_VECTOR *argv, void *context )
             qv::assign( piece, qvStringCreate() );
             qvUnicodeNormalizerRead( norm, piece, -1 );
         } );
+
+    contextOf( context )->status = done ? SUCCESS : FAILURE;
+    return done ? QV_TRUE : QV_FALSE;
+}
+
+// True for each character that ends a line, alone or with a line feed behind it.
+bool endsLine( QV_CHAR ch )
+{
+    return ( ch >= U'\n' && ch <= U'\r' ) || ch == U'\x85' || ch == U'\u2028' || ch == U'\u2029';
+}
+
+// Puts a terminator in the place of every end of a line, whichever it is. `cut` tells of a carriage return that has
+// ended the piece before and may be followed by the rest of its end here.
+void replaceNewlines( QV_STRING **piece, QV_STRING *terminator, bool *cut )
+{
+    Ref< QV_STRING > changed( qvStringCreate() );
+    const QV_CHAR   *chars  = qvStringBacking( *piece );
+    QV_INT           length = qvStringLength( *piece );
+    QV_INT           begin  = *cut && length > 0 && chars[0] == U'\n' ? 1 : 0;
+
+    for( QV_INT i = begin; i < length; i++ )
+    {
+        if( !endsLine( chars[i] ) )
+            continue;
+
+        qvStringAppendInner( changed.at(), *piece, begin, i - begin );
+        qvStringAppend( changed.at(), terminator );
+
+        if( chars[i] == U'\r' && i + 1 < length && chars[i + 1] == U'\n' )
+            i++;
+
+        begin = i + 1;
+    }
+
+    *cut = length > 0 && chars[length - 1] == U'\r';
+    qvStringAppendInner( changed.at(), *piece, begin, length - begin );
+    qv::assign( piece, changed.give() );
+}
+
+QV_BOOL setNewlines( QV_VECTOR *argv, void *context )
+{
+    static const Option      NEWLINE = { "newline", true };
+    static const char *const NAMES[] = { "lf", "cr", "crlf", "nel", "vt", "ff", "ls", "ps" }; // in the order of the flags
+
+    Arguments        arguments;
+    Ref< QV_STRING > in, out;
+
+    if( !arguments.read( argv, &NEWLINE, 1 ) || !readNames( arguments, &in, &out ) || arguments.optionCount() != 1 )
+        return QV_FALSE;
+
+    QV_INT bit = placeOf( arguments.argumentAt( 0 ), NAMES, 8 );
+
+    if( bit < 0 )
+    {
+        complain( TEXT_COMMAND, arguments.argumentAt( 0 ), "no end of a line" );
+        return QV_FALSE;
+    }
+
+    Ref< QV_STRING > terminator( qvNlfFlagsNlfString( 1 << bit ) );
+    bool             cut = false;
+
+    bool done = filter(
+        in, out, [&terminator, &cut]( QV_STRING **piece, bool ) { replaceNewlines( piece, terminator, &cut ); } );
 
     contextOf( context )->status = done ? SUCCESS : FAILURE;
     return done ? QV_TRUE : QV_FALSE;
@@ -127,14 +188,18 @@ QV_BOOL mapCase( QV_VECTOR *argv, void *context )
 }
 
 const Tool TOOLS[] = {
+    { "convert", "--from NAME --to NAME [--invalid replace|skip|fail] [--bom] [IN [OUT]]",
+      "converts text from one character set to another", convertText },
     { "normalize", "--form nfc|nfd|nfkc|nfkd [IN [OUT]]", "brings UTF-8 text into a normal form", normalize },
     { "case", "--upper|--lower|--fold [IN [OUT]]", "maps the case of UTF-8 text", mapCase },
+    { "lines", "--newline lf|cr|crlf|nel|vt|ff|ls|ps [IN [OUT]]", "ends the lines of UTF-8 text in one way",
+      setNewlines },
 };
 } // namespace
 
 QV_BOOL textTool( QV_VECTOR *argv, void *context )
 {
-    runTool( COMMAND, TOOLS, sizeof( TOOLS ) / sizeof( TOOLS[0] ), argv, contextOf( context ) );
+    runTool( TEXT_COMMAND, TOOLS, sizeof( TOOLS ) / sizeof( TOOLS[0] ), argv, contextOf( context ) );
     return contextOf( context )->status == SUCCESS ? QV_TRUE : QV_FALSE;
 }
 } // namespace morvane

@@ -1,9 +1,11 @@
 #include "morvane_run.h"
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 
 using namespace qv::test;
+using namespace std::string_literals;
 
 namespace
 {
@@ -87,11 +89,240 @@ TEST( MorvaneText, ClosedStreamsAreNotMistakenForFiles )
     EXPECT_EQ( "text", contentOf( "in" ) );
 }
 
+TEST( MorvaneText, EndsLinesInEveryWay )
+{
+    const std::pair< const char *, std::string > NEWLINES[] = {
+        { "lf", "\n" },       { "cr", "\r" }, { "crlf", "\r\n" },       { "nel", "\xc2\x85" },
+        { "vt", "\v" },       { "ff", "\f" }, { "ls", "\xe2\x80\xa8" }, { "ps", "\xe2\x80\xa9" },
+    };
+
+    std::string all, pairs = longText( "\r\n", "" ), shifted = longText( "\r\n", "x" );
+
+    for( auto &newline : NEWLINES )
+        all += "a" + newline.second + newline.second;
+
+    for( auto &[name, bytes] : NEWLINES )
+    {
+        std::string options = std::string( "text lines --newline " ) + name, expected, lines;
+
+        for( size_t i = 0; i < std::size( NEWLINES ); i++ )
+            expected += "a" + bytes + bytes;
+
+        for( size_t i = 0; i < pairs.size() / 2; i++ )
+            lines += bytes;
+
+        write( "in", all );
+        EXPECT_EQ( expected, morvane( options + " in" ).out ) << name;
+
+        // The two characters of one end meet the borders of what is read at a time.
+        write( "in", pairs );
+        EXPECT_EQ( lines, morvane( options + " <in" ).out ) << name;
+        write( "in", shifted + "end" );
+        EXPECT_EQ( 0, morvane( options + " in in" ).status );
+        EXPECT_EQ( "x" + lines + "end", contentOf( "in" ) ) << name;
+    }
+
+    write( "in", "" );
+    EXPECT_EQ( "", morvane( "text lines --newline crlf in" ).out );
+    write( "in", "\n\r\r\n\n\r" );
+    EXPECT_EQ( "\n\n\n\n\n", morvane( "text lines --newline lf in" ).out );
+}
+
+TEST( MorvaneText, ConvertsThereAndBack )
+{
+    const std::pair< const char *, std::string > CASES[] = {
+        { "windows-1252", "Gr\xc3\xb6\xc3\x9f" "e \xe2\x80\x93 100 \xe2\x82\xac " },
+        { "Latin1", "caf\xc3\xa9 " },
+        { "KOI8-R", "\xd1\x84\xd0\xb0\xd0\xb9\xd0\xbb " },
+        { "037", "A\xc3\xa9" },
+        { "cp437", "\xe2\x94\x80\xe2\x95\x90" },
+        { "utf-8", "\xf0\x9f\x98\x80 \xe2\x82\xac\xc3\xa9" "a" },
+        { "UTF-16", "\xf0\x9f\x98\x80 \xe2\x82\xac" },
+        { "1201", "\xe2\x82\xac\xf0\x9f\x98\x80" },
+        { "UTF-32", "\xf0\x9f\x98\x80" "a" },
+        { "csUCS4", "\xf0\x9f\x98\x80" },
+    };
+
+    for( auto &[name, text] : CASES )
+    {
+        std::string content = longText( text, "-" ), option = std::string( "--to " ) + name;
+        write( "in", content );
+
+        // Under every answer to invalid input, since there is none.
+        for( const char *invalid : { "", " --invalid skip", " --invalid replace", " --invalid fail --bom" } )
+        {
+            EXPECT_EQ( 0, morvane( "text convert --from UTF-8 " + option + invalid + " in there" ).status ) << name;
+            Outcome back = morvane( std::string( "text convert --to utf-8 <there --from " ) + name );
+            EXPECT_EQ( 0, back.status ) << name;
+
+            // A mark is text to a set that has one byte order.
+            bool marked = strstr( invalid, "--bom" ) && ( name == "1201"s || name == "csUCS4"s );
+            EXPECT_EQ( ( marked ? "\xef\xbb\xbf" : "" ) + content, back.out ) << name << invalid;
+        }
+    }
+
+    // Letters compose with their marks, also where pieces meet; in place.
+    write( "in", longText( "e\xcc\x81", "" ) );
+    size_t count = contentOf( "in" ).size() / 3;
+    EXPECT_EQ( 0, morvane( "text convert --from UTF-8 --to ISO-8859-1 in in" ).status );
+    EXPECT_EQ( std::string( count, '\xe9' ), contentOf( "in" ) );
+}
+
+TEST( MorvaneText, TellsWhereAConversionFails )
+{
+    // What the input begins with, what then stands there many times, and what ends in the fault.
+    struct
+    {
+        const char *from, *to;
+        std::string start, unit, end;
+        size_t      faultAt; // in the end
+        const char *reason;
+    } cases[] = {
+        { "UTF-8", "UTF-16", "", "a", "\x80" "a", 0, "no UTF-8" },
+        { "UTF-8", "UTF-16", "\xef\xbb\xbf", "\xc3\xa9", "\xe2\x82" "a\x80\x80", 0, "no UTF-8" },
+        { "UTF-8", "UTF-8", "a", "\xe2\x82\xac", "\xf0\x9f\x98", 0, "no UTF-8" },
+        { "UTF-8", "KOI8-R", "\xd0\xb9", "\xc1\xa1 ", "\xf4\x90\x80\x80", 0, "no UTF-8" }, // longer than it has to be
+        { "UTF-8", "UTF-8", "", "\xf0\x9f\x98\x80", "a\xff", 1, "no UTF-8" },
+        { "UTF-8", "cp1252", "\xef\xbb\xbf", "\xc3\xa9", "x\xe4\xb8\xad-", 1, "windows-1252 has no U+4E2D" },
+        { "UTF-8", "cp1252", "", "a", "\xe4\xb8\xad\xff", 0, "windows-1252 has no U+4E2D" },
+        { "UTF-8", "ISO-8859-1", "", "e\xcc\x81", "x\xcc\x81y", 1, "ISO-8859-1 has no U+0301" },
+        { "UTF-8", "KOI8-R", "", "\xd0\xb9", "\xd0\xb9\xc2\xb5\xd0\xb9", 2, "KOI8-R has no U+00B5" },
+        { "UTF-8", "KOI8-R", "", "\xd0\xb9", "\xe4\xb8\xad", 0, "KOI8-R has no U+4E2D" },
+        { "US-ASCII", "UTF-8", "", "a", "\x80", 0, "no US-ASCII" },
+        { "KOI8-R", "US-ASCII", "", "a", "b\xc1", 1, "US-ASCII has no U+0430" },
+        { "UTF-16LE", "UTF-8", "", "\x3d\xd8\x00\xde" "a\0"s, "a\0b"s, 2, "no UTF-16LE" },
+        { "UTF-16", "latin1", "\xfe\xff", "\0a"s, "\xd8\x3d\xde\x00"s, 0, "ISO-8859-1 has no U+1F600" },
+        { "UTF-16BE", "UTF-16", "", "\xd8\x3d\xde\x00\xfe\xff"s, "\xd8", 0, "no UTF-16BE" },
+        { "UTF-32LE", "latin1", "", "a\0\0\0"s, "\0\1\0\0"s, 0, "ISO-8859-1 has no U+0100" },
+        { "UTF-32", "UTF-8", "\xff\xfe\0\0"s, "\0\xf6\1\0"s, "\0\0\x11\0"s, 0, "no UTF-32" },
+    };
+
+    write( "kept", "old" );
+
+    for( auto &each : cases )
+    {
+        size_t size = each.unit.size();
+
+        // Around the borders of what is read, decoded and written at a time.
+        const size_t counts[] = { 0, 1023 / size, 1024 / size, 8191, 8192, 65535 / size, 65536 / size, 70000 };
+
+        for( size_t count : counts )
+        {
+            std::string content = each.start;
+
+            for( size_t i = 0; i < count; i++ )
+                content += each.unit;
+
+            write( "in", content + each.end );
+            Outcome outcome =
+                morvane( std::string( "text convert --from " ) + each.from + " --to " + each.to + " in kept" );
+            size_t offset = content.size() + each.faultAt;
+
+            ASSERT_EQ( 1, outcome.status ) << each.reason << " " << count;
+            ASSERT_EQ(
+                "morvane text: in: offset " + std::to_string( offset ) + ": " + each.reason + "\n", outcome.err );
+        }
+    }
+
+    EXPECT_EQ( "old", contentOf( "kept" ) );
+
+    for( auto &entry : std::filesystem::directory_iterator( scratch() ) )
+        EXPECT_EQ( std::string::npos, entry.path().filename().string().find( "kept." ) );
+}
+
+TEST( MorvaneText, ReplacesAndSkipsWhatIsInvalid )
+{
+    struct
+    {
+        const char *options;
+        std::string in, out;
+    } cases[] = {
+        { "--from utf-8 --to latin1 --invalid replace", "a\xe4\xb8\xad" "b\xff\xff" "c\xe2", "a?b??c?" },
+        { "--from utf-8 --to latin1 --invalid skip", "a\xe4\xb8\xad" "b\xff\xff" "c\xe2", "abc" },
+        { "--from utf-8 --to utf-8 --invalid=replace", "a\xff\x80" "b", "a\xef\xbf\xbd" "b" },
+        { "--from us-ascii --to utf-8 --invalid replace", "a\xff", "a\xef\xbf\xbd" },
+        { "--from utf-16le --to us-ascii --invalid skip", "a\0\xe9\0b\0c"s, "ab" },
+
+        // A mark leads the source where it can, and the sink writes one where it has one.
+        { "--from utf-8 --to utf-8", "\xef\xbb\xbf" "a", "a" },
+        { "--from utf-8 --to utf-8 --bom", "\xef\xbb\xbf" "a\xef\xbb\xbf", "\xef\xbb\xbf" "a\xef\xbb\xbf" },
+        { "--from utf-16 --to us-ascii", "\xfe\xff\0a"s, "a" },
+        { "--from utf-16le --to utf-8", "\xff\xfe" "a\0"s, "\xef\xbb\xbf" "a" },
+        { "--from utf-16le --to utf-8 --bom", "\xff\xfe" "a\0"s, "\xef\xbb\xbf" "a" },
+        { "--from utf-8 --to utf-16be --bom", "", "\xfe\xff" },
+        { "--from utf-8 --to us-ascii --bom", "a", "a" },
+    };
+
+    for( auto &each : cases )
+    {
+        write( "in", each.in );
+        Outcome outcome = morvane( std::string( "text convert " ) + each.options + " <in" );
+        EXPECT_EQ( 0, outcome.status ) << each.options;
+        EXPECT_EQ( each.out, outcome.out ) << each.options;
+    }
+}
+
+TEST( MorvaneText, NamesTheCharacterSetsThatAreNear )
+{
+    auto complaint = []( const std::string &name )
+    {
+        Outcome outcome = morvane( "text convert --from '" + name + "' --to utf-8 </dev/null" );
+        EXPECT_EQ( 1, outcome.status ) << name;
+        EXPECT_EQ( 1, std::count( outcome.err.begin(), outcome.err.end(), '\n' ) ) << name;
+        return outcome.err;
+    };
+
+    EXPECT_EQ( "morvane text: utf8: no such character set; near are UTF-8, UTF-16, UTF-32\n", complaint( "utf8" ) );
+    EXPECT_THAT( complaint( "windows-1522" ), testing::HasSubstr( "near are windows-1252, windows-1250" ) );
+    EXPECT_THAT( complaint( "latin_l" ), testing::HasSubstr( "latin1" ) );
+    EXPECT_THAT( complaint( "ebcdic-cp-uk" ), testing::HasSubstr( "ebcdic-cp-us" ) );
+    EXPECT_EQ( "morvane text: klingon: no such character set\n", complaint( "klingon" ) );
+    EXPECT_EQ( "morvane text: : no such character set\n", complaint( "" ) );
+    EXPECT_THAT( complaint( std::string( 3000, 'x' ) ), testing::EndsWith( "x: no such character set\n" ) );
+}
+
+TEST( MorvaneText, FailsWhereNothingCanBeWritten )
+{
+    write( "in", longText( "text\n", "" ) );
+
+    Outcome full = morvane( "text convert --from utf-8 --to latin1 in /dev/full" );
+    EXPECT_EQ( 1, full.status );
+    EXPECT_EQ( "morvane text: /dev/full: No space left on device\n", full.err );
+
+    auto failedWith = []( const std::string &rest )
+    {
+        std::string command =
+            "cd '" + scratch() + "' && { '" MORVANE_EXECUTABLE "' text lines --newline lf in 2>err" + rest;
+        EXPECT_EQ( 0, std::system( command.c_str() ) );
+        return contentOf( "status" ) + contentOf( "err" );
+    };
+
+    const std::string prefix = "1\nmorvane text: standard output: ";
+    EXPECT_EQ( prefix + "Broken pipe\n", failedWith( "; echo $? >status; } | true" ) );
+    EXPECT_EQ( prefix + "No space left on device\n", failedWith( " >/dev/full; echo $? >status; }" ) );
+}
+
+#ifndef __SANITIZE_ADDRESS__
+TEST( MorvaneText, TakesFilesOfAnySizeInConstantMemory )
+{
+    write( "in", "" );
+    std::filesystem::resize_file( path( "in" ), 128 << 20 );
+
+    for( const char *words : { "convert --from utf-8 --to cp437 in /dev/null", "lines --newline crlf in /dev/null" } )
+        EXPECT_EQ( 0, morvane( std::string( "text " ) + words, "ulimit -v 100000;" ).status ) << words;
+
+    std::filesystem::remove( path( "in" ) );
+}
+#endif
+
 TEST( MorvaneText, RefusesWrongUsage )
 {
     for( const char *words :
          { "text", "text normalize", "text normalize --form nfx", "text normalize --form", "text case",
-           "text case --upper --lower", "text case --upper a b c", "text case --title" } )
+           "text case --upper --lower", "text case --upper a b c", "text case --title",
+           "text lines", "text lines --newline LF", "text lines --newline lf --newline cr", "text convert --from utf-8",
+           "text convert --to utf-8", "text convert --from utf-8 --to utf-8 --invalid drop",
+           "text convert --from utf-8 --to utf-8 a b c" } )
     {
         Outcome outcome = morvane( std::string( words ) + " </dev/null" );
         EXPECT_EQ( 2, outcome.status ) << words;

@@ -1,0 +1,24 @@
+/** @file
+    What the tools for text share. */
+
+#ifndef MORVANE_TEXT_H
+#define MORVANE_TEXT_H
+
+#include "morvane_tool.h"
+
+namespace morvane
+{
+const char TEXT_COMMAND[] = "morvane text";
+
+/** The plain words of these tools: the file to read and the file to write, null where it is not named. False for more
+    words than that. */
+bool readNames( const Arguments &arguments, qv::Ref< QV_STRING > *in, qv::Ref< QV_STRING > *out );
+
+/** The place of a word in a table of `count` words, or -1. */
+QV_INT placeOf( QV_STRING *word, const char *const *words, QV_INT count );
+
+/** The tool that converts between character sets. */
+QV_BOOL convertText( QV_VECTOR *argv, void *context );
+} // namespace morvane
+
+#endif
