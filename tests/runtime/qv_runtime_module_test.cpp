@@ -598,16 +598,22 @@ TEST( RuntimeModule, SnapshotsHoldTheObjectsOfAllModules )
 
              Ref< QV_VECTOR > allSorts( qvRuntimeSnapshotSorts() );
              Ref< QV_VECTOR > allObjects( qvRuntimeSnapshotObjects() );
-             Ref< QV_VECTOR > own( qvModuleSnapshotSorts( qvModule() ) );
+             Ref< QV_VECTOR > modules( qvRuntimeModulesVector() );
+             auto             of = [&]( QV_VECTOR *all, const char *name )
+             {
+                 Ref< QV_MODULE > module = moduleNamed( name );
+                 QV_INT           idx    = qvVectorIndexOfObj( modules, qvModuleObj( module ), QV_FALSE );
+                 return Ref< QV_VECTOR >( qvVectorFrom( qvVectorObjAt( all, idx ) ) );
+             };
 
-             // Module by module: those of the library, then those of base_1, which was loaded before the application.
-             QV_INT last = qvVectorLength( allSorts ) - 1;
-             EXPECT_EQ( qvVectorLength( own ) + 3, last + 1 );
-             EXPECT_TRUE( qvVectorHasObj( allSorts, qvSortObj( qvStringSort() ), QV_FALSE ) );
-             EXPECT_EQ( qvObjSort( other[0] ), qvSortFrom( Ref< QV_OBJ >( qvVectorObjAt( allSorts, last - 2 ) ) ) );
-             EXPECT_EQ( qvObjSort( things[0] ), qvSortFrom( Ref< QV_OBJ >( qvVectorObjAt( allSorts, last - 1 ) ) ) );
-             EXPECT_TRUE( qvVectorHasObj( allObjects, things[1], QV_FALSE ) );
-             EXPECT_TRUE( qvVectorHasObj( allObjects, other[0], QV_FALSE ) );
+             // A Vector for each module, in their order.
+             EXPECT_EQ( qvVectorLength( modules ), qvVectorLength( allSorts ) );
+             EXPECT_EQ( qvVectorLength( modules ), qvVectorLength( allObjects ) );
+             EXPECT_TRUE( qvVectorHasObj( of( allSorts, "qv" ), qvSortObj( qvStringSort() ), QV_FALSE ) );
+             EXPECT_EQ( "<QV_FIXTURE_THING>", textOf( of( allSorts, "base_1" ).get() ) );
+             EXPECT_EQ( "<QV_FIXTURE_THING, QV_FIXTURE_ODD>", textOf( of( allSorts, "app" ).get() ) );
+             EXPECT_TRUE( qvVectorHasObj( of( allObjects, "base_1" ), other[0], QV_FALSE ) );
+             EXPECT_TRUE( qvVectorHasObj( of( allObjects, "app" ), things[1], QV_FALSE ) );
          } );
 
     run( 0,

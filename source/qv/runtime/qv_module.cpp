@@ -137,6 +137,18 @@ bool namesOk( const char *text )
     return true;
 }
 
+void addLiveSorts( qv::Snapshot *snapshot, QV_MODULE *module )
+{
+    for( QV_SORT *sort = module->sortsFirst; sort; sort = sort->sortsNext )
+        snapshot->add( qv::obj( sort ) );
+}
+
+void addLiveObjects( qv::Snapshot *snapshot, QV_MODULE *module )
+{
+    for( QV_SORT *sort = module->sortsFirst; sort; sort = sort->sortsNext )
+        snapshot->addObjects( sort );
+}
+
 QV_VECTOR *snapshotOf( QV_MODULE *module, void ( *add )( qv::Snapshot *, QV_MODULE * ) )
 {
     QV_CHECK( module );
@@ -224,26 +236,14 @@ QV_INT qvModuleRunPersonality( QV_MODULE *module, intptr_t a, intptr_t b )
     return module->personalityFunc( a, b );
 }
 
-void qv::addLiveSorts( Snapshot *snapshot, QV_MODULE *module )
-{
-    for( QV_SORT *sort = module->sortsFirst; sort; sort = sort->sortsNext )
-        snapshot->add( obj( sort ) );
-}
-
-void qv::addLiveObjects( Snapshot *snapshot, QV_MODULE *module )
-{
-    for( QV_SORT *sort = module->sortsFirst; sort; sort = sort->sortsNext )
-        snapshot->addObjects( sort );
-}
-
 QV_VECTOR *qvModuleSnapshotSorts( QV_MODULE *module )
 {
-    return snapshotOf( module, qv::addLiveSorts );
+    return snapshotOf( module, addLiveSorts );
 }
 
 QV_VECTOR *qvModuleSnapshotObjects( QV_MODULE *module )
 {
-    return snapshotOf( module, qv::addLiveObjects );
+    return snapshotOf( module, addLiveObjects );
 }
 
 QV_BOOL qv___ModuleCheckCompatibility( QV_MODULE *module )

@@ -10,13 +10,4 @@ QV_API const QV_MODULE_RECORD qv___module_record;
 /** True for a module with a proper record that fits the running product. */
 QV_API QV_BOOL qv___ModuleCheckCompatibility( QV_MODULE *module );
 
-namespace qv
-{
-class Snapshot;
-
-/** Add what the snapshots of a module hold. The lock of the lists is held. */
-void addLiveSorts( Snapshot *snapshot, QV_MODULE *module );
-void addLiveObjects( Snapshot *snapshot, QV_MODULE *module );
-} // namespace qv
-
 #endif

@@ -216,8 +216,8 @@ QV_API QV_VECTOR *qvRuntimeModulesVector( void );
 /** A loaded module by its name: a new reference, or null if it is not loaded. */
 QV_API QV_MODULE *qvRuntimeModule( QV_STRING *moduleName );
 
-/** The sorts of all loaded modules that have live objects, and those objects, module by module in the order of
-    loading, as new Vectors; null in a run without the object database. qv_module.h tells about snapshots. */
+/** A new Vector with qvModuleSnapshotSorts() or qvModuleSnapshotObjects() of each loaded module, a Vector each, in the
+    order of loading; null in a run without the object database. The modules are looked at one after the other. */
 QV_API QV_VECTOR *qvRuntimeSnapshotSorts( void );
 QV_API QV_VECTOR *qvRuntimeSnapshotObjects( void );
 

@@ -196,21 +196,21 @@ void unloadLast( bool *reported )
     qvVectorDelAt( &qv___RuntimeLoadedModulesVector, idx );
 }
 
-QV_VECTOR *snapshotOfAll( void ( *add )( qv::Snapshot *, QV_MODULE * ) )
+QV_VECTOR *snapshotOfAll( QV_VECTOR *( *snapshotOf )( QV_MODULE * ) )
 {
     if( !qv___ObjOdbEnabled() )
         return nullptr;
 
+    qv::Ref< QV_VECTOR > result( qvVectorCreate() );
     qv::Ref< QV_VECTOR > modules( qvRuntimeModulesVector() );
-    qv::Snapshot         snapshot;
-    {
-        qv::HeldOdb held;
 
-        for( QV_INT i = 0; i < qvVectorLength( modules ); i++ )
-            add( &snapshot, moduleAt( modules, i ) );
+    for( QV_INT i = 0; i < qvVectorLength( modules ); i++ )
+    {
+        qv::Ref< QV_VECTOR > snapshot( snapshotOf( moduleAt( modules, i ) ) );
+        qvVectorAppendObj( result.at(), qvVectorObj( snapshot ) );
     }
 
-    return snapshot.vector();
+    return result.give();
 }
 } // namespace
 
@@ -359,10 +359,10 @@ QV_MODULE *qvRuntimeModule( QV_STRING *moduleName )
 
 QV_VECTOR *qvRuntimeSnapshotSorts( void )
 {
-    return snapshotOfAll( qv::addLiveSorts );
+    return snapshotOfAll( qvModuleSnapshotSorts );
 }
 
 QV_VECTOR *qvRuntimeSnapshotObjects( void )
 {
-    return snapshotOfAll( qv::addLiveObjects );
+    return snapshotOfAll( qvModuleSnapshotObjects );
 }
