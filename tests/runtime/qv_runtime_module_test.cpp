@@ -610,7 +610,7 @@ TEST( RuntimeModule, SnapshotsHoldTheObjectsOfAllModules )
              EXPECT_EQ( qvVectorLength( modules ), qvVectorLength( allSorts ) );
              EXPECT_EQ( qvVectorLength( modules ), qvVectorLength( allObjects ) );
              EXPECT_TRUE( qvVectorHasObj( of( allSorts, "qv" ), qvSortObj( qvStringSort() ), QV_FALSE ) );
-             EXPECT_EQ( "<QV_FIXTURE_THING>", textOf( of( allSorts, "base_1" ).get() ) );
+             EXPECT_EQ( "<QV_FIXTURE_ODD>", textOf( of( allSorts, "base_1" ).get() ) );
              EXPECT_EQ( "<QV_FIXTURE_THING, QV_FIXTURE_ODD>", textOf( of( allSorts, "app" ).get() ) );
              EXPECT_TRUE( qvVectorHasObj( of( allObjects, "base_1" ), other[0], QV_FALSE ) );
              EXPECT_TRUE( qvVectorHasObj( of( allObjects, "app" ), things[1], QV_FALSE ) );
