@@ -1,9 +1,12 @@
 #include "bench.h"
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
+#include <numeric>
 #include <pthread.h>
+#include <random>
 #include <thread>
 
 #include <sys/random.h>
@@ -256,6 +259,51 @@ std::vector< QV_TIMER * > createTimers( int count, QV_TIMER_FUNC func )
     return timers;
 }
 
+void scheduleAndUnschedule( const std::vector< QV_TIMER * > &timers )
+{
+    for( QV_TIMER *timer : timers )
+        qvTimerSchedule( timer, 3600000 );
+
+    for( QV_TIMER *timer : timers )
+        qvTimerUnschedule( timer );
+}
+
+// Makes and schedules timers and releases them in the order of the indexes.
+uint64_t scheduleAndRelease( const std::vector< int > &order )
+{
+    std::vector< QV_TIMER * > timers = createTimers( TIMERS, countFiring );
+
+    for( QV_TIMER *timer : timers )
+        qvTimerSchedule( timer, 3600000 );
+
+    for( int idx : order )
+        qvTimerRelease( timers[static_cast< size_t >( idx )] );
+
+    return uint64_t( TIMERS );
+}
+
+#ifdef BENCH_UV
+uint64_t startAndClose( uv_loop_t *loop, const std::vector< int > &order )
+{
+    std::vector< uv_timer_t * > timers;
+
+    for( int i = 0; i < TIMERS; i++ )
+    {
+        timers.push_back( new uv_timer_t );
+        uv_timer_init( loop, timers.back() );
+        uv_timer_start( timers.back(), []( uv_timer_t * ) {}, 3600000, 0 );
+    }
+
+    for( int idx : order )
+        uv_close(
+            reinterpret_cast< uv_handle_t * >( timers[static_cast< size_t >( idx )] ),
+            []( uv_handle_t *handle ) { delete reinterpret_cast< uv_timer_t * >( handle ); } );
+
+    uv_run( loop, UV_RUN_NOWAIT );
+    return uint64_t( TIMERS );
+}
+#endif
+
 QV_BARRIER *allFired;
 
 void countDue( QV_OBJ * )
@@ -269,7 +317,15 @@ void addTimerCases()
     static const std::vector< QV_TIMER * > timers = createTimers( TIMERS, countFiring );
     static const std::vector< QV_TIMER * > due    = createTimers( DUE, countDue );
     allFired                                      = qvBarrierCreate( QV_TRUE );
-    std::vector< Peer > unscheduled, dueAtOnce, released;
+    std::vector< Peer > unscheduled, dueAtOnce, inOrder, anyhow;
+
+    static std::vector< int > ascending( TIMERS );
+    std::iota( ascending.begin(), ascending.end(), 0 );
+    static std::vector< int > shuffled = ascending;
+    std::shuffle( shuffled.begin(), shuffled.end(), std::mt19937( 3 ) );
+
+    // An unscheduled timer keeps its place until its time. So these stand beside those of the other cases.
+    scheduleAndUnschedule( timers );
 
 #ifdef BENCH_UV
     static uv_loop_t                 loop;
@@ -303,38 +359,14 @@ void addTimerCases()
               uv_run( &loop, UV_RUN_DEFAULT );
               return fired.load();
           } } );
-    released.push_back(
-        { "libuv",
-          []
-          {
-              std::vector< uv_timer_t * > own;
-
-              for( int i = 0; i < TIMERS; i++ )
-              {
-                  own.push_back( new uv_timer_t );
-                  uv_timer_init( &loop, own.back() );
-                  uv_timer_start( own.back(), []( uv_timer_t * ) {}, 3600000, 0 );
-              }
-
-              for( uv_timer_t *timer : own )
-                  uv_close(
-                      reinterpret_cast< uv_handle_t * >( timer ),
-                      []( uv_handle_t *handle ) { delete reinterpret_cast< uv_timer_t * >( handle ); } );
-
-              uv_run( &loop, UV_RUN_NOWAIT );
-              return uint64_t( TIMERS );
-          } } );
+    inOrder.push_back( { "libuv", [] { return startAndClose( &loop, ascending ); } } );
+    anyhow.push_back( { "libuv", [] { return startAndClose( &loop, shuffled ); } } );
 #endif
 
     add( "timer", "schedule and unschedule", "100000 with one delay", 3.0,
          []
          {
-             for( QV_TIMER *timer : timers )
-                 qvTimerSchedule( timer, 3600000 );
-
-             for( QV_TIMER *timer : timers )
-                 qvTimerUnschedule( timer );
-
+             scheduleAndUnschedule( timers );
              return uint64_t( TIMERS );
          },
          unscheduled );
@@ -351,20 +383,9 @@ void addTimerCases()
              return fired.load();
          },
          dueAtOnce );
-    add( "timer", "schedule and release in order", "100000", 4.0,
-         []
-         {
-             std::vector< QV_TIMER * > own = createTimers( TIMERS, countFiring );
-
-             for( QV_TIMER *timer : own )
-                 qvTimerSchedule( timer, 3600000 );
-
-             for( QV_TIMER *timer : own )
-                 qvTimerRelease( timer );
-
-             return uint64_t( TIMERS );
-         },
-         released );
+    add( "timer", "schedule and release in order", "100000", 4.0, [] { return scheduleAndRelease( ascending ); },
+         inOrder );
+    add( "timer", "schedule and release at random", "100000", 0, [] { return scheduleAndRelease( shuffled ); }, anyhow );
 }
 
 void addClockCases()

@@ -27,6 +27,9 @@ struct WallClock
     static constexpr time_t SHOWN = std::numeric_limits< time_t >::min();
     std::atomic< time_t >   time{ SHOWN };
 
+    /** How often time() was called. The library's own thread does it in each of its rounds, and hardly anybody else. */
+    std::atomic< int > timeCalls{ 0 };
+
     /** Called in place of such a wait with the end of the wait, to set the clock to something else. */
     std::function< void( QV_INT end ) > onWait;
 

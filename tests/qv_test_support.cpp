@@ -1,6 +1,5 @@
 #include "qv_test_support.h"
 
-#include "qv/base/qv_time.h"
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_runtime.h"
@@ -12,7 +11,6 @@
 #include <filesystem>
 #include <thread>
 
-#include <sched.h>
 #include <unistd.h>
 
 namespace
@@ -121,16 +119,7 @@ void qv::test::startLibrary()
 {
     libraryRuns = true;
     qvRuntimeStartup( QV_RUNTIME_FLAG_OBJECT_DATABASE, keepPrinted, nullptr, nullptr, nullptr );
-    awaitTimerThread();
 }
-
-void qv::test::awaitTimerThread()
-{
-    // It has a Time of its own, beside that of the start.
-    while( qv___AtomicLoad32( &qvTimeSort()->objects ) < 2 )
-        sched_yield();
-}
-
 
 void qv::test::settle()
 {

@@ -67,9 +67,6 @@ QV_INT liveObjects();
 /** Starts the library as the tests need it: with lists of all live objects, and keeping what is printed. */
 void startLibrary();
 
-/** Returns when the thread on which timers fire has made the objects that it keeps, which it does after the start. */
-void awaitTimerThread();
-
 /** Waits until the threads that have ended are gone from the process as well: up to then they may hold a lock of the
     heap, and a copy of the process would wait for it for ever. The library's own thread, which sleeps, may stay. */
 void settle();

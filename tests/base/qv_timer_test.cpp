@@ -13,6 +13,7 @@
 #include "qv/base/qv_timestamp.h"
 #include "qv/runtime/qv_runtime.h"
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <memory>
@@ -158,6 +159,103 @@ TEST( Timer, FiresInTheOrderOfTimesAndWallClockLast )
 
     fence();
     EXPECT_EQ( ( std::vector< QV_INT >{ 0, 7, 8, 299, 300, 500, -1 } ), fired );
+}
+
+// Timers that are scheduled, moved, unscheduled and released in any order fire as a sorted list of them would.
+TEST( Timer, FiresInOrderWhateverCameBetween )
+{
+    const int                      COUNT = 2000;
+    const QV_INT                   NONE = -1, LATER = QV_INT_MAX;
+    std::mt19937                   random( 11 );
+    std::vector< Ref< QV_TIMER > > timers( COUNT );
+    std::vector< int >             fired, rank( COUNT );
+
+    {
+        HeldTimerThread held;
+
+        for( int i = 0; i < COUNT; i++ )
+        {
+            timers[i] = timerOf( [&fired, i] { fired.push_back( i ); } );
+            qvTimerScheduleAt( timers[i], 0 );
+        }
+    }
+
+    // Those of one instant have an order of their own, which they keep.
+    fence();
+    ASSERT_EQ( COUNT, static_cast< int >( fired.size() ) );
+
+    for( int i = 0; i < COUNT; i++ )
+        rank[fired[i]] = i;
+
+    std::vector< QV_INT > due( COUNT, NONE );
+
+    for( int round = 0; round < 200; round++ )
+    {
+        // Mostly few timers, since the last places of a queue are the special ones.
+        int width = round % 20 ? 4 + round % 10 : COUNT;
+        int from  = static_cast< int >( random() % ( COUNT - width + 1 ) );
+        fired.clear();
+
+        {
+            HeldTimerThread held;
+
+            for( int i = 0; i < COUNT; i++ )
+                if( timers[i] && due[i] == LATER )
+                    qvTimerScheduleAt( timers[i], due[i] = random() % 100 );
+
+            for( int step = 0; step < 2 * width; step++ )
+            {
+                int  i    = from + static_cast< int >( random() % width );
+                auto what = random() % 16;
+
+                if( !timers[i] )
+                    continue;
+
+                if( what == 0 )
+                {
+                    timers[i].reset();
+                    due[i] = NONE;
+                }
+                else if( what < 3 )
+                {
+                    qvTimerUnschedule( timers[i] );
+                    due[i] = NONE;
+                }
+                else if( what < 6 )
+                {
+                    qvTimerSchedule( timers[i], HOUR * 1000 + random() % 1000 );
+                    due[i] = LATER;
+                }
+                else
+                {
+                    due[i] = random() % 100;
+                    qvTimerScheduleAt( timers[i], due[i] );
+                }
+            }
+        }
+
+        fence();
+        std::vector< int > expected;
+
+        for( int i = 0; i < COUNT; i++ )
+        {
+            if( due[i] != NONE && due[i] != LATER )
+                expected.push_back( i );
+
+            if( timers[i] )
+            {
+                ASSERT_EQ( due[i] == LATER, qvTimerScheduled( timers[i] ) );
+            }
+        }
+
+        std::sort(
+            begin( expected ), end( expected ),
+            [&]( int a, int b ) { return due[a] != due[b] ? due[a] < due[b] : rank[a] < rank[b]; } );
+        ASSERT_EQ( expected, fired );
+
+        for( int i : fired )
+            due[i] = NONE;
+    }
 }
 
 TEST( Timer, LastScheduleCounts )
@@ -320,6 +418,98 @@ TEST( Timer, NoScheduleIsMissedWhileTheThreadLooks )
         thread.join();
 
     fence();
+}
+
+// The thread looks at the wall clock once whenever it is awake.
+TEST( Timer, OnlyTheFirstInItsQueueWakesTheThread )
+{
+    Ref< QV_TIMER >                first = timerOf( [] {} ), wall = timerOf( [] {} );
+    std::vector< Ref< QV_TIMER > > timers;
+    Ref< QV_TIME >                 future = inSeconds( 2 * HOUR );
+    qvTimerSchedule( first, HOUR * 1000 );
+    qvTimerScheduleAtTime( wall, inSeconds( HOUR ) );
+    fence();
+    int before = wallClock.timeCalls;
+
+    for( int i = 0; i < 200; i++ )
+    {
+        timers.push_back( timerOf( [] {} ) );
+
+        switch( i % 3 )
+        {
+            case 0: qvTimerSchedule( timers.back(), HOUR * 1000 + 100000 ); break;
+            case 1: qvTimerScheduleAt( timers.back(), QV_INT_MAX - i ); break;
+            case 2: qvTimerScheduleAtTime( timers.back(), future ); break;
+        }
+
+        std::this_thread::yield();
+    }
+
+    fence(); // wakes it, though others are queued that come later
+    EXPECT_LT( wallClock.timeCalls - before, 30 );
+}
+
+// Threads do to the same timers and to their own what they like. None fires more often than it was scheduled, and in the
+// end each still works.
+TEST( Timer, ThreadsShareTimers )
+{
+    const int                      SHARED = 16, THREADS = 4;
+    std::atomic< int >             calls{ 0 }, schedules{ 0 };
+    std::vector< Ref< QV_TIMER > > timers;
+    std::vector< std::thread >     threads;
+
+    for( int i = 0; i < SHARED; i++ )
+        timers.push_back( timerOf( [&calls] { calls++; } ) );
+
+    for( int number = 0; number < THREADS; number++ )
+        threads.emplace_back(
+            [&, number]
+            {
+                std::mt19937                   random( number );
+                std::vector< Ref< QV_TIMER > > own( 20 );
+                Ref< QV_TIME >                 past = inSeconds( -HOUR - number ), future = inSeconds( HOUR + number );
+
+                for( int round = 0; round < 3000; round++ )
+                {
+                    QV_TIMER        *timer  = timers[random() % SHARED];
+                    Ref< QV_TIMER > &mine   = own[random() % own.size()];
+                    auto             choice = random() % 8;
+                    schedules += choice < 6;
+
+                    switch( choice )
+                    {
+                        case 0: qvTimerScheduleAtTime( timer, random() % 2 ? past : future ); break;
+                        case 1: qvTimerScheduleAt( timer, random() % 1000 ); break;
+                        case 2:
+                        case 3: qvTimerSchedule( timer, random() % 2 ); break;
+                        case 4:
+                        case 5: qvTimerSchedule( timer, HOUR * 1000 + random() % 10 ); break;
+                        default: qvTimerUnschedule( timer );
+                    }
+
+                    schedules++;
+                    mine = timerOf( [&calls] { calls++; } );
+                    qvTimerSchedule( mine, random() % 2 ? 0 : HOUR * 1000 );
+                }
+            } );
+
+    for( std::thread &thread : threads )
+        thread.join();
+
+    fence();
+    EXPECT_LE( calls, schedules );
+    EXPECT_GT( calls, 0 );
+
+    {
+        HeldTimerThread held;
+        calls = 0;
+
+        for( Ref< QV_TIMER > &timer : timers )
+            qvTimerSchedule( timer, 0 );
+    }
+
+    fence();
+    EXPECT_EQ( SHARED, calls );
 }
 
 TEST( Timer, ManyLeaveNoMemoryBehind )

@@ -79,6 +79,7 @@ extern "C" int gettimeofday( timeval *tv, void * ) noexcept
 
 extern "C" time_t time( time_t *result ) noexcept
 {
+    wallClock.timeCalls++;
     time_t seconds = wallClock.time;
 
     if( seconds == WallClock::SHOWN )

@@ -33,7 +33,6 @@ void printOnErrorStream( const QV_CHAR *chs, QV_INT length )
 void start( QV_INT flags )
 {
     qvRuntimeStartup( flags, printOnErrorStream, "leaky", nullptr, nullptr );
-    awaitTimerThread();
 }
 
 using Lines = std::vector< std::string >;

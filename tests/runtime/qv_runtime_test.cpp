@@ -560,7 +560,6 @@ TEST( Runtime, StartAndStopLeaveNothingBehind )
 
                 qvRuntimeShutdown();
                 qvRuntimeStartup( flags, nullptr, "my-app", "My Application", "1.2" );
-                awaitTimerThread();
             };
 
             for( int flags : { 0, QV_RUNTIME_FLAG_MINIMAL, QV_RUNTIME_FLAG_OBJECT_DATABASE } )

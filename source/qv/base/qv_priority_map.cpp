@@ -91,13 +91,10 @@ QV_OBJ *neighbour( QV_PRIORITY_MAP *map, QV_INT idx, QV_INT *priority )
     return qv::retain( entry->object );
 }
 
-// Takes the object at an index of `byObject` out of a map that nobody else holds.
-void take( QV_PRIORITY_MAP *map, QV_INT objectIdx )
+// Takes the entry of the object at an index of `byObject` out of the order of priorities. Nobody else holds the map.
+void takeEntry( QV_PRIORITY_MAP *map, QV_INT objectIdx )
 {
-    qv::Ref< QV_OBJ > entry = qv::Ref< QV_OBJ >::share( map->byObject->items[objectIdx].val );
-    qvDictDelAt( &map->byObject, objectIdx );
-
-    QV_INT idx = qvDictIndexOfObjKey( map->byPriority, entry );
+    QV_INT idx = qvDictIndexOfObjKey( map->byPriority, map->byObject->items[objectIdx].val );
     QV_CHECK( idx != -1 );
     qvDictDelAt( &map->byPriority, idx );
 }
@@ -216,9 +213,10 @@ void qvPriorityMapSet( QV_PRIORITY_MAP **map, QV_INT priority, QV_OBJ *obj )
         if( entryOf( own->byObject->items[idx].val )->priority == priority )
             return;
 
-        take( own, idx );
+        takeEntry( own, idx );
     }
 
+    // An object that moves keeps its place in `byObject`, where only the entry is replaced.
     qv::Ref< Entry > entry( createEntry( priority, obj ) );
     qvDictSetObjKey( &own->byPriority, entry, obj );
     qvDictSetObjKey( &own->byObject, obj, entry );
@@ -236,7 +234,8 @@ void qvPriorityMapDel( QV_PRIORITY_MAP **map, QV_OBJ *obj )
         return;
 
     qv::makePrivate( map, qvPriorityMapCreateFrom );
-    take( *map, idx );
+    takeEntry( *map, idx );
+    qvDictDelAt( &(*map)->byObject, idx );
 }
 
 void qvPriorityMapDelAt( QV_PRIORITY_MAP **map, QV_INT idx )

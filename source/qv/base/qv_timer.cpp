@@ -6,7 +6,6 @@
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_dict_private.h"
 #include "qv/base/qv_monitor_private.h"
-#include "qv/base/qv_priority_map.h"
 #include "qv/base/qv_signal.h"
 #include "qv/base/qv_thread.h"
 #include "qv/base/qv_thread_private.h"
@@ -16,6 +15,7 @@
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
+#include "qv/sys/qv_mem.h"
 
 #include <algorithm>
 
@@ -32,8 +32,9 @@ struct QV___TIMER_CLOSURE : QV_OBJ
     QV_INT        conditions;
     QV_THREAD    *abortThread;
     int32_t       sched;    // atomic
-    QV_BOOL       schedAbs; // these two are guarded by timerMonitor
+    QV_BOOL       schedAbs; // these are guarded by timerMonitor
     QV_BOOL       schedRel;
+    QV_INT        relIdx; // where it stands in the queue by timestamp, if schedRel is set
 };
 
 struct QV_TIMER : QV_OBJ
@@ -45,17 +46,118 @@ using Closure = QV___TIMER_CLOSURE;
 
 namespace
 {
-QV_MONITOR      *timerMonitor       = nullptr; // guards the queues and timerThreadAbort; never held while firing
-QV_PRIORITY_MAP *timerRelPrioMap    = nullptr; // closures by timestamp
-QV_DICT         *timerAbsDict       = nullptr; // from Time to closure
-QV_BARRIER      *timerThreadBarrier = nullptr; // the timer thread sleeps here
-QV_BOOL          timerThreadAbort   = QV_FALSE;
-QV_THREAD       *timerThread        = nullptr;
+QV_MONITOR *timerMonitor       = nullptr; // guards the queues and timerThreadAbort; never held while firing
+QV_DICT    *timerAbsDict       = nullptr; // from Time to closure
+QV_BARRIER *timerThreadBarrier = nullptr; // the timer thread sleeps here
+QV_BOOL     timerThreadAbort   = QV_FALSE;
+QV_THREAD  *timerThread        = nullptr;
+QV_TIME    *timerWallNow       = nullptr; // the timer thread's own
 
 Closure *closureOf( QV_OBJ *object )
 {
     return static_cast< Closure * >( object );
 }
+
+/* The queue by timestamp ----------------------------------------------------------------------------------------- */
+
+// One place in it. Of equal timestamps the unique numbers decide, by which qvObjCompare() orders closures.
+struct Entry
+{
+    QV_INT   due;
+    QV_INT   unique;
+    Closure *tcl; // no reference: a timer takes its closure out before it gives it up
+};
+
+// A heap: no entry comes before its parent, so that the first one is the next that is due. A closure knows its index, and
+// a change touches only the entries between there and the root or a leaf. A sorted array would have to move all entries
+// behind the one that goes; timers go from anywhere, and in great numbers.
+struct RelativeQueue
+{
+    Entry *entries;
+    QV_INT length;
+    QV_INT alloc;
+};
+
+RelativeQueue timerRelQueue = {}; // guarded by timerMonitor
+
+// The block doubles and, when three quarters are free, halves, but for the least one.
+const QV_INT LEAST_ALLOC = 64;
+
+void resizeQueue( RelativeQueue *queue, QV_INT alloc )
+{
+    queue->entries = static_cast< Entry * >( qvMemReallocN( queue->entries, alloc, sizeof( Entry ) ) );
+    queue->alloc   = alloc;
+}
+
+bool isBefore( const Entry &a, const Entry &b )
+{
+    return a.due != b.due ? a.due < b.due : a.unique < b.unique;
+}
+
+void putEntry( RelativeQueue *queue, QV_INT idx, const Entry &entry )
+{
+    queue->entries[idx] = entry;
+    entry.tcl->relIdx   = idx;
+}
+
+// Puts an entry where it belongs. What stood at `idx` is overwritten, all others are in order.
+void settleEntry( RelativeQueue *queue, QV_INT idx, Entry entry )
+{
+    while( idx > 0 )
+    {
+        QV_INT parent = ( idx - 1 ) / 2;
+
+        if( !isBefore( entry, queue->entries[parent] ) )
+            break;
+
+        putEntry( queue, idx, queue->entries[parent] );
+        idx = parent;
+    }
+
+    for( QV_INT child; ( child = 2 * idx + 1 ) < queue->length; idx = child )
+    {
+        if( child + 1 < queue->length && isBefore( queue->entries[child + 1], queue->entries[child] ) )
+            child++;
+
+        if( !isBefore( queue->entries[child], entry ) )
+            break;
+
+        putEntry( queue, idx, queue->entries[child] );
+    }
+
+    putEntry( queue, idx, entry );
+}
+
+// Enters a closure or moves it.
+void enqueue( RelativeQueue *queue, QV_INT due, Closure *tcl )
+{
+    QV_INT idx = tcl->relIdx;
+
+    if( !tcl->schedRel )
+    {
+        if( queue->length == queue->alloc )
+            resizeQueue( queue, std::max( LEAST_ALLOC, 2 * queue->alloc ) );
+
+        idx           = queue->length++;
+        tcl->schedRel = QV_TRUE;
+    }
+
+    settleEntry( queue, idx, { due, qv___ObjUnique( tcl ), tcl } );
+}
+
+void dequeue( RelativeQueue *queue, Closure *tcl )
+{
+    QV_INT last   = --queue->length;
+    tcl->schedRel = QV_FALSE;
+
+    if( tcl->relIdx < last )
+        settleEntry( queue, tcl->relIdx, queue->entries[last] );
+
+    if( last < queue->alloc / 4 && queue->alloc > LEAST_ALLOC )
+        resizeQueue( queue, queue->alloc / 2 );
+}
+
+/* Taking out of the queues --------------------------------------------------------------------------------------- */
 
 // Takes the order to fire away. True if there was one: of all who try at the same time one succeeds.
 bool disarm( Closure *tcl )
@@ -71,8 +173,7 @@ void unschedule( Closure *tcl )
         QV_CHECK( tcl->schedRel != tcl->schedAbs );
 
         disarm( tcl );
-        tcl->schedRel = QV_FALSE;
-        qvPriorityMapDel( &timerRelPrioMap, tcl );
+        dequeue( &timerRelQueue, tcl );
     }
     else if( tcl->schedAbs )
     {
@@ -94,10 +195,9 @@ void unschedule( Closure *tcl )
     }
 }
 
-void arm( Closure *tcl, QV_BOOL *place )
+void arm( Closure *tcl )
 {
     qv___AtomicCompareExchange32( &tcl->sched, 0, 1 );
-    *place = QV_TRUE;
 }
 
 void freeTimer( QV_OBJ *thisObj )
@@ -140,10 +240,11 @@ void qv___TimerStartup( void )
     timerMonitor = qvMonitorCreate();
     qvTimestamp();
 
-    timerRelPrioMap    = qvPriorityMapCreate();
+    timerRelQueue      = {};
     timerAbsDict       = qvDictCreate();
     timerThreadAbort   = QV_FALSE;
     timerThreadBarrier = qvBarrierCreate( QV_TRUE );
+    timerWallNow       = qvTimeNow(); // made here, so that the thread needs no heap of its own to start
     timerThread        = qvThreadTrySpawnCstr(
         "qv___TimerThreadFunc()", -1, qv___TimerThreadFunc, nullptr, QV_THREAD_PRIORITY_HIGHEST );
     QV_CHECK( timerThread );
@@ -159,13 +260,14 @@ void qv___TimerShutdown( void )
     qvBarrierUnblock( timerThreadBarrier );
     qvThreadJoin( timerThread );
 
-    QV_CHECK( !qvPriorityMapLength( timerRelPrioMap ) );
+    QV_CHECK_AS( !timerRelQueue.length, "!qvPriorityMapLength( timerRelPrioMap )" );
     QV_CHECK( !qvDictLength( timerAbsDict ) );
 
     qv::drop( timerThread );
+    qv::drop( timerWallNow );
     qv::drop( timerThreadBarrier );
     qv::drop( timerAbsDict );
-    qv::drop( timerRelPrioMap );
+    qvMemFree( timerRelQueue.entries );
     qv::drop( timerMonitor );
 }
 
@@ -211,30 +313,29 @@ Closure *takeRelative( QV_INT now, QV_INT *wait )
 {
     qv::HeldMonitor held( timerMonitor );
 
-    while( qvPriorityMapLength( timerRelPrioMap ) > 0 )
+    while( timerRelQueue.length > 0 )
     {
-        QV_INT due = qvPriorityMapPriorityAt( timerRelPrioMap, 0 );
+        const Entry &first = timerRelQueue.entries[0];
 
-        if( now < due )
+        if( now < first.due )
         {
-            *wait = due - now;
+            *wait = first.due - now;
             return nullptr;
         }
 
-        qv::Ref< Closure > tcl( closureOf( qvPriorityMapValueAt( timerRelPrioMap, 0 ) ) );
-        qvPriorityMapDelAt( &timerRelPrioMap, 0 );
-        tcl->schedRel = QV_FALSE;
+        Closure *tcl = first.tcl;
+        dequeue( &timerRelQueue, tcl );
 
         if( disarm( tcl ) )
-            return tcl.give();
+            return qv::retain( tcl );
     }
 
     *wait = NEVER;
     return nullptr;
 }
 
-// The same by the wall clock, `*now` being what it showed in this pass.
-Closure *takeAbsolute( QV_TIME **now, QV_INT *wait )
+// The same by the wall clock, as it was read in this pass.
+Closure *takeAbsolute( QV_INT *wait )
 {
     qv::HeldMonitor held( timerMonitor );
 
@@ -242,10 +343,10 @@ Closure *takeAbsolute( QV_TIME **now, QV_INT *wait )
     {
         qv::Ref< QV_TIME > due( qvTimeFrom( qvDictKeyAt( timerAbsDict, 0 ) ) );
 
-        if( qvTimeCompare( due, *now ) > 0 )
+        if( qvTimeCompare( due, timerWallNow ) > 0 )
         {
-            qvTimeShiftSeconds( now, FAR_SECONDS );
-            *wait = qvTimeCompare( due, *now ) >= 0 ? FAR_WAIT : NEAR_WAIT;
+            qvTimeShiftSeconds( &timerWallNow, FAR_SECONDS );
+            *wait = qvTimeCompare( due, timerWallNow ) >= 0 ? FAR_WAIT : NEAR_WAIT;
             return nullptr;
         }
 
@@ -264,13 +365,15 @@ Closure *takeAbsolute( QV_TIME **now, QV_INT *wait )
 
 void qv___TimerThreadFunc( void )
 {
-    qv::Ref< QV_TIME > wallNow( qvTimeNow() );
-    QV_INT             wait  = -1;
-    QV_BOOL            abort = QV_FALSE;
+    QV_INT  wait  = -1;
+    QV_BOOL abort = QV_FALSE;
 
     while( !abort )
     {
-        // Closed before the queues are looked at: whoever schedules from now on opens it again.
+        // Closed before the queues are looked at, so that nothing is missed. Whoever schedules changes a queue first
+        // and then, if the timer is the first one there, opens the barrier. Either that change comes before the look,
+        // which then finds it, or the barrier opens after it was closed here and the next pass is not delayed. A timer
+        // that is not the first one needs no pass before the first one's time, for which the thread sleeps at most.
         qvBarrierPassTimed( timerThreadBarrier, wait );
         qvBarrierBlock( timerThreadBarrier );
 
@@ -288,9 +391,9 @@ void qv___TimerThreadFunc( void )
             fire( tcl );
         }
 
-        qvTimeSetNow( wallNow.at() );
+        qvTimeSetNow( &timerWallNow );
 
-        while( Closure *due = takeAbsolute( wallNow.at(), &absWait ) )
+        while( Closure *due = takeAbsolute( &absWait ) )
         {
             qv::Ref< Closure > tcl( due );
             fire( tcl );
@@ -327,6 +430,7 @@ QV_TIMER *createTimer()
     tcl->sched       = 0;
     tcl->schedAbs    = QV_FALSE;
     tcl->schedRel    = QV_FALSE;
+    tcl->relIdx      = 0;
 
     QV_TIMER *timer = qv::create< QV_TIMER >( qvTimerSort() );
     timer->closure  = tcl;
@@ -397,24 +501,39 @@ QV_TIMER *qv___TimerCreateAbort( void )
 
 /* Scheduling ----------------------------------------------------------------------------------------------------- */
 
+namespace
+{
+// Lets a closure fire at a timestamp, with the monitor held. True if it is the next one now: then the timer thread has to
+// be told.
+bool scheduleRelative( Closure *tcl, QV_INT due )
+{
+    if( tcl->schedAbs )
+        unschedule( tcl );
+
+    enqueue( &timerRelQueue, due, tcl );
+    arm( tcl );
+
+    return tcl->relIdx == 0;
+}
+} // namespace
+
 void qvTimerSchedule( QV_TIMER *timer, QV_INT milliseconds )
 {
     QV_CHECK( timer );
     QV_CHECK( milliseconds >= 0 );
 
+    bool first;
+
     {
         qv::HeldMonitor held( timerMonitor );
-        Closure        *tcl = timer->closure;
-        unschedule( tcl );
-
-        QV_INT currentTimestamp = qvTimestamp();
+        QV_INT          currentTimestamp = qvTimestamp();
         QV_CHECK( QV_INT_ADD_OK( currentTimestamp, milliseconds ) );
 
-        qvPriorityMapSet( &timerRelPrioMap, currentTimestamp + milliseconds, tcl );
-        arm( tcl, &tcl->schedRel );
+        first = scheduleRelative( timer->closure, currentTimestamp + milliseconds );
     }
 
-    qvBarrierUnblock( timerThreadBarrier );
+    if( first )
+        qvBarrierUnblock( timerThreadBarrier );
 }
 
 void qvTimerScheduleAt( QV_TIMER *timer, QV_INT timestamp )
@@ -426,12 +545,7 @@ void qvTimerScheduleAt( QV_TIMER *timer, QV_INT timestamp )
 
     {
         qv::HeldMonitor held( timerMonitor );
-        Closure        *tcl = timer->closure;
-        unschedule( tcl );
-
-        qvPriorityMapSet( &timerRelPrioMap, timestamp, tcl );
-        arm( tcl, &tcl->schedRel );
-        first = qv::Ref< QV_OBJ >( qvPriorityMapLowest( timerRelPrioMap, nullptr ) ) == tcl;
+        first = scheduleRelative( timer->closure, timestamp );
     }
 
     if( first )
@@ -451,7 +565,8 @@ void qvTimerScheduleAtTime( QV_TIMER *timer, QV_TIME *at )
         unschedule( tcl );
 
         qvDictSetObjKey( &timerAbsDict, qv::obj( at ), tcl );
-        arm( tcl, &tcl->schedAbs );
+        tcl->schedAbs = QV_TRUE;
+        arm( tcl );
         first = timerAbsDict->items[0].val == tcl;
     }
 

@@ -20,12 +20,13 @@
     those with a delay or a timestamp before those with a Time. A callback is called with no lock held and may use any
     timer; while it runs no other timer fires, so it should be short.
 
-    Unscheduling, and releasing, don't wait: a timer that is about to fire may be firing when they return. Its callback's
-    argument lives until the callback is through.
+    Unscheduling, and releasing, don't wait: a timer that is about to fire may be firing when they return. The argument
+    of its callback lives until the callback is through.
 
-    Costs. Scheduling with a delay or a timestamp and the release of such a timer enter it in a PriorityMap and take it
-    out. A Time costs a search through all timers with a Time when its schedule is taken away. Unscheduling and asking
-    take no lock; an unscheduled timer keeps its place, unseen, until its time or until it is released.
+    Costs. Scheduling with a delay or a timestamp, firing and releasing such a timer take steps in the order of the
+    logarithm of how many are scheduled, and the thread is woken only for a timer that is the next one. A Time costs a
+    search through all timers with a Time when its schedule is taken away. Unscheduling and asking take no lock; an
+    unscheduled timer keeps its place, unseen, until its time or until it is released.
 
     Stop. Before the library stops every timer must have fired or have been released; one that is still in its place
     ends the process.
