@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <random>
 #include <thread>
 
@@ -47,6 +48,8 @@ struct Result
 
 std::vector< Result > registered;
 double                seconds; // of the parts that count, of the work that runs
+double                peak;    // MiB, of the work that runs; 0 where nobody looks
+std::string           folder;  // empty until somebody needs it
 
 void enter(
     const std::string &prefix, double target, bool isTimed, const Work &ours, const std::vector< Peer > &peers )
@@ -153,6 +156,24 @@ void addTimed(
     enter( subject + "|" + operation + "|" + input + "|", target, true, ours, peers );
 }
 
+void notePeak( double mebibytes )
+{
+    peak = mebibytes;
+}
+
+const std::string &temporaryFolder()
+{
+    if( folder.empty() )
+    {
+        folder = std::filesystem::temp_directory_path() / "qv-bench-XXXXXX";
+
+        if( !mkdtemp( folder.data() ) )
+            std::exit( ( std::perror( folder.c_str() ), 1 ) );
+    }
+
+    return folder;
+}
+
 void timed( const std::function< void() > &part )
 {
     auto start = std::chrono::steady_clock::now();
@@ -183,6 +204,7 @@ int main( int argc, char **argv )
     addLineCases();
     addConcurrencyCases();
     addProcessCases();
+    addConvertCases();
 
     // The first argument picks cases by a part of their names.
     std::string pick = argc > 1 && argv[1][0] != '-' ? argv[1] : "";
@@ -213,11 +235,15 @@ int main( int argc, char **argv )
                 for( auto _ : state )
                 {
                     seconds = 0;
+                    peak    = 0;
                     benchmark::DoNotOptimize( result.work() );
 
                     if( result.isTimed )
                         state.SetIterationTime( seconds );
                 }
+
+                if( peak > 0 )
+                    state.counters["peak"] = peak;
             } );
 
         if( result.isTimed )
@@ -226,11 +252,15 @@ int main( int argc, char **argv )
             entered->UseRealTime();
     }
 
-    if( !same )
-        return 1;
+    if( same )
+    {
+        benchmark::Initialize( &argc, argv );
+        benchmark::RunSpecifiedBenchmarks();
+        std::fflush( stdout );
+    }
 
-    benchmark::Initialize( &argc, argv );
-    benchmark::RunSpecifiedBenchmarks();
-    std::fflush( stdout );
-    std::_Exit( 0 ); // what the cases hold goes with the process
+    if( !folder.empty() )
+        std::filesystem::remove_all( folder );
+
+    std::_Exit( same ? 0 : 1 ); // what the cases hold goes with the process
 }

@@ -33,6 +33,12 @@ void addTimed(
     std::vector< Peer > peers );
 void timed( const std::function< void() > &part );
 
+/** To be called by work that looks at memory: the most that it has held, in MiB. */
+void notePeak( double mebibytes );
+
+/** A folder for the time of the run. */
+const std::string &temporaryFolder();
+
 /** Text in one kind of language, the same for everybody. */
 struct Language
 {
@@ -70,6 +76,7 @@ void addDocumentCases();
 void addLineCases();
 void addConcurrencyCases();
 void addProcessCases();
+void addConvertCases();
 } // namespace bench
 
 #endif

@@ -1,9 +1,6 @@
 #include "bench.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
-#include <unistd.h>
 
 #ifdef BENCH_QT
 #include <QFile>
@@ -14,35 +11,24 @@ namespace bench
 {
 namespace
 {
-// A file of 64 MiB of lines of about 60 characters in all languages; it goes when the process ends.
+// A file of 64 MiB of lines of about 60 characters in all languages.
 const std::string &fileOfLines()
 {
     static const std::string name = []
     {
-        char pattern[] = "/tmp/qv-bench-lines-XXXXXX";
-        close( mkstemp( pattern ) );
         std::string block;
 
         for( const Language &language : languages() )
             for( const std::string &text : language.utf8Strings )
                 block += text + text + "\n";
 
-        std::ofstream file( pattern, std::ios::binary );
+        std::ofstream file( temporaryFolder() + "/lines", std::ios::binary );
 
         for( size_t size = 0; size < 64u << 20; size += block.size() )
             file << block;
 
-        return std::string( pattern );
+        return temporaryFolder() + "/lines";
     }();
-
-    static const struct Remover
-    {
-        Remover()
-        {
-            std::atexit( [] { std::remove( fileOfLines().c_str() ); } );
-            at_quick_exit( [] { std::remove( fileOfLines().c_str() ); } );
-        }
-    } remover;
 
     return name;
 }
