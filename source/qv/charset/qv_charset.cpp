@@ -44,11 +44,11 @@ struct Charset
     QV_CHAR_SINK *( *createCharSink )( QV_BYTE_SINK *byteSink, QV_INT flags );
 
     // Where there is one byte a character, in the place of the two above.
-    QV___CHARSET_BYTE_TO_CHAR_FUNC byteToChar = nullptr;
+    const uint16_t *( *chars )()              = nullptr;
     QV___CHARSET_CHAR_TO_BYTE_FUNC charToByte = nullptr;
 };
 
-#define MAPPED( Name ) nullptr, nullptr, qv___Charset##Name##MapByteToChar, qv___Charset##Name##MapCharToByte
+#define MAPPED( Name ) nullptr, nullptr, qv::charsetChars##Name, qv___Charset##Name##MapCharToByte
 
 // In the order of the values.
 const Charset charsets[] = {
@@ -209,7 +209,7 @@ QV_STRING *createFor( const Charset &row, QV_BUFFER *buffer )
 {
     QV_INT count = qvBufferLength( buffer );
 
-    if( !row.byteToChar || count == 0 )
+    if( !row.chars || count == 0 )
         return qvStringCreate();
 
     QV_STRING *qvs = qv::createString( count + 1 );
@@ -329,8 +329,8 @@ QV_CHAR_SOURCE *qvCharsetCreateCharSource( QV_BYTE_SOURCE *byteSource, QV_INT ch
     const Charset &row = charsets[charset];
     flags              = qvCharsetFlagsNormalize( flags );
 
-    return row.byteToChar ? qv___CharsetMapCharSourceCreate( byteSource, flags, row.byteToChar )
-                          : row.createCharSource( byteSource, flags );
+    return row.chars ? qv::createMapCharSource( byteSource, flags, row.chars() )
+                     : row.createCharSource( byteSource, flags );
 }
 
 QV_CHAR_SINK *qvCharsetCreateCharSink( QV_BYTE_SINK *byteSink, QV_INT charset, QV_INT flags )

@@ -2,7 +2,7 @@
 #include "qv/charset/qv_charset_map_private.h"
 #include "qv/io/qv_char_source_private.h"
 
-// Asked once for every byte, the map function is a table from then on.
+// Asked once for every byte, a map function is a table from then on.
 struct QV___CHARSET_MAP_CHAR_SOURCE_CLOSURE : qv::CodecSource
 {
     QV_CHAR chars[256]; // NONE where there is no character
@@ -16,9 +16,9 @@ namespace
 using Source = QV___CHARSET_MAP_CHAR_SOURCE_CLOSURE;
 
 const QV_CHAR NONE  = 0xFFFFFFFF;
-const QV_INT  BLOCK = 8;
+const QV_INT  BLOCK = 16;
 
-// Decodes 8 bytes at once; false if one of them has no character, and then there is nothing at `out` that counts.
+// Decodes 16 bytes at once; false if one of them has no character, and then there is nothing at `out` that counts.
 bool takeBlock( const QV_CHAR *table, const uint8_t *in, QV_CHAR *out )
 {
     QV_CHAR all = 0;
@@ -73,7 +73,28 @@ QV_BOOL readChars( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT 
 
     return QV_TRUE;
 }
+
+qv::Ref< Source > createClosure( QV_BYTE_SOURCE *byteSource, QV_INT flags )
+{
+    return qv::Ref< Source >(
+        qv::createCodecSource< Source >( qv___CharsetMapCharSourceClosureSort(), byteSource, flags ) );
+}
+
+QV_CHAR_SOURCE *createSource( Source *csc )
+{
+    return qv::createCharSource( qv::readString< readChars, 1 >, readChars, csc );
+}
 } // namespace
+
+QV_CHAR_SOURCE *qv::createMapCharSource( QV_BYTE_SOURCE *byteSource, QV_INT flags, const uint16_t *chars )
+{
+    Ref< Source > csc = createClosure( byteSource, flags );
+
+    for( int byte = 0; byte < 256; byte++ )
+        csc->chars[byte] = chars[byte] == QV___CHARSET_NO_CHARACTER ? NONE : chars[byte];
+
+    return createSource( csc.get() );
+}
 
 QV_CHAR_SOURCE *qv___CharsetMapCharSourceCreate(
     QV_BYTE_SOURCE *byteSource, QV_INT flags, QV___CHARSET_BYTE_TO_CHAR_FUNC mapFunc )
@@ -81,12 +102,11 @@ QV_CHAR_SOURCE *qv___CharsetMapCharSourceCreate(
     QV_CHECK( byteSource );
     QV_CHECK( mapFunc );
 
-    qv::Ref< Source > csc(
-        qv::createCodecSource< Source >( qv___CharsetMapCharSourceClosureSort(), byteSource, flags ) );
+    qv::Ref< Source > csc = createClosure( byteSource, flags );
 
     for( int byte = 0; byte < 256; byte++ )
         if( !mapFunc( static_cast< uint8_t >( byte ), &csc->chars[byte] ) )
             csc->chars[byte] = NONE;
 
-    return qv::createCharSource( qv::readString< readChars, 1 >, readChars, csc.get() );
+    return createSource( csc.get() );
 }

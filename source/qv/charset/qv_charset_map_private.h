@@ -85,8 +85,25 @@ QV___CHARSET_MAPS( QV___CHARSET_MAP_DECLARE )
 /** What a table has for a byte without a character. */
 #define QV___CHARSET_NO_CHARACTER 0xFFFF
 
-/** Defines a pair over the tables of its source: CHARS has the character of each byte; PAGES the page of BYTES for the
-    upper bits of a character. A place of BYTES that no character owns names byte 0, whose character is another. */
+#ifdef __cplusplus
+namespace qv
+{
+/** The same as qv___CharsetMapCharSourceCreate() for a set of the library, by its table. Asking a function for each byte
+    takes longer than decoding a short text. */
+QV_CHAR_SOURCE *createMapCharSource( QV_BYTE_SOURCE *byteSource, QV_INT flags, const uint16_t *chars );
+
+/** The tables. */
+#define QV___CHARSET_MAP_DECLARE( Name ) const uint16_t *charsetChars##Name();
+
+QV___CHARSET_MAPS( QV___CHARSET_MAP_DECLARE )
+
+#undef QV___CHARSET_MAP_DECLARE
+} // namespace qv
+#endif
+
+/** Defines a pair, and the function above, over the tables of its source: CHARS has the character of each byte; PAGES
+    the page of BYTES for the upper bits of a character. A place of BYTES that no character owns names byte 0, whose
+    character is another. */
 #define QV___CHARSET_MAP( Name )                                                                                       \
     QV_BOOL qv___Charset##Name##MapByteToChar( uint8_t byte, QV_CHAR *charOut )                                        \
     {                                                                                                                  \
@@ -109,6 +126,11 @@ QV___CHARSET_MAPS( QV___CHARSET_MAP_DECLARE )
                                                                                                                        \
         *byteOut = byte;                                                                                               \
         return QV_TRUE;                                                                                                \
+    }                                                                                                                  \
+                                                                                                                       \
+    const uint16_t *qv::charsetChars##Name()                                                                           \
+    {                                                                                                                  \
+        return CHARS;                                                                                                  \
     }
 
 #endif
