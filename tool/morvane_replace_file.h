@@ -37,6 +37,9 @@ bool writeAll( int file, const void *bytes, QV_INT count );
 
 /** Why a file cannot be read, as a static text. */
 const char *unreadableReason( QV_STRING *fn );
+
+/** Why a file cannot be read and then replaced: it is no regular one. Null where it is, and where there is none. */
+const char *irreplaceableReason( QV_STRING *fn );
 } // namespace morvane
 
 #endif

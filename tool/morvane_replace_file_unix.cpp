@@ -174,4 +174,14 @@ const char *unreadableReason( QV_STRING *fn )
     close( file );
     return "it could not be read";
 }
+
+const char *irreplaceableReason( QV_STRING *fn )
+{
+    struct stat status;
+
+    if( stat( Name( fn ).text(), &status ) != 0 || S_ISREG( status.st_mode ) )
+        return nullptr;
+
+    return S_ISDIR( status.st_mode ) ? strerror( EISDIR ) : "not a regular file; it could not be replaced";
+}
 } // namespace morvane

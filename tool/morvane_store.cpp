@@ -92,8 +92,16 @@ Ref< QV_STORE > readStore( QV_STRING *fn, bool binary )
     return store;
 }
 
+// Reads a document that is to be changed.
 bool readDocument( QV_STRING *fn, Document *document )
 {
+    // A device or a pipe may have no end, and nowhere to be written back to.
+    if( const char *reason = irreplaceableReason( fn ) )
+    {
+        complain( COMMAND, fn, reason );
+        return false;
+    }
+
     Ref< QV_BUFFER > bytes = readFile( fn );
 
     if( !bytes )

@@ -199,6 +199,28 @@ TEST( MorvaneStore, ReplacesFilesAsAWhole )
 #endif
 }
 
+TEST( MorvaneStore, ChangesOnlyRegularFiles )
+{
+    ASSERT_EQ( 0, mkfifo( path( "pipe" ).c_str(), 0600 ) );
+
+    for( const char *words : { "set /dev/full a=1", "delete /dev/zero a", "merge pipe /dev/null" } )
+    {
+        Outcome outcome = morvane( std::string( "store " ) + words );
+        EXPECT_EQ( 1, outcome.status ) << words;
+        EXPECT_THAT( outcome.err, testing::EndsWith( ": not a regular file; it could not be replaced\n" ) ) << words;
+    }
+
+    EXPECT_EQ( "morvane store: .: Is a directory\n", morvane( "store set . a=1" ).err );
+
+    // A pipe can be read, and a file by the name of the standard input be changed.
+    write( "doc", "a=1\n" );
+    EXPECT_EQ( "1\n", morvane( "store get /dev/stdin a <doc" ).out );
+    EXPECT_EQ( "1\n", morvane( "store get /dev/stdin a", "cat doc |" ).out );
+    EXPECT_EQ( 0, morvane( "store set /dev/stdin a=2 <doc" ).status );
+    EXPECT_EQ( "a=2\n", contentOf( "doc" ) );
+    unlink( path( "pipe" ).c_str() );
+}
+
 TEST( Morvane, ListsToolsAndTellsTheUsage )
 {
     for( const char *words : { "", "help" } )
