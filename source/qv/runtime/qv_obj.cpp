@@ -24,31 +24,6 @@ namespace
 {
 QV___LOCK *odbLock = nullptr; // guards the lists of all sorts and modules; exists with the database only
 
-void linkObject( QV_SORT *sort, QV_OBJ *object )
-{
-    object->odbPrevious = sort->odbLast;
-
-    if( sort->odbLast )
-        sort->odbLast->odbNext = object;
-    else
-        sort->odbFirst = object;
-
-    sort->odbLast = object;
-}
-
-void unlinkObject( QV_SORT *sort, QV_OBJ *object )
-{
-    if( object->odbPrevious )
-        object->odbPrevious->odbNext = object->odbNext;
-    else
-        sort->odbFirst = object->odbNext;
-
-    if( object->odbNext )
-        object->odbNext->odbPrevious = object->odbPrevious;
-    else
-        sort->odbLast = object->odbPrevious;
-}
-
 void linkSort( QV_OBJ *result )
 {
     QV_MODULE *module = result->sort->module;
@@ -84,6 +59,71 @@ void unlinkSort( QV_SORT *sort )
     sort->sortsNext     = nullptr;
 }
 
+// One more live object of the sort, and maybe one more sort of its module. The module's count goes up with the first
+// object of a sort and down with its last.
+void countIn( QV_SORT *sort )
+{
+    if( qv___AtomicAdd32( &sort->objects, 1 ) == 1 && sort->module )
+        qv___AtomicAdd32( &sort->module->sorts, 1 );
+}
+
+void countOut( QV_SORT *sort )
+{
+    if( qv___AtomicAdd32( &sort->objects, -1 ) == 0 && sort->module )
+        qv___AtomicAdd32( &sort->module->sorts, -1 );
+}
+
+// The same with the database, and the lists. Its lock is held, so that the objects are counted without a locked
+// instruction.
+void enter( QV_OBJ *result )
+{
+    QV_SORT *sort    = result->sort;
+    int32_t  objects = qv___AtomicLoad32( &sort->objects ) + 1;
+
+    qv___AtomicStoreRelease32( &sort->objects, objects );
+
+    if( objects == 1 && sort->module )
+    {
+        qv___AtomicAdd32( &sort->module->sorts, 1 );
+        linkSort( result );
+    }
+
+    result->odbPrevious = sort->odbLast;
+
+    if( sort->odbLast )
+        sort->odbLast->odbNext = result;
+    else
+        sort->odbFirst = result;
+
+    sort->odbLast = result;
+}
+
+void unlinkObject( QV_OBJ *object )
+{
+    if( object->odbPrevious )
+        object->odbPrevious->odbNext = object->odbNext;
+    else
+        object->sort->odbFirst = object->odbNext;
+
+    if( object->odbNext )
+        object->odbNext->odbPrevious = object->odbPrevious;
+    else
+        object->sort->odbLast = object->odbPrevious;
+}
+
+void countListedOut( QV_SORT *sort )
+{
+    int32_t objects = qv___AtomicLoad32( &sort->objects ) - 1;
+
+    qv___AtomicStoreRelease32( &sort->objects, objects );
+
+    if( objects == 0 && sort->module )
+    {
+        unlinkSort( sort );
+        qv___AtomicAdd32( &sort->module->sorts, -1 );
+    }
+}
+
 // One more reference, for somebody who holds none but the lock of the lists: an object whose count is 0 is about to be
 // taken out of its list and cannot be had any more. A count above 0 must not become 0 in between.
 bool retainLive( QV_OBJ *object )
@@ -101,32 +141,6 @@ bool retainLive( QV_OBJ *object )
     }
 
     return false;
-}
-
-// One more live object of the sort, and maybe one more sort of its module. The module's count goes up with the first
-// object of a sort and down with its last.
-void countIn( QV_OBJ *object )
-{
-    QV_SORT *sort = object->sort;
-
-    if( qv___AtomicAdd32( &sort->objects, 1 ) == 1 && sort->module )
-    {
-        qv___AtomicAdd32( &sort->module->sorts, 1 );
-
-        if( qv___ObjOdbIsEnabled )
-            linkSort( object );
-    }
-}
-
-void countOut( QV_SORT *sort )
-{
-    if( qv___AtomicAdd32( &sort->objects, -1 ) == 0 && sort->module )
-    {
-        if( qv___ObjOdbIsEnabled )
-            unlinkSort( sort );
-
-        qv___AtomicAdd32( &sort->module->sorts, -1 );
-    }
 }
 } // namespace
 
@@ -241,20 +255,73 @@ __attribute__( ( always_inline ) ) inline QV_OBJ *createObject( QV_INT size, QV_
 
     if( __builtin_expect( !qv___ObjOdbIsEnabled, 1 ) )
     {
-        countIn( result );
+        countIn( sort );
         return result;
     }
 
     {
         qv::HeldLock held( odbLock );
-        countIn( result );
-        linkObject( sort, result );
+        enter( result );
     }
 
     if( qv___ObjOrigin && recordsOrigin( sort ) )
         qv___ObjLogAppendCallStack( result, 1, QV_INT_MAX );
 
     return result;
+}
+} // namespace
+
+namespace
+{
+// Ends an object that nobody holds.
+void end( QV_OBJ *thisObj )
+{
+    QV_SORT       *sort     = thisObj->sort;
+    QV___FREE_FUNC freeFunc = sort->freeFunc;
+
+    if( freeFunc )
+    {
+        // Out of the list first, so that no snapshot finds an object whose free function runs.
+        if( __builtin_expect( qv___ObjOdbIsEnabled, 0 ) )
+        {
+            qv::HeldLock held( odbLock );
+            unlinkObject( thisObj );
+        }
+
+        freeFunc( thisObj );
+    }
+
+    if( qv___AtomicLoad64( &thisObj->dbgAllocationSize ) != 0 )
+        qv___Abort(
+            "Allocation size failure", QV___SOURCE, __LINE__,
+            "!QV___ATOMIC_INT_COMPARE_EXCHANGE( &thisObj->dbgAllocationSize, 0, 0 )" );
+
+    if( __builtin_expect( thisObj->logFirst != nullptr, 0 ) )
+        qv::freeObjLog( thisObj );
+
+    QV_INT unique = thisObj->unique;
+
+    if( unique != QV___UNIQUE_INVALID )
+        qv___UniquePut( unique );
+
+    // The counts go down last: when a module's count of sorts reaches 0, none of its code runs for an object.
+    if( __builtin_expect( !qv___ObjOdbIsEnabled, 1 ) )
+    {
+        countOut( sort );
+    }
+    else
+    {
+        qv::HeldLock held( odbLock );
+
+        if( !freeFunc )
+            unlinkObject( thisObj ); // only here, which saves the lock once
+
+        countListedOut( sort );
+    }
+
+    memset( static_cast< void * >( thisObj ), 0xFF, sizeof( QV_OBJ ) );
+    __asm__ volatile( "" : : "r"( thisObj ) : "memory" ); // the compiler would drop stores to memory that is freed
+    qvMemFree( thisObj );
 }
 } // namespace
 
@@ -280,57 +347,20 @@ void qv___ObjFree( QV_OBJ *thisObj )
         "thisObj->type != QV___OBJ_TYPE_OBJECT || QV___RETAIN_COUNT_VALUE( thisObj->retainCount ) == 0" );
     QV_CHECK( thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->sort );
 
-    QV_SORT *sort = thisObj->sort;
-
-    // Out of the list first, so that no snapshot finds an object whose free function runs.
-    if( __builtin_expect( qv___ObjOdbIsEnabled, 0 ) )
-    {
-        qv::HeldLock held( odbLock );
-        unlinkObject( sort, thisObj );
-    }
-
-    if( sort->freeFunc )
-        sort->freeFunc( thisObj );
-
-    if( qv___AtomicLoad64( &thisObj->dbgAllocationSize ) != 0 )
-        qv___Abort(
-            "Allocation size failure", QV___SOURCE, __LINE__,
-            "!QV___ATOMIC_INT_COMPARE_EXCHANGE( &thisObj->dbgAllocationSize, 0, 0 )" );
-
-    if( __builtin_expect( thisObj->logFirst != nullptr, 0 ) )
-        qv::freeObjLog( thisObj );
-
-    QV_INT unique = thisObj->unique;
-
-    if( unique != QV___UNIQUE_INVALID )
-        qv___UniquePut( unique );
-
-    // The counts go down last: when a module's count of sorts reaches 0, none of its code runs for an object.
-    if( __builtin_expect( qv___ObjOdbIsEnabled, 0 ) )
-    {
-        qv::HeldLock held( odbLock );
-        countOut( sort );
-    }
-    else
-    {
-        countOut( sort );
-    }
-
-    memset( static_cast< void * >( thisObj ), 0xFF, sizeof( QV_OBJ ) );
-    __asm__ volatile( "" : : "r"( thisObj ) : "memory" ); // the compiler would drop stores to memory that is freed
-    qvMemFree( thisObj );
+    end( thisObj );
 }
 
 void qv___ObjReleaseLast( QV_OBJ *thisObj )
 {
     if( __builtin_expect( !qv___ObjOdbIsEnabled, 1 ) )
-        qv___AtomicStoreUnordered32( &thisObj->retainCount, 0 );
+        qv___AtomicStoreRelease32( &thisObj->retainCount, 0 );
 
     // A snapshot may have taken a reference since the caller looked, or may do so right now; then it ends the object.
     else if( qv___AtomicAdd32( &thisObj->retainCount, -1 ) != 0 )
         return;
 
-    qv___ObjFree( thisObj );
+    if( thisObj->type == QV___OBJ_TYPE_OBJECT )
+        end( thisObj );
 }
 
 void qvObjRetain( QV_OBJ *obj )

@@ -56,16 +56,16 @@ static inline int64_t qv___AtomicLoad64( const int64_t *value )
     return __atomic_load_n( value, __ATOMIC_SEQ_CST );
 }
 
-/** Writes; the unordered form is for what no other thread looks at any more. */
+/** Writes; the release form orders what was written before and needs no locked instruction. */
 static inline void qv___AtomicStore32( int32_t *value, int32_t newValue )
 {
     __atomic_store_n( value, newValue, __ATOMIC_SEQ_CST );
     QV___ATOMIC_FENCE();
 }
 
-static inline void qv___AtomicStoreUnordered32( int32_t *value, int32_t newValue )
+static inline void qv___AtomicStoreRelease32( int32_t *value, int32_t newValue )
 {
-    __atomic_store_n( value, newValue, __ATOMIC_RELAXED );
+    __atomic_store_n( value, newValue, __ATOMIC_RELEASE );
 }
 
 static inline void qv___AtomicStore64( int64_t *value, int64_t newValue )
