@@ -27,11 +27,13 @@ void add(
     const std::string &subject, const std::string &operation, const std::string &input, double target, Work ours,
     std::vector< Peer > peers );
 
-/** The same where only a part of the work counts: the part that it runs through `timed`. */
+/** The same where only a part of the work counts: the part that it runs through `timed`, or of which it tells how many
+    seconds another process has taken for it. */
 void addTimed(
     const std::string &subject, const std::string &operation, const std::string &input, double target, Work ours,
     std::vector< Peer > peers );
 void timed( const std::function< void() > &part );
+void timedElsewhere( double seconds );
 
 /** To be called by work that looks at memory: the most that it has held, in MiB. */
 void notePeak( double mebibytes );
