@@ -42,8 +42,8 @@ void freeCounted( QV_OBJ *thisObj )
     EXPECT_EQ( INTACT, std::exchange( qvCountedFrom( thisObj )->mark, 0 ) ) << "ended twice";
     qv___AtomicAdd32( &ended, 1 );
 
-    if( QV_SORT *sort = std::exchange( looksAt, nullptr ) )
-        lastLook = qvSortSnapshot( sort );
+    if( looksAt )
+        lastLook = qvSortSnapshot( std::exchange( looksAt, nullptr ) );
 }
 
 Ref< QV_COUNTED > counted()
