@@ -127,9 +127,9 @@ Progress putSparse( const QV_CHAR *in, uint8_t *out, const uint8_t *outEnd )
     }
 }
 
-// What putBlock() takes, and how many bytes it may write.
+// What putBlock() and putWide() take, and how many bytes they may write.
 const QV_INT BLOCK       = 8;
-const QV_INT BLOCK_BYTES = 2 * BLOCK;
+const QV_INT BLOCK_BYTES = 3 * BLOCK + 1;
 
 // Encodes 8 characters at once when none of them takes more than 2 bytes, and gives the end of the bytes, else null.
 // In the text of most alphabets 1 and 2 bytes alternate at any time; a branch for each character would be foreseen
@@ -188,6 +188,32 @@ uint8_t *putBlock( const QV_CHAR *in, uint8_t *out )
     return next;
 }
 
+// Encodes 8 characters of up to 3 bytes, and gives the end of the bytes, else null. Blanks stand anywhere among the
+// others, so every form is made and one is chosen without a branch.
+uint8_t *putWide( const QV_CHAR *in, uint8_t *out )
+{
+    QV_CHAR all = 0;
+
+    for( QV_INT i = 0; i < BLOCK; i++ )
+        all |= in[i];
+
+    if( all > 0xFFFF )
+        return nullptr;
+
+    for( QV_INT i = 0; i < BLOCK; i++ )
+    {
+        QV_CHAR  ch    = in[i];
+        uint32_t two   = 0x80C0 | ch >> 6 | ( ch & 0x3F ) << 8;
+        uint32_t three = 0x8080E0 | ch >> 12 | ( ch >> 6 & 0x3F ) << 8 | ( ch & 0x3F ) << 16;
+        uint32_t form  = ch > 0x7FF ? three : ch > 0x7F ? two : ch;
+
+        memcpy( out, &form, 4 );
+        out += 1 + ( ch > 0x7F ) + ( ch > 0x7FF );
+    }
+
+    return out;
+}
+
 #else
 
 const QV_INT STRETCH       = 64;
@@ -221,6 +247,11 @@ uint8_t *putBlock( const QV_CHAR *in, uint8_t *out )
     return out + BLOCK;
 }
 
+uint8_t *putWide( const QV_CHAR *, uint8_t * )
+{
+    return nullptr;
+}
+
 #endif
 
 // Encodes until the characters end, something invalid comes or there may be no room for the next one.
@@ -242,11 +273,15 @@ Progress putChars( const QV_CHAR *in, const QV_CHAR *inEnd, uint8_t *out, const 
 
         while( inEnd - in >= BLOCK && outEnd - out >= BLOCK_BYTES )
         {
-            uint8_t *behind  = putBlock( in, out );
-            bool     isAscii = behind == out + BLOCK;
+            uint8_t *behind = putBlock( in, out );
+
+            if( !behind )
+                behind = putWide( in, out );
 
             if( !behind )
                 break;
+
+            bool isAscii = behind == out + BLOCK;
 
             in += BLOCK;
             out = behind;
