@@ -38,7 +38,8 @@ QV_API void qvRuntimeStartup(
     QV_INT flags, QV_RUNTIME_PRINT_FUNC printFunc, const char *applicationIdentifier,
     const char *applicationFriendlyName, const char *applicationVersion );
 
-/** Stops the library, its modules first. All objects should be gone by then. */
+/** Stops the library, its modules first. All objects should be gone by then: with a snapshot flag, those of the library's
+    own sorts that are not are reported to the print hook. */
 QV_API void qvRuntimeShutdown( void );
 
 /** The flags of this run, normalised; 0 while the library is stopped. */
