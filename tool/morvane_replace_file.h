@@ -6,7 +6,8 @@
 namespace morvane
 {
 /** New content for a file, or a new file, piece by piece, so that whatever happens either the old content or the new one
-    is there as a whole: the new one is written beside it and renamed. Permissions are kept; a link stays one and the
+    is there as a whole: the new one is written beside it and renamed. Where the file system can do that, it bears no name
+    until then, so that nothing stays beside when the process is killed. Permissions are kept; a link stays one and the
     file that it leads to changes, but one that leads nowhere is replaced. What is no regular file, as a terminal, is
     written directly. The functions give null, or a static text of what went wrong; then, and without a commit, nothing
     has changed. */
@@ -25,8 +26,8 @@ public:
 
 private:
     int   file_   = -1;
-    char *target_ = nullptr; // what the new content is for, all links resolved
-    char *beside_ = nullptr; // where it is written; null for what is written directly
+    char *target_ = nullptr; // what the new content is for, all links resolved; null for what is written directly
+    char *beside_ = nullptr; // where it is written; null while that has no name
 };
 
 /** The same with all the content at hand. */

@@ -6,6 +6,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <libgen.h>
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -17,6 +18,8 @@ namespace morvane
 {
 namespace
 {
+const char OWN_FILES[] = "/proc/self/fd"; // the open files of a process by their numbers
+
 // A name of the operating system, freed at the end of the scope.
 class Name
 {
@@ -49,6 +52,43 @@ mode_t newFileMode()
     umask( mask );
 
     return 0666 & ~mask;
+}
+
+// Opens a file without a name in the folder of `target`, so that nothing is left of it when the process is killed. -1
+// where there are no such files, or where they could not be named later.
+int openNameless( const char *target )
+{
+    char *folder = strdup( target ); // or what becomes of it
+    int   file   = -1;
+
+    if( folder && access( OWN_FILES, X_OK ) == 0 )
+        file = open( dirname( folder ), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600 );
+
+    free( folder );
+    return file;
+}
+
+// Names a file without a name after `target`; null for a failure, of which `errno` tells.
+char *nameBeside( int file, const char *target )
+{
+    char own[64];
+    snprintf( own, sizeof( own ), "%s/%d", OWN_FILES, file );
+
+    for( unsigned i = 0;; i++ )
+    {
+        char *name = nullptr;
+
+        if( asprintf( &name, "%s.%d.%u", target, static_cast< int >( getpid() ), i ) < 0 )
+            return nullptr;
+
+        if( linkat( AT_FDCWD, own, AT_FDCWD, name, AT_SYMLINK_FOLLOW ) == 0 )
+            return name;
+
+        free( name );
+
+        if( errno != EEXIST )
+            return nullptr;
+    }
 }
 
 // Gives the new file the owner and the rights of the old one. `errno` tells of a failure.
@@ -117,13 +157,21 @@ const char *FileReplacement::begin( QV_STRING *fn )
 
     target_ = exists ? realpath( name.text(), nullptr ) : strdup( name.text() );
 
-    if( !target_ || asprintf( &beside_, "%s.XXXXXX", target_ ) < 0 )
-    {
-        beside_ = nullptr;
+    if( !target_ )
         return strerror( errno );
-    }
 
-    file_ = mkstemp( beside_ );
+    file_ = openNameless( target_ );
+
+    if( file_ < 0 )
+    {
+        if( asprintf( &beside_, "%s.XXXXXX", target_ ) < 0 )
+        {
+            beside_ = nullptr;
+            return strerror( errno );
+        }
+
+        file_ = mkstemp( beside_ );
+    }
 
     return file_ < 0 || !takeOver( file_, exists ? &old : nullptr ) ? strerror( errno ) : nullptr;
 }
@@ -135,13 +183,19 @@ const char *FileReplacement::write( const void *bytes, QV_INT count )
 
 const char *FileReplacement::commit()
 {
-    if( beside_ && ( fsync( file_ ) != 0 || rename( beside_, target_ ) != 0 ) )
+    if( target_ && fsync( file_ ) != 0 )
+        return strerror( errno );
+
+    if( target_ && !beside_ )
+        beside_ = nameBeside( file_, target_ );
+
+    if( target_ && ( !beside_ || rename( beside_, target_ ) != 0 ) )
         return strerror( errno );
 
     bool closed = close( file_ ) == 0;
     file_       = -1;
 
-    return closed || beside_ ? nullptr : strerror( errno );
+    return closed || target_ ? nullptr : strerror( errno );
 }
 
 const char *replaceFile( QV_STRING *fn, QV_BUFFER *content )

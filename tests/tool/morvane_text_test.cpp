@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 
 using namespace qv::test;
@@ -260,6 +261,27 @@ TEST( MorvaneText, ReplacesAndSkipsWhatIsInvalid )
         EXPECT_EQ( 0, outcome.status ) << each.options;
         EXPECT_EQ( each.out, outcome.out ) << each.options;
     }
+}
+
+TEST( MorvaneText, LeavesTheOldFileWhenItIsKilled )
+{
+    write( "kept", "old" );
+
+    // When all of this has gone into the pipe, which holds less, the output has been begun.
+    std::string command = "cd '" + scratch() + "' && mkfifo fifo && { '" MORVANE_EXECUTABLE
+                          "' text convert --from utf-8 --to utf-16 fifo kept & pid=$!; "
+                          "{ head -c 1000000 /dev/zero; kill -9 $pid; } >fifo; wait $pid; echo $? >status; rm fifo; } 2>err";
+    EXPECT_EQ( 0, std::system( command.c_str() ) );
+    EXPECT_EQ( "137\n", contentOf( "status" ) );
+    EXPECT_EQ( "old", contentOf( "kept" ) );
+
+    int nameless = open( scratch().c_str(), O_TMPFILE | O_WRONLY, 0600 );
+
+    // Where there are files without names, nothing is left beside it.
+    for( auto &entry : std::filesystem::directory_iterator( scratch() ) )
+        EXPECT_TRUE( nameless < 0 || entry.path().filename().string().find( "kept." ) == std::string::npos );
+
+    close( nameless );
 }
 
 TEST( MorvaneText, NamesTheCharacterSetsThatAreNear )
