@@ -155,7 +155,7 @@ QV_BOOL setNewlines( QV_VECTOR *argv, void *context )
 
     if( bit < 0 )
     {
-        complain( TEXT_COMMAND, arguments.argumentAt( 0 ), "no end of a line" );
+        complain( TEXT_COMMAND, arguments.argumentAt( 0 ), "no newline function" );
         return QV_FALSE;
     }
 

@@ -348,7 +348,7 @@ bool complainOfPlace( const Streams &streams, QV_INT offset, QV_STRING *reason )
 bool complainOfBytes( const Streams &streams, QV_INT offset, QV_INT charset )
 {
     Ref< QV_STRING > reason( qvStringCreate() );
-    qvStringAppendFormatCstr( reason.at(), "no %~s", -1, qvCharsetToIanaName( charset ) );
+    qvStringAppendFormatCstr( reason.at(), "not valid %~s", -1, qvCharsetToIanaName( charset ) );
 
     return complainOfPlace( streams, offset, reason );
 }

@@ -179,23 +179,23 @@ TEST( MorvaneText, TellsWhereAConversionFails )
         size_t      faultAt; // in the end
         const char *reason;
     } cases[] = {
-        { "UTF-8", "UTF-16", "", "a", "\x80" "a", 0, "no UTF-8" },
-        { "UTF-8", "UTF-16", "\xef\xbb\xbf", "\xc3\xa9", "\xe2\x82" "a\x80\x80", 0, "no UTF-8" },
-        { "UTF-8", "UTF-8", "a", "\xe2\x82\xac", "\xf0\x9f\x98", 0, "no UTF-8" },
-        { "UTF-8", "KOI8-R", "\xd0\xb9", "\xc1\xa1 ", "\xf4\x90\x80\x80", 0, "no UTF-8" }, // longer than it has to be
-        { "UTF-8", "UTF-8", "", "\xf0\x9f\x98\x80", "a\xff", 1, "no UTF-8" },
+        { "UTF-8", "UTF-16", "", "a", "\x80" "a", 0, "not valid UTF-8" },
+        { "UTF-8", "UTF-16", "\xef\xbb\xbf", "\xc3\xa9", "\xe2\x82" "a\x80\x80", 0, "not valid UTF-8" },
+        { "UTF-8", "UTF-8", "a", "\xe2\x82\xac", "\xf0\x9f\x98", 0, "not valid UTF-8" },
+        { "UTF-8", "KOI8-R", "\xd0\xb9", "\xc1\xa1 ", "\xf4\x90\x80\x80", 0, "not valid UTF-8" }, // longer than it has to be
+        { "UTF-8", "UTF-8", "", "\xf0\x9f\x98\x80", "a\xff", 1, "not valid UTF-8" },
         { "UTF-8", "cp1252", "\xef\xbb\xbf", "\xc3\xa9", "x\xe4\xb8\xad-", 1, "windows-1252 has no U+4E2D" },
         { "UTF-8", "cp1252", "", "a", "\xe4\xb8\xad\xff", 0, "windows-1252 has no U+4E2D" },
         { "UTF-8", "ISO-8859-1", "", "e\xcc\x81", "x\xcc\x81y", 1, "ISO-8859-1 has no U+0301" },
         { "UTF-8", "KOI8-R", "", "\xd0\xb9", "\xd0\xb9\xc2\xb5\xd0\xb9", 2, "KOI8-R has no U+00B5" },
         { "UTF-8", "KOI8-R", "", "\xd0\xb9", "\xe4\xb8\xad", 0, "KOI8-R has no U+4E2D" },
-        { "US-ASCII", "UTF-8", "", "a", "\x80", 0, "no US-ASCII" },
+        { "US-ASCII", "UTF-8", "", "a", "\x80", 0, "not valid US-ASCII" },
         { "KOI8-R", "US-ASCII", "", "a", "b\xc1", 1, "US-ASCII has no U+0430" },
-        { "UTF-16LE", "UTF-8", "", "\x3d\xd8\x00\xde" "a\0"s, "a\0b"s, 2, "no UTF-16LE" },
+        { "UTF-16LE", "UTF-8", "", "\x3d\xd8\x00\xde" "a\0"s, "a\0b"s, 2, "not valid UTF-16LE" },
         { "UTF-16", "latin1", "\xfe\xff", "\0a"s, "\xd8\x3d\xde\x00"s, 0, "ISO-8859-1 has no U+1F600" },
-        { "UTF-16BE", "UTF-16", "", "\xd8\x3d\xde\x00\xfe\xff"s, "\xd8", 0, "no UTF-16BE" },
+        { "UTF-16BE", "UTF-16", "", "\xd8\x3d\xde\x00\xfe\xff"s, "\xd8", 0, "not valid UTF-16BE" },
         { "UTF-32LE", "latin1", "", "a\0\0\0"s, "\0\1\0\0"s, 0, "ISO-8859-1 has no U+0100" },
-        { "UTF-32", "UTF-8", "\xff\xfe\0\0"s, "\0\xf6\1\0"s, "\0\0\x11\0"s, 0, "no UTF-32" },
+        { "UTF-32", "UTF-8", "\xff\xfe\0\0"s, "\0\xf6\1\0"s, "\0\0\x11\0"s, 0, "not valid UTF-32" },
     };
 
     write( "kept", "old" );
