@@ -3,7 +3,7 @@
 
        product reminder_c reminder.conf
 
-   Exits with what the module gives; with 1 if there is no such module, and with 3 if an object has survived the stop of
+   Exits with what the module gives; with 1 if it cannot be loaded or is no program, and with 3 if an object has survived the stop of
    the library, which then lists it. */
 
 #include <qv/qv.h>
@@ -44,12 +44,18 @@ static int runModule( QV_STRING *name, QV_VECTOR *arguments )
 {
     if( !qvModuleNameOk( name ) || !qvRuntimeTryLoadModule( name ) )
     {
-        fputs( "no such module\n", stderr );
+        fputs( "the module cannot be loaded\n", stderr );
         return 1;
     }
 
     QV_MODULE *module = qvRuntimeModule( name );
-    QV_INT     result = qvModuleHasPersonality( module ) ? qvModuleRunPersonality( module, (intptr_t)arguments, 0 ) : 1;
+    QV_INT     result = 1;
+
+    if( qvModuleHasPersonality( module ) )
+        result = qvModuleRunPersonality( module, (intptr_t)arguments, 0 );
+    else
+        fputs( "the module is no program\n", stderr );
+
     qvModuleRelease( module );
 
     return (int)result;

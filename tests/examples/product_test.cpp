@@ -61,7 +61,15 @@ TEST( Product, TakesNoHarmFromBadInput )
             EXPECT_EQ( row.status, product( std::string( module ) + row.words ).status ) << module << row.words;
     }
 
-    EXPECT_EQ( 1, product( "reminder_x document" ).status );
-    EXPECT_EQ( 1, product( "../reminder_c document" ).status );
+    for( const char *words : { "reminder_x document", "../reminder_c document" } )
+    {
+        Outcome outcome = product( words );
+        EXPECT_EQ( 1, outcome.status );
+        EXPECT_EQ( "the module cannot be loaded\n", outcome.err );
+    }
+
+    Outcome bare = run( PRODUCT_EXECUTABLE, "bare", "XZ_MORVANE_BIN_PATH='" TEST_MODULE_FOLDER "'" );
+    EXPECT_EQ( 1, bare.status );
+    EXPECT_EQ( "the module is no program\n", bare.err );
     EXPECT_EQ( 2, product( "" ).status );
 }

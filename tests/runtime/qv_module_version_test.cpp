@@ -58,7 +58,7 @@ TEST( ModuleVersion, ReadsItsTextAndNothingElse )
         EXPECT_EQ( "", read( bad ) ) << bad;
 
     Ref< QV_MODULE_VERSION > cut( qvModuleVersionTryCreateFromCstr( "1#5.2#77", 7 ) );
-    Ref< QV_MODULE_VERSION > wide( qvModuleVersionTryCreateFromWcstr( L"1#5.2#7", -1 ) );
+    Ref< QV_MODULE_VERSION > wide( qvModuleVersionTryCreateFromWcstr( L"1#5.2#7" ) );
     EXPECT_EQ( ( Numbers{ 1, 5, 2, 7 } ), numbersOf( cut ) );
     EXPECT_TRUE( qvModuleVersionEquals( cut, wide ) );
 }

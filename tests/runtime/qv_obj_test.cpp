@@ -266,6 +266,12 @@ TEST( Obj, BrokenContractsAreReported )
     EXPECT_BROKEN(
         qv___ObjFree( any( object ) ),
         "thisObj->type != QV___OBJ_TYPE_OBJECT || QV___RETAIN_COUNT_VALUE( thisObj->retainCount ) == 0" );
+    EXPECT_BROKEN(
+        {
+            object->sort = nullptr;
+            object.reset();
+        },
+        "thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->sort" );
     EXPECT_BROKEN( qv___ObjDbgSetAllocationSize( object, -1 ), "size >= 0" );
     EXPECT_BROKEN( qv___ObjDbgSetAllocationSizeN( object, QV_INT_MAX, 2 ), "QV_INT_MUL_OK( count, size )" );
     EXPECT_BROKEN_MESSAGE(

@@ -301,7 +301,7 @@ TEST( RuntimeModule, AFailureLeavesWhatWasLoadedBefore )
 
              // A failure is no obstacle to the next try.
              EXPECT_FALSE( load( "unwilling" ) );
-             EXPECT_TRUE( qvRuntimeTryLoadModulesWcstr( L"plug base_1 app", -1 ) );
+             EXPECT_TRUE( qvRuntimeTryLoadModulesWcstr( L"plug base_1 app" ) );
              EXPECT_EQ( "qv base_1 base_2 extra plug app plug_plug", loaded() );
          } );
 }

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <filesystem>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 using namespace qv::test;
 
 namespace
@@ -88,6 +91,14 @@ TEST( MorvaneModule, FailsInOneLine )
         MODULE_FOLDER "/libmorvane-result.so", path( "libmorvane-lacking.so" ),
         std::filesystem::copy_options::overwrite_existing );
 
+    // A copy under way, and what never ends.
+    std::filesystem::copy_file(
+        MODULE_FOLDER "/libmorvane-result.so", path( "libmorvane-cut.so" ),
+        std::filesystem::copy_options::overwrite_existing );
+    std::filesystem::resize_file( path( "libmorvane-cut.so" ), 3000 );
+    unlink( path( "libmorvane-pipe.so" ).c_str() );
+    ASSERT_EQ( 0, mkfifo( path( "libmorvane-pipe.so" ).c_str(), 0600 ) );
+
     struct
     {
         const std::string folder;
@@ -99,6 +110,9 @@ TEST( MorvaneModule, FailsInOneLine )
         { MODULE_FOLDER, "run absent", "module: absent: " MODULE_FOLDER "/libmorvane-absent.so: cannot open", "" },
         { HERE, "show text", "libmorvane-text.so: ", "" },
         { HERE, "run text", "libmorvane-text.so: ", "" },
+        { HERE, "show cut", "module: cut: the file cannot be loaded\n", "" },
+        { HERE, "run cut", "module: cut: the file cannot be loaded\n", "" },
+        { HERE, "show pipe", "module: pipe: the file cannot be loaded\n", "" },
         { HERE, "show lacking", "undefined symbol: lacking___module\n", "" },
         { HERE, "run lacking", "undefined symbol: lacking___module\n", "" },
         { MODULE_FOLDER, "show misnamed", "module: misnamed: the file holds a module of another name\n", "" },

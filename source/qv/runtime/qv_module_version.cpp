@@ -132,9 +132,9 @@ QV_MODULE_VERSION *qvModuleVersionTryCreateFromCstr( const char *cstr, QV_INT le
     return qvModuleVersionTryCreateFromString( qv::Ref< QV_STRING >( qvStringCreateFromCstr( cstr, length ) ) );
 }
 
-QV_MODULE_VERSION *qvModuleVersionTryCreateFromWcstr( const wchar_t *wcstr, QV_INT length )
+QV_MODULE_VERSION *qvModuleVersionTryCreateFromWcstr( const wchar_t *wcstr )
 {
-    return qvModuleVersionTryCreateFromString( qv::Ref< QV_STRING >( qvStringCreateFromWcstr( wcstr, length ) ) );
+    return qvModuleVersionTryCreateFromString( qv::Ref< QV_STRING >( qvStringCreateFromWcstr( wcstr, -1 ) ) );
 }
 
 QV_INT qvModuleVersionMajor( QV_MODULE_VERSION *ver )

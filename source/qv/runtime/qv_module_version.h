@@ -20,11 +20,11 @@ QV_FAMILY( ModuleVersion, QV_MODULE_VERSION )
 QV_API QV_MODULE_VERSION *
 qvModuleVersionCreate( QV_INT major, QV_INT majorInsert, QV_INT minor, QV_INT minorInsert );
 
-/** A new version from its text; null if it is none. A length is in bytes for a Cstr, which is UTF-8, and in units for a
-    Wcstr; -1 means that the text ends at its terminator. */
+/** A new version from its text; null if it is none. A Cstr is UTF-8 and its length is in bytes; -1 means that it ends at
+    its terminator, as a Wcstr always does. */
 QV_API QV_MODULE_VERSION *qvModuleVersionTryCreateFromString( QV_STRING *qvs );
 QV_API QV_MODULE_VERSION *qvModuleVersionTryCreateFromCstr( const char *cstr, QV_INT length );
-QV_API QV_MODULE_VERSION *qvModuleVersionTryCreateFromWcstr( const wchar_t *wcstr, QV_INT length );
+QV_API QV_MODULE_VERSION *qvModuleVersionTryCreateFromWcstr( const wchar_t *wcstr );
 
 QV_API QV_INT qvModuleVersionMajor( QV_MODULE_VERSION *ver );
 QV_API QV_INT qvModuleVersionMajorInsert( QV_MODULE_VERSION *ver );

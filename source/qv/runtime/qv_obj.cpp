@@ -276,7 +276,9 @@ namespace
 // Ends an object that nobody holds.
 void end( QV_OBJ *thisObj )
 {
-    QV_SORT       *sort     = thisObj->sort;
+    QV_SORT *sort = thisObj->sort;
+    QV_CHECK_AS( sort, "thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->sort" );
+
     QV___FREE_FUNC freeFunc = sort->freeFunc;
 
     if( freeFunc )
@@ -345,7 +347,6 @@ void qv___ObjFree( QV_OBJ *thisObj )
     QV_CHECK_AS(
         qv___AtomicLoad32( &thisObj->retainCount ) == 0,
         "thisObj->type != QV___OBJ_TYPE_OBJECT || QV___RETAIN_COUNT_VALUE( thisObj->retainCount ) == 0" );
-    QV_CHECK( thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->sort );
 
     end( thisObj );
 }

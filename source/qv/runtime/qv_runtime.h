@@ -200,11 +200,12 @@ QV_API QV_BOOL    qvRuntimeHasPath( QV_INT path );
 QV_API QV_BOOL qvRuntimeTryLoadModule( QV_STRING *moduleName );
 
 /** Loads several in their order and stops at the first that fails; extensions follow if none has. The names are in a
-    Vector of Strings, or in a text with one blank between them, which holds at least one. */
+    Vector of Strings, or in a text with one blank between them, which holds at least one. A length is in bytes; -1 means
+    that the text ends at its terminator, as a Wcstr always does. */
 QV_API QV_BOOL qvRuntimeTryLoadModulesVector( QV_VECTOR *moduleNames );
 QV_API QV_BOOL qvRuntimeTryLoadModules( QV_STRING *qvs );
 QV_API QV_BOOL qvRuntimeTryLoadModulesCstr( const char *cstr, QV_INT length );
-QV_API QV_BOOL qvRuntimeTryLoadModulesWcstr( const wchar_t *wcstr, QV_INT length );
+QV_API QV_BOOL qvRuntimeTryLoadModulesWcstr( const wchar_t *wcstr );
 
 /** Stops all modules but the library, the last loaded first, each when the last object of its sorts is gone. An object
     that is kept for more than 60 seconds ends the process; in a run with snapshot flags it is reported every 10

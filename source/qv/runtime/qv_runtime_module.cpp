@@ -313,9 +313,9 @@ QV_BOOL qvRuntimeTryLoadModulesCstr( const char *cstr, QV_INT length )
     return qvRuntimeTryLoadModules( qv::Ref< QV_STRING >( qvStringCreateFromCstr( cstr, length ) ) );
 }
 
-QV_BOOL qvRuntimeTryLoadModulesWcstr( const wchar_t *wcstr, QV_INT length )
+QV_BOOL qvRuntimeTryLoadModulesWcstr( const wchar_t *wcstr )
 {
-    return qvRuntimeTryLoadModules( qv::Ref< QV_STRING >( qvStringCreateFromWcstr( wcstr, length ) ) );
+    return qvRuntimeTryLoadModules( qv::Ref< QV_STRING >( qvStringCreateFromWcstr( wcstr, -1 ) ) );
 }
 
 /* Unloading ------------------------------------------------------------------------------------------------------ */

@@ -20,6 +20,13 @@ QV_API void qv___RuntimePlatformUnixSetupPath( QV_STRING *path );
     that was given stays open for the life of the process. */
 QV_API QV_MODULE *qv___RuntimePlatformLoadModule( QV_STRING *moduleName );
 
+namespace qv
+{
+/** False for a file that the system's loader would stumble over instead of refusing it: a shared object that is cut off,
+    as by a copy under way, ends the process, and a pipe makes it wait. */
+bool isFitToLoad( const char *path );
+} // namespace qv
+
 /** What the platform tells about the computer: new Strings, or null. */
 QV_API QV_STRING *qv___RuntimePlatformComputerName( void );
 QV_API QV_STRING *qv___RuntimePlatformOperatingSystemInfo( void );

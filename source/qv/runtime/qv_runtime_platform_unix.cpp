@@ -224,7 +224,8 @@ QV_MODULE *qv___RuntimePlatformLoadModule( QV_STRING *moduleName )
         return nullptr;
 
     qvStringAppendFormatCstr( path.at(), "lib%~s-%s.so", -1, qvRuntimeVersionProductName(), moduleName );
-    void *file = dlopen( qv::Cstr( path ), RTLD_NOW );
+    qv::Cstr fileName( path );
+    void    *file = implicit || qv::isFitToLoad( fileName ) ? dlopen( fileName, RTLD_NOW ) : nullptr;
 
     if( !file )
     {

@@ -1,0 +1,52 @@
+#include "qv/runtime/qv_runtime_platform_private.h"
+
+#include <fcntl.h>
+#include <link.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+template< class T >
+bool readAt( int file, uint64_t offset, T *value )
+{
+    return pread( file, value, sizeof( T ), static_cast< off_t >( offset ) ) == static_cast< ssize_t >( sizeof( T ) );
+}
+
+// Whether what the loader is going to map lies within the file. It looks into the rest itself.
+bool holdsItsSegments( int file, uint64_t size )
+{
+    ElfW( Ehdr ) head;
+    ElfW( Phdr ) segment;
+
+    if( !readAt( file, 0, &head ) || memcmp( head.e_ident, ELFMAG, SELFMAG ) || head.e_phentsize != sizeof( segment ) )
+        return true;
+
+    for( uint64_t i = 0; i < head.e_phnum; i++ )
+    {
+        if( !readAt( file, head.e_phoff + i * sizeof( segment ), &segment ) )
+            return false;
+
+        if( segment.p_type == PT_LOAD && ( segment.p_filesz > size || segment.p_offset > size - segment.p_filesz ) )
+            return false;
+    }
+
+    return true;
+}
+} // namespace
+
+bool qv::isFitToLoad( const char *path )
+{
+    int file = open( path, O_RDONLY | O_CLOEXEC | O_NONBLOCK );
+
+    if( file < 0 )
+        return true;
+
+    struct stat status;
+    bool        fit = fstat( file, &status ) == 0 && S_ISREG( status.st_mode )
+               && holdsItsSegments( file, static_cast< uint64_t >( status.st_size ) );
+    close( file );
+
+    return fit;
+}
