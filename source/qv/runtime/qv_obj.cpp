@@ -269,10 +269,7 @@ __attribute__( ( always_inline ) ) inline QV_OBJ *createObject( QV_INT size, QV_
 
     return result;
 }
-} // namespace
 
-namespace
-{
 // Ends an object that nobody holds.
 void end( QV_OBJ *thisObj )
 {
