@@ -1,8 +1,9 @@
 /* What is told about leaks. This program forgets a text, a document in a Vector, and a note of the module notes:
 
    - The stop waits for the note, since the module's code cannot go before its objects. After ten seconds it lists what it
-     waits for, with the stack that made each object. This program then gives the note up.
-   - At the end of the stop the library lists what is left of its own families.
+     waits for, with the stack that made it. This program then gives the note up.
+   - At the end of the stop the library lists what is left of its own families. Texts and containers bear no stack, since
+     recording one creates some; the document does.
 
    Function names in the stacks come from the dynamic tables: the program is linked so that it has one, and the module
    marks its functions. Modules lie in the folder that XZ_MORVANE_BIN_PATH names. */

@@ -198,4 +198,13 @@ constexpr QV_MODULE qv___ModuleOf( const QV_MODULE_RECORD *record, const QV___MO
 
 #endif
 
+#ifndef QV_MODULE_NAME
+#undef QV_MODULE_DEFINE
+#ifdef __cplusplus
+#define QV_MODULE_DEFINE( info, funcs ) static_assert( false, "a module needs its QV_MODULE_NAME" )
+#else
+#define QV_MODULE_DEFINE( info, funcs ) _Static_assert( 0, "a module needs its QV_MODULE_NAME" )
+#endif
+#endif
+
 #endif

@@ -167,6 +167,12 @@ grep -q '(main+' "$scratch/report"
 if cmake --build "$modules" --target morvane-unresolved >"$scratch/link" 2>&1; then exit 1; fi
 grep -q nowhere "$scratch/link"
 
+# A module without its name would be the library's own.
+for compiler in "cc -std=c11" "c++ -std=c++20 -x c++"; do
+    if $compiler -I"$prefix/include" -fsyntax-only "$scratch/greeter.c" 2>"$scratch/nameless"; then exit 1; fi
+    grep -q 'a module needs its QV_MODULE_NAME' "$scratch/nameless"
+done
+
 echo "== headers"
 ( cd "$prefix/include" && find qv -name '*.h' ) | while read -r header; do
     echo "#include \"$header\"" >"$scratch/header.c"

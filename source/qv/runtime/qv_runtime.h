@@ -15,6 +15,9 @@
 
 /* Start and stop ------------------------------------------------------------------------------------------------- */
 
+/** What a run is started with. OBJECT_ORIGIN, SNAPSHOT_SORT and SNAPSHOT_OBJECT need OBJECT_DATABASE, and the two flags
+    that add to reports need SNAPSHOT_OBJECT; where it lacks they have no effect. Texts, buffers, vectors, dicts and stack
+    traces log no stack of theirs, since recording one creates them. */
 #define QV_RUNTIME_FLAG_MINIMAL                  1    /**< without the file system: no paths; stands alone */
 #define QV_RUNTIME_FLAG_SYSTEM                   2    /**< system installation: data under /var/opt, not in the home */
 #define QV_RUNTIME_FLAG_MEMORY_DEBUG             4    /**< new memory is filled with bytes 0xFF */
