@@ -3,10 +3,13 @@
 #include "qv/base/qv_boxed_int.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/base/qv_vector.h"
+#include "qv/runtime/qv_runtime.h"
+#include "qv/runtime/qv_sort.h"
 #include "qv/sys/qv_mem.h"
 
 #include <functional>
 #include <random>
+#include <thread>
 
 using qv::Ref;
 using namespace qv::test;
@@ -696,6 +699,93 @@ TEST( String, SplitsAtRunsOfWhiteSpace )
     EXPECT_THAT( split( "a b", 2 ), ElementsAre( "a", "b" ) );
 }
 
+// Many parts share memory. Each stays what it was whichever of the others go, on which thread they do, and whether they
+// have outgrown the memory.
+TEST( String, PartsOutliveOneAnother )
+{
+    std::mt19937                    random( 1 );
+    std::vector< std::u32string >   model( 300 );
+    std::u32string                  whole;
+    std::vector< Ref< QV_STRING > > live[2];
+
+    for( size_t i = 0; i < model.size(); i++ )
+    {
+        model[i].assign( i == 7 ? 600 : random() % 40, U'a' + random() % 26 );
+        whole += ( i == 0 ? U"" : U"," ) + model[i];
+    }
+
+    {
+        Ref< QV_VECTOR > vec( qvStringSplitChar( text( whole ), U',', -1 ) );
+        ASSERT_EQ( QV_INT( model.size() ), qvVectorLength( vec ) );
+
+        for( size_t i = 0; i < model.size(); i++ )
+            live[i % 2].emplace_back( qvStringFrom( qvVectorObjAt( vec, QV_INT( i ) ) ) );
+    }
+
+    auto thin = [&]( size_t half )
+    {
+        std::mt19937 own( static_cast< unsigned >( half ) );
+
+        for( size_t i = 0; i < live[half].size(); i++ )
+        {
+            EXPECT_EQ( size( model[i * 2 + half] ) * 4, allocated( live[half][i].get() ) );
+
+            if( own() % 4 == 0 )
+                qvStringAppendChars( live[half][i].at(), U"123456789", 9 );
+        }
+
+        for( size_t left = live[half].size(); left > 0; left-- )
+        {
+            Ref< QV_STRING >     &part = live[half][own() % live[half].size()];
+            const std::u32string &was  = model[static_cast< size_t >( &part - live[half].data() ) * 2 + half];
+
+            if( part )
+            {
+                EXPECT_EQ( was, qv::test::chars( part ).substr( 0, was.size() ) );
+            }
+
+            part.reset();
+        }
+    };
+
+    std::thread other( thin, 1 );
+    thin( 0 );
+    other.join();
+    settle();
+}
+
+TEST( String, PartsAreCountedWhereNoListsAreKept )
+{
+    withoutLibrary(
+        []
+        {
+            qvRuntimeStartup( QV_RUNTIME_FLAG_MINIMAL, nullptr, nullptr, nullptr, nullptr );
+            QV_INT before = qvSortObjects( qvStringSort() );
+
+            for( QV_INT count : { 1, 5, 8, 9, 31, 32, 33, 100 } )
+            {
+                Ref< QV_STRING > qvs = text( std::string( size_t( count - 1 ) * 2, ';' ) + "last" );
+                Ref< QV_VECTOR > vec( qvStringSplitCstr( qvs, ";;", -1, -1 ) ); // all but the last are the empty one
+                EXPECT_EQ( before + 2, qvSortObjects( qvStringSort() ) );
+
+                qvStringAppendCstr( qvs.at(), " x", -1 );
+                vec.reset( qvStringSplitChar( text( std::string( size_t( count ), 'a' ) ), U'b', -1 ) );
+                EXPECT_EQ( before + 2, qvSortObjects( qvStringSort() ) );
+
+                std::string words = "w";
+
+                for( QV_INT i = 1; i < count; i++ )
+                    words += " w";
+
+                vec.reset( qvStringSplitWhitespace( text( words ), -1 ) );
+                EXPECT_EQ( before + 1 + count, qvSortObjects( qvStringSort() ) );
+            }
+
+            EXPECT_EQ( before, qvSortObjects( qvStringSort() ) );
+            qvRuntimeShutdown();
+        } );
+}
+
 TEST( String, ScansValuesInARange )
 {
     Ref< QV_STRING > qvs      = text( "x12345 1.5 true" );
@@ -741,6 +831,45 @@ TEST( String, ConvertsToOutsideText )
 
     Ref< QV_STRING > same( qvStringToString( qvs ) );
     EXPECT_EQ( qvs.get(), same.get() );
+}
+
+// Long text is taken as ASCII first: another character turns up at every place of the vectors and behind them.
+TEST( String, Utf8WithOneOtherCharacterAnywhere )
+{
+    const std::pair< std::u32string, std::string > others[]
+        = { { U"x", "x" }, { U"\xE9", "\xC3\xA9" }, { U"\x4E2D", "\xE4\xB8\xAD" }, { U"\x1F600", "\xF0\x9F\x98\x80" } };
+
+    for( size_t length : { 31, 32, 33, 97, 130, 511, 512, 513, 700 } )
+        for( const auto &[other, otherUtf8] : others )
+            for( size_t at = length; at-- > 0; at = at > 100 ? at - 37 : at )
+            {
+                std::u32string plain = std::u32string( at, U'a' ) + other + std::u32string( length - at - 1, U'z' );
+                std::string    utf8  = std::string( at, 'a' ) + otherUtf8 + std::string( length - at - 1, 'z' );
+
+                Ref< QV_STRING > decoded( qvStringCreateFromUtf8( utf8.data(), QV_INT( utf8.size() ) ) );
+                ASSERT_EQ( plain, qv::test::chars( decoded ) ) << length << ' ' << at;
+                ASSERT_EQ( QV_INT( length ) * 4, allocated( decoded.get() ) );
+
+                for( QV_BOOL addNull : { QV_FALSE, QV_TRUE } )
+                {
+                    QV_INT bytes;
+                    char  *block = qvStringConvertToUtf8( decoded, addNull, &bytes );
+                    ASSERT_EQ( utf8 + std::string( addNull, '\0' ), std::string( block, size_t( bytes ) ) );
+                    qvMemFree( block );
+                }
+            }
+
+    // Of what is cut off, nothing may be left.
+    std::string cut( 600, '\xE4' );
+    EXPECT_EQ( 0, qvStringLength( Ref< QV_STRING >( qvStringCreateFromUtf8( "\xC3", 1 ) ) ) );
+    EXPECT_EQ( 599, qvStringLength( Ref< QV_STRING >( qvStringCreateFromUtf8( cut.data(), 600 ) ) ) );
+
+    std::string high;
+
+    for( int i = 0; i < 150; i++ )
+        high += "\xF7\xBF\xBF\xBF";
+
+    EXPECT_EQ( theEmpty(), Ref< QV_STRING >( qvStringCreateFromUtf8( high.data(), 600 ) ).get() );
 }
 
 /* Contracts ------------------------------------------------------------------------------------------------------ */

@@ -57,6 +57,15 @@ Item copyItem( const Item &item )
 
 void releaseItem( const Item &item )
 {
+    // Both references at once where they are to one object.
+    if( item.key == item.val )
+    {
+        if( qv___AtomicAdd32( &item.key->retainCount, -2 ) == 0 )
+            qv___ObjFree( item.key );
+
+        return;
+    }
+
     qv::release( item.key );
     qv::release( item.val );
 }
@@ -535,12 +544,13 @@ Item *respace( QV_DICT *dict, QV_INT idx )
     return to + idx;
 }
 
-// Enters a new key in a Dict that nobody else holds. Takes over both references.
-void insertItem( QV_DICT *dict, const Place &place, Item item )
+// Enters a new key in a Dict that nobody else holds. Takes over both references. They come in registers: an Item that was
+// just written to the stack field by field and is read from there as a vector makes the processor wait.
+void insertItem( QV_DICT *dict, const Place &place, QV_OBJ *key, QV_OBJ *value )
 {
     QV_CHECK_AS( QV_INT_ADD_OK( dict->length, 1 ), "QV_INT_ADD_OK( (*dict)->length, 1 )" );
     growAccounted( dict, 1 );
-    item.digest = place.hasDigest ? place.digest : digestNew( dict, item.key );
+    uint64_t digest = place.hasDigest ? place.digest : digestNew( dict, key );
 
     QV_INT idx  = place.index;
     QV_INT tail = dict->length - idx;
@@ -561,7 +571,9 @@ void insertItem( QV_DICT *dict, const Place &place, Item item )
         gap = respace( dict, idx );
     }
 
-    *gap = item;
+    gap->key    = key;
+    gap->val    = value;
+    gap->digest = digest;
     dict->length++;
 }
 
@@ -639,7 +651,7 @@ void setOwned( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value )
     if( place.found )
         replaceItem( *dict, place.index, { key, value, 0 } );
     else
-        insertItem( *dict, place, { key, value, 0 } );
+        insertItem( *dict, place, key, value );
 }
 } // namespace
 
@@ -704,10 +716,22 @@ QV_INT qv::searchDict( QV_DICT *dict, QV_OBJ *key, bool *found )
     return place.index;
 }
 
-void qv::insertIntoDict( QV_DICT **dict, QV_INT idx, QV_OBJ *key, QV_OBJ *value )
+void qv::insertIntoDict(
+    QV_DICT **dict, QV_INT idx, QV_OBJ *key, QV_OBJ *value, QV_DICT *superset, QV_INT supersetIdx )
 {
     makePrivate( dict, qvDictCreateFrom );
-    insertItem( *dict, { idx, false }, { key, value, 0 } );
+
+    Place place = { idx, false };
+
+    // What all keys of the superset have in common, those here have.
+    if( superset && superset->digestSort && (*dict)->length > 0 && (*dict)->digestSort == superset->digestSort &&
+        (*dict)->digestPrefix == superset->digestPrefix )
+    {
+        place.hasDigest = true;
+        place.digest    = superset->items[supersetIdx].digest;
+    }
+
+    insertItem( *dict, place, key, value );
 }
 
 void qv___DictClear( QV_DICT **dict )
@@ -1128,7 +1152,7 @@ void qvDictInclude( QV_DICT **dest, QV_DICT *src, QV_BOOL overwrite )
         Place place = find( *dest, item.key );
 
         if( !place.found )
-            insertItem( *dest, place, copyItem( item ) );
+            insertItem( *dest, place, qv::retain( item.key ), qv::retain( item.val ) );
         else if( overwrite )
             replaceItem( *dest, place.index, copyItem( item ) );
     }
@@ -1183,7 +1207,7 @@ void qvDictIntersect( QV_DICT **dest, QV_DICT *src, QV_BOOL useSrcValues )
 
         qv::makePrivate( result.at(), qvDictCreateFrom );
         QV_OBJ *value = useSrcValues ? src->items[place.index].val : old->items[i].val;
-        insertItem( result, { result->length, false }, { qv::retain( old->items[i].key ), qv::retain( value ), 0 } );
+        insertItem( result, { result->length, false }, qv::retain( old->items[i].key ), qv::retain( value ) );
     }
 
     qv::assign( dest, result.give() );

@@ -19,6 +19,7 @@
 #include "qv/io/qv_nlf.h"
 #include "qv/io/qv_nlf_line_source.h"
 #include "qv/runtime/qv_obj.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
@@ -96,7 +97,7 @@ void insert( QV_STORE *store, Table table, QV_INT idx, QV_STRING *address, QV_OB
         dictIdx = qv::searchDict( dict, address, &found );
 
     qv::insertIntoDict( &store->addresses, idx, address, address );
-    qv::insertIntoDict( &dict, dictIdx, address, value );
+    qv::insertIntoDict( &dict, dictIdx, address, value, store->addresses, idx );
 }
 
 // Sets an entry of the values or the stores of a store that nobody else holds.
@@ -249,12 +250,12 @@ QV_CHAR *allocateChars( QV_INT count )
 }
 
 template< class Unit >
-QV_STRING *stringOf( Span< Unit > text )
+QV_STRING *stringOf( Span< Unit > text, qv::ObjBatch *batch = nullptr )
 {
     if( text.length() == 0 )
         return qvStringCreate();
 
-    QV_STRING *qvs = qv::createString( text.length() );
+    QV_STRING *qvs = qv::createString( text.length(), batch );
     std::copy( text.begin, text.end, qvs->chars );
 
     return qvs;
@@ -307,10 +308,10 @@ QV_CHAR stringToUnescapeNext( const Unit *&pos, const Unit *end )
 }
 
 template< class Unit >
-QV_STRING *stringToUnescape( Span< Unit > text )
+QV_STRING *stringToUnescape( Span< Unit > text, qv::ObjBatch *batch = nullptr )
 {
     if( std::find( text.begin, text.end, '%' ) == text.end )
-        return stringOf( text );
+        return stringOf( text, batch );
 
     QV_CHAR    *chars  = allocateChars( text.length() );
     QV_INT      length = 0;
@@ -372,7 +373,7 @@ public:
             }
 
             if( line_.kind == QV___STORE_LINE_VALUE )
-                reader_.set( levels, VALUES, line_.address, stringToUnescape( line_.value ) );
+                reader_.set( levels, VALUES, line_.address, stringToUnescape( line_.value, &reader_.strings_ ) );
         }
 
         // To be called when lines of another text have been read in between.
@@ -430,7 +431,7 @@ private:
 
         if( !found )
         {
-            qv___AtomicAdd32( &address->retainCount, 2 );
+            qv::retainMore( address, 2 );
             insert( store, table, idx, address, value );
             return address;
         }
@@ -463,7 +464,7 @@ private:
             before_[level] = nullptr;
         }
 
-        return stringOf( text );
+        return stringOf( text, &strings_ );
     }
 
     // The index of a key, or -1. Most texts lie behind the last key.
@@ -494,6 +495,7 @@ private:
 
     QV_INT              depth_;
     qv::Ref< QV_STORE > top_;
+    qv::ObjBatch        strings_ { qvStringSort() }; // most of them live as long as the tree
 
     // The stores that the last lines went down to, each held by the one above it, and their addresses in that. Of the
     // stores the first open_ + 1 count, of the addresses the first open_.

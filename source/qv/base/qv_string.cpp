@@ -71,13 +71,14 @@ QV_STRING *createWithoutBlock()
 }
 
 // A String of undefined characters, and with so many free places at each end. The sum is above 0.
-QV_STRING *createWithBlock( QV_INT length, QV_INT space )
+QV_STRING *createWithBlock( QV_INT length, QV_INT space, qv::ObjBatch *batch = nullptr )
 {
     QV_INT     places = length + 2 * space;
     bool       embeds = places <= EMBEDDED;
     QV_INT     extra  = embeds ? places * QV_INT( sizeof( QV_CHAR ) ) : 0;
     QV_CHAR   *block  = embeds ? nullptr : allocate( places );
-    QV_OBJ    *object = qv::createWithRoom( sizeof( QV_STRING ), extra, qvStringSort() );
+    QV_OBJ    *object = batch ? batch->create( sizeof( QV_STRING ), extra )
+                              : qv::createWithRoom( sizeof( QV_STRING ), extra, qvStringSort() );
     QV_STRING *qvs    = static_cast< QV_STRING * >( object );
     qvs->length       = length;
     qvs->fspace       = space;
@@ -374,9 +375,9 @@ void qv___StringCompact( QV_STRING *qvs )
     account( qvs );
 }
 
-QV_STRING *qv::createString( QV_INT count )
+QV_STRING *qv::createString( QV_INT count, ObjBatch *batch )
 {
-    return createWithBlock( count, 0 );
+    return createWithBlock( count, 0, batch );
 }
 
 QV_STRING *qv::createStringUse( QV_CHAR *block, QV_INT length )
@@ -395,12 +396,12 @@ QV_STRING *qv::createStringUse( QV_CHAR *block, QV_INT length )
 namespace
 {
 // A String with a copy of good characters in a block exactly as long as the text.
-QV_STRING *createExactCopy( const QV_CHAR *chs, QV_INT count )
+QV_STRING *createExactCopy( const QV_CHAR *chs, QV_INT count, qv::ObjBatch *batch = nullptr )
 {
     if( count == 0 )
         return qvStringCreate();
 
-    QV_STRING *qvs = qv::createString( count );
+    QV_STRING *qvs = qv::createString( count, batch );
     copyChars( qvs->chars, chs, count );
 
     return qvs;
@@ -428,32 +429,36 @@ QV_INT unitsOf( const wchar_t *text )
     return static_cast< QV_INT >( wcslen( text ) );
 }
 
-// Decodes into a block of just the length of the result. A long text is decoded once more to learn that.
+// Decodes into a block of just the length of the result. As no form gives more characters than it has units, one pass
+// does: a short text goes by way of the stack, and the block of a long one gives back what it didn't need.
 template< class Unit >
 QV_STRING *
 createDecoded( QV_INT ( *convert )( QV_CHAR *, QV_INT, const Unit *, QV_INT ), const Unit *text, QV_INT length )
 {
-    const QV_INT SHORT = 128;
+    const QV_INT SHORT = 512;
 
     if( text && length == -1 )
         length = unitsOf( text );
 
-    // No form gives more characters than it has units.
-    if( length >= 0 && length <= SHORT )
+    if( !text || length <= SHORT ) // which leaves what is wrong to the conversion
     {
         QV_CHAR chs[SHORT];
         return createExactCopy( chs, convert( chs, SHORT, text, length ) );
     }
 
-    QV_INT count = convert( nullptr, 0, text, length );
+    QV_CHAR *block = allocate( length );
+    QV_INT   count = convert( block, length, text, length );
 
     if( count == 0 )
+    {
+        qvMemFree( block );
         return qvStringCreate();
+    }
 
-    QV_STRING *qvs = qv::createString( count );
-    convert( qvs->chars, count, text, length );
+    if( count < length )
+        block = static_cast< QV_CHAR * >( qvMemReallocN( block, count, sizeof( QV_CHAR ) ) );
 
-    return qvs;
+    return qv::createStringUse( block, count );
 }
 } // namespace
 
@@ -1517,7 +1522,7 @@ public:
         if( waiting_ == WAITING )
             flush();
 
-        objs_[waiting_++] = createExactCopy( chs, count );
+        objs_[waiting_++] = createExactCopy( chs, count, &batch_ );
     }
 
     QV_VECTOR *give()
@@ -1535,6 +1540,7 @@ private:
         waiting_ = 0;
     }
 
+    qv::ObjBatch         batch_ { qvStringSort() };
     qv::Ref< QV_VECTOR > vec_ { qvVectorCreate() };
     QV_OBJ              *objs_[WAITING];
     QV_INT               waiting_ = 0;
@@ -1731,7 +1737,41 @@ char *qvStringConvertToCstr( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength 
 
 char *qvStringConvertToUtf8( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )
 {
-    return createEncoded( qvCharsConvertToUtf8, qvs, addNull, outLength );
+    if( outLength )
+        *outLength = 0;
+
+    QV_CHECK( qvs );
+
+    const QV_CHAR *chs    = qv::chars( qvs );
+    QV_INT         length = qvs->length;
+
+    if( length == 0 )
+        return createEncoded( qvCharsConvertToUtf8, qvs, addNull, outLength );
+
+    // A block for ASCII first. Only what stands behind the first other character is encoded twice.
+    QV_INT null  = addNull ? 1 : 0;
+    QV_INT size  = length + null;
+    char  *block = static_cast< char * >( qvMemAlloc( size ) );
+    QV_INT ascii = qv::encodeLeadingAscii( block, chs, length );
+
+    if( ascii < length )
+    {
+        QV_INT rest = qvCharsConvertToUtf8( nullptr, 0, chs + ascii, length - ascii, addNull );
+        QV_CHECK( QV_INT_ADD_OK( ascii, rest ) );
+
+        if( ascii + rest > size )
+        {
+            size  = ascii + rest;
+            block = static_cast< char * >( qvMemRealloc( block, size ) );
+        }
+    }
+
+    qvCharsConvertToUtf8( block + ascii, size - ascii, chs + ascii, length - ascii, addNull );
+
+    if( outLength )
+        *outLength = size;
+
+    return block;
 }
 
 wchar_t *qvStringConvertToWcstr( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )

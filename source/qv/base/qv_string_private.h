@@ -36,9 +36,11 @@ inline QV_CHAR *chars( QV_STRING *qvs )
     return qvs->chars + qvs->fspace;
 }
 
+class ObjBatch;
+
 /** A String of `count` undefined characters, above 0, without free places, which the caller fills with proper ones
-    before anybody else sees it. */
-QV_STRING *createString( QV_INT count );
+    before anybody else sees it; if it isn't large, in a batch where there is one. */
+QV_STRING *createString( QV_INT count, ObjBatch *batch = nullptr );
 
 /** A String that takes over a block of `length` proper characters, above 0. */
 QV_STRING *createStringUse( QV_CHAR *block, QV_INT length );

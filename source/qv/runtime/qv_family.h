@@ -45,6 +45,7 @@ struct QV_OBJ
     QV_SORT            *sort;              /**< null in sort records and module objects */
     QV_INT              unique;            /**< atomic; -1 until the number is first needed */
     int32_t             retainCount;       /**< atomic */
+    uint32_t            sharedOffset;      /**< bytes since the start of memory shared with others; 0: has its own */
     QV_INT              dbgObjectSize;     /**< the size given to qv___ObjCreate() */
     QV_INT              dbgAllocationSize; /**< atomic; bytes of storage outside the object */
     QV___OBJ_LOG_ENTRY *logFirst;
@@ -80,7 +81,7 @@ struct QV_SORT
 };
 
 /** The header of a static sort record or module object. */
-#define QV___STATIC_HEADER( type ) { type, NULL, -1, 1, 0, 0, NULL, NULL, NULL, NULL }
+#define QV___STATIC_HEADER( type ) { type, NULL, -1, 1, 0, 0, 0, NULL, NULL, NULL, NULL }
 
 /* Creation and destruction --------------------------------------------------------------------------------------- */
 

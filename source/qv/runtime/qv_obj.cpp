@@ -17,6 +17,10 @@
 
 #include <string.h>
 
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/asan_interface.h>
+#endif
+
 QV_BOOL qv___ObjOdbIsEnabled = QV_FALSE;
 QV_BOOL qv___ObjOrigin       = QV_FALSE;
 
@@ -59,22 +63,22 @@ void unlinkSort( QV_SORT *sort )
     sort->sortsNext     = nullptr;
 }
 
-// One more live object of the sort, and maybe one more sort of its module. The module's count goes up with the first
-// object of a sort and down with its last.
-void countIn( QV_SORT *sort )
+// More live objects of the sort, and maybe one more sort of its module. The module's count goes up with the first object
+// of a sort and down with its last.
+void countIn( QV_SORT *sort, int32_t objects )
 {
-    if( qv___AtomicAdd32( &sort->objects, 1 ) == 1 && sort->module )
+    if( qv___AtomicAdd32( &sort->objects, objects ) == objects && sort->module )
         qv___AtomicAdd32( &sort->module->sorts, 1 );
 }
 
-void countOut( QV_SORT *sort )
+void countOut( QV_SORT *sort, int32_t objects )
 {
-    if( qv___AtomicAdd32( &sort->objects, -1 ) == 0 && sort->module )
+    if( qv___AtomicAdd32( &sort->objects, -objects ) == 0 && sort->module )
         qv___AtomicAdd32( &sort->module->sorts, -1 );
 }
 
-// The same with the database, and the lists. Its lock is held, so that the objects are counted without a locked
-// instruction.
+// The same for one object with the database, and the lists. Its lock is held, so that the objects are counted without a
+// locked instruction.
 void enter( QV_OBJ *result )
 {
     QV_SORT *sort    = result->sort;
@@ -235,17 +239,17 @@ bool recordsOrigin( QV_SORT *sort )
            && sort != qvStackTraceSort();
 }
 
-// Inline in both functions that create, so that each has one frame on the stack of a creation.
-__attribute__( ( always_inline ) ) inline QV_OBJ *createObject( QV_INT size, QV_INT extraBytes, QV_SORT *sort )
+// Inline in all functions that create, so that each has one frame on the stack of a creation.
+__attribute__( ( always_inline ) ) inline QV_OBJ *
+createObject( void *memory, uint32_t sharedOffset, QV_INT size, QV_SORT *sort, bool isCounted = false )
 {
-    QV_CHECK( sort );
-
-    QV_OBJ *result = static_cast< QV_OBJ * >( qvMemAlloc( size + extraBytes ) );
+    QV_OBJ *result = static_cast< QV_OBJ * >( memory );
 
     result->type              = QV___OBJ_TYPE_OBJECT;
     result->sort              = sort;
     result->unique            = QV___UNIQUE_INVALID;
     result->retainCount       = 1;
+    result->sharedOffset      = sharedOffset;
     result->dbgObjectSize     = size;
     result->dbgAllocationSize = 0;
     result->logFirst          = nullptr;
@@ -255,7 +259,9 @@ __attribute__( ( always_inline ) ) inline QV_OBJ *createObject( QV_INT size, QV_
 
     if( __builtin_expect( !qv___ObjOdbIsEnabled, 1 ) )
     {
-        countIn( sort );
+        if( !isCounted )
+            countIn( sort, 1 );
+
         return result;
     }
 
@@ -268,6 +274,27 @@ __attribute__( ( always_inline ) ) inline QV_OBJ *createObject( QV_INT size, QV_
         qv___ObjLogAppendCallStack( result, 1, QV_INT_MAX );
 
     return result;
+}
+
+// Memory that objects share begins with the number of its users: the objects, and the batch as long as it adds some.
+// Since it doesn't know how many that will be, it counts as more than there can be.
+const QV_INT  SHARED_HEAD  = 8;
+const QV_INT  SHARED_SIZE  = 2000;
+const QV_INT  SHARED_LIMIT = SHARED_SIZE / 4; // larger objects have their own memory
+const int32_t BATCH_USES   = SHARED_SIZE;
+const QV_INT  FEW          = 8;  // objects that the C library keeps blocks for at hand
+const int32_t COUNTED      = 32; // objects that a batch counts in at once
+
+int32_t *usersOf( void *memory )
+{
+    return static_cast< int32_t * >( memory );
+}
+
+// The last one needs no locked instruction, as in a release.
+void leaveShared( void *memory, int32_t uses )
+{
+    if( qv___AtomicLoad32( usersOf( memory ) ) == uses || qv___AtomicAdd32( usersOf( memory ), -uses ) == 0 )
+        qvMemFree( memory );
 }
 
 // Ends an object that nobody holds.
@@ -306,7 +333,7 @@ void end( QV_OBJ *thisObj )
     // The counts go down last: when a module's count of sorts reaches 0, none of its code runs for an object.
     if( __builtin_expect( !qv___ObjOdbIsEnabled, 1 ) )
     {
-        countOut( sort );
+        countOut( sort, 1 );
     }
     else
     {
@@ -318,20 +345,97 @@ void end( QV_OBJ *thisObj )
         countListedOut( sort );
     }
 
+    uint32_t                sharedOffset = thisObj->sharedOffset;
+    char                   *memory       = reinterpret_cast< char * >( thisObj ) - sharedOffset;
+    [[maybe_unused]] QV_INT size         = thisObj->dbgObjectSize;
+
     memset( static_cast< void * >( thisObj ), 0xFF, sizeof( QV_OBJ ) );
     __asm__ volatile( "" : : "r"( thisObj ) : "memory" ); // the compiler would drop stores to memory that is freed
-    qvMemFree( thisObj );
+
+    if( sharedOffset == 0 )
+    {
+        qvMemFree( memory );
+        return;
+    }
+
+#ifdef __SANITIZE_ADDRESS__
+    __asan_poison_memory_region( thisObj, static_cast< size_t >( size ) ); // though the memory isn't freed yet
+#endif
+    leaveShared( memory, 1 );
 }
 } // namespace
 
 QV_OBJ *qv___ObjCreate( QV_INT size, QV_SORT *sort )
 {
-    return createObject( size, 0, sort );
+    QV_CHECK( sort );
+    return createObject( qvMemAlloc( size ), 0, size, sort );
 }
 
 QV_OBJ *qv::createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort )
 {
-    return createObject( size, extraBytes, sort );
+    QV_CHECK( sort );
+    return createObject( qvMemAlloc( size + extraBytes ), 0, size, sort );
+}
+
+// Not more than has been needed so far.
+void qv::ObjBatch::open( QV_INT bytes )
+{
+    close();
+
+    QV_INT size = qvIntMin( SHARED_HEAD + qvIntMax( bytes_, bytes ), SHARED_SIZE );
+
+    memory_             = static_cast< char * >( qvMemAlloc( size ) );
+    next_               = memory_ + SHARED_HEAD;
+    end_                = memory_ + size;
+    users_              = 0;
+    *usersOf( memory_ ) = BATCH_USES;
+}
+
+void qv::ObjBatch::close()
+{
+    if( memory_ )
+        leaveShared( memory_, BATCH_USES - users_ );
+
+    memory_ = nullptr;
+}
+
+qv::ObjBatch::~ObjBatch()
+{
+    close();
+
+    if( counted_ > 0 )
+        countOut( sort_, counted_ );
+}
+
+QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes )
+{
+    QV_INT bytes = ( size + extraBytes + 7 ) & ~QV_INT( 7 );
+
+    if( counted_ == 0 && !qv___ObjOdbIsEnabled )
+    {
+        counted_ = objects_ < FEW ? int32_t( FEW ) : COUNTED;
+        countIn( sort_, counted_ );
+    }
+
+    bool isCounted = counted_ > 0;
+    counted_ -= isCounted;
+
+    if( objects_ < FEW || bytes > SHARED_LIMIT )
+    {
+        objects_++;
+        bytes_ += bytes;
+        return createObject( qvMemAlloc( size + extraBytes ), 0, size, sort_, isCounted );
+    }
+
+    if( !memory_ || end_ - next_ < bytes )
+        open( bytes );
+
+    char *at = next_;
+    next_ += bytes;
+    bytes_ += bytes;
+    users_++;
+
+    return createObject( at, static_cast< uint32_t >( at - memory_ ), size, sort_, isCounted );
 }
 
 void qv___ObjFree( QV_OBJ *thisObj )

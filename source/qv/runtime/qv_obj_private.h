@@ -3,7 +3,12 @@
 
 #include "qv/runtime/qv_family.h"
 #include "qv/runtime/qv_module_private.h"
+#include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_lock_private.h"
+
+/** Read-only while the library runs. */
+extern "C" QV_BOOL qv___ObjOdbIsEnabled; /**< the run keeps lists of all live objects */
+extern "C" QV_BOOL qv___ObjOrigin;       /**< each object logs the stack of its creation; with the database only */
 
 namespace qv
 {
@@ -11,6 +16,56 @@ namespace qv
     go with the object. To the object frame they belong to neither of its sizes: a family that puts there what it would
     else allocate declares it all the same. */
 QV_OBJ *createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort );
+
+/** Creates objects of a sort, which may be many and small. Then several of them share memory: an allocation serves about
+    ten and is freed with the last of them, so that one object which outlives the others holds less than two kilobytes. The
+    first few, and large ones, have their own. All are objects like any others. The batch itself is for a scope of one
+    thread; while it lasts, the count of the sort's objects may be a few too high.
+
+        qv::ObjBatch batch( qvPointSort() );
+
+        while( more )
+            keep( batch.create( sizeof( QV_POINT ), 0 ) ); */
+class ObjBatch
+{
+public:
+    explicit ObjBatch( QV_SORT *sort ) : sort_( sort )
+    {
+    }
+
+    ~ObjBatch();
+
+    ObjBatch( const ObjBatch & ) = delete;
+    ObjBatch &operator=( const ObjBatch & ) = delete;
+
+    /** As createWithRoom(). */
+    QV_OBJ *create( QV_INT size, QV_INT extraBytes );
+
+private:
+    void open( QV_INT bytes );
+    void close();
+
+    QV_SORT *sort_;
+    QV_INT   objects_ = 0;       // so far
+    QV_INT   bytes_   = 0;       // of the objects so far
+    char    *memory_  = nullptr; // what is shared now, or null
+    char    *next_    = nullptr; // free places in it
+    char    *end_     = nullptr;
+    int32_t  users_   = 0; // objects in it
+    int32_t  counted_ = 0; // objects to come that the sort counts already
+};
+
+/** Takes so many more references. Who holds the only one needs no locked instruction for that, as in a release. */
+template< class T >
+inline void retainMore( T *object, int32_t more )
+{
+    int32_t *count = &obj( object )->retainCount;
+
+    if( !qv___ObjOdbIsEnabled && qv___AtomicLoad32( count ) == 1 )
+        qv___AtomicStoreRelease32( count, 1 + more );
+    else
+        qv___AtomicAdd32( count, more );
+}
 } // namespace qv
 
 /* The log of an object --------------------------------------------------------------------------------------------
@@ -40,10 +95,6 @@ QV_API QV_VECTOR *qv___ObjLog( QV_OBJ *thisObj );
 QV_API QV_BOOL qv___ObjOdbEnabled( void );
 QV_API void    qv___ObjOdbLock( void );
 QV_API void    qv___ObjOdbUnlock( void );
-
-/** Read-only while the library runs. */
-extern "C" QV_BOOL qv___ObjOdbIsEnabled; /**< the run keeps lists of all live objects */
-extern "C" QV_BOOL qv___ObjOrigin;       /**< each object logs the stack of its creation; with the database only */
 
 namespace qv
 {

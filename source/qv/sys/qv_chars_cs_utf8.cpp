@@ -1,6 +1,7 @@
 #include "qv/sys/qv_chars.h"
 
 #include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_chars_private.h"
 #include "qv/sys/qv_cpu_private.h"
 #include "qv/sys/qv_int.h"
 
@@ -519,6 +520,30 @@ KERNEL void encodeBlocks( Encoder &e )
     e.compLen = compLen;
 }
 
+// The ASCII in front, 32 characters at a time.
+KERNEL QV_INT encodeAsciiBlocks( char *dest, const QV_CHAR *src, QV_INT length )
+{
+    const __m256i order = _mm256_setr_epi32( 0, 4, 1, 5, 2, 6, 3, 7 ); // as packing puts the halves side by side
+    QV_INT        i     = 0;
+
+    for( ; length - i >= 32; i += 32 )
+    {
+        __m256i a   = load32( src + i );
+        __m256i b   = load32( src + i + 8 );
+        __m256i c   = load32( src + i + 16 );
+        __m256i d   = load32( src + i + 24 );
+        __m256i all = _mm256_or_si256( _mm256_or_si256( a, b ), _mm256_or_si256( c, d ) );
+
+        if( !_mm256_testz_si256( all, _mm256_set1_epi32( ~0x7F ) ) )
+            break;
+
+        __m256i bytes = _mm256_packus_epi16( _mm256_packus_epi32( a, b ), _mm256_packus_epi32( c, d ) );
+        store32( dest + i, _mm256_permutevar8x32_epi32( bytes, order ) );
+    }
+
+    return i;
+}
+
 #endif
 
 #ifdef __SSE2__
@@ -588,6 +613,21 @@ void encodeAscii( Encoder &e )
 
 #endif
 } // namespace
+
+QV_INT qv::encodeLeadingAscii( char *dest, const QV_CHAR *src, QV_INT length )
+{
+    QV_INT i = 0;
+
+#ifdef QV___KERNELS
+    if( length >= 32 && hasKernels() )
+        i = encodeAsciiBlocks( dest, src, length );
+#endif
+
+    for( ; i < length && src[i] < 0x80; i++ )
+        dest[i] = static_cast< char >( src[i] );
+
+    return i;
+}
 
 QV_INT qvCharsConvertFromUtf8( QV_CHAR *dest, QV_INT destLength, const char *src, QV_INT srcLength )
 {

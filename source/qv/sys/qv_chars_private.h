@@ -45,6 +45,9 @@ QV_INT findChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_I
 /** The same for the highest index. */
 QV_INT findLastChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_INT subLength );
 
+/** Encodes the ASCII that `src` begins with; gives the number of characters. There is room for `length` bytes. */
+QV_INT encodeLeadingAscii( char *dest, const QV_CHAR *src, QV_INT length );
+
 /** Four characters at once. */
 typedef int32_t CharVector __attribute__( ( vector_size( 16 ) ) );
 
