@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_buffer_private.h"
+#include "qv/base/qv_encoder_private.h"
 #include "qv/base/qv_store.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
@@ -12,6 +13,7 @@
 
 #include <bit>
 #include <string.h>
+#include <utility>
 
 struct QV_DECODER : QV_OBJ
 {
@@ -20,6 +22,7 @@ struct QV_DECODER : QV_OBJ
     QV_INT         length; // their whole bytes
     QV_INT         offset; // of the next read
     QV_BOOL        error;
+    qv::ObjBatch  *strings; // where Strings are created, or null
 };
 
 namespace
@@ -184,8 +187,14 @@ QV_DECODER *qvDecoderCreate( QV_BUFFER *buf )
     dec->length     = qv::byteLength( buf );
     dec->offset     = 0;
     dec->error      = QV_FALSE;
+    dec->strings    = nullptr;
 
     return dec;
+}
+
+qv::ObjBatch *qv::setDecoderBatch( QV_DECODER *dec, ObjBatch *strings )
+{
+    return std::exchange( dec->strings, strings );
 }
 
 QV_BUFFER *qvDecoderBuffer( QV_DECODER *dec )
@@ -339,7 +348,7 @@ QV_BOOL qvDecoderTryDecodeString( QV_DECODER *dec, QV_STRING **value )
     if( length == 0 )
         return deliver( value, qvStringCreate() );
 
-    qv::Ref< QV_STRING > result( qv::createString( length ) );
+    qv::Ref< QV_STRING > result( qv::createString( length, dec->strings ) );
 
     if( !readChars( dec, result->chars, length ) )
         return fail( dec );

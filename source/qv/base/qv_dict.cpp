@@ -544,8 +544,8 @@ Item *respace( QV_DICT *dict, QV_INT idx )
     return to + idx;
 }
 
-// Enters a new key in a Dict that nobody else holds. Takes over both references. They come in registers: an Item that was
-// just written to the stack field by field and is read from there as a vector makes the processor wait.
+// Enters a new key in a Dict that nobody else holds. Takes over both references. They come in registers: an Item that
+// was just written to the stack field by field and is read from there as a vector makes the processor wait.
 void insertItem( QV_DICT *dict, const Place &place, QV_OBJ *key, QV_OBJ *value )
 {
     QV_CHECK_AS( QV_INT_ADD_OK( dict->length, 1 ), "QV_INT_ADD_OK( (*dict)->length, 1 )" );

@@ -45,8 +45,8 @@ namespace qv
 /** Where a key stands or, with `*found` false, the item in front of which it would. */
 QV_INT searchDict( QV_DICT *dict, QV_OBJ *key, bool *found );
 
-/** Enters a new key in front of the item where it belongs. Takes over both references. `superset` may be a Dict that has
-    the key at `supersetIdx` already, and all other keys too: then the digest may be there. */
+/** Enters a new key in front of the item where it belongs. Takes over both references. `superset` may be a Dict that
+    has the key at `supersetIdx` already, and all other keys too: then the digest may be there. */
 void insertIntoDict(
     QV_DICT **dict, QV_INT idx, QV_OBJ *key, QV_OBJ *value, QV_DICT *superset = nullptr, QV_INT supersetIdx = 0 );
 } // namespace qv

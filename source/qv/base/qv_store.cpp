@@ -108,8 +108,9 @@ void enter( QV_STORE *store, Table table, QV_STRING *address, QV_OBJ *value )
 
     if( !found )
     {
-        qv___AtomicAdd32( &address->retainCount, 3 );
-        insert( store, table, idx, address, qv::retain( value ) );
+        qv::retainMore( address, 3 );
+        qv::retainMore( value, 1 );
+        insert( store, table, idx, address, value );
         return;
     }
 
@@ -1439,7 +1440,14 @@ QV_STORE *qv___StoreTryDecodeFromDecoder( QV_DECODER *decoder, QV_INT depth )
 
 QV_STORE *qvStoreTryDecodeFromDecoder( QV_DECODER *decoder )
 {
-    return qv___StoreTryDecodeFromDecoder( decoder, 0 );
+    QV_CHECK( decoder );
+
+    qv::ObjBatch  strings( qvStringSort() );
+    qv::ObjBatch *before = qv::setDecoderBatch( decoder, &strings );
+    QV_STORE     *store  = qv___StoreTryDecodeFromDecoder( decoder, 0 );
+    qv::setDecoderBatch( decoder, before );
+
+    return store;
 }
 
 QV_STORE *qvStoreTryDecodeFromBuffer( QV_BUFFER *buffer )

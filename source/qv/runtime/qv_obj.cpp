@@ -63,8 +63,8 @@ void unlinkSort( QV_SORT *sort )
     sort->sortsNext     = nullptr;
 }
 
-// More live objects of the sort, and maybe one more sort of its module. The module's count goes up with the first object
-// of a sort and down with its last.
+// More live objects of the sort, and maybe one more sort of its module. The module's count goes up with the first
+// object of a sort and down with its last.
 void countIn( QV_SORT *sort, int32_t objects )
 {
     if( qv___AtomicAdd32( &sort->objects, objects ) == objects && sort->module )

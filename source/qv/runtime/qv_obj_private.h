@@ -17,10 +17,10 @@ namespace qv
     else allocate declares it all the same. */
 QV_OBJ *createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort );
 
-/** Creates objects of a sort, which may be many and small. Then several of them share memory: an allocation serves about
-    ten and is freed with the last of them, so that one object which outlives the others holds less than two kilobytes. The
-    first few, and large ones, have their own. All are objects like any others. The batch itself is for a scope of one
-    thread; while it lasts, the count of the sort's objects may be a few too high.
+/** Creates objects of a sort, which may be many and small. Then several of them share memory: an allocation serves
+    about ten and is freed with the last of them, so that one object which outlives the others holds two kilobytes at
+    most. The first few, and large ones, have their own. All are objects like any others. The batch itself is for a
+    scope of one thread; while it lasts, the count of the sort's objects may be a few too high.
 
         qv::ObjBatch batch( qvPointSort() );
 
