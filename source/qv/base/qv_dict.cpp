@@ -20,6 +20,10 @@
 #include <algorithm>
 #include <string.h>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 QV___HIDDEN QV_SORT qv___sort_QV_STRING;
 
 QV_DICT *qv___DictEmpty = nullptr;
@@ -178,28 +182,27 @@ struct Digest
 
 Digest digestText( const QV_CHAR *chars, QV_INT length )
 {
+#ifdef __SSE2__
     if( length >= 8 )
     {
-        // Eight at once, which is what most keys need.
-        typedef uint32_t Chars __attribute__( ( vector_size( 32 ) ) );
-        typedef uint8_t  Bytes __attribute__( ( vector_size( 8 ) ) );
+        // Eight at once, which is what most keys need. What doesn't fit a byte becomes the largest one.
+        const __m128i *from  = reinterpret_cast< const __m128i * >( chars );
+        __m128i        one   = _mm_set1_epi32( 1 );
+        __m128i        low   = _mm_add_epi32( _mm_loadu_si128( from ), one );
+        __m128i        high  = _mm_add_epi32( _mm_loadu_si128( from + 1 ), one );
+        __m128i        words = _mm_packs_epi32( low, high );
+        __m128i        bytes = _mm_packus_epi16( words, words );
+        __m128i        over  = _mm_subs_epu8( bytes, _mm_set1_epi8( static_cast< char >( ONE_BYTE + 1 ) ) );
 
-        Chars eight;
-        memcpy( &eight, chars, sizeof( eight ) );
-
-        Bytes    large  = __builtin_convertvector( eight > ONE_BYTE, Bytes );
-        uint64_t larger = 0;
-        memcpy( &larger, &large, sizeof( larger ) );
-
-        if( larger == 0 )
+        if( _mm_movemask_epi8( _mm_cmpeq_epi8( over, _mm_setzero_si128() ) ) == 0xFFFF )
         {
-            Bytes    bytes  = __builtin_convertvector( eight + 1, Bytes );
             uint64_t number = 0;
-            memcpy( &number, &bytes, sizeof( number ) );
+            _mm_storel_epi64( reinterpret_cast< __m128i * >( &number ), bytes );
 
             return { __builtin_bswap64( number ), false };
         }
     }
+#endif
 
     uint64_t number = 0;
     int      shift  = 56;
