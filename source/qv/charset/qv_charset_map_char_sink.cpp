@@ -162,10 +162,21 @@ qv::CharVector areLatin( const QV_CHAR *in )
     return ( ch < 0x300 ) | ( ( ch >= 0x2002 ) & ( ch < 0x20D0 ) );
 }
 
+// True where 16 characters are below 0x100, as most of them are.
+bool areLatin1( const QV_CHAR *in )
+{
+    qv::CharVector all = qv::loadChars( in ) | qv::loadChars( in + 4 ) | qv::loadChars( in + 8 ) | qv::loadChars( in + 12 );
+
+    return !qv::anyBit( ( all & ~0xFF ) != 0 );
+}
+
 const QV_CHAR *skipInert( const QV_CHAR *in, const QV_CHAR *end )
 {
     for( ;; )
     {
+        while( end - in >= 2 * BLOCK && areLatin1( in ) )
+            in += 2 * BLOCK;
+
         while( end - in >= BLOCK && !qv::anyBit( ~( areLatin( in ) & areLatin( in + 4 ) ) ) )
             in += BLOCK;
 
