@@ -153,13 +153,13 @@ bool isInert( QV_CHAR ch )
     return ch < 0x300 || composedQuickCheck( ch, false ) == 0;
 }
 
-// True where four characters are of the ranges that nearly all text in Latin letters is made of: letters, punctuation
-// and currencies.
-qv::CharVector areLatin( const QV_CHAR *in )
+// True where four characters are of the ranges that nearly all text in Latin and Cyrillic letters is made of: letters,
+// punctuation and currencies.
+qv::CharVector areCommon( const QV_CHAR *in )
 {
     qv::CharVector ch = qv::loadChars( in );
 
-    return ( ch < 0x300 ) | ( ( ch >= 0x2002 ) & ( ch < 0x20D0 ) );
+    return ( ch < 0x300 ) | ( ( ch >= 0x400 ) & ( ch < 0x483 ) ) | ( ( ch >= 0x2002 ) & ( ch < 0x20D0 ) );
 }
 
 // True where 16 characters are below 0x100, as most of them are.
@@ -177,7 +177,7 @@ const QV_CHAR *skipInert( const QV_CHAR *in, const QV_CHAR *end )
         while( end - in >= 2 * BLOCK && areLatin1( in ) )
             in += 2 * BLOCK;
 
-        while( end - in >= BLOCK && !qv::anyBit( ~( areLatin( in ) & areLatin( in + 4 ) ) ) )
+        while( end - in >= BLOCK && !qv::anyBit( ~( areCommon( in ) & areCommon( in + 4 ) ) ) )
             in += BLOCK;
 
         for( QV_INT i = 0; i < BLOCK; i++, in++ )
