@@ -3,8 +3,8 @@
 
        product reminder_c reminder.conf
 
-   Exits with what the module gives; with 1 if it cannot be loaded or is no program, and with 3 if an object has survived the stop of
-   the library, which then lists it. */
+   Exits with what the module gives; with 1 if it cannot be loaded or is no program, and with 3 if an object has survived
+   the stop of the library, which then lists it. */
 
 #include <qv/qv.h>
 

@@ -68,9 +68,9 @@ struct Entry
     Closure *tcl; // no reference: a timer takes its closure out before it gives it up
 };
 
-// A heap: no entry comes before its parent, so that the first one is the next that is due. A closure knows its index, and
-// a change touches only the entries between there and the root or a leaf. A sorted array would have to move all entries
-// behind the one that goes; timers go from anywhere, and in great numbers.
+// A heap: no entry comes before its parent, so that the first one is the next that is due. A closure knows its index,
+// and a change touches only the entries between there and the root or a leaf. A sorted array would have to move all
+// entries behind the one that goes; timers go from anywhere, and in great numbers.
 struct RelativeQueue
 {
     Entry *entries;
@@ -503,8 +503,8 @@ QV_TIMER *qv___TimerCreateAbort( void )
 
 namespace
 {
-// Lets a closure fire at a timestamp, with the monitor held. True if it is the next one now: then the timer thread has to
-// be told.
+// Lets a closure fire at a timestamp, with the monitor held. True if it is the next one now: then the timer thread has
+// to be told.
 bool scheduleRelative( Closure *tcl, QV_INT due )
 {
     if( tcl->schedAbs )
