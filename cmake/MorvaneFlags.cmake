@@ -36,6 +36,9 @@ function( morvane_product_target target )
                 $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>
                 -fno-math-errno -ffp-contract=off
     )
+    target_compile_definitions(
+        ${target} PRIVATE $<$<OR:$<CONFIG:Debug>,$<BOOL:${MORVANE_ASSERTIONS}>>:QV___ASSERTIONS=1>
+    )
     # CMake names the C++ run-time library wherever there are C++ sources; nothing needs it.
     target_link_options( ${target} PRIVATE -Wl,--as-needed ${MORVANE_SANITIZE_FLAGS} )
     if( MORVANE_SANITIZE )
