@@ -349,7 +349,6 @@ TEST_P( Sharing, TwoThreadsBorrowOneObject )
                 Ref< QV_THREAD > other = trySpawn( borrow );
                 borrow();
                 qvThreadJoin( other );
-                settle();
 
                 EXPECT_EQ( 1, references( shared.get() ) );
                 EXPECT_EQ( declared, allocated( shared.get() ) );
