@@ -23,7 +23,8 @@ namespace
 const Tool TOOLS[] = {
     { "id", "", "prints a new identifier of 32 hexadecimal digits", idTool },
     { "info", "", "prints what is known about the product and the computer", infoTool },
-    { "module", "TOOL ARGUMENT...", "tells about modules in XZ_MORVANE_BIN_PATH and runs them", moduleTool, HAS_TOOLS, 0 },
+    { "module", "TOOL ARGUMENT...", "tells about modules in XZ_MORVANE_BIN_PATH and runs them", moduleTool,
+      HAS_TOOLS, 0 },
     { "random", "TOOL ARGUMENT...", "prints random bytes and integers", randomTool, HAS_TOOLS },
     { "store", "TOOL ARGUMENT...", "reads, changes and converts configuration documents", storeTool, HAS_TOOLS },
     { "text", "TOOL ARGUMENT...", "converts, normalises and changes text", textTool, HAS_TOOLS },
@@ -323,8 +324,8 @@ Ref< QV_STRING > wordAt( QV_VECTOR *words, QV_INT idx )
 
 namespace
 {
-// The words of the command line; nothing, with a line on the standard error stream, if one is no UTF-8: a name of a file
-// that is read with replacements would be that of another file.
+// The words of the command line; nothing, with a line on the standard error stream, if one is no UTF-8: a name of a
+// file that is read with replacements would be that of another file.
 Ref< QV_VECTOR > wordsOf( int argc, char **argv )
 {
     Ref< QV_VECTOR > words( qvVectorCreate() );
@@ -381,7 +382,7 @@ bool isOutputComplete( const Tool *tool )
 {
     bool hasFailed = ferror( stdout );
     errno          = 0;
-    note( stdout, fclose( stdout ) == 0 );
+    note( stdout, fflush( stdout ) == 0 && hasOutputArrived() );
 
     if( outputError == 0 && !hasFailed )
         return true;

@@ -219,7 +219,7 @@ QV_INT Decoder::completeBytes() const
     if( isUtf16( charset_ ) )
     {
         QV_INT count = count_ & ~QV_INT( 1 );
-        QV_INT high  = charset_ == QV_CHARSET_UTF_16_BE ? 2 : 1; // where the half of a unit stands that tells what it is
+        QV_INT high  = charset_ == QV_CHARSET_UTF_16_BE ? 2 : 1; // from the end: the half of a unit that tells its kind
 
         return count > 0 && ( bytes_[count - high] & 0xFC ) == 0xD8 ? count - 2 : count;
     }

@@ -13,12 +13,12 @@ class Decoder
 {
 public:
     /** For a character set and QV_CHARSET flags. A byte order mark in front of UTF-8, UTF-16 and UTF-32 is no text,
-        unless `flags` have QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK. Surrogates that are no pair, and forms of UTF-8 that
-        are longer than they have to be, are invalid as anything else is that is no character. */
+        unless `flags` have QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK. Surrogates that are no pair, and forms of UTF-8
+        that are longer than they have to be, are invalid as anything else is that is no character. */
     Decoder( QV_INT charset, QV_INT flags );
 
-    /** The next piece of the input as text, which may be empty. Where the flags want a failure, the text ends before what
-        is invalid. */
+    /** The next piece of the input as text, which may be empty. Where the flags want a failure, the text ends before
+        what is invalid. */
     qv::Ref< QV_STRING > read( Streams *streams );
 
     /** True when there is no more text: at the end of the input, for a failure of it, and where it is invalid. */

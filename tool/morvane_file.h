@@ -24,10 +24,10 @@ QV_INT readInput( int file, void *bytes, QV_INT count, const char **reason );
 /** Appends the content of a file, as it is by the time of the call, to a Buffer. */
 const char *readFile( QV_STRING *fn, QV_BUFFER **bytes );
 
-/** New content for a file, or a new file, piece by piece, so that whatever happens either the old content or the new one
-    is there as a whole: the new one is written beside it, brought to the disk and renamed. Where the file system can do
-    that, it bears no name until then, so that nothing stays beside when the process is killed; what may stay is cleared
-    away by the next replacement.
+/** New content for a file, or a new file, piece by piece, so that whatever happens either the old content or the new
+    one is there as a whole: the new one is written beside it, brought to the disk and renamed. Where the file system
+    can do that, it bears no name until then, so that nothing stays beside when the process is killed; what may stay
+    is cleared away by the next replacement.
 
     Owner, group, permissions, access control list and extended attributes are kept. Where the group cannot be kept its
     rights are cleared, and nobody gets rights that he did not have. A link stays one and the file that it leads to
@@ -47,8 +47,8 @@ public:
     FileReplacement( const FileReplacement & ) = delete;
     FileReplacement &operator=( const FileReplacement & ) = delete;
 
-    /** For who reads a file and replaces it by what he makes of it: waits until no other such run is under way on it, up
-        to a minute. Files that cannot be locked are not. A file that is no regular one cannot be replaced. */
+    /** For a caller that reads a file and replaces it by what becomes of it: waits until no other such run is under
+        way on it, up to a minute. Files that cannot be locked are not. What is no regular file cannot be replaced. */
     const char *lock( QV_STRING *fn );
 
     const char *begin( QV_STRING *fn );
@@ -79,6 +79,10 @@ const char *replaceFile( FileReplacement *replacement, QV_STRING *fn, QV_BUFFER 
 /** Gives the new file at a descriptor the owner, group, rights and attributes of the old one at a name, as far as they
     can be kept, and no rights to anybody who had none. False for a failure, of which `errno` tells. */
 bool takeOverRights( int file, const char *old );
+
+/** False, with the reason in `errno`, if what has been written to the standard output cannot be stored, as some systems
+    tell not before it is closed. It stays open. */
+bool hasOutputArrived();
 
 /** Ends the process as writing to a pipe that nobody reads any more does, without a word. */
 [[noreturn]] void endByBrokenPipe();

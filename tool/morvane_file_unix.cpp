@@ -166,6 +166,17 @@ char *besideName( const char *target, unsigned number )
     return asprintf( &name, "%.*s%s", static_cast< int >( folder + length ), target, suffix ) < 0 ? nullptr : name;
 }
 
+// Locks a file against other runs. The lock is not that of flock(1), under which this may run, save for a file that is
+// open for reading only, which can have no other.
+bool tryLock( int file, bool isWritable )
+{
+    struct flock whole = {};
+    whole.l_type       = F_WRLCK;
+    whole.l_whence     = SEEK_SET;
+
+    return isWritable ? fcntl( file, F_OFD_SETLK, &whole ) == 0 : flock( file, LOCK_EX | LOCK_NB ) == 0;
+}
+
 // Deletes what a run that was killed has left under a name beside a file: a run that lives holds its lock.
 bool clearAway( const char *name )
 {
@@ -215,7 +226,8 @@ char *nameBeside( int file, const char *target )
     flock( file, LOCK_EX );
 
     return takeName(
-        target, [&own]( const char *name ) { return linkat( AT_FDCWD, own, AT_FDCWD, name, AT_SYMLINK_FOLLOW ) == 0; } );
+        target,
+        [&own]( const char *name ) { return linkat( AT_FDCWD, own, AT_FDCWD, name, AT_SYMLINK_FOLLOW ) == 0; } );
 }
 
 // Makes a file with a name.
@@ -348,6 +360,13 @@ void endByBrokenPipe()
     _exit( 128 + SIGPIPE );
 }
 
+bool hasOutputArrived()
+{
+    int copy = fcntl( STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1 );
+
+    return copy < 0 || close( copy ) == 0;
+}
+
 bool isStandardStream( QV_STRING *fn )
 {
     return !fn || qvStringEqualsCstr( fn, "-", -1 );
@@ -437,16 +456,13 @@ const char *FileReplacement::lock( QV_STRING *fn )
 
     for( int pauses = 0; pauses < LOCK_PAUSES; )
     {
-        struct flock whole = {};
-        whole.l_type       = F_WRLCK;
-        whole.l_whence     = SEEK_SET;
+        const int FLAGS      = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+        bool      isWritable = ( locked_ = open( name.text(), O_RDWR | FLAGS ) ) >= 0;
 
-        locked_ = open( name.text(), O_RDWR | O_CLOEXEC | O_NONBLOCK | O_NOCTTY );
-
-        if( locked_ < 0 )
+        if( !isWritable && ( locked_ = open( name.text(), O_RDONLY | FLAGS ) ) < 0 )
             return nullptr;
 
-        while( fcntl( locked_, F_OFD_SETLK, &whole ) != 0 )
+        while( !tryLock( locked_, isWritable ) )
         {
             if( errno != EAGAIN && errno != EACCES && errno != EINTR )
                 return nullptr;

@@ -87,8 +87,8 @@ void leaveToExplain( QV_STRING *name, QV_STRING *request, Context *context )
     context->afterwards = explainRefusal;
 }
 
-// The module with which the load of one has failed, itself or another that it needs: the first that is not loaded though
-// all that it needs is, in the order of a load, or one whose file is refused.
+// The module with which the load of one has failed, itself or another that it needs: the first that is not loaded
+// though all that it needs is, in the order of a load, or one whose file is refused.
 Ref< QV_STRING > culprit( QV_STRING *name, bool *isRefused )
 {
     Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( name ) );

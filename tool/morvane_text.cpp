@@ -34,8 +34,8 @@ QV_INT placeOf( QV_STRING *word, const char *const *words, QV_INT count )
 
 namespace
 {
-// Passes UTF-8 text through `change` piece by piece, as it comes. It gets a String to change in place, and with the last
-// one `end` is true.
+// Passes UTF-8 text through `change` piece by piece, as it comes. It gets a String to change in place, and with the
+// last one `end` is true.
 template< class Change >
 bool filter( QV_STRING *in, QV_STRING *out, Change change )
 {

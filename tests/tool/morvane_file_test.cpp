@@ -151,8 +151,8 @@ TEST( MorvaneFile, WritesWhatIsOpenAlready )
         { "echo old >log; for f in /dev/stdout /proc/self/fd/1 log -; do $M text case --upper in $f >>log; done; "
           "$M text case --upper in /dev/fd/3 3>>log; cat log",
           0, "old\nTEXT\nTEXT\nTEXT\nTEXT\nTEXT\n", "" },
-        { "$M store set doc b=2 3<>doc && $M store set /dev/stdout c=3 >>doc && $M store set /dev/stdin d=4 <doc", 0, "",
-          "" },
+        { "$M store set doc b=2 3<>doc && $M store set /dev/stdout c=3 >>doc && $M store set /dev/stdin d=4 <doc", 0,
+          "", "" },
         { "$M text case --upper in /dev/stdout | cat; $M text case --upper in /dev/stdout", 0, "TEXT\nTEXT\n", "" },
         { "$M text case --upper in >&- /dev/stdout", 1, "", "morvane text: /dev/stdout: Is a directory\n" },
 
@@ -175,8 +175,8 @@ TEST( MorvaneFile, TakesStandardStreamsByTheirSign )
           "a=1\nb=2\nc=3\n", "" },
         { "$M store get - c <doc; $M store check - <doc; echo x=1 | $M store delete - x; $M store decode bin -", 0,
           "3\nc=3\n", "" },
-        { "echo x | $M text lines --newline crlf - -; $M text case --upper - out2 <in; cat out2; $M text case --fold in -",
-          0, "x\r\nTEXT\ntext\n", "" },
+        { "echo x | $M text lines --newline crlf - -; $M text case --upper - o <in; cat o; $M text case --fold in -", 0,
+          "x\r\nTEXT\ntext\n", "" },
         { "$M store show - <&-", 1, "", "morvane store: standard input: Bad file descriptor\n" },
         { "$M text case --upper <&-", 1, "", "morvane text: standard input: Bad file descriptor\n" },
         { "$M text case --upper in >&-", 1, "", "morvane text: standard output: Bad file descriptor\n" },
@@ -191,7 +191,8 @@ TEST( MorvaneFile, TakesStandardStreamsByTheirSign )
 TEST( MorvaneFile, TellsWhyItCannotBeReadOrWritten )
 {
     const Command ROWS[] = {
-        { "ln -s loop loop; $M store encode in loop", 1, "", "morvane store: loop: Too many levels of symbolic links\n" },
+        { "ln -s loop loop; $M store encode in loop", 1, "",
+          "morvane store: loop: Too many levels of symbolic links\n" },
         { "$M store encode in in/x", 1, "", "morvane store: in/x: Not a directory\n" },
         { "$M text case --upper absent kept", 1, "", "morvane text: absent: No such file or directory\n" },
         { "$M text case --upper . kept", 1, "", "morvane text: .: Is a directory\n" },
@@ -203,7 +204,8 @@ TEST( MorvaneFile, TellsWhyItCannotBeReadOrWritten )
         { "$M random bytes 9223372036854775807 >/dev/full", 1, "",
           "morvane random: standard output: No space left on device\n" },
         { "$M --version >/dev/full", 1, "", "morvane: standard output: No space left on device\n" },
-        { "$M store set /dev/full a=1", 1, "", "morvane store: /dev/full: not a regular file; it could not be replaced\n" },
+        { "$M store set /dev/full a=1", 1, "",
+          "morvane store: /dev/full: not a regular file; it could not be replaced\n" },
         { "mkfifo pipe; $M store merge pipe /dev/null", 1, "",
           "morvane store: pipe: not a regular file; it could not be replaced\n" },
 
@@ -341,6 +343,7 @@ TEST( MorvaneFile, ReadsPiecesOfAnySize )
         ASSERT_EQ( asAWhole.err, inPieces.err ) << words << " " << testing::PrintToString( all );
 
         // What comes before a failure may be out or not.
-        ASSERT_TRUE( asAWhole.status != 0 || asAWhole.out == inPieces.out ) << words << " " << testing::PrintToString( all );
+        ASSERT_TRUE( asAWhole.status != 0 || asAWhole.out == inPieces.out )
+            << words << " " << testing::PrintToString( all );
     }
 }
