@@ -98,32 +98,34 @@ bool takeOverRights( int file, const char *old )
     if( stat( old, &was ) != 0 )
         return false;
 
-    // Who may not set the owner keeps the file as his own, but may have the group. What has come of it counts.
-    bool isOwned = fchown( file, was.st_uid, was.st_gid ) == 0;
-    bool isKnown = isOwned || fchown( file, static_cast< uid_t >( -1 ), was.st_gid ) == 0 || errno != EIO;
+    // Who may not set the owner keeps the file, but may be in the group. What has come of it counts.
+    const uid_t SAME = static_cast< uid_t >( -1 );
 
-    if( !isKnown || fstat( file, &is ) != 0 )
+    if( fchown( file, was.st_uid, was.st_gid ) != 0 && fchown( file, SAME, was.st_gid ) != 0 && errno == EIO )
+        return false;
+
+    if( fstat( file, &is ) != 0 )
         return false;
 
     copyAttributes( file, old );
 
-    Attribute list     = attributeOf( old, ACCESS_LIST );
-    bool      hasList  = list.length() >= 0;
-    bool      hasGroup = is.st_gid == was.st_gid;
-    mode_t    mode     = was.st_mode & 07777;
+    Attribute list    = attributeOf( old, ACCESS_LIST );
+    bool      hasList = list.length() >= 0;
 
-    // A list that cannot be read may deny what the bits grant.
-    bool isListed = !hasList && isAbsence( errno );
-
-    if( hasList && hasGroup )
-        isListed = copyAttribute( file, ACCESS_LIST, list );
-
-    // The folder may have given the new file a list that the old one does not have.
-    if( ( !hasList || !isListed ) && fremovexattr( file, ACCESS_LIST ) != 0 && !isAbsence( errno ) )
+    if( !hasList && !isAbsence( errno ) )
         return false;
 
-    // Whom a list names, and in whom the group consists, is among all others without it. They get no more than before.
-    if( !isListed )
+    bool   hasGroup = is.st_gid == was.st_gid;
+    bool   keepsAll = hasList && hasGroup && copyAttribute( file, ACCESS_LIST, list );
+    mode_t mode     = was.st_mode & 07777;
+
+    // The folder may have given the new file a list that the old one does not have.
+    if( !keepsAll && fremovexattr( file, ACCESS_LIST ) != 0 && !isAbsence( errno ) )
+        return false;
+
+    // Without its list, or in another group, a file takes whom they told apart for one of all others, who get no more
+    // than each had.
+    if( hasList && !keepsAll )
         mode &= ~static_cast< mode_t >( 077 );
     else if( !hasGroup )
         mode &= ~( 070 | ( ~mode >> 3 & 07 ) );
