@@ -294,23 +294,24 @@ TEST( MorvaneFile, PassesOnWhatThereIs )
 // However the input is cut when it is read, what comes out is the same.
 TEST( MorvaneFile, ReadsPiecesOfAnySize )
 {
-    const char UNITS[][5] = { "a", "\n", "\xc3\xa9", "e\xcc\x81", "\xe2\x82\xac", "\xf0\x9f\x98\x80", "\xef\xbb\xbf",
-                              "\xef\xbf\xbd", "\xed\xa0\x80", "\xc0\x80", "\xe0\x9f", "\xf4\x90\x80\x80", "\xe2\x82",
-                              "\x80", "\xff", "\xd8", "\xdc", "\xfe\xff" };
+    const char UNITS[][5] = { "a", "\n", "\r", "\xc3\xa9", "e\xcc\x81", "\xe2\x82\xac", "\xf0\x9f\x98\x80",
+                              "\xef\xbb\xbf", "\xef\xbf\xbd", "\xed\xa0\x80", "\xc0\x80", "\xe0\x9f",
+                              "\xf4\x90\x80\x80", "\xe2\x82", "\x80", "\xff", "\xd8", "\xdc", "\xfe\xff" };
 
     const char *const WORDS[] = {
         "convert --to utf-8 --invalid replace --from utf-8",    "convert --to utf-8 --invalid skip --from utf-8",
         "convert --to latin1 --invalid replace --from utf-8",   "convert --to utf-16le --from utf-8",
         "convert --to utf-8 --invalid replace --from utf-16",   "convert --to utf-8 --from utf-16be",
         "convert --to latin1 --invalid skip --from utf-16le",   "convert --to utf-8 --invalid replace --from utf-32",
-        "convert --to utf-8 --invalid skip --bom --from cp437", "normalize --form nfc",
+        "convert --to utf-8 --invalid skip --bom --from cp437", "normalize --form nfc", "case --upper",
+        "lines --newline crlf",
     };
 
     uint32_t seed = 1;
     auto     draw = [&seed]( size_t below )
     { return ( seed = seed * 1664525 + 1013904223 ) / 256 % below; };
 
-    for( int round = 0; round < 60; round++ )
+    for( int round = 0; round < 100; round++ )
     {
         const char *words = WORDS[draw( std::size( WORDS ) )];
         std::string all;
