@@ -64,7 +64,7 @@ QV_OBJ *any( QV_WATCHED *object )
 
 QV_SORT twin( const char *name )
 {
-    return { QV___STATIC_HEADER( QV___OBJ_TYPE_SORT ), nullptr, name, nullptr, nullptr, nullptr, 0, nullptr, nullptr, nullptr, nullptr };
+    return QV___STATIC_SORT( nullptr, name, nullptr, nullptr, nullptr, nullptr, nullptr );
 }
 
 // The live objects of a sort by its list.
