@@ -6,7 +6,7 @@
 
 namespace
 {
-// Where a walk is, level by level. The first levels lie in the walk's own frame.
+// Where a walk goes on, for each level that it is in but the innermost. The first levels lie in the walk's own frame.
 template< class T >
 class Levels
 {
@@ -29,15 +29,14 @@ public:
         levels_[length_++] = level;
     }
 
-    // False when that was the last one.
-    bool pop()
+    // The innermost one, which is taken out; false if there is none.
+    bool pop( T *level )
     {
-        return --length_ > 0;
-    }
+        if( length_ == 0 )
+            return false;
 
-    T &top()
-    {
-        return levels_[length_ - 1];
+        *level = levels_[--length_];
+        return true;
     }
 
 private:
@@ -79,12 +78,11 @@ QV_INT qv::compareByParts( QV_OBJ *thisObj, QV_OBJ *thatObj )
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
 
-    Levels< Pair > levels;
-    levels.push( { thisObj, thatObj, 0 } );
+    Levels< Pair > outer;
+    Pair           pair = { thisObj, thatObj, 0 };
 
     for( ;; )
     {
-        Pair             &pair  = levels.top();
         QV___COMPARE_WALK walk  = { pair.at, nullptr, nullptr };
         QV_INT            order = pair.thisObj->sort->compareStep( pair.thisObj, pair.thatObj, &walk );
 
@@ -92,10 +90,10 @@ QV_INT qv::compareByParts( QV_OBJ *thisObj, QV_OBJ *thatObj )
         if( walk.thisPart )
         {
             QV_ASSERT( walk.at > pair.at ); // the step would give the same part for ever
-            pair.at = walk.at;
-            levels.push( { walk.thisPart, walk.thatPart, 0 } );
+            outer.push( { pair.thisObj, pair.thatObj, walk.at } );
+            pair = { walk.thisPart, walk.thatPart, 0 };
         }
-        else if( order != 0 || !levels.pop() )
+        else if( order != 0 || !outer.pop( &pair ) )
         {
             return order;
         }
@@ -107,23 +105,22 @@ QV_STRING *qv::textByParts( QV_OBJ *thisObj )
     QV_CHECK( thisObj );
 
     Ref< QV_STRING > text( qvStringCreate() );
-    Levels< Place >  levels;
-    levels.push( { thisObj, 0 } );
+    Levels< Place >  outer;
+    Place            place = { thisObj, 0 };
 
     for( ;; )
     {
-        Place         &place = levels.top();
-        QV___TEXT_WALK walk  = { place.at, text.give() };
-        QV_OBJ        *part  = place.object->sort->textStep( place.object, &walk );
+        QV___TEXT_WALK walk = { place.at, text.give() };
+        QV_OBJ        *part = place.object->sort->textStep( place.object, &walk );
         text.reset( walk.text );
 
         if( part )
         {
             QV_ASSERT( walk.at > place.at );
-            place.at = walk.at;
-            levels.push( { part, 0 } );
+            outer.push( { place.object, walk.at } );
+            place = { part, 0 };
         }
-        else if( !levels.pop() )
+        else if( !outer.pop( &place ) )
         {
             return text.give();
         }
