@@ -1,17 +1,25 @@
 #include "qv_test_child.h"
 #include "qv_test_support.h"
 
+#include "qv/base/qv_thread.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort.h"
 #include "qv/sys/qv_abort_private.h"
 #include "qv/sys/qv_mem.h"
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <functional>
+#include <future>
 #include <sstream>
+#include <thread>
+#include <vector>
 
+#include <execinfo.h>
+#include <fcntl.h>
 #include <sys/mman.h>
 
 using namespace qv::test;
@@ -191,8 +199,16 @@ TEST( Abort, BrokenContractsEndWithReportAndStack )
     std::istringstream stack( ending.errors.substr( ending.errors.find( "  STACK\n" ) + 8 ) );
     int                frames = 0;
 
+    // The C library words them the same way.
     for( std::string line; std::getline( stack, line ) && !line.empty(); frames++ )
-        EXPECT_THAT( line, testing::MatchesRegex( "    .+\\[0x[0-9a-f]+\\]" ) );
+    {
+        void  *address = nullptr;
+        char **symbols = nullptr;
+        sscanf( line.c_str() + line.rfind( '[' ), "[%p]", &address );
+        symbols = backtrace_symbols( &address, 1 );
+        EXPECT_EQ( std::string( "    " ) + symbols[0], line );
+        free( symbols );
+    }
 
     EXPECT_GT( frames, 3 );
 }
@@ -309,6 +325,190 @@ TEST( Abort, ReportsNeedNoRunningLibrary )
     Ending signalled = inOwnRun( [] { qvRuntimeShutdown(); raise( SIGBUS ); } );
     EXPECT_EQ( SIGBUS, signalled.signal );
     EXPECT_EQ( "", signalled.errors );
+}
+
+/* Failures that leave little to report with ---------------------------------------------------------------------- */
+
+namespace
+{
+// Steps of a report that stand still are given up after a quarter of a second; its last resort comes after ten.
+const double PROMPTLY = 5;
+
+void expectWholeReport( const std::string &errors )
+{
+    EXPECT_EQ( errors.find( "TERMINATION" ), errors.rfind( "TERMINATION" ) );
+    EXPECT_THAT( errors, ContainsRegex( "\n\n\n  \\*+\n" ) );
+    EXPECT_THAT( errors, ContainsRegex( "\n  (ABORT|SIGNAL)\n(    .+\n)+\n  STACK\n(    .+\n)+\n\n\n$" ) );
+}
+
+// Runs `fail` in a run of its own and expects a prompt end with one whole report.
+std::string expectReport( const std::function< void() > &fail )
+{
+    const auto start   = std::chrono::steady_clock::now();
+    Ending     ending  = inOwnRun( fail );
+    const auto elapsed = std::chrono::duration< double >( std::chrono::steady_clock::now() - start ).count();
+
+    EXPECT_EQ( SIGABRT, ending.signal );
+    EXPECT_LT( elapsed, PROMPTLY );
+    expectWholeReport( ending.errors );
+
+    return ending.errors;
+}
+
+// The compiler does not see that these are blocks.
+void *( *volatile allocate )( size_t ) = malloc;
+void ( *volatile giveBack )( void * )  = free;
+
+char *block( size_t size )
+{
+    return static_cast< char * >( allocate( size ) );
+}
+
+__attribute__( ( noinline ) ) int fillStack( int depth )
+{
+    volatile char room[1000];
+    room[0] = static_cast< char >( depth );
+    return depth < 0 ? 0 : fillStack( depth + 1 ) + room[0];
+}
+
+void fillStackOfThread()
+{
+    fillStack( 0 );
+}
+} // namespace
+
+#if !defined( __SANITIZE_ADDRESS__ ) && !defined( __SANITIZE_THREAD__ ) // which have heaps of their own
+TEST( Abort, ADamagedHeapIsReported )
+{
+    void ( *const DAMAGES[] )() = {
+        [] // a small block given back twice
+        {
+            char *a = block( 24 );
+            giveBack( a );
+            giveBack( a );
+        },
+        [] // a large one
+        {
+            char *a = block( 3000 ), *b = block( 3000 );
+            giveBack( a );
+            giveBack( a );
+            giveBack( b );
+        },
+        [] // writing to a block that was given back
+        {
+            char *a = block( 3000 );
+            block( 3000 );
+            giveBack( a );
+            memset( a, 'A', 3000 );
+            block( 3000 );
+            block( 30000 );
+        },
+        [] // writing past the end of a block
+        {
+            char *a = block( 3000 ), *b = block( 3000 );
+            memset( a, 'A', 3000 + 32 );
+            giveBack( b );
+            giveBack( a );
+        },
+        [] // and over what is left of the heap
+        {
+            memset( block( 100000 ), 'A', 100000 + 32 );
+            block( 120000 );
+            block( 120000 );
+        },
+    };
+
+    for( auto damage : DAMAGES )
+        EXPECT_THAT( expectReport( damage ), HasSubstr( "Signal    : " ) );
+}
+#endif
+
+TEST( Abort, AFullStackIsReported )
+{
+    const std::function< void() > FILLS[] = {
+        [] { fillStack( 0 ); },
+        [] { qvThreadJoin( qvThreadTrySpawnCstr( "full", -1, fillStackOfThread, nullptr, QV_THREAD_PRIORITY_NORMAL ) ); },
+        [] { std::thread( [] { qvThreadEncapsulate( fillStackOfThread, nullptr ); } ).join(); },
+    };
+
+    for( const auto &fill : FILLS )
+        EXPECT_THAT( expectReport( fill ), HasSubstr( "SIGSEGV" ) );
+}
+
+TEST( Abort, ReportsWaitForNoStream )
+{
+    // Nobody reads what is printed.
+    expectReport(
+        []
+        {
+            int  ends[2];
+            char text[1 << 16] = {};
+            EXPECT_EQ( 0, pipe2( ends, O_NONBLOCK ) );
+
+            while( write( ends[1], text, sizeof( text ) ) > 0 )
+                continue;
+
+            fcntl( ends[1], F_SETFL, 0 );
+            dup2( ends[1], STDOUT_FILENO );
+            printf( "text" );
+            qv___Abort( "m", nullptr, 0, nullptr );
+        } );
+
+    // Another thread holds the stream; so does a thread that failed in the middle of printing.
+    for( FILE *stream : { stdout, stderr } )
+        expectReport(
+            [stream]
+            {
+                std::promise< void > held;
+                std::thread          holder(
+                    [&]
+                    {
+                        flockfile( stream );
+                        held.set_value();
+                        pause();
+                    } );
+                held.get_future().wait();
+                qv___Abort( "m", nullptr, 0, nullptr );
+            } );
+
+    // It is damaged itself.
+    expectReport(
+        []
+        {
+            memset( static_cast< void * >( stdout ), 'A', sizeof( FILE ) );
+            raise( SIGSEGV );
+        } );
+}
+
+TEST( Abort, OneOfManyThreadsReports )
+{
+    for( int round = 0; round < 10; round++ )
+        expectReport(
+            []
+            {
+                std::vector< std::thread > threads;
+                int32_t                    waiting = 4;
+
+                for( int t = 0; t < 4; t++ )
+                    threads.emplace_back(
+                        [&waiting, t]
+                        {
+                            qv___AtomicAdd32( &waiting, -1 );
+
+                            while( qv___AtomicLoad32( &waiting ) > 0 )
+                                continue;
+
+                            if( t % 2 == 0 )
+                                qv___Abort( "m", nullptr, 0, nullptr );
+                            else if( t == 1 )
+                                abort();
+                            else
+                                raise( SIGBUS );
+                        } );
+
+                for( std::thread &thread : threads )
+                    thread.join();
+            } );
 }
 
 TEST( Abort, EachRunHasAFileOfItsOwn )
