@@ -153,8 +153,12 @@ TEST( Obj, SortsAndModulesNeverEnd )
         EXPECT_EQ( 0, references( object ) );
         EXPECT_EQ( -1, qv___ObjUnique( object ) );
 
-        for( int32_t i = 0; i < before; i++ )
+        // Others reach what is static at any moment, also behind the back of a release that has found a count of 1.
+        for( int32_t i = 0; i <= before; i++ )
             qvObjRetain( object );
+
+        qv___ObjReleaseLast( object );
+        EXPECT_EQ( before, references( object ) );
     }
 
     EXPECT_EQ( qvSortSort(), qvObjSort( sort ) );
@@ -164,24 +168,6 @@ TEST( Obj, SortsAndModulesNeverEnd )
     EXPECT_TRUE( qvSortHasModule( qvSortSort() ) );
     EXPECT_EQ( "QV_WATCHED", textOf( sort ) );
     EXPECT_EQ( "QV_WATCHED", take( qvSortName( qvWatchedSort() ) ) );
-}
-
-TEST( Obj, LiveObjectsAreListedInTheOrderOfTheirCreation )
-{
-    EXPECT_EQ( 0, timesListed( qvWatchedSort() ) );
-
-    Ref< QV_WATCHED > a = watched(), b = watched(), c = watched();
-    EXPECT_EQ( ( std::vector< QV_OBJ * >{ a, b, c } ), listed( qvWatchedSort() ) );
-    EXPECT_EQ( 1, timesListed( qvWatchedSort() ) );
-
-    b.reset();
-    EXPECT_EQ( ( std::vector< QV_OBJ * >{ a, c } ), listed( qvWatchedSort() ) );
-    a.reset();
-    EXPECT_EQ( ( std::vector< QV_OBJ * >{ c } ), listed( qvWatchedSort() ) );
-    EXPECT_EQ( 1, qvSortObjects( qvWatchedSort() ) );
-    c.reset();
-    EXPECT_EQ( ( std::vector< QV_OBJ * >{} ), listed( qvWatchedSort() ) );
-    EXPECT_EQ( 0, timesListed( qvWatchedSort() ) );
 }
 
 // Runs one after the other, with the database and without, in which objects outlive their run.
@@ -462,10 +448,8 @@ TEST( Obj, BrokenContractsAreReported )
     Ref< QV_WATCHED > object = watched();
 
     EXPECT_BROKEN( qvObjRetain( nullptr ), "obj" );
-    EXPECT_BROKEN( qvObjRelease( nullptr ), "obj" );
     EXPECT_BROKEN( qvObjCompare( nullptr, any( object ) ), "objA" );
     EXPECT_BROKEN( qvObjCompare( any( object ), nullptr ), "objB" );
-    EXPECT_BROKEN( qvObjSort( nullptr ), "thisObj" );
     EXPECT_BROKEN( qv___ObjCreate( 100, nullptr ), "sort" );
     EXPECT_BROKEN(
         qv___ObjFree( any( object ) ),
@@ -484,15 +468,6 @@ TEST( Obj, BrokenContractsAreReported )
             object.reset();
         },
         "Allocation size failure", "!QV___ATOMIC_INT_COMPARE_EXCHANGE( &thisObj->dbgAllocationSize, 0, 0 )" );
-}
-
-TEST( Obj, DeclaredStorageIsRemembered )
-{
-    Ref< QV_WATCHED > object = watched();
-    qv___ObjDbgSetAllocationSizeN( object, 6, 7 );
-    EXPECT_EQ( 42, allocated( object.get() ) );
-    qv___ObjDbgSetAllocationSize( object, 0 );
-    EXPECT_EQ( 0, allocated( object.get() ) );
 }
 
 /* Threads -------------------------------------------------------------------------------------------------------- */

@@ -9,6 +9,7 @@
 #include "qv/sys/qv_mem.h"
 
 #include <chrono>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -111,25 +112,17 @@ void restart( QV_INT flags, const char *identifier = nullptr, const char *name =
 
 TEST( Abort, ReportsNameWhatIsGiven )
 {
-    struct
-    {
-        const char *message, *file, *expression;
-        const char *section;
-    } const CASES[] = {
-        { nullptr, nullptr, nullptr, "" },
-        { "m", nullptr, nullptr, "\n  ABORT\n    Message   : m\n" },
-        { nullptr, "f", nullptr, "\n  ABORT\n    File      : f\n    Line      : 54\n" },
-        { nullptr, nullptr, "e", "\n  ABORT\n    Expression: e\n" },
-        { "m", "f", nullptr, "\n  ABORT\n    Message   : m\n    File      : f\n    Line      : 54\n" },
-        { "m", nullptr, "e", "\n  ABORT\n    Message   : m\n    Expression: e\n" },
-        { nullptr, "f", "e", "\n  ABORT\n    File      : f\n    Line      : 54\n    Expression: e\n" },
-        { "stdfunc retain", "source/qv/base/qv_boxed_int", "obj",
-          "\n  ABORT\n    Message   : stdfunc retain\n    File      : source/qv/base/qv_boxed_int\n"
-          "    Line      : 54\n    Expression: obj\n" },
-    };
+    EXPECT_EQ( head(), report( nullptr, nullptr, 54, nullptr, nullptr ) );
+    EXPECT_EQ( head() + "\n  ABORT\n    Expression: e\n", report( nullptr, nullptr, 54, "e", nullptr ) );
+    EXPECT_EQ(
+        head()
+            + "\n  ABORT\n    Message   : stdfunc retain\n    File      : source/qv/base/qv_boxed_int\n"
+              "    Line      : 54\n    Expression: obj\n",
+        report( "stdfunc retain", "source/qv/base/qv_boxed_int", 54, "obj", nullptr ) );
 
-    for( const auto &c : CASES )
-        EXPECT_EQ( head() + c.section, report( c.message, c.file, 54, c.expression, nullptr ) );
+    // Longer than what is written at once.
+    std::string text( 5000, 'x' );
+    EXPECT_EQ( head() + "\n  ABORT\n    Message   : " + text + "\n", report( text.c_str(), nullptr, 1, nullptr, nullptr ) );
 }
 
 TEST( Abort, ReportsNameTheApplication )
@@ -137,22 +130,14 @@ TEST( Abort, ReportsNameTheApplication )
     Ending whole = inOwnRun(
         []
         {
-            restart( 0, "my-app", "My Application", "1.2" );
+            restart( 0, "my-app", nullptr, "1.2" );
             fputs( report( nullptr, nullptr, 0, "e", nullptr ).c_str(), stderr );
-        } );
-    Ending partly = inOwnRun(
-        []
-        {
-            restart( 0, nullptr, "My Application", nullptr );
-            fputs( report( nullptr, nullptr, 0, nullptr, nullptr ).c_str(), stderr );
         } );
 
     EXPECT_EQ(
-        head() + "\n  APPLICATION\n    Identifier: my-app\n    Friendly  : My Application\n    Version   : 1.2\n"
+        head() + "\n  APPLICATION\n    Identifier: my-app\n    Friendly  : \n    Version   : 1.2\n"
             + "\n  ABORT\n    Expression: e\n",
         whole.errors );
-    EXPECT_EQ(
-        head() + "\n  APPLICATION\n    Identifier: \n    Friendly  : My Application\n    Version   : \n", partly.errors );
 }
 
 TEST( Abort, ReportsTellSignalsApart )
@@ -169,23 +154,15 @@ TEST( Abort, ReportsTellSignalsApart )
         "    Sender    : user\n",
         signalSection( SIGABRT, -6, address ) );
     EXPECT_EQ(
-        "\n  SIGNAL\n    Signal    : 7 (SIGBUS, bad memory access)\n"
-        "    Code      : 0 (SI_USER, kill, sigsend, raise)\n    Sender    : user\n    Address   : 0x1230\n",
-        signalSection( SIGBUS, 0, address ) );
-    EXPECT_EQ(
-        "\n  SIGNAL\n    Signal    : 15\n    Code      : 128 (SI_KERNEL, kernel from somewhere)\n"
-        "    Sender    : kernel\n",
-        signalSection( SIGTERM, 128, address ) );
+        "\n  SIGNAL\n    Signal    : 7 (SIGBUS, bad memory access)\n    Code      : -2147483648\n    Sender    : user\n"
+        "    Address   : (nil)\n",
+        signalSection( SIGBUS, INT_MIN ) );
 
     // The same number means another thing for another signal, and nothing where no row has it.
     EXPECT_THAT( signalSection( SIGILL, 8 ), HasSubstr( "    Code      : 8 (ILL_BADSTK, internal stack error)\n" ) );
     EXPECT_THAT( signalSection( SIGFPE, 8 ), HasSubstr( "    Code      : 8 (FPE_FLTSUB, subscript out of range)\n" ) );
     EXPECT_THAT( signalSection( SIGSEGV, 8 ), HasSubstr( "    Code      : 8\n" ) );
-    EXPECT_THAT( signalSection( SIGSEGV, 4 ), HasSubstr( " (SEGV_PKUERR, failed protection key checks)\n" ) );
-    EXPECT_THAT(
-        signalSection( SIGBUS, 5 ),
-        HasSubstr( "5 (BUS_MCEERR_AO, hardware memory error detected in process but not consumed: action optional)\n" ) );
-    EXPECT_THAT( signalSection( SIGABRT, -7 ), HasSubstr( "    Code      : -7\n    Sender    : user\n" ) );
+    EXPECT_THAT( signalSection( SIGTERM, 128 ), HasSubstr( "    Code      : 128 (SI_KERNEL, kernel from somewhere)\n" ) );
 }
 
 TEST( Abort, BrokenContractsEndWithReportAndStack )
@@ -271,12 +248,8 @@ TEST( Abort, FatalSignalsAreReportedInBothPlaces )
     {
         Ending raised = inChild( [&] { raise( signum ); } );
         EXPECT_EQ( SIGABRT, raised.signal );
-        EXPECT_THAT(
-            raised.errors, ContainsRegex(
-                               "  SIGNAL\n    Signal    : " + std::to_string( signum )
-                               + " .SIG[A-Z]+, .*\n    Code      : -6 .SI_TKILL, tkill system call.\n    Sender    : user\n" ) );
+        EXPECT_THAT( raised.errors, StartsWith( "\n\n\n" + head() + "\n  SIGNAL\n    Signal    : " + std::to_string( signum ) ) );
         EXPECT_EQ( signum != SIGABRT, raised.errors.find( "    Address   : " ) != std::string::npos );
-        EXPECT_THAT( raised.errors, Not( HasSubstr( "  ABORT\n" ) ) );
     }
 }
 

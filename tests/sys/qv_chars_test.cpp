@@ -245,30 +245,6 @@ TEST( Chars, AnyCharactersEncodeAsTheModelDoes )
     }
 }
 
-TEST( Chars, EveryCharacterSurvivesUtf8 )
-{
-    std::u32string all;
-
-    for( char32_t ch = 0; ch < 0x110000; ch++ )
-        all += ch;
-
-    QV_INT      length = static_cast< QV_INT >( all.size() );
-    QV_INT      size = qvCharsConvertToUtf8( nullptr, 0, all.data(), length, QV_FALSE );
-    std::string bytes( static_cast< size_t >( size ), '\0' );
-    qvCharsConvertToUtf8( bytes.data(), size, all.data(), length, QV_FALSE );
-    std::u32string back( all.size(), U'x' );
-
-    EXPECT_EQ( 0x80 + 0x780 * 2 + 0xF800 * 3 + 0x100000 * 4, size );
-    EXPECT_EQ( length, qvCharsConvertFromUtf8( back.data(), length, bytes.data(), size ) );
-    EXPECT_TRUE( all == back );
-
-    std::string cstr( bytes.size(), '\0' );
-    qvCharsConvertToCstr( cstr.data(), size, all.data(), length, QV_FALSE );
-    EXPECT_TRUE( bytes == cstr );
-    EXPECT_EQ( 3, qvCharsConvertFromCstr( back.data(), 3, "\xC3\xA9" "bc", -1 ) );
-    EXPECT_EQ( U"\xE9" U"bc", back.substr( 0, 3 ) );
-}
-
 TEST( Chars, AsciiReplacesWhatItLacks )
 {
     char         bytes[8];

@@ -117,19 +117,8 @@ TEST( Int, BoundsComeInEitherOrder )
     EXPECT_EQ( -7, a );
     qvIntSortPair( &a, &b );
     EXPECT_EQ( 7, b );
-    qvIntExchange( &a, &b );
-    EXPECT_EQ( 7, a );
-    qvIntExchange( &a, &a );
-    EXPECT_EQ( 7, a );
-    EXPECT_EQ( -7, qvIntMin( a, b ) );
-    EXPECT_EQ( 7, qvIntMax( a, b ) );
-}
 
-TEST( Int, AbsoluteValuesHaveOneGap )
-{
-    EXPECT_EQ( QV_INT_MAX, qvIntAbs( -QV_INT_MAX ) );
     EXPECT_EQ( QV_INT_MAX, qvIntAbsSaturating( QV_INT_MIN ) );
-    EXPECT_EQ( 3, qvIntAbsSaturating( -3 ) );
     EXPECT_BROKEN( qvIntAbs( QV_INT_MIN ), "qvIntMulOk( value, -1 )" );
 }
 
@@ -138,9 +127,7 @@ TEST( Int, BrokenArgumentsAreReported )
     QV_INT a = 0;
 
     EXPECT_BROKEN( qvIntSortPair( nullptr, &a ), "a" );
-    EXPECT_BROKEN( qvIntExchange( &a, nullptr ), "b" );
     EXPECT_BROKEN( qvIntBitSet( 0, 64 ), "bit < QV_INT_BITS" );
-    EXPECT_BROKEN( qvIntBitIsSet( 0, -1 ), "bit >= 0" );
     EXPECT_BROKEN( qvIntBitSetRange( 0, QV_INT_MAX, 0 ), "b < QV_INT_MAX" );
     EXPECT_BROKEN( qvIntBitClearRange( 0, -1, 3 ), "bit >= 0" );
     EXPECT_BROKEN( qvIntBitSetHighest( 0, 65 ), "highest <= QV_INT_BITS" );

@@ -54,12 +54,3 @@ TEST( Real, RoundingGoesTowardsZeroAndSaturates )
     EXPECT_EQ( QV_INT_MIN, qvRealToInt( -INFINITE ) );
     EXPECT_EQ( QV_INT_MAX, qvRealToInt( HUGE_REAL ) );
 }
-
-TEST( Real, IntegersAreComparedAsReals )
-{
-    EXPECT_TRUE( qvRealEqualsInt( 3.0, 3 ) );
-    EXPECT_FALSE( qvRealEqualsInt( 3.5, 3 ) );
-    EXPECT_TRUE( qvRealEqualsInt( 9223372036854775808.0, QV_INT_MAX ) );
-    EXPECT_EQ( -1, qvRealCompareInt( 2.5, 3 ) );
-    EXPECT_EQ( 1, qvRealCompareInt( 3.5, 3 ) );
-}

@@ -79,8 +79,8 @@ private:
     char   buffer_[512];
 };
 
-/** Stores the return addresses of the calling thread's stack, the caller's frame first, and counts them meanwhile: what has
-    been found counts when the walk fails on a damaged stack. */
+/** Stores the return addresses of the calling thread's stack, the caller's frame first, and counts them meanwhile: what
+    has been found counts when the walk fails on a damaged stack. */
 void abortFrames( void **frames, int size, int *length );
 
 /** Writes one line about an address, as `backtrace_symbols` words it. */
@@ -92,8 +92,8 @@ void writeFrame( AbortOutput *output, void *address );
     signal of this thread ends what it does, and other threads wait when they fail. */
 void enterAbort();
 
-/** Calls `function` in the thread that writes the report, and leaves it where it stands when it fails or takes longer than
-    that; then gives false. So it owns nothing that matters later. */
+/** Calls `function` in the thread that writes the report, and leaves it where it stands when it fails or takes longer
+    than that; then gives false. So it owns nothing that matters later. */
 bool attempt( int milliseconds, void ( *function )( void *context ), void *context );
 
 /** Ends the process by SIGABRT. */
@@ -108,8 +108,8 @@ struct SignalStack
     void   *room; // null: none has been set
 };
 
-/** Gives the calling thread one, in a run with handlers of fatal signals and unless the thread has a larger one. Costs one
-    system call if another thread has had it before. */
+/** Gives the calling thread one, in a run with handlers of fatal signals and unless the thread has a larger one. Costs
+    one system call if another thread has had it before. */
 void beginSignalStack( SignalStack *stack );
 
 /** Takes it away from the thread, which gets the previous one back. */

@@ -145,7 +145,8 @@ _Unwind_Reason_Code addFrame( _Unwind_Context *context, void *frames )
 }
 } // namespace
 
-// The unwinder is linked in. That of backtrace() is loaded by its first call, with memory from a heap that may be damaged.
+// The unwinder is linked in. That of backtrace() is loaded by its first call, with memory from a heap that may be
+// damaged.
 __attribute__( ( noinline ) ) void qv::abortFrames( void **frames, int size, int *length )
 {
     Frames all = { frames, size, length, true };
@@ -302,8 +303,8 @@ namespace
 {
 const size_t STACK_SIZE = 64 << 10;
 
-// Pages of its own, which the system fills when they are needed; a damaged heap does not touch them. Those that threads have
-// had wait here for others.
+// Pages of its own, which the system fills when they are needed; a damaged heap does not touch them. Those that threads
+// have had wait here for others.
 struct Room
 {
     Room *next;
