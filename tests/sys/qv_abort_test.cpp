@@ -308,7 +308,9 @@ void fillStackOfThread()
 }
 } // namespace
 
-#if !defined( __SANITIZE_ADDRESS__ ) && !defined( __SANITIZE_THREAD__ ) // which have heaps of their own
+// Sanitizers have heaps of their own, and one of them keeps a timer's signal back while a thread waits inside the C
+// library.
+#if !defined( __SANITIZE_ADDRESS__ ) && !defined( __SANITIZE_THREAD__ )
 TEST( Abort, ADamagedHeapIsReported )
 {
     void ( *const DAMAGES[] )() = {
@@ -351,19 +353,6 @@ TEST( Abort, ADamagedHeapIsReported )
 
     for( auto damage : DAMAGES )
         EXPECT_THAT( expectReport( damage ), HasSubstr( "Signal    : " ) );
-}
-#endif
-
-TEST( Abort, AFullStackIsReported )
-{
-    const std::function< void() > FILLS[] = {
-        [] { fillStack( 0 ); },
-        [] { qvThreadJoin( qvThreadTrySpawnCstr( "full", -1, fillStackOfThread, nullptr, QV_THREAD_PRIORITY_NORMAL ) ); },
-        [] { std::thread( [] { qvThreadEncapsulate( fillStackOfThread, nullptr ); } ).join(); },
-    };
-
-    for( const auto &fill : FILLS )
-        EXPECT_THAT( expectReport( fill ), HasSubstr( "SIGSEGV" ) );
 }
 
 TEST( Abort, ReportsWaitForNoStream )
@@ -409,6 +398,19 @@ TEST( Abort, ReportsWaitForNoStream )
             memset( static_cast< void * >( stdout ), 'A', sizeof( FILE ) );
             raise( SIGSEGV );
         } );
+}
+#endif
+
+TEST( Abort, AFullStackIsReported )
+{
+    const std::function< void() > FILLS[] = {
+        [] { fillStack( 0 ); },
+        [] { qvThreadJoin( qvThreadTrySpawnCstr( "full", -1, fillStackOfThread, nullptr, QV_THREAD_PRIORITY_NORMAL ) ); },
+        [] { std::thread( [] { qvThreadEncapsulate( fillStackOfThread, nullptr ); } ).join(); },
+    };
+
+    for( const auto &fill : FILLS )
+        EXPECT_THAT( expectReport( fill ), HasSubstr( "SIGSEGV" ) );
 }
 
 TEST( Abort, OneOfManyThreadsReports )
