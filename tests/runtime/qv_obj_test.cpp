@@ -380,6 +380,8 @@ TEST( Obj, PartsAreComparedFromTheFirstOn )
     EXPECT_EQ( -order, qvVectorCompare( withD, withA ) );
     EXPECT_EQ( -1, qv::obj( d.get() )->unique );
     EXPECT_EQ( -1, uniqueA->unique );
+    EXPECT_EQ(
+        -1, qvVectorCompare( vectorOf( { qvSortObj( qvStringSort() ) } ), vectorOf( { qvSortObj( qvVectorSort() ) } ) ) );
     EXPECT_EQ( "<<<" + textOf( uniqueA ) + ">>, " + textOf( qvBoxedUniqueObj( b ) ) + ">", textOf( withB.get() ) );
 }
 

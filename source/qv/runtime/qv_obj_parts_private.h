@@ -88,7 +88,7 @@ inline QV_INT comparePart( QV___COMPARE_WALK *walk, QV_OBJ *thisPart, QV_OBJ *th
             return sort->compareFunc( thisPart, thatPart );
     }
 
-    return qvObjDefaultCompareFunc( thisPart, thatPart );
+    return qvObjCompare( thisPart, thatPart );
 }
 
 /** Appends the text of a part and gives null; or gives the part, which the step returns at once. */
