@@ -74,38 +74,25 @@ QV_SORT twin( const char *name )
     return QV___STATIC_SORT( nullptr, name, nullptr, nullptr, nullptr, nullptr, nullptr );
 }
 
-// The live objects of a sort by its list.
+// The live objects of a sort by its list. All lists have to be in order.
 std::vector< QV_OBJ * > listed( QV_SORT *sort )
 {
     std::vector< QV_OBJ * > result;
-    QV_OBJ                 *previous = nullptr;
+    qv___ObjCheckLists();
 
-    for( QV_OBJ *object = sort->odbFirst; object; previous = object, object = object->odbNext )
-    {
-        EXPECT_EQ( previous, object->odbPrevious );
+    for( QV_OBJ *object = sort->odbFirst; object; object = object->odbNext )
         result.push_back( object );
-    }
 
-    EXPECT_EQ( previous, sort->odbLast );
     return result;
 }
 
-// How often a sort is in the list of its module's sorts, whose links are looked at on the way.
+// How often a sort is in the list of its module's sorts.
 int timesListed( QV_SORT *wanted )
 {
-    int      result   = 0;
-    int      length   = 0;
-    QV_SORT *previous = nullptr;
+    int result = 0;
 
-    for( QV_SORT *sort = qv___module.sortsFirst; sort; previous = sort, sort = sort->sortsNext, length++ )
-    {
-        EXPECT_EQ( previous, sort->sortsPrevious );
-        EXPECT_GT( qvSortObjects( sort ), 0 );
+    for( QV_SORT *sort = qv___module.sortsFirst; sort; sort = sort->sortsNext )
         result += sort == wanted;
-    }
-
-    EXPECT_EQ( previous, qv___module.sortsLast );
-    EXPECT_EQ( length, qv___AtomicLoad32( &qv___module.sorts ) );
 
     return result;
 }
@@ -132,10 +119,6 @@ TEST( Obj, TheLastReferenceEndsAnObject )
     qvObjRelease( any( object.give() ) );
     EXPECT_EQ( 1, ended );
     EXPECT_EQ( 0, qvSortObjects( qvWatchedSort() ) );
-
-    int32_t counter = 1;
-    EXPECT_EQ( 2, qv___RetainCountIncrement( &counter ) );
-    EXPECT_EQ( 1, qv___RetainCountDecrement( &counter ) );
 }
 
 TEST( Obj, SortsAndModulesNeverEnd )
@@ -178,7 +161,6 @@ TEST( Obj, TheListsFollowObjectsThroughRunsOfAllKinds )
         {
             auto restart = []( QV_INT flags )
             {
-                qv___ObjCheckLists();
                 qvRuntimeShutdown();
                 qv___ObjCheckLists();
                 qvRuntimeStartup( flags, nullptr, nullptr, nullptr, nullptr );
@@ -203,10 +185,10 @@ TEST( Obj, TheListsFollowObjectsThroughRunsOfAllKinds )
             a.reset();
             c.reset();
             expectListed( {}, 1 );
-            EXPECT_EQ( nullptr, qvWatchedSort()->sortsPrevious );
+            EXPECT_EQ( 0, timesListed( qvWatchedSort() ) );
             Ref< QV_WATCHED > d = watched();
             expectListed( { d }, 2 );
-            EXPECT_EQ( qvWatchedSort(), qv___module.sortsLast );
+            EXPECT_EQ( 1, timesListed( qvWatchedSort() ) );
 
             // A snapshot takes a reference to what is listed alone. The objects of a split text share memory.
             Ref< QV_VECTOR > parts( qvStringSplitChar( text( "a b c d e f g h i j k l" ), U' ', -1 ) );
@@ -326,7 +308,6 @@ TEST( Obj, NestedObjectsEndOnASmallStack )
     };
 
     release();
-    qv___ObjCheckLists();
     EXPECT_EQ( 0, timesListed( qvWatchedSort() ) );
 
     Ending ending = inOwnRun(
@@ -343,9 +324,9 @@ TEST( Obj, NestedObjectsEndOnASmallStack )
 TEST( Obj, NestedObjectsAreComparedAndWrittenOnASmallStack )
 {
     Ref< QV_BOXED_INT > one( qvBoxedIntCreate( 1 ) ), same( qvBoxedIntCreate( 1 ) ), two( qvBoxedIntCreate( 2 ) );
-    Ref< QV_OBJ >       a = nested( LEVELS, "V", qvBoxedIntObj( one ) ), b = nested( LEVELS, "V", qvBoxedIntObj( same )
-    ),
-                  c = nested( LEVELS, "V", qvBoxedIntObj( two ) ), deeper = nested( 1, "V", b );
+    Ref< QV_OBJ >       a = nested( LEVELS, "V", qvBoxedIntObj( one ) );
+    Ref< QV_OBJ >       b = nested( LEVELS, "V", qvBoxedIntObj( same ) ), deeper = nested( 1, "V", b );
+    Ref< QV_OBJ >       c = nested( LEVELS, "V", qvBoxedIntObj( two ) );
 
     onASmallStack(
         [&]
@@ -361,8 +342,7 @@ TEST( Obj, NestedObjectsAreComparedAndWrittenOnASmallStack )
         } );
 }
 
-// A step comes back to where it was: what follows a nested part counts, and is looked at only if all before it is
-// equal.
+// What follows a nested part counts, and is looked at only if all before it is equal.
 TEST( Obj, PartsAreComparedFromTheFirstOn )
 {
     auto nestedTwice = []( QV_BOXED_UNIQUE *unique ) { return nested( 2, "V", qvBoxedUniqueObj( unique ) ); };
@@ -387,22 +367,14 @@ TEST( Obj, PartsAreComparedFromTheFirstOn )
 
 /* Order and text ------------------------------------------------------------------------------------------------- */
 
-TEST( Obj, AnObjectEqualsItselfUnasked )
-{
-    Ref< QV_WATCHED > object = watched();
-
-    EXPECT_EQ( 0, qvObjCompare( any( object ), any( object ) ) );
-    EXPECT_TRUE( qvWatchedEquals( object, object ) );
-}
-
 TEST( Obj, DifferentSortsOrderByTheirNames )
 {
     Ref< QV_WATCHED >   object = watched();
     Ref< QV_BOXED_INT > number( qvBoxedIntCreate( 1000 ) );
     Ref< QV_STRING >    string = text( "" );
 
+    EXPECT_EQ( 0, qvObjCompare( any( object ), any( object ) ) ); // its family is not asked
     EXPECT_EQ( -1, qvObjCompare( qvBoxedIntObj( number ), qvStringObj( string ) ) );
-    EXPECT_EQ( 1, qvObjCompare( qvStringObj( string ), qvBoxedIntObj( number ) ) );
     EXPECT_EQ( 1, qvObjCompare( any( object ), qvStringObj( string ) ) );
 
     // Sorts are objects of a sort of their own, ordered by their names too.
@@ -410,7 +382,6 @@ TEST( Obj, DifferentSortsOrderByTheirNames )
     EXPECT_EQ( -1, qvObjCompare( qvSortObj( qvStringSort() ), qvStringObj( string ) ) );
 
     static QV_SORT one = twin( "QV_TWIN" ), other = twin( "QV_TWIN" ), bad = twin( "QV__TWIN" );
-    EXPECT_EQ( 0, qvSortCompare( &one, &one ) );
     EXPECT_FALSE( qvSortHasModule( &one ) );
     EXPECT_DEATH( qvSortCompare( &one, &other ), testing::Not( testing::HasSubstr( "    Expression: " ) ) );
     EXPECT_BROKEN( qvSortName( &bad ), "qvNameUpperCaseOk( qvs, QV_TRUE )" );
@@ -446,7 +417,6 @@ TEST( Obj, BrokenContractsAreReported )
     Ref< QV_WATCHED > object = watched();
 
     EXPECT_BROKEN( qvObjRetain( nullptr ), "obj" );
-    EXPECT_BROKEN( qvObjCompare( nullptr, any( object ) ), "objA" );
     EXPECT_BROKEN( qvObjCompare( any( object ), nullptr ), "objB" );
     EXPECT_BROKEN( qv___ObjCreate( 100, nullptr ), "sort" );
     EXPECT_BROKEN(
@@ -458,7 +428,6 @@ TEST( Obj, BrokenContractsAreReported )
             object.reset();
         },
         "thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->sort" );
-    EXPECT_BROKEN( qv___ObjDbgSetAllocationSize( object, -1 ), "size >= 0" );
     EXPECT_BROKEN( qv___ObjDbgSetAllocationSizeN( object, QV_INT_MAX, 2 ), "QV_INT_MUL_OK( count, size )" );
     EXPECT_BROKEN_MESSAGE(
         {

