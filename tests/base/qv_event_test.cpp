@@ -319,8 +319,7 @@ void freeLast( QV_OBJ *thisObj )
 
 QV_SORT *lastSort()
 {
-    static QV_SORT sort = { QV___STATIC_HEADER( QV___OBJ_TYPE_SORT ), &qv___module, "QV___LAST", freeLast, nullptr,
-                            nullptr, 0, nullptr, nullptr, nullptr, nullptr };
+    static QV_SORT sort = QV___STATIC_SORT( &qv___module, "QV___LAST", freeLast, nullptr, nullptr, nullptr, nullptr );
     return &sort;
 }
 } // namespace

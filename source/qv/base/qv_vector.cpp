@@ -9,6 +9,7 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_obj.h"
+#include "qv/runtime/qv_obj_parts_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
@@ -81,44 +82,47 @@ void freeVector( QV_OBJ *thisObj )
     }
 }
 
-QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
 {
-    QV_CHECK( thisObj );
-    QV_CHECK( thatObj );
-
     QV_VECTOR *a      = qvVectorFrom( thisObj );
     QV_VECTOR *b      = qvVectorFrom( thatObj );
     QV_INT     common = std::min( a->length, b->length );
 
-    for( QV_INT i = 0; i < common; i++ )
-        if( QV_INT order = qvObjCompare( qv::objs( a )[i], qv::objs( b )[i] ) )
+    while( walk->at < common )
+    {
+        QV_INT i = walk->at++;
+
+        if( QV_INT order = qv::comparePart( walk, qv::objs( a )[i], qv::objs( b )[i] ) )
             return order;
+    }
 
     return ( a->length > b->length ) - ( a->length < b->length );
 }
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_OBJ *textStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
 {
-    QV_CHECK( thisObj );
+    QV_VECTOR *vec = qvVectorFrom( thisObj );
 
-    QV_VECTOR           *vec = qvVectorFrom( thisObj );
-    qv::Ref< QV_STRING > text( qvStringCreateFromCharsCopy( U"<", 1 ) );
+    if( walk->at == 0 )
+        qvStringAppendChar( &walk->text, U'<' );
 
-    for( QV_INT i = 0; i < vec->length; i++ )
+    while( walk->at < vec->length )
     {
-        if( i > 0 )
-            qvStringAppendChars( text.at(), U", ", 2 );
+        if( walk->at > 0 )
+            qvStringAppendChars( &walk->text, U", ", 2 );
 
-        qvStringAppendObj( text.at(), qv::objs( vec )[i] );
+        if( QV_OBJ *part = qv::textPart( walk, qv::objs( vec )[walk->at++] ) )
+            return part;
     }
 
-    qvStringAppendChar( text.at(), U'>' );
+    qvStringAppendChar( &walk->text, U'>' );
 
-    return text.give();
+    return nullptr;
 }
 } // namespace
 
-QV___FAMILY( Vector, QV_VECTOR, freeVector, compare, toString )
+QV___FAMILY_OF_PARTS(
+    Vector, QV_VECTOR, freeVector, qv::compareByParts, qv::textByParts, compareStep, textStep )
 
 void qv___VectorStartup( void )
 {
