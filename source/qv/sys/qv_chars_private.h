@@ -1,7 +1,7 @@
 #ifndef QV_CHARS_PRIVATE_H
 #define QV_CHARS_PRIVATE_H
 
-#include "qv/sys/qv_types.h"
+#include "qv/sys/qv_utf8_private.h"
 
 #include <wchar.h>
 
@@ -46,7 +46,10 @@ QV_INT findChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_I
 QV_INT findLastChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_INT subLength );
 
 /** Encodes the ASCII that `src` begins with; gives the number of characters. There is room for `length` bytes. */
-QV_INT encodeLeadingAscii( char *dest, const QV_CHAR *src, QV_INT length );
+inline QV_INT encodeLeadingAscii( char *dest, const QV_CHAR *src, QV_INT length )
+{
+    return utf8::encodeLeadingAscii( reinterpret_cast< uint8_t * >( dest ), src, length );
+}
 
 /** Four characters at once. */
 typedef int32_t CharVector __attribute__( ( vector_size( 16 ) ) );
