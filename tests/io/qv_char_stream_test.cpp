@@ -90,7 +90,7 @@ TEST( CharSink, RangesAndCharactersAreChecked )
     EXPECT_BROKEN( qvCharSinkWriteOuter( sink, abc, 1, QV_INT_MAX ), "QV_INT_ADD_OK( charOffset, charCount )" );
     EXPECT_BROKEN( qvCharSinkWriteLeading( sink, abc, 4 ), "charOffset + charCount <= qvStringLength( qvs )" );
     EXPECT_BROKEN( qvCharSinkWriteTrailing( sink, abc, 4 ), "charCount <= qvStringLength( qvs )" );
-    EXPECT_BROKEN( qvCharSinkWriteChar( sink, 0x110000 ), "qvCharsAllOk( chars, charCount )" );
+    EXPECT_BROKEN( qvCharSinkWriteChar( sink, 0x110000 ), "qvCharsAllOk( src, srcLength )" );
 }
 
 TEST( CharSource, OnlyAShortReadMeetsTheEnd )

@@ -50,7 +50,7 @@ uint8_t replacementByte( Sink *csc )
 {
     uint8_t byte = 0;
 
-    if( !csc->mapFunc( qv::REPLACEMENT, &byte ) && !csc->mapFunc( U'?', &byte ) )
+    if( !csc->mapFunc( qv::utf8::REPLACEMENT, &byte ) && !csc->mapFunc( U'?', &byte ) )
         byte = 0;
 
     return byte;

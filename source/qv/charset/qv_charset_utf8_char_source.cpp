@@ -132,6 +132,7 @@ QV_BOOL readChars( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT 
 
         csc->cachePos = in - csc->cache;
         *charsRead    = out - chars;
+        QV_ASSERT( csc->state != INSIDE || ( csc->missing >= 1 && csc->missing < qv::utf8::LONGEST ) );
     }
 
     return ok;

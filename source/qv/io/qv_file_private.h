@@ -25,9 +25,10 @@ QV_API QV_STRING      *qv___GetExecutablePath( void );
 #ifdef __cplusplus
 namespace qv
 {
-/** Deletes what the directory of an open descriptor holds, with everything below it, and closes the descriptor. Links go;
-    what they lead to stays. Neither the depth nor the length of the names counts: three descriptors are open at most,
-    and each entry is looked at once. False if a directory below is left; other files that are left do not show. */
+/** Deletes what the directory of an open descriptor holds, with everything below it, and closes the descriptor. Links
+    go; what they lead to stays. Neither the depth nor the length of the names counts: three descriptors are open at
+    most, and each entry is looked at once. False if a directory below is left; other files that are left do not show.
+    */
 bool deleteTreeContent( int directory );
 } // namespace qv
 #endif

@@ -6,6 +6,7 @@
 #include "qv/io/qv_nlf.h"
 #include "qv/io/qv_string_char_source.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 
 #include <cstring>
 
@@ -29,7 +30,10 @@ namespace
 void freeFunc( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
-    qv::drop( qvNlfLineSourceFrom( thisObj )->charSource );
+
+    QV_NLF_LINE_SOURCE *nls = qvNlfLineSourceFrom( thisObj );
+    qv::unpoison( nls->chars, sizeof( nls->chars ) );
+    qv::drop( nls->charSource );
 }
 
 // True for each character that ends a line with some newline flag.
@@ -95,6 +99,9 @@ bool refill( QV_NLF_LINE_SOURCE *nls )
 {
     QV_INT kept = nls->charsLength - nls->charsOffset;
 
+    QV_ASSERT( kept == 0 || kept == 1 );
+    qv::unpoison( nls->chars, sizeof( nls->chars ) );
+
     if( kept )
         nls->chars[0] = nls->chars[nls->charsOffset];
 
@@ -102,8 +109,17 @@ bool refill( QV_NLF_LINE_SOURCE *nls )
 
     nls->charsOffset = 1 - kept;
     nls->charsLength = 1 + count;
+    qv::markFree(
+        nls->chars + nls->charsLength, static_cast< size_t >( REFILL_CHARS - count ) * sizeof( QV_CHAR ) );
 
     return count > 0;
+}
+
+// Notes how far the characters of a line and its terminator went.
+void take( QV_NLF_LINE_SOURCE *nls, QV_INT end )
+{
+    QV_ASSERT( end >= nls->charsOffset && end <= nls->charsLength && nls->charsLength <= 1 + REFILL_CHARS );
+    nls->charsOffset = end;
 }
 
 // Adds characters to the line, which is null before the first ones.
@@ -138,15 +154,15 @@ QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
             QV_INT last = nls->charsLength - 1;
 
             add( &line, chars + nls->charsOffset, last - nls->charsOffset );
-            nls->charsOffset = last;
+            take( nls, last );
 
             if( !refill( nls ) )
             {
                 if( !( flagsOf( chars[0] ) & flags ) )
                     add( &line, chars, 1 );
 
-                nls->charsOffset = nls->charsLength;
-                *result          = line.give();
+                take( nls, nls->charsLength );
+                *result = line.give();
 
                 return QV_TRUE;
             }
@@ -162,8 +178,8 @@ QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
         if( terminatorLength )
         {
             add( &line, chars + nls->charsOffset, at - nls->charsOffset );
-            nls->charsOffset = at + terminatorLength;
-            *result          = line.give();
+            take( nls, at + terminatorLength );
+            *result = line.give();
 
             return QV_TRUE;
         }

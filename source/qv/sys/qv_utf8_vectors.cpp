@@ -235,9 +235,9 @@ void qv::utf8::encodeBlocks16( Encoded &, const QV_CHAR *, uint8_t * )
 
 namespace
 {
-// The larger kernel gathers bits with an instruction that the first processors of one family have in name only. The C library
-// is asked, which knows the processor already: what the compiler offers asks the processor itself, at load time, and
-// where that is a virtual one the answers cost more than the whole start of the library.
+// The larger kernel gathers bits with an instruction that the first processors of one family have in name only. The C
+// library is asked, which knows the processor already: what the compiler offers asks the processor itself, at load
+// time, and where that is a virtual one the answers cost more than the whole start of the library.
 bool hasVectors32()
 {
     if( !CPU_FEATURE_ACTIVE( AVX2 ) || !CPU_FEATURE_ACTIVE( BMI2 ) )
