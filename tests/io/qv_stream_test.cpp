@@ -1,6 +1,6 @@
 // Byte and char streams alike: what one kind does, the other has to do too.
 
-#include "qv_stream_log.h"
+#include "qv_test_stream.h"
 
 #include "qv/io/qv_buffer_byte_sink.h"
 #include "qv/io/qv_buffer_byte_source.h"
