@@ -40,7 +40,7 @@ inline std::string encodedUtf8( const std::u32string &text )
 }
 
 /** The characters of bytes. Arrays look again at the byte that breaks a sequence, streams pass over it and all that
-    follows it; a sequence that the end cuts and a value that is too high are faults to streams and nothing to arrays. */
+    follows it; a sequence that the end cuts and a value that is too high are faults to streams, nothing to arrays. */
 inline std::u32string decodedUtf8( const std::string &bytes, bool asStream )
 {
     std::u32string result;

@@ -117,9 +117,9 @@ TEST( Chars, BadUtf8IsReplacedByTheRules )
 TEST( Chars, AnyTextGoesBothWaysAsTheModelDoes )
 {
     const char32_t LIMITS[][2] = { { 0, 0x80 }, { 0x80, 0x800 }, { 0x800, 0x10000 }, { 0x10000, 0x110000 } };
-    const char32_t BORDERS[]   = { 0x7F,     0x80,     0x7FF,      0x800,      0xD7FF,     0xD800,     0xDFFF,    0xFFFF,
-                                   0x10000,  0x10FFFF, 0x110000,   0x110041,   0x1000041,  0x7FFFFFFF, 0x80000000,
-                                   0x80000041, 0x80110000, 0xFFFFFF41, 0xFFFFFFFF };
+    const char32_t BORDERS[]   = { 0x7F,       0x80,       0x7FF,      0x800,      0xD7FF,    0xD800,    0xDFFF,
+                                   0xFFFF,     0x10000,    0x10FFFF,   0x110000,   0x110041,  0x1000041, 0x7FFFFFFF,
+                                   0x80000000, 0x80000041, 0x80110000, 0xFFFFFF41, 0xFFFFFFFF };
 
     onEachKernel(
         [&]

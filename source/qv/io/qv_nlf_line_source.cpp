@@ -7,8 +7,7 @@
 #include "qv/io/qv_string_char_source.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
-
-#include <cstring>
+#include "qv/sys/qv_chars_private.h"
 
 // The characters that one refill asks for.
 const QV_INT REFILL_CHARS = 1024;
@@ -36,12 +35,6 @@ void freeFunc( QV_OBJ *thisObj )
     qv::drop( nls->charSource );
 }
 
-// True for each character that ends a line with some newline flag.
-inline bool endsLines( QV_CHAR ch )
-{
-    return ( ch >= U'\n' && ch <= U'\r' ) || ch == U'\x85' || ch == U'\u2028' || ch == U'\u2029';
-}
-
 // The flags with which the character ends a line, whatever is behind it. CRLF is not one of them.
 QV_INT flagsOf( QV_CHAR ch )
 {
@@ -64,34 +57,6 @@ QV_INT flagsOf( QV_CHAR ch )
     default:
         return 0;
     }
-}
-
-// The first character from `offset` on that may end a line, or `length`. Nearly all characters of a text are passed
-// over here, so they are looked at eight at a time, as vectors; characters are positive as signed numbers.
-QV_INT findTerminator( const QV_CHAR *chars, QV_INT offset, QV_INT length )
-{
-    typedef int32_t Four __attribute__( ( vector_size( 16 ) ) );
-    typedef int64_t Two __attribute__( ( vector_size( 16 ) ) );
-
-    auto ends = []( Four ch )
-    { return ( ( ch >= '\n' ) & ( ch <= '\r' ) ) | ( ch == 0x85 ) | ( ( ch & ~1 ) == 0x2028 ); };
-
-    for( ; offset + 8 <= length; offset += 8 )
-    {
-        Four first, second;
-        memcpy( &first, chars + offset, sizeof( first ) );
-        memcpy( &second, chars + offset + 4, sizeof( second ) );
-
-        Two found = reinterpret_cast< Two >( ends( first ) | ends( second ) );
-
-        if( found[0] | found[1] )
-            break;
-    }
-
-    while( offset < length && !endsLines( chars[offset] ) )
-        offset++;
-
-    return offset;
 }
 
 // Reads on. The last unread character, if there is one, stays. False when nothing came.
@@ -147,7 +112,7 @@ QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
     // What stands from charsOffset up to `at` belongs to the line.
     for( QV_INT at = nls->charsOffset;; at++ )
     {
-        at = findTerminator( chars, at, nls->charsLength );
+        at = qv::findLineEnd( chars, at, nls->charsLength );
 
         while( at >= nls->charsLength - 1 )
         {
@@ -167,7 +132,7 @@ QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
                 return QV_TRUE;
             }
 
-            at = findTerminator( chars, 0, nls->charsLength );
+            at = qv::findLineEnd( chars, 0, nls->charsLength );
         }
 
         QV_INT terminatorLength = ( flagsOf( chars[at] ) & flags ) ? 1 : 0;

@@ -377,16 +377,6 @@ struct Run
 // Eight characters at once, so that text without marks needs one decision for all of them.
 const QV_INT GROUP = 8;
 
-inline bool allBelow( const QV_CHAR *chs, QV_CHAR limit )
-{
-    qv::CharVector bound = qv::CharVector {} + static_cast< int32_t >( limit );
-    qv::CharVector a     = qv::loadChars( chs );
-    qv::CharVector b     = qv::loadChars( chs + 4 );
-
-    // The comparison is one of signed numbers; 0x80000000 and above would pass for negative ones.
-    return !qv::anyBit( ( a >= bound ) | ( b >= bound ) | ( a < 0 ) | ( b < 0 ) );
-}
-
 // What a character does in a text in the form: below LOOK_CLOSER its class, if it stays as it is and joins nothing.
 template< QV_INT form >
 inline uint32_t quickCheck( QV_CHAR ch )
@@ -414,10 +404,10 @@ inline QV_INT checkGroups( const QV_CHAR *chs, QV_INT count )
 {
     QV_INT i = 0;
 
-    while( i + GROUP <= count && allBelow( chs + i, SIMPLE[form] ) )
+    while( i + GROUP <= count && qv::allEightBelow( chs + i, SIMPLE[form] ) )
         i += GROUP;
 
-    for( ; i + GROUP <= count && allBelow( chs + i, 0x110000 ); i += GROUP )
+    for( ; i + GROUP <= count && qv::allEightBelow( chs + i, 0x110000 ); i += GROUP )
     {
         uint32_t all = 0;
 
