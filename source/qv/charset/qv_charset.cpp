@@ -18,6 +18,7 @@
 #include "qv/io/qv_char_source.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/runtime/qv_runtime_enum_private.h"
 #include "qv/sys/qv_mem.h"
 
 #include <cstring>
@@ -225,7 +226,7 @@ void enter( QV_INT cs )
     Ref< QV_BOXED_INT > charset( qvBoxedIntCreate( cs ) );
     Ref< QV_STRING >    name = text( row.ianaName, -1 );
 
-    qvEnumSetEnumerantCstr( &qv___CharsetEnum, row.enumerant, -1, cs );
+    qv::enterEnumerant( &qv___CharsetEnum, row.enumerant, cs );
     qvDictSetIntKey( &qv___CharsetToIanaNameDict, cs, qvStringObj( name ) );
     enterName( row.ianaName, qvStringLength( name ), charset );
 
