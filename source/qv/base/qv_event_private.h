@@ -57,15 +57,15 @@ inline void fire( QV_BARRIER *barrier )
 
 /** The targets of one kind. Most events have one at most, which costs no Dict. A target stands in both places when the
     slot was emptied and the target added again; then it fires twice, and deleting it deletes both. */
-template< class T >
+template < class T >
 struct Targets
 {
-    T       *slot; // the first one, or null
+    T *slot;       // the first one, or null
     QV_DICT *more; // key and value both the target; made when a second, different one comes
 
     bool any() const
     {
-        return slot || ( more && more->length > 0 );
+        return slot || ( more && qvDictLength( more ) > 0 );
     }
 
     void add( T *target )
@@ -105,8 +105,11 @@ struct Targets
         if( !more )
             return;
 
-        for( QV_INT i = 0; i < more->length; i++ )
-            fire( reinterpret_cast< T * >( more->items[i].key ) );
+        for( QV_INT i = 0; i < qvDictLength( more ); i++ )
+        {
+            Ref< QV_OBJ > target( qvDictKeyAt( more, i ) );
+            fire( reinterpret_cast< T * >( target.get() ) );
+        }
 
         if( keepDict )
             qv___DictClear( &more );
@@ -118,11 +121,11 @@ struct Targets
 /* Events --------------------------------------------------------------------------------------------------------- */
 
 /** A new event without targets; its flag is left to the family. */
-template< class Event >
+template < class Event >
 Event *createEvent( QV_SORT *sort )
 {
-    Event *event       = create< Event >( sort );
-    event->monitor     = qvMonitorCreate();
+    Event *event = create< Event >( sort );
+    event->monitor = qvMonitorCreate();
     event->waitBarrier = nullptr;
     event->eachKind( []( auto &targets ) { targets = {}; } );
 
@@ -130,7 +133,7 @@ Event *createEvent( QV_SORT *sort )
 }
 
 /** Gives up all that the event holds and fires nothing. */
-template< class Event >
+template < class Event >
 void freeEvent( Event *event )
 {
     drop( event->waitBarrier );
@@ -145,7 +148,7 @@ void freeEvent( Event *event )
 
 /** The event happens: wakes who waits and fires all targets, which it then forgets. The monitor is held all the while,
     so that a target which comes at the same time is either fired here or finds that the event has happened. */
-template< class Event >
+template < class Event >
 void fireEvent( Event *event )
 {
     HeldMonitor held( event->monitor );
@@ -166,7 +169,7 @@ void fireEvent( Event *event )
 
 /** True when the event was found to have happened within so many milliseconds. The barrier is passed with no monitor
     held and with a reference of the caller's own, since the event may give up its own meanwhile. */
-template< class Event >
+template < class Event >
 QV_BOOL waitForEvent( Event *event, QV_INT millisec )
 {
     Ref< QV_BARRIER > barrier;
@@ -187,7 +190,7 @@ QV_BOOL waitForEvent( Event *event, QV_INT millisec )
     return qvBarrierPassTimed( barrier, millisec );
 }
 
-template< class Event, class T >
+template < class Event, class T >
 void addTarget( Event *event, Targets< T > &targets, T *target )
 {
     HeldMonitor held( event->monitor );
@@ -198,9 +201,11 @@ void addTarget( Event *event, Targets< T > &targets, T *target )
         targets.add( target );
 }
 
-template< class Event, class T >
+/** The event may hold the only reference to the target, which then ends here, outside the monitor. */
+template < class Event, class T >
 void delTarget( Event *event, Targets< T > &targets, T *target )
 {
+    Ref< T > alive = Ref< T >::share( target );
     HeldMonitor held( event->monitor );
     targets.del( target );
 }
@@ -224,34 +229,40 @@ void delTarget( Event *event, Targets< T > &targets, T *target )
 
 /* Handles -------------------------------------------------------------------------------------------------------- */
 
-/** What a handle fires: all of it that is not null. */
+/** What a handle or a timer fires: all of it that is not null. */
 struct Action
 {
     void ( *func )( QV_OBJ *arg ) = nullptr;
-    QV_OBJ     *arg               = nullptr;
-    QV_BARRIER *barrier           = nullptr;
-    QV_CONDSET *condSet           = nullptr;
-    QV_INT      conditions        = 0; // for `condSet`
-    QV_SIGNAL  *signal            = nullptr;
-    QV_ALERT   *alert             = nullptr;
+    QV_OBJ *arg = nullptr;
+    QV_BARRIER *barrier = nullptr;
+    QV_CONDSET *condSet = nullptr;
+    QV_INT conditions = 0; // for `condSet`
+    QV_SIGNAL *signal = nullptr;
+    QV_ALERT *alert = nullptr;
 };
 
 /** The object behind a handle. */
 struct HandleImp : QV_OBJ
 {
     QV_MONITOR *monitor; // guards the action, and excludes firing and halting from each other
-    Action      action;  // with references of its own
+    Action action;       // with references of its own
 };
 
-Action retainAction( Action action );
+/** Takes references to what an action names, and gives it. */
+Action retainAction( const Action &action );
+
+/** Gives up these references, when what holds the action ends. */
+void dropAction( Action *action );
+
+void fireAction( const Action &action );
 
 /** The sort is that of the handle's family; takes references to what the action names. */
-template< class Imp >
+template < class Imp >
 Imp *createHandleImp( QV_SORT *sort, const Action &borrowed )
 {
-    Imp *imp     = create< Imp >( sort );
+    Imp *imp = create< Imp >( sort );
     imp->monitor = qvMonitorCreate();
-    imp->action  = retainAction( borrowed );
+    imp->action = retainAction( borrowed );
 
     return imp;
 }
