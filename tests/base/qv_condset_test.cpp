@@ -1,5 +1,6 @@
 // Condition sets and counters.
 
+#include "qv_test_clock.h"
 #include "qv_test_support.h"
 
 #include "qv/base/qv_condset.h"
@@ -53,6 +54,22 @@ TEST( Condset, WaitsForAnyOfAMaskOrForAllOfIt )
     EXPECT_EQ( 0, qvCondsetWaitAnyTimed( condset, 8, 5 ) );
     EXPECT_EQ( 0, qvCondsetWaitAllTimed( condset, 0xf, 0 ) );
     EXPECT_GE( qvTimestamp() - start, 10 );
+
+    // The bits are looked at before the limit, however fast the time runs.
+    std::atomic< bool > run{ true };
+    std::thread         time(
+        [&]
+        {
+            while( run )
+                wallClock.step++;
+        } );
+
+    for( int i = 0; i < 2000; i++ )
+        ASSERT_EQ( 2, qvCondsetWaitAnyTimed( condset, 2, 0 ) );
+
+    run = false;
+    time.join();
+    wallClock.step = 0;
 
     std::thread all( [&] { EXPECT_EQ( 3, qvCondsetWaitAllTimed( condset, 3, -5 ) ); } );
     std::thread any( [&] { EXPECT_EQ( 8, qvCondsetWaitAnyTimed( condset, 0x18, 600000 ) ); } );

@@ -46,7 +46,7 @@ Ref< QV_TIME > inSeconds( QV_INT seconds )
 void fence()
 {
     Ref< QV_SIGNAL > fired( qvSignalCreate() );
-    Ref< QV_TIMER > last( qvTimerCreateSignal( fired ) );
+    Ref< QV_TIMER >  last( qvTimerCreateSignal( fired ) );
     qvTimerScheduleAtTime( last, inSeconds( 0 ) );
     qvSignalWait( fired );
 
@@ -59,7 +59,7 @@ void fence()
 // Keeps the timer thread in a callback for a scope, so that what is scheduled meanwhile is due in one pass.
 class HeldTimerThread
 {
-  public:
+public:
     HeldTimerThread()
     {
         timer_ = timerOf(
@@ -77,14 +77,14 @@ class HeldTimerThread
         qvSignalAssert( gates_->leave );
     }
 
-  private:
+private:
     struct Gates
     {
         Ref< QV_SIGNAL > entered{ qvSignalCreate() }, leave{ qvSignalCreate() };
     };
 
     std::shared_ptr< Gates > gates_ = std::make_shared< Gates >();
-    Ref< QV_TIMER > timer_;
+    Ref< QV_TIMER >          timer_;
 };
 
 // How many objects there are when the timer thread has released all that has fired.
@@ -97,8 +97,8 @@ QV_INT quietObjects()
 
 TEST( Timer, FiresEveryKindOfTarget )
 {
-    Ref< QV_SIGNAL > called( qvSignalCreate() ), sig( qvSignalCreate() );
-    Ref< QV_ALERT > alert( qvAlertCreate() );
+    Ref< QV_SIGNAL >  called( qvSignalCreate() ), sig( qvSignalCreate() );
+    Ref< QV_ALERT >   alert( qvAlertCreate() );
     Ref< QV_BARRIER > barrier( qvBarrierCreate( QV_TRUE ) );
     Ref< QV_CONDSET > condSet( qvCondsetCreate() );
 
@@ -142,11 +142,11 @@ TEST( Timer, FiresEveryKindOfTarget )
 // that goes by the wall clock after them.
 TEST( Timer, FiresInOrderWhateverCameBetween )
 {
-    const int COUNT = 2000;
-    const QV_INT NONE = -1, LATER = QV_INT_MAX;
-    std::mt19937 random( 11 );
+    const int                      COUNT = 2000;
+    const QV_INT                   NONE = -1, LATER = QV_INT_MAX;
+    std::mt19937                   random( 11 );
     std::vector< Ref< QV_TIMER > > timers( COUNT );
-    std::vector< int > fired, rank( COUNT );
+    std::vector< int >             fired, rank( COUNT );
 
     {
         HeldTimerThread held;
@@ -166,14 +166,14 @@ TEST( Timer, FiresInOrderWhateverCameBetween )
         rank[fired[i]] = i;
 
     std::vector< QV_INT > due( COUNT, NONE );
-    Ref< QV_TIMER > wall = timerOf( [&] { fired.push_back( COUNT ); } );
-    Ref< QV_TIME > past = inSeconds( -HOUR );
+    Ref< QV_TIMER >       wall = timerOf( [&] { fired.push_back( COUNT ); } );
+    Ref< QV_TIME >        past = inSeconds( -HOUR );
 
     for( int round = 0; round < 200; round++ )
     {
         // Mostly few timers, since the last places of a queue are the special ones.
         int width = round % 20 ? 4 + round % 10 : COUNT;
-        int from = static_cast< int >( random() % ( COUNT - width + 1 ) );
+        int from  = static_cast< int >( random() % ( COUNT - width + 1 ) );
         fired.clear();
 
         {
@@ -186,7 +186,7 @@ TEST( Timer, FiresInOrderWhateverCameBetween )
 
             for( int step = 0; step < 2 * width; step++ )
             {
-                int i = from + static_cast< int >( random() % width );
+                int  i    = from + static_cast< int >( random() % width );
                 auto what = random() % 16;
 
                 if( !timers[i] )
@@ -243,9 +243,9 @@ TEST( Timer, FiresInOrderWhateverCameBetween )
 
 TEST( Timer, LastScheduleCounts )
 {
-    int calls = 0, others = 0;
+    int             calls = 0, others = 0;
     Ref< QV_TIMER > timer = timerOf( [&] { calls++; } ), other = timerOf( [&] { others++; } );
-    auto check = [&]( int expected, std::function< void() > schedule )
+    auto            check = [&]( int expected, std::function< void() > schedule )
     {
         calls = 0;
         {
@@ -296,12 +296,12 @@ TEST( Timer, LastScheduleCounts )
 // callbacks that run one after the other.
 TEST( Timer, CallbacksReplaceUnscheduleAndReleaseTimers )
 {
-    const int COUNT = 1000;
-    std::mt19937 random( 7 );
+    const int                      COUNT = 1000;
+    std::mt19937                   random( 7 );
     std::vector< Ref< QV_TIMER > > timers( COUNT );
-    std::vector< char > scheduled( COUNT );
-    int expected = 0, calls = 0, rounds = 4 * COUNT;
-    Ref< QV_SIGNAL > done( qvSignalCreate() );
+    std::vector< char >            scheduled( COUNT );
+    int                            expected = 0, calls = 0, rounds = 4 * COUNT;
+    Ref< QV_SIGNAL >               done( qvSignalCreate() );
 
     auto set = [&]( int i, bool on )
     {
@@ -327,19 +327,19 @@ TEST( Timer, CallbacksReplaceUnscheduleAndReleaseTimers )
 
             switch( random() % 5 )
             {
-            case 0:
-                qvTimerUnschedule( timers[other] );
-                set( other, false );
-                break;
+                case 0:
+                    qvTimerUnschedule( timers[other] );
+                    set( other, false );
+                    break;
 
-            case 1:
-                timers[other].reset();
-                set( other, false );
-                break;
+                case 1:
+                    timers[other].reset();
+                    set( other, false );
+                    break;
 
-            default:
-                qvTimerSchedule( timers[other], random() % 2 );
-                set( other, true );
+                default:
+                    qvTimerSchedule( timers[other], random() % 2 );
+                    set( other, true );
             }
         }
 
@@ -369,37 +369,25 @@ TEST( Timer, CallbacksReplaceUnscheduleAndReleaseTimers )
 // one is waited for from the callback's end.
 TEST( Timer, SlowCallbacksDelayNothingElse )
 {
-    enum Kind
-    {
-        DELAY,
-        TIMESTAMP,
-        TIME
-    };
     const QV_INT A_SECOND = 1000;
 
     auto schedule = []( QV_TIMER *timer, int kind, QV_INT seconds )
     {
         switch( kind )
         {
-        case DELAY:
-            qvTimerSchedule( timer, seconds * A_SECOND );
-            break;
-        case TIMESTAMP:
-            qvTimerScheduleAt( timer, qvTimestamp() + seconds * A_SECOND );
-            break;
-        case TIME:
-            qvTimerScheduleAtTime( timer, inSeconds( seconds ) );
-            break;
+            case 0: qvTimerSchedule( timer, seconds * A_SECOND ); break;
+            case 1: qvTimerScheduleAt( timer, qvTimestamp() + seconds * A_SECOND ); break;
+            default: qvTimerScheduleAtTime( timer, inSeconds( seconds ) );
         }
     };
 
     for( int kinds = 0; kinds < 27; kinds++ )
     {
         SCOPED_TRACE( kinds );
-        const int slow = kinds % 3, next = kinds / 3 % 3, late = kinds / 9;
+        const int        slow = kinds % 3, next = kinds / 3 % 3, late = kinds / 9;
         Ref< QV_SIGNAL > fired( qvSignalCreate() ), afterwards( qvSignalCreate() );
-        Ref< QV_TIMER > b( qvTimerCreateSignal( fired ) ), c( qvTimerCreateSignal( afterwards ) ), a,
-            d = timerOf( [] {} );
+        Ref< QV_TIMER >  b( qvTimerCreateSignal( fired ) ), c( qvTimerCreateSignal( afterwards ) );
+        Ref< QV_TIMER >  a, d = timerOf( [] {} );
 
         a = timerOf(
             [&]
@@ -432,9 +420,9 @@ TEST( Timer, SlowCallbacksDelayNothingElse )
 // The thread looks at the wall clock once whenever it is awake.
 TEST( Timer, OnlyTheFirstInItsQueueWakesTheThread )
 {
-    Ref< QV_TIMER > first = timerOf( [] {} ), wall = timerOf( [] {} );
+    Ref< QV_TIMER >                first = timerOf( [] {} ), wall = timerOf( [] {} );
     std::vector< Ref< QV_TIMER > > timers;
-    Ref< QV_TIME > future = inSeconds( 2 * HOUR );
+    Ref< QV_TIME >                 future = inSeconds( 2 * HOUR );
     qvTimerSchedule( first, HOUR * 1000 );
     qvTimerScheduleAtTime( wall, inSeconds( HOUR ) );
     fence();
@@ -446,15 +434,9 @@ TEST( Timer, OnlyTheFirstInItsQueueWakesTheThread )
 
         switch( i % 3 )
         {
-        case 0:
-            qvTimerSchedule( timers.back(), HOUR * 1000 + 100000 );
-            break;
-        case 1:
-            qvTimerScheduleAt( timers.back(), QV_INT_MAX - i );
-            break;
-        case 2:
-            qvTimerScheduleAtTime( timers.back(), future );
-            break;
+            case 0: qvTimerSchedule( timers.back(), HOUR * 1000 + 100000 ); break;
+            case 1: qvTimerScheduleAt( timers.back(), QV_INT_MAX - i ); break;
+            case 2: qvTimerScheduleAtTime( timers.back(), future ); break;
         }
 
         std::this_thread::yield();
@@ -468,11 +450,11 @@ TEST( Timer, OnlyTheFirstInItsQueueWakesTheThread )
 // is missed while the timer thread looks at its queues, and in the end each timer still works.
 TEST( Timer, ThreadsShareTimers )
 {
-    const int SHARED = 16, THREADS = 4;
-    std::atomic< int > calls{ 0 }, schedules{ 0 };
+    const int                      SHARED = 16, THREADS = 4;
+    std::atomic< int >             calls{ 0 }, schedules{ 0 };
     std::vector< Ref< QV_TIMER > > timers;
-    std::vector< std::thread > threads;
-    Ref< QV_TIME > future = inSeconds( HOUR ); // of one object threads may be at once
+    std::vector< std::thread >     threads;
+    Ref< QV_TIME >                 future = inSeconds( HOUR ); // of one object threads may be at once
 
     for( int i = 0; i < SHARED; i++ )
         timers.push_back( timerOf( [&calls] { calls++; } ) );
@@ -481,37 +463,28 @@ TEST( Timer, ThreadsShareTimers )
         threads.emplace_back(
             [&, number]
             {
-                std::mt19937 random( number );
+                std::mt19937                   random( number );
                 std::vector< Ref< QV_TIMER > > own( 20 );
-                Ref< QV_TIME > past = inSeconds( -HOUR - number );
-                Ref< QV_BARRIER > fired( qvBarrierCreate( QV_TRUE ) );
-                Ref< QV_TIMER > awaited( qvTimerCreateBarrier( fired ) );
+                Ref< QV_TIME >                 past = inSeconds( -HOUR - number );
+                Ref< QV_BARRIER >              fired( qvBarrierCreate( QV_TRUE ) );
+                Ref< QV_TIMER >                awaited( qvTimerCreateBarrier( fired ) );
 
                 for( int round = 0; round < 1500; round++ )
                 {
-                    QV_TIMER *timer = timers[random() % SHARED];
-                    Ref< QV_TIMER > &mine = own[random() % own.size()];
-                    auto choice = random() % 8;
+                    QV_TIMER        *timer  = timers[random() % SHARED];
+                    Ref< QV_TIMER > &mine   = own[random() % own.size()];
+                    auto             choice = random() % 8;
                     schedules += choice < 6;
 
                     switch( choice )
                     {
-                    case 0:
-                        qvTimerScheduleAtTime( timer, random() % 2 ? past : future );
-                        break;
-                    case 1:
-                        qvTimerScheduleAt( timer, random() % 1000 );
-                        break;
-                    case 2:
-                    case 3:
-                        qvTimerSchedule( timer, random() % 2 );
-                        break;
-                    case 4:
-                    case 5:
-                        qvTimerSchedule( timer, HOUR * 1000 + random() % 10 );
-                        break;
-                    default:
-                        qvTimerUnschedule( timer );
+                        case 0: qvTimerScheduleAtTime( timer, random() % 2 ? past : future ); break;
+                        case 1: qvTimerScheduleAt( timer, random() % 1000 ); break;
+                        case 2:
+                        case 3: qvTimerSchedule( timer, random() % 2 ); break;
+                        case 4:
+                        case 5: qvTimerSchedule( timer, HOUR * 1000 + random() % 10 ); break;
+                        default: qvTimerUnschedule( timer );
                     }
 
                     schedules++;
@@ -520,15 +493,9 @@ TEST( Timer, ThreadsShareTimers )
 
                     switch( random() % 4 )
                     {
-                    case 0:
-                        qvTimerScheduleAt( awaited, qvTimestamp() );
-                        break;
-                    case 1:
-                        qvTimerScheduleAtTime( awaited, past );
-                        break;
-                    default:
-                        qvTimerSchedule( awaited, round % 50 == 0 );
-                        break;
+                        case 0: qvTimerScheduleAt( awaited, qvTimestamp() ); break;
+                        case 1: qvTimerScheduleAtTime( awaited, past ); break;
+                        default: qvTimerSchedule( awaited, round % 50 == 0 );
                     }
 
                     qvBarrierPass( fired );
@@ -560,15 +527,15 @@ TEST( Timer, ThreadsShareTimers )
 TEST( Timer, ManyComeAndGo )
 {
     const size_t COUNT = 100000;
-    size_t bytes[4];
-    QV_INT objects = quietObjects();
+    size_t       bytes[4];
+    QV_INT       objects = quietObjects();
 
     for( int round = 0; round < 4; round++ )
     {
         std::vector< Ref< QV_TIMER > > timers;
-        int calls = 0;
-        Ref< QV_OBJ > arg = call( [&] { calls++; } );
-        Ref< QV_TIME > at = inSeconds( HOUR );
+        int                            calls = 0;
+        Ref< QV_OBJ >                  arg   = call( [&] { calls++; } );
+        Ref< QV_TIME >                 at    = inSeconds( HOUR );
 
         for( size_t i = 0; i < COUNT; i++ )
         {
@@ -590,7 +557,7 @@ TEST( Timer, ManyComeAndGo )
         at.reset();
         EXPECT_EQ( objects, quietObjects() );
         struct mallinfo2 info = mallinfo2();
-        bytes[round] = info.uordblks + info.hblkhd;
+        bytes[round]          = info.uordblks + info.hblkhd;
     }
 
     EXPECT_LT( bytes[3], bytes[1] + 100000 );
@@ -600,8 +567,8 @@ TEST( Timer, ManyComeAndGo )
 TEST( Timer, StepsOfTheWallClock )
 {
     Ref< QV_SIGNAL > fired;
-    Ref< QV_TIMER > timer;
-    auto create = [&]
+    Ref< QV_TIMER >  timer;
+    auto             create = [&]
     {
         fired.reset( qvSignalCreate() );
         timer.reset( qvTimerCreateSignal( fired ) );
@@ -674,7 +641,7 @@ TEST( Timer, StopFiresWhatIsDueAndAcceptsNoLeftovers )
             {
                 // The callback holds the only reference, and gives it up.
                 auto timer = std::make_shared< Ref< QV_TIMER > >();
-                *timer = timerOf( [&calls, timer] { calls++, timer->reset(); } );
+                *timer     = timerOf( [&calls, timer] { calls++, timer->reset(); } );
                 qvTimerSchedule( *timer, 0 );
             }
 

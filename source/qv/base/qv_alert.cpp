@@ -77,6 +77,8 @@ void qvAlertUnset( QV_ALERT *al )
 
     if( al->waitBarrier )
         qvBarrierBlock( al->waitBarrier );
+
+    QV_ASSERT( qv::holds( al ) );
 }
 
 void qvAlertWait( QV_ALERT *al )

@@ -4,7 +4,7 @@
 
 namespace
 {
-template < class T >
+template< class T >
 void retainIfAny( T *object )
 {
     if( object )

@@ -25,6 +25,7 @@
 #include "qv/base/qv_signal.h"
 #include "qv/base/qv_signalable_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 
 namespace qv
 {
@@ -57,10 +58,10 @@ inline void fire( QV_BARRIER *barrier )
 
 /** The targets of one kind. Most events have one at most, which costs no Dict. A target stands in both places when the
     slot was emptied and the target added again; then it fires twice, and deleting it deletes both. */
-template < class T >
+template< class T >
 struct Targets
 {
-    T *slot;       // the first one, or null
+    T       *slot; // the first one, or null
     QV_DICT *more; // key and value both the target; made when a second, different one comes
 
     bool any() const
@@ -121,19 +122,32 @@ struct Targets
 /* Events --------------------------------------------------------------------------------------------------------- */
 
 /** A new event without targets; its flag is left to the family. */
-template < class Event >
+template< class Event >
 Event *createEvent( QV_SORT *sort )
 {
-    Event *event = create< Event >( sort );
-    event->monitor = qvMonitorCreate();
+    Event *event       = create< Event >( sort );
+    event->monitor     = qvMonitorCreate();
     event->waitBarrier = nullptr;
     event->eachKind( []( auto &targets ) { targets = {}; } );
 
     return event;
 }
 
+/** What holds between operations, with the monitor held: an event that has happened has no targets, nor a barrier if it
+    is for ever; a barrier is open while the event has happened. */
+template< class Event >
+bool holds( Event *event )
+{
+    bool happened = event->happened();
+    bool all      = !event->waitBarrier || ( !( happened && Event::ONE_SHOT )
+                                             && happened != static_cast< bool >( qvBarrierIsBlocked( event->waitBarrier ) ) );
+
+    event->eachKind( [&]( const auto &targets ) { all = all && !( happened && targets.any() ); } );
+    return all;
+}
+
 /** Gives up all that the event holds and fires nothing. */
-template < class Event >
+template< class Event >
 void freeEvent( Event *event )
 {
     drop( event->waitBarrier );
@@ -148,7 +162,7 @@ void freeEvent( Event *event )
 
 /** The event happens: wakes who waits and fires all targets, which it then forgets. The monitor is held all the while,
     so that a target which comes at the same time is either fired here or finds that the event has happened. */
-template < class Event >
+template< class Event >
 void fireEvent( Event *event )
 {
     HeldMonitor held( event->monitor );
@@ -165,11 +179,12 @@ void fireEvent( Event *event )
     }
 
     event->eachKind( []( auto &targets ) { targets.fireAndForget( !Event::ONE_SHOT ); } );
+    QV_ASSERT( holds( event ) );
 }
 
 /** True when the event was found to have happened within so many milliseconds. The barrier is passed with no monitor
     held and with a reference of the caller's own, since the event may give up its own meanwhile. */
-template < class Event >
+template< class Event >
 QV_BOOL waitForEvent( Event *event, QV_INT millisec )
 {
     Ref< QV_BARRIER > barrier;
@@ -184,13 +199,14 @@ QV_BOOL waitForEvent( Event *event, QV_INT millisec )
         if( !event->waitBarrier )
             event->waitBarrier = qvBarrierCreate( event->happened() ? QV_FALSE : QV_TRUE );
 
+        QV_ASSERT( holds( event ) );
         barrier = Ref< QV_BARRIER >::share( event->waitBarrier );
     }
 
     return qvBarrierPassTimed( barrier, millisec );
 }
 
-template < class Event, class T >
+template< class Event, class T >
 void addTarget( Event *event, Targets< T > &targets, T *target )
 {
     HeldMonitor held( event->monitor );
@@ -199,13 +215,15 @@ void addTarget( Event *event, Targets< T > &targets, T *target )
         fire( target );
     else
         targets.add( target );
+
+    QV_ASSERT( holds( event ) );
 }
 
 /** The event may hold the only reference to the target, which then ends here, outside the monitor. */
-template < class Event, class T >
+template< class Event, class T >
 void delTarget( Event *event, Targets< T > &targets, T *target )
 {
-    Ref< T > alive = Ref< T >::share( target );
+    Ref< T >    alive = Ref< T >::share( target );
     HeldMonitor held( event->monitor );
     targets.del( target );
 }
@@ -233,19 +251,19 @@ void delTarget( Event *event, Targets< T > &targets, T *target )
 struct Action
 {
     void ( *func )( QV_OBJ *arg ) = nullptr;
-    QV_OBJ *arg = nullptr;
-    QV_BARRIER *barrier = nullptr;
-    QV_CONDSET *condSet = nullptr;
-    QV_INT conditions = 0; // for `condSet`
-    QV_SIGNAL *signal = nullptr;
-    QV_ALERT *alert = nullptr;
+    QV_OBJ     *arg               = nullptr;
+    QV_BARRIER *barrier           = nullptr;
+    QV_CONDSET *condSet           = nullptr;
+    QV_INT      conditions        = 0; // for `condSet`
+    QV_SIGNAL  *signal            = nullptr;
+    QV_ALERT   *alert             = nullptr;
 };
 
 /** The object behind a handle. */
 struct HandleImp : QV_OBJ
 {
     QV_MONITOR *monitor; // guards the action, and excludes firing and halting from each other
-    Action action;       // with references of its own
+    Action      action;  // with references of its own
 };
 
 /** Takes references to what an action names, and gives it. */
@@ -257,12 +275,12 @@ void dropAction( Action *action );
 void fireAction( const Action &action );
 
 /** The sort is that of the handle's family; takes references to what the action names. */
-template < class Imp >
+template< class Imp >
 Imp *createHandleImp( QV_SORT *sort, const Action &borrowed )
 {
-    Imp *imp = create< Imp >( sort );
+    Imp *imp     = create< Imp >( sort );
     imp->monitor = qvMonitorCreate();
-    imp->action = retainAction( borrowed );
+    imp->action  = retainAction( borrowed );
 
     return imp;
 }

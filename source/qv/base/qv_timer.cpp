@@ -23,9 +23,9 @@ struct QV___TIMER_CLOSURE : qv::QueuedTimer // schedRel is guarded by timerMonit
 {
     qv::Action action; // with references of its own
     QV_THREAD *abortThread;
-    int32_t sched;    // atomic
-    QV_BOOL schedAbs; // guarded by timerMonitor, as is the next one
-    QV_TIME *absKey;  // the Time under which it was queued, if schedAbs is set; else null
+    int32_t    sched;    // atomic
+    QV_BOOL    schedAbs; // guarded by timerMonitor, as is the next one
+    QV_TIME   *absKey;   // the Time under which it was queued, if schedAbs is set; else null
 };
 
 struct QV_TIMER : QV_OBJ
@@ -37,14 +37,14 @@ using Closure = QV___TIMER_CLOSURE;
 
 namespace
 {
-QV_MONITOR *timerMonitor = nullptr;       // guards the queues, timerWake and timerThreadAbort; never held while firing
-qv::TimerQueue timerRelQueue = {};        // by timestamp
-QV_DICT *timerAbsDict = nullptr;          // from Time to closure
-QV_BARRIER *timerThreadBarrier = nullptr; // the timer thread sleeps here
-QV_INT timerWake = 0;                     // the timestamp at which it looks at the queues again, left alone
-QV_BOOL timerThreadAbort = QV_FALSE;
-QV_THREAD *timerThread = nullptr;
-QV_TIME *timerWallNow = nullptr; // the timer thread's own
+QV_MONITOR    *timerMonitor       = nullptr; // guards the queues, timerWake and timerThreadAbort; never held while firing
+qv::TimerQueue timerRelQueue      = {};      // by timestamp
+QV_DICT       *timerAbsDict       = nullptr; // from Time to closure
+QV_BARRIER    *timerThreadBarrier = nullptr; // the timer thread sleeps here
+QV_INT         timerWake          = 0;       // the timestamp at which it looks at the queues again, left alone
+QV_BOOL        timerThreadAbort   = QV_FALSE;
+QV_THREAD     *timerThread        = nullptr;
+QV_TIME       *timerWallNow       = nullptr; // the timer thread's own
 
 Closure *closureOf( QV_OBJ *object )
 {
@@ -83,7 +83,7 @@ void unschedule( Closure *tcl )
         // Another timer may have taken over the Time.
         qv::Ref< QV_OBJ > check( qvDictObjKey( timerAbsDict, qv::obj( tcl->absKey ) ) );
 
-        if( check == tcl )
+            if( check == tcl )
             qvDictDelObjKey( &timerAbsDict, qv::obj( tcl->absKey ) );
 
         leaveAbsolute( tcl );
@@ -131,14 +131,14 @@ void qv___TimerStartup( void )
     timerMonitor = qvMonitorCreate();
     qvTimestamp();
 
-    timerRelQueue = {};
-    timerAbsDict = qvDictCreate();
-    timerWake = 0;
-    timerThreadAbort = QV_FALSE;
+    timerRelQueue      = {};
+    timerAbsDict       = qvDictCreate();
+    timerWake          = 0;
+    timerThreadAbort   = QV_FALSE;
     timerThreadBarrier = qvBarrierCreate( QV_TRUE );
-    timerWallNow = qvTimeNow(); // made here, so that the thread needs no heap of its own to start
-    timerThread =
-        qvThreadTrySpawnCstr( "qv___TimerThreadFunc()", -1, qv___TimerThreadFunc, nullptr, QV_THREAD_PRIORITY_HIGHEST );
+    timerWallNow       = qvTimeNow(); // made here, so that the thread needs no heap of its own to start
+    timerThread        = qvThreadTrySpawnCstr(
+        "qv___TimerThreadFunc()", -1, qv___TimerThreadFunc, nullptr, QV_THREAD_PRIORITY_HIGHEST );
     QV_CHECK( timerThread );
 }
 
@@ -171,8 +171,8 @@ const QV_INT NEVER = QV_INT_MAX;
 
 // How often the wall clock is looked at while a Time is queued: less often while it is that far off.
 const QV_INT FAR_SECONDS = 10;
-const QV_INT FAR_WAIT = 10000; // milliseconds
-const QV_INT NEAR_WAIT = 1000;
+const QV_INT FAR_WAIT    = 10000; // milliseconds
+const QV_INT NEAR_WAIT   = 1000;
 
 // Fires with no lock held.
 void fire( Closure *tcl )
@@ -199,7 +199,7 @@ Closure *takeRelative( QV_INT now, QV_INT *wait )
         if( now < first.due )
         {
             timerWake = first.due;
-            *wait = first.due - now;
+            *wait     = first.due - now;
             return nullptr;
         }
 
@@ -211,7 +211,7 @@ Closure *takeRelative( QV_INT now, QV_INT *wait )
     }
 
     timerWake = NEVER;
-    *wait = NEVER;
+    *wait     = NEVER;
     return nullptr;
 }
 
@@ -244,7 +244,7 @@ Closure *takeAbsolute( QV_INT *wait )
 }
 
 // Fires, in the order that `take` gives, all that is due. True if there was any; else `*wait` is the time until the next.
-template < class Take >
+template< class Take >
 bool fireDue( Take take, QV_INT *wait )
 {
     bool fired = false;
@@ -262,7 +262,7 @@ bool fireDue( Take take, QV_INT *wait )
 
 void qv___TimerThreadFunc( void )
 {
-    QV_INT wait = -1;
+    QV_INT  wait  = -1;
     QV_BOOL abort = QV_FALSE;
 
     while( !abort )
@@ -279,7 +279,7 @@ void qv___TimerThreadFunc( void )
         {
             qv::HeldMonitor held( timerMonitor );
             abort = timerThreadAbort;
-            now = qvTimestamp();
+            now   = qvTimestamp();
         }
 
         bool firedRelative = fireDue( [now]( QV_INT *next ) { return takeRelative( now, next ); }, &relWait );
@@ -301,17 +301,17 @@ namespace
 {
 QV_TIMER *createTimer( const qv::Action &borrowed, QV_THREAD *abortThread = nullptr )
 {
-    Closure *tcl = qv::create< Closure >( qv___TimerClosureSort() );
-    tcl->schedRel = QV_FALSE;
-    tcl->relIdx = 0;
-    tcl->action = qv::retainAction( borrowed );
+    Closure *tcl     = qv::create< Closure >( qv___TimerClosureSort() );
+    tcl->schedRel    = QV_FALSE;
+    tcl->relIdx      = 0;
+    tcl->action      = qv::retainAction( borrowed );
     tcl->abortThread = abortThread;
-    tcl->sched = 0;
-    tcl->schedAbs = QV_FALSE;
-    tcl->absKey = nullptr;
+    tcl->sched       = 0;
+    tcl->schedAbs    = QV_FALSE;
+    tcl->absKey      = nullptr;
 
     QV_TIMER *timer = qv::create< QV_TIMER >( qvTimerSort() );
-    timer->closure = tcl;
+    timer->closure  = tcl;
 
     return timer;
 }
@@ -387,7 +387,7 @@ void qvTimerSchedule( QV_TIMER *timer, QV_INT milliseconds )
 
     {
         qv::HeldMonitor held( timerMonitor );
-        QV_INT currentTimestamp = qvTimestamp();
+        QV_INT          currentTimestamp = qvTimestamp();
         QV_CHECK( QV_INT_ADD_OK( currentTimestamp, milliseconds ) );
 
         first = scheduleRelative( timer->closure, currentTimestamp + milliseconds );
@@ -422,12 +422,12 @@ void qvTimerScheduleAtTime( QV_TIMER *timer, QV_TIME *at )
 
     {
         qv::HeldMonitor held( timerMonitor );
-        Closure *tcl = timer->closure;
+        Closure        *tcl = timer->closure;
         unschedule( tcl );
 
         qvDictSetObjKey( &timerAbsDict, qv::obj( at ), tcl );
         tcl->schedAbs = QV_TRUE;
-        tcl->absKey = qv::retain( at );
+        tcl->absKey   = qv::retain( at );
         arm( tcl );
         first = qv::Ref< QV_OBJ >( qvDictValueAt( timerAbsDict, 0 ) ) == tcl;
     }

@@ -22,13 +22,13 @@ bool isBefore( const Entry &a, const Entry &b )
 void qv::TimerQueue::resize( QV_INT newAlloc )
 {
     entries = static_cast< Entry * >( qvMemReallocN( entries, newAlloc, sizeof( Entry ) ) );
-    alloc = newAlloc;
+    alloc   = newAlloc;
     QV_ASSERT( holds() );
 }
 
 void qv::TimerQueue::put( QV_INT idx, const Entry &entry )
 {
-    entries[idx] = entry;
+    entries[idx]        = entry;
     entry.timer->relIdx = idx;
 }
 
@@ -70,7 +70,7 @@ void qv::TimerQueue::set( QueuedTimer *timer, QV_INT due )
         if( length == alloc )
             resize( std::max( LEAST_ALLOC, 2 * alloc ) );
 
-        idx = length++;
+        idx             = length++;
         timer->schedRel = QV_TRUE;
     }
 
@@ -81,7 +81,7 @@ void qv::TimerQueue::del( QueuedTimer *timer )
 {
     QV_ASSERT( timer->schedRel && timer->relIdx < length && entries[timer->relIdx].timer == timer );
 
-    QV_INT last = --length;
+    QV_INT last     = --length;
     timer->schedRel = QV_FALSE;
 
     if( timer->relIdx < last )

@@ -12,7 +12,7 @@ namespace qv
 struct QueuedTimer : QV_OBJ
 {
     QV_BOOL schedRel; // it stands in the queue
-    QV_INT relIdx;    // at this index, if it does
+    QV_INT  relIdx;   // at this index, if it does
 };
 
 /** A heap: no entry comes before its parent, so that the first one is the next that is due. A timer knows its index, and
@@ -25,8 +25,8 @@ struct TimerQueue
 {
     struct Entry
     {
-        QV_INT due; // a timestamp
-        QV_INT unique;
+        QV_INT       due; // a timestamp
+        QV_INT       unique;
         QueuedTimer *timer;
     };
 
@@ -43,7 +43,7 @@ struct TimerQueue
     /** Frees the entries. The queue is then an empty one. */
     void free();
 
-  private:
+private:
     void resize( QV_INT newAlloc );
     void put( QV_INT idx, const Entry &entry );
     void settle( QV_INT idx, const Entry &entry );
