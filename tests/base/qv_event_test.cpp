@@ -457,48 +457,6 @@ TYPED_TEST( Event, NoTargetIsMissedWhileOthersComeAndGo )
     }
 }
 
-TYPED_TEST( Event, NoWaiterIsLeftAsleep )
-{
-    using F = TypeParam;
-
-    std::vector< Ref< typename F::Event > > events;
-    std::vector< std::thread >              threads;
-    std::atomic< int >                      passed{ 0 };
-
-    for( int i = 0; i < 1000; i++ )
-        events.emplace_back( F::create() );
-
-    for( int i = 0; i < 4; i++ )
-        threads.emplace_back(
-            [&, i]
-            {
-                for( auto &event : events )
-                {
-                    if( i % 2 )
-                        F::wait( event );
-                    else
-                        EXPECT_TRUE( F::waitTimed( event, i ? -1 : 600000 ) );
-
-                    EXPECT_TRUE( F::happened( event ) );
-                    passed++;
-                }
-            } );
-
-    // Each event fires when the last ones may be about to wait for it.
-    for( int i = 0; i < 1000; i++ )
-    {
-        while( passed < 4 * i - 3 )
-            std::this_thread::yield();
-
-        F::fire( events[static_cast< size_t >( i )] );
-    }
-
-    for( std::thread &thread : threads )
-        thread.join();
-
-    EXPECT_EQ( 4000, passed );
-}
-
 TYPED_TEST( Event, TimedWaitsEndAndBrokenContractsAreReported )
 {
     using F = TypeParam;
