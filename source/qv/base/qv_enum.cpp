@@ -167,32 +167,55 @@ QV_INT qvEnumParse( QV_ENUM *en, QV_STRING *name )
 
 /* The forms with text from outside ------------------------------------------------------------------------------- */
 
-#define ENUM_TEXT_FORMS( Form, Unit )                                                                                  \
-    QV_INT qvEnumEnumerant##Form( QV_ENUM *en, const Unit *text, QV_INT length )                                       \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        return qvEnumEnumerant( en, name );                                                                            \
-    }                                                                                                                  \
-                                                                                                                       \
-    QV_BOOL qvEnumHasEnumerant##Form( QV_ENUM *en, const Unit *text, QV_INT length )                                   \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        return qvEnumHasEnumerant( en, name );                                                                         \
-    }                                                                                                                  \
-                                                                                                                       \
-    void qvEnumSetEnumerant##Form( QV_ENUM **en, const Unit *text, QV_INT length, QV_INT value )                       \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        qvEnumSetEnumerant( en, name, value );                                                                         \
-    }                                                                                                                  \
-                                                                                                                       \
-    void qvEnumDelEnumerant##Form( QV_ENUM **en, const Unit *text, QV_INT length )                                     \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        qvEnumDelEnumerant( en, name );                                                                                \
-    }
+namespace
+{
+qv::Ref< QV_STRING > stringOf( const char *cstr, QV_INT length )
+{
+    return qv::Ref< QV_STRING >( qvStringCreateFromCstr( cstr, length ) );
+}
 
-ENUM_TEXT_FORMS( Cstr, char )
-ENUM_TEXT_FORMS( Wcstr, wchar_t )
+qv::Ref< QV_STRING > stringOf( const wchar_t *wcstr, QV_INT length )
+{
+    return qv::Ref< QV_STRING >( qvStringCreateFromWcstr( wcstr, length ) );
+}
+} // namespace
 
-#undef ENUM_TEXT_FORMS
+QV_INT qvEnumEnumerantCstr( QV_ENUM *en, const char *cstr, QV_INT length )
+{
+    return qvEnumEnumerant( en, stringOf( cstr, length ) );
+}
+
+QV_BOOL qvEnumHasEnumerantCstr( QV_ENUM *en, const char *cstr, QV_INT length )
+{
+    return qvEnumHasEnumerant( en, stringOf( cstr, length ) );
+}
+
+void qvEnumSetEnumerantCstr( QV_ENUM **en, const char *cstr, QV_INT length, QV_INT value )
+{
+    qvEnumSetEnumerant( en, stringOf( cstr, length ), value );
+}
+
+void qvEnumDelEnumerantCstr( QV_ENUM **en, const char *cstr, QV_INT length )
+{
+    qvEnumDelEnumerant( en, stringOf( cstr, length ) );
+}
+
+QV_INT qvEnumEnumerantWcstr( QV_ENUM *en, const wchar_t *wcstr, QV_INT length )
+{
+    return qvEnumEnumerant( en, stringOf( wcstr, length ) );
+}
+
+QV_BOOL qvEnumHasEnumerantWcstr( QV_ENUM *en, const wchar_t *wcstr, QV_INT length )
+{
+    return qvEnumHasEnumerant( en, stringOf( wcstr, length ) );
+}
+
+void qvEnumSetEnumerantWcstr( QV_ENUM **en, const wchar_t *wcstr, QV_INT length, QV_INT value )
+{
+    qvEnumSetEnumerant( en, stringOf( wcstr, length ), value );
+}
+
+void qvEnumDelEnumerantWcstr( QV_ENUM **en, const wchar_t *wcstr, QV_INT length )
+{
+    qvEnumDelEnumerant( en, stringOf( wcstr, length ) );
+}

@@ -228,17 +228,17 @@ void delTarget( Event *event, Targets< T > &targets, T *target )
     targets.del( target );
 }
 
-/** Defines `qv<Event>Add<Kind>` and `qv<Event>Del<Kind>`: the argument is `target`, what the event holds of it is
+/** Defines the functions that add and delete targets of one kind: the argument is `target`, what the event holds of it is
     `kept`, and it holds it in the field `targets`. */
-#define QV___EVENT_TARGET( Event, EVENT, event, Kind, KIND, target, targets, kept )                                    \
-    void qv##Event##Add##Kind( EVENT *event, KIND *target )                                                            \
+#define QV___EVENT_TARGET( Add, Del, EVENT, event, KIND, target, targets, kept )                                       \
+    void Add( EVENT *event, KIND *target )                                                                             \
     {                                                                                                                  \
         QV_CHECK( event );                                                                                             \
         QV_CHECK( target );                                                                                            \
         qv::addTarget( event, event->targets, kept );                                                                  \
     }                                                                                                                  \
                                                                                                                        \
-    void qv##Event##Del##Kind( EVENT *event, KIND *target )                                                            \
+    void Del( EVENT *event, KIND *target )                                                                             \
     {                                                                                                                  \
         QV_CHECK( event );                                                                                             \
         QV_CHECK( target );                                                                                            \

@@ -195,32 +195,55 @@ QV_INT qvFlagsetParse( QV_FLAGSET *fs, QV_STRING *flags )
 
 /* The forms with text from outside ------------------------------------------------------------------------------- */
 
-#define FLAGSET_TEXT_FORMS( Form, Unit )                                                                               \
-    QV_INT qvFlagsetFlag##Form( QV_FLAGSET *fs, const Unit *text, QV_INT length )                                      \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        return qvFlagsetFlag( fs, name );                                                                              \
-    }                                                                                                                  \
-                                                                                                                       \
-    QV_BOOL qvFlagsetHasFlag##Form( QV_FLAGSET *fs, const Unit *text, QV_INT length )                                  \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        return qvFlagsetHasFlag( fs, name );                                                                           \
-    }                                                                                                                  \
-                                                                                                                       \
-    void qvFlagsetSetFlag##Form( QV_FLAGSET **fs, const Unit *text, QV_INT length, QV_INT value )                      \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        qvFlagsetSetFlag( fs, name, value );                                                                           \
-    }                                                                                                                  \
-                                                                                                                       \
-    void qvFlagsetDelFlag##Form( QV_FLAGSET **fs, const Unit *text, QV_INT length )                                    \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        qvFlagsetDelFlag( fs, name );                                                                                  \
-    }
+namespace
+{
+qv::Ref< QV_STRING > stringOf( const char *cstr, QV_INT length )
+{
+    return qv::Ref< QV_STRING >( qvStringCreateFromCstr( cstr, length ) );
+}
 
-FLAGSET_TEXT_FORMS( Cstr, char )
-FLAGSET_TEXT_FORMS( Wcstr, wchar_t )
+qv::Ref< QV_STRING > stringOf( const wchar_t *wcstr, QV_INT length )
+{
+    return qv::Ref< QV_STRING >( qvStringCreateFromWcstr( wcstr, length ) );
+}
+} // namespace
 
-#undef FLAGSET_TEXT_FORMS
+QV_INT qvFlagsetFlagCstr( QV_FLAGSET *fs, const char *cstr, QV_INT length )
+{
+    return qvFlagsetFlag( fs, stringOf( cstr, length ) );
+}
+
+QV_BOOL qvFlagsetHasFlagCstr( QV_FLAGSET *fs, const char *cstr, QV_INT length )
+{
+    return qvFlagsetHasFlag( fs, stringOf( cstr, length ) );
+}
+
+void qvFlagsetSetFlagCstr( QV_FLAGSET **fs, const char *cstr, QV_INT length, QV_INT value )
+{
+    qvFlagsetSetFlag( fs, stringOf( cstr, length ), value );
+}
+
+void qvFlagsetDelFlagCstr( QV_FLAGSET **fs, const char *cstr, QV_INT length )
+{
+    qvFlagsetDelFlag( fs, stringOf( cstr, length ) );
+}
+
+QV_INT qvFlagsetFlagWcstr( QV_FLAGSET *fs, const wchar_t *wcstr, QV_INT length )
+{
+    return qvFlagsetFlag( fs, stringOf( wcstr, length ) );
+}
+
+QV_BOOL qvFlagsetHasFlagWcstr( QV_FLAGSET *fs, const wchar_t *wcstr, QV_INT length )
+{
+    return qvFlagsetHasFlag( fs, stringOf( wcstr, length ) );
+}
+
+void qvFlagsetSetFlagWcstr( QV_FLAGSET **fs, const wchar_t *wcstr, QV_INT length, QV_INT value )
+{
+    qvFlagsetSetFlag( fs, stringOf( wcstr, length ), value );
+}
+
+void qvFlagsetDelFlagWcstr( QV_FLAGSET **fs, const wchar_t *wcstr, QV_INT length )
+{
+    qvFlagsetDelFlag( fs, stringOf( wcstr, length ) );
+}
