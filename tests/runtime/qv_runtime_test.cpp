@@ -159,12 +159,14 @@ TEST( Runtime, NamesLeadToValuesAndBack )
     {
         for( QV_INT value = 0; value < e.values; value++ )
         {
-            EXPECT_EQ( value, e.fromString( text( " " + take( e.toString( value ) ) + " " ) ) );
+            EXPECT_EQ( value, e.fromString( text( take( e.toString( value ) ).insert( 0, 1, ' ' ).append( " " ) ) ) );
             EXPECT_EQ( value, e.fromString( text( std::to_string( value ) ) ) );
             EXPECT_EQ( value, e.fromIdentifier( Ref( e.toIdentifier( value ) ) ) );
         }
 
-        EXPECT_EQ( e.names, take( e.toString( 1 ) ) + ", " + take( e.toIdentifier( 1 ) ) + ", " + take( e.friendlyName( 1 ) ) );
+        std::string names = take( e.toString( 1 ) );
+        names.append( ", " ).append( take( e.toIdentifier( 1 ) ) ).append( ", " ).append( take( e.friendlyName( 1 ) ) );
+        EXPECT_EQ( e.names, names );
         EXPECT_EQ( -1, e.fromString( text( std::to_string( e.values ) ) ) );
         EXPECT_EQ( -1, e.fromString( Ref( e.toIdentifier( 1 ) ) ) );
         EXPECT_EQ( -1, e.fromIdentifier( Ref( e.friendlyName( 1 ) ) ) ); // case counts

@@ -86,13 +86,15 @@ struct Targets
         qvDictSetObjKey( &more, obj( target ), obj( target ) );
     }
 
-    void del( T *target )
+    /** Gives the reference of the slot, if the target was there: it may be the only one. */
+    Ref< T > del( T *target )
     {
-        if( slot == target )
-            release( std::exchange( slot, nullptr ) );
+        Ref< T > fromSlot( slot == target ? std::exchange( slot, nullptr ) : nullptr );
 
         if( more )
             qvDictDelObjKey( &more, obj( target ) );
+
+        return fromSlot;
     }
 
     void fireAndForget( bool keepDict )
@@ -219,13 +221,12 @@ void addTarget( Event *event, Targets< T > &targets, T *target )
     QV_ASSERT( holds( event ) );
 }
 
-/** The event may hold the only reference to the target, which then ends here, outside the monitor. */
 template< class Event, class T >
 void delTarget( Event *event, Targets< T > &targets, T *target )
 {
-    Ref< T >    alive = Ref< T >::share( target );
+    Ref< T >    last; // ends after the monitor
     HeldMonitor held( event->monitor );
-    targets.del( target );
+    last = targets.del( target );
 }
 
 /** Defines the functions that add and delete targets of one kind: the argument is `target`, what the event holds of it is

@@ -274,7 +274,7 @@ void qv___TimerThreadFunc( void )
         qvBarrierPassTimed( timerThreadBarrier, wait );
         qvBarrierBlock( timerThreadBarrier );
 
-        QV_INT now, relWait, absWait;
+        QV_INT now, relWait = NEVER, absWait = NEVER;
 
         {
             qv::HeldMonitor held( timerMonitor );
