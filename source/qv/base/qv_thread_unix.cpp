@@ -8,6 +8,7 @@
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_abort_private.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_chars.h"
 
 #include <limits.h>
@@ -184,6 +185,7 @@ void qv___ThreadShutdown( void )
 {
     qvCounterDecrement( threadCounter );
     qvCounterWaitZero( threadCounter );
+    QV_ASSERT( qv___AtomicLoad32( &spawnedThreads ) >= 0 );
 
     for( ; spawnedThreads > 0; spawnedThreads-- )
         while( sem_wait( &leftThreads ) )
@@ -240,7 +242,10 @@ QV_THREAD *qvThreadTrySpawn( QV_STRING *threadName, QV_THREAD_FUNC threadFunc, Q
 
     // Some that have ended may have left since; without this the semaphore would overflow one day.
     while( sem_trywait( &leftThreads ) == 0 )
+    {
         qv___AtomicAdd32( &spawnedThreads, -1 );
+        QV_ASSERT( qv___AtomicLoad32( &spawnedThreads ) >= 0 );
+    }
 
     qv::Ref< QV_THREAD > own = qv::Ref< QV_THREAD >::share( thread ); // the new thread's
     qvCounterIncrement( threadCounter );
