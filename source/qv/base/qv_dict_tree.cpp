@@ -14,12 +14,11 @@ using Run   = QV___DICT_RUN;
 using Index = QV___DICT_INDEX;
 using Place = qv::DictPlace;
 
-// Items that a run has at most. Runs of what is made in one go, or joined, are not so full that the next item splits
-// them. One that has fewer than FEW is joined with a neighbour, unless it is the first or the last and the two have too
-// many: entering and deleting at an end leaves its neighbour alone.
-const int32_t FULL   = 512;
+const int32_t FULL = qv::FULL_DICT_RUN;
+const int32_t FEW  = qv::FEW_IN_DICT_RUN;
+
+// Runs of what is made in one go, or joined, are not so full that the next item splits them.
 const int32_t JOINED = 384;
-const int32_t FEW    = 128;
 
 size_t bytes( int32_t items )
 {
