@@ -674,6 +674,7 @@ TEST( Dict, StaysWholeWhenOtherFamiliesUseItsVariableMeanwhile )
             *when = [&] {
                 cleared = true;
                 qvDictClear( dict.at() );
+                qvDictClear( other.at() );
             };
             operation( dict.at(), other );
             *when = nullptr;
@@ -732,6 +733,22 @@ TEST( Dict, SetsOperateOnTheDictItself )
         qvDictExclude( dict.at(), dict );
         EXPECT_EQ( empty.get(), dict.get() );
     }
+}
+
+TEST( Dict, KeysWithOtherPrefixesMeet )
+{
+    Ref< QV_DICT > both( qvDictCreate() ), other( qvDictCreate() );
+
+    for( QV_INT i = 0; i < 900; i++ )
+        qvDictSetObjKey(
+            i % 2 ? both.at() : other.at(), qvStringObj( text( ( i % 2 ? "aaaabbbb" : "aaaacccc" ) + std::to_string( 1000 + i ) ) ),
+            boxed( i ) );
+
+    qvDictInclude( both.at(), other, QV_FALSE );
+
+    for( QV_INT i = 0; i < 900; i++ )
+        EXPECT_TRUE( qvDictHasStringKey(
+            both, text( ( i % 2 ? "aaaabbbb" : "aaaacccc" ) + std::to_string( 1000 + i ) ) ) );
 }
 
 TEST( Dict, DeletingWhatIsAbsentKeepsASharedDictShared )

@@ -184,8 +184,7 @@ void qvDictDelValue( QV_DICT **dict, QV_OBJ *value, QV_BOOL byCompare )
         return;
 
     // Maybe only the Dict holds the value.
-    qv::Ref< QV_OBJ >  heldValue = qv::Ref< QV_OBJ >::share( value );
-    qv::Ref< QV_DICT > held      = qv::Ref< QV_DICT >::share( *dict );
+    qv::Ref< QV_DICT > held = qv::Ref< QV_DICT >::share( *dict );
     Indexes            indexes( held->length );
     QV_INT             idx = 0;
 
@@ -276,7 +275,7 @@ void qvDictInclude( QV_DICT **dest, QV_DICT *src, QV_BOOL overwrite )
     if( src->length == 0 )
         return;
 
-    // Where both are the same, the one that changes becomes a copy. And maybe only a value that is replaced holds `src`.
+    // Where both are the same, the one that changes becomes a copy.
     qv::Ref< QV_DICT > heldSrc = qv::Ref< QV_DICT >::share( src );
     qv::Ref< QV_DICT > held    = qv::Ref< QV_DICT >::share( *dest );
     Array< Entry >     entries( src->length );
