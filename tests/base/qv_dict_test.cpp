@@ -1,3 +1,4 @@
+#include "qv_probe.h"
 #include "qv_test_support.h"
 
 #include "qv/base/qv_boxed_int.h"
@@ -11,7 +12,6 @@
 #include <algorithm>
 #include <cmath>
 #include <dlfcn.h>
-#include <functional>
 #include <malloc.h>
 #include <map>
 #include <random>
@@ -19,22 +19,10 @@
 using namespace qv;
 using namespace qv::test;
 
-/* A family that counts its comparisons, and does what a test wants while it compares or ends --------------------- */
-
-typedef struct QV_PROBE QV_PROBE;
-
-QV_FAMILY( Probe, QV_PROBE )
-
-struct QV_PROBE : QV_OBJ
-{
-    QV_INT value;
-};
+/* The family of qv_probe.h --------------------------------------------------------------------------------------- */
 
 namespace
 {
-QV_INT                  comparisons = 0;
-std::function< void() > whileComparing, whileEnding;
-
 // What a call does, once.
 void call( std::function< void() > &what )
 {
@@ -78,14 +66,6 @@ extern "C" void *memmove( void *dest, const void *src, size_t size ) noexcept
 
 namespace
 {
-Ref< QV_OBJ > probe( QV_INT value )
-{
-    QV_PROBE *object = create< QV_PROBE >( qvProbeSort() );
-    object->value    = value;
-
-    return Ref< QV_OBJ >( qvProbeObj( object ) );
-}
-
 Ref< QV_OBJ > boxed( QV_INT value )
 {
     return Ref< QV_OBJ >( qvBoxedIntObj( qvBoxedIntCreate( value ) ) );

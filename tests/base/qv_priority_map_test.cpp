@@ -1,3 +1,4 @@
+#include "qv_probe.h"
 #include "qv_test_support.h"
 
 #include "qv/base/qv_boxed_int.h"
@@ -174,6 +175,29 @@ TEST( PriorityMap, BehavesAsASetOfPairs )
 
     qvPriorityMapClear( map.at() );
     EXPECT_EQ( 0, qvPriorityMapLength( map ) );
+}
+
+TEST( PriorityMap, StaysWholeWhenItsObjectsUseItsVariable )
+{
+    for( int what = 0; what < 4; what++ )
+    {
+        Ref< QV_PRIORITY_MAP > map( qvPriorityMapCreate() );
+
+        for( QV_INT value = 0; value < 20; value++ )
+            qvPriorityMapSet( map.at(), value % 3, probe( value ) );
+
+        whileComparing = [&] { qvPriorityMapClear( map.at() ); };
+
+        if( what < 2 )
+            qvPriorityMapSet( map.at(), 7, probe( what ? 5 : 50 ) );
+        else if( what == 2 )
+            qvPriorityMapDel( map.at(), probe( 5 ) );
+        else
+            qvPriorityMapDelAt( map.at(), 5 );
+
+        whileComparing = nullptr;
+        EXPECT_EQ( what == 0 ? 21 : what == 1 ? 20 : 19, qvPriorityMapLength( map ) );
+    }
 }
 
 TEST( PriorityMap, BrokenContractsAreReported )
