@@ -66,7 +66,7 @@ T *find( QV_DICT *dict, QV_STRING *key )
 {
     QV_INT idx = qvDictIndexOfObjKey( dict, key );
 
-    return idx < 0 ? nullptr : static_cast< T * >( dict->items[idx].val );
+    return idx < 0 ? nullptr : static_cast< T * >( qv::dictItem( dict, idx ).val );
 }
 
 bool has( QV_DICT *dict, QV_STRING *key )
@@ -82,7 +82,7 @@ const Table STORES = &QV_STORE::stores;
 
 QV_STRING *lastKey( QV_DICT *dict )
 {
-    return static_cast< QV_STRING * >( dict->items[dict->length - 1].key );
+    return static_cast< QV_STRING * >( qv::dictItem( dict, dict->length - 1 ).key );
 }
 
 // Enters a new address in front of that at `idx`. Takes over three references to the address and one to the value.
@@ -407,9 +407,9 @@ private:
 
             QV_DICT  *stores  = stores_[level]->stores;
             QV_INT    idx     = search( stores, *path );
-            QV_STORE *store   = idx < 0 ? qvStoreCreate() : static_cast< QV_STORE * >( stores->items[idx].val );
+            QV_STORE *store   = idx < 0 ? qvStoreCreate() : static_cast< QV_STORE * >( qv::dictItem( stores, idx ).val );
             addresses_[level] = idx < 0 ? set( level, STORES, *path, store )
-                                        : static_cast< QV_STRING * >( stores->items[idx].key );
+                                        : static_cast< QV_STRING * >( qv::dictItem( stores, idx ).key );
             before_[level + 1] = stores_[level + 1];
             stores_[level + 1] = store;
             open_              = level + 1;
@@ -438,7 +438,7 @@ private:
         }
 
         qv::release( address );
-        address = static_cast< QV_STRING * >( addresses->items[idx].key );
+        address = static_cast< QV_STRING * >( qv::dictItem( addresses, idx ).key );
         enter( store, table, address, value );
         qv::release( value );
 
@@ -456,7 +456,7 @@ private:
 
             if( idx < ( before->*table )->length )
             {
-                QV_STRING *address = static_cast< QV_STRING * >( ( before->*table )->items[idx].key );
+                QV_STRING *address = static_cast< QV_STRING * >( qv::dictItem( before->*table, idx ).key );
 
                 if( order( address, text ) == 0 )
                     return qv::retain( address );
@@ -480,7 +480,7 @@ private:
         while( lo < hi )
         {
             QV_INT mid    = lo + ( hi - lo ) / 2;
-            QV_INT result = order( static_cast< QV_STRING * >( dict->items[mid].key ), text );
+            QV_INT result = order( static_cast< QV_STRING * >( qv::dictItem( dict, mid ).key ), text );
 
             if( result == 0 )
                 return mid;
@@ -759,25 +759,21 @@ private:
 template< class Unit, class EndLine >
 void writeLines( QV_STORE *store, Output< Unit > &prefix, Output< Unit > &out, const EndLine &endLine )
 {
-    QV___DICT_ITEM *items = store->values->items;
-
-    for( QV_INT i = 0; i < store->values->length; i++ )
+    for( const QV___DICT_ITEM &item : qv::dictItems( store->values ) )
     {
         out.append( prefix.span() );
-        out.append( static_cast< QV_STRING * >( items[i].key ) );
+        out.append( static_cast< QV_STRING * >( item.key ) );
         out.put( '=' );
-        out.stringToEscape( static_cast< QV_STRING * >( items[i].val ) );
+        out.stringToEscape( static_cast< QV_STRING * >( item.val ) );
         endLine();
     }
 
-    items = store->stores->items;
-
-    for( QV_INT i = 0; i < store->stores->length; i++ )
+    for( const QV___DICT_ITEM &item : qv::dictItems( store->stores ) )
     {
-        QV_STORE *sub    = static_cast< QV_STORE * >( items[i].val );
+        QV_STORE *sub    = static_cast< QV_STORE * >( item.val );
         QV_INT    length = prefix.length();
 
-        prefix.append( static_cast< QV_STRING * >( items[i].key ) );
+        prefix.append( static_cast< QV_STRING * >( item.key ) );
         prefix.put( '.' );
 
         if( sub->addresses->length > 0 )
@@ -921,7 +917,7 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
 
     for( QV_INT i = 0; i < (*store)->stores->length; i++ )
     {
-        QV___DICT_ITEM &item     = (*store)->stores->items[i];
+        QV___DICT_ITEM &item     = qv::dictItem( (*store)->stores, i );
         QV_STORE       *otherSub = find< QV_STORE >( other->stores, static_cast< QV_STRING * >( item.key ) );
 
         if( !otherSub || otherSub == item.val )
@@ -929,7 +925,7 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
 
         // The sub-store is changed in its place, so that it is copied only if it is shared.
         qv::makePrivate( &(*store)->stores, qvDictCreateFrom );
-        QV___DICT_ITEM &own = (*store)->stores->items[i];
+        QV___DICT_ITEM &own = qv::dictItem( (*store)->stores, i );
         QV_STORE       *sub = static_cast< QV_STORE * >( own.val );
         qvStoreMerge( &sub, otherSub );
         own.val = sub;
@@ -1372,21 +1368,21 @@ void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
 
     for( QV_INT i = 0; i < store->addresses->length; i++ )
     {
-        QV_STRING *address = static_cast< QV_STRING * >( store->addresses->items[i].key );
+        QV_STRING *address = static_cast< QV_STRING * >( qv::dictItem( store->addresses, i ).key );
         auto       isNext  = [&]( QV_DICT *dict, QV_INT next ) {
-            QV_OBJ *key = next < dict->length ? dict->items[next].key : nullptr;
+            QV_OBJ *key = next < dict->length ? qv::dictItem( dict, next ).key : nullptr;
             return key && ( key == address || qvObjCompare( key, address ) == 0 );
         };
 
         bool hasValue = isNext( values, value );
         bool hasStore = isNext( stores, sub );
 
-        QV_STRING *text = hasValue ? static_cast< QV_STRING * >( values->items[value++].val ) : nullptr;
+        QV_STRING *text = hasValue ? static_cast< QV_STRING * >( qv::dictItem( values, value++ ).val ) : nullptr;
 
         qv::encodeEntry( encoder, address, text, hasStore );
 
         if( hasStore )
-            qvStoreEncodeToEncoder( static_cast< QV_STORE * >( stores->items[sub++].val ), encoder );
+            qvStoreEncodeToEncoder( static_cast< QV_STORE * >( qv::dictItem( stores, sub++ ).val ), encoder );
     }
 }
 

@@ -429,7 +429,7 @@ void qvTimerScheduleAtTime( QV_TIMER *timer, QV_TIME *at )
         tcl->schedAbs = QV_TRUE;
         tcl->absKey   = qv::retain( at );
         arm( tcl );
-        first = qv::Ref< QV_OBJ >( qvDictValueAt( timerAbsDict, 0 ) ) == tcl;
+        first = qv::dictItem( timerAbsDict, 0 ).val == tcl;
     }
 
     if( first )
