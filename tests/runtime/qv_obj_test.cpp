@@ -3,6 +3,11 @@
 
 #include "qv/base/qv_boxed_int.h"
 #include "qv/base/qv_boxed_unique.h"
+#include "qv/base/qv_dict.h"
+#include "qv/base/qv_range_map.h"
+#include "qv/base/qv_store.h"
+#include "qv/base/qv_vector.h"
+#include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_obj_private.h"
@@ -10,6 +15,8 @@
 #include "qv/runtime/qv_sort.h"
 #include "qv/sys/qv_unique_private.h"
 
+#include <cstring>
+#include <functional>
 #include <set>
 #include <thread>
 #include <utility>
@@ -177,24 +184,221 @@ TEST( Obj, LiveObjectsAreListedInTheOrderOfTheirCreation )
     EXPECT_EQ( 0, timesListed( qvWatchedSort() ) );
 }
 
-TEST( Obj, WithoutTheDatabaseObjectsAreCountedOnly )
+// Runs one after the other, with the database and without, in which objects outlive their run.
+TEST( Obj, TheListsFollowObjectsThroughRunsOfAllKinds )
 {
     Ending ending = inOwnRun(
         []
         {
+            auto restart = []( QV_INT flags )
+            {
+                qv___ObjCheckLists();
+                qvRuntimeShutdown();
+                qv___ObjCheckLists();
+                qvRuntimeStartup( flags, nullptr, nullptr, nullptr, nullptr );
+            };
+            auto expectListed = []( std::vector< QV_OBJ * > expected, int32_t live )
+            {
+                EXPECT_EQ( expected, listed( qvWatchedSort() ) );
+                EXPECT_EQ( live, qvSortObjects( qvWatchedSort() ) );
+            };
+
+            Ref< QV_WATCHED > a = watched(), b = watched(), c = watched();
+
+            restart( 0 );
+            Ref< QV_WATCHED > plain = watched(), other = watched();
+            expectListed( { a, b, c }, 5 );
+            b.reset();
+            expectListed( { a, c }, 4 );
+
+            // A sort may have live objects and none that are listed, and then some again.
+            restart( QV_RUNTIME_FLAG_OBJECT_DATABASE );
+            plain.reset();
+            a.reset();
+            c.reset();
+            expectListed( {}, 1 );
+            EXPECT_EQ( nullptr, qvWatchedSort()->sortsPrevious );
+            Ref< QV_WATCHED > d = watched();
+            expectListed( { d }, 2 );
+            EXPECT_EQ( qvWatchedSort(), qv___module.sortsLast );
+
+            // A snapshot takes a reference to what is listed alone. The objects of a split text share memory.
+            Ref< QV_VECTOR > parts( qvStringSplitChar( text( "a b c d e f g h i j k l" ), U' ', -1 ) );
+            Ref< QV_VECTOR > snapshot( qvSortSnapshot( qvWatchedSort() ) );
+            EXPECT_EQ( 1, qvVectorLength( snapshot ) );
+            snapshot.reset();
+            other.reset();
+            restart( 0 );
+            parts.reset();
+            d.reset();
+            expectListed( {}, 0 );
+            restart( QV_RUNTIME_FLAG_OBJECT_DATABASE );
+            EXPECT_EQ( 0, timesListed( qvWatchedSort() ) );
+            fputs( testing::Test::HasFailure() ? "failed" : "done", stderr );
+        } );
+    EXPECT_EQ( "done", ending.errors );
+}
+
+/* Nested objects ------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+#if defined( __SANITIZE_ADDRESS__ ) || defined( __SANITIZE_THREAD__ )
+const int    LEVELS = 100000;
+const size_t STACK  = 1 << 20;
+#else
+const int    LEVELS = 1000000;
+const size_t STACK  = 128 << 10;
+#endif
+
+// The innermost object in that many containers, of the sorts in turn that `kinds` names.
+Ref< QV_OBJ > nested( int levels, const char *kinds, QV_OBJ *innermost )
+{
+    Ref< QV_OBJ > object = Ref< QV_OBJ >::share( innermost );
+
+    for( int i = 0; i < levels; i++ )
+    {
+        const char kind = kinds[static_cast< size_t >( i ) % strlen( kinds )];
+
+        if( kind == 'V' )
+        {
+            QV_VECTOR *vec = qvVectorCreate();
+            qvVectorAppendObj( &vec, object );
+            object.reset( qvVectorObj( vec ) );
+        }
+        else if( kind == 'D' )
+        {
+            QV_DICT *dict = qvDictCreate();
+            qvDictSetIntKey( &dict, 1, object );
+            object.reset( qvDictObj( dict ) );
+        }
+        else if( kind == 'R' )
+        {
+            QV_RANGE_MAP *map = qvRangeMapCreate();
+            qvRangeMapSetRangeKey( &map, 1, 2, object );
+            object.reset( qvRangeMapObj( map ) );
+        }
+        else
+        {
+            QV_STORE *store = qvStoreCreate();
+            qvStoreSetStoreCstr( &store, "a", -1, qvStoreFrom( object ) );
+            object.reset( qvStoreObj( store ) );
+        }
+    }
+
+    return object;
+}
+
+// Runs in a thread with little stack.
+void onASmallStack( const std::function< void() > &body )
+{
+    pthread_attr_t attributes;
+    pthread_t      thread;
+    pthread_attr_init( &attributes );
+    pthread_attr_setstacksize( &attributes, STACK );
+    pthread_create(
+        &thread, &attributes,
+        []( void *function ) -> void *
+        {
+            ( *static_cast< const std::function< void() > * >( function ) )();
+            return nullptr;
+        },
+        const_cast< void * >( static_cast< const void * >( &body ) ) );
+    pthread_join( thread, nullptr );
+    pthread_attr_destroy( &attributes );
+}
+} // namespace
+
+TEST( Obj, NestedObjectsEndOnASmallStack )
+{
+    const auto release = []
+    {
+        ended = 0;
+
+        for( const char *kinds : { "V", "D", "VDR" } )
+        {
+            Ref< QV_OBJ > object = nested( LEVELS, kinds, any( watched() ) );
+            onASmallStack( [&] { object.reset(); } );
+        }
+
+        Ref< QV_STORE > empty( qvStoreCreate() );
+        Ref< QV_OBJ >   store = nested( LEVELS / 10, "S", qvStoreObj( empty ) );
+        onASmallStack( [&] { store.reset(); } );
+
+        // When the release returns all is gone, in the order of the elements, however deep they lie.
+        EXPECT_EQ( 3, ended );
+        Ref< QV_VECTOR > row( qvVectorCreate() );
+
+        for( int i = 0; i < 100; i++ )
+            qvVectorAppendObj( row.at(), nested( i % 50, "V", any( watched() ) ) );
+
+        Ref< QV_OBJ > rows = nested( 20, "V", qvVectorObj( row ) );
+        row.reset();
+        rows.reset();
+        EXPECT_EQ( 103, ended );
+        EXPECT_EQ( 0, qvSortObjects( qvWatchedSort() ) );
+    };
+
+    release();
+    qv___ObjCheckLists();
+    EXPECT_EQ( 0, timesListed( qvWatchedSort() ) );
+
+    Ending ending = inOwnRun(
+        [&]
+        {
             qvRuntimeShutdown();
             qvRuntimeStartup( 0, nullptr, nullptr, nullptr, nullptr );
-
-            int32_t           sorts = qv___AtomicLoad32( &qv___module.sorts );
-            Ref< QV_WATCHED > object = watched();
-            fprintf(
-                stderr, "%d objects, %d sorts, lists %s", int( qvSortObjects( qvWatchedSort() ) ),
-                qv___AtomicLoad32( &qv___module.sorts ) - sorts,
-                qvWatchedSort()->odbFirst || qv___module.sortsFirst ? "used" : "empty" );
-            object.reset();
-            fprintf( stderr, ", then %d sorts", qv___AtomicLoad32( &qv___module.sorts ) - sorts );
+            release();
+            fputs( testing::Test::HasFailure() ? "failed" : "done", stderr );
         } );
-    EXPECT_EQ( "1 objects, 1 sorts, lists empty, then 0 sorts", ending.errors );
+    EXPECT_EQ( "done", ending.errors );
+}
+
+TEST( Obj, NestedObjectsAreComparedAndWrittenOnASmallStack )
+{
+    Ref< QV_BOXED_INT > one( qvBoxedIntCreate( 1 ) ), same( qvBoxedIntCreate( 1 ) ), two( qvBoxedIntCreate( 2 ) );
+    Ref< QV_OBJ >       a = nested( LEVELS, "V", qvBoxedIntObj( one ) ), b = nested( LEVELS, "V", qvBoxedIntObj( same ) ),
+                  c = nested( LEVELS, "V", qvBoxedIntObj( two ) ), deeper = nested( 1, "V", b );
+
+    onASmallStack(
+        [&]
+        {
+            EXPECT_EQ( 0, qvObjCompare( a, b ) );
+            EXPECT_EQ( -1, qvObjCompare( a, c ) );
+            EXPECT_EQ( 1, qvObjCompare( c, b ) );
+            EXPECT_EQ( -1, qvObjCompare( a, deeper ) ); // the sorts of what is innermost differ
+
+            std::string expected( static_cast< size_t >( LEVELS ), '<' );
+            expected += "1" + std::string( static_cast< size_t >( LEVELS ), '>' );
+            EXPECT_TRUE( expected == textOf( a ) );
+        } );
+}
+
+// A step comes back to where it was: what follows a nested part counts, and is looked at only if all before it is equal.
+TEST( Obj, PartsAreComparedFromTheFirstOn )
+{
+    auto pair = []( Ref< QV_OBJ > first, QV_OBJ *second )
+    {
+        Ref< QV_VECTOR > vec( qvVectorCreate() );
+        qvVectorAppendObj( vec.at(), first );
+        qvVectorAppendObj( vec.at(), second );
+        return vec;
+    };
+    Ref< QV_BOXED_UNIQUE > a( qvBoxedUniqueCreate() ), b( qvBoxedUniqueCreate() ), c( qvBoxedUniqueCreate() ),
+        d( qvBoxedUniqueCreate() );
+    QV_OBJ *uniqueA = qvBoxedUniqueObj( a );
+
+    // <<<a>>, b> and <<<a>>, c>: b draws first. <<<c>>, d> and <<<b>>, a>: c and b decide, and d draws nothing.
+    Ref< QV_VECTOR > withB = pair( nested( 2, "V", uniqueA ), qvBoxedUniqueObj( b ) ),
+                     withC = pair( nested( 2, "V", uniqueA ), qvBoxedUniqueObj( c ) ),
+                     withD = pair( nested( 2, "V", qvBoxedUniqueObj( c ) ), qvBoxedUniqueObj( d ) ),
+                     withA = pair( nested( 2, "V", qvBoxedUniqueObj( b ) ), uniqueA );
+    QV_INT order = qvVectorCompare( withB, withC );
+    EXPECT_EQ( order, qvBoxedUniqueCompare( b, c ) );
+    EXPECT_EQ( -order, qvVectorCompare( withD, withA ) );
+    EXPECT_EQ( -1, qv::obj( d.get() )->unique );
+    EXPECT_EQ( -1, uniqueA->unique );
+    EXPECT_EQ( "<<<" + textOf( uniqueA ) + ">>, " + textOf( qvBoxedUniqueObj( b ) ) + ">", textOf( withB.get() ) );
 }
 
 /* Order and text ------------------------------------------------------------------------------------------------- */

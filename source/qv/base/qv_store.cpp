@@ -252,6 +252,30 @@ QV_BOOL qvStoreAddressOk( QV_STRING *address )
     return address->length > 0 && qv::skipAddressChars( chars, end ) == end ? QV_TRUE : QV_FALSE;
 }
 
+namespace
+{
+// Enters what a store lacks and another has, with the sub-stores as they are. Gives the first of the other's sub-stores
+// that can differ from the store's own, which has all of their addresses now.
+QV_INT includeLevel( QV_STORE *into, QV_STORE *from )
+{
+    if( into->addresses != from->addresses )
+        qvDictInclude( &into->addresses, from->addresses, QV_FALSE );
+
+    if( into->values != from->values )
+        qvDictInclude( &into->values, from->values, QV_FALSE );
+
+    if( into->stores == from->stores )
+        return from->stores->length;
+
+    qvDictInclude( &into->stores, from->stores, QV_FALSE );
+    QV_ASSERT(
+        from->addresses->length == 0 ||
+        qv::isSoundStore( into, static_cast< QV_STRING * >( from->addresses->items[0].key ) ) );
+
+    return 0;
+}
+} // namespace
+
 void qvStoreMerge( QV_STORE **store, QV_STORE *other )
 {
     QV_CHECK( store );
@@ -277,63 +301,36 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
     };
 
     qv::Levels< Level > levels;
-    levels.push( { *store, other, -1 } );
+    Level               at = { *store, other, includeLevel( *store, other ) };
 
-    for( ;; )
+    do
     {
-        Level    &level = levels.top();
-        QV_STORE *into  = level.into;
-        QV_STORE *from  = level.from;
-
-        // First all that is missing. After that this one has each of the other's addresses.
-        if( level.next < 0 )
+        while( at.next < at.from->stores->length )
         {
-            level.next = 0;
+            const QV___DICT_ITEM &item = at.from->stores->items[at.next++];
+            QV_INT                idx  = qvDictIndexOfObjKey( at.into->stores, item.key );
+            QV_ASSERT( idx >= 0 );
 
-            if( into->addresses != from->addresses )
-                qvDictInclude( &into->addresses, from->addresses, QV_FALSE );
+            if( at.into->stores->items[idx].val == item.val )
+                continue;
 
-            if( into->values != from->values )
-                qvDictInclude( &into->values, from->values, QV_FALSE );
+            // The sub-store is changed in its place, so that it is copied only if it is shared.
+            qv::makePrivate( &at.into->stores, qvDictCreateFrom );
+            QV_STORE *from = static_cast< QV_STORE * >( item.val );
+            QV_STORE *into = static_cast< QV_STORE * >( at.into->stores->items[idx].val );
 
-            if( into->stores == from->stores )
-                level.next = from->stores->length;
-            else
-                qvDictInclude( &into->stores, from->stores, QV_FALSE );
+            if( qv::isShared( into ) )
+            {
+                qv::Ref< QV_STORE > copy( qvStoreCreateFrom( into ) );
+                qvDictSetValueAt( &at.into->stores, idx, copy );
+                into = copy;
+            }
 
-            QV_ASSERT(
-                from->addresses->length == 0 ||
-                qv::isSoundStore( into, static_cast< QV_STRING * >( from->addresses->items[0].key ) ) );
+            levels.push( at );
+            at = { into, from, includeLevel( into, from ) };
         }
-
-        if( level.next == from->stores->length )
-        {
-            if( !levels.pop() )
-                return;
-
-            continue;
-        }
-
-        const QV___DICT_ITEM &item = from->stores->items[level.next++];
-        QV_INT                idx  = qvDictIndexOfObjKey( into->stores, item.key );
-        QV_ASSERT( idx >= 0 );
-
-        if( into->stores->items[idx].val == item.val )
-            continue;
-
-        // The sub-store is changed in its place, so that it is copied only if it is shared.
-        qv::makePrivate( &into->stores, qvDictCreateFrom );
-        QV_STORE *sub = static_cast< QV_STORE * >( into->stores->items[idx].val );
-
-        if( qv::isShared( sub ) )
-        {
-            qv::Ref< QV_STORE > copy( qvStoreCreateFrom( sub ) );
-            qvDictSetValueAt( &into->stores, idx, copy );
-            sub = copy;
-        }
-
-        levels.push( { sub, static_cast< QV_STORE * >( item.val ), -1 } );
     }
+    while( levels.pop( &at ) );
 }
 
 /* One entry: addresses ------------------------------------------------------------------------------------------- */

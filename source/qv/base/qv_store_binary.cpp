@@ -50,35 +50,30 @@ void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
     };
 
     qv::Levels< Level > levels;
-    levels.push( { store, 0, 0, 0 } );
+    Level               at = { store, 0, 0, 0 };
     qvEncoderEncodeInt( encoder, store->addresses->length );
 
-    for( ;; )
+    do
     {
-        Level &level = levels.top();
-
-        if( level.address == level.store->addresses->length )
+        while( at.address < at.store->addresses->length )
         {
-            QV_ASSERT( level.value == level.store->values->length && level.sub == level.store->stores->length );
+            QV_STRING *address = static_cast< QV_STRING * >( at.store->addresses->items[at.address++].key );
+            QV_STRING *value   = takeNext< QV_STRING >( at.store->values, at.value, address );
+            QV_STORE  *sub     = takeNext< QV_STORE >( at.store->stores, at.sub, address );
 
-            if( !levels.pop() )
-                return;
+            qv::encodeEntry( encoder, address, value, sub != nullptr );
 
-            continue;
+            if( sub )
+            {
+                levels.push( at );
+                at = { sub, 0, 0, 0 };
+                qvEncoderEncodeInt( encoder, sub->addresses->length );
+            }
         }
 
-        QV_STRING *address = static_cast< QV_STRING * >( level.store->addresses->items[level.address++].key );
-        QV_STRING *value   = takeNext< QV_STRING >( level.store->values, level.value, address );
-        QV_STORE  *sub     = takeNext< QV_STORE >( level.store->stores, level.sub, address );
-
-        qv::encodeEntry( encoder, address, value, sub != nullptr );
-
-        if( sub )
-        {
-            qvEncoderEncodeInt( encoder, sub->addresses->length );
-            levels.push( { sub, 0, 0, 0 } );
-        }
+        QV_ASSERT( at.value == at.store->values->length && at.sub == at.store->stores->length );
     }
+    while( levels.pop( &at ) );
 }
 
 QV_BUFFER *qvStoreEncodeToBuffer( QV_STORE *store )
@@ -119,7 +114,8 @@ QV_STORE *qv___StoreTryDecodeFromDecoder( QV_DECODER *decoder, QV_INT depth )
 
     qv::Ref< QV_STORE > store( qvStoreCreate() );
     QV_INT              count = 0;
-    bool ok = depth < QV_STORE_MAX_DEPTH && qvDecoderTryDecodeInt( decoder, &count ) && count >= 0;
+    bool ok = depth < QV_STORE_MAX_DEPTH && qvDecoderTryDecodeInt( decoder, &count ) && count >= 0 &&
+              count <= qvDecoderRemaining( decoder ); // each entry takes some bytes
 
     for( QV_INT i = 0; ok && i < count; i++ )
     {

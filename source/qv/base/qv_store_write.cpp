@@ -200,39 +200,34 @@ void writeLines( QV_STORE *store, Output< Unit > &prefix, Output< Unit > &out, c
     };
 
     qv::Levels< Level > levels;
-    levels.push( { store, 0, prefix.length() } );
+    Level               at = { store, 0, prefix.length() };
     writeValues( store, prefix, out, endLine );
 
-    for( ;; )
+    do
     {
-        Level &level = levels.top();
-        prefix.cut( level.prefixLength );
-
-        if( level.next == level.store->stores->length )
+        while( at.next < at.store->stores->length )
         {
-            if( !levels.pop() )
-                return;
+            const QV___DICT_ITEM &item = at.store->stores->items[at.next++];
+            QV_STORE             *sub  = static_cast< QV_STORE * >( item.val );
 
-            continue;
-        }
+            prefix.cut( at.prefixLength );
+            prefix.append( static_cast< QV_STRING * >( item.key ) );
+            prefix.put( '.' );
 
-        const QV___DICT_ITEM &item = level.store->stores->items[level.next++];
-        QV_STORE             *sub  = static_cast< QV_STORE * >( item.val );
-
-        prefix.append( static_cast< QV_STRING * >( item.key ) );
-        prefix.put( '.' );
-
-        if( sub->addresses->length > 0 )
-        {
-            writeValues( sub, prefix, out, endLine );
-            levels.push( { sub, 0, prefix.length() } );
-        }
-        else
-        {
-            out.append( prefix );
-            endLine();
+            if( sub->addresses->length > 0 )
+            {
+                levels.push( at );
+                at = { sub, 0, prefix.length() };
+                writeValues( sub, prefix, out, endLine );
+            }
+            else
+            {
+                out.append( prefix );
+                endLine();
+            }
         }
     }
+    while( levels.pop( &at ) );
 }
 } // namespace
 

@@ -54,22 +54,13 @@ bool qv::recordsOrigin( QV_SORT *sort )
 
 namespace
 {
-// Ends an object that nobody holds.
-void end( QV_OBJ *thisObj )
+// What is left to do once nobody holds an object and, if it has a free function, it has left its list.
+void finish( QV_OBJ *thisObj, QV___FREE_FUNC freeFunc )
 {
     QV_SORT *sort = thisObj->sort;
-    QV_CHECK_AS( sort, "thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->sort" );
-
-    QV___FREE_FUNC freeFunc = sort->freeFunc;
 
     if( freeFunc )
-    {
-        // Out of the list first, so that no snapshot finds an object whose free function runs.
-        if( __builtin_expect( thisObj->isListed, 0 ) )
-            qv::leaveList( thisObj );
-
         freeFunc( thisObj );
-    }
 
     if( qv___AtomicLoad64( &thisObj->dbgAllocationSize ) != 0 )
         qv___Abort(
@@ -105,6 +96,74 @@ void end( QV_OBJ *thisObj )
 
     qv::poison( thisObj, static_cast< size_t >( size ) ); // though the memory isn't freed yet
     qv::leaveShared( memory, 1 );
+}
+
+// A free function gives up what its object holds, and so ends other objects. Beyond some levels of that an object waits
+// until the first of these free functions has returned: a tree of any depth ends on a small stack. An object that waits
+// has no references and is in no list, so that nobody finds it; its sort counts it, so that its module stays.
+struct Ends
+{
+    int32_t depth; // free functions that run in this thread, each called by the one before
+    QV_OBJ *first; // those that wait, in the order in which they lost their last reference; linked by `odbNext`, which
+    QV_OBJ *last;  // nobody else uses any more
+};
+
+const int32_t MAX_DEPTH = 32;
+
+// Without a destructor; all zero whenever no free function runs.
+__attribute__( ( tls_model( "initial-exec" ) ) ) thread_local constinit Ends ends = {};
+
+__attribute__( ( noinline ) ) void endLater( QV_OBJ *thisObj )
+{
+    thisObj->odbNext = nullptr;
+
+    if( ends.first )
+        ends.last->odbNext = thisObj;
+    else
+        ends.first = thisObj;
+
+    ends.last = thisObj;
+}
+
+// Called at depth 1, where free functions of objects that have waited may let others wait.
+__attribute__( ( noinline ) ) void endWaiting()
+{
+    while( QV_OBJ *thisObj = ends.first )
+    {
+        ends.first = thisObj->odbNext;
+        QV_ASSERT( qv___AtomicLoad32( &thisObj->retainCount ) == 0 );
+        finish( thisObj, thisObj->sort->freeFunc );
+    }
+}
+
+// Ends an object that nobody holds.
+void end( QV_OBJ *thisObj )
+{
+    QV_CHECK_AS( thisObj->sort, "thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->sort" );
+
+    QV___FREE_FUNC freeFunc = thisObj->sort->freeFunc;
+
+    if( !freeFunc )
+        return finish( thisObj, nullptr );
+
+    // Out of the list first, so that no snapshot finds an object whose free function runs.
+    if( __builtin_expect( thisObj->isListed, 0 ) )
+        qv::leaveList( thisObj );
+
+    Ends *own = &ends;
+
+    if( __builtin_expect( own->depth == MAX_DEPTH, 0 ) )
+        return endLater( thisObj );
+
+    QV_ASSERT( own->depth >= 0 && own->depth < MAX_DEPTH );
+    own->depth++;
+    finish( thisObj, freeFunc );
+
+    if( __builtin_expect( own->first != nullptr, 0 ) && own->depth == 1 )
+        endWaiting();
+
+    own->depth--;
+    QV_ASSERT( own->depth > 0 || !own->first );
 }
 } // namespace
 

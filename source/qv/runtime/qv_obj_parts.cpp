@@ -25,12 +25,11 @@ QV_INT qv::compareByParts( QV_OBJ *thisObj, QV_OBJ *thatObj )
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
 
-    Levels< Pair > levels;
-    levels.push( { thisObj, thatObj, 0 } );
+    Levels< Pair > outer;
+    Pair           pair = { thisObj, thatObj, 0 };
 
     for( ;; )
     {
-        Pair             &pair  = levels.top();
         QV___COMPARE_WALK walk  = { pair.at, nullptr, nullptr };
         QV_INT            order = pair.thisObj->sort->compareStep( pair.thisObj, pair.thatObj, &walk );
 
@@ -38,10 +37,10 @@ QV_INT qv::compareByParts( QV_OBJ *thisObj, QV_OBJ *thatObj )
         if( walk.thisPart )
         {
             QV_ASSERT( walk.at > pair.at ); // the step would give the same part for ever
-            pair.at = walk.at;
-            levels.push( { walk.thisPart, walk.thatPart, 0 } );
+            outer.push( { pair.thisObj, pair.thatObj, walk.at } );
+            pair = { walk.thisPart, walk.thatPart, 0 };
         }
-        else if( order != 0 || !levels.pop() )
+        else if( order != 0 || !outer.pop( &pair ) )
         {
             return order;
         }
@@ -53,23 +52,22 @@ QV_STRING *qv::textByParts( QV_OBJ *thisObj )
     QV_CHECK( thisObj );
 
     Ref< QV_STRING > text( qvStringCreate() );
-    Levels< Place >  levels;
-    levels.push( { thisObj, 0 } );
+    Levels< Place >  outer;
+    Place            place = { thisObj, 0 };
 
     for( ;; )
     {
-        Place         &place = levels.top();
-        QV___TEXT_WALK walk  = { place.at, text.give() };
-        QV_OBJ        *part  = place.object->sort->textStep( place.object, &walk );
+        QV___TEXT_WALK walk = { place.at, text.give() };
+        QV_OBJ        *part = place.object->sort->textStep( place.object, &walk );
         text.reset( walk.text );
 
         if( part )
         {
             QV_ASSERT( walk.at > place.at );
-            place.at = walk.at;
-            levels.push( { part, 0 } );
+            outer.push( { place.object, walk.at } );
+            place = { part, 0 };
         }
-        else if( !levels.pop() )
+        else if( !outer.pop( &place ) )
         {
             return text.give();
         }

@@ -5,8 +5,8 @@
 
 namespace qv
 {
-/** Where a walk through a tree is, level by level: what a recursion would keep on the stack, for trees of any depth. The
-    first levels lie in the walk's own frame. A reference to a level holds until the next push. */
+/** Where a walk through a tree goes on, for each level that it is in but the innermost, which is best kept in registers:
+    what a recursion would keep on the stack, for trees of any depth. The first levels lie in the walk's own frame. */
 template< class T >
 class Levels
 {
@@ -29,15 +29,14 @@ public:
         levels_[length_++] = level;
     }
 
-    /** False when that was the last one. */
-    bool pop()
+    /** The innermost one, which is taken out; false if there is none. */
+    bool pop( T *level )
     {
-        return --length_ > 0;
-    }
+        if( length_ == 0 )
+            return false;
 
-    T &top()
-    {
-        return levels_[length_ - 1];
+        *level = levels_[--length_];
+        return true;
     }
 
 private:
