@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_decoder.h"
+#include "qv/base/qv_format.h"
 #include "qv/base/qv_store.h"
 #include "qv/base/qv_store_private.h"
 #include "qv/base/qv_vector.h"
@@ -11,9 +12,14 @@
 #include "qv/io/qv_char_source.h"
 #include "qv/io/qv_line_source.h"
 #include "qv/io/qv_nlf_line_source.h"
+#include "qv/runtime/qv_runtime.h"
+
+#include <malloc.h>
 
 #include <map>
 #include <random>
+#include <set>
+#include <thread>
 #include <vector>
 
 using qv::Ref;
@@ -71,6 +77,11 @@ Ref< QV_STORE > fromText( std::string_view bytes )
 Ref< QV_STORE > fromBinary( std::string_view bytes )
 {
     return Ref< QV_STORE >( qvStoreTryDecodeFromBuffer( bufferOf( bytes ) ) );
+}
+
+std::string textFormOf( QV_STORE *store )
+{
+    return bytesOf( Ref< QV_BUFFER >( qvStoreEncodeToTextBuffer( store ) ) );
 }
 
 std::string binaryOf( QV_STORE *store )
@@ -217,6 +228,19 @@ struct Model
     std::map< std::string, std::string > values;
     std::map< std::string, Model >       stores;
 
+    Lines addresses() const
+    {
+        std::set< std::string > all;
+
+        for( auto &entry : values )
+            all.insert( entry.first );
+
+        for( auto &entry : stores )
+            all.insert( entry.first );
+
+        return { all.begin(), all.end() };
+    }
+
     void merge( const Model &other )
     {
         values.insert( other.values.begin(), other.values.end() );
@@ -225,131 +249,289 @@ struct Model
             stores[address].merge( sub );
     }
 
-    void write( Lines &lines, const std::string &prefix = "" ) const
+    Lines lines( const std::string &prefix = "" ) const
     {
+        Lines result;
+
         for( auto &[address, value] : values )
-            lines.push_back( prefix + address + "=" + value );
+            result.push_back( prefix + address + "=" + value );
 
         for( auto &[address, sub] : stores )
         {
-            if( sub.values.empty() && sub.stores.empty() )
-                lines.push_back( prefix + address + "." );
+            Lines below = sub.lines( prefix + address + "." );
+            result.insert( result.end(), below.begin(), below.end() );
 
-            sub.write( lines, prefix + address + "." );
+            if( below.empty() )
+                result.push_back( prefix + address + "." );
         }
-    }
-
-    size_t size() const
-    {
-        size_t result = values.size() + stores.size();
-
-        for( auto &[address, sub] : stores )
-            result += sub.size();
 
         return result;
     }
+
+    // By the addresses first, then the values, then the sub-stores.
+    int compare( const Model &other ) const
+    {
+        if( auto mine = addresses(), others = other.addresses(); mine != others )
+            return mine < others ? -1 : 1;
+
+        if( values != other.values )
+            return values < other.values ? -1 : 1;
+
+        auto b = other.stores.begin();
+
+        for( auto a = stores.begin(); a != stores.end() && b != other.stores.end(); ++a, ++b )
+            if( int order = a->first != b->first ? ( a->first < b->first ? -1 : 1 ) : a->second.compare( b->second ) )
+                return order;
+
+        return stores.size() < other.stores.size() ? -1 : stores.size() > other.stores.size();
+    }
 };
+
+// An object that somebody else keeps alive, as long as he does.
+template< class T >
+T *borrowed( T *owned )
+{
+    return Ref< T >( owned );
+}
 } // namespace
 
-TEST( Store, RandomWalkAgreesWithNestedMaps )
+// What is set, deleted and merged is often held by nobody but the store that changes.
+TEST( Store, RandomWalksAgreeWithNestedMaps )
 {
+    const std::string names[] = { "10", "2", "A", "_x", "a", "a-b", "long-address" };
     std::mt19937      random( 61 );
-    const std::string addresses[] = { "10", "2", "A", "_x", "a", "a-b", "b" };
+    const auto        pick = [&]( size_t count ) { return random() % count; };
 
-    for( int walk = 0; walk < 12; walk++ )
+    for( int walk = 0; walk < 20; walk++ )
     {
-        Ref< QV_STORE > stores[3];
-        Model           models[3];
+        Ref< QV_STORE > stores[4];
+        Model           models[4];
 
         for( Ref< QV_STORE > &store : stores )
             store.reset( qvStoreCreate() );
 
         for( int step = 0; step < 200; step++ )
         {
-            size_t             to = random() % 3, from = random() % 3;
-            const std::string &at      = addresses[random() % std::size( addresses )];
-            Ref< QV_STRING >   address = text( at );
-            std::string        value   = std::to_string( random() % 100 );
+            size_t           to = pick( 4 ), from = pick( 4 );
+            Ref< QV_STORE > &store = stores[to];
+            Model           &model = models[to], other = models[from];
+            std::string      at = names[pick( std::size( names ) )], there = names[pick( std::size( names ) )];
+            Ref< QV_STRING > made    = text( at );
+            QV_STRING       *address = made;
+            size_t           kind    = pick( 12 );
 
-            switch( random() % 9 )
+            // Half of the addresses are Strings that stand in the store.
+            if( Ref< QV_VECTOR > own( pick( 2 ) ? qvStoreValueAddressesVector( store ) : qvStoreStoreAddressesVector( store ) );
+                pick( 2 ) && qvVectorLength( own ) )
             {
-            case 0: case 1: case 2:
-                qvStoreSetValue( stores[to].at(), address, text( value ) );
-                models[to].values[at] = value;
+                address = qvStringFrom( qvVectorBacking( own )[pick( static_cast< size_t >( qvVectorLength( own ) ) )] );
+                at      = utf8( address );
+            }
+
+            if( kind >= 6 && kind <= 9 && model.lines().size() + other.lines().size() > 150 )
+                continue;
+
+            switch( kind )
+            {
+            case 0: case 1:
+                model.values[at] = std::to_string( pick( 3 ) );
+                qvStoreSetValue( store.at(), address, text( model.values[at] ) );
+                break;
+
+            case 2:
+                if( QV_STRING *value = borrowed( qvStoreValue( store, text( there ) ) ) )
+                {
+                    model.values[at] = utf8( value );
+                    qvStoreSetValue( store.at(), address, value );
+                }
                 break;
 
             case 3:
-                qvStoreDelValue( stores[to].at(), address );
-                models[to].values.erase( at );
+                model.values.erase( at );
+                qvStoreDelValue( store.at(), address );
                 break;
 
-            case 4: case 5:
-                if( models[to].size() + models[from].size() < 300 )
-                {
-                    qvStoreSetStore( stores[to].at(), address, stores[from] );
-                    Model copy             = models[from];
-                    models[to].stores[at] = copy;
-                }
+            case 4:
+                model.stores.erase( at );
+                qvStoreDelStore( store.at(), address );
+                break;
+
+            case 5:
+                model.merge( other );
+                qvStoreMerge( store.at(), stores[from] );
                 break;
 
             case 6:
-                qvStoreDelStore( stores[to].at(), address );
-                models[to].stores.erase( at );
+                model.stores[at] = other;
+                qvStoreSetStore( store.at(), address, stores[from] );
                 break;
 
-            case 7:
-                if( models[to].size() + models[from].size() < 300 )
+            case 7: case 8:
+                if( QV_STORE *sub = borrowed( qvStoreStore( store, text( there ) ) ) )
                 {
-                    Model copy = models[from];
-                    qvStoreMerge( stores[to].at(), stores[from] );
-                    models[to].merge( copy );
+                    other = model.stores[there];
+
+                    if( kind == 7 )
+                    {
+                        model.stores[at] = other;
+                        qvStoreSetStore( store.at(), address, sub );
+                    }
+                    else
+                    {
+                        model.merge( other );
+                        qvStoreMerge( store.at(), sub );
+                    }
                 }
                 break;
 
-            case 8: // one store is the other's, or a sub-store of it
-                stores[to] = Ref< QV_STORE >::share( stores[from] );
-                models[to] = Model( models[from] );
+            case 9:
+                model = other;
+                store = pick( 2 ) ? Ref< QV_STORE >::share( stores[from] )
+                                  : Ref< QV_STORE >( qvStoreCreateFrom( stores[from] ) );
+                break;
 
-                if( models[to].stores.count( at ) )
+            case 10:
+                if( other.stores.count( there ) )
                 {
-                    stores[to].reset( qvStoreStore( stores[to], address ) );
-                    models[to] = Model( models[to].stores[at] );
+                    store.reset( qvStoreStore( stores[from], text( there ) ) );
+                    model = other.stores[there];
                 }
+                break;
+
+            case 11:
+                store = pick( 2 )   ? fromBinary( binaryOf( store ) )
+                        : pick( 2 ) ? fromText( textFormOf( store ) )
+                                    : storeOf( linesOf( store ) );
                 break;
             }
 
-            for( int i = 0; i < 3; i++ )
-            {
-                Lines expected;
-                models[i].write( expected );
-                ASSERT_EQ( expected, linesOf( stores[i] ) );
-            }
+            for( int i = 0; i < 4; i++ )
+                ASSERT_EQ( models[i].lines(), linesOf( stores[i] ) ) << walk << " " << step;
 
-            std::map< std::string, int > all;
-
-            for( auto &entry : models[to].values )
-                all[entry.first];
-
-            for( auto &entry : models[to].stores )
-                all[entry.first];
-
-            Lines inOrder;
-
-            for( auto &entry : all )
-                inOrder.push_back( entry.first );
-
-            ASSERT_EQ( inOrder, linesOf( Ref< QV_VECTOR >( qvStoreAddressesVector( stores[to] ) ) ) );
-        }
-
-        for( int i = 0; i < 3; i++ )
-        {
-            EXPECT_TRUE( qvStoreEquals( stores[i], fromBinary( binaryOf( stores[i] ) ) ) );
-            EXPECT_TRUE( qvStoreEquals( stores[i], storeOf( linesOf( stores[i] ) ) ) );
-            EXPECT_TRUE( qvStoreEquals(
-                stores[i], fromText( bytesOf( Ref< QV_BUFFER >( qvStoreEncodeToTextBuffer( stores[i] ) ) ) ) ) );
+            ASSERT_EQ( model.addresses(), linesOf( Ref< QV_VECTOR >( qvStoreAddressesVector( store ) ) ) );
+            ASSERT_EQ( model.compare( models[from] ), qvStoreCompare( store, stores[from] ) );
         }
     }
 }
+
+TEST( Store, TreesOfAnyDepthAreWrittenMergedAndCompared )
+{
+    using namespace std::string_literals;
+
+#if defined( __SANITIZE_ADDRESS__ ) || defined( __SANITIZE_THREAD__ )
+    const int LEVELS = 50000;
+#else
+    const int LEVELS = 300000;
+#endif
+
+    auto chain = []( Ref< QV_STORE > innermost )
+    {
+        for( int level = 0; level < LEVELS; level++ )
+        {
+            Ref< QV_STORE > outer( qvStoreCreate() );
+            qvStoreSetStoreCstr( outer.at(), "a", -1, innermost );
+            innermost = std::move( outer );
+        }
+
+        return innermost;
+    };
+
+    Ref< QV_STORE >   a = chain( storeOf( { "v=1" } ) ), b = chain( storeOf( { "w=2" } ) );
+    const std::string path = repeat( "a.", LEVELS );
+
+    EXPECT_TRUE( ( Lines { path + "v=1" } ) == linesOf( a ) );
+    EXPECT_TRUE( path + "w=2\n" == textFormOf( b ) );
+    EXPECT_TRUE( repeat( "\x01\x01\x01\x01"s "a\x00\x01"s, LEVELS ) + binaryOf( storeOf( { "v=1" } ) ) == binaryOf( a ) );
+    EXPECT_EQ( Lines { repeat( "a.", QV_STORE_MAX_DEPTH ) }, linesOf( fromText( textFormOf( a ) ) ) );
+    EXPECT_FALSE( fromBinary( binaryOf( a ) ) );
+
+    EXPECT_TRUE( qvStoreEquals( a, chain( storeOf( { "v=1" } ) ) ) );
+    EXPECT_EQ( -1, qvStoreCompare( a, b ) );
+
+    // The one that was is copied level by level.
+    Ref< QV_STORE > merged = Ref< QV_STORE >::share( a );
+    qvStoreMerge( merged.at(), b );
+    EXPECT_TRUE( ( Lines { path + "v=1", path + "w=2" } ) == linesOf( merged ) );
+    EXPECT_TRUE( ( Lines { path + "v=1" } ) == linesOf( a ) );
+}
+
+// What is lent to several threads at once is counted right, whoever else holds it. Only a run without lists of objects has
+// counts that are changed without a locked instruction.
+TEST( Store, ThreadsStoreTheSameObjects )
+{
+    withoutLibrary(
+        []
+        {
+            qvRuntimeStartup( QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS, nullptr, nullptr, nullptr, nullptr );
+            {
+                Ref< QV_STRING > address = text( "address" ), value = text( "value" );
+                Ref< QV_STORE >  sub = storeOf( { "a.b=1", "c=2" } ), base = storeOf( { "address.a.x=3" } );
+
+                auto work = [&]
+                {
+                    for( int i = 0; i < 20000; i++ )
+                    {
+                        Ref< QV_STORE > own( qvStoreCreate() ), copy = Ref< QV_STORE >::share( base );
+                        qvStoreSetValue( own.at(), address, value );
+                        qvStoreSetStore( own.at(), address, sub );
+                        qvStoreMerge( copy.at(), own );
+                        qvStoreDelValue( own.at(), address );
+                    }
+                };
+
+                std::thread one( work ), two( work );
+                one.join();
+                two.join();
+
+                for( int32_t count : { references( address.get() ), references( value.get() ), references( sub.get() ),
+                                       references( base.get() ) } )
+                    EXPECT_EQ( 1, count );
+            }
+            qvRuntimeShutdown();
+        } );
+}
+
+#if !defined( __SANITIZE_ADDRESS__ ) && !defined( __SANITIZE_THREAD__ )
+TEST( Store, DocumentsTakeMemoryInProportion )
+{
+    struct Case
+    {
+        const char *name;
+        size_t      limit; // bytes for one of text
+        std::string ( *make )( int lines );
+    };
+
+    const Case cases[] = {
+        { "ports", 40, []( int lines ) {
+             std::string result;
+             while( lines-- > 0 )
+                 result += "port-" + std::to_string( lines ) + "=8080\n";
+             return result; } },
+        { "records", 40, []( int lines ) {
+             std::string result;
+             for( int i = 0; i < lines; i++ )
+                 result += "rec-" + std::to_string( i / 3 ) + ( i % 3 ? i % 3 == 1 ? ".port=1\n" : ".host=localhost\n" : ".name=n\n" );
+             return result; } },
+        { "chains", 300, []( int lines ) {
+             std::string result;
+             for( lines /= 100; lines > 0; lines-- )
+                 result += "x" + std::to_string( lines ) + "." + repeat( "a.", 99 ) + "\n";
+             return result; } },
+    };
+
+    for( const Case &c : cases )
+        for( int lines : { 3000, 30000 } )
+        {
+            std::string       document = c.make( lines );
+            Ref< QV_BUFFER >  bytes    = bufferOf( document );
+            struct mallinfo2  before   = mallinfo2();
+            Ref< QV_STORE >   store( qvStoreTryDecodeFromTextBuffer( bytes ) );
+            struct mallinfo2  after    = mallinfo2();
+
+            EXPECT_GE( document.size() * c.limit, after.uordblks + after.hblkhd - before.uordblks - before.hblkhd ) << c.name;
+        }
+}
+#endif
 
 TEST( Store, WritingDoesNotCopyWhatNobodyElseHolds )
 {
@@ -375,25 +557,6 @@ TEST( Store, WritingDoesNotCopyWhatNobodyElseHolds )
     EXPECT_EQ( store.get(), shared.get() );
 }
 
-TEST( Store, OrderIsByAddressesThenValuesThenStores )
-{
-    const Lines all[] = {
-        {}, { "a=1" }, { "a=1", "b=1" }, { "a=1", "b=2" }, { "a=1", "b.x=1" }, { "a=2" }, { "a.x=1" }, { "b=0" } };
-
-    for( const Lines &a : all )
-        for( const Lines &b : all )
-        {
-            Ref< QV_STORE > x = storeOf( a ), y = storeOf( b );
-            EXPECT_EQ( a == b, qvStoreEquals( x, y ) == QV_TRUE );
-            EXPECT_EQ( qvStoreCompare( x, y ), -qvStoreCompare( y, x ) );
-        }
-
-    // The addresses decide first, whatever the values.
-    EXPECT_EQ( -1, qvStoreCompare( storeOf( { "a=2" } ), storeOf( { "a=1", "b=1" } ) ) );
-    EXPECT_EQ( -1, qvStoreCompare( storeOf( { "a=1" } ), storeOf( { "a=2" } ) ) );
-    EXPECT_EQ( -1, qvStoreCompare( storeOf( { "a.x=1" } ), storeOf( { "a.x=2" } ) ) );
-}
-
 /* Text form ------------------------------------------------------------------------------------------------------ */
 
 TEST( Store, LinesAreReadLeniently )
@@ -415,14 +578,42 @@ TEST( Store, LinesAreReadLeniently )
           { "a=%%zz", "b=%%", "c=%%%%", "d=%%00004", "e=%%00004G" } },
         { { "a=%000041%00004aZ%%000041", "b=%00000A%1f600", "c=%01F600" },
           { "a=AJZ%%000041", "b=%00000a%%1f600", "c=\xF0\x9F\x98\x80" } },
-        { { "a=%110000", "b=%10ffff", "c=%+00041", "d=% 0041 ", "e=%-00001" },
-          { "a=%%110000", "b=\xF4\x8F\xBF\xBF", "c=A", "d=A", "e=%%-00001" } },
         { { "p.a=1", "p.a.x=2", "p.b=3", "p.a.y=4", "q.a=5", "p.", "p.a." },
           { "p.a=1", "p.b=3", "p.a.x=2", "p.a.y=4", "q.a=5" } },
     };
 
     for( const Case &c : cases )
         EXPECT_EQ( c.canonical, linesOf( storeOf( c.lines ) ) );
+}
+
+// An escape is what the decoder of numbers makes of all six characters.
+TEST( Store, EscapesAreNumbersInAnyForm )
+{
+    const std::u32string letters = U"000000000000123456789aAfF  +-xg,\t\u2003\uFF11\uFF26";
+    std::mt19937         random( 6 );
+    int                  escapes = 0;
+
+    for( int round = 0; round < 20000; round++ )
+    {
+        std::u32string code;
+        QV_INT         number, consumed;
+
+        while( code.size() < 6 )
+            code += letters[random() % letters.size()];
+
+        bool is = qvFormatTryDecodeIntChars( code.data(), 6, 16, &number, &consumed ) && consumed == 6 &&
+                  static_cast< uint32_t >( number ) <= 0x10FFFF;
+        escapes += is;
+
+        std::u32string expected = is ? std::u32string { static_cast< char32_t >( number ), U'1' } : U"%" + code + U"1";
+        std::string    line     = "a=%" + utf8( text( code ) ) + "1";
+
+        ASSERT_EQ( expected, chars( Ref< QV_STRING >( qvStoreValueAt( storeOf( { line } ), 0 ) ) ) ) << line;
+        ASSERT_EQ( expected, chars( Ref< QV_STRING >( qvStoreValueAt( fromText( line ), 0 ) ) ) ) << line;
+    }
+
+    EXPECT_LT( 2000, escapes );
+    EXPECT_GT( 18000, escapes );
 }
 
 TEST( Store, EveryCharacterSurvivesTheTextForm )
@@ -447,9 +638,8 @@ TEST( Store, EveryCharacterSurvivesTheTextForm )
     Ref< QV_BUFFER > bytes( qvStoreEncodeToTextBuffer( store ) );
     EXPECT_TRUE( qvStoreEquals( store, Ref< QV_STORE >( qvStoreTryDecodeFromTextBuffer( bytes ) ) ) );
 
-    EXPECT_EQ( "", bytesOf( Ref< QV_BUFFER >( qvStoreEncodeToTextBuffer( storeOf( {} ) ) ) ) );
-    Ref< QV_STORE > two = storeOf( { "b.", "a=\xC3\xA4" } );
-    EXPECT_EQ( "a=\xC3\xA4\nb.\n", bytesOf( Ref< QV_BUFFER >( qvStoreEncodeToTextBuffer( two ) ) ) );
+    EXPECT_EQ( "", textFormOf( storeOf( {} ) ) );
+    EXPECT_EQ( "a=\xC3\xA4\nb.\n", textFormOf( storeOf( { "b.", "a=\xC3\xA4" } ) ) );
 }
 
 // Documents are read from the bytes; the streams below them have to give the same.
@@ -483,8 +673,6 @@ TEST( Store, TextBuffersAreReadAsTheStreamsReadThem )
 
         ASSERT_TRUE( store );
         ASSERT_EQ( linesOf( expected ), linesOf( store ) ) << ::testing::PrintToString( bytes );
-        ASSERT_TRUE( qvStoreEquals( store, storeOf( linesOf( store ) ) ) );
-        ASSERT_TRUE( qvStoreEquals( store, fromBinary( binaryOf( store ) ) ) );
     }
 }
 
@@ -551,7 +739,7 @@ TEST( Store, BinaryFormIsTheDocumentedOne )
     EXPECT_EQ( ( Lines { "a=2" } ), linesOf( fromBinary( bytes ) ) );
 }
 
-TEST( Store, BinaryReaderSurvivesAnything )
+TEST( Store, BinaryReaderTellsWhatIsWrong )
 {
     using namespace std::string_literals;
 
@@ -569,22 +757,6 @@ TEST( Store, BinaryReaderSurvivesAnything )
     auto nested = []( int levels ) { return repeat( "\x01\x01\x01\x01"s "a\x00\x01"s, levels ) + "\x00"s; };
     EXPECT_EQ( Lines { repeat( "a.", 99 ) }, linesOf( fromBinary( nested( 99 ) ) ) );
     EXPECT_FALSE( fromBinary( nested( 100 ) ) );
-    EXPECT_FALSE( fromBinary( nested( 100000 ) ) );
-
-    std::mt19937 random( 62 );
-
-    for( int round = 0; round < 3000; round++ )
-    {
-        std::string bytes = whole;
-
-        for( int changes = 1 + static_cast< int >( random() % 3 ); changes > 0; changes-- )
-            bytes[random() % bytes.size()] = static_cast< char >( random() % 3 ? random() % 4 : random() );
-
-        if( Ref< QV_STORE > store = fromBinary( bytes ) )
-        {
-            EXPECT_TRUE( qvStoreEquals( store, fromBinary( binaryOf( store ) ) ) );
-        }
-    }
 
     // The error goes to the decoder, whatever was wrong.
     Ref< QV_DECODER > decoder( qvDecoderCreate( bufferOf( "\x01\x01\x01\x01?\x00\x00"s ) ) );
