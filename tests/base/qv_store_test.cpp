@@ -16,6 +16,7 @@
 
 #include <malloc.h>
 
+#include <atomic>
 #include <map>
 #include <random>
 #include <set>
@@ -467,11 +468,18 @@ TEST( Store, ThreadsStoreTheSameObjects )
                 Ref< QV_STRING > address = text( "address" ), value = text( "value" );
                 Ref< QV_STORE >  sub = storeOf( { "a.b=1", "c=2" } ), base = storeOf( { "address.a.x=3" } );
 
+                std::atomic< int > arrived = 0;
+
                 auto work = [&]
                 {
-                    for( int i = 0; i < 20000; i++ )
+                    for( int round = 1; round <= 5000; round++ )
                     {
                         Ref< QV_STORE > own( qvStoreCreate() ), copy = Ref< QV_STORE >::share( base );
+
+                        // Both begin at once, when nobody else holds what is lent.
+                        for( arrived++; arrived < 2 * round; )
+                            std::this_thread::yield();
+
                         qvStoreSetValue( own.at(), address, value );
                         qvStoreSetStore( own.at(), address, sub );
                         qvStoreMerge( copy.at(), own );
