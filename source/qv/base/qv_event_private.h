@@ -105,8 +105,8 @@ struct Targets
         if( !more )
             return;
 
-        for( QV_INT i = 0; i < more->length; i++ )
-            fire( reinterpret_cast< T * >( more->items[i].key ) );
+        for( const QV___DICT_ITEM &item : dictItems( more ) )
+            fire( reinterpret_cast< T * >( item.key ) );
 
         if( keepDict )
             qv___DictClear( &more );

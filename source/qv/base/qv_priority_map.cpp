@@ -83,7 +83,7 @@ QV_OBJ *neighbour( QV_PRIORITY_MAP *map, QV_INT idx, QV_INT *priority )
     if( idx < 0 || idx >= map->byPriority->length )
         return nullptr;
 
-    Entry *entry = entryOf( map->byPriority->items[idx].key );
+    Entry *entry = entryOf( qv::dictItem( map->byPriority, idx ).key );
 
     if( priority )
         *priority = entry->priority;
@@ -94,7 +94,7 @@ QV_OBJ *neighbour( QV_PRIORITY_MAP *map, QV_INT idx, QV_INT *priority )
 // Takes the entry of the object at an index of `byObject` out of the order of priorities. Nobody else holds the map.
 void takeEntry( QV_PRIORITY_MAP *map, QV_INT objectIdx )
 {
-    QV_INT idx = qvDictIndexOfObjKey( map->byPriority, map->byObject->items[objectIdx].val );
+    QV_INT idx = qvDictIndexOfObjKey( map->byPriority, qv::dictItem( map->byObject, objectIdx ).val );
     QV_CHECK( idx != -1 );
     qvDictDelAt( &map->byPriority, idx );
 }
@@ -166,7 +166,7 @@ QV_INT qvPriorityMapIndexOf( QV_PRIORITY_MAP *map, QV_OBJ *obj )
     QV_CHECK( obj );
 
     QV_INT idx = qvDictIndexOfObjKey( map->byObject, obj );
-    return idx == -1 ? -1 : qvDictIndexOfObjKey( map->byPriority, map->byObject->items[idx].val );
+    return idx == -1 ? -1 : qvDictIndexOfObjKey( map->byPriority, qv::dictItem( map->byObject, idx ).val );
 }
 
 QV_OBJ *qvPriorityMapHighest( QV_PRIORITY_MAP *map, QV_INT *priority )
@@ -210,7 +210,7 @@ void qvPriorityMapSet( QV_PRIORITY_MAP **map, QV_INT priority, QV_OBJ *obj )
 
     if( idx != -1 )
     {
-        if( entryOf( own->byObject->items[idx].val )->priority == priority )
+        if( entryOf( qv::dictItem( own->byObject, idx ).val )->priority == priority )
             return;
 
         takeEntry( own, idx );

@@ -26,7 +26,7 @@ T *find( QV_DICT *dict, QV_STRING *key )
 {
     QV_INT idx = qvDictIndexOfObjKey( dict, key );
 
-    return idx < 0 ? nullptr : static_cast< T * >( dict->items[idx].val );
+    return idx < 0 ? nullptr : static_cast< T * >( qv::dictItem( dict, idx ).val );
 }
 
 bool has( QV_DICT *dict, QV_STRING *key )
@@ -166,10 +166,16 @@ bool isSoundEntry( QV_STORE *store, QV_STRING *address )
     QV_STRING *value = find< QV_STRING >( store->values, address );
     QV_STORE  *sub   = find< QV_STORE >( store->stores, address );
 
-    return ( idx >= 0 ) == ( value || sub ) && ( !value || qvObjSort( value ) == qvStringSort() ) &&
-           ( !sub || qvObjSort( sub ) == qvStoreSort() ) &&
-           ( idx < 0 || ( store->addresses->items[idx].val == store->addresses->items[idx].key &&
-                          qvObjSort( store->addresses->items[idx].key ) == qvStringSort() ) );
+    if( ( idx >= 0 ) != ( value || sub ) || ( value && qvObjSort( value ) != qvStringSort() ) ||
+        ( sub && qvObjSort( sub ) != qvStoreSort() ) )
+        return false;
+
+    if( idx < 0 )
+        return true;
+
+    const QV___DICT_ITEM &item = qv::dictItem( store->addresses, idx );
+
+    return item.val == item.key && qvObjSort( item.key ) == qvStringSort();
 }
 } // namespace
 
@@ -184,9 +190,10 @@ bool qv::isSoundStore( QV_STORE *store, QV_STRING *address )
     if( length < std::max( values, stores ) || length > values + stores || qv___ObjDbgAllocationSize( store ) != 0 )
         return false;
 
-    for( QV_INT i = 0; i < length && length <= SMALL; i++ )
-        if( !isSoundEntry( store, static_cast< QV_STRING * >( store->addresses->items[i].key ) ) )
-            return false;
+    if( length <= SMALL )
+        for( const QV___DICT_ITEM &item : dictItems( store->addresses ) )
+            if( !isSoundEntry( store, static_cast< QV_STRING * >( item.key ) ) )
+                return false;
 
     return isSoundEntry( store, address );
 }
@@ -270,7 +277,7 @@ QV_INT includeLevel( QV_STORE *into, QV_STORE *from )
     qvDictInclude( &into->stores, from->stores, QV_FALSE );
     QV_ASSERT(
         from->addresses->length == 0 ||
-        qv::isSoundStore( into, static_cast< QV_STRING * >( from->addresses->items[0].key ) ) );
+        qv::isSoundStore( into, static_cast< QV_STRING * >( qv::dictItem( from->addresses, 0 ).key ) ) );
 
     return 0;
 }
@@ -307,17 +314,17 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
     {
         while( at.next < at.from->stores->length )
         {
-            const QV___DICT_ITEM &item = at.from->stores->items[at.next++];
+            const QV___DICT_ITEM &item = qv::dictItem( at.from->stores, at.next++ );
             QV_INT                idx  = qvDictIndexOfObjKey( at.into->stores, item.key );
             QV_ASSERT( idx >= 0 );
 
-            if( at.into->stores->items[idx].val == item.val )
+            if( qv::dictItem( at.into->stores, idx ).val == item.val )
                 continue;
 
             // The sub-store is changed in its place, so that it is copied only if it is shared.
             qv::makePrivate( &at.into->stores, qvDictCreateFrom );
             QV_STORE *from = static_cast< QV_STORE * >( item.val );
-            QV_STORE *into = static_cast< QV_STORE * >( at.into->stores->items[idx].val );
+            QV_STORE *into = static_cast< QV_STORE * >( qv::dictItem( at.into->stores, idx ).val );
 
             if( qv::isShared( into ) )
             {

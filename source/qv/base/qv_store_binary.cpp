@@ -18,20 +18,20 @@
 
 namespace
 {
-// The value that a Dict has at its next place, if that is of this address, and moves on; null otherwise. For a Dict
-// whose keys are some of the addresses, asked for each of these in their order.
+// The value of a Dict's next entry, if that is of this address, and moves on; null otherwise. For a Dict whose keys are
+// some of the addresses, asked for each of these in their order.
 template< class T >
-T *takeNext( QV_DICT *dict, QV_INT &next, QV_STRING *address )
+T *takeNext( qv::DictIterator &next, QV_STRING *address )
 {
-    if( next == dict->length )
+    if( !next )
         return nullptr;
 
-    const QV___DICT_ITEM &item = dict->items[next];
+    const QV___DICT_ITEM &item = *next;
 
     if( item.key != address && qvStringCompare( static_cast< QV_STRING * >( item.key ), address ) != 0 )
         return nullptr;
 
-    next++;
+    ++next;
 
     return static_cast< T * >( item.val );
 }
@@ -45,33 +45,37 @@ void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
     // The next entries of all three Dicts.
     struct Level
     {
-        QV_STORE *store;
-        QV_INT    address, value, sub;
+        qv::DictIterator addresses, values, stores;
+    };
+
+    const auto begin = []( QV_STORE *of ) -> Level {
+        return { { of->addresses, 0 }, { of->values, 0 }, { of->stores, 0 } };
     };
 
     qv::Levels< Level > levels;
-    Level               at = { store, 0, 0, 0 };
+    Level               at = begin( store );
     qvEncoderEncodeInt( encoder, store->addresses->length );
 
     do
     {
-        while( at.address < at.store->addresses->length )
+        while( at.addresses )
         {
-            QV_STRING *address = static_cast< QV_STRING * >( at.store->addresses->items[at.address++].key );
-            QV_STRING *value   = takeNext< QV_STRING >( at.store->values, at.value, address );
-            QV_STORE  *sub     = takeNext< QV_STORE >( at.store->stores, at.sub, address );
+            QV_STRING *address = static_cast< QV_STRING * >( at.addresses->key );
+            QV_STRING *value   = takeNext< QV_STRING >( at.values, address );
+            QV_STORE  *sub     = takeNext< QV_STORE >( at.stores, address );
+            ++at.addresses;
 
             qv::encodeEntry( encoder, address, value, sub != nullptr );
 
             if( sub )
             {
                 levels.push( at );
-                at = { sub, 0, 0, 0 };
+                at = begin( sub );
                 qvEncoderEncodeInt( encoder, sub->addresses->length );
             }
         }
 
-        QV_ASSERT( at.value == at.store->values->length && at.sub == at.store->stores->length );
+        QV_ASSERT( !at.values && !at.stores );
     }
     while( levels.pop( &at ) );
 }

@@ -403,8 +403,8 @@ private:
             if( address.isNew )
                 qv::release( address.address );
 
-            addresses_[level]  = static_cast< QV_STRING * >( stores->items[idx].key );
-            stores_[level + 1] = static_cast< QV_STORE * >( stores->items[idx].val );
+            addresses_[level]  = static_cast< QV_STRING * >( qv::dictItem( stores, idx ).key );
+            stores_[level + 1] = static_cast< QV_STORE * >( qv::dictItem( stores, idx ).val );
         }
         else
         {
@@ -452,7 +452,7 @@ private:
         }
 
         // The tree keeps the String that it has.
-        QV_STRING *known = static_cast< QV_STRING * >( addresses->items[idx].key );
+        QV_STRING *known = static_cast< QV_STRING * >( qv::dictItem( addresses, idx ).key );
 
         if( address.isNew )
             qv::release( address.address );
@@ -469,7 +469,7 @@ private:
     static bool isBehind( Span< Unit > text, QV_DICT *dict )
     {
         return dict->length == 0 ||
-               order( static_cast< QV_STRING * >( dict->items[dict->length - 1].key ), text ) < 0;
+               order( static_cast< QV_STRING * >( qv::dictItem( dict, dict->length - 1 ).key ), text ) < 0;
     }
 
     // Whether the tree has the store that stands on a level at the address there.
@@ -478,7 +478,7 @@ private:
         bool   found;
         QV_INT idx = level < open_ ? qv::searchDict( stores_[level]->stores, addresses_[level], &found ) : 0;
 
-        return level < open_ && found && stores_[level]->stores->items[idx].val == stores_[level + 1];
+        return level < open_ && found && qv::dictItem( stores_[level]->stores, idx ).val == stores_[level + 1];
     }
 
     QV_INT              depth_;

@@ -175,14 +175,12 @@ private:
 template< class Unit, class EndLine >
 void writeValues( QV_STORE *store, const Output< Unit > &prefix, Output< Unit > &out, const EndLine &endLine )
 {
-    const QV___DICT_ITEM *items = store->values->items;
-
-    for( QV_INT i = 0; i < store->values->length; i++ )
+    for( const QV___DICT_ITEM &item : qv::dictItems( store->values ) )
     {
         out.append( prefix );
-        out.append( static_cast< QV_STRING * >( items[i].key ) );
+        out.append( static_cast< QV_STRING * >( item.key ) );
         out.put( '=' );
-        out.stringToEscape( static_cast< QV_STRING * >( items[i].val ) );
+        out.stringToEscape( static_cast< QV_STRING * >( item.val ) );
         endLine();
     }
 }
@@ -194,21 +192,21 @@ void writeLines( QV_STORE *store, Output< Unit > &prefix, Output< Unit > &out, c
 {
     struct Level
     {
-        QV_STORE *store;
-        QV_INT    next;         // of its sub-stores
-        QV_INT    prefixLength;
+        qv::DictIterator stores; // those that are still to come
+        QV_INT           prefixLength;
     };
 
     qv::Levels< Level > levels;
-    Level               at = { store, 0, prefix.length() };
+    Level               at = { qv::DictIterator( store->stores, 0 ), prefix.length() };
     writeValues( store, prefix, out, endLine );
 
     do
     {
-        while( at.next < at.store->stores->length )
+        while( at.stores )
         {
-            const QV___DICT_ITEM &item = at.store->stores->items[at.next++];
+            const QV___DICT_ITEM &item = *at.stores;
             QV_STORE             *sub  = static_cast< QV_STORE * >( item.val );
+            ++at.stores;
 
             prefix.cut( at.prefixLength );
             prefix.append( static_cast< QV_STRING * >( item.key ) );
@@ -217,7 +215,7 @@ void writeLines( QV_STORE *store, Output< Unit > &prefix, Output< Unit > &out, c
             if( sub->addresses->length > 0 )
             {
                 levels.push( at );
-                at = { sub, 0, prefix.length() };
+                at = { qv::DictIterator( sub->stores, 0 ), prefix.length() };
                 writeValues( sub, prefix, out, endLine );
             }
             else

@@ -183,7 +183,7 @@ void unschedule( Closure *tcl )
         // Another timer may have taken over the Time, then there is none to find.
         for( QV_INT i = 0; i < timerAbsDict->length; i++ )
         {
-            QV_OBJ *check = timerAbsDict->items[i].val;
+            QV_OBJ *check = qv::dictItem( timerAbsDict, i ).val;
             QV_CHECK( check );
 
             if( check == tcl )
@@ -567,7 +567,7 @@ void qvTimerScheduleAtTime( QV_TIMER *timer, QV_TIME *at )
         qvDictSetObjKey( &timerAbsDict, qv::obj( at ), tcl );
         tcl->schedAbs = QV_TRUE;
         arm( tcl );
-        first = timerAbsDict->items[0].val == tcl;
+        first = qv::dictItem( timerAbsDict, 0 ).val == tcl;
     }
 
     if( first )
