@@ -110,8 +110,10 @@ TEST( Encoder, ValuesHaveTheirBytesAndComeBack )
         "[01 1a 70 6c 61 69 6e 20 77 6f 72 64 73 2c 20 80 00 e4 20 61 6e 64 20 74 68 65 20 65 6e 64]", words.get(),
         qvEncoderEncodeString, qvDecoderTryDecodeString );
     expectObject(
-        "[01 09 6f 6e 65 20 62 79 74 65 73]", text( "one bytes" ).get(), qvEncoderEncodeString, qvDecoderTryDecodeString );
-    expectObject( "[01 01 02 61 80 20 ac]", word.get(), qvEncoderEncodeOptionalString, qvDecoderTryDecodeOptionalString );
+        "[01 09 6f 6e 65 20 62 79 74 65 73]", text( "one bytes" ).get(), qvEncoderEncodeString,
+        qvDecoderTryDecodeString );
+    expectObject(
+        "[01 01 02 61 80 20 ac]", word.get(), qvEncoderEncodeOptionalString, qvDecoderTryDecodeOptionalString );
     expectObject( "[00]", none.get(), qvEncoderEncodeOptionalString, qvDecoderTryDecodeOptionalString );
     expectObject( "[01 02 01 02]", bytes.get(), qvEncoderEncodeBuffer, qvDecoderTryDecodeBuffer );
     expectObject( "[01 00]", noBytes.get(), qvEncoderEncodeOptionalBuffer, qvDecoderTryDecodeOptionalBuffer );

@@ -45,9 +45,9 @@
     or nests deeper than 100 levels.
 
     Costs. Finding, setting and deleting cost a logarithm of the number of addresses, in any order, and the first change
-    of a table that is shared a copy of it. qvStoreCreateFrom() costs a constant time. Both forms are read and written in
-    a time that grows with their length. A tree may be nested to any depth: what goes through it takes memory for a
-    level, not stack.
+    of a table that is shared a copy of it. qvStoreCreateFrom() costs a constant time. Reading and writing a form costs
+    its length, reading with the logarithm of its entries. A tree may be nested to any depth: what goes through it takes
+    memory for each level, not stack.
 
     Memory. A store with one entry takes a few hundred bytes, and so does each entry of short texts. A document that was
     read from text takes some ten to forty times its text where most lines set values, and up to 300 times where all of
@@ -92,8 +92,9 @@ QV_API QV_VECTOR *qvStoreStoreAddressesVector( QV_STORE *store );
 /** True for a text that can be an address. */
 QV_API QV_BOOL qvStoreAddressOk( QV_STRING *address );
 
-/** Adds what `other` has and `*store` lacks, level by level. A value that both have stays. Sub-stores that `*store` lacks
-    are shared with `other`. Costs the entries of `other`, down to where both share all, times a logarithm. */
+/** Adds what `other` has and `*store` lacks, level by level. A value that both have stays as it is in `*store`, and a
+    sub-store that `*store` lacks is shared with `other`. Costs a logarithm for each entry of `other` on the levels that
+    both have, and copies of the tables of `*store` that are shared. */
 QV_API void qvStoreMerge( QV_STORE **store, QV_STORE *other );
 
 /* One entry ------------------------------------------------------------------------------------------------------ */

@@ -151,7 +151,8 @@ CSTR( QV_BOOL, qvStoreValueBoolCstr, qvStoreValueBool, ( QV_STORE *store, QV_BOO
 WCSTR( QV_BOOL, qvStoreValueBoolWcstr, qvStoreValueBool, ( QV_STORE *store, QV_BOOL *out ), ( store, out ) )
 FORMAT( QV_BOOL, qvStoreValueBoolFormat, qvStoreValueBool, ( QV_STORE *store, QV_BOOL *out ), ( store, out ) )
 FORMAT_CSTR( QV_BOOL, qvStoreValueBoolFormatCstr, qvStoreValueBool, ( QV_STORE *store, QV_BOOL *out ), ( store, out ) )
-FORMAT_WCSTR( QV_BOOL, qvStoreValueBoolFormatWcstr, qvStoreValueBool, ( QV_STORE *store, QV_BOOL *out ), ( store, out ) )
+FORMAT_WCSTR(
+    QV_BOOL, qvStoreValueBoolFormatWcstr, qvStoreValueBool, ( QV_STORE *store, QV_BOOL *out ), ( store, out ) )
 
 AT( QV_BOOL, qvStoreHasValueBoolAt, qvStoreHasValueBool, ( QV_STORE *store ), ( store ) )
 CSTR( QV_BOOL, qvStoreHasValueBoolCstr, qvStoreHasValueBool, ( QV_STORE *store ), ( store ) )
@@ -193,7 +194,8 @@ CSTR( QV_BOOL, qvStoreValueRealCstr, qvStoreValueReal, ( QV_STORE *store, QV_REA
 WCSTR( QV_BOOL, qvStoreValueRealWcstr, qvStoreValueReal, ( QV_STORE *store, QV_REAL *out ), ( store, out ) )
 FORMAT( QV_BOOL, qvStoreValueRealFormat, qvStoreValueReal, ( QV_STORE *store, QV_REAL *out ), ( store, out ) )
 FORMAT_CSTR( QV_BOOL, qvStoreValueRealFormatCstr, qvStoreValueReal, ( QV_STORE *store, QV_REAL *out ), ( store, out ) )
-FORMAT_WCSTR( QV_BOOL, qvStoreValueRealFormatWcstr, qvStoreValueReal, ( QV_STORE *store, QV_REAL *out ), ( store, out ) )
+FORMAT_WCSTR(
+    QV_BOOL, qvStoreValueRealFormatWcstr, qvStoreValueReal, ( QV_STORE *store, QV_REAL *out ), ( store, out ) )
 
 AT( QV_BOOL, qvStoreHasValueRealAt, qvStoreHasValueReal, ( QV_STORE *store ), ( store ) )
 CSTR( QV_BOOL, qvStoreHasValueRealCstr, qvStoreHasValueReal, ( QV_STORE *store ), ( store ) )
