@@ -64,6 +64,8 @@ bool isSoundIndex( QV_DICT *dict )
     {
         Run *run = runs->items()[i].run;
         isSound  = isSoundRun( run, true ) && run->items()->key == runs->items()[i].key
+                  && run->length <= qv::FULL_DICT_RUN
+                  && ( i == 0 || i == runs->length - 1 || run->length >= qv::FEW_IN_DICT_RUN )
                   && qv::dictIndex( dict, { i, 0 } ) == length
                   && ( i == 0 || ascends( ( qv::DictIterator( dict, length - 1 ) )->key, run->items()->key ) );
         length += run->length;

@@ -245,23 +245,23 @@ int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
     return static_cast< int32_t >( base - items );
 }
 
-// Among Strings. Of the prefix, as many characters as `known` are known to be the key's too.
-Place bisectTexts( Run *run, int32_t from, QV_STRING *key, QV_INT known )
+// Whether a key has the run's prefix, of which as many characters as `known` are known to be the key's too: then 0, else
+// the order of the run's keys and this one.
+QV_INT compareWithPrefix( Run *run, QV_STRING *key, QV_INT known )
 {
-    Item  *items  = run->items();
     QV_INT prefix = run->prefix;
 
-    if( prefix > known )
-    {
-        QV_INT order = compareTexts(
-            qv::chars( stringOf( items[0].key ) ) + known, prefix - known, qv::chars( key ) + known,
-            std::min( key->length, prefix ) - known );
+    return prefix <= known ? 0
+                           : compareTexts(
+                                 qv::chars( stringOf( run->items()->key ) ) + known, prefix - known,
+                                 qv::chars( key ) + known, std::min( key->length, prefix ) - known );
+}
 
-        if( order != 0 )
-            return { 0, order > 0 ? from : run->length };
-    }
-
-    Digest  digest = digestBehind( key, prefix );
+// Among Strings that share the key's first characters as far as the run's prefix goes.
+inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const Digest &digest )
+{
+    Item   *items  = run->items();
+    QV_INT  prefix = run->prefix;
     int32_t lo     = bisectDigests( run, from, digest.number );
 
     if( lo == run->length || items[lo].digest != digest.number )
@@ -300,16 +300,26 @@ Place bisectTexts( Run *run, int32_t from, QV_STRING *key, QV_INT known )
     return { 0, lo, false, true, digest.number };
 }
 
-// By the digests, which are of the key's sort.
-Place searchDigests( Run *run, int32_t from, QV_OBJ *key, QV_INT known )
+Place searchTexts( Run *run, int32_t from, QV_STRING *key, QV_INT known )
 {
-    if( run->digests == qv::STRING_DIGESTS )
-        return bisectTexts( run, from, stringOf( key ), known );
+    if( QV_INT order = compareWithPrefix( run, key, known ) )
+        return { 0, order > 0 ? from : run->length };
 
-    uint64_t digest = digestInt( key );
-    int32_t  idx    = bisectDigests( run, from, digest );
+    return bisectTexts( run, from, key, digestBehind( key, run->prefix ) );
+}
+
+inline Place searchIntegers( Run *run, int32_t from, uint64_t digest )
+{
+    int32_t idx = bisectDigests( run, from, digest );
 
     return { 0, idx, idx < run->length && run->items()[idx].digest == digest, true, digest };
+}
+
+// By the digests, which are of the key's sort.
+inline Place searchDigests( Run *run, int32_t from, QV_OBJ *key )
+{
+    return run->digests == qv::STRING_DIGESTS ? searchTexts( run, from, stringOf( key ), 0 )
+                                              : searchIntegers( run, from, digestInt( key ) );
 }
 
 // By comparing objects: the item at `lo` is below the key, the one at `hi` above it, if there is one.
@@ -353,7 +363,7 @@ Place searchRun( Run *run, int32_t from, QV_OBJ *key )
     if( from == run->length )
         return { 0, from };
 
-    return hasDigestsOf( run, key ) ? searchDigests( run, from, key, 0 ) : searchKeys( run, from, key );
+    return hasDigestsOf( run, key ) ? searchDigests( run, from, key ) : searchKeys( run, from, key );
 }
 
 /* Search in a Dict ----------------------------------------------------------------------------------------------- */
@@ -364,49 +374,77 @@ Place inRun( int32_t run, Place place )
     return place;
 }
 
-// The key is not before the first one of the run, of which `known` characters are known to be the key's too.
-Place searchBehindFirst( Run *run, QV_OBJ *key, QV_INT known )
+// In the run that is before the one at `idx` of the index, which the key is before.
+template< class Search >
+inline Place searchBefore( QV_DICT *dict, const Place &next, const Search &search )
 {
-    return hasDigestsOf( run, key ) ? searchDigests( run, 0, key, known ) : bisectKeys( run, 0, run->length, key );
+    if( next.found )
+        return { next.idx, 0, true };
+
+    if( next.idx == 0 )
+        return { 0, 0 };
+
+    return inRun( next.idx - 1, search( dict->index->runs->items()[next.idx - 1].run ) );
+}
+
+// What has digests in the index has them in its run too, unless there are keys of another sort.
+Place searchIndexByText( QV_DICT *dict, QV_STRING *key )
+{
+    Run *runs = dict->index->runs;
+
+    if( QV_INT order = compareWithPrefix( runs, key, 0 ) )
+        return searchBefore( dict, { 0, order > 0 ? 0 : runs->length }, [&]( Run *run ) {
+            return run->digests == qv::STRING_DIGESTS ? searchTexts( run, 0, key, 0 )
+                                                      : bisectKeys( run, 0, run->length, key );
+        } );
+
+    // The first key of each run has the index's prefix, as this key has.
+    Digest digest = digestBehind( key, runs->prefix );
+
+    return searchBefore( dict, bisectTexts( runs, 0, key, digest ), [&]( Run *run ) {
+        return run->digests != qv::STRING_DIGESTS ? bisectKeys( run, 0, run->length, key )
+               : run->prefix == runs->prefix      ? bisectTexts( run, 0, key, digest )
+                                                  : searchTexts( run, 0, key, runs->prefix );
+    } );
+}
+
+Place searchIndexByInteger( QV_DICT *dict, QV_OBJ *key )
+{
+    uint64_t digest = digestInt( key );
+
+    return searchBefore( dict, searchIntegers( dict->index->runs, 0, digest ), [&]( Run *run ) {
+        return run->digests == qv::INTEGER_DIGESTS ? searchIntegers( run, 0, digest )
+                                                   : bisectKeys( run, 0, run->length, key );
+    } );
+}
+
+// The two ends of the Dict first, as in a run.
+Place searchIndexByKey( QV_DICT *dict, QV_OBJ *key )
+{
+    Run   *runs  = dict->index->runs;
+    QV_INT first = qvObjCompare( runs->items()->key, key );
+
+    if( first >= 0 )
+        return { 0, 0, first == 0 };
+
+    Run   *last  = runs->items()[runs->length - 1].run;
+    QV_INT order = qvObjCompare( last->items()[last->length - 1].key, key );
+
+    if( order <= 0 )
+        return { runs->length - 1, order == 0 ? last->length - 1 : last->length, order == 0 };
+
+    return searchBefore( dict, bisectKeys( runs, 0, runs->length, key ), [&]( Run *run ) {
+        return hasDigestsOf( run, key ) ? searchDigests( run, 0, key ) : bisectKeys( run, 0, run->length, key );
+    } );
 }
 
 Place searchIndex( QV_DICT *dict, QV_OBJ *key )
 {
-    Run  *runs = dict->index->runs;
-    Item *run  = runs->items();
-    Place place;
+    if( !hasDigestsOf( dict->index->runs, key ) )
+        return searchIndexByKey( dict, key );
 
-    if( hasDigestsOf( runs, key ) )
-    {
-        place = searchDigests( runs, 0, key, 0 );
-    }
-    else
-    {
-        // The two ends of the Dict first, as in a run.
-        QV_INT first = qvObjCompare( run[0].key, key );
-
-        if( first >= 0 )
-            return { 0, 0, first == 0 };
-
-        Run    *last  = run[runs->length - 1].run;
-        QV_INT  order = qvObjCompare( last->items()[last->length - 1].key, key );
-
-        if( order <= 0 )
-            return { runs->length - 1, order == 0 ? last->length - 1 : last->length, order == 0 };
-
-        place = bisectKeys( runs, 0, runs->length, key );
-    }
-
-    if( place.found )
-        return { place.idx, 0, true };
-
-    if( place.idx == 0 )
-        return { 0, 0 };
-
-    // A key that has a digest for the index has the index's prefix, as the first key of the run has.
-    QV_INT known = place.hasDigest ? runs->prefix : 0;
-
-    return inRun( place.idx - 1, searchBehindFirst( run[place.idx - 1].run, key, known ) );
+    return dict->index->runs->digests == qv::STRING_DIGESTS ? searchIndexByText( dict, stringOf( key ) )
+                                                            : searchIndexByInteger( dict, key );
 }
 
 // A search that calls no function of another family.
@@ -432,7 +470,7 @@ qv::DictPlace qv::findInDict( QV_DICT *dict, QV_OBJ *key )
         return { 0, 0 };
 
     if( goesByDigests( dict, key ) )
-        return searchDigests( dict->run, 0, key, 0 );
+        return searchDigests( dict->run, 0, key );
 
     // A String or a boxed integer is compared with its like, or by the names of the sorts.
     if( comparesInside( key ) )

@@ -14,12 +14,11 @@ using Run   = QV___DICT_RUN;
 using Index = QV___DICT_INDEX;
 using Place = qv::DictPlace;
 
-// Items that a run has at most. Runs of what is made in one go, or joined, are not so full that the next item splits
-// them. One that has fewer than FEW is joined with a neighbour, unless it is the first or the last and the two have too
-// many: entering and deleting at an end leaves its neighbour alone.
-const int32_t FULL   = 512;
+const int32_t FULL = qv::FULL_DICT_RUN;
+const int32_t FEW  = qv::FEW_IN_DICT_RUN;
+
+// Runs of what is made in one go, or joined, are not so full that the next item splits them.
 const int32_t JOINED = 384;
-const int32_t FEW    = 128;
 
 size_t bytes( int32_t items )
 {
@@ -58,8 +57,11 @@ void putItems( Item *to, const Item *from, int32_t count )
 }
 
 // Moves items within a run; the places that they leave are free then.
-void moveItems( Item *to, Item *from, int32_t count )
+inline void moveItems( Item *to, Item *from, int32_t count )
 {
+    if( count == 0 )
+        return;
+
     qv::unpoison( to, bytes( count ) );
     memmove( to, from, bytes( count ) );
 
@@ -284,15 +286,17 @@ void dropIndexOfOne( QV_DICT *dict )
     dict->hasIndex = 0;
 }
 
-// Divides a run. One part keeps the block, the right one if `keepsRight`; the other gets a block of its size.
-void splitRun( Index *index, int32_t at, int32_t leftLength, bool keepsRight )
+// Divides a run. One part keeps the block, the right one if `keepsRight`; the other gets a block of `size`, with the free
+// places at the end that is not the middle.
+void splitRun( Index *index, int32_t at, int32_t leftLength, bool keepsRight, int32_t size )
 {
     Run    *kept   = index->runs->items()[at].run;
     int32_t count  = keepsRight ? leftLength : kept->length - leftLength;
     Item   *items  = kept->items() + ( keepsRight ? 0 : leftLength );
-    Run    *other  = createRun( count );
+    Run    *other  = createRun( size );
     other->digests = kept->digests;
     other->prefix  = kept->prefix;
+    other->front   = keepsRight ? size - count : 0;
     other->length  = count;
     putItems( other->items(), items, count );
     qv::markFree( items, bytes( count ) );
@@ -339,7 +343,7 @@ void joinRuns( QV_DICT *dict, int32_t at )
 
     if( total > JOINED )
     {
-        splitRun( index, at, total / 2, false );
+        splitRun( index, at, total / 2, false, total - total / 2 );
         Run *&half = index->runs->items()[at].run;
 
         if( half->size > FULL )
@@ -373,27 +377,32 @@ void tidyRun( QV_DICT *dict, int32_t at )
     }
 }
 
-// Divides a full run, to which an item is to go, and moves the place along. A run at an end of the Dict to which the
-// item goes there stays nearly full, as more may follow.
-void splitFor( QV_DICT *dict, Place *place )
+// Divides a full run, to which an item is to go, and gives the place that it has then. A run at an end of the Dict to
+// which the item goes there stays nearly full, as more may follow.
+Place placeAfterSplit( QV_DICT *dict, const Place &place )
 {
     if( !dict->hasIndex )
         createIndex( dict );
 
-    Index  *index  = dict->index;
-    bool    isLast = place->idx == FULL && place->run == index->runs->length - 1;
-    int32_t left   = isLast ? FULL - 1 : place->idx == 0 && place->run == 0 ? 1 : FULL / 2;
-    bool    right  = place->idx > left;
+    Index *index = dict->index;
 
-    splitRun( index, place->run, left, right );
-
-    if( right )
+    if( place.idx == FULL && place.run == index->runs->length - 1 )
     {
-        place->run++;
-        place->idx -= left;
+        splitRun( index, place.run, FULL - 1, false, FULL );
+        return { place.run + 1, 1 };
     }
 
-    place->hasDigest = false;
+    if( place.idx == 0 && place.run == 0 )
+    {
+        splitRun( index, 0, 1, true, FULL );
+        return { 0, 0 };
+    }
+
+    // The part to which the item goes keeps the block, and so its free places.
+    bool isRight = place.idx > FULL / 2;
+    splitRun( index, place.run, FULL / 2, isRight, FULL / 2 );
+
+    return { place.run + isRight, place.idx - ( isRight ? FULL / 2 : 0 ) };
 }
 } // namespace
 
@@ -423,17 +432,19 @@ QV_INT qv::dictIndex( QV_DICT *dict, const DictPlace &place )
 
 // The references come in registers: an Item that was just written to the stack field by field and is read from there as
 // a vector makes the processor wait.
-void qv::enterItem( QV_DICT *dict, const DictPlace &where, QV_OBJ *key, QV_OBJ *value )
+void qv::enterItem( QV_DICT *dict, const DictPlace &place, QV_OBJ *key, QV_OBJ *value )
 {
-    DictPlace place = where;
-
     if( !dict->hasIndex && !dict->run )
         dict->run = createRun( 1 );
 
-    if( dictRun( dict, place.run )->length == FULL )
-        splitFor( dict, &place );
+    Run *&run = dictRun( dict, place.run );
 
-    Run    *&run    = dictRun( dict, place.run );
+    if( run->length == FULL )
+    {
+        enterItem( dict, placeAfterSplit( dict, place ), key, value );
+        return;
+    }
+
     uint64_t digest = place.hasDigest ? place.digest : newDigest( run, key );
     Item    *gap    = openGap( run, place.idx );
     gap->key        = key;

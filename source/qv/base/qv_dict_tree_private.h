@@ -17,6 +17,11 @@
 
 namespace qv
 {
+/** Items that a run has at most, and how many are so few that it is joined with a neighbour. Only the first and the last
+    run may have fewer: entering and deleting at an end leaves its neighbour alone. */
+const int32_t FULL_DICT_RUN   = 512;
+const int32_t FEW_IN_DICT_RUN = 128;
+
 /** Where an item stands, or before which one it would. */
 struct DictPlace
 {
