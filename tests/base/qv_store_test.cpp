@@ -433,7 +433,7 @@ TEST( Store, TreesOfAnyDepthAreWrittenMergedAndCompared )
 #if defined( __SANITIZE_ADDRESS__ ) || defined( __SANITIZE_THREAD__ )
     const int LEVELS = 50000;
 #else
-    const int LEVELS = 300000;
+    const int LEVELS = 150000;
 #endif
 
     auto chain = []( Ref< QV_STORE > innermost )
