@@ -1,5 +1,6 @@
 #include "qv/base/qv_boxed_int_private.h"
 #include "qv/base/qv_dict_tree_private.h"
+#include "qv/base/qv_held_private.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/sys/qv_assert_private.h"
@@ -488,8 +489,7 @@ qv::DictPlace qv::findToChange( QV_DICT **dict, QV_OBJ *key )
     Ref< QV_DICT > held  = Ref< QV_DICT >::share( *dict );
     DictPlace      place = searchAll( held, key );
 
-    if( *dict != held )
-        assign( dict, held.give() );
+    goOnWith( dict, held );
 
     return place;
 }

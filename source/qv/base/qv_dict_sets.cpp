@@ -2,6 +2,7 @@
 // calls compare functions; then changes what it has to, which calls nothing; and then releases what has come out.
 
 #include "qv/base/qv_dict_tree_private.h"
+#include "qv/base/qv_held_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
@@ -86,15 +87,6 @@ private:
     Place    place_ = { 0, 0 };
 };
 
-// Goes on with the Dict in which places were looked for, whatever the variable has become meanwhile.
-void goOnWith( QV_DICT **dict, qv::Ref< QV_DICT > &held )
-{
-    if( *dict != held )
-        qv::assign( dict, held.give() );
-    else
-        held.reset();
-}
-
 void releaseAll( const Array< Item > &items )
 {
     for( QV_INT i = 0; i < items.length(); i++ )
@@ -145,7 +137,7 @@ void deleteItems( QV_DICT **dict, qv::Ref< QV_DICT > &held, const Indexes &index
         return;
     }
 
-    goOnWith( dict, held );
+    qv::goOnWith( dict, held );
     qv::makePrivate( dict, qvDictCreateFrom );
 
     if( indexes.length() == 0 )
@@ -184,8 +176,7 @@ void qvDictDelValue( QV_DICT **dict, QV_OBJ *value, QV_BOOL byCompare )
         return;
 
     // Maybe only the Dict holds the value.
-    qv::Ref< QV_OBJ >  heldValue = qv::Ref< QV_OBJ >::share( value );
-    qv::Ref< QV_DICT > held      = qv::Ref< QV_DICT >::share( *dict );
+    qv::Ref< QV_DICT > held = qv::Ref< QV_DICT >::share( *dict );
     Indexes            indexes( held->length );
     QV_INT             idx = 0;
 
@@ -276,7 +267,7 @@ void qvDictInclude( QV_DICT **dest, QV_DICT *src, QV_BOOL overwrite )
     if( src->length == 0 )
         return;
 
-    // Where both are the same, the one that changes becomes a copy. And maybe only a value that is replaced holds `src`.
+    // Where both are the same, the one that changes becomes a copy.
     qv::Ref< QV_DICT > heldSrc = qv::Ref< QV_DICT >::share( src );
     qv::Ref< QV_DICT > held    = qv::Ref< QV_DICT >::share( *dest );
     Array< Entry >     entries( src->length );
@@ -293,7 +284,7 @@ void qvDictInclude( QV_DICT **dest, QV_DICT *src, QV_BOOL overwrite )
         added += !found;
     }
 
-    goOnWith( dest, held );
+    qv::goOnWith( dest, held );
     qv::makePrivate( dest, qvDictCreateFrom );
 
     QV_DICT      *dict = *dest;
@@ -352,7 +343,7 @@ void qvDictExclude( QV_DICT **dest, QV_DICT *src )
     if( indexes.length() > 0 )
         deleteItems( dest, held, indexes, true );
     else
-        goOnWith( dest, held );
+        qv::goOnWith( dest, held );
 }
 
 void qvDictIntersect( QV_DICT **dest, QV_DICT *src, QV_BOOL useSrcValues )
