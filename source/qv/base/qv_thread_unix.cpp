@@ -25,7 +25,7 @@ struct QV_THREAD : QV_OBJ
     QV_SIGNAL      *endSignal;
     pthread_t       nativeThread;
     void           *previousThread; // what the key held before an encapsulation
-    qv::SignalStack signalStack;    // of an encapsulated thread
+    qv::SignalStack signalStack;
     QV_DICT        *keys;
 };
 
@@ -192,6 +192,7 @@ void qv___ThreadShutdown( void )
     qv::release( threadCounter );
     threadCounter = nullptr;
     qv___ThreadEncapsulateEnd();
+    qv::freeSignalStacks();
 
     sem_destroy( &leftThreads );
     deleteKey( &leftKey );
@@ -211,9 +212,7 @@ void *qv___ThreadUnixStart( void *object )
         name, sizeof( name ) - 1, qv::chars( thread->threadName ), thread->threadName->length, QV_FALSE );
     prctl( PR_SET_NAME, name );
 
-    char            room[qv::SIGNAL_STACK_SIZE]; // pages that are touched when the rest of the stack is full
-    qv::SignalStack signalStack;
-    qv::beginSignalStack( &signalStack, room );
+    qv::beginSignalStack( &thread->signalStack );
 
     if( pthread_setspecific( leftKey, &leftThreads ) )
         qv___Abort( "failed to set thread-specific data", QV___SOURCE, __LINE__, nullptr );
@@ -221,8 +220,8 @@ void *qv___ThreadUnixStart( void *object )
     setCurrent( thread, "failed to set thread-specific data" );
     thread->threadFunc();
     setCurrent( nullptr, "failed to release thread-specific data" );
+    qv::endSignalStack( &thread->signalStack );
     end( thread );
-    qv::endSignalStack( &signalStack );
 
     return nullptr;
 }
@@ -322,7 +321,7 @@ void qv___ThreadEncapsulateBegin( QV_OBJ *argument )
     QV_THREAD *thread      = qv::create< QV_THREAD >( qvThreadSort() );
     thread->previousThread = pthread_getspecific( tlsKey );
     setCurrent( thread, "failed to set thread-specific data" );
-    qv::beginSignalStack( &thread->signalStack, nullptr );
+    qv::beginSignalStack( &thread->signalStack );
 
     QV_STRING *name = qvStringCreateFromCstr( "qv___ThreadEncapsulateBegin", -1 );
     fill( thread, name, nullptr, QV_THREAD_PRIORITY_NORMAL, argument );

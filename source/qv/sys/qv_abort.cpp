@@ -189,8 +189,8 @@ void writeEndToErrors( void * )
     output.text( "\n\n\n" );
 }
 
-// Milliseconds that a step may take. Streams may be locked, or full and without a reader: what they hold is less than the
-// report. A terminal that stands still may go on.
+// Milliseconds that a step may take. Streams may be locked, or full and without a reader: what they hold is less than
+// the report. A terminal that stands still may go on.
 const int FLUSH_TIME = 250;
 const int STACK_TIME = 1000;
 const int WRITE_TIME = 10000;

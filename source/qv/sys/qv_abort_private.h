@@ -79,8 +79,8 @@ private:
     char   buffer_[512];
 };
 
-/** Stores the return addresses of the calling thread's stack, the caller's frame first, and counts them meanwhile: what has
-    been found counts when the walk fails on a damaged stack. */
+/** Stores the return addresses of the calling thread's stack, the caller's frame first, and counts them meanwhile: what
+    has been found counts when the walk fails on a damaged stack. */
 void abortFrames( void **frames, int size, int *length );
 
 /** Writes one line about an address, as `backtrace_symbols` words it. */
@@ -92,8 +92,8 @@ void writeFrame( AbortOutput *output, void *address );
     signal of this thread ends what it does, and other threads wait when they fail. */
 void enterAbort();
 
-/** Calls `function` in the thread that writes the report, and leaves it where it stands when it fails or takes longer than
-    that; then gives false. So it owns nothing that matters later. */
+/** Calls `function` in the thread that writes the report, and leaves it where it stands when it fails or takes longer
+    than that; then gives false. So it owns nothing that matters later. */
 bool attempt( int milliseconds, void ( *function )( void *context ), void *context );
 
 /** Ends the process by SIGABRT. */
@@ -101,24 +101,22 @@ bool attempt( int milliseconds, void ( *function )( void *context ), void *conte
 
 /* A stack for handlers ------------------------------------------------------------------------------------------- */
 
-/** Enough to write a report on. */
-const size_t SIGNAL_STACK_SIZE = 64 << 10;
-
 /** A thread's alternative stack, on which a fatal signal is reported when the thread's own is full. */
 struct SignalStack
 {
     stack_t previous;
     void   *room; // null: none has been set
-    bool    isMapped;
 };
 
-/** Sets it for the calling thread, in a run with handlers of fatal signals and unless the thread has a larger one: in
-    `room`, of SIGNAL_STACK_SIZE bytes, which may lie at the bottom of the thread's own stack; or, if that is null, in
-    pages of its own. */
-void beginSignalStack( SignalStack *stack, void *room );
+/** Gives the calling thread one, in a run with handlers of fatal signals and unless the thread has a larger one. Costs
+    one system call if another thread has had it before. */
+void beginSignalStack( SignalStack *stack );
 
-/** Gives the thread the previous one back. */
+/** Takes it away from the thread, which gets the previous one back. */
 void endSignalStack( SignalStack *stack );
+
+/** Frees those that no thread has now. */
+void freeSignalStacks();
 } // namespace qv
 
 #endif

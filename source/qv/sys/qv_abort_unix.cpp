@@ -145,7 +145,8 @@ _Unwind_Reason_Code addFrame( _Unwind_Context *context, void *frames )
 }
 } // namespace
 
-// The unwinder is linked in. That of backtrace() is loaded by its first call, with memory from a heap that may be damaged.
+// The unwinder is linked in. That of backtrace() is loaded by its first call, with memory from a heap that may be
+// damaged.
 __attribute__( ( noinline ) ) void qv::abortFrames( void **frames, int size, int *length )
 {
     Frames all = { frames, size, length, true };
@@ -270,7 +271,7 @@ void qv::enterAbort()
 
 bool qv::attempt( int milliseconds, void ( *function )( void *context ), void *context )
 {
-    bool isDone = false;
+    volatile bool isDone = false;
 
     if( sigsetjmp( escape, 1 ) == 0 )
     {
@@ -298,32 +299,67 @@ void qv::endAbort()
 
 /* A stack for handlers ------------------------------------------------------------------------------------------- */
 
-void qv::beginSignalStack( SignalStack *stack, void *room )
+namespace
+{
+const size_t STACK_SIZE = 64 << 10;
+
+// Pages of its own, which the system fills when they are needed; a damaged heap does not touch them. Those that threads
+// have had wait here for others.
+struct Room
+{
+    Room *next;
+};
+
+pthread_mutex_t roomsLock = PTHREAD_MUTEX_INITIALIZER;
+Room           *rooms     = nullptr;
+
+void *takeRoom()
+{
+    pthread_mutex_lock( &roomsLock );
+    Room *room = rooms;
+
+    if( room )
+        rooms = room->next;
+
+    pthread_mutex_unlock( &roomsLock );
+
+    return room ? room : mmap( nullptr, STACK_SIZE, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0 );
+}
+
+void giveRoom( void *memory )
+{
+    Room *room = static_cast< Room * >( memory );
+
+    pthread_mutex_lock( &roomsLock );
+    room->next = rooms;
+    rooms      = room;
+    pthread_mutex_unlock( &roomsLock );
+}
+} // namespace
+
+// Without a stack, for which there may be no memory, a full one ends the process without a report.
+void qv::beginSignalStack( SignalStack *stack )
 {
     stack->room = nullptr;
 
-    if( ( qvRuntimeFlags() & QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS ) || sigaltstack( nullptr, &stack->previous ) != 0 )
+    if( qvRuntimeFlags() & QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS )
         return;
 
-    if( !( stack->previous.ss_flags & SS_DISABLE ) && stack->previous.ss_size >= SIGNAL_STACK_SIZE )
+    void *room = takeRoom();
+
+    if( room == MAP_FAILED )
         return;
-
-    stack->isMapped = !room;
-
-    if( stack->isMapped )
-    {
-        room = mmap( nullptr, SIGNAL_STACK_SIZE, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0 );
-
-        if( room == MAP_FAILED )
-            return; // a full stack ends the process without a report then
-    }
 
     stack_t own = {};
     own.ss_sp   = room;
-    own.ss_size = SIGNAL_STACK_SIZE;
+    own.ss_size = STACK_SIZE;
+
+    if( sigaltstack( &own, &stack->previous ) != 0 )
+        return giveRoom( room );
+
     stack->room = room;
 
-    if( sigaltstack( &own, nullptr ) != 0 )
+    if( !( stack->previous.ss_flags & SS_DISABLE ) && stack->previous.ss_size >= STACK_SIZE )
         endSignalStack( stack );
 }
 
@@ -333,9 +369,19 @@ void qv::endSignalStack( SignalStack *stack )
         return;
 
     sigaltstack( &stack->previous, nullptr );
-
-    if( stack->isMapped )
-        munmap( stack->room, SIGNAL_STACK_SIZE );
-
+    giveRoom( stack->room );
     stack->room = nullptr;
+}
+
+void qv::freeSignalStacks()
+{
+    pthread_mutex_lock( &roomsLock );
+
+    while( Room *room = rooms )
+    {
+        rooms = room->next;
+        munmap( room, STACK_SIZE );
+    }
+
+    pthread_mutex_unlock( &roomsLock );
 }
