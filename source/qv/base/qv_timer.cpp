@@ -83,7 +83,7 @@ void unschedule( Closure *tcl )
         // Another timer may have taken over the Time.
         qv::Ref< QV_OBJ > check( qvDictObjKey( timerAbsDict, qv::obj( tcl->absKey ) ) );
 
-            if( check == tcl )
+        if( check == tcl )
             qvDictDelObjKey( &timerAbsDict, qv::obj( tcl->absKey ) );
 
         leaveAbsolute( tcl );
