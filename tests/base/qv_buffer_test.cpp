@@ -591,7 +591,7 @@ TEST( Buffer, OrdersByCommonBitsThenLength )
 {
     Buffer four( qvBufferCreateFromBits( 0xA, 4 ) ), eight( qvBufferCreateFromByte( 0xA0 ) );
     Buffer high( qvBufferCreateFromBits( 0xB, 4 ) );
-    four->bytes[four->bitFspace / 8] |= 0x0F; // bits behind the last have no meaning
+    four->first[0] |= 0x0F; // bits behind the last have no meaning
 
     EXPECT_EQ( -1, qvBufferCompare( four, eight ) );
     EXPECT_EQ( 1, qvBufferCompare( eight, four ) );

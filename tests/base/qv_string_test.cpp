@@ -301,7 +301,7 @@ TEST( String, EmptyStrings )
     // An empty copy is an object of its own.
     Ref< QV_STRING > copy( qvStringCreateFromInner( some, 1, 0 ) );
     EXPECT_NE( theEmpty(), copy.get() );
-    EXPECT_EQ( nullptr, copy->chars );
+    EXPECT_EQ( nullptr, copy->first );
     EXPECT_TRUE( qvStringEquals( copy, empty ) );
 
     // Deleting everything gives the one that all share; inserting nothing changes nothing.

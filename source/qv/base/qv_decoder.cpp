@@ -350,7 +350,7 @@ QV_BOOL qvDecoderTryDecodeString( QV_DECODER *dec, QV_STRING **value )
 
     qv::Ref< QV_STRING > result( qv::createString( length, dec->strings ) );
 
-    if( !readChars( dec, result->chars, length ) )
+    if( !readChars( dec, qv::chars( result.get() ), length ) )
         return fail( dec );
 
     return deliver( value, result.give() );

@@ -257,7 +257,7 @@ QV_STRING *stringOf( Span< Unit > text, qv::ObjBatch *batch = nullptr )
         return qvStringCreate();
 
     QV_STRING *qvs = qv::createString( text.length(), batch );
-    std::copy( text.begin, text.end, qvs->chars );
+    std::copy( text.begin, text.end, qv::chars( qvs ) );
 
     return qvs;
 }
