@@ -1,9 +1,9 @@
 #include "qv/base/qv_string.h"
 
+#include "qv/base/qv_string_create_private.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_obj.h"
-#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_chars.h"
 #include "qv/sys/qv_chars_private.h"
@@ -13,21 +13,10 @@
 #include "qv/unicode/qv_unicode_normalizer_private.h"
 #include "qv/unicode/qv_unicode_tables_private.h"
 
-#include <string.h>
-
 QV_STRING *qv___StringEmpty = nullptr;
 
 namespace
 {
-const QV_INT EMBEDDED = 512; // a block of so many characters at most is allocated with its String
-
-// All that is copied here fits a block, so that there is nothing to check; most of it is short.
-void copyChars( QV_CHAR *dest, const QV_CHAR *src, QV_INT count )
-{
-    if( count > 0 )
-        memcpy( dest, src, static_cast< size_t >( count ) * sizeof( QV_CHAR ) );
-}
-
 QV_STRING *createWithoutBlock()
 {
     QV_STRING *qvs = qv::create< QV_STRING >( qvStringSort() );
@@ -42,7 +31,7 @@ QV_STRING *createWithSpace( QV_INT count )
     static_assert( QV_STRING_FSPACE == QV_STRING_BSPACE );
     QV_CHECK( QV_INT_ADD_OK( QV_STRING_FSPACE + QV_STRING_BSPACE, count ) );
 
-    return qv::createString( count, nullptr, QV_STRING_FSPACE );
+    return qv::newString( count, nullptr, QV_STRING_FSPACE );
 }
 
 void freeString( QV_OBJ *thisObj )
@@ -125,33 +114,13 @@ void qv___StringCompact( QV_STRING *qvs )
 
 QV_STRING *qv::createString( QV_INT count, ObjBatch *batch, QV_INT space )
 {
-    QV_INT     places = count + 2 * space;
-    QV_INT     home   = places <= EMBEDDED ? places : 0;
-    QV_INT     extra  = home * QV_INT( sizeof( QV_CHAR ) );
-    QV_OBJ    *object = batch ? batch->create( sizeof( QV_STRING ), extra )
-                              : createWithRoom( sizeof( QV_STRING ), extra, qvStringSort() );
-    QV_STRING *qvs    = static_cast< QV_STRING * >( object );
-    qvs->initBlock( home );
-    qvs->allocateBlock( count, { space, space } );
-
-    return qvs;
+    return newString( count, batch, space );
 }
 
 QV_STRING *qv::createStringUse( QV_CHAR *block, QV_INT length, QV_INT front, QV_INT back )
 {
     QV_STRING *qvs = createWithoutBlock();
     qvs->adoptBlock( block, length, { front, back } );
-
-    return qvs;
-}
-
-QV_STRING *qv::createExactCopy( const QV_CHAR *chs, QV_INT count, ObjBatch *batch )
-{
-    if( count == 0 )
-        return qvStringCreate();
-
-    QV_STRING *qvs = createString( count, batch );
-    copyChars( chars( qvs ), chs, count );
 
     return qvs;
 }
@@ -165,7 +134,7 @@ QV_STRING *createCopy( const QV_CHAR *chs, QV_INT count )
         return createWithoutBlock();
 
     QV_STRING *qvs = createWithSpace( count );
-    copyChars( qv::chars( qvs ), chs, count );
+    qv::copyChars( qv::chars( qvs ), chs, count );
 
     return qvs;
 }
@@ -222,8 +191,8 @@ QV_STRING *qvStringCreateFromOuter( QV_STRING *src, QV_INT offset, QV_INT count 
 
     QV_STRING *qvs = createWithSpace( left );
     QV_CHAR   *to  = qv::chars( qvs );
-    copyChars( to, qv::chars( src ), offset );
-    copyChars( to + offset, qv::chars( src ) + offset + count, left - offset );
+    qv::copyChars( to, qv::chars( src ), offset );
+    qv::copyChars( to + offset, qv::chars( src ) + offset + count, left - offset );
 
     return qvs;
 }
@@ -243,7 +212,7 @@ QV_STRING *qvStringCreateFromCharsCopy( const QV_CHAR *chars, QV_INT length )
     QV_CHECK_AS( length == 0 || chars, "srcLength == 0 || src" );
     QV_CHECK_AS( qvCharsAllOk( chars, length ), "qvCharsAllOk( src, srcLength )" );
 
-    return qv::createExactCopy( chars, length );
+    return qv::newExactCopy( chars, length );
 }
 
 /* Reading -------------------------------------------------------------------------------------------------------- */
@@ -311,20 +280,20 @@ void insertChars( QV_STRING **dest, QV_INT idx, const QV_CHAR *chs, QV_INT count
         // What most insertions are: at the end of a text, with room behind it.
         if( idx == old->length && idx > 0 && ( old->bspace >= count || old->stretch( count ) ) )
         {
-            copyChars( old->takeBack( count ), chs, count );
+            qv::copyChars( old->takeBack( count ), chs, count );
             return;
         }
 
-        copyChars( qv___StringMakeRoom( old, idx, count ), chs, count );
+        qv::copyChars( qv___StringMakeRoom( old, idx, count ), chs, count );
         return;
     }
 
     // A copy with the gap filled in one go.
     QV_STRING *copy = createWithSpace( old->length + count );
     QV_CHAR   *to   = qv::chars( copy );
-    copyChars( to, qv::chars( old ), idx );
-    copyChars( to + idx, chs, count );
-    copyChars( to + idx + count, qv::chars( old ) + idx, old->length - idx );
+    qv::copyChars( to, qv::chars( old ), idx );
+    qv::copyChars( to + idx, chs, count );
+    qv::copyChars( to + idx + count, qv::chars( old ) + idx, old->length - idx );
     qv::assign( dest, copy );
 }
 } // namespace
@@ -349,6 +318,15 @@ void qvStringInsertInner( QV_STRING **dest, QV_INT idx, QV_STRING *src, QV_INT o
     // Held, a String that goes into itself counts as shared and is copied.
     qv::Ref< QV_STRING > held = qv::Ref< QV_STRING >::share( *dest == src ? src : nullptr );
     insertChars( dest, idx, qv::chars( src ) + offset, count );
+}
+
+void qvStringAppend( QV_STRING **dest, QV_STRING *src )
+{
+    QV_CHECK( dest );
+    QV_CHECK( *dest );
+    QV_CHECK( src );
+
+    qvStringInsertInner( dest, (*dest)->length, src, 0, src->length );
 }
 
 void qvStringInsertChars( QV_STRING **qvs, QV_INT idx, const QV_CHAR *chs, QV_INT chsLength )
@@ -518,48 +496,35 @@ void qvStringTrim( QV_STRING **qvs )
 
 namespace
 {
-// Replaces the text by its mapping. Most texts keep their length: the new String gets room for that, more by halves if
-// it is used up, and in the end the free places of a new one.
+// Replaces the text by its mapping. Most texts keep their length or become little longer: there is room for that, more
+// by halves if it is used up, and in the end the free places of a new String.
 void mapCase( QV_STRING **qvs, qv::unicode::CaseMapping *mapping )
 {
     QV_CHECK( qvs );
     QV_CHECK( *qvs );
 
-    QV_INT length = (*qvs)->length;
+    const QV_CHAR *from   = qv::chars( *qvs );
+    QV_INT         length = (*qvs)->length;
 
     if( length == 0 )
         return;
 
-    QV_STRING              *mapped = createWithSpace( length );
-    qv::unicode::CaseMapped done   = mapping( qv::chars( *qvs ), length, qv::chars( mapped ), length );
+    QV_STRING              *mapped = createWithSpace( length + length / 16 + qv::unicode::LONGEST_CASE_MAPPING );
+    qv::unicode::CaseMapped done   = mapping( from, length, qv::chars( mapped ), mapped->length );
 
     while( done.read < length )
     {
         qv___StringMakeRoom( mapped, mapped->length, mapped->length / 2 + qv::unicode::LONGEST_CASE_MAPPING );
 
         qv::unicode::CaseMapped more = mapping(
-            qv::chars( *qvs ) + done.read, length - done.read, qv::chars( mapped ) + done.written,
-            mapped->length - done.written );
+            from + done.read, length - done.read, qv::chars( mapped ) + done.written, mapped->length - done.written );
         done.read += more.read;
         done.written += more.written;
     }
 
-    if( mapped->length > length )
-    {
-        mapped->dropBack( mapped->length - done.written );
-        mapped->refresh();
-    }
-
+    mapped->dropBack( mapped->length - done.written );
+    mapped->refresh();
     qv::assign( qvs, mapped );
-}
-
-// A String with the case-folded text.
-qv::Ref< QV_STRING > folded( QV_STRING *qvs )
-{
-    qv::Ref< QV_STRING > result = qv::asString( qvs );
-    qvStringToCaseFold( result.at() );
-
-    return result;
 }
 } // namespace
 
@@ -622,72 +587,4 @@ void qvStringNormalizeNFKC( QV_STRING **qvs )
 void qvStringNormalizeNFKD( QV_STRING **qvs )
 {
     normalize( qvs, QV_UNICODE_NORMAL_FORM_NFKD );
-}
-
-/* Comparing ------------------------------------------------------------------------------------------------------ */
-
-QV_BOOL qvStringEqualsChars( QV_STRING *qvs, const QV_CHAR *chs, QV_INT chsLen )
-{
-    QV_CHECK( qvs );
-    QV_CHECK( chsLen >= 0 );
-    QV_CHECK( chs || chsLen == 0 );
-
-    return qvs->length == chsLen && qv::equalChars( qv::chars( qvs ), chs, chsLen ) ? QV_TRUE : QV_FALSE;
-}
-
-QV_BOOL qvStringEqualsChar( QV_STRING *qvs, QV_CHAR ch )
-{
-    QV_CHECK( qvs );
-    QV_CHECK( QV_CHAR_OK( ch ) );
-
-    return qvStringEqualsChars( qvs, &ch, 1 );
-}
-
-QV_BOOL qvStringEqualsCstr( QV_STRING *qvs, const char *text, QV_INT length )
-{
-    return qvStringEquals( qvs, qv::asString( text, length ) );
-}
-
-QV_BOOL qvStringEqualsWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length )
-{
-    return qvStringEquals( qvs, qv::asString( text, length ) );
-}
-
-QV_INT qvStringCompareCaseFold( QV_STRING *a, QV_STRING *b )
-{
-    QV_CHECK( a );
-    QV_CHECK( b );
-
-    return qvStringCompare( folded( a ), folded( b ) );
-}
-
-QV_BOOL qvStringEqualsCaseFold( QV_STRING *a, QV_STRING *b )
-{
-    return qvStringCompareCaseFold( a, b ) == 0 ? QV_TRUE : QV_FALSE;
-}
-
-QV_BOOL qvStringEqualsCharCaseFold( QV_STRING *qvs, QV_CHAR ch )
-{
-    QV_CHECK( qvs );
-    QV_CHECK( QV_CHAR_OK( ch ) );
-
-    return qvStringEqualsCharsCaseFold( qvs, &ch, 1 );
-}
-
-QV_BOOL qvStringEqualsCharsCaseFold( QV_STRING *qvs, const QV_CHAR *chs, QV_INT length )
-{
-    QV_CHECK( qvs );
-    return qvStringEqualsCaseFold( qvs, qv::Ref< QV_STRING >( qvStringCreateFromCharsCopy( chs, length ) ) );
-}
-
-QV_BOOL qvStringEqualsCaseFoldCstr( QV_STRING *qvs, const char *text, QV_INT length )
-{
-    QV_CHECK( qvs );
-    return qvStringEqualsCaseFold( qvs, qv::asString( text, length ) );
-}
-
-QV_BOOL qvStringEqualsCaseFoldWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length )
-{
-    QV_CHECK( qvs );
-    return qvStringEqualsCaseFold( qvs, qv::asString( text, length ) );
 }

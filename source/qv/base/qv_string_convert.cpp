@@ -1,6 +1,7 @@
 #include "qv/base/qv_format.h"
 #include "qv/base/qv_format_private.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_create_private.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/sys/qv_chars.h"
 #include "qv/sys/qv_chars_private.h"
@@ -38,7 +39,7 @@ createDecoded( QV_INT ( *convert )( QV_CHAR *, QV_INT, const Unit *, QV_INT ), c
     if( !text || length <= SHORT ) // which leaves what is wrong to the conversion
     {
         QV_CHAR chs[SHORT];
-        return qv::createExactCopy( chs, convert( chs, SHORT, text, length ) );
+        return qv::newExactCopy( chs, convert( chs, SHORT, text, length ) );
     }
 
     QV_CHAR *block = static_cast< QV_CHAR * >( qvMemAllocN( length, sizeof( QV_CHAR ) ) );

@@ -5,8 +5,7 @@
 
 using qv::asString;
 
-// The forms of insertion. qvStringInsertInner(), qvStringInsertChars() and qvStringAppendChar(), in which all end, are in
-// qv_string.cpp.
+// The forms of insertion. Those in which all end, and the most frequent ones, are in qv_string.cpp.
 
 /* At an index ---------------------------------------------------------------------------------------------------- */
 
@@ -161,7 +160,6 @@ void qvStringInsertFormatWcstrArgList(
     }
 
 // clang-format off
-AT_ENDS( qvStringInsert, qvStringPrepend, qvStringAppend, ( QV_STRING **dest, QV_STRING *src ), src )
 AT_ENDS( qvStringInsertLeading, qvStringPrependLeading, qvStringAppendLeading,
          ( QV_STRING **dest, QV_STRING *src, QV_INT count ), src, count )
 AT_ENDS( qvStringInsertTrailing, qvStringPrependTrailing, qvStringAppendTrailing,
@@ -193,6 +191,13 @@ AT_ENDS_MORE( qvStringInsertFormatWcstrArgList, qvStringPrependFormatWcstr, qvSt
 
 #undef AT_ENDS
 #undef AT_ENDS_MORE
+
+void qvStringPrepend( QV_STRING **dest, QV_STRING *src )
+{
+    QV_CHECK( dest );
+    QV_CHECK( *dest );
+    qvStringInsert( dest, 0, src );
+}
 
 void qvStringPrependChar( QV_STRING **dest, QV_CHAR ch )
 {

@@ -53,9 +53,6 @@ QV_STRING *createString( QV_INT count, ObjBatch *batch = nullptr, QV_INT space =
     0. */
 QV_STRING *createStringUse( QV_CHAR *block, QV_INT length, QV_INT front = 0, QV_INT back = 0 );
 
-/** A String with a copy of good characters in a block exactly as long as the text; the empty String for none. */
-QV_STRING *createExactCopy( const QV_CHAR *chs, QV_INT count, ObjBatch *batch = nullptr );
-
 /** How many characters of white space there are at an end. */
 QV_INT leadingWhiteSpace( QV_STRING *qvs );
 QV_INT trailingWhiteSpace( QV_STRING *qvs );

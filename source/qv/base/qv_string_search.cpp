@@ -1,15 +1,95 @@
 #include "qv/base/qv_format.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_create_private.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/base/qv_vector_private.h"
-#include "qv/runtime/qv_obj_private.h"
 #include "qv/sys/qv_chars.h"
 #include "qv/sys/qv_chars_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/unicode/qv_unicode_tables_private.h"
 
 using qv::asString;
+
+/* Comparing ------------------------------------------------------------------------------------------------------ */
+
+namespace
+{
+// A String with the case-folded text.
+qv::Ref< QV_STRING > folded( QV_STRING *qvs )
+{
+    qv::Ref< QV_STRING > result = asString( qvs );
+    qvStringToCaseFold( result.at() );
+
+    return result;
+}
+} // namespace
+
+QV_BOOL qvStringEqualsChars( QV_STRING *qvs, const QV_CHAR *chs, QV_INT chsLen )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( chsLen >= 0 );
+    QV_CHECK( chs || chsLen == 0 );
+
+    return qvs->length == chsLen && qv::equalChars( qv::chars( qvs ), chs, chsLen ) ? QV_TRUE : QV_FALSE;
+}
+
+QV_BOOL qvStringEqualsChar( QV_STRING *qvs, QV_CHAR ch )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( QV_CHAR_OK( ch ) );
+
+    return qvStringEqualsChars( qvs, &ch, 1 );
+}
+
+QV_BOOL qvStringEqualsCstr( QV_STRING *qvs, const char *text, QV_INT length )
+{
+    return qvStringEquals( qvs, asString( text, length ) );
+}
+
+QV_BOOL qvStringEqualsWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length )
+{
+    return qvStringEquals( qvs, asString( text, length ) );
+}
+
+QV_INT qvStringCompareCaseFold( QV_STRING *a, QV_STRING *b )
+{
+    QV_CHECK( a );
+    QV_CHECK( b );
+
+    return qvStringCompare( folded( a ), folded( b ) );
+}
+
+QV_BOOL qvStringEqualsCaseFold( QV_STRING *a, QV_STRING *b )
+{
+    return qvStringCompareCaseFold( a, b ) == 0 ? QV_TRUE : QV_FALSE;
+}
+
+QV_BOOL qvStringEqualsCharCaseFold( QV_STRING *qvs, QV_CHAR ch )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( QV_CHAR_OK( ch ) );
+
+    return qvStringEqualsCharsCaseFold( qvs, &ch, 1 );
+}
+
+QV_BOOL qvStringEqualsCharsCaseFold( QV_STRING *qvs, const QV_CHAR *chs, QV_INT length )
+{
+    QV_CHECK( qvs );
+    return qvStringEqualsCaseFold( qvs, qv::Ref< QV_STRING >( qvStringCreateFromCharsCopy( chs, length ) ) );
+}
+
+QV_BOOL qvStringEqualsCaseFoldCstr( QV_STRING *qvs, const char *text, QV_INT length )
+{
+    QV_CHECK( qvs );
+    return qvStringEqualsCaseFold( qvs, asString( text, length ) );
+}
+
+QV_BOOL qvStringEqualsCaseFoldWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length )
+{
+    QV_CHECK( qvs );
+    return qvStringEqualsCaseFold( qvs, asString( text, length ) );
+}
 
 /* Beginnings and ends -------------------------------------------------------------------------------------------- */
 
@@ -204,7 +284,7 @@ public:
         if( waiting_ == WAITING )
             flush();
 
-        objs_[waiting_++] = qv::createExactCopy( chs, count, &batch_ );
+        objs_[waiting_++] = qv::newExactCopy( chs, count, &batch_ );
     }
 
     QV_VECTOR *give()

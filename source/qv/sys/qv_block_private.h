@@ -90,6 +90,12 @@ struct SavingRules
         return at > 0 && at == length ? now.back >= count : now.front + now.back >= count;
     }
 
+    /** What is free behind afterwards where a block grows at its end. */
+    static QV_INT backGrown( BlockEnds now, QV_INT length, QV_INT count )
+    {
+        return behind( now.front + length + count );
+    }
+
     /** The ends after a gap was opened. A block that has to grow at its end grows there, whatever is free in front. */
     static BlockEnds grown( BlockEnds now, QV_INT length, QV_INT at, QV_INT count, bool hasBlock )
     {
@@ -106,7 +112,7 @@ struct SavingRules
             return { now.front, now.back - count };
 
         if( at > 0 && at == length )
-            return { now.front, behind( now.front + length + count ) };
+            return { now.front, backGrown( now, length, count ) };
 
         if( at > 0 && now.front + now.back >= count )
         {
@@ -133,41 +139,37 @@ struct Block : Header
 {
     using Unit = typename Rules::Unit;
 
-    QV_INT   length;    /**< units of the contents */
-    QV_INT   fspace;    /**< units that are declared free in front of them */
-    QV_INT   bspace;    /**< and behind them */
-    Unit    *first;     /**< the contents; null without a block */
-    Unit    *memory;    /**< what is allocated, or null; null also around memory of somebody else's */
-    uint64_t size : 54; /**< bytes of that */
-    uint64_t home : 10; /**< elements that memory behind the object has room for, which came with it */
+    static constexpr int HOME_BITS = 10;
 
-    /** No block yet. Memory behind the object is fresh; allocateBlock() comes next where there is any. */
-    void initBlock( QV_INT homeElements = 0 )
+    QV_INT   length; /**< units of the contents */
+    QV_INT   fspace; /**< units that are declared free in front of them */
+    QV_INT   bspace; /**< and behind them */
+    Unit    *first;  /**< the contents; null without a block */
+    Unit    *memory; /**< what is allocated, or null; null also around memory of somebody else's */
+    uint64_t sizes;  /**< bytes of that, and in the low HOME_BITS the elements of memory that came with the object */
+
+    /** No block yet. */
+    void initBlock()
     {
-        length = 0;
-        fspace = 0;
-        bspace = 0;
-        first  = nullptr;
-        memory = nullptr;
-        size   = 0;
-        home   = static_cast< uint64_t >( homeElements );
+        initEmpty( 0 );
     }
 
-    /** A first block, of undefined contents; in the object's own memory, if that is enough. */
-    void allocateBlock( QV_INT units, BlockEnds ends )
+    /** A first block, of undefined contents: in memory that came with the object and stands behind it, of so many
+        elements, where there is such, else of its own. All of it is declared. */
+    void initBlock( QV_INT homeElements, QV_INT units, BlockEnds ends )
     {
         QV_INT bytes = bytesOf( ends.front + units + ends.back );
 
-        if( bytes <= homeSize() )
-            placeBlock( homeMemory(), homeSize(), units, ends );
+        if( homeElements > 0 )
+            placeBlock( homeMemory(), bytes, homeElements, units, ends );
         else
-            placeBlock( static_cast< Unit * >( qvMemAlloc( bytes ) ), bytes, units, ends );
+            adoptBlock( static_cast< Unit * >( qvMemAlloc( bytes ) ), units, ends );
     }
 
-    /** Takes over memory from qvMemAlloc(), all of which is declared. */
+    /** A first block in memory from qvMemAlloc(), which is taken over. */
     void adoptBlock( Unit *block, QV_INT units, BlockEnds ends )
     {
-        placeBlock( block, bytesOf( ends.front + units + ends.back ), units, ends );
+        placeBlock( block, bytesOf( ends.front + units + ends.back ), 0, units, ends );
     }
 
     /** The end of the object's block: all of its memory is accessible again, and freed. Nothing is declared then. */
@@ -176,7 +178,7 @@ struct Block : Header
         if( memory )
         {
             takeFree( memory, bytePlace( first ) - bytePlace( memory ) );
-            takeFree( endOfContents(), bytePlace( memory ) + size - endOfContents() );
+            takeFree( endOfContents(), bytePlace( memory ) + size() - endOfContents() );
         }
 
         if( memory != homeMemory() )
@@ -206,7 +208,7 @@ struct Block : Header
 
         reshape( at, count, Rules::grown( { fspace, bspace }, length, at, count, memory != nullptr ) );
 
-        return first + at * UNIT_BITS / ELEMENT_BITS;
+        return first + elementsOf( at );
     }
 
     /** Takes some of the free units behind the contents, which the caller knows to be declared. Gives the byte that the
@@ -215,7 +217,7 @@ struct Block : Header
     {
         QV_ASSERT( count <= bspace );
 
-        Unit *gap = first + length * UNIT_BITS / ELEMENT_BITS;
+        Unit *gap = first + elementsOf( length );
         char *was = endOfContents();
         length += count;
         bspace -= count;
@@ -245,7 +247,7 @@ struct Block : Header
     {
         QV_ASSERT( count <= fspace );
 
-        first -= count * UNIT_BITS / ELEMENT_BITS;
+        first -= elementsOf( count );
         length += count;
         fspace -= count;
         takeFree( first, bytesOf( count ) );
@@ -257,17 +259,17 @@ struct Block : Header
         the memory is there. There are contents, and they are the object's own. */
     bool stretch( QV_INT count )
     {
-        QV_INT room = ( static_cast< QV_INT >( size ) - ( bytePlace( first ) - bytePlace( memory ) ) ) * 8 / UNIT_BITS;
+        QV_INT room = unitsBehind();
 
-        if( count > room - length )
+        if( count > room )
             return false;
 
-        BlockEnds ends = Rules::grown( { fspace, bspace }, length, length, count, true );
+        QV_INT back = Rules::backGrown( { fspace, bspace }, length, count );
 
-        if( count + ends.back > room - length )
+        if( count + back > room )
             return false;
 
-        bspace = count + ends.back;
+        bspace = count + back;
         account();
 
         return true;
@@ -277,7 +279,7 @@ struct Block : Header
     void dropFront( QV_INT count )
     {
         Unit *was = first;
-        first += count * UNIT_BITS / ELEMENT_BITS;
+        first += elementsOf( count );
         fspace += count;
         length -= count;
 
@@ -316,24 +318,46 @@ struct Block : Header
     /** Declares the ends of a new block. */
     void refresh()
     {
-        reshape( 0, 0, Rules::fresh( length ) );
+        BlockEnds ends  = Rules::fresh( length );
+        QV_INT    bytes = bytesOf( ends.front + length + ends.back );
+
+        if( bytePlace( first ) - bytePlace( memory ) < bytesOf( ends.front ) || unitsBehind() < ends.back ||
+            ( size() / 2 > bytes && memory != homeMemory() ) )
+        {
+            reshape( 0, 0, ends );
+            return;
+        }
+
+        fspace = ends.front;
+        bspace = ends.back;
+        account();
+        check();
     }
 
     /** Exchanges the blocks of two objects that have no memory of their own behind them. */
     void swapBlock( Block *other )
     {
-        QV_ASSERT( !home && !other->home );
+        QV_ASSERT( !home() && !other->home() );
 
-        uint64_t otherSize = other->size;
-        other->size        = size;
-        size               = otherSize;
-
+        swap( sizes, other->sizes );
         swap( length, other->length );
         swap( fspace, other->fspace );
         swap( bspace, other->bspace );
         swap( first, other->first );
         swap( memory, other->memory );
         swap( this->dbgAllocationSize, other->dbgAllocationSize );
+    }
+
+    /** The bytes at `memory`. */
+    QV_INT size() const
+    {
+        return static_cast< QV_INT >( sizes >> HOME_BITS );
+    }
+
+    /** The elements that memory behind the object has room for. */
+    QV_INT home() const
+    {
+        return static_cast< QV_INT >( sizes & ( ( 1 << HOME_BITS ) - 1 ) );
     }
 
     /** Looks whether what is declared is there, in builds with assertions. */
@@ -347,9 +371,9 @@ struct Block : Header
 
         QV_CHECK( length >= 0 && fspace >= 0 && bspace >= 0 );
         QV_CHECK( bytePlace( first ) - bytesOf( fspace ) >= start );
-        QV_CHECK( bytePlace( first ) + bytesOf( length + bspace ) <= start + size );
+        QV_CHECK( bytePlace( first ) + bytesOf( length + bspace ) <= start + size() );
         QV_CHECK( this->dbgAllocationSize == bytesOf( fspace + length + bspace ) );
-        QV_CHECK( memory == homeMemory() || static_cast< QV_INT >( size / 2 ) <= this->dbgAllocationSize );
+        QV_CHECK( memory == homeMemory() || size() / 2 <= this->dbgAllocationSize );
 #endif
     }
 
@@ -361,9 +385,15 @@ private:
     static QV_INT bytesOf( QV_INT units )
     {
         if constexpr( UNIT_BITS < 8 )
-            return units / 8 + ( units % 8 != 0 );
+            return static_cast< QV_INT >( ( static_cast< uint64_t >( units ) + 7 ) / 8 );
         else
             return units * ( UNIT_BITS / 8 );
+    }
+
+    // The element in which so many units end.
+    static QV_INT elementsOf( QV_INT units )
+    {
+        return UNIT_BITS == ELEMENT_BITS ? units : static_cast< QV_INT >( static_cast< uint64_t >( units ) / 8 );
     }
 
     static char *bytePlace( Unit *place )
@@ -386,7 +416,28 @@ private:
 
     QV_INT homeSize() const
     {
-        return static_cast< QV_INT >( home ) * QV_INT( sizeof( Unit ) );
+        return home() * QV_INT( sizeof( Unit ) );
+    }
+
+    void setSize( QV_INT bytes, QV_INT homeElements )
+    {
+        sizes = static_cast< uint64_t >( bytes ) << HOME_BITS | static_cast< uint64_t >( homeElements );
+    }
+
+    void initEmpty( QV_INT homeElements )
+    {
+        length = 0;
+        fspace = 0;
+        bspace = 0;
+        first  = nullptr;
+        memory = nullptr;
+        setSize( 0, homeElements );
+    }
+
+    // How many units behind the contents there is memory for.
+    QV_INT unitsBehind() const
+    {
+        return ( size() - ( bytePlace( first ) - bytePlace( memory ) ) ) * 8 / UNIT_BITS - length;
     }
 
     char *endOfContents() const
@@ -401,17 +452,17 @@ private:
         __atomic_store_n( &this->dbgAllocationSize, bytesOf( fspace + length + bspace ), __ATOMIC_RELAXED );
     }
 
-    void placeBlock( Unit *block, QV_INT bytes, QV_INT units, BlockEnds ends )
+    void placeBlock( Unit *block, QV_INT bytes, QV_INT homeElements, QV_INT units, BlockEnds ends )
     {
         memory = block;
-        size   = static_cast< uint64_t >( bytes );
+        setSize( bytes, homeElements );
         length = units;
         fspace = ends.front;
         bspace = ends.back;
-        first  = block + fspace * UNIT_BITS / ELEMENT_BITS;
+        first  = block + elementsOf( fspace );
         account();
         markFree( memory, static_cast< size_t >( bytePlace( first ) - bytePlace( memory ) ) );
-        markFree( endOfContents(), static_cast< size_t >( bytePlace( memory ) + size - endOfContents() ) );
+        markFree( endOfContents(), static_cast< size_t >( bytePlace( memory ) + size() - endOfContents() ) );
         check();
     }
 
@@ -427,13 +478,13 @@ private:
         QV_INT      front = bytesOf( ends.front );
         QV_INT      all   = bytesOf( length + count );
         QV_INT      old   = bytesOf( length );
-        BlockMemory block = { bytePlace( memory ), static_cast< QV_INT >( size ), bytePlace( first ),
-                              home ? bytePlace( homeMemory() ) : nullptr, homeSize() };
+        BlockMemory block = { bytePlace( memory ), size(), bytePlace( first ),
+                              home() ? bytePlace( homeMemory() ) : nullptr, homeSize() };
 
         changeBlock( &block, { old, bytesOf( at ), all - old, front, bytes - front - all, bytes / Rules::SPARE } );
 
         memory = reinterpret_cast< Unit * >( block.memory );
-        size   = static_cast< uint64_t >( block.size );
+        setSize( block.size, home() );
         first  = reinterpret_cast< Unit * >( block.first );
         length = length + count;
         fspace = ends.front;
@@ -458,7 +509,7 @@ private:
         else if( length == 0 )
         {
             freeBlock();
-            initBlock( static_cast< QV_INT >( home ) );
+            initEmpty( home() );
             markFree( homeMemory(), static_cast< size_t >( homeSize() ) );
         }
         else
