@@ -100,8 +100,8 @@ using Sequences = testing::Types< Text, Bytes, Objects >;
 TYPED_TEST_SUITE( Block, Sequences );
 } // namespace
 
-// A change at an end moves a constant number of elements in the long run, however long the sequence is and whatever comes
-// next: one end, both in turn, a queue, and to and fro over each border at which the declared size changes.
+// A change at an end moves a constant number of elements in the long run, however long the sequence is and whatever
+// comes next: one end, both in turn, a queue, and to and fro over each border at which the declared size changes.
 TYPED_TEST( Block, ChangesAtTheEndsMoveLittle )
 {
     std::string turns[] = { "<", ">", "<>", "><(", ">>)<", ">(", "<)" };

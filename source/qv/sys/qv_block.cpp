@@ -81,7 +81,7 @@ void qv::changeBlock( BlockMemory *block, const BlockChange &change )
         takeFree( block->first + length, behind );
     }
 
-    QV_INT left = block->size - need;
+    QV_INT left  = block->size - need;
     QV_INT spare = leaves || need > QV_INT_MAX / 4 ? 0 : change.spare;
     char  *was   = block->memory;
     char  *to;
@@ -95,7 +95,7 @@ void qv::changeBlock( BlockMemory *block, const BlockChange &change )
     else if( comesHome )
     {
         takeFree( block->home, block->homeSize );
-        to            = block->home + change.front;
+        to = block->home + change.front;
         transfer( to, block->first, change );
         block->memory = block->home;
         block->size   = block->homeSize;

@@ -271,6 +271,7 @@ struct Block : Header
 
         bspace = count + back;
         account();
+        check();
 
         return true;
     }
