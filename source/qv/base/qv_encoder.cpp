@@ -38,7 +38,7 @@ void freeEncoder( QV_OBJ *thisObj )
 template< class Fill >
 void appendFilled( QV_ENCODER *enc, QV_INT size, Fill fill )
 {
-    if( enc->buf->bitLength % 8 == 0 )
+    if( enc->buf->length % 8 == 0 )
     {
         fill( qv::appendRoom( &enc->buf, size ) );
         return;

@@ -197,8 +197,8 @@ void enterName( const char *ascii, QV_INT length, QV_BOXED_INT *charset )
 
     for( QV_INT i = 0; i < length; i++ )
     {
-        char ch        = ascii[i];
-        name->chars[i] = static_cast< QV_CHAR >( ch >= 'A' && ch <= 'Z' ? ch + ( 'a' - 'A' ) : ch );
+        char ch               = ascii[i];
+        chars( name.get() )[i] = static_cast< QV_CHAR >( ch >= 'A' && ch <= 'Z' ? ch + ( 'a' - 'A' ) : ch );
     }
 
     qvDictSetStringKey( &qv___CharsetFromIanaNameDict, name, qvBoxedIntObj( charset ) );
@@ -214,8 +214,7 @@ QV_STRING *createFor( const Charset &row, QV_BUFFER *buffer )
         return qvStringCreate();
 
     QV_STRING *qvs = qv::createString( count + 1 );
-    qvs->length    = 0;
-    qvs->bspace    = count + 1;
+    qvs->dropBack( count + 1 );
 
     return qvs;
 }

@@ -167,8 +167,7 @@ QV_BOOL readString( QV_OBJ *closure, QV_STRING **qvs, QV_INT maxCharCount, QV_IN
         ok           = readChars( closure, qv___StringMakeRoom( *qvs, ( *qvs )->length, room ), room, &count );
         more         = ok && count == room;
 
-        ( *qvs )->length -= room - count;
-        ( *qvs )->bspace += room - count;
+        ( *qvs )->dropBack( room - count );
         *charsRead += count;
     }
 

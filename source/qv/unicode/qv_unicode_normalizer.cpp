@@ -934,10 +934,5 @@ QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
     QV_CHAR *block = static_cast< QV_CHAR * >( qvMemReallocN( norm->chars, size, sizeof( QV_CHAR ) ) );
     norm->chars    = nullptr;
 
-    QV_STRING *result = createStringUse( block, size );
-    result->length    = norm->length - QV_STRING_FSPACE;
-    result->fspace    = QV_STRING_FSPACE;
-    result->bspace    = QV_STRING_BSPACE;
-
-    return result;
+    return createStringUse( block, norm->length - QV_STRING_FSPACE, QV_STRING_FSPACE, QV_STRING_BSPACE );
 }
