@@ -169,7 +169,10 @@ struct MapWalk : qv::fuzz::Walk
 
         if( auto at = slot.model.values.find( n ); at != slot.model.values.end() )
         {
-            slot.model.names.erase( at->second );
+            // A value that several names share keeps the last one entered.
+            if( auto named = slot.model.names.find( at->second ); named != slot.model.names.end() && named->second == n )
+                slot.model.names.erase( named );
+
             slot.model.values.erase( at );
         }
 
