@@ -444,7 +444,7 @@ struct StoreWalk : qv::fuzz::Walk
     void parse()
     {
         static const char32_t *const PIECES[] = { U"a", U"b", U".", U".", U"=", U"=", U" ", U"\t", U"%", U"%%", U"%00000a", U"%+00041", U"%  0041",
-                                                  U"%      ", U"%-00000", U"%41    ", U"%110000", U"%10FFFF", U"%00004", U"zz", U"x.y.", U"#",
+                                                  U"%      ", U"%\u00A0\u00A00041", U"%0041\u2003\u2003", U"%-00000", U"%41    ", U"%110000", U"%10FFFF", U"%00004", U"zz", U"x.y.", U"#",
                                                   U"10", U"2" };
         Slot            &slot = slots.any( in );
         Lines            lines;
