@@ -69,6 +69,9 @@ struct Parser
         QV_INT found = -1;
         abbreviated  = false;
 
+        if( name.empty() )
+            return -1;
+
         if( def.longs.contains( name ) )
             return def.longs[name];
 
@@ -303,9 +306,8 @@ struct OptWalk : qv::fuzz::Walk
             else
                 qvVectorAppendInt( argv.at(), count - 6 );
 
-            // An option without a name has no rule.
-            if( word.text.starts_with( U"--=" ) )
-                return;
+            if( tracing )
+                fprintf( stderr, " '%s'%s", std::string( word.text.begin(), word.text.end() ).c_str(), word.isText ? "" : " (object)" );
 
             parser.argv.push_back( word );
         }
@@ -327,6 +329,10 @@ struct OptWalk : qv::fuzz::Walk
                 define();
 
             parser.next();
+
+            if( tracing )
+                fprintf( stderr, "\n  expected id %lld, %zu words left", static_cast< long long >( parser.id ), parser.argv.size() );
+
             require( qvOptSeqNext( seq ) == parser.id && qvOptSeqIdSecondary( seq ) == parser.id );
             compare( Ref< QV_VECTOR >( qvOptSeqRemainingArgv( seq ) ), parser.argv );
 
