@@ -65,10 +65,11 @@ struct MapWalk : qv::fuzz::Walk
     void set()
     {
         auto         &slot     = maps.any( in );
-        QV_INT        priority = in.below( 4 ) ? in.below( 8 ) : in.number(), count = in.below( 8 ) ? 1 : in.length( 80 );
+        QV_INT        priority = in.below( 4 ) ? in.below( 8 ) : in.number();
+        QV_INT        repeat   = in.below( 8 ) ? 1 : in.length( 80 );
         QV_INT        value    = in.below( 120 );
 
-        for( ; count > 0; count--, value++, priority ^= count % 3 )
+        for( ; repeat > 0; repeat--, value++, priority ^= repeat % 3 )
         {
             Ref< QV_OBJ > fresh = boxedInt( value );
             auto          at    = find( slot.model, value );
