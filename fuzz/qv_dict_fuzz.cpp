@@ -406,11 +406,11 @@ struct DictWalk : qv::fuzz::Walk
         QV_OBJ *obj;
         Key     k  = key( slot, &obj );
         auto    at = slot.model.map.find( k );
-        bool    in = at != slot.model.map.end();
+        bool    has = at != slot.model.map.end();
 
-        require( qvDictHasObjKey( slot.ref, obj ) == in );
-        require( Ref< QV_OBJ >( qvDictObjKey( slot.ref, obj ) ).get() == ( in ? at->second.value : nullptr ) );
-        require( qvDictIndexOfObjKey( slot.ref, obj ) == ( in ? std::distance( slot.model.map.begin(), at ) : -1 ) );
+        require( qvDictHasObjKey( slot.ref, obj ) == has );
+        require( Ref< QV_OBJ >( qvDictObjKey( slot.ref, obj ) ).get() == ( has ? at->second.value : nullptr ) );
+        require( qvDictIndexOfObjKey( slot.ref, obj ) == ( has ? std::distance( slot.model.map.begin(), at ) : -1 ) );
     }
 
     // The order by entries, for variables whose values are all numbers.

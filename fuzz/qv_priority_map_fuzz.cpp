@@ -71,9 +71,9 @@ struct MapWalk : qv::fuzz::Walk
 
         for( ; repeat > 0; repeat--, value++, priority ^= repeat % 3 )
         {
-            Ref< QV_OBJ > fresh = boxedInt( value );
+            Ref< QV_OBJ > made  = boxedInt( value );
             auto          at    = find( slot.model, value );
-            QV_OBJ       *obj   = fresh;
+            QV_OBJ       *obj   = made;
 
             if( at != slot.model.end() )
             {

@@ -436,7 +436,7 @@ struct StoreWalk : qv::fuzz::Walk
         Ref< QV_BUFFER > buf( qvStoreEncodeToBuffer( slot.ref ) );
         require( bytesOf( buf ) == bytes );
         again.reset( qvStoreTryDecodeFromBuffer( buf ) );
-        require( !again == slot.model.depth() > 99 );
+        require( !again == ( slot.model.depth() > 99 ) );
         require( !again || qvStoreEquals( again, slot.ref ) );
     }
 
