@@ -1,5 +1,5 @@
-// Buffers beside vectors of bits, with the free space that the rules of growth and compaction give their blocks, in units
-// of bits and of bytes. Some wrap memory of another object, which must stay as it is.
+// Buffers beside vectors of bits, with the free space that the rules of growth and compaction give their blocks, in
+// units of bits and of bytes. Some wrap memory of another object, which must stay as it is.
 
 #include "qv_fuzz_walk.h"
 
@@ -217,18 +217,19 @@ struct BufferWalk : qv::fuzz::Walk
         {
         case 0:
             model.foreign = model.block = true;
-            model.bits = bitsOf( memory.data(), static_cast< QV_INT >( memory.size() ) * 8 );
-            return to.set( qvBufferCreateFromBytesUseWithRef( memory.data(), static_cast< QV_INT >( memory.size() ), owner ),
-                           model );
+            model.bits                  = bitsOf( memory.data(), static_cast< QV_INT >( memory.size() ) * 8 );
+            return to.set(
+                qvBufferCreateFromBytesUseWithRef( memory.data(), static_cast< QV_INT >( memory.size() ), owner ),
+                model );
         case 1:
         {
             QV_INT count = in.length( 300 );
-            auto  *block = static_cast< uint8_t * >( qvMemAlloc( count + 1 ) );
+            auto  *block = static_cast< uint8_t  *>( qvMemAlloc( count + 1 ) );
             std::copy( memory.begin(), memory.begin() + count, block );
             model.bits = bitsOf( block, count * 8 );
             to.set( qvBufferCreateFromBytesUse( block, count ), Model() );
-            model.block    = count > 0;
-            to.model       = model;
+            model.block = count > 0;
+            to.model    = model;
             return;
         }
         case 2:
@@ -245,12 +246,13 @@ struct BufferWalk : qv::fuzz::Walk
 
     // Writes over what is there, or inserts, at the ends in their own forms.
     template< class Writing, class Inserting, class Prepending, class Appending, class... A >
-    void put( Slot &dest, bool self, const Bits &bits, Writing writing, Inserting inserting, Prepending prepending,
-              Appending appending, A... arguments )
+    void
+    put( Slot &dest, bool self, const Bits &bits, Writing writing, Inserting inserting, Prepending prepending,
+         Appending appending, A... arguments )
     {
         bool   shared = slots.shared( dest ) || self;
         QV_INT length = dest.model.length(), count = static_cast< QV_INT >( bits.size() );
-        QV_INT how    = in.below( 4 );
+        QV_INT how = in.below( 4 );
 
         if( how == 0 && count > length )
             how = 1;
@@ -277,18 +279,20 @@ struct BufferWalk : qv::fuzz::Walk
 
 // The four operations of a suffix, in bits or in bytes.
 #define PUT( dest, self, bits, Suffix, ... )                                                                           \
-    ( unit == 1 ? put( dest, self, bits, qvBufferBitWrite##Suffix, qvBufferBitInsert##Suffix,                          \
-                       qvBufferBitPrepend##Suffix, qvBufferBitAppend##Suffix, __VA_ARGS__ )                            \
-                : put( dest, self, bits, qvBufferWrite##Suffix, qvBufferInsert##Suffix, qvBufferPrepend##Suffix,       \
-                       qvBufferAppend##Suffix, __VA_ARGS__ ) )
+    ( unit == 1 ? put(                                                                                                 \
+          dest, self, bits, qvBufferBitWrite##Suffix, qvBufferBitInsert##Suffix, qvBufferBitPrepend##Suffix,           \
+          qvBufferBitAppend##Suffix, __VA_ARGS__ )                                                                     \
+                : put(                                                                                                 \
+                    dest, self, bits, qvBufferWrite##Suffix, qvBufferInsert##Suffix, qvBufferPrepend##Suffix,          \
+                    qvBufferAppend##Suffix, __VA_ARGS__ ) )
 
     void copy()
     {
-        unit         = in.flag() ? 8 : 1;
-        Slot  &dest  = slots.any( in ), &src = slots.any( in );
-        bool   self  = dest.ref.get() == src.ref.get();
-        Bits   from  = src.model.bits;
-        QV_INT all   = src.model.length(), offset = upTo( all ), count = upTo( all - offset );
+        unit        = in.flag() ? 8 : 1;
+        Slot  &dest = slots.any( in ), &src = slots.any( in );
+        bool   self = dest.ref.get() == src.ref.get();
+        Bits   from = src.model.bits;
+        QV_INT all = src.model.length(), offset = upTo( all ), count = upTo( all - offset );
 
         switch( in.below( 5 ) )
         {
@@ -307,16 +311,20 @@ struct BufferWalk : qv::fuzz::Walk
 
     void put()
     {
-        unit        = in.flag() ? 8 : 1;
-        Slot  &dest = slots.any( in );
+        unit          = in.flag() ? 8 : 1;
+        Slot  &dest   = slots.any( in );
         QV_INT number = in.number(), few = in.upTo( 64 ), many = in.length( 300 ) * unit;
 
         switch( in.below( 6 ) )
         {
         case 0:
-            return PUT( dest, false, bitsOf( static_cast< uint64_t >( number ), few ), Bits, static_cast< uint64_t >( number ), few );
+            return PUT(
+                dest, false, bitsOf( static_cast< uint64_t >( number ), few ), Bits, static_cast< uint64_t >( number ),
+                few );
         case 1:
-            return PUT( dest, false, bitsOf( static_cast< uint64_t >( number ) & 255, 8 ), Byte, static_cast< uint8_t >( number ) );
+            return PUT(
+                dest, false, bitsOf( static_cast< uint64_t >( number ) & 255, 8 ), Byte,
+                static_cast< uint8_t >( number ) );
         case 2:
             many = std::min< QV_INT >( many / unit, 300 );
             return PUT( dest, false, bitsOf( memory.data(), many * 8 ), Bytes, memory.data(), many );
@@ -360,8 +368,8 @@ struct BufferWalk : qv::fuzz::Walk
     // Byte by byte at an end, as blocks fill up and empty.
     void many()
     {
-        Slot  &slot  = slots.any( in );
-        QV_INT how   = in.below( 4 ), count = in.length( 500 );
+        Slot  &slot = slots.any( in );
+        QV_INT how = in.below( 4 ), count = in.length( 500 );
 
         for( ; count > 0; count-- )
         {
@@ -384,9 +392,9 @@ struct BufferWalk : qv::fuzz::Walk
     // Every way to read, at any place.
     void look()
     {
-        Slot  &slot   = slots.any( in ), &other = slots.any( in );
+        Slot  &slot = slots.any( in ), &other = slots.any( in );
         QV_INT length = slot.model.length(), offset = in.upTo( length ), count = in.upTo( length - offset );
-        Bits   range  = part( slot.model.bits, offset, count );
+        Bits   range = part( slot.model.bits, offset, count );
 
         Ref< QV_BUFFER > read( qvBufferBitRead( slot.ref, offset, count ) );
         require( bitsOf( qvBufferBacking( read ), qvBufferBitLength( read ) ) == range );
@@ -420,7 +428,8 @@ struct BufferWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK( BufferWalk, { "share", &BufferWalk::share }, { "create", &BufferWalk::create }, { "copy", &BufferWalk::copy },
-              { "copy", &BufferWalk::copy }, { "copy", &BufferWalk::copy }, { "put", &BufferWalk::put },
-              { "put", &BufferWalk::put }, { "put", &BufferWalk::put }, { "erase", &BufferWalk::erase },
-              { "erase", &BufferWalk::erase }, { "many", &BufferWalk::many }, { "look", &BufferWalk::look } )
+QV_FUZZ_WALK(
+    BufferWalk, { "share", &BufferWalk::share }, { "create", &BufferWalk::create }, { "copy", &BufferWalk::copy },
+    { "copy", &BufferWalk::copy }, { "copy", &BufferWalk::copy }, { "put", &BufferWalk::put },
+    { "put", &BufferWalk::put }, { "put", &BufferWalk::put }, { "erase", &BufferWalk::erase },
+    { "erase", &BufferWalk::erase }, { "many", &BufferWalk::many }, { "look", &BufferWalk::look } )

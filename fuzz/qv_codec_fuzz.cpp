@@ -1,5 +1,6 @@
-// Every charset beside a reader and a writer of its rules: any bytes, decoded at once and in pieces through either kind of
-// read, with every treatment of what is invalid; any text, encoded. The tables of single bytes are those of single bytes.
+// Every charset beside a reader and a writer of its rules: any bytes, decoded at once and in pieces through either kind
+// of read, with every treatment of what is invalid; any text, encoded. The tables of single bytes are those of single
+// bytes.
 
 #include "qv_fuzz_walk.h"
 
@@ -17,7 +18,13 @@ namespace
 {
 using Text = std::u32string;
 
-enum Flags { ABORT = 1, IGNORE = 2, KEEP_MARK = 4, INSERT_MARK = 8 };
+enum Flags
+{
+    ABORT       = 1,
+    IGNORE      = 2,
+    KEEP_MARK   = 4,
+    INSERT_MARK = 8
+};
 
 // Decodes by the rules; `failed` if something was invalid and the flags let that fail.
 struct Decoder
@@ -45,7 +52,8 @@ struct Decoder
         uint32_t value = 0;
 
         for( int i = 0; i < count; i++ )
-            value |= static_cast< uint32_t >( static_cast< uint8_t >( bytes[at + static_cast< size_t >( i )] ) ) << 8 * ( little ? i : count - 1 - i );
+            value |= static_cast< uint32_t >( static_cast< uint8_t >( bytes[at + static_cast< size_t >( i )] ) )
+                     << 8 * ( little ? i : count - 1 - i );
 
         return value;
     }
@@ -53,9 +61,9 @@ struct Decoder
     void utf8()
     {
         bool     skipping = false, first = true;
-        uint32_t value = 0;
+        uint32_t value   = 0;
         int      missing = 0;
-        auto     add = [&]( uint32_t ch ) {
+        auto     add     = [&]( uint32_t ch ) {
             if( !( first && ch == 0xFEFF && !( flags & KEEP_MARK ) ) )
                 text += ch;
 
@@ -124,7 +132,8 @@ struct Decoder
         {
             uint32_t ch = unit( at, count, little );
 
-            if( count == 2 && ch >> 10 == 0xD800 >> 10 && at + 4 <= bytes.size() && unit( at + 2, 2, little ) >> 10 == 0xDC00 >> 10 )
+            if( count == 2 && ch >> 10 == 0xD800 >> 10 && at + 4 <= bytes.size()
+                && unit( at + 2, 2, little ) >> 10 == 0xDC00 >> 10 )
             {
                 ch = 0x10000 + ( ( ch & 0x3FF ) << 10 ) + ( unit( at + 2, 2, little ) & 0x3FF );
                 at += 2;
@@ -150,7 +159,8 @@ struct Table
     {
         for( int i = 0; i < 256; i++ )
         {
-            Ref< QV_STRING > qvs( qvCharsetBufferToStringWithFlags( charset, bufferOf( std::string( 1, static_cast< char >( i ) ) ), ABORT ) );
+            Ref< QV_STRING > qvs( qvCharsetBufferToStringWithFlags(
+                charset, bufferOf( std::string( 1, static_cast< char >( i ) ) ), ABORT ) );
             chars[i] = qvs ? qvStringCharAt( qvs, 0 ) : 0x110000;
         }
     }
@@ -168,11 +178,13 @@ struct CodecWalk : qv::fuzz::Walk
 
     void decode()
     {
-        static const char *const PIECES[] = { "\xEF\xBB\xBF", "\xF0\x9F\x98\x80", "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xFF\xFE", "\xFE\xFF",
-                                              "\xD8\x3D\xDE\x00", "\x3D\xD8\x01\xDE", "\xE2\x82", "\xC3", "abc", "\xC3\xA9\xC3\xA9", "\x80\x80", "\xF8", "\xFB" };
-        QV_INT      charset = in.below( 3 ) ? QV_CHARSET_UTF_8 + in.below( 7 ) : in.below( QV_CHARSET_UTF_8 );
-        QV_INT      flags   = in.below( 8 );
-        Decoder     model{ flags & IGNORE ? flags & ~ABORT : flags, {} };
+        static const char *const PIECES[] = { "\xEF\xBB\xBF",     "\xF0\x9F\x98\x80", "\xC0\x80", "\xED\xA0\x80",
+                                              "\xF4\x90\x80\x80", "\xFF\xFE",         "\xFE\xFF", "\xD8\x3D\xDE\x00",
+                                              "\x3D\xD8\x01\xDE", "\xE2\x82",         "\xC3",     "abc",
+                                              "\xC3\xA9\xC3\xA9", "\x80\x80",         "\xF8",     "\xFB" };
+        QV_INT  charset = in.below( 3 ) ? QV_CHARSET_UTF_8 + in.below( 7 ) : in.below( QV_CHARSET_UTF_8 );
+        QV_INT  flags   = in.below( 8 );
+        Decoder model{ flags & IGNORE ? flags & ~ABORT : flags, {} };
 
         for( QV_INT count = in.below( 12 ); count > 0; count-- )
         {
@@ -181,7 +193,8 @@ struct CodecWalk : qv::fuzz::Walk
             if( how == 0 )
                 model.bytes += static_cast< char >( in.byte() );
             else
-                for( QV_INT which = in.below( std::size( PIECES ) ), repeat = how == 1 ? 1 : in.length( 700 ); repeat > 0; repeat-- )
+                for( QV_INT which = in.below( std::size( PIECES ) ), repeat = how == 1 ? 1 : in.length( 700 );
+                     repeat > 0; repeat-- )
                     model.bytes += PIECES[which];
         }
 
@@ -238,7 +251,7 @@ struct CodecWalk : qv::fuzz::Walk
     void encode()
     {
         QV_INT           charset = in.below( QV_CHARSET_UTF_8 ), flags = in.below( 3 );
-        Ref< QV_STRING > qvs     = stringOf( in.text( 3000 ) ), normal = Ref< QV_STRING >( qvStringCreateFrom( qvs ) );
+        Ref< QV_STRING > qvs = stringOf( in.text( 3000 ) ), normal = Ref< QV_STRING >( qvStringCreateFrom( qvs ) );
         std::string      expected;
         bool             fails = false;
 
@@ -249,7 +262,7 @@ struct CodecWalk : qv::fuzz::Walk
             const char32_t *chars = tableOf( charset ).chars, *found = std::find( chars, chars + 256, ch );
             return found == chars + 256 ? -1 : static_cast< int >( found - chars );
         };
-        int  question = byteOf( U'?' );
+        int question = byteOf( U'?' );
 
         for( char32_t ch : charsOf( normal ) )
         {
@@ -270,4 +283,5 @@ struct CodecWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK( CodecWalk, { "decode", &CodecWalk::decode }, { "decode", &CodecWalk::decode }, { "encode", &CodecWalk::encode } )
+QV_FUZZ_WALK(
+    CodecWalk, { "decode", &CodecWalk::decode }, { "decode", &CodecWalk::decode }, { "encode", &CodecWalk::encode } )

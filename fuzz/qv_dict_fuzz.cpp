@@ -17,7 +17,14 @@ using qv::Ref;
 namespace
 {
 // The kinds in the order of the names of their sorts.
-enum Kind { BOOL, INT, NONE, REAL, STRING };
+enum Kind
+{
+    BOOL,
+    INT,
+    NONE,
+    REAL,
+    STRING
+};
 
 struct Key
 {
@@ -143,7 +150,9 @@ struct DictWalk : qv::fuzz::Walk
         if( kind == NONE )
             return { NONE, 0, {} };
 
-        return kind == BOOL ? Key{ BOOL, in.below( 2 ), {} } : kind < STRING ? Key{ kind, in.number(), {} } : Key{ STRING, 0, in.text( 80 ) };
+        return kind == BOOL    ? Key{ BOOL, in.below( 2 ), {} }
+               : kind < STRING ? Key{ kind, in.number(), {} }
+                               : Key{ STRING, 0, in.text( 80 ) };
     }
 
     // The key of an entry, if there is any, or another one; `obj` gets the very object in the Dict or an equal one.
@@ -180,10 +189,10 @@ struct DictWalk : qv::fuzz::Walk
 
     void set()
     {
-        Slot  &slot   = destination();
-        bool   shared = slots.shared( slot );
-        Entry  entry  = value( slot );
-        Key    k      = key( slot, &entry.key );
+        Slot &slot   = destination();
+        bool  shared = slots.shared( slot );
+        Entry entry  = value( slot );
+        Key   k      = key( slot, &entry.key );
         qvDictSetObjKey( slot.ref.at(), entry.key, entry.value );
         slot.model.own( shared );
         slot.model.set( k, entry );
@@ -201,8 +210,8 @@ struct DictWalk : qv::fuzz::Walk
         Entry  entry  = value( slot );
         qvDictSetValueAt( slot.ref.at(), idx, entry.value );
         slot.model.own( shared );
-        entry.key                     = slot.model.at( idx )->second.key;
-        slot.model.at( idx )->second  = entry;
+        entry.key                    = slot.model.at( idx )->second.key;
+        slot.model.at( idx )->second = entry;
     }
 
     void erase()
@@ -224,7 +233,7 @@ struct DictWalk : qv::fuzz::Walk
     {
         Slot &slot   = destination();
         bool  shared = slots.shared( slot ), byCompare = in.flag();
-        Entry entry  = value( slot );
+        Entry entry = value( slot );
 
         if( slot.model.length() == 0 )
             return;
@@ -245,16 +254,22 @@ struct DictWalk : qv::fuzz::Walk
         QV_INT start = in.below( 2000 ), count = std::min< QV_INT >( in.length( 1000 ), 3000 - slot.model.length() );
         QV_INT order = in.below( 5 ), form = in.below( 3 ), number = in.below( 6 );
         bool   deletes = in.below( 4 ) == 0;
-        auto   place = [&]( QV_INT i ) {
+        auto   place   = [&]( QV_INT i ) {
             QV_INT fromEnds = i % 2 ? count - 1 - i / 2 : i / 2;
-            return order == 0 ? i : order == 1 ? count - 1 - i : order == 2 ? fromEnds : order == 3 ? count - 1 - fromEnds : i * 37 % count;
+            return order == 0   ? i
+                       : order == 1 ? count - 1 - i
+                       : order == 2 ? fromEnds
+                       : order == 3 ? count - 1 - fromEnds
+                                    : i * 37 % count;
         };
 
         for( QV_INT i = 0; i < count; i++ )
         {
             bool shared = slots.shared( slot );
             char text[24];
-            snprintf( text, sizeof( text ), form == 1 ? "key/%06lld" : "%llx", static_cast< long long >( start + place( i ) ) );
+            snprintf(
+                text, sizeof( text ), form == 1 ? "key/%06lld" : "%llx",
+                static_cast< long long >( start + place( i ) ) );
             Key k{ form ? STRING : INT, form ? 0 : start + place( i ), form ? wide( text ) : std::u32string() };
 
             if( deletes )
@@ -307,7 +322,9 @@ struct DictWalk : qv::fuzz::Walk
 
             for( auto &[k, entry] : dest.model.map )
                 if( auto at = from.map.find( k ); at != from.map.end() )
-                    kept.set( k, { entry.key, useSrc ? at->second.value : entry.value, useSrc ? at->second.number : entry.number } );
+                    kept.set(
+                        k, { entry.key, useSrc ? at->second.value : entry.value,
+                             useSrc ? at->second.number : entry.number } );
 
             dest.model = kept;
         }
@@ -323,10 +340,11 @@ struct DictWalk : qv::fuzz::Walk
             return;
 
         auto hit = [&]( auto &item ) { return from.map.contains( item.first ); };
-        require( qvDictDisjoint( dest.ref, src.ref ) == std::none_of( dest.model.map.begin(), dest.model.map.end(), hit ) );
+        require(
+            qvDictDisjoint( dest.ref, src.ref ) == std::none_of( dest.model.map.begin(), dest.model.map.end(), hit ) );
 
         // The destination and the source may be one object in two variables.
-        Ref< QV_DICT > held = Ref< QV_DICT >::share( src.ref );
+        Ref< QV_DICT > held   = Ref< QV_DICT >::share( src.ref );
         bool           shared = slots.shared( dest );
 
         if( self )
@@ -354,10 +372,10 @@ struct DictWalk : qv::fuzz::Walk
     // The other Dict is a value of the destination, and nobody else holds it.
     void includeValue()
     {
-        Slot  &dest = destination();
-        Model  from;
+        Slot          &dest = destination();
+        Model          from;
         Ref< QV_DICT > src( qvDictCreate() );
-        Key    k = key();
+        Key            k = key();
 
         for( QV_INT i = in.length( 70 ); i >= 0; i-- )
         {
@@ -404,8 +422,8 @@ struct DictWalk : qv::fuzz::Walk
     {
         Slot   &slot = slots.any( in );
         QV_OBJ *obj;
-        Key     k  = key( slot, &obj );
-        auto    at = slot.model.map.find( k );
+        Key     k   = key( slot, &obj );
+        auto    at  = slot.model.map.find( k );
         bool    has = at != slot.model.map.end();
 
         require( qvDictHasObjKey( slot.ref, obj ) == has );
@@ -421,7 +439,9 @@ struct DictWalk : qv::fuzz::Walk
             return x.first != y.first ? x.first < y.first : x.second.number < y.second.number;
         };
         auto numbers = []( Slot &slot ) {
-            return std::all_of( slot.model.map.begin(), slot.model.map.end(), []( auto &item ) { return item.second.number != NO_NUMBER; } );
+            return std::all_of( slot.model.map.begin(), slot.model.map.end(), []( auto &item ) {
+                return item.second.number != NO_NUMBER;
+            } );
         };
 
         if( !numbers( a ) || !numbers( b ) )
@@ -462,9 +482,10 @@ struct DictWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK( DictWalk, { "share", &DictWalk::share }, { "clear", &DictWalk::clear }, { "set", &DictWalk::set },
-              { "set", &DictWalk::set }, { "setAt", &DictWalk::setAt }, { "erase", &DictWalk::erase },
-              { "eraseValue", &DictWalk::eraseValue }, { "run", &DictWalk::run }, { "run", &DictWalk::run },
-              { "run", &DictWalk::run }, { "include", &DictWalk::include }, { "include", &DictWalk::include },
-              { "includeValue", &DictWalk::includeValue }, { "create", &DictWalk::create }, { "look", &DictWalk::look },
-              { "order", &DictWalk::order } )
+QV_FUZZ_WALK(
+    DictWalk, { "share", &DictWalk::share }, { "clear", &DictWalk::clear }, { "set", &DictWalk::set },
+    { "set", &DictWalk::set }, { "setAt", &DictWalk::setAt }, { "erase", &DictWalk::erase },
+    { "eraseValue", &DictWalk::eraseValue }, { "run", &DictWalk::run }, { "run", &DictWalk::run },
+    { "run", &DictWalk::run }, { "include", &DictWalk::include }, { "include", &DictWalk::include },
+    { "includeValue", &DictWalk::includeValue }, { "create", &DictWalk::create }, { "look", &DictWalk::look },
+    { "order", &DictWalk::order } )

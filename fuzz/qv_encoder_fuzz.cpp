@@ -13,7 +13,7 @@ namespace
 {
 using Text = std::u32string;
 
-/* The formats ------------------------------------------------------------------------------------------------------- */
+/* The formats ------------------------------------------------------------------------------------------------------ */
 
 std::string bytesOfInt( QV_INT value )
 {
@@ -33,7 +33,8 @@ std::string bytesOfChars( const Text &text )
     for( char32_t ch : text )
     {
         if( ch >= 0x80 )
-            bytes += { static_cast< char >( 0x80 | ch >> 16 ), static_cast< char >( ch >> 8 ), static_cast< char >( ch ) };
+            bytes +=
+                { static_cast< char >( 0x80 | ch >> 16 ), static_cast< char >( ch >> 8 ), static_cast< char >( ch ) };
         else
             bytes += static_cast< char >( ch );
     }
@@ -141,7 +142,7 @@ struct Reader
     }
 };
 
-/* The walk ---------------------------------------------------------------------------------------------------------- */
+/* The walk --------------------------------------------------------------------------------------------------------- */
 
 struct EncoderWalk : qv::fuzz::Walk
 {
@@ -182,12 +183,13 @@ struct EncoderWalk : qv::fuzz::Walk
         }
         case 5:
         {
-            Text             text = in.text( 2000 );
+            Text             text     = in.text( 2000 );
             bool             optional = in.flag(), null = optional && in.flag();
-            Ref< QV_STRING > qvs  = stringOf( text );
+            Ref< QV_STRING > qvs = stringOf( text );
 
             if( optional )
-                bytes += static_cast< char >( !null ), qvEncoderEncodeOptionalString( encoder, null ? nullptr : qvs.get() );
+                bytes += static_cast< char >( !null ),
+                    qvEncoderEncodeOptionalString( encoder, null ? nullptr : qvs.get() );
             else
                 qvEncoderEncodeString( encoder, qvs );
 
@@ -215,9 +217,12 @@ struct EncoderWalk : qv::fuzz::Walk
     // Plain bytes; the Buffer may be the one that the Encoder itself writes to.
     void write()
     {
-        Ref< QV_BUFFER > buf( in.below( 4 ) == 0 ? qvEncoderBuffer( encoder ) : bufferOf( std::string( static_cast< size_t >( in.length( 300 ) ), 'x' ) ).give() );
-        std::string      src    = bytesOf( buf );
-        QV_INT           length = static_cast< QV_INT >( src.size() ), offset = in.upTo( length ), count = in.upTo( length - offset );
+        Ref< QV_BUFFER > buf(
+            in.below( 4 ) == 0 ? qvEncoderBuffer( encoder )
+                               : bufferOf( std::string( static_cast< size_t >( in.length( 300 ) ), 'x' ) ).give() );
+        std::string src    = bytesOf( buf );
+        QV_INT      length = static_cast< QV_INT >( src.size() ), offset = in.upTo( length ),
+               count = in.upTo( length - offset );
 
         if( bytes.size() > 20000 )
             return;
@@ -281,7 +286,8 @@ struct EncoderWalk : qv::fuzz::Walk
                 reader.bytes += static_cast< char >( in.flag() ? in.byte() & 0x87 : in.byte() );
 
         for( QV_INT changes = in.below( 4 ); changes > 0 && !reader.bytes.empty(); changes-- )
-            reader.bytes[static_cast< size_t >( in.below( static_cast< QV_INT >( reader.bytes.size() ) ) )] = static_cast< char >( in.byte() );
+            reader.bytes[static_cast< size_t >( in.below( static_cast< QV_INT >( reader.bytes.size() ) ) )] =
+                static_cast< char >( in.byte() );
 
         Ref< QV_DECODER > decoder( qvDecoderCreate( bufferOf( reader.bytes ) ) );
 
@@ -290,7 +296,9 @@ struct EncoderWalk : qv::fuzz::Walk
             read( decoder, reader );
             require( ( qvDecoderError( decoder ) != 0 ) == reader.failed );
             require( qvDecoderRemaining( decoder ) == reader.left() );
-            require( qvDecoderOffset( decoder ) == static_cast< QV_INT >( reader.failed ? reader.bytes.size() : reader.at ) );
+            require(
+                qvDecoderOffset( decoder )
+                == static_cast< QV_INT >( reader.failed ? reader.bytes.size() : reader.at ) );
         }
     }
 
@@ -356,7 +364,9 @@ struct EncoderWalk : qv::fuzz::Walk
 
             bool ok = qvDecoderTryDecodeStringVector( decoder, skips ? nullptr : value.at() );
             require( ok == !reader.failed );
-            require( skips || ( ok ? value && qvVectorLength( value ) == static_cast< QV_INT >( expected.size() ) : !value ) );
+            require(
+                skips
+                || ( ok ? value && qvVectorLength( value ) == static_cast< QV_INT >( expected.size() ) : !value ) );
 
             for( size_t i = 0; ok && !skips && i < expected.size(); i++ )
                 require( charsOf( qvStringFrom( qvVectorBacking( value )[i] ) ) == expected[i] );
@@ -372,6 +382,7 @@ struct EncoderWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK( EncoderWalk, { "value", &EncoderWalk::value }, { "value", &EncoderWalk::value }, { "write", &EncoderWalk::write },
-              { "hold", &EncoderWalk::hold }, { "clear", &EncoderWalk::clear }, { "decode", &EncoderWalk::decode },
-              { "decode", &EncoderWalk::decode } )
+QV_FUZZ_WALK(
+    EncoderWalk, { "value", &EncoderWalk::value }, { "value", &EncoderWalk::value }, { "write", &EncoderWalk::write },
+    { "hold", &EncoderWalk::hold }, { "clear", &EncoderWalk::clear }, { "decode", &EncoderWalk::decode },
+    { "decode", &EncoderWalk::decode } )

@@ -1,4 +1,5 @@
-// Format strings beside a writer that goes by the rules, and the readers of numbers and truth values beside one that does.
+// Format strings beside a writer that goes by the rules, and the readers of numbers and truth values beside one that
+// does.
 
 #include "qv_fuzz_walk.h"
 
@@ -15,7 +16,7 @@ namespace
 {
 using Text = std::u32string;
 
-/* Writing ----------------------------------------------------------------------------------------------------------- */
+/* Writing ---------------------------------------------------------------------------------------------------------- */
 
 struct Conversion
 {
@@ -44,7 +45,7 @@ struct Conversion
     Text number( bool negative, const Text &digits, QV_INT counted = -1 ) const
     {
         Text sign = negative ? U"-" : plus ? U"+" : blank ? U" " : U"", head = sign + prefix();
-        counted   = size( head ) + ( counted < 0 ? size( digits ) : counted );
+        counted = size( head ) + ( counted < 0 ? size( digits ) : counted );
         Text pad( static_cast< size_t >( std::max< QV_INT >( width - counted, 0 ) ), zero && !left ? U'0' : U' ' );
         return left ? head + digits + pad : zero ? head + pad + digits : pad + head + digits;
     }
@@ -81,8 +82,9 @@ struct Conversion
 
         double radix = static_cast< double >( base ), scale = 1.0;
         bool   negative = value < 0.0;
-        QV_INT counted  = 1; // what is counted for the width, which may differ from what is written where reals are rounded
-        Text   result;
+        QV_INT counted =
+            1; // what is counted for the width, which may differ from what is written where reals are rounded
+        Text result;
 
         for( double t = std::trunc( value / radix ); t != 0.0; t = std::trunc( t / radix ) )
             scale *= radix, counted++;
@@ -111,7 +113,7 @@ struct Conversion
     }
 };
 
-/* Reading ----------------------------------------------------------------------------------------------------------- */
+/* Reading ---------------------------------------------------------------------------------------------------------- */
 
 struct Reader
 {
@@ -210,11 +212,11 @@ struct Reader
 
     bool real( QV_INT base, double &value )
     {
-        bool     negative, separated = false;
-        base            = head( base, false, negative );
+        bool negative, separated = false;
+        base         = head( base, false, negative );
         double radix = static_cast< double >( base ), unit = 1 / radix, one = negative ? -1.0 : 1.0;
-        size_t from  = at;
-        value        = 0.0;
+        size_t from = at;
+        value       = 0.0;
 
         for( ; !end(); at++ )
         {
@@ -237,14 +239,14 @@ struct Reader
     }
 };
 
-/* The walk ---------------------------------------------------------------------------------------------------------- */
+/* The walk --------------------------------------------------------------------------------------------------------- */
 
 struct FormatWalk : qv::fuzz::Walk
 {
     using Walk::Walk;
 
-    Conversion             conversion;
-    Text                   format;
+    Conversion            conversion;
+    Text                  format;
     std::vector< QV_INT > stars;
 
     void star( QV_INT value, bool may )
@@ -298,7 +300,7 @@ struct FormatWalk : qv::fuzz::Walk
     void run( const char *name, T argument, const Text &expected )
     {
         format += wide( name ) + U">%%%i";
-        Ref< QV_STRING > fmt = stringOf( format ), result;
+        Ref< QV_STRING > fmt    = stringOf( format ), result;
         QV_INT           number = in.number();
 
         if( stars.empty() )
@@ -313,8 +315,11 @@ struct FormatWalk : qv::fuzz::Walk
         if( tracing )
         {
             Text got = charsOf( result );
-            fprintf( stderr, "\n  format   %s\n  expected <%s>\n  got      %s", std::string( format.begin(), format.end() ).c_str(),
-                     std::string( expected.begin(), expected.end() ).c_str(), std::string( got.begin(), got.end() ).c_str() );
+            fprintf(
+                stderr, "\n  format   %s\n  expected <%s>\n  got      %s",
+                std::string( format.begin(), format.end() ).c_str(),
+                std::string( expected.begin(), expected.end() ).c_str(),
+                std::string( got.begin(), got.end() ).c_str() );
         }
 
         require( charsOf( result ) == U"<" + expected + U">%" + wide( std::to_string( number ) ) );
@@ -335,11 +340,11 @@ struct FormatWalk : qv::fuzz::Walk
         case 1:
         {
             // Padded with zeros to the width of the largest value.
-            QV_INT largest = conversion.precision >= 0 ? conversion.precision : QV_INT_MAX;
-            value          = static_cast< QV_INT >( static_cast< uint64_t >( value ) >> 1 );
-            value          = largest == QV_INT_MAX ? value : value % ( largest + 1 );
+            QV_INT largest  = conversion.precision >= 0 ? conversion.precision : QV_INT_MAX;
+            value           = static_cast< QV_INT >( static_cast< uint64_t >( value ) >> 1 );
+            value           = largest == QV_INT_MAX ? value : value % ( largest + 1 );
             conversion.zero = true, conversion.left = false;
-            QV_INT width    = conversion.width;
+            QV_INT width     = conversion.width;
             conversion.width = 0;
             conversion.width = std::max( width, size( conversion.number( false, conversion.digits( largest ) ) ) );
             return run( "A", value, conversion.number( false, conversion.digits( value ) ) );
@@ -351,17 +356,19 @@ struct FormatWalk : qv::fuzz::Walk
 
     void reals()
     {
-        static const double SPECIAL[] = { 0.0, -0.0, 0.5, 0.999, 1e15, -1e18, 1e22, 1e-7, INFINITY, -INFINITY, NAN, 1.0 / 3 };
+        static const double SPECIAL[] = { 0.0,  -0.0, 0.5,      0.999,     1e15, -1e18,
+                                          1e22, 1e-7, INFINITY, -INFINITY, NAN,  1.0 / 3 };
         begin( 36 );
-        double value = in.flag() ? SPECIAL[in.below( std::size( SPECIAL ) )] : static_cast< double >( in.number() ) / 1024;
+        double value =
+            in.flag() ? SPECIAL[in.below( std::size( SPECIAL ) )] : static_cast< double >( in.number() ) / 1024;
         run( "r", value, conversion.real( value ) );
     }
 
     void texts()
     {
         begin( 0 );
-        Text text  = in.text( 200 );
-        bool null  = in.below( 6 ) == 0, consumed = in.flag();
+        Text text = in.text( 200 );
+        bool null = in.below( 6 ) == 0, consumed = in.flag();
         Text shown = null ? ( conversion.hashes ? U"" : U"null" ) : text;
 
         if( conversion.precision >= 0 )
@@ -397,15 +404,18 @@ struct FormatWalk : qv::fuzz::Walk
             return run( "b", static_cast< QV_INT >( value ), conversion.padded( word ) );
         default:
             // Takes no argument of its own; the one that is given is the number's.
-            Text rule( static_cast< size_t >( conversion.width ), conversion.precision >= 0 ? char32_t( conversion.precision ) : U'\t' );
+            Text rule(
+                static_cast< size_t >( conversion.width ),
+                conversion.precision >= 0 ? char32_t( conversion.precision ) : U'\t' );
             return run( "m>%i<%#%", QV_INT( 7 ), rule + U">7<" );
         }
     }
 
     void read()
     {
-        static const char32_t *const PIECES[] = { U" ", U"-", U"+", U"0", U"1", U"9", U"f", U"Z", U"0x", U"0B", U"16:", U"36:", U".", U",", U"\u2003",
-                                                  U"TRUE", U"false", U"tRuE", U"9223372036854775807", U"922337203685477580", U"8", U"\u0663", U"0d", U"x" };
+        static const char32_t *const PIECES[] = {
+            U" ", U"-", U"+", U"0", U"1", U"9", U"f", U"Z", U"0x", U"0B", U"16:", U"36:", U".", U",", U"\u2003",
+            U"TRUE", U"false", U"tRuE", U"9223372036854775807", U"922337203685477580", U"8", U"\u0663", U"0d", U"x" };
         Text   text;
         QV_INT base = in.flag() ? -1 : 2 + in.below( 35 ), value = 7, consumed = 7;
         double real = 7;
@@ -432,7 +442,7 @@ struct FormatWalk : qv::fuzz::Walk
         require( consumed == static_cast< QV_INT >( realReader.at ) );
 
         Reader  reading{ text };
-        QV_BOOL truth = 7;
+        QV_BOOL truth   = 7;
         bool    numeric = in.flag(), isTrue = false;
 
         if( numeric && reading.real( -1, expected ) )
@@ -463,5 +473,6 @@ struct FormatWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK( FormatWalk, { "integers", &FormatWalk::integers }, { "reals", &FormatWalk::reals },
-              { "texts", &FormatWalk::texts }, { "others", &FormatWalk::others }, { "read", &FormatWalk::read } )
+QV_FUZZ_WALK(
+    FormatWalk, { "integers", &FormatWalk::integers }, { "reals", &FormatWalk::reals }, { "texts", &FormatWalk::texts },
+    { "others", &FormatWalk::others }, { "read", &FormatWalk::read } )

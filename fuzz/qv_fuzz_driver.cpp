@@ -1,5 +1,5 @@
-// Runs a fuzz target without libFuzzer: the files and folders on the command line, and then a fixed number of inputs from
-// a fixed seed. With a single file it runs that alone.
+// Runs a fuzz target without libFuzzer: the files and folders on the command line, and then a fixed number of inputs
+// from a fixed seed. With a single file it runs that alone.
 //
 // All runs in a child process. When it fails the input is made as short as can be, by cutting bytes and trying again in
 // further children, and is then run once more with its operations printed.
@@ -66,9 +66,10 @@ std::string contents( const std::filesystem::path &file )
 std::string randomInput( std::mt19937 &random )
 {
     static const std::string PIECES[] = {
-        "a=1\n", "a.b=", "a.", ".", "=", "%", "%%", "%00000a", "%110000", "\r\n", "\xc2\x85", "\xe2\x80\xa8", "\xef\xbb\xbf",
-        "\xf0\x9f\x98\x80", "\xc0\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\x7f\x7f\x7f", "\x88\x80", "\x01\x01\x01\x01\x61",
-        std::string( "\x00\x01\x00", 3 ), std::string( "\xff\xfe\x00\xd8", 4 ), "0x7f", "-9223372036854775808", "TRUE", "1,5" };
+        "a=1\n", "a.b=", "a.", ".", "=", "%", "%%", "%00000a", "%110000", "\r\n", "\xc2\x85", "\xe2\x80\xa8",
+        "\xef\xbb\xbf", "\xf0\x9f\x98\x80", "\xc0\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\x7f\x7f\x7f",
+        "\x88\x80", "\x01\x01\x01\x01\x61", std::string( "\x00\x01\x00", 3 ), std::string( "\xff\xfe\x00\xd8", 4 ),
+        "0x7f", "-9223372036854775808", "TRUE", "1,5" };
 
     bool        pieces = random() % 2;
     std::string input;
@@ -179,8 +180,8 @@ int main( int argc, char **argv )
         return 1;
 
     std::string input = shrunk( std::string( reinterpret_cast< char * >( shared->data ), shared->size ) );
-    std::string name
-        = std::filesystem::temp_directory_path() / std::filesystem::path( argv[0] ).filename().concat( ".failure" );
+    std::string name =
+        std::filesystem::temp_directory_path() / std::filesystem::path( argv[0] ).filename().concat( ".failure" );
     std::ofstream( name, std::ios::binary ) << input;
     fprintf( stderr, "\nThe shortest input found, %zu bytes, is in %s. Its operations:\n", input.size(), name.c_str() );
     setenv( "QV_FUZZ_TRACE", "1", 1 );

@@ -1,6 +1,6 @@
 /** @file
-    Walks: a fuzz target reads operations from its input and runs them on a few variables of a family, each beside a model
-    made of standard containers, and compares the two after each operation.
+    Walks: a fuzz target reads operations from its input and runs them on a few variables of a family, each beside a
+    model made of standard containers, and compares the two after each operation.
 
         struct Walk : qv::fuzz::Walk              // the variables and their models
         {
@@ -10,8 +10,8 @@
 
         QV_FUZZ_WALK( Walk, { "add", &Walk::add }, ... )
 
-    With QV_FUZZ_TRACE=1 in the environment the operations and all that they draw are printed, one line each, before they
-    run, so that the last line of an input that fails is the culprit. */
+    With QV_FUZZ_TRACE=1 in the environment the operations and all that they draw are printed, one line each, before
+    they run, so that the last line of an input that fails is the culprit. */
 
 #ifndef QV_FUZZ_WALK_H
 #define QV_FUZZ_WALK_H
@@ -35,8 +35,7 @@ namespace qv::fuzz
 {
 inline const bool tracing = getenv( "QV_FUZZ_TRACE" ) != nullptr;
 
-#define require( condition )                                                                                           \
-    ( ( condition ) ? (void)0 : ::qv::fuzz::fail( #condition, __FILE__, __LINE__ ) )
+#define require( condition ) ( ( condition ) ? (void)0 : ::qv::fuzz::fail( #condition, __FILE__, __LINE__ ) )
 
 [[noreturn]] inline void fail( const char *condition, const char *file, int line )
 {
@@ -95,8 +94,9 @@ public:
     /** A length, often near a number of places that blocks are made of. */
     QV_INT length( QV_INT most = 5000 )
     {
-        static const QV_INT LENGTHS[] = { 1, 2, 3, 4, 5, 6, 8, 12, 16, 31, 32, 33, 40, 63, 64, 65, 80, 100, 128, 160, 200,
-                                          240, 320, 500, 1000, 1023, 1024, 2048, 4096, 5000, 0, 0 };
+        static const QV_INT LENGTHS[] = { 1,   2,   3,    4,    5,    6,    8,    12,   16,  31,  32,
+                                          33,  40,  63,   64,   65,   80,   100,  128,  160, 200, 240,
+                                          320, 500, 1000, 1023, 1024, 2048, 4096, 5000, 0,   0 };
         return shown( std::min( LENGTHS[byte() % std::size( LENGTHS )], most ) );
     }
 
@@ -122,12 +122,13 @@ public:
     /** Mostly letters, and characters at which something changes. */
     QV_CHAR character()
     {
-        static const char32_t CHARS[] = { U' ', U'\n', U'\r', U'\t', U'%', U'.', U'=', U',', U'-', U'0', U'1', U'A', U'_', 0x7F, 0x80,
-                                          0x85, 0xA0, 0xDF, 0xE9, 0xFF, 0x130, 0x149, 0x2B0, 0x300, 0x301, 0x307, 0x323, 0x345,
-                                          0x390, 0x3A3, 0x7FF, 0x800, 0xAC00, 0xAC01, 0x1100, 0x1161, 0x11A7, 0x11A8, 0x1E9E, 0x2028,
-                                          0x2029, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xFB01, 0xFB03, 0xFEFF, 0xFFFD, 0xFFFF, 0x10000,
-                                          0x1F600, 0x10FFFF, 0, 0x212B, 0x1D15E };
-        uint8_t               how = byte();
+        static const char32_t CHARS[] = {
+            U' ',   U'\n',  U'\r',   U'\t',   U'%',     U'.',   U'=',   U',',   U'-',   U'0',   U'1',   U'A',
+            U'_',   0x7F,   0x80,    0x85,    0xA0,     0xDF,   0xE9,   0xFF,   0x130,  0x149,  0x2B0,  0x300,
+            0x301,  0x307,  0x323,   0x345,   0x390,    0x3A3,  0x7FF,  0x800,  0xAC00, 0xAC01, 0x1100, 0x1161,
+            0x11A7, 0x11A8, 0x1E9E,  0x2028,  0x2029,   0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xFB01, 0xFB03, 0xFEFF,
+            0xFFFD, 0xFFFF, 0x10000, 0x1F600, 0x10FFFF, 0,      0x212B, 0x1D15E };
+        uint8_t how = byte();
         return how < 128 ? U'a' + how % 26 : CHARS[how % std::size( CHARS )];
     }
 
@@ -139,7 +140,8 @@ public:
         for( unsigned runs = byte() % 8; runs > 0 && static_cast< QV_INT >( result.size() ) < most; runs-- )
         {
             QV_CHAR ch = character();
-            result.append( byte() % 4 ? 1 : static_cast< size_t >( length( most - static_cast< QV_INT >( result.size() ) ) ), ch );
+            result.append(
+                byte() % 4 ? 1 : static_cast< size_t >( length( most - static_cast< QV_INT >( result.size() ) ) ), ch );
         }
 
         if( tracing )
@@ -203,8 +205,8 @@ inline Ref< QV_BUFFER > bufferOf( const std::string &bytes )
 
 inline std::string bytesOf( QV_BUFFER *buf )
 {
-    return std::string( reinterpret_cast< const char * >( qvBufferBacking( buf ) ),
-                        static_cast< size_t >( qvBufferLength( buf ) ) );
+    return std::string(
+        reinterpret_cast< const char * >( qvBufferBacking( buf ) ), static_cast< size_t >( qvBufferLength( buf ) ) );
 }
 
 template< class T >
@@ -295,8 +297,8 @@ public:
         for( const Slot &slot : slots )
             require( isEmptyOne( slot ) || references( slot.ref.get() ) == holders( slot ) );
 
-        auto empties = std::count_if( std::begin( slots ), std::end( slots ),
-                                      [this]( const Slot &slot ) { return isEmptyOne( slot ); } );
+        auto empties = std::count_if(
+            std::begin( slots ), std::end( slots ), [this]( const Slot &slot ) { return isEmptyOne( slot ); } );
         require( lone_ || references( empty_.get() ) == emptyCount_ + empties );
     }
 
@@ -327,8 +329,9 @@ inline void start()
     static bool started = false;
 
     if( !started )
-        qvRuntimeStartup( QV_RUNTIME_FLAG_OBJECT_DATABASE | QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS, nullptr, nullptr,
-                          nullptr, nullptr );
+        qvRuntimeStartup(
+            QV_RUNTIME_FLAG_OBJECT_DATABASE | QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS, nullptr, nullptr, nullptr,
+            nullptr );
 
     started = true;
 }

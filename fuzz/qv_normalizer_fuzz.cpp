@@ -69,7 +69,9 @@ Text normalized( const Text &text, QV_INT form )
     for( auto from = whole.begin(); from != whole.end(); )
     {
         auto to = std::find_if( from + 1, whole.end(), []( char32_t ch ) { return qvUnicodeCccv( ch ) == 0; } );
-        std::stable_sort( from + ( qvUnicodeCccv( *from ) == 0 ), to, []( char32_t a, char32_t b ) { return qvUnicodeCccv( a ) < qvUnicodeCccv( b ); } );
+        std::stable_sort( from + ( qvUnicodeCccv( *from ) == 0 ), to, []( char32_t a, char32_t b ) {
+            return qvUnicodeCccv( a ) < qvUnicodeCccv( b );
+        } );
         from = to;
     }
 
@@ -116,14 +118,19 @@ struct NormalizerWalk : qv::fuzz::Walk
     // Letters and marks of many classes, syllables, and whatever else.
     Text text()
     {
-        static const char32_t CHARS[] = { U'e', 0x301, 0x323, 0x307, 0x327, 0x345, 0x1100, 0x1161, 0x11A7, 0x11A8, 0xAC00, 0xAC01, 0xE9, 0x1E69, 0xFB01, 0x3099,
-                                          0x304B, 0x9C7, 0x9BE, 0xD834, 0xDD5E, 0x1D15E, 0x1D157, 0x1D165, 0x344, 0x1F82, 0x212B, 0x2126, 0xF900, 0x0F73, 0x0FB2, 0x110A5, 0x110BA };
+        static const char32_t CHARS[] = { U'e',   0x301,  0x323,  0x307,   0x327,   0x345,   0x1100, 0x1161, 0x11A7,
+                                          0x11A8, 0xAC00, 0xAC01, 0xE9,    0x1E69,  0xFB01,  0x3099, 0x304B, 0x9C7,
+                                          0x9BE,  0xD834, 0xDD5E, 0x1D15E, 0x1D157, 0x1D165, 0x344,  0x1F82, 0x212B,
+                                          0x2126, 0xF900, 0x0F73, 0x0FB2,  0x110A5, 0x110BA };
         Text                  result;
 
         for( QV_INT count = in.below( 16 ); count > 0; count-- )
         {
             QV_INT how = in.below( 4 );
-            result += how == 0 ? in.text( 3000 ) : Text( how == 1 ? static_cast< size_t >( in.length( 4096 ) ) : 1, CHARS[in.below( std::size( CHARS ) )] );
+            result += how == 0 ? in.text( 3000 )
+                               : Text(
+                                   how == 1 ? static_cast< size_t >( in.length( 4096 ) ) : 1,
+                                   CHARS[in.below( std::size( CHARS ) )] );
         }
 
         return result;
@@ -131,8 +138,8 @@ struct NormalizerWalk : qv::fuzz::Walk
 
     void write()
     {
-        Text             part = text();
-        Ref< QV_STRING > qvs  = stringOf( part );
+        Text             part   = text();
+        Ref< QV_STRING > qvs    = stringOf( part );
         QV_INT           length = size( part ), offset = in.upTo( length ), count = in.upTo( length - offset );
 
         if( written.size() + part.size() > 20000 )
@@ -208,8 +215,9 @@ struct NormalizerWalk : qv::fuzz::Walk
             // The same on Strings, where surrogates may stand alone.
             if( std::none_of( written.begin(), written.end(), []( char32_t ch ) { return ch >> 11 == 0xD800 >> 11; } ) )
             {
-                Ref< QV_STRING > qvs = stringOf( written );
-                void ( *const FORMS[] )( QV_STRING ** ) = { qvStringNormalizeNFC, qvStringNormalizeNFKC, qvStringNormalizeNFD, qvStringNormalizeNFKD };
+                Ref< QV_STRING > qvs                    = stringOf( written );
+                void ( *const FORMS[] )( QV_STRING ** ) = {
+                    qvStringNormalizeNFC, qvStringNormalizeNFKC, qvStringNormalizeNFD, qvStringNormalizeNFKD };
                 FORMS[form]( qvs.at() );
                 require( charsOf( qvs ) == expected );
                 FORMS[form]( qvs.at() );
@@ -236,5 +244,6 @@ struct NormalizerWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK( NormalizerWalk, { "write", &NormalizerWalk::write }, { "write", &NormalizerWalk::write },
-              { "read", &NormalizerWalk::read }, { "flush", &NormalizerWalk::flush }, { "clear", &NormalizerWalk::clear } )
+QV_FUZZ_WALK(
+    NormalizerWalk, { "write", &NormalizerWalk::write }, { "write", &NormalizerWalk::write },
+    { "read", &NormalizerWalk::read }, { "flush", &NormalizerWalk::flush }, { "clear", &NormalizerWalk::clear } )

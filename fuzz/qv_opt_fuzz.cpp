@@ -17,7 +17,13 @@ namespace
 {
 using Text = std::u32string;
 
-enum Flags { ARGUMENT = 1, IGNORE = 2, ONCE = 4, NO_ABBREV = 8 };
+enum Flags
+{
+    ARGUMENT  = 1,
+    IGNORE    = 2,
+    ONCE      = 4,
+    NO_ABBREV = 8
+};
 
 struct Definition
 {
@@ -39,15 +45,15 @@ struct Word
 
 struct Parser
 {
-    Definition            def;
-    std::vector< Word >   argv;
-    std::set< QV_INT >    once    = {};
-    bool                  options = true;
+    Definition          def;
+    std::vector< Word > argv;
+    std::set< QV_INT >  once    = {};
+    bool                options = true;
 
     // The result of a step.
-    QV_INT                id    = 0;
-    std::optional< Text > opt   = {}, error = {};
-    std::optional< Word > arg   = {};
+    QV_INT                id  = 0;
+    std::optional< Text > opt = {}, error = {};
+    std::optional< Word > arg = {};
 
     void dropFinalDashes()
     {
@@ -57,8 +63,9 @@ struct Parser
 
     QV_INT fail( QV_INT with )
     {
-        static const char *const TEXTS[] = { "option undefined", "ambiguous", "argument missing", "argument disallowed",
-                                             "multiple options disallowed", "abbreviated option disallowed" };
+        static const char *const TEXTS[] = {
+            "option undefined", "ambiguous", "argument missing", "argument disallowed", "multiple options disallowed",
+            "abbreviated option disallowed" };
         error = *opt + U": " + wide( TEXTS[-with - 1] );
         return with;
     }
@@ -233,14 +240,15 @@ struct OptWalk : qv::fuzz::Walk
 
     Text name()
     {
-        static const char *const NAMES[] = { "a", "al", "all", "alpha", "beta", "b", "be", "file", "fil", "verbose", "ver" };
+        static const char *const NAMES[] = { "a",  "al",   "all", "alpha",   "beta", "b",
+                                             "be", "file", "fil", "verbose", "ver" };
         return wide( NAMES[in.below( std::size( NAMES ) )] );
     }
 
     void define()
     {
         Slot  &slot = slots.any( in );
-        QV_INT id   = in.below( 6 ), value = in.below( 16 );
+        QV_INT id = in.below( 6 ), value = in.below( 16 );
         Text   text = name();
 
         switch( in.below( 7 ) )
@@ -271,7 +279,8 @@ struct OptWalk : qv::fuzz::Walk
 
     static bool same( QV_OBJ *obj, const Word &word )
     {
-        return qvObjSort( obj ) == ( word.isText ? qvStringSort() : qvBoxedIntSort() ) && takeText( qvObjToString( obj ) ) == word.text;
+        return qvObjSort( obj ) == ( word.isText ? qvStringSort() : qvBoxedIntSort() )
+               && takeText( qvObjToString( obj ) ) == word.text;
     }
 
     static void compare( QV_VECTOR *vec, const std::vector< Word > &words )
@@ -284,7 +293,8 @@ struct OptWalk : qv::fuzz::Walk
 
     void parse()
     {
-        static const char32_t *const PIECES[] = { U"-", U"--", U"=", U"a", U"b", U"f", U"v", U"x", U"-a", U"--al", U"--file=", U"é" };
+        static const char32_t *const PIECES[] = { U"-", U"--", U"=",  U"a",    U"b",       U"f",
+                                                  U"v", U"x",  U"-a", U"--al", U"--file=", U"é" };
         Slot                        &slot     = slots.any( in );
         Parser                       parser{ slot.model, {} };
         Ref< QV_VECTOR >             argv( qvVectorCreate() );
@@ -307,7 +317,9 @@ struct OptWalk : qv::fuzz::Walk
                 qvVectorAppendInt( argv.at(), count - 6 );
 
             if( tracing )
-                fprintf( stderr, " '%s'%s", std::string( word.text.begin(), word.text.end() ).c_str(), word.isText ? "" : " (object)" );
+                fprintf(
+                    stderr, " '%s'%s", std::string( word.text.begin(), word.text.end() ).c_str(),
+                    word.isText ? "" : " (object)" );
 
             parser.argv.push_back( word );
         }
@@ -331,7 +343,9 @@ struct OptWalk : qv::fuzz::Walk
             parser.next();
 
             if( tracing )
-                fprintf( stderr, "\n  expected id %lld, %zu words left", static_cast< long long >( parser.id ), parser.argv.size() );
+                fprintf(
+                    stderr, "\n  expected id %lld, %zu words left", static_cast< long long >( parser.id ),
+                    parser.argv.size() );
 
             require( qvOptSeqNext( seq ) == parser.id && qvOptSeqIdSecondary( seq ) == parser.id );
             compare( Ref< QV_VECTOR >( qvOptSeqRemainingArgv( seq ) ), parser.argv );
@@ -351,7 +365,9 @@ struct OptWalk : qv::fuzz::Walk
     {
         for( Slot &slot : slots.slots )
         {
-            require( qvOptDefArgOnly( slot.ref ) == slot.model.argOnly && qvOptDefReorder( slot.ref ) == slot.model.reorder );
+            require(
+                qvOptDefArgOnly( slot.ref ) == slot.model.argOnly
+                && qvOptDefReorder( slot.ref ) == slot.model.reorder );
 
             for( auto &[ch, id] : slot.model.shorts )
                 require( qvOptDefShortOpt( slot.ref, ch ) == id );
@@ -365,6 +381,7 @@ struct OptWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK( OptWalk, { "share", &OptWalk::share }, { "copy", &OptWalk::copy }, { "define", &OptWalk::define },
-              { "define", &OptWalk::define }, { "define", &OptWalk::define }, { "parse", &OptWalk::parse },
-              { "parse", &OptWalk::parse } )
+QV_FUZZ_WALK(
+    OptWalk, { "share", &OptWalk::share }, { "copy", &OptWalk::copy }, { "define", &OptWalk::define },
+    { "define", &OptWalk::define }, { "define", &OptWalk::define }, { "parse", &OptWalk::parse },
+    { "parse", &OptWalk::parse } )

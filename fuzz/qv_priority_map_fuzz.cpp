@@ -64,16 +64,16 @@ struct MapWalk : qv::fuzz::Walk
 
     void set()
     {
-        auto         &slot     = maps.any( in );
-        QV_INT        priority = in.below( 4 ) ? in.below( 8 ) : in.number();
-        QV_INT        repeat   = in.below( 8 ) ? 1 : in.length( 80 );
-        QV_INT        value    = in.below( 120 );
+        auto  &slot     = maps.any( in );
+        QV_INT priority = in.below( 4 ) ? in.below( 8 ) : in.number();
+        QV_INT repeat   = in.below( 8 ) ? 1 : in.length( 80 );
+        QV_INT value    = in.below( 120 );
 
         for( ; repeat > 0; repeat--, value++, priority ^= repeat % 3 )
         {
-            Ref< QV_OBJ > made  = boxedInt( value );
-            auto          at    = find( slot.model, value );
-            QV_OBJ       *obj   = made;
+            Ref< QV_OBJ > made = boxedInt( value );
+            auto          at   = find( slot.model, value );
+            QV_OBJ       *obj  = made;
 
             if( at != slot.model.end() )
             {
@@ -93,7 +93,7 @@ struct MapWalk : qv::fuzz::Walk
 
         if( in.flag() && !slot.model.empty() )
         {
-            QV_INT idx = in.upTo( static_cast< QV_INT >( slot.model.size() ) - 1 );
+            QV_INT  idx = in.upTo( static_cast< QV_INT >( slot.model.size() ) - 1 );
             QV_OBJ *obj = Ref< QV_OBJ >( qvPriorityMapValueAt( slot.ref, idx ) ).get();
             in.flag() ? qvPriorityMapDelAt( slot.ref.at(), idx ) : qvPriorityMapDel( slot.ref.at(), obj );
             slot.model.erase( std::next( slot.model.begin(), idx ) );
@@ -120,13 +120,13 @@ struct MapWalk : qv::fuzz::Walk
 
     void look()
     {
-        auto   &slot  = maps.any( in );
-        Pairs  &pairs = slot.model;
-        QV_INT  value = in.below( 140 ), priority;
-        auto    at    = find( pairs, value );
-        bool    has   = at != pairs.end();
-        Ref< QV_OBJ > obj = boxedInt( value );
-        auto    expect    = [&]( QV_OBJ *owned, Pairs::iterator expected ) {
+        auto         &slot   = maps.any( in );
+        Pairs        &pairs  = slot.model;
+        QV_INT        value  = in.below( 140 ), priority;
+        auto          at     = find( pairs, value );
+        bool          has    = at != pairs.end();
+        Ref< QV_OBJ > obj    = boxedInt( value );
+        auto          expect = [&]( QV_OBJ *owned, Pairs::iterator expected ) {
             Ref< QV_OBJ > found( owned );
             require( priority == priorityOf( expected, pairs ) );
             require( found ? intOf( found ) == expected->second : expected == pairs.end() );
@@ -137,7 +137,9 @@ struct MapWalk : qv::fuzz::Walk
         expect( qvPriorityMapLowest( slot.ref, &priority ), pairs.begin() );
         expect( qvPriorityMapHighest( slot.ref, &priority ), pairs.empty() ? pairs.end() : std::prev( pairs.end() ) );
         expect( qvPriorityMapHigher( slot.ref, obj, &priority ), has ? std::next( at ) : at );
-        expect( qvPriorityMapLower( slot.ref, obj, &priority ), has && at != pairs.begin() ? std::prev( at ) : pairs.end() );
+        expect(
+            qvPriorityMapLower( slot.ref, obj, &priority ),
+            has && at != pairs.begin() ? std::prev( at ) : pairs.end() );
     }
 
     std::u32string name()
@@ -171,7 +173,8 @@ struct MapWalk : qv::fuzz::Walk
         if( auto at = slot.model.values.find( n ); at != slot.model.values.end() )
         {
             // A value that several names share keeps the last one entered.
-            if( auto named = slot.model.names.find( at->second ); named != slot.model.names.end() && named->second == n )
+            if( auto named = slot.model.names.find( at->second );
+                named != slot.model.names.end() && named->second == n )
                 slot.model.names.erase( named );
 
             slot.model.values.erase( at );
@@ -228,7 +231,9 @@ struct MapWalk : qv::fuzz::Walk
 
         for( auto &slot : enums.slots )
         {
-            require( qvVectorLength( Ref< QV_VECTOR >( qvEnumEnumerantsVector( slot.ref ) ) ) == static_cast< QV_INT >( slot.model.values.size() ) );
+            require(
+                qvVectorLength( Ref< QV_VECTOR >( qvEnumEnumerantsVector( slot.ref ) ) )
+                == static_cast< QV_INT >( slot.model.values.size() ) );
 
             for( auto &[n, value] : slot.model.values )
                 require( qvEnumEnumerant( slot.ref, stringOf( n ) ) == value );
@@ -237,7 +242,9 @@ struct MapWalk : qv::fuzz::Walk
             {
                 auto             at = slot.model.names.find( value );
                 Ref< QV_STRING > generated( qvEnumGenerate( slot.ref, value ) );
-                require( generated ? at != slot.model.names.end() && charsOf( generated ) == at->second : at == slot.model.names.end() );
+                require(
+                    generated ? at != slot.model.names.end() && charsOf( generated ) == at->second
+                              : at == slot.model.names.end() );
             }
         }
 
@@ -266,6 +273,7 @@ struct MapWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK( MapWalk, { "share", &MapWalk::share }, { "create", &MapWalk::create }, { "set", &MapWalk::set },
-              { "set", &MapWalk::set }, { "erase", &MapWalk::erase }, { "look", &MapWalk::look },
-              { "enumerant", &MapWalk::enumerant }, { "flag", &MapWalk::flag } )
+QV_FUZZ_WALK(
+    MapWalk, { "share", &MapWalk::share }, { "create", &MapWalk::create }, { "set", &MapWalk::set },
+    { "set", &MapWalk::set }, { "erase", &MapWalk::erase }, { "look", &MapWalk::look },
+    { "enumerant", &MapWalk::enumerant }, { "flag", &MapWalk::flag } )

@@ -55,7 +55,8 @@ struct Model
 
         for( const Interval &i : list )
         {
-            if( !kept.empty() && kept.back().last < QV_INT_MAX && kept.back().last + 1 == i.first && kept.back().value == i.value )
+            if( !kept.empty() && kept.back().last < QV_INT_MAX && kept.back().last + 1 == i.first
+                && kept.back().value == i.value )
                 kept.back().last = i.last;
             else
                 kept.push_back( i );
@@ -280,12 +281,14 @@ struct RangeMapWalk : qv::fuzz::Walk
     void look()
     {
         Slot  &a = slots.any( in ), &b = slots.any( in );
-        QV_INT at = key( a );
-        auto   found = std::find_if( a.model.list.begin(), a.model.list.end(), [&]( auto &i ) { return i.first <= at && at <= i.last; } );
-        bool   has   = found != a.model.list.end();
+        QV_INT at    = key( a );
+        auto   found = std::find_if(
+              a.model.list.begin(), a.model.list.end(), [&]( auto &i ) { return i.first <= at && at <= i.last; } );
+        bool has = found != a.model.list.end();
 
         Ref< QV_OBJ > value( qvRangeMapIntKey( a.ref, at ) );
-        require( qvRangeMapHasIntKey( a.ref, at ) == has && ( value ? intOf( value ) : 0 ) == ( has ? found->value : 0 ) );
+        require(
+            qvRangeMapHasIntKey( a.ref, at ) == has && ( value ? intOf( value ) : 0 ) == ( has ? found->value : 0 ) );
 
         auto order = a.model.list <=> b.model.list;
         require( qvRangeMapCompare( a.ref, b.ref ) == ( order > 0 ) - ( order < 0 ) );
@@ -302,7 +305,9 @@ struct RangeMapWalk : qv::fuzz::Walk
 
             for( const Interval &i : slot.model.list )
             {
-                require( qvRangeMapStartingKeyAt( slot.ref, idx ) == i.first && qvRangeMapEndingKeyAt( slot.ref, idx ) == i.last );
+                require(
+                    qvRangeMapStartingKeyAt( slot.ref, idx ) == i.first
+                    && qvRangeMapEndingKeyAt( slot.ref, idx ) == i.last );
                 require( intOf( Ref< QV_OBJ >( qvRangeMapObjAt( slot.ref, idx++ ) ) ) == i.value );
             }
         }
@@ -312,7 +317,8 @@ struct RangeMapWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK( RangeMapWalk, { "share", &RangeMapWalk::share }, { "create", &RangeMapWalk::create }, { "set", &RangeMapWalk::set },
-              { "set", &RangeMapWalk::set }, { "set", &RangeMapWalk::set }, { "run", &RangeMapWalk::run },
-              { "erase", &RangeMapWalk::erase }, { "collapse", &RangeMapWalk::collapse }, { "self", &RangeMapWalk::self },
-              { "look", &RangeMapWalk::look } )
+QV_FUZZ_WALK(
+    RangeMapWalk, { "share", &RangeMapWalk::share }, { "create", &RangeMapWalk::create }, { "set", &RangeMapWalk::set },
+    { "set", &RangeMapWalk::set }, { "set", &RangeMapWalk::set }, { "run", &RangeMapWalk::run },
+    { "erase", &RangeMapWalk::erase }, { "collapse", &RangeMapWalk::collapse }, { "self", &RangeMapWalk::self },
+    { "look", &RangeMapWalk::look } )

@@ -68,7 +68,7 @@ struct Doc
     }
 };
 
-/* The text form ----------------------------------------------------------------------------------------------------- */
+/* The text form ---------------------------------------------------------------------------------------------------- */
 
 Text escaped( const Text &value )
 {
@@ -106,7 +106,10 @@ void write( const Doc &doc, const Text &prefix, Lines &lines )
 bool hexadecimal( const Text &six, char32_t &value )
 {
     size_t at    = 0;
-    auto   space = [&] { while( at < 6 && qvUnicodeIsWhiteSpace( six[at] ) ) at++; };
+    auto   space = [&] {
+        while( at < 6 && qvUnicodeIsWhiteSpace( six[at] ) )
+            at++;
+    };
 
     space();
     bool negative = at < 6 && six[at] == U'-';
@@ -173,7 +176,9 @@ Doc read( const Lines &lines, int depth )
 
         Text address = trimmed( line.substr( 0, at ) ), rest = line.substr( at + 1 );
 
-        if( address.empty() || address.find_first_not_of( U"0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_-" ) != Text::npos )
+        if( address.empty()
+            || address.find_first_not_of( U"0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_-" )
+                   != Text::npos )
             continue;
 
         if( line[at] == U'=' )
@@ -188,7 +193,7 @@ Doc read( const Lines &lines, int depth )
     return doc;
 }
 
-/* The binary form --------------------------------------------------------------------------------------------------- */
+/* The binary form -------------------------------------------------------------------------------------------------- */
 
 void encode( std::string &bytes, size_t number )
 {
@@ -207,7 +212,8 @@ void encode( std::string &bytes, const Text &text )
     for( char32_t ch : text )
     {
         if( ch >= 0x80 )
-            bytes += { static_cast< char >( 0x80 | ch >> 16 ), static_cast< char >( ch >> 8 ), static_cast< char >( ch ) };
+            bytes +=
+                { static_cast< char >( 0x80 | ch >> 16 ), static_cast< char >( ch >> 8 ), static_cast< char >( ch ) };
         else
             bytes += static_cast< char >( ch );
     }
@@ -233,7 +239,7 @@ void encode( std::string &bytes, const Doc &doc )
     }
 }
 
-/* The walk ---------------------------------------------------------------------------------------------------------- */
+/* The walk --------------------------------------------------------------------------------------------------------- */
 
 bool same( QV_STORE *store, const Doc &doc )
 {
@@ -334,8 +340,8 @@ struct StoreWalk : qv::fuzz::Walk
 
     void typed()
     {
-        Slot       &slot   = slots.any( in );
-        Text        at     = anAddress();
+        Slot       &slot = slots.any( in );
+        Text        at   = anAddress();
         std::string ascii( at.begin(), at.end() );
         QV_INT      number = in.number(), back;
         qvStoreSetValueIntCstr( slot.ref.at(), ascii.c_str(), -1, number );
@@ -378,8 +384,9 @@ struct StoreWalk : qv::fuzz::Walk
         if( slot.model.stores.empty() )
             return;
 
-        auto            at = std::next( slot.model.stores.begin(), in.upTo( static_cast< QV_INT >( slot.model.stores.size() ) - 1 ) );
-        made               = stringOf( at->first );
+        auto at =
+            std::next( slot.model.stores.begin(), in.upTo( static_cast< QV_INT >( slot.model.stores.size() ) - 1 ) );
+        made = stringOf( at->first );
         Ref< QV_STORE > sub( qvStoreStore( slot.ref, made ) );
 
         if( in.flag() )
@@ -406,7 +413,7 @@ struct StoreWalk : qv::fuzz::Walk
     void merge()
     {
         Slot &slot = slots.any( in ), &other = slots.any( in );
-        Doc   doc  = other.model;
+        Doc   doc = other.model;
 
         if( slot.model.size() + doc.size() > 400 )
             return;
@@ -443,9 +450,10 @@ struct StoreWalk : qv::fuzz::Walk
     // Lines of any kind, as a Vector and as text.
     void parse()
     {
-        static const char32_t *const PIECES[] = { U"a", U"b", U".", U".", U"=", U"=", U" ", U"\t", U"%", U"%%", U"%00000a", U"%+00041", U"%  0041",
-                                                  U"%      ", U"%\u00A0\u00A00041", U"%0041\u2003\u2003", U"%-00000", U"%41    ", U"%110000", U"%10FFFF", U"%00004", U"zz", U"x.y.", U"#",
-                                                  U"10", U"2" };
+        static const char32_t *const PIECES[] = {
+            U"a", U"b", U".", U".", U"=", U"=", U" ", U"\t", U"%", U"%%", U"%00000a", U"%+00041", U"%  0041",
+            U"%      ", U"%\u00A0\u00A00041", U"%0041\u2003\u2003", U"%-00000", U"%41    ", U"%110000", U"%10FFFF",
+            U"%00004", U"zz", U"x.y.", U"#", U"10", U"2" };
         Slot            &slot = slots.any( in );
         Lines            lines;
         Ref< QV_VECTOR > vec( qvVectorCreate() );
@@ -507,7 +515,8 @@ struct StoreWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK( StoreWalk, { "share", &StoreWalk::share }, { "create", &StoreWalk::create }, { "setValue", &StoreWalk::setValue },
-              { "setValue", &StoreWalk::setValue }, { "typed", &StoreWalk::typed }, { "erase", &StoreWalk::erase },
-              { "setStore", &StoreWalk::setStore }, { "below", &StoreWalk::below }, { "merge", &StoreWalk::merge },
-              { "persist", &StoreWalk::persist }, { "parse", &StoreWalk::parse }, { "look", &StoreWalk::look } )
+QV_FUZZ_WALK(
+    StoreWalk, { "share", &StoreWalk::share }, { "create", &StoreWalk::create }, { "setValue", &StoreWalk::setValue },
+    { "setValue", &StoreWalk::setValue }, { "typed", &StoreWalk::typed }, { "erase", &StoreWalk::erase },
+    { "setStore", &StoreWalk::setStore }, { "below", &StoreWalk::below }, { "merge", &StoreWalk::merge },
+    { "persist", &StoreWalk::persist }, { "parse", &StoreWalk::parse }, { "look", &StoreWalk::look } )

@@ -24,7 +24,7 @@ namespace
 {
 using Text = std::u32string;
 
-/* What has to come out ---------------------------------------------------------------------------------------------- */
+/* What has to come out --------------------------------------------------------------------------------------------- */
 
 void put( std::string &bytes, uint32_t unit, int count, bool little )
 {
@@ -55,7 +55,8 @@ std::string encoded( QV_INT charset, QV_INT flags, const Text &text )
             else if( ch < 0x10000 )
                 put( bytes, 0xE08080 | ch >> 12 << 16 | ( ch >> 6 & 63 ) << 8 | ( ch & 63 ), 3, false );
             else
-                put( bytes, 0xF0808080 | ch >> 18 << 24 | ( ch >> 12 & 63 ) << 16 | ( ch >> 6 & 63 ) << 8 | ( ch & 63 ), 4, false );
+                put( bytes, 0xF0808080 | ch >> 18 << 24 | ( ch >> 12 & 63 ) << 16 | ( ch >> 6 & 63 ) << 8 | ( ch & 63 ),
+                     4, false );
         }
         else if( charset >= QV_CHARSET_UTF_32 )
             put( bytes, ch, 4, little );
@@ -77,7 +78,7 @@ Text terminator( QV_INT flags )
     return flags ? FORMS[__builtin_ctzll( static_cast< uint64_t >( flags ) )] : U"";
 }
 
-/* Sinks that fail and sources that do -------------------------------------------------------------------------------- */
+/* Sinks that fail and sources that do ------------------------------------------------------------------------------ */
 
 size_t      limit;    // how many bytes the sink takes, or the source gives, before it fails
 std::string received; // what the sink took
@@ -115,22 +116,23 @@ QV_BOOL readLimited( QV_OBJ *, QV_BUFFER **buf, QV_INT most, QV_INT *count )
     return !failed;
 }
 
-/* The walk ---------------------------------------------------------------------------------------------------------- */
+/* The walk --------------------------------------------------------------------------------------------------------- */
 
 struct StreamWalk : qv::fuzz::Walk
 {
-    QV_INT                      charset, flags, newline, lines = 0;
-    Ref< QV_BUFFER_BYTE_SINK >  bottom{ qvBufferByteSinkCreate() };
-    Ref< QV_BYTE_SINK >         bytes;
-    Ref< QV_CHAR_SINK >         chars;
-    Ref< QV_LINE_SINK >         line;
-    Text                        pending; // written to the charset's sink since its last flush
-    std::string                 expected, got;
+    QV_INT                     charset, flags, newline, lines = 0;
+    Ref< QV_BUFFER_BYTE_SINK > bottom{ qvBufferByteSinkCreate() };
+    Ref< QV_BYTE_SINK >        bytes;
+    Ref< QV_CHAR_SINK >        chars;
+    Ref< QV_LINE_SINK >        line;
+    Text                       pending; // written to the charset's sink since its last flush
+    std::string                expected, got;
 
     StreamWalk( const uint8_t *data, size_t size ) : Walk( data, size )
     {
         charset = in.below( 3 ) ? QV_CHARSET_UTF_8 + in.below( 7 ) : in.below( 2 );
-        flags   = in.below( 2 ) * QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS + in.below( 2 ) * QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK;
+        flags   = in.below( 2 ) * QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS
+                + in.below( 2 ) * QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK;
         newline = in.flag() ? 1 << in.below( 8 ) : in.below( 256 );
 
         bytes.reset( qvBufferByteSinkByteSink( bottom ) );
@@ -298,15 +300,16 @@ struct StreamWalk : qv::fuzz::Walk
         expected += text;
     }
 
-    // A chain of its own whose bottom fails: every call behind the first failure fails and goes no further, and what was
-    // taken is the beginning of what was written.
+    // A chain of its own whose bottom fails: every call behind the first failure fails and goes no further, and what
+    // was taken is the beginning of what was written.
     void fail()
     {
         limit = static_cast< size_t >( in.length() ), received.clear(), failed = false;
         Ref< QV_BYTE_SINK > lowest( qv___ByteSinkCreate( writeLimited, flushLimited, nullptr ) );
-        Ref< QV_CHAR_SINK > upper( qvCharsetCreateCharSink( lowest, charset, flags & ~QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK ) );
-        Text                all;
-        bool                wrong = false;
+        Ref< QV_CHAR_SINK > upper(
+            qvCharsetCreateCharSink( lowest, charset, flags & ~QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK ) );
+        Text all;
+        bool wrong = false;
 
         for( QV_INT i = in.below( 8 ); i > 0; i-- )
         {
@@ -355,7 +358,7 @@ struct StreamWalk : qv::fuzz::Walk
             {
                 std::string array( static_cast< size_t >( std::max< QV_INT >( most, 0 ) ), ' ' );
                 taken = how == 0 || most < 0 ? qvByteSourceRead( byteSources[which], buf.at(), most )
-                      : how == 1             ? qvByteSourceReadBytes( byteSources[which], array.data(), most )
+                        : how == 1           ? qvByteSourceReadBytes( byteSources[which], array.data(), most )
                                              : qvByteSourceSkip( byteSources[which], most );
                 require( taken == takes && ( qvByteSourceEnd( byteSources[which] ) != 0 ) == end[which] );
                 std::string piece = data.substr( static_cast< size_t >( at ), static_cast< size_t >( takes ) );
@@ -369,7 +372,9 @@ struct StreamWalk : qv::fuzz::Walk
                                              : qvCharSourceReadChars( charSources[which], array.data(), most );
                 require( taken == takes && ( qvCharSourceEnd( charSources[which] ) != 0 ) == end[which] );
                 require( ( how && most >= 0 ) || charsOf( qvs ) == U"x" + part( text, at, takes ) );
-                require( how == 0 || most < 0 || array.substr( 0, static_cast< size_t >( takes ) ) == part( text, at, takes ) );
+                require(
+                    how == 0 || most < 0
+                    || array.substr( 0, static_cast< size_t >( takes ) ) == part( text, at, takes ) );
             }
 
             at += takes;
@@ -389,7 +394,8 @@ struct StreamWalk : qv::fuzz::Walk
             QV_INT           most  = in.flag() ? in.length() : in.upTo( 20000 );
             bool             skips = in.flag();
             QV_INT           takes = failed ? 0 : std::min( most, static_cast< QV_INT >( limit ) - total );
-            require( ( skips ? qvByteSourceSkip( lowest, most ) : qvByteSourceRead( lowest, buf.at(), most ) ) == takes );
+            require(
+                ( skips ? qvByteSourceSkip( lowest, most ) : qvByteSourceRead( lowest, buf.at(), most ) ) == takes );
             total += takes;
             require( ( qvByteSourceError( lowest ) != 0 ) == failed && ( qvByteSourceEnd( lowest ) != 0 ) == failed );
             require( skips || qvBufferLength( buf ) == takes );
@@ -404,6 +410,7 @@ struct StreamWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK( StreamWalk, { "writeChars", &StreamWalk::writeChars }, { "writeChars", &StreamWalk::writeChars },
-              { "writeLine", &StreamWalk::writeLine }, { "flush", &StreamWalk::flush }, { "writeBytes", &StreamWalk::writeBytes },
-              { "fail", &StreamWalk::fail }, { "read", &StreamWalk::read }, { "readFailing", &StreamWalk::readFailing } )
+QV_FUZZ_WALK(
+    StreamWalk, { "writeChars", &StreamWalk::writeChars }, { "writeChars", &StreamWalk::writeChars },
+    { "writeLine", &StreamWalk::writeLine }, { "flush", &StreamWalk::flush }, { "writeBytes", &StreamWalk::writeBytes },
+    { "fail", &StreamWalk::fail }, { "read", &StreamWalk::read }, { "readFailing", &StreamWalk::readFailing } )

@@ -1,5 +1,5 @@
-// Strings beside std::u32string, with the free places that the rules of growth and compaction give their blocks. Sources
-// are often the destination itself, or another variable with the same object.
+// Strings beside std::u32string, with the free places that the rules of growth and compaction give their blocks.
+// Sources are often the destination itself, or another variable with the same object.
 
 #include "qv_fuzz_walk.h"
 
@@ -137,7 +137,7 @@ struct StringWalk : qv::fuzz::Walk
     {
         Slot          &dest = slots.any( in ), &src = slots.any( in );
         bool           self = dest.ref.get() == src.ref.get(), shared = slots.shared( dest );
-        std::u32string from = src.model.text;
+        std::u32string from   = src.model.text;
         QV_INT         offset = in.upTo( src.model.length() ), count = in.upTo( src.model.length() - offset );
         QV_INT         at = in.upTo( dest.model.length() );
 
@@ -240,7 +240,8 @@ struct StringWalk : qv::fuzz::Walk
         {
             bool shared = slots.shared( slot );
             ( front ? qvStringPrependChar : qvStringAppendChar )( slot.ref.at(), U'0' + i % 10 );
-            slot.model.insert( shared, front ? 0 : slot.model.length(), std::u32string( 1, U'0' + char32_t( i % 10 ) ) );
+            slot.model.insert(
+                shared, front ? 0 : slot.model.length(), std::u32string( 1, U'0' + char32_t( i % 10 ) ) );
         }
     }
 
@@ -286,7 +287,7 @@ struct StringWalk : qv::fuzz::Walk
     {
         Slot  &slot  = slots.any( in );
         bool   first = in.flag(), last = in.flag();
-        QV_INT from  = 0, to = slot.model.length();
+        QV_INT from = 0, to = slot.model.length();
 
         ( first && last ? qvStringTrim : first ? qvStringTrimLeading : qvStringTrimTrailing )( slot.ref.at() );
 
@@ -304,7 +305,7 @@ struct StringWalk : qv::fuzz::Walk
     void mapCase()
     {
         Slot          &slot = slots.any( in );
-        auto map = in.flag() ? qvStringToUpper : in.flag() ? qvStringToLower : qvStringToCaseFold;
+        auto           map  = in.flag() ? qvStringToUpper : in.flag() ? qvStringToLower : qvStringToCaseFold;
         std::u32string mapped;
         char32_t       last = 0x110000;
         std::u32string lastMapped;
@@ -372,10 +373,11 @@ struct StringWalk : qv::fuzz::Walk
     void look()
     {
         Slot                 &a = slots.any( in ), &b = slots.any( in );
-        const std::u32string &hay = a.model.text, needle = b.model.text.substr( 0, static_cast< size_t >( in.below( 9 ) ) );
-        QV_INT                offset = in.upTo( a.model.length() );
-        Ref< QV_STRING >      sub    = stringOf( needle );
-        auto                  at     = []( size_t found ) { return found == std::u32string::npos ? -1 : static_cast< QV_INT >( found ); };
+        const std::u32string &hay   = a.model.text,
+                             needle = b.model.text.substr( 0, static_cast< size_t >( in.below( 9 ) ) );
+        QV_INT           offset     = in.upTo( a.model.length() );
+        Ref< QV_STRING > sub        = stringOf( needle );
+        auto at = []( size_t found ) { return found == std::u32string::npos ? -1 : static_cast< QV_INT >( found ); };
 
         int order = hay.compare( b.model.text );
         require( qvStringCompare( a.ref, b.ref ) == ( order > 0 ) - ( order < 0 ) );
@@ -388,10 +390,14 @@ struct StringWalk : qv::fuzz::Walk
             return;
 
         require( qvStringFind( a.ref, offset, sub ) == at( hay.find( needle, static_cast< size_t >( offset ) ) ) );
-        require( qvStringFindFromRight( a.ref, offset, sub ) == at( hay.rfind( needle, static_cast< size_t >( offset ) ) ) );
-        require( qvStringFindChar( a.ref, offset, needle[0] ) == at( hay.find( needle[0], static_cast< size_t >( offset ) ) ) );
-        require( qvStringFindCharFromRight( a.ref, offset, needle[0] )
-                 == ( offset == 0 ? -1 : at( hay.rfind( needle[0], static_cast< size_t >( offset - 1 ) ) ) ) );
+        require(
+            qvStringFindFromRight( a.ref, offset, sub ) == at( hay.rfind( needle, static_cast< size_t >( offset ) ) ) );
+        require(
+            qvStringFindChar( a.ref, offset, needle[0] )
+            == at( hay.find( needle[0], static_cast< size_t >( offset ) ) ) );
+        require(
+            qvStringFindCharFromRight( a.ref, offset, needle[0] )
+            == ( offset == 0 ? -1 : at( hay.rfind( needle[0], static_cast< size_t >( offset - 1 ) ) ) ) );
 
         QV_INT           maxParts = in.flag() ? -1 : 1 + in.below( 9 );
         Ref< QV_VECTOR > parts( qvStringSplit( a.ref, sub, maxParts ) );
@@ -418,7 +424,8 @@ struct StringWalk : qv::fuzz::Walk
         auto   back = Ref< QV_STRING >( qvStringCreateFromUtf8( utf8, length ) );
         qvMemFree( utf8 );
 
-        if( std::none_of( slot.model.text.begin(), slot.model.text.end(), []( char32_t ch ) { return ch >> 11 == 0x1B; } ) )
+        if( std::none_of(
+                slot.model.text.begin(), slot.model.text.end(), []( char32_t ch ) { return ch >> 11 == 0x1B; } ) )
             require( charsOf( back ) == slot.model.text );
     }
 
@@ -435,9 +442,10 @@ struct StringWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK( StringWalk, { "share", &StringWalk::share }, { "clear", &StringWalk::clear },
-              { "insert", &StringWalk::insert }, { "insert", &StringWalk::insert }, { "insert", &StringWalk::insert },
-              { "chars", &StringWalk::chars }, { "chars", &StringWalk::chars }, { "many", &StringWalk::many },
-              { "erase", &StringWalk::erase }, { "erase", &StringWalk::erase }, { "setChar", &StringWalk::setChar },
-              { "trim", &StringWalk::trim }, { "mapCase", &StringWalk::mapCase }, { "sanitize", &StringWalk::sanitize },
-              { "create", &StringWalk::create }, { "look", &StringWalk::look }, { "convert", &StringWalk::convert } )
+QV_FUZZ_WALK(
+    StringWalk, { "share", &StringWalk::share }, { "clear", &StringWalk::clear }, { "insert", &StringWalk::insert },
+    { "insert", &StringWalk::insert }, { "insert", &StringWalk::insert }, { "chars", &StringWalk::chars },
+    { "chars", &StringWalk::chars }, { "many", &StringWalk::many }, { "erase", &StringWalk::erase },
+    { "erase", &StringWalk::erase }, { "setChar", &StringWalk::setChar }, { "trim", &StringWalk::trim },
+    { "mapCase", &StringWalk::mapCase }, { "sanitize", &StringWalk::sanitize }, { "create", &StringWalk::create },
+    { "look", &StringWalk::look }, { "convert", &StringWalk::convert } )

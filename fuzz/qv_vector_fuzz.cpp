@@ -1,5 +1,5 @@
-// Vectors beside std::vector, with the free slots that the rules of growth and compaction give their blocks. What is put
-// in may be an element that only the Vector holds, a part of the Vector, or the Vector itself.
+// Vectors beside std::vector, with the free slots that the rules of growth and compaction give their blocks. What is
+// put in may be an element that only the Vector holds, a part of the Vector, or the Vector itself.
 
 #include "qv_fuzz_walk.h"
 
@@ -117,10 +117,10 @@ struct VectorWalk : qv::fuzz::Walk
 
     void insert()
     {
-        Slot  &dest   = slots.any( in ), &src = slots.any( in );
-        bool   self   = dest.ref.get() == src.ref.get(), shared = slots.shared( dest ) || self;
-        QV_INT all    = src.model.length(), offset = in.upTo( all ), count = in.upTo( all - offset );
-        QV_INT at     = in.upTo( dest.model.length() );
+        Slot  &dest = slots.any( in ), &src = slots.any( in );
+        bool   self = dest.ref.get() == src.ref.get(), shared = slots.shared( dest ) || self;
+        QV_INT all = src.model.length(), offset = in.upTo( all ), count = in.upTo( all - offset );
+        QV_INT at = in.upTo( dest.model.length() );
 
         if( dest.model.length() + all > 3000 )
             return;
@@ -150,11 +150,11 @@ struct VectorWalk : qv::fuzz::Walk
 
     void objs()
     {
-        Slot                 &slot   = slots.any( in );
-        bool                  shared = slots.shared( slot );
-        QV_INT                count = in.length( 100 ), at = in.upTo( slot.model.length() );
+        Slot                   &slot   = slots.any( in );
+        bool                    shared = slots.shared( slot );
+        QV_INT                  count = in.length( 100 ), at = in.upTo( slot.model.length() );
         std::vector< QV_OBJ * > objs;
-        Values                values;
+        Values                  values;
 
         for( ; count > 0 && slot.model.length() < 3000; count-- )
         {
@@ -314,9 +314,10 @@ struct VectorWalk : qv::fuzz::Walk
         if( a.model.length() == 0 )
             return;
 
-        QV_INT idx   = in.upTo( a.model.length() - 1 );
-        auto   first = std::find( a.model.values.begin(), a.model.values.end(), a.model.values[static_cast< size_t >( idx )] );
-        QV_OBJ *obj  = qvVectorBacking( a.ref )[idx];
+        QV_INT idx = in.upTo( a.model.length() - 1 );
+        auto   first =
+            std::find( a.model.values.begin(), a.model.values.end(), a.model.values[static_cast< size_t >( idx )] );
+        QV_OBJ *obj = qvVectorBacking( a.ref )[idx];
         require( qvVectorIndexOfObj( a.ref, boxedInt( intOf( obj ) ), QV_TRUE ) == first - a.model.values.begin() );
         require( qvVectorIndexOfObj( a.ref, boxedInt( intOf( obj ) ), QV_FALSE ) == -1 );
         require( qvVectorIndexOfObj( a.ref, obj, QV_FALSE ) == first - a.model.values.begin() );
@@ -343,8 +344,9 @@ struct VectorWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK( VectorWalk, { "share", &VectorWalk::share }, { "clear", &VectorWalk::clear }, { "insert", &VectorWalk::insert },
-              { "insert", &VectorWalk::insert }, { "objs", &VectorWalk::objs }, { "object", &VectorWalk::object },
-              { "set", &VectorWalk::set }, { "self", &VectorWalk::self }, { "many", &VectorWalk::many },
-              { "erase", &VectorWalk::erase }, { "erase", &VectorWalk::erase }, { "reverse", &VectorWalk::reverse },
-              { "create", &VectorWalk::create }, { "look", &VectorWalk::look } )
+QV_FUZZ_WALK(
+    VectorWalk, { "share", &VectorWalk::share }, { "clear", &VectorWalk::clear }, { "insert", &VectorWalk::insert },
+    { "insert", &VectorWalk::insert }, { "objs", &VectorWalk::objs }, { "object", &VectorWalk::object },
+    { "set", &VectorWalk::set }, { "self", &VectorWalk::self }, { "many", &VectorWalk::many },
+    { "erase", &VectorWalk::erase }, { "erase", &VectorWalk::erase }, { "reverse", &VectorWalk::reverse },
+    { "create", &VectorWalk::create }, { "look", &VectorWalk::look } )
