@@ -1,6 +1,6 @@
-// Any bytes through a Decoder. The first byte, modulo 16, is the number of bytes that choose what is read, one after the
-// other; the Decoder gets what follows them. What could be read must be readable again after an Encoder has written it, and values
-// that are skipped must end where they end when they are kept.
+// Any bytes through a Decoder. The first byte, modulo 16, is the number of bytes that choose what is read, one after
+// the other; the Decoder gets what follows them. What could be read must be readable again after an Encoder has written
+// it, and values that are skipped must end where they end when they are kept.
 
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_decoder.h"

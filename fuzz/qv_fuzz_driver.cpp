@@ -1,47 +1,191 @@
-// Runs a fuzz target without libFuzzer: a fixed number of inputs from a fixed seed, made of pieces that the readers know.
+// Runs a fuzz target without libFuzzer: the files and folders on the command line, and then a fixed number of inputs
+// from a fixed seed. With a single file it runs that alone.
+//
+// All runs in a child process. When it fails the input is made as short as can be, by cutting bytes and trying again in
+// further children, and is then run once more with its operations printed.
 
-#include <cstddef>
-#include <cstdint>
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <random>
 #include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 extern "C" int LLVMFuzzerInitialize( int *argc, char ***argv ) __attribute__( ( weak ) );
 extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size );
 
+namespace
+{
 // No threads meet in a target, and ThreadSanitizer makes all slow.
 #ifdef __SANITIZE_THREAD__
-const int ROUNDS = 1000;
+const int ROUNDS = 100;
 #else
-const int ROUNDS = 20000;
+const int ROUNDS = 1000;
 #endif
 
-int main( int argc, char **argv )
-{
-    if( LLVMFuzzerInitialize )
-        LLVMFuzzerInitialize( &argc, &argv );
+const int      TRIES   = 2000; // how often an input that fails is tried in shorter forms
+const unsigned SECONDS = 60;   // an input that takes longer hangs
 
+// What the child is about to run, as the parent sees it.
+struct Shared
+{
+    size_t  size;
+    bool    done;
+    uint8_t data[1 << 20];
+};
+
+Shared *shared;
+
+void runOne( const std::string &input )
+{
+    shared->size = std::min( input.size(), sizeof( shared->data ) );
+    memcpy( shared->data, input.data(), shared->size );
+
+    // What lies behind the input is not its own.
+    std::vector< uint8_t > exact( shared->data, shared->data + shared->size );
+    alarm( SECONDS );
+    LLVMFuzzerTestOneInput( exact.data(), exact.size() );
+}
+
+std::string contents( const std::filesystem::path &file )
+{
+    std::ifstream stream( file, std::ios::binary );
+    return { std::istreambuf_iterator< char >( stream ), {} };
+}
+
+// Uniform bytes for the walks, and for the readers texts of pieces that they know.
+std::string randomInput( std::mt19937 &random )
+{
     static const std::string PIECES[] = {
-        "a=1\n", "a.b=", "a.", ".", "=", "%", "%%", "%00000a", "%110000", "\r\n", "\xc2\x85", "\xe2\x80\xa8", "\xef\xbb\xbf",
-        "\xf0\x9f\x98\x80", "\xc0\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\x7f\x7f\x7f", "\x88\x80", "\x01\x01\x01\x01\x61",
-        std::string( "\x00\x01\x00", 3 ), std::string( "\xff\xfe\x00\xd8", 4 ), "0x7f", "-9223372036854775808", "TRUE", "1,5" };
+        "a=1\n", "a.b=", "a.", ".", "=", "%", "%%", "%00000a", "%110000", "\r\n", "\xc2\x85", "\xe2\x80\xa8",
+        "\xef\xbb\xbf", "\xf0\x9f\x98\x80", "\xc0\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\x7f\x7f\x7f",
+        "\x88\x80", "\x01\x01\x01\x01\x61", std::string( "\x00\x01\x00", 3 ), std::string( "\xff\xfe\x00\xd8", 4 ),
+        "0x7f", "-9223372036854775808", "TRUE", "1,5" };
+
+    bool        pieces = random() % 2;
+    std::string input;
+
+    for( unsigned i = random() % ( pieces ? 40 : 160 ); i > 0; i-- )
+    {
+        if( pieces && random() % 4 )
+            input += PIECES[random() % std::size( PIECES )];
+        else
+            input += static_cast< char >( random() );
+    }
+
+    return input;
+}
+
+void runAll( const std::vector< std::filesystem::path > &files, bool alone )
+{
+    for( const std::filesystem::path &file : files )
+        runOne( contents( file ) );
 
     std::mt19937 random( 20240917 );
 
-    for( int round = 0; round < ROUNDS; round++ )
-    {
-        std::string input;
+    for( int round = 0; round < ROUNDS && !alone; round++ )
+        runOne( randomInput( random ) );
+}
 
-        for( unsigned i = random() % 40; i > 0; i-- )
+// Runs `body` in a child; false if it fails.
+template< class Body >
+bool passes( bool quiet, Body body )
+{
+    fflush( nullptr );
+
+    if( pid_t child = fork() )
+    {
+        int status;
+        waitpid( child, &status, 0 );
+        return child > 0 && status == 0;
+    }
+
+    if( quiet )
+        dup2( open( "/dev/null", O_WRONLY ), STDERR_FILENO );
+
+    if( LLVMFuzzerInitialize )
+        LLVMFuzzerInitialize( nullptr, nullptr );
+
+    shared->done = false;
+    body();
+    shared->done = true;
+    exit( 0 );
+}
+
+// Cuts halves, quarters and so on down to single bytes, as long as what is left still fails.
+std::string shrunk( std::string input )
+{
+    int tries = TRIES;
+
+    for( size_t piece = input.size() / 2; piece > 0; )
+    {
+        bool cut = false;
+
+        for( size_t at = 0; at + piece <= input.size() && tries > 0; )
         {
-            if( random() % 4 )
-                input += PIECES[random() % std::size( PIECES )];
+            std::string shorter = std::string( input ).erase( at, piece );
+            tries--;
+
+            if( passes( true, [&] { runOne( shorter ); } ) )
+                at += piece;
             else
-                input += static_cast< char >( random() );
+                input = shorter, cut = true;
         }
 
-        if( random() % 3 == 0 && !input.empty() )
-            input[random() % input.size()] ^= static_cast< char >( 1 << random() % 8 );
-
-        LLVMFuzzerTestOneInput( reinterpret_cast< const uint8_t * >( input.data() ), input.size() );
+        piece = cut && piece == 1 ? 1 : piece / 2;
     }
+
+    return input;
+}
+} // namespace
+
+int main( int argc, char **argv )
+{
+    std::vector< std::filesystem::path > files;
+
+    for( int i = 1; i < argc; i++ )
+    {
+        if( !std::filesystem::exists( argv[i] ) )
+        {
+            fprintf( stderr, "%s is not there\n", argv[i] );
+            return 2;
+        }
+
+        if( std::filesystem::is_directory( argv[i] ) )
+            for( auto &entry : std::filesystem::directory_iterator( argv[i] ) )
+                files.push_back( entry.path() );
+        else
+            files.push_back( argv[i] );
+    }
+
+    std::sort( files.begin(), files.end() );
+    shared = static_cast< Shared * >(
+        mmap( nullptr, sizeof( Shared ), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0 ) );
+
+    bool alone = files.size() == 1 && argc == 2 && !std::filesystem::is_directory( argv[1] );
+
+    if( passes( false, [&] { runAll( files, alone ); } ) )
+        return 0;
+
+    if( alone || shared->done )
+        return 1;
+
+    std::string input = shrunk( std::string( reinterpret_cast< char * >( shared->data ), shared->size ) );
+    std::string name =
+        std::filesystem::temp_directory_path() / std::filesystem::path( argv[0] ).filename().concat( ".failure" );
+    std::ofstream( name, std::ios::binary ) << input;
+    fprintf( stderr, "\nThe shortest input found, %zu bytes, is in %s. Its operations:\n", input.size(), name.c_str() );
+    setenv( "QV_FUZZ_TRACE", "1", 1 );
+    execl( "/proc/self/exe", argv[0], name.c_str(), static_cast< char * >( nullptr ) );
+
+    return 1;
 }

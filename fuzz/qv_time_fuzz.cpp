@@ -1,6 +1,6 @@
-// Texts that are times, or nearly: random characters hardly ever make a date, so each of the first bytes chooses a word,
-// and only what is behind them stands for itself. What is read must be valid, and its text must be read as the same
-// time.
+// Texts that are times, or nearly: random characters hardly ever make a date, so each of the first bytes chooses a
+// word, and only what is behind them stands for itself. What is read must be valid, and its text must be read as the
+// same time.
 
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_time.h"

@@ -1,0 +1,388 @@
+// Encoders beside the bytes of their formats, Decoders beside a reader of them: values written and read back, and any
+// bytes, up to the error that stays.
+
+#include "qv_fuzz_walk.h"
+
+#include "qv/base/qv_decoder.h"
+#include "qv/base/qv_encoder.h"
+
+using namespace qv::fuzz;
+using qv::Ref;
+
+namespace
+{
+using Text = std::u32string;
+
+/* The formats ------------------------------------------------------------------------------------------------------ */
+
+std::string bytesOfInt( QV_INT value )
+{
+    uint64_t    magnitude = value < 0 ? -static_cast< uint64_t >( value ) : static_cast< uint64_t >( value );
+    std::string digits;
+
+    for( ; magnitude > 0; magnitude /= 256 )
+        digits.insert( 0, 1, static_cast< char >( magnitude ) );
+
+    return static_cast< char >( digits.size() | ( value < 0 ? 0x80 : 0 ) ) + digits;
+}
+
+std::string bytesOfChars( const Text &text )
+{
+    std::string bytes;
+
+    for( char32_t ch : text )
+    {
+        if( ch >= 0x80 )
+            bytes +=
+                { static_cast< char >( 0x80 | ch >> 16 ), static_cast< char >( ch >> 8 ), static_cast< char >( ch ) };
+        else
+            bytes += static_cast< char >( ch );
+    }
+
+    return bytes;
+}
+
+std::string bytesOfText( const Text &text )
+{
+    return bytesOfInt( size( text ) ) + bytesOfChars( text );
+}
+
+// Reads by the formats. A failure stays.
+struct Reader
+{
+    std::string bytes;
+    size_t      at     = 0;
+    bool        failed = false;
+
+    QV_INT left() const
+    {
+        return failed ? 0 : static_cast< QV_INT >( bytes.size() - at );
+    }
+
+    bool ok( bool condition )
+    {
+        failed = failed || !condition;
+        return !failed;
+    }
+
+    unsigned byte()
+    {
+        return ok( left() > 0 ) ? static_cast< uint8_t >( bytes[at++] ) : 0;
+    }
+
+    QV_INT number( int nesting = 0 )
+    {
+        unsigned lead  = byte();
+        QV_INT   count = lead & 0x7F;
+
+        // How deep counts may be nested is the library's choice; nothing here nests them further.
+        if( count == 127 )
+            count = nesting < 8 ? number( nesting + 1 ) : -1;
+
+        if( !ok( !failed && count >= 0 && count <= left() ) )
+            return 0;
+
+        __int128 value = 0;
+
+        for( ; count > 0; count-- )
+        {
+            value = value * 256 + ( lead & 0x80 ? -static_cast< int >( byte() ) : static_cast< int >( byte() ) );
+
+            if( !ok( value >= QV_INT_MIN && value <= QV_INT_MAX ) )
+                return 0;
+        }
+
+        return static_cast< QV_INT >( value );
+    }
+
+    bool flag()
+    {
+        unsigned value = byte();
+        return ok( value < 2 ) && value;
+    }
+
+    char32_t character()
+    {
+        unsigned first = byte();
+
+        if( first < 0x80 || !ok( ( first & 0x60 ) == 0 ) )
+            return failed ? 0 : first;
+
+        char32_t value = ( first & 0x1F ) << 16;
+        value |= byte() << 8;
+        value |= byte();
+
+        return ok( value < 0x110000 ) ? value : 0;
+    }
+
+    Text text()
+    {
+        QV_INT count = number();
+        Text   result;
+
+        if( !ok( count >= 0 && count <= left() ) )
+            return result;
+
+        for( ; count > 0 && !failed; count-- )
+            result += character();
+
+        return failed ? Text() : result;
+    }
+
+    std::string block()
+    {
+        QV_INT count = number();
+
+        if( !ok( count >= 0 && count <= left() ) )
+            return {};
+
+        at += static_cast< size_t >( count );
+
+        return bytes.substr( at - static_cast< size_t >( count ), static_cast< size_t >( count ) );
+    }
+};
+
+/* The walk --------------------------------------------------------------------------------------------------------- */
+
+struct EncoderWalk : qv::fuzz::Walk
+{
+    using Walk::Walk;
+
+    Ref< QV_ENCODER > encoder{ qvEncoderCreate() };
+    Ref< QV_BUFFER >  held; // the bytes of an earlier moment, which must not change
+    std::string       bytes, heldBytes;
+
+    void value()
+    {
+        QV_INT number = in.number();
+
+        switch( in.below( 7 ) )
+        {
+        case 0:
+            qvEncoderEncodeBool( encoder, number > 0 );
+            bytes += static_cast< char >( number > 0 );
+            return;
+        case 1:
+        case 2:
+            qvEncoderEncodeInt( encoder, number );
+            bytes += bytesOfInt( number );
+            return;
+        case 3:
+        {
+            QV_CHAR ch = in.character();
+            qvEncoderEncodeChar( encoder, ch );
+            bytes += bytesOfChars( Text( 1, ch ) );
+            return;
+        }
+        case 4:
+        {
+            Text text = in.text( 2000 );
+            qvEncoderEncodeChars( encoder, text.data(), size( text ) );
+            bytes += bytesOfChars( text );
+            return;
+        }
+        case 5:
+        {
+            Text             text     = in.text( 2000 );
+            bool             optional = in.flag(), null = optional && in.flag();
+            Ref< QV_STRING > qvs = stringOf( text );
+
+            if( optional )
+                bytes += static_cast< char >( !null ),
+                    qvEncoderEncodeOptionalString( encoder, null ? nullptr : qvs.get() );
+            else
+                qvEncoderEncodeString( encoder, qvs );
+
+            bytes += null ? "" : bytesOfText( text );
+            return;
+        }
+        default:
+            // Any objects, which are written as their texts.
+            Ref< QV_VECTOR > vec( qvVectorCreate() );
+            QV_INT           count = in.below( 5 );
+            bytes += bytesOfInt( count * 2 );
+
+            for( ; count > 0; count-- )
+            {
+                Text text = in.text( 100 );
+                qvVectorAppendInt( vec.at(), number );
+                qvVectorAppendString( vec.at(), stringOf( text ) );
+                bytes += bytesOfText( wide( std::to_string( number ) ) ) + bytesOfText( text );
+            }
+
+            qvEncoderEncodeStringVector( encoder, vec );
+        }
+    }
+
+    // Plain bytes; the Buffer may be the one that the Encoder itself writes to.
+    void write()
+    {
+        Ref< QV_BUFFER > buf(
+            in.below( 4 ) == 0 ? qvEncoderBuffer( encoder )
+                               : bufferOf( std::string( static_cast< size_t >( in.length( 300 ) ), 'x' ) ).give() );
+        std::string src    = bytesOf( buf );
+        QV_INT      length = static_cast< QV_INT >( src.size() ), offset = in.upTo( length ),
+               count = in.upTo( length - offset );
+
+        if( bytes.size() > 20000 )
+            return;
+
+        switch( in.below( 8 ) )
+        {
+        case 0:
+            qvEncoderWrite( encoder, buf );
+            break;
+        case 1:
+            qvEncoderWriteInner( encoder, buf, offset, count );
+            src = src.substr( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
+            break;
+        case 2:
+            qvEncoderWriteOuter( encoder, buf, offset, count );
+            src.erase( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
+            break;
+        case 3:
+            qvEncoderWriteLeading( encoder, buf, offset );
+            src.resize( static_cast< size_t >( offset ) );
+            break;
+        case 4:
+            qvEncoderWriteTrailing( encoder, buf, offset );
+            src = src.substr( static_cast< size_t >( length - offset ) );
+            break;
+        case 5:
+            qvEncoderEncodeBuffer( encoder, buf );
+            src = bytesOfInt( length ) + src;
+            break;
+        case 6:
+            qvEncoderWriteEncoder( encoder, encoder );
+            src = bytes;
+            break;
+        default:
+            qvEncoderWriteByte( encoder, static_cast< uint8_t >( offset ) );
+            src = std::string( 1, static_cast< char >( offset ) );
+        }
+
+        bytes += src;
+    }
+
+    void hold()
+    {
+        held.reset( qvEncoderBuffer( encoder ) );
+        heldBytes = bytes;
+    }
+
+    void clear()
+    {
+        qvEncoderClear( encoder );
+        bytes.clear();
+    }
+
+    // The bytes as they are, or changed here and there, or any others.
+    void decode()
+    {
+        Reader reader{ bytes };
+
+        if( in.below( 3 ) == 0 )
+            for( reader.bytes.clear(); reader.bytes.size() < 40 && in.more(); )
+                reader.bytes += static_cast< char >( in.flag() ? in.byte() & 0x87 : in.byte() );
+
+        for( QV_INT changes = in.below( 4 ); changes > 0 && !reader.bytes.empty(); changes-- )
+            reader.bytes[static_cast< size_t >( in.below( static_cast< QV_INT >( reader.bytes.size() ) ) )] =
+                static_cast< char >( in.byte() );
+
+        Ref< QV_DECODER > decoder( qvDecoderCreate( bufferOf( reader.bytes ) ) );
+
+        for( QV_INT steps = in.below( 40 ); steps > 0; steps-- )
+        {
+            read( decoder, reader );
+            require( ( qvDecoderError( decoder ) != 0 ) == reader.failed );
+            require( qvDecoderRemaining( decoder ) == reader.left() );
+            require(
+                qvDecoderOffset( decoder )
+                == static_cast< QV_INT >( reader.failed ? reader.bytes.size() : reader.at ) );
+        }
+    }
+
+    void read( QV_DECODER *decoder, Reader &reader )
+    {
+        bool   skips = in.flag();
+        QV_INT what  = in.below( 8 );
+
+        switch( what )
+        {
+        case 0:
+        {
+            QV_BOOL value    = 7;
+            bool    expected = reader.flag(), ok = qvDecoderTryDecodeBool( decoder, skips ? nullptr : &value );
+            require( ok == !reader.failed && ( skips || value == ( ok && expected ) ) );
+            return;
+        }
+        case 1:
+        case 2:
+        {
+            QV_INT value    = 7;
+            QV_INT expected = reader.number();
+            bool   ok       = qvDecoderTryDecodeInt( decoder, skips ? nullptr : &value );
+            require( ok == !reader.failed && ( skips || value == ( ok ? expected : 0 ) ) );
+            return;
+        }
+        case 3:
+        {
+            QV_CHAR value    = 7;
+            QV_CHAR expected = reader.character();
+            bool    ok       = qvDecoderTryDecodeChar( decoder, skips ? nullptr : &value );
+            require( ok == !reader.failed && ( skips || value == ( ok ? expected : 0 ) ) );
+            return;
+        }
+        case 4:
+        case 5:
+        {
+            // What is in the variable is given up in any case.
+            Ref< QV_STRING > value    = stringOf( U"before" );
+            bool             null     = what == 5 && !reader.flag();
+            Text             expected = null || reader.failed ? Text() : reader.text();
+            bool             ok       = ( what == 5 ? qvDecoderTryDecodeOptionalString : qvDecoderTryDecodeString )(
+                decoder, skips ? nullptr : value.at() );
+            require( ok == !reader.failed );
+            require( skips || ( ok && !null ? value && charsOf( value ) == expected : !value ) );
+            return;
+        }
+        case 6:
+        {
+            Ref< QV_BUFFER > value    = bufferOf( "before" );
+            std::string      expected = reader.block();
+            bool             ok       = qvDecoderTryDecodeBuffer( decoder, skips ? nullptr : value.at() );
+            require( ok == !reader.failed );
+            require( skips || ( ok ? value && bytesOf( value ) == expected : !value ) );
+            return;
+        }
+        default:
+            Ref< QV_VECTOR >    value( qvVectorCreate() );
+            std::vector< Text > expected;
+
+            for( QV_INT count = reader.number(); count > 0 && !reader.failed; count-- )
+                expected.push_back( reader.text() );
+
+            bool ok = qvDecoderTryDecodeStringVector( decoder, skips ? nullptr : value.at() );
+            require( ok == !reader.failed );
+            require(
+                skips
+                || ( ok ? value && qvVectorLength( value ) == static_cast< QV_INT >( expected.size() ) : !value ) );
+
+            for( size_t i = 0; ok && !skips && i < expected.size(); i++ )
+                require( charsOf( qvStringFrom( qvVectorBacking( value )[i] ) ) == expected[i] );
+        }
+    }
+
+    void check()
+    {
+        Ref< QV_BUFFER > buf( qvEncoderBuffer( encoder ) );
+        require( bytesOf( buf ) == bytes && qvEncoderLength( encoder ) == static_cast< QV_INT >( bytes.size() ) );
+        require( !held || bytesOf( held ) == heldBytes );
+    }
+};
+} // namespace
+
+QV_FUZZ_WALK(
+    EncoderWalk, { "value", &EncoderWalk::value }, { "value", &EncoderWalk::value }, { "write", &EncoderWalk::write },
+    { "hold", &EncoderWalk::hold }, { "clear", &EncoderWalk::clear }, { "decode", &EncoderWalk::decode },
+    { "decode", &EncoderWalk::decode } )

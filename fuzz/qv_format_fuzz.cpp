@@ -1,0 +1,478 @@
+// Format strings beside a writer that goes by the rules, and the readers of numbers and truth values beside one that
+// does.
+
+#include "qv_fuzz_walk.h"
+
+#include "qv/base/qv_format.h"
+#include "qv/unicode/qv_unicode_properties.h"
+
+#include <cmath>
+#include <cstring>
+
+using namespace qv::fuzz;
+using qv::Ref;
+
+namespace
+{
+using Text = std::u32string;
+
+/* Writing ---------------------------------------------------------------------------------------------------------- */
+
+struct Conversion
+{
+    bool   left = false, plus = false, blank = false, zero = false, upper = false, decimal = false;
+    int    hashes = 0;
+    QV_INT width = 0, precision = -1, base = 10;
+
+    Text prefix() const
+    {
+        Text numeric = wide( std::to_string( base ) + ":" );
+
+        if( hashes < 1 || hashes > 2 || ( base == 10 && !decimal ) )
+            return {};
+
+        char32_t letter = base == 2 ? U'b' : base == 8 ? U'o' : base == 16 ? U'x' : base == 10 ? U'd' : 0;
+
+        return hashes == 2 || !letter ? numeric : Text{ U'0', upper ? letter - 32 : letter };
+    }
+
+    Text padded( const Text &text ) const
+    {
+        Text blanks( static_cast< size_t >( std::max< QV_INT >( width - size( text ), 0 ) ), U' ' );
+        return left ? text + blanks : blanks + text;
+    }
+
+    Text number( bool negative, const Text &digits, QV_INT counted = -1 ) const
+    {
+        Text sign = negative ? U"-" : plus ? U"+" : blank ? U" " : U"", head = sign + prefix();
+        counted = size( head ) + ( counted < 0 ? size( digits ) : counted );
+        Text pad( static_cast< size_t >( std::max< QV_INT >( width - counted, 0 ) ), zero && !left ? U'0' : U' ' );
+        return left ? head + digits + pad : zero ? head + pad + digits : pad + head + digits;
+    }
+
+    // Digits behind the precision of a real may come to a value that no character stands for.
+    char32_t digit( double value ) const
+    {
+        value = std::trunc( std::fabs( value ) );
+        return value < 36 ? digit( static_cast< unsigned >( value ) ) : U'0';
+    }
+
+    char32_t digit( unsigned value ) const
+    {
+        return value < 10 ? U'0' + value : ( upper ? U'A' : U'a' ) + value - 10;
+    }
+
+    Text digits( QV_INT value ) const
+    {
+        Text     result;
+        uint64_t rest = value < 0 ? -static_cast< uint64_t >( value ) : static_cast< uint64_t >( value );
+
+        do
+            result.insert( 0, 1, digit( static_cast< unsigned >( rest % static_cast< uint64_t >( base ) ) ) );
+        while( rest /= static_cast< uint64_t >( base ) );
+
+        return result;
+    }
+
+    // Step by step in the arithmetic of reals: digits are cut off, not rounded.
+    Text real( double value ) const
+    {
+        if( !std::isfinite( value ) )
+            return padded( std::isnan( value ) ? U"NAN" : U"INF" );
+
+        double radix = static_cast< double >( base ), scale = 1.0;
+        bool   negative = value < 0.0;
+        QV_INT counted =
+            1; // what is counted for the width, which may differ from what is written where reals are rounded
+        Text result;
+
+        for( double t = std::trunc( value / radix ); t != 0.0; t = std::trunc( t / radix ) )
+            scale *= radix, counted++;
+
+        for( ; scale >= 1.0; scale = std::trunc( scale / radix ) )
+        {
+            double q = value / scale;
+            result += digit( q );
+            value = std::fma( -std::trunc( q ), scale, value );
+        }
+
+        QV_INT places = precision == -1 ? 6 : precision;
+
+        if( places )
+            result += U'.', counted += places + 1;
+
+        for( ; places > 0; places-- )
+        {
+            double x    = radix * value;
+            double part = std::fma( -radix, std::trunc( value ), x ) / radix * radix;
+            result += digit( part );
+            value = x;
+        }
+
+        return number( negative, result, counted );
+    }
+};
+
+/* Reading ---------------------------------------------------------------------------------------------------------- */
+
+struct Reader
+{
+    Text   text;
+    size_t at = 0;
+
+    bool end() const
+    {
+        return at >= text.size();
+    }
+
+    void space()
+    {
+        while( !end() && qvUnicodeIsWhiteSpace( text[at] ) )
+            at++;
+    }
+
+    bool sign( bool plusToo, bool &negative )
+    {
+        if( end() || ( text[at] != U'-' && !( plusToo && text[at] == U'+' ) ) )
+            return false;
+
+        negative = text[at++] == U'-';
+        space();
+
+        return true;
+    }
+
+    // A sign, a prefix, and a sign behind it where there was none: gives the base.
+    QV_INT head( QV_INT base, bool plusToo, bool &negative )
+    {
+        static const char *const MNEMONICS[] = { "0b", "0B", "0o", "0O", "0d", "0D", "0x", "0X" };
+        static const QV_INT      BASES[]     = { 2, 8, 10, 16 };
+
+        negative = false;
+        space();
+        bool signedAlready = sign( plusToo, negative );
+
+        if( base != -1 )
+            return base;
+
+        base = 10;
+
+        for( QV_INT i = 0; i < 43; i++ )
+        {
+            Text prefix = wide( i < 8 ? MNEMONICS[i] : std::to_string( i - 6 ) + ":" );
+
+            if( text.compare( at, prefix.size(), prefix ) == 0 )
+            {
+                at += prefix.size();
+                base = i < 8 ? BASES[i / 2] : i - 6;
+                break;
+            }
+        }
+
+        space();
+
+        if( !signedAlready )
+            sign( true, negative );
+
+        return base;
+    }
+
+    QV_INT digit( QV_INT base ) const
+    {
+        return end() ? -1 : qvUnicodeBaseNDigitValue( text[at], base );
+    }
+
+    bool integer( QV_INT base, QV_INT &value )
+    {
+        bool     negative;
+        __int128 number = 0;
+        size_t   from;
+
+        base = head( base, true, negative );
+        from = at;
+
+        for( QV_INT d; ( d = digit( base ) ) >= 0; at++ )
+        {
+            __int128 longer = number * base + ( negative ? -d : d );
+
+            if( longer > QV_INT_MAX || longer < QV_INT_MIN )
+                break;
+
+            number = longer;
+        }
+
+        bool any = at > from;
+        value    = static_cast< QV_INT >( number );
+
+        if( any )
+            space();
+
+        return any;
+    }
+
+    bool real( QV_INT base, double &value )
+    {
+        bool negative, separated = false;
+        base         = head( base, false, negative );
+        double radix = static_cast< double >( base ), unit = 1 / radix, one = negative ? -1.0 : 1.0;
+        size_t from = at;
+        value       = 0.0;
+
+        for( ; !end(); at++ )
+        {
+            double d = static_cast< double >( digit( base ) );
+
+            if( d < 0 && !separated && ( text[at] == U'.' || text[at] == U',' ) )
+                separated = true;
+            else if( d < 0 )
+                break;
+            else if( separated )
+                value = std::fma( one * unit, d, value ), unit /= radix;
+            else
+                value = std::fma( value, radix, one * d );
+        }
+
+        if( at > from )
+            space();
+
+        return at > from;
+    }
+};
+
+/* The walk --------------------------------------------------------------------------------------------------------- */
+
+struct FormatWalk : qv::fuzz::Walk
+{
+    using Walk::Walk;
+
+    Conversion            conversion;
+    Text                  format;
+    std::vector< QV_INT > stars;
+
+    void star( QV_INT value, bool may )
+    {
+        if( may && in.flag() )
+            format += U'*', stars.push_back( value );
+        else
+            format += wide( std::to_string( value ) ) + ( in.below( 8 ) ? U"" : U" \t" );
+    }
+
+    // Flags, width, precision and base, some of them by arguments.
+    void begin( QV_INT mostBase )
+    {
+        conversion = Conversion();
+        stars.clear();
+        format = U"<";
+
+        for( QV_INT count = in.below( 4 ); count > 0; count-- )
+        {
+            char32_t flag = U"-+ 0^'#"[in.below( 7 )];
+            format        = ( format == U"<" ? U"<%" : format ) + flag;
+            conversion.left |= flag == U'-', conversion.plus |= flag == U'+', conversion.blank |= flag == U' ';
+            conversion.zero |= flag == U'0', conversion.upper |= flag == U'^', conversion.decimal |= flag == U'\'';
+            conversion.hashes += flag == U'#';
+        }
+
+        if( format == U"<" )
+            format += U'%';
+
+        if( in.flag() )
+        {
+            conversion.width = 1 + in.below( 90 );
+            star( conversion.width, true );
+        }
+
+        if( in.flag() )
+        {
+            format += U'.';
+            star( conversion.precision = in.below( 40 ), true );
+        }
+
+        if( mostBase && in.flag() )
+        {
+            format += U'!';
+            star( conversion.base = 2 + in.below( mostBase - 1 ), true );
+        }
+    }
+
+    // Another conversion stands behind, so that arguments must not be mixed up.
+    template< class T >
+    void run( const char *name, T argument, const Text &expected )
+    {
+        format += wide( name ) + U">%%%i";
+        Ref< QV_STRING > fmt    = stringOf( format ), result;
+        QV_INT           number = in.number();
+
+        if( stars.empty() )
+            result.reset( qvStringCreateFromFormat( fmt, argument, number ) );
+        else if( stars.size() == 1 )
+            result.reset( qvStringCreateFromFormat( fmt, stars[0], argument, number ) );
+        else if( stars.size() == 2 )
+            result.reset( qvStringCreateFromFormat( fmt, stars[0], stars[1], argument, number ) );
+        else
+            result.reset( qvStringCreateFromFormat( fmt, stars[0], stars[1], stars[2], argument, number ) );
+
+        if( tracing )
+        {
+            Text got = charsOf( result );
+            fprintf(
+                stderr, "\n  format   %s\n  expected <%s>\n  got      %s",
+                std::string( format.begin(), format.end() ).c_str(),
+                std::string( expected.begin(), expected.end() ).c_str(),
+                std::string( got.begin(), got.end() ).c_str() );
+        }
+
+        require( charsOf( result ) == U"<" + expected + U">%" + wide( std::to_string( number ) ) );
+    }
+
+    void integers()
+    {
+        begin( 36 );
+        QV_INT value = in.number();
+
+        switch( in.below( 4 ) )
+        {
+        case 0:
+            if( format.find( U'!' ) == Text::npos )
+                conversion.base = 16;
+
+            return run( "X", value, conversion.number( value < 0, conversion.digits( value ) ) );
+        case 1:
+        {
+            // Padded with zeros to the width of the largest value.
+            QV_INT largest  = conversion.precision >= 0 ? conversion.precision : QV_INT_MAX;
+            value           = static_cast< QV_INT >( static_cast< uint64_t >( value ) >> 1 );
+            value           = largest == QV_INT_MAX ? value : value % ( largest + 1 );
+            conversion.zero = true, conversion.left = false;
+            QV_INT width     = conversion.width;
+            conversion.width = 0;
+            conversion.width = std::max( width, size( conversion.number( false, conversion.digits( largest ) ) ) );
+            return run( "A", value, conversion.number( false, conversion.digits( value ) ) );
+        }
+        default:
+            return run( "i", value, conversion.number( value < 0, conversion.digits( value ) ) );
+        }
+    }
+
+    void reals()
+    {
+        static const double SPECIAL[] = { 0.0,  -0.0, 0.5,      0.999,     1e15, -1e18,
+                                          1e22, 1e-7, INFINITY, -INFINITY, NAN,  1.0 / 3 };
+        begin( 36 );
+        double value =
+            in.flag() ? SPECIAL[in.below( std::size( SPECIAL ) )] : static_cast< double >( in.number() ) / 1024;
+        run( "r", value, conversion.real( value ) );
+    }
+
+    void texts()
+    {
+        begin( 0 );
+        Text text = in.text( 200 );
+        bool null = in.below( 6 ) == 0, consumed = in.flag();
+        Text shown = null ? ( conversion.hashes ? U"" : U"null" ) : text;
+
+        if( conversion.precision >= 0 )
+            shown = shown.substr( 0, static_cast< size_t >( conversion.precision ) );
+
+        // The mark may stand among the flags only.
+        if( consumed )
+            format.insert( 2, 1, U'~' );
+
+        Ref< QV_STRING > qvs = null ? Ref< QV_STRING >() : stringOf( text );
+
+        if( QV_STRING *argument = consumed ? qvs.give() : qvs.get(); in.flag() )
+            run( "s", argument, conversion.padded( shown ) );
+        else
+            run( "o", qv::obj( argument ), conversion.padded( shown ) );
+    }
+
+    void others()
+    {
+        begin( 0 );
+        QV_CHAR ch    = in.character();
+        bool    value = in.flag();
+        Text    word  = value ? U"true" : U"false";
+
+        if( conversion.upper )
+            word = value ? U"TRUE" : U"FALSE";
+
+        switch( in.below( 3 ) )
+        {
+        case 0:
+            return run( "c", ch, conversion.padded( Text( 1, ch ) ) );
+        case 1:
+            return run( "b", static_cast< QV_INT >( value ), conversion.padded( word ) );
+        default:
+            // Takes no argument of its own; the one that is given is the number's.
+            Text rule(
+                static_cast< size_t >( conversion.width ),
+                conversion.precision >= 0 ? char32_t( conversion.precision ) : U'\t' );
+            return run( "m>%i<%#%", QV_INT( 7 ), rule + U">7<" );
+        }
+    }
+
+    void read()
+    {
+        static const char32_t *const PIECES[] = {
+            U" ", U"-", U"+", U"0", U"1", U"9", U"f", U"Z", U"0x", U"0B", U"16:", U"36:", U".", U",", U"\u2003",
+            U"TRUE", U"false", U"tRuE", U"9223372036854775807", U"922337203685477580", U"8", U"\u0663", U"0d", U"x" };
+        Text   text;
+        QV_INT base = in.flag() ? -1 : 2 + in.below( 35 ), value = 7, consumed = 7;
+        double real = 7;
+
+        for( QV_INT count = in.below( 8 ); count > 0; count-- )
+            text += PIECES[in.below( std::size( PIECES ) )];
+
+        if( text.empty() )
+            return;
+
+        // Read in the middle of a text.
+        Ref< QV_STRING > qvs = stringOf( U"7" + text + U"7" );
+        Reader           reader{ text }, realReader{ text };
+        QV_INT           number;
+        double           expected;
+        bool             ok = reader.integer( base, number );
+
+        require( qvFormatTryDecodeInt( qvs, 1, size( text ), base, &value, &consumed ) == ok );
+        require( value == ( ok ? number : 0 ) && consumed == static_cast< QV_INT >( reader.at ) );
+
+        ok = realReader.real( base, expected );
+        require( qvFormatTryDecodeReal( qvs, 1, size( text ), base, &real, &consumed ) == ok );
+        require( std::memcmp( &real, &( ok ? expected : expected = 0 ), 8 ) == 0 );
+        require( consumed == static_cast< QV_INT >( realReader.at ) );
+
+        Reader  reading{ text };
+        QV_BOOL truth   = 7;
+        bool    numeric = in.flag(), isTrue = false;
+
+        if( numeric && reading.real( -1, expected ) )
+            ok = true, isTrue = expected != 0.0;
+        else
+        {
+            reading.at = 0;
+            reading.space();
+            Text rest = reading.text.substr( reading.at, 5 );
+
+            for( char32_t &ch : rest )
+                ch = ch >= U'a' && ch <= U'z' ? ch - 32 : ch;
+
+            isTrue = rest.starts_with( U"TRUE" );
+            ok     = isTrue || rest == U"FALSE";
+
+            if( ok )
+                reading.at += isTrue ? 4 : 5, reading.space();
+        }
+
+        require( qvFormatTryDecodeBool( qvs, 1, size( text ), numeric, &truth, &consumed ) == ok );
+        require( truth == ( ok && isTrue ) && consumed == static_cast< QV_INT >( reading.at ) );
+    }
+
+    void check()
+    {
+    }
+};
+} // namespace
+
+QV_FUZZ_WALK(
+    FormatWalk, { "integers", &FormatWalk::integers }, { "reals", &FormatWalk::reals }, { "texts", &FormatWalk::texts },
+    { "others", &FormatWalk::others }, { "read", &FormatWalk::read } )

@@ -1,0 +1,249 @@
+// The normalizer beside the definition of the four forms: what is written in pieces of any kind, read in pieces of any
+// kind, and what is readable in between. Runs of marks reach beyond its limit, where only the pieces must not matter.
+
+#include "qv_fuzz_walk.h"
+
+#include "qv/unicode/qv_unicode_db_private.h"
+#include "qv/unicode/qv_unicode_normalizer.h"
+#include "qv/unicode/qv_unicode_properties.h"
+
+using namespace qv::fuzz;
+using qv::Ref;
+
+namespace
+{
+using Text = std::u32string;
+
+const QV_INT CANONICAL = 1; // the type of a mapping
+
+void decompose( char32_t ch, bool compatible, Text &out )
+{
+    if( ch >= 0xAC00 && ch <= 0xD7A3 )
+    {
+        out += 0x1100 + ( ch - 0xAC00 ) / 588;
+        out += 0x1161 + ( ch - 0xAC00 ) % 588 / 28;
+
+        if( ( ch - 0xAC00 ) % 28 )
+            out += 0x11A7 + ( ch - 0xAC00 ) % 28;
+
+        return;
+    }
+
+    QV_INT         length, type;
+    const QV_CHAR *mapping = qv___UnicodeCdmDbLookup( ch, &length, &type );
+
+    if( !mapping || ( type != CANONICAL && !compatible ) )
+        out += ch;
+    else
+        for( QV_INT i = 0; i < length; i++ )
+            decompose( mapping[i], compatible, out );
+}
+
+bool compose( char32_t a, char32_t b, char32_t &result )
+{
+    if( a >= 0x1100 && a <= 0x1112 && b >= 0x1161 && b <= 0x1175 )
+        result = 0xAC00 + ( ( a - 0x1100 ) * 21 + b - 0x1161 ) * 28;
+    else if( a >= 0xAC00 && a <= 0xD7A3 && ( a - 0xAC00 ) % 28 == 0 && b > 0x11A7 && b <= 0x11C2 )
+        result = a + b - 0x11A7;
+    else
+        return qv___UnicodeCompDbLookup( a, b, &result );
+
+    return true;
+}
+
+Text normalized( const Text &text, QV_INT form )
+{
+    Text whole, result;
+
+    for( size_t i = 0; i < text.size(); i++ )
+    {
+        char32_t ch = text[i], next = i + 1 < text.size() ? text[i + 1] : 0;
+
+        if( ch >> 10 == 0xD800 >> 10 && next >> 10 == 0xDC00 >> 10 )
+            decompose( 0x10000 + ( ( ch & 0x3FF ) << 10 ) + ( next & 0x3FF ), form & 1, whole ), i++;
+        else if( ch >> 11 != 0xD800 >> 11 )
+            decompose( ch, form & 1, whole );
+    }
+
+    // Marks are put in the order of their classes, as far as the next character of class 0.
+    for( auto from = whole.begin(); from != whole.end(); )
+    {
+        auto to = std::find_if( from + 1, whole.end(), []( char32_t ch ) { return qvUnicodeCccv( ch ) == 0; } );
+        std::stable_sort( from + ( qvUnicodeCccv( *from ) == 0 ), to, []( char32_t a, char32_t b ) {
+            return qvUnicodeCccv( a ) < qvUnicodeCccv( b );
+        } );
+        from = to;
+    }
+
+    if( form >= QV_UNICODE_NORMAL_FORM_NFD )
+        return whole;
+
+    size_t starter = Text::npos;
+    QV_INT last    = 0; // the class of the character in front, if it stands between
+
+    for( char32_t ch : whole )
+    {
+        QV_INT   cccv = qvUnicodeCccv( ch );
+        char32_t composed;
+
+        if( starter != Text::npos && ( last < cccv || ( last == 0 && cccv == 0 && starter == result.size() - 1 ) )
+            && compose( result[starter], ch, composed ) )
+        {
+            result[starter] = composed;
+            continue;
+        }
+
+        result += ch;
+        last = cccv;
+
+        if( cccv == 0 )
+            starter = result.size() - 1;
+    }
+
+    return result;
+}
+
+struct NormalizerWalk : qv::fuzz::Walk
+{
+    QV_INT                       form;
+    Ref< QV_UNICODE_NORMALIZER > norm, single; // written in pieces; one character at a time
+    Text                         written, got, gotSingle;
+
+    NormalizerWalk( const uint8_t *data, size_t size ) : Walk( data, size ), form( in.below( 4 ) )
+    {
+        norm.reset( qvUnicodeNormalizerCreate( form ) );
+        single.reset( qvUnicodeNormalizerCreate( form ) );
+    }
+
+    // Letters and marks of many classes, syllables, and whatever else.
+    Text text()
+    {
+        static const char32_t CHARS[] = { U'e',   0x301,  0x323,  0x307,   0x327,   0x345,   0x1100, 0x1161, 0x11A7,
+                                          0x11A8, 0xAC00, 0xAC01, 0xE9,    0x1E69,  0xFB01,  0x3099, 0x304B, 0x9C7,
+                                          0x9BE,  0xD834, 0xDD5E, 0x1D15E, 0x1D157, 0x1D165, 0x344,  0x1F82, 0x212B,
+                                          0x2126, 0xF900, 0x0F73, 0x0FB2,  0x110A5, 0x110BA };
+        Text                  result;
+
+        for( QV_INT count = in.below( 16 ); count > 0; count-- )
+        {
+            QV_INT how = in.below( 4 );
+            result += how == 0 ? in.text( 3000 )
+                               : Text(
+                                   how == 1 ? static_cast< size_t >( in.length( 4096 ) ) : 1,
+                                   CHARS[in.below( std::size( CHARS ) )] );
+        }
+
+        return result;
+    }
+
+    void write()
+    {
+        Text             part   = text();
+        Ref< QV_STRING > qvs    = stringOf( part );
+        QV_INT           length = size( part ), offset = in.upTo( length ), count = in.upTo( length - offset );
+
+        if( written.size() + part.size() > 20000 )
+            return;
+
+        switch( in.below( 4 ) )
+        {
+        case 0:
+            qvUnicodeNormalizerWrite( norm, qvs );
+            break;
+        case 1:
+            qvUnicodeNormalizerWriteInner( norm, qvs, offset, count );
+            part = part.substr( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
+            break;
+        case 2:
+            qvUnicodeNormalizerWriteOuter( norm, qvs, offset, count );
+            part.erase( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
+            break;
+        default:
+            qvUnicodeNormalizerWriteChars( norm, part.data(), length );
+        }
+
+        for( char32_t ch : part )
+            qvUnicodeNormalizerWriteChar( single, ch );
+
+        written += part;
+    }
+
+    void read()
+    {
+        QV_INT most = in.upTo( qvUnicodeNormalizerReadable( norm ) + 1 );
+
+        if( in.flag() )
+        {
+            Ref< QV_STRING > qvs( qvStringCreate() );
+            QV_INT           count = qvUnicodeNormalizerRead( norm, qvs.at(), most );
+            require( count == qvStringLength( qvs ) );
+            got += charsOf( qvs );
+        }
+        else
+        {
+            Text array( static_cast< size_t >( most ), U' ' );
+            got += array.substr( 0, static_cast< size_t >( qvUnicodeNormalizerReadChars( norm, array.data(), most ) ) );
+        }
+    }
+
+    static void readAll( QV_UNICODE_NORMALIZER *from, Text &to )
+    {
+        Ref< QV_STRING > qvs( qvStringCreate() );
+        qvUnicodeNormalizerRead( from, qvs.at(), -1 );
+        to += charsOf( qvs );
+    }
+
+    void flush()
+    {
+        qvUnicodeNormalizerFlush( norm );
+        qvUnicodeNormalizerFlush( single );
+        readAll( norm, got );
+        readAll( single, gotSingle );
+        require( got == gotSingle );
+
+        // Marks beyond the limit are put in order by the piece.
+        size_t marks = 0, most = 0;
+
+        for( char32_t ch : normalized( written, form | QV_UNICODE_NORMAL_FORM_NFD ) )
+            most = std::max( most, marks = qvUnicodeCccv( ch ) ? marks + 1 : 0 );
+
+        if( most < 4000 )
+        {
+            Text expected = normalized( written, form );
+            require( got == expected );
+
+            // The same on Strings, where surrogates may stand alone.
+            if( std::none_of( written.begin(), written.end(), []( char32_t ch ) { return ch >> 11 == 0xD800 >> 11; } ) )
+            {
+                Ref< QV_STRING > qvs                    = stringOf( written );
+                void ( *const FORMS[] )( QV_STRING ** ) = {
+                    qvStringNormalizeNFC, qvStringNormalizeNFKC, qvStringNormalizeNFD, qvStringNormalizeNFKD };
+                FORMS[form]( qvs.at() );
+                require( charsOf( qvs ) == expected );
+                FORMS[form]( qvs.at() );
+                require( charsOf( qvs ) == expected );
+            }
+        }
+
+        written.clear(), got.clear(), gotSingle.clear();
+    }
+
+    void clear()
+    {
+        qvUnicodeNormalizerClear( norm );
+        qvUnicodeNormalizerClear( single );
+        written.clear(), got.clear(), gotSingle.clear();
+    }
+
+    // As much is readable, whatever the pieces.
+    void check()
+    {
+        readAll( single, gotSingle );
+        require( size( got ) + qvUnicodeNormalizerReadable( norm ) == size( gotSingle ) );
+    }
+};
+} // namespace
+
+QV_FUZZ_WALK(
+    NormalizerWalk, { "write", &NormalizerWalk::write }, { "write", &NormalizerWalk::write },
+    { "read", &NormalizerWalk::read }, { "flush", &NormalizerWalk::flush }, { "clear", &NormalizerWalk::clear } )

@@ -1,0 +1,387 @@
+// Command lines beside a parser that goes by the rules step by step. The definition changes while a cursor uses it, and
+// the arguments stay as they were given.
+
+#include "qv_fuzz_walk.h"
+
+#include "qv/base/qv_opt_def.h"
+#include "qv/base/qv_opt_seq.h"
+
+#include <map>
+#include <optional>
+#include <set>
+
+using namespace qv::fuzz;
+using qv::Ref;
+
+namespace
+{
+using Text = std::u32string;
+
+enum Flags
+{
+    ARGUMENT  = 1,
+    IGNORE    = 2,
+    ONCE      = 4,
+    NO_ABBREV = 8
+};
+
+struct Definition
+{
+    std::map< QV_CHAR, QV_INT > shorts;
+    std::map< Text, QV_INT >    longs;
+    std::map< QV_INT, QV_INT >  flags;
+    QV_INT                      argOnly = -7;
+    bool                        reorder = false, stringize = false;
+};
+
+// An argument: a text, or an integer that is an object.
+struct Word
+{
+    bool isText;
+    Text text;
+
+    bool operator==( const Word & ) const = default;
+};
+
+struct Parser
+{
+    Definition          def;
+    std::vector< Word > argv;
+    std::set< QV_INT >  once    = {};
+    bool                options = true;
+
+    // The result of a step.
+    QV_INT                id  = 0;
+    std::optional< Text > opt = {}, error = {};
+    std::optional< Word > arg = {};
+
+    void dropFinalDashes()
+    {
+        if( argv.size() == 1 && argv[0] == Word{ true, U"--" } )
+            argv.clear();
+    }
+
+    QV_INT fail( QV_INT with )
+    {
+        static const char *const TEXTS[] = {
+            "option undefined", "ambiguous", "argument missing", "argument disallowed", "multiple options disallowed",
+            "abbreviated option disallowed" };
+        error = *opt + U": " + wide( TEXTS[-with - 1] );
+        return with;
+    }
+
+    // The one name that begins with it, if none is it.
+    QV_INT find( const Text &name, bool &abbreviated )
+    {
+        QV_INT found = -1;
+        abbreviated  = false;
+
+        if( name.empty() )
+            return -1;
+
+        if( def.longs.contains( name ) )
+            return def.longs[name];
+
+        for( auto &[key, value] : def.longs )
+        {
+            if( !key.starts_with( name ) )
+                continue;
+
+            if( abbreviated )
+                return -2;
+
+            abbreviated = true;
+            found       = value;
+        }
+
+        return found;
+    }
+
+    bool takeArgument( size_t at )
+    {
+        if( at >= argv.size() )
+            return false;
+
+        arg = argv[at];
+        argv.erase( argv.begin() + static_cast< QV_INT >( at ) );
+
+        return true;
+    }
+
+    QV_INT step()
+    {
+        size_t i = 0, start = argv.size();
+
+        for( ;; )
+        {
+            if( i >= argv.size() )
+                return QV_OPT_SEQ_NOTHING;
+
+            auto at   = argv.begin() + static_cast< QV_INT >( i );
+            Word word = *at;
+            Text text = word.text;
+
+            if( !word.isText && def.reorder && options )
+            {
+                if( ++i == start )
+                    options = false, i = 0, start = argv.size();
+
+                continue;
+            }
+
+            if( !word.isText || !options || text.size() < 2 || text[0] != U'-' )
+            {
+                argv.erase( at );
+
+                if( def.argOnly >= 0 )
+                    arg = word;
+                else
+                    error = wide( "non-option argument disallowed" );
+
+                return std::max< QV_INT >( def.argOnly, -7 );
+            }
+
+            QV_INT found, flags;
+
+            if( text == U"--" )
+            {
+                options = false;
+                argv.erase( at );
+                i = 0, start = argv.size();
+                continue;
+            }
+
+            if( text[1] != U'-' )
+            {
+                auto entry = def.shorts.find( text[1] );
+                found      = entry == def.shorts.end() ? -1 : entry->second;
+                flags      = found < 0 ? 0 : def.flags[found];
+                opt        = text.substr( 0, 2 );
+                text.erase( 1, 1 );
+
+                if( text.size() == 1 )
+                    argv.erase( at );
+                else
+                    at->text = text;
+
+                if( found < 0 )
+                    return fail( found );
+
+                if( flags & ARGUMENT && text.size() > 1 )
+                {
+                    takeArgument( i );
+                    arg = Word{ true, text.substr( 1 ) };
+                }
+                else if( flags & ARGUMENT && !takeArgument( i ) )
+                    return fail( -3 );
+            }
+            else
+            {
+                size_t equals = text.find( U'=' );
+                bool   abbreviated;
+                argv.erase( at );
+
+                if( equals != Text::npos )
+                    arg = Word{ true, text.substr( equals + 1 ) };
+
+                opt   = text.substr( 0, equals );
+                found = find( opt->substr( 2 ), abbreviated );
+                flags = found < 0 ? 0 : def.flags[found];
+
+                if( found < 0 )
+                    return fail( found );
+
+                if( flags & ARGUMENT && !arg && !takeArgument( i ) )
+                    return fail( -3 );
+
+                if( flags & NO_ABBREV && abbreviated )
+                    return fail( -6 );
+
+                if( !( flags & ARGUMENT ) && arg )
+                    return fail( -4 );
+            }
+
+            if( flags & ONCE && !once.insert( found ).second )
+                return fail( -5 );
+
+            if( !( flags & IGNORE ) )
+                return found;
+
+            opt.reset(), arg.reset();
+            i++;
+        }
+    }
+
+    void next()
+    {
+        opt.reset(), arg.reset(), error.reset();
+        id = step();
+        dropFinalDashes();
+    }
+};
+
+struct OptWalk : qv::fuzz::Walk
+{
+    using Walk::Walk;
+    using Slot = Slots< QV_OPT_DEF, Definition >::Slot;
+
+    Slots< QV_OPT_DEF, Definition > slots{ qvOptDefCreate };
+
+    void share()
+    {
+        slots.share( in );
+    }
+
+    void copy()
+    {
+        Slot &to = slots.any( in ), &from = slots.any( in );
+        to.set( qvOptDefCreateFrom( from.ref ), from.model );
+    }
+
+    Text name()
+    {
+        static const char *const NAMES[] = { "a",  "al",   "all", "alpha",   "beta", "b",
+                                             "be", "file", "fil", "verbose", "ver" };
+        return wide( NAMES[in.below( std::size( NAMES ) )] );
+    }
+
+    void define()
+    {
+        Slot  &slot = slots.any( in );
+        QV_INT id = in.below( 6 ), value = in.below( 16 );
+        Text   text = name();
+
+        switch( in.below( 7 ) )
+        {
+        case 0:
+        case 1:
+            qvOptDefSetShortOpt( slot.ref.at(), text[0], id );
+            slot.model.shorts[text[0]] = id;
+            break;
+        case 2:
+        case 3:
+            qvOptDefSetLongOpt( slot.ref.at(), stringOf( text ), id );
+            slot.model.longs[text] = id;
+            break;
+        case 4:
+            qvOptDefSetFlags( slot.ref.at(), id, value );
+            slot.model.flags[id] = value;
+            break;
+        case 5:
+            qvOptDefSetArgOnly( slot.ref.at(), value < 12 ? id : -7 );
+            slot.model.argOnly = value < 12 ? id : -7;
+            break;
+        default:
+            qvOptDefSetReorder( slot.ref.at(), slot.model.reorder = value & 1 );
+            qvOptDefSetStringize( slot.ref.at(), slot.model.stringize = value & 2 );
+        }
+    }
+
+    static bool same( QV_OBJ *obj, const Word &word )
+    {
+        return qvObjSort( obj ) == ( word.isText ? qvStringSort() : qvBoxedIntSort() )
+               && takeText( qvObjToString( obj ) ) == word.text;
+    }
+
+    static void compare( QV_VECTOR *vec, const std::vector< Word > &words )
+    {
+        require( qvVectorLength( vec ) == static_cast< QV_INT >( words.size() ) );
+
+        for( size_t i = 0; i < words.size(); i++ )
+            require( same( qvVectorBacking( vec )[i], words[i] ) );
+    }
+
+    void parse()
+    {
+        static const char32_t *const PIECES[] = { U"-", U"--", U"=",  U"a",    U"b",       U"f",
+                                                  U"v", U"x",  U"-a", U"--al", U"--file=", U"é" };
+        Slot                        &slot     = slots.any( in );
+        Parser                       parser{ slot.model, {} };
+        Ref< QV_VECTOR >             argv( qvVectorCreate() );
+
+        for( QV_INT count = in.below( 24 ); count > 0; count-- )
+        {
+            Word word{ in.below( 5 ) > 0, {} };
+
+            if( !word.isText )
+                word.text = wide( std::to_string( count - 6 ) );
+            else if( in.flag() )
+                word.text = ( in.flag() ? U"--" : U"-" ) + name();
+            else
+                for( QV_INT pieces = in.below( 5 ); pieces > 0; pieces-- )
+                    word.text += PIECES[in.below( std::size( PIECES ) )];
+
+            if( word.isText )
+                qvVectorAppendString( argv.at(), stringOf( word.text ) );
+            else
+                qvVectorAppendInt( argv.at(), count - 6 );
+
+            if( tracing )
+                fprintf(
+                    stderr, " '%s'%s", std::string( word.text.begin(), word.text.end() ).c_str(),
+                    word.isText ? "" : " (object)" );
+
+            parser.argv.push_back( word );
+        }
+
+        std::vector< Word > given = parser.argv;
+        Ref< QV_OPT_SEQ >   seq( qvOptSeqCreate( slot.ref, argv ) );
+
+        if( slot.model.stringize )
+            for( Word &word : parser.argv )
+                word.isText = true;
+
+        parser.dropFinalDashes();
+
+        while( qvOptSeqHasNext( seq ) )
+        {
+            require( !parser.argv.empty() );
+
+            if( in.below( 8 ) == 0 )
+                define();
+
+            parser.next();
+
+            if( tracing )
+                fprintf(
+                    stderr, "\n  expected id %lld, %zu words left", static_cast< long long >( parser.id ),
+                    parser.argv.size() );
+
+            require( qvOptSeqNext( seq ) == parser.id && qvOptSeqIdSecondary( seq ) == parser.id );
+            compare( Ref< QV_VECTOR >( qvOptSeqRemainingArgv( seq ) ), parser.argv );
+
+            Ref< QV_STRING > opt( qvOptSeqOpt( seq ) ), error( qvOptSeqError( seq ) );
+            Ref< QV_OBJ >    arg( qvOptSeqArgObj( seq ) );
+            require( opt ? parser.opt && charsOf( opt ) == *parser.opt : !parser.opt );
+            require( error ? parser.error && charsOf( error ) == *parser.error : !parser.error );
+            require( arg ? parser.arg && same( arg, *parser.arg ) : !parser.arg );
+        }
+
+        require( parser.argv.empty() );
+        compare( argv, given );
+    }
+
+    void check()
+    {
+        for( Slot &slot : slots.slots )
+        {
+            require(
+                qvOptDefArgOnly( slot.ref ) == slot.model.argOnly
+                && qvOptDefReorder( slot.ref ) == slot.model.reorder );
+
+            for( auto &[ch, id] : slot.model.shorts )
+                require( qvOptDefShortOpt( slot.ref, ch ) == id );
+
+            for( QV_INT id = 0; id < 6; id++ )
+                require( qvOptDefFlags( slot.ref, id ) == slot.model.flags[id] );
+        }
+
+        slots.checkCounts();
+    }
+};
+} // namespace
+
+QV_FUZZ_WALK(
+    OptWalk, { "share", &OptWalk::share }, { "copy", &OptWalk::copy }, { "define", &OptWalk::define },
+    { "define", &OptWalk::define }, { "define", &OptWalk::define }, { "parse", &OptWalk::parse },
+    { "parse", &OptWalk::parse } )

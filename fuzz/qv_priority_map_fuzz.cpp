@@ -1,0 +1,279 @@
+// PriorityMaps beside sets of pairs, and Enums and Flagsets beside maps. Objects and names that are arguments are often
+// held by nobody but the map.
+
+#include "qv_fuzz_walk.h"
+
+#include "qv/base/qv_enum.h"
+#include "qv/base/qv_flagset.h"
+#include "qv/base/qv_priority_map.h"
+
+#include <map>
+#include <set>
+
+using namespace qv::fuzz;
+using qv::Ref;
+
+namespace
+{
+// By priority, then as the objects order, which are boxed integers.
+using Pairs = std::set< std::pair< QV_INT, QV_INT > >;
+using Names = std::map< std::u32string, QV_INT >;
+
+struct EnumModel
+{
+    Names                              values;
+    std::map< QV_INT, std::u32string > names;
+};
+
+struct FlagModel
+{
+    Names          values;
+    std::u32string names[64];
+};
+
+struct MapWalk : qv::fuzz::Walk
+{
+    using Walk::Walk;
+
+    Slots< QV_PRIORITY_MAP, Pairs > maps{ qvPriorityMapCreate };
+    Slots< QV_ENUM, EnumModel >     enums{ qvEnumCreate };
+    Slots< QV_FLAGSET, FlagModel >  flags{ qvFlagsetCreate };
+
+    void share()
+    {
+        switch( in.below( 3 ) )
+        {
+        case 0:
+            return maps.share( in );
+        case 1:
+            return enums.share( in );
+        default:
+            return flags.share( in );
+        }
+    }
+
+    static auto find( Pairs &pairs, QV_INT value )
+    {
+        return std::find_if( pairs.begin(), pairs.end(), [&]( auto &pair ) { return pair.second == value; } );
+    }
+
+    static QV_INT priorityOf( Pairs::iterator at, Pairs &pairs )
+    {
+        return at == pairs.end() ? 0 : at->first;
+    }
+
+    void set()
+    {
+        auto  &slot     = maps.any( in );
+        QV_INT priority = in.below( 4 ) ? in.below( 8 ) : in.number();
+        QV_INT repeat   = in.below( 8 ) ? 1 : in.length( 80 );
+        QV_INT value    = in.below( 120 );
+
+        for( ; repeat > 0; repeat--, value++, priority ^= repeat % 3 )
+        {
+            Ref< QV_OBJ > made = boxedInt( value );
+            auto          at   = find( slot.model, value );
+            QV_OBJ       *obj  = made;
+
+            if( at != slot.model.end() )
+            {
+                // The very object in the map.
+                obj = Ref< QV_OBJ >( qvPriorityMapValueAt( slot.ref, std::distance( slot.model.begin(), at ) ) ).get();
+                slot.model.erase( at );
+            }
+
+            qvPriorityMapSet( slot.ref.at(), priority, obj );
+            slot.model.insert( { priority, value } );
+        }
+    }
+
+    void erase()
+    {
+        auto &slot = maps.any( in );
+
+        if( in.flag() && !slot.model.empty() )
+        {
+            QV_INT  idx = in.upTo( static_cast< QV_INT >( slot.model.size() ) - 1 );
+            QV_OBJ *obj = Ref< QV_OBJ >( qvPriorityMapValueAt( slot.ref, idx ) ).get();
+            in.flag() ? qvPriorityMapDelAt( slot.ref.at(), idx ) : qvPriorityMapDel( slot.ref.at(), obj );
+            slot.model.erase( std::next( slot.model.begin(), idx ) );
+            return;
+        }
+
+        QV_INT value = in.below( 140 );
+        qvPriorityMapDel( slot.ref.at(), boxedInt( value ) );
+
+        if( auto at = find( slot.model, value ); at != slot.model.end() )
+            slot.model.erase( at );
+    }
+
+    void create()
+    {
+        auto &to = maps.any( in ), &from = maps.any( in );
+
+        if( in.flag() )
+            return to.set( qvPriorityMapCreateFrom( from.ref ), from.model );
+
+        qvPriorityMapClear( to.ref.at() );
+        to.model.clear();
+    }
+
+    void look()
+    {
+        auto         &slot   = maps.any( in );
+        Pairs        &pairs  = slot.model;
+        QV_INT        value  = in.below( 140 ), priority;
+        auto          at     = find( pairs, value );
+        bool          has    = at != pairs.end();
+        Ref< QV_OBJ > obj    = boxedInt( value );
+        auto          expect = [&]( QV_OBJ *owned, Pairs::iterator expected ) {
+            Ref< QV_OBJ > found( owned );
+            require( priority == priorityOf( expected, pairs ) );
+            require( found ? intOf( found ) == expected->second : expected == pairs.end() );
+        };
+
+        require( qvPriorityMapHas( slot.ref, obj ) == has );
+        require( qvPriorityMapIndexOf( slot.ref, obj ) == ( has ? std::distance( pairs.begin(), at ) : -1 ) );
+        expect( qvPriorityMapLowest( slot.ref, &priority ), pairs.begin() );
+        expect( qvPriorityMapHighest( slot.ref, &priority ), pairs.empty() ? pairs.end() : std::prev( pairs.end() ) );
+        expect( qvPriorityMapHigher( slot.ref, obj, &priority ), has ? std::next( at ) : at );
+        expect(
+            qvPriorityMapLower( slot.ref, obj, &priority ),
+            has && at != pairs.begin() ? std::prev( at ) : pairs.end() );
+    }
+
+    std::u32string name()
+    {
+        return wide( "N_" ) + char32_t( U'A' + in.below( 12 ) );
+    }
+
+    // A new String of the name, or the very one that the map has among its names, held by nobody else.
+    Ref< QV_STRING > fresh;
+
+    QV_STRING *nameOf( const std::u32string &n, QV_VECTOR *owned )
+    {
+        Ref< QV_VECTOR > names( owned );
+        QV_INT           idx = qvVectorIndexOfObj( names, qv::obj( ( fresh = stringOf( n ) ).get() ), QV_TRUE );
+
+        if( idx < 0 || in.flag() )
+            return fresh;
+
+        fresh.reset();
+
+        return qvStringFrom( qvVectorBacking( names )[idx] );
+    }
+
+    void enumerant()
+    {
+        auto          &slot  = enums.any( in );
+        std::u32string n     = name();
+        QV_INT         value = in.below( 8 );
+        QV_STRING     *qvs   = nameOf( n, qvEnumEnumerantsVector( slot.ref ) );
+
+        if( auto at = slot.model.values.find( n ); at != slot.model.values.end() )
+        {
+            // A value that several names share keeps the last one entered.
+            if( auto named = slot.model.names.find( at->second );
+                named != slot.model.names.end() && named->second == n )
+                slot.model.names.erase( named );
+
+            slot.model.values.erase( at );
+        }
+
+        if( in.below( 3 ) == 0 )
+            return qvEnumDelEnumerant( slot.ref.at(), qvs );
+
+        qvEnumSetEnumerant( slot.ref.at(), qvs, value );
+        slot.model.values[n]    = value;
+        slot.model.names[value] = n;
+    }
+
+    void flag()
+    {
+        auto          &slot = flags.any( in );
+        std::u32string n    = name();
+        QV_INT         bit  = in.upTo( 63 );
+        QV_STRING     *qvs  = nameOf( n, qvFlagsetFlagsVector( slot.ref ) );
+
+        if( auto at = slot.model.values.find( n ); at != slot.model.values.end() )
+        {
+            // It keeps its bit or goes: what a name that moves leaves behind is not promised.
+            if( in.flag() )
+                return qvFlagsetSetFlag( slot.ref.at(), qvs, at->second );
+
+            qvFlagsetDelFlag( slot.ref.at(), qvs );
+            slot.model.names[__builtin_ctzll( static_cast< uint64_t >( at->second ) )].clear();
+            slot.model.values.erase( at );
+            return;
+        }
+
+        if( !slot.model.names[bit].empty() )
+            return;
+
+        qvFlagsetSetFlag( slot.ref.at(), qvs, static_cast< QV_INT >( 1ull << bit ) );
+        slot.model.values[n]  = static_cast< QV_INT >( 1ull << bit );
+        slot.model.names[bit] = n;
+    }
+
+    void check()
+    {
+        for( auto &slot : maps.slots )
+        {
+            QV_INT idx = 0;
+            require( qvPriorityMapLength( slot.ref ) == static_cast< QV_INT >( slot.model.size() ) );
+
+            for( auto &[priority, value] : slot.model )
+            {
+                require( qvPriorityMapPriorityAt( slot.ref, idx ) == priority );
+                require( intOf( Ref< QV_OBJ >( qvPriorityMapValueAt( slot.ref, idx++ ) ) ) == value );
+            }
+        }
+
+        for( auto &slot : enums.slots )
+        {
+            require(
+                qvVectorLength( Ref< QV_VECTOR >( qvEnumEnumerantsVector( slot.ref ) ) )
+                == static_cast< QV_INT >( slot.model.values.size() ) );
+
+            for( auto &[n, value] : slot.model.values )
+                require( qvEnumEnumerant( slot.ref, stringOf( n ) ) == value );
+
+            for( QV_INT value = 0; value < 8; value++ )
+            {
+                auto             at = slot.model.names.find( value );
+                Ref< QV_STRING > generated( qvEnumGenerate( slot.ref, value ) );
+                require(
+                    generated ? at != slot.model.names.end() && charsOf( generated ) == at->second
+                              : at == slot.model.names.end() );
+            }
+        }
+
+        for( auto &slot : flags.slots )
+        {
+            QV_INT         all = 0;
+            std::u32string text;
+
+            for( size_t bit = 0; bit < 64; bit++ )
+            {
+                if( slot.model.names[bit].empty() )
+                    continue;
+
+                all |= static_cast< QV_INT >( 1ull << bit );
+                text += ( text.empty() ? U"" : U"|" ) + slot.model.names[bit];
+            }
+
+            Ref< QV_STRING > generated( qvFlagsetGenerate( slot.ref, all ) );
+            require( charsOf( generated ) == text && qvFlagsetParse( slot.ref, generated ) == all );
+        }
+
+        maps.checkCounts();
+        enums.checkCounts();
+        flags.checkCounts();
+    }
+};
+} // namespace
+
+QV_FUZZ_WALK(
+    MapWalk, { "share", &MapWalk::share }, { "create", &MapWalk::create }, { "set", &MapWalk::set },
+    { "set", &MapWalk::set }, { "erase", &MapWalk::erase }, { "look", &MapWalk::look },
+    { "enumerant", &MapWalk::enumerant }, { "flag", &MapWalk::flag } )

@@ -1,0 +1,522 @@
+// Stores beside nested maps, and both persisted forms beside a writer and a reader of the maps. Addresses, values and
+// sub-stores that are arguments are often held by nobody but the Store.
+
+#include "qv_fuzz_walk.h"
+
+#include "qv/base/qv_store.h"
+#include "qv/unicode/qv_unicode_properties.h"
+
+#include <map>
+
+using namespace qv::fuzz;
+using qv::Ref;
+
+namespace
+{
+using Text  = std::u32string;
+using Lines = std::vector< Text >;
+
+struct Doc
+{
+    std::map< Text, Text > values;
+    std::map< Text, Doc >  stores;
+
+    bool operator==( const Doc & ) const = default;
+
+    std::map< Text, int > addresses() const
+    {
+        std::map< Text, int > all;
+
+        for( auto &[address, value] : values )
+            all[address] |= 1;
+
+        for( auto &[address, store] : stores )
+            all[address] |= 2;
+
+        return all;
+    }
+
+    QV_INT size() const
+    {
+        QV_INT count = 1 + static_cast< QV_INT >( values.size() );
+
+        for( auto &[address, store] : stores )
+            count += store.size();
+
+        return count;
+    }
+
+    QV_INT depth() const
+    {
+        QV_INT most = 0;
+
+        for( auto &[address, store] : stores )
+            most = std::max( most, store.depth() + 1 );
+
+        return most;
+    }
+
+    void merge( const Doc &other )
+    {
+        values.insert( other.values.begin(), other.values.end() );
+
+        for( auto &[address, store] : stores )
+            if( auto at = other.stores.find( address ); at != other.stores.end() )
+                store.merge( Doc( at->second ) );
+
+        stores.insert( other.stores.begin(), other.stores.end() );
+    }
+};
+
+/* The text form ---------------------------------------------------------------------------------------------------- */
+
+Text escaped( const Text &value )
+{
+    Text result;
+
+    for( char32_t ch : value )
+    {
+        char digits[16];
+        snprintf( digits, sizeof( digits ), "%%%06x", static_cast< unsigned >( ch ) );
+
+        if( ch < 0x20 || ( ch >= 0x7F && ch < 0xA0 ) )
+            result += wide( digits );
+        else
+            result += ch == U'%' ? Text( U"%%" ) : Text( 1, ch );
+    }
+
+    return result;
+}
+
+void write( const Doc &doc, const Text &prefix, Lines &lines )
+{
+    for( auto &[address, value] : doc.values )
+        lines.push_back( prefix + address + U"=" + escaped( value ) );
+
+    for( auto &[address, store] : doc.stores )
+    {
+        if( store == Doc() )
+            lines.push_back( prefix + address + U"." );
+        else
+            write( store, prefix + address + U".", lines );
+    }
+}
+
+// Six characters as a number in base 16 with white space and a sign, which must be all that they are.
+bool hexadecimal( const Text &six, char32_t &value )
+{
+    size_t at    = 0;
+    auto   space = [&] {
+        while( at < 6 && qvUnicodeIsWhiteSpace( six[at] ) )
+            at++;
+    };
+
+    space();
+    bool negative = at < 6 && six[at] == U'-';
+    at += at < 6 && ( negative || six[at] == U'+' );
+    space();
+
+    QV_INT number = 0, first = static_cast< QV_INT >( at );
+
+    for( QV_INT digit; at < 6 && ( digit = qvUnicodeBaseNDigitValue( six[at], 16 ) ) >= 0; at++ )
+        number = number * 16 + digit;
+
+    if( static_cast< QV_INT >( at ) == first )
+        return false;
+
+    space();
+    value = static_cast< char32_t >( negative ? -number : number );
+
+    return at == 6 && value <= 0x10FFFF;
+}
+
+Text unescaped( const Text &rest )
+{
+    Text     result;
+    char32_t value;
+
+    for( size_t at = 0; at < rest.size(); at++ )
+    {
+        if( rest[at] == U'%' && at + 1 < rest.size() && rest[at + 1] == U'%' )
+            result += rest[at++];
+        else if( rest[at] == U'%' && at + 6 < rest.size() && hexadecimal( rest.substr( at + 1, 6 ), value ) )
+            result += value, at += 6;
+        else
+            result += rest[at];
+    }
+
+    return result;
+}
+
+Text trimmed( Text text )
+{
+    while( !text.empty() && qvUnicodeIsWhiteSpace( text.back() ) )
+        text.pop_back();
+
+    while( !text.empty() && qvUnicodeIsWhiteSpace( text.front() ) )
+        text.erase( 0, 1 );
+
+    return text;
+}
+
+Doc read( const Lines &lines, int depth )
+{
+    Doc                     doc;
+    std::map< Text, Lines > below;
+
+    if( depth == 100 )
+        return doc;
+
+    for( const Text &line : lines )
+    {
+        size_t at = line.find_first_of( U".=" );
+
+        if( at == Text::npos )
+            continue;
+
+        Text address = trimmed( line.substr( 0, at ) ), rest = line.substr( at + 1 );
+
+        if( address.empty()
+            || address.find_first_not_of( U"0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_-" )
+                   != Text::npos )
+            continue;
+
+        if( line[at] == U'=' )
+            doc.values[address] = unescaped( rest );
+        else if( Lines &pending = below[address]; !rest.empty() )
+            pending.push_back( rest );
+    }
+
+    for( auto &[address, pending] : below )
+        doc.stores[address] = read( pending, depth + 1 );
+
+    return doc;
+}
+
+/* The binary form -------------------------------------------------------------------------------------------------- */
+
+void encode( std::string &bytes, size_t number )
+{
+    std::string digits;
+
+    for( ; number > 0; number /= 256 )
+        digits.insert( 0, 1, static_cast< char >( number ) );
+
+    bytes += static_cast< char >( digits.size() ) + digits;
+}
+
+void encode( std::string &bytes, const Text &text )
+{
+    encode( bytes, text.size() );
+
+    for( char32_t ch : text )
+    {
+        if( ch >= 0x80 )
+            bytes +=
+                { static_cast< char >( 0x80 | ch >> 16 ), static_cast< char >( ch >> 8 ), static_cast< char >( ch ) };
+        else
+            bytes += static_cast< char >( ch );
+    }
+}
+
+void encode( std::string &bytes, const Doc &doc )
+{
+    auto addresses = doc.addresses();
+    encode( bytes, addresses.size() );
+
+    for( auto &[address, what] : addresses )
+    {
+        encode( bytes, address );
+        bytes += static_cast< char >( what & 1 );
+
+        if( what & 1 )
+            encode( bytes, doc.values.at( address ) );
+
+        bytes += static_cast< char >( what >> 1 );
+
+        if( what & 2 )
+            encode( bytes, doc.stores.at( address ) );
+    }
+}
+
+/* The walk --------------------------------------------------------------------------------------------------------- */
+
+bool same( QV_STORE *store, const Doc &doc )
+{
+    auto addresses = doc.addresses();
+
+    if( qvStoreLength( store ) != static_cast< QV_INT >( addresses.size() ) )
+        return false;
+
+    QV_INT idx = 0;
+
+    for( auto &[address, what] : addresses )
+    {
+        if( takeText( qvStoreAddressAt( store, idx ) ) != address )
+            return false;
+
+        Ref< QV_STRING > value( qvStoreValueAt( store, idx ) );
+        Ref< QV_STORE >  sub( qvStoreStoreAt( store, idx++ ) );
+
+        if( ( what & 1 ) ? !value || charsOf( value ) != doc.values.at( address ) : !!value )
+            return false;
+
+        if( ( what & 2 ) ? !sub || !same( sub, doc.stores.at( address ) ) : !!sub )
+            return false;
+    }
+
+    return true;
+}
+
+struct StoreWalk : qv::fuzz::Walk
+{
+    using Walk::Walk;
+    using Slot = Slots< QV_STORE, Doc >::Slot;
+
+    Slots< QV_STORE, Doc > slots{ qvStoreCreate };
+    Ref< QV_STRING >       made, madeValue;
+
+    void share()
+    {
+        slots.share( in );
+    }
+
+    void create()
+    {
+        Slot &to = slots.any( in ), &from = slots.any( in );
+
+        if( in.below( 4 ) )
+            return to.set( qvStoreCreateFrom( from.ref ), from.model );
+
+        qvStoreClear( to.ref.at() );
+        to.model = Doc();
+    }
+
+    Text anAddress()
+    {
+        static const char *const NAMES[] = { "a", "b", "10", "2", "x-y", "Z_", "key", "k" };
+        QV_INT                   which   = in.below( 40 );
+        return which < 8 ? wide( NAMES[which] ) : wide( "n" + std::to_string( which ) );
+    }
+
+    // An address as a new text, or as the one that the Store has.
+    QV_STRING *address( Slot &slot, Text &text )
+    {
+        auto all = slot.model.addresses();
+
+        if( !all.empty() && in.below( 3 ) )
+        {
+            QV_INT idx = in.upTo( static_cast< QV_INT >( all.size() ) - 1 );
+            text       = std::next( all.begin(), idx )->first;
+            return Ref< QV_STRING >( qvStoreAddressAt( slot.ref, idx ) ).get();
+        }
+
+        made = stringOf( text = anAddress() );
+
+        return made;
+    }
+
+    void setValue()
+    {
+        Slot      &slot = slots.any( in );
+        Text       at, text;
+        QV_STRING *addr = address( slot, at );
+
+        // The value of an address, often the same.
+        auto       held  = slot.model.values.find( at );
+        QV_STRING *value = nullptr;
+
+        if( held != slot.model.values.end() && in.flag() )
+            value = Ref< QV_STRING >( qvStoreValue( slot.ref, addr ) ).get(), text = held->second;
+        else
+            madeValue = stringOf( text = in.text( 200 ) ), value = madeValue;
+
+        if( slot.model.size() > 400 )
+            return;
+
+        qvStoreSetValue( slot.ref.at(), addr, value );
+        slot.model.values[at] = text;
+    }
+
+    void typed()
+    {
+        Slot       &slot = slots.any( in );
+        Text        at   = anAddress();
+        std::string ascii( at.begin(), at.end() );
+        QV_INT      number = in.number(), back;
+        qvStoreSetValueIntCstr( slot.ref.at(), ascii.c_str(), -1, number );
+        slot.model.values[at] = wide( std::to_string( number ) );
+        require( qvStoreValueIntCstr( slot.ref, &back, ascii.c_str(), -1 ) && back == number );
+    }
+
+    void erase()
+    {
+        Slot      &slot = slots.any( in );
+        Text       at;
+        QV_STRING *addr = address( slot, at );
+
+        if( in.flag() )
+            qvStoreDelValue( slot.ref.at(), addr ), slot.model.values.erase( at );
+        else
+            qvStoreDelStore( slot.ref.at(), addr ), slot.model.stores.erase( at );
+    }
+
+    // Another variable or the Store itself; what is read is its own object.
+    void setStore()
+    {
+        Slot      &slot = slots.any( in ), &other = slots.any( in );
+        Text       at;
+        QV_STRING *addr = address( slot, at );
+        Doc        doc  = other.model;
+
+        if( slot.model.size() + doc.size() > 400 )
+            return;
+
+        qvStoreSetStore( slot.ref.at(), addr, other.ref );
+        slot.model.stores[at] = doc;
+    }
+
+    // A sub-store is taken, changed, and written back, or put into its own place or merged while only the Store has it.
+    void below()
+    {
+        Slot &slot = slots.any( in );
+
+        if( slot.model.stores.empty() )
+            return;
+
+        auto at =
+            std::next( slot.model.stores.begin(), in.upTo( static_cast< QV_INT >( slot.model.stores.size() ) - 1 ) );
+        made = stringOf( at->first );
+        Ref< QV_STORE > sub( qvStoreStore( slot.ref, made ) );
+
+        if( in.flag() )
+        {
+            Text name = anAddress(), value = in.text( 60 );
+            madeValue = stringOf( value );
+            qvStoreSetValue( sub.at(), stringOf( name ), madeValue );
+            qvStoreSetStore( slot.ref.at(), made, sub );
+            at->second.values[name] = value;
+            return;
+        }
+
+        QV_STORE *borrowed = sub;
+        Doc       doc      = at->second;
+        sub.reset();
+
+        if( in.flag() )
+            return qvStoreSetStore( slot.ref.at(), made, borrowed );
+
+        qvStoreMerge( slot.ref.at(), borrowed );
+        slot.model.merge( doc );
+    }
+
+    void merge()
+    {
+        Slot &slot = slots.any( in ), &other = slots.any( in );
+        Doc   doc = other.model;
+
+        if( slot.model.size() + doc.size() > 400 )
+            return;
+
+        qvStoreMerge( slot.ref.at(), other.ref );
+        slot.model.merge( doc );
+    }
+
+    // Both forms, written, and read again.
+    void persist()
+    {
+        Slot &slot = slots.any( in );
+        Lines lines;
+        write( slot.model, {}, lines );
+        Ref< QV_VECTOR > encoded( qvStoreEncodeToStringVector( slot.ref ) );
+        require( qvVectorLength( encoded ) == static_cast< QV_INT >( lines.size() ) );
+
+        for( size_t i = 0; i < lines.size(); i++ )
+            require( charsOf( qvStringFrom( qvVectorBacking( encoded )[i] ) ) == lines[i] );
+
+        Ref< QV_STORE > again( qvStoreDecodeFromStringVector( encoded ) );
+        require( same( again, read( lines, 0 ) ) );
+        require( slot.model.depth() > 99 || qvStoreEquals( again, slot.ref ) );
+
+        std::string bytes;
+        encode( bytes, slot.model );
+        Ref< QV_BUFFER > buf( qvStoreEncodeToBuffer( slot.ref ) );
+        require( bytesOf( buf ) == bytes );
+        again.reset( qvStoreTryDecodeFromBuffer( buf ) );
+        require( !again == ( slot.model.depth() > 99 ) );
+        require( !again || qvStoreEquals( again, slot.ref ) );
+    }
+
+    // Lines of any kind, as a Vector and as text.
+    void parse()
+    {
+        static const char32_t *const PIECES[] = {
+            U"a", U"b", U".", U".", U"=", U"=", U" ", U"\t", U"%", U"%%", U"%00000a", U"%+00041", U"%  0041",
+            U"%      ", U"%\u00A0\u00A00041", U"%0041\u2003\u2003", U"%-00000", U"%41    ", U"%110000", U"%10FFFF",
+            U"%00004", U"zz", U"x.y.", U"#", U"10", U"2" };
+        Slot            &slot = slots.any( in );
+        Lines            lines;
+        Ref< QV_VECTOR > vec( qvVectorCreate() );
+        Ref< QV_STRING > all( qvStringCreate() );
+        bool             plain = true;
+
+        for( QV_INT count = in.below( 30 ); count > 0 && in.more(); count-- )
+        {
+            Text line;
+
+            for( QV_INT pieces = in.below( 12 ); pieces > 0; pieces-- )
+            {
+                QV_INT which = in.below( std::size( PIECES ) + 1 );
+                line += which < static_cast< QV_INT >( std::size( PIECES ) ) ? PIECES[which] : in.text( 30 );
+            }
+
+            for( char32_t ch : line )
+                plain = plain && ch != U'\n' && ch != U'\r' && ch != 0x85 && ch != 0xFEFF && ch >> 1 != 0x2028 >> 1;
+
+            lines.push_back( line );
+            made = stringOf( line );
+            qvVectorAppendString( vec.at(), made );
+            qvStringAppend( all.at(), made );
+            qvStringAppendChar( all.at(), U'\n' );
+        }
+
+        slot.set( qvStoreDecodeFromStringVector( vec ), read( lines, 0 ) );
+        made.reset();
+
+        QV_INT           length;
+        char            *utf8 = qvStringConvertToUtf8( all, QV_FALSE, &length );
+        Ref< QV_BUFFER > buf( utf8 ? qvBufferCreateFromBytesUse( utf8, length ) : qvBufferCreate() );
+
+        // Line ends and surrogates inside a line make other lines of it.
+        if( plain && std::none_of( lines.begin(), lines.end(), []( const Text &line ) {
+                return std::any_of( line.begin(), line.end(), []( char32_t ch ) { return ch >> 11 == 0x1B; } );
+            } ) )
+        {
+            Ref< QV_STORE > store( qvStoreTryDecodeFromTextBuffer( buf ) );
+            require( store && qvStoreEquals( store, slot.ref ) );
+        }
+    }
+
+    void look()
+    {
+        Slot &a = slots.any( in ), &b = slots.any( in );
+        require( qvStoreEquals( a.ref, b.ref ) == ( a.model == b.model ) );
+        require( qvStoreCompare( a.ref, b.ref ) == -qvStoreCompare( b.ref, a.ref ) );
+    }
+
+    void check()
+    {
+        made.reset();
+        madeValue.reset();
+
+        for( Slot &slot : slots.slots )
+            require( same( slot.ref, slot.model ) );
+    }
+};
+} // namespace
+
+QV_FUZZ_WALK(
+    StoreWalk, { "share", &StoreWalk::share }, { "create", &StoreWalk::create }, { "setValue", &StoreWalk::setValue },
+    { "setValue", &StoreWalk::setValue }, { "typed", &StoreWalk::typed }, { "erase", &StoreWalk::erase },
+    { "setStore", &StoreWalk::setStore }, { "below", &StoreWalk::below }, { "merge", &StoreWalk::merge },
+    { "persist", &StoreWalk::persist }, { "parse", &StoreWalk::parse }, { "look", &StoreWalk::look } )

@@ -1,0 +1,416 @@
+// Streams in chains: lines to characters to bytes, through a charset, with every form of writing, beside the bytes that
+// have to come out; some sinks fail at a limit. And sources of bytes and characters that share what they read from.
+
+#include "qv_fuzz_walk.h"
+
+#include "qv/charset/qv_charset.h"
+#include "qv/io/qv_buffer_byte_sink.h"
+#include "qv/io/qv_buffer_byte_source.h"
+#include "qv/io/qv_byte_sink.h"
+#include "qv/io/qv_byte_sink_private.h"
+#include "qv/io/qv_byte_source.h"
+#include "qv/io/qv_byte_source_private.h"
+#include "qv/io/qv_char_sink.h"
+#include "qv/io/qv_char_source.h"
+#include "qv/io/qv_line_sink.h"
+#include "qv/io/qv_nlf.h"
+#include "qv/io/qv_nlf_line_sink.h"
+#include "qv/io/qv_string_char_source.h"
+
+using namespace qv::fuzz;
+using qv::Ref;
+
+namespace
+{
+using Text = std::u32string;
+
+/* What has to come out --------------------------------------------------------------------------------------------- */
+
+void put( std::string &bytes, uint32_t unit, int count, bool little )
+{
+    for( int i = 0; i < count; i++ )
+        bytes += static_cast< char >( unit >> 8 * ( little ? i : count - 1 - i ) );
+}
+
+std::string encoded( QV_INT charset, QV_INT flags, const Text &text )
+{
+    std::string bytes;
+    bool        little = charset != QV_CHARSET_UTF_16_BE && charset != QV_CHARSET_UTF_32_BE;
+
+    for( char32_t ch : text )
+    {
+        if( charset < QV_CHARSET_UTF_8 )
+        {
+            if( ch <= ( charset == QV_CHARSET_ASCII ? 0x7Fu : 0xFFu ) )
+                bytes += static_cast< char >( ch );
+            else if( !( flags & QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS ) )
+                bytes += '?';
+        }
+        else if( charset == QV_CHARSET_UTF_8 )
+        {
+            if( ch < 0x80 )
+                bytes += static_cast< char >( ch );
+            else if( ch < 0x800 )
+                put( bytes, 0xC080 | ch >> 6 << 8 | ( ch & 63 ), 2, false );
+            else if( ch < 0x10000 )
+                put( bytes, 0xE08080 | ch >> 12 << 16 | ( ch >> 6 & 63 ) << 8 | ( ch & 63 ), 3, false );
+            else
+                put( bytes, 0xF0808080 | ch >> 18 << 24 | ( ch >> 12 & 63 ) << 16 | ( ch >> 6 & 63 ) << 8 | ( ch & 63 ),
+                     4, false );
+        }
+        else if( charset >= QV_CHARSET_UTF_32 )
+            put( bytes, ch, 4, little );
+        else if( ch < 0x10000 )
+            put( bytes, ch, 2, little );
+        else
+        {
+            put( bytes, 0xD800 + ( ( ch - 0x10000 ) >> 10 ), 2, little );
+            put( bytes, 0xDC00 + ( ch & 0x3FF ), 2, little );
+        }
+    }
+
+    return bytes;
+}
+
+Text terminator( QV_INT flags )
+{
+    static const char32_t *const FORMS[] = { U"\n", U"\r", U"\r\n", U"\x85", U"\v", U"\f", U"\u2028", U"\u2029" };
+    return flags ? FORMS[__builtin_ctzll( static_cast< uint64_t >( flags ) )] : U"";
+}
+
+/* Sinks that fail and sources that do ------------------------------------------------------------------------------ */
+
+size_t      limit;    // how many bytes the sink takes, or the source gives, before it fails
+std::string received; // what the sink took
+bool        failed;   // after that it must not be called again
+
+QV_BOOL writeLimited( QV_OBJ *, QV_BUFFER *buf, QV_INT offset, QV_INT count )
+{
+    require( !failed && count > 0 );
+    failed = received.size() + static_cast< size_t >( count ) > limit;
+
+    if( !failed )
+        received += bytesOf( buf ).substr( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
+
+    return !failed;
+}
+
+QV_BOOL flushLimited( QV_OBJ * )
+{
+    return !failed;
+}
+
+// The bytes 0, 1, 2 and so on.
+QV_BOOL readLimited( QV_OBJ *, QV_BUFFER **buf, QV_INT most, QV_INT *count )
+{
+    require( !failed );
+    *count = std::min< QV_INT >( most, static_cast< QV_INT >( limit - received.size() ) );
+    failed = *count < most;
+
+    for( QV_INT i = 0; i < *count; i++ )
+    {
+        received += static_cast< char >( received.size() );
+        qvBufferAppendByte( buf, static_cast< uint8_t >( received.back() ) );
+    }
+
+    return !failed;
+}
+
+/* The walk --------------------------------------------------------------------------------------------------------- */
+
+struct StreamWalk : qv::fuzz::Walk
+{
+    QV_INT                     charset, flags, newline, lines = 0;
+    Ref< QV_BUFFER_BYTE_SINK > bottom{ qvBufferByteSinkCreate() };
+    Ref< QV_BYTE_SINK >        bytes;
+    Ref< QV_CHAR_SINK >        chars;
+    Ref< QV_LINE_SINK >        line;
+    Text                       pending; // written to the charset's sink since its last flush
+    std::string                expected, got;
+
+    StreamWalk( const uint8_t *data, size_t size ) : Walk( data, size )
+    {
+        charset = in.below( 3 ) ? QV_CHARSET_UTF_8 + in.below( 7 ) : in.below( 2 );
+        flags   = in.below( 2 ) * QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS
+                + in.below( 2 ) * QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK;
+        newline = in.flag() ? 1 << in.below( 8 ) : in.below( 256 );
+
+        bytes.reset( qvBufferByteSinkByteSink( bottom ) );
+        chars.reset( qvCharsetCreateCharSink( bytes, charset, flags ) );
+        Ref< QV_NLF_LINE_SINK > nls( qvNlfLineSinkCreate( chars, newline ) );
+        line.reset( qvNlfLineSinkLineSink( nls ) );
+
+        if( charset >= QV_CHARSET_UTF_8 && flags & QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK )
+            expected = encoded( charset, 0, U"\uFEFF" );
+    }
+
+    // A String, a part of it, and the characters of the part.
+    Ref< QV_STRING > source;
+    QV_INT           length, offset, count;
+
+    Text draw()
+    {
+        Text text = in.text( 3000 );
+        source    = stringOf( text );
+        length    = size( text );
+        offset    = in.upTo( length );
+        count     = in.upTo( length - offset );
+
+        return text;
+    }
+
+    static Text part( const Text &text, QV_INT from, QV_INT number )
+    {
+        return text.substr( static_cast< size_t >( from ), static_cast< size_t >( number ) );
+    }
+
+    void writeChars()
+    {
+        Text text = draw();
+
+        switch( in.below( 7 ) )
+        {
+        case 0:
+            require( qvCharSinkWrite( chars, source ) );
+            break;
+        case 1:
+            require( qvCharSinkWriteLeading( chars, source, offset ) );
+            text = part( text, 0, offset );
+            break;
+        case 2:
+            require( qvCharSinkWriteTrailing( chars, source, offset ) );
+            text = part( text, length - offset, offset );
+            break;
+        case 3:
+            require( qvCharSinkWriteInner( chars, source, offset, count ) );
+            text = part( text, offset, count );
+            break;
+        case 4:
+            require( qvCharSinkWriteOuter( chars, source, offset, count ) );
+            text.erase( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
+            break;
+        case 5:
+            require( qvCharSinkWriteChars( chars, text.data(), length ) );
+            break;
+        default:
+            require( qvCharSinkWriteFormatCstr( chars, "<%s>", -1, source.get() ) );
+            text = U"<" + text + U">";
+        }
+
+        pending += text;
+    }
+
+    void writeLine()
+    {
+        Text text = draw();
+
+        switch( in.below( 4 ) )
+        {
+        case 0:
+            require( qvLineSinkWrite( line, source ) );
+            break;
+        case 1:
+            require( qvLineSinkWriteInner( line, source, offset, count ) );
+            text = part( text, offset, count );
+            break;
+        case 2:
+            require( qvLineSinkWriteOuter( line, source, offset, count ) );
+            text.erase( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
+            break;
+        default:
+            Ref< QV_VECTOR > two( qvVectorCreate() );
+            qvVectorAppendString( two.at(), source );
+            qvVectorAppendString( two.at(), source );
+            require( qvLineSinkWriteLines( line, two ) );
+            pending += text + terminator( newline );
+            lines++;
+        }
+
+        pending += text + terminator( newline );
+        require( qvLineSinkLinesWritten( line ) == ++lines );
+    }
+
+    // What is pending comes out; the single-byte charsets compose it first.
+    void flush()
+    {
+        require( in.flag() ? qvLineSinkFlush( line ) : qvCharSinkFlush( chars ) );
+
+        if( charset < QV_CHARSET_UTF_8 )
+        {
+            Ref< QV_STRING > composed = stringOf( pending );
+            qvStringNormalizeNFC( composed.at() );
+
+            // A text that is normal already keeps surrogates that stand alone, a stream never does.
+            qvStringSanitize( composed.at() );
+            pending = charsOf( composed );
+        }
+
+        expected += encoded( charset, flags, pending );
+        pending.clear();
+        take();
+        require( got == expected );
+    }
+
+    void take()
+    {
+        Ref< QV_BUFFER > buf( qvBufferByteSinkBuffer( bottom ) );
+        got += bytesOf( buf );
+    }
+
+    // Bytes go below the characters.
+    void writeBytes()
+    {
+        flush();
+        std::string      text;
+        Ref< QV_BUFFER > buf;
+
+        for( QV_INT i = in.length( 2000 ); i > 0; i-- )
+            text += static_cast< char >( i * i );
+
+        buf    = bufferOf( text );
+        length = static_cast< QV_INT >( text.size() );
+        offset = in.upTo( length );
+        count  = in.upTo( length - offset );
+
+        switch( in.below( 6 ) )
+        {
+        case 0:
+            require( qvByteSinkWrite( bytes, buf ) );
+            break;
+        case 1:
+            require( qvByteSinkWriteLeading( bytes, buf, offset ) );
+            text.resize( static_cast< size_t >( offset ) );
+            break;
+        case 2:
+            require( qvByteSinkWriteTrailing( bytes, buf, offset ) );
+            text = text.substr( static_cast< size_t >( length - offset ) );
+            break;
+        case 3:
+            require( qvByteSinkWriteInner( bytes, buf, offset, count ) );
+            text = text.substr( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
+            break;
+        case 4:
+            require( qvByteSinkWriteOuter( bytes, buf, offset, count ) );
+            text.erase( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
+            break;
+        default:
+            require( qvByteSinkWriteBytes( bytes, text.data(), length ) );
+        }
+
+        expected += text;
+    }
+
+    // A chain of its own whose bottom fails: every call behind the first failure fails and goes no further, and what
+    // was taken is the beginning of what was written.
+    void fail()
+    {
+        limit = static_cast< size_t >( in.length() ), received.clear(), failed = false;
+        Ref< QV_BYTE_SINK > lowest( qv___ByteSinkCreate( writeLimited, flushLimited, nullptr ) );
+        Ref< QV_CHAR_SINK > upper(
+            qvCharsetCreateCharSink( lowest, charset, flags & ~QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK ) );
+        Text all;
+        bool wrong = false;
+
+        for( QV_INT i = in.below( 8 ); i > 0; i-- )
+        {
+            Text text = draw();
+            bool ok   = in.below( 4 ) ? qvCharSinkWrite( upper, source ) : qvCharSinkFlush( upper );
+            require( !wrong || !ok || text.empty() );
+            wrong = wrong || !ok;
+            require( !failed || qvByteSinkError( lowest ) );
+            require( wrong == ( qvCharSinkError( upper ) != QV_FALSE ) );
+        }
+    }
+
+    // Two sources take turns at one Buffer, or at one String.
+    void read()
+    {
+        bool                         ofBytes = in.flag();
+        Text                         text    = draw();
+        std::string                  data( text.begin(), text.end() );
+        Ref< QV_BUFFER_BYTE_SOURCE > bbs( qvBufferByteSourceCreate( bufferOf( data ) ) );
+        Ref< QV_STRING_CHAR_SOURCE > scs( qvStringCharSourceCreate( source ) );
+        Ref< QV_BYTE_SOURCE >        byteSources[2];
+        Ref< QV_CHAR_SOURCE >        charSources[2];
+        bool                         end[2] = {};
+        QV_INT                       at     = 0;
+
+        for( int i = 0; i < 2; i++ )
+        {
+            byteSources[i].reset( qvBufferByteSourceByteSource( bbs ) );
+            charSources[i].reset( qvStringCharSourceCharSource( scs ) );
+        }
+
+        for( QV_INT rounds = in.below( 16 ); rounds > 0; rounds-- )
+        {
+            int              which = static_cast< int >( in.below( 2 ) ), how = static_cast< int >( in.below( 3 ) );
+            QV_INT           most  = in.flag() ? in.length() : in.upTo( length + 1 ) - 1;
+            QV_INT           takes = end[which] ? 0 : std::min( most < 0 ? QV_INT_MAX : most, length - at ), taken;
+            Ref< QV_BUFFER > buf   = bufferOf( "x" );
+            Ref< QV_STRING > qvs   = stringOf( U"x" );
+            std::string      bytesRead;
+            Text             charsRead;
+
+            if( most > takes || most < 0 )
+                end[which] = true;
+
+            if( ofBytes )
+            {
+                std::string array( static_cast< size_t >( std::max< QV_INT >( most, 0 ) ), ' ' );
+                taken = how == 0 || most < 0 ? qvByteSourceRead( byteSources[which], buf.at(), most )
+                        : how == 1           ? qvByteSourceReadBytes( byteSources[which], array.data(), most )
+                                             : qvByteSourceSkip( byteSources[which], most );
+                require( taken == takes && ( qvByteSourceEnd( byteSources[which] ) != 0 ) == end[which] );
+                std::string piece = data.substr( static_cast< size_t >( at ), static_cast< size_t >( takes ) );
+                require( ( how && most >= 0 ) || bytesOf( buf ) == "x" + piece );
+                require( how != 1 || most < 0 || array.substr( 0, static_cast< size_t >( takes ) ) == piece );
+            }
+            else
+            {
+                Text array( static_cast< size_t >( std::max< QV_INT >( most, 0 ) ), U' ' );
+                taken = how == 0 || most < 0 ? qvCharSourceRead( charSources[which], qvs.at(), most )
+                                             : qvCharSourceReadChars( charSources[which], array.data(), most );
+                require( taken == takes && ( qvCharSourceEnd( charSources[which] ) != 0 ) == end[which] );
+                require( ( how && most >= 0 ) || charsOf( qvs ) == U"x" + part( text, at, takes ) );
+                require(
+                    how == 0 || most < 0
+                    || array.substr( 0, static_cast< size_t >( takes ) ) == part( text, at, takes ) );
+            }
+
+            at += takes;
+        }
+    }
+
+    // A source that fails: what came before is delivered, and it is not asked again.
+    void readFailing()
+    {
+        limit = static_cast< size_t >( in.length() ), received.clear(), failed = false;
+        Ref< QV_BYTE_SOURCE > lowest( qv___ByteSourceCreate( readLimited, nullptr, nullptr ) );
+        QV_INT                total = 0;
+
+        for( QV_INT rounds = in.below( 12 ); rounds > 0; rounds-- )
+        {
+            Ref< QV_BUFFER > buf( qvBufferCreate() );
+            QV_INT           most  = in.flag() ? in.length() : in.upTo( 20000 );
+            bool             skips = in.flag();
+            QV_INT           takes = failed ? 0 : std::min( most, static_cast< QV_INT >( limit ) - total );
+            require(
+                ( skips ? qvByteSourceSkip( lowest, most ) : qvByteSourceRead( lowest, buf.at(), most ) ) == takes );
+            total += takes;
+            require( ( qvByteSourceError( lowest ) != 0 ) == failed && ( qvByteSourceEnd( lowest ) != 0 ) == failed );
+            require( skips || qvBufferLength( buf ) == takes );
+            require( failed == ( most > takes ) || failed );
+        }
+    }
+
+    void check()
+    {
+        source.reset();
+    }
+};
+} // namespace
+
+QV_FUZZ_WALK(
+    StreamWalk, { "writeChars", &StreamWalk::writeChars }, { "writeChars", &StreamWalk::writeChars },
+    { "writeLine", &StreamWalk::writeLine }, { "flush", &StreamWalk::flush }, { "writeBytes", &StreamWalk::writeBytes },
+    { "fail", &StreamWalk::fail }, { "read", &StreamWalk::read }, { "readFailing", &StreamWalk::readFailing } )
