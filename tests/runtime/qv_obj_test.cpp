@@ -74,38 +74,25 @@ QV_SORT twin( const char *name )
     return QV___STATIC_SORT( nullptr, name, nullptr, nullptr, nullptr, nullptr, nullptr );
 }
 
-// The live objects of a sort by its list.
+// The live objects of a sort by its list. All lists have to be in order.
 std::vector< QV_OBJ * > listed( QV_SORT *sort )
 {
     std::vector< QV_OBJ * > result;
-    QV_OBJ                 *previous = nullptr;
+    qv___ObjCheckLists();
 
-    for( QV_OBJ *object = sort->odbFirst; object; previous = object, object = object->odbNext )
-    {
-        EXPECT_EQ( previous, object->odbPrevious );
+    for( QV_OBJ *object = sort->odbFirst; object; object = object->odbNext )
         result.push_back( object );
-    }
 
-    EXPECT_EQ( previous, sort->odbLast );
     return result;
 }
 
-// How often a sort is in the list of its module's sorts, whose links are looked at on the way.
+// How often a sort is in the list of its module's sorts.
 int timesListed( QV_SORT *wanted )
 {
-    int      result   = 0;
-    int      length   = 0;
-    QV_SORT *previous = nullptr;
+    int result = 0;
 
-    for( QV_SORT *sort = qv___module.sortsFirst; sort; previous = sort, sort = sort->sortsNext, length++ )
-    {
-        EXPECT_EQ( previous, sort->sortsPrevious );
-        EXPECT_GT( qvSortObjects( sort ), 0 );
+    for( QV_SORT *sort = qv___module.sortsFirst; sort; sort = sort->sortsNext )
         result += sort == wanted;
-    }
-
-    EXPECT_EQ( previous, qv___module.sortsLast );
-    EXPECT_EQ( length, qv___AtomicLoad32( &qv___module.sorts ) );
 
     return result;
 }
@@ -132,10 +119,6 @@ TEST( Obj, TheLastReferenceEndsAnObject )
     qvObjRelease( any( object.give() ) );
     EXPECT_EQ( 1, ended );
     EXPECT_EQ( 0, qvSortObjects( qvWatchedSort() ) );
-
-    int32_t counter = 1;
-    EXPECT_EQ( 2, qv___RetainCountIncrement( &counter ) );
-    EXPECT_EQ( 1, qv___RetainCountDecrement( &counter ) );
 }
 
 TEST( Obj, SortsAndModulesNeverEnd )
@@ -153,8 +136,12 @@ TEST( Obj, SortsAndModulesNeverEnd )
         EXPECT_EQ( 0, references( object ) );
         EXPECT_EQ( -1, qv___ObjUnique( object ) );
 
-        for( int32_t i = 0; i < before; i++ )
+        // Others reach what is static at any moment, also behind the back of a release that has found a count of 1.
+        for( int32_t i = 0; i <= before; i++ )
             qvObjRetain( object );
+
+        qv___ObjReleaseLast( object );
+        EXPECT_EQ( before, references( object ) );
     }
 
     EXPECT_EQ( qvSortSort(), qvObjSort( sort ) );
@@ -166,24 +153,6 @@ TEST( Obj, SortsAndModulesNeverEnd )
     EXPECT_EQ( "QV_WATCHED", take( qvSortName( qvWatchedSort() ) ) );
 }
 
-TEST( Obj, LiveObjectsAreListedInTheOrderOfTheirCreation )
-{
-    EXPECT_EQ( 0, timesListed( qvWatchedSort() ) );
-
-    Ref< QV_WATCHED > a = watched(), b = watched(), c = watched();
-    EXPECT_EQ( ( std::vector< QV_OBJ * >{ a, b, c } ), listed( qvWatchedSort() ) );
-    EXPECT_EQ( 1, timesListed( qvWatchedSort() ) );
-
-    b.reset();
-    EXPECT_EQ( ( std::vector< QV_OBJ * >{ a, c } ), listed( qvWatchedSort() ) );
-    a.reset();
-    EXPECT_EQ( ( std::vector< QV_OBJ * >{ c } ), listed( qvWatchedSort() ) );
-    EXPECT_EQ( 1, qvSortObjects( qvWatchedSort() ) );
-    c.reset();
-    EXPECT_EQ( ( std::vector< QV_OBJ * >{} ), listed( qvWatchedSort() ) );
-    EXPECT_EQ( 0, timesListed( qvWatchedSort() ) );
-}
-
 // Runs one after the other, with the database and without, in which objects outlive their run.
 TEST( Obj, TheListsFollowObjectsThroughRunsOfAllKinds )
 {
@@ -192,7 +161,6 @@ TEST( Obj, TheListsFollowObjectsThroughRunsOfAllKinds )
         {
             auto restart = []( QV_INT flags )
             {
-                qv___ObjCheckLists();
                 qvRuntimeShutdown();
                 qv___ObjCheckLists();
                 qvRuntimeStartup( flags, nullptr, nullptr, nullptr, nullptr );
@@ -217,10 +185,10 @@ TEST( Obj, TheListsFollowObjectsThroughRunsOfAllKinds )
             a.reset();
             c.reset();
             expectListed( {}, 1 );
-            EXPECT_EQ( nullptr, qvWatchedSort()->sortsPrevious );
+            EXPECT_EQ( 0, timesListed( qvWatchedSort() ) );
             Ref< QV_WATCHED > d = watched();
             expectListed( { d }, 2 );
-            EXPECT_EQ( qvWatchedSort(), qv___module.sortsLast );
+            EXPECT_EQ( 1, timesListed( qvWatchedSort() ) );
 
             // A snapshot takes a reference to what is listed alone. The objects of a split text share memory.
             Ref< QV_VECTOR > parts( qvStringSplitChar( text( "a b c d e f g h i j k l" ), U' ', -1 ) );
@@ -251,6 +219,16 @@ const int    LEVELS = 1000000;
 const size_t STACK  = 128 << 10;
 #endif
 
+Ref< QV_VECTOR > vectorOf( std::initializer_list< QV_OBJ * > objects )
+{
+    Ref< QV_VECTOR > vec( qvVectorCreate() );
+
+    for( QV_OBJ *object : objects )
+        qvVectorAppendObj( vec.at(), object );
+
+    return vec;
+}
+
 // The innermost object in that many containers, of the sorts in turn that `kinds` names.
 Ref< QV_OBJ > nested( int levels, const char *kinds, QV_OBJ *innermost )
 {
@@ -261,11 +239,7 @@ Ref< QV_OBJ > nested( int levels, const char *kinds, QV_OBJ *innermost )
         const char kind = kinds[static_cast< size_t >( i ) % strlen( kinds )];
 
         if( kind == 'V' )
-        {
-            QV_VECTOR *vec = qvVectorCreate();
-            qvVectorAppendObj( &vec, object );
-            object.reset( qvVectorObj( vec ) );
-        }
+            object.reset( qvVectorObj( vectorOf( { object } ).give() ) );
         else if( kind == 'D' )
         {
             QV_DICT *dict = qvDictCreate();
@@ -290,20 +264,18 @@ Ref< QV_OBJ > nested( int levels, const char *kinds, QV_OBJ *innermost )
 }
 
 // Runs in a thread with little stack.
-void onASmallStack( const std::function< void() > &body )
+void onASmallStack( std::function< void() > body )
 {
     pthread_attr_t attributes;
     pthread_t      thread;
+    auto           run = []( void *function ) -> void *
+    {
+        ( *static_cast< std::function< void() > * >( function ) )();
+        return nullptr;
+    };
     pthread_attr_init( &attributes );
     pthread_attr_setstacksize( &attributes, STACK );
-    pthread_create(
-        &thread, &attributes,
-        []( void *function ) -> void *
-        {
-            ( *static_cast< const std::function< void() > * >( function ) )();
-            return nullptr;
-        },
-        const_cast< void * >( static_cast< const void * >( &body ) ) );
+    pthread_create( &thread, &attributes, run, &body );
     pthread_join( thread, nullptr );
     pthread_attr_destroy( &attributes );
 }
@@ -321,26 +293,21 @@ TEST( Obj, NestedObjectsEndOnASmallStack )
             onASmallStack( [&] { object.reset(); } );
         }
 
-        Ref< QV_STORE > empty( qvStoreCreate() );
-        Ref< QV_OBJ >   store = nested( LEVELS / 10, "S", qvStoreObj( empty ) );
+        Ref< QV_OBJ > store = nested( LEVELS / 10, "S", qvStoreObj( Ref< QV_STORE >( qvStoreCreate() ) ) );
         onASmallStack( [&] { store.reset(); } );
 
-        // When the release returns all is gone, in the order of the elements, however deep they lie.
-        EXPECT_EQ( 3, ended );
+        // When the release returns all is gone, what lies side by side at any depth too.
         Ref< QV_VECTOR > row( qvVectorCreate() );
 
         for( int i = 0; i < 100; i++ )
             qvVectorAppendObj( row.at(), nested( i % 50, "V", any( watched() ) ) );
 
-        Ref< QV_OBJ > rows = nested( 20, "V", qvVectorObj( row ) );
-        row.reset();
-        rows.reset();
+        nested( 20, "V", qvVectorObj( std::exchange( row, {} ) ) ).reset();
         EXPECT_EQ( 103, ended );
         EXPECT_EQ( 0, qvSortObjects( qvWatchedSort() ) );
     };
 
     release();
-    qv___ObjCheckLists();
     EXPECT_EQ( 0, timesListed( qvWatchedSort() ) );
 
     Ending ending = inOwnRun(
@@ -357,8 +324,9 @@ TEST( Obj, NestedObjectsEndOnASmallStack )
 TEST( Obj, NestedObjectsAreComparedAndWrittenOnASmallStack )
 {
     Ref< QV_BOXED_INT > one( qvBoxedIntCreate( 1 ) ), same( qvBoxedIntCreate( 1 ) ), two( qvBoxedIntCreate( 2 ) );
-    Ref< QV_OBJ >       a = nested( LEVELS, "V", qvBoxedIntObj( one ) ), b = nested( LEVELS, "V", qvBoxedIntObj( same ) ),
-                  c = nested( LEVELS, "V", qvBoxedIntObj( two ) ), deeper = nested( 1, "V", b );
+    Ref< QV_OBJ >       a = nested( LEVELS, "V", qvBoxedIntObj( one ) );
+    Ref< QV_OBJ >       b = nested( LEVELS, "V", qvBoxedIntObj( same ) ), deeper = nested( 1, "V", b );
+    Ref< QV_OBJ >       c = nested( LEVELS, "V", qvBoxedIntObj( two ) );
 
     onASmallStack(
         [&]
@@ -374,42 +342,30 @@ TEST( Obj, NestedObjectsAreComparedAndWrittenOnASmallStack )
         } );
 }
 
-// A step comes back to where it was: what follows a nested part counts, and is looked at only if all before it is equal.
+// What follows a nested part counts, and is looked at only if all before it is equal.
 TEST( Obj, PartsAreComparedFromTheFirstOn )
 {
-    auto pair = []( Ref< QV_OBJ > first, QV_OBJ *second )
-    {
-        Ref< QV_VECTOR > vec( qvVectorCreate() );
-        qvVectorAppendObj( vec.at(), first );
-        qvVectorAppendObj( vec.at(), second );
-        return vec;
-    };
+    auto nestedTwice = []( QV_BOXED_UNIQUE *unique ) { return nested( 2, "V", qvBoxedUniqueObj( unique ) ); };
     Ref< QV_BOXED_UNIQUE > a( qvBoxedUniqueCreate() ), b( qvBoxedUniqueCreate() ), c( qvBoxedUniqueCreate() ),
         d( qvBoxedUniqueCreate() );
     QV_OBJ *uniqueA = qvBoxedUniqueObj( a );
 
     // <<<a>>, b> and <<<a>>, c>: b draws first. <<<c>>, d> and <<<b>>, a>: c and b decide, and d draws nothing.
-    Ref< QV_VECTOR > withB = pair( nested( 2, "V", uniqueA ), qvBoxedUniqueObj( b ) ),
-                     withC = pair( nested( 2, "V", uniqueA ), qvBoxedUniqueObj( c ) ),
-                     withD = pair( nested( 2, "V", qvBoxedUniqueObj( c ) ), qvBoxedUniqueObj( d ) ),
-                     withA = pair( nested( 2, "V", qvBoxedUniqueObj( b ) ), uniqueA );
+    Ref< QV_VECTOR > withB = vectorOf( { nestedTwice( a ), qvBoxedUniqueObj( b ) } ),
+                     withC = vectorOf( { nestedTwice( a ), qvBoxedUniqueObj( c ) } ),
+                     withD = vectorOf( { nestedTwice( c ), qvBoxedUniqueObj( d ) } ),
+                     withA = vectorOf( { nestedTwice( b ), uniqueA } );
     QV_INT order = qvVectorCompare( withB, withC );
     EXPECT_EQ( order, qvBoxedUniqueCompare( b, c ) );
     EXPECT_EQ( -order, qvVectorCompare( withD, withA ) );
     EXPECT_EQ( -1, qv::obj( d.get() )->unique );
     EXPECT_EQ( -1, uniqueA->unique );
+    EXPECT_EQ(
+        -1, qvVectorCompare( vectorOf( { qvSortObj( qvStringSort() ) } ), vectorOf( { qvSortObj( qvVectorSort() ) } ) ) );
     EXPECT_EQ( "<<<" + textOf( uniqueA ) + ">>, " + textOf( qvBoxedUniqueObj( b ) ) + ">", textOf( withB.get() ) );
 }
 
 /* Order and text ------------------------------------------------------------------------------------------------- */
-
-TEST( Obj, AnObjectEqualsItselfUnasked )
-{
-    Ref< QV_WATCHED > object = watched();
-
-    EXPECT_EQ( 0, qvObjCompare( any( object ), any( object ) ) );
-    EXPECT_TRUE( qvWatchedEquals( object, object ) );
-}
 
 TEST( Obj, DifferentSortsOrderByTheirNames )
 {
@@ -417,8 +373,8 @@ TEST( Obj, DifferentSortsOrderByTheirNames )
     Ref< QV_BOXED_INT > number( qvBoxedIntCreate( 1000 ) );
     Ref< QV_STRING >    string = text( "" );
 
+    EXPECT_EQ( 0, qvObjCompare( any( object ), any( object ) ) ); // its family is not asked
     EXPECT_EQ( -1, qvObjCompare( qvBoxedIntObj( number ), qvStringObj( string ) ) );
-    EXPECT_EQ( 1, qvObjCompare( qvStringObj( string ), qvBoxedIntObj( number ) ) );
     EXPECT_EQ( 1, qvObjCompare( any( object ), qvStringObj( string ) ) );
 
     // Sorts are objects of a sort of their own, ordered by their names too.
@@ -426,7 +382,6 @@ TEST( Obj, DifferentSortsOrderByTheirNames )
     EXPECT_EQ( -1, qvObjCompare( qvSortObj( qvStringSort() ), qvStringObj( string ) ) );
 
     static QV_SORT one = twin( "QV_TWIN" ), other = twin( "QV_TWIN" ), bad = twin( "QV__TWIN" );
-    EXPECT_EQ( 0, qvSortCompare( &one, &one ) );
     EXPECT_FALSE( qvSortHasModule( &one ) );
     EXPECT_DEATH( qvSortCompare( &one, &other ), testing::Not( testing::HasSubstr( "    Expression: " ) ) );
     EXPECT_BROKEN( qvSortName( &bad ), "qvNameUpperCaseOk( qvs, QV_TRUE )" );
@@ -462,10 +417,7 @@ TEST( Obj, BrokenContractsAreReported )
     Ref< QV_WATCHED > object = watched();
 
     EXPECT_BROKEN( qvObjRetain( nullptr ), "obj" );
-    EXPECT_BROKEN( qvObjRelease( nullptr ), "obj" );
-    EXPECT_BROKEN( qvObjCompare( nullptr, any( object ) ), "objA" );
     EXPECT_BROKEN( qvObjCompare( any( object ), nullptr ), "objB" );
-    EXPECT_BROKEN( qvObjSort( nullptr ), "thisObj" );
     EXPECT_BROKEN( qv___ObjCreate( 100, nullptr ), "sort" );
     EXPECT_BROKEN(
         qv___ObjFree( any( object ) ),
@@ -476,7 +428,6 @@ TEST( Obj, BrokenContractsAreReported )
             object.reset();
         },
         "thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->sort" );
-    EXPECT_BROKEN( qv___ObjDbgSetAllocationSize( object, -1 ), "size >= 0" );
     EXPECT_BROKEN( qv___ObjDbgSetAllocationSizeN( object, QV_INT_MAX, 2 ), "QV_INT_MUL_OK( count, size )" );
     EXPECT_BROKEN_MESSAGE(
         {
@@ -484,15 +435,6 @@ TEST( Obj, BrokenContractsAreReported )
             object.reset();
         },
         "Allocation size failure", "!QV___ATOMIC_INT_COMPARE_EXCHANGE( &thisObj->dbgAllocationSize, 0, 0 )" );
-}
-
-TEST( Obj, DeclaredStorageIsRemembered )
-{
-    Ref< QV_WATCHED > object = watched();
-    qv___ObjDbgSetAllocationSizeN( object, 6, 7 );
-    EXPECT_EQ( 42, allocated( object.get() ) );
-    qv___ObjDbgSetAllocationSize( object, 0 );
-    EXPECT_EQ( 0, allocated( object.get() ) );
 }
 
 /* Threads -------------------------------------------------------------------------------------------------------- */

@@ -19,9 +19,10 @@
             QV_POINT *point = (QV_POINT *)qv___ObjCreate( sizeof( QV_POINT ), qvPointSort() );
             ...
 
-    A free function gives up what the object's fields own; the block itself is not its business. A compare function
-    gives -1, 0 or 1, a to-string function a new text. Each may be null: nothing to give up, the order of the unique
-    numbers, the sort's name with the unique number. */
+    A free function gives up what the object's fields own; the block itself is not its business. What it releases ends at
+    once or, nested more than 32 levels deep, before the outermost release returns; so a free function does not wait for
+    the end of another object. A compare function gives -1, 0 or 1, a to-string function a new text. Each may be null:
+    nothing to give up, the order of the unique numbers, the sort's name with the unique number. */
 
 #ifndef QV_FAMILY_H
 #define QV_FAMILY_H
@@ -46,7 +47,7 @@ struct QV_OBJ
     QV_INT              unique;            /**< atomic; -1 until the number is first needed */
     int32_t             retainCount;       /**< atomic */
     uint16_t            sharedOffset;      /**< bytes since the start of memory shared with others; 0: has its own */
-    uint16_t            isListed;          /**< the run that created it keeps lists; set before anybody has the object */
+    uint16_t            isListed;          /**< the run that created it keeps lists; never changes */
     QV_INT              dbgObjectSize;     /**< the size given to qv___ObjCreate() */
     QV_INT              dbgAllocationSize; /**< atomic; bytes of storage outside the object */
     QV___OBJ_LOG_ENTRY *logFirst;
@@ -122,8 +123,8 @@ static inline void qv___ObjRetain( QV_OBJ *obj )
     qv___AtomicAdd32( &obj->retainCount, 1 );
 }
 
-/** What every release is. Whoever finds a count of 1 holds the only reference, so that the common end of an object needs
-    no locked instruction, unless the object can be found without one: qv___ObjReleaseLast() knows. */
+/** What every release is. Whoever finds a count of 1 holds the only reference, so that the common end of an object
+    needs no locked instruction, unless the object can be found without one: qv___ObjReleaseLast() knows. */
 static inline void qv___ObjRelease( QV_OBJ *obj )
 {
     if( qv___AtomicLoad32( &obj->retainCount ) == 1 )

@@ -195,8 +195,8 @@ void qv___ObjFree( QV_OBJ *thisObj )
 
 void qv___ObjReleaseLast( QV_OBJ *thisObj )
 {
-    // Nobody but the caller knows of an object with one reference, so that its count needs no locked instruction, unless
-    // it can be found without one: in a list by a snapshot, or because it is static.
+    // Nobody but the caller knows of an object with one reference, so that its count needs no locked instruction,
+    // unless it can be found without one: in a list by a snapshot, or because it is static.
     if( __builtin_expect( !thisObj->isListed && thisObj->type == QV___OBJ_TYPE_OBJECT, 1 ) )
     {
         QV_ASSERT( qv___AtomicCompareExchange32( &thisObj->retainCount, 1, 1 ) == 1 );

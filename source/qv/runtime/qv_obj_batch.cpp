@@ -1,5 +1,6 @@
 #include "qv/runtime/qv_obj_life_private.h"
 #include "qv/runtime/qv_obj_private.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
 
@@ -25,6 +26,8 @@ int32_t *usersOf( void *memory )
 // Whoever finds no uses but his own is the last, for the uses of others never rise again: no locked instruction then.
 void qv::leaveShared( void *memory, int32_t uses )
 {
+    QV_ASSERT( qv___AtomicLoad32( usersOf( memory ) ) >= uses );
+
     if( qv___AtomicLoad32( usersOf( memory ) ) == uses || qv___AtomicAdd32( usersOf( memory ), -uses ) == 0 )
         qvMemFree( memory );
 }

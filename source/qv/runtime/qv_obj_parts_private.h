@@ -65,8 +65,8 @@ struct QV___TEXT_WALK
 
 namespace qv
 {
-/** Compares two parts. A step returns at once with a result that is not 0, whatever it is: it is the order of the whole,
-    or stands for an order that the loop finds out before it calls the step again, and then only if the parts are
+/** Compares two parts. A step returns at once with a result that is not 0, whatever it is: it is the order of the
+    whole, or stands for an order that the loop finds out before it calls the step again, and then only if the parts are
     equal. */
 inline QV_INT comparePart( QV___COMPARE_WALK *walk, QV_OBJ *thisPart, QV_OBJ *thatPart )
 {
@@ -88,7 +88,7 @@ inline QV_INT comparePart( QV___COMPARE_WALK *walk, QV_OBJ *thisPart, QV_OBJ *th
             return sort->compareFunc( thisPart, thatPart );
     }
 
-    return qvObjDefaultCompareFunc( thisPart, thatPart );
+    return qvObjCompare( thisPart, thatPart );
 }
 
 /** Appends the text of a part and gives null; or gives the part, which the step returns at once. */

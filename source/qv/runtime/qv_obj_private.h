@@ -107,7 +107,7 @@ QV_API QV_BOOL qv___ObjOdbEnabled( void );
 QV_API void    qv___ObjOdbLock( void );
 QV_API void    qv___ObjOdbUnlock( void );
 
-/** Ends the process unless the lists of the library's sorts agree with the objects and counts. Any thread, in any run. */
+/** Ends the process unless the lists of the library's sorts agree with the objects and counts. Any thread, any run. */
 QV_API void qv___ObjCheckLists( void );
 
 namespace qv
