@@ -344,6 +344,9 @@ void qvEncoderEncodeStringVector( QV_ENCODER *enc, QV_VECTOR *vec )
     QV_CHECK( enc );
     QV_CHECK( vec );
 
+    // The text of an element can be made by a function that changes the Vector it stands in: then that becomes another.
+    qv::Ref< QV_VECTOR > held = qv::Ref< QV_VECTOR >::share( vec );
+
     qvEncoderEncodeInt( enc, vec->length );
 
     for( QV_INT i = 0; i < vec->length; i++ )
