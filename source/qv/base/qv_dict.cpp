@@ -201,6 +201,17 @@ void deleteItem( QV_DICT **dict, const Place &place )
 
 /* Creation ------------------------------------------------------------------------------------------------------- */
 
+QV_DICT *qv::createDictWithRoom( QV_INT count )
+{
+    if( count == 0 )
+        return qvDictCreate();
+
+    QV_DICT *dict = createEmpty();
+    makeDictRun( dict, count );
+
+    return dict;
+}
+
 QV_DICT *qvDictCreate( void )
 {
     return qv::retain( qv___DictEmpty );

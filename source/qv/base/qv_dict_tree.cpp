@@ -432,10 +432,15 @@ QV_INT qv::dictIndex( QV_DICT *dict, const DictPlace &place )
 
 // The references come in registers: an Item that was just written to the stack field by field and is read from there as
 // a vector makes the processor wait.
+void qv::makeDictRun( QV_DICT *dict, QV_INT count )
+{
+    dict->run = createRun( static_cast< int32_t >( std::min< QV_INT >( count, FULL ) ) );
+}
+
 void qv::enterItem( QV_DICT *dict, const DictPlace &place, QV_OBJ *key, QV_OBJ *value )
 {
     if( !dict->hasIndex && !dict->run )
-        dict->run = createRun( 1 );
+        makeDictRun( dict, 1 );
 
     Run *&run = dictRun( dict, place.run );
 

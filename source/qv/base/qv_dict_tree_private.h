@@ -46,6 +46,9 @@ inline QV___DICT_ITEM &dictItem( QV_DICT *dict, const DictPlace &place )
 DictPlace dictPlace( QV_DICT *dict, QV_INT idx );
 QV_INT    dictIndex( QV_DICT *dict, const DictPlace &place );
 
+/** Gives a Dict that has no run one with room for so many items. */
+void makeDictRun( QV_DICT *dict, QV_INT count );
+
 /** Releases what an item holds. */
 void releaseItem( const QV___DICT_ITEM &item );
 
