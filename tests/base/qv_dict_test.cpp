@@ -15,6 +15,7 @@
 #include <malloc.h>
 #include <map>
 #include <random>
+#include <thread>
 
 using namespace qv;
 using namespace qv::test;
@@ -609,6 +610,31 @@ TEST( Dict, StaysWholeWhenOtherFamiliesUseItsVariableMeanwhile )
             qvDictSetObjKey( dict.at(), probe( 1 ), probe( 1 ) );
         }
     }
+}
+
+TEST( Dict, ThreadsChangeTheirOwnOfOneTheyShare )
+{
+    Ref< QV_DICT > shared( qvDictCreate() );
+
+    for( QV_INT i = 0; i < 1000; i++ )
+        i % 2 ? qvDictSetRealKey( shared.at(), i, boxed( i ) ) : qvDictSetIntKey( shared.at(), i, boxed( i ) );
+
+    auto work = [borrowed = shared.get()] {
+        for( QV_INT i = 0; i < 50; i++ )
+        {
+            Ref< QV_DICT > own = Ref< QV_DICT >::share( borrowed ), few( qvDictCreate() );
+            qvDictSetRealKey( few.at(), i, Ref< QV_OBJ >( qvDictKeyAt( borrowed, i ) ) );
+            i % 2 ? qvDictExclude( own.at(), few ) : qvDictInclude( own.at(), few, QV_TRUE );
+            qvDictInclude( few.at(), borrowed, QV_FALSE );
+            qvDictDelValue( own.at(), Ref< QV_OBJ >( qvDictValueAt( borrowed, i ) ), QV_TRUE );
+            EXPECT_FALSE( qvDictDisjoint( borrowed, few ) );
+            EXPECT_TRUE( qvDictHasRealKey( borrowed, 2 * i + 1 ) );
+        }
+    };
+    std::thread other( work );
+    work();
+    other.join();
+    EXPECT_EQ( 1000, qvDictLength( shared ) );
 }
 
 TEST( Dict, IsMadeOfVectorsAndGivesThem )

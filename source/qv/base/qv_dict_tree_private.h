@@ -17,6 +17,9 @@
 
 namespace qv
 {
+/** What an item counts for in the accounts: its two references. */
+const QV_INT ACCOUNTED_DICT_ITEM = 2 * sizeof( QV_OBJ * );
+
 /** Items that a run has at most, and how many are so few that it is joined with a neighbour. Only the first and the last
     run may have fewer: entering and deleting at an end leaves its neighbour alone. */
 const int32_t FULL_DICT_RUN   = 512;
