@@ -286,8 +286,8 @@ void dropIndexOfOne( QV_DICT *dict )
     dict->hasIndex = 0;
 }
 
-// Divides a run. One part keeps the block, the right one if `keepsRight`; the other gets a block of `size`, with the free
-// places at the end that is not the middle.
+// Divides a run. One part keeps the block, the right one if `keepsRight`; the other gets a block of `size`, with the
+// free places at the end that is not the middle.
 void splitRun( Index *index, int32_t at, int32_t leftLength, bool keepsRight, int32_t size )
 {
     Run    *kept   = index->runs->items()[at].run;

@@ -38,10 +38,10 @@ public:
     {
         if( length_ == size_ )
         {
-            QV_OBJ **far =
-                static_cast< QV_OBJ ** >( qvMemReallocN( values_ == near_ ? nullptr : values_, size_ * 2, sizeof( value ) ) );
+            QV_OBJ **old = values_ == near_ ? nullptr : values_;
+            QV_OBJ **far = static_cast< QV_OBJ ** >( qvMemReallocN( old, size_ * 2, sizeof( value ) ) );
 
-            if( values_ == near_ )
+            if( !old )
                 qvMemCopyN( far, near_, length_, sizeof( value ) );
 
             values_ = far;
