@@ -23,14 +23,14 @@ namespace
 // The same keys for everybody, of which the second half is not entered.
 struct Keys
 {
-    std::vector< std::string > sorted, shuffled, missing;
-    std::vector< QV_STRING * > oursSorted, oursShuffled, oursMissing;
+    std::vector< std::string > sorted, shuffled, inward, missing; // inward: from both ends to the middle
+    std::vector< QV_STRING * > oursSorted, oursShuffled, oursInward, oursMissing;
     QV_DICT                   *dict;
 #ifdef BENCH_GLIB
     GTree *tree;
 #endif
 #ifdef BENCH_QT
-    std::vector< QString >   qtSorted, qtShuffled, qtMissing;
+    std::vector< QString >   qtSorted, qtShuffled, qtInward, qtMissing;
     QMap< QString, int64_t > map;
 #endif
 };
@@ -105,7 +105,11 @@ Keys *makeKeys( size_t count )
     result->sorted = result->shuffled;
     std::sort( result->sorted.begin(), result->sorted.end() );
 
+    for( size_t i = 0; i < count; i++ )
+        result->inward.push_back( result->sorted[i % 2 ? count - 1 - i / 2 : i / 2] );
+
     result->oursSorted   = strings( result->sorted );
+    result->oursInward   = strings( result->inward );
     result->oursShuffled = strings( result->shuffled );
     result->oursMissing  = strings( result->missing );
     result->dict         = buildDict( result->oursSorted );
@@ -114,6 +118,7 @@ Keys *makeKeys( size_t count )
 #endif
 #ifdef BENCH_QT
     result->qtSorted   = qtStrings( result->sorted );
+    result->qtInward   = qtStrings( result->inward );
     result->qtShuffled = qtStrings( result->shuffled );
     result->qtMissing  = qtStrings( result->missing );
     result->map        = buildMap( result->qtSorted );
@@ -164,7 +169,7 @@ void addDictCases( size_t count )
     Keys       *keys  = makeKeys( count );
     std::string input = std::to_string( count ) + " keys of 16 characters";
 
-    std::vector< Peer > hit, miss, build, randomBuild, walk;
+    std::vector< Peer > hit, miss, build, randomBuild, middleBuild, walk;
 #ifdef BENCH_GLIB
     hit.push_back( { "GTree", [keys] { return lookUp( keys->tree, keys->shuffled ); } } );
     miss.push_back( { "GTree", [keys] { return lookUp( keys->tree, keys->missing ); } } );
@@ -177,6 +182,7 @@ void addDictCases( size_t count )
     };
     build.push_back( { "GTree", [keys, treeBuild] { return treeBuild( keys->sorted ); } } );
     randomBuild.push_back( { "GTree", [keys, treeBuild] { return treeBuild( keys->shuffled ); } } );
+    middleBuild.push_back( { "GTree", [keys, treeBuild] { return treeBuild( keys->inward ); } } );
     walk.push_back(
         { "GTree",
           [keys]
@@ -198,6 +204,7 @@ void addDictCases( size_t count )
     miss.push_back( { "QMap", [keys] { return lookUp( keys->map, keys->qtMissing ); } } );
     build.push_back( { "QMap", [keys] { return static_cast< uint64_t >( buildMap( keys->qtSorted ).size() ); } } );
     randomBuild.push_back( { "QMap", [keys] { return static_cast< uint64_t >( buildMap( keys->qtShuffled ).size() ); } } );
+    middleBuild.push_back( { "QMap", [keys] { return static_cast< uint64_t >( buildMap( keys->qtInward ).size() ); } } );
     walk.push_back(
         { "QMap",
           [keys]
@@ -223,6 +230,8 @@ void addDictCases( size_t count )
     add( "Dict", "look-up, miss", input, 0.9, [keys] { return lookUp( keys->dict, keys->oursMissing ); }, miss );
     add( "Dict", "ascending build", input, 0.4, [keys, dictBuild] { return dictBuild( keys->oursSorted ); }, build );
     add( "Dict", "random build", input, 0, [keys, dictBuild] { return dictBuild( keys->oursShuffled ); }, randomBuild );
+    add( "Dict", "build towards the middle", input, 0, [keys, dictBuild] { return dictBuild( keys->oursInward ); },
+         middleBuild );
     add( "Dict", "walk", input, 0.4,
          [keys]
          {

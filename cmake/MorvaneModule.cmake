@@ -11,13 +11,26 @@
 # name undefined. The sources are compiled with QV_MODULE_NAME, which qv/qv_extend.h needs, and each with the path that
 # its contract reports bear.
 
-# Hands the path of each source, from the project's folder and without its ending, to the source.
+# Says that a source is a part of a family: its contract reports bear the path of the family's main source.
+function( morvane_source_part part family )
+    set_property( SOURCE "${part}" PROPERTY MORVANE_FAMILY "${family}.cpp" )
+    if( NOT EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${part}" OR NOT EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${family}.cpp" )
+        message( FATAL_ERROR "morvane_source_part: no ${part}, or no ${family}.cpp" )
+    endif()
+endfunction()
+
+# Hands the path of each source, from the project's folder and without its ending, to the source; the family's path to
+# a source that is a part of one.
 function( morvane_source_paths target )
     get_target_property( sources ${target} SOURCES )
     get_target_property( directory ${target} SOURCE_DIR )
     foreach( source IN LISTS sources )
         if( source MATCHES "\\.(c|cc|cpp|cxx)$" )
-            get_filename_component( absolute "${source}" ABSOLUTE BASE_DIR "${directory}" )
+            get_property( family SOURCE "${source}" PROPERTY MORVANE_FAMILY )
+            if( NOT family )
+                set( family "${source}" )
+            endif()
+            get_filename_component( absolute "${family}" ABSOLUTE BASE_DIR "${directory}" )
             file( RELATIVE_PATH relative "${PROJECT_SOURCE_DIR}" "${absolute}" )
             string( REGEX REPLACE "\\.[a-z]+$" "" relative "${relative}" )
             set_property(

@@ -1,4 +1,4 @@
-#include "morvane_stream.h"
+#include "morvane_file.h"
 #include "morvane_tool.h"
 
 #include "qv/base/qv_boxed_int.h"
@@ -6,8 +6,11 @@
 #include "qv/io/qv_print.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/sys/qv_chars.h"
+#include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/unicode/qv_unicode_properties.h"
 
+#include <errno.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -20,12 +23,13 @@ namespace
 const Tool TOOLS[] = {
     { "id", "", "prints a new identifier of 32 hexadecimal digits", idTool },
     { "info", "", "prints what is known about the product and the computer", infoTool },
-    { "module", "TOOL ARGUMENT...", "tells about modules in XZ_MORVANE_BIN_PATH and runs them", moduleTool, QV_RUNTIME_FLAG_MODULE_DEBUG },
-    { "random", "TOOL ARGUMENT...", "prints random bytes and integers", randomTool },
-    { "store", "TOOL ARGUMENT...", "reads, changes and converts configuration documents", storeTool },
-    { "text", "TOOL ARGUMENT...", "converts, normalises and changes text", textTool },
-    { "time", "TOOL ARGUMENT...", "tells, shifts and compares times, and names time zones", timeTool },
-    { "unicode", "TOOL ARGUMENT...", "tells about characters and character sets", unicodeTool },
+    { "module", "TOOL ARGUMENT...", "tells about modules in XZ_MORVANE_BIN_PATH and runs them", moduleTool,
+      HAS_TOOLS, 0 },
+    { "random", "TOOL ARGUMENT...", "prints random bytes and integers", randomTool, HAS_TOOLS },
+    { "store", "TOOL ARGUMENT...", "reads, changes and converts configuration documents", storeTool, HAS_TOOLS },
+    { "text", "TOOL ARGUMENT...", "converts, normalises and changes text", textTool, HAS_TOOLS },
+    { "time", "TOOL ARGUMENT...", "tells, shifts and compares times, and names time zones", timeTool, HAS_TOOLS },
+    { "unicode", "TOOL ARGUMENT...", "tells about characters and character sets", unicodeTool, HAS_TOOLS },
 };
 
 const int TOOL_COUNT = sizeof( TOOLS ) / sizeof( TOOLS[0] );
@@ -33,8 +37,28 @@ const int TOOL_COUNT = sizeof( TOOLS ) / sizeof( TOOLS[0] );
 // Where printed lines go: what a tool tells to the standard output, what the switch says of a wrong name elsewhere.
 FILE *printStream = nullptr;
 
-// What sees printed texts first, or null.
-bool ( *printTaker )( const QV_CHAR *chs, QV_INT length ) = nullptr;
+// True when every printed line is to be out at once.
+bool isPrintedAtOnce = false;
+
+// What was wrong when the standard output could not be written for the first time, or 0.
+int outputError = 0;
+
+// Takes note of the result of a call that writes to a stream.
+void note( FILE *stream, bool ok )
+{
+    if( ok || stream != stdout || outputError != 0 )
+        return;
+
+    outputError = errno ? errno : EIO;
+
+    if( outputError == EPIPE )
+        endByBrokenPipe();
+}
+
+void writeBytes( FILE *stream, const char *bytes, size_t count )
+{
+    note( stream, fwrite( bytes, 1, count, stream ) == count );
+}
 
 void writeUtf8( FILE *stream, const QV_CHAR *chs, QV_INT length )
 {
@@ -45,7 +69,7 @@ void writeUtf8( FILE *stream, const QV_CHAR *chs, QV_INT length )
     {
         QV_INT count = length - i < step ? length - i : step;
         QV_INT bytes = qvCharsConvertToUtf8( piece, sizeof( piece ), chs + i, count, QV_FALSE );
-        fwrite( piece, 1, static_cast< size_t >( bytes ), stream );
+        writeBytes( stream, piece, static_cast< size_t >( bytes ) );
     }
 }
 
@@ -57,11 +81,11 @@ void writeUtf8( FILE *stream, QV_STRING *qvs )
 // The print hook: every text is a line.
 void printLine( const QV_CHAR *chs, QV_INT length )
 {
-    if( printTaker && printTaker( chs, length ) )
-        return;
-
     writeUtf8( printStream, chs, length );
-    fputc( '\n', printStream );
+    writeBytes( printStream, "\n", 1 );
+
+    if( isPrintedAtOnce )
+        note( printStream, fflush( printStream ) == 0 );
 }
 
 // The tool that a word names, by the rules of the switch: in full or by a unique beginning.
@@ -109,6 +133,33 @@ bool asksForHelp( QV_VECTOR *argv )
     return qvStringEqualsCstr( word, "help", -1 ) || qvStringEqualsCstr( word, "--help", -1 );
 }
 
+// True if the words behind the name of a tool ask for its usage.
+bool asksForUsage( const Tool &tool, QV_VECTOR *words )
+{
+    QV_INT count = qvVectorLength( words );
+
+    if( tool.kind == HAS_TOOLS )
+        return false;
+
+    for( QV_INT i = 1; i < ( tool.kind == PASSES_ON ? qvIntMin( count, 2 ) : count ); i++ )
+    {
+        Ref< QV_STRING > word = wordAt( words, i );
+
+        if( qvStringEqualsCstr( word, "--help", -1 ) )
+            return true;
+
+        if( qvStringEqualsCstr( word, "--", -1 ) )
+            break;
+    }
+
+    return false;
+}
+
+void tellUsage( FILE *stream, const char *command, const Tool &tool )
+{
+    fprintf( stream, "usage: %s %s%s%s\n", command, tool.name, *tool.arguments ? " " : "", tool.arguments );
+}
+
 void listTools( FILE *stream, const char *command, const Tool *tools, int count )
 {
     fprintf( stream, "usage: %s TOOL ARGUMENT...\n\n", command );
@@ -123,9 +174,20 @@ void print( QV_STRING *line )
     qvPrint( line );
 }
 
-void takePrinted( bool ( *take )( const QV_CHAR *chs, QV_INT length ) )
+void printAtOnce()
 {
-    printTaker = take;
+    isPrintedAtOnce = true;
+}
+
+bool put( const char *bytes, QV_INT count )
+{
+    writeBytes( stdout, bytes, static_cast< size_t >( count ) );
+    return outputError == 0;
+}
+
+void startRuntime( QV_INT flags, QV_RUNTIME_PRINT_FUNC printFunc )
+{
+    qvRuntimeStartup( flags, printFunc, "morvane", "morvane", nullptr );
 }
 
 void complain( const char *prefix, QV_STRING *subject, QV_STRING *reason )
@@ -151,12 +213,19 @@ void runTool( const char *command, const Tool *tools, int count, QV_VECTOR *argv
         return;
     }
 
+    const Tool *tool = findTool( tools, count, argv );
+
+    if( tool && asksForUsage( *tool, argv ) )
+    {
+        tellUsage( stdout, command, *tool );
+        context->status = SUCCESS;
+        return;
+    }
+
     Ref< QV_TOOL_SWITCH > ts( qvToolSwitchCreate() );
 
     for( int i = 0; i < count; i++ )
         qvToolSwitchSetToolCstr( ts.at(), tools[i].name, -1, tools[i].func );
-
-    const Tool *tool = findTool( tools, count, argv );
 
     context->status = MISUSE;
     printStream     = tool ? stdout : stderr;
@@ -168,12 +237,20 @@ void runTool( const char *command, const Tool *tools, int count, QV_VECTOR *argv
         return;
 
     if( tool )
-        fprintf( stderr, "usage: %s %s%s%s\n", command, tool->name, *tool->arguments ? " " : "", tool->arguments );
+        tellUsage( stderr, command, *tool );
     else
         listTools( stderr, command, tools, count );
 
     context->usageShown = true;
 }
+
+namespace
+{
+QV_INT flagsOf( const Option &option )
+{
+    return ( option.hasArgument ? QV_OPT_FLAG_ARGUMENT : 0 ) | ( option.repeats ? 0 : QV_OPT_FLAG_ONCE );
+}
+} // namespace
 
 bool Arguments::read( QV_VECTOR *argv, const Option *options, int count )
 {
@@ -183,7 +260,7 @@ bool Arguments::read( QV_VECTOR *argv, const Option *options, int count )
     for( int i = 0; i < count; i++ )
     {
         qvOptDefSetLongOptCstr( def.at(), options[i].name, -1, i );
-        qvOptDefSetFlags( def.at(), i, options[i].hasArgument ? QV_OPT_FLAG_ARGUMENT : 0 );
+        qvOptDefSetFlags( def.at(), i, flagsOf( options[i] ) );
     }
 
     Ref< QV_OPT_SEQ > seq( qvOptSeqCreate( def, argv ) );
@@ -244,6 +321,79 @@ Ref< QV_STRING > wordAt( QV_VECTOR *words, QV_INT idx )
 {
     return Ref< QV_STRING >( qvStringFrom( qvVectorObjAt( words, idx ) ) );
 }
+
+namespace
+{
+// The words of the command line; nothing, with a line on the standard error stream, if one is no UTF-8: a name of a
+// file that is read with replacements would be that of another file.
+Ref< QV_VECTOR > wordsOf( int argc, char **argv )
+{
+    Ref< QV_VECTOR > words( qvVectorCreate() );
+
+    for( int i = 1; i < argc; i++ )
+    {
+        Ref< QV_STRING > word( qvStringCreateFromCstr( argv[i], -1 ) );
+        char            *back  = qvStringConvertToCstr( word, QV_TRUE, nullptr );
+        bool             valid = strcmp( argv[i], back ) == 0;
+        qvMemFree( back );
+
+        for( QV_INT k = 0; k < qvStringLength( word ); k++ )
+            valid = valid && !qvUnicodeIsOtherSurrogate( qvStringCharAt( word, k ) );
+
+        if( !valid )
+        {
+            complain( "morvane", word, "not valid UTF-8" );
+            return {};
+        }
+
+        qvVectorAppendString( words.at(), word );
+    }
+
+    return words;
+}
+
+void tellVersion()
+{
+    Ref< QV_STRING > version( qvRuntimeVersionProductVersion() );
+    qvPrintFormatCstr( "morvane %s", -1, version.get() );
+}
+
+void run( QV_VECTOR *words, Context *context )
+{
+    if( qvVectorLength( words ) == 1 && qvStringEqualsCstr( wordAt( words, 0 ), "--version", -1 ) )
+    {
+        tellVersion();
+        context->status = SUCCESS;
+        return;
+    }
+
+    if( qvVectorLength( words ) == 0 )
+    {
+        listTools( stdout, "morvane", TOOLS, TOOL_COUNT );
+        context->status = SUCCESS;
+        return;
+    }
+
+    runTool( "morvane", TOOLS, TOOL_COUNT, words, context );
+}
+
+// What could not be written, as on a full disk, is a failure too.
+bool isOutputComplete( const Tool *tool )
+{
+    bool hasFailed = ferror( stdout );
+    errno          = 0;
+    note( stdout, fflush( stdout ) == 0 && hasOutputArrived() );
+
+    if( outputError == 0 && !hasFailed )
+        return true;
+
+    fprintf(
+        stderr, "morvane%s%s: standard output: %s\n", tool ? " " : "", tool ? tool->name : "",
+        outputError ? strerror( outputError ) : "it could not be written" );
+
+    return false;
+}
+} // namespace
 } // namespace morvane
 
 int main( int argc, char **argv )
@@ -256,31 +406,19 @@ int main( int argc, char **argv )
     const Tool *tool = argc > 1 ? findTool( TOOLS, TOOL_COUNT, argv[1] ) : nullptr;
 
     printStream = stdout;
-    qvRuntimeStartup(
-        tool ? tool->runtimeFlags : QV_RUNTIME_FLAG_MINIMAL, printLine, "morvane", "morvane", nullptr );
+    startRuntime( tool ? tool->runtimeFlags : QV_RUNTIME_FLAG_MINIMAL, printLine );
 
     Context context;
 
-    {
-        Ref< QV_VECTOR > words( qvVectorCreate() );
-
-        for( int i = 1; i < argc; i++ )
-            qvVectorAppendStringCstr( words.at(), argv[i], -1 );
-
-        if( argc == 1 )
-            qvVectorAppendStringCstr( words.at(), "help", -1 );
-
-        runTool( "morvane", TOOLS, TOOL_COUNT, words, &context );
-    }
+    if( Ref< QV_VECTOR > words = wordsOf( argc, argv ) )
+        run( words, &context );
+    else
+        context.status = FAILURE;
 
     qvRuntimeShutdown();
 
-    // What could not be written, as on a full disk, is a failure too.
-    if( fflush( stdout ) != 0 || ferror( stdout ) )
-    {
-        fputs( "morvane: the output could not be written\n", stderr );
-        return FAILURE;
-    }
+    if( context.afterwards )
+        context.afterwards();
 
-    return context.status;
+    return isOutputComplete( tool ) ? context.status : FAILURE;
 }

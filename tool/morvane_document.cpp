@@ -45,12 +45,13 @@ Ref< QV_STRING > lineEnd( QV_STRING *line )
     return Ref< QV_STRING >( qvStringCreateFromTrailing( line, lineEndLength( line ) ) );
 }
 
-// Calls `visit` with "a" and "a.b" for the path "a.b.c", or with "a." and "a.b.".
+// Calls `visit` with "a" and "a.b" for the path "a.b.c", or with "a." and "a.b.", as long as it gives true.
 template< class Visit >
 void visitAbove( QV_STRING *path, bool withDot, const Visit &visit )
 {
     for( QV_INT dot = qvStringFindChar( path, 0, U'.' ); dot >= 0; dot = qvStringFindChar( path, dot + 1, U'.' ) )
-        visit( Ref< QV_STRING >( qvStringCreateFromLeading( path, withDot ? dot + 1 : dot ) ) );
+        if( !visit( Ref< QV_STRING >( qvStringCreateFromLeading( path, withDot ? dot + 1 : dot ) ) ) )
+            break;
 }
 
 // True if a store has what a line with this path makes: a value or, with a dot at the end, a sub-store.
@@ -145,23 +146,25 @@ bool Document::canHold( QV_STRING *path, QV_STRING *value )
     return qvStringFindChar( line, 0, 0x2028 ) < 0 && qvStringFindChar( line, 0, 0x2029 ) < 0;
 }
 
-void Document::set( QV_STRING *path, QV_STRING *value )
+void Document::set( QV_VECTOR *paths, QV_VECTOR *values )
 {
-    if( !places_ )
-    {
-        places_.reset( qvDictCreate() );
+    findPlaces( paths );
 
-        for( QV_INT i = first_; i != NONE; i = lines_[i].next )
-            index( i, NONE );
-    }
+    for( QV_INT i = 0; i < qvVectorLength( paths ); i++ )
+        setValue( wordAt( paths, i ), wordAt( values, i ) );
 
+    places_.reset();
+}
+
+void Document::setValue( QV_STRING *path, QV_STRING *value )
+{
     Ref< QV_STRING > canonical( qv___StoreEncodeLine( path, value ) );
     QV_INT           at = placeOf( path );
 
     if( at == NONE )
     {
         QV_INT previous = lastNeighbour( path );
-        index( add( previous, canonical ), previous );
+        setPlaces( add( previous, canonical ), previous );
         return;
     }
 
@@ -200,11 +203,11 @@ Ref< QV_VECTOR > Document::remove( QV_VECTOR *paths )
             {
                 QV_INT idx = qvDictIndexOfStringKey( found, path );
 
-                if( idx < 0 )
-                    return;
+                if( idx >= 0 )
+                    qvDictSetValueAt( found.at(), idx, qvBoxedBoolObj( yes ) );
 
-                qvDictSetValueAt( found.at(), idx, qvBoxedBoolObj( yes ) );
-                deleted = true;
+                deleted = deleted || idx >= 0;
+                return true;
             };
 
             visitAbove( line.path, false, look );
@@ -222,7 +225,6 @@ Ref< QV_VECTOR > Document::remove( QV_VECTOR *paths )
         }
     }
 
-    places_.reset();
     Ref< QV_VECTOR > missing( qvVectorCreate() );
 
     for( QV_INT i = 0; i < count; i++ )
@@ -258,8 +260,6 @@ void Document::merge( QV_VECTOR *stores )
 
         qvStoreMerge( all.at(), other );
     }
-
-    places_.reset();
 }
 
 // The line that the index has for "a.b" or "a.", or NONE.
@@ -279,30 +279,65 @@ QV_INT Document::lastNeighbour( QV_STRING *path ) const
     {
         QV_INT place = placeOf( above );
         result       = place == NONE ? result : place;
+        return true;
     } );
 
     return result;
 }
 
-// Enters a line in the index: one of all lines in their order, or a new one behind `previous`.
-void Document::index( QV_INT line, QV_INT previous )
+// Finds the lines that the paths and what is above them have now.
+void Document::findPlaces( QV_VECTOR *paths )
+{
+    Ref< QV_OBJ > none( qvBoxedIntObj( qvBoxedIntCreate( NONE ) ) );
+    places_.reset( qvDictCreate() );
+
+    for( QV_INT i = 0; i < qvVectorLength( paths ); i++ )
+    {
+        Ref< QV_STRING > path = wordAt( paths, i );
+
+        visitAbove( path, true, [&]( QV_STRING *above ) {
+            qvDictSetStringKey( places_.at(), above, none );
+            return true;
+        } );
+
+        qvDictSetStringKey( places_.at(), path, none );
+    }
+
+    for( QV_INT i = first_; i != NONE; i = lines_[i].next )
+        setPlaces( i, NONE );
+}
+
+// Enters a line for a key, if somebody asks for that. Behind the line that was the last one of a sub-store, a new one
+// is; behind others it is not.
+bool Document::setPlace( QV_STRING *key, QV_INT line, QV_INT previous )
+{
+    QV_INT idx = qvDictIndexOfStringKey( places_, key );
+
+    if( idx < 0 )
+        return false;
+
+    Ref< QV_BOXED_INT > old( qvBoxedIntFrom( qvDictValueAt( places_, idx ) ) );
+    QV_INT              place = qvBoxedIntValue( old );
+
+    if( previous == NONE || place == previous || place == NONE )
+        qvDictSetValueAt( places_.at(), idx, qvBoxedIntObj( Ref< QV_BOXED_INT >( qvBoxedIntCreate( line ) ) ) );
+
+    return true;
+}
+
+// Enters a line for all its keys: one of all lines in their order, or a new one behind `previous`.
+void Document::setPlaces( QV_INT line, QV_INT previous )
 {
     QV_STRING *path = lines_[line].path;
 
     if( !path )
         return;
 
-    Ref< QV_BOXED_INT > boxed( qvBoxedIntCreate( line ) );
-
-    visitAbove( path, true, [&]( QV_STRING *above )
-    {
-        // Behind the line that was the last one of a sub-store, the new one is.
-        if( previous == NONE || placeOf( above ) == previous || placeOf( above ) == NONE )
-            qvDictSetStringKey( places_.at(), above, qvBoxedIntObj( boxed ) );
-    } );
+    // Nobody asks for what lies below what nobody asks for.
+    visitAbove( path, true, [&]( QV_STRING *above ) { return setPlace( above, line, previous ); } );
 
     if( !qvStringEndsWithChar( path, U'.' ) )
-        qvDictSetStringKey( places_.at(), path, qvBoxedIntObj( boxed ) );
+        setPlace( path, line, NONE );
 }
 
 // Inserts a line as it stands behind another one, or as the first one behind NONE.

@@ -30,9 +30,9 @@ public:
     /** True if a document can hold the value under the path, which has the form `a.b.c`. */
     static bool canHold( QV_STRING *path, QV_STRING *value );
 
-    /** Sets a value: in the line that has it now, else in a new one behind its neighbours. Costs a look-up, the first
-        call also one for each line. */
-    void set( QV_STRING *path, QV_STRING *value );
+    /** Sets the values of paths, one after the other: in the line that has it now, else in a new one behind its
+        neighbours. Two Vectors of one length. Costs a pass over the lines, and a look-up for each level of a path. */
+    void set( QV_VECTOR *paths, QV_VECTOR *values );
 
     /** Deletes the values of all paths and everything below them, in one pass. Gives the paths that have nothing. */
     qv::Ref< QV_VECTOR > remove( QV_VECTOR *paths );
@@ -50,9 +50,12 @@ private:
 
     static const QV_INT NONE = -1;
 
+    void   findPlaces( QV_VECTOR *paths );
     QV_INT placeOf( QV_STRING *key ) const;
+    bool   setPlace( QV_STRING *key, QV_INT line, QV_INT previous );
+    void   setPlaces( QV_INT line, QV_INT previous );
     QV_INT lastNeighbour( QV_STRING *path ) const;
-    void   index( QV_INT line, QV_INT previous );
+    void   setValue( QV_STRING *path, QV_STRING *value );
     QV_INT insert( QV_INT previous, QV_STRING *text );
     QV_INT add( QV_INT previous, QV_STRING *text );
 
@@ -63,8 +66,8 @@ private:
     QV_INT first_         = NONE;
     QV_INT last_          = NONE;
 
-    // Boxed indexes of lines: for "a.b" the last one that sets it, for "a." the last one of that sub-store. Null as
-    // long as nobody has asked.
+    // Boxed indexes of lines, or NONE: for "a.b" the last one that sets it, for "a." the last one of that sub-store. It
+    // has what the paths that are being set ask for.
     qv::Ref< QV_DICT > places_;
 };
 } // namespace morvane

@@ -7,6 +7,9 @@
 #include "qv/runtime/qv_module_version.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_runtime_platform_private.h"
+#include "qv/sys/qv_chars.h"
+
+#include <string.h>
 
 namespace morvane
 {
@@ -16,12 +19,9 @@ namespace
 {
 const char COMMAND[] = "morvane module";
 
-// The steps of a load, as the library prints them with QV_RUNTIME_FLAG_MODULE_DEBUG.
-const char MODULE_LINE[]  = "[qv___RuntimeTryLoadModule()] module: ";
+// Why a file is not loaded, as the library prints it with QV_RUNTIME_FLAG_MODULE_DEBUG.
 const char FAILURE_LINE[] = "[qv___RuntimePlatformLoadModule()] ";
-const char UNLOAD_LINE[]  = "[qvRuntimeUnloadAllModules()] module: ";
 
-// What is behind the failures that the library prints.
 const struct
 {
     const char *line;
@@ -33,97 +33,101 @@ const struct
     { "module name invalid", "the file holds a module of another name" },
 };
 
-// A load, as far as it has come.
-struct Progress
+// A module whose file is refused, and the one that was asked for; empty as long as there is none.
+const int NAME_SIZE = 33;
+char      refused[NAME_SIZE];
+char      requested[NAME_SIZE];
+
+Ref< QV_STRING > *refusal = nullptr; // why, where that is asked for
+
+// The print hook of a run that opens the file and starts nothing.
+void takeRefusal( const QV_CHAR *chs, QV_INT length )
 {
-    Ref< QV_VECTOR > names{ qvVectorCreate() }; // of the modules that it has turned to, one after the other
-    Ref< QV_STRING > reason;                    // why the last of them was refused; nothing if its file was not
-};
+    Ref< QV_STRING > line( qvStringCreateFromCharsCopy( chs, length ) );
 
-Progress *progress = nullptr; // of the load that is under way
+    if( !qvStringBeginsWithCstr( line, FAILURE_LINE, -1 ) )
+        return;
 
-// The text behind a beginning that it may have.
-Ref< QV_STRING > textBehind( const char *beginning, const QV_CHAR *chs, QV_INT length )
-{
-    QV_INT i = 0;
-
-    for( ; beginning[i]; i++ )
-    {
-        if( i == length || chs[i] != static_cast< unsigned char >( beginning[i] ) )
-            return {};
-    }
-
-    return Ref< QV_STRING >( qvStringCreateFromCharsCopy( chs + i, length - i ) );
-}
-
-const char *reasonOf( QV_STRING *failure )
-{
-    for( const auto &row : FAILURES )
-    {
-        if( row.reason && qvStringEqualsCstr( failure, row.line, -1 ) )
-            return row.reason;
-    }
-
+    qvStringDelLeading( line.at(), sizeof( FAILURE_LINE ) - 1 );
     const char *reason = loaderReason();
 
-    return reason ? reason : "the file cannot be loaded";
+    for( const auto &row : FAILURES )
+        if( row.reason && qvStringEqualsCstr( line, row.line, -1 ) )
+            reason = row.reason;
+
+    if( reason )
+        refusal->reset( qvStringCreateFromCstr( reason, -1 ) );
 }
 
-// Takes the lines about loading out of what is printed, and makes use of them.
-bool followProgress( const QV_CHAR *chs, QV_INT length )
+// Tells why the file was refused: in a run of its own, since the library prints that among all that modules print.
+void explainRefusal()
 {
-    if( Ref< QV_STRING > name = textBehind( MODULE_LINE, chs, length ) )
-    {
-        if( progress )
-            qvVectorAppendString( progress->names.at(), name );
+    startRuntime( QV_RUNTIME_FLAG_MODULE_DEBUG, takeRefusal );
 
-        return true;
+    {
+        Ref< QV_STRING > reason( qvStringCreateFromCstr( "the file cannot be loaded", -1 ) );
+        Ref< QV_STRING > subject( qvStringCreateFromCstr( refused, -1 ) );
+        refusal = &reason;
+        Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( subject ) );
+
+        if( strcmp( requested, refused ) != 0 )
+            subject.reset( qvStringCreateFromFormatCstr( "%lc needs %lc", -1, requested, refused ) );
+
+        complain( COMMAND, subject, reason );
     }
 
-    if( Ref< QV_STRING > failure = textBehind( FAILURE_LINE, chs, length ) )
-    {
-        if( progress )
-            progress->reason.reset( qvStringCreateFromCstr( reasonOf( failure ), -1 ) );
+    qvRuntimeShutdown();
+}
 
-        return true;
+// Has the refusal of the file of a module explained, which another one may need, when the run is over.
+void leaveToExplain( QV_STRING *name, QV_STRING *request, Context *context )
+{
+    qvCharsConvertToCstr( refused, NAME_SIZE, qvStringBacking( name ), qvStringLength( name ), QV_TRUE );
+    qvCharsConvertToCstr( requested, NAME_SIZE, qvStringBacking( request ), qvStringLength( request ), QV_TRUE );
+    context->afterwards = explainRefusal;
+}
+
+// The module with which the load of one has failed, itself or another that it needs: the first that is not loaded
+// though all that it needs is, in the order of a load, or one whose file is refused.
+Ref< QV_STRING > culprit( QV_STRING *name, bool *isRefused )
+{
+    Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( name ) );
+    *isRefused = !module;
+
+    if( !module )
+        return Ref< QV_STRING >::share( name );
+
+    Ref< QV_STRING > deps( qvStringCreateFromCstr( module->moduleRecord->deps, -1 ) );
+    Ref< QV_VECTOR > needed( qvStringSplitChar( deps, U' ', -1 ) );
+
+    for( QV_INT i = 0; i < qvVectorLength( needed ); i++ )
+    {
+        Ref< QV_STRING > other = wordAt( needed, i );
+
+        if( qvStringLength( other ) > 0 && !Ref< QV_MODULE >( qvRuntimeModule( other ) ) )
+            return culprit( other, isRefused );
     }
 
-    return static_cast< bool >( textBehind( UNLOAD_LINE, chs, length ) );
+    return Ref< QV_STRING >::share( name );
 }
 
-// The module that a failed load ended with: the last one that it has turned to and that isn't loaded.
-Ref< QV_STRING > culprit( QV_VECTOR *names )
+bool load( QV_STRING *name, Context *context )
 {
-    QV_INT           i = qvVectorLength( names );
-    Ref< QV_STRING > name;
-
-    do
-        name = wordAt( names, --i );
-    while( i > 0 && Ref< QV_MODULE >( qvRuntimeModule( name ) ) );
-
-    return name;
-}
-
-bool load( QV_STRING *name )
-{
-    Progress here;
-    progress       = &here;
-    QV_BOOL loaded = qvRuntimeTryLoadModule( name );
-    progress       = nullptr;
-
-    if( loaded )
+    if( qvRuntimeTryLoadModule( name ) )
         return true;
 
-    Ref< QV_STRING > failed  = culprit( here.names );
+    bool             isRefused;
+    Ref< QV_STRING > failed  = culprit( name, &isRefused );
     Ref< QV_STRING > subject = Ref< QV_STRING >::share( name );
 
     if( !qvStringEquals( name, failed ) )
         subject.reset( qvStringCreateFromFormatCstr( "%s needs %s", -1, name, failed.get() ) );
 
-    if( !here.reason )
-        here.reason.reset( qvStringCreateFromCstr( "it did not start", -1 ) );
+    if( isRefused )
+        leaveToExplain( failed, name, context );
+    else
+        complain( COMMAND, subject, "it did not start" );
 
-    complain( COMMAND, subject, here.reason );
     return false;
 }
 
@@ -189,14 +193,11 @@ QV_BOOL show( QV_VECTOR *argv, void *context )
     if( !isName( name ) )
         return QV_FALSE;
 
-    Progress here;
-    progress = &here;
     Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( name ) );
-    progress = nullptr;
 
     if( !module )
     {
-        complain( COMMAND, name, here.reason );
+        leaveToExplain( name, name, contextOf( context ) );
         return QV_FALSE;
     }
 
@@ -214,7 +215,10 @@ QV_BOOL run( QV_VECTOR *argv, void *context )
     contextOf( context )->status = FAILURE;
     Ref< QV_STRING > name        = wordAt( argv, 0 );
 
-    if( !isName( name ) || !load( name ) )
+    // What a module writes itself is to stand among what it prints as it came.
+    printAtOnce();
+
+    if( !isName( name ) || !load( name, contextOf( context ) ) )
         return QV_FALSE;
 
     Ref< QV_MODULE > module( qvRuntimeModule( name ) );
@@ -240,13 +244,12 @@ QV_BOOL run( QV_VECTOR *argv, void *context )
 
 const Tool TOOLS[] = {
     { "show", "NAME", "prints what the file of a module in XZ_MORVANE_BIN_PATH tells about it", show },
-    { "run", "NAME [ARGUMENT...]", "loads a module and runs its program", run },
+    { "run", "NAME [ARGUMENT...]", "loads a module and runs its program", run, PASSES_ON },
 };
 } // namespace
 
 QV_BOOL moduleTool( QV_VECTOR *argv, void *context )
 {
-    takePrinted( followProgress );
     runTool( COMMAND, TOOLS, sizeof( TOOLS ) / sizeof( TOOLS[0] ), argv, contextOf( context ) );
 
     return contextOf( context )->status == SUCCESS ? QV_TRUE : QV_FALSE;

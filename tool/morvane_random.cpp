@@ -3,8 +3,6 @@
 #include "qv/base/qv_random.h"
 #include "qv/io/qv_print.h"
 
-#include <stdio.h>
-
 namespace morvane
 {
 using qv::Ref;
@@ -35,19 +33,27 @@ QV_BOOL bytes( QV_VECTOR *argv, void *context )
     if( !readNumber( wordAt( argv, 0 ), &count ) )
         return QV_FALSE;
 
-    while( count > 0 && !ferror( stdout ) )
+    const QV_INT PIECE   = 1024;
+    bool         written = true;
+
+    while( count > 0 && written )
     {
-        uint8_t piece[128];
-        QV_INT  length = count < 128 ? count : 128;
+        uint8_t piece[PIECE];
+        char    digits[2 * PIECE];
+        QV_INT  length = count < PIECE ? count : PIECE;
         qvRandomBytes( piece, length );
 
         for( QV_INT i = 0; i < length; i++ )
-            printf( "%02x", piece[i] );
+        {
+            digits[2 * i]     = "0123456789abcdef"[piece[i] >> 4];
+            digits[2 * i + 1] = "0123456789abcdef"[piece[i] & 0xF];
+        }
 
+        written = put( digits, 2 * length );
         count -= length;
     }
 
-    putchar( '\n' );
+    put( "\n", 1 );
     contextOf( context )->status = SUCCESS;
 
     return QV_TRUE;

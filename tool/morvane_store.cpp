@@ -1,5 +1,5 @@
 #include "morvane_document.h"
-#include "morvane_replace_file.h"
+#include "morvane_file.h"
 #include "morvane_tool.h"
 
 #include "qv/base/qv_buffer.h"
@@ -7,9 +7,12 @@
 #include "qv/base/qv_store.h"
 #include "qv/base/qv_store_private.h"
 #include "qv/charset/qv_charset.h"
-#include "qv/io/qv_file.h"
+#include "qv/io/qv_buffer_byte_source.h"
+#include "qv/io/qv_byte_source.h"
+#include "qv/io/qv_char_source.h"
 #include "qv/io/qv_line_source.h"
 #include "qv/io/qv_nlf.h"
+#include "qv/io/qv_nlf_line_source.h"
 #include "qv/io/qv_print.h"
 
 namespace morvane
@@ -62,23 +65,40 @@ const char *binaryProblem( QV_BUFFER *bytes )
                                              : "truncated, or no document in binary form";
 }
 
-// The content of a file; nothing, with a line on the standard error stream, where it cannot be read.
-Ref< QV_BUFFER > readFile( QV_STRING *fn )
+void complainOfFile( QV_STRING *fn, const char *standard, const char *reason )
 {
-    Ref< QV_BUFFER > bytes;
+    if( isStandardStream( fn ) )
+        complain( COMMAND, Ref< QV_STRING >( qvStringCreateFromCstr( standard, -1 ) ), reason );
+    else
+        complain( COMMAND, fn, reason );
+}
 
-    if( !qvFileIsDirectory( fn ) )
-        bytes.reset( qvFileReadBuffer( fn, -1 ) );
+// The content of a file; nothing, with a line on the standard error stream, where it cannot be read.
+Ref< QV_BUFFER > readBytes( QV_STRING *fn )
+{
+    Ref< QV_BUFFER > bytes( qvBufferCreate() );
+    const char      *reason = readFile( fn, bytes.at() );
 
-    if( !bytes )
-        complain( COMMAND, fn, unreadableReason( fn ) );
+    if( !reason )
+        return bytes;
 
-    return bytes;
+    complainOfFile( fn, "standard input", reason );
+    return {};
+}
+
+bool writeBytes( FileReplacement *replacement, QV_STRING *fn, QV_BUFFER *bytes )
+{
+    const char *reason = replaceFile( replacement, fn, bytes );
+
+    if( reason )
+        complainOfFile( fn, "standard output", reason );
+
+    return !reason;
 }
 
 Ref< QV_STORE > readStore( QV_STRING *fn, bool binary )
 {
-    Ref< QV_BUFFER > bytes = readFile( fn );
+    Ref< QV_BUFFER > bytes = readBytes( fn );
 
     if( !bytes )
         return {};
@@ -92,37 +112,44 @@ Ref< QV_STORE > readStore( QV_STRING *fn, bool binary )
     return store;
 }
 
-// Reads a document that is to be changed.
-bool readDocument( QV_STRING *fn, Document *document )
+// A document that is read, changed and written back, while no other run of these tools does the same with it.
+class Change
 {
-    // A device or a pipe may have no end, and nowhere to be written back to.
-    if( const char *reason = irreplaceableReason( fn ) )
+public:
+    explicit Change( QV_STRING *fn ) : fn_( Ref< QV_STRING >::share( fn ) )
     {
-        complain( COMMAND, fn, reason );
+    }
+
+    // False, with a line on the standard error stream, where that cannot be done.
+    bool read( Document *document )
+    {
+        if( const char *reason = file_.lock( fn_ ) )
+        {
+            complain( COMMAND, fn_, reason );
+            return false;
+        }
+
+        Ref< QV_BUFFER > bytes = readBytes( fn_ );
+
+        if( !bytes )
+            return false;
+
+        if( document->parse( bytes ) )
+            return true;
+
+        complainOfFile( fn_, "standard input", "not valid UTF-8; it could not be kept as it is" );
         return false;
     }
 
-    Ref< QV_BUFFER > bytes = readFile( fn );
+    bool write( const Document &document )
+    {
+        return writeBytes( &file_, fn_, document.bytes() );
+    }
 
-    if( !bytes )
-        return false;
-
-    if( document->parse( bytes ) )
-        return true;
-
-    complain( COMMAND, fn, "not valid UTF-8; it could not be kept as it is" );
-    return false;
-}
-
-bool writeFile( QV_STRING *fn, QV_BUFFER *bytes )
-{
-    const char *reason = replaceFile( fn, bytes );
-
-    if( reason )
-        complain( COMMAND, fn, reason );
-
-    return !reason;
-}
+private:
+    Ref< QV_STRING > fn_;
+    FileReplacement  file_;
+};
 
 // The value at `a.b.c`, or nothing.
 Ref< QV_STRING > valueAt( QV_STORE *store, QV_STRING *path )
@@ -227,10 +254,12 @@ QV_BOOL set( QV_VECTOR *argv, void *context )
             return QV_FALSE;
 
     contextOf( context )->status = FAILURE;
-    Ref< QV_STRING > fn          = wordAt( words, 0 );
+    Ref< QV_VECTOR > paths( qvVectorCreate() );
+    Ref< QV_VECTOR > values( qvVectorCreate() );
+    Change           change( wordAt( words, 0 ) );
     Document         document;
 
-    if( !readDocument( fn, &document ) )
+    if( !change.read( &document ) )
         return QV_FALSE;
 
     for( QV_INT i = 1; i < qvVectorLength( words ); i++ )
@@ -246,10 +275,13 @@ QV_BOOL set( QV_VECTOR *argv, void *context )
             return QV_FALSE;
         }
 
-        document.set( path, value );
+        qvVectorAppendString( paths.at(), path );
+        qvVectorAppendString( values.at(), value );
     }
 
-    if( !writeFile( fn, document.bytes() ) )
+    document.set( paths, values );
+
+    if( !change.write( document ) )
         return QV_FALSE;
 
     contextOf( context )->status = SUCCESS;
@@ -264,10 +296,10 @@ QV_BOOL remove( QV_VECTOR *argv, void *context )
         return QV_FALSE;
 
     contextOf( context )->status = FAILURE;
-    Ref< QV_STRING > fn          = wordAt( words, 0 );
-    Document         document;
+    Change   change( wordAt( words, 0 ) );
+    Document document;
 
-    if( !readDocument( fn, &document ) )
+    if( !change.read( &document ) )
         return QV_FALSE;
 
     Ref< QV_VECTOR > paths( qvVectorCreateFromTrailing( words, qvVectorLength( words ) - 1 ) );
@@ -276,7 +308,7 @@ QV_BOOL remove( QV_VECTOR *argv, void *context )
     for( QV_INT i = 0; i < qvVectorLength( missing ); i++ )
         complain( COMMAND, wordAt( missing, i ), "no such entry" );
 
-    if( qvVectorLength( missing ) > 0 || !writeFile( fn, document.bytes() ) )
+    if( qvVectorLength( missing ) > 0 || !change.write( document ) )
         return QV_FALSE;
 
     contextOf( context )->status = SUCCESS;
@@ -291,10 +323,10 @@ QV_BOOL merge( QV_VECTOR *argv, void *context )
         return QV_FALSE;
 
     contextOf( context )->status = FAILURE;
-    Ref< QV_STRING > fn          = wordAt( words, 0 );
-    Document         document;
+    Change   change( wordAt( words, 0 ) );
+    Document document;
 
-    if( !readDocument( fn, &document ) )
+    if( !change.read( &document ) )
         return QV_FALSE;
 
     Ref< QV_VECTOR > others( qvVectorCreate() );
@@ -311,7 +343,7 @@ QV_BOOL merge( QV_VECTOR *argv, void *context )
 
     document.merge( others );
 
-    if( !writeFile( fn, document.bytes() ) )
+    if( !change.write( document ) )
         return QV_FALSE;
 
     contextOf( context )->status = SUCCESS;
@@ -334,7 +366,9 @@ QV_BOOL convert( QV_VECTOR *argv, void *context, bool fromBinary )
 
     Ref< QV_BUFFER > bytes( fromBinary ? qvStoreEncodeToTextBuffer( store ) : qvStoreEncodeToBuffer( store ) );
 
-    if( !writeFile( wordAt( words, 1 ), bytes ) )
+    FileReplacement  replacement;
+
+    if( !writeBytes( &replacement, wordAt( words, 1 ), bytes ) )
         return QV_FALSE;
 
     contextOf( context )->status = SUCCESS;
@@ -364,6 +398,18 @@ const char *skipReason( QV_INT code )
     }
 }
 
+// The lines as the reader has them, whatever they end with.
+Ref< QV_VECTOR > linesOf( QV_BUFFER *bytes )
+{
+    Ref< QV_BUFFER_BYTE_SOURCE > buffer( qvBufferByteSourceCreate( bytes ) );
+    Ref< QV_BYTE_SOURCE >        source( qvBufferByteSourceByteSource( buffer ) );
+    Ref< QV_CHAR_SOURCE >        chars( qvCharsetCreateCharSource( source, QV_CHARSET_UTF_8, 0 ) );
+    Ref< QV_NLF_LINE_SOURCE >    lines( qvNlfLineSourceCreate( chars, ALL_LINE_ENDS ) );
+    Ref< QV_LINE_SOURCE >        reader( qvNlfLineSourceLineSource( lines ) );
+
+    return Ref< QV_VECTOR >( qvLineSourceReadLines( reader, QV_INT_MAX ) );
+}
+
 QV_BOOL check( QV_VECTOR *argv, void *context )
 {
     Ref< QV_VECTOR > words;
@@ -372,20 +418,13 @@ QV_BOOL check( QV_VECTOR *argv, void *context )
         return QV_FALSE;
 
     contextOf( context )->status = FAILURE;
-    Ref< QV_STRING >      fn     = wordAt( words, 0 );
-    Ref< QV_LINE_SOURCE > source;
+    Ref< QV_STRING > fn          = wordAt( words, 0 );
+    Ref< QV_BUFFER > bytes       = readBytes( fn );
 
-    if( !qvFileIsDirectory( fn ) )
-        source.reset( qvFileOpenLineSource( fn, QV_CHARSET_UTF_8, 0, ALL_LINE_ENDS ) );
-
-    Ref< QV_VECTOR > lines( source ? qvLineSourceReadLines( source, QV_INT_MAX ) : nullptr );
-
-    if( !lines || qvLineSourceError( source ) )
-    {
-        complain( COMMAND, fn, unreadableReason( fn ) );
+    if( !bytes )
         return QV_FALSE;
-    }
 
+    Ref< QV_VECTOR > lines = linesOf( bytes );
     bool complete = true;
 
     for( QV_INT i = 0; i < qvVectorLength( lines ); i++ )

@@ -1,12 +1,8 @@
 #include "morvane_text.h"
 
-#include "morvane_stream.h"
+#include "morvane_decoder.h"
 
 #include "qv/charset/qv_charset.h"
-#include "qv/io/qv_byte_sink.h"
-#include "qv/io/qv_byte_source.h"
-#include "qv/io/qv_char_sink.h"
-#include "qv/io/qv_char_source.h"
 #include "qv/io/qv_nlf.h"
 #include "qv/unicode/qv_unicode_normalizer.h"
 
@@ -38,10 +34,8 @@ QV_INT placeOf( QV_STRING *word, const char *const *words, QV_INT count )
 
 namespace
 {
-const QV_INT PIECE = 16384; // characters that are in work at a time
-
-// Passes UTF-8 text through `change` piece by piece. It gets a String to change in place, and with the last one `end`
-// is true.
+// Passes UTF-8 text through `change` piece by piece, as it comes. It gets a String to change in place, and with the
+// last one `end` is true.
 template< class Change >
 bool filter( QV_STRING *in, QV_STRING *out, Change change )
 {
@@ -50,20 +44,14 @@ bool filter( QV_STRING *in, QV_STRING *out, Change change )
     if( !streams.open( TEXT_COMMAND, in, out ) )
         return false;
 
-    Ref< QV_CHAR_SOURCE > source( qvCharsetCreateCharSource(
-        streams.source(), QV_CHARSET_UTF_8, QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK ) );
-    Ref< QV_CHAR_SINK >   sink( qvCharsetCreateCharSink( streams.sink(), QV_CHARSET_UTF_8, 0 ) );
-    bool                  end = false;
+    Decoder decoder( QV_CHARSET_UTF_8, QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK );
 
-    while( !end && !qvCharSinkError( sink ) )
+    while( !decoder.end() )
     {
-        Ref< QV_STRING > piece( qvStringCreate() );
-        end = qvCharSourceRead( source, piece.at(), PIECE ) < PIECE;
-        change( piece.at(), end );
-        qvCharSinkWrite( sink, piece );
+        Ref< QV_STRING > piece = decoder.read( &streams );
+        change( piece.at(), decoder.end() );
+        streams.write( Ref< QV_BUFFER >( qvCharsetStringToBuffer( QV_CHARSET_UTF_8, piece ) ) );
     }
-
-    qvCharSinkFlush( sink );
 
     return streams.finish();
 }
@@ -95,7 +83,8 @@ QV_BOOL normalize( QV_VECTOR *argv, void *context )
         {
             qvUnicodeNormalizerWrite( norm, *piece );
 
-            if( end )
+            // Nothing joins the end of a line, so that whole lines need not wait for what comes.
+            if( end || qvStringEndsWithChar( *piece, U'\n' ) )
                 qvUnicodeNormalizerFlush( norm );
 
             qv::assign( piece, qvStringCreate() );

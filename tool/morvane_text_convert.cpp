@@ -1,16 +1,9 @@
-#include "morvane_stream.h"
+#include "morvane_decoder.h"
 #include "morvane_text.h"
 
 #include "qv/charset/qv_charset.h"
-#include "qv/io/qv_buffer_byte_sink.h"
-#include "qv/io/qv_byte_sink.h"
-#include "qv/io/qv_byte_source.h"
-#include "qv/io/qv_char_sink.h"
-#include "qv/io/qv_char_source.h"
 #include "qv/sys/qv_int.h"
 #include "qv/unicode/qv_unicode_properties.h"
-
-#include <string.h>
 
 namespace morvane
 {
@@ -129,199 +122,54 @@ bool readCharset( QV_STRING *name, QV_INT *charset )
     return *charset >= 0;
 }
 
-/* Places in the input -------------------------------------------------------------------------------------------- */
+/* Conversion ----------------------------------------------------------------------------------------------------- */
 
-bool isUtf16( QV_INT charset )
-{
-    return charset >= QV_CHARSET_UTF_16 && charset <= QV_CHARSET_UTF_16_LE;
-}
-
-bool isUtf32( QV_INT charset )
-{
-    return charset >= QV_CHARSET_UTF_32;
-}
+const QV_CHAR BYTE_ORDER_MARK = 0xFEFF;
+const QV_INT  LONGEST         = 8192; // characters that wait for what follows
 
 bool isUnicode( QV_INT charset )
 {
     return charset >= QV_CHARSET_UTF_8;
 }
 
-const QV_INT PIECE = 8192; // characters that are in work at a time
-
-// Tells where in the bytes of the input its characters stand, of which the codecs say nothing, as long as all input is
-// valid. In UTF-8 the number of a character is all that counts, since a sequence may be longer than it has to be: the
-// bytes that begin a sequence are counted as they are read, and counted back from there when a place is asked for.
-class Places
-{
-public:
-    Places( const Streams *streams, QV_INT charset ) : streams_( streams ), charset_( charset )
-    {
-    }
-
-    // To be told of all characters that a read of up to PIECE of them has brought.
-    void follow( const QV_CHAR *chars, QV_INT count )
-    {
-        if( followed_ == 0 )
-            mark_ = markLength();
-
-        read_ += count;
-
-        if( isUtf16( charset_ ) )
-            wide_ += wideOf( chars, count );
-
-        while( followed_ < streams_->bytesRead() )
-        {
-            QV_INT         bytes;
-            const uint8_t *run = streams_->bytesFrom( followed_, &bytes );
-
-            if( charset_ == QV_CHARSET_UTF_8 )
-                begun_ += begunIn( run, bytes );
-
-            followed_ += bytes;
-        }
-    }
-
-    // Where the last `count` characters begin, of those that have been read; with 0 of them, where they end.
-    QV_INT offsetOf( const QV_CHAR *chars, QV_INT count ) const
-    {
-        QV_INT before = read_ - count;
-
-        if( isUtf16( charset_ ) )
-            return mark_ + 2 * ( before + wide_ - wideOf( chars, count ) );
-
-        if( isUtf32( charset_ ) )
-            return mark_ + 4 * before;
-
-        return charset_ == QV_CHARSET_UTF_8 ? endOf( before + ( mark_ > 0 ) ) : before;
-    }
-
-private:
-    static bool begins( uint8_t byte )
-    {
-        return ( byte & 0xC0 ) != 0x80;
-    }
-
-    static QV_INT begunIn( const uint8_t *bytes, QV_INT count )
-    {
-        const QV_INT BLOCK = 128; // what a byte can count, for vectors of them
-        QV_INT       begun = 0;
-        QV_INT       i     = 0;
-
-        for( ; i + BLOCK <= count; i += BLOCK )
-        {
-            uint8_t inBlock = 0;
-
-            for( QV_INT k = 0; k < BLOCK; k++ )
-                inBlock += begins( bytes[i + k] );
-
-            begun += inBlock;
-        }
-
-        for( ; i < count; i++ )
-            begun += begins( bytes[i] );
-
-        return begun;
-    }
-
-    static QV_INT wideOf( const QV_CHAR *chars, QV_INT count )
-    {
-        QV_INT wide = 0;
-
-        for( QV_INT i = 0; i < count; i++ )
-            wide += chars[i] > 0xFFFF;
-
-        return wide;
-    }
-
-    // The bytes of the mark by which the source goes, if the input has one.
-    QV_INT markLength() const
-    {
-        static const struct
-        {
-            QV_INT  charset;
-            QV_INT  length;
-            uint8_t bytes[4];
-        } MARKS[] = {
-            { QV_CHARSET_UTF_8, 3, { 0xEF, 0xBB, 0xBF } },        { QV_CHARSET_UTF_16, 2, { 0xFE, 0xFF } },
-            { QV_CHARSET_UTF_16, 2, { 0xFF, 0xFE } },             { QV_CHARSET_UTF_32, 4, { 0xFF, 0xFE, 0, 0 } },
-            { QV_CHARSET_UTF_32, 4, { 0, 0, 0xFE, 0xFF } },
-        };
-
-        QV_INT         count;
-        const uint8_t *first = streams_->bytesFrom( 0, &count );
-
-        for( const auto &mark : MARKS )
-            if( mark.charset == charset_ && count >= mark.length &&
-                memcmp( first, mark.bytes, static_cast< size_t >( mark.length ) ) == 0 )
-                return mark.length;
-
-        return 0;
-    }
-
-    // Where the first `count` sequences of UTF-8 end.
-    QV_INT endOf( QV_INT count ) const
-    {
-        if( count == 0 )
-            return 0;
-
-        QV_INT  offset = followed_;
-        uint8_t byte   = 0;
-
-        for( QV_INT begun = begun_; begun >= count; begun -= begins( byte ) )
-        {
-            QV_INT run;
-            byte = *streams_->bytesFrom( --offset, &run );
-        }
-
-        return offset + ( byte < 0x80 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4 );
-    }
-
-    const Streams *streams_;
-    QV_INT         charset_;
-    QV_INT         read_     = 0; // characters
-    QV_INT         wide_     = 0; // of those, the ones above U+FFFF
-    QV_INT         mark_     = 0;
-    QV_INT         followed_ = 0; // bytes
-    QV_INT         begun_    = 0; // of those, the ones that begin a sequence of UTF-8
-};
-
-// A place lies in a piece, and what has been read behind it goes no farther than the source and the system look ahead.
-static_assert( 4 * PIECE + 4096 <= Streams::HISTORY );
-
-/* Conversion ----------------------------------------------------------------------------------------------------- */
-
-const QV_CHAR BYTE_ORDER_MARK = 0xFEFF;
-
 // How many of the characters are complete, for a set with one byte a character, so that no mark behind them can change
-// what they become; 0 if that cannot be told. Other than marks, only characters that no such set has change one that
-// stands before them.
-QV_INT completeOf( const QV_CHAR *chars, QV_INT count )
+// what they become. Other than marks, only characters that no such set has change one that stands before them, and
+// nothing changes the end of a line.
+QV_INT completeOf( QV_STRING *text )
 {
+    const QV_CHAR *chars = qvStringBacking( text );
+    QV_INT         count = qvStringLength( text );
+
+    if( count == 0 || chars[count - 1] == U'\n' )
+        return count;
+
     QV_INT complete = count - 1;
 
-    while( complete > 0 && qvUnicodeCccv( chars[complete] ) != 0 )
+    while( complete > 0 && count - complete < LONGEST && qvUnicodeCccv( chars[complete] ) != 0 )
         complete--;
 
-    return complete;
+    return complete == 0 && count >= LONGEST ? count : complete;
 }
 
-// The first character that a character set lacks. A few of them may become one on their way; then it is the one with
-// which they can no longer be written.
-QV_INT firstLacking( QV_INT charset, const QV_CHAR *chars, QV_INT count )
+// The bytes of the first characters of a text, or nothing if the flags want that for what the character set lacks.
+Ref< QV_BUFFER > encode( QV_STRING *text, QV_INT count, QV_INT charset, QV_INT flags )
+{
+    Ref< QV_STRING > part( qvStringCreateFromLeading( text, count ) );
+
+    return Ref< QV_BUFFER >( qvCharsetStringToBufferWithFlags( charset, part, flags ) );
+}
+
+// The first character that a character set lacks, of so many at the start of a text. A few of them may become one on
+// their way; then it is the one with which they can no longer be written.
+QV_INT firstLacking( QV_STRING *text, QV_INT count, QV_INT charset )
 {
     QV_INT good = 0;     // so many can be written
     QV_INT bad  = count; // so many cannot
 
     while( bad - good > 1 )
     {
-        QV_INT                     half = ( good + bad ) / 2;
-        Ref< QV_BUFFER_BYTE_SINK > bytes( qvBufferByteSinkCreate() );
-        Ref< QV_CHAR_SINK >        sink( qvCharsetCreateCharSink(
-            Ref< QV_BYTE_SINK >( qvBufferByteSinkByteSink( bytes ) ), charset,
-            QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER ) );
-
-        bool written = qvCharSinkWriteChars( sink, chars, half ) && qvCharSinkFlush( sink );
-        ( written ? good : bad ) = half;
+        QV_INT half = ( good + bad ) / 2;
+        ( encode( text, half, charset, QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER ) ? good : bad ) = half;
     }
 
     return good;
@@ -364,59 +212,53 @@ bool complainOfChar( const Streams &streams, QV_INT offset, QV_INT charset, QV_C
 
 bool convert( const Request &request )
 {
-    const bool fails   = request.flags & QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER;
-    const bool mayLack = fails && !isUnicode( request.to );
-    const bool hasMark = isUnicode( request.to ) && ( request.flags & QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK );
-    Streams    streams;
+    Streams streams;
 
     if( !streams.open( TEXT_COMMAND, request.in, request.out ) )
         return false;
 
-    Ref< QV_CHAR_SOURCE > source( qvCharsetCreateCharSource( streams.source(), request.from, request.flags ) );
-    Ref< QV_CHAR_SINK >   sink( qvCharsetCreateCharSink( streams.sink(), request.to, request.flags ) );
-    Places                places( &streams, request.from );
-    QV_CHAR               piece[PIECE];
-    QV_INT                count   = 0; // characters in the piece
-    bool                  isFirst = true;
-    bool                  end     = false;
+    Decoder          decoder( request.from, request.flags );
+    Ref< QV_STRING > text( qvStringCreate() ); // that is not written yet
+    QV_INT           flags = request.flags;
 
-    while( !end && !qvCharSinkError( sink ) )
+    while( !decoder.end() && !streams.failed() )
     {
-        QV_INT wanted = PIECE - count;
-        QV_INT got    = qvCharSourceReadChars( source, piece + count, wanted );
-        end           = got < wanted;
+        qvStringAppend( text.at(), decoder.read( &streams ) );
 
-        if( fails )
-            places.follow( piece + count, got );
+        QV_INT ready = decoder.end() || isUnicode( request.to ) ? qvStringLength( text ) : completeOf( text );
 
-        // A mark that is no more than text for the source is not to follow the one that the sink has written.
-        QV_INT begin = isFirst && hasMark && got > 0 && piece[0] == BYTE_ORDER_MARK;
-        isFirst      = false;
-        count += got;
+        if( streams.failed() || ( ready == 0 && !decoder.end() ) )
+            continue;
 
-        QV_INT complete = mayLack && !end ? completeOf( piece, count ) : 0;
-        QV_INT ready    = complete > 0 ? complete : count;
-
-        qvCharSinkWriteChars( sink, piece + begin, ready - begin );
-
-        // What cannot be written shows at once then, and not with the next piece.
-        if( complete > 0 || end )
-            qvCharSinkFlush( sink );
-
-        if( qvCharSinkError( sink ) && !streams.failed() )
+        // A mark that is no more than text for the source is not to follow the one that is written.
+        if( ( flags & QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK ) && isUnicode( request.to )
+            && qvStringBeginsWithChar( text, BYTE_ORDER_MARK ) )
         {
-            QV_INT lacking = firstLacking( request.to, piece, ready );
-
-            return complainOfChar(
-                streams, places.offsetOf( piece + lacking, count - lacking ), request.to, piece[lacking] );
+            qvStringDelLeading( text.at(), 1 );
+            ready--;
         }
 
-        count -= ready;
-        memmove( piece, piece + ready, static_cast< size_t >( count ) * sizeof( QV_CHAR ) );
+        Ref< QV_BUFFER > bytes = encode( text, ready, request.to, flags );
+
+        if( !bytes )
+        {
+            const QV_CHAR *chars   = qvStringBacking( text );
+            QV_INT         lacking = firstLacking( text, ready, request.to );
+            QV_INT         offset  = decoder.offset();
+
+            for( QV_INT i = lacking; i < qvStringLength( text ); i++ )
+                offset -= decoder.lengthOf( chars[i] );
+
+            return complainOfChar( streams, offset, request.to, chars[lacking] );
+        }
+
+        streams.write( bytes );
+        qvStringDelLeading( text.at(), ready );
+        flags &= ~QV_INT( QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK );
     }
 
-    if( qvCharSourceError( source ) && !streams.failed() )
-        return complainOfBytes( streams, places.offsetOf( piece, 0 ), request.from );
+    if( decoder.invalidOffset() >= 0 && !streams.failed() )
+        return complainOfBytes( streams, decoder.invalidOffset(), request.from );
 
     return streams.finish();
 }

@@ -26,8 +26,8 @@ const Unit UNITS[] = {
 };
 
 const Option UNIT_OPTIONS[] = {
-    { "years", true }, { "months", true }, { "days", true },
-    { "hours", true }, { "minutes", true }, { "seconds", true },
+    { "years", true, true }, { "months", true, true },  { "days", true, true },
+    { "hours", true, true }, { "minutes", true, true }, { "seconds", true, true },
 };
 
 const int UNIT_COUNT = sizeof( UNITS ) / sizeof( UNITS[0] );

@@ -23,6 +23,16 @@ struct Context
 {
     int  status     = MISUSE;
     bool usageShown = false;
+
+    void ( *afterwards )() = nullptr; // called when the run of the library is over
+};
+
+/** What the arguments of a tool are. `--help` among options, and before all others, asks for the usage. */
+enum ToolKind
+{
+    HAS_OPTIONS,
+    HAS_TOOLS, // the first is a tool of its own
+    PASSES_ON, // all but the first are somebody else's
 };
 
 /** One tool of a switch: the table row that its name, its line in the list and its usage come from. */
@@ -33,7 +43,8 @@ struct Tool
     const char         *line;      // what it does
     QV_TOOL_SWITCH_FUNC func;
 
-    QV_INT runtimeFlags = QV_RUNTIME_FLAG_MINIMAL; // that the library is started with; in the first table only
+    ToolKind kind         = HAS_OPTIONS;
+    QV_INT   runtimeFlags = QV_RUNTIME_FLAG_MINIMAL; // that the library is started with; in the first table only
 };
 
 /** Prints a text as a line through the print hook. */
@@ -42,9 +53,15 @@ void print( QV_STRING *line );
 /** Prints a document in its canonical text form. */
 void printDocument( QV_STORE *store );
 
-/** Shows every text that is printed from now on to a function first; where it gives true it has taken it. It is called
-    as the print hook is, up to the end of the process. */
-void takePrinted( bool ( *take )( const QV_CHAR *chs, QV_INT length ) );
+/** Makes every text that is printed from now on reach the standard output at once. */
+void printAtOnce();
+
+/** Writes bytes to the standard output, behind what has been printed. False once that has failed, which the end of the
+    process tells. */
+bool put( const char *bytes, QV_INT count );
+
+/** Starts the library for the executable. */
+void startRuntime( QV_INT flags, QV_RUNTIME_PRINT_FUNC printFunc );
 
 /** Prints "prefix: subject: reason" as a line on the standard error stream. */
 void complain( const char *prefix, QV_STRING *subject, const char *reason );
@@ -59,13 +76,15 @@ struct Option
 {
     const char *name;        // without the dashes
     bool        hasArgument;
+    bool        repeats = false; // may be given more than once
 };
 
 /** What stands on the command line of a tool. */
 class Arguments
 {
 public:
-    /** Sorts it out. False for an option that isn't in the table, and for an argument that lacks or is too much. */
+    /** Sorts it out. False, with a line on the standard error stream, for an option that isn't in the table,
+        for one that is repeated and may not be, and for an argument that lacks or is too much. */
     bool read( QV_VECTOR *argv, const Option *options, int count );
 
     /** The plain words, as Strings. */

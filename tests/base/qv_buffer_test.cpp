@@ -5,7 +5,6 @@
 #include "qv/base/qv_buffer_private.h"
 #include "qv/sys/qv_mem.h"
 
-#include <functional>
 #include <random>
 #include <vector>
 
@@ -235,6 +234,7 @@ public:
             int op = step();
             ASSERT_EQ( model_.bits, bitsOf( buf_ ) ) << "step " << i << ", operation " << op;
             ASSERT_EQ( model_.allocated(), allocated( buf_.get() ) ) << "step " << i << ", operation " << op;
+            ASSERT_LE( buf_->size(), 2 * model_.allocated() ) << "step " << i << ", operation " << op;
         }
 
         EXPECT_EQ( original_, memory_ );
@@ -269,8 +269,8 @@ private:
     }
 
     // Writes, inserts or appends, wherever there is room.
-    template< class Write, class Insert, class Append >
-    void put( const Bits &contents, bool self, Write write, Insert insert, Append append )
+    template< class Write, class Insert, class Append, class... Arguments >
+    void put( const Bits &contents, bool self, Write write, Insert insert, Append append, Arguments... arguments )
     {
         bool   shared = references( buf_.get() ) > 1 || self;
         size_t length = model_.bits.size();
@@ -278,14 +278,16 @@ private:
         if( number( 0, 2 ) == 0 && contents.size() <= length )
         {
             size_t at = amount( length - contents.size() );
-            write( as( at ) );
+            write( buf_.at(), as( at ), arguments... );
             model_.write( at, contents, shared );
             return;
         }
 
-        size_t at = amount( length );
-        at == length ? append() : insert( as( at ) );
+        size_t     at  = amount( length );
+        QV_BUFFER *own = shared || model_.foreign ? nullptr : buf_.get();
+        at == length ? append( buf_.at(), arguments... ) : insert( buf_.at(), as( at ), arguments... );
         model_.insert( at, contents, shared );
+        EXPECT_TRUE( !own || own == buf_.get() );
     }
 
     int step()
@@ -298,24 +300,19 @@ private:
         {
         case 0:
         case 1:
-        {
-            size_t offset = amount( length ), count = amount( length - offset );
-            qvBufferBitDelInner( buf_.at(), as( offset ), as( count ) );
-            model_.erase( offset, count, shared );
-            break;
-        }
         case 2:
-        {
-            size_t count = amount( std::min< size_t >( length, 900 ) );
-            qvBufferBitDelLeading( buf_.at(), as( count ) );
-            model_.erase( 0, count, shared );
-            break;
-        }
         case 3:
         {
-            size_t count = amount( std::min< size_t >( length, 900 ) );
-            qvBufferBitDelTrailing( buf_.at(), as( count ) );
-            model_.erase( length - count, count, shared );
+            size_t offset = op > 1 ? 0 : amount( length ), count = amount( op > 1 ? std::min< size_t >( length, 900 )
+                                                                                  : length - offset );
+            if( op < 2 )
+                qvBufferBitDelInner( buf_.at(), as( offset ), as( count ) );
+            else if( op == 2 )
+                qvBufferBitDelLeading( buf_.at(), as( count ) );
+            else
+                qvBufferBitDelTrailing( buf_.at(), as( count ) ), offset = length - count;
+
+            model_.erase( offset, count, shared );
             break;
         }
         case 4:
@@ -360,32 +357,24 @@ private:
         {
             uint64_t value = random_();
             QV_INT   count = as( amount( 64 ) );
-            put( bitsOf( value, static_cast< size_t >( count ) ), false,
-                 [&]( QV_INT at ) { qvBufferBitWriteBits( buf_.at(), at, value, count ); },
-                 [&]( QV_INT at ) { qvBufferBitInsertBits( buf_.at(), at, value, count ); },
-                 [&] { qvBufferBitAppendBits( buf_.at(), value, count ); } );
+            put( bitsOf( value, static_cast< size_t >( count ) ), false, qvBufferBitWriteBits, qvBufferBitInsertBits,
+                 qvBufferBitAppendBits, value, count );
             break;
         }
         case 12:
         {
             std::vector< uint8_t > bytes = bytesOf( randomBits( amount( 2000 ) / 8 * 8 ) );
-            QV_INT                 count = as( bytes.size() );
-            put( bitsOf( bytes.data(), bytes.size() * 8 ), false,
-                 [&]( QV_INT at ) { qvBufferBitWriteBytes( buf_.at(), at, bytes.data(), count ); },
-                 [&]( QV_INT at ) { qvBufferBitInsertBytes( buf_.at(), at, bytes.data(), count ); },
-                 [&] { qvBufferBitAppendBytes( buf_.at(), bytes.data(), count ); } );
+            put( bitsOf( bytes.data(), bytes.size() * 8 ), false, qvBufferBitWriteBytes, qvBufferBitInsertBytes,
+                 qvBufferBitAppendBytes, bytes.data(), as( bytes.size() ) );
             break;
         }
         case 13:
         {
-            bool   ones  = number( 0, 1 );
-            QV_INT count = as( amount( 700 ) );
-            auto   set   = ones ? qvBufferBitWriteOne : qvBufferBitWriteZero;
-            auto   add   = ones ? qvBufferBitInsertOne : qvBufferBitInsertZero;
-            auto   end   = ones ? qvBufferBitAppendOne : qvBufferBitAppendZero;
-            put( Bits( static_cast< size_t >( count ), ones ), false,
-                 [&]( QV_INT at ) { set( buf_.at(), at, count ); }, [&]( QV_INT at ) { add( buf_.at(), at, count ); },
-                 [&] { end( buf_.at(), count ); } );
+            size_t count = amount( 700 );
+            number( 0, 1 ) ? put( Bits( count, true ), false, qvBufferBitWriteOne, qvBufferBitInsertOne,
+                                  qvBufferBitAppendOne, as( count ) )
+                           : put( Bits( count ), false, qvBufferBitWriteZero, qvBufferBitInsertZero,
+                                  qvBufferBitAppendZero, as( count ) );
             break;
         }
         default:
@@ -395,14 +384,11 @@ private:
             QV_BUFFER *src    = self ? buf_.get() : fresh.get();
             Bits       from   = bitsOf( src );
             size_t     offset = amount( from.size() ), count = amount( from.size() - offset );
-            bool       within = op == 14;
-            auto       set    = within ? qvBufferBitWriteInner : qvBufferBitWriteOuter;
-            auto       add    = within ? qvBufferBitInsertInner : qvBufferBitInsertOuter;
-            auto       end    = within ? qvBufferBitAppendInner : qvBufferBitAppendOuter;
-            put( within ? part( from, offset, count ) : without( from, offset, count ), self,
-                 [&]( QV_INT at ) { set( buf_.at(), at, src, as( offset ), as( count ) ); },
-                 [&]( QV_INT at ) { add( buf_.at(), at, src, as( offset ), as( count ) ); },
-                 [&] { end( buf_.at(), src, as( offset ), as( count ) ); } );
+
+            op == 14 ? put( part( from, offset, count ), self, qvBufferBitWriteInner, qvBufferBitInsertInner,
+                            qvBufferBitAppendInner, src, as( offset ), as( count ) )
+                     : put( without( from, offset, count ), self, qvBufferBitWriteOuter, qvBufferBitInsertOuter,
+                            qvBufferBitAppendOuter, src, as( offset ), as( count ) );
         }
         }
 
@@ -426,14 +412,7 @@ private:
 
         size_t few = std::min< size_t >( count, 64 );
         EXPECT_EQ( part( range, 0, few ), bitsOf( qvBufferBitReadBits( buf_, as( offset ), as( few ) ), few ) );
-
-        if( count >= 8 )
-        {
-            EXPECT_EQ( part( range, 0, 8 ), bitsOf( qvBufferBitReadByte( buf_, as( offset ) ), 8 ) );
-        }
-
         EXPECT_EQ( model_.bits == range ? 0 : model_.bits < range ? -1 : 1, qvBufferCompare( buf_, copy ) );
-        EXPECT_EQ( length % 8 == 0, qvBufferBitIsAligned( buf_ ) );
     }
 
     std::mt19937_64        random_;
@@ -458,69 +437,59 @@ TEST( Buffer, WalksLikeAVectorOfBits )
 
 namespace
 {
-struct Form
+template< class Change >
+void expectForm( const char *name, const Bits &old, const Bits &expected, Change change )
 {
-    const char                          *name;
-    std::function< void( QV_BUFFER ** ) > call;
-    Bits                                 expected;
-};
+    Buffer buf = bufferOf( old );
+    change( buf.at() );
+    EXPECT_EQ( expected, bitsOf( buf ) ) << name;
+}
+
+#define FORM( name, expected, ... )                                                                                    \
+    expectForm( #name, old, expected, [&]( QV_BUFFER **buf ) { name( buf __VA_OPT__(, ) __VA_ARGS__ ); } )
 
 #define GRID( Unit, Suffix, unit, contents, ... )                                                                      \
-    { "Write" #Suffix, [=]( QV_BUFFER **buf ) { qvBuffer##Unit##Write##Suffix( buf, 2, __VA_ARGS__ ); },               \
-      written( old, 2 * unit, contents ) },                                                                            \
-    { "Insert" #Suffix, [=]( QV_BUFFER **buf ) { qvBuffer##Unit##Insert##Suffix( buf, 2, __VA_ARGS__ ); },             \
-      inserted( old, 2 * unit, contents ) },                                                                           \
-    { "Prepend" #Suffix, [=]( QV_BUFFER **buf ) { qvBuffer##Unit##Prepend##Suffix( buf, __VA_ARGS__ ); },              \
-      inserted( old, 0, contents ) },                                                                                  \
-    { "Append" #Suffix, [=]( QV_BUFFER **buf ) { qvBuffer##Unit##Append##Suffix( buf, __VA_ARGS__ ); },                \
-      inserted( old, old.size(), contents ) }
+    FORM( qvBuffer##Unit##Write##Suffix, written( old, 2 * unit, contents ), 2, __VA_ARGS__ );                         \
+    FORM( qvBuffer##Unit##Insert##Suffix, inserted( old, 2 * unit, contents ), 2, __VA_ARGS__ );                       \
+    FORM( qvBuffer##Unit##Prepend##Suffix, inserted( old, 0, contents ), __VA_ARGS__ );                                \
+    FORM( qvBuffer##Unit##Append##Suffix, inserted( old, old.size(), contents ), __VA_ARGS__ );
 
 #define GRIDS( Unit, unit )                                                                                            \
-    GRID( Unit, , unit, from, src ),                                                                                   \
-    GRID( Unit, Leading, unit, part( from, 0, 3 * unit ), src, 3 ),                                                    \
-    GRID( Unit, Trailing, unit, part( from, from.size() - 3 * unit, 3 * unit ), src, 3 ),                              \
-    GRID( Unit, Inner, unit, part( from, unit, 3 * unit ), src, 1, 3 ),                                                \
-    GRID( Unit, Outer, unit, without( from, unit, 3 * unit ), src, 1, 3 ),                                             \
-    GRID( Unit, Bits, unit, bitsOf( 0x2B3, 11 ), 0xFAB3, 11 ),                                                         \
-    GRID( Unit, Byte, unit, bitsOf( 0xC5, 8 ), 0xC5 ),                                                                 \
-    GRID( Unit, Bytes, unit, bitsOf( 0xDEAD, 16 ), "\xDE\xAD", 2 ),                                                    \
-    GRID( Unit, Zero, unit, Bits( 3 * unit, false ), 3 ),                                                              \
-    GRID( Unit, One, unit, Bits( 3 * unit, true ), 3 ),                                                                \
-    { "InsertAlignment", []( QV_BUFFER **buf ) { qvBuffer##Unit##InsertAlignment( buf, 2 ); },                         \
-      inserted( old, 2 * unit, Bits( 3 ) ) },                                                                          \
-    { "PrependAlignment", qvBuffer##Unit##PrependAlignment, inserted( old, 0, Bits( 3 ) ) },                           \
-    { "AppendAlignment", qvBuffer##Unit##AppendAlignment, inserted( old, old.size(), Bits( 3 ) ) },                    \
-    { "DelLeading", []( QV_BUFFER **buf ) { qvBuffer##Unit##DelLeading( buf, 3 ); }, without( old, 0, 3 * unit ) },    \
-    { "DelTrailing", []( QV_BUFFER **buf ) { qvBuffer##Unit##DelTrailing( buf, 3 ); },                                 \
-      without( old, old.size() - 3 * unit, 3 * unit ) },                                                               \
-    { "DelInner", []( QV_BUFFER **buf ) { qvBuffer##Unit##DelInner( buf, 2, 3 ); },                                    \
-      without( old, 2 * unit, 3 * unit ) },                                                                            \
-    { "DelOuter", []( QV_BUFFER **buf ) { qvBuffer##Unit##DelOuter( buf, 2, 3 ); }, part( old, 2 * unit, 3 * unit ) }
+    GRID( Unit, , unit, from, src )                                                                                    \
+    GRID( Unit, Leading, unit, part( from, 0, 3 * unit ), src, 3 )                                                     \
+    GRID( Unit, Trailing, unit, part( from, from.size() - 3 * unit, 3 * unit ), src, 3 )                               \
+    GRID( Unit, Inner, unit, part( from, unit, 3 * unit ), src, 1, 3 )                                                 \
+    GRID( Unit, Outer, unit, without( from, unit, 3 * unit ), src, 1, 3 )                                              \
+    GRID( Unit, Bits, unit, bitsOf( 0x2B3, 11 ), 0xFAB3, 11 )                                                          \
+    GRID( Unit, Byte, unit, bitsOf( 0xC5, 8 ), 0xC5 )                                                                  \
+    GRID( Unit, Bytes, unit, bitsOf( 0xDEAD, 16 ), "\xDE\xAD", 2 )                                                     \
+    GRID( Unit, Zero, unit, Bits( 3 * unit, false ), 3 )                                                               \
+    GRID( Unit, One, unit, Bits( 3 * unit, true ), 3 )                                                                 \
+    FORM( qvBuffer##Unit##InsertAlignment, inserted( old, 2 * unit, Bits( 3 ) ), 2 );                                  \
+    FORM( qvBuffer##Unit##PrependAlignment, inserted( old, 0, Bits( 3 ) ) );                                           \
+    FORM( qvBuffer##Unit##AppendAlignment, inserted( old, old.size(), Bits( 3 ) ) );                                   \
+    FORM( qvBuffer##Unit##DelLeading, without( old, 0, 3 * unit ), 3 );                                                \
+    FORM( qvBuffer##Unit##DelTrailing, without( old, old.size() - 3 * unit, 3 * unit ), 3 );                           \
+    FORM( qvBuffer##Unit##DelInner, without( old, 2 * unit, 3 * unit ), 2, 3 );                                        \
+    FORM( qvBuffer##Unit##DelOuter, part( old, 2 * unit, 3 * unit ), 2, 3 );
 } // namespace
 
 TEST( Buffer, EveryFormCountsInItsUnit )
 {
-    Bits       old  = inserted( bitsOf( 0x0123456789ABCDEF, 64 ), 0, bitsOf( 0x13579BDF02468ACE, 61 ) );
-    Bits       from = bitsOf( 0x5A17C3, 43 );
-    Buffer     held = bufferOf( from );
-    QV_BUFFER *src  = held;
+    Bits   old  = inserted( bitsOf( 0x0123456789ABCDEF, 64 ), 0, bitsOf( 0x13579BDF02468ACE, 61 ) );
+    Bits   from = bitsOf( 0x5A17C3, 43 );
+    Buffer src  = bufferOf( from );
 
-    std::vector< Form > forms[] = { { GRIDS( , 8 ) }, { GRIDS( Bit, 1 ) } };
-
-    for( bool bits : { false, true } )
-        for( const Form &form : forms[bits] )
-        {
-            SCOPED_TRACE( std::string( bits ? "bits " : "bytes " ) + form.name );
-            Buffer buf = bufferOf( old );
-            form.call( buf.at() );
-            EXPECT_EQ( form.expected, bitsOf( buf ) );
-        }
+    GRIDS( , 8 )
+    GRIDS( Bit, 1 )
 
     uint8_t byte[2] = {};
     Buffer  buf     = bufferOf( old );
     EXPECT_EQ( part( old, 16, 24 ), bitsOf( Buffer( qvBufferRead( buf, 2, 3 ) ) ) );
     EXPECT_EQ( part( old, 16, 11 ), bitsOf( qvBufferReadBits( buf, 2, 11 ), 11 ) );
     EXPECT_EQ( part( old, 16, 8 ), bitsOf( qvBufferReadByte( buf, 2 ), 8 ) );
+    EXPECT_EQ( part( old, 2, 8 ), bitsOf( qvBufferBitReadByte( buf, 2 ), 8 ) );
+    EXPECT_FALSE( qvBufferBitIsAligned( buf ) );
     qvBufferReadBytes( buf, 2, byte, 2 );
     EXPECT_EQ( part( old, 16, 16 ), bitsOf( byte, 16 ) );
     EXPECT_EQ( 15, qvBufferLength( buf ) );
@@ -548,13 +517,11 @@ TEST( Buffer, CreatingGivesPrivateContents )
     EXPECT_EQ( "[11 11 11 11 11 22]", textOf( use.get() ) );
     EXPECT_EQ( 6 + 160, allocated( use.get() ) );
 
-    // Clearing and deleting everything give the one empty Buffer, which nobody can change.
+    // Clearing and deleting everything give the one empty Buffer.
     qvBufferDelOuter( byte.at(), 1, 0 );
     qvBufferClear( use.at() );
     EXPECT_EQ( empty.get(), byte.get() );
     EXPECT_EQ( empty.get(), use.get() );
-    qvBufferAppendByte( use.at(), 1 );
-    EXPECT_EQ( 0, qvBufferLength( empty ) );
 }
 
 TEST( Buffer, ForeignMemoryIsNarrowedInPlaceButNeverWritten )
@@ -577,21 +544,33 @@ TEST( Buffer, ForeignMemoryIsNarrowedInPlaceButNeverWritten )
     EXPECT_EQ( 1, references( owner.get() ) );
 }
 
-TEST( Buffer, OddGapsKeepTheObject )
+// The Buffer holds the only reference to what it is changed by, and gives that up when it makes a copy of its own.
+TEST( Buffer, SourcesOutliveTheOwnerOfForeignMemory )
 {
-    Buffer     buf    = bufferOf( bitsOf( 0xABCD, 16 ) );
-    QV_BUFFER *before = buf;
-    qvBufferBitPrependBits( buf.at(), 5, 3 );
-    qvBufferBitInsertBits( buf.at(), 8, 1, 1 );
-    EXPECT_EQ( before, buf.get() );
-    EXPECT_EQ( "[b5 bc d0/4]", textOf( buf.get() ) );
+    void ( *const CHANGES[] )( QV_BUFFER **buf, QV_BUFFER *src ) = {
+        []( QV_BUFFER **buf, QV_BUFFER *src ) { qvBufferAppend( buf, src ); },
+        []( QV_BUFFER **buf, QV_BUFFER *src ) { qvBufferInsertOuter( buf, 2, src, 1, 0 ); },
+        []( QV_BUFFER **buf, QV_BUFFER *src ) { qvBufferAppendBytes( buf, qvBufferBacking( src ), 2 ); },
+        []( QV_BUFFER **buf, QV_BUFFER *src ) { qvBufferWriteBytes( buf, 0, qvBufferBacking( src ), 2 ); },
+        []( QV_BUFFER **buf, QV_BUFFER *src ) { qvBufferWrite( buf, 0, src ); },
+        []( QV_BUFFER **buf, QV_BUFFER *src ) { qvBufferWriteOuter( buf, 0, src, 0, 0 ); } };
+
+    for( auto change : CHANGES )
+    {
+        Buffer     inner( qvBufferCreateFromBytesCopy( "\1\2", 2 ) );
+        QV_BUFFER *src = inner;
+        Buffer     buf( qvBufferCreateFromBytesUseWithRef( qvBufferBacking( src ), 2, qvBufferObj( src ) ) );
+        inner.reset();
+        change( buf.at(), src );
+        EXPECT_EQ( 0, textOf( buf.get() ).find( "[01 02" ) );
+    }
 }
 
 TEST( Buffer, OrdersByCommonBitsThenLength )
 {
     Buffer four( qvBufferCreateFromBits( 0xA, 4 ) ), eight( qvBufferCreateFromByte( 0xA0 ) );
     Buffer high( qvBufferCreateFromBits( 0xB, 4 ) );
-    four->bytes[four->bitFspace / 8] |= 0x0F; // bits behind the last have no meaning
+    four->first[0] |= 0x0F; // bits behind the last have no meaning
 
     EXPECT_EQ( -1, qvBufferCompare( four, eight ) );
     EXPECT_EQ( 1, qvBufferCompare( eight, four ) );
@@ -601,34 +580,22 @@ TEST( Buffer, OrdersByCommonBitsThenLength )
 
 TEST( Buffer, BrokenContractsAreReported )
 {
-    Buffer     buf = bufferOf( bitsOf( 0xABCDE, 20 ) ), other = bufferOf( bitsOf( 0x12, 8 ) );
-    QV_BUFFER *null = nullptr;
-    uint8_t    byte = 0;
+    Buffer  buf  = bufferOf( bitsOf( 0xABCDE, 20 ) ), other = bufferOf( bitsOf( 0x12, 8 ) );
+    uint8_t byte = 0;
 
-    EXPECT_BROKEN( qvBufferLength( nullptr ), "buf" );
-    EXPECT_BROKEN( qvBufferAppendByte( nullptr, 1 ), "buf" );
-    EXPECT_BROKEN( qvBufferBitWriteBits( &null, 0, 1, 1 ), "*buf" );
-    EXPECT_BROKEN( qvBufferAppend( buf.at(), nullptr ), "src" );
-    EXPECT_BROKEN( qvBufferCreateFromBytesUseWithRef( &byte, 1, nullptr ), "ref" );
     EXPECT_BROKEN( qvBufferReadByte( buf, -1 ), "QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( byteIdx )" );
-    EXPECT_BROKEN( qvBufferBitInsertZero( buf.at(), 0, -1 ), "QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( bitCount )" );
     EXPECT_BROKEN( qvBufferDelInner( buf.at(), (QV_INT)1 << 61, 0 ), "BYTES_TO_BITS_OK( byteOffset )" );
-    EXPECT_BROKEN( qvBufferBitReadBits( buf, 0, 65 ), "bitCount <= QV_INT_BITS" );
-    EXPECT_BROKEN( qvBufferBitAppendBits( buf.at(), 0, 65 ), "bitCount <= QV_INT_BITS" );
     EXPECT_BROKEN( qvBufferReadByte( buf, 2 ), "bitIdx + bitCount <= buf->bitLength" );
     EXPECT_BROKEN( qvBufferBitWriteBits( buf.at(), 18, 0, 3 ), "bitIdx + bitCount <= (*buf)->bitLength" );
     EXPECT_BROKEN( qvBufferReadBytes( buf, 1, &byte, 2 ), "bitIdx + BYTES_TO_BITS( byteCount ) <= buf->bitLength" );
     EXPECT_BROKEN(
         qvBufferWriteBytes( buf.at(), 1, "ab", 2 ), "bitIdx + BYTES_TO_BITS( byteCount ) <= (*buf)->bitLength" );
-    EXPECT_BROKEN( qvBufferAppendBytes( buf.at(), nullptr, 1 ), "bytes || !byteCount" );
-    EXPECT_BROKEN( qvBufferCreateFromBytesCopy( nullptr, 1 ), "bytes || byteCount == 0" );
     EXPECT_BROKEN( qvBufferBitInsertByte( buf.at(), 21, 0 ), "atBit <= (*buf)->bitLength" );
     EXPECT_BROKEN( qvBufferAppendLeading( buf.at(), other, 2 ), "bitOffset + bitCount <= src->bitLength" );
     EXPECT_BROKEN( qvBufferBitAppendTrailing( buf.at(), other, 9 ), "QV___INT_UNSIGNED_ADD_OK( bitOffset, bitCount )" );
     EXPECT_BROKEN(
         qvBufferBitWriteOuter( buf.at(), 17, other, 1, 4 ),
         "bitIdx + (src->bitLength - bitCount) <= (*buf)->bitLength" );
-    EXPECT_BROKEN( qvBufferBitDelTrailing( buf.at(), 21 ), "bitCount <= (*buf)->bitLength" );
     EXPECT_BROKEN( qvBufferBitDelInner( buf.at(), 15, 6 ), "bitOffset + bitCount <= (*buf)->bitLength" );
     EXPECT_BROKEN( qvBufferBitAppendZero( buf.at(), QV_INT_MAX ), "QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( sizeBits )" );
 

@@ -8,6 +8,8 @@
 #include <thread>
 #include <vector>
 
+#include <pthread.h>
+
 using qv::Ref;
 using namespace qv::test;
 
@@ -71,6 +73,27 @@ TEST( Generation, KnowsItsFamily )
     EXPECT_BROKEN( qvGenerationCreateWithParent( nullptr ), "parentGeneration" );
     EXPECT_BROKEN( qvGenerationIsChild( deep, nullptr ), "otherGeneration" );
     EXPECT_BROKEN( qvGenerationIsOlder( nullptr, deep ), "genA" );
+}
+
+TEST( Generation, ALongLineEndsOnAShortStack )
+{
+    QV_GENERATION *last = qvGenerationCreate();
+
+    for( int i = 0; i < 3000; i++ )
+        last = qvGenerationCreateWithParent( Generation( last ) );
+
+    pthread_t      thread;
+    pthread_attr_t attributes;
+    pthread_attr_init( &attributes );
+    pthread_attr_setstacksize( &attributes, 256 * 1024 );
+    auto release = []( void *generation ) -> void *
+    {
+        qvGenerationRelease( static_cast< QV_GENERATION * >( generation ) );
+        return nullptr;
+    };
+    ASSERT_EQ( 0, pthread_create( &thread, &attributes, release, last ) );
+    pthread_join( thread, nullptr );
+    pthread_attr_destroy( &attributes );
 }
 
 TEST( Generation, MutexKeepsDescendantsOut )

@@ -5,6 +5,7 @@
 #include "qv/base/qv_boxed_real.h"
 #include "qv/base/qv_opt_def.h"
 #include "qv/base/qv_opt_seq.h"
+#include "qv/base/qv_thread.h"
 #include "qv/base/qv_vector.h"
 
 #include <vector>
@@ -46,12 +47,16 @@ Ref< QV_OPT_DEF > definition()
     return def;
 }
 
+// Words, and integers for those that begin with a hash.
 Ref< QV_VECTOR > arguments( const std::vector< std::string > &words )
 {
     Ref< QV_VECTOR > argv( qvVectorCreate() );
 
     for( const std::string &word : words )
-        qvVectorAppendString( argv.at(), text( word ) );
+        if( word.starts_with( "#" ) )
+            qvVectorAppendInt( argv.at(), std::stoi( word.substr( 1 ) ) );
+        else
+            qvVectorAppendString( argv.at(), text( word ) );
 
     return argv;
 }
@@ -116,6 +121,12 @@ TEST( Opt, CommandLinesAreReadStepByStep )
         { { "--", "-a", "--" }, { "-7 none none non-option argument disallowed" } },
         { { "-i" }, { "-8 none none none" } },
         { { "-ia" }, { "-8 none none none", "0 -a none none" } },
+        { { "-i", "-a" }, { "-8 none none none", "0 -a none none" } },
+        { { "-i", "-z", "-a", "-11" },
+          { "0 -a none none", "-1 -z none -z: option undefined", "3 -1 none none",
+            "-5 -1 none -1: multiple options disallowed" } },
+        { { "-a-al", "-a-" }, { "0 -a none none", "0 --al none none", "0 -a none none" } },
+        { { "#5", "-a" }, { "-7 none none non-option argument disallowed", "0 -a none none" } },
     };
 
     Ref< QV_OPT_DEF > def = definition();
@@ -124,43 +135,100 @@ TEST( Opt, CommandLinesAreReadStepByStep )
         EXPECT_EQ( row.steps, walk( def, arguments( row.words ) ) ) << row.words[0];
 }
 
-TEST( Opt, PlainArgumentsAreReportedUnderTheirId )
+TEST( Opt, PlainArgumentsAndObjectsAreReportedUnderTheirId )
 {
-    Ref< QV_OPT_DEF > def = definition();
-    qvOptDefSetArgOnly( def.at(), WORD );
-    EXPECT_EQ( WORD, qvOptDefArgOnly( def ) );
+    struct Row
+    {
+        bool                       reorder;
+        std::vector< std::string > words, steps; // a step as the id and what comes with it
+    };
 
-    std::vector< std::string > expected = { "2 none word none", "0 -a none none", "2 none -a none", "2 none - none" };
-    EXPECT_EQ( expected, walk( def, arguments( { "word", "-a", "--", "-a", "-" } ) ) );
+    const Row rows[] = {
+        { false, { "word", "-a", "--", "-a", "-" }, { "2 word", "0 -a", "2 -a", "2 -" } },
+        { false, { "word", "--" }, { "2 word" } },
+        { false, { "#1", "-a", "#-1" }, { "2 1", "0 -a", "2 -1" } },
+        { true, { "#-1", "-a", "#2" }, { "0 -a", "2 -1", "2 2" } },
+        { true, { "#1", "#2", "word", "-o", "#3", "#4" }, { "2 word", "1 -o 3", "2 1", "2 2", "2 4" } },
+        { true, { "#1", "--", "#2", "-a" }, { "2 1", "2 2", "2 -a" } },
 
-    // A final pair of dashes vanishes, even behind another one.
-    expected = { "2 none word none" };
-    EXPECT_EQ( expected, walk( def, arguments( { "word", "--" } ) ) );
-}
+        // An ignored option ends no options, wherever it stands.
+        { true, { "#1", "-i", "-a" }, { "-8", "0 -a", "2 1" } },
+        { true, { "#1", "-i" }, { "-8", "2 1" } },
+        { true, { "#1", "-i", "#2", "-a", "#3", "-i", "#4" }, { "0 -a", "-8", "2 1", "2 2", "2 3", "2 4" } },
+        { true, { "#1", "-i", "-i", "-i", "#2", "-aa" }, { "0 -a", "0 -a", "2 1", "2 2" } },
+        { true, { "-i", "word", "#1", "-a" }, { "0 -a", "2 word", "2 1" } },
+    };
 
-TEST( Opt, ObjectsAreArgumentsAndMayBePassedOver )
-{
-    Ref< QV_OPT_DEF > def = definition();
-    qvOptDefSetArgOnly( def.at(), WORD );
+    for( const Row &row : rows )
+    {
+        SCOPED_TRACE( testing::PrintToString( row.words ) );
+        Ref< QV_OPT_DEF > def = definition();
+        qvOptDefSetArgOnly( def.at(), WORD );
+        qvOptDefSetReorder( def.at(), row.reorder );
+        std::vector< std::string > steps;
 
-    Ref< QV_VECTOR > argv( qvVectorCreate() );
-    qvVectorAppendInt( argv.at(), -1 );
-    qvVectorAppendStringCstr( argv.at(), "-a", -1 );
-    qvVectorAppendReal( argv.at(), 1.5 );
+        for( std::string &step : walk( def, arguments( row.words ) ) )
+        {
+            for( size_t at; ( at = step.find( " none" ) ) != std::string::npos; )
+                step.erase( at, 5 );
 
-    std::vector< std::string > inOrder = { "2 none -1 none", "0 -a none none", "2 none 1.500000 none" };
-    EXPECT_EQ( inOrder, walk( def, argv ) );
+            steps.push_back( step );
+        }
 
-    qvOptDefSetReorder( def.at(), QV_TRUE );
-    EXPECT_TRUE( qvOptDefReorder( def ) );
-    std::vector< std::string > optionsFirst = { "0 -a none none", "2 none -1 none", "2 none 1.500000 none" };
-    EXPECT_EQ( optionsFirst, walk( def, argv ) );
+        EXPECT_EQ( row.steps, steps );
+    }
 
     // As a text, -1 is an option.
+    Ref< QV_OPT_DEF > def = definition();
     qvOptDefSetStringize( def.at(), QV_TRUE );
-    EXPECT_TRUE( qvOptDefStringize( def ) );
-    std::vector< std::string > asTexts = { "3 -1 none none", "0 -a none none", "2 none 1.500000 none" };
-    EXPECT_EQ( asTexts, walk( def, argv ) );
+    EXPECT_EQ( "3 -1 none none", walk( def, arguments( { "#-1" } ) ).at( 0 ) );
+    EXPECT_TRUE( qvOptDefStringize( def ) && !qvOptDefReorder( def ) );
+}
+
+TEST( Opt, WhatRemainsIsToldAtAnyTime )
+{
+    Ref< QV_OPT_DEF > def = definition();
+    qvOptDefSetReorder( def.at(), QV_TRUE );
+
+    Ref< QV_VECTOR >  argv = arguments( { "#1", "-aio", "#2", "-ab" } );
+    Ref< QV_OPT_SEQ > seq( qvOptSeqCreate( def, argv ) );
+    auto              remaining = [&] { return textOf( Ref( qvOptSeqRemainingArgv( seq ) ).get() ); };
+
+    std::string before = textOf( argv.get() );
+    EXPECT_EQ( before, remaining() );
+    EXPECT_EQ( ALL, qvOptSeqNext( seq ) );
+    EXPECT_EQ( textOf( arguments( { "#1", "-io", "#2", "-ab" } ).get() ), remaining() );
+    EXPECT_EQ( ALL, qvOptSeqNext( seq ) ); // the rest of the first text was left for the next step
+    EXPECT_EQ( textOf( arguments( { "#1", "-o", "#2", "-b" } ).get() ), remaining() );
+    EXPECT_EQ( OUTPUT, qvOptSeqNext( seq ) );
+    EXPECT_EQ( textOf( arguments( { "#1", "-b" } ).get() ), remaining() );
+    EXPECT_EQ( before, textOf( argv.get() ) );
+}
+
+// Were a step to cost what is left or passed over, this would take hours.
+TEST( Opt, AStepCostsTheSameHoweverManyAreLeft )
+{
+    const int         COUNT = 400000;
+    Ref< QV_OPT_DEF > def   = definition();
+    qvOptDefSetReorder( def.at(), QV_TRUE );
+    qvOptDefSetArgOnly( def.at(), WORD );
+
+    Ref< QV_VECTOR >  argv = arguments( { "-" + std::string( COUNT, 'a' ), "-" + std::string( COUNT, 'i' ) } );
+    Ref< QV_STRING >  option = text( "-a" ), ignored = text( "-i" );
+    Ref< QV_OBJ >     object( qvBoxedIntObj( qvBoxedIntCreate( 1 ) ) );
+    Ref< QV_OPT_SEQ > seq;
+    QV_INT            steps = 0;
+
+    for( int i = 0; i < COUNT; i++ )
+    {
+        qvVectorAppendObj( argv.at(), object );
+        qvVectorAppendString( argv.at(), i % 10 ? option : ignored );
+    }
+
+    for( seq.reset( qvOptSeqCreate( def, argv ) ); qvOptSeqHasNext( seq ); steps++ )
+        qvOptSeqNext( seq );
+
+    EXPECT_GT( steps, 2 * COUNT );
 }
 
 TEST( Opt, ArgumentsHaveTypedForms )
@@ -176,6 +244,13 @@ TEST( Opt, ArgumentsHaveTypedForms )
     for( const char *word : { "0x10", "1.25", "TRUE", "0", "12 apples", "truely" } )
         qvVectorAppendStringCstr( argv.at(), word, -1 );
 
+    // The text of a thread is its name.
+    for( const char *word : { "7", "true" } )
+    {
+        Ref< QV_THREAD > thread( qvThreadTrySpawnCstr( word, -1, [] {}, nullptr, QV_THREAD_PRIORITY_NORMAL ) );
+        qvVectorAppendObj( argv.at(), qvThreadObj( thread ) );
+    }
+
     struct Row
     {
         QV_BOOL isReal;
@@ -189,6 +264,7 @@ TEST( Opt, ArgumentsHaveTypedForms )
         { 1, 7.0, 1, 7, 0, 0, 1, 1 },    { 1, 2.5, 1, 2, 0, 0, 1, 1 },  { 0, 0.0, 0, 0, 1, 1, 1, 1 },
         { 1, 16.0, 1, 16, 0, 0, 1, 1 },  { 1, 1.25, 0, 0, 0, 0, 1, 1 }, { 0, 0.0, 0, 0, 1, 1, 1, 1 },
         { 1, 0.0, 1, 0, 0, 0, 1, 0 },    { 0, 0.0, 0, 0, 0, 0, 0, 0 },  { 0, 0.0, 0, 0, 0, 0, 0, 0 },
+        { 0, 0.0, 0, 0, 0, 0, 0, 0 },    { 0, 0.0, 0, 0, 0, 0, 0, 0 },
     };
 
     Ref< QV_OPT_SEQ > seq( qvOptSeqCreate( def, argv ) );

@@ -1,3 +1,4 @@
+#include "qv_probe.h"
 #include "qv_test_support.h"
 
 #include "qv/base/qv_boxed_int.h"
@@ -5,7 +6,6 @@
 #include "qv/base/qv_vector.h"
 
 #include <algorithm>
-#include <map>
 #include <random>
 #include <set>
 #include <vector>
@@ -52,32 +52,6 @@ Entries entries( QV_PRIORITY_MAP *map )
 }
 } // namespace
 
-TEST( PriorityMap, OrdersByPriorityAndThenByObject )
-{
-    Ref< QV_PRIORITY_MAP > map( qvPriorityMapCreate() );
-    QV_INT                 priority = 7;
-    EXPECT_EQ( nullptr, qvPriorityMapHighest( map, &priority ) );
-    EXPECT_EQ( 0, priority );
-
-    for( QV_INT value : { 4, 1, 3, 2 } )
-        set( map, value == 3 ? QV_INT_MIN : 10, value );
-
-    EXPECT_EQ( ( Entries{ { QV_INT_MIN, 3 }, { 10, 1 }, { 10, 2 }, { 10, 4 } } ), entries( map ) );
-
-    // An equal object is the object.
-    set( map, 10, 2 );
-    set( map, QV_INT_MAX, 1 );
-    EXPECT_EQ( ( Entries{ { QV_INT_MIN, 3 }, { 10, 2 }, { 10, 4 }, { QV_INT_MAX, 1 } } ), entries( map ) );
-
-    EXPECT_EQ( 3, valueOf( qvPriorityMapLowest( map, &priority ) ) );
-    EXPECT_EQ( QV_INT_MIN, priority );
-    EXPECT_EQ( 1, valueOf( qvPriorityMapHighest( map, nullptr ) ) );
-    EXPECT_EQ( 4, valueOf( qvPriorityMapHigher( map, object( 2 ), &priority ) ) );
-    EXPECT_EQ( 10, priority );
-    EXPECT_EQ( -1, valueOf( qvPriorityMapLower( map, object( 3 ), &priority ) ) );
-    EXPECT_EQ( 0, priority );
-}
-
 TEST( PriorityMap, SharesUntilOneIsChanged )
 {
     Ref< QV_PRIORITY_MAP > map( qvPriorityMapCreate() );
@@ -103,77 +77,78 @@ TEST( PriorityMap, SharesUntilOneIsChanged )
 
 TEST( PriorityMap, BehavesAsASetOfPairs )
 {
-    std::mt19937                          random( 5 );
-    Ref< QV_PRIORITY_MAP >                map( qvPriorityMapCreate() );
-    std::map< QV_INT, QV_INT >            priorities; // by value
+    std::mt19937                            random( 5 );
+    Ref< QV_PRIORITY_MAP >                  map( qvPriorityMapCreate() );
     std::set< std::pair< QV_INT, QV_INT > > order;
 
-    auto forget = [&]( QV_INT value )
+    for( int step = 0; step < 10000; step++ )
     {
-        if( auto at = priorities.find( value ); at != priorities.end() )
-        {
-            order.erase( { at->second, value } );
-            priorities.erase( at );
-        }
-    };
-
-    for( int step = 0; step < 20000; step++ )
-    {
-        QV_INT value    = random() % 200;
-        QV_INT priority = static_cast< QV_INT >( random() % 40 ) - 20;
-        int    what     = static_cast< int >( random() % 100 );
-
-        Ref< QV_PRIORITY_MAP > held = Ref< QV_PRIORITY_MAP >::share( step % 100 ? nullptr : map.get() );
         Entries                before( order.begin(), order.end() );
+        QV_INT                 value    = random() % 200, priority = random() % 40 - QV_INT( 20 ), idx = random() % 200;
+        int                    what     = static_cast< int >( random() % 100 );
+        Ref< QV_PRIORITY_MAP > held     = Ref< QV_PRIORITY_MAP >::share( step % 100 ? nullptr : map.get() );
+        auto                   isValue  = [&]( auto &entry ) { return entry.second == value; };
 
         if( what < 55 )
         {
             set( map, priority, value );
-            forget( value );
-            priorities[value] = priority;
+            std::erase_if( order, isValue );
             order.emplace( priority, value );
         }
         else if( what < 85 )
         {
             qvPriorityMapDel( map.at(), object( value ) );
-            forget( value );
+            std::erase_if( order, isValue );
         }
-        else if( !order.empty() )
+        else if( idx < QV_INT( order.size() ) )
         {
-            size_t at = what < 95 ? 0 : random() % order.size();
-            qvPriorityMapDelAt( map.at(), static_cast< QV_INT >( at ) );
-            forget( std::next( order.begin(), static_cast< ptrdiff_t >( at ) )->second );
+            qvPriorityMapDelAt( map.at(), idx );
+            order.erase( std::next( order.begin(), idx ) );
         }
 
-        if( step % 50 == 0 )
-        {
-            ASSERT_EQ( Entries( order.begin(), order.end() ), entries( map ) );
-
-            ASSERT_TRUE( !held || before == entries( held ) );
-        }
+        ASSERT_TRUE( !held || before == entries( held ) );
+        ASSERT_TRUE( step % 50 || Entries( order.begin(), order.end() ) == entries( map ) );
 
         // One object seen from all sides.
-        auto   known = priorities.find( value );
-        QV_INT idx   = -1, up = -1, down = -1, found;
+        auto   at    = std::find_if( order.begin(), order.end(), isValue );
+        bool   isIn  = at != order.end();
+        auto   none  = std::make_pair( QV_INT( 0 ), QV_INT( -1 ) );
+        auto   up    = isIn && std::next( at ) != order.end() ? *std::next( at ) : none;
+        auto   down  = isIn && at != order.begin() ? *std::prev( at ) : none;
+        auto   last  = order.empty() ? none : *order.rbegin();
+        auto   first = order.empty() ? none : *order.begin();
+        auto   asked = [&]( QV_OBJ *found ) { return std::make_pair( priority, valueOf( found ) ); };
 
-        if( known != priorities.end() )
-        {
-            auto at = order.find( { known->second, value } );
-            idx     = std::distance( order.begin(), at );
-            up      = std::next( at ) == order.end() ? -1 : std::next( at )->second;
-            down    = at == order.begin() ? -1 : std::prev( at )->second;
-        }
-
-        ASSERT_EQ( idx, qvPriorityMapIndexOf( map, object( value ) ) );
-        ASSERT_EQ( idx != -1, qvPriorityMapHas( map, object( value ) ) );
-        ASSERT_EQ( up, valueOf( qvPriorityMapHigher( map, object( value ), &found ) ) );
-        ASSERT_EQ( up == -1 ? 0 : priorities[up], found );
-        ASSERT_EQ( down, valueOf( qvPriorityMapLower( map, object( value ), &found ) ) );
-        ASSERT_EQ( down == -1 ? 0 : priorities[down], found );
+        ASSERT_EQ( isIn ? std::distance( order.begin(), at ) : -1, qvPriorityMapIndexOf( map, object( value ) ) );
+        ASSERT_EQ( isIn, qvPriorityMapHas( map, object( value ) ) );
+        QV_OBJ *found = qvPriorityMapHigher( map, object( value ), &priority );
+        ASSERT_EQ( up, asked( found ) );
+        found = qvPriorityMapLower( map, object( value ), &priority );
+        ASSERT_EQ( down, asked( found ) );
+        found = qvPriorityMapHighest( map, &priority );
+        ASSERT_EQ( last, asked( found ) );
+        found = qvPriorityMapLowest( map, &priority );
+        ASSERT_EQ( first, asked( found ) );
     }
+}
 
-    qvPriorityMapClear( map.at() );
-    EXPECT_EQ( 0, qvPriorityMapLength( map ) );
+TEST( PriorityMap, StaysWholeWhenItsObjectsUseItsVariable )
+{
+    for( int what = 0; what < 4; what++ )
+    {
+        Ref< QV_PRIORITY_MAP > map( qvPriorityMapCreate() );
+
+        for( QV_INT value = 0; value < 20; value++ )
+            qvPriorityMapSet( map.at(), value % 3, probe( value ) );
+
+        whileComparing = [&] { qvPriorityMapClear( map.at() ); };
+
+        what < 2    ? qvPriorityMapSet( map.at(), 7, probe( what ? 5 : 50 ) )
+        : what == 2 ? qvPriorityMapDel( map.at(), probe( 5 ) )
+                    : qvPriorityMapDelAt( map.at(), 5 );
+        whileComparing = nullptr;
+        EXPECT_EQ( what == 0 ? 21 : what == 1 ? 20 : 19, qvPriorityMapLength( map ) );
+    }
 }
 
 TEST( PriorityMap, BrokenContractsAreReported )

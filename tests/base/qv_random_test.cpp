@@ -1,7 +1,6 @@
 #include "qv_test_child.h"
 #include "qv_test_support.h"
 
-#include "qv/base/qv_boxed_int.h"
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_random.h"
 #include "qv/base/qv_vector.h"
@@ -11,7 +10,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <numeric>
 #include <set>
 #include <thread>
 #include <vector>
@@ -231,24 +229,4 @@ TEST( Random, ShufflesVectors )
 
     for( const auto &[order, count] : orders )
         EXPECT_NEAR( 1000, count, 250 ) << order; // more than eight times the standard deviation
-
-    // A long one keeps every element.
-    Ref< QV_VECTOR >      vec( qvVectorCreate() );
-    std::vector< QV_INT > expected( 2000 ), values;
-    std::iota( expected.begin(), expected.end(), 0 );
-
-    for( QV_INT value : expected )
-        qvVectorAppendInt( vec.at(), value );
-
-    qvVectorShuffle( vec.at() );
-
-    for( QV_INT i = 0; i < qvVectorLength( vec ); i++ )
-    {
-        Ref< QV_BOXED_INT > boxed( qvBoxedIntFrom( qvVectorObjAt( vec, i ) ) );
-        values.push_back( qvBoxedIntValue( boxed ) );
-    }
-
-    EXPECT_NE( expected, values );
-    std::sort( values.begin(), values.end() );
-    EXPECT_EQ( expected, values );
 }

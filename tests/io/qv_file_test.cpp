@@ -1,21 +1,24 @@
-#include "qv_test_support.h"
+#include "qv_test_stream.h"
 
-#include "qv/base/qv_buffer.h"
 #include "qv/base/qv_vector.h"
 #include "qv/charset/qv_charset.h"
-#include "qv/io/qv_byte_sink.h"
-#include "qv/io/qv_byte_source.h"
-#include "qv/io/qv_char_sink.h"
-#include "qv/io/qv_char_source.h"
 #include "qv/io/qv_file.h"
 #include "qv/io/qv_line_sink.h"
 #include "qv/io/qv_line_source.h"
 #include "qv/io/qv_nlf.h"
 
 #include <algorithm>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <libgen.h>
+#include <pthread.h>
+#include <signal.h>
 #include <sstream>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 
 using qv::Ref;
 using namespace qv::test;
@@ -58,24 +61,11 @@ protected:
     const std::string folder = scratch() + "file ä\u4e2d/";
 };
 
-Ref< QV_BUFFER > bytes( const std::string &content )
-{
-    return Ref< QV_BUFFER >(
-        qvBufferCreateFromBytesCopy(
-            reinterpret_cast< const uint8_t * >( content.data() ), static_cast< QV_INT >( content.size() ) ) );
-}
-
-std::string content( QV_BUFFER *buf )
-{
-    return std::string(
-        reinterpret_cast< const char * >( qvBufferBacking( buf ) ), static_cast< size_t >( qvBufferLength( buf ) ) );
-}
-
 // What qvFileReadBuffer() gives, or "null".
 std::string readBuffer( QV_STRING *fn, QV_INT maxBytes )
 {
     Ref< QV_BUFFER > buf( qvFileReadBuffer( fn, maxBytes ) );
-    return buf ? content( buf ) : "null";
+    return buf ? bytes( buf ) : "null";
 }
 
 std::vector< std::string > texts( QV_VECTOR *owned )
@@ -109,7 +99,7 @@ TEST_F( File, WholeFilesGoInAndOut )
     for( size_t length : { 0, 1, 1023, 1024, 1025, 2048, 100000 } )
     {
         std::string all = pattern( length );
-        ASSERT_TRUE( qvFileWriteBuffer( name( "whole" ), bytes( all ) ) );
+        ASSERT_TRUE( qvFileWriteBuffer( name( "whole" ), buffer( all ) ) );
         ASSERT_EQ( all, read( "whole" ) );
         ASSERT_EQ( static_cast< QV_INT >( length ), qvFileSize( name( "whole" ) ) );
         ASSERT_EQ( all, readBuffer( name( "whole" ), -1 ) );
@@ -129,9 +119,9 @@ TEST_F( File, WhatCannotBeReadOrWrittenIsRefused )
     EXPECT_EQ( "null", readBuffer( name( "" ), -1 ) ); // opens, but is a directory
     EXPECT_EQ( "null", readBuffer( text( "" ), -1 ) );
     EXPECT_EQ( "null", readBuffer( text( "/dev/zero" ), 5000 ) );
-    EXPECT_FALSE( qvFileWriteBuffer( name( "missing/file" ), bytes( "x" ) ) );
-    EXPECT_FALSE( qvFileWriteBuffer( text( "/dev/full" ), bytes( "x" ) ) );
-    EXPECT_FALSE( qvFileWriteBuffer( text( "/dev/full" ), bytes( pattern( 100000 ) ) ) );
+    EXPECT_FALSE( qvFileWriteBuffer( name( "missing/file" ), buffer( "x" ) ) );
+    EXPECT_FALSE( qvFileWriteBuffer( text( "/dev/full" ), buffer( "x" ) ) );
+    EXPECT_FALSE( qvFileWriteBuffer( text( "/dev/full" ), buffer( pattern( 100000 ) ) ) );
     EXPECT_EQ( nullptr, qvFileOpenLineSource( name( "missing" ), QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_LF ) );
     EXPECT_EQ( nullptr, qvFileOpenLineSink( name( "" ), QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_LF ) );
 }
@@ -148,7 +138,7 @@ TEST_F( File, BytesAreReadAndSkippedInAnyPieces )
     uint8_t               array[3000];
 
     EXPECT_EQ( 1500, qvByteSourceRead( source, buf.at(), 1500 ) );
-    EXPECT_EQ( all.substr( 0, 1500 ), content( buf ) );
+    EXPECT_EQ( all.substr( 0, 1500 ), bytes( buf ) );
     EXPECT_EQ( 2500, qvByteSourceSkip( source, 2500 ) );
     EXPECT_EQ( 3000, qvByteSourceReadBytes( source, array, 3000 ) );
     EXPECT_EQ( all.substr( 4000, 3000 ), std::string( array, array + 3000 ) );
@@ -156,6 +146,16 @@ TEST_F( File, BytesAreReadAndSkippedInAnyPieces )
     EXPECT_EQ( 3000, qvByteSourceSkip( source, 3001 ) );
     EXPECT_TRUE( qvByteSourceEnd( source ) );
     EXPECT_FALSE( qvByteSourceError( source ) );
+
+    // A limit far above what there is, and above what the operating system reads at once.
+    for( QV_INT limit : { QV_INT( -1 ), QV_INT( 10001 ), QV_INT( 1 ) << 31, QV_INT( 1 ) << 40, QV_INT_MAX } )
+    {
+        std::string got( 10000, ' ' );
+        source.reset( qvFileOpenByteSource( name( "stream" ) ) );
+        EXPECT_EQ( 10000, qvByteSourceReadBytes( source, got.data(), limit ) ) << limit;
+        EXPECT_TRUE( qvByteSourceEnd( source ) && !qvByteSourceError( source ) ) << limit;
+        EXPECT_EQ( all, got );
+    }
 
     source.reset( qvFileOpenByteSource( text( "/dev/zero" ) ) );
     EXPECT_EQ( 100000, qvByteSourceSkip( source, 100000 ) );
@@ -165,6 +165,41 @@ TEST_F( File, BytesAreReadAndSkippedInAnyPieces )
     EXPECT_TRUE( qvByteSourceEnd( source ) && qvByteSourceError( source ) );
 }
 
+TEST_F( File, SignalsDoNotEndARead )
+{
+    ASSERT_EQ( 0, mkfifo( ( folder + "pipe" ).c_str(), 0600 ) );
+
+    struct sigaction old, interrupting = {};
+    interrupting.sa_handler            = []( int ) {};
+    sigaction( SIGUSR1, &interrupting, &old );
+
+    pthread_t   reader = pthread_self();
+    std::thread writer(
+        [this, reader]
+        {
+            int pipe = open( ( folder + "pipe" ).c_str(), O_WRONLY );
+            EXPECT_EQ( 3, ::write( pipe, "abc", 3 ) );
+
+            for( int i = 0; i < 50; i++ )
+            {
+                pthread_kill( reader, SIGUSR1 );
+                usleep( 200 );
+            }
+
+            EXPECT_EQ( 3, ::write( pipe, "def", 3 ) );
+            close( pipe );
+        } );
+
+    // Opening waits for the writer, which sends no signal before it has opened too.
+    Ref< QV_BYTE_SOURCE > source( qvFileOpenByteSource( name( "pipe" ) ) );
+    char                  array[10] = {};
+    EXPECT_EQ( 6, qvByteSourceReadBytes( source, array, 9 ) );
+    EXPECT_STREQ( "abcdef", array );
+    EXPECT_FALSE( qvByteSourceError( source ) );
+    writer.join();
+    sigaction( SIGUSR1, &old, nullptr );
+}
+
 TEST_F( File, SinksCutAtOnceAndWriteWhatTheyAreGiven )
 {
     write( "cut", "old content" );
@@ -172,19 +207,24 @@ TEST_F( File, SinksCutAtOnceAndWriteWhatTheyAreGiven )
     EXPECT_EQ( 0, qvFileSize( name( "cut" ) ) );
 
     std::string all = pattern( 5000 );
-    EXPECT_TRUE( qvByteSinkWriteInner( sink, bytes( all ), 100, 4000 ) );
+    EXPECT_TRUE( qvByteSinkWriteInner( sink, buffer( all ), 100, 4000 ) );
     EXPECT_TRUE( qvByteSinkFlush( sink ) );
     EXPECT_EQ( all.substr( 100, 4000 ), read( "cut" ) );
 
     // The last reference writes out what is left.
-    EXPECT_TRUE( qvByteSinkWrite( sink, bytes( "end" ) ) );
+    EXPECT_TRUE( qvByteSinkWrite( sink, buffer( "end" ) ) );
     sink.reset();
     EXPECT_EQ( all.substr( 100, 4000 ) + "end", read( "cut" ) );
 
     sink.reset( qvFileOpenByteSink( text( "/dev/full" ) ) );
-    qvByteSinkWrite( sink, bytes( "x" ) );
+    qvByteSinkWrite( sink, buffer( "x" ) );
     EXPECT_FALSE( qvByteSinkFlush( sink ) );
     EXPECT_TRUE( qvByteSinkError( sink ) );
+
+    // A stream over a codec learns of it when more has gone down than the caches hold.
+    Ref< QV_CHAR_SINK > chars( qvFileOpenCharSink( text( "/dev/full" ), QV_CHARSET_UTF_8, 0 ) );
+    EXPECT_FALSE( qvCharSinkWrite( chars, text( std::string( 100000, 'x' ) ) ) );
+    EXPECT_TRUE( qvCharSinkError( chars ) );
 }
 
 TEST_F( File, TextGoesThroughTheCharacterSetAndTheLineEnds )
@@ -281,58 +321,113 @@ TEST_F( File, TreesGoButWhatLinksLeadToStays )
     fs::create_directories( folder + "kept" );
     write( "kept/file", "x" );
     write( "tree/a/b/file", "x" );
-    write( "tree/file", "x" );
+    write( "tree/\xFF", "x" ); // no UTF-8
     fs::create_symlink( "../kept", folder + "tree/dirlink" );
     fs::create_symlink( "../../kept/file", folder + "tree/a/link" );
     fs::create_symlink( "..", folder + "tree/a/up" );
     fs::create_symlink( "nowhere", folder + "tree/dangling" );
+    fs::create_symlink( "kept", folder + "link" );
+
+    // Nothing is touched where it is not a directory's own name that is given.
+    for( const char *refused : { "link", "link/", "link//", "kept/.", "kept/file", "kept/../kept/..", "missing" } )
+        EXPECT_FALSE( qvFileDeleteDirectoryRecursive( name( refused ) ) ) << refused;
+
+    fs::path before = fs::current_path();
+    fs::current_path( folder + "kept" );
+    EXPECT_FALSE( qvFileDeleteDirectoryRecursive( text( "" ) ) );
+    EXPECT_FALSE( qvFileDeleteDirectoryRecursive( text( "." ) ) );
+    fs::current_path( before );
+    EXPECT_TRUE( fs::is_symlink( folder + "link" ) );
 
     EXPECT_FALSE( qvFileDeleteDirectory( name( "tree" ) ) );
-    EXPECT_TRUE( qvFileDeleteDirectoryRecursive( name( "tree" ) ) );
+    EXPECT_TRUE( qvFileDeleteDirectoryRecursive( name( "tree//" ) ) );
     EXPECT_FALSE( fs::exists( folder + "tree" ) );
     EXPECT_EQ( "x", read( "kept/file" ) );
+}
 
-    // A link itself goes as well, whether a delimiter stands behind it or not.
-    for( const char *link : { "link", "link//" } )
+TEST_F( File, TreesGoHoweverDeepTheyAre )
+{
+    // Names that are longer together than a path can be, and more levels than there are descriptors.
+    const std::string part( 50, 'd' );
+    int               at = open( folder.c_str(), O_RDONLY | O_DIRECTORY );
+
+    for( int level = 0; level < 150; level++ )
     {
-        fs::create_symlink( "kept", folder + "link" );
-        qvFileDeleteDirectoryRecursive( name( link ) );
-        EXPECT_EQ( "x", read( "kept/file" ) ) << link;
-        fs::remove( folder + "link" );
+        ASSERT_EQ( 0, mkdirat( at, part.c_str(), 0700 ) );
+        int next = openat( at, part.c_str(), O_RDONLY | O_DIRECTORY );
+        close( at );
+        at = next;
+
+        for( int i = 0; i < ( level == 100 ? 50 : 0 ); i++ )
+            ASSERT_EQ( 0, mkdirat( at, std::to_string( i ).c_str(), 0700 ) );
     }
 
-    EXPECT_FALSE( qvFileDeleteDirectoryRecursive( name( "missing" ) ) );
-    EXPECT_FALSE( qvFileDeleteDirectoryRecursive( name( "kept/file" ) ) );
-    EXPECT_EQ( "x", read( "kept/file" ) );
-    fs::create_directory( folder + "empty" );
-    EXPECT_TRUE( qvFileDeleteDirectoryRecursive( name( "empty/" ) ) );
+    close( at );
+
+    rlimit files, few;
+    getrlimit( RLIMIT_NOFILE, &files );
+    few = { 64, files.rlim_max };
+    setrlimit( RLIMIT_NOFILE, &few );
+    EXPECT_TRUE( qvFileDeleteDirectoryRecursive( name( part ) ) );
+    setrlimit( RLIMIT_NOFILE, &files );
+    EXPECT_FALSE( fs::exists( folder + part ) );
+}
+
+TEST_F( File, NamesWithAZeroAreRefusedNotCut )
+{
+    write( "file", "old" );
+    fs::create_directory( folder + "dir" );
+
+    Ref< QV_STRING > file = name( std::string( "file\0x", 6 ) ), dir = name( std::string( "dir\0/x", 6 ) );
+    Ref< QV_STRING > fresh = name( std::string( "fresh\0", 6 ) );
+
+    EXPECT_EQ( nullptr, qvFileOpenByteSource( file ) );
+    EXPECT_EQ( nullptr, qvFileOpenCharSource( file, QV_CHARSET_UTF_8, 0 ) );
+    EXPECT_EQ( nullptr, qvFileOpenByteSink( file ) );
+    EXPECT_EQ( nullptr, qvFileOpenLineSink( fresh, QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_LF ) );
+    EXPECT_EQ( nullptr, qvFileReadBuffer( file, -1 ) );
+    EXPECT_FALSE( qvFileWriteBuffer( file, buffer( "new" ) ) );
+    EXPECT_FALSE( qvFileExists( file ) || qvFileIsDirectory( dir ) || qvFileDelete( file ) );
+    EXPECT_EQ( -1, qvFileSize( file ) );
+    EXPECT_FALSE( qvFileRename( file, name( "other" ) ) || qvFileRename( name( "file" ), fresh ) );
+    EXPECT_FALSE( qvFileCreateDirectory( fresh ) );
+    EXPECT_FALSE( qvFileDeleteDirectory( dir ) || qvFileDeleteDirectoryRecursive( dir ) );
+    EXPECT_TRUE( texts( qvDirectoryContent( dir, QV_FALSE, nullptr ) ).empty() );
+
+    EXPECT_EQ( "old", read( "file" ) );
+    EXPECT_EQ( ( std::vector< std::string >{ folder + "dir", folder + "file" } ),
+               texts( qvDirectoryContent( name( "" ), QV_FALSE, nullptr ) ) );
+
+    Ref< QV_STRING > path = text( std::string( "a\0/b\0.c", 7 ) );
+    EXPECT_EQ( std::string( "a\0", 2 ), take( qvFileDirName( path ) ) );
+    EXPECT_EQ( std::string( "b\0.c", 4 ), take( qvFileBaseName( path ) ) );
+    EXPECT_EQ( ".c", take( qvFileExtensionName( path ) ) );
 }
 
 /* The text of paths ---------------------------------------------------------------------------------------------- */
 
 TEST_F( File, PathsAreTakenApart )
 {
-    struct
-    {
-        const char *name, *dirName, *baseName, *extensionName;
-    } const CASES[] = {
-        { "/usr/lib/", "/usr", "lib", "" },
-        { "/usr/lib/a.tar.gz", "/usr/lib", "a.tar.gz", ".gz" },
-        { "x", ".", "x", "" },
-        { "/", "/", "/", "" },
-        { "", ".", ".", "." },
-        { "dir.d/file", "dir.d", "file", "" },
-        { "dir/.profile", "dir", ".profile", ".profile" },
-        { "a.", ".", "a.", "." },
-        { "ä/ö.ü", "ä", "ö.ü", ".ü" },
-    };
+    const std::pair< const char *, const char * > EXTENSIONS[] = {
+        { "/usr/lib/a.tar.gz", ".gz" }, { "x", "" }, { "", "." }, { "dir.d/file", "" }, { "dir/.profile", ".profile" },
+        { "a.", "." },                  { "ä/ö.ü", ".ü" } };
 
-    for( const auto &c : CASES )
-    {
-        EXPECT_EQ( c.dirName, take( qvFileDirName( text( c.name ) ) ) ) << c.name;
-        EXPECT_EQ( c.baseName, take( qvFileBaseName( text( c.name ) ) ) ) << c.name;
-        EXPECT_EQ( c.extensionName, take( qvFileExtensionName( text( c.name ) ) ) ) << c.name;
-    }
+    for( auto [name, extension] : EXTENSIONS )
+        EXPECT_EQ( extension, take( qvFileExtensionName( text( name ) ) ) ) << name;
+
+    // All names of up to seven characters of these, against the C library.
+    for( int code = 0; code < 3 * 3 * 3 * 3 * 3 * 3 * 3; code++ )
+        for( int length = 0; length <= 7; length++ )
+        {
+            std::string name;
+
+            for( int i = 0, rest = code; i < length; i++, rest /= 3 )
+                name += "/.a"[rest % 3];
+
+            std::string dirCopy = name, baseCopy = name;
+            ASSERT_EQ( dirname( dirCopy.data() ), take( qvFileDirName( text( name ) ) ) ) << name;
+            ASSERT_EQ( basename( baseCopy.data() ), take( qvFileBaseName( text( name ) ) ) ) << name;
+        }
 }
 
 TEST_F( File, DelimitersAreAppendedOnce )
@@ -374,6 +469,13 @@ TEST_F( File, BrokenArgumentsAreReported )
     EXPECT_BROKEN( qvFileOpenByteSource( nullptr ), "fn" );
     EXPECT_BROKEN( qvFileReadBuffer( name( "x" ), -2 ), "maxBytes >= -1" );
     EXPECT_BROKEN( qvFileRename( name( "x" ), nullptr ), "newFn" );
+
+    // A charset that is none is found before the file is cut, and before it is missed.
+    write( "x", "old" );
+    EXPECT_BROKEN( qvFileOpenCharSink( name( "x" ), 51, 0 ), "QV_CHARSET_OK( charset )" );
+    EXPECT_BROKEN( qvFileOpenLineSink( name( "x" ), -1, 0, 0 ), "QV_CHARSET_OK( charset )" );
+    EXPECT_BROKEN( qvFileOpenLineSource( name( "missing" ), 51, 0, 0 ), "QV_CHARSET_OK( charset )" );
+    EXPECT_EQ( "old", read( "x" ) );
     EXPECT_BROKEN( qvDirectoryContent( nullptr, QV_FALSE, nullptr ), "path" );
     EXPECT_BROKEN( qvFilePathAppendDelimiter( &none ), "*pn" );
 }

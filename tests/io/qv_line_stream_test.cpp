@@ -1,4 +1,4 @@
-#include "qv_stream_log.h"
+#include "qv_test_stream.h"
 
 #include "qv/base/qv_boxed_int.h"
 #include "qv/base/qv_vector.h"

@@ -35,6 +35,10 @@ for file in first.c first.cpp greeter.c; do
     test "$lines" -gt 5 && test "$lines" -le 25 || { echo "$file has $lines lines"; exit 1; }
 done
 
+echo "== build time"
+SOURCE_DATE_EPOCH=86400 cmake "-DOUTPUT=$scratch/time.h" -P "$repository/cmake/MorvaneBuildTime.cmake"
+grep -q 'UTC 1970-01-02 00:00:00 (Friday)' "$scratch/time.h"
+
 echo "== pkg-config"
 export PKG_CONFIG_PATH="$( dirname "$( find "$prefix" -name morvane-qv.pc )" )"
 cc -std=c11 $strict "$scratch/first.c" -o "$scratch/pc-c" $( pkg-config --cflags --libs morvane-qv )

@@ -144,8 +144,7 @@ TEST( RuntimeSnapshot, ReportsHoldWhatTheFlagsAskFor )
     EXPECT_EQ( Lines{}, printedByRun( ALL, [] { text( "used" ); } ) );
 
     // The report is about the library's own sorts.
-    static QV_SORT foreign = { QV___STATIC_HEADER( QV___OBJ_TYPE_SORT ), nullptr, "QV_FOREIGN", nullptr, nullptr,
-                               nullptr, 0, nullptr, nullptr, nullptr, nullptr };
+    static QV_SORT foreign = QV___STATIC_SORT( nullptr, "QV_FOREIGN", nullptr, nullptr, nullptr, nullptr, nullptr );
     EXPECT_EQ( Lines{}, printedByRun( ALL, [] { qv___ObjCreate( sizeof( QV_OBJ ), &foreign ); } ) );
 }
 

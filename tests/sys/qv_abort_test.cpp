@@ -1,17 +1,26 @@
 #include "qv_test_child.h"
 #include "qv_test_support.h"
 
+#include "qv/base/qv_thread.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort.h"
 #include "qv/sys/qv_abort_private.h"
 #include "qv/sys/qv_mem.h"
 
+#include <chrono>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <functional>
+#include <future>
 #include <sstream>
+#include <thread>
+#include <vector>
 
+#include <execinfo.h>
+#include <fcntl.h>
 #include <sys/mman.h>
 
 using namespace qv::test;
@@ -19,7 +28,6 @@ using testing::AllOf;
 using testing::ContainsRegex;
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 namespace
@@ -88,12 +96,6 @@ void writeReportsTo( const std::string &name )
     memcpy( qv___AbortFilename, name.c_str(), name.size() + 1 );
 }
 
-// A page that exists but must not be touched.
-char *forbiddenPage()
-{
-    return static_cast< char * >( mmap( nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0 ) );
-}
-
 void restart( QV_INT flags, const char *identifier = nullptr, const char *name = nullptr, const char *version = nullptr )
 {
     qvRuntimeShutdown();
@@ -103,25 +105,16 @@ void restart( QV_INT flags, const char *identifier = nullptr, const char *name =
 
 TEST( Abort, ReportsNameWhatIsGiven )
 {
-    struct
-    {
-        const char *message, *file, *expression;
-        const char *section;
-    } const CASES[] = {
-        { nullptr, nullptr, nullptr, "" },
-        { "m", nullptr, nullptr, "\n  ABORT\n    Message   : m\n" },
-        { nullptr, "f", nullptr, "\n  ABORT\n    File      : f\n    Line      : 54\n" },
-        { nullptr, nullptr, "e", "\n  ABORT\n    Expression: e\n" },
-        { "m", "f", nullptr, "\n  ABORT\n    Message   : m\n    File      : f\n    Line      : 54\n" },
-        { "m", nullptr, "e", "\n  ABORT\n    Message   : m\n    Expression: e\n" },
-        { nullptr, "f", "e", "\n  ABORT\n    File      : f\n    Line      : 54\n    Expression: e\n" },
-        { "stdfunc retain", "source/qv/base/qv_boxed_int", "obj",
-          "\n  ABORT\n    Message   : stdfunc retain\n    File      : source/qv/base/qv_boxed_int\n"
-          "    Line      : 54\n    Expression: obj\n" },
-    };
+    EXPECT_EQ( head(), report( nullptr, nullptr, 54, nullptr, nullptr ) );
+    EXPECT_EQ(
+        head()
+            + "\n  ABORT\n    Message   : stdfunc retain\n    File      : source/qv/base/qv_boxed_int\n"
+              "    Line      : 54\n    Expression: obj\n",
+        report( "stdfunc retain", "source/qv/base/qv_boxed_int", 54, "obj", nullptr ) );
 
-    for( const auto &c : CASES )
-        EXPECT_EQ( head() + c.section, report( c.message, c.file, 54, c.expression, nullptr ) );
+    // Longer than what is written at once.
+    std::string text( 5000, 'x' );
+    EXPECT_EQ( head() + "\n  ABORT\n    Message   : " + text + "\n", report( text.c_str(), nullptr, 1, nullptr, nullptr ) );
 }
 
 TEST( Abort, ReportsNameTheApplication )
@@ -129,22 +122,14 @@ TEST( Abort, ReportsNameTheApplication )
     Ending whole = inOwnRun(
         []
         {
-            restart( 0, "my-app", "My Application", "1.2" );
+            restart( 0, "my-app", nullptr, "1.2" );
             fputs( report( nullptr, nullptr, 0, "e", nullptr ).c_str(), stderr );
-        } );
-    Ending partly = inOwnRun(
-        []
-        {
-            restart( 0, nullptr, "My Application", nullptr );
-            fputs( report( nullptr, nullptr, 0, nullptr, nullptr ).c_str(), stderr );
         } );
 
     EXPECT_EQ(
-        head() + "\n  APPLICATION\n    Identifier: my-app\n    Friendly  : My Application\n    Version   : 1.2\n"
+        head() + "\n  APPLICATION\n    Identifier: my-app\n    Friendly  : \n    Version   : 1.2\n"
             + "\n  ABORT\n    Expression: e\n",
         whole.errors );
-    EXPECT_EQ(
-        head() + "\n  APPLICATION\n    Identifier: \n    Friendly  : My Application\n    Version   : \n", partly.errors );
 }
 
 TEST( Abort, ReportsTellSignalsApart )
@@ -157,134 +142,99 @@ TEST( Abort, ReportsTellSignalsApart )
         "    Address   : 0x1230\n",
         signalSection( SIGSEGV, 1, address ) );
     EXPECT_EQ(
-        "\n  SIGNAL\n    Signal    : 6 (SIGABRT, abort signal)\n    Code      : -6 (SI_TKILL, tkill system call)\n"
-        "    Sender    : user\n",
-        signalSection( SIGABRT, -6, address ) );
-    EXPECT_EQ(
-        "\n  SIGNAL\n    Signal    : 7 (SIGBUS, bad memory access)\n"
-        "    Code      : 0 (SI_USER, kill, sigsend, raise)\n    Sender    : user\n    Address   : 0x1230\n",
-        signalSection( SIGBUS, 0, address ) );
-    EXPECT_EQ(
-        "\n  SIGNAL\n    Signal    : 15\n    Code      : 128 (SI_KERNEL, kernel from somewhere)\n"
-        "    Sender    : kernel\n",
-        signalSection( SIGTERM, 128, address ) );
+        "\n  SIGNAL\n    Signal    : 6 (SIGABRT, abort signal)\n    Code      : -2147483648\n    Sender    : user\n",
+        signalSection( SIGABRT, INT_MIN ) );
 
     // The same number means another thing for another signal, and nothing where no row has it.
     EXPECT_THAT( signalSection( SIGILL, 8 ), HasSubstr( "    Code      : 8 (ILL_BADSTK, internal stack error)\n" ) );
     EXPECT_THAT( signalSection( SIGFPE, 8 ), HasSubstr( "    Code      : 8 (FPE_FLTSUB, subscript out of range)\n" ) );
     EXPECT_THAT( signalSection( SIGSEGV, 8 ), HasSubstr( "    Code      : 8\n" ) );
-    EXPECT_THAT( signalSection( SIGSEGV, 4 ), HasSubstr( " (SEGV_PKUERR, failed protection key checks)\n" ) );
-    EXPECT_THAT(
-        signalSection( SIGBUS, 5 ),
-        HasSubstr( "5 (BUS_MCEERR_AO, hardware memory error detected in process but not consumed: action optional)\n" ) );
-    EXPECT_THAT( signalSection( SIGABRT, -7 ), HasSubstr( "    Code      : -7\n    Sender    : user\n" ) );
 }
 
-TEST( Abort, BrokenContractsEndWithReportAndStack )
+// The run's own file bears what the error stream does, once, also where handlers are left out.
+TEST( Abort, BrokenContractsAreReportedInBothPlaces )
 {
-    Ending ending = inChild( [] { qv___Abort( "m", "f", 1, "e" ); } );
+    std::string folder = scratch() + "reports/";
+    std::string begin  = folder + "morvane-4.0.19-debian10-"
+                        + take( qvRuntimeHardwareToIdentifier( qvRuntimeHardware() ) ) + "-";
+    std::string names[2];
 
-    EXPECT_EQ( SIGABRT, ending.signal );
-    EXPECT_THAT( ending.errors, StartsWith( "\n\n\n" + report( "m", "f", 1, "e", nullptr ) + "\n  STACK\n    " ) );
-    EXPECT_THAT( ending.errors, EndsWith( "]\n\n\n\n" ) );
+    for( std::string &name : names )
+    {
+        Ending ending = inOwnRun(
+            [&]
+            {
+                setenv( "XZ_MORVANE_ABORT_PATH", folder.c_str(), 1 );
+                restart( &name == names ? QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS : 0 );
+                std::ofstream( qv___AbortFilename ) << std::string( 100000, 'x' );
+                fprintf( stderr, "%s", qv___AbortFilename );
+                qv___Abort( "m", "f", 1, "e" );
+            } );
+        name = ending.errors.substr( 0, ending.errors.find( '\n' ) );
 
-    std::istringstream stack( ending.errors.substr( ending.errors.find( "  STACK\n" ) + 8 ) );
-    int                frames = 0;
+        EXPECT_EQ( SIGABRT, ending.signal );
+        ASSERT_THAT( name, AllOf( StartsWith( begin ), EndsWith( ".txt" ) ) );
+        EXPECT_EQ( name.size() - 4, name.find_first_not_of( "0123456789abcdef", begin.size() ) );
 
-    for( std::string line; std::getline( stack, line ) && !line.empty(); frames++ )
-        EXPECT_THAT( line, testing::MatchesRegex( "    .+\\[0x[0-9a-f]+\\]" ) );
+        std::string text = fileText( name ), opening = report( "m", "f", 1, "e", nullptr ) + "\n  STACK\n";
+        EXPECT_EQ( name + "\n\n\n" + text + "\n\n\n", ending.errors );
+        ASSERT_THAT( text, StartsWith( opening ) );
 
-    EXPECT_GT( frames, 3 );
+        // The C library words frames in the same way.
+        std::istringstream stack( text.substr( opening.size() ) );
+        int                frames = 0;
+
+        for( std::string line; std::getline( stack, line ); frames++ )
+        {
+            void *address = nullptr;
+            sscanf( line.c_str() + line.rfind( '[' ), "[%p]", &address );
+            char **symbols = backtrace_symbols( &address, 1 );
+            EXPECT_EQ( std::string( "    " ) + symbols[0], line );
+            free( symbols );
+        }
+
+        EXPECT_GT( frames, 3 );
+    }
+
+    EXPECT_NE( names[0], names[1] );
 }
 
-TEST( Abort, ReportsGoToTheFileToo )
+TEST( Abort, FatalSignalsAreReported )
 {
-    std::string name = scratch() + "report.txt";
-    std::ofstream( name ) << std::string( 100000, 'x' );
-
+    void  *page   = mmap( nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0 );
     Ending ending = inChild(
-        [&]
+        [page]
         {
-            writeReportsTo( name );
-            qv___Abort( nullptr, "f", 2, "e" );
-        } );
-    std::string text = fileText( name );
-
-    EXPECT_EQ( SIGABRT, ending.signal );
-    EXPECT_THAT( text, StartsWith( report( nullptr, "f", 2, "e", nullptr ) + "\n  STACK\n    " ) );
-    EXPECT_THAT( text, EndsWith( "]\n" ) );
-    EXPECT_THAT( text, Not( HasSubstr( "\n\n\n" ) ) );
-    EXPECT_THAT( text, Not( HasSubstr( "x\n" ) ) );
-    EXPECT_THAT( ending.errors, StartsWith( "\n\n\n" + report( nullptr, "f", 2, "e", nullptr ) ) );
-
-    // A file that cannot be opened costs nothing but itself.
-    Ending without = inChild(
-        []
-        {
-            writeReportsTo( scratch() + "missing/report.txt" );
-            qv___Abort( nullptr, "f", 2, "e" );
-        } );
-    EXPECT_EQ( SIGABRT, without.signal );
-    EXPECT_THAT( without.errors, EndsWith( "]\n\n\n\n" ) );
-}
-
-TEST( Abort, FatalSignalsAreReportedInBothPlaces )
-{
-    std::string name = scratch() + "signal.txt";
-    char       *page = forbiddenPage();
-    char        address[64];
-    snprintf( address, sizeof( address ), "    Address   : %p\n", static_cast< void * >( page ) );
-
-    Ending ending = inChild(
-        [&]
-        {
-            writeReportsTo( name );
+            writeReportsTo( scratch() + "missing/report.txt" ); // costs nothing but itself
             *static_cast< volatile char * >( page ) = 1;
         } );
-    std::string expected
-        = head()
-          + "\n  SIGNAL\n    Signal    : 11 (SIGSEGV, invalid memory reference)\n"
-            "    Code      : 2 (SEGV_ACCERR, invalid permissions for mapped object)\n    Sender    : kernel\n"
-          + address + "\n  STACK\n";
-
+    std::ostringstream expected;
+    expected << "\n\n\n" << head() << "\n  SIGNAL\n    Signal    : 11 (SIGSEGV, invalid memory reference)\n"
+             << "    Code      : 2 (SEGV_ACCERR, invalid permissions for mapped object)\n    Sender    : kernel\n"
+             << "    Address   : " << page << "\n\n  STACK\n";
     EXPECT_EQ( SIGABRT, ending.signal );
-    EXPECT_THAT( ending.errors, StartsWith( "\n\n\n" + expected ) );
-    EXPECT_THAT( fileText( name ), StartsWith( expected ) );
+    EXPECT_THAT( ending.errors, StartsWith( expected.str() ) );
 
     for( int signum : { SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV } )
     {
         Ending raised = inChild( [&] { raise( signum ); } );
         EXPECT_EQ( SIGABRT, raised.signal );
-        EXPECT_THAT(
-            raised.errors, ContainsRegex(
-                               "  SIGNAL\n    Signal    : " + std::to_string( signum )
-                               + " .SIG[A-Z]+, .*\n    Code      : -6 .SI_TKILL, tkill system call.\n    Sender    : user\n" ) );
+        EXPECT_THAT( raised.errors, HasSubstr( "\n  SIGNAL\n    Signal    : " + std::to_string( signum ) + " " ) );
         EXPECT_EQ( signum != SIGABRT, raised.errors.find( "    Address   : " ) != std::string::npos );
-        EXPECT_THAT( raised.errors, Not( HasSubstr( "  ABORT\n" ) ) );
     }
 }
 
-TEST( Abort, HandlersCanBeLeftOut )
+TEST( Abort, HandlersAreThereInARunThatWantsThem )
 {
-    Ending signalled = inOwnRun(
-        []
-        {
-            restart( QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS );
-            raise( SIGFPE );
-        } );
-    EXPECT_EQ( SIGFPE, signalled.signal );
-    EXPECT_EQ( "", signalled.errors );
+    const std::function< void() > SETTINGS[]
+        = { [] { restart( QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS ); }, qvRuntimeShutdown };
 
-    Ending broken = inOwnRun(
-        []
-        {
-            restart( QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS );
-            writeReportsTo( scratch() + "left_out.txt" );
-            qvMemAlloc( 0 );
-        } );
-    EXPECT_EQ( SIGABRT, broken.signal );
-    EXPECT_THAT( broken.errors, HasSubstr( "    Expression: size > 0\n" ) );
-    EXPECT_THAT( fileText( scratch() + "left_out.txt" ), HasSubstr( "    Expression: size > 0\n" ) );
+    for( const auto &set : SETTINGS )
+    {
+        Ending ending = inOwnRun( [&] { set(); raise( SIGFPE ); } );
+        EXPECT_EQ( SIGFPE, ending.signal );
+        EXPECT_EQ( "", ending.errors );
+    }
 }
 
 TEST( Abort, ReportsNeedNoRunningLibrary )
@@ -298,43 +248,191 @@ TEST( Abort, ReportsNeedNoRunningLibrary )
         {
             writeReportsTo( scratch() + "after.txt" );
             qvRuntimeShutdown();
-            fputs( qv___AbortFilename ? "kept" : "", stderr );
             qv___Abort( nullptr, nullptr, 0, "e" );
         } );
     EXPECT_EQ( SIGABRT, after.signal );
     EXPECT_THAT( after.errors, StartsWith( "\n\n\n" + report( nullptr, nullptr, 0, "e", nullptr ) ) );
     EXPECT_EQ( "", fileText( scratch() + "after.txt" ) );
-
-    // The default actions are back.
-    Ending signalled = inOwnRun( [] { qvRuntimeShutdown(); raise( SIGBUS ); } );
-    EXPECT_EQ( SIGBUS, signalled.signal );
-    EXPECT_EQ( "", signalled.errors );
 }
 
-TEST( Abort, EachRunHasAFileOfItsOwn )
+/* Failures that leave little to report with ---------------------------------------------------------------------- */
+
+namespace
 {
-    std::string folder = scratch() + "reports/";
-    std::string begin  = folder + "morvane-4.0.19-debian10-"
-                        + take( qvRuntimeHardwareToIdentifier( qvRuntimeHardware() ) ) + "-";
-    std::string names[2];
+// Steps of a report that stand still are given up after a quarter of a second; its last resort comes after ten.
+const double PROMPTLY = 5;
 
-    for( std::string &name : names )
-    {
-        Ending ending = inOwnRun(
-            [&folder]
+// Runs `fail` in a run of its own and expects a prompt end with one whole report.
+std::string expectReport( const std::function< void() > &fail )
+{
+    const auto start   = std::chrono::steady_clock::now();
+    Ending     ending  = inOwnRun( fail );
+    const auto elapsed = std::chrono::duration< double >( std::chrono::steady_clock::now() - start ).count();
+
+    EXPECT_EQ( SIGABRT, ending.signal );
+    EXPECT_LT( elapsed, PROMPTLY );
+    EXPECT_EQ( ending.errors.find( "TERMINATION" ), ending.errors.rfind( "TERMINATION" ) );
+    EXPECT_THAT(
+        ending.errors,
+        ContainsRegex( "\n\n\n  \\*+\n(.*\n)+\n  (ABORT|SIGNAL)\n(    .+\n)+\n  STACK\n(    .+\n)+\n\n\n$" ) );
+
+    return ending.errors;
+}
+
+// The compiler does not see that these are blocks.
+void *( *volatile allocate )( size_t ) = malloc;
+void ( *volatile giveBack )( void * )  = free;
+
+char *block( size_t size )
+{
+    return static_cast< char * >( allocate( size ) );
+}
+
+__attribute__( ( noinline ) ) int fillStack( int depth )
+{
+    volatile char room[1000];
+    room[0] = static_cast< char >( depth );
+    return depth < 0 ? 0 : fillStack( depth + 1 ) + room[0];
+}
+
+void fillStackOfThread()
+{
+    fillStack( 0 );
+}
+} // namespace
+
+// Sanitizers have heaps of their own, and one of them keeps a timer's signal back while a thread waits inside the C
+// library.
+#if !defined( __SANITIZE_ADDRESS__ ) && !defined( __SANITIZE_THREAD__ )
+TEST( Abort, ADamagedHeapIsReported )
+{
+    void ( *const DAMAGES[] )() = {
+        [] // a small block given back twice
+        {
+            char *a = block( 24 );
+            giveBack( a );
+            giveBack( a );
+        },
+        [] // a large one
+        {
+            char *a = block( 3000 ), *b = block( 3000 );
+            giveBack( a );
+            giveBack( a );
+            giveBack( b );
+        },
+        [] // writing to a block that was given back
+        {
+            char *a = block( 3000 );
+            block( 3000 );
+            giveBack( a );
+            memset( a, 'A', 3000 );
+            block( 3000 );
+            block( 30000 );
+        },
+        [] // writing past the end of a block
+        {
+            char *a = block( 3000 ), *b = block( 3000 );
+            memset( a, 'A', 3000 + 32 );
+            giveBack( b );
+            giveBack( a );
+        },
+        [] // and over what is left of the heap
+        {
+            memset( block( 100000 ), 'A', 100000 + 32 );
+            block( 120000 );
+            block( 120000 );
+        },
+    };
+
+    for( auto damage : DAMAGES )
+        EXPECT_THAT( expectReport( damage ), HasSubstr( "Signal    : " ) );
+}
+
+TEST( Abort, ReportsWaitForNoStream )
+{
+    // Nobody reads what is printed.
+    expectReport(
+        []
+        {
+            int  ends[2];
+            char text[1 << 16] = {};
+            EXPECT_EQ( 0, pipe2( ends, O_NONBLOCK ) );
+
+            while( write( ends[1], text, sizeof( text ) ) > 0 )
+                continue;
+
+            fcntl( ends[1], F_SETFL, 0 );
+            dup2( ends[1], STDOUT_FILENO );
+            printf( "text" );
+            qv___Abort( "m", nullptr, 0, nullptr );
+        } );
+
+    // Another thread holds the stream; so does a thread that failed in the middle of printing.
+    for( FILE *stream : { stdout, stderr } )
+        expectReport(
+            [stream]
             {
-                setenv( "XZ_MORVANE_ABORT_PATH", folder.c_str(), 1 );
-                restart( 0 );
-                fprintf( stderr, "%s", qv___AbortFilename );
-                qv___Abort( nullptr, nullptr, 0, "into the file" );
+                std::promise< void > held;
+                std::thread          holder(
+                    [&]
+                    {
+                        flockfile( stream );
+                        held.set_value();
+                        pause();
+                    } );
+                held.get_future().wait();
+                qv___Abort( "m", nullptr, 0, nullptr );
             } );
-        name = ending.errors.substr( 0, ending.errors.find( '\n' ) );
 
-        ASSERT_EQ( SIGABRT, ending.signal );
-        ASSERT_THAT( name, AllOf( StartsWith( begin ), EndsWith( ".txt" ) ) );
-        EXPECT_EQ( name.size() - 4, name.find_first_not_of( "0123456789abcdef", begin.size() ) );
-        EXPECT_THAT( fileText( name ), HasSubstr( "    Expression: into the file\n" ) );
-    }
+    // It is damaged itself.
+    expectReport(
+        []
+        {
+            memset( static_cast< void * >( stdout ), 'A', sizeof( FILE ) );
+            raise( SIGSEGV );
+        } );
+}
+#endif
 
-    EXPECT_NE( names[0], names[1] );
+TEST( Abort, AFullStackIsReported )
+{
+    const std::function< void() > FILLS[] = {
+        [] { fillStack( 0 ); },
+        [] { qvThreadJoin( qvThreadTrySpawnCstr( "full", -1, fillStackOfThread, nullptr, QV_THREAD_PRIORITY_NORMAL ) ); },
+        [] { std::thread( [] { qvThreadEncapsulate( fillStackOfThread, nullptr ); } ).join(); },
+    };
+
+    for( const auto &fill : FILLS )
+        EXPECT_THAT( expectReport( fill ), HasSubstr( "SIGSEGV" ) );
+}
+
+TEST( Abort, OneOfManyThreadsReports )
+{
+    for( int round = 0; round < 10; round++ )
+        expectReport(
+            []
+            {
+                std::vector< std::thread > threads;
+                int32_t                    waiting = 4;
+
+                for( int t = 0; t < 4; t++ )
+                    threads.emplace_back(
+                        [&waiting, t]
+                        {
+                            qv___AtomicAdd32( &waiting, -1 );
+
+                            while( qv___AtomicLoad32( &waiting ) > 0 )
+                                continue;
+
+                            if( t % 2 == 0 )
+                                qv___Abort( "m", nullptr, 0, nullptr );
+                            else if( t == 1 )
+                                abort();
+                            else
+                                raise( SIGBUS );
+                        } );
+
+                for( std::thread &thread : threads )
+                    thread.join();
+            } );
 }

@@ -109,7 +109,6 @@ TEST( Int, BitsAgreeWithCounting )
 TEST( Int, BoundsComeInEitherOrder )
 {
     EXPECT_EQ( 5, qvIntConstrain( 5, 10, 1 ) );
-    EXPECT_EQ( 1, qvIntConstrain( -5, 10, 1 ) );
     EXPECT_EQ( 10, qvIntConstrain( 50, 1, 10 ) );
 
     QV_INT a = 7, b = -7;
@@ -117,19 +116,8 @@ TEST( Int, BoundsComeInEitherOrder )
     EXPECT_EQ( -7, a );
     qvIntSortPair( &a, &b );
     EXPECT_EQ( 7, b );
-    qvIntExchange( &a, &b );
-    EXPECT_EQ( 7, a );
-    qvIntExchange( &a, &a );
-    EXPECT_EQ( 7, a );
-    EXPECT_EQ( -7, qvIntMin( a, b ) );
-    EXPECT_EQ( 7, qvIntMax( a, b ) );
-}
 
-TEST( Int, AbsoluteValuesHaveOneGap )
-{
-    EXPECT_EQ( QV_INT_MAX, qvIntAbs( -QV_INT_MAX ) );
     EXPECT_EQ( QV_INT_MAX, qvIntAbsSaturating( QV_INT_MIN ) );
-    EXPECT_EQ( 3, qvIntAbsSaturating( -3 ) );
     EXPECT_BROKEN( qvIntAbs( QV_INT_MIN ), "qvIntMulOk( value, -1 )" );
 }
 
@@ -138,12 +126,8 @@ TEST( Int, BrokenArgumentsAreReported )
     QV_INT a = 0;
 
     EXPECT_BROKEN( qvIntSortPair( nullptr, &a ), "a" );
-    EXPECT_BROKEN( qvIntExchange( &a, nullptr ), "b" );
     EXPECT_BROKEN( qvIntBitSet( 0, 64 ), "bit < QV_INT_BITS" );
-    EXPECT_BROKEN( qvIntBitIsSet( 0, -1 ), "bit >= 0" );
     EXPECT_BROKEN( qvIntBitSetRange( 0, QV_INT_MAX, 0 ), "b < QV_INT_MAX" );
-    EXPECT_BROKEN( qvIntBitClearRange( 0, -1, 3 ), "bit >= 0" );
     EXPECT_BROKEN( qvIntBitSetHighest( 0, 65 ), "highest <= QV_INT_BITS" );
-    EXPECT_BROKEN( qvIntBitClearLowest( 0, -1 ), "lowest >= 0" );
     EXPECT_BROKEN( qvIntDivSaturating( 1, 0 ), "b != 0" );
 }

@@ -2,33 +2,6 @@
 
 #include "qv/sys/qv_lock_private.h"
 
-#include <thread>
-#include <vector>
-
-TEST( Lock, OneThreadAtATime )
-{
-    QV___LOCK                 *lock  = qv___LockCreate();
-    long                       count = 0;
-    std::vector< std::thread > threads;
-
-    for( int t = 0; t < 4; t++ )
-        threads.emplace_back(
-            [&]
-            {
-                for( int i = 0; i < 20000; i++ )
-                {
-                    qv::HeldLock held( lock );
-                    count++;
-                }
-            } );
-
-    for( std::thread &thread : threads )
-        thread.join();
-
-    EXPECT_EQ( 80000, count );
-    qv___LockDestroy( lock );
-}
-
 TEST( Lock, MisuseIsReported )
 {
     EXPECT_BROKEN( qv___LockAcquire( nullptr ), "lock" );

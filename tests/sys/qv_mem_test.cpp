@@ -5,40 +5,18 @@
 #include "qv/sys/qv_mem.h"
 
 #include <algorithm>
-#include <vector>
 
 using namespace qv::test;
 
-TEST( Mem, BlocksKeepTheirBytesWhenTheyGrow )
+TEST( Mem, OnlyTheOrderOfBytesCounts )
 {
-    uint8_t *block = static_cast< uint8_t * >( qvMemAllocN( 4, 2 ) );
-    qvMemSet( block, 0x1A5, 8 );
-    block = static_cast< uint8_t * >( qvMemReallocN( block, 100, 1000 ) );
-
-    for( int i = 0; i < 8; i++ )
-        EXPECT_EQ( 0xA5, block[i] );
-
-    qvMemFree( block );
-    qvMemFree( nullptr );
-    qvMemFree( qvMemRealloc( nullptr, 1 ) );
-}
-
-TEST( Mem, BytesAreCopiedMovedAndCompared )
-{
-    char text[] = "abcdefgh";
-    EXPECT_EQ( text + 2, qvMemMove( text + 2, text, 6 ) );
-    EXPECT_STREQ( "ababcdef", text );
-    EXPECT_EQ( text, qvMemMoveN( text, text + 2, 3, 2 ) );
-    EXPECT_STREQ( "abcdefef", text );
-    EXPECT_EQ( text, qvMemCopyN( text, "xyz", 3, 1 ) );
-    EXPECT_STREQ( "xyzdefef", text );
-    EXPECT_EQ( text, qvMemSetN( text, '-', 2, 2 ) );
-    EXPECT_STREQ( "----efef", text );
-
-    // Bytes are unsigned, and only the order counts, not the distance.
     EXPECT_EQ( 1, qvMemCompare( "\xff", "a", 1 ) );
     EXPECT_EQ( -1, qvMemCompareN( "aaaa", "aabz", 2, 2 ) );
     EXPECT_EQ( 0, qvMemCompare( "same", "samE", 3 ) );
+
+    uint8_t byte = 0;
+    qvMemSet( &byte, 0x1A5, 1 );
+    EXPECT_EQ( 0xA5, byte );
 }
 
 TEST( Mem, NothingIsNoTrouble )
@@ -55,15 +33,12 @@ TEST( Mem, BrokenSizesAreReported )
 {
     int byte = 0;
 
-    EXPECT_BROKEN( qvMemAlloc( -1 ), "size >= 0" );
     EXPECT_BROKEN( qvMemAlloc( 0 ), "size > 0" );
-    EXPECT_BROKEN( qvMemAllocN( 0, 1 ), "count > 0" );
     EXPECT_BROKEN( qvMemAllocN( QV_INT_MAX / 2 + 1, 2 ), "QV_INT_MUL_OK( count, size )" );
     EXPECT_BROKEN( qvMemRealloc( nullptr, 0 ), "newSize > 0" );
     EXPECT_BROKEN( qvMemReallocN( nullptr, 1, -1 ), "size >= 0" );
     EXPECT_BROKEN( qvMemSet( nullptr, 0, 1 ), "ptr || size == 0" );
     EXPECT_BROKEN( qvMemCopy( nullptr, &byte, 1 ), "size == 0 || dest" );
-    EXPECT_BROKEN( qvMemMove( &byte, nullptr, 1 ), "size == 0 || src" );
     EXPECT_BROKEN( qvMemCopyN( &byte, &byte, QV_INT_MAX, 3 ), "QV_INT_MUL_OK( count, size )" );
     EXPECT_BROKEN( qvMemCompare( &byte, nullptr, 1 ), "size == 0 || b" );
 }

@@ -77,6 +77,8 @@ void qvAlertUnset( QV_ALERT *al )
 
     if( al->waitBarrier )
         qvBarrierBlock( al->waitBarrier );
+
+    QV_ASSERT( qv::holds( al ) );
 }
 
 void qvAlertWait( QV_ALERT *al )
@@ -91,7 +93,12 @@ QV_BOOL qvAlertWaitTimed( QV_ALERT *al, QV_INT millisec )
     return qv::waitForEvent( al, millisec );
 }
 
-QV___EVENT_TARGET( Alert, QV_ALERT, al, Alertable, QV_ALERTABLE, alb, alertables, alb->imp )
-QV___EVENT_TARGET( Alert, QV_ALERT, al, Alert, QV_ALERT, chainedAlert, chainedAlerts, chainedAlert )
-QV___EVENT_TARGET( Alert, QV_ALERT, al, Signal, QV_SIGNAL, sig, signals, sig )
-QV___EVENT_TARGET( Alert, QV_ALERT, al, Barrier, QV_BARRIER, barrier, barriers, barrier )
+#define TARGET( Add, Del, KIND, target, targets, kept )                                                                \
+    QV___EVENT_TARGET( Add, Del, QV_ALERT, al, KIND, target, targets, kept )
+
+TARGET( qvAlertAddAlertable, qvAlertDelAlertable, QV_ALERTABLE, alb, alertables, alb->imp )
+TARGET( qvAlertAddAlert, qvAlertDelAlert, QV_ALERT, chainedAlert, chainedAlerts, chainedAlert )
+TARGET( qvAlertAddSignal, qvAlertDelSignal, QV_SIGNAL, sig, signals, sig )
+TARGET( qvAlertAddBarrier, qvAlertDelBarrier, QV_BARRIER, barrier, barriers, barrier )
+
+#undef TARGET

@@ -15,7 +15,7 @@ typedef void ( *QV_ALERTABLE_FUNC )( QV_OBJ *arg );
 
 QV_FAMILY( Alertable, QV_ALERTABLE )
 
-/** A new target that calls `func( arg )`. */
+/** A new target that calls `func( arg )`, of which `arg` may be null. With null as `func` it does nothing. */
 QV_API QV_ALERTABLE *qvAlertableCreate( QV_ALERTABLE_FUNC func, QV_OBJ *arg );
 
 /** A new target that opens a barrier, adds the low 16 bits of `conditions` to a condition set, asserts a signal or sets

@@ -17,7 +17,7 @@ struct QV_BARRIER : QV_OBJ
 
 namespace
 {
-const QV_INT LONGEST_WAIT = 1000; // milliseconds, so that a step of the wall clock delays a limit by no more
+const QV_INT LONGEST_WAIT = 1000; // milliseconds
 const long   SECOND       = 1000000000L;
 
 void lock( QV_BARRIER *barrier )

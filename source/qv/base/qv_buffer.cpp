@@ -1,5 +1,6 @@
 #include "qv/base/qv_buffer.h"
 
+#include "qv/base/qv_buffer_bits_private.h"
 #include "qv/base/qv_buffer_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
@@ -7,225 +8,13 @@
 #include "qv/sys/qv_mem.h"
 
 #include <algorithm>
-#include <bit>
-#include <string.h>
+
+using qv::bitLength;
 
 QV_BUFFER *qv___BufferEmpty = nullptr;
 
-// The conditions that the reports of this source quote.
-#define BYTES_TO_BITS( x )                         ( (uint64_t)( x ) << 3 )
-#define BYTES_TO_BITS_OK( x )                      ( (uint64_t)( x ) < (uint64_t)1 << 61 )
-#define BIT_AT_BOUND( x )                          ( ( ( x ) & 7 ) == 0 )
-#define QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( x ) ( ( x ) >= 0 )
-#define QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( x )   ( ( x ) <= (uint64_t)QV_INT_MAX )
-#define QV___INT_UNSIGNED_ADD_OK( a, b )           ( (uint64_t)( a ) + (uint64_t)( b ) >= (uint64_t)( a ) )
-#define QV_REF_RETAIN_COUNT( x )                   qv___AtomicLoad32( &( x )->retainCount )
-
 namespace
 {
-const uint64_t OVERSIZED_FSPACE = 2 * QV_BUFFER_FSPACE; // a block with more free bits at an end is cut down
-const uint64_t OVERSIZED_BSPACE = 2 * QV_BUFFER_BSPACE;
-
-const uint64_t FEW_BYTES = 4096; // arrays up to this size cannot break a check of sizes where there is room for them
-
-/* Bits in memory. Positions are in bits from the start of a block, whose size in bits is `end`. ------------------- */
-
-uint64_t load64( const uint8_t *at )
-{
-    uint64_t word;
-    memcpy( &word, at, 8 );
-    return std::endian::native == std::endian::little ? __builtin_bswap64( word ) : word;
-}
-
-template< class T >
-void storeBig( uint8_t *at, T word )
-{
-    if constexpr( std::endian::native == std::endian::little && sizeof( T ) == 8 )
-        word = __builtin_bswap64( word );
-    else if constexpr( std::endian::native == std::endian::little && sizeof( T ) == 4 )
-        word = __builtin_bswap32( word );
-    else if constexpr( std::endian::native == std::endian::little && sizeof( T ) == 2 )
-        word = __builtin_bswap16( word );
-
-    memcpy( at, &word, sizeof( T ) );
-}
-
-// Bits near the end of a block, out of less than eight bytes.
-[[gnu::noinline]] uint64_t getLastBits( const uint8_t *at, uint64_t shift, uint64_t count )
-{
-    uint64_t word = 0;
-
-    for( uint64_t bit = 0; bit < shift + count; bit += 8 )
-        word |= static_cast< uint64_t >( at[bit / 8] ) << ( 56 - bit );
-
-    return word << shift >> ( 64 - count );
-}
-
-// Up to 64 bits, at least 1.
-inline uint64_t getBits( const uint8_t *block, uint64_t end, uint64_t pos, uint64_t count )
-{
-    const uint8_t *at    = block + pos / 8;
-    uint64_t       shift = pos % 8;
-
-    if( pos - shift + 64 > end )
-        return getLastBits( at, shift, count );
-
-    uint64_t word = load64( at ) << shift;
-
-    if( shift + count > 64 )
-        word |= at[8] >> ( 8 - shift );
-
-    return word >> ( 64 - count );
-}
-
-// Overwrites bits that stand in up to eight bytes, at least 1. Only the two bytes at the ends are read, and each of
-// them lies in one store: a processor can take a byte out of a store that has not reached the cache yet, but has to
-// wait for a word that is partly in one, which would slow down fields that are written one behind the other.
-inline void putWord( uint8_t *block, uint64_t pos, uint64_t value, uint64_t count )
-{
-    uint8_t *at    = block + pos / 8;
-    uint64_t shift = pos % 8;
-    uint64_t word  = value << ( 64 - count ); // at the top
-
-    if( shift + count <= 8 )
-    {
-        uint64_t mask = ( 0xFF00 >> count & 0xFF ) >> shift;
-        *at = static_cast< uint8_t >( ( *at & ~mask ) | word >> 56 >> shift );
-        return;
-    }
-
-    uint64_t last = ( shift + count - 1 ) / 8; // index of the last byte
-    uint64_t head = *at & ~( 0xFFu >> shift );
-    uint64_t tail = at[last] & ( 0xFFu >> ( ( shift + count - 1 ) % 8 + 1 ) );
-
-    word = head << 56 | word >> shift | tail << ( 56 - last * 8 );
-
-    if( last < 3 )
-    {
-        storeBig( at, static_cast< uint16_t >( word >> 48 ) );
-        storeBig( at + last - 1, static_cast< uint16_t >( word >> ( 56 - last * 8 ) ) );
-    }
-    else
-    {
-        storeBig( at, static_cast< uint32_t >( word >> 32 ) );
-        storeBig( at + last - 3, static_cast< uint32_t >( word >> ( 56 - last * 8 ) ) );
-    }
-}
-
-// Overwrites up to 64 bits, at least 1.
-void putBits( uint8_t *block, uint64_t pos, uint64_t value, uint64_t count )
-{
-    if( count > 32 )
-    {
-        putWord( block, pos, value >> 32, count - 32 );
-        pos += count - 32;
-        count = 32;
-    }
-
-    putWord( block, pos, value, count );
-}
-
-// Copies any number of bits between blocks that do not overlap.
-void copyBits(
-    uint8_t *dest, uint64_t destPos, const uint8_t *src, uint64_t srcEnd, uint64_t srcPos, uint64_t count )
-{
-    if( uint64_t ahead = std::min( -destPos % 8, count ) )
-    {
-        putBits( dest, destPos, getBits( src, srcEnd, srcPos, ahead ), ahead );
-        destPos += ahead;
-        srcPos += ahead;
-        count -= ahead;
-    }
-
-    uint8_t       *to    = dest + destPos / 8;
-    const uint8_t *from  = src + srcPos / 8;
-    uint64_t       shift = srcPos % 8;
-    uint64_t       done  = 0;
-
-    if( shift == 0 )
-    {
-        done = count / 8;
-
-        if( done )
-            memcpy( to, from, done );
-    }
-    else
-    {
-        // Each word stands in nine bytes, all of which hold bits of the range.
-        for( ; count - done * 8 >= 64; done += 8 )
-            storeBig( to + done, load64( from + done ) << shift | from[done + 8] >> ( 8 - shift ) );
-    }
-
-    if( uint64_t left = count - done * 8 )
-        putBits( to, done * 8, getBits( src, srcEnd, srcPos + done * 8, left ), left );
-}
-
-void fillBits( uint8_t *block, uint64_t pos, uint64_t count, int byte )
-{
-    uint64_t value = byte ? ~static_cast< uint64_t >( 0 ) : 0;
-
-    if( uint64_t ahead = std::min( -pos % 8, count ) )
-    {
-        putBits( block, pos, value, ahead );
-        pos += ahead;
-        count -= ahead;
-    }
-
-    if( count >= 8 )
-        memset( block + pos / 8, byte, count / 8 );
-
-    if( uint64_t left = count % 8 )
-        putBits( block, pos + ( count - left ), value, left );
-}
-
-/* The block of a Buffer ------------------------------------------------------------------------------------------ */
-
-// Size of the block in bits.
-uint64_t blockEnd( QV_BUFFER *buf )
-{
-    return buf->bitFspace + buf->bitLength + buf->bitBspace;
-}
-
-QV_BUFFER *createWithoutBlock()
-{
-    QV_BUFFER *buf = qv::create< QV_BUFFER >( qvBufferSort() );
-    buf->bitLength = 0;
-    buf->bitFspace = 0;
-    buf->bitBspace = 0;
-    buf->bytes     = nullptr;
-    buf->ref       = nullptr;
-    buf->allocated = 0;
-
-    return buf;
-}
-
-// Gives the block a size and declares it to the object frame; gives the size in bits, rounded up to whole bytes. The
-// lengths are the caller's business.
-uint64_t reallocate( QV_BUFFER *buf, uint64_t sizeBits )
-{
-    uint64_t sizeBytes = sizeBits / 8 + ( sizeBits % 8 != 0 );
-    QV_CHECK( BYTES_TO_BITS_OK( sizeBytes ) );
-    sizeBits = BYTES_TO_BITS( sizeBytes );
-    QV_CHECK( QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( sizeBits ) );
-
-    if( sizeBytes > buf->allocated || sizeBytes < buf->allocated / 2 )
-    {
-        // A block that grows once will grow again. The first one is as large as it has to be.
-        buf->allocated = sizeBytes > buf->allocated && buf->allocated ? sizeBytes + sizeBytes / 2 : sizeBytes;
-        buf->bytes     = static_cast< uint8_t * >( qvMemRealloc( buf->bytes, (QV_INT)buf->allocated ) );
-    }
-
-    qv___ObjDbgSetAllocationSize( buf, static_cast< QV_INT >( sizeBytes ) );
-
-    return sizeBits;
-}
-
-// Moves `bits`, rounded up to whole bytes, within the block. Places are in bits, on byte boundaries.
-void moveBits( QV_BUFFER *buf, uint64_t to, uint64_t from, uint64_t bits )
-{
-    memmove( buf->bytes + to / 8, buf->bytes + from / 8, ( bits + 7 ) / 8 );
-}
-
 // What stands before every change of the bytes.
 inline void makeWritable( QV_BUFFER **buf )
 {
@@ -240,14 +29,9 @@ void freeBuffer( QV_OBJ *thisObj )
     QV_BUFFER *buf = qvBufferFrom( thisObj );
 
     if( buf->ref )
-    {
         qv::drop( buf->ref );
-    }
     else
-    {
-        qvMemFree( buf->bytes );
-        qv___ObjDbgSetAllocationSize( buf, 0 );
-    }
+        buf->freeBlock();
 }
 
 QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
@@ -257,7 +41,7 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
 
     QV_BUFFER     *a      = qvBufferFrom( thisObj );
     QV_BUFFER     *b      = qvBufferFrom( thatObj );
-    uint64_t       common = std::min( a->bitLength, b->bitLength );
+    uint64_t       common = bitLength( a->length < b->length ? a : b );
     const uint8_t *aBytes = qv::bytes( a );
     const uint8_t *bBytes = qv::bytes( b );
 
@@ -273,7 +57,7 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
             return aRest < bRest ? -1 : 1;
     }
 
-    return ( a->bitLength > b->bitLength ) - ( a->bitLength < b->bitLength );
+    return ( a->length > b->length ) - ( a->length < b->length );
 }
 
 // [ab cd c0/4]
@@ -284,13 +68,13 @@ QV_STRING *toString( QV_OBJ *thisObj )
     static const char DIGITS[] = "0123456789abcdef";
 
     QV_BUFFER     *buf    = qvBufferFrom( thisObj );
-    uint64_t       whole  = buf->bitLength / 8;
-    uint64_t       rest   = buf->bitLength % 8;
+    uint64_t       whole  = bitLength( buf ) / 8;
+    uint64_t       rest   = bitLength( buf ) % 8;
     const uint8_t *bytes  = qv::bytes( buf );
     uint64_t       length = whole + ( rest != 0 ); // bytes to print, each two digits and a blank or the bracket
     QV_INT         size   = static_cast< QV_INT >( 1 + 3 * length + ( length == 0 ? 1 : 0 ) + ( rest ? 2 : 0 ) );
     QV_STRING     *result = qv::createString( size );
-    QV_CHAR       *to     = result->chars;
+    QV_CHAR       *to     = qv::chars( result );
 
     *to++ = U'[';
 
@@ -321,7 +105,7 @@ QV___FAMILY( Buffer, QV_BUFFER, freeBuffer, compare, toString )
 
 void qv___BufferStartup( void )
 {
-    qv___BufferEmpty = createWithoutBlock();
+    qv___BufferEmpty = qv::createBuffer();
 }
 
 void qv___BufferShutdown( void )
@@ -329,123 +113,73 @@ void qv___BufferShutdown( void )
     qv::drop( qv___BufferEmpty );
 }
 
+QV_BUFFER *qv::createBuffer()
+{
+    QV_BUFFER *buf = create< QV_BUFFER >( qvBufferSort() );
+    buf->initBlock();
+    buf->ref = nullptr;
+
+    return buf;
+}
+
 /* Room ----------------------------------------------------------------------------------------------------------- */
 
 namespace
 {
-// A gap that is not whole bytes on a byte boundary: everything goes to a new block, and the object takes that over.
-void makeRoomByRewriting( QV_BUFFER **buf, uint64_t atBit, uint64_t bitCount )
+// Checks the size of a block that is to be made, in bits and rounded up to whole bytes.
+void checkSize( uint64_t sizeBits )
 {
-    QV_CHECK( QV___INT_UNSIGNED_ADD_OK( (*buf)->bitLength, bitCount ) );
+    uint64_t sizeBytes = sizeBits / 8 + ( sizeBits % 8 != 0 );
+    QV_CHECK( BYTES_TO_BITS_OK( sizeBytes ) );
+    sizeBits = BYTES_TO_BITS( sizeBytes );
+    QV_CHECK( QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( sizeBits ) );
+}
 
-    QV_BUFFER           *own = *buf;
-    qv::Ref< QV_BUFFER > tmp( createWithoutBlock() );
-    qv___BufferMakeRoom( tmp.at(), 0, own->bitLength + bitCount );
+// A gap that is not whole bytes on a byte boundary: everything goes to a new block, and the object takes that over. The
+// contents start on a byte, where any thread may read them, so that all of them have to move.
+void makeRoomByRewriting( QV_BUFFER *own, uint64_t atBit, uint64_t bitCount )
+{
+    QV_CHECK_AS(
+        QV___INT_UNSIGNED_ADD_OK( bitLength( own ), bitCount ),
+        "QV___INT_UNSIGNED_ADD_OK( (*buf)->bitLength, bitCount )" );
+
+    qv::Ref< QV_BUFFER > tmp( qv::createBuffer() );
+    qv___BufferMakeRoom( tmp.at(), 0, bitLength( own ) + bitCount );
     qv___BufferBitWriteInner( tmp.at(), 0, own, 0, atBit );
-    qv___BufferBitWriteInner( tmp.at(), atBit + bitCount, own, atBit, own->bitLength - atBit );
+    qv___BufferBitWriteInner( tmp.at(), atBit + bitCount, own, atBit, bitLength( own ) - atBit );
     qv___BufferSwapContents( own, tmp );
 }
 
-// A larger block with both spaces new, the contents behind the one in front.
-void rebuild( QV_BUFFER **buf, uint64_t atBit, uint64_t bitCount )
+// Checks that the block can grow.
+void checkGrowth( QV_BUFFER *own, uint64_t atBit, uint64_t bitCount )
 {
-    QV_CHECK( QV___INT_UNSIGNED_ADD_OK( QV_BUFFER_FSPACE + QV_BUFFER_BSPACE, (*buf)->bitLength ) );
-    QV_CHECK( QV___INT_UNSIGNED_ADD_OK( QV_BUFFER_FSPACE + QV_BUFFER_BSPACE + (*buf)->bitLength, bitCount ) );
+    uint64_t length = bitLength( own );
+    uint64_t front  = static_cast< uint64_t >( own->fspace );
 
-    QV_BUFFER *own    = *buf;
-    uint64_t   length = own->bitLength;
-    uint64_t   size   = reallocate( own, QV_BUFFER_FSPACE + QV_BUFFER_BSPACE + length + bitCount );
-
-    if( atBit == 0 )
+    if( !own->memory )
     {
-        moveBits( own, QV_BUFFER_FSPACE + bitCount, own->bitFspace, length );
+        QV_CHECK( QV___INT_UNSIGNED_ADD_OK( QV_BUFFER_FSPACE + QV_BUFFER_BSPACE, bitCount ) );
+        checkSize( QV_BUFFER_FSPACE + QV_BUFFER_BSPACE + bitCount );
+    }
+    else if( atBit == length && atBit > 0 )
+    {
+        QV_CHECK_AS(
+            QV___INT_UNSIGNED_ADD_OK( front + length, bitCount ),
+            "QV___INT_UNSIGNED_ADD_OK( (*buf)->bitFspace + (*buf)->bitLength, bitCount )" );
+        QV_CHECK_AS(
+            QV___INT_UNSIGNED_ADD_OK( front + length + bitCount, QV_BUFFER_BSPACE ),
+            "QV___INT_UNSIGNED_ADD_OK( (*buf)->bitFspace + (*buf)->bitLength + bitCount, QV_BUFFER_BSPACE )" );
+        checkSize( front + length + bitCount + QV_BUFFER_BSPACE );
     }
     else
     {
-        moveBits( own, QV_BUFFER_FSPACE, own->bitFspace, length );
-        moveBits( own, QV_BUFFER_FSPACE + atBit + bitCount, QV_BUFFER_FSPACE + atBit, length - atBit );
-    }
-
-    own->bitFspace = QV_BUFFER_FSPACE;
-    own->bitLength = length + bitCount;
-    own->bitBspace = size - own->bitFspace - own->bitLength;
-}
-
-void makeRoomInFront( QV_BUFFER **buf, uint64_t bitCount )
-{
-    QV_BUFFER *own = *buf;
-
-    if( !BIT_AT_BOUND( bitCount ) )
-    {
-        makeRoomByRewriting( buf, 0, bitCount );
-    }
-    else if( own->bitFspace >= bitCount )
-    {
-        own->bitFspace -= bitCount;
-        own->bitLength += bitCount;
-    }
-    else if( own->bitFspace + own->bitBspace >= bitCount )
-    {
-        moveBits( own, bitCount, own->bitFspace, own->bitLength );
-        own->bitBspace = own->bitFspace + own->bitBspace - bitCount;
-        own->bitFspace = 0;
-        own->bitLength += bitCount;
-    }
-    else
-    {
-        rebuild( buf, 0, bitCount );
-    }
-}
-
-void makeRoomBehind( QV_BUFFER **buf, uint64_t bitCount )
-{
-    QV_BUFFER *own = *buf;
-
-    if( own->bitBspace >= bitCount )
-    {
-        own->bitBspace -= bitCount;
-        own->bitLength += bitCount;
-        return;
-    }
-
-    QV_CHECK( QV___INT_UNSIGNED_ADD_OK( (*buf)->bitFspace + (*buf)->bitLength, bitCount ) );
-    QV_CHECK( QV___INT_UNSIGNED_ADD_OK( (*buf)->bitFspace + (*buf)->bitLength + bitCount, QV_BUFFER_BSPACE ) );
-
-    uint64_t size = reallocate( own, own->bitFspace + own->bitLength + bitCount + QV_BUFFER_BSPACE );
-    own->bitLength += bitCount;
-    own->bitBspace = size - own->bitFspace - own->bitLength;
-}
-
-void makeRoomInside( QV_BUFFER **buf, uint64_t atBit, uint64_t bitCount )
-{
-    QV_BUFFER *own  = *buf;
-    uint64_t   head = own->bitFspace;
-    uint64_t   tail = head + atBit;
-
-    if( !BIT_AT_BOUND( atBit ) || !BIT_AT_BOUND( bitCount ) )
-    {
-        makeRoomByRewriting( buf, atBit, bitCount );
-    }
-    else if( own->bitBspace >= bitCount )
-    {
-        moveBits( own, tail + bitCount, tail, own->bitLength - atBit );
-        own->bitBspace -= bitCount;
-        own->bitLength += bitCount;
-    }
-    else if( own->bitFspace + own->bitBspace >= bitCount )
-    {
-        // The tail takes the whole bytes of the space behind, the head moves down by what that lacks.
-        uint64_t up   = own->bitBspace - own->bitBspace % 8;
-        uint64_t down = bitCount - up;
-        moveBits( own, tail + up, tail, own->bitLength - atBit );
-        moveBits( own, head - down, head, atBit );
-        own->bitFspace -= down;
-        own->bitBspace -= up;
-        own->bitLength += bitCount;
-    }
-    else
-    {
-        rebuild( buf, atBit, bitCount );
+        QV_CHECK_AS(
+            QV___INT_UNSIGNED_ADD_OK( QV_BUFFER_FSPACE + QV_BUFFER_BSPACE, length ),
+            "QV___INT_UNSIGNED_ADD_OK( QV_BUFFER_FSPACE + QV_BUFFER_BSPACE, (*buf)->bitLength )" );
+        QV_CHECK_AS(
+            QV___INT_UNSIGNED_ADD_OK( QV_BUFFER_FSPACE + QV_BUFFER_BSPACE + length, bitCount ),
+            "QV___INT_UNSIGNED_ADD_OK( QV_BUFFER_FSPACE + QV_BUFFER_BSPACE + (*buf)->bitLength, bitCount )" );
+        checkSize( QV_BUFFER_FSPACE + QV_BUFFER_BSPACE + length + bitCount );
     }
 }
 } // namespace
@@ -454,8 +188,8 @@ void qv___BufferMakeRoom( QV_BUFFER **buf, uint64_t atBit, uint64_t bitCount )
 {
     QV_CHECK( buf );
     QV_CHECK( *buf );
-    QV_CHECK( BIT_AT_BOUND( (*buf)->bitFspace ) );
-    QV_CHECK( atBit <= (*buf)->bitLength );
+    QV_CHECK_AS( BIT_AT_BOUND( (*buf)->fspace ), "BIT_AT_BOUND( (*buf)->bitFspace )" );
+    QV_CHECK_AS( atBit <= bitLength( *buf ), "atBit <= (*buf)->bitLength" );
 
     if( bitCount == 0 )
         return;
@@ -463,29 +197,21 @@ void qv___BufferMakeRoom( QV_BUFFER **buf, uint64_t atBit, uint64_t bitCount )
     makeWritable( buf );
     QV_CHECK( !(*buf)->ref );
 
-    QV_BUFFER *own = *buf;
+    QV_BUFFER *own     = *buf;
+    QV_INT     at      = static_cast< QV_INT >( atBit );
+    bool       ofBytes = BIT_AT_BOUND( atBit ) && BIT_AT_BOUND( bitCount );
+    bool       atEnd   = atBit > 0 && atBit == bitLength( own );
 
-    if( !own->bytes )
+    if( own->memory && !atEnd && !ofBytes )
     {
-        QV_CHECK( QV___INT_UNSIGNED_ADD_OK( QV_BUFFER_FSPACE + QV_BUFFER_BSPACE, bitCount ) );
+        makeRoomByRewriting( own, atBit, bitCount );
+        return;
+    }
 
-        uint64_t size  = reallocate( own, QV_BUFFER_FSPACE + QV_BUFFER_BSPACE + bitCount );
-        own->bitFspace = QV_BUFFER_FSPACE;
-        own->bitLength = bitCount;
-        own->bitBspace = size - own->bitFspace - own->bitLength;
-    }
-    else if( atBit == 0 )
-    {
-        makeRoomInFront( buf, bitCount );
-    }
-    else if( atBit == own->bitLength )
-    {
-        makeRoomBehind( buf, bitCount );
-    }
-    else
-    {
-        makeRoomInside( buf, atBit, bitCount );
-    }
+    if( bitCount > QV_INT_MAX || !own->fits( at, static_cast< QV_INT >( bitCount ) ) )
+        checkGrowth( own, atBit, bitCount );
+
+    own->openGap( at, static_cast< QV_INT >( bitCount ) );
 }
 
 namespace
@@ -494,24 +220,8 @@ namespace
 // calls from outside is asked whether it is his own.
 void compact( QV_BUFFER *buf )
 {
-    if( buf->ref || ( buf->bitFspace <= OVERSIZED_FSPACE && buf->bitBspace <= OVERSIZED_BSPACE ) )
-        return;
-
-    if( buf->bitLength == 0 )
-    {
-        qvMemFree( buf->bytes );
-        buf->bytes     = nullptr;
-        buf->bitFspace = 0;
-        buf->bitBspace = 0;
-        buf->allocated = 0;
-        qv___ObjDbgSetAllocationSize( buf, 0 );
-        return;
-    }
-
-    moveBits( buf, QV_BUFFER_FSPACE, buf->bitFspace, buf->bitLength );
-    uint64_t size  = reallocate( buf, QV_BUFFER_FSPACE + QV_BUFFER_BSPACE + buf->bitLength );
-    buf->bitFspace = QV_BUFFER_FSPACE;
-    buf->bitBspace = size - buf->bitFspace - buf->bitLength;
+    if( !buf->ref )
+        buf->compact();
 }
 } // namespace
 
@@ -519,7 +229,7 @@ void qv___BufferCompact( QV_BUFFER *buf )
 {
     QV_CHECK( buf );
     QV_CHECK( QV_REF_RETAIN_COUNT( buf ) == 1 );
-    QV_CHECK( BIT_AT_BOUND( buf->bitFspace ) );
+    QV_CHECK_AS( BIT_AT_BOUND( buf->fspace ), "BIT_AT_BOUND( buf->bitFspace )" );
 
     compact( buf );
 }
@@ -529,273 +239,19 @@ void qv___BufferSwapContents( QV_BUFFER *a, QV_BUFFER *b )
     QV_CHECK( a );
     QV_CHECK( b );
 
-    QV_INT aSize = qv___ObjDbgAllocationSize( a );
-    QV_INT bSize = qv___ObjDbgAllocationSize( b );
-
-    std::swap( a->bitLength, b->bitLength );
-    std::swap( a->bitFspace, b->bitFspace );
-    std::swap( a->bitBspace, b->bitBspace );
-    std::swap( a->bytes, b->bytes );
     std::swap( a->ref, b->ref );
-    std::swap( a->allocated, b->allocated );
-    qv___ObjDbgSetAllocationSize( a, bSize );
-    qv___ObjDbgSetAllocationSize( b, aSize );
+    a->swapBlock( b );
 }
 
 /* Contents ------------------------------------------------------------------------------------------------------- */
 
-// Each kind of contents that the public forms take is a type here, with what it means to write and to insert it.
-
 namespace
 {
-struct Inner
+// What is read from stays alive and as it is. A source that is changed itself counts as shared then, and is copied
+// before it changes; one that only the owner of foreign memory holds outlives that owner.
+qv::Ref< QV_BUFFER > hold( QV_BUFFER **buf, QV_BUFFER *src )
 {
-    QV_BUFFER *src;
-    uint64_t   bitOffset;
-    uint64_t   bitCount;
-};
-
-struct Outer
-{
-    QV_BUFFER *src;
-    uint64_t   bitOffset;
-    uint64_t   bitCount;
-};
-
-struct Bits
-{
-    uint64_t value;
-    uint64_t bitCount;
-};
-
-struct Byte
-{
-    uint8_t value;
-};
-
-struct Array
-{
-    const void *bytes;
-    uint64_t    byteCount;
-};
-
-struct Zero
-{
-    uint64_t bitCount;
-};
-
-struct One
-{
-    uint64_t bitCount;
-};
-
-QV_BUFFER *checked( QV_BUFFER *src )
-{
-    QV_CHECK( src );
-    return src;
-}
-
-Inner all( QV_BUFFER *src )
-{
-    return { checked( src ), 0, src->bitLength };
-}
-
-// The Leading given, counted from the end. More than there is makes an offset with which the check of the sum fails.
-Inner trailing( Inner leading )
-{
-    return { leading.src, leading.src->bitLength - leading.bitCount, leading.bitCount };
-}
-
-// The zero bits that the length lacks to whole bytes.
-Zero alignment( QV_BUFFER *buf )
-{
-    return { -buf->bitLength % 8 };
-}
-
-// A source that is changed itself is held, so that it counts as shared and is copied before it changes.
-qv::Ref< QV_BUFFER > holdIfSame( QV_BUFFER **buf, QV_BUFFER *src )
-{
-    return qv::Ref< QV_BUFFER >::share( *buf == src ? src : nullptr );
-}
-
-void copyFrom( QV_BUFFER *own, uint64_t bitIdx, QV_BUFFER *src, uint64_t bitOffset, uint64_t bitCount )
-{
-    copyBits(
-        own->bytes, own->bitFspace + bitIdx, src->bytes, blockEnd( src ), src->bitFspace + bitOffset, bitCount );
-}
-
-void write( QV_BUFFER **buf, uint64_t bitIdx, Inner from )
-{
-    qv___BufferBitWriteInner( buf, bitIdx, from.src, from.bitOffset, from.bitCount );
-}
-
-void write( QV_BUFFER **buf, uint64_t bitIdx, Outer from )
-{
-    qv___BufferBitWriteOuter( buf, bitIdx, from.src, from.bitOffset, from.bitCount );
-}
-
-inline void write( QV_BUFFER **buf, uint64_t bitIdx, Bits bits )
-{
-    QV_BUFFER *own = *buf;
-
-    if( bits.bitCount - 1 < 57 && bitIdx <= own->bitLength && bits.bitCount <= own->bitLength - bitIdx &&
-        qv::isPrivate( own ) )
-        putWord( own->bytes, own->bitFspace + bitIdx, bits.value, bits.bitCount );
-    else
-        qv___BufferBitWriteBits( buf, bitIdx, bits.value, bits.bitCount );
-}
-
-void write( QV_BUFFER **buf, uint64_t bitIdx, Byte byte )
-{
-    qv___BufferBitWriteBits( buf, bitIdx, byte.value, 8 );
-}
-
-void write( QV_BUFFER **buf, uint64_t bitIdx, Array array )
-{
-    qv___BufferBitWriteBytes( buf, bitIdx, array.bytes, array.byteCount );
-}
-
-void write( QV_BUFFER **buf, uint64_t bitIdx, Zero run )
-{
-    qv___BufferBitWriteZero( buf, bitIdx, run.bitCount );
-}
-
-void write( QV_BUFFER **buf, uint64_t bitIdx, One run )
-{
-    qv___BufferBitWriteOne( buf, bitIdx, run.bitCount );
-}
-
-void insert( QV_BUFFER **buf, uint64_t bitIdx, Inner from )
-{
-    qv___BufferBitInsertInner( buf, bitIdx, from.src, from.bitOffset, from.bitCount );
-}
-
-void insert( QV_BUFFER **buf, uint64_t bitIdx, Outer from )
-{
-    qv___BufferBitInsertOuter( buf, bitIdx, from.src, from.bitOffset, from.bitCount );
-}
-
-void insert( QV_BUFFER **buf, uint64_t bitIdx, Byte byte )
-{
-    qv___BufferMakeRoom( buf, bitIdx, 8 );
-    qv___BufferBitWriteBits( buf, bitIdx, byte.value, 8 );
-}
-
-void insert( QV_BUFFER **buf, uint64_t bitIdx, Array array )
-{
-    QV_CHECK_AS( array.bytes || !array.byteCount, "bytes || !byteCount" );
-    QV_CHECK_AS( BYTES_TO_BITS_OK( array.byteCount ), "BYTES_TO_BITS_OK( byteCount )" );
-
-    qv___BufferMakeRoom( buf, bitIdx, BYTES_TO_BITS( array.byteCount ) );
-    write( buf, bitIdx, array );
-}
-
-template< class Contents >
-void insert( QV_BUFFER **buf, uint64_t bitIdx, Contents contents )
-{
-    qv___BufferMakeRoom( buf, bitIdx, contents.bitCount );
-    write( buf, bitIdx, contents );
-}
-
-template< class Contents >
-[[gnu::noinline]] void appendAnywhere( QV_BUFFER **buf, Contents contents )
-{
-    insert( buf, (*buf)->bitLength, contents );
-}
-
-template< class Contents >
-void append( QV_BUFFER **buf, Contents contents )
-{
-    insert( buf, (*buf)->bitLength, contents );
-}
-
-// With 64 free bits in a block of our own, up to nine bytes with the one that the contents end in, a number goes there
-// as a word; the free bits behind it may become anything.
-inline void append( QV_BUFFER **buf, Bits bits )
-{
-    QV_CHECK_AS( bits.bitCount <= QV_INT_BITS, "bitCount <= QV_INT_BITS" );
-
-    QV_BUFFER *own = *buf;
-
-    if( own->bitBspace < 64 || bits.bitCount == 0 || !qv::isPrivate( own ) )
-    {
-        appendAnywhere( buf, bits );
-        return;
-    }
-
-    uint64_t pos   = own->bitFspace + own->bitLength;
-    uint64_t shift = pos % 8;
-    uint64_t word  = bits.value << ( 64 - bits.bitCount );
-    uint8_t *at    = own->bytes + pos / 8;
-
-    own->bitLength += bits.bitCount;
-    own->bitBspace -= bits.bitCount;
-    storeBig( at, static_cast< uint64_t >( *at & ~( 0xFFu >> shift ) ) << 56 | word >> shift );
-
-    if( shift + bits.bitCount > 64 )
-        at[8] = static_cast< uint8_t >( word << ( 8 - shift ) );
-}
-
-inline void append( QV_BUFFER **buf, Byte byte )
-{
-    QV_BUFFER *own = *buf;
-
-    if( own->bitBspace < 8 || !BIT_AT_BOUND( own->bitLength ) || !qv::isPrivate( own ) )
-    {
-        appendAnywhere( buf, byte );
-        return;
-    }
-
-    own->bytes[( own->bitFspace + own->bitLength ) / 8] = byte.value;
-    own->bitLength += 8;
-    own->bitBspace -= 8;
-}
-
-// The same bytes as memcpy() copies, which for few of them costs more than their copying.
-inline void copyFew( uint8_t *to, const uint8_t *from, uint64_t count )
-{
-    if( count < 16 || count > 64 )
-    {
-        memcpy( to, from, count );
-        return;
-    }
-
-    // Pieces of 16 from both ends, which overlap in the middle.
-    memcpy( to, from, 16 );
-
-    if( count > 32 )
-    {
-        memcpy( to + 16, from + 16, 16 );
-        memcpy( to + count - 32, from + count - 32, 16 );
-    }
-
-    memcpy( to + count - 16, from + count - 16, 16 );
-}
-
-inline void append( QV_BUFFER **buf, Array array )
-{
-    QV_BUFFER *own      = *buf;
-    uint64_t   bitCount = BYTES_TO_BITS( array.byteCount );
-
-    if( !array.bytes || array.byteCount - 1 >= FEW_BYTES || !BIT_AT_BOUND( own->bitLength ) || !qv::isPrivate( own ) ||
-        !( own->bitBspace >= bitCount || qv::growWithinAllocation( own, bitCount ) ) )
-    {
-        appendAnywhere( buf, array );
-        return;
-    }
-
-    copyFew( qv::bytes( own ) + own->bitLength / 8, static_cast< const uint8_t * >( array.bytes ), array.byteCount );
-    own->bitLength += bitCount;
-    own->bitBspace -= bitCount;
-}
-
-template< class Contents >
-QV_BUFFER *createOf( Contents contents )
-{
-    qv::Ref< QV_BUFFER > result( createWithoutBlock() );
-    insert( result.at(), 0, contents );
-
-    return result.give();
+    return qv::Ref< QV_BUFFER >::share( *buf == src || (*buf)->ref ? src : nullptr );
 }
 } // namespace
 
@@ -804,12 +260,12 @@ uint64_t qv___BufferBitReadBits( QV_BUFFER *buf, uint64_t bitIdx, uint64_t bitCo
     QV_CHECK( buf );
     QV_CHECK( bitCount <= QV_INT_BITS );
     QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitIdx, bitCount ) );
-    QV_CHECK( bitIdx + bitCount <= buf->bitLength );
+    QV_CHECK_AS( bitIdx + bitCount <= bitLength( buf ), "bitIdx + bitCount <= buf->bitLength" );
 
     if( bitCount == 0 )
         return 0;
 
-    return getBits( qv::bytes( buf ), buf->bitLength + buf->bitBspace, bitIdx, bitCount );
+    return qv::bits::get( qv::bytes( buf ), qv::readableBits( buf ), bitIdx, bitCount );
 }
 
 void qv___BufferBitReadBytes( QV_BUFFER *buf, uint64_t bitIdx, void *bytes, uint64_t byteCount )
@@ -818,13 +274,15 @@ void qv___BufferBitReadBytes( QV_BUFFER *buf, uint64_t bitIdx, void *bytes, uint
     QV_CHECK( bytes || !byteCount );
     QV_CHECK( BYTES_TO_BITS_OK( byteCount ) );
     QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitIdx, BYTES_TO_BITS( byteCount ) ) );
-    QV_CHECK( bitIdx + BYTES_TO_BITS( byteCount ) <= buf->bitLength );
+    QV_CHECK_AS(
+        bitIdx + BYTES_TO_BITS( byteCount ) <= bitLength( buf ),
+        "bitIdx + BYTES_TO_BITS( byteCount ) <= buf->bitLength" );
 
     if( byteCount == 0 )
         return;
 
-    copyBits(
-        static_cast< uint8_t * >( bytes ), 0, buf->bytes, blockEnd( buf ), buf->bitFspace + bitIdx,
+    qv::bits::copy(
+        static_cast< uint8_t * >( bytes ), 0, qv::bytes( buf ), qv::readableBits( buf ), bitIdx,
         BYTES_TO_BITS( byteCount ) );
 }
 
@@ -834,13 +292,13 @@ void qv___BufferBitWriteBits( QV_BUFFER **buf, uint64_t bitIdx, uint64_t value, 
     QV_CHECK( *buf );
     QV_CHECK( bitCount <= QV_INT_BITS );
     QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitIdx, bitCount ) );
-    QV_CHECK( bitIdx + bitCount <= (*buf)->bitLength );
+    QV_CHECK_AS( bitIdx + bitCount <= bitLength( *buf ), "bitIdx + bitCount <= (*buf)->bitLength" );
 
     if( bitCount == 0 )
         return;
 
     makeWritable( buf );
-    putBits( (*buf)->bytes, (*buf)->bitFspace + bitIdx, value, bitCount );
+    qv::bits::put( qv::bytes( *buf ), bitIdx, value, bitCount );
 }
 
 void qv___BufferBitWriteBytes( QV_BUFFER **buf, uint64_t bitIdx, const void *bytes, uint64_t byteCount )
@@ -850,15 +308,18 @@ void qv___BufferBitWriteBytes( QV_BUFFER **buf, uint64_t bitIdx, const void *byt
     QV_CHECK( bytes || !byteCount );
     QV_CHECK( BYTES_TO_BITS_OK( byteCount ) );
     QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitIdx, BYTES_TO_BITS( byteCount ) ) );
-    QV_CHECK( bitIdx + BYTES_TO_BITS( byteCount ) <= (*buf)->bitLength );
+    QV_CHECK_AS(
+        bitIdx + BYTES_TO_BITS( byteCount ) <= bitLength( *buf ),
+        "bitIdx + BYTES_TO_BITS( byteCount ) <= (*buf)->bitLength" );
 
     if( byteCount == 0 )
         return;
 
+    qv::Ref< QV_BUFFER > held = qv::holdForeign( *buf );
     makeWritable( buf );
-    copyBits(
-        (*buf)->bytes, (*buf)->bitFspace + bitIdx, static_cast< const uint8_t * >( bytes ),
-        BYTES_TO_BITS( byteCount ), 0, BYTES_TO_BITS( byteCount ) );
+    qv::bits::copy(
+        qv::bytes( *buf ), bitIdx, static_cast< const uint8_t * >( bytes ), BYTES_TO_BITS( byteCount ), 0,
+        BYTES_TO_BITS( byteCount ) );
 }
 
 namespace
@@ -868,13 +329,13 @@ void writeRun( QV_BUFFER **buf, uint64_t bitIdx, uint64_t bitCount, int byte )
     QV_CHECK( buf );
     QV_CHECK( *buf );
     QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitIdx, bitCount ) );
-    QV_CHECK( bitIdx + bitCount <= (*buf)->bitLength );
+    QV_CHECK_AS( bitIdx + bitCount <= bitLength( *buf ), "bitIdx + bitCount <= (*buf)->bitLength" );
 
     if( bitCount == 0 )
         return;
 
     makeWritable( buf );
-    fillBits( (*buf)->bytes, (*buf)->bitFspace + bitIdx, bitCount, byte );
+    qv::bits::fill( qv::bytes( *buf ), bitIdx, bitCount, byte );
 }
 } // namespace
 
@@ -895,16 +356,16 @@ void qv___BufferBitWriteInner(
     QV_CHECK( *buf );
     QV_CHECK( src );
     QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitIdx, bitCount ) );
-    QV_CHECK( bitIdx + bitCount <= (*buf)->bitLength );
+    QV_CHECK_AS( bitIdx + bitCount <= bitLength( *buf ), "bitIdx + bitCount <= (*buf)->bitLength" );
     QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitOffset, bitCount ) );
-    QV_CHECK( bitOffset + bitCount <= src->bitLength );
+    QV_CHECK_AS( bitOffset + bitCount <= bitLength( src ), "bitOffset + bitCount <= src->bitLength" );
 
     if( bitCount == 0 )
         return;
 
-    qv::Ref< QV_BUFFER > held = holdIfSame( buf, src );
+    qv::Ref< QV_BUFFER > held = hold( buf, src );
     makeWritable( buf );
-    copyFrom( *buf, bitIdx, src, bitOffset, bitCount );
+    qv::bits::copy( qv::bytes( *buf ), bitIdx, qv::bytes( src ), qv::readableBits( src ), bitOffset, bitCount );
 }
 
 void qv___BufferBitWriteOuter(
@@ -914,14 +375,18 @@ void qv___BufferBitWriteOuter(
     QV_CHECK( *buf );
     QV_CHECK( src );
     QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitOffset, bitCount ) );
-    QV_CHECK( bitOffset + bitCount <= src->bitLength );
-    QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitIdx, src->bitLength - bitCount ) );
-    QV_CHECK( bitIdx + (src->bitLength - bitCount) <= (*buf)->bitLength );
+    QV_CHECK_AS( bitOffset + bitCount <= bitLength( src ), "bitOffset + bitCount <= src->bitLength" );
+    QV_CHECK_AS(
+        QV___INT_UNSIGNED_ADD_OK( bitIdx, bitLength( src ) - bitCount ),
+        "QV___INT_UNSIGNED_ADD_OK( bitIdx, src->bitLength - bitCount )" );
+    QV_CHECK_AS(
+        bitIdx + (bitLength( src ) - bitCount) <= bitLength( *buf ),
+        "bitIdx + (src->bitLength - bitCount) <= (*buf)->bitLength" );
 
     uint64_t             behind = bitOffset + bitCount;
-    qv::Ref< QV_BUFFER > held   = holdIfSame( buf, src );
+    qv::Ref< QV_BUFFER > held   = hold( buf, src );
     qv___BufferBitWriteInner( buf, bitIdx, src, 0, bitOffset );
-    qv___BufferBitWriteInner( buf, bitIdx + bitOffset, src, behind, src->bitLength - behind );
+    qv___BufferBitWriteInner( buf, bitIdx + bitOffset, src, behind, bitLength( src ) - behind );
 }
 
 void qv___BufferBitInsertInner(
@@ -934,7 +399,7 @@ void qv___BufferBitInsertInner(
     if( bitCount == 0 )
         return;
 
-    qv::Ref< QV_BUFFER > held = holdIfSame( buf, src );
+    qv::Ref< QV_BUFFER > held = hold( buf, src );
     qv___BufferMakeRoom( buf, bitIdx, bitCount );
     qv___BufferBitWriteInner( buf, bitIdx, src, bitOffset, bitCount );
 }
@@ -946,13 +411,13 @@ void qv___BufferBitInsertOuter(
     QV_CHECK( *buf );
     QV_CHECK( src );
     QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitOffset, bitCount ) );
-    QV_CHECK( bitOffset + bitCount <= src->bitLength );
+    QV_CHECK_AS( bitOffset + bitCount <= bitLength( src ), "bitOffset + bitCount <= src->bitLength" );
 
-    if( bitCount == src->bitLength )
+    if( bitCount == bitLength( src ) )
         return;
 
-    qv::Ref< QV_BUFFER > held = holdIfSame( buf, src );
-    qv___BufferMakeRoom( buf, bitIdx, src->bitLength - bitCount );
+    qv::Ref< QV_BUFFER > held = hold( buf, src );
+    qv___BufferMakeRoom( buf, bitIdx, bitLength( src ) - bitCount );
     qv___BufferBitWriteOuter( buf, bitIdx, src, bitOffset, bitCount );
 }
 
@@ -961,15 +426,15 @@ void qv___BufferBitDelInner( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCo
     QV_CHECK( buf );
     QV_CHECK( *buf );
     QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitOffset, bitCount ) );
-    QV_CHECK( bitOffset + bitCount <= (*buf)->bitLength );
+    QV_CHECK_AS( bitOffset + bitCount <= bitLength( *buf ), "bitOffset + bitCount <= (*buf)->bitLength" );
 
     if( bitCount == 0 )
         return;
 
     uint64_t behind = bitOffset + bitCount;
-    uint64_t left   = (*buf)->bitLength - behind;
+    uint64_t left   = bitLength( *buf ) - behind;
 
-    if( bitCount == (*buf)->bitLength )
+    if( bitCount == bitLength( *buf ) )
     {
         qvBufferClear( buf );
         return;
@@ -977,7 +442,7 @@ void qv___BufferBitDelInner( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCo
 
     if( left > 0 && !( BIT_AT_BOUND( bitOffset ) && BIT_AT_BOUND( bitCount ) ) )
     {
-        qv::Ref< QV_BUFFER > rest( createWithoutBlock() );
+        qv::Ref< QV_BUFFER > rest( qv::createBuffer() );
         qv___BufferBitInsertInner( rest.at(), 0, *buf, 0, bitOffset );
         qv___BufferBitInsertInner( rest.at(), bitOffset, *buf, behind, left );
         qv::assign( buf, rest.give() );
@@ -987,26 +452,19 @@ void qv___BufferBitDelInner( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCo
     if( bitOffset == 0 )
     {
         qv::makePrivate( buf, qvBufferCreateFrom ); // no byte changes, so that foreign memory may stay
-        QV_CHECK( QV___INT_UNSIGNED_ADD_OK( (*buf)->bitFspace, bitCount ) );
-        (*buf)->bitFspace += bitCount;
+        (*buf)->dropFront( static_cast< QV_INT >( bitCount ) );
+    }
+    else if( left == 0 )
+    {
+        qv::makePrivate( buf, qvBufferCreateFrom );
+        (*buf)->dropBack( static_cast< QV_INT >( bitCount ) );
     }
     else
     {
-        if( left == 0 )
-        {
-            qv::makePrivate( buf, qvBufferCreateFrom );
-        }
-        else
-        {
-            makeWritable( buf );
-            moveBits( *buf, (*buf)->bitFspace + bitOffset, (*buf)->bitFspace + behind, left );
-        }
-
-        QV_CHECK( QV___INT_UNSIGNED_ADD_OK( (*buf)->bitBspace, bitCount ) );
-        (*buf)->bitBspace += bitCount;
+        makeWritable( buf );
+        (*buf)->dropInside( static_cast< QV_INT >( bitOffset ), static_cast< QV_INT >( bitCount ) );
     }
 
-    (*buf)->bitLength -= bitCount;
     compact( *buf );
 }
 
@@ -1015,9 +473,9 @@ void qv___BufferBitDelOuter( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCo
     QV_CHECK( buf );
     QV_CHECK( *buf );
     QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitOffset, bitCount ) );
-    QV_CHECK( bitOffset + bitCount <= (*buf)->bitLength );
+    QV_CHECK_AS( bitOffset + bitCount <= bitLength( *buf ), "bitOffset + bitCount <= (*buf)->bitLength" );
 
-    if( bitCount == (*buf)->bitLength )
+    if( bitCount == bitLength( *buf ) )
         return;
 
     if( bitCount == 0 )
@@ -1028,304 +486,14 @@ void qv___BufferBitDelOuter( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCo
 
     if( !BIT_AT_BOUND( bitOffset ) )
     {
-        qv::assign( buf, createOf( Inner{ *buf, bitOffset, bitCount } ) );
+        qv::Ref< QV_BUFFER > range( qv::createBuffer() );
+        qv___BufferBitInsertInner( range.at(), 0, *buf, bitOffset, bitCount );
+        qv::assign( buf, range.give() );
         return;
     }
 
     qv::makePrivate( buf, qvBufferCreateFrom );
-    QV_CHECK( QV___INT_UNSIGNED_ADD_OK( (*buf)->bitFspace, bitOffset ) );
-    QV_CHECK( QV___INT_UNSIGNED_ADD_OK( (*buf)->bitBspace, (*buf)->bitLength - bitOffset - bitCount ) );
-
-    (*buf)->bitFspace += bitOffset;
-    (*buf)->bitBspace += (*buf)->bitLength - bitOffset - bitCount;
-    (*buf)->bitLength = bitCount;
+    (*buf)->dropBack( static_cast< QV_INT >( bitLength( *buf ) - bitOffset - bitCount ) );
+    (*buf)->dropFront( static_cast< QV_INT >( bitOffset ) );
     compact( *buf );
 }
-
-/* Units ---------------------------------------------------------------------------------------------------------- */
-
-// An argument of a public form: as it is, or in bits where it counts bytes. The forms take them one by one in their
-// order, so that the first bad one is reported.
-#define UNSIGNED( x ) ( QV_CHECK( QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( x ) ), (uint64_t)( x ) )
-#define BYTES( x )                                                                                                     \
-    ( QV_CHECK( QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( x ) ), QV_CHECK( BYTES_TO_BITS_OK( x ) ), BYTES_TO_BITS( x ) )
-
-/* Creation ------------------------------------------------------------------------------------------------------- */
-
-namespace
-{
-// A Buffer around a block as it is.
-QV_BUFFER *createAround( const void *bytes, QV_INT byteCount )
-{
-    QV_CHECK( bytes || byteCount == 0 );
-    QV_CHECK( QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( byteCount ) );
-    QV_CHECK( BYTES_TO_BITS_OK( byteCount ) );
-    QV_CHECK( QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( BYTES_TO_BITS( byteCount ) ) );
-
-    QV_BUFFER *buf = createWithoutBlock();
-    buf->bytes     = static_cast< uint8_t * >( const_cast< void * >( bytes ) );
-    buf->bitLength = BYTES_TO_BITS( byteCount );
-
-    return buf;
-}
-} // namespace
-
-QV_BUFFER *qvBufferCreate( void )
-{
-    return qv::retain( qv___BufferEmpty );
-}
-
-void qvBufferClear( QV_BUFFER **buf )
-{
-    QV_CHECK( buf );
-    QV_CHECK( *buf );
-
-    qv::assign( buf, qvBufferCreate() );
-}
-
-QV_BUFFER *qvBufferCreateFrom( QV_BUFFER *src )
-{
-    return createOf( all( src ) );
-}
-
-QV_BUFFER *qvBufferCreateFromBits( uint64_t value, QV_INT bitCount )
-{
-    return createOf( Bits{ value, UNSIGNED( bitCount ) } );
-}
-
-QV_BUFFER *qvBufferCreateFromByte( uint8_t value )
-{
-    return createOf( Byte{ value } );
-}
-
-QV_BUFFER *qvBufferCreateFromBytesCopy( const void *bytes, QV_INT byteCount )
-{
-    QV_CHECK( bytes || byteCount == 0 );
-    return createOf( Array{ bytes, UNSIGNED( byteCount ) } );
-}
-
-QV_BUFFER *qvBufferCreateFromBytesUse( void *bytes, QV_INT byteCount )
-{
-    QV_BUFFER *buf = createAround( bytes, byteCount );
-    buf->allocated = (uint64_t)byteCount;
-    qv___ObjDbgSetAllocationSize( buf, byteCount );
-
-    return buf;
-}
-
-QV_BUFFER *qvBufferCreateFromBytesUseWithRef( const void *bytes, QV_INT byteCount, QV_OBJ *ref )
-{
-    QV_CHECK( ref );
-
-    QV_BUFFER *buf = createAround( bytes, byteCount );
-    buf->ref       = qv::retain( ref );
-
-    return buf;
-}
-
-/* Reading -------------------------------------------------------------------------------------------------------- */
-
-namespace
-{
-QV_BUFFER *read( QV_BUFFER *buf, uint64_t bitIdx, uint64_t bitCount )
-{
-    QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitIdx, bitCount ) );
-    QV_CHECK( bitIdx + bitCount <= buf->bitLength );
-
-    return createOf( Inner{ buf, bitIdx, bitCount } );
-}
-
-[[gnu::noinline]] uint64_t readBits( QV_BUFFER *buf, uint64_t bitIdx, QV_INT bitCount )
-{
-    return qv___BufferBitReadBits( buf, bitIdx, UNSIGNED( bitCount ) );
-}
-
-// True where all checks would hold, and the bits stand in eight bytes of which none lies behind the contents.
-bool standsInOneWord( QV_BUFFER *buf, uint64_t bitIdx, QV_INT bitCount )
-{
-    return (uint64_t)bitCount - 1 < 57 && bitIdx + 64 <= buf->bitLength;
-}
-
-uint64_t getWord( QV_BUFFER *buf, uint64_t bitIdx, QV_INT bitCount )
-{
-    uint64_t pos = buf->bitFspace + bitIdx;
-    return load64( buf->bytes + pos / 8 ) << pos % 8 >> ( 64 - bitCount );
-}
-} // namespace
-
-QV_INT qvBufferLength( QV_BUFFER *buf )
-{
-    QV_CHECK( buf );
-    return qv::byteLength( buf );
-}
-
-QV_INT qvBufferBitLength( QV_BUFFER *buf )
-{
-    QV_CHECK( buf );
-    return (QV_INT)buf->bitLength;
-}
-
-QV_INT qvBufferSpace( QV_BUFFER *buf )
-{
-    return qvBufferBitSpace( buf ) / 8;
-}
-
-QV_INT qvBufferBitSpace( QV_BUFFER *buf )
-{
-    QV_CHECK( buf );
-    return QV_INT_MAX - (QV_INT)buf->bitLength;
-}
-
-QV_BOOL qvBufferBitIsAligned( QV_BUFFER *buf )
-{
-    QV_CHECK( buf );
-    return BIT_AT_BOUND( buf->bitLength ) ? QV_TRUE : QV_FALSE;
-}
-
-const uint8_t *qvBufferBacking( QV_BUFFER *buf )
-{
-    QV_CHECK( buf );
-    return qv::bytes( buf );
-}
-
-const uint8_t *qvBufferBitBacking( QV_BUFFER *buf )
-{
-    return qvBufferBacking( buf );
-}
-
-// A form that reads: what the last expression gives for the place.
-#define READ( Type, Name, Parameters, at, ... )                                                                        \
-    Type Name Parameters                                                                                               \
-    {                                                                                                                  \
-        QV_CHECK( buf );                                                                                               \
-        uint64_t place = at;                                                                                           \
-        return __VA_ARGS__;                                                                                            \
-    }
-
-READ( QV_BUFFER *, qvBufferRead, ( QV_BUFFER *buf, QV_INT byteIdx, QV_INT byteCount ), BYTES( byteIdx ),
-      read( buf, place, BYTES( byteCount ) ) )
-READ( QV_BUFFER *, qvBufferBitRead, ( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount ), UNSIGNED( bitIdx ),
-      read( buf, place, UNSIGNED( bitCount ) ) )
-READ( uint64_t, qvBufferReadBits, ( QV_BUFFER *buf, QV_INT byteIdx, QV_INT bitCount ), BYTES( byteIdx ),
-      qv___BufferBitReadBits( buf, place, UNSIGNED( bitCount ) ) )
-READ( uint64_t, qvBufferBitReadBits, ( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount ), UNSIGNED( bitIdx ),
-      standsInOneWord( buf, place, bitCount ) ? getWord( buf, place, bitCount ) : readBits( buf, place, bitCount ) )
-READ( uint8_t, qvBufferReadByte, ( QV_BUFFER *buf, QV_INT byteIdx ), BYTES( byteIdx ),
-      (uint8_t)qv___BufferBitReadBits( buf, place, 8 ) )
-READ( uint8_t, qvBufferBitReadByte, ( QV_BUFFER *buf, QV_INT bitIdx ), UNSIGNED( bitIdx ),
-      (uint8_t)qv___BufferBitReadBits( buf, place, 8 ) )
-READ( void, qvBufferReadBytes, ( QV_BUFFER *buf, QV_INT byteIdx, void *bytes, QV_INT byteCount ), BYTES( byteIdx ),
-      qv___BufferBitReadBytes( buf, place, bytes, UNSIGNED( byteCount ) ) )
-READ( void, qvBufferBitReadBytes, ( QV_BUFFER *buf, QV_INT bitIdx, void *bytes, QV_INT byteCount ), UNSIGNED( bitIdx ),
-      qv___BufferBitReadBytes( buf, place, bytes, UNSIGNED( byteCount ) ) )
-
-/* Overwriting and inserting -------------------------------------------------------------------------------------- */
-
-// The four forms of one kind of contents, which the expression behind the parameters makes.
-#define FORMS( Unit, Suffix, idx, at, Parameters, ... )                                                                \
-    void qvBuffer##Unit##Write##Suffix( QV_BUFFER **buf, QV_INT idx, Parameters )                                      \
-    {                                                                                                                  \
-        QV_CHECK( buf );                                                                                               \
-        QV_CHECK( *buf );                                                                                              \
-        uint64_t place = at;                                                                                           \
-        write( buf, place, __VA_ARGS__ );                                                                              \
-    }                                                                                                                  \
-                                                                                                                       \
-    void qvBuffer##Unit##Insert##Suffix( QV_BUFFER **buf, QV_INT idx, Parameters )                                     \
-    {                                                                                                                  \
-        QV_CHECK( buf );                                                                                               \
-        QV_CHECK( *buf );                                                                                              \
-        uint64_t place = at;                                                                                           \
-        insert( buf, place, __VA_ARGS__ );                                                                             \
-    }                                                                                                                  \
-                                                                                                                       \
-    void qvBuffer##Unit##Prepend##Suffix( QV_BUFFER **buf, Parameters )                                                \
-    {                                                                                                                  \
-        QV_CHECK( buf );                                                                                               \
-        QV_CHECK( *buf );                                                                                              \
-        insert( buf, 0, __VA_ARGS__ );                                                                                 \
-    }                                                                                                                  \
-                                                                                                                       \
-    void qvBuffer##Unit##Append##Suffix( QV_BUFFER **buf, Parameters )                                                 \
-    {                                                                                                                  \
-        QV_CHECK( buf );                                                                                               \
-        QV_CHECK( *buf );                                                                                              \
-        append( buf, __VA_ARGS__ );                                                                                    \
-    }
-
-#define LIST( ... ) __VA_ARGS__
-
-#define BYTE_FORMS( Suffix, Parameters, ... )                                                                          \
-    FORMS( , Suffix, byteIdx, BYTES( byteIdx ), LIST Parameters, __VA_ARGS__ )
-#define BIT_FORMS( Suffix, Parameters, ... )                                                                           \
-    FORMS( Bit, Suffix, bitIdx, UNSIGNED( bitIdx ), LIST Parameters, __VA_ARGS__ )
-
-BYTE_FORMS( , ( QV_BUFFER *src ), all( src ) )
-BYTE_FORMS( Leading, ( QV_BUFFER *src, QV_INT byteCount ), Inner{ checked( src ), 0, BYTES( byteCount ) } )
-BYTE_FORMS( Trailing, ( QV_BUFFER *src, QV_INT byteCount ), trailing( Inner{ checked( src ), 0, BYTES( byteCount ) } ) )
-BYTE_FORMS( Inner, ( QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount ),
-            Inner{ checked( src ), BYTES( byteOffset ), BYTES( byteCount ) } )
-BYTE_FORMS( Outer, ( QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount ),
-            Outer{ checked( src ), BYTES( byteOffset ), BYTES( byteCount ) } )
-BYTE_FORMS( Bits, ( uint64_t value, QV_INT bitCount ), Bits{ value, UNSIGNED( bitCount ) } )
-BYTE_FORMS( Byte, ( uint8_t value ), Byte{ value } )
-BYTE_FORMS( Bytes, ( const void *bytes, QV_INT byteCount ), Array{ bytes, UNSIGNED( byteCount ) } )
-BYTE_FORMS( Zero, ( QV_INT byteCount ), Zero{ BYTES( byteCount ) } )
-BYTE_FORMS( One, ( QV_INT byteCount ), One{ BYTES( byteCount ) } )
-
-BIT_FORMS( , ( QV_BUFFER *src ), all( src ) )
-BIT_FORMS( Leading, ( QV_BUFFER *src, QV_INT bitCount ), Inner{ checked( src ), 0, UNSIGNED( bitCount ) } )
-BIT_FORMS( Trailing, ( QV_BUFFER *src, QV_INT bitCount ), trailing( Inner{ checked( src ), 0, UNSIGNED( bitCount ) } ) )
-BIT_FORMS( Inner, ( QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount ),
-           Inner{ checked( src ), UNSIGNED( bitOffset ), UNSIGNED( bitCount ) } )
-BIT_FORMS( Outer, ( QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount ),
-           Outer{ checked( src ), UNSIGNED( bitOffset ), UNSIGNED( bitCount ) } )
-BIT_FORMS( Bits, ( uint64_t value, QV_INT bitCount ), Bits{ value, UNSIGNED( bitCount ) } )
-BIT_FORMS( Byte, ( uint8_t value ), Byte{ value } )
-BIT_FORMS( Bytes, ( const void *bytes, QV_INT byteCount ), Array{ bytes, UNSIGNED( byteCount ) } )
-BIT_FORMS( Zero, ( QV_INT bitCount ), Zero{ UNSIGNED( bitCount ) } )
-BIT_FORMS( One, ( QV_INT bitCount ), One{ UNSIGNED( bitCount ) } )
-
-/* Aligning and deleting ------------------------------------------------------------------------------------------ */
-
-// A form without contents of its own: a call.
-#define CHANGE( Name, Parameters, ... )                                                                                \
-    void Name Parameters                                                                                               \
-    {                                                                                                                  \
-        QV_CHECK( buf );                                                                                               \
-        QV_CHECK( *buf );                                                                                              \
-        __VA_ARGS__;                                                                                                   \
-    }
-
-namespace
-{
-void deleteTrailing( QV_BUFFER **buf, uint64_t bitCount )
-{
-    QV_CHECK( bitCount <= (*buf)->bitLength );
-    qv___BufferBitDelInner( buf, (*buf)->bitLength - bitCount, bitCount );
-}
-} // namespace
-
-CHANGE( qvBufferInsertAlignment, ( QV_BUFFER **buf, QV_INT byteIdx ),
-        insert( buf, BYTES( byteIdx ), alignment( *buf ) ) )
-CHANGE( qvBufferBitInsertAlignment, ( QV_BUFFER **buf, QV_INT bitIdx ),
-        insert( buf, UNSIGNED( bitIdx ), alignment( *buf ) ) )
-CHANGE( qvBufferPrependAlignment, ( QV_BUFFER **buf ), insert( buf, 0, alignment( *buf ) ) )
-CHANGE( qvBufferBitPrependAlignment, ( QV_BUFFER **buf ), insert( buf, 0, alignment( *buf ) ) )
-CHANGE( qvBufferAppendAlignment, ( QV_BUFFER **buf ), append( buf, alignment( *buf ) ) )
-CHANGE( qvBufferBitAppendAlignment, ( QV_BUFFER **buf ), append( buf, alignment( *buf ) ) )
-
-CHANGE( qvBufferDelLeading, ( QV_BUFFER **buf, QV_INT byteCount ),
-        qv___BufferBitDelInner( buf, 0, BYTES( byteCount ) ) )
-CHANGE( qvBufferBitDelLeading, ( QV_BUFFER **buf, QV_INT bitCount ),
-        qv___BufferBitDelInner( buf, 0, UNSIGNED( bitCount ) ) )
-CHANGE( qvBufferDelTrailing, ( QV_BUFFER **buf, QV_INT byteCount ), deleteTrailing( buf, BYTES( byteCount ) ) )
-CHANGE( qvBufferBitDelTrailing, ( QV_BUFFER **buf, QV_INT bitCount ), deleteTrailing( buf, UNSIGNED( bitCount ) ) )
-CHANGE( qvBufferDelInner, ( QV_BUFFER **buf, QV_INT byteOffset, QV_INT byteCount ),
-        uint64_t place = BYTES( byteOffset ); qv___BufferBitDelInner( buf, place, BYTES( byteCount ) ) )
-CHANGE( qvBufferBitDelInner, ( QV_BUFFER **buf, QV_INT bitOffset, QV_INT bitCount ),
-        uint64_t place = UNSIGNED( bitOffset ); qv___BufferBitDelInner( buf, place, UNSIGNED( bitCount ) ) )
-CHANGE( qvBufferDelOuter, ( QV_BUFFER **buf, QV_INT byteOffset, QV_INT byteCount ),
-        uint64_t place = BYTES( byteOffset ); qv___BufferBitDelOuter( buf, place, BYTES( byteCount ) ) )
-CHANGE( qvBufferBitDelOuter, ( QV_BUFFER **buf, QV_INT bitOffset, QV_INT bitCount ),
-        uint64_t place = UNSIGNED( bitOffset ); qv___BufferBitDelOuter( buf, place, UNSIGNED( bitCount ) ) )

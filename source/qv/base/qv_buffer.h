@@ -28,14 +28,17 @@
     also when it isn't shared; deleting from its ends only narrows it. A Buffer may be the source of its own change:
     what is read then is the state before.
 
-    When memory moves. A new block has 80 free bytes in front and 160 behind. Appending, at any bit, takes from the
-    space behind and makes the block 160 bytes larger when that is used up; prepending whole bytes takes from the space
-    in front. Deleting whole bytes in front, or anything behind, moves nothing; a block with more than 160 free bytes
-    in front or 320 behind is cut down to 80 and 160 again. Inside, whole bytes on a byte boundary move the part behind
-    them, or both parts. What is left, a gap or a deletion of odd bits in front or inside, rewrites the contents.
+    Costs. Adding at the end, at any bit, adding whole bytes in front, and deleting at either end, whole bytes in front,
+    cost what is added or deleted: the contents move as a whole when the memory at that end is used up, each time by a
+    constant part of their length, so that this is little in the long run, whichever ends take turns. Inside, inserting
+    whole bytes on a byte boundary moves the shorter side, or all; deleting them moves what is behind. What is left, a
+    gap or a deletion of odd bits in front or inside, rewrites all contents, since they always start on a byte. What
+    moves or is copied goes by whole bytes where both places lie alike within their bytes, by 64-bit words with shifts
+    where they don't. Numbers of up to 64 bits cost a few instructions at any bit. Lengths are constant.
 
-    Costs. What moves or is copied goes by whole bytes where both places lie alike within their bytes, by 64-bit words
-    with shifts where they don't. Numbers of up to 64 bits cost a few instructions at any bit. Lengths are constant.
+    Memory. A new block has 80 free bytes in front and 160 behind, and becomes 160 bytes larger than it has to be when
+    those behind are used up. One with more than 160 free bytes in front or 320 behind is cut down to 80 and 160 again.
+    That is what is declared; at most twice as much is allocated.
 
     Threads. Any thread may read a Buffer, also one that others hold. A variable that mutators work on belongs to one
     thread at a time.
@@ -130,7 +133,8 @@ QV_API void qvBufferBitWriteByte( QV_BUFFER **buf, QV_INT bitIdx, uint8_t value 
 QV_API void qvBufferWriteBytes( QV_BUFFER **buf, QV_INT byteIdx, const void *bytes, QV_INT byteCount );
 QV_API void qvBufferBitWriteBytes( QV_BUFFER **buf, QV_INT bitIdx, const void *bytes, QV_INT byteCount );
 
-/** The same with bits that are all 0 or all 1. */
+/** The same with bits that are all 0 or all 1. The count is in the unit of the form: qvBufferWriteZero( &buf, 0, 3 ) is
+    about 24 bits, qvBufferBitWriteZero( &buf, 0, 3 ) about 3. */
 QV_API void qvBufferWriteZero( QV_BUFFER **buf, QV_INT byteIdx, QV_INT byteCount );
 QV_API void qvBufferBitWriteZero( QV_BUFFER **buf, QV_INT bitIdx, QV_INT bitCount );
 QV_API void qvBufferWriteOne( QV_BUFFER **buf, QV_INT byteIdx, QV_INT byteCount );
@@ -158,7 +162,8 @@ QV_API void qvBufferBitInsertByte( QV_BUFFER **buf, QV_INT bitIdx, uint8_t value
 QV_API void qvBufferInsertBytes( QV_BUFFER **buf, QV_INT byteIdx, const void *bytes, QV_INT byteCount );
 QV_API void qvBufferBitInsertBytes( QV_BUFFER **buf, QV_INT bitIdx, const void *bytes, QV_INT byteCount );
 
-/** The same with bits that are all 0 or all 1. */
+/** The same with bits that are all 0 or all 1. The count is in the unit of the form: qvBufferWriteZero( &buf, 0, 3 ) is
+    about 24 bits, qvBufferBitWriteZero( &buf, 0, 3 ) about 3. */
 QV_API void qvBufferInsertZero( QV_BUFFER **buf, QV_INT byteIdx, QV_INT byteCount );
 QV_API void qvBufferBitInsertZero( QV_BUFFER **buf, QV_INT bitIdx, QV_INT bitCount );
 QV_API void qvBufferInsertOne( QV_BUFFER **buf, QV_INT byteIdx, QV_INT byteCount );

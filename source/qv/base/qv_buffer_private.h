@@ -3,21 +3,27 @@
 
 #include "qv/runtime/qv_family.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_block_private.h"
 
 /** Free bits that a new block has at each end. */
 #define QV_BUFFER_FSPACE 640
 #define QV_BUFFER_BSPACE 1280
 
-/** The three lengths add up to the size of the block that the Buffer accounts for; it changes by a constant. What is
-    really allocated may be up to half as large again, so that a run of changes does not reallocate every 160 bytes. */
-struct QV_BUFFER : QV_OBJ
+namespace qv
 {
-    uint64_t bitLength; /**< bits of the contents, at most QV_INT_MAX */
-    uint64_t bitFspace; /**< free bits in front of them, whole bytes */
-    uint64_t bitBspace; /**< free bits behind them */
-    uint8_t *bytes;     /**< the block, or null; the contents start at bytes[bitFspace / 8] */
-    QV_OBJ  *ref;       /**< owner of the block where that is foreign and must not be written, else null */
-    uint64_t allocated; /**< bytes that are really allocated; 0 for a foreign block */
+struct BufferRules : SavingRules< QV_BUFFER_FSPACE, QV_BUFFER_BSPACE, 2 * QV_BUFFER_FSPACE, 2 * QV_BUFFER_BSPACE, 8 >
+{
+    using Unit = uint8_t;
+
+    static constexpr QV_INT UNIT_BITS = 1;
+};
+} // namespace qv
+
+/** A block of bits, which starts and ends on whole bytes, as the contents start; or memory of another object. Then all
+    of its bits are in the lengths, none of its bytes is allocated, and nothing is declared. */
+struct QV_BUFFER : qv::Block< QV_OBJ, qv::BufferRules >
+{
+    QV_OBJ *ref; /**< owner of the bytes where they are foreign and must not be written, else null */
 };
 
 /** The one empty Buffer of qvBufferCreate(). */
@@ -53,16 +59,31 @@ QV_API void qv___BufferBitDelOuter( QV_BUFFER **buf, uint64_t bitOffset, uint64_
 
 namespace qv
 {
+/** A Buffer without a block. */
+QV_BUFFER *createBuffer();
+
 /** The first byte of the contents; null for a Buffer without a block. */
 inline uint8_t *bytes( QV_BUFFER *buf )
 {
-    return buf->bytes + buf->bitFspace / 8;
+    return buf->first;
 }
 
 /** The length in whole bytes, rounded down. */
 inline QV_INT byteLength( QV_BUFFER *buf )
 {
-    return static_cast< QV_INT >( buf->bitLength / 8 );
+    return buf->length / 8;
+}
+
+inline uint64_t bitLength( QV_BUFFER *buf )
+{
+    return static_cast< uint64_t >( buf->length );
+}
+
+/** How many bits can be read from the first on. Those behind the contents have no meaning; where free places are
+    watched they are left alone. */
+inline uint64_t readableBits( QV_BUFFER *buf )
+{
+    return static_cast< uint64_t >( QV___ASSERTIONS ? buf->length : buf->length + buf->bspace );
 }
 
 /** True when the bytes may be written where they are: nobody else holds the Buffer, and the block is its own. */
@@ -71,42 +92,28 @@ inline bool isPrivate( QV_BUFFER *buf )
     return !isShared( buf ) && !buf->ref;
 }
 
-/** Where appending so many bits doesn't fit, makes as much space behind as it would, if the block needn't be
-    reallocated for that. The Buffer must be private and whole bytes long. The declared size is just stored:
-    qv___ObjDbgSetAllocationSize() would order memory and look for a second writer, which costs more than all the
-    rest. */
-inline bool growWithinAllocation( QV_BUFFER *own, uint64_t bitCount )
+/** Keeps the owner of foreign memory alive for a scope in which the Buffer gets memory of its own: what goes in may be
+    somewhere that only that owner holds. */
+inline Ref< QV_BUFFER > holdForeign( QV_BUFFER *buf )
 {
-    uint64_t used      = own->bitFspace + own->bitLength;
-    uint64_t sizeBytes = ( used + bitCount + QV_BUFFER_BSPACE ) / 8;
+    return Ref< QV_BUFFER >::share( buf->ref ? buf : nullptr );
+}
 
-    if( sizeBytes > own->allocated )
-        return false;
-
-    own->bitBspace = sizeBytes * 8 - used;
-    __atomic_store_n( &own->dbgAllocationSize, static_cast< QV_INT >( sizeBytes ), __ATOMIC_RELAXED );
-    return true;
+/** True if `bits`, above 0, can be taken behind the contents without moving them. The Buffer must be private. */
+inline bool hasRoomBehind( QV_BUFFER *own, QV_INT bits )
+{
+    return own->bspace >= bits || ( own->length > 0 && own->stretch( bits ) );
 }
 
 /** Makes the contents `byteCount` bytes longer, above 0, and gives the place of the new bytes, which the caller fills
     at once. The length must be whole bytes. */
 inline uint8_t *appendRoom( QV_BUFFER **buf, QV_INT byteCount )
 {
-    QV_BUFFER *own  = *buf;
-    uint64_t   bits = static_cast< uint64_t >( byteCount ) * 8;
+    if( isPrivate( *buf ) && byteCount <= QV_INT_MAX / 8 && hasRoomBehind( *buf, byteCount * 8 ) )
+        return (*buf)->takeBack( byteCount * 8 );
 
-    if( isPrivate( own ) && ( own->bitBspace >= bits || growWithinAllocation( own, bits ) ) )
-    {
-        own->bitBspace -= bits;
-        own->bitLength += bits;
-    }
-    else
-    {
-        qv___BufferMakeRoom( buf, own->bitLength, bits );
-        own = *buf;
-    }
-
-    return bytes( own ) + ( own->bitLength - bits ) / 8;
+    qv___BufferMakeRoom( buf, bitLength( *buf ), static_cast< uint64_t >( byteCount ) * 8 );
+    return bytes( *buf ) + byteLength( *buf ) - byteCount;
 }
 } // namespace qv
 

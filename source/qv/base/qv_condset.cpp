@@ -4,6 +4,7 @@
 #include "qv/base/qv_monitor_private.h"
 #include "qv/base/qv_timestamp.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 
 struct QV_CONDSET : QV_OBJ
@@ -32,6 +33,14 @@ void freeCondset( QV_OBJ *thisObj )
     qv::drop( cs->idleBarrier );
 }
 
+// What holds while the monitor is held and no change is under way.
+[[maybe_unused]] bool holds( QV_CONDSET *cs )
+{
+    return !cs->changing && ( cs->conditions & ~CONDITIONS ) == 0 && cs->usersCount >= 0
+           && !qvBarrierIsBlocked( cs->gateBarrier ) && qvBarrierIsBlocked( cs->wakeBarrier )
+           && static_cast< bool >( qvBarrierIsBlocked( cs->idleBarrier ) ) == ( cs->usersCount > 0 );
+}
+
 // Enters the monitor at a time when no change is under way.
 void enter( QV_CONDSET *cs )
 {
@@ -41,7 +50,10 @@ void enter( QV_CONDSET *cs )
         qvMonitorEnter( cs->monitor );
 
         if( !cs->changing )
+        {
+            QV_ASSERT( holds( cs ) );
             return;
+        }
 
         // A rival has closed the gate since.
         qvMonitorLeave( cs->monitor );
@@ -64,6 +76,7 @@ void change( QV_CONDSET *cs, QV_INT mask, QV_INT conditions )
     cs->conditions = ( cs->conditions & ~mask ) | conditions;
     cs->changing   = QV_FALSE;
     qvBarrierUnblock( cs->gateBarrier );
+    QV_ASSERT( holds( cs ) );
 }
 
 using Satisfied = QV_INT ( * )( QV_INT present, QV_INT conditions );
@@ -98,15 +111,18 @@ QV_INT wait( QV_CONDSET *cs, QV_INT conditions, QV_INT millisec, Satisfied satis
 
     for( ;; )
     {
-        if( timed && ( left = remaining( start, millisec ) ) < 0 )
-            return 0;
-
         enter( cs );
 
         if( QV_INT result = satisfied( cs->conditions, conditions ) )
         {
             qvMonitorLeave( cs->monitor );
             return result;
+        }
+
+        if( timed && ( left = remaining( start, millisec ) ) < 0 )
+        {
+            qvMonitorLeave( cs->monitor );
+            return 0;
         }
 
         QV_CHECK( QV_INT_ADD_OK( cs->usersCount, 1 ) );

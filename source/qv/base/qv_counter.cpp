@@ -3,6 +3,7 @@
 #include "qv/base/qv_barrier.h"
 #include "qv/base/qv_monitor_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 
 struct QV_COUNTER : QV_OBJ
 {
@@ -13,6 +14,12 @@ struct QV_COUNTER : QV_OBJ
 
 namespace
 {
+// What holds while the monitor is held.
+[[maybe_unused]] bool holds( QV_COUNTER *ctr )
+{
+    return static_cast< bool >( qvBarrierIsBlocked( ctr->barrier ) ) == ( ctr->value > 0 );
+}
+
 void freeCounter( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
@@ -58,6 +65,8 @@ void qvCounterIncrement( QV_COUNTER *ctr )
 
     if( ctr->value++ == 0 )
         qvBarrierBlock( ctr->barrier );
+
+    QV_ASSERT( holds( ctr ) );
 }
 
 void qvCounterDecrement( QV_COUNTER *ctr )
@@ -69,6 +78,8 @@ void qvCounterDecrement( QV_COUNTER *ctr )
 
     if( --ctr->value == 0 )
         qvBarrierUnblock( ctr->barrier );
+
+    QV_ASSERT( holds( ctr ) );
 }
 
 void qvCounterWaitZero( QV_COUNTER *ctr )

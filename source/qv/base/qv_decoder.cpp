@@ -122,9 +122,12 @@ bool readLength( QV_DECODER *dec, QV_INT *length )
     return readInt( dec, length ) && *length >= 0 && *length <= remaining( dec );
 }
 
-// Reads Chars, one behind the other; without a destination they are only checked.
+// Reads Chars, one after the other; without a destination they are only checked. Each takes a byte at least.
 bool readChars( QV_DECODER *dec, QV_CHAR *to, QV_INT count )
 {
+    if( count > remaining( dec ) )
+        return false;
+
     const uint8_t *from = dec->bytes + dec->offset;
     const uint8_t *end  = dec->bytes + dec->length;
 
@@ -350,7 +353,7 @@ QV_BOOL qvDecoderTryDecodeString( QV_DECODER *dec, QV_STRING **value )
 
     qv::Ref< QV_STRING > result( qv::createString( length, dec->strings ) );
 
-    if( !readChars( dec, result->chars, length ) )
+    if( !readChars( dec, qv::chars( result.get() ), length ) )
         return fail( dec );
 
     return deliver( value, result.give() );
@@ -400,7 +403,7 @@ QV_BOOL qvDecoderTryDecodeStringVector( QV_DECODER *dec, QV_VECTOR **value )
 
     QV_INT count;
 
-    if( !begin( dec, value ) || !readInt( dec, &count ) )
+    if( !begin( dec, value ) || !readInt( dec, &count ) || count > remaining( dec ) )
         return fail( dec );
 
     qv::Ref< QV_VECTOR > vec( qvVectorCreate() );

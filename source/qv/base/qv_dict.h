@@ -26,12 +26,16 @@
     Costs. A search compares the two ends first and then halves the rest: two comparisons for a key at or beyond an
     end, else a number of comparisons that grows with the logarithm of the length. Comparing Strings or boxed
     integers with their like is fast, other keys go through their family's compare function. Entering and deleting
-    move the entries on the shorter side of the place, so both are cheap at either end and in the middle cost half
-    of the length in the worst case; entering keys in ascending order moves nothing. The block grows by 32 entries
-    at a time and gives memory back when more than 64 are free. Reading by index costs one retain.
+    move some hundreds of entries at most, whatever the length and the order, and cost the logarithm besides; at
+    either end they move none. Reading by index costs the logarithm too, and one retain. An operation on sets costs a
+    search for each entry of the smaller Dict, or a walk through both where they are of like length; and a copy where
+    the one that changes is shared. Up to 512 entries a Dict is one block, which grows by a half; what is declared for
+    it grows by 32 entries at a time and shrinks when more than 64 are free.
 
     Threads. Any thread may read a Dict, also one that others hold; compare functions run in the thread that searches.
-    A variable that mutators work on belongs to one thread at a time.
+    A variable that mutators work on belongs to one thread at a time. Compare and free functions that use this same
+    variable meanwhile find the Dict as it was, or as it has become; what they make of it while keys are compared is
+    replaced by the result of the call.
 
     Null as a Dict, as `*dict`, as a key or as a value, and an index outside the Dict, end the process. A key that is
     absent is no failure: reading gives null, -1 or false, deleting does nothing. */
@@ -140,7 +144,8 @@ QV_API void qvDictDelStringKeyWcstr( QV_DICT **dict, const wchar_t *text, QV_INT
 
 /* By value ------------------------------------------------------------------------------------------------------- */
 
-/** Deletes all entries whose value is `value` itself, or with `byCompare` compares equal to it. */
+/** Deletes all entries whose value is `value` itself, or with `byCompare` compares equal to it. Maybe nobody but the
+    Dict holds the value. Costs the length. */
 QV_API void qvDictDelValue( QV_DICT **dict, QV_OBJ *value, QV_BOOL byCompare );
 
 /* Sets of keys --------------------------------------------------------------------------------------------------- */

@@ -38,7 +38,7 @@ void freeEncoder( QV_OBJ *thisObj )
 template< class Fill >
 void appendFilled( QV_ENCODER *enc, QV_INT size, Fill fill )
 {
-    if( enc->buf->bitLength % 8 == 0 )
+    if( enc->buf->length % 8 == 0 )
     {
         fill( qv::appendRoom( &enc->buf, size ) );
         return;
@@ -343,6 +343,9 @@ void qvEncoderEncodeStringVector( QV_ENCODER *enc, QV_VECTOR *vec )
 {
     QV_CHECK( enc );
     QV_CHECK( vec );
+
+    // The text of an element can be made by a function that changes the Vector it stands in: then that becomes another.
+    qv::Ref< QV_VECTOR > held = qv::Ref< QV_VECTOR >::share( vec );
 
     qvEncoderEncodeInt( enc, vec->length );
 

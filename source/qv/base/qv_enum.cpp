@@ -5,6 +5,7 @@
 #include "qv/base/qv_name.h"
 #include "qv/base/qv_string.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 
 struct QV_ENUM : QV_OBJ
 {
@@ -21,6 +22,21 @@ void freeEnum( QV_OBJ *thisObj )
     QV_ENUM *en = qvEnumFrom( thisObj );
     qv::drop( en->nameToValue );
     qv::drop( en->valueToName );
+}
+
+// Each value's name has that value.
+[[maybe_unused]] bool holds( QV_ENUM *en )
+{
+    bool all = true;
+
+    for( QV_INT i = 0; i < qvDictLength( en->valueToName ) && all; i++ )
+    {
+        qv::Ref< QV_BOXED_INT > value( qvBoxedIntFrom( qvDictKeyAt( en->valueToName, i ) ) );
+        qv::Ref< QV_STRING >    name( qvStringFrom( qvDictValueAt( en->valueToName, i ) ) );
+        all = qvEnumEnumerant( en, name ) == qvBoxedIntValue( value );
+    }
+
+    return all;
 }
 
 void deleteName( QV_ENUM *en, QV_STRING *name )
@@ -93,12 +109,16 @@ void qvEnumSetEnumerant( QV_ENUM **en, QV_STRING *name, QV_INT value )
     QV_CHECK( qvNameUpperCaseOk( name, QV_TRUE ) );
     QV_CHECK( value >= 0 );
 
+    // The Enum may hold the only reference to the name.
+    qv::Ref< QV_STRING > alive = qv::Ref< QV_STRING >::share( name );
+
     qv::makePrivate( en, qvEnumCreateFrom );
     deleteName( *en, name );
 
     qv::Ref< QV_BOXED_INT > boxed( qvBoxedIntCreate( value ) );
     qvDictSetStringKey( &(*en)->nameToValue, name, qvBoxedIntObj( boxed ) );
     qvDictSetObjKey( &(*en)->valueToName, qvBoxedIntObj( boxed ), qvStringObj( name ) );
+    QV_ASSERT( holds( *en ) );
 }
 
 void qvEnumDelEnumerant( QV_ENUM **en, QV_STRING *name )
@@ -111,8 +131,12 @@ void qvEnumDelEnumerant( QV_ENUM **en, QV_STRING *name )
     if( !qvEnumHasEnumerant( *en, name ) )
         return;
 
+    // The Enum may hold the only reference to the name.
+    qv::Ref< QV_STRING > alive = qv::Ref< QV_STRING >::share( name );
+
     qv::makePrivate( en, qvEnumCreateFrom );
     deleteName( *en, name );
+    QV_ASSERT( holds( *en ) );
 }
 
 QV_STRING *qvEnumGenerate( QV_ENUM *en, QV_INT value )
@@ -143,32 +167,55 @@ QV_INT qvEnumParse( QV_ENUM *en, QV_STRING *name )
 
 /* The forms with text from outside ------------------------------------------------------------------------------- */
 
-#define ENUM_TEXT_FORMS( Form, Unit )                                                                                  \
-    QV_INT qvEnumEnumerant##Form( QV_ENUM *en, const Unit *text, QV_INT length )                                       \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        return qvEnumEnumerant( en, name );                                                                            \
-    }                                                                                                                  \
-                                                                                                                       \
-    QV_BOOL qvEnumHasEnumerant##Form( QV_ENUM *en, const Unit *text, QV_INT length )                                   \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        return qvEnumHasEnumerant( en, name );                                                                         \
-    }                                                                                                                  \
-                                                                                                                       \
-    void qvEnumSetEnumerant##Form( QV_ENUM **en, const Unit *text, QV_INT length, QV_INT value )                       \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        qvEnumSetEnumerant( en, name, value );                                                                         \
-    }                                                                                                                  \
-                                                                                                                       \
-    void qvEnumDelEnumerant##Form( QV_ENUM **en, const Unit *text, QV_INT length )                                     \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        qvEnumDelEnumerant( en, name );                                                                                \
-    }
+namespace
+{
+qv::Ref< QV_STRING > stringOf( const char *cstr, QV_INT length )
+{
+    return qv::Ref< QV_STRING >( qvStringCreateFromCstr( cstr, length ) );
+}
 
-ENUM_TEXT_FORMS( Cstr, char )
-ENUM_TEXT_FORMS( Wcstr, wchar_t )
+qv::Ref< QV_STRING > stringOf( const wchar_t *wcstr, QV_INT length )
+{
+    return qv::Ref< QV_STRING >( qvStringCreateFromWcstr( wcstr, length ) );
+}
+} // namespace
 
-#undef ENUM_TEXT_FORMS
+QV_INT qvEnumEnumerantCstr( QV_ENUM *en, const char *cstr, QV_INT length )
+{
+    return qvEnumEnumerant( en, stringOf( cstr, length ) );
+}
+
+QV_BOOL qvEnumHasEnumerantCstr( QV_ENUM *en, const char *cstr, QV_INT length )
+{
+    return qvEnumHasEnumerant( en, stringOf( cstr, length ) );
+}
+
+void qvEnumSetEnumerantCstr( QV_ENUM **en, const char *cstr, QV_INT length, QV_INT value )
+{
+    qvEnumSetEnumerant( en, stringOf( cstr, length ), value );
+}
+
+void qvEnumDelEnumerantCstr( QV_ENUM **en, const char *cstr, QV_INT length )
+{
+    qvEnumDelEnumerant( en, stringOf( cstr, length ) );
+}
+
+QV_INT qvEnumEnumerantWcstr( QV_ENUM *en, const wchar_t *wcstr, QV_INT length )
+{
+    return qvEnumEnumerant( en, stringOf( wcstr, length ) );
+}
+
+QV_BOOL qvEnumHasEnumerantWcstr( QV_ENUM *en, const wchar_t *wcstr, QV_INT length )
+{
+    return qvEnumHasEnumerant( en, stringOf( wcstr, length ) );
+}
+
+void qvEnumSetEnumerantWcstr( QV_ENUM **en, const wchar_t *wcstr, QV_INT length, QV_INT value )
+{
+    qvEnumSetEnumerant( en, stringOf( wcstr, length ), value );
+}
+
+void qvEnumDelEnumerantWcstr( QV_ENUM **en, const wchar_t *wcstr, QV_INT length )
+{
+    qvEnumDelEnumerant( en, stringOf( wcstr, length ) );
+}

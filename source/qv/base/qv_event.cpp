@@ -12,7 +12,7 @@ void retainIfAny( T *object )
 }
 } // namespace
 
-qv::Action qv::retainAction( Action action )
+qv::Action qv::retainAction( const Action &action )
 {
     retainIfAny( action.arg );
     retainIfAny( action.barrier );
@@ -23,21 +23,17 @@ qv::Action qv::retainAction( Action action )
     return action;
 }
 
-void qv::freeHandleImp( HandleImp *imp )
+void qv::dropAction( Action *action )
 {
-    drop( imp->monitor );
-    drop( imp->action.arg );
-    drop( imp->action.barrier );
-    drop( imp->action.condSet );
-    drop( imp->action.signal );
-    drop( imp->action.alert );
+    drop( action->arg );
+    drop( action->barrier );
+    drop( action->condSet );
+    drop( action->signal );
+    drop( action->alert );
 }
 
-void qv::fireHandleImp( HandleImp *imp )
+void qv::fireAction( const Action &action )
 {
-    HeldMonitor   held( imp->monitor );
-    const Action &action = imp->action;
-
     if( action.func )
         action.func( action.arg );
 
@@ -54,6 +50,18 @@ void qv::fireHandleImp( HandleImp *imp )
         qvAlertSet( action.alert );
 }
 
+void qv::freeHandleImp( HandleImp *imp )
+{
+    drop( imp->monitor );
+    dropAction( &imp->action );
+}
+
+void qv::fireHandleImp( HandleImp *imp )
+{
+    HeldMonitor held( imp->monitor );
+    fireAction( imp->action );
+}
+
 void qv::haltHandleImp( HandleImp *imp )
 {
     Action action;
@@ -63,10 +71,6 @@ void qv::haltHandleImp( HandleImp *imp )
         action = std::exchange( imp->action, Action() );
     }
 
-    // Behind the monitor: these may be last references, and what ends may fire the events that this is a target of.
-    release( action.arg );
-    release( action.barrier );
-    release( action.condSet );
-    release( action.signal );
-    release( action.alert );
+    // After the monitor: these may be last references, and what ends may fire the events that this is a target of.
+    dropAction( &action );
 }

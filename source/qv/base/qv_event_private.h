@@ -25,6 +25,7 @@
 #include "qv/base/qv_signal.h"
 #include "qv/base/qv_signalable_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 
 namespace qv
 {
@@ -65,7 +66,7 @@ struct Targets
 
     bool any() const
     {
-        return slot || ( more && more->length > 0 );
+        return slot || ( more && qvDictLength( more ) > 0 );
     }
 
     void add( T *target )
@@ -85,13 +86,15 @@ struct Targets
         qvDictSetObjKey( &more, obj( target ), obj( target ) );
     }
 
-    void del( T *target )
+    /** Gives the reference of the slot, if the target was there: it may be the only one. */
+    Ref< T > del( T *target )
     {
-        if( slot == target )
-            release( std::exchange( slot, nullptr ) );
+        Ref< T > fromSlot( slot == target ? std::exchange( slot, nullptr ) : nullptr );
 
         if( more )
             qvDictDelObjKey( &more, obj( target ) );
+
+        return fromSlot;
     }
 
     void fireAndForget( bool keepDict )
@@ -105,8 +108,11 @@ struct Targets
         if( !more )
             return;
 
-        for( QV_INT i = 0; i < more->length; i++ )
-            fire( reinterpret_cast< T * >( more->items[i].key ) );
+        for( QV_INT i = 0; i < qvDictLength( more ); i++ )
+        {
+            Ref< QV_OBJ > target( qvDictKeyAt( more, i ) );
+            fire( reinterpret_cast< T * >( target.get() ) );
+        }
 
         if( keepDict )
             qv___DictClear( &more );
@@ -127,6 +133,19 @@ Event *createEvent( QV_SORT *sort )
     event->eachKind( []( auto &targets ) { targets = {}; } );
 
     return event;
+}
+
+/** What holds between operations, with the monitor held: an event that has happened has no targets, nor a barrier if it
+    is for ever; a barrier is open while the event has happened. */
+template< class Event >
+bool holds( Event *event )
+{
+    bool happened = event->happened();
+    bool all      = !event->waitBarrier || ( !( happened && Event::ONE_SHOT )
+                                             && happened != static_cast< bool >( qvBarrierIsBlocked( event->waitBarrier ) ) );
+
+    event->eachKind( [&]( const auto &targets ) { all = all && !( happened && targets.any() ); } );
+    return all;
 }
 
 /** Gives up all that the event holds and fires nothing. */
@@ -162,6 +181,7 @@ void fireEvent( Event *event )
     }
 
     event->eachKind( []( auto &targets ) { targets.fireAndForget( !Event::ONE_SHOT ); } );
+    QV_ASSERT( holds( event ) );
 }
 
 /** True when the event was found to have happened within so many milliseconds. The barrier is passed with no monitor
@@ -181,6 +201,7 @@ QV_BOOL waitForEvent( Event *event, QV_INT millisec )
         if( !event->waitBarrier )
             event->waitBarrier = qvBarrierCreate( event->happened() ? QV_FALSE : QV_TRUE );
 
+        QV_ASSERT( holds( event ) );
         barrier = Ref< QV_BARRIER >::share( event->waitBarrier );
     }
 
@@ -196,26 +217,29 @@ void addTarget( Event *event, Targets< T > &targets, T *target )
         fire( target );
     else
         targets.add( target );
+
+    QV_ASSERT( holds( event ) );
 }
 
 template< class Event, class T >
 void delTarget( Event *event, Targets< T > &targets, T *target )
 {
+    Ref< T >    last; // ends after the monitor
     HeldMonitor held( event->monitor );
-    targets.del( target );
+    last = targets.del( target );
 }
 
-/** Defines `qv<Event>Add<Kind>` and `qv<Event>Del<Kind>`: the argument is `target`, what the event holds of it is
+/** Defines the functions that add and delete targets of one kind: the argument is `target`, what the event holds of it is
     `kept`, and it holds it in the field `targets`. */
-#define QV___EVENT_TARGET( Event, EVENT, event, Kind, KIND, target, targets, kept )                                    \
-    void qv##Event##Add##Kind( EVENT *event, KIND *target )                                                            \
+#define QV___EVENT_TARGET( Add, Del, EVENT, event, KIND, target, targets, kept )                                       \
+    void Add( EVENT *event, KIND *target )                                                                             \
     {                                                                                                                  \
         QV_CHECK( event );                                                                                             \
         QV_CHECK( target );                                                                                            \
         qv::addTarget( event, event->targets, kept );                                                                  \
     }                                                                                                                  \
                                                                                                                        \
-    void qv##Event##Del##Kind( EVENT *event, KIND *target )                                                            \
+    void Del( EVENT *event, KIND *target )                                                                             \
     {                                                                                                                  \
         QV_CHECK( event );                                                                                             \
         QV_CHECK( target );                                                                                            \
@@ -224,7 +248,7 @@ void delTarget( Event *event, Targets< T > &targets, T *target )
 
 /* Handles -------------------------------------------------------------------------------------------------------- */
 
-/** What a handle fires: all of it that is not null. */
+/** What a handle or a timer fires: all of it that is not null. */
 struct Action
 {
     void ( *func )( QV_OBJ *arg ) = nullptr;
@@ -243,7 +267,13 @@ struct HandleImp : QV_OBJ
     Action      action;  // with references of its own
 };
 
-Action retainAction( Action action );
+/** Takes references to what an action names, and gives it. */
+Action retainAction( const Action &action );
+
+/** Gives up these references, when what holds the action ends. */
+void dropAction( Action *action );
+
+void fireAction( const Action &action );
 
 /** The sort is that of the handle's family; takes references to what the action names. */
 template< class Imp >

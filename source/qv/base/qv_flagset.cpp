@@ -6,6 +6,7 @@
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 
 #include <utility>
@@ -27,6 +28,17 @@ void freeFlagset( QV_OBJ *thisObj )
 
     for( QV_STRING *&name : fs->bitNames )
         qv::drop( name );
+}
+
+// Each bit's name has that bit.
+[[maybe_unused]] bool holds( QV_FLAGSET *fs )
+{
+    bool all = true;
+
+    for( QV_INT bit = 0; bit < QV_INT_BITS && all; bit++ )
+        all = !fs->bitNames[bit] || qvFlagsetFlag( fs, fs->bitNames[bit] ) == qvIntBitSet( 0, bit );
+
+    return all;
 }
 
 void deleteName( QV_FLAGSET *fs, QV_STRING *name )
@@ -103,12 +115,16 @@ void qvFlagsetSetFlag( QV_FLAGSET **fs, QV_STRING *name, QV_INT value )
     QV_CHECK( qvNameUpperCaseOk( name, QV_TRUE ) );
     QV_CHECK( value && qvIntBitHighest( value ) == qvIntBitLowest( value ) );
 
+    // The Flagset may hold the only reference to the name.
+    qv::Ref< QV_STRING > alive = qv::Ref< QV_STRING >::share( name );
+
     qv::makePrivate( fs, qvFlagsetCreateFrom );
     deleteName( *fs, name );
 
     qv::Ref< QV_BOXED_INT > boxed( qvBoxedIntCreate( value ) );
     qvDictSetStringKey( &(*fs)->nameToValue, name, qvBoxedIntObj( boxed ) );
     qv::assign( &(*fs)->bitNames[qvIntBitLowest( value )], qv::retain( name ) );
+    QV_ASSERT( holds( *fs ) );
 }
 
 void qvFlagsetDelFlag( QV_FLAGSET **fs, QV_STRING *name )
@@ -121,8 +137,12 @@ void qvFlagsetDelFlag( QV_FLAGSET **fs, QV_STRING *name )
     if( !qvFlagsetHasFlag( *fs, name ) )
         return;
 
+    // The Flagset may hold the only reference to the name.
+    qv::Ref< QV_STRING > alive = qv::Ref< QV_STRING >::share( name );
+
     qv::makePrivate( fs, qvFlagsetCreateFrom );
     deleteName( *fs, name );
+    QV_ASSERT( holds( *fs ) );
 }
 
 QV_STRING *qvFlagsetGenerate( QV_FLAGSET *fs, QV_INT flags )
@@ -175,32 +195,55 @@ QV_INT qvFlagsetParse( QV_FLAGSET *fs, QV_STRING *flags )
 
 /* The forms with text from outside ------------------------------------------------------------------------------- */
 
-#define FLAGSET_TEXT_FORMS( Form, Unit )                                                                               \
-    QV_INT qvFlagsetFlag##Form( QV_FLAGSET *fs, const Unit *text, QV_INT length )                                      \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        return qvFlagsetFlag( fs, name );                                                                              \
-    }                                                                                                                  \
-                                                                                                                       \
-    QV_BOOL qvFlagsetHasFlag##Form( QV_FLAGSET *fs, const Unit *text, QV_INT length )                                  \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        return qvFlagsetHasFlag( fs, name );                                                                           \
-    }                                                                                                                  \
-                                                                                                                       \
-    void qvFlagsetSetFlag##Form( QV_FLAGSET **fs, const Unit *text, QV_INT length, QV_INT value )                      \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        qvFlagsetSetFlag( fs, name, value );                                                                           \
-    }                                                                                                                  \
-                                                                                                                       \
-    void qvFlagsetDelFlag##Form( QV_FLAGSET **fs, const Unit *text, QV_INT length )                                    \
-    {                                                                                                                  \
-        qv::Ref< QV_STRING > name( qvStringCreateFrom##Form( text, length ) );                                         \
-        qvFlagsetDelFlag( fs, name );                                                                                  \
-    }
+namespace
+{
+qv::Ref< QV_STRING > stringOf( const char *cstr, QV_INT length )
+{
+    return qv::Ref< QV_STRING >( qvStringCreateFromCstr( cstr, length ) );
+}
 
-FLAGSET_TEXT_FORMS( Cstr, char )
-FLAGSET_TEXT_FORMS( Wcstr, wchar_t )
+qv::Ref< QV_STRING > stringOf( const wchar_t *wcstr, QV_INT length )
+{
+    return qv::Ref< QV_STRING >( qvStringCreateFromWcstr( wcstr, length ) );
+}
+} // namespace
 
-#undef FLAGSET_TEXT_FORMS
+QV_INT qvFlagsetFlagCstr( QV_FLAGSET *fs, const char *cstr, QV_INT length )
+{
+    return qvFlagsetFlag( fs, stringOf( cstr, length ) );
+}
+
+QV_BOOL qvFlagsetHasFlagCstr( QV_FLAGSET *fs, const char *cstr, QV_INT length )
+{
+    return qvFlagsetHasFlag( fs, stringOf( cstr, length ) );
+}
+
+void qvFlagsetSetFlagCstr( QV_FLAGSET **fs, const char *cstr, QV_INT length, QV_INT value )
+{
+    qvFlagsetSetFlag( fs, stringOf( cstr, length ), value );
+}
+
+void qvFlagsetDelFlagCstr( QV_FLAGSET **fs, const char *cstr, QV_INT length )
+{
+    qvFlagsetDelFlag( fs, stringOf( cstr, length ) );
+}
+
+QV_INT qvFlagsetFlagWcstr( QV_FLAGSET *fs, const wchar_t *wcstr, QV_INT length )
+{
+    return qvFlagsetFlag( fs, stringOf( wcstr, length ) );
+}
+
+QV_BOOL qvFlagsetHasFlagWcstr( QV_FLAGSET *fs, const wchar_t *wcstr, QV_INT length )
+{
+    return qvFlagsetHasFlag( fs, stringOf( wcstr, length ) );
+}
+
+void qvFlagsetSetFlagWcstr( QV_FLAGSET **fs, const wchar_t *wcstr, QV_INT length, QV_INT value )
+{
+    qvFlagsetSetFlag( fs, stringOf( wcstr, length ), value );
+}
+
+void qvFlagsetDelFlagWcstr( QV_FLAGSET **fs, const wchar_t *wcstr, QV_INT length )
+{
+    qvFlagsetDelFlag( fs, stringOf( wcstr, length ) );
+}

@@ -58,7 +58,7 @@ QV_STRING *TextBuilder::give()
     if( chars_ == own_ )
     {
         QV_STRING *qvs = createString( length_ );
-        std::copy_n( own_, length_, qvs->chars );
+        std::copy_n( own_, length_, qv::chars( qvs ) );
 
         return qvs;
     }

@@ -29,9 +29,17 @@ QV_GENERATION *create( QV_GENERATION *parent, QV_VECTOR *path, QV_INT number )
 void free( QV_OBJ *thisObj )
 {
     QV_GENERATION *generation = qvGenerationFrom( thisObj );
-    qv::drop( generation->parent );
     qv::drop( generation->monitor );
     qv::drop( generation->path );
+
+    // Ancestors that nobody else holds end here one by one, each without its parent: a long line would need as many calls
+    // inside each other. A count of 1 is the reference in hand, so nobody can read what is taken out.
+    QV_GENERATION *ancestor = std::exchange( generation->parent, nullptr );
+
+    while( ancestor && !qv::isShared( ancestor ) )
+        qv::release( std::exchange( ancestor, std::exchange( ancestor->parent, nullptr ) ) );
+
+    qv::release( ancestor );
 }
 
 QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )

@@ -8,7 +8,7 @@
     A root gets the next number of the process, a child the path of its parent and the next number of that parent; both
     count from 0, and no two generations get one path. Generations order by their paths: a parent comes before its
     children, children come in the order of their birth, and who comes first is the older one. The text is the numbers
-    with colons between them. A generation keeps its parent alive.
+    with colons between them. A generation keeps its parent alive, and costs memory by the length of its path.
 
     Callable from any thread. Null ends the process. */
 

@@ -10,30 +10,161 @@
 #include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_int.h"
+#include "qv/sys/qv_mem.h"
 #include "qv/sys/qv_real.h"
+
+namespace
+{
+// One element of what remains to be read. They are linked, in order, by their indexes in one block.
+struct Argument
+{
+    QV_OBJ *obj;
+    QV_INT  letters; // of a text like `-abc`, how many of the options were read
+    QV_INT  next;    // or NONE
+    QV_INT  runEnd;  // from an object here up to the one at this index all are objects
+};
+} // namespace
 
 struct QV_OPT_SEQ : QV_OBJ
 {
     QV_OPT_DEF   *def;
-    QV_VECTOR    *argv; // what remains to be read
-    QV_INT        id;   // of the last step
+    Argument     *args;   // as they were given
+    QV_INT        first;  // of those that remain, or NONE
+    QV_INT        length; // how many remain
+    QV_VECTOR    *argv;   // what remains, as a Vector; null until somebody asks
+    QV_INT        id;     // of the last step
     QV_INT        idSecondary;
-    QV_STRING    *opt;     // or null, as are the next two
+    QV_STRING    *opt;    // or null, as are the next two
     QV_OBJ       *arg;
     QV_STRING    *error;
     QV_RANGE_MAP *once;    // ids seen that may appear once
-    QV_BOOL       options; // false behind `--`
+    QV_BOOL       options; // false after `--`
 };
 
 namespace
 {
+const QV_INT  NONE = -1;
 const QV_CHAR DASH = U'-';
+
+bool isText( QV_OBJ *object )
+{
+    return qvObjSort( object ) == qvStringSort();
+}
+
+/* What remains to be read ---------------------------------------------------------------------------------------- */
+
+// The links lead through all that remains, and runs consist of objects. Looked at where there are few, since it is looked
+// at in every step.
+[[maybe_unused]] bool holds( QV_OPT_SEQ *seq )
+{
+    const QV_INT FEW = 64;
+
+    if( seq->length > FEW )
+        return true;
+
+    QV_INT count = 0, runEnd = NONE;
+
+    for( QV_INT i = seq->first; i != NONE && count <= FEW; i = seq->args[i].next, count++ )
+    {
+        if( isText( seq->args[i].obj ) ? runEnd > i : seq->args[i].runEnd < i )
+            return false;
+
+        runEnd = qvIntMax( runEnd, seq->args[i].runEnd );
+    }
+
+    return count == seq->length;
+}
+
+// The element as it would be without the options that were read from it, as a new reference.
+QV_OBJ *whatIsLeft( const Argument &argument )
+{
+    if( argument.letters == 0 )
+        return qv::retain( argument.obj );
+
+    QV_STRING           *whole = qvStringFrom( argument.obj );
+    QV_INT               from  = argument.letters;
+    qv::Ref< QV_STRING > text( qvStringCreateFromInner( whole, from, qvStringLength( whole ) - from ) );
+    qvStringSetCharAt( text.at(), 0, DASH );
+
+    return qvStringObj( text.give() );
+}
+
+void forgetVector( QV_OPT_SEQ *seq )
+{
+    qv::assign( &seq->argv, static_cast< QV_VECTOR * >( nullptr ) );
+}
+
+// Drops the element that the link `at` leads to.
+void dropNext( QV_OPT_SEQ *seq, QV_INT *at )
+{
+    Argument &dropped = seq->args[*at];
+
+    // The rest of a run is one.
+    if( dropped.runEnd > *at )
+        seq->args[dropped.next].runEnd = dropped.runEnd;
+
+    *at = dropped.next;
+    seq->length--;
+    qv::release( dropped.obj );
+    forgetVector( seq );
+}
+
+// The same, with what is left of it as a reference of the caller's.
+qv::Ref< QV_OBJ > takeNext( QV_OPT_SEQ *seq, QV_INT *at )
+{
+    qv::Ref< QV_OBJ > taken( whatIsLeft( seq->args[*at] ) );
+    dropNext( seq, at );
+
+    return taken;
+}
+
+// Passes over the object that the link `at` leads to and all that follow it; gives the link after them. Their first one
+// remembers the last one, so that no later step walks through them again.
+QV_INT *passObjects( QV_OPT_SEQ *seq, QV_INT *at )
+{
+    QV_INT last = seq->args[*at].runEnd;
+
+    for( QV_INT next; ( next = seq->args[last].next ) != NONE && !isText( seq->args[next].obj ); )
+        last = seq->args[next].runEnd;
+
+    seq->args[*at].runEnd = last;
+    return &seq->args[last].next;
+}
+
+void dropAll( QV_OPT_SEQ *seq )
+{
+    while( seq->first != NONE )
+        dropNext( seq, &seq->first );
+}
+
+// A `--` at the very end leaves nothing to report.
+void dropFinalDashes( QV_OPT_SEQ *seq )
+{
+    QV_ASSERT( holds( seq ) );
+
+    if( seq->length != 1 )
+        return;
+
+    const Argument &last = seq->args[seq->first];
+
+    if( !isText( last.obj ) || qvStringLength( qvStringFrom( last.obj ) ) - last.letters != 2 )
+        return;
+
+    qv::Ref< QV_OBJ > left( whatIsLeft( last ) );
+
+    if( qvStringEqualsCstr( qvStringFrom( left ), "--", -1 ) )
+        dropAll( seq );
+}
 
 void freeOptSeq( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
     QV_OPT_SEQ *seq = qvOptSeqFrom( thisObj );
+    dropAll( seq );
+    qvMemFree( seq->args );
     qv::drop( seq->def );
     qv::drop( seq->argv );
     qv::drop( seq->opt );
@@ -42,27 +173,12 @@ void freeOptSeq( QV_OBJ *thisObj )
     qv::drop( seq->once );
 }
 
+/* One step ------------------------------------------------------------------------------------------------------- */
+
 template< class T >
 T *shareOrNull( T *object )
 {
     return object ? qv::retain( object ) : nullptr;
-}
-
-bool isText( QV_OBJ *object )
-{
-    return qvObjSort( object ) == qvStringSort();
-}
-
-// A `--` at the very end leaves nothing to report.
-void dropFinalDashes( QV_OPT_SEQ *seq )
-{
-    if( qvVectorLength( seq->argv ) != 1 )
-        return;
-
-    qv::Ref< QV_OBJ > last( qvVectorObjAt( seq->argv, 0 ) );
-
-    if( isText( last ) && qvStringEqualsCstr( qvStringFrom( last ), "--", -1 ) )
-        qvVectorClear( &seq->argv );
 }
 
 void clearOption( QV_OPT_SEQ *seq )
@@ -94,23 +210,19 @@ QV_INT fail( QV_OPT_SEQ *seq, QV_INT id )
 }
 
 // The next element becomes the argument, if there is one.
-bool takeArgument( QV_OPT_SEQ *seq, QV_INT i )
+bool takeArgument( QV_OPT_SEQ *seq, QV_INT *at )
 {
-    if( i >= qvVectorLength( seq->argv ) )
+    if( *at == NONE )
         return false;
 
-    qv::assign( &seq->arg, qvVectorObjAt( seq->argv, i ) );
-    qvVectorDelAt( &seq->argv, i );
-
+    qv::assign( &seq->arg, takeNext( seq, at ).give() );
     return true;
 }
 
-QV_INT readPlainArgument( QV_OPT_SEQ *seq, QV_INT i )
+QV_INT readPlainArgument( QV_OPT_SEQ *seq, QV_INT *at )
 {
-    qv::Ref< QV_OBJ > element( qvVectorObjAt( seq->argv, i ) );
-    qvVectorDelAt( &seq->argv, i );
-
-    QV_INT argOnly = qvOptDefArgOnly( seq->def );
+    qv::Ref< QV_OBJ > element = takeNext( seq, at );
+    QV_INT            argOnly = qvOptDefArgOnly( seq->def );
 
     if( argOnly < 0 )
         return fail( seq, QV_OPT_SEQ_ARGUMENT_DISALLOWED_ALONE );
@@ -120,49 +232,36 @@ QV_INT readPlainArgument( QV_OPT_SEQ *seq, QV_INT i )
 }
 
 // Reads the first option of a text like `-abc` and leaves the others.
-QV_INT readShortOption( QV_OPT_SEQ *seq, QV_INT i, qv::Ref< QV_STRING > text )
+QV_INT readShortOption( QV_OPT_SEQ *seq, QV_INT *at, qv::Ref< QV_STRING > text )
 {
-    QV_CHAR c        = qvStringCharAt( text, 1 );
+    QV_INT  letter   = ++seq->args[*at].letters;
+    QV_CHAR c        = qvStringCharAt( text, letter );
     QV_INT  id       = qvOptDefShortOpt( seq->def, c );
-    bool    textLeft = qvStringLength( text ) > 2;
+    QV_INT  left     = qvStringLength( text ) - letter - 1;
+    bool    takesArg = id >= 0 && ( qvOptDefFlags( seq->def, id ) & QV_OPT_FLAG_ARGUMENT );
 
-    if( textLeft )
-    {
-        qvStringDelInner( text.at(), 1, 1 );
-        qvVectorSetObjAt( &seq->argv, i, qvStringObj( text ) );
-    }
+    if( left > 0 && !takesArg )
+        forgetVector( seq );
     else
-    {
-        qvVectorDelAt( &seq->argv, i );
-    }
+        dropNext( seq, at );
 
     qv::assign( &seq->opt, qvStringCreateFromFormatCstr( "-%c", -1, c ) );
 
     if( id < 0 )
         return fail( seq, id );
 
-    if( !( qvOptDefFlags( seq->def, id ) & QV_OPT_FLAG_ARGUMENT ) )
-        return id;
-
-    if( textLeft )
-    {
-        qvVectorDelAt( &seq->argv, i );
-        qvStringDelLeading( text.at(), 1 );
-        qv::assign( &seq->arg, qvStringObj( text.give() ) );
-    }
-    else if( !takeArgument( seq, i ) )
-    {
+    if( takesArg && left > 0 )
+        qv::assign( &seq->arg, qvStringObj( qvStringCreateFromInner( text, letter + 1, left ) ) );
+    else if( takesArg && !takeArgument( seq, at ) )
         return fail( seq, QV_OPT_SEQ_ARGUMENT_MISSING );
-    }
 
     return id;
 }
 
-QV_INT readLongOption( QV_OPT_SEQ *seq, QV_INT i, qv::Ref< QV_STRING > text )
+QV_INT readLongOption( QV_OPT_SEQ *seq, QV_INT *at )
 {
-    qvVectorDelAt( &seq->argv, i );
-
-    QV_INT equals = qvStringFindChar( text, 2, U'=' );
+    qv::Ref< QV_STRING > text( qvStringFrom( takeNext( seq, at ).give() ) );
+    QV_INT               equals = qvStringFindChar( text, 2, U'=' );
 
     if( equals >= 0 )
     {
@@ -184,7 +283,7 @@ QV_INT readLongOption( QV_OPT_SEQ *seq, QV_INT i, qv::Ref< QV_STRING > text )
 
     QV_INT flags = qvOptDefFlags( seq->def, id );
 
-    if( ( flags & QV_OPT_FLAG_ARGUMENT ) && !seq->arg && !takeArgument( seq, i ) )
+    if( ( flags & QV_OPT_FLAG_ARGUMENT ) && !seq->arg && !takeArgument( seq, at ) )
         return fail( seq, QV_OPT_SEQ_ARGUMENT_MISSING );
 
     if( ( flags & QV_OPT_FLAG_NO_ABBREV ) && abbreviated )
@@ -196,46 +295,48 @@ QV_INT readLongOption( QV_OPT_SEQ *seq, QV_INT i, qv::Ref< QV_STRING > text )
     return id;
 }
 
+// Objects are passed over as long as options may follow; they are read, in order, when there is nothing else. What comes
+// after an ignored option is left for the next step.
 QV_INT step( QV_OPT_SEQ *seq )
 {
-    QV_INT length = qvVectorLength( seq->argv );
-    bool   passed = false;
-    QV_INT i      = 0;
+    const QV_INT length    = seq->length;
+    QV_INT      *at        = &seq->first; // the link to the element that is looked at
+    bool         afterPass = false;
 
-    while( i < qvVectorLength( seq->argv ) )
+    while( *at != NONE )
     {
-        qv::Ref< QV_OBJ > obj( qvVectorObjAt( seq->argv, i ) );
+        const Argument &next = seq->args[*at];
+        QV_OBJ         *obj  = next.obj;
         QV_CHECK( obj );
 
         if( !isText( obj ) && qvOptDefReorder( seq->def ) && seq->options )
         {
-            passed = true;
-            i++;
-
-            if( i >= length )
-                break;
-
+            at        = passObjects( seq, at );
+            afterPass = true;
             continue;
         }
 
-        qv::Ref< QV_STRING > text;
+        afterPass = false;
 
-        if( isText( obj ) )
-            text.reset( qvStringFrom( obj.give() ) );
+        if( !isText( obj ) )
+            return readPlainArgument( seq, at );
 
-        if( !text || !seq->options || qvStringLength( text ) < 2 || qvStringCharAt( text, 0 ) != DASH )
-            return readPlainArgument( seq, i );
+        qv::Ref< QV_STRING > text = qv::Ref< QV_STRING >::share( qvStringFrom( obj ) );
+        QV_INT               left = qvStringLength( text ) - next.letters;
 
-        bool isLong = qvStringCharAt( text, 1 ) == DASH;
+        if( !seq->options || left < 2 || qvStringCharAt( text, 0 ) != DASH )
+            return readPlainArgument( seq, at );
 
-        if( isLong && qvStringLength( text ) == 2 )
+        bool isLong = qvStringCharAt( text, 1 + next.letters ) == DASH;
+
+        if( isLong && left == 2 )
         {
             seq->options = QV_FALSE;
-            qvVectorDelAt( &seq->argv, i );
+            dropNext( seq, at );
             return step( seq );
         }
 
-        QV_INT id = isLong ? readLongOption( seq, i, std::move( text ) ) : readShortOption( seq, i, std::move( text ) );
+        QV_INT id = isLong ? readLongOption( seq, at ) : readShortOption( seq, at, std::move( text ) );
 
         if( id < 0 )
             return id;
@@ -255,11 +356,14 @@ QV_INT step( QV_OPT_SEQ *seq )
             return id;
 
         clearOption( seq );
-        i++;
+
+        // An object is passed over anyhow, and with those that follow it.
+        if( *at != NONE && ( isText( seq->args[*at].obj ) || !qvOptDefReorder( seq->def ) ) )
+            at = &seq->args[*at].next;
     }
 
-    // Objects that were passed over are read in order now.
-    if( passed )
+    // The objects are all there was.
+    if( afterPass && seq->length == length )
     {
         seq->options = QV_FALSE;
         return step( seq );
@@ -268,9 +372,25 @@ QV_INT step( QV_OPT_SEQ *seq )
     return QV_OPT_SEQ_NOTHING;
 }
 
+/* Arguments of a kind -------------------------------------------------------------------------------------------- */
+
+bool argHasSort( QV_OPT_SEQ *seq, QV_SORT *sort )
+{
+    return seq->arg && qvObjSort( seq->arg ) == sort;
+}
+
+// The text of an argument that is a text or a boxed number; of no other object, whatever it says.
+qv::Ref< QV_STRING > scannedText( QV_OPT_SEQ *seq )
+{
+    bool scanned = argHasSort( seq, qvStringSort() ) || argHasSort( seq, qvBoxedIntSort() )
+                   || argHasSort( seq, qvBoxedRealSort() );
+
+    return qv::Ref< QV_STRING >( scanned ? qvObjToString( seq->arg ) : nullptr );
+}
+
 bool scansAsReal( QV_OPT_SEQ *seq, QV_REAL *value )
 {
-    qv::Ref< QV_STRING > text( qvOptSeqArgString( seq ) );
+    qv::Ref< QV_STRING > text = scannedText( seq );
     QV_INT               consumed;
 
     return text && qvStringScanReal( text, 0, -1, -1, value, &consumed ) && consumed == qvStringLength( text );
@@ -278,7 +398,7 @@ bool scansAsReal( QV_OPT_SEQ *seq, QV_REAL *value )
 
 bool scansAsInt( QV_OPT_SEQ *seq, QV_INT *value )
 {
-    qv::Ref< QV_STRING > text( qvOptSeqArgString( seq ) );
+    qv::Ref< QV_STRING > text = scannedText( seq );
     QV_INT               consumed;
 
     return text && qvStringScanInt( text, 0, -1, -1, value, &consumed ) && consumed == qvStringLength( text );
@@ -286,16 +406,11 @@ bool scansAsInt( QV_OPT_SEQ *seq, QV_INT *value )
 
 bool scansAsBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric, QV_BOOL *value )
 {
-    qv::Ref< QV_STRING > text( qvOptSeqArgString( seq ) );
+    qv::Ref< QV_STRING > text = scannedText( seq );
     QV_INT               consumed;
 
     return text && qvStringScanBool( text, 0, -1, allowNumeric, value, &consumed )
            && consumed == qvStringLength( text );
-}
-
-bool argHasSort( QV_OPT_SEQ *seq, QV_SORT *sort )
-{
-    return seq->arg && qvObjSort( seq->arg ) == sort;
 }
 } // namespace
 
@@ -306,9 +421,16 @@ QV_OPT_SEQ *qvOptSeqCreate( QV_OPT_DEF *def, QV_VECTOR *argv )
     QV_CHECK( def );
     QV_CHECK( argv );
 
+    qv::Ref< QV_VECTOR > given = qv::Ref< QV_VECTOR >::share( argv );
+
+    if( qvOptDefStringize( def ) )
+        qvVectorStringize( given.at() );
+
     QV_OPT_SEQ *seq  = qv::create< QV_OPT_SEQ >( qvOptSeqSort() );
     seq->def         = qv::retain( def );
-    seq->argv        = qv::retain( argv );
+    seq->args        = nullptr;
+    seq->first       = NONE;
+    seq->length      = qvVectorLength( given );
     seq->id          = QV_OPT_SEQ_NOTHING;
     seq->idSecondary = QV_OPT_SEQ_NOTHING;
     seq->opt         = nullptr;
@@ -317,9 +439,13 @@ QV_OPT_SEQ *qvOptSeqCreate( QV_OPT_DEF *def, QV_VECTOR *argv )
     seq->once        = qvRangeMapCreateAutoCollapsing();
     seq->options     = QV_TRUE;
 
-    if( qvOptDefStringize( def ) )
-        qvVectorStringize( &seq->argv );
+    if( seq->length > 0 )
+        seq->args = static_cast< Argument * >( qvMemAllocN( seq->length, sizeof( Argument ) ) );
 
+    for( QV_INT i = seq->length; i-- > 0; seq->first = i )
+        seq->args[i] = { qvVectorObjAt( given, i ), 0, seq->first, i };
+
+    seq->argv = given.give();
     dropFinalDashes( seq );
     return seq;
 }
@@ -327,13 +453,24 @@ QV_OPT_SEQ *qvOptSeqCreate( QV_OPT_DEF *def, QV_VECTOR *argv )
 QV_VECTOR *qvOptSeqRemainingArgv( QV_OPT_SEQ *seq )
 {
     QV_CHECK( seq );
+
+    if( !seq->argv )
+    {
+        qv::Ref< QV_VECTOR > argv( qvVectorCreate() );
+
+        for( QV_INT i = seq->first; i != NONE; i = seq->args[i].next )
+            qvVectorAppendObj( argv.at(), qv::Ref< QV_OBJ >( whatIsLeft( seq->args[i] ) ) );
+
+        seq->argv = argv.give();
+    }
+
     return qv::retain( seq->argv );
 }
 
 QV_BOOL qvOptSeqHasNext( QV_OPT_SEQ *seq )
 {
     QV_CHECK( seq );
-    return qvVectorLength( seq->argv ) > 0 ? QV_TRUE : QV_FALSE;
+    return seq->length > 0 ? QV_TRUE : QV_FALSE;
 }
 
 QV_INT qvOptSeqNext( QV_OPT_SEQ *seq )
@@ -343,7 +480,7 @@ QV_INT qvOptSeqNext( QV_OPT_SEQ *seq )
     clearOption( seq );
     qv::assign( &seq->error, static_cast< QV_STRING * >( nullptr ) );
 
-    QV_INT length = qvVectorLength( seq->argv );
+    QV_INT length = seq->length;
     QV_CHECK( length );
 
     seq->id          = step( seq );

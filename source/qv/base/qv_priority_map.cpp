@@ -2,9 +2,11 @@
 
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_dict_private.h"
+#include "qv/base/qv_held_private.h"
 #include "qv/base/qv_priority_map_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 
 using Entry = QV___PRIORITY_MAP_ENTRY;
 
@@ -83,7 +85,7 @@ QV_OBJ *neighbour( QV_PRIORITY_MAP *map, QV_INT idx, QV_INT *priority )
     if( idx < 0 || idx >= map->byPriority->length )
         return nullptr;
 
-    Entry *entry = entryOf( map->byPriority->items[idx].key );
+    Entry *entry = entryOf( qv::dictItem( map->byPriority, idx ).key );
 
     if( priority )
         *priority = entry->priority;
@@ -94,9 +96,51 @@ QV_OBJ *neighbour( QV_PRIORITY_MAP *map, QV_INT idx, QV_INT *priority )
 // Takes the entry of the object at an index of `byObject` out of the order of priorities. Nobody else holds the map.
 void takeEntry( QV_PRIORITY_MAP *map, QV_INT objectIdx )
 {
-    QV_INT idx = qvDictIndexOfObjKey( map->byPriority, map->byObject->items[objectIdx].val );
+    QV_INT idx = qvDictIndexOfObjKey( map->byPriority, qv::dictItem( map->byObject, objectIdx ).val );
     QV_CHECK( idx != -1 );
     qvDictDelAt( &map->byPriority, idx );
+}
+
+// Makes a map private and holds it for a change of both Dicts: compare functions run in between, and may use the
+// variable, where they find the map shared then.
+qv::Ref< QV_PRIORITY_MAP > holdPrivate( QV_PRIORITY_MAP **map )
+{
+    qv::makePrivate( map, qvPriorityMapCreateFrom );
+    return qv::Ref< QV_PRIORITY_MAP >::share( *map );
+}
+
+// What must be true after each change, looked at where a map is small and now and then where it is large. The order of
+// the keys the Dicts watch themselves.
+bool isSound( QV_PRIORITY_MAP *map )
+{
+    if( map->byPriority->length != map->byObject->length )
+        return false;
+
+    if( map->byPriority->length > 48 && map->byPriority->length % 64 != 0 )
+        return true;
+
+    QV_INT before = QV_INT_MIN;
+
+    for( const QV___DICT_ITEM &item : qv::dictItems( map->byPriority ) )
+    {
+        if( entryOf( item.key )->object != item.val || entryOf( item.key )->priority < before )
+            return false;
+
+        before = entryOf( item.key )->priority;
+    }
+
+    for( const QV___DICT_ITEM &item : qv::dictItems( map->byObject ) )
+        if( entryOf( item.val )->object != item.key )
+            return false;
+
+    return true;
+}
+
+// The end of a change.
+void settle( QV_PRIORITY_MAP **map, qv::Ref< QV_PRIORITY_MAP > &held )
+{
+    QV_ASSERT( isSound( held ) );
+    qv::goOnWith( map, held );
 }
 } // namespace
 
@@ -166,7 +210,7 @@ QV_INT qvPriorityMapIndexOf( QV_PRIORITY_MAP *map, QV_OBJ *obj )
     QV_CHECK( obj );
 
     QV_INT idx = qvDictIndexOfObjKey( map->byObject, obj );
-    return idx == -1 ? -1 : qvDictIndexOfObjKey( map->byPriority, map->byObject->items[idx].val );
+    return idx == -1 ? -1 : qvDictIndexOfObjKey( map->byPriority, qv::dictItem( map->byObject, idx ).val );
 }
 
 QV_OBJ *qvPriorityMapHighest( QV_PRIORITY_MAP *map, QV_INT *priority )
@@ -202,24 +246,23 @@ void qvPriorityMapSet( QV_PRIORITY_MAP **map, QV_INT priority, QV_OBJ *obj )
     QV_CHECK( obj );
 
     // Where the object is the map itself, it goes in as it was: this makes it shared.
-    qv::Ref< QV_OBJ > held = qv::Ref< QV_OBJ >::share( qv::obj( *map ) == obj ? obj : nullptr );
-    qv::makePrivate( map, qvPriorityMapCreateFrom );
+    qv::Ref< QV_OBJ >          heldObj = qv::Ref< QV_OBJ >::share( qv::obj( *map ) == obj ? obj : nullptr );
+    qv::Ref< QV_PRIORITY_MAP > own     = holdPrivate( map );
+    QV_INT                     idx     = qvDictIndexOfObjKey( own->byObject, obj );
+    bool                       isThere = idx != -1;
 
-    QV_PRIORITY_MAP *own = *map;
-    QV_INT           idx = qvDictIndexOfObjKey( own->byObject, obj );
-
-    if( idx != -1 )
+    if( !isThere || entryOf( qv::dictItem( own->byObject, idx ).val )->priority != priority )
     {
-        if( entryOf( own->byObject->items[idx].val )->priority == priority )
-            return;
+        if( isThere )
+            takeEntry( own, idx );
 
-        takeEntry( own, idx );
+        // An object that moves keeps its place in `byObject`, where only the entry is replaced.
+        qv::Ref< Entry > entry( createEntry( priority, obj ) );
+        qvDictSetObjKey( &own->byPriority, entry, obj );
+        qvDictSetObjKey( &own->byObject, obj, entry );
     }
 
-    // An object that moves keeps its place in `byObject`, where only the entry is replaced.
-    qv::Ref< Entry > entry( createEntry( priority, obj ) );
-    qvDictSetObjKey( &own->byPriority, entry, obj );
-    qvDictSetObjKey( &own->byObject, obj, entry );
+    settle( map, own );
 }
 
 void qvPriorityMapDel( QV_PRIORITY_MAP **map, QV_OBJ *obj )
@@ -228,14 +271,17 @@ void qvPriorityMapDel( QV_PRIORITY_MAP **map, QV_OBJ *obj )
     QV_CHECK( *map );
     QV_CHECK( obj );
 
-    QV_INT idx = qvDictIndexOfObjKey( (*map)->byObject, obj );
+    qv::Ref< QV_PRIORITY_MAP > found = qv::Ref< QV_PRIORITY_MAP >::share( *map );
+    QV_INT                     idx   = qvDictIndexOfObjKey( found->byObject, obj );
+    qv::goOnWith( map, found );
 
     if( idx == -1 )
         return;
 
-    qv::makePrivate( map, qvPriorityMapCreateFrom );
-    takeEntry( *map, idx );
-    qvDictDelAt( &(*map)->byObject, idx );
+    qv::Ref< QV_PRIORITY_MAP > own = holdPrivate( map );
+    takeEntry( own, idx );
+    qvDictDelAt( &own->byObject, idx );
+    settle( map, own );
 }
 
 void qvPriorityMapDelAt( QV_PRIORITY_MAP **map, QV_INT idx )
@@ -243,10 +289,9 @@ void qvPriorityMapDelAt( QV_PRIORITY_MAP **map, QV_INT idx )
     QV_CHECK( map );
     QV_CHECK( *map );
 
-    qv::makePrivate( map, qvPriorityMapCreateFrom );
-
-    QV_PRIORITY_MAP  *own = *map;
-    qv::Ref< QV_OBJ > object( qvDictValueAt( own->byPriority, idx ) );
+    qv::Ref< QV_PRIORITY_MAP > own = holdPrivate( map );
+    qv::Ref< QV_OBJ >          object( qvDictValueAt( own->byPriority, idx ) );
     qvDictDelAt( &own->byPriority, idx );
     qvDictDelObjKey( &own->byObject, object );
+    settle( map, own );
 }

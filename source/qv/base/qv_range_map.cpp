@@ -1,9 +1,11 @@
 #include "qv/base/qv_range_map.h"
 
+#include "qv/base/qv_held_private.h"
 #include "qv/base/qv_range_map_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
 
@@ -14,10 +16,84 @@ using Entry = QV___RANGE_MAP_ENTRY;
 const QV_INT GROWTH = 32; // free entries after the block has grown for one
 const QV_INT SHRINK = 64; // entries that the block gives back at once
 
+// Values that a change takes out of a map. They are released when it is done, as their free functions may use the map.
+class Gone
+{
+public:
+    Gone() = default;
+    Gone( const Gone & ) = delete;
+    Gone &operator=( const Gone & ) = delete;
+
+    ~Gone()
+    {
+        for( QV_INT i = 0; i < length_; i++ )
+            qv::release( values_[i] );
+
+        if( values_ != near_ )
+            qvMemFree( values_ );
+    }
+
+    void push( QV_OBJ *value )
+    {
+        if( length_ == size_ )
+        {
+            QV_OBJ **far =
+                static_cast< QV_OBJ ** >( qvMemReallocN( values_ == near_ ? nullptr : values_, size_ * 2, sizeof( value ) ) );
+
+            if( values_ == near_ )
+                qvMemCopyN( far, near_, length_, sizeof( value ) );
+
+            values_ = far;
+            size_ *= 2;
+        }
+
+        values_[length_++] = value;
+    }
+
+private:
+    static constexpr QV_INT NEAR = 8;
+
+    QV_OBJ  *near_[NEAR];
+    QV_OBJ **values_ = near_;
+    QV_INT   length_ = 0;
+    QV_INT   size_   = NEAR;
+};
+
+#if QV___ASSERTIONS
+// The range is in order, and so are the bounds to its neighbours.
+bool isSoundRange( QV_RANGE_MAP *map, QV_INT idx )
+{
+    const Entry &range = map->ranges[idx];
+
+    return range.value && range.startingKey <= range.endingKey
+           && ( idx == 0 || map->ranges[idx - 1].endingKey < range.startingKey );
+}
+#endif
+
+// What must be true after each change. All ranges are looked at where there are few, and now and then.
+bool isSound( [[maybe_unused]] QV_RANGE_MAP *map, [[maybe_unused]] QV_INT idx )
+{
+#if QV___ASSERTIONS
+    bool   isWhole = map->length <= 48 || map->length % 64 == 0;
+    QV_INT end     = isWhole ? map->length : qvIntMin( idx + 2, map->length );
+
+    for( QV_INT i = isWhole ? 0 : qvIntMax( qvIntMin( idx, end ) - 1, 0 ); i < end; i++ )
+        if( !isSoundRange( map, i ) )
+            return false;
+
+    return map->length >= 0 && map->length <= map->alloc
+           && qv___ObjDbgAllocationSize( map ) == map->alloc * QV_INT( sizeof( Entry ) );
+#else
+    return true;
+#endif
+}
+
 void reallocate( QV_RANGE_MAP *map, QV_INT alloc )
 {
+    qv::unpoison( map->ranges, static_cast< size_t >( map->alloc ) * sizeof( Entry ) );
     map->ranges = static_cast< Entry * >( qvMemReallocN( map->ranges, alloc, sizeof( Entry ) ) );
     map->alloc  = alloc;
+    qv::markFree( map->ranges + map->length, static_cast< size_t >( alloc - map->length ) * sizeof( Entry ) );
     qv___ObjDbgSetAllocationSizeN( map, alloc, sizeof( Entry ) );
 }
 
@@ -36,15 +112,11 @@ Entry *makeRoom( QV_RANGE_MAP *map, QV_INT idx )
     }
 
     Entry *gap = map->ranges + idx;
+    qv::unpoison( map->ranges + map->length, sizeof( Entry ) );
     qvMemMoveN( gap + 1, gap, map->length - idx, sizeof( Entry ) );
     map->length++;
 
     return gap;
-}
-
-void insert( QV_RANGE_MAP *map, QV_INT idx, QV_INT startingKey, QV_INT endingKey, QV_OBJ *value )
-{
-    *makeRoom( map, idx ) = { startingKey, endingKey, qv::retain( value ) };
 }
 
 void compact( QV_RANGE_MAP *map )
@@ -53,48 +125,78 @@ void compact( QV_RANGE_MAP *map )
         reallocate( map, map->alloc - SHRINK );
 }
 
-void deleteRanges( QV_RANGE_MAP *map, QV_INT idx, QV_INT count )
+// Takes out entries whose values others have now.
+void closeGap( QV_RANGE_MAP *map, QV_INT idx, QV_INT count )
 {
     Entry *gap = map->ranges + idx;
-
-    for( QV_INT i = 0; i < count; i++ )
-        qv::release( gap[i].value );
-
     qvMemMoveN( gap, gap + count, map->length - idx - count, sizeof( Entry ) );
     map->length -= count;
+    qv::markFree( map->ranges + map->length, static_cast< size_t >( count ) * sizeof( Entry ) );
     compact( map );
 }
 
-// Joins what touches and is equal among the ranges from `first` to `last`.
-void collapse( QV_RANGE_MAP *map, QV_INT first, QV_INT last )
+void deleteRanges( QV_RANGE_MAP *map, QV_INT idx, QV_INT count, Gone *gone )
 {
-    QV_INT kept = first;
+    for( QV_INT i = idx; i < idx + count; i++ )
+        gone->push( map->ranges[i].value );
 
-    for( QV_INT i = first + 1; i <= last; i++ )
+    closeGap( map, idx, count );
+}
+
+// Joins what touches and is equal among the ranges from `first` to `last`. Values are compared before anything changes:
+// compare functions may use the map's variable.
+void collapse( QV_RANGE_MAP **map, QV_INT first, QV_INT last, Gone *gone )
+{
+    qv::Ref< QV_RANGE_MAP > held  = qv::Ref< QV_RANGE_MAP >::share( *map );
+    const Entry            *range = held->ranges;
+    QV_INT                  count = last - first + 1;
+    bool                    near[4];
+    bool  *joins  = count <= 4 ? near : static_cast< bool * >( qvMemAllocN( count, sizeof( bool ) ) );
+    QV_INT joined = 0;
+
+    for( QV_INT i = first + 1, kept = first; i <= last; i++ )
     {
-        Entry &before = map->ranges[kept];
-        Entry &range  = map->ranges[i];
-
-        if( before.endingKey + 1 == range.startingKey && qvObjCompare( before.value, range.value ) == 0 )
-        {
-            before.endingKey = range.endingKey;
-            qv::release( range.value );
-        }
-        else
-            map->ranges[++kept] = range;
+        bool touches     = range[i - 1].endingKey + 1 == range[i].startingKey;
+        joins[i - first] = touches && qvObjCompare( range[kept].value, range[i].value ) == 0;
+        joined += joins[i - first];
+        kept = joins[i - first] ? kept : i;
     }
 
-    Entry *gap = map->ranges + kept + 1;
-    qvMemMoveN( gap, map->ranges + last + 1, map->length - last - 1, sizeof( Entry ) );
-    map->length -= last - kept;
-    compact( map );
+    qv::goOnWith( map, held );
+
+    if( joined > 0 )
+    {
+        qv::makePrivate( map, qvRangeMapCreateFrom );
+        Entry *kept = (*map)->ranges + first;
+
+        for( QV_INT i = first + 1; i <= last; i++ )
+        {
+            Entry &next = (*map)->ranges[i];
+
+            if( !joins[i - first] )
+            {
+                *++kept = next;
+                continue;
+            }
+
+            kept->endingKey = next.endingKey;
+            gone->push( next.value );
+        }
+
+        closeGap( *map, last + 1 - joined, joined );
+    }
+
+    if( joins != near )
+        qvMemFree( joins );
+
+    QV_ASSERT( isSound( *map, first ) );
 }
 
 // After a set at `idx`. All other neighbours have been joined already, so only this range's own two can be new.
-void collapseAround( QV_RANGE_MAP *map, QV_INT idx )
+void collapseAround( QV_RANGE_MAP **map, QV_INT idx, Gone *gone )
 {
-    if( map->autoCollapse )
-        collapse( map, qvIntMax( idx - 1, 0 ), qvIntMin( idx + 1, map->length - 1 ) );
+    if( (*map)->autoCollapse )
+        collapse( map, qvIntMax( idx - 1, 0 ), qvIntMin( idx + 1, (*map)->length - 1 ), gone );
 }
 
 // A place in the array: that of the `covered` ranges from `idx`, or the one in front of `idx` if there are none.
@@ -145,9 +247,12 @@ void freeMap( QV_OBJ *thisObj )
 
     QV_RANGE_MAP *map = qvRangeMapFrom( thisObj );
 
+    QV_ASSERT( isSound( map, 0 ) );
+
     for( QV_INT i = 0; i < map->length; i++ )
         qv::release( map->ranges[i].value );
 
+    qv::unpoison( map->ranges, static_cast< size_t >( map->alloc ) * sizeof( Entry ) );
     qvMemFree( map->ranges );
     qv___ObjDbgSetAllocationSize( map, 0 );
 }
@@ -225,6 +330,8 @@ QV_RANGE_MAP *qvRangeMapCreateFrom( QV_RANGE_MAP *map )
 {
     QV_CHECK( map );
 
+    // Values are compared where they touch, and so maybe the map is released meanwhile.
+    qv::Ref< QV_RANGE_MAP > held = qv::Ref< QV_RANGE_MAP >::share( map );
     qv::Ref< QV_RANGE_MAP > copy( createMap( map->autoCollapse ) );
 
     for( QV_INT i = 0; i < map->length; i++ )
@@ -332,6 +439,7 @@ void qvRangeMapSetRangeKey( QV_RANGE_MAP **map, QV_INT startingKey, QV_INT endin
     // The value can be the map itself; with one more reference the map counts as shared, and the copy is changed. It
     // can also be one that only a range cut away here holds.
     qv::Ref< QV_OBJ > held = qv::Ref< QV_OBJ >::share( value );
+    Gone              gone;
     qv::makePrivate( map, qvRangeMapCreateFrom );
     QV_CHECK( (*map)->alloc >= (*map)->length );
 
@@ -343,16 +451,19 @@ void qvRangeMapSetRangeKey( QV_RANGE_MAP **map, QV_INT startingKey, QV_INT endin
     Place place = cut( *map, idx, startingKey, endingKey );
 
     if( place.covered == 0 )
-        insert( *map, place.idx, startingKey, endingKey, value );
+    {
+        *makeRoom( *map, place.idx ) = { startingKey, endingKey, held.give() };
+    }
     else
     {
         Entry &range = (*map)->ranges[place.idx];
-        qv::release( range.value );
+        gone.push( range.value );
         range = { startingKey, endingKey, held.give() };
-        deleteRanges( *map, place.idx + 1, place.covered - 1 );
+        deleteRanges( *map, place.idx + 1, place.covered - 1, &gone );
     }
 
-    collapseAround( *map, place.idx );
+    QV_ASSERT( isSound( *map, place.idx ) );
+    collapseAround( map, place.idx, &gone );
 }
 
 void qvRangeMapSetIntKey( QV_RANGE_MAP **map, QV_INT key, QV_OBJ *value )
@@ -371,10 +482,12 @@ void qvRangeMapDelRangeKey( QV_RANGE_MAP **map, QV_INT startingKey, QV_INT endin
     if( idx < 0 || (*map)->ranges[idx].startingKey > endingKey )
         return;
 
+    Gone gone;
     qv::makePrivate( map, qvRangeMapCreateFrom );
 
     Place place = cut( *map, idx, startingKey, endingKey );
-    deleteRanges( *map, place.idx, place.covered );
+    deleteRanges( *map, place.idx, place.covered, &gone );
+    QV_ASSERT( isSound( *map, place.idx ) );
 }
 
 void qvRangeMapDelIntKey( QV_RANGE_MAP **map, QV_INT key )
@@ -405,6 +518,7 @@ void qvRangeMapCollapse( QV_RANGE_MAP **map )
     if( (*map)->length == 0 )
         return;
 
+    Gone gone;
     qv::makePrivate( map, qvRangeMapCreateFrom );
-    collapse( *map, 0, (*map)->length - 1 );
+    collapse( map, 0, (*map)->length - 1, &gone );
 }

@@ -3,6 +3,7 @@
 #include "qv/base/qv_barrier.h"
 #include "qv/base/qv_monitor_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 
 struct QV_REGION : QV_OBJ
@@ -16,6 +17,13 @@ struct QV_REGION : QV_OBJ
 
 namespace
 {
+// What holds while the monitor is held.
+[[maybe_unused]] bool holds( QV_REGION *region )
+{
+    return qvBarrierIsBlocked( region->exclusiveBarrier ) == region->exclusive && region->sharedUsers >= 0
+           && static_cast< bool >( qvBarrierIsBlocked( region->sharedBarrier ) ) == ( region->sharedUsers > 0 );
+}
+
 void freeRegion( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
@@ -58,6 +66,7 @@ void qvRegionEnterShared( QV_REGION *region )
         QV_CHECK( QV_INT_ADD_OK( region->sharedUsers, 1 ) );
         region->sharedUsers++;
         qvBarrierBlock( region->sharedBarrier );
+        QV_ASSERT( holds( region ) );
         return;
     }
 }
@@ -77,6 +86,7 @@ void qvRegionEnterExclusive( QV_REGION *region )
 
         region->exclusive = QV_TRUE;
         qvBarrierBlock( region->exclusiveBarrier );
+        QV_ASSERT( holds( region ) );
         claimed = true;
     }
 
@@ -104,10 +114,12 @@ void qvRegionLeave( QV_REGION *region )
         if( --region->sharedUsers == 0 )
             qvBarrierUnblock( region->sharedBarrier );
 
+        QV_ASSERT( holds( region ) );
         return;
     }
 
     QV_CHECK( region->exclusive );
     region->exclusive = QV_FALSE;
     qvBarrierUnblock( region->exclusiveBarrier );
+    QV_ASSERT( holds( region ) );
 }

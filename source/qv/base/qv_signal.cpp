@@ -104,7 +104,12 @@ QV_BOOL qvSignalHasSignalables( QV_SIGNAL *sig )
     return any;
 }
 
-QV___EVENT_TARGET( Signal, QV_SIGNAL, sig, Signalable, QV_SIGNALABLE, sigb, signalables, sigb->imp )
-QV___EVENT_TARGET( Signal, QV_SIGNAL, sig, Signal, QV_SIGNAL, chainedSignal, chainedSignals, chainedSignal )
-QV___EVENT_TARGET( Signal, QV_SIGNAL, sig, Alert, QV_ALERT, al, alerts, al )
-QV___EVENT_TARGET( Signal, QV_SIGNAL, sig, Barrier, QV_BARRIER, waitBarrier, barriers, waitBarrier )
+#define TARGET( Add, Del, KIND, target, targets, kept )                                                                \
+    QV___EVENT_TARGET( Add, Del, QV_SIGNAL, sig, KIND, target, targets, kept )
+
+TARGET( qvSignalAddSignalable, qvSignalDelSignalable, QV_SIGNALABLE, sigb, signalables, sigb->imp )
+TARGET( qvSignalAddSignal, qvSignalDelSignal, QV_SIGNAL, chainedSignal, chainedSignals, chainedSignal )
+TARGET( qvSignalAddAlert, qvSignalDelAlert, QV_ALERT, al, alerts, al )
+TARGET( qvSignalAddBarrier, qvSignalDelBarrier, QV_BARRIER, waitBarrier, barriers, waitBarrier )
+
+#undef TARGET

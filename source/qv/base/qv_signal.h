@@ -6,8 +6,8 @@
         qvSignalWait( ready );
 
     Targets. Threads wait for a signal, and signalables, further signals, alerts and barriers can be added to it as
-    targets. The assertion fires each of them once, and the signal then holds no target any more; a target that comes
-    later is fired by the call that adds it. Either way none is missed. The signal keeps a reference to its targets
+    targets. The assertion fires each of them once, but for the case below, and the signal then holds no target any more;
+    a target that comes later is fired by the call that adds it. Either way none is missed. The signal keeps a reference to its targets
     until then. Firing asserts a signal, sets an alert and opens a barrier; for a signalable see qv_signalable.h.
 
     Order. Targets fire on the thread that asserts, before qvSignalAssert() returns: signalables, signals, alerts,
@@ -16,8 +16,10 @@
     it, nor waits for it, adds to it or deletes from it, and no chain of events may lead back to where it started. A
     thread that does so waits for itself.
 
-    Who waits holds a reference to the signal: one that ends unasserted wakes nobody and fires nothing. Callable from
-    any thread. Null ends the process. */
+    A chain of events fires, and ends, on one stack: each link takes some of it.
+
+    Who waits or asserts holds a reference to the signal until the call returns: one that ends unasserted wakes nobody and
+    fires nothing. Callable from any thread. Null ends the process. */
 
 #ifndef QV_SIGNAL_H
 #define QV_SIGNAL_H
@@ -39,19 +41,21 @@ QV_API void qvSignalAssert( QV_SIGNAL *sig );
 QV_API void qvSignalWait( QV_SIGNAL *sig );
 
 /** The same for so many milliseconds at most; -1 means no limit, 0 tests only. True if it is asserted. Another negative
-    limit ends the process. */
+    limit ends the process, unless the signal is asserted already. */
 QV_API QV_BOOL qvSignalWaitTimed( QV_SIGNAL *sig, QV_INT millisec );
 
 /** True while an assertion has targets to fire, of whatever kind; who waits doesn't count. */
 QV_API QV_BOOL qvSignalHasSignalables( QV_SIGNAL *sig );
 
-/** Adds a target, or fires it if the signal is asserted. One that is there already stays there once. */
+/** Adds a target, or fires it if the signal is asserted. One that is there already stays there once; but when the first
+    target of a kind was deleted, one that is there and is added again stands there twice, and fires twice. */
 QV_API void qvSignalAddSignalable( QV_SIGNAL *sig, QV_SIGNALABLE *sigb );
 QV_API void qvSignalAddSignal( QV_SIGNAL *sig, QV_SIGNAL *chainedSignal );
 QV_API void qvSignalAddAlert( QV_SIGNAL *sig, QV_ALERT *al );
 QV_API void qvSignalAddBarrier( QV_SIGNAL *sig, QV_BARRIER *waitBarrier );
 
-/** Deletes a target; one that isn't there is no failure. Waits for an assertion that is under way. */
+/** Deletes a target, from both places where it stands twice; one that isn't there is no failure. Waits for an assertion
+    that is under way. */
 QV_API void qvSignalDelSignalable( QV_SIGNAL *sig, QV_SIGNALABLE *sigb );
 QV_API void qvSignalDelSignal( QV_SIGNAL *sig, QV_SIGNAL *chainedSignal );
 QV_API void qvSignalDelAlert( QV_SIGNAL *sig, QV_ALERT *al );

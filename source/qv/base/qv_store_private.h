@@ -1,10 +1,13 @@
 /** @file
-    What tools need of the text form of a Store line by line, and the recursive steps of both forms. */
+    What the parts of the Store share, what tools need of the text form line by line, and the steps of both forms that
+    start at a depth. */
 
 #ifndef QV_STORE_PRIVATE_H
 #define QV_STORE_PRIVATE_H
 
 #include "qv/runtime/qv_family.h"
+
+#include <array>
 
 struct QV_STORE : QV_OBJ
 {
@@ -38,11 +41,53 @@ QV_API QV_INT qv___StoreParseLine( QV_STRING *line, QV_STRING **path, QV_STRING 
     `value` is null. The caller owns it. */
 QV_API QV_STRING *qv___StoreEncodeLine( QV_STRING *path, QV_STRING *value );
 
-/** Appends the lines of a store, each with `prefix` in front. */
+/** Appends the lines of a store, each with `prefix` before it. */
 QV_API void qv___StoreEncodeToStringVector( QV_STORE *store, QV_VECTOR **vec, QV_STRING *prefix );
 
 /** Reads lines that stand `depth` sub-stores deep. */
 QV_API QV_STORE *qv___StoreDecodeFromStringVector( QV_VECTOR *vec, QV_INT depth );
 QV_API QV_STORE *qv___StoreTryDecodeFromDecoder( QV_DECODER *decoder, QV_INT depth );
+
+namespace qv
+{
+/** Which of the two tables with entries. */
+using StoreTable = QV_DICT *QV_STORE::*;
+
+constexpr StoreTable STORE_VALUES = &QV_STORE::values;
+constexpr StoreTable STORE_STORES = &QV_STORE::stores;
+
+/** Sets an entry of a store that nobody else holds. Everything is borrowed. */
+void setInStore( QV_STORE *store, StoreTable table, QV_STRING *address, QV_OBJ *value );
+
+/** Enters an address that the store doesn't have before that at `idx`. Takes over three references to the address and
+    one to the value. */
+void insertIntoStore( QV_STORE *store, StoreTable table, QV_INT idx, QV_STRING *address, QV_OBJ *value );
+
+/** Whether the store is sound as far as the address concerns it, and as a whole where it is small: the address is in
+    `addresses` exactly when it is in one of the other two, under the very object that is its value there, and every
+    value is of the sort of its table. For assertions, after each change. */
+bool isSoundStore( QV_STORE *store, QV_STRING *address );
+
+constexpr std::array< bool, 128 > ADDRESS_CHARS = []
+{
+    std::array< bool, 128 > table {};
+
+    for( char32_t ch = 0; ch < 128; ch++ )
+        table[ch] = ( ch >= U'0' && ch <= U'9' ) || ( ch >= U'A' && ch <= U'Z' ) || ( ch >= U'a' && ch <= U'z' ) ||
+                    ch == U'_' || ch == U'-';
+
+    return table;
+}();
+
+/** The first unit that cannot be in an address. The units are characters, or bytes where all of them are ASCII. */
+template< class Unit >
+const Unit *skipAddressChars( const Unit *pos, const Unit *end )
+{
+    while( pos < end && *pos < 128 && ADDRESS_CHARS[*pos] )
+        pos++;
+
+    return pos;
+}
+} // namespace qv
 
 #endif

@@ -19,10 +19,14 @@
     with its length; -1 as the length of a Cstr or Wcstr means that it ends at its terminator. What cannot be decoded
     becomes U+FFFD. Characters of 0x110000 and above end the process.
 
-    Costs. Both ends have free places, 32 in a new block: prepending moves the text once every 32 characters, deleting
-    from an end moves nothing. Appending moves it each time that it has grown by half. Insertion inside moves what is
-    behind, or what is in front too. A block gives memory back when an end has more than 64 free places. Reading costs
-    what it reads.
+    Costs. Adding and deleting at either end cost what is added or deleted: the text moves as a whole when the memory at
+    that end is used up, each time by a constant part of its length, so that this is little in the long run, whichever
+    ends take turns. Insertion inside moves the shorter side, or the whole text; deletion inside what is behind. A
+    mutator copies a String that is shared. Reading costs what it reads.
+
+    Memory. A block of its own has 32 free places at each end, which a String of decoded text, of an array or of a part
+    from splitting gets when it grows. An end with more than 64 free places gives memory back. That is what is declared;
+    at most twice as much is allocated, and beside it up to 2 KB that came with a String which was created short.
 
     Threads. Any thread may read a String, also one that others hold. A variable that mutators work on belongs to one
     thread at a time.
@@ -196,7 +200,7 @@ QV_API void qvStringTrimTrailing( QV_STRING **qvs );
 QV_API void qvStringTrim( QV_STRING **qvs );
 
 /** Maps each character by Unicode's full mapping, which may give more than one; neither context nor locale counts.
-    The result is always a String of its own. */
+    The result is always a String of its own, except that an empty one stays. In linear time. */
 QV_API void qvStringToUpper( QV_STRING **qvs );
 QV_API void qvStringToLower( QV_STRING **qvs );
 QV_API void qvStringToCaseFold( QV_STRING **qvs );

@@ -1,22 +1,29 @@
 #ifndef QV_STRING_PRIVATE_H
 #define QV_STRING_PRIVATE_H
 
+#include "qv/base/qv_string.h"
 #include "qv/runtime/qv_family.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_block_private.h"
 
 /** Free places that a new block has at each end, in characters. */
 #define QV_STRING_FSPACE 32
 #define QV_STRING_BSPACE 32
 
-/** The first three add up to the size of the block that the String accounts for; it changes by a constant. What is
-    really there may be up to half as large again, so that a run of appends does not reallocate every 32 characters. A
-    block that is made with the String stands behind the structure if it isn't large, in one allocation with it. */
-struct QV_STRING : QV_OBJ
+namespace qv
 {
-    QV_INT   length;    /**< characters of the text */
-    QV_INT   fspace;    /**< free places in front of it */
-    QV_INT   bspace;    /**< free places behind it */
-    QV_CHAR *chars;     /**< the block, or null; the text starts at chars[fspace] */
-    QV_INT   blockSize; /**< characters that there is memory for at `chars` */
+struct StringRules : SavingRules< QV_STRING_FSPACE, QV_STRING_BSPACE, 64, 64, 1 >
+{
+    using Unit = QV_CHAR;
+
+    static constexpr QV_INT UNIT_BITS = 32;
+};
+} // namespace qv
+
+/** A block of characters. One that is made with the String stands behind the structure if it isn't large, in one
+    allocation with it. */
+struct QV_STRING : qv::Block< QV_OBJ, qv::StringRules >
+{
 };
 
 /** The one empty String of qvStringCreate(). */
@@ -33,17 +40,38 @@ namespace qv
 /** The first character; null for a String without a block. */
 inline QV_CHAR *chars( QV_STRING *qvs )
 {
-    return qvs->chars + qvs->fspace;
+    return qvs->first;
 }
 
 class ObjBatch;
 
-/** A String of `count` undefined characters, above 0, without free places, which the caller fills with proper ones
-    before anybody else sees it; if it isn't large, in a batch where there is one. */
-QV_STRING *createString( QV_INT count, ObjBatch *batch = nullptr );
+/** A String of `count` undefined characters, which the caller fills with proper ones before anybody else sees it, and
+    of `space` free places at each end; if it isn't large, in a batch where there is one. The sum is above 0. */
+QV_STRING *createString( QV_INT count, ObjBatch *batch = nullptr, QV_INT space = 0 );
 
-/** A String that takes over a block of `length` proper characters, above 0. */
-QV_STRING *createStringUse( QV_CHAR *block, QV_INT length );
+/** A String that takes over a block of free places, `length` proper characters, and free places. The sum is above
+    0. */
+QV_STRING *createStringUse( QV_CHAR *block, QV_INT length, QV_INT front = 0, QV_INT back = 0 );
+
+/** How many characters of white space there are at an end. */
+QV_INT leadingWhiteSpace( QV_STRING *qvs );
+QV_INT trailingWhiteSpace( QV_STRING *qvs );
+
+/** A reference to a text in any form, for a scope. */
+inline Ref< QV_STRING > asString( QV_STRING *qvs )
+{
+    return Ref< QV_STRING >::share( qvs );
+}
+
+inline Ref< QV_STRING > asString( const char *text, QV_INT length )
+{
+    return Ref< QV_STRING >( qvStringCreateFromCstr( text, length ) );
+}
+
+inline Ref< QV_STRING > asString( const wchar_t *text, QV_INT length )
+{
+    return Ref< QV_STRING >( qvStringCreateFromWcstr( text, length ) );
+}
 } // namespace qv
 
 #endif

@@ -1,4 +1,4 @@
-#include "qv/base/qv_enum.h"
+#include "qv/base/qv_enum_private.h"
 #include "qv/base/qv_thread.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
@@ -13,17 +13,13 @@ void qv___ThreadPriorityStartup( void )
     qv___ThreadPriorityEnum = nullptr;
     qv___ThreadPriorityEnum = qvEnumCreate();
 
-#define PRIORITY( NAME ) qvEnumSetEnumerantCstr( &qv___ThreadPriorityEnum, #NAME, -1, NAME )
-
-    PRIORITY( QV_THREAD_PRIORITY_IDLE );
-    PRIORITY( QV_THREAD_PRIORITY_LOWEST );
-    PRIORITY( QV_THREAD_PRIORITY_LOW );
-    PRIORITY( QV_THREAD_PRIORITY_NORMAL );
-    PRIORITY( QV_THREAD_PRIORITY_HIGH );
-    PRIORITY( QV_THREAD_PRIORITY_HIGHEST );
-    PRIORITY( QV_THREAD_PRIORITY_CRITICAL );
-
-#undef PRIORITY
+    QV___ENUM_DEFINE( qv___ThreadPriorityEnum, QV_THREAD_PRIORITY_IDLE )
+    QV___ENUM_DEFINE( qv___ThreadPriorityEnum, QV_THREAD_PRIORITY_LOWEST )
+    QV___ENUM_DEFINE( qv___ThreadPriorityEnum, QV_THREAD_PRIORITY_LOW )
+    QV___ENUM_DEFINE( qv___ThreadPriorityEnum, QV_THREAD_PRIORITY_NORMAL )
+    QV___ENUM_DEFINE( qv___ThreadPriorityEnum, QV_THREAD_PRIORITY_HIGH )
+    QV___ENUM_DEFINE( qv___ThreadPriorityEnum, QV_THREAD_PRIORITY_HIGHEST )
+    QV___ENUM_DEFINE( qv___ThreadPriorityEnum, QV_THREAD_PRIORITY_CRITICAL )
 }
 
 void qv___ThreadPriorityShutdown( void )

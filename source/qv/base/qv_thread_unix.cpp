@@ -7,6 +7,8 @@
 #include "qv/base/qv_thread_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_abort_private.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_chars.h"
 
 #include <limits.h>
@@ -17,14 +19,15 @@
 
 struct QV_THREAD : QV_OBJ
 {
-    QV_STRING     *threadName;
-    QV_THREAD_FUNC threadFunc; // null in an encapsulated thread
-    QV_INT         prio;
-    QV_OBJ        *argument;   // or null; from here on the thread's own but for the signal
-    QV_SIGNAL     *endSignal;
-    pthread_t      nativeThread;
-    void          *previousThread; // what the key held before an encapsulation
-    QV_DICT       *keys;
+    QV_STRING      *threadName;
+    QV_THREAD_FUNC  threadFunc; // null in an encapsulated thread
+    QV_INT          prio;
+    QV_OBJ         *argument;   // or null; from here on the thread's own but for the signal
+    QV_SIGNAL      *endSignal;
+    pthread_t       nativeThread;
+    void           *previousThread; // what the key held before an encapsulation
+    qv::SignalStack signalStack;
+    QV_DICT        *keys;
 };
 
 namespace
@@ -182,6 +185,7 @@ void qv___ThreadShutdown( void )
 {
     qvCounterDecrement( threadCounter );
     qvCounterWaitZero( threadCounter );
+    QV_ASSERT( qv___AtomicLoad32( &spawnedThreads ) >= 0 );
 
     for( ; spawnedThreads > 0; spawnedThreads-- )
         while( sem_wait( &leftThreads ) )
@@ -190,6 +194,7 @@ void qv___ThreadShutdown( void )
     qv::release( threadCounter );
     threadCounter = nullptr;
     qv___ThreadEncapsulateEnd();
+    qv::freeSignalStacks();
 
     sem_destroy( &leftThreads );
     deleteKey( &leftKey );
@@ -209,12 +214,15 @@ void *qv___ThreadUnixStart( void *object )
         name, sizeof( name ) - 1, qv::chars( thread->threadName ), thread->threadName->length, QV_FALSE );
     prctl( PR_SET_NAME, name );
 
+    qv::beginSignalStack( &thread->signalStack );
+
     if( pthread_setspecific( leftKey, &leftThreads ) )
         qv___Abort( "failed to set thread-specific data", QV___SOURCE, __LINE__, nullptr );
 
     setCurrent( thread, "failed to set thread-specific data" );
     thread->threadFunc();
     setCurrent( nullptr, "failed to release thread-specific data" );
+    qv::endSignalStack( &thread->signalStack );
     end( thread );
 
     return nullptr;
@@ -234,7 +242,10 @@ QV_THREAD *qvThreadTrySpawn( QV_STRING *threadName, QV_THREAD_FUNC threadFunc, Q
 
     // Some that have ended may have left since; without this the semaphore would overflow one day.
     while( sem_trywait( &leftThreads ) == 0 )
+    {
         qv___AtomicAdd32( &spawnedThreads, -1 );
+        QV_ASSERT( qv___AtomicLoad32( &spawnedThreads ) >= 0 );
+    }
 
     qv::Ref< QV_THREAD > own = qv::Ref< QV_THREAD >::share( thread ); // the new thread's
     qvCounterIncrement( threadCounter );
@@ -315,6 +326,7 @@ void qv___ThreadEncapsulateBegin( QV_OBJ *argument )
     QV_THREAD *thread      = qv::create< QV_THREAD >( qvThreadSort() );
     thread->previousThread = pthread_getspecific( tlsKey );
     setCurrent( thread, "failed to set thread-specific data" );
+    qv::beginSignalStack( &thread->signalStack );
 
     QV_STRING *name = qvStringCreateFromCstr( "qv___ThreadEncapsulateBegin", -1 );
     fill( thread, name, nullptr, QV_THREAD_PRIORITY_NORMAL, argument );
@@ -329,6 +341,7 @@ void qv___ThreadEncapsulateEnd( void )
     QV_CHECK( thread );
 
     setCurrent( thread->previousThread, "failed to restore old tls key" );
+    qv::endSignalStack( &thread->signalStack );
     end( thread );
 }
 

@@ -1,40 +1,31 @@
 #include "qv/base/qv_timer.h"
 
-#include "qv/base/qv_alert.h"
 #include "qv/base/qv_barrier.h"
-#include "qv/base/qv_condset.h"
 #include "qv/base/qv_dict.h"
-#include "qv/base/qv_dict_private.h"
+#include "qv/base/qv_event_private.h"
 #include "qv/base/qv_monitor_private.h"
-#include "qv/base/qv_signal.h"
 #include "qv/base/qv_thread.h"
 #include "qv/base/qv_thread_private.h"
 #include "qv/base/qv_time.h"
 #include "qv/base/qv_timer_private.h"
+#include "qv/base/qv_timer_queue_private.h"
 #include "qv/base/qv_timestamp.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
-#include "qv/sys/qv_mem.h"
 
 #include <algorithm>
 
-// Every field but the flags is written once and may be null. `sched` says whether the timer is to fire; `schedAbs` and
-// `schedRel` say in which queue it stands, and may stay set when it is no more to fire.
-struct QV___TIMER_CLOSURE : QV_OBJ
+// What it fires is written once. `sched` says whether the timer is to fire; `schedAbs` and `schedRel` say in which queue
+// it stands, and may stay set when it is no more to fire.
+struct QV___TIMER_CLOSURE : qv::QueuedTimer // schedRel is guarded by timerMonitor too
 {
-    QV_TIMER_FUNC func;
-    QV_OBJ       *arg;
-    QV_SIGNAL    *signal;
-    QV_ALERT     *alert;
-    QV_BARRIER   *barrier;
-    QV_CONDSET   *condSet;
-    QV_INT        conditions;
-    QV_THREAD    *abortThread;
-    int32_t       sched;    // atomic
-    QV_BOOL       schedAbs; // these are guarded by timerMonitor
-    QV_BOOL       schedRel;
-    QV_INT        relIdx; // where it stands in the queue by timestamp, if schedRel is set
+    qv::Action action; // with references of its own
+    QV_THREAD *abortThread;
+    int32_t    sched;    // atomic
+    QV_BOOL    schedAbs; // guarded by timerMonitor, as is the next one
+    QV_TIME   *absKey;   // the Time under which it was queued, if schedAbs is set; else null
 };
 
 struct QV_TIMER : QV_OBJ
@@ -46,115 +37,18 @@ using Closure = QV___TIMER_CLOSURE;
 
 namespace
 {
-QV_MONITOR *timerMonitor       = nullptr; // guards the queues and timerThreadAbort; never held while firing
-QV_DICT    *timerAbsDict       = nullptr; // from Time to closure
-QV_BARRIER *timerThreadBarrier = nullptr; // the timer thread sleeps here
-QV_BOOL     timerThreadAbort   = QV_FALSE;
-QV_THREAD  *timerThread        = nullptr;
-QV_TIME    *timerWallNow       = nullptr; // the timer thread's own
+QV_MONITOR    *timerMonitor       = nullptr; // guards the queues, timerWake and timerThreadAbort; never held while firing
+qv::TimerQueue timerRelQueue      = {};      // by timestamp
+QV_DICT       *timerAbsDict       = nullptr; // from Time to closure
+QV_BARRIER    *timerThreadBarrier = nullptr; // the timer thread sleeps here
+QV_INT         timerWake          = 0;       // the timestamp at which it looks at the queues again, left alone
+QV_BOOL        timerThreadAbort   = QV_FALSE;
+QV_THREAD     *timerThread        = nullptr;
+QV_TIME       *timerWallNow       = nullptr; // the timer thread's own
 
 Closure *closureOf( QV_OBJ *object )
 {
     return static_cast< Closure * >( object );
-}
-
-/* The queue by timestamp ----------------------------------------------------------------------------------------- */
-
-// One place in it. Of equal timestamps the unique numbers decide, by which qvObjCompare() orders closures.
-struct Entry
-{
-    QV_INT   due;
-    QV_INT   unique;
-    Closure *tcl; // no reference: a timer takes its closure out before it gives it up
-};
-
-// A heap: no entry comes before its parent, so that the first one is the next that is due. A closure knows its index,
-// and a change touches only the entries between there and the root or a leaf. A sorted array would have to move all
-// entries behind the one that goes; timers go from anywhere, and in great numbers.
-struct RelativeQueue
-{
-    Entry *entries;
-    QV_INT length;
-    QV_INT alloc;
-};
-
-RelativeQueue timerRelQueue = {}; // guarded by timerMonitor
-
-// The block doubles and, when three quarters are free, halves, but for the least one.
-const QV_INT LEAST_ALLOC = 64;
-
-void resizeQueue( RelativeQueue *queue, QV_INT alloc )
-{
-    queue->entries = static_cast< Entry * >( qvMemReallocN( queue->entries, alloc, sizeof( Entry ) ) );
-    queue->alloc   = alloc;
-}
-
-bool isBefore( const Entry &a, const Entry &b )
-{
-    return a.due != b.due ? a.due < b.due : a.unique < b.unique;
-}
-
-void putEntry( RelativeQueue *queue, QV_INT idx, const Entry &entry )
-{
-    queue->entries[idx] = entry;
-    entry.tcl->relIdx   = idx;
-}
-
-// Puts an entry where it belongs. What stood at `idx` is overwritten, all others are in order.
-void settleEntry( RelativeQueue *queue, QV_INT idx, Entry entry )
-{
-    while( idx > 0 )
-    {
-        QV_INT parent = ( idx - 1 ) / 2;
-
-        if( !isBefore( entry, queue->entries[parent] ) )
-            break;
-
-        putEntry( queue, idx, queue->entries[parent] );
-        idx = parent;
-    }
-
-    for( QV_INT child; ( child = 2 * idx + 1 ) < queue->length; idx = child )
-    {
-        if( child + 1 < queue->length && isBefore( queue->entries[child + 1], queue->entries[child] ) )
-            child++;
-
-        if( !isBefore( queue->entries[child], entry ) )
-            break;
-
-        putEntry( queue, idx, queue->entries[child] );
-    }
-
-    putEntry( queue, idx, entry );
-}
-
-// Enters a closure or moves it.
-void enqueue( RelativeQueue *queue, QV_INT due, Closure *tcl )
-{
-    QV_INT idx = tcl->relIdx;
-
-    if( !tcl->schedRel )
-    {
-        if( queue->length == queue->alloc )
-            resizeQueue( queue, std::max( LEAST_ALLOC, 2 * queue->alloc ) );
-
-        idx           = queue->length++;
-        tcl->schedRel = QV_TRUE;
-    }
-
-    settleEntry( queue, idx, { due, qv___ObjUnique( tcl ), tcl } );
-}
-
-void dequeue( RelativeQueue *queue, Closure *tcl )
-{
-    QV_INT last   = --queue->length;
-    tcl->schedRel = QV_FALSE;
-
-    if( tcl->relIdx < last )
-        settleEntry( queue, tcl->relIdx, queue->entries[last] );
-
-    if( last < queue->alloc / 4 && queue->alloc > LEAST_ALLOC )
-        resizeQueue( queue, queue->alloc / 2 );
 }
 
 /* Taking out of the queues --------------------------------------------------------------------------------------- */
@@ -165,6 +59,13 @@ bool disarm( Closure *tcl )
     return qv___AtomicCompareExchange32( &tcl->sched, 1, 0 ) == 1;
 }
 
+// Notes that a closure stands in the queue by wall clock no more.
+void leaveAbsolute( Closure *tcl )
+{
+    tcl->schedAbs = QV_FALSE;
+    qv::release( std::exchange( tcl->absKey, nullptr ) );
+}
+
 // Takes a closure out of the queue that it stands in, with the monitor held.
 void unschedule( Closure *tcl )
 {
@@ -173,25 +74,19 @@ void unschedule( Closure *tcl )
         QV_CHECK( tcl->schedRel != tcl->schedAbs );
 
         disarm( tcl );
-        dequeue( &timerRelQueue, tcl );
+        timerRelQueue.del( tcl );
     }
     else if( tcl->schedAbs )
     {
         disarm( tcl );
-        tcl->schedAbs = QV_FALSE;
 
-        // Another timer may have taken over the Time, then there is none to find.
-        for( QV_INT i = 0; i < timerAbsDict->length; i++ )
-        {
-            QV_OBJ *check = timerAbsDict->items[i].val;
-            QV_CHECK( check );
+        // Another timer may have taken over the Time.
+        qv::Ref< QV_OBJ > check( qvDictObjKey( timerAbsDict, qv::obj( tcl->absKey ) ) );
 
-            if( check == tcl )
-            {
-                qvDictDelAt( &timerAbsDict, i );
-                return;
-            }
-        }
+        if( check == tcl )
+            qvDictDelObjKey( &timerAbsDict, qv::obj( tcl->absKey ) );
+
+        leaveAbsolute( tcl );
     }
 }
 
@@ -223,11 +118,7 @@ void freeClosure( QV_OBJ *thisObj )
     QV_CHECK( !tcl->schedAbs );
     QV_CHECK( !tcl->schedRel );
 
-    qv::drop( tcl->arg );
-    qv::drop( tcl->signal );
-    qv::drop( tcl->alert );
-    qv::drop( tcl->barrier );
-    qv::drop( tcl->condSet );
+    qv::dropAction( &tcl->action );
     qv::drop( tcl->abortThread );
 }
 } // namespace
@@ -242,6 +133,7 @@ void qv___TimerStartup( void )
 
     timerRelQueue      = {};
     timerAbsDict       = qvDictCreate();
+    timerWake          = 0;
     timerThreadAbort   = QV_FALSE;
     timerThreadBarrier = qvBarrierCreate( QV_TRUE );
     timerWallNow       = qvTimeNow(); // made here, so that the thread needs no heap of its own to start
@@ -267,7 +159,7 @@ void qv___TimerShutdown( void )
     qv::drop( timerWallNow );
     qv::drop( timerThreadBarrier );
     qv::drop( timerAbsDict );
-    qvMemFree( timerRelQueue.entries );
+    timerRelQueue.free();
     qv::drop( timerMonitor );
 }
 
@@ -285,20 +177,7 @@ const QV_INT NEAR_WAIT   = 1000;
 // Fires with no lock held.
 void fire( Closure *tcl )
 {
-    if( tcl->func )
-        tcl->func( tcl->arg );
-
-    if( tcl->signal )
-        qvSignalAssert( tcl->signal );
-
-    if( tcl->alert )
-        qvAlertSet( tcl->alert );
-
-    if( tcl->barrier )
-        qvBarrierUnblock( tcl->barrier );
-
-    if( tcl->condSet )
-        qvCondsetAddConditions( tcl->condSet, tcl->conditions );
+    qv::fireAction( tcl->action );
 
     if( tcl->abortThread )
     {
@@ -315,22 +194,24 @@ Closure *takeRelative( QV_INT now, QV_INT *wait )
 
     while( timerRelQueue.length > 0 )
     {
-        const Entry &first = timerRelQueue.entries[0];
+        const qv::TimerQueue::Entry &first = timerRelQueue.entries[0];
 
         if( now < first.due )
         {
-            *wait = first.due - now;
+            timerWake = first.due;
+            *wait     = first.due - now;
             return nullptr;
         }
 
-        Closure *tcl = first.tcl;
-        dequeue( &timerRelQueue, tcl );
+        Closure *tcl = closureOf( first.timer );
+        timerRelQueue.del( tcl );
 
         if( disarm( tcl ) )
             return qv::retain( tcl );
     }
 
-    *wait = NEVER;
+    timerWake = NEVER;
+    *wait     = NEVER;
     return nullptr;
 }
 
@@ -339,7 +220,7 @@ Closure *takeAbsolute( QV_INT *wait )
 {
     qv::HeldMonitor held( timerMonitor );
 
-    while( timerAbsDict->length > 0 )
+    while( qvDictLength( timerAbsDict ) > 0 )
     {
         qv::Ref< QV_TIME > due( qvTimeFrom( qvDictKeyAt( timerAbsDict, 0 ) ) );
 
@@ -352,7 +233,7 @@ Closure *takeAbsolute( QV_INT *wait )
 
         qv::Ref< Closure > tcl( closureOf( qvDictValueAt( timerAbsDict, 0 ) ) );
         qvDictDelAt( &timerAbsDict, 0 );
-        tcl->schedAbs = QV_FALSE;
+        leaveAbsolute( tcl );
 
         if( disarm( tcl ) )
             return tcl.give();
@@ -360,6 +241,22 @@ Closure *takeAbsolute( QV_INT *wait )
 
     *wait = NEVER;
     return nullptr;
+}
+
+// Fires, in the order that `take` gives, all that is due. True if there was any; else `*wait` is the time until the next.
+template< class Take >
+bool fireDue( Take take, QV_INT *wait )
+{
+    bool fired = false;
+
+    while( Closure *due = take( wait ) )
+    {
+        qv::Ref< Closure > tcl( due );
+        fire( tcl );
+        fired = true;
+    }
+
+    return fired;
 }
 } // namespace
 
@@ -385,22 +282,15 @@ void qv___TimerThreadFunc( void )
             now   = qvTimestamp();
         }
 
-        while( Closure *due = takeRelative( now, &relWait ) )
-        {
-            qv::Ref< Closure > tcl( due );
-            fire( tcl );
-        }
+        bool firedRelative = fireDue( [now]( QV_INT *next ) { return takeRelative( now, next ); }, &relWait );
 
         qvTimeSetNow( &timerWallNow );
+        bool firedAbsolute = fireDue( takeAbsolute, &absWait );
 
-        while( Closure *due = takeAbsolute( &absWait ) )
-        {
-            qv::Ref< Closure > tcl( due );
-            fire( tcl );
-        }
-
-        // With nothing to wait for it sleeps for good, instead of counting the seconds of the longest wait.
-        wait = std::min( relWait, absWait );
+        // Callbacks may have taken long. The times until the next timers are as old as the pass, so the thread sleeps
+        // only after a pass that fired nothing. With nothing to wait for it sleeps for good, instead of counting the
+        // seconds of the longest wait.
+        wait = firedRelative || firedAbsolute ? 0 : std::min( relWait, absWait );
         wait = wait == NEVER ? -1 : wait;
     }
 }
@@ -409,28 +299,16 @@ void qv___TimerThreadFunc( void )
 
 namespace
 {
-template< class T >
-T *share( T *object )
-{
-    return qv::Ref< T >::share( object ).give();
-}
-
-// A timer whose closure has no target yet.
-QV_TIMER *createTimer()
+QV_TIMER *createTimer( const qv::Action &borrowed, QV_THREAD *abortThread = nullptr )
 {
     Closure *tcl     = qv::create< Closure >( qv___TimerClosureSort() );
-    tcl->func        = nullptr;
-    tcl->arg         = nullptr;
-    tcl->signal      = nullptr;
-    tcl->alert       = nullptr;
-    tcl->barrier     = nullptr;
-    tcl->condSet     = nullptr;
-    tcl->conditions  = 0;
-    tcl->abortThread = nullptr;
-    tcl->sched       = 0;
-    tcl->schedAbs    = QV_FALSE;
     tcl->schedRel    = QV_FALSE;
     tcl->relIdx      = 0;
+    tcl->action      = qv::retainAction( borrowed );
+    tcl->abortThread = abortThread;
+    tcl->sched       = 0;
+    tcl->schedAbs    = QV_FALSE;
+    tcl->absKey      = nullptr;
 
     QV_TIMER *timer = qv::create< QV_TIMER >( qvTimerSort() );
     timer->closure  = tcl;
@@ -442,78 +320,61 @@ QV_TIMER *createTimer()
 QV_TIMER *qvTimerCreate( QV_TIMER_FUNC func, QV_OBJ *arg )
 {
     QV_CHECK( func );
-
-    QV_TIMER *timer      = createTimer();
-    timer->closure->func = func;
-    timer->closure->arg  = share( arg );
-
-    return timer;
+    return createTimer( { .func = func, .arg = arg } );
 }
 
 QV_TIMER *qvTimerCreateSignal( QV_SIGNAL *sig )
 {
     QV_CHECK( sig );
-
-    QV_TIMER *timer        = createTimer();
-    timer->closure->signal = qv::retain( sig );
-
-    return timer;
+    return createTimer( { .signal = sig } );
 }
 
 QV_TIMER *qvTimerCreateAlert( QV_ALERT *alert )
 {
     QV_CHECK( alert );
-
-    QV_TIMER *timer       = createTimer();
-    timer->closure->alert = qv::retain( alert );
-
-    return timer;
+    return createTimer( { .alert = alert } );
 }
 
 QV_TIMER *qvTimerCreateBarrier( QV_BARRIER *barrier )
 {
     QV_CHECK( barrier );
-
-    QV_TIMER *timer         = createTimer();
-    timer->closure->barrier = qv::retain( barrier );
-
-    return timer;
+    return createTimer( { .barrier = barrier } );
 }
 
 QV_TIMER *qvTimerCreateCondset( QV_CONDSET *condSet, QV_INT conditions )
 {
     QV_CHECK( condSet );
-
-    QV_TIMER *timer            = createTimer();
-    timer->closure->condSet    = qv::retain( condSet );
-    timer->closure->conditions = conditions & 0xffff;
-
-    return timer;
+    return createTimer( { .condSet = condSet, .conditions = conditions & 0xffff } );
 }
 
 QV_TIMER *qv___TimerCreateAbort( void )
 {
-    QV_TIMER *timer             = createTimer();
-    timer->closure->abortThread = qvThreadThis();
-
-    return timer;
+    return createTimer( {}, qvThreadThis() );
 }
 
 /* Scheduling ----------------------------------------------------------------------------------------------------- */
 
 namespace
 {
-// Lets a closure fire at a timestamp, with the monitor held. True if it is the next one now: then the timer thread has
+// Queues a closure by a timestamp, with the monitor held. True if it is the next one there now: then the timer thread has
 // to be told.
+//
+// Otherwise it need not be, since it looks at the queue when the first timer is due or before.
 bool scheduleRelative( Closure *tcl, QV_INT due )
 {
     if( tcl->schedAbs )
         unschedule( tcl );
 
-    enqueue( &timerRelQueue, due, tcl );
+    timerRelQueue.set( tcl, due );
     arm( tcl );
 
-    return tcl->relIdx == 0;
+    bool first = tcl->relIdx == 0;
+
+    if( first )
+        timerWake = 0;
+
+    QV_ASSERT( timerWake <= timerRelQueue.entries[0].due );
+    return first;
 }
 } // namespace
 
@@ -566,8 +427,9 @@ void qvTimerScheduleAtTime( QV_TIMER *timer, QV_TIME *at )
 
         qvDictSetObjKey( &timerAbsDict, qv::obj( at ), tcl );
         tcl->schedAbs = QV_TRUE;
+        tcl->absKey   = qv::retain( at );
         arm( tcl );
-        first = timerAbsDict->items[0].val == tcl;
+        first = qv::dictItem( timerAbsDict, 0 ).val == tcl;
     }
 
     if( first )

@@ -18,15 +18,16 @@
 
     The thread. All timers fire on one thread of the library, one after the other, those of the earliest time first and
     those with a delay or a timestamp before those with a Time. A callback is called with no lock held and may use any
-    timer; while it runs no other timer fires, so it should be short.
+    timer and release its own; while it runs no other timer fires, so it should be short. What has become due meanwhile
+    fires as soon as it returns.
 
     Unscheduling, and releasing, don't wait: a timer that is about to fire may be firing when they return. The argument
     of its callback lives until the callback is through.
 
-    Costs. Scheduling with a delay or a timestamp, firing and releasing such a timer take steps in the order of the
-    logarithm of how many are scheduled, and the thread is woken only for a timer that is the next one. A Time costs a
-    search through all timers with a Time when its schedule is taken away. Unscheduling and asking take no lock; an
-    unscheduled timer keeps its place, unseen, until its time or until it is released.
+    Costs. Scheduling, firing and releasing take steps in the order of the logarithm of how many timers are scheduled,
+    and the thread is woken only for a timer that is the next one of its kind, with a delay or a timestamp or with a Time.
+    Times are compared, and stand in a Dict with its costs. Unscheduling and asking take no lock; an unscheduled timer
+    keeps its place, unseen, until its time or until it is released.
 
     Stop. Before the library stops every timer must have fired or have been released; one that is still in its place
     ends the process.
@@ -58,13 +59,13 @@ QV_API QV_TIMER *qvTimerCreateCondset( QV_CONDSET *condSet, QV_INT conditions );
 
 /* Scheduling ----------------------------------------------------------------------------------------------------- */
 
-/** Lets it fire in so many milliseconds, at a timestamp, or at a Time, instead of when it was to fire before. What has
-    passed already fires at once. */
+/** Schedules the timer in so many milliseconds, at a timestamp, or at a Time, in place of an earlier schedule. What has
+    passed already fires at once. `at` is retained. */
 QV_API void qvTimerSchedule( QV_TIMER *timer, QV_INT milliseconds );
 QV_API void qvTimerScheduleAt( QV_TIMER *timer, QV_INT timestamp );
 QV_API void qvTimerScheduleAtTime( QV_TIMER *timer, QV_TIME *at );
 
-/** Lets it not fire. Takes no lock: callable anywhere, from its own callback too. */
+/** Takes the schedule away. Takes no lock: callable anywhere, from its own callback too. */
 QV_API void qvTimerUnschedule( QV_TIMER *timer );
 
 /** True from scheduling until it fires or is unscheduled. Takes no lock. */

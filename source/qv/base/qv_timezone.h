@@ -14,7 +14,8 @@
 #include "qv/sys/qv_types.h"
 
 /** The IANA name of the system's time zone, read from "/etc/timezone", else "/etc/sysconfig/clock", else
-    "/etc/TIMEZONE" with each call; empty if there is none. */
+    "/etc/TIMEZONE" with each call; empty if there is none. Of a line the first 128 bytes count, and the rest is not
+    looked at. */
 QV_API QV_STRING *qvTimezone( void );
 
 /** The present offset of local time, in seconds east of UTC; 0 if it can't be told. */

@@ -22,11 +22,14 @@
     Ranges. Indexes and counts count from 0. Leading is the first `count` elements, Trailing the last, Inner the
     `count` from `offset`, Outer everything but those.
 
-    Costs. Both ends have free slots. Appending needs a larger block once every 32 elements, prepending likewise; the
-    C library extends large blocks without copying them, so a run of appends costs a few instructions each. Removing
-    from an end moves nothing. Inserting inside moves the shorter side, or all elements to a new block; deleting inside
-    moves what stands behind. An end with more than 64 free slots makes the Vector give memory back. Reading an element
-    costs one retain.
+    Costs. Adding and removing at either end cost what is added or removed: the elements move as a whole when the memory
+    at that end is used up, each time by a constant part of their number, so that this is little in the long run,
+    whichever ends take turns. Inserting inside moves the shorter side, or all elements; deleting inside what stands
+    behind. Reading an element costs one retain.
+
+    Memory. A block grows by 32 free slots at the end, and has 32 at both ends when a gap anywhere else needs a larger
+    one. An end with more than 64 free slots makes the Vector give memory back, except that popping the last element
+    leaves the block. That is what is declared; at most twice as much is allocated. What free slots hold has no meaning.
 
     Threads. Any thread may read a Vector, also one that others hold. A variable that mutators work on belongs to one
     thread at a time.

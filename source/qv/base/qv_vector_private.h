@@ -2,22 +2,52 @@
 #define QV_VECTOR_PRIVATE_H
 
 #include "qv/runtime/qv_family.h"
+#include "qv/sys/qv_block_private.h"
 
 /** Free slots that a rebuilt block has at each end. */
 #define QV_VECTOR_FSPACE 32
 #define QV_VECTOR_BSPACE 32
 
-/** `fspace`, the elements and `bspace` are the block that the Vector accounts for; it changes by a constant. What is
-    really allocated may be about half as large again, so that a run of changes at an end does not copy the elements
-    every 32 of them: then the accounted block moves within the allocated one. */
-struct QV_VECTOR : QV_OBJ
+namespace qv
 {
-    QV_INT   length;    /**< elements */
-    QV_INT   fspace;    /**< free slots in front of them */
-    QV_INT   bspace;    /**< free slots behind them */
-    QV_OBJ **objs;      /**< the accounted block, or null; the elements start at objs[fspace] */
-    QV_OBJ **block;     /**< the allocated one, or null */
-    QV_INT   blockSize; /**< its slots */
+/** At the end free slots are used before the block grows, by as many more; anywhere else but in free slots in front, a
+    gap makes a new block. */
+struct VectorRules
+{
+    using Unit = QV_OBJ *;
+
+    static constexpr QV_INT UNIT_BITS   = 8 * sizeof( Unit );
+    static constexpr QV_INT MOST_FRONT  = 64;
+    static constexpr QV_INT MOST_BACK   = 64;
+    static constexpr bool   KEEPS_EMPTY = true;
+    static constexpr QV_INT SPARE       = 4;
+
+    static BlockEnds fresh( QV_INT )
+    {
+        return { QV_VECTOR_FSPACE, QV_VECTOR_BSPACE };
+    }
+
+    static bool fits( BlockEnds now, QV_INT length, QV_INT at, QV_INT count )
+    {
+        return at == length ? now.back >= count : at == 0 && now.front >= count;
+    }
+
+    static BlockEnds grown( BlockEnds now, QV_INT length, QV_INT at, QV_INT count, bool )
+    {
+        if( at == length )
+            return { now.front, now.back >= count ? now.back - count : now.back + QV_VECTOR_BSPACE };
+
+        if( at == 0 && now.front >= count )
+            return { now.front - count, now.back };
+
+        return fresh( length + count );
+    }
+};
+} // namespace qv
+
+/** A block of elements. Each holds a reference; what free slots hold has no meaning. */
+struct QV_VECTOR : qv::Block< QV_OBJ, qv::VectorRules >
+{
 };
 
 /** The one empty Vector of qvVectorCreate(). */
@@ -37,8 +67,15 @@ namespace qv
 /** The first element; null for a Vector without a block. */
 inline QV_OBJ **objs( QV_VECTOR *vec )
 {
-    return vec->objs + vec->fspace;
+    return vec->first;
 }
+
+/** What every insertion of one object ends in. They take over the reference. An object that is `*vec` itself has made
+    it shared by that reference, and so goes in as it was. */
+void insertOwned( QV_VECTOR **vec, QV_INT idx, QV_OBJ *owned );
+void prependOwned( QV_VECTOR **vec, QV_OBJ *owned );
+void appendOwned( QV_VECTOR **vec, QV_OBJ *owned );
+void setOwned( QV_VECTOR **vec, QV_INT idx, QV_OBJ *owned );
 } // namespace qv
 
 #endif

@@ -18,6 +18,7 @@
 #include "qv/io/qv_char_source.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/runtime/qv_runtime_enum_private.h"
 #include "qv/sys/qv_mem.h"
 
 #include <cstring>
@@ -196,8 +197,8 @@ void enterName( const char *ascii, QV_INT length, QV_BOXED_INT *charset )
 
     for( QV_INT i = 0; i < length; i++ )
     {
-        char ch        = ascii[i];
-        name->chars[i] = static_cast< QV_CHAR >( ch >= 'A' && ch <= 'Z' ? ch + ( 'a' - 'A' ) : ch );
+        char ch               = ascii[i];
+        chars( name.get() )[i] = static_cast< QV_CHAR >( ch >= 'A' && ch <= 'Z' ? ch + ( 'a' - 'A' ) : ch );
     }
 
     qvDictSetStringKey( &qv___CharsetFromIanaNameDict, name, qvBoxedIntObj( charset ) );
@@ -213,8 +214,7 @@ QV_STRING *createFor( const Charset &row, QV_BUFFER *buffer )
         return qvStringCreate();
 
     QV_STRING *qvs = qv::createString( count + 1 );
-    qvs->length    = 0;
-    qvs->bspace    = count + 1;
+    qvs->dropBack( count + 1 );
 
     return qvs;
 }
@@ -225,7 +225,7 @@ void enter( QV_INT cs )
     Ref< QV_BOXED_INT > charset( qvBoxedIntCreate( cs ) );
     Ref< QV_STRING >    name = text( row.ianaName, -1 );
 
-    qvEnumSetEnumerantCstr( &qv___CharsetEnum, row.enumerant, -1, cs );
+    qv::enterEnumerant( &qv___CharsetEnum, row.enumerant, cs );
     qvDictSetIntKey( &qv___CharsetToIanaNameDict, cs, qvStringObj( name ) );
     enterName( row.ianaName, qvStringLength( name ), charset );
 

@@ -112,14 +112,16 @@ QV_API QV_STRING *qvCharsetToIanaName( QV_INT cs );
 /** All names as a new Vector of Strings, the preferred one first. A name may stand there twice, in another case. */
 QV_API QV_VECTOR *qvCharsetIanaNames( QV_INT cs );
 
-/** The same for Windows code pages; not every charset has one. A negative code page ends the process. */
+/** The charset of a Windows code page, or -1, and the code page of a charset, or -1: not every one has one. A negative
+    code page ends the process. */
 QV_API QV_INT qvCharsetFromWindowsCodePage( QV_INT cp );
 QV_API QV_INT qvCharsetToWindowsCodePage( QV_INT cs );
 
 /* Conversion ----------------------------------------------------------------------------------------------------- */
 
-/** A new stream on top of the lower one, which it retains. A sink keeps up to 1 KiB until it is flushed or ends;
-    flushing it does not flush the lower sink. */
+/** A new stream on top of the lower one, which it retains. A sink keeps up to 1 KiB until it is flushed or ends, and
+    one of a charset with one byte a character also the last characters, which a mark may join. Flushing it hands all
+    that to the lower sink, but does not flush that one. A source reads up to 1 KiB ahead. */
 QV_API QV_CHAR_SOURCE *qvCharsetCreateCharSource( QV_BYTE_SOURCE *byteSource, QV_INT charset, QV_INT flags );
 QV_API QV_CHAR_SINK   *qvCharsetCreateCharSink( QV_BYTE_SINK *byteSink, QV_INT charset, QV_INT flags );
 

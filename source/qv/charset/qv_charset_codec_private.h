@@ -7,6 +7,8 @@
 #include "qv/io/qv_byte_sink.h"
 #include "qv/io/qv_byte_source.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_utf8_private.h"
 
 #include <algorithm>
 
@@ -15,8 +17,7 @@
 
 namespace qv
 {
-const QV_INT  CODEC_CACHE = 1024; // bytes
-const QV_CHAR REPLACEMENT = 0xFFFD;
+const QV_INT CODEC_CACHE = 1024; // bytes
 
 /** The closure of a sink; sorts derive theirs from it. */
 struct CodecSink : QV_OBJ
@@ -28,6 +29,7 @@ struct CodecSink : QV_OBJ
 
     QV_INT room() const
     {
+        QV_ASSERT( cacheLength >= 0 && cacheLength <= CODEC_CACHE );
         return CODEC_CACHE - cacheLength;
     }
 };
@@ -43,6 +45,7 @@ struct CodecSource : QV_OBJ
 
     QV_INT left() const
     {
+        QV_ASSERT( cachePos >= 0 && cachePos <= cacheLength && cacheLength <= CODEC_CACHE );
         return cacheLength - cachePos;
     }
 };
@@ -66,6 +69,7 @@ Closure *createCodecSource( QV_SORT *sort, QV_BYTE_SOURCE *byteSource, QV_INT fl
     csc->flags       = flags;
     csc->cacheLength = 0;
     csc->cachePos    = 0;
+    markFree( csc->cache, CODEC_CACHE );
 
     return csc;
 }
@@ -79,12 +83,17 @@ inline void freeCodecSink( QV_OBJ *thisObj )
 inline void freeCodecSource( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
-    drop( static_cast< CodecSource * >( thisObj )->byteSource );
+
+    CodecSource *csc = static_cast< CodecSource * >( thisObj );
+    unpoison( csc->cache, CODEC_CACHE );
+    drop( csc->byteSource );
 }
 
 /** Hands the cache down and empties it, also when that fails. */
 inline bool flushCache( CodecSink *csc )
 {
+    QV_ASSERT( csc->room() >= 0 );
+
     QV_BOOL ok       = qvByteSinkWriteBytes( csc->byteSink, csc->cache, csc->cacheLength );
     csc->cacheLength = 0;
 
@@ -97,11 +106,15 @@ inline QV_BOOL flushCodecSink( QV_OBJ *closure )
     return flushCache( static_cast< CodecSink * >( closure ) ) ? QV_TRUE : QV_FALSE;
 }
 
-/** Fills a used-up cache anew; false at the end of the bytes. */
+/** Fills a used-up cache anew; false at the end of the bytes. What it has no bytes for is watched. */
 inline bool refillCache( CodecSource *csc )
 {
+    QV_ASSERT( csc->left() == 0 );
+    unpoison( csc->cache, CODEC_CACHE );
+
     csc->cachePos    = 0;
     csc->cacheLength = qvByteSourceReadBytes( csc->byteSource, csc->cache, CODEC_CACHE );
+    markFree( csc->cache + csc->cacheLength, static_cast< size_t >( CODEC_CACHE - csc->cacheLength ) );
 
     return csc->cacheLength > 0;
 }
@@ -119,7 +132,7 @@ inline bool putInvalid( CodecSource *csc, QV_CHAR **out )
         return false;
 
     if( !( csc->flags & QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS ) )
-        *( *out )++ = REPLACEMENT;
+        *( *out )++ = utf8::REPLACEMENT;
 
     return true;
 }
@@ -154,8 +167,7 @@ QV_BOOL readString( QV_OBJ *closure, QV_STRING **qvs, QV_INT maxCharCount, QV_IN
         ok           = readChars( closure, qv___StringMakeRoom( *qvs, ( *qvs )->length, room ), room, &count );
         more         = ok && count == room;
 
-        ( *qvs )->length -= room - count;
-        ( *qvs )->bspace += room - count;
+        ( *qvs )->dropBack( room - count );
         *charsRead += count;
     }
 

@@ -1,6 +1,7 @@
 #include "qv/charset/qv_charset_codec_private.h"
 #include "qv/charset/qv_charset_map_private.h"
 #include "qv/io/qv_char_sink_private.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_chars_private.h"
 #include "qv/unicode/qv_unicode_normalizer.h"
 #include "qv/unicode/qv_unicode_tables_private.h"
@@ -49,7 +50,7 @@ uint8_t replacementByte( Sink *csc )
 {
     uint8_t byte = 0;
 
-    if( !csc->mapFunc( qv::REPLACEMENT, &byte ) && !csc->mapFunc( U'?', &byte ) )
+    if( !csc->mapFunc( qv::utf8::REPLACEMENT, &byte ) && !csc->mapFunc( U'?', &byte ) )
         byte = 0;
 
     return byte;
@@ -84,9 +85,28 @@ bool putAscii( const QV_CHAR *in, uint8_t *out )
     return all < 0x80;
 }
 
-// Maps composed characters.
+// Stores a byte in the cache, which goes down as soon as it is full.
+bool putByte( Sink *csc, uint8_t byte )
+{
+    csc->cache[csc->cacheLength++] = byte;
+
+    return csc->room() > 0 || qv::flushCache( csc );
+}
+
+// Does what the flags say of a character that has no byte; false when the write has to fail.
+bool putInvalid( Sink *csc )
+{
+    if( csc->flags & QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER )
+        return false;
+
+    return csc->flags & QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS || putByte( csc, replacementByte( csc ) );
+}
+
+// Maps composed characters, all below 0x110000: the memo has room for no others.
 bool put( Sink *csc, const QV_CHAR *in, QV_INT count )
 {
+    QV_ASSERT( qv::allCharsOk( in, count ) );
+
     const QV_CHAR *end   = in + count;
     const QV_CHAR *ascii = csc->hasAscii ? in : end; // where it is looked for again
 
@@ -115,18 +135,17 @@ bool put( Sink *csc, const QV_CHAR *in, QV_INT count )
         QV_CHAR ch = *in++;
         uint8_t byte;
 
-        if( csc->mapFunc( ch, &byte ) )
-            csc->memo[ch & MEMO_MASK] = memoOf( ch, byte );
-        else if( csc->flags & QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER )
-            return false;
-        else if( csc->flags & QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS )
+        if( !csc->mapFunc( ch, &byte ) )
+        {
+            if( !putInvalid( csc ) )
+                return false;
+
             continue;
-        else
-            byte = replacementByte( csc );
+        }
 
-        csc->cache[csc->cacheLength++] = byte;
+        csc->memo[ch & MEMO_MASK] = memoOf( ch, byte );
 
-        if( csc->room() == 0 && !qv::flushCache( csc ) )
+        if( !putByte( csc, byte ) )
             return false;
     }
 
@@ -150,16 +169,16 @@ bool isInert( QV_CHAR ch )
 {
     using namespace qv::unicode;
 
-    return ch < 0x300 || composedQuickCheck( ch, false ) == 0;
+    return ch < 0x300 || ( QV_CHAR_OK( ch ) && composedQuickCheck( ch, false ) == 0 );
 }
 
 // True where four characters are of the ranges that nearly all text in Latin and Cyrillic letters is made of: letters,
-// punctuation and currencies.
+// punctuation and currencies. The comparison is one of signed numbers: 0x80000000 and above are negative ones.
 qv::CharVector areCommon( const QV_CHAR *in )
 {
     qv::CharVector ch = qv::loadChars( in );
 
-    return ( ch < 0x300 ) | ( ( ch >= 0x400 ) & ( ch < 0x483 ) ) | ( ( ch >= 0x2002 ) & ( ch < 0x20D0 ) );
+    return ( ( ch >= 0 ) & ( ch < 0x300 ) ) | ( ( ch >= 0x400 ) & ( ch < 0x483 ) ) | ( ( ch >= 0x2002 ) & ( ch < 0x20D0 ) );
 }
 
 // True where 16 characters are below 0x100, as most of them are.
@@ -210,7 +229,7 @@ QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
         }
 
         // The last two, what isn't inert, and so on to where there may be some in a row again.
-        while( next < limit && !( isInert( *next ) && next - chars >= BLOCK ) )
+        while( next < limit && QV_CHAR_OK( *next ) && !( isInert( *next ) && next - chars >= BLOCK ) )
             next++;
 
         qvUnicodeNormalizerWriteChars( csc->normalizer, chars, next - chars );
@@ -218,6 +237,18 @@ QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
 
         if( !push( csc ) )
             return QV_FALSE;
+
+        // No String holds such a value; this guards the tables against everything else that writes. It is a character
+        // without a byte, which nothing joins, where the normalizer would leave it out.
+        if( next < limit && !QV_CHAR_OK( *next ) )
+        {
+            qvUnicodeNormalizerFlush( csc->normalizer );
+
+            if( !push( csc ) || !putInvalid( csc ) )
+                return QV_FALSE;
+
+            chars++;
+        }
     }
 
     return QV_TRUE;

@@ -158,7 +158,8 @@ QV_BOOL qvByteSinkWriteBytes( QV_BYTE_SINK *sink, const void *bytes, QV_INT byte
     if( byteCount == 0 )
         return QV_TRUE;
 
-    if( sink->writeBytesFunc )
+    // A Buffer is what refuses more bytes than one can hold, whatever the sink could take.
+    if( sink->writeBytesFunc && byteCount <= QV_INT_MAX / 8 )
         return noted( sink, sink->writeBytesFunc( sink->closure, static_cast< const uint8_t * >( bytes ), byteCount ) );
 
     qv::Ref< QV_BUFFER > buf( qvBufferCreateFromBytesCopy( bytes, byteCount ) );

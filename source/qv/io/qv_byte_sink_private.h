@@ -7,8 +7,8 @@
     thread that uses the sink, and gives QV_FALSE for a failure, after which none is called again. It must not use the
     sink that called it. */
 
-/** Writes `byteCount` bytes, at least 1, of the Buffer, from `byteOffset` on; the range lies inside the Buffer. Who
-    keeps the Buffer retains it. */
+/** Writes `byteCount` bytes, at least 1, of the Buffer, from `byteOffset` on; the range lies inside the Buffer. A
+    callback that keeps the Buffer retains it. */
 typedef QV_BOOL ( *QV___BYTE_SINK_WRITE_FUNC )(
     QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCount );
 

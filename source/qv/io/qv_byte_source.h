@@ -1,6 +1,6 @@
 /** @file
     ByteSource: the abstract reader of bytes. What stands behind it, a file, a Buffer or a stream of another kind, is
-    told by who made it.
+    told by the function that made it.
 
         QV_BYTE_SOURCE *source = qvFileOpenByteSource( fn );
         QV_BUFFER      *buf    = qvBufferCreate();
@@ -16,7 +16,8 @@
 
     Threads. A source is used by one thread at a time, and so is what stands behind it.
 
-    Costs are those of what stands behind; the source itself adds a constant. Null as a source ends the process. */
+    Costs are those of what stands behind; the source itself adds a constant, and for an array at most a copy of what
+    was read. Null as a source ends the process. */
 
 #ifndef QV_BYTE_SOURCE_H
 #define QV_BYTE_SOURCE_H
@@ -34,11 +35,12 @@ QV_API QV_BOOL qvByteSourceError( QV_BYTE_SOURCE *source );
 /** Appends up to `maxByteCount` bytes to the Buffer in `*buf`. The result is their number. */
 QV_API QV_INT qvByteSourceRead( QV_BYTE_SOURCE *source, QV_BUFFER **buf, QV_INT maxByteCount );
 
-/** Copies up to `maxByteCount` bytes to the array, which must have the room. The result is their number. `bytes` may
-    be null with a limit of 0. */
+/** Copies up to `maxByteCount` bytes to the array, which must have room for all that comes; with -1 that is everything
+    up to the end. The result is their number. `bytes` may be null with a limit of 0. */
 QV_API QV_INT qvByteSourceReadBytes( QV_BYTE_SOURCE *source, void *bytes, QV_INT maxByteCount );
 
-/** Passes over up to `maxByteCount` bytes. The result is their number. Takes 4 KiB at most. */
+/** Passes over up to `maxByteCount` bytes. The result is their number. A source that cannot skip
+    is read for it, 4 KiB at a time. */
 QV_API QV_INT qvByteSourceSkip( QV_BYTE_SOURCE *source, QV_INT maxByteCount );
 
 #endif

@@ -4,7 +4,7 @@
 #include "qv/base/qv_string.h"
 #include "qv/io/qv_char_sink_private.h"
 #include "qv/runtime/qv_ref.h"
-#include "qv/sys/qv_chars.h"
+#include "qv/sys/qv_chars_private.h"
 #include "qv/sys/qv_int.h"
 
 struct QV_CHAR_SINK : QV_OBJ
@@ -167,10 +167,9 @@ QV_BOOL qvCharSinkWriteChars( QV_CHAR_SINK *sink, const QV_CHAR *chars, QV_INT c
     if( charCount == 0 )
         return QV_TRUE;
 
-    if( !sink->writeCharsFunc )
+    // A String is what refuses values that are no characters, whatever the sink could take.
+    if( !sink->writeCharsFunc || !qv::allCharsOk( chars, charCount ) )
         return writeText( sink, qvStringCreateFromCharsCopy( chars, charCount ) );
-
-    QV_CHECK( qvCharsAllOk( chars, charCount ) );
 
     return noted( sink, sink->writeCharsFunc( sink->closure, chars, charCount ) );
 }

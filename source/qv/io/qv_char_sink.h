@@ -1,24 +1,25 @@
 /** @file
     CharSink: the abstract writer of characters. What stands behind it, a codec over a byte sink, a String or something
-    else, is told by who made it.
+    else, is told by the function that made it.
 
         QV_STRING_CHAR_SINK *scs  = qvStringCharSinkCreate();
         QV_CHAR_SINK        *sink = qvStringCharSinkCharSink( scs );
         qvCharSinkWriteCstr( sink, "port ", -1 );
         qvCharSinkWriteFormatCstr( sink, "%i", -1, (QV_INT)8080 );
-        QV_BOOL ok = qvCharSinkFlush( sink );       // one test for all that went before
+        QV_BOOL ok = qvCharSinkFlush( sink );       // one test for all that went before, as far as this sink goes
         qvCharSinkRelease( sink );
 
     Failure. A write or flush that fails sets the error flag, which nothing clears: from then on every operation gives
     QV_FALSE at once and nothing reaches what stands behind. What was written before stays written.
 
     End. The last release flushes the sink and then gives up what stands behind it. Nobody learns whether that flush
-    succeeded; who cares flushes first.
+    succeeded; a caller that cares flushes first. Flushing a codec hands its bytes to the byte sink below, which is not
+    flushed by that: to know that all has reached a file, keep the byte sink and flush it after this one.
 
     Threads. A sink is used by one thread at a time, and so is what stands behind it.
 
-    Costs are those of what stands behind; the sink itself adds a constant. Null as a sink or format ends the
-    process. */
+    Costs are those of what stands behind; the sink itself adds a constant, and for an array at most a copy of it. Null
+    as a sink or format ends the process. */
 
 #ifndef QV_CHAR_SINK_H
 #define QV_CHAR_SINK_H
@@ -31,8 +32,8 @@ QV_FAMILY( CharSink, QV_CHAR_SINK )
 QV_API QV_BOOL qvCharSinkError( QV_CHAR_SINK *sink );
 
 /** Writes the String, or the leading, trailing, inner or outer characters of it, the last in up to two writes. The
-    result is true for success. Null as the String ends the process unless there is an offset and a count and they
-    are 0, and so do negative numbers and a range outside the String. */
+    result is true for success. Negative numbers and a range outside the String end the process, and so does null as
+    the String, but for an empty range at the start. */
 QV_API QV_BOOL qvCharSinkWrite( QV_CHAR_SINK *sink, QV_STRING *qvs );
 QV_API QV_BOOL qvCharSinkWriteLeading( QV_CHAR_SINK *sink, QV_STRING *qvs, QV_INT charCount );
 QV_API QV_BOOL qvCharSinkWriteTrailing( QV_CHAR_SINK *sink, QV_STRING *qvs, QV_INT charCount );

@@ -8,7 +8,7 @@
     sink that called it. */
 
 /** Writes `charCount` characters, at least 1, of the String, from `charOffset` on; the range lies inside the String.
-    Who keeps the String retains it. */
+    A callback that keeps the String retains it. */
 typedef QV_BOOL ( *QV___CHAR_SINK_WRITE_FUNC )(
     QV_OBJ *closure, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount );
 

@@ -106,6 +106,8 @@ QV_INT qvCharSourceReadChars( QV_CHAR_SOURCE *source, QV_CHAR *chars, QV_INT max
         qv::Ref< QV_STRING > qvs( qvStringCreate() );
         QV_INT               count = qvCharSourceRead( source, qvs.at(), maxCharCount );
 
+        QV_CHECK_AS( count <= qvs->length, "charsRead <= qvStringLength( *qvs )" );
+
         if( count > 0 )
             qvMemCopyN( chars, qv::chars( qvs ), count, sizeof( QV_CHAR ) );
 

@@ -1,6 +1,6 @@
 /** @file
     CharSource: the abstract reader of characters. What stands behind it, a codec over a byte source, a String or
-    something else, is told by who made it.
+    something else, is told by the function that made it.
 
         QV_CHAR_SOURCE *source = qvCharsetCreateCharSource( byteSource, QV_CHARSET_UTF_8, 0 );
         QV_STRING      *qvs    = qvStringCreate();
@@ -16,7 +16,8 @@
 
     Threads. A source is used by one thread at a time, and so is what stands behind it.
 
-    Costs are those of what stands behind; the source itself adds a constant. Null as a source ends the process. */
+    Costs are those of what stands behind; the source itself adds a constant, and for an array at most a copy of what
+    was read. Null as a source ends the process. */
 
 #ifndef QV_CHAR_SOURCE_H
 #define QV_CHAR_SOURCE_H
@@ -34,8 +35,8 @@ QV_API QV_BOOL qvCharSourceError( QV_CHAR_SOURCE *source );
 /** Appends up to `maxCharCount` characters to the String in `*qvs`. The result is their number. */
 QV_API QV_INT qvCharSourceRead( QV_CHAR_SOURCE *source, QV_STRING **qvs, QV_INT maxCharCount );
 
-/** Copies up to `maxCharCount` characters to the array, which must have the room. The result is their number. `chars`
-    may be null with a limit of 0. */
+/** Copies up to `maxCharCount` characters to the array, which must have room for so many, however few come; with -1,
+    for as many as the data has bytes. The result is their number. `chars` may be null with a limit of 0. */
 QV_API QV_INT qvCharSourceReadChars( QV_CHAR_SOURCE *source, QV_CHAR *chars, QV_INT maxCharCount );
 
 #endif

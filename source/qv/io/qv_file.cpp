@@ -19,8 +19,12 @@ QV_BYTE_SOURCE *qvFileOpenByteSource( QV_STRING *fn )
     return qv___FileOpenByteSource( fn );
 }
 
+// The layered opens look at all that they are given first: a file is touched only by a call that is in order.
 QV_CHAR_SOURCE *qvFileOpenCharSource( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags )
 {
+    QV_CHECK( fn );
+    QV_CHECK( QV_CHARSET_OK( charset ) );
+
     qv::Ref< QV_BYTE_SOURCE > bytes( qvFileOpenByteSource( fn ) );
 
     return bytes ? qvCharsetCreateCharSource( bytes, charset, charsetFlags ) : nullptr;
@@ -45,6 +49,9 @@ QV_BYTE_SINK *qvFileOpenByteSink( QV_STRING *fn )
 
 QV_CHAR_SINK *qvFileOpenCharSink( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags )
 {
+    QV_CHECK( fn );
+    QV_CHECK( QV_CHARSET_OK( charset ) );
+
     qv::Ref< QV_BYTE_SINK > bytes( qvFileOpenByteSink( fn ) );
 
     return bytes ? qvCharsetCreateCharSink( bytes, charset, charsetFlags ) : nullptr;
@@ -114,6 +121,7 @@ FORWARD( QV_BOOL, FileIsDirectory )
 FORWARD( QV_BOOL, FileDelete )
 FORWARD( QV_BOOL, FileCreateDirectory )
 FORWARD( QV_BOOL, FileDeleteDirectory )
+FORWARD( QV_BOOL, FileDeleteDirectoryRecursive )
 
 QV_BOOL qvFileRename( QV_STRING *fn, QV_STRING *newFn )
 {
@@ -121,30 +129,6 @@ QV_BOOL qvFileRename( QV_STRING *fn, QV_STRING *newFn )
     QV_CHECK( newFn );
 
     return qv___FileRename( fn, newFn );
-}
-
-QV_BOOL qvFileDeleteDirectoryRecursive( QV_STRING *fn )
-{
-    QV_CHECK( fn );
-
-    if( qv___FileIsLink( fn ) )
-        return qv___FileDelete( fn );
-
-    QV_BOOL              ok = QV_TRUE;
-    qv::Ref< QV_VECTOR > content( qvDirectoryContent( fn, QV_FALSE, nullptr ) );
-    QV_INT               length = qvVectorLength( content );
-
-    for( QV_INT i = 0; i < length; i++ )
-    {
-        qv::Ref< QV_STRING > name( qvStringFrom( qvVectorObjAt( content, i ) ) );
-
-        if( !qvFileIsDirectory( name ) )
-            qvFileDelete( name ); // what stays makes the directory's own deletion fail
-        else if( !qvFileDeleteDirectoryRecursive( name ) )
-            ok = QV_FALSE;
-    }
-
-    return qvFileDeleteDirectory( fn ) && ok ? QV_TRUE : QV_FALSE;
 }
 
 QV_VECTOR *qvDirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, QV_STRING *suffix )

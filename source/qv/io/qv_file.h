@@ -5,11 +5,14 @@
         QV_LINE_SINK *sink = qvFileOpenLineSink( fn, QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_LF );
 
     Names are Strings and reach the operating system as UTF-8. What the operating system refuses gives null, QV_FALSE,
-    -1 or an empty Vector, and no reason is kept. Null as a name ends the process. Results belong to the caller.
+    -1 or an empty Vector, and no reason is kept; so does a name with U+0000 in it, which is never cut. Null as a name
+    ends the process. Results belong to the caller.
 
     Streams go through a `FILE` of the C library, which is closed when the last stream on it is released; the stream
-    of a layered open owns the whole chain. Bytes pass in pieces of 1024. A stream belongs to one thread at a time; all
-    other functions may be called from any thread and block it for as long as the operating system needs. */
+    of a layered open owns the whole chain. An error of closing is seen by nobody: flush the byte sink first. A signal
+    that interrupts a read does not end it; one that interrupts a write may fail the sink. A stream belongs to one
+    thread at a time; all other functions may be called from any thread and block it for as long as the operating system
+    needs. */
 
 #ifndef QV_FILE_H
 #define QV_FILE_H
@@ -18,13 +21,15 @@
 
 /* Streams -------------------------------------------------------------------------------------------------------- */
 
-/** Opens a file for reading: a new stream, or null. Skipping reads and discards, so pipes and special files will do. */
+/** Opens a file for reading: a new stream, or null. Skipping reads and discards, so pipes and special files will do. A
+    charset that is none ends the process before any file is touched. */
 QV_API QV_BYTE_SOURCE *qvFileOpenByteSource( QV_STRING *fn );
 QV_API QV_CHAR_SOURCE *qvFileOpenCharSource( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags );
 QV_API QV_LINE_SOURCE *
 qvFileOpenLineSource( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags, QV_INT nlfFlags );
 
-/** Opens a file for writing: a new stream, or null. The file is created, or cut to no length at once. */
+/** Opens a file for writing: a new stream, or null. The file is created, or cut to no length at once, if the charset is
+    one; else the process ends before that. */
 QV_API QV_BYTE_SINK *qvFileOpenByteSink( QV_STRING *fn );
 QV_API QV_CHAR_SINK *qvFileOpenCharSink( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags );
 QV_API QV_LINE_SINK *qvFileOpenLineSink( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags, QV_INT nlfFlags );
@@ -62,7 +67,10 @@ QV_API QV_BOOL qvFileCreateDirectory( QV_STRING *fn );
 QV_API QV_BOOL qvFileDeleteDirectory( QV_STRING *fn );
 
 /** Deletes a directory with everything in it, as far as it can be deleted; true if nothing is left. Links in it go,
-    what they lead to stays. */
+    what they lead to stays. A link itself, with or without a delimiter behind it, the empty name, and what can never be
+    deleted, `/` and names that end in `.` or `..`, give QV_FALSE, and nothing is touched. Neither depth nor the length
+    of the names inside matters; each entry is looked at once. Other changes to the tree in the meantime may leave a
+    part of it. */
 QV_API QV_BOOL qvFileDeleteDirectoryRecursive( QV_STRING *fn );
 
 /** What a directory holds, without `.` and `..`: full names in a new Vector, in the order of the operating system.

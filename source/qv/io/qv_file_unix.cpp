@@ -12,7 +12,8 @@
 #include "qv/sys/qv_int.h"
 
 #include <dirent.h>
-#include <libgen.h>
+#include <errno.h>
+#include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -22,10 +23,21 @@
 namespace
 {
 const QV_INT PIECE          = 1024; // bytes that go through the stack at a time
+const QV_INT READ_AT_ONCE   = 65536;
 const mode_t DIRECTORY_MODE = 0711;
 const size_t MAX_EXECUTABLE = 4096;
 
-using Name = qv::Cstr;
+// A name as the operating system takes it. One with a zero inside would be cut there and mean another file; it becomes
+// the empty name, which nothing has and every call refuses.
+class Name : public qv::Cstr
+{
+public:
+    explicit Name( QV_STRING *fn ) : Cstr( fn )
+    {
+        if( qvStringFindChar( fn, 0, 0 ) >= 0 )
+            *static_cast< char * >( *this ) = '\0';
+    }
+};
 
 FILE *file( QV_OBJ *closure )
 {
@@ -42,6 +54,23 @@ qv::Ref< QV___BOXED_POINTER > open( QV_STRING *fn, const char *mode )
              : nullptr );
 }
 
+// Reads up to `wanted` bytes. A short result is the end of the data or an error: a signal alone does not end a read.
+QV_INT readPiece( FILE *fptr, uint8_t *bytes, QV_INT wanted )
+{
+    QV_INT got = 0;
+
+    for( ;; )
+    {
+        errno = 0;
+        got += static_cast< QV_INT >( fread( bytes + got, 1, static_cast< size_t >( wanted - got ), fptr ) );
+
+        if( got == wanted || !ferror( fptr ) || errno != EINTR )
+            return got;
+
+        clearerr( fptr );
+    }
+}
+
 // Reads piece by piece until `byteCount` bytes have come or there are no more, and hands on each piece.
 template< class Take >
 QV_BOOL readPieces( FILE *fptr, QV_INT byteCount, QV_INT *bytesRead, Take take )
@@ -53,7 +82,7 @@ QV_BOOL readPieces( FILE *fptr, QV_INT byteCount, QV_INT *bytesRead, Take take )
     while( byteCount > 0 )
     {
         QV_INT wanted = qvIntMin( byteCount, PIECE );
-        QV_INT got    = static_cast< QV_INT >( fread( bytes, 1, static_cast< size_t >( wanted ), fptr ) );
+        QV_INT got    = readPiece( fptr, bytes, wanted );
 
         if( got > 0 )
             take( bytes, got );
@@ -80,7 +109,18 @@ QV_BOOL readFileBytes( QV_OBJ *closure, uint8_t *bytes, QV_INT byteCount, QV_INT
     QV_CHECK( byteCount > 0 );
 
     FILE *fptr = file( closure );
-    *bytesRead = static_cast< QV_INT >( fread( bytes, 1, static_cast< size_t >( byteCount ), fptr ) );
+
+    // The limit may be far above the size of the array, where the caller knows that no more can come. The operating
+    // system refuses to read so much at once.
+    while( *bytesRead < byteCount )
+    {
+        QV_INT wanted = qvIntMin( byteCount - *bytesRead, READ_AT_ONCE );
+        QV_INT got    = readPiece( fptr, bytes + *bytesRead, wanted );
+        *bytesRead += got;
+
+        if( got < wanted )
+            break;
+    }
 
     return ferror( fptr ) ? QV_FALSE : QV_TRUE;
 }
@@ -165,19 +205,6 @@ QV_BOOL qv___FileIsDirectory( QV_STRING *fn )
     return stat( Name( fn ), &status ) == 0 && S_ISDIR( status.st_mode ) ? QV_TRUE : QV_FALSE;
 }
 
-QV_BOOL qv___FileIsLink( QV_STRING *fn )
-{
-    Name        name( fn );
-    size_t      length = strlen( name );
-    struct stat status;
-
-    // With a delimiter behind it the name would mean what the link leads to.
-    while( length > 1 && name[length - 1] == '/' )
-        name[--length] = '\0';
-
-    return lstat( name, &status ) == 0 && S_ISLNK( status.st_mode ) ? QV_TRUE : QV_FALSE;
-}
-
 QV_BOOL qv___FileDelete( QV_STRING *fn )
 {
     return succeeded( unlink( Name( fn ) ) );
@@ -196,6 +223,30 @@ QV_BOOL qv___FileCreateDirectory( QV_STRING *fn )
 QV_BOOL qv___FileDeleteDirectory( QV_STRING *fn )
 {
     return succeeded( rmdir( Name( fn ) ) );
+}
+
+QV_BOOL qv___FileDeleteDirectoryRecursive( QV_STRING *fn )
+{
+    Name   name( fn );
+    size_t length = strlen( name );
+
+    // With a delimiter behind it, the name of a link would mean what the link leads to.
+    while( length > 1 && name[length - 1] == '/' )
+        name[--length] = '\0';
+
+    // What can never be deleted itself keeps what it holds too.
+    const char *slash = strrchr( name, '/' );
+    const char *last  = slash ? slash + 1 : static_cast< const char * >( name );
+
+    if( *last == '\0' || strcmp( last, "." ) == 0 || strcmp( last, ".." ) == 0 )
+        return QV_FALSE;
+
+    int directory = ::open( name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC );
+
+    // Without the right to look into it, it goes if it is empty; rmdir() refuses links and files.
+    bool ok = directory == -1 || qv::deleteTreeContent( directory );
+
+    return succeeded( rmdir( name ) ) && ok ? QV_TRUE : QV_FALSE;
 }
 
 QV_VECTOR *qv___DirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, QV_STRING *suffix )
@@ -242,14 +293,50 @@ QV_VECTOR *qv___DirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, QV_S
 
 /* The text of paths ---------------------------------------------------------------------------------------------- */
 
+namespace
+{
+QV_CHAR charAt( QV_STRING *fn, QV_INT index )
+{
+    return qvStringCharAt( fn, index );
+}
+
+// The last place in front of `end` that has a delimiter or has none, plus 1; 0 without one.
+QV_INT behindLast( QV_STRING *fn, QV_INT end, bool delimiter )
+{
+    while( end > 0 && ( charAt( fn, end - 1 ) == U'/' ) != delimiter )
+        end--;
+
+    return end;
+}
+} // namespace
+
+// Both as dirname() and basename() of POSIX have it, on the whole of the text.
 QV_STRING *qv___FileDirName( QV_STRING *fn )
 {
-    return fromCstr( dirname( Name( fn ) ) );
+    QV_INT base = behindLast( fn, behindLast( fn, qvStringLength( fn ), false ), true ); // where the base name starts
+    QV_INT end  = behindLast( fn, base, false );
+
+    if( end > 0 )
+        return qvStringCreateFromLeading( fn, end );
+
+    QV_INT slashes = 0;
+
+    while( slashes < qvStringLength( fn ) && charAt( fn, slashes ) == U'/' )
+        slashes++;
+
+    // Two in front, and no more, may be something of their own and stay.
+    return fromCstr( slashes == 0 ? "." : slashes == 2 ? "//" : "/" );
 }
 
 QV_STRING *qv___FileBaseName( QV_STRING *fn )
 {
-    return fromCstr( basename( Name( fn ) ) );
+    QV_INT end  = behindLast( fn, qvStringLength( fn ), false );
+    QV_INT base = behindLast( fn, end, true );
+
+    if( end > 0 )
+        return qvStringCreateFromInner( fn, base, end - base );
+
+    return fromCstr( qvStringLength( fn ) > 0 ? "/" : "." );
 }
 
 QV_CHAR qv___FilePathDelimiter( void )

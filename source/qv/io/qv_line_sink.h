@@ -2,17 +2,21 @@
     LineSink: the abstract writer of lines, each a String without a terminator. What stands behind it is told by who
     made it; qv_nlf_line_sink.h has the one over a char sink.
 
-        QV_LINE_SINK *sink = qvFileOpenLineSink( fn, QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_LF );
+        QV_BYTE_SINK     *bytes = qvFileOpenByteSink( fn );
+        QV_CHAR_SINK     *chars = qvCharsetCreateCharSink( bytes, QV_CHARSET_UTF_8, 0 );
+        QV_NLF_LINE_SINK *nls   = qvNlfLineSinkCreate( chars, QV_NLF_FLAG_LF );
+        QV_LINE_SINK     *sink  = qvNlfLineSinkLineSink( nls );
         qvLineSinkWriteCstr( sink, "first", -1 );
         qvLineSinkWriteLines( sink, rest );
-        QV_BOOL ok = qvLineSinkFlush( sink );       // one test for all that went before
-        qvLineSinkRelease( sink );
+        QV_BOOL ok = qvLineSinkFlush( sink ) && qvByteSinkFlush( bytes );   // the file has all of it
 
     Failure. A write or flush that fails sets the error flag, which nothing clears: from then on every operation gives
     QV_FALSE at once and nothing reaches what stands behind. What was written before stays written.
 
     End. The last release flushes the sink and then gives up what stands behind it. Nobody learns whether that flush
-    succeeded; who cares flushes first.
+    succeeded; a caller that cares flushes first. A flush goes down to the codec, which hands its bytes to the byte sink
+    below but does not flush that: what the sink of qvFileOpenLineSink() answers tells nothing of the file, and only a
+    caller that made the chain itself, as above, can ask the byte sink.
 
     Threads. A sink is used by one thread at a time, and so is what stands behind it.
 

@@ -7,7 +7,7 @@
     thread that uses the sink, and gives QV_FALSE for a failure, after which none is called again. It must not use the
     sink that called it. */
 
-/** Writes one line. Who keeps the String retains it. */
+/** Writes one line. A callback that keeps the String retains it. */
 typedef QV_BOOL ( *QV___LINE_SINK_WRITE_FUNC )( QV_OBJ *closure, QV_STRING *line );
 
 /** Finishes pending work. Called on demand, and once more before the closure is given up. */

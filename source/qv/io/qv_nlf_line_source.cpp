@@ -6,8 +6,8 @@
 #include "qv/io/qv_nlf.h"
 #include "qv/io/qv_string_char_source.h"
 #include "qv/runtime/qv_ref.h"
-
-#include <cstring>
+#include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_chars_private.h"
 
 // The characters that one refill asks for.
 const QV_INT REFILL_CHARS = 1024;
@@ -29,13 +29,10 @@ namespace
 void freeFunc( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
-    qv::drop( qvNlfLineSourceFrom( thisObj )->charSource );
-}
 
-// True for each character that ends a line with some newline flag.
-inline bool endsLines( QV_CHAR ch )
-{
-    return ( ch >= U'\n' && ch <= U'\r' ) || ch == U'\x85' || ch == U'\u2028' || ch == U'\u2029';
+    QV_NLF_LINE_SOURCE *nls = qvNlfLineSourceFrom( thisObj );
+    qv::unpoison( nls->chars, sizeof( nls->chars ) );
+    qv::drop( nls->charSource );
 }
 
 // The flags with which the character ends a line, whatever is behind it. CRLF is not one of them.
@@ -62,38 +59,13 @@ QV_INT flagsOf( QV_CHAR ch )
     }
 }
 
-// The first character from `offset` on that may end a line, or `length`. Nearly all characters of a text are passed
-// over here, so they are looked at eight at a time, as vectors; characters are positive as signed numbers.
-QV_INT findTerminator( const QV_CHAR *chars, QV_INT offset, QV_INT length )
-{
-    typedef int32_t Four __attribute__( ( vector_size( 16 ) ) );
-    typedef int64_t Two __attribute__( ( vector_size( 16 ) ) );
-
-    auto ends = []( Four ch )
-    { return ( ( ch >= '\n' ) & ( ch <= '\r' ) ) | ( ch == 0x85 ) | ( ( ch & ~1 ) == 0x2028 ); };
-
-    for( ; offset + 8 <= length; offset += 8 )
-    {
-        Four first, second;
-        memcpy( &first, chars + offset, sizeof( first ) );
-        memcpy( &second, chars + offset + 4, sizeof( second ) );
-
-        Two found = reinterpret_cast< Two >( ends( first ) | ends( second ) );
-
-        if( found[0] | found[1] )
-            break;
-    }
-
-    while( offset < length && !endsLines( chars[offset] ) )
-        offset++;
-
-    return offset;
-}
-
 // Reads on. The last unread character, if there is one, stays. False when nothing came.
 bool refill( QV_NLF_LINE_SOURCE *nls )
 {
     QV_INT kept = nls->charsLength - nls->charsOffset;
+
+    QV_ASSERT( kept == 0 || kept == 1 );
+    qv::unpoison( nls->chars, sizeof( nls->chars ) );
 
     if( kept )
         nls->chars[0] = nls->chars[nls->charsOffset];
@@ -102,8 +74,17 @@ bool refill( QV_NLF_LINE_SOURCE *nls )
 
     nls->charsOffset = 1 - kept;
     nls->charsLength = 1 + count;
+    qv::markFree(
+        nls->chars + nls->charsLength, static_cast< size_t >( REFILL_CHARS - count ) * sizeof( QV_CHAR ) );
 
     return count > 0;
+}
+
+// Notes how far the characters of a line and its terminator went.
+void take( QV_NLF_LINE_SOURCE *nls, QV_INT end )
+{
+    QV_ASSERT( end >= nls->charsOffset && end <= nls->charsLength && nls->charsLength <= 1 + REFILL_CHARS );
+    nls->charsOffset = end;
 }
 
 // Adds characters to the line, which is null before the first ones.
@@ -131,27 +112,27 @@ QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
     // What stands from charsOffset up to `at` belongs to the line.
     for( QV_INT at = nls->charsOffset;; at++ )
     {
-        at = findTerminator( chars, at, nls->charsLength );
+        at = qv::findLineEnd( chars, at, nls->charsLength );
 
         while( at >= nls->charsLength - 1 )
         {
             QV_INT last = nls->charsLength - 1;
 
             add( &line, chars + nls->charsOffset, last - nls->charsOffset );
-            nls->charsOffset = last;
+            take( nls, last );
 
             if( !refill( nls ) )
             {
                 if( !( flagsOf( chars[0] ) & flags ) )
                     add( &line, chars, 1 );
 
-                nls->charsOffset = nls->charsLength;
-                *result          = line.give();
+                take( nls, nls->charsLength );
+                *result = line.give();
 
                 return QV_TRUE;
             }
 
-            at = findTerminator( chars, 0, nls->charsLength );
+            at = qv::findLineEnd( chars, 0, nls->charsLength );
         }
 
         QV_INT terminatorLength = ( flagsOf( chars[at] ) & flags ) ? 1 : 0;
@@ -162,8 +143,8 @@ QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
         if( terminatorLength )
         {
             add( &line, chars + nls->charsOffset, at - nls->charsOffset );
-            nls->charsOffset = at + terminatorLength;
-            *result          = line.give();
+            take( nls, at + terminatorLength );
+            *result = line.give();
 
             return QV_TRUE;
         }

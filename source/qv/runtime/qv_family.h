@@ -19,9 +19,10 @@
             QV_POINT *point = (QV_POINT *)qv___ObjCreate( sizeof( QV_POINT ), qvPointSort() );
             ...
 
-    A free function gives up what the object's fields own; the block itself is not its business. A compare function
-    gives -1, 0 or 1, a to-string function a new text. Each may be null: nothing to give up, the order of the unique
-    numbers, the sort's name with the unique number. */
+    A free function gives up what the object's fields own; the block itself is not its business. What it releases ends at
+    once or, nested more than 32 levels deep, before the outermost release returns; so a free function does not wait for
+    the end of another object. A compare function gives -1, 0 or 1, a to-string function a new text. Each may be null:
+    nothing to give up, the order of the unique numbers, the sort's name with the unique number. */
 
 #ifndef QV_FAMILY_H
 #define QV_FAMILY_H
@@ -45,12 +46,13 @@ struct QV_OBJ
     QV_SORT            *sort;              /**< null in sort records and module objects */
     QV_INT              unique;            /**< atomic; -1 until the number is first needed */
     int32_t             retainCount;       /**< atomic */
-    uint32_t            sharedOffset;      /**< bytes since the start of memory shared with others; 0: has its own */
+    uint16_t            sharedOffset;      /**< bytes since the start of memory shared with others; 0: has its own */
+    uint16_t            isListed;          /**< the run that created it keeps lists; never changes */
     QV_INT              dbgObjectSize;     /**< the size given to qv___ObjCreate() */
     QV_INT              dbgAllocationSize; /**< atomic; bytes of storage outside the object */
     QV___OBJ_LOG_ENTRY *logFirst;
     QV___OBJ_LOG_ENTRY *logLast;
-    QV_OBJ             *odbPrevious; /**< links in the sort's list of live objects, if the run keeps one */
+    QV_OBJ             *odbPrevious; /**< links in the sort's list of live objects, null if the object is in none */
     QV_OBJ             *odbNext;
 };
 
@@ -59,6 +61,12 @@ struct QV_OBJ
 typedef void ( *QV___FREE_FUNC )( QV_OBJ *thisObj );
 typedef QV_INT ( *QV___COMPARE_FUNC )( QV_OBJ *thisObj, QV_OBJ *thatObj );
 typedef QV_STRING *( *QV___TO_STRING_FUNC )( QV_OBJ *thisObj );
+
+/** Steps through the parts of an object, for families of the library that may be nested: see qv_obj_parts_private.h. */
+typedef struct QV___COMPARE_WALK QV___COMPARE_WALK;
+typedef struct QV___TEXT_WALK    QV___TEXT_WALK;
+typedef QV_INT ( *QV___COMPARE_STEP )( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk );
+typedef QV_OBJ *( *QV___TEXT_STEP )( QV_OBJ *thisObj, QV___TEXT_WALK *walk );
 
 #ifdef __cplusplus
 struct QV_SORT : QV_OBJ
@@ -76,12 +84,22 @@ struct QV_SORT
     int32_t             objects; /**< atomic; live objects */
     QV_OBJ             *odbFirst;
     QV_OBJ             *odbLast;
-    QV_SORT            *sortsPrevious; /**< links in the module's list of sorts with live objects */
+    QV_SORT            *sortsPrevious; /**< links in the module's list of sorts with listed objects */
     QV_SORT            *sortsNext;
+    int32_t             listed;        /**< of the live objects, those that are listed; guarded as the lists */
+    QV___COMPARE_STEP   compareStep;   /**< null for families that are not made of parts */
+    QV___TEXT_STEP      textStep;
 };
 
 /** The header of a static sort record or module object. */
-#define QV___STATIC_HEADER( type ) { type, NULL, -1, 1, 0, 0, 0, NULL, NULL, NULL, NULL }
+#define QV___STATIC_HEADER( type ) { type, NULL, -1, 1, 0, 0, 0, 0, NULL, NULL, NULL, NULL }
+
+/** A static sort record. */
+#define QV___STATIC_SORT( module, name, freeFunc, compareFunc, toStringFunc, compareStep, textStep )                   \
+    {                                                                                                                  \
+        QV___STATIC_HEADER( QV___OBJ_TYPE_SORT ), module, name, freeFunc, compareFunc, toStringFunc, 0, NULL, NULL,    \
+            NULL, NULL, 0, compareStep, textStep                                                                       \
+    }
 
 /* Creation and destruction --------------------------------------------------------------------------------------- */
 
@@ -95,8 +113,18 @@ QV_API void qv___ObjFree( QV_OBJ *thisObj );
 /** Gives up the reference of a caller who has found a count of 1. */
 QV_API void qv___ObjReleaseLast( QV_OBJ *thisObj );
 
-/** What every release is. Whoever finds a count of 1 holds the only reference, so that the common end of an object needs
-    no locked instruction, unless the object database lets others find the object: qv___ObjReleaseLast() knows. */
+/** What every retain is. A reference is taken by somebody who knows of another one. */
+static inline void qv___ObjRetain( QV_OBJ *obj )
+{
+#if defined( QV___ASSERTIONS ) && QV___ASSERTIONS
+    QV_CHECK( obj->type <= QV___OBJ_TYPE_MODULE );
+    QV_CHECK( obj->type != QV___OBJ_TYPE_OBJECT || qv___AtomicLoad32( &obj->retainCount ) > 0 );
+#endif
+    qv___AtomicAdd32( &obj->retainCount, 1 );
+}
+
+/** What every release is. Whoever finds a count of 1 holds the only reference, so that the common end of an object
+    needs no locked instruction, unless the object can be found without one: qv___ObjReleaseLast() knows. */
 static inline void qv___ObjRelease( QV_OBJ *obj )
 {
     if( qv___AtomicLoad32( &obj->retainCount ) == 1 )
@@ -145,19 +173,12 @@ QV_API QV_MODULE qv___module;
 
 /** Defines what QV_FAMILY() declared: the sort record and the eight functions. */
 #define QV___FAMILY( Name, TYPE, freeFunction, compareFunction, toStringFunction )                                     \
+    QV___FAMILY_OF_PARTS( Name, TYPE, freeFunction, compareFunction, toStringFunction, NULL, NULL )
+
+#define QV___FAMILY_OF_PARTS( Name, TYPE, freeFunction, compareFunction, toStringFunction, compareStep, textStep )     \
     QV___HIDDEN QV_SORT qv___sort_##TYPE;                                                                              \
-    QV_SORT             qv___sort_##TYPE = {                                                                           \
-        QV___STATIC_HEADER( QV___OBJ_TYPE_SORT ),                                                          \
-        &QV_THIS_MODULE,                                                                                   \
-        #TYPE,                                                                                             \
-        freeFunction,                                                                                      \
-        compareFunction,                                                                                   \
-        toStringFunction,                                                                                  \
-        0,                                                                                                 \
-        NULL,                                                                                              \
-        NULL,                                                                                              \
-        NULL,                                                                                              \
-        NULL };                                                                                            \
+    QV_SORT             qv___sort_##TYPE = QV___STATIC_SORT(                                                           \
+        &QV_THIS_MODULE, #TYPE, freeFunction, compareFunction, toStringFunction, compareStep, textStep );              \
                                                                                                                        \
     QV_SORT *qv##Name##Sort( void )                                                                                    \
     {                                                                                                                  \
@@ -171,7 +192,7 @@ QV_API QV_MODULE qv___module;
     {                                                                                                                  \
         if( !obj )                                                                                                     \
             qv___Abort( "stdfunc retain", QV___SOURCE, __LINE__, "obj" );                                              \
-        qv___AtomicAdd32( &( (QV_OBJ *)obj )->retainCount, 1 );                                                        \
+        qv___ObjRetain( (QV_OBJ *)obj );                                                                               \
     }                                                                                                                  \
                                                                                                                        \
     void qv##Name##Release( TYPE *obj )                                                                                \

@@ -6,6 +6,8 @@
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 
+#include "qv_build_time.h" // made by the build
+
 #include <string.h>
 
 const QV_MODULE_RECORD qv___module_record = {

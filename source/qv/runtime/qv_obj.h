@@ -13,7 +13,8 @@
 /** Takes one more reference. One atomic operation. */
 QV_API void qvObjRetain( QV_OBJ *obj );
 
-/** Gives one reference up; with the last one the object ends. Sorts and modules never end. */
+/** Gives one reference up; with the last one the object ends, and with it what it alone holds: all that is gone when
+    the call returns, nested to any depth, on a small stack. Sorts and modules never end. */
 QV_API void qvObjRelease( QV_OBJ *obj );
 
 /** The object's sort. Borrowed: sorts live as long as their module. */
@@ -27,7 +28,8 @@ QV_API QV_INT qvObjCompare( QV_OBJ *objA, QV_OBJ *objB );
     printed, and stays. Families without a compare function have it. */
 QV_API QV_INT qvObjDefaultCompareFunc( QV_OBJ *thisObj, QV_OBJ *thatObj );
 
-/** A new text of the object, in the form of its family. */
+/** A new text of the object, in the form of its family. The caller owns it. Vectors are written to any depth, at the
+    cost of the whole text's length. */
 QV_API QV_STRING *qvObjToString( QV_OBJ *thisObj );
 
 /** A new text of the sort's name and the object's unique number: `QV_MONITOR(1F)`. Families without a to-string

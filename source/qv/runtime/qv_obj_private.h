@@ -4,6 +4,7 @@
 #include "qv/runtime/qv_family.h"
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_lock_private.h"
 
 /** Read-only while the library runs. */
@@ -55,16 +56,25 @@ private:
     int32_t  counted_ = 0; // objects to come that the sort counts already
 };
 
-/** Takes so many more references. Who holds the only one needs no locked instruction for that, as in a release. */
+/** Takes so many more references to an object that may be shared: every borrowed argument may, at any moment. */
 template< class T >
 inline void retainMore( T *object, int32_t more )
 {
-    int32_t *count = &obj( object )->retainCount;
+    qv___AtomicAdd32( &obj( object )->retainCount, more );
+}
 
-    if( !qv___ObjOdbIsEnabled && qv___AtomicLoad32( count ) == 1 )
-        qv___AtomicStoreRelease32( count, 1 + more );
+/** The same for an object that the caller has created and given to nobody yet. Nobody else can write its count, unless
+    a snapshot finds the object, and so it needs no locked instruction. */
+template< class T >
+inline void retainCreated( T *created, int32_t more )
+{
+    QV_OBJ *object = obj( created );
+    QV_ASSERT( object->isListed || qv___AtomicLoad32( &object->retainCount ) == 1 );
+
+    if( object->isListed )
+        qv___AtomicAdd32( &object->retainCount, more );
     else
-        qv___AtomicAdd32( count, more );
+        qv___AtomicStoreRelease32( &object->retainCount, 1 + more );
 }
 } // namespace qv
 
@@ -89,12 +99,16 @@ QV_API QV_VECTOR *qv___ObjLog( QV_OBJ *thisObj );
 
    When the run keeps it, each sort lists its live objects in the order of their creation and each module its sorts
    that have any. An object is in the list from its creation on, with fields that its family is yet to fill, up to its
-   free function. All lists are guarded by one lock, with which held no object may be created or released. */
+   free function, even if that runs after the end of the run that created it. All lists are guarded by one lock, with
+   which held no object may be created or released. */
 
 /** Whether the run keeps the lists, and their lock. Locking ends the process when there are no lists. */
 QV_API QV_BOOL qv___ObjOdbEnabled( void );
 QV_API void    qv___ObjOdbLock( void );
 QV_API void    qv___ObjOdbUnlock( void );
+
+/** Ends the process unless the lists of the library's sorts agree with the objects and counts. Any thread, any run. */
+QV_API void qv___ObjCheckLists( void );
 
 namespace qv
 {

@@ -24,7 +24,7 @@ inline QV_OBJ *obj( T *object )
 template< class T >
 inline T *retain( T *object )
 {
-    qv___AtomicAdd32( &obj( object )->retainCount, 1 );
+    qv___ObjRetain( obj( object ) );
     return object;
 }
 

@@ -27,12 +27,14 @@ QV_INT qvRuntimeHardware( void )
     return QV_RUNTIME_HARDWARE_X64;
 #elif defined( __i386__ )
     return QV_RUNTIME_HARDWARE_X32;
-#elif defined( __aarch64__ )
+#elif defined( __aarch64__ ) && !defined( __AARCH64EB__ )
     return QV_RUNTIME_HARDWARE_ARM64;
-#elif defined( __arm__ )
+#elif defined( __arm__ ) && defined( __ARM_PCS_VFP ) && !defined( __ARMEB__ )
     return QV_RUNTIME_HARDWARE_ARMHF;
-#else
+#elif defined( __mips__ ) && defined( __MIPSEB__ )
     return QV_RUNTIME_HARDWARE_MIPS;
+#else
+#error "This hardware has no name: no value is true of its instructions, byte order and calling convention."
 #endif
 }
 

@@ -9,48 +9,41 @@
 #include "qv/sys/qv_abort_private.h"
 #include "qv/sys/qv_mem.h"
 
-#include <execinfo.h>
-#include <stdlib.h>
+#include <utility>
 
-// The report runs in whatever state the failure left, a damaged heap included: standard streams and static text, no
-// lock, no object, no memory of the library's.
+#include <fcntl.h>
+#include <unistd.h>
+
+// The report runs in whatever state the failure left, a damaged heap included: descriptors and static text, no lock, no
+// object, no memory.
 
 char *qv___AbortFilename = nullptr;
 
 namespace
 {
-const int MAX_FRAMES = 4000;
-
-const int SIGNALS[] = { SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV };
+using qv::AbortOutput;
 
 const char RULE[]  = "  **********************************************************************\n";
 const char TITLE[] = "  * ABNORMAL PROGRAM TERMINATION                                       *\n";
 
-void setDefaultAction( int signum )
+void writeProduct( AbortOutput *output )
 {
-    struct sigaction sigact = {};
-    sigact.sa_handler       = SIG_DFL;
-    sigemptyset( &sigact.sa_mask );
-
-    QV_CHECK( 0 == sigaction( signum, &sigact, NULL ) );
+    output->text( "\n  PRODUCT\n" );
+    output->row( "    Name      : ", qv___RuntimeVersionProductNameCstr() );
+    output->row( "    Friendly  : ", qv___RuntimeVersionProductFriendlyNameCstr() );
+    output->text( "    Version   : " );
+    output->integer( static_cast< int >( qv___module_record.productVersionMajor ) );
+    output->text( "." );
+    output->integer( static_cast< int >( qv___module_record.productVersionMinor ) );
+    output->text( "." );
+    output->integer( static_cast< int >( qv___module_record.productVersionRelease ) );
+    output->row( "\n    OS        : ", qv___RuntimeOsFriendlyNameCstr( qvRuntimeOs() ) );
+    output->row( "    Hardware  : ", qv___RuntimeHardwareFriendlyNameCstr( qvRuntimeHardware() ) );
+    output->row( "    Variant   : ", qv___RuntimeVariantFriendlyNameCstr( qvRuntimeVariant() ) );
+    output->row( "    Build Time: ", qv___RuntimeVersionProductBuildTimeCstr() );
 }
 
-void writeProduct( FILE *stream )
-{
-    fputs( "\n  PRODUCT\n", stream );
-    fprintf( stream, "    Name      : %s\n", qv___RuntimeVersionProductNameCstr() );
-    fprintf( stream, "    Friendly  : %s\n", qv___RuntimeVersionProductFriendlyNameCstr() );
-    fprintf(
-        stream, "    Version   : %d.%d.%d\n", static_cast< int >( qv___module_record.productVersionMajor ),
-        static_cast< int >( qv___module_record.productVersionMinor ),
-        static_cast< int >( qv___module_record.productVersionRelease ) );
-    fprintf( stream, "    OS        : %s\n", qv___RuntimeOsFriendlyNameCstr( qvRuntimeOs() ) );
-    fprintf( stream, "    Hardware  : %s\n", qv___RuntimeHardwareFriendlyNameCstr( qvRuntimeHardware() ) );
-    fprintf( stream, "    Variant   : %s\n", qv___RuntimeVariantFriendlyNameCstr( qvRuntimeVariant() ) );
-    fprintf( stream, "    Build Time: %s\n", qv___RuntimeVersionProductBuildTimeCstr() );
-}
-
-void writeApplication( FILE *stream )
+void writeApplication( AbortOutput *output )
 {
     const char *identifier   = qv___RuntimeVersionApplicationIdentifierCstr();
     const char *friendlyName = qv___RuntimeVersionApplicationFriendlyNameCstr();
@@ -59,44 +52,165 @@ void writeApplication( FILE *stream )
     if( !identifier && !friendlyName && !version )
         return;
 
-    fputs( "\n  APPLICATION\n", stream );
-    fprintf( stream, "    Identifier: %s\n", identifier ? identifier : "" );
-    fprintf( stream, "    Friendly  : %s\n", friendlyName ? friendlyName : "" );
-    fprintf( stream, "    Version   : %s\n", version ? version : "" );
+    output->text( "\n  APPLICATION\n" );
+    output->row( "    Identifier: ", identifier ? identifier : "" );
+    output->row( "    Friendly  : ", friendlyName ? friendlyName : "" );
+    output->row( "    Version   : ", version ? version : "" );
 }
 
-void writeFailure( FILE *stream, const char *message, const char *file, QV_INT line, const char *expression )
+// What failed.
+struct Failure
 {
-    if( !message && !file && !expression )
+    const char      *message;
+    const char      *file;
+    QV_INT           line;
+    const char      *expression;
+    const siginfo_t *siginfo;
+};
+
+void writeFailure( AbortOutput *output, const Failure &failure )
+{
+    if( !failure.message && !failure.file && !failure.expression )
         return;
 
-    fputs( "\n  ABORT\n", stream );
+    output->text( "\n  ABORT\n" );
 
-    if( message )
-        fprintf( stream, "    Message   : %s\n", message );
+    if( failure.message )
+        output->row( "    Message   : ", failure.message );
 
-    if( file )
+    if( failure.file )
     {
-        fprintf( stream, "    File      : %s\n", file );
-        fprintf( stream, "    Line      : %d\n", static_cast< int >( line ) );
+        output->row( "    File      : ", failure.file );
+        output->text( "    Line      : " );
+        output->integer( static_cast< int >( failure.line ) );
+        output->text( "\n" );
     }
 
-    if( expression )
-        fprintf( stream, "    Expression: %s\n", expression );
+    if( failure.expression )
+        output->row( "    Expression: ", failure.expression );
 }
 
-void writeSignal( FILE *stream, const siginfo_t *siginfo )
+void writeSignal( AbortOutput *output, const siginfo_t *siginfo )
 {
     int signal = siginfo->si_signo;
     int code   = siginfo->si_code;
 
-    fputs( "\n  SIGNAL\n", stream );
-    fprintf( stream, "    Signal    : %d%s\n", signal, qv::signalText( signal ) );
-    fprintf( stream, "    Code      : %d%s\n", code, qv::signalCodeText( signal, code ) );
-    fprintf( stream, "    Sender    : %s\n", code <= 0 ? "user" : "kernel" );
+    output->text( "\n  SIGNAL\n    Signal    : " );
+    output->integer( signal );
+    output->row( qv::signalText( signal ), "" );
+    output->text( "    Code      : " );
+    output->integer( code );
+    output->row( qv::signalCodeText( signal, code ), "" );
+    output->row( "    Sender    : ", code <= 0 ? "user" : "kernel" );
 
     if( signal == SIGBUS || signal == SIGFPE || signal == SIGILL || signal == SIGSEGV )
-        fprintf( stream, "    Address   : %p\n", siginfo->si_addr );
+    {
+        output->text( "    Address   : " );
+        output->pointer( siginfo->si_addr );
+        output->text( "\n" );
+    }
+}
+
+void writeMessage( AbortOutput *output, const Failure &failure )
+{
+    output->text( RULE );
+    output->text( TITLE );
+    output->text( RULE );
+
+    writeProduct( output );
+    writeApplication( output );
+    writeFailure( output, failure );
+
+    if( failure.siginfo )
+        writeSignal( output, failure.siginfo );
+}
+
+void writeStack( AbortOutput *output, void *const *frames, int count )
+{
+    if( count == 0 )
+        return;
+
+    output->text( "\n  STACK\n" );
+
+    for( int i = 0; i < count; i++ )
+    {
+        output->text( "    " );
+        qv::writeFrame( output, frames[i] );
+        output->text( "\n" );
+    }
+}
+
+// The steps of a report. Each may be left in the middle.
+
+void *reportFrames[qv::ABORT_FRAMES];
+int   reportFrameCount = 0;
+
+void flushStream( void *stream )
+{
+    fflush( static_cast< FILE * >( stream ) );
+}
+
+void writeToErrors( void *failure )
+{
+    AbortOutput output( STDERR_FILENO );
+    output.text( "\n\n\n" );
+    writeMessage( &output, *static_cast< const Failure * >( failure ) );
+}
+
+void walkStack( void * )
+{
+    qv::abortFrames( reportFrames, qv::ABORT_FRAMES, &reportFrameCount );
+}
+
+void writeToFile( void *failure )
+{
+    int descriptor = open( qv___AbortFilename, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666 );
+
+    if( descriptor < 0 )
+        return;
+
+    AbortOutput output( descriptor );
+    writeMessage( &output, *static_cast< const Failure * >( failure ) );
+    output.flush();
+    writeStack( &output, reportFrames, reportFrameCount );
+    output.flush();
+    close( descriptor );
+}
+
+void writeStackToErrors( void * )
+{
+    AbortOutput output( STDERR_FILENO );
+    writeStack( &output, reportFrames, reportFrameCount );
+}
+
+void writeEndToErrors( void * )
+{
+    AbortOutput output( STDERR_FILENO );
+    output.text( "\n\n\n" );
+}
+
+// Milliseconds that a step may take. Streams may be locked, or full and without a reader: what they hold is less than
+// the report. A terminal that stands still may go on.
+const int FLUSH_TIME = 250;
+const int STACK_TIME = 1000;
+const int WRITE_TIME = 10000;
+
+void setAction( int signum, void ( *action )( int, siginfo_t *, void * ) )
+{
+    struct sigaction sigact = {};
+    sigemptyset( &sigact.sa_mask );
+
+    if( action )
+    {
+        sigact.sa_sigaction = action;
+        sigact.sa_flags     = SA_SIGINFO | SA_ONSTACK;
+    }
+    else
+    {
+        sigact.sa_handler = SIG_DFL;
+    }
+
+    QV_CHECK( 0 == sigaction( signum, &sigact, NULL ) );
 }
 
 // The report of this process gets a name of its own, once, while there is everything to make it with.
@@ -123,24 +237,17 @@ void qv___AbortStartup( void )
     if( qvRuntimeFlags() & QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS )
         return;
 
-    for( int signum : SIGNALS )
-    {
-        struct sigaction sigact = {};
-        sigact.sa_sigaction     = qv___AbortSignalAction;
-        sigact.sa_flags         = SA_SIGINFO;
-        sigemptyset( &sigact.sa_mask );
-
-        QV_CHECK( 0 == sigaction( signum, &sigact, NULL ) );
-    }
+    for( int signum : qv::FATAL_SIGNALS )
+        setAction( signum, qv___AbortSignalAction );
 }
 
 void qv___AbortShutdown( void )
 {
-    for( int signum : SIGNALS )
-        setDefaultAction( signum );
+    for( int signum : qv::FATAL_SIGNALS )
+        setAction( signum, nullptr );
 
-    qvMemFree( qv___AbortFilename );
-    qv___AbortFilename = nullptr;
+    // Another thread that fails just now has a file or none, but never a name that is gone.
+    qvMemFree( std::exchange( qv___AbortFilename, nullptr ) );
 }
 
 void qv___Abort( const char *message, const char *file, QV_INT line, const char *expression )
@@ -151,63 +258,41 @@ void qv___Abort( const char *message, const char *file, QV_INT line, const char 
 void qv___DoAbort(
     const char *message, const char *file, QV_INT line, const char *expression, const siginfo_t *siginfo )
 {
-    fflush( stdout );
-    fflush( stderr );
+    qv::enterAbort();
 
-    fputs( "\n\n\n", stderr );
-    qv___DoAbortMessage( stderr, message, file, line, expression, siginfo );
-    fflush( stderr );
+    Failure failure = { message, file, line, expression, siginfo };
+
+    // What the program has printed so far comes before the report, if that can be.
+    qv::attempt( FLUSH_TIME, flushStream, stdout );
+    qv::attempt( FLUSH_TIME, flushStream, stderr );
+
+    qv::attempt( WRITE_TIME, writeToErrors, &failure );
+    qv::attempt( STACK_TIME, walkStack, nullptr );
 
     if( qv___AbortFilename )
-    {
-        if( FILE *stream = fopen( qv___AbortFilename, "w" ) )
-        {
-            qv___DoAbortMessage( stream, message, file, line, expression, siginfo );
-            fflush( stream );
-            qv___DoAbortBacktrace( stream );
-            fclose( stream );
-        }
-    }
+        qv::attempt( WRITE_TIME, writeToFile, &failure );
 
-    qv___DoAbortBacktrace( stderr );
-    fputs( "\n\n\n", stderr );
-    fflush( stderr );
-
-    setDefaultAction( SIGABRT );
-    abort();
+    qv::attempt( WRITE_TIME, writeStackToErrors, nullptr );
+    qv::attempt( WRITE_TIME, writeEndToErrors, nullptr );
+    qv::endAbort();
 }
 
 void qv___DoAbortMessage(
     FILE *stream, const char *message, const char *file, QV_INT line, const char *expression,
     const siginfo_t *siginfo )
 {
-    fputs( RULE, stream );
-    fputs( TITLE, stream );
-    fputs( RULE, stream );
-
-    writeProduct( stream );
-    writeApplication( stream );
-    writeFailure( stream, message, file, line, expression );
-
-    if( siginfo )
-        writeSignal( stream, siginfo );
+    AbortOutput output( stream );
+    writeMessage( &output, { message, file, line, expression, siginfo } );
 }
 
 void qv___DoAbortBacktrace( FILE *stream )
 {
-    void *frames[MAX_FRAMES];
-    int   count   = backtrace( frames, MAX_FRAMES );
-    char **symbols = count > 0 ? backtrace_symbols( frames, count ) : nullptr;
+    void *frames[qv::ABORT_FRAMES];
+    int   count;
+    qv::abortFrames( frames, qv::ABORT_FRAMES, &count );
 
-    if( !symbols )
-        return;
-
-    fputs( "\n  STACK\n", stream );
-
-    for( int i = 0; i < count; i++ )
-        fprintf( stream, "    %s\n", symbols[i] );
-
-    free( symbols );
+    AbortOutput output( stream );
+    writeStack( &output, frames, count );
 }
 
 void qv___AbortSignalAction( int signal, siginfo_t *siginfo, void *context )

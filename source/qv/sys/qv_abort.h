@@ -14,7 +14,8 @@
 
     Never returns. `message` and `expression` are zero-terminated texts or null, `file` is the source without
     its ending or null, `line` counts from 1. Works at any time, before start-up and after shutdown too, from
-    any thread, and allocates nothing of the library's. */
+    any thread; of several threads that fail one reports. Allocates nothing, and waits at most a quarter of a
+    second for each of the standard output and error streams to take what has been printed so far. */
 QV_API void qv___Abort( const char *message, const char *file, QV_INT line, const char *expression )
     __attribute__( ( noreturn, cold ) );
 

@@ -11,12 +11,13 @@
 QV_API char *qv___AbortFilename;
 
 /** Writes the report to the standard error stream and the report file and ends the process. `siginfo` is that of
-    the signal that led here, or null. */
+    the signal that led here, or null. Of several threads one writes, and the others wait for the end. Allocates nothing
+    and waits for nothing for long: what the failure keeps from being written is left out. */
 QV_API void qv___DoAbort(
     const char *message, const char *file, QV_INT line, const char *expression, const siginfo_t *siginfo )
     __attribute__( ( noreturn, cold ) );
 
-/** Writes the report without its stack. */
+/** Writes the report without its stack to a stream. */
 QV_API void qv___DoAbortMessage(
     FILE *stream, const char *message, const char *file, QV_INT line, const char *expression,
     const siginfo_t *siginfo );
@@ -32,6 +33,90 @@ namespace qv
 /** What a signal and its code mean, with a leading blank, or the empty text. */
 const char *signalText( int signal );
 const char *signalCodeText( int signal, int code );
+
+/** The signals that end a process with a report. */
+const int FATAL_SIGNALS[] = { SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV };
+
+/** The most calls that the stack of a report shows. */
+const int ABORT_FRAMES = 4000;
+
+/* Writing -------------------------------------------------------------------------------------------------------- */
+
+/** Takes text to a stream or, without the C library's streams, to a descriptor. Nothing is allocated. What cannot be
+    written is lost. */
+class AbortOutput
+{
+public:
+    explicit AbortOutput( FILE *stream ) : stream_( stream )
+    {
+    }
+
+    explicit AbortOutput( int descriptor ) : descriptor_( descriptor )
+    {
+    }
+
+    ~AbortOutput()
+    {
+        flush();
+    }
+
+    AbortOutput( const AbortOutput & ) = delete;
+    AbortOutput &operator=( const AbortOutput & ) = delete;
+
+    void text( const char *text );
+    void integer( int value );          // as %d
+    void hexadecimal( uint64_t value ); // as %#lx
+    void pointer( const void *value );  // as %p
+    void row( const char *name, const char *value ); // and a newline
+    void flush();
+
+private:
+    void character( char ch );
+
+    FILE  *stream_     = nullptr;
+    int    descriptor_ = -1;
+    size_t length_     = 0;
+    char   buffer_[512];
+};
+
+/** Stores the return addresses of the calling thread's stack, the caller's frame first, and counts them meanwhile: what
+    has been found counts when the walk fails on a damaged stack. */
+void abortFrames( void **frames, int size, int *length );
+
+/** Writes one line about an address, as `backtrace_symbols` words it. */
+void writeFrame( AbortOutput *output, void *address );
+
+/* Failing -------------------------------------------------------------------------------------------------------- */
+
+/** Called first by whoever fails; comes back once, in the thread that writes the report. From then on another fatal
+    signal of this thread ends what it does, and other threads wait when they fail. */
+void enterAbort();
+
+/** Calls `function` in the thread that writes the report, and leaves it where it stands when it fails or takes longer
+    than that; then gives false. So it owns nothing that matters later. */
+bool attempt( int milliseconds, void ( *function )( void *context ), void *context );
+
+/** Ends the process by SIGABRT. */
+[[noreturn]] void endAbort();
+
+/* A stack for handlers ------------------------------------------------------------------------------------------- */
+
+/** A thread's alternative stack, on which a fatal signal is reported when the thread's own is full. */
+struct SignalStack
+{
+    stack_t previous;
+    void   *room; // null: none has been set
+};
+
+/** Gives the calling thread one, in a run with handlers of fatal signals and unless the thread has a larger one. Costs
+    one system call if another thread has had it before. */
+void beginSignalStack( SignalStack *stack );
+
+/** Takes it away from the thread, which gets the previous one back. */
+void endSignalStack( SignalStack *stack );
+
+/** Frees those that no thread has now. */
+void freeSignalStacks();
 } // namespace qv
 
 #endif

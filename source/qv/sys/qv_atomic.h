@@ -1,9 +1,11 @@
 /** @file
     The only way to plain integers and pointers that several threads touch.
 
-    Every operation is sequentially consistent and orders all memory on both sides. Where the processor's locked
-    read-modify-write does that by itself no fence is emitted; elsewhere one stands before and one behind. C11 and
-    C++20. */
+    What reads and writes in one step (add, compare and exchange) is sequentially consistent and orders all memory on
+    both sides. Where the processor's locked instruction does that by itself no fence is emitted; elsewhere one stands
+    before and one behind. A read takes part in the same order and comes before all that follows it; plain writes that
+    precede it may still become visible later. A write takes part in that order and comes after all that precedes it;
+    its release form does the latter only. C11 and C++20. */
 
 #ifndef QV_ATOMIC_H
 #define QV_ATOMIC_H
@@ -16,7 +18,7 @@
 #define QV___ATOMIC_FENCE() __atomic_thread_fence( __ATOMIC_SEQ_CST )
 #endif
 
-/** Adds `amount`; gives the new value. */
+/** Adds `amount`; gives the new value. A result that does not fit wraps around. */
 static inline int32_t qv___AtomicAdd32( int32_t *value, int32_t amount )
 {
     QV___ATOMIC_FENCE();
@@ -43,7 +45,7 @@ static inline int64_t qv___AtomicCompareExchange64( int64_t *value, int64_t expe
     return expected;
 }
 
-/** Reads. */
+/** Reads. No locked instruction on any machine. */
 static inline int32_t qv___AtomicLoad32( const int32_t *value )
 {
     QV___ATOMIC_FENCE();
@@ -56,7 +58,8 @@ static inline int64_t qv___AtomicLoad64( const int64_t *value )
     return __atomic_load_n( value, __ATOMIC_SEQ_CST );
 }
 
-/** Writes; the release form orders what was written before and needs no locked instruction. */
+/** Writes. The release form needs no locked instruction: a thread that reads the value sees what was written before it,
+    but the writing thread's next read may come from before the write. */
 static inline void qv___AtomicStore32( int32_t *value, int32_t newValue )
 {
     __atomic_store_n( value, newValue, __ATOMIC_SEQ_CST );

@@ -98,6 +98,25 @@ QV_INT qv::findLastChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *s
     return -1;
 }
 
+QV_INT qv::findLineEnd( const QV_CHAR *chs, QV_INT offset, QV_INT length )
+{
+    auto ends = []( CharVector ch )
+    { return ( ( ch >= '\n' ) & ( ch <= '\r' ) ) | ( ch == 0x85 ) | ( ( ch & ~1 ) == 0x2028 ); };
+
+    // Nearly all characters of a text are passed over here, eight at a time.
+    for( ; offset + 8 <= length; offset += 8 )
+        if( anyBit( ends( loadChars( chs + offset ) ) | ends( loadChars( chs + offset + 4 ) ) ) )
+            break;
+
+    auto isEnd = []( QV_CHAR ch )
+    { return ch - U'\n' <= U'\r' - U'\n' || ch == 0x85 || ch == 0x2028 || ch == 0x2029; };
+
+    while( offset < length && !isEnd( chs[offset] ) )
+        offset++;
+
+    return offset;
+}
+
 /* Checking and repairing ----------------------------------------------------------------------------------------- */
 
 QV_BOOL qvCharsAllOk( const QV_CHAR *src, QV_INT srcLength )

@@ -31,8 +31,10 @@ qvCharsConvertToCstr( char *dest, QV_INT destLength, const QV_CHAR *src, QV_INT 
 QV_API QV_INT
 qvCharsConvertToWcstr( wchar_t *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength, QV_BOOL addNull );
 
-/** From outside text. A `srcLength` of -1 means that it ends at its terminator. U+FFFD stands for what cannot be
-    read. */
+/** From outside text. A `srcLength` of -1 means that it ends at its terminator. U+FFFD stands for what cannot be read.
+    In UTF-8 that is each broken sequence, without the byte that breaks it, and each run of bytes that follow nothing; a
+    sequence that the end of the text cuts and a value of 0x110000 and above give nothing. Overlong forms and surrogates
+    are read. */
 QV_API QV_INT qvCharsConvertFromAscii( QV_CHAR *dest, QV_INT destLength, const char *src, QV_INT srcLength );
 QV_API QV_INT qvCharsConvertFromUtf8( QV_CHAR *dest, QV_INT destLength, const char *src, QV_INT srcLength );
 QV_API QV_INT qvCharsConvertFromCstr( QV_CHAR *dest, QV_INT destLength, const char *src, QV_INT srcLength );

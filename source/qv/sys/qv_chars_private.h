@@ -1,7 +1,7 @@
 #ifndef QV_CHARS_PRIVATE_H
 #define QV_CHARS_PRIVATE_H
 
-#include "qv/sys/qv_types.h"
+#include "qv/sys/qv_utf8_private.h"
 
 #include <wchar.h>
 
@@ -45,8 +45,14 @@ QV_INT findChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_I
 /** The same for the highest index. */
 QV_INT findLastChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_INT subLength );
 
+/** The first index from `offset` on of a character that ends a line in some newline form, or `length`. */
+QV_INT findLineEnd( const QV_CHAR *chs, QV_INT offset, QV_INT length );
+
 /** Encodes the ASCII that `src` begins with; gives the number of characters. There is room for `length` bytes. */
-QV_INT encodeLeadingAscii( char *dest, const QV_CHAR *src, QV_INT length );
+inline QV_INT encodeLeadingAscii( char *dest, const QV_CHAR *src, QV_INT length )
+{
+    return utf8::encodeLeadingAscii( reinterpret_cast< uint8_t * >( dest ), src, length );
+}
 
 /** Four characters at once. */
 typedef int32_t CharVector __attribute__( ( vector_size( 16 ) ) );
@@ -72,6 +78,17 @@ inline bool anyBit( CharVector vector )
 
     return ( halves[0] | halves[1] ) != 0;
 }
+/** True when all of eight characters are below a limit, which is at most 0x110000. */
+inline bool allEightBelow( const QV_CHAR *chs, QV_CHAR limit )
+{
+    CharVector bound = CharVector {} + static_cast< int32_t >( limit );
+    CharVector a     = loadChars( chs );
+    CharVector b     = loadChars( chs + 4 );
+
+    // The comparison is one of signed numbers; 0x80000000 and above would pass for negative ones.
+    return !anyBit( ( a >= bound ) | ( b >= bound ) | ( a < 0 ) | ( b < 0 ) );
+}
+
 /** True when every character is below 0x110000. Inline for arrays that are short as a rule. */
 inline bool allCharsOk( const QV_CHAR *chs, QV_INT length )
 {

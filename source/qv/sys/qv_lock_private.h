@@ -16,6 +16,9 @@ QV_API void       qv___LockRelease( QV___LOCK *lock );
 #ifdef __cplusplus
 namespace qv
 {
+/** The lock of the lists of live objects. It is static: the lists outlast the runs. */
+extern QV___LOCK *const listsLock;
+
 /** Holds a lock for a scope. */
 class HeldLock
 {

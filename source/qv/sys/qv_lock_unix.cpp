@@ -9,6 +9,13 @@ struct QV___LOCK
     pthread_mutex_t mutex;
 };
 
+namespace
+{
+constinit QV___LOCK lists = { PTHREAD_MUTEX_INITIALIZER };
+}
+
+QV___LOCK *const qv::listsLock = &lists;
+
 QV___LOCK *qv___LockCreate( void )
 {
     QV___LOCK *lock = static_cast< QV___LOCK * >( qvMemAlloc( sizeof( QV___LOCK ) ) );

@@ -3,6 +3,7 @@
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_chars_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
@@ -109,6 +110,18 @@ __attribute__( ( noinline ) ) void enlarge( QV_UNICODE_NORMALIZER *norm, QV_INT 
     norm->capacity  = QV_INT_ADD_OK( room, room / 2 ) ? room + room / 2 : room;
     norm->chars     = static_cast< QV_CHAR * >( qvMemReallocN( norm->chars, norm->capacity, sizeof( QV_CHAR ) ) );
     account( norm );
+}
+
+// Looks at what a change has left behind.
+inline void watch( const QV_UNICODE_NORMALIZER *norm )
+{
+    QV_ASSERT( norm->first >= 0 && norm->first <= norm->readable && norm->readable <= norm->pending );
+    QV_ASSERT( norm->pending <= norm->length && norm->length <= norm->capacity );
+    QV_ASSERT( composes( norm ) || norm->readable == norm->pending );
+    QV_ASSERT( norm->starter == 0 || norm->chars[norm->readable] == norm->starter );
+    QV_ASSERT( norm->highSurrogate == 0 || norm->highSurrogate - 0xD800 < 0x400 );
+    QV_ASSERT( norm->lastCccv >= 0 && norm->lastCccv <= 255 && norm->pendingCccv >= 0 && norm->pendingCccv < 255 );
+    QV_ASSERT( norm->length - norm->pending < LIMIT + LONGEST_DECOMPOSITION );
 }
 
 // Makes sure that so many more characters have room.
@@ -364,16 +377,6 @@ struct Run
 // Eight characters at once, so that text without marks needs one decision for all of them.
 const QV_INT GROUP = 8;
 
-inline bool allBelow( const QV_CHAR *chs, QV_CHAR limit )
-{
-    qv::CharVector bound = qv::CharVector {} + static_cast< int32_t >( limit );
-    qv::CharVector a     = qv::loadChars( chs );
-    qv::CharVector b     = qv::loadChars( chs + 4 );
-
-    // The comparison is one of signed numbers; 0x80000000 and above would pass for negative ones.
-    return !qv::anyBit( ( a >= bound ) | ( b >= bound ) | ( a < 0 ) | ( b < 0 ) );
-}
-
 // What a character does in a text in the form: below LOOK_CLOSER its class, if it stays as it is and joins nothing.
 template< QV_INT form >
 inline uint32_t quickCheck( QV_CHAR ch )
@@ -401,10 +404,10 @@ inline QV_INT checkGroups( const QV_CHAR *chs, QV_INT count )
 {
     QV_INT i = 0;
 
-    while( i + GROUP <= count && allBelow( chs + i, SIMPLE[form] ) )
+    while( i + GROUP <= count && qv::allEightBelow( chs + i, SIMPLE[form] ) )
         i += GROUP;
 
-    for( ; i + GROUP <= count && allBelow( chs + i, 0x110000 ); i += GROUP )
+    for( ; i + GROUP <= count && qv::allEightBelow( chs + i, 0x110000 ); i += GROUP )
     {
         uint32_t all = 0;
 
@@ -701,6 +704,12 @@ void write( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
     }
 }
 
+void writeAndWatch( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+{
+    write( norm, chs, count );
+    watch( norm );
+}
+
 Run check( const QV_CHAR *chs, QV_INT count, QV_INT form )
 {
     switch( form )
@@ -745,6 +754,7 @@ void qvUnicodeNormalizerWriteChar( QV_UNICODE_NORMALIZER *norm, QV_CHAR ch )
 {
     QV_CHECK( norm );
     write( norm, ch );
+    watch( norm );
 }
 
 void qvUnicodeNormalizerWriteChars( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT chsLength )
@@ -753,7 +763,7 @@ void qvUnicodeNormalizerWriteChars( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *
     QV_CHECK( chsLength >= 0 );
     QV_CHECK( chs || chsLength == 0 );
 
-    write( norm, chs, chsLength );
+    writeAndWatch( norm, chs, chsLength );
 }
 
 void qvUnicodeNormalizerWrite( QV_UNICODE_NORMALIZER *norm, QV_STRING *src )
@@ -761,7 +771,7 @@ void qvUnicodeNormalizerWrite( QV_UNICODE_NORMALIZER *norm, QV_STRING *src )
     QV_CHECK( norm );
     QV_CHECK( src );
 
-    write( norm, qv::chars( src ), src->length );
+    writeAndWatch( norm, qv::chars( src ), src->length );
 }
 
 void qvUnicodeNormalizerWriteInner( QV_UNICODE_NORMALIZER *norm, QV_STRING *src, QV_INT offset, QV_INT count )
@@ -773,7 +783,7 @@ void qvUnicodeNormalizerWriteInner( QV_UNICODE_NORMALIZER *norm, QV_STRING *src,
     QV_CHECK( QV_INT_ADD_OK( offset, count ) );
     QV_CHECK( offset + count <= qvStringLength( src ) );
 
-    write( norm, qv::chars( src ) + offset, count );
+    writeAndWatch( norm, qv::chars( src ) + offset, count );
 }
 
 void qvUnicodeNormalizerWriteOuter( QV_UNICODE_NORMALIZER *norm, QV_STRING *src, QV_INT offset, QV_INT count )
@@ -785,8 +795,8 @@ void qvUnicodeNormalizerWriteOuter( QV_UNICODE_NORMALIZER *norm, QV_STRING *src,
     QV_CHECK( QV_INT_ADD_OK( offset, count ) );
     QV_CHECK( offset + count <= qvStringLength( src ) );
 
-    write( norm, qv::chars( src ), offset );
-    write( norm, qv::chars( src ) + offset + count, src->length - offset - count );
+    writeAndWatch( norm, qv::chars( src ), offset );
+    writeAndWatch( norm, qv::chars( src ) + offset + count, src->length - offset - count );
 }
 
 void qvUnicodeNormalizerWriteLeading( QV_UNICODE_NORMALIZER *norm, QV_STRING *src, QV_INT count )
@@ -813,6 +823,7 @@ void qvUnicodeNormalizerFlush( QV_UNICODE_NORMALIZER *norm )
     norm->starter       = 0;
     norm->lastCccv      = 255;
     norm->pendingCccv   = 0;
+    watch( norm );
 }
 
 void qvUnicodeNormalizerClear( QV_UNICODE_NORMALIZER *norm )
@@ -844,6 +855,8 @@ void taken( QV_UNICODE_NORMALIZER *norm, QV_INT count )
 
     if( norm->first == norm->length )
         toFront( norm );
+
+    watch( norm );
 }
 } // namespace
 
@@ -910,7 +923,7 @@ QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
     else
         run.starter = 0;
 
-    write( norm, chs + run.starter, length - run.starter );
+    writeAndWatch( norm, chs + run.starter, length - run.starter );
     qvUnicodeNormalizerFlush( norm );
 
     if( norm->length == norm->first )
@@ -921,10 +934,5 @@ QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
     QV_CHAR *block = static_cast< QV_CHAR * >( qvMemReallocN( norm->chars, size, sizeof( QV_CHAR ) ) );
     norm->chars    = nullptr;
 
-    QV_STRING *result = createStringUse( block, size );
-    result->length    = norm->length - QV_STRING_FSPACE;
-    result->fspace    = QV_STRING_FSPACE;
-    result->bspace    = QV_STRING_BSPACE;
-
-    return result;
+    return createStringUse( block, norm->length - QV_STRING_FSPACE, QV_STRING_FSPACE, QV_STRING_BSPACE );
 }

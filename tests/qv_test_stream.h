@@ -2,8 +2,8 @@
     Streams over callbacks for the tests: they keep or give what they are told to, note the calls, and fail where they
     should. */
 
-#ifndef QV_STREAM_LOG_H
-#define QV_STREAM_LOG_H
+#ifndef QV_TEST_STREAM_H
+#define QV_TEST_STREAM_H
 
 #include "qv_test_support.h"
 

@@ -1,0 +1,571 @@
+#include "qv/base/qv_buffer.h"
+#include "qv/base/qv_buffer_bits_private.h"
+#include "qv/base/qv_buffer_private.h"
+#include "qv/sys/qv_mem.h"
+
+// The public forms. Contents that go in are a type of their own here, which knows what it means to write, to insert and
+// to append it.
+
+namespace
+{
+const uint64_t FEW_BYTES = 4096; // arrays up to this size cannot break a check of sizes where there is room for them
+
+struct Inner
+{
+    QV_BUFFER *src;
+    uint64_t   bitOffset;
+    uint64_t   bitCount;
+};
+
+struct Outer
+{
+    QV_BUFFER *src;
+    uint64_t   bitOffset;
+    uint64_t   bitCount;
+};
+
+struct Bits
+{
+    uint64_t value;
+    uint64_t bitCount;
+};
+
+struct Byte
+{
+    uint8_t value;
+};
+
+struct Array
+{
+    const void *bytes;
+    uint64_t    byteCount;
+};
+
+struct Zero
+{
+    uint64_t bitCount;
+};
+
+struct One
+{
+    uint64_t bitCount;
+};
+
+QV_BUFFER *checked( QV_BUFFER *src )
+{
+    QV_CHECK( src );
+    return src;
+}
+
+Inner all( QV_BUFFER *src )
+{
+    return { checked( src ), 0, qv::bitLength( src ) };
+}
+
+// The Leading given, counted from the end. More than there is makes an offset with which the check of the sum fails.
+Inner trailing( Inner leading )
+{
+    return { leading.src, qv::bitLength( leading.src ) - leading.bitCount, leading.bitCount };
+}
+
+// The zero bits that the length lacks to whole bytes.
+Zero alignment( QV_BUFFER *buf )
+{
+    return { -qv::bitLength( buf ) % 8 };
+}
+
+void write( QV_BUFFER **buf, uint64_t bitIdx, Inner from )
+{
+    qv___BufferBitWriteInner( buf, bitIdx, from.src, from.bitOffset, from.bitCount );
+}
+
+void write( QV_BUFFER **buf, uint64_t bitIdx, Outer from )
+{
+    qv___BufferBitWriteOuter( buf, bitIdx, from.src, from.bitOffset, from.bitCount );
+}
+
+inline void write( QV_BUFFER **buf, uint64_t bitIdx, Bits bits )
+{
+    QV_BUFFER *own = *buf;
+
+    if( bits.bitCount - 1 < 57 && bitIdx <= qv::bitLength( own ) && bits.bitCount <= qv::bitLength( own ) - bitIdx &&
+        qv::isPrivate( own ) )
+        qv::bits::putWord( qv::bytes( own ), bitIdx, bits.value, bits.bitCount );
+    else
+        qv___BufferBitWriteBits( buf, bitIdx, bits.value, bits.bitCount );
+}
+
+void write( QV_BUFFER **buf, uint64_t bitIdx, Byte byte )
+{
+    qv___BufferBitWriteBits( buf, bitIdx, byte.value, 8 );
+}
+
+void write( QV_BUFFER **buf, uint64_t bitIdx, Array array )
+{
+    qv___BufferBitWriteBytes( buf, bitIdx, array.bytes, array.byteCount );
+}
+
+void write( QV_BUFFER **buf, uint64_t bitIdx, Zero run )
+{
+    qv___BufferBitWriteZero( buf, bitIdx, run.bitCount );
+}
+
+void write( QV_BUFFER **buf, uint64_t bitIdx, One run )
+{
+    qv___BufferBitWriteOne( buf, bitIdx, run.bitCount );
+}
+
+void insert( QV_BUFFER **buf, uint64_t bitIdx, Inner from )
+{
+    qv___BufferBitInsertInner( buf, bitIdx, from.src, from.bitOffset, from.bitCount );
+}
+
+void insert( QV_BUFFER **buf, uint64_t bitIdx, Outer from )
+{
+    qv___BufferBitInsertOuter( buf, bitIdx, from.src, from.bitOffset, from.bitCount );
+}
+
+void insert( QV_BUFFER **buf, uint64_t bitIdx, Byte byte )
+{
+    qv___BufferMakeRoom( buf, bitIdx, 8 );
+    qv___BufferBitWriteBits( buf, bitIdx, byte.value, 8 );
+}
+
+void insert( QV_BUFFER **buf, uint64_t bitIdx, Array array )
+{
+    QV_CHECK_AS( array.bytes || !array.byteCount, "bytes || !byteCount" );
+    QV_CHECK_AS( BYTES_TO_BITS_OK( array.byteCount ), "BYTES_TO_BITS_OK( byteCount )" );
+
+    qv::Ref< QV_BUFFER > held = qv::holdForeign( *buf );
+    qv___BufferMakeRoom( buf, bitIdx, BYTES_TO_BITS( array.byteCount ) );
+    write( buf, bitIdx, array );
+}
+
+template< class Contents >
+void insert( QV_BUFFER **buf, uint64_t bitIdx, Contents contents )
+{
+    qv___BufferMakeRoom( buf, bitIdx, contents.bitCount );
+    write( buf, bitIdx, contents );
+}
+
+template< class Contents >
+[[gnu::noinline]] void appendAnywhere( QV_BUFFER **buf, Contents contents )
+{
+    insert( buf, qv::bitLength( *buf ), contents );
+}
+
+template< class Contents >
+void append( QV_BUFFER **buf, Contents contents )
+{
+    insert( buf, qv::bitLength( *buf ), contents );
+}
+
+// With 64 free bits in a block of our own, up to nine bytes with the one that the contents end in, a number goes there
+// as a word; the free bits behind it may become anything.
+inline void append( QV_BUFFER **buf, Bits bits )
+{
+    QV_CHECK_AS( bits.bitCount <= QV_INT_BITS, "bitCount <= QV_INT_BITS" );
+
+    QV_BUFFER *own = *buf;
+
+    if( own->bspace < 64 || bits.bitCount == 0 || !qv::isPrivate( own ) )
+    {
+        appendAnywhere( buf, bits );
+        return;
+    }
+
+    uint64_t shift = qv::bitLength( own ) % 8;
+    uint64_t word  = bits.value << ( 64 - bits.bitCount );
+    uint8_t *at    = own->takeBack( static_cast< QV_INT >( bits.bitCount ) );
+    uint8_t *end   = at + 8 + ( shift + bits.bitCount > 64 );
+
+    own->openFree( end );
+    qv::bits::storeBig( at, static_cast< uint64_t >( *at & ~( 0xFFu >> shift ) ) << 56 | word >> shift );
+
+    if( shift + bits.bitCount > 64 )
+        at[8] = static_cast< uint8_t >( word << ( 8 - shift ) );
+
+    own->closeFree( end );
+}
+
+inline void append( QV_BUFFER **buf, Byte byte )
+{
+    QV_BUFFER *own = *buf;
+
+    if( own->bspace < 8 || !BIT_AT_BOUND( own->length ) || !qv::isPrivate( own ) )
+    {
+        appendAnywhere( buf, byte );
+        return;
+    }
+
+    *own->takeBack( 8 ) = byte.value;
+}
+
+// The same bytes as memcpy() copies, which for few of them costs more than their copying.
+inline void copyFew( uint8_t *to, const uint8_t *from, uint64_t count )
+{
+    if( count < 16 || count > 64 )
+    {
+        memcpy( to, from, count );
+        return;
+    }
+
+    // Pieces of 16 from both ends, which overlap in the middle.
+    memcpy( to, from, 16 );
+
+    if( count > 32 )
+    {
+        memcpy( to + 16, from + 16, 16 );
+        memcpy( to + count - 32, from + count - 32, 16 );
+    }
+
+    memcpy( to + count - 16, from + count - 16, 16 );
+}
+
+inline void append( QV_BUFFER **buf, Array array )
+{
+    QV_BUFFER *own      = *buf;
+    QV_INT     bitCount = static_cast< QV_INT >( BYTES_TO_BITS( array.byteCount ) );
+
+    if( !array.bytes || array.byteCount - 1 >= FEW_BYTES || !BIT_AT_BOUND( own->length ) || !qv::isPrivate( own ) ||
+        !qv::hasRoomBehind( own, bitCount ) )
+    {
+        appendAnywhere( buf, array );
+        return;
+    }
+
+    copyFew( own->takeBack( bitCount ), static_cast< const uint8_t * >( array.bytes ), array.byteCount );
+}
+
+template< class Contents >
+QV_BUFFER *createOf( Contents contents )
+{
+    qv::Ref< QV_BUFFER > result( qv::createBuffer() );
+    insert( result.at(), 0, contents );
+
+    return result.give();
+}
+} // namespace
+
+/* Units ---------------------------------------------------------------------------------------------------------- */
+
+// An argument of a public form: as it is, or in bits where it counts bytes. The forms take them one by one in their
+// order, so that the first bad one is reported.
+#define UNSIGNED( x ) ( QV_CHECK( QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( x ) ), (uint64_t)( x ) )
+#define BYTES( x )                                                                                                     \
+    ( QV_CHECK( QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( x ) ), QV_CHECK( BYTES_TO_BITS_OK( x ) ), BYTES_TO_BITS( x ) )
+
+/* Creation ------------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+// Checks what a Buffer is to be made around; gives its bits.
+QV_INT bitsAround( const void *bytes, QV_INT byteCount )
+{
+    QV_CHECK( bytes || byteCount == 0 );
+    QV_CHECK( QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( byteCount ) );
+    QV_CHECK( BYTES_TO_BITS_OK( byteCount ) );
+    QV_CHECK( QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( BYTES_TO_BITS( byteCount ) ) );
+
+    return byteCount * 8;
+}
+} // namespace
+
+QV_BUFFER *qvBufferCreate( void )
+{
+    return qv::retain( qv___BufferEmpty );
+}
+
+void qvBufferClear( QV_BUFFER **buf )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+
+    qv::assign( buf, qvBufferCreate() );
+}
+
+QV_BUFFER *qvBufferCreateFrom( QV_BUFFER *src )
+{
+    return createOf( all( src ) );
+}
+
+QV_BUFFER *qvBufferCreateFromBits( uint64_t value, QV_INT bitCount )
+{
+    return createOf( Bits{ value, UNSIGNED( bitCount ) } );
+}
+
+QV_BUFFER *qvBufferCreateFromByte( uint8_t value )
+{
+    return createOf( Byte{ value } );
+}
+
+QV_BUFFER *qvBufferCreateFromBytesCopy( const void *bytes, QV_INT byteCount )
+{
+    QV_CHECK( bytes || byteCount == 0 );
+    return createOf( Array{ bytes, UNSIGNED( byteCount ) } );
+}
+
+QV_BUFFER *qvBufferCreateFromBytesUse( void *bytes, QV_INT byteCount )
+{
+    QV_INT     bits = bitsAround( bytes, byteCount );
+    QV_BUFFER *buf  = qv::createBuffer();
+    buf->adoptBlock( static_cast< uint8_t * >( bytes ), bits, { 0, 0 } );
+
+    return buf;
+}
+
+QV_BUFFER *qvBufferCreateFromBytesUseWithRef( const void *bytes, QV_INT byteCount, QV_OBJ *ref )
+{
+    QV_CHECK( ref );
+
+    QV_INT     bits = bitsAround( bytes, byteCount );
+    QV_BUFFER *buf  = qv::createBuffer();
+    buf->first      = static_cast< uint8_t * >( const_cast< void * >( bytes ) );
+    buf->length     = bits;
+    buf->ref        = qv::retain( ref );
+
+    return buf;
+}
+
+/* Reading -------------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+QV_BUFFER *read( QV_BUFFER *buf, uint64_t bitIdx, uint64_t bitCount )
+{
+    QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitIdx, bitCount ) );
+    QV_CHECK_AS( bitIdx + bitCount <= qv::bitLength( buf ), "bitIdx + bitCount <= buf->bitLength" );
+
+    return createOf( Inner{ buf, bitIdx, bitCount } );
+}
+
+[[gnu::noinline]] uint64_t readBits( QV_BUFFER *buf, uint64_t bitIdx, QV_INT bitCount )
+{
+    return qv___BufferBitReadBits( buf, bitIdx, UNSIGNED( bitCount ) );
+}
+
+// True where all checks would hold, and the bits stand in eight bytes of which none lies behind the contents.
+bool standsInOneWord( QV_BUFFER *buf, uint64_t bitIdx, QV_INT bitCount )
+{
+    return (uint64_t)bitCount - 1 < 57 && bitIdx + 64 <= qv::bitLength( buf );
+}
+
+uint64_t getWord( QV_BUFFER *buf, uint64_t bitIdx, QV_INT bitCount )
+{
+    return qv::bits::load64( qv::bytes( buf ) + bitIdx / 8 ) << bitIdx % 8 >> ( 64 - bitCount );
+}
+} // namespace
+
+QV_INT qvBufferLength( QV_BUFFER *buf )
+{
+    QV_CHECK( buf );
+    return qv::byteLength( buf );
+}
+
+QV_INT qvBufferBitLength( QV_BUFFER *buf )
+{
+    QV_CHECK( buf );
+    return buf->length;
+}
+
+QV_INT qvBufferSpace( QV_BUFFER *buf )
+{
+    return qvBufferBitSpace( buf ) / 8;
+}
+
+QV_INT qvBufferBitSpace( QV_BUFFER *buf )
+{
+    QV_CHECK( buf );
+    return QV_INT_MAX - buf->length;
+}
+
+QV_BOOL qvBufferBitIsAligned( QV_BUFFER *buf )
+{
+    QV_CHECK( buf );
+    return BIT_AT_BOUND( buf->length ) ? QV_TRUE : QV_FALSE;
+}
+
+const uint8_t *qvBufferBacking( QV_BUFFER *buf )
+{
+    QV_CHECK( buf );
+    return qv::bytes( buf );
+}
+
+const uint8_t *qvBufferBitBacking( QV_BUFFER *buf )
+{
+    return qvBufferBacking( buf );
+}
+
+// A form that reads: what the last expression gives for the place.
+#define READ( Type, Name, Parameters, at, ... )                                                                        \
+    Type Name Parameters                                                                                               \
+    {                                                                                                                  \
+        QV_CHECK( buf );                                                                                               \
+        uint64_t place = at;                                                                                           \
+        return __VA_ARGS__;                                                                                            \
+    }
+
+READ( QV_BUFFER *, qvBufferRead, ( QV_BUFFER *buf, QV_INT byteIdx, QV_INT byteCount ), BYTES( byteIdx ),
+      read( buf, place, BYTES( byteCount ) ) )
+READ( QV_BUFFER *, qvBufferBitRead, ( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount ), UNSIGNED( bitIdx ),
+      read( buf, place, UNSIGNED( bitCount ) ) )
+READ( uint64_t, qvBufferReadBits, ( QV_BUFFER *buf, QV_INT byteIdx, QV_INT bitCount ), BYTES( byteIdx ),
+      qv___BufferBitReadBits( buf, place, UNSIGNED( bitCount ) ) )
+READ( uint64_t, qvBufferBitReadBits, ( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount ), UNSIGNED( bitIdx ),
+      standsInOneWord( buf, place, bitCount ) ? getWord( buf, place, bitCount ) : readBits( buf, place, bitCount ) )
+READ( uint8_t, qvBufferReadByte, ( QV_BUFFER *buf, QV_INT byteIdx ), BYTES( byteIdx ),
+      (uint8_t)qv___BufferBitReadBits( buf, place, 8 ) )
+READ( uint8_t, qvBufferBitReadByte, ( QV_BUFFER *buf, QV_INT bitIdx ), UNSIGNED( bitIdx ),
+      (uint8_t)qv___BufferBitReadBits( buf, place, 8 ) )
+READ( void, qvBufferReadBytes, ( QV_BUFFER *buf, QV_INT byteIdx, void *bytes, QV_INT byteCount ), BYTES( byteIdx ),
+      qv___BufferBitReadBytes( buf, place, bytes, UNSIGNED( byteCount ) ) )
+READ( void, qvBufferBitReadBytes, ( QV_BUFFER *buf, QV_INT bitIdx, void *bytes, QV_INT byteCount ), UNSIGNED( bitIdx ),
+      qv___BufferBitReadBytes( buf, place, bytes, UNSIGNED( byteCount ) ) )
+
+#undef READ
+
+/* Overwriting and inserting -------------------------------------------------------------------------------------- */
+
+// A row is a kind of contents in one unit: the four names, the index and what it is in bits, the parameters, and the
+// contents that they make.
+#define FORMS( writeForm, insertForm, prependForm, appendForm, idx, at, PARAMETERS, ... )                              \
+    void writeForm( QV_BUFFER **buf, QV_INT idx LIST PARAMETERS )                                                      \
+    {                                                                                                                  \
+        QV_CHECK( buf );                                                                                               \
+        QV_CHECK( *buf );                                                                                              \
+        uint64_t place = at;                                                                                           \
+        write( buf, place, __VA_ARGS__ );                                                                              \
+    }                                                                                                                  \
+                                                                                                                       \
+    void insertForm( QV_BUFFER **buf, QV_INT idx LIST PARAMETERS )                                                     \
+    {                                                                                                                  \
+        QV_CHECK( buf );                                                                                               \
+        QV_CHECK( *buf );                                                                                              \
+        uint64_t place = at;                                                                                           \
+        insert( buf, place, __VA_ARGS__ );                                                                             \
+    }                                                                                                                  \
+                                                                                                                       \
+    void prependForm( QV_BUFFER **buf LIST PARAMETERS )                                                                \
+    {                                                                                                                  \
+        QV_CHECK( buf );                                                                                               \
+        QV_CHECK( *buf );                                                                                              \
+        insert( buf, 0, __VA_ARGS__ );                                                                                 \
+    }                                                                                                                  \
+                                                                                                                       \
+    void appendForm( QV_BUFFER **buf LIST PARAMETERS )                                                                 \
+    {                                                                                                                  \
+        QV_CHECK( buf );                                                                                               \
+        QV_CHECK( *buf );                                                                                              \
+        append( buf, __VA_ARGS__ );                                                                                    \
+    }
+
+#define LIST( ... ) , __VA_ARGS__
+
+// clang-format off
+FORMS( qvBufferWrite, qvBufferInsert, qvBufferPrepend, qvBufferAppend,
+       byteIdx, BYTES( byteIdx ), ( QV_BUFFER *src ), all( src ) )
+FORMS( qvBufferWriteLeading, qvBufferInsertLeading, qvBufferPrependLeading, qvBufferAppendLeading,
+       byteIdx, BYTES( byteIdx ), ( QV_BUFFER *src, QV_INT byteCount ), Inner{ checked( src ), 0, BYTES( byteCount ) } )
+FORMS( qvBufferWriteTrailing, qvBufferInsertTrailing, qvBufferPrependTrailing,
+       qvBufferAppendTrailing, byteIdx, BYTES( byteIdx ),
+       ( QV_BUFFER *src, QV_INT byteCount ),
+       trailing( Inner{ checked( src ), 0, BYTES( byteCount ) } ) )
+FORMS( qvBufferWriteInner, qvBufferInsertInner, qvBufferPrependInner,
+       qvBufferAppendInner, byteIdx, BYTES( byteIdx ),
+       ( QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount ),
+       Inner{ checked( src ), BYTES( byteOffset ), BYTES( byteCount ) } )
+FORMS( qvBufferWriteOuter, qvBufferInsertOuter, qvBufferPrependOuter,
+       qvBufferAppendOuter, byteIdx, BYTES( byteIdx ),
+       ( QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount ),
+       Outer{ checked( src ), BYTES( byteOffset ), BYTES( byteCount ) } )
+FORMS( qvBufferWriteBits, qvBufferInsertBits, qvBufferPrependBits, qvBufferAppendBits,
+       byteIdx, BYTES( byteIdx ), ( uint64_t value, QV_INT bitCount ), Bits{ value, UNSIGNED( bitCount ) } )
+FORMS( qvBufferWriteByte, qvBufferInsertByte, qvBufferPrependByte, qvBufferAppendByte,
+       byteIdx, BYTES( byteIdx ), ( uint8_t value ), Byte{ value } )
+FORMS( qvBufferWriteBytes, qvBufferInsertBytes, qvBufferPrependBytes, qvBufferAppendBytes,
+       byteIdx, BYTES( byteIdx ), ( const void *bytes, QV_INT byteCount ), Array{ bytes, UNSIGNED( byteCount ) } )
+FORMS( qvBufferWriteZero, qvBufferInsertZero, qvBufferPrependZero, qvBufferAppendZero,
+       byteIdx, BYTES( byteIdx ), ( QV_INT byteCount ), Zero{ BYTES( byteCount ) } )
+FORMS( qvBufferWriteOne, qvBufferInsertOne, qvBufferPrependOne, qvBufferAppendOne,
+       byteIdx, BYTES( byteIdx ), ( QV_INT byteCount ), One{ BYTES( byteCount ) } )
+
+FORMS( qvBufferBitWrite, qvBufferBitInsert, qvBufferBitPrepend, qvBufferBitAppend,
+       bitIdx, UNSIGNED( bitIdx ), ( QV_BUFFER *src ), all( src ) )
+FORMS( qvBufferBitWriteLeading, qvBufferBitInsertLeading, qvBufferBitPrependLeading,
+       qvBufferBitAppendLeading, bitIdx, UNSIGNED( bitIdx ),
+       ( QV_BUFFER *src, QV_INT bitCount ),
+       Inner{ checked( src ), 0, UNSIGNED( bitCount ) } )
+FORMS( qvBufferBitWriteTrailing, qvBufferBitInsertTrailing, qvBufferBitPrependTrailing,
+       qvBufferBitAppendTrailing, bitIdx, UNSIGNED( bitIdx ),
+       ( QV_BUFFER *src, QV_INT bitCount ),
+       trailing( Inner{ checked( src ), 0, UNSIGNED( bitCount ) } ) )
+FORMS( qvBufferBitWriteInner, qvBufferBitInsertInner, qvBufferBitPrependInner,
+       qvBufferBitAppendInner, bitIdx, UNSIGNED( bitIdx ),
+       ( QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount ),
+       Inner{ checked( src ), UNSIGNED( bitOffset ), UNSIGNED( bitCount ) } )
+FORMS( qvBufferBitWriteOuter, qvBufferBitInsertOuter, qvBufferBitPrependOuter,
+       qvBufferBitAppendOuter, bitIdx, UNSIGNED( bitIdx ),
+       ( QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount ),
+       Outer{ checked( src ), UNSIGNED( bitOffset ), UNSIGNED( bitCount ) } )
+FORMS( qvBufferBitWriteBits, qvBufferBitInsertBits, qvBufferBitPrependBits, qvBufferBitAppendBits,
+       bitIdx, UNSIGNED( bitIdx ), ( uint64_t value, QV_INT bitCount ), Bits{ value, UNSIGNED( bitCount ) } )
+FORMS( qvBufferBitWriteByte, qvBufferBitInsertByte, qvBufferBitPrependByte, qvBufferBitAppendByte,
+       bitIdx, UNSIGNED( bitIdx ), ( uint8_t value ), Byte{ value } )
+FORMS( qvBufferBitWriteBytes, qvBufferBitInsertBytes, qvBufferBitPrependBytes, qvBufferBitAppendBytes,
+       bitIdx, UNSIGNED( bitIdx ), ( const void *bytes, QV_INT byteCount ), Array{ bytes, UNSIGNED( byteCount ) } )
+FORMS( qvBufferBitWriteZero, qvBufferBitInsertZero, qvBufferBitPrependZero, qvBufferBitAppendZero,
+       bitIdx, UNSIGNED( bitIdx ), ( QV_INT bitCount ), Zero{ UNSIGNED( bitCount ) } )
+FORMS( qvBufferBitWriteOne, qvBufferBitInsertOne, qvBufferBitPrependOne, qvBufferBitAppendOne,
+       bitIdx, UNSIGNED( bitIdx ), ( QV_INT bitCount ), One{ UNSIGNED( bitCount ) } )
+// clang-format on
+
+#undef FORMS
+#undef LIST
+
+/* Aligning and deleting ------------------------------------------------------------------------------------------ */
+
+// A form without contents of its own: a call.
+#define CHANGE( Name, Parameters, ... )                                                                                \
+    void Name Parameters                                                                                               \
+    {                                                                                                                  \
+        QV_CHECK( buf );                                                                                               \
+        QV_CHECK( *buf );                                                                                              \
+        __VA_ARGS__;                                                                                                   \
+    }
+
+namespace
+{
+void deleteTrailing( QV_BUFFER **buf, uint64_t bitCount )
+{
+    QV_CHECK_AS( bitCount <= qv::bitLength( *buf ), "bitCount <= (*buf)->bitLength" );
+    qv___BufferBitDelInner( buf, qv::bitLength( *buf ) - bitCount, bitCount );
+}
+} // namespace
+
+CHANGE( qvBufferInsertAlignment, ( QV_BUFFER **buf, QV_INT byteIdx ),
+        insert( buf, BYTES( byteIdx ), alignment( *buf ) ) )
+CHANGE( qvBufferBitInsertAlignment, ( QV_BUFFER **buf, QV_INT bitIdx ),
+        insert( buf, UNSIGNED( bitIdx ), alignment( *buf ) ) )
+CHANGE( qvBufferPrependAlignment, ( QV_BUFFER **buf ), insert( buf, 0, alignment( *buf ) ) )
+CHANGE( qvBufferBitPrependAlignment, ( QV_BUFFER **buf ), insert( buf, 0, alignment( *buf ) ) )
+CHANGE( qvBufferAppendAlignment, ( QV_BUFFER **buf ), append( buf, alignment( *buf ) ) )
+CHANGE( qvBufferBitAppendAlignment, ( QV_BUFFER **buf ), append( buf, alignment( *buf ) ) )
+
+CHANGE( qvBufferDelLeading, ( QV_BUFFER **buf, QV_INT byteCount ),
+        qv___BufferBitDelInner( buf, 0, BYTES( byteCount ) ) )
+CHANGE( qvBufferBitDelLeading, ( QV_BUFFER **buf, QV_INT bitCount ),
+        qv___BufferBitDelInner( buf, 0, UNSIGNED( bitCount ) ) )
+CHANGE( qvBufferDelTrailing, ( QV_BUFFER **buf, QV_INT byteCount ), deleteTrailing( buf, BYTES( byteCount ) ) )
+CHANGE( qvBufferBitDelTrailing, ( QV_BUFFER **buf, QV_INT bitCount ), deleteTrailing( buf, UNSIGNED( bitCount ) ) )
+CHANGE( qvBufferDelInner, ( QV_BUFFER **buf, QV_INT byteOffset, QV_INT byteCount ),
+        uint64_t place = BYTES( byteOffset ); qv___BufferBitDelInner( buf, place, BYTES( byteCount ) ) )
+CHANGE( qvBufferBitDelInner, ( QV_BUFFER **buf, QV_INT bitOffset, QV_INT bitCount ),
+        uint64_t place = UNSIGNED( bitOffset ); qv___BufferBitDelInner( buf, place, UNSIGNED( bitCount ) ) )
+CHANGE( qvBufferDelOuter, ( QV_BUFFER **buf, QV_INT byteOffset, QV_INT byteCount ),
+        uint64_t place = BYTES( byteOffset ); qv___BufferBitDelOuter( buf, place, BYTES( byteCount ) ) )
+CHANGE( qvBufferBitDelOuter, ( QV_BUFFER **buf, QV_INT bitOffset, QV_INT bitCount ),
+        uint64_t place = UNSIGNED( bitOffset ); qv___BufferBitDelOuter( buf, place, UNSIGNED( bitCount ) ) )
+
+#undef CHANGE
+#undef UNSIGNED
+#undef BYTES

@@ -1,0 +1,517 @@
+#include "qv/base/qv_boxed_int_private.h"
+#include "qv/base/qv_dict_tree_private.h"
+#include "qv/base/qv_held_private.h"
+#include "qv/base/qv_string_private.h"
+#include "qv/runtime/qv_obj.h"
+#include "qv/sys/qv_assert_private.h"
+
+#include <algorithm>
+#include <string.h>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+QV___HIDDEN QV_SORT qv___sort_QV_STRING;
+
+/* Digests -------------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+using Item  = QV___DICT_ITEM;
+using Run   = QV___DICT_RUN;
+using Place = qv::DictPlace;
+
+// Eight bytes of a text as a number: a stands before b wherever a's number is below b's. One byte a character up to
+// ONE_BYTE, counted from 1, and three for the others; the end of the text is 0.
+const uint32_t ONE_BYTE = 0xED;
+
+// What a prefix counts for at most.
+const QV_INT MAX_PREFIX = 1 << 29;
+
+struct Digest
+{
+    uint64_t number;
+    bool     whole; // the end is in it, so that only this text has the number
+};
+
+Digest digestText( const QV_CHAR *chars, QV_INT length )
+{
+#ifdef __SSE2__
+    if( length >= 8 )
+    {
+        // Eight at once, which is what most keys need. What doesn't fit a byte becomes the largest one.
+        const __m128i *from  = reinterpret_cast< const __m128i * >( chars );
+        __m128i        one   = _mm_set1_epi32( 1 );
+        __m128i        low   = _mm_add_epi32( _mm_loadu_si128( from ), one );
+        __m128i        high  = _mm_add_epi32( _mm_loadu_si128( from + 1 ), one );
+        __m128i        words = _mm_packs_epi32( low, high );
+        __m128i        bytes = _mm_packus_epi16( words, words );
+        __m128i        over  = _mm_subs_epu8( bytes, _mm_set1_epi8( static_cast< char >( ONE_BYTE + 1 ) ) );
+
+        if( _mm_movemask_epi8( _mm_cmpeq_epi8( over, _mm_setzero_si128() ) ) == 0xFFFF )
+        {
+            uint64_t number = 0;
+            _mm_storel_epi64( reinterpret_cast< __m128i * >( &number ), bytes );
+
+            return { __builtin_bswap64( number ), false };
+        }
+    }
+#endif
+
+    uint64_t number = 0;
+    int      shift  = 56;
+
+    for( QV_INT i = 0; i < length && shift >= 0; i++ )
+    {
+        uint64_t ch = chars[i];
+
+        if( ch <= ONE_BYTE )
+        {
+            number |= ( ch + 1 ) << shift;
+            shift -= 8;
+            continue;
+        }
+
+        uint64_t three = ( ( ONE_BYTE + 2 ) << 16 ) + ch;
+        number |= shift >= 16 ? three << ( shift - 16 ) : three >> ( 16 - shift );
+        shift -= 24;
+    }
+
+    return { number, shift >= 0 };
+}
+
+Digest digestBehind( QV_STRING *text, QV_INT prefix )
+{
+    QV_ASSERT( prefix <= text->length );
+    return digestText( qv::chars( text ) + prefix, text->length - prefix );
+}
+
+uint64_t digestInt( QV_OBJ *key )
+{
+    return static_cast< uint64_t >( static_cast< QV_BOXED_INT * >( key )->value ) ^ ( uint64_t( 1 ) << 63 );
+}
+
+QV_STRING *stringOf( QV_OBJ *key )
+{
+    return static_cast< QV_STRING * >( key );
+}
+
+// What digests a run has if all its keys are of this sort.
+uint32_t digestsOf( QV_SORT *sort )
+{
+    return sort == &qv___sort_QV_STRING      ? qv::STRING_DIGESTS
+           : sort == &qv___sort_QV_BOXED_INT ? qv::INTEGER_DIGESTS
+                                             : qv::NO_DIGESTS;
+}
+
+// True when a search in the run can go by the key's digest.
+bool hasDigestsOf( Run *run, QV_OBJ *key )
+{
+    return run->digests != qv::NO_DIGESTS && run->digests == digestsOf( key->sort );
+}
+
+// How many characters two texts have in common, `limit` at most.
+QV_INT commonPrefix( QV_OBJ *a, QV_OBJ *b, QV_INT limit )
+{
+    const QV_CHAR *aChars = qv::chars( stringOf( a ) );
+    const QV_CHAR *bChars = qv::chars( stringOf( b ) );
+    QV_INT         i      = 0;
+
+    limit = std::min( limit, std::min( stringOf( a )->length, stringOf( b )->length ) );
+
+    while( i < limit && aChars[i] == bChars[i] )
+        i++;
+
+    return i;
+}
+
+// In steps of four, so that keys which share less and less do not each cause new digests for all.
+uint32_t steppedPrefix( QV_INT common )
+{
+    return static_cast< uint32_t >( std::min( common, MAX_PREFIX ) & ~QV_INT( 3 ) );
+}
+
+// All digests anew, of keys that are of one sort and share as many characters.
+void digestAll( Run *run, uint32_t digests, QV_INT common )
+{
+    run->digests = digests;
+    run->prefix  = steppedPrefix( common );
+
+    for( Item *item = run->items(); item != run->items() + run->length; item++ )
+        item->digest = qv::digestOf( run, item->key );
+}
+} // namespace
+
+uint64_t qv::digestOf( QV___DICT_RUN *run, QV_OBJ *key )
+{
+    return run->digests == STRING_DIGESTS    ? digestBehind( stringOf( key ), run->prefix ).number
+           : run->digests == INTEGER_DIGESTS ? digestInt( key )
+                                             : 0;
+}
+
+uint64_t qv::newDigest( QV___DICT_RUN *run, QV_OBJ *key )
+{
+    uint32_t digests = digestsOf( key->sort );
+
+    if( run->length == 0 )
+    {
+        run->digests = digests;
+        run->prefix  = digests == STRING_DIGESTS ? steppedPrefix( stringOf( key )->length ) : 0;
+    }
+    else if( digests != run->digests )
+    {
+        run->digests = NO_DIGESTS;
+        run->prefix  = 0;
+    }
+    else if( run->prefix > 0 )
+    {
+        QV_INT common = commonPrefix( run->items()->key, key, run->prefix );
+
+        if( common < run->prefix )
+            digestAll( run, digests, common );
+    }
+
+    return digestOf( run, key );
+}
+
+void qv::mixDigests( QV___DICT_RUN *run, uint32_t otherDigests, uint32_t otherPrefix )
+{
+    if( run->digests != otherDigests || run->digests == NO_DIGESTS )
+    {
+        run->digests = NO_DIGESTS;
+        run->prefix  = 0;
+    }
+    else if( run->digests == STRING_DIGESTS )
+    {
+        // What the first and the last of ordered texts share, all share.
+        QV_INT common = commonPrefix(
+            run->items()[0].key, run->items()[run->length - 1].key, std::min( run->prefix, otherPrefix ) );
+
+        if( common != run->prefix || common != otherPrefix )
+            digestAll( run, STRING_DIGESTS, common );
+    }
+}
+
+void qv::sharpenDigests( QV___DICT_RUN *run )
+{
+    QV_OBJ  *first   = run->items()[0].key;
+    QV_OBJ  *last    = run->items()[run->length - 1].key;
+    uint32_t digests = first->sort == last->sort ? digestsOf( first->sort ) : NO_DIGESTS;
+    QV_INT   common  = digests == STRING_DIGESTS ? commonPrefix( first, last, MAX_PREFIX ) : 0;
+
+    // Of keys in order with one sort at both ends none has another.
+    if( digests != run->digests || steppedPrefix( common ) != run->prefix )
+        digestAll( run, digests, common );
+}
+
+/* Search in a run ------------------------------------------------------------------------------------------------ */
+
+namespace
+{
+// The order of two texts.
+QV_INT compareTexts( const QV_CHAR *a, QV_INT aLength, const QV_CHAR *b, QV_INT bLength )
+{
+    QV_INT common = std::min( aLength, bLength );
+    QV_INT i      = 0;
+
+    while( i + 4 <= common && memcmp( a + i, b + i, 4 * sizeof( QV_CHAR ) ) == 0 )
+        i += 4;
+
+    for( ; i < common; i++ )
+        if( a[i] != b[i] )
+            return a[i] < b[i] ? -1 : 1;
+
+    return ( aLength > bLength ) - ( aLength < bLength );
+}
+
+// The first item from `from` on with this digest or a greater one.
+int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
+{
+    const Item *items = run->items();
+
+    if( from == run->length || items[run->length - 1].digest < digest )
+        return run->length;
+
+    // The same number of steps for every key and no branch to mispredict.
+    const Item *base = items + from;
+
+    for( int32_t left = run->length - from; left > 1; )
+    {
+        int32_t half = left / 2;
+        base         = base[half - 1].digest < digest ? base + half : base;
+        left -= half;
+    }
+
+    return static_cast< int32_t >( base - items );
+}
+
+// Whether a key has the run's prefix, of which as many characters as `known` are known to be the key's too: then 0, else
+// the order of the run's keys and this one.
+QV_INT compareWithPrefix( Run *run, QV_STRING *key, QV_INT known )
+{
+    QV_INT prefix = run->prefix;
+
+    return prefix <= known ? 0
+                           : compareTexts(
+                                 qv::chars( stringOf( run->items()->key ) ) + known, prefix - known,
+                                 qv::chars( key ) + known, std::min( key->length, prefix ) - known );
+}
+
+// Among Strings that share the key's first characters as far as the run's prefix goes.
+inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const Digest &digest )
+{
+    Item   *items  = run->items();
+    QV_INT  prefix = run->prefix;
+    int32_t lo     = bisectDigests( run, from, digest.number );
+
+    if( lo == run->length || items[lo].digest != digest.number )
+        return { 0, lo, false, true, digest.number };
+
+    if( digest.whole )
+        return { 0, lo, true };
+
+    // As a rule one key has the number. Where more have, the last of them is looked for in steps that double.
+    int32_t step = 1;
+
+    while( lo + step < run->length && items[lo + step].digest == digest.number )
+        step *= 2;
+
+    int32_t hi = std::min( lo + step, run->length );
+
+    while( lo < hi )
+    {
+        int32_t    mid    = lo + ( hi - lo ) / 2;
+        QV_STRING *stored = stringOf( items[mid].key );
+        QV_INT     order  = items[mid].digest != digest.number
+                                ? 1
+                                : compareTexts(
+                                      qv::chars( stored ) + prefix, stored->length - prefix,
+                                      qv::chars( key ) + prefix, key->length - prefix );
+
+        if( order == 0 )
+            return { 0, mid, true };
+
+        if( order < 0 )
+            lo = mid + 1;
+        else
+            hi = mid;
+    }
+
+    return { 0, lo, false, true, digest.number };
+}
+
+Place searchTexts( Run *run, int32_t from, QV_STRING *key, QV_INT known )
+{
+    if( QV_INT order = compareWithPrefix( run, key, known ) )
+        return { 0, order > 0 ? from : run->length };
+
+    return bisectTexts( run, from, key, digestBehind( key, run->prefix ) );
+}
+
+inline Place searchIntegers( Run *run, int32_t from, uint64_t digest )
+{
+    int32_t idx = bisectDigests( run, from, digest );
+
+    return { 0, idx, idx < run->length && run->items()[idx].digest == digest, true, digest };
+}
+
+// By the digests, which are of the key's sort.
+inline Place searchDigests( Run *run, int32_t from, QV_OBJ *key )
+{
+    return run->digests == qv::STRING_DIGESTS ? searchTexts( run, from, stringOf( key ), 0 )
+                                              : searchIntegers( run, from, digestInt( key ) );
+}
+
+// By comparing objects: the item at `lo` is below the key, the one at `hi` above it, if there is one.
+Place bisectKeys( Run *run, int32_t lo, int32_t hi, QV_OBJ *key )
+{
+    const Item *items = run->items();
+
+    while( hi - lo > 1 )
+    {
+        int32_t mid   = lo + ( hi - lo ) / 2;
+        QV_INT  order = qvObjCompare( items[mid].key, key );
+
+        if( order == 0 )
+            return { 0, mid, true };
+
+        ( order < 0 ? lo : hi ) = mid;
+    }
+
+    return { 0, hi };
+}
+
+// The two ends first, then the middle of what is left. A key beyond an end takes two comparisons at most.
+Place searchKeys( Run *run, int32_t from, QV_OBJ *key )
+{
+    QV_INT first = qvObjCompare( run->items()[from].key, key );
+
+    if( first >= 0 )
+        return { 0, from, first == 0 };
+
+    int32_t end  = run->length - 1;
+    QV_INT  last = qvObjCompare( run->items()[end].key, key );
+
+    if( last <= 0 )
+        return { 0, last == 0 ? end : run->length, last == 0 };
+
+    return bisectKeys( run, from, end, key );
+}
+
+Place searchRun( Run *run, int32_t from, QV_OBJ *key )
+{
+    if( from == run->length )
+        return { 0, from };
+
+    return hasDigestsOf( run, key ) ? searchDigests( run, from, key ) : searchKeys( run, from, key );
+}
+
+/* Search in a Dict ----------------------------------------------------------------------------------------------- */
+
+Place inRun( int32_t run, Place place )
+{
+    place.run = run;
+    return place;
+}
+
+// In the run that is before the one at `idx` of the index, which the key is before.
+template< class Search >
+inline Place searchBefore( QV_DICT *dict, const Place &next, const Search &search )
+{
+    if( next.found )
+        return { next.idx, 0, true };
+
+    if( next.idx == 0 )
+        return { 0, 0 };
+
+    return inRun( next.idx - 1, search( dict->index->runs->items()[next.idx - 1].run ) );
+}
+
+// What has digests in the index has them in its run too, unless there are keys of another sort.
+Place searchIndexByText( QV_DICT *dict, QV_STRING *key )
+{
+    Run *runs = dict->index->runs;
+
+    if( QV_INT order = compareWithPrefix( runs, key, 0 ) )
+        return searchBefore( dict, { 0, order > 0 ? 0 : runs->length }, [&]( Run *run ) {
+            return run->digests == qv::STRING_DIGESTS ? searchTexts( run, 0, key, 0 )
+                                                      : bisectKeys( run, 0, run->length, key );
+        } );
+
+    // The first key of each run has the index's prefix, as this key has.
+    Digest digest = digestBehind( key, runs->prefix );
+
+    return searchBefore( dict, bisectTexts( runs, 0, key, digest ), [&]( Run *run ) {
+        return run->digests != qv::STRING_DIGESTS ? bisectKeys( run, 0, run->length, key )
+               : run->prefix == runs->prefix      ? bisectTexts( run, 0, key, digest )
+                                                  : searchTexts( run, 0, key, runs->prefix );
+    } );
+}
+
+Place searchIndexByInteger( QV_DICT *dict, QV_OBJ *key )
+{
+    uint64_t digest = digestInt( key );
+
+    return searchBefore( dict, searchIntegers( dict->index->runs, 0, digest ), [&]( Run *run ) {
+        return run->digests == qv::INTEGER_DIGESTS ? searchIntegers( run, 0, digest )
+                                                   : bisectKeys( run, 0, run->length, key );
+    } );
+}
+
+// The two ends of the Dict first, as in a run.
+Place searchIndexByKey( QV_DICT *dict, QV_OBJ *key )
+{
+    Run   *runs  = dict->index->runs;
+    QV_INT first = qvObjCompare( runs->items()->key, key );
+
+    if( first >= 0 )
+        return { 0, 0, first == 0 };
+
+    Run   *last  = runs->items()[runs->length - 1].run;
+    QV_INT order = qvObjCompare( last->items()[last->length - 1].key, key );
+
+    if( order <= 0 )
+        return { runs->length - 1, order == 0 ? last->length - 1 : last->length, order == 0 };
+
+    return searchBefore( dict, bisectKeys( runs, 0, runs->length, key ), [&]( Run *run ) {
+        return hasDigestsOf( run, key ) ? searchDigests( run, 0, key ) : bisectKeys( run, 0, run->length, key );
+    } );
+}
+
+Place searchIndex( QV_DICT *dict, QV_OBJ *key )
+{
+    if( !hasDigestsOf( dict->index->runs, key ) )
+        return searchIndexByKey( dict, key );
+
+    return dict->index->runs->digests == qv::STRING_DIGESTS ? searchIndexByText( dict, stringOf( key ) )
+                                                            : searchIndexByInteger( dict, key );
+}
+
+// A search that calls no function of another family.
+bool goesByDigests( QV_DICT *dict, QV_OBJ *key )
+{
+    return !dict->hasIndex && hasDigestsOf( dict->run, key );
+}
+
+bool comparesInside( QV_OBJ *key )
+{
+    return digestsOf( key->sort ) != qv::NO_DIGESTS;
+}
+
+Place searchAll( QV_DICT *dict, QV_OBJ *key )
+{
+    return dict->hasIndex ? searchIndex( dict, key ) : searchRun( dict->run, 0, key );
+}
+} // namespace
+
+qv::DictPlace qv::findInDict( QV_DICT *dict, QV_OBJ *key )
+{
+    if( dict->length == 0 )
+        return { 0, 0 };
+
+    if( goesByDigests( dict, key ) )
+        return searchDigests( dict->run, 0, key );
+
+    // A String or a boxed integer is compared with its like, or by the names of the sorts.
+    if( comparesInside( key ) )
+        return searchAll( dict, key );
+
+    Ref< QV_DICT > held = Ref< QV_DICT >::share( dict );
+    return searchAll( held, key );
+}
+
+qv::DictPlace qv::findToChange( QV_DICT **dict, QV_OBJ *key )
+{
+    if( ( *dict )->length == 0 || comparesInside( key ) )
+        return findInDict( *dict, key );
+
+    Ref< QV_DICT > held  = Ref< QV_DICT >::share( *dict );
+    DictPlace      place = searchAll( held, key );
+
+    goOnWith( dict, held );
+
+    return place;
+}
+
+qv::DictPlace qv::findInDictFrom( QV_DICT *dict, const DictPlace &from, QV_OBJ *key )
+{
+    int32_t run = from.run;
+    int32_t idx = from.idx;
+
+    if( dict->hasIndex )
+    {
+        Place next = searchRun( dict->index->runs, run + 1, key );
+
+        if( next.found )
+            return { next.idx, 0, true };
+
+        if( next.idx > run + 1 )
+        {
+            run = next.idx - 1;
+            idx = 0;
+        }
+    }
+
+    return inRun( run, searchRun( dictRun( dict, run ), idx, key ) );
+}

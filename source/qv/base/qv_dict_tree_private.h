@@ -1,0 +1,143 @@
+/** @file
+    What the parts of Dict share: the search, and runs of items that are changed under their index.
+
+    Changes of runs account for nothing, and release nothing: who takes items out gets their references. So only a search
+    and the end of items call functions of other families. */
+
+#ifndef QV_DICT_TREE_PRIVATE_H
+#define QV_DICT_TREE_PRIVATE_H
+
+#include "qv/base/qv_dict.h"
+#include "qv/base/qv_dict_private.h"
+#include "qv/runtime/qv_ref.h"
+
+/** Items by which the accounted block grows, and how many free ones it may have. */
+#define QV_DICT_GROWTH    32
+#define QV_DICT_OVERSIZED 64
+
+namespace qv
+{
+/** Items that a run has at most, and how many are so few that it is joined with a neighbour. Only the first and the last
+    run may have fewer: entering and deleting at an end leaves its neighbour alone. */
+const int32_t FULL_DICT_RUN   = 512;
+const int32_t FEW_IN_DICT_RUN = 128;
+
+/** Where an item stands, or before which one it would. */
+struct DictPlace
+{
+    int32_t  run; /**< index of the run; 0 where there is one only */
+    int32_t  idx; /**< in the run, up to its length */
+    bool     found     = false;
+    bool     hasDigest = false; /**< the key's own, good for this run */
+    uint64_t digest    = 0;
+};
+
+inline QV___DICT_RUN *&dictRun( QV_DICT *dict, int32_t run )
+{
+    return dict->hasIndex ? dict->index->runs->items()[run].run : dict->run;
+}
+
+inline QV___DICT_ITEM &dictItem( QV_DICT *dict, const DictPlace &place )
+{
+    return dictRun( dict, place.run )->items()[place.idx];
+}
+
+/** The place of an index of the Dict, up to its length; and the other way round. */
+DictPlace dictPlace( QV_DICT *dict, QV_INT idx );
+QV_INT    dictIndex( QV_DICT *dict, const DictPlace &place );
+
+/** Releases what an item holds. */
+void releaseItem( const QV___DICT_ITEM &item );
+
+/* Accounts -------------------------------------------------------------------------------------------------------
+
+   What entering or deleting one by one would account for. */
+
+void accountForDict( QV_DICT *dict, QV_INT alloc );
+void accountForMore( QV_DICT *dict, QV_INT count ); /**< before they are entered */
+void accountForLess( QV_DICT *dict );               /**< after some have been taken out */
+
+/* Digests -------------------------------------------------------------------------------------------------------- */
+
+const uint32_t NO_DIGESTS      = 0;
+const uint32_t STRING_DIGESTS  = 1;
+const uint32_t INTEGER_DIGESTS = 2;
+
+/** The digest of a key that the run has, or of one that has the run's sort and prefix. */
+uint64_t digestOf( QV___DICT_RUN *run, QV_OBJ *key );
+
+/** The digest of a key that goes into the run, after those of the others have been made to suit it. */
+uint64_t newDigest( QV___DICT_RUN *run, QV_OBJ *key );
+
+/** Suits the digests of a run to items that have come from another one, with these digests and this prefix. */
+void mixDigests( QV___DICT_RUN *run, uint32_t otherDigests, uint32_t otherPrefix );
+
+/** Makes digests tell more of the keys after some have gone: keys that are left may have one sort, or share more. */
+void sharpenDigests( QV___DICT_RUN *run );
+
+/* Search --------------------------------------------------------------------------------------------------------- */
+
+/** Finds a key. Compare functions of other families may use the Dict's own variable: where they run, the Dict is held,
+    so that it stays as it is. */
+DictPlace findInDict( QV_DICT *dict, QV_OBJ *key );
+
+/** Finds a key that is not before `from`. The caller holds the Dict. Few comparisons if the place is near. */
+DictPlace findInDictFrom( QV_DICT *dict, const DictPlace &from, QV_OBJ *key );
+
+/** Finds a key in a Dict that is to be changed then. If a compare function changes the variable, what it has made is
+    given up: the call goes on with what it was called with. */
+DictPlace findToChange( QV_DICT **dict, QV_OBJ *key );
+
+/* Changes -------------------------------------------------------------------------------------------------------- */
+
+/** Enters an item. The Dict takes over the references. */
+void enterItem( QV_DICT *dict, const DictPlace &place, QV_OBJ *key, QV_OBJ *value );
+
+/** Takes an item out, which the Dict gives up. */
+QV___DICT_ITEM takeItem( QV_DICT *dict, const DictPlace &place );
+
+/** Sets key and value of an item to new references and gives the old ones. The new key is equal to the old one. */
+QV___DICT_ITEM replaceItem( QV_DICT *dict, const DictPlace &place, QV_OBJ *key, QV_OBJ *value );
+
+/** Gives an empty Dict the items of another one, with references of their own. Places are the same in both. */
+void copyItems( QV_DICT *dict, QV_DICT *src );
+
+/** Frees the runs without a look at the items. */
+void freeRuns( QV_DICT *dict );
+
+/** The same, but keeps the block of a single run for the next items. */
+void emptyRuns( QV_DICT *dict );
+
+/** Makes all items of a Dict anew, of those that come one after the other in ascending order. */
+class DictBuilder
+{
+public:
+    /** `count` is how many will come, at least one. */
+    explicit DictBuilder( QV_INT count );
+
+    DictBuilder( const DictBuilder & ) = delete;
+    DictBuilder &operator=( const DictBuilder & ) = delete;
+
+    /** Takes over the references of an item, which comes from `source`. */
+    void append( const QV___DICT_ITEM &item, QV___DICT_RUN *source );
+
+    /** To be called once, at the end. The Dict's runs until then are freed without a look at their items. */
+    void putInto( QV_DICT *dict );
+
+private:
+    void open();
+
+    QV_INT         count_;
+    int32_t        runLength_;        // of each run, the last may have less
+    QV___DICT_RUN *runs_   = nullptr; // the index, if there is to be one
+    QV___DICT_RUN *run_    = nullptr; // the last one
+    QV___DICT_RUN *source_ = nullptr; // where its last item is from
+};
+
+/** Ends the process unless all is well around a place that has been changed; looks at the whole Dict where it is small
+    and now and then where it is large. In builds with assertions only. */
+bool isSoundDict( QV_DICT *dict, const DictPlace &place );
+bool isSoundDict( QV_DICT *dict );
+} // namespace qv
+
+#endif

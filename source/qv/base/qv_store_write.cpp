@@ -1,0 +1,292 @@
+// The writers of the text form.
+
+#include "qv/base/qv_store.h"
+
+#include "qv/base/qv_buffer.h"
+#include "qv/base/qv_dict_private.h"
+#include "qv/base/qv_store_private.h"
+#include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
+#include "qv/base/qv_vector.h"
+#include "qv/base/qv_vector_private.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_int.h"
+#include "qv/sys/qv_levels_private.h"
+#include "qv/sys/qv_mem.h"
+
+#include <string.h>
+#include <utility>
+
+namespace
+{
+// A block that grows. Bytes hold UTF-8, characters themselves.
+template< class Unit >
+class Output
+{
+public:
+    Output() = default;
+    Output( const Output & ) = delete;
+    Output &operator=( const Output & ) = delete;
+
+    ~Output()
+    {
+        qvMemFree( units_ );
+    }
+
+    const Unit *units() const
+    {
+        return units_;
+    }
+
+    QV_INT length() const
+    {
+        return length_;
+    }
+
+    void cut( QV_INT length )
+    {
+        length_ = length;
+    }
+
+    // Gives the block, of which the caller becomes the owner and which is null if nothing was written.
+    Unit *take()
+    {
+        if( length_ > 0 )
+            units_ = static_cast< Unit * >( qvMemReallocN( units_, length_, sizeof( Unit ) ) );
+
+        return length_ > 0 ? std::exchange( units_, nullptr ) : nullptr;
+    }
+
+    void put( char ch )
+    {
+        *room( 1 ) = static_cast< Unit >( ch );
+        length_++;
+    }
+
+    void append( const Output &text )
+    {
+        if( text.length_ > 0 )
+            memcpy( room( text.length_ ), text.units_, text.length_ * sizeof( Unit ) );
+
+        length_ += text.length_;
+    }
+
+    // Text that is known to be ASCII where the units are bytes.
+    void append( QV_STRING *text )
+    {
+        const QV_CHAR *chars = qv::chars( text );
+        Unit          *to    = room( text->length );
+
+        for( QV_INT i = 0; i < text->length; i++ )
+            to[i] = static_cast< Unit >( chars[i] );
+
+        length_ += text->length;
+    }
+
+    // A value with its escapes.
+    void stringToEscape( QV_STRING *value )
+    {
+        const QV_INT   block     = 16;
+        const QV_INT   longest   = 7; // units that a character can become
+        const QV_CHAR *chars     = qv::chars( value );
+        QV_INT         remaining = value->length;
+
+        while( remaining > 0 )
+        {
+            QV_INT   count = remaining < block ? remaining : block;
+            Unit    *to    = room( count * longest );
+            unsigned odd   = 0;
+
+            for( QV_INT i = 0; i < count; i++ )
+                odd |= ( chars[i] - U' ' > U'~' - U' ' ) | ( chars[i] == U'%' );
+
+            if( !odd )
+            {
+                for( QV_INT i = 0; i < count; i++ )
+                    *to++ = static_cast< Unit >( chars[i] );
+            }
+            else
+            {
+                for( QV_INT i = 0; i < count; i++ )
+                    to = escape( to, chars[i] );
+            }
+
+            length_ = to - units_;
+            chars += count;
+            remaining -= count;
+        }
+    }
+
+private:
+    // Where the next units go, with room for so many.
+    Unit *room( QV_INT count )
+    {
+        if( length_ + count > alloc_ )
+        {
+            QV_CHECK( QV_INT_ADD_OK( length_, count ) );
+            QV_CHECK( QV_INT_MUL_OK( length_ + count, 2 ) );
+
+            alloc_ = qvIntMax( ( length_ + count ) * 2, 256 );
+            units_ = static_cast< Unit * >( qvMemReallocN( units_, alloc_, sizeof( Unit ) ) );
+        }
+
+        return units_ + length_;
+    }
+
+    static Unit *escape( Unit *to, QV_CHAR ch )
+    {
+        if( ch == U'%' )
+        {
+            *to++ = '%';
+            *to++ = '%';
+        }
+        else if( ch < 0x20 || ( ch >= 0x7F && ch < 0xA0 ) ) // the category of controls
+        {
+            *to++ = '%';
+
+            for( int shift = 20; shift >= 0; shift -= 4 )
+                *to++ = static_cast< Unit >( "0123456789abcdef"[ch >> shift & 0xF] );
+        }
+        else if constexpr( sizeof( Unit ) == sizeof( QV_CHAR ) )
+            *to++ = ch;
+        else if( ch < 0x80 )
+            *to++ = static_cast< Unit >( ch );
+        else
+        {
+            int more = ch < 0x800 ? 1 : ch < 0x10000 ? 2 : 3;
+            int lead = more == 1 ? 0xC0 : more == 2 ? 0xE0 : 0xF0;
+
+            *to++ = static_cast< Unit >( lead | ch >> more * 6 );
+
+            while( more-- > 0 )
+                *to++ = static_cast< Unit >( 0x80 | ( ch >> more * 6 & 0x3F ) );
+        }
+
+        return to;
+    }
+
+    Unit  *units_  = nullptr;
+    QV_INT length_ = 0;
+    QV_INT alloc_  = 0;
+};
+
+// Writes the lines of the values of one store, each with `prefix` before it and `endLine` called after it.
+template< class Unit, class EndLine >
+void writeValues( QV_STORE *store, const Output< Unit > &prefix, Output< Unit > &out, const EndLine &endLine )
+{
+    for( const QV___DICT_ITEM &item : qv::dictItems( store->values ) )
+    {
+        out.append( prefix );
+        out.append( static_cast< QV_STRING * >( item.key ) );
+        out.put( '=' );
+        out.stringToEscape( static_cast< QV_STRING * >( item.val ) );
+        endLine();
+    }
+}
+
+// Writes the lines of a store and of all below it. `prefix` grows and shrinks with the level, so that a level costs its
+// own address, however deep it lies.
+template< class Unit, class EndLine >
+void writeLines( QV_STORE *store, Output< Unit > &prefix, Output< Unit > &out, const EndLine &endLine )
+{
+    struct Level
+    {
+        qv::DictIterator stores; // those that are still to come
+        QV_INT           prefixLength;
+    };
+
+    qv::Levels< Level > levels;
+    Level               at = { qv::DictIterator( store->stores, 0 ), prefix.length() };
+    writeValues( store, prefix, out, endLine );
+
+    do
+    {
+        while( at.stores )
+        {
+            const QV___DICT_ITEM &item = *at.stores;
+            QV_STORE             *sub  = static_cast< QV_STORE * >( item.val );
+            ++at.stores;
+
+            prefix.cut( at.prefixLength );
+            prefix.append( static_cast< QV_STRING * >( item.key ) );
+            prefix.put( '.' );
+
+            if( sub->addresses->length > 0 )
+            {
+                levels.push( at );
+                at = { qv::DictIterator( sub->stores, 0 ), prefix.length() };
+                writeValues( sub, prefix, out, endLine );
+            }
+            else
+            {
+                out.append( prefix );
+                endLine();
+            }
+        }
+    }
+    while( levels.pop( &at ) );
+}
+} // namespace
+
+/* Lines ---------------------------------------------------------------------------------------------------------- */
+
+void qv___StoreEncodeToStringVector( QV_STORE *store, QV_VECTOR **vec, QV_STRING *prefix )
+{
+    QV_CHECK( store );
+    QV_CHECK( vec );
+    QV_CHECK( *vec );
+    QV_CHECK( prefix );
+
+    Output< QV_CHAR > path, line;
+    path.append( prefix );
+
+    writeLines( store, path, line, [&] {
+        QV_OBJ *text = qvStringCreateFromCharsCopy( line.units(), line.length() );
+        qv___VectorPushNoRetain( vec, &text, 1 );
+        line.cut( 0 );
+    } );
+}
+
+QV_VECTOR *qvStoreEncodeToStringVector( QV_STORE *store )
+{
+    QV_CHECK( store );
+
+    qv::Ref< QV_VECTOR > lines( qvVectorCreate() );
+    qv::Ref< QV_STRING > prefix( qvStringCreate() );
+    qv___StoreEncodeToStringVector( store, lines.at(), prefix );
+
+    return lines.give();
+}
+
+QV_STRING *qv___StoreEncodeLine( QV_STRING *path, QV_STRING *value )
+{
+    QV_CHECK( path );
+
+    Output< QV_CHAR > text;
+    text.append( path );
+
+    if( value )
+    {
+        text.put( '=' );
+        text.stringToEscape( value );
+    }
+
+    QV_INT length = text.length();
+
+    return length ? qvStringCreateFromCharsUse( text.take(), length ) : qvStringCreate();
+}
+
+/* Bytes ---------------------------------------------------------------------------------------------------------- */
+
+QV_BUFFER *qvStoreEncodeToTextBuffer( QV_STORE *store )
+{
+    QV_CHECK( store );
+
+    Output< uint8_t > path, text;
+    writeLines( store, path, text, [&] { text.put( '\n' ); } );
+
+    QV_INT length = text.length();
+
+    return length ? qvBufferCreateFromBytesUse( text.take(), length ) : qvBufferCreate();
+}

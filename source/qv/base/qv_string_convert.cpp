@@ -1,0 +1,209 @@
+#include "qv/base/qv_format.h"
+#include "qv/base/qv_format_private.h"
+#include "qv/base/qv_string.h"
+#include "qv/base/qv_string_create_private.h"
+#include "qv/base/qv_string_private.h"
+#include "qv/sys/qv_chars.h"
+#include "qv/sys/qv_chars_private.h"
+#include "qv/sys/qv_int.h"
+#include "qv/sys/qv_mem.h"
+
+#include <string.h>
+#include <wchar.h>
+
+/* From outside text ---------------------------------------------------------------------------------------------- */
+
+namespace
+{
+QV_INT unitsOf( const char *text )
+{
+    return static_cast< QV_INT >( strlen( text ) );
+}
+
+QV_INT unitsOf( const wchar_t *text )
+{
+    return static_cast< QV_INT >( wcslen( text ) );
+}
+
+// Decodes into a block of just the length of the result. As no form gives more characters than it has units, one pass
+// does: a short text goes by way of the stack, and the block of a long one gives back what it didn't need.
+template< class Unit >
+QV_STRING *
+createDecoded( QV_INT ( *convert )( QV_CHAR *, QV_INT, const Unit *, QV_INT ), const Unit *text, QV_INT length )
+{
+    const QV_INT SHORT = 512;
+
+    if( text && length == -1 )
+        length = unitsOf( text );
+
+    if( !text || length <= SHORT ) // which leaves what is wrong to the conversion
+    {
+        QV_CHAR chs[SHORT];
+        return qv::newExactCopy( chs, convert( chs, SHORT, text, length ) );
+    }
+
+    QV_CHAR *block = static_cast< QV_CHAR * >( qvMemAllocN( length, sizeof( QV_CHAR ) ) );
+    QV_INT   count = convert( block, length, text, length );
+
+    if( count == 0 )
+    {
+        qvMemFree( block );
+        return qvStringCreate();
+    }
+
+    if( count < length )
+        block = static_cast< QV_CHAR * >( qvMemReallocN( block, count, sizeof( QV_CHAR ) ) );
+
+    return qv::createStringUse( block, count );
+}
+} // namespace
+
+QV_STRING *qvStringCreateFromAscii( const char *text, QV_INT length )
+{
+    return createDecoded( qvCharsConvertFromAscii, text, length );
+}
+
+QV_STRING *qvStringCreateFromCstr( const char *text, QV_INT length )
+{
+    return createDecoded( qvCharsConvertFromCstr, text, length );
+}
+
+QV_STRING *qvStringCreateFromUtf8( const char *text, QV_INT length )
+{
+    return createDecoded( qvCharsConvertFromUtf8, text, length );
+}
+
+QV_STRING *qvStringCreateFromWcstr( const wchar_t *text, QV_INT length )
+{
+    return createDecoded( qvCharsConvertFromWcstr, text, length );
+}
+
+QV_STRING *qvStringCreateFromFormat( QV_STRING *fmt, ... )
+{
+    va_list argList;
+    va_start( argList, fmt );
+    QV_STRING *result = qvStringCreateFromFormatArgList( fmt, &argList );
+    va_end( argList );
+
+    return result;
+}
+
+QV_STRING *qvStringCreateFromFormatArgList( QV_STRING *fmt, va_list *argList )
+{
+    QV_CHECK( fmt );
+    return qv___FormatArgList( fmt, argList );
+}
+
+QV_STRING *qvStringCreateFromFormatCstr( const char *fmt, QV_INT fmtLength, ... )
+{
+    va_list argList;
+    va_start( argList, fmtLength );
+    QV_STRING *result = qvStringCreateFromFormatCstrArgList( fmt, fmtLength, &argList );
+    va_end( argList );
+
+    return result;
+}
+
+QV_STRING *qvStringCreateFromFormatCstrArgList( const char *fmt, QV_INT fmtLength, va_list *argList )
+{
+    return qv::formatCstr( fmt, fmtLength, argList );
+}
+
+QV_STRING *qvStringCreateFromFormatWcstr( const wchar_t *fmt, QV_INT fmtLength, ... )
+{
+    va_list argList;
+    va_start( argList, fmtLength );
+    QV_STRING *result = qvStringCreateFromFormatWcstrArgList( fmt, fmtLength, &argList );
+    va_end( argList );
+
+    return result;
+}
+
+QV_STRING *qvStringCreateFromFormatWcstrArgList( const wchar_t *fmt, QV_INT fmtLength, va_list *argList )
+{
+    return qv::formatWcstr( fmt, fmtLength, argList );
+}
+
+/* To outside text ------------------------------------------------------------------------------------------------ */
+
+namespace
+{
+// Encodes twice: first to learn the size, then into a block of just that size.
+template< class Unit >
+Unit *createEncoded(
+    QV_INT ( *convert )( Unit *, QV_INT, const QV_CHAR *, QV_INT, QV_BOOL ), QV_STRING *qvs, QV_BOOL addNull,
+    QV_INT *outLength )
+{
+    if( outLength )
+        *outLength = 0;
+
+    QV_CHECK( qvs );
+
+    QV_INT size = convert( nullptr, 0, qv::chars( qvs ), qvs->length, addNull );
+
+    if( size == 0 )
+        return nullptr;
+
+    Unit *block = static_cast< Unit * >( qvMemAllocN( size, sizeof( Unit ) ) );
+    convert( block, size, qv::chars( qvs ), qvs->length, addNull );
+
+    if( outLength )
+        *outLength = size;
+
+    return block;
+}
+} // namespace
+
+char *qvStringConvertToAscii( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )
+{
+    return createEncoded( qvCharsConvertToAscii, qvs, addNull, outLength );
+}
+
+char *qvStringConvertToCstr( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )
+{
+    return createEncoded( qvCharsConvertToCstr, qvs, addNull, outLength );
+}
+
+char *qvStringConvertToUtf8( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )
+{
+    if( outLength )
+        *outLength = 0;
+
+    QV_CHECK( qvs );
+
+    const QV_CHAR *chs    = qv::chars( qvs );
+    QV_INT         length = qvs->length;
+
+    if( length == 0 )
+        return createEncoded( qvCharsConvertToUtf8, qvs, addNull, outLength );
+
+    // A block for ASCII first. Only what stands behind the first other character is encoded twice.
+    QV_INT null  = addNull ? 1 : 0;
+    QV_INT size  = length + null;
+    char  *block = static_cast< char * >( qvMemAlloc( size ) );
+    QV_INT ascii = qv::encodeLeadingAscii( block, chs, length );
+
+    if( ascii < length )
+    {
+        QV_INT rest = qvCharsConvertToUtf8( nullptr, 0, chs + ascii, length - ascii, addNull );
+        QV_CHECK( QV_INT_ADD_OK( ascii, rest ) );
+
+        if( ascii + rest > size )
+        {
+            size  = ascii + rest;
+            block = static_cast< char * >( qvMemRealloc( block, size ) );
+        }
+    }
+
+    qvCharsConvertToUtf8( block + ascii, size - ascii, chs + ascii, length - ascii, addNull );
+
+    if( outLength )
+        *outLength = size;
+
+    return block;
+}
+
+wchar_t *qvStringConvertToWcstr( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )
+{
+    return createEncoded( qvCharsConvertToWcstr, qvs, addNull, outLength );
+}

@@ -1,0 +1,51 @@
+/** @file
+    New Strings, inline for the sources of String itself, which make many. */
+
+#ifndef QV_STRING_CREATE_PRIVATE_H
+#define QV_STRING_CREATE_PRIVATE_H
+
+#include "qv/base/qv_string_private.h"
+#include "qv/runtime/qv_obj_private.h"
+
+#include <string.h>
+
+namespace qv
+{
+/** A block of so many characters at most is allocated with its String. */
+const QV_INT MOST_EMBEDDED = 512;
+
+/** All that is copied here fits a block, so that there is nothing to check; most of it is short. */
+inline void copyChars( QV_CHAR *dest, const QV_CHAR *src, QV_INT count )
+{
+    if( count > 0 )
+        memcpy( dest, src, static_cast< size_t >( count ) * sizeof( QV_CHAR ) );
+}
+
+/** As createString(). */
+inline QV_STRING *newString( QV_INT count, ObjBatch *batch, QV_INT space )
+{
+    QV_INT     places = count + 2 * space;
+    QV_INT     home   = places <= MOST_EMBEDDED ? places : 0;
+    QV_INT     extra  = home * QV_INT( sizeof( QV_CHAR ) );
+    QV_OBJ    *object = batch ? batch->create( sizeof( QV_STRING ), extra )
+                              : createWithRoom( sizeof( QV_STRING ), extra, qvStringSort() );
+    QV_STRING *qvs    = static_cast< QV_STRING * >( object );
+    qvs->initBlock( home, count, { space, space } );
+
+    return qvs;
+}
+
+/** A String with a copy of good characters in a block exactly as long as the text; the empty String for none. */
+inline QV_STRING *newExactCopy( const QV_CHAR *chs, QV_INT count, ObjBatch *batch = nullptr )
+{
+    if( count == 0 )
+        return qvStringCreate();
+
+    QV_STRING *qvs = newString( count, batch, 0 );
+    copyChars( chars( qvs ), chs, count );
+
+    return qvs;
+}
+} // namespace qv
+
+#endif

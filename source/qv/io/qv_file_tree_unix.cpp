@@ -1,0 +1,236 @@
+#include "qv/io/qv_file_private.h"
+
+#include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_int.h"
+#include "qv/sys/qv_mem.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+/* A tree is deleted with one directory open at a time. The way back up is the entry `..`, which is compared with what
+   was noted on the way down. Names wait on a stack, so that each directory is read once, whatever cannot be deleted. */
+
+namespace
+{
+// A stack of bytes or of records that grows by doubling.
+template< class T >
+class Stack
+{
+public:
+    Stack() = default;
+
+    ~Stack()
+    {
+        qvMemFree( items_ );
+    }
+
+    Stack( const Stack & )            = delete;
+    Stack &operator=( const Stack & ) = delete;
+
+    void push( const T *items, QV_INT count )
+    {
+        if( capacity_ - length_ < count )
+        {
+            QV_CHECK( QV_INT_ADD_OK( capacity_, capacity_ ) );
+            QV_CHECK( QV_INT_ADD_OK( 2 * capacity_, count ) );
+            capacity_ = 2 * capacity_ + count;
+            items_    = static_cast< T * >( qvMemReallocN( items_, capacity_, sizeof( T ) ) );
+        }
+
+        qvMemCopyN( items_ + length_, items, count, sizeof( T ) );
+        length_ += count;
+    }
+
+    void cut( QV_INT length )
+    {
+        QV_ASSERT( length >= 0 && length <= length_ );
+        length_ = length;
+    }
+
+    QV_INT length() const
+    {
+        return length_;
+    }
+
+    T &operator[]( QV_INT index )
+    {
+        QV_ASSERT( index >= 0 && index < length_ );
+        return items_[index];
+    }
+
+private:
+    T     *items_    = nullptr;
+    QV_INT length_   = 0;
+    QV_INT capacity_ = 0;
+};
+
+// A directory that the walk is in, from the outermost one on.
+struct Level
+{
+    dev_t  device;
+    ino_t  inode;
+    QV_INT names; // where the names of its entries start
+};
+
+class TreeWalk
+{
+public:
+    explicit TreeWalk( int directory ) : directory_( directory )
+    {
+    }
+
+    ~TreeWalk()
+    {
+        if( directory_ != -1 )
+            close( directory_ );
+    }
+
+    TreeWalk( const TreeWalk & )            = delete;
+    TreeWalk &operator=( const TreeWalk & ) = delete;
+
+    bool run()
+    {
+        struct stat status;
+
+        if( fstat( directory_, &status ) != 0 )
+            return false;
+
+        enter( status );
+
+        for( ;; )
+        {
+            if( names_.length() > level().names )
+            {
+                takeEntry();
+            }
+            else if( levels_.length() == 1 )
+            {
+                return ok_;
+            }
+            else if( !leave() )
+            {
+                return false;
+            }
+        }
+    }
+
+private:
+    Level &level()
+    {
+        return levels_[levels_.length() - 1];
+    }
+
+    // Notes the current directory and its entries.
+    void enter( const struct stat &status )
+    {
+        Level level = { status.st_dev, status.st_ino, names_.length() };
+        levels_.push( &level, 1 );
+
+        int  copy = fcntl( directory_, F_DUPFD_CLOEXEC, 0 );
+        DIR *dir  = copy == -1 ? nullptr : fdopendir( copy );
+
+        if( !dir )
+        {
+            if( copy != -1 )
+                close( copy );
+
+            return; // what it holds makes its own deletion fail
+        }
+
+        while( const dirent *entry = readdir( dir ) )
+            if( strcmp( entry->d_name, "." ) != 0 && strcmp( entry->d_name, ".." ) != 0 )
+                names_.push( entry->d_name, static_cast< QV_INT >( strlen( entry->d_name ) ) + 1 );
+
+        closedir( dir );
+    }
+
+    // The last name that waits, at its place on the stack.
+    QV_INT lastName()
+    {
+        QV_INT at = names_.length() - 1;
+
+        while( at > level().names && names_[at - 1] != '\0' )
+            at--;
+
+        return at;
+    }
+
+    void forgetEntry()
+    {
+        names_.cut( lastName() );
+    }
+
+    // Deletes the last entry, or goes into it.
+    void takeEntry()
+    {
+        const char *name = &names_[lastName()];
+        struct stat status;
+
+        if( fstatat( directory_, name, &status, AT_SYMLINK_NOFOLLOW ) != 0 || !S_ISDIR( status.st_mode ) )
+        {
+            unlinkat( directory_, name, 0 ); // what stays makes the directory's own deletion fail
+            forgetEntry();
+            return;
+        }
+
+        int         next = openat( directory_, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC );
+        struct stat back;
+
+        // Without a way back there is nothing in it that could be deleted either.
+        if( next == -1 || fstatat( next, "..", &back, 0 ) != 0 || back.st_dev != level().device ||
+            back.st_ino != level().inode )
+        {
+            if( next != -1 )
+                close( next );
+
+            deleteEntry();
+            return;
+        }
+
+        close( directory_ );
+        directory_ = next;
+        enter( status );
+    }
+
+    // Deletes the last entry, a directory.
+    void deleteEntry()
+    {
+        if( unlinkat( directory_, &names_[lastName()], AT_REMOVEDIR ) != 0 )
+            ok_ = false;
+
+        forgetEntry();
+    }
+
+    // Goes up again and deletes the directory that it comes from.
+    bool leave()
+    {
+        levels_.cut( levels_.length() - 1 );
+
+        int         up = openat( directory_, "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC );
+        struct stat status;
+
+        close( directory_ );
+        directory_ = up;
+
+        if( up == -1 || fstat( up, &status ) != 0 || status.st_dev != level().device || status.st_ino != level().inode )
+            return false;
+
+        deleteEntry();
+        return true;
+    }
+
+    int            directory_; // the current one
+    bool           ok_ = true;
+    Stack< Level > levels_;
+    Stack< char >  names_; // of all levels, each with its zero
+};
+} // namespace
+
+bool qv::deleteTreeContent( int directory )
+{
+    return TreeWalk( directory ).run();
+}

@@ -1,0 +1,79 @@
+/** @file
+    The steps of an object's life that its creation, its end and its batch share. */
+
+#ifndef QV_OBJ_LIFE_PRIVATE_H
+#define QV_OBJ_LIFE_PRIVATE_H
+
+#include "qv/runtime/qv_obj_private.h"
+#include "qv/sys/qv_int.h"
+#include "qv/sys/qv_unique_private.h"
+
+namespace qv
+{
+/** More live objects of the sort, and maybe one more sort of its module. The module's count goes up with the first
+    object of a sort and down with its last. */
+inline void countIn( QV_SORT *sort, int32_t objects )
+{
+    if( qv___AtomicAdd32( &sort->objects, objects ) == objects && sort->module )
+        qv___AtomicAdd32( &sort->module->sorts, 1 );
+}
+
+inline void countOut( QV_SORT *sort, int32_t objects )
+{
+    if( qv___AtomicAdd32( &sort->objects, -objects ) == 0 && sort->module )
+        qv___AtomicAdd32( &sort->module->sorts, -1 );
+}
+
+/** Puts a new object at the end of its sort's list, and counts it unless its batch has counted it already. */
+void enterList( QV_OBJ *object, bool isCounted );
+
+/** Takes an object that nobody holds out of its list. It stays counted. */
+void leaveList( QV_OBJ *object );
+
+/** Counts an object out that has left its list or, with `leavesList`, leaves it now. */
+void countOutListed( QV_OBJ *object, bool leavesList );
+
+/** Whether objects of the sort log the stack of their creation. */
+bool recordsOrigin( QV_SORT *sort );
+
+/** Gives up so many uses of memory that a batch has shared out, and frees it with the last. */
+void leaveShared( void *memory, int32_t uses );
+
+/** Makes an object of memory. Inline in all functions that create, so that each has one frame on the stack of a
+    creation. */
+__attribute__( ( always_inline ) ) inline QV_OBJ *
+createObject( void *memory, uint16_t sharedOffset, QV_INT size, QV_SORT *sort, bool isCounted = false )
+{
+    QV_OBJ *result = static_cast< QV_OBJ * >( memory );
+
+    result->type              = QV___OBJ_TYPE_OBJECT;
+    result->sort              = sort;
+    result->unique            = QV___UNIQUE_INVALID;
+    result->retainCount       = 1;
+    result->sharedOffset      = sharedOffset;
+    result->isListed          = static_cast< uint16_t >( qv___ObjOdbIsEnabled );
+    result->dbgObjectSize     = size;
+    result->dbgAllocationSize = 0;
+    result->logFirst          = nullptr;
+    result->logLast           = nullptr;
+    result->odbPrevious       = nullptr;
+    result->odbNext           = nullptr;
+
+    if( __builtin_expect( !result->isListed, 1 ) )
+    {
+        if( !isCounted )
+            countIn( sort, 1 );
+
+        return result;
+    }
+
+    enterList( result, isCounted );
+
+    if( qv___ObjOrigin && recordsOrigin( sort ) )
+        qv___ObjLogAppendCallStack( result, 1, QV_INT_MAX );
+
+    return result;
+}
+} // namespace qv
+
+#endif

@@ -1,0 +1,217 @@
+#include "qv/base/qv_vector.h"
+#include "qv/base/qv_vector_private.h"
+#include "qv/runtime/qv_obj_life_private.h"
+#include "qv/runtime/qv_obj_private.h"
+#include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_int.h"
+#include "qv/sys/qv_mem.h"
+
+// The lists stand in static records, and an object that outlives its run stays in its list until it ends, in whatever
+// run that is. So their lock is always there, and whether an object is listed is told by the object, never by the run.
+
+namespace
+{
+// Objects are counted atomically also where the lock is held: those of another run are counted without it.
+
+void linkSort( QV_OBJ *result )
+{
+    QV_MODULE *module = result->sort->module;
+
+    QV_CHECK( result->sort->sortsNext == NULL );
+    QV_CHECK( result->sort->sortsPrevious == NULL );
+
+    result->sort->sortsPrevious = module->sortsLast;
+
+    if( module->sortsLast )
+        module->sortsLast->sortsNext = result->sort;
+    else
+        module->sortsFirst = result->sort;
+
+    module->sortsLast = result->sort;
+}
+
+void unlinkSort( QV_SORT *sort )
+{
+    QV_MODULE *module = sort->module;
+
+    if( sort->sortsPrevious )
+        sort->sortsPrevious->sortsNext = sort->sortsNext;
+    else
+        module->sortsFirst = sort->sortsNext;
+
+    if( sort->sortsNext )
+        sort->sortsNext->sortsPrevious = sort->sortsPrevious;
+    else
+        module->sortsLast = sort->sortsPrevious;
+
+    sort->sortsPrevious = nullptr;
+    sort->sortsNext     = nullptr;
+}
+
+void unlinkObject( QV_OBJ *object )
+{
+    QV_ASSERT( object->odbPrevious ? object->odbPrevious->odbNext == object : object->sort->odbFirst == object );
+    QV_ASSERT( object->odbNext ? object->odbNext->odbPrevious == object : object->sort->odbLast == object );
+
+    if( object->odbPrevious )
+        object->odbPrevious->odbNext = object->odbNext;
+    else
+        object->sort->odbFirst = object->odbNext;
+
+    if( object->odbNext )
+        object->odbNext->odbPrevious = object->odbPrevious;
+    else
+        object->sort->odbLast = object->odbPrevious;
+}
+
+// One more reference, for somebody who holds none but the lock of the lists: an object whose count is 0 is about to be
+// taken out of its list and cannot be had any more. A count above 0 must not become 0 in between.
+bool retainLive( QV_OBJ *object )
+{
+    int32_t count = qv___AtomicLoad32( &object->retainCount );
+
+    while( count != 0 )
+    {
+        int32_t found = qv___AtomicCompareExchange32( &object->retainCount, count, count + 1 );
+
+        if( found == count )
+            return true;
+
+        count = found;
+    }
+
+    return false;
+}
+} // namespace
+
+void qv::enterList( QV_OBJ *object, bool isCounted )
+{
+    QV_SORT *sort = object->sort;
+    HeldLock held( listsLock );
+
+    if( !isCounted )
+        countIn( sort, 1 );
+
+    sort->listed++;
+
+    if( sort->listed == 1 && sort->module )
+        linkSort( object );
+
+    object->odbPrevious = sort->odbLast;
+
+    if( sort->odbLast )
+        sort->odbLast->odbNext = object;
+    else
+        sort->odbFirst = object;
+
+    sort->odbLast = object;
+}
+
+void qv::leaveList( QV_OBJ *object )
+{
+    HeldLock held( listsLock );
+    unlinkObject( object );
+}
+
+void qv::countOutListed( QV_OBJ *object, bool leavesList )
+{
+    QV_SORT *sort = object->sort;
+    HeldLock held( listsLock );
+
+    if( leavesList )
+        unlinkObject( object );
+
+    QV_ASSERT( sort->listed > 0 );
+    sort->listed--;
+
+    if( sort->listed == 0 && sort->module )
+        unlinkSort( sort );
+
+    countOut( sort, 1 );
+}
+
+QV_BOOL qv___ObjOdbEnabled( void )
+{
+    return qv___ObjOdbIsEnabled;
+}
+
+void qv___ObjOdbLock( void )
+{
+    QV_CHECK_AS( qv___ObjOdbIsEnabled, "odbEnabled" );
+    qv___LockAcquire( qv::listsLock );
+}
+
+void qv___ObjOdbUnlock( void )
+{
+    QV_CHECK_AS( qv___ObjOdbIsEnabled, "odbEnabled" );
+    qv___LockRelease( qv::listsLock );
+}
+
+void qv___ObjCheckLists( void )
+{
+    qv::HeldLock held( qv::listsLock );
+    QV_SORT     *previousSort = nullptr;
+    int32_t      sorts        = 0;
+
+    for( QV_SORT *sort = qv___module.sortsFirst; sort; previousSort = sort, sort = sort->sortsNext )
+    {
+        QV_OBJ *previous = nullptr;
+        int32_t length   = 0;
+
+        for( QV_OBJ *object = sort->odbFirst; object; previous = object, object = object->odbNext, length++ )
+        {
+            QV_CHECK( object->type == QV___OBJ_TYPE_OBJECT );
+            QV_CHECK( object->sort == sort );
+            QV_CHECK( object->isListed );
+            QV_CHECK( object->odbPrevious == previous );
+        }
+
+        // Objects whose free function runs are counted, but no longer in the list.
+        QV_CHECK( sort->odbLast == previous );
+        QV_CHECK( sort->listed >= length );
+        QV_CHECK( qv___AtomicLoad32( &sort->objects ) >= sort->listed );
+        QV_CHECK( sort->listed > 0 );
+        QV_CHECK( sort->module == &qv___module );
+        QV_CHECK( sort->sortsPrevious == previousSort );
+        sorts++;
+    }
+
+    QV_CHECK( qv___module.sortsLast == previousSort );
+    QV_CHECK( qv___AtomicLoad32( &qv___module.sorts ) >= sorts );
+}
+
+void qv::Snapshot::makeRoom( QV_INT count )
+{
+    if( size_ - length_ >= count )
+        return;
+
+    size_ = qvIntMax( length_ + count, size_ * 2 );
+    objs_ = static_cast< QV_OBJ ** >( qvMemReallocN( objs_, size_, sizeof( QV_OBJ * ) ) );
+}
+
+void qv::Snapshot::add( QV_OBJ *object )
+{
+    makeRoom( 1 );
+    objs_[length_++] = retain( object );
+}
+
+void qv::Snapshot::addObjects( QV_SORT *sort )
+{
+    makeRoom( sort->listed ); // the list is never longer
+
+    for( QV_OBJ *object = sort->odbFirst; object; object = object->odbNext )
+        if( retainLive( object ) )
+            objs_[length_++] = object;
+}
+
+QV_VECTOR *qv::Snapshot::vector()
+{
+    Ref< QV_VECTOR > empty( qvVectorCreate() );
+    Ref< QV_VECTOR > result( qvVectorCreateFrom( empty ) );
+
+    qv___VectorPushNoRetain( result.at(), objs_, length_ );
+    qvMemFree( objs_ );
+
+    return result.give();
+}

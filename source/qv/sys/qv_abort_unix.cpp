@@ -1,0 +1,387 @@
+#include "qv/runtime/qv_runtime.h"
+#include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_abort_private.h"
+#include "qv/sys/qv_atomic.h"
+
+#include <dlfcn.h>
+#include <errno.h>
+#include <link.h>
+#include <poll.h>
+#include <pthread.h>
+#include <setjmp.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <unistd.h>
+#include <unwind.h>
+
+/* Writing -------------------------------------------------------------------------------------------------------- */
+
+void qv::AbortOutput::flush()
+{
+    if( stream_ )
+    {
+        fwrite( buffer_, 1, length_, stream_ );
+        length_ = 0;
+        return;
+    }
+
+    for( size_t at = 0; at < length_; )
+    {
+        ssize_t written = write( descriptor_, buffer_ + at, length_ - at );
+
+        if( written >= 0 )
+        {
+            at += static_cast< size_t >( written );
+        }
+        else if( errno == EAGAIN )
+        {
+            pollfd writable = { descriptor_, POLLOUT, 0 };
+            poll( &writable, 1, -1 );
+        }
+        else if( errno != EINTR )
+        {
+            break;
+        }
+    }
+
+    length_ = 0;
+}
+
+void qv::AbortOutput::character( char ch )
+{
+    if( length_ == sizeof( buffer_ ) )
+        flush();
+
+    buffer_[length_++] = ch;
+}
+
+void qv::AbortOutput::text( const char *text )
+{
+    while( *text )
+        character( *text++ );
+}
+
+void qv::AbortOutput::integer( int value )
+{
+    unsigned absolute = value < 0 ? 0u - static_cast< unsigned >( value ) : static_cast< unsigned >( value );
+    char     digits[12];
+    char    *at = digits + sizeof( digits );
+
+    *--at = '\0';
+
+    do
+    {
+        *--at = static_cast< char >( '0' + absolute % 10 );
+        absolute /= 10;
+    } while( absolute );
+
+    if( value < 0 )
+        *--at = '-';
+
+    text( at );
+}
+
+void qv::AbortOutput::hexadecimal( uint64_t value )
+{
+    if( value )
+        text( "0x" );
+
+    char  digits[17];
+    char *at = digits + sizeof( digits );
+
+    *--at = '\0';
+
+    do
+    {
+        *--at = "0123456789abcdef"[value % 16];
+        value /= 16;
+    } while( value );
+
+    text( at );
+}
+
+void qv::AbortOutput::pointer( const void *value )
+{
+    if( value )
+        hexadecimal( reinterpret_cast< uintptr_t >( value ) );
+    else
+        text( "(nil)" );
+}
+
+void qv::AbortOutput::row( const char *name, const char *value )
+{
+    text( name );
+    text( value );
+    character( '\n' );
+}
+
+/* The stack ------------------------------------------------------------------------------------------------------ */
+
+namespace
+{
+struct Frames
+{
+    void **frames;
+    int    size;
+    int   *length;
+    bool   isOwn; // the next frame is that of the function that walks
+};
+
+_Unwind_Reason_Code addFrame( _Unwind_Context *context, void *frames )
+{
+    Frames *all = static_cast< Frames * >( frames );
+
+    if( *all->length == all->size )
+        return _URC_END_OF_STACK;
+
+    if( !all->isOwn )
+        all->frames[( *all->length )++] = reinterpret_cast< void * >( _Unwind_GetIP( context ) );
+
+    all->isOwn = false;
+    return _URC_NO_REASON;
+}
+} // namespace
+
+// The unwinder is linked in. That of backtrace() is loaded by its first call, with memory from a heap that may be
+// damaged.
+__attribute__( ( noinline ) ) void qv::abortFrames( void **frames, int size, int *length )
+{
+    Frames all = { frames, size, length, true };
+    *length    = 0;
+    _Unwind_Backtrace( addFrame, &all );
+
+    // Below the first function some threads have a frame without an address.
+    if( *length > 1 && !frames[*length - 1] )
+        ( *length )--;
+}
+
+void qv::writeFrame( AbortOutput *output, void *address )
+{
+    Dl_info   info = {};
+    link_map *map  = nullptr;
+
+    if( dladdr1( address, &info, reinterpret_cast< void ** >( &map ), RTLD_DL_LINKMAP ) && info.dli_fname
+        && info.dli_fname[0] )
+    {
+        // Without a symbol it is told relative to the file.
+        uintptr_t base = info.dli_sname ? reinterpret_cast< uintptr_t >( info.dli_saddr ) : map ? map->l_addr : 0;
+        uintptr_t at   = reinterpret_cast< uintptr_t >( address );
+
+        output->text( info.dli_fname );
+        output->text( "(" );
+
+        if( info.dli_sname )
+            output->text( info.dli_sname );
+
+        if( info.dli_sname || base )
+        {
+            output->text( at >= base ? "+" : "-" );
+            output->hexadecimal( at >= base ? at - base : base - at );
+        }
+
+        output->text( ") " );
+    }
+
+    output->text( "[" );
+    output->pointer( address );
+    output->text( "]" );
+}
+
+/* Failing -------------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+int32_t reporter = 0; // atomic; the system's number of the thread that writes the report, or 0
+
+// Where an attempt ends that does not come to its own end. Touched by the reporter alone.
+sigjmp_buf            escape;
+volatile sig_atomic_t isAttempt = 0;
+
+int32_t thisThread()
+{
+    return static_cast< int32_t >( syscall( SYS_gettid ) );
+}
+
+void setAction( int signal, void ( *handler )( int ) )
+{
+    struct sigaction sigact = {};
+    sigact.sa_handler       = handler;
+    sigact.sa_flags         = SA_ONSTACK;
+    sigemptyset( &sigact.sa_mask );
+    sigaction( signal, &sigact, nullptr );
+}
+
+void setTimer( int milliseconds )
+{
+    itimerval timer = {};
+    timer.it_value  = { milliseconds / 1000, milliseconds % 1000 * 1000 };
+    setitimer( ITIMER_REAL, &timer, nullptr );
+}
+
+void setMask( int how, int signal )
+{
+    sigset_t set;
+    sigemptyset( &set );
+    sigaddset( &set, signal );
+    pthread_sigmask( how, &set, nullptr );
+}
+
+// The reporter fails again; another thread fails too and waits for the end, so that there is one report.
+void failAgain( int )
+{
+    while( qv___AtomicLoad32( &reporter ) != thisThread() )
+        pause();
+
+    if( isAttempt )
+        siglongjmp( escape, 1 );
+
+    qv::endAbort();
+}
+
+// The system gives the timer's signal to any thread.
+void timeIsUp( int )
+{
+    int32_t thread = qv___AtomicLoad32( &reporter );
+
+    if( thread != thisThread() )
+        syscall( SYS_tgkill, getpid(), thread, SIGALRM );
+    else if( isAttempt )
+        siglongjmp( escape, 1 );
+}
+} // namespace
+
+void qv::enterAbort()
+{
+    if( qv___AtomicCompareExchange32( &reporter, 0, thisThread() ) != 0 )
+        failAgain( 0 );
+
+    for( int signal : FATAL_SIGNALS )
+    {
+        setAction( signal, failAgain );
+        setMask( SIG_UNBLOCK, signal );
+    }
+
+    setAction( SIGALRM, timeIsUp );
+    setMask( SIG_UNBLOCK, SIGALRM );
+    setMask( SIG_BLOCK, SIGPIPE ); // a reader of the error stream who is gone does not keep the file from being written
+}
+
+bool qv::attempt( int milliseconds, void ( *function )( void *context ), void *context )
+{
+    volatile bool isDone = false;
+
+    if( sigsetjmp( escape, 1 ) == 0 )
+    {
+        isAttempt = 1;
+        setTimer( milliseconds );
+        function( context );
+        isAttempt = 0;
+        isDone    = true;
+    }
+
+    isAttempt = 0;
+    setTimer( 0 );
+
+    return isDone;
+}
+
+// Not by abort() alone: another thread that waits above may have come from there and hold its lock.
+void qv::endAbort()
+{
+    setAction( SIGABRT, SIG_DFL );
+    setMask( SIG_UNBLOCK, SIGABRT );
+    syscall( SYS_tgkill, getpid(), thisThread(), SIGABRT );
+    abort();
+}
+
+/* A stack for handlers ------------------------------------------------------------------------------------------- */
+
+namespace
+{
+const size_t STACK_SIZE = 64 << 10;
+
+// Pages of its own, which the system fills when they are needed; a damaged heap does not touch them. Those that threads
+// have had wait here for others.
+struct Room
+{
+    Room *next;
+};
+
+pthread_mutex_t roomsLock = PTHREAD_MUTEX_INITIALIZER;
+Room           *rooms     = nullptr;
+
+void *takeRoom()
+{
+    pthread_mutex_lock( &roomsLock );
+    Room *room = rooms;
+
+    if( room )
+        rooms = room->next;
+
+    pthread_mutex_unlock( &roomsLock );
+
+    return room ? room : mmap( nullptr, STACK_SIZE, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0 );
+}
+
+void giveRoom( void *memory )
+{
+    Room *room = static_cast< Room * >( memory );
+
+    pthread_mutex_lock( &roomsLock );
+    room->next = rooms;
+    rooms      = room;
+    pthread_mutex_unlock( &roomsLock );
+}
+} // namespace
+
+// Without a stack, for which there may be no memory, a full one ends the process without a report.
+void qv::beginSignalStack( SignalStack *stack )
+{
+    stack->room = nullptr;
+
+    if( qvRuntimeFlags() & QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS )
+        return;
+
+    void *room = takeRoom();
+
+    if( room == MAP_FAILED )
+        return;
+
+    stack_t own = {};
+    own.ss_sp   = room;
+    own.ss_size = STACK_SIZE;
+
+    if( sigaltstack( &own, &stack->previous ) != 0 )
+        return giveRoom( room );
+
+    stack->room = room;
+
+    if( !( stack->previous.ss_flags & SS_DISABLE ) && stack->previous.ss_size >= STACK_SIZE )
+        endSignalStack( stack );
+}
+
+void qv::endSignalStack( SignalStack *stack )
+{
+    if( !stack->room )
+        return;
+
+    sigaltstack( &stack->previous, nullptr );
+    giveRoom( stack->room );
+    stack->room = nullptr;
+}
+
+void qv::freeSignalStacks()
+{
+    pthread_mutex_lock( &roomsLock );
+
+    while( Room *room = rooms )
+    {
+        rooms = room->next;
+        munmap( room, STACK_SIZE );
+    }
+
+    pthread_mutex_unlock( &roomsLock );
+}

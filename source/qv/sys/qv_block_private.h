@@ -1,0 +1,524 @@
+/** @file
+    The block with free places at both ends: what String, Buffer and Vector keep their contents in.
+
+    Two sizes. What a family declares to the object frame follows the family's rules to the place: so many free units in
+    front of the contents and behind them. What is really allocated is this file's business: more than is declared, so
+    that contents which grow or shrink at an end are moved once for a constant part of their length and not at each step
+    of the rules. Both sizes change here and nowhere else. The declared block always lies within the allocated one, so
+    that a free unit that is declared can be written without a further look.
+
+    Costs. A change at an end moves nothing as a rule. The contents move when the memory at that end is used up: each
+    time a part of the length that SPARE tells becomes free for what comes. A change inside moves the shorter side, as
+    long as there is memory. What is allocated is at most twice what is declared; memory that came with the object stays
+    with it, and is used again as soon as the contents have shrunk into it.
+
+    Builds with assertions look at each change whether what is declared is there, and keep free memory filled with a
+    pattern, and poisoned under AddressSanitizer: whoever writes into it without taking it first is found there. */
+
+#ifndef QV_BLOCK_PRIVATE_H
+#define QV_BLOCK_PRIVATE_H
+
+#include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_int.h"
+#include "qv/sys/qv_mem.h"
+
+#include <string.h>
+
+namespace qv
+{
+/** Free units in front of contents and behind them. */
+struct BlockEnds
+{
+    QV_INT front;
+    QV_INT back;
+};
+
+/** Memory of a block, in bytes. */
+struct BlockMemory
+{
+    char  *memory;   /**< what is allocated, or null */
+    QV_INT size;     /**< how much that is */
+    char  *first;    /**< where the contents start in it */
+    char  *home;     /**< memory that came with the object, or null */
+    QV_INT homeSize; /**< how much that is */
+};
+
+/** What contents in a block become, in bytes. */
+struct BlockChange
+{
+    QV_INT length; /**< of the contents before */
+    QV_INT at;     /**< where a gap opens in them */
+    QV_INT count;  /**< how long it is */
+    QV_INT front;  /**< what has to be free in front afterwards, at least */
+    QV_INT back;   /**< and behind */
+    QV_INT spare;  /**< what to allocate beyond that, if something has to be allocated */
+};
+
+/** Moves the contents, within the memory or to another allocation, so that the change is made. */
+void changeBlock( BlockMemory *block, const BlockChange &change );
+
+/** Makes free memory accessible that is about to be used. In builds with assertions it has to be as it was left. */
+inline void takeFree( [[maybe_unused]] void *memory, [[maybe_unused]] QV_INT bytes )
+{
+#if QV___ASSERTIONS
+    unpoison( memory, static_cast< size_t >( bytes ) );
+
+    for( QV_INT i = 0; i < bytes; i++ )
+        QV_CHECK_AS( static_cast< unsigned char * >( memory )[i] == FREE_PATTERN, "free memory is as it was left" );
+#endif
+}
+
+/** The rules of a family that uses all free units before its block grows. `ROUND` is the number of units to which sizes
+    are rounded up. */
+template< QV_INT FRONT, QV_INT BACK, QV_INT MOST_FRONT_, QV_INT MOST_BACK_, QV_INT ROUND >
+struct SavingRules
+{
+    static constexpr QV_INT MOST_FRONT  = MOST_FRONT_; /**< an end with more free units gives memory back */
+    static constexpr QV_INT MOST_BACK   = MOST_BACK_;
+    static constexpr bool   KEEPS_EMPTY = false; /**< a block without contents keeps its size */
+    static constexpr QV_INT SPARE       = 2;     /**< one part in so many is allocated beyond the need */
+
+    /** The ends of a new block. */
+    static BlockEnds fresh( QV_INT length )
+    {
+        return { FRONT, behind( FRONT + length ) };
+    }
+
+    /** True if a gap needs no larger block. */
+    static bool fits( BlockEnds now, QV_INT length, QV_INT at, QV_INT count )
+    {
+        return at > 0 && at == length ? now.back >= count : now.front + now.back >= count;
+    }
+
+    /** What is free behind afterwards where a block grows at its end. */
+    static QV_INT backGrown( BlockEnds now, QV_INT length, QV_INT count )
+    {
+        return behind( now.front + length + count );
+    }
+
+    /** The ends after a gap was opened. A block that has to grow at its end grows there, whatever is free in front. */
+    static BlockEnds grown( BlockEnds now, QV_INT length, QV_INT at, QV_INT count, bool hasBlock )
+    {
+        if( !hasBlock )
+            return fresh( count );
+
+        if( at == 0 && now.front >= count )
+            return { now.front - count, now.back };
+
+        if( at == 0 && now.front + now.back >= count )
+            return { 0, now.front + now.back - count };
+
+        if( at > 0 && now.back >= count )
+            return { now.front, now.back - count };
+
+        if( at > 0 && at == length )
+            return { now.front, backGrown( now, length, count ) };
+
+        if( at > 0 && now.front + now.back >= count )
+        {
+            // What is behind goes as far as it is whole, the rest comes from the front.
+            QV_INT back = now.back - now.back % ROUND;
+            return { now.front - ( count - back ), now.back - back };
+        }
+
+        return fresh( length + count );
+    }
+
+private:
+    static QV_INT behind( QV_INT used )
+    {
+        return BACK + ( ROUND - ( used + BACK ) % ROUND ) % ROUND;
+    }
+};
+
+/** An object with a block. `Header` is the object's, with the field that takes the declared size; `Rules` tells the
+    type in memory, the bits of a unit and how the declared block grows. Counts are in units. Whoever changes a block is
+    alone with the object. */
+template< class Header, class Rules >
+struct Block : Header
+{
+    using Unit = typename Rules::Unit;
+
+    static constexpr int HOME_BITS = 10;
+
+    QV_INT   length; /**< units of the contents */
+    QV_INT   fspace; /**< units that are declared free in front of them */
+    QV_INT   bspace; /**< and behind them */
+    Unit    *first;  /**< the contents; null without a block */
+    Unit    *memory; /**< what is allocated, or null; null also around memory of somebody else's */
+    uint64_t sizes;  /**< bytes of that, and in the low HOME_BITS the elements of memory that came with the object */
+
+    /** No block yet. */
+    void initBlock()
+    {
+        initEmpty( 0 );
+    }
+
+    /** A first block, of undefined contents: in memory that came with the object and stands behind it, of so many
+        elements, where there is such, else of its own. All of it is declared. */
+    void initBlock( QV_INT homeElements, QV_INT units, BlockEnds ends )
+    {
+        QV_INT bytes = bytesOf( ends.front + units + ends.back );
+
+        if( homeElements > 0 )
+            placeBlock( homeMemory(), bytes, homeElements, units, ends );
+        else
+            adoptBlock( static_cast< Unit * >( qvMemAlloc( bytes ) ), units, ends );
+    }
+
+    /** A first block in memory from qvMemAlloc(), which is taken over. */
+    void adoptBlock( Unit *block, QV_INT units, BlockEnds ends )
+    {
+        placeBlock( block, bytesOf( ends.front + units + ends.back ), 0, units, ends );
+    }
+
+    /** The end of the object's block: all of its memory is accessible again, and freed. Nothing is declared then. */
+    void freeBlock()
+    {
+        if( memory )
+        {
+            takeFree( memory, bytePlace( first ) - bytePlace( memory ) );
+            takeFree( endOfContents(), bytePlace( memory ) + size() - endOfContents() );
+        }
+
+        if( memory != homeMemory() )
+        {
+            takeFree( homeMemory(), homeSize() );
+            qvMemFree( memory );
+        }
+
+        this->dbgAllocationSize = 0; // without an atomic operation, since nobody else is left
+    }
+
+    /** True if a gap of `count` units at `at` needs no larger declared block. */
+    bool fits( QV_INT at, QV_INT count ) const
+    {
+        return memory && Rules::fits( { fspace, bspace }, length, at, count );
+    }
+
+    /** Opens a gap of `count` undefined units, above 0, and gives where its first byte is. A gap that is not at the end
+        starts and ends on whole bytes. */
+    Unit *openGap( QV_INT at, QV_INT count )
+    {
+        if( length > 0 && at == length && bspace >= count )
+            return takeBack( count );
+
+        if( length > 0 && at == 0 && fspace >= count )
+            return takeFront( count );
+
+        reshape( at, count, Rules::grown( { fspace, bspace }, length, at, count, memory != nullptr ) );
+
+        return first + elementsOf( at );
+    }
+
+    /** Takes some of the free units behind the contents, which the caller knows to be declared. Gives the byte that the
+        first of them is in. */
+    Unit *takeBack( QV_INT count )
+    {
+        QV_ASSERT( count <= bspace );
+
+        Unit *gap = first + elementsOf( length );
+        char *was = endOfContents();
+        length += count;
+        bspace -= count;
+        takeFree( was, endOfContents() - was );
+
+        return gap;
+    }
+
+    /** Free bytes behind the contents, up to one that is declared, may be written from here on until closeFree(),
+        though they are not taken. */
+    void openFree( [[maybe_unused]] Unit *upTo )
+    {
+        QV_ASSERT( bytePlace( upTo ) <= bytePlace( first ) + bytesOf( length + bspace ) );
+
+        if( QV___ASSERTIONS && bytePlace( upTo ) > endOfContents() )
+            takeFree( endOfContents(), bytePlace( upTo ) - endOfContents() );
+    }
+
+    void closeFree( [[maybe_unused]] Unit *upTo )
+    {
+        if( QV___ASSERTIONS && bytePlace( upTo ) > endOfContents() )
+            markFree( endOfContents(), static_cast< size_t >( bytePlace( upTo ) - endOfContents() ) );
+    }
+
+    /** The same in front, of whole bytes. */
+    Unit *takeFront( QV_INT count )
+    {
+        QV_ASSERT( count <= fspace );
+
+        first -= elementsOf( count );
+        length += count;
+        fspace -= count;
+        takeFree( first, bytesOf( count ) );
+
+        return first;
+    }
+
+    /** Where appending so many doesn't fit, declares what openGap() at the end would declare, but those units free, if
+        the memory is there. There are contents, and they are the object's own. */
+    bool stretch( QV_INT count )
+    {
+        QV_INT room = unitsBehind();
+
+        if( count > room )
+            return false;
+
+        QV_INT back = Rules::backGrown( { fspace, bspace }, length, count );
+
+        if( count + back > room )
+            return false;
+
+        bspace = count + back;
+        account();
+        check();
+
+        return true;
+    }
+
+    /** Deletes whole bytes at the start, without giving memory back. */
+    void dropFront( QV_INT count )
+    {
+        Unit *was = first;
+        first += elementsOf( count );
+        fspace += count;
+        length -= count;
+
+        if( memory )
+            markFree( was, static_cast< size_t >( bytePlace( first ) - bytePlace( was ) ) );
+    }
+
+    /** The same at the end, of any units. */
+    void dropBack( QV_INT count )
+    {
+        [[maybe_unused]] char *was = endOfContents();
+        length -= count;
+        bspace += count;
+
+        if( memory )
+            markFree( endOfContents(), static_cast< size_t >( was - endOfContents() ) );
+    }
+
+    /** Deletes whole bytes inside; what is behind moves down. */
+    void dropInside( QV_INT at, QV_INT count )
+    {
+        char *gap = bytePlace( first ) + bytesOf( at );
+        memmove( gap, gap + bytesOf( count ), static_cast< size_t >( bytesOf( length - at - count ) ) );
+        dropBack( count );
+    }
+
+    /** Gives memory back as the rules tell. To be called when units were dropped. */
+    void compact()
+    {
+        if( __builtin_expect( fspace > Rules::MOST_FRONT || bspace > Rules::MOST_BACK || length == 0, 0 ) )
+            compactNow();
+
+        check();
+    }
+
+    /** Declares the ends of a new block. */
+    void refresh()
+    {
+        BlockEnds ends  = Rules::fresh( length );
+        QV_INT    bytes = bytesOf( ends.front + length + ends.back );
+
+        if( bytePlace( first ) - bytePlace( memory ) < bytesOf( ends.front ) || unitsBehind() < ends.back ||
+            ( size() / 2 > bytes && memory != homeMemory() ) )
+        {
+            reshape( 0, 0, ends );
+            return;
+        }
+
+        fspace = ends.front;
+        bspace = ends.back;
+        account();
+        check();
+    }
+
+    /** Exchanges the blocks of two objects that have no memory of their own behind them. */
+    void swapBlock( Block *other )
+    {
+        QV_ASSERT( !home() && !other->home() );
+
+        swap( sizes, other->sizes );
+        swap( length, other->length );
+        swap( fspace, other->fspace );
+        swap( bspace, other->bspace );
+        swap( first, other->first );
+        swap( memory, other->memory );
+        swap( this->dbgAllocationSize, other->dbgAllocationSize );
+    }
+
+    /** The bytes at `memory`. */
+    QV_INT size() const
+    {
+        return static_cast< QV_INT >( sizes >> HOME_BITS );
+    }
+
+    /** The elements that memory behind the object has room for. */
+    QV_INT home() const
+    {
+        return static_cast< QV_INT >( sizes & ( ( 1 << HOME_BITS ) - 1 ) );
+    }
+
+    /** Looks whether what is declared is there, in builds with assertions. */
+    void check() const
+    {
+#if QV___ASSERTIONS
+        if( !memory )
+            return;
+
+        const char *start = bytePlace( memory );
+
+        QV_CHECK( length >= 0 && fspace >= 0 && bspace >= 0 );
+        QV_CHECK( bytePlace( first ) - bytesOf( fspace ) >= start );
+        QV_CHECK( bytePlace( first ) + bytesOf( length + bspace ) <= start + size() );
+        QV_CHECK( this->dbgAllocationSize == bytesOf( fspace + length + bspace ) );
+        QV_CHECK( memory == homeMemory() || size() / 2 <= this->dbgAllocationSize );
+#endif
+    }
+
+private:
+    static constexpr QV_INT UNIT_BITS    = Rules::UNIT_BITS;
+    static constexpr QV_INT ELEMENT_BITS = 8 * sizeof( Unit );
+
+    // Units in bytes, rounded up.
+    static QV_INT bytesOf( QV_INT units )
+    {
+        if constexpr( UNIT_BITS < 8 )
+            return static_cast< QV_INT >( ( static_cast< uint64_t >( units ) + 7 ) / 8 );
+        else
+            return units * ( UNIT_BITS / 8 );
+    }
+
+    // The element in which so many units end.
+    static QV_INT elementsOf( QV_INT units )
+    {
+        return UNIT_BITS == ELEMENT_BITS ? units : static_cast< QV_INT >( static_cast< uint64_t >( units ) / 8 );
+    }
+
+    static char *bytePlace( Unit *place )
+    {
+        return reinterpret_cast< char * >( place );
+    }
+
+    template< class T >
+    static void swap( T &a, T &b )
+    {
+        T old = a;
+        a     = b;
+        b     = old;
+    }
+
+    Unit *homeMemory() const
+    {
+        return reinterpret_cast< Unit * >( const_cast< Block * >( this ) + 1 );
+    }
+
+    QV_INT homeSize() const
+    {
+        return home() * QV_INT( sizeof( Unit ) );
+    }
+
+    void setSize( QV_INT bytes, QV_INT homeElements )
+    {
+        sizes = static_cast< uint64_t >( bytes ) << HOME_BITS | static_cast< uint64_t >( homeElements );
+    }
+
+    void initEmpty( QV_INT homeElements )
+    {
+        length = 0;
+        fspace = 0;
+        bspace = 0;
+        first  = nullptr;
+        memory = nullptr;
+        setSize( 0, homeElements );
+    }
+
+    // How many units behind the contents there is memory for.
+    QV_INT unitsBehind() const
+    {
+        return ( size() - ( bytePlace( first ) - bytePlace( memory ) ) ) * 8 / UNIT_BITS - length;
+    }
+
+    char *endOfContents() const
+    {
+        return bytePlace( first ) + bytesOf( length );
+    }
+
+    // Declares the block. Who changes it is alone with the object, so that a plain store does what
+    // qv___ObjDbgSetAllocationSize() does with a locked instruction.
+    void account()
+    {
+        __atomic_store_n( &this->dbgAllocationSize, bytesOf( fspace + length + bspace ), __ATOMIC_RELAXED );
+    }
+
+    void placeBlock( Unit *block, QV_INT bytes, QV_INT homeElements, QV_INT units, BlockEnds ends )
+    {
+        memory = block;
+        setSize( bytes, homeElements );
+        length = units;
+        fspace = ends.front;
+        bspace = ends.back;
+        first  = block + elementsOf( fspace );
+        account();
+        markFree( memory, static_cast< size_t >( bytePlace( first ) - bytePlace( memory ) ) );
+        markFree( endOfContents(), static_cast< size_t >( bytePlace( memory ) + size() - endOfContents() ) );
+        check();
+    }
+
+    [[gnu::noinline]] void reshape( QV_INT at, QV_INT count, BlockEnds ends )
+    {
+        QV_INT units = ends.front + length + count + ends.back;
+
+        if constexpr( UNIT_BITS >= 8 )
+            if( !QV_INT_MUL_OK( units, UNIT_BITS / 8 ) )
+                qvMemAllocN( units, UNIT_BITS / 8 ); // which ends the process
+
+        QV_INT      bytes = bytesOf( units );
+        QV_INT      front = bytesOf( ends.front );
+        QV_INT      all   = bytesOf( length + count );
+        QV_INT      old   = bytesOf( length );
+        BlockMemory block = { bytePlace( memory ), size(), bytePlace( first ),
+                              home() ? bytePlace( homeMemory() ) : nullptr, homeSize() };
+
+        changeBlock( &block, { old, bytesOf( at ), all - old, front, bytes - front - all, bytes / Rules::SPARE } );
+
+        memory = reinterpret_cast< Unit * >( block.memory );
+        setSize( block.size, home() );
+        first  = reinterpret_cast< Unit * >( block.first );
+        length = length + count;
+        fspace = ends.front;
+        bspace = ends.back;
+        account();
+        check();
+    }
+
+    [[gnu::noinline]] void compactNow()
+    {
+        if( length == 0 && Rules::KEEPS_EMPTY )
+        {
+            QV_INT space = fspace + bspace;
+            first += space / 2 - fspace;
+            fspace = space / 2;
+            bspace = space - fspace;
+        }
+        else if( fspace <= Rules::MOST_FRONT && bspace <= Rules::MOST_BACK )
+        {
+            return;
+        }
+        else if( length == 0 )
+        {
+            freeBlock();
+            initEmpty( home() );
+            markFree( homeMemory(), static_cast< size_t >( homeSize() ) );
+        }
+        else
+        {
+            refresh();
+        }
+    }
+};
+} // namespace qv
+
+#endif

@@ -1,0 +1,174 @@
+/** @file
+    UTF-8: the one place that knows how characters and bytes stand for each other.
+
+    A sequence is good if its first byte demands as many following ones as there are, and its value is below 0x110000.
+    Overlong forms and surrogates are good here. What becomes of anything else differs from caller to caller, so nothing
+    here decides it: the loops over long runs stop in front of it.
+
+    Every loop runs on kernels: plain code, and code for the vectors of the processor where it has them. All give the
+    same. Nothing here has state but the choice of the kernel, so any thread may call. */
+
+#ifndef QV_UTF8_PRIVATE_H
+#define QV_UTF8_PRIVATE_H
+
+#include "qv/sys/qv_types.h"
+
+namespace qv::utf8
+{
+/** Stands for what cannot be read or written. */
+const QV_CHAR REPLACEMENT = 0xFFFD;
+
+/** Bytes of the longest sequence. */
+const QV_INT LONGEST = 4;
+
+/** True for a byte that follows in a sequence. */
+inline bool follows( uint8_t byte )
+{
+    return ( byte & 0xC0 ) == 0x80;
+}
+
+/** How many bytes follow a first one: 0 after ASCII, -1 for a byte that begins nothing. */
+inline int following( uint8_t first )
+{
+    return first < 0x80 ? 0 : first < 0xC0 ? -1 : first < 0xE0 ? 1 : first < 0xF0 ? 2 : first < 0xF8 ? 3 : -1;
+}
+
+/** What a first byte with so many following ones has of the value, and what it is with the next one. */
+inline QV_CHAR firstBits( uint8_t first, int following )
+{
+    return following == 0 ? first : first & ( 0x3F >> following );
+}
+
+inline QV_CHAR nextBits( QV_CHAR value, uint8_t next )
+{
+    return value << 6 | ( next & 0x3F );
+}
+
+/** Bytes of a character, which is below 0x110000. */
+inline QV_INT length( QV_CHAR ch )
+{
+    return 1 + ( ch >= 0x80 ) + ( ch >= 0x800 ) + ( ch >= 0x10000 );
+}
+
+/** Writes a character, which is below 0x110000. Gives the number of bytes; there is room for them. */
+inline QV_INT put( QV_CHAR ch, uint8_t *out )
+{
+    if( ch < 0x80 )
+    {
+        out[0] = static_cast< uint8_t >( ch );
+        return 1;
+    }
+
+    if( ch < 0x800 )
+    {
+        out[0] = static_cast< uint8_t >( 0xC0 | ch >> 6 );
+        out[1] = static_cast< uint8_t >( 0x80 | ( ch & 0x3F ) );
+        return 2;
+    }
+
+    if( ch < 0x10000 )
+    {
+        out[0] = static_cast< uint8_t >( 0xE0 | ch >> 12 );
+        out[1] = static_cast< uint8_t >( 0x80 | ( ch >> 6 & 0x3F ) );
+        out[2] = static_cast< uint8_t >( 0x80 | ( ch & 0x3F ) );
+        return 3;
+    }
+
+    out[0] = static_cast< uint8_t >( 0xF0 | ch >> 18 );
+    out[1] = static_cast< uint8_t >( 0x80 | ( ch >> 12 & 0x3F ) );
+    out[2] = static_cast< uint8_t >( 0x80 | ( ch >> 6 & 0x3F ) );
+    out[3] = static_cast< uint8_t >( 0x80 | ( ch & 0x3F ) );
+    return 4;
+}
+
+/** Reads the sequence at `in`, which is in front of `end`, if it is good. Gives the number of its bytes, or 0. */
+inline QV_INT take( const uint8_t *in, const uint8_t *end, QV_CHAR *ch )
+{
+    int     more  = following( *in );
+    QV_CHAR value = firstBits( *in, more < 0 ? 0 : more );
+
+    if( more < 0 || end - in <= more )
+        return 0;
+
+    for( int i = 1; i <= more; i++ )
+    {
+        if( !follows( in[i] ) )
+            return 0;
+
+        value = nextBits( value, in[i] );
+    }
+
+    *ch = value;
+    return QV_CHAR_OK( value ) ? more + 1 : 0;
+}
+
+/* Long runs ------------------------------------------------------------------------------------------------------ */
+
+struct Decoded
+{
+    const uint8_t *in;
+    QV_CHAR       *out;
+};
+
+struct Counted
+{
+    const uint8_t *in;
+    QV_INT         count;
+};
+
+struct Encoded
+{
+    const QV_CHAR *in;
+    uint8_t       *out;
+};
+
+/** Decodes good sequences until the bytes or the room end or something else comes, and tells how far it got. Nothing
+    behind that place is written. */
+Decoded decode( const uint8_t *in, const uint8_t *inEnd, QV_CHAR *out, QV_CHAR *outEnd );
+
+/** Counts the characters that decode() gives with any room. */
+Counted count( const uint8_t *in, const uint8_t *inEnd );
+
+/** Encodes until the characters end, one is 0x110000 or above, or the next one does not fit. Behind the place that it
+    got to, bytes are written only if at least as many characters are left. */
+Encoded encode( const QV_CHAR *in, const QV_CHAR *inEnd, uint8_t *out, uint8_t *outEnd );
+
+/** Bytes of all characters, with U+FFFD in the place of values of 0x110000 and above. */
+QV_INT length( const QV_CHAR *in, QV_INT count );
+
+/** Writes the ASCII that a text begins with and gives its length. There is room for all characters. */
+QV_INT encodeLeadingAscii( uint8_t *out, const QV_CHAR *in, QV_INT count );
+
+/* Kernels -------------------------------------------------------------------------------------------------------- */
+
+const QV_INT PLAIN      = 0;
+const QV_INT VECTORS_16 = 1; /**< vectors of 16 bytes, which every processor of the architecture has */
+const QV_INT VECTORS_32 = 2; /**< vectors of 32 bytes, and gathering of bits that is fast */
+
+/* What the kernels of the vectors do: as much as they can do with whole vectors, up to any place in front of which the
+   loops above would not stop. They move `done` on. */
+
+void decodeBlocks32( Decoded &done, const uint8_t *inEnd, QV_CHAR *outEnd );
+void countBlocks32( Counted &done, const uint8_t *inEnd );
+void encodeBlocks32( Encoded &done, const QV_CHAR *inEnd, uint8_t *outEnd );
+void encodeBlocks16( Encoded &done, const QV_CHAR *inEnd, uint8_t *outEnd );
+
+/** How many characters a measure went over, 32 at a time, and their bytes. */
+struct Measured
+{
+    QV_INT chars;
+    QV_INT bytes;
+};
+
+Measured measureBlocks32( const QV_CHAR *in, QV_INT count );
+QV_INT   encodeAsciiBlocks32( uint8_t *out, const QV_CHAR *in, QV_INT count );
+
+/** The kernel that is best here. */
+QV_INT bestKernel();
+} // namespace qv::utf8
+
+/** Has all loops run on a kernel, or on the next simpler one that the machine has, and gives which one that is; for
+    tests, while no other thread is in a loop. -1 goes back to the best one. */
+QV_API QV_INT qv___Utf8ForceKernel( QV_INT kernel );
+
+#endif

@@ -1,0 +1,424 @@
+// Byte and char streams alike: what one kind does, the other has to do too.
+
+#include "qv_test_stream.h"
+
+#include "qv/io/qv_buffer_byte_sink.h"
+#include "qv/io/qv_buffer_byte_source.h"
+#include "qv/io/qv_string_char_sink.h"
+#include "qv/io/qv_string_char_source.h"
+
+#include <random>
+#include <regex>
+
+using qv::Ref;
+using namespace qv::test;
+
+namespace
+{
+struct ByteStreams : Bytes
+{
+    typedef uint8_t               Element;
+    typedef QV_BUFFER_BYTE_SINK   MemorySink;
+    typedef QV_BUFFER_BYTE_SOURCE MemorySource;
+
+    static constexpr QV_INT FREE = 480, SIZE = 1; // free places that any Buffer may have, and bytes of a place
+
+    static constexpr auto write = qvByteSinkWrite;
+    static constexpr auto writeLeading = qvByteSinkWriteLeading, writeTrailing = qvByteSinkWriteTrailing;
+    static constexpr auto writeInner = qvByteSinkWriteInner, writeOuter = qvByteSinkWriteOuter;
+    static constexpr auto writeArray = qvByteSinkWriteBytes;
+    static constexpr auto flush = qvByteSinkFlush, failed = qvByteSinkError;
+    static constexpr auto read      = qvByteSourceRead;
+    static constexpr auto readArray = qvByteSourceReadBytes;
+    static constexpr auto ended = qvByteSourceEnd, broken = qvByteSourceError;
+    static constexpr auto newMemorySink   = qvBufferByteSinkCreate;
+    static constexpr auto sinkOf          = qvBufferByteSinkByteSink;
+    static constexpr auto takeWritten     = qvBufferByteSinkBuffer;
+    static constexpr auto newMemorySource = qvBufferByteSourceCreate;
+    static constexpr auto sourceOf        = qvBufferByteSourceByteSource;
+    static constexpr auto allOf           = qvBufferByteSourceBuffer;
+    static constexpr auto change          = []( QV_BUFFER **buf ) { qvBufferAppendByte( buf, 'x' ); };
+    static constexpr auto carrier         = buffer;
+
+    static std::string report( const std::string &expression )
+    {
+        return expression;
+    }
+};
+
+struct CharStreams : Chars
+{
+    typedef QV_CHAR               Element;
+    typedef QV_STRING_CHAR_SINK   MemorySink;
+    typedef QV_STRING_CHAR_SOURCE MemorySource;
+
+    static constexpr QV_INT FREE = 128, SIZE = 4;
+
+    static constexpr auto write = qvCharSinkWrite;
+    static constexpr auto writeLeading = qvCharSinkWriteLeading, writeTrailing = qvCharSinkWriteTrailing;
+    static constexpr auto writeInner = qvCharSinkWriteInner, writeOuter = qvCharSinkWriteOuter;
+    static constexpr auto writeArray = qvCharSinkWriteChars;
+    static constexpr auto flush = qvCharSinkFlush, failed = qvCharSinkError;
+    static constexpr auto read      = qvCharSourceRead;
+    static constexpr auto readArray = qvCharSourceReadChars;
+    static constexpr auto ended = qvCharSourceEnd, broken = qvCharSourceError;
+    static constexpr auto newMemorySink   = qvStringCharSinkCreate;
+    static constexpr auto sinkOf          = qvStringCharSinkCharSink;
+    static constexpr auto takeWritten     = qvStringCharSinkString;
+    static constexpr auto newMemorySource = qvStringCharSourceCreate;
+    static constexpr auto sourceOf        = qvStringCharSourceCharSource;
+    static constexpr auto allOf           = qvStringCharSourceString;
+    static constexpr auto change          = []( QV_STRING **qvs ) { qvStringAppendChar( qvs, U'x' ); };
+    static constexpr auto carrier         = []( std::u32string_view chars ) { return text( chars ); };
+
+    // The checks read alike but for the names.
+    static std::string report( std::string expression )
+    {
+        const std::pair< const char *, const char * > NAMES[] = {
+            { "byte", "char" }, { "Byte", "Char" }, { "Buffer", "String" }, { "\\bbuf\\b", "qvs" } };
+
+        for( auto [from, to] : NAMES )
+            expression = std::regex_replace( expression, std::regex( from ), to );
+
+        return expression;
+    }
+};
+
+// Some elements that differ from their neighbours.
+template< class Kind >
+typename Kind::Text pattern( size_t count, size_t from = 0 )
+{
+    typename Kind::Text result;
+
+    for( size_t i = from; i < from + count; i++ )
+        result += static_cast< typename Kind::Element >( i * 7 + i / 256 );
+
+    return result;
+}
+
+template< class Kind >
+struct Stream : testing::Test
+{
+    typedef typename Kind::Text Text;
+
+    static Text taken( typename Kind::Carrier *owned )
+    {
+        return Kind::textOf( Ref< typename Kind::Carrier >( owned ) );
+    }
+
+    const Text                          six    = pattern< Kind >( 6 );
+    const Ref< typename Kind::Carrier > data   = Kind::carrier( six );
+    const Ref< typename Kind::MemorySink > memory { Kind::newMemorySink() };
+    const Ref< typename Kind::Sink >       memorySink { Kind::sinkOf( memory ) };
+};
+
+typedef testing::Types< ByteStreams, CharStreams > Kinds;
+TYPED_TEST_SUITE( Stream, Kinds );
+} // namespace
+
+TYPED_TEST( Stream, RangesGoOutInAsManyWritesAsTheyHaveParts )
+{
+    typedef TypeParam                Kind;
+    typedef typename Kind::Sink      Sink;
+    typedef typename Kind::Carrier   Data;
+    typedef typename TestFixture::Text T;
+
+    const T &all = this->six;
+
+    const struct
+    {
+        T        written;
+        std::string calls;
+        QV_BOOL ( *write )( Sink *sink, Data *data );
+    } CASES[] = {
+        { all, "w", []( Sink *s, Data *d ) { return Kind::write( s, d ); } },
+        { all.substr( 0, 2 ), "w", []( Sink *s, Data *d ) { return Kind::writeLeading( s, d, 2 ); } },
+        { {}, "", []( Sink *s, Data *d ) { return Kind::writeLeading( s, d, 0 ); } },
+        { all.substr( 4 ), "w", []( Sink *s, Data *d ) { return Kind::writeTrailing( s, d, 2 ); } },
+        { {}, "", []( Sink *s, Data * ) { return Kind::writeTrailing( s, nullptr, 0 ); } },
+        { all.substr( 2, 2 ), "w", []( Sink *s, Data *d ) { return Kind::writeInner( s, d, 2, 2 ); } },
+        { {}, "", []( Sink *s, Data *d ) { return Kind::writeInner( s, d, 6, 0 ); } },
+        { {}, "", []( Sink *s, Data * ) { return Kind::writeInner( s, nullptr, 0, 0 ); } },
+        { all.substr( 0, 2 ) + all.substr( 4 ), "ww",
+          []( Sink *s, Data *d ) { return Kind::writeOuter( s, d, 2, 2 ); } },
+        { all.substr( 4 ), "w", []( Sink *s, Data *d ) { return Kind::writeOuter( s, d, 0, 4 ); } },
+        { all.substr( 0, 4 ), "w", []( Sink *s, Data *d ) { return Kind::writeOuter( s, d, 4, 2 ); } },
+        { all, "w", []( Sink *s, Data *d ) { return Kind::writeOuter( s, d, 0, 0 ); } },
+        { {}, "", []( Sink *s, Data *d ) { return Kind::writeOuter( s, d, 0, 6 ); } },
+        { {}, "", []( Sink *s, Data * ) { return Kind::writeOuter( s, nullptr, 0, 0 ); } },
+        { all.substr( 0, 3 ), "w",
+          []( Sink *s, Data * ) { return Kind::writeArray( s, pattern< Kind >( 3 ).data(), 3 ); } },
+        { {}, "", []( Sink *s, Data * ) { return Kind::writeArray( s, nullptr, 0 ); } },
+    };
+
+    for( const auto &c : CASES )
+    {
+        SCOPED_TRACE( &c - CASES );
+
+        // Into a callback that takes no arrays, and into memory, which does.
+        SinkLog< Kind > log;
+        Ref< Sink >     sink = log.sink();
+        EXPECT_EQ( QV_TRUE, c.write( sink, this->data ) );
+        EXPECT_EQ( QV_TRUE, c.write( this->memorySink, this->data ) );
+        EXPECT_EQ( c.written, log.written );
+        EXPECT_EQ( c.written, this->taken( Kind::takeWritten( this->memory ) ) );
+        EXPECT_EQ( c.calls, log.calls );
+
+        // Once the sink has failed, nothing gets through, and it isn't flushed at its end.
+        log.callsUntilFailure = 0;
+        EXPECT_EQ( QV_FALSE, Kind::flush( sink ) );
+        EXPECT_EQ( QV_FALSE, c.write( sink, this->data ) );
+        sink.reset();
+        EXPECT_EQ( c.calls + "fe", log.calls );
+    }
+
+    // What came before a failure stays written.
+    SinkLog< Kind > log;
+    Ref< Sink >     sink  = log.sink();
+    log.callsUntilFailure = 1;
+    EXPECT_EQ( QV_FALSE, Kind::failed( sink ) );
+    EXPECT_EQ( QV_FALSE, Kind::writeOuter( sink, this->data, 1, 4 ) );
+    EXPECT_EQ( QV_TRUE, Kind::failed( sink ) );
+    EXPECT_EQ( all.substr( 0, 1 ), log.written );
+
+    // A good sink is flushed at its end.
+    SinkLog< Kind > good;
+    sink = good.sink();
+    EXPECT_EQ( QV_TRUE, Kind::flush( sink ) );
+    sink.reset();
+    EXPECT_EQ( "ffe", good.calls );
+}
+
+TYPED_TEST( Stream, BrokenContractsReadTheSameForEverySink )
+{
+    typedef TypeParam Kind;
+
+    SinkLog< Kind >            log;
+    Ref< typename Kind::Sink > callbackSink = log.sink();
+    typename Kind::Carrier    *d            = this->data.get();
+    typename Kind::Element     element      = {};
+    auto                       report       = Kind::report;
+
+    for( typename Kind::Sink *sink : { callbackSink.get(), this->memorySink.get() } )
+    {
+        EXPECT_BROKEN( Kind::writeInner( sink, d, -1, 1 ), report( "byteOffset >= 0" ) );
+        EXPECT_BROKEN( Kind::writeLeading( sink, d, -1 ), report( "byteCount >= 0" ) );
+        EXPECT_BROKEN( Kind::writeInner( sink, nullptr, 0, 1 ), report( "byteCount == 0 || buf" ) );
+        EXPECT_BROKEN( Kind::writeOuter( sink, nullptr, 1, 0 ), report( "byteOffset == 0 || buf" ) );
+        EXPECT_BROKEN(
+            Kind::writeInner( sink, d, 1, QV_INT_MAX ), report( "QV_INT_ADD_OK( byteOffset, byteCount )" ) );
+        EXPECT_BROKEN(
+            Kind::writeOuter( sink, d, 5, 2 ), report( "byteOffset + byteCount <= qvBufferLength( buf )" ) );
+        EXPECT_BROKEN( Kind::writeTrailing( sink, d, 7 ), report( "byteCount <= qvBufferLength( buf )" ) );
+        EXPECT_BROKEN( Kind::writeArray( sink, nullptr, 1 ), report( "bytes || byteCount == 0" ) );
+        EXPECT_BROKEN( Kind::writeArray( sink, &element, -1 ), report( "byteCount >= 0" ) );
+        EXPECT_BROKEN( Kind::write( sink, nullptr ), report( "buf" ) );
+
+        if constexpr( std::is_same_v< Kind, CharStreams > )
+        {
+            for( QV_CHAR bad : { 0x110000u, 0x80000041u, 0xFFFFFFFFu } )
+                EXPECT_BROKEN( qvCharSinkWriteChar( sink, bad ), "qvCharsAllOk( src, srcLength )" );
+        }
+        else
+        {
+            EXPECT_BROKEN( Kind::writeArray( sink, &element, QV_INT_MAX ), "BYTES_TO_BITS_OK( byteCount )" );
+        }
+    }
+
+    EXPECT_BROKEN( Kind::write( nullptr, d ), "sink" );
+    EXPECT_BROKEN( Kind::createSink( nullptr, nullptr, nullptr ), "writeFunc" );
+    EXPECT_BROKEN( Kind::createSource( nullptr, nullptr ), "readFunc" );
+}
+
+TYPED_TEST( Stream, OnlyAShortReadOrAFailureMeetsTheEnd )
+{
+    typedef TypeParam                  Kind;
+    typedef typename TestFixture::Text T;
+
+    for( int variant = 0; variant < 4; variant++ )
+    {
+        bool                         whole = variant & 1, fails = variant & 2;
+        SourceLog< Kind >            log { .data = pattern< Kind >( 10 ), .fails = fails };
+        Ref< typename Kind::Source > source = log.source();
+        auto                         dest   = Kind::carrier( pattern< Kind >( 1 ) );
+        typename Kind::Element       array[12] = {};
+
+        EXPECT_EQ( 0, Kind::read( source, dest.at(), 0 ) );
+        EXPECT_EQ( 0, Kind::readArray( source, nullptr, 0 ) );
+        EXPECT_TRUE( log.limits.empty() );
+
+        // What comes with a failure is delivered.
+        EXPECT_EQ( 4, Kind::readArray( source, array, 4 ) );
+        EXPECT_EQ( pattern< Kind >( 4 ), T( array, array + 4 ) );
+        EXPECT_EQ( typename Kind::Element(), array[4] );
+        EXPECT_EQ( 6, Kind::read( source, dest.at(), whole ? 6 : 7 ) );
+        EXPECT_EQ( pattern< Kind >( 1 ) + pattern< Kind >( 6, 4 ), Kind::textOf( dest ) );
+        EXPECT_EQ( !whole || fails, Kind::ended( source ) == QV_TRUE );
+        EXPECT_EQ( fails, Kind::broken( source ) == QV_TRUE );
+
+        // The end is met once, and then no operation gets through.
+        EXPECT_EQ( 0, Kind::readArray( source, array, -1 ) );
+        EXPECT_EQ( QV_TRUE, Kind::ended( source ) );
+        EXPECT_EQ( fails, Kind::broken( source ) == QV_TRUE );
+
+        size_t calls = log.limits.size();
+        log.data += pattern< Kind >( 1 );
+        EXPECT_EQ( 0, Kind::read( source, dest.at(), 1 ) );
+        EXPECT_EQ( 0, Kind::readArray( source, array, 1 ) );
+        EXPECT_EQ( calls, log.limits.size() );
+    }
+}
+
+TYPED_TEST( Stream, CountsOfCallbacksAreNotBelieved )
+{
+    typedef TypeParam Kind;
+
+    SourceLog< Kind >            many { .data = pattern< Kind >( 3 ), .extra = 1 }, less { .data = {}, .extra = -1 };
+    Ref< typename Kind::Source > moreThanAsked = many.source(), negative = less.source();
+    Ref< typename Kind::Carrier > dest = Kind::carrier( {} );
+    typename Kind::Element       array[8];
+    auto                         report = Kind::report;
+
+    EXPECT_BROKEN( Kind::read( moreThanAsked, dest.at(), 3 ), report( "bytesRead <= maxByteCount" ) );
+    EXPECT_BROKEN( Kind::readArray( moreThanAsked, array, 3 ), report( "bytesRead <= maxByteCount" ) );
+    EXPECT_BROKEN( Kind::readArray( negative, array, 3 ), report( "bytesRead >= 0" ) );
+    EXPECT_BROKEN( Kind::read( moreThanAsked, dest.at(), -2 ), report( "maxByteCount >= -1" ) );
+    EXPECT_BROKEN( Kind::readArray( moreThanAsked, nullptr, -1 ), report( "bytes || maxByteCount == 0" ) );
+
+    // More than it appended, though not more than it was asked for.
+    EXPECT_BROKEN( Kind::readArray( moreThanAsked, array, 8 ),
+                   ( std::is_same_v< Kind, CharStreams > ? "charsRead <= qvStringLength( *qvs )"
+                                                         : "bitIdx + BYTES_TO_BITS( byteCount ) <= buf->bitLength" ) );
+}
+
+TYPED_TEST( Stream, MemorySinksHandOutWhatHasBeenWritten )
+{
+    typedef TypeParam                  Kind;
+    typedef typename TestFixture::Text T;
+
+    const T                 all  = pattern< Kind >( 4000 );
+    auto                       from = Kind::carrier( all );
+    Ref< typename Kind::Sink > second( Kind::sinkOf( this->memory ) );
+    std::mt19937               random( 70 );
+    T                       written;
+
+    for( int round = 0; round < 300; round++ )
+    {
+        QV_INT count = random() % ( round % 50 ? 200 : 4000 );
+
+        written += all.substr( 0, static_cast< size_t >( count ) );
+        EXPECT_TRUE( random() % 2 ? Kind::writeLeading( this->memorySink, from, count )
+                                  : Kind::writeArray( second, all.data(), count ) );
+    }
+
+    // No more free places than any other has, and nothing that comes later.
+    Ref< typename Kind::Carrier > result( Kind::takeWritten( this->memory ) );
+    EXPECT_GE( ( static_cast< QV_INT >( written.size() ) + Kind::FREE ) * Kind::SIZE, allocated( result.get() ) );
+    EXPECT_EQ( T(), this->taken( Kind::takeWritten( this->memory ) ) );
+    EXPECT_TRUE( Kind::writeArray( second, all.data(), 1 ) );
+    EXPECT_EQ( written, Kind::textOf( result ) );
+    EXPECT_EQ( all.substr( 0, 1 ), this->taken( Kind::takeWritten( this->memory ) ) );
+}
+
+TYPED_TEST( Stream, MemorySourcesShareTheirPosition )
+{
+    typedef TypeParam                  Kind;
+    typedef typename TestFixture::Text T;
+
+    const T                         all = pattern< Kind >( 20000 );
+    auto                               src = Kind::carrier( all );
+    Ref< typename Kind::MemorySource > whole( Kind::newMemorySource( src ) );
+    Ref< typename Kind::Source >       sources[] = { Ref< typename Kind::Source >( Kind::sourceOf( whole ) ),
+                                                     Ref< typename Kind::Source >( Kind::sourceOf( whole ) ) };
+    std::mt19937                       random( 71 );
+    T                               got;
+    typename Kind::Element             array[300];
+
+    // The source keeps what it was given as it was.
+    Kind::change( src.at() );
+
+    // Either gives what comes next, until one of them comes up short.
+    while( !Kind::ended( sources[0] ) && !Kind::ended( sources[1] ) )
+    {
+        typename Kind::Source        *source = sources[random() % 2];
+        QV_INT                        limit  = random() % 301, count;
+        Ref< typename Kind::Carrier > dest   = Kind::carrier( {} );
+
+        switch( random() % 3 )
+        {
+        case 0:
+            count = Kind::read( source, dest.at(), limit );
+            got += Kind::textOf( dest );
+            break;
+        case 1:
+            count = Kind::readArray( source, array, limit );
+            got.append( array, array + count );
+            break;
+        default:
+            if constexpr( std::is_same_v< Kind, ByteStreams > )
+                count = qvByteSourceSkip( source, limit );
+            else
+                count = Kind::read( source, dest.at(), limit );
+
+            got += all.substr( got.size(), static_cast< size_t >( count ) );
+        }
+
+        EXPECT_EQ( count < limit, Kind::ended( source ) == QV_TRUE );
+    }
+
+    EXPECT_EQ( all, got );
+    EXPECT_FALSE( Kind::broken( sources[0] ) );
+    EXPECT_EQ( all, this->taken( Kind::allOf( whole ) ) );
+}
+
+TEST( ByteSource, SkippingFollowsTheRulesOfReading )
+{
+    // Without a callback it reads in pieces.
+    SourceLog< Bytes >    log { .data = pattern< ByteStreams >( 10001 ), .fails = true };
+    Ref< QV_BYTE_SOURCE > source = log.source();
+
+    EXPECT_EQ( 0, qvByteSourceSkip( source, 0 ) );
+    EXPECT_EQ( 10000, qvByteSourceSkip( source, 10000 ) );
+    EXPECT_EQ( ( std::vector< QV_INT > { 4096, 4096, 1808 } ), log.limits );
+    EXPECT_FALSE( qvByteSourceEnd( source ) );
+    EXPECT_EQ( 1, qvByteSourceSkip( source, -1 ) );
+    EXPECT_EQ( 4096, log.limits.back() );
+    EXPECT_TRUE( qvByteSourceEnd( source ) && qvByteSourceError( source ) );
+    EXPECT_EQ( 0, qvByteSourceSkip( source, -1 ) );
+
+    auto skippable = []( SourceLog< Bytes > *from )
+    {
+        auto read = []( QV_OBJ *, QV_BUFFER **, QV_INT, QV_INT * ) -> QV_BOOL { return QV_FALSE; };
+        auto skip = []( QV_OBJ *closure, QV_INT limit, QV_INT *count ) -> QV_BOOL
+        {
+            std::string run;
+            return logOf< SourceLog< Bytes > >( closure )->take( limit, &run, count );
+        };
+
+        return Ref< QV_BYTE_SOURCE >( qv___ByteSourceCreate( read, skip, qv::obj( closureOf( from ).get() ) ) );
+    };
+
+    SourceLog< Bytes > short4 { .data = "abcd", .fails = true }, lying { .data = "abc", .extra = 1 };
+    source = skippable( &short4 );
+    EXPECT_EQ( 3, qvByteSourceSkip( source, 3 ) );
+    EXPECT_FALSE( qvByteSourceEnd( source ) );
+    EXPECT_EQ( 1, qvByteSourceSkip( source, -1 ) );
+    EXPECT_TRUE( qvByteSourceEnd( source ) && qvByteSourceError( source ) );
+
+    source = skippable( &lying );
+    EXPECT_BROKEN( qvByteSourceSkip( source, 3 ), "bytesSkipped <= maxByteCount" );
+}
+
+TEST( CharSink, WritesTextsInAllForms )
+{
+    Ref< QV_STRING_CHAR_SINK > scs( qvStringCharSinkCreate() );
+    Ref< QV_CHAR_SINK >        sink( qvStringCharSinkCharSink( scs ) );
+
+    EXPECT_TRUE( qvCharSinkWriteChar( sink, U'😀' ) );
+    EXPECT_TRUE( qvCharSinkWriteCstr( sink, "äxy", 3 ) );
+    EXPECT_TRUE( qvCharSinkWriteWcstr( sink, L"äxy", -1 ) );
+    EXPECT_TRUE( qvCharSinkWriteFormat( sink, text( "<%i>" ), QV_INT( 7 ) ) );
+    EXPECT_TRUE( qvCharSinkWriteFormatCstr( sink, "%i.", -1, QV_INT( 8 ) ) );
+    EXPECT_TRUE( qvCharSinkWriteFormatWcstr( sink, L"%i...", 2, QV_INT( -1 ) ) );
+    EXPECT_EQ( "😀äxäxy<7>8.-1", take( qvStringCharSinkString( scs ) ) );
+}

@@ -1,0 +1,99 @@
+/** @file
+    UTF-8 by the letter of its rules, one byte after the other: the model that arrays and streams are held against. */
+
+#ifndef QV_TEST_UTF8_H
+#define QV_TEST_UTF8_H
+
+#include <string>
+
+namespace qv::test
+{
+/** Stands for a fault in what decodedUtf8() gives; no sequence has this value. */
+const char32_t FAULT = 0xFFFFFFFF;
+
+/** The bytes of a character, with U+FFFD in the place of what is none. */
+inline std::string encodedUtf8( char32_t ch )
+{
+    if( ch >= 0x110000 )
+        ch = 0xFFFD;
+
+    if( ch < 0x80 )
+        return std::string( 1, static_cast< char >( ch ) );
+
+    int         shift = ch < 0x800 ? 6 : ch < 0x10000 ? 12 : 18;
+    std::string result( 1, static_cast< char >( ( shift == 6 ? 0xC0 : shift == 12 ? 0xE0 : 0xF0 ) + ( ch >> shift ) ) );
+
+    while( ( shift -= 6 ) >= 0 )
+        result += static_cast< char >( 0x80 + ( ch >> shift ) % 64 );
+
+    return result;
+}
+
+inline std::string encodedUtf8( const std::u32string &text )
+{
+    std::string result;
+
+    for( char32_t ch : text )
+        result += encodedUtf8( ch );
+
+    return result;
+}
+
+/** The characters of bytes. Arrays look again at the byte that breaks a sequence, streams pass over it and all that
+    follows it; a sequence that the end cuts and a value that is too high are faults to streams, nothing to arrays. */
+inline std::u32string decodedUtf8( const std::string &bytes, bool asStream )
+{
+    std::u32string result;
+    bool           resynchronising = false;
+    size_t         i               = 0;
+
+    auto byte    = [&]( size_t at ) { return static_cast< unsigned char >( bytes[at] ); };
+    auto follows = [&]( size_t at ) { return at < bytes.size() && byte( at ) / 64 == 2; };
+
+    while( i < bytes.size() )
+    {
+        unsigned lead   = byte( i++ );
+        size_t   demand = lead / 32 == 6 ? 1 : lead / 16 == 14 ? 2 : lead / 8 == 30 ? 3 : 0;
+
+        if( lead < 0x80 )
+        {
+            result += lead;
+            resynchronising = false;
+        }
+        else if( demand == 0 )
+        {
+            if( !( resynchronising && lead < 0xC0 ) )
+                result += FAULT;
+
+            resynchronising = asStream;
+
+            while( !asStream && follows( i ) )
+                i++;
+        }
+        else
+        {
+            char32_t value = lead % ( 64 >> demand );
+            size_t   seen  = 0;
+
+            for( ; seen < demand && follows( i ); seen++ )
+                value = value * 64 + byte( i++ ) % 64;
+
+            bool cut        = seen < demand && i == bytes.size();
+            bool isBroken   = seen < demand && !cut;
+            resynchronising = isBroken && asStream;
+
+            if( isBroken || ( asStream && ( cut || value >= 0x110000 ) ) )
+                result += FAULT;
+            else if( !cut && value < 0x110000 )
+                result += value;
+
+            if( resynchronising )
+                i++;
+        }
+    }
+
+    return result;
+}
+} // namespace qv::test
+
+#endif

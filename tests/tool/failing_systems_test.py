@@ -1,0 +1,214 @@
+"""Runs the tools on a system that fails: for each of a few commands every single read, write, fsync, rename, close,
+mmap, open, start of a thread and allocation fails once, and processes that write a document are killed at any moment.
+
+A run must end in time and in one of these ways:
+- with the exit status, the output and the files of an undisturbed run,
+- with exit status 1 and a reason on the error stream,
+- with the report of a broken contract, which is how exhausted memory ends.
+And no file that was there may be anything but what it was or what it should become.
+
+Arguments: the executable, the folder of modules, the library that lets allocations fail. Needs strace; without the right
+to trace processes it is skipped, with status 77."""
+
+import concurrent.futures
+import os
+import pathlib
+import random
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+morvane, modules, fail_malloc = (os.path.abspath(argument) for argument in sys.argv[1:4])
+
+LIMIT = 10  # seconds; an undisturbed run takes some milliseconds
+REPORT = b"ABNORMAL PROGRAM TERMINATION"
+LOADED = "munmap"  # what the system's loader does last; calls before it are not the program's
+
+# What fails, with which errors. Whatever is interrupted must go on as if nothing had been.
+CALLS = {
+    "read": ["EIO", "EINTR"],
+    "write": ["ENOSPC", "EINTR"],
+    "fsync": ["EIO"],
+    "rename,renameat,renameat2,linkat": ["EACCES"],
+    "close": ["EIO"],
+    "mmap": ["ENOMEM"],
+    "openat": ["EMFILE", "EACCES"],
+    "clone,clone3": ["EAGAIN"],
+    "fchown,fchmod,fsetxattr,flock,fcntl": ["EPERM"],
+}
+
+DOCUMENT = b"# kept\nnetwork.port=80\nname=value\n"
+TEXT = "Gr\u00fc\u00dfe \u2013 e\u0301t\u00e9\r\n".encode() * 400
+
+# Arguments, standard input, and the files that may change.
+COMMANDS = [
+    (["store", "set", "doc", "network.port=9090", "a.b=c"], b""),
+    (["store", "delete", "doc", "name"], b""),
+    (["store", "merge", "doc", "other"], b""),
+    (["store", "encode", "doc", "out"], b""),
+    (["store", "decode", "binary", "out"], b""),
+    (["store", "show", "doc"], b""),
+    (["text", "convert", "--from", "utf-8", "--to", "utf-16le", "text", "out"], b""),
+    (["text", "convert", "--from", "utf-8", "--to", "utf-16le"], TEXT),
+    (["text", "normalize", "--form", "nfc", "text", "out"], b""),
+    (["text", "case", "--upper"], TEXT),
+    (["text", "lines", "--newline", "lf", "text"], b""),
+    (["module", "run", "needs_result", "0", "printed"], b""),
+]
+
+
+def prepare(folder):
+    folder.mkdir()
+    (folder / "doc").write_bytes(DOCUMENT)
+    (folder / "other").write_bytes(b"more=1\nnetwork.host=here\n")
+    (folder / "binary").write_bytes(b"\x01\x01\x01\x01a\x01\x01\x011\x00")
+    (folder / "text").write_bytes(TEXT)
+    (folder / "out").write_bytes(b"old")
+
+
+def contents(folder):
+    return {path.name: path.read_bytes() for path in folder.iterdir()}
+
+
+class Run:
+    """One run of the tool in a folder of its own, below `wrapper`."""
+
+    def __init__(self, scratch, words, given, wrapper=(), **environment):
+        self.folder = pathlib.Path(tempfile.mkdtemp(dir=scratch)) / "run"
+        prepare(self.folder)
+        process = subprocess.Popen(
+            [*wrapper, morvane, *words],
+            cwd=self.folder,
+            env={**os.environ, "XZ_MORVANE_BIN_PATH": modules, "TZ": "UTC", **environment},
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE,
+            start_new_session=True,
+        )
+        try:
+            self.out, self.err = process.communicate(given, LIMIT)
+            self.status = process.returncode
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)
+            self.out, self.err = process.communicate()
+            self.status = "hangs"
+        self.files = contents(self.folder)
+        shutil.rmtree(self.folder.parent)
+
+    def fault(self, right, must_succeed=False):
+        """What is wrong with this run beside the right one, or None."""
+        same = self.out == right.out and self.files == right.files
+        aborted = self.status in (-signal.SIGABRT, 128 + signal.SIGABRT) and REPORT in self.err
+        old = contents_before
+        for name in old:
+            if self.files.get(name) not in (old[name], right.files.get(name)):
+                return f"{name} is lost: {self.files.get(name)!r:.80}"
+        if self.status == 0:
+            return None if same else "success with a wrong result"
+        if must_succeed:
+            return f"an interrupted call is not repeated, status {self.status}"
+        if aborted:
+            return None
+        left = set(self.files) - set(right.files) - set(old)
+        if left:
+            return f"leaves {left} behind"
+        if self.status == 1 and self.err.strip():
+            return None
+        return f"ends with {self.status}"
+
+
+def traced(calls, log, *inject):
+    return ["strace", "-f", "-qq", "--seccomp-bpf", "-o", str(log), "-e", f"trace={calls},{LOADED}", *inject]
+
+
+def calls_of(log):
+    return re.findall(r"^\d+ +(\w+)\(", log.read_text(errors="replace"), re.M)
+
+
+def failing_calls(scratch, words, given):
+    """Each traced call of a command fails in turn."""
+    for calls, errors in CALLS.items():
+        log = scratch / f"log{os.getpid()}.{random.random()}"
+        right = Run(scratch, words, given, traced(calls, log))
+        names = calls_of(log)
+        first = names.index(LOADED)
+        count = sum(name != LOADED for name in names)
+        if right.status != 0:
+            yield f"{words}: {right.status}, {right.err!r}"
+            return
+        for error in errors:
+            if error == "EINTR" and words[0] == "module":
+                continue  # the system's loader does not go on
+            for number in range(first + 1, count + 1):
+                inject = f"inject={calls}:error={error}:when={number}"
+                run = Run(scratch, words, given, traced(calls, log, "-e", inject))
+                fault = run.fault(right, error == "EINTR")
+                if fault:
+                    which = [line for line in log.read_text(errors="replace").splitlines() if "(INJECTED)" in line]
+                    yield f"{' '.join(words)}: {inject}: {fault}; {run.err[-200:]!r}; {which}"
+        log.unlink(missing_ok=True)
+
+
+def failing_allocations(scratch, words, given):
+    right = Run(scratch, words, given, LD_PRELOAD=fail_malloc)
+    counted = Run(scratch, words, given, LD_PRELOAD=fail_malloc, FAIL_MALLOC_COUNT="2")
+    count = int(counted.err.split()[-1])
+    # One alone, and here and there all from it on, so that the report too finds no memory.
+    for number in [*range(1, count + 1), *range(-1, -count, -7)]:
+        run = Run(scratch, words, given, LD_PRELOAD=fail_malloc, FAIL_MALLOC=str(number))
+        fault = run.fault(right)
+        if fault:
+            yield f"{' '.join(words)}: allocation {number} of {count}: {fault}; {run.err[-200:]!r}"
+
+
+def killed(scratch, rounds):
+    """Kills `store set` at any moment: the document is always one that was written as a whole."""
+    folder = scratch / "killed"
+    prepare(folder)
+    chance = random.Random(1)
+    lines = b"".join(b"entry%d=%d\n" % (i, i) for i in range(200))
+    (folder / "doc").write_bytes(lines + b"value=0\n")
+    began = time.monotonic()
+    for _ in range(5):
+        subprocess.run([morvane, "store", "set", "doc", "value=0"], cwd=folder, check=True)
+    usual = (time.monotonic() - began) / 5
+    for number in range(1, rounds + 1):
+        process = subprocess.Popen([morvane, "store", "set", "doc", f"value={number}"], cwd=folder)
+        time.sleep(chance.random() * 1.5 * usual)
+        process.kill()
+        process.wait()
+        found = re.fullmatch(re.escape(lines) + rb"value=(\d+)\n", (folder / "doc").read_bytes())
+        if not found or int(found[1]) > number:
+            yield f"killed in round {number}: {(folder / 'doc').read_bytes()[-80:]!r}"
+            return
+    if subprocess.run([morvane, "store", "set", "doc", "value=last"], cwd=folder).returncode != 0:
+        yield "does not write after it was killed"
+
+
+with tempfile.TemporaryDirectory() as name:
+    scratch = pathlib.Path(name)
+    prepare(scratch / "before")
+    contents_before = contents(scratch / "before")
+
+    try:
+        probe = Run(scratch, ["id"], b"", traced("read", scratch / "log", "-e", "inject=read:error=EINTR:when=1"))
+    except FileNotFoundError:
+        probe = None
+    if probe is None or b"ptrace" in probe.err:
+        print("strace is not there or may not trace")
+        sys.exit(77)
+
+    with concurrent.futures.ThreadPoolExecutor(2) as pool:
+        work = [pool.submit(lambda: list(killed(scratch, 1000)))]
+        for words, given in COMMANDS:
+            for kind in failing_calls, failing_allocations:
+                work.append(pool.submit(lambda *arguments: list(arguments[0](*arguments[1:])), kind, scratch, words, given))
+        faults = [fault for done in work for fault in done.result()]
+
+for fault in faults:
+    print(fault)
+sys.exit(1 if faults else 0)

@@ -1,0 +1,631 @@
+#include "morvane_file.h"
+
+#include "morvane_tool.h"
+
+#include "qv/base/qv_buffer.h"
+#include "qv/base/qv_string.h"
+#include "qv/sys/qv_mem.h"
+
+#include <dirent.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <libgen.h>
+#include <limits.h>
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
+namespace morvane
+{
+namespace
+{
+const char OWN_FILES[] = "/proc/self/fd"; // the open files of a process by their numbers
+
+const QV_INT PIECE = 65536; // bytes that go through the operating system at a time
+
+// A lock that another run holds is asked for again and again, so that a process that holds one and waits for this one
+// cannot make both wait for ever.
+const long LOCK_PAUSE_NANOSECONDS = 5000000;
+const int  LOCK_PAUSES            = 12000; // a minute
+
+// How many names beside a file are tried. Those of runs that are under way and what may not be cleared away are passed
+// over.
+const unsigned BESIDE_NAMES = 1000;
+
+// A name of the operating system, freed at the end of the scope.
+class Name
+{
+public:
+    explicit Name( QV_STRING *fn ) : text_( qvStringConvertToCstr( fn, QV_TRUE, nullptr ) )
+    {
+    }
+
+    ~Name()
+    {
+        qvMemFree( text_ );
+    }
+
+    Name( const Name & ) = delete;
+    Name &operator=( const Name & ) = delete;
+
+    const char *text() const
+    {
+        return text_;
+    }
+
+private:
+    char *text_;
+};
+
+bool isSame( const struct stat &a, const struct stat &b )
+{
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+// True if a name still is that of an open file.
+bool isNameOf( const char *name, int file )
+{
+    struct stat byName, open;
+
+    return stat( name, &byName ) == 0 && fstat( file, &open ) == 0 && isSame( byName, open );
+}
+
+// Keeps in `*found` the number of a descriptor of a file if the process was started with it; one for writing is better
+// than one that is not. The process's own descriptors are closed on execution, so none that it was started with is.
+void considerDescriptor( int number, const struct stat &file, int *found, bool *writable )
+{
+    struct stat status;
+    int         flags = fcntl( number, F_GETFD );
+
+    if( flags < 0 || ( flags & FD_CLOEXEC ) || fstat( number, &status ) != 0 || !isSame( status, file ) )
+        return;
+
+    int access = fcntl( number, F_GETFL );
+
+    if( access < 0 || ( access & O_PATH ) )
+        return;
+
+    bool writes = ( access & O_ACCMODE ) != O_RDONLY;
+
+    if( *found < 0 || ( writes && !*writable ) )
+    {
+        *found    = number;
+        *writable = writes;
+    }
+}
+
+// The number of a descriptor of a file that the process was started with, or -1.
+int inheritedDescriptor( const struct stat &file, bool *writable )
+{
+    int found = -1;
+    *writable = false;
+
+    DIR *folder = opendir( OWN_FILES );
+
+    for( int number = STDIN_FILENO; number <= STDERR_FILENO && !folder; number++ )
+        considerDescriptor( number, file, &found, writable );
+
+    if( !folder )
+        return found;
+
+    while( const dirent *entry = readdir( folder ) )
+        if( entry->d_name[0] != '.' )
+            considerDescriptor( atoi( entry->d_name ), file, &found, writable );
+
+    closedir( folder );
+    return found;
+}
+
+// The folder of a file, to be freed.
+char *folderOf( const char *target )
+{
+    char *copy   = strdup( target );
+    char *folder = copy ? strdup( dirname( copy ) ) : nullptr;
+    free( copy );
+
+    return folder;
+}
+
+// Opens a file without a name in the folder of `target`, so that nothing is left of it when the process is killed. -1
+// where there are no such files, or where they could not be named later.
+int openNameless( const char *target, mode_t mode )
+{
+    char *folder = folderOf( target );
+    int   file   = -1;
+
+    if( folder && access( OWN_FILES, X_OK ) == 0 )
+        file = open( folder, O_TMPFILE | O_RDWR | O_CLOEXEC, mode );
+
+    free( folder );
+    return file;
+}
+
+// A name beside `target`, to be freed: its own, cut between two characters where it would get too long, with a number
+// behind it.
+char *besideName( const char *target, unsigned number )
+{
+    char suffix[32];
+    int  suffixLength = snprintf( suffix, sizeof( suffix ), ".morvane~%u", number );
+
+    const char *slash  = strrchr( target, '/' );
+    size_t      folder = slash ? static_cast< size_t >( slash + 1 - target ) : 0;
+    size_t      length = strlen( target + folder );
+    size_t      room   = static_cast< size_t >( NAME_MAX - suffixLength );
+
+    if( length > room )
+        for( length = room; length > 0 && ( target[folder + length] & 0xC0 ) == 0x80; )
+            length--;
+
+    char *name = nullptr;
+
+    return asprintf( &name, "%.*s%s", static_cast< int >( folder + length ), target, suffix ) < 0 ? nullptr : name;
+}
+
+// Locks a file against other runs. The lock is not that of flock(1), under which this may run, save for a file that is
+// open for reading only, which can have no other.
+bool tryLock( int file, bool isWritable )
+{
+    struct flock whole = {};
+    whole.l_type       = F_WRLCK;
+    whole.l_whence     = SEEK_SET;
+
+    return isWritable ? fcntl( file, F_OFD_SETLK, &whole ) == 0 : flock( file, LOCK_EX | LOCK_NB ) == 0;
+}
+
+// Deletes what a run that was killed has left under a name beside a file: a run that lives holds its lock.
+bool clearAway( const char *name )
+{
+    int  file    = open( name, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK );
+    bool cleared = file >= 0 && flock( file, LOCK_EX | LOCK_NB ) == 0 && isNameOf( name, file ) && unlink( name ) == 0;
+
+    if( file >= 0 )
+        close( file );
+
+    return cleared;
+}
+
+// The first name beside `target` that `take` takes, to be freed; null for a failure, of which `errno` tells. It fails
+// with EEXIST for a name that there is.
+template< class Take >
+char *takeName( const char *target, Take take )
+{
+    for( unsigned i = 0; i < BESIDE_NAMES; )
+    {
+        char *name = besideName( target, i );
+
+        if( !name || take( name ) )
+            return name;
+
+        int  error   = errno;
+        bool cleared = error == EEXIST && clearAway( name );
+        free( name );
+
+        if( error != EEXIST )
+        {
+            errno = error;
+            return nullptr;
+        }
+
+        i += !cleared;
+    }
+
+    errno = EEXIST;
+    return nullptr;
+}
+
+// Names a file without a name.
+char *nameBeside( int file, const char *target )
+{
+    char own[64];
+    snprintf( own, sizeof( own ), "%s/%d", OWN_FILES, file );
+    flock( file, LOCK_EX );
+
+    return takeName(
+        target,
+        [&own]( const char *name ) { return linkat( AT_FDCWD, own, AT_FDCWD, name, AT_SYMLINK_FOLLOW ) == 0; } );
+}
+
+// Makes a file with a name.
+char *createBeside( int *file, const char *target, mode_t mode )
+{
+    return takeName(
+        target,
+        [file, mode]( const char *name )
+        {
+            *file = open( name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode );
+
+            if( *file < 0 )
+                return false;
+
+            // Until it is locked another run may clear it away.
+            flock( *file, LOCK_EX );
+
+            if( isNameOf( name, *file ) )
+                return true;
+
+            close( *file );
+            *file = -1;
+            errno = EEXIST;
+            return false;
+        } );
+}
+
+bool isFolderSynced( const char *target )
+{
+    char *name   = folderOf( target );
+    int   folder = name ? open( name, O_RDONLY | O_DIRECTORY | O_CLOEXEC ) : -1;
+    free( name );
+
+    // Who may write a folder need not be able to read it, and not every file system has something to bring to the disk.
+    if( folder < 0 )
+        return true;
+
+    bool synced = fsync( folder ) == 0 || errno == EINVAL || errno == EROFS;
+    int  error  = errno;
+    close( folder );
+    errno = error;
+
+    return synced;
+}
+
+// Where there is nothing to bring to the disk all is there.
+bool isSynced( int file )
+{
+    return fsync( file ) == 0 || errno == EINVAL || errno == EROFS;
+}
+
+bool writeAll( int file, const void *bytes, QV_INT count )
+{
+    const char *from = static_cast< const char * >( bytes );
+
+    while( count > 0 )
+    {
+        ssize_t written = write( file, from, static_cast< size_t >( count ) );
+
+        if( written < 0 && errno == EINTR )
+            continue;
+
+        if( written <= 0 )
+        {
+            if( written == 0 )
+                errno = EIO;
+
+            return false;
+        }
+
+        from += written;
+        count -= written;
+    }
+
+    return true;
+}
+
+// Copies all of one file over another one. The room is asked for first, so that a full disk leaves the old content.
+bool copyOver( int from, int to )
+{
+    struct stat source, target;
+
+    if( fstat( from, &source ) != 0 || fstat( to, &target ) != 0 || lseek( from, 0, SEEK_SET ) != 0 )
+        return false;
+
+    int error = source.st_size > target.st_size ? posix_fallocate( to, 0, source.st_size ) : 0;
+
+    if( error != 0 && error != EOPNOTSUPP && error != EINVAL )
+    {
+        if( ftruncate( to, target.st_size ) != 0 )
+            return false;
+
+        errno = error;
+        return false;
+    }
+
+    char    bytes[4096];
+    ssize_t count;
+
+    while( ( count = read( from, bytes, sizeof( bytes ) ) ) != 0 )
+    {
+        if( count < 0 && errno == EINTR )
+            continue;
+
+        if( count < 0 || !writeAll( to, bytes, count ) )
+            return false;
+    }
+
+    return ftruncate( to, source.st_size ) == 0 && isSynced( to );
+}
+} // namespace
+
+void holdStandardStreams()
+{
+    // The lowest free place is the next that is opened. What is opened for its path only can be neither read nor
+    // written.
+    for( int file = STDIN_FILENO; file <= STDERR_FILENO; file++ )
+        if( fcntl( file, F_GETFD ) < 0 && open( "/", O_PATH ) < 0 )
+            _exit( FAILURE );
+}
+
+void endByBrokenPipe()
+{
+    sigset_t pipe;
+    sigemptyset( &pipe );
+    sigaddset( &pipe, SIGPIPE );
+    signal( SIGPIPE, SIG_DFL );
+    raise( SIGPIPE );
+    sigprocmask( SIG_UNBLOCK, &pipe, nullptr );
+    _exit( 128 + SIGPIPE );
+}
+
+bool hasOutputArrived()
+{
+    int copy = fcntl( STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1 );
+
+    return copy < 0 || close( copy ) == 0;
+}
+
+bool isStandardStream( QV_STRING *fn )
+{
+    return !fn || qvStringEqualsCstr( fn, "-", -1 );
+}
+
+/* Reading -------------------------------------------------------------------------------------------------------- */
+
+int openInput( QV_STRING *fn, const char **reason )
+{
+    if( isStandardStream( fn ) )
+        return STDIN_FILENO;
+
+    int file = open( Name( fn ).text(), O_RDONLY | O_CLOEXEC );
+
+    if( file < 0 )
+        *reason = strerror( errno );
+
+    return file;
+}
+
+void closeInput( int file )
+{
+    if( file > STDIN_FILENO )
+        close( file );
+}
+
+QV_INT readInput( int file, void *bytes, QV_INT count, const char **reason )
+{
+    ssize_t got;
+
+    do
+        got = read( file, bytes, static_cast< size_t >( count ) );
+    while( got < 0 && errno == EINTR );
+
+    if( got < 0 )
+        *reason = strerror( errno );
+
+    return got;
+}
+
+const char *readFile( QV_STRING *fn, QV_BUFFER **bytes )
+{
+    const char *reason = nullptr;
+    int         file   = openInput( fn, &reason );
+    QV_INT      count  = 0;
+    uint8_t     piece[PIECE];
+
+    while( !reason && ( count = readInput( file, piece, PIECE, &reason ) ) > 0 )
+        qvBufferAppendBytes( bytes, piece, count );
+
+    closeInput( file );
+    return reason;
+}
+
+/* Writing -------------------------------------------------------------------------------------------------------- */
+
+FileReplacement::~FileReplacement()
+{
+    if( file_ >= 0 )
+        close( file_ );
+
+    if( beside_ )
+        unlink( beside_ );
+
+    if( locked_ >= 0 )
+        close( locked_ );
+
+    free( beside_ );
+    free( target_ );
+}
+
+const char *FileReplacement::lock( QV_STRING *fn )
+{
+    if( isStandardStream( fn ) )
+        return nullptr;
+
+    struct stat status;
+    Name        name( fn );
+    isRead_ = true;
+
+    // A device or a pipe may have no end, and nowhere to be written back to. What is not there the reader will tell.
+    if( stat( name.text(), &status ) != 0 )
+        return nullptr;
+
+    if( !S_ISREG( status.st_mode ) )
+        return S_ISDIR( status.st_mode ) ? strerror( EISDIR ) : "not a regular file; it could not be replaced";
+
+    for( int pauses = 0; pauses < LOCK_PAUSES; )
+    {
+        const int FLAGS      = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+        bool      isWritable = ( locked_ = open( name.text(), O_RDWR | FLAGS ) ) >= 0;
+
+        if( !isWritable && ( locked_ = open( name.text(), O_RDONLY | FLAGS ) ) < 0 )
+            return nullptr;
+
+        while( !tryLock( locked_, isWritable ) )
+        {
+            if( errno != EAGAIN && errno != EACCES && errno != EINTR )
+                return nullptr;
+
+            struct timespec pause = { 0, LOCK_PAUSE_NANOSECONDS };
+            nanosleep( &pause, nullptr );
+
+            if( ++pauses == LOCK_PAUSES )
+                return "locked by another process";
+        }
+
+        // The lock may be that of a file that has been replaced by now.
+        if( isNameOf( name.text(), locked_ ) )
+            return nullptr;
+
+        close( locked_ );
+        locked_ = -1;
+        pauses++;
+    }
+
+    return "locked by another process";
+}
+
+const char *FileReplacement::begin( QV_STRING *fn )
+{
+    // A limit on the size of files is an error of the write then, and no end that leaves the file beside.
+    signal( SIGXFSZ, SIG_IGN );
+
+    if( isStandardStream( fn ) )
+    {
+        file_ = fcntl( STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1 );
+        return file_ < 0 ? strerror( errno ) : nullptr;
+    }
+
+    Name        name( fn );
+    struct stat old;
+    bool        exists = stat( name.text(), &old ) == 0;
+
+    if( !exists && errno != ENOENT )
+        return strerror( errno );
+
+    if( exists && S_ISDIR( old.st_mode ) )
+        return strerror( EISDIR );
+
+    bool isWritable = false;
+    int  inherited  = exists ? inheritedDescriptor( old, &isWritable ) : -1;
+
+    if( inherited >= 0 && isWritable && !isRead_ )
+        file_ = fcntl( inherited, F_DUPFD_CLOEXEC, STDERR_FILENO + 1 );
+    else if( exists && !S_ISREG( old.st_mode ) )
+        file_ = open( name.text(), O_WRONLY | O_CLOEXEC | O_NOCTTY );
+    else if( inherited >= 0 )
+    {
+        way_    = OVER;
+        target_ = strdup( name.text() );
+        file_   = target_ ? openNameless( target_, 0600 ) : -1;
+
+        if( FILE *elsewhere = file_ < 0 && target_ ? tmpfile() : nullptr )
+        {
+            file_ = fcntl( fileno( elsewhere ), F_DUPFD_CLOEXEC, STDERR_FILENO + 1 );
+            fclose( elsewhere );
+        }
+    }
+    else
+        return prepareBeside( name.text(), exists );
+
+    return file_ < 0 ? strerror( errno ) : nullptr;
+}
+
+// Opens what is to be written beside a file. A new file gets the rights that every new one gets in its folder; what is
+// to replace one is nobody else's until it gets those of the old one.
+const char *FileReplacement::prepareBeside( const char *name, bool exists )
+{
+    mode_t mode = exists ? 0600 : 0666;
+
+    way_    = BESIDE;
+    target_ = exists ? realpath( name, nullptr ) : strdup( name );
+    file_   = target_ ? openNameless( target_, mode ) : -1;
+
+    if( file_ < 0 && target_ )
+        beside_ = createBeside( &file_, target_, mode );
+
+    return file_ < 0 ? strerror( errno ) : nullptr;
+}
+
+const char *FileReplacement::write( const void *bytes, QV_INT count )
+{
+    if( writeAll( file_, bytes, count ) )
+        return nullptr;
+
+    if( errno == EPIPE && way_ == DIRECTLY )
+        endByBrokenPipe();
+
+    return strerror( errno );
+}
+
+const char *FileReplacement::commit()
+{
+    if( way_ == BESIDE )
+        return commitBeside();
+
+    if( way_ == OVER )
+        return overwrite();
+
+    bool closed = close( file_ ) == 0;
+    file_       = -1;
+
+    return closed ? nullptr : strerror( errno );
+}
+
+const char *FileReplacement::commitBeside()
+{
+    struct stat old;
+    bool        exists = stat( target_, &old ) == 0;
+
+    if( !exists && errno != ENOENT )
+        return strerror( errno );
+
+    // With the rights as they are by now.
+    if( exists && !takeOverRights( file_, target_ ) )
+        return strerror( errno );
+
+    if( !isSynced( file_ ) )
+        return strerror( errno );
+
+    if( !beside_ )
+        beside_ = nameBeside( file_, target_ );
+
+    if( !beside_ || rename( beside_, target_ ) != 0 )
+        return strerror( errno );
+
+    free( beside_ );
+    beside_ = nullptr;
+
+    return isFolderSynced( target_ ) ? nullptr : strerror( errno );
+}
+
+const char *FileReplacement::overwrite()
+{
+    int         target = open( target_, O_WRONLY | O_CLOEXEC );
+    const char *reason = target < 0 || !copyOver( file_, target ) ? strerror( errno ) : nullptr;
+
+    if( target >= 0 && close( target ) != 0 && !reason )
+        reason = strerror( errno );
+
+    return reason;
+}
+
+bool FileReplacement::feeds( int input ) const
+{
+    struct stat in, out;
+
+    return way_ == DIRECTLY && fstat( input, &in ) == 0 && fstat( file_, &out ) == 0 && S_ISREG( in.st_mode )
+           && isSame( in, out ) && in.st_size > 0;
+}
+
+const char *replaceFile( FileReplacement *replacement, QV_STRING *fn, QV_BUFFER *content )
+{
+    const char *reason = replacement->begin( fn );
+
+    if( !reason )
+        reason = replacement->write( qvBufferBacking( content ), qvBufferLength( content ) );
+
+    return reason ? reason : replacement->commit();
+}
+} // namespace morvane
