@@ -5,12 +5,9 @@
 #include "qv/base/qv_alert.h"
 #include "qv/base/qv_alertable.h"
 #include "qv/base/qv_barrier.h"
-#include "qv/base/qv_boxed_int.h"
 
 #include <array>
 #include <atomic>
-#include <thread>
-#include <vector>
 
 using qv::Ref;
 using namespace qv::test;
@@ -22,11 +19,6 @@ std::atomic< int > fired{ 0 };
 void count( QV_OBJ * )
 {
     fired++;
-}
-
-void countAt( QV_OBJ *arg )
-{
-    ++*reinterpret_cast< QV_INT * >( qvBoxedIntValue( qvBoxedIntFrom( arg ) ) );
 }
 } // namespace
 
@@ -76,48 +68,4 @@ TEST( Alert, FiresATargetForOneSettingOnly )
     EXPECT_EQ( 3, fired );
     qvAlertUnset( alert );
     EXPECT_EQ( 0, setAndUnset() );
-}
-
-TEST( Alert, EveryTargetFiresOnceWhileOthersSetAndUnset )
-{
-    const int THREADS = 4, ROUNDS = 300;
-
-    Ref                        alert( qvAlertCreate() );
-    std::atomic< int >         adding{ THREADS };
-    std::vector< std::thread > threads;
-
-    for( int i = 0; i < THREADS; i++ )
-        threads.emplace_back(
-            [&]
-            {
-                for( int round = 0; round < ROUNDS; round++ )
-                {
-                    QV_INT own = 0; // guarded by the alert, as the thread sanitizer can tell
-                    Ref    arg( qvBoxedIntCreate( reinterpret_cast< QV_INT >( &own ) ) );
-                    Ref    alertable( qvAlertableCreate( countAt, qvBoxedIntObj( arg ) ) );
-                    Ref    open( qvBarrierCreate( QV_TRUE ) );
-                    qvAlertAddAlertable( alert, alertable );
-                    qvAlertAddBarrier( alert, open );
-                    qvBarrierPass( open ); // some setting reaches both, the alertable first
-                    qvAlertDelAlertable( alert, alertable );
-                    EXPECT_EQ( 1, own );
-                }
-
-                adding--;
-            } );
-
-    for( int i = 0; i < 2; i++ )
-        threads.emplace_back(
-            [&]
-            {
-                while( adding > 0 )
-                {
-                    qvAlertSet( alert );
-                    std::this_thread::yield();
-                    qvAlertUnset( alert );
-                }
-            } );
-
-    for( std::thread &thread : threads )
-        thread.join();
 }

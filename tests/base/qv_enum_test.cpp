@@ -75,8 +75,8 @@ class Names : public testing::Test
 using Families = testing::Types< Enums, Flagsets >;
 TYPED_TEST_SUITE( Names, Families );
 
-// Names are set and deleted, by texts that sometimes only the object itself holds, in objects that are shared. All agrees
-// with two maps, and another holder's object stays as it is.
+// Names are set and deleted, by texts that sometimes only the object itself holds, in objects that are shared. All
+// agrees with two maps, and another holder's object stays as it is.
 TYPED_TEST( Names, AgreeWithTwoMaps )
 {
     using F = TypeParam;

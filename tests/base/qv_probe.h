@@ -1,5 +1,6 @@
 /** @file
-    A family for tests of containers: it counts its comparisons, and does what a test wants while it compares or ends. */
+    A family for tests of containers: it counts its comparisons, and does what a test wants while it compares or
+    ends. */
 
 #ifndef QV_PROBE_H
 #define QV_PROBE_H

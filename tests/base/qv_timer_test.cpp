@@ -365,8 +365,8 @@ TEST( Timer, CallbacksReplaceUnscheduleAndReleaseTimers )
     EXPECT_GT( calls, COUNT / 2 );
 }
 
-// What a callback takes has passed for all other timers: those that have become due meanwhile fire at once, and the next
-// one is waited for from the callback's end.
+// What a callback takes has passed for all other timers: those that have become due meanwhile fire at once, and the
+// next one is waited for from the callback's end.
 TEST( Timer, SlowCallbacksDelayNothingElse )
 {
     const QV_INT A_SECOND = 1000;
@@ -446,8 +446,8 @@ TEST( Timer, OnlyTheFirstInItsQueueWakesTheThread )
     EXPECT_LT( wallClock.timeCalls - before, 30 );
 }
 
-// Threads do to the same timers and to their own what they like. None fires more often than it was scheduled, no schedule
-// is missed while the timer thread looks at its queues, and in the end each timer still works.
+// Threads do to the same timers and to their own what they like. None fires more often than it was scheduled, no
+// schedule is missed while the timer thread looks at its queues, and in the end each timer still works.
 TEST( Timer, ThreadsShareTimers )
 {
     const int                      SHARED = 16, THREADS = 4;
@@ -574,17 +574,10 @@ TEST( Timer, StepsOfTheWallClock )
         timer.reset( qvTimerCreateSignal( fired ) );
     };
 
-    // Forward steps count as time that has passed.
+    // A backward step is no time that has passed: a tenth of a second stays a tenth of a second.
     create();
-    {
-        HeldTimerThread held;
-        qvTimerSchedule( timer, HOUR * 500 );
-        wallClock.step = HOUR * 1000;
-    }
-    qvSignalWait( fired );
-
-    // Backward steps don't: a tenth of a second stays a tenth of a second.
-    create();
+    wallClock.step = 2 * HOUR * 1000;
+    fence();
     {
         HeldTimerThread held;
         qvTimerSchedule( timer, 100 );
@@ -592,18 +585,9 @@ TEST( Timer, StepsOfTheWallClock )
     }
     qvSignalWait( fired );
 
-    // A Time moves with the clock, both ways.
+    // A Time moves with the clock.
     create();
-    qvTimerScheduleAtTime( timer, inSeconds( HOUR ) );
-    fence();
-    EXPECT_TRUE( qvTimerScheduled( timer ) );
-    {
-        HeldTimerThread held;
-        wallClock.step = 2 * HOUR * 1000;
-    }
-    qvSignalWait( fired );
-
-    create();
+    wallClock.step = 2 * HOUR * 1000;
     {
         HeldTimerThread held;
         qvTimerScheduleAtTime( timer, inSeconds( 1 ) );

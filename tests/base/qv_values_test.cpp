@@ -21,8 +21,8 @@
 using qv::Ref;
 using namespace qv::test;
 
-// Threads read one object of each family, lend it one name, and change copies of it, all at the same time. A text that they
-// share is formatted into itself.
+// Threads read one object of each family, lend it one name, and change copies of it, all at the same time. A text that
+// they share is formatted into itself.
 TEST( Values, ThreadsShareObjectsAndChangeCopies )
 {
     Ref< QV_STRING >      name = text( "NAME" ), word = text( "-n" );
@@ -89,7 +89,7 @@ TEST( Values, ThreadsShareObjectsAndChangeCopies )
     EXPECT_EQ( 3, qvVectorLength( argv ) );
 }
 
-// Runs of the library follow each other while threads of theirs end, with keys of their own and inside each other's regions.
+// Runs of the library follow each other while threads of theirs end, with keys of their own, after nested regions.
 TEST( Values, ThreadsEndWhileTheLibraryStops )
 {
     static Ref< QV_REGION > outer, inner;

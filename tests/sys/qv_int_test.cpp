@@ -103,7 +103,6 @@ TEST( Int, BitsAgreeWithCounting )
     }
 
     EXPECT_EQ( 0x3C, qvIntBitSetRange( 0, 5, 2 ) );
-    EXPECT_EQ( -1, qvIntBitSetHighest( 0, 64 ) );
 }
 
 TEST( Int, BoundsComeInEitherOrder )
@@ -127,7 +126,6 @@ TEST( Int, BrokenArgumentsAreReported )
 
     EXPECT_BROKEN( qvIntSortPair( nullptr, &a ), "a" );
     EXPECT_BROKEN( qvIntBitSet( 0, 64 ), "bit < QV_INT_BITS" );
-    EXPECT_BROKEN( qvIntBitSetRange( 0, QV_INT_MAX, 0 ), "b < QV_INT_MAX" );
     EXPECT_BROKEN( qvIntBitSetHighest( 0, 65 ), "highest <= QV_INT_BITS" );
     EXPECT_BROKEN( qvIntDivSaturating( 1, 0 ), "b != 0" );
 }

@@ -12,7 +12,6 @@ TEST( Mem, OnlyTheOrderOfBytesCounts )
 {
     EXPECT_EQ( 1, qvMemCompare( "\xff", "a", 1 ) );
     EXPECT_EQ( -1, qvMemCompareN( "aaaa", "aabz", 2, 2 ) );
-    EXPECT_EQ( 0, qvMemCompare( "same", "samE", 3 ) );
 
     uint8_t byte = 0;
     qvMemSet( &byte, 0x1A5, 1 );
@@ -37,9 +36,7 @@ TEST( Mem, BrokenSizesAreReported )
     EXPECT_BROKEN( qvMemAllocN( QV_INT_MAX / 2 + 1, 2 ), "QV_INT_MUL_OK( count, size )" );
     EXPECT_BROKEN( qvMemRealloc( nullptr, 0 ), "newSize > 0" );
     EXPECT_BROKEN( qvMemReallocN( nullptr, 1, -1 ), "size >= 0" );
-    EXPECT_BROKEN( qvMemSet( nullptr, 0, 1 ), "ptr || size == 0" );
     EXPECT_BROKEN( qvMemCopy( nullptr, &byte, 1 ), "size == 0 || dest" );
-    EXPECT_BROKEN( qvMemCopyN( &byte, &byte, QV_INT_MAX, 3 ), "QV_INT_MUL_OK( count, size )" );
     EXPECT_BROKEN( qvMemCompare( &byte, nullptr, 1 ), "size == 0 || b" );
 }
 

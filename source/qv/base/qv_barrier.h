@@ -23,8 +23,8 @@ QV_API QV_BOOL qvBarrierIsBlocked( QV_BARRIER *barrier );
 QV_API void qvBarrierPass( QV_BARRIER *barrier );
 
 /** The same for so many milliseconds at most; -1 means no limit, 0 tests only. True if the barrier was found open. The
-    limit is measured by qvTimestamp(). A sleep ends by the wall clock, a second from its start or before, so a wall clock
-    that is set back during a sleep delays the answer by as much. Another negative limit ends the process. */
+    limit is measured by qvTimestamp(). A sleep ends by the wall clock, a second from its start or before, so a wall
+    clock that is set back during a sleep delays the answer by as much. Another negative limit ends the process. */
 QV_API QV_BOOL qvBarrierPassTimed( QV_BARRIER *barrier, QV_INT millisec );
 
 /** Closes it; nobody is woken. */

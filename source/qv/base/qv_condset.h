@@ -36,8 +36,8 @@ QV_API QV_INT qvCondsetWaitAny( QV_CONDSET *cs, QV_INT conditions );
 /** Returns when the set is the mask exactly, no condition less or more; gives the mask. 0 at once for an empty mask. */
 QV_API QV_INT qvCondsetWaitAll( QV_CONDSET *cs, QV_INT conditions );
 
-/** The same for so many milliseconds at most, after which the result is 0. The conditions are looked at first, so that a
-    limit of 0 tests only. A change that is under way is waited for in any case. Any negative limit means none. */
+/** The same for so many milliseconds at most, after which the result is 0. The conditions are looked at first, so that
+    a limit of 0 tests only. A change that is under way is waited for in any case. Any negative limit means none. */
 QV_API QV_INT qvCondsetWaitAnyTimed( QV_CONDSET *cs, QV_INT conditions, QV_INT millisec );
 QV_API QV_INT qvCondsetWaitAllTimed( QV_CONDSET *cs, QV_INT conditions, QV_INT millisec );
 

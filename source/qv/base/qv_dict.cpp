@@ -122,11 +122,8 @@ void qv___DictShutdown( void )
 
 void qv::accountForDict( QV_DICT *dict, QV_INT alloc )
 {
-    // What an item counts for in the accounts: its two references.
-    const QV_INT ITEM_SIZE = 2 * sizeof( QV_OBJ * );
-
     dict->alloc = alloc;
-    qv___ObjDbgSetAllocationSizeN( dict, alloc, ITEM_SIZE );
+    qv___ObjDbgSetAllocationSizeN( dict, alloc, ACCOUNTED_DICT_ITEM );
 }
 
 void qv::accountForMore( QV_DICT *dict, QV_INT count )
@@ -201,6 +198,17 @@ void deleteItem( QV_DICT **dict, const Place &place )
 
 /* Creation ------------------------------------------------------------------------------------------------------- */
 
+QV_DICT *qv::createDictWithRoom( QV_INT count )
+{
+    if( count == 0 )
+        return qvDictCreate();
+
+    QV_DICT *dict = createEmpty();
+    makeDictRun( dict, count );
+
+    return dict;
+}
+
 QV_DICT *qvDictCreate( void )
 {
     return qv::retain( qv___DictEmpty );
@@ -216,6 +224,7 @@ QV_DICT *qvDictCreateFrom( QV_DICT *src )
     {
         qv::accountForMore( result, src->length );
         qv::copyItems( result, src );
+        QV_ASSERT( qv::isSoundDict( result ) );
     }
 
     return result;

@@ -77,6 +77,9 @@ bool isSoundIndex( QV_DICT *dict )
 
 bool qv::isSoundDict( QV_DICT *dict )
 {
+    if( dict->length > dict->alloc || qv___ObjDbgAllocationSize( dict ) != dict->alloc * ACCOUNTED_DICT_ITEM )
+        return false;
+
     if( dict->length == 0 )
         return !dict->hasIndex;
 

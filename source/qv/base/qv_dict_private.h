@@ -203,6 +203,9 @@ inline DictItems dictItems( QV_DICT *dict, QV_INT from = 0 )
     return { dict, from };
 }
 
+/** A new Dict without entries that has memory for so many, within reason: for those that are going to be entered. */
+QV_DICT *createDictWithRoom( QV_INT count );
+
 /** Where a key stands or, with `*found` false, the item before which it would. */
 QV_INT searchDict( QV_DICT *dict, QV_OBJ *key, bool *found );
 

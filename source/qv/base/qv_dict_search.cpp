@@ -246,8 +246,8 @@ int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
     return static_cast< int32_t >( base - items );
 }
 
-// Whether a key has the run's prefix, of which as many characters as `known` are known to be the key's too: then 0, else
-// the order of the run's keys and this one.
+// Whether a key has the run's prefix, of which as many characters as `known` are known to be the key's too: then 0,
+// else the order of the run's keys and this one.
 QV_INT compareWithPrefix( Run *run, QV_STRING *key, QV_INT known )
 {
     QV_INT prefix = run->prefix;

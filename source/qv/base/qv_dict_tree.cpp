@@ -286,8 +286,8 @@ void dropIndexOfOne( QV_DICT *dict )
     dict->hasIndex = 0;
 }
 
-// Divides a run. One part keeps the block, the right one if `keepsRight`; the other gets a block of `size`, with the free
-// places at the end that is not the middle.
+// Divides a run. One part keeps the block, the right one if `keepsRight`; the other gets a block of `size`, with the
+// free places at the end that is not the middle.
 void splitRun( Index *index, int32_t at, int32_t leftLength, bool keepsRight, int32_t size )
 {
     Run    *kept   = index->runs->items()[at].run;
@@ -432,10 +432,15 @@ QV_INT qv::dictIndex( QV_DICT *dict, const DictPlace &place )
 
 // The references come in registers: an Item that was just written to the stack field by field and is read from there as
 // a vector makes the processor wait.
+void qv::makeDictRun( QV_DICT *dict, QV_INT count )
+{
+    dict->run = createRun( static_cast< int32_t >( std::min< QV_INT >( count, FULL ) ) );
+}
+
 void qv::enterItem( QV_DICT *dict, const DictPlace &place, QV_OBJ *key, QV_OBJ *value )
 {
     if( !dict->hasIndex && !dict->run )
-        dict->run = createRun( 1 );
+        makeDictRun( dict, 1 );
 
     Run *&run = dictRun( dict, place.run );
 

@@ -1,8 +1,8 @@
 /** @file
     What the parts of Dict share: the search, and runs of items that are changed under their index.
 
-    Changes of runs account for nothing, and release nothing: who takes items out gets their references. So only a search
-    and the end of items call functions of other families. */
+    Changes of runs account for nothing, and release nothing: who takes items out gets their references. So only a
+    search and the end of items call functions of other families. */
 
 #ifndef QV_DICT_TREE_PRIVATE_H
 #define QV_DICT_TREE_PRIVATE_H
@@ -17,8 +17,11 @@
 
 namespace qv
 {
-/** Items that a run has at most, and how many are so few that it is joined with a neighbour. Only the first and the last
-    run may have fewer: entering and deleting at an end leaves its neighbour alone. */
+/** What an item counts for in the accounts: its two references. */
+const QV_INT ACCOUNTED_DICT_ITEM = 2 * sizeof( QV_OBJ * );
+
+/** Items that a run has at most, and how many are so few that it is joined with a neighbour. Only the first and the
+    last run may have fewer: entering and deleting at an end leaves its neighbour alone. */
 const int32_t FULL_DICT_RUN   = 512;
 const int32_t FEW_IN_DICT_RUN = 128;
 
@@ -45,6 +48,9 @@ inline QV___DICT_ITEM &dictItem( QV_DICT *dict, const DictPlace &place )
 /** The place of an index of the Dict, up to its length; and the other way round. */
 DictPlace dictPlace( QV_DICT *dict, QV_INT idx );
 QV_INT    dictIndex( QV_DICT *dict, const DictPlace &place );
+
+/** Gives a Dict that has no run one with room for so many items. */
+void makeDictRun( QV_DICT *dict, QV_INT count );
 
 /** Releases what an item holds. */
 void releaseItem( const QV___DICT_ITEM &item );

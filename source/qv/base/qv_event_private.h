@@ -141,8 +141,13 @@ template< class Event >
 bool holds( Event *event )
 {
     bool happened = event->happened();
-    bool all      = !event->waitBarrier || ( !( happened && Event::ONE_SHOT )
-                                             && happened != static_cast< bool >( qvBarrierIsBlocked( event->waitBarrier ) ) );
+    bool all      = true;
+
+    if( event->waitBarrier )
+    {
+        bool open = !qvBarrierIsBlocked( event->waitBarrier );
+        all       = open == happened && !( happened && Event::ONE_SHOT );
+    }
 
     event->eachKind( [&]( const auto &targets ) { all = all && !( happened && targets.any() ); } );
     return all;
@@ -229,8 +234,8 @@ void delTarget( Event *event, Targets< T > &targets, T *target )
     last = targets.del( target );
 }
 
-/** Defines the functions that add and delete targets of one kind: the argument is `target`, what the event holds of it is
-    `kept`, and it holds it in the field `targets`. */
+/** Defines the functions that add and delete targets of one kind: the argument is `target`, what the event holds of it
+    is `kept`, and it holds it in the field `targets`. */
 #define QV___EVENT_TARGET( Add, Del, EVENT, event, KIND, target, targets, kept )                                       \
     void Add( EVENT *event, KIND *target )                                                                             \
     {                                                                                                                  \

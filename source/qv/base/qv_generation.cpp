@@ -32,8 +32,8 @@ void free( QV_OBJ *thisObj )
     qv::drop( generation->monitor );
     qv::drop( generation->path );
 
-    // Ancestors that nobody else holds end here one by one, each without its parent: a long line would need as many calls
-    // inside each other. A count of 1 is the reference in hand, so nobody can read what is taken out.
+    // Ancestors that nobody else holds end here one by one, each without its parent: a long line would need as many
+    // calls inside each other. A count of 1 is the reference in hand, so nobody can read what is taken out.
     QV_GENERATION *ancestor = std::exchange( generation->parent, nullptr );
 
     while( ancestor && !qv::isShared( ancestor ) )

@@ -7,8 +7,8 @@
             qvGenerationMutexUnregister( mutex, generation );
         }
 
-    Only ancestors are looked for, one by one: a child that is in doesn't keep its parent out. Callable from any thread. Null ends
-    the process. */
+    Only ancestors are looked for, one by one: a child that is in doesn't keep its parent out. Callable from any thread.
+    Null ends the process. */
 
 #ifndef QV_GENERATION_MUTEX_H
 #define QV_GENERATION_MUTEX_H

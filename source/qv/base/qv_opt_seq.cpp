@@ -55,8 +55,8 @@ bool isText( QV_OBJ *object )
 
 /* What remains to be read ---------------------------------------------------------------------------------------- */
 
-// The links lead through all that remains, and runs consist of objects. Looked at where there are few, since it is looked
-// at in every step.
+// The links lead through all that remains, and runs consist of objects. Looked at where there are few, since it is
+// looked at in every step.
 [[maybe_unused]] bool holds( QV_OPT_SEQ *seq )
 {
     const QV_INT FEW = 64;
@@ -295,8 +295,8 @@ QV_INT readLongOption( QV_OPT_SEQ *seq, QV_INT *at )
     return id;
 }
 
-// Objects are passed over as long as options may follow; they are read, in order, when there is nothing else. What comes
-// after an ignored option is left for the next step.
+// Objects are passed over as long as options may follow; they are read, in order, when there is nothing else. What
+// comes after an ignored option is left for the next step.
 QV_INT step( QV_OPT_SEQ *seq )
 {
     const QV_INT length    = seq->length;

@@ -4,6 +4,7 @@
 #include "qv/base/qv_range_map_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/runtime/qv_obj.h"
+#include "qv/runtime/qv_obj_parts_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
@@ -37,10 +38,10 @@ public:
     {
         if( length_ == size_ )
         {
-            QV_OBJ **far =
-                static_cast< QV_OBJ ** >( qvMemReallocN( values_ == near_ ? nullptr : values_, size_ * 2, sizeof( value ) ) );
+            QV_OBJ **old = values_ == near_ ? nullptr : values_;
+            QV_OBJ **far = static_cast< QV_OBJ ** >( qvMemReallocN( old, size_ * 2, sizeof( value ) ) );
 
-            if( values_ == near_ )
+            if( !old )
                 qvMemCopyN( far, near_, length_, sizeof( value ) );
 
             values_ = far;
@@ -265,19 +266,16 @@ QV_INT order( QV_INT a, QV_INT b )
     return ( a > b ) - ( a < b );
 }
 
-QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
 {
-    QV_CHECK( thisObj );
-    QV_CHECK( thatObj );
-
     QV_RANGE_MAP *a      = qvRangeMapFrom( thisObj );
     QV_RANGE_MAP *b      = qvRangeMapFrom( thatObj );
     QV_INT        common = qvIntMin( a->length, b->length );
 
-    for( QV_INT i = 0; i < common; i++ )
+    while( walk->at < common )
     {
-        const Entry &x = a->ranges[i];
-        const Entry &y = b->ranges[i];
+        const Entry &x = a->ranges[walk->at];
+        const Entry &y = b->ranges[walk->at++];
 
         if( QV_INT result = order( x.startingKey, y.startingKey ) )
             return result;
@@ -285,37 +283,40 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
         if( QV_INT result = order( x.endingKey, y.endingKey ) )
             return result;
 
-        if( QV_INT result = qvObjCompare( x.value, y.value ) )
+        if( QV_INT result = qv::comparePart( walk, x.value, y.value ) )
             return result;
     }
 
     return order( a->length, b->length );
 }
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_OBJ *textStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
 {
-    QV_CHECK( thisObj );
+    QV_RANGE_MAP *map = qvRangeMapFrom( thisObj );
 
-    QV_RANGE_MAP        *map = qvRangeMapFrom( thisObj );
-    qv::Ref< QV_STRING > text( qvStringCreateFromCstr( "{", -1 ) );
+    if( walk->at == 0 )
+        qvStringAppendChar( &walk->text, U'{' );
 
-    for( QV_INT i = 0; i < map->length; i++ )
+    while( walk->at < map->length )
     {
-        const Entry &range = map->ranges[i];
+        if( walk->at > 0 )
+            qvStringAppendChars( &walk->text, U", ", 2 );
 
-        if( i > 0 )
-            qvStringAppendCstr( text.at(), ", ", -1 );
+        const Entry &range = map->ranges[walk->at++];
+        qvStringAppendFormatCstr( &walk->text, "[%i,%i]=", -1, range.startingKey, range.endingKey );
 
-        qvStringAppendFormatCstr( text.at(), "[%i,%i]=%o", -1, range.startingKey, range.endingKey, range.value );
+        if( QV_OBJ *part = qv::textPart( walk, range.value ) )
+            return part;
     }
 
-    qvStringAppendChar( text.at(), U'}' );
+    qvStringAppendChar( &walk->text, U'}' );
 
-    return text.give();
+    return nullptr;
 }
 } // namespace
 
-QV___FAMILY( RangeMap, QV_RANGE_MAP, freeMap, compare, toString )
+QV___FAMILY_OF_PARTS(
+    RangeMap, QV_RANGE_MAP, freeMap, qv::compareByParts, qv::textByParts, compareStep, textStep )
 
 /* Creation ------------------------------------------------------------------------------------------------------- */
 

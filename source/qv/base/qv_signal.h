@@ -6,9 +6,10 @@
         qvSignalWait( ready );
 
     Targets. Threads wait for a signal, and signalables, further signals, alerts and barriers can be added to it as
-    targets. The assertion fires each of them once, but for the case below, and the signal then holds no target any more;
-    a target that comes later is fired by the call that adds it. Either way none is missed. The signal keeps a reference to its targets
-    until then. Firing asserts a signal, sets an alert and opens a barrier; for a signalable see qv_signalable.h.
+    targets. The assertion fires each of them once, but for the case that is told below where they are added, and the
+    signal then holds no target any more; a target that comes later is fired by the call that adds it. Either way none is
+    missed. The signal keeps a reference to its targets until then. Firing asserts a signal, sets an alert and opens a
+    barrier; for a signalable see qv_signalable.h.
 
     Order. Targets fire on the thread that asserts, before qvSignalAssert() returns: signalables, signals, alerts,
     barriers, and within a kind the first that was added before the others. The signal's monitor is held all the while,
@@ -18,8 +19,8 @@
 
     A chain of events fires, and ends, on one stack: each link takes some of it.
 
-    Who waits or asserts holds a reference to the signal until the call returns: one that ends unasserted wakes nobody and
-    fires nothing. Callable from any thread. Null ends the process. */
+    Who waits or asserts holds a reference to the signal until the call returns: one that ends unasserted wakes nobody
+    and fires nothing. Callable from any thread. Null ends the process. */
 
 #ifndef QV_SIGNAL_H
 #define QV_SIGNAL_H

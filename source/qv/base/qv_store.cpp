@@ -10,6 +10,7 @@
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_int.h"
 #include "qv/sys/qv_levels_private.h"
 
 #include <algorithm>
@@ -203,6 +204,15 @@ bool qv::isSoundStore( QV_STORE *store, QV_STRING *address )
 QV_STORE *qvStoreCreate( void )
 {
     return createStore( qvDictCreate(), qvDictCreate(), qvDictCreate() );
+}
+
+QV_STORE *qv::createStoreLike( QV_STORE *other )
+{
+    const QV_INT MOST = 32; // entries of each kind
+
+    const auto like = []( QV_DICT *dict ) { return createDictWithRoom( qvIntMin( dict->length, MOST ) ); };
+
+    return createStore( like( other->addresses ), like( other->values ), like( other->stores ) );
 }
 
 QV_STORE *qvStoreCreateFrom( QV_STORE *source )

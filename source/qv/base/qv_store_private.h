@@ -56,6 +56,10 @@ using StoreTable = QV_DICT *QV_STORE::*;
 constexpr StoreTable STORE_VALUES = &QV_STORE::values;
 constexpr StoreTable STORE_STORES = &QV_STORE::stores;
 
+/** A new store without entries, with memory for as many as another one has, though not for very many: documents repeat
+    the same few. */
+QV_STORE *createStoreLike( QV_STORE *other );
+
 /** Sets an entry of a store that nobody else holds. Everything is borrowed. */
 void setInStore( QV_STORE *store, StoreTable table, QV_STRING *address, QV_OBJ *value );
 

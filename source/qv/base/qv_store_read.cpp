@@ -147,7 +147,7 @@ QV_INT order( QV_STRING *address, Span< Unit > text )
 
 /* Escapes -------------------------------------------------------------------------------------------------------- */
 
-const QV_INT ESCAPE_UNITS = 6; // behind the percent sign
+const QV_INT ESCAPE_UNITS = 6; // after the percent sign
 
 // A character of its code in an escape: a number to the base 16 that takes up all the units, in any form in which such
 // a number is read, with a sign and white space too.
@@ -395,7 +395,7 @@ private:
         bool             found   = false;
         QV_INT           idx     = 0;
 
-        if( !isBehind( text, stores ) )
+        if( !comesAfter( text, stores ) )
             idx = qv::searchDict( stores, address.address, &found );
 
         if( found )
@@ -408,7 +408,8 @@ private:
         }
         else
         {
-            QV_STORE *store    = qvStoreCreate();
+            QV_STORE *before   = stores_[level + 1]; // mostly of the same kind
+            QV_STORE *store    = before ? qv::createStoreLike( before ) : qvStoreCreate();
             addresses_[level]  = set( level, qv::STORE_STORES, text, address, store );
             stores_[level + 1] = store;
         }
@@ -435,7 +436,7 @@ private:
         bool      found     = false;
 
         // Most lines come in the order of their addresses.
-        if( !isBehind( text, addresses ) )
+        if( !comesAfter( text, addresses ) )
             idx = qv::searchDict( addresses, address.address, &found );
 
         if( !found )
@@ -464,9 +465,9 @@ private:
         return known;
     }
 
-    // Whether an address stands behind all that a Dict has.
+    // Whether an address comes after all that a Dict has.
     template< class Unit >
-    static bool isBehind( Span< Unit > text, QV_DICT *dict )
+    static bool comesAfter( Span< Unit > text, QV_DICT *dict )
     {
         return dict->length == 0 ||
                order( static_cast< QV_STRING * >( qv::dictItem( dict, dict->length - 1 ).key ), text ) < 0;
@@ -487,9 +488,9 @@ private:
     Addresses           known_;
 
     // The stores that the last lines went down to, each held by the one above it, and their addresses in that. Of the
-    // stores the first open_ + 1 count, of the addresses the first open_.
-    QV_INT     open_ = 0;
-    QV_STORE  *stores_[QV_STORE_MAX_DEPTH + 1];
+    // stores the first open_ + 1 count, of the addresses the first open_; further stores are those of lines before.
+    QV_INT     open_                            = 0;
+    QV_STORE  *stores_[QV_STORE_MAX_DEPTH + 1] = {};
     QV_STRING *addresses_[QV_STORE_MAX_DEPTH];
 };
 

@@ -17,8 +17,8 @@
 
 #include <algorithm>
 
-// What it fires is written once. `sched` says whether the timer is to fire; `schedAbs` and `schedRel` say in which queue
-// it stands, and may stay set when it is no more to fire.
+// What it fires is written once. `sched` says whether the timer is to fire; `schedAbs` and `schedRel` say in which
+// queue it stands, and may stay set when it is no more to fire.
 struct QV___TIMER_CLOSURE : qv::QueuedTimer // schedRel is guarded by timerMonitor too
 {
     qv::Action action; // with references of its own
@@ -37,7 +37,7 @@ using Closure = QV___TIMER_CLOSURE;
 
 namespace
 {
-QV_MONITOR    *timerMonitor       = nullptr; // guards the queues, timerWake and timerThreadAbort; never held while firing
+QV_MONITOR    *timerMonitor       = nullptr; // guards both queues, timerWake and timerThreadAbort; not held while firing
 qv::TimerQueue timerRelQueue      = {};      // by timestamp
 QV_DICT       *timerAbsDict       = nullptr; // from Time to closure
 QV_BARRIER    *timerThreadBarrier = nullptr; // the timer thread sleeps here
@@ -243,7 +243,7 @@ Closure *takeAbsolute( QV_INT *wait )
     return nullptr;
 }
 
-// Fires, in the order that `take` gives, all that is due. True if there was any; else `*wait` is the time until the next.
+// Fires all that is due, in the order that `take` gives. True if there was any; `*wait` is the time until the next.
 template< class Take >
 bool fireDue( Take take, QV_INT *wait )
 {
@@ -356,8 +356,8 @@ QV_TIMER *qv___TimerCreateAbort( void )
 
 namespace
 {
-// Queues a closure by a timestamp, with the monitor held. True if it is the next one there now: then the timer thread has
-// to be told.
+// Queues a closure by a timestamp, with the monitor held. True if it is the next one there now: then the timer thread
+// has to be told.
 //
 // Otherwise it need not be, since it looks at the queue when the first timer is due or before.
 bool scheduleRelative( Closure *tcl, QV_INT due )

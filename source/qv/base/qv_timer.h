@@ -25,9 +25,9 @@
     of its callback lives until the callback is through.
 
     Costs. Scheduling, firing and releasing take steps in the order of the logarithm of how many timers are scheduled,
-    and the thread is woken only for a timer that is the next one of its kind, with a delay or a timestamp or with a Time.
-    Times are compared, and stand in a Dict with its costs. Unscheduling and asking take no lock; an unscheduled timer
-    keeps its place, unseen, until its time or until it is released.
+    and the thread is woken only for a timer that is the next one of its kind, with a delay or a timestamp or with a
+    Time. Times are compared, and stand in a Dict with its costs. Unscheduling and asking take no lock; an unscheduled
+    timer keeps its place, unseen, until its time or until it is released.
 
     Stop. Before the library stops every timer must have fired or have been released; one that is still in its place
     ends the process.

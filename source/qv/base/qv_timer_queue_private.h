@@ -15,12 +15,12 @@ struct QueuedTimer : QV_OBJ
     QV_INT  relIdx;   // at this index, if it does
 };
 
-/** A heap: no entry comes before its parent, so that the first one is the next that is due. A timer knows its index, and
-    a change touches only the entries between there and the root or a leaf. A sorted array would have to move all entries
-    after the one that goes; timers go from anywhere, and in great numbers.
+/** A heap: no entry comes before its parent, so that the first one is the next that is due. A timer knows its index,
+    and a change touches only the entries between there and the root or a leaf. A sorted array would have to move all
+    entries after the one that goes; timers go from anywhere, and in great numbers.
 
-    The queue holds no references: a timer is taken out before it ends. Timers of one timestamp come in the order of their
-    unique numbers, by which qvObjCompare() orders them. */
+    The queue holds no references: a timer is taken out before it ends. Timers of one timestamp come in the order of
+    their unique numbers, by which qvObjCompare() orders them. */
 struct TimerQueue
 {
     struct Entry

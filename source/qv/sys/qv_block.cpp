@@ -6,8 +6,8 @@ namespace
 {
 const QV_INT FEW = 256; // bytes that are moved without a thought
 
-// Copies or moves the contents to `to`, with the gap in them. Within the same memory, the part that moves onto the place
-// of the other one waits until that has gone.
+// Copies or moves the contents to `to`, with the gap in them. Within the same memory, the part that moves onto the
+// place of the other one waits until that has gone.
 void transfer( char *to, const char *from, const qv::BlockChange &change )
 {
     if( change.length == 0 )
