@@ -406,6 +406,12 @@ struct BufferWalk : qv::fuzz::Walk
         QV_INT few = std::min< QV_INT >( count, 64 );
         require( bitsOf( qvBufferBitReadBits( slot.ref, offset, few ), few ) == part( range, 0, few ) );
 
+        // What lies behind the last bit does not count.
+        Ref< QV_BUFFER > start( qvBufferBitRead( slot.ref, 0, count ) ), cut( qvBufferCreateFrom( slot.ref ) );
+        qvBufferBitDelTrailing( cut.at(), length - count );
+        require(
+            qvBufferCompare( start, cut ) == 0 && qvBufferCompare( start, slot.ref ) == ( count == length ? 0 : -1 ) );
+
         const Bits &a = slot.model.bits, &b = other.model.bits;
         require( qvBufferCompare( slot.ref, other.ref ) == ( a == b ? 0 : a < b ? -1 : 1 ) );
         require( qvBufferLength( slot.ref ) == length / 8 && qvBufferBitIsAligned( slot.ref ) == ( length % 8 == 0 ) );

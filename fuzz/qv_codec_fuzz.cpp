@@ -178,10 +178,10 @@ struct CodecWalk : qv::fuzz::Walk
 
     void decode()
     {
-        static const char *const PIECES[] = { "\xEF\xBB\xBF",     "\xF0\x9F\x98\x80", "\xC0\x80", "\xED\xA0\x80",
-                                              "\xF4\x90\x80\x80", "\xFF\xFE",         "\xFE\xFF", "\xD8\x3D\xDE\x00",
-                                              "\x3D\xD8\x01\xDE", "\xE2\x82",         "\xC3",     "abc",
-                                              "\xC3\xA9\xC3\xA9", "\x80\x80",         "\xF8",     "\xFB" };
+        static const char *const PIECES[] = {
+            "\xEF\xBB\xBF", "\xF0\x9F\x98\x80", "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xFF\xFE",
+            "\xFE\xFF", "\xD8\x3D\xDE\x00", "\xDB\xFF\xDF\xFD", "\xFF\xDB\xFD\xDF", "\x3D\xD8\x01\xDE", "\xE2\x82",
+            "\xC3", "abc", "\xC3\xA9\xC3\xA9", "\x80\x80", "\xF8", "\xFB" };
         QV_INT  charset = in.below( 3 ) ? QV_CHARSET_UTF_8 + in.below( 7 ) : in.below( QV_CHARSET_UTF_8 );
         QV_INT  flags   = in.below( 8 );
         Decoder model{ flags & IGNORE ? flags & ~ABORT : flags, {} };

@@ -220,6 +220,8 @@ struct Parser
     }
 };
 
+const char *const NAMES[] = { "a", "al", "all", "alpha", "beta", "b", "be", "file", "fil", "verbose", "ver" };
+
 struct OptWalk : qv::fuzz::Walk
 {
     using Walk::Walk;
@@ -240,9 +242,26 @@ struct OptWalk : qv::fuzz::Walk
 
     Text name()
     {
-        static const char *const NAMES[] = { "a",  "al",   "all", "alpha",   "beta", "b",
-                                             "be", "file", "fil", "verbose", "ver" };
         return wide( NAMES[in.below( std::size( NAMES ) )] );
+    }
+
+    // A definition of some use: every letter and name, and flags for all ids.
+    void defineAll()
+    {
+        Slot &slot = slots.any( in );
+
+        for( size_t i = 0; i < std::size( NAMES ); i++ )
+        {
+            Text   text = wide( NAMES[i] );
+            QV_INT id   = static_cast< QV_INT >( i ) % 6;
+
+            qvOptDefSetShortOpt( slot.ref.at(), text[0], id );
+            qvOptDefSetLongOpt( slot.ref.at(), stringOf( text ), id );
+            slot.model.shorts[text[0]] = slot.model.longs[text] = id;
+            qvOptDefSetFlags( slot.ref.at(), id, slot.model.flags[id] = in.below( 16 ) );
+        }
+
+        qvOptDefSetReorder( slot.ref.at(), slot.model.reorder = in.flag() );
     }
 
     void define()
@@ -382,6 +401,6 @@ struct OptWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    OptWalk, { "share", &OptWalk::share }, { "copy", &OptWalk::copy }, { "define", &OptWalk::define },
-    { "define", &OptWalk::define }, { "define", &OptWalk::define }, { "parse", &OptWalk::parse },
-    { "parse", &OptWalk::parse } )
+    OptWalk, { "share", &OptWalk::share }, { "copy", &OptWalk::copy }, { "defineAll", &OptWalk::defineAll },
+    { "define", &OptWalk::define }, { "define", &OptWalk::define }, { "define", &OptWalk::define },
+    { "parse", &OptWalk::parse }, { "parse", &OptWalk::parse } )

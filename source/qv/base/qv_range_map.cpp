@@ -165,9 +165,10 @@ void collapse( QV_RANGE_MAP **map, QV_INT first, QV_INT last, Gone *gone )
 
     qv::goOnWith( map, held );
 
+    qv::makePrivate( map, qvRangeMapCreateFrom );
+
     if( joined > 0 )
     {
-        qv::makePrivate( map, qvRangeMapCreateFrom );
         Entry *kept = (*map)->ranges + first;
 
         for( QV_INT i = first + 1; i <= last; i++ )
@@ -186,6 +187,8 @@ void collapse( QV_RANGE_MAP **map, QV_INT first, QV_INT last, Gone *gone )
 
         closeGap( *map, last + 1 - joined, joined );
     }
+    else
+        compact( *map );
 
     if( joins != near )
         qvMemFree( joins );
