@@ -481,6 +481,29 @@ TEST( Dict, CostsNoMoreThanTheLogarithmInAnyOrder )
     }
 }
 
+TEST( Dict, DividesItsItemsSeldomWhereAnEndMovesToAndFro )
+{
+    for( QV_INT step : { 1, -1 } )
+    {
+        Ref< QV_DICT > dict( qvDictCreate() );
+
+        for( QV_INT i = 0; i < 2000; i++ )
+        {
+            qvDictSetIntKey( dict.at(), i * step, boxed( i ) );
+            QV_INT divided = 0;
+
+            for( QV_INT k = 0; k < 40 && dict->hasIndex; k++ )
+            {
+                QV_INT runs = dict->index->runs->length, key = ( i + 1 + ( k + 1 ) / 2 % 2 ) * step;
+                k % 4 < 2 ? qvDictSetIntKey( dict.at(), key, boxed( k ) ) : qvDictDelIntKey( dict.at(), key );
+                divided += dict->index->runs->length > runs;
+            }
+
+            ASSERT_GE( 1, divided ) << i;
+        }
+    }
+}
+
 TEST( Dict, SetsCostTheSmallerOneOrTheirSum )
 {
     Ref< QV_DICT > few( qvDictCreate() ), even( qvDictCreate() ), odd( qvDictCreate() );
