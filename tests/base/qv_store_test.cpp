@@ -513,7 +513,7 @@ TEST( Store, DocumentsTakeMemoryInProportion )
     {
         std::string ports, records, chains, again; // in the last one a full chain is named before each new one
 
-        for( int i = 0; i < 64 * 99; i++ )
+        for( int i = 0; i < 64 * 20; i++ )
             again += repeat( "a.", i / 64 ) + ( i % 2 ? "v" : "s" ) + std::to_string( i % 64 ) + ( i % 2 ? "=\n" : ".\n" );
 
         for( int i = 0; i < lines; i++ )
@@ -522,7 +522,7 @@ TEST( Store, DocumentsTakeMemoryInProportion )
             ports += "port-" + std::to_string( i ) + "=8080\n";
             records += "rec-" + std::to_string( i / 3 ) + fields[i % 3];
             chains += i % 100 ? "" : "x" + std::to_string( i ) + repeat( ".a", 99 ) + ".\n";
-            again += i % 25 ? "" : repeat( "a.", 98 ) + "\nx" + std::to_string( i ) + repeat( ".a", 98 ) + ".\n";
+            again += i % 10 ? "" : repeat( "a.", 19 ) + "\nx" + std::to_string( i ) + repeat( ".a", 18 ) + ".\n";
         }
 
         // How many bytes are allocated for one of the text.
