@@ -43,10 +43,10 @@ bool isPrintedAtOnce = false;
 // What was wrong when the standard output could not be written for the first time, or 0.
 int outputError = 0;
 
-// Takes note of the result of a call that writes to a stream.
-void note( FILE *stream, bool ok )
+// Takes note of the result of a call that writes to the standard output.
+void note( bool ok )
 {
-    if( ok || stream != stdout || outputError != 0 )
+    if( ok || outputError != 0 )
         return;
 
     outputError = errno ? errno : EIO;
@@ -55,9 +55,46 @@ void note( FILE *stream, bool ok )
         endByBrokenPipe();
 }
 
-void writeBytes( FILE *stream, const char *bytes, size_t count )
+// What is printed on its way to the standard output. The stream of the C library would lose what is in work when a call
+// is interrupted.
+char   held[65536];
+QV_INT heldCount = 0;
+
+void flushOutput()
 {
-    note( stream, fwrite( bytes, 1, count, stream ) == count );
+    // What a module has written to that stream stands in front.
+    note( fflush( stdout ) == 0 );
+
+    if( outputError == 0 )
+        note( writeOutput( held, heldCount ) );
+
+    heldCount = 0;
+}
+
+void writeBytes( FILE *stream, const char *bytes, QV_INT count )
+{
+    if( stream != stdout )
+    {
+        fwrite( bytes, 1, static_cast< size_t >( count ), stream );
+        return;
+    }
+
+    while( count > 0 )
+    {
+        QV_INT step = qvIntMin( count, QV_INT( sizeof( held ) ) - heldCount );
+        memcpy( held + heldCount, bytes, static_cast< size_t >( step ) );
+        heldCount += step;
+        bytes += step;
+        count -= step;
+
+        if( heldCount == sizeof( held ) )
+            flushOutput();
+    }
+}
+
+void writeCstr( FILE *stream, const char *text )
+{
+    writeBytes( stream, text, static_cast< QV_INT >( strlen( text ) ) );
 }
 
 void writeUtf8( FILE *stream, const QV_CHAR *chs, QV_INT length )
@@ -69,7 +106,7 @@ void writeUtf8( FILE *stream, const QV_CHAR *chs, QV_INT length )
     {
         QV_INT count = length - i < step ? length - i : step;
         QV_INT bytes = qvCharsConvertToUtf8( piece, sizeof( piece ), chs + i, count, QV_FALSE );
-        writeBytes( stream, piece, static_cast< size_t >( bytes ) );
+        writeBytes( stream, piece, bytes );
     }
 }
 
@@ -85,7 +122,7 @@ void printLine( const QV_CHAR *chs, QV_INT length )
     writeBytes( printStream, "\n", 1 );
 
     if( isPrintedAtOnce )
-        note( printStream, fflush( printStream ) == 0 );
+        flushOutput();
 }
 
 // The tool that a word names, by the rules of the switch: in full or by a unique beginning.
@@ -157,15 +194,23 @@ bool asksForUsage( const Tool &tool, QV_VECTOR *words )
 
 void tellUsage( FILE *stream, const char *command, const Tool &tool )
 {
-    fprintf( stream, "usage: %s %s%s%s\n", command, tool.name, *tool.arguments ? " " : "", tool.arguments );
+    for( const char *part : { "usage: ", command, " ", tool.name, *tool.arguments ? " " : "", tool.arguments, "\n" } )
+        writeCstr( stream, part );
 }
 
 void listTools( FILE *stream, const char *command, const Tool *tools, int count )
 {
-    fprintf( stream, "usage: %s TOOL ARGUMENT...\n\n", command );
+    for( const char *part : { "usage: ", command, " TOOL ARGUMENT...\n\n" } )
+        writeCstr( stream, part );
 
     for( int i = 0; i < count; i++ )
-        fprintf( stream, "  %-9s %s\n", tools[i].name, tools[i].line );
+    {
+        char name[16];
+        snprintf( name, sizeof( name ), "  %-9s ", tools[i].name );
+
+        for( const char *part : { static_cast< const char * >( name ), tools[i].line, "\n" } )
+            writeCstr( stream, part );
+    }
 }
 } // namespace
 
@@ -181,7 +226,7 @@ void printAtOnce()
 
 bool put( const char *bytes, QV_INT count )
 {
-    writeBytes( stdout, bytes, static_cast< size_t >( count ) );
+    writeBytes( stdout, bytes, count );
     return outputError == 0;
 }
 
@@ -382,7 +427,8 @@ bool isOutputComplete( const Tool *tool )
 {
     bool hasFailed = ferror( stdout );
     errno          = 0;
-    note( stdout, fflush( stdout ) == 0 && hasOutputArrived() );
+    flushOutput();
+    note( hasOutputArrived() );
 
     if( outputError == 0 && !hasFailed )
         return true;
@@ -405,7 +451,8 @@ int main( int argc, char **argv )
     // Most tools need no files of the product, and start faster without.
     const Tool *tool = argc > 1 ? findTool( TOOLS, TOOL_COUNT, argv[1] ) : nullptr;
 
-    printStream = stdout;
+    printStream     = stdout;
+    isPrintedAtOnce = isOutputTerminal();
     startRuntime( tool ? tool->runtimeFlags : QV_RUNTIME_FLAG_MINIMAL, printLine );
 
     Context context;

@@ -80,6 +80,12 @@ const char *replaceFile( FileReplacement *replacement, QV_STRING *fn, QV_BUFFER 
     can be kept, and no rights to anybody who had none. False for a failure, of which `errno` tells. */
 bool takeOverRights( int file, const char *old );
 
+/** True if somebody may look at the standard output as it comes. */
+bool isOutputTerminal();
+
+/** Writes bytes to the standard output. False for a failure, of which `errno` tells. */
+bool writeOutput( const void *bytes, QV_INT count );
+
 /** False, with the reason in `errno`, if what has been written to the standard output cannot be stored, as some systems
     tell not before it is closed. It stays open. */
 bool hasOutputArrived();

@@ -37,6 +37,34 @@ const int  LOCK_PAUSES            = 12000; // a minute
 // over.
 const unsigned BESIDE_NAMES = 1000;
 
+// Repeats a call of the system as long as it is interrupted. It gives -1 for a failure.
+template< class Call >
+auto uninterrupted( Call call )
+{
+    decltype( call() ) result;
+
+    do
+        result = call();
+    while( result < 0 && errno == EINTR );
+
+    return result;
+}
+
+int openFile( const char *name, int flags, mode_t mode = 0 )
+{
+    return uninterrupted( [=] { return open( name, flags | O_CLOEXEC, mode ); } );
+}
+
+bool lockExclusively( int file, int flags = 0 )
+{
+    return uninterrupted( [=] { return flock( file, LOCK_EX | flags ); } ) == 0;
+}
+
+bool cutTo( int file, off_t size )
+{
+    return uninterrupted( [=] { return ftruncate( file, size ); } ) == 0;
+}
+
 // A name of the operating system, freed at the end of the scope.
 class Name
 {
@@ -121,6 +149,15 @@ int inheritedDescriptor( const struct stat &file, bool *writable )
     return found;
 }
 
+// The name of a file that a link may lead to, to be freed; null for a failure, of which `errno` tells. What is no link
+// keeps its name, since not everybody may follow the folders from the root on.
+char *resolved( const char *name )
+{
+    struct stat status;
+
+    return lstat( name, &status ) == 0 && !S_ISLNK( status.st_mode ) ? strdup( name ) : realpath( name, nullptr );
+}
+
 // The folder of a file, to be freed.
 char *folderOf( const char *target )
 {
@@ -139,7 +176,7 @@ int openNameless( const char *target, mode_t mode )
     int   file   = -1;
 
     if( folder && access( OWN_FILES, X_OK ) == 0 )
-        file = open( folder, O_TMPFILE | O_RDWR | O_CLOEXEC, mode );
+        file = openFile( folder, O_TMPFILE | O_RDWR, mode );
 
     free( folder );
     return file;
@@ -166,22 +203,22 @@ char *besideName( const char *target, unsigned number )
     return asprintf( &name, "%.*s%s", static_cast< int >( folder + length ), target, suffix ) < 0 ? nullptr : name;
 }
 
-// Locks a file against other runs. The lock is not that of flock(1), under which this may run, save for a file that is
-// open for reading only, which can have no other.
+// Locks a file against other runs. The lock is not that of flock(1), under which this may run. A file that is open for
+// reading only can have no more of it than what keeps those out that may write; flock keeps out the others.
 bool tryLock( int file, bool isWritable )
 {
     struct flock whole = {};
-    whole.l_type       = F_WRLCK;
+    whole.l_type       = isWritable ? F_WRLCK : F_RDLCK;
     whole.l_whence     = SEEK_SET;
 
-    return isWritable ? fcntl( file, F_OFD_SETLK, &whole ) == 0 : flock( file, LOCK_EX | LOCK_NB ) == 0;
+    return fcntl( file, F_OFD_SETLK, &whole ) == 0 && ( isWritable || lockExclusively( file, LOCK_NB ) );
 }
 
 // Deletes what a run that was killed has left under a name beside a file: a run that lives holds its lock.
 bool clearAway( const char *name )
 {
-    int  file    = open( name, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK );
-    bool cleared = file >= 0 && flock( file, LOCK_EX | LOCK_NB ) == 0 && isNameOf( name, file ) && unlink( name ) == 0;
+    int  file    = openFile( name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK );
+    bool cleared = file >= 0 && lockExclusively( file, LOCK_NB ) && isNameOf( name, file ) && unlink( name ) == 0;
 
     if( file >= 0 )
         close( file );
@@ -223,7 +260,7 @@ char *nameBeside( int file, const char *target )
 {
     char own[64];
     snprintf( own, sizeof( own ), "%s/%d", OWN_FILES, file );
-    flock( file, LOCK_EX );
+    lockExclusively( file );
 
     return takeName(
         target,
@@ -237,13 +274,13 @@ char *createBeside( int *file, const char *target, mode_t mode )
         target,
         [file, mode]( const char *name )
         {
-            *file = open( name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode );
+            *file = openFile( name, O_RDWR | O_CREAT | O_EXCL, mode );
 
             if( *file < 0 )
                 return false;
 
             // Until it is locked another run may clear it away.
-            flock( *file, LOCK_EX );
+            lockExclusively( *file );
 
             if( isNameOf( name, *file ) )
                 return true;
@@ -255,28 +292,28 @@ char *createBeside( int *file, const char *target, mode_t mode )
         } );
 }
 
+// Brings to the disk what a file or folder holds; where there is nothing to bring all is there.
+bool isSynced( int file )
+{
+    return uninterrupted( [=] { return fsync( file ); } ) == 0 || errno == EINVAL || errno == EROFS;
+}
+
 bool isFolderSynced( const char *target )
 {
     char *name   = folderOf( target );
-    int   folder = name ? open( name, O_RDONLY | O_DIRECTORY | O_CLOEXEC ) : -1;
+    int   folder = name ? openFile( name, O_RDONLY | O_DIRECTORY ) : -1;
     free( name );
 
-    // Who may write a folder need not be able to read it, and not every file system has something to bring to the disk.
+    // Who may write a folder need not be able to read it.
     if( folder < 0 )
         return true;
 
-    bool synced = fsync( folder ) == 0 || errno == EINVAL || errno == EROFS;
+    bool synced = isSynced( folder );
     int  error  = errno;
     close( folder );
     errno = error;
 
     return synced;
-}
-
-// Where there is nothing to bring to the disk all is there.
-bool isSynced( int file )
-{
-    return fsync( file ) == 0 || errno == EINVAL || errno == EROFS;
 }
 
 bool writeAll( int file, const void *bytes, QV_INT count )
@@ -285,10 +322,7 @@ bool writeAll( int file, const void *bytes, QV_INT count )
 
     while( count > 0 )
     {
-        ssize_t written = write( file, from, static_cast< size_t >( count ) );
-
-        if( written < 0 && errno == EINTR )
-            continue;
+        ssize_t written = uninterrupted( [=] { return write( file, from, static_cast< size_t >( count ) ); } );
 
         if( written <= 0 )
         {
@@ -305,6 +339,19 @@ bool writeAll( int file, const void *bytes, QV_INT count )
     return true;
 }
 
+// Asks for room behind the end of a file; not for what lies before, which the C library reads where the file system has
+// no such call, and the file may be open for writing only. Gives an error, or 0.
+int reserve( int file, off_t from, off_t to )
+{
+    int error;
+
+    do
+        error = to > from ? posix_fallocate( file, from, to - from ) : 0;
+    while( error == EINTR );
+
+    return error == EOPNOTSUPP || error == EINVAL ? 0 : error;
+}
+
 // Copies all of one file over another one. The room is asked for first, so that a full disk leaves the old content.
 bool copyOver( int from, int to )
 {
@@ -313,30 +360,22 @@ bool copyOver( int from, int to )
     if( fstat( from, &source ) != 0 || fstat( to, &target ) != 0 || lseek( from, 0, SEEK_SET ) != 0 )
         return false;
 
-    int error = source.st_size > target.st_size ? posix_fallocate( to, 0, source.st_size ) : 0;
-
-    if( error != 0 && error != EOPNOTSUPP && error != EINVAL )
+    if( int error = reserve( to, target.st_size, source.st_size ) )
     {
-        if( ftruncate( to, target.st_size ) != 0 )
-            return false;
+        if( cutTo( to, target.st_size ) )
+            errno = error;
 
-        errno = error;
         return false;
     }
 
     char    bytes[4096];
     ssize_t count;
 
-    while( ( count = read( from, bytes, sizeof( bytes ) ) ) != 0 )
-    {
-        if( count < 0 && errno == EINTR )
-            continue;
-
+    while( ( count = uninterrupted( [&] { return read( from, bytes, sizeof( bytes ) ); } ) ) != 0 )
         if( count < 0 || !writeAll( to, bytes, count ) )
             return false;
-    }
 
-    return ftruncate( to, source.st_size ) == 0 && isSynced( to );
+    return cutTo( to, source.st_size ) && isSynced( to );
 }
 } // namespace
 
@@ -360,6 +399,16 @@ void endByBrokenPipe()
     _exit( 128 + SIGPIPE );
 }
 
+bool isOutputTerminal()
+{
+    return isatty( STDOUT_FILENO ) != 0;
+}
+
+bool writeOutput( const void *bytes, QV_INT count )
+{
+    return writeAll( STDOUT_FILENO, bytes, count );
+}
+
 bool hasOutputArrived()
 {
     int copy = fcntl( STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1 );
@@ -379,7 +428,7 @@ int openInput( QV_STRING *fn, const char **reason )
     if( isStandardStream( fn ) )
         return STDIN_FILENO;
 
-    int file = open( Name( fn ).text(), O_RDONLY | O_CLOEXEC );
+    int file = openFile( Name( fn ).text(), O_RDONLY );
 
     if( file < 0 )
         *reason = strerror( errno );
@@ -395,11 +444,7 @@ void closeInput( int file )
 
 QV_INT readInput( int file, void *bytes, QV_INT count, const char **reason )
 {
-    ssize_t got;
-
-    do
-        got = read( file, bytes, static_cast< size_t >( count ) );
-    while( got < 0 && errno == EINTR );
+    ssize_t got = uninterrupted( [=] { return read( file, bytes, static_cast< size_t >( count ) ); } );
 
     if( got < 0 )
         *reason = strerror( errno );
@@ -456,10 +501,10 @@ const char *FileReplacement::lock( QV_STRING *fn )
 
     for( int pauses = 0; pauses < LOCK_PAUSES; )
     {
-        const int FLAGS      = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-        bool      isWritable = ( locked_ = open( name.text(), O_RDWR | FLAGS ) ) >= 0;
+        const int FLAGS      = O_NONBLOCK | O_NOCTTY;
+        bool      isWritable = ( locked_ = openFile( name.text(), O_RDWR | FLAGS ) ) >= 0;
 
-        if( !isWritable && ( locked_ = open( name.text(), O_RDONLY | FLAGS ) ) < 0 )
+        if( !isWritable && ( locked_ = openFile( name.text(), O_RDONLY | FLAGS ) ) < 0 )
             return nullptr;
 
         while( !tryLock( locked_, isWritable ) )
@@ -513,7 +558,7 @@ const char *FileReplacement::begin( QV_STRING *fn )
     if( inherited >= 0 && isWritable && !isRead_ )
         file_ = fcntl( inherited, F_DUPFD_CLOEXEC, STDERR_FILENO + 1 );
     else if( exists && !S_ISREG( old.st_mode ) )
-        file_ = open( name.text(), O_WRONLY | O_CLOEXEC | O_NOCTTY );
+        file_ = openFile( name.text(), O_WRONLY | O_NOCTTY );
     else if( inherited >= 0 )
     {
         way_    = OVER;
@@ -539,7 +584,7 @@ const char *FileReplacement::prepareBeside( const char *name, bool exists )
     mode_t mode = exists ? 0600 : 0666;
 
     way_    = BESIDE;
-    target_ = exists ? realpath( name, nullptr ) : strdup( name );
+    target_ = exists ? resolved( name ) : strdup( name );
     file_   = target_ ? openNameless( target_, mode ) : -1;
 
     if( file_ < 0 && target_ )
@@ -602,7 +647,7 @@ const char *FileReplacement::commitBeside()
 
 const char *FileReplacement::overwrite()
 {
-    int         target = open( target_, O_WRONLY | O_CLOEXEC );
+    int         target = openFile( target_, O_WRONLY );
     const char *reason = target < 0 || !copyOver( file_, target ) ? strerror( errno ) : nullptr;
 
     if( target >= 0 && close( target ) != 0 && !reason )

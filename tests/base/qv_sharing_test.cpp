@@ -360,9 +360,9 @@ TEST_P( Sharing, TwoThreadsBorrowOneObject )
 
 INSTANTIATE_TEST_SUITE_P(
     Families, Sharing, testing::ValuesIn( CASES ),
-    []( const testing::TestParamInfo< Case > &info )
+    []( const testing::TestParamInfo< Case > &tested )
     {
-        std::string name = info.param.name;
+        std::string name = tested.param.name;
         std::erase( name, ' ' );
         return name;
     } );

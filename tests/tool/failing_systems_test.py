@@ -32,7 +32,7 @@ LOADED = "munmap"  # what the system's loader does last; calls before it are not
 CALLS = {
     "read": ["EIO", "EINTR"],
     "write": ["ENOSPC", "EINTR"],
-    "fsync": ["EIO"],
+    "fsync": ["EIO", "EINTR"],
     "rename,renameat,renameat2,linkat": ["EACCES"],
     "close": ["EIO"],
     "mmap": ["ENOMEM"],
@@ -189,6 +189,16 @@ def killed(scratch, rounds):
         yield "does not write after it was killed"
 
 
+def overwritten(scratch):
+    """A document that is open already is written over, also where the file system cannot reserve room."""
+    path = scratch / "over"
+    path.write_bytes(b"a=1\n" * 2000)
+    wrapper = traced("fallocate", scratch / "log", "-e", "inject=fallocate:error=EOPNOTSUPP")
+    subprocess.run([*wrapper, morvane, "store", "set", "/dev/stdin", "b=" + "x" * 9000], stdin=path.open())
+    if not path.read_bytes().endswith(b"1\nb=" + b"x" * 9000 + b"\n"):
+        yield "a document that is open is not written over"
+
+
 with tempfile.TemporaryDirectory() as name:
     scratch = pathlib.Path(name)
     prepare(scratch / "before")
@@ -203,7 +213,7 @@ with tempfile.TemporaryDirectory() as name:
         sys.exit(77)
 
     with concurrent.futures.ThreadPoolExecutor(2) as pool:
-        work = [pool.submit(lambda: list(killed(scratch, 1000)))]
+        work = [pool.submit(lambda: [*killed(scratch, 1000), *overwritten(scratch)])]
         for words, given in COMMANDS:
             for kind in failing_calls, failing_allocations:
                 work.append(pool.submit(lambda *arguments: list(arguments[0](*arguments[1:])), kind, scratch, words, given))

@@ -7,6 +7,7 @@
 #include "qv/sys/qv_abort.h"
 #include "qv/sys/qv_int.h"
 
+#include <errno.h>
 #include <fcntl.h>
 #include <stdlib.h>
 #include <time.h>
@@ -29,7 +30,10 @@ void fill()
 
     if( qv___RandomFd >= 0 )
     {
-        bytesRead = read( qv___RandomFd, bytes, sizeof( bytes ) );
+        do
+            bytesRead = read( qv___RandomFd, bytes, sizeof( bytes ) );
+        while( bytesRead < 0 && errno == EINTR );
+
         QV_CHECK( bytesRead > 0 );
         QV_CHECK_AS( bytesRead <= POOL_SIZE, "bytesRead <= (ssize_t)QV_SIZEOF_ARRAY( bytes )" );
     }
