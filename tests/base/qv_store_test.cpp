@@ -513,8 +513,8 @@ TEST( Store, DocumentsTakeMemoryInProportion )
     {
         std::string ports, records, chains, again; // in the last one a full chain is named before each new one
 
-        for( int i = 0; i < 64 * 20; i++ )
-            again += repeat( "a.", i / 64 ) + ( i % 2 ? "v" : "s" ) + std::to_string( i % 64 ) + ( i % 2 ? "=\n" : ".\n" );
+        for( int i = 0; i < 52 * 20; i++ )
+            again += repeat( "a.", i / 52 ) + static_cast< char >( 'A' + i % 52 / 2 ) + ( i % 2 ? "=\n" : ".\n" );
 
         for( int i = 0; i < lines; i++ )
         {
@@ -526,7 +526,8 @@ TEST( Store, DocumentsTakeMemoryInProportion )
         }
 
         // How many bytes are allocated for one of the text.
-        for( auto &[document, limit] : { std::pair { ports, 40u }, { records, 40u }, { chains, 300u }, { again, 300u } } )
+        for( auto &[document, limit] :
+             { std::pair { ports, 40u }, { records, 40u }, { chains, 300u }, { again, 300u } } )
         {
             Ref< QV_BUFFER > bytes  = bufferOf( document );
             auto             before = mallinfo2();
