@@ -4,6 +4,7 @@
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_chars_private.h"
 
 #include <algorithm>
 #include <string.h>
@@ -111,22 +112,23 @@ bool hasDigestsOf( Run *run, QV_OBJ *key )
     return run->digests != qv::NO_DIGESTS && run->digests == digestsOf( key->sort );
 }
 
-// How many characters two texts have in common, `limit` at most.
+// How many characters two texts have in common, in steps of four: keys which share less and less do not each cause new
+// digests for all. `limit` at most, which is such a step too.
 QV_INT commonPrefix( QV_OBJ *a, QV_OBJ *b, QV_INT limit )
 {
     const QV_CHAR *aChars = qv::chars( stringOf( a ) );
     const QV_CHAR *bChars = qv::chars( stringOf( b ) );
     QV_INT         i      = 0;
 
+    QV_ASSERT( limit % 4 == 0 );
     limit = std::min( limit, std::min( stringOf( a )->length, stringOf( b )->length ) );
 
-    while( i < limit && aChars[i] == bChars[i] )
-        i++;
+    while( i + 4 <= limit && !qv::anyBit( qv::loadChars( aChars + i ) ^ qv::loadChars( bChars + i ) ) )
+        i += 4;
 
     return i;
 }
 
-// In steps of four, so that keys which share less and less do not each cause new digests for all.
 uint32_t steppedPrefix( QV_INT common )
 {
     return static_cast< uint32_t >( std::min( common, MAX_PREFIX ) & ~QV_INT( 3 ) );
@@ -225,6 +227,22 @@ QV_INT compareTexts( const QV_CHAR *a, QV_INT aLength, const QV_CHAR *b, QV_INT 
     return ( aLength > bLength ) - ( aLength < bLength );
 }
 
+// The first of so many items with this digest or a greater one; `count` if there is none. The same number of steps for
+// every key and no branch to mispredict.
+inline int32_t bisectItems( const Item *items, int32_t count, uint64_t digest )
+{
+    const Item *base = items;
+
+    for( int32_t left = count; left > 1; )
+    {
+        int32_t half = left / 2;
+        base         = base[half - 1].digest < digest ? base + half : base;
+        left -= half;
+    }
+
+    return static_cast< int32_t >( base - items ) + ( base->digest < digest );
+}
+
 // The first item from `from` on with this digest or a greater one.
 int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
 {
@@ -233,17 +251,14 @@ int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
     if( from == run->length || items[run->length - 1].digest < digest )
         return run->length;
 
-    // The same number of steps for every key and no branch to mispredict.
-    const Item *base = items + from;
+    return from + bisectItems( items + from, run->length - from, digest );
+}
 
-    for( int32_t left = run->length - from; left > 1; )
-    {
-        int32_t half = left / 2;
-        base         = base[half - 1].digest < digest ? base + half : base;
-        left -= half;
-    }
-
-    return static_cast< int32_t >( base - items );
+// The same in an index. Of few runs the last one holds so many of the keys that looking at it first is a branch which
+// nothing predicts.
+inline int32_t bisectIndex( Run *runs, uint64_t digest )
+{
+    return runs->length <= 8 ? bisectItems( runs->items(), runs->length, digest ) : bisectDigests( runs, 0, digest );
 }
 
 // Whether a key has the run's prefix, of which as many characters as `known` are known to be the key's too: then 0,
@@ -258,12 +273,12 @@ QV_INT compareWithPrefix( Run *run, QV_STRING *key, QV_INT known )
                                  qv::chars( key ) + known, std::min( key->length, prefix ) - known );
 }
 
-// Among Strings that share the key's first characters as far as the run's prefix goes.
-inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const Digest &digest )
+// Among Strings that share the key's first characters as far as the run's prefix goes. `lo` is the first item with the
+// key's digest or a greater one.
+inline Place bisectTexts( Run *run, int32_t lo, QV_STRING *key, const Digest &digest )
 {
-    Item   *items  = run->items();
-    QV_INT  prefix = run->prefix;
-    int32_t lo     = bisectDigests( run, from, digest.number );
+    Item  *items  = run->items();
+    QV_INT prefix = run->prefix;
 
     if( lo == run->length || items[lo].digest != digest.number )
         return { 0, lo, false, true, digest.number };
@@ -306,14 +321,20 @@ Place searchTexts( Run *run, int32_t from, QV_STRING *key, QV_INT known )
     if( QV_INT order = compareWithPrefix( run, key, known ) )
         return { 0, order > 0 ? from : run->length };
 
-    return bisectTexts( run, from, key, digestBehind( key, run->prefix ) );
+    Digest digest = digestBehind( key, run->prefix );
+
+    return bisectTexts( run, bisectDigests( run, from, digest.number ), key, digest );
+}
+
+// `idx` is the first item with the digest or a greater one.
+inline Place placeOfInteger( Run *run, int32_t idx, uint64_t digest )
+{
+    return { 0, idx, idx < run->length && run->items()[idx].digest == digest, true, digest };
 }
 
 inline Place searchIntegers( Run *run, int32_t from, uint64_t digest )
 {
-    int32_t idx = bisectDigests( run, from, digest );
-
-    return { 0, idx, idx < run->length && run->items()[idx].digest == digest, true, digest };
+    return placeOfInteger( run, bisectDigests( run, from, digest ), digest );
 }
 
 // By the digests, which are of the key's sort.
@@ -402,9 +423,9 @@ Place searchIndexByText( QV_DICT *dict, QV_STRING *key )
     // The first key of each run has the index's prefix, as this key has.
     Digest digest = digestBehind( key, runs->prefix );
 
-    return searchBefore( dict, bisectTexts( runs, 0, key, digest ), [&]( Run *run ) {
+    return searchBefore( dict, bisectTexts( runs, bisectIndex( runs, digest.number ), key, digest ), [&]( Run *run ) {
         return run->digests != qv::STRING_DIGESTS ? bisectKeys( run, 0, run->length, key )
-               : run->prefix == runs->prefix      ? bisectTexts( run, 0, key, digest )
+               : run->prefix == runs->prefix      ? bisectTexts( run, bisectDigests( run, 0, digest.number ), key, digest )
                                                   : searchTexts( run, 0, key, runs->prefix );
     } );
 }
@@ -412,8 +433,9 @@ Place searchIndexByText( QV_DICT *dict, QV_STRING *key )
 Place searchIndexByInteger( QV_DICT *dict, QV_OBJ *key )
 {
     uint64_t digest = digestInt( key );
+    Run     *runs   = dict->index->runs;
 
-    return searchBefore( dict, searchIntegers( dict->index->runs, 0, digest ), [&]( Run *run ) {
+    return searchBefore( dict, placeOfInteger( runs, bisectIndex( runs, digest ), digest ), [&]( Run *run ) {
         return run->digests == qv::INTEGER_DIGESTS ? searchIntegers( run, 0, digest )
                                                    : bisectKeys( run, 0, run->length, key );
     } );

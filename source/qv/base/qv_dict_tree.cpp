@@ -71,6 +71,17 @@ inline void moveItems( Item *to, Item *from, int32_t count )
         qv::markFree( end, bytes( static_cast< int32_t >( from + count - end ) ) );
 }
 
+// Makes a block larger whose items stay where they are in it: the C library may extend it without a copy.
+void extendRun( Run *&run, int32_t size )
+{
+    QV_ASSERT( size > run->size );
+    qv::unpoison( run + 1, bytes( run->size ) );
+    run = static_cast< Run * >( qvMemRealloc( run, QV_INT( sizeof( Run ) ) + size * QV_INT( sizeof( Item ) ) ) );
+    run->size = size;
+    qv::markFree( run + 1, bytes( run->front ) );
+    qv::markFree( run->items() + run->length, bytes( back( run ) ) );
+}
+
 // Distributes the free places anew, in the same block or another one.
 void spread( Run *&run, int32_t size, int32_t front )
 {
@@ -78,6 +89,12 @@ void spread( Run *&run, int32_t size, int32_t front )
     {
         moveItems( run->items() - run->front + front, run->items(), run->length );
         run->front = front;
+        return;
+    }
+
+    if( front == run->front && size > run->size )
+    {
+        extendRun( run, size );
         return;
     }
 
@@ -91,15 +108,16 @@ void spread( Run *&run, int32_t size, int32_t front )
     run = other;
 }
 
-// The size with which a run has room for more: half as large again, for items no larger than they can fill.
+// The size with which a run has room for more: half as large again, a small one up to three times as large, for items no
+// larger than they can fill.
 int32_t grownSize( int32_t length )
 {
-    int32_t size = length + length / 2 + 3;
+    int32_t size = length + std::max( length / 2, std::min( 2 * length, 16 ) ) + 1;
     return length < FULL ? std::min( size, FULL ) : size;
 }
 
 // Opens a gap of one undefined item, by moving what is on the shorter side.
-Item *openGap( Run *&run, int32_t idx )
+Item *openGapAnywhere( Run *&run, int32_t idx )
 {
     int32_t tail   = run->length - idx;
     bool    atBack = tail <= idx;
@@ -139,6 +157,20 @@ Item *openGap( Run *&run, int32_t idx )
     }
 
     run->length++;
+    qv::unpoison( gap, sizeof( Item ) );
+
+    return gap;
+}
+
+// The same. Nothing moves behind the last item as long as a place is free there.
+inline Item *openGap( Run *&run, int32_t idx )
+{
+    if( idx != run->length || back( run ) == 0 )
+        return openGapAnywhere( run, idx );
+
+    Item *gap = run->items() + idx;
+    run->length++;
+    QV_ASSERT( back( run ) >= 0 );
     qv::unpoison( gap, sizeof( Item ) );
 
     return gap;
@@ -408,11 +440,8 @@ Place placeAfterSplit( QV_DICT *dict, const Place &place )
 
 /* Places --------------------------------------------------------------------------------------------------------- */
 
-qv::DictPlace qv::dictPlace( QV_DICT *dict, QV_INT idx )
+qv::DictPlace qv::dictPlaceByIndex( QV_DICT *dict, QV_INT idx )
 {
-    if( !dict->hasIndex )
-        return { 0, static_cast< int32_t >( idx ) };
-
     if( idx == dict->length )
     {
         Run *runs = dict->index->runs;

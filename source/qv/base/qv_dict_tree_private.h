@@ -46,8 +46,13 @@ inline QV___DICT_ITEM &dictItem( QV_DICT *dict, const DictPlace &place )
 }
 
 /** The place of an index of the Dict, up to its length; and the other way round. */
-DictPlace dictPlace( QV_DICT *dict, QV_INT idx );
+DictPlace dictPlaceByIndex( QV_DICT *dict, QV_INT idx ); /**< for dictPlace(), of a Dict that has an index of runs */
 QV_INT    dictIndex( QV_DICT *dict, const DictPlace &place );
+
+inline DictPlace dictPlace( QV_DICT *dict, QV_INT idx )
+{
+    return dict->hasIndex ? dictPlaceByIndex( dict, idx ) : DictPlace { 0, static_cast< int32_t >( idx ) };
+}
 
 /** Gives a Dict that has no run one with room for so many items. */
 void makeDictRun( QV_DICT *dict, QV_INT count );
