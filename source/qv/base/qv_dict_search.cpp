@@ -227,22 +227,6 @@ QV_INT compareTexts( const QV_CHAR *a, QV_INT aLength, const QV_CHAR *b, QV_INT 
     return ( aLength > bLength ) - ( aLength < bLength );
 }
 
-// The first of so many items with this digest or a greater one; `count` if there is none. The same number of steps for
-// every key and no branch to mispredict.
-inline int32_t bisectItems( const Item *items, int32_t count, uint64_t digest )
-{
-    const Item *base = items;
-
-    for( int32_t left = count; left > 1; )
-    {
-        int32_t half = left / 2;
-        base         = base[half - 1].digest < digest ? base + half : base;
-        left -= half;
-    }
-
-    return static_cast< int32_t >( base - items ) + ( base->digest < digest );
-}
-
 // The first item from `from` on with this digest or a greater one.
 int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
 {
@@ -251,14 +235,17 @@ int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
     if( from == run->length || items[run->length - 1].digest < digest )
         return run->length;
 
-    return from + bisectItems( items + from, run->length - from, digest );
-}
+    // The same number of steps for every key.
+    const Item *base = items + from;
 
-// The same in an index. Of few runs the last one holds so many of the keys that looking at it first is a branch which
-// nothing predicts.
-inline int32_t bisectIndex( Run *runs, uint64_t digest )
-{
-    return runs->length <= 8 ? bisectItems( runs->items(), runs->length, digest ) : bisectDigests( runs, 0, digest );
+    for( int32_t left = run->length - from; left > 1; )
+    {
+        int32_t half = left / 2;
+        base         = base[half - 1].digest < digest ? base + half : base;
+        left -= half;
+    }
+
+    return static_cast< int32_t >( base - items );
 }
 
 // Whether a key has the run's prefix, of which as many characters as `known` are known to be the key's too: then 0,
@@ -273,12 +260,12 @@ QV_INT compareWithPrefix( Run *run, QV_STRING *key, QV_INT known )
                                  qv::chars( key ) + known, std::min( key->length, prefix ) - known );
 }
 
-// Among Strings that share the key's first characters as far as the run's prefix goes. `lo` is the first item with the
-// key's digest or a greater one.
-inline Place bisectTexts( Run *run, int32_t lo, QV_STRING *key, const Digest &digest )
+// Among Strings that share the key's first characters as far as the run's prefix goes.
+inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const Digest &digest )
 {
-    Item  *items  = run->items();
-    QV_INT prefix = run->prefix;
+    Item   *items  = run->items();
+    QV_INT  prefix = run->prefix;
+    int32_t lo     = bisectDigests( run, from, digest.number );
 
     if( lo == run->length || items[lo].digest != digest.number )
         return { 0, lo, false, true, digest.number };
@@ -321,20 +308,14 @@ Place searchTexts( Run *run, int32_t from, QV_STRING *key, QV_INT known )
     if( QV_INT order = compareWithPrefix( run, key, known ) )
         return { 0, order > 0 ? from : run->length };
 
-    Digest digest = digestBehind( key, run->prefix );
-
-    return bisectTexts( run, bisectDigests( run, from, digest.number ), key, digest );
-}
-
-// `idx` is the first item with the digest or a greater one.
-inline Place placeOfInteger( Run *run, int32_t idx, uint64_t digest )
-{
-    return { 0, idx, idx < run->length && run->items()[idx].digest == digest, true, digest };
+    return bisectTexts( run, from, key, digestBehind( key, run->prefix ) );
 }
 
 inline Place searchIntegers( Run *run, int32_t from, uint64_t digest )
 {
-    return placeOfInteger( run, bisectDigests( run, from, digest ), digest );
+    int32_t idx = bisectDigests( run, from, digest );
+
+    return { 0, idx, idx < run->length && run->items()[idx].digest == digest, true, digest };
 }
 
 // By the digests, which are of the key's sort.
@@ -423,9 +404,9 @@ Place searchIndexByText( QV_DICT *dict, QV_STRING *key )
     // The first key of each run has the index's prefix, as this key has.
     Digest digest = digestBehind( key, runs->prefix );
 
-    return searchBefore( dict, bisectTexts( runs, bisectIndex( runs, digest.number ), key, digest ), [&]( Run *run ) {
+    return searchBefore( dict, bisectTexts( runs, 0, key, digest ), [&]( Run *run ) {
         return run->digests != qv::STRING_DIGESTS ? bisectKeys( run, 0, run->length, key )
-               : run->prefix == runs->prefix      ? bisectTexts( run, bisectDigests( run, 0, digest.number ), key, digest )
+               : run->prefix == runs->prefix      ? bisectTexts( run, 0, key, digest )
                                                   : searchTexts( run, 0, key, runs->prefix );
     } );
 }
@@ -433,9 +414,8 @@ Place searchIndexByText( QV_DICT *dict, QV_STRING *key )
 Place searchIndexByInteger( QV_DICT *dict, QV_OBJ *key )
 {
     uint64_t digest = digestInt( key );
-    Run     *runs   = dict->index->runs;
 
-    return searchBefore( dict, placeOfInteger( runs, bisectIndex( runs, digest ), digest ), [&]( Run *run ) {
+    return searchBefore( dict, searchIntegers( dict->index->runs, 0, digest ), [&]( Run *run ) {
         return run->digests == qv::INTEGER_DIGESTS ? searchIntegers( run, 0, digest )
                                                    : bisectKeys( run, 0, run->length, key );
     } );
