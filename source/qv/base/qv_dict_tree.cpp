@@ -15,6 +15,7 @@ using Index = QV___DICT_INDEX;
 using Place = qv::DictPlace;
 
 const int32_t FULL = qv::FULL_DICT_RUN;
+const int32_t ONLY = qv::FULL_ONLY_DICT_RUN;
 const int32_t FEW  = qv::FEW_IN_DICT_RUN;
 
 // Runs of what is made in one go, or joined, are not so full that the next item splits them.
@@ -113,7 +114,7 @@ void spread( Run *&run, int32_t size, int32_t front )
 int32_t grownSize( int32_t length )
 {
     int32_t size = length + std::max( length / 2, std::min( 2 * length, 16 ) ) + 1;
-    return length < FULL ? std::min( size, FULL ) : size;
+    return length < FULL ? std::min( size, FULL ) : length < ONLY ? std::min( size, ONLY ) : size;
 }
 
 // Opens a gap of one undefined item, by moving what is on the shorter side.
@@ -409,12 +410,18 @@ void tidyRun( QV_DICT *dict, int32_t at )
     }
 }
 
-// Divides a full run, to which an item is to go, and gives the place that it has then. A run at an end of the Dict to
-// which the item goes there stays nearly full, as more may follow.
+// Divides a full run, to which an item is to go, and gives the place that it has then; the run there may be full too. A
+// run under the index and at an end of the Dict, to which the item goes there, stays nearly full, as more may follow.
 Place placeAfterSplit( QV_DICT *dict, const Place &place )
 {
     if( !dict->hasIndex )
+    {
         createIndex( dict );
+        bool isRight = place.idx > ONLY / 2;
+        splitRun( dict->index, 0, ONLY / 2, isRight, ONLY / 2 );
+
+        return { isRight, place.idx - ( isRight ? ONLY / 2 : 0 ) };
+    }
 
     Index *index = dict->index;
 
@@ -473,7 +480,7 @@ void qv::enterItem( QV_DICT *dict, const DictPlace &place, QV_OBJ *key, QV_OBJ *
 
     Run *&run = dictRun( dict, place.run );
 
-    if( run->length == FULL )
+    if( run->length == ( dict->hasIndex ? FULL : ONLY ) )
     {
         enterItem( dict, placeAfterSplit( dict, place ), key, value );
         return;
@@ -623,7 +630,7 @@ void qv::emptyRuns( QV_DICT *dict )
 
 qv::DictBuilder::DictBuilder( QV_INT count ) : count_( count )
 {
-    QV_INT runs = count <= FULL ? 1 : ( count - 1 ) / JOINED + 1;
+    QV_INT runs = count <= ONLY ? 1 : ( count - 1 ) / JOINED + 1;
     runLength_  = static_cast< int32_t >( ( count - 1 ) / runs + 1 );
 
     if( runs > 1 )
