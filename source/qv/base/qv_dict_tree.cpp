@@ -24,6 +24,10 @@ const int32_t JOINED = 384;
 // Places from which on a run is extended.
 const int32_t EXTENDED = 64;
 
+// Items that a new run at an end of the Dict gets from the full one before it. So many must go and come again until it
+// is made again: that costs a walk through all counts.
+const int32_t AT_END = 32;
+
 size_t bytes( int32_t items )
 {
     return static_cast< size_t >( items ) * sizeof( Item );
@@ -431,13 +435,13 @@ Place placeAfterSplit( QV_DICT *dict, const Place &place )
 
     if( place.idx == FULL && place.run == index->runs->length - 1 )
     {
-        splitRun( index, place.run, FULL - 1, false, FULL );
-        return { place.run + 1, 1 };
+        splitRun( index, place.run, FULL - AT_END, false, FULL );
+        return { place.run + 1, AT_END };
     }
 
     if( place.idx == 0 && place.run == 0 )
     {
-        splitRun( index, 0, 1, true, FULL );
+        splitRun( index, 0, AT_END, true, FULL );
         return { 0, 0 };
     }
 
