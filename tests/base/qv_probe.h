@@ -20,6 +20,8 @@ struct QV_PROBE : QV_OBJ
 
 namespace qv::test
 {
+extern size_t bytesMoved, allocations; // by the library, where no sanitizer runs; see qv_growth_test.cpp
+
 inline QV_INT                  comparisons = 0;
 inline std::function< void() > whileComparing, whileEnding; // called once
 

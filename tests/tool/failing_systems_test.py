@@ -1,5 +1,6 @@
 """Runs the tools on a system that fails: for each of a few commands every single read, write, fsync, rename, close,
-mmap, open, start of a thread and allocation fails once, and processes that write a document are killed at any moment.
+mmap, open, start of a thread and allocation fails once, processes that write a document are killed at any moment, and
+what is allocated for large files is counted.
 
 A run must end in time and in one of these ways:
 - with the exit status, the output and the files of an undisturbed run,
@@ -163,6 +164,26 @@ def failing_allocations(scratch, words, given):
         fault = run.fault(right)
         if fault:
             yield f"{' '.join(words)}: allocation {number} of {count}: {fault}; {run.err[-200:]!r}"
+
+
+def growing(scratch):
+    """Counts what tools allocate for ten times the input, in an order that no writer would choose."""
+    for words in ["store", "set", "big", "e7=new"], ["store", "show", "big"], ["text", "case", "--upper", "big"]:
+        counts = []
+        for lines in 2000, 20000:
+            folder = pathlib.Path(tempfile.mkdtemp(dir=scratch))
+            order = (i // 2 if i % 2 else lines - i // 2 for i in range(lines))
+            (folder / "big").write_text("".join(f"e{i:x}={i}\n" for i in order))
+            run = subprocess.run(
+                [morvane, *words],
+                cwd=folder,
+                capture_output=True,
+                env={**os.environ, "LD_PRELOAD": fail_malloc, "FAIL_MALLOC_COUNT": "2"},
+                timeout=60,
+            )
+            counts.append(int(run.stderr.split()[-1]))
+        if counts[1] > 12 * counts[0]:
+            yield f"{' '.join(words)} allocates {counts[0]} times for 2,000 lines and {counts[1]} for 20,000"
 
 
 def killed(scratch, rounds):
