@@ -86,14 +86,15 @@ TEST( Buffer, SourcesOutliveTheOwnerOfForeignMemory )
         []( QV_BUFFER **buf, QV_BUFFER *src ) { qvBufferWrite( buf, 0, src ); },
         []( QV_BUFFER **buf, QV_BUFFER *src ) { qvBufferWriteOuter( buf, 0, src, 0, 0 ); } };
 
-    for( auto change : CHANGES )
+    for( auto change = CHANGES; change < std::end( CHANGES ); change++ )
     {
-        Buffer     inner( qvBufferCreateFromBytesCopy( "\1\2", 2 ) );
+        // What is freed too early shows: its first bytes are the heap's then.
+        Buffer     inner( qvBufferCreateFromBytesUse( memcpy( qvMemAlloc( 2 ), "\1\2", 2 ), 2 ) );
         QV_BUFFER *src = inner;
         Buffer     buf( qvBufferCreateFromBytesUseWithRef( qvBufferBacking( src ), 2, qvBufferObj( src ) ) );
         inner.reset();
-        change( buf.at(), src );
-        EXPECT_EQ( 0, textOf( buf.get() ).find( "[01 02" ) );
+        ( *change )( buf.at(), src );
+        EXPECT_EQ( change < CHANGES + 3 ? "[01 02 01 02]" : "[01 02]", textOf( buf.get() ) );
     }
 }
 

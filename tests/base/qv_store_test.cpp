@@ -277,6 +277,12 @@ TEST( Store, WritingDoesNotCopyWhatNobodyElseHolds )
     EXPECT_EQ( sub, Ref< QV_STORE >( qvStoreStoreCstr( copy, "a", -1 ) ).get() );
     EXPECT_EQ( ( Lines { "v=1", "a.b.c=1", "a.b.d=2" } ), linesOf( store ) );
 
+    // What only the store holds goes into it as it was, although it is changed there.
+    Ref< QV_STORE > outer  = storeOf( { "a.a.k.x=1", "a.v=1" } );
+    QV_STORE       *inside = Ref< QV_STORE >( qvStoreStoreCstr( outer, "a", -1 ) ).get();
+    qvStoreMerge( outer.at(), inside );
+    EXPECT_EQ( ( Lines { "v=1", "a.v=1", "a.a.k.x=1", "a.k.x=1" } ), linesOf( outer ) );
+
     // Deleting what isn't there copies nothing.
     Ref< QV_STORE > shared = Ref< QV_STORE >::share( store );
     qvStoreDelStoreCstr( shared.at(), "v", -1 );
