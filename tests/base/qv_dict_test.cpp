@@ -147,6 +147,29 @@ TEST( Dict, CostsNoMoreThanTheLogarithmInAnyOrder )
     }
 }
 
+TEST( Dict, DividesItsItemsSeldomWhereAnEndMovesToAndFro )
+{
+    for( QV_INT step : { 1, -1 } )
+    {
+        Ref< QV_DICT > dict( qvDictCreate() );
+
+        for( QV_INT i = 0; i < 2000; i++ )
+        {
+            qvDictSetIntKey( dict.at(), i * step, boxed( i ) );
+            QV_INT divided = 0;
+
+            for( QV_INT k = 0; k < 40 && dict->hasIndex; k++ )
+            {
+                QV_INT runs = dict->index->runs->length, key = ( i + 1 + ( k + 1 ) / 2 % 2 ) * step;
+                k % 4 < 2 ? qvDictSetIntKey( dict.at(), key, boxed( k ) ) : qvDictDelIntKey( dict.at(), key );
+                divided += dict->index->runs->length > runs;
+            }
+
+            ASSERT_GE( 1, divided ) << i;
+        }
+    }
+}
+
 TEST( Dict, SetsCostTheSmallerOneOrTheirSum )
 {
     Ref< QV_DICT > few( qvDictCreate() ), even( qvDictCreate() ), odd( qvDictCreate() );
@@ -212,7 +235,8 @@ TEST( Dict, StaysWholeWhenOtherFamiliesUseItsVariableMeanwhile )
         { []( QV_DICT **dict, QV_DICT *other ) { qvDictInclude( dict, other, QV_TRUE ); }, 1500 },
         { []( QV_DICT **dict, QV_DICT *other ) { qvDictExclude( dict, other ); }, 500 },
         { []( QV_DICT **dict, QV_DICT *other ) { qvDictIntersect( dict, other, QV_TRUE ); }, 500 },
-        { []( QV_DICT **dict, QV_DICT * ) { qvDictHasObjKey( *dict, probe( 7 ) ); }, 0 },
+        { []( QV_DICT **dict, QV_DICT * ) { EXPECT_TRUE( Ref( qvDictObjKey( *dict, probe( 7 ) ) ) ); }, 0 },
+        { []( QV_DICT **dict, QV_DICT * ) { EXPECT_EQ( 700, qvDictIndexOfObjKey( *dict, probe( 700 ) ) ); }, 0 },
         { []( QV_DICT **dict, QV_DICT *other ) { qvDictDisjoint( *dict, other ); }, 0 },
         { []( QV_DICT **dict, QV_DICT * ) { qv___DictClear( dict ); }, 0 },
     };
@@ -270,6 +294,29 @@ TEST( Dict, SetsOperateOnTheDictItself )
         EXPECT_EQ( count + 1, qvDictLength( same ) );
         qvDictExclude( dict.at(), dict );
         EXPECT_EQ( empty.get(), dict.get() );
+    }
+}
+
+TEST( Dict, SetsDrawTheNumbersOfKeysInOneOrderWhicheverIsLonger )
+{
+    std::vector< Ref< QV_OBJ > > keys; // alive to the end, as numbers are drawn again
+
+    for( QV_INT more : { -1, 1 } )
+    {
+        for( bool excludes : { true, false } )
+        {
+            Ref< QV_DICT > dicts[] = { Ref( qvDictCreate() ), Ref( qvDictCreate() ) };
+
+            for( Ref< QV_DICT > &dict : dicts )
+            {
+                keys.emplace_back( qvBoxedUniqueObj( qvBoxedUniqueCreate() ) );
+                qvDictSetObjKey( dict.at(), keys.back(), keys.back() );
+            }
+
+            qvDictSetIntKey( dicts[more > 0].at(), 1, boxed( 1 ) );
+            excludes ? qvDictExclude( dicts[0].at(), dicts[1] ) : qvDictIntersect( dicts[0].at(), dicts[1], QV_FALSE );
+            EXPECT_EQ( excludes ? -1 : 1, qvObjCompare( keys.end()[-2], keys.end()[-1] ) );
+        }
     }
 }
 

@@ -20,6 +20,10 @@ const int32_t FEW  = qv::FEW_IN_DICT_RUN;
 // Runs of what is made in one go, or joined, are not so full that the next item splits them.
 const int32_t JOINED = 384;
 
+// Items that a new run at an end of the Dict gets from the full one before it. So many must go and come again until it
+// is made again: that costs a walk through all counts.
+const int32_t AT_END = 32;
+
 size_t bytes( int32_t items )
 {
     return static_cast< size_t >( items ) * sizeof( Item );
@@ -388,13 +392,13 @@ Place placeAfterSplit( QV_DICT *dict, const Place &place )
 
     if( place.idx == FULL && place.run == index->runs->length - 1 )
     {
-        splitRun( index, place.run, FULL - 1, false, FULL );
-        return { place.run + 1, 1 };
+        splitRun( index, place.run, FULL - AT_END, false, FULL );
+        return { place.run + 1, AT_END };
     }
 
     if( place.idx == 0 && place.run == 0 )
     {
-        splitRun( index, 0, 1, true, FULL );
+        splitRun( index, 0, AT_END, true, FULL );
         return { 0, 0 };
     }
 

@@ -83,12 +83,13 @@ void sharpenDigests( QV___DICT_RUN *run );
 
 /* Search --------------------------------------------------------------------------------------------------------- */
 
-/** Finds a key. Compare functions of other families may use the Dict's own variable: where they run, the Dict is held,
-    so that it stays as it is. */
-DictPlace findInDict( QV_DICT *dict, QV_OBJ *key );
+/** Finds a key. Compare functions of other families may use the Dict's own variable: where they run, `*held`, which is
+    null before, holds the Dict, so that it stays as it is until the caller is done with the place. */
+DictPlace findInDict( QV_DICT *dict, QV_OBJ *key, Ref< QV_DICT > *held );
 
-/** Finds a key that is not before `from`. The caller holds the Dict. Few comparisons if the place is near. */
-DictPlace findInDictFrom( QV_DICT *dict, const DictPlace &from, QV_OBJ *key );
+/** Finds a key that is not before `from`. The caller holds the Dict. Few comparisons if the place is near. The stored
+    keys are the first arguments of these, or the second ones with `keyFirst`. */
+DictPlace findInDictFrom( QV_DICT *dict, const DictPlace &from, QV_OBJ *key, bool keyFirst );
 
 /** Finds a key in a Dict that is to be changed then. If a compare function changes the variable, what it has made is
     given up: the call goes on with what it was called with. */
