@@ -116,6 +116,7 @@ struct Model
 struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
 {
     using SlotWalk::SlotWalk;
+
     Slot                   *changed = nullptr;
     unsigned                step    = 0;
     Ref< QV_OBJ >           keyObj, valueObj; // what an operation has made, for its time

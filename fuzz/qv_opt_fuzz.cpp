@@ -223,6 +223,7 @@ const char *const NAMES[] = { "a", "al", "all", "alpha", "beta", "b", "be", "fil
 struct OptWalk : SlotWalk< QV_OPT_DEF, Definition, qvOptDefCreate >
 {
     using SlotWalk::SlotWalk;
+
     void copy()
     {
         Slot &to = slots.any( in ), &from = slots.any( in );

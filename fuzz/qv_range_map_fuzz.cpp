@@ -130,6 +130,7 @@ struct Model
 struct RangeMapWalk : SlotWalk< QV_RANGE_MAP, Model, qvRangeMapCreate >
 {
     using SlotWalk::SlotWalk;
+
     void create()
     {
         Slot &to = slots.any( in ), &from = slots.any( in );

@@ -277,6 +277,7 @@ bool same( QV_STORE *store, const Doc &doc )
 struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
 {
     using SlotWalk::SlotWalk;
+
     Ref< QV_STRING >       made, madeValue;
 
     void create()

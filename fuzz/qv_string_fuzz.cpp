@@ -116,6 +116,7 @@ bool isSpace( char32_t ch )
 struct StringWalk : SlotWalk< QV_STRING, Model, qvStringCreate >
 {
     using SlotWalk::SlotWalk;
+
     void clear()
     {
         Slot &slot = slots.any( in );
@@ -126,11 +127,11 @@ struct StringWalk : SlotWalk< QV_STRING, Model, qvStringCreate >
     // What stands at `dest`, and a part of what a variable holds, maybe of the destination itself.
     void insert()
     {
-        Slot          &dest = slots.any( in ), &src = slots.any( in );
-        bool           self = dest.ref.get() == src.ref.get(), shared = slots.shared( dest );
-        Text from = src.model.text;
-        Span span = in.span( size( from ), in.below( 7 ) );
-        auto at   = in.upTo( dest.model.length() );
+        Slot  &dest = slots.any( in ), &src = slots.any( in );
+        bool   self = dest.ref.get() == src.ref.get(), shared = slots.shared( dest ) || self;
+        Text   from = src.model.text;
+        Span   span = in.span( size( from ), in.below( 7 ) );
+        QV_INT at   = in.upTo( dest.model.length() );
 
         if( dest.model.length() + size( from ) > 20000 )
             return;
@@ -142,8 +143,9 @@ struct StringWalk : SlotWalk< QV_STRING, Model, qvStringCreate >
         }
 
         bool prepends = at == 0 && in.flag(), appends = !prepends && at == dest.model.length() && in.flag();
-        Text front    = span.form == OUTER ? part( from, 0, span.offset ) : Text();
-        Text back     = span.form == OUTER  ? part( from, span.offset + span.count, size( from ) - size( front ) - span.count )
+        bool outer    = span.form == OUTER;
+        Text front    = outer ? part( from, 0, span.offset ) : Text();
+        Text back     = outer            ? from.substr( static_cast< size_t >( span.offset + span.count ) )
                         : span.form == 5 ? from
                                          : span.of( from );
 
@@ -158,8 +160,8 @@ struct StringWalk : SlotWalk< QV_STRING, Model, qvStringCreate >
         else
             CALL_FORM( qvStringInsert, span, 1, dest.ref.at(), at, src.ref );
 
-        dest.model.insert( shared || self, at, back );
-        dest.model.insert( back.empty() && ( shared || self ), at, front );
+        dest.model.insert( shared, at, back );
+        dest.model.insert( back.empty() && shared, at, front );
     }
 
     // The block of the result depends on steps that nobody promises.
@@ -181,10 +183,10 @@ struct StringWalk : SlotWalk< QV_STRING, Model, qvStringCreate >
 
     void chars()
     {
-        Slot          &slot   = slots.any( in );
-        bool           shared = slots.shared( slot );
-        Text part   = in.text();
-        QV_INT         at     = in.upTo( slot.model.length() );
+        Slot  &slot   = slots.any( in );
+        bool   shared = slots.shared( slot );
+        Text   part   = in.text();
+        QV_INT at     = in.upTo( slot.model.length() );
 
         if( slot.model.length() > 20000 )
             return;
@@ -208,8 +210,7 @@ struct StringWalk : SlotWalk< QV_STRING, Model, qvStringCreate >
         {
             bool shared = slots.shared( slot );
             ( front ? qvStringPrependChar : qvStringAppendChar )( slot.ref.at(), U'0' + i % 10 );
-            slot.model.insert(
-                shared, front ? 0 : slot.model.length(), Text( 1, U'0' + char32_t( i % 10 ) ) );
+            slot.model.insert( shared, front ? 0 : slot.model.length(), Text( 1, U'0' + char32_t( i % 10 ) ) );
         }
     }
 
@@ -258,11 +259,10 @@ struct StringWalk : SlotWalk< QV_STRING, Model, qvStringCreate >
     // Each character maps as it does alone; what grows is the block of the result.
     void mapCase()
     {
-        Slot          &slot = slots.any( in );
-        auto           map  = in.flag() ? qvStringToUpper : in.flag() ? qvStringToLower : qvStringToCaseFold;
-        Text mapped;
-        char32_t       last = 0x110000;
-        Text lastMapped;
+        Slot    &slot = slots.any( in );
+        auto     map  = in.flag() ? qvStringToUpper : in.flag() ? qvStringToLower : qvStringToCaseFold;
+        char32_t last = 0x110000;
+        Text     mapped, lastMapped;
 
         for( char32_t ch : slot.model.text )
         {
@@ -284,8 +284,8 @@ struct StringWalk : SlotWalk< QV_STRING, Model, qvStringCreate >
 
     void sanitize()
     {
-        Slot          &slot = slots.any( in );
-        Text clean;
+        Slot &slot = slots.any( in );
+        Text  clean;
 
         for( size_t i = 0; i < slot.model.text.size(); i++ )
         {
@@ -326,12 +326,11 @@ struct StringWalk : SlotWalk< QV_STRING, Model, qvStringCreate >
     // Everything that only looks, at two variables.
     void look()
     {
-        Slot                 &a = slots.any( in ), &b = slots.any( in );
-        const Text &hay   = a.model.text,
-                             needle = b.model.text.substr( 0, static_cast< size_t >( in.below( 9 ) ) );
-        QV_INT           offset     = in.upTo( a.model.length() );
-        Ref< QV_STRING > sub        = stringOf( needle );
-        auto at = []( size_t found ) { return found == Text::npos ? -1 : static_cast< QV_INT >( found ); };
+        Slot       &a = slots.any( in ), &b = slots.any( in );
+        const Text &hay = a.model.text, needle = b.model.text.substr( 0, static_cast< size_t >( in.below( 9 ) ) );
+        QV_INT      offset = in.upTo( a.model.length() );
+        auto        sub    = stringOf( needle );
+        auto        at     = []( size_t found ) { return found == Text::npos ? -1 : static_cast< QV_INT >( found ); };
 
         int order = hay.compare( b.model.text );
         require( qvStringCompare( a.ref, b.ref ) == ( order > 0 ) - ( order < 0 ) );

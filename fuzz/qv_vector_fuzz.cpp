@@ -90,6 +90,7 @@ struct Model
 struct VectorWalk : SlotWalk< QV_VECTOR, Model, qvVectorCreate >
 {
     using SlotWalk::SlotWalk;
+
     QV_INT                    next = 0;
 
     void clear()

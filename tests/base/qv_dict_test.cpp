@@ -299,7 +299,10 @@ TEST( Dict, SetsOperateOnTheDictItself )
 
 TEST( Dict, SetsDrawTheNumbersOfKeysInOneOrderWhicheverIsLonger )
 {
-    std::vector< Ref< QV_OBJ > > keys; // alive to the end, as numbers are drawn again
+    std::vector< Ref< QV_OBJ > > keys; // alive to the end, as numbers are drawn again, those given back by others first
+
+    while( keys.size() < 1000 )
+        qv___ObjUnique( keys.emplace_back( qvBoxedUniqueObj( qvBoxedUniqueCreate() ) ) );
 
     for( QV_INT more : { -1, 1 } )
     {
