@@ -472,7 +472,7 @@ private:
     static bool comesAfter( Span< Unit > text, QV_DICT *dict )
     {
         return dict->length == 0 ||
-               order( static_cast< QV_STRING * >( qv::dictItem( dict, dict->length - 1 ).key ), text ) < 0;
+               order( static_cast< QV_STRING * >( qv::lastDictItem( dict ).key ), text ) < 0;
     }
 
     // Whether the tree has the store that stands on a level at the address there.
