@@ -47,17 +47,6 @@ Bits bitsOf( uint64_t value, QV_INT count )
     return bits;
 }
 
-Bits part( const Bits &bits, QV_INT offset, QV_INT count )
-{
-    return Bits( bits.begin() + offset, bits.begin() + offset + count );
-}
-
-Bits without( Bits bits, QV_INT offset, QV_INT count )
-{
-    bits.erase( bits.begin() + offset, bits.begin() + offset + count );
-    return bits;
-}
-
 struct Model
 {
     Bits   bits;
@@ -181,23 +170,15 @@ struct Model
     }
 };
 
-struct BufferWalk : qv::fuzz::Walk
+struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
 {
-    using Slot = Slots< QV_BUFFER, Model >::Slot;
+    std::vector< uint8_t > memory;
+    Ref< QV_OBJ >          owner = boxedInt( 0 );
 
-    Slots< QV_BUFFER, Model > slots{ qvBufferCreate };
-    std::vector< uint8_t >    memory;
-    Ref< QV_OBJ >             owner = boxedInt( 0 );
-
-    BufferWalk( const uint8_t *data, size_t size ) : Walk( data, size ), memory( 300 )
+    BufferWalk( const uint8_t *data, size_t size ) : SlotWalk( data, size ), memory( 300 )
     {
         for( size_t i = 0; i < memory.size(); i++ )
             memory[i] = static_cast< uint8_t >( i * i );
-    }
-
-    void share()
-    {
-        slots.share( in );
     }
 
     // Bits or bytes: what is drawn is in units of them.
@@ -291,21 +272,22 @@ struct BufferWalk : qv::fuzz::Walk
         unit        = in.flag() ? 8 : 1;
         Slot  &dest = slots.any( in ), &src = slots.any( in );
         bool   self = dest.ref.get() == src.ref.get();
-        Bits   from = src.model.bits;
-        QV_INT all = src.model.length(), offset = upTo( all ), count = upTo( all - offset );
+        Span   span = in.span( src.model.length(), in.below( 5 ), unit );
+        Bits   bits = span.of( src.model.bits );
+        QV_INT a = span.offset / unit, b = span.count / unit;
 
-        switch( in.below( 5 ) )
+        switch( span.form )
         {
-        case 0:
-            return PUT( dest, self, from, , src.ref.get() );
-        case 1:
-            return PUT( dest, self, part( from, 0, offset ), Leading, src.ref.get(), offset / unit );
-        case 2:
-            return PUT( dest, self, part( from, all - offset, offset ), Trailing, src.ref.get(), offset / unit );
-        case 3:
-            return PUT( dest, self, part( from, offset, count ), Inner, src.ref.get(), offset / unit, count / unit );
+        case WHOLE:
+            return PUT( dest, self, bits, , src.ref.get() );
+        case LEADING:
+            return PUT( dest, self, bits, Leading, src.ref.get(), a );
+        case TRAILING:
+            return PUT( dest, self, bits, Trailing, src.ref.get(), a );
+        case INNER:
+            return PUT( dest, self, bits, Inner, src.ref.get(), a, b );
         default:
-            return PUT( dest, self, without( from, offset, count ), Outer, src.ref.get(), offset / unit, count / unit );
+            return PUT( dest, self, bits, Outer, src.ref.get(), a, b );
         }
     }
 
@@ -336,33 +318,31 @@ struct BufferWalk : qv::fuzz::Walk
             // Counts by the length, also where it goes elsewhere.
             bool   shared = slots.shared( dest );
             QV_INT at     = upTo( dest.model.length() );
-            ( unit == 1 ? qvBufferBitInsertAlignment : qvBufferInsertAlignment )( dest.ref.at(), at / unit );
+
+            if( at == 0 )
+                ( unit == 1 ? qvBufferBitPrependAlignment : qvBufferPrependAlignment )( dest.ref.at() );
+            else if( at == dest.model.length() )
+                ( unit == 1 ? qvBufferBitAppendAlignment : qvBufferAppendAlignment )( dest.ref.at() );
+            else
+                ( unit == 1 ? qvBufferBitInsertAlignment : qvBufferInsertAlignment )( dest.ref.at(), at / unit );
+
             dest.model.insert( shared, at, Bits( static_cast< size_t >( -dest.model.length() & 7 ) ) );
         }
     }
 
     void erase()
     {
-        unit          = in.flag() ? 8 : 1;
-        Slot  &slot   = slots.any( in );
-        bool   shared = slots.shared( slot );
-        QV_INT length = slot.model.length(), offset = upTo( length ), count = upTo( length - offset );
+        unit         = in.flag() ? 8 : 1;
+        Slot &slot   = slots.any( in );
+        bool  shared = slots.shared( slot );
+        Span  span   = in.span( slot.model.length(), LEADING + in.below( 4 ), unit );
 
-        switch( in.below( 4 ) )
-        {
-        case 0:
-            ( unit == 1 ? qvBufferBitDelLeading : qvBufferDelLeading )( slot.ref.at(), offset / unit );
-            return slot.model.erase( shared, 0, offset );
-        case 1:
-            ( unit == 1 ? qvBufferBitDelTrailing : qvBufferDelTrailing )( slot.ref.at(), offset / unit );
-            return slot.model.erase( shared, length - offset, offset );
-        case 2:
-            ( unit == 1 ? qvBufferBitDelInner : qvBufferDelInner )( slot.ref.at(), offset / unit, count / unit );
-            return slot.model.erase( shared, offset, count );
-        default:
-            ( unit == 1 ? qvBufferBitDelOuter : qvBufferDelOuter )( slot.ref.at(), offset / unit, count / unit );
-            return slot.model.keep( shared, offset, count );
-        }
+        if( unit == 1 )
+            CALL_PART( qvBufferBitDel, span, 1, slot.ref.at() );
+        else
+            CALL_PART( qvBufferDel, span, 8, slot.ref.at() );
+
+        span.erase( slot.model, shared );
     }
 
     // Byte by byte at an end, as blocks fill up and empty.
@@ -435,7 +415,6 @@ struct BufferWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    BufferWalk, { "share", &BufferWalk::share }, { "create", &BufferWalk::create }, { "copy", &BufferWalk::copy },
-    { "copy", &BufferWalk::copy }, { "copy", &BufferWalk::copy }, { "put", &BufferWalk::put },
-    { "put", &BufferWalk::put }, { "put", &BufferWalk::put }, { "erase", &BufferWalk::erase },
-    { "erase", &BufferWalk::erase }, { "many", &BufferWalk::many }, { "look", &BufferWalk::look } )
+    BufferWalk,
+    OP( share ) OP( create ) OP( copy ) OP( copy ) OP( copy ) OP( put ) OP( put ) OP( put ) OP( erase ) OP( erase )
+    OP( many ) OP( look ) )

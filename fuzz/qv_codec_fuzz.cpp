@@ -16,8 +16,6 @@ using qv::Ref;
 
 namespace
 {
-using Text = std::u32string;
-
 enum Flags
 {
     ABORT       = 1,
@@ -284,4 +282,5 @@ struct CodecWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    CodecWalk, { "decode", &CodecWalk::decode }, { "decode", &CodecWalk::decode }, { "encode", &CodecWalk::encode } )
+    CodecWalk,
+    OP( decode ) OP( decode ) OP( encode ) )

@@ -113,12 +113,10 @@ struct Model
     }
 };
 
-struct DictWalk : qv::fuzz::Walk
+struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
 {
-    using Walk::Walk;
-    using Slot = Slots< QV_DICT, Model >::Slot;
+    using SlotWalk::SlotWalk;
 
-    Slots< QV_DICT, Model > slots{ qvDictCreate };
     Slot                   *changed = nullptr;
     unsigned                step    = 0;
     Ref< QV_OBJ >           keyObj, valueObj; // what an operation has made, for its time
@@ -129,11 +127,6 @@ struct DictWalk : qv::fuzz::Walk
         keyObj.reset();
         valueObj.reset();
         return *changed;
-    }
-
-    void share()
-    {
-        slots.share( in );
     }
 
     void clear()
@@ -151,7 +144,7 @@ struct DictWalk : qv::fuzz::Walk
             return { NONE, 0, {} };
 
         return kind == BOOL    ? Key{ BOOL, in.below( 2 ), {} }
-               : kind < STRING ? Key{ kind, in.number(), {} }
+               : kind < STRING ? Key{ kind, in.number() >> ( kind == REAL ? 11 : 0 ), {} } // each is a real of its own
                                : Key{ STRING, 0, in.text( 80 ) };
     }
 
@@ -410,7 +403,13 @@ struct DictWalk : qv::fuzz::Walk
         }
 
         Ref< QV_VECTOR > keys( qvDictKeysVector( from.ref ) ), values( qvDictValuesVector( from.ref ) );
+        Ref< QV_VECTOR > others( qvVectorCreateFrom( values ) );
         Model            model;
+
+        // Of the values for a key the first one stays.
+        qvVectorReverse( others.at() );
+        qvVectorAppend( keys.at(), keys );
+        qvVectorAppend( values.at(), others );
 
         for( auto at = from.model.map.rbegin(); at != from.model.map.rend(); ++at )
             model.set( at->first, at->second );
@@ -483,9 +482,6 @@ struct DictWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    DictWalk, { "share", &DictWalk::share }, { "clear", &DictWalk::clear }, { "set", &DictWalk::set },
-    { "set", &DictWalk::set }, { "setAt", &DictWalk::setAt }, { "erase", &DictWalk::erase },
-    { "eraseValue", &DictWalk::eraseValue }, { "run", &DictWalk::run }, { "run", &DictWalk::run },
-    { "run", &DictWalk::run }, { "include", &DictWalk::include }, { "include", &DictWalk::include },
-    { "includeValue", &DictWalk::includeValue }, { "create", &DictWalk::create }, { "look", &DictWalk::look },
-    { "order", &DictWalk::order } )
+    DictWalk,
+    OP( share ) OP( clear ) OP( set ) OP( set ) OP( setAt ) OP( erase ) OP( eraseValue ) OP( run ) OP( run )
+    OP( run ) OP( include ) OP( include ) OP( includeValue ) OP( create ) OP( look ) OP( order ) )

@@ -11,8 +11,6 @@ using qv::Ref;
 
 namespace
 {
-using Text = std::u32string;
-
 /* The formats ------------------------------------------------------------------------------------------------------ */
 
 std::string bytesOfInt( QV_INT value )
@@ -95,13 +93,18 @@ struct Reader
         return static_cast< QV_INT >( value );
     }
 
-    bool flag()
+    QV_INT integer()
+    {
+        return number();
+    }
+
+    QV_BOOL flag()
     {
         unsigned value = byte();
         return ok( value < 2 ) && value;
     }
 
-    char32_t character()
+    QV_CHAR character()
     {
         unsigned first = byte();
 
@@ -139,6 +142,16 @@ struct Reader
         at += static_cast< size_t >( count );
 
         return bytes.substr( at - static_cast< size_t >( count ), static_cast< size_t >( count ) );
+    }
+
+    std::vector< Text > texts()
+    {
+        std::vector< Text > result;
+
+        for( QV_INT count = number(); count > 0 && !failed; count-- )
+            result.push_back( text() );
+
+        return result;
     }
 };
 
@@ -220,48 +233,32 @@ struct EncoderWalk : qv::fuzz::Walk
         Ref< QV_BUFFER > buf(
             in.below( 4 ) == 0 ? qvEncoderBuffer( encoder )
                                : bufferOf( std::string( static_cast< size_t >( in.length( 300 ) ), 'x' ) ).give() );
-        std::string src    = bytesOf( buf );
-        QV_INT      length = static_cast< QV_INT >( src.size() ), offset = in.upTo( length ),
-               count = in.upTo( length - offset );
+        std::string src  = bytesOf( buf );
+        Span        span = in.span( static_cast< QV_INT >( src.size() ), in.below( 8 ) );
 
         if( bytes.size() > 20000 )
             return;
 
-        switch( in.below( 8 ) )
+        if( span.form <= OUTER )
         {
-        case 0:
-            qvEncoderWrite( encoder, buf );
-            break;
-        case 1:
-            qvEncoderWriteInner( encoder, buf, offset, count );
-            src = src.substr( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
-            break;
-        case 2:
-            qvEncoderWriteOuter( encoder, buf, offset, count );
-            src.erase( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
-            break;
-        case 3:
-            qvEncoderWriteLeading( encoder, buf, offset );
-            src.resize( static_cast< size_t >( offset ) );
-            break;
-        case 4:
-            qvEncoderWriteTrailing( encoder, buf, offset );
-            src = src.substr( static_cast< size_t >( length - offset ) );
-            break;
-        case 5:
-            qvEncoderEncodeBuffer( encoder, buf );
-            src = bytesOfInt( length ) + src;
-            break;
-        case 6:
-            qvEncoderWriteEncoder( encoder, encoder );
-            src = bytes;
-            break;
-        default:
-            qvEncoderWriteByte( encoder, static_cast< uint8_t >( offset ) );
-            src = std::string( 1, static_cast< char >( offset ) );
+            CALL_FORM( qvEncoderWrite, span, 1, encoder, buf );
+            bytes += span.of( src );
         }
-
-        bytes += src;
+        else if( span.form == 5 )
+        {
+            qvEncoderEncodeBuffer( encoder, buf );
+            bytes += bytesOfInt( span.length ) + src;
+        }
+        else if( span.form == 6 )
+        {
+            qvEncoderWriteEncoder( encoder, encoder );
+            bytes += std::string( bytes );
+        }
+        else
+        {
+            qvEncoderWriteByte( encoder, static_cast< uint8_t >( span.offset ) );
+            bytes += static_cast< char >( span.offset );
+        }
     }
 
     void hold()
@@ -302,74 +299,70 @@ struct EncoderWalk : qv::fuzz::Walk
         }
     }
 
-    void read( QV_DECODER *decoder, Reader &reader )
+    // A value, kept or skipped. What is in the variable is given up in any case.
+    template< class T >
+    void value( QV_DECODER *dec, Reader &reader, T ( Reader::*model )(), QV_BOOL ( *tried )( QV_DECODER *, T * ) )
     {
-        bool   skips = in.flag();
-        QV_INT what  = in.below( 8 );
+        T    value = 7, expected = ( reader.*model )();
+        bool skips = in.flag(), ok = tried( dec, skips ? nullptr : &value );
+        require( ok == !reader.failed && ( skips || value == ( ok ? expected : T() ) ) );
+    }
+
+    template< class T, class E, class Same >
+    void object(
+        QV_DECODER *dec, Reader &reader, bool optional, Ref< T > value, E ( Reader::*model )(),
+        QV_BOOL ( *tried )( QV_DECODER *, T ** ), Same same )
+    {
+        bool skips = in.flag(), null = optional && !reader.flag();
+        E    expected = null || reader.failed ? E() : ( reader.*model )();
+        bool ok       = tried( dec, skips ? nullptr : value.at() );
+        require( ok == !reader.failed );
+        require( skips || ( ok && !null ? value && same( value, expected ) : !value ) );
+    }
+
+    void read( QV_DECODER *dec, Reader &reader )
+    {
+        QV_INT what     = in.below( 12 );
+        bool   optional = what % 2;
+        auto   isText   = []( QV_STRING *qvs, const Text &text ) { return charsOf( qvs ) == text; };
+        auto   isBlock  = []( QV_BUFFER *buf, const std::string &block ) { return bytesOf( buf ) == block; };
+        auto   areTexts = [&]( QV_VECTOR *vec, const std::vector< Text > &texts ) {
+            QV_INT i = 0;
+            return qvVectorLength( vec ) == static_cast< QV_INT >( texts.size() )
+                   && std::all_of( texts.begin(), texts.end(), [&]( auto &text ) {
+                          return isText( qvStringFrom( qvVectorBacking( vec )[i++] ), text );
+                      } );
+        };
 
         switch( what )
         {
         case 0:
-        {
-            QV_BOOL value    = 7;
-            bool    expected = reader.flag(), ok = qvDecoderTryDecodeBool( decoder, skips ? nullptr : &value );
-            require( ok == !reader.failed && ( skips || value == ( ok && expected ) ) );
-            return;
-        }
+            return value( dec, reader, &Reader::flag, qvDecoderTryDecodeBool );
         case 1:
         case 2:
-        {
-            QV_INT value    = 7;
-            QV_INT expected = reader.number();
-            bool   ok       = qvDecoderTryDecodeInt( decoder, skips ? nullptr : &value );
-            require( ok == !reader.failed && ( skips || value == ( ok ? expected : 0 ) ) );
-            return;
-        }
+            return value( dec, reader, &Reader::integer, qvDecoderTryDecodeInt );
         case 3:
-        {
-            QV_CHAR value    = 7;
-            QV_CHAR expected = reader.character();
-            bool    ok       = qvDecoderTryDecodeChar( decoder, skips ? nullptr : &value );
-            require( ok == !reader.failed && ( skips || value == ( ok ? expected : 0 ) ) );
-            return;
-        }
+            return value( dec, reader, &Reader::character, qvDecoderTryDecodeChar );
         case 4:
         case 5:
-        {
-            // What is in the variable is given up in any case.
-            Ref< QV_STRING > value    = stringOf( U"before" );
-            bool             null     = what == 5 && !reader.flag();
-            Text             expected = null || reader.failed ? Text() : reader.text();
-            bool             ok       = ( what == 5 ? qvDecoderTryDecodeOptionalString : qvDecoderTryDecodeString )(
-                decoder, skips ? nullptr : value.at() );
-            require( ok == !reader.failed );
-            require( skips || ( ok && !null ? value && charsOf( value ) == expected : !value ) );
-            return;
-        }
+            return object(
+                dec, reader, optional, stringOf( U"before" ), &Reader::text,
+                optional ? qvDecoderTryDecodeOptionalString : qvDecoderTryDecodeString, isText );
         case 6:
-        {
-            Ref< QV_BUFFER > value    = bufferOf( "before" );
-            std::string      expected = reader.block();
-            bool             ok       = qvDecoderTryDecodeBuffer( decoder, skips ? nullptr : value.at() );
-            require( ok == !reader.failed );
-            require( skips || ( ok ? value && bytesOf( value ) == expected : !value ) );
-            return;
-        }
+        case 7:
+            return object(
+                dec, reader, optional, bufferOf( "before" ), &Reader::block,
+                optional ? qvDecoderTryDecodeOptionalBuffer : qvDecoderTryDecodeBuffer, isBlock );
+        case 8:
+        case 9:
+            return object(
+                dec, reader, optional, Ref< QV_VECTOR >( qvVectorCreate() ), &Reader::texts,
+                optional ? qvDecoderTryDecodeOptionalStringVector : qvDecoderTryDecodeStringVector, areTexts );
         default:
-            Ref< QV_VECTOR >    value( qvVectorCreate() );
-            std::vector< Text > expected;
-
-            for( QV_INT count = reader.number(); count > 0 && !reader.failed; count-- )
-                expected.push_back( reader.text() );
-
-            bool ok = qvDecoderTryDecodeStringVector( decoder, skips ? nullptr : value.at() );
-            require( ok == !reader.failed );
-            require(
-                skips
-                || ( ok ? value && qvVectorLength( value ) == static_cast< QV_INT >( expected.size() ) : !value ) );
-
-            for( size_t i = 0; ok && !skips && i < expected.size(); i++ )
-                require( charsOf( qvStringFrom( qvVectorBacking( value )[i] ) ) == expected[i] );
+            QV_INT count = in.below( 8 );
+            bool   ok    = reader.ok( !reader.failed && count <= reader.left() );
+            reader.at += ok ? static_cast< size_t >( count ) : 0;
+            require( qvDecoderTrySkip( dec, count ) == ok );
         }
     }
 
@@ -383,6 +376,5 @@ struct EncoderWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    EncoderWalk, { "value", &EncoderWalk::value }, { "value", &EncoderWalk::value }, { "write", &EncoderWalk::write },
-    { "hold", &EncoderWalk::hold }, { "clear", &EncoderWalk::clear }, { "decode", &EncoderWalk::decode },
-    { "decode", &EncoderWalk::decode } )
+    EncoderWalk,
+    OP( value ) OP( value ) OP( write ) OP( hold ) OP( clear ) OP( decode ) OP( decode ) )

@@ -8,14 +8,13 @@
 
 #include <cmath>
 #include <cstring>
+#include <random>
 
 using namespace qv::fuzz;
 using qv::Ref;
 
 namespace
 {
-using Text = std::u32string;
-
 /* Writing ---------------------------------------------------------------------------------------------------------- */
 
 struct Conversion
@@ -303,24 +302,23 @@ struct FormatWalk : qv::fuzz::Walk
         Ref< QV_STRING > fmt    = stringOf( format ), result;
         QV_INT           number = in.number();
 
+        auto             make   = [&]( auto... leading ) {
+            result.reset( qvStringCreateFromFormat( fmt, leading..., argument, number ) );
+        };
+
         if( stars.empty() )
-            result.reset( qvStringCreateFromFormat( fmt, argument, number ) );
+            make();
         else if( stars.size() == 1 )
-            result.reset( qvStringCreateFromFormat( fmt, stars[0], argument, number ) );
+            make( stars[0] );
         else if( stars.size() == 2 )
-            result.reset( qvStringCreateFromFormat( fmt, stars[0], stars[1], argument, number ) );
+            make( stars[0], stars[1] );
         else
-            result.reset( qvStringCreateFromFormat( fmt, stars[0], stars[1], stars[2], argument, number ) );
+            make( stars[0], stars[1], stars[2] );
 
         if( tracing )
-        {
-            Text got = charsOf( result );
             fprintf(
-                stderr, "\n  format   %s\n  expected <%s>\n  got      %s",
-                std::string( format.begin(), format.end() ).c_str(),
-                std::string( expected.begin(), expected.end() ).c_str(),
-                std::string( got.begin(), got.end() ).c_str() );
-        }
+                stderr, "\n  format   %s\n  expected <%s>\n  got      %s", ascii( format ).c_str(),
+                ascii( expected ).c_str(), ascii( charsOf( result ) ).c_str() );
 
         require( charsOf( result ) == U"<" + expected + U">%" + wide( std::to_string( number ) ) );
     }
@@ -362,6 +360,26 @@ struct FormatWalk : qv::fuzz::Walk
         double value =
             in.flag() ? SPECIAL[in.below( std::size( SPECIAL ) )] : static_cast< double >( in.number() ) / 1024;
         run( "r", value, conversion.real( value ) );
+
+        // Of any size, near integers and powers of 2, and with few places, which are those that people write.
+        std::mt19937_64 random( static_cast< uint64_t >( in.number() ) );
+
+        for( int i = 0; i < 40; i++ )
+        {
+            double   any      = std::ldexp( static_cast< double >( random() ), -64 );
+            double   VALUES[] = { std::ldexp( any - 0.5, static_cast< int >( random() % 140 ) - 60 ),
+                                  static_cast< double >( static_cast< QV_INT >( random() ) >> random() % 64 ) / 1000,
+                                  static_cast< double >( random() % 100000 ) / std::pow( 10.0, random() % 8 ),
+                                  std::nextafter( static_cast< double >( random() % 1000 ), i & 1 ? 1e9 : -1e9 ),
+                                  std::nextafter( static_cast< double >( random() % 100 ) / 100, i & 1 ) };
+            Conversion plain;
+            plain.precision = static_cast< QV_INT >( random() % 22 );
+            plain.base      = i % 8 ? 10 : 2 + static_cast< QV_INT >( random() % 35 );
+
+            for( double each : VALUES )
+                require(
+                    takeText( qvFormatEncodeReal( each, plain.base, 0, plain.precision, 0 ) ) == plain.real( each ) );
+        }
     }
 
     void texts()
@@ -421,7 +439,11 @@ struct FormatWalk : qv::fuzz::Walk
         double real = 7;
 
         for( QV_INT count = in.below( 8 ); count > 0; count-- )
-            text += PIECES[in.below( std::size( PIECES ) )];
+        {
+            QV_INT which = in.below( std::size( PIECES ) + 2 );
+            text += which < static_cast< QV_INT >( std::size( PIECES ) ) ? Text( PIECES[which] )
+                                                                         : wide( std::to_string( in.number() ) );
+        }
 
         if( text.empty() )
             return;
@@ -474,5 +496,5 @@ struct FormatWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    FormatWalk, { "integers", &FormatWalk::integers }, { "reals", &FormatWalk::reals }, { "texts", &FormatWalk::texts },
-    { "others", &FormatWalk::others }, { "read", &FormatWalk::read } )
+    FormatWalk,
+    OP( integers ) OP( reals ) OP( texts ) OP( others ) OP( read ) )

@@ -74,7 +74,7 @@ std::string randomInput( std::mt19937 &random )
     bool        pieces = random() % 2;
     std::string input;
 
-    for( unsigned i = random() % ( pieces ? 40 : 160 ); i > 0; i-- )
+    for( unsigned i = random() % ( pieces ? 40 : random() % 16 ? 160 : 1000 ); i > 0; i-- )
     {
         if( pieces && random() % 4 )
             input += PIECES[random() % std::size( PIECES )];

@@ -2,13 +2,15 @@
     Walks: a fuzz target reads operations from its input and runs them on a few variables of a family, each beside a
     model made of standard containers, and compares the two after each operation.
 
-        struct Walk : qv::fuzz::Walk              // the variables and their models
+        struct VectorWalk : SlotWalk< QV_VECTOR, Model, qvVectorCreate >    // the variables and their models
         {
             void add() { QV_INT number = in.number(); ... }
-            void check() { require( ... ); }      // after each operation
+            void check() { require( ... ); }                                // after each operation
         };
 
-        QV_FUZZ_WALK( Walk, { "add", &Walk::add }, ... )
+        QV_FUZZ_WALK( VectorWalk, OP( share ) OP( add ) OP( add ) ... )     // what stands here twice is drawn as often
+
+    A target that is no walk but reads any bytes says QV_FUZZ_READER( function ).
 
     With QV_FUZZ_TRACE=1 in the environment the operations and all that they draw are printed, one line each, before
     they run, so that the last line of an input that fails is the culprit. */
@@ -42,6 +44,72 @@ inline const bool tracing = getenv( "QV_FUZZ_TRACE" ) != nullptr;
     fprintf( stderr, "\n%s:%d: %s does not hold\n", file, line, condition );
     abort();
 }
+
+using Text = std::u32string;
+
+inline QV_INT size( const Text &text )
+{
+    return static_cast< QV_INT >( text.size() );
+}
+
+template< class C >
+C part( const C &all, QV_INT offset, QV_INT count )
+{
+    return C( all.begin() + offset, all.begin() + offset + count );
+}
+
+template< class C >
+C without( C all, QV_INT offset, QV_INT count )
+{
+    all.erase( all.begin() + offset, all.begin() + offset + count );
+    return all;
+}
+
+/** What is meant of a source: all of it, its start, its end, a part of it, or what stands around the part. */
+enum Form
+{
+    WHOLE,
+    LEADING,
+    TRAILING,
+    INNER,
+    OUTER
+};
+
+struct Span
+{
+    QV_INT form, length, offset, count;
+
+    template< class C >
+    C of( const C &all ) const
+    {
+        return form == WHOLE      ? all
+               : form == LEADING  ? part( all, 0, offset )
+               : form == TRAILING ? part( all, length - offset, offset )
+               : form == INNER    ? part( all, offset, count )
+                                  : without( all, offset, count );
+    }
+
+    /** What a model does when that is deleted; of Outer, all but the part is. */
+    template< class M >
+    void erase( M &model, bool shared ) const
+    {
+        if( form == OUTER )
+            model.keep( shared, offset, count );
+        else if( form == INNER )
+            model.erase( shared, offset, count );
+        else
+            model.erase( shared, form == LEADING ? 0 : length - offset, offset );
+    }
+};
+
+/** Calls the form of `Name` that a span in units of `unit` asks for. */
+#define CALL_FORM( Name, span, unit, ... )                                                                             \
+    ( ( span ).form == WHOLE ? Name( __VA_ARGS__ ) : CALL_PART( Name, span, unit, __VA_ARGS__ ) )
+#define CALL_PART( Name, span, unit, ... )                                                                             \
+    ( ( span ).form == LEADING    ? Name##Leading( __VA_ARGS__, ( span ).offset / ( unit ) )                           \
+      : ( span ).form == TRAILING ? Name##Trailing( __VA_ARGS__, ( span ).offset / ( unit ) )                          \
+      : ( span ).form == INNER ? Name##Inner( __VA_ARGS__, ( span ).offset / ( unit ), ( span ).count / ( unit ) )     \
+                               : Name##Outer( __VA_ARGS__, ( span ).offset / ( unit ), ( span ).count / ( unit ) ) )
 
 /** The bytes of an input, taken one after the other. At their end there are zeros. */
 class Input
@@ -124,7 +192,8 @@ public:
     {
         static const char32_t CHARS[] = {
             U' ',   U'\n',  U'\r',   U'\t',   U'%',     U'.',   U'=',   U',',   U'-',   U'0',   U'1',   U'A',
-            U'_',   0x7F,   0x80,    0x85,    0xA0,     0xDF,   0xE9,   0xFF,   0x130,  0x149,  0x2B0,  0x300,
+            U'_',   0x1F,   0x7F,    0x80,    0x85,     0x9F,   0xA0,   0xDF,   0xE9,   0xFF,   0x130,  0x149,
+            0x2B0,  0x300,
             0x301,  0x307,  0x323,   0x345,   0x390,    0x3A3,  0x7FF,  0x800,  0xAC00, 0xAC01, 0x1100, 0x1161,
             0x11A7, 0x11A8, 0x1E9E,  0x2028,  0x2029,   0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xFB01, 0xFB03, 0xFEFF,
             0xFFFD, 0xFFFF, 0x10000, 0x1F600, 0x10FFFF, 0,      0x212B, 0x1D15E };
@@ -151,6 +220,12 @@ public:
         return result;
     }
 
+    Span span( QV_INT length, QV_INT form, QV_INT unit = 1 )
+    {
+        QV_INT offset = upTo( length / unit ) * unit;
+        return { form, length, offset, upTo( ( length - offset ) / unit ) * unit };
+    }
+
 private:
     static QV_INT shown( QV_INT value )
     {
@@ -162,11 +237,6 @@ private:
 
     const uint8_t *at_, *end_;
 };
-
-inline QV_INT size( const std::u32string &text )
-{
-    return static_cast< QV_INT >( text.size() );
-}
 
 inline Ref< QV_STRING > stringOf( const std::u32string &text )
 {
@@ -201,6 +271,11 @@ inline QV_INT intOf( QV_OBJ *boxed )
 inline Ref< QV_BUFFER > bufferOf( const std::string &bytes )
 {
     return Ref< QV_BUFFER >( qvBufferCreateFromBytesCopy( bytes.data(), static_cast< QV_INT >( bytes.size() ) ) );
+}
+
+inline std::string ascii( const Text &text )
+{
+    return std::string( text.begin(), text.end() );
 }
 
 inline std::string bytesOf( QV_BUFFER *buf )
@@ -317,6 +392,21 @@ private:
     bool     lone_ = false; // families without one empty object that all share
 };
 
+/** The same with variables of a family. */
+template< class T, class M, T *( *create )() >
+struct SlotWalk : Walk
+{
+    using Walk::Walk;
+    using Slot = typename Slots< T, M >::Slot;
+
+    Slots< T, M > slots{ create };
+
+    void share()
+    {
+        slots.share( in );
+    }
+};
+
 template< class W >
 struct Operation
 {
@@ -361,13 +451,33 @@ int walk( const Operation< W > ( &operations )[N], const uint8_t *data, size_t s
 
     return 0;
 }
+
+/** Any bytes, after which there are as many live objects as before. */
+inline int read( void ( *reader )( const uint8_t *data, size_t size ), const uint8_t *data, size_t size )
+{
+    start();
+    QV_INT before = liveObjects();
+    reader( data, size );
+    require( liveObjects() == before );
+
+    return 0;
+}
 } // namespace qv::fuzz
 
-#define QV_FUZZ_WALK( W, ... )                                                                                         \
+#define QV_FUZZ_READER( reader )                                                                                       \
     extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )                                          \
     {                                                                                                                  \
-        static const qv::fuzz::Operation< W > OPERATIONS[] = { __VA_ARGS__ };                                          \
+        return qv::fuzz::read( reader, data, size );                                                                   \
+    }
+
+/** A walk of operations, each of them as OP( name ). */
+#define QV_FUZZ_WALK( W, operations )                                                                                  \
+    extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )                                          \
+    {                                                                                                                  \
+        using Current                                     = W;                                                         \
+        static const qv::fuzz::Operation< W > OPERATIONS[] = { operations };                                           \
         return qv::fuzz::walk( OPERATIONS, data, size );                                                               \
     }
+#define OP( name ) { #name, &Current::name },
 
 #endif

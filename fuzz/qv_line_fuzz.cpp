@@ -1,24 +1,21 @@
 // Lines of any text with any newline flags. The first byte is the flags, the others choose characters from an alphabet
 // in which terminators are frequent. The lines must be those of a simple model, through arrays and through Strings.
 
-#include "qv/base/qv_string.h"
-#include "qv/base/qv_vector.h"
+#include "qv_fuzz_walk.h"
+
 #include "qv/io/qv_char_source.h"
 #include "qv/io/qv_char_source_private.h"
 #include "qv/io/qv_line_source.h"
 #include "qv/io/qv_nlf.h"
 #include "qv/io/qv_nlf_line_source.h"
 #include "qv/io/qv_string_char_source.h"
-#include "qv/runtime/qv_ref.h"
-#include "qv/runtime/qv_runtime.h"
 
-#include <string>
-
+using namespace qv::fuzz;
 using qv::Ref;
 
 namespace
 {
-const std::u32string ALPHABET = U"\n\r\x85\v\f\u2028\u2029a\t\x0E\x84\u202A";
+const Text ALPHABET = U"\n\r\x85\v\f\u2028\u2029a\t\x0E\x84\u202A";
 
 // A char source over another one that reads Strings, never arrays.
 QV_BOOL readString( QV_OBJ *closure, QV_STRING **qvs, QV_INT maxCharCount, QV_INT *charsRead )
@@ -36,9 +33,9 @@ bool isTerminator( QV_CHAR ch, QV_INT flags )
 }
 
 // The text with one character that occurs nowhere else for each terminator.
-std::u32string marked( const std::u32string &text, QV_INT flags )
+Text marked( const Text &text, QV_INT flags )
 {
-    std::u32string result;
+    Text result;
 
     for( size_t i = 0; i < text.size(); i++ )
     {
@@ -57,61 +54,46 @@ std::u32string marked( const std::u32string &text, QV_INT flags )
     return result;
 }
 
-void require( bool condition )
-{
-    if( !condition )
-        __builtin_trap();
-}
-
-std::u32string readAll( QV_CHAR_SOURCE *charSource, QV_INT flags )
+Text readAll( QV_CHAR_SOURCE *charSource, QV_INT flags )
 {
     Ref< QV_NLF_LINE_SOURCE > nls( qvNlfLineSourceCreate( charSource, flags ) );
     Ref< QV_LINE_SOURCE >     source( qvNlfLineSourceLineSource( nls ) );
-    std::u32string            result;
+    Text            result;
     QV_INT                    count = 0;
 
     while( QV_STRING *line = qvLineSourceRead( source ) )
     {
-        result.append( qvStringBacking( line ), static_cast< size_t >( qvStringLength( line ) ) );
-        result += U'#';
+        result += takeText( line ) + U'#';
         count++;
-        qvStringRelease( line );
     }
 
     require( qvLineSourceEnd( source ) && !qvLineSourceError( source ) && qvLineSourceLinesRead( source ) == count );
 
     return result;
 }
-} // namespace
-
-extern "C" int LLVMFuzzerInitialize( int *, char *** )
-{
-    qvRuntimeStartup( QV_RUNTIME_FLAG_MINIMAL, nullptr, nullptr, nullptr, nullptr );
-    return 0;
-}
-
-extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )
+void readLines( const uint8_t *data, size_t size )
 {
     if( size == 0 )
-        return 0;
+        return;
 
-    QV_INT         flags = data[0];
-    std::u32string text;
+    QV_INT flags = data[0];
+    Text   text;
 
     // A byte from 0x80 on stands for a run, so that short inputs get across the refills of the source.
     for( size_t i = 1; i < size && text.size() < 20000; i++ )
         text.append( data[i] < 0x80 ? 1 : ( data[i] - 0x7F ) * 9, ALPHABET[data[i] % ALPHABET.size()] );
 
-    Ref< QV_STRING > qvs( qvStringCreateFromCharsCopy( text.data(), static_cast< QV_INT >( text.size() ) ) );
+    Ref< QV_STRING > qvs = stringOf( text );
 
     Ref< QV_STRING_CHAR_SOURCE > arrays( qvStringCharSourceCreate( qvs ) ), strings( qvStringCharSourceCreate( qvs ) );
     Ref< QV_CHAR_SOURCE >        ofArrays( qvStringCharSourceCharSource( arrays ) );
     Ref< QV_CHAR_SOURCE >        inner( qvStringCharSourceCharSource( strings ) );
     Ref< QV_CHAR_SOURCE >        ofStrings( qv___CharSourceCreate( readString, qv::obj( inner.get() ) ) );
 
-    std::u32string expected = marked( text, flags );
+    Text expected = marked( text, flags );
     require( readAll( ofArrays, flags ) == expected );
     require( readAll( ofStrings, flags ) == expected );
-
-    return 0;
 }
+} // namespace
+
+QV_FUZZ_READER( readLines )

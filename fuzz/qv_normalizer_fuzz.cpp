@@ -12,8 +12,6 @@ using qv::Ref;
 
 namespace
 {
-using Text = std::u32string;
-
 const QV_INT CANONICAL = 1; // the type of a mapping
 
 void decompose( char32_t ch, bool compatible, Text &out )
@@ -138,29 +136,22 @@ struct NormalizerWalk : qv::fuzz::Walk
 
     void write()
     {
-        Text             part   = text();
-        Ref< QV_STRING > qvs    = stringOf( part );
-        QV_INT           length = size( part ), offset = in.upTo( length ), count = in.upTo( length - offset );
+        Text             all  = text();
+        Ref< QV_STRING > qvs  = stringOf( all );
+        QV_INT           how  = in.below( 4 );
+        Span             span = in.span( size( all ), how == 1 ? INNER : how == 2 ? OUTER : WHOLE );
+        Text             part = span.of( all );
 
         if( written.size() + part.size() > 20000 )
             return;
 
-        switch( in.below( 4 ) )
-        {
-        case 0:
+        if( how == 3 )
+            qvUnicodeNormalizerWriteChars( norm, all.data(), size( all ) );
+        else if( span.form == WHOLE )
             qvUnicodeNormalizerWrite( norm, qvs );
-            break;
-        case 1:
-            qvUnicodeNormalizerWriteInner( norm, qvs, offset, count );
-            part = part.substr( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
-            break;
-        case 2:
-            qvUnicodeNormalizerWriteOuter( norm, qvs, offset, count );
-            part.erase( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
-            break;
-        default:
-            qvUnicodeNormalizerWriteChars( norm, part.data(), length );
-        }
+        else
+            ( how == 1 ? qvUnicodeNormalizerWriteInner : qvUnicodeNormalizerWriteOuter )(
+                norm, qvs, span.offset, span.count );
 
         for( char32_t ch : part )
             qvUnicodeNormalizerWriteChar( single, ch );
@@ -245,5 +236,5 @@ struct NormalizerWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    NormalizerWalk, { "write", &NormalizerWalk::write }, { "write", &NormalizerWalk::write },
-    { "read", &NormalizerWalk::read }, { "flush", &NormalizerWalk::flush }, { "clear", &NormalizerWalk::clear } )
+    NormalizerWalk,
+    OP( write ) OP( write ) OP( read ) OP( flush ) OP( clear ) )

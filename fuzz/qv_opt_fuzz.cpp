@@ -15,8 +15,6 @@ using qv::Ref;
 
 namespace
 {
-using Text = std::u32string;
-
 enum Flags
 {
     ARGUMENT  = 1,
@@ -222,17 +220,9 @@ struct Parser
 
 const char *const NAMES[] = { "a", "al", "all", "alpha", "beta", "b", "be", "file", "fil", "verbose", "ver" };
 
-struct OptWalk : qv::fuzz::Walk
+struct OptWalk : SlotWalk< QV_OPT_DEF, Definition, qvOptDefCreate >
 {
-    using Walk::Walk;
-    using Slot = Slots< QV_OPT_DEF, Definition >::Slot;
-
-    Slots< QV_OPT_DEF, Definition > slots{ qvOptDefCreate };
-
-    void share()
-    {
-        slots.share( in );
-    }
+    using SlotWalk::SlotWalk;
 
     void copy()
     {
@@ -401,6 +391,5 @@ struct OptWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    OptWalk, { "share", &OptWalk::share }, { "copy", &OptWalk::copy }, { "defineAll", &OptWalk::defineAll },
-    { "define", &OptWalk::define }, { "define", &OptWalk::define }, { "define", &OptWalk::define },
-    { "parse", &OptWalk::parse }, { "parse", &OptWalk::parse } )
+    OptWalk,
+    OP( share ) OP( copy ) OP( defineAll ) OP( define ) OP( define ) OP( define ) OP( parse ) OP( parse ) )

@@ -17,18 +17,22 @@ namespace
 {
 // By priority, then as the objects order, which are boxed integers.
 using Pairs = std::set< std::pair< QV_INT, QV_INT > >;
-using Names = std::map< std::u32string, QV_INT >;
-
-struct EnumModel
+// Names of values, the ones of a Flagset by the index of the bit. A value that several share has the last one entered.
+struct Names
 {
-    Names                              values;
-    std::map< QV_INT, std::u32string > names;
-};
+    std::map< Text, QV_INT > values;
+    std::map< QV_INT, Text > names;
 
-struct FlagModel
-{
-    Names          values;
-    std::u32string names[64];
+    void erase( const Text &name )
+    {
+        if( auto at = values.find( name ); at != values.end() )
+        {
+            if( auto named = names.find( at->second ); named != names.end() && named->second == name )
+                names.erase( named );
+
+            values.erase( at );
+        }
+    }
 };
 
 struct MapWalk : qv::fuzz::Walk
@@ -36,8 +40,8 @@ struct MapWalk : qv::fuzz::Walk
     using Walk::Walk;
 
     Slots< QV_PRIORITY_MAP, Pairs > maps{ qvPriorityMapCreate };
-    Slots< QV_ENUM, EnumModel >     enums{ qvEnumCreate };
-    Slots< QV_FLAGSET, FlagModel >  flags{ qvFlagsetCreate };
+    Slots< QV_ENUM, Names >         enums{ qvEnumCreate };
+    Slots< QV_FLAGSET, Names >      flags{ qvFlagsetCreate };
 
     void share()
     {
@@ -142,15 +146,10 @@ struct MapWalk : qv::fuzz::Walk
             has && at != pairs.begin() ? std::prev( at ) : pairs.end() );
     }
 
-    std::u32string name()
-    {
-        return wide( "N_" ) + char32_t( U'A' + in.below( 12 ) );
-    }
-
     // A new String of the name, or the very one that the map has among its names, held by nobody else.
     Ref< QV_STRING > fresh;
 
-    QV_STRING *nameOf( const std::u32string &n, QV_VECTOR *owned )
+    QV_STRING *nameOf( const Text &n, QV_VECTOR *owned )
     {
         Ref< QV_VECTOR > names( owned );
         QV_INT           idx = qvVectorIndexOfObj( names, qv::obj( ( fresh = stringOf( n ) ).get() ), QV_TRUE );
@@ -163,56 +162,38 @@ struct MapWalk : qv::fuzz::Walk
         return qvStringFrom( qvVectorBacking( names )[idx] );
     }
 
-    void enumerant()
+    static QV_INT bit( QV_INT index )
     {
-        auto          &slot  = enums.any( in );
-        std::u32string n     = name();
-        QV_INT         value = in.below( 8 );
-        QV_STRING     *qvs   = nameOf( n, qvEnumEnumerantsVector( slot.ref ) );
+        return static_cast< QV_INT >( 1ull << index );
+    }
 
-        if( auto at = slot.model.values.find( n ); at != slot.model.values.end() )
-        {
-            // A value that several names share keeps the last one entered.
-            if( auto named = slot.model.names.find( at->second );
-                named != slot.model.names.end() && named->second == n )
-                slot.model.names.erase( named );
-
-            slot.model.values.erase( at );
-        }
+    template< class T >
+    void name(
+        Slots< T, Names > &slots, QV_INT most, QV_VECTOR *( *all )( T * ), void ( *del )( T **, QV_STRING * ),
+        void ( *enter )( T **, QV_STRING *, QV_INT ), QV_INT ( *valueOf )( QV_INT ) )
+    {
+        auto      &slot  = slots.any( in );
+        Text       n     = wide( "N_" ) + char32_t( U'A' + in.below( 12 ) );
+        QV_INT     value = in.upTo( most );
+        QV_STRING *qvs   = nameOf( n, all( slot.ref ) );
+        slot.model.erase( n );
 
         if( in.below( 3 ) == 0 )
-            return qvEnumDelEnumerant( slot.ref.at(), qvs );
+            return del( slot.ref.at(), qvs );
 
-        qvEnumSetEnumerant( slot.ref.at(), qvs, value );
+        enter( slot.ref.at(), qvs, valueOf( value ) );
         slot.model.values[n]    = value;
         slot.model.names[value] = n;
     }
 
+    void enumerant()
+    {
+        name( enums, 7, qvEnumEnumerantsVector, qvEnumDelEnumerant, qvEnumSetEnumerant, []( QV_INT i ) { return i; } );
+    }
+
     void flag()
     {
-        auto          &slot = flags.any( in );
-        std::u32string n    = name();
-        QV_INT         bit  = in.upTo( 63 );
-        QV_STRING     *qvs  = nameOf( n, qvFlagsetFlagsVector( slot.ref ) );
-
-        if( auto at = slot.model.values.find( n ); at != slot.model.values.end() )
-        {
-            // It keeps its bit or goes: what a name that moves leaves behind is not promised.
-            if( in.flag() )
-                return qvFlagsetSetFlag( slot.ref.at(), qvs, at->second );
-
-            qvFlagsetDelFlag( slot.ref.at(), qvs );
-            slot.model.names[__builtin_ctzll( static_cast< uint64_t >( at->second ) )].clear();
-            slot.model.values.erase( at );
-            return;
-        }
-
-        if( !slot.model.names[bit].empty() )
-            return;
-
-        qvFlagsetSetFlag( slot.ref.at(), qvs, static_cast< QV_INT >( 1ull << bit ) );
-        slot.model.values[n]  = static_cast< QV_INT >( 1ull << bit );
-        slot.model.names[bit] = n;
+        name( flags, 63, qvFlagsetFlagsVector, qvFlagsetDelFlag, qvFlagsetSetFlag, bit );
     }
 
     void check()
@@ -231,9 +212,8 @@ struct MapWalk : qv::fuzz::Walk
 
         for( auto &slot : enums.slots )
         {
-            require(
-                qvVectorLength( Ref< QV_VECTOR >( qvEnumEnumerantsVector( slot.ref ) ) )
-                == static_cast< QV_INT >( slot.model.values.size() ) );
+            Ref< QV_VECTOR > all( qvEnumEnumerantsVector( slot.ref ) );
+            require( qvVectorLength( all ) == static_cast< QV_INT >( slot.model.values.size() ) );
 
             for( auto &[n, value] : slot.model.values )
                 require( qvEnumEnumerant( slot.ref, stringOf( n ) ) == value );
@@ -242,28 +222,24 @@ struct MapWalk : qv::fuzz::Walk
             {
                 auto             at = slot.model.names.find( value );
                 Ref< QV_STRING > generated( qvEnumGenerate( slot.ref, value ) );
-                require(
-                    generated ? at != slot.model.names.end() && charsOf( generated ) == at->second
-                              : at == slot.model.names.end() );
+                require( generated ? at != slot.model.names.end() && charsOf( generated ) == at->second
+                                   : at == slot.model.names.end() );
             }
         }
 
         for( auto &slot : flags.slots )
         {
-            QV_INT         all = 0;
-            std::u32string text;
+            QV_INT bits = 0;
+            Text   text;
 
-            for( size_t bit = 0; bit < 64; bit++ )
-            {
-                if( slot.model.names[bit].empty() )
-                    continue;
+            for( auto &[index, n] : slot.model.names )
+                bits |= bit( index ), text += ( text.empty() ? U"" : U"|" ) + n;
 
-                all |= static_cast< QV_INT >( 1ull << bit );
-                text += ( text.empty() ? U"" : U"|" ) + slot.model.names[bit];
-            }
+            for( auto &[n, index] : slot.model.values )
+                require( qvFlagsetFlag( slot.ref, stringOf( n ) ) == bit( index ) );
 
-            Ref< QV_STRING > generated( qvFlagsetGenerate( slot.ref, all ) );
-            require( charsOf( generated ) == text && qvFlagsetParse( slot.ref, generated ) == all );
+            Ref< QV_STRING > generated( qvFlagsetGenerate( slot.ref, bits ) );
+            require( charsOf( generated ) == text && qvFlagsetParse( slot.ref, generated ) == bits );
         }
 
         maps.checkCounts();
@@ -274,6 +250,5 @@ struct MapWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    MapWalk, { "share", &MapWalk::share }, { "create", &MapWalk::create }, { "set", &MapWalk::set },
-    { "set", &MapWalk::set }, { "erase", &MapWalk::erase }, { "look", &MapWalk::look },
-    { "enumerant", &MapWalk::enumerant }, { "flag", &MapWalk::flag } )
+    MapWalk,
+    OP( share ) OP( create ) OP( set ) OP( set ) OP( erase ) OP( look ) OP( enumerant ) OP( flag ) )

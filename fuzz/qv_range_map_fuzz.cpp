@@ -127,17 +127,9 @@ struct Model
     }
 };
 
-struct RangeMapWalk : qv::fuzz::Walk
+struct RangeMapWalk : SlotWalk< QV_RANGE_MAP, Model, qvRangeMapCreate >
 {
-    using Walk::Walk;
-    using Slot = Slots< QV_RANGE_MAP, Model >::Slot;
-
-    Slots< QV_RANGE_MAP, Model > slots{ qvRangeMapCreate };
-
-    void share()
-    {
-        slots.share( in );
-    }
+    using SlotWalk::SlotWalk;
 
     void create()
     {
@@ -318,7 +310,6 @@ struct RangeMapWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    RangeMapWalk, { "share", &RangeMapWalk::share }, { "create", &RangeMapWalk::create }, { "set", &RangeMapWalk::set },
-    { "set", &RangeMapWalk::set }, { "set", &RangeMapWalk::set }, { "run", &RangeMapWalk::run },
-    { "erase", &RangeMapWalk::erase }, { "collapse", &RangeMapWalk::collapse }, { "self", &RangeMapWalk::self },
-    { "look", &RangeMapWalk::look } )
+    RangeMapWalk,
+    OP( share ) OP( create ) OP( set ) OP( set ) OP( set ) OP( run ) OP( erase ) OP( collapse ) OP( self )
+    OP( look ) )

@@ -1,51 +1,39 @@
 // The binary form of documents: what is not an error can be written and read again, in both forms.
 
-#include "qv/base/qv_buffer.h"
+#include "qv_fuzz_walk.h"
+
+#include "qv/base/qv_decoder.h"
 #include "qv/base/qv_store.h"
-#include "qv/base/qv_vector.h"
-#include "qv/runtime/qv_ref.h"
-#include "qv/runtime/qv_runtime.h"
 
-#include <cstdlib>
-
+using namespace qv::fuzz;
 using qv::Ref;
 
 namespace
 {
-void check( bool ok )
+void decode( const uint8_t *data, size_t size )
 {
-    if( !ok )
-        abort();
-}
+    Ref< QV_BUFFER >  bytes( qvBufferCreateFromBytesCopy( data, static_cast< QV_INT >( size ) ) );
+    Ref< QV_STORE >   store( qvStoreTryDecodeFromBuffer( bytes ) ), read, again;
+    Ref< QV_DECODER > dec( qvDecoderCreate( bytes ) ), skipping( qvDecoderCreate( bytes ) );
 
-bool start()
-{
-    qvRuntimeStartup( QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS, nullptr, nullptr, nullptr, nullptr );
-    return true;
+    // With other bytes behind it, and skipped.
+    bool ok = qvDecoderTryDecodeStore( dec, read.at() );
+    require( qvDecoderTryDecodeStore( skipping, nullptr ) == ok && !read == !ok );
+    require( qvDecoderOffset( dec ) == qvDecoderOffset( skipping ) );
+    require( !store == !( ok && qvDecoderRemaining( dec ) == 0 ) );
+
+    if( !ok )
+        return;
+
+    Ref< QV_BUFFER > written( qvStoreEncodeToBuffer( read ) );
+    again.reset( qvStoreTryDecodeFromBuffer( written ) );
+    require( again && qvStoreEquals( read, again ) );
+    require( qvBufferEquals( written, Ref< QV_BUFFER >( qvStoreEncodeToBuffer( again ) ) ) );
+
+    Ref< QV_VECTOR > lines( qvStoreEncodeToStringVector( read ) );
+    again.reset( qvStoreDecodeFromStringVector( lines ) );
+    require( qvStoreEquals( read, again ) );
 }
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )
-{
-    static const bool started = start();
-    check( started );
-
-    Ref< QV_BUFFER > bytes( qvBufferCreateFromBytesCopy( data, static_cast< QV_INT >( size ) ) );
-    Ref< QV_STORE >  store( qvStoreTryDecodeFromBuffer( bytes ) );
-
-    if( !store )
-        return 0;
-
-    Ref< QV_BUFFER > written( qvStoreEncodeToBuffer( store ) );
-    Ref< QV_STORE >  again( qvStoreTryDecodeFromBuffer( written ) );
-    check( again && qvStoreEquals( store, again ) );
-
-    Ref< QV_BUFFER > writtenAgain( qvStoreEncodeToBuffer( again ) );
-    check( qvBufferEquals( written, writtenAgain ) );
-
-    Ref< QV_VECTOR > lines( qvStoreEncodeToStringVector( store ) );
-    again.reset( qvStoreDecodeFromStringVector( lines ) );
-    check( qvStoreEquals( store, again ) );
-
-    return 0;
-}
+QV_FUZZ_READER( decode )

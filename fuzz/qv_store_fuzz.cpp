@@ -4,6 +4,13 @@
 #include "qv_fuzz_walk.h"
 
 #include "qv/base/qv_store.h"
+#include "qv/charset/qv_charset.h"
+#include "qv/io/qv_buffer_byte_source.h"
+#include "qv/io/qv_byte_source.h"
+#include "qv/io/qv_char_source.h"
+#include "qv/io/qv_line_source.h"
+#include "qv/io/qv_nlf_line_source.h"
+#include "qv/sys/qv_mem.h"
 #include "qv/unicode/qv_unicode_properties.h"
 
 #include <map>
@@ -13,7 +20,6 @@ using qv::Ref;
 
 namespace
 {
-using Text  = std::u32string;
 using Lines = std::vector< Text >;
 
 struct Doc
@@ -268,18 +274,11 @@ bool same( QV_STORE *store, const Doc &doc )
     return true;
 }
 
-struct StoreWalk : qv::fuzz::Walk
+struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
 {
-    using Walk::Walk;
-    using Slot = Slots< QV_STORE, Doc >::Slot;
+    using SlotWalk::SlotWalk;
 
-    Slots< QV_STORE, Doc > slots{ qvStoreCreate };
     Ref< QV_STRING >       made, madeValue;
-
-    void share()
-    {
-        slots.share( in );
-    }
 
     void create()
     {
@@ -342,11 +341,11 @@ struct StoreWalk : qv::fuzz::Walk
     {
         Slot       &slot = slots.any( in );
         Text        at   = anAddress();
-        std::string ascii( at.begin(), at.end() );
+        std::string name   = ascii( at );
         QV_INT      number = in.number(), back;
-        qvStoreSetValueIntCstr( slot.ref.at(), ascii.c_str(), -1, number );
+        qvStoreSetValueIntCstr( slot.ref.at(), name.c_str(), -1, number );
         slot.model.values[at] = wide( std::to_string( number ) );
-        require( qvStoreValueIntCstr( slot.ref, &back, ascii.c_str(), -1 ) && back == number );
+        require( qvStoreValueIntCstr( slot.ref, &back, name.c_str(), -1 ) && back == number );
     }
 
     void erase()
@@ -458,7 +457,6 @@ struct StoreWalk : qv::fuzz::Walk
         Lines            lines;
         Ref< QV_VECTOR > vec( qvVectorCreate() );
         Ref< QV_STRING > all( qvStringCreate() );
-        bool             plain = true;
 
         for( QV_INT count = in.below( 30 ); count > 0 && in.more(); count-- )
         {
@@ -470,31 +468,38 @@ struct StoreWalk : qv::fuzz::Walk
                 line += which < static_cast< QV_INT >( std::size( PIECES ) ) ? PIECES[which] : in.text( 30 );
             }
 
-            for( char32_t ch : line )
-                plain = plain && ch != U'\n' && ch != U'\r' && ch != 0x85 && ch != 0xFEFF && ch >> 1 != 0x2028 >> 1;
-
             lines.push_back( line );
             made = stringOf( line );
             qvVectorAppendString( vec.at(), made );
             qvStringAppend( all.at(), made );
-            qvStringAppendChar( all.at(), U'\n' );
+            qvStringAppendChar( all.at(), U"\n\r\u2028"[in.below( 3 )] );
         }
 
         slot.set( qvStoreDecodeFromStringVector( vec ), read( lines, 0 ) );
         made.reset();
 
-        QV_INT           length;
-        char            *utf8 = qvStringConvertToUtf8( all, QV_FALSE, &length );
-        Ref< QV_BUFFER > buf( utf8 ? qvBufferCreateFromBytesUse( utf8, length ) : qvBufferCreate() );
+        // As text there may be more lines, and some bytes are no characters.
+        QV_INT      length;
+        char       *utf8 = qvStringConvertToUtf8( all, QV_FALSE, &length );
+        std::string bytes( utf8, static_cast< size_t >( length ) );
+        qvMemFree( utf8 );
 
-        // Line ends and surrogates inside a line make other lines of it.
-        if( plain && std::none_of( lines.begin(), lines.end(), []( const Text &line ) {
-                return std::any_of( line.begin(), line.end(), []( char32_t ch ) { return ch >> 11 == 0x1B; } );
-            } ) )
-        {
-            Ref< QV_STORE > store( qvStoreTryDecodeFromTextBuffer( buf ) );
-            require( store && qvStoreEquals( store, slot.ref ) );
-        }
+        if( in.flag() && !bytes.empty() )
+            bytes.insert( static_cast< size_t >( in.upTo( length ) ), 1, static_cast< char >( in.byte() ) );
+
+        Ref< QV_BUFFER_BYTE_SOURCE > bufferSource( qvBufferByteSourceCreate( bufferOf( bytes ) ) );
+        Ref< QV_BYTE_SOURCE >        byteSource( qvBufferByteSourceByteSource( bufferSource ) );
+        Ref< QV_CHAR_SOURCE >        charSource( qvCharsetCreateCharSource( byteSource, QV_CHARSET_UTF_8, 0 ) );
+        Ref< QV_NLF_LINE_SOURCE >    nlfSource( qvNlfLineSourceCreate( charSource, 255 ) );
+        Ref< QV_LINE_SOURCE >        lineSource( qvNlfLineSourceLineSource( nlfSource ) );
+        vec.reset( qvLineSourceReadLines( lineSource, -1 ) );
+        lines.clear();
+
+        for( QV_INT i = 0; i < qvVectorLength( vec ); i++ )
+            lines.push_back( charsOf( qvStringFrom( qvVectorBacking( vec )[i] ) ) );
+
+        Ref< QV_STORE > store( qvStoreTryDecodeFromTextBuffer( bufferOf( bytes ) ) );
+        require( store && same( store, read( lines, 0 ) ) );
     }
 
     void look()
@@ -516,7 +521,6 @@ struct StoreWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    StoreWalk, { "share", &StoreWalk::share }, { "create", &StoreWalk::create }, { "setValue", &StoreWalk::setValue },
-    { "setValue", &StoreWalk::setValue }, { "typed", &StoreWalk::typed }, { "erase", &StoreWalk::erase },
-    { "setStore", &StoreWalk::setStore }, { "below", &StoreWalk::below }, { "merge", &StoreWalk::merge },
-    { "persist", &StoreWalk::persist }, { "parse", &StoreWalk::parse }, { "look", &StoreWalk::look } )
+    StoreWalk,
+    OP( share ) OP( create ) OP( setValue ) OP( setValue ) OP( typed ) OP( erase ) OP( setStore ) OP( below )
+    OP( merge ) OP( persist ) OP( parse ) OP( look ) )

@@ -22,8 +22,6 @@ using qv::Ref;
 
 namespace
 {
-using Text = std::u32string;
-
 /* What has to come out --------------------------------------------------------------------------------------------- */
 
 void put( std::string &bytes, uint32_t unit, int count, bool little )
@@ -146,86 +144,51 @@ struct StreamWalk : qv::fuzz::Walk
 
     // A String, a part of it, and the characters of the part.
     Ref< QV_STRING > source;
-    QV_INT           length, offset, count;
+    Span             span;
 
     Text draw()
     {
         Text text = in.text( 3000 );
         source    = stringOf( text );
-        length    = size( text );
-        offset    = in.upTo( length );
-        count     = in.upTo( length - offset );
+        span      = in.span( size( text ), WHOLE );
 
         return text;
-    }
-
-    static Text part( const Text &text, QV_INT from, QV_INT number )
-    {
-        return text.substr( static_cast< size_t >( from ), static_cast< size_t >( number ) );
     }
 
     void writeChars()
     {
         Text text = draw();
+        span.form = in.below( 7 );
 
-        switch( in.below( 7 ) )
-        {
-        case 0:
-            require( qvCharSinkWrite( chars, source ) );
-            break;
-        case 1:
-            require( qvCharSinkWriteLeading( chars, source, offset ) );
-            text = part( text, 0, offset );
-            break;
-        case 2:
-            require( qvCharSinkWriteTrailing( chars, source, offset ) );
-            text = part( text, length - offset, offset );
-            break;
-        case 3:
-            require( qvCharSinkWriteInner( chars, source, offset, count ) );
-            text = part( text, offset, count );
-            break;
-        case 4:
-            require( qvCharSinkWriteOuter( chars, source, offset, count ) );
-            text.erase( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
-            break;
-        case 5:
-            require( qvCharSinkWriteChars( chars, text.data(), length ) );
-            break;
-        default:
+        if( span.form <= OUTER )
+            require( CALL_FORM( qvCharSinkWrite, span, 1, chars, source ) );
+        else if( span.form == 5 )
+            require( qvCharSinkWriteChars( chars, text.data(), size( text ) ) );
+        else
             require( qvCharSinkWriteFormatCstr( chars, "<%s>", -1, source.get() ) );
-            text = U"<" + text + U">";
-        }
 
-        pending += text;
+        pending += span.form <= OUTER ? span.of( text ) : span.form == 5 ? text : U"<" + text + U">";
     }
 
     void writeLine()
     {
         Text text = draw();
+        bool two  = in.flag();
+        span.form = two ? QV_INT( WHOLE ) : in.below( 5 );
 
-        switch( in.below( 4 ) )
+        if( two )
         {
-        case 0:
-            require( qvLineSinkWrite( line, source ) );
-            break;
-        case 1:
-            require( qvLineSinkWriteInner( line, source, offset, count ) );
-            text = part( text, offset, count );
-            break;
-        case 2:
-            require( qvLineSinkWriteOuter( line, source, offset, count ) );
-            text.erase( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
-            break;
-        default:
-            Ref< QV_VECTOR > two( qvVectorCreate() );
-            qvVectorAppendString( two.at(), source );
-            qvVectorAppendString( two.at(), source );
-            require( qvLineSinkWriteLines( line, two ) );
+            Ref< QV_VECTOR > both( qvVectorCreate() );
+            qvVectorAppendString( both.at(), source );
+            qvVectorAppendString( both.at(), source );
+            require( qvLineSinkWriteLines( line, both ) );
             pending += text + terminator( newline );
             lines++;
         }
+        else
+            require( CALL_FORM( qvLineSinkWrite, span, 1, line, source ) );
 
+        text = span.of( text );
         pending += text + terminator( newline );
         require( qvLineSinkLinesWritten( line ) == ++lines );
     }
@@ -268,36 +231,14 @@ struct StreamWalk : qv::fuzz::Walk
             text += static_cast< char >( i * i );
 
         buf    = bufferOf( text );
-        length = static_cast< QV_INT >( text.size() );
-        offset = in.upTo( length );
-        count  = in.upTo( length - offset );
+        span   = in.span( static_cast< QV_INT >( text.size() ), in.below( 6 ) );
 
-        switch( in.below( 6 ) )
-        {
-        case 0:
-            require( qvByteSinkWrite( bytes, buf ) );
-            break;
-        case 1:
-            require( qvByteSinkWriteLeading( bytes, buf, offset ) );
-            text.resize( static_cast< size_t >( offset ) );
-            break;
-        case 2:
-            require( qvByteSinkWriteTrailing( bytes, buf, offset ) );
-            text = text.substr( static_cast< size_t >( length - offset ) );
-            break;
-        case 3:
-            require( qvByteSinkWriteInner( bytes, buf, offset, count ) );
-            text = text.substr( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
-            break;
-        case 4:
-            require( qvByteSinkWriteOuter( bytes, buf, offset, count ) );
-            text.erase( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
-            break;
-        default:
-            require( qvByteSinkWriteBytes( bytes, text.data(), length ) );
-        }
+        if( span.form <= OUTER )
+            require( CALL_FORM( qvByteSinkWrite, span, 1, bytes, buf ) );
+        else
+            require( qvByteSinkWriteBytes( bytes, text.data(), span.length ) );
 
-        expected += text;
+        expected += span.form <= OUTER ? span.of( text ) : text;
     }
 
     // A chain of its own whose bottom fails: every call behind the first failure fails and goes no further, and what
@@ -333,7 +274,7 @@ struct StreamWalk : qv::fuzz::Walk
         Ref< QV_BYTE_SOURCE >        byteSources[2];
         Ref< QV_CHAR_SOURCE >        charSources[2];
         bool                         end[2] = {};
-        QV_INT                       at     = 0;
+        QV_INT                       at = 0, length = size( text );
 
         for( int i = 0; i < 2; i++ )
         {
@@ -411,6 +352,6 @@ struct StreamWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    StreamWalk, { "writeChars", &StreamWalk::writeChars }, { "writeChars", &StreamWalk::writeChars },
-    { "writeLine", &StreamWalk::writeLine }, { "flush", &StreamWalk::flush }, { "writeBytes", &StreamWalk::writeBytes },
-    { "fail", &StreamWalk::fail }, { "read", &StreamWalk::read }, { "readFailing", &StreamWalk::readFailing } )
+    StreamWalk,
+    OP( writeChars ) OP( writeChars ) OP( writeLine ) OP( flush ) OP( writeBytes ) OP( fail ) OP( read )
+    OP( readFailing ) )

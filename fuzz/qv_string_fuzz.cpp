@@ -1,4 +1,4 @@
-// Strings beside std::u32string, with the free places that the rules of growth and compaction give their blocks.
+// Strings beside Text, with the free places that the rules of growth and compaction give their blocks.
 // Sources are often the destination itself, or another variable with the same object.
 
 #include "qv_fuzz_walk.h"
@@ -13,7 +13,7 @@ namespace
 {
 struct Model
 {
-    std::u32string text;
+    Text text;
     QV_INT         fspace = 0, bspace = 0;
 
     QV_INT length() const
@@ -50,7 +50,7 @@ struct Model
             fspace = bspace = 32;
     }
 
-    void insert( bool shared, QV_INT at, const std::u32string &part )
+    void insert( bool shared, QV_INT at, const Text &part )
     {
         if( part.empty() )
             return;
@@ -103,7 +103,7 @@ struct Model
         own( shared );
         fspace += offset;
         bspace += length() - offset - count;
-        text = text.substr( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
+        text = part( text, offset, count );
         compact();
     }
 };
@@ -113,17 +113,9 @@ bool isSpace( char32_t ch )
     return qvUnicodeIsWhiteSpace( ch );
 }
 
-struct StringWalk : qv::fuzz::Walk
+struct StringWalk : SlotWalk< QV_STRING, Model, qvStringCreate >
 {
-    using Walk::Walk;
-    using Slot = Slots< QV_STRING, Model >::Slot;
-
-    Slots< QV_STRING, Model > slots{ qvStringCreate };
-
-    void share()
-    {
-        slots.share( in );
-    }
+    using SlotWalk::SlotWalk;
 
     void clear()
     {
@@ -135,69 +127,47 @@ struct StringWalk : qv::fuzz::Walk
     // What stands at `dest`, and a part of what a variable holds, maybe of the destination itself.
     void insert()
     {
-        Slot          &dest = slots.any( in ), &src = slots.any( in );
-        bool           self = dest.ref.get() == src.ref.get(), shared = slots.shared( dest );
-        std::u32string from   = src.model.text;
-        QV_INT         offset = in.upTo( src.model.length() ), count = in.upTo( src.model.length() - offset );
-        QV_INT         at = in.upTo( dest.model.length() );
+        Slot  &dest = slots.any( in ), &src = slots.any( in );
+        bool   self = dest.ref.get() == src.ref.get(), shared = slots.shared( dest ) || self;
+        Text   from = src.model.text;
+        Span   span = in.span( size( from ), in.below( 7 ) );
+        QV_INT at   = in.upTo( dest.model.length() );
 
         if( dest.model.length() + size( from ) > 20000 )
             return;
 
-        bool prepends = at == 0 && in.flag(), appends = !prepends && at == dest.model.length() && in.flag();
-        auto call = [&]( auto inserting, auto prepending, auto appending, auto... arguments ) {
-            if( prepends )
-                prepending( dest.ref.at(), arguments... );
-            else if( appends )
-                appending( dest.ref.at(), arguments... );
-            else
-                inserting( dest.ref.at(), at, arguments... );
-        };
-
-        std::u32string head = from.substr( 0, static_cast< size_t >( offset ) );
-        std::u32string tail = from.substr( static_cast< size_t >( offset + count ) );
-        QV_STRING     *qvs  = src.ref;
-
-        switch( in.below( 7 ) )
+        if( span.form == 6 )
         {
-        case 0:
-            call( qvStringInsert, qvStringPrepend, qvStringAppend, qvs );
-            dest.model.insert( shared || self, at, from );
-            break;
-        case 1:
-            call( qvStringInsertLeading, qvStringPrependLeading, qvStringAppendLeading, qvs, offset );
-            dest.model.insert( shared || self, at, head );
-            break;
-        case 2:
-            call( qvStringInsertTrailing, qvStringPrependTrailing, qvStringAppendTrailing, qvs, count );
-            dest.model.insert( shared || self, at, from.substr( from.size() - static_cast< size_t >( count ) ) );
-            break;
-        case 3:
-            call( qvStringInsertInner, qvStringPrependInner, qvStringAppendInner, qvs, offset, count );
-            dest.model.insert(
-                shared || self, at, from.substr( static_cast< size_t >( offset ), static_cast< size_t >( count ) ) );
-            break;
-        case 4:
-            call( qvStringInsertOuter, qvStringPrependOuter, qvStringAppendOuter, qvs, offset, count );
-            dest.model.insert( shared || self, at, tail );
-            dest.model.insert( tail.empty() && ( shared || self ), at, head );
-            break;
-        case 5:
-            // An object's text, which is itself in the case of a String.
-            call( qvStringInsertObj, qvStringPrependObj, qvStringAppendObj, qv::obj( qvs ) );
-            dest.model.insert( shared || self, at, from );
-            break;
-        case 6:
-            qvStringDelimitedAppend( dest.ref.at(), qvs, slots.slots[0].ref );
-            delimited( dest, from, self, dest.ref.get() == slots.slots[0].ref.get() );
-            break;
+            qvStringDelimitedAppend( dest.ref.at(), src.ref, slots.slots[0].ref );
+            return delimited( dest, from );
         }
+
+        bool prepends = at == 0 && in.flag(), appends = !prepends && at == dest.model.length() && in.flag();
+        bool outer    = span.form == OUTER;
+        Text front    = outer ? part( from, 0, span.offset ) : Text();
+        Text back     = outer            ? from.substr( static_cast< size_t >( span.offset + span.count ) )
+                        : span.form == 5 ? from
+                                         : span.of( from );
+
+        if( span.form == 5 ) // the text of an object, which is itself in the case of a String
+            prepends  ? qvStringPrependObj( dest.ref.at(), qv::obj( src.ref.get() ) )
+            : appends ? qvStringAppendObj( dest.ref.at(), qv::obj( src.ref.get() ) )
+                      : qvStringInsertObj( dest.ref.at(), at, qv::obj( src.ref.get() ) );
+        else if( prepends )
+            CALL_FORM( qvStringPrepend, span, 1, dest.ref.at(), src.ref );
+        else if( appends )
+            CALL_FORM( qvStringAppend, span, 1, dest.ref.at(), src.ref );
+        else
+            CALL_FORM( qvStringInsert, span, 1, dest.ref.at(), at, src.ref );
+
+        dest.model.insert( shared, at, back );
+        dest.model.insert( back.empty() && shared, at, front );
     }
 
     // The block of the result depends on steps that nobody promises.
-    void delimited( Slot &dest, const std::u32string &from, bool, bool )
+    void delimited( Slot &dest, const Text &from )
     {
-        std::u32string delimiter = &dest == &slots.slots[0] ? dest.model.text : slots.slots[0].model.text;
+        Text delimiter = &dest == &slots.slots[0] ? dest.model.text : slots.slots[0].model.text;
         dest.model.text += dest.model.text.empty() ? from : delimiter + from;
         adopt( dest );
     }
@@ -205,7 +175,7 @@ struct StringWalk : qv::fuzz::Walk
     // Gives a result a block of its own that is known.
     void adopt( Slot &slot )
     {
-        std::u32string text = charsOf( slot.ref );
+        Text text = charsOf( slot.ref );
         require( text == slot.model.text );
         slot.set( qvStringCreateFrom( slot.ref ), Model{ text } );
         slot.model.rebuild();
@@ -213,10 +183,10 @@ struct StringWalk : qv::fuzz::Walk
 
     void chars()
     {
-        Slot          &slot   = slots.any( in );
-        bool           shared = slots.shared( slot );
-        std::u32string part   = in.text();
-        QV_INT         at     = in.upTo( slot.model.length() );
+        Slot  &slot   = slots.any( in );
+        bool   shared = slots.shared( slot );
+        Text   part   = in.text();
+        QV_INT at     = in.upTo( slot.model.length() );
 
         if( slot.model.length() > 20000 )
             return;
@@ -240,32 +210,17 @@ struct StringWalk : qv::fuzz::Walk
         {
             bool shared = slots.shared( slot );
             ( front ? qvStringPrependChar : qvStringAppendChar )( slot.ref.at(), U'0' + i % 10 );
-            slot.model.insert(
-                shared, front ? 0 : slot.model.length(), std::u32string( 1, U'0' + char32_t( i % 10 ) ) );
+            slot.model.insert( shared, front ? 0 : slot.model.length(), Text( 1, U'0' + char32_t( i % 10 ) ) );
         }
     }
 
     void erase()
     {
-        Slot  &slot   = slots.any( in );
-        bool   shared = slots.shared( slot );
-        QV_INT length = slot.model.length(), offset = in.upTo( length ), count = in.upTo( length - offset );
-
-        switch( in.below( 4 ) )
-        {
-        case 0:
-            qvStringDelLeading( slot.ref.at(), offset );
-            return slot.model.erase( shared, 0, offset );
-        case 1:
-            qvStringDelTrailing( slot.ref.at(), offset );
-            return slot.model.erase( shared, length - offset, offset );
-        case 2:
-            qvStringDelInner( slot.ref.at(), offset, count );
-            return slot.model.erase( shared, offset, count );
-        default:
-            qvStringDelOuter( slot.ref.at(), offset, count );
-            return slot.model.keep( shared, offset, count );
-        }
+        Slot &slot   = slots.any( in );
+        bool  shared = slots.shared( slot );
+        Span  span   = in.span( slot.model.length(), LEADING + in.below( 4 ) );
+        CALL_PART( qvStringDel, span, 1, slot.ref.at() );
+        span.erase( slot.model, shared );
     }
 
     void setChar()
@@ -277,7 +232,7 @@ struct StringWalk : qv::fuzz::Walk
         qvStringSetCharAt( slot.ref.at(), idx, ch );
 
         if( idx == -1 || idx == slot.model.length() )
-            return slot.model.insert( shared, std::max< QV_INT >( idx, 0 ), std::u32string( 1, ch ) );
+            return slot.model.insert( shared, std::max< QV_INT >( idx, 0 ), Text( 1, ch ) );
 
         slot.model.own( shared );
         slot.model.text[static_cast< size_t >( idx )] = ch;
@@ -297,24 +252,23 @@ struct StringWalk : qv::fuzz::Walk
         for( ; ( last || !first ) && from < to && isSpace( slot.model.text[static_cast< size_t >( to - 1 )] ); )
             to--;
 
-        slot.model.text = slot.model.text.substr( static_cast< size_t >( from ), static_cast< size_t >( to - from ) );
+        slot.model.text = part( slot.model.text, from, to - from );
         adopt( slot );
     }
 
     // Each character maps as it does alone; what grows is the block of the result.
     void mapCase()
     {
-        Slot          &slot = slots.any( in );
-        auto           map  = in.flag() ? qvStringToUpper : in.flag() ? qvStringToLower : qvStringToCaseFold;
-        std::u32string mapped;
-        char32_t       last = 0x110000;
-        std::u32string lastMapped;
+        Slot    &slot = slots.any( in );
+        auto     map  = in.flag() ? qvStringToUpper : in.flag() ? qvStringToLower : qvStringToCaseFold;
+        char32_t last = 0x110000;
+        Text     mapped, lastMapped;
 
         for( char32_t ch : slot.model.text )
         {
             if( ch != last )
             {
-                Ref< QV_STRING > one = stringOf( std::u32string( 1, ch ) );
+                Ref< QV_STRING > one = stringOf( Text( 1, ch ) );
                 map( one.at() );
                 last = ch, lastMapped = charsOf( one );
             }
@@ -330,8 +284,8 @@ struct StringWalk : qv::fuzz::Walk
 
     void sanitize()
     {
-        Slot          &slot = slots.any( in );
-        std::u32string clean;
+        Slot &slot = slots.any( in );
+        Text  clean;
 
         for( size_t i = 0; i < slot.model.text.size(); i++ )
         {
@@ -352,7 +306,7 @@ struct StringWalk : qv::fuzz::Walk
     {
         Slot  &to = slots.any( in ), &from = slots.any( in );
         QV_INT length = from.model.length(), offset = in.upTo( length ), count = in.upTo( length - offset );
-        Model  model{ from.model.text.substr( static_cast< size_t >( offset ), static_cast< size_t >( count ) ) };
+        Model  model{ part( from.model.text, offset, count ) };
 
         if( in.flag() )
         {
@@ -372,12 +326,11 @@ struct StringWalk : qv::fuzz::Walk
     // Everything that only looks, at two variables.
     void look()
     {
-        Slot                 &a = slots.any( in ), &b = slots.any( in );
-        const std::u32string &hay   = a.model.text,
-                             needle = b.model.text.substr( 0, static_cast< size_t >( in.below( 9 ) ) );
-        QV_INT           offset     = in.upTo( a.model.length() );
-        Ref< QV_STRING > sub        = stringOf( needle );
-        auto at = []( size_t found ) { return found == std::u32string::npos ? -1 : static_cast< QV_INT >( found ); };
+        Slot       &a = slots.any( in ), &b = slots.any( in );
+        const Text &hay = a.model.text, needle = b.model.text.substr( 0, static_cast< size_t >( in.below( 9 ) ) );
+        QV_INT      offset = in.upTo( a.model.length() );
+        auto        sub    = stringOf( needle );
+        auto        at     = []( size_t found ) { return found == Text::npos ? -1 : static_cast< QV_INT >( found ); };
 
         int order = hay.compare( b.model.text );
         require( qvStringCompare( a.ref, b.ref ) == ( order > 0 ) - ( order < 0 ) );
@@ -401,14 +354,14 @@ struct StringWalk : qv::fuzz::Walk
 
         QV_INT           maxParts = in.flag() ? -1 : 1 + in.below( 9 );
         Ref< QV_VECTOR > parts( qvStringSplit( a.ref, sub, maxParts ) );
-        std::u32string   joined;
+        Text joined;
 
         // The parts with the separator between them are the text, and no part but the last has it.
         for( QV_INT i = 0; i < qvVectorLength( parts ); i++ )
         {
-            std::u32string part = charsOf( reinterpret_cast< QV_STRING * >( qvVectorBacking( parts )[i] ) );
+            Text part = charsOf( reinterpret_cast< QV_STRING * >( qvVectorBacking( parts )[i] ) );
             bool           last = i == qvVectorLength( parts ) - 1;
-            require( part.find( needle ) == std::u32string::npos || ( last && i + 1 == maxParts ) );
+            require( part.find( needle ) == Text::npos || ( last && i + 1 == maxParts ) );
             joined += ( i ? needle : U"" ) + part;
         }
 
@@ -443,9 +396,6 @@ struct StringWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    StringWalk, { "share", &StringWalk::share }, { "clear", &StringWalk::clear }, { "insert", &StringWalk::insert },
-    { "insert", &StringWalk::insert }, { "insert", &StringWalk::insert }, { "chars", &StringWalk::chars },
-    { "chars", &StringWalk::chars }, { "many", &StringWalk::many }, { "erase", &StringWalk::erase },
-    { "erase", &StringWalk::erase }, { "setChar", &StringWalk::setChar }, { "trim", &StringWalk::trim },
-    { "mapCase", &StringWalk::mapCase }, { "sanitize", &StringWalk::sanitize }, { "create", &StringWalk::create },
-    { "look", &StringWalk::look }, { "convert", &StringWalk::convert } )
+    StringWalk,
+    OP( share ) OP( clear ) OP( insert ) OP( insert ) OP( insert ) OP( chars ) OP( chars ) OP( many ) OP( erase )
+    OP( erase ) OP( setChar ) OP( trim ) OP( mapCase ) OP( sanitize ) OP( create ) OP( look ) OP( convert ) )

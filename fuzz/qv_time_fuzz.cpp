@@ -2,11 +2,11 @@
 // word, and only what is behind them stands for itself. What is read must be valid, and its text must be read as the
 // same time.
 
-#include "qv/base/qv_string.h"
-#include "qv/base/qv_time.h"
-#include "qv/runtime/qv_ref.h"
-#include "qv/runtime/qv_runtime.h"
+#include "qv_fuzz_walk.h"
 
+#include "qv/base/qv_time.h"
+
+using namespace qv::fuzz;
 using qv::Ref;
 
 namespace
@@ -25,18 +25,8 @@ const char *const WORDS[][8] = {
 
 const size_t PLACES = sizeof( WORDS ) / sizeof( WORDS[0] );
 
-void require( bool condition )
+void parse( const uint8_t *data, size_t size )
 {
-    if( !condition )
-        __builtin_trap();
-}
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )
-{
-    [[maybe_unused]] static const bool started =
-        ( qvRuntimeStartup( QV_RUNTIME_FLAG_MINIMAL, nullptr, nullptr, nullptr, nullptr ), true );
-
     Ref< QV_STRING > text( qvStringCreate() );
 
     for( size_t i = 0; i < size; i++ )
@@ -50,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )
     Ref< QV_TIME > tm( qvTimeTryCreateFromString( text ) );
 
     if( !tm )
-        return 0;
+        return;
 
     Ref< QV_STRING > shown( qvTimeToString( tm ) );
     Ref< QV_TIME >   again( qvTimeTryCreateFromString( shown ) );
@@ -58,6 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )
     require( qvTimeValid( tm ) );
     require( again && qvTimeEquals( tm, again ) );
     require( qvTimeDeltaSeconds( tm, again, &delta ) && delta == 0 );
-
-    return 0;
 }
+} // namespace
+
+QV_FUZZ_READER( parse )

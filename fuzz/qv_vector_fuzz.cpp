@@ -73,24 +73,25 @@ struct Model
         compact();
     }
 
-    Values part( QV_INT offset, QV_INT count ) const
+    void keep( bool shared, QV_INT offset, QV_INT count )
     {
-        return Values( values.begin() + offset, values.begin() + offset + count );
+        if( count == 0 )
+        {
+            *this = Model();
+            return;
+        }
+
+        QV_INT before = length();
+        erase( shared, 0, offset );
+        erase( shared && offset == 0, count, before - offset - count );
     }
 };
 
-struct VectorWalk : qv::fuzz::Walk
+struct VectorWalk : SlotWalk< QV_VECTOR, Model, qvVectorCreate >
 {
-    using Walk::Walk;
-    using Slot = Slots< QV_VECTOR, Model >::Slot;
+    using SlotWalk::SlotWalk;
 
-    Slots< QV_VECTOR, Model > slots{ qvVectorCreate };
     QV_INT                    next = 0;
-
-    void share()
-    {
-        slots.share( in );
-    }
 
     void clear()
     {
@@ -119,33 +120,26 @@ struct VectorWalk : qv::fuzz::Walk
     {
         Slot  &dest = slots.any( in ), &src = slots.any( in );
         bool   self = dest.ref.get() == src.ref.get(), shared = slots.shared( dest ) || self;
-        QV_INT all = src.model.length(), offset = in.upTo( all ), count = in.upTo( all - offset );
-        QV_INT at = in.upTo( dest.model.length() );
+        Values from = src.model.values;
+        Span   span = in.span( src.model.length(), in.below( 5 ) );
+        QV_INT at   = in.upTo( dest.model.length() );
 
-        if( dest.model.length() + all > 3000 )
+        if( dest.model.length() + src.model.length() > 3000 )
             return;
 
-        Values head = src.model.part( 0, offset ), tail = src.model.part( offset + count, all - offset - count );
+        if( at == 0 && span.offset % 2 )
+            CALL_FORM( qvVectorPrepend, span, 1, dest.ref.at(), src.ref );
+        else if( at == dest.model.length() )
+            CALL_FORM( qvVectorAppend, span, 1, dest.ref.at(), src.ref );
+        else
+            CALL_FORM( qvVectorInsert, span, 1, dest.ref.at(), at, src.ref );
 
-        switch( in.below( 5 ) )
-        {
-        case 0:
-            qvVectorInsert( dest.ref.at(), at, src.ref );
-            return dest.model.insert( shared, at, Values( src.model.values ) );
-        case 1:
-            qvVectorInsertLeading( dest.ref.at(), at, src.ref, offset );
-            return dest.model.insert( shared, at, head );
-        case 2:
-            qvVectorInsertTrailing( dest.ref.at(), at, src.ref, count );
-            return dest.model.insert( shared, at, src.model.part( all - count, count ) );
-        case 3:
-            qvVectorInsertInner( dest.ref.at(), at, src.ref, offset, count );
-            return dest.model.insert( shared, at, src.model.part( offset, count ) );
-        default:
-            qvVectorInsertOuter( dest.ref.at(), at, src.ref, offset, count );
-            dest.model.insert( shared, at, tail );
-            dest.model.insert( shared && tail.empty(), at, head );
-        }
+        if( span.form != OUTER )
+            return dest.model.insert( shared, at, span.of( from ) );
+
+        Values tail = part( from, span.offset + span.count, span.length - span.offset - span.count );
+        dest.model.insert( shared, at, tail );
+        dest.model.insert( shared && tail.empty(), at, part( from, 0, span.offset ) );
     }
 
     void objs()
@@ -241,33 +235,11 @@ struct VectorWalk : qv::fuzz::Walk
 
     void erase()
     {
-        Slot  &slot   = slots.any( in );
-        bool   shared = slots.shared( slot );
-        QV_INT length = slot.model.length(), offset = in.upTo( length ), count = in.upTo( length - offset );
-
-        switch( in.below( 4 ) )
-        {
-        case 0:
-            qvVectorDelLeading( slot.ref.at(), offset );
-            return slot.model.erase( shared, 0, offset );
-        case 1:
-            qvVectorDelTrailing( slot.ref.at(), offset );
-            return slot.model.erase( shared, length - offset, offset );
-        case 2:
-            qvVectorDelInner( slot.ref.at(), offset, count );
-            return slot.model.erase( shared, offset, count );
-        default:
-            qvVectorDelOuter( slot.ref.at(), offset, count );
-
-            if( count == 0 )
-            {
-                slot.model = Model();
-                return;
-            }
-
-            slot.model.erase( shared, 0, offset );
-            slot.model.erase( shared && offset == 0, count, length - offset - count );
-        }
+        Slot &slot   = slots.any( in );
+        bool  shared = slots.shared( slot );
+        Span  span   = in.span( slot.model.length(), LEADING + in.below( 4 ) );
+        CALL_PART( qvVectorDel, span, 1, slot.ref.at() );
+        span.erase( slot.model, shared );
     }
 
     void reverse()
@@ -285,7 +257,7 @@ struct VectorWalk : qv::fuzz::Walk
         Slot  &to = slots.any( in ), &from = slots.any( in );
         QV_INT all = from.model.length(), offset = in.upTo( all ), count = in.upTo( all - offset );
         Model  model;
-        model.values = from.model.part( offset, count );
+        model.values = part( from.model.values, offset, count );
 
         if( in.flag() )
         {
@@ -345,8 +317,6 @@ struct VectorWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    VectorWalk, { "share", &VectorWalk::share }, { "clear", &VectorWalk::clear }, { "insert", &VectorWalk::insert },
-    { "insert", &VectorWalk::insert }, { "objs", &VectorWalk::objs }, { "object", &VectorWalk::object },
-    { "set", &VectorWalk::set }, { "self", &VectorWalk::self }, { "many", &VectorWalk::many },
-    { "erase", &VectorWalk::erase }, { "erase", &VectorWalk::erase }, { "reverse", &VectorWalk::reverse },
-    { "create", &VectorWalk::create }, { "look", &VectorWalk::look } )
+    VectorWalk,
+    OP( share ) OP( clear ) OP( insert ) OP( insert ) OP( objs ) OP( object ) OP( set ) OP( self ) OP( many )
+    OP( erase ) OP( erase ) OP( reverse ) OP( create ) OP( look ) )

@@ -37,10 +37,6 @@ void expectFailed( QV_DECODER *dec )
     EXPECT_FALSE( qvDecoderTryDecodeInt( dec, &number ) );
     EXPECT_EQ( 0, number );
 }
-} // namespace
-
-namespace
-{
 // Writes a value, on byte boundaries and behind odd bits; reads it back, and skips it.
 template< class Value, class Encode, class Decode, class Kept >
 void expectBytes( const char *bytes, Value value, const Encode &encode, const Decode &decode, Kept &kept )
@@ -88,30 +84,14 @@ void expectObject(
 
 TEST( Encoder, ValuesHaveTheirBytesAndComeBack )
 {
-    const std::pair< QV_INT, const char * > ints[] = {
-        { 0, "[00]" }, { 1, "[01 01]" }, { -1, "[81 01]" }, { 255, "[01 ff]" }, { 256, "[02 01 00]" },
-        { -65536, "[83 01 00 00]" }, { QV_INT_MAX, "[08 7f ff ff ff ff ff ff ff]" },
-        { QV_INT_MIN, "[88 80 00 00 00 00 00 00 00]" } };
-
-    for( auto &[value, bytes] : ints )
-        expectNumber( bytes, value, qvEncoderEncodeInt, qvDecoderTryDecodeInt );
-
     expectNumber( "[01]", QV_TRUE, qvEncoderEncodeBool, qvDecoderTryDecodeBool );
-    expectNumber( "[7f]", QV_CHAR( 0x7F ), qvEncoderEncodeChar, qvDecoderTryDecodeChar );
-    expectNumber( "[80 00 80]", QV_CHAR( 0x80 ), qvEncoderEncodeChar, qvDecoderTryDecodeChar );
+    expectNumber( "[88 80 00 00 00 00 00 00 00]", QV_INT_MIN, qvEncoderEncodeInt, qvDecoderTryDecodeInt );
     expectNumber( "[90 ff ff]", QV_CHAR( 0x10FFFF ), qvEncoderEncodeChar, qvDecoderTryDecodeChar );
 
-    Ref< QV_STRING > none, word = text( U"a\u20AC" ), words = text( U"plain words, \u00E4 and the end" );
+    Ref< QV_STRING > none, word = text( U"a\u20AC" );
     Ref< QV_BUFFER > bytes = bufferOf( { 1, 2 } ), noBytes = bufferOf( {} );
     Ref< QV_VECTOR > vec( qvStringSplitChar( text( "a " ), U' ', -1 ) );
 
-    expectObject( "[01 02 61 80 20 ac]", word.get(), qvEncoderEncodeString, qvDecoderTryDecodeString );
-    expectObject(
-        "[01 1a 70 6c 61 69 6e 20 77 6f 72 64 73 2c 20 80 00 e4 20 61 6e 64 20 74 68 65 20 65 6e 64]", words.get(),
-        qvEncoderEncodeString, qvDecoderTryDecodeString );
-    expectObject(
-        "[01 09 6f 6e 65 20 62 79 74 65 73]", text( "one bytes" ).get(), qvEncoderEncodeString,
-        qvDecoderTryDecodeString );
     expectObject(
         "[01 01 02 61 80 20 ac]", word.get(), qvEncoderEncodeOptionalString, qvDecoderTryDecodeOptionalString );
     expectObject( "[00]", none.get(), qvEncoderEncodeOptionalString, qvDecoderTryDecodeOptionalString );
@@ -120,18 +100,6 @@ TEST( Encoder, ValuesHaveTheirBytesAndComeBack )
     expectObject(
         "[01 01 02 01 01 61 00]", vec.get(), qvEncoderEncodeOptionalStringVector,
         qvDecoderTryDecodeOptionalStringVector );
-}
-
-TEST( Encoder, TheBufferStaysAsItWasTaken )
-{
-    Ref< QV_ENCODER > enc( qvEncoderCreate() );
-    qvEncoderWriteByte( enc, 1 );
-    Ref< QV_BUFFER > taken( qvEncoderBuffer( enc ) );
-    qvEncoderEncodeInt( enc, 2 );
-    EXPECT_EQ( "[01]", textOf( taken.get() ) );
-
-    qvEncoderWriteEncoder( enc, enc );
-    EXPECT_EQ( "[01 01 02 01 01 02]", written( enc ) );
 }
 
 TEST( Encoder, BrokenContractsAreReported )
@@ -177,25 +145,8 @@ TEST( Decoder, BytesAreReadAsTheyAre )
     expectFailed( dec );
 }
 
-TEST( Decoder, IntsAreReadMoreTolerantlyThanWritten )
+TEST( Decoder, NestedIntsHaveALimit )
 {
-    const std::pair< std::vector< uint8_t >, QV_INT > cases[] = {
-        { { 0x80 }, 0 },
-        { { 0x03, 0, 0, 5 }, 5 },
-        { { 0x0A, 0, 0, 0x7F, 1, 1, 1, 1, 1, 1, 1 }, 0x7F01010101010101 },
-        { { 0x7F, 0x01, 0x02, 0xAA, 0xBB }, 0xAABB },
-        { { 0xFF, 0x01, 0x02, 0xAA, 0xBB }, -0xAABB },
-    };
-
-    for( auto &[bytes, expected] : cases )
-    {
-        QV_INT            value = 5;
-        Ref< QV_DECODER > dec   = decoderOf( bytes );
-        EXPECT_TRUE( qvDecoderTryDecodeInt( dec, &value ) );
-        EXPECT_EQ( expected, value );
-        EXPECT_EQ( 0, qvDecoderRemaining( dec ) );
-    }
-
     // A number of digits that is an Int in its turn, and so on: eight times, not nine.
     for( size_t nested : { 8u, 9u, 100000u } )
     {

@@ -163,7 +163,7 @@ const Case CASES[] = {
           EXPECT_EQ( qvVectorLength( vec ), qvDictLength( dict ) );
       } },
     { "Dict", [] { return qvDictObj( makeDict( 40 ) ); }, useDict },
-    { "large Dict", [] { return qvDictObj( makeDict( 700 ) ); }, useDict },
+    { "large Dict", [] { return qvDictObj( makeDict( 1100 ) ); }, useDict },
     { "Store", [] { return qvStoreObj( makeStore() ); }, useStore },
     { "address and value", [] { return qvStringObj( text( "both" ).give() ); },
       []( QV_OBJ *shared )

@@ -2,25 +2,12 @@
 
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_decoder.h"
-#include "qv/base/qv_format.h"
 #include "qv/base/qv_store.h"
 #include "qv/base/qv_store_private.h"
 #include "qv/base/qv_vector.h"
-#include "qv/charset/qv_charset.h"
-#include "qv/io/qv_buffer_byte_source.h"
-#include "qv/io/qv_byte_source.h"
-#include "qv/io/qv_char_source.h"
-#include "qv/io/qv_line_source.h"
-#include "qv/io/qv_nlf_line_source.h"
-#include "qv/runtime/qv_runtime.h"
 
 #include <malloc.h>
 
-#include <atomic>
-#include <map>
-#include <random>
-#include <set>
-#include <thread>
 #include <vector>
 
 using qv::Ref;
@@ -196,236 +183,6 @@ TEST( Store, TypedValuesAreReadFromEndToEnd )
     }
 }
 
-/* The tree ------------------------------------------------------------------------------------------------------- */
-
-namespace
-{
-// A value in the text form.
-std::string escaped( const std::string &value )
-{
-    std::u32string result;
-
-    for( char32_t ch : chars( text( value ) ) )
-    {
-        char code[8];
-        bool is = ch < 0x20 || ( ch >= 0x7F && ch < 0xA0 );
-        snprintf( code, sizeof( code ), "%%%06x", static_cast< unsigned >( ch ) );
-        result += ch == U'%' ? U"%%" : is ? chars( text( code ) ) : std::u32string( 1, ch );
-    }
-
-    return utf8( text( result ) );
-}
-
-std::string unescaped( const std::u32string &escapes )
-{
-    std::u32string result;
-
-    for( size_t i = 0; i < escapes.size(); i++ )
-    {
-        std::u32string code = escapes.substr( i + 1, 6 );
-        QV_INT         number, consumed;
-
-        bool is = escapes[i] == U'%' && code.size() == 6 &&
-                  qvFormatTryDecodeIntChars( code.data(), 6, 16, &number, &consumed ) && consumed == 6 &&
-                  static_cast< uint32_t >( number ) <= 0x10FFFF;
-
-        result += is ? static_cast< char32_t >( number ) : escapes[i];
-        i += is ? 6 : escapes.substr( i, 2 ) == U"%%";
-    }
-
-    return utf8( text( result ) );
-}
-
-// A store said the plain way, copied whole.
-struct Model
-{
-    std::map< std::string, std::string > values;
-    std::map< std::string, Model >       stores;
-
-    void read( const std::vector< std::u32string > &lines, int depth = 0 )
-    {
-        std::map< std::string, std::vector< std::u32string > > pending;
-
-        for( const std::u32string &line : lines )
-        {
-            size_t           separator = line.find_first_of( U".=" );
-            Ref< QV_STRING > address   = text( line.substr( 0, separator ) );
-            qvStringTrim( address.at() );
-
-            if( depth == QV_STORE_MAX_DEPTH || separator == line.npos || !qvStoreAddressOk( address ) )
-                continue;
-
-            if( line[separator] == U'=' )
-                values[utf8( address )] = unescaped( line.substr( separator + 1 ) );
-            else
-                pending[utf8( address )].push_back( line.substr( separator + 1 ) );
-        }
-
-        for( auto &[address, below] : pending )
-            stores[address].read( below, depth + 1 );
-    }
-
-    void merge( const Model &other )
-    {
-        values.insert( other.values.begin(), other.values.end() );
-
-        for( auto &[address, sub] : other.stores )
-            stores[address].merge( sub );
-    }
-
-    Lines lines( const std::string &prefix = "" ) const
-    {
-        Lines result;
-
-        for( auto &[address, value] : values )
-            result.push_back( prefix + address + "=" + escaped( value ) );
-
-        for( auto &[address, sub] : stores )
-        {
-            Lines below = sub.lines( prefix + address + "." );
-            result.insert( result.end(), below.begin(), below.end() );
-
-            if( below.empty() )
-                result.push_back( prefix + address + "." );
-        }
-
-        return result;
-    }
-};
-
-} // namespace
-
-// What is set, deleted and merged is often held by nobody but the store that changes.
-TEST( Store, RandomWalksAgreeWithNestedMaps )
-{
-    const std::string names[] = { "10", "2", "A", "_x", "a", "a-b", "long-address" };
-    std::u32string    letters = U"\u0100\u07FF\u0800\u2027\uD7FF\uE000\uFEFF\uFFFD\uFFFF\U00010000\U0010FFFF=.%%";
-    std::mt19937      random( 61 );
-    const auto        pick = [&]( size_t count ) { return random() % count; };
-
-    for( char32_t ch = 0; ch < 0xA1; ch += ch == U'0' ? 0x4E : 1 ) // those that are escaped, and their neighbours
-        letters += ch;
-
-    for( int walk = 0; walk < 12; walk++ )
-    {
-        Ref< QV_STORE > stores[4];
-        Model           models[4];
-
-        for( Ref< QV_STORE > &store : stores )
-            store.reset( qvStoreCreate() );
-
-        for( int step = 0; step < 200; step++ )
-        {
-            size_t           to = pick( 4 ), from = pick( 4 );
-            Ref< QV_STORE > &store = stores[to];
-            Model           &model = models[to], other = models[from];
-            std::string      at = names[pick( std::size( names ) )], there = names[pick( std::size( names ) )];
-            Ref< QV_STRING > made    = text( at );
-            QV_STRING       *address = made;
-            size_t           kind    = pick( 12 );
-
-            // Half of the addresses are Strings that stand in the store.
-            auto *addresses = pick( 2 ) ? qvStoreValueAddressesVector : qvStoreStoreAddressesVector;
-
-            if( Ref< QV_VECTOR > own( addresses( store ) ); pick( 2 ) && qvVectorLength( own ) )
-            {
-                size_t idx = pick( static_cast< size_t >( qvVectorLength( own ) ) );
-                address    = qvStringFrom( qvVectorBacking( own )[idx] );
-                at         = utf8( address );
-            }
-
-            if( kind >= 6 && kind <= 9 && model.lines().size() + other.lines().size() > 150 )
-                continue;
-
-            switch( kind )
-            {
-            case 0: case 1:
-                model.values[at] = utf8( text( letters.substr( pick( letters.size() ), pick( 3 ) ) ) );
-                qvStoreSetValue( store.at(), address, text( model.values[at] ) );
-                break;
-
-            case 2:
-                if( QV_STRING *value = Ref< QV_STRING >( qvStoreValue( store, text( there ) ) ).get() )
-                {
-                    model.values[at] = utf8( value );
-                    qvStoreSetValue( store.at(), address, value );
-                }
-                break;
-
-            case 3:
-                model.values.erase( at );
-                qvStoreDelValue( store.at(), address );
-                break;
-
-            case 4:
-                model.stores.erase( at );
-                qvStoreDelStore( store.at(), address );
-                break;
-
-            case 5:
-                model.merge( other );
-                qvStoreMerge( store.at(), stores[from] );
-                break;
-
-            case 6:
-                model.stores[at] = other;
-                qvStoreSetStore( store.at(), address, stores[from] );
-                break;
-
-            case 7: case 8:
-                if( QV_STORE *sub = Ref< QV_STORE >( qvStoreStore( store, text( there ) ) ).get() )
-                {
-                    other = model.stores[there];
-
-                    if( kind == 7 )
-                    {
-                        model.stores[at] = other;
-                        qvStoreSetStore( store.at(), address, sub );
-                    }
-                    else
-                    {
-                        model.merge( other );
-                        qvStoreMerge( store.at(), sub );
-                    }
-                }
-                break;
-
-            case 9:
-                store = pick( 2 ) ? Ref< QV_STORE >::share( stores[from] ) : Ref( qvStoreCreateFrom( stores[from] ) );
-                model = other;
-                break;
-
-            case 10:
-                if( other.stores.count( there ) )
-                {
-                    store.reset( qvStoreStore( stores[from], text( there ) ) );
-                    model = other.stores[there];
-                }
-                break;
-
-            case 11:
-                store = pick( 2 )   ? fromBinary( binaryOf( store ) )
-                        : pick( 2 ) ? fromText( textFormOf( store ) )
-                                    : storeOf( linesOf( store ) );
-                break;
-            }
-
-            for( int i = 0; i < 4; i++ )
-                ASSERT_EQ( models[i].lines(), linesOf( stores[i] ) ) << walk << " " << step;
-
-            std::set< std::string > all;
-
-            for( const std::string &line : model.lines() )
-                all.insert( line.substr( 0, line.find_first_of( ".=" ) ) );
-
-            Ref< QV_VECTOR > vec( qvStoreAddressesVector( store ) );
-            ASSERT_EQ( Lines( all.begin(), all.end() ), linesOf( vec ) );
-            ASSERT_EQ( model.lines() == models[from].lines(), qvStoreEquals( store, stores[from] ) );
-            ASSERT_EQ( qvStoreCompare( store, stores[from] ), -qvStoreCompare( stores[from], store ) );
-        }
-    }
-}
-
 TEST( Store, TreesOfAnyDepthAreWrittenMergedAndCompared )
 {
     using namespace std::string_literals;
@@ -464,46 +221,6 @@ TEST( Store, TreesOfAnyDepthAreWrittenMergedAndCompared )
     qvStoreMerge( merged.at(), b );
     EXPECT_TRUE( ( Lines { path + "v=1", path + "w=2" } ) == linesOf( merged ) );
     EXPECT_TRUE( ( Lines { path + "v=1" } ) == linesOf( a ) );
-}
-
-// What is lent to several threads at once is counted right, whoever else holds it. Only a run without lists of objects
-// has counts that are changed without a locked instruction.
-TEST( Store, ThreadsStoreTheSameObjects )
-{
-    withoutLibrary(
-        []
-        {
-            qvRuntimeStartup( QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS, nullptr, nullptr, nullptr, nullptr );
-            {
-                Ref< QV_STRING >   address = text( "address" ), value = text( "value" );
-                Ref< QV_STORE >    sub     = storeOf( { "a.b=1", "c=2" } );
-                std::atomic< int > arrived = 0;
-
-                auto work = [&]
-                {
-                    for( int round = 1; round <= 5000; round++ )
-                    {
-                        Ref< QV_STORE > own( qvStoreCreate() );
-
-                        // Both begin at once, when nobody else holds what is lent.
-                        for( arrived++; arrived < 2 * round; )
-                            std::this_thread::yield();
-
-                        qvStoreSetValue( own.at(), address, value );
-                        qvStoreSetStore( own.at(), address, sub );
-                        qvStoreMerge( own.at(), sub );
-                        qvStoreDelValue( own.at(), address );
-                    }
-                };
-
-                std::thread one( work ), two( work );
-                one.join();
-                two.join();
-
-                EXPECT_EQ( 3, references( address.get() ) + references( value.get() ) + references( sub.get() ) );
-            }
-            qvRuntimeShutdown();
-        } );
 }
 
 #if !defined( __SANITIZE_ADDRESS__ ) && !defined( __SANITIZE_THREAD__ )
@@ -565,50 +282,17 @@ TEST( Store, WritingDoesNotCopyWhatNobodyElseHolds )
     EXPECT_EQ( sub, Ref< QV_STORE >( qvStoreStoreCstr( copy, "a", -1 ) ).get() );
     EXPECT_EQ( ( Lines { "v=1", "a.b.c=1", "a.b.d=2" } ), linesOf( store ) );
 
+    // What only the store holds goes into it as it was, although it is changed there.
+    Ref< QV_STORE > outer  = storeOf( { "a.a.k.x=1", "a.v=1" } );
+    QV_STORE       *inside = Ref< QV_STORE >( qvStoreStoreCstr( outer, "a", -1 ) ).get();
+    qvStoreMerge( outer.at(), inside );
+    EXPECT_EQ( ( Lines { "v=1", "a.v=1", "a.a.k.x=1", "a.k.x=1" } ), linesOf( outer ) );
+
     // Deleting what isn't there copies nothing.
     Ref< QV_STORE > shared = Ref< QV_STORE >::share( store );
     qvStoreDelStoreCstr( shared.at(), "v", -1 );
     qvStoreDelValueCstr( shared.at(), "a", -1 );
     EXPECT_EQ( store.get(), shared.get() );
-}
-
-/* Text form ------------------------------------------------------------------------------------------------------ */
-
-// Documents are read from the bytes, and lines as they stand; the streams give the lines.
-TEST( Store, TextIsReadAsTheModelReadsIt )
-{
-    const std::string_view parts[] = {
-        "a", "a.", "b.", "long-address", "=", "=", ".", "%", "%0000", "%+000", "%-000", "% 00", "%\t", "%10", "41",
-        "0a", "00", "fg", "%002028", " ", "#", "\n", "\n", "\r\n", "\r", "\v", "\f", "a=1\n", "a.b=2\n", "a.b.c=3\n",
-        "a.b.\n", "\xC2\x85", "\xC2\xA0", "\xE2\x80\x83", "\xE2\x80\xA8", "\xE2\x80\xA9", "\xEF\xBB\xBF", "\xC3\xA4",
-        "\xEF\xBC\x91", "\xF0\x9F\x98\x80",
-        "\xED\xA0\x80", "\xC0\x8A", "\xF4\x90\x80\x80", "\xE2", "\x80", "\xFF", "\xC3" };
-    std::mt19937 random( 8 );
-
-    for( int round = 0; round < 6000; round++ )
-    {
-        std::string bytes = random() % 4 ? "" : "\xEF\xBB\xBF";
-        size_t      limit = random() % 2 ? std::size( parts ) : 40; // half of the documents are well formed
-
-        for( size_t count = random() % 40; count > 0; count-- )
-            bytes += parts[random() % limit];
-
-        Ref< QV_BUFFER_BYTE_SOURCE > bufferSource( qvBufferByteSourceCreate( bufferOf( bytes ) ) );
-        Ref< QV_BYTE_SOURCE >        byteSource( qvBufferByteSourceByteSource( bufferSource ) );
-        Ref< QV_CHAR_SOURCE >        charSource( qvCharsetCreateCharSource( byteSource, QV_CHARSET_UTF_8, 0 ) );
-        Ref< QV_NLF_LINE_SOURCE >    nlfSource( qvNlfLineSourceCreate( charSource, 255 ) );
-        Ref< QV_LINE_SOURCE >        lineSource( qvNlfLineSourceLineSource( nlfSource ) );
-        Ref< QV_VECTOR >             lines( qvLineSourceReadLines( lineSource, -1 ) );
-        std::vector< std::u32string > read;
-        Model                         model;
-
-        for( QV_INT i = 0; i < qvVectorLength( lines ); i++ )
-            read.push_back( chars( qvStringFrom( qvVectorBacking( lines )[i] ) ) );
-
-        model.read( read );
-        ASSERT_EQ( model.lines(), linesOf( Ref< QV_STORE >( qvStoreDecodeFromStringVector( lines ) ) ) );
-        ASSERT_EQ( model.lines(), linesOf( fromText( bytes ) ) ) << ::testing::PrintToString( bytes );
-    }
 }
 
 TEST( Store, LinesTellWhatTheReaderMakesOfThem )
@@ -636,8 +320,6 @@ TEST( Store, LinesTellWhatTheReaderMakesOfThem )
         EXPECT_EQ( canonical, linesOf( storeOf( { line } ) ) );
     }
 }
-
-/* Binary form ---------------------------------------------------------------------------------------------------- */
 
 TEST( Store, BinaryFormIsTheDocumentedOne )
 {

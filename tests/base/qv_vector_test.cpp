@@ -8,15 +8,12 @@
 #include "qv/sys/qv_mem.h"
 
 #include <algorithm>
-#include <random>
 
 using namespace qv;
 using namespace qv::test;
 
 namespace
 {
-using Objs = std::vector< QV_OBJ * >;
-
 Ref< QV_OBJ > boxed( QV_INT value )
 {
     return Ref< QV_OBJ >( qvBoxedIntObj( qvBoxedIntCreate( value ) ) );
@@ -33,259 +30,6 @@ Ref< QV_VECTOR > upTo( QV_INT count )
     return vec;
 }
 
-Objs objsOf( QV_VECTOR *vec )
-{
-    return Objs( qvVectorBacking( vec ), qvVectorBacking( vec ) + qvVectorLength( vec ) );
-}
-
-// What a Vector has to hold and to account for. The free slots follow the rules of growth and compaction; `*vec` is
-// replaced by a copy where somebody else holds it.
-struct Model
-{
-    Objs   objs;
-    QV_INT fspace = 0;
-    QV_INT bspace = 0;
-    bool   empty  = true; // it is the one empty Vector, which everybody holds
-
-    QV_INT length() const
-    {
-        return static_cast< QV_INT >( objs.size() );
-    }
-
-    void own( bool shared )
-    {
-        if( shared || empty )
-        {
-            fspace = 0;
-            bspace = objs.empty() ? 0 : 32;
-        }
-
-        empty = false;
-    }
-
-    void insert( bool shared, QV_INT idx, const Objs &added )
-    {
-        QV_INT count = static_cast< QV_INT >( added.size() );
-
-        if( count == 0 )
-            return;
-
-        own( shared );
-
-        if( idx == length() )
-            bspace = bspace >= count ? bspace - count : bspace + 32;
-        else if( idx == 0 && fspace >= count )
-            fspace -= count;
-        else
-            fspace = bspace = 32;
-
-        objs.insert( objs.begin() + idx, added.begin(), added.end() );
-    }
-
-    void compact()
-    {
-        if( objs.empty() )
-        {
-            QV_INT space = fspace + bspace;
-            fspace       = space / 2;
-            bspace       = space - space / 2;
-        }
-        else if( fspace > 64 || bspace > 64 )
-        {
-            fspace = bspace = 32;
-        }
-    }
-
-    void clear()
-    {
-        *this = Model();
-    }
-
-    void erase( bool shared, QV_INT offset, QV_INT count )
-    {
-        if( count == 0 )
-            return;
-
-        if( count == length() )
-            return clear();
-
-        own( shared );
-        ( offset == 0 ? fspace : bspace ) += count;
-        objs.erase( objs.begin() + offset, objs.begin() + offset + count );
-        compact();
-    }
-
-    void take( bool shared, bool last )
-    {
-        own( shared );
-        ( last ? bspace : fspace )++;
-        objs.erase( last ? objs.end() - 1 : objs.begin() );
-        compact();
-    }
-};
-
-void expectModel( const Model &model, QV_VECTOR *vec )
-{
-    ASSERT_EQ( model.objs, objsOf( vec ) );
-    ASSERT_EQ( model.fspace, vec->fspace );
-    ASSERT_EQ( model.bspace, vec->bspace );
-    ASSERT_EQ( ( model.length() + model.fspace + model.bspace ) * 8, allocated( vec ) );
-    ASSERT_LE( vec->size(), 2 * allocated( vec ) );
-}
-} // namespace
-
-TEST( Vector, BehavesLikeItsModelUnderRandomChanges )
-{
-    for( unsigned seed = 1; seed <= 8; seed++ )
-    {
-        SCOPED_TRACE( seed );
-        std::mt19937                 random( seed );
-        std::vector< Ref< QV_OBJ > > pool;
-
-        for( QV_INT i = 0; i < 20; i++ )
-            pool.push_back( boxed( i ) );
-
-        auto below = [&]( QV_INT bound ) {
-            return static_cast< QV_INT >( random() % static_cast< uint64_t >( bound ) );
-        };
-        auto some  = [&]( QV_INT most ) {
-            Objs result( static_cast< size_t >( below( most + 1 ) ) );
-            std::generate( result.begin(), result.end(), [&] { return pool[random() % pool.size()].get(); } );
-            return result;
-        };
-
-        Ref< QV_VECTOR > vec( qvVectorCreate() );
-        Ref< QV_VECTOR > holder;
-        Model            model;
-        Objs             held;
-
-        for( int round = 0; round < 4000; round++ )
-        {
-            if( below( 20 ) == 0 )
-            {
-                holder = Ref< QV_VECTOR >::share( vec );
-                held   = model.objs;
-            }
-
-            bool   shared = holder.get() == vec.get();
-            QV_INT length = model.length();
-            QV_INT idx    = below( length + 1 );
-            QV_INT count  = below( std::min< QV_INT >( length - idx, 90 ) + 1 );
-            Objs   added  = some( round % 500 < 250 ? 40 : 2 );
-            QV_INT number = static_cast< QV_INT >( added.size() );
-
-            switch( below( 12 ) )
-            {
-            case 0:
-                qvVectorInsertObjs( vec.at(), idx, added.data(), number );
-                model.insert( shared, idx, added );
-                break;
-            case 1:
-                qvVectorAppendObjs( vec.at(), added.data(), number );
-                model.insert( shared, length, added );
-                break;
-            case 2:
-                qvVectorPrependObjs( vec.at(), added.data(), number );
-                model.insert( shared, 0, added );
-                break;
-            case 3:
-                qvVectorPush( vec.at(), pool[0] );
-                model.insert( shared, length, { pool[0] } );
-                break;
-            case 4:
-                qvVectorShift( vec.at(), pool[1] );
-                model.insert( shared, 0, { pool[1] } );
-                break;
-            case 5:
-            {
-                // A part of the Vector goes into itself.
-                Objs part( model.objs.begin() + idx, model.objs.begin() + idx + count );
-                qvVectorInsertInner( vec.at(), length - idx, vec, idx, count );
-                model.insert( true, length - idx, part );
-                break;
-            }
-            case 6:
-            {
-                for( QV_INT i = below( 60 ); i-- > 0 && model.length() > 0; )
-                {
-                    bool          last = round % 2;
-                    bool          before = holder.get() == vec.get();
-                    QV_OBJ       *expected = last ? model.objs.back() : model.objs.front();
-                    Ref< QV_OBJ > taken( last ? qvVectorPop( vec.at() ) : qvVectorUnshift( vec.at() ) );
-                    ASSERT_EQ( expected, taken.get() );
-                    model.take( before, last );
-                }
-                break;
-            }
-            case 7:
-                qvVectorDelInner( vec.at(), idx, count );
-                model.erase( shared, idx, count );
-                break;
-            case 8:
-                count % 2 ? ( qvVectorDelLeading( vec.at(), count ), model.erase( shared, 0, count ) )
-                          : ( qvVectorDelTrailing( vec.at(), count ), model.erase( shared, length - count, count ) );
-                break;
-            case 9:
-                // Each object is in the Vector too, and in the end only there.
-                if( length > 0 )
-                {
-                    QV_OBJ *last = model.objs.back();
-                    qvVectorSetObjAt( vec.at(), 0, last );
-                    model.own( shared );
-                    model.objs[0] = last;
-                }
-                break;
-            case 10:
-                qvVectorReverse( vec.at() );
-
-                if( length >= 2 )
-                {
-                    model.own( shared );
-                    std::reverse( model.objs.begin(), model.objs.end() );
-                }
-                break;
-            default:
-                if( length > 0 && idx < length )
-                {
-                    qvVectorSetObjAt( vec.at(), idx, pool[2] );
-                    model.own( shared );
-                    model.objs[static_cast< size_t >( idx )] = pool[2];
-                }
-                break;
-            }
-
-            if( model.length() > 1500 )
-            {
-                qvVectorDelOuter( vec.at(), 700, 200 );
-                bool again = holder.get() == vec.get();
-                model.erase( again, 0, 700 );
-                model.erase( again, 200, model.length() - 200 );
-                holder.reset();
-                held.clear();
-                vec.reset( qvVectorCreateFrom( vec ) );
-                model.own( true );
-            }
-
-            ASSERT_NO_FATAL_FAILURE( expectModel( model, vec ) );
-
-            ASSERT_EQ( held, holder ? objsOf( holder ) : Objs() );
-        }
-
-        // Each slot holds exactly one reference.
-        for( Ref< QV_OBJ > &obj : pool )
-        {
-            auto expected = 1 + std::count( model.objs.begin(), model.objs.end(), obj.get() );
-
-            if( holder && holder.get() != vec.get() )
-                expected += std::count( held.begin(), held.end(), obj.get() );
-
-            EXPECT_EQ( expected, references( obj.get() ) );
-        }
-    }
-}
-
-namespace
-{
 template< class Change >
 Ref< QV_VECTOR > changed( Change change )
 {
@@ -315,16 +59,10 @@ Ref< QV_VECTOR > changed( Change change )
 
 TEST( Vector, EveryFormInsertsAtItsPlace )
 {
-    Ref< QV_VECTOR > src   = upTo( 5 );
     Ref< QV_STRING > str   = text( "str" ), fmt = text( "<%i>" );
     Ref< QV_OBJ >    obj   = boxed( 77 );
     QV_OBJ          *two[] = { obj, qvStringObj( str ) };
 
-    PLACES( "0, 1, 2, 3, 4", , src )
-    PLACES( "0, 1", Leading, src, 2 )
-    PLACES( "3, 4", Trailing, src, 2 )
-    PLACES( "1, 2, 3", Inner, src, 1, 3 )
-    PLACES( "0, 4", Outer, src, 1, 3 )
     PLACES( "77, str", Objs, two, 2 )
     FORM( "77", Obj, obj )
     FORM( "null", Null )
@@ -417,18 +155,9 @@ TEST( Vector, EmptyOnesAreOneObjectUnlessPoppedEmpty )
     EXPECT_EQ( 16, vec->fspace );
 }
 
-TEST( Vector, IsSearchedByIdentityOrByOrder )
+TEST( Vector, KnowsTheSortsOfItsElements )
 {
-    Ref< QV_VECTOR > vec   = upTo( 3 );
-    Ref< QV_OBJ >    other = boxed( 2 );
-    Ref< QV_OBJ >    same( qvVectorObjAt( vec, 2 ) );
-
-    EXPECT_EQ( -1, qvVectorIndexOfObj( vec, other, QV_FALSE ) );
-    EXPECT_EQ( 2, qvVectorIndexOfObj( vec, other, QV_TRUE ) );
-    EXPECT_EQ( 2, qvVectorIndexOfObj( vec, same, QV_FALSE ) );
-    EXPECT_FALSE( qvVectorHasObj( vec, other, QV_FALSE ) );
-    EXPECT_TRUE( qvVectorHasObj( vec, other, QV_TRUE ) );
-
+    Ref< QV_VECTOR > vec = upTo( 3 );
     EXPECT_TRUE( qvVectorContainsOnly( vec, qvBoxedIntSort() ) );
     qvVectorAppendStringCstr( vec.at(), "x", -1 );
     EXPECT_FALSE( qvVectorContainsOnly( vec, qvBoxedIntSort() ) );
@@ -437,16 +166,6 @@ TEST( Vector, IsSearchedByIdentityOrByOrder )
     qvVectorStringize( vec.at() );
     EXPECT_TRUE( qvVectorContainsOnly( vec, qvStringSort() ) );
     EXPECT_EQ( "<0, 1, 2, x>", textOf( vec.get() ) );
-}
-
-TEST( Vector, OrdersByElementsAndThenByLength )
-{
-    Ref< QV_VECTOR > three = upTo( 3 ), four = upTo( 4 ), high( qvVectorCreateFromObj( boxed( 1 ) ) );
-
-    EXPECT_EQ( -1, qvVectorCompare( three, four ) );
-    EXPECT_EQ( 1, qvVectorCompare( four, three ) );
-    EXPECT_EQ( 1, qvVectorCompare( high, four ) );
-    EXPECT_TRUE( qvVectorEquals( three, Ref< QV_VECTOR >( qvVectorCreateFrom( three ) ) ) );
 }
 
 TEST( Vector, ReportsBrokenContracts )
