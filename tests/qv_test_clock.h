@@ -1,6 +1,5 @@
 /** @file
-    The wall clock as tests set it. The functions that stand in for those of the C library are in
-    qv_timestamp_test.cpp. */
+    The wall clock as tests set it. */
 
 #ifndef QV_TEST_CLOCK_H
 #define QV_TEST_CLOCK_H
@@ -32,6 +31,10 @@ struct WallClock
 
     /** Called in place of such a wait with the end of the wait, to set the clock to something else. */
     std::function< void( QV_INT end ) > onWait;
+
+    /** If not null, timed waits of the running thread run out at once: the clock goes on to their end, and it is
+        called. */
+    static thread_local std::function< void() > *onOwnWait;
 
     /** Milliseconds since the epoch. */
     QV_INT now() const;
