@@ -44,7 +44,7 @@ QV_INT WallClock::now() const
 
 void WallClock::reset()
 {
-    step    = 0;
+    step = perLook = 0;
     stopped = -1;
     time    = SHOWN;
     onWait  = nullptr;
@@ -53,6 +53,7 @@ void WallClock::reset()
 extern "C" int clock_gettime( clockid_t id, timespec *ts ) noexcept
 {
     int result = static_cast< int >( syscall( SYS_clock_gettime, id, ts ) );
+    wallClock.step += wallClock.perLook;
 
     if( id == CLOCK_REALTIME )
         *ts = wallClock.stopped == -1 ? later( *ts, wallClock.step ) : later( {}, wallClock.stopped );

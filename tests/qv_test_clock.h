@@ -18,6 +18,9 @@ struct WallClock
     /** Milliseconds by which it is ahead of the system's. Timed waits take as long as without. */
     std::atomic< QV_INT > step{ 0 };
 
+    /** Milliseconds by which each look at it moves it on. */
+    std::atomic< QV_INT > perLook{ 0 };
+
     /** If not -1, the milliseconds since the epoch at which it stands still. Then nobody sleeps in a timed wait: it
         runs out at once, and the clock is set to its end. */
     std::atomic< QV_INT > stopped{ -1 };

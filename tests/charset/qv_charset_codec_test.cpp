@@ -9,7 +9,6 @@
 #include "qv/io/qv_buffer_byte_sink.h"
 #include "qv/io/qv_buffer_byte_source.h"
 #include "qv/sys/qv_utf8_private.h"
-#include "qv/unicode/qv_unicode_normalizer.h"
 
 #include <algorithm>
 #include <map>
@@ -55,18 +54,12 @@ struct Result
 typedef Result< std::u32string > Decoded;
 typedef Result< std::string >    Encoded;
 
-Ref< QV_CHAR_SOURCE > sourceOf( QV_INT charset, std::string_view from, QV_INT flags )
+Decoded decode( QV_INT charset, std::string_view from, QV_INT flags = 0, QV_INT piece = -1 )
 {
     Ref< QV_BUFFER_BYTE_SOURCE > bbs( qvBufferByteSourceCreate( buffer( from ) ) );
     Ref< QV_BYTE_SOURCE >        byteSource( qvBufferByteSourceByteSource( bbs ) );
-
-    return Ref< QV_CHAR_SOURCE >( qvCharsetCreateCharSource( byteSource, charset, flags ) );
-}
-
-Decoded decode( QV_INT charset, std::string_view from, QV_INT flags = 0, QV_INT piece = -1 )
-{
-    Ref< QV_CHAR_SOURCE > source = sourceOf( charset, from, flags );
-    Ref< QV_STRING >      qvs( qvStringCreate() );
+    Ref< QV_CHAR_SOURCE >        source( qvCharsetCreateCharSource( byteSource, charset, flags ) );
+    Ref< QV_STRING >             qvs( qvStringCreate() );
 
     while( !qvCharSourceEnd( source ) )
         qvCharSourceRead( source, qvs.at(), piece );

@@ -60,25 +60,6 @@ TEST( ModuleVersion, ReadsItsTextAndNothingElse )
     EXPECT_TRUE( qvModuleVersionEquals( cut, wide ) );
 }
 
-TEST( ModuleVersion, TakesAnyTextFromOutside )
-{
-    std::mt19937      random( 23 );
-    const std::string SIGNS = "0123456789..##+- x";
-
-    for( int round = 0; round < 20000; round++ )
-    {
-        std::string input;
-
-        for( size_t length = random() % 12; input.size() < length; )
-            input += SIGNS[random() % SIGNS.size()];
-
-        // What it is read as has a text that is read as the same.
-        std::string output = read( input );
-
-        ASSERT_EQ( output, read( output ) ) << input;
-    }
-}
-
 TEST( ModuleVersion, IsOrderedByItsFourNumbers )
 {
     std::mt19937 random( 42 );

@@ -141,53 +141,24 @@ std::string dataPaths( const std::string &data )
 }
 
 /* The enumerations ----------------------------------------------------------------------------------------------- */
-
-struct Enumeration
-{
-    QV_INT values;
-    QV_INT ( *fromString )( QV_STRING * );
-    QV_STRING *( *toString )( QV_INT );
-    QV_INT ( *fromIdentifier )( QV_STRING * );
-    QV_STRING *( *toIdentifier )( QV_INT );
-    QV_STRING *( *friendlyName )( QV_INT );
-    std::string names; // of the second value
-};
-
-#define ENUMERATION( Name, values, names )                                                                             \
-    {                                                                                                                  \
-        values, qvRuntime##Name##FromString, qvRuntime##Name##ToString, qvRuntime##Name##FromIdentifier,               \
-            qvRuntime##Name##ToIdentifier, qvRuntime##Name##FriendlyName, names                                        \
-    }
-
-const Enumeration ENUMERATIONS[] = {
-    ENUMERATION( Os, 10, "QV_RUNTIME_OS_DEBIAN_7, debian7, Debian 7" ),
-    ENUMERATION( Hardware, 8, "QV_RUNTIME_HARDWARE_X64, x64, x86 (64 bit)" ),
-    ENUMERATION( Variant, 2, "QV_RUNTIME_VARIANT_DEBUG, debug, Debug" ),
-};
 } // namespace
 
 TEST( Runtime, NamesLeadToValuesAndBack )
 {
-    for( const Enumeration &e : ENUMERATIONS )
+    for( QV_INT os = 0; os < 10; os++ )
     {
-        for( QV_INT value = 0; value < e.values; value++ )
-        {
-            EXPECT_EQ( value, e.fromString( text( take( e.toString( value ) ).insert( 0, 1, ' ' ).append( " " ) ) ) );
-            EXPECT_EQ( value, e.fromString( text( std::to_string( value ) ) ) );
-            EXPECT_EQ( value, e.fromIdentifier( Ref( e.toIdentifier( value ) ) ) );
-        }
-
-        std::string names = take( e.toString( 1 ) );
-        names.append( ", " ).append( take( e.toIdentifier( 1 ) ) ).append( ", " ).append( take( e.friendlyName( 1 ) ) );
-        EXPECT_EQ( e.names, names );
-        EXPECT_EQ( -1, e.fromString( text( std::to_string( e.values ) ) ) );
-        EXPECT_EQ( -1, e.fromString( Ref( e.toIdentifier( 1 ) ) ) );
-        EXPECT_EQ( -1, e.fromIdentifier( Ref( e.friendlyName( 1 ) ) ) ); // case counts
-        EXPECT_EQ( -1, e.fromIdentifier( text( "" ) ) );
+        EXPECT_EQ( os, qvRuntimeOsFromString( text( take( qvRuntimeOsToString( os ) ).insert( 0, 1, ' ' ).append( " " ) ) ) );
+        EXPECT_EQ( os, qvRuntimeOsFromString( text( std::to_string( os ) ) ) );
+        EXPECT_EQ( os, qvRuntimeOsFromIdentifier( Ref( qvRuntimeOsToIdentifier( os ) ) ) );
     }
 
+    EXPECT_EQ( -1, qvRuntimeOsFromString( text( "10" ) ) );
+    EXPECT_EQ( -1, qvRuntimeOsFromIdentifier( text( "Debian7" ) ) ); // case counts
+    EXPECT_EQ( "Debian 7", take( qvRuntimeOsFriendlyName( QV_RUNTIME_OS_DEBIAN_7 ) ) );
+    EXPECT_EQ( 1, qvRuntimeHardwareFromString( text( "QV_RUNTIME_HARDWARE_X64" ) ) );
+    EXPECT_EQ( "x86 (64 bit)", take( qvRuntimeHardwareFriendlyName( 1 ) ) );
+    EXPECT_EQ( 1, qvRuntimeVariantFromIdentifier( text( "debug" ) ) );
     EXPECT_EQ( QV_RUNTIME_PATH_DATA_TRACE, qvRuntimePathFromString( text( "QV_RUNTIME_PATH_DATA_TRACE" ) ) );
-    EXPECT_EQ( "QV_RUNTIME_PATH_DATA_TEMP", take( qvRuntimePathToString( QV_RUNTIME_PATH_DATA_TEMP ) ) );
     EXPECT_EQ( -1, qvRuntimePathFromString( text( "7" ) ) );
 }
 
@@ -246,28 +217,22 @@ TEST( Runtime, FlagsAreNormalised )
 
 TEST( Runtime, TheApplicationIsWhatTheStartWasTold )
 {
-    auto told = []
-    {
-        for( QV_STRING *( *name )( void ) : { qvRuntimeVersionApplicationIdentifier, qvRuntimeVersionApplicationFriendlyName,
-                                              qvRuntimeVersionApplicationVersion } )
-            say( orNone( name() ) + ";" );
-
-        for( QV_BOOL ( *has )( void ) : { qvRuntimeVersionApplicationHasIdentifier, qvRuntimeVersionApplicationHasFriendlyName,
-                                          qvRuntimeVersionApplicationHasVersion } )
-            say( has() ? "y" : "n" );
-    };
-
-    EXPECT_EQ( "none;none;none;nnn", inRun( told ) );
     EXPECT_EQ(
-        "my-app;none;ä;yny", inRun(
-                                 [&]
-                                 {
-                                     char identifier[] = "my-app";
-                                     qvRuntimeShutdown();
-                                     qvRuntimeStartup( 0, nullptr, identifier, nullptr, "ä" );
-                                     identifier[0] = 'x'; // copied
-                                     told();
-                                 } ) );
+        "nnn my-app;none;ä;",
+        inRun(
+            []
+            {
+                say( qvRuntimeVersionApplicationHasIdentifier() ? "y" : "n" );
+                say( qvRuntimeVersionApplicationHasFriendlyName() ? "y" : "n" );
+                say( qvRuntimeVersionApplicationHasVersion() ? "y" : "n" );
+                char identifier[] = "my-app";
+                qvRuntimeShutdown();
+                qvRuntimeStartup( 0, nullptr, identifier, nullptr, "ä" );
+                identifier[0] = 'x'; // copied
+                say( " " + orNone( qvRuntimeVersionApplicationIdentifier() ) + ";" );
+                say( orNone( qvRuntimeVersionApplicationFriendlyName() ) + ";" );
+                say( orNone( qvRuntimeVersionApplicationVersion() ) + ";" );
+            } ) );
 }
 
 /* Paths ---------------------------------------------------------------------------------------------------------- */

@@ -23,8 +23,6 @@ TEST( MorvaneText, ChangesWhatItReads )
         { "case --lower", "\xc3\x89" "A\xc3\x9f", "\xc3\xa9" "a\xc3\x9f" },
         { "case --fold", "\xc3\x89" "A\xc3\x9f", "\xc3\xa9" "ass" },
         { "lines --newline lf", NEWLINES, "a\n\nb\nc\nd\n\n\n\n\ne" },
-        { "lines --newline crlf", "\r\r\n\n", "\r\n\r\n\r\n" },
-        { "lines --newline ls", "\n", "\xe2\x80\xa8" },
 
         // Letters compose with their marks for the sets that have one byte a character.
         { "convert --from utf-8 --to windows-1252", "e\xcc\x81 \xe2\x82\xac", "\xe9 \x80" },
@@ -44,7 +42,6 @@ TEST( MorvaneText, ChangesWhatItReads )
         { "convert --from utf-8 --to utf-8 --bom", "\xef\xbb\xbf" "a\xef\xbb\xbf", "\xef\xbb\xbf" "a\xef\xbb\xbf" },
         { "convert --from utf-16 --to us-ascii", "\xfe\xff\0a"s, "a" },
         { "convert --from utf-16le --to utf-8 --bom", "\xff\xfe" "a\0"s, "\xef\xbb\xbf" "a" },
-        { "convert --from utf-8 --to utf-16be --bom", "", "\xfe\xff" },
     };
 
     for( auto &each : CASES )
@@ -72,7 +69,6 @@ TEST( MorvaneText, TellsWhereAConversionFails )
         { "UTF-8", "UTF-8", "a", "\xed\x9f\xbf", "\xc1\xbf", 0, "not valid UTF-8" }, // longer than they have to be
         { "UTF-8", "latin1", "", "\xc2\xa0", "a\xe0\x9f\xbf", 1, "not valid UTF-8" },
         { "UTF-16LE", "UTF-8", "", "\xfd\xff"s, "\x00\xd8" "a\0"s, 0, "not valid UTF-16LE" }, // a half of a pair
-        { "UTF-16", "UTF-16", "\xfe\xff", "\xd8\x3d\xde\x00"s, "\xdc\x00"s, 0, "not valid UTF-16" },
         { "UTF-32BE", "UTF-8", "", "\0\0\xff\xfd"s, "\0\0\xdf\xff"s, 0, "not valid UTF-32BE" },
         { "cp1252", "UTF-8", "", "\xe9", "a\x81", 1, "not valid windows-1252" },
         { "UTF-8", "cp1252", "", "a", "\xe4\xb8\xad\xff", 0, "windows-1252 has no U+4E2D" },
