@@ -192,7 +192,7 @@ uint64_t icuEncodeInPieces( const Language *language )
         char  piece[PIECE];
         char *to = piece;
         error    = U_ZERO_ERROR;
-        ucnv_fromUnicode( converter, &to, piece + PIECE, &from, end, nullptr, TRUE, &error );
+        ucnv_fromUnicode( converter, &to, piece + PIECE, &from, end, nullptr, true, &error );
         bytes.append( piece, to );
     }
 

@@ -266,7 +266,7 @@ struct DictWalk : qv::fuzz::Walk
         for( QV_INT i = 0; i < count; i++ )
         {
             bool shared = slots.shared( slot );
-            char text[24];
+            char text[40];
             snprintf(
                 text, sizeof( text ), form == 1 ? "key/%06lld" : "%llx",
                 static_cast< long long >( start + place( i ) ) );

@@ -29,7 +29,7 @@ namespace
 #ifdef __SANITIZE_THREAD__
 const int ROUNDS = 100;
 #else
-const int ROUNDS = 1000;
+const int ROUNDS = 2000;
 #endif
 
 const int      TRIES   = 2000; // how often an input that fails is tried in shorter forms

@@ -564,6 +564,17 @@ TEST( Buffer, SourcesOutliveTheOwnerOfForeignMemory )
         change( buf.at(), src );
         EXPECT_EQ( 0, textOf( buf.get() ).find( "[01 02" ) );
     }
+
+    // Its own bytes are read as they were, though they move or are written over meanwhile.
+    Buffer own( qvBufferCreateFromBytesCopy( "\1\2\3\4", 4 ) );
+    qvBufferBitWriteBytes( own.at(), 4, qvBufferBacking( own ), 3 );
+    EXPECT_EQ( "[00 10 20 34]", textOf( own.get() ) );
+
+    for( int i = 0; i < 8; i++ )
+        qvBufferInsertBytes( own.at(), 2, qvBufferBacking( own ), qvBufferLength( own ) );
+
+    EXPECT_EQ( 1024, qvBufferLength( own ) );
+    EXPECT_EQ( 0, textOf( own.get() ).find( "[00 10 00 10" ) );
 }
 
 TEST( Buffer, OrdersByCommonBitsThenLength )

@@ -481,6 +481,29 @@ TEST( Dict, CostsNoMoreThanTheLogarithmInAnyOrder )
     }
 }
 
+TEST( Dict, DividesItsItemsSeldomWhereAnEndMovesToAndFro )
+{
+    for( QV_INT step : { 1, -1 } )
+    {
+        Ref< QV_DICT > dict( qvDictCreate() );
+
+        for( QV_INT i = 0; i < 2000; i++ )
+        {
+            qvDictSetIntKey( dict.at(), i * step, boxed( i ) );
+            QV_INT divided = 0;
+
+            for( QV_INT k = 0; k < 40 && dict->hasIndex; k++ )
+            {
+                QV_INT runs = dict->index->runs->length, key = ( i + 1 + ( k + 1 ) / 2 % 2 ) * step;
+                k % 4 < 2 ? qvDictSetIntKey( dict.at(), key, boxed( k ) ) : qvDictDelIntKey( dict.at(), key );
+                divided += dict->index->runs->length > runs;
+            }
+
+            ASSERT_GE( 1, divided ) << i;
+        }
+    }
+}
+
 TEST( Dict, SetsCostTheSmallerOneOrTheirSum )
 {
     Ref< QV_DICT > few( qvDictCreate() ), even( qvDictCreate() ), odd( qvDictCreate() );
@@ -571,21 +594,22 @@ TEST( Dict, StaysWholeWhenOtherFamiliesUseItsVariableMeanwhile )
 {
     using Operation = std::function< void( QV_DICT **, QV_DICT * ) >;
     const std::pair< Operation, QV_INT > operations[] = { // with the length that each leads to
-        { []( QV_DICT **dict, QV_DICT * ) { qvDictSetObjKey( dict, probe( 5000 ), probe( 0 ) ); }, 1001 },
-        { []( QV_DICT **dict, QV_DICT * ) { qvDictSetObjKey( dict, probe( 0 ), probe( 0 ) ); }, 1000 },
-        { []( QV_DICT **dict, QV_DICT * ) { qvDictDelObjKey( dict, probe( 7 ) ); }, 999 },
-        { []( QV_DICT **dict, QV_DICT * ) { qvDictDelValue( dict, probe( 3 ), QV_TRUE ); }, 900 },
-        { []( QV_DICT **dict, QV_DICT *other ) { qvDictInclude( dict, other, QV_TRUE ); }, 1500 },
+        { []( QV_DICT **dict, QV_DICT * ) { qvDictSetObjKey( dict, probe( 5000 ), probe( 0 ) ); }, 2001 },
+        { []( QV_DICT **dict, QV_DICT * ) { qvDictSetObjKey( dict, probe( 0 ), probe( 0 ) ); }, 2000 },
+        { []( QV_DICT **dict, QV_DICT * ) { qvDictDelObjKey( dict, probe( 7 ) ); }, 1999 },
+        { []( QV_DICT **dict, QV_DICT * ) { qvDictDelValue( dict, probe( 3 ), QV_TRUE ); }, 1800 },
+        { []( QV_DICT **dict, QV_DICT *other ) { qvDictInclude( dict, other, QV_TRUE ); }, 2500 },
         { []( QV_DICT **dict, QV_DICT *other ) { qvDictExclude( dict, other ); }, 500 },
-        { []( QV_DICT **dict, QV_DICT *other ) { qvDictIntersect( dict, other, QV_TRUE ); }, 500 },
-        { []( QV_DICT **dict, QV_DICT * ) { qvDictHasObjKey( *dict, probe( 7 ) ); }, 0 },
+        { []( QV_DICT **dict, QV_DICT *other ) { qvDictIntersect( dict, other, QV_TRUE ); }, 1500 },
+        { []( QV_DICT **dict, QV_DICT * ) { EXPECT_TRUE( Ref( qvDictObjKey( *dict, probe( 7 ) ) ) ); }, 0 },
+        { []( QV_DICT **dict, QV_DICT * ) { EXPECT_EQ( 700, qvDictIndexOfObjKey( *dict, probe( 700 ) ) ); }, 0 },
         { []( QV_DICT **dict, QV_DICT *other ) { qvDictDisjoint( *dict, other ); }, 0 },
         { []( QV_DICT **dict, QV_DICT * ) { qv___DictClear( dict ); }, 0 },
     };
 
     auto dictOf = []( QV_INT from ) {
         Ref< QV_DICT > dict( qvDictCreate() );
-        for( QV_INT i = from; i < from + 1000; i++ )
+        for( QV_INT i = from; i < from + 2000; i++ )
             qvDictSetObjKey( dict.at(), probe( i ), probe( i % 10 ) );
         return dict;
     };
@@ -619,7 +643,7 @@ TEST( Dict, ThreadsChangeTheirOwnOfOneTheyShare )
 {
     Ref< QV_DICT > shared( qvDictCreate() );
 
-    for( QV_INT i = 0; i < 1000; i++ )
+    for( QV_INT i = 0; i < 2000; i++ )
         i % 2 ? qvDictSetRealKey( shared.at(), i, boxed( i ) ) : qvDictSetIntKey( shared.at(), i, boxed( i ) );
 
     auto work = [borrowed = shared.get()] {
@@ -637,7 +661,7 @@ TEST( Dict, ThreadsChangeTheirOwnOfOneTheyShare )
     std::thread other( work );
     work();
     other.join();
-    EXPECT_EQ( 1000, qvDictLength( shared ) );
+    EXPECT_EQ( 2000, qvDictLength( shared ) );
 }
 
 TEST( Dict, IsMadeOfVectorsAndGivesThem )
@@ -679,17 +703,40 @@ TEST( Dict, SetsOperateOnTheDictItself )
     }
 }
 
+TEST( Dict, SetsDrawTheNumbersOfKeysInOneOrderWhicheverIsLonger )
+{
+    std::vector< Ref< QV_OBJ > > keys; // alive to the end, as numbers are drawn again
+
+    for( QV_INT more : { -1, 1 } )
+    {
+        for( bool excludes : { true, false } )
+        {
+            Ref< QV_DICT > dicts[] = { Ref( qvDictCreate() ), Ref( qvDictCreate() ) };
+
+            for( Ref< QV_DICT > &dict : dicts )
+            {
+                keys.emplace_back( qvBoxedUniqueObj( qvBoxedUniqueCreate() ) );
+                qvDictSetObjKey( dict.at(), keys.back(), keys.back() );
+            }
+
+            qvDictSetIntKey( dicts[more > 0].at(), 1, boxed( 1 ) );
+            excludes ? qvDictExclude( dicts[0].at(), dicts[1] ) : qvDictIntersect( dicts[0].at(), dicts[1], QV_FALSE );
+            EXPECT_EQ( excludes ? -1 : 1, qvObjCompare( keys.end()[-2], keys.end()[-1] ) );
+        }
+    }
+}
+
 TEST( Dict, KeysWithOtherPrefixesMeet )
 {
     Ref< QV_DICT > both( qvDictCreate() ), other( qvDictCreate() );
     auto key = []( QV_INT i ) { return text( ( i % 2 ? "aaaabbbb" : "aaaacccc" ) + std::to_string( 1000 + i ) ); };
 
-    for( QV_INT i = 0; i < 900; i++ )
+    for( QV_INT i = 0; i < 1400; i++ )
         qvDictSetStringKey( i % 2 ? both.at() : other.at(), key( i ), boxed( i ) );
 
     qvDictInclude( both.at(), other, QV_FALSE );
 
-    for( QV_INT i = 0; i < 900; i++ )
+    for( QV_INT i = 0; i < 1400; i++ )
         EXPECT_TRUE( qvDictHasStringKey( both, key( i ) ) );
 }
 

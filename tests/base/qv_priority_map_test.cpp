@@ -134,7 +134,7 @@ TEST( PriorityMap, BehavesAsASetOfPairs )
 
 TEST( PriorityMap, StaysWholeWhenItsObjectsUseItsVariable )
 {
-    for( int what = 0; what < 4; what++ )
+    for( int what = 0; what < 5; what++ )
     {
         Ref< QV_PRIORITY_MAP > map( qvPriorityMapCreate() );
 
@@ -145,9 +145,10 @@ TEST( PriorityMap, StaysWholeWhenItsObjectsUseItsVariable )
 
         what < 2    ? qvPriorityMapSet( map.at(), 7, probe( what ? 5 : 50 ) )
         : what == 2 ? qvPriorityMapDel( map.at(), probe( 5 ) )
-                    : qvPriorityMapDelAt( map.at(), 5 );
+        : what == 3 ? qvPriorityMapDelAt( map.at(), 5 )
+                    : qv::release( qvPriorityMapHigher( map, probe( 5 ), nullptr ) );
         whileComparing = nullptr;
-        EXPECT_EQ( what == 0 ? 21 : what == 1 ? 20 : 19, qvPriorityMapLength( map ) );
+        EXPECT_EQ( what == 0 ? 21 : what == 1 ? 20 : what < 4 ? 19 : 0, qvPriorityMapLength( map ) );
     }
 }
 

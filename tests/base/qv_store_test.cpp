@@ -511,7 +511,10 @@ TEST( Store, DocumentsTakeMemoryInProportion )
 {
     for( int lines : { 3000, 30000 } )
     {
-        std::string ports, records, chains;
+        std::string ports, records, chains, again; // in the last one a full chain is named before each new one
+
+        for( int i = 0; i < 52 * 20; i++ )
+            again += repeat( "a.", i / 52 ) + static_cast< char >( 'A' + i % 52 / 2 ) + ( i % 2 ? "=\n" : ".\n" );
 
         for( int i = 0; i < lines; i++ )
         {
@@ -519,10 +522,12 @@ TEST( Store, DocumentsTakeMemoryInProportion )
             ports += "port-" + std::to_string( i ) + "=8080\n";
             records += "rec-" + std::to_string( i / 3 ) + fields[i % 3];
             chains += i % 100 ? "" : "x" + std::to_string( i ) + repeat( ".a", 99 ) + ".\n";
+            again += i % 10 ? "" : repeat( "a.", 19 ) + "\nx" + std::to_string( i ) + repeat( ".a", 18 ) + ".\n";
         }
 
         // How many bytes are allocated for one of the text.
-        for( auto &[document, limit] : { std::pair { ports, 40u }, { records, 40u }, { chains, 300u } } )
+        for( auto &[document, limit] :
+             { std::pair { ports, 40u }, { records, 40u }, { chains, 300u }, { again, 300u } } )
         {
             Ref< QV_BUFFER > bytes  = bufferOf( document );
             auto             before = mallinfo2();

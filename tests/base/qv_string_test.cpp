@@ -427,6 +427,10 @@ TEST( String, EveryFormInsertsPrependsAndAppends )
     EXPECT_EQ( "a;a", changed( "a", appended ) );
     EXPECT_EQ( "abcde;a", changed( "a", prepended ) );
     EXPECT_EQ( "ababab", changed( "ab", bothTexts ) );
+
+    // Its own block may move while characters of that go in.
+    auto ownChars = []( QV_STRING **qvs ) { qvStringInsertChars( qvs, 1, qvStringBacking( *qvs ), 300 ); };
+    EXPECT_EQ( std::string( 600, 'a' ), changed( std::string( 300, 'a' ), ownChars ) );
 }
 
 /* Changing ------------------------------------------------------------------------------------------------------- */

@@ -390,6 +390,15 @@ TEST( Vector, GoesIntoItselfAsItWas )
     QV_OBJ *twice[] = { qvVectorObj( vec ), qvVectorObj( vec ) };
     qvVectorInsertObjs( vec.at(), 0, twice, 2 );
     EXPECT_EQ( "<<<0, 0, <0, 0>>>, <<0, 0, <0, 0>>>, <0, 0, <0, 0>>>", textOf( vec.get() ) );
+
+    // Its own block may move while it takes elements out of that.
+    vec = upTo( 3 );
+
+    for( int i = 0; i < 8; i++ )
+        qvVectorInsertObjs( vec.at(), 1, qvVectorBacking( vec ) + 1, qvVectorLength( vec ) - 1 );
+
+    EXPECT_EQ( 513, qvVectorLength( vec ) );
+    EXPECT_TRUE( qvVectorEquals( upTo( 3 ), Ref< QV_VECTOR >( qvVectorCreateFromLeading( vec, 3 ) ) ) );
 }
 
 TEST( Vector, EmptyOnesAreOneObjectUnlessPoppedEmpty )

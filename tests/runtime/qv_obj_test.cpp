@@ -181,7 +181,22 @@ TEST( Obj, TheListsFollowObjectsThroughRunsOfAllKinds )
             parts.reset();
             d.reset();
             expectListed( {}, 0 );
+
+            // A number is that of a run: it is neither given back into the next one nor taken for one of that.
+            Ref< QV_WATCHED > old = watched(), older = watched();
+            EXPECT_NE( qv___ObjUnique( any( old ) ), qv___ObjUnique( any( older ) ) );
             restart( QV_RUNTIME_FLAG_OBJECT_DATABASE );
+            Ref< QV_WATCHED > first = watched(), second = watched();
+            QV_INT            drawn = qv___ObjUnique( any( first ) );
+            older.reset();
+            EXPECT_NE( drawn, qv___ObjUnique( any( second ) ) );
+            EXPECT_NE( drawn, qv___ObjUnique( any( old ) ) );
+            EXPECT_NE( 0, qvObjDefaultCompareFunc( any( old ), any( second ) ) );
+            qvRuntimeShutdown();
+            second.reset();
+            qvRuntimeStartup( QV_RUNTIME_FLAG_OBJECT_DATABASE, nullptr, nullptr, nullptr, nullptr );
+            old.reset();
+            first.reset();
             EXPECT_EQ( 0, timesListed( qvWatchedSort() ) );
             fputs( testing::Test::HasFailure() ? "failed" : "done", stderr );
         } );

@@ -384,6 +384,17 @@ TEST( Abort, ReportsWaitForNoStream )
                 qv___Abort( "m", nullptr, 0, nullptr );
             } );
 
+    // It goes to a file that may not grow.
+    expectReport(
+        []
+        {
+            const rlimit none = {};
+            setrlimit( RLIMIT_FSIZE, &none );
+            dup2( open( ( scratch() + "full" ).c_str(), O_CREAT | O_WRONLY, 0600 ), STDOUT_FILENO );
+            printf( "text" );
+            qv___Abort( "m", nullptr, 0, nullptr );
+        } );
+
     // It is damaged itself.
     expectReport(
         []

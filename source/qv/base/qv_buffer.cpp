@@ -315,7 +315,7 @@ void qv___BufferBitWriteBytes( QV_BUFFER **buf, uint64_t bitIdx, const void *byt
     if( byteCount == 0 )
         return;
 
-    qv::Ref< QV_BUFFER > held = qv::holdForeign( *buf );
+    qv::Ref< QV_BUFFER > held = qv::holdSource( *buf, bytes );
     makeWritable( buf );
     qv::bits::copy(
         qv::bytes( *buf ), bitIdx, static_cast< const uint8_t * >( bytes ), BYTES_TO_BITS( byteCount ), 0,

@@ -125,7 +125,7 @@ QV_API void qvBufferWriteOuter( QV_BUFFER **buf, QV_INT byteIdx, QV_BUFFER *src,
 QV_API void qvBufferBitWriteOuter( QV_BUFFER **buf, QV_INT bitIdx, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
 
 /** The same with the low `bitCount` bits of a number, at most 64; with a byte; with an array, which may be null if it
-    is empty and must not lie in the Buffer. */
+    is empty and may lie in the Buffer, and is read as it was. */
 QV_API void qvBufferWriteBits( QV_BUFFER **buf, QV_INT byteIdx, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferBitWriteBits( QV_BUFFER **buf, QV_INT bitIdx, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferWriteByte( QV_BUFFER **buf, QV_INT byteIdx, uint8_t value );

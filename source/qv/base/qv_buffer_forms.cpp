@@ -136,7 +136,7 @@ void insert( QV_BUFFER **buf, uint64_t bitIdx, Array array )
     QV_CHECK_AS( array.bytes || !array.byteCount, "bytes || !byteCount" );
     QV_CHECK_AS( BYTES_TO_BITS_OK( array.byteCount ), "BYTES_TO_BITS_OK( byteCount )" );
 
-    qv::Ref< QV_BUFFER > held = qv::holdForeign( *buf );
+    qv::Ref< QV_BUFFER > held = qv::holdSource( *buf, array.bytes );
     qv___BufferMakeRoom( buf, bitIdx, BYTES_TO_BITS( array.byteCount ) );
     write( buf, bitIdx, array );
 }

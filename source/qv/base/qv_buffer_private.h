@@ -92,11 +92,11 @@ inline bool isPrivate( QV_BUFFER *buf )
     return !isShared( buf ) && !buf->ref;
 }
 
-/** Keeps the owner of foreign memory alive for a scope in which the Buffer gets memory of its own: what goes in may be
-    somewhere that only that owner holds. */
-inline Ref< QV_BUFFER > holdForeign( QV_BUFFER *buf )
+/** Keeps for a scope in which a Buffer changes what goes in as it is: bytes of its own, since the Buffer counts as
+    shared then, and bytes that only the owner of its foreign memory holds. */
+inline Ref< QV_BUFFER > holdSource( QV_BUFFER *buf, const void *bytes )
 {
-    return Ref< QV_BUFFER >::share( buf->ref ? buf : nullptr );
+    return Ref< QV_BUFFER >::share( buf->ref || buf->holds( bytes ) ? buf : nullptr );
 }
 
 /** True if `bits`, above 0, can be taken behind the contents without moving them. The Buffer must be private. */

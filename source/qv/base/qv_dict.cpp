@@ -257,8 +257,9 @@ void qvDictClear( QV_DICT **dict )
 
 QV_INT qv::searchDict( QV_DICT *dict, QV_OBJ *key, bool *found )
 {
-    DictPlace place = findInDict( dict, key );
-    *found          = place.found;
+    Ref< QV_DICT > held;
+    DictPlace      place = findInDict( dict, key, &held );
+    *found               = place.found;
 
     return dictIndex( dict, place );
 }
@@ -395,7 +396,9 @@ QV_OBJ *qvDictObjKey( QV_DICT *dict, QV_OBJ *key )
     QV_CHECK( dict );
     QV_CHECK( key );
 
-    Place place = qv::findInDict( dict, key );
+    qv::Ref< QV_DICT > held;
+    Place              place = qv::findInDict( dict, key, &held );
+
     return place.found ? qv::retain( qv::dictItem( dict, place ).val ) : nullptr;
 }
 
@@ -404,7 +407,8 @@ QV_BOOL qvDictHasObjKey( QV_DICT *dict, QV_OBJ *key )
     QV_CHECK( dict );
     QV_CHECK( key );
 
-    return qv::findInDict( dict, key ).found ? QV_TRUE : QV_FALSE;
+    qv::Ref< QV_DICT > held;
+    return qv::findInDict( dict, key, &held ).found ? QV_TRUE : QV_FALSE;
 }
 
 QV_INT qvDictIndexOfObjKey( QV_DICT *dict, QV_OBJ *key )
@@ -412,7 +416,9 @@ QV_INT qvDictIndexOfObjKey( QV_DICT *dict, QV_OBJ *key )
     QV_CHECK( dict );
     QV_CHECK( key );
 
-    Place place = qv::findInDict( dict, key );
+    qv::Ref< QV_DICT > held;
+    Place              place = qv::findInDict( dict, key, &held );
+
     return place.found ? qv::dictIndex( dict, place ) : -1;
 }
 

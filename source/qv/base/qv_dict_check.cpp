@@ -83,7 +83,9 @@ bool qv::isSoundDict( QV_DICT *dict )
     if( dict->length == 0 )
         return !dict->hasIndex;
 
-    return dict->hasIndex ? isSoundIndex( dict ) : dict->run->length == dict->length && isSoundRun( dict->run, true );
+    return dict->hasIndex ? isSoundIndex( dict )
+                          : dict->run->length == dict->length && dict->length <= FULL_ONLY_DICT_RUN
+                                && isSoundRun( dict->run, true );
 }
 
 bool qv::isSoundDict( QV_DICT *dict, const DictPlace &place )

@@ -101,6 +101,15 @@ inline QV___DICT_ITEM &dictItem( QV_DICT *dict, QV_INT idx )
     return run.run->items()[idx];
 }
 
+/** The last entry of a Dict that has some, without a walk. */
+inline QV___DICT_ITEM &lastDictItem( QV_DICT *dict )
+{
+    QV___DICT_RUN *runs = dict->hasIndex ? dict->index->runs : nullptr;
+    QV___DICT_RUN *last = runs ? runs->items()[runs->length - 1].run : dict->run;
+
+    return last->items()[last->length - 1];
+}
+
 /** Walks the entries in their order, as long as the Dict is not changed.
 
         for( QV___DICT_ITEM &item : qv::dictItems( dict ) )

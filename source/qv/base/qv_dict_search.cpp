@@ -4,6 +4,7 @@
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_chars_private.h"
 
 #include <algorithm>
 #include <string.h>
@@ -111,22 +112,23 @@ bool hasDigestsOf( Run *run, QV_OBJ *key )
     return run->digests != qv::NO_DIGESTS && run->digests == digestsOf( key->sort );
 }
 
-// How many characters two texts have in common, `limit` at most.
+// How many characters two texts have in common, in steps of four: keys which share less and less do not each cause new
+// digests for all. `limit` at most, which is such a step too.
 QV_INT commonPrefix( QV_OBJ *a, QV_OBJ *b, QV_INT limit )
 {
     const QV_CHAR *aChars = qv::chars( stringOf( a ) );
     const QV_CHAR *bChars = qv::chars( stringOf( b ) );
     QV_INT         i      = 0;
 
+    QV_ASSERT( limit % 4 == 0 );
     limit = std::min( limit, std::min( stringOf( a )->length, stringOf( b )->length ) );
 
-    while( i < limit && aChars[i] == bChars[i] )
-        i++;
+    while( i + 4 <= limit && !qv::anyBit( qv::loadChars( aChars + i ) ^ qv::loadChars( bChars + i ) ) )
+        i += 4;
 
     return i;
 }
 
-// In steps of four, so that keys which share less and less do not each cause new digests for all.
 uint32_t steppedPrefix( QV_INT common )
 {
     return static_cast< uint32_t >( std::min( common, MAX_PREFIX ) & ~QV_INT( 3 ) );
@@ -233,7 +235,7 @@ int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
     if( from == run->length || items[run->length - 1].digest < digest )
         return run->length;
 
-    // The same number of steps for every key and no branch to mispredict.
+    // The same number of steps for every key.
     const Item *base = items + from;
 
     for( int32_t left = run->length - from; left > 1; )
@@ -323,15 +325,26 @@ inline Place searchDigests( Run *run, int32_t from, QV_OBJ *key )
                                               : searchIntegers( run, from, digestInt( key ) );
 }
 
+// The order of a stored key against the one that is looked for. Of two objects that are ordered by when they were
+// first compared, the first argument of the comparison comes first.
+inline QV_INT compareKeys( QV_OBJ *stored, QV_OBJ *key, bool keyFirst )
+{
+    if( !keyFirst )
+        return qvObjCompare( stored, key );
+
+    QV_INT order = qvObjCompare( key, stored );
+    return ( order < 0 ) - ( order > 0 );
+}
+
 // By comparing objects: the item at `lo` is below the key, the one at `hi` above it, if there is one.
-Place bisectKeys( Run *run, int32_t lo, int32_t hi, QV_OBJ *key )
+Place bisectKeys( Run *run, int32_t lo, int32_t hi, QV_OBJ *key, bool keyFirst = false )
 {
     const Item *items = run->items();
 
     while( hi - lo > 1 )
     {
         int32_t mid   = lo + ( hi - lo ) / 2;
-        QV_INT  order = qvObjCompare( items[mid].key, key );
+        QV_INT  order = compareKeys( items[mid].key, key, keyFirst );
 
         if( order == 0 )
             return { 0, mid, true };
@@ -343,28 +356,28 @@ Place bisectKeys( Run *run, int32_t lo, int32_t hi, QV_OBJ *key )
 }
 
 // The two ends first, then the middle of what is left. A key beyond an end takes two comparisons at most.
-Place searchKeys( Run *run, int32_t from, QV_OBJ *key )
+Place searchKeys( Run *run, int32_t from, QV_OBJ *key, bool keyFirst )
 {
-    QV_INT first = qvObjCompare( run->items()[from].key, key );
+    QV_INT first = compareKeys( run->items()[from].key, key, keyFirst );
 
     if( first >= 0 )
         return { 0, from, first == 0 };
 
     int32_t end  = run->length - 1;
-    QV_INT  last = qvObjCompare( run->items()[end].key, key );
+    QV_INT  last = compareKeys( run->items()[end].key, key, keyFirst );
 
     if( last <= 0 )
         return { 0, last == 0 ? end : run->length, last == 0 };
 
-    return bisectKeys( run, from, end, key );
+    return bisectKeys( run, from, end, key, keyFirst );
 }
 
-Place searchRun( Run *run, int32_t from, QV_OBJ *key )
+Place searchRun( Run *run, int32_t from, QV_OBJ *key, bool keyFirst = false )
 {
     if( from == run->length )
         return { 0, from };
 
-    return hasDigestsOf( run, key ) ? searchDigests( run, from, key ) : searchKeys( run, from, key );
+    return hasDigestsOf( run, key ) ? searchDigests( run, from, key ) : searchKeys( run, from, key, keyFirst );
 }
 
 /* Search in a Dict ----------------------------------------------------------------------------------------------- */
@@ -465,7 +478,7 @@ Place searchAll( QV_DICT *dict, QV_OBJ *key )
 }
 } // namespace
 
-qv::DictPlace qv::findInDict( QV_DICT *dict, QV_OBJ *key )
+qv::DictPlace qv::findInDict( QV_DICT *dict, QV_OBJ *key, Ref< QV_DICT > *held )
 {
     if( dict->length == 0 )
         return { 0, 0 };
@@ -477,31 +490,29 @@ qv::DictPlace qv::findInDict( QV_DICT *dict, QV_OBJ *key )
     if( comparesInside( key ) )
         return searchAll( dict, key );
 
-    Ref< QV_DICT > held = Ref< QV_DICT >::share( dict );
-    return searchAll( held, key );
+    *held = Ref< QV_DICT >::share( dict );
+    return searchAll( dict, key );
 }
 
 qv::DictPlace qv::findToChange( QV_DICT **dict, QV_OBJ *key )
 {
-    if( ( *dict )->length == 0 || comparesInside( key ) )
-        return findInDict( *dict, key );
+    Ref< QV_DICT > held;
+    DictPlace      place = findInDict( *dict, key, &held );
 
-    Ref< QV_DICT > held  = Ref< QV_DICT >::share( *dict );
-    DictPlace      place = searchAll( held, key );
-
-    goOnWith( dict, held );
+    if( held )
+        goOnWith( dict, held );
 
     return place;
 }
 
-qv::DictPlace qv::findInDictFrom( QV_DICT *dict, const DictPlace &from, QV_OBJ *key )
+qv::DictPlace qv::findInDictFrom( QV_DICT *dict, const DictPlace &from, QV_OBJ *key, bool keyFirst )
 {
     int32_t run = from.run;
     int32_t idx = from.idx;
 
     if( dict->hasIndex )
     {
-        Place next = searchRun( dict->index->runs, run + 1, key );
+        Place next = searchRun( dict->index->runs, run + 1, key, keyFirst );
 
         if( next.found )
             return { next.idx, 0, true };
@@ -513,5 +524,5 @@ qv::DictPlace qv::findInDictFrom( QV_DICT *dict, const DictPlace &from, QV_OBJ *
         }
     }
 
-    return inRun( run, searchRun( dictRun( dict, run ), idx, key ) );
+    return inRun( run, searchRun( dictRun( dict, run ), idx, key, keyFirst ) );
 }

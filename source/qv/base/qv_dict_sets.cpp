@@ -57,18 +57,19 @@ private:
 
 using Indexes = Array< QV_INT >;
 
-// Goes through the keys of a Dict from the first to the last and finds them in another one, which isn't empty.
+// Goes through the keys of a Dict from the first to the last and finds them in another one, which isn't empty. Which of
+// both is gone through is a matter of cost; which has the first argument of a comparison is one of the operation.
 class Finder
 {
 public:
-    explicit Finder( QV_DICT *dict ) : dict_( dict )
+    explicit Finder( QV_DICT *dict, bool keyFirst = false ) : dict_( dict ), keyFirst_( keyFirst )
     {
     }
 
     // The next key. True if it is there.
     bool find( QV_OBJ *key )
     {
-        place_ = qv::findInDictFrom( dict_, place_, key );
+        place_ = qv::findInDictFrom( dict_, place_, key, keyFirst_ );
         return place_.found;
     }
 
@@ -84,6 +85,7 @@ public:
 
 private:
     QV_DICT *dict_;
+    bool     keyFirst_;
     Place    place_ = { 0, 0 };
 };
 
@@ -328,7 +330,7 @@ void qvDictExclude( QV_DICT **dest, QV_DICT *src )
     }
     else
     {
-        Finder finder( src );
+        Finder finder( src, true );
         QV_INT idx = 0;
 
         for( const Item &item : qv::dictItems( held ) )
@@ -374,7 +376,7 @@ void qvDictIntersect( QV_DICT **dest, QV_DICT *src, QV_BOOL useSrcValues )
     QV_DICT           *few     = walkSrc ? src : held.get();
     QV_DICT           *many    = walkSrc ? held.get() : src;
     Array< Common >    common( few->length );
-    Finder             finder( many );
+    Finder             finder( many, walkSrc );
 
     for( qv::DictIterator item( few, 0 ); item; ++item )
     {

@@ -15,10 +15,15 @@ using Index = QV___DICT_INDEX;
 using Place = qv::DictPlace;
 
 const int32_t FULL = qv::FULL_DICT_RUN;
+const int32_t ONLY = qv::FULL_ONLY_DICT_RUN;
 const int32_t FEW  = qv::FEW_IN_DICT_RUN;
 
 // Runs of what is made in one go, or joined, are not so full that the next item splits them.
 const int32_t JOINED = 384;
+
+// Items that a new run at an end of the Dict gets from the full one before it. So many must go and come again until it
+// is made again: that costs a walk through all counts.
+const int32_t AT_END = 32;
 
 size_t bytes( int32_t items )
 {
@@ -71,6 +76,17 @@ inline void moveItems( Item *to, Item *from, int32_t count )
         qv::markFree( end, bytes( static_cast< int32_t >( from + count - end ) ) );
 }
 
+// Makes a block larger whose items stay where they are in it: the C library may extend it without a copy.
+void extendRun( Run *&run, int32_t size )
+{
+    QV_ASSERT( size > run->size );
+    qv::unpoison( run + 1, bytes( run->size ) );
+    run = static_cast< Run * >( qvMemRealloc( run, QV_INT( sizeof( Run ) ) + size * QV_INT( sizeof( Item ) ) ) );
+    run->size = size;
+    qv::markFree( run + 1, bytes( run->front ) );
+    qv::markFree( run->items() + run->length, bytes( back( run ) ) );
+}
+
 // Distributes the free places anew, in the same block or another one.
 void spread( Run *&run, int32_t size, int32_t front )
 {
@@ -78,6 +94,12 @@ void spread( Run *&run, int32_t size, int32_t front )
     {
         moveItems( run->items() - run->front + front, run->items(), run->length );
         run->front = front;
+        return;
+    }
+
+    if( front == run->front && size > run->size )
+    {
+        extendRun( run, size );
         return;
     }
 
@@ -91,15 +113,16 @@ void spread( Run *&run, int32_t size, int32_t front )
     run = other;
 }
 
-// The size with which a run has room for more: half as large again, for items no larger than they can fill.
+// The size with which a run has room for more: half as large again, a small one up to three times as large, for items no
+// larger than they can fill.
 int32_t grownSize( int32_t length )
 {
-    int32_t size = length + length / 2 + 3;
-    return length < FULL ? std::min( size, FULL ) : size;
+    int32_t size = length + std::max( length / 2, std::min( 2 * length, 16 ) ) + 1;
+    return length < FULL ? std::min( size, FULL ) : length < ONLY ? std::min( size, ONLY ) : size;
 }
 
 // Opens a gap of one undefined item, by moving what is on the shorter side.
-Item *openGap( Run *&run, int32_t idx )
+Item *openGapAnywhere( Run *&run, int32_t idx )
 {
     int32_t tail   = run->length - idx;
     bool    atBack = tail <= idx;
@@ -139,6 +162,20 @@ Item *openGap( Run *&run, int32_t idx )
     }
 
     run->length++;
+    qv::unpoison( gap, sizeof( Item ) );
+
+    return gap;
+}
+
+// The same. Nothing moves behind the last item as long as a place is free there.
+inline Item *openGap( Run *&run, int32_t idx )
+{
+    if( idx != run->length || back( run ) == 0 )
+        return openGapAnywhere( run, idx );
+
+    Item *gap = run->items() + idx;
+    run->length++;
+    QV_ASSERT( back( run ) >= 0 );
     qv::unpoison( gap, sizeof( Item ) );
 
     return gap;
@@ -377,24 +414,30 @@ void tidyRun( QV_DICT *dict, int32_t at )
     }
 }
 
-// Divides a full run, to which an item is to go, and gives the place that it has then. A run at an end of the Dict to
-// which the item goes there stays nearly full, as more may follow.
+// Divides a full run, to which an item is to go, and gives the place that it has then; the run there may be full too. A
+// run under the index and at an end of the Dict, to which the item goes there, stays nearly full, as more may follow.
 Place placeAfterSplit( QV_DICT *dict, const Place &place )
 {
     if( !dict->hasIndex )
+    {
         createIndex( dict );
+        bool isRight = place.idx > ONLY / 2;
+        splitRun( dict->index, 0, ONLY / 2, isRight, ONLY / 2 );
+
+        return { isRight, place.idx - ( isRight ? ONLY / 2 : 0 ) };
+    }
 
     Index *index = dict->index;
 
     if( place.idx == FULL && place.run == index->runs->length - 1 )
     {
-        splitRun( index, place.run, FULL - 1, false, FULL );
-        return { place.run + 1, 1 };
+        splitRun( index, place.run, FULL - AT_END, false, FULL );
+        return { place.run + 1, AT_END };
     }
 
     if( place.idx == 0 && place.run == 0 )
     {
-        splitRun( index, 0, 1, true, FULL );
+        splitRun( index, 0, AT_END, true, FULL );
         return { 0, 0 };
     }
 
@@ -408,11 +451,8 @@ Place placeAfterSplit( QV_DICT *dict, const Place &place )
 
 /* Places --------------------------------------------------------------------------------------------------------- */
 
-qv::DictPlace qv::dictPlace( QV_DICT *dict, QV_INT idx )
+qv::DictPlace qv::dictPlaceByIndex( QV_DICT *dict, QV_INT idx )
 {
-    if( !dict->hasIndex )
-        return { 0, static_cast< int32_t >( idx ) };
-
     if( idx == dict->length )
     {
         Run *runs = dict->index->runs;
@@ -444,7 +484,7 @@ void qv::enterItem( QV_DICT *dict, const DictPlace &place, QV_OBJ *key, QV_OBJ *
 
     Run *&run = dictRun( dict, place.run );
 
-    if( run->length == FULL )
+    if( run->length == ( dict->hasIndex ? FULL : ONLY ) )
     {
         enterItem( dict, placeAfterSplit( dict, place ), key, value );
         return;
@@ -594,7 +634,7 @@ void qv::emptyRuns( QV_DICT *dict )
 
 qv::DictBuilder::DictBuilder( QV_INT count ) : count_( count )
 {
-    QV_INT runs = count <= FULL ? 1 : ( count - 1 ) / JOINED + 1;
+    QV_INT runs = count <= ONLY ? 1 : ( count - 1 ) / JOINED + 1;
     runLength_  = static_cast< int32_t >( ( count - 1 ) / runs + 1 );
 
     if( runs > 1 )

@@ -20,10 +20,14 @@ namespace qv
 /** What an item counts for in the accounts: its two references. */
 const QV_INT ACCOUNTED_DICT_ITEM = 2 * sizeof( QV_OBJ * );
 
-/** Items that a run has at most, and how many are so few that it is joined with a neighbour. Only the first and the
+/** Items that a run under an index has at most, and how many are so few that it is joined with a neighbour. Only the first and the
     last run may have fewer: entering and deleting at an end leaves its neighbour alone. */
 const int32_t FULL_DICT_RUN   = 512;
 const int32_t FEW_IN_DICT_RUN = 128;
+
+/** Items up to which a Dict is one run without an index: a look-up there is one search instead of two. */
+const int32_t FULL_ONLY_DICT_RUN = 1024;
+static_assert( FULL_ONLY_DICT_RUN <= 2 * FULL_DICT_RUN, "halves of it are runs under an index" );
 
 /** Where an item stands, or before which one it would. */
 struct DictPlace
@@ -46,8 +50,13 @@ inline QV___DICT_ITEM &dictItem( QV_DICT *dict, const DictPlace &place )
 }
 
 /** The place of an index of the Dict, up to its length; and the other way round. */
-DictPlace dictPlace( QV_DICT *dict, QV_INT idx );
+DictPlace dictPlaceByIndex( QV_DICT *dict, QV_INT idx ); /**< for dictPlace(), of a Dict that has an index of runs */
 QV_INT    dictIndex( QV_DICT *dict, const DictPlace &place );
+
+inline DictPlace dictPlace( QV_DICT *dict, QV_INT idx )
+{
+    return dict->hasIndex ? dictPlaceByIndex( dict, idx ) : DictPlace { 0, static_cast< int32_t >( idx ) };
+}
 
 /** Gives a Dict that has no run one with room for so many items. */
 void makeDictRun( QV_DICT *dict, QV_INT count );
@@ -83,12 +92,13 @@ void sharpenDigests( QV___DICT_RUN *run );
 
 /* Search --------------------------------------------------------------------------------------------------------- */
 
-/** Finds a key. Compare functions of other families may use the Dict's own variable: where they run, the Dict is held,
-    so that it stays as it is. */
-DictPlace findInDict( QV_DICT *dict, QV_OBJ *key );
+/** Finds a key. Compare functions of other families may use the Dict's own variable: where they run, `*held`, which is
+    null before, holds the Dict, so that it stays as it is until the caller is done with the place. */
+DictPlace findInDict( QV_DICT *dict, QV_OBJ *key, Ref< QV_DICT > *held );
 
-/** Finds a key that is not before `from`. The caller holds the Dict. Few comparisons if the place is near. */
-DictPlace findInDictFrom( QV_DICT *dict, const DictPlace &from, QV_OBJ *key );
+/** Finds a key that is not before `from`. The caller holds the Dict. Few comparisons if the place is near. The stored
+    keys are the first arguments of these, or the second ones with `keyFirst`. */
+DictPlace findInDictFrom( QV_DICT *dict, const DictPlace &from, QV_OBJ *key, bool keyFirst );
 
 /** Finds a key in a Dict that is to be changed then. If a compare function changes the variable, what it has made is
     given up: the call goes on with what it was called with. */

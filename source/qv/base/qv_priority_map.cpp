@@ -209,7 +209,10 @@ QV_INT qvPriorityMapIndexOf( QV_PRIORITY_MAP *map, QV_OBJ *obj )
     QV_CHECK( map );
     QV_CHECK( obj );
 
-    QV_INT idx = qvDictIndexOfObjKey( map->byObject, obj );
+    // Compare functions may use the variable that the map is from.
+    qv::Ref< QV_PRIORITY_MAP > held = qv::Ref< QV_PRIORITY_MAP >::share( map );
+    QV_INT                     idx  = qvDictIndexOfObjKey( map->byObject, obj );
+
     return idx == -1 ? -1 : qvDictIndexOfObjKey( map->byPriority, qv::dictItem( map->byObject, idx ).val );
 }
 
@@ -227,13 +230,17 @@ QV_OBJ *qvPriorityMapLowest( QV_PRIORITY_MAP *map, QV_INT *priority )
 
 QV_OBJ *qvPriorityMapHigher( QV_PRIORITY_MAP *map, QV_OBJ *obj, QV_INT *priority )
 {
-    QV_INT idx = qvPriorityMapIndexOf( map, obj );
+    qv::Ref< QV_PRIORITY_MAP > held = qv::Ref< QV_PRIORITY_MAP >::share( map );
+    QV_INT                     idx  = qvPriorityMapIndexOf( map, obj );
+
     return neighbour( map, idx == -1 ? -1 : idx + 1, priority );
 }
 
 QV_OBJ *qvPriorityMapLower( QV_PRIORITY_MAP *map, QV_OBJ *obj, QV_INT *priority )
 {
-    QV_INT idx = qvPriorityMapIndexOf( map, obj );
+    qv::Ref< QV_PRIORITY_MAP > held = qv::Ref< QV_PRIORITY_MAP >::share( map );
+    QV_INT                     idx  = qvPriorityMapIndexOf( map, obj );
+
     return neighbour( map, idx - 1, priority );
 }
 

@@ -408,10 +408,12 @@ private:
         }
         else
         {
-            QV_STORE *before   = stores_[level + 1]; // mostly of the same kind
+            // Mostly it is of the same kind as the one made before. Each is the model of one only, so that all room
+            // made is no more than what the document has filled.
+            QV_STORE *before   = made_[level];
             QV_STORE *store    = before ? qv::createStoreLike( before ) : qvStoreCreate();
             addresses_[level]  = set( level, qv::STORE_STORES, text, address, store );
-            stores_[level + 1] = store;
+            stores_[level + 1] = made_[level] = store;
         }
 
         open_ = level + 1;
@@ -470,7 +472,7 @@ private:
     static bool comesAfter( Span< Unit > text, QV_DICT *dict )
     {
         return dict->length == 0 ||
-               order( static_cast< QV_STRING * >( qv::dictItem( dict, dict->length - 1 ).key ), text ) < 0;
+               order( static_cast< QV_STRING * >( qv::lastDictItem( dict ).key ), text ) < 0;
     }
 
     // Whether the tree has the store that stands on a level at the address there.
@@ -488,10 +490,13 @@ private:
     Addresses           known_;
 
     // The stores that the last lines went down to, each held by the one above it, and their addresses in that. Of the
-    // stores the first open_ + 1 count, of the addresses the first open_; further stores are those of lines before.
+    // stores the first open_ + 1 count, of the addresses the first open_.
     QV_INT     open_                            = 0;
     QV_STORE  *stores_[QV_STORE_MAX_DEPTH + 1] = {};
     QV_STRING *addresses_[QV_STORE_MAX_DEPTH];
+
+    // The last store made below each level, held by the tree.
+    QV_STORE *made_[QV_STORE_MAX_DEPTH] = {};
 };
 
 Span< QV_CHAR > spanOf( QV_STRING *text )

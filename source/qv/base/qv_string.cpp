@@ -270,7 +270,7 @@ QV_BOOL qvStringIsBlank( QV_STRING *qvs )
 
 namespace
 {
-// What every insertion ends in: the gap in a String of the caller's own, filled.
+// What every insertion ends in: the gap in a String of the caller's own, filled. The characters may be its own.
 void insertChars( QV_STRING **dest, QV_INT idx, const QV_CHAR *chs, QV_INT count )
 {
     QV_STRING *old = *dest;
@@ -284,8 +284,11 @@ void insertChars( QV_STRING **dest, QV_INT idx, const QV_CHAR *chs, QV_INT count
             return;
         }
 
-        qv::copyChars( qv___StringMakeRoom( old, idx, count ), chs, count );
-        return;
+        if( !old->holds( chs ) )
+        {
+            qv::copyChars( qv___StringMakeRoom( old, idx, count ), chs, count );
+            return;
+        }
     }
 
     // A copy with the gap filled in one go.

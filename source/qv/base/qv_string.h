@@ -89,8 +89,8 @@ QV_API QV_BOOL qvStringIsBlank( QV_STRING *qvs );
 /* Inserting ------------------------------------------------------------------------------------------------------ */
 
 /** Inserts in front of the character at `idx`, or at the end where `idx` is the length: a String or a part of it,
-    which may be the String inserted into; an array, which may not lie in the String inserted into; a character; text;
-    the text of an object; formatted text. */
+    which may be the String inserted into; an array, which may lie in the String inserted into; a character; text; the
+    text of an object; formatted text. */
 QV_API void qvStringInsert( QV_STRING **dest, QV_INT idx, QV_STRING *src );
 QV_API void qvStringInsertLeading( QV_STRING **dest, QV_INT idx, QV_STRING *src, QV_INT count );
 QV_API void qvStringInsertTrailing( QV_STRING **dest, QV_INT idx, QV_STRING *src, QV_INT count );

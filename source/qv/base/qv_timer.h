@@ -19,7 +19,9 @@
     The thread. All timers fire on one thread of the library, one after the other, those of the earliest time first and
     those with a delay or a timestamp before those with a Time. A callback is called with no lock held and may use any
     timer and release its own; while it runs no other timer fires, so it should be short. What has become due meanwhile
-    fires as soon as it returns.
+    fires after it without a pause: first the Times that had passed, then, in a new round, the rest. A callback that
+    schedules its timer at a Time in the past, again and again, lets no round end: no other timer fires, and the library
+    cannot stop.
 
     Unscheduling, and releasing, don't wait: a timer that is about to fire may be firing when they return. The argument
     of its callback lives until the callback is through.

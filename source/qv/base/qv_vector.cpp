@@ -448,6 +448,8 @@ void qvVectorInsertObjs( QV_VECTOR **vec, QV_INT idx, QV_OBJ *const *objs, QV_IN
         qv::retain( objs[i] );
     }
 
+    // Held, a Vector that is given elements out of its own block is copied.
+    qv::Ref< QV_VECTOR > held = qv::Ref< QV_VECTOR >::share( (*vec)->holds( objs ) ? *vec : nullptr );
     copyObjs( makeRoom( vec, idx, count ), objs, count );
 }
 

@@ -96,7 +96,7 @@ QV_API QV_BOOL qvVectorHasObj( QV_VECTOR *vec, QV_OBJ *obj, QV_BOOL byCompare );
 /** Inserts in front of the element at `idx`, or at the end where `idx` is the length.
 
     What goes in: the elements of another Vector or a part of them; an array, of which each element is retained and
-    which must not lie in the Vector's own block; an object; a boxed value; a String, or a new one of decoded or
+    which may lie in the Vector's own block; an object; a boxed value; a String, or a new one of decoded or
     formatted text. The length of a text is in bytes for a Cstr, which is UTF-8, and in units for a Wcstr; -1 means
     that it ends at its terminator. qv_format.h tells the language of formats. */
 QV_API void qvVectorInsert( QV_VECTOR **vec, QV_INT idx, QV_VECTOR *src );

@@ -172,13 +172,25 @@ bool isInert( QV_CHAR ch )
     return ch < 0x300 || ( QV_CHAR_OK( ch ) && composedQuickCheck( ch, false ) == 0 );
 }
 
+// True where one of four characters is in the range from `first` up to `end`, without it. Moved by `first` all others are
+// above the range, and moved by the sign as well unsigned numbers compare as signed ones do.
+inline qv::CharVector areIn( qv::CharVector chs, uint32_t first, uint32_t end )
+{
+    typedef uint32_t Unsigned __attribute__( ( vector_size( 16 ) ) );
+
+    const uint32_t SIGN  = 0x80000000;
+    Unsigned       moved = (Unsigned)chs + ( SIGN - first );
+
+    return (qv::CharVector)moved < static_cast< int32_t >( end - first + SIGN );
+}
+
 // True where four characters are of the ranges that nearly all text in Latin and Cyrillic letters is made of: letters,
-// punctuation and currencies. The comparison is one of signed numbers: 0x80000000 and above are negative ones.
+// punctuation and currencies.
 qv::CharVector areCommon( const QV_CHAR *in )
 {
-    qv::CharVector ch = qv::loadChars( in );
+    qv::CharVector chs = qv::loadChars( in );
 
-    return ( ( ch >= 0 ) & ( ch < 0x300 ) ) | ( ( ch >= 0x400 ) & ( ch < 0x483 ) ) | ( ( ch >= 0x2002 ) & ( ch < 0x20D0 ) );
+    return areIn( chs, 0, 0x300 ) | areIn( chs, 0x400, 0x483 ) | areIn( chs, 0x2002, 0x20D0 );
 }
 
 // True where 16 characters are below 0x100, as most of them are.

@@ -44,7 +44,7 @@ struct QV_OBJ
 {
     uint64_t            type;
     QV_SORT            *sort;              /**< null in sort records and module objects */
-    QV_INT              unique;            /**< atomic; -1 until the number is first needed */
+    QV_INT              unique;            /**< atomic; a number and its run, -1 until it is first needed */
     int32_t             retainCount;       /**< atomic */
     uint16_t            sharedOffset;      /**< bytes since the start of memory shared with others; 0: has its own */
     uint16_t            isListed;          /**< the run that created it keeps lists; never changes */

@@ -72,8 +72,8 @@ void finish( QV_OBJ *thisObj, QV___FREE_FUNC freeFunc )
 
     QV_INT unique = thisObj->unique;
 
-    if( unique != QV___UNIQUE_INVALID )
-        qv___UniquePut( unique );
+    if( __builtin_expect( unique != QV___UNIQUE_INVALID, 0 ) && qv::isUniqueOfThisRun( unique ) )
+        qv___UniquePut( qv::uniqueNumber( unique ) );
 
     // The counts go down last: when a module's count of sorts reaches 0, none of its code runs for an object.
     if( __builtin_expect( !thisObj->isListed, 1 ) )
@@ -311,18 +311,19 @@ QV_INT qv___ObjUnique( QV_OBJ *thisObj )
 
     QV_INT unique = qv___AtomicLoad64( &thisObj->unique );
 
-    if( unique != QV___UNIQUE_INVALID )
-        return unique;
+    if( qv::isUniqueOfThisRun( unique ) )
+        return qv::uniqueNumber( unique );
 
+    // There is none, or one of an earlier run, which may be that of another object by now.
     QV_INT drawn = qv___UniqueGet();
-    unique       = qv___AtomicCompareExchange64( &thisObj->unique, QV___UNIQUE_INVALID, drawn );
+    QV_INT found = qv___AtomicCompareExchange64( &thisObj->unique, unique, qv::uniqueOfThisRun( drawn ) );
 
-    if( unique == QV___UNIQUE_INVALID )
+    if( found == unique )
         return drawn;
 
     // Another thread was faster.
     qv___UniquePut( drawn );
-    return unique;
+    return qv::uniqueNumber( found );
 }
 
 QV_INT qv___ObjDbgObjectSize( QV_OBJ *thisObj )

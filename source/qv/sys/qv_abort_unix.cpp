@@ -266,7 +266,11 @@ void qv::enterAbort()
 
     setAction( SIGALRM, timeIsUp );
     setMask( SIG_UNBLOCK, SIGALRM );
-    setMask( SIG_BLOCK, SIGPIPE ); // a reader of the error stream who is gone does not keep the file from being written
+
+    // A reader of the error stream who is gone does not keep the file from being written, nor a file that may not grow
+    // the error stream.
+    setMask( SIG_BLOCK, SIGPIPE );
+    setMask( SIG_BLOCK, SIGXFSZ );
 }
 
 bool qv::attempt( int milliseconds, void ( *function )( void *context ), void *context )

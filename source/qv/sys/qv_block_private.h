@@ -22,6 +22,7 @@
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
 
+#include <stdint.h>
 #include <string.h>
 
 namespace qv
@@ -181,7 +182,7 @@ struct Block : Header
             takeFree( endOfContents(), bytePlace( memory ) + size() - endOfContents() );
         }
 
-        if( memory != homeMemory() )
+        if( !isHome() )
         {
             takeFree( homeMemory(), homeSize() );
             qvMemFree( memory );
@@ -323,7 +324,7 @@ struct Block : Header
         QV_INT    bytes = bytesOf( ends.front + length + ends.back );
 
         if( bytePlace( first ) - bytePlace( memory ) < bytesOf( ends.front ) || unitsBehind() < ends.back ||
-            ( size() / 2 > bytes && memory != homeMemory() ) )
+            ( size() / 2 > bytes && !isHome() ) )
         {
             reshape( 0, 0, ends );
             return;
@@ -361,6 +362,13 @@ struct Block : Header
         return static_cast< QV_INT >( sizes & ( ( 1 << HOME_BITS ) - 1 ) );
     }
 
+    /** True if an address is in what is allocated. What is read from there is gone when the block moves. */
+    bool holds( const void *place ) const
+    {
+        uintptr_t offset = reinterpret_cast< uintptr_t >( place ) - reinterpret_cast< uintptr_t >( memory );
+        return offset < static_cast< uintptr_t >( size() );
+    }
+
     /** Looks whether what is declared is there, in builds with assertions. */
     void check() const
     {
@@ -374,7 +382,7 @@ struct Block : Header
         QV_CHECK( bytePlace( first ) - bytesOf( fspace ) >= start );
         QV_CHECK( bytePlace( first ) + bytesOf( length + bspace ) <= start + size() );
         QV_CHECK( this->dbgAllocationSize == bytesOf( fspace + length + bspace ) );
-        QV_CHECK( memory == homeMemory() || size() / 2 <= this->dbgAllocationSize );
+        QV_CHECK( isHome() || size() / 2 <= this->dbgAllocationSize );
 #endif
     }
 
@@ -413,6 +421,12 @@ private:
     Unit *homeMemory() const
     {
         return reinterpret_cast< Unit * >( const_cast< Block * >( this ) + 1 );
+    }
+
+    // An allocation may happen to follow an object without memory of its own.
+    bool isHome() const
+    {
+        return home() > 0 && memory == homeMemory();
     }
 
     QV_INT homeSize() const

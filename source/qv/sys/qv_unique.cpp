@@ -33,6 +33,8 @@ void enlarge()
 }
 } // namespace
 
+QV_INT qv::uniqueRun = 0;
+
 void qv___UniqueStartup( void )
 {
     uniLock = qv___LockCreate();
@@ -41,6 +43,8 @@ void qv___UniqueStartup( void )
 
 void qv___UniqueShutdown( void )
 {
+    qv___AtomicStore64( &qv::uniqueRun, ( qv::uniqueRun + 1 ) % 32768 );
+
     qv___LockDestroy( uniLock );
     uniLock = nullptr;
 
