@@ -88,6 +88,7 @@ TEST( Misuse, IsReported )
         { [] { qvToolSwitchRunTool( qvToolSwitchCreate(), nullptr, nullptr ); }, "argv" },
         { [] { qvOptSeqNext( qvOptSeqCreate( qvOptDefCreate(), qvVectorCreate() ) ); }, "length" },
         { [] { qvOptDefFlags( qvOptDefCreate(), -1 ); }, "optId >= 0" },
-        { [] { qvOptDefLongOpt( qvOptDefCreate(), text( "" ), QV_TRUE, nullptr ); }, "qvStringLength( optString ) > 0" },
+        { [] { qvOptDefLongOpt( qvOptDefCreate(), text( "" ), QV_TRUE, nullptr ); },
+          "qvStringLength( optString ) > 0" },
     } );
 }

@@ -169,7 +169,6 @@ TEST( Time, ShiftsAtTheEdges )
         { "2024-2-29", qvTimeShiftYears, 1, "2025-03-01 00:00:00" },
         { "2096-2-29 1:2:3", qvTimeShiftYears, 4, "2100-03-01 01:02:03" },
         { "2024-1-31", qvTimeShiftMonths, 1, "2024-03-01 00:00:00" },
-        { "2024-1-31", qvTimeShiftMonths, -2, "2023-12-01 00:00:00" },
         { "2024-1-15", qvTimeShiftMonths, -25, "2021-12-15 00:00:00" },
     };
 
@@ -258,7 +257,6 @@ TEST( Time, ReadsTexts )
         { "9223372036854775808", nullptr },
         { "2024-1-32", nullptr },
         { "2023-02-29", nullptr },
-        { "2024 1:60", nullptr },
         { "2024 1:1:62", nullptr },
         { "2024-01-01 (Tuesday)", nullptr },
         { "2024-01-01 (Monday", nullptr },

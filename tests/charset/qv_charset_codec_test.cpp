@@ -100,7 +100,8 @@ Encoded encode( QV_INT charset, const std::u32string &values, QV_INT flags = 0, 
 // held against models elsewhere.
 TEST( Codec, EveryKernelGivesTheSame )
 {
-    const char32_t FIRST[] = { 0, 0x80, 0x800, 0x10000, 0x110000 }, LAST[] = { 0x7F, 0x7FF, 0xFFFF, 0x10FFFF, 0xFFFFFFFF };
+    const uint32_t FIRST[] = { 0, 0x80, 0x800, 0x10000, 0x110000 };
+    const uint32_t LAST[]  = { 0x7F, 0x7FF, 0xFFFF, 0x10FFFF, 0xFFFFFFFF };
     std::mt19937   random( 8 );
 
     for( int round = 0; round < 500; round++ )
@@ -110,7 +111,8 @@ TEST( Codec, EveryKernelGivesTheSame )
         QV_INT         flags = random() % 16, piece = 1 + random() % ( random() % 2 ? 20 : 1500 );
 
         for( unsigned runs = random() % 12; runs > 0; runs-- )
-            for( unsigned kind = random() % ( round % 3 ? 4 : 5 ), count = random() % ( random() % 4 ? 20 : 700 ); count > 0; count-- )
+            for( unsigned kind = random() % ( round % 3 ? 4 : 5 ), count = random() % ( random() % 4 ? 20 : 700 ); count > 0;
+                 count-- )
             {
                 values += std::uniform_int_distribution< uint32_t >( FIRST[kind], LAST[kind] )( random );
                 from += round % 2 && random() % 50 == 0 ? std::string( 1, static_cast< char >( random() ) )

@@ -71,8 +71,7 @@ TEST( Charset, ChosenNamesOfChosenCharsets )
     } CASES[] = {
         { QV_CHARSET_ISO_8859_1, 28591, "QV_CHARSET_ISO_8859_1", "ISO-8859-1", { "LATIN1", "ISO_8859-1:1987" } },
         { QV_CHARSET_UTF_8, 65001, "QV_CHARSET_UTF_8", "UTF-8", { "utf-8", "Utf-8", "65001" } },
-        { QV_CHARSET_UTF_16_BE, 1201, "QV_CHARSET_UTF_16_BE", "UTF-16BE", { "csUnicode" } },
-        { QV_CHARSET_UTF_32_BE, -1, "QV_CHARSET_UTF_32_BE", "UTF-32BE", { "ISO-10646-UCS-4" } } };
+        { QV_CHARSET_UTF_16_BE, 1201, "QV_CHARSET_UTF_16_BE", "UTF-16BE", { "csUnicode" } } };
 
     for( const auto &c : CASES )
     {
