@@ -29,7 +29,7 @@
     move some hundreds of entries at most, whatever the length and the order, and cost the logarithm besides; at
     either end they move none. Reading by index costs the logarithm too, and one retain. An operation on sets costs a
     search for each entry of the smaller Dict, or a walk through both where they are of like length; and a copy where
-    the one that changes is shared. Up to 512 entries a Dict is one block, which grows by a half; what is declared for
+    the one that changes is shared. Up to 1,024 entries a Dict is one block, which grows by a half; what is declared for
     it grows by 32 entries at a time and shrinks when more than 64 are free.
 
     Threads. Any thread may read a Dict, also one that others hold; compare functions run in the thread that searches.

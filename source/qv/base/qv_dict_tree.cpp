@@ -21,6 +21,9 @@ const int32_t FEW  = qv::FEW_IN_DICT_RUN;
 // Runs of what is made in one go, or joined, are not so full that the next item splits them.
 const int32_t JOINED = 384;
 
+// Places from which on a run is extended.
+const int32_t EXTENDED = 64;
+
 // Items that a new run at an end of the Dict gets from the full one before it. So many must go and come again until it
 // is made again: that costs a walk through all counts.
 const int32_t AT_END = 32;
@@ -97,7 +100,8 @@ void spread( Run *&run, int32_t size, int32_t front )
         return;
     }
 
-    if( front == run->front && size > run->size )
+    // Small blocks that grow where they are would keep the heap from being used anew where documents come and go.
+    if( front == run->front && size > run->size && run->size >= EXTENDED )
     {
         extendRun( run, size );
         return;
@@ -113,11 +117,11 @@ void spread( Run *&run, int32_t size, int32_t front )
     run = other;
 }
 
-// The size with which a run has room for more: half as large again, a small one up to three times as large, for items no
+// The size with which a run has room for more: half as large again, a small one more than twice as large, for items no
 // larger than they can fill.
 int32_t grownSize( int32_t length )
 {
-    int32_t size = length + std::max( length / 2, std::min( 2 * length, 16 ) ) + 1;
+    int32_t size = length + std::max( length / 2, std::min( length, 16 ) ) + 3;
     return length < FULL ? std::min( size, FULL ) : length < ONLY ? std::min( size, ONLY ) : size;
 }
 
