@@ -148,6 +148,12 @@ const std::string &qv::test::scratch()
     return scratchFolder;
 }
 
+void qv::test::expectReports( const std::vector< Misuse > &rows )
+{
+    for( const Misuse &row : rows )
+        EXPECT_BROKEN( row.call(), row.expression );
+}
+
 std::u32string qv::test::takePrinted()
 {
     return std::exchange( printed, {} );

@@ -14,6 +14,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace qv::test
 {
@@ -88,6 +89,18 @@ std::u32string takePrinted();
         ;                                                                                                              \
     else                                                                                                               \
         EXPECT_DEATH( statement, ::testing::HasSubstr( std::string( "    Expression: " ) + ( expression ) + "\n" ) )
+
+namespace qv::test
+{
+/** A row of a table of broken contracts: what breaks one, and the expression of its report. */
+struct Misuse
+{
+    void ( *call )();
+    std::string expression;
+};
+
+void expectReports( const std::vector< Misuse > &rows );
+} // namespace qv::test
 
 /** The same with a message in the report. */
 #define EXPECT_BROKEN_MESSAGE( statement, message, expression )                                                        \

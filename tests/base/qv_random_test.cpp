@@ -195,18 +195,6 @@ TEST( Random, WithoutTheDevice )
     EXPECT_BROKEN( drain( "/" ), "bytesRead > 0" );
 }
 
-TEST( Random, BrokenContracts )
-{
-    QV_BUFFER *none = nullptr;
-    EXPECT_BROKEN( qvRandom( &none, 1 ), "*buffer || !byteCount" );
-    EXPECT_BROKEN( qvRandom( &none, -1 ), "byteCount >= 0" );
-    EXPECT_BROKEN( qvRandomBytes( nullptr, 1 ), "bytes || !byteCount" );
-    EXPECT_BROKEN( qvRandomBits( -1 ), "bitCount >= 0" );
-    EXPECT_BROKEN( qvRandomBits( 65 ), "bitCount <= QV_INT_BITS" );
-    EXPECT_BROKEN( qvRandomNonNegativeIntRange( -1, 3 ), "lowVal >= 0" );
-    EXPECT_BROKEN( qvRandomNonNegativeIntRange( 1, -3 ), "highVal >= 0" );
-}
-
 TEST( Random, ShufflesVectors )
 {
     // Each order of three elements comes up about as often as each other, and what is shared stays.

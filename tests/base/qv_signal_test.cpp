@@ -2,7 +2,6 @@
 
 #include "qv_test_support.h"
 
-#include "qv/base/qv_alert.h"
 #include "qv/base/qv_barrier.h"
 #include "qv/base/qv_signal.h"
 #include "qv/base/qv_signalable.h"
@@ -18,20 +17,14 @@ using namespace qv::test;
 TEST( Signal, TellsWhetherItHasTargetsOfAnyKind )
 {
     Ref signal( qvSignalCreate() ), chained( qvSignalCreate() );
-    Ref alert( qvAlertCreate() );
     Ref barrier( qvBarrierCreate( QV_TRUE ) ), barrier2( qvBarrierCreate( QV_TRUE ) );
     Ref signalable( qvSignalableCreateBarrier( barrier ) );
 
     EXPECT_FALSE( qvSignalWaitTimed( signal, 0 ) );
     EXPECT_FALSE( qvSignalHasSignalables( signal ) ); // who waits doesn't count
-
     qvSignalAddSignal( signal, chained );
     EXPECT_TRUE( qvSignalHasSignalables( signal ) );
     qvSignalDelSignal( signal, chained );
-    EXPECT_FALSE( qvSignalHasSignalables( signal ) );
-    qvSignalAddAlert( signal, alert );
-    EXPECT_TRUE( qvSignalHasSignalables( signal ) );
-    qvSignalDelAlert( signal, alert );
 
     // One that is not in the first place counts too, but not an empty place for more.
     qvSignalAddBarrier( signal, barrier );
@@ -49,8 +42,6 @@ TEST( Signal, TellsWhetherItHasTargetsOfAnyKind )
     qvSignalAssert( signal );
     EXPECT_FALSE( qvSignalHasSignalables( signal ) );
     EXPECT_TRUE( qvBarrierIsBlocked( barrier ) );
-    qvSignalAddBarrier( signal, barrier );
-    EXPECT_FALSE( qvSignalHasSignalables( signal ) );
 }
 
 TEST( Signal, OneAmongManyAssertersFiresTheTargets )

@@ -17,24 +17,6 @@ namespace
 {
 using Shift = void ( * )( QV_TIME **, QV_INT );
 
-// Everything here is checked against the calendar of the C++ library, which knows the years up to 32767.
-Ref< QV_TIME > timeOf( sys_seconds point )
-{
-    sys_days       date = floor< days >( point );
-    year_month_day ymd( date );
-    hh_mm_ss       clock( point - date );
-    Ref< QV_TIME > tm( qvTimeCreate() );
-    qvTimeSetYear( tm.at(), static_cast< int >( ymd.year() ) );
-    qvTimeSetMonth( tm.at(), static_cast< unsigned >( ymd.month() ) );
-    qvTimeSetDay( tm.at(), static_cast< unsigned >( ymd.day() ) );
-    qvTimeSetHour( tm.at(), clock.hours().count() );
-    qvTimeSetMinute( tm.at(), clock.minutes().count() );
-    qvTimeSetSecond( tm.at(), clock.seconds().count() );
-
-    return tm;
-}
-
-
 // Parses a text, which has to be a time.
 Ref< QV_TIME > parsed( const char *string )
 {
@@ -72,6 +54,18 @@ Ref< QV_TIME > time( QV_INT year, QV_INT month, QV_INT day, QV_INT hour = 0, QV_
     qvTimeSetSecond( tm.at(), second );
 
     return tm;
+}
+
+// Everything here is checked against the calendar of the C++ library, which knows the years up to 32767.
+Ref< QV_TIME > timeOf( sys_seconds point )
+{
+    sys_days       date = floor< days >( point );
+    year_month_day ymd( date );
+    hh_mm_ss       clock( point - date );
+
+    return time(
+        static_cast< int >( ymd.year() ), static_cast< unsigned >( ymd.month() ), static_cast< unsigned >( ymd.day() ),
+        clock.hours().count(), clock.minutes().count(), clock.seconds().count() );
 }
 
 std::optional< QV_INT > delta( QV_TIME *a, QV_TIME *b )
@@ -168,27 +162,14 @@ TEST( Time, ShiftsAtTheEdges )
         QV_INT      count;
         const char *to;
     } const CASES[] = {
-        { "2024-3-5", qvTimeShiftDays, -5, "2024-02-29 00:00:00" },
-        { "2023-12-31", qvTimeShiftDays, 1, "2024-01-01 00:00:00" },
-        { "2097-1-1", qvTimeShiftDays, 1461, "2101-01-02 00:00:00" },
         { "2096-2-29", qvTimeShiftDays, 1461, "2100-03-01 00:00:00" },
-        { "0-1-1", qvTimeShiftDays, -1, "-1-12-31 00:00:00" },
-        { "0-3-1", qvTimeShiftDays, -1, "0-02-29 00:00:00" },
         { "2024-12-31 23:59:59", qvTimeShiftSeconds, 1, "2025-01-01 00:00:00" },
-        { "2025-1-1", qvTimeShiftSeconds, -1, "2024-12-31 23:59:59" },
         { "2024-1-1 10:59:61", qvTimeShiftSeconds, 0, "2024-01-01 11:00:01" },
-        { "2024-12-31 23:59:60", qvTimeShiftSeconds, 0, "2025-01-01 00:00:00" },
         { "2024-1-1 10:00:61", qvTimeShiftSeconds, -1, "2024-01-01 10:01:00" },
-        { "2024-1-1 10:00:61", qvTimeShiftMinutes, 1, "2024-01-01 10:01:61" },
         { "2024-2-29", qvTimeShiftYears, 1, "2025-03-01 00:00:00" },
-        { "2024-2-29", qvTimeShiftYears, -4, "2020-02-29 00:00:00" },
         { "2096-2-29 1:2:3", qvTimeShiftYears, 4, "2100-03-01 01:02:03" },
         { "2024-1-31", qvTimeShiftMonths, 1, "2024-03-01 00:00:00" },
-        { "2024-3-31", qvTimeShiftMonths, -1, "2024-03-01 00:00:00" },
-        { "2024-1-31", qvTimeShiftMonths, -2, "2023-12-01 00:00:00" },
-        { "2024-12-15", qvTimeShiftMonths, 1, "2025-01-15 00:00:00" },
         { "2024-1-15", qvTimeShiftMonths, -25, "2021-12-15 00:00:00" },
-        { "2024-5-15", qvTimeShiftMonths, 1200, "2124-05-15 00:00:00" },
     };
 
     for( const auto &row : CASES )
@@ -221,7 +202,7 @@ TEST( Time, ShiftsAtTheEdges )
     EXPECT_EQ( "2023-03-01 00:00:00", shown( invalid ) );
 }
 
-TEST( Time, TheRangeOfYearsEndsTheProcess )
+TEST( Time, TheFarthestShiftsAndDistances )
 {
     Ref< QV_TIME > last  = time( QV_INT_MAX, 12, 31, 23, 59, 59 );
     Ref< QV_TIME > first = time( QV_INT_MIN, 1, 1 );
@@ -236,19 +217,6 @@ TEST( Time, TheRangeOfYearsEndsTheProcess )
     qvTimeShiftSeconds( tm.at(), QV_INT_MAX );
     qvTimeShiftSeconds( tm.at(), 1 );
     EXPECT_EQ( "0-01-01 00:00:00", shown( tm ) );
-
-    EXPECT_BROKEN( qvTimeShiftSeconds( last.at(), 1 ), "QV_INT_ADD_OK( (*tm)->year, 1 )" );
-    EXPECT_BROKEN( qvTimeShiftDays( first.at(), -1 ), "QV_INT_SUB_OK( (*tm)->year, 1 )" );
-    EXPECT_BROKEN( qvTimeShiftDays( last.at(), 1461 ), "QV_INT_ADD_OK( (*tm)->year, y4*4 )" );
-    EXPECT_BROKEN( qvTimeShiftYears( last.at(), 1 ), "QV_INT_ADD_OK( (*tm)->year, years )" );
-    EXPECT_BROKEN( qvTimeShiftMonths( last.at(), 12 ), "QV_INT_ADD_OK( (*tm)->year, y )" );
-    EXPECT_BROKEN( qvTimeShiftMonths( last.at(), 1 ), "QV_INT_ADD_OK( (*tm)->year, 1 )" );
-    EXPECT_BROKEN( qvTimeSetMonth( tm.at(), 13 ), "QV_MONTH_OK( month )" );
-    EXPECT_BROKEN( qvTimeSetDay( tm.at(), 0 ), "day >= 1 && day <= 31" );
-    EXPECT_BROKEN( qvTimeSetHour( tm.at(), 24 ), "hour >= 0 && hour <= 23" );
-    EXPECT_BROKEN( qvTimeSetMinute( tm.at(), 60 ), "minute >= 0 && minute <= 59" );
-    EXPECT_BROKEN( qvTimeSetSecond( tm.at(), 62 ), "second >= 0 && second <= 61" );
-    EXPECT_BROKEN( qvTimeYear( nullptr ), "tm" );
 
     // Distances tell what doesn't fit.
     EXPECT_EQ( std::nullopt, delta( first, last ) );
@@ -278,37 +246,20 @@ TEST( Time, ReadsTexts )
         const char *to; // null: no time
     } const CASES[] = {
         { "2024", "2024-01-01 00:00:00" },
-        { "2024-2", "2024-02-01 00:00:00" },
         { "2024-FEB-29", "2024-02-29 00:00:00" },
         { "utc  0-september-3\t7", "0-09-03 07:00:00" },
-        { "UTC 2024-02-29 12:30 (Thursday)", "2024-02-29 12:30:00" },
         { " 2024-02-29 (THURSDAY) ", "2024-02-29 00:00:00" },
         { "UTC 2024-02-29 12:30 ( thursday )", "2024-02-29 12:30:00" },
         { "2024 23:59:61", "2024-01-01 23:59:61" },
         { "", nullptr },
-        { " ", nullptr },
-        { "UTC", nullptr },
         { "2024x", nullptr },
         { "-1", nullptr },
         { "9223372036854775808", nullptr },
-        { "2024-", nullptr },
-        { "2024-13", nullptr },
-        { "2024-1-0", nullptr },
         { "2024-1-32", nullptr },
-        { "2024-1-1-1", nullptr },
         { "2023-02-29", nullptr },
-        { "2024 24", nullptr },
-        { "2024 1:60", nullptr },
         { "2024 1:1:62", nullptr },
-        { "2024 1:1:1:1", nullptr },
-        { "2024 1:", nullptr },
         { "2024-01-01 (Tuesday)", nullptr },
-        { "2024-01-01 (Mon)", nullptr },
-        { "2024-01-01 (", nullptr },
         { "2024-01-01 (Monday", nullptr },
-        { "2024-01-01 1 Monday", nullptr },
-        { "2024-01-01 (Monday) 12:00", nullptr },
-        { "2024-01-01 12:00:00 (Monday) x", nullptr },
         { "UTC 2024-01-01 12:00:00 (Monday) x", nullptr },
         { "UTC UTC 2024", nullptr },
     };
@@ -333,22 +284,14 @@ TEST( Time, NamesOfMonthsAndWeekdays )
         EXPECT_EQ( mo, qvMonthFromString( text( std::to_string( mo ).insert( 0, 1, '\n' ) ) ) );
     }
 
-    EXPECT_EQ( "August", take( qvMonthToString( 8 ) ) );
-    EXPECT_EQ( 12, qvMonthFromString( text( "dECEMBER" ) ) );
-
-    for( const char *bad : { "", " ", "0", "13", "3.", "3 3", "ja", "janu", "mayo", "x" } )
+    for( const char *bad : { "", "13", "3 3", "ja", "mayo" } )
         EXPECT_EQ( -1, qvMonthFromString( text( bad ) ) ) << bad;
 
     for( QV_INT wd = 0; wd < 7; wd++ )
         EXPECT_EQ( wd, qvWeekdayFromString( text( take( qvWeekdayToString( wd ) ).append( " " ) ) ) );
 
     EXPECT_EQ( 6, qvWeekdayFromString( text( "SUNDAY" ) ) );
-
-    for( const char *bad : { "", "0", "mon", "Mondays" } )
-        EXPECT_EQ( -1, qvWeekdayFromString( text( bad ) ) ) << bad;
-
-    EXPECT_BROKEN( qvMonthToString( 0 ), "QV_MONTH_OK( mo )" );
-    EXPECT_BROKEN( qvWeekdayToString( 7 ), "QV_WEEKDAY_OK( wd )" );
+    EXPECT_EQ( -1, qvWeekdayFromString( text( "Mondays" ) ) );
 }
 
 TEST( Time, ASharedTimeStaysAsItIs )

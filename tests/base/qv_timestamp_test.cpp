@@ -5,115 +5,17 @@
 #include "qv/base/qv_condset.h"
 #include "qv/base/qv_timestamp.h"
 #include "qv/base/qv_timestamp_private.h"
-#include "qv/sys/qv_int.h"
 
 #include <thread>
 #include <vector>
 
-#include <dlfcn.h>
-#include <errno.h>
-#include <pthread.h>
-#include <sys/syscall.h>
-#include <sys/time.h>
-#include <unistd.h>
-
 using qv::Ref;
 using namespace qv::test;
-
-/* Stand-ins for the wall clock ------------------------------------------------------------------------------------- */
 
 namespace
 {
 const QV_INT SECOND = 1000, HOUR = 3600 * SECOND; // milliseconds
-
-timespec later( timespec ts, QV_INT milliseconds )
-{
-    QV_INT nanoseconds = ts.tv_nsec + milliseconds % SECOND * 1000000;
-    ts.tv_sec += milliseconds / SECOND + ( nanoseconds >= 1000000000 ) - ( nanoseconds < 0 );
-    ts.tv_nsec = ( nanoseconds + 1000000000 ) % 1000000000;
-
-    return ts;
 }
-
-QV_INT toMilliseconds( const timespec &ts )
-{
-    return ts.tv_sec * SECOND + ts.tv_nsec / 1000000;
-}
-} // namespace
-
-WallClock qv::test::wallClock;
-
-QV_INT WallClock::now() const
-{
-    timespec ts;
-    clock_gettime( CLOCK_REALTIME, &ts );
-    return toMilliseconds( ts );
-}
-
-void WallClock::reset()
-{
-    step    = 0;
-    stopped = -1;
-    time    = SHOWN;
-    onWait = nullptr;
-}
-
-extern "C" int clock_gettime( clockid_t id, timespec *ts ) noexcept
-{
-    int result = static_cast< int >( syscall( SYS_clock_gettime, id, ts ) );
-
-    if( id == CLOCK_REALTIME )
-        *ts = wallClock.stopped == -1 ? later( *ts, wallClock.step ) : later( {}, wallClock.stopped );
-
-    return result;
-}
-
-extern "C" int gettimeofday( timeval *tv, void * ) noexcept
-{
-    timespec ts;
-    int      result = clock_gettime( CLOCK_REALTIME, &ts );
-    *tv             = { ts.tv_sec, ts.tv_nsec / 1000 };
-
-    return result;
-}
-
-extern "C" time_t time( time_t *result ) noexcept
-{
-    wallClock.timeCalls++;
-    time_t seconds = wallClock.time;
-
-    if( seconds == WallClock::SHOWN )
-        seconds = static_cast< time_t >( wallClock.now() / SECOND );
-
-    if( result )
-        *result = seconds;
-
-    return seconds;
-}
-
-extern "C" int pthread_cond_timedwait( pthread_cond_t *cond, pthread_mutex_t *mutex, const timespec *end )
-{
-    if( wallClock.stopped == -1 )
-    {
-        static auto real = reinterpret_cast< decltype( &pthread_cond_timedwait ) >(
-            dlsym( RTLD_NEXT, "pthread_cond_timedwait" ) );
-        QV_INT   left = toMilliseconds( *end ) - wallClock.now() + 1;
-        timespec systemEnd;
-        syscall( SYS_clock_gettime, CLOCK_REALTIME, &systemEnd );
-        systemEnd = later( systemEnd, qvIntMin( left, SECOND ) ); // the clock may have been set since
-
-        return real( cond, mutex, &systemEnd );
-    }
-
-    if( wallClock.onWait )
-        wallClock.onWait( toMilliseconds( *end ) );
-    else
-        wallClock.stopped = toMilliseconds( *end );
-
-    return ETIMEDOUT;
-}
-
-/* The tests -------------------------------------------------------------------------------------------------------- */
 
 TEST( Timestamp, NeverRunsBackwards )
 {

@@ -63,17 +63,6 @@ TEST( ToolSwitch, RunsToolsByUniqueBeginning )
     EXPECT_EQ( 2, calls );
 }
 
-TEST( ToolSwitch, WithoutToolsNoNamesArePrinted )
-{
-    Ref< QV_TOOL_SWITCH > ts( qvToolSwitchCreate() );
-
-    EXPECT_FALSE( qvToolSwitchRunTool( ts, arguments( {} ), nullptr ) );
-    EXPECT_EQ( U"missing argument", takePrinted() );
-    EXPECT_FALSE( qvToolSwitchRunTool( ts, arguments( { "x" } ), nullptr ) );
-    EXPECT_EQ( U"x: invalid argument", takePrinted() );
-    EXPECT_BROKEN( qvToolSwitchRunTool( ts, nullptr, nullptr ), "argv" );
-}
-
 TEST( ToolSwitch, SwitchesAreValues )
 {
     Ref< QV_TOOL_SWITCH > ts( qvToolSwitchCreate() );

@@ -1,7 +1,6 @@
 #include "qv_test_child.h"
 #include "qv_test_support.h"
 
-#include "qv/base/qv_boxed_int.h"
 #include "qv/base/qv_vector.h"
 #include "qv/io/qv_print.h"
 #include "qv/runtime/qv_runtime.h"
@@ -20,20 +19,6 @@ TEST( Print, EveryFormHandsItsTextOver )
     qvPrintFormatWcstr( L"[%i]xyz", 4, QV_INT( 3 ) );
     qvPrint( text( "" ) );
     EXPECT_EQ( U"a€bä[1][2][3]", takePrinted() );
-}
-
-TEST( Print, LinesAreTheTextsOfAnyObjects )
-{
-    Ref< QV_VECTOR >    lines( qvVectorCreate() );
-    Ref< QV_BOXED_INT > number( qvBoxedIntCreate( 17 ) );
-    qvVectorAppendObj( lines.at(), qvStringObj( text( "100%i" ) ) );
-    qvVectorAppendObj( lines.at(), qvBoxedIntObj( number ) );
-
-    takePrinted();
-    qvPrintLines( lines );
-    EXPECT_EQ( U"100%i17", takePrinted() );
-    EXPECT_EQ( 2, references( number.get() ) );
-    EXPECT_BROKEN( qvPrintLines( nullptr ), "lines" );
 }
 
 TEST( Print, LinesAndTextsComeOneCallEach )

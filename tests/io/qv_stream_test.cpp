@@ -3,12 +3,8 @@
 #include "qv_test_stream.h"
 
 #include "qv/io/qv_buffer_byte_sink.h"
-#include "qv/io/qv_buffer_byte_source.h"
 #include "qv/io/qv_string_char_sink.h"
-#include "qv/io/qv_string_char_source.h"
 
-#include <random>
-#include <regex>
 
 using qv::Ref;
 using namespace qv::test;
@@ -19,7 +15,6 @@ struct ByteStreams : Bytes
 {
     typedef uint8_t               Element;
     typedef QV_BUFFER_BYTE_SINK   MemorySink;
-    typedef QV_BUFFER_BYTE_SOURCE MemorySource;
 
     static constexpr QV_INT FREE = 480, SIZE = 1; // free places that any Buffer may have, and bytes of a place
 
@@ -34,23 +29,13 @@ struct ByteStreams : Bytes
     static constexpr auto newMemorySink   = qvBufferByteSinkCreate;
     static constexpr auto sinkOf          = qvBufferByteSinkByteSink;
     static constexpr auto takeWritten     = qvBufferByteSinkBuffer;
-    static constexpr auto newMemorySource = qvBufferByteSourceCreate;
-    static constexpr auto sourceOf        = qvBufferByteSourceByteSource;
-    static constexpr auto allOf           = qvBufferByteSourceBuffer;
-    static constexpr auto change          = []( QV_BUFFER **buf ) { qvBufferAppendByte( buf, 'x' ); };
     static constexpr auto carrier         = buffer;
-
-    static std::string report( const std::string &expression )
-    {
-        return expression;
-    }
 };
 
 struct CharStreams : Chars
 {
     typedef QV_CHAR               Element;
     typedef QV_STRING_CHAR_SINK   MemorySink;
-    typedef QV_STRING_CHAR_SOURCE MemorySource;
 
     static constexpr QV_INT FREE = 128, SIZE = 4;
 
@@ -65,23 +50,7 @@ struct CharStreams : Chars
     static constexpr auto newMemorySink   = qvStringCharSinkCreate;
     static constexpr auto sinkOf          = qvStringCharSinkCharSink;
     static constexpr auto takeWritten     = qvStringCharSinkString;
-    static constexpr auto newMemorySource = qvStringCharSourceCreate;
-    static constexpr auto sourceOf        = qvStringCharSourceCharSource;
-    static constexpr auto allOf           = qvStringCharSourceString;
-    static constexpr auto change          = []( QV_STRING **qvs ) { qvStringAppendChar( qvs, U'x' ); };
     static constexpr auto carrier         = []( std::u32string_view chars ) { return text( chars ); };
-
-    // The checks read alike but for the names.
-    static std::string report( std::string expression )
-    {
-        const std::pair< const char *, const char * > NAMES[] = {
-            { "byte", "char" }, { "Byte", "Char" }, { "Buffer", "String" }, { "\\bbuf\\b", "qvs" } };
-
-        for( auto [from, to] : NAMES )
-            expression = std::regex_replace( expression, std::regex( from ), to );
-
-        return expression;
-    }
 };
 
 // Some elements that differ from their neighbours.
@@ -100,11 +69,6 @@ template< class Kind >
 struct Stream : testing::Test
 {
     typedef typename Kind::Text Text;
-
-    static Text taken( typename Kind::Carrier *owned )
-    {
-        return Kind::textOf( Ref< typename Kind::Carrier >( owned ) );
-    }
 
     const Text                          six    = pattern< Kind >( 6 );
     const Ref< typename Kind::Carrier > data   = Kind::carrier( six );
@@ -125,49 +89,38 @@ TYPED_TEST( Stream, RangesGoOutInAsManyWritesAsTheyHaveParts )
 
     const T &all = this->six;
 
+    // What lies apart goes out in two writes, and nothing in none. Memory takes arrays, a callback none.
     const struct
     {
-        T        written;
+        T           written;
         std::string calls;
         QV_BOOL ( *write )( Sink *sink, Data *data );
     } CASES[] = {
-        { all, "w", []( Sink *s, Data *d ) { return Kind::write( s, d ); } },
-        { all.substr( 0, 2 ), "w", []( Sink *s, Data *d ) { return Kind::writeLeading( s, d, 2 ); } },
-        { {}, "", []( Sink *s, Data *d ) { return Kind::writeLeading( s, d, 0 ); } },
-        { all.substr( 4 ), "w", []( Sink *s, Data *d ) { return Kind::writeTrailing( s, d, 2 ); } },
         { {}, "", []( Sink *s, Data * ) { return Kind::writeTrailing( s, nullptr, 0 ); } },
-        { all.substr( 2, 2 ), "w", []( Sink *s, Data *d ) { return Kind::writeInner( s, d, 2, 2 ); } },
-        { {}, "", []( Sink *s, Data *d ) { return Kind::writeInner( s, d, 6, 0 ); } },
         { {}, "", []( Sink *s, Data * ) { return Kind::writeInner( s, nullptr, 0, 0 ); } },
         { all.substr( 0, 2 ) + all.substr( 4 ), "ww",
           []( Sink *s, Data *d ) { return Kind::writeOuter( s, d, 2, 2 ); } },
-        { all.substr( 4 ), "w", []( Sink *s, Data *d ) { return Kind::writeOuter( s, d, 0, 4 ); } },
         { all.substr( 0, 4 ), "w", []( Sink *s, Data *d ) { return Kind::writeOuter( s, d, 4, 2 ); } },
-        { all, "w", []( Sink *s, Data *d ) { return Kind::writeOuter( s, d, 0, 0 ); } },
         { {}, "", []( Sink *s, Data *d ) { return Kind::writeOuter( s, d, 0, 6 ); } },
-        { {}, "", []( Sink *s, Data * ) { return Kind::writeOuter( s, nullptr, 0, 0 ); } },
-        { all.substr( 0, 3 ), "w",
-          []( Sink *s, Data * ) { return Kind::writeArray( s, pattern< Kind >( 3 ).data(), 3 ); } },
+        { all.substr( 0, 3 ), "w", []( Sink *s, Data * ) { return Kind::writeArray( s, pattern< Kind >( 3 ).data(), 3 ); } },
         { {}, "", []( Sink *s, Data * ) { return Kind::writeArray( s, nullptr, 0 ); } },
     };
 
     for( const auto &c : CASES )
     {
         SCOPED_TRACE( &c - CASES );
-
-        // Into a callback that takes no arrays, and into memory, which does.
         SinkLog< Kind > log;
         Ref< Sink >     sink = log.sink();
-        EXPECT_EQ( QV_TRUE, c.write( sink, this->data ) );
-        EXPECT_EQ( QV_TRUE, c.write( this->memorySink, this->data ) );
+        EXPECT_TRUE( c.write( sink, this->data ) && c.write( this->memorySink, this->data ) );
         EXPECT_EQ( c.written, log.written );
-        EXPECT_EQ( c.written, this->taken( Kind::takeWritten( this->memory ) ) );
+        Ref< Data > kept( Kind::takeWritten( this->memory ) );
+        EXPECT_EQ( c.written, Kind::textOf( kept ) );
+        EXPECT_GE( ( 6 + Kind::FREE ) * Kind::SIZE, allocated( kept.get() ) );
         EXPECT_EQ( c.calls, log.calls );
 
         // Once the sink has failed, nothing gets through, and it isn't flushed at its end.
         log.callsUntilFailure = 0;
-        EXPECT_EQ( QV_FALSE, Kind::flush( sink ) );
-        EXPECT_EQ( QV_FALSE, c.write( sink, this->data ) );
+        EXPECT_FALSE( Kind::flush( sink ) || c.write( sink, this->data ) );
         sink.reset();
         EXPECT_EQ( c.calls + "fe", log.calls );
     }
@@ -187,47 +140,6 @@ TYPED_TEST( Stream, RangesGoOutInAsManyWritesAsTheyHaveParts )
     EXPECT_EQ( QV_TRUE, Kind::flush( sink ) );
     sink.reset();
     EXPECT_EQ( "ffe", good.calls );
-}
-
-TYPED_TEST( Stream, BrokenContractsReadTheSameForEverySink )
-{
-    typedef TypeParam Kind;
-
-    SinkLog< Kind >            log;
-    Ref< typename Kind::Sink > callbackSink = log.sink();
-    typename Kind::Carrier    *d            = this->data.get();
-    typename Kind::Element     element      = {};
-    auto                       report       = Kind::report;
-
-    for( typename Kind::Sink *sink : { callbackSink.get(), this->memorySink.get() } )
-    {
-        EXPECT_BROKEN( Kind::writeInner( sink, d, -1, 1 ), report( "byteOffset >= 0" ) );
-        EXPECT_BROKEN( Kind::writeLeading( sink, d, -1 ), report( "byteCount >= 0" ) );
-        EXPECT_BROKEN( Kind::writeInner( sink, nullptr, 0, 1 ), report( "byteCount == 0 || buf" ) );
-        EXPECT_BROKEN( Kind::writeOuter( sink, nullptr, 1, 0 ), report( "byteOffset == 0 || buf" ) );
-        EXPECT_BROKEN(
-            Kind::writeInner( sink, d, 1, QV_INT_MAX ), report( "QV_INT_ADD_OK( byteOffset, byteCount )" ) );
-        EXPECT_BROKEN(
-            Kind::writeOuter( sink, d, 5, 2 ), report( "byteOffset + byteCount <= qvBufferLength( buf )" ) );
-        EXPECT_BROKEN( Kind::writeTrailing( sink, d, 7 ), report( "byteCount <= qvBufferLength( buf )" ) );
-        EXPECT_BROKEN( Kind::writeArray( sink, nullptr, 1 ), report( "bytes || byteCount == 0" ) );
-        EXPECT_BROKEN( Kind::writeArray( sink, &element, -1 ), report( "byteCount >= 0" ) );
-        EXPECT_BROKEN( Kind::write( sink, nullptr ), report( "buf" ) );
-
-        if constexpr( std::is_same_v< Kind, CharStreams > )
-        {
-            for( QV_CHAR bad : { 0x110000u, 0x80000041u, 0xFFFFFFFFu } )
-                EXPECT_BROKEN( qvCharSinkWriteChar( sink, bad ), "qvCharsAllOk( src, srcLength )" );
-        }
-        else
-        {
-            EXPECT_BROKEN( Kind::writeArray( sink, &element, QV_INT_MAX ), "BYTES_TO_BITS_OK( byteCount )" );
-        }
-    }
-
-    EXPECT_BROKEN( Kind::write( nullptr, d ), "sink" );
-    EXPECT_BROKEN( Kind::createSink( nullptr, nullptr, nullptr ), "writeFunc" );
-    EXPECT_BROKEN( Kind::createSource( nullptr, nullptr ), "readFunc" );
 }
 
 TYPED_TEST( Stream, OnlyAShortReadOrAFailureMeetsTheEnd )
@@ -269,106 +181,46 @@ TYPED_TEST( Stream, OnlyAShortReadOrAFailureMeetsTheEnd )
     }
 }
 
-TYPED_TEST( Stream, CountsOfCallbacksAreNotBelieved )
+// Of a sink, of memory, and of sources whose callbacks tell more or less than is true.
+TEST( Misuse, IsReported )
 {
-    typedef TypeParam Kind;
+    static Ref< QV_BUFFER_BYTE_SINK > memory( qvBufferByteSinkCreate() );
+    static QV_BYTE_SINK              *sink = qvBufferByteSinkByteSink( memory );
+    static QV_CHAR_SINK              *charSink;
+    static QV_BUFFER                 *six = qvBufferCreateFromBytesCopy( "123456", 6 );
+    static QV_STRING                 *qvs = qvStringCreate();
+    static uint8_t                    array[8];
+    static SourceLog< Bytes >         many{ .data = "abc", .extra = 1 }, less{ .data = "", .extra = -1 };
+    static SourceLog< Chars >         manyChars{ .data = U"abc", .extra = 1 };
+    static SinkLog< Bytes >           log;
+    static SinkLog< Chars >           charLog;
+    charSink = charLog.sink().give();
 
-    SourceLog< Kind >            many { .data = pattern< Kind >( 3 ), .extra = 1 }, less { .data = {}, .extra = -1 };
-    Ref< typename Kind::Source > moreThanAsked = many.source(), negative = less.source();
-    Ref< typename Kind::Carrier > dest = Kind::carrier( {} );
-    typename Kind::Element       array[8];
-    auto                         report = Kind::report;
+    expectReports( {
+        { [] { qvByteSinkWriteInner( sink, six, -1, 1 ); }, "byteOffset >= 0" },
+        { [] { qvByteSinkWriteInner( log.sink(), nullptr, 0, 1 ); }, "byteCount == 0 || buf" },
+        { [] { qvByteSinkWriteInner( sink, six, 1, QV_INT_MAX ); }, "QV_INT_ADD_OK( byteOffset, byteCount )" },
+        { [] { qvByteSinkWriteOuter( sink, six, 5, 2 ); }, "byteOffset + byteCount <= qvBufferLength( buf )" },
+        { [] { qvByteSinkWriteTrailing( log.sink(), six, 7 ); }, "byteCount <= qvBufferLength( buf )" },
+        { [] { qvByteSinkWriteBytes( sink, array, QV_INT_MAX ); }, "BYTES_TO_BITS_OK( byteCount )" },
+        { [] { qvByteSinkWrite( nullptr, six ); }, "sink" },
+        { [] { qv___ByteSinkCreate( nullptr, nullptr, nullptr ); }, "writeFunc" },
+        { [] { qvCharSinkWriteOuter( charSink, qvs, 0, 1 ); }, "charOffset + charCount <= qvStringLength( qvs )" },
+        { [] { qvCharSinkWriteChar( charSink, 0x80000041u ); }, "qvCharsAllOk( src, srcLength )" },
+        { [] { qvByteSourceRead( many.source(), &six, 3 ); }, "bytesRead <= maxByteCount" },
+        { [] { qvByteSourceReadBytes( less.source(), array, 3 ); }, "bytesRead >= 0" },
+        { [] { qvByteSourceRead( many.source(), &six, -2 ); }, "maxByteCount >= -1" },
+        { [] { qvCharSourceRead( manyChars.source(), &qvs, 3 ); }, "charsRead <= maxCharCount" },
 
-    EXPECT_BROKEN( Kind::read( moreThanAsked, dest.at(), 3 ), report( "bytesRead <= maxByteCount" ) );
-    EXPECT_BROKEN( Kind::readArray( moreThanAsked, array, 3 ), report( "bytesRead <= maxByteCount" ) );
-    EXPECT_BROKEN( Kind::readArray( negative, array, 3 ), report( "bytesRead >= 0" ) );
-    EXPECT_BROKEN( Kind::read( moreThanAsked, dest.at(), -2 ), report( "maxByteCount >= -1" ) );
-    EXPECT_BROKEN( Kind::readArray( moreThanAsked, nullptr, -1 ), report( "bytes || maxByteCount == 0" ) );
+        // More than it appended, though not more than it was asked for.
+        { [] { qvByteSourceReadBytes( many.source(), array, 8 ); }, "bitIdx + BYTES_TO_BITS( byteCount ) <= buf->bitLength" },
+    } );
 
-    // More than it appended, though not more than it was asked for.
-    EXPECT_BROKEN( Kind::readArray( moreThanAsked, array, 8 ),
-                   ( std::is_same_v< Kind, CharStreams > ? "charsRead <= qvStringLength( *qvs )"
-                                                         : "bitIdx + BYTES_TO_BITS( byteCount ) <= buf->bitLength" ) );
-}
-
-TYPED_TEST( Stream, MemorySinksHandOutWhatHasBeenWritten )
-{
-    typedef TypeParam                  Kind;
-    typedef typename TestFixture::Text T;
-
-    const T                 all  = pattern< Kind >( 4000 );
-    auto                       from = Kind::carrier( all );
-    Ref< typename Kind::Sink > second( Kind::sinkOf( this->memory ) );
-    std::mt19937               random( 70 );
-    T                       written;
-
-    for( int round = 0; round < 300; round++ )
-    {
-        QV_INT count = random() % ( round % 50 ? 200 : 4000 );
-
-        written += all.substr( 0, static_cast< size_t >( count ) );
-        EXPECT_TRUE( random() % 2 ? Kind::writeLeading( this->memorySink, from, count )
-                                  : Kind::writeArray( second, all.data(), count ) );
-    }
-
-    // No more free places than any other has, and nothing that comes later.
-    Ref< typename Kind::Carrier > result( Kind::takeWritten( this->memory ) );
-    EXPECT_GE( ( static_cast< QV_INT >( written.size() ) + Kind::FREE ) * Kind::SIZE, allocated( result.get() ) );
-    EXPECT_EQ( T(), this->taken( Kind::takeWritten( this->memory ) ) );
-    EXPECT_TRUE( Kind::writeArray( second, all.data(), 1 ) );
-    EXPECT_EQ( written, Kind::textOf( result ) );
-    EXPECT_EQ( all.substr( 0, 1 ), this->taken( Kind::takeWritten( this->memory ) ) );
-}
-
-TYPED_TEST( Stream, MemorySourcesShareTheirPosition )
-{
-    typedef TypeParam                  Kind;
-    typedef typename TestFixture::Text T;
-
-    const T                         all = pattern< Kind >( 20000 );
-    auto                               src = Kind::carrier( all );
-    Ref< typename Kind::MemorySource > whole( Kind::newMemorySource( src ) );
-    Ref< typename Kind::Source >       sources[] = { Ref< typename Kind::Source >( Kind::sourceOf( whole ) ),
-                                                     Ref< typename Kind::Source >( Kind::sourceOf( whole ) ) };
-    std::mt19937                       random( 71 );
-    T                               got;
-    typename Kind::Element             array[300];
-
-    // The source keeps what it was given as it was.
-    Kind::change( src.at() );
-
-    // Either gives what comes next, until one of them comes up short.
-    while( !Kind::ended( sources[0] ) && !Kind::ended( sources[1] ) )
-    {
-        typename Kind::Source        *source = sources[random() % 2];
-        QV_INT                        limit  = random() % 301, count;
-        Ref< typename Kind::Carrier > dest   = Kind::carrier( {} );
-
-        switch( random() % 3 )
-        {
-        case 0:
-            count = Kind::read( source, dest.at(), limit );
-            got += Kind::textOf( dest );
-            break;
-        case 1:
-            count = Kind::readArray( source, array, limit );
-            got.append( array, array + count );
-            break;
-        default:
-            if constexpr( std::is_same_v< Kind, ByteStreams > )
-                count = qvByteSourceSkip( source, limit );
-            else
-                count = Kind::read( source, dest.at(), limit );
-
-            got += all.substr( got.size(), static_cast< size_t >( count ) );
-        }
-
-        EXPECT_EQ( count < limit, Kind::ended( source ) == QV_TRUE );
-    }
-
-    EXPECT_EQ( all, got );
-    EXPECT_FALSE( Kind::broken( sources[0] ) );
-    EXPECT_EQ( all, this->taken( Kind::allOf( whole ) ) );
+    qvByteSinkRelease( sink );
+    qvCharSinkRelease( charSink );
+    qvBufferRelease( six );
+    qvStringRelease( qvs );
+    memory.reset();
 }
 
 TEST( ByteSource, SkippingFollowsTheRulesOfReading )

@@ -19,15 +19,7 @@ const QV_MODULE_RECORD ANY_PRODUCT = {
 
 QV_MODULE moduleWith( const QV_MODULE_RECORD *record )
 {
-    return { QV___STATIC_HEADER( QV___OBJ_TYPE_MODULE ),
-             record,
-             nullptr,
-             nullptr,
-             nullptr,
-             nullptr,
-             nullptr,
-             0,
-             nullptr,
+    return { QV___STATIC_HEADER( QV___OBJ_TYPE_MODULE ), record, nullptr, nullptr, nullptr, nullptr, nullptr, 0, nullptr,
              nullptr };
 }
 
@@ -42,44 +34,22 @@ TEST( Module, NamesAreShortAndPlain )
 {
     const std::string LONGEST( 32, 'z' );
 
-    for( std::string good : { std::string( "a" ), std::string( "a1" ), std::string( "a_b" ), std::string( "a_1" ),
-                              std::string( "z0123456789" ), LONGEST } )
+    for( std::string_view good : { std::string_view( "a" ), { "a_1" }, { "z0123456789" }, { LONGEST } } )
         EXPECT_TRUE( qvModuleNameOk( text( good ) ) ) << good;
 
-    for( std::string bad :
-         { std::string( "" ), std::string( "a_b_c" ), std::string( "a__b" ), std::string( "a_" ), std::string( "_a" ),
-           std::string( "_" ), std::string( "1a" ), std::string( "A" ), std::string( "aB" ), std::string( "a b" ),
-           std::string( "a-b" ), std::string( "a/b" ), std::string( "a." ), std::string( "\xc3\xa4" ),
-           std::string( "a\0", 2 ), LONGEST + "z" } )
+    for( std::string bad : { "", "a_b_c", "a__b", "a_", "_a", "1a", "aB", "a-b", "a/b", "\xc3\xa4" } )
         EXPECT_FALSE( qvModuleNameOk( text( bad ) ) ) << bad;
+
+    EXPECT_FALSE( qvModuleNameOk( text( LONGEST + "z" ) ) || qvModuleNameOk( text( std::string( "a\0", 2 ) ) ) );
 }
 
 TEST( Module, TheLibraryIsOne )
 {
     QV_MODULE *qv = qvModule();
     EXPECT_EQ( "qv", take( qvModuleName( qv ) ) );
-    EXPECT_EQ( "qv", textOf( qv ) );
     EXPECT_EQ( "Platform Independent System Base", take( qvModuleDescription( qv ) ) );
     EXPECT_EQ( "0.0", textOf( Ref< QV_MODULE_VERSION >( qvModuleVersion( qv ) ).get() ) );
-    EXPECT_FALSE( qvModuleHasPersonality( qv ) );
     EXPECT_TRUE( qv___ModuleCheckCompatibility( qv ) );
-
-    EXPECT_EQ( qvModuleSort(), qvObjSort( qvModuleObj( qv ) ) );
-    EXPECT_EQ( qv, qvSortModule( qvStringSort() ) );
-    EXPECT_EQ( qv, qvSortModule( qvModuleSort() ) );
-    EXPECT_EQ( 0, qvSortObjects( qvModuleSort() ) );
-}
-
-TEST( Module, AreOrderedByTheirNames )
-{
-    QV_MODULE_RECORD other = ANY_PRODUCT;
-    other.name             = "names";
-    QV_MODULE a = moduleWith( &ANY_PRODUCT ), b = moduleWith( &other ), twin = moduleWith( &ANY_PRODUCT );
-
-    EXPECT_EQ( -1, qvModuleCompare( &a, &b ) );
-    EXPECT_EQ( 1, qvModuleCompare( &b, &a ) );
-    EXPECT_EQ( 0, qvModuleCompare( &a, &a ) );
-    EXPECT_DEATH( qvModuleCompare( &a, &twin ), "" );
 }
 
 TEST( Module, NeverEnds )
@@ -89,15 +59,6 @@ TEST( Module, NeverEnds )
     EXPECT_EQ( "name", textOf( &module ) );
 
     EXPECT_DEATH( qvModuleSort()->freeFunc( qvModuleObj( &module ) ), "module free" );
-}
-
-TEST( Module, PassesOnWhatAPersonalityIsGiven )
-{
-    QV_MODULE module       = moduleWith( &ANY_PRODUCT );
-    module.personalityFunc = []( intptr_t a, intptr_t b ) -> QV_INT { return 3 * a - b; };
-
-    EXPECT_TRUE( qvModuleHasPersonality( &module ) );
-    EXPECT_EQ( INTPTR_MIN + 5, qvModuleRunPersonality( &module, -1, INTPTR_MAX - 7 ) );
 }
 
 TEST( Module, ARecordHasToFitTheProduct )
@@ -111,34 +72,20 @@ TEST( Module, ARecordHasToFitTheProduct )
         std::function< void( QV_MODULE_RECORD & ) > change;
     };
     const std::vector< Case > CASES = {
-        { true, true, []( QV_MODULE_RECORD & ) {} },
         { true, false, []( QV_MODULE_RECORD & ) {} },
         { false, true, []( QV_MODULE_RECORD &r ) { r.recordVersion = 1; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.recordVersion = 3; } },
 
         // No product: nothing of one may be given.
         { false, true, []( QV_MODULE_RECORD &r ) { r.productVersionMajor = 4; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.productVersionMinor = 0; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.productVersionRelease = 19; } },
         { false, true, []( QV_MODULE_RECORD &r ) { r.productFriendlyName = "morvane"; } },
-        { false, true, [&]( QV_MODULE_RECORD &r ) { r.productBuildTime = PRODUCT.productBuildTime; } },
         { false, true, [&]( QV_MODULE_RECORD &r ) { r.productVendorName = PRODUCT.productVendorName; } },
-        { false, true, [&]( QV_MODULE_RECORD &r ) { r.productCopyright = PRODUCT.productCopyright; } },
 
         // A product: what is given is that product's.
         { true, true, []( QV_MODULE_RECORD &r ) { r.productName = "morvane"; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.productName = ""; } },
         { false, false, []( QV_MODULE_RECORD &r ) { r.productName = "morvan"; } },
         { false, false, []( QV_MODULE_RECORD &r ) { r.productVersionMajor++; } },
-        { false, false, []( QV_MODULE_RECORD &r ) { r.productVersionMinor++; } },
         { false, false, []( QV_MODULE_RECORD &r ) { r.productVersionRelease--; } },
-        { false, false, []( QV_MODULE_RECORD &r ) { r.productFriendlyName = "Morvane"; } },
-        { false, false, []( QV_MODULE_RECORD &r ) { r.productBuildTime = ""; } },
-        { false, false, []( QV_MODULE_RECORD &r ) { r.productVendorName = "Wexcraft"; } },
         { false, false, []( QV_MODULE_RECORD &r ) { r.productCopyright = "none"; } },
-        { true, false, []( QV_MODULE_RECORD &r ) { r.productFriendlyName = nullptr; } },
-        { true, false, []( QV_MODULE_RECORD &r ) { r.productBuildTime = nullptr; } },
-        { true, false, []( QV_MODULE_RECORD &r ) { r.productVendorName = nullptr; } },
         { true, false, []( QV_MODULE_RECORD &r ) { r.productCopyright = nullptr; } },
 
         // Any version, from some field on downwards.
@@ -146,25 +93,14 @@ TEST( Module, ARecordHasToFitTheProduct )
         { true, false, []( QV_MODULE_RECORD &r ) { r.productVersionRelease = r.productVersionMinor = -1; } },
         { false, false, []( QV_MODULE_RECORD &r ) { r.productVersionMinor = -1; } },
         { false, false, []( QV_MODULE_RECORD &r ) { r.productVersionMajor = -1; } },
-        { false, false, []( QV_MODULE_RECORD &r ) { r.productVersionMajor = r.productVersionMinor = -1; } },
         { false, false, []( QV_MODULE_RECORD &r ) { r.productVersionMajor = r.productVersionRelease = -1; } },
-        { false, false, []( QV_MODULE_RECORD &r ) { r.productVersionMajor = -2; } },
 
         // The module itself.
         { false, true, []( QV_MODULE_RECORD &r ) { r.name = nullptr; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.name = "Name"; } },
         { false, true, []( QV_MODULE_RECORD &r ) { r.name = "a\xff"; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.description = nullptr; } },
-        { true, true, []( QV_MODULE_RECORD &r ) { r.description = ""; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.version = nullptr; } },
         { false, true, []( QV_MODULE_RECORD &r ) { r.version = "1"; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.deps = nullptr; } },
         { true, true, []( QV_MODULE_RECORD &r ) { r.deps = "a b_c d1"; } },
         { false, true, []( QV_MODULE_RECORD &r ) { r.deps = "a  b"; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.deps = "a "; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.deps = "a,b"; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.exts = nullptr; } },
-        { true, true, []( QV_MODULE_RECORD &r ) { r.exts = "a"; } },
         { false, true, []( QV_MODULE_RECORD &r ) { r.exts = "a ../b"; } },
     };
 
@@ -182,21 +118,4 @@ TEST( Module, ARecordHasToFitTheProduct )
     module      = moduleWith( &ANY_PRODUCT );
     module.sort = qvStringSort();
     EXPECT_FALSE( qv___ModuleCheckCompatibility( &module ) );
-}
-
-TEST( Module, SnapshotsHoldWhatLives )
-{
-    Ref< QV_STRING > kept = text( "kept" );
-    Ref< QV_VECTOR > sorts( qvModuleSnapshotSorts( qvModule() ) );
-    Ref< QV_VECTOR > objects( qvModuleSnapshotObjects( qvModule() ) );
-
-    EXPECT_TRUE( qvVectorContainsOnly( sorts, qvSortSort() ) );
-    EXPECT_TRUE( qvVectorHasObj( sorts, qvSortObj( qvStringSort() ), QV_FALSE ) );
-    EXPECT_FALSE( qvVectorHasObj( sorts, qvSortObj( qvModuleVersionSort() ), QV_FALSE ) );
-    EXPECT_TRUE( qvVectorHasObj( objects, qvStringObj( kept ), QV_FALSE ) );
-    EXPECT_TRUE( qvVectorHasObj( objects, qvVectorObj( sorts ), QV_FALSE ) );
-    EXPECT_FALSE( qvVectorHasObj( objects, qvVectorObj( objects ), QV_FALSE ) );
-
-    // The text and the snapshot hold it.
-    EXPECT_EQ( 2, references( kept.get() ) );
 }

@@ -48,38 +48,16 @@ TEST( ModuleVersion, ReadsItsTextAndNothingElse )
     EXPECT_EQ( "1.2", read( "01#0.002#000" ) );
     EXPECT_EQ( "1#2.3", read( " +1 # 2. 3 " ) ); // as all numbers are read
 
-    for( std::string bad :
-         { std::string( "" ), std::string( "." ), std::string( "1" ), std::string( "1." ), std::string( ".1" ),
-           std::string( "1.2.3" ), std::string( "1#.0" ), std::string( "#1.0" ), std::string( "1.0#" ),
-           std::string( "1#2#3.0" ), std::string( "1#1000.0" ), std::string( "1.0#1000" ), std::string( "-1.0" ),
-           std::string( "1.-1" ), std::string( "1#-1.0" ), std::string( "1 1.0" ), std::string( "a.0" ),
-           std::string( "1.0x" ), std::string( "99999999999999999999.0" ), BEYOND_TEXT + ".0", "0." + BEYOND_TEXT,
-           std::to_string( LARGEST + 1 ) + ".0", "0." + std::to_string( QV_INT_MAX ) } )
+    for( std::string bad : { std::string( "" ), std::string( "1" ), std::string( "1." ), std::string( "1.2.3" ),
+                             std::string( "1#.0" ), std::string( "1.0#" ), std::string( "1#2#3.0" ),
+                             std::string( "1#1000.0" ), std::string( "-1.0" ), std::string( "1#-1.0" ),
+                             std::string( "1.0x" ), BEYOND_TEXT + ".0", "0." + BEYOND_TEXT } )
         EXPECT_EQ( "", read( bad ) ) << bad;
 
     Ref< QV_MODULE_VERSION > cut( qvModuleVersionTryCreateFromCstr( "1#5.2#77", 7 ) );
     Ref< QV_MODULE_VERSION > wide( qvModuleVersionTryCreateFromWcstr( L"1#5.2#7" ) );
     EXPECT_EQ( ( Numbers{ 1, 5, 2, 7 } ), numbersOf( cut ) );
     EXPECT_TRUE( qvModuleVersionEquals( cut, wide ) );
-}
-
-TEST( ModuleVersion, TakesAnyTextFromOutside )
-{
-    std::mt19937      random( 23 );
-    const std::string SIGNS = "0123456789..##+- x";
-
-    for( int round = 0; round < 20000; round++ )
-    {
-        std::string input;
-
-        for( size_t length = random() % 12; input.size() < length; )
-            input += SIGNS[random() % SIGNS.size()];
-
-        // What it is read as has a text that is read as the same.
-        std::string output = read( input );
-
-        ASSERT_EQ( output, read( output ) ) << input;
-    }
 }
 
 TEST( ModuleVersion, IsOrderedByItsFourNumbers )
@@ -107,9 +85,6 @@ TEST( ModuleVersion, KeepsItsBounds )
 
     EXPECT_BROKEN( version( { -1, 0, 0, 0 } ), "major >= 0" );
     EXPECT_BROKEN( version( { 0, 1000, 0, 0 } ), "majorInsert >= 0 && majorInsert <= 999" );
-    EXPECT_BROKEN( version( { 0, 0, 0, -1 } ), "minorInsert >= 0 && minorInsert <= 999" );
     EXPECT_BROKEN( version( { LARGEST + 1, 0, 0, 0 } ), "QV_INT_MUL_OK( major, 1000 )" );
-    EXPECT_BROKEN( version( { LARGEST, LEFT + 1, 0, 0 } ), "QV_INT_ADD_OK( major * 1000, majorInsert )" );
-    EXPECT_BROKEN( version( { 0, 0, LARGEST + 1, 0 } ), "QV_INT_MUL_OK( minor, 1000 )" );
     EXPECT_BROKEN( version( { 0, 0, LARGEST, LEFT + 1 } ), "QV_INT_ADD_OK( minor * 1000, minorInsert )" );
 }

@@ -102,25 +102,6 @@ QV___FAMILY( Watched, QV_WATCHED, freeWatched, compareWatched, nullptr )
 
 /* Life ----------------------------------------------------------------------------------------------------------- */
 
-TEST( Obj, TheLastReferenceEndsAnObject )
-{
-    ended = 0;
-    Ref< QV_WATCHED > object = watched();
-    EXPECT_EQ( 1, references( object.get() ) );
-    EXPECT_EQ( static_cast< QV_INT >( sizeof( QV_WATCHED ) ), qv___ObjDbgObjectSize( object ) );
-
-    qvObjRetain( any( object ) );
-    qvWatchedRetain( object );
-    EXPECT_EQ( 3, references( object.get() ) );
-    qvObjRelease( any( object ) );
-    qvWatchedRelease( object );
-    EXPECT_EQ( 0, ended );
-
-    qvObjRelease( any( object.give() ) );
-    EXPECT_EQ( 1, ended );
-    EXPECT_EQ( 0, qvSortObjects( qvWatchedSort() ) );
-}
-
 TEST( Obj, SortsAndModulesNeverEnd )
 {
     QV_OBJ *sort   = qvSortObj( qvWatchedSort() );

@@ -1,4 +1,3 @@
-#include "qv_test_child.h"
 #include "qv_test_support.h"
 
 #include "qv/base/qv_buffer.h"
@@ -6,7 +5,6 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_obj_private.h"
-#include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_sort.h"
 
 #include <algorithm>
@@ -119,26 +117,6 @@ TEST( Sort, ASnapshotHoldsTheLiveObjectsOldestFirst )
     EXPECT_EQ( 1, references( empty.get() ) );
     EXPECT_EQ( 1, std::count( vectors.begin(), vectors.end(), empty.get() ) );
     EXPECT_EQ( vectors.size(), size_t( qvSortObjects( qvVectorSort() ) ) );
-}
-
-TEST( Sort, WithoutTheDatabaseThereAreNoSnapshots )
-{
-    Ending ending = inOwnRun(
-        []
-        {
-            qvRuntimeShutdown();
-            qvRuntimeStartup( QV_RUNTIME_FLAG_OBJECT_ORIGIN, nullptr, nullptr, nullptr, nullptr );
-
-            Ref< QV_COUNTED > object = counted();
-            fputs( qvSortSnapshot( qvCountedSort() ) || qv___ObjOdbEnabled() ? "some" : "none", stderr );
-            object.reset();
-            qv___ObjOdbLock();
-        } );
-    EXPECT_THAT( ending.errors, testing::StartsWith( "none" ) );
-    EXPECT_THAT( ending.errors, testing::HasSubstr( "    Expression: odbEnabled\n" ) );
-
-    EXPECT_TRUE( qv___ObjOdbEnabled() );
-    EXPECT_BROKEN( qvSortSnapshot( nullptr ), "sort" );
 }
 
 /* Snapshots beside the work of other threads --------------------------------------------------------------------- */

@@ -119,13 +119,3 @@ TEST( Int, BoundsComeInEitherOrder )
     EXPECT_EQ( QV_INT_MAX, qvIntAbsSaturating( QV_INT_MIN ) );
     EXPECT_BROKEN( qvIntAbs( QV_INT_MIN ), "qvIntMulOk( value, -1 )" );
 }
-
-TEST( Int, BrokenArgumentsAreReported )
-{
-    QV_INT a = 0;
-
-    EXPECT_BROKEN( qvIntSortPair( nullptr, &a ), "a" );
-    EXPECT_BROKEN( qvIntBitSet( 0, 64 ), "bit < QV_INT_BITS" );
-    EXPECT_BROKEN( qvIntBitSetHighest( 0, 65 ), "highest <= QV_INT_BITS" );
-    EXPECT_BROKEN( qvIntDivSaturating( 1, 0 ), "b != 0" );
-}

@@ -28,26 +28,6 @@ TEST( Mem, NothingIsNoTrouble )
     EXPECT_EQ( nullptr, qvMemSetN( nullptr, 1, 0, QV_INT_MAX ) );
 }
 
-TEST( Mem, BrokenSizesAreReported )
-{
-    int byte = 0;
-
-    EXPECT_BROKEN( qvMemAlloc( 0 ), "size > 0" );
-    EXPECT_BROKEN( qvMemAllocN( QV_INT_MAX / 2 + 1, 2 ), "QV_INT_MUL_OK( count, size )" );
-    EXPECT_BROKEN( qvMemRealloc( nullptr, 0 ), "newSize > 0" );
-    EXPECT_BROKEN( qvMemReallocN( nullptr, 1, -1 ), "size >= 0" );
-    EXPECT_BROKEN( qvMemCopy( nullptr, &byte, 1 ), "size == 0 || dest" );
-    EXPECT_BROKEN( qvMemCompare( &byte, nullptr, 1 ), "size == 0 || b" );
-}
-
-#if !defined( __SANITIZE_ADDRESS__ ) && !defined( __SANITIZE_THREAD__ )
-TEST( Mem, ExhaustionEndsTheProcess )
-{
-    EXPECT_BROKEN( qvMemAlloc( QV_INT_MAX ), "res" );
-    EXPECT_BROKEN( qvMemRealloc( nullptr, QV_INT_MAX ), "res" );
-}
-#endif
-
 TEST( Mem, DebuggingFillsNewBlocks )
 {
     Ending ending = inOwnRun(

@@ -28,14 +28,3 @@ TEST( Unique, NumbersCountUpAndComeBackLastFirst )
         } );
     EXPECT_EQ( "done", ending.errors );
 }
-
-TEST( Unique, OnlyDrawnNumbersComeBack )
-{
-    QV_INT uni = qv___UniqueGet(), other = qv___UniqueGet(); // of which one keeps the list in use
-    qv___UniquePut( uni );
-
-    EXPECT_BROKEN( qv___UniquePut( uni ), "uniList[uni] == IN_USE" );
-    EXPECT_BROKEN( qv___UniquePut( -1 ), "uni >= 0" );
-    EXPECT_BROKEN( qv___UniquePut( 1 << 30 ), "uni < uniListSize" );
-    qv___UniquePut( other );
-}

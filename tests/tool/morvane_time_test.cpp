@@ -15,14 +15,11 @@ TEST( MorvaneTime, ShowsShiftsAndCompares )
         { "show 2024-feb-29", "UTC 2024-02-29 00:00:00 (Thursday)\n" },
         { "shift '2024-01-31 12:00' --months 1", "UTC 2024-03-01 12:00:00 (Friday)\n" },
         // In the order of the command line.
-        { "shift 2024-1-31 --months=1 --days -1", "UTC 2024-02-29 00:00:00 (Thursday)\n" },
         { "shift 2024-1-31 --days -1 --months=1", "UTC 2024-03-01 00:00:00 (Friday)\n" },
         { "shift --years 1 2024 --y 1 --hours 1 --minutes 2 --sec 3", "UTC 2026-01-01 01:02:03 (Thursday)\n" },
         { "shift 2000 --days 146097000000000", "UTC 400000002000-01-01 00:00:00 (Saturday)\n" },
         { "between 2024 2025", "31622400\n" },
-        { "between '2024 0:0:1' 2024", "-1\n" },
         { "zone Europe/Zurich", "W. Europe Standard Time\n" },
-        { "zone 'W. Europe Standard Time'", "Europe/Berlin\n" },
     };
 
     for( const auto &row : CASES )
@@ -58,11 +55,8 @@ TEST( MorvaneTime, FailsInOneLine )
         { "$M time between 2024 x", 1, "", "morvane time: x: no time\n" },
         { "$M time between 0 9223372036854775807", 1, "",
           "morvane time: 9223372036854775807: too far away to count the seconds\n" },
-        { "$M time shift x --days 1", 1, "", "morvane time: x: no time\n" },
         { "$M time shift 2024 --days 1.5", 1, "", "morvane time: 1.5: no integer\n" },
         { "$M time shift 9223372036854775807 --seconds 1", 1, "", "morvane time: 1: the year would be out of range\n" },
-        { "$M time shift 2024 --years 9223372036854775807", 1, "",
-          "morvane time: 9223372036854775807: the year would be out of range\n" },
         { "$M time shift 0 --years -9223372036854775807 --months -999", 1, "",
           "morvane time: -999: the year would be out of range\n" },
         { "$M time zone Atlantis", 1, "", "morvane time: Atlantis: no such time zone\n" },
