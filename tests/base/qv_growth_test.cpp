@@ -159,6 +159,7 @@ double steps( Work work, int kind, QV_INT n )
 }
 } // namespace
 
+// The runs of a Dict are not full yet with few entries; what is quadratic would cost a hundred times as much.
 TEST( Growth, TenTimesAsMuchCostsLittleMoreThanTenTimes )
 {
     const std::pair< const char *, void ( * )( int, QV_INT ) > WORKS[] = {
@@ -171,7 +172,7 @@ TEST( Growth, TenTimesAsMuchCostsLittleMoreThanTenTimes )
         for( int kind = 0; kind < KINDS; kind++ )
         {
             double few = steps( work, kind, 2000 ), many = steps( work, kind, 20000 );
-            EXPECT_LE( many, 18 * few ) << name << ", order " << kind << ": " << few << ", then " << many;
+            EXPECT_LE( many, 30 * few ) << name << ", order " << kind << ": " << few << ", then " << many;
         }
     }
 }
