@@ -51,8 +51,7 @@ double                seconds; // of the parts that count, of the work that runs
 double                peak;    // MiB, of the work that runs; 0 where nobody looks
 std::string           folder;  // empty until somebody needs it
 
-void enter(
-    const std::string &prefix, double target, bool isTimed, const Work &ours, const std::vector< Peer > &peers )
+void enter( const std::string &prefix, double target, bool isTimed, const Work &ours, const std::vector< Peer > &peers )
 {
     char targetText[16];
     std::snprintf( targetText, sizeof( targetText ), "%g", target );
@@ -134,7 +133,8 @@ std::vector< std::string > keys( size_t count )
     for( size_t i = 0; i < count; i++ )
     {
         char key[32];
-        std::snprintf( key, sizeof( key ), "key%05x%08x", static_cast< unsigned >( i ), static_cast< unsigned >( random() ) );
+        std::snprintf(
+            key, sizeof( key ), "key%05x%08x", static_cast< unsigned >( i ), static_cast< unsigned >( random() ) );
         result.emplace_back( key );
     }
 

@@ -44,12 +44,12 @@ const std::string &temporaryFolder();
 /** Text in one kind of language, the same for everybody. */
 struct Language
 {
-    const char    *name;
-    bool           isEnglish;
-    std::u32string text;   // of 32 KiB in UTF-8, about
-    std::string    utf8;
-    std::u16string utf16;
-    std::vector< std::u32string > strings;   // of 24 characters
+    const char                   *name;
+    bool                          isEnglish;
+    std::u32string                text; // of 32 KiB in UTF-8, about
+    std::string                   utf8;
+    std::u16string                utf16;
+    std::vector< std::u32string > strings; // of 24 characters
     std::vector< std::string >    utf8Strings;
 };
 

@@ -38,7 +38,7 @@ Sample *createSample( const char *set, QV_INT charset, const Language &language 
     const QV_CHAR *chars = qvStringBacking( text );
     const size_t   count = static_cast< size_t >( qvStringLength( text ) );
 
-    return new Sample { set, buffer, text, { bytes, count }, { chars, chars + count }, { chars, chars + count } };
+    return new Sample{ set, buffer, text, { bytes, count }, { chars, chars + count }, { chars, chars + count } };
 }
 
 uint64_t answer( size_t length, uint32_t letter )
@@ -73,8 +73,8 @@ std::vector< Peer > decodingPeers( const Sample *sample )
           [sample, toUcs4]
           {
               std::vector< char32_t > out( sample->bytes.size() );
-              size_t                  length = iconvConvert(
-                  toUcs4, sample->bytes.data(), sample->bytes.size(), out.data(), out.size() * 4 ) / 4;
+              size_t                  length =
+                  iconvConvert( toUcs4, sample->bytes.data(), sample->bytes.size(), out.data(), out.size() * 4 ) / 4;
               return answer( length, out[length - 2] );
           } },
 #ifdef BENCH_ICU
@@ -115,8 +115,8 @@ std::vector< Peer > encodingPeers( const Sample *sample )
           [sample, fromUcs4]
           {
               std::vector< uint8_t > out( sample->text.size() );
-              size_t                 length = iconvConvert(
-                  fromUcs4, sample->text.data(), sample->text.size() * 4, out.data(), out.size() );
+              size_t                 length =
+                  iconvConvert( fromUcs4, sample->text.data(), sample->text.size() * 4, out.data(), out.size() );
               return answer( length, out[length - 2] );
           } },
 #ifdef BENCH_ICU
@@ -136,7 +136,8 @@ std::vector< Peer > encodingPeers( const Sample *sample )
           [sample, codec]
           {
               const QString text = QString::fromRawData(
-                  reinterpret_cast< const QChar * >( sample->utf16.data() ), static_cast< int >( sample->utf16.size() ) );
+                  reinterpret_cast< const QChar * >( sample->utf16.data() ),
+                  static_cast< int >( sample->utf16.size() ) );
               QByteArray bytes = codec->fromUnicode( text );
               return answer(
                   static_cast< size_t >( bytes.size() ), static_cast< uint8_t >( bytes.at( bytes.size() - 2 ) ) );
@@ -154,28 +155,30 @@ void addSet( const char *set, QV_INT charset, const char *languageOfSet )
 
         const Sample *sample = createSample( set, charset, language );
 
-        add( set, "to String", language.name, 0.8,
-             [sample, charset]
-             {
-                 QV_STRING *text   = qvCharsetBufferToString( charset, sample->buffer );
-                 QV_INT     length = qvStringLength( text );
-                 uint64_t   result = answer( static_cast< size_t >( length ), qvStringCharAt( text, length - 2 ) );
-                 qvStringRelease( text );
-                 return result;
-             },
-             decodingPeers( sample ) );
+        add(
+            set, "to String", language.name, 0.8,
+            [sample, charset]
+            {
+                QV_STRING *text   = qvCharsetBufferToString( charset, sample->buffer );
+                QV_INT     length = qvStringLength( text );
+                uint64_t   result = answer( static_cast< size_t >( length ), qvStringCharAt( text, length - 2 ) );
+                qvStringRelease( text );
+                return result;
+            },
+            decodingPeers( sample ) );
 
-        add( set, "from String", language.name, 0.6,
-             [sample, charset]
-             {
-                 QV_BUFFER     *buffer = qvCharsetStringToBuffer( charset, sample->string );
-                 QV_INT         length = qvBufferLength( buffer );
-                 const uint8_t *bytes  = static_cast< const uint8_t * >( qvBufferBacking( buffer ) );
-                 uint64_t       result = answer( static_cast< size_t >( length ), bytes[length - 2] );
-                 qvBufferRelease( buffer );
-                 return result;
-             },
-             encodingPeers( sample ) );
+        add(
+            set, "from String", language.name, 0.6,
+            [sample, charset]
+            {
+                QV_BUFFER     *buffer = qvCharsetStringToBuffer( charset, sample->string );
+                QV_INT         length = qvBufferLength( buffer );
+                const uint8_t *bytes  = static_cast< const uint8_t * >( qvBufferBacking( buffer ) );
+                uint64_t       result = answer( static_cast< size_t >( length ), bytes[length - 2] );
+                qvBufferRelease( buffer );
+                return result;
+            },
+            encodingPeers( sample ) );
     }
 }
 } // namespace

@@ -66,8 +66,7 @@ void addLockCases()
 
              return uint64_t( COUNT );
          },
-         { { "pthread mutex",
-             []
+         { { "pthread mutex", []
              {
                  for( int i = 0; i < COUNT; i++ )
                  {
@@ -118,8 +117,7 @@ void addLockCases()
              qvBarrierRelease( back );
              return uint64_t( COUNT );
          },
-         { { "pthread condition variables",
-             []
+         { { "pthread condition variables", []
              {
                  PosixGate there, back;
 
@@ -187,34 +185,34 @@ uint64_t assertSignals( int targets )
 
 struct PosixEvent
 {
-    pthread_mutex_t mutex    = PTHREAD_MUTEX_INITIALIZER;
-    bool            asserted = false;
+    pthread_mutex_t mutex      = PTHREAD_MUTEX_INITIALIZER;
+    bool            asserted   = false;
     void ( *func )( QV_OBJ * ) = countFiring;
 };
 
 void addEventCases()
 {
-    addTimed( "signal", "assert with one target", "1000 signals", 2.0, [] { return assertSignals( 1 ); },
-              { { "callback under a pthread mutex",
-                  []
-                  {
-                      std::vector< PosixEvent > events( COUNT );
-                      fired = 0;
+    addTimed(
+        "signal", "assert with one target", "1000 signals", 2.0, [] { return assertSignals( 1 ); },
+        { { "callback under a pthread mutex", []
+            {
+                std::vector< PosixEvent > events( COUNT );
+                fired = 0;
 
-                      timed(
-                          [&]
-                          {
-                              for( PosixEvent &event : events )
-                              {
-                                  pthread_mutex_lock( &event.mutex );
-                                  event.asserted = true;
-                                  event.func( nullptr );
-                                  pthread_mutex_unlock( &event.mutex );
-                              }
-                          } );
+                timed(
+                    [&]
+                    {
+                        for( PosixEvent &event : events )
+                        {
+                            pthread_mutex_lock( &event.mutex );
+                            event.asserted = true;
+                            event.func( nullptr );
+                            pthread_mutex_unlock( &event.mutex );
+                        }
+                    } );
 
-                      return fired.load();
-                  } } } );
+                return fired.load();
+            } } } );
 }
 
 void addThreadCases()
@@ -226,16 +224,15 @@ void addThreadCases()
 
              for( int i = 0; i < 100; i++ )
              {
-                 QV_THREAD *thread
-                     = qvThreadTrySpawnCstr( "bench", -1, [] { fired++; }, nullptr, QV_THREAD_PRIORITY_NORMAL );
+                 QV_THREAD *thread =
+                     qvThreadTrySpawnCstr( "bench", -1, [] { fired++; }, nullptr, QV_THREAD_PRIORITY_NORMAL );
                  qvThreadJoin( thread );
                  qvThreadRelease( thread );
              }
 
              return fired.load();
          },
-         { { "std::thread",
-             []
+         { { "std::thread", []
              {
                  fired = 0;
 
@@ -336,8 +333,7 @@ void addTimerCases()
         uv_timer_init( &loop, &timer );
 
     unscheduled.push_back(
-        { "libuv",
-          []
+        { "libuv", []
           {
               for( uv_timer_t &timer : uvTimers )
                   uv_timer_start( &timer, []( uv_timer_t * ) {}, 3600000, 0 );
@@ -348,8 +344,7 @@ void addTimerCases()
               return uint64_t( TIMERS );
           } } );
     dueAtOnce.push_back(
-        { "libuv",
-          []
+        { "libuv", []
           {
               fired = 0;
 
@@ -363,29 +358,33 @@ void addTimerCases()
     anyhow.push_back( { "libuv", [] { return startAndClose( &loop, shuffled ); } } );
 #endif
 
-    add( "timer", "schedule and unschedule", "100000 with one delay", 3.0,
-         []
-         {
-             scheduleAndUnschedule( timers );
-             return uint64_t( TIMERS );
-         },
-         unscheduled );
-    add( "timer", "fire", "10000 due at once", 3.0,
-         []
-         {
-             fired = 0;
-             qvBarrierBlock( allFired );
+    add(
+        "timer", "schedule and unschedule", "100000 with one delay", 3.0,
+        []
+        {
+            scheduleAndUnschedule( timers );
+            return uint64_t( TIMERS );
+        },
+        unscheduled );
+    add(
+        "timer", "fire", "10000 due at once", 3.0,
+        []
+        {
+            fired = 0;
+            qvBarrierBlock( allFired );
 
-             for( QV_TIMER *timer : due )
-                 qvTimerSchedule( timer, 1 );
+            for( QV_TIMER *timer : due )
+                qvTimerSchedule( timer, 1 );
 
-             qvBarrierPass( allFired );
-             return fired.load();
-         },
-         dueAtOnce );
-    add( "timer", "schedule and release in order", "100000", 4.0, [] { return scheduleAndRelease( ascending ); },
-         inOrder );
-    add( "timer", "schedule and release at random", "100000", 0, [] { return scheduleAndRelease( shuffled ); }, anyhow );
+            qvBarrierPass( allFired );
+            return fired.load();
+        },
+        dueAtOnce );
+    add(
+        "timer", "schedule and release in order", "100000", 4.0, [] { return scheduleAndRelease( ascending ); },
+        inOrder );
+    add(
+        "timer", "schedule and release at random", "100000", 0, [] { return scheduleAndRelease( shuffled ); }, anyhow );
 }
 
 void addClockCases()
@@ -411,8 +410,7 @@ void addClockCases()
              qvRandomBytes( bytes, sizeof( bytes ) );
              return uint64_t( 4096 );
          },
-         { { "getrandom",
-             []
+         { { "getrandom", []
              {
                  uint8_t bytes[4096];
                  return static_cast< uint64_t >( getrandom( bytes, sizeof( bytes ), 0 ) );

@@ -64,8 +64,8 @@ GTree *buildTree( const std::vector< std::string > &keys )
 {
     GTree *tree = g_tree_new_full(
         []( gconstpointer a, gconstpointer b, gpointer )
-        { return std::strcmp( static_cast< const char * >( a ), static_cast< const char * >( b ) ); },
-        nullptr, g_free, nullptr );
+        { return std::strcmp( static_cast< const char * >( a ), static_cast< const char * >( b ) ); }, nullptr, g_free,
+        nullptr );
 
     for( size_t i = 0; i < keys.size(); i++ )
         g_tree_insert( tree, g_strdup( keys[i].c_str() ), GINT_TO_POINTER( i + 1 ) );
@@ -184,8 +184,7 @@ void addDictCases( size_t count )
     randomBuild.push_back( { "GTree", [keys, treeBuild] { return treeBuild( keys->shuffled ); } } );
     middleBuild.push_back( { "GTree", [keys, treeBuild] { return treeBuild( keys->inward ); } } );
     walk.push_back(
-        { "GTree",
-          [keys]
+        { "GTree", [keys]
           {
               uint64_t sum = 0;
               g_tree_foreach(
@@ -203,11 +202,12 @@ void addDictCases( size_t count )
     hit.push_back( { "QMap", [keys] { return lookUp( keys->map, keys->qtShuffled ); } } );
     miss.push_back( { "QMap", [keys] { return lookUp( keys->map, keys->qtMissing ); } } );
     build.push_back( { "QMap", [keys] { return static_cast< uint64_t >( buildMap( keys->qtSorted ).size() ); } } );
-    randomBuild.push_back( { "QMap", [keys] { return static_cast< uint64_t >( buildMap( keys->qtShuffled ).size() ); } } );
-    middleBuild.push_back( { "QMap", [keys] { return static_cast< uint64_t >( buildMap( keys->qtInward ).size() ); } } );
+    randomBuild.push_back(
+        { "QMap", [keys] { return static_cast< uint64_t >( buildMap( keys->qtShuffled ).size() ); } } );
+    middleBuild.push_back(
+        { "QMap", [keys] { return static_cast< uint64_t >( buildMap( keys->qtInward ).size() ); } } );
     walk.push_back(
-        { "QMap",
-          [keys]
+        { "QMap", [keys]
           {
               uint64_t sum = 0;
 
@@ -230,24 +230,26 @@ void addDictCases( size_t count )
     add( "Dict", "look-up, miss", input, 0.9, [keys] { return lookUp( keys->dict, keys->oursMissing ); }, miss );
     add( "Dict", "ascending build", input, 0.4, [keys, dictBuild] { return dictBuild( keys->oursSorted ); }, build );
     add( "Dict", "random build", input, 0, [keys, dictBuild] { return dictBuild( keys->oursShuffled ); }, randomBuild );
-    add( "Dict", "build towards the middle", input, 0, [keys, dictBuild] { return dictBuild( keys->oursInward ); },
-         middleBuild );
-    add( "Dict", "walk", input, 0.4,
-         [keys]
-         {
-             uint64_t sum    = 0;
-             QV_INT   length = qvDictLength( keys->dict );
+    add(
+        "Dict", "build towards the middle", input, 0, [keys, dictBuild] { return dictBuild( keys->oursInward ); },
+        middleBuild );
+    add(
+        "Dict", "walk", input, 0.4,
+        [keys]
+        {
+            uint64_t sum    = 0;
+            QV_INT   length = qvDictLength( keys->dict );
 
-             for( QV_INT i = 0; i < length; i++ )
-             {
-                 QV_OBJ *value = qvDictValueAt( keys->dict, i );
-                 sum += static_cast< uint64_t >( qvBoxedIntValue( qvBoxedIntFrom( value ) ) );
-                 qvObjRelease( value );
-             }
+            for( QV_INT i = 0; i < length; i++ )
+            {
+                QV_OBJ *value = qvDictValueAt( keys->dict, i );
+                sum += static_cast< uint64_t >( qvBoxedIntValue( qvBoxedIntFrom( value ) ) );
+                qvObjRelease( value );
+            }
 
-             return sum;
-         },
-         walk );
+            return sum;
+        },
+        walk );
 }
 
 void addVectorCases( int count )
@@ -256,10 +258,10 @@ void addVectorCases( int count )
 
     struct Filled
     {
-        QV_BOXED_INT                              *object = qvBoxedIntCreate( 7 );
-        QV_VECTOR                                 *ours   = qvVectorCreate();
-        std::shared_ptr< int64_t >                 shared = std::make_shared< int64_t >( 7 );
-        std::vector< std::shared_ptr< int64_t > >  peer;
+        QV_BOXED_INT                             *object = qvBoxedIntCreate( 7 );
+        QV_VECTOR                                *ours   = qvVectorCreate();
+        std::shared_ptr< int64_t >                shared = std::make_shared< int64_t >( 7 );
+        std::vector< std::shared_ptr< int64_t > > peer;
     };
 
     Filled *filled = new Filled;
@@ -284,8 +286,7 @@ void addVectorCases( int count )
              qvVectorRelease( vec );
              return uint64_t( count );
          },
-         { { "std::vector of std::shared_ptr",
-             [filled, count]
+         { { "std::vector of std::shared_ptr", [filled, count]
              {
                  std::vector< std::shared_ptr< int64_t > > vec;
 
@@ -315,8 +316,7 @@ void addVectorCases( int count )
 
              return sum;
          },
-         { { "std::vector of std::shared_ptr",
-             [filled, count]
+         { { "std::vector of std::shared_ptr", [filled, count]
              {
                  uint64_t sum = 0;
 
@@ -392,7 +392,7 @@ void addBufferCases()
 
     for( int width : { 3, 11, 17 } )
     {
-        std::string       input = std::to_string( width ) + " bits, 10^4 fields";
+        std::string       input  = std::to_string( width ) + " bits, 10^4 fields";
         const int         fields = 10000;
         const uint64_t    mask   = ( uint64_t( 1 ) << width ) - 1;
         static QV_BUFFER *ours[32];
@@ -406,8 +406,7 @@ void addBufferCases()
 
         // The class has no operation on fields: its user sets and tests bits.
         writing.push_back(
-            { "boost::dynamic_bitset",
-              [bits, width, mask]
+            { "boost::dynamic_bitset", [bits, width, mask]
               {
                   for( int i = 0; i < fields; i++ )
                   {
@@ -420,8 +419,7 @@ void addBufferCases()
                   return uint64_t( fields );
               } } );
         reading.push_back(
-            { "boost::dynamic_bitset",
-              [bits, width]
+            { "boost::dynamic_bitset", [bits, width]
               {
                   uint64_t sum = 0;
 
@@ -438,26 +436,28 @@ void addBufferCases()
                   return sum;
               } } );
 #endif
-        add( "Buffer", "write bit fields", input, 0.5,
-             [width, mask]
-             {
-                 for( int i = 0; i < fields; i++ )
-                     qvBufferBitWriteBits( &ours[width], i * width, ( uint64_t( i ) * 2654435761u ) & mask, width );
+        add(
+            "Buffer", "write bit fields", input, 0.5,
+            [width, mask]
+            {
+                for( int i = 0; i < fields; i++ )
+                    qvBufferBitWriteBits( &ours[width], i * width, ( uint64_t( i ) * 2654435761u ) & mask, width );
 
-                 return uint64_t( fields );
-             },
-             writing );
-        add( "Buffer", "read bit fields", input, 0.5,
-             [width]
-             {
-                 uint64_t sum = 0;
+                return uint64_t( fields );
+            },
+            writing );
+        add(
+            "Buffer", "read bit fields", input, 0.5,
+            [width]
+            {
+                uint64_t sum = 0;
 
-                 for( int i = 0; i < fields; i++ )
-                     sum += qvBufferBitReadBits( ours[width], i * width, width );
+                for( int i = 0; i < fields; i++ )
+                    sum += qvBufferBitReadBits( ours[width], i * width, width );
 
-                 return sum;
-             },
-             reading );
+                return sum;
+            },
+            reading );
     }
 }
 } // namespace

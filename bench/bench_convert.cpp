@@ -19,10 +19,10 @@ const size_t SIZE = 256 << 20;
 // character in twenty all told. Its first MiB, whose order nothing can foresee, comes again and again.
 std::string makeBlock()
 {
-    const char *const WORDS[] = {
-        "the", "server", "reads", "every", "document", "before", "it", "answers", "and", "nothing", "is", "lost", "when",
-        "a", "disk", "fills", "up", "quickly", "so", "that", "größer", "déjà", "façade", "München", "naïve", "“text”",
-        "it’s", "–", "100 €" };
+    const char *const WORDS[] = { "the",   "server",  "reads", "every", "document", "before", "it",     "answers",
+                                  "and",   "nothing", "is",    "lost",  "when",     "a",      "disk",   "fills",
+                                  "up",    "quickly", "so",    "that",  "größer",   "déjà",   "façade", "München",
+                                  "naïve", "“text”",  "it’s",  "–",     "100 €" };
 
     std::mt19937 random( 3 );
     std::string  block;

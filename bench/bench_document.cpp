@@ -24,9 +24,9 @@ using Tree   = std::map< std::string, std::map< std::string, Leaves > >;
 
 struct Document
 {
-    int         entries;
-    QV_STORE   *store;
-    QV_BUFFER  *text, *binary;
+    int        entries;
+    QV_STORE  *store;
+    QV_BUFFER *text, *binary;
 #ifdef BENCH_GLIB
     GKeyFile   *keyFile;
     std::string keyFileText;
@@ -47,13 +47,15 @@ Document *makeDocument( int entries )
     for( int group = 0; group < 10; group++ )
         for( int inner = 0; inner < 10; inner++ )
         {
-            std::string outerName = "group-" + std::to_string( group ), innerName = "section-" + std::to_string( inner );
+            std::string outerName = "group-" + std::to_string( group ),
+                        innerName = "section-" + std::to_string( inner );
             keyFileText += "[" + outerName + "." + innerName + "]\n";
 
             for( int i = 0; i < entries / 100; i++ )
             {
-                const std::string &name  = names[static_cast< size_t >( ( group * 10 + inner ) * ( entries / 100 ) + i )];
-                std::string        value = "value of entry " + std::to_string( i );
+                const std::string &name =
+                    names[static_cast< size_t >( ( group * 10 + inner ) * ( entries / 100 ) + i )];
+                std::string value = "value of entry " + std::to_string( i );
                 text += outerName + "." + innerName + "." + name + "=" + value + "\n";
                 keyFileText += name + "=" + value + "\n";
 #ifdef BENCH_MSGPACK
@@ -71,8 +73,7 @@ Document *makeDocument( int entries )
 #ifdef BENCH_GLIB
     document->keyFileText = keyFileText;
     document->keyFile     = g_key_file_new();
-    g_key_file_load_from_data(
-        document->keyFile, keyFileText.data(), keyFileText.size(), G_KEY_FILE_NONE, nullptr );
+    g_key_file_load_from_data( document->keyFile, keyFileText.data(), keyFileText.size(), G_KEY_FILE_NONE, nullptr );
 #endif
 #ifdef BENCH_MSGPACK
     std::stringstream stream;
@@ -85,9 +86,9 @@ Document *makeDocument( int entries )
 // How many values a store holds, to compare the sides by.
 uint64_t entriesOf( QV_STORE *store )
 {
-    QV_STORE  *group   = qvStoreStoreCstr( store, "group-3", -1 );
-    QV_STORE  *section = qvStoreStoreCstr( group, "section-4", -1 );
-    uint64_t   entries = static_cast< uint64_t >( qvStoreLength( section ) );
+    QV_STORE *group   = qvStoreStoreCstr( store, "group-3", -1 );
+    QV_STORE *section = qvStoreStoreCstr( group, "section-4", -1 );
+    uint64_t  entries = static_cast< uint64_t >( qvStoreLength( section ) );
     qvStoreRelease( section );
     qvStoreRelease( group );
 
@@ -160,8 +161,8 @@ void addDocumentCases()
                  { "msgpack-cxx into a map",
                    [document]
                    {
-                       msgpack::object_handle handle
-                           = msgpack::unpack( document->packed.data(), document->packed.size() );
+                       msgpack::object_handle handle =
+                           msgpack::unpack( document->packed.data(), document->packed.size() );
                        Tree tree = handle.get().as< Tree >();
                        return static_cast< uint64_t >( tree["group-3"]["section-4"].size() );
                    } },

@@ -37,43 +37,44 @@ void addForm(
 
     std::vector< Peer > peers;
 #ifdef BENCH_ICU
-    peers.push_back( { "ICU",
-                       [composes, own = icu::UnicodeString::fromUTF8( toUtf8( text ) )]
-                       {
-                           UErrorCode              code = U_ZERO_ERROR;
-                           const icu::Normalizer2 *form = composes ? icu::Normalizer2::getNFCInstance( code )
-                                                                   : icu::Normalizer2::getNFDInstance( code );
-                           return static_cast< uint64_t >( form->normalize( own, code ).length() );
-                       } } );
+    peers.push_back(
+        { "ICU", [composes, own = icu::UnicodeString::fromUTF8( toUtf8( text ) )]
+          {
+              UErrorCode              code = U_ZERO_ERROR;
+              const icu::Normalizer2 *form =
+                  composes ? icu::Normalizer2::getNFCInstance( code ) : icu::Normalizer2::getNFDInstance( code );
+              return static_cast< uint64_t >( form->normalize( own, code ).length() );
+          } } );
 #endif
 #ifdef BENCH_UTF8PROC
-    peers.push_back( { "utf8proc",
-                       [composes, own = toUtf8( text )]
-                       {
-                           auto options = composes ? UTF8PROC_COMPOSE : UTF8PROC_DECOMPOSE;
-                           auto bytes   = reinterpret_cast< const utf8proc_uint8_t * >( own.data() );
-                           auto length  = static_cast< utf8proc_ssize_t >( own.size() );
+    peers.push_back(
+        { "utf8proc", [composes, own = toUtf8( text )]
+          {
+              auto options = composes ? UTF8PROC_COMPOSE : UTF8PROC_DECOMPOSE;
+              auto bytes   = reinterpret_cast< const utf8proc_uint8_t * >( own.data() );
+              auto length  = static_cast< utf8proc_ssize_t >( own.size() );
 
-                           std::vector< utf8proc_int32_t > out( own.size() * 3 );
-                           auto option = static_cast< utf8proc_option_t >( UTF8PROC_STABLE | options );
-                           auto count  = utf8proc_decompose(
-                               bytes, length, out.data(), static_cast< utf8proc_ssize_t >( out.size() ), option );
+              std::vector< utf8proc_int32_t > out( own.size() * 3 );
+              auto                            option = static_cast< utf8proc_option_t >( UTF8PROC_STABLE | options );
+              auto                            count  = utf8proc_decompose(
+                  bytes, length, out.data(), static_cast< utf8proc_ssize_t >( out.size() ), option );
 
-                           return static_cast< uint64_t >( utf8proc_normalize_utf32( out.data(), count, option ) );
-                       } } );
+              return static_cast< uint64_t >( utf8proc_normalize_utf32( out.data(), count, option ) );
+          } } );
 #endif
-    add( "Normal form", operation, name, target,
-         [form, input]
-         {
-             QV_STRING *own = input;
-             qvStringRetain( own );
-             form( &own );
-             uint64_t length = static_cast< uint64_t >( qvStringLength( own ) );
-             qvStringRelease( own );
+    add(
+        "Normal form", operation, name, target,
+        [form, input]
+        {
+            QV_STRING *own = input;
+            qvStringRetain( own );
+            form( &own );
+            uint64_t length = static_cast< uint64_t >( qvStringLength( own ) );
+            qvStringRelease( own );
 
-             return length;
-         },
-         peers );
+            return length;
+        },
+        peers );
 }
 
 std::vector< std::pair< std::string, std::u32string > > texts()
@@ -84,8 +85,9 @@ std::vector< std::pair< std::string, std::u32string > > texts()
     for( const Language &language : languages() )
         result.emplace_back( std::string( language.name ) + ", 32 KiB", language.text );
 
-    for( auto &[name, letters] : { std::pair( "Greek with tonos", U"\u03B1\u03B2\u03B3\u03B4\u03AC\u03AD\u03CC\u03BF\u03C4\u03BD" ),
-                                   std::pair( "Hebrew with points", U"\u05D0\u05B0\u05D1\u05B7\u05D2\u05B8\u05D3\u05B4\u05D4" ) } )
+    for( auto &[name, letters] :
+         { std::pair( "Greek with tonos", U"\u03B1\u03B2\u03B3\u03B4\u03AC\u03AD\u03CC\u03BF\u03C4\u03BD" ),
+           std::pair( "Hebrew with points", U"\u05D0\u05B0\u05D1\u05B7\u05D2\u05B8\u05D3\u05B4\u05D4" ) } )
     {
         std::u32string text, alphabet = letters;
 

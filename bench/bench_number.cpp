@@ -35,7 +35,8 @@ const Numbers &numbers()
         {
             // All lengths alike.
             int64_t integer = static_cast< int64_t >( random() ) >> ( random() % 63 );
-            double  real    = static_cast< double >( static_cast< int64_t >( random() % 2000000000 ) - 1000000000 ) / 1024.0;
+            double  real =
+                static_cast< double >( static_cast< int64_t >( random() % 2000000000 ) - 1000000000 ) / 1024.0;
             result.integers.push_back( integer );
             result.reals.push_back( real );
             result.integerTexts.push_back( std::to_string( integer ) );
@@ -138,7 +139,7 @@ void addNumberCases()
 
                    for( double value : numbers().reals )
                    {
-                       char buffer[64];
+                       char  buffer[64];
                        char *text = g_strdup( g_ascii_formatd( buffer, sizeof( buffer ), "%.6f", value ) );
                        sum += std::strlen( text );
                        g_free( text );
@@ -171,8 +172,8 @@ void addNumberCases()
                    uint64_t sum = 0;
 
                    for( const std::string &text : numbers().realTexts )
-                       sum += static_cast< uint64_t >(
-                           static_cast< int64_t >( g_ascii_strtod( text.c_str(), nullptr ) ) );
+                       sum +=
+                           static_cast< uint64_t >( static_cast< int64_t >( g_ascii_strtod( text.c_str(), nullptr ) ) );
 
                    return sum;
                } },
@@ -202,9 +203,9 @@ void addNumberCases()
                    uint64_t                 sum  = 0;
 
                    for( int i = 0; i < COUNT; i++ )
-                       sum += fmt::format(
-                                  "{}: {} ({:06x}) {:.3f}", text, int64_t( i ), int64_t( i ), numbers().reals[i] )
-                                  .size();
+                       sum +=
+                           fmt::format( "{}: {} ({:06x}) {:.3f}", text, int64_t( i ), int64_t( i ), numbers().reals[i] )
+                               .size();
 
                    return sum;
                } },

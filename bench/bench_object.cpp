@@ -32,30 +32,30 @@ void createWithDatabase( const char *threads )
 
 void addDatabaseCase( const char *threads, const char *input )
 {
-    addTimed( "object", "create and release", input, 0,
-              [threads]
-              {
-                  createWithDatabase( threads );
-                  return uint64_t( OBJECTS_A_THREAD );
-              },
-              { { "std::make_shared",
-                  [threads]
-                  {
-                      timed(
-                          [threads]
-                          {
-                              inThreads(
-                                  std::atoi( threads ),
-                                  []( int i )
-                                  {
-                                      auto object      = std::make_shared< SameSize >();
-                                      object->words[0] = i;
-                                      asm volatile( "" : : "r"( object.get() ) : "memory" );
-                                  } );
-                          } );
+    addTimed(
+        "object", "create and release", input, 0,
+        [threads]
+        {
+            createWithDatabase( threads );
+            return uint64_t( OBJECTS_A_THREAD );
+        },
+        { { "std::make_shared", [threads]
+            {
+                timed(
+                    [threads]
+                    {
+                        inThreads(
+                            std::atoi( threads ),
+                            []( int i )
+                            {
+                                auto object      = std::make_shared< SameSize >();
+                                object->words[0] = i;
+                                asm volatile( "" : : "r"( object.get() ) : "memory" );
+                            } );
+                    } );
 
-                      return uint64_t( OBJECTS_A_THREAD );
-                  } } } );
+                return uint64_t( OBJECTS_A_THREAD );
+            } } } );
 }
 } // namespace
 
@@ -69,8 +69,7 @@ void addObjectCases()
 
              return uint64_t( COUNT );
          },
-         { { "std::make_shared",
-             []
+         { { "std::make_shared", []
              {
                  for( int i = 0; i < COUNT; i++ )
                  {
@@ -99,8 +98,7 @@ void addObjectCases()
 
              return uint64_t( COUNT );
          },
-         { { "two locked additions",
-             []
+         { { "two locked additions", []
              {
                  for( int i = 0; i < COUNT; i++ )
                  {

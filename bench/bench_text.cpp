@@ -105,16 +105,25 @@ void addTextCases()
 
 #ifdef BENCH_ICU
 #define ICU_PEER( call )                                                                                               \
-    { { "ICU", [input] { return mapIcu( input->icu, []( icu::UnicodeString &text ) { text.call; } ); } } }
+    {                                                                                                                  \
+        {                                                                                                              \
+            "ICU", [input] { return mapIcu( input->icu, []( icu::UnicodeString &text ) { text.call; } ); }             \
+        }                                                                                                              \
+    }
 #else
-#define ICU_PEER( call ) {}
+#define ICU_PEER( call )                                                                                               \
+    {                                                                                                                  \
+    }
 #endif
-        add( "String", "upper case", texts.name, 0.8, [input] { return mapOurs( input->ours, qvStringToUpper ); },
-             ICU_PEER( toUpper( icu::Locale::getRoot() ) ) );
-        add( "String", "lower case", texts.name, 0.8, [input] { return mapOurs( input->ours, qvStringToLower ); },
-             ICU_PEER( toLower( icu::Locale::getRoot() ) ) );
-        add( "String", "case fold", texts.name, 0.8, [input] { return mapOurs( input->ours, qvStringToCaseFold ); },
-             ICU_PEER( foldCase() ) );
+        add(
+            "String", "upper case", texts.name, 0.8, [input] { return mapOurs( input->ours, qvStringToUpper ); },
+            ICU_PEER( toUpper( icu::Locale::getRoot() ) ) );
+        add(
+            "String", "lower case", texts.name, 0.8, [input] { return mapOurs( input->ours, qvStringToLower ); },
+            ICU_PEER( toLower( icu::Locale::getRoot() ) ) );
+        add(
+            "String", "case fold", texts.name, 0.8, [input] { return mapOurs( input->ours, qvStringToCaseFold ); },
+            ICU_PEER( foldCase() ) );
 
         add( "String", "split at a character", texts.name, 0.7,
              [input]

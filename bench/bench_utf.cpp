@@ -29,12 +29,12 @@ std::vector< Peer > decodingPeers( const Language *language )
         { "iconv",
           [language]
           {
-              static iconv_t           converter = iconv_open( "UCS-4LE", "UTF-8" );
-              std::vector< char32_t >  out( language->utf8.size() );
-              char                    *from     = const_cast< char * >( language->utf8.data() );
-              char                    *to       = reinterpret_cast< char * >( out.data() );
-              size_t                   fromLeft = language->utf8.size();
-              size_t                   toLeft   = out.size() * 4;
+              static iconv_t          converter = iconv_open( "UCS-4LE", "UTF-8" );
+              std::vector< char32_t > out( language->utf8.size() );
+              char                   *from     = const_cast< char * >( language->utf8.data() );
+              char                   *to       = reinterpret_cast< char * >( out.data() );
+              size_t                  fromLeft = language->utf8.size();
+              size_t                  toLeft   = out.size() * 4;
               iconv( converter, &from, &fromLeft, &to, &toLeft );
               return static_cast< uint64_t >( out.size() - toLeft / 4 );
           } },
@@ -91,10 +91,10 @@ std::vector< Peer > encodingPeers( const Language *language )
           {
               static iconv_t      converter = iconv_open( "UTF-8", "UCS-4LE" );
               std::vector< char > out( language->text.size() * 4 );
-              char   *from     = reinterpret_cast< char * >( const_cast< char32_t * >( language->text.data() ) );
-              char   *to       = out.data();
-              size_t  fromLeft = language->text.size() * 4;
-              size_t  toLeft   = out.size();
+              char  *from     = reinterpret_cast< char * >( const_cast< char32_t * >( language->text.data() ) );
+              char  *to       = out.data();
+              size_t fromLeft = language->text.size() * 4;
+              size_t toLeft   = out.size();
               iconv( converter, &from, &fromLeft, &to, &toLeft );
               return static_cast< uint64_t >( out.size() - toLeft );
           } },
@@ -133,7 +133,8 @@ std::vector< Peer > encodingPeers( const Language *language )
           [language]
           {
               const QString text = QString::fromRawData(
-                  reinterpret_cast< const QChar * >( language->utf16.data() ), static_cast< int >( language->utf16.size() ) );
+                  reinterpret_cast< const QChar * >( language->utf16.data() ),
+                  static_cast< int >( language->utf16.size() ) );
               return static_cast< uint64_t >( text.toUtf8().size() );
           } },
 #endif
@@ -158,11 +159,11 @@ const size_t PIECE = 1024;
 
 uint64_t icuDecodeInPieces( const Language *language )
 {
-    UErrorCode      error     = U_ZERO_ERROR;
+    UErrorCode         error     = U_ZERO_ERROR;
     static UConverter *converter = ucnv_open( "UTF-8", &error );
     icu::UnicodeString text;
-    const char     *from = language->utf8.data();
-    const char     *end  = from + language->utf8.size();
+    const char        *from = language->utf8.data();
+    const char        *end  = from + language->utf8.size();
     ucnv_reset( converter );
 
     while( from < end )
@@ -207,30 +208,33 @@ void addUtfCases()
     {
         const Language *language = &each;
 
-        add( "UTF-8", "to String", language->name, language->isEnglish ? 0.3 : 0.8,
-             [language]
-             {
-                 QV_STRING *text
-                     = qvStringCreateFromUtf8( language->utf8.data(), static_cast< QV_INT >( language->utf8.size() ) );
-                 uint64_t length = static_cast< uint64_t >( qvStringLength( text ) );
-                 qvStringRelease( text );
-                 return length;
-             },
-             decodingPeers( language ) );
+        add(
+            "UTF-8", "to String", language->name, language->isEnglish ? 0.3 : 0.8,
+            [language]
+            {
+                QV_STRING *text =
+                    qvStringCreateFromUtf8( language->utf8.data(), static_cast< QV_INT >( language->utf8.size() ) );
+                uint64_t length = static_cast< uint64_t >( qvStringLength( text ) );
+                qvStringRelease( text );
+                return length;
+            },
+            decodingPeers( language ) );
 
         QV_STRING *text = string( language->text );
 
-        add( "UTF-8", "from String", language->name, language->isEnglish ? 0.3 : 0.7,
-             [text]
-             {
-                 QV_INT length;
-                 qvMemFree( qvStringConvertToUtf8( text, QV_FALSE, &length ) );
-                 return static_cast< uint64_t >( length );
-             },
-             encodingPeers( language ) );
+        add(
+            "UTF-8", "from String", language->name, language->isEnglish ? 0.3 : 0.7,
+            [text]
+            {
+                QV_INT length;
+                qvMemFree( qvStringConvertToUtf8( text, QV_FALSE, &length ) );
+                return static_cast< uint64_t >( length );
+            },
+            encodingPeers( language ) );
 
         QV_BUFFER *bytes = qvBufferCreateFromBytesCopy(
-            reinterpret_cast< const uint8_t * >( language->utf8.data() ), static_cast< QV_INT >( language->utf8.size() ) );
+            reinterpret_cast< const uint8_t * >( language->utf8.data() ),
+            static_cast< QV_INT >( language->utf8.size() ) );
 
         add( "UTF-8", "to String through streams", language->name, 0.8,
              [bytes]

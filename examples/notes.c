@@ -61,4 +61,4 @@ static QV_INT run( intptr_t a, intptr_t b )
 }
 
 QV_MODULE_DEFINE(
-    QV_MODULE_INFO( .description = "Keeps notes", .version = "1.0" ), QV_MODULE_FUNCS( .personalityFunc = run ) );
+    QV_MODULE_INFO(.description = "Keeps notes", .version = "1.0" ), QV_MODULE_FUNCS(.personalityFunc = run ) );

@@ -102,5 +102,6 @@ QV_INT run( intptr_t a, intptr_t )
 } // namespace
 
 QV_MODULE_DEFINE(
-    QV_MODULE_INFO( .productName = "morvane", .productVersionMajor = 4, .description = "Reminds, in C++", .version = "1.0" ),
-    QV_MODULE_FUNCS( .personalityFunc = run ) );
+    QV_MODULE_INFO(
+            .productName = "morvane", .productVersionMajor = 4, .description = "Reminds, in C++", .version = "1.0" ),
+    QV_MODULE_FUNCS(.personalityFunc = run ) );

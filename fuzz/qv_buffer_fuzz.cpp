@@ -205,7 +205,7 @@ struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
         case 1:
         {
             QV_INT count = in.length( 300 );
-            auto  *block = static_cast< uint8_t  *>( qvMemAlloc( count + 1 ) );
+            auto  *block = static_cast< uint8_t * >( qvMemAlloc( count + 1 ) );
             std::copy( memory.begin(), memory.begin() + count, block );
             model.bits = bitsOf( block, count * 8 );
             to.set( qvBufferCreateFromBytesUse( block, count ), Model() );
@@ -227,9 +227,9 @@ struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
 
     // Writes over what is there, or inserts, at the ends in their own forms.
     template< class Writing, class Inserting, class Prepending, class Appending, class... A >
-    void
-    put( Slot &dest, bool self, const Bits &bits, Writing writing, Inserting inserting, Prepending prepending,
-         Appending appending, A... arguments )
+    void put(
+        Slot &dest, bool self, const Bits &bits, Writing writing, Inserting inserting, Prepending prepending,
+        Appending appending, A... arguments )
     {
         bool   shared = slots.shared( dest ) || self;
         QV_INT length = dest.model.length(), count = static_cast< QV_INT >( bits.size() );
@@ -260,12 +260,10 @@ struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
 
 // The four operations of a suffix, in bits or in bytes.
 #define PUT( dest, self, bits, Suffix, ... )                                                                           \
-    ( unit == 1 ? put(                                                                                                 \
-          dest, self, bits, qvBufferBitWrite##Suffix, qvBufferBitInsert##Suffix, qvBufferBitPrepend##Suffix,           \
-          qvBufferBitAppend##Suffix, __VA_ARGS__ )                                                                     \
-                : put(                                                                                                 \
-                    dest, self, bits, qvBufferWrite##Suffix, qvBufferInsert##Suffix, qvBufferPrepend##Suffix,          \
-                    qvBufferAppend##Suffix, __VA_ARGS__ ) )
+    ( unit == 1 ? put( dest, self, bits, qvBufferBitWrite##Suffix, qvBufferBitInsert##Suffix,                          \
+                       qvBufferBitPrepend##Suffix, qvBufferBitAppend##Suffix, __VA_ARGS__ )                            \
+                : put( dest, self, bits, qvBufferWrite##Suffix, qvBufferInsert##Suffix, qvBufferPrepend##Suffix,       \
+                       qvBufferAppend##Suffix, __VA_ARGS__ ) )
 
     void copy()
     {
@@ -415,6 +413,5 @@ struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
 } // namespace
 
 QV_FUZZ_WALK(
-    BufferWalk,
-    OP( share ) OP( create ) OP( copy ) OP( copy ) OP( copy ) OP( put ) OP( put ) OP( put ) OP( erase ) OP( erase )
-    OP( many ) OP( look ) )
+    BufferWalk, OP( share ) OP( create ) OP( copy ) OP( copy ) OP( copy ) OP( put ) OP( put ) OP( put ) OP( erase )
+                    OP( erase ) OP( many ) OP( look ) )

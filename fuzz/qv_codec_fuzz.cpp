@@ -61,7 +61,8 @@ struct Decoder
         bool     skipping = false, first = true;
         uint32_t value   = 0;
         int      missing = 0;
-        auto     add     = [&]( uint32_t ch ) {
+        auto     add     = [&]( uint32_t ch )
+        {
             if( !( first && ch == 0xFEFF && !( flags & KEEP_MARK ) ) )
                 text += ch;
 
@@ -177,9 +178,24 @@ struct CodecWalk : qv::fuzz::Walk
     void decode()
     {
         static const char *const PIECES[] = {
-            "\xEF\xBB\xBF", "\xF0\x9F\x98\x80", "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xFF\xFE",
-            "\xFE\xFF", "\xD8\x3D\xDE\x00", "\xDB\xFF\xDF\xFD", "\xFF\xDB\xFD\xDF", "\x3D\xD8\x01\xDE", "\xE2\x82",
-            "\xC3", "abc", "\xC3\xA9\xC3\xA9", "\x80\x80", "\xF8", "\xFB" };
+            "\xEF\xBB\xBF",
+            "\xF0\x9F\x98\x80",
+            "\xC0\x80",
+            "\xED\xA0\x80",
+            "\xF4\x90\x80\x80",
+            "\xFF\xFE",
+            "\xFE\xFF",
+            "\xD8\x3D\xDE\x00",
+            "\xDB\xFF\xDF\xFD",
+            "\xFF\xDB\xFD\xDF",
+            "\x3D\xD8\x01\xDE",
+            "\xE2\x82",
+            "\xC3",
+            "abc",
+            "\xC3\xA9\xC3\xA9",
+            "\x80\x80",
+            "\xF8",
+            "\xFB" };
         QV_INT  charset = in.below( 3 ) ? QV_CHARSET_UTF_8 + in.below( 7 ) : in.below( QV_CHARSET_UTF_8 );
         QV_INT  flags   = in.below( 8 );
         Decoder model{ flags & IGNORE ? flags & ~ABORT : flags, {} };
@@ -256,7 +272,8 @@ struct CodecWalk : qv::fuzz::Walk
         qvStringNormalizeNFC( normal.at() );
         qvStringSanitize( normal.at() );
 
-        auto byteOf = [&]( char32_t ch ) {
+        auto byteOf = [&]( char32_t ch )
+        {
             const char32_t *chars = tableOf( charset ).chars, *found = std::find( chars, chars + 256, ch );
             return found == chars + 256 ? -1 : static_cast< int >( found - chars );
         };
@@ -281,6 +298,4 @@ struct CodecWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK(
-    CodecWalk,
-    OP( decode ) OP( decode ) OP( encode ) )
+QV_FUZZ_WALK( CodecWalk, OP( decode ) OP( decode ) OP( encode ) )

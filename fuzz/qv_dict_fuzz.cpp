@@ -117,9 +117,9 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
 {
     using SlotWalk::SlotWalk;
 
-    Slot                   *changed = nullptr;
-    unsigned                step    = 0;
-    Ref< QV_OBJ >           keyObj, valueObj; // what an operation has made, for its time
+    Slot         *changed = nullptr;
+    unsigned      step    = 0;
+    Ref< QV_OBJ > keyObj, valueObj; // what an operation has made, for its time
 
     Slot &destination()
     {
@@ -233,10 +233,13 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
 
         qvDictDelValue( slot.ref.at(), entry.value, byCompare );
         slot.model.own( shared );
-        std::erase_if( slot.model.map, [&]( auto &item ) {
-            return item.second.value == entry.value
-                   || ( byCompare && entry.number != NO_NUMBER && item.second.number == entry.number );
-        } );
+        std::erase_if(
+            slot.model.map,
+            [&]( auto &item )
+            {
+                return item.second.value == entry.value
+                       || ( byCompare && entry.number != NO_NUMBER && item.second.number == entry.number );
+            } );
         slot.model.erased();
     }
 
@@ -247,13 +250,14 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
         QV_INT start = in.below( 2000 ), count = std::min< QV_INT >( in.length( 1000 ), 3000 - slot.model.length() );
         QV_INT order = in.below( 5 ), form = in.below( 3 ), number = in.below( 6 );
         bool   deletes = in.below( 4 ) == 0;
-        auto   place   = [&]( QV_INT i ) {
+        auto   place   = [&]( QV_INT i )
+        {
             QV_INT fromEnds = i % 2 ? count - 1 - i / 2 : i / 2;
             return order == 0   ? i
-                       : order == 1 ? count - 1 - i
-                       : order == 2 ? fromEnds
-                       : order == 3 ? count - 1 - fromEnds
-                                    : i * 37 % count;
+                   : order == 1 ? count - 1 - i
+                   : order == 2 ? fromEnds
+                   : order == 3 ? count - 1 - fromEnds
+                                : i * 37 % count;
         };
 
         for( QV_INT i = 0; i < count; i++ )
@@ -434,13 +438,13 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
     void order()
     {
         Slot &a = slots.any( in ), &b = slots.any( in );
-        auto  less = []( auto &x, auto &y ) {
-            return x.first != y.first ? x.first < y.first : x.second.number < y.second.number;
-        };
-        auto numbers = []( Slot &slot ) {
-            return std::all_of( slot.model.map.begin(), slot.model.map.end(), []( auto &item ) {
-                return item.second.number != NO_NUMBER;
-            } );
+        auto  less = []( auto &x, auto &y )
+        { return x.first != y.first ? x.first < y.first : x.second.number < y.second.number; };
+        auto numbers = []( Slot &slot )
+        {
+            return std::all_of(
+                slot.model.map.begin(), slot.model.map.end(),
+                []( auto &item ) { return item.second.number != NO_NUMBER; } );
         };
 
         if( !numbers( a ) || !numbers( b ) )
@@ -482,6 +486,5 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
 } // namespace
 
 QV_FUZZ_WALK(
-    DictWalk,
-    OP( share ) OP( clear ) OP( set ) OP( set ) OP( setAt ) OP( erase ) OP( eraseValue ) OP( run ) OP( run )
-    OP( run ) OP( include ) OP( include ) OP( includeValue ) OP( create ) OP( look ) OP( order ) )
+    DictWalk, OP( share ) OP( clear ) OP( set ) OP( set ) OP( setAt ) OP( erase ) OP( eraseValue ) OP( run ) OP( run )
+                  OP( run ) OP( include ) OP( include ) OP( includeValue ) OP( create ) OP( look ) OP( order ) )

@@ -326,12 +326,13 @@ struct EncoderWalk : qv::fuzz::Walk
         bool   optional = what % 2;
         auto   isText   = []( QV_STRING *qvs, const Text &text ) { return charsOf( qvs ) == text; };
         auto   isBlock  = []( QV_BUFFER *buf, const std::string &block ) { return bytesOf( buf ) == block; };
-        auto   areTexts = [&]( QV_VECTOR *vec, const std::vector< Text > &texts ) {
+        auto   areTexts = [&]( QV_VECTOR *vec, const std::vector< Text > &texts )
+        {
             QV_INT i = 0;
             return qvVectorLength( vec ) == static_cast< QV_INT >( texts.size() )
-                   && std::all_of( texts.begin(), texts.end(), [&]( auto &text ) {
-                          return isText( qvStringFrom( qvVectorBacking( vec )[i++] ), text );
-                      } );
+                   && std::all_of(
+                       texts.begin(), texts.end(),
+                       [&]( auto &text ) { return isText( qvStringFrom( qvVectorBacking( vec )[i++] ), text ); } );
         };
 
         switch( what )
@@ -375,6 +376,4 @@ struct EncoderWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK(
-    EncoderWalk,
-    OP( value ) OP( value ) OP( write ) OP( hold ) OP( clear ) OP( decode ) OP( decode ) )
+QV_FUZZ_WALK( EncoderWalk, OP( value ) OP( value ) OP( write ) OP( hold ) OP( clear ) OP( decode ) OP( decode ) )

@@ -302,9 +302,8 @@ struct FormatWalk : qv::fuzz::Walk
         Ref< QV_STRING > fmt    = stringOf( format ), result;
         QV_INT           number = in.number();
 
-        auto             make   = [&]( auto... leading ) {
-            result.reset( qvStringCreateFromFormat( fmt, leading..., argument, number ) );
-        };
+        auto make = [&]( auto... leading )
+        { result.reset( qvStringCreateFromFormat( fmt, leading..., argument, number ) ); };
 
         if( stars.empty() )
             make();
@@ -366,12 +365,13 @@ struct FormatWalk : qv::fuzz::Walk
 
         for( int i = 0; i < 40; i++ )
         {
-            double   any      = std::ldexp( static_cast< double >( random() ), -64 );
-            double   VALUES[] = { std::ldexp( any - 0.5, static_cast< int >( random() % 140 ) - 60 ),
-                                  static_cast< double >( static_cast< QV_INT >( random() ) >> random() % 64 ) / 1000,
-                                  static_cast< double >( random() % 100000 ) / std::pow( 10.0, random() % 8 ),
-                                  std::nextafter( static_cast< double >( random() % 1000 ), i & 1 ? 1e9 : -1e9 ),
-                                  std::nextafter( static_cast< double >( random() % 100 ) / 100, i & 1 ) };
+            double any      = std::ldexp( static_cast< double >( random() ), -64 );
+            double VALUES[] = {
+                std::ldexp( any - 0.5, static_cast< int >( random() % 140 ) - 60 ),
+                static_cast< double >( static_cast< QV_INT >( random() ) >> random() % 64 ) / 1000,
+                static_cast< double >( random() % 100000 ) / std::pow( 10.0, random() % 8 ),
+                std::nextafter( static_cast< double >( random() % 1000 ), i & 1 ? 1e9 : -1e9 ),
+                std::nextafter( static_cast< double >( random() % 100 ) / 100, i & 1 ) };
             Conversion plain;
             plain.precision = static_cast< QV_INT >( random() % 22 );
             plain.base      = i % 8 ? 10 : 2 + static_cast< QV_INT >( random() % 35 );
@@ -432,8 +432,30 @@ struct FormatWalk : qv::fuzz::Walk
     void read()
     {
         static const char32_t *const PIECES[] = {
-            U" ", U"-", U"+", U"0", U"1", U"9", U"f", U"Z", U"0x", U"0B", U"16:", U"36:", U".", U",", U"\u2003",
-            U"TRUE", U"false", U"tRuE", U"9223372036854775807", U"922337203685477580", U"8", U"\u0663", U"0d", U"x" };
+            U" ",
+            U"-",
+            U"+",
+            U"0",
+            U"1",
+            U"9",
+            U"f",
+            U"Z",
+            U"0x",
+            U"0B",
+            U"16:",
+            U"36:",
+            U".",
+            U",",
+            U"\u2003",
+            U"TRUE",
+            U"false",
+            U"tRuE",
+            U"9223372036854775807",
+            U"922337203685477580",
+            U"8",
+            U"\u0663",
+            U"0d",
+            U"x" };
         Text   text;
         QV_INT base = in.flag() ? -1 : 2 + in.below( 35 ), value = 7, consumed = 7;
         double real = 7;
@@ -495,6 +517,4 @@ struct FormatWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK(
-    FormatWalk,
-    OP( integers ) OP( reals ) OP( texts ) OP( others ) OP( read ) )
+QV_FUZZ_WALK( FormatWalk, OP( integers ) OP( reals ) OP( texts ) OP( others ) OP( read ) )

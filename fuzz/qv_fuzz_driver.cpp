@@ -66,10 +66,32 @@ std::string contents( const std::filesystem::path &file )
 std::string randomInput( std::mt19937 &random )
 {
     static const std::string PIECES[] = {
-        "a=1\n", "a.b=", "a.", ".", "=", "%", "%%", "%00000a", "%110000", "\r\n", "\xc2\x85", "\xe2\x80\xa8",
-        "\xef\xbb\xbf", "\xf0\x9f\x98\x80", "\xc0\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\x7f\x7f\x7f",
-        "\x88\x80", "\x01\x01\x01\x01\x61", std::string( "\x00\x01\x00", 3 ), std::string( "\xff\xfe\x00\xd8", 4 ),
-        "0x7f", "-9223372036854775808", "TRUE", "1,5" };
+        "a=1\n",
+        "a.b=",
+        "a.",
+        ".",
+        "=",
+        "%",
+        "%%",
+        "%00000a",
+        "%110000",
+        "\r\n",
+        "\xc2\x85",
+        "\xe2\x80\xa8",
+        "\xef\xbb\xbf",
+        "\xf0\x9f\x98\x80",
+        "\xc0\x80",
+        "\xed\xa0\x80",
+        "\xf4\x90\x80\x80",
+        "\x7f\x7f\x7f",
+        "\x88\x80",
+        "\x01\x01\x01\x01\x61",
+        std::string( "\x00\x01\x00", 3 ),
+        std::string( "\xff\xfe\x00\xd8", 4 ),
+        "0x7f",
+        "-9223372036854775808",
+        "TRUE",
+        "1,5" };
 
     bool        pieces = random() % 2;
     std::string input;

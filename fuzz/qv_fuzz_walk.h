@@ -108,8 +108,8 @@ struct Span
 #define CALL_PART( Name, span, unit, ... )                                                                             \
     ( ( span ).form == LEADING    ? Name##Leading( __VA_ARGS__, ( span ).offset / ( unit ) )                           \
       : ( span ).form == TRAILING ? Name##Trailing( __VA_ARGS__, ( span ).offset / ( unit ) )                          \
-      : ( span ).form == INNER ? Name##Inner( __VA_ARGS__, ( span ).offset / ( unit ), ( span ).count / ( unit ) )     \
-                               : Name##Outer( __VA_ARGS__, ( span ).offset / ( unit ), ( span ).count / ( unit ) ) )
+      : ( span ).form == INNER    ? Name##Inner( __VA_ARGS__, ( span ).offset / ( unit ), ( span ).count / ( unit ) )  \
+                                  : Name##Outer( __VA_ARGS__, ( span ).offset / ( unit ), ( span ).count / ( unit ) ) )
 
 /** The bytes of an input, taken one after the other. At their end there are zeros. */
 class Input
@@ -191,12 +191,11 @@ public:
     QV_CHAR character()
     {
         static const char32_t CHARS[] = {
-            U' ',   U'\n',  U'\r',   U'\t',   U'%',     U'.',   U'=',   U',',   U'-',   U'0',   U'1',   U'A',
-            U'_',   0x1F,   0x7F,    0x80,    0x85,     0x9F,   0xA0,   0xDF,   0xE9,   0xFF,   0x130,  0x149,
-            0x2B0,  0x300,
-            0x301,  0x307,  0x323,   0x345,   0x390,    0x3A3,  0x7FF,  0x800,  0xAC00, 0xAC01, 0x1100, 0x1161,
-            0x11A7, 0x11A8, 0x1E9E,  0x2028,  0x2029,   0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xFB01, 0xFB03, 0xFEFF,
-            0xFFFD, 0xFFFF, 0x10000, 0x1F600, 0x10FFFF, 0,      0x212B, 0x1D15E };
+            U' ',   U'\n',  U'\r',  U'\t',  U'%',    U'.',    U'=',     U',',   U'-',   U'0',   U'1',   U'A',
+            U'_',   0x1F,   0x7F,   0x80,   0x85,    0x9F,    0xA0,     0xDF,   0xE9,   0xFF,   0x130,  0x149,
+            0x2B0,  0x300,  0x301,  0x307,  0x323,   0x345,   0x390,    0x3A3,  0x7FF,  0x800,  0xAC00, 0xAC01,
+            0x1100, 0x1161, 0x11A7, 0x11A8, 0x1E9E,  0x2028,  0x2029,   0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xFB01,
+            0xFB03, 0xFEFF, 0xFFFD, 0xFFFF, 0x10000, 0x1F600, 0x10FFFF, 0,      0x212B, 0x1D15E };
         uint8_t how = byte();
         return how < 128 ? U'a' + how % 26 : CHARS[how % std::size( CHARS )];
     }
@@ -382,9 +381,9 @@ public:
 private:
     int holders( const Slot &slot ) const
     {
-        return static_cast< int >( std::count_if( std::begin( slots ), std::end( slots ), [&]( const Slot &other ) {
-            return other.ref.get() == slot.ref.get();
-        } ) );
+        return static_cast< int >( std::count_if(
+            std::begin( slots ), std::end( slots ),
+            [&]( const Slot &other ) { return other.ref.get() == slot.ref.get(); } ) );
     }
 
     Ref< T > empty_;
@@ -474,7 +473,7 @@ inline int read( void ( *reader )( const uint8_t *data, size_t size ), const uin
 #define QV_FUZZ_WALK( W, operations )                                                                                  \
     extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )                                          \
     {                                                                                                                  \
-        using Current                                     = W;                                                         \
+        using Current                                      = W;                                                        \
         static const qv::fuzz::Operation< W > OPERATIONS[] = { operations };                                           \
         return qv::fuzz::walk( OPERATIONS, data, size );                                                               \
     }

@@ -58,7 +58,7 @@ Text readAll( QV_CHAR_SOURCE *charSource, QV_INT flags )
 {
     Ref< QV_NLF_LINE_SOURCE > nls( qvNlfLineSourceCreate( charSource, flags ) );
     Ref< QV_LINE_SOURCE >     source( qvNlfLineSourceLineSource( nls ) );
-    Text            result;
+    Text                      result;
     QV_INT                    count = 0;
 
     while( QV_STRING *line = qvLineSourceRead( source ) )

@@ -67,9 +67,9 @@ Text normalized( const Text &text, QV_INT form )
     for( auto from = whole.begin(); from != whole.end(); )
     {
         auto to = std::find_if( from + 1, whole.end(), []( char32_t ch ) { return qvUnicodeCccv( ch ) == 0; } );
-        std::stable_sort( from + ( qvUnicodeCccv( *from ) == 0 ), to, []( char32_t a, char32_t b ) {
-            return qvUnicodeCccv( a ) < qvUnicodeCccv( b );
-        } );
+        std::stable_sort(
+            from + ( qvUnicodeCccv( *from ) == 0 ), to,
+            []( char32_t a, char32_t b ) { return qvUnicodeCccv( a ) < qvUnicodeCccv( b ); } );
         from = to;
     }
 
@@ -127,8 +127,8 @@ struct NormalizerWalk : qv::fuzz::Walk
             QV_INT how = in.below( 4 );
             result += how == 0 ? in.text( 3000 )
                                : Text(
-                                   how == 1 ? static_cast< size_t >( in.length( 4096 ) ) : 1,
-                                   CHARS[in.below( std::size( CHARS ) )] );
+                                     how == 1 ? static_cast< size_t >( in.length( 4096 ) ) : 1,
+                                     CHARS[in.below( std::size( CHARS ) )] );
         }
 
         return result;
@@ -150,8 +150,8 @@ struct NormalizerWalk : qv::fuzz::Walk
         else if( span.form == WHOLE )
             qvUnicodeNormalizerWrite( norm, qvs );
         else
-            ( how == 1 ? qvUnicodeNormalizerWriteInner : qvUnicodeNormalizerWriteOuter )(
-                norm, qvs, span.offset, span.count );
+            ( how == 1 ? qvUnicodeNormalizerWriteInner
+                       : qvUnicodeNormalizerWriteOuter )( norm, qvs, span.offset, span.count );
 
         for( char32_t ch : part )
             qvUnicodeNormalizerWriteChar( single, ch );
@@ -235,6 +235,4 @@ struct NormalizerWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK(
-    NormalizerWalk,
-    OP( write ) OP( write ) OP( read ) OP( flush ) OP( clear ) )
+QV_FUZZ_WALK( NormalizerWalk, OP( write ) OP( write ) OP( read ) OP( flush ) OP( clear ) )

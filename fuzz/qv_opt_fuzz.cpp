@@ -62,7 +62,11 @@ struct Parser
     QV_INT fail( QV_INT with )
     {
         static const char *const TEXTS[] = {
-            "option undefined", "ambiguous", "argument missing", "argument disallowed", "multiple options disallowed",
+            "option undefined",
+            "ambiguous",
+            "argument missing",
+            "argument disallowed",
+            "multiple options disallowed",
             "abbreviated option disallowed" };
         error = *opt + U": " + wide( TEXTS[-with - 1] );
         return with;
@@ -391,5 +395,4 @@ struct OptWalk : SlotWalk< QV_OPT_DEF, Definition, qvOptDefCreate >
 } // namespace
 
 QV_FUZZ_WALK(
-    OptWalk,
-    OP( share ) OP( copy ) OP( defineAll ) OP( define ) OP( define ) OP( define ) OP( parse ) OP( parse ) )
+    OptWalk, OP( share ) OP( copy ) OP( defineAll ) OP( define ) OP( define ) OP( define ) OP( parse ) OP( parse ) )

@@ -130,7 +130,8 @@ struct MapWalk : qv::fuzz::Walk
         auto          at     = find( pairs, value );
         bool          has    = at != pairs.end();
         Ref< QV_OBJ > obj    = boxedInt( value );
-        auto          expect = [&]( QV_OBJ *owned, Pairs::iterator expected ) {
+        auto          expect = [&]( QV_OBJ *owned, Pairs::iterator expected )
+        {
             Ref< QV_OBJ > found( owned );
             require( priority == priorityOf( expected, pairs ) );
             require( found ? intOf( found ) == expected->second : expected == pairs.end() );
@@ -169,7 +170,7 @@ struct MapWalk : qv::fuzz::Walk
 
     template< class T >
     void name(
-        Slots< T, Names > &slots, QV_INT most, QV_VECTOR *( *all )( T * ), void ( *del )( T **, QV_STRING * ),
+        Slots< T, Names > &slots, QV_INT most, QV_VECTOR *( *all )(T *), void ( *del )( T **, QV_STRING * ),
         void ( *enter )( T **, QV_STRING *, QV_INT ), QV_INT ( *valueOf )( QV_INT ) )
     {
         auto      &slot  = slots.any( in );
@@ -222,8 +223,9 @@ struct MapWalk : qv::fuzz::Walk
             {
                 auto             at = slot.model.names.find( value );
                 Ref< QV_STRING > generated( qvEnumGenerate( slot.ref, value ) );
-                require( generated ? at != slot.model.names.end() && charsOf( generated ) == at->second
-                                   : at == slot.model.names.end() );
+                require(
+                    generated ? at != slot.model.names.end() && charsOf( generated ) == at->second
+                              : at == slot.model.names.end() );
             }
         }
 
@@ -249,6 +251,4 @@ struct MapWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK(
-    MapWalk,
-    OP( share ) OP( create ) OP( set ) OP( set ) OP( erase ) OP( look ) OP( enumerant ) OP( flag ) )
+QV_FUZZ_WALK( MapWalk, OP( share ) OP( create ) OP( set ) OP( set ) OP( erase ) OP( look ) OP( enumerant ) OP( flag ) )

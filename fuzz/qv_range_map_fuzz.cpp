@@ -275,7 +275,7 @@ struct RangeMapWalk : SlotWalk< QV_RANGE_MAP, Model, qvRangeMapCreate >
         Slot  &a = slots.any( in ), &b = slots.any( in );
         QV_INT at    = key( a );
         auto   found = std::find_if(
-              a.model.list.begin(), a.model.list.end(), [&]( auto &i ) { return i.first <= at && at <= i.last; } );
+            a.model.list.begin(), a.model.list.end(), [&]( auto &i ) { return i.first <= at && at <= i.last; } );
         bool has = found != a.model.list.end();
 
         Ref< QV_OBJ > value( qvRangeMapIntKey( a.ref, at ) );
@@ -311,5 +311,4 @@ struct RangeMapWalk : SlotWalk< QV_RANGE_MAP, Model, qvRangeMapCreate >
 
 QV_FUZZ_WALK(
     RangeMapWalk,
-    OP( share ) OP( create ) OP( set ) OP( set ) OP( set ) OP( run ) OP( erase ) OP( collapse ) OP( self )
-    OP( look ) )
+    OP( share ) OP( create ) OP( set ) OP( set ) OP( set ) OP( run ) OP( erase ) OP( collapse ) OP( self ) OP( look ) )

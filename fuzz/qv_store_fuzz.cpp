@@ -112,7 +112,8 @@ void write( const Doc &doc, const Text &prefix, Lines &lines )
 bool hexadecimal( const Text &six, char32_t &value )
 {
     size_t at    = 0;
-    auto   space = [&] {
+    auto   space = [&]
+    {
         while( at < 6 && qvUnicodeIsWhiteSpace( six[at] ) )
             at++;
     };
@@ -278,7 +279,7 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
 {
     using SlotWalk::SlotWalk;
 
-    Ref< QV_STRING >       made, madeValue;
+    Ref< QV_STRING > made, madeValue;
 
     void create()
     {
@@ -339,8 +340,8 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
 
     void typed()
     {
-        Slot       &slot = slots.any( in );
-        Text        at   = anAddress();
+        Slot       &slot   = slots.any( in );
+        Text        at     = anAddress();
         std::string name   = ascii( at );
         QV_INT      number = in.number(), back;
         qvStoreSetValueIntCstr( slot.ref.at(), name.c_str(), -1, number );
@@ -450,9 +451,32 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
     void parse()
     {
         static const char32_t *const PIECES[] = {
-            U"a", U"b", U".", U".", U"=", U"=", U" ", U"\t", U"%", U"%%", U"%00000a", U"%+00041", U"%  0041",
-            U"%      ", U"%\u00A0\u00A00041", U"%0041\u2003\u2003", U"%-00000", U"%41    ", U"%110000", U"%10FFFF",
-            U"%00004", U"zz", U"x.y.", U"#", U"10", U"2" };
+            U"a",
+            U"b",
+            U".",
+            U".",
+            U"=",
+            U"=",
+            U" ",
+            U"\t",
+            U"%",
+            U"%%",
+            U"%00000a",
+            U"%+00041",
+            U"%  0041",
+            U"%      ",
+            U"%\u00A0\u00A00041",
+            U"%0041\u2003\u2003",
+            U"%-00000",
+            U"%41    ",
+            U"%110000",
+            U"%10FFFF",
+            U"%00004",
+            U"zz",
+            U"x.y.",
+            U"#",
+            U"10",
+            U"2" };
         Slot            &slot = slots.any( in );
         Lines            lines;
         Ref< QV_VECTOR > vec( qvVectorCreate() );
@@ -521,6 +545,5 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
 } // namespace
 
 QV_FUZZ_WALK(
-    StoreWalk,
-    OP( share ) OP( create ) OP( setValue ) OP( setValue ) OP( typed ) OP( erase ) OP( setStore ) OP( below )
-    OP( merge ) OP( persist ) OP( parse ) OP( look ) )
+    StoreWalk, OP( share ) OP( create ) OP( setValue ) OP( setValue ) OP( typed ) OP( erase ) OP( setStore ) OP( below )
+                   OP( merge ) OP( persist ) OP( parse ) OP( look ) )

@@ -230,8 +230,8 @@ struct StreamWalk : qv::fuzz::Walk
         for( QV_INT i = in.length( 2000 ); i > 0; i-- )
             text += static_cast< char >( i * i );
 
-        buf    = bufferOf( text );
-        span   = in.span( static_cast< QV_INT >( text.size() ), in.below( 6 ) );
+        buf  = bufferOf( text );
+        span = in.span( static_cast< QV_INT >( text.size() ), in.below( 6 ) );
 
         if( span.form <= OUTER )
             require( CALL_FORM( qvByteSinkWrite, span, 1, bytes, buf ) );
@@ -352,6 +352,5 @@ struct StreamWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    StreamWalk,
-    OP( writeChars ) OP( writeChars ) OP( writeLine ) OP( flush ) OP( writeBytes ) OP( fail ) OP( read )
-    OP( readFailing ) )
+    StreamWalk, OP( writeChars ) OP( writeChars ) OP( writeLine ) OP( flush ) OP( writeBytes ) OP( fail ) OP( read )
+                    OP( readFailing ) )

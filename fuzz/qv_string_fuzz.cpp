@@ -13,8 +13,8 @@ namespace
 {
 struct Model
 {
-    Text text;
-    QV_INT         fspace = 0, bspace = 0;
+    Text   text;
+    QV_INT fspace = 0, bspace = 0;
 
     QV_INT length() const
     {
@@ -143,11 +143,11 @@ struct StringWalk : SlotWalk< QV_STRING, Model, qvStringCreate >
         }
 
         bool prepends = at == 0 && in.flag(), appends = !prepends && at == dest.model.length() && in.flag();
-        bool outer    = span.form == OUTER;
-        Text front    = outer ? part( from, 0, span.offset ) : Text();
-        Text back     = outer            ? from.substr( static_cast< size_t >( span.offset + span.count ) )
-                        : span.form == 5 ? from
-                                         : span.of( from );
+        bool outer = span.form == OUTER;
+        Text front = outer ? part( from, 0, span.offset ) : Text();
+        Text back  = outer            ? from.substr( static_cast< size_t >( span.offset + span.count ) )
+                     : span.form == 5 ? from
+                                      : span.of( from );
 
         if( span.form == 5 ) // the text of an object, which is itself in the case of a String
             prepends  ? qvStringPrependObj( dest.ref.at(), qv::obj( src.ref.get() ) )
@@ -354,13 +354,13 @@ struct StringWalk : SlotWalk< QV_STRING, Model, qvStringCreate >
 
         QV_INT           maxParts = in.flag() ? -1 : 1 + in.below( 9 );
         Ref< QV_VECTOR > parts( qvStringSplit( a.ref, sub, maxParts ) );
-        Text joined;
+        Text             joined;
 
         // The parts with the separator between them are the text, and no part but the last has it.
         for( QV_INT i = 0; i < qvVectorLength( parts ); i++ )
         {
             Text part = charsOf( reinterpret_cast< QV_STRING * >( qvVectorBacking( parts )[i] ) );
-            bool           last = i == qvVectorLength( parts ) - 1;
+            bool last = i == qvVectorLength( parts ) - 1;
             require( part.find( needle ) == Text::npos || ( last && i + 1 == maxParts ) );
             joined += ( i ? needle : U"" ) + part;
         }
@@ -398,4 +398,4 @@ struct StringWalk : SlotWalk< QV_STRING, Model, qvStringCreate >
 QV_FUZZ_WALK(
     StringWalk,
     OP( share ) OP( clear ) OP( insert ) OP( insert ) OP( insert ) OP( chars ) OP( chars ) OP( many ) OP( erase )
-    OP( erase ) OP( setChar ) OP( trim ) OP( mapCase ) OP( sanitize ) OP( create ) OP( look ) OP( convert ) )
+        OP( erase ) OP( setChar ) OP( trim ) OP( mapCase ) OP( sanitize ) OP( create ) OP( look ) OP( convert ) )

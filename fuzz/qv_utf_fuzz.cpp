@@ -78,8 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )
 
     Ref< QV_BUFFER > encoded( qvCharsetStringToBuffer( charset, whole ) );
     Ref< QV_STRING > again( qvCharsetBufferToStringWithFlags(
-        charset, encoded,
-        QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK | QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER ) );
+        charset, encoded, QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK | QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER ) );
     require( again && qvStringEquals( whole, again ) );
 
     return 0;

@@ -91,7 +91,7 @@ struct VectorWalk : SlotWalk< QV_VECTOR, Model, qvVectorCreate >
 {
     using SlotWalk::SlotWalk;
 
-    QV_INT                    next = 0;
+    QV_INT next = 0;
 
     void clear()
     {
@@ -317,6 +317,5 @@ struct VectorWalk : SlotWalk< QV_VECTOR, Model, qvVectorCreate >
 } // namespace
 
 QV_FUZZ_WALK(
-    VectorWalk,
-    OP( share ) OP( clear ) OP( insert ) OP( insert ) OP( objs ) OP( object ) OP( set ) OP( self ) OP( many )
-    OP( erase ) OP( erase ) OP( reverse ) OP( create ) OP( look ) )
+    VectorWalk, OP( share ) OP( clear ) OP( insert ) OP( insert ) OP( objs ) OP( object ) OP( set ) OP( self )
+                    OP( many ) OP( erase ) OP( erase ) OP( reverse ) OP( create ) OP( look ) )

@@ -32,7 +32,7 @@ QV_INT toMilliseconds( const timespec &ts )
 }
 } // namespace
 
-WallClock                              qv::test::wallClock;
+WallClock                             qv::test::wallClock;
 thread_local std::function< void() > *WallClock::onOwnWait = nullptr;
 
 QV_INT WallClock::now() const
@@ -45,9 +45,9 @@ QV_INT WallClock::now() const
 void WallClock::reset()
 {
     step = perLook = 0;
-    stopped = -1;
-    time    = SHOWN;
-    onWait  = nullptr;
+    stopped        = -1;
+    time           = SHOWN;
+    onWait         = nullptr;
 }
 
 extern "C" int clock_gettime( clockid_t id, timespec *ts ) noexcept
@@ -95,8 +95,8 @@ extern "C" int pthread_cond_timedwait( pthread_cond_t *cond, pthread_mutex_t *mu
     }
     else if( wallClock.stopped == -1 )
     {
-        static auto real = reinterpret_cast< decltype( &pthread_cond_timedwait ) >(
-            dlsym( RTLD_NEXT, "pthread_cond_timedwait" ) );
+        static auto real =
+            reinterpret_cast< decltype( &pthread_cond_timedwait ) >( dlsym( RTLD_NEXT, "pthread_cond_timedwait" ) );
         timespec systemEnd;
         syscall( SYS_clock_gettime, CLOCK_REALTIME, &systemEnd );
         systemEnd = later( systemEnd, std::min( left, SECOND ) ); // the clock may have been set since

@@ -40,8 +40,7 @@ inline void write( const std::string &name, const std::string &content )
 /** Runs a program with a shell's words in the scratch folder, and with variables in front of it. */
 inline Outcome run( const std::string &program, const std::string &words, const std::string &variables = "" )
 {
-    std::string command =
-        "cd '" + scratch() + "' && " + variables + " '" + program + "' " + words + " >out 2>err";
+    std::string command = "cd '" + scratch() + "' && " + variables + " '" + program + "' " + words + " >out 2>err";
     int         status  = std::system( command.c_str() );
 
     return { WIFEXITED( status ) ? WEXITSTATUS( status ) : -1, contentOf( "out" ), contentOf( "err" ) };

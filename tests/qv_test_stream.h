@@ -29,8 +29,8 @@ inline Ref< QV_BUFFER > buffer( std::string_view bytes )
 
 inline std::string bytes( QV_BUFFER *buf )
 {
-    return std::string( reinterpret_cast< const char * >( qvBufferBacking( buf ) ),
-                        static_cast< size_t >( qvBufferLength( buf ) ) );
+    return std::string(
+        reinterpret_cast< const char * >( qvBufferBacking( buf ) ), static_cast< size_t >( qvBufferLength( buf ) ) );
 }
 
 /** What bytes and characters differ in. */

@@ -31,7 +31,7 @@ ptrdiff_t threadCount()
     std::filesystem::directory_iterator tasks( "/proc/self/task" );
     return std::distance( begin( tasks ), end( tasks ) );
 }
-QV_INT         objectsBefore = 0; // the running suite
+QV_INT objectsBefore = 0; // the running suite
 
 void keepPrinted( const QV_CHAR *chs, QV_INT length )
 {
@@ -166,7 +166,7 @@ int main( int argc, char **argv )
     if( !mkdtemp( pattern.data() ) )
         return 1;
 
-    scratchFolder = pattern + "/";
+    scratchFolder        = pattern + "/";
     const char *dataPath = getenv( "QV_TEST_DATA_PATH" );
     setenv( "XZ_MORVANE_DATA_PATH", dataPath ? dataPath : ( scratchFolder + "data" ).c_str(), 1 );
 

@@ -23,8 +23,8 @@ namespace
 const Tool TOOLS[] = {
     { "id", "", "prints a new identifier of 32 hexadecimal digits", idTool },
     { "info", "", "prints what is known about the product and the computer", infoTool },
-    { "module", "TOOL ARGUMENT...", "tells about modules in XZ_MORVANE_BIN_PATH and runs them", moduleTool,
-      HAS_TOOLS, 0 },
+    { "module", "TOOL ARGUMENT...", "tells about modules in XZ_MORVANE_BIN_PATH and runs them", moduleTool, HAS_TOOLS,
+      0 },
     { "random", "TOOL ARGUMENT...", "prints random bytes and integers", randomTool, HAS_TOOLS },
     { "store", "TOOL ARGUMENT...", "reads, changes and converts configuration documents", storeTool, HAS_TOOLS },
     { "text", "TOOL ARGUMENT...", "converts, normalises and changes text", textTool, HAS_TOOLS },

@@ -46,12 +46,17 @@ bool isMalformed( uint8_t lead, uint8_t second )
 {
     switch( lead )
     {
-        case 0xC0:
-        case 0xC1: return isTail( second );
-        case 0xE0: return second >= 0x80 && second < 0xA0;
-        case 0xED: return second >= 0xA0 && second < 0xC0;
-        case 0xF0: return second >= 0x80 && second < 0x90;
-        default: return false;
+    case 0xC0:
+    case 0xC1:
+        return isTail( second );
+    case 0xE0:
+        return second >= 0x80 && second < 0xA0;
+    case 0xED:
+        return second >= 0xA0 && second < 0xC0;
+    case 0xF0:
+        return second >= 0x80 && second < 0x90;
+    default:
+        return false;
     }
 }
 
@@ -276,9 +281,9 @@ bool Decoder::isReplacement( QV_INT at, QV_INT count ) const
         QV_INT  charset;
         uint8_t bytes[4];
     } FORMS[] = {
-        { QV_CHARSET_UTF_8, { 0xEF, 0xBF, 0xBD } },    { QV_CHARSET_UTF_16, { 0xFD, 0xFF } },
-        { QV_CHARSET_UTF_16_BE, { 0xFF, 0xFD } },      { QV_CHARSET_UTF_16_LE, { 0xFD, 0xFF } },
-        { QV_CHARSET_UTF_32, { 0xFD, 0xFF, 0, 0 } },   { QV_CHARSET_UTF_32_BE, { 0, 0, 0xFF, 0xFD } },
+        { QV_CHARSET_UTF_8, { 0xEF, 0xBF, 0xBD } },     { QV_CHARSET_UTF_16, { 0xFD, 0xFF } },
+        { QV_CHARSET_UTF_16_BE, { 0xFF, 0xFD } },       { QV_CHARSET_UTF_16_LE, { 0xFD, 0xFF } },
+        { QV_CHARSET_UTF_32, { 0xFD, 0xFF, 0, 0 } },    { QV_CHARSET_UTF_32_BE, { 0, 0, 0xFF, 0xFD } },
         { QV_CHARSET_UTF_32_LE, { 0xFD, 0xFF, 0, 0 } },
     };
 
@@ -314,8 +319,8 @@ Ref< QV_STRING > Decoder::decode( QV_INT count, QV_INT flags ) const
 {
     Ref< QV_BUFFER > bytes( qvBufferCreateFromBytesCopy( bytes_, count ) );
 
-    return Ref< QV_STRING >( qvCharsetBufferToStringWithFlags(
-        charset_, bytes, flags | QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK ) );
+    return Ref< QV_STRING >(
+        qvCharsetBufferToStringWithFlags( charset_, bytes, flags | QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK ) );
 }
 
 // Decodes the first `count` bytes and drops them.

@@ -32,7 +32,8 @@ QV_INT lineEndLength( QV_STRING *line )
     if( length == 0 || !isLineEnd( qvStringCharAt( line, length - 1 ) ) )
         return 0;
 
-    return length > 1 && qvStringCharAt( line, length - 2 ) == 0x0D && qvStringCharAt( line, length - 1 ) == 0x0A ? 2 : 1;
+    return length > 1 && qvStringCharAt( line, length - 2 ) == 0x0D && qvStringCharAt( line, length - 1 ) == 0x0A ? 2
+                                                                                                                  : 1;
 }
 
 Ref< QV_STRING > withoutLineEnd( QV_STRING *line )
@@ -90,7 +91,7 @@ bool Document::parse( QV_BUFFER *bytes )
     if( byteOrderMark_ )
         qvBufferDelLeading( content.at(), 3 );
 
-    const char *utf8 = static_cast< const char * >( static_cast< const void * >( qvBufferBacking( content ) ) );
+    const char      *utf8 = static_cast< const char * >( static_cast< const void * >( qvBufferBacking( content ) ) );
     Ref< QV_STRING > text( qvStringCreateFromUtf8( utf8, qvBufferLength( content ) ) );
 
     const QV_CHAR *chs   = qvStringBacking( text );
@@ -275,12 +276,14 @@ QV_INT Document::lastNeighbour( QV_STRING *path ) const
 {
     QV_INT result = last_;
 
-    visitAbove( path, true, [&]( QV_STRING *above )
-    {
-        QV_INT place = placeOf( above );
-        result       = place == NONE ? result : place;
-        return true;
-    } );
+    visitAbove(
+        path, true,
+        [&]( QV_STRING *above )
+        {
+            QV_INT place = placeOf( above );
+            result       = place == NONE ? result : place;
+            return true;
+        } );
 
     return result;
 }
@@ -295,10 +298,13 @@ void Document::findPlaces( QV_VECTOR *paths )
     {
         Ref< QV_STRING > path = wordAt( paths, i );
 
-        visitAbove( path, true, [&]( QV_STRING *above ) {
-            qvDictSetStringKey( places_.at(), above, none );
-            return true;
-        } );
+        visitAbove(
+            path, true,
+            [&]( QV_STRING *above )
+            {
+                qvDictSetStringKey( places_.at(), above, none );
+                return true;
+            } );
 
         qvDictSetStringKey( places_.at(), path, none );
     }

@@ -17,7 +17,7 @@ public:
     Document() = default;
     ~Document();
 
-    Document( const Document & ) = delete;
+    Document( const Document & )            = delete;
     Document &operator=( const Document & ) = delete;
 
     /** Splits the text of a file into lines. False if it is no proper UTF-8, which could not be written back as it

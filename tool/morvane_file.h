@@ -44,7 +44,7 @@ public:
     FileReplacement() = default;
     ~FileReplacement();
 
-    FileReplacement( const FileReplacement & ) = delete;
+    FileReplacement( const FileReplacement & )            = delete;
     FileReplacement &operator=( const FileReplacement & ) = delete;
 
     /** For a caller that reads a file and replaces it by what becomes of it: waits until no other such run is under
@@ -63,7 +63,12 @@ private:
     const char *commitBeside();
     const char *overwrite();
 
-    enum Way { DIRECTLY, OVER, BESIDE };
+    enum Way
+    {
+        DIRECTLY,
+        OVER,
+        BESIDE
+    };
 
     Way   way_    = DIRECTLY;
     bool  isRead_ = false;   // before it is replaced, as a whole

@@ -36,7 +36,7 @@ public:
         free( bytes_ );
     }
 
-    Attribute( const Attribute & ) = delete;
+    Attribute( const Attribute & )            = delete;
     Attribute &operator=( const Attribute & ) = delete;
 
     const char *bytes() const

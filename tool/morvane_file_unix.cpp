@@ -78,7 +78,7 @@ public:
         qvMemFree( text_ );
     }
 
-    Name( const Name & ) = delete;
+    Name( const Name & )            = delete;
     Name &operator=( const Name & ) = delete;
 
     const char *text() const

@@ -153,10 +153,10 @@ void setVersion( QV_STORE **store, const char *key, QV_INT value )
 
 Ref< QV_STORE > describe( QV_MODULE *module )
 {
-    const QV_MODULE_RECORD   *record = module->moduleRecord;
-    Ref< QV_MODULE_VERSION >  version( qvModuleVersion( module ) );
-    Ref< QV_STORE >           store( qvStoreCreate() );
-    Ref< QV_STORE >           product( qvStoreCreate() );
+    const QV_MODULE_RECORD  *record = module->moduleRecord;
+    Ref< QV_MODULE_VERSION > version( qvModuleVersion( module ) );
+    Ref< QV_STORE >          store( qvStoreCreate() );
+    Ref< QV_STORE >          product( qvStoreCreate() );
 
     set( store.at(), "name", record->name );
     set( store.at(), "description", record->description );

@@ -103,8 +103,7 @@ Ref< QV_STORE > readStore( QV_STRING *fn, bool binary )
     if( !bytes )
         return {};
 
-    Ref< QV_STORE > store(
-        binary ? qvStoreTryDecodeFromBuffer( bytes ) : qvStoreTryDecodeFromTextBuffer( bytes ) );
+    Ref< QV_STORE > store( binary ? qvStoreTryDecodeFromBuffer( bytes ) : qvStoreTryDecodeFromTextBuffer( bytes ) );
 
     if( !store )
         complain( COMMAND, fn, binary ? binaryProblem( bytes ) : "no document in text form" );
@@ -366,7 +365,7 @@ QV_BOOL convert( QV_VECTOR *argv, void *context, bool fromBinary )
 
     Ref< QV_BUFFER > bytes( fromBinary ? qvStoreEncodeToTextBuffer( store ) : qvStoreEncodeToBuffer( store ) );
 
-    FileReplacement  replacement;
+    FileReplacement replacement;
 
     if( !writeBytes( &replacement, wordAt( words, 1 ), bytes ) )
         return QV_FALSE;
@@ -390,11 +389,16 @@ const char *skipReason( QV_INT code )
 {
     switch( code )
     {
-        case QV___STORE_LINE_EMPTY: return "the line is empty";
-        case QV___STORE_LINE_NO_SEPARATOR: return "neither . nor = follows an address";
-        case QV___STORE_LINE_BAD_ADDRESS: return "what stands before the separator is no address";
-        case QV___STORE_LINE_TOO_DEEP: return "nested too deep";
-        default: return nullptr;
+    case QV___STORE_LINE_EMPTY:
+        return "the line is empty";
+    case QV___STORE_LINE_NO_SEPARATOR:
+        return "neither . nor = follows an address";
+    case QV___STORE_LINE_BAD_ADDRESS:
+        return "what stands before the separator is no address";
+    case QV___STORE_LINE_TOO_DEEP:
+        return "nested too deep";
+    default:
+        return nullptr;
     }
 }
 
@@ -424,8 +428,8 @@ QV_BOOL check( QV_VECTOR *argv, void *context )
     if( !bytes )
         return QV_FALSE;
 
-    Ref< QV_VECTOR > lines = linesOf( bytes );
-    bool complete = true;
+    Ref< QV_VECTOR > lines    = linesOf( bytes );
+    bool             complete = true;
 
     for( QV_INT i = 0; i < qvVectorLength( lines ); i++ )
     {

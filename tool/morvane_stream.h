@@ -19,7 +19,7 @@ public:
     Streams() = default;
     ~Streams();
 
-    Streams( const Streams & ) = delete;
+    Streams( const Streams & )            = delete;
     Streams &operator=( const Streams & ) = delete;
 
     /** Opens both ends. False, with a line on the standard error stream, if one cannot be opened. */

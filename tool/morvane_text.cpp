@@ -61,8 +61,8 @@ QV_BOOL normalize( QV_VECTOR *argv, void *context )
     static const Option      FORM    = { "form", true };
     static const char *const FORMS[] = { "nfc", "nfkc", "nfd", "nfkd" }; // in the order of the values
 
-    Arguments           arguments;
-    Ref< QV_STRING >    in, out;
+    Arguments        arguments;
+    Ref< QV_STRING > in, out;
 
     if( !arguments.read( argv, &FORM, 1 ) || !readNames( arguments, &in, &out ) || arguments.optionCount() != 1 )
         return QV_FALSE;
@@ -132,7 +132,8 @@ void replaceNewlines( QV_STRING **piece, QV_STRING *terminator, bool *cut )
 QV_BOOL setNewlines( QV_VECTOR *argv, void *context )
 {
     static const Option      NEWLINE = { "newline", true };
-    static const char *const NAMES[] = { "lf", "cr", "crlf", "nel", "vt", "ff", "ls", "ps" }; // in the order of the flags
+    static const char *const NAMES[] = { "lf", "cr", "crlf", "nel",
+                                         "vt", "ff", "ls",   "ps" }; // in the order of the flags
 
     Arguments        arguments;
     Ref< QV_STRING > in, out;

@@ -168,7 +168,7 @@ QV_INT firstLacking( QV_STRING *text, QV_INT count, QV_INT charset )
 
     while( bad - good > 1 )
     {
-        QV_INT half = ( good + bad ) / 2;
+        QV_INT half                                                                                = ( good + bad ) / 2;
         ( encode( text, half, charset, QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER ) ? good : bad ) = half;
     }
 
@@ -276,7 +276,14 @@ QV_INT flagsOf( QV_STRING *invalid )
 
 QV_BOOL convertText( QV_VECTOR *argv, void *context )
 {
-    enum { FROM, TO, INVALID, BOM, OPTION_COUNT };
+    enum
+    {
+        FROM,
+        TO,
+        INVALID,
+        BOM,
+        OPTION_COUNT
+    };
 
     static const Option OPTIONS[OPTION_COUNT] = {
         { "from", true }, { "to", true }, { "invalid", true }, { "bom", false } };

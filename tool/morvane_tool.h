@@ -74,7 +74,7 @@ void runTool( const char *command, const Tool *tools, int count, QV_VECTOR *argv
 /** An option that a tool takes. */
 struct Option
 {
-    const char *name;        // without the dashes
+    const char *name; // without the dashes
     bool        hasArgument;
     bool        repeats = false; // may be given more than once
 };
@@ -94,9 +94,9 @@ public:
     }
 
     /** The options that were given, in their order: the place of each in the table, and its argument. */
-    QV_INT                 optionCount() const;
-    QV_INT                 optionAt( QV_INT idx ) const;
-    qv::Ref< QV_STRING >   argumentAt( QV_INT idx ) const;
+    QV_INT               optionCount() const;
+    QV_INT               optionAt( QV_INT idx ) const;
+    qv::Ref< QV_STRING > argumentAt( QV_INT idx ) const;
 
 private:
     qv::Ref< QV_VECTOR > words_;

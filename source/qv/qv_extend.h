@@ -67,9 +67,9 @@
 #include "qv/runtime/qv_ref.h"
 #endif
 
-#define QV___JOIN( a, b )    QV___JOIN_NOW( a, b )
+#define QV___JOIN( a, b )     QV___JOIN_NOW( a, b )
 #define QV___JOIN_NOW( a, b ) a##b
-#define QV___QUOTE( a )      QV___QUOTE_NOW( a )
+#define QV___QUOTE( a )       QV___QUOTE_NOW( a )
 #define QV___QUOTE_NOW( a )   #a
 
 /* Families of a module ------------------------------------------------------------------------------------------- */
@@ -180,18 +180,17 @@ constexpr QV_MODULE qv___ModuleOf( const QV_MODULE_RECORD *record, const QV___MO
 /* What is given stands behind the value it replaces, which compilers tell of otherwise. */
 #define QV_MODULE_DEFINE( info, funcs )                                                                                \
     _Pragma( "GCC diagnostic push" )                                                                                   \
-    _Pragma( "GCC diagnostic ignored \"-Woverride-init\"" )                                                            \
-    static const QV_MODULE_RECORD QV___JOIN( QV_MODULE_NAME, ___module_record ) = {                                    \
-        .recordVersion         = QV_MODULE_RECORD_VERSION,                                                             \
-        .productVersionMajor   = -1,                                                                                   \
-        .productVersionMinor   = -1,                                                                                   \
-        .productVersionRelease = -1,                                                                                   \
-        .name                  = QV___QUOTE( QV_MODULE_NAME ),                                                         \
-        .deps                  = "",                                                                                   \
-        .exts                  = "",                                                                                   \
-        info };                                                                                                        \
-    _Pragma( "GCC diagnostic pop" )                                                                                    \
-    QV_MODULE QV_THIS_MODULE = {                                                                                       \
+        _Pragma( "GCC diagnostic ignored \"-Woverride-init\"" ) static const QV_MODULE_RECORD QV___JOIN(               \
+            QV_MODULE_NAME, ___module_record ) = {                                                                     \
+            .recordVersion         = QV_MODULE_RECORD_VERSION,                                                         \
+            .productVersionMajor   = -1,                                                                               \
+            .productVersionMinor   = -1,                                                                               \
+            .productVersionRelease = -1,                                                                               \
+            .name                  = QV___QUOTE( QV_MODULE_NAME ),                                                     \
+            .deps                  = "",                                                                               \
+            .exts                  = "",                                                                               \
+            info };                                                                                                    \
+    _Pragma( "GCC diagnostic pop" ) QV_MODULE QV_THIS_MODULE = {                                                       \
         .obj          = QV___STATIC_HEADER( QV___OBJ_TYPE_MODULE ),                                                    \
         .moduleRecord = &QV___JOIN( QV_MODULE_NAME, ___module_record ),                                                \
         funcs }

@@ -26,8 +26,9 @@ TEST( Alert, FiresATargetForOneSettingOnly )
 {
     Ref        alert( qvAlertCreate() );
     std::array barriers{ Ref( qvBarrierCreate( QV_TRUE ) ), Ref( qvBarrierCreate( QV_TRUE ) ) };
-    std::array alertables{ Ref( qvAlertableCreate( count, nullptr ) ), Ref( qvAlertableCreate( count, nullptr ) ),
-                           Ref( qvAlertableCreate( count, nullptr ) ) };
+    std::array alertables{
+        Ref( qvAlertableCreate( count, nullptr ) ), Ref( qvAlertableCreate( count, nullptr ) ),
+        Ref( qvAlertableCreate( count, nullptr ) ) };
 
     auto add = [&]
     {

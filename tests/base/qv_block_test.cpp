@@ -18,39 +18,93 @@ namespace
 {
 struct Text
 {
-    Ref< QV_STRING > object { qvStringCreate() };
+    Ref< QV_STRING > object{ qvStringCreate() };
 
-    void append()    { qvStringAppendChar( object.at(), U'a' ); }
-    void prepend()   { qvStringPrependChar( object.at(), U'a' ); }
-    void dropFront() { qvStringDelLeading( object.at(), 1 ); }
-    void dropBack()  { qvStringDelTrailing( object.at(), 1 ); }
-    void compact()   { qv___StringCompact( object ); }
-    QV_INT length()  { return object->length; }
+    void append()
+    {
+        qvStringAppendChar( object.at(), U'a' );
+    }
+    void prepend()
+    {
+        qvStringPrependChar( object.at(), U'a' );
+    }
+    void dropFront()
+    {
+        qvStringDelLeading( object.at(), 1 );
+    }
+    void dropBack()
+    {
+        qvStringDelTrailing( object.at(), 1 );
+    }
+    void compact()
+    {
+        qv___StringCompact( object );
+    }
+    QV_INT length()
+    {
+        return object->length;
+    }
 };
 
 struct Bytes
 {
-    Ref< QV_BUFFER > object { qvBufferCreate() };
+    Ref< QV_BUFFER > object{ qvBufferCreate() };
 
-    void append()    { qvBufferAppendByte( object.at(), 1 ); }
-    void prepend()   { qvBufferPrependByte( object.at(), 1 ); }
-    void dropFront() { qvBufferDelLeading( object.at(), 1 ); }
-    void dropBack()  { qvBufferDelTrailing( object.at(), 1 ); }
-    void compact()   { qv___BufferCompact( object ); }
-    QV_INT length()  { return qvBufferLength( object ); }
+    void append()
+    {
+        qvBufferAppendByte( object.at(), 1 );
+    }
+    void prepend()
+    {
+        qvBufferPrependByte( object.at(), 1 );
+    }
+    void dropFront()
+    {
+        qvBufferDelLeading( object.at(), 1 );
+    }
+    void dropBack()
+    {
+        qvBufferDelTrailing( object.at(), 1 );
+    }
+    void compact()
+    {
+        qv___BufferCompact( object );
+    }
+    QV_INT length()
+    {
+        return qvBufferLength( object );
+    }
 };
 
 struct Objects
 {
-    Ref< QV_VECTOR >    object { qvVectorCreate() };
-    Ref< QV_BOXED_INT > element { qvBoxedIntCreate( 1 ) };
+    Ref< QV_VECTOR >    object{ qvVectorCreate() };
+    Ref< QV_BOXED_INT > element{ qvBoxedIntCreate( 1 ) };
 
-    void append()    { qvVectorAppendObj( object.at(), qv::obj( element.get() ) ); }
-    void prepend()   { qvVectorPrependObj( object.at(), qv::obj( element.get() ) ); }
-    void dropFront() { qvVectorDelLeading( object.at(), 1 ); }
-    void dropBack()  { Ref< QV_OBJ > last( qvVectorPop( object.at() ) ); }
-    void compact()   { qv___VectorCompact( object ); }
-    QV_INT length()  { return object->length; }
+    void append()
+    {
+        qvVectorAppendObj( object.at(), qv::obj( element.get() ) );
+    }
+    void prepend()
+    {
+        qvVectorPrependObj( object.at(), qv::obj( element.get() ) );
+    }
+    void dropFront()
+    {
+        qvVectorDelLeading( object.at(), 1 );
+    }
+    void dropBack()
+    {
+        Ref< QV_OBJ > last( qvVectorPop( object.at() ) );
+    }
+    void compact()
+    {
+        qv___VectorCompact( object );
+    }
+    QV_INT length()
+    {
+        return object->length;
+    }
 };
 
 // Counts the elements that changes of a sequence move: all of them when one in the middle is somewhere else afterwards.
@@ -78,10 +132,18 @@ struct Counted
 
         switch( change )
         {
-        case '<': sequence.prepend(), middle++; break;
-        case '(': sequence.dropFront(), middle--; break;
-        case '>': sequence.append(); break;
-        case ')': sequence.dropBack(); break;
+        case '<':
+            sequence.prepend(), middle++;
+            break;
+        case '(':
+            sequence.dropFront(), middle--;
+            break;
+        case '>':
+            sequence.append();
+            break;
+        case ')':
+            sequence.dropBack();
+            break;
         }
 
         steps++;

@@ -28,9 +28,8 @@ TEST( Boxed, ValuesHaveTextsAndOrder )
     Ref< QV_BOXED_NULL > null( qvBoxedNullCreate() );
 
     // The sorts by their names, and within a sort the values.
-    QV_OBJ *const     ordered[] = { any( no ),   any( yes ), any( low ), any( high ),
-                                    any( null ), any( one ), any( more ) };
-    const char *const texts[]   = { "false", "true", "-9223372036854775808", "1000", "null", "1.000000", "1.500000" };
+    QV_OBJ *const ordered[] = { any( no ), any( yes ), any( low ), any( high ), any( null ), any( one ), any( more ) };
+    const char *const texts[] = { "false", "true", "-9223372036854775808", "1000", "null", "1.000000", "1.500000" };
 
     for( int a = 0; a < 7; a++ )
     {
@@ -67,7 +66,13 @@ TEST( Boxed, PointersAreFreedOnceAndOrderByAddress )
     freed = 0;
 
     int                       values[2] = {};
-    Ref< QV___BOXED_POINTER > low( qv___BoxedPointerCreate( &values[0], []( void *value ) { ++*static_cast< int * >( value ); ++freed; } ) );
+    Ref< QV___BOXED_POINTER > low( qv___BoxedPointerCreate(
+        &values[0],
+        []( void *value )
+        {
+            ++*static_cast< int * >( value );
+            ++freed;
+        } ) );
     Ref< QV___BOXED_POINTER > high( qv___BoxedPointerCreate( &values[1], nullptr ) );
 
     EXPECT_EQ( -1, qv___BoxedPointerCompare( low, high ) );

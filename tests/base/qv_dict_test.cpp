@@ -169,7 +169,8 @@ TEST( Dict, SetsCostTheSmallerOneOrTheirSum )
             qvDictSetObjKey( few.at(), key, value );
     }
 
-    auto expectSteps = [&]( QV_INT most, auto operation ) {
+    auto expectSteps = [&]( QV_INT most, auto operation )
+    {
         comparisons = 0;
         bytesMoved  = 0;
         operation();
@@ -195,7 +196,7 @@ TEST( Dict, AllocatesLittleForFewEntries )
     GTEST_SKIP() << "the heap is the sanitizer's";
 #endif
     std::vector< Ref< QV_DICT > > dicts( 1000 );
-    Ref< QV_OBJ >                 value = boxed( 1 );
+    Ref< QV_OBJ >                 value  = boxed( 1 );
     size_t                        before = mallinfo2().uordblks;
 
     for( Ref< QV_DICT > &dict : dicts )
@@ -210,8 +211,9 @@ TEST( Dict, AllocatesLittleForFewEntries )
 
 TEST( Dict, StaysWholeWhenOtherFamiliesUseItsVariableMeanwhile )
 {
-    using Operation = std::function< void( QV_DICT **, QV_DICT * ) >;
-    const std::pair< Operation, QV_INT > operations[] = { // with the length that each leads to
+    using Operation                                   = std::function< void( QV_DICT **, QV_DICT * ) >;
+    const std::pair< Operation, QV_INT > operations[] = {
+        // with the length that each leads to
         { []( QV_DICT **dict, QV_DICT * ) { qvDictSetObjKey( dict, probe( 5000 ), probe( 0 ) ); }, 2001 },
         { []( QV_DICT **dict, QV_DICT * ) { qvDictSetObjKey( dict, probe( 0 ), probe( 0 ) ); }, 2000 },
         { []( QV_DICT **dict, QV_DICT * ) { qvDictDelObjKey( dict, probe( 7 ) ); }, 1999 },
@@ -225,7 +227,8 @@ TEST( Dict, StaysWholeWhenOtherFamiliesUseItsVariableMeanwhile )
         { []( QV_DICT **dict, QV_DICT * ) { qv___DictClear( dict ); }, 0 },
     };
 
-    auto dictOf = []( QV_INT from ) {
+    auto dictOf = []( QV_INT from )
+    {
         Ref< QV_DICT > dict( qvDictCreate() );
         for( QV_INT i = from; i < from + 2000; i++ )
             qvDictSetObjKey( dict.at(), probe( i ), probe( i % 10 ) );
@@ -238,7 +241,8 @@ TEST( Dict, StaysWholeWhenOtherFamiliesUseItsVariableMeanwhile )
         {
             Ref< QV_DICT > dict = dictOf( 0 ), other = dictOf( 500 );
             bool           cleared = false;
-            *when = [&] {
+            *when                  = [&]
+            {
                 cleared = true;
                 qvDictClear( dict.at() );
                 qvDictClear( other.at() );
@@ -334,6 +338,5 @@ TEST( Dict, ReportsBrokenContracts )
     EXPECT_BROKEN( qvDictKeyAt( dict, -1 ), "idx >= 0" );
     EXPECT_BROKEN( qvDictInclude( dict.at(), nullptr, QV_TRUE ), "src" );
     EXPECT_BROKEN(
-        qvDictCreateWithKeysAndValues( none, one ),
-        "qvVectorLength( keysVector ) == qvVectorLength( valuesVector )" );
+        qvDictCreateWithKeysAndValues( none, one ), "qvVectorLength( keysVector ) == qvVectorLength( valuesVector )" );
 }

@@ -162,7 +162,7 @@ QV_BOOL decodeInto( QV_DECODER *dec, bool keep )
 {
     T       value = {};
     QV_BOOL ok    = decode( dec, keep ? &value : nullptr );
-    EXPECT_EQ( T {}, value );
+    EXPECT_EQ( T{}, value );
     return ok;
 }
 
@@ -175,14 +175,22 @@ TEST( Decoder, BadBytesSetTheError )
 
     const std::pair< std::vector< uint8_t >, QV_BOOL ( * )( QV_DECODER *, bool ) > cases[] = {
         { { 2 }, decodeInto< qvDecoderTryDecodeBool, QV_BOOL > },
-        { { 0xA0, 0, 0 }, ch }, { { 0xC0, 0, 0 }, ch }, { { 0x91, 0, 0 }, ch }, { { 0x80, 0 }, ch },
-        { { 1, 3, 'a', 'b' }, string }, { { 8, 0x7F, 0, 0, 0, 0, 0, 0, 0, 'a' }, string },
+        { { 0xA0, 0, 0 }, ch },
+        { { 0xC0, 0, 0 }, ch },
+        { { 0x91, 0, 0 }, ch },
+        { { 0x80, 0 }, ch },
+        { { 1, 3, 'a', 'b' }, string },
+        { { 8, 0x7F, 0, 0, 0, 0, 0, 0, 0, 'a' }, string },
         { { 1, 2, 0x9F, 0xFF, 0xFF, 'a' }, string },
         { { 0x81, 1, 'a' }, decodeInto< qvDecoderTryDecodeBuffer, QV_BUFFER * > },
-        { { 1, 2, 1, 1, 'a', 1, 1 }, vector }, { { 8, 0x10, 0, 0, 0, 0, 0, 0, 0, 0, 0 }, vector },
-        { {}, integer }, { { 0x02, 1 }, integer }, { { 0x7F, 0x81, 0x01, 0xAA }, integer },
+        { { 1, 2, 1, 1, 'a', 1, 1 }, vector },
+        { { 8, 0x10, 0, 0, 0, 0, 0, 0, 0, 0, 0 }, vector },
+        { {}, integer },
+        { { 0x02, 1 }, integer },
+        { { 0x7F, 0x81, 0x01, 0xAA }, integer },
         { { 0x09, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF }, integer },
-        { { 0x08, 0x80, 0, 0, 0, 0, 0, 0, 0 }, integer }, { { 0x88, 0x80, 0, 0, 0, 0, 0, 0, 1 }, integer },
+        { { 0x08, 0x80, 0, 0, 0, 0, 0, 0, 0 }, integer },
+        { { 0x88, 0x80, 0, 0, 0, 0, 0, 0, 1 }, integer },
         { { 0x7F, 0x08, 0x7F, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 1 }, integer },
     };
 

@@ -16,8 +16,8 @@ TEST( Enum, TextFromOutsideIsANameOrTheNumberOfOne )
     qvEnumSetEnumerantWcstr( en.at(), L"COLOUR_BLUE and more", 11, 16 );
 
     const std::pair< const char *, QV_INT > CASES[] = {
-        { "COLOUR_BLUE", 16 }, { "\t COLOUR_BLUE\n", 16 }, { " 16 ", 16 },  { "0x10", 16 }, { "2:1", 1 }, { "", -1 },
-        { "2", -1 },           { "16 COLOUR_BLUE", -1 },  { "-1", -1 },    { "blue", -1 },  { "0", 0 },   { " ", -1 },
+        { "COLOUR_BLUE", 16 }, { "\t COLOUR_BLUE\n", 16 }, { " 16 ", 16 }, { "0x10", 16 }, { "2:1", 1 }, { "", -1 },
+        { "2", -1 },           { "16 COLOUR_BLUE", -1 },   { "-1", -1 },   { "blue", -1 }, { "0", 0 },   { " ", -1 },
     };
 
     for( const auto &[given, value] : CASES )

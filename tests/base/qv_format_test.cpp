@@ -115,7 +115,10 @@ TEST( Format, ConversionsOfText )
     EXPECT_EQ( dots + "hello", formatted( ( dots + "%s" ).c_str(), hello.get() ) );
     EXPECT_EQ( dots + "hello", take( qvStringCreateFromFormatCstr( ( dots + "%s" ).c_str(), -1, hello.get() ) ) );
     EXPECT_EQ( dots + "hello", take( qvStringCreateFromFormatWcstr( ( wideDots + L"%s" ).c_str(), -1, hello.get() ) ) );
-    EXPECT_EQ( "\xC3\xA9" "7", take( qvStringCreateFromFormatCstr( "\xC3\xA9%i%", 4, QV_INT( 7 ) ) ) );
+    EXPECT_EQ(
+        "\xC3\xA9"
+        "7",
+        take( qvStringCreateFromFormatCstr( "\xC3\xA9%i%", 4, QV_INT( 7 ) ) ) );
 }
 
 TEST( Format, ConsumedArgumentsAreGivenUp )
@@ -133,7 +136,8 @@ TEST( Format, ConsumedArgumentsAreGivenUp )
 
 TEST( Format, TheListIsAdvancedAndTheTextIsAnOrdinaryString )
 {
-    auto twice = []( QV_STRING *fmt, ... ) {
+    auto twice = []( QV_STRING *fmt, ... )
+    {
         va_list argList;
         va_start( argList, fmt );
         Ref< QV_STRING > first( qv___FormatArgList( fmt, &argList ) ), second( qv___FormatArgList( fmt, &argList ) );

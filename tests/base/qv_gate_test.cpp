@@ -114,7 +114,7 @@ TEST( Region, ReadersShareAndWritersAreAlone )
 
 TEST( Region, ASharedUserWhoComesAfterAnExclusiveClaimWaits )
 {
-    Ref< QV_REGION > region( qvRegionCreate() );
+    Ref< QV_REGION >    region( qvRegionCreate() );
     std::atomic< bool > written{ false };
     qvRegionEnterShared( region );
 

@@ -130,7 +130,7 @@ TEST( Generation, ThreadsNeverShareANumber )
                     for( size_t i = 0; i < COUNT; i++ )
                     {
                         Generation root( qvGenerationCreate() );
-                        Generation child               = childOf( parent );
+                        Generation child                 = childOf( parent );
                         texts[2 * ( t * COUNT + i )]     = textOf( root.get() );
                         texts[2 * ( t * COUNT + i ) + 1] = textOf( child.get() );
 

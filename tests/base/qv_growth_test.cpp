@@ -29,7 +29,8 @@ extern "C"
 
     void *memmove( void *dest, const void *src, size_t size ) noexcept
     {
-        static auto next = reinterpret_cast< void *(*)( void *, const void *, size_t ) >( dlsym( RTLD_NEXT, "memmove" ) );
+        static auto next =
+            reinterpret_cast< void *(*)( void *, const void *, size_t ) >( dlsym( RTLD_NEXT, "memmove" ) );
         bytesMoved += size;
 
         return next( dest, src, size );
@@ -56,11 +57,16 @@ QV_INT inOrder( int kind, QV_INT i, QV_INT n )
 {
     switch( kind )
     {
-        case 0: return i;
-        case 1: return n - i;
-        case 2: return i % 2 ? n - i / 2 : i / 2;                 // towards the middle
-        case 3: return n / 2 + ( i % 2 ? i / 2 : -i / 2 );        // from the middle outwards
-        default: return static_cast< QV_INT >( i * 2654435761u % 4294967291u );
+    case 0:
+        return i;
+    case 1:
+        return n - i;
+    case 2:
+        return i % 2 ? n - i / 2 : i / 2; // towards the middle
+    case 3:
+        return n / 2 + ( i % 2 ? i / 2 : -i / 2 ); // from the middle outwards
+    default:
+        return static_cast< QV_INT >( i * 2654435761u % 4294967291u );
     }
 }
 
@@ -74,7 +80,9 @@ Ref< QV_STORE > document( int kind, QV_INT n, bool nested )
     for( QV_INT i = 0; i < n; i++ )
     {
         const char *form = nested ? "s%llx.a.value=%lld\n" : "%llx=%lld\n";
-        snprintf( line, sizeof( line ), form, static_cast< long long >( inOrder( kind, i, n ) ), static_cast< long long >( i ) );
+        snprintf(
+            line, sizeof( line ), form, static_cast< long long >( inOrder( kind, i, n ) ),
+            static_cast< long long >( i ) );
         lines += line;
     }
 
@@ -137,7 +145,8 @@ void readOptions( int kind, QV_INT n )
     qvVectorAppendString( argv.at(), text( "-" + std::string( static_cast< size_t >( n ), 'a' ) ) );
 
     for( QV_INT i = 0; i < n; i++ )
-        i % 3 < kind ? qvVectorAppendInt( argv.at(), i ) : qvVectorAppendString( argv.at(), text( i % 2 ? "-a" : "plain" ) );
+        i % 3 < kind ? qvVectorAppendInt( argv.at(), i )
+                     : qvVectorAppendString( argv.at(), text( i % 2 ? "-a" : "plain" ) );
 
     Ref< QV_OPT_SEQ > seq( qvOptSeqCreate( def, argv ) );
 
@@ -163,9 +172,12 @@ double steps( Work work, int kind, QV_INT n )
 TEST( Growth, TenTimesAsMuchCostsLittleMoreThanTenTimes )
 {
     const std::pair< const char *, void ( * )( int, QV_INT ) > WORKS[] = {
-        { "document", readDocument },           { "nested document", readNested },
-        { "whole documents", writeMergeAndCompare }, { "changes of a document", changeDocument },
-        { "PriorityMap", changePriorityMap },   { "options", readOptions } };
+        { "document", readDocument },
+        { "nested document", readNested },
+        { "whole documents", writeMergeAndCompare },
+        { "changes of a document", changeDocument },
+        { "PriorityMap", changePriorityMap },
+        { "options", readOptions } };
 
     for( auto &[name, work] : WORKS )
     {

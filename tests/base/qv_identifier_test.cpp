@@ -48,8 +48,7 @@ TEST( Identifier, TakesNothingElse )
 
     for( const std::string &name : bad )
     {
-        Ref< QV_BUFFER > buffer(
-            qvBufferCreateFromBytesCopy( name.data(), static_cast< QV_INT >( name.size() ) ) );
+        Ref< QV_BUFFER > buffer( qvBufferCreateFromBytesCopy( name.data(), static_cast< QV_INT >( name.size() ) ) );
         EXPECT_EQ( nullptr, qvIdentifierTryCreateFromString( text( name ) ) ) << name;
         EXPECT_EQ( nullptr, qvIdentifierTryCreateFromBuffer( buffer ) ) << name;
     }

@@ -33,12 +33,12 @@ TEST( Name, GrammarOfNames )
         { "QV___A", "-P--" },
         { "A_B___C", "-P--" },
         { "A___B___C", "-P--" },
-        { "QV___", "----" },          // nothing behind it
+        { "QV___", "----" }, // nothing behind it
         { "qvObjFree", "--cp" },
         { "qv2D", "--cp" },
         { "qv___ObjFree", "---p" },
         { "qvRuntime___Startup", "---p" },
-        { "qvRuntimeOs___Startup", "----" },  // two upper-case letters before
+        { "qvRuntimeOs___Startup", "----" }, // two upper-case letters before
         { "qv___Obj___Free", "----" },
         { "___Obj", "---p" },
     };

@@ -6,7 +6,6 @@
 
 #include "qv/qv.h"
 
-
 #include <atomic>
 #include <thread>
 #include <vector>
@@ -80,7 +79,8 @@ void useDict( QV_OBJ *shared )
             qvDictDelAt( dict, 5 );
             qvDictDelValue( dict, key, QV_TRUE );
         } );
-    changeCopy< QV_DICT >( shared, [shared]( QV_DICT **dict ) { qvDictInclude( dict, as< QV_DICT >( shared ), QV_TRUE ); } );
+    changeCopy< QV_DICT >(
+        shared, [shared]( QV_DICT **dict ) { qvDictInclude( dict, as< QV_DICT >( shared ), QV_TRUE ); } );
     changeCopy< QV_DICT >( shared, [shared]( QV_DICT **dict ) { qvDictExclude( dict, as< QV_DICT >( shared ) ); } );
 }
 
@@ -134,7 +134,7 @@ const Case CASES[] = {
           EXPECT_TRUE( qvStringEquals( line, qvs ) );
           Ref< QV_ENCODER > encoder( qvEncoderCreate() );
           qvEncoderEncodeString( encoder, qvs );
-          Ref< QV_ENUM > names( qvEnumCreate() );
+          Ref< QV_ENUM >   names( qvEnumCreate() );
           Ref< QV_STRING > name = text( "NAME" );
           qvEnumSetEnumerant( names.at(), name, 1 );
       } },
@@ -144,9 +144,9 @@ const Case CASES[] = {
           QV_BUFFER *buf = as< QV_BUFFER >( shared );
           changeCopy< QV_BUFFER >( shared, [buf]( QV_BUFFER **copy ) { qvBufferInsert( copy, 3, buf ); } );
           changeCopy< QV_BUFFER >( shared, []( QV_BUFFER **copy ) { qvBufferBitDelInner( copy, 3, 17 ); } );
-          Ref< QV_BUFFER > view( qvBufferCreateFromBytesUseWithRef( qvBufferBacking( buf ), 5, shared ) );
+          Ref< QV_BUFFER >             view( qvBufferCreateFromBytesUseWithRef( qvBufferBacking( buf ), 5, shared ) );
           Ref< QV_BUFFER_BYTE_SOURCE > source( qvBufferByteSourceCreate( buf ) );
-          Ref< QV_BUFFER > read( qvBufferCreate() );
+          Ref< QV_BUFFER >             read( qvBufferCreate() );
           qvByteSourceRead( Ref< QV_BYTE_SOURCE >( qvBufferByteSourceByteSource( source ) ), read.at(), 100 );
           EXPECT_TRUE( qvBufferEquals( read, buf ) );
           Ref< QV_DECODER > decoder( qvDecoderCreate( buf ) );
@@ -191,7 +191,10 @@ const Case CASES[] = {
           return qvPriorityMapObj( map );
       },
       []( QV_OBJ *shared )
-      { changeCopy< QV_PRIORITY_MAP >( shared, []( QV_PRIORITY_MAP **map ) { qvPriorityMapSet( map, 4, number( 2 ) ); } ); } },
+      {
+          changeCopy< QV_PRIORITY_MAP >(
+              shared, []( QV_PRIORITY_MAP **map ) { qvPriorityMapSet( map, 4, number( 2 ) ); } );
+      } },
     { "Enum",
       []
       {
@@ -209,7 +212,9 @@ const Case CASES[] = {
           return qvFlagsetObj( names );
       },
       []( QV_OBJ *shared )
-      { changeCopy< QV_FLAGSET >( shared, []( QV_FLAGSET **names ) { qvFlagsetSetFlagCstr( names, "TWO", -1, 2 ); } ); } },
+      {
+          changeCopy< QV_FLAGSET >( shared, []( QV_FLAGSET **names ) { qvFlagsetSetFlagCstr( names, "TWO", -1, 2 ); } );
+      } },
     { "Time", [] { return qvTimeObj( qvTimeNow() ); },
       []( QV_OBJ *shared )
       {
@@ -224,14 +229,13 @@ const Case CASES[] = {
           Ref< QV_OPT_SEQ > seq( qvOptSeqCreate( as< QV_OPT_DEF >( shared ), Ref< QV_VECTOR >( makeVector() ) ) );
           EXPECT_TRUE( qvOptSeqHasNext( seq ) );
       } },
-    { "ToolSwitch", [] { return qvToolSwitchObj( qvToolSwitchCreate() ); },
-      []( QV_OBJ *shared )
+    { "ToolSwitch", [] { return qvToolSwitchObj( qvToolSwitchCreate() ); }, []( QV_OBJ *shared )
       { Ref< QV_TOOL_SWITCH > copy( qvToolSwitchCreateFrom( as< QV_TOOL_SWITCH >( shared ) ) ); } },
     { "Signal", [] { return qvSignalObj( qvSignalCreate() ); },
       []( QV_OBJ *shared )
       {
-          QV_SIGNAL         *signal = as< QV_SIGNAL >( shared );
-          Ref< QV_BARRIER >  barrier( qvBarrierCreate( QV_TRUE ) );
+          QV_SIGNAL           *signal = as< QV_SIGNAL >( shared );
+          Ref< QV_BARRIER >    barrier( qvBarrierCreate( QV_TRUE ) );
           Ref< QV_SIGNALABLE > target( qvSignalableCreateBarrier( barrier ) );
           qvSignalAddSignalable( signal, target );
           qvSignalAssert( signal );

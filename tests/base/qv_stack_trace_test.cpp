@@ -11,8 +11,7 @@ namespace
 // The stack of a thread that is `depth` calls deeper than the caller.
 __attribute__( ( noinline ) ) QV_STACK_TRACE *traceAt( int depth, QV_INT skip, QV_INT maxLength )
 {
-    QV_STACK_TRACE *result =
-        depth > 0 ? traceAt( depth - 1, skip, maxLength ) : qvStackTraceCreate( skip, maxLength );
+    QV_STACK_TRACE *result = depth > 0 ? traceAt( depth - 1, skip, maxLength ) : qvStackTraceCreate( skip, maxLength );
     __asm__ volatile( "" : : "r"( result ) : "memory" ); // keeps the frame
     return result;
 }

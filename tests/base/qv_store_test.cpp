@@ -52,8 +52,9 @@ Ref< QV_BUFFER > bufferOf( std::string_view bytes )
 
 std::string bytesOf( QV_BUFFER *buffer )
 {
-    return { static_cast< const char * >( static_cast< const void * >( qvBufferBacking( buffer ) ) ),
-             static_cast< size_t >( qvBufferLength( buffer ) ) };
+    return {
+        static_cast< const char * >( static_cast< const void * >( qvBufferBacking( buffer ) ) ),
+        static_cast< size_t >( qvBufferLength( buffer ) ) };
 }
 
 Ref< QV_STORE > fromText( std::string_view bytes )
@@ -111,15 +112,29 @@ std::string repeat( std::string_view part, int times )
         Ref< QV_STORE > s = Ref< QV_STORE >::share( base );                                                            \
         switch( form )                                                                                                 \
         {                                                                                                              \
-        case 0: qvStore##Name( s.at(), text( "a1" ) LIST behind ); break;                                              \
-        case 1: qvStore##Name##At( s.at(), 1 LIST behind ); break;                                                     \
-        case 2: qvStore##Name##Cstr( s.at(), "a1", 2 LIST behind ); break;                                             \
-        case 3: qvStore##Name##Wcstr( s.at(), L"a1", -1 LIST behind ); break;                                          \
-        case 4: qvStore##Name##Format( s.at(), text( "a%i" ) LIST behind, QV_INT( 1 ) ); break;                        \
-        case 5: qvStore##Name##FormatCstr( s.at(), "a%i", -1 LIST behind, QV_INT( 1 ) ); break;                        \
-        case 6: qvStore##Name##FormatWcstr( s.at(), L"a%i", 3 LIST behind, QV_INT( 1 ) ); break;                       \
+        case 0:                                                                                                        \
+            qvStore##Name( s.at(), text( "a1" ) LIST behind );                                                         \
+            break;                                                                                                     \
+        case 1:                                                                                                        \
+            qvStore##Name##At( s.at(), 1 LIST behind );                                                                \
+            break;                                                                                                     \
+        case 2:                                                                                                        \
+            qvStore##Name##Cstr( s.at(), "a1", 2 LIST behind );                                                        \
+            break;                                                                                                     \
+        case 3:                                                                                                        \
+            qvStore##Name##Wcstr( s.at(), L"a1", -1 LIST behind );                                                     \
+            break;                                                                                                     \
+        case 4:                                                                                                        \
+            qvStore##Name##Format( s.at(), text( "a%i" ) LIST behind, QV_INT( 1 ) );                                   \
+            break;                                                                                                     \
+        case 5:                                                                                                        \
+            qvStore##Name##FormatCstr( s.at(), "a%i", -1 LIST behind, QV_INT( 1 ) );                                   \
+            break;                                                                                                     \
+        case 6:                                                                                                        \
+            qvStore##Name##FormatWcstr( s.at(), L"a%i", 3 LIST behind, QV_INT( 1 ) );                                  \
+            break;                                                                                                     \
         }                                                                                                              \
-        EXPECT_EQ( ( Lines { __VA_ARGS__ } ), linesOf( s ) ) << form;                                                  \
+        EXPECT_EQ( ( Lines{ __VA_ARGS__ } ), linesOf( s ) ) << form;                                                   \
     }                                                                                                                  \
     EXPECT_EQ( before, linesOf( base ) )
 
@@ -131,7 +146,7 @@ TEST( Store, EveryFormReachesTheSameEntry )
 
 #define TRUE_RESULT( call )  EXPECT_EQ( QV_TRUE, call )
 #define VALUE_RESULT( call ) EXPECT_EQ( "7", take( call ) )
-#define STORE_RESULT( call ) EXPECT_EQ( Lines { "k=v" }, linesOf( Ref< QV_STORE >( call ) ) )
+#define STORE_RESULT( call ) EXPECT_EQ( Lines{ "k=v" }, linesOf( Ref< QV_STORE >( call ) ) )
 #define SCAN_RESULT( call )                                                                                            \
     truth = QV_FALSE, number = 0, real = 0.0;                                                                          \
     EXPECT_EQ( QV_TRUE, call );                                                                                        \
@@ -208,10 +223,10 @@ TEST( Store, TreesOfAnyDepthAreWrittenMergedAndCompared )
     Ref< QV_STORE >   a = chain( storeOf( { "v=1" } ) ), b = chain( storeOf( { "w=2" } ) );
     const std::string path = repeat( "a.", LEVELS );
 
-    EXPECT_TRUE( ( Lines { path + "v=1" } ) == linesOf( a ) );
+    EXPECT_TRUE( ( Lines{ path + "v=1" } ) == linesOf( a ) );
     EXPECT_TRUE( path + "w=2\n" == textFormOf( b ) );
     EXPECT_TRUE( repeat( "\1\1\1\1a\0\1"s, LEVELS ) + binaryOf( storeOf( { "v=1" } ) ) == binaryOf( a ) );
-    EXPECT_EQ( Lines { repeat( "a.", QV_STORE_MAX_DEPTH ) }, linesOf( fromText( textFormOf( a ) ) ) );
+    EXPECT_EQ( Lines{ repeat( "a.", QV_STORE_MAX_DEPTH ) }, linesOf( fromText( textFormOf( a ) ) ) );
     EXPECT_FALSE( fromBinary( binaryOf( a ) ) );
 
     EXPECT_TRUE( qvStoreEquals( a, chain( storeOf( { "v=1" } ) ) ) );
@@ -219,8 +234,8 @@ TEST( Store, TreesOfAnyDepthAreWrittenMergedAndCompared )
     // The one that was is copied level by level.
     Ref< QV_STORE > merged = Ref< QV_STORE >::share( a );
     qvStoreMerge( merged.at(), b );
-    EXPECT_TRUE( ( Lines { path + "v=1", path + "w=2" } ) == linesOf( merged ) );
-    EXPECT_TRUE( ( Lines { path + "v=1" } ) == linesOf( a ) );
+    EXPECT_TRUE( ( Lines{ path + "v=1", path + "w=2" } ) == linesOf( merged ) );
+    EXPECT_TRUE( ( Lines{ path + "v=1" } ) == linesOf( a ) );
 }
 
 #if !defined( __SANITIZE_ADDRESS__ ) && !defined( __SANITIZE_THREAD__ )
@@ -244,7 +259,7 @@ TEST( Store, DocumentsTakeMemoryInProportion )
 
         // How many bytes are allocated for one of the text.
         for( auto &[document, limit] :
-             { std::pair { ports, 40u }, { records, 40u }, { chains, 300u }, { again, 300u } } )
+             { std::pair{ ports, 40u }, { records, 40u }, { chains, 300u }, { again, 300u } } )
         {
             Ref< QV_BUFFER > bytes  = bufferOf( document );
             auto             before = mallinfo2();
@@ -268,7 +283,7 @@ TEST( Store, OrderIsByAddressesThenValuesThenStores )
 TEST( Store, WritingDoesNotCopyWhatNobodyElseHolds )
 {
     Ref< QV_STORE > store = storeOf( { "a.b.c=1", "v=1" } ), other = storeOf( { "a.b.d=2" } );
-    QV_STORE       *top   = store;
+    QV_STORE       *top = store;
 
     QV_STORE *sub = qvStoreStoreCstr( store, "a", -1 );
     qvStoreRelease( sub );
@@ -280,13 +295,13 @@ TEST( Store, WritingDoesNotCopyWhatNobodyElseHolds )
     Ref< QV_STORE > copy( qvStoreCreateFrom( store ) );
     qvStoreSetValueCstr( copy.at(), "v", -1, text( "2" ) );
     EXPECT_EQ( sub, Ref< QV_STORE >( qvStoreStoreCstr( copy, "a", -1 ) ).get() );
-    EXPECT_EQ( ( Lines { "v=1", "a.b.c=1", "a.b.d=2" } ), linesOf( store ) );
+    EXPECT_EQ( ( Lines{ "v=1", "a.b.c=1", "a.b.d=2" } ), linesOf( store ) );
 
     // What only the store holds goes into it as it was, although it is changed there.
     Ref< QV_STORE > outer  = storeOf( { "a.a.k.x=1", "a.v=1" } );
     QV_STORE       *inside = Ref< QV_STORE >( qvStoreStoreCstr( outer, "a", -1 ) ).get();
     qvStoreMerge( outer.at(), inside );
-    EXPECT_EQ( ( Lines { "v=1", "a.v=1", "a.a.k.x=1", "a.k.x=1" } ), linesOf( outer ) );
+    EXPECT_EQ( ( Lines{ "v=1", "a.v=1", "a.a.k.x=1", "a.k.x=1" } ), linesOf( outer ) );
 
     // Deleting what isn't there copies nothing.
     Ref< QV_STORE > shared = Ref< QV_STORE >::share( store );
@@ -316,7 +331,7 @@ TEST( Store, LinesTellWhatTheReaderMakesOfThem )
         Ref< QV_STRING > path = text( line ), value = text( "old" );
         EXPECT_EQ( kind, qv___StoreParseLine( path, path.at(), value.at() ) ) << line;
         EXPECT_EQ( kind == QV___STORE_LINE_VALUE, value.get() != nullptr );
-        Lines canonical = path ? Lines { take( qv___StoreEncodeLine( path, value ) ) } : Lines {};
+        Lines canonical = path ? Lines{ take( qv___StoreEncodeLine( path, value ) ) } : Lines{};
         EXPECT_EQ( canonical, linesOf( storeOf( { line } ) ) );
     }
 }
@@ -327,8 +342,14 @@ TEST( Store, BinaryFormIsTheDocumentedOne )
 
     const std::pair< Lines, std::string > cases[] = {
         { {}, "\x00"s },
-        { { "a=1" }, "\x01\x01\x01\x01"s "a\x01\x01\x01"s "1\x00"s },
-        { { "a=", "a.b." }, "\x01\x01\x01\x01"s "a\x01\x00\x01\x01\x01\x01\x01"s "b\x00\x01\x00"s },
+        { { "a=1" },
+          "\x01\x01\x01\x01"s
+          "a\x01\x01\x01"s
+          "1\x00"s },
+        { { "a=", "a.b." },
+          "\x01\x01\x01\x01"s
+          "a\x01\x00\x01\x01\x01\x01\x01"s
+          "b\x00\x01\x00"s },
     };
 
     for( auto &[lines, bytes] : cases )
@@ -342,16 +363,30 @@ TEST( Store, BinaryFormIsTheDocumentedOne )
     }
 
     // Entries without anything, unsorted and repeated ones.
-    EXPECT_EQ( Lines { "a=2" }, linesOf( fromBinary( "\x01\x03\x01\x01"s "b\x00\x00\x01\x01"s "a\x01\x01\x01"s
-                                                     "1\x00\x01\x01"s "a\x01\x01\x01"s "2\x00"s ) ) );
+    EXPECT_EQ(
+        Lines{ "a=2" }, linesOf( fromBinary( "\x01\x03\x01\x01"s
+                                             "b\x00\x00\x01\x01"s
+                                             "a\x01\x01\x01"s
+                                             "1\x00\x01\x01"s
+                                             "a\x01\x01\x01"s
+                                             "2\x00"s ) ) );
 
     // A negative count and one beyond all reason; addresses that are none; a bad truth value; too many levels.
-    auto nested = []( int levels ) { return repeat( "\x01\x01\x01\x01"s "a\x00\x01"s, levels ) + "\x00"s; };
-    EXPECT_EQ( Lines { repeat( "a.", 99 ) }, linesOf( fromBinary( nested( 99 ) ) ) );
+    auto nested = []( int levels )
+    {
+        return repeat(
+                   "\x01\x01\x01\x01"s
+                   "a\x00\x01"s,
+                   levels )
+               + "\x00"s;
+    };
+    EXPECT_EQ( Lines{ repeat( "a.", 99 ) }, linesOf( fromBinary( nested( 99 ) ) ) );
 
     for( const std::string &bad :
-         { "\x81\x01"s, "\x08\x7F\xFF\xFF\xFF\xFF\xFF\xFF\xFF"s, "\x01\x01\x01\x01.\x00\x00"s,
-           "\x01\x01\x00\x00\x00"s, "\x01\x01\x01\x01"s "a\x02\x00"s, nested( 100 ) } )
+         { "\x81\x01"s, "\x08\x7F\xFF\xFF\xFF\xFF\xFF\xFF\xFF"s, "\x01\x01\x01\x01.\x00\x00"s, "\x01\x01\x00\x00\x00"s,
+           "\x01\x01\x01\x01"s
+           "a\x02\x00"s,
+           nested( 100 ) } )
     {
         Ref< QV_DECODER > decoder( qvDecoderCreate( bufferOf( bad ) ) );
         EXPECT_EQ( nullptr, qvStoreTryDecodeFromDecoder( decoder ) );

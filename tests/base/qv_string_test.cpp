@@ -91,22 +91,22 @@ TEST( String, FormsInsertPrependAndAppend )
         std::string( "123" expected ),                                                                                 \
         changed( "123", [&]( QV_STRING **qvs ) { call( qvStringAppend##Suffix( qvs, __VA_ARGS__ ) ); } ) );
 #define PLAIN( ... )    __VA_ARGS__
-#define ARG_LIST( ... ) withArgList( [&]( va_list *argList ) { __VA_ARGS__; }, QV_INT { 42 } )
+#define ARG_LIST( ... ) withArgList( [&]( va_list *argList ) { __VA_ARGS__; }, QV_INT{ 42 } )
 
     PLACES( Chars, "xy", PLAIN, U"xyz", 2 )
     PLACES( Char, "\xE2\x82\xAC", PLAIN, 0x20AC )
     PLACES( Cstr, "\xC3\xA9t", PLAIN, "\xC3\xA9t\xC3\xA9", 3 )
     PLACES( Wcstr, "w\xC3\xA9", PLAIN, L"w\xE9", -1 )
-    PLACES( Format, "<42>", PLAIN, format, QV_INT { 42 } )
-    PLACES( FormatCstr, "<42>", PLAIN, "<%i>...", 4, QV_INT { 42 } )
-    PLACES( FormatWcstr, "<42>", PLAIN, L"<%i>", -1, QV_INT { 42 } )
+    PLACES( Format, "<42>", PLAIN, format, QV_INT{ 42 } )
+    PLACES( FormatCstr, "<42>", PLAIN, "<%i>...", 4, QV_INT{ 42 } )
+    PLACES( FormatWcstr, "<42>", PLAIN, L"<%i>", -1, QV_INT{ 42 } )
     PLACES( FormatArgList, "<42>", ARG_LIST, format, argList )
     PLACES( FormatCstrArgList, "<42>", ARG_LIST, "<%i>", -1, argList )
     PLACES( FormatWcstrArgList, "<42>", ARG_LIST, L"<%i>", -1, argList )
 
-    EXPECT_EQ( "<42>", take( qvStringCreateFromFormat( format, QV_INT { 42 } ) ) );
-    EXPECT_EQ( "<42>", take( qvStringCreateFromFormatCstr( "<%i>", -1, QV_INT { 42 } ) ) );
-    EXPECT_EQ( "<42>", take( qvStringCreateFromFormatWcstr( L"<%i>", -1, QV_INT { 42 } ) ) );
+    EXPECT_EQ( "<42>", take( qvStringCreateFromFormat( format, QV_INT{ 42 } ) ) );
+    EXPECT_EQ( "<42>", take( qvStringCreateFromFormatCstr( "<%i>", -1, QV_INT{ 42 } ) ) );
+    EXPECT_EQ( "<42>", take( qvStringCreateFromFormatWcstr( L"<%i>", -1, QV_INT{ 42 } ) ) );
     EXPECT_EQ( "ab", take( qvStringCreateFromLeading( src, 2 ) ) );
     EXPECT_EQ( "de", take( qvStringCreateFromTrailing( src, 2 ) ) );
 
@@ -119,7 +119,7 @@ TEST( String, FormsInsertPrependAndAppend )
         EXPECT_EQ( before.empty() ? "abcde" : "abcde, a", changed( before, prepend ) );                                \
     }
 
-    DELIMITED( , src, sep )
+    DELIMITED(, src, sep )
     DELIMITED( Cstr, "abcde", -1, ", ;", 2 )
     DELIMITED( CstrSource, "abcdef", 5, sep )
     DELIMITED( CstrDelimiter, src, ", ", -1 )
@@ -169,7 +169,11 @@ TEST( String, FormsCompareFindAndSplit )
     EXPECT_TRUE( qvStringEqualsCaseFold( qvs, text( "\xC3\xA9T\xC3\x89" ) ) );
     EXPECT_TRUE( qvStringEqualsCaseFoldCstr( qvs, "\xC3\xA9T\xC3\x89", -1 ) );
     EXPECT_TRUE( qvStringEqualsCaseFoldWcstr( qvs, L"\xE9T\xC9", -1 ) );
-    EXPECT_TRUE( qvStringEqualsCharsCaseFold( text( "MASSE" ), U"ma\xDF" U"e", 4 ) );
+    EXPECT_TRUE( qvStringEqualsCharsCaseFold(
+        text( "MASSE" ),
+        U"ma\xDF"
+        U"e",
+        4 ) );
     EXPECT_TRUE( qvStringEqualsCharCaseFold( text( "ss" ), 0xDF ) );
     EXPECT_TRUE( qvStringEqualsChars( twice, U"one two one", 11 ) && !qvStringEqualsChar( qvs, 0xC9 ) );
     EXPECT_FALSE( qvStringEqualsCstr( qvs, "\xC3\x89t\xC3\xA9", 3 ) );
@@ -201,7 +205,12 @@ TEST( String, SplitsAtRunsOfWhiteSpace )
 
     EXPECT_THAT( split( "", -1 ), ElementsAre( "" ) );
     EXPECT_THAT( split( " \t ", 3 ), ElementsAre( "" ) );
-    EXPECT_THAT( split( " a \t b\xE3\x80\x80" "c ", -1 ), ElementsAre( "a", "b", "c" ) );
+    EXPECT_THAT(
+        split(
+            " a \t b\xE3\x80\x80"
+            "c ",
+            -1 ),
+        ElementsAre( "a", "b", "c" ) );
     EXPECT_THAT( split( "a  b", 2 ), ElementsAre( "a", " b" ) );
     EXPECT_THAT( split( " a b  c ", 2 ), ElementsAre( "a", "b  c" ) );
     EXPECT_THAT( split( " a b ", 1 ), ElementsAre( "a b" ) );
@@ -289,14 +298,15 @@ TEST( String, ScansValuesInARange )
 {
     Ref< QV_STRING > qvs     = text( "x12345 1.5 true" );
     QV_INT           integer = 0, consumed = 0;
-    QV_REAL          real    = 0;
-    QV_BOOL          truth   = QV_FALSE;
+    QV_REAL          real  = 0;
+    QV_BOOL          truth = QV_FALSE;
 
     EXPECT_TRUE( qvStringScanInt( qvs, 1, 3, 10, &integer, &consumed ) );
     EXPECT_TRUE( qvStringScanReal( qvs, 7, 100, 10, &real, nullptr ) );
     EXPECT_TRUE( qvStringScanBool( qvs, 11, -1, QV_FALSE, &truth, nullptr ) );
-    EXPECT_THAT( ( std::vector< double > { double( integer ), double( consumed ), real, double( truth ) } ),
-                 ElementsAre( 123, 3, 1.5, 1 ) );
+    EXPECT_THAT(
+        ( std::vector< double >{ double( integer ), double( consumed ), real, double( truth ) } ),
+        ElementsAre( 123, 3, 1.5, 1 ) );
     EXPECT_FALSE( qvStringScanBool( qvs, 15, -1, QV_TRUE, &truth, nullptr ) );
 }
 
@@ -320,7 +330,13 @@ TEST( String, ConvertsFromAndToOutsideText )
     EXPECT_EQ( 0, length );
     qvMemFree( qvStringConvertToUtf8( qvs, QV_FALSE, nullptr ) );
 
-    EXPECT_EQ( "\xEF\xBF\xBD" "a", take( qvStringCreateFromAscii( "\xE9" "a", -1 ) ) );
+    EXPECT_EQ(
+        "\xEF\xBF\xBD"
+        "a",
+        take( qvStringCreateFromAscii(
+            "\xE9"
+            "a",
+            -1 ) ) );
     EXPECT_EQ( "\xC3\xA9", take( qvStringCreateFromWcstr( L"\xE9", -1 ) ) );
     EXPECT_EQ( qvs.get(), Ref< QV_STRING >( qvStringToString( qvs ) ).get() );
 
@@ -331,8 +347,9 @@ TEST( String, ConvertsFromAndToOutsideText )
             std::string utf8 = std::string( at, 'a' ) + "\xE4\xB8\xAD" + std::string( bytes - at - 1, 'z' );
 
             Ref< QV_STRING > decoded( qvStringCreateFromUtf8( utf8.data(), QV_INT( utf8.size() ) ) );
-            ASSERT_EQ( std::u32string( at, U'a' ) + U"\x4E2D" + std::u32string( bytes - at - 1, U'z' ),
-                       qv::test::chars( decoded ) );
+            ASSERT_EQ(
+                std::u32string( at, U'a' ) + U"\x4E2D" + std::u32string( bytes - at - 1, U'z' ),
+                qv::test::chars( decoded ) );
             ASSERT_EQ( QV_INT( bytes ) * 4, allocated( decoded.get() ) );
             ASSERT_EQ( utf8 + '\0', given( qvStringConvertToUtf8( decoded, QV_TRUE, &length ) ) );
             ASSERT_EQ( utf8, given( qvStringConvertToUtf8( decoded, QV_FALSE, &length ) ) );

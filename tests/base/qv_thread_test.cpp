@@ -25,7 +25,7 @@ using namespace qv::test;
 
 namespace
 {
-std::atomic< bool > noRoom{ false };   // for one more thread
+std::atomic< bool > noRoom{ false };    // for one more thread
 std::atomic< int >  askedPriority{ 0 }; // the scheduler's, as asked for last
 
 template< class F >
@@ -35,7 +35,7 @@ F real( const char *name )
 }
 } // namespace
 
-extern "C" int pthread_create( pthread_t *thread, const pthread_attr_t *attr, void *( *start )( void * ), void *arg )
+extern "C" int pthread_create( pthread_t *thread, const pthread_attr_t *attr, void *( *start )(void *), void *arg )
 {
     return noRoom ? EAGAIN : real< decltype( &pthread_create ) >( "pthread_create" )( thread, attr, start, arg );
 }
@@ -159,16 +159,15 @@ TEST( Thread, ForeignThreadIsEncapsulatedForACall )
 
             int calls = 0;
             qvThreadEncapsulate(
-                callArgument,
-                call(
-                    [&]
-                    {
-                        Ref< QV_THREAD > thread( qvThreadThis() );
-                        EXPECT_EQ( "qv___ThreadEncapsulateBegin", nameOf( thread ) );
-                        EXPECT_EQ( QV_THREAD_PRIORITY_NORMAL, qvThreadPriority() );
-                        qvThreadJoin( trySpawn( [&] { calls++; } ) );
-                        calls++;
-                    } ) );
+                callArgument, call(
+                                  [&]
+                                  {
+                                      Ref< QV_THREAD > thread( qvThreadThis() );
+                                      EXPECT_EQ( "qv___ThreadEncapsulateBegin", nameOf( thread ) );
+                                      EXPECT_EQ( QV_THREAD_PRIORITY_NORMAL, qvThreadPriority() );
+                                      qvThreadJoin( trySpawn( [&] { calls++; } ) );
+                                      calls++;
+                                  } ) );
 
             EXPECT_EQ( 2, calls );
             EXPECT_FALSE( qvThreadEncapsulated() );
@@ -214,7 +213,7 @@ TEST( Thread, StopWaitsForTenThousandShortLivedThreads )
             {
                 // A spawn that fails leaves nothing behind and counts no thread, else the stop would wait for it.
                 noRoom = i % 100 == 0;
-                Ref< QV_OBJ > argument( qv::obj( qv___BoxedPointerCreate(
+                Ref< QV_OBJ >    argument( qv::obj( qv___BoxedPointerCreate(
                     &freed, []( void *counter ) { ( *static_cast< std::atomic< int > * >( counter ) )++; } ) ) );
                 Ref< QV_STRING > name = text( "short" );
 

@@ -119,13 +119,13 @@ TEST( Time, RandomShiftsAndDistances )
     for( int i = 0; i < 5000; i++ )
     {
         // Long shifts and short ones, each within what the other calendar can tell.
-        auto   &by     = SHIFTS[i % 4];
-        QV_INT  span   = INT64_C( 1 ) << ( random() % 40 );
-        QV_INT  from   = std::uniform_int_distribution< QV_INT >( FIRST, LAST )( random );
-        QV_INT  lowest = std::max( -span, ( FIRST - from ) / by.unit );
-        QV_INT  most   = std::min( span, ( LAST - from ) / by.unit );
-        QV_INT  count  = std::uniform_int_distribution< QV_INT >( lowest, most )( random );
-        QV_INT  to     = from + count * by.unit;
+        auto  &by     = SHIFTS[i % 4];
+        QV_INT span   = INT64_C( 1 ) << ( random() % 40 );
+        QV_INT from   = std::uniform_int_distribution< QV_INT >( FIRST, LAST )( random );
+        QV_INT lowest = std::max( -span, ( FIRST - from ) / by.unit );
+        QV_INT most   = std::min( span, ( LAST - from ) / by.unit );
+        QV_INT count  = std::uniform_int_distribution< QV_INT >( lowest, most )( random );
+        QV_INT to     = from + count * by.unit;
 
         Ref< QV_TIME > a = timeOf( sys_seconds( seconds( from ) ) );
         Ref< QV_TIME > b = timeOf( sys_seconds( seconds( to ) ) );
@@ -299,9 +299,10 @@ TEST( Time, ASharedTimeStaysAsItIs )
     Ref< QV_TIME > kept = parsed( "2024-2-28 23:59:59" );
     Ref< QV_TIME > tm   = Ref< QV_TIME >::share( kept );
 
-    for( Shift change : { qvTimeShiftYears, qvTimeShiftMonths, qvTimeShiftDays, qvTimeShiftHours, qvTimeShiftMinutes,
-                          qvTimeShiftSeconds, qvTimeSetYear, qvTimeSetMonth, qvTimeSetDay, qvTimeSetHour,
-                          qvTimeSetMinute, qvTimeSetSecond } )
+    for( Shift change :
+         { qvTimeShiftYears, qvTimeShiftMonths, qvTimeShiftDays, qvTimeShiftHours, qvTimeShiftMinutes,
+           qvTimeShiftSeconds, qvTimeSetYear, qvTimeSetMonth, qvTimeSetDay, qvTimeSetHour, qvTimeSetMinute,
+           qvTimeSetSecond } )
     {
         change( tm.at(), 1 );
         EXPECT_FALSE( qvTimeEquals( kept, tm ) );

@@ -315,19 +315,19 @@ TEST( Timer, CallbacksReplaceUnscheduleAndReleaseTimers )
 
             switch( random() % 5 )
             {
-                case 0:
-                    qvTimerUnschedule( timers[other] );
-                    set( other, false );
-                    break;
+            case 0:
+                qvTimerUnschedule( timers[other] );
+                set( other, false );
+                break;
 
-                case 1:
-                    timers[other].reset();
-                    set( other, false );
-                    break;
+            case 1:
+                timers[other].reset();
+                set( other, false );
+                break;
 
-                default:
-                    qvTimerSchedule( timers[other], random() % 2 );
-                    set( other, true );
+            default:
+                qvTimerSchedule( timers[other], random() % 2 );
+                set( other, true );
             }
         }
 
@@ -363,9 +363,14 @@ TEST( Timer, SlowCallbacksDelayNothingElse )
     {
         switch( kind )
         {
-            case 0: qvTimerSchedule( timer, seconds * A_SECOND ); break;
-            case 1: qvTimerScheduleAt( timer, qvTimestamp() + seconds * A_SECOND ); break;
-            default: qvTimerScheduleAtTime( timer, inSeconds( seconds ) );
+        case 0:
+            qvTimerSchedule( timer, seconds * A_SECOND );
+            break;
+        case 1:
+            qvTimerScheduleAt( timer, qvTimestamp() + seconds * A_SECOND );
+            break;
+        default:
+            qvTimerScheduleAtTime( timer, inSeconds( seconds ) );
         }
     };
 
@@ -422,9 +427,15 @@ TEST( Timer, OnlyTheFirstInItsQueueWakesTheThread )
 
         switch( i % 3 )
         {
-            case 0: qvTimerSchedule( timers.back(), HOUR * 1000 + 100000 ); break;
-            case 1: qvTimerScheduleAt( timers.back(), QV_INT_MAX - i ); break;
-            case 2: qvTimerScheduleAtTime( timers.back(), future ); break;
+        case 0:
+            qvTimerSchedule( timers.back(), HOUR * 1000 + 100000 );
+            break;
+        case 1:
+            qvTimerScheduleAt( timers.back(), QV_INT_MAX - i );
+            break;
+        case 2:
+            qvTimerScheduleAtTime( timers.back(), future );
+            break;
         }
 
         std::this_thread::yield();
@@ -466,13 +477,22 @@ TEST( Timer, ThreadsShareTimers )
 
                     switch( choice )
                     {
-                        case 0: qvTimerScheduleAtTime( timer, random() % 2 ? past : future ); break;
-                        case 1: qvTimerScheduleAt( timer, random() % 1000 ); break;
-                        case 2:
-                        case 3: qvTimerSchedule( timer, random() % 2 ); break;
-                        case 4:
-                        case 5: qvTimerSchedule( timer, HOUR * 1000 + random() % 10 ); break;
-                        default: qvTimerUnschedule( timer );
+                    case 0:
+                        qvTimerScheduleAtTime( timer, random() % 2 ? past : future );
+                        break;
+                    case 1:
+                        qvTimerScheduleAt( timer, random() % 1000 );
+                        break;
+                    case 2:
+                    case 3:
+                        qvTimerSchedule( timer, random() % 2 );
+                        break;
+                    case 4:
+                    case 5:
+                        qvTimerSchedule( timer, HOUR * 1000 + random() % 10 );
+                        break;
+                    default:
+                        qvTimerUnschedule( timer );
                     }
 
                     schedules++;
@@ -481,9 +501,14 @@ TEST( Timer, ThreadsShareTimers )
 
                     switch( random() % 4 )
                     {
-                        case 0: qvTimerScheduleAt( awaited, qvTimestamp() ); break;
-                        case 1: qvTimerScheduleAtTime( awaited, past ); break;
-                        default: qvTimerSchedule( awaited, round % 50 == 0 );
+                    case 0:
+                        qvTimerScheduleAt( awaited, qvTimestamp() );
+                        break;
+                    case 1:
+                        qvTimerScheduleAtTime( awaited, past );
+                        break;
+                    default:
+                        qvTimerSchedule( awaited, round % 50 == 0 );
                     }
 
                     qvBarrierPass( fired );
@@ -594,8 +619,8 @@ TEST( Timer, StepsOfTheWallClock )
 
     // Left alone, the clock is looked at every ten seconds, then every second. Nobody sleeps here.
     create();
-    wallClock.stopped = wallClock.now();
-    Ref< QV_TIME > due = inSeconds( 25 );
+    wallClock.stopped     = wallClock.now();
+    Ref< QV_TIME > due    = inSeconds( 25 );
     int            before = wallClock.timeCalls;
     qvTimerScheduleAtTime( timer, due );
     qvSignalWait( fired );

@@ -72,8 +72,8 @@ TEST( Timezone, NamesTranslateBothWays )
 
     EXPECT_EQ( 132u, windows.size() );
 
-    const std::string_view BAD[] = {
-        "", "UTC-1", "UTC-111", "utc", { "UTC\0", 4 }, { "\0", 1 }, "\xf0\x9f\x95\x91", "A", "zzz" };
+    const std::string_view BAD[] = { "",  "UTC-1", "UTC-111", "utc", { "UTC\0", 4 }, { "\0", 1 }, "\xf0\x9f\x95\x91",
+                                     "A", "zzz" };
 
     for( std::string_view bad : BAD )
     {

@@ -42,24 +42,36 @@ Ref< QV_VECTOR > changed( Change change )
 
 // Every form at every place.
 #define PLACES( added, Suffix, ... )                                                                                   \
-    EXPECT_EQ( "<0, " added ", 1>", textOf( changed( [&]( QV_VECTOR **vec )                                            \
-                                    { qvVectorInsert##Suffix( vec, 1 __VA_OPT__(, ) __VA_ARGS__ ); } ).get() ) );      \
-    EXPECT_EQ( "<" added ", 0, 1>", textOf( changed( [&]( QV_VECTOR **vec )                                            \
-                                    { qvVectorPrepend##Suffix( vec __VA_OPT__(, ) __VA_ARGS__ ); } ).get() ) );        \
-    EXPECT_EQ( "<0, 1, " added ">", textOf( changed( [&]( QV_VECTOR **vec )                                            \
-                                    { qvVectorAppend##Suffix( vec __VA_OPT__(, ) __VA_ARGS__ ); } ).get() ) );
+    EXPECT_EQ(                                                                                                         \
+        "<0, " added ", 1>",                                                                                           \
+        textOf( changed( [&]( QV_VECTOR **vec ) { qvVectorInsert##Suffix( vec, 1 __VA_OPT__(, ) __VA_ARGS__ ); } )     \
+                    .get() ) );                                                                                        \
+    EXPECT_EQ(                                                                                                         \
+        "<" added ", 0, 1>",                                                                                           \
+        textOf( changed( [&]( QV_VECTOR **vec ) { qvVectorPrepend##Suffix( vec __VA_OPT__(, ) __VA_ARGS__ ); } )       \
+                    .get() ) );                                                                                        \
+    EXPECT_EQ(                                                                                                         \
+        "<0, 1, " added ">",                                                                                           \
+        textOf(                                                                                                        \
+            changed( [&]( QV_VECTOR **vec ) { qvVectorAppend##Suffix( vec __VA_OPT__(, ) __VA_ARGS__ ); } ).get() ) );
 #define FORM( added, Kind, ... )                                                                                       \
     PLACES( added, Kind __VA_OPT__(, ) __VA_ARGS__ )                                                                   \
-    EXPECT_EQ( "<0, " added ">", textOf( changed( [&]( QV_VECTOR **vec )                                               \
-                                 { qvVectorSet##Kind##At( vec, 1 __VA_OPT__(, ) __VA_ARGS__ ); } ).get() ) );          \
-    EXPECT_EQ( "<" added ", 0, 1>", textOf( changed( [&]( QV_VECTOR **vec )                                            \
-                                    { qvVectorSet##Kind##At( vec, -1 __VA_OPT__(, ) __VA_ARGS__ ); } ).get() ) );      \
-    EXPECT_EQ( "<0, 1, " added ">", textOf( changed( [&]( QV_VECTOR **vec )                                            \
-                                    { qvVectorSet##Kind##At( vec, 2 __VA_OPT__(, ) __VA_ARGS__ ); } ).get() ) );
+    EXPECT_EQ(                                                                                                         \
+        "<0, " added ">",                                                                                              \
+        textOf( changed( [&]( QV_VECTOR **vec ) { qvVectorSet##Kind##At( vec, 1 __VA_OPT__(, ) __VA_ARGS__ ); } )      \
+                    .get() ) );                                                                                        \
+    EXPECT_EQ(                                                                                                         \
+        "<" added ", 0, 1>",                                                                                           \
+        textOf( changed( [&]( QV_VECTOR **vec ) { qvVectorSet##Kind##At( vec, -1 __VA_OPT__(, ) __VA_ARGS__ ); } )     \
+                    .get() ) );                                                                                        \
+    EXPECT_EQ(                                                                                                         \
+        "<0, 1, " added ">",                                                                                           \
+        textOf( changed( [&]( QV_VECTOR **vec ) { qvVectorSet##Kind##At( vec, 2 __VA_OPT__(, ) __VA_ARGS__ ); } )      \
+                    .get() ) );
 
 TEST( Vector, EveryFormInsertsAtItsPlace )
 {
-    Ref< QV_STRING > str   = text( "str" ), fmt = text( "<%i>" );
+    Ref< QV_STRING > str = text( "str" ), fmt = text( "<%i>" );
     Ref< QV_OBJ >    obj   = boxed( 77 );
     QV_OBJ          *two[] = { obj, qvStringObj( str ) };
 
@@ -170,7 +182,7 @@ TEST( Vector, KnowsTheSortsOfItsElements )
 
 TEST( Vector, ReportsBrokenContracts )
 {
-    Ref< QV_VECTOR > vec = upTo( 2 ), none( qvVectorCreate() );
+    Ref< QV_VECTOR > vec  = upTo( 2 ), none( qvVectorCreate() );
     QV_OBJ          *hole = nullptr;
 
     EXPECT_BROKEN( qvVectorAppendString( vec.at(), nullptr ), "obj" );

@@ -20,10 +20,10 @@ using namespace std::string_literals;
 
 namespace
 {
-const QV_INT ABORT    = QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER;
-const QV_INT IGNORE   = QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS;
-const QV_INT KEEP     = QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK;
-const QV_INT INSERT   = QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK;
+const QV_INT ABORT  = QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER;
+const QV_INT IGNORE = QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS;
+const QV_INT KEEP   = QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK;
+const QV_INT INSERT = QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK;
 
 const struct Map
 {
@@ -111,8 +111,8 @@ TEST( Codec, EveryKernelGivesTheSame )
         QV_INT         flags = random() % 16, piece = 1 + random() % ( random() % 2 ? 20 : 1500 );
 
         for( unsigned runs = random() % 12; runs > 0; runs-- )
-            for( unsigned kind = random() % ( round % 3 ? 4 : 5 ), count = random() % ( random() % 4 ? 20 : 700 ); count > 0;
-                 count-- )
+            for( unsigned kind = random() % ( round % 3 ? 4 : 5 ), count = random() % ( random() % 4 ? 20 : 700 );
+                 count > 0; count-- )
             {
                 values += std::uniform_int_distribution< uint32_t >( FIRST[kind], LAST[kind] )( random );
                 from += round % 2 && random() % 50 == 0 ? std::string( 1, static_cast< char >( random() ) )
@@ -148,7 +148,11 @@ TEST( Codec, ExamplesComeOutAsTheyShould )
         QV_INT      flags;
         Decoded     expected;
     } SOURCES[] = {
-        { QV_CHARSET_UTF_8, "\xEF\xBB\xBF"s "A", 0, { U"A" } },
+        { QV_CHARSET_UTF_8,
+          "\xEF\xBB\xBF"s
+          "A",
+          0,
+          { U"A" } },
         { QV_CHARSET_UTF_8, "\xFF\xEF\xBB\xBF", 0, { U"\uFFFD\uFEFF" } },
         { QV_CHARSET_UTF_8, "A\xC3\xA9\xE2\x82", ABORT, { U"A\u00E9", true } },
         { QV_CHARSET_UTF_16, "\xFE\xFF\0A"s, 0, { U"A" } },
@@ -161,7 +165,11 @@ TEST( Codec, ExamplesComeOutAsTheyShould )
         { QV_CHARSET_MSFT_CP437, "\x82", 0, { U"\u00E9" } },
         { QV_CHARSET_ISO_8859_7, "\xE1\xE2\xE3", 0, { U"αβγ" } },
         { QV_CHARSET_ISO_8859_8, "\xF9\xEC\xE5\xED\xA1", 0, { U"שלום\uFFFD" } },
-        { QV_CHARSET_ASCII, "a\xFF"s "b", ABORT, { U"a", true } },
+        { QV_CHARSET_ASCII,
+          "a\xFF"s
+          "b",
+          ABORT,
+          { U"a", true } },
     };
 
     for( const auto &c : SOURCES )
@@ -175,9 +183,15 @@ TEST( Codec, ExamplesComeOutAsTheyShould )
         Encoded        expected;
     } SINKS[] = {
         { QV_CHARSET_UTF_8, U"\U0001F600", INSERT, { "\xEF\xBB\xBF\xF0\x9F\x98\x80" } },
-        { QV_CHARSET_UTF_8, std::u32string( 64, U'x' ) + U'\x80000000' + std::u32string( 63, U'x' ), IGNORE,
+        { QV_CHARSET_UTF_8,
+          std::u32string( 64, U'x' ) + U'\x80000000' + std::u32string( 63, U'x' ),
+          IGNORE,
           { std::string( 127, 'x' ) } },
-        { QV_CHARSET_UTF_16, U"A", INSERT, { "\xFF\xFE"s "A\0"s } },
+        { QV_CHARSET_UTF_16,
+          U"A",
+          INSERT,
+          { "\xFF\xFE"s
+            "A\0"s } },
         { QV_CHARSET_UTF_16_BE, U"\U0001F600", 0, { "\xD8\x3D\xDE\0"s } },
         { QV_CHARSET_UTF_32_BE, U"\U0001F600", INSERT, { "\0\0\xFE\xFF\0\x01\xF6\0"s } },
         { QV_CHARSET_ISO_8859_1, U"ae"s + U'\x80000301' + U"\u0301b", 0, { "ae??b" } },
@@ -218,7 +232,7 @@ TEST( Codec, FailuresBelowComeBehindWhatWentWell )
 {
     for( QV_INT charset : { QV_CHARSET_ASCII, QV_CHARSET_UTF_8, QV_CHARSET_UTF_16_BE, QV_CHARSET_UTF_32_BE } )
     {
-        SourceLog< Bytes >    from { .data = encode( charset, U"good" ).text, .fails = true };
+        SourceLog< Bytes >    from{ .data = encode( charset, U"good" ).text, .fails = true };
         Ref< QV_BYTE_SOURCE > byteSource = from.source();
         Ref< QV_CHAR_SOURCE > source( qvCharsetCreateCharSource( byteSource, charset, 0 ) );
         Ref< QV_STRING >      qvs( qvStringCreate() );

@@ -65,9 +65,9 @@ TEST( Charset, ChosenNamesOfChosenCharsets )
 {
     const struct
     {
-        QV_INT                             charset, codePage;
-        std::string                        enumerant, ianaName;
-        std::vector< const char * >        aliases;
+        QV_INT                      charset, codePage;
+        std::string                 enumerant, ianaName;
+        std::vector< const char * > aliases;
     } CASES[] = {
         { QV_CHARSET_ISO_8859_1, 28591, "QV_CHARSET_ISO_8859_1", "ISO-8859-1", { "LATIN1", "ISO_8859-1:1987" } },
         { QV_CHARSET_UTF_8, 65001, "QV_CHARSET_UTF_8", "UTF-8", { "utf-8", "Utf-8", "65001" } },

@@ -4,6 +4,6 @@
 
 namespace
 {
-std::function< void() > nothing     = [] {};
+std::function< void() > nothing = [] {};
 const bool              IS_FAST = ( qv::test::WallClock::onOwnWait = &nothing );
 } // namespace

@@ -16,9 +16,21 @@ TEST( Leaks, AreToldBySortCountTextAndOrigin )
     const std::string RULE = std::string( 90, '-' ) + "\n";
 
     const std::vector< std::string > PARTS = {
-        RULE + "Product   : morvane\n", RULE + "QV_NOTE 1\n\n", "QV_NOTE (1) a forgotten note\n\t", "(qvNoteCreate+",
-        "(forgetNote+", "(main+", RULE + "Product   : morvane\n", RULE + "QV_STRING ", "QV_VECTOR 1\n", "QV_STORE  1\n",
-        "QV_STRING (1) a forgotten text\n", "QV_STORE (1)", "(qvStoreCreate+", "(forgetDocument+", "(main+" };
+        RULE + "Product   : morvane\n",
+        RULE + "QV_NOTE 1\n\n",
+        "QV_NOTE (1) a forgotten note\n\t",
+        "(qvNoteCreate+",
+        "(forgetNote+",
+        "(main+",
+        RULE + "Product   : morvane\n",
+        RULE + "QV_STRING ",
+        "QV_VECTOR 1\n",
+        "QV_STORE  1\n",
+        "QV_STRING (1) a forgotten text\n",
+        "QV_STORE (1)",
+        "(qvStoreCreate+",
+        "(forgetDocument+",
+        "(main+" };
 
     for( const std::string &next : PARTS )
     {

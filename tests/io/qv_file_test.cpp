@@ -170,7 +170,7 @@ TEST_F( File, SignalsDoNotEndARead )
     ASSERT_EQ( 0, mkfifo( ( folder + "pipe" ).c_str(), 0600 ) );
 
     struct sigaction old, interrupting = {};
-    interrupting.sa_handler            = []( int ) {};
+    interrupting.sa_handler = []( int ) {};
     sigaction( SIGUSR1, &interrupting, &old );
 
     pthread_t   reader = pthread_self();
@@ -229,14 +229,18 @@ TEST_F( File, SinksCutAtOnceAndWriteWhatTheyAreGiven )
 
 TEST_F( File, TextGoesThroughTheCharacterSetAndTheLineEnds )
 {
-    Ref< QV_LINE_SINK > lines(
-        qvFileOpenLineSink(
-            name( "lines" ), QV_CHARSET_UTF_16, QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK, QV_NLF_FLAG_CRLF ) );
+    Ref< QV_LINE_SINK > lines( qvFileOpenLineSink(
+        name( "lines" ), QV_CHARSET_UTF_16, QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK, QV_NLF_FLAG_CRLF ) );
     ASSERT_TRUE( lines );
     EXPECT_TRUE( qvLineSinkWrite( lines, text( "a" ) ) );
     EXPECT_TRUE( qvLineSinkWrite( lines, text( "€" ) ) );
     lines.reset();
-    EXPECT_EQ( std::string( "\xff\xfe" "a\0\r\0\n\0\xac\x20\r\0\n\0", 14 ), read( "lines" ) );
+    EXPECT_EQ(
+        std::string(
+            "\xff\xfe"
+            "a\0\r\0\n\0\xac\x20\r\0\n\0",
+            14 ),
+        read( "lines" ) );
 
     Ref< QV_LINE_SOURCE > source( qvFileOpenLineSource( name( "lines" ), QV_CHARSET_UTF_16, 0, QV_NLF_FLAG_CRLF ) );
     EXPECT_EQ( "a", take( qvLineSourceRead( source ) ) );
@@ -268,8 +272,8 @@ TEST_F( File, FilesAndDirectoriesAreToldApart )
     {
         const char *name;
         bool        exists, isDirectory;
-    } const CASES[] = { { "file", true, false },      { "link", true, false },   { "dir", true, true },
-                        { "dirlink", true, true },    { "dir/", true, true },    { "missing", false, false },
+    } const CASES[] = { { "file", true, false },      { "link", true, false },  { "dir", true, true },
+                        { "dirlink", true, true },    { "dir/", true, true },   { "missing", false, false },
                         { "dangling", false, false }, { "file/", false, false } };
 
     for( const auto &c : CASES )
@@ -395,8 +399,9 @@ TEST_F( File, NamesWithAZeroAreRefusedNotCut )
     EXPECT_TRUE( texts( qvDirectoryContent( dir, QV_FALSE, nullptr ) ).empty() );
 
     EXPECT_EQ( "old", read( "file" ) );
-    EXPECT_EQ( ( std::vector< std::string >{ folder + "dir", folder + "file" } ),
-               texts( qvDirectoryContent( name( "" ), QV_FALSE, nullptr ) ) );
+    EXPECT_EQ(
+        ( std::vector< std::string >{ folder + "dir", folder + "file" } ),
+        texts( qvDirectoryContent( name( "" ), QV_FALSE, nullptr ) ) );
 
     Ref< QV_STRING > path = text( std::string( "a\0/b\0.c", 7 ) );
     EXPECT_EQ( std::string( "a\0", 2 ), take( qvFileDirName( path ) ) );
@@ -409,8 +414,8 @@ TEST_F( File, NamesWithAZeroAreRefusedNotCut )
 TEST_F( File, PathsAreTakenApart )
 {
     const std::pair< const char *, const char * > EXTENSIONS[] = {
-        { "/usr/lib/a.tar.gz", ".gz" }, { "x", "" }, { "", "." }, { "dir.d/file", "" }, { "dir/.profile", ".profile" },
-        { "a.", "." },                  { "ä/ö.ü", ".ü" } };
+        { "/usr/lib/a.tar.gz", ".gz" }, { "x", "" },   { "", "." },      { "dir.d/file", "" },
+        { "dir/.profile", ".profile" }, { "a.", "." }, { "ä/ö.ü", ".ü" } };
 
     for( auto [name, extension] : EXTENSIONS )
         EXPECT_EQ( extension, take( qvFileExtensionName( text( name ) ) ) ) << name;

@@ -95,8 +95,8 @@ private:
 TEST( LineSink, WritesLinesInAllForms )
 {
     LineLog             log;
-    Ref< QV_LINE_SINK > sink   = log.sink();
-    Ref< QV_VECTOR >    lines  = vector( { U"1", U"2", U"", U"4" } );
+    Ref< QV_LINE_SINK > sink  = log.sink();
+    Ref< QV_VECTOR >    lines = vector( { U"1", U"2", U"", U"4" } );
 
     EXPECT_EQ( QV_TRUE, qvLineSinkWriteCstr( sink, "ä-", 2 ) );
     EXPECT_EQ( QV_TRUE, qvLineSinkWriteWcstr( sink, L"ä", -1 ) );
@@ -112,7 +112,13 @@ TEST( LineSink, WritesLinesInAllForms )
     EXPECT_EQ( QV_TRUE, qvLineSinkWriteLinesInner( sink, lines, 1, 2 ) );
     EXPECT_EQ( QV_TRUE, qvLineSinkWriteLinesOuter( sink, lines, 1, 2 ) );
     EXPECT_EQ( QV_TRUE, qvLineSinkWriteLinesInner( sink, lines, 4, 0 ) );
-    EXPECT_EQ( "[1][2][][4]" "[1]" "[4]" "[2][]" "[1][4]", std::exchange( log.calls, "" ) );
+    EXPECT_EQ(
+        "[1][2][][4]"
+        "[1]"
+        "[4]"
+        "[2][]"
+        "[1][4]",
+        std::exchange( log.calls, "" ) );
     EXPECT_EQ( 15, qvLineSinkLinesWritten( sink ) );
 
     EXPECT_EQ( QV_TRUE, qvLineSinkFlush( sink ) );

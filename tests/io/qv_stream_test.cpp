@@ -5,7 +5,6 @@
 #include "qv/io/qv_buffer_byte_sink.h"
 #include "qv/io/qv_string_char_sink.h"
 
-
 using qv::Ref;
 using namespace qv::test;
 
@@ -13,12 +12,12 @@ namespace
 {
 struct ByteStreams : Bytes
 {
-    typedef uint8_t               Element;
-    typedef QV_BUFFER_BYTE_SINK   MemorySink;
+    typedef uint8_t             Element;
+    typedef QV_BUFFER_BYTE_SINK MemorySink;
 
     static constexpr QV_INT FREE = 480, SIZE = 1; // free places that any Buffer may have, and bytes of a place
 
-    static constexpr auto write = qvByteSinkWrite;
+    static constexpr auto write        = qvByteSinkWrite;
     static constexpr auto writeLeading = qvByteSinkWriteLeading, writeTrailing = qvByteSinkWriteTrailing;
     static constexpr auto writeInner = qvByteSinkWriteInner, writeOuter = qvByteSinkWriteOuter;
     static constexpr auto writeArray = qvByteSinkWriteBytes;
@@ -26,20 +25,20 @@ struct ByteStreams : Bytes
     static constexpr auto read      = qvByteSourceRead;
     static constexpr auto readArray = qvByteSourceReadBytes;
     static constexpr auto ended = qvByteSourceEnd, broken = qvByteSourceError;
-    static constexpr auto newMemorySink   = qvBufferByteSinkCreate;
-    static constexpr auto sinkOf          = qvBufferByteSinkByteSink;
-    static constexpr auto takeWritten     = qvBufferByteSinkBuffer;
-    static constexpr auto carrier         = buffer;
+    static constexpr auto newMemorySink = qvBufferByteSinkCreate;
+    static constexpr auto sinkOf        = qvBufferByteSinkByteSink;
+    static constexpr auto takeWritten   = qvBufferByteSinkBuffer;
+    static constexpr auto carrier       = buffer;
 };
 
 struct CharStreams : Chars
 {
-    typedef QV_CHAR               Element;
-    typedef QV_STRING_CHAR_SINK   MemorySink;
+    typedef QV_CHAR             Element;
+    typedef QV_STRING_CHAR_SINK MemorySink;
 
     static constexpr QV_INT FREE = 128, SIZE = 4;
 
-    static constexpr auto write = qvCharSinkWrite;
+    static constexpr auto write        = qvCharSinkWrite;
     static constexpr auto writeLeading = qvCharSinkWriteLeading, writeTrailing = qvCharSinkWriteTrailing;
     static constexpr auto writeInner = qvCharSinkWriteInner, writeOuter = qvCharSinkWriteOuter;
     static constexpr auto writeArray = qvCharSinkWriteChars;
@@ -47,10 +46,10 @@ struct CharStreams : Chars
     static constexpr auto read      = qvCharSourceRead;
     static constexpr auto readArray = qvCharSourceReadChars;
     static constexpr auto ended = qvCharSourceEnd, broken = qvCharSourceError;
-    static constexpr auto newMemorySink   = qvStringCharSinkCreate;
-    static constexpr auto sinkOf          = qvStringCharSinkCharSink;
-    static constexpr auto takeWritten     = qvStringCharSinkString;
-    static constexpr auto carrier         = []( std::u32string_view chars ) { return text( chars ); };
+    static constexpr auto newMemorySink = qvStringCharSinkCreate;
+    static constexpr auto sinkOf        = qvStringCharSinkCharSink;
+    static constexpr auto takeWritten   = qvStringCharSinkString;
+    static constexpr auto carrier       = []( std::u32string_view chars ) { return text( chars ); };
 };
 
 // Some elements that differ from their neighbours.
@@ -70,10 +69,10 @@ struct Stream : testing::Test
 {
     typedef typename Kind::Text Text;
 
-    const Text                          six    = pattern< Kind >( 6 );
-    const Ref< typename Kind::Carrier > data   = Kind::carrier( six );
-    const Ref< typename Kind::MemorySink > memory { Kind::newMemorySink() };
-    const Ref< typename Kind::Sink >       memorySink { Kind::sinkOf( memory ) };
+    const Text                             six  = pattern< Kind >( 6 );
+    const Ref< typename Kind::Carrier >    data = Kind::carrier( six );
+    const Ref< typename Kind::MemorySink > memory{ Kind::newMemorySink() };
+    const Ref< typename Kind::Sink >       memorySink{ Kind::sinkOf( memory ) };
 };
 
 typedef testing::Types< ByteStreams, CharStreams > Kinds;
@@ -82,9 +81,9 @@ TYPED_TEST_SUITE( Stream, Kinds );
 
 TYPED_TEST( Stream, RangesGoOutInAsManyWritesAsTheyHaveParts )
 {
-    typedef TypeParam                Kind;
-    typedef typename Kind::Sink      Sink;
-    typedef typename Kind::Carrier   Data;
+    typedef TypeParam                  Kind;
+    typedef typename Kind::Sink        Sink;
+    typedef typename Kind::Carrier     Data;
     typedef typename TestFixture::Text T;
 
     const T &all = this->six;
@@ -102,7 +101,8 @@ TYPED_TEST( Stream, RangesGoOutInAsManyWritesAsTheyHaveParts )
           []( Sink *s, Data *d ) { return Kind::writeOuter( s, d, 2, 2 ); } },
         { all.substr( 0, 4 ), "w", []( Sink *s, Data *d ) { return Kind::writeOuter( s, d, 4, 2 ); } },
         { {}, "", []( Sink *s, Data *d ) { return Kind::writeOuter( s, d, 0, 6 ); } },
-        { all.substr( 0, 3 ), "w", []( Sink *s, Data * ) { return Kind::writeArray( s, pattern< Kind >( 3 ).data(), 3 ); } },
+        { all.substr( 0, 3 ), "w",
+          []( Sink *s, Data * ) { return Kind::writeArray( s, pattern< Kind >( 3 ).data(), 3 ); } },
         { {}, "", []( Sink *s, Data * ) { return Kind::writeArray( s, nullptr, 0 ); } },
     };
 
@@ -150,9 +150,9 @@ TYPED_TEST( Stream, OnlyAShortReadOrAFailureMeetsTheEnd )
     for( int variant = 0; variant < 4; variant++ )
     {
         bool                         whole = variant & 1, fails = variant & 2;
-        SourceLog< Kind >            log { .data = pattern< Kind >( 10 ), .fails = fails };
-        Ref< typename Kind::Source > source = log.source();
-        auto                         dest   = Kind::carrier( pattern< Kind >( 1 ) );
+        SourceLog< Kind >            log{ .data = pattern< Kind >( 10 ), .fails = fails };
+        Ref< typename Kind::Source > source    = log.source();
+        auto                         dest      = Kind::carrier( pattern< Kind >( 1 ) );
         typename Kind::Element       array[12] = {};
 
         EXPECT_EQ( 0, Kind::read( source, dest.at(), 0 ) );
@@ -213,7 +213,8 @@ TEST( Misuse, IsReported )
         { [] { qvCharSourceRead( manyChars.source(), &qvs, 3 ); }, "charsRead <= maxCharCount" },
 
         // More than it appended, though not more than it was asked for.
-        { [] { qvByteSourceReadBytes( many.source(), array, 8 ); }, "bitIdx + BYTES_TO_BITS( byteCount ) <= buf->bitLength" },
+        { [] { qvByteSourceReadBytes( many.source(), array, 8 ); },
+          "bitIdx + BYTES_TO_BITS( byteCount ) <= buf->bitLength" },
     } );
 
     qvByteSinkRelease( sink );
@@ -226,12 +227,12 @@ TEST( Misuse, IsReported )
 TEST( ByteSource, SkippingFollowsTheRulesOfReading )
 {
     // Without a callback it reads in pieces.
-    SourceLog< Bytes >    log { .data = pattern< ByteStreams >( 10001 ), .fails = true };
+    SourceLog< Bytes >    log{ .data = pattern< ByteStreams >( 10001 ), .fails = true };
     Ref< QV_BYTE_SOURCE > source = log.source();
 
     EXPECT_EQ( 0, qvByteSourceSkip( source, 0 ) );
     EXPECT_EQ( 10000, qvByteSourceSkip( source, 10000 ) );
-    EXPECT_EQ( ( std::vector< QV_INT > { 4096, 4096, 1808 } ), log.limits );
+    EXPECT_EQ( ( std::vector< QV_INT >{ 4096, 4096, 1808 } ), log.limits );
     EXPECT_FALSE( qvByteSourceEnd( source ) );
     EXPECT_EQ( 1, qvByteSourceSkip( source, -1 ) );
     EXPECT_EQ( 4096, log.limits.back() );
@@ -250,7 +251,7 @@ TEST( ByteSource, SkippingFollowsTheRulesOfReading )
         return Ref< QV_BYTE_SOURCE >( qv___ByteSourceCreate( read, skip, qv::obj( closureOf( from ).get() ) ) );
     };
 
-    SourceLog< Bytes > short4 { .data = "abcd", .fails = true }, lying { .data = "abc", .extra = 1 };
+    SourceLog< Bytes > short4{ .data = "abcd", .fails = true }, lying{ .data = "abc", .extra = 1 };
     source = skippable( &short4 );
     EXPECT_EQ( 3, qvByteSourceSkip( source, 3 ) );
     EXPECT_FALSE( qvByteSourceEnd( source ) );

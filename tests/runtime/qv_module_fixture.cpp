@@ -5,7 +5,7 @@
 #include "qv/io/qv_print.h"
 #include "qv/runtime/qv_module_record.h"
 
-#define TEXT( word )   TEXT_OF( word )
+#define TEXT( word )    TEXT_OF( word )
 #define TEXT_OF( word ) #word
 #define JOIN( a, b )    JOIN_OF( a, b )
 #define JOIN_OF( a, b ) a##b
@@ -35,7 +35,7 @@ QV_API QV_MODULE FIXTURE_SYMBOL;
 #define QV_THIS_MODULE FIXTURE_SYMBOL
 
 typedef struct QV_FIXTURE_THING QV_FIXTURE_THING;
-typedef struct QV_FIXTURE_ODD QV_FIXTURE_ODD;
+typedef struct QV_FIXTURE_ODD   QV_FIXTURE_ODD;
 
 QV_FAMILY( FixtureThing, QV_FIXTURE_THING )
 QV_FAMILY( FixtureOdd, QV_FIXTURE_ODD )
@@ -93,21 +93,20 @@ QV_STRING *thingToString( QV_OBJ * )
     return qvStringCreateFromCstr( "a thing of " FIXTURE_NAME, -1 );
 }
 
-const QV_MODULE_RECORD record = {
-    QV_MODULE_RECORD_VERSION,
-    FIXTURE_PRODUCT,
-    nullptr,
-    -1,
-    -1,
-    -1,
-    nullptr,
-    nullptr,
-    nullptr,
-    FIXTURE_NAME,
-    "Module of the tests",
-    "1#2.3",
-    FIXTURE_DEPS,
-    FIXTURE_EXTS };
+const QV_MODULE_RECORD record = { QV_MODULE_RECORD_VERSION,
+                                  FIXTURE_PRODUCT,
+                                  nullptr,
+                                  -1,
+                                  -1,
+                                  -1,
+                                  nullptr,
+                                  nullptr,
+                                  nullptr,
+                                  FIXTURE_NAME,
+                                  "Module of the tests",
+                                  "1#2.3",
+                                  FIXTURE_DEPS,
+                                  FIXTURE_EXTS };
 } // namespace
 
 QV___FAMILY( FixtureThing, QV_FIXTURE_THING, nullptr, nullptr, thingToString )

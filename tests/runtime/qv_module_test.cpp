@@ -14,12 +14,20 @@ using namespace qv::test;
 
 namespace
 {
-const QV_MODULE_RECORD ANY_PRODUCT = {
-    2, nullptr, nullptr, -1, -1, -1, nullptr, nullptr, nullptr, "name", "description", "1.0", "", "" };
+const QV_MODULE_RECORD ANY_PRODUCT = { 2,       nullptr, nullptr,       -1,    -1, -1, nullptr, nullptr,
+                                       nullptr, "name",  "description", "1.0", "", "" };
 
 QV_MODULE moduleWith( const QV_MODULE_RECORD *record )
 {
-    return { QV___STATIC_HEADER( QV___OBJ_TYPE_MODULE ), record, nullptr, nullptr, nullptr, nullptr, nullptr, 0, nullptr,
+    return { QV___STATIC_HEADER( QV___OBJ_TYPE_MODULE ),
+             record,
+             nullptr,
+             nullptr,
+             nullptr,
+             nullptr,
+             nullptr,
+             0,
+             nullptr,
              nullptr };
 }
 
@@ -67,8 +75,8 @@ TEST( Module, ARecordHasToFitTheProduct )
 
     struct Case
     {
-        bool                                         fits;
-        bool                                         anyProduct; // the record that is changed, else the library's own
+        bool                                        fits;
+        bool                                        anyProduct; // the record that is changed, else the library's own
         std::function< void( QV_MODULE_RECORD & ) > change;
     };
     const std::vector< Case > CASES = {

@@ -41,17 +41,18 @@ TEST( ModuleVersion, ReadsItsTextAndNothingElse )
     const std::string LARGEST_TEXT = std::to_string( LARGEST ) + "#" + std::to_string( LEFT );
     const std::string BEYOND_TEXT  = std::to_string( LARGEST ) + "#" + std::to_string( LEFT + 1 );
 
-    for( std::string good : { std::string( "1.2" ), std::string( "0.0" ), std::string( "1#5.2#7" ),
-                              std::string( "4#19.0" ), std::string( "0.0#999" ), LARGEST_TEXT + "." + LARGEST_TEXT } )
+    for( std::string good :
+         { std::string( "1.2" ), std::string( "0.0" ), std::string( "1#5.2#7" ), std::string( "4#19.0" ),
+           std::string( "0.0#999" ), LARGEST_TEXT + "." + LARGEST_TEXT } )
         EXPECT_EQ( good, read( good ) );
 
     EXPECT_EQ( "1.2", read( "01#0.002#000" ) );
     EXPECT_EQ( "1#2.3", read( " +1 # 2. 3 " ) ); // as all numbers are read
 
-    for( std::string bad : { std::string( "" ), std::string( "1" ), std::string( "1." ), std::string( "1.2.3" ),
-                             std::string( "1#.0" ), std::string( "1.0#" ), std::string( "1#2#3.0" ),
-                             std::string( "1#1000.0" ), std::string( "-1.0" ), std::string( "1#-1.0" ),
-                             std::string( "1.0x" ), BEYOND_TEXT + ".0", "0." + BEYOND_TEXT } )
+    for( std::string bad :
+         { std::string( "" ), std::string( "1" ), std::string( "1." ), std::string( "1.2.3" ), std::string( "1#.0" ),
+           std::string( "1.0#" ), std::string( "1#2#3.0" ), std::string( "1#1000.0" ), std::string( "-1.0" ),
+           std::string( "1#-1.0" ), std::string( "1.0x" ), BEYOND_TEXT + ".0", "0." + BEYOND_TEXT } )
         EXPECT_EQ( "", read( bad ) ) << bad;
 
     Ref< QV_MODULE_VERSION > cut( qvModuleVersionTryCreateFromCstr( "1#5.2#77", 7 ) );
@@ -70,8 +71,9 @@ TEST( ModuleVersion, IsOrderedByItsFourNumbers )
     {
         Numbers a = draw(), b = draw();
         ASSERT_EQ( ( a > b ) - ( a < b ), qvModuleVersionCompare( version( a ), version( b ) ) );
-        ASSERT_EQ( a, numbersOf( Ref< QV_MODULE_VERSION >( qvModuleVersionTryCreateFromString(
-                          Ref< QV_STRING >( qvModuleVersionToString( version( a ) ) ) ) ) ) );
+        ASSERT_EQ(
+            a, numbersOf( Ref< QV_MODULE_VERSION >( qvModuleVersionTryCreateFromString(
+                   Ref< QV_STRING >( qvModuleVersionToString( version( a ) ) ) ) ) ) );
     }
 
     // Not by their difference, which has no room.

@@ -357,13 +357,14 @@ TEST( Obj, PartsAreComparedFromTheFirstOn )
                      withC = vectorOf( { nestedTwice( a ), qvBoxedUniqueObj( c ) } ),
                      withD = vectorOf( { nestedTwice( c ), qvBoxedUniqueObj( d ) } ),
                      withA = vectorOf( { nestedTwice( b ), uniqueA } );
-    QV_INT order = qvVectorCompare( withB, withC );
+    QV_INT order           = qvVectorCompare( withB, withC );
     EXPECT_EQ( order, qvBoxedUniqueCompare( b, c ) );
     EXPECT_EQ( -order, qvVectorCompare( withD, withA ) );
     EXPECT_EQ( -1, qv::obj( d.get() )->unique );
     EXPECT_EQ( -1, uniqueA->unique );
     EXPECT_EQ(
-        -1, qvVectorCompare( vectorOf( { qvSortObj( qvStringSort() ) } ), vectorOf( { qvSortObj( qvVectorSort() ) } ) ) );
+        -1,
+        qvVectorCompare( vectorOf( { qvSortObj( qvStringSort() ) } ), vectorOf( { qvSortObj( qvVectorSort() ) } ) ) );
     EXPECT_EQ( "<<<" + textOf( uniqueA ) + ">>, " + textOf( qvBoxedUniqueObj( b ) ) + ">", textOf( withB.get() ) );
 }
 
@@ -443,13 +444,13 @@ TEST( Obj, BrokenContractsAreReported )
 
 TEST( Obj, ThreadsShareObjectsAndTheirNumbers )
 {
-    const int                    THREADS = 4, ROUNDS = 5000;
-    Ref< QV_WATCHED >            shared = watched();
-    Ref< QV_BOXED_UNIQUE >       contested[200];
-    std::vector< QV_INT >        seen[THREADS];
-    std::vector< std::thread >   threads;
-    int32_t                      waiting = THREADS;
-    ended                                = 0;
+    const int                  THREADS = 4, ROUNDS = 5000;
+    Ref< QV_WATCHED >          shared = watched();
+    Ref< QV_BOXED_UNIQUE >     contested[200];
+    std::vector< QV_INT >      seen[THREADS];
+    std::vector< std::thread > threads;
+    int32_t                    waiting = THREADS;
+    ended                              = 0;
 
     for( Ref< QV_BOXED_UNIQUE > &object : contested )
         object.reset( qvBoxedUniqueCreate() );
@@ -495,7 +496,7 @@ namespace
 {
 using LockFunc = int ( * )( pthread_mutex_t * );
 
-const LockFunc        LOCK      = reinterpret_cast< LockFunc >( dlsym( RTLD_NEXT, "pthread_mutex_lock" ) );
+const LockFunc       LOCK      = reinterpret_cast< LockFunc >( dlsym( RTLD_NEXT, "pthread_mutex_lock" ) );
 thread_local QV_OBJ *overtaken = nullptr; // gets its number from somebody else while its own thread draws one
 } // namespace
 

@@ -98,8 +98,8 @@ std::string reportOf( QV_INT flags, const std::function< void() > &body )
             qvRuntimeShutdown();
             setenv( "XZ_MORVANE_BIN_PATH", TEST_MODULES, 1 );
             qvRuntimeStartup(
-                flags, []( const QV_CHAR *chs, QV_INT length ) { fprintf( stderr, "%s\n", utf8( chs, length ).c_str() ); },
-                nullptr, nullptr, nullptr );
+                flags, []( const QV_CHAR *chs, QV_INT length )
+                { fprintf( stderr, "%s\n", utf8( chs, length ).c_str() ); }, nullptr, nullptr, nullptr );
             body();
         } );
     EXPECT_EQ( SIGABRT, ending.signal );
@@ -163,19 +163,11 @@ std::string refused( const std::string &reason )
 
 TEST( RuntimeModule, LoadsWhatAModuleNeedsBeforeItAndItsExtensionsBehind )
 {
-    Lines starting = { opening( "app" ),
-                       opening( "base_1" ),
-                       "base_1 startup",
-                       opening( "base_2" ),
-                       "base_2 startup",
-                       "app startup",
+    Lines starting = { opening( "app" ),    opening( "base_1" ), "base_1 startup",
+                       opening( "base_2" ), "base_2 startup",    "app startup",
                        opening( "extra" ), // of base_2, which stands before the application
-                       "extra startup",
-                       opening( "absent" ),
-                       refused( "dlopen(): null" ),
-                       opening( "plug" ),
-                       "plug startup",
-                       opening( "plug_plug" ),
+                       "extra startup",     opening( "absent" ), refused( "dlopen(): null" ),
+                       opening( "plug" ),   "plug startup",      opening( "plug_plug" ),
                        "plug_plug startup" };
     Lines ending;
 
@@ -205,8 +197,9 @@ TEST( RuntimeModule, LoadsWhatAModuleNeedsBeforeItAndItsExtensionsBehind )
                  Ref< QV_STORE >  info( qvRuntimeInfo() );
                  Ref< QV_STORE >  versions( qvStoreStoreCstr( info, "moduleVersions", -1 ) );
                  Ref< QV_VECTOR > text( qvStoreEncodeToStringVector( versions ) );
-                 EXPECT_EQ( "<app=1#2.3, base_1=1#2.3, base_2=1#2.3, extra=1#2.3, plug=1#2.3, plug_plug=1#2.3, qv=0.0>",
-                            textOf( text.get() ) );
+                 EXPECT_EQ(
+                     "<app=1#2.3, base_1=1#2.3, base_2=1#2.3, extra=1#2.3, plug=1#2.3, plug_plug=1#2.3, qv=0.0>",
+                     textOf( text.get() ) );
 
                  // What is loaded is not loaded again, and no extension is tried twice.
                  EXPECT_TRUE( load( "qv app plug_plug" ) );
@@ -226,7 +219,8 @@ TEST( RuntimeModule, LoadsWhatAModuleNeedsBeforeItAndItsExtensionsBehind )
              start( 0 );
              EXPECT_TRUE( load( "extra" ) );
          } );
-    EXPECT_THAT( printed(), ElementsAre( "extra startup", "extra shutdownBegin", "extra shutdown", "extra shutdownEnd" ) );
+    EXPECT_THAT(
+        printed(), ElementsAre( "extra startup", "extra shutdownBegin", "extra shutdown", "extra shutdownEnd" ) );
 }
 
 TEST( RuntimeModule, AFailureLeavesWhatWasLoadedBefore )
@@ -258,10 +252,8 @@ TEST( RuntimeModule, AFailureLeavesWhatWasLoadedBefore )
 TEST( RuntimeModule, RefusesFilesThatAreNoModuleOfTheProduct )
 {
     const std::vector< std::array< std::string, 2 > > CASES = {
-        { "absent", "dlopen(): null" },
-        { "text", "dlopen(): null" },
-        { "symbolless", "dlsym(): null" },
-        { "foreign", "qv___ModuleCheckCompatibility(): false" },
+        { "absent", "dlopen(): null" },        { "text", "dlopen(): null" },
+        { "symbolless", "dlsym(): null" },     { "foreign", "qv___ModuleCheckCompatibility(): false" },
         { "misnamed", "module name invalid" },
     };
 
@@ -351,8 +343,8 @@ TEST( RuntimeModule, LoadsAndLooksFromManyThreads )
                          Ref< QV_VECTOR > modules( qvRuntimeModulesVector() );
                          ASSERT_EQ( qvModule(), Ref< QV_OBJ >( qvVectorObjAt( modules, 0 ) ).get() );
 
-                         Ref< QV_MODULE > app   = moduleNamed( "app" );
-                         QV_INT           place = app ? qvVectorIndexOfObj( modules, qvModuleObj( app ), QV_FALSE ) : -1;
+                         Ref< QV_MODULE > app = moduleNamed( "app" );
+                         QV_INT place         = app ? qvVectorIndexOfObj( modules, qvModuleObj( app ), QV_FALSE ) : -1;
                          ASSERT_TRUE( place == -1 || place >= 3 );
                      }
                  } );
@@ -368,8 +360,7 @@ TEST( RuntimeModule, LoadsAndLooksFromManyThreads )
              auto count = []( const char *what )
              {
                  return std::count_if(
-                     lines.begin(), lines.end(),
-                     [&]( const std::string &line ) { return line.ends_with( what ); } );
+                     lines.begin(), lines.end(), [&]( const std::string &line ) { return line.ends_with( what ); } );
              };
              EXPECT_LE( 6, count( " startup" ) );
              EXPECT_EQ( count( " startup" ), count( " shutdownBegin" ) );
@@ -442,11 +433,11 @@ TEST( RuntimeModule, AnObjectKeptTooLongEndsTheProcess )
             unload( []( int number ) { fprintf( stderr, "wait %i\n", number ); } );
         } );
     EXPECT_THAT(
-        report, AllOf(
-                    HasSubstr( "app shutdownEnd\n" ), Not( HasSubstr( "base_2 shutdownEnd\n" ) ),
-                    HasSubstr( "wait 1201\n" ), Not( HasSubstr( "wait 1202\n" ) ), Not( HasSubstr( "-----" ) ),
-                    HasSubstr( "Message   : base_2\n" ),
-                    HasSubstr( "Expression: msecs <= QV___RUNTIME_UNLOAD_MODULE_TIMEOUT\n" ) ) );
+        report,
+        AllOf(
+            HasSubstr( "app shutdownEnd\n" ), Not( HasSubstr( "base_2 shutdownEnd\n" ) ), HasSubstr( "wait 1201\n" ),
+            Not( HasSubstr( "wait 1202\n" ) ), Not( HasSubstr( "-----" ) ), HasSubstr( "Message   : base_2\n" ),
+            HasSubstr( "Expression: msecs <= QV___RUNTIME_UNLOAD_MODULE_TIMEOUT\n" ) ) );
 }
 
 namespace
@@ -512,9 +503,10 @@ TEST( RuntimeModule, AReportTellsWhatKeepsAModule )
     const Lines SORT    = { DASHES, "QV_FIXTURE_ODD 1" };
     const Lines OBJECTS = { DASHES, "QV_FIXTURE_THING (1)", "QV_FIXTURE_THING (2)", "QV_FIXTURE_ODD (1)" };
     const Lines OBJECT  = { DASHES, "QV_FIXTURE_ODD (1)" };
-    const Lines DETAILS = { "", "QV_FIXTURE_THING (1) a thing of app", "QV_FIXTURE_THING (2) a thing of app",
-                            "\twas retained", "QV_FIXTURE_ODD (1)" };
-    const Lines DETAIL  = { "", "QV_FIXTURE_ODD (1)" };
+    const Lines DETAILS = {
+        "", "QV_FIXTURE_THING (1) a thing of app", "QV_FIXTURE_THING (2) a thing of app", "\twas retained",
+        "QV_FIXTURE_ODD (1)" };
+    const Lines DETAIL = { "", "QV_FIXTURE_ODD (1)" };
 
     EXPECT_EQ( SORTS + SORTS + SORT, withoutHead( reports( QV_RUNTIME_FLAG_SNAPSHOT_SORT ) ) );
     EXPECT_EQ( OBJECTS + OBJECTS + OBJECT, withoutHead( reports( QV_RUNTIME_FLAG_SNAPSHOT_OBJECT ) ) );
@@ -531,9 +523,9 @@ TEST( RuntimeModule, SnapshotsHoldTheObjectsOfAllModules )
          []
          {
              load( "app" );
-             auto             things  = objectsOf( "app", 2 );
-             auto             other   = objectsOf( "base_1", 0 );
-             Ref< QV_MODULE > app     = moduleNamed( "app" );
+             auto             things = objectsOf( "app", 2 );
+             auto             other  = objectsOf( "base_1", 0 );
+             Ref< QV_MODULE > app    = moduleNamed( "app" );
              Ref< QV_VECTOR > sorts( qvModuleSnapshotSorts( app ) );
              Ref< QV_VECTOR > objects( qvModuleSnapshotObjects( app ) );
              EXPECT_EQ( "<QV_FIXTURE_THING, QV_FIXTURE_ODD>", textOf( sorts.get() ) );

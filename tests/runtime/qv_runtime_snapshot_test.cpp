@@ -73,15 +73,16 @@ const std::string DASHES( 90, '-' );
 // What each report begins with.
 Lines header()
 {
-    return { DASHES,
-             "Product   : morvane",
-             "Friendly  : morvane",
-             "Version   : 4.0.19",
-             "OS        : " + take( qvRuntimeOsFriendlyName( qvRuntimeOs() ) ),
-             "Hardware  : " + take( qvRuntimeHardwareFriendlyName( qvRuntimeHardware() ) ),
-             "Variant   : " + take( qvRuntimeVariantFriendlyName( qvRuntimeVariant() ) ),
-             std::string( "Build Time: " ) + qv___RuntimeVersionProductBuildTimeCstr(),
-             DASHES };
+    return {
+        DASHES,
+        "Product   : morvane",
+        "Friendly  : morvane",
+        "Version   : 4.0.19",
+        "OS        : " + take( qvRuntimeOsFriendlyName( qvRuntimeOs() ) ),
+        "Hardware  : " + take( qvRuntimeHardwareFriendlyName( qvRuntimeHardware() ) ),
+        "Variant   : " + take( qvRuntimeVariantFriendlyName( qvRuntimeVariant() ) ),
+        std::string( "Build Time: " ) + qv___RuntimeVersionProductBuildTimeCstr(),
+        DASHES };
 }
 
 Lines operator+( Lines a, const Lines &b )
@@ -114,14 +115,22 @@ TEST( RuntimeSnapshot, SurvivorsAreReportedWithTheirTextAndOrigin )
 
     // The Store holds the empty Dict, which so survives too. It is the only one here whose creation is recorded.
     Lines told = header()
-                 + Lines{ "QV_STRING 1", "QV_VECTOR 1", "QV_DICT   1", "QV_STORE  1", "", "QV_STRING (2) lost text",
-                          "QV_VECTOR (1) <QV_STORE(0)>", "QV_DICT (3) {}", "QV_STORE (1)" };
+                 + Lines{
+                     "QV_STRING 1",
+                     "QV_VECTOR 1",
+                     "QV_DICT   1",
+                     "QV_STORE  1",
+                     "",
+                     "QV_STRING (2) lost text",
+                     "QV_VECTOR (1) <QV_STORE(0)>",
+                     "QV_DICT (3) {}",
+                     "QV_STORE (1)" };
     EXPECT_EQ( told, Lines( lines.begin(), log ) );
     EXPECT_THAT( Lines( log, lines.end() ), testing::Each( testing::StartsWith( "\t" ) ) );
     EXPECT_EQ( "\t", lines.back() );
 
-    auto call = std::find_if(
-        log, lines.end(), []( auto &line ) { return line.find( "(qvStoreCreate+" ) != line.npos; } );
+    auto call =
+        std::find_if( log, lines.end(), []( auto &line ) { return line.find( "(qvStoreCreate+" ) != line.npos; } );
     ASSERT_LT( 2, lines.end() - call );
     EXPECT_THAT( call[1], testing::HasSubstr( "(testLeakTextAndStore+" ) );
 }
@@ -135,8 +144,7 @@ TEST( RuntimeSnapshot, ReportsHoldWhatTheFlagsAskFor )
     EXPECT_EQ( header() + Lines{ "QV_STRING (1)" }, printedByRun( DATABASE | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT, leak ) );
     EXPECT_EQ(
         header() + Lines{ "QV_STRING (1) lost" },
-        printedByRun(
-            DATABASE | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_TOSTRING, leak ) );
+        printedByRun( DATABASE | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_TOSTRING, leak ) );
 
     // Not asked, without lists, and with nothing to tell.
     EXPECT_EQ( Lines{}, printedByRun( DATABASE, leak ) );

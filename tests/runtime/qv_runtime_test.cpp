@@ -147,7 +147,8 @@ TEST( Runtime, NamesLeadToValuesAndBack )
 {
     for( QV_INT os = 0; os < 10; os++ )
     {
-        EXPECT_EQ( os, qvRuntimeOsFromString( text( take( qvRuntimeOsToString( os ) ).insert( 0, 1, ' ' ).append( " " ) ) ) );
+        EXPECT_EQ(
+            os, qvRuntimeOsFromString( text( take( qvRuntimeOsToString( os ) ).insert( 0, 1, ' ' ).append( " " ) ) ) );
         EXPECT_EQ( os, qvRuntimeOsFromString( text( std::to_string( os ) ) ) );
         EXPECT_EQ( os, qvRuntimeOsFromIdentifier( Ref( qvRuntimeOsToIdentifier( os ) ) ) );
     }
@@ -164,10 +165,13 @@ TEST( Runtime, NamesLeadToValuesAndBack )
 
 TEST( Runtime, SystemsAndHardwareHaveKinds )
 {
-    EXPECT_TRUE( qvRuntimeOsIsLinux( 8 ) && qvRuntimeOsIsDebian( 1 ) && qvRuntimeOsIsUnix( 9 ) && qvRuntimeOsIsWindows( 0 ) );
-    EXPECT_FALSE( qvRuntimeOsIsLinux( 9 ) || qvRuntimeOsIsDebian( 0 ) || qvRuntimeOsIsUnix( 0 ) || qvRuntimeOsIsWindows( 1 ) );
+    EXPECT_TRUE(
+        qvRuntimeOsIsLinux( 8 ) && qvRuntimeOsIsDebian( 1 ) && qvRuntimeOsIsUnix( 9 ) && qvRuntimeOsIsWindows( 0 ) );
+    EXPECT_FALSE(
+        qvRuntimeOsIsLinux( 9 ) || qvRuntimeOsIsDebian( 0 ) || qvRuntimeOsIsUnix( 0 ) || qvRuntimeOsIsWindows( 1 ) );
     EXPECT_TRUE( qvRuntimeHardwareIsIntel( 1 ) && qvRuntimeHardwareIsArm( 6 ) && qvRuntimeHardwareIsBigEndian( 7 ) );
-    EXPECT_FALSE( qvRuntimeHardwareIsIntel( 2 ) || qvRuntimeHardwareIsArm( 1 ) || qvRuntimeHardwareIsLittleEndian( 7 ) );
+    EXPECT_FALSE(
+        qvRuntimeHardwareIsIntel( 2 ) || qvRuntimeHardwareIsArm( 1 ) || qvRuntimeHardwareIsLittleEndian( 7 ) );
 
     EXPECT_EQ( "armel", orNone( qvRuntimeOsHardwarePlatformName( 1, QV_RUNTIME_HARDWARE_INNOVAPHONE ) ) );
     EXPECT_EQ( "none", orNone( qvRuntimeOsHardwarePlatformName( 0, QV_RUNTIME_HARDWARE_X64 ) ) );
@@ -181,7 +185,8 @@ TEST( Runtime, SystemsAndHardwareHaveKinds )
 TEST( Runtime, ValuesOutOfRangeAreReported )
 {
     EXPECT_BROKEN( qvRuntimeOsToString( -1 ), "QV_RUNTIME_OS_OK( os )" );
-    EXPECT_DEATH( qvRuntimeOsToString( -1 ), testing::HasSubstr( "    File      : source/qv/runtime/qv_runtime_os\n" ) );
+    EXPECT_DEATH(
+        qvRuntimeOsToString( -1 ), testing::HasSubstr( "    File      : source/qv/runtime/qv_runtime_os\n" ) );
     EXPECT_BROKEN( qvRuntimeOsSupportsHardware( 0, 8 ), "QV_RUNTIME_HARDWARE_OK( hw )" );
     EXPECT_BROKEN( qvRuntimeVariantFriendlyName( 2 ), "QV_RUNTIME_VARIANT_OK( var )" );
     EXPECT_BROKEN( qvRuntimePath( 7 ), "QV_RUNTIME_PATH_OK( path )" );
@@ -196,8 +201,8 @@ TEST( Runtime, FlagsAreNormalised )
     {
         QV_INT flags, normalised;
     } const CASES[] = {
-        { 0xFFF, 1 },     { 0x20, 0 },      { 0xFFE, 0xFFE }, { 0x88, 8 },         { 0x1D8, 0x1D8 }, { 0x198, 0x18 },
-        { 0xE06, 0xE06 }, { -0x1000, 0 },   { -1, 1 },        { 0x1F0, 0 },        { 0x148, 0x148 }, { 0x28, 0x28 },
+        { 0xFFF, 1 },     { 0x20, 0 },    { 0xFFE, 0xFFE }, { 0x88, 8 },  { 0x1D8, 0x1D8 }, { 0x198, 0x18 },
+        { 0xE06, 0xE06 }, { -0x1000, 0 }, { -1, 1 },        { 0x1F0, 0 }, { 0x148, 0x148 }, { 0x28, 0x28 },
     };
 
     for( const auto &c : CASES )
@@ -210,7 +215,13 @@ TEST( Runtime, FlagsAreNormalised )
 
     // Every flag has its name, and each name its flag.
     EXPECT_EQ( 0xFFE, qvRuntimeFlagsFromString( Ref< QV_STRING >( qvRuntimeFlagsToString( 0xFFE ) ) ) );
-    EXPECT_EQ( "0", inRun( [] { restart( QV_RUNTIME_FLAG_SNAPSHOT_SORT ); say( std::to_string( qvRuntimeFlags() ) ); } ) );
+    EXPECT_EQ(
+        "0", inRun(
+                 []
+                 {
+                     restart( QV_RUNTIME_FLAG_SNAPSHOT_SORT );
+                     say( std::to_string( qvRuntimeFlags() ) );
+                 } ) );
 }
 
 /* Identity ------------------------------------------------------------------------------------------------------- */
@@ -218,21 +229,20 @@ TEST( Runtime, FlagsAreNormalised )
 TEST( Runtime, TheApplicationIsWhatTheStartWasTold )
 {
     EXPECT_EQ(
-        "nnn my-app;none;ä;",
-        inRun(
-            []
-            {
-                say( qvRuntimeVersionApplicationHasIdentifier() ? "y" : "n" );
-                say( qvRuntimeVersionApplicationHasFriendlyName() ? "y" : "n" );
-                say( qvRuntimeVersionApplicationHasVersion() ? "y" : "n" );
-                char identifier[] = "my-app";
-                qvRuntimeShutdown();
-                qvRuntimeStartup( 0, nullptr, identifier, nullptr, "ä" );
-                identifier[0] = 'x'; // copied
-                say( " " + orNone( qvRuntimeVersionApplicationIdentifier() ) + ";" );
-                say( orNone( qvRuntimeVersionApplicationFriendlyName() ) + ";" );
-                say( orNone( qvRuntimeVersionApplicationVersion() ) + ";" );
-            } ) );
+        "nnn my-app;none;ä;", inRun(
+                                  []
+                                  {
+                                      say( qvRuntimeVersionApplicationHasIdentifier() ? "y" : "n" );
+                                      say( qvRuntimeVersionApplicationHasFriendlyName() ? "y" : "n" );
+                                      say( qvRuntimeVersionApplicationHasVersion() ? "y" : "n" );
+                                      char identifier[] = "my-app";
+                                      qvRuntimeShutdown();
+                                      qvRuntimeStartup( 0, nullptr, identifier, nullptr, "ä" );
+                                      identifier[0] = 'x'; // copied
+                                      say( " " + orNone( qvRuntimeVersionApplicationIdentifier() ) + ";" );
+                                      say( orNone( qvRuntimeVersionApplicationFriendlyName() ) + ";" );
+                                      say( orNone( qvRuntimeVersionApplicationVersion() ) + ";" );
+                                  } ) );
 }
 
 /* Paths ---------------------------------------------------------------------------------------------------------- */
@@ -258,8 +268,8 @@ TEST( Runtime, PathsComeFromTheEnvironment )
             say( paths() );
         } );
     EXPECT_EQ(
-        "relative/\n/opt/wexcraft/morvane/res/\n" + data + "/\n" + data + "/storage/\n" + trace + "\n" + data + "/abort/\n"
-            + data + "/temp/\n",
+        "relative/\n/opt/wexcraft/morvane/res/\n" + data + "/\n" + data + "/storage/\n" + trace + "\n" + data
+            + "/abort/\n" + data + "/temp/\n",
         moved );
     EXPECT_TRUE( fs::is_directory( scratch() + "a/b/trace" ) );
     EXPECT_FALSE( fs::exists( "relative" ) );
@@ -274,7 +284,8 @@ TEST( Runtime, PathsHaveDefaults )
 
     // Without a home only a path with a variable of its own is left.
     EXPECT_EQ(
-        INSTALLED + "none\nnone\nnone\nnone\n" + home + "/temp/\n", pathsWith( "XZ_MORVANE_TEMP_PATH", home + "/temp" ) );
+        INSTALLED + "none\nnone\nnone\nnone\n" + home + "/temp/\n",
+        pathsWith( "XZ_MORVANE_TEMP_PATH", home + "/temp" ) );
     EXPECT_EQ(
         "none\nnone\nnone\nnone\nnone\nnone\nnone\n",
         pathsWith( "XZ_MORVANE_DATA_PATH", home, QV_RUNTIME_FLAG_MINIMAL ) );
@@ -316,7 +327,8 @@ TEST( Runtime, TheComputerIsDescribed )
     // The 18 characters go as they are, whatever they are.
     EXPECT_EQ(
         "host\n" + os + "\n(R) 3000" + cores + "\nyyy",
-        computer( "host", true, "processor\t: 0\n model name: no\nmodel name\t: Intel(R) 3000\nmodel name\t: other one\n" ) );
+        computer(
+            "host", true, "processor\t: 0\n model name: no\nmodel name\t: Intel(R) 3000\nmodel name\t: other one\n" ) );
     EXPECT_EQ( "host\n" + os + "\n" + cores + "\nyyy", computer( "host", true, "model name\t: x\n" ) );
     EXPECT_EQ( "none\nnone\nCPU unknown" + cores + "\nnny", computer( nullptr, false, "processor\t: 0\n" ) );
     EXPECT_EQ( "none\nnone\nCPU unknown" + cores + "\nnny", computer( nullptr, false, "" ) );
@@ -334,9 +346,10 @@ TEST( Runtime, TheSummaryIsADocument )
         Ref< QV_STORE > store( qvRuntimeInfo() );
         std::string     result;
 
-        for( const char *key : { "product", "friendlyName", "version", "versionMajor", "versionMinor", "versionRelease",
-                                 "compatibility", "os", "applicationIdentifier",
-                                 "applicationFriendlyName", "applicationVersion", "computerName", "operatingSystemInfo" } )
+        for( const char *key :
+             { "product", "friendlyName", "version", "versionMajor", "versionMinor", "versionRelease", "compatibility",
+               "os", "applicationIdentifier", "applicationFriendlyName", "applicationVersion", "computerName",
+               "operatingSystemInfo" } )
             result += orNone( qvStoreValueCstr( store, key, -1 ) ) + ";";
 
         return result;
@@ -344,7 +357,8 @@ TEST( Runtime, TheSummaryIsADocument )
     const std::string PRODUCT = "morvane;morvane;4.0.19;4;0;19;0;Debian 10;";
 
     EXPECT_EQ(
-        PRODUCT + "none;none;none;" + take( qvRuntimeComputerName() ) + ";" + take( qvRuntimeOperatingSystemInfo() ) + ";",
+        PRODUCT + "none;none;none;" + take( qvRuntimeComputerName() ) + ";" + take( qvRuntimeOperatingSystemInfo() )
+            + ";",
         summary() );
     EXPECT_EQ(
         PRODUCT + "my-app;My Application;1.2;none;none;",

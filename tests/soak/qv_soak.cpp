@@ -115,10 +115,10 @@ void document( Random &random )
 
 void streams( Random &random )
 {
-    QV_INT                      charset = QV_CHARSET_UTF_8 + static_cast< QV_INT >( random() % 7 );
-    Ref< QV_BUFFER_BYTE_SINK >  buffer( qvBufferByteSinkCreate() );
-    Ref< QV_BYTE_SINK >         bytes( qvBufferByteSinkByteSink( buffer ) );
-    Ref< QV_CHAR_SINK >         sink( qvCharsetCreateCharSink( bytes, charset, 0 ) );
+    QV_INT                     charset = QV_CHARSET_UTF_8 + static_cast< QV_INT >( random() % 7 );
+    Ref< QV_BUFFER_BYTE_SINK > buffer( qvBufferByteSinkCreate() );
+    Ref< QV_BYTE_SINK >        bytes( qvBufferByteSinkByteSink( buffer ) );
+    Ref< QV_CHAR_SINK >        sink( qvCharsetCreateCharSink( bytes, charset, 0 ) );
 
     EXPECT( qvCharSinkWrite( sink, sharedText ) && qvCharSinkFlush( sink ) );
 
@@ -266,7 +266,9 @@ int main( int argc, char **argv )
 
     qvRuntimeStartup( 0, nullptr, "soak", "Soak", "1.0" );
     {
-        sharedText  = cstr( "Gr\xc3\xbc\xc3\x9f" "e an alle \xe2\x80\x93 \xf0\x9f\x98\x80 " ).give();
+        sharedText = cstr( "Gr\xc3\xbc\xc3\x9f"
+                           "e an alle \xe2\x80\x93 \xf0\x9f\x98\x80 " )
+                         .give();
         sharedDict  = qvDictCreate();
         sharedStore = qvStoreCreate();
 
@@ -287,11 +289,12 @@ int main( int argc, char **argv )
             EXPECT( workers.back() );
         }
 
-        std::this_thread::sleep_for( std::chrono::duration< double >( seconds / 5.0 ) ); // until all have what they need
+        std::this_thread::sleep_for(
+            std::chrono::duration< double >( seconds / 5.0 ) ); // until all have what they need
         long long before = allocated( seconds / 5.0 );
         std::this_thread::sleep_for( std::chrono::duration< double >( seconds * 2 / 5.0 ) );
         long long after = allocated( seconds / 5.0 );
-        over = true;
+        over            = true;
 
         for( Ref< QV_THREAD > &worker : workers )
             qvThreadJoin( worker );

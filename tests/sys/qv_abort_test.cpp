@@ -96,7 +96,8 @@ void writeReportsTo( const std::string &name )
     memcpy( qv___AbortFilename, name.c_str(), name.size() + 1 );
 }
 
-void restart( QV_INT flags, const char *identifier = nullptr, const char *name = nullptr, const char *version = nullptr )
+void restart(
+    QV_INT flags, const char *identifier = nullptr, const char *name = nullptr, const char *version = nullptr )
 {
     qvRuntimeShutdown();
     qvRuntimeStartup( flags, nullptr, identifier, name, version );
@@ -114,7 +115,8 @@ TEST( Abort, ReportsNameWhatIsGiven )
 
     // Longer than what is written at once.
     std::string text( 5000, 'x' );
-    EXPECT_EQ( head() + "\n  ABORT\n    Message   : " + text + "\n", report( text.c_str(), nullptr, 1, nullptr, nullptr ) );
+    EXPECT_EQ(
+        head() + "\n  ABORT\n    Message   : " + text + "\n", report( text.c_str(), nullptr, 1, nullptr, nullptr ) );
 }
 
 TEST( Abort, ReportsNameTheApplication )
@@ -155,8 +157,8 @@ TEST( Abort, ReportsTellSignalsApart )
 TEST( Abort, BrokenContractsAreReportedInBothPlaces )
 {
     std::string folder = scratch() + "reports/";
-    std::string begin  = folder + "morvane-4.0.19-debian10-"
-                        + take( qvRuntimeHardwareToIdentifier( qvRuntimeHardware() ) ) + "-";
+    std::string begin =
+        folder + "morvane-4.0.19-debian10-" + take( qvRuntimeHardwareToIdentifier( qvRuntimeHardware() ) ) + "-";
     std::string names[2];
 
     for( std::string &name : names )
@@ -209,7 +211,8 @@ TEST( Abort, FatalSignalsAreReported )
             *static_cast< volatile char * >( page ) = 1;
         } );
     std::ostringstream expected;
-    expected << "\n\n\n" << head() << "\n  SIGNAL\n    Signal    : 11 (SIGSEGV, invalid memory reference)\n"
+    expected << "\n\n\n"
+             << head() << "\n  SIGNAL\n    Signal    : 11 (SIGSEGV, invalid memory reference)\n"
              << "    Code      : 2 (SEGV_ACCERR, invalid permissions for mapped object)\n    Sender    : kernel\n"
              << "    Address   : " << page << "\n\n  STACK\n";
     EXPECT_EQ( SIGABRT, ending.signal );
@@ -226,12 +229,17 @@ TEST( Abort, FatalSignalsAreReported )
 
 TEST( Abort, HandlersAreThereInARunThatWantsThem )
 {
-    const std::function< void() > SETTINGS[]
-        = { [] { restart( QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS ); }, qvRuntimeShutdown };
+    const std::function< void() > SETTINGS[] = {
+        [] { restart( QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS ); }, qvRuntimeShutdown };
 
     for( const auto &set : SETTINGS )
     {
-        Ending ending = inOwnRun( [&] { set(); raise( SIGFPE ); } );
+        Ending ending = inOwnRun(
+            [&]
+            {
+                set();
+                raise( SIGFPE );
+            } );
         EXPECT_EQ( SIGFPE, ending.signal );
         EXPECT_EQ( "", ending.errors );
     }
@@ -241,7 +249,8 @@ TEST( Abort, ReportsNeedNoRunningLibrary )
 {
     EXPECT_EQ( SIGABRT, BEFORE_START.signal );
     EXPECT_THAT(
-        BEFORE_START.errors, StartsWith( "\n\n\n" + head() + "\n  ABORT\n    File      : early\n    Line      : 7\n\n  STACK\n" ) );
+        BEFORE_START.errors,
+        StartsWith( "\n\n\n" + head() + "\n  ABORT\n    File      : early\n    Line      : 7\n\n  STACK\n" ) );
 
     Ending after = inOwnRun(
         []
@@ -409,7 +418,8 @@ TEST( Abort, AFullStackIsReported )
 {
     const std::function< void() > FILLS[] = {
         [] { fillStack( 0 ); },
-        [] { qvThreadJoin( qvThreadTrySpawnCstr( "full", -1, fillStackOfThread, nullptr, QV_THREAD_PRIORITY_NORMAL ) ); },
+        []
+        { qvThreadJoin( qvThreadTrySpawnCstr( "full", -1, fillStackOfThread, nullptr, QV_THREAD_PRIORITY_NORMAL ) ); },
         [] { std::thread( [] { qvThreadEncapsulate( fillStackOfThread, nullptr ); } ).join(); },
     };
 

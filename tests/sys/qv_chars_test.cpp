@@ -53,7 +53,7 @@ void expectEncoded( const std::u32string &text, size_t room, bool addNull )
     std::vector< char >     dest( room + 20, '\x55' );
     QV_INT                  length = static_cast< QV_INT >( src.size() );
 
-    QV_INT                  whole = static_cast< QV_INT >( expected.size() );
+    QV_INT whole = static_cast< QV_INT >( expected.size() );
 
     ASSERT_EQ( whole, qvCharsConvertToUtf8( nullptr, 0, src.data(), length, addNull ) );
     ASSERT_EQ( whole, qvCharsConvertToUtf8( dest.data(), QV_INT( room ), src.data(), length, addNull ) );
@@ -81,13 +81,19 @@ TEST( Chars, BadUtf8IsReplacedByTheRules )
         std::string    bytes;
         std::u32string expected;
     } CASES[] = {
-        { { "\xC0\x80", 2 }, std::u32string( 1, U'\0' ) },                   // overlong forms pass,
-        { "\xED\xA0\x80", std::u32string( 1, char32_t( 0xD800 ) ) },         // and surrogates
-        { "\xF4\x90\x80\x80", U"" },                                         // above the last one: nothing
-        { "\x80\x80\x80", U"\xFFFD" },                                       // one for a run
-        { "\xF8\x80\x80\x80\x80" "A", U"\xFFFD" U"A" },
-        { "\xE2\x82\xC3\xA9", U"\xFFFD\xE9" },                               // ends early
-        { "\xC3\xA9\xA9\xA9" "A", U"\xE9\xFFFD" U"A" },                      // too many follow
+        { { "\xC0\x80", 2 }, std::u32string( 1, U'\0' ) },           // overlong forms pass,
+        { "\xED\xA0\x80", std::u32string( 1, char32_t( 0xD800 ) ) }, // and surrogates
+        { "\xF4\x90\x80\x80", U"" },                                 // above the last one: nothing
+        { "\x80\x80\x80", U"\xFFFD" },                               // one for a run
+        { "\xF8\x80\x80\x80\x80"
+          "A",
+          U"\xFFFD"
+          U"A" },
+        { "\xE2\x82\xC3\xA9", U"\xFFFD\xE9" }, // ends early
+        { "\xC3\xA9\xA9\xA9"
+          "A",
+          U"\xE9\xFFFD"
+          U"A" }, // too many follow
     };
 
     for( const auto &each : CASES )
@@ -157,7 +163,7 @@ TEST( Chars, AnyTextGoesBothWaysAsTheModelDoes )
 
 TEST( Chars, AsciiReplacesWhatItLacks )
 {
-    char         bytes[8];
+    char          bytes[8];
     const QV_CHAR text[] = { U'a', 0, 0x7F, 0x80, 0xE9, 0x1F600, 0x110000 };
     EXPECT_EQ( 8, qvCharsConvertToAscii( bytes, 8, text, 7, QV_TRUE ) );
     EXPECT_EQ( std::string( "a\0\x7F????", 8 ), std::string( bytes, 8 ) );
@@ -195,10 +201,18 @@ TEST( Chars, CTextIsUtf8 )
 {
     char    bytes[4] = {};
     QV_CHAR chs[3];
-    EXPECT_EQ( 3, qvCharsConvertFromCstr( chs, 3, "\xC3\xA9" "bc", -1 ) );
+    EXPECT_EQ(
+        3, qvCharsConvertFromCstr(
+               chs, 3,
+               "\xC3\xA9"
+               "bc",
+               -1 ) );
     EXPECT_THAT( chs, ElementsAre( 0xE9, U'b', U'c' ) );
     EXPECT_EQ( 4, qvCharsConvertToCstr( bytes, 4, chs, 2, QV_TRUE ) );
-    EXPECT_STREQ( "\xC3\xA9" "b", bytes );
+    EXPECT_STREQ(
+        "\xC3\xA9"
+        "b",
+        bytes );
 }
 
 TEST( Chars, AllOkLooksAtEveryCharacter )
@@ -223,7 +237,10 @@ TEST( Chars, SanitizeCombinesPairsAndDropsTheRest )
     const char32_t HIGH = 0xD83D, LOW = 0xDE00;
 
     EXPECT_EQ( U"\x1F600", sanitized( { HIGH, LOW } ) );
-    EXPECT_EQ( U"a\x1F600" U"b", sanitized( { U'a', HIGH, HIGH, LOW, LOW, U'b' } ) );
+    EXPECT_EQ(
+        U"a\x1F600"
+        U"b",
+        sanitized( { U'a', HIGH, HIGH, LOW, LOW, U'b' } ) );
     EXPECT_EQ( U"a", sanitized( { HIGH, U'a', LOW, HIGH } ) );
     EXPECT_EQ( U"\x10000\x10FFFF", sanitized( { 0xD800, 0xDC00, 0xDBFF, 0xDFFF } ) );
     EXPECT_EQ( U"", sanitized( { HIGH, 0x110000, LOW } ) );

@@ -14,8 +14,9 @@ std::vector< QV_INT > values()
 {
     std::vector< QV_INT > result;
 
-    for( QV_INT near : { QV_INT_MIN + 2, QV_INT_MIN / 2, QV_INT( -4294967296 ), QV_INT( 0 ), QV_INT( 3037000499 ),
-                         QV_INT( 4294967296 ), QV_INT_MAX / 2, QV_INT_MAX - 2 } )
+    for( QV_INT near :
+         { QV_INT_MIN + 2, QV_INT_MIN / 2, QV_INT( -4294967296 ), QV_INT( 0 ), QV_INT( 3037000499 ),
+           QV_INT( 4294967296 ), QV_INT_MAX / 2, QV_INT_MAX - 2 } )
         for( QV_INT offset = -2; offset <= 2; offset++ )
             result.push_back( near + offset );
 

@@ -7,8 +7,8 @@
 
 namespace
 {
-const QV_REAL INFINITE  = std::numeric_limits< QV_REAL >::infinity();
-const QV_REAL NAN_REAL  = std::numeric_limits< QV_REAL >::quiet_NaN();
+const QV_REAL INFINITE = std::numeric_limits< QV_REAL >::infinity();
+const QV_REAL NAN_REAL = std::numeric_limits< QV_REAL >::quiet_NaN();
 } // namespace
 
 TEST( Real, TheToleranceIsAbsolute )

@@ -65,7 +65,7 @@ bool canBeSomebodyElse()
 
 const uint32_t NOBODY      = 65534;
 const char     AS_NOBODY[] = "setpriv --reuid 65534 --regid 65534 --clear-groups --";
-const uint32_t ANY    = ~0u;
+const uint32_t ANY         = ~0u;
 
 const char ACCESS[]  = "system.posix_acl_access";
 const char DEFAULT[] = "system.posix_acl_default";
@@ -115,7 +115,7 @@ TEST( MorvaneFile, GivesNobodyMoreRights )
         mode_t before, after;
         bool   hasList;
     } CASES[] = {
-        { NOBODY, 0, 0664, 0604, false },  { NOBODY, 7, 0604, 0600, false },  { 0, NOBODY, 0640, 0640, false },
+        { NOBODY, 0, 0664, 0604, false },   { NOBODY, 7, 0604, 0600, false },   { 0, NOBODY, 0640, 0640, false },
         { 0, NOBODY, 06755, 02755, false }, { NOBODY, 100, 0660, 0660, false }, { 0, 7, 0646, 0604, false },
         { 0, 7, 0666, 0600, true },
     };
@@ -145,8 +145,10 @@ TEST( MorvaneFile, GivesNobodyMoreRights )
     EXPECT_EQ(
         "morvane store: shared/new: Permission denied\n", morvane( "store encode in shared/new", AS_NOBODY ).err );
     EXPECT_EQ(
-        "A=1\n", shell( "mkdir -m 777 shared/below; cd shared/below; echo a=1 >doc; chmod 666 doc; "s + AS_NOBODY
-                        + " $M text case --upper doc doc; cat doc" ).out );
+        "A=1\n", shell(
+                     "mkdir -m 777 shared/below; cd shared/below; echo a=1 >doc; chmod 666 doc; "s + AS_NOBODY
+                     + " $M text case --upper doc doc; cat doc" )
+                     .out );
     std::filesystem::remove_all( path( "shared" ) );
 }
 
@@ -225,7 +227,8 @@ TEST( MorvaneFile, TellsWhyItCannotBeReadOrWritten )
         // The way of a filter, whether or not the signal is ignored.
         { "{ $M random bytes 1000000; echo $? >status; } | true; cat status", 0, "141\n", "" },
         { "{ trap \"\" PIPE; $M random bytes 1000000; echo $? >status; } | true; cat status", 0, "141\n", "" },
-        { "{ trap \"\" PIPE; sleep 0.1; $M text case --upper in; echo $? >status; } | true; cat status", 0, "141\n", "" },
+        { "{ trap \"\" PIPE; sleep 0.1; $M text case --upper in; echo $? >status; } | true; cat status", 0, "141\n",
+          "" },
     };
 
     write( "kept", "old" );
@@ -270,8 +273,11 @@ TEST( MorvaneFile, KeepsWhatManyRunsSetAtOnce )
     }
 
     EXPECT_EQ(
-        "", shell( "for i in 0 1 2 3 4 5 6 7 8 9; do for k in a b; do as=; [ $k = a ] || as=\"" + asOther + "\"; "
-                   "for n in 0 1 2; do $as $M store set doc $k$i$n=1; done & done; done; wait" ).err );
+        "", shell(
+                "for i in 0 1 2 3 4 5 6 7 8 9; do for k in a b; do as=; [ $k = a ] || as=\"" + asOther
+                + "\"; "
+                  "for n in 0 1 2; do $as $M store set doc $k$i$n=1; done & done; done; wait" )
+                .err );
 
     std::string all = contentOf( "doc" );
     EXPECT_EQ( 60, std::count( all.begin(), all.end(), '\n' ) ) << all;
@@ -298,12 +304,15 @@ TEST( MorvaneFile, LeavesTheOldOneWhenItIsKilled )
 
 TEST( MorvaneFile, PassesOnWhatThereIs )
 {
-    for( const char *words : { "case --lower", "lines --newline lf", "normalize --form nfc",
-                               "convert --from utf-8 --to latin1", "convert --from utf-8 --to utf-8" } )
+    for( const char *words :
+         { "case --lower", "lines --newline lf", "normalize --form nfc", "convert --from utf-8 --to latin1",
+           "convert --from utf-8 --to utf-8" } )
         EXPECT_EQ(
-            "line\n=\nend\n",
-            shell( "mkfifo to from; $M text "s + words + " to from & exec 3>to 4<from; echo line >&3; "
-                   "timeout 10 head -n 1 <&4; echo =; echo end >&3; exec 3>&-; cat <&4; rm to from" ).out )
+            "line\n=\nend\n", shell(
+                                  "mkfifo to from; $M text "s + words
+                                  + " to from & exec 3>to 4<from; echo line >&3; "
+                                    "timeout 10 head -n 1 <&4; echo =; echo end >&3; exec 3>&-; cat <&4; rm to from" )
+                                  .out )
             << words;
 }
 
@@ -311,12 +320,23 @@ TEST( MorvaneFile, PassesOnWhatThereIs )
 TEST( MorvaneFile, ReadsPiecesOfAnySize )
 {
     const std::string ALL[] = {
-        "\xef\xbb\xbf" "a\r\xc3\xa9\r\n" "e\xcc\x81\xe2\x82\xac\xf0\x9f\x98\x80\xed\xa0\x80" "b\xc0\x80\xe0\x9f\xff" "c\xe2\x82",
-        "\xff\xfe" "a\0\xd8\xd8\x01\xdc\x3d\xd8\0\xde\0\xdc" "b"s };
+        "\xef\xbb\xbf"
+        "a\r\xc3\xa9\r\n"
+        "e\xcc\x81\xe2\x82\xac\xf0\x9f\x98\x80\xed\xa0\x80"
+        "b\xc0\x80\xe0\x9f\xff"
+        "c\xe2\x82",
+        "\xff\xfe"
+        "a\0\xd8\xd8\x01\xdc\x3d\xd8\0\xde\0\xdc"
+        "b"s };
     const char *const WORDS[] = {
-        "convert --to utf-8 --invalid replace --from utf-8",  "convert --to latin1 --invalid skip --from utf-8",
-        "convert --to utf-8 --invalid replace --from utf-16", "convert --to utf-8 --invalid skip --bom --from utf-16le",
-        "convert --to utf-8 --from utf-8", "normalize --form nfc", "case --upper", "lines --newline crlf" };
+        "convert --to utf-8 --invalid replace --from utf-8",
+        "convert --to latin1 --invalid skip --from utf-8",
+        "convert --to utf-8 --invalid replace --from utf-16",
+        "convert --to utf-8 --invalid skip --bom --from utf-16le",
+        "convert --to utf-8 --from utf-8",
+        "normalize --form nfc",
+        "case --upper",
+        "lines --newline crlf" };
 
     for( const std::string &all : ALL )
         for( const char *words : WORDS )

@@ -77,9 +77,13 @@ TEST( MorvaneModule, RunsAPersonalityWithItsArguments )
     // Whatever a module prints goes out as it came, in front of and behind what it writes itself.
     EXPECT_EQ(
         "starts\n[qv___RuntimeTryLoadModule()] module: a\ntwo\nlines\n\nwritten\n"
-        "[qvRuntimeUnloadAllModules()] module: result\n" + std::string( 30000, 'x' ) + "\nstops\n",
-        module( "run result 0 '[qv___RuntimeTryLoadModule()] module: a' 'two\nlines\n' write "
-                "'[qvRuntimeUnloadAllModules()] module: result' " + std::string( 30000, 'x' ) ).out );
+        "[qvRuntimeUnloadAllModules()] module: result\n"
+            + std::string( 30000, 'x' ) + "\nstops\n",
+        module(
+            "run result 0 '[qv___RuntimeTryLoadModule()] module: a' 'two\nlines\n' write "
+            "'[qvRuntimeUnloadAllModules()] module: result' "
+            + std::string( 30000, 'x' ) )
+            .out );
 
     // Both start, and both stop.
     EXPECT_EQ( "starts\nstarts\nstops\nstops\n", module( "run needs_result" ).out );
@@ -117,9 +121,11 @@ TEST( MorvaneModule, FailsInOneLine )
         { HERE, "show lacking", "undefined symbol: lacking___module\n", "" },
         { MODULE_FOLDER, "run misnamed", "module: misnamed: the file holds a module of another name\n", "" },
         { MODULE_FOLDER, "run strange", "module: strange: not made for this product, or", "" },
-        { MODULE_FOLDER, "run detailed", "module: detailed needs absent: " MODULE_FOLDER "/libmorvane-absent.so: ", "" },
+        { MODULE_FOLDER, "run detailed",
+          "module: detailed needs absent: " MODULE_FOLDER "/libmorvane-absent.so: ", "" },
         { MODULE_FOLDER, "run broken", "module: broken: it did not start\n", "starts\n" },
-        { MODULE_FOLDER, "run needs_broken", "needs_broken needs broken: it did not start\n", "starts\nstarts\nstops\n" },
+        { MODULE_FOLDER, "run needs_broken", "needs_broken needs broken: it did not start\n",
+          "starts\nstarts\nstops\n" },
         { MODULE_FOLDER, "run bare", "module: bare: not a module that can be run\n", "starts\nstops\n" },
         { MODULE_FOLDER, "run Result", "module: Result: no name of a module\n", "" },
         { MODULE_FOLDER, "show ../result", "module: ../result: no name of a module\n", "" },

@@ -59,9 +59,18 @@ TEST( MorvaneStore, SetsOnlyTheLinesConcerned )
         contentOf( "doc" ) );
 
     // A byte order mark and the other line ends stay too.
-    write( "doc", "\xef\xbb\xbf" "a=1\x0b" "b=2\xe2\x80\xa9" "c=3\xc2\x85" );
+    write(
+        "doc", "\xef\xbb\xbf"
+               "a=1\x0b"
+               "b=2\xe2\x80\xa9"
+               "c=3\xc2\x85" );
     EXPECT_EQ( 0, morvane( "store set doc b=x c=y" ).status );
-    EXPECT_EQ( "\xef\xbb\xbf" "a=1\x0b" "b=x\xe2\x80\xa9" "c=y\xc2\x85", contentOf( "doc" ) );
+    EXPECT_EQ(
+        "\xef\xbb\xbf"
+        "a=1\x0b"
+        "b=x\xe2\x80\xa9"
+        "c=y\xc2\x85",
+        contentOf( "doc" ) );
 
     // New lines go behind those that share the most levels, those of the same call among them.
     write( "doc", "a.x=1\nb.x=1\n#end\n" );
@@ -89,8 +98,7 @@ TEST( MorvaneStore, DeletesAndMerges )
     write( "one", "a=0\nb.c=1\nempty.\n" );
     write( "two", "b.c=2\nb.d=3\nb.c.=\nb.c.e=4\nempty.\na.=" );
     EXPECT_EQ( 0, morvane( "store merge doc one two" ).status );
-    EXPECT_EQ(
-        "# a comment\r\nunknown line\na=1\n\nb.c=1\nempty.\na.\nb.d=3\nb.c.e=4\n", contentOf( "doc" ) );
+    EXPECT_EQ( "# a comment\r\nunknown line\na=1\n\nb.c=1\nempty.\na.\nb.d=3\nb.c.e=4\n", contentOf( "doc" ) );
 
     // Deleting takes all lines of an entry, and of entries in one another.
     write( "doc", "a.b=1\nx=1\na.b.c=2\na.bb=3\na.b.=4\na.b=5\na=6\na.b." );
@@ -121,7 +129,10 @@ TEST( MorvaneStore, TellsWhatIsWrongWithAFileAndChangesNothing )
     std::string deep;
 
     for( int level = 0; level < 120; level++ )
-        deep += std::string( "\x01\x01\x01\x01" "a\x00\x01", 7 );
+        deep += std::string(
+            "\x01\x01\x01\x01"
+            "a\x00\x01",
+            7 );
 
     write( "truncated", std::string( "\x01\x01\x01\x01", 4 ) );
     write( "trailing", std::string( "\x00\x00", 2 ) );

@@ -13,7 +13,7 @@ using qv::Ref;
 
 namespace
 {
-using Forward  = QV_STRING *( * )( QV_INT value );
+using Forward  = QV_STRING *(*)( QV_INT value );
 using Backward = QV_INT ( * )( QV_STRING *name );
 
 std::string lower( std::string name )

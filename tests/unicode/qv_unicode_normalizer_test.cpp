@@ -57,8 +57,8 @@ std::u32string streamed( const std::u32string &text, QV_INT form )
 
 std::u32string normalizedString( const std::u32string &content, QV_INT form )
 {
-    static void ( *const functions[] )( QV_STRING ** ) = { qvStringNormalizeNFC, qvStringNormalizeNFKC,
-                                                           qvStringNormalizeNFD, qvStringNormalizeNFKD };
+    static void ( *const functions[] )( QV_STRING ** ) = {
+        qvStringNormalizeNFC, qvStringNormalizeNFKC, qvStringNormalizeNFD, qvStringNormalizeNFKD };
     Ref< QV_STRING > qvs = text( content );
     functions[form]( qvs.at() );
     return chars( qvs );
@@ -84,8 +84,10 @@ TEST( UnicodeNormalizer, ChosenTexts )
     for( const auto &each : CASES )
         for( QV_INT form : FORMS )
         {
-            const std::u32string &expected =
-                form == NFC ? each.nfc : form == NFD ? each.nfd : form == NFKC ? each.nfkc : each.nfkd;
+            const std::u32string &expected = form == NFC    ? each.nfc
+                                             : form == NFD  ? each.nfd
+                                             : form == NFKC ? each.nfkc
+                                                            : each.nfkd;
             EXPECT_EQ( expected, streamed( each.text, form ) );
             EXPECT_EQ( expected, normalizedString( each.text, form ) );
         }
@@ -97,8 +99,12 @@ TEST( UnicodeNormalizer, FormsAgreeOnEveryCharacter )
     for( QV_CHAR ch = 0; ch < 0x110000; ch++ )
     {
         // Without surrogates, and where long ranges are all alike.
-        for( auto [from, to] : { std::pair( 0x3500u, 0x9F00u ), { 0xD800u, 0xF8F0u }, { 0x1F300u, 0x2F7F0u },
-                                 { 0x2FA20u, 0xE0000u }, { 0xE0200u, 0x10FFF0u } } )
+        for( auto [from, to] :
+             { std::pair( 0x3500u, 0x9F00u ),
+               { 0xD800u, 0xF8F0u },
+               { 0x1F300u, 0x2F7F0u },
+               { 0x2FA20u, 0xE0000u },
+               { 0xE0200u, 0x10FFF0u } } )
             if( ch == from )
                 ch = to;
 
@@ -153,11 +159,21 @@ TEST( UnicodeNormalizer, SurrogatesJoinAcrossWritesOrDisappear )
     {
         Normalizer normalizer( form );
 
-        for( std::u32string part : { U"\xD834", U"\xDD1E", U"\xD834" "A" "\xDC00" "\xD800\xD834\xDD1E" "B\x110000" "C\xD800",
-                                     U"\x110000", U"\xDC00", U"D\xD834" } )
+        for( std::u32string part :
+             { U"\xD834", U"\xDD1E",
+               U"\xD834"
+               "A"
+               "\xDC00"
+               "\xD800\xD834\xDD1E"
+               "B\x110000"
+               "C\xD800",
+               U"\x110000", U"\xDC00", U"D\xD834" } )
             normalizer.write( part );
 
-        EXPECT_EQ( U"\U0001D11EA\U0001D11E" U"BCD", normalizer.finish() );
+        EXPECT_EQ(
+            U"\U0001D11EA\U0001D11E"
+            U"BCD",
+            normalizer.finish() );
         normalizer.write( U"\xDD1E" );
         EXPECT_EQ( U"", normalizer.finish() );
     }

@@ -40,7 +40,7 @@ TEST( Unicode, PropertiesOfEveryCodePoint )
     {
         QV_INT  genc = qvUnicodeGenc( ch ), cccv = qvUnicodeCccv( ch ), script = qvUnicodeScript( ch ), type;
         QV_CHAR composite = 0;
-        bool    none = genc == 0 || genc == QV_UNICODE_GENC_OTHER_SURROGATE || genc == QV_UNICODE_GENC_OTHER_PRIVATE_USE;
+        bool none = genc == 0 || genc == QV_UNICODE_GENC_OTHER_SURROGATE || genc == QV_UNICODE_GENC_OTHER_PRIVATE_USE;
 
         std::u32string mapped = decomposition( ch, &type );
         categories[genc]++, classes[cccv]++, scripts[script]++, types[type]++;
@@ -55,8 +55,9 @@ TEST( Unicode, PropertiesOfEveryCodePoint )
         ASSERT_TRUE( cccv == 0 || qvUnicodeIsMark( ch ) );
         ASSERT_TRUE( !qvUnicodeIsSeparator( ch ) || qvUnicodeIsWhiteSpace( ch ) );
         ASSERT_EQ( none, script == QV_UNICODE_SCRIPT_UNKNOWN );
-        ASSERT_EQ( 1, qvUnicodeIsLetter( ch ) + qvUnicodeIsMark( ch ) + qvUnicodeIsNumber( ch ) + qvUnicodeIsPunctuation( ch )
-                          + qvUnicodeIsSymbol( ch ) + qvUnicodeIsSeparator( ch ) + qvUnicodeIsOther( ch ) )
+        ASSERT_EQ(
+            1, qvUnicodeIsLetter( ch ) + qvUnicodeIsMark( ch ) + qvUnicodeIsNumber( ch ) + qvUnicodeIsPunctuation( ch )
+                   + qvUnicodeIsSymbol( ch ) + qvUnicodeIsSeparator( ch ) + qvUnicodeIsOther( ch ) )
             << static_cast< uint32_t >( ch );
 
         if( type == QV_UNICODE_CDMT_CANONICAL && mapped.size() == 2
@@ -67,8 +68,8 @@ TEST( Unicode, PropertiesOfEveryCodePoint )
         }
     }
 
-    const int CATEGORIES[] = { 867235, 1427, 1749, 31, 202, 96128, 1162, 276, 13, 411, 224, 429, 10,   21,  72,
-                               71,     12,   10,   389, 945, 46,   99,   3409, 18, 1,   1,   65,  140, 2048, 137468 };
+    const int CATEGORIES[] = { 867235, 1427, 1749, 31,  202, 96128, 1162, 276,  13, 411, 224, 429, 10,  21,   72,
+                               71,     12,   10,   389, 945, 46,    99,   3409, 18, 1,   1,   65,  140, 2048, 137468 };
 
     for( QV_INT genc = 0; genc < 30; genc++ )
         EXPECT_EQ( CATEGORIES[genc], categories[genc] ) << genc;
@@ -77,7 +78,7 @@ TEST( Unicode, PropertiesOfEveryCodePoint )
     EXPECT_EQ( 318, classes[230] );
     EXPECT_EQ( 93u, scripts.size() );
     EXPECT_EQ( 26, white );
-    EXPECT_EQ( ( std::set< QV_CHAR > { 0xA, 0xB, 0xC, 0xD, 0x85, 0x2028, 0x2029 } ), newlines );
+    EXPECT_EQ( ( std::set< QV_CHAR >{ 0xA, 0xB, 0xC, 0xD, 0x85, 0x2028, 0x2029 } ), newlines );
     EXPECT_EQ( ( std::vector< int >{ 1112, 1029, 1117, 931 } ), ( std::vector< int >{ upper, lower, fold, pairs } ) );
     EXPECT_EQ( 18u, types.size() );
     EXPECT_EQ( 1114112 - 5516, types[QV_UNICODE_CDMT_NONE] );
@@ -132,8 +133,7 @@ TEST( Unicode, DecimalDigitsComeInTens )
         ASSERT_EQ( value >= 0, qvUnicodeIsNumberDecimalDigit( ch ) ) << std::hex << (uint32_t)ch;
 
         // A script's digits follow one another, but for one that has a variant of its 1.
-        ASSERT_TRUE( value < 0 || value == 9 || ch == 0x19DA ||
-                     qvUnicodeDecimalDigitValue( ch + 1 ) == value + 1 )
+        ASSERT_TRUE( value < 0 || value == 9 || ch == 0x19DA || qvUnicodeDecimalDigitValue( ch + 1 ) == value + 1 )
             << std::hex << (uint32_t)ch;
 
         digits += value >= 0;
@@ -152,12 +152,30 @@ TEST( Unicode, DigitsOfABase )
         QV_CHAR ch;
         QV_INT  base, value;
     } cases[] = {
-        { U'z', 36, 35 }, { U'Z', 36, 35 }, { U'z', 35, -1 }, { U'z', 20, -1 },   { U'j', 20, 19 },  { U'k', 20, -1 },
-        { U'9', 17, 9 },  { U'@', 36, -1 }, { U'[', 36, -1 }, { U'`', 36, -1 },   { U'{', 36, -1 },  { 0x0661, 10, 1 },
-        { 0x0661, 16, -1 }, { 0x0661, 20, -1 }, { 0xFF21, 16, 10 }, { 0xFF21, 17, -1 }, { 0x141, 36, -1 },
+        { U'z', 36, 35 },
+        { U'Z', 36, 35 },
+        { U'z', 35, -1 },
+        { U'z', 20, -1 },
+        { U'j', 20, 19 },
+        { U'k', 20, -1 },
+        { U'9', 17, 9 },
+        { U'@', 36, -1 },
+        { U'[', 36, -1 },
+        { U'`', 36, -1 },
+        { U'{', 36, -1 },
+        { 0x0661, 10, 1 },
+        { 0x0661, 16, -1 },
+        { 0x0661, 20, -1 },
+        { 0xFF21, 16, 10 },
+        { 0xFF21, 17, -1 },
+        { 0x141, 36, -1 },
 
         // The value isn't compared with a base of up to 16.
-        { U'9', 8, 9 },   { U'9', 2, 9 },   { U'f', 11, 15 }, { U'f', 10, -1 },   { U'g', 16, -1 },
+        { U'9', 8, 9 },
+        { U'9', 2, 9 },
+        { U'f', 11, 15 },
+        { U'f', 10, -1 },
+        { U'g', 16, -1 },
     };
 
     for( auto &each : cases )

@@ -6,7 +6,7 @@ struct QV_ALERT : QV_OBJ
 {
     static constexpr bool ONE_SHOT = false;
 
-    QV_MONITOR *monitor;     // guards everything below
+    QV_MONITOR *monitor; // guards everything below
     QV_BOOL     set;
     QV_BARRIER *waitBarrier; // open exactly while `set`; null until somebody waits
 

@@ -188,14 +188,14 @@ void qv___BufferMakeRoom( QV_BUFFER **buf, uint64_t atBit, uint64_t bitCount )
 {
     QV_CHECK( buf );
     QV_CHECK( *buf );
-    QV_CHECK_AS( BIT_AT_BOUND( (*buf)->fspace ), "BIT_AT_BOUND( (*buf)->bitFspace )" );
+    QV_CHECK_AS( BIT_AT_BOUND( ( *buf )->fspace ), "BIT_AT_BOUND( (*buf)->bitFspace )" );
     QV_CHECK_AS( atBit <= bitLength( *buf ), "atBit <= (*buf)->bitLength" );
 
     if( bitCount == 0 )
         return;
 
     makeWritable( buf );
-    QV_CHECK( !(*buf)->ref );
+    QV_CHECK_AS( !( *buf )->ref, "!(*buf)->ref" );
 
     QV_BUFFER *own     = *buf;
     QV_INT     at      = static_cast< QV_INT >( atBit );
@@ -251,7 +251,7 @@ namespace
 // before it changes; one that only the owner of foreign memory holds outlives that owner.
 qv::Ref< QV_BUFFER > hold( QV_BUFFER **buf, QV_BUFFER *src )
 {
-    return qv::Ref< QV_BUFFER >::share( *buf == src || (*buf)->ref ? src : nullptr );
+    return qv::Ref< QV_BUFFER >::share( *buf == src || ( *buf )->ref ? src : nullptr );
 }
 } // namespace
 
@@ -349,8 +349,7 @@ void qv___BufferBitWriteOne( QV_BUFFER **buf, uint64_t bitIdx, uint64_t bitCount
     writeRun( buf, bitIdx, bitCount, 255 );
 }
 
-void qv___BufferBitWriteInner(
-    QV_BUFFER **buf, uint64_t bitIdx, QV_BUFFER *src, uint64_t bitOffset, uint64_t bitCount )
+void qv___BufferBitWriteInner( QV_BUFFER **buf, uint64_t bitIdx, QV_BUFFER *src, uint64_t bitOffset, uint64_t bitCount )
 {
     QV_CHECK( buf );
     QV_CHECK( *buf );
@@ -368,8 +367,7 @@ void qv___BufferBitWriteInner(
     qv::bits::copy( qv::bytes( *buf ), bitIdx, qv::bytes( src ), qv::readableBits( src ), bitOffset, bitCount );
 }
 
-void qv___BufferBitWriteOuter(
-    QV_BUFFER **buf, uint64_t bitIdx, QV_BUFFER *src, uint64_t bitOffset, uint64_t bitCount )
+void qv___BufferBitWriteOuter( QV_BUFFER **buf, uint64_t bitIdx, QV_BUFFER *src, uint64_t bitOffset, uint64_t bitCount )
 {
     QV_CHECK( buf );
     QV_CHECK( *buf );
@@ -380,7 +378,7 @@ void qv___BufferBitWriteOuter(
         QV___INT_UNSIGNED_ADD_OK( bitIdx, bitLength( src ) - bitCount ),
         "QV___INT_UNSIGNED_ADD_OK( bitIdx, src->bitLength - bitCount )" );
     QV_CHECK_AS(
-        bitIdx + (bitLength( src ) - bitCount) <= bitLength( *buf ),
+        bitIdx + ( bitLength( src ) - bitCount ) <= bitLength( *buf ),
         "bitIdx + (src->bitLength - bitCount) <= (*buf)->bitLength" );
 
     uint64_t             behind = bitOffset + bitCount;
@@ -452,17 +450,17 @@ void qv___BufferBitDelInner( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCo
     if( bitOffset == 0 )
     {
         qv::makePrivate( buf, qvBufferCreateFrom ); // no byte changes, so that foreign memory may stay
-        (*buf)->dropFront( static_cast< QV_INT >( bitCount ) );
+        ( *buf )->dropFront( static_cast< QV_INT >( bitCount ) );
     }
     else if( left == 0 )
     {
         qv::makePrivate( buf, qvBufferCreateFrom );
-        (*buf)->dropBack( static_cast< QV_INT >( bitCount ) );
+        ( *buf )->dropBack( static_cast< QV_INT >( bitCount ) );
     }
     else
     {
         makeWritable( buf );
-        (*buf)->dropInside( static_cast< QV_INT >( bitOffset ), static_cast< QV_INT >( bitCount ) );
+        ( *buf )->dropInside( static_cast< QV_INT >( bitOffset ), static_cast< QV_INT >( bitCount ) );
     }
 
     compact( *buf );
@@ -493,7 +491,7 @@ void qv___BufferBitDelOuter( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCo
     }
 
     qv::makePrivate( buf, qvBufferCreateFrom );
-    (*buf)->dropBack( static_cast< QV_INT >( bitLength( *buf ) - bitOffset - bitCount ) );
-    (*buf)->dropFront( static_cast< QV_INT >( bitOffset ) );
+    ( *buf )->dropBack( static_cast< QV_INT >( bitLength( *buf ) - bitOffset - bitCount ) );
+    ( *buf )->dropFront( static_cast< QV_INT >( bitOffset ) );
     compact( *buf );
 }

@@ -73,7 +73,7 @@ inline void putWord( uint8_t *memory, uint64_t pos, uint64_t value, uint64_t cou
     if( shift + count <= 8 )
     {
         uint64_t mask = ( 0xFF00 >> count & 0xFF ) >> shift;
-        *at = static_cast< uint8_t >( ( *at & ~mask ) | word >> 56 >> shift );
+        *at           = static_cast< uint8_t >( ( *at & ~mask ) | word >> 56 >> shift );
         return;
     }
 

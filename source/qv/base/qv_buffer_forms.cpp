@@ -88,8 +88,8 @@ inline void write( QV_BUFFER **buf, uint64_t bitIdx, Bits bits )
 {
     QV_BUFFER *own = *buf;
 
-    if( bits.bitCount - 1 < 57 && bitIdx <= qv::bitLength( own ) && bits.bitCount <= qv::bitLength( own ) - bitIdx &&
-        qv::isPrivate( own ) )
+    if( bits.bitCount - 1 < 57 && bitIdx <= qv::bitLength( own ) && bits.bitCount <= qv::bitLength( own ) - bitIdx
+        && qv::isPrivate( own ) )
         qv::bits::putWord( qv::bytes( own ), bitIdx, bits.value, bits.bitCount );
     else
         qv___BufferBitWriteBits( buf, bitIdx, bits.value, bits.bitCount );
@@ -227,8 +227,8 @@ inline void append( QV_BUFFER **buf, Array array )
     QV_BUFFER *own      = *buf;
     QV_INT     bitCount = static_cast< QV_INT >( BYTES_TO_BITS( array.byteCount ) );
 
-    if( !array.bytes || array.byteCount - 1 >= FEW_BYTES || !BIT_AT_BOUND( own->length ) || !qv::isPrivate( own ) ||
-        !qv::hasRoomBehind( own, bitCount ) )
+    if( !array.bytes || array.byteCount - 1 >= FEW_BYTES || !BIT_AT_BOUND( own->length ) || !qv::isPrivate( own )
+        || !qv::hasRoomBehind( own, bitCount ) )
     {
         appendAnywhere( buf, array );
         return;
@@ -405,6 +405,7 @@ const uint8_t *qvBufferBitBacking( QV_BUFFER *buf )
         return __VA_ARGS__;                                                                                            \
     }
 
+// clang-format off
 READ( QV_BUFFER *, qvBufferRead, ( QV_BUFFER *buf, QV_INT byteIdx, QV_INT byteCount ), BYTES( byteIdx ),
       read( buf, place, BYTES( byteCount ) ) )
 READ( QV_BUFFER *, qvBufferBitRead, ( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount ), UNSIGNED( bitIdx ),
@@ -421,6 +422,7 @@ READ( void, qvBufferReadBytes, ( QV_BUFFER *buf, QV_INT byteIdx, void *bytes, QV
       qv___BufferBitReadBytes( buf, place, bytes, UNSIGNED( byteCount ) ) )
 READ( void, qvBufferBitReadBytes, ( QV_BUFFER *buf, QV_INT bitIdx, void *bytes, QV_INT byteCount ), UNSIGNED( bitIdx ),
       qv___BufferBitReadBytes( buf, place, bytes, UNSIGNED( byteCount ) ) )
+// clang-format on
 
 #undef READ
 
@@ -542,6 +544,7 @@ void deleteTrailing( QV_BUFFER **buf, uint64_t bitCount )
 }
 } // namespace
 
+// clang-format off
 CHANGE( qvBufferInsertAlignment, ( QV_BUFFER **buf, QV_INT byteIdx ),
         insert( buf, BYTES( byteIdx ), alignment( *buf ) ) )
 CHANGE( qvBufferBitInsertAlignment, ( QV_BUFFER **buf, QV_INT bitIdx ),
@@ -565,6 +568,7 @@ CHANGE( qvBufferDelOuter, ( QV_BUFFER **buf, QV_INT byteOffset, QV_INT byteCount
         uint64_t place = BYTES( byteOffset ); qv___BufferBitDelOuter( buf, place, BYTES( byteCount ) ) )
 CHANGE( qvBufferBitDelOuter, ( QV_BUFFER **buf, QV_INT bitOffset, QV_INT bitCount ),
         uint64_t place = UNSIGNED( bitOffset ); qv___BufferBitDelOuter( buf, place, UNSIGNED( bitCount ) ) )
+// clang-format on
 
 #undef CHANGE
 #undef UNSIGNED

@@ -110,7 +110,7 @@ inline bool hasRoomBehind( QV_BUFFER *own, QV_INT bits )
 inline uint8_t *appendRoom( QV_BUFFER **buf, QV_INT byteCount )
 {
     if( isPrivate( *buf ) && byteCount <= QV_INT_MAX / 8 && hasRoomBehind( *buf, byteCount * 8 ) )
-        return (*buf)->takeBack( byteCount * 8 );
+        return ( *buf )->takeBack( byteCount * 8 );
 
     qv___BufferMakeRoom( buf, bitLength( *buf ), static_cast< uint64_t >( byteCount ) * 8 );
     return bytes( *buf ) + byteLength( *buf ) - byteCount;

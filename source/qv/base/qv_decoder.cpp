@@ -81,8 +81,8 @@ bool joinDigits( const uint8_t *from, QV_INT count, bool negative, QV_INT *value
     QV_INT acc = 0;
 
     for( QV_INT i = 0; i < count; i++ )
-        if( __builtin_mul_overflow( acc, 256, &acc ) ||
-            __builtin_add_overflow( acc, negative ? -from[i] : from[i], &acc ) )
+        if( __builtin_mul_overflow( acc, 256, &acc )
+            || __builtin_add_overflow( acc, negative ? -from[i] : from[i], &acc ) )
             return false;
 
     *value = acc;
@@ -136,8 +136,8 @@ bool readChars( QV_DECODER *dec, QV_CHAR *to, QV_INT count )
         // Runs of single bytes, eight at a time.
         uint64_t eight;
 
-        while( count - i >= 8 && end - from >= 8 &&
-               ( memcpy( &eight, from, 8 ), ( eight & 0x8080808080808080u ) == 0 ) )
+        while( count - i >= 8 && end - from >= 8
+               && ( memcpy( &eight, from, 8 ), ( eight & 0x8080808080808080u ) == 0 ) )
         {
             if( to )
                 for( int k = 0; k < 8; k++ )

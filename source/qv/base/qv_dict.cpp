@@ -264,8 +264,7 @@ QV_INT qv::searchDict( QV_DICT *dict, QV_OBJ *key, bool *found )
     return dictIndex( dict, place );
 }
 
-void qv::insertIntoDict(
-    QV_DICT **dict, QV_INT idx, QV_OBJ *key, QV_OBJ *value, QV_DICT *superset, QV_INT supersetIdx )
+void qv::insertIntoDict( QV_DICT **dict, QV_INT idx, QV_OBJ *key, QV_OBJ *value, QV_DICT *superset, QV_INT supersetIdx )
 {
     makePrivate( dict, qvDictCreateFrom );
     DictPlace place = dictPlace( *dict, idx );
@@ -343,7 +342,7 @@ void qvDictSetValueAt( QV_DICT **dict, QV_INT idx, QV_OBJ *value )
     QV_CHECK( *dict );
     QV_CHECK( value );
     QV_CHECK( idx >= 0 );
-    QV_CHECK( idx < (*dict)->length );
+    QV_CHECK_AS( idx < ( *dict )->length, "idx < (*dict)->length" );
 
     qv::retain( value );
     qv::makePrivate( dict, qvDictCreateFrom );
@@ -355,7 +354,7 @@ void qvDictDelAt( QV_DICT **dict, QV_INT idx )
     QV_CHECK( dict );
     QV_CHECK( *dict );
     QV_CHECK( idx >= 0 );
-    QV_CHECK( idx < (*dict)->length );
+    QV_CHECK_AS( idx < ( *dict )->length, "idx < (*dict)->length" );
 
     deleteItem( dict, qv::dictPlace( *dict, idx ) );
 }

@@ -285,11 +285,10 @@ inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const Digest &
     {
         int32_t    mid    = lo + ( hi - lo ) / 2;
         QV_STRING *stored = stringOf( items[mid].key );
-        QV_INT     order  = items[mid].digest != digest.number
-                                ? 1
-                                : compareTexts(
-                                      qv::chars( stored ) + prefix, stored->length - prefix,
-                                      qv::chars( key ) + prefix, key->length - prefix );
+        QV_INT     order  = items[mid].digest != digest.number ? 1
+                                                               : compareTexts(
+                                                                qv::chars( stored ) + prefix, stored->length - prefix,
+                                                                qv::chars( key ) + prefix, key->length - prefix );
 
         if( order == 0 )
             return { 0, mid, true };
@@ -407,29 +406,38 @@ Place searchIndexByText( QV_DICT *dict, QV_STRING *key )
     Run *runs = dict->index->runs;
 
     if( QV_INT order = compareWithPrefix( runs, key, 0 ) )
-        return searchBefore( dict, { 0, order > 0 ? 0 : runs->length }, [&]( Run *run ) {
-            return run->digests == qv::STRING_DIGESTS ? searchTexts( run, 0, key, 0 )
-                                                      : bisectKeys( run, 0, run->length, key );
-        } );
+        return searchBefore(
+            dict, { 0, order > 0 ? 0 : runs->length },
+            [&]( Run *run )
+            {
+                return run->digests == qv::STRING_DIGESTS ? searchTexts( run, 0, key, 0 )
+                                                          : bisectKeys( run, 0, run->length, key );
+            } );
 
     // The first key of each run has the index's prefix, as this key has.
     Digest digest = digestBehind( key, runs->prefix );
 
-    return searchBefore( dict, bisectTexts( runs, 0, key, digest ), [&]( Run *run ) {
-        return run->digests != qv::STRING_DIGESTS ? bisectKeys( run, 0, run->length, key )
-               : run->prefix == runs->prefix      ? bisectTexts( run, 0, key, digest )
-                                                  : searchTexts( run, 0, key, runs->prefix );
-    } );
+    return searchBefore(
+        dict, bisectTexts( runs, 0, key, digest ),
+        [&]( Run *run )
+        {
+            return run->digests != qv::STRING_DIGESTS ? bisectKeys( run, 0, run->length, key )
+                   : run->prefix == runs->prefix      ? bisectTexts( run, 0, key, digest )
+                                                      : searchTexts( run, 0, key, runs->prefix );
+        } );
 }
 
 Place searchIndexByInteger( QV_DICT *dict, QV_OBJ *key )
 {
     uint64_t digest = digestInt( key );
 
-    return searchBefore( dict, searchIntegers( dict->index->runs, 0, digest ), [&]( Run *run ) {
-        return run->digests == qv::INTEGER_DIGESTS ? searchIntegers( run, 0, digest )
-                                                   : bisectKeys( run, 0, run->length, key );
-    } );
+    return searchBefore(
+        dict, searchIntegers( dict->index->runs, 0, digest ),
+        [&]( Run *run )
+        {
+            return run->digests == qv::INTEGER_DIGESTS ? searchIntegers( run, 0, digest )
+                                                       : bisectKeys( run, 0, run->length, key );
+        } );
 }
 
 // The two ends of the Dict first, as in a run.
@@ -447,9 +455,9 @@ Place searchIndexByKey( QV_DICT *dict, QV_OBJ *key )
     if( order <= 0 )
         return { runs->length - 1, order == 0 ? last->length - 1 : last->length, order == 0 };
 
-    return searchBefore( dict, bisectKeys( runs, 0, runs->length, key ), [&]( Run *run ) {
-        return hasDigestsOf( run, key ) ? searchDigests( run, 0, key ) : bisectKeys( run, 0, run->length, key );
-    } );
+    return searchBefore(
+        dict, bisectKeys( runs, 0, runs->length, key ), [&]( Run *run )
+        { return hasDigestsOf( run, key ) ? searchDigests( run, 0, key ) : bisectKeys( run, 0, run->length, key ); } );
 }
 
 Place searchIndex( QV_DICT *dict, QV_OBJ *key )

@@ -32,7 +32,7 @@ public:
         qvMemFree( items_ );
     }
 
-    Array( const Array & ) = delete;
+    Array( const Array & )            = delete;
     Array &operator=( const Array & ) = delete;
 
     void push( const T &item )
@@ -151,8 +151,8 @@ void deleteItems( QV_DICT **dict, qv::Ref< QV_DICT > &held, const Indexes &index
     // The first deletion that leaves too many free makes the accounted block as long as the Dict then is, and so does
     // each one that many later.
     const QV_INT STEP  = QV_DICT_OVERSIZED + 1;
-    QV_INT       alloc = (*dict)->alloc;
-    QV_INT       first = std::min( (*dict)->length - 1, alloc - STEP );
+    QV_INT       alloc = ( *dict )->alloc;
+    QV_INT       first = std::min( ( *dict )->length - 1, alloc - STEP );
 
     Array< Item > gone( indexes.length() );
     takeItems( *dict, indexes, &gone );
@@ -174,7 +174,7 @@ void qvDictDelValue( QV_DICT **dict, QV_OBJ *value, QV_BOOL byCompare )
     QV_CHECK( *dict );
     QV_CHECK( value );
 
-    if( (*dict)->length == 0 )
+    if( ( *dict )->length == 0 )
         return;
 
     // Maybe only the Dict holds the value.
@@ -307,7 +307,7 @@ void qvDictExclude( QV_DICT **dest, QV_DICT *src )
     QV_CHECK( *dest );
     QV_CHECK( src );
 
-    if( (*dest)->length == 0 || src->length == 0 )
+    if( ( *dest )->length == 0 || src->length == 0 )
         return;
 
     if( *dest == src )
@@ -354,7 +354,7 @@ void qvDictIntersect( QV_DICT **dest, QV_DICT *src, QV_BOOL useSrcValues )
     QV_CHECK( *dest );
     QV_CHECK( src );
 
-    if( *dest == src || (*dest)->length == 0 )
+    if( *dest == src || ( *dest )->length == 0 )
         return;
 
     if( src->length == 0 )
@@ -423,8 +423,8 @@ QV_BOOL qvDictDisjoint( QV_DICT *dictA, QV_DICT *dictB )
     if( dictA->length == 0 || dictB->length == 0 )
         return QV_TRUE;
 
-    qv::Ref< QV_DICT > few    = qv::Ref< QV_DICT >::share( dictA->length < dictB->length ? dictA : dictB );
-    qv::Ref< QV_DICT > many   = qv::Ref< QV_DICT >::share( few == dictA ? dictB : dictA );
+    qv::Ref< QV_DICT > few  = qv::Ref< QV_DICT >::share( dictA->length < dictB->length ? dictA : dictB );
+    qv::Ref< QV_DICT > many = qv::Ref< QV_DICT >::share( few == dictA ? dictB : dictA );
     Finder             finder( many );
 
     for( const Item &item : qv::dictItems( few ) )

@@ -84,7 +84,7 @@ void extendRun( Run *&run, int32_t size )
 {
     QV_ASSERT( size > run->size );
     qv::unpoison( run + 1, bytes( run->size ) );
-    run = static_cast< Run * >( qvMemRealloc( run, QV_INT( sizeof( Run ) ) + size * QV_INT( sizeof( Item ) ) ) );
+    run       = static_cast< Run * >( qvMemRealloc( run, QV_INT( sizeof( Run ) ) + size * QV_INT( sizeof( Item ) ) ) );
     run->size = size;
     qv::markFree( run + 1, bytes( run->front ) );
     qv::markFree( run->items() + run->length, bytes( back( run ) ) );
@@ -141,10 +141,11 @@ Item *openGapAnywhere( Run *&run, int32_t idx )
         if( !isTight || size > run->size )
         {
             int32_t free = size - run->length;
-            spread( run, size,
-                    tail == 0  ? std::min( run->front, free / 4 )
-                    : idx == 0 ? free - std::min( back( run ), free / 4 )
-                               : free / 2 );
+            spread(
+                run, size,
+                tail == 0  ? std::min( run->front, free / 4 )
+                : idx == 0 ? free - std::min( back( run ), free / 4 )
+                           : free / 2 );
         }
 
         if( ( atBack ? back( run ) : run->front ) == 0 )
@@ -248,7 +249,7 @@ void makeRoomForCounts( Index *index )
         return;
 
     index->countsSize = index->runs->size;
-    index->counts = static_cast< QV_INT * >( qvMemReallocN( index->counts, index->countsSize, sizeof( QV_INT ) ) );
+    index->counts     = static_cast< QV_INT * >( qvMemReallocN( index->counts, index->countsSize, sizeof( QV_INT ) ) );
 }
 
 void createIndex( QV_DICT *dict )
@@ -261,13 +262,13 @@ void createIndex( QV_DICT *dict )
     index->countsSize = 0;
     makeRoomForCounts( index );
 
-    Item    first     = *run->items();
-    uint64_t digest   = qv::newDigest( index->runs, first.key );
-    Item    *entry    = openGap( index->runs, 0 );
-    entry->key        = first.key;
-    entry->run        = run;
-    entry->digest     = digest;
-    index->counts[0]  = run->length;
+    Item     first   = *run->items();
+    uint64_t digest  = qv::newDigest( index->runs, first.key );
+    Item    *entry   = openGap( index->runs, 0 );
+    entry->key       = first.key;
+    entry->run       = run;
+    entry->digest    = digest;
+    index->counts[0] = run->length;
 
     dict->index    = index;
     dict->hasIndex = 1;
@@ -283,8 +284,8 @@ void freeIndex( Index *index )
 // The first key of a run is another one. The old one must still be there: it has what all keys of the index share.
 void firstHasChanged( Index *index, int32_t run )
 {
-    Item   *entry  = index->runs->items() + run;
-    QV_OBJ *key    = entry->run->items()->key;
+    Item    *entry  = index->runs->items() + run;
+    QV_OBJ  *key    = entry->run->items()->key;
     uint64_t digest = qv::newDigest( index->runs, key );
 
     entry->key    = key;

@@ -55,7 +55,7 @@ QV_INT    dictIndex( QV_DICT *dict, const DictPlace &place );
 
 inline DictPlace dictPlace( QV_DICT *dict, QV_INT idx )
 {
-    return dict->hasIndex ? dictPlaceByIndex( dict, idx ) : DictPlace { 0, static_cast< int32_t >( idx ) };
+    return dict->hasIndex ? dictPlaceByIndex( dict, idx ) : DictPlace{ 0, static_cast< int32_t >( idx ) };
 }
 
 /** Gives a Dict that has no run one with room for so many items. */
@@ -131,7 +131,7 @@ public:
     /** `count` is how many will come, at least one. */
     explicit DictBuilder( QV_INT count );
 
-    DictBuilder( const DictBuilder & ) = delete;
+    DictBuilder( const DictBuilder & )            = delete;
     DictBuilder &operator=( const DictBuilder & ) = delete;
 
     /** Takes over the references of an item, which comes from `source`. */

@@ -306,21 +306,24 @@ void qv::encodeEntry( QV_ENCODER *enc, QV_STRING *address, QV_STRING *value, boo
     if( value )
         size += 1 + digits( value->length ) + valueSize;
 
-    appendFilled( enc, size, [=]( uint8_t *to ) {
-        to = putInt( to, address->length );
-        putChars( to, chars( address ), address->length, address->length );
-        to += address->length;
-        *to++ = value ? 1 : 0;
-
-        if( value )
+    appendFilled(
+        enc, size,
+        [=]( uint8_t *to )
         {
-            to = putInt( to, value->length );
-            putChars( to, chars( value ), value->length, valueSize );
-            to += valueSize;
-        }
+            to = putInt( to, address->length );
+            putChars( to, chars( address ), address->length, address->length );
+            to += address->length;
+            *to++ = value ? 1 : 0;
 
-        *to = hasStore ? 1 : 0;
-    } );
+            if( value )
+            {
+                to = putInt( to, value->length );
+                putChars( to, chars( value ), value->length, valueSize );
+                to += valueSize;
+            }
+
+            *to = hasStore ? 1 : 0;
+        } );
 }
 
 void qvEncoderEncodeBuffer( QV_ENCODER *enc, QV_BUFFER *buf )

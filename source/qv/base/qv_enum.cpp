@@ -116,8 +116,8 @@ void qvEnumSetEnumerant( QV_ENUM **en, QV_STRING *name, QV_INT value )
     deleteName( *en, name );
 
     qv::Ref< QV_BOXED_INT > boxed( qvBoxedIntCreate( value ) );
-    qvDictSetStringKey( &(*en)->nameToValue, name, qvBoxedIntObj( boxed ) );
-    qvDictSetObjKey( &(*en)->valueToName, qvBoxedIntObj( boxed ), qvStringObj( name ) );
+    qvDictSetStringKey( &( *en )->nameToValue, name, qvBoxedIntObj( boxed ) );
+    qvDictSetObjKey( &( *en )->valueToName, qvBoxedIntObj( boxed ), qvStringObj( name ) );
     QV_ASSERT( holds( *en ) );
 }
 

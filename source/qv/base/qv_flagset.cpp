@@ -122,8 +122,8 @@ void qvFlagsetSetFlag( QV_FLAGSET **fs, QV_STRING *name, QV_INT value )
     deleteName( *fs, name );
 
     qv::Ref< QV_BOXED_INT > boxed( qvBoxedIntCreate( value ) );
-    qvDictSetStringKey( &(*fs)->nameToValue, name, qvBoxedIntObj( boxed ) );
-    qv::assign( &(*fs)->bitNames[qvIntBitLowest( value )], qv::retain( name ) );
+    qvDictSetStringKey( &( *fs )->nameToValue, name, qvBoxedIntObj( boxed ) );
+    qv::assign( &( *fs )->bitNames[qvIntBitLowest( value )], qv::retain( name ) );
     QV_ASSERT( holds( *fs ) );
 }
 

@@ -183,10 +183,7 @@ struct NumberFrame
 {
     NumberFrame( bool negative, QV_INT base, QV_INT flags_ ) : flags( flags_ )
     {
-        sign  = negative                           ? U'-'
-                : flags_ & QV_FORMAT_FLAG_PLUSPOS  ? U'+'
-                : flags_ & QV_FORMAT_FLAG_BLANKPOS ? U' '
-                                                   : 0;
+        sign  = negative ? U'-' : flags_ & QV_FORMAT_FLAG_PLUSPOS ? U'+' : flags_ & QV_FORMAT_FLAG_BLANKPOS ? U' ' : 0;
         radix = flags_ & WITH_PREFIX ? qv___FormatEncodeBase( prefix, base, flags_ ) : 0;
     }
 
@@ -386,15 +383,15 @@ void qv::encodeReal( TextBuilder &text, QV_REAL value, QV_INT base, QV_INT minWi
     }
 
     // Digits are those of the absolute value: every step rounds alike on both sides of 0.
-    bool        negative = value < 0.0;
-    bool        decimal  = base == 10 && fabs( value ) < EXACT;
-    QV_REAL     rest     = fabs( value );
-    QV_REAL     scale    = 1.0;
-    QV_REAL     realBase = static_cast< QV_REAL >( base );
-    const char *map      = digitsOf( flags );
-    uint64_t    whole    = decimal ? static_cast< uint64_t >( rest ) : 0;
+    bool        negative    = value < 0.0;
+    bool        decimal     = base == 10 && fabs( value ) < EXACT;
+    QV_REAL     rest        = fabs( value );
+    QV_REAL     scale       = 1.0;
+    QV_REAL     realBase    = static_cast< QV_REAL >( base );
+    const char *map         = digitsOf( flags );
+    uint64_t    whole       = decimal ? static_cast< uint64_t >( rest ) : 0;
     QV_INT      wholeDigits = decimal ? countDigits( whole, 10 ) : countDigitsOfReal( rest, realBase, &scale );
-    QV_INT      digits   = wholeDigits;
+    QV_INT      digits      = wholeDigits;
 
     if( precision != 0 )
     {
@@ -481,10 +478,11 @@ constexpr std::array< int8_t, 128 > makeAsciiDigits()
     std::array< int8_t, 128 > values{};
 
     for( int ch = 0; ch < 128; ch++ )
-        values[static_cast< size_t >( ch )] = static_cast< int8_t >( ch >= '0' && ch <= '9'   ? ch - '0'
-                                                                     : ch >= 'A' && ch <= 'Z' ? ch - 'A' + 10
-                                                                     : ch >= 'a' && ch <= 'z' ? ch - 'a' + 10
-                                                                                              : 99 );
+        values[static_cast< size_t >( ch )] = static_cast< int8_t >(
+            ch >= '0' && ch <= '9'   ? ch - '0'
+            : ch >= 'A' && ch <= 'Z' ? ch - 'A' + 10
+            : ch >= 'a' && ch <= 'z' ? ch - 'a' + 10
+                                     : 99 );
 
     return values;
 }
@@ -729,7 +727,8 @@ QV_BOOL decodeBool( Reader &in, QV_BOOL allowNumeric, QV_BOOL *value )
 
     in.skipWhiteSpace();
 
-    auto takeWord = [&in]( const char *word, QV_INT length ) {
+    auto takeWord = [&in]( const char *word, QV_INT length )
+    {
         if( in.end - in.at < length )
             return false;
 
@@ -778,9 +777,9 @@ qvFormatTryDecodeIntChars( const QV_CHAR *src, QV_INT srcLength, QV_INT base, QV
     QV_CHECK( src || srcLength == 0 );
     QV_CHECK( base == -1 || ( base >= 2 && base <= 36 ) );
 
-    return decodeChars( src, srcLength, value, consumed, [base]( Reader &in, QV_INT *result ) {
-        return decodeInt( in, base, result );
-    } );
+    return decodeChars(
+        src, srcLength, value, consumed,
+        [base]( Reader &in, QV_INT *result ) { return decodeInt( in, base, result ); } );
 }
 
 QV_BOOL
@@ -790,9 +789,9 @@ qvFormatTryDecodeRealChars( const QV_CHAR *src, QV_INT srcLength, QV_INT base, Q
     QV_CHECK( src || srcLength == 0 );
     QV_CHECK( base == -1 || ( base >= 2 && base <= 36 ) );
 
-    return decodeChars( src, srcLength, value, consumed, [base]( Reader &in, QV_REAL *result ) {
-        return decodeReal( in, base, result );
-    } );
+    return decodeChars(
+        src, srcLength, value, consumed,
+        [base]( Reader &in, QV_REAL *result ) { return decodeReal( in, base, result ); } );
 }
 
 QV_BOOL qvFormatTryDecodeBoolChars(
@@ -801,9 +800,9 @@ QV_BOOL qvFormatTryDecodeBoolChars(
     QV_CHECK( srcLength >= 0 );
     QV_CHECK( src || srcLength == 0 );
 
-    return decodeChars( src, srcLength, value, consumed, [allowNumeric]( Reader &in, QV_BOOL *result ) {
-        return decodeBool( in, allowNumeric, result );
-    } );
+    return decodeChars(
+        src, srcLength, value, consumed,
+        [allowNumeric]( Reader &in, QV_BOOL *result ) { return decodeBool( in, allowNumeric, result ); } );
 }
 
 // The forms on a range of a String.

@@ -83,8 +83,7 @@ QV_API QV_STRING *qvFormatEncodeInt( QV_INT value, QV_INT base, QV_INT minWidth,
 /** A real in the same frame, with `precision` places behind a point: -1 means six, and with 0 there is no point. Places
     are cut off, not rounded: 0.999 with two of them is 0.99. A real has about 16 decimal digits; those beyond are of no
     meaning. NaN is `NAN` and both infinities are `INF`, padded with blanks. */
-QV_API QV_STRING *
-qvFormatEncodeReal( QV_REAL value, QV_INT base, QV_INT minWidth, QV_INT precision, QV_INT flags );
+QV_API QV_STRING *qvFormatEncodeReal( QV_REAL value, QV_INT base, QV_INT minWidth, QV_INT precision, QV_INT flags );
 
 /** The characters, padded with blanks. Characters of 0x110000 and above end the process. */
 QV_API QV_STRING *qvFormatEncodeChars( const QV_CHAR *src, QV_INT srcLength, QV_INT minWidth, QV_INT flags );
@@ -101,15 +100,15 @@ QV_API QV_STRING *qvFormatEncodeChars( const QV_CHAR *src, QV_INT srcLength, QV_
     too. Digits of all scripts count up to base 10 and full-width ones up to base 16, letters in either case; up to base
     16 a digit is not compared with the base itself. The number ends in front of a digit that would take it out of the
     range of QV_INT. */
-QV_API QV_BOOL
-qvFormatTryDecodeIntChars( const QV_CHAR *src, QV_INT srcLength, QV_INT base, QV_INT *value, QV_INT *consumed );
+QV_API QV_BOOL qvFormatTryDecodeIntChars(
+    const QV_CHAR *src, QV_INT srcLength, QV_INT base, QV_INT *value, QV_INT *consumed );
 QV_API QV_BOOL qvFormatTryDecodeInt(
     QV_STRING *src, QV_INT srcOffset, QV_INT srcLength, QV_INT base, QV_INT *value, QV_INT *consumed );
 
 /** A real is the same with one `.` or `,` anywhere in front of, among or behind its digits, and the separator alone is
     0. There is no exponent, NaN or infinity. A plus sign is read with base -1 only. */
-QV_API QV_BOOL
-qvFormatTryDecodeRealChars( const QV_CHAR *src, QV_INT srcLength, QV_INT base, QV_REAL *value, QV_INT *consumed );
+QV_API QV_BOOL qvFormatTryDecodeRealChars(
+    const QV_CHAR *src, QV_INT srcLength, QV_INT base, QV_REAL *value, QV_INT *consumed );
 QV_API QV_BOOL qvFormatTryDecodeReal(
     QV_STRING *src, QV_INT srcOffset, QV_INT srcLength, QV_INT base, QV_REAL *value, QV_INT *consumed );
 

@@ -15,8 +15,8 @@ namespace
 // The modifiers of one conversion.
 struct Modifiers
 {
-    QV_INT flags = 0; // as the encoders take them, without those of the base prefix
-    QV_INT hashes = 0;
+    QV_INT flags   = 0; // as the encoders take them, without those of the base prefix
+    QV_INT hashes  = 0;
     bool   consume = false;
 
     QV_INT width     = 0;

@@ -30,7 +30,7 @@ public:
             freeBlock();
     }
 
-    TextBuilder( const TextBuilder & ) = delete;
+    TextBuilder( const TextBuilder & )            = delete;
     TextBuilder &operator=( const TextBuilder & ) = delete;
 
     const QV_CHAR *chars() const

@@ -19,7 +19,7 @@ public:
         qvMonitorLeave( monitor_ );
     }
 
-    HeldMonitor( const HeldMonitor & ) = delete;
+    HeldMonitor( const HeldMonitor & )            = delete;
     HeldMonitor &operator=( const HeldMonitor & ) = delete;
 
 private:

@@ -51,11 +51,10 @@ QV_API void   qvOptDefSetShortOpt( QV_OPT_DEF **def, QV_CHAR optChar, QV_INT opt
 
 /** The id of a long option, -1 if there is none, or -2 if `optString` abbreviates several. `abbreviated` may be null
     and is set to true where the name was not given in full. An empty name ends the process. */
-QV_API QV_INT
-qvOptDefLongOpt( QV_OPT_DEF *def, QV_STRING *optString, QV_BOOL allowAbbreviated, QV_BOOL *abbreviated );
-QV_API void qvOptDefSetLongOpt( QV_OPT_DEF **def, QV_STRING *optString, QV_INT optId );
-QV_API void qvOptDefSetLongOptCstr( QV_OPT_DEF **def, const char *cstr, QV_INT length, QV_INT optId );
-QV_API void qvOptDefSetLongOptWcstr( QV_OPT_DEF **def, const wchar_t *wcstr, QV_INT length, QV_INT optId );
+QV_API QV_INT qvOptDefLongOpt( QV_OPT_DEF *def, QV_STRING *optString, QV_BOOL allowAbbreviated, QV_BOOL *abbreviated );
+QV_API void   qvOptDefSetLongOpt( QV_OPT_DEF **def, QV_STRING *optString, QV_INT optId );
+QV_API void   qvOptDefSetLongOptCstr( QV_OPT_DEF **def, const char *cstr, QV_INT length, QV_INT optId );
+QV_API void   qvOptDefSetLongOptWcstr( QV_OPT_DEF **def, const wchar_t *wcstr, QV_INT length, QV_INT optId );
 
 /** The id that is reported for arguments that are no options; below 0 they are errors. */
 QV_API QV_INT qvOptDefArgOnly( QV_OPT_DEF *def );

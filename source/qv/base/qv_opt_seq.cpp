@@ -36,7 +36,7 @@ struct QV_OPT_SEQ : QV_OBJ
     QV_VECTOR    *argv;   // what remains, as a Vector; null until somebody asks
     QV_INT        id;     // of the last step
     QV_INT        idSecondary;
-    QV_STRING    *opt;    // or null, as are the next two
+    QV_STRING    *opt; // or null, as are the next two
     QV_OBJ       *arg;
     QV_STRING    *error;
     QV_RANGE_MAP *once;    // ids seen that may appear once
@@ -203,8 +203,7 @@ QV_INT fail( QV_OPT_SEQ *seq, QV_INT id )
     else
         qv::assign(
             &seq->error,
-            qvStringCreateFromFormatCstr(
-                id >= QV_OPT_SEQ_ABBREVIATED ? TEXTS[-1 - id] : "%s: error", -1, seq->opt ) );
+            qvStringCreateFromFormatCstr( id >= QV_OPT_SEQ_ABBREVIATED ? TEXTS[-1 - id] : "%s: error", -1, seq->opt ) );
 
     return id;
 }
@@ -275,8 +274,8 @@ QV_INT readLongOption( QV_OPT_SEQ *seq, QV_INT *at )
     qvStringDelLeading( text.at(), 2 );
 
     QV_BOOL abbreviated = QV_FALSE;
-    QV_INT  id          = qvStringLength( text ) > 0 ? qvOptDefLongOpt( seq->def, text, QV_TRUE, &abbreviated )
-                                                     : QV_OPT_SEQ_UNDEFINED;
+    QV_INT  id =
+        qvStringLength( text ) > 0 ? qvOptDefLongOpt( seq->def, text, QV_TRUE, &abbreviated ) : QV_OPT_SEQ_UNDEFINED;
 
     if( id < 0 )
         return fail( seq, id );

@@ -66,7 +66,7 @@ QV_API QV_OPT_SEQ *qvOptSeqCreate( QV_OPT_DEF *def, QV_VECTOR *argv );
 QV_API QV_VECTOR *qvOptSeqRemainingArgv( QV_OPT_SEQ *seq );
 
 /** True if anything is. */
-QV_API QV_BOOL    qvOptSeqHasNext( QV_OPT_SEQ *seq );
+QV_API QV_BOOL qvOptSeqHasNext( QV_OPT_SEQ *seq );
 
 /** Takes one step and gives its id: that of an option, that for plain arguments, or one of the values above. Without
     anything left the process ends. */

@@ -102,10 +102,13 @@ void qvRandomBytes( void *bytes, QV_INT byteCount )
 
     uint8_t *next = static_cast< uint8_t * >( bytes );
 
-    take( byteCount, [&next]( QV_INT count ) {
-        qvBufferReadBytes( qv___RandomBuffer, 0, next, count );
-        next += count;
-    } );
+    take(
+        byteCount,
+        [&next]( QV_INT count )
+        {
+            qvBufferReadBytes( qv___RandomBuffer, 0, next, count );
+            next += count;
+        } );
 }
 
 uint8_t qvRandomByte( void )

@@ -21,8 +21,8 @@ const QV_INT SHRINK = 64; // entries that the block gives back at once
 class Gone
 {
 public:
-    Gone() = default;
-    Gone( const Gone & ) = delete;
+    Gone()                          = default;
+    Gone( const Gone & )            = delete;
     Gone &operator=( const Gone & ) = delete;
 
     ~Gone()
@@ -152,8 +152,8 @@ void collapse( QV_RANGE_MAP **map, QV_INT first, QV_INT last, Gone *gone )
     const Entry            *range = held->ranges;
     QV_INT                  count = last - first + 1;
     bool                    near[4];
-    bool  *joins  = count <= 4 ? near : static_cast< bool * >( qvMemAllocN( count, sizeof( bool ) ) );
-    QV_INT joined = 0;
+    bool                   *joins  = count <= 4 ? near : static_cast< bool * >( qvMemAllocN( count, sizeof( bool ) ) );
+    QV_INT                  joined = 0;
 
     for( QV_INT i = first + 1, kept = first; i <= last; i++ )
     {
@@ -169,11 +169,11 @@ void collapse( QV_RANGE_MAP **map, QV_INT first, QV_INT last, Gone *gone )
 
     if( joined > 0 )
     {
-        Entry *kept = (*map)->ranges + first;
+        Entry *kept = ( *map )->ranges + first;
 
         for( QV_INT i = first + 1; i <= last; i++ )
         {
-            Entry &next = (*map)->ranges[i];
+            Entry &next = ( *map )->ranges[i];
 
             if( !joins[i - first] )
             {
@@ -199,8 +199,8 @@ void collapse( QV_RANGE_MAP **map, QV_INT first, QV_INT last, Gone *gone )
 // After a set at `idx`. All other neighbours have been joined already, so only this range's own two can be new.
 void collapseAround( QV_RANGE_MAP **map, QV_INT idx, Gone *gone )
 {
-    if( (*map)->autoCollapse )
-        collapse( map, qvIntMax( idx - 1, 0 ), qvIntMin( idx + 1, (*map)->length - 1 ), gone );
+    if( ( *map )->autoCollapse )
+        collapse( map, qvIntMax( idx - 1, 0 ), qvIntMin( idx + 1, ( *map )->length - 1 ), gone );
 }
 
 // A place in the array: that of the `covered` ranges from `idx`, or the one in front of `idx` if there are none.
@@ -218,7 +218,7 @@ Place cut( QV_RANGE_MAP *map, QV_INT idx, QV_INT startingKey, QV_INT endingKey )
     {
         Entry *gap = makeRoom( map, idx );
 
-        gap[0] = { gap[1].startingKey, startingKey - 1, qv::retain( gap[1].value ) };
+        gap[0]             = { gap[1].startingKey, startingKey - 1, qv::retain( gap[1].value ) };
         gap[1].startingKey = startingKey;
         idx++;
     }
@@ -315,8 +315,7 @@ QV_OBJ *textStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
 }
 } // namespace
 
-QV___FAMILY_OF_PARTS(
-    RangeMap, QV_RANGE_MAP, freeMap, qv::compareByParts, qv::textByParts, compareStep, textStep )
+QV___FAMILY_OF_PARTS( RangeMap, QV_RANGE_MAP, freeMap, qv::compareByParts, qv::textByParts, compareStep, textStep )
 
 /* Creation ------------------------------------------------------------------------------------------------------- */
 
@@ -339,8 +338,7 @@ QV_RANGE_MAP *qvRangeMapCreateFrom( QV_RANGE_MAP *map )
     qv::Ref< QV_RANGE_MAP > copy( createMap( map->autoCollapse ) );
 
     for( QV_INT i = 0; i < map->length; i++ )
-        qvRangeMapSetRangeKey(
-            copy.at(), map->ranges[i].startingKey, map->ranges[i].endingKey, map->ranges[i].value );
+        qvRangeMapSetRangeKey( copy.at(), map->ranges[i].startingKey, map->ranges[i].endingKey, map->ranges[i].value );
 
     return copy.give();
 }
@@ -410,7 +408,7 @@ QV_INT qv___RangeMapFindAfterKey( QV_RANGE_MAP *map, QV_INT key )
     // The range at lo ends before the key, the one at hi doesn't.
     while( hi - lo > 1 )
     {
-        QV_INT mid = lo + ( hi - lo ) / 2;
+        QV_INT mid                                     = lo + ( hi - lo ) / 2;
         ( map->ranges[mid].endingKey < key ? lo : hi ) = mid;
     }
 
@@ -445,12 +443,12 @@ void qvRangeMapSetRangeKey( QV_RANGE_MAP **map, QV_INT startingKey, QV_INT endin
     qv::Ref< QV_OBJ > held = qv::Ref< QV_OBJ >::share( value );
     Gone              gone;
     qv::makePrivate( map, qvRangeMapCreateFrom );
-    QV_CHECK( (*map)->alloc >= (*map)->length );
+    QV_CHECK_AS( ( *map )->alloc >= ( *map )->length, "(*map)->alloc >= (*map)->length" );
 
     QV_INT idx = qv___RangeMapFindAfterKey( *map, startingKey );
 
     if( idx < 0 )
-        idx = (*map)->length;
+        idx = ( *map )->length;
 
     Place place = cut( *map, idx, startingKey, endingKey );
 
@@ -460,7 +458,7 @@ void qvRangeMapSetRangeKey( QV_RANGE_MAP **map, QV_INT startingKey, QV_INT endin
     }
     else
     {
-        Entry &range = (*map)->ranges[place.idx];
+        Entry &range = ( *map )->ranges[place.idx];
         gone.push( range.value );
         range = { startingKey, endingKey, held.give() };
         deleteRanges( *map, place.idx + 1, place.covered - 1, &gone );
@@ -483,7 +481,7 @@ void qvRangeMapDelRangeKey( QV_RANGE_MAP **map, QV_INT startingKey, QV_INT endin
 
     QV_INT idx = qv___RangeMapFindAfterKey( *map, startingKey );
 
-    if( idx < 0 || (*map)->ranges[idx].startingKey > endingKey )
+    if( idx < 0 || ( *map )->ranges[idx].startingKey > endingKey )
         return;
 
     Gone gone;
@@ -504,11 +502,11 @@ void qvRangeMapSetAutoCollapse( QV_RANGE_MAP **map, QV_BOOL autoCollapse )
     QV_CHECK( map );
     QV_CHECK( *map );
 
-    if( !autoCollapse == !(*map)->autoCollapse )
+    if( !autoCollapse == !( *map )->autoCollapse )
         return;
 
     qv::makePrivate( map, qvRangeMapCreateFrom );
-    (*map)->autoCollapse = autoCollapse ? QV_TRUE : QV_FALSE;
+    ( *map )->autoCollapse = autoCollapse ? QV_TRUE : QV_FALSE;
 
     if( autoCollapse )
         qvRangeMapCollapse( map );
@@ -519,10 +517,10 @@ void qvRangeMapCollapse( QV_RANGE_MAP **map )
     QV_CHECK( map );
     QV_CHECK( *map );
 
-    if( (*map)->length == 0 )
+    if( ( *map )->length == 0 )
         return;
 
     Gone gone;
     qv::makePrivate( map, qvRangeMapCreateFrom );
-    collapse( map, 0, (*map)->length - 1, &gone );
+    collapse( map, 0, ( *map )->length - 1, &gone );
 }

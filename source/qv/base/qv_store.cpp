@@ -61,8 +61,7 @@ QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
     QV_STORE *a = qvStoreFrom( thisObj );
     QV_STORE *b = qvStoreFrom( thatObj );
 
-    QV_DICT *const parts[][2] = {
-        { a->addresses, b->addresses }, { a->values, b->values }, { a->stores, b->stores } };
+    QV_DICT *const parts[][2] = { { a->addresses, b->addresses }, { a->values, b->values }, { a->stores, b->stores } };
 
     while( walk->at < 3 )
     {
@@ -100,7 +99,7 @@ void deleteEntry( QV_STORE **store, StoreTable table, StoreTable other, QV_STRIN
     qvDictDelObjKey( &( *store->*table ), address );
 
     if( !has( *store->*other, address ) )
-        qvDictDelObjKey( &(*store)->addresses, address );
+        qvDictDelObjKey( &( *store )->addresses, address );
 
     QV_ASSERT( qv::isSoundStore( *store, address ) );
 }
@@ -167,8 +166,8 @@ bool isSoundEntry( QV_STORE *store, QV_STRING *address )
     QV_STRING *value = find< QV_STRING >( store->values, address );
     QV_STORE  *sub   = find< QV_STORE >( store->stores, address );
 
-    if( ( idx >= 0 ) != ( value || sub ) || ( value && qvObjSort( value ) != qvStringSort() ) ||
-        ( sub && qvObjSort( sub ) != qvStoreSort() ) )
+    if( ( idx >= 0 ) != ( value || sub ) || ( value && qvObjSort( value ) != qvStringSort() )
+        || ( sub && qvObjSort( sub ) != qvStoreSort() ) )
         return false;
 
     if( idx < 0 )
@@ -286,8 +285,8 @@ QV_INT includeLevel( QV_STORE *into, QV_STORE *from )
 
     qvDictInclude( &into->stores, from->stores, QV_FALSE );
     QV_ASSERT(
-        from->addresses->length == 0 ||
-        qv::isSoundStore( into, static_cast< QV_STRING * >( qv::dictItem( from->addresses, 0 ).key ) ) );
+        from->addresses->length == 0
+        || qv::isSoundStore( into, static_cast< QV_STRING * >( qv::dictItem( from->addresses, 0 ).key ) ) );
 
     return 0;
 }
@@ -346,8 +345,7 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
             levels.push( at );
             at = { into, from, includeLevel( into, from ) };
         }
-    }
-    while( levels.pop( &at ) );
+    } while( levels.pop( &at ) );
 }
 
 /* One entry: addresses ------------------------------------------------------------------------------------------- */
@@ -389,9 +387,9 @@ void qvStoreDelValue( QV_STORE **store, QV_STRING *address )
 
 QV_BOOL qvStoreValueBool( QV_STORE *store, QV_BOOL *out, QV_STRING *address )
 {
-    return scanValue( store, out, address, []( QV_STRING *value, QV_BOOL *result, QV_INT *consumed ) {
-        return qvStringScanBool( value, 0, -1, QV_TRUE, result, consumed );
-    } );
+    return scanValue(
+        store, out, address, []( QV_STRING *value, QV_BOOL *result, QV_INT *consumed )
+        { return qvStringScanBool( value, 0, -1, QV_TRUE, result, consumed ); } );
 }
 
 QV_BOOL qvStoreHasValueBool( QV_STORE *store, QV_STRING *address )
@@ -407,9 +405,9 @@ void qvStoreSetValueBool( QV_STORE **store, QV_STRING *address, QV_BOOL value )
 
 QV_BOOL qvStoreValueInt( QV_STORE *store, QV_INT *out, QV_STRING *address )
 {
-    return scanValue( store, out, address, []( QV_STRING *value, QV_INT *result, QV_INT *consumed ) {
-        return qvStringScanInt( value, 0, -1, -1, result, consumed );
-    } );
+    return scanValue(
+        store, out, address, []( QV_STRING *value, QV_INT *result, QV_INT *consumed )
+        { return qvStringScanInt( value, 0, -1, -1, result, consumed ); } );
 }
 
 QV_BOOL qvStoreHasValueInt( QV_STORE *store, QV_STRING *address )
@@ -425,9 +423,9 @@ void qvStoreSetValueInt( QV_STORE **store, QV_STRING *address, QV_INT value )
 
 QV_BOOL qvStoreValueReal( QV_STORE *store, QV_REAL *out, QV_STRING *address )
 {
-    return scanValue( store, out, address, []( QV_STRING *value, QV_REAL *result, QV_INT *consumed ) {
-        return qvStringScanReal( value, 0, -1, -1, result, consumed );
-    } );
+    return scanValue(
+        store, out, address, []( QV_STRING *value, QV_REAL *result, QV_INT *consumed )
+        { return qvStringScanReal( value, 0, -1, -1, result, consumed ); } );
 }
 
 QV_BOOL qvStoreHasValueReal( QV_STORE *store, QV_STRING *address )

@@ -48,9 +48,8 @@ void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
         qv::DictIterator addresses, values, stores;
     };
 
-    const auto begin = []( QV_STORE *of ) -> Level {
-        return { { of->addresses, 0 }, { of->values, 0 }, { of->stores, 0 } };
-    };
+    const auto begin = []( QV_STORE *of ) -> Level
+    { return { { of->addresses, 0 }, { of->values, 0 }, { of->stores, 0 } }; };
 
     qv::Levels< Level > levels;
     Level               at = begin( store );
@@ -76,8 +75,7 @@ void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
         }
 
         QV_ASSERT( !at.values && !at.stores );
-    }
-    while( levels.pop( &at ) );
+    } while( levels.pop( &at ) );
 }
 
 QV_BUFFER *qvStoreEncodeToBuffer( QV_STORE *store )
@@ -118,8 +116,8 @@ QV_STORE *qv___StoreTryDecodeFromDecoder( QV_DECODER *decoder, QV_INT depth )
 
     qv::Ref< QV_STORE > store( qvStoreCreate() );
     QV_INT              count = 0;
-    bool ok = depth < QV_STORE_MAX_DEPTH && qvDecoderTryDecodeInt( decoder, &count ) && count >= 0 &&
-              count <= qvDecoderRemaining( decoder ); // each entry takes some bytes
+    bool                ok    = depth < QV_STORE_MAX_DEPTH && qvDecoderTryDecodeInt( decoder, &count ) && count >= 0
+              && count <= qvDecoderRemaining( decoder ); // each entry takes some bytes
 
     for( QV_INT i = 0; ok && i < count; i++ )
     {
@@ -127,8 +125,8 @@ QV_STORE *qv___StoreTryDecodeFromDecoder( QV_DECODER *decoder, QV_INT depth )
         qv::Ref< QV_STORE >  sub;
         QV_BOOL              hasStore = QV_FALSE;
 
-        ok = qvDecoderTryDecodeString( decoder, address.at() ) && qvStoreAddressOk( address ) &&
-             qvDecoderTryDecodeOptionalString( decoder, value.at() ) && qvDecoderTryDecodeBool( decoder, &hasStore );
+        ok = qvDecoderTryDecodeString( decoder, address.at() ) && qvStoreAddressOk( address )
+             && qvDecoderTryDecodeOptionalString( decoder, value.at() ) && qvDecoderTryDecodeBool( decoder, &hasStore );
 
         if( ok && hasStore )
         {

@@ -103,15 +103,14 @@ QV_STRING *addressAt( QV_STORE **store, QV_INT index )
 #define FORMAT_WCSTR( Result, Form, plain, parameters, arguments )                                                     \
     FORMAT_TEXT( Result, Form, plain, parameters, arguments, wchar_t, qvStringCreateFromFormatWcstrArgList )
 
-#define SET_CSTR( Form, plain, Type )                                                                                  \
-    SET_TEXT( Form, plain, Type, char, qvStringCreateFromCstr )
-#define SET_WCSTR( Form, plain, Type )                                                                                 \
-    SET_TEXT( Form, plain, Type, wchar_t, qvStringCreateFromWcstr )
+#define SET_CSTR( Form, plain, Type )  SET_TEXT( Form, plain, Type, char, qvStringCreateFromCstr )
+#define SET_WCSTR( Form, plain, Type ) SET_TEXT( Form, plain, Type, wchar_t, qvStringCreateFromWcstr )
 #define SET_FORMAT_CSTR( Form, plain, Type )                                                                           \
     SET_FORMAT_TEXT( Form, plain, Type, char, qvStringCreateFromFormatCstrArgList )
 #define SET_FORMAT_WCSTR( Form, plain, Type )                                                                          \
     SET_FORMAT_TEXT( Form, plain, Type, wchar_t, qvStringCreateFromFormatWcstrArgList )
 
+// clang-format off
 CSTR( QV_BOOL, qvStoreHasAddressCstr, qvStoreHasAddress, ( QV_STORE *store ), ( store ) )
 WCSTR( QV_BOOL, qvStoreHasAddressWcstr, qvStoreHasAddress, ( QV_STORE *store ), ( store ) )
 FORMAT( QV_BOOL, qvStoreHasAddressFormat, qvStoreHasAddress, ( QV_STORE *store ), ( store ) )
@@ -238,6 +237,7 @@ WCSTR( void, qvStoreDelStoreWcstr, qvStoreDelStore, ( QV_STORE **store ), ( stor
 FORMAT( void, qvStoreDelStoreFormat, qvStoreDelStore, ( QV_STORE **store ), ( store ) )
 FORMAT_CSTR( void, qvStoreDelStoreFormatCstr, qvStoreDelStore, ( QV_STORE **store ), ( store ) )
 FORMAT_WCSTR( void, qvStoreDelStoreFormatWcstr, qvStoreDelStore, ( QV_STORE **store ), ( store ) )
+// clang-format on
 
 #undef LIST
 #undef AT

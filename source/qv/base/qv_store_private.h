@@ -74,11 +74,11 @@ bool isSoundStore( QV_STORE *store, QV_STRING *address );
 
 constexpr std::array< bool, 128 > ADDRESS_CHARS = []
 {
-    std::array< bool, 128 > table {};
+    std::array< bool, 128 > table{};
 
     for( char32_t ch = 0; ch < 128; ch++ )
-        table[ch] = ( ch >= U'0' && ch <= U'9' ) || ( ch >= U'A' && ch <= U'Z' ) || ( ch >= U'a' && ch <= U'z' ) ||
-                    ch == U'_' || ch == U'-';
+        table[ch] = ( ch >= U'0' && ch <= U'9' ) || ( ch >= U'A' && ch <= U'Z' ) || ( ch >= U'a' && ch <= U'z' )
+                    || ch == U'_' || ch == U'-';
 
     return table;
 }();

@@ -271,7 +271,7 @@ private:
     static uint64_t hashOf( Span< Unit > text )
     {
         uint64_t     first = 0, last = 0;
-        const QV_INT both  = sizeof( first ) / sizeof( Unit );
+        const QV_INT both = sizeof( first ) / sizeof( Unit );
 
         if( text.length() >= both )
         {
@@ -284,8 +284,8 @@ private:
                 first = first << 8 * sizeof( Unit ) % 64 | *unit;
         }
 
-        return ( ( first ^ static_cast< uint64_t >( text.length() ) ) * 0x9E3779B97F4A7C15u ^ last ) *
-               0xC2B2AE3D27D4EB4Fu;
+        return ( ( first ^ static_cast< uint64_t >( text.length() ) ) * 0x9E3779B97F4A7C15u ^ last )
+               * 0xC2B2AE3D27D4EB4Fu;
     }
 
     Place places_[1 << ( 64 - SHIFT )] = {};
@@ -429,8 +429,8 @@ private:
     // Sets an entry of stores_[level] and gives its address, borrowed. Takes over the value, and the address if it is
     // new.
     template< class Unit >
-    QV_STRING *
-    set( QV_INT level, qv::StoreTable table, Span< Unit > text, const Addresses::Found &address, QV_OBJ *value )
+    QV_STRING *set(
+        QV_INT level, qv::StoreTable table, Span< Unit > text, const Addresses::Found &address, QV_OBJ *value )
     {
         QV_STORE *store     = stores_[level];
         QV_DICT  *addresses = store->addresses;
@@ -471,8 +471,7 @@ private:
     template< class Unit >
     static bool comesAfter( Span< Unit > text, QV_DICT *dict )
     {
-        return dict->length == 0 ||
-               order( static_cast< QV_STRING * >( qv::lastDictItem( dict ).key ), text ) < 0;
+        return dict->length == 0 || order( static_cast< QV_STRING * >( qv::lastDictItem( dict ).key ), text ) < 0;
     }
 
     // Whether the tree has the store that stands on a level at the address there.
@@ -486,12 +485,12 @@ private:
 
     QV_INT              depth_;
     qv::Ref< QV_STORE > top_;
-    qv::ObjBatch        strings_ { qvStringSort() }; // most of them live as long as the tree
+    qv::ObjBatch        strings_{ qvStringSort() }; // most of them live as long as the tree
     Addresses           known_;
 
     // The stores that the last lines went down to, each held by the one above it, and their addresses in that. Of the
     // stores the first open_ + 1 count, of the addresses the first open_.
-    QV_INT     open_                            = 0;
+    QV_INT     open_                           = 0;
     QV_STORE  *stores_[QV_STORE_MAX_DEPTH + 1] = {};
     QV_STRING *addresses_[QV_STORE_MAX_DEPTH];
 
@@ -678,11 +677,11 @@ QV_STORE *qvStoreTryDecodeFromTextBuffer( QV_BUFFER *buffer )
         qv::Ref< QV_BUFFER >             rest( qvBufferRead( buffer, offset, length - offset ) );
         qv::Ref< QV_BUFFER_BYTE_SOURCE > restSource( qvBufferByteSourceCreate( rest ) );
         qv::Ref< QV_BYTE_SOURCE >        byteSource( qvBufferByteSourceByteSource( restSource ) );
-        qv::Ref< QV_CHAR_SOURCE >     charSource( qvCharsetCreateCharSource( byteSource, QV_CHARSET_UTF_8, flags ) );
-        qv::Ref< QV_NLF_LINE_SOURCE > nlfSource( qvNlfLineSourceCreate( charSource, allLineEnds ) );
-        qv::Ref< QV_LINE_SOURCE >     lineSource( qvNlfLineSourceLineSource( nlfSource ) );
+        qv::Ref< QV_CHAR_SOURCE >        charSource( qvCharsetCreateCharSource( byteSource, QV_CHARSET_UTF_8, flags ) );
+        qv::Ref< QV_NLF_LINE_SOURCE >    nlfSource( qvNlfLineSourceCreate( charSource, allLineEnds ) );
+        qv::Ref< QV_LINE_SOURCE >        lineSource( qvNlfLineSourceLineSource( nlfSource ) );
 
-        while( qv::Ref< QV_STRING > line { qvLineSourceRead( lineSource ) } )
+        while( qv::Ref< QV_STRING > line{ qvLineSourceRead( lineSource ) } )
         {
             Reader::Text< QV_CHAR > text( reader );
             text.read( spanOf( line ) );

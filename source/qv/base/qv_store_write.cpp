@@ -25,8 +25,8 @@ template< class Unit >
 class Output
 {
 public:
-    Output() = default;
-    Output( const Output & ) = delete;
+    Output()                            = default;
+    Output( const Output & )            = delete;
     Output &operator=( const Output & ) = delete;
 
     ~Output()
@@ -224,8 +224,7 @@ void writeLines( QV_STORE *store, Output< Unit > &prefix, Output< Unit > &out, c
                 endLine();
             }
         }
-    }
-    while( levels.pop( &at ) );
+    } while( levels.pop( &at ) );
 }
 } // namespace
 
@@ -241,11 +240,14 @@ void qv___StoreEncodeToStringVector( QV_STORE *store, QV_VECTOR **vec, QV_STRING
     Output< QV_CHAR > path, line;
     path.append( prefix );
 
-    writeLines( store, path, line, [&] {
-        QV_OBJ *text = qvStringCreateFromCharsCopy( line.units(), line.length() );
-        qv___VectorPushNoRetain( vec, &text, 1 );
-        line.cut( 0 );
-    } );
+    writeLines(
+        store, path, line,
+        [&]
+        {
+            QV_OBJ *text = qvStringCreateFromCharsCopy( line.units(), line.length() );
+            qv___VectorPushNoRetain( vec, &text, 1 );
+            line.cut( 0 );
+        } );
 }
 
 QV_VECTOR *qvStoreEncodeToStringVector( QV_STORE *store )

@@ -307,7 +307,7 @@ void qvStringInsertInner( QV_STRING **dest, QV_INT idx, QV_STRING *src, QV_INT o
     QV_CHECK( *dest );
     QV_CHECK( src );
     QV_CHECK( idx >= 0 );
-    QV_CHECK( idx <= (*dest)->length );
+    QV_CHECK_AS( idx <= ( *dest )->length, "idx <= (*dest)->length" );
     QV_CHECK( offset >= 0 );
     QV_CHECK( count >= 0 );
     QV_CHECK( QV_INT_ADD_OK( offset, count ) );
@@ -316,7 +316,7 @@ void qvStringInsertInner( QV_STRING **dest, QV_INT idx, QV_STRING *src, QV_INT o
     if( count == 0 )
         return;
 
-    QV_CHECK( QV_INT_ADD_OK( (*dest)->length, count ) );
+    QV_CHECK_AS( QV_INT_ADD_OK( ( *dest )->length, count ), "QV_INT_ADD_OK( (*dest)->length, count )" );
 
     // Held, a String that goes into itself counts as shared and is copied.
     qv::Ref< QV_STRING > held = qv::Ref< QV_STRING >::share( *dest == src ? src : nullptr );
@@ -329,7 +329,7 @@ void qvStringAppend( QV_STRING **dest, QV_STRING *src )
     QV_CHECK( *dest );
     QV_CHECK( src );
 
-    qvStringInsertInner( dest, (*dest)->length, src, 0, src->length );
+    qvStringInsertInner( dest, ( *dest )->length, src, 0, src->length );
 }
 
 void qvStringInsertChars( QV_STRING **qvs, QV_INT idx, const QV_CHAR *chs, QV_INT chsLength )
@@ -337,14 +337,14 @@ void qvStringInsertChars( QV_STRING **qvs, QV_INT idx, const QV_CHAR *chs, QV_IN
     QV_CHECK( qvs );
     QV_CHECK( *qvs );
     QV_CHECK( idx >= 0 );
-    QV_CHECK( idx <= (*qvs)->length );
+    QV_CHECK_AS( idx <= ( *qvs )->length, "idx <= (*qvs)->length" );
     QV_CHECK( chsLength >= 0 );
     QV_CHECK( chsLength == 0 || chs );
 
     if( chsLength == 0 )
         return;
 
-    QV_CHECK( QV_INT_ADD_OK( (*qvs)->length, chsLength ) );
+    QV_CHECK_AS( QV_INT_ADD_OK( ( *qvs )->length, chsLength ), "QV_INT_ADD_OK( (*qvs)->length, chsLength )" );
     QV_CHECK_AS( qv::allCharsOk( chs, chsLength ), "qvCharsAllOk( chs, chsLength )" );
 
     insertChars( qvs, idx, chs, chsLength );
@@ -354,7 +354,7 @@ namespace
 {
 __attribute__( ( noinline ) ) void appendCharSlowly( QV_STRING **dest, QV_CHAR ch )
 {
-    qvStringInsertChars( dest, (*dest)->length, &ch, 1 );
+    qvStringInsertChars( dest, ( *dest )->length, &ch, 1 );
 }
 } // namespace
 
@@ -388,14 +388,14 @@ void qvStringSetCharAt( QV_STRING **qvs, QV_INT idx, QV_CHAR ch )
     QV_CHECK( qvs );
     QV_CHECK( *qvs );
     QV_CHECK( idx >= -1 );
-    QV_CHECK( idx <= (*qvs)->length );
+    QV_CHECK_AS( idx <= ( *qvs )->length, "idx <= (*qvs)->length" );
     QV_CHECK( QV_CHAR_OK( ch ) );
 
     if( idx == -1 )
     {
         qvStringPrependChar( qvs, ch );
     }
-    else if( idx == (*qvs)->length )
+    else if( idx == ( *qvs )->length )
     {
         qvStringAppendChar( qvs, ch );
     }
@@ -416,9 +416,9 @@ void qvStringDelTrailing( QV_STRING **qvs, QV_INT count )
     QV_CHECK( qvs );
     QV_CHECK( *qvs );
     QV_CHECK( count >= 0 );
-    QV_CHECK( count <= (*qvs)->length );
+    QV_CHECK_AS( count <= ( *qvs )->length, "count <= (*qvs)->length" );
 
-    qvStringDelInner( qvs, (*qvs)->length - count, count );
+    qvStringDelInner( qvs, ( *qvs )->length - count, count );
 }
 
 void qvStringDelInner( QV_STRING **qvs, QV_INT offset, QV_INT count )
@@ -428,12 +428,12 @@ void qvStringDelInner( QV_STRING **qvs, QV_INT offset, QV_INT count )
     QV_CHECK( offset >= 0 );
     QV_CHECK( count >= 0 );
     QV_CHECK( QV_INT_ADD_OK( offset, count ) );
-    QV_CHECK( offset + count <= (*qvs)->length );
+    QV_CHECK_AS( offset + count <= ( *qvs )->length, "offset + count <= (*qvs)->length" );
 
     if( count == 0 )
         return;
 
-    if( count == (*qvs)->length )
+    if( count == ( *qvs )->length )
     {
         qvStringClear( qvs );
         return;
@@ -457,7 +457,7 @@ void qvStringDelOuter( QV_STRING **qvs, QV_INT offset, QV_INT count )
     QV_CHECK( offset >= 0 );
     QV_CHECK( count >= 0 );
     QV_CHECK( QV_INT_ADD_OK( offset, count ) );
-    QV_CHECK( offset + count <= (*qvs)->length );
+    QV_CHECK_AS( offset + count <= ( *qvs )->length, "offset + count <= (*qvs)->length" );
 
     if( count == 0 )
     {
@@ -465,7 +465,7 @@ void qvStringDelOuter( QV_STRING **qvs, QV_INT offset, QV_INT count )
         return;
     }
 
-    if( count == (*qvs)->length )
+    if( count == ( *qvs )->length )
         return;
 
     qv::makePrivate( qvs, qvStringCreateFrom );
@@ -507,7 +507,7 @@ void mapCase( QV_STRING **qvs, qv::unicode::CaseMapping *mapping )
     QV_CHECK( *qvs );
 
     const QV_CHAR *from   = qv::chars( *qvs );
-    QV_INT         length = (*qvs)->length;
+    QV_INT         length = ( *qvs )->length;
 
     if( length == 0 )
         return;
@@ -551,7 +551,7 @@ void qvStringSanitize( QV_STRING **qvs )
     QV_CHECK( qvs );
     QV_CHECK( *qvs );
 
-    if( (*qvs)->length == 0 )
+    if( ( *qvs )->length == 0 )
         return;
 
     qv::makePrivate( qvs, qvStringCreateFrom );

@@ -284,10 +284,10 @@ QV_API QV_VECTOR *qvStringSplitWhitespace( QV_STRING *qvs, QV_INT maxParts );
     one; `value` and `consumed`, the number of characters read, may be null. qv_format.h tells what is accepted. */
 QV_API QV_BOOL qvStringScanBool(
     QV_STRING *qvs, QV_INT offset, QV_INT maxChars, QV_BOOL allowNumeric, QV_BOOL *value, QV_INT *consumed );
-QV_API QV_BOOL
-qvStringScanInt( QV_STRING *qvs, QV_INT offset, QV_INT maxChars, QV_INT base, QV_INT *value, QV_INT *consumed );
-QV_API QV_BOOL
-qvStringScanReal( QV_STRING *qvs, QV_INT offset, QV_INT maxChars, QV_INT base, QV_REAL *value, QV_INT *consumed );
+QV_API QV_BOOL qvStringScanInt(
+    QV_STRING *qvs, QV_INT offset, QV_INT maxChars, QV_INT base, QV_INT *value, QV_INT *consumed );
+QV_API QV_BOOL qvStringScanReal(
+    QV_STRING *qvs, QV_INT offset, QV_INT maxChars, QV_INT base, QV_REAL *value, QV_INT *consumed );
 
 /* Converting ----------------------------------------------------------------------------------------------------- */
 

@@ -28,8 +28,8 @@ QV_INT unitsOf( const wchar_t *text )
 // Decodes into a block of just the length of the result. As no form gives more characters than it has units, one pass
 // does: a short text goes by way of the stack, and the block of a long one gives back what it didn't need.
 template< class Unit >
-QV_STRING *
-createDecoded( QV_INT ( *convert )( QV_CHAR *, QV_INT, const Unit *, QV_INT ), const Unit *text, QV_INT length )
+QV_STRING *createDecoded(
+    QV_INT ( *convert )( QV_CHAR *, QV_INT, const Unit *, QV_INT ), const Unit *text, QV_INT length )
 {
     const QV_INT SHORT = 512;
 

@@ -19,7 +19,7 @@ public:
         qvMemFree( text_ );
     }
 
-    Cstr( const Cstr & ) = delete;
+    Cstr( const Cstr & )            = delete;
     Cstr &operator=( const Cstr & ) = delete;
 
     operator char *() const

@@ -35,7 +35,7 @@ void qvStringInsertOuter( QV_STRING **dest, QV_INT idx, QV_STRING *src, QV_INT o
     QV_CHECK( *dest );
     QV_CHECK( src );
     QV_CHECK( idx >= 0 );
-    QV_CHECK( idx <= (*dest)->length );
+    QV_CHECK_AS( idx <= ( *dest )->length, "idx <= (*dest)->length" );
     QV_CHECK( offset >= 0 );
     QV_CHECK( count >= 0 );
     QV_CHECK( QV_INT_ADD_OK( offset, count ) );
@@ -132,7 +132,7 @@ void qvStringInsertFormatWcstrArgList(
     {                                                                                                                  \
         QV_CHECK( dest );                                                                                              \
         QV_CHECK( *dest );                                                                                             \
-        insert( dest, (*dest)->length, __VA_ARGS__ );                                                                  \
+        insert( dest, ( *dest )->length, __VA_ARGS__ );                                                                \
     }
 
 // The same with arguments that follow the parameter `last`.
@@ -155,7 +155,7 @@ void qvStringInsertFormatWcstrArgList(
                                                                                                                        \
         va_list argList;                                                                                               \
         va_start( argList, last );                                                                                     \
-        insert( dest, (*dest)->length, __VA_ARGS__, &argList );                                                        \
+        insert( dest, ( *dest )->length, __VA_ARGS__, &argList );                                                      \
         va_end( argList );                                                                                             \
     }
 
@@ -224,7 +224,7 @@ void qvStringDelimitedAppend( QV_STRING **dest, QV_STRING *src, QV_STRING *delim
 
     qv::Ref< QV_STRING > held = heldIfAdded( dest, src, delimiter );
 
-    if( (*dest)->length > 0 )
+    if( ( *dest )->length > 0 )
         qvStringAppend( dest, delimiter );
 
     qvStringAppend( dest, src );
@@ -239,7 +239,7 @@ void qvStringDelimitedPrepend( QV_STRING **dest, QV_STRING *src, QV_STRING *deli
 
     qv::Ref< QV_STRING > held = heldIfAdded( dest, src, delimiter );
 
-    if( (*dest)->length > 0 )
+    if( ( *dest )->length > 0 )
         qvStringPrepend( dest, delimiter );
 
     qvStringPrepend( dest, src );
@@ -253,7 +253,7 @@ void qvStringDelimitedAppendCharDelimiter( QV_STRING **dest, QV_STRING *src, QV_
 
     qv::Ref< QV_STRING > held = heldIfAdded( dest, src, nullptr );
 
-    if( (*dest)->length > 0 )
+    if( ( *dest )->length > 0 )
         qvStringAppendChar( dest, delimiter );
 
     qvStringAppend( dest, src );
@@ -267,7 +267,7 @@ void qvStringDelimitedPrependCharDelimiter( QV_STRING **dest, QV_STRING *src, QV
 
     qv::Ref< QV_STRING > held = heldIfAdded( dest, src, nullptr );
 
-    if( (*dest)->length > 0 )
+    if( ( *dest )->length > 0 )
         qvStringPrependChar( dest, delimiter );
 
     qvStringPrepend( dest, src );

@@ -195,8 +195,7 @@ QV_INT qvStringFindChars( QV_STRING *qvs, QV_INT offset, const QV_CHAR *sub, QV_
     if( subLength > qvs->length - offset )
         return -1;
 
-    QV_INT found =
-        qv::findChars( qv::chars( qvs ) + offset, qvs->length - offset - subLength + 1, sub, subLength );
+    QV_INT found = qv::findChars( qv::chars( qvs ) + offset, qvs->length - offset - subLength + 1, sub, subLength );
 
     return found < 0 ? -1 : offset + found;
 }
@@ -302,8 +301,8 @@ private:
         waiting_ = 0;
     }
 
-    qv::ObjBatch         batch_ { qvStringSort() };
-    qv::Ref< QV_VECTOR > vec_ { qvVectorCreate() };
+    qv::ObjBatch         batch_{ qvStringSort() };
+    qv::Ref< QV_VECTOR > vec_{ qvVectorCreate() };
     QV_OBJ              *objs_[WAITING];
     QV_INT               waiting_ = 0;
 };

@@ -22,7 +22,7 @@ struct QV_THREAD : QV_OBJ
     QV_STRING      *threadName;
     QV_THREAD_FUNC  threadFunc; // null in an encapsulated thread
     QV_INT          prio;
-    QV_OBJ         *argument;   // or null; from here on the thread's own but for the signal
+    QV_OBJ         *argument; // or null; from here on the thread's own but for the signal
     QV_SIGNAL      *endSignal;
     pthread_t       nativeThread;
     void           *previousThread; // what the key held before an encapsulation
@@ -136,11 +136,10 @@ class Attributes
 public:
     explicit Attributes( QV_INT prio )
     {
-        if( pthread_attr_init( &attributes_ )
-            || pthread_attr_setdetachstate( &attributes_, PTHREAD_CREATE_DETACHED ) )
+        if( pthread_attr_init( &attributes_ ) || pthread_attr_setdetachstate( &attributes_, PTHREAD_CREATE_DETACHED ) )
             qv___Abort( "failed to initialize thread attributes", QV___SOURCE, __LINE__, nullptr );
 
-        sched_param param = {};
+        sched_param param    = {};
         param.sched_priority = schedulingPriority( prio );
 
         if( pthread_attr_setschedpolicy( &attributes_, SCHED_RR )
@@ -154,7 +153,7 @@ public:
             qv___Abort( "failed to destroy thread attributes", QV___SOURCE, __LINE__, nullptr );
     }
 
-    Attributes( const Attributes & ) = delete;
+    Attributes( const Attributes & )            = delete;
     Attributes &operator=( const Attributes & ) = delete;
 
     const pthread_attr_t *get() const

@@ -97,17 +97,17 @@ void makeValid( QV_TIME **tm )
     if( isValid( *tm ) )
         return;
 
-    (*tm)->day = 1;
+    ( *tm )->day = 1;
 
-    if( (*tm)->month < 12 )
+    if( ( *tm )->month < 12 )
     {
-        (*tm)->month++;
+        ( *tm )->month++;
         return;
     }
 
-    QV_CHECK( QV_INT_ADD_OK( (*tm)->year, 1 ) );
-    (*tm)->month = 1;
-    (*tm)->year++;
+    QV_CHECK_AS( QV_INT_ADD_OK( ( *tm )->year, 1 ), "QV_INT_ADD_OK( (*tm)->year, 1 )" );
+    ( *tm )->month = 1;
+    ( *tm )->year++;
 }
 
 void setFields( QV_TIME **tm, const struct tm &fields )
@@ -201,8 +201,8 @@ QV_INT compare( QV_OBJ *atA, QV_OBJ *atB )
     QV_TIME *a = qvTimeFrom( atA );
     QV_TIME *b = qvTimeFrom( atB );
 
-    for( QV_INT QV_TIME::*field : { &QV_TIME::year, &QV_TIME::month, &QV_TIME::day, &QV_TIME::hour, &QV_TIME::minute,
-                                    &QV_TIME::second } )
+    for( QV_INT QV_TIME::*field :
+         { &QV_TIME::year, &QV_TIME::month, &QV_TIME::day, &QV_TIME::hour, &QV_TIME::minute, &QV_TIME::second } )
     {
         if( a->*field != b->*field )
             return a->*field < b->*field ? -1 : 1;
@@ -303,7 +303,8 @@ QV_TIME *qvTimeTryCreateFromString( QV_STRING *from )
     qv::Ref< QV_STRING > part;
 
     // The next part, if there is one.
-    auto advance = [&parts, &part] {
+    auto advance = [&parts, &part]
+    {
         part.reset( qvVectorLength( parts ) ? qvStringFrom( qvVectorUnshift( parts.at() ) ) : nullptr );
         return part.get() != nullptr;
     };
@@ -356,7 +357,7 @@ READER( Second, second )
         QV_CHECK( *tm );                                                                                               \
         check;                                                                                                         \
         qv::makePrivate( tm, qvTimeCreateFrom );                                                                       \
-        (*tm)->field = field;                                                                                          \
+        ( *tm )->field = field;                                                                                        \
     }
 
 SETTER( Year, year, )
@@ -387,10 +388,10 @@ void qvTimeShiftYears( QV_TIME **tm, QV_INT years )
 {
     QV_CHECK( tm );
     QV_CHECK( *tm );
-    QV_CHECK( QV_INT_ADD_OK( (*tm)->year, years ) );
+    QV_CHECK_AS( QV_INT_ADD_OK( ( *tm )->year, years ), "QV_INT_ADD_OK( (*tm)->year, years )" );
 
     qv::makePrivate( tm, qvTimeCreateFrom );
-    (*tm)->year += years;
+    ( *tm )->year += years;
     makeValid( tm );
 }
 
@@ -400,23 +401,23 @@ void qvTimeShiftMonths( QV_TIME **tm, QV_INT months )
     QV_CHECK( *tm );
 
     QV_INT y = months / 12;
-    QV_CHECK( QV_INT_ADD_OK( (*tm)->year, y ) );
+    QV_CHECK_AS( QV_INT_ADD_OK( ( *tm )->year, y ), "QV_INT_ADD_OK( (*tm)->year, y )" );
 
     qv::makePrivate( tm, qvTimeCreateFrom );
-    (*tm)->year += y;
-    (*tm)->month += months % 12;
+    ( *tm )->year += y;
+    ( *tm )->month += months % 12;
 
-    if( (*tm)->month > 12 )
+    if( ( *tm )->month > 12 )
     {
-        QV_CHECK( QV_INT_ADD_OK( (*tm)->year, 1 ) );
-        (*tm)->month -= 12;
-        (*tm)->year++;
+        QV_CHECK_AS( QV_INT_ADD_OK( ( *tm )->year, 1 ), "QV_INT_ADD_OK( (*tm)->year, 1 )" );
+        ( *tm )->month -= 12;
+        ( *tm )->year++;
     }
-    else if( (*tm)->month < 1 )
+    else if( ( *tm )->month < 1 )
     {
-        QV_CHECK( QV_INT_SUB_OK( (*tm)->year, 1 ) );
-        (*tm)->month += 12;
-        (*tm)->year--;
+        QV_CHECK_AS( QV_INT_SUB_OK( ( *tm )->year, 1 ), "QV_INT_SUB_OK( (*tm)->year, 1 )" );
+        ( *tm )->month += 12;
+        ( *tm )->year--;
     }
 
     makeValid( tm );
@@ -429,7 +430,7 @@ void qvTimeShiftDays( QV_TIME **tm, QV_INT days )
 
     // 1461 days go as far as four years or a day farther, so a result in range passes this.
     QV_INT y4 = days / 1461;
-    QV_CHECK( QV_INT_ADD_OK( (*tm)->year, y4*4 ) );
+    QV_CHECK_AS( QV_INT_ADD_OK( ( *tm )->year, y4 * 4 ), "QV_INT_ADD_OK( (*tm)->year, y4*4 )" );
 
     qv::makePrivate( tm, qvTimeCreateFrom );
     QV_TIME *own = *tm;
@@ -479,7 +480,7 @@ void qvTimeShiftDays( QV_TIME **tm, QV_INT days )
         QV_CHECK( tm );                                                                                                \
         QV_CHECK( *tm );                                                                                               \
         qv::makePrivate( tm, qvTimeCreateFrom );                                                                       \
-        ShiftLarger( tm, shiftField( &(*tm)->field, units % ( unit ), unit ) );                                        \
+        ShiftLarger( tm, shiftField( &( *tm )->field, units % ( unit ), unit ) );                                      \
         ShiftLarger( tm, units / ( unit ) );                                                                           \
     }
 

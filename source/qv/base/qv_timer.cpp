@@ -37,9 +37,9 @@ using Closure = QV___TIMER_CLOSURE;
 
 namespace
 {
-QV_MONITOR    *timerMonitor       = nullptr; // guards both queues, timerWake and timerThreadAbort; not held while firing
-qv::TimerQueue timerRelQueue      = {};      // by timestamp
-QV_DICT       *timerAbsDict       = nullptr; // from Time to closure
+QV_MONITOR    *timerMonitor  = nullptr; // guards both queues, timerWake and timerThreadAbort; not held while firing
+qv::TimerQueue timerRelQueue = {};      // by timestamp
+QV_DICT       *timerAbsDict  = nullptr; // from Time to closure
 QV_BARRIER    *timerThreadBarrier = nullptr; // the timer thread sleeps here
 QV_INT         timerWake          = 0;       // the timestamp at which it looks at the queues again, left alone
 QV_BOOL        timerThreadAbort   = QV_FALSE;
@@ -137,8 +137,8 @@ void qv___TimerStartup( void )
     timerThreadAbort   = QV_FALSE;
     timerThreadBarrier = qvBarrierCreate( QV_TRUE );
     timerWallNow       = qvTimeNow(); // made here, so that the thread needs no heap of its own to start
-    timerThread        = qvThreadTrySpawnCstr(
-        "qv___TimerThreadFunc()", -1, qv___TimerThreadFunc, nullptr, QV_THREAD_PRIORITY_HIGHEST );
+    timerThread =
+        qvThreadTrySpawnCstr( "qv___TimerThreadFunc()", -1, qv___TimerThreadFunc, nullptr, QV_THREAD_PRIORITY_HIGHEST );
     QV_CHECK( timerThread );
 }
 

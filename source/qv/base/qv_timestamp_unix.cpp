@@ -12,9 +12,9 @@
 
 namespace
 {
-QV_MONITOR *timestampMonitor = nullptr; // guards the two readings
-QV_INT      timestamp        = 0;       // what was returned last
-QV_INT      timestampSystemPrevious = 0;
+QV_MONITOR *timestampMonitor            = nullptr; // guards the two readings
+QV_INT      timestamp                   = 0;       // what was returned last
+QV_INT      timestampSystemPrevious     = 0;
 QV_INT ( *timestampSystemFunc )( void ) = nullptr;
 
 // Milliseconds in 63 bits, whatever the clock says.

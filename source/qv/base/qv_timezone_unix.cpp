@@ -33,7 +33,7 @@ bool readLine( FILE *file, char ( &line )[LINE_SIZE + 1] )
 // Cuts the first word out of a text; it is empty if there is none.
 char *firstWord( char *text )
 {
-    char *word = text + strspn( text, BLANKS );
+    char *word                    = text + strspn( text, BLANKS );
     word[strcspn( word, BLANKS )] = 0;
 
     return word;

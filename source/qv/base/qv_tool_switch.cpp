@@ -118,7 +118,7 @@ void qvToolSwitchDelTool( QV_TOOL_SWITCH **ts, QV_STRING *tool )
     QV_CHECK( *ts );
     QV_CHECK( tool );
 
-    if( qvDictHasStringKey( (*ts)->tools, tool ) )
+    if( qvDictHasStringKey( ( *ts )->tools, tool ) )
         qvDictDelStringKey( &writable( ts )->tools, tool );
 }
 

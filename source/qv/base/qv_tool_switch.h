@@ -28,10 +28,9 @@ QV_API QV_BOOL qvToolSwitchHasToolWcstr( QV_TOOL_SWITCH *ts, const wchar_t *wcst
 
 /** Enters or replaces a tool. `func` may be null: such a tool does nothing and succeeds. */
 QV_API void qvToolSwitchSetTool( QV_TOOL_SWITCH **ts, QV_STRING *tool, QV_TOOL_SWITCH_FUNC func );
-QV_API void
-qvToolSwitchSetToolCstr( QV_TOOL_SWITCH **ts, const char *cstr, QV_INT length, QV_TOOL_SWITCH_FUNC func );
-QV_API void
-qvToolSwitchSetToolWcstr( QV_TOOL_SWITCH **ts, const wchar_t *wcstr, QV_INT length, QV_TOOL_SWITCH_FUNC func );
+QV_API void qvToolSwitchSetToolCstr( QV_TOOL_SWITCH **ts, const char *cstr, QV_INT length, QV_TOOL_SWITCH_FUNC func );
+QV_API void qvToolSwitchSetToolWcstr(
+    QV_TOOL_SWITCH **ts, const wchar_t *wcstr, QV_INT length, QV_TOOL_SWITCH_FUNC func );
 
 /** Removes a tool, if there is one of that name. */
 QV_API void qvToolSwitchDelTool( QV_TOOL_SWITCH **ts, QV_STRING *tool );

@@ -90,8 +90,7 @@ QV_OBJ *textStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
 }
 } // namespace
 
-QV___FAMILY_OF_PARTS(
-    Vector, QV_VECTOR, freeVector, qv::compareByParts, qv::textByParts, compareStep, textStep )
+QV___FAMILY_OF_PARTS( Vector, QV_VECTOR, freeVector, qv::compareByParts, qv::textByParts, compareStep, textStep )
 
 void qv___VectorStartup( void )
 {
@@ -162,7 +161,7 @@ QV_INT trailingOffset( QV_VECTOR *src, QV_INT count )
 void qv::insertOwned( QV_VECTOR **vec, QV_INT idx, QV_OBJ *owned )
 {
     QV_CHECK( idx >= 0 );
-    QV_CHECK( idx <= (*vec)->length );
+    QV_CHECK_AS( idx <= ( *vec )->length, "idx <= (*vec)->length" );
 
     *makeRoom( vec, idx, 1 ) = owned;
 }
@@ -196,12 +195,12 @@ void qv::prependOwned( QV_VECTOR **vec, QV_OBJ *owned )
 void qv::setOwned( QV_VECTOR **vec, QV_INT idx, QV_OBJ *owned )
 {
     QV_CHECK( idx >= -1 );
-    QV_CHECK( idx <= (*vec)->length );
+    QV_CHECK_AS( idx <= ( *vec )->length, "idx <= (*vec)->length" );
 
     if( idx == -1 )
         return prependOwned( vec, owned );
 
-    if( idx == (*vec)->length )
+    if( idx == ( *vec )->length )
         return appendOwned( vec, owned );
 
     makePrivate( vec, qvVectorCreateFrom );
@@ -393,7 +392,7 @@ void qvVectorInsertInner( QV_VECTOR **vec, QV_INT idx, QV_VECTOR *src, QV_INT of
     QV_CHECK( *vec );
     QV_CHECK( src );
     QV_CHECK( idx >= 0 );
-    QV_CHECK( idx <= (*vec)->length );
+    QV_CHECK_AS( idx <= ( *vec )->length, "idx <= (*vec)->length" );
     QV_CHECK( offset >= 0 );
     QV_CHECK( count >= 0 );
     QV_CHECK( QV_INT_ADD_OK( offset, count ) );
@@ -416,7 +415,7 @@ void qvVectorInsertOuter( QV_VECTOR **vec, QV_INT idx, QV_VECTOR *src, QV_INT of
     QV_CHECK( *vec );
     QV_CHECK( src );
     QV_CHECK( idx >= 0 );
-    QV_CHECK( idx <= (*vec)->length );
+    QV_CHECK_AS( idx <= ( *vec )->length, "idx <= (*vec)->length" );
     QV_CHECK( offset >= 0 );
     QV_CHECK( count >= 0 );
     QV_CHECK( QV_INT_ADD_OK( offset, count ) );
@@ -435,7 +434,7 @@ void qvVectorInsertObjs( QV_VECTOR **vec, QV_INT idx, QV_OBJ *const *objs, QV_IN
     QV_CHECK( vec );
     QV_CHECK( *vec );
     QV_CHECK( idx >= 0 );
-    QV_CHECK( idx <= (*vec)->length );
+    QV_CHECK_AS( idx <= ( *vec )->length, "idx <= (*vec)->length" );
     QV_CHECK( count >= 0 );
     QV_CHECK_AS( count == 0 || objs, "count == 0 || src" );
 
@@ -449,7 +448,7 @@ void qvVectorInsertObjs( QV_VECTOR **vec, QV_INT idx, QV_OBJ *const *objs, QV_IN
     }
 
     // Held, a Vector that is given elements out of its own block is copied.
-    qv::Ref< QV_VECTOR > held = qv::Ref< QV_VECTOR >::share( (*vec)->holds( objs ) ? *vec : nullptr );
+    qv::Ref< QV_VECTOR > held = qv::Ref< QV_VECTOR >::share( ( *vec )->holds( objs ) ? *vec : nullptr );
     copyObjs( makeRoom( vec, idx, count ), objs, count );
 }
 
@@ -497,7 +496,7 @@ void qv___VectorPushNoRetain( QV_VECTOR **vec, QV_OBJ *const *objs, QV_INT count
     QV_CHECK_AS( count == 0 || objs, "count == 0 || src" );
 
     if( count > 0 )
-        copyObjs( makeRoom( vec, (*vec)->length, count ), objs, count );
+        copyObjs( makeRoom( vec, ( *vec )->length, count ), objs, count );
 }
 
 /* Deleting ------------------------------------------------------------------------------------------------------- */
@@ -517,9 +516,9 @@ void qvVectorDelTrailing( QV_VECTOR **vec, QV_INT count )
     QV_CHECK( vec );
     QV_CHECK( *vec );
     QV_CHECK( count >= 0 );
-    QV_CHECK( count <= (*vec)->length );
+    QV_CHECK_AS( count <= ( *vec )->length, "count <= (*vec)->length" );
 
-    qvVectorDelInner( vec, (*vec)->length - count, count );
+    qvVectorDelInner( vec, ( *vec )->length - count, count );
 }
 
 void qvVectorDelInner( QV_VECTOR **vec, QV_INT offset, QV_INT count )
@@ -529,12 +528,12 @@ void qvVectorDelInner( QV_VECTOR **vec, QV_INT offset, QV_INT count )
     QV_CHECK( offset >= 0 );
     QV_CHECK( count >= 0 );
     QV_CHECK( QV_INT_ADD_OK( offset, count ) );
-    QV_CHECK( offset + count <= (*vec)->length );
+    QV_CHECK_AS( offset + count <= ( *vec )->length, "offset + count <= (*vec)->length" );
 
     if( count == 0 )
         return;
 
-    if( count == (*vec)->length )
+    if( count == ( *vec )->length )
     {
         qvVectorClear( vec );
         return;
@@ -559,16 +558,16 @@ void qvVectorDelOuter( QV_VECTOR **vec, QV_INT offset, QV_INT count )
     QV_CHECK( offset >= 0 );
     QV_CHECK( count >= 0 );
     QV_CHECK( QV_INT_ADD_OK( offset, count ) );
-    QV_CHECK( offset + count <= (*vec)->length );
+    QV_CHECK_AS( offset + count <= ( *vec )->length, "offset + count <= (*vec)->length" );
 
     if( count == 0 )
     {
         qvVectorClear( vec );
     }
-    else if( count < (*vec)->length )
+    else if( count < ( *vec )->length )
     {
         qvVectorDelInner( vec, 0, offset );
-        qvVectorDelInner( vec, count, (*vec)->length - count );
+        qvVectorDelInner( vec, count, ( *vec )->length - count );
     }
 }
 
@@ -588,8 +587,8 @@ QV_OBJ *qvVectorPop( QV_VECTOR **vec )
 {
     QV_CHECK( vec );
     QV_CHECK( *vec );
-    QV_CHECK( (*vec)->length );
-    QV_CHECK( QV_INT_ADD_OK( (*vec)->bspace, 1 ) );
+    QV_CHECK_AS( ( *vec )->length, "(*vec)->length" );
+    QV_CHECK_AS( QV_INT_ADD_OK( ( *vec )->bspace, 1 ), "QV_INT_ADD_OK( (*vec)->bspace, 1 )" );
 
     qv::makePrivate( vec, qvVectorCreateFrom );
     QV_VECTOR *own = *vec;
@@ -604,8 +603,8 @@ QV_OBJ *qvVectorUnshift( QV_VECTOR **vec )
 {
     QV_CHECK( vec );
     QV_CHECK( *vec );
-    QV_CHECK( (*vec)->length );
-    QV_CHECK( QV_INT_ADD_OK( (*vec)->fspace, 1 ) );
+    QV_CHECK_AS( ( *vec )->length, "(*vec)->length" );
+    QV_CHECK_AS( QV_INT_ADD_OK( ( *vec )->fspace, 1 ), "QV_INT_ADD_OK( (*vec)->fspace, 1 )" );
 
     qv::makePrivate( vec, qvVectorCreateFrom );
     QV_VECTOR *own = *vec;
@@ -623,11 +622,11 @@ void qvVectorReverse( QV_VECTOR **vec )
     QV_CHECK( vec );
     QV_CHECK( *vec );
 
-    if( (*vec)->length < 2 )
+    if( ( *vec )->length < 2 )
         return;
 
     qv::makePrivate( vec, qvVectorCreateFrom );
-    std::reverse( qv::objs( *vec ), qv::objs( *vec ) + (*vec)->length );
+    std::reverse( qv::objs( *vec ), qv::objs( *vec ) + ( *vec )->length );
 }
 
 void qvVectorShuffle( QV_VECTOR **vec )
@@ -635,12 +634,12 @@ void qvVectorShuffle( QV_VECTOR **vec )
     QV_CHECK( vec );
     QV_CHECK( *vec );
 
-    if( (*vec)->length < 2 )
+    if( ( *vec )->length < 2 )
         return;
 
     qv::makePrivate( vec, qvVectorCreateFrom );
     QV_OBJ **objs = qv::objs( *vec );
-    QV_INT   last = (*vec)->length - 1;
+    QV_INT   last = ( *vec )->length - 1;
 
     // What is drawn goes behind what has been drawn; the rest keeps its order.
     for( QV_INT i = 0; i < last; i++ )
@@ -657,7 +656,7 @@ void qvVectorStringize( QV_VECTOR **vec )
     QV_CHECK( vec );
     QV_CHECK( *vec );
 
-    if( (*vec)->length == 0 )
+    if( ( *vec )->length == 0 )
         return;
 
     qv::makePrivate( vec, qvVectorCreateFrom );

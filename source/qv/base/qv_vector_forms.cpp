@@ -21,9 +21,10 @@
     {                                                                                                                  \
         QV_CHECK( vec );                                                                                               \
         QV_CHECK( *vec );                                                                                              \
-        insert( vec, (*vec)->length, __VA_ARGS__ );                                                                    \
+        insert( vec, ( *vec )->length, __VA_ARGS__ );                                                                  \
     }
 
+// clang-format off
 AT_ENDS( qvVectorInsert, qvVectorPrepend, qvVectorAppend, ( QV_VECTOR **vec, QV_VECTOR *src ), src )
 AT_ENDS(
     qvVectorInsertLeading, qvVectorPrependLeading, qvVectorAppendLeading,
@@ -40,6 +41,7 @@ AT_ENDS(
 AT_ENDS(
     qvVectorInsertObjs, qvVectorPrependObjs, qvVectorAppendObjs,
     ( QV_VECTOR **vec, QV_OBJ *const *objs, QV_INT count ), objs, count )
+// clang-format on
 
 #undef AT_ENDS
 
@@ -84,6 +86,7 @@ QV_STRING *held( QV_STRING *qvs )
 }
 } // namespace
 
+// clang-format off
 FORMS( qvVectorInsertNull, qvVectorPrependNull, qvVectorAppendNull, qvVectorSetNullAt, (), qvBoxedNullCreate() )
 FORMS(
     qvVectorInsertBool, qvVectorPrependBool, qvVectorAppendBool, qvVectorSetBoolAt, ( QV_BOOL value ),
@@ -103,6 +106,7 @@ FORMS(
 FORMS(
     qvVectorInsertStringWcstr, qvVectorPrependStringWcstr, qvVectorAppendStringWcstr, qvVectorSetStringWcstrAt,
     ( const wchar_t *text, QV_INT length ), qvStringCreateFromWcstr( text, length ) )
+// clang-format on
 
 #undef FORMS
 
@@ -157,6 +161,7 @@ FORMS(
         qv::setOwned( vec, idx, qv::obj( owned ) );                                                                    \
     }
 
+// clang-format off
 FORMATS(
     qvVectorInsertStringFormat, qvVectorPrependStringFormat, qvVectorAppendStringFormat, qvVectorSetStringFormatAt,
     ( QV_STRING *fmt ), fmt, qvStringCreateFromFormatArgList, fmt )
@@ -168,6 +173,7 @@ FORMATS(
     qvVectorInsertStringFormatWcstr, qvVectorPrependStringFormatWcstr, qvVectorAppendStringFormatWcstr,
     qvVectorSetStringFormatWcstrAt, ( const wchar_t *fmt, QV_INT fmtLength ), fmtLength,
     qvStringCreateFromFormatWcstrArgList, fmt, fmtLength )
+// clang-format on
 
 #undef FORMATS
 #undef LIST

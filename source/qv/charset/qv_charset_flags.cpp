@@ -1,4 +1,4 @@
-#include "qv/base/qv_flagset.h"
+#include "qv/base/qv_flagset_private.h"
 #include "qv/charset/qv_charset.h"
 #include "qv/charset/qv_charset_private.h"
 #include "qv/runtime/qv_component_private.h"
@@ -8,23 +8,19 @@ QV_FLAGSET *qv___CharsetFlagsFlagset = nullptr;
 
 namespace
 {
-const QV_INT ALL_FLAGS = QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER | QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS |
-                         QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK | QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK;
+const QV_INT ALL_FLAGS = QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER | QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS
+                         | QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK | QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK;
 } // namespace
-
-#define ENTER( name )                                                                                                  \
-    QV_CHECK( !qvFlagsetHasFlagCstr( *(&qv___CharsetFlagsFlagset), #name, -1 ) );                                      \
-    qvFlagsetSetFlagCstr( &qv___CharsetFlagsFlagset, #name, -1, name );
 
 void qv___CharsetFlagsStartup( void )
 {
     qv___CharsetFlagsFlagset = nullptr;
     qv___CharsetFlagsFlagset = qvFlagsetCreate();
 
-    ENTER( QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER )
-    ENTER( QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS )
-    ENTER( QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK )
-    ENTER( QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK )
+    QV___FLAGSET_DEFINE( qv___CharsetFlagsFlagset, QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER )
+    QV___FLAGSET_DEFINE( qv___CharsetFlagsFlagset, QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS )
+    QV___FLAGSET_DEFINE( qv___CharsetFlagsFlagset, QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK )
+    QV___FLAGSET_DEFINE( qv___CharsetFlagsFlagset, QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK )
 }
 
 void qv___CharsetFlagsShutdown( void )

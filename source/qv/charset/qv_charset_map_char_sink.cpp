@@ -23,7 +23,7 @@ using Sink = QV___CHARSET_MAP_CHAR_SINK_CLOSURE;
 const QV_INT STRETCH     = 8192; // characters that are looked at before they are mapped; they stay at hand that long
 const QV_INT PIECE       = 1024; // characters that come back from the normalizer at a time
 const QV_INT BLOCK       = 8;
-const QV_INT ASCII_PAUSE = 256;  // characters in which it isn't looked for after something else has been found
+const QV_INT ASCII_PAUSE = 256; // characters in which it isn't looked for after something else has been found
 
 // The letters of an alphabet and ASCII have places of their own here, so that a text soon has all of its characters.
 const QV_CHAR MEMO_MASK = 2047;
@@ -196,7 +196,8 @@ qv::CharVector areCommon( const QV_CHAR *in )
 // True where 16 characters are below 0x100, as most of them are.
 bool areLatin1( const QV_CHAR *in )
 {
-    qv::CharVector all = qv::loadChars( in ) | qv::loadChars( in + 4 ) | qv::loadChars( in + 8 ) | qv::loadChars( in + 12 );
+    qv::CharVector all =
+        qv::loadChars( in ) | qv::loadChars( in + 4 ) | qv::loadChars( in + 8 ) | qv::loadChars( in + 12 );
 
     return !qv::anyBit( ( all & ~0xFF ) != 0 );
 }

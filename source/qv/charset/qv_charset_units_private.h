@@ -132,8 +132,8 @@ QV_CHAR_SINK *createUnitSink( QV_SORT *sort, QV_BYTE_SINK *byteSink, QV_INT flag
 
 /** A new source. Where the order is fixed, a byte order mark is a character. */
 template< class Closure, int bytes, QV_CHAR ( *takeChar )( UnitSource * ) >
-QV_CHAR_SOURCE *
-createUnitSource( QV_SORT *sort, QV_BYTE_SOURCE *byteSource, QV_INT flags, QV_BOOL littleEndian, bool isFixed )
+QV_CHAR_SOURCE *createUnitSource(
+    QV_SORT *sort, QV_BYTE_SOURCE *byteSource, QV_INT flags, QV_BOOL littleEndian, bool isFixed )
 {
     if( isFixed )
         flags |= QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK;

@@ -5,8 +5,7 @@ struct QV___CHARSET_UTF32_CHAR_SINK_CLOSURE : qv::UnitSink
 {
 };
 
-QV___FAMILY(
-    ___CharsetUtf32CharSinkClosure, QV___CHARSET_UTF32_CHAR_SINK_CLOSURE, qv::freeCodecSink, nullptr, nullptr )
+QV___FAMILY( ___CharsetUtf32CharSinkClosure, QV___CHARSET_UTF32_CHAR_SINK_CLOSURE, qv::freeCodecSink, nullptr, nullptr )
 
 namespace
 {

@@ -7,8 +7,7 @@ struct QV___CHARSET_UTF8_CHAR_SINK_CLOSURE : qv::CodecSink
 {
 };
 
-QV___FAMILY(
-    ___CharsetUtf8CharSinkClosure, QV___CHARSET_UTF8_CHAR_SINK_CLOSURE, qv::freeCodecSink, nullptr, nullptr )
+QV___FAMILY( ___CharsetUtf8CharSinkClosure, QV___CHARSET_UTF8_CHAR_SINK_CLOSURE, qv::freeCodecSink, nullptr, nullptr )
 
 namespace
 {

@@ -25,8 +25,8 @@ const QV_INT RESYNCHRONISING = 2; // behind a bad sequence, up to its end
 // The character of a sequence, or the byte order mark.
 void putChar( Source *csc, QV_CHAR ch, bool fromSequence, QV_CHAR *&out )
 {
-    bool mark = fromSequence && ch == 0xFEFF && !csc->firstCharDone &&
-                !( csc->flags & QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK );
+    bool mark =
+        fromSequence && ch == 0xFEFF && !csc->firstCharDone && !( csc->flags & QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK );
 
     csc->firstCharDone = QV_TRUE;
 

@@ -9,8 +9,7 @@
 
 /** Writes `byteCount` bytes, at least 1, of the Buffer, from `byteOffset` on; the range lies inside the Buffer. A
     callback that keeps the Buffer retains it. */
-typedef QV_BOOL ( *QV___BYTE_SINK_WRITE_FUNC )(
-    QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCount );
+typedef QV_BOOL ( *QV___BYTE_SINK_WRITE_FUNC )( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCount );
 
 /** Finishes pending work. Called on demand, and once more before the closure is given up. */
 typedef QV_BOOL ( *QV___BYTE_SINK_FLUSH_FUNC )( QV_OBJ *closure );

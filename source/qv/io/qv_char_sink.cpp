@@ -202,20 +202,14 @@ QV_BOOL qvCharSinkWriteWcstr( QV_CHAR_SINK *sink, const wchar_t *text, QV_INT le
                                                                                                                        \
     return writeText( sink, text );
 
-QV_BOOL qvCharSinkWriteFormat( QV_CHAR_SINK *sink, QV_STRING *fmt, ... )
-{
-    WRITE_FORMATTED( fmt, qvStringCreateFromFormatArgList( fmt, &argList ) )
-}
+QV_BOOL qvCharSinkWriteFormat( QV_CHAR_SINK *sink, QV_STRING *fmt, ... ){
+    WRITE_FORMATTED( fmt, qvStringCreateFromFormatArgList( fmt, &argList ) ) }
 
-QV_BOOL qvCharSinkWriteFormatCstr( QV_CHAR_SINK *sink, const char *fmt, QV_INT fmtLength, ... )
-{
-    WRITE_FORMATTED( fmtLength, qvStringCreateFromFormatCstrArgList( fmt, fmtLength, &argList ) )
-}
+QV_BOOL qvCharSinkWriteFormatCstr( QV_CHAR_SINK *sink, const char *fmt, QV_INT fmtLength, ... ){
+    WRITE_FORMATTED( fmtLength, qvStringCreateFromFormatCstrArgList( fmt, fmtLength, &argList ) ) }
 
-QV_BOOL qvCharSinkWriteFormatWcstr( QV_CHAR_SINK *sink, const wchar_t *fmt, QV_INT fmtLength, ... )
-{
-    WRITE_FORMATTED( fmtLength, qvStringCreateFromFormatWcstrArgList( fmt, fmtLength, &argList ) )
-}
+QV_BOOL qvCharSinkWriteFormatWcstr( QV_CHAR_SINK *sink, const wchar_t *fmt, QV_INT fmtLength, ... ){
+    WRITE_FORMATTED( fmtLength, qvStringCreateFromFormatWcstrArgList( fmt, fmtLength, &argList ) ) }
 
 QV_BOOL qvCharSinkFlush( QV_CHAR_SINK *sink )
 {

@@ -9,8 +9,7 @@
 
 /** Writes `charCount` characters, at least 1, of the String, from `charOffset` on; the range lies inside the String.
     A callback that keeps the String retains it. */
-typedef QV_BOOL ( *QV___CHAR_SINK_WRITE_FUNC )(
-    QV_OBJ *closure, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount );
+typedef QV_BOOL ( *QV___CHAR_SINK_WRITE_FUNC )( QV_OBJ *closure, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount );
 
 /** Finishes pending work. Called on demand, and once more before the closure is given up. */
 typedef QV_BOOL ( *QV___CHAR_SINK_FLUSH_FUNC )( QV_OBJ *closure );

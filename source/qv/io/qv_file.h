@@ -25,8 +25,7 @@
     charset that is none ends the process before any file is touched. */
 QV_API QV_BYTE_SOURCE *qvFileOpenByteSource( QV_STRING *fn );
 QV_API QV_CHAR_SOURCE *qvFileOpenCharSource( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags );
-QV_API QV_LINE_SOURCE *
-qvFileOpenLineSource( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags, QV_INT nlfFlags );
+QV_API QV_LINE_SOURCE *qvFileOpenLineSource( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags, QV_INT nlfFlags );
 
 /** Opens a file for writing: a new stream, or null. The file is created, or cut to no length at once, if the charset is
     one; else the process ends before that. */

@@ -181,8 +181,8 @@ private:
         struct stat back;
 
         // Without a way back there is nothing in it that could be deleted either.
-        if( next == -1 || fstatat( next, "..", &back, 0 ) != 0 || back.st_dev != level().device ||
-            back.st_ino != level().inode )
+        if( next == -1 || fstatat( next, "..", &back, 0 ) != 0 || back.st_dev != level().device
+            || back.st_ino != level().inode )
         {
             if( next != -1 )
                 close( next );

@@ -133,20 +133,14 @@ WRITE_LINE( QV_BOOL qvLineSinkWriteWcstr( QV_LINE_SINK *sink, const wchar_t *tex
             qvStringCreateFromWcstr( text, length ) )
 // clang-format on
 
-QV_BOOL qvLineSinkWriteFormat( QV_LINE_SINK *sink, QV_STRING *fmt, ... )
-{
-    WRITE_FORMATTED( fmt, qvStringCreateFromFormatArgList( fmt, &argList ) )
-}
+QV_BOOL qvLineSinkWriteFormat( QV_LINE_SINK *sink, QV_STRING *fmt, ... ){
+    WRITE_FORMATTED( fmt, qvStringCreateFromFormatArgList( fmt, &argList ) ) }
 
-QV_BOOL qvLineSinkWriteFormatCstr( QV_LINE_SINK *sink, const char *fmt, QV_INT fmtLength, ... )
-{
-    WRITE_FORMATTED( fmtLength, qvStringCreateFromFormatCstrArgList( fmt, fmtLength, &argList ) )
-}
+QV_BOOL qvLineSinkWriteFormatCstr( QV_LINE_SINK *sink, const char *fmt, QV_INT fmtLength, ... ){
+    WRITE_FORMATTED( fmtLength, qvStringCreateFromFormatCstrArgList( fmt, fmtLength, &argList ) ) }
 
-QV_BOOL qvLineSinkWriteFormatWcstr( QV_LINE_SINK *sink, const wchar_t *fmt, QV_INT fmtLength, ... )
-{
-    WRITE_FORMATTED( fmtLength, qvStringCreateFromFormatWcstrArgList( fmt, fmtLength, &argList ) )
-}
+QV_BOOL qvLineSinkWriteFormatWcstr( QV_LINE_SINK *sink, const wchar_t *fmt, QV_INT fmtLength, ... ){
+    WRITE_FORMATTED( fmtLength, qvStringCreateFromFormatWcstrArgList( fmt, fmtLength, &argList ) ) }
 
 QV_BOOL qvLineSinkWriteLines( QV_LINE_SINK *sink, QV_VECTOR *lines )
 {

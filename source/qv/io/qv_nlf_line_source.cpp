@@ -74,8 +74,7 @@ bool refill( QV_NLF_LINE_SOURCE *nls )
 
     nls->charsOffset = 1 - kept;
     nls->charsLength = 1 + count;
-    qv::markFree(
-        nls->chars + nls->charsLength, static_cast< size_t >( REFILL_CHARS - count ) * sizeof( QV_CHAR ) );
+    qv::markFree( nls->chars + nls->charsLength, static_cast< size_t >( REFILL_CHARS - count ) * sizeof( QV_CHAR ) );
 
     return count > 0;
 }

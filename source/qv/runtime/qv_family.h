@@ -86,8 +86,8 @@ struct QV_SORT
     QV_OBJ             *odbLast;
     QV_SORT            *sortsPrevious; /**< links in the module's list of sorts with listed objects */
     QV_SORT            *sortsNext;
-    int32_t             listed;        /**< of the live objects, those that are listed; guarded as the lists */
-    QV___COMPARE_STEP   compareStep;   /**< null for families that are not made of parts */
+    int32_t             listed;      /**< of the live objects, those that are listed; guarded as the lists */
+    QV___COMPARE_STEP   compareStep; /**< null for families that are not made of parts */
     QV___TEXT_STEP      textStep;
 };
 
@@ -96,10 +96,20 @@ struct QV_SORT
 
 /** A static sort record. */
 #define QV___STATIC_SORT( module, name, freeFunc, compareFunc, toStringFunc, compareStep, textStep )                   \
-    {                                                                                                                  \
-        QV___STATIC_HEADER( QV___OBJ_TYPE_SORT ), module, name, freeFunc, compareFunc, toStringFunc, 0, NULL, NULL,    \
-            NULL, NULL, 0, compareStep, textStep                                                                       \
-    }
+    { QV___STATIC_HEADER( QV___OBJ_TYPE_SORT ),                                                                        \
+      module,                                                                                                          \
+      name,                                                                                                            \
+      freeFunc,                                                                                                        \
+      compareFunc,                                                                                                     \
+      toStringFunc,                                                                                                    \
+      0,                                                                                                               \
+      NULL,                                                                                                            \
+      NULL,                                                                                                            \
+      NULL,                                                                                                            \
+      NULL,                                                                                                            \
+      0,                                                                                                               \
+      compareStep,                                                                                                     \
+      textStep }
 
 /* Creation and destruction --------------------------------------------------------------------------------------- */
 
@@ -178,7 +188,7 @@ QV_API QV_MODULE qv___module;
 #define QV___FAMILY_OF_PARTS( Name, TYPE, freeFunction, compareFunction, toStringFunction, compareStep, textStep )     \
     QV___HIDDEN QV_SORT qv___sort_##TYPE;                                                                              \
     QV_SORT             qv___sort_##TYPE = QV___STATIC_SORT(                                                           \
-        &QV_THIS_MODULE, #TYPE, freeFunction, compareFunction, toStringFunction, compareStep, textStep );              \
+        &QV_THIS_MODULE, #TYPE, freeFunction, compareFunction, toStringFunction, compareStep, textStep );  \
                                                                                                                        \
     QV_SORT *qv##Name##Sort( void )                                                                                    \
     {                                                                                                                  \

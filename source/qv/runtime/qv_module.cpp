@@ -95,20 +95,20 @@ bool fitsProduct( const QV_MODULE_RECORD &record )
     const QV_MODULE_RECORD &product = qv___module_record;
 
     if( !record.productName )
-        return record.productVersionMajor == -1 && record.productVersionMinor == -1 &&
-               record.productVersionRelease == -1 && !record.productFriendlyName && !record.productBuildTime &&
-               !record.productVendorName && !record.productCopyright;
+        return record.productVersionMajor == -1 && record.productVersionMinor == -1
+               && record.productVersionRelease == -1 && !record.productFriendlyName && !record.productBuildTime
+               && !record.productVendorName && !record.productCopyright;
 
-    return isSame( record.productName, product.productName ) &&
-           isSameIfGiven( record.productVersionMajor, product.productVersionMajor ) &&
-           isSameIfGiven( record.productVersionMinor, product.productVersionMinor ) &&
-           isSameIfGiven( record.productVersionRelease, product.productVersionRelease ) &&
-           ( record.productVersionMajor != -1 || record.productVersionMinor == -1 ) &&
-           ( record.productVersionMinor != -1 || record.productVersionRelease == -1 ) &&
-           isSameIfGiven( record.productFriendlyName, product.productFriendlyName ) &&
-           isSameIfGiven( record.productBuildTime, product.productBuildTime ) &&
-           isSameIfGiven( record.productVendorName, product.productVendorName ) &&
-           isSameIfGiven( record.productCopyright, product.productCopyright );
+    return isSame( record.productName, product.productName )
+           && isSameIfGiven( record.productVersionMajor, product.productVersionMajor )
+           && isSameIfGiven( record.productVersionMinor, product.productVersionMinor )
+           && isSameIfGiven( record.productVersionRelease, product.productVersionRelease )
+           && ( record.productVersionMajor != -1 || record.productVersionMinor == -1 )
+           && ( record.productVersionMinor != -1 || record.productVersionRelease == -1 )
+           && isSameIfGiven( record.productFriendlyName, product.productFriendlyName )
+           && isSameIfGiven( record.productBuildTime, product.productBuildTime )
+           && isSameIfGiven( record.productVendorName, product.productVendorName )
+           && isSameIfGiven( record.productCopyright, product.productCopyright );
 }
 
 bool nameOk( const char *text )
@@ -130,7 +130,8 @@ bool namesOk( const char *text )
     if( !*text )
         return true;
 
-    qv::Ref< QV_VECTOR > names( qvStringSplitChar( qv::Ref< QV_STRING >( qvStringCreateFromCstr( text, -1 ) ), U' ', -1 ) );
+    qv::Ref< QV_VECTOR > names(
+        qvStringSplitChar( qv::Ref< QV_STRING >( qvStringCreateFromCstr( text, -1 ) ), U' ', -1 ) );
 
     for( QV_INT i = 0; i < qvVectorLength( names ); i++ )
         if( !qvModuleNameOk( qv::Ref< QV_STRING >( qvStringFrom( qvVectorObjAt( names, i ) ) ) ) )
@@ -257,9 +258,9 @@ QV_BOOL qv___ModuleCheckCompatibility( QV_MODULE *module )
 
     const QV_MODULE_RECORD &record = *module->moduleRecord;
 
-    return record.recordVersion == QV_MODULE_RECORD_VERSION && fitsProduct( record ) && nameOk( record.name ) &&
-                   record.description && versionOk( record.version ) && namesOk( record.deps ) &&
-                   namesOk( record.exts )
+    return record.recordVersion == QV_MODULE_RECORD_VERSION && fitsProduct( record ) && nameOk( record.name )
+                   && record.description && versionOk( record.version ) && namesOk( record.deps )
+                   && namesOk( record.exts )
                ? QV_TRUE
                : QV_FALSE;
 }

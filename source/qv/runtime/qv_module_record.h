@@ -24,20 +24,20 @@
     for a version. A version field may be -1 only if those below it are. */
 typedef struct QV_MODULE_RECORD
 {
-    uint8_t     recordVersion;         /**< QV_MODULE_RECORD_VERSION */
-    const char *productName;           /**< the product that the module is built for; null: any */
-    const char *productFriendlyName;   /**< null: any, here and in the texts below */
-    QV_INT      productVersionMajor;   /**< -1: any, here and below */
+    uint8_t     recordVersion;       /**< QV_MODULE_RECORD_VERSION */
+    const char *productName;         /**< the product that the module is built for; null: any */
+    const char *productFriendlyName; /**< null: any, here and in the texts below */
+    QV_INT      productVersionMajor; /**< -1: any, here and below */
     QV_INT      productVersionMinor;
     QV_INT      productVersionRelease;
     const char *productBuildTime;
     const char *productVendorName;
     const char *productCopyright;
-    const char *name;                  /**< as qvModuleNameOk() wants it */
+    const char *name; /**< as qvModuleNameOk() wants it */
     const char *description;
-    const char *version;               /**< in the form of qv_module_version.h */
-    const char *deps;                  /**< names of the modules it needs, with one blank between them; may be empty */
-    const char *exts;                  /**< names of the modules that extend it, likewise */
+    const char *version; /**< in the form of qv_module_version.h */
+    const char *deps;    /**< names of the modules it needs, with one blank between them; may be empty */
+    const char *exts;    /**< names of the modules that extend it, likewise */
 } QV_MODULE_RECORD;
 
 /** Called once the modules of `deps` are loaded; false fails the load. */
@@ -63,8 +63,8 @@ struct QV_MODULE
     QV_MODULE_SHUTDOWN_FUNC    shutdownFunc;      /**< the modules loaded after this one are gone */
     QV_MODULE_SHUTDOWN_FUNC    shutdownEndFunc;   /**< the last object of the module's sorts is gone */
     QV_MODULE_PERSONALITY_FUNC personalityFunc;
-    int32_t                    sorts;             /**< atomic; sorts with live objects */
-    QV_SORT                   *sortsFirst;        /**< those sorts, if the run keeps lists */
+    int32_t                    sorts;      /**< atomic; sorts with live objects */
+    QV_SORT                   *sortsFirst; /**< those sorts, if the run keeps lists */
     QV_SORT                   *sortsLast;
 };
 

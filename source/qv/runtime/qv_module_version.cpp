@@ -19,8 +19,8 @@ const QV_INT BASE = 10;
 
 bool numberFits( QV_INT number, QV_INT insert )
 {
-    return number >= 0 && insert >= 0 && insert <= 999 && QV_INT_MUL_OK( number, 1000 ) &&
-           QV_INT_ADD_OK( number * 1000, insert );
+    return number >= 0 && insert >= 0 && insert <= 999 && QV_INT_MUL_OK( number, 1000 )
+           && QV_INT_ADD_OK( number * 1000, insert );
 }
 
 bool scanWhole( QV_STRING *qvs, QV_INT *value )
@@ -40,9 +40,9 @@ bool scanNumber( QV_STRING *qvs, QV_INT *number, QV_INT *insert )
     qv::Ref< QV_VECTOR > parts( qvStringSplitChar( qvs, U'#', 2 ) );
     *insert = 0;
 
-    return scanWhole( stringAt( parts, 0 ), number ) &&
-           ( qvVectorLength( parts ) == 1 || scanWhole( stringAt( parts, 1 ), insert ) ) &&
-           numberFits( *number, *insert );
+    return scanWhole( stringAt( parts, 0 ), number )
+           && ( qvVectorLength( parts ) == 1 || scanWhole( stringAt( parts, 1 ), insert ) )
+           && numberFits( *number, *insert );
 }
 
 void appendNumber( QV_STRING **qvs, const char *format, QV_INT number, QV_INT insert )
@@ -120,8 +120,8 @@ QV_MODULE_VERSION *qvModuleVersionTryCreateFromString( QV_STRING *qvs )
     qv::Ref< QV_VECTOR > pieces( qvStringSplitChar( qvs, U'.', 2 ) );
     QV_INT               major, majorInsert, minor, minorInsert;
 
-    if( qvVectorLength( pieces ) != 2 || !scanNumber( stringAt( pieces, 0 ), &major, &majorInsert ) ||
-        !scanNumber( stringAt( pieces, 1 ), &minor, &minorInsert ) )
+    if( qvVectorLength( pieces ) != 2 || !scanNumber( stringAt( pieces, 0 ), &major, &majorInsert )
+        || !scanNumber( stringAt( pieces, 1 ), &minor, &minorInsert ) )
         return nullptr;
 
     return qvModuleVersionCreate( major, majorInsert, minor, minorInsert );

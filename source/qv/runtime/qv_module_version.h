@@ -17,8 +17,7 @@ QV_FAMILY( ModuleVersion, QV_MODULE_VERSION )
 
 /** A new version. `major` and `minor` are at least 0, the inserts 0 to 999; a number outside, or one that with its
     insert would not fit `number * 1000 + insert`, ends the process. */
-QV_API QV_MODULE_VERSION *
-qvModuleVersionCreate( QV_INT major, QV_INT majorInsert, QV_INT minor, QV_INT minorInsert );
+QV_API QV_MODULE_VERSION *qvModuleVersionCreate( QV_INT major, QV_INT majorInsert, QV_INT minor, QV_INT minorInsert );
 
 /** A new version from its text; null if it is none. A Cstr is UTF-8 and its length is in bytes; -1 means that it ends at
     its terminator, as a Wcstr always does. */

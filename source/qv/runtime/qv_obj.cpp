@@ -287,7 +287,7 @@ QV_STRING *qvObjToString( QV_OBJ *thisObj )
     QV_CHECK( thisObj );
 
     qv::Ref< QV_SORT > sort = qv::Ref< QV_SORT >::share( qvObjSort( thisObj ) );
-    QV_STRING *result = sort->toStringFunc ? sort->toStringFunc( thisObj ) : qvObjDefaultToStringFunc( thisObj );
+    QV_STRING *result       = sort->toStringFunc ? sort->toStringFunc( thisObj ) : qvObjDefaultToStringFunc( thisObj );
     QV_CHECK( result );
 
     return result;

@@ -41,8 +41,8 @@ void leaveShared( void *memory, int32_t uses );
 
 /** Makes an object of memory. Inline in all functions that create, so that each has one frame on the stack of a
     creation. */
-__attribute__( ( always_inline ) ) inline QV_OBJ *
-createObject( void *memory, uint16_t sharedOffset, QV_INT size, QV_SORT *sort, bool isCounted = false )
+__attribute__( ( always_inline ) ) inline QV_OBJ *createObject(
+    void *memory, uint16_t sharedOffset, QV_INT size, QV_SORT *sort, bool isCounted = false )
 {
     QV_OBJ *result = static_cast< QV_OBJ * >( memory );
 

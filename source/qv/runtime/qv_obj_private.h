@@ -36,7 +36,7 @@ public:
 
     ~ObjBatch();
 
-    ObjBatch( const ObjBatch & ) = delete;
+    ObjBatch( const ObjBatch & )            = delete;
     ObjBatch &operator=( const ObjBatch & ) = delete;
 
     /** As createWithRoom(). */
@@ -126,7 +126,7 @@ public:
         qv___ObjOdbUnlock();
     }
 
-    HeldOdb( const HeldOdb & ) = delete;
+    HeldOdb( const HeldOdb & )            = delete;
     HeldOdb &operator=( const HeldOdb & ) = delete;
 };
 
@@ -142,8 +142,8 @@ public:
 class Snapshot
 {
 public:
-    Snapshot() = default;
-    Snapshot( const Snapshot & ) = delete;
+    Snapshot()                              = default;
+    Snapshot( const Snapshot & )            = delete;
     Snapshot &operator=( const Snapshot & ) = delete;
 
     /** Adds an object of which the caller knows that it lives, as a sort always does. */

@@ -100,7 +100,7 @@ public:
         return *this;
     }
 
-    Ref( const Ref & ) = delete;
+    Ref( const Ref & )            = delete;
     Ref &operator=( const Ref & ) = delete;
 
     ~Ref()

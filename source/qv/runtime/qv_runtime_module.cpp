@@ -64,8 +64,7 @@ qv::Ref< QV_VECTOR > namesIn( const char *text )
 QV_BOOL loadAll( QV_VECTOR *moduleNames )
 {
     for( QV_INT i = 0; i < qvVectorLength( moduleNames ); i++ )
-        if( !qv___RuntimeTryLoadModule(
-                qv::Ref< QV_STRING >( qvStringFrom( qvVectorObjAt( moduleNames, i ) ) ) ) )
+        if( !qv___RuntimeTryLoadModule( qv::Ref< QV_STRING >( qvStringFrom( qvVectorObjAt( moduleNames, i ) ) ) ) )
             return QV_FALSE;
 
     return QV_TRUE;
@@ -196,7 +195,7 @@ void unloadLast( bool *reported )
     qvVectorDelAt( &qv___RuntimeLoadedModulesVector, idx );
 }
 
-QV_VECTOR *snapshotOfAll( QV_VECTOR *( *snapshotOf )( QV_MODULE * ) )
+QV_VECTOR *snapshotOfAll( QV_VECTOR *( *snapshotOf )(QV_MODULE *))
 {
     if( !qv___ObjOdbEnabled() )
         return nullptr;
@@ -283,8 +282,7 @@ QV_BOOL qvRuntimeTryLoadModule( QV_STRING *moduleName )
 {
     QV_CHECK( qvModuleNameOk( moduleName ) );
 
-    return qvRuntimeTryLoadModulesVector(
-        qv::Ref< QV_VECTOR >( qvVectorCreateFromObj( qvStringObj( moduleName ) ) ) );
+    return qvRuntimeTryLoadModulesVector( qv::Ref< QV_VECTOR >( qvVectorCreateFromObj( qvStringObj( moduleName ) ) ) );
 }
 
 QV_BOOL qvRuntimeTryLoadModulesVector( QV_VECTOR *moduleNames )

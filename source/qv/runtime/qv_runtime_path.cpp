@@ -9,9 +9,10 @@ QV_ENUM *qv___RuntimePathEnum = nullptr;
 
 namespace
 {
-const char *const ENUMERANTS[QV___RUNTIME_PATH_COUNT]
-    = { "QV_RUNTIME_PATH_BIN",        "QV_RUNTIME_PATH_RES",        "QV_RUNTIME_PATH_DATA",     "QV_RUNTIME_PATH_DATA_STORAGE",
-        "QV_RUNTIME_PATH_DATA_TRACE", "QV_RUNTIME_PATH_DATA_ABORT", "QV_RUNTIME_PATH_DATA_TEMP" };
+const char *const ENUMERANTS[QV___RUNTIME_PATH_COUNT] = { "QV_RUNTIME_PATH_BIN",        "QV_RUNTIME_PATH_RES",
+                                                          "QV_RUNTIME_PATH_DATA",       "QV_RUNTIME_PATH_DATA_STORAGE",
+                                                          "QV_RUNTIME_PATH_DATA_TRACE", "QV_RUNTIME_PATH_DATA_ABORT",
+                                                          "QV_RUNTIME_PATH_DATA_TEMP" };
 } // namespace
 
 void qv___RuntimePathStartup( void )

@@ -278,8 +278,7 @@ void qv___DoAbort(
 }
 
 void qv___DoAbortMessage(
-    FILE *stream, const char *message, const char *file, QV_INT line, const char *expression,
-    const siginfo_t *siginfo )
+    FILE *stream, const char *message, const char *file, QV_INT line, const char *expression, const siginfo_t *siginfo )
 {
     AbortOutput output( stream );
     writeMessage( &output, { message, file, line, expression, siginfo } );

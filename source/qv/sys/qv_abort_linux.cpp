@@ -16,10 +16,8 @@ struct CodeText
 };
 
 const SignalText SIGNAL_TEXTS[] = {
-    { SIGILL, " (SIGILL, illegal instruction)" },
-    { SIGABRT, " (SIGABRT, abort signal)" },
-    { SIGBUS, " (SIGBUS, bad memory access)" },
-    { SIGFPE, " (SIGFPE, floating-point exception)" },
+    { SIGILL, " (SIGILL, illegal instruction)" },        { SIGABRT, " (SIGABRT, abort signal)" },
+    { SIGBUS, " (SIGBUS, bad memory access)" },          { SIGFPE, " (SIGFPE, floating-point exception)" },
     { SIGSEGV, " (SIGSEGV, invalid memory reference)" },
 };
 

@@ -60,13 +60,13 @@ public:
         flush();
     }
 
-    AbortOutput( const AbortOutput & ) = delete;
+    AbortOutput( const AbortOutput & )            = delete;
     AbortOutput &operator=( const AbortOutput & ) = delete;
 
     void text( const char *text );
-    void integer( int value );          // as %d
-    void hexadecimal( uint64_t value ); // as %#lx
-    void pointer( const void *value );  // as %p
+    void integer( int value );                       // as %d
+    void hexadecimal( uint64_t value );              // as %#lx
+    void pointer( const void *value );               // as %p
     void row( const char *name, const char *value ); // and a newline
     void flush();
 

@@ -323,8 +323,8 @@ struct Block : Header
         BlockEnds ends  = Rules::fresh( length );
         QV_INT    bytes = bytesOf( ends.front + length + ends.back );
 
-        if( bytePlace( first ) - bytePlace( memory ) < bytesOf( ends.front ) || unitsBehind() < ends.back ||
-            ( size() / 2 > bytes && !isHome() ) )
+        if( bytePlace( first ) - bytePlace( memory ) < bytesOf( ends.front ) || unitsBehind() < ends.back
+            || ( size() / 2 > bytes && !isHome() ) )
         {
             reshape( 0, 0, ends );
             return;
@@ -493,8 +493,8 @@ private:
         QV_INT      front = bytesOf( ends.front );
         QV_INT      all   = bytesOf( length + count );
         QV_INT      old   = bytesOf( length );
-        BlockMemory block = { bytePlace( memory ), size(), bytePlace( first ),
-                              home() ? bytePlace( homeMemory() ) : nullptr, homeSize() };
+        BlockMemory block = {
+            bytePlace( memory ), size(), bytePlace( first ), home() ? bytePlace( homeMemory() ) : nullptr, homeSize() };
 
         changeBlock( &block, { old, bytesOf( at ), all - old, front, bytes - front - all, bytes / Rules::SPARE } );
 

@@ -7,15 +7,15 @@
 
 QV_INT qv::findLastChar( const QV_CHAR *chs, QV_INT length, QV_CHAR ch )
 {
-    const CharVector wanted = CharVector {} + static_cast< int32_t >( ch );
+    const CharVector wanted = CharVector{} + static_cast< int32_t >( ch );
 
     while( length >= 16 )
     {
         const QV_CHAR *last = chs + length - 16;
 
         if( anyBit(
-                ( loadChars( last ) == wanted ) | ( loadChars( last + 4 ) == wanted ) |
-                ( loadChars( last + 8 ) == wanted ) | ( loadChars( last + 12 ) == wanted ) ) )
+                ( loadChars( last ) == wanted ) | ( loadChars( last + 4 ) == wanted )
+                | ( loadChars( last + 8 ) == wanted ) | ( loadChars( last + 12 ) == wanted ) ) )
             break;
 
         length -= 16;
@@ -33,9 +33,9 @@ namespace
 {
 struct Ends
 {
-    Ends( const QV_CHAR *sub, QV_INT subLength )
-        : first( qv::CharVector {} + static_cast< int32_t >( sub[0] ) ),
-          last( qv::CharVector {} + static_cast< int32_t >( sub[subLength - 1] ) ), distance( subLength - 1 )
+    Ends( const QV_CHAR *sub, QV_INT subLength ) :
+        first( qv::CharVector{} + static_cast< int32_t >( sub[0] ) ),
+        last( qv::CharVector{} + static_cast< int32_t >( sub[subLength - 1] ) ), distance( subLength - 1 )
     {
     }
 
@@ -108,8 +108,7 @@ QV_INT qv::findLineEnd( const QV_CHAR *chs, QV_INT offset, QV_INT length )
         if( anyBit( ends( loadChars( chs + offset ) ) | ends( loadChars( chs + offset + 4 ) ) ) )
             break;
 
-    auto isEnd = []( QV_CHAR ch )
-    { return ch - U'\n' <= U'\r' - U'\n' || ch == 0x85 || ch == 0x2028 || ch == 0x2029; };
+    auto isEnd = []( QV_CHAR ch ) { return ch - U'\n' <= U'\r' - U'\n' || ch == 0x85 || ch == 0x2028 || ch == 0x2029; };
 
     while( offset < length && !isEnd( chs[offset] ) )
         offset++;

@@ -22,14 +22,14 @@ QV_API QV_INT qvCharsSanitize( QV_CHAR *dest, QV_INT destLength, const QV_CHAR *
 /** To outside text. With `addNull` a terminator is counted, and written if it still fits. Ascii has a question mark
     for every other character, UTF-8 U+FFFD for values of 0x110000 and above; Cstr is UTF-8. In Wcstr 0 becomes U+FFFD
     too. A sequence that does not fit at the end is written as far as it fits. */
-QV_API QV_INT
-qvCharsConvertToAscii( char *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength, QV_BOOL addNull );
-QV_API QV_INT
-qvCharsConvertToUtf8( char *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength, QV_BOOL addNull );
-QV_API QV_INT
-qvCharsConvertToCstr( char *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength, QV_BOOL addNull );
-QV_API QV_INT
-qvCharsConvertToWcstr( wchar_t *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength, QV_BOOL addNull );
+QV_API QV_INT qvCharsConvertToAscii(
+    char *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength, QV_BOOL addNull );
+QV_API QV_INT qvCharsConvertToUtf8(
+    char *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength, QV_BOOL addNull );
+QV_API QV_INT qvCharsConvertToCstr(
+    char *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength, QV_BOOL addNull );
+QV_API QV_INT qvCharsConvertToWcstr(
+    wchar_t *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength, QV_BOOL addNull );
 
 /** From outside text. A `srcLength` of -1 means that it ends at its terminator. U+FFFD stands for what cannot be read.
     In UTF-8 that is each broken sequence, without the byte that breaks it, and each run of bytes that follow nothing; a

@@ -12,7 +12,7 @@ QV_INT qvCharsConvertToAscii( char *dest, QV_INT destLength, const QV_CHAR *src,
     QV_CHECK( srcLength == 0 || src );
     QV_CHECK( destLength == 0 || dest );
 
-    char *__restrict to           = dest;
+    char *__restrict to            = dest;
     const QV_CHAR *__restrict from = src;
     QV_INT count                   = srcLength < destLength ? srcLength : destLength;
 

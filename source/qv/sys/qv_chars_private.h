@@ -74,14 +74,14 @@ inline void storeChars( QV_CHAR *chs, CharVector vector )
 inline bool anyBit( CharVector vector )
 {
     typedef int64_t Halves __attribute__( ( vector_size( 16 ) ) );
-    Halves halves = (Halves)vector;
+    Halves          halves = (Halves)vector;
 
     return ( halves[0] | halves[1] ) != 0;
 }
 /** True when all of eight characters are below a limit, which is at most 0x110000. */
 inline bool allEightBelow( const QV_CHAR *chs, QV_CHAR limit )
 {
-    CharVector bound = CharVector {} + static_cast< int32_t >( limit );
+    CharVector bound = CharVector{} + static_cast< int32_t >( limit );
     CharVector a     = loadChars( chs );
     CharVector b     = loadChars( chs + 4 );
 

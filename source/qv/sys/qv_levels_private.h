@@ -11,8 +11,8 @@ template< class T >
 class Levels
 {
 public:
-    Levels() = default;
-    Levels( const Levels & ) = delete;
+    Levels()                            = default;
+    Levels( const Levels & )            = delete;
     Levels &operator=( const Levels & ) = delete;
 
     ~Levels()

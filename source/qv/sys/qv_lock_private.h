@@ -33,7 +33,7 @@ public:
         qv___LockRelease( lock_ );
     }
 
-    HeldLock( const HeldLock & ) = delete;
+    HeldLock( const HeldLock & )            = delete;
     HeldLock &operator=( const HeldLock & ) = delete;
 
 private:

@@ -17,7 +17,7 @@ QV_INT kernel()
 }
 
 // What the vectors of 32 bytes are called for: enough for one step.
-const QV_INT LEAST_IN  = 80, LEAST_ROOM = 64; // bytes and characters on decoding
+const QV_INT LEAST_IN = 80, LEAST_ROOM = 64;   // bytes and characters on decoding
 const QV_INT LEAST_OUT = 32, LEAST_BYTES = 64; // characters and bytes on encoding
 
 const QV_INT WORD = 8;

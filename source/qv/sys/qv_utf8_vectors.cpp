@@ -324,8 +324,8 @@ KERNEL inline void store32( void *to, __m256i vector )
 // A bit for each of 64 bytes, the topmost bit of the byte.
 KERNEL inline uint64_t topBits( __m256i low, __m256i high )
 {
-    return static_cast< uint32_t >( _mm256_movemask_epi8( low ) ) |
-           static_cast< uint64_t >( static_cast< uint32_t >( _mm256_movemask_epi8( high ) ) ) << 32;
+    return static_cast< uint32_t >( _mm256_movemask_epi8( low ) )
+           | static_cast< uint64_t >( static_cast< uint32_t >( _mm256_movemask_epi8( high ) ) ) << 32;
 }
 
 // A bit for each of 64 bytes that is `threshold`, 0x80 or more, or above.
@@ -535,8 +535,8 @@ KERNEL void qv::utf8::encodeBlocks32( Encoded &done, const QV_CHAR *inEnd, uint8
             __m128i flags = _mm_packs_epi16( _mm256_castsi256_si128( two ), _mm256_extracti128_si256( two, 1 ) );
             int     key   = _mm_movemask_epi8( flags );
 
-            __m128i low   = _mm256_castsi256_si128( bytes );
-            __m128i high  = _mm256_extracti128_si256( bytes, 1 );
+            __m128i low  = _mm256_castsi256_si128( bytes );
+            __m128i high = _mm256_extracti128_si256( bytes, 1 );
 
             store16( to, _mm_shuffle_epi8( low, load16( SHUFFLES.toTwo[key & 0xFF] ) ) );
             to += 8 + __builtin_popcount( key & 0xFF );

@@ -20,8 +20,8 @@ qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to
     const unsigned ONE    = 1 << 14;
     const unsigned LONGER = 2 << 14;
 
-    const qv::CharVector belowFirst = qv::CharVector {} + static_cast< int32_t >( asciiFirst - 1 );
-    const qv::CharVector behindLast = qv::CharVector {} + static_cast< int32_t >( asciiFirst + 26 );
+    const qv::CharVector belowFirst = qv::CharVector{} + static_cast< int32_t >( asciiFirst - 1 );
+    const qv::CharVector behindLast = qv::CharVector{} + static_cast< int32_t >( asciiFirst + 26 );
 
     while( i < length )
     {
@@ -63,8 +63,7 @@ qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to
 
         for( ; i < stop; i++ )
         {
-            qv::unicode::Mapping mapping
-                = qv::unicode::caseMapping( qv::unicode::lookUp( blocks, values, from[i] ) );
+            qv::unicode::Mapping mapping = qv::unicode::caseMapping( qv::unicode::lookUp( blocks, values, from[i] ) );
 
             if( !mapping.chars )
             {

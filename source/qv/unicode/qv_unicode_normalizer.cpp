@@ -106,9 +106,9 @@ __attribute__( ( noinline ) ) void enlarge( QV_UNICODE_NORMALIZER *norm, QV_INT 
     if( norm->length + count <= norm->capacity )
         return;
 
-    QV_INT room     = norm->length + count;
-    norm->capacity  = QV_INT_ADD_OK( room, room / 2 ) ? room + room / 2 : room;
-    norm->chars     = static_cast< QV_CHAR * >( qvMemReallocN( norm->chars, norm->capacity, sizeof( QV_CHAR ) ) );
+    QV_INT room    = norm->length + count;
+    norm->capacity = QV_INT_ADD_OK( room, room / 2 ) ? room + room / 2 : room;
+    norm->chars    = static_cast< QV_CHAR * >( qvMemReallocN( norm->chars, norm->capacity, sizeof( QV_CHAR ) ) );
     account( norm );
 }
 
@@ -697,10 +697,14 @@ void write( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
 {
     switch( norm->normalForm )
     {
-        case QV_UNICODE_NORMAL_FORM_NFC: return writeComposed< QV_UNICODE_NORMAL_FORM_NFC >( norm, chs, count );
-        case QV_UNICODE_NORMAL_FORM_NFKC: return writeComposed< QV_UNICODE_NORMAL_FORM_NFKC >( norm, chs, count );
-        case QV_UNICODE_NORMAL_FORM_NFD: return writeDecomposed< QV_UNICODE_NORMAL_FORM_NFD >( norm, chs, count );
-        default: return writeDecomposed< QV_UNICODE_NORMAL_FORM_NFKD >( norm, chs, count );
+    case QV_UNICODE_NORMAL_FORM_NFC:
+        return writeComposed< QV_UNICODE_NORMAL_FORM_NFC >( norm, chs, count );
+    case QV_UNICODE_NORMAL_FORM_NFKC:
+        return writeComposed< QV_UNICODE_NORMAL_FORM_NFKC >( norm, chs, count );
+    case QV_UNICODE_NORMAL_FORM_NFD:
+        return writeDecomposed< QV_UNICODE_NORMAL_FORM_NFD >( norm, chs, count );
+    default:
+        return writeDecomposed< QV_UNICODE_NORMAL_FORM_NFKD >( norm, chs, count );
     }
 }
 
@@ -714,10 +718,14 @@ Run check( const QV_CHAR *chs, QV_INT count, QV_INT form )
 {
     switch( form )
     {
-        case QV_UNICODE_NORMAL_FORM_NFC: return check< QV_UNICODE_NORMAL_FORM_NFC >( chs, count );
-        case QV_UNICODE_NORMAL_FORM_NFKC: return check< QV_UNICODE_NORMAL_FORM_NFKC >( chs, count );
-        case QV_UNICODE_NORMAL_FORM_NFD: return check< QV_UNICODE_NORMAL_FORM_NFD >( chs, count );
-        default: return check< QV_UNICODE_NORMAL_FORM_NFKD >( chs, count );
+    case QV_UNICODE_NORMAL_FORM_NFC:
+        return check< QV_UNICODE_NORMAL_FORM_NFC >( chs, count );
+    case QV_UNICODE_NORMAL_FORM_NFKC:
+        return check< QV_UNICODE_NORMAL_FORM_NFKC >( chs, count );
+    case QV_UNICODE_NORMAL_FORM_NFD:
+        return check< QV_UNICODE_NORMAL_FORM_NFD >( chs, count );
+    default:
+        return check< QV_UNICODE_NORMAL_FORM_NFKD >( chs, count );
     }
 }
 

@@ -38,7 +38,7 @@ QV_INT qvUnicodeHexadecimalDigitValue( QV_CHAR ch )
 QV_INT qvUnicodeBaseNDigitValue( QV_CHAR ch, QV_INT base )
 {
     QV_CHECK( QV_CHAR_OK( ch ) );
-    QV_CHECK( base >=2 && base <= 36 );
+    QV_CHECK_AS( base >= 2 && base <= 36, "base >=2 && base <= 36" );
 
     if( base <= 10 )
         return qvUnicodeDecimalDigitValue( ch );
@@ -118,7 +118,6 @@ CATEGORY_GROUP( Separator, SEPARATOR_SPACE, SEPARATOR_PARAGRAPH )
 CATEGORY( SeparatorSpace, SEPARATOR_SPACE )
 CATEGORY( SeparatorLine, SEPARATOR_LINE )
 CATEGORY( SeparatorParagraph, SEPARATOR_PARAGRAPH )
-
 
 // The only group that is no range: what is not assigned stands in front of all others.
 QV_BOOL qvUnicodeIsOther( QV_CHAR ch )

@@ -53,7 +53,7 @@ struct Mapping
 
 inline Mapping caseMapping( uint16_t value )
 {
-    return value ? Mapping { caseMappings + ( value & 0x3FFF ), value >> 14 } : Mapping { nullptr, 0 };
+    return value ? Mapping{ caseMappings + ( value & 0x3FFF ), value >> 14 } : Mapping{ nullptr, 0 };
 }
 
 inline QV_INT generalCategory( QV_CHAR ch )
@@ -165,8 +165,8 @@ inline bool isWhiteSpace( QV_CHAR ch )
     if( ch < 0x80 )
         return ch == 0x20 || ch - 0x9 <= 0xD - 0x9;
 
-    return ch == 0x85 || ch == 0xA0 || ch == 0x1680 || ch == 0x180E || ch - 0x2000 <= 0x200A - 0x2000 ||
-           ch == 0x2028 || ch == 0x2029 || ch == 0x202F || ch == 0x205F || ch == 0x3000;
+    return ch == 0x85 || ch == 0xA0 || ch == 0x1680 || ch == 0x180E || ch - 0x2000 <= 0x200A - 0x2000 || ch == 0x2028
+           || ch == 0x2029 || ch == 0x202F || ch == 0x205F || ch == 0x3000;
 }
 
 /** What ends a line. */

@@ -52,23 +52,23 @@ static QV_INT run( intptr_t a, intptr_t b )
 #endif
 
 #if defined( MISNAMED )
-static const QV_MODULE_RECORD record = {
-    QV_MODULE_RECORD_VERSION, NULL, NULL, -1, -1, -1, NULL, NULL, NULL, "another", "Bears a wrong name", "1.0", "", "" };
-QV_MODULE QV_THIS_MODULE = {
+static const QV_MODULE_RECORD record = { QV_MODULE_RECORD_VERSION, NULL,  NULL, -1, -1, -1, NULL, NULL, NULL, "another",
+                                         "Bears a wrong name",     "1.0", "",   "" };
+QV_MODULE                     QV_THIS_MODULE = {
     QV___STATIC_HEADER( QV___OBJ_TYPE_MODULE ), &record, start, NULL, stop, NULL, run, 0, NULL, NULL };
 #elif defined( DETAILED )
 QV_MODULE_DEFINE(
     QV_MODULE_INFO(
-        .productName = "morvane", .productFriendlyName = "morvane", .productVersionMajor = 4,
-        .productVersionMinor = 0, .productVendorName = "Wexcraft GmbH", .description = "Tells \303\241ll",
-        .version = "2#5.1", .deps = DEPS, .exts = "extra more" ),
-    QV_MODULE_FUNCS( .startupFunc = start, .shutdownFunc = stop ) );
+            .productName = "morvane", .productFriendlyName = "morvane", .productVersionMajor = 4,
+            .productVersionMinor = 0, .productVendorName = "Wexcraft GmbH", .description = "Tells \303\241ll",
+            .version = "2#5.1", .deps = DEPS, .exts = "extra more" ),
+    QV_MODULE_FUNCS(.startupFunc = start, .shutdownFunc = stop ) );
 #elif defined( STRANGE )
 QV_MODULE_DEFINE(
-    QV_MODULE_INFO( .productName = "another", .description = "For another product", .version = "1.0" ),
-    QV_MODULE_FUNCS( .startupFunc = start, .shutdownFunc = stop, .personalityFunc = run ) );
+    QV_MODULE_INFO(.productName = "another", .description = "For another product", .version = "1.0" ),
+    QV_MODULE_FUNCS(.startupFunc = start, .shutdownFunc = stop, .personalityFunc = run ) );
 #else
 QV_MODULE_DEFINE(
-    QV_MODULE_INFO( .description = "Gives its first argument", .version = "1.0", .deps = DEPS ),
-    QV_MODULE_FUNCS( .startupFunc = start, .shutdownFunc = stop, .personalityFunc = run ) );
+    QV_MODULE_INFO(.description = "Gives its first argument", .version = "1.0", .deps = DEPS ),
+    QV_MODULE_FUNCS(.startupFunc = start, .shutdownFunc = stop, .personalityFunc = run ) );
 #endif
