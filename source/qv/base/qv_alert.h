@@ -42,6 +42,7 @@ QV_API void qvAlertWait( QV_ALERT *al );
     negative limit ends the process. */
 QV_API QV_BOOL qvAlertWaitTimed( QV_ALERT *al, QV_INT millisec );
 
+/** @{ */
 /** Adds a target for the next setting, or fires it if the alert is set. One that is there already stays there once; but
     when the first target of a kind was deleted, one that is there and is added again stands there twice, and fires
     twice. */
@@ -49,12 +50,15 @@ QV_API void qvAlertAddAlertable( QV_ALERT *al, QV_ALERTABLE *alb );
 QV_API void qvAlertAddAlert( QV_ALERT *al, QV_ALERT *chainedAlert );
 QV_API void qvAlertAddSignal( QV_ALERT *al, QV_SIGNAL *sig );
 QV_API void qvAlertAddBarrier( QV_ALERT *al, QV_BARRIER *barrier );
+/** @} */
 
+/** @{ */
 /** Deletes a target, from both places where it stands twice; one that isn't there is no failure. Waits for a setting
     that is under way. */
 QV_API void qvAlertDelAlertable( QV_ALERT *al, QV_ALERTABLE *alb );
 QV_API void qvAlertDelAlert( QV_ALERT *al, QV_ALERT *chainedAlert );
 QV_API void qvAlertDelSignal( QV_ALERT *al, QV_SIGNAL *sig );
 QV_API void qvAlertDelBarrier( QV_ALERT *al, QV_BARRIER *barrier );
+/** @} */
 
 #endif

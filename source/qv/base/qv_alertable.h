@@ -18,11 +18,13 @@ QV_FAMILY( Alertable, QV_ALERTABLE )
 /** A new target that calls `func( arg )`, of which `arg` may be null. With null as `func` it does nothing. */
 QV_API QV_ALERTABLE *qvAlertableCreate( QV_ALERTABLE_FUNC func, QV_OBJ *arg );
 
+/** @{ */
 /** A new target that opens a barrier, adds the low 16 bits of `conditions` to a condition set, asserts a signal or sets
     an alert. It keeps a reference to what it fires for as long as it lives. */
 QV_API QV_ALERTABLE *qvAlertableCreateBarrier( QV_BARRIER *barrier );
 QV_API QV_ALERTABLE *qvAlertableCreateCondset( QV_CONDSET *condSet, QV_INT conditions );
 QV_API QV_ALERTABLE *qvAlertableCreateSignal( QV_SIGNAL *sig );
 QV_API QV_ALERTABLE *qvAlertableCreateAlert( QV_ALERT *alert );
+/** @} */
 
 #endif

@@ -64,11 +64,13 @@ QV_API void qvBufferClear( QV_BUFFER **buf );
 /** A new Buffer with its own copy of `src`. */
 QV_API QV_BUFFER *qvBufferCreateFrom( QV_BUFFER *src );
 
+/** @{ */
 /** A new Buffer of the low `bitCount` bits of a number, at most 64; of one byte; of a copy of an array, which may be
     null if it is empty. */
 QV_API QV_BUFFER *qvBufferCreateFromBits( uint64_t value, QV_INT bitCount );
 QV_API QV_BUFFER *qvBufferCreateFromByte( uint8_t value );
 QV_API QV_BUFFER *qvBufferCreateFromBytesCopy( const void *bytes, QV_INT byteCount );
+/** @} */
 
 /** A new Buffer that takes over a block from qvMemAlloc(). */
 QV_API QV_BUFFER *qvBufferCreateFromBytesUse( void *bytes, QV_INT byteCount );
@@ -79,39 +81,54 @@ QV_API QV_BUFFER *qvBufferCreateFromBytesUseWithRef( const void *bytes, QV_INT b
 
 /* Reading -------------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** The length: in whole bytes, rounded down, and in bits. */
 QV_API QV_INT qvBufferLength( QV_BUFFER *buf );
 QV_API QV_INT qvBufferBitLength( QV_BUFFER *buf );
+/** @} */
 
+/** @{ */
 /** How much longer the Buffer could become. */
 QV_API QV_INT qvBufferSpace( QV_BUFFER *buf );
 QV_API QV_INT qvBufferBitSpace( QV_BUFFER *buf );
+/** @} */
 
 /** True if the length is a whole number of bytes. */
 QV_API QV_BOOL qvBufferBitIsAligned( QV_BUFFER *buf );
 
+/** @{ */
 /** Both: the first byte, valid until the Buffer is changed or released. May be null for an empty Buffer. */
 QV_API const uint8_t *qvBufferBacking( QV_BUFFER *buf );
 QV_API const uint8_t *qvBufferBitBacking( QV_BUFFER *buf );
+/** @} */
 
+/** @{ */
 /** A new Buffer with a copy of the range. */
 QV_API QV_BUFFER *qvBufferRead( QV_BUFFER *buf, QV_INT byteIdx, QV_INT byteCount );
 QV_API QV_BUFFER *qvBufferBitRead( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount );
+/** @} */
 
+/** @{ */
 /** The number that stands in up to 64 bits; 0 for no bits. */
 QV_API uint64_t qvBufferReadBits( QV_BUFFER *buf, QV_INT byteIdx, QV_INT bitCount );
 QV_API uint64_t qvBufferBitReadBits( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount );
+/** @} */
 
+/** @{ */
 /** The number that stands in 8 bits. */
 QV_API uint8_t qvBufferReadByte( QV_BUFFER *buf, QV_INT byteIdx );
 QV_API uint8_t qvBufferBitReadByte( QV_BUFFER *buf, QV_INT bitIdx );
+/** @} */
 
+/** @{ */
 /** Copies into the caller's array, which may be null if nothing is to be copied. */
 QV_API void qvBufferReadBytes( QV_BUFFER *buf, QV_INT byteIdx, void *bytes, QV_INT byteCount );
 QV_API void qvBufferBitReadBytes( QV_BUFFER *buf, QV_INT bitIdx, void *bytes, QV_INT byteCount );
+/** @} */
 
 /* Overwriting ------------------------------------------------------------------------------------------------------ */
 
+/** @{ */
 /** Overwrites what stands from the index on with all of `src` or a part of it. The length stays. */
 QV_API void qvBufferWrite( QV_BUFFER **buf, QV_INT byteIdx, QV_BUFFER *src );
 QV_API void qvBufferBitWrite( QV_BUFFER **buf, QV_INT bitIdx, QV_BUFFER *src );
@@ -123,7 +140,9 @@ QV_API void qvBufferWriteInner( QV_BUFFER **buf, QV_INT byteIdx, QV_BUFFER *src,
 QV_API void qvBufferBitWriteInner( QV_BUFFER **buf, QV_INT bitIdx, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
 QV_API void qvBufferWriteOuter( QV_BUFFER **buf, QV_INT byteIdx, QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount );
 QV_API void qvBufferBitWriteOuter( QV_BUFFER **buf, QV_INT bitIdx, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
+/** @} */
 
+/** @{ */
 /** The same with the low `bitCount` bits of a number, at most 64; with a byte; with an array, which may be null if it
     is empty and may lie in the Buffer, and is read as it was. */
 QV_API void qvBufferWriteBits( QV_BUFFER **buf, QV_INT byteIdx, uint64_t value, QV_INT bitCount );
@@ -132,16 +151,20 @@ QV_API void qvBufferWriteByte( QV_BUFFER **buf, QV_INT byteIdx, uint8_t value );
 QV_API void qvBufferBitWriteByte( QV_BUFFER **buf, QV_INT bitIdx, uint8_t value );
 QV_API void qvBufferWriteBytes( QV_BUFFER **buf, QV_INT byteIdx, const void *bytes, QV_INT byteCount );
 QV_API void qvBufferBitWriteBytes( QV_BUFFER **buf, QV_INT bitIdx, const void *bytes, QV_INT byteCount );
+/** @} */
 
+/** @{ */
 /** The same with bits that are all 0 or all 1. The count is in the unit of the form: qvBufferWriteZero( &buf, 0, 3 ) is
     about 24 bits, qvBufferBitWriteZero( &buf, 0, 3 ) about 3. */
 QV_API void qvBufferWriteZero( QV_BUFFER **buf, QV_INT byteIdx, QV_INT byteCount );
 QV_API void qvBufferBitWriteZero( QV_BUFFER **buf, QV_INT bitIdx, QV_INT bitCount );
 QV_API void qvBufferWriteOne( QV_BUFFER **buf, QV_INT byteIdx, QV_INT byteCount );
 QV_API void qvBufferBitWriteOne( QV_BUFFER **buf, QV_INT bitIdx, QV_INT bitCount );
+/** @} */
 
 /* Inserting -------------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** Inserts all of `src` or a part of it in front of what stands at the index, or at the end. */
 QV_API void qvBufferInsert( QV_BUFFER **buf, QV_INT byteIdx, QV_BUFFER *src );
 QV_API void qvBufferBitInsert( QV_BUFFER **buf, QV_INT bitIdx, QV_BUFFER *src );
@@ -153,7 +176,9 @@ QV_API void qvBufferInsertInner( QV_BUFFER **buf, QV_INT byteIdx, QV_BUFFER *src
 QV_API void qvBufferBitInsertInner( QV_BUFFER **buf, QV_INT bitIdx, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
 QV_API void qvBufferInsertOuter( QV_BUFFER **buf, QV_INT byteIdx, QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount );
 QV_API void qvBufferBitInsertOuter( QV_BUFFER **buf, QV_INT bitIdx, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
+/** @} */
 
+/** @{ */
 /** The same with the low bits of a number; with a byte; with an array. */
 QV_API void qvBufferInsertBits( QV_BUFFER **buf, QV_INT byteIdx, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferBitInsertBits( QV_BUFFER **buf, QV_INT bitIdx, uint64_t value, QV_INT bitCount );
@@ -161,19 +186,25 @@ QV_API void qvBufferInsertByte( QV_BUFFER **buf, QV_INT byteIdx, uint8_t value )
 QV_API void qvBufferBitInsertByte( QV_BUFFER **buf, QV_INT bitIdx, uint8_t value );
 QV_API void qvBufferInsertBytes( QV_BUFFER **buf, QV_INT byteIdx, const void *bytes, QV_INT byteCount );
 QV_API void qvBufferBitInsertBytes( QV_BUFFER **buf, QV_INT bitIdx, const void *bytes, QV_INT byteCount );
+/** @} */
 
+/** @{ */
 /** The same with bits that are all 0 or all 1. The count is in the unit of the form: qvBufferWriteZero( &buf, 0, 3 ) is
     about 24 bits, qvBufferBitWriteZero( &buf, 0, 3 ) about 3. */
 QV_API void qvBufferInsertZero( QV_BUFFER **buf, QV_INT byteIdx, QV_INT byteCount );
 QV_API void qvBufferBitInsertZero( QV_BUFFER **buf, QV_INT bitIdx, QV_INT bitCount );
 QV_API void qvBufferInsertOne( QV_BUFFER **buf, QV_INT byteIdx, QV_INT byteCount );
 QV_API void qvBufferBitInsertOne( QV_BUFFER **buf, QV_INT bitIdx, QV_INT bitCount );
+/** @} */
 
+/** @{ */
 /** Inserts as many zero bits, 0 to 7, as the length of the Buffer lacks to a whole number of bytes, wherever they go.
     */
 QV_API void qvBufferInsertAlignment( QV_BUFFER **buf, QV_INT byteIdx );
 QV_API void qvBufferBitInsertAlignment( QV_BUFFER **buf, QV_INT bitIdx );
+/** @} */
 
+/** @{ */
 /** Inserts at the beginning. */
 QV_API void qvBufferPrepend( QV_BUFFER **buf, QV_BUFFER *src );
 QV_API void qvBufferBitPrepend( QV_BUFFER **buf, QV_BUFFER *src );
@@ -185,6 +216,7 @@ QV_API void qvBufferPrependInner( QV_BUFFER **buf, QV_BUFFER *src, QV_INT byteOf
 QV_API void qvBufferBitPrependInner( QV_BUFFER **buf, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
 QV_API void qvBufferPrependOuter( QV_BUFFER **buf, QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount );
 QV_API void qvBufferBitPrependOuter( QV_BUFFER **buf, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
+/** @} */
 
 QV_API void qvBufferPrependBits( QV_BUFFER **buf, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferBitPrependBits( QV_BUFFER **buf, uint64_t value, QV_INT bitCount );
@@ -201,6 +233,7 @@ QV_API void qvBufferBitPrependOne( QV_BUFFER **buf, QV_INT bitCount );
 QV_API void qvBufferPrependAlignment( QV_BUFFER **buf );
 QV_API void qvBufferBitPrependAlignment( QV_BUFFER **buf );
 
+/** @{ */
 /** Inserts at the end. */
 QV_API void qvBufferAppend( QV_BUFFER **buf, QV_BUFFER *src );
 QV_API void qvBufferBitAppend( QV_BUFFER **buf, QV_BUFFER *src );
@@ -212,6 +245,7 @@ QV_API void qvBufferAppendInner( QV_BUFFER **buf, QV_BUFFER *src, QV_INT byteOff
 QV_API void qvBufferBitAppendInner( QV_BUFFER **buf, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
 QV_API void qvBufferAppendOuter( QV_BUFFER **buf, QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount );
 QV_API void qvBufferBitAppendOuter( QV_BUFFER **buf, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
+/** @} */
 
 QV_API void qvBufferAppendBits( QV_BUFFER **buf, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferBitAppendBits( QV_BUFFER **buf, uint64_t value, QV_INT bitCount );
@@ -230,6 +264,7 @@ QV_API void qvBufferBitAppendAlignment( QV_BUFFER **buf );
 
 /* Deleting --------------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** Deletes the range, or with Outer everything but the range. Deleting all of it leaves the empty Buffer. */
 QV_API void qvBufferDelLeading( QV_BUFFER **buf, QV_INT byteCount );
 QV_API void qvBufferBitDelLeading( QV_BUFFER **buf, QV_INT bitCount );
@@ -239,5 +274,6 @@ QV_API void qvBufferDelInner( QV_BUFFER **buf, QV_INT byteOffset, QV_INT byteCou
 QV_API void qvBufferBitDelInner( QV_BUFFER **buf, QV_INT bitOffset, QV_INT bitCount );
 QV_API void qvBufferDelOuter( QV_BUFFER **buf, QV_INT byteOffset, QV_INT byteCount );
 QV_API void qvBufferBitDelOuter( QV_BUFFER **buf, QV_INT bitOffset, QV_INT bitCount );
+/** @} */
 
 #endif

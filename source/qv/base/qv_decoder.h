@@ -40,15 +40,19 @@ QV_API QV_DECODER *qvDecoderCreate( QV_BUFFER *buf );
 /** A new reference to the Buffer. */
 QV_API QV_BUFFER *qvDecoderBuffer( QV_DECODER *dec );
 
+/** @{ */
 /** The Buffer's length, the place of the next read and what is left, in bytes. After an error the place is the end and
     nothing is left. */
 QV_API QV_INT qvDecoderLength( QV_DECODER *dec );
 QV_API QV_INT qvDecoderOffset( QV_DECODER *dec );
 QV_API QV_INT qvDecoderRemaining( QV_DECODER *dec );
+/** @} */
 
+/** @{ */
 /** Whether anything has failed; makes it so, for values that are well formed but not acceptable. */
 QV_API QV_BOOL qvDecoderError( QV_DECODER *dec );
 QV_API void    qvDecoderSetError( QV_DECODER *dec );
+/** @} */
 
 /* Bytes as they are ---------------------------------------------------------------------------------------------- */
 
@@ -58,9 +62,11 @@ QV_API QV_BOOL qvDecoderTrySkip( QV_DECODER *dec, QV_INT length );
 /** Appends so many bytes to `*dest`, which is not cleared. `dest` and `*dest` may be null if `length` is 0. */
 QV_API QV_BOOL qvDecoderTryRead( QV_DECODER *dec, QV_BUFFER **dest, QV_INT length );
 
+/** @{ */
 /** Copies so many bytes, or one, to the caller's memory, which may be null if `length` is 0. */
 QV_API QV_BOOL qvDecoderTryReadBytes( QV_DECODER *dec, void *dest, QV_INT length );
 QV_API QV_BOOL qvDecoderTryReadByte( QV_DECODER *dec, uint8_t *dest );
+/** @} */
 
 /* Values --------------------------------------------------------------------------------------------------------- */
 
@@ -69,23 +75,29 @@ QV_API QV_BOOL qvDecoderTryDecodeBool( QV_DECODER *dec, QV_BOOL *value );
 
 QV_API QV_BOOL qvDecoderTryDecodeInt( QV_DECODER *dec, QV_INT *value );
 
+/** @{ */
 /** What is no code point is an error. Chars reads `length` of them; `value` may be null if that is 0. */
 QV_API QV_BOOL qvDecoderTryDecodeChar( QV_DECODER *dec, QV_CHAR *value );
 QV_API QV_BOOL qvDecoderTryDecodeChars( QV_DECODER *dec, QV_CHAR *value, QV_INT length );
+/** @} */
 
+/** @{ */
 /** A length that is negative or greater than the number of bytes left is an error. */
 QV_API QV_BOOL qvDecoderTryDecodeString( QV_DECODER *dec, QV_STRING **value );
 QV_API QV_BOOL qvDecoderTryDecodeBuffer( QV_DECODER *dec, QV_BUFFER **value );
+/** @} */
 
 QV_API QV_BOOL qvDecoderTryDecodeStore( QV_DECODER *dec, QV_STORE **value );
 
 /** A new Vector of Strings. A negative number of elements gives an empty one. */
 QV_API QV_BOOL qvDecoderTryDecodeStringVector( QV_DECODER *dec, QV_VECTOR **value );
 
+/** @{ */
 /** The same where there may be no value: then they succeed with null. */
 QV_API QV_BOOL qvDecoderTryDecodeOptionalString( QV_DECODER *dec, QV_STRING **value );
 QV_API QV_BOOL qvDecoderTryDecodeOptionalBuffer( QV_DECODER *dec, QV_BUFFER **value );
 QV_API QV_BOOL qvDecoderTryDecodeOptionalStore( QV_DECODER *dec, QV_STORE **value );
 QV_API QV_BOOL qvDecoderTryDecodeOptionalStringVector( QV_DECODER *dec, QV_VECTOR **value );
+/** @} */
 
 #endif

@@ -67,9 +67,11 @@ QV_API void qvDictClear( QV_DICT **dict );
 /** How many entries there are. */
 QV_API QV_INT qvDictLength( QV_DICT *dict );
 
+/** @{ */
 /** The key and the value at an index. */
 QV_API QV_OBJ *qvDictKeyAt( QV_DICT *dict, QV_INT idx );
 QV_API QV_OBJ *qvDictValueAt( QV_DICT *dict, QV_INT idx );
+/** @} */
 
 /** Replaces the value at an index and keeps the key. */
 QV_API void qvDictSetValueAt( QV_DICT **dict, QV_INT idx, QV_OBJ *value );
@@ -77,12 +79,15 @@ QV_API void qvDictSetValueAt( QV_DICT **dict, QV_INT idx, QV_OBJ *value );
 /** Deletes the entry at an index. */
 QV_API void qvDictDelAt( QV_DICT **dict, QV_INT idx );
 
+/** @{ */
 /** New Vectors of all keys and of all values, in the order of the indexes. */
 QV_API QV_VECTOR *qvDictKeysVector( QV_DICT *dict );
 QV_API QV_VECTOR *qvDictValuesVector( QV_DICT *dict );
+/** @} */
 
 /* By key --------------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** The value of a key, or null.
 
     What a key can be: any object; the boxed null; a boxed truth value, integer or real; a sort; a String, or a new
@@ -97,7 +102,9 @@ QV_API QV_OBJ *qvDictSortKey( QV_DICT *dict, QV_SORT *key );
 QV_API QV_OBJ *qvDictStringKey( QV_DICT *dict, QV_STRING *key );
 QV_API QV_OBJ *qvDictStringKeyCstr( QV_DICT *dict, const char *text, QV_INT length );
 QV_API QV_OBJ *qvDictStringKeyWcstr( QV_DICT *dict, const wchar_t *text, QV_INT length );
+/** @} */
 
+/** @{ */
 /** True when the key is present. */
 QV_API QV_BOOL qvDictHasObjKey( QV_DICT *dict, QV_OBJ *key );
 QV_API QV_BOOL qvDictHasNullKey( QV_DICT *dict );
@@ -108,7 +115,9 @@ QV_API QV_BOOL qvDictHasSortKey( QV_DICT *dict, QV_SORT *key );
 QV_API QV_BOOL qvDictHasStringKey( QV_DICT *dict, QV_STRING *key );
 QV_API QV_BOOL qvDictHasStringKeyCstr( QV_DICT *dict, const char *text, QV_INT length );
 QV_API QV_BOOL qvDictHasStringKeyWcstr( QV_DICT *dict, const wchar_t *text, QV_INT length );
+/** @} */
 
+/** @{ */
 /** The index of the key, or -1. */
 QV_API QV_INT qvDictIndexOfObjKey( QV_DICT *dict, QV_OBJ *key );
 QV_API QV_INT qvDictIndexOfNullKey( QV_DICT *dict );
@@ -119,7 +128,9 @@ QV_API QV_INT qvDictIndexOfSortKey( QV_DICT *dict, QV_SORT *key );
 QV_API QV_INT qvDictIndexOfStringKey( QV_DICT *dict, QV_STRING *key );
 QV_API QV_INT qvDictIndexOfStringKeyCstr( QV_DICT *dict, const char *text, QV_INT length );
 QV_API QV_INT qvDictIndexOfStringKeyWcstr( QV_DICT *dict, const wchar_t *text, QV_INT length );
+/** @} */
 
+/** @{ */
 /** Sets the value of a key. Where the key is present already, the new key object takes the place of the old one. */
 QV_API void qvDictSetObjKey( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value );
 QV_API void qvDictSetNullKey( QV_DICT **dict, QV_OBJ *value );
@@ -130,7 +141,9 @@ QV_API void qvDictSetSortKey( QV_DICT **dict, QV_SORT *key, QV_OBJ *value );
 QV_API void qvDictSetStringKey( QV_DICT **dict, QV_STRING *key, QV_OBJ *value );
 QV_API void qvDictSetStringKeyCstr( QV_DICT **dict, const char *text, QV_INT length, QV_OBJ *value );
 QV_API void qvDictSetStringKeyWcstr( QV_DICT **dict, const wchar_t *text, QV_INT length, QV_OBJ *value );
+/** @} */
 
+/** @{ */
 /** Deletes the entry of a key, if there is one; a shared Dict without it stays shared. */
 QV_API void qvDictDelObjKey( QV_DICT **dict, QV_OBJ *key );
 QV_API void qvDictDelNullKey( QV_DICT **dict );
@@ -141,6 +154,7 @@ QV_API void qvDictDelSortKey( QV_DICT **dict, QV_SORT *key );
 QV_API void qvDictDelStringKey( QV_DICT **dict, QV_STRING *key );
 QV_API void qvDictDelStringKeyCstr( QV_DICT **dict, const char *text, QV_INT length );
 QV_API void qvDictDelStringKeyWcstr( QV_DICT **dict, const wchar_t *text, QV_INT length );
+/** @} */
 
 /* By value ------------------------------------------------------------------------------------------------------- */
 

@@ -44,20 +44,26 @@ QV_API void qvEncoderClear( QV_ENCODER *enc );
 
 /* Bytes as they are ---------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** All of a Buffer or a part of it; offsets and lengths are in bytes and as for qvBufferAppend() and its sisters. */
 QV_API void qvEncoderWrite( QV_ENCODER *enc, QV_BUFFER *buf );
 QV_API void qvEncoderWriteLeading( QV_ENCODER *enc, QV_BUFFER *buf, QV_INT length );
 QV_API void qvEncoderWriteTrailing( QV_ENCODER *enc, QV_BUFFER *buf, QV_INT length );
 QV_API void qvEncoderWriteInner( QV_ENCODER *enc, QV_BUFFER *buf, QV_INT offset, QV_INT length );
 QV_API void qvEncoderWriteOuter( QV_ENCODER *enc, QV_BUFFER *buf, QV_INT offset, QV_INT length );
+/** @} */
 
+/** @{ */
 /** A byte; an array, which may be null if it is empty. */
 QV_API void qvEncoderWriteByte( QV_ENCODER *enc, uint8_t byte );
 QV_API void qvEncoderWriteBytes( QV_ENCODER *enc, const void *bytes, QV_INT length );
+/** @} */
 
+/** @{ */
 /** So many bytes 00 or FF. */
 QV_API void qvEncoderWriteZero( QV_ENCODER *enc, QV_INT length );
 QV_API void qvEncoderWriteOne( QV_ENCODER *enc, QV_INT length );
+/** @} */
 
 /** What another Encoder has written so far; it may be the same one. */
 QV_API void qvEncoderWriteEncoder( QV_ENCODER *enc, QV_ENCODER *src );
@@ -83,10 +89,12 @@ QV_API void qvEncoderEncodeStore( QV_ENCODER *enc, QV_STORE *store );
 /** The elements may be objects of any kind; their texts are written. */
 QV_API void qvEncoderEncodeStringVector( QV_ENCODER *enc, QV_VECTOR *vec );
 
+/** @{ */
 /** The same with null for no value. */
 QV_API void qvEncoderEncodeOptionalString( QV_ENCODER *enc, QV_STRING *qvs );
 QV_API void qvEncoderEncodeOptionalBuffer( QV_ENCODER *enc, QV_BUFFER *buf );
 QV_API void qvEncoderEncodeOptionalStore( QV_ENCODER *enc, QV_STORE *store );
 QV_API void qvEncoderEncodeOptionalStringVector( QV_ENCODER *enc, QV_VECTOR *vec );
+/** @} */
 
 #endif

@@ -35,26 +35,34 @@ QV_API QV_ENUM *qvEnumCreateFrom( QV_ENUM *source );
 /** All names in their order, as a new Vector of Strings. */
 QV_API QV_VECTOR *qvEnumEnumerantsVector( QV_ENUM *en );
 
+/** @{ */
 /** The value of a name, or -1. */
 QV_API QV_INT qvEnumEnumerant( QV_ENUM *en, QV_STRING *name );
 QV_API QV_INT qvEnumEnumerantCstr( QV_ENUM *en, const char *cstr, QV_INT length );
 QV_API QV_INT qvEnumEnumerantWcstr( QV_ENUM *en, const wchar_t *wcstr, QV_INT length );
+/** @} */
 
+/** @{ */
 /** True if there is such a name. */
 QV_API QV_BOOL qvEnumHasEnumerant( QV_ENUM *en, QV_STRING *name );
 QV_API QV_BOOL qvEnumHasEnumerantCstr( QV_ENUM *en, const char *cstr, QV_INT length );
 QV_API QV_BOOL qvEnumHasEnumerantWcstr( QV_ENUM *en, const wchar_t *wcstr, QV_INT length );
+/** @} */
 
+/** @{ */
 /** Enters a name, or moves one to another value. Of several names with one value, qvEnumGenerate() gives the one
     entered last. */
 QV_API void qvEnumSetEnumerant( QV_ENUM **en, QV_STRING *name, QV_INT value );
 QV_API void qvEnumSetEnumerantCstr( QV_ENUM **en, const char *cstr, QV_INT length, QV_INT value );
 QV_API void qvEnumSetEnumerantWcstr( QV_ENUM **en, const wchar_t *wcstr, QV_INT length, QV_INT value );
+/** @} */
 
+/** @{ */
 /** Takes a name away, and its value where qvEnumGenerate() gave this name for it. An unknown name changes nothing. */
 QV_API void qvEnumDelEnumerant( QV_ENUM **en, QV_STRING *name );
 QV_API void qvEnumDelEnumerantCstr( QV_ENUM **en, const char *cstr, QV_INT length );
 QV_API void qvEnumDelEnumerantWcstr( QV_ENUM **en, const wchar_t *wcstr, QV_INT length );
+/** @} */
 
 /** The name of a value as a new reference, or null. */
 QV_API QV_STRING *qvEnumGenerate( QV_ENUM *en, QV_INT value );

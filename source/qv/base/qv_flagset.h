@@ -36,26 +36,34 @@ QV_API QV_FLAGSET *qvFlagsetCreateFrom( QV_FLAGSET *source );
 /** All names in their order, as a new Vector of Strings. */
 QV_API QV_VECTOR *qvFlagsetFlagsVector( QV_FLAGSET *fs );
 
+/** @{ */
 /** The value of a name, or 0. */
 QV_API QV_INT qvFlagsetFlag( QV_FLAGSET *fs, QV_STRING *name );
 QV_API QV_INT qvFlagsetFlagCstr( QV_FLAGSET *fs, const char *cstr, QV_INT length );
 QV_API QV_INT qvFlagsetFlagWcstr( QV_FLAGSET *fs, const wchar_t *wcstr, QV_INT length );
+/** @} */
 
+/** @{ */
 /** True if there is such a name. */
 QV_API QV_BOOL qvFlagsetHasFlag( QV_FLAGSET *fs, QV_STRING *name );
 QV_API QV_BOOL qvFlagsetHasFlagCstr( QV_FLAGSET *fs, const char *cstr, QV_INT length );
 QV_API QV_BOOL qvFlagsetHasFlagWcstr( QV_FLAGSET *fs, const wchar_t *wcstr, QV_INT length );
+/** @} */
 
+/** @{ */
 /** Enters a name, or moves one to another bit. Of several names for one bit, qvFlagsetGenerate() gives the one
     entered last. */
 QV_API void qvFlagsetSetFlag( QV_FLAGSET **fs, QV_STRING *name, QV_INT value );
 QV_API void qvFlagsetSetFlagCstr( QV_FLAGSET **fs, const char *cstr, QV_INT length, QV_INT value );
 QV_API void qvFlagsetSetFlagWcstr( QV_FLAGSET **fs, const wchar_t *wcstr, QV_INT length, QV_INT value );
+/** @} */
 
+/** @{ */
 /** Takes a name away, and its bit where qvFlagsetGenerate() gave this name for it. An unknown name changes nothing. */
 QV_API void qvFlagsetDelFlag( QV_FLAGSET **fs, QV_STRING *name );
 QV_API void qvFlagsetDelFlagCstr( QV_FLAGSET **fs, const char *cstr, QV_INT length );
 QV_API void qvFlagsetDelFlagWcstr( QV_FLAGSET **fs, const wchar_t *wcstr, QV_INT length );
+/** @} */
 
 /** The names of the bits that are set, lowest first, with `|` between them, as a new text. A bit without a name ends
     the process. */

@@ -90,6 +90,7 @@ QV_API QV_STRING *qvFormatEncodeChars( const QV_CHAR *src, QV_INT srcLength, QV_
 
 /* Decoding ------------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** Decoders read the number or word at the start of the characters, and white space around it. They give true if there
     was one, and the value and the number of characters read in any case; `value` and `consumed` may be null. A caller
     who wants nothing else in the text compares `consumed` with its length. No text ends the process; a
@@ -104,19 +105,24 @@ QV_API QV_BOOL qvFormatTryDecodeIntChars(
     const QV_CHAR *src, QV_INT srcLength, QV_INT base, QV_INT *value, QV_INT *consumed );
 QV_API QV_BOOL qvFormatTryDecodeInt(
     QV_STRING *src, QV_INT srcOffset, QV_INT srcLength, QV_INT base, QV_INT *value, QV_INT *consumed );
+/** @} */
 
+/** @{ */
 /** A real is the same with one `.` or `,` anywhere in front of, among or behind its digits, and the separator alone is
     0. There is no exponent, NaN or infinity. A plus sign is read with base -1 only. */
 QV_API QV_BOOL qvFormatTryDecodeRealChars(
     const QV_CHAR *src, QV_INT srcLength, QV_INT base, QV_REAL *value, QV_INT *consumed );
 QV_API QV_BOOL qvFormatTryDecodeReal(
     QV_STRING *src, QV_INT srcOffset, QV_INT srcLength, QV_INT base, QV_REAL *value, QV_INT *consumed );
+/** @} */
 
+/** @{ */
 /** A truth value is the word `true` or `false` in either case, whatever follows it. With `allowNumeric` it may be a
     real too, with the base of its prefix; 0 is false. */
 QV_API QV_BOOL qvFormatTryDecodeBoolChars(
     const QV_CHAR *src, QV_INT srcLength, QV_BOOL allowNumeric, QV_BOOL *value, QV_INT *consumed );
 QV_API QV_BOOL qvFormatTryDecodeBool(
     QV_STRING *src, QV_INT srcOffset, QV_INT srcLength, QV_BOOL allowNumeric, QV_BOOL *value, QV_INT *consumed );
+/** @} */
 
 #endif

@@ -25,19 +25,25 @@ QV_API QV_GENERATION *qvGenerationCreate( void );
 /** A new child. */
 QV_API QV_GENERATION *qvGenerationCreateWithParent( QV_GENERATION *parentGeneration );
 
+/** @{ */
 /** The parent; null for a root. */
 QV_API QV_GENERATION *qvGenerationParent( QV_GENERATION *generation );
 QV_API QV_BOOL        qvGenerationHasParent( QV_GENERATION *generation );
+/** @} */
 
+/** @{ */
 /** What the first one is to the other one. Nobody is his own ancestor. The time grows with the number of generations
     between them. */
 QV_API QV_BOOL qvGenerationIsParent( QV_GENERATION *generation, QV_GENERATION *otherGeneration );
 QV_API QV_BOOL qvGenerationIsChild( QV_GENERATION *generation, QV_GENERATION *otherGeneration );
 QV_API QV_BOOL qvGenerationIsAncestor( QV_GENERATION *generation, QV_GENERATION *otherGeneration );
 QV_API QV_BOOL qvGenerationIsDescendant( QV_GENERATION *generation, QV_GENERATION *otherGeneration );
+/** @} */
 
+/** @{ */
 /** True if the first one comes before, or after, the other one in the order of paths. */
 QV_API QV_BOOL qvGenerationIsOlder( QV_GENERATION *genA, QV_GENERATION *genB );
 QV_API QV_BOOL qvGenerationIsYounger( QV_GENERATION *genA, QV_GENERATION *genB );
+/** @} */
 
 #endif

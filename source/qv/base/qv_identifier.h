@@ -13,13 +13,17 @@ QV_FAMILY( Identifier, QV_IDENTIFIER )
 /** A new random Identifier. */
 QV_API QV_IDENTIFIER *qvIdentifierCreate( void );
 
+/** @{ */
 /** The Identifier that the text tells, in ASCII where it is a Buffer; null if it isn't 32 digits, or if one is in lower
     case. */
 QV_API QV_IDENTIFIER *qvIdentifierTryCreateFromString( QV_STRING *qvs );
 QV_API QV_IDENTIFIER *qvIdentifierTryCreateFromBuffer( QV_BUFFER *buffer );
+/** @} */
 
+/** @{ */
 /** The 32 digits: in ASCII, as a new Buffer, or as a String. */
 QV_API QV_BUFFER *qvIdentifierBuffer( QV_IDENTIFIER *ident );
 QV_API QV_STRING *qvIdentifierString( QV_IDENTIFIER *ident );
+/** @} */
 
 #endif

@@ -72,33 +72,45 @@ QV_API QV_BOOL qvOptSeqHasNext( QV_OPT_SEQ *seq );
     anything left the process ends. */
 QV_API QV_INT qvOptSeqNext( QV_OPT_SEQ *seq );
 
+/** @{ */
 /** The id of the last step; both are the same. */
 QV_API QV_INT qvOptSeqId( QV_OPT_SEQ *seq );
 QV_API QV_INT qvOptSeqIdSecondary( QV_OPT_SEQ *seq );
+/** @} */
 
+/** @{ */
 /** The option of the last step as it was written, without its argument: a new reference, or null. */
 QV_API QV_BOOL    qvOptSeqHasOpt( QV_OPT_SEQ *seq );
 QV_API QV_STRING *qvOptSeqOpt( QV_OPT_SEQ *seq );
+/** @} */
 
+/** @{ */
 /** The argument of the last step: a new reference, or null; and its text, new or null. */
 QV_API QV_BOOL    qvOptSeqHasArg( QV_OPT_SEQ *seq );
 QV_API QV_OBJ    *qvOptSeqArgObj( QV_OPT_SEQ *seq );
 QV_API QV_STRING *qvOptSeqArgString( QV_OPT_SEQ *seq );
+/** @} */
 
+/** @{ */
 /** The argument as a number: boxed numbers, and texts that are a number as a whole, in any base with its prefix; no
     other object, whatever its text. 0 where it is none. As an integer, a boxed real is cut as qvRealToInt() does. */
 QV_API QV_BOOL qvOptSeqArgIsReal( QV_OPT_SEQ *seq );
 QV_API QV_REAL qvOptSeqArgReal( QV_OPT_SEQ *seq );
 QV_API QV_BOOL qvOptSeqArgIsInt( QV_OPT_SEQ *seq );
 QV_API QV_INT  qvOptSeqArgInt( QV_OPT_SEQ *seq );
+/** @} */
 
+/** @{ */
 /** The argument as a truth value: a boxed one, or a text that is one as a whole; with `allowNumeric` numbers too, of
     which 0 is false. False where it is none. */
 QV_API QV_BOOL qvOptSeqArgIsBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric );
 QV_API QV_BOOL qvOptSeqArgBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric );
+/** @} */
 
+/** @{ */
 /** What was wrong in the last step, as a text for the user: a new reference, or null. */
 QV_API QV_BOOL    qvOptSeqHasError( QV_OPT_SEQ *seq );
 QV_API QV_STRING *qvOptSeqError( QV_OPT_SEQ *seq );
+/** @} */
 
 #endif

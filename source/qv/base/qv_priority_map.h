@@ -50,25 +50,33 @@ QV_API void qvPriorityMapClear( QV_PRIORITY_MAP **map );
 /** How many objects there are. */
 QV_API QV_INT qvPriorityMapLength( QV_PRIORITY_MAP *map );
 
+/** @{ */
 /** The priority and the object at an index. */
 QV_API QV_INT  qvPriorityMapPriorityAt( QV_PRIORITY_MAP *map, QV_INT idx );
 QV_API QV_OBJ *qvPriorityMapValueAt( QV_PRIORITY_MAP *map, QV_INT idx );
+/** @} */
 
 /** A new Vector of the objects in their order. */
 QV_API QV_VECTOR *qvPriorityMapValuesVector( QV_PRIORITY_MAP *map );
 
+/** @{ */
 /** True if the object is in the map; its index, or -1. */
 QV_API QV_BOOL qvPriorityMapHas( QV_PRIORITY_MAP *map, QV_OBJ *obj );
 QV_API QV_INT  qvPriorityMapIndexOf( QV_PRIORITY_MAP *map, QV_OBJ *obj );
+/** @} */
 
+/** @{ */
 /** The last and the first object, or null if the map is empty. `*priority` becomes its priority, or 0; `priority` may
     be null, here and below. */
 QV_API QV_OBJ *qvPriorityMapHighest( QV_PRIORITY_MAP *map, QV_INT *priority );
 QV_API QV_OBJ *qvPriorityMapLowest( QV_PRIORITY_MAP *map, QV_INT *priority );
+/** @} */
 
+/** @{ */
 /** The object behind or before `obj`, or null if there is none or `obj` is not in the map. */
 QV_API QV_OBJ *qvPriorityMapHigher( QV_PRIORITY_MAP *map, QV_OBJ *obj, QV_INT *priority );
 QV_API QV_OBJ *qvPriorityMapLower( QV_PRIORITY_MAP *map, QV_OBJ *obj, QV_INT *priority );
+/** @} */
 
 /* Changing ------------------------------------------------------------------------------------------------------- */
 
@@ -76,8 +84,10 @@ QV_API QV_OBJ *qvPriorityMapLower( QV_PRIORITY_MAP *map, QV_OBJ *obj, QV_INT *pr
     was. */
 QV_API void qvPriorityMapSet( QV_PRIORITY_MAP **map, QV_INT priority, QV_OBJ *obj );
 
+/** @{ */
 /** Takes `obj` out, if it is there, or the object at an index. */
 QV_API void qvPriorityMapDel( QV_PRIORITY_MAP **map, QV_OBJ *obj );
 QV_API void qvPriorityMapDelAt( QV_PRIORITY_MAP **map, QV_INT idx );
+/** @} */
 
 #endif

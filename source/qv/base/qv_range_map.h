@@ -66,10 +66,12 @@ QV_API QV_INT qvRangeMapLength( QV_RANGE_MAP *map );
 /** True if every set collapses. */
 QV_API QV_BOOL qvRangeMapAutoCollapse( QV_RANGE_MAP *map );
 
+/** @{ */
 /** The first key, the last key and the value of a range. The caller owns the reference. */
 QV_API QV_INT  qvRangeMapStartingKeyAt( QV_RANGE_MAP *map, QV_INT idx );
 QV_API QV_INT  qvRangeMapEndingKeyAt( QV_RANGE_MAP *map, QV_INT idx );
 QV_API QV_OBJ *qvRangeMapObjAt( QV_RANGE_MAP *map, QV_INT idx );
+/** @} */
 
 /** The value of the range that holds `key`, or null. The caller owns the reference. */
 QV_API QV_OBJ *qvRangeMapIntKey( QV_RANGE_MAP *map, QV_INT key );
@@ -79,14 +81,18 @@ QV_API QV_BOOL qvRangeMapHasIntKey( QV_RANGE_MAP *map, QV_INT key );
 
 /* Changing ------------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** Maps all keys from `startingKey` to `endingKey`, or the one key, to `value`, which may be the map itself: then it
     is the map as it was. */
 QV_API void qvRangeMapSetRangeKey( QV_RANGE_MAP **map, QV_INT startingKey, QV_INT endingKey, QV_OBJ *value );
 QV_API void qvRangeMapSetIntKey( QV_RANGE_MAP **map, QV_INT key, QV_OBJ *value );
+/** @} */
 
+/** @{ */
 /** Leaves no key of the interval mapped. */
 QV_API void qvRangeMapDelRangeKey( QV_RANGE_MAP **map, QV_INT startingKey, QV_INT endingKey );
 QV_API void qvRangeMapDelIntKey( QV_RANGE_MAP **map, QV_INT key );
+/** @} */
 
 /** Turns automatic collapsing on, which collapses at once, or off. */
 QV_API void qvRangeMapSetAutoCollapse( QV_RANGE_MAP **map, QV_BOOL autoCollapse );

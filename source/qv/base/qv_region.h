@@ -18,10 +18,12 @@ QV_FAMILY( Region, QV_REGION )
 /** A new region that nobody is in. */
 QV_API QV_REGION *qvRegionCreate( void );
 
+/** @{ */
 /** Waits until the region can be entered in the mode, and enters it. */
 QV_API void qvRegionEnterShared( QV_REGION *region );
 QV_API void qvRegionEnterExclusive( QV_REGION *region );
 QV_API void qvRegionEnter( QV_REGION *region, QV_BOOL exclusive );
+/** @} */
 
 /** Ends the caller's entry, of whichever mode. One that nobody is in ends the process. */
 QV_API void qvRegionLeave( QV_REGION *region );

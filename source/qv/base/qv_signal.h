@@ -48,18 +48,22 @@ QV_API QV_BOOL qvSignalWaitTimed( QV_SIGNAL *sig, QV_INT millisec );
 /** True while an assertion has targets to fire, of whatever kind; who waits doesn't count. */
 QV_API QV_BOOL qvSignalHasSignalables( QV_SIGNAL *sig );
 
+/** @{ */
 /** Adds a target, or fires it if the signal is asserted. One that is there already stays there once; but when the first
     target of a kind was deleted, one that is there and is added again stands there twice, and fires twice. */
 QV_API void qvSignalAddSignalable( QV_SIGNAL *sig, QV_SIGNALABLE *sigb );
 QV_API void qvSignalAddSignal( QV_SIGNAL *sig, QV_SIGNAL *chainedSignal );
 QV_API void qvSignalAddAlert( QV_SIGNAL *sig, QV_ALERT *al );
 QV_API void qvSignalAddBarrier( QV_SIGNAL *sig, QV_BARRIER *waitBarrier );
+/** @} */
 
+/** @{ */
 /** Deletes a target, from both places where it stands twice; one that isn't there is no failure. Waits for an assertion
     that is under way. */
 QV_API void qvSignalDelSignalable( QV_SIGNAL *sig, QV_SIGNALABLE *sigb );
 QV_API void qvSignalDelSignal( QV_SIGNAL *sig, QV_SIGNAL *chainedSignal );
 QV_API void qvSignalDelAlert( QV_SIGNAL *sig, QV_ALERT *al );
 QV_API void qvSignalDelBarrier( QV_SIGNAL *sig, QV_BARRIER *waitBarrier );
+/** @} */
 
 #endif

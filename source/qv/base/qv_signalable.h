@@ -28,11 +28,13 @@ QV_FAMILY( Signalable, QV_SIGNALABLE )
 /** A new target that calls `func( arg )`, of which `arg` may be null. With null as `func` it does nothing. */
 QV_API QV_SIGNALABLE *qvSignalableCreate( QV_SIGNALABLE_FUNC func, QV_OBJ *arg );
 
+/** @{ */
 /** A new target that opens a barrier, adds the low 16 bits of `conditions` to a condition set, asserts a signal or sets
     an alert. It keeps a reference to what it fires for as long as it lives. */
 QV_API QV_SIGNALABLE *qvSignalableCreateBarrier( QV_BARRIER *barrier );
 QV_API QV_SIGNALABLE *qvSignalableCreateCondset( QV_CONDSET *condSet, QV_INT conditions );
 QV_API QV_SIGNALABLE *qvSignalableCreateSignal( QV_SIGNAL *sig );
 QV_API QV_SIGNALABLE *qvSignalableCreateAlert( QV_ALERT *alert );
+/** @} */
 
 #endif

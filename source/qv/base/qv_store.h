@@ -84,10 +84,12 @@ QV_API QV_INT qvStoreLength( QV_STORE *store );
 /** The address at an index. The caller owns the reference. */
 QV_API QV_STRING *qvStoreAddressAt( QV_STORE *store, QV_INT index );
 
+/** @{ */
 /** All addresses, those with a value, those with a sub-store: a new Vector of Strings in ascending order. */
 QV_API QV_VECTOR *qvStoreAddressesVector( QV_STORE *store );
 QV_API QV_VECTOR *qvStoreValueAddressesVector( QV_STORE *store );
 QV_API QV_VECTOR *qvStoreStoreAddressesVector( QV_STORE *store );
+/** @} */
 
 /** True for a text that can be an address. */
 QV_API QV_BOOL qvStoreAddressOk( QV_STRING *address );
@@ -107,6 +109,7 @@ QV_API void qvStoreMerge( QV_STORE **store, QV_STORE *other );
     - Format, FormatCstr, FormatWcstr: the text of a format and the arguments at the end (qv_format.h tells the
       language). */
 
+/** @{ */
 /** True if the address has an entry: a value, a sub-store or both. */
 QV_API QV_BOOL qvStoreHasAddress( QV_STORE *store, QV_STRING *address );
 QV_API QV_BOOL qvStoreHasAddressCstr( QV_STORE *store, const char *address, QV_INT length );
@@ -114,7 +117,9 @@ QV_API QV_BOOL qvStoreHasAddressWcstr( QV_STORE *store, const wchar_t *address, 
 QV_API QV_BOOL qvStoreHasAddressFormat( QV_STORE *store, QV_STRING *format, ... );
 QV_API QV_BOOL qvStoreHasAddressFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... );
 QV_API QV_BOOL qvStoreHasAddressFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... );
+/** @} */
 
+/** @{ */
 /** The value, or null if the address has none. The caller owns the reference. */
 QV_API QV_STRING *qvStoreValue( QV_STORE *store, QV_STRING *address );
 QV_API QV_STRING *qvStoreValueAt( QV_STORE *store, QV_INT index );
@@ -123,7 +128,9 @@ QV_API QV_STRING *qvStoreValueWcstr( QV_STORE *store, const wchar_t *address, QV
 QV_API QV_STRING *qvStoreValueFormat( QV_STORE *store, QV_STRING *format, ... );
 QV_API QV_STRING *qvStoreValueFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... );
 QV_API QV_STRING *qvStoreValueFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... );
+/** @} */
 
+/** @{ */
 /** True if the address has a value, whatever its text. */
 QV_API QV_BOOL qvStoreHasValue( QV_STORE *store, QV_STRING *address );
 QV_API QV_BOOL qvStoreHasValueAt( QV_STORE *store, QV_INT index );
@@ -132,7 +139,9 @@ QV_API QV_BOOL qvStoreHasValueWcstr( QV_STORE *store, const wchar_t *address, QV
 QV_API QV_BOOL qvStoreHasValueFormat( QV_STORE *store, QV_STRING *format, ... );
 QV_API QV_BOOL qvStoreHasValueFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... );
 QV_API QV_BOOL qvStoreHasValueFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... );
+/** @} */
 
+/** @{ */
 /** Sets the value. A sub-store at the address stays. */
 QV_API void qvStoreSetValue( QV_STORE **store, QV_STRING *address, QV_STRING *value );
 QV_API void qvStoreSetValueAt( QV_STORE **store, QV_INT index, QV_STRING *value );
@@ -141,7 +150,9 @@ QV_API void qvStoreSetValueWcstr( QV_STORE **store, const wchar_t *address, QV_I
 QV_API void qvStoreSetValueFormat( QV_STORE **store, QV_STRING *format, QV_STRING *value, ... );
 QV_API void qvStoreSetValueFormatCstr( QV_STORE **store, const char *format, QV_INT length, QV_STRING *value, ... );
 QV_API void qvStoreSetValueFormatWcstr( QV_STORE **store, const wchar_t *format, QV_INT length, QV_STRING *value, ... );
+/** @} */
 
+/** @{ */
 /** Deletes the value, if there is one. With no sub-store either, the address goes too. */
 QV_API void qvStoreDelValue( QV_STORE **store, QV_STRING *address );
 QV_API void qvStoreDelValueAt( QV_STORE **store, QV_INT index );
@@ -150,7 +161,9 @@ QV_API void qvStoreDelValueWcstr( QV_STORE **store, const wchar_t *address, QV_I
 QV_API void qvStoreDelValueFormat( QV_STORE **store, QV_STRING *format, ... );
 QV_API void qvStoreDelValueFormatCstr( QV_STORE **store, const char *format, QV_INT length, ... );
 QV_API void qvStoreDelValueFormatWcstr( QV_STORE **store, const wchar_t *format, QV_INT length, ... );
+/** @} */
 
+/** @{ */
 /** Reads a truth value: "true" or "false" in either case, or a number, of which zero is false. Gives true if there is
     a value that is one from end to end; else `*out`, where `out` is not null, becomes false. */
 QV_API QV_BOOL qvStoreValueBool( QV_STORE *store, QV_BOOL *out, QV_STRING *address );
@@ -160,7 +173,9 @@ QV_API QV_BOOL qvStoreValueBoolWcstr( QV_STORE *store, QV_BOOL *out, const wchar
 QV_API QV_BOOL qvStoreValueBoolFormat( QV_STORE *store, QV_BOOL *out, QV_STRING *format, ... );
 QV_API QV_BOOL qvStoreValueBoolFormatCstr( QV_STORE *store, QV_BOOL *out, const char *format, QV_INT length, ... );
 QV_API QV_BOOL qvStoreValueBoolFormatWcstr( QV_STORE *store, QV_BOOL *out, const wchar_t *format, QV_INT length, ... );
+/** @} */
 
+/** @{ */
 /** True if the value is a truth value. */
 QV_API QV_BOOL qvStoreHasValueBool( QV_STORE *store, QV_STRING *address );
 QV_API QV_BOOL qvStoreHasValueBoolAt( QV_STORE *store, QV_INT index );
@@ -169,7 +184,9 @@ QV_API QV_BOOL qvStoreHasValueBoolWcstr( QV_STORE *store, const wchar_t *address
 QV_API QV_BOOL qvStoreHasValueBoolFormat( QV_STORE *store, QV_STRING *format, ... );
 QV_API QV_BOOL qvStoreHasValueBoolFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... );
 QV_API QV_BOOL qvStoreHasValueBoolFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... );
+/** @} */
 
+/** @{ */
 /** Sets the value to "true" or "false". */
 QV_API void qvStoreSetValueBool( QV_STORE **store, QV_STRING *address, QV_BOOL value );
 QV_API void qvStoreSetValueBoolAt( QV_STORE **store, QV_INT index, QV_BOOL value );
@@ -179,7 +196,9 @@ QV_API void qvStoreSetValueBoolFormat( QV_STORE **store, QV_STRING *format, QV_B
 QV_API void qvStoreSetValueBoolFormatCstr( QV_STORE **store, const char *format, QV_INT length, QV_BOOL value, ... );
 QV_API void qvStoreSetValueBoolFormatWcstr(
     QV_STORE **store, const wchar_t *format, QV_INT length, QV_BOOL value, ... );
+/** @} */
 
+/** @{ */
 /** Reads an integer, in base 10 or the one that its prefix tells. Gives true if there is a value that is one from end
     to end; else `*out`, where `out` is not null, becomes 0. */
 QV_API QV_BOOL qvStoreValueInt( QV_STORE *store, QV_INT *out, QV_STRING *address );
@@ -189,7 +208,9 @@ QV_API QV_BOOL qvStoreValueIntWcstr( QV_STORE *store, QV_INT *out, const wchar_t
 QV_API QV_BOOL qvStoreValueIntFormat( QV_STORE *store, QV_INT *out, QV_STRING *format, ... );
 QV_API QV_BOOL qvStoreValueIntFormatCstr( QV_STORE *store, QV_INT *out, const char *format, QV_INT length, ... );
 QV_API QV_BOOL qvStoreValueIntFormatWcstr( QV_STORE *store, QV_INT *out, const wchar_t *format, QV_INT length, ... );
+/** @} */
 
+/** @{ */
 /** True if the value is an integer. */
 QV_API QV_BOOL qvStoreHasValueInt( QV_STORE *store, QV_STRING *address );
 QV_API QV_BOOL qvStoreHasValueIntAt( QV_STORE *store, QV_INT index );
@@ -198,7 +219,9 @@ QV_API QV_BOOL qvStoreHasValueIntWcstr( QV_STORE *store, const wchar_t *address,
 QV_API QV_BOOL qvStoreHasValueIntFormat( QV_STORE *store, QV_STRING *format, ... );
 QV_API QV_BOOL qvStoreHasValueIntFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... );
 QV_API QV_BOOL qvStoreHasValueIntFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... );
+/** @} */
 
+/** @{ */
 /** Sets the value to the integer in base 10. */
 QV_API void qvStoreSetValueInt( QV_STORE **store, QV_STRING *address, QV_INT value );
 QV_API void qvStoreSetValueIntAt( QV_STORE **store, QV_INT index, QV_INT value );
@@ -207,7 +230,9 @@ QV_API void qvStoreSetValueIntWcstr( QV_STORE **store, const wchar_t *address, Q
 QV_API void qvStoreSetValueIntFormat( QV_STORE **store, QV_STRING *format, QV_INT value, ... );
 QV_API void qvStoreSetValueIntFormatCstr( QV_STORE **store, const char *format, QV_INT length, QV_INT value, ... );
 QV_API void qvStoreSetValueIntFormatWcstr( QV_STORE **store, const wchar_t *format, QV_INT length, QV_INT value, ... );
+/** @} */
 
+/** @{ */
 /** Reads a number with an optional fraction, but no exponent. Gives true if there is a value that is one from end to
     end; else `*out`, where `out` is not null, becomes 0.0. */
 QV_API QV_BOOL qvStoreValueReal( QV_STORE *store, QV_REAL *out, QV_STRING *address );
@@ -217,7 +242,9 @@ QV_API QV_BOOL qvStoreValueRealWcstr( QV_STORE *store, QV_REAL *out, const wchar
 QV_API QV_BOOL qvStoreValueRealFormat( QV_STORE *store, QV_REAL *out, QV_STRING *format, ... );
 QV_API QV_BOOL qvStoreValueRealFormatCstr( QV_STORE *store, QV_REAL *out, const char *format, QV_INT length, ... );
 QV_API QV_BOOL qvStoreValueRealFormatWcstr( QV_STORE *store, QV_REAL *out, const wchar_t *format, QV_INT length, ... );
+/** @} */
 
+/** @{ */
 /** True if the value is such a number. */
 QV_API QV_BOOL qvStoreHasValueReal( QV_STORE *store, QV_STRING *address );
 QV_API QV_BOOL qvStoreHasValueRealAt( QV_STORE *store, QV_INT index );
@@ -226,7 +253,9 @@ QV_API QV_BOOL qvStoreHasValueRealWcstr( QV_STORE *store, const wchar_t *address
 QV_API QV_BOOL qvStoreHasValueRealFormat( QV_STORE *store, QV_STRING *format, ... );
 QV_API QV_BOOL qvStoreHasValueRealFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... );
 QV_API QV_BOOL qvStoreHasValueRealFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... );
+/** @} */
 
+/** @{ */
 /** Sets the value to the number in base 10 with six digits behind the point, cut off. */
 QV_API void qvStoreSetValueReal( QV_STORE **store, QV_STRING *address, QV_REAL value );
 QV_API void qvStoreSetValueRealAt( QV_STORE **store, QV_INT index, QV_REAL value );
@@ -236,7 +265,9 @@ QV_API void qvStoreSetValueRealFormat( QV_STORE **store, QV_STRING *format, QV_R
 QV_API void qvStoreSetValueRealFormatCstr( QV_STORE **store, const char *format, QV_INT length, QV_REAL value, ... );
 QV_API void qvStoreSetValueRealFormatWcstr(
     QV_STORE **store, const wchar_t *format, QV_INT length, QV_REAL value, ... );
+/** @} */
 
+/** @{ */
 /** The sub-store, or null if the address has none. The caller owns the reference; later changes of either store do not
     show in the other. */
 QV_API QV_STORE *qvStoreStore( QV_STORE *store, QV_STRING *address );
@@ -246,7 +277,9 @@ QV_API QV_STORE *qvStoreStoreWcstr( QV_STORE *store, const wchar_t *address, QV_
 QV_API QV_STORE *qvStoreStoreFormat( QV_STORE *store, QV_STRING *format, ... );
 QV_API QV_STORE *qvStoreStoreFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... );
 QV_API QV_STORE *qvStoreStoreFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... );
+/** @} */
 
+/** @{ */
 /** True if the address has a sub-store, which may be empty. */
 QV_API QV_BOOL qvStoreHasStore( QV_STORE *store, QV_STRING *address );
 QV_API QV_BOOL qvStoreHasStoreAt( QV_STORE *store, QV_INT index );
@@ -255,7 +288,9 @@ QV_API QV_BOOL qvStoreHasStoreWcstr( QV_STORE *store, const wchar_t *address, QV
 QV_API QV_BOOL qvStoreHasStoreFormat( QV_STORE *store, QV_STRING *format, ... );
 QV_API QV_BOOL qvStoreHasStoreFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... );
 QV_API QV_BOOL qvStoreHasStoreFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... );
+/** @} */
 
+/** @{ */
 /** Sets the sub-store, which may be the store itself: then it is the store as it was. A value at the address stays. */
 QV_API void qvStoreSetStore( QV_STORE **store, QV_STRING *address, QV_STORE *other );
 QV_API void qvStoreSetStoreAt( QV_STORE **store, QV_INT index, QV_STORE *other );
@@ -264,7 +299,9 @@ QV_API void qvStoreSetStoreWcstr( QV_STORE **store, const wchar_t *address, QV_I
 QV_API void qvStoreSetStoreFormat( QV_STORE **store, QV_STRING *format, QV_STORE *other, ... );
 QV_API void qvStoreSetStoreFormatCstr( QV_STORE **store, const char *format, QV_INT length, QV_STORE *other, ... );
 QV_API void qvStoreSetStoreFormatWcstr( QV_STORE **store, const wchar_t *format, QV_INT length, QV_STORE *other, ... );
+/** @} */
 
+/** @{ */
 /** Deletes the sub-store, if there is one. With no value either, the address goes too. */
 QV_API void qvStoreDelStore( QV_STORE **store, QV_STRING *address );
 QV_API void qvStoreDelStoreAt( QV_STORE **store, QV_INT index );
@@ -273,6 +310,7 @@ QV_API void qvStoreDelStoreWcstr( QV_STORE **store, const wchar_t *address, QV_I
 QV_API void qvStoreDelStoreFormat( QV_STORE **store, QV_STRING *format, ... );
 QV_API void qvStoreDelStoreFormatCstr( QV_STORE **store, const char *format, QV_INT length, ... );
 QV_API void qvStoreDelStoreFormatWcstr( QV_STORE **store, const wchar_t *format, QV_INT length, ... );
+/** @} */
 
 /* Text form ------------------------------------------------------------------------------------------------------ */
 

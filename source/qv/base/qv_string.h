@@ -45,12 +45,14 @@ QV_FAMILY( String, QV_STRING )
 /** The empty String. Constant time: there is one, which everybody shares. */
 QV_API QV_STRING *qvStringCreate( void );
 
+/** @{ */
 /** A new String with its own copy of `src` or of a part of it. */
 QV_API QV_STRING *qvStringCreateFrom( QV_STRING *src );
 QV_API QV_STRING *qvStringCreateFromLeading( QV_STRING *src, QV_INT count );
 QV_API QV_STRING *qvStringCreateFromTrailing( QV_STRING *src, QV_INT count );
 QV_API QV_STRING *qvStringCreateFromInner( QV_STRING *src, QV_INT offset, QV_INT count );
 QV_API QV_STRING *qvStringCreateFromOuter( QV_STRING *src, QV_INT offset, QV_INT count );
+/** @} */
 
 /** A new String that takes over `chars`, a block from qvMemAlloc(). With a length of 0 the block stays the
     caller's. */
@@ -59,12 +61,15 @@ QV_API QV_STRING *qvStringCreateFromCharsUse( QV_CHAR *chars, QV_INT length );
 /** A new String with a copy of the array. */
 QV_API QV_STRING *qvStringCreateFromCharsCopy( const QV_CHAR *chars, QV_INT length );
 
+/** @{ */
 /** A new String of decoded text. */
 QV_API QV_STRING *qvStringCreateFromAscii( const char *text, QV_INT length );
 QV_API QV_STRING *qvStringCreateFromCstr( const char *text, QV_INT length );
 QV_API QV_STRING *qvStringCreateFromUtf8( const char *text, QV_INT length );
 QV_API QV_STRING *qvStringCreateFromWcstr( const wchar_t *text, QV_INT length );
+/** @} */
 
+/** @{ */
 /** A new String of formatted text; qv_format.h tells the language. A format without a conversion ends the process. */
 QV_API QV_STRING *qvStringCreateFromFormat( QV_STRING *fmt, ... );
 QV_API QV_STRING *qvStringCreateFromFormatArgList( QV_STRING *fmt, va_list *argList );
@@ -72,6 +77,7 @@ QV_API QV_STRING *qvStringCreateFromFormatCstr( const char *fmt, QV_INT fmtLengt
 QV_API QV_STRING *qvStringCreateFromFormatCstrArgList( const char *fmt, QV_INT fmtLength, va_list *argList );
 QV_API QV_STRING *qvStringCreateFromFormatWcstr( const wchar_t *fmt, QV_INT fmtLength, ... );
 QV_API QV_STRING *qvStringCreateFromFormatWcstrArgList( const wchar_t *fmt, QV_INT fmtLength, va_list *argList );
+/** @} */
 
 /* Reading -------------------------------------------------------------------------------------------------------- */
 
@@ -88,6 +94,7 @@ QV_API QV_BOOL qvStringIsBlank( QV_STRING *qvs );
 
 /* Inserting ------------------------------------------------------------------------------------------------------ */
 
+/** @{ */
 /** Inserts in front of the character at `idx`, or at the end where `idx` is the length: a String or a part of it,
     which may be the String inserted into; an array, which may lie in the String inserted into; a character; text; the
     text of an object; formatted text. */
@@ -109,7 +116,9 @@ QV_API void qvStringInsertFormatCstrArgList(
 QV_API void qvStringInsertFormatWcstr( QV_STRING **dest, QV_INT idx, const wchar_t *fmt, QV_INT fmtLength, ... );
 QV_API void qvStringInsertFormatWcstrArgList(
     QV_STRING **dest, QV_INT idx, const wchar_t *fmt, QV_INT fmtLength, va_list *argList );
+/** @} */
 
+/** @{ */
 /** The same at the start. */
 QV_API void qvStringPrepend( QV_STRING **dest, QV_STRING *src );
 QV_API void qvStringPrependLeading( QV_STRING **dest, QV_STRING *src, QV_INT count );
@@ -128,7 +137,9 @@ QV_API void qvStringPrependFormatCstrArgList( QV_STRING **dest, const char *fmt,
 QV_API void qvStringPrependFormatWcstr( QV_STRING **dest, const wchar_t *fmt, QV_INT fmtLength, ... );
 QV_API void qvStringPrependFormatWcstrArgList(
     QV_STRING **dest, const wchar_t *fmt, QV_INT fmtLength, va_list *argList );
+/** @} */
 
+/** @{ */
 /** The same at the end. */
 QV_API void qvStringAppend( QV_STRING **dest, QV_STRING *src );
 QV_API void qvStringAppendLeading( QV_STRING **dest, QV_STRING *src, QV_INT count );
@@ -147,7 +158,9 @@ QV_API void qvStringAppendFormatCstrArgList( QV_STRING **dest, const char *fmt, 
 QV_API void qvStringAppendFormatWcstr( QV_STRING **dest, const wchar_t *fmt, QV_INT fmtLength, ... );
 QV_API void qvStringAppendFormatWcstrArgList(
     QV_STRING **dest, const wchar_t *fmt, QV_INT fmtLength, va_list *argList );
+/** @} */
 
+/** @{ */
 /** Appends the delimiter, unless `*dest` is empty, then `src`. */
 QV_API void qvStringDelimitedAppend( QV_STRING **dest, QV_STRING *src, QV_STRING *delimiter );
 QV_API void qvStringDelimitedAppendCstr(
@@ -163,7 +176,9 @@ QV_API void qvStringDelimitedAppendWcstrSource(
 QV_API void qvStringDelimitedAppendWcstrDelimiter(
     QV_STRING **dest, QV_STRING *src, const wchar_t *delimiter, QV_INT delimiterLength );
 QV_API void qvStringDelimitedAppendCharDelimiter( QV_STRING **dest, QV_STRING *src, QV_CHAR delimiter );
+/** @} */
 
+/** @{ */
 /** Prepends the delimiter, unless `*dest` is empty, then `src`, which ends up in front of the delimiter. */
 QV_API void qvStringDelimitedPrepend( QV_STRING **dest, QV_STRING *src, QV_STRING *delimiter );
 QV_API void qvStringDelimitedPrependCstr(
@@ -179,6 +194,7 @@ QV_API void qvStringDelimitedPrependWcstrSource(
 QV_API void qvStringDelimitedPrependWcstrDelimiter(
     QV_STRING **dest, QV_STRING *src, const wchar_t *delimiter, QV_INT delimiterLength );
 QV_API void qvStringDelimitedPrependCharDelimiter( QV_STRING **dest, QV_STRING *src, QV_CHAR delimiter );
+/** @} */
 
 /* Changing and deleting ------------------------------------------------------------------------------------------ */
 
@@ -188,42 +204,53 @@ QV_API void qvStringClear( QV_STRING **qvs );
 /** Overwrites one character; an `idx` of -1 prepends it instead, one of the length appends it. */
 QV_API void qvStringSetCharAt( QV_STRING **qvs, QV_INT idx, QV_CHAR ch );
 
+/** @{ */
 /** Deletes the range, or with Outer everything but the range. Deleting all gives the empty String. */
 QV_API void qvStringDelLeading( QV_STRING **qvs, QV_INT count );
 QV_API void qvStringDelTrailing( QV_STRING **qvs, QV_INT count );
 QV_API void qvStringDelInner( QV_STRING **qvs, QV_INT offset, QV_INT count );
 QV_API void qvStringDelOuter( QV_STRING **qvs, QV_INT offset, QV_INT count );
+/** @} */
 
+/** @{ */
 /** Deletes white space, that is characters of Unicode's property White_Space, from the ends. */
 QV_API void qvStringTrimLeading( QV_STRING **qvs );
 QV_API void qvStringTrimTrailing( QV_STRING **qvs );
 QV_API void qvStringTrim( QV_STRING **qvs );
+/** @} */
 
+/** @{ */
 /** Maps each character by Unicode's full mapping, which may give more than one; neither context nor locale counts.
     The result is always a String of its own, except that an empty one stays. In linear time. */
 QV_API void qvStringToUpper( QV_STRING **qvs );
 QV_API void qvStringToLower( QV_STRING **qvs );
 QV_API void qvStringToCaseFold( QV_STRING **qvs );
+/** @} */
 
 /** Combines pairs of surrogates and deletes single ones. */
 QV_API void qvStringSanitize( QV_STRING **qvs );
 
+/** @{ */
 /** Brings the text into a normal form: composed, decomposed, and both with compatible characters replaced. A text that
     is normal already stays the same object. In linear time. */
 QV_API void qvStringNormalizeNFC( QV_STRING **qvs );
 QV_API void qvStringNormalizeNFD( QV_STRING **qvs );
 QV_API void qvStringNormalizeNFKC( QV_STRING **qvs );
 QV_API void qvStringNormalizeNFKD( QV_STRING **qvs );
+/** @} */
 
 /* Comparing ------------------------------------------------------------------------------------------------------ */
 
+/** @{ */
 /** True for the same characters in the same order. qvStringCompare() orders by code points, a shorter text before a
     longer one that begins with it; neither case nor normal forms count. */
 QV_API QV_BOOL qvStringEqualsChars( QV_STRING *qvs, const QV_CHAR *chs, QV_INT chsLen );
 QV_API QV_BOOL qvStringEqualsChar( QV_STRING *qvs, QV_CHAR ch );
 QV_API QV_BOOL qvStringEqualsCstr( QV_STRING *qvs, const char *text, QV_INT length );
 QV_API QV_BOOL qvStringEqualsWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length );
+/** @} */
 
+/** @{ */
 /** The same behind qvStringToCaseFold() of both sides, which stay as they are. */
 QV_API QV_INT  qvStringCompareCaseFold( QV_STRING *a, QV_STRING *b );
 QV_API QV_BOOL qvStringEqualsCaseFold( QV_STRING *a, QV_STRING *b );
@@ -231,7 +258,9 @@ QV_API QV_BOOL qvStringEqualsCharCaseFold( QV_STRING *qvs, QV_CHAR ch );
 QV_API QV_BOOL qvStringEqualsCharsCaseFold( QV_STRING *qvs, const QV_CHAR *chs, QV_INT length );
 QV_API QV_BOOL qvStringEqualsCaseFoldCstr( QV_STRING *qvs, const char *text, QV_INT length );
 QV_API QV_BOOL qvStringEqualsCaseFoldWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length );
+/** @} */
 
+/** @{ */
 /** An empty text stands at the beginning and the end of every String. */
 QV_API QV_BOOL qvStringBeginsWith( QV_STRING *qvs, QV_STRING *sub );
 QV_API QV_BOOL qvStringBeginsWithChars( QV_STRING *qvs, const QV_CHAR *sub, QV_INT subLen );
@@ -243,9 +272,11 @@ QV_API QV_BOOL qvStringEndsWithChars( QV_STRING *qvs, const QV_CHAR *sub, QV_INT
 QV_API QV_BOOL qvStringEndsWithChar( QV_STRING *qvs, QV_CHAR ch );
 QV_API QV_BOOL qvStringEndsWithCstr( QV_STRING *qvs, const char *text, QV_INT length );
 QV_API QV_BOOL qvStringEndsWithWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length );
+/** @} */
 
 /* Searching ------------------------------------------------------------------------------------------------------ */
 
+/** @{ */
 /** The first match that starts at `offset`, 0 to the length, or behind; -1 where there is none. An empty text to
     search for ends the process, here and from the right. */
 QV_API QV_INT qvStringFind( QV_STRING *qvs, QV_INT offset, QV_STRING *subString );
@@ -253,7 +284,9 @@ QV_API QV_INT qvStringFindChars( QV_STRING *qvs, QV_INT offset, const QV_CHAR *s
 QV_API QV_INT qvStringFindChar( QV_STRING *qvs, QV_INT offset, QV_CHAR ch );
 QV_API QV_INT qvStringFindCstr( QV_STRING *qvs, QV_INT offset, const char *text, QV_INT length );
 QV_API QV_INT qvStringFindWcstr( QV_STRING *qvs, QV_INT offset, const wchar_t *text, QV_INT length );
+/** @} */
 
+/** @{ */
 /** The last match that starts at `offset` or before it, except that a single character has to stand before it; an
     `offset` of -1 means the length. */
 QV_API QV_INT qvStringFindFromRight( QV_STRING *qvs, QV_INT offset, QV_STRING *subString );
@@ -261,9 +294,11 @@ QV_API QV_INT qvStringFindCharsFromRight( QV_STRING *qvs, QV_INT offset, const Q
 QV_API QV_INT qvStringFindCharFromRight( QV_STRING *qvs, QV_INT offset, QV_CHAR ch );
 QV_API QV_INT qvStringFindFromRightCstr( QV_STRING *qvs, QV_INT offset, const char *text, QV_INT length );
 QV_API QV_INT qvStringFindFromRightWcstr( QV_STRING *qvs, QV_INT offset, const wchar_t *text, QV_INT length );
+/** @} */
 
 /* Splitting ------------------------------------------------------------------------------------------------------ */
 
+/** @{ */
 /** A new Vector of the parts between separators, each a new String. Adjacent separators and one at either end give
     empty parts. There are `maxParts` parts at most, above 0, the last with all the rest; -1 sets no limit. An empty
     separator ends the process. */
@@ -272,6 +307,7 @@ QV_API QV_VECTOR *qvStringSplitChars( QV_STRING *qvs, const QV_CHAR *sepChars, Q
 QV_API QV_VECTOR *qvStringSplitChar( QV_STRING *qvs, QV_CHAR sep, QV_INT maxParts );
 QV_API QV_VECTOR *qvStringSplitCstr( QV_STRING *qvs, const char *text, QV_INT length, QV_INT maxParts );
 QV_API QV_VECTOR *qvStringSplitWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length, QV_INT maxParts );
+/** @} */
 
 /** The same between runs of white space, without empty parts; the white space at the ends of `qvs` does not count.
     The last part allowed keeps its white space, and of the run before it all but the first character. Text of white
@@ -280,6 +316,7 @@ QV_API QV_VECTOR *qvStringSplitWhitespace( QV_STRING *qvs, QV_INT maxParts );
 
 /* Reading values ------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** Reads a value from `maxChars` characters at the most (-1 sets no limit) that start at `offset`. True if there was
     one; `value` and `consumed`, the number of characters read, may be null. qv_format.h tells what is accepted. */
 QV_API QV_BOOL qvStringScanBool(
@@ -288,9 +325,11 @@ QV_API QV_BOOL qvStringScanInt(
     QV_STRING *qvs, QV_INT offset, QV_INT maxChars, QV_INT base, QV_INT *value, QV_INT *consumed );
 QV_API QV_BOOL qvStringScanReal(
     QV_STRING *qvs, QV_INT offset, QV_INT maxChars, QV_INT base, QV_REAL *value, QV_INT *consumed );
+/** @} */
 
 /* Converting ----------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** A new block of outside text, which the caller gives to qvMemFree(); null where it would be empty. With `addNull` a
     terminator is added. `outLength`, which may be null, gets the number of bytes, or of units of a Wcstr, terminator
     included. qv_chars.h tells how characters that cannot be written are replaced. */
@@ -298,5 +337,6 @@ QV_API char    *qvStringConvertToAscii( QV_STRING *qvs, QV_BOOL addNull, QV_INT 
 QV_API char    *qvStringConvertToCstr( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength );
 QV_API char    *qvStringConvertToUtf8( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength );
 QV_API wchar_t *qvStringConvertToWcstr( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength );
+/** @} */
 
 #endif

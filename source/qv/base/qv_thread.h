@@ -52,6 +52,7 @@ QV_FAMILY( Thread, QV_THREAD )
 
 /* Spawning and ending -------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** Starts a thread. Null when the system has no room for one more, in which case nothing has happened.
 
     `argument` is what qvThreadUnlatchArgument() gives the body, and may be null; an argument that the body never
@@ -63,13 +64,16 @@ QV_API QV_THREAD *qvThreadTrySpawnCstr(
     const char *threadName, QV_INT length, QV_THREAD_FUNC threadFunc, QV_OBJ *argument, QV_INT prio );
 QV_API QV_THREAD *qvThreadTrySpawnWcstr(
     const wchar_t *threadName, QV_INT length, QV_THREAD_FUNC threadFunc, QV_OBJ *argument, QV_INT prio );
+/** @} */
 
 /** True once the thread has ended. Doesn't wait. */
 QV_API QV_BOOL qvThreadEnd( QV_THREAD *thread );
 
+/** @{ */
 /** Fires the target when the thread ends, on that thread, or at once if it has; takes the target away again. */
 QV_API void qvThreadEndAddSignalable( QV_THREAD *thread, QV_SIGNALABLE *sigb );
 QV_API void qvThreadEndDelSignalable( QV_THREAD *thread, QV_SIGNALABLE *sigb );
+/** @} */
 
 /** Waits until the thread has ended. The caller has a Thread object itself, another one. */
 QV_API void qvThreadJoin( QV_THREAD *thread );
@@ -87,9 +91,11 @@ QV_API void qvThreadCheckEncapsulated( void );
 
 /* The calling thread --------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** Its Thread, as a new reference; its priority. */
 QV_API QV_THREAD *qvThreadThis( void );
 QV_API QV_INT     qvThreadPriority( void );
+/** @} */
 
 /** Lets other threads run. */
 QV_API void qvThreadYield( void );
@@ -97,21 +103,25 @@ QV_API void qvThreadYield( void );
 /** The argument that it was started with, which from then on belongs to the caller; null from the second time on. */
 QV_API QV_OBJ *qvThreadUnlatchArgument( void );
 
+/** @{ */
 /** Its own objects, by key: the object of a key as a new reference, or null; is there one; sets one; takes it away, if
     there is one. They are released when the thread ends. No other thread sees them. */
 QV_API QV_OBJ *qvThreadKey( QV_OBJ *key );
 QV_API QV_BOOL qvThreadHasKey( QV_OBJ *key );
 QV_API void    qvThreadSetKey( QV_OBJ *key, QV_OBJ *val );
 QV_API void    qvThreadDelKey( QV_OBJ *key );
+/** @} */
 
 /* Names ---------------------------------------------------------------------------------------------------------- */
 
 /** The name of a thread, as a new reference. */
 QV_API QV_STRING *qvThreadName( QV_THREAD *thread );
 
+/** @{ */
 /** The priority that a text names or gives as a number, or -1; the name of a priority, as in
     `QV_THREAD_PRIORITY_NORMAL`. */
 QV_API QV_INT     qvThreadPriorityFromString( QV_STRING *qvs );
 QV_API QV_STRING *qvThreadPriorityToString( QV_INT prio );
+/** @} */
 
 #endif

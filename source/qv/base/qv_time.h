@@ -67,6 +67,7 @@ QV_API QV_INT qvTimeHour( QV_TIME *tm );
 QV_API QV_INT qvTimeMinute( QV_TIME *tm );
 QV_API QV_INT qvTimeSecond( QV_TIME *tm );
 
+/** @{ */
 /** Sets one field and no other, so that the day may be one that the month doesn't have. A value outside the field's
     range ends the process. */
 QV_API void qvTimeSetYear( QV_TIME **tm, QV_INT year );
@@ -75,23 +76,28 @@ QV_API void qvTimeSetDay( QV_TIME **tm, QV_INT day );
 QV_API void qvTimeSetHour( QV_TIME **tm, QV_INT hour );
 QV_API void qvTimeSetMinute( QV_TIME **tm, QV_INT minute );
 QV_API void qvTimeSetSecond( QV_TIME **tm, QV_INT second );
+/** @} */
 
 /** Sets all fields to the present time of the system's clock. */
 QV_API void qvTimeSetNow( QV_TIME **tm );
 
 /* Shifting ------------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** Moves on by so many years or months, or back if negative. A day that the month reached doesn't have becomes the
     first of the next month: 2024-01-31 and one month is 2024-03-01. A year out of range ends the process. */
 QV_API void qvTimeShiftYears( QV_TIME **tm, QV_INT years );
 QV_API void qvTimeShiftMonths( QV_TIME **tm, QV_INT months );
+/** @} */
 
+/** @{ */
 /** Moves on by so many days, hours, minutes or seconds, or back if negative. Every minute has 60 seconds: a second of
     60 or 61 becomes one of the next minute. A year out of range ends the process. */
 QV_API void qvTimeShiftDays( QV_TIME **tm, QV_INT days );
 QV_API void qvTimeShiftHours( QV_TIME **tm, QV_INT hours );
 QV_API void qvTimeShiftMinutes( QV_TIME **tm, QV_INT minutes );
 QV_API void qvTimeShiftSeconds( QV_TIME **tm, QV_INT seconds );
+/** @} */
 
 /* Questions ------------------------------------------------------------------------------------------------------ */
 
@@ -100,9 +106,11 @@ QV_API QV_BOOL qvTimeValid( QV_TIME *tm );
 
 QV_API QV_BOOL qvTimeLeapYear( QV_TIME *tm );
 
+/** @{ */
 /** 28 to 31, and 365 or 366. */
 QV_API QV_INT qvTimeDaysInMonth( QV_TIME *tm );
 QV_API QV_INT qvTimeDaysInYear( QV_TIME *tm );
+/** @} */
 
 /** 1 for the first of January. */
 QV_API QV_INT qvTimeDayOfYear( QV_TIME *tm );

@@ -52,20 +52,24 @@ QV_FAMILY( Timer, QV_TIMER )
 /** A new timer, not scheduled, that calls `func`; it retains `arg`, which may be null. */
 QV_API QV_TIMER *qvTimerCreate( QV_TIMER_FUNC func, QV_OBJ *arg );
 
+/** @{ */
 /** A new timer, not scheduled, that asserts a signal, sets an alert, opens a barrier, or adds conditions to a set, of
     which the low 16 bits count. It retains its target. */
 QV_API QV_TIMER *qvTimerCreateSignal( QV_SIGNAL *sig );
 QV_API QV_TIMER *qvTimerCreateAlert( QV_ALERT *alert );
 QV_API QV_TIMER *qvTimerCreateBarrier( QV_BARRIER *barrier );
 QV_API QV_TIMER *qvTimerCreateCondset( QV_CONDSET *condSet, QV_INT conditions );
+/** @} */
 
 /* Scheduling ----------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** Schedules the timer in so many milliseconds, at a timestamp, or at a Time, in place of an earlier schedule. What has
     passed already fires at once. `at` is retained. */
 QV_API void qvTimerSchedule( QV_TIMER *timer, QV_INT milliseconds );
 QV_API void qvTimerScheduleAt( QV_TIMER *timer, QV_INT timestamp );
 QV_API void qvTimerScheduleAtTime( QV_TIMER *timer, QV_TIME *at );
+/** @} */
 
 /** Takes the schedule away. Takes no lock: callable anywhere, from its own callback too. */
 QV_API void qvTimerUnschedule( QV_TIMER *timer );

@@ -21,13 +21,17 @@ QV_API QV_STRING *qvTimezone( void );
 /** The present offset of local time, in seconds east of UTC; 0 if it can't be told. */
 QV_API QV_INT qvTimezoneUtcOffset( void );
 
+/** @{ */
 /** The other name, null if the table doesn't hold this one. */
 QV_API QV_STRING *qvTimezoneWindowsToIana( QV_STRING *name );
 QV_API QV_STRING *qvTimezoneIanaToWindows( QV_STRING *name );
+/** @} */
 
+/** @{ */
 /** True if the table holds the name. */
 QV_API QV_BOOL qvTimezoneWindowsOk( QV_STRING *name );
 QV_API QV_BOOL qvTimezoneIanaOk( QV_STRING *name );
+/** @} */
 
 /** All 455 IANA names, in their order as Strings. */
 QV_API QV_VECTOR *qvTimezoneList( void );

@@ -15,9 +15,11 @@ QV_FAMILY( ToolSwitch, QV_TOOL_SWITCH )
     qvToolSwitchRunTool() gave. True means success. */
 typedef QV_BOOL ( *QV_TOOL_SWITCH_FUNC )( QV_VECTOR *argv, void *context );
 
+/** @{ */
 /** A new switch without tools, or a copy. */
 QV_API QV_TOOL_SWITCH *qvToolSwitchCreate( void );
 QV_API QV_TOOL_SWITCH *qvToolSwitchCreateFrom( QV_TOOL_SWITCH *ts );
+/** @} */
 
 /** A new Vector of the names, in their order. */
 QV_API QV_VECTOR *qvToolSwitchToolsVector( QV_TOOL_SWITCH *ts );
@@ -26,16 +28,20 @@ QV_API QV_BOOL qvToolSwitchHasTool( QV_TOOL_SWITCH *ts, QV_STRING *tool );
 QV_API QV_BOOL qvToolSwitchHasToolCstr( QV_TOOL_SWITCH *ts, const char *cstr, QV_INT length );
 QV_API QV_BOOL qvToolSwitchHasToolWcstr( QV_TOOL_SWITCH *ts, const wchar_t *wcstr, QV_INT length );
 
+/** @{ */
 /** Enters or replaces a tool. `func` may be null: such a tool does nothing and succeeds. */
 QV_API void qvToolSwitchSetTool( QV_TOOL_SWITCH **ts, QV_STRING *tool, QV_TOOL_SWITCH_FUNC func );
 QV_API void qvToolSwitchSetToolCstr( QV_TOOL_SWITCH **ts, const char *cstr, QV_INT length, QV_TOOL_SWITCH_FUNC func );
 QV_API void qvToolSwitchSetToolWcstr(
     QV_TOOL_SWITCH **ts, const wchar_t *wcstr, QV_INT length, QV_TOOL_SWITCH_FUNC func );
+/** @} */
 
+/** @{ */
 /** Removes a tool, if there is one of that name. */
 QV_API void qvToolSwitchDelTool( QV_TOOL_SWITCH **ts, QV_STRING *tool );
 QV_API void qvToolSwitchDelToolCstr( QV_TOOL_SWITCH **ts, const char *cstr, QV_INT length );
 QV_API void qvToolSwitchDelToolWcstr( QV_TOOL_SWITCH **ts, const wchar_t *wcstr, QV_INT length );
+/** @} */
 
 /** Runs the tool that the first element of `argv` names, with the rest. A missing, unknown or ambiguous name is
     printed with the names there are, and gives false. */

@@ -48,12 +48,14 @@ QV_FAMILY( Vector, QV_VECTOR )
 /** The empty Vector. Constant time: there is one, which everybody shares. */
 QV_API QV_VECTOR *qvVectorCreate( void );
 
+/** @{ */
 /** A new Vector with the elements of `src` or with a part of them. */
 QV_API QV_VECTOR *qvVectorCreateFrom( QV_VECTOR *src );
 QV_API QV_VECTOR *qvVectorCreateFromLeading( QV_VECTOR *src, QV_INT count );
 QV_API QV_VECTOR *qvVectorCreateFromTrailing( QV_VECTOR *src, QV_INT count );
 QV_API QV_VECTOR *qvVectorCreateFromInner( QV_VECTOR *src, QV_INT offset, QV_INT count );
 QV_API QV_VECTOR *qvVectorCreateFromOuter( QV_VECTOR *src, QV_INT offset, QV_INT count );
+/** @} */
 
 /** A new Vector of one element. */
 QV_API QV_VECTOR *qvVectorCreateFromObj( QV_OBJ *obj );
@@ -86,13 +88,16 @@ QV_API QV_SORT *qvVectorSortAt( QV_VECTOR *vec, QV_INT idx );
 /** True when every element has that sort; an empty Vector's have. */
 QV_API QV_BOOL qvVectorContainsOnly( QV_VECTOR *vec, QV_SORT *sort );
 
+/** @{ */
 /** The first index at which `obj` itself stands, or with `byCompare` an object that compares equal to it; -1 when
     there is none. */
 QV_API QV_INT  qvVectorIndexOfObj( QV_VECTOR *vec, QV_OBJ *obj, QV_BOOL byCompare );
 QV_API QV_BOOL qvVectorHasObj( QV_VECTOR *vec, QV_OBJ *obj, QV_BOOL byCompare );
+/** @} */
 
 /* Inserting ------------------------------------------------------------------------------------------------------ */
 
+/** @{ */
 /** Inserts in front of the element at `idx`, or at the end where `idx` is the length.
 
     What goes in: the elements of another Vector or a part of them; an array, of which each element is retained and
@@ -116,7 +121,9 @@ QV_API void qvVectorInsertStringWcstr( QV_VECTOR **vec, QV_INT idx, const wchar_
 QV_API void qvVectorInsertStringFormat( QV_VECTOR **vec, QV_INT idx, QV_STRING *fmt, ... );
 QV_API void qvVectorInsertStringFormatCstr( QV_VECTOR **vec, QV_INT idx, const char *fmt, QV_INT fmtLength, ... );
 QV_API void qvVectorInsertStringFormatWcstr( QV_VECTOR **vec, QV_INT idx, const wchar_t *fmt, QV_INT fmtLength, ... );
+/** @} */
 
+/** @{ */
 /** Inserts at the start. */
 QV_API void qvVectorPrepend( QV_VECTOR **vec, QV_VECTOR *src );
 QV_API void qvVectorPrependLeading( QV_VECTOR **vec, QV_VECTOR *src, QV_INT count );
@@ -135,7 +142,9 @@ QV_API void qvVectorPrependStringWcstr( QV_VECTOR **vec, const wchar_t *text, QV
 QV_API void qvVectorPrependStringFormat( QV_VECTOR **vec, QV_STRING *fmt, ... );
 QV_API void qvVectorPrependStringFormatCstr( QV_VECTOR **vec, const char *fmt, QV_INT fmtLength, ... );
 QV_API void qvVectorPrependStringFormatWcstr( QV_VECTOR **vec, const wchar_t *fmt, QV_INT fmtLength, ... );
+/** @} */
 
+/** @{ */
 /** Inserts at the end. */
 QV_API void qvVectorAppend( QV_VECTOR **vec, QV_VECTOR *src );
 QV_API void qvVectorAppendLeading( QV_VECTOR **vec, QV_VECTOR *src, QV_INT count );
@@ -154,9 +163,11 @@ QV_API void qvVectorAppendStringWcstr( QV_VECTOR **vec, const wchar_t *text, QV_
 QV_API void qvVectorAppendStringFormat( QV_VECTOR **vec, QV_STRING *fmt, ... );
 QV_API void qvVectorAppendStringFormatCstr( QV_VECTOR **vec, const char *fmt, QV_INT fmtLength, ... );
 QV_API void qvVectorAppendStringFormatWcstr( QV_VECTOR **vec, const wchar_t *fmt, QV_INT fmtLength, ... );
+/** @} */
 
 /* Replacing ------------------------------------------------------------------------------------------------------ */
 
+/** @{ */
 /** Replaces the element at `idx`. An index of -1 prepends, one that is the length appends. */
 QV_API void qvVectorSetObjAt( QV_VECTOR **vec, QV_INT idx, QV_OBJ *obj );
 QV_API void qvVectorSetNullAt( QV_VECTOR **vec, QV_INT idx );
@@ -169,26 +180,33 @@ QV_API void qvVectorSetStringWcstrAt( QV_VECTOR **vec, QV_INT idx, const wchar_t
 QV_API void qvVectorSetStringFormatAt( QV_VECTOR **vec, QV_INT idx, QV_STRING *fmt, ... );
 QV_API void qvVectorSetStringFormatCstrAt( QV_VECTOR **vec, QV_INT idx, const char *fmt, QV_INT fmtLength, ... );
 QV_API void qvVectorSetStringFormatWcstrAt( QV_VECTOR **vec, QV_INT idx, const wchar_t *fmt, QV_INT fmtLength, ... );
+/** @} */
 
 /* Deleting ------------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** Deletes one element or the range, or with Outer everything but the range. */
 QV_API void qvVectorDelAt( QV_VECTOR **vec, QV_INT idx );
 QV_API void qvVectorDelLeading( QV_VECTOR **vec, QV_INT count );
 QV_API void qvVectorDelTrailing( QV_VECTOR **vec, QV_INT count );
 QV_API void qvVectorDelInner( QV_VECTOR **vec, QV_INT offset, QV_INT count );
 QV_API void qvVectorDelOuter( QV_VECTOR **vec, QV_INT offset, QV_INT count );
+/** @} */
 
 /* Stack and queue ------------------------------------------------------------------------------------------------ */
 
+/** @{ */
 /** Push puts an object at the end, Shift at the start. */
 QV_API void qvVectorPush( QV_VECTOR **vec, QV_OBJ *obj );
 QV_API void qvVectorShift( QV_VECTOR **vec, QV_OBJ *obj );
+/** @} */
 
+/** @{ */
 /** Pop takes the last element off, Unshift the first. The caller gets the Vector's reference. An empty Vector ends
     the process. */
 QV_API QV_OBJ *qvVectorPop( QV_VECTOR **vec );
 QV_API QV_OBJ *qvVectorUnshift( QV_VECTOR **vec );
+/** @} */
 
 /* The whole Vector ----------------------------------------------------------------------------------------------- */
 

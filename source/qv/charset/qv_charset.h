@@ -91,9 +91,11 @@
 /** The flags that have a meaning, without ABORT_ON_INVALID_CHARACTER where IGNORE_INVALID_CHARACTERS stands too. */
 QV_API QV_INT qvCharsetFlagsNormalize( QV_INT flags );
 
+/** @{ */
 /** Flags as text, `QV_CHARSET_FLAG_A|QV_CHARSET_FLAG_B`. What cannot be read in a text counts nothing. */
 QV_API QV_INT     qvCharsetFlagsFromString( QV_STRING *qvs );
 QV_API QV_STRING *qvCharsetFlagsToString( QV_INT flags );
+/** @} */
 
 /* Names ---------------------------------------------------------------------------------------------------------- */
 
@@ -112,25 +114,33 @@ QV_API QV_STRING *qvCharsetToIanaName( QV_INT cs );
 /** All names as a new Vector of Strings, the preferred one first. A name may stand there twice, in another case. */
 QV_API QV_VECTOR *qvCharsetIanaNames( QV_INT cs );
 
+/** @{ */
 /** The charset of a Windows code page, or -1, and the code page of a charset, or -1: not every one has one. A negative
     code page ends the process. */
 QV_API QV_INT qvCharsetFromWindowsCodePage( QV_INT cp );
 QV_API QV_INT qvCharsetToWindowsCodePage( QV_INT cs );
+/** @} */
 
 /* Conversion ----------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** A new stream on top of the lower one, which it retains. A sink keeps up to 1 KiB until it is flushed or ends, and
     one of a charset with one byte a character also the last characters, which a mark may join. Flushing it hands all
     that to the lower sink, but does not flush that one. A source reads up to 1 KiB ahead. */
 QV_API QV_CHAR_SOURCE *qvCharsetCreateCharSource( QV_BYTE_SOURCE *byteSource, QV_INT charset, QV_INT flags );
 QV_API QV_CHAR_SINK   *qvCharsetCreateCharSink( QV_BYTE_SINK *byteSink, QV_INT charset, QV_INT flags );
+/** @} */
 
+/** @{ */
 /** The whole of a Buffer as text. Null when the input is invalid and ABORT_ON_INVALID_CHARACTER is set. */
 QV_API QV_STRING *qvCharsetBufferToString( QV_INT charset, QV_BUFFER *buffer );
 QV_API QV_STRING *qvCharsetBufferToStringWithFlags( QV_INT charset, QV_BUFFER *buffer, QV_INT flags );
+/** @} */
 
+/** @{ */
 /** The whole of a text as bytes. Null under the same condition. */
 QV_API QV_BUFFER *qvCharsetStringToBuffer( QV_INT charset, QV_STRING *string );
 QV_API QV_BUFFER *qvCharsetStringToBufferWithFlags( QV_INT charset, QV_STRING *string, QV_INT flags );
+/** @} */
 
 #endif

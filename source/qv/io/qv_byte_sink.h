@@ -29,6 +29,7 @@ QV_FAMILY( ByteSink, QV_BYTE_SINK )
 /** True once a write or flush has failed. */
 QV_API QV_BOOL qvByteSinkError( QV_BYTE_SINK *sink );
 
+/** @{ */
 /** Writes the Buffer, or the leading, trailing, inner or outer bytes of it, the last in up to two writes. The result
     is true for success. Negative numbers and a range outside the Buffer end the process, and so does null as the
     Buffer, but for an empty range at the start. */
@@ -37,6 +38,7 @@ QV_API QV_BOOL qvByteSinkWriteLeading( QV_BYTE_SINK *sink, QV_BUFFER *buf, QV_IN
 QV_API QV_BOOL qvByteSinkWriteTrailing( QV_BYTE_SINK *sink, QV_BUFFER *buf, QV_INT byteCount );
 QV_API QV_BOOL qvByteSinkWriteInner( QV_BYTE_SINK *sink, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCount );
 QV_API QV_BOOL qvByteSinkWriteOuter( QV_BYTE_SINK *sink, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCount );
+/** @} */
 
 /** Writes a copy of `byteCount` bytes. `bytes` may be null for none of them. */
 QV_API QV_BOOL qvByteSinkWriteBytes( QV_BYTE_SINK *sink, const void *bytes, QV_INT byteCount );

@@ -31,6 +31,7 @@ QV_FAMILY( CharSink, QV_CHAR_SINK )
 /** True once a write or flush has failed. */
 QV_API QV_BOOL qvCharSinkError( QV_CHAR_SINK *sink );
 
+/** @{ */
 /** Writes the String, or the leading, trailing, inner or outer characters of it, the last in up to two writes. The
     result is true for success. Negative numbers and a range outside the String end the process, and so does null as
     the String, but for an empty range at the start. */
@@ -39,20 +40,27 @@ QV_API QV_BOOL qvCharSinkWriteLeading( QV_CHAR_SINK *sink, QV_STRING *qvs, QV_IN
 QV_API QV_BOOL qvCharSinkWriteTrailing( QV_CHAR_SINK *sink, QV_STRING *qvs, QV_INT charCount );
 QV_API QV_BOOL qvCharSinkWriteInner( QV_CHAR_SINK *sink, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount );
 QV_API QV_BOOL qvCharSinkWriteOuter( QV_CHAR_SINK *sink, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount );
+/** @} */
 
+/** @{ */
 /** Writes a copy of `charCount` characters, or one character. `chars` may be null for none of them. Values of 0x110000
     and above end the process. */
 QV_API QV_BOOL qvCharSinkWriteChars( QV_CHAR_SINK *sink, const QV_CHAR *chars, QV_INT charCount );
 QV_API QV_BOOL qvCharSinkWriteChar( QV_CHAR_SINK *sink, QV_CHAR ch );
+/** @} */
 
+/** @{ */
 /** Writes decoded text; qv_string.h tells the forms. */
 QV_API QV_BOOL qvCharSinkWriteCstr( QV_CHAR_SINK *sink, const char *text, QV_INT length );
 QV_API QV_BOOL qvCharSinkWriteWcstr( QV_CHAR_SINK *sink, const wchar_t *text, QV_INT length );
+/** @} */
 
+/** @{ */
 /** Writes formatted text; qv_format.h tells the language. */
 QV_API QV_BOOL qvCharSinkWriteFormat( QV_CHAR_SINK *sink, QV_STRING *fmt, ... );
 QV_API QV_BOOL qvCharSinkWriteFormatCstr( QV_CHAR_SINK *sink, const char *fmt, QV_INT fmtLength, ... );
 QV_API QV_BOOL qvCharSinkWriteFormatWcstr( QV_CHAR_SINK *sink, const wchar_t *fmt, QV_INT fmtLength, ... );
+/** @} */
 
 /** Asks what stands behind to finish pending work. */
 QV_API QV_BOOL qvCharSinkFlush( QV_CHAR_SINK *sink );

@@ -21,17 +21,21 @@
 
 /* Streams -------------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** Opens a file for reading: a new stream, or null. Skipping reads and discards, so pipes and special files will do. A
     charset that is none ends the process before any file is touched. */
 QV_API QV_BYTE_SOURCE *qvFileOpenByteSource( QV_STRING *fn );
 QV_API QV_CHAR_SOURCE *qvFileOpenCharSource( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags );
 QV_API QV_LINE_SOURCE *qvFileOpenLineSource( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags, QV_INT nlfFlags );
+/** @} */
 
+/** @{ */
 /** Opens a file for writing: a new stream, or null. The file is created, or cut to no length at once, if the charset is
     one; else the process ends before that. */
 QV_API QV_BYTE_SINK *qvFileOpenByteSink( QV_STRING *fn );
 QV_API QV_CHAR_SINK *qvFileOpenCharSink( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags );
 QV_API QV_LINE_SINK *qvFileOpenLineSink( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags, QV_INT nlfFlags );
+/** @} */
 
 /* Whole files ---------------------------------------------------------------------------------------------------- */
 
@@ -79,10 +83,12 @@ QV_API QV_VECTOR *qvDirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, 
 
 /* The text of paths ---------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** The parts of a name as new Strings. `/usr/lib/` has the dir name `/usr` and the base name `lib`, `x` the dir name
     `.`; `/` has `/` for both and the empty name `.` for both. */
 QV_API QV_STRING *qvFileDirName( QV_STRING *fn );
 QV_API QV_STRING *qvFileBaseName( QV_STRING *fn );
+/** @} */
 
 /** The base name from its last full stop on, which is part of the result: `.gz`. Empty without one. */
 QV_API QV_STRING *qvFileExtensionName( QV_STRING *fn );
@@ -98,9 +104,11 @@ QV_API QV_BOOL qvPathIsRelative( QV_STRING *pn );
 
 /* The process ---------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** The current directory, and the file of the running program. Where the operating system does not know, the process
     ends. */
 QV_API QV_STRING *qvCurrentDirectory( void );
 QV_API QV_STRING *qvGetExecutablePath( void );
+/** @} */
 
 #endif

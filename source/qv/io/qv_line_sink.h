@@ -35,6 +35,7 @@ QV_API QV_BOOL qvLineSinkError( QV_LINE_SINK *sink );
 /** How many lines have been written; stays at QV_INT_MAX once there. */
 QV_API QV_INT qvLineSinkLinesWritten( QV_LINE_SINK *sink );
 
+/** @{ */
 /** Writes one line: the String, or the leading, trailing, inner or outer characters of it. The result is true for
     success. What of terminators stands in the String goes out as it is. */
 QV_API QV_BOOL qvLineSinkWrite( QV_LINE_SINK *sink, QV_STRING *line );
@@ -42,16 +43,22 @@ QV_API QV_BOOL qvLineSinkWriteLeading( QV_LINE_SINK *sink, QV_STRING *qvs, QV_IN
 QV_API QV_BOOL qvLineSinkWriteTrailing( QV_LINE_SINK *sink, QV_STRING *qvs, QV_INT count );
 QV_API QV_BOOL qvLineSinkWriteInner( QV_LINE_SINK *sink, QV_STRING *qvs, QV_INT offset, QV_INT count );
 QV_API QV_BOOL qvLineSinkWriteOuter( QV_LINE_SINK *sink, QV_STRING *qvs, QV_INT offset, QV_INT count );
+/** @} */
 
+/** @{ */
 /** Writes one line of decoded text; qv_string.h tells the forms. */
 QV_API QV_BOOL qvLineSinkWriteCstr( QV_LINE_SINK *sink, const char *text, QV_INT length );
 QV_API QV_BOOL qvLineSinkWriteWcstr( QV_LINE_SINK *sink, const wchar_t *text, QV_INT length );
+/** @} */
 
+/** @{ */
 /** Writes one line of formatted text; qv_format.h tells the language. */
 QV_API QV_BOOL qvLineSinkWriteFormat( QV_LINE_SINK *sink, QV_STRING *fmt, ... );
 QV_API QV_BOOL qvLineSinkWriteFormatCstr( QV_LINE_SINK *sink, const char *fmt, QV_INT fmtLength, ... );
 QV_API QV_BOOL qvLineSinkWriteFormatWcstr( QV_LINE_SINK *sink, const wchar_t *fmt, QV_INT fmtLength, ... );
+/** @} */
 
+/** @{ */
 /** Writes the Strings of a Vector, or of a part of it, one line each, up to the first failure. An element that is no
     String ends the process. */
 QV_API QV_BOOL qvLineSinkWriteLines( QV_LINE_SINK *sink, QV_VECTOR *lines );
@@ -59,6 +66,7 @@ QV_API QV_BOOL qvLineSinkWriteLinesLeading( QV_LINE_SINK *sink, QV_VECTOR *lines
 QV_API QV_BOOL qvLineSinkWriteLinesTrailing( QV_LINE_SINK *sink, QV_VECTOR *lines, QV_INT count );
 QV_API QV_BOOL qvLineSinkWriteLinesInner( QV_LINE_SINK *sink, QV_VECTOR *lines, QV_INT offset, QV_INT count );
 QV_API QV_BOOL qvLineSinkWriteLinesOuter( QV_LINE_SINK *sink, QV_VECTOR *lines, QV_INT offset, QV_INT count );
+/** @} */
 
 /** Asks what stands behind to finish pending work. */
 QV_API QV_BOOL qvLineSinkFlush( QV_LINE_SINK *sink );

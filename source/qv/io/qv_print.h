@@ -12,11 +12,14 @@
 
 #include "qv/sys/qv_types.h"
 
+/** @{ */
 /** Prints a text. */
 QV_API void qvPrint( QV_STRING *qvs );
 QV_API void qvPrintCstr( const char *text, QV_INT length );
 QV_API void qvPrintWcstr( const wchar_t *text, QV_INT length );
+/** @} */
 
+/** @{ */
 /** Prints formatted text. */
 QV_API void qvPrintFormat( QV_STRING *fmt, ... );
 QV_API void qvPrintFormatArgList( QV_STRING *fmt, va_list *argList );
@@ -24,6 +27,7 @@ QV_API void qvPrintFormatCstr( const char *fmt, QV_INT fmtLength, ... );
 QV_API void qvPrintFormatCstrArgList( const char *fmt, QV_INT fmtLength, va_list *argList );
 QV_API void qvPrintFormatWcstr( const wchar_t *fmt, QV_INT fmtLength, ... );
 QV_API void qvPrintFormatWcstrArgList( const wchar_t *fmt, QV_INT fmtLength, va_list *argList );
+/** @} */
 
 /** Prints the text of each element, one after the other, each in a call of its own. */
 QV_API void qvPrintLines( QV_VECTOR *lines );

@@ -143,16 +143,19 @@ static inline void qv___ObjRelease( QV_OBJ *obj )
         qv___ObjFree( obj );
 }
 
+/** @{ */
 /** Adds or subtracts 1 and gives the new count; reads the count. */
 QV_API int32_t qv___RetainCountIncrement( int32_t *counter );
 QV_API int32_t qv___RetainCountDecrement( int32_t *counter );
 QV_API int32_t qv___RetainCountValue( int32_t *counter );
+/** @} */
 
 #define QV___RETAIN_COUNT_VALUE( counter ) qv___AtomicCompareExchange32( &( counter ), 0, 0 )
 
 /** The object's unique number, drawn on first need; -1 for sorts and modules. */
 QV_API QV_INT qv___ObjUnique( QV_OBJ *thisObj );
 
+/** @{ */
 /** The size given at creation, and the size of the storage that the object's family has declared for it. A family
     with storage outside its objects declares it whenever it changes and must be back at 0 when its free function
     returns. Only the owner of an object may set it; a negative size and an overflow end the process. */
@@ -160,6 +163,7 @@ QV_API QV_INT qv___ObjDbgObjectSize( QV_OBJ *thisObj );
 QV_API QV_INT qv___ObjDbgAllocationSize( QV_OBJ *thisObj );
 QV_API void   qv___ObjDbgSetAllocationSize( QV_OBJ *thisObj, QV_INT size );
 QV_API void   qv___ObjDbgSetAllocationSizeN( QV_OBJ *thisObj, QV_INT count, QV_INT size );
+/** @} */
 
 QV_API QV_SORT   *qvObjSort( QV_OBJ *thisObj );
 QV_API QV_STRING *qvObjToString( QV_OBJ *thisObj );

@@ -19,22 +19,28 @@ QV_API QV_MODULE *qvModule( void );
     the last no underscore. */
 QV_API QV_BOOL qvModuleNameOk( QV_STRING *moduleName );
 
+/** @{ */
 /** The name and the description: new texts. */
 QV_API QV_STRING *qvModuleName( QV_MODULE *module );
 QV_API QV_STRING *qvModuleDescription( QV_MODULE *module );
+/** @} */
 
 /** The version as a new object. A text that is none ends the process; that of a loaded module is one. */
 QV_API QV_MODULE_VERSION *qvModuleVersion( QV_MODULE *module );
 
+/** @{ */
 /** A personality turns an executable into the module's own program. Running it passes both arguments on and gives
     what it gives; ask first whether there is one. */
 QV_API QV_BOOL qvModuleHasPersonality( QV_MODULE *module );
 QV_API QV_INT  qvModuleRunPersonality( QV_MODULE *module, intptr_t a, intptr_t b );
+/** @} */
 
+/** @{ */
 /** The module's sorts that have live objects, and the live objects of all of them, as new Vectors; null in a run
     without the object database. An object in the Vector lives on with it. Costs a constant time for each element,
     during which no object can begin or end. */
 QV_API QV_VECTOR *qvModuleSnapshotSorts( QV_MODULE *module );
 QV_API QV_VECTOR *qvModuleSnapshotObjects( QV_MODULE *module );
+/** @} */
 
 #endif

@@ -19,11 +19,13 @@ QV_FAMILY( ModuleVersion, QV_MODULE_VERSION )
     insert would not fit `number * 1000 + insert`, ends the process. */
 QV_API QV_MODULE_VERSION *qvModuleVersionCreate( QV_INT major, QV_INT majorInsert, QV_INT minor, QV_INT minorInsert );
 
+/** @{ */
 /** A new version from its text; null if it is none. A Cstr is UTF-8 and its length is in bytes; -1 means that it ends at
     its terminator, as a Wcstr always does. */
 QV_API QV_MODULE_VERSION *qvModuleVersionTryCreateFromString( QV_STRING *qvs );
 QV_API QV_MODULE_VERSION *qvModuleVersionTryCreateFromCstr( const char *cstr, QV_INT length );
 QV_API QV_MODULE_VERSION *qvModuleVersionTryCreateFromWcstr( const wchar_t *wcstr );
+/** @} */
 
 QV_API QV_INT qvModuleVersionMajor( QV_MODULE_VERSION *ver );
 QV_API QV_INT qvModuleVersionMajorInsert( QV_MODULE_VERSION *ver );

@@ -63,21 +63,26 @@ QV_API void qvRuntimePrint( const QV_CHAR *chs, QV_INT chsLength );
 
 /* What is running ------------------------------------------------------------------------------------------------ */
 
+/** @{ */
 /** The product: new texts. */
 QV_API QV_STRING *qvRuntimeVersionProductName( void );
 QV_API QV_STRING *qvRuntimeVersionProductFriendlyName( void );
 QV_API QV_STRING *qvRuntimeVersionProductVendorName( void );
 QV_API QV_STRING *qvRuntimeVersionProductCopyright( void );
+/** @} */
 
+/** @{ */
 /** The version of the product, in parts and as a new text like `4.0.19`. */
 QV_API QV_INT     qvRuntimeVersionProductVersionMajor( void );
 QV_API QV_INT     qvRuntimeVersionProductVersionMinor( void );
 QV_API QV_INT     qvRuntimeVersionProductVersionRelease( void );
 QV_API QV_STRING *qvRuntimeVersionProductVersion( void );
+/** @} */
 
 /** When the product was built, as a new Time. */
 QV_API QV_TIME *qvRuntimeVersionProductBuildTime( void );
 
+/** @{ */
 /** The texts about the application that the start was given: new texts, or null. */
 QV_API QV_STRING *qvRuntimeVersionApplicationIdentifier( void );
 QV_API QV_STRING *qvRuntimeVersionApplicationFriendlyName( void );
@@ -85,6 +90,7 @@ QV_API QV_STRING *qvRuntimeVersionApplicationVersion( void );
 QV_API QV_BOOL    qvRuntimeVersionApplicationHasIdentifier( void );
 QV_API QV_BOOL    qvRuntimeVersionApplicationHasFriendlyName( void );
 QV_API QV_BOOL    qvRuntimeVersionApplicationHasVersion( void );
+/** @} */
 
 /* Operating system, hardware and variant: constants of the build -------------------------------------------------- */
 
@@ -117,55 +123,73 @@ QV_API QV_BOOL    qvRuntimeVersionApplicationHasVersion( void );
 
 #define QV_RUNTIME_VARIANT_OK( var ) ( ( var ) >= QV_RUNTIME_VARIANT_RELEASE && ( var ) <= QV_RUNTIME_VARIANT_DEBUG )
 
+/** @{ */
 /** The build's own value. */
 QV_API QV_INT qvRuntimeOs( void );
 QV_API QV_INT qvRuntimeHardware( void );
 QV_API QV_INT qvRuntimeVariant( void );
+/** @} */
 
+/** @{ */
 /** Reads an enumerant's name or number; -1 if it is none. Null ends the process. */
 QV_API QV_INT qvRuntimeOsFromString( QV_STRING *qvs );
 QV_API QV_INT qvRuntimeHardwareFromString( QV_STRING *qvs );
 QV_API QV_INT qvRuntimeVariantFromString( QV_STRING *qvs );
+/** @} */
 
+/** @{ */
 /** The enumerant's name, as `QV_RUNTIME_OS_DEBIAN_10`: a new text. A value out of range ends the process, here and in
     all functions below. */
 QV_API QV_STRING *qvRuntimeOsToString( QV_INT os );
 QV_API QV_STRING *qvRuntimeHardwareToString( QV_INT hw );
 QV_API QV_STRING *qvRuntimeVariantToString( QV_INT var );
+/** @} */
 
+/** @{ */
 /** Reads an identifier, as `debian10`, case and all; -1 if it is none. Null ends the process. */
 QV_API QV_INT qvRuntimeOsFromIdentifier( QV_STRING *qvs );
 QV_API QV_INT qvRuntimeHardwareFromIdentifier( QV_STRING *qvs );
 QV_API QV_INT qvRuntimeVariantFromIdentifier( QV_STRING *qvs );
+/** @} */
 
+/** @{ */
 /** The identifier: a new text. */
 QV_API QV_STRING *qvRuntimeOsToIdentifier( QV_INT os );
 QV_API QV_STRING *qvRuntimeHardwareToIdentifier( QV_INT hw );
 QV_API QV_STRING *qvRuntimeVariantToIdentifier( QV_INT var );
+/** @} */
 
+/** @{ */
 /** The name for people, as `Debian 10`: a new text. */
 QV_API QV_STRING *qvRuntimeOsFriendlyName( QV_INT os );
 QV_API QV_STRING *qvRuntimeHardwareFriendlyName( QV_INT hw );
 QV_API QV_STRING *qvRuntimeVariantFriendlyName( QV_INT var );
+/** @} */
 
+/** @{ */
 /** What kind of system it is. Ubuntu counts as Debian, both count as Linux, and all but Windows as Unix. */
 QV_API QV_BOOL qvRuntimeOsIsWindows( QV_INT os );
 QV_API QV_BOOL qvRuntimeOsIsLinux( QV_INT os );
 QV_API QV_BOOL qvRuntimeOsIsDebian( QV_INT os );
 QV_API QV_BOOL qvRuntimeOsIsUnix( QV_INT os );
+/** @} */
 
+/** @{ */
 /** What kind of hardware it is. */
 QV_API QV_BOOL qvRuntimeHardwareIsIntel( QV_INT hw );
 QV_API QV_BOOL qvRuntimeHardwareIsArm( QV_INT hw );
 QV_API QV_BOOL qvRuntimeHardwareIsLittleEndian( QV_INT hw );
 QV_API QV_BOOL qvRuntimeHardwareIsBigEndian( QV_INT hw );
+/** @} */
 
 /** True for the combinations that the product exists for. */
 QV_API QV_BOOL qvRuntimeOsSupportsHardware( QV_INT os, QV_INT hw );
 
+/** @{ */
 /** What the operating system calls the hardware, as `amd64`: a new text, or null where it has no name for it. */
 QV_API QV_STRING *qvRuntimeOsHardwarePlatformName( QV_INT os, QV_INT hw );
 QV_API QV_BOOL    qvRuntimeOsHasHardwarePlatformName( QV_INT os, QV_INT hw );
+/** @} */
 
 /* Paths ---------------------------------------------------------------------------------------------------------- */
 
@@ -185,9 +209,11 @@ QV_API QV_INT qvRuntimePathFromString( QV_STRING *qvs );
 /** The enumerant's name: a new text. A value out of range ends the process, here and below. */
 QV_API QV_STRING *qvRuntimePathToString( QV_INT path );
 
+/** @{ */
 /** The path, which ends with a solidus: a new reference, or null if the run has no such path. */
 QV_API QV_STRING *qvRuntimePath( QV_INT path );
 QV_API QV_BOOL    qvRuntimeHasPath( QV_INT path );
+/** @} */
 
 /* Modules -------------------------------------------------------------------------------------------------------- */
 
@@ -202,6 +228,7 @@ QV_API QV_BOOL    qvRuntimeHasPath( QV_INT path );
     threads take turns; what a module's start-up function calls must not load. */
 QV_API QV_BOOL qvRuntimeTryLoadModule( QV_STRING *moduleName );
 
+/** @{ */
 /** Loads several in their order and stops at the first that fails; extensions follow if none has. The names are in a
     Vector of Strings, or in a text with one blank between them, which holds at least one. A length is in bytes; -1 means
     that the text ends at its terminator, as a Wcstr always does. */
@@ -209,6 +236,7 @@ QV_API QV_BOOL qvRuntimeTryLoadModulesVector( QV_VECTOR *moduleNames );
 QV_API QV_BOOL qvRuntimeTryLoadModules( QV_STRING *qvs );
 QV_API QV_BOOL qvRuntimeTryLoadModulesCstr( const char *cstr, QV_INT length );
 QV_API QV_BOOL qvRuntimeTryLoadModulesWcstr( const wchar_t *wcstr );
+/** @} */
 
 /** Stops all modules but the library, the last loaded first, each when the last object of its sorts is gone. An object
     that is kept for more than 60 seconds ends the process; in a run with snapshot flags it is reported every 10
@@ -221,13 +249,16 @@ QV_API QV_VECTOR *qvRuntimeModulesVector( void );
 /** A loaded module by its name: a new reference, or null if it is not loaded. */
 QV_API QV_MODULE *qvRuntimeModule( QV_STRING *moduleName );
 
+/** @{ */
 /** A new Vector with qvModuleSnapshotSorts() or qvModuleSnapshotObjects() of each loaded module, a Vector each, in the
     order of loading; null in a run without the object database. The modules are looked at one after the other. */
 QV_API QV_VECTOR *qvRuntimeSnapshotSorts( void );
 QV_API QV_VECTOR *qvRuntimeSnapshotObjects( void );
+/** @} */
 
 /* The computer --------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** What is known about the computer: new references, or null. */
 QV_API QV_STRING *qvRuntimeComputerName( void );
 QV_API QV_STRING *qvRuntimeOperatingSystemInfo( void );
@@ -235,6 +266,7 @@ QV_API QV_STRING *qvRuntimeCpuInfo( void );
 QV_API QV_BOOL    qvRuntimeHasComputerName( void );
 QV_API QV_BOOL    qvRuntimeHasOperatingSystemInfo( void );
 QV_API QV_BOOL    qvRuntimeHasCpuInfo( void );
+/** @} */
 
 /** All of the above, the versions of the loaded modules and when the library was started, as a new document. */
 QV_API QV_STORE *qvRuntimeInfo( void );

@@ -9,9 +9,11 @@
 
 QV_FAMILY( Sort, QV_SORT )
 
+/** @{ */
 /** The module that defines the sort, borrowed, or null. */
 QV_API QV_MODULE *qvSortModule( QV_SORT *sort );
 QV_API QV_BOOL    qvSortHasModule( QV_SORT *sort );
+/** @} */
 
 /** A new text of the sort's name, as `QV_STRING`. */
 QV_API QV_STRING *qvSortName( QV_SORT *sort );

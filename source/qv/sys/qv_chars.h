@@ -19,6 +19,7 @@ QV_API QV_BOOL qvCharsAllOk( const QV_CHAR *src, QV_INT srcLength );
     `dest` and `src` may be the same array. */
 QV_API QV_INT qvCharsSanitize( QV_CHAR *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength );
 
+/** @{ */
 /** To outside text. With `addNull` a terminator is counted, and written if it still fits. Ascii has a question mark
     for every other character, UTF-8 U+FFFD for values of 0x110000 and above; Cstr is UTF-8. In Wcstr 0 becomes U+FFFD
     too. A sequence that does not fit at the end is written as far as it fits. */
@@ -30,7 +31,9 @@ QV_API QV_INT qvCharsConvertToCstr(
     char *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength, QV_BOOL addNull );
 QV_API QV_INT qvCharsConvertToWcstr(
     wchar_t *dest, QV_INT destLength, const QV_CHAR *src, QV_INT srcLength, QV_BOOL addNull );
+/** @} */
 
+/** @{ */
 /** From outside text. A `srcLength` of -1 means that it ends at its terminator. U+FFFD stands for what cannot be read.
     In UTF-8 that is each broken sequence, without the byte that breaks it, and each run of bytes that follow nothing; a
     sequence that the end of the text cuts and a value of 0x110000 and above give nothing. Overlong forms and surrogates
@@ -39,5 +42,6 @@ QV_API QV_INT qvCharsConvertFromAscii( QV_CHAR *dest, QV_INT destLength, const c
 QV_API QV_INT qvCharsConvertFromUtf8( QV_CHAR *dest, QV_INT destLength, const char *src, QV_INT srcLength );
 QV_API QV_INT qvCharsConvertFromCstr( QV_CHAR *dest, QV_INT destLength, const char *src, QV_INT srcLength );
 QV_API QV_INT qvCharsConvertFromWcstr( QV_CHAR *dest, QV_INT destLength, const wchar_t *src, QV_INT srcLength );
+/** @} */
 
 #endif

@@ -39,9 +39,11 @@ QV_API void qvIntSortPair( QV_INT *a, QV_INT *b );
 /** Exchanges `*a` and `*b`. Null ends the process. */
 QV_API void qvIntExchange( QV_INT *a, QV_INT *b );
 
+/** @{ */
 /** The smaller and the greater one. */
 QV_API QV_INT qvIntMin( QV_INT a, QV_INT b );
 QV_API QV_INT qvIntMax( QV_INT a, QV_INT b );
+/** @} */
 
 /** `value`, or the bound that it lies beyond. The bounds may come in either order. */
 QV_API QV_INT qvIntConstrain( QV_INT value, QV_INT a, QV_INT b );
@@ -50,42 +52,56 @@ QV_API QV_INT qvIntConstrain( QV_INT value, QV_INT a, QV_INT b );
     greater one. */
 QV_API QV_INT qvIntMid( QV_INT a, QV_INT b );
 
+/** @{ */
 /** True if the operation stays in range; division also needs a divisor other than 0. */
 QV_API QV_BOOL qvIntAddOk( QV_INT a, QV_INT b );
 QV_API QV_BOOL qvIntSubOk( QV_INT a, QV_INT b );
 QV_API QV_BOOL qvIntMulOk( QV_INT a, QV_INT b );
 QV_API QV_BOOL qvIntDivOk( QV_INT a, QV_INT b );
+/** @} */
 
+/** @{ */
 /** The result, or the bound of the range in the direction of the overflow. Division truncates; by 0 it ends the
     process. */
 QV_API QV_INT qvIntAddSaturating( QV_INT a, QV_INT b );
 QV_API QV_INT qvIntSubSaturating( QV_INT a, QV_INT b );
 QV_API QV_INT qvIntMulSaturating( QV_INT a, QV_INT b );
 QV_API QV_INT qvIntDivSaturating( QV_INT a, QV_INT b );
+/** @} */
 
+/** @{ */
 /** The absolute value. That of QV_INT_MIN ends the process, or saturates to QV_INT_MAX. */
 QV_API QV_INT qvIntAbs( QV_INT value );
 QV_API QV_INT qvIntAbsSaturating( QV_INT value );
+/** @} */
 
+/** @{ */
 /** Tests, sets or clears one bit. A bit outside 0 to 63 ends the process. */
 QV_API QV_BOOL qvIntBitIsSet( QV_INT value, QV_INT bit );
 QV_API QV_INT  qvIntBitSet( QV_INT value, QV_INT bit );
 QV_API QV_INT  qvIntBitClear( QV_INT value, QV_INT bit );
+/** @} */
 
+/** @{ */
 /** Sets or clears the bits from `a` to `b`, both included; they may come in either order. A bit outside 0 to 63
     ends the process. */
 QV_API QV_INT qvIntBitSetRange( QV_INT value, QV_INT a, QV_INT b );
 QV_API QV_INT qvIntBitClearRange( QV_INT value, QV_INT a, QV_INT b );
+/** @} */
 
+/** @{ */
 /** Sets or clears so many of the topmost or of the lowest bits. A number outside 0 to 64 ends the process. */
 QV_API QV_INT qvIntBitSetHighest( QV_INT value, QV_INT highest );
 QV_API QV_INT qvIntBitClearHighest( QV_INT value, QV_INT highest );
 QV_API QV_INT qvIntBitSetLowest( QV_INT value, QV_INT lowest );
 QV_API QV_INT qvIntBitClearLowest( QV_INT value, QV_INT lowest );
+/** @} */
 
+/** @{ */
 /** Index of the highest or lowest bit that is set, or -1. */
 QV_API QV_INT qvIntBitHighest( QV_INT value );
 QV_API QV_INT qvIntBitLowest( QV_INT value );
+/** @} */
 
 /** How many bits are set. */
 QV_API QV_INT qvIntBitCount( QV_INT value );

@@ -11,33 +11,45 @@
 
 #include "qv/sys/qv_types.h"
 
+/** @{ */
 /** A new block of `size` bytes, above 0; never null. The caller frees it. Its bytes are undefined, and 0xFF where
     the library was started with QV_RUNTIME_FLAG_MEMORY_DEBUG. */
 QV_API void *qvMemAlloc( QV_INT size );
 QV_API void *qvMemAllocN( QV_INT count, QV_INT size );
+/** @} */
 
+/** @{ */
 /** Makes a block larger or smaller, keeping what fits; `ptr` may be null. Gives the block, which may have moved;
     `newSize` is above 0. */
 QV_API void *qvMemRealloc( void *ptr, QV_INT newSize );
 QV_API void *qvMemReallocN( void *ptr, QV_INT count, QV_INT size );
+/** @} */
 
 /** Gives a block back. Null does nothing. */
 QV_API void qvMemFree( void *ptr );
 
+/** @{ */
 /** Fills with the low byte of `value`. Gives `ptr`. */
 QV_API void *qvMemSet( void *ptr, QV_INT value, QV_INT size );
 QV_API void *qvMemSetN( void *ptr, QV_INT value, QV_INT count, QV_INT size );
+/** @} */
 
+/** @{ */
 /** Copies between ranges that do not overlap. Gives `dest`. */
 QV_API void *qvMemCopy( void *dest, const void *src, QV_INT size );
 QV_API void *qvMemCopyN( void *dest, const void *src, QV_INT count, QV_INT size );
+/** @} */
 
+/** @{ */
 /** Copies between ranges that may overlap. Gives `dest`. */
 QV_API void *qvMemMove( void *dest, const void *src, QV_INT size );
 QV_API void *qvMemMoveN( void *dest, const void *src, QV_INT count, QV_INT size );
+/** @} */
 
+/** @{ */
 /** Compares as unsigned bytes: -1, 0 or 1. */
 QV_API QV_INT qvMemCompare( const void *a, const void *b, QV_INT size );
 QV_API QV_INT qvMemCompareN( const void *a, const void *b, QV_INT count, QV_INT size );
+/** @} */
 
 #endif

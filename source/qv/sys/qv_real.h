@@ -28,8 +28,10 @@ QV_API QV_REAL qvRealTrunc( QV_REAL x );
 /** Rounds towards zero and saturates. What NaN gives is of no meaning. */
 QV_API QV_INT qvRealToInt( QV_REAL x );
 
+/** @{ */
 /** The same comparisons with an integer, which is turned into a real first. */
 QV_API QV_BOOL qvRealEqualsInt( QV_REAL x, QV_INT i );
 QV_API QV_INT  qvRealCompareInt( QV_REAL x, QV_INT i );
+/** @} */
 
 #endif

@@ -33,12 +33,16 @@
 /** The tag in the character database as in "<noBreak>", or null for the first two, which have none. */
 QV_API QV_STRING *qvUnicodeCdmtTag( QV_INT cdmt );
 
+/** @{ */
 /** The description as in "A superscript form." and the name of the constant as in "QV_UNICODE_CDMT_SUPER". */
 QV_API QV_STRING *qvUnicodeCdmtDescription( QV_INT cdmt );
 QV_API QV_STRING *qvUnicodeCdmtSymName( QV_INT cdmt );
+/** @} */
 
+/** @{ */
 /** The type with a tag, or -1; the second one takes it in any case. */
 QV_API QV_INT qvUnicodeCdmtFromTag( QV_STRING *tag );
 QV_API QV_INT qvUnicodeCdmtFromTagCaseFold( QV_STRING *tag );
+/** @} */
 
 #endif

@@ -41,6 +41,7 @@ QV_FAMILY( UnicodeNormalizer, QV_UNICODE_NORMALIZER )
 /** A new normalizer, which has got nothing yet. Any other value than one of the four forms ends the process. */
 QV_API QV_UNICODE_NORMALIZER *qvUnicodeNormalizerCreate( QV_INT normalForm );
 
+/** @{ */
 /** Continues the text: with one character; with an array, which may be null if the length is 0; with a String or a
     part of it. Inner is the part from `offset` on, Outer all but that, Leading and Trailing the part at either end.
     A negative length, offset or count, and a range that is not within the String, end the process. */
@@ -51,6 +52,7 @@ QV_API void qvUnicodeNormalizerWriteInner( QV_UNICODE_NORMALIZER *norm, QV_STRIN
 QV_API void qvUnicodeNormalizerWriteOuter( QV_UNICODE_NORMALIZER *norm, QV_STRING *src, QV_INT offset, QV_INT count );
 QV_API void qvUnicodeNormalizerWriteLeading( QV_UNICODE_NORMALIZER *norm, QV_STRING *src, QV_INT count );
 QV_API void qvUnicodeNormalizerWriteTrailing( QV_UNICODE_NORMALIZER *norm, QV_STRING *src, QV_INT count );
+/** @} */
 
 /** Ends the text, so that all of it is readable. What is written afterwards is a text of its own, which nothing in
     front of it joins. */

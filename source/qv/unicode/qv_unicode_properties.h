@@ -184,10 +184,12 @@ QV_API QV_INT qvUnicodeCccv( QV_CHAR ch );
 /** The script, one of QV_UNICODE_SCRIPT_... */
 QV_API QV_INT qvUnicodeScript( QV_CHAR ch );
 
+/** @{ */
 /** What the character counts as a digit, or -1. Decimal digits are those of every script. Hexadecimal digits are
     `0` to `9`, `A` to `F` and `a` to `f`, of ASCII and in their fullwidth forms. */
 QV_API QV_INT qvUnicodeDecimalDigitValue( QV_CHAR ch );
 QV_API QV_INT qvUnicodeHexadecimalDigitValue( QV_CHAR ch );
+/** @} */
 
 /** The same for a base from 2 to 36; any other ends the process. Up to 10 these are the decimal digits, up to 16 the
     hexadecimal ones, and neither is compared with the base: `9` counts 9 in base 8. Above 16 they are the digits and
@@ -202,6 +204,7 @@ QV_API QV_BOOL qvUnicodeIsNlf( QV_CHAR ch );
 
 /* Categories ----------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** Whether the category is the one in the name, or belongs to the group in the name. The group Other has the
     unassigned characters too. */
 QV_API QV_BOOL qvUnicodeIsLetter( QV_CHAR ch );
@@ -210,6 +213,7 @@ QV_API QV_BOOL qvUnicodeIsLetterLowercase( QV_CHAR ch );
 QV_API QV_BOOL qvUnicodeIsLetterTitlecase( QV_CHAR ch );
 QV_API QV_BOOL qvUnicodeIsLetterModifier( QV_CHAR ch );
 QV_API QV_BOOL qvUnicodeIsLetterOther( QV_CHAR ch );
+/** @} */
 
 QV_API QV_BOOL qvUnicodeIsMark( QV_CHAR ch );
 QV_API QV_BOOL qvUnicodeIsMarkNonspacing( QV_CHAR ch );
@@ -250,6 +254,7 @@ QV_API QV_BOOL qvUnicodeIsOtherNotAssigned( QV_CHAR ch );
 
 /* Combining classes ---------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** Whether the combining class is the one in the name. FixedPos is everything from FixedPosStart to FixedPosEnd. */
 QV_API QV_BOOL qvUnicodeHasCccvSpacing( QV_CHAR ch );
 QV_API QV_BOOL qvUnicodeHasCccvOverlays( QV_CHAR ch );
@@ -278,5 +283,6 @@ QV_API QV_BOOL qvUnicodeHasCccvAboveRight( QV_CHAR ch );
 QV_API QV_BOOL qvUnicodeHasCccvDoubleBelow( QV_CHAR ch );
 QV_API QV_BOOL qvUnicodeHasCccvDoubleAbove( QV_CHAR ch );
 QV_API QV_BOOL qvUnicodeHasCccvBelowIota( QV_CHAR ch );
+/** @} */
 
 #endif
