@@ -7,7 +7,7 @@
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_store.h"
-#include "qv/base/qv_store_private.h"
+#include "qv/qv_tool_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/sys/qv_mem.h"
 

@@ -2,11 +2,11 @@
 #include "morvane_tool.h"
 
 #include "qv/base/qv_store.h"
+#include "qv/qv_tool_private.h"
 #include "qv/runtime/qv_module.h"
 #include "qv/runtime/qv_module_record.h"
 #include "qv/runtime/qv_module_version.h"
 #include "qv/runtime/qv_runtime.h"
-#include "qv/runtime/qv_runtime_platform_private.h"
 #include "qv/sys/qv_chars.h"
 
 #include <string.h>

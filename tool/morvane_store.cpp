@@ -5,7 +5,6 @@
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_decoder.h"
 #include "qv/base/qv_store.h"
-#include "qv/base/qv_store_private.h"
 #include "qv/charset/qv_charset.h"
 #include "qv/io/qv_buffer_byte_source.h"
 #include "qv/io/qv_byte_source.h"
@@ -14,6 +13,7 @@
 #include "qv/io/qv_nlf.h"
 #include "qv/io/qv_nlf_line_source.h"
 #include "qv/io/qv_print.h"
+#include "qv/qv_tool_private.h"
 
 namespace morvane
 {

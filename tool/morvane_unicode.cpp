@@ -2,9 +2,9 @@
 
 #include "qv/charset/qv_charset.h"
 #include "qv/io/qv_print.h"
+#include "qv/qv_tool_private.h"
 #include "qv/unicode/qv_unicode_cccv.h"
 #include "qv/unicode/qv_unicode_cdmt.h"
-#include "qv/unicode/qv_unicode_db_private.h"
 #include "qv/unicode/qv_unicode_genc.h"
 #include "qv/unicode/qv_unicode_properties.h"
 #include "qv/unicode/qv_unicode_script.h"
