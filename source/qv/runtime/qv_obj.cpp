@@ -1,10 +1,5 @@
 #include "qv/runtime/qv_obj.h"
 
-#include "qv/base/qv_buffer.h"
-#include "qv/base/qv_dict.h"
-#include "qv/base/qv_stack_trace.h"
-#include "qv/base/qv_string.h"
-#include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_obj_life_private.h"
 #include "qv/runtime/qv_obj_private.h"
@@ -44,13 +39,6 @@ void qv___ObjShutdown( void )
 }
 
 /* Creation and destruction --------------------------------------------------------------------------------------- */
-
-// Recording the stack of a creation creates objects of these sorts, and so does not record theirs.
-bool qv::recordsOrigin( QV_SORT *sort )
-{
-    return sort != qvStringSort() && sort != qvVectorSort() && sort != qvDictSort() && sort != qvBufferSort()
-           && sort != qvStackTraceSort();
-}
 
 namespace
 {
@@ -280,25 +268,6 @@ QV_INT qvObjDefaultCompareFunc( QV_OBJ *thisObj, QV_OBJ *thatObj )
     QV_INT thatUnique = qv___ObjUnique( thatObj );
 
     return ( thisUnique > thatUnique ) - ( thisUnique < thatUnique );
-}
-
-QV_STRING *qvObjToString( QV_OBJ *thisObj )
-{
-    QV_CHECK( thisObj );
-
-    qv::Ref< QV_SORT > sort = qv::Ref< QV_SORT >::share( qvObjSort( thisObj ) );
-    QV_STRING *result       = sort->toStringFunc ? sort->toStringFunc( thisObj ) : qvObjDefaultToStringFunc( thisObj );
-    QV_CHECK( result );
-
-    return result;
-}
-
-QV_STRING *qvObjDefaultToStringFunc( QV_OBJ *thisObj )
-{
-    QV_CHECK( thisObj );
-
-    return qvStringCreateFromFormatCstr(
-        "%~s(%^!16i)", -1, qvSortName( qvObjSort( thisObj ) ), qv___ObjUnique( thisObj ) );
 }
 
 QV_INT qv___ObjUnique( QV_OBJ *thisObj )

@@ -1,11 +1,14 @@
 #include "qv/runtime/qv_obj_private.h"
 
+#include "qv/base/qv_buffer.h"
+#include "qv/base/qv_dict.h"
 #include "qv/base/qv_stack_trace.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_obj.h"
+#include "qv/runtime/qv_obj_life_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
@@ -38,6 +41,13 @@ QV___OBJ_LOG_ENTRY *createEntry( QV_STRING *line )
     return entry;
 }
 } // namespace
+
+// Recording the stack of a creation creates objects of these sorts, and so does not record theirs.
+bool qv::recordsOrigin( QV_SORT *sort )
+{
+    return sort != qvStringSort() && sort != qvVectorSort() && sort != qvDictSort() && sort != qvBufferSort()
+           && sort != qvStackTraceSort();
+}
 
 void qv::freeObjLog( QV_OBJ *thisObj )
 {

@@ -1,21 +1,14 @@
 #include "qv/sys/qv_abort.h"
 
-#include "qv/base/qv_random.h"
-#include "qv/base/qv_string.h"
-#include "qv/runtime/qv_module_private.h"
-#include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort_private.h"
-#include "qv/sys/qv_mem.h"
-
-#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
 
-// The report runs in whatever state the failure left, a damaged heap included: descriptors and static text, no lock, no
-// object, no memory.
+// The report is written in whatever state the failure left, a damaged heap included: descriptors and static text, no
+// lock, no object, no memory.
 
 char *qv___AbortFilename = nullptr;
 
@@ -32,11 +25,11 @@ void writeProduct( AbortOutput *output )
     output->row( "    Name      : ", qv___RuntimeVersionProductNameCstr() );
     output->row( "    Friendly  : ", qv___RuntimeVersionProductFriendlyNameCstr() );
     output->text( "    Version   : " );
-    output->integer( static_cast< int >( qv___module_record.productVersionMajor ) );
+    output->integer( static_cast< int >( qvRuntimeVersionProductVersionMajor() ) );
     output->text( "." );
-    output->integer( static_cast< int >( qv___module_record.productVersionMinor ) );
+    output->integer( static_cast< int >( qvRuntimeVersionProductVersionMinor() ) );
     output->text( "." );
-    output->integer( static_cast< int >( qv___module_record.productVersionRelease ) );
+    output->integer( static_cast< int >( qvRuntimeVersionProductVersionRelease() ) );
     output->row( "\n    OS        : ", qv___RuntimeOsFriendlyNameCstr( qvRuntimeOs() ) );
     output->row( "    Hardware  : ", qv___RuntimeHardwareFriendlyNameCstr( qvRuntimeHardware() ) );
     output->row( "    Variant   : ", qv___RuntimeVariantFriendlyNameCstr( qvRuntimeVariant() ) );
@@ -194,61 +187,7 @@ void writeEndToErrors( void * )
 const int FLUSH_TIME = 250;
 const int STACK_TIME = 1000;
 const int WRITE_TIME = 10000;
-
-void setAction( int signum, void ( *action )( int, siginfo_t *, void * ) )
-{
-    struct sigaction sigact = {};
-    sigemptyset( &sigact.sa_mask );
-
-    if( action )
-    {
-        sigact.sa_sigaction = action;
-        sigact.sa_flags     = SA_SIGINFO | SA_ONSTACK;
-    }
-    else
-    {
-        sigact.sa_handler = SIG_DFL;
-    }
-
-    QV_CHECK( 0 == sigaction( signum, &sigact, NULL ) );
-}
-
-// The report of this process gets a name of its own, once, while there is everything to make it with.
-void setFilename()
-{
-    qv::Ref< QV_STRING > qvs( qvRuntimePath( QV_RUNTIME_PATH_DATA_ABORT ) );
-
-    if( !qvs )
-        return;
-
-    QV_CHECK_AS( qvStringEndsWithChar( qvs, U'/' ), "qvStringEndsWithChar( qvs, QV_CHAR_SOLIDUS )" );
-    qvStringAppendFormatCstr(
-        qvs.at(), "%~s-%~s-%~s-%~s-%0!16i.txt", -1, qvRuntimeVersionProductName(), qvRuntimeVersionProductVersion(),
-        qvRuntimeOsToIdentifier( qvRuntimeOs() ), qvRuntimeHardwareToIdentifier( qvRuntimeHardware() ),
-        qvRandomNonNegativeInt() );
-    qv___AbortFilename = qvStringConvertToCstr( qvs, QV_TRUE, nullptr );
-}
 } // namespace
-
-void qv___AbortStartup( void )
-{
-    setFilename();
-
-    if( qvRuntimeFlags() & QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS )
-        return;
-
-    for( int signum : qv::FATAL_SIGNALS )
-        setAction( signum, qv___AbortSignalAction );
-}
-
-void qv___AbortShutdown( void )
-{
-    for( int signum : qv::FATAL_SIGNALS )
-        setAction( signum, nullptr );
-
-    // Another thread that fails just now has a file or none, but never a name that is gone.
-    qvMemFree( std::exchange( qv___AbortFilename, nullptr ) );
-}
 
 void qv___Abort( const char *message, const char *file, QV_INT line, const char *expression )
 {
