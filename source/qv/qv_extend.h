@@ -103,8 +103,8 @@ QV_API QV_MODULE QV_THIS_MODULE;
     - `.exts`, the names of the modules that are loaded after it if they can be, likewise. Default "". */
 #define QV_MODULE_INFO( ... ) __VA_ARGS__
 
-/** The functions that the run time calls, by name and in this order; NULL is the default: `.startupFunc`, `.shutdownBeginFunc`, `.shutdownFunc`,
-    `.shutdownEndFunc`, `.personalityFunc`. */
+/** The functions that the run time calls, by name and in this order; NULL is the default: `.startupFunc`,
+    `.shutdownBeginFunc`, `.shutdownFunc`, `.shutdownEndFunc`, `.personalityFunc`. */
 #define QV_MODULE_FUNCS( ... ) __VA_ARGS__
 
 /** Defines the module object. Stands once in a module, followed by a semicolon. */

@@ -1,8 +1,7 @@
-/** @file
-    What the tools of `morvane` need beyond the public headers: the text form of documents line by line, single mappings
-    of the character database, and the file of a module without a load. The tools include no other private header; the
-    private headers of the families include this one. All functions may be called from any thread while the library runs;
-    null ends the process unless said otherwise. */
+/** @file What the tools of `morvane` need beyond the public headers: the text form of documents line by line, single
+    mappings of the character database, and the file of a module without a load. The tools include no other private
+    header; the private headers of the families include this one. All functions may be called from any thread while the
+    library runs; null ends the process unless said otherwise. */
 
 #ifndef QV_TOOL_PRIVATE_H
 #define QV_TOOL_PRIVATE_H
@@ -48,15 +47,15 @@ QV_API const QV_CHAR *qv___UnicodeLowerCaseDbLookup( QV_CHAR ch, QV_INT *length 
 QV_API const QV_CHAR *qv___UnicodeCaseFoldDbLookup( QV_CHAR ch, QV_INT *length );
 /** @} */
 
-/** The decomposition in one step, static, its length and its type QV_UNICODE_CDMT_...; null, 0 and 0 where there is none.
-    Hangul syllables have none. Otherwise as the case mappings. */
+/** The decomposition in one step, static, its length and its type QV_UNICODE_CDMT_...; null, 0 and 0 where there is
+    none. Hangul syllables have none. Otherwise as the case mappings. */
 QV_API const QV_CHAR *qv___UnicodeCdmDbLookup( QV_CHAR ch, QV_INT *length, QV_INT *type );
 
 /* Modules -------------------------------------------------------------------------------------------------------- */
 
-/** Opens the file of a module and returns the module, a new reference, or null: the file is missing or is none, is built
-    for another product, or holds another module. Starts nothing. A file that was opened and refused is closed again; that
-    of a module that was returned stays open for the life of the process. */
+/** Opens the file of a module and returns the module, a new reference, or null: the file is missing or is none, is
+    built for another product, or holds another module. Starts nothing. A file that was opened and refused is closed
+    again; that of a module that was returned stays open for the life of the process. */
 QV_API QV_MODULE *qv___RuntimePlatformLoadModule( QV_STRING *moduleName );
 
 #endif

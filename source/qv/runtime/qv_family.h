@@ -22,8 +22,8 @@
     A free function releases what the object's fields own; it does not free the object itself. What it releases ends at
     once or, nested more than 32 levels deep, before the outermost release returns; so a free function must not wait for
     the end of another object. A compare function returns -1, 0 or 1, a to-string function a new text. Each may be null:
-    then the fields own nothing, objects have the order of their unique numbers, and the text is the sort's name with the
-    unique number. */
+    then the fields own nothing, objects have the order of their unique numbers, and the text is the sort's name with
+    the unique number. */
 
 #ifndef QV_FAMILY_H
 #define QV_FAMILY_H

@@ -25,8 +25,8 @@ QV_API QV_STRING *qvModuleName( QV_MODULE *module );
 QV_API QV_STRING *qvModuleDescription( QV_MODULE *module );
 /** @} */
 
-/** The version as a new object, owned by the caller. A record whose version is malformed ends the process; no such module
-    is ever loaded. */
+/** The version as a new object, owned by the caller. A record whose version is malformed ends the process; no such
+    module is ever loaded. */
 QV_API QV_MODULE_VERSION *qvModuleVersion( QV_MODULE *module );
 
 /** @{ */

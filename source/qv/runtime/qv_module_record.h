@@ -21,8 +21,9 @@
 /** The layout of the record that follows. */
 #define QV_MODULE_RECORD_VERSION 2
 
-/** What a module is. All texts are static, zero-terminated UTF-8. If the product name is null, the other fields about the
-    product have to be null or -1 too. If a part of the version is -1, the parts that follow it have to be -1 too. */
+/** What a module is. All texts are static, zero-terminated UTF-8. If the product name is null, the other fields about
+    the product have to be null or -1 too. If a part of the version is -1, the parts that follow it have to be
+    -1 too. */
 typedef struct QV_MODULE_RECORD
 {
     uint8_t     recordVersion;         /**< QV_MODULE_RECORD_VERSION */
@@ -51,7 +52,8 @@ typedef void ( *QV_MODULE_SHUTDOWN_FUNC )( void );
     executable and the module. */
 typedef QV_INT ( *QV_MODULE_PERSONALITY_FUNC )( intptr_t a, intptr_t b );
 
-/** The module object. The functions are called with the monitor of loading held, the last by qvModuleRunPersonality(). */
+/** The module object. The functions are called with the monitor of loading held, the last
+    by qvModuleRunPersonality(). */
 #ifdef __cplusplus
 struct QV_MODULE : QV_OBJ
 {

@@ -5,8 +5,8 @@
         qvModuleVersionCompatibility( ver );        // 4019
         qvModuleVersionRelease( ver );              // gives the reference up
 
-    The text is `<major>[#<majorInsert>].<minor>[#<minorInsert>]`; an insert of 0 is not written. Versions are ordered by
-    the four numbers in this order. They never change, so that any thread may read them. Null ends the process. */
+    The text is `<major>[#<majorInsert>].<minor>[#<minorInsert>]`; an insert of 0 is not written. Versions are ordered
+    by the four numbers in this order. They never change, so that any thread may read them. Null ends the process. */
 
 #ifndef QV_MODULE_VERSION_H
 #define QV_MODULE_VERSION_H

@@ -2,12 +2,12 @@
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/sys/qv_assert_private.h"
 
-// The lists stand in static records, and an object that outlives its run stays in its list until it ends, in whatever
-// run that is. So their lock is always there, and whether an object is listed is told by the object, never by the run.
+// The lists are in static records, and an object that outlives its run stays in its list until it ends, in whatever run
+// that is. So their lock is static, and the object's own field says whether it is listed, never the flags of the run.
 
 namespace
 {
-// Objects are counted atomically also where the lock is held: those of another run are counted without it.
+// Objects are counted atomically even where the lock is held: those of runs without lists are counted without it.
 
 void linkSort( QV_OBJ *result )
 {

@@ -6,8 +6,8 @@
 
 namespace
 {
-// One more reference, for somebody who holds none but the lock of the lists: an object whose count is 0 is about to be
-// taken out of its list and cannot be had any more. A count above 0 must not become 0 in between.
+// Takes a reference for a caller that holds none, but the lock of the lists. False for an object whose count is 0: it
+// is about to leave its list and to end. A count above 0 is raised only if it has not become 0 meanwhile.
 bool retainLive( QV_OBJ *object )
 {
     int32_t count = qv___AtomicLoad32( &object->retainCount );

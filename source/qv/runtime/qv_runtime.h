@@ -37,8 +37,8 @@
     function must not print. */
 typedef void ( *QV_RUNTIME_PRINT_FUNC )( const QV_CHAR *chs, QV_INT length );
 
-/** Starts the library. `flags` are normalised. `printFunc` is the print hook: with null, printing has no effect. The three
-    texts are zero-terminated UTF-8 or null, and are copied. A failure ends the process. */
+/** Starts the library. `flags` are normalised. `printFunc` is the print hook: with null, printing has no effect. The
+    three texts are zero-terminated UTF-8 or null, and are copied. A failure ends the process. */
 QV_API void qvRuntimeStartup(
     QV_INT flags, QV_RUNTIME_PRINT_FUNC printFunc, const char *applicationIdentifier,
     const char *applicationFriendlyName, const char *applicationVersion );
@@ -53,8 +53,8 @@ QV_API QV_INT qvRuntimeFlags( void );
 /** `flags` without undefined bits, and without those that depend on one that is missing. */
 QV_API QV_INT qvRuntimeFlagsNormalize( QV_INT flags );
 
-/** The normalised flags of a text with names or numbers and `|` between them; unknown ones have no effect. Null ends the
-    process. */
+/** The normalised flags of a text with names or numbers and `|` between them; unknown ones have no effect. Null ends
+    the process. */
 QV_API QV_INT qvRuntimeFlagsFromString( QV_STRING *qvs );
 
 /** The names of the normalised flags with `|` between them, as a new text. */
@@ -86,7 +86,8 @@ QV_API QV_STRING *qvRuntimeVersionProductVersion( void );
 QV_API QV_TIME *qvRuntimeVersionProductBuildTime( void );
 
 /** @{ */
-/** The texts about the application that the library was started with: new texts, or null, and whether there are such. */
+/** The texts about the application that the library was started with: new texts, or null, and whether there
+    are such. */
 QV_API QV_STRING *qvRuntimeVersionApplicationIdentifier( void );
 QV_API QV_STRING *qvRuntimeVersionApplicationFriendlyName( void );
 QV_API QV_STRING *qvRuntimeVersionApplicationVersion( void );
@@ -217,7 +218,8 @@ QV_API QV_INT qvRuntimePathFromString( QV_STRING *qvs );
 QV_API QV_STRING *qvRuntimePathToString( QV_INT path );
 
 /** @{ */
-/** The path, which ends with a solidus: a new reference, or null if the run has no such path, and whether it has one. */
+/** The path, which ends with a solidus: a new reference, or null if the run has no such path, and whether it
+    has one. */
 QV_API QV_STRING *qvRuntimePath( QV_INT path );
 QV_API QV_BOOL    qvRuntimeHasPath( QV_INT path );
 /** @} */
@@ -237,8 +239,8 @@ QV_API QV_BOOL qvRuntimeTryLoadModule( QV_STRING *moduleName );
 
 /** @{ */
 /** Loads several in their order and stops at the first that fails; extensions follow if none has. The names are in a
-    Vector of Strings, or in a text with one blank between them, which holds at least one. A length is in bytes; -1 means
-    that the text ends at its terminator, as a Wcstr always does. */
+    Vector of Strings, or in a text with one blank between them, which holds at least one. A length is in bytes; -1
+    means that the text ends at its terminator, as a Wcstr always does. */
 QV_API QV_BOOL qvRuntimeTryLoadModulesVector( QV_VECTOR *moduleNames );
 QV_API QV_BOOL qvRuntimeTryLoadModules( QV_STRING *qvs );
 QV_API QV_BOOL qvRuntimeTryLoadModulesCstr( const char *cstr, QV_INT length );

@@ -9,7 +9,7 @@
 
 #include <utility>
 
-// What the reports of a run need from it: a file to write to, and handlers of the fatal signals.
+// What a run adds to the reports: a file of their own, and handlers of the fatal signals.
 
 namespace
 {
@@ -31,7 +31,7 @@ void setAction( int signum, void ( *action )( int, siginfo_t *, void * ) )
     QV_CHECK( 0 == sigaction( signum, &sigact, NULL ) );
 }
 
-// The report of this process gets a name of its own, once, while there is everything to make it with.
+// The report file of this run has a name of its own, which is made at the start, since a report allocates nothing.
 void setFilename()
 {
     qv::Ref< QV_STRING > qvs( qvRuntimePath( QV_RUNTIME_PATH_DATA_ABORT ) );
@@ -64,6 +64,6 @@ void qv___AbortShutdown( void )
     for( int signum : qv::FATAL_SIGNALS )
         setAction( signum, nullptr );
 
-    // Another thread that fails just now has a file or none, but never a name that is gone.
+    // The name leaves its place before it is freed: another thread may fail at any time.
     qvMemFree( std::exchange( qv___AbortFilename, nullptr ) );
 }

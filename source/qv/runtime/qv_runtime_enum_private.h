@@ -27,7 +27,7 @@ public:
     {
     }
 
-    /** Makes the tables that the look-ups use, and gives them up. */
+    /** Make the tables that the look-ups use, and release them. */
     void startup();
     void shutdown();
 

@@ -10,7 +10,7 @@
 extern "C" QV_STRING *qv___RuntimePlatformPaths[QV___RUNTIME_PATH_COUNT];
 
 /** The path in the environment variable whose name is `variable` in upper case, with a solidus at its end: a new
-    String, or null. */
+    String, or null if there is no such variable. */
 QV_API QV_STRING *qv___RuntimePlatformUnixPathFromEnvironment( QV_STRING *variable );
 
 /** Makes each directory of a path that is missing. What cannot be made is left out without a report. */

@@ -133,7 +133,7 @@ void writeStack( AbortOutput *output, void *const *frames, int count )
     }
 }
 
-// The steps of a report. Each may be left in the middle.
+// The steps of a report. Each may be left at any point.
 
 void *reportFrames[qv::ABORT_FRAMES];
 int   reportFrameCount = 0;
@@ -182,8 +182,8 @@ void writeEndToErrors( void * )
     output.text( "\n\n\n" );
 }
 
-// Milliseconds that a step may take. Streams may be locked, or full and without a reader: what they hold is less than
-// the report. A terminal that stands still may go on.
+// Milliseconds that a step may take. Streams may be locked, or full and without a reader: their contents are worth less
+// than the report. A terminal that is paused may be resumed.
 const int FLUSH_TIME = 250;
 const int STACK_TIME = 1000;
 const int WRITE_TIME = 10000;
@@ -201,7 +201,7 @@ void qv___DoAbort(
 
     Failure failure = { message, file, line, expression, siginfo };
 
-    // What the program has printed so far comes before the report, if that can be.
+    // What the program has printed so far comes before the report, if possible.
     qv::attempt( FLUSH_TIME, flushStream, stdout );
     qv::attempt( FLUSH_TIME, flushStream, stderr );
 

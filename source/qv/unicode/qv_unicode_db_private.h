@@ -6,7 +6,8 @@
 #include "qv/unicode/qv_unicode_cdmt.h"
 
 /* Look-ups in the generated tables. Sources that ask for many characters use the inline forms of
-   qv_unicode_tables_private.h. Mappings are declared in qv_tool_private.h. Values of 0x110000 and above end the process; out pointers may be null. */
+   qv_unicode_tables_private.h. Mappings are declared in qv_tool_private.h. Values of 0x110000 and above end the
+   process; out pointers may be null. */
 
 /** General category, combining class, script; 0 where there is none. */
 QV_API QV_INT qv___UnicodeGencDbLookup( QV_CHAR ch );
