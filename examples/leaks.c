@@ -1,12 +1,12 @@
-/* What is told about leaks. This program forgets a text, a document in a Vector, and a note of the module notes:
+/* Reports of leaks. This program forgets a text, a document in a Vector, and a note of the module notes:
 
-   - The stop waits for the note, since the module's code cannot go before its objects. After ten seconds it lists what it
-     waits for, with the stack that made it. This program then gives the note up.
-   - At the end of the stop the library lists what is left of its own families. Texts and containers bear no stack, since
-     recording one creates some; the document does.
+   - The stop waits for the note, since the module's code is needed until its objects have ended. After ten seconds it
+     lists what it waits for, with the stack of its creation. This program then releases the note.
+   - At the end of the stop the library lists the objects of its own families that are left. Texts and containers have
+     no stack, since recording one creates some; the document has.
 
    Function names in the stacks come from the dynamic tables: the program is linked so that it has one, and the module
-   marks its functions. Modules lie in the folder that XZ_MORVANE_BIN_PATH names. */
+   marks its functions. Modules are in the folder that XZ_MORVANE_BIN_PATH names. */
 
 #include <qv/qv.h>
 

@@ -1,5 +1,5 @@
-/* The module notes: a family of its own, whose functions are marked, so that stacks show their names. leaks.c shows what
-   becomes of notes that nobody gives up. */
+/* The module notes: a family of its own, whose functions are marked, so that stacks show their names. leaks.c shows
+   what becomes of notes that nobody gives up. */
 
 #include <qv/qv_extend.h>
 
@@ -39,7 +39,7 @@ QV_NOTE *qvNoteCreate( QV_STRING *text )
 /* The note that is kept, or null. */
 static QV_NOTE *kept;
 
-/* Keeps a note of the first argument; without arguments gives it up. */
+/* Keeps a note of the first argument; without arguments releases it. */
 static QV_INT run( intptr_t a, intptr_t b )
 {
     QV_VECTOR *arguments = (QV_VECTOR *)a;

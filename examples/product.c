@@ -1,10 +1,10 @@
 /* A program of the product: starts the library, loads the module that its first argument names, runs it with the others
-   and stops everything. Modules lie in the folder that XZ_MORVANE_BIN_PATH names.
+   and stops everything. Modules are in the folder that XZ_MORVANE_BIN_PATH names.
 
        product reminder_c reminder.conf
 
-   Exits with what the module gives; with 1 if it cannot be loaded or is no program, and with 3 if an object has survived
-   the stop of the library, which then lists it. */
+   Exits with what the module gives; with 1 if it cannot be loaded or is no program, and with 3 if an object has
+   survived the stop of the library, which then lists it. */
 
 #include <qv/qv.h>
 

@@ -1,5 +1,5 @@
-/* The module reminder in C: reads a document, waits so long as it says, and prints what it says. Its one argument is the
-   name of the document's file. reminder_cpp.cpp is the same in C++. */
+/* The module reminder in C: reads a document, waits as long as the document says, and prints its text. Its one argument
+   is the name of the document's file. reminder_cpp.cpp is the same in C++. */
 
 #include <qv/qv_extend.h>
 
@@ -20,13 +20,13 @@ static void freeReminder( QV_OBJ *thisObj )
     qvSignalRelease( reminder->due );
 }
 
-static QV_STRING *textOfReminder( QV_OBJ *thisObj )
+static QV_STRING *reminderToString( QV_OBJ *thisObj )
 {
     QV_REMINDER *reminder = qvReminderFrom( thisObj );
     return qvStringCreateFromFormatCstr( "%s, after %i milliseconds", -1, reminder->text, reminder->delay );
 }
 
-QV___FAMILY( Reminder, QV_REMINDER, freeReminder, NULL, textOfReminder )
+QV___FAMILY( Reminder, QV_REMINDER, freeReminder, NULL, reminderToString )
 
 /* A new reminder out of a document, or null. */
 static QV_REMINDER *createReminder( QV_STORE *document )

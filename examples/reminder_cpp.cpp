@@ -1,5 +1,5 @@
-// The module reminder in C++: reads a document, waits so long as it says, and prints what it says. Its one argument is the
-// name of the document's file. reminder_c.c is the same in C.
+// The module reminder in C++: reads a document, waits as long as the document says, and prints its text. Its one
+// argument is the name of the document's file. reminder_c.c is the same in C.
 
 #include <qv/qv_extend.h>
 
@@ -23,14 +23,14 @@ void freeReminder( QV_OBJ *thisObj )
     qv::drop( reminder->due );
 }
 
-QV_STRING *textOfReminder( QV_OBJ *thisObj )
+QV_STRING *reminderToString( QV_OBJ *thisObj )
 {
     QV_REMINDER *reminder = qvReminderFrom( thisObj );
     return qvStringCreateFromFormatCstr( "%s, after %i milliseconds", -1, reminder->text, reminder->delay );
 }
 } // namespace
 
-QV___FAMILY( Reminder, QV_REMINDER, freeReminder, nullptr, textOfReminder )
+QV___FAMILY( Reminder, QV_REMINDER, freeReminder, nullptr, reminderToString )
 
 namespace
 {

@@ -60,7 +60,7 @@ bool isMalformed( uint8_t lead, uint8_t second )
     }
 }
 
-// The byte order marks that tell of an input, and what its character set is then.
+// The byte order marks that an input may begin with, and the character set that each stands for.
 const struct
 {
     QV_INT  charset;
@@ -172,7 +172,7 @@ bool Decoder::skipMark()
     return true;
 }
 
-// The tail of a bad sequence goes with it, also where a piece has ended in it.
+// Drops the tail of a bad sequence, also if it began in the piece before.
 void Decoder::skipTails()
 {
     QV_INT tails = 0;
@@ -184,7 +184,7 @@ void Decoder::skipTails()
     isInBadTail_ = isInBadTail_ && count_ == 0;
 }
 
-// Takes the beginning of each sequence away that the codec would let pass, so that it is one for nothing.
+// Replaces the first byte of each malformed sequence that the codec would accept by one that it refuses.
 void Decoder::maskMalformed()
 {
     const QV_INT BLOCK = 128;
@@ -194,7 +194,7 @@ void Decoder::maskMalformed()
         QV_INT  to      = qvIntMin( from + BLOCK, count_ );
         uint8_t suspect = 0;
 
-        // Most blocks have no byte that can begin one.
+        // Most blocks have no byte that such a sequence can begin with.
         if( to - from == BLOCK )
             for( QV_INT i = 0; i < BLOCK; i++ )
             {
@@ -244,7 +244,7 @@ QV_INT Decoder::completeBytes() const
     return count_;
 }
 
-// The same for UTF-8 that is not valid, where the codec's way through the bytes has to be gone.
+// The same for invalid UTF-8: follows the sequences as the codec does.
 QV_INT Decoder::followSequences()
 {
     QV_INT missing = 0;
@@ -254,7 +254,7 @@ QV_INT Decoder::followSequences()
     {
         if( missing > 0 )
         {
-            // What breaks a sequence goes with it.
+            // The byte that breaks a sequence is dropped with it.
             isInBadTail_ = !isTail( bytes_[i] );
             missing      = isInBadTail_ ? 0 : missing - 1;
         }
@@ -273,7 +273,7 @@ QV_INT Decoder::followSequences()
     return missing > 0 && !end_ ? begin : count_;
 }
 
-// True if the bytes from a place on are U+FFFD itself.
+// True if the bytes at a place encode U+FFFD itself.
 bool Decoder::isReplacement( QV_INT at, QV_INT count ) const
 {
     static const struct
@@ -296,7 +296,7 @@ bool Decoder::isReplacement( QV_INT at, QV_INT count ) const
     return false;
 }
 
-// Where the first of `count` bytes stands that is invalid.
+// The place of the first invalid one of `count` bytes.
 QV_INT Decoder::firstInvalid( QV_INT count ) const
 {
     Ref< QV_STRING > text   = decode( count, 0 );

@@ -1,6 +1,5 @@
-/** @file
-    Bytes of a character set become text piece by piece, as they come, whatever the pieces are: a character that is not
-    complete waits for its rest, so that what comes out is that of all bytes at once. */
+/** @file Decodes the bytes of a character set piece by piece. The pieces may end anywhere: an incomplete character is
+    kept for the next piece, so that the text is that of all bytes at once. */
 
 #ifndef MORVANE_DECODER_H
 #define MORVANE_DECODER_H
@@ -12,38 +11,38 @@ namespace morvane
 class Decoder
 {
 public:
-    /** For a character set and QV_CHARSET flags. A byte order mark in front of UTF-8, UTF-16 and UTF-32 is no text,
-        unless `flags` have QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK. Surrogates that are no pair, and forms of UTF-8
-        that are longer than they have to be, are invalid as anything else is that is no character. */
+    /** For a character set and QV_CHARSET flags. A byte order mark at the start of UTF-8, UTF-16 and UTF-32 is skipped,
+        unless `flags` have QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK. Surrogates without their other half, and overlong
+        forms of UTF-8, are invalid. */
     Decoder( QV_INT charset, QV_INT flags );
 
-    /** The next piece of the input as text, which may be empty. Where the flags want a failure, the text ends before
-        what is invalid. */
+    /** The next piece of the input as text, which may be empty. If the flags ask for a failure, the text ends before
+        the first invalid byte. */
     qv::Ref< QV_STRING > read( Streams *streams );
 
-    /** True when there is no more text: at the end of the input, for a failure of it, and where it is invalid. */
+    /** True when there is no more text: at the end of the input, and after a failed read or an invalid byte. */
     bool end() const
     {
         return end_;
     }
 
-    /** Where in the input the text of the last read ends. */
+    /** The place in the input where the text of the last read ends, in bytes. */
     QV_INT offset() const
     {
         return dropped_;
     }
 
-    /** Where it is invalid, or -1. */
+    /** The place of the first invalid byte, or -1. */
     QV_INT invalidOffset() const
     {
         return invalidAt_;
     }
 
-    /** How many bytes of a valid input the character is. */
+    /** The number of bytes of a character in the character set. */
     QV_INT lengthOf( QV_CHAR ch ) const;
 
 private:
-    static const QV_INT HELD = 8; // bytes that can wait
+    static const QV_INT HELD = 8; // bytes that may be kept for the next piece
 
     bool                 skipMark();
     void                 skipTails();
@@ -61,9 +60,9 @@ private:
     bool    isStarted_   = false; // a byte order mark has been looked for
     bool    isInBadTail_ = false; // the bytes before were those of a bad sequence of UTF-8
     bool    end_         = false;
-    QV_INT  dropped_     = 0; // bytes of the input in front of those that are here
+    QV_INT  dropped_     = 0; // bytes of the input before those in `bytes_`
     QV_INT  invalidAt_   = -1;
-    QV_INT  count_       = 0; // bytes that are here
+    QV_INT  count_       = 0; // bytes in `bytes_`
     uint8_t bytes_[HELD + Streams::PIECE];
 };
 } // namespace morvane

@@ -7,7 +7,7 @@
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_store.h"
-#include "qv/base/qv_store_private.h"
+#include "qv/qv_tool_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/sys/qv_mem.h"
 
@@ -46,7 +46,7 @@ Ref< QV_STRING > lineEnd( QV_STRING *line )
     return Ref< QV_STRING >( qvStringCreateFromTrailing( line, lineEndLength( line ) ) );
 }
 
-// Calls `visit` with "a" and "a.b" for the path "a.b.c", or with "a." and "a.b.", as long as it gives true.
+// Calls `visit` with "a" and "a.b" for the path "a.b.c", or with "a." and "a.b.", as long as it returns true.
 template< class Visit >
 void visitAbove( QV_STRING *path, bool withDot, const Visit &visit )
 {
@@ -169,7 +169,7 @@ void Document::setValue( QV_STRING *path, QV_STRING *value )
         return;
     }
 
-    // What stands in front of the value stays as it was written.
+    // What comes before the value stays as it was written.
     QV_STRING      *&line      = lines_[at].text;
     Ref< QV_STRING > end       = lineEnd( line );
     QV_INT           oldEquals = qvStringFindChar( line, 0, U'=' );
@@ -271,7 +271,7 @@ QV_INT Document::placeOf( QV_STRING *key ) const
     return boxed ? qvBoxedIntValue( qvBoxedIntFrom( boxed ) ) : NONE;
 }
 
-// The last line that shares the most levels with a path; the last line of all where none does.
+// The last of the lines that share most levels with a path; the last line of all if none shares any.
 QV_INT Document::lastNeighbour( QV_STRING *path ) const
 {
     QV_INT result = last_;
@@ -288,7 +288,7 @@ QV_INT Document::lastNeighbour( QV_STRING *path ) const
     return result;
 }
 
-// Finds the lines that the paths and what is above them have now.
+// Finds the lines that set the paths and their sub-stores now.
 void Document::findPlaces( QV_VECTOR *paths )
 {
     Ref< QV_OBJ > none( qvBoxedIntObj( qvBoxedIntCreate( NONE ) ) );
@@ -313,8 +313,8 @@ void Document::findPlaces( QV_VECTOR *paths )
         setPlaces( i, NONE );
 }
 
-// Enters a line for a key, if somebody asks for that. Behind the line that was the last one of a sub-store, a new one
-// is; behind others it is not.
+// Enters a line for a key, if the index has the key. A new line is the last one of a sub-store only if it comes after
+// the one that was.
 bool Document::setPlace( QV_STRING *key, QV_INT line, QV_INT previous )
 {
     QV_INT idx = qvDictIndexOfStringKey( places_, key );
@@ -331,7 +331,7 @@ bool Document::setPlace( QV_STRING *key, QV_INT line, QV_INT previous )
     return true;
 }
 
-// Enters a line for all its keys: one of all lines in their order, or a new one behind `previous`.
+// Enters a line for all its keys: each of the lines in their order, or a new one after `previous`.
 void Document::setPlaces( QV_INT line, QV_INT previous )
 {
     QV_STRING *path = lines_[line].path;
@@ -339,14 +339,14 @@ void Document::setPlaces( QV_INT line, QV_INT previous )
     if( !path )
         return;
 
-    // Nobody asks for what lies below what nobody asks for.
+    // The index has no key below one that it doesn't have.
     visitAbove( path, true, [&]( QV_STRING *above ) { return setPlace( above, line, previous ); } );
 
     if( !qvStringEndsWithChar( path, U'.' ) )
         setPlace( path, line, NONE );
 }
 
-// Inserts a line as it stands behind another one, or as the first one behind NONE.
+// Inserts a line, unchanged, after another one, or as the first one after NONE.
 QV_INT Document::insert( QV_INT previous, QV_STRING *text )
 {
     if( count_ == alloc_ )
@@ -368,7 +368,7 @@ QV_INT Document::insert( QV_INT previous, QV_STRING *text )
     return count_++;
 }
 
-// Inserts a line that has no line end yet: it gets the one that the line before it has.
+// Inserts a line without a line end: it gets that of the line before it.
 QV_INT Document::add( QV_INT previous, QV_STRING *text )
 {
     Ref< QV_STRING > end( qvStringCreateFromCstr( "\n", -1 ) );

@@ -20,8 +20,8 @@ public:
     Document( const Document & )            = delete;
     Document &operator=( const Document & ) = delete;
 
-    /** Splits the text of a file into lines. False if it is no proper UTF-8, which could not be written back as it
-        was. */
+    /** Splits the text of a file into lines. False if it is not valid UTF-8, which could not be written back
+        unchanged. */
     bool parse( QV_BUFFER *bytes );
 
     /** The bytes of the file as it is now. */
@@ -30,14 +30,16 @@ public:
     /** True if a document can hold the value under the path, which has the form `a.b.c`. */
     static bool canHold( QV_STRING *path, QV_STRING *value );
 
-    /** Sets the values of paths, one after the other: in the line that has it now, else in a new one behind its
-        neighbours. Two Vectors of one length. Costs a pass over the lines, and a look-up for each level of a path. */
+    /** Sets the values of paths in their order: in the line that has the value now, else in a new line after those that
+        share most levels with the path. Two Vectors of one length. Costs a pass over the lines, and a look-up for each
+        level of a path. */
     void set( QV_VECTOR *paths, QV_VECTOR *values );
 
-    /** Deletes the values of all paths and everything below them, in one pass. Gives the paths that have nothing. */
+    /** Deletes the values of all paths and everything below them, in one pass. Returns the paths that had nothing to
+        delete. */
     qv::Ref< QV_VECTOR > remove( QV_VECTOR *paths );
 
-    /** Adds at the end what the document lacks of the first store, then of the next, and so on. */
+    /** Adds at the end what is in the first store and not in the document, then likewise for the next, and so on. */
     void merge( QV_VECTOR *stores );
 
 private:
@@ -45,7 +47,7 @@ private:
     {
         QV_STRING *text; // with its line end
         QV_STRING *path; // or null
-        QV_INT     next; // the line behind it
+        QV_INT     next; // index of the line after it, or NONE
     };
 
     static const QV_INT NONE = -1;
@@ -60,7 +62,7 @@ private:
     QV_INT add( QV_INT previous, QV_STRING *text );
 
     bool   byteOrderMark_ = false;
-    Line  *lines_         = nullptr; // in the order in which they came; `next` tells how they stand
+    Line  *lines_         = nullptr; // in the order of their creation; `next` has their order in the document
     QV_INT count_         = 0;
     QV_INT alloc_         = 0;
     QV_INT first_         = NONE;

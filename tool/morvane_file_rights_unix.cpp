@@ -17,11 +17,11 @@ const char ACCESS_LIST[] = "system.posix_acl_access"; // the attribute that hold
 class Attribute
 {
 public:
-    // `get` fills a block of a size and gives how long the content is, as the calls of the system do.
+    // `get` fills a block of a given size and returns the length of the content, as the system calls do.
     template< class Get >
     explicit Attribute( Get get )
     {
-        // It may become longer between two calls.
+        // The content may become longer between two calls.
         do
         {
             ssize_t size = get( nullptr, 0 );
@@ -44,7 +44,7 @@ public:
         return bytes_;
     }
 
-    // -1 if there is none, or if it cannot be read; `errno` tells.
+    // -1 if there is none, or if it cannot be read, with the reason in `errno`.
     ssize_t length() const
     {
         return length_;
@@ -84,7 +84,7 @@ void copyAttributes( int file, const char *old )
     }
 }
 
-// True for what says that a file has no list, or that its file system has none.
+// True for the errors of a file without a list, or on a file system without lists.
 bool isAbsence( int error )
 {
     return error == ENODATA || error == EOPNOTSUPP || error == ENOSYS;
@@ -98,7 +98,7 @@ bool takeOverRights( int file, const char *old )
     if( stat( old, &was ) != 0 )
         return false;
 
-    // Who may not set the owner keeps the file, but may be in the group. What has come of it counts.
+    // A user that may not set the owner may still set a group of theirs. What counts is the state afterwards.
     const uid_t SAME = static_cast< uid_t >( -1 );
 
     if( fchown( file, was.st_uid, was.st_gid ) != 0 && fchown( file, SAME, was.st_gid ) != 0 && errno == EIO )
@@ -123,8 +123,8 @@ bool takeOverRights( int file, const char *old )
     if( !keepsAll && fremovexattr( file, ACCESS_LIST ) != 0 && !isAbsence( errno ) )
         return false;
 
-    // Without its list, or in another group, a file takes whom they told apart for one of all others, who get no more
-    // than each had.
+    // Without the list, or in another group, the users that these distinguished count as others: others get no more
+    // rights than each of them had.
     if( hasList && !keepsAll )
         mode &= ~static_cast< mode_t >( 077 );
     else if( !hasGroup )

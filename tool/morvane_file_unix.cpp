@@ -26,18 +26,17 @@ namespace
 {
 const char OWN_FILES[] = "/proc/self/fd"; // the open files of a process by their numbers
 
-const QV_INT PIECE = 65536; // bytes that go through the operating system at a time
+const QV_INT PIECE = 65536; // bytes of one system call
 
-// A lock that another run holds is asked for again and again, so that a process that holds one and waits for this one
-// cannot make both wait for ever.
+// A lock that another process holds is tried repeatedly, so that two processes that wait for each other do not wait for
+// ever.
 const long LOCK_PAUSE_NANOSECONDS = 5000000;
 const int  LOCK_PAUSES            = 12000; // a minute
 
-// How many names beside a file are tried. Those of runs that are under way and what may not be cleared away are passed
-// over.
+// The most names beside a file that are tried. Those that other processes use or that cannot be deleted are skipped.
 const unsigned BESIDE_NAMES = 1000;
 
-// Repeats a call of the system as long as it is interrupted. It gives -1 for a failure.
+// Repeats a system call as long as it is interrupted. -1 for a failure.
 template< class Call >
 auto uninterrupted( Call call )
 {
@@ -95,7 +94,7 @@ bool isSame( const struct stat &a, const struct stat &b )
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-// True if a name still is that of an open file.
+// True if a name is still that of an open file.
 bool isNameOf( const char *name, int file )
 {
     struct stat byName, open;
@@ -149,8 +148,8 @@ int inheritedDescriptor( const struct stat &file, bool *writable )
     return found;
 }
 
-// The name of a file that a link may lead to, to be freed; null for a failure, of which `errno` tells. What is no link
-// keeps its name, since not everybody may follow the folders from the root on.
+// The name of a file with its links resolved, to be freed; null for a failure, with the reason in `errno`. What is not
+// a link keeps its name, since resolving it may need rights to the folders above.
 char *resolved( const char *name )
 {
     struct stat status;
@@ -168,8 +167,8 @@ char *folderOf( const char *target )
     return folder;
 }
 
-// Opens a file without a name in the folder of `target`, so that nothing is left of it when the process is killed. -1
-// where there are no such files, or where they could not be named later.
+// Opens a file without a name in the folder of `target`, of which nothing is left when the process is killed. -1 if the
+// file system has no such files, or if the file could not be named later.
 int openNameless( const char *target, mode_t mode )
 {
     char *folder = folderOf( target );
@@ -182,8 +181,8 @@ int openNameless( const char *target, mode_t mode )
     return file;
 }
 
-// A name beside `target`, to be freed: its own, cut between two characters where it would get too long, with a number
-// behind it.
+// A name beside `target`, to be freed: its own, cut between two characters if it would get too long, followed by a
+// number.
 char *besideName( const char *target, unsigned number )
 {
     char suffix[32];
@@ -214,7 +213,7 @@ bool tryLock( int file, bool isWritable )
     return fcntl( file, F_OFD_SETLK, &whole ) == 0 && ( isWritable || lockExclusively( file, LOCK_NB ) );
 }
 
-// Deletes what a run that was killed has left under a name beside a file: a run that lives holds its lock.
+// Deletes what a killed process has left under a name beside a file. A live process holds the lock of its file.
 bool clearAway( const char *name )
 {
     int  file    = openFile( name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK );
@@ -226,8 +225,8 @@ bool clearAway( const char *name )
     return cleared;
 }
 
-// The first name beside `target` that `take` takes, to be freed; null for a failure, of which `errno` tells. It fails
-// with EEXIST for a name that there is.
+// The first name beside `target` for which `take` succeeds, to be freed; null for a failure, with the reason in
+// `errno`. `take` fails with EEXIST for a name that exists.
 template< class Take >
 char *takeName( const char *target, Take take )
 {
@@ -292,7 +291,7 @@ char *createBeside( int *file, const char *target, mode_t mode )
         } );
 }
 
-// Brings to the disk what a file or folder holds; where there is nothing to bring all is there.
+// Synchronises a file or folder with the disk. Succeeds for what cannot be synchronised.
 bool isSynced( int file )
 {
     return uninterrupted( [=] { return fsync( file ); } ) == 0 || errno == EINVAL || errno == EROFS;
@@ -304,7 +303,7 @@ bool isFolderSynced( const char *target )
     int   folder = name ? openFile( name, O_RDONLY | O_DIRECTORY ) : -1;
     free( name );
 
-    // Who may write a folder need not be able to read it.
+    // A folder may be writable without being readable.
     if( folder < 0 )
         return true;
 
@@ -339,8 +338,8 @@ bool writeAll( int file, const void *bytes, QV_INT count )
     return true;
 }
 
-// Asks for room behind the end of a file; not for what lies before, which the C library reads where the file system has
-// no such call, and the file may be open for writing only. Gives an error, or 0.
+// Allocates disk space after the end of a file, and returns an error number or 0. Not for the part before the end: if
+// the file system has no such call the C library reads it, and the file may be open for writing only.
 int reserve( int file, off_t from, off_t to )
 {
     int error;
@@ -352,7 +351,7 @@ int reserve( int file, off_t from, off_t to )
     return error == EOPNOTSUPP || error == EINVAL ? 0 : error;
 }
 
-// Copies all of one file over another one. The room is asked for first, so that a full disk leaves the old content.
+// Copies all of one file over another one. The space is allocated first, so that a full disk leaves the old content.
 bool copyOver( int from, int to )
 {
     struct stat source, target;
@@ -381,8 +380,8 @@ bool copyOver( int from, int to )
 
 void holdStandardStreams()
 {
-    // The lowest free place is the next that is opened. What is opened for its path only can be neither read nor
-    // written.
+    // The next file that is opened has the lowest free number. One that is opened for its path only can be neither read
+    // nor written.
     for( int file = STDIN_FILENO; file <= STDERR_FILENO; file++ )
         if( fcntl( file, F_GETFD ) < 0 && open( "/", O_PATH ) < 0 )
             _exit( FAILURE );
@@ -492,7 +491,7 @@ const char *FileReplacement::lock( QV_STRING *fn )
     Name        name( fn );
     isRead_ = true;
 
-    // A device or a pipe may have no end, and nowhere to be written back to. What is not there the reader will tell.
+    // A device or a pipe may have no end, and cannot be written back. A missing file is reported by the reader.
     if( stat( name.text(), &status ) != 0 )
         return nullptr;
 
@@ -519,7 +518,7 @@ const char *FileReplacement::lock( QV_STRING *fn )
                 return "locked by another process";
         }
 
-        // The lock may be that of a file that has been replaced by now.
+        // The locked file may have been replaced meanwhile.
         if( isNameOf( name.text(), locked_ ) )
             return nullptr;
 
@@ -533,7 +532,7 @@ const char *FileReplacement::lock( QV_STRING *fn )
 
 const char *FileReplacement::begin( QV_STRING *fn )
 {
-    // A limit on the size of files is an error of the write then, and no end that leaves the file beside.
+    // Then a write beyond the limit for file sizes fails, and does not end the process with the new file left.
     signal( SIGXFSZ, SIG_IGN );
 
     if( isStandardStream( fn ) )
@@ -577,8 +576,8 @@ const char *FileReplacement::begin( QV_STRING *fn )
     return file_ < 0 ? strerror( errno ) : nullptr;
 }
 
-// Opens what is to be written beside a file. A new file gets the rights that every new one gets in its folder; what is
-// to replace one is nobody else's until it gets those of the old one.
+// Opens the file that is to be written beside another one. A new file gets the rights of all new files in its folder;
+// one that is to replace another is private until it gets the other's rights.
 const char *FileReplacement::prepareBeside( const char *name, bool exists )
 {
     mode_t mode = exists ? 0600 : 0666;
@@ -626,7 +625,7 @@ const char *FileReplacement::commitBeside()
     if( !exists && errno != ENOENT )
         return strerror( errno );
 
-    // With the rights as they are by now.
+    // The rights of the old file may have changed since the beginning.
     if( exists && !takeOverRights( file_, target_ ) )
         return strerror( errno );
 

@@ -2,11 +2,11 @@
 #include "morvane_tool.h"
 
 #include "qv/base/qv_store.h"
+#include "qv/qv_tool_private.h"
 #include "qv/runtime/qv_module.h"
 #include "qv/runtime/qv_module_record.h"
 #include "qv/runtime/qv_module_version.h"
 #include "qv/runtime/qv_runtime.h"
-#include "qv/runtime/qv_runtime_platform_private.h"
 #include "qv/sys/qv_chars.h"
 
 #include <string.h>
@@ -19,13 +19,13 @@ namespace
 {
 const char COMMAND[] = "morvane module";
 
-// Why a file is not loaded, as the library prints it with QV_RUNTIME_FLAG_MODULE_DEBUG.
+// The start of the line about a refused file that the library prints with QV_RUNTIME_FLAG_MODULE_DEBUG.
 const char FAILURE_LINE[] = "[qv___RuntimePlatformLoadModule()] ";
 
 const struct
 {
     const char *line;
-    const char *reason; // null: the loader knows
+    const char *reason; // null: that of the loader
 } FAILURES[] = {
     { "dlopen(): null", nullptr },
     { "dlsym(): null", nullptr },
@@ -33,12 +33,12 @@ const struct
     { "module name invalid", "the file holds a module of another name" },
 };
 
-// A module whose file is refused, and the one that was asked for; empty as long as there is none.
+// A module whose file is refused, and the one that was to be loaded; empty if there is none.
 const int NAME_SIZE = 33;
 char      refused[NAME_SIZE];
 char      requested[NAME_SIZE];
 
-Ref< QV_STRING > *refusal = nullptr; // why, where that is asked for
+Ref< QV_STRING > *refusal = nullptr; // the reason, while explainRefusal() runs
 
 // The print hook of a run that opens the file and starts nothing.
 void takeRefusal( const QV_CHAR *chs, QV_INT length )
@@ -59,7 +59,7 @@ void takeRefusal( const QV_CHAR *chs, QV_INT length )
         refusal->reset( qvStringCreateFromCstr( reason, -1 ) );
 }
 
-// Tells why the file was refused: in a run of its own, since the library prints that among all that modules print.
+// Tells why the file was refused, in a run of its own: in another one, modules may print lines of this form too.
 void explainRefusal()
 {
     startRuntime( QV_RUNTIME_FLAG_MODULE_DEBUG, takeRefusal );
@@ -79,7 +79,8 @@ void explainRefusal()
     qvRuntimeShutdown();
 }
 
-// Has the refusal of the file of a module explained, which another one may need, when the run is over.
+// Makes the process explain the refusal of a module's file at the end of the run. `request` may be a module that needs
+// it.
 void leaveToExplain( QV_STRING *name, QV_STRING *request, Context *context )
 {
     qvCharsConvertToCstr( refused, NAME_SIZE, qvStringBacking( name ), qvStringLength( name ), QV_TRUE );
@@ -87,8 +88,8 @@ void leaveToExplain( QV_STRING *name, QV_STRING *request, Context *context )
     context->afterwards = explainRefusal;
 }
 
-// The module with which the load of one has failed, itself or another that it needs: the first that is not loaded
-// though all that it needs is, in the order of a load, or one whose file is refused.
+// The module that made the load of another one fail, itself or one that it needs: in the order of a load, the first
+// that is not loaded although all that it needs is, or whose file is refused.
 Ref< QV_STRING > culprit( QV_STRING *name, bool *isRefused )
 {
     Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( name ) );
@@ -181,7 +182,7 @@ Ref< QV_STORE > describe( QV_MODULE *module )
     return store;
 }
 
-// Opens the file and no more: nothing is started, and what the module needs need not be there.
+// Only opens the file: starts nothing, and does not look for what the module needs.
 QV_BOOL show( QV_VECTOR *argv, void *context )
 {
     if( qvVectorLength( argv ) != 1 )
@@ -215,7 +216,7 @@ QV_BOOL run( QV_VECTOR *argv, void *context )
     contextOf( context )->status = FAILURE;
     Ref< QV_STRING > name        = wordAt( argv, 0 );
 
-    // What a module writes itself is to stand among what it prints as it came.
+    // So what a module writes itself and what it prints come out in their order.
     printAtOnce();
 
     if( !isName( name ) || !load( name, contextOf( context ) ) )
@@ -237,7 +238,7 @@ QV_BOOL run( QV_VECTOR *argv, void *context )
     QV_INT result = qvModuleRunPersonality( module, reinterpret_cast< intptr_t >( arguments.get() ), 0 );
 
     contextOf( context )->status     = result >= 0 && result <= 255 ? static_cast< int >( result ) : 255;
-    contextOf( context )->usageShown = true; // whatever the status, the usage was right
+    contextOf( context )->usageShown = true; // whatever the status, the arguments were right
 
     return result == 0 ? QV_TRUE : QV_FALSE;
 }

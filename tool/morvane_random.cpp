@@ -11,7 +11,7 @@ namespace
 {
 const char COMMAND[] = "morvane random";
 
-// Reads a word as an integer that isn't negative; a line on the standard error stream where it is none.
+// Reads a word as an integer that isn't negative. False, with a line on the standard error stream, for any other word.
 bool readNumber( QV_STRING *word, QV_INT *value )
 {
     if( readInteger( word, value ) && *value >= 0 )
@@ -21,7 +21,7 @@ bool readNumber( QV_STRING *word, QV_INT *value )
     return false;
 }
 
-// As a line, however long, so in pieces.
+// One line of any length, written in pieces.
 QV_BOOL bytes( QV_VECTOR *argv, void *context )
 {
     if( qvVectorLength( argv ) != 1 )

@@ -5,7 +5,6 @@
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_decoder.h"
 #include "qv/base/qv_store.h"
-#include "qv/base/qv_store_private.h"
 #include "qv/charset/qv_charset.h"
 #include "qv/io/qv_buffer_byte_source.h"
 #include "qv/io/qv_byte_source.h"
@@ -14,6 +13,7 @@
 #include "qv/io/qv_nlf.h"
 #include "qv/io/qv_nlf_line_source.h"
 #include "qv/io/qv_print.h"
+#include "qv/qv_tool_private.h"
 
 namespace morvane
 {
@@ -26,7 +26,7 @@ const char COMMAND[] = "morvane store";
 const QV_INT ALL_LINE_ENDS = QV_NLF_FLAG_LF | QV_NLF_FLAG_CR | QV_NLF_FLAG_CRLF | QV_NLF_FLAG_NEL | QV_NLF_FLAG_VT
                              | QV_NLF_FLAG_FF | QV_NLF_FLAG_LS | QV_NLF_FLAG_PS;
 
-// Why data is no document in binary form. Walks it as the reader does.
+// Why data is not a document in binary form. Reads it in the order of the library's reader.
 const char *binaryProblem( QV_DECODER *decoder, int depth )
 {
     static const char BROKEN[] = "truncated, or no document in binary form";
@@ -73,7 +73,7 @@ void complainOfFile( QV_STRING *fn, const char *standard, const char *reason )
         complain( COMMAND, fn, reason );
 }
 
-// The content of a file; nothing, with a line on the standard error stream, where it cannot be read.
+// The content of a file; nothing, with a line on the standard error stream, if it cannot be read.
 Ref< QV_BUFFER > readBytes( QV_STRING *fn )
 {
     Ref< QV_BUFFER > bytes( qvBufferCreate() );
@@ -111,7 +111,7 @@ Ref< QV_STORE > readStore( QV_STRING *fn, bool binary )
     return store;
 }
 
-// A document that is read, changed and written back, while no other run of these tools does the same with it.
+// A document that is read, changed and written back, locked against other processes that do the same.
 class Change
 {
 public:
@@ -119,7 +119,7 @@ public:
     {
     }
 
-    // False, with a line on the standard error stream, where that cannot be done.
+    // False, with a line on the standard error stream, for a failure.
     bool read( Document *document )
     {
         if( const char *reason = file_.lock( fn_ ) )
@@ -173,7 +173,7 @@ Ref< QV_STRING > valueAt( QV_STORE *store, QV_STRING *path )
     return {};
 }
 
-// Reads plain words without options; at least so many. Wrong usage otherwise.
+// Reads words without options. False for fewer than `atLeast`, and for more than `atMost` unless that is negative.
 bool readWords( QV_VECTOR *argv, QV_INT atLeast, QV_INT atMost, Ref< QV_VECTOR > *words )
 {
     Arguments arguments;
@@ -402,7 +402,7 @@ const char *skipReason( QV_INT code )
     }
 }
 
-// The lines as the reader has them, whatever they end with.
+// The lines as the reader splits them.
 Ref< QV_VECTOR > linesOf( QV_BUFFER *bytes )
 {
     Ref< QV_BUFFER_BYTE_SOURCE > buffer( qvBufferByteSourceCreate( bytes ) );

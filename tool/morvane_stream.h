@@ -1,5 +1,5 @@
 /** @file
-    Both ends of a tool that works on a stream: files, or the standard streams where none is named. */
+    The input and the output of a tool that works on a stream: files, or the standard streams where none is named. */
 
 #ifndef MORVANE_STREAM_H
 #define MORVANE_STREAM_H
@@ -14,7 +14,7 @@ namespace morvane
 class Streams
 {
 public:
-    static const QV_INT PIECE = 8192; // bytes that are in work at a time, at most
+    static const QV_INT PIECE = 8192; // most bytes that a read returns
 
     Streams() = default;
     ~Streams();
@@ -22,7 +22,7 @@ public:
     Streams( const Streams & )            = delete;
     Streams &operator=( const Streams & ) = delete;
 
-    /** Opens both ends. False, with a line on the standard error stream, if one cannot be opened. */
+    /** Opens both. False, with a line on the standard error stream, if one cannot be opened. */
     bool open( const char *command, QV_STRING *in, QV_STRING *out );
 
     /** Reads up to PIECE bytes, what there is at the moment but at least one. 0 at the end and for a failure. What has
@@ -30,7 +30,7 @@ public:
     QV_INT read( uint8_t *bytes );
     void   write( QV_BUFFER *bytes );
 
-    /** How the input is called. */
+    /** The name of the input for messages. */
     QV_STRING *inName() const
     {
         return inName_;
@@ -42,14 +42,14 @@ public:
         return inReason_ || outReason_;
     }
 
-    /** Puts the output in place when all went well. False, with a line on the standard error stream, if reading or
-        writing has failed; a file that was to be replaced is as it was then. */
+    /** Completes the output. False, with a line on the standard error stream, if reading or writing has failed; a file
+        that was to be replaced is unchanged then. */
     bool finish();
 
 private:
     void writeHeld();
 
-    static const QV_INT BLOCK = 65536; // bytes that go through the operating system at a time
+    static const QV_INT BLOCK = 65536; // bytes of one system call
 
     const char          *command_ = nullptr;
     qv::Ref< QV_STRING > inName_;
@@ -58,9 +58,9 @@ private:
     FileReplacement      out_;
     const char          *inReason_  = nullptr;
     const char          *outReason_ = nullptr;
-    QV_INT               read_      = 0; // bytes of the block, of which so many are
-    QV_INT               given_     = 0; // given already
-    QV_INT               held_      = 0; // bytes that have been written but are not out
+    QV_INT               read_      = 0; // bytes in the block of the input
+    QV_INT               given_     = 0; // of them, those that have been returned
+    QV_INT               held_      = 0; // bytes in the block of the output
     uint8_t              block_[BLOCK];
     uint8_t              heldBytes_[BLOCK];
 };

@@ -34,8 +34,8 @@ QV_INT placeOf( QV_STRING *word, const char *const *words, QV_INT count )
 
 namespace
 {
-// Passes UTF-8 text through `change` piece by piece, as it comes. It gets a String to change in place, and with the
-// last one `end` is true.
+// Passes UTF-8 text through `change` piece by piece, as it arrives. `change` gets a String to change in place, and
+// `end` is true with the last one.
 template< class Change >
 bool filter( QV_STRING *in, QV_STRING *out, Change change )
 {
@@ -83,7 +83,7 @@ QV_BOOL normalize( QV_VECTOR *argv, void *context )
         {
             qvUnicodeNormalizerWrite( norm, *piece );
 
-            // Nothing joins the end of a line, so that whole lines need not wait for what comes.
+            // Nothing composes with the end of a line, so that whole lines are complete.
             if( end || qvStringEndsWithChar( *piece, U'\n' ) )
                 qvUnicodeNormalizerFlush( norm );
 
@@ -95,14 +95,14 @@ QV_BOOL normalize( QV_VECTOR *argv, void *context )
     return done ? QV_TRUE : QV_FALSE;
 }
 
-// True for each character that ends a line, alone or with a line feed behind it.
+// True for each character that ends a line, alone or followed by a line feed.
 bool endsLine( QV_CHAR ch )
 {
     return ( ch >= U'\n' && ch <= U'\r' ) || ch == U'\x85' || ch == U'\u2028' || ch == U'\u2029';
 }
 
-// Puts a terminator in the place of every end of a line, whichever it is. `cut` tells of a carriage return that has
-// ended the piece before and may be followed by the rest of its end here.
+// Replaces every form of a newline by a terminator. `*cut` is true if the piece before ended with a carriage return,
+// which a line feed at the start of this one belongs to.
 void replaceNewlines( QV_STRING **piece, QV_STRING *terminator, bool *cut )
 {
     Ref< QV_STRING > changed( qvStringCreate() );

@@ -16,7 +16,7 @@ namespace
 const QV_INT NAME_MAX = 40; // letters that count; no name has as many
 const QV_INT NEAREST  = 3;  // names that are proposed
 
-// A name as names are compared: its letters and digits, in lower case.
+// The form in which names are compared: letters and digits, in lower case.
 struct PlainName
 {
     QV_CHAR chars[NAME_MAX];
@@ -37,10 +37,10 @@ struct PlainName
     }
 };
 
-// How many letters have to be put in, left out, changed or exchanged with the next one to make one name of the other.
+// The least number of letters to insert, delete, change or exchange with the next one to make one name of the other.
 QV_INT distance( const PlainName &a, const PlainName &b )
 {
-    QV_INT steps[NAME_MAX + 1][NAME_MAX + 1]; // between the beginnings
+    QV_INT steps[NAME_MAX + 1][NAME_MAX + 1]; // [i][j]: for the first i and j letters
 
     for( QV_INT i = 0; i <= a.length; i++ )
         for( QV_INT k = 0; k <= b.length; k++ )
@@ -61,7 +61,7 @@ QV_INT distance( const PlainName &a, const PlainName &b )
     return steps[a.length][b.length];
 }
 
-// "no such character set", and the names that are nearest to the one that is not known, each of another set.
+// "no such character set", and the known names that are nearest to the name, each of another set.
 Ref< QV_STRING > unknownReason( QV_STRING *unknown )
 {
     struct
@@ -76,7 +76,7 @@ Ref< QV_STRING > unknownReason( QV_STRING *unknown )
     for( QV_INT charset = 0; QV_CHARSET_OK( charset ); charset++ )
     {
         Ref< QV_VECTOR > names( qvCharsetIanaNames( charset ) );
-        QV_INT           least = qvIntMin( wanted.length / 2, 4 ) + 1; // more have little to do with the name
+        QV_INT           least = qvIntMin( wanted.length / 2, 4 ) + 1; // names that are further away are not similar
         Ref< QV_STRING > best;
 
         for( QV_INT i = 0; i < qvVectorLength( names ); i++ )
@@ -125,16 +125,16 @@ bool readCharset( QV_STRING *name, QV_INT *charset )
 /* Conversion ----------------------------------------------------------------------------------------------------- */
 
 const QV_CHAR BYTE_ORDER_MARK = 0xFEFF;
-const QV_INT  LONGEST         = 8192; // characters that wait for what follows
+const QV_INT  LONGEST         = 8192; // most characters that are kept for the next piece
 
 bool isUnicode( QV_INT charset )
 {
     return charset >= QV_CHARSET_UTF_8;
 }
 
-// How many of the characters are complete, for a set with one byte a character, so that no mark behind them can change
-// what they become. Other than marks, only characters that no such set has change one that stands before them, and
-// nothing changes the end of a line.
+// How many of the characters are complete, for a set with one byte a character: no mark that follows can change their
+// bytes. Apart from marks, only characters that no such set has change the one before them, and nothing changes the end
+// of a line.
 QV_INT completeOf( QV_STRING *text )
 {
     const QV_CHAR *chars = qvStringBacking( text );
@@ -151,7 +151,7 @@ QV_INT completeOf( QV_STRING *text )
     return complete == 0 && count >= LONGEST ? count : complete;
 }
 
-// The bytes of the first characters of a text, or nothing if the flags want that for what the character set lacks.
+// The bytes of the first characters of a text; nothing if the character set lacks one and the flags ask for a failure.
 Ref< QV_BUFFER > encode( QV_STRING *text, QV_INT count, QV_INT charset, QV_INT flags )
 {
     Ref< QV_STRING > part( qvStringCreateFromLeading( text, count ) );
@@ -159,17 +159,21 @@ Ref< QV_BUFFER > encode( QV_STRING *text, QV_INT count, QV_INT charset, QV_INT f
     return Ref< QV_BUFFER >( qvCharsetStringToBufferWithFlags( charset, part, flags ) );
 }
 
-// The first character that a character set lacks, of so many at the start of a text. A few of them may become one on
-// their way; then it is the one with which they can no longer be written.
+// The index of the first of `count` characters at the start of a text that a character set lacks. If some of them
+// compose to one character, it is the one from which on they can no longer be written.
 QV_INT firstLacking( QV_STRING *text, QV_INT count, QV_INT charset )
 {
-    QV_INT good = 0;     // so many can be written
-    QV_INT bad  = count; // so many cannot
+    QV_INT good = 0;     // this many can be written
+    QV_INT bad  = count; // this many cannot
 
     while( bad - good > 1 )
     {
-        QV_INT half                                                                                = ( good + bad ) / 2;
-        ( encode( text, half, charset, QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER ) ? good : bad ) = half;
+        QV_INT half = ( good + bad ) / 2;
+
+        if( encode( text, half, charset, QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER ) )
+            good = half;
+        else
+            bad = half;
     }
 
     return good;
@@ -218,7 +222,7 @@ bool convert( const Request &request )
         return false;
 
     Decoder          decoder( request.from, request.flags );
-    Ref< QV_STRING > text( qvStringCreate() ); // that is not written yet
+    Ref< QV_STRING > text( qvStringCreate() ); // not written yet
     QV_INT           flags = request.flags;
 
     while( !decoder.end() && !streams.failed() )
@@ -230,7 +234,7 @@ bool convert( const Request &request )
         if( streams.failed() || ( ready == 0 && !decoder.end() ) )
             continue;
 
-        // A mark that is no more than text for the source is not to follow the one that is written.
+        // If a mark is text in the source, it must not follow the one that is written.
         if( ( flags & QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK ) && isUnicode( request.to )
             && qvStringBeginsWithChar( text, BYTE_ORDER_MARK ) )
         {

@@ -16,7 +16,7 @@ const char COMMAND[] = "morvane time";
 struct Unit
 {
     void ( *shift )( QV_TIME **tm, QV_INT count );
-    QV_INT inYear; // so many at least
+    QV_INT inYear; // at least this many in a year
 };
 
 // In the order of the options.
@@ -37,7 +37,7 @@ void printTime( QV_TIME *tm )
     print( Ref< QV_STRING >( qvTimeToString( tm ) ) );
 }
 
-// The time that a word tells; nothing, with a line on the standard error stream, where it tells none.
+// The time that a word denotes; nothing, with a line on the standard error stream, if it denotes none.
 Ref< QV_TIME > readTime( QV_STRING *word )
 {
     Ref< QV_TIME > tm( qvTimeTryCreateFromString( word ) );
@@ -86,7 +86,7 @@ QV_BOOL show( QV_VECTOR *argv, void *context )
     return QV_TRUE;
 }
 
-// Shifts are made in the order in which they stand.
+// Shifts are made in the order of the options.
 QV_BOOL shift( QV_VECTOR *argv, void *context )
 {
     Arguments arguments;

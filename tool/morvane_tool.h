@@ -15,36 +15,36 @@ namespace morvane
 {
 /** Exit statuses. */
 const int SUCCESS = 0;
-const int FAILURE = 1; // what was asked for could not be done; a line on the standard error stream says why
-const int MISUSE  = 2; // the usage stands on the standard error stream
+const int FAILURE = 1; // a line on the standard error stream says why
+const int MISUSE  = 2; // the usage is printed to the standard error stream
 
-/** What a tool function gets as its context: it leaves the exit status there. */
+/** The context of a tool function, which sets the exit status. */
 struct Context
 {
     int  status     = MISUSE;
-    bool usageShown = false;
+    bool usageShown = false; // no usage is to be printed, since it has been or because the arguments were right
 
-    void ( *afterwards )() = nullptr; // called when the run of the library is over
+    void ( *afterwards )() = nullptr; // called after the stop of the library, or null
 };
 
-/** What the arguments of a tool are. `--help` among options, and before all others, asks for the usage. */
+/** What the arguments of a tool are, and where `--help` asks for its usage. */
 enum ToolKind
 {
-    HAS_OPTIONS,
-    HAS_TOOLS, // the first is a tool of its own
-    PASSES_ON, // all but the first are somebody else's
+    HAS_OPTIONS, // options and words: anywhere before `--`
+    HAS_TOOLS,   // the first is a tool of another table: nowhere, that table looks at the arguments
+    PASSES_ON,   // all but the first are passed on to a module: as the first only
 };
 
-/** One tool of a switch: the table row that its name, its line in the list and its usage come from. */
+/** One tool of a switch: a row of a table. */
 struct Tool
 {
     const char         *name;
-    const char         *arguments; // as the usage has them
-    const char         *line;      // what it does
+    const char         *arguments; // for its usage
+    const char         *line;      // what it does, for the list of tools
     QV_TOOL_SWITCH_FUNC func;
 
     ToolKind kind         = HAS_OPTIONS;
-    QV_INT   runtimeFlags = QV_RUNTIME_FLAG_MINIMAL; // that the library is started with; in the first table only
+    QV_INT   runtimeFlags = QV_RUNTIME_FLAG_MINIMAL; // of the library's start; used in the first table only
 };
 
 /** Prints a text as a line through the print hook. */
@@ -53,11 +53,11 @@ void print( QV_STRING *line );
 /** Prints a document in its canonical text form. */
 void printDocument( QV_STORE *store );
 
-/** Makes every text that is printed from now on reach the standard output at once. */
+/** From now on writes every printed line to the standard output at once. */
 void printAtOnce();
 
-/** Writes bytes to the standard output, behind what has been printed. False once that has failed, which the end of the
-    process tells. */
+/** Writes bytes to the standard output, after what has been printed. False if a write has failed, now or before: the
+    exit status of the process is FAILURE then. */
 bool put( const char *bytes, QV_INT count );
 
 /** Starts the library for the executable. */
@@ -68,7 +68,7 @@ void complain( const char *prefix, QV_STRING *subject, const char *reason );
 void complain( const char *prefix, QV_STRING *subject, QV_STRING *reason );
 
 /** Runs the tool of a table that the first argument names, and leaves its exit status in the context. `help` lists the
-    tools. Wrong usage shows the usage of the tool, or the list if no tool is named. */
+    tools. Wrong arguments show the usage of the tool, or the list if no tool is named. */
 void runTool( const char *command, const Tool *tools, int count, QV_VECTOR *argv, Context *context );
 
 /** An option that a tool takes. */
@@ -79,12 +79,12 @@ struct Option
     bool        repeats = false; // may be given more than once
 };
 
-/** What stands on the command line of a tool. */
+/** The options and words of a tool's command line. */
 class Arguments
 {
 public:
-    /** Sorts it out. False, with a line on the standard error stream, for an option that isn't in the table,
-        for one that is repeated and may not be, and for an argument that lacks or is too much. */
+    /** Reads a command line. False, with a line on the standard error stream, for an option that isn't in the table,
+        for one that is repeated though it may not be, and for an option that lacks its argument or has one too many. */
     bool read( QV_VECTOR *argv, const Option *options, int count );
 
     /** The plain words, as Strings. */
@@ -93,7 +93,7 @@ public:
         return words_;
     }
 
-    /** The options that were given, in their order: the place of each in the table, and its argument. */
+    /** The options that were given, in their order: their number, the index of each in the table, and its argument. */
     QV_INT               optionCount() const;
     QV_INT               optionAt( QV_INT idx ) const;
     qv::Ref< QV_STRING > argumentAt( QV_INT idx ) const;
@@ -104,13 +104,13 @@ private:
     qv::Ref< QV_VECTOR > arguments_; // Strings, empty where there is no argument
 };
 
-/** A String out of a Vector that holds nothing else. */
+/** An element of a Vector of Strings. */
 qv::Ref< QV_STRING > wordAt( QV_VECTOR *words, QV_INT idx );
 
-/** True if the text is a decimal integer as a whole, which then is `*value`. */
+/** Reads an integer to the base 10. False if the text as a whole is none. */
 bool readInteger( QV_STRING *text, QV_INT *value );
 
-/** The context that a tool function gets. */
+/** The context of a tool function. */
 inline Context *contextOf( void *context )
 {
     return static_cast< Context * >( context );

@@ -2,9 +2,9 @@
 
 #include "qv/charset/qv_charset.h"
 #include "qv/io/qv_print.h"
+#include "qv/qv_tool_private.h"
 #include "qv/unicode/qv_unicode_cccv.h"
 #include "qv/unicode/qv_unicode_cdmt.h"
-#include "qv/unicode/qv_unicode_db_private.h"
 #include "qv/unicode/qv_unicode_genc.h"
 #include "qv/unicode/qv_unicode_properties.h"
 #include "qv/unicode/qv_unicode_script.h"
@@ -17,7 +17,7 @@ namespace
 {
 const char COMMAND[] = "morvane unicode";
 
-// The value that a word of the form `U+00E9` tells, however large; -1 for any other word.
+// The value of a word of the form `U+00E9`, however large; -1 for any other word.
 QV_INT codePointOf( QV_STRING *word )
 {
     QV_INT length = qvStringLength( word );
@@ -33,7 +33,7 @@ QV_INT codePointOf( QV_STRING *word )
         if( digit < 0 )
             return -1;
 
-        // One that is too large stays so.
+        // A value that is too large stays too large.
         if( value < 0x110000 )
             value = value * 16 + digit;
     }
@@ -56,7 +56,7 @@ void appendMapping( QV_STRING **line, const char *name, const QV_CHAR *chars, QV
     appendCodePoints( line, chars, count );
 }
 
-// What shows in a terminal: no controls and no surrogates; a mark stands on a blank.
+// The character itself, for terminals: no controls and no surrogates; a mark is put on a blank.
 void appendGlyph( QV_STRING **line, QV_CHAR ch )
 {
     if( qvUnicodeIsOther( ch ) || qvUnicodeIsSeparatorLine( ch ) || qvUnicodeIsSeparatorParagraph( ch ) )

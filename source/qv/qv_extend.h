@@ -1,5 +1,5 @@
 /** @file
-    What a module is written with: the macro that defines it, families of its own, checks of its contracts, and, in
+    What modules are written with: the macro that defines it, families of its own, checks of its contracts, and, in
     C++, the scopes of qv_ref.h. Includes everything public. Valid C11 and C++20.
 
         #define QV_MODULE_NAME counter              // morvane_add_module() of the CMake package defines it
@@ -40,9 +40,9 @@
             QV_MODULE_FUNCS( .startupFunc = start, .shutdownFunc = stop, .personalityFunc = run ) );
 
     The file. A module `counter` of the product `morvane` is the shared object `libmorvane-counter.so`. It exports the
-    module object `counter___module` and nothing that it doesn't mark with QV_API. All its sources are compiled with the
-    same QV_MODULE_NAME, so that their families belong to it. Families of a program, which has no such name, count as the
-    library's own.
+    module object `counter___module` and what it marks with QV_API, nothing else. All its sources are compiled with the
+    same QV_MODULE_NAME, so that their families belong to it. Families of a program, which has no such name, belong to
+    the library's module.
 
     The life of a module. qvRuntimeTryLoadModule() calls `startupFunc` when all that the module depends on is loaded;
     false means that it cannot start. At the end, and in the reverse order of loading, all modules get
@@ -67,10 +67,13 @@
 #include "qv/runtime/qv_ref.h"
 #endif
 
+/** @{ */
+/** One token of two, and a text of one, after macros are expanded. */
 #define QV___JOIN( a, b )     QV___JOIN_NOW( a, b )
 #define QV___JOIN_NOW( a, b ) a##b
 #define QV___QUOTE( a )       QV___QUOTE_NOW( a )
 #define QV___QUOTE_NOW( a )   #a
+/** @} */
 
 /* Families of a module ------------------------------------------------------------------------------------------- */
 
@@ -87,23 +90,24 @@ QV_API QV_MODULE QV_THIS_MODULE;
 
 /* The module ----------------------------------------------------------------------------------------------------- */
 
-/** What a module tells about itself, by name and in this order; what isn't given has the value behind the name.
+/** What a module tells about itself, by name and in this order. A field that is not given has its default.
 
-    - `.productName` NULL, the product that it is for; NULL is any, and then the seven behind it stay as they are.
-      `.productFriendlyName` NULL, `.productVersionMajor` -1, `.productVersionMinor` -1, `.productVersionRelease` -1,
-      `.productBuildTime` NULL, `.productVendorName` NULL, `.productCopyright` NULL: each has to be that of the running
-      product; NULL and -1 are any. Behind a -1 the finer parts of the version are -1 too.
+    - `.productName`, the product that it is for. The default, NULL, is any product; then the seven fields that follow
+      keep their defaults.
+    - `.productFriendlyName`, `.productVersionMajor`, `.productVersionMinor`, `.productVersionRelease`,
+      `.productBuildTime`, `.productVendorName`, `.productCopyright`: each that is given has to be that of the running
+      product. The defaults, NULL and -1, are any. If a part of the version is -1, the parts that follow it are too.
     - `.description`, required.
     - `.version`, required: like `1.2`, see qv_module_version.h.
-    - `.deps` "", the names of the modules that have to be loaded before, with one blank between them.
-    - `.exts` "", the names of those that are loaded after it where they can be. */
+    - `.deps`, the names of the modules that have to be loaded before, with one blank between them. Default "".
+    - `.exts`, the names of the modules that are loaded after it if they can be, likewise. Default "". */
 #define QV_MODULE_INFO( ... ) __VA_ARGS__
 
-/** The functions that it is run by, by name and in this order: `.startupFunc`, `.shutdownBeginFunc`, `.shutdownFunc`,
-    `.shutdownEndFunc`, `.personalityFunc`. */
+/** The functions that the run time calls, by name and in this order; NULL is the default: `.startupFunc`,
+    `.shutdownBeginFunc`, `.shutdownFunc`, `.shutdownEndFunc`, `.personalityFunc`. */
 #define QV_MODULE_FUNCS( ... ) __VA_ARGS__
 
-/** Defines the module object. Stands once in a module, with a semicolon behind it. */
+/** Defines the module object. Stands once in a module, followed by a semicolon. */
 #ifdef __cplusplus
 
 #define QV_MODULE_DEFINE( info, funcs )                                                                                \
@@ -177,7 +181,7 @@ constexpr QV_MODULE qv___ModuleOf( const QV_MODULE_RECORD *record, const QV___MO
 
 #else
 
-/* What is given stands behind the value it replaces, which compilers tell of otherwise. */
+/* Designators that are given replace the defaults before them, of which compilers would warn. */
 #define QV_MODULE_DEFINE( info, funcs )                                                                                \
     _Pragma( "GCC diagnostic push" )                                                                                   \
         _Pragma( "GCC diagnostic ignored \"-Woverride-init\"" ) static const QV_MODULE_RECORD QV___JOIN(               \

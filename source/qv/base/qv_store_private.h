@@ -1,10 +1,11 @@
 /** @file
-    What the parts of the Store share, what tools need of the text form line by line, and the steps of both forms that
-    start at a depth. */
+    What the parts of the Store share, and the steps of both forms that start at a depth. The text form line by line is
+    declared in qv_tool_private.h. */
 
 #ifndef QV_STORE_PRIVATE_H
 #define QV_STORE_PRIVATE_H
 
+#include "qv/qv_tool_private.h"
 #include "qv/runtime/qv_family.h"
 
 #include <array>
@@ -15,31 +16,6 @@ struct QV_STORE : QV_OBJ
     QV_DICT *values;    /**< Strings by address */
     QV_DICT *stores;    /**< Stores by address */
 };
-
-/** Levels that a document can have. What lies deeper is dropped by the reader of the text form, and an error for the
-    reader of the binary form. */
-#define QV_STORE_MAX_DEPTH 100
-
-/** What the reader of the text form makes of a line. */
-#define QV___STORE_LINE_VALUE        0 /**< sets a value */
-#define QV___STORE_LINE_STORE        1 /**< names a sub-store */
-#define QV___STORE_LINE_EMPTY        2 /**< skipped: has no characters */
-#define QV___STORE_LINE_NO_SEPARATOR 3 /**< skipped: has neither `.` nor `=`, or no more of them below a sub-store */
-#define QV___STORE_LINE_BAD_ADDRESS  4 /**< skipped: what stands before the separator is no address */
-#define QV___STORE_LINE_TOO_DEEP     5 /**< skipped: lies more than QV_STORE_MAX_DEPTH sub-stores deep */
-
-/** Tells what the reader makes of `line`, which has no line end, by the same code.
-
-    `path` and `value` may be null. Where they are not, what they hold is released, and `*path` becomes the addresses of
-    the line without white space around them, separated by dots, with one more dot at the end where the last one is
-    that of a sub-store; `*value` becomes the value without escapes, or null if the line sets none. Of a line that is
-    skipped the path has the sub-stores that it nevertheless makes, and is null if there are none. The caller owns
-    both. */
-QV_API QV_INT qv___StoreParseLine( QV_STRING *line, QV_STRING **path, QV_STRING **value );
-
-/** The canonical line of a path as qv___StoreParseLine() gives it: with `=` and the escaped value, or as it stands if
-    `value` is null. The caller owns it. */
-QV_API QV_STRING *qv___StoreEncodeLine( QV_STRING *path, QV_STRING *value );
 
 /** Appends the lines of a store, each with `prefix` before it. */
 QV_API void qv___StoreEncodeToStringVector( QV_STORE *store, QV_VECTOR **vec, QV_STRING *prefix );

@@ -3,9 +3,10 @@
 
 #include "qv/sys/qv_types.h"
 
-/** The components of the library in the order of their start. They stop in the opposite order. The start of a
-    component may use all components before it. The version component goes before all of these: its start takes the
-    texts about the application. */
+/** The components of the library in the order of their start; they stop in the opposite order. Each is a pair of
+    functions, `qv___<Name>Startup` and `qv___<Name>Shutdown`, in the source of its family. The start of a component may
+    use all components before it. The version component is started before all of these, with the texts about the
+    application. */
 #define QV___COMPONENTS( COMPONENT )                                                                                   \
     COMPONENT( Mem )                                                                                                   \
     COMPONENT( Unique )                                                                                                \
@@ -47,13 +48,13 @@ QV___COMPONENTS( QV___COMPONENT_DECLARE )
 
 #undef QV___COMPONENT_DECLARE
 
-/** Keeps copies of the texts, each of which may be null, with the platform's `malloc`, since the memory services do
-    not run yet. */
+/** Keeps copies of the texts, each of which may be null, in blocks of the C library, since the memory component is not
+    started yet. */
 QV_API void qv___RuntimeVersionStartup(
     const char *applicationIdentifier, const char *applicationFriendlyName, const char *applicationVersion );
 QV_API void qv___RuntimeVersionShutdown( void );
 
-/** Starts and stops all of them, and the version component first and last. */
+/** Start and stop all of them, the version component first and last. */
 QV_API void qv___RuntimeComponentsStartup(
     const char *applicationIdentifier, const char *applicationFriendlyName, const char *applicationVersion );
 QV_API void qv___RuntimeComponentsShutdown( void );

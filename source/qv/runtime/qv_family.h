@@ -19,10 +19,11 @@
             QV_POINT *point = (QV_POINT *)qv___ObjCreate( sizeof( QV_POINT ), qvPointSort() );
             ...
 
-    A free function gives up what the object's fields own; the block itself is not its business. What it releases ends at
-    once or, nested more than 32 levels deep, before the outermost release returns; so a free function does not wait for
-    the end of another object. A compare function gives -1, 0 or 1, a to-string function a new text. Each may be null:
-    nothing to give up, the order of the unique numbers, the sort's name with the unique number. */
+    A free function releases what the object's fields own; it does not free the object itself. What it releases ends at
+    once or, nested more than 32 levels deep, before the outermost release returns; so a free function must not wait for
+    the end of another object. A compare function returns -1, 0 or 1, a to-string function a new text. Each may be null:
+    then the fields own nothing, objects have the order of their unique numbers, and the text is the sort's name with
+    the unique number. */
 
 #ifndef QV_FAMILY_H
 #define QV_FAMILY_H
@@ -33,16 +34,17 @@
 
 /* Object header -------------------------------------------------------------------------------------------------- */
 
-/** What wears the header. */
-#define QV___OBJ_TYPE_OBJECT 0
-#define QV___OBJ_TYPE_SORT   1
-#define QV___OBJ_TYPE_MODULE 2
+#define QV___OBJ_TYPE_OBJECT 0 /**< an object of a sort */
+#define QV___OBJ_TYPE_SORT   1 /**< a sort record, static */
+#define QV___OBJ_TYPE_MODULE 2 /**< a module object, static */
 
+/** A line of an object's log. */
 typedef struct QV___OBJ_LOG_ENTRY QV___OBJ_LOG_ENTRY;
 
+/** The header. "Atomic" fields are read and written through qv_atomic.h only, where several threads know the object. */
 struct QV_OBJ
 {
-    uint64_t            type;
+    uint64_t            type;              /**< QV___OBJ_TYPE_... */
     QV_SORT            *sort;              /**< null in sort records and module objects */
     QV_INT              unique;            /**< atomic; a number and its run, -1 until it is first needed */
     int32_t             retainCount;       /**< atomic */
@@ -50,23 +52,32 @@ struct QV_OBJ
     uint16_t            isListed;          /**< the run that created it keeps lists; never changes */
     QV_INT              dbgObjectSize;     /**< the size given to qv___ObjCreate() */
     QV_INT              dbgAllocationSize; /**< atomic; bytes of storage outside the object */
-    QV___OBJ_LOG_ENTRY *logFirst;
-    QV___OBJ_LOG_ENTRY *logLast;
-    QV_OBJ             *odbPrevious; /**< links in the sort's list of live objects, null if the object is in none */
-    QV_OBJ             *odbNext;
+    QV___OBJ_LOG_ENTRY *logFirst;          /**< null if the log is empty; guarded by the lock of all logs */
+    QV___OBJ_LOG_ENTRY *logLast;           /**< likewise */
+    QV_OBJ             *odbPrevious;       /**< link in the sort's list of live objects, null if it is in none */
+    QV_OBJ             *odbNext;           /**< likewise */
 };
 
 /* Sort record ---------------------------------------------------------------------------------------------------- */
 
+/** Releases what the fields of an object own. Called once, by the thread that released the last reference. */
 typedef void ( *QV___FREE_FUNC )( QV_OBJ *thisObj );
+
+/** The order of two objects of the sort: -1, 0 or 1. Called from any thread. */
 typedef QV_INT ( *QV___COMPARE_FUNC )( QV_OBJ *thisObj, QV_OBJ *thatObj );
+
+/** A new text of an object. Called from any thread. */
 typedef QV_STRING *( *QV___TO_STRING_FUNC )( QV_OBJ *thisObj );
 
+/** @{ */
 /** Steps through the parts of an object, for families of the library that may be nested: see qv_obj_parts_private.h. */
 typedef struct QV___COMPARE_WALK QV___COMPARE_WALK;
 typedef struct QV___TEXT_WALK    QV___TEXT_WALK;
 typedef QV_INT ( *QV___COMPARE_STEP )( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk );
 typedef QV_OBJ *( *QV___TEXT_STEP )( QV_OBJ *thisObj, QV___TEXT_WALK *walk );
+/** @} */
+
+/** A sort record. The lists are guarded by the lock of the object database. */
 
 #ifdef __cplusplus
 struct QV_SORT : QV_OBJ
@@ -74,21 +85,21 @@ struct QV_SORT : QV_OBJ
 #else
 struct QV_SORT
 {
-    QV_OBJ obj;
+    QV_OBJ obj; /**< the header */
 #endif
-    QV_MODULE          *module;
-    const char         *name;
-    QV___FREE_FUNC      freeFunc;
-    QV___COMPARE_FUNC   compareFunc;
-    QV___TO_STRING_FUNC toStringFunc;
-    int32_t             objects; /**< atomic; live objects */
-    QV_OBJ             *odbFirst;
-    QV_OBJ             *odbLast;
-    QV_SORT            *sortsPrevious; /**< links in the module's list of sorts with listed objects */
-    QV_SORT            *sortsNext;
-    int32_t             listed;      /**< of the live objects, those that are listed; guarded as the lists */
-    QV___COMPARE_STEP   compareStep; /**< null for families that are not made of parts */
-    QV___TEXT_STEP      textStep;
+    QV_MODULE          *module;        /**< that the family belongs to, or null */
+    const char         *name;          /**< static, zero-terminated */
+    QV___FREE_FUNC      freeFunc;      /**< each of the three functions may be null */
+    QV___COMPARE_FUNC   compareFunc;   /**< null: the order of the unique numbers */
+    QV___TO_STRING_FUNC toStringFunc;  /**< null: the name and the unique number */
+    int32_t             objects;       /**< atomic; live objects */
+    QV_OBJ             *odbFirst;      /**< the listed objects, oldest first */
+    QV_OBJ             *odbLast;       /**< the newest of them */
+    QV_SORT            *sortsPrevious; /**< link in the module's list of sorts with listed objects */
+    QV_SORT            *sortsNext;     /**< likewise */
+    int32_t             listed;        /**< listed objects and those whose free function runs */
+    QV___COMPARE_STEP   compareStep;   /**< null for families that are not made of parts */
+    QV___TEXT_STEP      textStep;      /**< likewise */
 };
 
 /** The header of a static sort record or module object. */
@@ -113,17 +124,18 @@ struct QV_SORT
 
 /* Creation and destruction --------------------------------------------------------------------------------------- */
 
-/** A new object of `size` bytes, header included, with one reference, which the caller owns. Its fields behind the
-    header are undefined. Null as `sort` and a size that no block can have end the process. */
+/** A new object of `size` bytes, header included, with one reference, which the caller owns. Its fields after the
+    header are undefined. Any thread. A null `sort`, a size that no block can have and exhausted memory end the
+    process. */
 QV_API QV_OBJ *qv___ObjCreate( QV_INT size, QV_SORT *sort );
 
-/** Ends an object whose count has reached 0. Nobody calls it but a release. */
+/** Ends an object whose count has reached 0. Called by releases only. */
 QV_API void qv___ObjFree( QV_OBJ *thisObj );
 
-/** Gives up the reference of a caller who has found a count of 1. */
+/** Gives up the reference of a caller that has found a count of 1. Called by releases only. */
 QV_API void qv___ObjReleaseLast( QV_OBJ *thisObj );
 
-/** What every retain is. A reference is taken by somebody who knows of another one. */
+/** Takes one more reference: what every retain does. The caller holds a reference, or knows of one that lasts. */
 static inline void qv___ObjRetain( QV_OBJ *obj )
 {
 #if defined( QV___ASSERTIONS ) && QV___ASSERTIONS
@@ -133,8 +145,9 @@ static inline void qv___ObjRetain( QV_OBJ *obj )
     qv___AtomicAdd32( &obj->retainCount, 1 );
 }
 
-/** What every release is. Whoever finds a count of 1 holds the only reference, so that the common end of an object
-    needs no locked instruction, unless the object can be found without one: qv___ObjReleaseLast() knows. */
+/** Gives one reference up: what every release does. A caller that finds a count of 1 holds the only reference, so that
+    the common end of an object needs no locked instruction, unless the object can be found without a reference:
+    qv___ObjReleaseLast() distinguishes the two. */
 static inline void qv___ObjRelease( QV_OBJ *obj )
 {
     if( qv___AtomicLoad32( &obj->retainCount ) == 1 )
@@ -144,30 +157,35 @@ static inline void qv___ObjRelease( QV_OBJ *obj )
 }
 
 /** @{ */
-/** Adds or subtracts 1 and gives the new count; reads the count. */
+/** Adds 1 to a count and subtracts 1, returning the new value, and reads it. Any thread. */
 QV_API int32_t qv___RetainCountIncrement( int32_t *counter );
 QV_API int32_t qv___RetainCountDecrement( int32_t *counter );
 QV_API int32_t qv___RetainCountValue( int32_t *counter );
 /** @} */
 
+/** The count as it is at some moment of the call, by a locked instruction. */
 #define QV___RETAIN_COUNT_VALUE( counter ) qv___AtomicCompareExchange32( &( counter ), 0, 0 )
 
 /** The object's unique number, drawn on first need; -1 for sorts and modules. */
 QV_API QV_INT qv___ObjUnique( QV_OBJ *thisObj );
 
 /** @{ */
-/** The size given at creation, and the size of the storage that the object's family has declared for it. A family
-    with storage outside its objects declares it whenever it changes and must be back at 0 when its free function
-    returns. Only the owner of an object may set it; a negative size and an overflow end the process. */
+/** The size given at creation, in bytes, and the size of the storage outside the object that its family has declared
+    for it. A family that has such storage declares it whenever it changes, and must be back at 0 when its free function
+    returns. Any thread may read both; only the owner of an object may set the second, to `size` or to `count * size`
+    bytes. Null, a negative number and an overflow end the process. */
 QV_API QV_INT qv___ObjDbgObjectSize( QV_OBJ *thisObj );
 QV_API QV_INT qv___ObjDbgAllocationSize( QV_OBJ *thisObj );
 QV_API void   qv___ObjDbgSetAllocationSize( QV_OBJ *thisObj, QV_INT size );
 QV_API void   qv___ObjDbgSetAllocationSizeN( QV_OBJ *thisObj, QV_INT count, QV_INT size );
 /** @} */
 
+/** @{ */
+/** Public functions that the macros below need: see qv_obj.h. */
 QV_API QV_SORT   *qvObjSort( QV_OBJ *thisObj );
 QV_API QV_STRING *qvObjToString( QV_OBJ *thisObj );
 QV_API QV_INT     qvObjCompare( QV_OBJ *objA, QV_OBJ *objB );
+/** @} */
 
 /* The family macro ----------------------------------------------------------------------------------------------- */
 
@@ -179,16 +197,19 @@ QV_API QV_INT     qvObjCompare( QV_OBJ *objA, QV_OBJ *objB );
 /** The library's own module object. */
 QV_API QV_MODULE qv___module;
 
+/** Marks what all sources of the library or module share and none exports. C linkage. */
 #ifdef __cplusplus
 #define QV___HIDDEN extern "C" __attribute__( ( visibility( "hidden" ) ) )
 #else
 #define QV___HIDDEN __attribute__( ( visibility( "hidden" ) ) )
 #endif
 
-/** Defines what QV_FAMILY() declared: the sort record and the eight functions. */
+/** Defines what QV_FAMILY() declared: the sort record and the eight functions. Each of the three functions may be NULL.
+    Stands once for a family, in its source, outside every namespace. */
 #define QV___FAMILY( Name, TYPE, freeFunction, compareFunction, toStringFunction )                                     \
     QV___FAMILY_OF_PARTS( Name, TYPE, freeFunction, compareFunction, toStringFunction, NULL, NULL )
 
+/** The same for a family of the library whose objects may be nested, with its two steps. */
 #define QV___FAMILY_OF_PARTS( Name, TYPE, freeFunction, compareFunction, toStringFunction, compareStep, textStep )     \
     QV___HIDDEN QV_SORT qv___sort_##TYPE;                                                                              \
     QV_SORT             qv___sort_##TYPE = QV___STATIC_SORT(                                                           \
@@ -201,6 +222,7 @@ QV_API QV_MODULE qv___module;
                                                                                                                        \
     QV___STANDARD_FUNCTIONS( Name, TYPE )
 
+/** The seven functions beside that of the sort: the second part of QV___FAMILY_OF_PARTS(). */
 #define QV___STANDARD_FUNCTIONS( Name, TYPE )                                                                          \
     void qv##Name##Retain( TYPE *obj )                                                                                 \
     {                                                                                                                  \

@@ -47,7 +47,7 @@ const QV_INT LONGEST_NAME = 32;
     qv___Abort( "module free", QV___SOURCE, __LINE__, nullptr );
 }
 
-QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareModules( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
@@ -66,7 +66,7 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
     return order < 0 ? -1 : 1;
 }
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *moduleToString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     return qvModuleName( qvModuleFrom( thisObj ) );
@@ -169,7 +169,7 @@ QV_VECTOR *snapshotOf( QV_MODULE *module, void ( *add )( qv::Snapshot *, QV_MODU
 }
 } // namespace
 
-QV___FAMILY( Module, QV_MODULE, freeModule, compare, toString )
+QV___FAMILY( Module, QV_MODULE, freeModule, compareModules, moduleToString )
 
 QV_MODULE *qvModule( void )
 {

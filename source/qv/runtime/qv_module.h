@@ -20,25 +20,26 @@ QV_API QV_MODULE *qvModule( void );
 QV_API QV_BOOL qvModuleNameOk( QV_STRING *moduleName );
 
 /** @{ */
-/** The name and the description: new texts. */
+/** The name and the description: new texts, owned by the caller. */
 QV_API QV_STRING *qvModuleName( QV_MODULE *module );
 QV_API QV_STRING *qvModuleDescription( QV_MODULE *module );
 /** @} */
 
-/** The version as a new object. A text that is none ends the process; that of a loaded module is one. */
+/** The version as a new object, owned by the caller. A record whose version is malformed ends the process; no such
+    module is ever loaded. */
 QV_API QV_MODULE_VERSION *qvModuleVersion( QV_MODULE *module );
 
 /** @{ */
-/** A personality turns an executable into the module's own program. Running it passes both arguments on and gives
-    what it gives; ask first whether there is one. */
+/** A personality turns an executable into the module's own program: whether there is one, and a run of it, which passes
+    both arguments on and returns its result. Only a module that has one may be run. */
 QV_API QV_BOOL qvModuleHasPersonality( QV_MODULE *module );
 QV_API QV_INT  qvModuleRunPersonality( QV_MODULE *module, intptr_t a, intptr_t b );
 /** @} */
 
 /** @{ */
 /** The module's sorts that have live objects, and the live objects of all of them, as new Vectors; null in a run
-    without the object database. An object in the Vector lives on with it. Costs a constant time for each element,
-    during which no object can begin or end. */
+    without the object database. The Vector holds a reference to each. Costs a constant time for each element, during
+    which no object can be created or end. */
 QV_API QV_VECTOR *qvModuleSnapshotSorts( QV_MODULE *module );
 QV_API QV_VECTOR *qvModuleSnapshotObjects( QV_MODULE *module );
 /** @} */

@@ -4,7 +4,7 @@
 #include "qv/runtime/qv_module.h"
 #include "qv/runtime/qv_module_record.h"
 
-/** What the library, which is a module itself, says of itself: the identity of the product. */
+/** The record of the library, which is a module itself: the identity of the product. */
 QV_API const QV_MODULE_RECORD qv___module_record;
 
 /** True for a module with a proper record that fits the running product. */

@@ -58,7 +58,7 @@ QV_INT order( QV_INT a, QV_INT b )
     return ( a > b ) - ( a < b );
 }
 
-QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareModuleVersions( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
@@ -78,7 +78,7 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
     return order( a->minorInsert, b->minorInsert );
 }
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *moduleVersionToString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -91,7 +91,7 @@ QV_STRING *toString( QV_OBJ *thisObj )
 }
 } // namespace
 
-QV___FAMILY( ModuleVersion, QV_MODULE_VERSION, nullptr, compare, toString )
+QV___FAMILY( ModuleVersion, QV_MODULE_VERSION, nullptr, compareModuleVersions, moduleVersionToString )
 
 QV_MODULE_VERSION *qvModuleVersionCreate( QV_INT major, QV_INT majorInsert, QV_INT minor, QV_INT minorInsert )
 {

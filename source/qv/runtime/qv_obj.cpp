@@ -1,10 +1,5 @@
 #include "qv/runtime/qv_obj.h"
 
-#include "qv/base/qv_buffer.h"
-#include "qv/base/qv_dict.h"
-#include "qv/base/qv_stack_trace.h"
-#include "qv/base/qv_string.h"
-#include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_obj_life_private.h"
 #include "qv/runtime/qv_obj_private.h"
@@ -45,16 +40,9 @@ void qv___ObjShutdown( void )
 
 /* Creation and destruction --------------------------------------------------------------------------------------- */
 
-// Recording the stack of a creation creates objects of these sorts, and so does not record theirs.
-bool qv::recordsOrigin( QV_SORT *sort )
-{
-    return sort != qvStringSort() && sort != qvVectorSort() && sort != qvDictSort() && sort != qvBufferSort()
-           && sort != qvStackTraceSort();
-}
-
 namespace
 {
-// What is left to do once nobody holds an object and, if it has a free function, it has left its list.
+// The end of an object that has no references and, if it has a free function, is no longer listed.
 void finish( QV_OBJ *thisObj, QV___FREE_FUNC freeFunc )
 {
     QV_SORT *sort = thisObj->sort;
@@ -79,7 +67,7 @@ void finish( QV_OBJ *thisObj, QV___FREE_FUNC freeFunc )
     if( __builtin_expect( !thisObj->isListed, 1 ) )
         qv::countOut( sort, 1 );
     else
-        qv::countOutListed( thisObj, !freeFunc ); // out of the list only here, which saves the lock once
+        qv::countOutListed( thisObj, !freeFunc ); // taken out of the list here, where the lock is held anyway
 
     uint16_t sharedOffset = thisObj->sharedOffset;
     char    *memory       = reinterpret_cast< char * >( thisObj ) - sharedOffset;
@@ -98,14 +86,16 @@ void finish( QV_OBJ *thisObj, QV___FREE_FUNC freeFunc )
     qv::leaveShared( memory, 1 );
 }
 
-// A free function gives up what its object holds, and so ends other objects. Beyond some levels of that an object waits
-// until the first of these free functions has returned: a tree of any depth ends on a small stack. An object that waits
-// has no references and is in no list, so that nobody finds it; its sort counts it, so that its module stays.
+// A free function releases what its object holds, and so ends other objects. An object that would end more than
+// MAX_DEPTH levels deep waits until the outermost of these free functions has returned: a tree of any depth ends on a
+// small stack. An object that waits has no references and is not listed, so that no thread finds it; its sort counts
+// it, so that its module stays loaded.
 struct Ends
 {
     int32_t depth; // free functions that run in this thread, each called by the one before
-    QV_OBJ *first; // those that wait, in the order in which they lost their last reference; linked by `odbNext`, which
-    QV_OBJ *last;  // nobody else uses any more
+    QV_OBJ
+    *first;       // objects that wait, in the order in which they lost their last reference; linked by `odbNext`, which
+    QV_OBJ *last; // the lists no longer use
 };
 
 const int32_t MAX_DEPTH = 32;
@@ -125,7 +115,7 @@ __attribute__( ( noinline ) ) void endLater( QV_OBJ *thisObj )
     ends.last = thisObj;
 }
 
-// Called at depth 1, where free functions of objects that have waited may let others wait.
+// Called at depth 1. The free functions of objects that have waited may make others wait, which end here too.
 __attribute__( ( noinline ) ) void endWaiting()
 {
     while( QV_OBJ *thisObj = ends.first )
@@ -136,7 +126,7 @@ __attribute__( ( noinline ) ) void endWaiting()
     }
 }
 
-// Ends an object that nobody holds.
+// Ends an object without references.
 void end( QV_OBJ *thisObj )
 {
     QV_CHECK_AS( thisObj->sort, "thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->sort" );
@@ -195,15 +185,15 @@ void qv___ObjFree( QV_OBJ *thisObj )
 
 void qv___ObjReleaseLast( QV_OBJ *thisObj )
 {
-    // Nobody but the caller knows of an object with one reference, so that its count needs no locked instruction,
-    // unless it can be found without one: in a list by a snapshot, or because it is static.
+    // Only the caller knows of an object with one reference, so that its count needs no locked instruction, unless the
+    // object can be found without a reference: in a list by a snapshot, or because it is static.
     if( __builtin_expect( !thisObj->isListed && thisObj->type == QV___OBJ_TYPE_OBJECT, 1 ) )
     {
         QV_ASSERT( qv___AtomicCompareExchange32( &thisObj->retainCount, 1, 1 ) == 1 );
         qv___AtomicStoreRelease32( &thisObj->retainCount, 0 );
     }
 
-    // Somebody may have taken a reference since the caller looked, or may do so right now; then he ends the object.
+    // Another thread may have taken a reference since the caller looked, or may take one now; then it ends the object.
     else if( qv___AtomicAdd32( &thisObj->retainCount, -1 ) != 0 )
         return;
 
@@ -280,25 +270,6 @@ QV_INT qvObjDefaultCompareFunc( QV_OBJ *thisObj, QV_OBJ *thatObj )
     QV_INT thatUnique = qv___ObjUnique( thatObj );
 
     return ( thisUnique > thatUnique ) - ( thisUnique < thatUnique );
-}
-
-QV_STRING *qvObjToString( QV_OBJ *thisObj )
-{
-    QV_CHECK( thisObj );
-
-    qv::Ref< QV_SORT > sort = qv::Ref< QV_SORT >::share( qvObjSort( thisObj ) );
-    QV_STRING *result       = sort->toStringFunc ? sort->toStringFunc( thisObj ) : qvObjDefaultToStringFunc( thisObj );
-    QV_CHECK( result );
-
-    return result;
-}
-
-QV_STRING *qvObjDefaultToStringFunc( QV_OBJ *thisObj )
-{
-    QV_CHECK( thisObj );
-
-    return qvStringCreateFromFormatCstr(
-        "%~s(%^!16i)", -1, qvSortName( qvObjSort( thisObj ) ), qv___ObjUnique( thisObj ) );
 }
 
 QV_INT qv___ObjUnique( QV_OBJ *thisObj )

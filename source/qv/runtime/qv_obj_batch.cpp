@@ -6,14 +6,14 @@
 
 namespace
 {
-// Memory that objects share begins with the number of its users: the objects, and the batch as long as it adds some.
-// Since it doesn't know how many that will be, it counts as more than there can be.
+// Memory that objects share begins with the number of its uses: one for each object, and BATCH_USES for the batch while
+// it adds objects. Since the batch doesn't know how many there will be, that is more than there can be.
 const QV_INT  SHARED_HEAD  = 8;
 const QV_INT  SHARED_SIZE  = 2000;
 const QV_INT  SHARED_LIMIT = SHARED_SIZE / 4; // larger objects have their own memory
 const int32_t BATCH_USES   = SHARED_SIZE;
-const QV_INT  FEW          = 8;  // objects that the C library keeps blocks for at hand
-const int32_t COUNTED      = 32; // objects that a batch counts in at once
+const QV_INT  FEW          = 8;  // so many objects have memory of their own, which allocators have at hand
+const int32_t COUNTED      = 32; // so many objects are counted in at once
 
 static_assert( SHARED_SIZE <= UINT16_MAX, "an object's header holds the distance in two bytes" );
 
@@ -23,7 +23,8 @@ int32_t *usersOf( void *memory )
 }
 } // namespace
 
-// Whoever finds no uses but his own is the last, for the uses of others never rise again: no locked instruction then.
+// A caller that finds no uses but its own is the last, since the uses of others never rise again: no locked instruction
+// then.
 void qv::leaveShared( void *memory, int32_t uses )
 {
     QV_ASSERT( qv___AtomicLoad32( usersOf( memory ) ) >= uses );
@@ -32,7 +33,7 @@ void qv::leaveShared( void *memory, int32_t uses )
         qvMemFree( memory );
 }
 
-// Not more than has been needed so far.
+// As much as all objects so far have needed, up to SHARED_SIZE.
 void qv::ObjBatch::open( QV_INT bytes )
 {
     close();

@@ -10,8 +10,8 @@
 
 namespace qv
 {
-/** More live objects of the sort, and maybe one more sort of its module. The module's count goes up with the first
-    object of a sort and down with its last. */
+/** Count objects of a sort in and out. The first object of a sort also counts the sort in its module, and the last
+    counts it out. */
 inline void countIn( QV_SORT *sort, int32_t objects )
 {
     if( qv___AtomicAdd32( &sort->objects, objects ) == objects && sort->module )
@@ -30,17 +30,17 @@ void enterList( QV_OBJ *object, bool isCounted );
 /** Takes an object that nobody holds out of its list. It stays counted. */
 void leaveList( QV_OBJ *object );
 
-/** Counts an object out that has left its list or, with `leavesList`, leaves it now. */
+/** Counts out an object that has left its list or, with `leavesList`, takes it out of the list too. */
 void countOutListed( QV_OBJ *object, bool leavesList );
 
 /** Whether objects of the sort log the stack of their creation. */
 bool recordsOrigin( QV_SORT *sort );
 
-/** Gives up so many uses of memory that a batch has shared out, and frees it with the last. */
+/** Ends so many uses of memory that objects of a batch share, and frees it with the last. */
 void leaveShared( void *memory, int32_t uses );
 
-/** Makes an object of memory. Inline in all functions that create, so that each has one frame on the stack of a
-    creation. */
+/** Makes an object of memory. Inline in all functions that create, so that each is one frame in the recorded stack of a
+    creation, which leaves one out. */
 __attribute__( ( always_inline ) ) inline QV_OBJ *createObject(
     void *memory, uint16_t sharedOffset, QV_INT size, QV_SORT *sort, bool isCounted = false )
 {

@@ -1,11 +1,14 @@
 #include "qv/runtime/qv_obj_private.h"
 
+#include "qv/base/qv_buffer.h"
+#include "qv/base/qv_dict.h"
 #include "qv/base/qv_stack_trace.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_obj.h"
+#include "qv/runtime/qv_obj_life_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
@@ -39,6 +42,13 @@ QV___OBJ_LOG_ENTRY *createEntry( QV_STRING *line )
 }
 } // namespace
 
+// Recording the stack of a creation creates objects of these sorts, and so does not record theirs.
+bool qv::recordsOrigin( QV_SORT *sort )
+{
+    return sort != qvStringSort() && sort != qvVectorSort() && sort != qvDictSort() && sort != qvBufferSort()
+           && sort != qvStackTraceSort();
+}
+
 void qv::freeObjLog( QV_OBJ *thisObj )
 {
     for( QV___OBJ_LOG_ENTRY *entry = thisObj->logFirst; entry; )
@@ -65,7 +75,7 @@ void qv___ObjLogAppendVector( QV_OBJ *thisObj, QV_VECTOR *vec )
     QV_CHECK( thisObj );
     QV_CHECK( vec );
 
-    // The entries are made ready without the lock: the text of an element may create objects, and those may log.
+    // The entries are made before the lock is taken: the text of an element may create objects, and those may log.
     QV___OBJ_LOG_ENTRY  *first = nullptr;
     QV___OBJ_LOG_ENTRY  *last  = nullptr;
     QV___OBJ_LOG_ENTRY **link  = &first;
@@ -90,7 +100,7 @@ void qv___ObjLogAppendVector( QV_OBJ *thisObj, QV_VECTOR *vec )
     thisObj->logLast = last;
 }
 
-// Not inline, since it leaves its own frame out.
+// Not inline, since it skips its own frame.
 __attribute__( ( noinline ) ) void qv___ObjLogAppendCallStack( QV_OBJ *thisObj, QV_INT skip, QV_INT limit )
 {
     QV_CHECK( thisObj );
@@ -107,7 +117,7 @@ QV_VECTOR *qv___ObjLog( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
-    // Entries never change behind their links, so that what they hold is read without the lock.
+    // Only the links of entries change, so that their texts are read without the lock.
     auto next = [thisObj]( QV___OBJ_LOG_ENTRY *entry )
     {
         qv::HeldLock held( qv::objLogLock );

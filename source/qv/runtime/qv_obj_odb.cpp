@@ -1,18 +1,13 @@
-#include "qv/base/qv_vector.h"
-#include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_obj_life_private.h"
 #include "qv/runtime/qv_obj_private.h"
-#include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
-#include "qv/sys/qv_int.h"
-#include "qv/sys/qv_mem.h"
 
-// The lists stand in static records, and an object that outlives its run stays in its list until it ends, in whatever
-// run that is. So their lock is always there, and whether an object is listed is told by the object, never by the run.
+// The lists are in static records, and an object that outlives its run stays in its list until it ends, in whatever run
+// that is. So their lock is static, and the object's own field says whether it is listed, never the flags of the run.
 
 namespace
 {
-// Objects are counted atomically also where the lock is held: those of another run are counted without it.
+// Objects are counted atomically even where the lock is held: those of runs without lists are counted without it.
 
 void linkSort( QV_OBJ *result )
 {
@@ -63,25 +58,6 @@ void unlinkObject( QV_OBJ *object )
         object->odbNext->odbPrevious = object->odbPrevious;
     else
         object->sort->odbLast = object->odbPrevious;
-}
-
-// One more reference, for somebody who holds none but the lock of the lists: an object whose count is 0 is about to be
-// taken out of its list and cannot be had any more. A count above 0 must not become 0 in between.
-bool retainLive( QV_OBJ *object )
-{
-    int32_t count = qv___AtomicLoad32( &object->retainCount );
-
-    while( count != 0 )
-    {
-        int32_t found = qv___AtomicCompareExchange32( &object->retainCount, count, count + 1 );
-
-        if( found == count )
-            return true;
-
-        count = found;
-    }
-
-    return false;
 }
 } // namespace
 
@@ -179,39 +155,4 @@ void qv___ObjCheckLists( void )
 
     QV_CHECK( qv___module.sortsLast == previousSort );
     QV_CHECK( qv___AtomicLoad32( &qv___module.sorts ) >= sorts );
-}
-
-void qv::Snapshot::makeRoom( QV_INT count )
-{
-    if( size_ - length_ >= count )
-        return;
-
-    size_ = qvIntMax( length_ + count, size_ * 2 );
-    objs_ = static_cast< QV_OBJ ** >( qvMemReallocN( objs_, size_, sizeof( QV_OBJ * ) ) );
-}
-
-void qv::Snapshot::add( QV_OBJ *object )
-{
-    makeRoom( 1 );
-    objs_[length_++] = retain( object );
-}
-
-void qv::Snapshot::addObjects( QV_SORT *sort )
-{
-    makeRoom( sort->listed ); // the list is never longer
-
-    for( QV_OBJ *object = sort->odbFirst; object; object = object->odbNext )
-        if( retainLive( object ) )
-            objs_[length_++] = object;
-}
-
-QV_VECTOR *qv::Snapshot::vector()
-{
-    Ref< QV_VECTOR > empty( qvVectorCreate() );
-    Ref< QV_VECTOR > result( qvVectorCreateFrom( empty ) );
-
-    qv___VectorPushNoRetain( result.at(), objs_, length_ );
-    qvMemFree( objs_ );
-
-    return result.give();
 }

@@ -36,7 +36,7 @@ QV_INT qv::compareByParts( QV_OBJ *thisObj, QV_OBJ *thatObj )
         // A part decides the order of the whole unless its two sides are equal.
         if( walk.thisPart )
         {
-            QV_ASSERT( walk.at > pair.at ); // the step would give the same part for ever
+            QV_ASSERT( walk.at > pair.at ); // the step would return the same part for ever
             outer.push( { pair.thisObj, pair.thatObj, walk.at } );
             pair = { walk.thisPart, walk.thatPart, 0 };
         }

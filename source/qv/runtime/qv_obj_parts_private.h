@@ -2,8 +2,8 @@
     Comparison and text of objects that are made of objects, to any depth.
 
     A family whose objects may be nested does not call qvObjCompare() or qvObjToString() for its parts: a value nested a
-    hundred thousand levels deep would run out of stack. It says what comes next, and one loop with a stack on the heap
-    goes into the parts and comes back. Leaves are compared and written at once.
+    hundred thousand levels deep would run out of stack. It names its next part, and one loop with a stack on the heap
+    descends into the parts and returns. Parts of other families are compared and written at once.
 
         // The parts in their order; then, if all are equal, what else there is to tell the two apart.
         QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
@@ -13,7 +13,7 @@
 
             while( walk->at < std::min( a->length, b->length ) )
             {
-                QV_INT i = walk->at++; // before the part is compared: the next call goes on behind it
+                QV_INT i = walk->at++; // before the part is compared: the next call continues after it
 
                 if( QV_INT order = qv::comparePart( walk, a->objs[i], b->objs[i] ) )
                     return order;
@@ -65,9 +65,8 @@ struct QV___TEXT_WALK
 
 namespace qv
 {
-/** Compares two parts. A step returns at once with a result that is not 0, whatever it is: it is the order of the
-    whole, or stands for an order that the loop finds out before it calls the step again, and then only if the parts are
-    equal. */
+/** Compares two parts. A step returns any result but 0 at once: it is the order of the whole, or only says that the
+    loop has to walk the parts first. Then the loop calls the step again if the parts are equal. */
 inline QV_INT comparePart( QV___COMPARE_WALK *walk, QV_OBJ *thisPart, QV_OBJ *thatPart )
 {
     QV_SORT *sort = thisPart->sort;
@@ -91,7 +90,7 @@ inline QV_INT comparePart( QV___COMPARE_WALK *walk, QV_OBJ *thisPart, QV_OBJ *th
     return qvObjCompare( thisPart, thatPart );
 }
 
-/** Appends the text of a part and gives null; or gives the part, which the step returns at once. */
+/** Appends the text of a part and returns null; or returns the part, which the step then returns at once. */
 inline QV_OBJ *textPart( QV___TEXT_WALK *walk, QV_OBJ *part )
 {
     if( part->sort && part->sort->textStep )
@@ -101,8 +100,8 @@ inline QV_OBJ *textPart( QV___TEXT_WALK *walk, QV_OBJ *part )
     return nullptr;
 }
 
-/** The compare function and the to-string function of every family with the step. Memory for each level that they are
-    in, none for up to 16. */
+/** The compare function and the to-string function of every family with the step. They allocate for each level that
+    they descend beyond 16. */
 QV_INT     compareByParts( QV_OBJ *thisObj, QV_OBJ *thatObj );
 QV_STRING *textByParts( QV_OBJ *thisObj );
 } // namespace qv

@@ -13,15 +13,15 @@ extern "C" QV_BOOL qv___ObjOrigin;       /**< each object logs the stack of its 
 
 namespace qv
 {
-/** As qv___ObjCreate(), with `extraBytes` of heap behind the `size` bytes of the structure, for contents that come and
-    go with the object. To the object frame they belong to neither of its sizes: a family that puts there what it would
-    else allocate declares it all the same. */
+/** As qv___ObjCreate(), with `extraBytes` of heap after the `size` bytes of the structure, for contents that live as
+    long as the object. They count in neither of the object's declared sizes: a family that stores there what it would
+    otherwise allocate declares it all the same. */
 QV_OBJ *createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort );
 
 /** Creates objects of a sort, which may be many and small. Then several of them share memory: an allocation serves
-    about ten and is freed with the last of them, so that one object which outlives the others holds two kilobytes at
-    most. The first few, and large ones, have their own. All are objects like any others. The batch itself is for a
-    scope of one thread; while it lasts, the count of the sort's objects may be a few too high.
+    about ten and is freed with the last of them, so that an object that outlives the others holds two kilobytes at
+    most. The first few, and large ones, have memory of their own. All are objects like any others. A batch is a local
+    variable of one thread; while it lasts, the count of the sort's objects may be up to 31 too high.
 
         qv::ObjBatch batch( qvPointSort() );
 
@@ -56,15 +56,15 @@ private:
     int32_t  counted_ = 0; // objects to come that the sort counts already
 };
 
-/** Takes so many more references to an object that may be shared: every borrowed argument may, at any moment. */
+/** Takes `more` references to an object that may be shared: every borrowed argument may be, at any moment. */
 template< class T >
 inline void retainMore( T *object, int32_t more )
 {
     qv___AtomicAdd32( &obj( object )->retainCount, more );
 }
 
-/** The same for an object that the caller has created and given to nobody yet. Nobody else can write its count, unless
-    a snapshot finds the object, and so it needs no locked instruction. */
+/** The same for an object that the caller has created and that no other thread knows. No other thread can write its
+    count then, unless a snapshot finds the object, so that it needs no locked instruction. */
 template< class T >
 inline void retainCreated( T *created, int32_t more )
 {
@@ -81,10 +81,10 @@ inline void retainCreated( T *created, int32_t more )
 /* The log of an object --------------------------------------------------------------------------------------------
 
    Lines of text that an object carries for reports, among them the stack of its creation when the run records it.
-   Lines are appended as a whole, also by several threads, and never change. */
+   Any thread may append; a line is appended as a whole and never changes. */
 
-/** Appends a line; the text of each element as a line, without effect for an empty Vector. The elements' texts are
-    taken first, with no lock held. */
+/** Append one line, and the text of each element of a Vector as a line. All texts are taken before the lock of the logs
+    is. */
 QV_API void qv___ObjLogAppend( QV_OBJ *thisObj, QV_STRING *logMessage );
 QV_API void qv___ObjLogAppendVector( QV_OBJ *thisObj, QV_VECTOR *vec );
 
@@ -97,12 +97,12 @@ QV_API QV_VECTOR *qv___ObjLog( QV_OBJ *thisObj );
 
 /* The object database ---------------------------------------------------------------------------------------------
 
-   When the run keeps it, each sort lists its live objects in the order of their creation and each module its sorts
-   that have any. An object is in the list from its creation on, with fields that its family is yet to fill, up to its
-   free function, even if that runs after the end of the run that created it. All lists are guarded by one lock, with
-   which held no object may be created or released. */
+   When the run keeps it, each sort lists its live objects in the order of their creation and each module its sorts that
+   have any. An object is listed from its creation on, before its family has set its fields, until its free function is
+   called, even if that happens after the end of the run that created it. One lock guards all lists; while a thread
+   holds it, the thread must not create or release objects. */
 
-/** Whether the run keeps the lists, and their lock. Locking ends the process when there are no lists. */
+/** Whether the run keeps the lists, and their lock. Locking and unlocking end the process in a run without lists. */
 QV_API QV_BOOL qv___ObjOdbEnabled( void );
 QV_API void    qv___ObjOdbLock( void );
 QV_API void    qv___ObjOdbUnlock( void );
@@ -146,14 +146,14 @@ public:
     Snapshot( const Snapshot & )            = delete;
     Snapshot &operator=( const Snapshot & ) = delete;
 
-    /** Adds an object of which the caller knows that it lives, as a sort always does. */
+    /** Adds an object that the caller knows to live, as a sort always does. */
     void add( QV_OBJ *object );
 
-    /** Adds the sort's live objects. Those that have lost their last reference and wait for the lock to leave the list
-        are passed over: nothing brings an object back. */
+    /** Adds the sort's live objects. Objects that have lost their last reference and wait for the lock to leave the
+        list are skipped: they will end. */
     void addObjects( QV_SORT *sort );
 
-    /** All of them as a new Vector that nobody else holds; to be called once, without the lock. */
+    /** All of them as a new Vector that only the caller holds. Called once, without the lock. */
     QV_VECTOR *vector();
 
 private:

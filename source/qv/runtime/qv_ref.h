@@ -1,6 +1,6 @@
 /** @file
-    Scopes instead of pairs of retain and release: what the sources of the library are written with, and those of modules
-    can be. Header only, nothing exported; in C there is nothing here. */
+    Scopes instead of pairs of retain and release, for the sources of the library and of modules. Header only, nothing
+    exported; in C this header is empty. */
 
 #ifndef QV_REF_H
 #define QV_REF_H
@@ -13,14 +13,14 @@
 
 namespace qv
 {
-/** Any object type as an object. Every structure starts with the header, also where its type is not complete. */
+/** An object of any family as a QV_OBJ. Every structure starts with the header, so that its type may be incomplete. */
 template< class T >
 inline QV_OBJ *obj( T *object )
 {
     return reinterpret_cast< QV_OBJ * >( object );
 }
 
-/** Takes one more reference to an object that is not null, and gives it. */
+/** Takes one more reference to an object that is not null, and returns it. */
 template< class T >
 inline T *retain( T *object )
 {
@@ -36,7 +36,7 @@ inline void release( T *object )
         qv___ObjRelease( obj( object ) );
 }
 
-/** True when somebody else holds the object too, so that it must not be written. */
+/** True if the object has more than one reference, so that the caller must not write to it. */
 template< class T >
 inline bool isShared( T *object )
 {
@@ -61,7 +61,8 @@ inline void assign( T **ref, T *owned )
     release( old );
 }
 
-/** The copy on write of every value family: nothing when the caller is alone, else `*ref` becomes a copy. */
+/** The copy on write of every value family: has no effect if the caller holds the only reference, else `*ref` becomes a
+    copy. */
 template< class T >
 inline void makePrivate( T **ref, T *( *copy )( T *source ) )
 {
@@ -69,14 +70,14 @@ inline void makePrivate( T **ref, T *( *copy )( T *source ) )
         assign( ref, copy( *ref ) );
 }
 
-/** An object with undefined fields behind the header. */
+/** A new object whose fields after the header are undefined. */
 template< class T >
 inline T *create( QV_SORT *sort )
 {
     return static_cast< T * >( qv___ObjCreate( sizeof( T ), sort ) );
 }
 
-/** Owns one reference, or none. */
+/** Owns one reference, or none. Not for several threads at a time. */
 template< class T >
 class Ref
 {
@@ -129,7 +130,7 @@ public:
         return object_;
     }
 
-    /** Where the reference stands, for mutators, which may replace it. */
+    /** The address of the reference, for mutators, which may replace it. */
     T **at()
     {
         return &object_;

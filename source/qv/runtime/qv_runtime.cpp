@@ -47,8 +47,8 @@ void qv___RuntimeComponentsShutdown( void )
 
 namespace
 {
-// With all components stopped, tells of the library's objects that are still there if the run was asked to. Printing needs
-// the components, so they run once more, without anything of the run that has ended but its lists of objects.
+// With all components stopped, reports the library's objects that are still alive if a flag of the run asks for that.
+// Printing needs the components, so they run once more. Of the run that has ended only the lists of objects are left.
 void reportSurvivors()
 {
     QV_INT flags = qv___RuntimeFlags;

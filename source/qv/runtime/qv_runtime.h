@@ -15,9 +15,10 @@
 
 /* Start and stop ------------------------------------------------------------------------------------------------- */
 
+/** @{ */
 /** What a run is started with. OBJECT_ORIGIN, SNAPSHOT_SORT and SNAPSHOT_OBJECT need OBJECT_DATABASE, and the two flags
-    that add to reports need SNAPSHOT_OBJECT; where it lacks they have no effect. Texts, buffers, vectors, dicts and stack
-    traces log no stack of theirs, since recording one creates them. */
+    that add to reports need SNAPSHOT_OBJECT; without it they have no effect. Strings, Buffers, Vectors, Dicts and stack
+    traces log no stack of their creation, since recording one creates them. */
 #define QV_RUNTIME_FLAG_MINIMAL                  1    /**< without the file system: no paths; stands alone */
 #define QV_RUNTIME_FLAG_SYSTEM                   2    /**< system installation: data under /var/opt, not in the home */
 #define QV_RUNTIME_FLAG_MEMORY_DEBUG             4    /**< new memory is filled with bytes 0xFF */
@@ -30,41 +31,43 @@
 #define QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS    512  /**< no signal handlers are installed */
 #define QV_RUNTIME_FLAG_IMPLICIT_MODULE_PATH     1024 /**< modules are searched by the loader, not in the bin path */
 #define QV_RUNTIME_FLAG_MODULE_DEBUG             2048 /**< loading and unloading of modules print their progress */
+/** @} */
 
 /** Receives what is printed. `chs` is valid during the call only. Calls come one at a time, from any thread; the
     function must not print. */
 typedef void ( *QV_RUNTIME_PRINT_FUNC )( const QV_CHAR *chs, QV_INT length );
 
-/** Starts the library. `flags` are normalised; `printFunc` may be null, and then printing has no effect. The three
-    texts are zero-terminated UTF-8 or null and are copied. A failure ends the process. */
+/** Starts the library. `flags` are normalised. `printFunc` is the print hook: with null, printing has no effect. The
+    three texts are zero-terminated UTF-8 or null, and are copied. A failure ends the process. */
 QV_API void qvRuntimeStartup(
     QV_INT flags, QV_RUNTIME_PRINT_FUNC printFunc, const char *applicationIdentifier,
     const char *applicationFriendlyName, const char *applicationVersion );
 
-/** Stops the library, its modules first. All objects should be gone by then: with a snapshot flag, those of the library's
-    own sorts that are not are reported to the print hook. */
+/** Stops the library, its modules first. All objects should have ended by then: with a snapshot flag, those of the
+    library's own sorts that have not are reported to the print hook. */
 QV_API void qvRuntimeShutdown( void );
 
 /** The flags of this run, normalised; 0 while the library is stopped. */
 QV_API QV_INT qvRuntimeFlags( void );
 
-/** The flags without undefined bits and without those that depend on one that is missing. */
+/** `flags` without undefined bits, and without those that depend on one that is missing. */
 QV_API QV_INT qvRuntimeFlagsNormalize( QV_INT flags );
 
-/** Reads flags from names or numbers with `|` between them; unknown ones have no effect. Null ends the process. */
+/** The normalised flags of a text with names or numbers and `|` between them; unknown ones have no effect. Null ends
+    the process. */
 QV_API QV_INT qvRuntimeFlagsFromString( QV_STRING *qvs );
 
 /** The names of the normalised flags with `|` between them, as a new text. */
 QV_API QV_STRING *qvRuntimeFlagsToString( QV_INT flags );
 
-/** Hands characters to the print hook, if there is one. A negative length, and null with another length than 0, end
-    the process. */
+/** Passes `chsLength` characters to the print hook, if there is one. A negative length, and null with another length
+    than 0, end the process. */
 QV_API void qvRuntimePrint( const QV_CHAR *chs, QV_INT chsLength );
 
 /* What is running ------------------------------------------------------------------------------------------------ */
 
 /** @{ */
-/** The product: new texts. */
+/** The product's name, its name for people, its maker and its copyright: new texts. */
 QV_API QV_STRING *qvRuntimeVersionProductName( void );
 QV_API QV_STRING *qvRuntimeVersionProductFriendlyName( void );
 QV_API QV_STRING *qvRuntimeVersionProductVendorName( void );
@@ -79,11 +82,12 @@ QV_API QV_INT     qvRuntimeVersionProductVersionRelease( void );
 QV_API QV_STRING *qvRuntimeVersionProductVersion( void );
 /** @} */
 
-/** When the product was built, as a new Time. */
+/** When the product was built, as a new Time, owned by the caller. */
 QV_API QV_TIME *qvRuntimeVersionProductBuildTime( void );
 
 /** @{ */
-/** The texts about the application that the start was given: new texts, or null. */
+/** The texts about the application that the library was started with: new texts, or null, and whether there
+    are such. */
 QV_API QV_STRING *qvRuntimeVersionApplicationIdentifier( void );
 QV_API QV_STRING *qvRuntimeVersionApplicationFriendlyName( void );
 QV_API QV_STRING *qvRuntimeVersionApplicationVersion( void );
@@ -94,44 +98,47 @@ QV_API QV_BOOL    qvRuntimeVersionApplicationHasVersion( void );
 
 /* Operating system, hardware and variant: constants of the build -------------------------------------------------- */
 
-#define QV_RUNTIME_OS_WINDOWS     0
-#define QV_RUNTIME_OS_DEBIAN_7    1
-#define QV_RUNTIME_OS_DEBIAN_8    2
-#define QV_RUNTIME_OS_DEBIAN_9    3
-#define QV_RUNTIME_OS_DEBIAN_10   4
-#define QV_RUNTIME_OS_UBUNTU_1404 5
-#define QV_RUNTIME_OS_UBUNTU_1604 6
-#define QV_RUNTIME_OS_UBUNTU_1804 7
-#define QV_RUNTIME_OS_UBUNTU_2004 8
-#define QV_RUNTIME_OS_MACOSX      9
+#define QV_RUNTIME_OS_WINDOWS     0 /**< `windows`, Windows */
+#define QV_RUNTIME_OS_DEBIAN_7    1 /**< `debian7`, Debian 7 */
+#define QV_RUNTIME_OS_DEBIAN_8    2 /**< `debian8`, Debian 8 */
+#define QV_RUNTIME_OS_DEBIAN_9    3 /**< `debian9`, Debian 9 */
+#define QV_RUNTIME_OS_DEBIAN_10   4 /**< `debian10`, Debian 10 */
+#define QV_RUNTIME_OS_UBUNTU_1404 5 /**< `ubuntu1404`, Ubuntu 14.04 */
+#define QV_RUNTIME_OS_UBUNTU_1604 6 /**< `ubuntu1604`, Ubuntu 16.04 */
+#define QV_RUNTIME_OS_UBUNTU_1804 7 /**< `ubuntu1804`, Ubuntu 18.04 */
+#define QV_RUNTIME_OS_UBUNTU_2004 8 /**< `ubuntu2004`, Ubuntu 20.04 */
+#define QV_RUNTIME_OS_MACOSX      9 /**< `macosx`, macOS */
 
+/** True for one of the operating systems. */
 #define QV_RUNTIME_OS_OK( os ) ( ( os ) >= QV_RUNTIME_OS_WINDOWS && ( os ) <= QV_RUNTIME_OS_MACOSX )
 
-#define QV_RUNTIME_HARDWARE_X32         0
-#define QV_RUNTIME_HARDWARE_X64         1
-#define QV_RUNTIME_HARDWARE_RPI2        2
-#define QV_RUNTIME_HARDWARE_RPI3        3
-#define QV_RUNTIME_HARDWARE_INNOVAPHONE 4
-#define QV_RUNTIME_HARDWARE_ARMHF       5
-#define QV_RUNTIME_HARDWARE_ARM64       6
-#define QV_RUNTIME_HARDWARE_MIPS        7
+#define QV_RUNTIME_HARDWARE_X32         0 /**< `x32`, Intel, 32 bit */
+#define QV_RUNTIME_HARDWARE_X64         1 /**< `x64`, Intel, 64 bit */
+#define QV_RUNTIME_HARDWARE_RPI2        2 /**< `rpi2`, Raspberry Pi 2 */
+#define QV_RUNTIME_HARDWARE_RPI3        3 /**< `rpi3`, Raspberry Pi 3 */
+#define QV_RUNTIME_HARDWARE_INNOVAPHONE 4 /**< `innovaphone`, an ARM appliance */
+#define QV_RUNTIME_HARDWARE_ARMHF       5 /**< `armhf`, ARM, 32 bit, with floating-point registers */
+#define QV_RUNTIME_HARDWARE_ARM64       6 /**< `arm64`, ARM, 64 bit */
+#define QV_RUNTIME_HARDWARE_MIPS        7 /**< `mips`, MIPS, big-endian */
 
+/** True for one of the kinds of hardware. */
 #define QV_RUNTIME_HARDWARE_OK( hw ) ( ( hw ) >= QV_RUNTIME_HARDWARE_X32 && ( hw ) <= QV_RUNTIME_HARDWARE_MIPS )
 
-#define QV_RUNTIME_VARIANT_RELEASE 0
-#define QV_RUNTIME_VARIANT_DEBUG   1
+#define QV_RUNTIME_VARIANT_RELEASE 0 /**< `release`, an optimised build */
+#define QV_RUNTIME_VARIANT_DEBUG   1 /**< `debug`, a build for developers */
 
+/** True for one of the variants. */
 #define QV_RUNTIME_VARIANT_OK( var ) ( ( var ) >= QV_RUNTIME_VARIANT_RELEASE && ( var ) <= QV_RUNTIME_VARIANT_DEBUG )
 
 /** @{ */
-/** The build's own value. */
+/** The operating system, the hardware and the variant that the library is built for. */
 QV_API QV_INT qvRuntimeOs( void );
 QV_API QV_INT qvRuntimeHardware( void );
 QV_API QV_INT qvRuntimeVariant( void );
 /** @} */
 
 /** @{ */
-/** Reads an enumerant's name or number; -1 if it is none. Null ends the process. */
+/** The value of an enumerant's name or number; -1 for any other text. Null ends the process. */
 QV_API QV_INT qvRuntimeOsFromString( QV_STRING *qvs );
 QV_API QV_INT qvRuntimeHardwareFromString( QV_STRING *qvs );
 QV_API QV_INT qvRuntimeVariantFromString( QV_STRING *qvs );
@@ -146,14 +153,14 @@ QV_API QV_STRING *qvRuntimeVariantToString( QV_INT var );
 /** @} */
 
 /** @{ */
-/** Reads an identifier, as `debian10`, case and all; -1 if it is none. Null ends the process. */
+/** The value of an identifier, as `debian10`, in this very case; -1 for any other text. Null ends the process. */
 QV_API QV_INT qvRuntimeOsFromIdentifier( QV_STRING *qvs );
 QV_API QV_INT qvRuntimeHardwareFromIdentifier( QV_STRING *qvs );
 QV_API QV_INT qvRuntimeVariantFromIdentifier( QV_STRING *qvs );
 /** @} */
 
 /** @{ */
-/** The identifier: a new text. */
+/** The identifier, as `debian10`: a new text. */
 QV_API QV_STRING *qvRuntimeOsToIdentifier( QV_INT os );
 QV_API QV_STRING *qvRuntimeHardwareToIdentifier( QV_INT hw );
 QV_API QV_STRING *qvRuntimeVariantToIdentifier( QV_INT var );
@@ -193,24 +200,26 @@ QV_API QV_BOOL    qvRuntimeOsHasHardwarePlatformName( QV_INT os, QV_INT hw );
 
 /* Paths ---------------------------------------------------------------------------------------------------------- */
 
-#define QV_RUNTIME_PATH_BIN          0
-#define QV_RUNTIME_PATH_RES          1
-#define QV_RUNTIME_PATH_DATA         2
-#define QV_RUNTIME_PATH_DATA_STORAGE 3
-#define QV_RUNTIME_PATH_DATA_TRACE   4
-#define QV_RUNTIME_PATH_DATA_ABORT   5
-#define QV_RUNTIME_PATH_DATA_TEMP    6
+#define QV_RUNTIME_PATH_BIN          0 /**< executables and modules */
+#define QV_RUNTIME_PATH_RES          1 /**< resources */
+#define QV_RUNTIME_PATH_DATA         2 /**< data, the parent of those that follow */
+#define QV_RUNTIME_PATH_DATA_STORAGE 3 /**< what the application keeps */
+#define QV_RUNTIME_PATH_DATA_TRACE   4 /**< traces */
+#define QV_RUNTIME_PATH_DATA_ABORT   5 /**< reports of broken contracts */
+#define QV_RUNTIME_PATH_DATA_TEMP    6 /**< temporary files */
 
+/** True for one of the paths. */
 #define QV_RUNTIME_PATH_OK( path ) ( ( path ) >= QV_RUNTIME_PATH_BIN && ( path ) <= QV_RUNTIME_PATH_DATA_TEMP )
 
-/** Reads an enumerant's name or number; -1 if it is none. Null ends the process. */
+/** The value of an enumerant's name or number; -1 for any other text. Null ends the process. */
 QV_API QV_INT qvRuntimePathFromString( QV_STRING *qvs );
 
 /** The enumerant's name: a new text. A value out of range ends the process, here and below. */
 QV_API QV_STRING *qvRuntimePathToString( QV_INT path );
 
 /** @{ */
-/** The path, which ends with a solidus: a new reference, or null if the run has no such path. */
+/** The path, which ends with a solidus: a new reference, or null if the run has no such path, and whether it
+    has one. */
 QV_API QV_STRING *qvRuntimePath( QV_INT path );
 QV_API QV_BOOL    qvRuntimeHasPath( QV_INT path );
 /** @} */
@@ -230,8 +239,8 @@ QV_API QV_BOOL qvRuntimeTryLoadModule( QV_STRING *moduleName );
 
 /** @{ */
 /** Loads several in their order and stops at the first that fails; extensions follow if none has. The names are in a
-    Vector of Strings, or in a text with one blank between them, which holds at least one. A length is in bytes; -1 means
-    that the text ends at its terminator, as a Wcstr always does. */
+    Vector of Strings, or in a text with one blank between them, which holds at least one. A length is in bytes; -1
+    means that the text ends at its terminator, as a Wcstr always does. */
 QV_API QV_BOOL qvRuntimeTryLoadModulesVector( QV_VECTOR *moduleNames );
 QV_API QV_BOOL qvRuntimeTryLoadModules( QV_STRING *qvs );
 QV_API QV_BOOL qvRuntimeTryLoadModulesCstr( const char *cstr, QV_INT length );
@@ -259,7 +268,8 @@ QV_API QV_VECTOR *qvRuntimeSnapshotObjects( void );
 /* The computer --------------------------------------------------------------------------------------------------- */
 
 /** @{ */
-/** What is known about the computer: new references, or null. */
+/** The name of the computer, its operating system and its processor, as texts for people: new references, or null where
+    nothing is known, and whether something is. */
 QV_API QV_STRING *qvRuntimeComputerName( void );
 QV_API QV_STRING *qvRuntimeOperatingSystemInfo( void );
 QV_API QV_STRING *qvRuntimeCpuInfo( void );

@@ -9,6 +9,12 @@ namespace
 QV_STRING *computerName        = nullptr;
 QV_STRING *operatingSystemInfo = nullptr;
 QV_STRING *cpuInfo             = nullptr;
+
+// One more reference to what is known, or null.
+QV_STRING *newReference( QV_STRING *information )
+{
+    return qv::Ref< QV_STRING >::share( information ).give();
+}
 } // namespace
 
 void qv___RuntimeComputerNameStartup( void )
@@ -33,17 +39,32 @@ void qv___RuntimeComputerInfoShutdown( void )
     qv::drop( operatingSystemInfo );
 }
 
-#define INFORMATION( Name, global )                                                                                    \
-    QV_STRING *qvRuntime##Name( void )                                                                                 \
-    {                                                                                                                  \
-        return qv::Ref< QV_STRING >::share( global ).give();                                                           \
-    }                                                                                                                  \
-                                                                                                                       \
-    QV_BOOL qvRuntimeHas##Name( void )                                                                                 \
-    {                                                                                                                  \
-        return global ? QV_TRUE : QV_FALSE;                                                                            \
-    }
+QV_STRING *qvRuntimeComputerName( void )
+{
+    return newReference( computerName );
+}
 
-INFORMATION( ComputerName, computerName )
-INFORMATION( OperatingSystemInfo, operatingSystemInfo )
-INFORMATION( CpuInfo, cpuInfo )
+QV_STRING *qvRuntimeOperatingSystemInfo( void )
+{
+    return newReference( operatingSystemInfo );
+}
+
+QV_STRING *qvRuntimeCpuInfo( void )
+{
+    return newReference( cpuInfo );
+}
+
+QV_BOOL qvRuntimeHasComputerName( void )
+{
+    return computerName ? QV_TRUE : QV_FALSE;
+}
+
+QV_BOOL qvRuntimeHasOperatingSystemInfo( void )
+{
+    return operatingSystemInfo ? QV_TRUE : QV_FALSE;
+}
+
+QV_BOOL qvRuntimeHasCpuInfo( void )
+{
+    return cpuInfo ? QV_TRUE : QV_FALSE;
+}

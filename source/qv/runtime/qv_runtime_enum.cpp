@@ -14,32 +14,53 @@ void qv::enterEnumerant( QV_ENUM **en, const char *enumerant, QV_INT value )
     qvEnumSetEnumerant( en, name, value );
 }
 
-void qv::enterNames(
-    std::span< const RuntimeNames > names, QV_ENUM **en, QV_DICT **toIdentifier, QV_DICT **fromIdentifier )
+void qv::RuntimeEnum::startup()
 {
-    *en             = qvEnumCreate();
-    *toIdentifier   = qvDictCreate();
-    *fromIdentifier = qvDictCreate();
+    enum_           = qvEnumCreate();
+    toIdentifier_   = qvDictCreate();
+    fromIdentifier_ = qvDictCreate();
 
-    for( size_t i = 0; i < names.size(); i++ )
+    for( size_t i = 0; i < names_.size(); i++ )
     {
         Ref< QV_BOXED_INT > value( qvBoxedIntCreate( static_cast< QV_INT >( i ) ) );
-        Ref< QV_STRING >    identifier( qvStringCreateFromCstr( names[i].identifier, -1 ) );
+        Ref< QV_STRING >    identifier( qvStringCreateFromCstr( names_[i].identifier, -1 ) );
 
-        enterEnumerant( en, names[i].enumerant, static_cast< QV_INT >( i ) );
-        qvDictSetObjKey( toIdentifier, qvBoxedIntObj( value ), qvStringObj( identifier ) );
-        qvDictSetObjKey( fromIdentifier, qvStringObj( identifier ), qvBoxedIntObj( value ) );
+        enterEnumerant( &enum_, names_[i].enumerant, static_cast< QV_INT >( i ) );
+        qvDictSetObjKey( &toIdentifier_, qvBoxedIntObj( value ), qvStringObj( identifier ) );
+        qvDictSetObjKey( &fromIdentifier_, qvStringObj( identifier ), qvBoxedIntObj( value ) );
     }
 }
 
-QV_INT qv::valueOfIdentifier( QV_DICT *fromIdentifier, QV_STRING *qvs )
+void qv::RuntimeEnum::shutdown()
 {
-    Ref< QV_BOXED_INT > value( qvBoxedIntFrom( qvDictStringKey( fromIdentifier, qvs ) ) );
+    drop( fromIdentifier_ );
+    drop( toIdentifier_ );
+    drop( enum_ );
+}
+
+QV_INT qv::RuntimeEnum::fromString( QV_STRING *qvs ) const
+{
+    return qvEnumParse( enum_, qvs );
+}
+
+QV_INT qv::RuntimeEnum::fromIdentifier( QV_STRING *qvs ) const
+{
+    Ref< QV_BOXED_INT > value( qvBoxedIntFrom( qvDictStringKey( fromIdentifier_, qvs ) ) );
 
     return value ? qvBoxedIntValue( value ) : -1;
 }
 
-QV_STRING *qv::identifierOfValue( QV_DICT *toIdentifier, QV_INT value )
+QV_STRING *qv::RuntimeEnum::toString( QV_INT value ) const
 {
-    return qvStringFrom( qvDictIntKey( toIdentifier, value ) );
+    return qvEnumGenerate( enum_, value );
+}
+
+QV_STRING *qv::RuntimeEnum::toIdentifier( QV_INT value ) const
+{
+    return qvStringFrom( qvDictIntKey( toIdentifier_, value ) );
+}
+
+QV_STRING *qv::RuntimeEnum::friendlyName( QV_INT value ) const
+{
+    return qvStringCreateFromCstr( friendlyNameCstr( value ), -1 );
 }

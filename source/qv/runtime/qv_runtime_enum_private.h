@@ -1,13 +1,15 @@
 #ifndef QV_RUNTIME_ENUM_PRIVATE_H
 #define QV_RUNTIME_ENUM_PRIVATE_H
 
-#include "qv/runtime/qv_runtime_private.h"
-#include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_types.h"
 
 #include <span>
 
 namespace qv
 {
+/** Enters one enumerant, which must be a new one. */
+void enterEnumerant( QV_ENUM **en, const char *enumerant, QV_INT value );
+
 /** What a value of an enumeration is called. The value itself is the place in a table of these. */
 struct RuntimeNames
 {
@@ -16,76 +18,40 @@ struct RuntimeNames
     const char *friendlyName;
 };
 
-/** Enters one enumerant, which must be a new one. */
-void enterEnumerant( QV_ENUM **en, const char *enumerant, QV_INT value );
-
-/** Makes the Enum and the two Dicts of a table. The caller owns them. */
-void enterNames(
-    std::span< const RuntimeNames > names, QV_ENUM **en, QV_DICT **toIdentifier, QV_DICT **fromIdentifier );
-
-/** The value of an identifier or -1; the identifier of a value, which must have one, as a new reference. */
-QV_INT     valueOfIdentifier( QV_DICT *fromIdentifier, QV_STRING *qvs );
-QV_STRING *identifierOfValue( QV_DICT *toIdentifier, QV_INT value );
-} // namespace qv
-
-/** Defines everything that an enumeration of the run time has of its names: `qvRuntime<Name>FromString` and its
-    sisters, its start-up and its shutdown. `value` is what the functions call their argument, NAMES the table. */
-#define QV___RUNTIME_ENUM( Name, NAME, value, NAMES )                                                                  \
-    QV_ENUM *qv___Runtime##Name##Enum               = nullptr;                                                         \
-    QV_DICT *qv___Runtime##Name##ToIdentifierDict   = nullptr;                                                         \
-    QV_DICT *qv___Runtime##Name##FromIdentifierDict = nullptr;                                                         \
-                                                                                                                       \
-    void qv___Runtime##Name##Startup( void )                                                                           \
-    {                                                                                                                  \
-        qv::enterNames(                                                                                                \
-            NAMES, &qv___Runtime##Name##Enum, &qv___Runtime##Name##ToIdentifierDict,                                   \
-            &qv___Runtime##Name##FromIdentifierDict );                                                                 \
-    }                                                                                                                  \
-                                                                                                                       \
-    void qv___Runtime##Name##Shutdown( void )                                                                          \
-    {                                                                                                                  \
-        qv::drop( qv___Runtime##Name##FromIdentifierDict );                                                            \
-        qv::drop( qv___Runtime##Name##ToIdentifierDict );                                                              \
-        qv::drop( qv___Runtime##Name##Enum );                                                                          \
-    }                                                                                                                  \
-                                                                                                                       \
-    QV_INT qvRuntime##Name##FromString( QV_STRING *qvs )                                                               \
-    {                                                                                                                  \
-        QV_CHECK( qvs );                                                                                               \
-        return qvEnumParse( qv___Runtime##Name##Enum, qvs );                                                           \
-    }                                                                                                                  \
-                                                                                                                       \
-    QV_STRING *qvRuntime##Name##ToString( QV_INT value )                                                               \
-    {                                                                                                                  \
-        QV___RUNTIME_ENUM_CHECK( NAME, value );                                                                        \
-        return qvEnumGenerate( qv___Runtime##Name##Enum, value );                                                      \
-    }                                                                                                                  \
-                                                                                                                       \
-    QV_INT qvRuntime##Name##FromIdentifier( QV_STRING *qvs )                                                           \
-    {                                                                                                                  \
-        QV_CHECK( qvs );                                                                                               \
-        return qv::valueOfIdentifier( qv___Runtime##Name##FromIdentifierDict, qvs );                                   \
-    }                                                                                                                  \
-                                                                                                                       \
-    QV_STRING *qvRuntime##Name##ToIdentifier( QV_INT value )                                                           \
-    {                                                                                                                  \
-        QV___RUNTIME_ENUM_CHECK( NAME, value );                                                                        \
-        return qv::identifierOfValue( qv___Runtime##Name##ToIdentifierDict, value );                                   \
-    }                                                                                                                  \
-                                                                                                                       \
-    QV_STRING *qvRuntime##Name##FriendlyName( QV_INT value )                                                           \
-    {                                                                                                                  \
-        QV___RUNTIME_ENUM_CHECK( NAME, value );                                                                        \
-        return qvStringCreateFromCstr( NAMES[value].friendlyName, -1 );                                                \
-    }                                                                                                                  \
-                                                                                                                       \
-    const char *qv___Runtime##Name##FriendlyNameCstr( QV_INT value )                                                   \
-    {                                                                                                                  \
-        QV___RUNTIME_ENUM_CHECK( NAME, value );                                                                        \
-        return NAMES[value].friendlyName;                                                                              \
+/** The names of an enumeration of the run time, which its functions look up. Static, without a constructor that runs.
+    Callers check values and arguments first. */
+class RuntimeEnum
+{
+public:
+    constexpr explicit RuntimeEnum( std::span< const RuntimeNames > names ) : names_( names )
+    {
     }
 
-#define QV___RUNTIME_ENUM_CHECK( NAME, value )                                                                         \
-    QV_CHECK_AS( QV_RUNTIME_##NAME##_OK( value ), "QV_RUNTIME_" #NAME "_OK( " #value " )" )
+    /** Make the tables that the look-ups use, and release them. */
+    void startup();
+    void shutdown();
+
+    /** A value by its enumerant or number, and by its identifier; -1 for any other text. */
+    QV_INT fromString( QV_STRING *qvs ) const;
+    QV_INT fromIdentifier( QV_STRING *qvs ) const;
+
+    /** The three names of a value: new texts. */
+    QV_STRING *toString( QV_INT value ) const;
+    QV_STRING *toIdentifier( QV_INT value ) const;
+    QV_STRING *friendlyName( QV_INT value ) const;
+
+    /** The friendly name as static text, at any time. */
+    const char *friendlyNameCstr( QV_INT value ) const
+    {
+        return names_[static_cast< size_t >( value )].friendlyName;
+    }
+
+private:
+    std::span< const RuntimeNames > names_;
+    QV_ENUM                        *enum_           = nullptr;
+    QV_DICT                        *toIdentifier_   = nullptr; // by value
+    QV_DICT                        *fromIdentifier_ = nullptr; // by identifier
+};
+} // namespace qv
 
 #endif

@@ -1,9 +1,8 @@
 #include "qv/runtime/qv_runtime.h"
 
-#include "qv/base/qv_enum.h"
-#include "qv/base/qv_string.h"
-#include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime_enum_private.h"
+#include "qv/runtime/qv_runtime_private.h"
+#include "qv/sys/qv_abort.h"
 
 namespace
 {
@@ -17,9 +16,55 @@ const qv::RuntimeNames NAMES[] = {
     { "QV_RUNTIME_HARDWARE_ARM64", "arm64", "Generic ARM (arm64)" },
     { "QV_RUNTIME_HARDWARE_MIPS", "mips", "Generic MIPS" },
 };
+
+constinit qv::RuntimeEnum hardware( NAMES );
 } // namespace
 
-QV___RUNTIME_ENUM( Hardware, HARDWARE, hw, NAMES )
+void qv___RuntimeHardwareStartup( void )
+{
+    hardware.startup();
+}
+
+void qv___RuntimeHardwareShutdown( void )
+{
+    hardware.shutdown();
+}
+
+QV_INT qvRuntimeHardwareFromString( QV_STRING *qvs )
+{
+    QV_CHECK( qvs );
+    return hardware.fromString( qvs );
+}
+
+QV_STRING *qvRuntimeHardwareToString( QV_INT hw )
+{
+    QV_CHECK( QV_RUNTIME_HARDWARE_OK( hw ) );
+    return hardware.toString( hw );
+}
+
+QV_INT qvRuntimeHardwareFromIdentifier( QV_STRING *qvs )
+{
+    QV_CHECK( qvs );
+    return hardware.fromIdentifier( qvs );
+}
+
+QV_STRING *qvRuntimeHardwareToIdentifier( QV_INT hw )
+{
+    QV_CHECK( QV_RUNTIME_HARDWARE_OK( hw ) );
+    return hardware.toIdentifier( hw );
+}
+
+QV_STRING *qvRuntimeHardwareFriendlyName( QV_INT hw )
+{
+    QV_CHECK( QV_RUNTIME_HARDWARE_OK( hw ) );
+    return hardware.friendlyName( hw );
+}
+
+const char *qv___RuntimeHardwareFriendlyNameCstr( QV_INT hw )
+{
+    QV_CHECK( QV_RUNTIME_HARDWARE_OK( hw ) );
+    return hardware.friendlyNameCstr( hw );
+}
 
 QV_INT qvRuntimeHardware( void )
 {

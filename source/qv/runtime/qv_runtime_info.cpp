@@ -10,7 +10,7 @@
 
 namespace
 {
-// Sets a value that the call takes over; null sets none.
+// Sets a value, and releases it; null sets none.
 void set( QV_STORE **store, const char *key, QV_STRING *owned )
 {
     qv::Ref< QV_STRING > value( owned );
@@ -19,7 +19,7 @@ void set( QV_STORE **store, const char *key, QV_STRING *owned )
         qvStoreSetValueCstr( store, key, -1, value );
 }
 
-// Sets the text of an object that the call takes over.
+// Sets the text of an object, and releases the object.
 void setObj( QV_STORE **store, const char *key, QV_OBJ *owned )
 {
     set( store, key, qvStringCreateFromFormatCstr( "%~o", -1, owned ) );

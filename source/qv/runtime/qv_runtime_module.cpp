@@ -20,20 +20,20 @@
 
 namespace
 {
-/* Held for a whole load or unload, while a module's own functions run and while an unload sleeps too: that is what
-   makes one wait for the other. It guards the names being loaded and the index. */
+/* Held for a whole load or unload, also while a module's own functions run and while an unload sleeps, so that loads
+   and unloads of all threads take turns. It guards the names being loaded and the index. */
 QV_MONITOR *qv___RuntimeLoadMonitor     = nullptr;
 QV_DICT    *qv___RuntimeLoadingDict     = nullptr; // names being loaded
-QV_INT      qv___RuntimeExtensionsIndex = 0;       // the modules below it have had their extensions loaded
+QV_INT      qv___RuntimeExtensionsIndex = 0;       // the extensions of the modules before it have been tried
 
-/* Both tables of the loaded modules change under both monitors and change together. So they may be read under either;
-   who loads or unloads needs the second for the change only. */
+/* Both tables of the loaded modules change together, under both monitors. So they may be read under either; a load or
+   an unload needs the second for the change only. */
 QV_MONITOR *qv___RuntimeLoadedModulesMonitor = nullptr;
 QV_DICT    *qv___RuntimeLoadedModulesDict    = nullptr; // by name
 QV_VECTOR  *qv___RuntimeLoadedModulesVector  = nullptr; // in the order of loading; the library itself first
 
-const QV_INT PAUSE           = 50;    // milliseconds between two looks at what still lives
-const QV_INT REPORT_INTERVAL = 10000; // milliseconds between two reports of it
+const QV_INT PAUSE           = 50;    // milliseconds between two checks for live objects
+const QV_INT REPORT_INTERVAL = 10000; // milliseconds between two reports of them
 
 qv::Ref< QV_MODULE > moduleAt( QV_VECTOR *modules, QV_INT idx )
 {
@@ -60,7 +60,7 @@ qv::Ref< QV_VECTOR > namesIn( const char *text )
         qvStringSplitChar( qv::Ref< QV_STRING >( qvStringCreateFromCstr( text, -1 ) ), U' ', -1 ) );
 }
 
-// Loads in the order of the names; false with the first that fails, and then the rest is not tried.
+// Loads in the order of the names. False at the first that fails; the rest is not tried then.
 QV_BOOL loadAll( QV_VECTOR *moduleNames )
 {
     for( QV_INT i = 0; i < qvVectorLength( moduleNames ); i++ )
@@ -77,7 +77,7 @@ void enter( QV_MODULE *module, QV_STRING *moduleName )
     qvVectorPush( &qv___RuntimeLoadedModulesVector, qvModuleObj( module ) );
 }
 
-// The module whose name is in the Dict of names being loaded.
+// Loads the module of a name that has been entered in the Dict of names being loaded.
 QV_BOOL loadNamed( QV_STRING *moduleName )
 {
     qv::Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( moduleName ) );
@@ -146,7 +146,7 @@ void report( QV_MODULE *module )
 
 /* Unloading ------------------------------------------------------------------------------------------------------ */
 
-// `reported` tells whether this unload has printed a report before.
+// Waits until no object of the module's sorts lives. `*reported` says whether this unload has printed a report before.
 void awaitLastObject( QV_MODULE *module, bool *reported )
 {
     QV_INT msecs = 0;
@@ -172,7 +172,7 @@ void awaitLastObject( QV_MODULE *module, bool *reported )
     }
 }
 
-// The last module of the Vector.
+// Unloads the last module of the Vector.
 void unloadLast( bool *reported )
 {
     QV_INT               idx    = qvVectorLength( qv___RuntimeLoadedModulesVector ) - 1;
@@ -254,7 +254,7 @@ QV_BOOL qv___RuntimeTryLoadModule( QV_STRING *moduleName )
     if( qvRuntimeFlags() & QV_RUNTIME_FLAG_MODULE_DEBUG )
         qvPrintFormatCstr( "[qv___RuntimeTryLoadModule()] module: %s", -1, moduleName );
 
-    // A module that depends on itself, be it through others, would be started before what it needs.
+    // A module that depends on itself, directly or through others, would be started before what it needs.
     QV_CHECK( !qvDictHasStringKey( qv___RuntimeLoadingDict, moduleName ) );
 
     qvDictSetStringKey( &qv___RuntimeLoadingDict, moduleName, qvStringObj( moduleName ) );
@@ -266,7 +266,7 @@ QV_BOOL qv___RuntimeTryLoadModule( QV_STRING *moduleName )
 
 void qv___RuntimeLoadModuleExtensions( void )
 {
-    // Each load makes the Vector longer, so that extensions of extensions have their turn too.
+    // Each load makes the Vector longer, so that extensions of extensions are tried too.
     for( ; qv___RuntimeExtensionsIndex < qvVectorLength( qv___RuntimeLoadedModulesVector );
          qv___RuntimeExtensionsIndex++ )
     {

@@ -1,9 +1,9 @@
 #include "qv/runtime/qv_runtime.h"
 
-#include "qv/base/qv_enum.h"
 #include "qv/base/qv_string.h"
-#include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime_enum_private.h"
+#include "qv/runtime/qv_runtime_private.h"
+#include "qv/sys/qv_abort.h"
 
 namespace
 {
@@ -19,6 +19,8 @@ const qv::RuntimeNames NAMES[] = {
     { "QV_RUNTIME_OS_UBUNTU_2004", "ubuntu2004", "Ubuntu 20.04" },
     { "QV_RUNTIME_OS_MACOSX", "macosx", "MacOSX" },
 };
+
+constinit qv::RuntimeEnum systems( NAMES );
 
 // What Linux systems call the hardware, by its value.
 const char *const PLATFORM_NAMES[] = { "i386", "amd64", "armhf", "armhf", "armel", "armhf", "arm64", "mips" };
@@ -37,7 +39,51 @@ const unsigned DEBIAN   = INTEL | bit( QV_RUNTIME_HARDWARE_RPI2 ) | bit( QV_RUNT
 const unsigned SUPPORTED[] = { INTEL, DEBIAN_7, DEBIAN, DEBIAN, DEBIAN, INTEL, INTEL, INTEL, INTEL, 0 };
 } // namespace
 
-QV___RUNTIME_ENUM( Os, OS, os, NAMES )
+void qv___RuntimeOsStartup( void )
+{
+    systems.startup();
+}
+
+void qv___RuntimeOsShutdown( void )
+{
+    systems.shutdown();
+}
+
+QV_INT qvRuntimeOsFromString( QV_STRING *qvs )
+{
+    QV_CHECK( qvs );
+    return systems.fromString( qvs );
+}
+
+QV_STRING *qvRuntimeOsToString( QV_INT os )
+{
+    QV_CHECK( QV_RUNTIME_OS_OK( os ) );
+    return systems.toString( os );
+}
+
+QV_INT qvRuntimeOsFromIdentifier( QV_STRING *qvs )
+{
+    QV_CHECK( qvs );
+    return systems.fromIdentifier( qvs );
+}
+
+QV_STRING *qvRuntimeOsToIdentifier( QV_INT os )
+{
+    QV_CHECK( QV_RUNTIME_OS_OK( os ) );
+    return systems.toIdentifier( os );
+}
+
+QV_STRING *qvRuntimeOsFriendlyName( QV_INT os )
+{
+    QV_CHECK( QV_RUNTIME_OS_OK( os ) );
+    return systems.friendlyName( os );
+}
+
+const char *qv___RuntimeOsFriendlyNameCstr( QV_INT os )
+{
+    QV_CHECK( QV_RUNTIME_OS_OK( os ) );
+    return systems.friendlyNameCstr( os );
+}
 
 QV_INT qvRuntimeOs( void )
 {

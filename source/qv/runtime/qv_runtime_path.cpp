@@ -1,6 +1,7 @@
 #include "qv/runtime/qv_runtime.h"
 
 #include "qv/base/qv_enum.h"
+#include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime_enum_private.h"
 #include "qv/runtime/qv_runtime_platform_private.h"

@@ -14,7 +14,8 @@ bool readAt( int file, uint64_t offset, T *value )
     return pread( file, value, sizeof( T ), static_cast< off_t >( offset ) ) == static_cast< ssize_t >( sizeof( T ) );
 }
 
-// Whether what the loader is going to map lies within the file. It looks into the rest itself.
+// Whether all that the loader is going to map lies within the file. The loader checks everything else itself, also that
+// the file is one of its format.
 bool holdsItsSegments( int file, uint64_t size )
 {
     ElfW( Ehdr ) head;

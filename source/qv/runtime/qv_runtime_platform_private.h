@@ -1,6 +1,7 @@
 #ifndef QV_RUNTIME_PLATFORM_PRIVATE_H
 #define QV_RUNTIME_PLATFORM_PRIVATE_H
 
+#include "qv/qv_tool_private.h"
 #include "qv/runtime/qv_runtime.h"
 
 #define QV___RUNTIME_PATH_COUNT ( QV_RUNTIME_PATH_DATA_TEMP + 1 )
@@ -9,21 +10,16 @@
 extern "C" QV_STRING *qv___RuntimePlatformPaths[QV___RUNTIME_PATH_COUNT];
 
 /** The path in the environment variable whose name is `variable` in upper case, with a solidus at its end: a new
-    String, or null. */
+    String, or null if there is no such variable. */
 QV_API QV_STRING *qv___RuntimePlatformUnixPathFromEnvironment( QV_STRING *variable );
 
-/** Makes each directory of a path that is missing. What cannot be made is left out without a word. */
+/** Makes each directory of a path that is missing. What cannot be made is left out without a report. */
 QV_API void qv___RuntimePlatformUnixSetupPath( QV_STRING *path );
-
-/** Opens the file of a module and gives the module, a new reference, or null: the file is missing or is none, is built
-    for another product, or holds another module. A file that was opened and refused is closed again; that of a module
-    that was given stays open for the life of the process. */
-QV_API QV_MODULE *qv___RuntimePlatformLoadModule( QV_STRING *moduleName );
 
 namespace qv
 {
-/** False for a file that the system's loader would stumble over instead of refusing it: a shared object that is cut off,
-    as by a copy under way, ends the process, and a pipe makes it wait. */
+/** False for a file that the system's loader would not refuse, but fail with: a shared object that is cut off, as by an
+    unfinished copy, would end the process by a signal, and a pipe would make it wait. */
 bool isFitToLoad( const char *path );
 } // namespace qv
 

@@ -23,7 +23,7 @@ QV_STRING *qv___RuntimePlatformPaths[QV___RUNTIME_PATH_COUNT] = {};
 
 namespace
 {
-/** Where a path lies: what its variable says, else a place of its own or one below the data path. */
+/** How a path is found: by its environment variable, else a fixed place or one below the data path. */
 struct PathRule
 {
     const char *variable;
@@ -43,7 +43,7 @@ const PathRule RULES[QV___RUNTIME_PATH_COUNT] = {
 
 const QV_INT COMPUTER_NAME_SIZE = 256;
 
-// What stands in front of the processor's name in its line.
+// What comes before the processor's name in its line.
 const char   MODEL_NAME[]      = "model name";
 const QV_INT MODEL_NAME_LENGTH = 18;
 
@@ -79,7 +79,7 @@ QV_STRING *defaultPath( const PathRule &rule )
     return path.give();
 }
 
-// The line about the first processor, without what stands in front of its name; null if there is none.
+// The name of the first processor, from its line; null if there is none.
 QV_STRING *cpuModel()
 {
     qv::Ref< QV_STRING >      fn( qvStringCreateFromCstr( "/proc/cpuinfo", -1 ) );
@@ -104,7 +104,7 @@ QV_STRING *cpuModel()
     }
 }
 
-// Tells why a file is not loaded, in a run that asks for it.
+// Prints why a file is not loaded, in a run with the flag for that.
 void refuse( const char *reason )
 {
     if( qvRuntimeFlags() & QV_RUNTIME_FLAG_MODULE_DEBUG )
@@ -219,7 +219,7 @@ QV_MODULE *qv___RuntimePlatformLoadModule( QV_STRING *moduleName )
     bool                 implicit = qvRuntimeFlags() & QV_RUNTIME_FLAG_IMPLICIT_MODULE_PATH;
     qv::Ref< QV_STRING > path( implicit ? qvStringCreate() : qvRuntimePath( QV_RUNTIME_PATH_BIN ) );
 
-    // A run without paths has no modules.
+    // A run without a path for modules has none.
     if( !path )
         return nullptr;
 

@@ -6,14 +6,14 @@
 /** The names of the runtime flags. */
 QV_API QV_FLAGSET *qv___RuntimeFlagsFlagset;
 
-/** The product's texts as they stand in the module record, usable at any time. */
+/** The product's texts from the module record, usable at any time. */
 QV_API const char *qv___RuntimeVersionProductNameCstr( void );
 QV_API const char *qv___RuntimeVersionProductFriendlyNameCstr( void );
 QV_API const char *qv___RuntimeVersionProductVendorNameCstr( void );
 QV_API const char *qv___RuntimeVersionProductCopyrightCstr( void );
 QV_API const char *qv___RuntimeVersionProductBuildTimeCstr( void );
 
-/** The application's texts as the start was given them, or null. */
+/** The application's texts that the library was started with, or null. */
 QV_API const char *qv___RuntimeVersionApplicationIdentifierCstr( void );
 QV_API const char *qv___RuntimeVersionApplicationFriendlyNameCstr( void );
 QV_API const char *qv___RuntimeVersionApplicationVersionCstr( void );

@@ -57,7 +57,7 @@ void qv::printSurvivors( QV_INT flags )
 
         for( QV_SORT *sort = first; sort; sort = sort->sortsNext )
         {
-            // The sort's own count includes what has been created since.
+            // The sort's own count includes the objects of the run that prints.
             QV_INT count = 0;
 
             for( QV_OBJ *obj = sort->odbFirst; obj; obj = obj->odbNext )

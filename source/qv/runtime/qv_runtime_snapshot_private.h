@@ -3,7 +3,7 @@
 
 #include "qv/sys/qv_types.h"
 
-/** Prints what a report of live objects begins with: a line of dashes, and the product and its surroundings. */
+/** Prints the head of a report of live objects: a line of dashes, the product, the system and the build. */
 QV_API void qv___RuntimeSnapshotHeader( void );
 
 /** The flags that ask for a report. */
@@ -22,8 +22,8 @@ void printSnapshotSort( QV_SORT *sort, QV_INT width, QV_INT objects );
 /** Prints what `flags` ask for about an object: its line, with its text or without, and the lines of its log. */
 void printSnapshotObject( QV_OBJ *object, QV_INT retainCount, QV_INT flags );
 
-/** Prints the report of the objects that have outlived a run with these flags. For the end of the run, when the
-    components have been started once more, without the object database: its lists stand as the run left them. */
+/** Prints the report of the objects that have outlived a run with these flags. Called at the end of the run, when the
+    components have been started once more, without the object database, so that its lists are those of the run. */
 void printSurvivors( QV_INT flags );
 } // namespace qv
 

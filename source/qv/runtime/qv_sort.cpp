@@ -9,7 +9,7 @@
 
 namespace
 {
-QV_INT sortCompare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareSorts( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
@@ -35,7 +35,7 @@ QV_STRING *sortToString( QV_OBJ *thisObj )
 }
 } // namespace
 
-QV___FAMILY( Sort, QV_SORT, nullptr, sortCompare, sortToString )
+QV___FAMILY( Sort, QV_SORT, nullptr, compareSorts, sortToString )
 
 QV_MODULE *qvSortModule( QV_SORT *sort )
 {

@@ -10,12 +10,12 @@
 QV_FAMILY( Sort, QV_SORT )
 
 /** @{ */
-/** The module that defines the sort, borrowed, or null. */
+/** The module that the sort belongs to, borrowed, or null, and whether there is one. */
 QV_API QV_MODULE *qvSortModule( QV_SORT *sort );
 QV_API QV_BOOL    qvSortHasModule( QV_SORT *sort );
 /** @} */
 
-/** A new text of the sort's name, as `QV_STRING`. */
+/** The sort's name, as `QV_STRING`: a new text. */
 QV_API QV_STRING *qvSortName( QV_SORT *sort );
 
 /** How many objects of the sort live now. */
@@ -23,8 +23,8 @@ QV_API QV_INT qvSortObjects( QV_SORT *sort );
 
 /** The objects of the sort that live now, oldest first, as a new Vector, which holds a reference to each. Null when the
     run keeps no lists of objects (#QV_RUNTIME_FLAG_OBJECT_DATABASE). Other threads may create and release objects
-    meanwhile. What they have not finished creating may be among the objects, and what they are changing they may change
-    in place still: objects that others work with are for counting, not for looking into. */
+    meanwhile: some of the objects may not be complete yet, and others may change while the Vector holds them. So the
+    contents of objects that other threads work with must not be read. Costs a constant time for each object. */
 QV_API QV_VECTOR *qvSortSnapshot( QV_SORT *sort );
 
 #endif

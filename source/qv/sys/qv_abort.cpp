@@ -1,21 +1,14 @@
 #include "qv/sys/qv_abort.h"
 
-#include "qv/base/qv_random.h"
-#include "qv/base/qv_string.h"
-#include "qv/runtime/qv_module_private.h"
-#include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort_private.h"
-#include "qv/sys/qv_mem.h"
-
-#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
 
-// The report runs in whatever state the failure left, a damaged heap included: descriptors and static text, no lock, no
-// object, no memory.
+// The report is written in whatever state the failure left, a damaged heap included: descriptors and static text, no
+// lock, no object, no memory.
 
 char *qv___AbortFilename = nullptr;
 
@@ -32,11 +25,11 @@ void writeProduct( AbortOutput *output )
     output->row( "    Name      : ", qv___RuntimeVersionProductNameCstr() );
     output->row( "    Friendly  : ", qv___RuntimeVersionProductFriendlyNameCstr() );
     output->text( "    Version   : " );
-    output->integer( static_cast< int >( qv___module_record.productVersionMajor ) );
+    output->integer( static_cast< int >( qvRuntimeVersionProductVersionMajor() ) );
     output->text( "." );
-    output->integer( static_cast< int >( qv___module_record.productVersionMinor ) );
+    output->integer( static_cast< int >( qvRuntimeVersionProductVersionMinor() ) );
     output->text( "." );
-    output->integer( static_cast< int >( qv___module_record.productVersionRelease ) );
+    output->integer( static_cast< int >( qvRuntimeVersionProductVersionRelease() ) );
     output->row( "\n    OS        : ", qv___RuntimeOsFriendlyNameCstr( qvRuntimeOs() ) );
     output->row( "    Hardware  : ", qv___RuntimeHardwareFriendlyNameCstr( qvRuntimeHardware() ) );
     output->row( "    Variant   : ", qv___RuntimeVariantFriendlyNameCstr( qvRuntimeVariant() ) );
@@ -140,7 +133,7 @@ void writeStack( AbortOutput *output, void *const *frames, int count )
     }
 }
 
-// The steps of a report. Each may be left in the middle.
+// The steps of a report. Each may be left at any point.
 
 void *reportFrames[qv::ABORT_FRAMES];
 int   reportFrameCount = 0;
@@ -189,66 +182,12 @@ void writeEndToErrors( void * )
     output.text( "\n\n\n" );
 }
 
-// Milliseconds that a step may take. Streams may be locked, or full and without a reader: what they hold is less than
-// the report. A terminal that stands still may go on.
+// Milliseconds that a step may take. Streams may be locked, or full and without a reader: their contents are worth less
+// than the report. A terminal that is paused may be resumed.
 const int FLUSH_TIME = 250;
 const int STACK_TIME = 1000;
 const int WRITE_TIME = 10000;
-
-void setAction( int signum, void ( *action )( int, siginfo_t *, void * ) )
-{
-    struct sigaction sigact = {};
-    sigemptyset( &sigact.sa_mask );
-
-    if( action )
-    {
-        sigact.sa_sigaction = action;
-        sigact.sa_flags     = SA_SIGINFO | SA_ONSTACK;
-    }
-    else
-    {
-        sigact.sa_handler = SIG_DFL;
-    }
-
-    QV_CHECK( 0 == sigaction( signum, &sigact, NULL ) );
-}
-
-// The report of this process gets a name of its own, once, while there is everything to make it with.
-void setFilename()
-{
-    qv::Ref< QV_STRING > qvs( qvRuntimePath( QV_RUNTIME_PATH_DATA_ABORT ) );
-
-    if( !qvs )
-        return;
-
-    QV_CHECK_AS( qvStringEndsWithChar( qvs, U'/' ), "qvStringEndsWithChar( qvs, QV_CHAR_SOLIDUS )" );
-    qvStringAppendFormatCstr(
-        qvs.at(), "%~s-%~s-%~s-%~s-%0!16i.txt", -1, qvRuntimeVersionProductName(), qvRuntimeVersionProductVersion(),
-        qvRuntimeOsToIdentifier( qvRuntimeOs() ), qvRuntimeHardwareToIdentifier( qvRuntimeHardware() ),
-        qvRandomNonNegativeInt() );
-    qv___AbortFilename = qvStringConvertToCstr( qvs, QV_TRUE, nullptr );
-}
 } // namespace
-
-void qv___AbortStartup( void )
-{
-    setFilename();
-
-    if( qvRuntimeFlags() & QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS )
-        return;
-
-    for( int signum : qv::FATAL_SIGNALS )
-        setAction( signum, qv___AbortSignalAction );
-}
-
-void qv___AbortShutdown( void )
-{
-    for( int signum : qv::FATAL_SIGNALS )
-        setAction( signum, nullptr );
-
-    // Another thread that fails just now has a file or none, but never a name that is gone.
-    qvMemFree( std::exchange( qv___AbortFilename, nullptr ) );
-}
 
 void qv___Abort( const char *message, const char *file, QV_INT line, const char *expression )
 {
@@ -262,7 +201,7 @@ void qv___DoAbort(
 
     Failure failure = { message, file, line, expression, siginfo };
 
-    // What the program has printed so far comes before the report, if that can be.
+    // What the program has printed so far comes before the report, if possible.
     qv::attempt( FLUSH_TIME, flushStream, stdout );
     qv::attempt( FLUSH_TIME, flushStream, stderr );
 

@@ -19,6 +19,8 @@
 QV_API void qv___Abort( const char *message, const char *file, QV_INT line, const char *expression )
     __attribute__( ( noreturn, cold ) );
 
+/** The source that a report names. The build of the library defines it: the path below the source folder, without its
+    ending; parts of a family name the family's. */
 #ifndef QV___SOURCE
 #define QV___SOURCE __FILE__
 #endif

@@ -21,7 +21,7 @@ const SignalText SIGNAL_TEXTS[] = {
     { SIGSEGV, " (SIGSEGV, invalid memory reference)" },
 };
 
-// The kernel's numbers, since the C library's headers do not know all of them everywhere.
+// The kernel's numbers, since the headers of the C library do not define all of them everywhere.
 const CodeText CODE_TEXTS[] = {
     { 0, 0, " (SI_USER, kill, sigsend, raise)" },
     { 0, 128, " (SI_KERNEL, kernel from somewhere)" },

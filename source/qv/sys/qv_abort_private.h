@@ -10,19 +10,19 @@
     no file. */
 QV_API char *qv___AbortFilename;
 
-/** Writes the report to the standard error stream and the report file and ends the process. `siginfo` is that of
-    the signal that led here, or null. Of several threads one writes, and the others wait for the end. Allocates nothing
-    and waits for nothing for long: what the failure keeps from being written is left out. */
+/** Writes the report to the standard error stream and the report file and ends the process. `siginfo` is that of the
+    signal that led here, or null. Of several threads one writes, and the others wait for the end. Allocates nothing,
+    and takes a limited time: a part that cannot be written because of the failure is left out. */
 QV_API void qv___DoAbort(
     const char *message, const char *file, QV_INT line, const char *expression, const siginfo_t *siginfo )
     __attribute__( ( noreturn, cold ) );
 
-/** Writes the report without its stack to a stream. */
+/** Writes the report without its stack to a stream. Returns. */
 QV_API void qv___DoAbortMessage(
     FILE *stream, const char *message, const char *file, QV_INT line, const char *expression,
     const siginfo_t *siginfo );
 
-/** Writes the stack of the calling thread. */
+/** Writes the stack of the calling thread to a stream. Returns. */
 QV_API void qv___DoAbortBacktrace( FILE *stream );
 
 /** The handler of the fatal signals. */
@@ -30,7 +30,7 @@ QV_API void qv___AbortSignalAction( int signal, siginfo_t *siginfo, void *contex
 
 namespace qv
 {
-/** What a signal and its code mean, with a leading blank, or the empty text. */
+/** What a signal and its code mean, as static text with a leading blank; the empty text for unknown ones. */
 const char *signalText( int signal );
 const char *signalCodeText( int signal, int code );
 
@@ -42,7 +42,7 @@ const int ABORT_FRAMES = 4000;
 
 /* Writing -------------------------------------------------------------------------------------------------------- */
 
-/** Takes text to a stream or, without the C library's streams, to a descriptor. Nothing is allocated. What cannot be
+/** Writes text to a stream or, without the C library's streams, to a descriptor. Allocates nothing. What cannot be
     written is lost. */
 class AbortOutput
 {
@@ -79,8 +79,8 @@ private:
     char   buffer_[512];
 };
 
-/** Stores the return addresses of the calling thread's stack, the caller's frame first, and counts them meanwhile: what
-    has been found counts when the walk fails on a damaged stack. */
+/** Stores the return addresses of the calling thread's stack, the caller's frame first. `*length` is their number at
+    any time, so that those that were found before a failure on a damaged stack can be used. */
 void abortFrames( void **frames, int size, int *length );
 
 /** Writes one line about an address, as `backtrace_symbols` words it. */
@@ -88,12 +88,12 @@ void writeFrame( AbortOutput *output, void *address );
 
 /* Failing -------------------------------------------------------------------------------------------------------- */
 
-/** Called first by whoever fails; comes back once, in the thread that writes the report. From then on another fatal
-    signal of this thread ends what it does, and other threads wait when they fail. */
+/** Called first by every thread that fails; returns once, in the thread that writes the report. From then on a further
+    fatal signal of this thread ends the attempt() that it is in, and other threads that fail wait for the end. */
 void enterAbort();
 
-/** Calls `function` in the thread that writes the report, and leaves it where it stands when it fails or takes longer
-    than that; then gives false. So it owns nothing that matters later. */
+/** Calls `function` in the thread that writes the report. If it fails or takes longer than `milliseconds` it is left by
+    a jump, and the result is false. So it must not own anything that is needed later. */
 bool attempt( int milliseconds, void ( *function )( void *context ), void *context );
 
 /** Ends the process by SIGABRT. */
@@ -108,14 +108,14 @@ struct SignalStack
     void   *room; // null: none has been set
 };
 
-/** Gives the calling thread one, in a run with handlers of fatal signals and unless the thread has a larger one. Costs
-    one system call if another thread has had it before. */
+/** Sets an alternative stack for the calling thread, in a run with handlers of fatal signals and unless the thread has
+    a larger one. Costs one system call if it was another thread's before. */
 void beginSignalStack( SignalStack *stack );
 
-/** Takes it away from the thread, which gets the previous one back. */
+/** Sets the previous one again. Called by the same thread. */
 void endSignalStack( SignalStack *stack );
 
-/** Frees those that no thread has now. */
+/** Frees those that no thread has set. */
 void freeSignalStacks();
 } // namespace qv
 

@@ -145,7 +145,7 @@ _Unwind_Reason_Code addFrame( _Unwind_Context *context, void *frames )
 }
 } // namespace
 
-// The unwinder is linked in. That of backtrace() is loaded by its first call, with memory from a heap that may be
+// With the unwinder that is linked in: backtrace() loads its own at the first call, with memory of a heap that may be
 // damaged.
 __attribute__( ( noinline ) ) void qv::abortFrames( void **frames, int size, int *length )
 {
@@ -153,7 +153,7 @@ __attribute__( ( noinline ) ) void qv::abortFrames( void **frames, int size, int
     *length    = 0;
     _Unwind_Backtrace( addFrame, &all );
 
-    // Below the first function some threads have a frame without an address.
+    // The outermost frame of some threads has no address.
     if( *length > 1 && !frames[*length - 1] )
         ( *length )--;
 }
@@ -166,7 +166,7 @@ void qv::writeFrame( AbortOutput *output, void *address )
     if( dladdr1( address, &info, reinterpret_cast< void ** >( &map ), RTLD_DL_LINKMAP ) && info.dli_fname
         && info.dli_fname[0] )
     {
-        // Without a symbol it is told relative to the file.
+        // Without a symbol the address is relative to the file.
         uintptr_t base = info.dli_sname ? reinterpret_cast< uintptr_t >( info.dli_saddr ) : map ? map->l_addr : 0;
         uintptr_t at   = reinterpret_cast< uintptr_t >( address );
 
@@ -196,7 +196,7 @@ namespace
 {
 int32_t reporter = 0; // atomic; the system's number of the thread that writes the report, or 0
 
-// Where an attempt ends that does not come to its own end. Touched by the reporter alone.
+// Where an attempt continues that fails or takes too long. Used by the reporter only.
 sigjmp_buf            escape;
 volatile sig_atomic_t isAttempt = 0;
 
@@ -229,7 +229,8 @@ void setMask( int how, int signal )
     pthread_sigmask( how, &set, nullptr );
 }
 
-// The reporter fails again; another thread fails too and waits for the end, so that there is one report.
+// The handler of fatal signals during a report: the reporter has failed again and leaves its attempt; another thread
+// waits for the end, so that there is one report.
 void failAgain( int )
 {
     while( qv___AtomicLoad32( &reporter ) != thisThread() )
@@ -241,7 +242,7 @@ void failAgain( int )
     qv::endAbort();
 }
 
-// The system gives the timer's signal to any thread.
+// The handler of the timer's signal, which the system sends to any thread.
 void timeIsUp( int )
 {
     int32_t thread = qv___AtomicLoad32( &reporter );
@@ -267,8 +268,7 @@ void qv::enterAbort()
     setAction( SIGALRM, timeIsUp );
     setMask( SIG_UNBLOCK, SIGALRM );
 
-    // A reader of the error stream who is gone does not keep the file from being written, nor a file that may not grow
-    // the error stream.
+    // Neither a closed error stream nor a file that may not grow ends the process before the rest is written.
     setMask( SIG_BLOCK, SIGPIPE );
     setMask( SIG_BLOCK, SIGXFSZ );
 }
@@ -292,7 +292,7 @@ bool qv::attempt( int milliseconds, void ( *function )( void *context ), void *c
     return isDone;
 }
 
-// Not by abort() alone: another thread that waits above may have come from there and hold its lock.
+// Not by abort() alone: another thread, which waits in failAgain(), may have called it and hold its lock.
 void qv::endAbort()
 {
     setAction( SIGABRT, SIG_DFL );
@@ -307,8 +307,8 @@ namespace
 {
 const size_t STACK_SIZE = 64 << 10;
 
-// Pages of its own, which the system fills when they are needed; a damaged heap does not touch them. Those that threads
-// have had wait here for others.
+// Memory for one alternative stack, in pages of its own, so that a damaged heap does not matter. What a thread has
+// given back is kept for other threads.
 struct Room
 {
     Room *next;
@@ -341,7 +341,7 @@ void giveRoom( void *memory )
 }
 } // namespace
 
-// Without a stack, for which there may be no memory, a full one ends the process without a report.
+// If there is no memory for it, a stack overflow ends the process without a report.
 void qv::beginSignalStack( SignalStack *stack )
 {
     stack->room = nullptr;

@@ -1,8 +1,8 @@
 /** @file
-    Assertions and free memory that is watched: what shows a fault of the library itself.
+    Assertions and marks on free memory, which show faults of the library itself.
 
-    Both exist in builds with assertions (the presets debug, asan, tsan and fuzz) and cost nothing in others. They look
-    at what the library claims of itself; what a caller may break is a QV_CHECK() in every build. Structures are the same
+    Both exist in builds with assertions (the presets debug, asan, tsan and fuzz) and cost nothing in others. They check
+    what the library itself guarantees; what a caller may break is a QV_CHECK() in every build. Structures are the same
     in all builds. */
 
 #ifndef QV_ASSERT_PRIVATE_H
@@ -33,7 +33,8 @@
 #include <sanitizer/asan_interface.h>
 #endif
 
-/** Ends the process in builds with assertions unless `expression` holds. Elsewhere it is compiled, but not evaluated. */
+/** Ends the process in builds with assertions unless `expression` holds. Elsewhere it is compiled, but
+    not evaluated. */
 #if QV___ASSERTIONS
 #define QV_ASSERT( expression ) QV_CHECK( expression )
 #else

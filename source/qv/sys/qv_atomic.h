@@ -1,9 +1,9 @@
 /** @file
-    The only way to plain integers and pointers that several threads touch.
+    The only access to plain integers and pointers that several threads share.
 
     What reads and writes in one step (add, compare and exchange) is sequentially consistent and orders all memory on
     both sides. Where the processor's locked instruction does that by itself no fence is emitted; elsewhere one stands
-    before and one behind. A read takes part in the same order and comes before all that follows it; plain writes that
+    before and one after it. A read takes part in the same order and comes before all that follows it; plain writes that
     precede it may still become visible later. A write takes part in that order and comes after all that precedes it;
     its release form does the latter only. C11 and C++20. */
 
@@ -12,13 +12,14 @@
 
 #include <stdint.h>
 
+/** A full fence where the processor's atomic instructions are none by themselves. */
 #if defined( __x86_64__ ) || defined( __i386__ )
 #define QV___ATOMIC_FENCE() ( (void)0 )
 #else
 #define QV___ATOMIC_FENCE() __atomic_thread_fence( __ATOMIC_SEQ_CST )
 #endif
 
-/** Adds `amount`; gives the new value. A result that does not fit wraps around. */
+/** Adds `amount` and returns the new value. A result that does not fit wraps around. */
 static inline int32_t qv___AtomicAdd32( int32_t *value, int32_t amount )
 {
     QV___ATOMIC_FENCE();
@@ -27,7 +28,7 @@ static inline int32_t qv___AtomicAdd32( int32_t *value, int32_t amount )
     return result;
 }
 
-/** Replaces `expected` by `desired`; gives the value that was found. */
+/** Replaces `expected` by `desired`, and anything else by nothing. Returns the value that was found. */
 static inline int32_t qv___AtomicCompareExchange32( int32_t *value, int32_t expected, int32_t desired )
 {
     QV___ATOMIC_FENCE();
@@ -45,6 +46,7 @@ static inline int64_t qv___AtomicCompareExchange64( int64_t *value, int64_t expe
     return expected;
 }
 
+/** @{ */
 /** Reads. No locked instruction on any machine. */
 static inline int32_t qv___AtomicLoad32( const int32_t *value )
 {
@@ -57,7 +59,9 @@ static inline int64_t qv___AtomicLoad64( const int64_t *value )
     QV___ATOMIC_FENCE();
     return __atomic_load_n( value, __ATOMIC_SEQ_CST );
 }
+/** @} */
 
+/** @{ */
 /** Writes. The release form needs no locked instruction: a thread that reads the value sees what was written before it,
     but the writing thread's next read may come from before the write. */
 static inline void qv___AtomicStore32( int32_t *value, int32_t newValue )
@@ -76,5 +80,6 @@ static inline void qv___AtomicStore64( int64_t *value, int64_t newValue )
     __atomic_store_n( value, newValue, __ATOMIC_SEQ_CST );
     QV___ATOMIC_FENCE();
 }
+/** @} */
 
 #endif

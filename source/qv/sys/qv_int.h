@@ -9,6 +9,8 @@
 
 #include "qv/sys/qv_types.h"
 
+/** @{ */
+/** The functions of QV_INT_ADD_OK() and the macros that follow it. */
 static inline QV_BOOL qv___IntAddOk( QV_INT a, QV_INT b )
 {
     QV_INT result;
@@ -26,12 +28,16 @@ static inline QV_BOOL qv___IntMulOk( QV_INT a, QV_INT b )
     QV_INT result;
     return __builtin_mul_overflow( a, b, &result ) ? QV_FALSE : QV_TRUE;
 }
+/** @} */
 
-/** The tests of qvIntAddOk() and its sisters, inline. */
+/** @{ */
+/** The same as qvIntAddOk(), qvIntSubOk(), qvIntMulOk() and qvIntDivOk(), inline. The last evaluates its arguments more
+    than once and is a truth value of C. */
 #define QV_INT_ADD_OK( a, b ) qv___IntAddOk( a, b )
 #define QV_INT_SUB_OK( a, b ) qv___IntSubOk( a, b )
 #define QV_INT_MUL_OK( a, b ) qv___IntMulOk( a, b )
 #define QV_INT_DIV_OK( a, b ) ( ( b ) != 0 && !( ( a ) == QV_INT_MIN && ( b ) == -1 ) )
+/** @} */
 
 /** Exchanges `*a` and `*b` if `*a` is greater. Null ends the process. */
 QV_API void qvIntSortPair( QV_INT *a, QV_INT *b );
@@ -40,12 +46,12 @@ QV_API void qvIntSortPair( QV_INT *a, QV_INT *b );
 QV_API void qvIntExchange( QV_INT *a, QV_INT *b );
 
 /** @{ */
-/** The smaller and the greater one. */
+/** The smaller of two integers, and the greater. */
 QV_API QV_INT qvIntMin( QV_INT a, QV_INT b );
 QV_API QV_INT qvIntMax( QV_INT a, QV_INT b );
 /** @} */
 
-/** `value`, or the bound that it lies beyond. The bounds may come in either order. */
+/** `value` if it lies between the bounds, else the bound that is nearer to it. The bounds may come in either order. */
 QV_API QV_INT qvIntConstrain( QV_INT value, QV_INT a, QV_INT b );
 
 /** The middle of two integers, without overflow: of two that are not negative rounded down, else towards the
@@ -53,7 +59,7 @@ QV_API QV_INT qvIntConstrain( QV_INT value, QV_INT a, QV_INT b );
 QV_API QV_INT qvIntMid( QV_INT a, QV_INT b );
 
 /** @{ */
-/** True if the operation stays in range; division also needs a divisor other than 0. */
+/** True if the result of the operation is a QV_INT. Division also needs a divisor other than 0. */
 QV_API QV_BOOL qvIntAddOk( QV_INT a, QV_INT b );
 QV_API QV_BOOL qvIntSubOk( QV_INT a, QV_INT b );
 QV_API QV_BOOL qvIntMulOk( QV_INT a, QV_INT b );
@@ -61,8 +67,8 @@ QV_API QV_BOOL qvIntDivOk( QV_INT a, QV_INT b );
 /** @} */
 
 /** @{ */
-/** The result, or the bound of the range in the direction of the overflow. Division truncates; by 0 it ends the
-    process. */
+/** The result; QV_INT_MAX where it would be greater, and QV_INT_MIN where it would be smaller. Division truncates; a
+    divisor of 0 ends the process. */
 QV_API QV_INT qvIntAddSaturating( QV_INT a, QV_INT b );
 QV_API QV_INT qvIntSubSaturating( QV_INT a, QV_INT b );
 QV_API QV_INT qvIntMulSaturating( QV_INT a, QV_INT b );
@@ -76,21 +82,22 @@ QV_API QV_INT qvIntAbsSaturating( QV_INT value );
 /** @} */
 
 /** @{ */
-/** Tests, sets or clears one bit. A bit outside 0 to 63 ends the process. */
+/** Whether a bit is set; `value` with it set, and with it cleared. A bit outside 0 to 63 ends the process. */
 QV_API QV_BOOL qvIntBitIsSet( QV_INT value, QV_INT bit );
 QV_API QV_INT  qvIntBitSet( QV_INT value, QV_INT bit );
 QV_API QV_INT  qvIntBitClear( QV_INT value, QV_INT bit );
 /** @} */
 
 /** @{ */
-/** Sets or clears the bits from `a` to `b`, both included; they may come in either order. A bit outside 0 to 63
-    ends the process. */
+/** `value` with the bits from `a` to `b` set, or cleared. Both are included and may come in either order. A bit outside
+    0 to 63 ends the process. */
 QV_API QV_INT qvIntBitSetRange( QV_INT value, QV_INT a, QV_INT b );
 QV_API QV_INT qvIntBitClearRange( QV_INT value, QV_INT a, QV_INT b );
 /** @} */
 
 /** @{ */
-/** Sets or clears so many of the topmost or of the lowest bits. A number outside 0 to 64 ends the process. */
+/** `value` with so many of its highest or of its lowest bits set, or cleared. A number outside 0 to 64 ends the
+    process. */
 QV_API QV_INT qvIntBitSetHighest( QV_INT value, QV_INT highest );
 QV_API QV_INT qvIntBitClearHighest( QV_INT value, QV_INT highest );
 QV_API QV_INT qvIntBitSetLowest( QV_INT value, QV_INT lowest );
@@ -98,7 +105,7 @@ QV_API QV_INT qvIntBitClearLowest( QV_INT value, QV_INT lowest );
 /** @} */
 
 /** @{ */
-/** Index of the highest or lowest bit that is set, or -1. */
+/** The highest bit that is set, and the lowest; -1 if there is none. */
 QV_API QV_INT qvIntBitHighest( QV_INT value );
 QV_API QV_INT qvIntBitLowest( QV_INT value );
 /** @} */

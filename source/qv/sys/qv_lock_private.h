@@ -3,15 +3,18 @@
 
 #include "qv/sys/qv_types.h"
 
-/** A plain mutex for the layers below the monitor. Not recursive: a thread that acquires it twice blocks for ever,
-    so nothing that could come back may be called with it held. A null lock and a failing platform call end the
+/** A plain mutex for what lies below monitors. Not recursive: a thread that acquires it twice blocks for ever, so code
+    that holds it must not call anything that may acquire it. A null lock and a failing platform call end the
     process. */
 typedef struct QV___LOCK QV___LOCK;
 
+/** A new lock, which the caller destroys when no thread holds it or waits for it. */
 QV_API QV___LOCK *qv___LockCreate( void );
 QV_API void       qv___LockDestroy( QV___LOCK *lock );
-QV_API void       qv___LockAcquire( QV___LOCK *lock );
-QV_API void       qv___LockRelease( QV___LOCK *lock );
+
+/** Acquires the lock, after waiting for other threads, and releases it, in the same thread. */
+QV_API void qv___LockAcquire( QV___LOCK *lock );
+QV_API void qv___LockRelease( QV___LOCK *lock );
 
 #ifdef __cplusplus
 namespace qv

@@ -3,10 +3,10 @@
 
 #include "qv/sys/qv_types.h"
 
-/** True when a size fits the platform's size type. Refuses only negative sizes where that has 64 bits. */
+/** True for a size that fits the platform's size type: where that has 64 bits, for all but negative ones. */
 #define QV_INT_TO_SIZET_CONV_OK( size ) ( ( size ) >= 0 && (uint64_t)( size ) <= SIZE_MAX )
 
-/** True: new blocks are filled with bytes 0xFF. */
+/** Whether new blocks are filled with bytes 0xFF. Set by the start of the run. */
 extern "C" QV_BOOL qv___MemDebug;
 
 #endif

@@ -25,7 +25,7 @@ QV_API QV_INT qvRealCompare( QV_REAL a, QV_REAL b );
 /** Rounds towards zero. */
 QV_API QV_REAL qvRealTrunc( QV_REAL x );
 
-/** Rounds towards zero and saturates. What NaN gives is of no meaning. */
+/** Rounds towards zero and saturates. The result for NaN is unspecified. */
 QV_API QV_INT qvRealToInt( QV_REAL x );
 
 /** @{ */

@@ -18,7 +18,7 @@
 
 /* The interface -------------------------------------------------------------------------------------------------- */
 
-/** Stands before the declaration of everything that the library exports. */
+/** Marks the declaration of everything that the library exports, with C linkage. */
 #ifdef __cplusplus
 #define QV_API extern "C" __attribute__( ( visibility( "default" ) ) )
 #else
@@ -30,21 +30,21 @@
 /** All sizes, counts, indexes, flag words and timestamps. */
 typedef int64_t QV_INT;
 
-#define QV_INT_MIN  INT64_MIN
-#define QV_INT_MAX  INT64_MAX
-#define QV_INT_BITS 64
+#define QV_INT_MIN  INT64_MIN /**< the smallest QV_INT */
+#define QV_INT_MAX  INT64_MAX /**< the greatest QV_INT */
+#define QV_INT_BITS 64        /**< bits of a QV_INT */
 
 /** A code point. `U"text"` is an array of them. */
 typedef char32_t QV_CHAR;
 
-/** True for a code point, surrogates included: below 0x110000. */
+/** True for a code point, surrogates included: below 0x110000. Evaluates its argument once. */
 #define QV_CHAR_OK( ch ) ( (uint32_t)( ch ) < 0x110000u )
 
 /** A truth value: always QV_TRUE or QV_FALSE. */
 typedef int QV_BOOL;
 
-#define QV_FALSE 0
-#define QV_TRUE  1
+#define QV_FALSE 0 /**< the truth value of what does not hold */
+#define QV_TRUE  1 /**< the truth value of what holds */
 
 /** An IEEE 754 double. */
 typedef double QV_REAL;
@@ -60,55 +60,55 @@ typedef struct QV_SORT QV_SORT;
 /** A module: the library itself, or a shared object that it has loaded. */
 typedef struct QV_MODULE QV_MODULE;
 
-typedef struct QV_ALERT              QV_ALERT;
-typedef struct QV_ALERTABLE          QV_ALERTABLE;
-typedef struct QV_BARRIER            QV_BARRIER;
-typedef struct QV_BOXED_BOOL         QV_BOXED_BOOL;
-typedef struct QV_BOXED_INT          QV_BOXED_INT;
-typedef struct QV_BOXED_NULL         QV_BOXED_NULL;
-typedef struct QV_BOXED_REAL         QV_BOXED_REAL;
-typedef struct QV_BOXED_UNIQUE       QV_BOXED_UNIQUE;
-typedef struct QV_BUFFER             QV_BUFFER;
-typedef struct QV_BUFFER_BYTE_SINK   QV_BUFFER_BYTE_SINK;
-typedef struct QV_BUFFER_BYTE_SOURCE QV_BUFFER_BYTE_SOURCE;
-typedef struct QV_BYTE_SINK          QV_BYTE_SINK;
-typedef struct QV_BYTE_SOURCE        QV_BYTE_SOURCE;
-typedef struct QV_CHAR_SINK          QV_CHAR_SINK;
-typedef struct QV_CHAR_SOURCE        QV_CHAR_SOURCE;
-typedef struct QV_CONDSET            QV_CONDSET;
-typedef struct QV_COUNTER            QV_COUNTER;
-typedef struct QV_DECODER            QV_DECODER;
-typedef struct QV_DICT               QV_DICT;
-typedef struct QV_ENCODER            QV_ENCODER;
-typedef struct QV_ENUM               QV_ENUM;
-typedef struct QV_FLAGSET            QV_FLAGSET;
-typedef struct QV_GENERATION         QV_GENERATION;
-typedef struct QV_GENERATION_MUTEX   QV_GENERATION_MUTEX;
-typedef struct QV_IDENTIFIER         QV_IDENTIFIER;
-typedef struct QV_LINE_SINK          QV_LINE_SINK;
-typedef struct QV_LINE_SOURCE        QV_LINE_SOURCE;
-typedef struct QV_MODULE_VERSION     QV_MODULE_VERSION;
-typedef struct QV_MONITOR            QV_MONITOR;
-typedef struct QV_NLF_LINE_SINK      QV_NLF_LINE_SINK;
-typedef struct QV_NLF_LINE_SOURCE    QV_NLF_LINE_SOURCE;
-typedef struct QV_OPT_DEF            QV_OPT_DEF;
-typedef struct QV_OPT_SEQ            QV_OPT_SEQ;
-typedef struct QV_PRIORITY_MAP       QV_PRIORITY_MAP;
-typedef struct QV_RANGE_MAP          QV_RANGE_MAP;
-typedef struct QV_REGION             QV_REGION;
-typedef struct QV_SIGNAL             QV_SIGNAL;
-typedef struct QV_SIGNALABLE         QV_SIGNALABLE;
-typedef struct QV_STACK_TRACE        QV_STACK_TRACE;
-typedef struct QV_STORE              QV_STORE;
-typedef struct QV_STRING             QV_STRING;
-typedef struct QV_STRING_CHAR_SINK   QV_STRING_CHAR_SINK;
-typedef struct QV_STRING_CHAR_SOURCE QV_STRING_CHAR_SOURCE;
-typedef struct QV_THREAD             QV_THREAD;
-typedef struct QV_TIME               QV_TIME;
-typedef struct QV_TIMER              QV_TIMER;
-typedef struct QV_TOOL_SWITCH        QV_TOOL_SWITCH;
-typedef struct QV_UNICODE_NORMALIZER QV_UNICODE_NORMALIZER;
-typedef struct QV_VECTOR             QV_VECTOR;
+typedef struct QV_ALERT              QV_ALERT;              /**< an event that is set and unset any number of times */
+typedef struct QV_ALERTABLE          QV_ALERTABLE;          /**< a target of alerts that its owner can take back */
+typedef struct QV_BARRIER            QV_BARRIER;            /**< a gate that threads wait at, open or closed */
+typedef struct QV_BOXED_BOOL         QV_BOXED_BOOL;         /**< a truth value as an object */
+typedef struct QV_BOXED_INT          QV_BOXED_INT;          /**< an integer as an object */
+typedef struct QV_BOXED_NULL         QV_BOXED_NULL;         /**< the absence of a value as an object */
+typedef struct QV_BOXED_REAL         QV_BOXED_REAL;         /**< a real as an object */
+typedef struct QV_BOXED_UNIQUE       QV_BOXED_UNIQUE;       /**< an identity as an object */
+typedef struct QV_BUFFER             QV_BUFFER;             /**< bytes, addressed by the bit */
+typedef struct QV_BUFFER_BYTE_SINK   QV_BUFFER_BYTE_SINK;   /**< collects written bytes in a Buffer */
+typedef struct QV_BUFFER_BYTE_SOURCE QV_BUFFER_BYTE_SOURCE; /**< reads bytes from a Buffer */
+typedef struct QV_BYTE_SINK          QV_BYTE_SINK;          /**< writes bytes */
+typedef struct QV_BYTE_SOURCE        QV_BYTE_SOURCE;        /**< reads bytes */
+typedef struct QV_CHAR_SINK          QV_CHAR_SINK;          /**< writes characters */
+typedef struct QV_CHAR_SOURCE        QV_CHAR_SOURCE;        /**< reads characters */
+typedef struct QV_CONDSET            QV_CONDSET;            /**< 16 condition bits that threads wait for */
+typedef struct QV_COUNTER            QV_COUNTER;            /**< a count that threads wait to reach zero */
+typedef struct QV_DECODER            QV_DECODER;            /**< takes values from bytes that an Encoder wrote */
+typedef struct QV_DICT               QV_DICT;       /**< a map from objects to objects, in the order of the keys */
+typedef struct QV_ENCODER            QV_ENCODER;    /**< writes values one after the other as bytes */
+typedef struct QV_ENUM               QV_ENUM;       /**< names for enumerated values */
+typedef struct QV_FLAGSET            QV_FLAGSET;    /**< names for the bits of a flag word */
+typedef struct QV_GENERATION         QV_GENERATION; /**< a place in a tree of generations */
+typedef struct QV_GENERATION_MUTEX   QV_GENERATION_MUTEX;   /**< lets only one of related generations in at a time */
+typedef struct QV_IDENTIFIER         QV_IDENTIFIER;         /**< a random name of 128 bits */
+typedef struct QV_LINE_SINK          QV_LINE_SINK;          /**< writes lines */
+typedef struct QV_LINE_SOURCE        QV_LINE_SOURCE;        /**< reads lines */
+typedef struct QV_MODULE_VERSION     QV_MODULE_VERSION;     /**< the version of a module */
+typedef struct QV_MONITOR            QV_MONITOR;            /**< mutual exclusion */
+typedef struct QV_NLF_LINE_SINK      QV_NLF_LINE_SINK;      /**< writes lines as characters */
+typedef struct QV_NLF_LINE_SOURCE    QV_NLF_LINE_SOURCE;    /**< reads lines from characters */
+typedef struct QV_OPT_DEF            QV_OPT_DEF;            /**< the options that a command line may have */
+typedef struct QV_OPT_SEQ            QV_OPT_SEQ;            /**< walks the arguments of a command line */
+typedef struct QV_PRIORITY_MAP       QV_PRIORITY_MAP;       /**< objects in the order of their priorities */
+typedef struct QV_RANGE_MAP          QV_RANGE_MAP;          /**< objects for intervals of integers */
+typedef struct QV_REGION             QV_REGION;             /**< many shared users or one exclusive user */
+typedef struct QV_SIGNAL             QV_SIGNAL;             /**< an event that happens once */
+typedef struct QV_SIGNALABLE         QV_SIGNALABLE;         /**< a target of signals that its owner can take back */
+typedef struct QV_STACK_TRACE        QV_STACK_TRACE;        /**< the calls that a thread was in */
+typedef struct QV_STORE              QV_STORE;              /**< a configuration document */
+typedef struct QV_STRING             QV_STRING;             /**< text, a sequence of code points */
+typedef struct QV_STRING_CHAR_SINK   QV_STRING_CHAR_SINK;   /**< collects written characters in a String */
+typedef struct QV_STRING_CHAR_SOURCE QV_STRING_CHAR_SOURCE; /**< reads characters from a String */
+typedef struct QV_THREAD             QV_THREAD;             /**< a thread of execution */
+typedef struct QV_TIME               QV_TIME;               /**< a date and a time of day in UTC */
+typedef struct QV_TIMER              QV_TIMER;              /**< something that happens once at a set time */
+typedef struct QV_TOOL_SWITCH        QV_TOOL_SWITCH;        /**< many tools in one executable, run by name */
+typedef struct QV_UNICODE_NORMALIZER QV_UNICODE_NORMALIZER; /**< turns characters into a normal form of Unicode */
+typedef struct QV_VECTOR             QV_VECTOR;             /**< a sequence of objects */
 
 /** Declares the type and the eight functions that every family has.
 
@@ -116,16 +116,16 @@ typedef struct QV_VECTOR             QV_VECTOR;
     its sort. All eight may be called from any thread; each costs a constant time unless the family's compare or
     to-string function costs more.
 
-    - `qv<Name>Sort` gives the family's sort, which lives as long as the process.
+    - `qv<Name>Sort` returns the family's sort, which lives as long as the process. Borrowed.
     - `qv<Name>Retain` takes one more reference; `qv<Name>Release` gives one up, and with the last one the object
       ends. Null ends the process.
-    - `qv<Name>Obj` gives the object as any object, `qv<Name>From` gives any object as one of this family; neither
-      changes the number of references, both pass null. `From` ends the process when the object has another sort.
-    - `qv<Name>ToString` gives a new text of the object, owned by the caller. Null ends the process.
-    - `qv<Name>Compare` gives -1, 0 or 1; `qv<Name>Equals` tells whether that is 0. Null ends the process. */
+    - `qv<Name>Obj` returns the object as a QV_OBJ, `qv<Name>From` a QV_OBJ as an object of this family. Neither
+      changes the number of references; null stays null. `From` ends the process when the object has another sort.
+    - `qv<Name>ToString` returns a new text of the object, owned by the caller. Null ends the process.
+    - `qv<Name>Compare` returns -1, 0 or 1; `qv<Name>Equals` tells whether that is 0. Null ends the process. */
 #define QV_FAMILY( Name, TYPE ) QV___FAMILY_DECLARE( QV_API, Name, TYPE )
 
-/** The same with another mark than QV_API in front of the functions. */
+/** The same, with `mark` instead of QV_API before the functions. */
 #define QV___FAMILY_DECLARE( mark, Name, TYPE )                                                                        \
     typedef struct TYPE TYPE;                                                                                          \
     mark QV_SORT       *qv##Name##Sort( void );                                                                        \

@@ -1,11 +1,13 @@
 #ifndef QV_UNICODE_DB_PRIVATE_H
 #define QV_UNICODE_DB_PRIVATE_H
 
+#include "qv/qv_tool_private.h"
 #include "qv/sys/qv_types.h"
 #include "qv/unicode/qv_unicode_cdmt.h"
 
 /* Look-ups in the generated tables. Sources that ask for many characters use the inline forms of
-   qv_unicode_tables_private.h. Values of 0x110000 and above end the process; out pointers may be null. */
+   qv_unicode_tables_private.h. Mappings are declared in qv_tool_private.h. Values of 0x110000 and above end the
+   process; out pointers may be null. */
 
 /** General category, combining class, script; 0 where there is none. */
 QV_API QV_INT qv___UnicodeGencDbLookup( QV_CHAR ch );
@@ -14,15 +16,6 @@ QV_API QV_INT qv___UnicodeScriptDbLookup( QV_CHAR ch );
 
 /** Value of a decimal digit of any script, or -1. */
 QV_API QV_INT qv___UnicodeDecimalDbLookup( QV_CHAR ch );
-
-/** The full case mapping without conditions, and its length; null and 0 for a character that maps to itself. */
-QV_API const QV_CHAR *qv___UnicodeUpperCaseDbLookup( QV_CHAR ch, QV_INT *length );
-QV_API const QV_CHAR *qv___UnicodeLowerCaseDbLookup( QV_CHAR ch, QV_INT *length );
-QV_API const QV_CHAR *qv___UnicodeCaseFoldDbLookup( QV_CHAR ch, QV_INT *length );
-
-/** The decomposition in one step, its length and its type QV_UNICODE_CDMT_...; null, 0 and 0 where there is none.
-    Hangul syllables have none. */
-QV_API const QV_CHAR *qv___UnicodeCdmDbLookup( QV_CHAR ch, QV_INT *length, QV_INT *type );
 
 /** Whether a pair composes to one character in the normal forms with composition, and to which one. Without the
     exclusions; Hangul does not stand here. `*composeTo` is left alone where it doesn't. */
