@@ -12,7 +12,7 @@
 
 namespace
 {
-// The modifiers of one conversion.
+// The modifiers of one conversion: what stands between the percent sign and the conversion character.
 struct Modifiers
 {
     QV_INT flags   = 0; // as the encoders take them, without those of the base prefix
@@ -92,7 +92,7 @@ private:
             return true;
         }
 
-        // A short number of ASCII digits with a visible character behind it is read here, as the decoder would.
+        // Up to 17 ASCII digits before an ASCII character above the blank: the decoder would read the same number.
         QV_INT         value = 0, consumed;
         const QV_CHAR *at = at_, *safe = at + std::min< ptrdiff_t >( end_ - at, 18 );
 
@@ -109,7 +109,7 @@ private:
             return true;
         }
 
-        // The decoder would accept a sign or white space in front, but there has to be a digit.
+        // The decoder accepts a sign or white space before the number. Here the first character has to be a digit.
         if( !qvFormatTryDecodeIntChars( at_, 1, 10, nullptr, nullptr ) )
             return false;
 
@@ -159,7 +159,7 @@ private:
     {
         Modifiers modifiers;
 
-        // All of ASCII that can stand here lies before the letters, except for these two.
+        // The ASCII characters of modifiers are all below the letters, except for these two.
         if( *at_ >= U'A' && *at_ < 128 && *at_ != U'^' && *at_ != U'~' )
             return modifiers;
 
@@ -308,7 +308,7 @@ private:
             qv::release( obj );
     }
 
-    // Text from outside is decoded where it belongs.
+    // Text from outside is decoded into its place in the result, without a String of its own.
     template< class T >
     void convertOutside(
         const Modifiers &modifiers, bool hasLength, QV_INT ( *decode )( QV_CHAR *, QV_INT, const T *, QV_INT ) )
@@ -357,7 +357,7 @@ QV_STRING *qv::format( const QV_CHAR *fmt, QV_INT length, va_list *argList )
 
 namespace
 {
-// Formats are short, and a short one is decoded at once and without a String of its own.
+// A format of up to SHORT characters, which most are, is decoded in one pass into a block on the stack.
 template< class T >
 QV_STRING *formatOutside(
     const T *fmt, QV_INT length, va_list *argList, QV_INT ( *decode )( QV_CHAR *, QV_INT, const T *, QV_INT ) )

@@ -2,21 +2,23 @@
 #define QV_FORMAT_PRIVATE_H
 
 #include "qv/runtime/qv_family.h"
+#include "qv/sys/qv_assert_private.h"
 
 /** The names of the format flags. */
 QV_API QV_FLAGSET *qv___FormatFlagsFlagset;
 
-/** The engine: a new text of the format and its arguments. Advances the list at `argList`. */
+/** The engine: a new text of the format and its arguments, owned by the caller. Reads the arguments from the list at
+    `argList`, which advances. */
 QV_API QV_STRING *qv___FormatArgList( QV_STRING *fmt, va_list *argList );
 
-/** The length of the prefix that the flags give a number of this base, 0 to 3. Writes it to `dest` unless that is
-    null. */
+/** The length, 0 to 3, of the prefix that a number of this base has with the flags. Writes the prefix to `dest` unless
+    that is null. */
 QV_API QV_INT qv___FormatEncodeBase( QV_CHAR *dest, QV_INT base, QV_INT flags );
 
 #ifdef __cplusplus
 namespace qv
 {
-/** Text that is put together and becomes a String once. What is put in has to be made of proper characters. */
+/** A text under construction, of proper characters, that becomes a String at the end. */
 class TextBuilder
 {
 public:
@@ -38,7 +40,7 @@ public:
         return chars_;
     }
 
-    /** The place behind the text, with room for so many characters. They belong to the text when it is extended. */
+    /** The place after the text, with room for `count` characters. extend() makes them part of the text. */
     QV_CHAR *room( QV_INT count )
     {
         if( __builtin_expect( count > capacity_ - length_, 0 ) )
@@ -47,11 +49,14 @@ public:
         return chars_ + length_;
     }
 
+    /** Adds the next `count` characters, which room() made room for, to the text. */
     void extend( QV_INT count )
     {
+        QV_ASSERT( count <= capacity_ - length_ );
         length_ += count;
     }
 
+    /** Adds `count` characters to the text and returns their place, which the caller fills. */
     QV_CHAR *append( QV_INT count )
     {
         QV_CHAR *place = room( count );
@@ -60,7 +65,7 @@ public:
         return place;
     }
 
-    /** The text as a new String. The builder is of no use afterwards. */
+    /** Makes the text a new String, which the caller owns. Ends the use of the builder. */
     QV_STRING *give();
 
 private:
@@ -74,7 +79,7 @@ private:
     QV_CHAR  own_[256]; // a short text is kept here
 };
 
-/** The engine with a format of characters, and of text from outside. */
+/** The engine with a format of characters, of UTF-8 and of wide text; a `length` of -1 means up to the terminator. */
 QV_STRING *format( const QV_CHAR *fmt, QV_INT length, va_list *argList );
 QV_STRING *formatCstr( const char *fmt, QV_INT length, va_list *argList );
 QV_STRING *formatWcstr( const wchar_t *fmt, QV_INT length, va_list *argList );
@@ -84,7 +89,8 @@ void encodeBool( TextBuilder &text, QV_BOOL value, QV_INT minWidth, QV_INT flags
 void encodeInt( TextBuilder &text, QV_INT value, QV_INT base, QV_INT minWidth, QV_INT flags );
 void encodeReal( TextBuilder &text, QV_REAL value, QV_INT base, QV_INT minWidth, QV_INT precision, QV_INT flags );
 
-/** The place for a text of `length` characters, padded with blanks to `minWidth`, which the caller fills. */
+/** Adds a text of `length` characters, padded with blanks to `minWidth`. Returns the place of the `length` characters,
+    which the caller fills. */
 QV_CHAR *encodePadding( TextBuilder &text, QV_INT length, QV_INT minWidth, QV_INT flags );
 } // namespace qv
 #endif
