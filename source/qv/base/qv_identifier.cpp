@@ -30,12 +30,12 @@ QV_IDENTIFIER *create( QV_STRING *text )
     return ident;
 }
 
-void free( QV_OBJ *thisObj )
+void freeIdentifier( QV_OBJ *thisObj )
 {
     qv::drop( qvIdentifierFrom( thisObj )->text );
 }
 
-QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareIdentifiers( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
@@ -43,14 +43,14 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
     return qvObjCompare( qv::obj( qvIdentifierFrom( thisObj )->text ), qv::obj( qvIdentifierFrom( thatObj )->text ) );
 }
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *identifierToString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     return qv::retain( qvIdentifierFrom( thisObj )->text );
 }
 } // namespace
 
-QV___FAMILY( Identifier, QV_IDENTIFIER, free, compare, toString )
+QV___FAMILY( Identifier, QV_IDENTIFIER, freeIdentifier, compareIdentifiers, identifierToString )
 
 QV_IDENTIFIER *qvIdentifierCreate( void )
 {

@@ -1,10 +1,12 @@
 #include "qv/base/qv_opt_def.h"
 
 #include "qv/base/qv_boxed_int.h"
+#include "qv/base/qv_boxed_int_private.h"
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_opt_seq.h"
 #include "qv/base/qv_range_map.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_ref.h"
 
 struct QV_OPT_DEF : QV_OBJ
@@ -27,14 +29,6 @@ void freeOptDef( QV_OBJ *thisObj )
     qv::drop( def->flagsForId );
     qv::drop( def->idForShortOpt );
     qv::drop( def->idForLongOpt );
-}
-
-// The number in a boxed integer that the call takes over, or `missing` where there is none.
-QV_INT takeInt( QV_OBJ *owned, QV_INT missing )
-{
-    qv::Ref< QV_OBJ > boxed( owned );
-
-    return boxed ? qvBoxedIntValue( qvBoxedIntFrom( boxed ) ) : missing;
 }
 
 qv::Ref< QV_OBJ > boxedInt( QV_INT value )
@@ -123,7 +117,7 @@ QV_INT qvOptDefFlags( QV_OPT_DEF *def, QV_INT optId )
     QV_CHECK( def );
     QV_CHECK( optId >= 0 );
 
-    return takeInt( qvRangeMapIntKey( def->flagsForId, optId ), 0 );
+    return qv::takeInt( qvRangeMapIntKey( def->flagsForId, optId ), 0 );
 }
 
 void qvOptDefSetFlags( QV_OPT_DEF **def, QV_INT optId, QV_INT flags )
@@ -140,7 +134,7 @@ QV_INT qvOptDefShortOpt( QV_OPT_DEF *def, QV_CHAR optChar )
     QV_CHECK( def );
     QV_CHECK( QV_CHAR_OK( optChar ) );
 
-    return takeInt( qvDictIntKey( def->idForShortOpt, optChar ), -1 );
+    return qv::takeInt( qvDictIntKey( def->idForShortOpt, optChar ), -1 );
 }
 
 void qvOptDefSetShortOpt( QV_OPT_DEF **def, QV_CHAR optChar, QV_INT optId )
@@ -164,7 +158,7 @@ QV_INT qvOptDefLongOpt( QV_OPT_DEF *def, QV_STRING *optString, QV_BOOL allowAbbr
     qv::Ref< QV_OBJ > exact( qvDictStringKey( def->idForLongOpt, optString ) );
 
     if( exact )
-        return takeInt( exact.give(), -1 );
+        return qv::takeInt( exact.give(), -1 );
 
     if( !allowAbbreviated )
         return -1;
@@ -187,7 +181,7 @@ QV_INT qvOptDefLongOpt( QV_OPT_DEF *def, QV_STRING *optString, QV_BOOL allowAbbr
             return QV_OPT_SEQ_AMBIGUOUS;
 
         found = true;
-        match = takeInt( qvDictValueAt( def->idForLongOpt, i ), -1 );
+        match = qv::takeInt( qvDictValueAt( def->idForLongOpt, i ), -1 );
     }
 
     return match;
@@ -204,14 +198,12 @@ void qvOptDefSetLongOpt( QV_OPT_DEF **def, QV_STRING *optString, QV_INT optId )
 
 void qvOptDefSetLongOptCstr( QV_OPT_DEF **def, const char *cstr, QV_INT length, QV_INT optId )
 {
-    qv::Ref< QV_STRING > optString( qvStringCreateFromCstr( cstr, length ) );
-    qvOptDefSetLongOpt( def, optString, optId );
+    qvOptDefSetLongOpt( def, qv::asString( cstr, length ), optId );
 }
 
 void qvOptDefSetLongOptWcstr( QV_OPT_DEF **def, const wchar_t *wcstr, QV_INT length, QV_INT optId )
 {
-    qv::Ref< QV_STRING > optString( qvStringCreateFromWcstr( wcstr, length ) );
-    qvOptDefSetLongOpt( def, optString, optId );
+    qvOptDefSetLongOpt( def, qv::asString( wcstr, length ), optId );
 }
 
 QV_INT qvOptDefArgOnly( QV_OPT_DEF *def )

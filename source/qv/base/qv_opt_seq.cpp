@@ -6,6 +6,7 @@
 #include "qv/base/qv_boxed_real.h"
 #include "qv/base/qv_opt_def.h"
 #include "qv/base/qv_range_map.h"
+#include "qv/base/qv_scan_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_obj.h"
@@ -387,29 +388,22 @@ qv::Ref< QV_STRING > scannedText( QV_OPT_SEQ *seq )
     return qv::Ref< QV_STRING >( scanned ? qvObjToString( seq->arg ) : nullptr );
 }
 
-bool scansAsReal( QV_OPT_SEQ *seq, QV_REAL *value )
+bool argScansAsReal( QV_OPT_SEQ *seq, QV_REAL *value )
 {
     qv::Ref< QV_STRING > text = scannedText( seq );
-    QV_INT               consumed;
-
-    return text && qvStringScanReal( text, 0, -1, -1, value, &consumed ) && consumed == qvStringLength( text );
+    return text && qv::scansAsReal( text, -1, value );
 }
 
-bool scansAsInt( QV_OPT_SEQ *seq, QV_INT *value )
+bool argScansAsInt( QV_OPT_SEQ *seq, QV_INT *value )
 {
     qv::Ref< QV_STRING > text = scannedText( seq );
-    QV_INT               consumed;
-
-    return text && qvStringScanInt( text, 0, -1, -1, value, &consumed ) && consumed == qvStringLength( text );
+    return text && qv::scansAsInt( text, -1, value );
 }
 
-bool scansAsBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric, QV_BOOL *value )
+bool argScansAsBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric, QV_BOOL *value )
 {
     qv::Ref< QV_STRING > text = scannedText( seq );
-    QV_INT               consumed;
-
-    return text && qvStringScanBool( text, 0, -1, allowNumeric, value, &consumed )
-           && consumed == qvStringLength( text );
+    return text && qv::scansAsBool( text, allowNumeric, value );
 }
 } // namespace
 
@@ -537,7 +531,8 @@ QV_BOOL qvOptSeqArgIsReal( QV_OPT_SEQ *seq )
 
     QV_REAL ignored;
 
-    return argHasSort( seq, qvBoxedRealSort() ) || argHasSort( seq, qvBoxedIntSort() ) || scansAsReal( seq, &ignored )
+    return argHasSort( seq, qvBoxedRealSort() ) || argHasSort( seq, qvBoxedIntSort() )
+                   || argScansAsReal( seq, &ignored )
                ? QV_TRUE
                : QV_FALSE;
 }
@@ -554,7 +549,7 @@ QV_REAL qvOptSeqArgReal( QV_OPT_SEQ *seq )
 
     QV_REAL value;
 
-    return scansAsReal( seq, &value ) ? value : 0.0;
+    return argScansAsReal( seq, &value ) ? value : 0.0;
 }
 
 QV_BOOL qvOptSeqArgIsInt( QV_OPT_SEQ *seq )
@@ -563,7 +558,7 @@ QV_BOOL qvOptSeqArgIsInt( QV_OPT_SEQ *seq )
 
     QV_INT ignored;
 
-    return argHasSort( seq, qvBoxedRealSort() ) || argHasSort( seq, qvBoxedIntSort() ) || scansAsInt( seq, &ignored )
+    return argHasSort( seq, qvBoxedRealSort() ) || argHasSort( seq, qvBoxedIntSort() ) || argScansAsInt( seq, &ignored )
                ? QV_TRUE
                : QV_FALSE;
 }
@@ -580,7 +575,7 @@ QV_INT qvOptSeqArgInt( QV_OPT_SEQ *seq )
 
     QV_INT value;
 
-    return scansAsInt( seq, &value ) ? value : 0;
+    return argScansAsInt( seq, &value ) ? value : 0;
 }
 
 QV_BOOL qvOptSeqArgIsBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric )
@@ -590,7 +585,7 @@ QV_BOOL qvOptSeqArgIsBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric )
     QV_BOOL ignored;
 
     return ( allowNumeric && qvOptSeqArgIsReal( seq ) ) || argHasSort( seq, qvBoxedBoolSort() )
-                   || scansAsBool( seq, allowNumeric, &ignored )
+                   || argScansAsBool( seq, allowNumeric, &ignored )
                ? QV_TRUE
                : QV_FALSE;
 }
@@ -604,7 +599,7 @@ QV_BOOL qvOptSeqArgBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric )
 
     QV_BOOL value;
 
-    return scansAsBool( seq, allowNumeric, &value ) ? value : QV_FALSE;
+    return argScansAsBool( seq, allowNumeric, &value ) ? value : QV_FALSE;
 }
 
 QV_BOOL qvOptSeqHasError( QV_OPT_SEQ *seq )

@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_dict_private.h"
+#include "qv/base/qv_scan_private.h"
 #include "qv/base/qv_store_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
@@ -56,7 +57,7 @@ void freeStore( QV_OBJ *thisObj )
     qv::drop( store->stores );
 }
 
-QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
+QV_INT compareStoresStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
 {
     QV_STORE *a = qvStoreFrom( thisObj );
     QV_STORE *b = qvStoreFrom( thatObj );
@@ -104,16 +105,15 @@ void deleteEntry( QV_STORE **store, StoreTable table, StoreTable other, QV_STRIN
     QV_ASSERT( qv::isSoundStore( *store, address ) );
 }
 
-// Reads a value with one of the scanners, which has to take all of it.
+// Reads a value that is of a kind from end to end, which `scan` tells.
 template< class T, class Scan >
 QV_BOOL scanValue( QV_STORE *store, T *out, QV_STRING *address, const Scan &scan )
 {
     CHECK_READ( store, address );
 
-    QV_STRING *value    = find< QV_STRING >( store->values, address );
-    T          result   = 0;
-    QV_INT     consumed = 0;
-    bool       ok       = value && scan( value, &result, &consumed ) && consumed == value->length;
+    QV_STRING *value  = find< QV_STRING >( store->values, address );
+    T          result = 0;
+    bool       ok     = value && scan( value, &result );
 
     if( out )
         *out = ok ? result : 0;
@@ -122,7 +122,7 @@ QV_BOOL scanValue( QV_STORE *store, T *out, QV_STRING *address, const Scan &scan
 }
 } // namespace
 
-QV___FAMILY_OF_PARTS( Store, QV_STORE, freeStore, qv::compareByParts, nullptr, compareStep, nullptr )
+QV___FAMILY_OF_PARTS( Store, QV_STORE, freeStore, qv::compareByParts, nullptr, compareStoresStep, nullptr )
 
 /* Entries -------------------------------------------------------------------------------------------------------- */
 
@@ -388,8 +388,8 @@ void qvStoreDelValue( QV_STORE **store, QV_STRING *address )
 QV_BOOL qvStoreValueBool( QV_STORE *store, QV_BOOL *out, QV_STRING *address )
 {
     return scanValue(
-        store, out, address, []( QV_STRING *value, QV_BOOL *result, QV_INT *consumed )
-        { return qvStringScanBool( value, 0, -1, QV_TRUE, result, consumed ); } );
+        store, out, address,
+        []( QV_STRING *value, QV_BOOL *result ) { return qv::scansAsBool( value, QV_TRUE, result ); } );
 }
 
 QV_BOOL qvStoreHasValueBool( QV_STORE *store, QV_STRING *address )
@@ -406,8 +406,7 @@ void qvStoreSetValueBool( QV_STORE **store, QV_STRING *address, QV_BOOL value )
 QV_BOOL qvStoreValueInt( QV_STORE *store, QV_INT *out, QV_STRING *address )
 {
     return scanValue(
-        store, out, address, []( QV_STRING *value, QV_INT *result, QV_INT *consumed )
-        { return qvStringScanInt( value, 0, -1, -1, result, consumed ); } );
+        store, out, address, []( QV_STRING *value, QV_INT *result ) { return qv::scansAsInt( value, -1, result ); } );
 }
 
 QV_BOOL qvStoreHasValueInt( QV_STORE *store, QV_STRING *address )
@@ -424,8 +423,7 @@ void qvStoreSetValueInt( QV_STORE **store, QV_STRING *address, QV_INT value )
 QV_BOOL qvStoreValueReal( QV_STORE *store, QV_REAL *out, QV_STRING *address )
 {
     return scanValue(
-        store, out, address, []( QV_STRING *value, QV_REAL *result, QV_INT *consumed )
-        { return qvStringScanReal( value, 0, -1, -1, result, consumed ); } );
+        store, out, address, []( QV_STRING *value, QV_REAL *result ) { return qv::scansAsReal( value, -1, result ); } );
 }
 
 QV_BOOL qvStoreHasValueReal( QV_STORE *store, QV_STRING *address )
@@ -470,3 +468,6 @@ void qvStoreDelStore( QV_STORE **store, QV_STRING *address )
     CHECK_WRITE( store, address );
     deleteEntry( store, STORE_STORES, STORE_VALUES, address );
 }
+
+#undef CHECK_READ
+#undef CHECK_WRITE

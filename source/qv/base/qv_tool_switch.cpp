@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
 #include "qv/base/qv_tool_switch_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/io/qv_print.h"
@@ -79,14 +80,12 @@ QV_BOOL qvToolSwitchHasTool( QV_TOOL_SWITCH *ts, QV_STRING *tool )
 
 QV_BOOL qvToolSwitchHasToolCstr( QV_TOOL_SWITCH *ts, const char *cstr, QV_INT length )
 {
-    qv::Ref< QV_STRING > tool( qvStringCreateFromCstr( cstr, length ) );
-    return qvToolSwitchHasTool( ts, tool );
+    return qvToolSwitchHasTool( ts, qv::asString( cstr, length ) );
 }
 
 QV_BOOL qvToolSwitchHasToolWcstr( QV_TOOL_SWITCH *ts, const wchar_t *wcstr, QV_INT length )
 {
-    qv::Ref< QV_STRING > tool( qvStringCreateFromWcstr( wcstr, length ) );
-    return qvToolSwitchHasTool( ts, tool );
+    return qvToolSwitchHasTool( ts, qv::asString( wcstr, length ) );
 }
 
 void qvToolSwitchSetTool( QV_TOOL_SWITCH **ts, QV_STRING *tool, QV_TOOL_SWITCH_FUNC func )
@@ -102,14 +101,12 @@ void qvToolSwitchSetTool( QV_TOOL_SWITCH **ts, QV_STRING *tool, QV_TOOL_SWITCH_F
 
 void qvToolSwitchSetToolCstr( QV_TOOL_SWITCH **ts, const char *cstr, QV_INT length, QV_TOOL_SWITCH_FUNC func )
 {
-    qv::Ref< QV_STRING > tool( qvStringCreateFromCstr( cstr, length ) );
-    qvToolSwitchSetTool( ts, tool, func );
+    qvToolSwitchSetTool( ts, qv::asString( cstr, length ), func );
 }
 
 void qvToolSwitchSetToolWcstr( QV_TOOL_SWITCH **ts, const wchar_t *wcstr, QV_INT length, QV_TOOL_SWITCH_FUNC func )
 {
-    qv::Ref< QV_STRING > tool( qvStringCreateFromWcstr( wcstr, length ) );
-    qvToolSwitchSetTool( ts, tool, func );
+    qvToolSwitchSetTool( ts, qv::asString( wcstr, length ), func );
 }
 
 void qvToolSwitchDelTool( QV_TOOL_SWITCH **ts, QV_STRING *tool )
@@ -124,14 +121,12 @@ void qvToolSwitchDelTool( QV_TOOL_SWITCH **ts, QV_STRING *tool )
 
 void qvToolSwitchDelToolCstr( QV_TOOL_SWITCH **ts, const char *cstr, QV_INT length )
 {
-    qv::Ref< QV_STRING > tool( qvStringCreateFromCstr( cstr, length ) );
-    qvToolSwitchDelTool( ts, tool );
+    qvToolSwitchDelTool( ts, qv::asString( cstr, length ) );
 }
 
 void qvToolSwitchDelToolWcstr( QV_TOOL_SWITCH **ts, const wchar_t *wcstr, QV_INT length )
 {
-    qv::Ref< QV_STRING > tool( qvStringCreateFromWcstr( wcstr, length ) );
-    qvToolSwitchDelTool( ts, tool );
+    qvToolSwitchDelTool( ts, qv::asString( wcstr, length ) );
 }
 
 QV_BOOL qvToolSwitchRunTool( QV_TOOL_SWITCH *ts, QV_VECTOR *argv, void *context )
