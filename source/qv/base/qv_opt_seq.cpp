@@ -22,9 +22,9 @@ namespace
 struct Argument
 {
     QV_OBJ *obj;
-    QV_INT  letters; // of a text like `-abc`, how many of the options were read
+    QV_INT  letters; // how many of the options of a text like `-abc` were read
     QV_INT  next;    // or NONE
-    QV_INT  runEnd;  // from an object here up to the one at this index all are objects
+    QV_INT  runEnd;  // if this is no text: the index of an element up to which all that remain are no texts
 };
 } // namespace
 
@@ -34,7 +34,7 @@ struct QV_OPT_SEQ : QV_OBJ
     Argument     *args;   // as they were given
     QV_INT        first;  // of those that remain, or NONE
     QV_INT        length; // how many remain
-    QV_VECTOR    *argv;   // what remains, as a Vector; null until somebody asks
+    QV_VECTOR    *argv;   // what remains, as a Vector; null until a caller asks for it
     QV_INT        id;     // of the last step
     QV_INT        idSecondary;
     QV_STRING    *opt; // or null, as are the next two
@@ -56,8 +56,8 @@ bool isText( QV_OBJ *object )
 
 /* What remains to be read ---------------------------------------------------------------------------------------- */
 
-// The links lead through all that remains, and runs consist of objects. Looked at where there are few, since it is
-// looked at in every step.
+// The links lead through all that remains, and runs hold no texts. Checked where few elements remain, since it is
+// checked in every step.
 [[maybe_unused]] bool holds( QV_OPT_SEQ *seq )
 {
     const QV_INT FEW = 64;
@@ -102,7 +102,7 @@ void dropNext( QV_OPT_SEQ *seq, QV_INT *at )
 {
     Argument &dropped = seq->args[*at];
 
-    // The rest of a run is one.
+    // What follows in a run is a run too.
     if( dropped.runEnd > *at )
         seq->args[dropped.next].runEnd = dropped.runEnd;
 
@@ -112,7 +112,7 @@ void dropNext( QV_OPT_SEQ *seq, QV_INT *at )
     forgetVector( seq );
 }
 
-// The same, with what is left of it as a reference of the caller's.
+// The same; returns what is left of the element.
 qv::Ref< QV_OBJ > takeNext( QV_OPT_SEQ *seq, QV_INT *at )
 {
     qv::Ref< QV_OBJ > taken( whatIsLeft( seq->args[*at] ) );
@@ -121,8 +121,8 @@ qv::Ref< QV_OBJ > takeNext( QV_OPT_SEQ *seq, QV_INT *at )
     return taken;
 }
 
-// Passes over the object that the link `at` leads to and all that follow it; gives the link after them. Their first one
-// remembers the last one, so that no later step walks through them again.
+// Passes over the element that the link `at` leads to, which is no text, and all others up to the next text. Returns the
+// link after them. The first one remembers the last one, so that no later step walks through them again.
 QV_INT *passObjects( QV_OPT_SEQ *seq, QV_INT *at )
 {
     QV_INT last = seq->args[*at].runEnd;
@@ -295,8 +295,8 @@ QV_INT readLongOption( QV_OPT_SEQ *seq, QV_INT *at )
     return id;
 }
 
-// Objects are passed over as long as options may follow; they are read, in order, when there is nothing else. What
-// comes after an ignored option is left for the next step.
+// Elements that are no texts are passed over as long as options may follow; they are read, in order, when nothing else
+// remains. What comes after an ignored option is left for the next step.
 QV_INT step( QV_OPT_SEQ *seq )
 {
     const QV_INT length    = seq->length;
@@ -357,12 +357,12 @@ QV_INT step( QV_OPT_SEQ *seq )
 
         clearOption( seq );
 
-        // An object is passed over anyhow, and with those that follow it.
+        // What comes after the ignored option is left, unless it is passed over anyway.
         if( *at != NONE && ( isText( seq->args[*at].obj ) || !qvOptDefReorder( seq->def ) ) )
             at = &seq->args[*at].next;
     }
 
-    // The objects are all there was.
+    // There were only elements that were passed over.
     if( afterPass && seq->length == length )
     {
         seq->options = QV_FALSE;
@@ -379,7 +379,7 @@ bool argHasSort( QV_OPT_SEQ *seq, QV_SORT *sort )
     return seq->arg && qvObjSort( seq->arg ) == sort;
 }
 
-// The text of an argument that is a text or a boxed number; of no other object, whatever it says.
+// The text of an argument that is a text or a boxed number; null for any other object, whatever its text.
 qv::Ref< QV_STRING > scannedText( QV_OPT_SEQ *seq )
 {
     bool scanned = argHasSort( seq, qvStringSort() ) || argHasSort( seq, qvBoxedIntSort() )

@@ -18,7 +18,7 @@ namespace
 const QV_INT POOL_SIZE = 128;
 
 QV_MONITOR *qv___RandomMonitor = nullptr; // guards the pool, and the C library's generator where that is used
-QV_BUFFER  *qv___RandomBuffer  = nullptr; // bytes that nobody has got yet
+QV_BUFFER  *qv___RandomBuffer  = nullptr; // bytes that have not been handed out yet
 int         qv___RandomFd      = -1;
 
 void fill()
@@ -46,7 +46,8 @@ void fill()
     qvBufferAppendBytes( &qv___RandomBuffer, bytes, bytesRead );
 }
 
-// Takes bytes out of the pool, a run at a time, and shows each run's length before it goes.
+// Takes bytes out of the pool in runs. `consume` reads the first bytes of the pool, as many as it is called with, before
+// they are deleted.
 template< class Consume >
 void take( QV_INT byteCount, Consume consume )
 {

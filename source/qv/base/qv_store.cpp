@@ -75,7 +75,7 @@ QV_INT compareStoresStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *w
     return 0;
 }
 
-// A check of everything that an operation is given; of what it writes, the private copy.
+// The checks of an operation's arguments: of one that reads a store, and of one that changes it.
 #define CHECK_READ( store, address )                                                                                   \
     QV_CHECK( store );                                                                                                 \
     QV_CHECK( address );                                                                                               \
@@ -87,7 +87,7 @@ QV_INT compareStoresStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *w
     QV_CHECK( address );                                                                                               \
     QV_CHECK( qvStoreAddressOk( address ) )
 
-// Deletes an entry of one table, if there is one, and the address unless the other table has it.
+// Deletes an entry of one table, if there is one, and the address unless the other table has it too.
 void deleteEntry( QV_STORE **store, StoreTable table, StoreTable other, QV_STRING *address )
 {
     if( !has( *store->*table, address ) )
@@ -105,7 +105,7 @@ void deleteEntry( QV_STORE **store, StoreTable table, StoreTable other, QV_STRIN
     QV_ASSERT( qv::isSoundStore( *store, address ) );
 }
 
-// Reads a value that is of a kind from end to end, which `scan` tells.
+// Reads a value with `scan`, which is true if the whole value is of its kind.
 template< class T, class Scan >
 QV_BOOL scanValue( QV_STORE *store, T *out, QV_STRING *address, const Scan &scan )
 {
@@ -132,7 +132,7 @@ void qv::insertIntoStore( QV_STORE *store, StoreTable table, QV_INT idx, QV_STRI
     QV_INT    dictIdx = idx;
     bool      found;
 
-    // Where all addresses have an entry of this kind, it goes to the same place.
+    // If all addresses have an entry of this kind, both Dicts have the same keys.
     if( dict->length != store->addresses->length )
         dictIdx = searchDict( dict, address, &found );
 
@@ -270,8 +270,8 @@ QV_BOOL qvStoreAddressOk( QV_STRING *address )
 
 namespace
 {
-// Enters what a store lacks and another has, with the sub-stores as they are. Gives the first of the other's sub-stores
-// that can differ from the store's own, which has all of their addresses now.
+// Enters what `from` has and `into` lacks, with the sub-stores as they are. Returns the index of the first sub-store of
+// `from` that can differ from the one of `into` at its address.
 QV_INT includeLevel( QV_STORE *into, QV_STORE *from )
 {
     if( into->addresses != from->addresses )
@@ -298,17 +298,17 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
     QV_CHECK( *store );
     QV_CHECK( other );
 
-    // What a store has it needn't be given; that holds for sub-stores that both share too.
+    // A store lacks nothing that it has itself. The same holds below for sub-stores that both share.
     if( *store == other )
         return;
 
-    // The other one can lie inside of this one. With one more reference it is copied before it is changed there.
+    // `other` can be a sub-store of `*store`. With one more reference it is copied before it is changed there.
     qv::Ref< QV_STORE > held = qv::Ref< QV_STORE >::share( other );
 
     qv::makePrivate( store, qvStoreCreateFrom );
 
-    // A store that nobody else holds, another one, and the next of the other's sub-stores to go into it. What both are
-    // is held by the levels above, and those change in none of their entries but the one gone down to.
+    // `into` is held by its parent alone and can be written; `next` is the index of the next sub-store of `from` to merge.
+    // The parents hold both stores: while a level is open, its parent changes no entry but that one.
     struct Level
     {
         QV_STORE *into;
@@ -330,7 +330,7 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
             if( qv::dictItem( at.into->stores, idx ).val == item.val )
                 continue;
 
-            // The sub-store is changed in its place, so that it is copied only if it is shared.
+            // The sub-store is changed where it is, so that it is copied only if it is shared.
             qv::makePrivate( &at.into->stores, qvDictCreateFrom );
             QV_STORE *from = static_cast< QV_STORE * >( item.val );
             QV_STORE *into = static_cast< QV_STORE * >( qv::dictItem( at.into->stores, idx ).val );
@@ -456,7 +456,7 @@ void qvStoreSetStore( QV_STORE **store, QV_STRING *address, QV_STORE *other )
     CHECK_WRITE( store, address );
     QV_CHECK( other );
 
-    // The other one can be the store itself. With one more reference it is copied before the copy is changed.
+    // `other` can be `*store` itself. With one more reference `*store` is copied, and the copy is changed.
     qv::Ref< QV_STORE > held = qv::Ref< QV_STORE >::share( other );
 
     qv::makePrivate( store, qvStoreCreateFrom );

@@ -32,7 +32,7 @@ namespace
 {
 /* Lines ---------------------------------------------------------------------------------------------------------- */
 
-// Part of a line. The units are characters, or bytes where all of them are ASCII.
+// Part of a line. The units are characters, or bytes if all of them are ASCII.
 template< class Unit >
 struct Span
 {
@@ -49,14 +49,14 @@ template< class Unit >
 struct Line
 {
     QV_INT       kind;   // QV___STORE_LINE_...
-    QV_INT       levels; // how many sub-stores the line goes down
+    QV_INT       levels; // how many sub-stores the line names
     Span< Unit > path[QV_STORE_MAX_DEPTH];
     Span< Unit > address; // of a value
     Span< Unit > value;   // with its escapes
-    const Unit  *rest;    // what stands after the separator of the last sub-store
+    const Unit  *rest;    // what comes after the separator of the last sub-store
 };
 
-// What the reader makes of a line that stands `depth` sub-stores deep.
+// Splits a line, which lies `depth` sub-stores deep, into addresses and a value.
 template< class Unit >
 void parse( Span< Unit > text, QV_INT depth, Line< Unit > &line )
 {
@@ -227,8 +227,7 @@ QV_STRING *stringToUnescape( Span< Unit > text, qv::ObjBatch *batch )
 class Addresses
 {
 public:
-    // An address that was found here, borrowed, or a new one that nobody else has, of which the caller owns the one
-    // reference.
+    // An address that was found here, borrowed; or a new one, of which the caller owns the only reference.
     struct Found
     {
         QV_STRING *address;
@@ -266,7 +265,7 @@ private:
         QV_STRING *address;
     };
 
-    // The units at both ends tell most addresses apart.
+    // Most addresses differ in the units at one of their ends.
     template< class Unit >
     static uint64_t hashOf( Span< Unit > text )
     {
@@ -293,11 +292,12 @@ private:
 
 /* Reading lines -------------------------------------------------------------------------------------------------- */
 
-// A tree that grows line by line. As long as nobody else has been given it, its stores can be written where they are.
+// A tree that grows line by line. Until give() its stores are held by the tree alone, so that they can be written where
+// they are.
 class Reader
 {
 public:
-    // Reads lines that stand `depth` sub-stores deep.
+    // For lines that lie `depth` sub-stores deep.
     explicit Reader( QV_INT depth ) : depth_( depth ), top_( qvStoreCreate() )
     {
         stores_[0] = top_;
@@ -312,8 +312,8 @@ public:
         {
         }
 
-        // Most lines go down to where the one before went, and begin with the same units: those needn't be read
-        // again. That holds as long as this text alone has moved the reader, see forget().
+        // Most lines name the same sub-stores as the line before, in the same units, which are skipped then. Holds while
+        // no other text has moved the reader, see forget().
         void read( Span< Unit > text )
         {
             QV_INT same   = prefix_.length();
@@ -350,7 +350,7 @@ public:
         }
 
     private:
-        // Whether the sub-stores of a line are those that the reader stands in, level by level.
+        // Whether the sub-stores of a line are those that are open in the reader, level by level.
         bool leadsHere( Span< Unit > text )
         {
             parse( text, reader_.depth_, line_ );
@@ -364,7 +364,7 @@ public:
 
         Reader      &reader_;
         Span< Unit > prefix_ = {};
-        QV_INT       levels_ = 0; // how many sub-stores the prefix goes down
+        QV_INT       levels_ = 0; // how many sub-stores the prefix names
         Line< Unit > line_;
     };
 
@@ -374,7 +374,7 @@ public:
     }
 
 private:
-    // Makes stores_[from + 1] and so on those of the path, new ones where there are none.
+    // Opens the sub-stores of the path below stores_[from], new ones where there are none.
     template< class Unit >
     void goDown( QV_INT from, const Span< Unit > *path, QV_INT count )
     {
@@ -408,8 +408,8 @@ private:
         }
         else
         {
-            // Mostly it is of the same kind as the one made before. Each is the model of one only, so that all room
-            // made is no more than what the document has filled.
+            // Mostly it has as many entries as the one made before on this level. Each store is the model of one other,
+            // so that the room made for entries is no more than the document has filled.
             QV_STORE *before   = made_[level];
             QV_STORE *store    = before ? qv::createStoreLike( before ) : qvStoreCreate();
             addresses_[level]  = set( level, qv::STORE_STORES, text, address, store );
@@ -426,7 +426,7 @@ private:
         set( level, qv::STORE_VALUES, address, known_.find( address, &strings_ ), value );
     }
 
-    // Sets an entry of stores_[level] and gives its address, borrowed. Takes over the value, and the address if it is
+    // Sets an entry of stores_[level] and returns its address, borrowed. Takes over the value, and the address if it is
     // new.
     template< class Unit >
     QV_STRING *set(
@@ -474,7 +474,7 @@ private:
         return dict->length == 0 || order( static_cast< QV_STRING * >( qv::lastDictItem( dict ).key ), text ) < 0;
     }
 
-    // Whether the tree has the store that stands on a level at the address there.
+    // Whether stores_[level + 1] is the sub-store of stores_[level] at addresses_[level].
     bool isOpen( QV_INT level )
     {
         bool   found;

@@ -20,7 +20,7 @@
 
 namespace
 {
-// A block that grows. Bytes hold UTF-8, characters themselves.
+// A block that grows, of UTF-8 if the units are bytes, else of characters.
 template< class Unit >
 class Output
 {
@@ -49,7 +49,7 @@ public:
         length_ = length;
     }
 
-    // Gives the block, of which the caller becomes the owner and which is null if nothing was written.
+    // The block, which the caller owns from now on; null if nothing was written.
     Unit *take()
     {
         if( length_ > 0 )
@@ -72,7 +72,7 @@ public:
         length_ += text.length_;
     }
 
-    // Text that is known to be ASCII where the units are bytes.
+    // A text, which has to be ASCII if the units are bytes: an address.
     void append( QV_STRING *text )
     {
         const QV_CHAR *chars = qv::chars( text );
@@ -119,7 +119,7 @@ public:
     }
 
 private:
-    // Where the next units go, with room for so many.
+    // The place of the next units, with room for `count` of them.
     Unit *room( QV_INT count )
     {
         if( length_ + count > alloc_ )
