@@ -42,19 +42,10 @@ void TextBuilder::freeBlock()
     qvMemFree( chars_ );
 }
 
-QV_STRING *TextBuilder::give()
+QV_STRING *TextBuilder::giveBlock()
 {
     if( length_ == 0 )
         return qvStringCreate();
-
-    // Nobody else has had the characters, which are proper ones.
-    if( chars_ == own_ )
-    {
-        QV_STRING *qvs = createString( length_ );
-        std::copy_n( own_, length_, qv::chars( qvs ) );
-
-        return qvs;
-    }
 
     if( capacity_ != length_ )
         resize( length_ );

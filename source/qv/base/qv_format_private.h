@@ -1,8 +1,11 @@
 #ifndef QV_FORMAT_PRIVATE_H
 #define QV_FORMAT_PRIVATE_H
 
+#include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_family.h"
 #include "qv/sys/qv_assert_private.h"
+
+#include <algorithm>
 
 /** The names of the format flags. */
 QV_API QV_FLAGSET *qv___FormatFlagsFlagset;
@@ -15,7 +18,6 @@ QV_API QV_STRING *qv___FormatArgList( QV_STRING *fmt, va_list *argList );
     that is null. */
 QV_API QV_INT qv___FormatEncodeBase( QV_CHAR *dest, QV_INT base, QV_INT flags );
 
-#ifdef __cplusplus
 namespace qv
 {
 /** A text under construction, of proper characters, that becomes a String at the end. */
@@ -66,12 +68,24 @@ public:
     }
 
     /** Makes the text a new String, which the caller owns. Ends the use of the builder. */
-    QV_STRING *give();
+    QV_STRING *give()
+    {
+        if( chars_ != own_ || length_ == 0 )
+            return giveBlock();
+
+        QV_STRING *qvs = createString( length_ );
+        std::copy_n( own_, length_, qv::chars( qvs ) );
+
+        return qvs;
+    }
 
 private:
     void resize( QV_INT capacity );
     void grow( QV_INT count );
     void freeBlock();
+
+    /** give() of an empty text, and of one in a block, which the String takes over. */
+    QV_STRING *giveBlock();
 
     QV_CHAR *chars_    = own_;
     QV_INT   length_   = 0;
@@ -93,6 +107,5 @@ void encodeReal( TextBuilder &text, QV_REAL value, QV_INT base, QV_INT minWidth,
     which the caller fills. */
 QV_CHAR *encodePadding( TextBuilder &text, QV_INT length, QV_INT minWidth, QV_INT flags );
 } // namespace qv
-#endif
 
 #endif
