@@ -291,7 +291,8 @@ TEST( Time, NamesOfMonthsAndWeekdays )
         EXPECT_EQ( wd, qvWeekdayFromString( text( take( qvWeekdayToString( wd ) ).append( " " ) ) ) );
 
     EXPECT_EQ( 6, qvWeekdayFromString( text( "SUNDAY" ) ) );
-    EXPECT_EQ( -1, qvWeekdayFromString( text( "Mondays" ) ) );
+    for( const char *bad : { "", "Mon", "Mondays" } )
+        EXPECT_EQ( -1, qvWeekdayFromString( text( bad ) ) ) << bad;
 }
 
 TEST( Time, ASharedTimeStaysAsItIs )

@@ -43,7 +43,7 @@ void freeEnum( QV_OBJ *thisObj )
 }
 
 // Each value's name has that value.
-[[maybe_unused]] bool holds( QV_ENUM *en )
+[[maybe_unused]] bool isSoundEnum( QV_ENUM *en )
 {
     bool all = true;
 
@@ -111,7 +111,7 @@ void qvEnumSetEnumerant( QV_ENUM **en, QV_STRING *name, QV_INT value )
     QV_CHECK( value >= 0 );
 
     qv::enterName( en, qvEnumCreateFrom, name, value );
-    QV_ASSERT( holds( *en ) );
+    QV_ASSERT( isSoundEnum( *en ) );
 }
 
 void qvEnumDelEnumerant( QV_ENUM **en, QV_STRING *name )
@@ -122,7 +122,7 @@ void qvEnumDelEnumerant( QV_ENUM **en, QV_STRING *name )
     QV_CHECK( qvNameUpperCaseOk( name, QV_TRUE ) );
 
     qv::removeName( en, qvEnumCreateFrom, name );
-    QV_ASSERT( holds( *en ) );
+    QV_ASSERT( isSoundEnum( *en ) );
 }
 
 QV_STRING *qvEnumGenerate( QV_ENUM *en, QV_INT value )

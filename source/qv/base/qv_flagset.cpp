@@ -48,7 +48,7 @@ void freeFlagset( QV_OBJ *thisObj )
 }
 
 // Each bit's name has that bit.
-[[maybe_unused]] bool holds( QV_FLAGSET *fs )
+[[maybe_unused]] bool isSoundFlagset( QV_FLAGSET *fs )
 {
     bool all = true;
 
@@ -116,7 +116,7 @@ void qvFlagsetSetFlag( QV_FLAGSET **fs, QV_STRING *name, QV_INT value )
     QV_CHECK( value && qvIntBitHighest( value ) == qvIntBitLowest( value ) );
 
     qv::enterName( fs, qvFlagsetCreateFrom, name, value );
-    QV_ASSERT( holds( *fs ) );
+    QV_ASSERT( isSoundFlagset( *fs ) );
 }
 
 void qvFlagsetDelFlag( QV_FLAGSET **fs, QV_STRING *name )
@@ -127,7 +127,7 @@ void qvFlagsetDelFlag( QV_FLAGSET **fs, QV_STRING *name )
     QV_CHECK( qvNameUpperCaseOk( name, QV_TRUE ) );
 
     qv::removeName( fs, qvFlagsetCreateFrom, name );
-    QV_ASSERT( holds( *fs ) );
+    QV_ASSERT( isSoundFlagset( *fs ) );
 }
 
 QV_STRING *qvFlagsetGenerate( QV_FLAGSET *fs, QV_INT flags )

@@ -16,13 +16,13 @@ namespace
 const QV_INT BYTES  = 16;
 const QV_INT DIGITS = 2 * BYTES;
 
-bool isDigit( QV_CHAR ch )
+bool isIdentifierDigit( QV_CHAR ch )
 {
     return ( ch >= U'0' && ch <= U'9' ) || ( ch >= U'A' && ch <= U'F' );
 }
 
 // Takes over the text.
-QV_IDENTIFIER *create( QV_STRING *text )
+QV_IDENTIFIER *createIdentifier( QV_STRING *text )
 {
     QV_IDENTIFIER *ident = qv::create< QV_IDENTIFIER >( qvIdentifierSort() );
     ident->text          = text;
@@ -66,7 +66,7 @@ QV_IDENTIFIER *qvIdentifierCreate( void )
         chs[2 * i + 1] = HEX[bytes[i] & 15];
     }
 
-    return create( qvStringCreateFromCharsCopy( chs, DIGITS ) );
+    return createIdentifier( qvStringCreateFromCharsCopy( chs, DIGITS ) );
 }
 
 QV_IDENTIFIER *qvIdentifierTryCreateFromString( QV_STRING *qvs )
@@ -77,10 +77,10 @@ QV_IDENTIFIER *qvIdentifierTryCreateFromString( QV_STRING *qvs )
         return nullptr;
 
     for( QV_INT i = 0; i < DIGITS; i++ )
-        if( !isDigit( qv::chars( qvs )[i] ) )
+        if( !isIdentifierDigit( qv::chars( qvs )[i] ) )
             return nullptr;
 
-    return create( qv::retain( qvs ) );
+    return createIdentifier( qv::retain( qvs ) );
 }
 
 QV_IDENTIFIER *qvIdentifierTryCreateFromBuffer( QV_BUFFER *buffer )

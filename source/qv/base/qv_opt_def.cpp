@@ -37,7 +37,7 @@ qv::Ref< QV_OBJ > boxedInt( QV_INT value )
 }
 
 // The caller's own definition, to be written.
-QV_OPT_DEF *writable( QV_OPT_DEF **def )
+QV_OPT_DEF *writableDef( QV_OPT_DEF **def )
 {
     QV_CHECK( def );
     QV_CHECK( *def );
@@ -98,7 +98,7 @@ QV_BOOL qvOptDefReorder( QV_OPT_DEF *def )
 
 void qvOptDefSetReorder( QV_OPT_DEF **def, QV_BOOL value )
 {
-    writable( def )->reorder = value ? QV_TRUE : QV_FALSE;
+    writableDef( def )->reorder = value ? QV_TRUE : QV_FALSE;
 }
 
 QV_BOOL qvOptDefStringize( QV_OPT_DEF *def )
@@ -109,7 +109,7 @@ QV_BOOL qvOptDefStringize( QV_OPT_DEF *def )
 
 void qvOptDefSetStringize( QV_OPT_DEF **def, QV_BOOL value )
 {
-    writable( def )->stringize = value ? QV_TRUE : QV_FALSE;
+    writableDef( def )->stringize = value ? QV_TRUE : QV_FALSE;
 }
 
 QV_INT qvOptDefFlags( QV_OPT_DEF *def, QV_INT optId )
@@ -126,7 +126,7 @@ void qvOptDefSetFlags( QV_OPT_DEF **def, QV_INT optId, QV_INT flags )
     QV_CHECK( *def );
     QV_CHECK( optId >= 0 );
 
-    qvRangeMapSetIntKey( &writable( def )->flagsForId, optId, boxedInt( flags ) );
+    qvRangeMapSetIntKey( &writableDef( def )->flagsForId, optId, boxedInt( flags ) );
 }
 
 QV_INT qvOptDefShortOpt( QV_OPT_DEF *def, QV_CHAR optChar )
@@ -143,7 +143,7 @@ void qvOptDefSetShortOpt( QV_OPT_DEF **def, QV_CHAR optChar, QV_INT optId )
     QV_CHECK( *def );
     QV_CHECK( QV_CHAR_OK( optChar ) );
 
-    qvDictSetIntKey( &writable( def )->idForShortOpt, optChar, boxedInt( optId ) );
+    qvDictSetIntKey( &writableDef( def )->idForShortOpt, optChar, boxedInt( optId ) );
 }
 
 QV_INT qvOptDefLongOpt( QV_OPT_DEF *def, QV_STRING *optString, QV_BOOL allowAbbreviated, QV_BOOL *abbreviated )
@@ -193,7 +193,7 @@ void qvOptDefSetLongOpt( QV_OPT_DEF **def, QV_STRING *optString, QV_INT optId )
     QV_CHECK( *def );
     QV_CHECK( optString );
 
-    qvDictSetStringKey( &writable( def )->idForLongOpt, optString, boxedInt( optId ) );
+    qvDictSetStringKey( &writableDef( def )->idForLongOpt, optString, boxedInt( optId ) );
 }
 
 void qvOptDefSetLongOptCstr( QV_OPT_DEF **def, const char *cstr, QV_INT length, QV_INT optId )
@@ -214,5 +214,5 @@ QV_INT qvOptDefArgOnly( QV_OPT_DEF *def )
 
 void qvOptDefSetArgOnly( QV_OPT_DEF **def, QV_INT optId )
 {
-    writable( def )->argOnly = optId;
+    writableDef( def )->argOnly = optId;
 }

@@ -58,7 +58,7 @@ bool isText( QV_OBJ *object )
 
 // The links lead through all that remains, and runs hold no texts. Checked where few elements remain, since it is
 // checked in every step.
-[[maybe_unused]] bool holds( QV_OPT_SEQ *seq )
+[[maybe_unused]] bool isSoundOptSeq( QV_OPT_SEQ *seq )
 {
     const QV_INT FEW = 64;
 
@@ -143,7 +143,7 @@ void dropAll( QV_OPT_SEQ *seq )
 // A `--` at the very end leaves nothing to report.
 void dropFinalDashes( QV_OPT_SEQ *seq )
 {
-    QV_ASSERT( holds( seq ) );
+    QV_ASSERT( isSoundOptSeq( seq ) );
 
     if( seq->length != 1 )
         return;
@@ -176,12 +176,6 @@ void freeOptSeq( QV_OBJ *thisObj )
 
 /* One step ------------------------------------------------------------------------------------------------------- */
 
-template< class T >
-T *shareOrNull( T *object )
-{
-    return object ? qv::retain( object ) : nullptr;
-}
-
 void clearOption( QV_OPT_SEQ *seq )
 {
     qv::assign( &seq->opt, static_cast< QV_STRING * >( nullptr ) );
@@ -189,7 +183,7 @@ void clearOption( QV_OPT_SEQ *seq )
 }
 
 // The result for what the user did wrong, with its text.
-QV_INT fail( QV_OPT_SEQ *seq, QV_INT id )
+QV_INT failStep( QV_OPT_SEQ *seq, QV_INT id )
 {
     static const char *const TEXTS[] = {
         "%s: option undefined",
@@ -225,7 +219,7 @@ QV_INT readPlainArgument( QV_OPT_SEQ *seq, QV_INT *at )
     QV_INT            argOnly = qvOptDefArgOnly( seq->def );
 
     if( argOnly < 0 )
-        return fail( seq, QV_OPT_SEQ_ARGUMENT_DISALLOWED_ALONE );
+        return failStep( seq, QV_OPT_SEQ_ARGUMENT_DISALLOWED_ALONE );
 
     qv::assign( &seq->arg, element.give() );
     return argOnly;
@@ -248,12 +242,12 @@ QV_INT readShortOption( QV_OPT_SEQ *seq, QV_INT *at, qv::Ref< QV_STRING > text )
     qv::assign( &seq->opt, qvStringCreateFromFormatCstr( "-%c", -1, c ) );
 
     if( id < 0 )
-        return fail( seq, id );
+        return failStep( seq, id );
 
     if( takesArg && left > 0 )
         qv::assign( &seq->arg, qvStringObj( qvStringCreateFromInner( text, letter + 1, left ) ) );
     else if( takesArg && !takeArgument( seq, at ) )
-        return fail( seq, QV_OPT_SEQ_ARGUMENT_MISSING );
+        return failStep( seq, QV_OPT_SEQ_ARGUMENT_MISSING );
 
     return id;
 }
@@ -279,25 +273,25 @@ QV_INT readLongOption( QV_OPT_SEQ *seq, QV_INT *at )
         qvStringLength( text ) > 0 ? qvOptDefLongOpt( seq->def, text, QV_TRUE, &abbreviated ) : QV_OPT_SEQ_UNDEFINED;
 
     if( id < 0 )
-        return fail( seq, id );
+        return failStep( seq, id );
 
     QV_INT flags = qvOptDefFlags( seq->def, id );
 
     if( ( flags & QV_OPT_FLAG_ARGUMENT ) && !seq->arg && !takeArgument( seq, at ) )
-        return fail( seq, QV_OPT_SEQ_ARGUMENT_MISSING );
+        return failStep( seq, QV_OPT_SEQ_ARGUMENT_MISSING );
 
     if( ( flags & QV_OPT_FLAG_NO_ABBREV ) && abbreviated )
-        return fail( seq, QV_OPT_SEQ_ABBREVIATED );
+        return failStep( seq, QV_OPT_SEQ_ABBREVIATED );
 
     if( !( flags & QV_OPT_FLAG_ARGUMENT ) && seq->arg )
-        return fail( seq, QV_OPT_SEQ_ARGUMENT_DISALLOWED );
+        return failStep( seq, QV_OPT_SEQ_ARGUMENT_DISALLOWED );
 
     return id;
 }
 
 // Elements that are no texts are passed over as long as options may follow; they are read, in order, when nothing else
 // remains. What comes after an ignored option is left for the next step.
-QV_INT step( QV_OPT_SEQ *seq )
+QV_INT readStep( QV_OPT_SEQ *seq )
 {
     const QV_INT length    = seq->length;
     QV_INT      *at        = &seq->first; // the link to the element that is looked at
@@ -333,7 +327,7 @@ QV_INT step( QV_OPT_SEQ *seq )
         {
             seq->options = QV_FALSE;
             dropNext( seq, at );
-            return step( seq );
+            return readStep( seq );
         }
 
         QV_INT id = isLong ? readLongOption( seq, at ) : readShortOption( seq, at, std::move( text ) );
@@ -346,7 +340,7 @@ QV_INT step( QV_OPT_SEQ *seq )
         if( flags & QV_OPT_FLAG_ONCE )
         {
             if( qvRangeMapHasIntKey( seq->once, id ) )
-                return fail( seq, QV_OPT_SEQ_MULTIPLE );
+                return failStep( seq, QV_OPT_SEQ_MULTIPLE );
 
             qv::Ref< QV_BOXED_NULL > seen( qvBoxedNullCreate() );
             qvRangeMapSetIntKey( &seq->once, id, qvBoxedNullObj( seen ) );
@@ -366,7 +360,7 @@ QV_INT step( QV_OPT_SEQ *seq )
     if( afterPass && seq->length == length )
     {
         seq->options = QV_FALSE;
-        return step( seq );
+        return readStep( seq );
     }
 
     return QV_OPT_SEQ_NOTHING;
@@ -388,22 +382,54 @@ qv::Ref< QV_STRING > scannedText( QV_OPT_SEQ *seq )
     return qv::Ref< QV_STRING >( scanned ? qvObjToString( seq->arg ) : nullptr );
 }
 
-bool argScansAsReal( QV_OPT_SEQ *seq, QV_REAL *value )
+// Whether the argument is a real, which `*value` becomes then. The next two are the same for the other kinds.
+bool readReal( QV_OPT_SEQ *seq, QV_REAL *value )
 {
-    qv::Ref< QV_STRING > text = scannedText( seq );
-    return text && qv::scansAsReal( text, -1, value );
+    if( argHasSort( seq, qvBoxedRealSort() ) )
+        *value = qvBoxedRealValue( qvBoxedRealFrom( seq->arg ) );
+    else if( argHasSort( seq, qvBoxedIntSort() ) )
+        *value = static_cast< QV_REAL >( qvBoxedIntValue( qvBoxedIntFrom( seq->arg ) ) );
+    else
+    {
+        qv::Ref< QV_STRING > text = scannedText( seq );
+        return text && qv::scansAsReal( text, -1, value );
+    }
+
+    return true;
 }
 
-bool argScansAsInt( QV_OPT_SEQ *seq, QV_INT *value )
+bool readInt( QV_OPT_SEQ *seq, QV_INT *value )
 {
-    qv::Ref< QV_STRING > text = scannedText( seq );
-    return text && qv::scansAsInt( text, -1, value );
+    if( argHasSort( seq, qvBoxedIntSort() ) )
+        *value = qvBoxedIntValue( qvBoxedIntFrom( seq->arg ) );
+    else if( argHasSort( seq, qvBoxedRealSort() ) )
+        *value = qvRealToInt( qvBoxedRealValue( qvBoxedRealFrom( seq->arg ) ) );
+    else
+    {
+        qv::Ref< QV_STRING > text = scannedText( seq );
+        return text && qv::scansAsInt( text, -1, value );
+    }
+
+    return true;
 }
 
-bool argScansAsBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric, QV_BOOL *value )
+// Here `*value` becomes false if the argument is no truth value.
+bool readBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric, QV_BOOL *value )
 {
+    if( argHasSort( seq, qvBoxedBoolSort() ) )
+    {
+        *value = qvBoxedBoolValue( qvBoxedBoolFrom( seq->arg ) );
+        return true;
+    }
+
     qv::Ref< QV_STRING > text = scannedText( seq );
-    return text && qv::scansAsBool( text, allowNumeric, value );
+
+    if( text && qv::scansAsBool( text, allowNumeric, value ) )
+        return true;
+
+    // The text of a boxed NaN or infinity is no number.
+    *value = QV_FALSE;
+    return allowNumeric && argHasSort( seq, qvBoxedRealSort() );
 }
 } // namespace
 
@@ -476,7 +502,7 @@ QV_INT qvOptSeqNext( QV_OPT_SEQ *seq )
     QV_INT length = seq->length;
     QV_CHECK( length );
 
-    seq->id          = step( seq );
+    seq->id          = readStep( seq );
     seq->idSecondary = seq->id;
     dropFinalDashes( seq );
 
@@ -504,7 +530,7 @@ QV_BOOL qvOptSeqHasOpt( QV_OPT_SEQ *seq )
 QV_STRING *qvOptSeqOpt( QV_OPT_SEQ *seq )
 {
     QV_CHECK( seq );
-    return shareOrNull( seq->opt );
+    return qv::Ref< QV_STRING >::share( seq->opt ).give();
 }
 
 QV_BOOL qvOptSeqHasArg( QV_OPT_SEQ *seq )
@@ -516,7 +542,7 @@ QV_BOOL qvOptSeqHasArg( QV_OPT_SEQ *seq )
 QV_OBJ *qvOptSeqArgObj( QV_OPT_SEQ *seq )
 {
     QV_CHECK( seq );
-    return shareOrNull( seq->arg );
+    return qv::Ref< QV_OBJ >::share( seq->arg ).give();
 }
 
 QV_STRING *qvOptSeqArgString( QV_OPT_SEQ *seq )
@@ -530,26 +556,15 @@ QV_BOOL qvOptSeqArgIsReal( QV_OPT_SEQ *seq )
     QV_CHECK( seq );
 
     QV_REAL ignored;
-
-    return argHasSort( seq, qvBoxedRealSort() ) || argHasSort( seq, qvBoxedIntSort() )
-                   || argScansAsReal( seq, &ignored )
-               ? QV_TRUE
-               : QV_FALSE;
+    return readReal( seq, &ignored ) ? QV_TRUE : QV_FALSE;
 }
 
 QV_REAL qvOptSeqArgReal( QV_OPT_SEQ *seq )
 {
     QV_CHECK( seq );
 
-    if( argHasSort( seq, qvBoxedRealSort() ) )
-        return qvBoxedRealValue( qvBoxedRealFrom( seq->arg ) );
-
-    if( argHasSort( seq, qvBoxedIntSort() ) )
-        return static_cast< QV_REAL >( qvBoxedIntValue( qvBoxedIntFrom( seq->arg ) ) );
-
     QV_REAL value;
-
-    return argScansAsReal( seq, &value ) ? value : 0.0;
+    return readReal( seq, &value ) ? value : 0.0;
 }
 
 QV_BOOL qvOptSeqArgIsInt( QV_OPT_SEQ *seq )
@@ -557,25 +572,15 @@ QV_BOOL qvOptSeqArgIsInt( QV_OPT_SEQ *seq )
     QV_CHECK( seq );
 
     QV_INT ignored;
-
-    return argHasSort( seq, qvBoxedRealSort() ) || argHasSort( seq, qvBoxedIntSort() ) || argScansAsInt( seq, &ignored )
-               ? QV_TRUE
-               : QV_FALSE;
+    return readInt( seq, &ignored ) ? QV_TRUE : QV_FALSE;
 }
 
 QV_INT qvOptSeqArgInt( QV_OPT_SEQ *seq )
 {
     QV_CHECK( seq );
 
-    if( argHasSort( seq, qvBoxedIntSort() ) )
-        return qvBoxedIntValue( qvBoxedIntFrom( seq->arg ) );
-
-    if( argHasSort( seq, qvBoxedRealSort() ) )
-        return qvRealToInt( qvBoxedRealValue( qvBoxedRealFrom( seq->arg ) ) );
-
     QV_INT value;
-
-    return argScansAsInt( seq, &value ) ? value : 0;
+    return readInt( seq, &value ) ? value : 0;
 }
 
 QV_BOOL qvOptSeqArgIsBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric )
@@ -583,23 +588,17 @@ QV_BOOL qvOptSeqArgIsBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric )
     QV_CHECK( seq );
 
     QV_BOOL ignored;
-
-    return ( allowNumeric && qvOptSeqArgIsReal( seq ) ) || argHasSort( seq, qvBoxedBoolSort() )
-                   || argScansAsBool( seq, allowNumeric, &ignored )
-               ? QV_TRUE
-               : QV_FALSE;
+    return readBool( seq, allowNumeric, &ignored ) ? QV_TRUE : QV_FALSE;
 }
 
 QV_BOOL qvOptSeqArgBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric )
 {
     QV_CHECK( seq );
 
-    if( argHasSort( seq, qvBoxedBoolSort() ) )
-        return qvBoxedBoolValue( qvBoxedBoolFrom( seq->arg ) );
-
     QV_BOOL value;
+    readBool( seq, allowNumeric, &value );
 
-    return argScansAsBool( seq, allowNumeric, &value ) ? value : QV_FALSE;
+    return value;
 }
 
 QV_BOOL qvOptSeqHasError( QV_OPT_SEQ *seq )
@@ -611,5 +610,5 @@ QV_BOOL qvOptSeqHasError( QV_OPT_SEQ *seq )
 QV_STRING *qvOptSeqError( QV_OPT_SEQ *seq )
 {
     QV_CHECK( seq );
-    return shareOrNull( seq->error );
+    return qv::Ref< QV_STRING >::share( seq->error ).give();
 }

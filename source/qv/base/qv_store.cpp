@@ -24,14 +24,14 @@ using qv::StoreTable;
 
 // The value of a String key, borrowed, or null.
 template< class T >
-T *find( QV_DICT *dict, QV_STRING *key )
+T *findEntry( QV_DICT *dict, QV_STRING *key )
 {
     QV_INT idx = qvDictIndexOfObjKey( dict, key );
 
     return idx < 0 ? nullptr : static_cast< T * >( qv::dictItem( dict, idx ).val );
 }
 
-bool has( QV_DICT *dict, QV_STRING *key )
+bool hasKey( QV_DICT *dict, QV_STRING *key )
 {
     return qvDictIndexOfObjKey( dict, key ) >= 0;
 }
@@ -90,7 +90,7 @@ QV_INT compareStoresStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *w
 // Deletes an entry of one table, if there is one, and the address unless the other table has it too.
 void deleteEntry( QV_STORE **store, StoreTable table, StoreTable other, QV_STRING *address )
 {
-    if( !has( *store->*table, address ) )
+    if( !hasKey( *store->*table, address ) )
         return;
 
     // The entry can hold the only reference to it.
@@ -99,7 +99,7 @@ void deleteEntry( QV_STORE **store, StoreTable table, StoreTable other, QV_STRIN
     qv::makePrivate( store, qvStoreCreateFrom );
     qvDictDelObjKey( &( *store->*table ), address );
 
-    if( !has( *store->*other, address ) )
+    if( !hasKey( *store->*other, address ) )
         qvDictDelObjKey( &( *store )->addresses, address );
 
     QV_ASSERT( qv::isSoundStore( *store, address ) );
@@ -111,7 +111,7 @@ QV_BOOL scanValue( QV_STORE *store, T *out, QV_STRING *address, const Scan &scan
 {
     CHECK_READ( store, address );
 
-    QV_STRING *value  = find< QV_STRING >( store->values, address );
+    QV_STRING *value  = findEntry< QV_STRING >( store->values, address );
     T          result = 0;
     bool       ok     = value && scan( value, &result );
 
@@ -163,8 +163,8 @@ namespace
 bool isSoundEntry( QV_STORE *store, QV_STRING *address )
 {
     QV_INT     idx   = qvDictIndexOfObjKey( store->addresses, address );
-    QV_STRING *value = find< QV_STRING >( store->values, address );
-    QV_STORE  *sub   = find< QV_STORE >( store->stores, address );
+    QV_STRING *value = findEntry< QV_STRING >( store->values, address );
+    QV_STORE  *sub   = findEntry< QV_STORE >( store->stores, address );
 
     if( ( idx >= 0 ) != ( value || sub ) || ( value && qvObjSort( value ) != qvStringSort() )
         || ( sub && qvObjSort( sub ) != qvStoreSort() ) )
@@ -353,7 +353,7 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
 QV_BOOL qvStoreHasAddress( QV_STORE *store, QV_STRING *address )
 {
     CHECK_READ( store, address );
-    return has( store->addresses, address ) ? QV_TRUE : QV_FALSE;
+    return hasKey( store->addresses, address ) ? QV_TRUE : QV_FALSE;
 }
 
 /* One entry: values ---------------------------------------------------------------------------------------------- */
@@ -367,7 +367,7 @@ QV_STRING *qvStoreValue( QV_STORE *store, QV_STRING *address )
 QV_BOOL qvStoreHasValue( QV_STORE *store, QV_STRING *address )
 {
     CHECK_READ( store, address );
-    return has( store->values, address ) ? QV_TRUE : QV_FALSE;
+    return hasKey( store->values, address ) ? QV_TRUE : QV_FALSE;
 }
 
 void qvStoreSetValue( QV_STORE **store, QV_STRING *address, QV_STRING *value )
@@ -448,7 +448,7 @@ QV_STORE *qvStoreStore( QV_STORE *store, QV_STRING *address )
 QV_BOOL qvStoreHasStore( QV_STORE *store, QV_STRING *address )
 {
     CHECK_READ( store, address );
-    return has( store->stores, address ) ? QV_TRUE : QV_FALSE;
+    return hasKey( store->stores, address ) ? QV_TRUE : QV_FALSE;
 }
 
 void qvStoreSetStore( QV_STORE **store, QV_STRING *address, QV_STORE *other )

@@ -92,7 +92,7 @@ namespace
 {
 // Sets an entry of a store that is being read. Takes over the value. The address is borrowed; unless the store has an
 // equal one, the caller is the only one to hold it.
-void enter( QV_STORE *store, qv::StoreTable table, QV_STRING *address, QV_OBJ *value )
+void enterDecoded( QV_STORE *store, qv::StoreTable table, QV_STRING *address, QV_OBJ *value )
 {
     bool   found;
     QV_INT idx = qv::searchDict( store->addresses, address, &found );
@@ -136,10 +136,10 @@ QV_STORE *qv___StoreTryDecodeFromDecoder( QV_DECODER *decoder, QV_INT depth )
         }
 
         if( ok && value )
-            enter( store, qv::STORE_VALUES, address, value.give() );
+            enterDecoded( store, qv::STORE_VALUES, address, value.give() );
 
         if( ok && sub )
-            enter( store, qv::STORE_STORES, address, sub.give() );
+            enterDecoded( store, qv::STORE_STORES, address, sub.give() );
     }
 
     if( ok )

@@ -29,29 +29,29 @@ Address addressAt( QV_STORE **store, QV_INT index )
     return Address( qvStoreAddressAt( *store, index ) );
 }
 
-Address formatted( va_list *args, QV_STRING *format )
+Address formattedAddress( va_list *args, QV_STRING *format )
 {
     return Address( qvStringCreateFromFormatArgList( format, args ) );
 }
 
-Address formatted( va_list *args, const char *format, QV_INT length )
+Address formattedAddress( va_list *args, const char *format, QV_INT length )
 {
     return Address( qvStringCreateFromFormatCstrArgList( format, length, args ) );
 }
 
-Address formatted( va_list *args, const wchar_t *format, QV_INT length )
+Address formattedAddress( va_list *args, const wchar_t *format, QV_INT length )
 {
     return Address( qvStringCreateFromFormatWcstrArgList( format, length, args ) );
 }
 } // namespace
 
-// The text of a format, given in one of the forms of formatted(), and of the arguments after the parameter `last`. An
+// The text of a format, given in one of the forms of formattedAddress(), and of the arguments after the parameter `last`. An
 // expression, since only the function that has the arguments can begin and end a list of them.
 #define FORMATTED( last, ... )                                                                                         \
     __extension__( {                                                                                                   \
         va_list args_;                                                                                                 \
         va_start( args_, last );                                                                                       \
-        Address address_ = formatted( &args_, __VA_ARGS__ );                                                           \
+        Address address_ = formattedAddress( &args_, __VA_ARGS__ );                                                    \
         va_end( args_ );                                                                                               \
         std::move( address_ );                                                                                         \
     } )

@@ -58,7 +58,7 @@ struct Line
 
 // Splits a line, which lies `depth` sub-stores deep, into addresses and a value.
 template< class Unit >
-void parse( Span< Unit > text, QV_INT depth, Line< Unit > &line )
+void parseLine( Span< Unit > text, QV_INT depth, Line< Unit > &line )
 {
     const Unit *pos = text.begin;
 
@@ -133,7 +133,7 @@ QV_STRING *stringOf( Span< Unit > text, qv::ObjBatch *batch )
 
 // The order of an address against a text: -1, 0 or 1.
 template< class Unit >
-QV_INT order( QV_STRING *address, Span< Unit > text )
+QV_INT compareText( QV_STRING *address, Span< Unit > text )
 {
     const QV_CHAR *chars  = qv::chars( address );
     QV_INT         common = std::min( address->length, text.length() );
@@ -241,7 +241,7 @@ public:
         uint64_t     hash = hashOf( text );
         const Place &last = places_[hash >> SHIFT];
 
-        if( last.hash == hash && last.address && order( last.address, text ) == 0 )
+        if( last.hash == hash && last.address && compareText( last.address, text ) == 0 )
         {
             QV_ASSERT( QV___RETAIN_COUNT_VALUE( last.address->retainCount ) > 0 );
             return { last.address, hash, false };
@@ -329,7 +329,7 @@ public:
                     return;
             }
 
-            parse( text, reader_.depth_ + levels, line_ );
+            parseLine( text, reader_.depth_ + levels, line_ );
 
             if( line_.levels )
             {
@@ -353,11 +353,11 @@ public:
         // Whether the sub-stores of a line are those that are open in the reader, level by level.
         bool leadsHere( Span< Unit > text )
         {
-            parse( text, reader_.depth_, line_ );
+            parseLine( text, reader_.depth_, line_ );
             bool ok = line_.levels == levels_;
 
             for( QV_INT level = 0; ok && level < levels_; level++ )
-                ok = order( reader_.addresses_[level], line_.path[level] ) == 0 && reader_.isOpen( level );
+                ok = compareText( reader_.addresses_[level], line_.path[level] ) == 0 && reader_.isOpen( level );
 
             return ok;
         }
@@ -380,7 +380,7 @@ private:
     {
         for( QV_INT level = from; level < from + count; level++, path++ )
         {
-            if( level < open_ && order( addresses_[level], *path ) == 0 )
+            if( level < open_ && compareText( addresses_[level], *path ) == 0 )
                 QV_ASSERT( isOpen( level ) );
             else
                 openStore( level, *path );
@@ -471,7 +471,7 @@ private:
     template< class Unit >
     static bool comesAfter( Span< Unit > text, QV_DICT *dict )
     {
-        return dict->length == 0 || order( static_cast< QV_STRING * >( qv::lastDictItem( dict ).key ), text ) < 0;
+        return dict->length == 0 || compareText( static_cast< QV_STRING * >( qv::lastDictItem( dict ).key ), text ) < 0;
     }
 
     // Whether stores_[level + 1] is the sub-store of stores_[level] at addresses_[level].
@@ -631,7 +631,7 @@ QV_INT qv___StoreParseLine( QV_STRING *line, QV_STRING **path, QV_STRING **value
     // What `path` and `value` hold can be all that keeps the line alive.
     qv::Ref< QV_STRING > held = qv::Ref< QV_STRING >::share( line );
     Line< QV_CHAR >      parsed;
-    parse( spanOf( line ), 0, parsed );
+    parseLine( spanOf( line ), 0, parsed );
 
     bool isValue = parsed.kind == QV___STORE_LINE_VALUE;
 

@@ -28,7 +28,7 @@ void freeToolSwitch( QV_OBJ *thisObj )
 }
 
 // The caller's own switch, to be written.
-QV_TOOL_SWITCH *writable( QV_TOOL_SWITCH **ts )
+QV_TOOL_SWITCH *writableSwitch( QV_TOOL_SWITCH **ts )
 {
     qv::makePrivate( ts, qvToolSwitchCreateFrom );
     return *ts;
@@ -96,7 +96,7 @@ void qvToolSwitchSetTool( QV_TOOL_SWITCH **ts, QV_STRING *tool, QV_TOOL_SWITCH_F
 
     qv::Ref< QV___TOOL_SWITCH_TOOL > entry( qv::create< QV___TOOL_SWITCH_TOOL >( qv___ToolSwitchToolSort() ) );
     entry->func = func;
-    qvDictSetStringKey( &writable( ts )->tools, tool, qv___ToolSwitchToolObj( entry ) );
+    qvDictSetStringKey( &writableSwitch( ts )->tools, tool, qv___ToolSwitchToolObj( entry ) );
 }
 
 void qvToolSwitchSetToolCstr( QV_TOOL_SWITCH **ts, const char *cstr, QV_INT length, QV_TOOL_SWITCH_FUNC func )
@@ -116,7 +116,7 @@ void qvToolSwitchDelTool( QV_TOOL_SWITCH **ts, QV_STRING *tool )
     QV_CHECK( tool );
 
     if( qvDictHasStringKey( ( *ts )->tools, tool ) )
-        qvDictDelStringKey( &writable( ts )->tools, tool );
+        qvDictDelStringKey( &writableSwitch( ts )->tools, tool );
 }
 
 void qvToolSwitchDelToolCstr( QV_TOOL_SWITCH **ts, const char *cstr, QV_INT length )
