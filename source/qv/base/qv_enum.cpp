@@ -42,7 +42,7 @@ void freeEnum( QV_OBJ *thisObj )
     qv::drop( en->valueToName );
 }
 
-// Each value's name has that value.
+// Whether each value's name has that value.
 [[maybe_unused]] bool isSoundEnum( QV_ENUM *en )
 {
     bool all = true;

@@ -58,8 +58,8 @@ QV_API void qvEnumSetEnumerantWcstr( QV_ENUM **en, const wchar_t *wcstr, QV_INT 
 /** @} */
 
 /** @{ */
-/** Removes a name. If qvEnumGenerate() returned it for its value, that value has no name any more. An unknown name changes
-    nothing. */
+/** Removes a name. If qvEnumGenerate() returned it for its value, that value has no name any more. An unknown name
+    changes nothing. */
 QV_API void qvEnumDelEnumerant( QV_ENUM **en, QV_STRING *name );
 QV_API void qvEnumDelEnumerantCstr( QV_ENUM **en, const char *cstr, QV_INT length );
 QV_API void qvEnumDelEnumerantWcstr( QV_ENUM **en, const wchar_t *wcstr, QV_INT length );

@@ -47,7 +47,7 @@ void freeFlagset( QV_OBJ *thisObj )
         qv::drop( name );
 }
 
-// Each bit's name has that bit.
+// Whether each bit's name has that bit.
 [[maybe_unused]] bool isSoundFlagset( QV_FLAGSET *fs )
 {
     bool all = true;

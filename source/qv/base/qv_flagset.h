@@ -59,8 +59,8 @@ QV_API void qvFlagsetSetFlagWcstr( QV_FLAGSET **fs, const wchar_t *wcstr, QV_INT
 /** @} */
 
 /** @{ */
-/** Removes a name. If qvFlagsetGenerate() returned it for its bit, that bit has no name any more. An unknown name changes
-    nothing. */
+/** Removes a name. If qvFlagsetGenerate() returned it for its bit, that bit has no name any more. An unknown name
+    changes nothing. */
 QV_API void qvFlagsetDelFlag( QV_FLAGSET **fs, QV_STRING *name );
 QV_API void qvFlagsetDelFlagCstr( QV_FLAGSET **fs, const char *cstr, QV_INT length );
 QV_API void qvFlagsetDelFlagWcstr( QV_FLAGSET **fs, const wchar_t *wcstr, QV_INT length );

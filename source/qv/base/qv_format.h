@@ -40,8 +40,9 @@
         m           none                        `width` characters of the code `precision`, else tabs
 
     A format has at least one conversion other than `%%`, so that no text from outside is taken for one by mistake. The
-    conversion `%#%`, which writes nothing, makes a format of a text that has no other. A format that breaks the grammar ends the process,
-    and so do arguments out of the ranges of the encoders. Formatting costs the text it makes and one new String.
+    conversion `%#%`, which writes nothing, makes a format of a text that has no other. A format that breaks the grammar
+    ends the process, and so do arguments out of the ranges of the encoders. Formatting costs the text it makes and one
+    new String.
 
     Threads. Every function may be called from any thread. Nothing here asks the locale. */
 
@@ -96,9 +97,9 @@ QV_API QV_STRING *qvFormatEncodeChars( const QV_CHAR *src, QV_INT srcLength, QV_
 /*  A decoder reads the number or word at the start of the characters and the white space before and after it. It
     returns true if there was one. `*value` becomes the value, 0 if there was none, and `*consumed` the number of
     characters that were read, in both cases; `value` and `consumed` may be null. A caller that accepts nothing else in
-    the text compares `consumed` with its length. No proper text ends the process; a negative length, a range outside the
-    String, a bad base and characters of 0x110000 and above do. `src` is borrowed; characters may be null if there are
-    none. */
+    the text compares `consumed` with its length. No proper text ends the process; a negative length, a range outside
+    the String, a bad base and characters of 0x110000 and above do. `src` is borrowed; characters may be null if there
+    are none. */
 
 /** @{ */
 /** Reads an integer: a sign, which white space may follow, and digits. The base is 2 to 36, or -1 for that of the

@@ -5,6 +5,7 @@
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_chars.h"
 #include "qv/sys/qv_mem.h"
 
@@ -79,6 +80,15 @@ private:
             qv___Abort( "missing conversion", QV___SOURCE, __LINE__, "pos < fmtLength" );
     }
 
+    // Whether the decoder reads this number of so many characters here.
+    [[maybe_unused]] bool decoderReads( QV_INT number, QV_INT length ) const
+    {
+        QV_INT value, consumed;
+
+        return qvFormatTryDecodeIntChars( at_, end_ - at_, 10, &value, &consumed ) && value == number
+               && consumed == length;
+    }
+
     // A number of the format, or of the arguments for an asterisk. True if there is one.
     bool readNumber( QV_INT *number )
     {
@@ -101,6 +111,8 @@ private:
 
         if( at < safe && *at > U' ' && *at < 128 )
         {
+            QV_ASSERT( at == at_ || decoderReads( value, at - at_ ) );
+
             if( at == at_ )
                 return false;
 

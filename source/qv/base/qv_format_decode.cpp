@@ -101,7 +101,7 @@ struct Reader
 
         if( left >= 2 && *at == U'0' )
         {
-            // Letters differ from lower-case ones in one bit.
+            // An upper-case letter differs from its lower-case form in this bit.
             QV_CHAR letter = at[1] | 0x20;
             QV_INT  base   = letter == U'b' ? 2 : letter == U'o' ? 8 : letter == U'd' ? 10 : letter == U'x' ? 16 : 0;
 
@@ -161,7 +161,7 @@ QV_BOOL decodeInt( Reader &in, QV_INT base, QV_INT *value )
     const QV_CHAR    *first  = in.at;
     QV_INT            result = 0;
 
-    // The first 18 digits of base 10 cannot leave the range.
+    // 18 digits of base 10 are below the limit of the range, so that they need no check of it.
     if( base == 10 )
     {
         const QV_CHAR *safe = in.at + std::min< ptrdiff_t >( in.end - in.at, 18 );

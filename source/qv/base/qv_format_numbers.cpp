@@ -64,8 +64,8 @@ int countDigits( uint64_t value, unsigned base )
 {
     if( base == 10 )
     {
-        // 1233 / 4096 is a little less than the decimal logarithm of 2: the product is the number of digits, or one less.
-        // 0 has a digit too.
+        // 1233 / 4096 is a little less than the decimal logarithm of 2: the product is the number of digits, or one
+        // less. 0 has a digit too.
         value |= 1;
         int digits = std::bit_width( value ) * 1233 >> 12;
         return digits + ( value >= POWERS_OF_TEN[digits] );
@@ -267,10 +267,10 @@ QV_CHAR *writeFractionOfReal( QV_CHAR *to, QV_REAL value, QV_REAL base, QV_INT c
     return to;
 }
 
-// The digits that writeFractionOfReal() writes in base 10, in a fraction of the time. Holds for a value from 0 to below 1
-// and at most 15 places. Both functions make the same products. The other one subtracts from a product what the digits
-// before make of it, divides by 10 and multiplies by 10 again; that does not carry it past an integer, so that each digit
-// is the last one of its product's integer part. The integer part of the last product has all of them.
+// The digits that writeFractionOfReal() writes in base 10, in a fraction of the time. Holds for a value from 0 to below
+// 1 and at most 15 places. Both functions make the same products. The other one subtracts from a product what the
+// digits before make of it, divides by 10 and multiplies by 10 again; that does not carry it past an integer, so that
+// each digit is the last one of its product's integer part. The integer part of the last product has all of them.
 QV_CHAR *writeDecimalFraction( QV_CHAR *to, QV_REAL *value, int count )
 {
     QV_ASSERT( *value >= 0.0 && *value < 1.0 && count <= 15 );

@@ -90,7 +90,7 @@ QV_IDENTIFIER *qvIdentifierTryCreateFromBuffer( QV_BUFFER *buffer )
     if( qvBufferLength( buffer ) != DIGITS )
         return nullptr;
 
-    // UTF-8 is ASCII wherever this can be an Identifier.
+    // Read as UTF-8, which is ASCII if this is the text of an Identifier.
     qv::Ref< QV_STRING > text(
         qvStringCreateFromCstr( reinterpret_cast< const char * >( qvBufferBacking( buffer ) ), DIGITS ) );
 

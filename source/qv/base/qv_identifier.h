@@ -14,8 +14,8 @@ QV_FAMILY( Identifier, QV_IDENTIFIER )
 QV_API QV_IDENTIFIER *qvIdentifierCreate( void );
 
 /** @{ */
-/** A new Identifier of a text of 32 digits, in ASCII if it is in a Buffer. Null if it is anything else, or if a digit is
-    in lower case. */
+/** A new Identifier of a text of 32 digits, in ASCII if it is in a Buffer. Null if it is anything else, or if a digit
+    is in lower case. */
 QV_API QV_IDENTIFIER *qvIdentifierTryCreateFromString( QV_STRING *qvs );
 QV_API QV_IDENTIFIER *qvIdentifierTryCreateFromBuffer( QV_BUFFER *buffer );
 /** @} */

@@ -13,8 +13,8 @@
     Value and copy. A definition that others hold too is never changed: a setter takes the address of the caller's
     reference and replaces a shared definition by a private copy first.
 
-    Costs. Names are found by bisection; an abbreviation costs a walk over all long names. Threads. Any thread may read a
-    definition; a variable that is changed belongs to one thread at a time.
+    Costs. Names are found by bisection; an abbreviation costs a walk over all long names. Threads. Any thread may read
+    a definition; a variable that is changed belongs to one thread at a time.
 
     Arguments are borrowed. Null as an object ends the process. */
 

@@ -56,8 +56,8 @@ bool isText( QV_OBJ *object )
 
 /* What remains to be read ---------------------------------------------------------------------------------------- */
 
-// The links lead through all that remains, and runs hold no texts. Checked where few elements remain, since it is
-// checked in every step.
+// Whether the links lead through all that remains, and runs hold no texts. Checked where few elements remain, since it
+// is checked in every step.
 [[maybe_unused]] bool isSoundOptSeq( QV_OPT_SEQ *seq )
 {
     const QV_INT FEW = 64;
@@ -121,8 +121,8 @@ qv::Ref< QV_OBJ > takeNext( QV_OPT_SEQ *seq, QV_INT *at )
     return taken;
 }
 
-// Passes over the element that the link `at` leads to, which is no text, and all others up to the next text. Returns the
-// link after them. The first one remembers the last one, so that no later step walks through them again.
+// Passes over the element that the link `at` leads to, which is no text, and all others up to the next text. Returns
+// the link after them. The first one remembers the last one, so that no later step walks through them again.
 QV_INT *passObjects( QV_OPT_SEQ *seq, QV_INT *at )
 {
     QV_INT last = seq->args[*at].runEnd;

@@ -38,7 +38,8 @@
     after it. A step that reaches the end in this way reports QV_OPT_SEQ_NOTHING.
 
     Costs. All steps together cost the length of the arguments, however many are passed over and however many options a
-    text holds. Each abbreviation costs a walk over all long names in addition. Asking for what remains costs its length.
+    text holds. Each abbreviation costs a walk over all long names in addition. Asking for what remains costs its
+    length.
 
     Threads. An OptSeq belongs to one thread at a time.
 

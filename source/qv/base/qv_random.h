@@ -21,7 +21,8 @@
     process. */
 QV_API void qvRandom( QV_BUFFER **buffer, QV_INT byteCount );
 
-/** Stores `byteCount` random bytes at `bytes`, which may be null for a count of 0. A negative count ends the process. */
+/** Stores `byteCount` random bytes at `bytes`, which may be null for a count of 0. A negative count ends the
+    process. */
 QV_API void qvRandomBytes( void *bytes, QV_INT byteCount );
 
 /** 8 random bits. */

@@ -46,8 +46,8 @@ void fillPool()
     qvBufferAppendBytes( &qv___RandomBuffer, bytes, bytesRead );
 }
 
-// Takes bytes out of the pool in runs. `consume` reads the first bytes of the pool, as many as it is called with, before
-// they are deleted.
+// Takes bytes out of the pool in runs. `consume` reads the first bytes of the pool, as many as it is called with,
+// before they are deleted.
 template< class Consume >
 void takeFromPool( QV_INT byteCount, Consume consume )
 {

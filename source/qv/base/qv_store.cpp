@@ -307,8 +307,8 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
 
     qv::makePrivate( store, qvStoreCreateFrom );
 
-    // `into` is held by its parent alone and can be written; `next` is the index of the next sub-store of `from` to merge.
-    // The parents hold both stores: while a level is open, its parent changes no entry but that one.
+    // `into` is held by its parent alone and can be written; `next` is the index of the next sub-store of `from` to
+    // merge. The parents hold both stores: while a level is open, its parent changes no entry but that one.
     struct Level
     {
         QV_STORE *into;

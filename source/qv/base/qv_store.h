@@ -19,8 +19,8 @@
 
     Value and copy. A Store that others hold too is never changed: a mutator takes the address of the caller's
     reference and, where the store is shared, replaces it by a copy first, which shares all content with the old one.
-    So retaining is copying: a reader that holds a reference does not see later changes. Only the tables of the level that
-    is written are copied, and only while they are shared.
+    So retaining is copying: a reader that holds a reference does not see later changes. Only the tables of the level
+    that is written are copied, and only while they are shared.
 
     Order. Stores order by their addresses, then their values, then their sub-stores.
 
@@ -41,8 +41,8 @@
     is skipped: `# a = comment` is one. Content below 100 levels of sub-stores is skipped too. No text is an error.
 
     Binary form. The number of entries as an Int; then for each its address as a String, its value as an
-    OptionalString and its sub-store as an OptionalStore (qv_encoder.h describes them). Entries are read in any order. The
-    result of reading is null, with the decoder's error set, for data that ends early, holds an address that is none
+    OptionalString and its sub-store as an OptionalStore (qv_encoder.h describes them). Entries are read in any order.
+    The result of reading is null, with the decoder's error set, for data that ends early, holds an address that is none
     or nests deeper than 100 levels.
 
     Costs. Finding, setting and deleting cost a logarithm of the number of addresses, in any order, and the first change

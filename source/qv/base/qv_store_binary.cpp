@@ -18,8 +18,8 @@
 
 namespace
 {
-// The value of a Dict's next entry if its key is the address, else null. Moves past an entry that it returns. For a Dict
-// whose keys are some of the store's addresses, with all of these in their order.
+// The value of a Dict's next entry if its key is the address, else null. Moves past an entry that it returns. For a
+// Dict whose keys are some of the store's addresses, with all of these in their order.
 template< class T >
 T *takeNext( qv::DictIterator &next, QV_STRING *address )
 {

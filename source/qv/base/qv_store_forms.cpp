@@ -45,8 +45,8 @@ Address formattedAddress( va_list *args, const wchar_t *format, QV_INT length )
 }
 } // namespace
 
-// The text of a format, given in one of the forms of formattedAddress(), and of the arguments after the parameter `last`. An
-// expression, since only the function that has the arguments can begin and end a list of them.
+// The address that a format, in one of the forms of formattedAddress(), makes of the arguments after the parameter
+// `last`. An expression in the function itself, since no other one can begin and end the list of its arguments.
 #define FORMATTED( last, ... )                                                                                         \
     __extension__( {                                                                                                   \
         va_list args_;                                                                                                 \

@@ -312,8 +312,8 @@ public:
         {
         }
 
-        // Most lines name the same sub-stores as the line before, in the same units, which are skipped then. Holds while
-        // no other text has moved the reader, see forget().
+        // Most lines name the same sub-stores as the line before, in the same units, which are skipped then. Holds
+        // while no other text has moved the reader, see forget().
         void read( Span< Unit > text )
         {
             QV_INT same   = prefix_.length();

@@ -11,6 +11,7 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_levels_private.h"
 #include "qv/sys/qv_mem.h"
@@ -79,7 +80,10 @@ public:
         Unit          *to    = room( text->length );
 
         for( QV_INT i = 0; i < text->length; i++ )
+        {
+            QV_ASSERT( sizeof( Unit ) == sizeof( QV_CHAR ) || chars[i] < 0x80 );
             to[i] = static_cast< Unit >( chars[i] );
+        }
 
         length_ += text->length;
     }

@@ -161,7 +161,7 @@ QV_BOOL qvToolSwitchRunTool( QV_TOOL_SWITCH *ts, QV_VECTOR *argv, void *context 
         if( !qvStringBeginsWith( key, name ) )
             continue;
 
-        // A second candidate makes the name ambiguous, though a later key may still be the very name.
+        // A second candidate makes the name ambiguous, unless a later key is the whole name.
         chosen    = chosen < 0 && !ambiguous ? i : -1;
         ambiguous = chosen < 0;
     }

@@ -5,8 +5,8 @@
     and replaces a shared switch by a private copy first. Threads. Any thread may read and run a switch; a variable that
     is changed belongs to one thread at a time.
 
-    Arguments are borrowed. A Cstr is UTF-8 with a length in bytes, a Wcstr wide text with a length in units; a length of
-    -1 means that it ends at its terminator. Null as an object ends the process. */
+    Arguments are borrowed. A Cstr is UTF-8 with a length in bytes, a Wcstr wide text with a length in units; a length
+    of -1 means that it ends at its terminator. Null as an object ends the process. */
 
 #ifndef QV_TOOL_SWITCH_H
 #define QV_TOOL_SWITCH_H
