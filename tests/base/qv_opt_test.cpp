@@ -7,6 +7,9 @@
 #include "qv/base/qv_opt_seq.h"
 #include "qv/base/qv_thread.h"
 #include "qv/base/qv_vector.h"
+#include "qv/sys/qv_real.h"
+
+#include <math.h>
 
 using qv::Ref;
 using namespace qv::test;
@@ -102,6 +105,7 @@ TEST( Opt, ArgumentsHaveTypedForms )
     qvVectorAppendInt( argv.at(), 7 );
     qvVectorAppendReal( argv.at(), 2.5 );
     qvVectorAppendBool( argv.at(), QV_TRUE );
+    qvVectorAppendReal( argv.at(), INFINITY );
 
     for( const char *word : { "0x10", "1.25", "TRUE", "0", "12 apples", "truely" } )
         qvVectorAppendStringCstr( argv.at(), word, -1 );
@@ -123,9 +127,11 @@ TEST( Opt, ArgumentsHaveTypedForms )
     };
 
     const Row rows[] = {
-        { 1, 7.0, 1, 7, 0, 0, 1, 1 },   { 1, 2.5, 1, 2, 0, 0, 1, 1 },  { 0, 0.0, 0, 0, 1, 1, 1, 1 },
-        { 1, 16.0, 1, 16, 0, 0, 1, 1 }, { 1, 1.25, 0, 0, 0, 0, 1, 1 }, { 0, 0.0, 0, 0, 1, 1, 1, 1 },
-        { 1, 0.0, 1, 0, 0, 0, 1, 0 },   { 0, 0.0, 0, 0, 0, 0, 0, 0 },  { 0, 0.0, 0, 0, 0, 0, 0, 0 },
+        { 1, 7.0, 1, 7, 0, 0, 1, 1 },   { 1, 2.5, 1, 2, 0, 0, 1, 1 },
+        { 0, 0.0, 0, 0, 1, 1, 1, 1 },   { 1, INFINITY, 1, qvRealToInt( INFINITY ), 0, 0, 1, 0 },
+        { 1, 16.0, 1, 16, 0, 0, 1, 1 }, { 1, 1.25, 0, 0, 0, 0, 1, 1 },
+        { 0, 0.0, 0, 0, 1, 1, 1, 1 },   { 1, 0.0, 1, 0, 0, 0, 1, 0 },
+        { 0, 0.0, 0, 0, 0, 0, 0, 0 },   { 0, 0.0, 0, 0, 0, 0, 0, 0 },
         { 0, 0.0, 0, 0, 0, 0, 0, 0 },   { 0, 0.0, 0, 0, 0, 0, 0, 0 },
     };
 

@@ -14,7 +14,7 @@ namespace
 QV_BOXED_BOOL *globalTrue  = nullptr;
 QV_BOXED_BOOL *globalFalse = nullptr;
 
-QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareBoxedBools( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
@@ -22,7 +22,7 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
     return qvBoxedBoolFrom( thisObj )->value - qvBoxedBoolFrom( thatObj )->value;
 }
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *boxedBoolToString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -30,7 +30,7 @@ QV_STRING *toString( QV_OBJ *thisObj )
 }
 } // namespace
 
-QV___FAMILY( BoxedBool, QV_BOXED_BOOL, nullptr, compare, toString )
+QV___FAMILY( BoxedBool, QV_BOXED_BOOL, nullptr, compareBoxedBools, boxedBoolToString )
 
 void qv___BoxedBoolStartup( void )
 {

@@ -6,7 +6,7 @@
 
 namespace
 {
-QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareBoxedInts( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
@@ -17,7 +17,7 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
     return ( a > b ) - ( a < b );
 }
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *boxedIntToString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -25,7 +25,7 @@ QV_STRING *toString( QV_OBJ *thisObj )
 }
 } // namespace
 
-QV___FAMILY( BoxedInt, QV_BOXED_INT, nullptr, compare, toString )
+QV___FAMILY( BoxedInt, QV_BOXED_INT, nullptr, compareBoxedInts, boxedIntToString )
 
 QV_BOXED_INT *qvBoxedIntCreate( QV_INT value )
 {

@@ -1,5 +1,5 @@
 /** @file
-    An integer as an object, so that it can stand in a Vector, a Dict or a document. Immutable: any thread may read it
+    An integer as an object, so that a Vector or a Dict can hold it. Immutable: any thread may read it
     without a lock. Boxed integers order by their value; the text is the number in base 10. */
 
 #ifndef QV_BOXED_INT_H
@@ -9,7 +9,7 @@
 
 QV_FAMILY( BoxedInt, QV_BOXED_INT )
 
-/** A new object. */
+/** A new object with the value. */
 QV_API QV_BOXED_INT *qvBoxedIntCreate( QV_INT value );
 
 /** Its value. Null ends the process. */

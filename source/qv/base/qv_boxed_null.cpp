@@ -12,7 +12,7 @@ namespace
 {
 QV_BOXED_NULL *globalNull = nullptr;
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *boxedNullToString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -20,7 +20,7 @@ QV_STRING *toString( QV_OBJ *thisObj )
 }
 } // namespace
 
-QV___FAMILY( BoxedNull, QV_BOXED_NULL, nullptr, nullptr, toString )
+QV___FAMILY( BoxedNull, QV_BOXED_NULL, nullptr, nullptr, boxedNullToString )
 
 void qv___BoxedNullStartup( void )
 {

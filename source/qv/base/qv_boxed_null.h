@@ -1,6 +1,6 @@
 /** @file
-    The absence of a value as an object, since no container holds null. There is one, which lives as long as the
-    library runs; its text is `null`. */
+    The absence of a value as an object, for containers, which hold no null pointers. There is one object, which lives
+    as long as the library runs; its text is `null`. */
 
 #ifndef QV_BOXED_NULL_H
 #define QV_BOXED_NULL_H

@@ -10,7 +10,7 @@ struct QV___BOXED_POINTER : QV_OBJ
 
 namespace
 {
-void freePointer( QV_OBJ *thisObj )
+void freeBoxedPointer( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -20,7 +20,7 @@ void freePointer( QV_OBJ *thisObj )
         bptr->freeFunc( bptr->value );
 }
 
-QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareBoxedPointers( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
@@ -32,7 +32,7 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
 }
 } // namespace
 
-QV___FAMILY( ___BoxedPointer, QV___BOXED_POINTER, freePointer, compare, nullptr )
+QV___FAMILY( ___BoxedPointer, QV___BOXED_POINTER, freeBoxedPointer, compareBoxedPointers, nullptr )
 
 QV___BOXED_POINTER *qv___BoxedPointerCreate( void *value, QV___BOXED_POINTER_FREE_FUNC freeFunc )
 {

@@ -8,12 +8,13 @@ typedef struct QV___BOXED_POINTER QV___BOXED_POINTER;
 
 QV_FAMILY( ___BoxedPointer, QV___BOXED_POINTER )
 
-/** What happens to the pointer when its object ends. */
+/** Called with the pointer when its object is freed. */
 typedef void ( *QV___BOXED_POINTER_FREE_FUNC )( void *value );
 
-/** A new object; `freeFunc` may be null. */
+/** A new object with the pointer; `freeFunc` may be null. */
 QV_API QV___BOXED_POINTER *qv___BoxedPointerCreate( void *value, QV___BOXED_POINTER_FREE_FUNC freeFunc );
 
+/** Its pointer. Null ends the process. */
 QV_API void *qv___BoxedPointerValue( QV___BOXED_POINTER *bptr );
 
 #endif

@@ -11,7 +11,7 @@ struct QV_BOXED_REAL : QV_OBJ
 
 namespace
 {
-QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareBoxedReals( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
@@ -19,7 +19,7 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
     return qvRealCompare( qvBoxedRealFrom( thisObj )->value, qvBoxedRealFrom( thatObj )->value );
 }
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *boxedRealToString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -27,7 +27,7 @@ QV_STRING *toString( QV_OBJ *thisObj )
 }
 } // namespace
 
-QV___FAMILY( BoxedReal, QV_BOXED_REAL, nullptr, compare, toString )
+QV___FAMILY( BoxedReal, QV_BOXED_REAL, nullptr, compareBoxedReals, boxedRealToString )
 
 QV_BOXED_REAL *qvBoxedRealCreate( QV_REAL value )
 {

@@ -3,14 +3,32 @@
 #include "qv/base/qv_boxed_int.h"
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_name.h"
+#include "qv/base/qv_named_values_private.h"
+#include "qv/base/qv_scan_private.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 
 struct QV_ENUM : QV_OBJ
 {
     QV_DICT *nameToValue; // Strings to boxed integers
-    QV_DICT *valueToName; // boxed integers to Strings: of several names with one value, the last one
+    QV_DICT *valueToName; // boxed integers to Strings: of several names with one value, the one entered last
+
+    QV_STRING *nameOf( QV_INT value )
+    {
+        return qvStringFrom( qvDictIntKey( valueToName, value ) );
+    }
+
+    void setNameOf( QV_BOXED_INT *value, QV_STRING *name )
+    {
+        qvDictSetObjKey( &valueToName, qvBoxedIntObj( value ), qvStringObj( name ) );
+    }
+
+    void clearNameOf( QV_INT value )
+    {
+        qvDictDelIntKey( &valueToName, value );
+    }
 };
 
 namespace
@@ -24,8 +42,8 @@ void freeEnum( QV_OBJ *thisObj )
     qv::drop( en->valueToName );
 }
 
-// Each value's name has that value.
-[[maybe_unused]] bool holds( QV_ENUM *en )
+// Whether each value's name has that value.
+[[maybe_unused]] bool isSoundEnum( QV_ENUM *en )
 {
     bool all = true;
 
@@ -37,22 +55,6 @@ void freeEnum( QV_OBJ *thisObj )
     }
 
     return all;
-}
-
-void deleteName( QV_ENUM *en, QV_STRING *name )
-{
-    QV_INT value = qvEnumEnumerant( en, name );
-
-    if( value < 0 )
-        return;
-
-    qvDictDelStringKey( &en->nameToValue, name );
-
-    // The value may belong to a name that was entered later.
-    qv::Ref< QV_STRING > named( qvEnumGenerate( en, value ) );
-
-    if( named && qvStringEquals( named, name ) )
-        qvDictDelIntKey( &en->valueToName, value );
 }
 } // namespace
 
@@ -89,8 +91,7 @@ QV_INT qvEnumEnumerant( QV_ENUM *en, QV_STRING *name )
     QV_CHECK( en );
     QV_CHECK( name );
 
-    qv::Ref< QV_BOXED_INT > value( qvBoxedIntFrom( qvDictStringKey( en->nameToValue, name ) ) );
-    return value ? qvBoxedIntValue( value ) : -1;
+    return qv::valueOfName( en, name, -1 );
 }
 
 QV_BOOL qvEnumHasEnumerant( QV_ENUM *en, QV_STRING *name )
@@ -109,16 +110,8 @@ void qvEnumSetEnumerant( QV_ENUM **en, QV_STRING *name, QV_INT value )
     QV_CHECK( qvNameUpperCaseOk( name, QV_TRUE ) );
     QV_CHECK( value >= 0 );
 
-    // The Enum may hold the only reference to the name.
-    qv::Ref< QV_STRING > alive = qv::Ref< QV_STRING >::share( name );
-
-    qv::makePrivate( en, qvEnumCreateFrom );
-    deleteName( *en, name );
-
-    qv::Ref< QV_BOXED_INT > boxed( qvBoxedIntCreate( value ) );
-    qvDictSetStringKey( &( *en )->nameToValue, name, qvBoxedIntObj( boxed ) );
-    qvDictSetObjKey( &( *en )->valueToName, qvBoxedIntObj( boxed ), qvStringObj( name ) );
-    QV_ASSERT( holds( *en ) );
+    qv::enterName( en, qvEnumCreateFrom, name, value );
+    QV_ASSERT( isSoundEnum( *en ) );
 }
 
 void qvEnumDelEnumerant( QV_ENUM **en, QV_STRING *name )
@@ -128,21 +121,14 @@ void qvEnumDelEnumerant( QV_ENUM **en, QV_STRING *name )
     QV_CHECK( name );
     QV_CHECK( qvNameUpperCaseOk( name, QV_TRUE ) );
 
-    if( !qvEnumHasEnumerant( *en, name ) )
-        return;
-
-    // The Enum may hold the only reference to the name.
-    qv::Ref< QV_STRING > alive = qv::Ref< QV_STRING >::share( name );
-
-    qv::makePrivate( en, qvEnumCreateFrom );
-    deleteName( *en, name );
-    QV_ASSERT( holds( *en ) );
+    qv::removeName( en, qvEnumCreateFrom, name );
+    QV_ASSERT( isSoundEnum( *en ) );
 }
 
 QV_STRING *qvEnumGenerate( QV_ENUM *en, QV_INT value )
 {
     QV_CHECK( en );
-    return qvStringFrom( qvDictIntKey( en->valueToName, value ) );
+    return en->nameOf( value );
 }
 
 QV_INT qvEnumParse( QV_ENUM *en, QV_STRING *name )
@@ -156,10 +142,9 @@ QV_INT qvEnumParse( QV_ENUM *en, QV_STRING *name )
     if( QV_INT value = qvEnumEnumerant( en, text ); value >= 0 )
         return value;
 
-    QV_INT number, consumed;
+    QV_INT number;
 
-    if( qvStringScanInt( text, 0, -1, -1, &number, &consumed ) && consumed == qvStringLength( text )
-        && qvDictHasIntKey( en->valueToName, number ) )
+    if( qv::scansAsInt( text, -1, &number ) && qvDictHasIntKey( en->valueToName, number ) )
         return number;
 
     return -1;
@@ -167,55 +152,42 @@ QV_INT qvEnumParse( QV_ENUM *en, QV_STRING *name )
 
 /* The forms with text from outside ------------------------------------------------------------------------------- */
 
-namespace
-{
-qv::Ref< QV_STRING > stringOf( const char *cstr, QV_INT length )
-{
-    return qv::Ref< QV_STRING >( qvStringCreateFromCstr( cstr, length ) );
-}
-
-qv::Ref< QV_STRING > stringOf( const wchar_t *wcstr, QV_INT length )
-{
-    return qv::Ref< QV_STRING >( qvStringCreateFromWcstr( wcstr, length ) );
-}
-} // namespace
-
 QV_INT qvEnumEnumerantCstr( QV_ENUM *en, const char *cstr, QV_INT length )
 {
-    return qvEnumEnumerant( en, stringOf( cstr, length ) );
+    return qvEnumEnumerant( en, qv::asString( cstr, length ) );
 }
 
 QV_BOOL qvEnumHasEnumerantCstr( QV_ENUM *en, const char *cstr, QV_INT length )
 {
-    return qvEnumHasEnumerant( en, stringOf( cstr, length ) );
+    return qvEnumHasEnumerant( en, qv::asString( cstr, length ) );
 }
 
 void qvEnumSetEnumerantCstr( QV_ENUM **en, const char *cstr, QV_INT length, QV_INT value )
 {
-    qvEnumSetEnumerant( en, stringOf( cstr, length ), value );
+    qvEnumSetEnumerant( en, qv::asString( cstr, length ), value );
 }
 
 void qvEnumDelEnumerantCstr( QV_ENUM **en, const char *cstr, QV_INT length )
 {
-    qvEnumDelEnumerant( en, stringOf( cstr, length ) );
+    qvEnumDelEnumerant( en, qv::asString( cstr, length ) );
 }
 
 QV_INT qvEnumEnumerantWcstr( QV_ENUM *en, const wchar_t *wcstr, QV_INT length )
 {
-    return qvEnumEnumerant( en, stringOf( wcstr, length ) );
+    return qvEnumEnumerant( en, qv::asString( wcstr, length ) );
 }
 
 QV_BOOL qvEnumHasEnumerantWcstr( QV_ENUM *en, const wchar_t *wcstr, QV_INT length )
 {
-    return qvEnumHasEnumerant( en, stringOf( wcstr, length ) );
+    return qvEnumHasEnumerant( en, qv::asString( wcstr, length ) );
 }
 
 void qvEnumSetEnumerantWcstr( QV_ENUM **en, const wchar_t *wcstr, QV_INT length, QV_INT value )
 {
-    qvEnumSetEnumerant( en, stringOf( wcstr, length ), value );
+    qvEnumSetEnumerant( en, qv::asString( wcstr, length ), value );
 }
 
 void qvEnumDelEnumerantWcstr( QV_ENUM **en, const wchar_t *wcstr, QV_INT length )
 {
-    qvEnumDelEnumerant( en, stringOf( wcstr, length ) );
+    qvEnumDelEnumerant( en, qv::asString( wcstr, length ) );
 }

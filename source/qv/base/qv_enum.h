@@ -9,7 +9,7 @@
         qvStringRelease( name );
         qvEnumRelease( en );
 
-    Value and copy. An Enum that somebody else holds is never changed: an operation that changes one takes the address
+    Value and copy. An Enum that others hold too is never changed: an operation that changes one takes the address
     of the caller's reference and replaces a shared Enum by a private copy first.
 
     Costs. Look-ups are binary searches by name or value. Threads. Any thread may read an Enum; a variable that is
@@ -50,7 +50,7 @@ QV_API QV_BOOL qvEnumHasEnumerantWcstr( QV_ENUM *en, const wchar_t *wcstr, QV_IN
 /** @} */
 
 /** @{ */
-/** Enters a name, or moves one to another value. Of several names with one value, qvEnumGenerate() gives the one
+/** Enters a name, or moves one to another value. Of several names with one value, qvEnumGenerate() returns the one
     entered last. */
 QV_API void qvEnumSetEnumerant( QV_ENUM **en, QV_STRING *name, QV_INT value );
 QV_API void qvEnumSetEnumerantCstr( QV_ENUM **en, const char *cstr, QV_INT length, QV_INT value );
@@ -58,13 +58,14 @@ QV_API void qvEnumSetEnumerantWcstr( QV_ENUM **en, const wchar_t *wcstr, QV_INT 
 /** @} */
 
 /** @{ */
-/** Takes a name away, and its value where qvEnumGenerate() gave this name for it. An unknown name changes nothing. */
+/** Removes a name. If qvEnumGenerate() returned it for its value, that value has no name any more. An unknown name
+    changes nothing. */
 QV_API void qvEnumDelEnumerant( QV_ENUM **en, QV_STRING *name );
 QV_API void qvEnumDelEnumerantCstr( QV_ENUM **en, const char *cstr, QV_INT length );
 QV_API void qvEnumDelEnumerantWcstr( QV_ENUM **en, const wchar_t *wcstr, QV_INT length );
 /** @} */
 
-/** The name of a value as a new reference, or null. */
+/** The name of a value as a new reference, or null if it has none. */
 QV_API QV_STRING *qvEnumGenerate( QV_ENUM *en, QV_INT value );
 
 /** The value that a text from outside means: an enumerant's name, or the number of one with an optional prefix of its

@@ -1,9 +1,11 @@
 #include "qv/base/qv_flagset.h"
 
-#include "qv/base/qv_boxed_int.h"
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_name.h"
+#include "qv/base/qv_named_values_private.h"
+#include "qv/base/qv_scan_private.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
@@ -14,7 +16,22 @@
 struct QV_FLAGSET : QV_OBJ
 {
     QV_DICT   *nameToValue;           // Strings to boxed integers
-    QV_STRING *bitNames[QV_INT_BITS]; // null without a name; of several names for one bit, the last one
+    QV_STRING *bitNames[QV_INT_BITS]; // null without a name; of several names for one bit, the one entered last
+
+    QV_STRING *nameOf( QV_INT value )
+    {
+        return qv::Ref< QV_STRING >::share( bitNames[qvIntBitLowest( value )] ).give();
+    }
+
+    void setNameOf( QV_BOXED_INT *value, QV_STRING *name )
+    {
+        qv::assign( &bitNames[qvIntBitLowest( qvBoxedIntValue( value ) )], qv::retain( name ) );
+    }
+
+    void clearNameOf( QV_INT value )
+    {
+        qv::release( std::exchange( bitNames[qvIntBitLowest( value )], nullptr ) );
+    }
 };
 
 namespace
@@ -30,8 +47,8 @@ void freeFlagset( QV_OBJ *thisObj )
         qv::drop( name );
 }
 
-// Each bit's name has that bit.
-[[maybe_unused]] bool holds( QV_FLAGSET *fs )
+// Whether each bit's name has that bit.
+[[maybe_unused]] bool isSoundFlagset( QV_FLAGSET *fs )
 {
     bool all = true;
 
@@ -39,22 +56,6 @@ void freeFlagset( QV_OBJ *thisObj )
         all = !fs->bitNames[bit] || qvFlagsetFlag( fs, fs->bitNames[bit] ) == qvIntBitSet( 0, bit );
 
     return all;
-}
-
-void deleteName( QV_FLAGSET *fs, QV_STRING *name )
-{
-    QV_INT value = qvFlagsetFlag( fs, name );
-
-    if( !value )
-        return;
-
-    qvDictDelStringKey( &fs->nameToValue, name );
-
-    // The bit may belong to a name that was entered later.
-    QV_STRING *&named = fs->bitNames[qvIntBitLowest( value )];
-
-    if( named && qvStringEquals( named, name ) )
-        qv::release( std::exchange( named, nullptr ) );
 }
 } // namespace
 
@@ -95,8 +96,7 @@ QV_INT qvFlagsetFlag( QV_FLAGSET *fs, QV_STRING *name )
     QV_CHECK( fs );
     QV_CHECK( name );
 
-    qv::Ref< QV_BOXED_INT > value( qvBoxedIntFrom( qvDictStringKey( fs->nameToValue, name ) ) );
-    return value ? qvBoxedIntValue( value ) : 0;
+    return qv::valueOfName( fs, name, 0 );
 }
 
 QV_BOOL qvFlagsetHasFlag( QV_FLAGSET *fs, QV_STRING *name )
@@ -115,16 +115,8 @@ void qvFlagsetSetFlag( QV_FLAGSET **fs, QV_STRING *name, QV_INT value )
     QV_CHECK( qvNameUpperCaseOk( name, QV_TRUE ) );
     QV_CHECK( value && qvIntBitHighest( value ) == qvIntBitLowest( value ) );
 
-    // The Flagset may hold the only reference to the name.
-    qv::Ref< QV_STRING > alive = qv::Ref< QV_STRING >::share( name );
-
-    qv::makePrivate( fs, qvFlagsetCreateFrom );
-    deleteName( *fs, name );
-
-    qv::Ref< QV_BOXED_INT > boxed( qvBoxedIntCreate( value ) );
-    qvDictSetStringKey( &( *fs )->nameToValue, name, qvBoxedIntObj( boxed ) );
-    qv::assign( &( *fs )->bitNames[qvIntBitLowest( value )], qv::retain( name ) );
-    QV_ASSERT( holds( *fs ) );
+    qv::enterName( fs, qvFlagsetCreateFrom, name, value );
+    QV_ASSERT( isSoundFlagset( *fs ) );
 }
 
 void qvFlagsetDelFlag( QV_FLAGSET **fs, QV_STRING *name )
@@ -134,15 +126,8 @@ void qvFlagsetDelFlag( QV_FLAGSET **fs, QV_STRING *name )
     QV_CHECK( name );
     QV_CHECK( qvNameUpperCaseOk( name, QV_TRUE ) );
 
-    if( !qvFlagsetHasFlag( *fs, name ) )
-        return;
-
-    // The Flagset may hold the only reference to the name.
-    qv::Ref< QV_STRING > alive = qv::Ref< QV_STRING >::share( name );
-
-    qv::makePrivate( fs, qvFlagsetCreateFrom );
-    deleteName( *fs, name );
-    QV_ASSERT( holds( *fs ) );
+    qv::removeName( fs, qvFlagsetCreateFrom, name );
+    QV_ASSERT( isSoundFlagset( *fs ) );
 }
 
 QV_STRING *qvFlagsetGenerate( QV_FLAGSET *fs, QV_INT flags )
@@ -182,11 +167,11 @@ QV_INT qvFlagsetParse( QV_FLAGSET *fs, QV_STRING *flags )
         qv::Ref< QV_STRING > piece( qvStringFrom( qvVectorObjAt( pieces, i ) ) );
         qvStringTrim( piece.at() );
 
-        QV_INT number, consumed;
+        QV_INT number;
 
         if( QV_INT value = qvFlagsetFlag( fs, piece ) )
             result |= value;
-        else if( qvStringScanInt( piece, 0, -1, -1, &number, &consumed ) && consumed == qvStringLength( piece ) )
+        else if( qv::scansAsInt( piece, -1, &number ) )
             result |= number & named;
     }
 
@@ -195,55 +180,42 @@ QV_INT qvFlagsetParse( QV_FLAGSET *fs, QV_STRING *flags )
 
 /* The forms with text from outside ------------------------------------------------------------------------------- */
 
-namespace
-{
-qv::Ref< QV_STRING > stringOf( const char *cstr, QV_INT length )
-{
-    return qv::Ref< QV_STRING >( qvStringCreateFromCstr( cstr, length ) );
-}
-
-qv::Ref< QV_STRING > stringOf( const wchar_t *wcstr, QV_INT length )
-{
-    return qv::Ref< QV_STRING >( qvStringCreateFromWcstr( wcstr, length ) );
-}
-} // namespace
-
 QV_INT qvFlagsetFlagCstr( QV_FLAGSET *fs, const char *cstr, QV_INT length )
 {
-    return qvFlagsetFlag( fs, stringOf( cstr, length ) );
+    return qvFlagsetFlag( fs, qv::asString( cstr, length ) );
 }
 
 QV_BOOL qvFlagsetHasFlagCstr( QV_FLAGSET *fs, const char *cstr, QV_INT length )
 {
-    return qvFlagsetHasFlag( fs, stringOf( cstr, length ) );
+    return qvFlagsetHasFlag( fs, qv::asString( cstr, length ) );
 }
 
 void qvFlagsetSetFlagCstr( QV_FLAGSET **fs, const char *cstr, QV_INT length, QV_INT value )
 {
-    qvFlagsetSetFlag( fs, stringOf( cstr, length ), value );
+    qvFlagsetSetFlag( fs, qv::asString( cstr, length ), value );
 }
 
 void qvFlagsetDelFlagCstr( QV_FLAGSET **fs, const char *cstr, QV_INT length )
 {
-    qvFlagsetDelFlag( fs, stringOf( cstr, length ) );
+    qvFlagsetDelFlag( fs, qv::asString( cstr, length ) );
 }
 
 QV_INT qvFlagsetFlagWcstr( QV_FLAGSET *fs, const wchar_t *wcstr, QV_INT length )
 {
-    return qvFlagsetFlag( fs, stringOf( wcstr, length ) );
+    return qvFlagsetFlag( fs, qv::asString( wcstr, length ) );
 }
 
 QV_BOOL qvFlagsetHasFlagWcstr( QV_FLAGSET *fs, const wchar_t *wcstr, QV_INT length )
 {
-    return qvFlagsetHasFlag( fs, stringOf( wcstr, length ) );
+    return qvFlagsetHasFlag( fs, qv::asString( wcstr, length ) );
 }
 
 void qvFlagsetSetFlagWcstr( QV_FLAGSET **fs, const wchar_t *wcstr, QV_INT length, QV_INT value )
 {
-    qvFlagsetSetFlag( fs, stringOf( wcstr, length ), value );
+    qvFlagsetSetFlag( fs, qv::asString( wcstr, length ), value );
 }
 
 void qvFlagsetDelFlagWcstr( QV_FLAGSET **fs, const wchar_t *wcstr, QV_INT length )
 {
-    qvFlagsetDelFlag( fs, stringOf( wcstr, length ) );
+    qvFlagsetDelFlag( fs, qv::asString( wcstr, length ) );
 }

@@ -10,7 +10,7 @@
         qvStringRelease( names );
         qvFlagsetRelease( fs );
 
-    Value and copy. A Flagset that somebody else holds is never changed: an operation that changes one takes the
+    Value and copy. A Flagset that others hold too is never changed: an operation that changes one takes the
     address of the caller's reference and replaces a shared Flagset by a private copy first.
 
     Costs. The look-up of a name is a binary search, that of a bit one read. Threads. Any thread may read a Flagset; a
@@ -51,7 +51,7 @@ QV_API QV_BOOL qvFlagsetHasFlagWcstr( QV_FLAGSET *fs, const wchar_t *wcstr, QV_I
 /** @} */
 
 /** @{ */
-/** Enters a name, or moves one to another bit. Of several names for one bit, qvFlagsetGenerate() gives the one
+/** Enters a name, or moves one to another bit. Of several names for one bit, qvFlagsetGenerate() returns the one
     entered last. */
 QV_API void qvFlagsetSetFlag( QV_FLAGSET **fs, QV_STRING *name, QV_INT value );
 QV_API void qvFlagsetSetFlagCstr( QV_FLAGSET **fs, const char *cstr, QV_INT length, QV_INT value );
@@ -59,7 +59,8 @@ QV_API void qvFlagsetSetFlagWcstr( QV_FLAGSET **fs, const wchar_t *wcstr, QV_INT
 /** @} */
 
 /** @{ */
-/** Takes a name away, and its bit where qvFlagsetGenerate() gave this name for it. An unknown name changes nothing. */
+/** Removes a name. If qvFlagsetGenerate() returned it for its bit, that bit has no name any more. An unknown name
+    changes nothing. */
 QV_API void qvFlagsetDelFlag( QV_FLAGSET **fs, QV_STRING *name );
 QV_API void qvFlagsetDelFlagCstr( QV_FLAGSET **fs, const char *cstr, QV_INT length );
 QV_API void qvFlagsetDelFlagWcstr( QV_FLAGSET **fs, const wchar_t *wcstr, QV_INT length );

@@ -5,6 +5,7 @@
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_chars.h"
 #include "qv/sys/qv_mem.h"
 
@@ -12,7 +13,7 @@
 
 namespace
 {
-// The modifiers of one conversion.
+// The modifiers of one conversion: what stands between the percent sign and the conversion character.
 struct Modifiers
 {
     QV_INT flags   = 0; // as the encoders take them, without those of the base prefix
@@ -79,6 +80,15 @@ private:
             qv___Abort( "missing conversion", QV___SOURCE, __LINE__, "pos < fmtLength" );
     }
 
+    // Whether the decoder reads this number of so many characters here.
+    [[maybe_unused]] bool decoderReads( QV_INT number, QV_INT length ) const
+    {
+        QV_INT value, consumed;
+
+        return qvFormatTryDecodeIntChars( at_, end_ - at_, 10, &value, &consumed ) && value == number
+               && consumed == length;
+    }
+
     // A number of the format, or of the arguments for an asterisk. True if there is one.
     bool readNumber( QV_INT *number )
     {
@@ -92,7 +102,7 @@ private:
             return true;
         }
 
-        // A short number of ASCII digits with a visible character behind it is read here, as the decoder would.
+        // Up to 17 ASCII digits before an ASCII character above the blank: the decoder would read the same number.
         QV_INT         value = 0, consumed;
         const QV_CHAR *at = at_, *safe = at + std::min< ptrdiff_t >( end_ - at, 18 );
 
@@ -101,6 +111,8 @@ private:
 
         if( at < safe && *at > U' ' && *at < 128 )
         {
+            QV_ASSERT( at == at_ || decoderReads( value, at - at_ ) );
+
             if( at == at_ )
                 return false;
 
@@ -109,7 +121,7 @@ private:
             return true;
         }
 
-        // The decoder would accept a sign or white space in front, but there has to be a digit.
+        // The decoder accepts a sign or white space before the number. Here the first character has to be a digit.
         if( !qvFormatTryDecodeIntChars( at_, 1, 10, nullptr, nullptr ) )
             return false;
 
@@ -159,7 +171,7 @@ private:
     {
         Modifiers modifiers;
 
-        // All of ASCII that can stand here lies before the letters, except for these two.
+        // The ASCII characters of modifiers are all below the letters, except for these two.
         if( *at_ >= U'A' && *at_ < 128 && *at_ != U'^' && *at_ != U'~' )
             return modifiers;
 
@@ -308,7 +320,7 @@ private:
             qv::release( obj );
     }
 
-    // Text from outside is decoded where it belongs.
+    // Text from outside is decoded into its place in the result, without a String of its own.
     template< class T >
     void convertOutside(
         const Modifiers &modifiers, bool hasLength, QV_INT ( *decode )( QV_CHAR *, QV_INT, const T *, QV_INT ) )
@@ -357,7 +369,7 @@ QV_STRING *qv::format( const QV_CHAR *fmt, QV_INT length, va_list *argList )
 
 namespace
 {
-// Formats are short, and a short one is decoded at once and without a String of its own.
+// A format of up to SHORT characters, which most are, is decoded in one pass into a block on the stack.
 template< class T >
 QV_STRING *formatOutside(
     const T *fmt, QV_INT length, va_list *argList, QV_INT ( *decode )( QV_CHAR *, QV_INT, const T *, QV_INT ) )

@@ -1,22 +1,26 @@
 #ifndef QV_FORMAT_PRIVATE_H
 #define QV_FORMAT_PRIVATE_H
 
+#include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_family.h"
+#include "qv/sys/qv_assert_private.h"
+
+#include <algorithm>
 
 /** The names of the format flags. */
 QV_API QV_FLAGSET *qv___FormatFlagsFlagset;
 
-/** The engine: a new text of the format and its arguments. Advances the list at `argList`. */
+/** The engine: a new text of the format and its arguments, owned by the caller. Reads the arguments from the list at
+    `argList`, which advances. */
 QV_API QV_STRING *qv___FormatArgList( QV_STRING *fmt, va_list *argList );
 
-/** The length of the prefix that the flags give a number of this base, 0 to 3. Writes it to `dest` unless that is
-    null. */
+/** The length, 0 to 3, of the prefix that a number of this base has with the flags. Writes the prefix to `dest` unless
+    that is null. */
 QV_API QV_INT qv___FormatEncodeBase( QV_CHAR *dest, QV_INT base, QV_INT flags );
 
-#ifdef __cplusplus
 namespace qv
 {
-/** Text that is put together and becomes a String once. What is put in has to be made of proper characters. */
+/** A text under construction, of proper characters, that becomes a String at the end. */
 class TextBuilder
 {
 public:
@@ -38,7 +42,7 @@ public:
         return chars_;
     }
 
-    /** The place behind the text, with room for so many characters. They belong to the text when it is extended. */
+    /** The place after the text, with room for `count` characters. extend() makes them part of the text. */
     QV_CHAR *room( QV_INT count )
     {
         if( __builtin_expect( count > capacity_ - length_, 0 ) )
@@ -47,11 +51,14 @@ public:
         return chars_ + length_;
     }
 
+    /** Adds the next `count` characters, which room() made room for, to the text. */
     void extend( QV_INT count )
     {
+        QV_ASSERT( count <= capacity_ - length_ );
         length_ += count;
     }
 
+    /** Adds `count` characters to the text and returns their place, which the caller fills. */
     QV_CHAR *append( QV_INT count )
     {
         QV_CHAR *place = room( count );
@@ -60,13 +67,25 @@ public:
         return place;
     }
 
-    /** The text as a new String. The builder is of no use afterwards. */
-    QV_STRING *give();
+    /** Makes the text a new String, which the caller owns. Ends the use of the builder. */
+    QV_STRING *give()
+    {
+        if( chars_ != own_ || length_ == 0 )
+            return giveBlock();
+
+        QV_STRING *qvs = createString( length_ );
+        std::copy_n( own_, length_, qv::chars( qvs ) );
+
+        return qvs;
+    }
 
 private:
     void resize( QV_INT capacity );
     void grow( QV_INT count );
     void freeBlock();
+
+    /** give() of an empty text, and of one in a block, which the String takes over. */
+    QV_STRING *giveBlock();
 
     QV_CHAR *chars_    = own_;
     QV_INT   length_   = 0;
@@ -74,7 +93,7 @@ private:
     QV_CHAR  own_[256]; // a short text is kept here
 };
 
-/** The engine with a format of characters, and of text from outside. */
+/** The engine with a format of characters, of UTF-8 and of wide text; a `length` of -1 means up to the terminator. */
 QV_STRING *format( const QV_CHAR *fmt, QV_INT length, va_list *argList );
 QV_STRING *formatCstr( const char *fmt, QV_INT length, va_list *argList );
 QV_STRING *formatWcstr( const wchar_t *fmt, QV_INT length, va_list *argList );
@@ -84,9 +103,9 @@ void encodeBool( TextBuilder &text, QV_BOOL value, QV_INT minWidth, QV_INT flags
 void encodeInt( TextBuilder &text, QV_INT value, QV_INT base, QV_INT minWidth, QV_INT flags );
 void encodeReal( TextBuilder &text, QV_REAL value, QV_INT base, QV_INT minWidth, QV_INT precision, QV_INT flags );
 
-/** The place for a text of `length` characters, padded with blanks to `minWidth`, which the caller fills. */
+/** Adds a text of `length` characters, padded with blanks to `minWidth`. Returns the place of the `length` characters,
+    which the caller fills. */
 QV_CHAR *encodePadding( TextBuilder &text, QV_INT length, QV_INT minWidth, QV_INT flags );
 } // namespace qv
-#endif
 
 #endif

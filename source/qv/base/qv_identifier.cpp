@@ -16,13 +16,13 @@ namespace
 const QV_INT BYTES  = 16;
 const QV_INT DIGITS = 2 * BYTES;
 
-bool isDigit( QV_CHAR ch )
+bool isIdentifierDigit( QV_CHAR ch )
 {
     return ( ch >= U'0' && ch <= U'9' ) || ( ch >= U'A' && ch <= U'F' );
 }
 
 // Takes over the text.
-QV_IDENTIFIER *create( QV_STRING *text )
+QV_IDENTIFIER *createIdentifier( QV_STRING *text )
 {
     QV_IDENTIFIER *ident = qv::create< QV_IDENTIFIER >( qvIdentifierSort() );
     ident->text          = text;
@@ -30,12 +30,12 @@ QV_IDENTIFIER *create( QV_STRING *text )
     return ident;
 }
 
-void free( QV_OBJ *thisObj )
+void freeIdentifier( QV_OBJ *thisObj )
 {
     qv::drop( qvIdentifierFrom( thisObj )->text );
 }
 
-QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareIdentifiers( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
@@ -43,14 +43,14 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
     return qvObjCompare( qv::obj( qvIdentifierFrom( thisObj )->text ), qv::obj( qvIdentifierFrom( thatObj )->text ) );
 }
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *identifierToString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     return qv::retain( qvIdentifierFrom( thisObj )->text );
 }
 } // namespace
 
-QV___FAMILY( Identifier, QV_IDENTIFIER, free, compare, toString )
+QV___FAMILY( Identifier, QV_IDENTIFIER, freeIdentifier, compareIdentifiers, identifierToString )
 
 QV_IDENTIFIER *qvIdentifierCreate( void )
 {
@@ -66,7 +66,7 @@ QV_IDENTIFIER *qvIdentifierCreate( void )
         chs[2 * i + 1] = HEX[bytes[i] & 15];
     }
 
-    return create( qvStringCreateFromCharsCopy( chs, DIGITS ) );
+    return createIdentifier( qvStringCreateFromCharsCopy( chs, DIGITS ) );
 }
 
 QV_IDENTIFIER *qvIdentifierTryCreateFromString( QV_STRING *qvs )
@@ -77,10 +77,10 @@ QV_IDENTIFIER *qvIdentifierTryCreateFromString( QV_STRING *qvs )
         return nullptr;
 
     for( QV_INT i = 0; i < DIGITS; i++ )
-        if( !isDigit( qv::chars( qvs )[i] ) )
+        if( !isIdentifierDigit( qv::chars( qvs )[i] ) )
             return nullptr;
 
-    return create( qv::retain( qvs ) );
+    return createIdentifier( qv::retain( qvs ) );
 }
 
 QV_IDENTIFIER *qvIdentifierTryCreateFromBuffer( QV_BUFFER *buffer )
@@ -90,7 +90,7 @@ QV_IDENTIFIER *qvIdentifierTryCreateFromBuffer( QV_BUFFER *buffer )
     if( qvBufferLength( buffer ) != DIGITS )
         return nullptr;
 
-    // UTF-8 is ASCII wherever this can be an Identifier.
+    // Read as UTF-8, which is ASCII if this is the text of an Identifier.
     qv::Ref< QV_STRING > text(
         qvStringCreateFromCstr( reinterpret_cast< const char * >( qvBufferBacking( buffer ) ), DIGITS ) );
 

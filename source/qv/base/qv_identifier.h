@@ -1,7 +1,7 @@
 /** @file
-    Identifier: a random name that nobody else draws, 128 bits as 32 hexadecimal digits in upper case. All bits are
-    random, none tells a version. Immutable: any thread may read it without a lock. Identifiers order as their texts.
-    Null ends the process. */
+    Identifier: a random name of 128 bits, so that no two are expected to be equal, as 32 hexadecimal digits in upper
+    case. All bits are random; there is no version in them. Immutable: any thread may read one without a lock.
+    Identifiers order as their texts. Null ends the process. */
 
 #ifndef QV_IDENTIFIER_H
 #define QV_IDENTIFIER_H
@@ -14,16 +14,16 @@ QV_FAMILY( Identifier, QV_IDENTIFIER )
 QV_API QV_IDENTIFIER *qvIdentifierCreate( void );
 
 /** @{ */
-/** The Identifier that the text tells, in ASCII where it is a Buffer; null if it isn't 32 digits, or if one is in lower
-    case. */
+/** A new Identifier of a text of 32 digits, in ASCII if it is in a Buffer. Null if it is anything else, or if a digit
+    is in lower case. */
 QV_API QV_IDENTIFIER *qvIdentifierTryCreateFromString( QV_STRING *qvs );
 QV_API QV_IDENTIFIER *qvIdentifierTryCreateFromBuffer( QV_BUFFER *buffer );
 /** @} */
 
-/** @{ */
-/** The 32 digits: in ASCII, as a new Buffer, or as a String. */
+/** The 32 digits in ASCII, as a new Buffer. */
 QV_API QV_BUFFER *qvIdentifierBuffer( QV_IDENTIFIER *ident );
+
+/** The 32 digits, as a new reference to a String. */
 QV_API QV_STRING *qvIdentifierString( QV_IDENTIFIER *ident );
-/** @} */
 
 #endif

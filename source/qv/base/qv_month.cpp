@@ -1,7 +1,8 @@
 #include "qv/base/qv_month.h"
 
+#include "qv/base/qv_calendar_names_private.h"
+#include "qv/base/qv_scan_private.h"
 #include "qv/base/qv_string.h"
-#include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_abort.h"
 
 namespace
@@ -9,7 +10,6 @@ namespace
 const char *const NAMES[] = { "January", "February", "March",     "April",   "May",      "June",
                               "July",    "August",   "September", "October", "November", "December" };
 
-const QV_INT COUNT        = 12;
 const QV_INT SHORT_LENGTH = 3;
 } // namespace
 
@@ -23,29 +23,10 @@ QV_INT qvMonthFromString( QV_STRING *qvs )
 {
     QV_CHECK( qvs );
 
-    qv::Ref< QV_STRING > word( qvStringCreateFrom( qvs ) );
-    qvStringTrim( word.at() );
-    qvStringToLower( word.at() );
-
-    for( QV_INT i = 0; i < COUNT; i++ )
-    {
-        qv::Ref< QV_STRING > name( qvStringCreateFromCstr( NAMES[i], -1 ) );
-        qvStringToLower( name.at() );
-
-        if( qvStringEquals( word, name ) )
-            return i + 1;
-
-        qvStringDelTrailing( name.at(), qvStringLength( name ) - SHORT_LENGTH );
-
-        if( qvStringEquals( word, name ) )
-            return i + 1;
-    }
+    if( QV_INT idx = qv::calendarNameIndex( NAMES, qvs, SHORT_LENGTH ); idx >= 0 )
+        return idx + 1;
 
     QV_INT mo;
-    QV_INT consumed;
 
-    if( !qvStringScanInt( word, 0, -1, 10, &mo, &consumed ) || consumed != qvStringLength( word ) )
-        return -1;
-
-    return QV_MONTH_OK( mo ) ? mo : -1;
+    return qv::scansAsInt( qvs, 10, &mo ) && QV_MONTH_OK( mo ) ? mo : -1;
 }

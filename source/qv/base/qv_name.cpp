@@ -22,7 +22,7 @@ bool isDigit( QV_CHAR ch )
     return ch >= U'0' && ch <= U'9';
 }
 
-// A triple underscore at `i` with something behind it.
+// Whether the underscore at `i` is followed by two more and at least one character.
 bool isTriple( const QV_CHAR *chs, QV_INT length, QV_INT i )
 {
     return i < length - 3 && chs[i + 1] == UNDERSCORE && chs[i + 2] == UNDERSCORE;
@@ -33,26 +33,26 @@ QV_BOOL qvNameUpperCaseOk( QV_STRING *qvs, QV_BOOL allowPrivate )
 {
     QV_CHECK( qvs );
 
-    const QV_CHAR *chs              = qvStringBacking( qvs );
-    QV_INT         length           = qvStringLength( qvs );
-    QV_INT         underscores      = 0;
-    bool           behindUnderscore = false;
+    const QV_CHAR *chs             = qvStringBacking( qvs );
+    QV_INT         length          = qvStringLength( qvs );
+    QV_INT         underscores     = 0;
+    bool           afterUnderscore = false;
 
     for( QV_INT i = 0; i < length; i++ )
     {
         if( isUpper( chs[i] ) || ( isDigit( chs[i] ) && i > 0 ) )
         {
-            behindUnderscore = false;
+            afterUnderscore = false;
         }
         else if( chs[i] == UNDERSCORE )
         {
-            if( i == 0 || behindUnderscore || i == length - 1 )
+            if( i == 0 || afterUnderscore || i == length - 1 )
                 return QV_FALSE;
 
             if( allowPrivate && underscores < 2 && isTriple( chs, length, i ) )
                 i += 2;
 
-            behindUnderscore = true;
+            afterUnderscore = true;
             underscores++;
         }
         else
@@ -68,17 +68,17 @@ QV_BOOL qvNameCamelCaseOk( QV_STRING *qvs, QV_BOOL allowPrivate )
 {
     QV_CHECK( qvs );
 
-    const QV_CHAR *chs          = qvStringBacking( qvs );
-    QV_INT         length       = qvStringLength( qvs );
-    QV_INT         uppers       = 0;
-    bool           seenTriple   = false;
-    bool           behindTriple = false;
+    const QV_CHAR *chs         = qvStringBacking( qvs );
+    QV_INT         length      = qvStringLength( qvs );
+    QV_INT         uppers      = 0;
+    bool           seenTriple  = false;
+    bool           afterTriple = false;
 
     for( QV_INT i = 0; i < length; i++ )
     {
         if( isLower( chs[i] ) )
         {
-            if( behindTriple )
+            if( afterTriple )
                 return QV_FALSE;
         }
         else if( isUpper( chs[i] ) )
@@ -87,18 +87,18 @@ QV_BOOL qvNameCamelCaseOk( QV_STRING *qvs, QV_BOOL allowPrivate )
                 return QV_FALSE;
 
             uppers++;
-            behindTriple = false;
+            afterTriple = false;
         }
         else if( isDigit( chs[i] ) )
         {
-            if( i == 0 || behindTriple )
+            if( i == 0 || afterTriple )
                 return QV_FALSE;
         }
         else if( chs[i] == UNDERSCORE && allowPrivate && isTriple( chs, length, i ) && !seenTriple && uppers < 2 )
         {
             i += 2;
-            seenTriple   = true;
-            behindTriple = true;
+            seenTriple  = true;
+            afterTriple = true;
         }
         else
         {

@@ -1,10 +1,12 @@
 #include "qv/base/qv_opt_def.h"
 
 #include "qv/base/qv_boxed_int.h"
+#include "qv/base/qv_boxed_int_private.h"
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_opt_seq.h"
 #include "qv/base/qv_range_map.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_ref.h"
 
 struct QV_OPT_DEF : QV_OBJ
@@ -29,21 +31,13 @@ void freeOptDef( QV_OBJ *thisObj )
     qv::drop( def->idForLongOpt );
 }
 
-// The number in a boxed integer that the call takes over, or `missing` where there is none.
-QV_INT takeInt( QV_OBJ *owned, QV_INT missing )
-{
-    qv::Ref< QV_OBJ > boxed( owned );
-
-    return boxed ? qvBoxedIntValue( qvBoxedIntFrom( boxed ) ) : missing;
-}
-
 qv::Ref< QV_OBJ > boxedInt( QV_INT value )
 {
     return qv::Ref< QV_OBJ >( qvBoxedIntObj( qvBoxedIntCreate( value ) ) );
 }
 
 // The caller's own definition, to be written.
-QV_OPT_DEF *writable( QV_OPT_DEF **def )
+QV_OPT_DEF *writableDef( QV_OPT_DEF **def )
 {
     QV_CHECK( def );
     QV_CHECK( *def );
@@ -104,7 +98,7 @@ QV_BOOL qvOptDefReorder( QV_OPT_DEF *def )
 
 void qvOptDefSetReorder( QV_OPT_DEF **def, QV_BOOL value )
 {
-    writable( def )->reorder = value ? QV_TRUE : QV_FALSE;
+    writableDef( def )->reorder = value ? QV_TRUE : QV_FALSE;
 }
 
 QV_BOOL qvOptDefStringize( QV_OPT_DEF *def )
@@ -115,7 +109,7 @@ QV_BOOL qvOptDefStringize( QV_OPT_DEF *def )
 
 void qvOptDefSetStringize( QV_OPT_DEF **def, QV_BOOL value )
 {
-    writable( def )->stringize = value ? QV_TRUE : QV_FALSE;
+    writableDef( def )->stringize = value ? QV_TRUE : QV_FALSE;
 }
 
 QV_INT qvOptDefFlags( QV_OPT_DEF *def, QV_INT optId )
@@ -123,7 +117,7 @@ QV_INT qvOptDefFlags( QV_OPT_DEF *def, QV_INT optId )
     QV_CHECK( def );
     QV_CHECK( optId >= 0 );
 
-    return takeInt( qvRangeMapIntKey( def->flagsForId, optId ), 0 );
+    return qv::takeInt( qvRangeMapIntKey( def->flagsForId, optId ), 0 );
 }
 
 void qvOptDefSetFlags( QV_OPT_DEF **def, QV_INT optId, QV_INT flags )
@@ -132,7 +126,7 @@ void qvOptDefSetFlags( QV_OPT_DEF **def, QV_INT optId, QV_INT flags )
     QV_CHECK( *def );
     QV_CHECK( optId >= 0 );
 
-    qvRangeMapSetIntKey( &writable( def )->flagsForId, optId, boxedInt( flags ) );
+    qvRangeMapSetIntKey( &writableDef( def )->flagsForId, optId, boxedInt( flags ) );
 }
 
 QV_INT qvOptDefShortOpt( QV_OPT_DEF *def, QV_CHAR optChar )
@@ -140,7 +134,7 @@ QV_INT qvOptDefShortOpt( QV_OPT_DEF *def, QV_CHAR optChar )
     QV_CHECK( def );
     QV_CHECK( QV_CHAR_OK( optChar ) );
 
-    return takeInt( qvDictIntKey( def->idForShortOpt, optChar ), -1 );
+    return qv::takeInt( qvDictIntKey( def->idForShortOpt, optChar ), -1 );
 }
 
 void qvOptDefSetShortOpt( QV_OPT_DEF **def, QV_CHAR optChar, QV_INT optId )
@@ -149,7 +143,7 @@ void qvOptDefSetShortOpt( QV_OPT_DEF **def, QV_CHAR optChar, QV_INT optId )
     QV_CHECK( *def );
     QV_CHECK( QV_CHAR_OK( optChar ) );
 
-    qvDictSetIntKey( &writable( def )->idForShortOpt, optChar, boxedInt( optId ) );
+    qvDictSetIntKey( &writableDef( def )->idForShortOpt, optChar, boxedInt( optId ) );
 }
 
 QV_INT qvOptDefLongOpt( QV_OPT_DEF *def, QV_STRING *optString, QV_BOOL allowAbbreviated, QV_BOOL *abbreviated )
@@ -164,7 +158,7 @@ QV_INT qvOptDefLongOpt( QV_OPT_DEF *def, QV_STRING *optString, QV_BOOL allowAbbr
     qv::Ref< QV_OBJ > exact( qvDictStringKey( def->idForLongOpt, optString ) );
 
     if( exact )
-        return takeInt( exact.give(), -1 );
+        return qv::takeInt( exact.give(), -1 );
 
     if( !allowAbbreviated )
         return -1;
@@ -187,7 +181,7 @@ QV_INT qvOptDefLongOpt( QV_OPT_DEF *def, QV_STRING *optString, QV_BOOL allowAbbr
             return QV_OPT_SEQ_AMBIGUOUS;
 
         found = true;
-        match = takeInt( qvDictValueAt( def->idForLongOpt, i ), -1 );
+        match = qv::takeInt( qvDictValueAt( def->idForLongOpt, i ), -1 );
     }
 
     return match;
@@ -199,19 +193,17 @@ void qvOptDefSetLongOpt( QV_OPT_DEF **def, QV_STRING *optString, QV_INT optId )
     QV_CHECK( *def );
     QV_CHECK( optString );
 
-    qvDictSetStringKey( &writable( def )->idForLongOpt, optString, boxedInt( optId ) );
+    qvDictSetStringKey( &writableDef( def )->idForLongOpt, optString, boxedInt( optId ) );
 }
 
 void qvOptDefSetLongOptCstr( QV_OPT_DEF **def, const char *cstr, QV_INT length, QV_INT optId )
 {
-    qv::Ref< QV_STRING > optString( qvStringCreateFromCstr( cstr, length ) );
-    qvOptDefSetLongOpt( def, optString, optId );
+    qvOptDefSetLongOpt( def, qv::asString( cstr, length ), optId );
 }
 
 void qvOptDefSetLongOptWcstr( QV_OPT_DEF **def, const wchar_t *wcstr, QV_INT length, QV_INT optId )
 {
-    qv::Ref< QV_STRING > optString( qvStringCreateFromWcstr( wcstr, length ) );
-    qvOptDefSetLongOpt( def, optString, optId );
+    qvOptDefSetLongOpt( def, qv::asString( wcstr, length ), optId );
 }
 
 QV_INT qvOptDefArgOnly( QV_OPT_DEF *def )
@@ -222,5 +214,5 @@ QV_INT qvOptDefArgOnly( QV_OPT_DEF *def )
 
 void qvOptDefSetArgOnly( QV_OPT_DEF **def, QV_INT optId )
 {
-    writable( def )->argOnly = optId;
+    writableDef( def )->argOnly = optId;
 }

@@ -6,6 +6,7 @@
 #include "qv/base/qv_boxed_real.h"
 #include "qv/base/qv_opt_def.h"
 #include "qv/base/qv_range_map.h"
+#include "qv/base/qv_scan_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_obj.h"
@@ -21,9 +22,9 @@ namespace
 struct Argument
 {
     QV_OBJ *obj;
-    QV_INT  letters; // of a text like `-abc`, how many of the options were read
+    QV_INT  letters; // how many of the options of a text like `-abc` were read
     QV_INT  next;    // or NONE
-    QV_INT  runEnd;  // from an object here up to the one at this index all are objects
+    QV_INT  runEnd;  // if this is no text: the index of an element up to which all that remain are no texts
 };
 } // namespace
 
@@ -33,7 +34,7 @@ struct QV_OPT_SEQ : QV_OBJ
     Argument     *args;   // as they were given
     QV_INT        first;  // of those that remain, or NONE
     QV_INT        length; // how many remain
-    QV_VECTOR    *argv;   // what remains, as a Vector; null until somebody asks
+    QV_VECTOR    *argv;   // what remains, as a Vector; null until a caller asks for it
     QV_INT        id;     // of the last step
     QV_INT        idSecondary;
     QV_STRING    *opt; // or null, as are the next two
@@ -55,9 +56,9 @@ bool isText( QV_OBJ *object )
 
 /* What remains to be read ---------------------------------------------------------------------------------------- */
 
-// The links lead through all that remains, and runs consist of objects. Looked at where there are few, since it is
-// looked at in every step.
-[[maybe_unused]] bool holds( QV_OPT_SEQ *seq )
+// Whether the links lead through all that remains, and runs hold no texts. Checked where few elements remain, since it
+// is checked in every step.
+[[maybe_unused]] bool isSoundOptSeq( QV_OPT_SEQ *seq )
 {
     const QV_INT FEW = 64;
 
@@ -101,7 +102,7 @@ void dropNext( QV_OPT_SEQ *seq, QV_INT *at )
 {
     Argument &dropped = seq->args[*at];
 
-    // The rest of a run is one.
+    // What follows in a run is a run too.
     if( dropped.runEnd > *at )
         seq->args[dropped.next].runEnd = dropped.runEnd;
 
@@ -111,7 +112,7 @@ void dropNext( QV_OPT_SEQ *seq, QV_INT *at )
     forgetVector( seq );
 }
 
-// The same, with what is left of it as a reference of the caller's.
+// The same; returns what is left of the element.
 qv::Ref< QV_OBJ > takeNext( QV_OPT_SEQ *seq, QV_INT *at )
 {
     qv::Ref< QV_OBJ > taken( whatIsLeft( seq->args[*at] ) );
@@ -120,8 +121,8 @@ qv::Ref< QV_OBJ > takeNext( QV_OPT_SEQ *seq, QV_INT *at )
     return taken;
 }
 
-// Passes over the object that the link `at` leads to and all that follow it; gives the link after them. Their first one
-// remembers the last one, so that no later step walks through them again.
+// Passes over the element that the link `at` leads to, which is no text, and all others up to the next text. Returns
+// the link after them. The first one remembers the last one, so that no later step walks through them again.
 QV_INT *passObjects( QV_OPT_SEQ *seq, QV_INT *at )
 {
     QV_INT last = seq->args[*at].runEnd;
@@ -142,7 +143,7 @@ void dropAll( QV_OPT_SEQ *seq )
 // A `--` at the very end leaves nothing to report.
 void dropFinalDashes( QV_OPT_SEQ *seq )
 {
-    QV_ASSERT( holds( seq ) );
+    QV_ASSERT( isSoundOptSeq( seq ) );
 
     if( seq->length != 1 )
         return;
@@ -175,12 +176,6 @@ void freeOptSeq( QV_OBJ *thisObj )
 
 /* One step ------------------------------------------------------------------------------------------------------- */
 
-template< class T >
-T *shareOrNull( T *object )
-{
-    return object ? qv::retain( object ) : nullptr;
-}
-
 void clearOption( QV_OPT_SEQ *seq )
 {
     qv::assign( &seq->opt, static_cast< QV_STRING * >( nullptr ) );
@@ -188,7 +183,7 @@ void clearOption( QV_OPT_SEQ *seq )
 }
 
 // The result for what the user did wrong, with its text.
-QV_INT fail( QV_OPT_SEQ *seq, QV_INT id )
+QV_INT failStep( QV_OPT_SEQ *seq, QV_INT id )
 {
     static const char *const TEXTS[] = {
         "%s: option undefined",
@@ -224,7 +219,7 @@ QV_INT readPlainArgument( QV_OPT_SEQ *seq, QV_INT *at )
     QV_INT            argOnly = qvOptDefArgOnly( seq->def );
 
     if( argOnly < 0 )
-        return fail( seq, QV_OPT_SEQ_ARGUMENT_DISALLOWED_ALONE );
+        return failStep( seq, QV_OPT_SEQ_ARGUMENT_DISALLOWED_ALONE );
 
     qv::assign( &seq->arg, element.give() );
     return argOnly;
@@ -247,12 +242,12 @@ QV_INT readShortOption( QV_OPT_SEQ *seq, QV_INT *at, qv::Ref< QV_STRING > text )
     qv::assign( &seq->opt, qvStringCreateFromFormatCstr( "-%c", -1, c ) );
 
     if( id < 0 )
-        return fail( seq, id );
+        return failStep( seq, id );
 
     if( takesArg && left > 0 )
         qv::assign( &seq->arg, qvStringObj( qvStringCreateFromInner( text, letter + 1, left ) ) );
     else if( takesArg && !takeArgument( seq, at ) )
-        return fail( seq, QV_OPT_SEQ_ARGUMENT_MISSING );
+        return failStep( seq, QV_OPT_SEQ_ARGUMENT_MISSING );
 
     return id;
 }
@@ -278,25 +273,25 @@ QV_INT readLongOption( QV_OPT_SEQ *seq, QV_INT *at )
         qvStringLength( text ) > 0 ? qvOptDefLongOpt( seq->def, text, QV_TRUE, &abbreviated ) : QV_OPT_SEQ_UNDEFINED;
 
     if( id < 0 )
-        return fail( seq, id );
+        return failStep( seq, id );
 
     QV_INT flags = qvOptDefFlags( seq->def, id );
 
     if( ( flags & QV_OPT_FLAG_ARGUMENT ) && !seq->arg && !takeArgument( seq, at ) )
-        return fail( seq, QV_OPT_SEQ_ARGUMENT_MISSING );
+        return failStep( seq, QV_OPT_SEQ_ARGUMENT_MISSING );
 
     if( ( flags & QV_OPT_FLAG_NO_ABBREV ) && abbreviated )
-        return fail( seq, QV_OPT_SEQ_ABBREVIATED );
+        return failStep( seq, QV_OPT_SEQ_ABBREVIATED );
 
     if( !( flags & QV_OPT_FLAG_ARGUMENT ) && seq->arg )
-        return fail( seq, QV_OPT_SEQ_ARGUMENT_DISALLOWED );
+        return failStep( seq, QV_OPT_SEQ_ARGUMENT_DISALLOWED );
 
     return id;
 }
 
-// Objects are passed over as long as options may follow; they are read, in order, when there is nothing else. What
-// comes after an ignored option is left for the next step.
-QV_INT step( QV_OPT_SEQ *seq )
+// Elements that are no texts are passed over as long as options may follow; they are read, in order, when nothing else
+// remains. What comes after an ignored option is left for the next step.
+QV_INT readStep( QV_OPT_SEQ *seq )
 {
     const QV_INT length    = seq->length;
     QV_INT      *at        = &seq->first; // the link to the element that is looked at
@@ -332,7 +327,7 @@ QV_INT step( QV_OPT_SEQ *seq )
         {
             seq->options = QV_FALSE;
             dropNext( seq, at );
-            return step( seq );
+            return readStep( seq );
         }
 
         QV_INT id = isLong ? readLongOption( seq, at ) : readShortOption( seq, at, std::move( text ) );
@@ -345,7 +340,7 @@ QV_INT step( QV_OPT_SEQ *seq )
         if( flags & QV_OPT_FLAG_ONCE )
         {
             if( qvRangeMapHasIntKey( seq->once, id ) )
-                return fail( seq, QV_OPT_SEQ_MULTIPLE );
+                return failStep( seq, QV_OPT_SEQ_MULTIPLE );
 
             qv::Ref< QV_BOXED_NULL > seen( qvBoxedNullCreate() );
             qvRangeMapSetIntKey( &seq->once, id, qvBoxedNullObj( seen ) );
@@ -356,16 +351,16 @@ QV_INT step( QV_OPT_SEQ *seq )
 
         clearOption( seq );
 
-        // An object is passed over anyhow, and with those that follow it.
+        // What comes after the ignored option is left, unless it is passed over anyway.
         if( *at != NONE && ( isText( seq->args[*at].obj ) || !qvOptDefReorder( seq->def ) ) )
             at = &seq->args[*at].next;
     }
 
-    // The objects are all there was.
+    // There were only elements that were passed over.
     if( afterPass && seq->length == length )
     {
         seq->options = QV_FALSE;
-        return step( seq );
+        return readStep( seq );
     }
 
     return QV_OPT_SEQ_NOTHING;
@@ -378,7 +373,7 @@ bool argHasSort( QV_OPT_SEQ *seq, QV_SORT *sort )
     return seq->arg && qvObjSort( seq->arg ) == sort;
 }
 
-// The text of an argument that is a text or a boxed number; of no other object, whatever it says.
+// The text of an argument that is a text or a boxed number; null for any other object, whatever its text.
 qv::Ref< QV_STRING > scannedText( QV_OPT_SEQ *seq )
 {
     bool scanned = argHasSort( seq, qvStringSort() ) || argHasSort( seq, qvBoxedIntSort() )
@@ -387,29 +382,54 @@ qv::Ref< QV_STRING > scannedText( QV_OPT_SEQ *seq )
     return qv::Ref< QV_STRING >( scanned ? qvObjToString( seq->arg ) : nullptr );
 }
 
-bool scansAsReal( QV_OPT_SEQ *seq, QV_REAL *value )
+// Whether the argument is a real, which `*value` becomes then. The next two are the same for the other kinds.
+bool readReal( QV_OPT_SEQ *seq, QV_REAL *value )
 {
-    qv::Ref< QV_STRING > text = scannedText( seq );
-    QV_INT               consumed;
+    if( argHasSort( seq, qvBoxedRealSort() ) )
+        *value = qvBoxedRealValue( qvBoxedRealFrom( seq->arg ) );
+    else if( argHasSort( seq, qvBoxedIntSort() ) )
+        *value = static_cast< QV_REAL >( qvBoxedIntValue( qvBoxedIntFrom( seq->arg ) ) );
+    else
+    {
+        qv::Ref< QV_STRING > text = scannedText( seq );
+        return text && qv::scansAsReal( text, -1, value );
+    }
 
-    return text && qvStringScanReal( text, 0, -1, -1, value, &consumed ) && consumed == qvStringLength( text );
+    return true;
 }
 
-bool scansAsInt( QV_OPT_SEQ *seq, QV_INT *value )
+bool readInt( QV_OPT_SEQ *seq, QV_INT *value )
 {
-    qv::Ref< QV_STRING > text = scannedText( seq );
-    QV_INT               consumed;
+    if( argHasSort( seq, qvBoxedIntSort() ) )
+        *value = qvBoxedIntValue( qvBoxedIntFrom( seq->arg ) );
+    else if( argHasSort( seq, qvBoxedRealSort() ) )
+        *value = qvRealToInt( qvBoxedRealValue( qvBoxedRealFrom( seq->arg ) ) );
+    else
+    {
+        qv::Ref< QV_STRING > text = scannedText( seq );
+        return text && qv::scansAsInt( text, -1, value );
+    }
 
-    return text && qvStringScanInt( text, 0, -1, -1, value, &consumed ) && consumed == qvStringLength( text );
+    return true;
 }
 
-bool scansAsBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric, QV_BOOL *value )
+// Here `*value` becomes false if the argument is no truth value.
+bool readBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric, QV_BOOL *value )
 {
-    qv::Ref< QV_STRING > text = scannedText( seq );
-    QV_INT               consumed;
+    if( argHasSort( seq, qvBoxedBoolSort() ) )
+    {
+        *value = qvBoxedBoolValue( qvBoxedBoolFrom( seq->arg ) );
+        return true;
+    }
 
-    return text && qvStringScanBool( text, 0, -1, allowNumeric, value, &consumed )
-           && consumed == qvStringLength( text );
+    qv::Ref< QV_STRING > text = scannedText( seq );
+
+    if( text && qv::scansAsBool( text, allowNumeric, value ) )
+        return true;
+
+    // The text of a boxed NaN or infinity is no number.
+    *value = QV_FALSE;
+    return allowNumeric && argHasSort( seq, qvBoxedRealSort() );
 }
 } // namespace
 
@@ -482,7 +502,7 @@ QV_INT qvOptSeqNext( QV_OPT_SEQ *seq )
     QV_INT length = seq->length;
     QV_CHECK( length );
 
-    seq->id          = step( seq );
+    seq->id          = readStep( seq );
     seq->idSecondary = seq->id;
     dropFinalDashes( seq );
 
@@ -510,7 +530,7 @@ QV_BOOL qvOptSeqHasOpt( QV_OPT_SEQ *seq )
 QV_STRING *qvOptSeqOpt( QV_OPT_SEQ *seq )
 {
     QV_CHECK( seq );
-    return shareOrNull( seq->opt );
+    return qv::Ref< QV_STRING >::share( seq->opt ).give();
 }
 
 QV_BOOL qvOptSeqHasArg( QV_OPT_SEQ *seq )
@@ -522,7 +542,7 @@ QV_BOOL qvOptSeqHasArg( QV_OPT_SEQ *seq )
 QV_OBJ *qvOptSeqArgObj( QV_OPT_SEQ *seq )
 {
     QV_CHECK( seq );
-    return shareOrNull( seq->arg );
+    return qv::Ref< QV_OBJ >::share( seq->arg ).give();
 }
 
 QV_STRING *qvOptSeqArgString( QV_OPT_SEQ *seq )
@@ -536,25 +556,15 @@ QV_BOOL qvOptSeqArgIsReal( QV_OPT_SEQ *seq )
     QV_CHECK( seq );
 
     QV_REAL ignored;
-
-    return argHasSort( seq, qvBoxedRealSort() ) || argHasSort( seq, qvBoxedIntSort() ) || scansAsReal( seq, &ignored )
-               ? QV_TRUE
-               : QV_FALSE;
+    return readReal( seq, &ignored ) ? QV_TRUE : QV_FALSE;
 }
 
 QV_REAL qvOptSeqArgReal( QV_OPT_SEQ *seq )
 {
     QV_CHECK( seq );
 
-    if( argHasSort( seq, qvBoxedRealSort() ) )
-        return qvBoxedRealValue( qvBoxedRealFrom( seq->arg ) );
-
-    if( argHasSort( seq, qvBoxedIntSort() ) )
-        return static_cast< QV_REAL >( qvBoxedIntValue( qvBoxedIntFrom( seq->arg ) ) );
-
     QV_REAL value;
-
-    return scansAsReal( seq, &value ) ? value : 0.0;
+    return readReal( seq, &value ) ? value : 0.0;
 }
 
 QV_BOOL qvOptSeqArgIsInt( QV_OPT_SEQ *seq )
@@ -562,25 +572,15 @@ QV_BOOL qvOptSeqArgIsInt( QV_OPT_SEQ *seq )
     QV_CHECK( seq );
 
     QV_INT ignored;
-
-    return argHasSort( seq, qvBoxedRealSort() ) || argHasSort( seq, qvBoxedIntSort() ) || scansAsInt( seq, &ignored )
-               ? QV_TRUE
-               : QV_FALSE;
+    return readInt( seq, &ignored ) ? QV_TRUE : QV_FALSE;
 }
 
 QV_INT qvOptSeqArgInt( QV_OPT_SEQ *seq )
 {
     QV_CHECK( seq );
 
-    if( argHasSort( seq, qvBoxedIntSort() ) )
-        return qvBoxedIntValue( qvBoxedIntFrom( seq->arg ) );
-
-    if( argHasSort( seq, qvBoxedRealSort() ) )
-        return qvRealToInt( qvBoxedRealValue( qvBoxedRealFrom( seq->arg ) ) );
-
     QV_INT value;
-
-    return scansAsInt( seq, &value ) ? value : 0;
+    return readInt( seq, &value ) ? value : 0;
 }
 
 QV_BOOL qvOptSeqArgIsBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric )
@@ -588,23 +588,17 @@ QV_BOOL qvOptSeqArgIsBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric )
     QV_CHECK( seq );
 
     QV_BOOL ignored;
-
-    return ( allowNumeric && qvOptSeqArgIsReal( seq ) ) || argHasSort( seq, qvBoxedBoolSort() )
-                   || scansAsBool( seq, allowNumeric, &ignored )
-               ? QV_TRUE
-               : QV_FALSE;
+    return readBool( seq, allowNumeric, &ignored ) ? QV_TRUE : QV_FALSE;
 }
 
 QV_BOOL qvOptSeqArgBool( QV_OPT_SEQ *seq, QV_BOOL allowNumeric )
 {
     QV_CHECK( seq );
 
-    if( argHasSort( seq, qvBoxedBoolSort() ) )
-        return qvBoxedBoolValue( qvBoxedBoolFrom( seq->arg ) );
-
     QV_BOOL value;
+    readBool( seq, allowNumeric, &value );
 
-    return scansAsBool( seq, allowNumeric, &value ) ? value : QV_FALSE;
+    return value;
 }
 
 QV_BOOL qvOptSeqHasError( QV_OPT_SEQ *seq )
@@ -616,5 +610,5 @@ QV_BOOL qvOptSeqHasError( QV_OPT_SEQ *seq )
 QV_STRING *qvOptSeqError( QV_OPT_SEQ *seq )
 {
     QV_CHECK( seq );
-    return shareOrNull( seq->error );
+    return qv::Ref< QV_STRING >::share( seq->error ).give();
 }

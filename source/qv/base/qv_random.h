@@ -7,7 +7,7 @@
         qvRandomBytes( salt, sizeof( salt ) );
 
     The bytes come from "/dev/urandom", 128 of them at a time, which all threads share; no byte is given out twice.
-    Where the device can't be opened at start-up, the C library's `rand`, seeded from the clock, takes its place: use
+    If the device cannot be opened at start-up, the C library's `rand`, seeded from the clock, takes its place: use
     nothing from here as a secret. A device that fails later ends the process.
 
     Callable from any thread: one monitor is entered for each call, and one read of the device made for 128 bytes. */
@@ -17,11 +17,12 @@
 
 #include "qv/sys/qv_types.h"
 
-/** Appends so many random bytes to `*buffer`, which may be null if there are none. A negative count ends the
+/** Appends `byteCount` random bytes to `*buffer`, which may be null for a count of 0. A negative count ends the
     process. */
 QV_API void qvRandom( QV_BUFFER **buffer, QV_INT byteCount );
 
-/** The same to memory, which may be null if there are none. */
+/** Stores `byteCount` random bytes at `bytes`, which may be null for a count of 0. A negative count ends the
+    process. */
 QV_API void qvRandomBytes( void *bytes, QV_INT byteCount );
 
 /** 8 random bits. */
@@ -39,7 +40,7 @@ QV_API QV_INT qvRandomBit( void );
 /** 63 random bits: from 0 to QV_INT_MAX. */
 QV_API QV_INT qvRandomNonNegativeInt( void );
 
-/** From the one value to the other, both included, which may come in either order. A negative one ends the process.
+/** A number from one value to the other, both included, in either order. A negative value ends the process.
     Low values are more likely by at most one part in 2^63 divided by the size of the range. */
 QV_API QV_INT qvRandomNonNegativeIntRange( QV_INT lowVal, QV_INT highVal );
 

@@ -18,10 +18,10 @@ namespace
 const QV_INT POOL_SIZE = 128;
 
 QV_MONITOR *qv___RandomMonitor = nullptr; // guards the pool, and the C library's generator where that is used
-QV_BUFFER  *qv___RandomBuffer  = nullptr; // bytes that nobody has got yet
+QV_BUFFER  *qv___RandomBuffer  = nullptr; // bytes that have not been handed out yet
 int         qv___RandomFd      = -1;
 
-void fill()
+void fillPool()
 {
     QV_CHECK( !qvBufferLength( qv___RandomBuffer ) );
 
@@ -46,16 +46,17 @@ void fill()
     qvBufferAppendBytes( &qv___RandomBuffer, bytes, bytesRead );
 }
 
-// Takes bytes out of the pool, a run at a time, and shows each run's length before it goes.
+// Takes bytes out of the pool in runs. `consume` reads the first bytes of the pool, as many as it is called with,
+// before they are deleted.
 template< class Consume >
-void take( QV_INT byteCount, Consume consume )
+void takeFromPool( QV_INT byteCount, Consume consume )
 {
     qv::HeldMonitor held( qv___RandomMonitor );
 
     while( byteCount > 0 )
     {
         if( !qvBufferLength( qv___RandomBuffer ) )
-            fill();
+            fillPool();
 
         QV_INT count = qvIntMin( byteCount, qvBufferLength( qv___RandomBuffer ) );
         consume( count );
@@ -72,7 +73,7 @@ void qv___RandomStartup( void )
     qv___RandomFd      = open( "/dev/urandom", O_RDONLY | O_CLOEXEC );
 
     srand( static_cast< unsigned >( time( nullptr ) ) );
-    fill();
+    fillPool();
 }
 
 void qv___RandomShutdown( void )
@@ -92,7 +93,7 @@ void qvRandom( QV_BUFFER **buffer, QV_INT byteCount )
     QV_CHECK( byteCount >= 0 );
     QV_CHECK( *buffer || !byteCount );
 
-    take( byteCount, [buffer]( QV_INT count ) { qvBufferAppendLeading( buffer, qv___RandomBuffer, count ); } );
+    takeFromPool( byteCount, [buffer]( QV_INT count ) { qvBufferAppendLeading( buffer, qv___RandomBuffer, count ); } );
 }
 
 void qvRandomBytes( void *bytes, QV_INT byteCount )
@@ -102,7 +103,7 @@ void qvRandomBytes( void *bytes, QV_INT byteCount )
 
     uint8_t *next = static_cast< uint8_t * >( bytes );
 
-    take(
+    takeFromPool(
         byteCount,
         [&next]( QV_INT count )
         {

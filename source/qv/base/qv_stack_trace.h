@@ -10,8 +10,8 @@
         }
         qvStackTraceRelease( st );
 
-    Line 0 is the innermost call, that of qvStackTraceCreate(). The text of a line is what the platform tells: the
-    file, the function where it is known, the address. At most 4000 calls are looked at, those of the library's own
+    Line 0 is the innermost call, that of qvStackTraceCreate(). The text of a line is the platform's: the file,
+    the function if it is known, the address. At most 4000 calls are looked at, those of the library's own
     included.
 
     Costs. Taking a trace walks the stack and looks each address up; expect some microseconds for each line.
@@ -29,7 +29,7 @@ QV_FAMILY( StackTrace, QV_STACK_TRACE )
 
 /** The stack of the calling thread, from the caller of this function on, without the `skip` innermost calls. At most
     `maxLength` lines; -1 means no limit. A `skip` below 0 and a `maxLength` below -1 end the process; a `skip` beyond
-    the stack gives an empty trace. */
+    the stack results in an empty trace. */
 QV_API QV_STACK_TRACE *qvStackTraceCreate( QV_INT skip, QV_INT maxLength );
 
 /** How many lines there are. */
@@ -41,7 +41,7 @@ QV_API QV_STRING *qvStackTraceAt( QV_STACK_TRACE *st, QV_INT idx );
 /** All lines as a new Vector of Strings. */
 QV_API QV_VECTOR *qvStackTraceVector( QV_STACK_TRACE *st );
 
-/** Prints each line in a call of its own, without an end of line. */
+/** Prints each line with a call of qvPrintCstr(), without an end of line. */
 QV_API void qvStackTracePrint( QV_STACK_TRACE *st );
 
 #endif

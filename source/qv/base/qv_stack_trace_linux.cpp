@@ -21,7 +21,7 @@ void qv___StackTraceUpdateSymbols( void )
 
 __attribute__( ( noinline ) ) QV_INT qv::stackFrames( void **frames, QV_INT size )
 {
-    // Some more, for this function's own frame and those of a sanitizer that stands before the C library.
+    // More frames, for this function's own and those of a sanitizer that intercepts the C library.
     const QV_INT OWN = 4;
 
     void  *all[STACK_TRACE_CALLS + OWN];

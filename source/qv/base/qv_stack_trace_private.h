@@ -11,8 +11,8 @@ namespace qv
 /** The most calls that a trace looks at. */
 const QV_INT STACK_TRACE_CALLS = 4000;
 
-/** Stores the return addresses of the calling thread's stack, the caller's frame first; gives their number, at most
-    `size`. */
+/** Stores the return addresses of the calling thread's stack, the caller's frame first. Returns their number, which is
+    at most `size`. */
 QV_INT stackFrames( void **frames, QV_INT size );
 
 /** One line of text for each frame, in one block that freeStackLines() takes; null on failure. */

@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_dict_private.h"
+#include "qv/base/qv_scan_private.h"
 #include "qv/base/qv_store_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
@@ -23,14 +24,14 @@ using qv::StoreTable;
 
 // The value of a String key, borrowed, or null.
 template< class T >
-T *find( QV_DICT *dict, QV_STRING *key )
+T *findEntry( QV_DICT *dict, QV_STRING *key )
 {
     QV_INT idx = qvDictIndexOfObjKey( dict, key );
 
     return idx < 0 ? nullptr : static_cast< T * >( qv::dictItem( dict, idx ).val );
 }
 
-bool has( QV_DICT *dict, QV_STRING *key )
+bool hasKey( QV_DICT *dict, QV_STRING *key )
 {
     return qvDictIndexOfObjKey( dict, key ) >= 0;
 }
@@ -56,7 +57,7 @@ void freeStore( QV_OBJ *thisObj )
     qv::drop( store->stores );
 }
 
-QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
+QV_INT compareStoresStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
 {
     QV_STORE *a = qvStoreFrom( thisObj );
     QV_STORE *b = qvStoreFrom( thatObj );
@@ -74,7 +75,7 @@ QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
     return 0;
 }
 
-// A check of everything that an operation is given; of what it writes, the private copy.
+// The checks of an operation's arguments: of one that reads a store, and of one that changes it.
 #define CHECK_READ( store, address )                                                                                   \
     QV_CHECK( store );                                                                                                 \
     QV_CHECK( address );                                                                                               \
@@ -86,10 +87,10 @@ QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
     QV_CHECK( address );                                                                                               \
     QV_CHECK( qvStoreAddressOk( address ) )
 
-// Deletes an entry of one table, if there is one, and the address unless the other table has it.
+// Deletes an entry of one table, if there is one, and the address unless the other table has it too.
 void deleteEntry( QV_STORE **store, StoreTable table, StoreTable other, QV_STRING *address )
 {
-    if( !has( *store->*table, address ) )
+    if( !hasKey( *store->*table, address ) )
         return;
 
     // The entry can hold the only reference to it.
@@ -98,22 +99,21 @@ void deleteEntry( QV_STORE **store, StoreTable table, StoreTable other, QV_STRIN
     qv::makePrivate( store, qvStoreCreateFrom );
     qvDictDelObjKey( &( *store->*table ), address );
 
-    if( !has( *store->*other, address ) )
+    if( !hasKey( *store->*other, address ) )
         qvDictDelObjKey( &( *store )->addresses, address );
 
     QV_ASSERT( qv::isSoundStore( *store, address ) );
 }
 
-// Reads a value with one of the scanners, which has to take all of it.
+// Reads a value with `scan`, which is true if the whole value is of its kind.
 template< class T, class Scan >
 QV_BOOL scanValue( QV_STORE *store, T *out, QV_STRING *address, const Scan &scan )
 {
     CHECK_READ( store, address );
 
-    QV_STRING *value    = find< QV_STRING >( store->values, address );
-    T          result   = 0;
-    QV_INT     consumed = 0;
-    bool       ok       = value && scan( value, &result, &consumed ) && consumed == value->length;
+    QV_STRING *value  = findEntry< QV_STRING >( store->values, address );
+    T          result = 0;
+    bool       ok     = value && scan( value, &result );
 
     if( out )
         *out = ok ? result : 0;
@@ -122,7 +122,7 @@ QV_BOOL scanValue( QV_STORE *store, T *out, QV_STRING *address, const Scan &scan
 }
 } // namespace
 
-QV___FAMILY_OF_PARTS( Store, QV_STORE, freeStore, qv::compareByParts, nullptr, compareStep, nullptr )
+QV___FAMILY_OF_PARTS( Store, QV_STORE, freeStore, qv::compareByParts, nullptr, compareStoresStep, nullptr )
 
 /* Entries -------------------------------------------------------------------------------------------------------- */
 
@@ -132,7 +132,7 @@ void qv::insertIntoStore( QV_STORE *store, StoreTable table, QV_INT idx, QV_STRI
     QV_INT    dictIdx = idx;
     bool      found;
 
-    // Where all addresses have an entry of this kind, it goes to the same place.
+    // If all addresses have an entry of this kind, both Dicts have the same keys.
     if( dict->length != store->addresses->length )
         dictIdx = searchDict( dict, address, &found );
 
@@ -163,8 +163,8 @@ namespace
 bool isSoundEntry( QV_STORE *store, QV_STRING *address )
 {
     QV_INT     idx   = qvDictIndexOfObjKey( store->addresses, address );
-    QV_STRING *value = find< QV_STRING >( store->values, address );
-    QV_STORE  *sub   = find< QV_STORE >( store->stores, address );
+    QV_STRING *value = findEntry< QV_STRING >( store->values, address );
+    QV_STORE  *sub   = findEntry< QV_STORE >( store->stores, address );
 
     if( ( idx >= 0 ) != ( value || sub ) || ( value && qvObjSort( value ) != qvStringSort() )
         || ( sub && qvObjSort( sub ) != qvStoreSort() ) )
@@ -270,8 +270,8 @@ QV_BOOL qvStoreAddressOk( QV_STRING *address )
 
 namespace
 {
-// Enters what a store lacks and another has, with the sub-stores as they are. Gives the first of the other's sub-stores
-// that can differ from the store's own, which has all of their addresses now.
+// Enters what `from` has and `into` lacks, with the sub-stores as they are. Returns the index of the first sub-store of
+// `from` that can differ from the one of `into` at its address.
 QV_INT includeLevel( QV_STORE *into, QV_STORE *from )
 {
     if( into->addresses != from->addresses )
@@ -298,17 +298,17 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
     QV_CHECK( *store );
     QV_CHECK( other );
 
-    // What a store has it needn't be given; that holds for sub-stores that both share too.
+    // A store lacks nothing that it has itself. The same holds below for sub-stores that both share.
     if( *store == other )
         return;
 
-    // The other one can lie inside of this one. With one more reference it is copied before it is changed there.
+    // `other` can be a sub-store of `*store`. With one more reference it is copied before it is changed there.
     qv::Ref< QV_STORE > held = qv::Ref< QV_STORE >::share( other );
 
     qv::makePrivate( store, qvStoreCreateFrom );
 
-    // A store that nobody else holds, another one, and the next of the other's sub-stores to go into it. What both are
-    // is held by the levels above, and those change in none of their entries but the one gone down to.
+    // `into` is held by its parent alone and can be written; `next` is the index of the next sub-store of `from` to
+    // merge. The parents hold both stores: while a level is open, its parent changes no entry but that one.
     struct Level
     {
         QV_STORE *into;
@@ -330,7 +330,7 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
             if( qv::dictItem( at.into->stores, idx ).val == item.val )
                 continue;
 
-            // The sub-store is changed in its place, so that it is copied only if it is shared.
+            // The sub-store is changed where it is, so that it is copied only if it is shared.
             qv::makePrivate( &at.into->stores, qvDictCreateFrom );
             QV_STORE *from = static_cast< QV_STORE * >( item.val );
             QV_STORE *into = static_cast< QV_STORE * >( qv::dictItem( at.into->stores, idx ).val );
@@ -353,7 +353,7 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
 QV_BOOL qvStoreHasAddress( QV_STORE *store, QV_STRING *address )
 {
     CHECK_READ( store, address );
-    return has( store->addresses, address ) ? QV_TRUE : QV_FALSE;
+    return hasKey( store->addresses, address ) ? QV_TRUE : QV_FALSE;
 }
 
 /* One entry: values ---------------------------------------------------------------------------------------------- */
@@ -367,7 +367,7 @@ QV_STRING *qvStoreValue( QV_STORE *store, QV_STRING *address )
 QV_BOOL qvStoreHasValue( QV_STORE *store, QV_STRING *address )
 {
     CHECK_READ( store, address );
-    return has( store->values, address ) ? QV_TRUE : QV_FALSE;
+    return hasKey( store->values, address ) ? QV_TRUE : QV_FALSE;
 }
 
 void qvStoreSetValue( QV_STORE **store, QV_STRING *address, QV_STRING *value )
@@ -388,8 +388,8 @@ void qvStoreDelValue( QV_STORE **store, QV_STRING *address )
 QV_BOOL qvStoreValueBool( QV_STORE *store, QV_BOOL *out, QV_STRING *address )
 {
     return scanValue(
-        store, out, address, []( QV_STRING *value, QV_BOOL *result, QV_INT *consumed )
-        { return qvStringScanBool( value, 0, -1, QV_TRUE, result, consumed ); } );
+        store, out, address,
+        []( QV_STRING *value, QV_BOOL *result ) { return qv::scansAsBool( value, QV_TRUE, result ); } );
 }
 
 QV_BOOL qvStoreHasValueBool( QV_STORE *store, QV_STRING *address )
@@ -406,8 +406,7 @@ void qvStoreSetValueBool( QV_STORE **store, QV_STRING *address, QV_BOOL value )
 QV_BOOL qvStoreValueInt( QV_STORE *store, QV_INT *out, QV_STRING *address )
 {
     return scanValue(
-        store, out, address, []( QV_STRING *value, QV_INT *result, QV_INT *consumed )
-        { return qvStringScanInt( value, 0, -1, -1, result, consumed ); } );
+        store, out, address, []( QV_STRING *value, QV_INT *result ) { return qv::scansAsInt( value, -1, result ); } );
 }
 
 QV_BOOL qvStoreHasValueInt( QV_STORE *store, QV_STRING *address )
@@ -424,8 +423,7 @@ void qvStoreSetValueInt( QV_STORE **store, QV_STRING *address, QV_INT value )
 QV_BOOL qvStoreValueReal( QV_STORE *store, QV_REAL *out, QV_STRING *address )
 {
     return scanValue(
-        store, out, address, []( QV_STRING *value, QV_REAL *result, QV_INT *consumed )
-        { return qvStringScanReal( value, 0, -1, -1, result, consumed ); } );
+        store, out, address, []( QV_STRING *value, QV_REAL *result ) { return qv::scansAsReal( value, -1, result ); } );
 }
 
 QV_BOOL qvStoreHasValueReal( QV_STORE *store, QV_STRING *address )
@@ -450,7 +448,7 @@ QV_STORE *qvStoreStore( QV_STORE *store, QV_STRING *address )
 QV_BOOL qvStoreHasStore( QV_STORE *store, QV_STRING *address )
 {
     CHECK_READ( store, address );
-    return has( store->stores, address ) ? QV_TRUE : QV_FALSE;
+    return hasKey( store->stores, address ) ? QV_TRUE : QV_FALSE;
 }
 
 void qvStoreSetStore( QV_STORE **store, QV_STRING *address, QV_STORE *other )
@@ -458,7 +456,7 @@ void qvStoreSetStore( QV_STORE **store, QV_STRING *address, QV_STORE *other )
     CHECK_WRITE( store, address );
     QV_CHECK( other );
 
-    // The other one can be the store itself. With one more reference it is copied before the copy is changed.
+    // `other` can be `*store` itself. With one more reference `*store` is copied, and the copy is changed.
     qv::Ref< QV_STORE > held = qv::Ref< QV_STORE >::share( other );
 
     qv::makePrivate( store, qvStoreCreateFrom );
@@ -470,3 +468,6 @@ void qvStoreDelStore( QV_STORE **store, QV_STRING *address )
     CHECK_WRITE( store, address );
     deleteEntry( store, STORE_STORES, STORE_VALUES, address );
 }
+
+#undef CHECK_READ
+#undef CHECK_WRITE

@@ -13,14 +13,14 @@
         qvStoreRelease( store );
 
     Addresses. An address is one step, never a path: one or more of the characters 0-9, A-Z, a-z, `_` and `-`. Nested
-    data is reached level by level: read the sub-store, change it, set it again. Entries stand in ascending order of
+    data is reached level by level: read the sub-store, change it, set it again. Entries are in ascending order of
     their addresses as texts ("10" before "2"); indexes count them from 0. An address that breaks the grammar ends the
     process, so test one that comes from outside with qvStoreAddressOk() first.
 
-    Value and copy. A Store that somebody else holds is never changed: a mutator takes the address of the caller's
+    Value and copy. A Store that others hold too is never changed: a mutator takes the address of the caller's
     reference and, where the store is shared, replaces it by a copy first, which shares all content with the old one.
-    So retaining is copying, and what a reader was given does not see later changes. Only the tables of the level that
-    is written are copied, and only while they are shared.
+    So retaining is copying: a reader that holds a reference does not see later changes. Only the tables of the level
+    that is written are copied, and only while they are shared.
 
     Order. Stores order by their addresses, then their values, then their sub-stores.
 
@@ -30,24 +30,25 @@
         log.verbose=true    a value in the sub-store "log"
         log.empty.          a sub-store without entries
 
-    In a value, `%` is written `%%` and a control character `%` and six hexadecimal digits: `%00000a` is a line feed.
-    Everything else stands as it is, `.` and `=` too; so a value with U+2028 or U+2029, which end a line of a buffer,
-    does not come back from a text buffer whole, and does from a Vector of lines. Reading takes lines in any order, the
-    last value of an address wins, and white space around an address is ignored, but not around a value. After a `%` the
-    reader takes any six characters that qvFormatTryDecodeIntChars() takes whole as a number to the base 16: with digits
-    of either case, a sign and white space too. An escape that is none stays as it stands. A line without `.` or `=`, or
-    with something before it that is no address, is skipped: `# a = comment` is one. Content below 100 levels of
-    sub-stores is skipped too. No text is an error.
+    In a value, `%` is written as `%%`, and a control character as `%` and six hexadecimal digits: `%00000a` is a line
+    feed. Everything else is written unchanged, `.` and `=` too; so a value with U+2028 or U+2029, which end a line of a
+    buffer, is not read back whole from a text buffer, but is from a Vector of lines.
+
+    Lines are read in any order, and of several values of an address the last one counts. White space around an address
+    is ignored, around a value it is part of it. After a `%` the reader accepts any six characters that
+    qvFormatTryDecodeIntChars() reads whole as a number in base 16: with digits of either case, a sign and white space
+    too. What is no escape is read unchanged. A line without `.` or `=`, or with something before it that is no address,
+    is skipped: `# a = comment` is one. Content below 100 levels of sub-stores is skipped too. No text is an error.
 
     Binary form. The number of entries as an Int; then for each its address as a String, its value as an
-    OptionalString and its sub-store as an OptionalStore (qv_encoder.h tells what they look like). Reading takes entries
-    in any order and gives null, with the decoder's error set, for data that ends early, holds an address that is none
+    OptionalString and its sub-store as an OptionalStore (qv_encoder.h describes them). Entries are read in any order.
+    The result of reading is null, with the decoder's error set, for data that ends early, holds an address that is none
     or nests deeper than 100 levels.
 
     Costs. Finding, setting and deleting cost a logarithm of the number of addresses, in any order, and the first change
     of a table that is shared a copy of it. qvStoreCreateFrom() costs a constant time. Reading and writing a form costs
-    its length, reading with the logarithm of its entries. A tree may be nested to any depth: what goes through it takes
-    memory for each level, not stack.
+    its length, reading with the logarithm of its entries. A tree may be nested to any depth: operations that
+    walk it take memory for each level, not stack.
 
     Memory. A store with one entry takes a few hundred bytes, and so does each entry of short texts. A document that was
     read from text takes some ten to forty times its text where most lines set values, and up to 300 times where all of
@@ -56,7 +57,7 @@
     Threads. Any thread may read a Store, also one that others hold, and may lend it, its addresses and its values to
     operations on other Stores at the same time. A variable that mutators work on belongs to one thread at a time.
 
-    Arguments stay alive for the call, also where nobody but the store that is changed holds them.
+    Arguments stay alive for the call, even if the store that is changed is the only one to hold them.
 
     Null where an object is expected and as `*store`, and an index outside the store, end the process. */
 
@@ -81,7 +82,7 @@ QV_API void qvStoreClear( QV_STORE **store );
 /** How many addresses have an entry. */
 QV_API QV_INT qvStoreLength( QV_STORE *store );
 
-/** The address at an index. The caller owns the reference. */
+/** The address at an index from 0 to below the length. The caller owns the reference. */
 QV_API QV_STRING *qvStoreAddressAt( QV_STORE *store, QV_INT index );
 
 /** @{ */
@@ -106,7 +107,7 @@ QV_API void qvStoreMerge( QV_STORE **store, QV_STORE *other );
     - plain: a String;
     - At: the index of an address that has an entry, of whatever kind;
     - Cstr, Wcstr: UTF-8 text with a length in bytes or wide text with a length in units, -1 up to the terminator;
-    - Format, FormatCstr, FormatWcstr: the text of a format and the arguments at the end (qv_format.h tells the
+    - Format, FormatCstr, FormatWcstr: the text of a format and the arguments at the end (qv_format.h describes the
       language). */
 
 /** @{ */
@@ -153,7 +154,7 @@ QV_API void qvStoreSetValueFormatWcstr( QV_STORE **store, const wchar_t *format,
 /** @} */
 
 /** @{ */
-/** Deletes the value, if there is one. With no sub-store either, the address goes too. */
+/** Deletes the value, if there is one, and the address with it if it has no sub-store either. */
 QV_API void qvStoreDelValue( QV_STORE **store, QV_STRING *address );
 QV_API void qvStoreDelValueAt( QV_STORE **store, QV_INT index );
 QV_API void qvStoreDelValueCstr( QV_STORE **store, const char *address, QV_INT length );
@@ -164,8 +165,8 @@ QV_API void qvStoreDelValueFormatWcstr( QV_STORE **store, const wchar_t *format,
 /** @} */
 
 /** @{ */
-/** Reads a truth value: "true" or "false" in either case, or a number, of which zero is false. Gives true if there is
-    a value that is one from end to end; else `*out`, where `out` is not null, becomes false. */
+/** Reads a truth value: "true" or "false" in either case, or a number, of which zero is false. Returns true if there
+    is a value that is one from end to end. Otherwise `*out` becomes false; `out` may be null. */
 QV_API QV_BOOL qvStoreValueBool( QV_STORE *store, QV_BOOL *out, QV_STRING *address );
 QV_API QV_BOOL qvStoreValueBoolAt( QV_STORE *store, QV_BOOL *out, QV_INT index );
 QV_API QV_BOOL qvStoreValueBoolCstr( QV_STORE *store, QV_BOOL *out, const char *address, QV_INT length );
@@ -199,8 +200,8 @@ QV_API void qvStoreSetValueBoolFormatWcstr(
 /** @} */
 
 /** @{ */
-/** Reads an integer, in base 10 or the one that its prefix tells. Gives true if there is a value that is one from end
-    to end; else `*out`, where `out` is not null, becomes 0. */
+/** Reads an integer, in base 10 or the one of its prefix. Returns true if there is a value that is one from end to end.
+    Otherwise `*out` becomes 0; `out` may be null. */
 QV_API QV_BOOL qvStoreValueInt( QV_STORE *store, QV_INT *out, QV_STRING *address );
 QV_API QV_BOOL qvStoreValueIntAt( QV_STORE *store, QV_INT *out, QV_INT index );
 QV_API QV_BOOL qvStoreValueIntCstr( QV_STORE *store, QV_INT *out, const char *address, QV_INT length );
@@ -233,8 +234,8 @@ QV_API void qvStoreSetValueIntFormatWcstr( QV_STORE **store, const wchar_t *form
 /** @} */
 
 /** @{ */
-/** Reads a number with an optional fraction, but no exponent. Gives true if there is a value that is one from end to
-    end; else `*out`, where `out` is not null, becomes 0.0. */
+/** Reads a number with an optional fraction, but no exponent. Returns true if there is a value that is one from end
+    to end. Otherwise `*out` becomes 0.0; `out` may be null. */
 QV_API QV_BOOL qvStoreValueReal( QV_STORE *store, QV_REAL *out, QV_STRING *address );
 QV_API QV_BOOL qvStoreValueRealAt( QV_STORE *store, QV_REAL *out, QV_INT index );
 QV_API QV_BOOL qvStoreValueRealCstr( QV_STORE *store, QV_REAL *out, const char *address, QV_INT length );
@@ -256,7 +257,7 @@ QV_API QV_BOOL qvStoreHasValueRealFormatWcstr( QV_STORE *store, const wchar_t *f
 /** @} */
 
 /** @{ */
-/** Sets the value to the number in base 10 with six digits behind the point, cut off. */
+/** Sets the value to the number in base 10 with six digits after the point, cut off. */
 QV_API void qvStoreSetValueReal( QV_STORE **store, QV_STRING *address, QV_REAL value );
 QV_API void qvStoreSetValueRealAt( QV_STORE **store, QV_INT index, QV_REAL value );
 QV_API void qvStoreSetValueRealCstr( QV_STORE **store, const char *address, QV_INT length, QV_REAL value );
@@ -302,7 +303,7 @@ QV_API void qvStoreSetStoreFormatWcstr( QV_STORE **store, const wchar_t *format,
 /** @} */
 
 /** @{ */
-/** Deletes the sub-store, if there is one. With no value either, the address goes too. */
+/** Deletes the sub-store, if there is one, and the address with it if it has no value either. */
 QV_API void qvStoreDelStore( QV_STORE **store, QV_STRING *address );
 QV_API void qvStoreDelStoreAt( QV_STORE **store, QV_INT index );
 QV_API void qvStoreDelStoreCstr( QV_STORE **store, const char *address, QV_INT length );
@@ -323,19 +324,19 @@ QV_API QV_STORE *qvStoreDecodeFromStringVector( QV_VECTOR *vec );
 /** The text form in UTF-8, each line with a line feed: a new Buffer, empty for an empty store. */
 QV_API QV_BUFFER *qvStoreEncodeToTextBuffer( QV_STORE *store );
 
-/** A new store of what UTF-8 text holds. Lines end in any of the eight ways of qv_nlf.h, a byte order mark in
-    front is dropped, and what is no UTF-8 becomes U+FFFD. Null if the text cannot be read at all. */
+/** A new store of what UTF-8 text holds. Lines end in any of the eight ways of qv_nlf.h, a byte order mark at
+    the start is dropped, and what is no UTF-8 becomes U+FFFD. Null if the text cannot be read at all. */
 QV_API QV_STORE *qvStoreTryDecodeFromTextBuffer( QV_BUFFER *buffer );
 
 /* Binary form ---------------------------------------------------------------------------------------------------- */
 
-/** Appends the binary form. */
+/** Appends the binary form to what the encoder has. */
 QV_API void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder );
 
-/** The binary form in a new Buffer. */
+/** The binary form in a new Buffer, owned by the caller. */
 QV_API QV_BUFFER *qvStoreEncodeToBuffer( QV_STORE *store );
 
-/** A new store, or null with the decoder's error set. The decoder stands behind the store then. */
+/** A new store, or null with the decoder's error set. With a store, the decoder is moved past it. */
 QV_API QV_STORE *qvStoreTryDecodeFromDecoder( QV_DECODER *decoder );
 
 /** A new store, or null if the Buffer holds anything but one whole store. */

@@ -18,8 +18,8 @@
 
 namespace
 {
-// The value of a Dict's next entry, if that is of this address, and moves on; null otherwise. For a Dict whose keys are
-// some of the addresses, asked for each of these in their order.
+// The value of a Dict's next entry if its key is the address, else null. Moves past an entry that it returns. For a
+// Dict whose keys are some of the store's addresses, with all of these in their order.
 template< class T >
 T *takeNext( qv::DictIterator &next, QV_STRING *address )
 {
@@ -90,8 +90,9 @@ QV_BUFFER *qvStoreEncodeToBuffer( QV_STORE *store )
 
 namespace
 {
-// Sets an entry of a store that is being read. Takes over the value.
-void enter( QV_STORE *store, qv::StoreTable table, QV_STRING *address, QV_OBJ *value )
+// Sets an entry of a store that is being read. Takes over the value. The address is borrowed; unless the store has an
+// equal one, the caller is the only one to hold it.
+void enterDecoded( QV_STORE *store, qv::StoreTable table, QV_STRING *address, QV_OBJ *value )
 {
     bool   found;
     QV_INT idx = qv::searchDict( store->addresses, address, &found );
@@ -103,7 +104,7 @@ void enter( QV_STORE *store, qv::StoreTable table, QV_STRING *address, QV_OBJ *v
         return;
     }
 
-    // It was decoded for this entry, which is the first that it is given to.
+    // Only the caller holds the address, so that its count needs no locked instruction.
     qv::retainCreated( address, 3 );
     qv::insertIntoStore( store, table, idx, address, value );
 }
@@ -135,10 +136,10 @@ QV_STORE *qv___StoreTryDecodeFromDecoder( QV_DECODER *decoder, QV_INT depth )
         }
 
         if( ok && value )
-            enter( store, qv::STORE_VALUES, address, value.give() );
+            enterDecoded( store, qv::STORE_VALUES, address, value.give() );
 
         if( ok && sub )
-            enter( store, qv::STORE_STORES, address, sub.give() );
+            enterDecoded( store, qv::STORE_STORES, address, sub.give() );
     }
 
     if( ok )

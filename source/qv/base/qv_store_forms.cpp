@@ -1,258 +1,630 @@
+// The forms of the operations on one entry: each makes a String of its address and calls the plain operation.
+
 #include "qv/base/qv_store.h"
 
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_abort.h"
 
 #include <stdarg.h>
+#include <utility>
 
 namespace
 {
+using qv::asString;
+
 using Address = qv::Ref< QV_STRING >;
 
-QV_STRING *addressAt( QV_STORE *store, QV_INT index )
+Address addressAt( QV_STORE *store, QV_INT index )
 {
-    return qvStoreAddressAt( store, index );
+    return Address( qvStoreAddressAt( store, index ) );
 }
 
-QV_STRING *addressAt( QV_STORE **store, QV_INT index )
+Address addressAt( QV_STORE **store, QV_INT index )
 {
     QV_CHECK( store );
     QV_CHECK( *store );
 
-    return qvStoreAddressAt( *store, index );
+    return Address( qvStoreAddressAt( *store, index ) );
+}
+
+Address formattedAddress( va_list *args, QV_STRING *format )
+{
+    return Address( qvStringCreateFromFormatArgList( format, args ) );
+}
+
+Address formattedAddress( va_list *args, const char *format, QV_INT length )
+{
+    return Address( qvStringCreateFromFormatCstrArgList( format, length, args ) );
+}
+
+Address formattedAddress( va_list *args, const wchar_t *format, QV_INT length )
+{
+    return Address( qvStringCreateFromFormatWcstrArgList( format, length, args ) );
 }
 } // namespace
 
-// A form makes the address and calls the plain operation. A row has the result, the form, the plain operation, the
-// parameters before the address and the arguments that are passed on for them. The rows of a setter, which gives
-// nothing, end with the type of the value instead.
+// The address that a format, in one of the forms of formattedAddress(), makes of the arguments after the parameter
+// `last`. An expression in the function itself, since no other one can begin and end the list of its arguments.
+#define FORMATTED( last, ... )                                                                                         \
+    __extension__( {                                                                                                   \
+        va_list args_;                                                                                                 \
+        va_start( args_, last );                                                                                       \
+        Address address_ = formattedAddress( &args_, __VA_ARGS__ );                                                    \
+        va_end( args_ );                                                                                               \
+        std::move( address_ );                                                                                         \
+    } )
 
-#define LIST( ... ) __VA_ARGS__
+/* qvStoreHasAddress ------------------------------------------------------------------------------------------------ */
 
-#define AT( Result, Form, plain, parameters, arguments )                                                               \
-    Result Form( LIST parameters, QV_INT index )                                                                       \
-    {                                                                                                                  \
-        return plain( LIST arguments, Address( addressAt( store, index ) ) );                                          \
-    }
+QV_BOOL qvStoreHasAddressCstr( QV_STORE *store, const char *address, QV_INT length )
+{
+    return qvStoreHasAddress( store, asString( address, length ) );
+}
 
-#define TEXT( Result, Form, plain, parameters, arguments, Unit, create )                                               \
-    Result Form( LIST parameters, const Unit *address, QV_INT length )                                                 \
-    {                                                                                                                  \
-        return plain( LIST arguments, Address( create( address, length ) ) );                                          \
-    }
+QV_BOOL qvStoreHasAddressWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
+{
+    return qvStoreHasAddress( store, asString( address, length ) );
+}
 
-#define FORMAT( Result, Form, plain, parameters, arguments )                                                           \
-    Result Form( LIST parameters, QV_STRING *format, ... )                                                             \
-    {                                                                                                                  \
-        va_list list;                                                                                                  \
-        va_start( list, format );                                                                                      \
-        Address address( qvStringCreateFromFormatArgList( format, &list ) );                                           \
-        va_end( list );                                                                                                \
-        return plain( LIST arguments, address );                                                                       \
-    }
+QV_BOOL qvStoreHasAddressFormat( QV_STORE *store, QV_STRING *format, ... )
+{
+    return qvStoreHasAddress( store, FORMATTED( format, format ) );
+}
 
-#define FORMAT_TEXT( Result, Form, plain, parameters, arguments, Unit, create )                                        \
-    Result Form( LIST parameters, const Unit *format, QV_INT length, ... )                                             \
-    {                                                                                                                  \
-        va_list list;                                                                                                  \
-        va_start( list, length );                                                                                      \
-        Address address( create( format, length, &list ) );                                                            \
-        va_end( list );                                                                                                \
-        return plain( LIST arguments, address );                                                                       \
-    }
+QV_BOOL qvStoreHasAddressFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... )
+{
+    return qvStoreHasAddress( store, FORMATTED( length, format, length ) );
+}
 
-#define SET_AT( Form, plain, Type )                                                                                    \
-    void Form( QV_STORE **store, QV_INT index, Type value )                                                            \
-    {                                                                                                                  \
-        plain( store, Address( addressAt( store, index ) ), value );                                                   \
-    }
+QV_BOOL qvStoreHasAddressFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... )
+{
+    return qvStoreHasAddress( store, FORMATTED( length, format, length ) );
+}
 
-#define SET_TEXT( Form, plain, Type, Unit, create )                                                                    \
-    void Form( QV_STORE **store, const Unit *address, QV_INT length, Type value )                                      \
-    {                                                                                                                  \
-        plain( store, Address( create( address, length ) ), value );                                                   \
-    }
+/* qvStoreValue ----------------------------------------------------------------------------------------------------- */
 
-#define SET_FORMAT( Form, plain, Type )                                                                                \
-    void Form( QV_STORE **store, QV_STRING *format, Type value, ... )                                                  \
-    {                                                                                                                  \
-        va_list list;                                                                                                  \
-        va_start( list, value );                                                                                       \
-        Address address( qvStringCreateFromFormatArgList( format, &list ) );                                           \
-        va_end( list );                                                                                                \
-        plain( store, address, value );                                                                                \
-    }
+QV_STRING *qvStoreValueAt( QV_STORE *store, QV_INT index )
+{
+    return qvStoreValue( store, addressAt( store, index ) );
+}
 
-#define SET_FORMAT_TEXT( Form, plain, Type, Unit, create )                                                             \
-    void Form( QV_STORE **store, const Unit *format, QV_INT length, Type value, ... )                                  \
-    {                                                                                                                  \
-        va_list list;                                                                                                  \
-        va_start( list, value );                                                                                       \
-        Address address( create( format, length, &list ) );                                                            \
-        va_end( list );                                                                                                \
-        plain( store, address, value );                                                                                \
-    }
+QV_STRING *qvStoreValueCstr( QV_STORE *store, const char *address, QV_INT length )
+{
+    return qvStoreValue( store, asString( address, length ) );
+}
 
-#define CSTR( Result, Form, plain, parameters, arguments )                                                             \
-    TEXT( Result, Form, plain, parameters, arguments, char, qvStringCreateFromCstr )
-#define WCSTR( Result, Form, plain, parameters, arguments )                                                            \
-    TEXT( Result, Form, plain, parameters, arguments, wchar_t, qvStringCreateFromWcstr )
-#define FORMAT_CSTR( Result, Form, plain, parameters, arguments )                                                      \
-    FORMAT_TEXT( Result, Form, plain, parameters, arguments, char, qvStringCreateFromFormatCstrArgList )
-#define FORMAT_WCSTR( Result, Form, plain, parameters, arguments )                                                     \
-    FORMAT_TEXT( Result, Form, plain, parameters, arguments, wchar_t, qvStringCreateFromFormatWcstrArgList )
+QV_STRING *qvStoreValueWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
+{
+    return qvStoreValue( store, asString( address, length ) );
+}
 
-#define SET_CSTR( Form, plain, Type )  SET_TEXT( Form, plain, Type, char, qvStringCreateFromCstr )
-#define SET_WCSTR( Form, plain, Type ) SET_TEXT( Form, plain, Type, wchar_t, qvStringCreateFromWcstr )
-#define SET_FORMAT_CSTR( Form, plain, Type )                                                                           \
-    SET_FORMAT_TEXT( Form, plain, Type, char, qvStringCreateFromFormatCstrArgList )
-#define SET_FORMAT_WCSTR( Form, plain, Type )                                                                          \
-    SET_FORMAT_TEXT( Form, plain, Type, wchar_t, qvStringCreateFromFormatWcstrArgList )
+QV_STRING *qvStoreValueFormat( QV_STORE *store, QV_STRING *format, ... )
+{
+    return qvStoreValue( store, FORMATTED( format, format ) );
+}
 
-// clang-format off
-CSTR( QV_BOOL, qvStoreHasAddressCstr, qvStoreHasAddress, ( QV_STORE *store ), ( store ) )
-WCSTR( QV_BOOL, qvStoreHasAddressWcstr, qvStoreHasAddress, ( QV_STORE *store ), ( store ) )
-FORMAT( QV_BOOL, qvStoreHasAddressFormat, qvStoreHasAddress, ( QV_STORE *store ), ( store ) )
-FORMAT_CSTR( QV_BOOL, qvStoreHasAddressFormatCstr, qvStoreHasAddress, ( QV_STORE *store ), ( store ) )
-FORMAT_WCSTR( QV_BOOL, qvStoreHasAddressFormatWcstr, qvStoreHasAddress, ( QV_STORE *store ), ( store ) )
+QV_STRING *qvStoreValueFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... )
+{
+    return qvStoreValue( store, FORMATTED( length, format, length ) );
+}
 
-AT( QV_STRING *, qvStoreValueAt, qvStoreValue, ( QV_STORE *store ), ( store ) )
-CSTR( QV_STRING *, qvStoreValueCstr, qvStoreValue, ( QV_STORE *store ), ( store ) )
-WCSTR( QV_STRING *, qvStoreValueWcstr, qvStoreValue, ( QV_STORE *store ), ( store ) )
-FORMAT( QV_STRING *, qvStoreValueFormat, qvStoreValue, ( QV_STORE *store ), ( store ) )
-FORMAT_CSTR( QV_STRING *, qvStoreValueFormatCstr, qvStoreValue, ( QV_STORE *store ), ( store ) )
-FORMAT_WCSTR( QV_STRING *, qvStoreValueFormatWcstr, qvStoreValue, ( QV_STORE *store ), ( store ) )
+QV_STRING *qvStoreValueFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... )
+{
+    return qvStoreValue( store, FORMATTED( length, format, length ) );
+}
 
-AT( QV_BOOL, qvStoreHasValueAt, qvStoreHasValue, ( QV_STORE *store ), ( store ) )
-CSTR( QV_BOOL, qvStoreHasValueCstr, qvStoreHasValue, ( QV_STORE *store ), ( store ) )
-WCSTR( QV_BOOL, qvStoreHasValueWcstr, qvStoreHasValue, ( QV_STORE *store ), ( store ) )
-FORMAT( QV_BOOL, qvStoreHasValueFormat, qvStoreHasValue, ( QV_STORE *store ), ( store ) )
-FORMAT_CSTR( QV_BOOL, qvStoreHasValueFormatCstr, qvStoreHasValue, ( QV_STORE *store ), ( store ) )
-FORMAT_WCSTR( QV_BOOL, qvStoreHasValueFormatWcstr, qvStoreHasValue, ( QV_STORE *store ), ( store ) )
+/* qvStoreHasValue -------------------------------------------------------------------------------------------------- */
 
-SET_AT( qvStoreSetValueAt, qvStoreSetValue, QV_STRING * )
-SET_CSTR( qvStoreSetValueCstr, qvStoreSetValue, QV_STRING * )
-SET_WCSTR( qvStoreSetValueWcstr, qvStoreSetValue, QV_STRING * )
-SET_FORMAT( qvStoreSetValueFormat, qvStoreSetValue, QV_STRING * )
-SET_FORMAT_CSTR( qvStoreSetValueFormatCstr, qvStoreSetValue, QV_STRING * )
-SET_FORMAT_WCSTR( qvStoreSetValueFormatWcstr, qvStoreSetValue, QV_STRING * )
+QV_BOOL qvStoreHasValueAt( QV_STORE *store, QV_INT index )
+{
+    return qvStoreHasValue( store, addressAt( store, index ) );
+}
 
-AT( void, qvStoreDelValueAt, qvStoreDelValue, ( QV_STORE **store ), ( store ) )
-CSTR( void, qvStoreDelValueCstr, qvStoreDelValue, ( QV_STORE **store ), ( store ) )
-WCSTR( void, qvStoreDelValueWcstr, qvStoreDelValue, ( QV_STORE **store ), ( store ) )
-FORMAT( void, qvStoreDelValueFormat, qvStoreDelValue, ( QV_STORE **store ), ( store ) )
-FORMAT_CSTR( void, qvStoreDelValueFormatCstr, qvStoreDelValue, ( QV_STORE **store ), ( store ) )
-FORMAT_WCSTR( void, qvStoreDelValueFormatWcstr, qvStoreDelValue, ( QV_STORE **store ), ( store ) )
+QV_BOOL qvStoreHasValueCstr( QV_STORE *store, const char *address, QV_INT length )
+{
+    return qvStoreHasValue( store, asString( address, length ) );
+}
 
-AT( QV_BOOL, qvStoreValueBoolAt, qvStoreValueBool, ( QV_STORE *store, QV_BOOL *out ), ( store, out ) )
-CSTR( QV_BOOL, qvStoreValueBoolCstr, qvStoreValueBool, ( QV_STORE *store, QV_BOOL *out ), ( store, out ) )
-WCSTR( QV_BOOL, qvStoreValueBoolWcstr, qvStoreValueBool, ( QV_STORE *store, QV_BOOL *out ), ( store, out ) )
-FORMAT( QV_BOOL, qvStoreValueBoolFormat, qvStoreValueBool, ( QV_STORE *store, QV_BOOL *out ), ( store, out ) )
-FORMAT_CSTR( QV_BOOL, qvStoreValueBoolFormatCstr, qvStoreValueBool, ( QV_STORE *store, QV_BOOL *out ), ( store, out ) )
-FORMAT_WCSTR(
-    QV_BOOL, qvStoreValueBoolFormatWcstr, qvStoreValueBool, ( QV_STORE *store, QV_BOOL *out ), ( store, out ) )
+QV_BOOL qvStoreHasValueWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
+{
+    return qvStoreHasValue( store, asString( address, length ) );
+}
 
-AT( QV_BOOL, qvStoreHasValueBoolAt, qvStoreHasValueBool, ( QV_STORE *store ), ( store ) )
-CSTR( QV_BOOL, qvStoreHasValueBoolCstr, qvStoreHasValueBool, ( QV_STORE *store ), ( store ) )
-WCSTR( QV_BOOL, qvStoreHasValueBoolWcstr, qvStoreHasValueBool, ( QV_STORE *store ), ( store ) )
-FORMAT( QV_BOOL, qvStoreHasValueBoolFormat, qvStoreHasValueBool, ( QV_STORE *store ), ( store ) )
-FORMAT_CSTR( QV_BOOL, qvStoreHasValueBoolFormatCstr, qvStoreHasValueBool, ( QV_STORE *store ), ( store ) )
-FORMAT_WCSTR( QV_BOOL, qvStoreHasValueBoolFormatWcstr, qvStoreHasValueBool, ( QV_STORE *store ), ( store ) )
+QV_BOOL qvStoreHasValueFormat( QV_STORE *store, QV_STRING *format, ... )
+{
+    return qvStoreHasValue( store, FORMATTED( format, format ) );
+}
 
-SET_AT( qvStoreSetValueBoolAt, qvStoreSetValueBool, QV_BOOL )
-SET_CSTR( qvStoreSetValueBoolCstr, qvStoreSetValueBool, QV_BOOL )
-SET_WCSTR( qvStoreSetValueBoolWcstr, qvStoreSetValueBool, QV_BOOL )
-SET_FORMAT( qvStoreSetValueBoolFormat, qvStoreSetValueBool, QV_BOOL )
-SET_FORMAT_CSTR( qvStoreSetValueBoolFormatCstr, qvStoreSetValueBool, QV_BOOL )
-SET_FORMAT_WCSTR( qvStoreSetValueBoolFormatWcstr, qvStoreSetValueBool, QV_BOOL )
+QV_BOOL qvStoreHasValueFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... )
+{
+    return qvStoreHasValue( store, FORMATTED( length, format, length ) );
+}
 
-AT( QV_BOOL, qvStoreValueIntAt, qvStoreValueInt, ( QV_STORE *store, QV_INT *out ), ( store, out ) )
-CSTR( QV_BOOL, qvStoreValueIntCstr, qvStoreValueInt, ( QV_STORE *store, QV_INT *out ), ( store, out ) )
-WCSTR( QV_BOOL, qvStoreValueIntWcstr, qvStoreValueInt, ( QV_STORE *store, QV_INT *out ), ( store, out ) )
-FORMAT( QV_BOOL, qvStoreValueIntFormat, qvStoreValueInt, ( QV_STORE *store, QV_INT *out ), ( store, out ) )
-FORMAT_CSTR( QV_BOOL, qvStoreValueIntFormatCstr, qvStoreValueInt, ( QV_STORE *store, QV_INT *out ), ( store, out ) )
-FORMAT_WCSTR( QV_BOOL, qvStoreValueIntFormatWcstr, qvStoreValueInt, ( QV_STORE *store, QV_INT *out ), ( store, out ) )
+QV_BOOL qvStoreHasValueFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... )
+{
+    return qvStoreHasValue( store, FORMATTED( length, format, length ) );
+}
 
-AT( QV_BOOL, qvStoreHasValueIntAt, qvStoreHasValueInt, ( QV_STORE *store ), ( store ) )
-CSTR( QV_BOOL, qvStoreHasValueIntCstr, qvStoreHasValueInt, ( QV_STORE *store ), ( store ) )
-WCSTR( QV_BOOL, qvStoreHasValueIntWcstr, qvStoreHasValueInt, ( QV_STORE *store ), ( store ) )
-FORMAT( QV_BOOL, qvStoreHasValueIntFormat, qvStoreHasValueInt, ( QV_STORE *store ), ( store ) )
-FORMAT_CSTR( QV_BOOL, qvStoreHasValueIntFormatCstr, qvStoreHasValueInt, ( QV_STORE *store ), ( store ) )
-FORMAT_WCSTR( QV_BOOL, qvStoreHasValueIntFormatWcstr, qvStoreHasValueInt, ( QV_STORE *store ), ( store ) )
+/* qvStoreSetValue -------------------------------------------------------------------------------------------------- */
 
-SET_AT( qvStoreSetValueIntAt, qvStoreSetValueInt, QV_INT )
-SET_CSTR( qvStoreSetValueIntCstr, qvStoreSetValueInt, QV_INT )
-SET_WCSTR( qvStoreSetValueIntWcstr, qvStoreSetValueInt, QV_INT )
-SET_FORMAT( qvStoreSetValueIntFormat, qvStoreSetValueInt, QV_INT )
-SET_FORMAT_CSTR( qvStoreSetValueIntFormatCstr, qvStoreSetValueInt, QV_INT )
-SET_FORMAT_WCSTR( qvStoreSetValueIntFormatWcstr, qvStoreSetValueInt, QV_INT )
+void qvStoreSetValueAt( QV_STORE **store, QV_INT index, QV_STRING *value )
+{
+    qvStoreSetValue( store, addressAt( store, index ), value );
+}
 
-AT( QV_BOOL, qvStoreValueRealAt, qvStoreValueReal, ( QV_STORE *store, QV_REAL *out ), ( store, out ) )
-CSTR( QV_BOOL, qvStoreValueRealCstr, qvStoreValueReal, ( QV_STORE *store, QV_REAL *out ), ( store, out ) )
-WCSTR( QV_BOOL, qvStoreValueRealWcstr, qvStoreValueReal, ( QV_STORE *store, QV_REAL *out ), ( store, out ) )
-FORMAT( QV_BOOL, qvStoreValueRealFormat, qvStoreValueReal, ( QV_STORE *store, QV_REAL *out ), ( store, out ) )
-FORMAT_CSTR( QV_BOOL, qvStoreValueRealFormatCstr, qvStoreValueReal, ( QV_STORE *store, QV_REAL *out ), ( store, out ) )
-FORMAT_WCSTR(
-    QV_BOOL, qvStoreValueRealFormatWcstr, qvStoreValueReal, ( QV_STORE *store, QV_REAL *out ), ( store, out ) )
+void qvStoreSetValueCstr( QV_STORE **store, const char *address, QV_INT length, QV_STRING *value )
+{
+    qvStoreSetValue( store, asString( address, length ), value );
+}
 
-AT( QV_BOOL, qvStoreHasValueRealAt, qvStoreHasValueReal, ( QV_STORE *store ), ( store ) )
-CSTR( QV_BOOL, qvStoreHasValueRealCstr, qvStoreHasValueReal, ( QV_STORE *store ), ( store ) )
-WCSTR( QV_BOOL, qvStoreHasValueRealWcstr, qvStoreHasValueReal, ( QV_STORE *store ), ( store ) )
-FORMAT( QV_BOOL, qvStoreHasValueRealFormat, qvStoreHasValueReal, ( QV_STORE *store ), ( store ) )
-FORMAT_CSTR( QV_BOOL, qvStoreHasValueRealFormatCstr, qvStoreHasValueReal, ( QV_STORE *store ), ( store ) )
-FORMAT_WCSTR( QV_BOOL, qvStoreHasValueRealFormatWcstr, qvStoreHasValueReal, ( QV_STORE *store ), ( store ) )
+void qvStoreSetValueWcstr( QV_STORE **store, const wchar_t *address, QV_INT length, QV_STRING *value )
+{
+    qvStoreSetValue( store, asString( address, length ), value );
+}
 
-SET_AT( qvStoreSetValueRealAt, qvStoreSetValueReal, QV_REAL )
-SET_CSTR( qvStoreSetValueRealCstr, qvStoreSetValueReal, QV_REAL )
-SET_WCSTR( qvStoreSetValueRealWcstr, qvStoreSetValueReal, QV_REAL )
-SET_FORMAT( qvStoreSetValueRealFormat, qvStoreSetValueReal, QV_REAL )
-SET_FORMAT_CSTR( qvStoreSetValueRealFormatCstr, qvStoreSetValueReal, QV_REAL )
-SET_FORMAT_WCSTR( qvStoreSetValueRealFormatWcstr, qvStoreSetValueReal, QV_REAL )
+void qvStoreSetValueFormat( QV_STORE **store, QV_STRING *format, QV_STRING *value, ... )
+{
+    qvStoreSetValue( store, FORMATTED( value, format ), value );
+}
 
-AT( QV_STORE *, qvStoreStoreAt, qvStoreStore, ( QV_STORE *store ), ( store ) )
-CSTR( QV_STORE *, qvStoreStoreCstr, qvStoreStore, ( QV_STORE *store ), ( store ) )
-WCSTR( QV_STORE *, qvStoreStoreWcstr, qvStoreStore, ( QV_STORE *store ), ( store ) )
-FORMAT( QV_STORE *, qvStoreStoreFormat, qvStoreStore, ( QV_STORE *store ), ( store ) )
-FORMAT_CSTR( QV_STORE *, qvStoreStoreFormatCstr, qvStoreStore, ( QV_STORE *store ), ( store ) )
-FORMAT_WCSTR( QV_STORE *, qvStoreStoreFormatWcstr, qvStoreStore, ( QV_STORE *store ), ( store ) )
+void qvStoreSetValueFormatCstr( QV_STORE **store, const char *format, QV_INT length, QV_STRING *value, ... )
+{
+    qvStoreSetValue( store, FORMATTED( value, format, length ), value );
+}
 
-AT( QV_BOOL, qvStoreHasStoreAt, qvStoreHasStore, ( QV_STORE *store ), ( store ) )
-CSTR( QV_BOOL, qvStoreHasStoreCstr, qvStoreHasStore, ( QV_STORE *store ), ( store ) )
-WCSTR( QV_BOOL, qvStoreHasStoreWcstr, qvStoreHasStore, ( QV_STORE *store ), ( store ) )
-FORMAT( QV_BOOL, qvStoreHasStoreFormat, qvStoreHasStore, ( QV_STORE *store ), ( store ) )
-FORMAT_CSTR( QV_BOOL, qvStoreHasStoreFormatCstr, qvStoreHasStore, ( QV_STORE *store ), ( store ) )
-FORMAT_WCSTR( QV_BOOL, qvStoreHasStoreFormatWcstr, qvStoreHasStore, ( QV_STORE *store ), ( store ) )
+void qvStoreSetValueFormatWcstr( QV_STORE **store, const wchar_t *format, QV_INT length, QV_STRING *value, ... )
+{
+    qvStoreSetValue( store, FORMATTED( value, format, length ), value );
+}
 
-SET_AT( qvStoreSetStoreAt, qvStoreSetStore, QV_STORE * )
-SET_CSTR( qvStoreSetStoreCstr, qvStoreSetStore, QV_STORE * )
-SET_WCSTR( qvStoreSetStoreWcstr, qvStoreSetStore, QV_STORE * )
-SET_FORMAT( qvStoreSetStoreFormat, qvStoreSetStore, QV_STORE * )
-SET_FORMAT_CSTR( qvStoreSetStoreFormatCstr, qvStoreSetStore, QV_STORE * )
-SET_FORMAT_WCSTR( qvStoreSetStoreFormatWcstr, qvStoreSetStore, QV_STORE * )
+/* qvStoreDelValue -------------------------------------------------------------------------------------------------- */
 
-AT( void, qvStoreDelStoreAt, qvStoreDelStore, ( QV_STORE **store ), ( store ) )
-CSTR( void, qvStoreDelStoreCstr, qvStoreDelStore, ( QV_STORE **store ), ( store ) )
-WCSTR( void, qvStoreDelStoreWcstr, qvStoreDelStore, ( QV_STORE **store ), ( store ) )
-FORMAT( void, qvStoreDelStoreFormat, qvStoreDelStore, ( QV_STORE **store ), ( store ) )
-FORMAT_CSTR( void, qvStoreDelStoreFormatCstr, qvStoreDelStore, ( QV_STORE **store ), ( store ) )
-FORMAT_WCSTR( void, qvStoreDelStoreFormatWcstr, qvStoreDelStore, ( QV_STORE **store ), ( store ) )
-// clang-format on
+void qvStoreDelValueAt( QV_STORE **store, QV_INT index )
+{
+    qvStoreDelValue( store, addressAt( store, index ) );
+}
 
-#undef LIST
-#undef AT
-#undef TEXT
-#undef FORMAT
-#undef FORMAT_TEXT
-#undef CSTR
-#undef WCSTR
-#undef FORMAT_CSTR
-#undef FORMAT_WCSTR
-#undef SET_AT
-#undef SET_TEXT
-#undef SET_FORMAT
-#undef SET_FORMAT_TEXT
-#undef SET_CSTR
-#undef SET_WCSTR
-#undef SET_FORMAT_CSTR
-#undef SET_FORMAT_WCSTR
+void qvStoreDelValueCstr( QV_STORE **store, const char *address, QV_INT length )
+{
+    qvStoreDelValue( store, asString( address, length ) );
+}
+
+void qvStoreDelValueWcstr( QV_STORE **store, const wchar_t *address, QV_INT length )
+{
+    qvStoreDelValue( store, asString( address, length ) );
+}
+
+void qvStoreDelValueFormat( QV_STORE **store, QV_STRING *format, ... )
+{
+    qvStoreDelValue( store, FORMATTED( format, format ) );
+}
+
+void qvStoreDelValueFormatCstr( QV_STORE **store, const char *format, QV_INT length, ... )
+{
+    qvStoreDelValue( store, FORMATTED( length, format, length ) );
+}
+
+void qvStoreDelValueFormatWcstr( QV_STORE **store, const wchar_t *format, QV_INT length, ... )
+{
+    qvStoreDelValue( store, FORMATTED( length, format, length ) );
+}
+
+/* qvStoreValueBool ------------------------------------------------------------------------------------------------- */
+
+QV_BOOL qvStoreValueBoolAt( QV_STORE *store, QV_BOOL *out, QV_INT index )
+{
+    return qvStoreValueBool( store, out, addressAt( store, index ) );
+}
+
+QV_BOOL qvStoreValueBoolCstr( QV_STORE *store, QV_BOOL *out, const char *address, QV_INT length )
+{
+    return qvStoreValueBool( store, out, asString( address, length ) );
+}
+
+QV_BOOL qvStoreValueBoolWcstr( QV_STORE *store, QV_BOOL *out, const wchar_t *address, QV_INT length )
+{
+    return qvStoreValueBool( store, out, asString( address, length ) );
+}
+
+QV_BOOL qvStoreValueBoolFormat( QV_STORE *store, QV_BOOL *out, QV_STRING *format, ... )
+{
+    return qvStoreValueBool( store, out, FORMATTED( format, format ) );
+}
+
+QV_BOOL qvStoreValueBoolFormatCstr( QV_STORE *store, QV_BOOL *out, const char *format, QV_INT length, ... )
+{
+    return qvStoreValueBool( store, out, FORMATTED( length, format, length ) );
+}
+
+QV_BOOL qvStoreValueBoolFormatWcstr( QV_STORE *store, QV_BOOL *out, const wchar_t *format, QV_INT length, ... )
+{
+    return qvStoreValueBool( store, out, FORMATTED( length, format, length ) );
+}
+
+/* qvStoreHasValueBool ---------------------------------------------------------------------------------------------- */
+
+QV_BOOL qvStoreHasValueBoolAt( QV_STORE *store, QV_INT index )
+{
+    return qvStoreHasValueBool( store, addressAt( store, index ) );
+}
+
+QV_BOOL qvStoreHasValueBoolCstr( QV_STORE *store, const char *address, QV_INT length )
+{
+    return qvStoreHasValueBool( store, asString( address, length ) );
+}
+
+QV_BOOL qvStoreHasValueBoolWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
+{
+    return qvStoreHasValueBool( store, asString( address, length ) );
+}
+
+QV_BOOL qvStoreHasValueBoolFormat( QV_STORE *store, QV_STRING *format, ... )
+{
+    return qvStoreHasValueBool( store, FORMATTED( format, format ) );
+}
+
+QV_BOOL qvStoreHasValueBoolFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... )
+{
+    return qvStoreHasValueBool( store, FORMATTED( length, format, length ) );
+}
+
+QV_BOOL qvStoreHasValueBoolFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... )
+{
+    return qvStoreHasValueBool( store, FORMATTED( length, format, length ) );
+}
+
+/* qvStoreSetValueBool ---------------------------------------------------------------------------------------------- */
+
+void qvStoreSetValueBoolAt( QV_STORE **store, QV_INT index, QV_BOOL value )
+{
+    qvStoreSetValueBool( store, addressAt( store, index ), value );
+}
+
+void qvStoreSetValueBoolCstr( QV_STORE **store, const char *address, QV_INT length, QV_BOOL value )
+{
+    qvStoreSetValueBool( store, asString( address, length ), value );
+}
+
+void qvStoreSetValueBoolWcstr( QV_STORE **store, const wchar_t *address, QV_INT length, QV_BOOL value )
+{
+    qvStoreSetValueBool( store, asString( address, length ), value );
+}
+
+void qvStoreSetValueBoolFormat( QV_STORE **store, QV_STRING *format, QV_BOOL value, ... )
+{
+    qvStoreSetValueBool( store, FORMATTED( value, format ), value );
+}
+
+void qvStoreSetValueBoolFormatCstr( QV_STORE **store, const char *format, QV_INT length, QV_BOOL value, ... )
+{
+    qvStoreSetValueBool( store, FORMATTED( value, format, length ), value );
+}
+
+void qvStoreSetValueBoolFormatWcstr( QV_STORE **store, const wchar_t *format, QV_INT length, QV_BOOL value, ... )
+{
+    qvStoreSetValueBool( store, FORMATTED( value, format, length ), value );
+}
+
+/* qvStoreValueInt -------------------------------------------------------------------------------------------------- */
+
+QV_BOOL qvStoreValueIntAt( QV_STORE *store, QV_INT *out, QV_INT index )
+{
+    return qvStoreValueInt( store, out, addressAt( store, index ) );
+}
+
+QV_BOOL qvStoreValueIntCstr( QV_STORE *store, QV_INT *out, const char *address, QV_INT length )
+{
+    return qvStoreValueInt( store, out, asString( address, length ) );
+}
+
+QV_BOOL qvStoreValueIntWcstr( QV_STORE *store, QV_INT *out, const wchar_t *address, QV_INT length )
+{
+    return qvStoreValueInt( store, out, asString( address, length ) );
+}
+
+QV_BOOL qvStoreValueIntFormat( QV_STORE *store, QV_INT *out, QV_STRING *format, ... )
+{
+    return qvStoreValueInt( store, out, FORMATTED( format, format ) );
+}
+
+QV_BOOL qvStoreValueIntFormatCstr( QV_STORE *store, QV_INT *out, const char *format, QV_INT length, ... )
+{
+    return qvStoreValueInt( store, out, FORMATTED( length, format, length ) );
+}
+
+QV_BOOL qvStoreValueIntFormatWcstr( QV_STORE *store, QV_INT *out, const wchar_t *format, QV_INT length, ... )
+{
+    return qvStoreValueInt( store, out, FORMATTED( length, format, length ) );
+}
+
+/* qvStoreHasValueInt ----------------------------------------------------------------------------------------------- */
+
+QV_BOOL qvStoreHasValueIntAt( QV_STORE *store, QV_INT index )
+{
+    return qvStoreHasValueInt( store, addressAt( store, index ) );
+}
+
+QV_BOOL qvStoreHasValueIntCstr( QV_STORE *store, const char *address, QV_INT length )
+{
+    return qvStoreHasValueInt( store, asString( address, length ) );
+}
+
+QV_BOOL qvStoreHasValueIntWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
+{
+    return qvStoreHasValueInt( store, asString( address, length ) );
+}
+
+QV_BOOL qvStoreHasValueIntFormat( QV_STORE *store, QV_STRING *format, ... )
+{
+    return qvStoreHasValueInt( store, FORMATTED( format, format ) );
+}
+
+QV_BOOL qvStoreHasValueIntFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... )
+{
+    return qvStoreHasValueInt( store, FORMATTED( length, format, length ) );
+}
+
+QV_BOOL qvStoreHasValueIntFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... )
+{
+    return qvStoreHasValueInt( store, FORMATTED( length, format, length ) );
+}
+
+/* qvStoreSetValueInt ----------------------------------------------------------------------------------------------- */
+
+void qvStoreSetValueIntAt( QV_STORE **store, QV_INT index, QV_INT value )
+{
+    qvStoreSetValueInt( store, addressAt( store, index ), value );
+}
+
+void qvStoreSetValueIntCstr( QV_STORE **store, const char *address, QV_INT length, QV_INT value )
+{
+    qvStoreSetValueInt( store, asString( address, length ), value );
+}
+
+void qvStoreSetValueIntWcstr( QV_STORE **store, const wchar_t *address, QV_INT length, QV_INT value )
+{
+    qvStoreSetValueInt( store, asString( address, length ), value );
+}
+
+void qvStoreSetValueIntFormat( QV_STORE **store, QV_STRING *format, QV_INT value, ... )
+{
+    qvStoreSetValueInt( store, FORMATTED( value, format ), value );
+}
+
+void qvStoreSetValueIntFormatCstr( QV_STORE **store, const char *format, QV_INT length, QV_INT value, ... )
+{
+    qvStoreSetValueInt( store, FORMATTED( value, format, length ), value );
+}
+
+void qvStoreSetValueIntFormatWcstr( QV_STORE **store, const wchar_t *format, QV_INT length, QV_INT value, ... )
+{
+    qvStoreSetValueInt( store, FORMATTED( value, format, length ), value );
+}
+
+/* qvStoreValueReal ------------------------------------------------------------------------------------------------- */
+
+QV_BOOL qvStoreValueRealAt( QV_STORE *store, QV_REAL *out, QV_INT index )
+{
+    return qvStoreValueReal( store, out, addressAt( store, index ) );
+}
+
+QV_BOOL qvStoreValueRealCstr( QV_STORE *store, QV_REAL *out, const char *address, QV_INT length )
+{
+    return qvStoreValueReal( store, out, asString( address, length ) );
+}
+
+QV_BOOL qvStoreValueRealWcstr( QV_STORE *store, QV_REAL *out, const wchar_t *address, QV_INT length )
+{
+    return qvStoreValueReal( store, out, asString( address, length ) );
+}
+
+QV_BOOL qvStoreValueRealFormat( QV_STORE *store, QV_REAL *out, QV_STRING *format, ... )
+{
+    return qvStoreValueReal( store, out, FORMATTED( format, format ) );
+}
+
+QV_BOOL qvStoreValueRealFormatCstr( QV_STORE *store, QV_REAL *out, const char *format, QV_INT length, ... )
+{
+    return qvStoreValueReal( store, out, FORMATTED( length, format, length ) );
+}
+
+QV_BOOL qvStoreValueRealFormatWcstr( QV_STORE *store, QV_REAL *out, const wchar_t *format, QV_INT length, ... )
+{
+    return qvStoreValueReal( store, out, FORMATTED( length, format, length ) );
+}
+
+/* qvStoreHasValueReal ---------------------------------------------------------------------------------------------- */
+
+QV_BOOL qvStoreHasValueRealAt( QV_STORE *store, QV_INT index )
+{
+    return qvStoreHasValueReal( store, addressAt( store, index ) );
+}
+
+QV_BOOL qvStoreHasValueRealCstr( QV_STORE *store, const char *address, QV_INT length )
+{
+    return qvStoreHasValueReal( store, asString( address, length ) );
+}
+
+QV_BOOL qvStoreHasValueRealWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
+{
+    return qvStoreHasValueReal( store, asString( address, length ) );
+}
+
+QV_BOOL qvStoreHasValueRealFormat( QV_STORE *store, QV_STRING *format, ... )
+{
+    return qvStoreHasValueReal( store, FORMATTED( format, format ) );
+}
+
+QV_BOOL qvStoreHasValueRealFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... )
+{
+    return qvStoreHasValueReal( store, FORMATTED( length, format, length ) );
+}
+
+QV_BOOL qvStoreHasValueRealFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... )
+{
+    return qvStoreHasValueReal( store, FORMATTED( length, format, length ) );
+}
+
+/* qvStoreSetValueReal ---------------------------------------------------------------------------------------------- */
+
+void qvStoreSetValueRealAt( QV_STORE **store, QV_INT index, QV_REAL value )
+{
+    qvStoreSetValueReal( store, addressAt( store, index ), value );
+}
+
+void qvStoreSetValueRealCstr( QV_STORE **store, const char *address, QV_INT length, QV_REAL value )
+{
+    qvStoreSetValueReal( store, asString( address, length ), value );
+}
+
+void qvStoreSetValueRealWcstr( QV_STORE **store, const wchar_t *address, QV_INT length, QV_REAL value )
+{
+    qvStoreSetValueReal( store, asString( address, length ), value );
+}
+
+void qvStoreSetValueRealFormat( QV_STORE **store, QV_STRING *format, QV_REAL value, ... )
+{
+    qvStoreSetValueReal( store, FORMATTED( value, format ), value );
+}
+
+void qvStoreSetValueRealFormatCstr( QV_STORE **store, const char *format, QV_INT length, QV_REAL value, ... )
+{
+    qvStoreSetValueReal( store, FORMATTED( value, format, length ), value );
+}
+
+void qvStoreSetValueRealFormatWcstr( QV_STORE **store, const wchar_t *format, QV_INT length, QV_REAL value, ... )
+{
+    qvStoreSetValueReal( store, FORMATTED( value, format, length ), value );
+}
+
+/* qvStoreStore ----------------------------------------------------------------------------------------------------- */
+
+QV_STORE *qvStoreStoreAt( QV_STORE *store, QV_INT index )
+{
+    return qvStoreStore( store, addressAt( store, index ) );
+}
+
+QV_STORE *qvStoreStoreCstr( QV_STORE *store, const char *address, QV_INT length )
+{
+    return qvStoreStore( store, asString( address, length ) );
+}
+
+QV_STORE *qvStoreStoreWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
+{
+    return qvStoreStore( store, asString( address, length ) );
+}
+
+QV_STORE *qvStoreStoreFormat( QV_STORE *store, QV_STRING *format, ... )
+{
+    return qvStoreStore( store, FORMATTED( format, format ) );
+}
+
+QV_STORE *qvStoreStoreFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... )
+{
+    return qvStoreStore( store, FORMATTED( length, format, length ) );
+}
+
+QV_STORE *qvStoreStoreFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... )
+{
+    return qvStoreStore( store, FORMATTED( length, format, length ) );
+}
+
+/* qvStoreHasStore -------------------------------------------------------------------------------------------------- */
+
+QV_BOOL qvStoreHasStoreAt( QV_STORE *store, QV_INT index )
+{
+    return qvStoreHasStore( store, addressAt( store, index ) );
+}
+
+QV_BOOL qvStoreHasStoreCstr( QV_STORE *store, const char *address, QV_INT length )
+{
+    return qvStoreHasStore( store, asString( address, length ) );
+}
+
+QV_BOOL qvStoreHasStoreWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
+{
+    return qvStoreHasStore( store, asString( address, length ) );
+}
+
+QV_BOOL qvStoreHasStoreFormat( QV_STORE *store, QV_STRING *format, ... )
+{
+    return qvStoreHasStore( store, FORMATTED( format, format ) );
+}
+
+QV_BOOL qvStoreHasStoreFormatCstr( QV_STORE *store, const char *format, QV_INT length, ... )
+{
+    return qvStoreHasStore( store, FORMATTED( length, format, length ) );
+}
+
+QV_BOOL qvStoreHasStoreFormatWcstr( QV_STORE *store, const wchar_t *format, QV_INT length, ... )
+{
+    return qvStoreHasStore( store, FORMATTED( length, format, length ) );
+}
+
+/* qvStoreSetStore -------------------------------------------------------------------------------------------------- */
+
+void qvStoreSetStoreAt( QV_STORE **store, QV_INT index, QV_STORE *value )
+{
+    qvStoreSetStore( store, addressAt( store, index ), value );
+}
+
+void qvStoreSetStoreCstr( QV_STORE **store, const char *address, QV_INT length, QV_STORE *value )
+{
+    qvStoreSetStore( store, asString( address, length ), value );
+}
+
+void qvStoreSetStoreWcstr( QV_STORE **store, const wchar_t *address, QV_INT length, QV_STORE *value )
+{
+    qvStoreSetStore( store, asString( address, length ), value );
+}
+
+void qvStoreSetStoreFormat( QV_STORE **store, QV_STRING *format, QV_STORE *value, ... )
+{
+    qvStoreSetStore( store, FORMATTED( value, format ), value );
+}
+
+void qvStoreSetStoreFormatCstr( QV_STORE **store, const char *format, QV_INT length, QV_STORE *value, ... )
+{
+    qvStoreSetStore( store, FORMATTED( value, format, length ), value );
+}
+
+void qvStoreSetStoreFormatWcstr( QV_STORE **store, const wchar_t *format, QV_INT length, QV_STORE *value, ... )
+{
+    qvStoreSetStore( store, FORMATTED( value, format, length ), value );
+}
+
+/* qvStoreDelStore -------------------------------------------------------------------------------------------------- */
+
+void qvStoreDelStoreAt( QV_STORE **store, QV_INT index )
+{
+    qvStoreDelStore( store, addressAt( store, index ) );
+}
+
+void qvStoreDelStoreCstr( QV_STORE **store, const char *address, QV_INT length )
+{
+    qvStoreDelStore( store, asString( address, length ) );
+}
+
+void qvStoreDelStoreWcstr( QV_STORE **store, const wchar_t *address, QV_INT length )
+{
+    qvStoreDelStore( store, asString( address, length ) );
+}
+
+void qvStoreDelStoreFormat( QV_STORE **store, QV_STRING *format, ... )
+{
+    qvStoreDelStore( store, FORMATTED( format, format ) );
+}
+
+void qvStoreDelStoreFormatCstr( QV_STORE **store, const char *format, QV_INT length, ... )
+{
+    qvStoreDelStore( store, FORMATTED( length, format, length ) );
+}
+
+void qvStoreDelStoreFormatWcstr( QV_STORE **store, const wchar_t *format, QV_INT length, ... )
+{
+    qvStoreDelStore( store, FORMATTED( length, format, length ) );
+}
+
+#undef FORMATTED

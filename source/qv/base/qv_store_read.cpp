@@ -33,7 +33,7 @@ namespace
 {
 /* Lines ---------------------------------------------------------------------------------------------------------- */
 
-// Part of a line. The units are characters, or bytes where all of them are ASCII.
+// Part of a line. The units are characters, or bytes if all of them are ASCII.
 template< class Unit >
 struct Span
 {
@@ -50,16 +50,16 @@ template< class Unit >
 struct Line
 {
     QV_INT       kind;   // QV___STORE_LINE_...
-    QV_INT       levels; // how many sub-stores the line goes down
+    QV_INT       levels; // how many sub-stores the line names
     Span< Unit > path[QV_STORE_MAX_DEPTH];
     Span< Unit > address; // of a value
     Span< Unit > value;   // with its escapes
-    const Unit  *rest;    // what stands after the separator of the last sub-store
+    const Unit  *rest;    // what comes after the separator of the last sub-store
 };
 
-// What the reader makes of a line that stands `depth` sub-stores deep.
+// Splits a line, which lies `depth` sub-stores deep, into addresses and a value.
 template< class Unit >
-void parse( Span< Unit > text, QV_INT depth, Line< Unit > &line )
+void parseLine( Span< Unit > text, QV_INT depth, Line< Unit > &line )
 {
     const Unit *pos = text.begin;
 
@@ -134,7 +134,7 @@ QV_STRING *stringOf( Span< Unit > text, qv::ObjBatch *batch )
 
 // The order of an address against a text: -1, 0 or 1.
 template< class Unit >
-QV_INT order( QV_STRING *address, Span< Unit > text )
+QV_INT compareText( QV_STRING *address, Span< Unit > text )
 {
     const QV_CHAR *chars  = qv::chars( address );
     QV_INT         common = std::min( address->length, text.length() );
@@ -228,8 +228,7 @@ QV_STRING *stringToUnescape( Span< Unit > text, qv::ObjBatch *batch )
 class Addresses
 {
 public:
-    // An address that was found here, borrowed, or a new one that nobody else has, of which the caller owns the one
-    // reference.
+    // An address that was found here, borrowed; or a new one, of which the caller owns the only reference.
     struct Found
     {
         QV_STRING *address;
@@ -243,7 +242,7 @@ public:
         uint64_t     hash = hashOf( text );
         const Place &last = places_[hash >> SHIFT];
 
-        if( last.hash == hash && last.address && order( last.address, text ) == 0 )
+        if( last.hash == hash && last.address && compareText( last.address, text ) == 0 )
         {
             QV_ASSERT( QV___RETAIN_COUNT_VALUE( last.address->retainCount ) > 0 );
             return { last.address, hash, false };
@@ -267,7 +266,7 @@ private:
         QV_STRING *address;
     };
 
-    // The units at both ends tell most addresses apart.
+    // Most addresses differ in the units at one of their ends.
     template< class Unit >
     static uint64_t hashOf( Span< Unit > text )
     {
@@ -294,11 +293,12 @@ private:
 
 /* Reading lines -------------------------------------------------------------------------------------------------- */
 
-// A tree that grows line by line. As long as nobody else has been given it, its stores can be written where they are.
+// A tree that grows line by line. Until give() its stores are held by the tree alone, so that they can be written where
+// they are.
 class Reader
 {
 public:
-    // Reads lines that stand `depth` sub-stores deep.
+    // For lines that lie `depth` sub-stores deep.
     explicit Reader( QV_INT depth ) : depth_( depth ), top_( qvStoreCreate() )
     {
         stores_[0] = top_;
@@ -313,8 +313,8 @@ public:
         {
         }
 
-        // Most lines go down to where the one before went, and begin with the same units: those needn't be read
-        // again. That holds as long as this text alone has moved the reader, see forget().
+        // Most lines name the same sub-stores as the line before, in the same units, which are skipped then. Holds
+        // while no other text has moved the reader, see forget().
         void read( Span< Unit > text )
         {
             QV_INT same   = prefix_.length();
@@ -330,7 +330,7 @@ public:
                     return;
             }
 
-            parse( text, reader_.depth_ + levels, line_ );
+            parseLine( text, reader_.depth_ + levels, line_ );
 
             if( line_.levels )
             {
@@ -351,21 +351,21 @@ public:
         }
 
     private:
-        // Whether the sub-stores of a line are those that the reader stands in, level by level.
+        // Whether the sub-stores of a line are those that are open in the reader, level by level.
         bool leadsHere( Span< Unit > text )
         {
-            parse( text, reader_.depth_, line_ );
+            parseLine( text, reader_.depth_, line_ );
             bool ok = line_.levels == levels_;
 
             for( QV_INT level = 0; ok && level < levels_; level++ )
-                ok = order( reader_.addresses_[level], line_.path[level] ) == 0 && reader_.isOpen( level );
+                ok = compareText( reader_.addresses_[level], line_.path[level] ) == 0 && reader_.isOpen( level );
 
             return ok;
         }
 
         Reader      &reader_;
         Span< Unit > prefix_ = {};
-        QV_INT       levels_ = 0; // how many sub-stores the prefix goes down
+        QV_INT       levels_ = 0; // how many sub-stores the prefix names
         Line< Unit > line_;
     };
 
@@ -375,13 +375,13 @@ public:
     }
 
 private:
-    // Makes stores_[from + 1] and so on those of the path, new ones where there are none.
+    // Opens the sub-stores of the path below stores_[from], new ones where there are none.
     template< class Unit >
     void goDown( QV_INT from, const Span< Unit > *path, QV_INT count )
     {
         for( QV_INT level = from; level < from + count; level++, path++ )
         {
-            if( level < open_ && order( addresses_[level], *path ) == 0 )
+            if( level < open_ && compareText( addresses_[level], *path ) == 0 )
                 QV_ASSERT( isOpen( level ) );
             else
                 openStore( level, *path );
@@ -409,8 +409,8 @@ private:
         }
         else
         {
-            // Mostly it is of the same kind as the one made before. Each is the model of one only, so that all room
-            // made is no more than what the document has filled.
+            // Mostly it has as many entries as the one made before on this level. Each store is the model of one other,
+            // so that the room made for entries is no more than the document has filled.
             QV_STORE *before   = made_[level];
             QV_STORE *store    = before ? qv::createStoreLike( before ) : qvStoreCreate();
             addresses_[level]  = set( level, qv::STORE_STORES, text, address, store );
@@ -427,7 +427,7 @@ private:
         set( level, qv::STORE_VALUES, address, known_.find( address, &strings_ ), value );
     }
 
-    // Sets an entry of stores_[level] and gives its address, borrowed. Takes over the value, and the address if it is
+    // Sets an entry of stores_[level] and returns its address, borrowed. Takes over the value, and the address if it is
     // new.
     template< class Unit >
     QV_STRING *set(
@@ -472,10 +472,10 @@ private:
     template< class Unit >
     static bool comesAfter( Span< Unit > text, QV_DICT *dict )
     {
-        return dict->length == 0 || order( static_cast< QV_STRING * >( qv::lastDictItem( dict ).key ), text ) < 0;
+        return dict->length == 0 || compareText( static_cast< QV_STRING * >( qv::lastDictItem( dict ).key ), text ) < 0;
     }
 
-    // Whether the tree has the store that stands on a level at the address there.
+    // Whether stores_[level + 1] is the sub-store of stores_[level] at addresses_[level].
     bool isOpen( QV_INT level )
     {
         bool   found;
@@ -599,7 +599,7 @@ QV_INT qv___StoreParseLine( QV_STRING *line, QV_STRING **path, QV_STRING **value
     // What `path` and `value` hold can be all that keeps the line alive.
     qv::Ref< QV_STRING > held = qv::Ref< QV_STRING >::share( line );
     Line< QV_CHAR >      parsed;
-    parse( spanOf( line ), 0, parsed );
+    parseLine( spanOf( line ), 0, parsed );
 
     bool isValue = parsed.kind == QV___STORE_LINE_VALUE;
 

@@ -11,6 +11,7 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_levels_private.h"
 #include "qv/sys/qv_mem.h"
@@ -21,7 +22,7 @@
 
 namespace
 {
-// A block that grows. Bytes hold UTF-8, characters themselves.
+// A block that grows, of UTF-8 if the units are bytes, else of characters.
 template< class Unit >
 class Output
 {
@@ -50,7 +51,7 @@ public:
         length_ = length;
     }
 
-    // Gives the block, of which the caller becomes the owner and which is null if nothing was written.
+    // The block, which the caller owns from now on; null if nothing was written.
     Unit *take()
     {
         if( length_ > 0 )
@@ -73,14 +74,17 @@ public:
         length_ += text.length_;
     }
 
-    // Text that is known to be ASCII where the units are bytes.
+    // A text, which has to be ASCII if the units are bytes: an address.
     void append( QV_STRING *text )
     {
         const QV_CHAR *chars = qv::chars( text );
         Unit          *to    = room( text->length );
 
         for( QV_INT i = 0; i < text->length; i++ )
+        {
+            QV_ASSERT( sizeof( Unit ) == sizeof( QV_CHAR ) || chars[i] < 0x80 );
             to[i] = static_cast< Unit >( chars[i] );
+        }
 
         length_ += text->length;
     }
@@ -120,7 +124,7 @@ public:
     }
 
 private:
-    // Where the next units go, with room for so many.
+    // The place of the next units, with room for `count` of them.
     Unit *room( QV_INT count )
     {
         if( length_ + count > alloc_ )

@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
 #include "qv/base/qv_tool_switch_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/io/qv_print.h"
@@ -27,7 +28,7 @@ void freeToolSwitch( QV_OBJ *thisObj )
 }
 
 // The caller's own switch, to be written.
-QV_TOOL_SWITCH *writable( QV_TOOL_SWITCH **ts )
+QV_TOOL_SWITCH *writableSwitch( QV_TOOL_SWITCH **ts )
 {
     qv::makePrivate( ts, qvToolSwitchCreateFrom );
     return *ts;
@@ -79,14 +80,12 @@ QV_BOOL qvToolSwitchHasTool( QV_TOOL_SWITCH *ts, QV_STRING *tool )
 
 QV_BOOL qvToolSwitchHasToolCstr( QV_TOOL_SWITCH *ts, const char *cstr, QV_INT length )
 {
-    qv::Ref< QV_STRING > tool( qvStringCreateFromCstr( cstr, length ) );
-    return qvToolSwitchHasTool( ts, tool );
+    return qvToolSwitchHasTool( ts, qv::asString( cstr, length ) );
 }
 
 QV_BOOL qvToolSwitchHasToolWcstr( QV_TOOL_SWITCH *ts, const wchar_t *wcstr, QV_INT length )
 {
-    qv::Ref< QV_STRING > tool( qvStringCreateFromWcstr( wcstr, length ) );
-    return qvToolSwitchHasTool( ts, tool );
+    return qvToolSwitchHasTool( ts, qv::asString( wcstr, length ) );
 }
 
 void qvToolSwitchSetTool( QV_TOOL_SWITCH **ts, QV_STRING *tool, QV_TOOL_SWITCH_FUNC func )
@@ -97,19 +96,17 @@ void qvToolSwitchSetTool( QV_TOOL_SWITCH **ts, QV_STRING *tool, QV_TOOL_SWITCH_F
 
     qv::Ref< QV___TOOL_SWITCH_TOOL > entry( qv::create< QV___TOOL_SWITCH_TOOL >( qv___ToolSwitchToolSort() ) );
     entry->func = func;
-    qvDictSetStringKey( &writable( ts )->tools, tool, qv___ToolSwitchToolObj( entry ) );
+    qvDictSetStringKey( &writableSwitch( ts )->tools, tool, qv___ToolSwitchToolObj( entry ) );
 }
 
 void qvToolSwitchSetToolCstr( QV_TOOL_SWITCH **ts, const char *cstr, QV_INT length, QV_TOOL_SWITCH_FUNC func )
 {
-    qv::Ref< QV_STRING > tool( qvStringCreateFromCstr( cstr, length ) );
-    qvToolSwitchSetTool( ts, tool, func );
+    qvToolSwitchSetTool( ts, qv::asString( cstr, length ), func );
 }
 
 void qvToolSwitchSetToolWcstr( QV_TOOL_SWITCH **ts, const wchar_t *wcstr, QV_INT length, QV_TOOL_SWITCH_FUNC func )
 {
-    qv::Ref< QV_STRING > tool( qvStringCreateFromWcstr( wcstr, length ) );
-    qvToolSwitchSetTool( ts, tool, func );
+    qvToolSwitchSetTool( ts, qv::asString( wcstr, length ), func );
 }
 
 void qvToolSwitchDelTool( QV_TOOL_SWITCH **ts, QV_STRING *tool )
@@ -119,19 +116,17 @@ void qvToolSwitchDelTool( QV_TOOL_SWITCH **ts, QV_STRING *tool )
     QV_CHECK( tool );
 
     if( qvDictHasStringKey( ( *ts )->tools, tool ) )
-        qvDictDelStringKey( &writable( ts )->tools, tool );
+        qvDictDelStringKey( &writableSwitch( ts )->tools, tool );
 }
 
 void qvToolSwitchDelToolCstr( QV_TOOL_SWITCH **ts, const char *cstr, QV_INT length )
 {
-    qv::Ref< QV_STRING > tool( qvStringCreateFromCstr( cstr, length ) );
-    qvToolSwitchDelTool( ts, tool );
+    qvToolSwitchDelTool( ts, qv::asString( cstr, length ) );
 }
 
 void qvToolSwitchDelToolWcstr( QV_TOOL_SWITCH **ts, const wchar_t *wcstr, QV_INT length )
 {
-    qv::Ref< QV_STRING > tool( qvStringCreateFromWcstr( wcstr, length ) );
-    qvToolSwitchDelTool( ts, tool );
+    qvToolSwitchDelTool( ts, qv::asString( wcstr, length ) );
 }
 
 QV_BOOL qvToolSwitchRunTool( QV_TOOL_SWITCH *ts, QV_VECTOR *argv, void *context )
@@ -166,7 +161,7 @@ QV_BOOL qvToolSwitchRunTool( QV_TOOL_SWITCH *ts, QV_VECTOR *argv, void *context 
         if( !qvStringBeginsWith( key, name ) )
             continue;
 
-        // A second candidate makes the name ambiguous, though a later key may still be the very name.
+        // A second candidate makes the name ambiguous, unless a later key is the whole name.
         chosen    = chosen < 0 && !ambiguous ? i : -1;
         ambiguous = chosen < 0;
     }

@@ -1,14 +1,12 @@
 #include "qv/base/qv_weekday.h"
 
+#include "qv/base/qv_calendar_names_private.h"
 #include "qv/base/qv_string.h"
-#include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_abort.h"
 
 namespace
 {
 const char *const NAMES[] = { "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday", "Sunday" };
-
-const QV_INT COUNT = 7;
 } // namespace
 
 QV_STRING *qvWeekdayToString( QV_INT wd )
@@ -20,19 +18,5 @@ QV_STRING *qvWeekdayToString( QV_INT wd )
 QV_INT qvWeekdayFromString( QV_STRING *qvs )
 {
     QV_CHECK( qvs );
-
-    qv::Ref< QV_STRING > word( qvStringCreateFrom( qvs ) );
-    qvStringTrim( word.at() );
-    qvStringToLower( word.at() );
-
-    for( QV_INT i = 0; i < COUNT; i++ )
-    {
-        qv::Ref< QV_STRING > name( qvStringCreateFromCstr( NAMES[i], -1 ) );
-        qvStringToLower( name.at() );
-
-        if( qvStringEquals( word, name ) )
-            return i;
-    }
-
-    return -1;
+    return qv::calendarNameIndex( NAMES, qvs, -1 );
 }

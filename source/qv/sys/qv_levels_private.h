@@ -5,8 +5,9 @@
 
 namespace qv
 {
-/** Where a walk through a tree goes on, for each level that it is in but the innermost, which is best kept in registers:
-    what a recursion would keep on the stack, for trees of any depth. The first levels lie in the walk's own frame. */
+/** The stack of a walk through a tree of any depth: for each open level its state, from which the walk continues there.
+    The walk keeps the state of the innermost level in a variable of its own, and pushes it when it enters another one.
+    The first levels lie in the object itself, so on the caller's stack; more take memory. T is copied as bytes. */
 template< class T >
 class Levels
 {
@@ -29,7 +30,7 @@ public:
         levels_[length_++] = level;
     }
 
-    /** The innermost one, which is taken out; false if there is none. */
+    /** Takes the level that was pushed last; false if there is none. */
     bool pop( T *level )
     {
         if( length_ == 0 )
