@@ -74,7 +74,7 @@ std::string madeOf( const std::u32string &values, std::mt19937 random )
     for( QV_INT charset : { QV_CHARSET_MSFT_CP1252, QV_CHARSET_KOI_8R, QV_CHARSET_MSFT_CP037, QV_CHARSET_UTF_8 } )
         made += bytes( Ref< QV_BUFFER >( qvCharsetStringToBuffer( charset, whole ) ) );
 
-    // Pieces of the text as keys that begin alike or not, and searches for them.
+    // Searches for pieces of the text, and keys that begin alike and then differ.
     Ref< QV_DICT > dict( qvDictCreate() );
 
     for( int i = 0; i < 20; i++ )
@@ -82,6 +82,8 @@ std::string madeOf( const std::u32string &values, std::mt19937 random )
         size_t           from  = random() % ( values.size() + 1 );
         std::u32string   piece = values.substr( random() % 2 ? 0 : from, random() % 24 );
         Ref< QV_STRING > qvs   = text( piece );
+        Ref< QV_STRING > key   = text( values.substr( 0, 4 ) + U"\xEC\xED\xEE\xEF\x100"[random() % 5] + piece );
+        qvDictSetStringKey( dict.at(), key, qv::obj( key.get() ) );
         qvDictSetStringKey( dict.at(), qvs, qv::obj( qvs.get() ) );
 
         if( piece.empty() )
@@ -141,7 +143,9 @@ TEST( Vectors, EveryKernelGivesTheSame )
             SCOPED_TRACE( kernel );
 
             if( qv___VectorsForceKernel( kernel ) == kernel )
+            {
                 EXPECT_EQ( plain, madeOf( values, random ) );
+            }
         }
     }
 
