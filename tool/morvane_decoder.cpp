@@ -4,17 +4,17 @@
 #include "qv/base/qv_string.h"
 #include "qv/charset/qv_charset.h"
 #include "qv/sys/qv_int.h"
+#include "qv/qv_tool_private.h"
 
 #include <string.h>
 
 namespace morvane
 {
 using qv::Ref;
+using qv::utf8::REPLACEMENT;
 
 namespace
 {
-const QV_CHAR REPLACEMENT = 0xFFFD;
-
 bool isUtf16( QV_INT charset )
 {
     return charset >= QV_CHARSET_UTF_16 && charset <= QV_CHARSET_UTF_16_LE;
@@ -30,15 +30,10 @@ bool isSurrogate( QV_CHAR ch )
     return ( ch & 0xFFFFF800 ) == 0xD800;
 }
 
-bool isTail( uint8_t byte )
-{
-    return ( byte & 0xC0 ) == 0x80;
-}
-
 // How many bytes a sequence of UTF-8 has that begins with this one; 0 if none does.
 QV_INT sequenceLength( uint8_t byte )
 {
-    return byte < 0x80 ? 1 : byte < 0xC0 ? 0 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : byte < 0xF8 ? 4 : 0;
+    return qv::utf8::following( byte ) + 1;
 }
 
 // True for three bytes that begin a form that is longer than it has to be, or a surrogate.
@@ -48,7 +43,7 @@ bool isMalformed( uint8_t lead, uint8_t second )
     {
     case 0xC0:
     case 0xC1:
-        return isTail( second );
+        return qv::utf8::follows( second );
     case 0xE0:
         return second >= 0x80 && second < 0xA0;
     case 0xED:
@@ -139,7 +134,7 @@ Ref< QV_STRING > Decoder::read( Streams *streams )
 QV_INT Decoder::lengthOf( QV_CHAR ch ) const
 {
     if( charset_ == QV_CHARSET_UTF_8 )
-        return ch < 0x80 ? 1 : ch < 0x800 ? 2 : ch < 0x10000 ? 3 : 4;
+        return qv::utf8::length( ch );
 
     if( isUtf16( charset_ ) )
         return ch < 0x10000 ? 2 : 4;
@@ -177,7 +172,7 @@ void Decoder::skipTails()
 {
     QV_INT tails = 0;
 
-    while( isInBadTail_ && tails < count_ && isTail( bytes_[tails] ) )
+    while( isInBadTail_ && tails < count_ && qv::utf8::follows( bytes_[tails] ) )
         tails++;
 
     drop( tails );
@@ -210,7 +205,7 @@ void Decoder::maskMalformed()
             bool   whole  = length > 1 && i + length <= count_ && isMalformed( bytes_[i], bytes_[i + 1] );
 
             for( QV_INT k = 2; whole && k < length; k++ )
-                whole = isTail( bytes_[i + k] );
+                whole = qv::utf8::follows( bytes_[i + k] );
 
             if( whole )
                 bytes_[i] = 0xFF;
@@ -238,7 +233,7 @@ QV_INT Decoder::completeBytes() const
     for( QV_INT back = 1; back <= qvIntMin( count_, 3 ); back++ )
         if( QV_INT length = sequenceLength( bytes_[count_ - back] ) )
             return length > back ? count_ - back : count_;
-        else if( !isTail( bytes_[count_ - back] ) )
+        else if( !qv::utf8::follows( bytes_[count_ - back] ) )
             break;
 
     return count_;
@@ -255,7 +250,7 @@ QV_INT Decoder::followSequences()
         if( missing > 0 )
         {
             // The byte that breaks a sequence is dropped with it.
-            isInBadTail_ = !isTail( bytes_[i] );
+            isInBadTail_ = !qv::utf8::follows( bytes_[i] );
             missing      = isInBadTail_ ? 0 : missing - 1;
         }
         else if( QV_INT length = sequenceLength( bytes_[i] ) )

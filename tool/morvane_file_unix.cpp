@@ -5,6 +5,7 @@
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_string.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/qv_tool_private.h"
 
 #include <dirent.h>
 #include <errno.h>
@@ -194,7 +195,7 @@ char *besideName( const char *target, unsigned number )
     size_t      room   = static_cast< size_t >( NAME_MAX - suffixLength );
 
     if( length > room )
-        for( length = room; length > 0 && ( target[folder + length] & 0xC0 ) == 0x80; )
+        for( length = room; length > 0 && qv::utf8::follows( static_cast< uint8_t >( target[folder + length] ) ); )
             length--;
 
     char *name = nullptr;

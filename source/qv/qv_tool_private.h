@@ -1,5 +1,5 @@
 /** @file What the tools of `morvane` need beyond the public headers: the text form of documents line by line, single
-    mappings of the character database, and the file of a module without a load. The tools include no other private
+    mappings of the character database, the file of a module without a load, and the rules of UTF-8. The tools include no other private
     header; the private headers of the families include this one. All functions may be called from any thread while the
     library runs; null ends the process unless said otherwise. */
 
@@ -7,6 +7,7 @@
 #define QV_TOOL_PRIVATE_H
 
 #include "qv/sys/qv_types.h"
+#include "qv/sys/qv_utf8_private.h"
 
 /* Documents ------------------------------------------------------------------------------------------------------ */
 

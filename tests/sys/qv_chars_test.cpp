@@ -218,19 +218,27 @@ TEST( Chars, CTextIsUtf8 )
 
 TEST( Chars, AllOkLooksAtEveryCharacter )
 {
-    for( size_t length = 0; length < 40; length++ )
-    {
-        std::u32string text( length, char32_t( 0x10FFFF ) );
-        EXPECT_TRUE( qvCharsAllOk( text.data(), static_cast< QV_INT >( length ) ) );
-
-        for( size_t at = 0; at < length; at++ )
-            for( uint32_t bad : { 0x110000u, 0x7FFFFFFFu, 0x80000000u, 0x80110000u, 0xFFFFFFFFu } )
+    onEachKernel(
+        []
+        {
+            for( size_t length = 0; length < 40; length++ )
             {
-                std::u32string other = text;
-                other[at]            = bad;
-                ASSERT_FALSE( qvCharsAllOk( other.data(), static_cast< QV_INT >( length ) ) ) << at << " " << bad;
+                std::u32string text( length, char32_t( 0x10FFFF ) );
+                QV_INT         count = static_cast< QV_INT >( length );
+                EXPECT_TRUE( qvCharsAllOk( text.data(), count ) );
+
+                for( char32_t &ch : text )
+                {
+                    for( uint32_t bad : { 0x110000u, 0x7FFFFFFFu, 0x80000000u, 0x80110000u, 0xFFFFFFFFu } )
+                    {
+                        ch = bad;
+                        ASSERT_FALSE( qvCharsAllOk( text.data(), count ) ) << &ch - text.data() << " " << bad;
+                    }
+
+                    ch = 0x10FFFF;
+                }
             }
-    }
+        } );
 }
 
 TEST( Chars, SanitizeCombinesPairsAndDropsTheRest )
