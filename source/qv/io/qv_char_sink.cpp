@@ -134,7 +134,8 @@ QV_BOOL qvCharSinkWriteChars( QV_CHAR_SINK *sink, const QV_CHAR *chars, QV_INT c
     if( charCount == 0 )
         return QV_TRUE;
 
-    // Values that are no characters end the process when a String is created of them, also where the sink could take them.
+    // Values that are no characters end the process when a String is created of them, also where the sink could take
+    // them.
     if( !sink->writeCharsFunc || !qv::allCharsOk( chars, charCount ) )
         return writeText( sink, qvStringCreateFromCharsCopy( chars, charCount ) );
 

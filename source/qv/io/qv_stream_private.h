@@ -106,8 +106,8 @@ inline QV_INT limitOf( QV_INT maxCount )
     return maxCount == -1 ? QV_INT_MAX : maxCount;
 }
 
-/** Sets the flags after a callback that had a limit of `limit` items and delivered `count`: fewer than the limit mean the
-    end of the data. Returns `count`. */
+/** Sets the flags after a callback that had a limit of `limit` items and delivered `count`: fewer than the limit mean
+    the end of the data. Returns `count`. */
 inline QV_INT noteCount( AnySource *source, QV_BOOL ok, QV_INT count, QV_INT limit )
 {
     if( !ok || count < limit )
