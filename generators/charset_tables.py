@@ -76,7 +76,7 @@ def source( path ):
     ]
     for content in contents:
         text += [ "    {", rows( content, 2, 16, 8 ), "    }," ]
-    text += [ "};", "} // namespace", "", f"QV___CHARSET_MAP( {name} )", "" ]
+    text += [ "};", "} // namespace", "", f"QV___CHARSET_MAP( {name}, CHARS, PAGES, BYTES )", "" ]
     return "\n".join( text )
 
 
