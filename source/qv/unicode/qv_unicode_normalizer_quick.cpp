@@ -15,7 +15,7 @@ const QV_INT QUICK_MARKS = 64;
 // For each form, a limit below which no character changes or joins another one.
 const QV_CHAR SIMPLE[] = { 0x300, 0xA0, 0xC0, 0xA0 };
 
-/* Checking -------------------------------------------------------------------------------------------------------- */
+/* Checking ------------------------------------------------------------------------------------------------------- */
 
 // Eight characters are checked at once, so that text without marks takes one decision for all of them.
 const QV_INT GROUP = 8;
@@ -34,7 +34,8 @@ inline bool isStarter( QV_CHAR ch )
     return ch < SIMPLE[form] || ( QV_CHAR_OK( ch ) && quickCheck< form >( ch ) == 0 );
 }
 
-// How many characters are checked one by one after a group that is not all starters; more where such groups are many.
+// How many characters are checked one by one after a group that is not all starters: LEAST if there was a whole group of
+// starters before, then twice as many each time, up to MOST.
 const QV_INT LEAST = 2 * GROUP, MOST = 16 * GROUP;
 
 // The number of characters for the next piece, by that of the last one and that of the characters in groups before it.
