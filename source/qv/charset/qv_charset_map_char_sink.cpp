@@ -20,9 +20,9 @@ namespace
 {
 using Sink = QV___CHARSET_MAP_CHAR_SINK_CLOSURE;
 
-const QV_INT STRETCH     = 8192; // characters that are checked before they are mapped; so many stay in the cache
-const QV_INT PIECE       = 1024; // characters that are read from the normalizer at a time
-const QV_INT BLOCK       = 8;
+const QV_INT STRETCH = 8192; // characters checked before they are mapped, which the processor's cache still holds then
+const QV_INT PIECE   = 1024; // characters that are read from the normalizer at a time
+const QV_INT BLOCK   = 8;
 const QV_INT ASCII_PAUSE = 256; // characters after one that is not ASCII in which no run of ASCII is looked for
 
 // So many places that the letters of an alphabet and ASCII do not share one.

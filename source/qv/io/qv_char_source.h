@@ -37,8 +37,8 @@ QV_API QV_BOOL qvCharSourceError( QV_CHAR_SOURCE *source );
     Null as `qvs` or `*qvs` ends the process. */
 QV_API QV_INT qvCharSourceRead( QV_CHAR_SOURCE *source, QV_STRING **qvs, QV_INT maxCharCount );
 
-/** Copies up to `maxCharCount` characters to the array, which must have room for so many, however few come; with -1,
-    for as many as the data has bytes. Returns their number. `chars` may be null if the limit is 0. */
+/** Copies up to `maxCharCount` characters to the array, which must have room for that number even if fewer come; with
+    -1, for as many as the data has bytes. Returns their number. `chars` may be null if the limit is 0. */
 QV_API QV_INT qvCharSourceReadChars( QV_CHAR_SOURCE *source, QV_CHAR *chars, QV_INT maxCharCount );
 
 #endif

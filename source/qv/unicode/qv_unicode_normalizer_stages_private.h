@@ -63,13 +63,13 @@ inline bool isCompatible( const QV_UNICODE_NORMALIZER *norm )
 /** Moves the text to the start of the array. */
 void toFront( QV_UNICODE_NORMALIZER *norm );
 
-/** Makes room for so many more characters, more than there is. */
+/** Makes room for `count` more characters, if reserve() has found that there is too little. */
 void enlarge( QV_UNICODE_NORMALIZER *norm, QV_INT count );
 
 /** Frees the array. */
 void freeArray( QV_UNICODE_NORMALIZER *norm );
 
-/** Makes sure that there is room for so many more characters. */
+/** Makes sure that there is room for `count` more characters. */
 inline void reserve( QV_UNICODE_NORMALIZER *norm, QV_INT count )
 {
     if( norm->capacity - norm->length < count )
