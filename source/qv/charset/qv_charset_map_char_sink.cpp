@@ -106,7 +106,7 @@ bool putInvalid( Sink *csc )
 }
 
 // Maps composed characters, which must all be below 0x110000, since an empty place of the memo looks like one above.
-bool put( Sink *csc, const QV_CHAR *in, QV_INT count )
+bool mapChars( Sink *csc, const QV_CHAR *in, QV_INT count )
 {
     QV_ASSERT( qv::allCharsOk( in, count ) );
 
@@ -156,12 +156,12 @@ bool put( Sink *csc, const QV_CHAR *in, QV_INT count )
 }
 
 // Maps all that the normalizer has finished.
-bool push( Sink *csc )
+bool mapReadable( Sink *csc )
 {
     QV_CHAR chars[PIECE];
 
     while( QV_INT count = qvUnicodeNormalizerReadChars( csc->normalizer, chars, PIECE ) )
-        if( !put( csc, chars, count ) )
+        if( !mapChars( csc, chars, count ) )
             return false;
 
     return true;
@@ -238,7 +238,7 @@ QV_BOOL writeMapped( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
             qvUnicodeNormalizerWriteChar( csc->normalizer, chars[0] );
             qvUnicodeNormalizerFlush( csc->normalizer );
 
-            if( !push( csc ) || !put( csc, chars + 1, next - chars - 3 ) )
+            if( !mapReadable( csc ) || !mapChars( csc, chars + 1, next - chars - 3 ) )
                 return QV_FALSE;
 
             chars = next - 2;
@@ -252,7 +252,7 @@ QV_BOOL writeMapped( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
         qvUnicodeNormalizerWriteChars( csc->normalizer, chars, next - chars );
         chars = next;
 
-        if( !push( csc ) )
+        if( !mapReadable( csc ) )
             return QV_FALSE;
 
         // No String holds such a value, but a caller that does not go through one may write it. It is treated as a
@@ -261,7 +261,7 @@ QV_BOOL writeMapped( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
         {
             qvUnicodeNormalizerFlush( csc->normalizer );
 
-            if( !push( csc ) || !putInvalid( csc ) )
+            if( !mapReadable( csc ) || !putInvalid( csc ) )
                 return QV_FALSE;
 
             chars++;
@@ -277,7 +277,7 @@ QV_BOOL flushMapped( QV_OBJ *closure )
     qvUnicodeNormalizerFlush( csc->normalizer );
 
     // The cache is flushed also if that fails.
-    bool pushed = push( csc );
+    bool pushed = mapReadable( csc );
 
     return qv::flushCache( csc ) && pushed ? QV_TRUE : QV_FALSE;
 }

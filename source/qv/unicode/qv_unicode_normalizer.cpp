@@ -153,7 +153,7 @@ QV_INT readableUpTo( QV_UNICODE_NORMALIZER *norm, QV_INT limit )
 }
 
 // Removes the first readable characters.
-void remove( QV_UNICODE_NORMALIZER *norm, QV_INT count )
+void removeReadable( QV_UNICODE_NORMALIZER *norm, QV_INT count )
 {
     norm->first += count;
 
@@ -182,7 +182,7 @@ QV_INT qvUnicodeNormalizerRead( QV_UNICODE_NORMALIZER *norm, QV_STRING **string,
     if( count > 0 )
     {
         qvStringAppendChars( string, norm->chars + norm->first, count );
-        remove( norm, count );
+        removeReadable( norm, count );
     }
 
     return count;
@@ -199,7 +199,7 @@ QV_INT qvUnicodeNormalizerReadChars( QV_UNICODE_NORMALIZER *norm, QV_CHAR *dest,
     if( count > 0 )
     {
         qvMemCopyN( dest, norm->chars + norm->first, count, sizeof( QV_CHAR ) );
-        remove( norm, count );
+        removeReadable( norm, count );
     }
 
     return count;
