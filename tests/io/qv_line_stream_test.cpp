@@ -106,6 +106,13 @@ TEST( LineSink, WritesLinesInAllForms )
     EXPECT_EQ( "[ä][ä][<1>][2][3.]", std::exchange( log.calls, "" ) );
     EXPECT_EQ( 5, qvLineSinkLinesWritten( sink ) );
 
+    Ref< QV_STRING > abcde = text( "abcde" );
+    EXPECT_EQ( QV_TRUE, qvLineSinkWriteLeading( sink, abcde, 1 ) );
+    EXPECT_EQ( QV_TRUE, qvLineSinkWriteTrailing( sink, abcde, 1 ) );
+    EXPECT_EQ( QV_TRUE, qvLineSinkWriteInner( sink, abcde, 1, 2 ) );
+    EXPECT_EQ( QV_TRUE, qvLineSinkWriteOuter( sink, abcde, 1, 2 ) );
+    EXPECT_EQ( "[a][e][bc][ade]", std::exchange( log.calls, "" ) );
+
     EXPECT_EQ( QV_TRUE, qvLineSinkWriteLines( sink, lines ) );
     EXPECT_EQ( QV_TRUE, qvLineSinkWriteLinesLeading( sink, lines, 1 ) );
     EXPECT_EQ( QV_TRUE, qvLineSinkWriteLinesTrailing( sink, lines, 1 ) );
@@ -119,7 +126,7 @@ TEST( LineSink, WritesLinesInAllForms )
         "[2][]"
         "[1][4]",
         std::exchange( log.calls, "" ) );
-    EXPECT_EQ( 15, qvLineSinkLinesWritten( sink ) );
+    EXPECT_EQ( 19, qvLineSinkLinesWritten( sink ) );
 
     EXPECT_EQ( QV_TRUE, qvLineSinkFlush( sink ) );
     sink.reset();
