@@ -34,8 +34,8 @@ inline bool isStarter( QV_CHAR ch )
     return ch < SIMPLE[form] || ( QV_CHAR_OK( ch ) && quickCheck< form >( ch ) == 0 );
 }
 
-// How many characters are checked one by one after a group that is not all starters: LEAST if there was a whole group of
-// starters before, then twice as many each time, up to MOST.
+// How many characters are checked one by one after a group that is not all starters: LEAST if there was a whole group
+// of starters before, then twice as many each time, up to MOST.
 const QV_INT LEAST = 2 * GROUP, MOST = 16 * GROUP;
 
 // The number of characters for the next piece, by that of the last one and that of the characters in groups before it.
@@ -151,7 +151,7 @@ inline Unit composeUnit( const QV_CHAR *chs, QV_INT count )
 }
 
 // Composes pairs and syllables between starters, which are most of what changes in a text, without the stages. Returns
-// the number of characters that it has written. Stops after several in a row that stay alone.
+// the number of characters that it has taken from the text. Stops after several in a row that stay alone.
 template< QV_INT form >
 QV_INT composeUnits( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
 {
@@ -219,9 +219,10 @@ void writeComposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT coun
 /* Decomposing ---------------------------------------------------------------------------------------------------- */
 
 // Decomposes characters as long as they are in order, so that none has to move. Returns the number of characters that
-// it has written. They must be so few that LIMIT cannot be reached.
+// it has taken from the text. There must be so few that LIMIT cannot be reached.
 QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
 {
+    QV_ASSERT( norm->length - norm->pending + count * LONGEST_DECOMPOSITION < LIMIT );
     reserve( norm, ( count + 1 ) * LONGEST_DECOMPOSITION );
 
     const bool byAll   = isCompatible( norm );
@@ -339,6 +340,8 @@ qv::normalizer::Run qv::normalizer::check( const QV_CHAR *chs, QV_INT count, QV_
 
 void qv::normalizer::pass( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, const Run &run )
 {
+    QV_ASSERT( combiningClass( chs[0] ) == 0 && run.previous >= 0 && run.previous < run.starter );
+
     if( norm->pending < norm->length )
         moveOn( norm, norm->length );
 
