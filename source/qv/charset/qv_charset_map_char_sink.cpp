@@ -175,8 +175,8 @@ bool isInert( QV_CHAR ch )
     return ch < 0x300 || ( QV_CHAR_OK( ch ) && composedQuickCheck( ch, false ) == 0 );
 }
 
-// True where one of four characters is in the range from `first` up to `end`, without it. Moved by `first` all others
-// are above the range, and moved by the sign as well unsigned numbers compare as signed ones do.
+// True where one of four characters is in the range from `first` up to `end`, without it. Moved by `first` all others are
+// above the range, and moved by the sign as well unsigned numbers compare as signed ones do.
 inline qv::CharVector areIn( qv::CharVector chs, uint32_t first, uint32_t end )
 {
     typedef uint32_t Unsigned __attribute__( ( vector_size( 16 ) ) );

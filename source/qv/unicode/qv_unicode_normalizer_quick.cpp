@@ -252,7 +252,7 @@ QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT
             if( !full.ordered )
                 break;
 
-            // Most decompositions have no more than four characters.
+            // Mostly there are no more than four.
             typedef uint32_t Four __attribute__( ( vector_size( 16 ) ) );
             Four             four;
             __builtin_memcpy( &four, full.chars, sizeof( four ) );
