@@ -38,6 +38,7 @@ function( morvane_product_target target )
     )
     target_compile_definitions(
         ${target} PRIVATE $<$<OR:$<CONFIG:Debug>,$<BOOL:${MORVANE_ASSERTIONS}>>:QV___ASSERTIONS=1>
+                          $<$<NOT:$<BOOL:${MORVANE_VECTORS}>>:QV___WITHOUT_VECTORS=1>
     )
     # CMake names the C++ run-time library wherever there are C++ sources; nothing needs it.
     target_link_options( ${target} PRIVATE -Wl,--as-needed ${MORVANE_SANITIZE_FLAGS} )

@@ -8,7 +8,7 @@
 #include "qv/charset/qv_charset_map_private.h"
 #include "qv/io/qv_buffer_byte_sink.h"
 #include "qv/io/qv_buffer_byte_source.h"
-#include "qv/sys/qv_utf8_private.h"
+#include "qv/sys/qv_vectors_private.h"
 
 #include <algorithm>
 #include <map>
@@ -119,13 +119,13 @@ TEST( Codec, EveryKernelGivesTheSame )
                                                         : encodedUtf8( values.back() );
             }
 
-        qv___Utf8ForceKernel( qv::utf8::PLAIN );
+        qv___VectorsForceKernel( qv::vectors::PLAIN );
         Decoded decoded = decode( QV_CHARSET_UTF_8, from, flags, 1 );
         Encoded encoded = encode( QV_CHARSET_UTF_8, values, flags, 1 );
 
-        for( QV_INT kernel : { qv::utf8::PLAIN, qv::utf8::VECTORS_16, qv::utf8::VECTORS_32 } )
+        for( QV_INT kernel : { qv::vectors::PLAIN, qv::vectors::VECTORS_16, qv::vectors::VECTORS_32 } )
         {
-            qv___Utf8ForceKernel( kernel );
+            qv___VectorsForceKernel( kernel );
             Ref< QV_STRING > whole( qvCharsetBufferToStringWithFlags( QV_CHARSET_UTF_8, buffer( from ), flags ) );
             Encoded          again = encode( QV_CHARSET_UTF_8, values, flags, piece );
 
@@ -136,7 +136,7 @@ TEST( Codec, EveryKernelGivesTheSame )
         }
     }
 
-    qv___Utf8ForceKernel( -1 );
+    qv___VectorsForceKernel( -1 );
 }
 
 TEST( Codec, ExamplesComeOutAsTheyShould )

@@ -2,7 +2,7 @@
 #include "qv_test_utf8.h"
 
 #include "qv/sys/qv_chars.h"
-#include "qv/sys/qv_utf8_private.h"
+#include "qv/sys/qv_vectors_private.h"
 
 #include <algorithm>
 #include <cstring>
@@ -10,6 +10,7 @@
 
 using testing::ElementsAre;
 using namespace qv::test;
+using namespace qv::vectors;
 
 namespace
 {
@@ -19,11 +20,11 @@ const char32_t GUARD = 0xABCDEF01;
 template< class Body >
 void onEachKernel( Body body )
 {
-    for( QV_INT kernel : { qv::utf8::PLAIN, qv::utf8::VECTORS_16, qv::utf8::VECTORS_32 } )
-        if( SCOPED_TRACE( kernel ); qv___Utf8ForceKernel( kernel ) == kernel )
+    for( QV_INT kernel : { PLAIN, VECTORS_16, VECTORS_32 } )
+        if( SCOPED_TRACE( kernel ); qv___VectorsForceKernel( kernel ) == kernel )
             body();
 
-    qv___Utf8ForceKernel( -1 );
+    qv___VectorsForceKernel( -1 );
 }
 
 // Both passes, the second one into room for `room` characters with guards behind, have to give what is expected.

@@ -10,9 +10,9 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_utf8_private.h"
 
-#include <bit>
-#include <string.h>
+#include <algorithm>
 #include <utility>
 
 struct QV_DECODER : QV_OBJ
@@ -131,46 +131,27 @@ bool readChars( QV_DECODER *dec, QV_CHAR *to, QV_INT count )
     const uint8_t *from = dec->bytes + dec->offset;
     const uint8_t *end  = dec->bytes + dec->length;
 
-    for( QV_INT i = 0; i < count; )
+    for( QV_INT i = 0; i < count; i++ )
     {
-        // Runs of single bytes, eight at a time.
-        uint64_t eight;
-
-        while( count - i >= 8 && end - from >= 8
-               && ( memcpy( &eight, from, 8 ), ( eight & 0x8080808080808080u ) == 0 ) )
-        {
-            if( to )
-                for( int k = 0; k < 8; k++ )
-                    to[i + k] = from[k];
-
-            i += 8;
-            from += 8;
-        }
+        QV_INT ascii = qv::utf8::decodeLeadingAscii( to ? to + i : nullptr, from, std::min( count - i, end - from ) );
+        from += ascii;
+        i += ascii;
 
         if( i == count )
             break;
 
-        if( from == end )
+        if( end - from < 3 || from[0] & 0x60 )
             return false;
 
-        QV_CHAR value = *from++;
+        QV_CHAR value =
+            static_cast< QV_CHAR >( from[0] & 0x1F ) << 16 | static_cast< QV_CHAR >( from[1] ) << 8 | from[2];
+        from += 3;
 
-        if( value >= 0x80 )
-        {
-            if( value & 0x60 || end - from < 2 )
-                return false;
-
-            value = ( value & 0x1F ) << 16 | static_cast< QV_CHAR >( from[0] ) << 8 | from[1];
-            from += 2;
-
-            if( !QV_CHAR_OK( value ) )
-                return false;
-        }
+        if( !QV_CHAR_OK( value ) )
+            return false;
 
         if( to )
             to[i] = value;
-
-        i++;
     }
 
     dec->offset = from - dec->bytes;

@@ -9,10 +9,6 @@
 #include <algorithm>
 #include <string.h>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
 QV___HIDDEN QV_SORT qv___sort_QV_STRING;
 
 /* Digests -------------------------------------------------------------------------------------------------------- */
@@ -38,30 +34,13 @@ struct Digest
 
 Digest digestText( const QV_CHAR *chars, QV_INT length )
 {
-#ifdef __SSE2__
-    if( length >= 8 )
-    {
-        // Eight at once, which is what most keys need. What doesn't fit a byte becomes the largest one.
-        const __m128i *from  = reinterpret_cast< const __m128i * >( chars );
-        __m128i        one   = _mm_set1_epi32( 1 );
-        __m128i        low   = _mm_add_epi32( _mm_loadu_si128( from ), one );
-        __m128i        high  = _mm_add_epi32( _mm_loadu_si128( from + 1 ), one );
-        __m128i        words = _mm_packs_epi32( low, high );
-        __m128i        bytes = _mm_packus_epi16( words, words );
-        __m128i        over  = _mm_subs_epu8( bytes, _mm_set1_epi8( static_cast< char >( ONE_BYTE + 1 ) ) );
-
-        if( _mm_movemask_epi8( _mm_cmpeq_epi8( over, _mm_setzero_si128() ) ) == 0xFFFF )
-        {
-            uint64_t number = 0;
-            _mm_storel_epi64( reinterpret_cast< __m128i * >( &number ), bytes );
-
-            return { __builtin_bswap64( number ), false };
-        }
-    }
-#endif
-
     uint64_t number = 0;
-    int      shift  = 56;
+
+    // Eight at once, which is what most keys need.
+    if( length >= 8 && qv::digestEight( chars, ONE_BYTE, &number ) )
+        return { number, false };
+
+    int shift = 56;
 
     for( QV_INT i = 0; i < length && shift >= 0; i++ )
     {
@@ -123,7 +102,7 @@ QV_INT commonPrefix( QV_OBJ *a, QV_OBJ *b, QV_INT limit )
     QV_ASSERT( limit % 4 == 0 );
     limit = std::min( limit, std::min( stringOf( a )->length, stringOf( b )->length ) );
 
-    while( i + 4 <= limit && !qv::anyBit( qv::loadChars( aChars + i ) ^ qv::loadChars( bChars + i ) ) )
+    while( i + 4 <= limit && memcmp( aChars + i, bChars + i, 4 * sizeof( QV_CHAR ) ) == 0 )
         i += 4;
 
     return i;

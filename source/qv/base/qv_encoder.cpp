@@ -12,13 +12,9 @@
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_chars.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_vectors_private.h"
 
-#include <algorithm>
 #include <bit>
-
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
 
 struct QV_ENCODER : QV_OBJ
 {
@@ -84,49 +80,12 @@ uint8_t *putChar( uint8_t *to, QV_CHAR value )
     return to;
 }
 
-// Whether each of eight Chars takes one byte; the bytes of eight such Chars.
-#ifdef __SSE2__
-bool areNarrow( const QV_CHAR *values )
-{
-    const __m128i *quads = reinterpret_cast< const __m128i * >( values );
-    __m128i        all   = _mm_or_si128( _mm_loadu_si128( quads ), _mm_loadu_si128( quads + 1 ) );
-    return _mm_movemask_epi8( _mm_cmpgt_epi32( all, _mm_set1_epi32( 0x7F ) ) ) == 0;
-}
-
-void putNarrow( uint8_t *to, const QV_CHAR *values )
-{
-    const __m128i *quads  = reinterpret_cast< const __m128i * >( values );
-    __m128i        halves = _mm_packs_epi32( _mm_loadu_si128( quads ), _mm_loadu_si128( quads + 1 ) );
-    _mm_storel_epi64( reinterpret_cast< __m128i * >( to ), _mm_packus_epi16( halves, halves ) );
-}
-#else
-bool areNarrow( const QV_CHAR *values )
-{
-    return std::all_of( values, values + 8, []( QV_CHAR value ) { return value < 0x80; } );
-}
-
-void putNarrow( uint8_t *to, const QV_CHAR *values )
-{
-    std::copy_n( values, 8, to );
-}
-#endif
-
 // How many bytes the Chars take.
 QV_INT charsSize( const QV_CHAR *values, QV_INT count )
 {
-    QV_INT i = 0;
-
-    while( count - i >= 8 && areNarrow( values + i ) )
-        i += 8;
-
-    // The last eight overlap the ones before: most texts are short, and what is left over of them would cost as much as
-    // all the rest.
-    if( count - i < 8 && count >= 8 && areNarrow( values + count - 8 ) )
-        return count;
-
     QV_INT wide = 0;
 
-    for( ; i < count; i++ )
+    for( QV_INT i = qv::asciiLength( values, count ); i < count; i++ )
         wide += values[i] >= 0x80;
 
     return count + 2 * wide;
@@ -134,18 +93,14 @@ QV_INT charsSize( const QV_CHAR *values, QV_INT count )
 
 void putChars( uint8_t *to, const QV_CHAR *values, QV_INT count, QV_INT size )
 {
-    if( size > count || count < 8 )
+    if( size == count )
     {
-        for( QV_INT i = 0; i < count; i++ )
-            to = putChar( to, values[i] );
-
+        qv::narrowAscii( to, values, count );
         return;
     }
 
-    for( QV_INT i = 0; i + 8 < count; i += 8 )
-        putNarrow( to + i, values + i );
-
-    putNarrow( to + count - 8, values + count - 8 );
+    for( QV_INT i = 0; i < count; i++ )
+        to = putChar( to, values[i] );
 }
 
 // Writes whether there is a value.

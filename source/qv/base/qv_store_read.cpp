@@ -23,6 +23,7 @@
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_utf8_private.h"
 #include "qv/unicode/qv_unicode_tables_private.h"
 
 #include <algorithm>
@@ -505,41 +506,6 @@ Span< QV_CHAR > spanOf( QV_STRING *text )
 
 /* Reading UTF-8 -------------------------------------------------------------------------------------------------- */
 
-// Decodes UTF-8 without a fault; gives the number of characters, or -1 for anything else. `chars` has room for one
-// character a byte. What counts as a fault is what does in the charset: lengths and the greatest value, not overlong
-// forms and surrogates.
-QV_INT decodeUtf8( const uint8_t *pos, const uint8_t *end, QV_CHAR *chars )
-{
-    QV_INT length = 0;
-
-    while( pos < end )
-    {
-        QV_CHAR ch   = *pos++;
-        int     more = ch < 0x80 ? 0 : ch < 0xC0 ? -1 : ch < 0xE0 ? 1 : ch < 0xF0 ? 2 : ch < 0xF8 ? 3 : -1;
-
-        if( more < 0 || end - pos < more )
-            return -1;
-
-        if( more > 0 )
-            ch &= 0x3F >> more;
-
-        for( ; more > 0; more--, pos++ )
-        {
-            if( ( *pos & 0xC0 ) != 0x80 )
-                return -1;
-
-            ch = ch << 6 | ( *pos & 0x3F );
-        }
-
-        if( !QV_CHAR_OK( ch ) )
-            return -1;
-
-        chars[length++] = ch;
-    }
-
-    return length;
-}
-
 // Reads all text up to the first line that is not UTF-8 and gives what is left. Lines of ASCII are read from the bytes
 // as they stand.
 const uint8_t *readUtf8( Reader &reader, const uint8_t *bytes, const uint8_t *end )
@@ -572,13 +538,15 @@ const uint8_t *readUtf8( Reader &reader, const uint8_t *bytes, const uint8_t *en
                 chars = static_cast< QV_CHAR * >( qvMemReallocN( chars, alloc, sizeof( QV_CHAR ) ) );
             }
 
-            QV_INT length = decodeUtf8( pos, next, chars );
+            // A line is as good as the charset finds it: by lengths and the greatest value, with overlong forms and
+            // surrogates.
+            qv::utf8::Decoded decoded = qv::utf8::decode( pos, next, chars, chars + ( next - pos ) );
 
-            if( length < 0 )
+            if( decoded.in < next )
                 break;
 
             const QV_CHAR          *from = chars + ( pos == bytes && *chars == 0xFEFF ? 1 : 0 );
-            const QV_CHAR          *to   = chars + length;
+            const QV_CHAR          *to   = decoded.out;
             Reader::Text< QV_CHAR > text( reader );
 
             while( from < to )

@@ -14,6 +14,7 @@
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_levels_private.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_utf8_private.h"
 
 #include <string.h>
 #include <utility>
@@ -150,18 +151,8 @@ private:
         }
         else if constexpr( sizeof( Unit ) == sizeof( QV_CHAR ) )
             *to++ = ch;
-        else if( ch < 0x80 )
-            *to++ = static_cast< Unit >( ch );
         else
-        {
-            int more = ch < 0x800 ? 1 : ch < 0x10000 ? 2 : 3;
-            int lead = more == 1 ? 0xC0 : more == 2 ? 0xE0 : 0xF0;
-
-            *to++ = static_cast< Unit >( lead | ch >> more * 6 );
-
-            while( more-- > 0 )
-                *to++ = static_cast< Unit >( 0x80 | ( ch >> more * 6 & 0x3F ) );
-        }
+            to += qv::utf8::put( ch, to );
 
         return to;
     }

@@ -175,45 +175,16 @@ bool isInert( QV_CHAR ch )
     return ch < 0x300 || ( QV_CHAR_OK( ch ) && composedQuickCheck( ch, false ) == 0 );
 }
 
-// True where one of four characters is in the range from `first` up to `end`, without it. Moved by `first` all others are
-// above the range, and moved by the sign as well unsigned numbers compare as signed ones do.
-inline qv::CharVector areIn( qv::CharVector chs, uint32_t first, uint32_t end )
-{
-    typedef uint32_t Unsigned __attribute__( ( vector_size( 16 ) ) );
-
-    const uint32_t SIGN  = 0x80000000;
-    Unsigned       moved = (Unsigned)chs + ( SIGN - first );
-
-    return (qv::CharVector)moved < static_cast< int32_t >( end - first + SIGN );
-}
-
-// True where four characters are of the ranges that nearly all text in Latin and Cyrillic letters is made of: letters,
-// punctuation and currencies.
-qv::CharVector areCommon( const QV_CHAR *in )
-{
-    qv::CharVector chs = qv::loadChars( in );
-
-    return areIn( chs, 0, 0x300 ) | areIn( chs, 0x400, 0x483 ) | areIn( chs, 0x2002, 0x20D0 );
-}
-
-// True where 16 characters are below 0x100, as most of them are.
-bool areLatin1( const QV_CHAR *in )
-{
-    qv::CharVector all =
-        qv::loadChars( in ) | qv::loadChars( in + 4 ) | qv::loadChars( in + 8 ) | qv::loadChars( in + 12 );
-
-    return !qv::anyBit( ( all & ~0xFF ) != 0 );
-}
+// The ranges that nearly all text in Latin and Cyrillic letters is made of: letters, punctuation and currencies. All
+// characters in them are inert.
+constexpr qv::vectors::Range COMMON[] = { { 0, 0x300 }, { 0x400, 0x483 }, { 0x2002, 0x20D0 } };
 
 const QV_CHAR *skipInert( const QV_CHAR *in, const QV_CHAR *end )
 {
     for( ;; )
     {
-        while( end - in >= 2 * BLOCK && areLatin1( in ) )
-            in += 2 * BLOCK;
-
-        while( end - in >= BLOCK && !qv::anyBit( ~( areCommon( in ) & areCommon( in + 4 ) ) ) )
-            in += BLOCK;
+        in += qv::groupsBelow( in, end - in, 0x100 );
+        in += qv::groupsIn( in, end - in, COMMON );
 
         for( QV_INT i = 0; i < BLOCK; i++, in++ )
             if( in == end || !isInert( *in ) )

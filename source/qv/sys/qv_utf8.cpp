@@ -1,20 +1,15 @@
 #include "qv/sys/qv_utf8_private.h"
 
 #include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_vectors_private.h"
 
 #include <string.h>
 
 namespace
 {
 using namespace qv::utf8;
-
-// What the tests have chosen, or -1.
-QV_INT forced = -1;
-
-QV_INT kernel()
-{
-    return forced >= 0 ? forced : bestKernel();
-}
+using qv::vectors::has16;
+using qv::vectors::has32;
 
 // What the vectors of 32 bytes are called for: enough for one step.
 const QV_INT LEAST_IN = 80, LEAST_ROOM = 64;   // bytes and characters on decoding
@@ -30,11 +25,6 @@ uint64_t load( const uint8_t *in )
     return word;
 }
 
-bool isAscii( uint64_t word )
-{
-    return ( word & UINT64_C( 0x8080808080808080 ) ) == 0;
-}
-
 // Decodes the sequences that begin in front of `stop`; false where decode() has to stop.
 bool decodePlain( Decoded &done, const uint8_t *stop, const uint8_t *inEnd, const QV_CHAR *outEnd )
 {
@@ -48,6 +38,10 @@ bool decodePlain( Decoded &done, const uint8_t *stop, const uint8_t *inEnd, cons
              in += 2 * WORD, out += 2 * WORD )
             for( int i = 0; i < 2 * WORD; i++ )
                 out[i] = in[i];
+
+        // Up to what ended the blocks, which is fewer than 16 bytes away.
+        while( in < stop && out < outEnd && *in < 0x80 )
+            *out++ = *in++;
 
         // A run of sequences. Text that isn't ASCII mostly stays at one length, so this predicts well; single blanks
         // and the like do not end the run.
@@ -138,14 +132,6 @@ bool encodePlain( Encoded &done, const QV_CHAR *stop, const uint8_t *outEnd )
 }
 } // namespace
 
-QV_INT qv___Utf8ForceKernel( QV_INT kernel )
-{
-    QV_INT best = bestKernel();
-    forced      = kernel < best ? kernel : best;
-
-    return kernel < 0 ? best : forced;
-}
-
 Decoded qv::utf8::decode( const uint8_t *in, const uint8_t *inEnd, QV_CHAR *out, QV_CHAR *outEnd )
 {
     Decoded done = { in, out };
@@ -155,7 +141,7 @@ Decoded qv::utf8::decode( const uint8_t *in, const uint8_t *inEnd, QV_CHAR *out,
     {
         const uint8_t *stop = inEnd;
 
-        if( inEnd - done.in >= LEAST_IN && outEnd - done.out >= LEAST_ROOM && kernel() == VECTORS_32 )
+        if( inEnd - done.in >= LEAST_IN && outEnd - done.out >= LEAST_ROOM && has32() )
         {
             decodeBlocks32( done, inEnd, outEnd );
 
@@ -179,7 +165,7 @@ Counted qv::utf8::count( const uint8_t *in, const uint8_t *inEnd )
     {
         const uint8_t *stop = inEnd;
 
-        if( inEnd - done.in >= LEAST_IN && kernel() == VECTORS_32 )
+        if( inEnd - done.in >= LEAST_IN && has32() )
         {
             countBlocks32( done, inEnd );
 
@@ -219,14 +205,12 @@ Encoded qv::utf8::encode( const QV_CHAR *in, const QV_CHAR *inEnd, uint8_t *out,
 
         if( inEnd - done.in >= LEAST_OUT && outEnd - done.out >= LEAST_BYTES )
         {
-            QV_INT vectors = kernel();
-
-            if( vectors == VECTORS_32 )
+            if( has32() )
                 encodeBlocks32( done, inEnd, outEnd );
-            else if( vectors == VECTORS_16 )
+            else if( has16() )
                 encodeBlocks16( done, inEnd, outEnd );
 
-            if( vectors != PLAIN && inEnd - done.in >= LEAST_OUT && outEnd - done.out >= LEAST_BYTES )
+            if( has16() && inEnd - done.in >= LEAST_OUT && outEnd - done.out >= LEAST_BYTES )
                 stop = done.in + LEAST_OUT / 2;
         }
 
@@ -241,7 +225,7 @@ QV_INT qv::utf8::length( const QV_CHAR *in, QV_INT count )
 {
     QV_INT i = 0, bytes = 0;
 
-    if( count >= 32 && kernel() == VECTORS_32 )
+    if( count >= 32 && has32() )
     {
         Measured measured = measureBlocks32( in, count );
         i                 = measured.chars;
@@ -256,7 +240,7 @@ QV_INT qv::utf8::length( const QV_CHAR *in, QV_INT count )
 
 QV_INT qv::utf8::encodeLeadingAscii( uint8_t *out, const QV_CHAR *in, QV_INT count )
 {
-    QV_INT i = count >= 32 && kernel() == VECTORS_32 ? encodeAsciiBlocks32( out, in, count ) : 0;
+    QV_INT i = count >= 32 && has32() ? encodeAsciiBlocks32( out, in, count ) : 0;
 
     for( ; i < count && in[i] < 0x80; i++ )
         out[i] = static_cast< uint8_t >( in[i] );

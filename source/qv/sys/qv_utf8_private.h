@@ -13,6 +13,8 @@
 
 #include "qv/sys/qv_types.h"
 
+#include <string.h>
+
 namespace qv::utf8
 {
 /** Stands for what cannot be read or written. */
@@ -25,6 +27,12 @@ const QV_INT LONGEST = 4;
 inline bool follows( uint8_t byte )
 {
     return ( byte & 0xC0 ) == 0x80;
+}
+
+/** True when all eight bytes of a word are ASCII. */
+inline bool isAscii( uint64_t word )
+{
+    return ( word & UINT64_C( 0x8080808080808080 ) ) == 0;
 }
 
 /** How many bytes follow a first one: 0 after ASCII, -1 for a byte that begins nothing. */
@@ -136,14 +144,28 @@ Encoded encode( const QV_CHAR *in, const QV_CHAR *inEnd, uint8_t *out, uint8_t *
 /** Bytes of all characters, with U+FFFD in the place of values of 0x110000 and above. */
 QV_INT length( const QV_CHAR *in, QV_INT count );
 
+/** Writes the ASCII that `count` bytes begin with as characters, unless `out` is null, and gives its length. There is
+    room for all of them. Inline for texts that are short as a rule. */
+inline QV_INT decodeLeadingAscii( QV_CHAR *out, const uint8_t *in, QV_INT count )
+{
+    QV_INT i = 0;
+
+    for( uint64_t word; count - i >= 8 && ( memcpy( &word, in + i, 8 ), isAscii( word ) ); i += 8 )
+        if( out )
+            for( QV_INT k = i; k < i + 8; k++ )
+                out[k] = in[k];
+
+    for( ; i < count && in[i] < 0x80; i++ )
+        if( out )
+            out[i] = in[i];
+
+    return i;
+}
+
 /** Writes the ASCII that a text begins with and gives its length. There is room for all characters. */
 QV_INT encodeLeadingAscii( uint8_t *out, const QV_CHAR *in, QV_INT count );
 
 /* Kernels -------------------------------------------------------------------------------------------------------- */
-
-const QV_INT PLAIN      = 0;
-const QV_INT VECTORS_16 = 1; /**< vectors of 16 bytes, which every processor of the architecture has */
-const QV_INT VECTORS_32 = 2; /**< vectors of 32 bytes, and gathering of bits that is fast */
 
 /* What the kernels of the vectors do: as much as they can do with whole vectors, up to any place in front of which the
    loops above would not stop. They move `done` on. */
@@ -162,13 +184,6 @@ struct Measured
 
 Measured measureBlocks32( const QV_CHAR *in, QV_INT count );
 QV_INT   encodeAsciiBlocks32( uint8_t *out, const QV_CHAR *in, QV_INT count );
-
-/** The kernel that is best here. */
-QV_INT bestKernel();
 } // namespace qv::utf8
-
-/** Has all loops run on a kernel, or on the next simpler one that the machine has, and gives which one that is; for
-    tests, while no other thread is in a loop. -1 goes back to the best one. */
-QV_API QV_INT qv___Utf8ForceKernel( QV_INT kernel );
 
 #endif

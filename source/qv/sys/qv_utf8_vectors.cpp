@@ -1,12 +1,9 @@
 #include "qv/sys/qv_cpu_private.h"
 #include "qv/sys/qv_utf8_private.h"
+#include "qv/sys/qv_vectors_private.h"
 
 #include <algorithm>
 #include <string.h>
-
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
 
 #ifdef QV___CPU_FEATURES
 #include <immintrin.h>
@@ -16,7 +13,7 @@ using namespace qv::utf8;
 
 /* Vectors of 16 bytes -------------------------------------------------------------------------------------------- */
 
-#ifdef __SSE2__
+#if QV___VECTORS_16
 
 namespace
 {
@@ -235,20 +232,6 @@ void qv::utf8::encodeBlocks16( Encoded &, const QV_CHAR *, uint8_t * )
 
 namespace
 {
-// The larger kernel gathers bits with an instruction that the first processors of one family have in name only. The C
-// library is asked, which knows the processor already: what the compiler offers asks the processor itself, at load
-// time, and where that is a virtual one the answers cost more than the whole start of the library.
-bool hasVectors32()
-{
-    if( !CPU_FEATURE_ACTIVE( AVX2 ) || !CPU_FEATURE_ACTIVE( BMI2 ) )
-        return false;
-
-    unsigned signature = __x86_get_cpuid_feature_leaf( CPUID_INDEX_1 )->cpuid_array[0];
-    unsigned family    = ( signature >> 8 & 0xF ) + ( signature >> 20 & 0xFF );
-
-    return family != 0x17 && family != 0x18;
-}
-
 // The shuffles between 16 bytes of UTF-8 and characters in lanes of 2 or 4 bytes, with the last byte of a character
 // in the lowest place of its lane for decoding and in the highest one for encoding. They are found by the lengths of
 // the characters: for lanes of 2 bytes by a bit for each of the eight, set for a length of 2; for lanes of 4 bytes by
@@ -481,11 +464,6 @@ KERNEL inline __m256i moreBytes( __m256i more, __m256i chars )
 }
 } // namespace
 
-QV_INT qv::utf8::bestKernel()
-{
-    return hasVectors32() ? VECTORS_32 : VECTORS_16;
-}
-
 KERNEL void qv::utf8::decodeBlocks32( Decoded &done, const uint8_t *inEnd, QV_CHAR *outEnd )
 {
     done.out += decodeBlocks< true >( done.in, inEnd, done.out, outEnd - done.out );
@@ -645,15 +623,6 @@ KERNEL QV_INT qv::utf8::encodeAsciiBlocks32( uint8_t *out, const QV_CHAR *in, QV
 #undef KERNEL
 
 #else
-
-QV_INT qv::utf8::bestKernel()
-{
-#ifdef __SSE2__
-    return VECTORS_16;
-#else
-    return PLAIN;
-#endif
-}
 
 void qv::utf8::decodeBlocks32( Decoded &, const uint8_t *, QV_CHAR * )
 {

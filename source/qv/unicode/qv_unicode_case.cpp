@@ -20,28 +20,20 @@ qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to
     const unsigned ONE    = 1 << 14;
     const unsigned LONGER = 2 << 14;
 
-    const qv::CharVector belowFirst = qv::CharVector{} + static_cast< int32_t >( asciiFirst - 1 );
-    const qv::CharVector behindLast = qv::CharVector{} + static_cast< int32_t >( asciiFirst + 26 );
-
     while( i < length )
     {
+        if( from[i] < 0x80 )
+        {
+            QV_INT ascii = qv::swapLeadingAsciiCase( from + i, length - i, asciiFirst, to + count );
+            i += ascii;
+            count += ascii;
+        }
+
         QV_INT stop = length - i < 4 ? length : i + 4;
 
-        // Four at once of ASCII, where the two cases of a letter differ in one bit, or of characters that map to one
-        // each, which may be themselves.
+        // Four at once of characters that map to one each, which may be themselves.
         if( stop - i == 4 )
         {
-            qv::CharVector four = qv::loadChars( from + i );
-
-            if( !qv::anyBit( four & ~0x7F ) )
-            {
-                four ^= ( four > belowFirst ) & ( four < behindLast ) & 0x20;
-                qv::storeChars( to + count, four );
-                count += 4;
-                i += 4;
-                continue;
-            }
-
             uint16_t found[4];
 
             for( int k = 0; k < 4; k++ )

@@ -48,12 +48,11 @@ inline QV_INT nextPiece( QV_INT piece, QV_INT whole )
 template< QV_INT form >
 inline QV_INT checkGroups( const QV_CHAR *chs, QV_INT count )
 {
-    QV_INT i = 0;
+    static_assert( GROUP == 8 );
 
-    while( i + GROUP <= count && qv::allEightBelow( chs + i, SIMPLE[form] ) )
-        i += GROUP;
+    QV_INT i = qv::groupsBelow( chs, count, SIMPLE[form] );
 
-    for( ; i + GROUP <= count && qv::allEightBelow( chs + i, 0x110000 ); i += GROUP )
+    for( ; i + GROUP <= count && qv::groupsBelow( chs + i, GROUP, 0x110000 ); i += GROUP )
     {
         uint32_t all = 0;
 
@@ -252,12 +251,9 @@ QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT
             if( !full.ordered )
                 break;
 
-            // Mostly there are no more than four.
-            typedef uint32_t Four __attribute__( ( vector_size( 16 ) ) );
-            Four             four;
-            __builtin_memcpy( &four, full.chars, sizeof( four ) );
-            four &= 0xFFFFFF;
-            __builtin_memcpy( to, &four, sizeof( four ) );
+            // Most decompositions have no more than four characters, and storing four without a condition costs less.
+            for( QV_INT k = 0; k < 4; k++ )
+                to[k] = full.chars[k] & 0xFFFFFF;
 
             for( QV_INT k = 4; k < full.length; k++ )
                 to[k] = full.chars[k] & 0xFFFFFF;

@@ -1,0 +1,192 @@
+#include "qv/sys/qv_vectors_private.h"
+
+#include "qv/sys/qv_chars_private.h"
+#include "qv/sys/qv_cpu_private.h"
+
+/* Which kernels run ---------------------------------------------------------------------------------------------- */
+
+int32_t qv::vectors::current = UNDECIDED;
+
+namespace
+{
+using namespace qv::vectors;
+
+// The kernels for vectors of 32 bytes gather bits with an instruction that the first processors of one family have in
+// name only. The C library is asked, which knows the processor already: what the compiler offers asks the processor
+// itself, at load time, and where that is a virtual one the answers cost more than the whole start of the library.
+bool machineHas32()
+{
+#ifdef QV___CPU_FEATURES
+    if( !CPU_FEATURE_ACTIVE( AVX2 ) || !CPU_FEATURE_ACTIVE( BMI2 ) )
+        return false;
+
+    unsigned signature = __x86_get_cpuid_feature_leaf( CPUID_INDEX_1 )->cpuid_array[0];
+    unsigned family    = ( signature >> 8 & 0xF ) + ( signature >> 20 & 0xFF );
+
+    return family != 0x17 && family != 0x18;
+#else
+    return false;
+#endif
+}
+
+int32_t bestKernel()
+{
+    return machineHas32() ? VECTORS_32 : QV___VECTORS_16 ? VECTORS_16 : PLAIN;
+}
+} // namespace
+
+int32_t qv::vectors::decide()
+{
+    int32_t best = bestKernel();
+    __atomic_store_n( &current, best, __ATOMIC_RELAXED );
+
+    return best;
+}
+
+QV_INT qv___VectorsForceKernel( QV_INT kernel )
+{
+    int32_t best   = bestKernel();
+    int32_t chosen = kernel >= 0 && kernel < best ? static_cast< int32_t >( kernel ) : best;
+    __atomic_store_n( &current, chosen, __ATOMIC_RELAXED );
+
+    return chosen;
+}
+
+/* Finding -------------------------------------------------------------------------------------------------------- */
+
+QV_INT qv::findLastChar( const QV_CHAR *chs, QV_INT count, QV_CHAR ch )
+{
+#if QV___VECTORS_16
+    if( has16() )
+        while( count >= 16 )
+        {
+            const QV_CHAR *last = chs + count - 16;
+
+            if( anyTopBit(
+                    ( load( last ) == ch ) | ( load( last + 4 ) == ch ) | ( load( last + 8 ) == ch )
+                    | ( load( last + 12 ) == ch ) ) )
+                break;
+
+            count -= 16;
+        }
+#endif
+
+    while( count > 0 && chs[count - 1] != ch )
+        count--;
+
+    return count - 1;
+}
+
+namespace
+{
+// Where a text may stand, by its first and its last character: few places pass where there is no match, also in texts
+// that are full of one of the two.
+class Ends
+{
+public:
+    Ends( const QV_CHAR *sub, QV_INT subLength ) : sub_( sub ), length_( subLength )
+    {
+#if QV___VECTORS_16
+        has16_ = has16();
+        first_ = Four{} + sub[0];
+        last_  = Four{} + sub[subLength - 1];
+#endif
+    }
+
+    // False if the text stands at none of the eight places from `chs` on.
+    bool mayBeInEightFrom( [[maybe_unused]] const QV_CHAR *chs ) const
+    {
+#if QV___VECTORS_16
+        if( has16_ )
+            return anyTopBit( inFourFrom( chs ) | inFourFrom( chs + 4 ) );
+#endif
+
+        return true;
+    }
+
+    bool isAt( const QV_CHAR *chs ) const
+    {
+        return chs[0] == sub_[0] && qv::equalChars( chs, sub_, length_ );
+    }
+
+private:
+#if QV___VECTORS_16
+    FourSigned inFourFrom( const QV_CHAR *chs ) const
+    {
+        return ( load( chs ) == first_ ) & ( load( chs + length_ - 1 ) == last_ );
+    }
+
+    bool has16_;
+    Four first_;
+    Four last_;
+#endif
+
+    const QV_CHAR *sub_;
+    QV_INT         length_;
+};
+} // namespace
+
+QV_INT qv::findChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_INT subLength )
+{
+    const Ends ends( sub, subLength );
+
+    for( QV_INT i = 0; i < positions; )
+    {
+        QV_INT stop = positions - i < 8 ? positions : i + 8;
+
+        if( stop - i < 8 || ends.mayBeInEightFrom( chs + i ) )
+        {
+            for( QV_INT at = i; at < stop; at++ )
+                if( ends.isAt( chs + at ) )
+                    return at;
+        }
+
+        i = stop;
+    }
+
+    return -1;
+}
+
+QV_INT qv::findLastChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_INT subLength )
+{
+    const Ends ends( sub, subLength );
+
+    while( positions > 0 )
+    {
+        QV_INT start = positions < 8 ? 0 : positions - 8;
+
+        if( positions < 8 || ends.mayBeInEightFrom( chs + start ) )
+        {
+            for( QV_INT at = positions - 1; at >= start; at-- )
+                if( ends.isAt( chs + at ) )
+                    return at;
+        }
+
+        positions = start;
+    }
+
+    return -1;
+}
+
+QV_INT qv::findLineEnd( const QV_CHAR *chs, QV_INT offset, QV_INT length )
+{
+#if QV___VECTORS_16
+    // Nearly all characters of a text are passed over here, eight at a time.
+    if( has16() )
+    {
+        auto ends = []( Four ch )
+        { return isIn( ch, { U'\n', U'\r' + 1 } ) | ( ch == 0x85 ) | ( ( ch & ~1u ) == 0x2028 ); };
+
+        for( ; offset + 8 <= length; offset += 8 )
+            if( anyTopBit( ends( load( chs + offset ) ) | ends( load( chs + offset + 4 ) ) ) )
+                break;
+    }
+#endif
+
+    auto isEnd = []( QV_CHAR ch ) { return ch - U'\n' <= U'\r' - U'\n' || ch == 0x85 || ( ch & ~1u ) == 0x2028; };
+
+    while( offset < length && !isEnd( chs[offset] ) )
+        offset++;
+
+    return offset;
+}

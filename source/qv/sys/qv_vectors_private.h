@@ -1,0 +1,362 @@
+/** @file
+    Vectors of the processor: kernels that work on several characters at once, and which of them this build and this
+    machine have.
+
+    Vectors are used here and by the UTF-8 kernels (qv_utf8_private.h) and nowhere else. Every kernel has a plain form,
+    which is the only one in builds without vectors (the CMake option MORVANE_VECTORS) and for other processors, and the
+    model that tests hold the others against: all forms give the same and read and write the same memory.
+
+    The kernels have no state but the choice of the form, so any thread may call them, before start-up too. They take
+    arrays of any alignment and read nothing outside of them. What is short as a rule is inline. */
+
+#ifndef QV_VECTORS_PRIVATE_H
+#define QV_VECTORS_PRIVATE_H
+
+#include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_types.h"
+
+#if defined( __SSE2__ ) && !defined( QV___WITHOUT_VECTORS )
+#include <emmintrin.h>
+#define QV___VECTORS_16 1
+#else
+#define QV___VECTORS_16 0
+#endif
+
+/* Which kernels run ---------------------------------------------------------------------------------------------- */
+
+/** Has all kernels run in one form, or in the best one below it that the machine has, and returns which one that is;
+    -1 goes back to the best one. For tests, while no other thread is in a kernel. */
+QV_API QV_INT qv___VectorsForceKernel( QV_INT kernel );
+
+namespace qv::vectors
+{
+const QV_INT PLAIN      = 0;
+const QV_INT VECTORS_16 = 1; /**< vectors of 16 bytes, which every processor of the architecture has */
+const QV_INT VECTORS_32 = 2; /**< vectors of 32 bytes, and gathering of bits that is fast */
+
+/** The form that runs, or UNDECIDED until a kernel asks for vectors of 32 bytes. */
+extern __attribute__( ( visibility( "hidden" ) ) ) int32_t current;
+
+const int32_t UNDECIDED = -1;
+
+/** Looks at the processor and sets `current`, which it returns. */
+int32_t decide();
+
+/** True when vectors of 16 bytes are used. Where the build has them the machine has them, so nothing is decided here. */
+inline bool has16()
+{
+    return QV___VECTORS_16 && __atomic_load_n( &current, __ATOMIC_RELAXED ) != PLAIN;
+}
+
+/** True when vectors of 32 bytes are used. */
+inline bool has32()
+{
+    int32_t kernel = __atomic_load_n( &current, __ATOMIC_RELAXED );
+
+    return ( kernel == UNDECIDED ? decide() : kernel ) == VECTORS_32;
+}
+
+/** Characters from `first` up to `end`, without that. */
+struct Range
+{
+    QV_CHAR first;
+    QV_CHAR end;
+};
+
+#if QV___VECTORS_16
+/** Four characters. Arithmetic wraps around. A comparison returns all ones for true and 0 for false. */
+typedef uint32_t Four __attribute__( ( vector_size( 16 ) ) );
+typedef int32_t  FourSigned __attribute__( ( vector_size( 16 ) ) );
+
+inline Four load( const QV_CHAR *chs )
+{
+    return (Four)_mm_loadu_si128( reinterpret_cast< const __m128i * >( chs ) );
+}
+
+inline void store( QV_CHAR *chs, Four four )
+{
+    _mm_storeu_si128( reinterpret_cast< __m128i * >( chs ), (__m128i)four );
+}
+
+/** True when one of the four has its topmost bit set. */
+template< class Vector >
+inline bool anyTopBit( Vector four )
+{
+    return _mm_movemask_ps( (__m128)four ) != 0;
+}
+
+/** The topmost bit of each of the four tells whether it is `limit` or above; `limit` is above 0 and at most
+    0x80000000. */
+inline Four atLeast( Four four, QV_CHAR limit )
+{
+    // The sum has the bit from the limit on, up to where the value itself has it.
+    return four | ( four + ( 0x80000000u - limit ) );
+}
+
+/** Which of the four are in a range. */
+inline FourSigned isIn( Four four, Range range )
+{
+    // Less its first character, all others are above the range. Moved by the topmost bit as well, unsigned values compare
+    // as signed ones do, for which there is an instruction.
+    const uint32_t TOP = 0x80000000;
+
+    return (FourSigned)( four + ( TOP - range.first ) ) < static_cast< int32_t >( range.end - range.first + TOP );
+}
+
+inline QV_INT groupsBelow( const QV_CHAR *chs, QV_INT count, QV_CHAR limit )
+{
+    // Characters are all below a power of two if the bits that they have together are.
+    const bool isPower = ( limit & ( limit - 1 ) ) == 0;
+    QV_INT     i       = 0;
+
+    if( isPower )
+        for( ; i + 16 <= count; i += 16 )
+        {
+            Four a = load( chs + i ) | load( chs + i + 4 );
+            Four b = load( chs + i + 8 ) | load( chs + i + 12 );
+
+            if( anyTopBit( atLeast( a | b, limit ) ) )
+                break;
+        }
+
+    for( ; i + 8 <= count; i += 8 )
+    {
+        Four a = load( chs + i );
+        Four b = load( chs + i + 4 );
+
+        if( anyTopBit( isPower ? atLeast( a | b, limit ) : atLeast( a, limit ) | atLeast( b, limit ) ) )
+            break;
+    }
+
+    return i;
+}
+#endif
+} // namespace qv::vectors
+
+namespace qv
+{
+/* Checking ------------------------------------------------------------------------------------------------------- */
+
+/** True when every character is below 0x110000. */
+inline bool allCharsOk( const QV_CHAR *chs, QV_INT count )
+{
+    bool   ok = true;
+    QV_INT i  = 0;
+
+#if QV___VECTORS_16
+    if( vectors::has16() )
+    {
+        vectors::Four high = {};
+
+        for( ; i + 4 <= count; i += 4 )
+            high |= vectors::atLeast( vectors::load( chs + i ), 0x110000 );
+
+        ok = !vectors::anyTopBit( high );
+    }
+#endif
+
+    for( ; i < count; i++ )
+        ok &= QV_CHAR_OK( chs[i] );
+
+    return ok;
+}
+
+/** How many characters in whole groups of eight an array begins with that are all below `limit`, which is above 0 and
+    at most 0x80000000. */
+inline QV_INT groupsBelow( const QV_CHAR *chs, QV_INT count, QV_CHAR limit )
+{
+    QV_INT i = 0;
+
+#if QV___VECTORS_16
+    if( vectors::has16() )
+        return vectors::groupsBelow( chs, count, limit );
+#endif
+
+    for( ; i + 8 <= count; i += 8 )
+        for( QV_INT k = i; k < i + 8; k++ )
+            if( chs[k] >= limit )
+                return i;
+
+    return i;
+}
+
+/** How many characters in whole groups of eight an array begins with that are all in one of the ranges. */
+template< QV_INT COUNT >
+inline QV_INT groupsIn( const QV_CHAR *chs, QV_INT count, const vectors::Range ( &ranges )[COUNT] )
+{
+    QV_INT i = 0;
+
+#if QV___VECTORS_16
+    if( vectors::has16() )
+    {
+        for( ; i + 8 <= count; i += 8 )
+        {
+            vectors::FourSigned a = {}, b = {};
+
+            for( vectors::Range range : ranges )
+            {
+                a |= vectors::isIn( vectors::load( chs + i ), range );
+                b |= vectors::isIn( vectors::load( chs + i + 4 ), range );
+            }
+
+            if( vectors::anyTopBit( ~( a & b ) ) )
+                break;
+        }
+
+        return i;
+    }
+#endif
+
+    for( ; i + 8 <= count; i += 8 )
+        for( QV_INT k = i; k < i + 8; k++ )
+        {
+            bool isIn = false;
+
+            for( vectors::Range range : ranges )
+                isIn |= chs[k] - range.first < range.end - range.first;
+
+            if( !isIn )
+                return i;
+        }
+
+    return i;
+}
+
+/** How many ASCII characters an array begins with. */
+inline QV_INT asciiLength( const QV_CHAR *chs, QV_INT count )
+{
+    QV_INT i = 0;
+
+#if QV___VECTORS_16
+    if( count >= 8 && vectors::has16() )
+    {
+        i = vectors::groupsBelow( chs, count, 0x80 );
+
+        // The last eight overlap the ones before: most texts are short, and one by one what is left over of them would
+        // cost as much as all the rest.
+        if( count - i < 8 && vectors::groupsBelow( chs + count - 8, 8, 0x80 ) )
+            return count;
+    }
+#endif
+
+    while( i < count && chs[i] < 0x80 )
+        i++;
+
+    return i;
+}
+
+/* Narrow, map, digest --------------------------------------------------------------------------------------------- */
+
+/** Writes ASCII characters as bytes. */
+inline void narrowAscii( uint8_t *to, const QV_CHAR *chs, QV_INT count )
+{
+    QV_ASSERT( asciiLength( chs, count ) == count );
+
+#if QV___VECTORS_16
+    if( count >= 8 && vectors::has16() )
+    {
+        auto narrowEight = [=]( QV_INT at )
+        {
+            __m128i words =
+                _mm_packs_epi32( (__m128i)vectors::load( chs + at ), (__m128i)vectors::load( chs + at + 4 ) );
+            _mm_storel_epi64( reinterpret_cast< __m128i * >( to + at ), _mm_packus_epi16( words, words ) );
+        };
+
+        for( QV_INT i = 0; i + 8 < count; i += 8 )
+            narrowEight( i );
+
+        narrowEight( count - 8 );
+        return;
+    }
+#endif
+
+    for( QV_INT i = 0; i < count; i++ )
+        to[i] = static_cast< uint8_t >( chs[i] );
+}
+
+/** Copies the ASCII that an array begins with, in whole groups of four, with the other case for the 26 letters from
+    `first` on, which is U'A' or U'a'. Returns the number of characters. */
+inline QV_INT swapLeadingAsciiCase( const QV_CHAR *chs, QV_INT count, QV_CHAR first, QV_CHAR *to )
+{
+    QV_INT i = 0;
+
+#if QV___VECTORS_16
+    if( vectors::has16() )
+    {
+        for( ; i + 4 <= count; i += 4 )
+        {
+            vectors::Four four = vectors::load( chs + i );
+
+            if( vectors::anyTopBit( vectors::atLeast( four, 0x80 ) ) )
+                break;
+
+            vectors::FourSigned changes = vectors::isIn( four, { first, first + 26 } );
+            vectors::store( to + i, four ^ ( (vectors::Four)changes & 0x20 ) );
+        }
+
+        return i;
+    }
+#endif
+
+    for( ; i + 4 <= count && ( chs[i] | chs[i + 1] | chs[i + 2] | chs[i + 3] ) < 0x80; i += 4 )
+        for( QV_INT k = i; k < i + 4; k++ )
+            to[k] = chs[k] - first < 26 ? chs[k] ^ 0x20 : chs[k];
+
+    return i;
+}
+
+/** Makes a number of eight characters below 0x110000 that orders as they do: each plus 1 as a byte, the first one most
+    significant. False if one of them is above `highest`, which is at most 0xFD. */
+inline bool digestEight( const QV_CHAR *chs, uint8_t highest, uint64_t *number )
+{
+    QV_ASSERT( highest <= 0xFD && allCharsOk( chs, 8 ) );
+
+#if QV___VECTORS_16
+    if( vectors::has16() )
+    {
+        // What doesn't fit a byte becomes the largest one.
+        __m128i words =
+            _mm_packs_epi32( (__m128i)( vectors::load( chs ) + 1 ), (__m128i)( vectors::load( chs + 4 ) + 1 ) );
+        __m128i bytes = _mm_packus_epi16( words, words );
+        __m128i over  = _mm_subs_epu8( bytes, _mm_set1_epi8( static_cast< char >( highest + 1 ) ) );
+
+        if( _mm_movemask_epi8( _mm_cmpeq_epi8( over, _mm_setzero_si128() ) ) != 0xFFFF )
+            return false;
+
+        _mm_storel_epi64( reinterpret_cast< __m128i * >( number ), bytes );
+        *number = __builtin_bswap64( *number );
+        return true;
+    }
+#endif
+
+    uint64_t digest = 0;
+
+    for( QV_INT i = 0; i < 8; i++ )
+    {
+        if( chs[i] > highest )
+            return false;
+
+        digest = digest << 8 | ( chs[i] + 1 );
+    }
+
+    *number = digest;
+    return true;
+}
+
+/* Finding -------------------------------------------------------------------------------------------------------- */
+
+/** The index of the last `ch` among `count` characters, or -1. */
+QV_INT findLastChar( const QV_CHAR *chs, QV_INT count, QV_CHAR ch );
+
+/** The lowest index below `positions` where `sub`, of at least one character, stands in `chs`, or -1. All of the
+    `positions + subLength - 1` characters from `chs` on are readable. Costs at worst the product of the two lengths. */
+QV_INT findChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_INT subLength );
+
+/** The same for the highest index. */
+QV_INT findLastChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_INT subLength );
+
+/** The first index from `offset` on of a character that ends a line in some newline form, or `length`. */
+QV_INT findLineEnd( const QV_CHAR *chs, QV_INT offset, QV_INT length );
+} // namespace qv
+
+#endif
