@@ -45,7 +45,9 @@ def pages( chars ):
     return index, contents
 
 
-def rows( numbers, width, count, indent ):
+def rows( numbers, width, indent ):
+    """Numbers of so many hexadecimal digits, as many on a line as the formatter puts there: lines have 120 columns."""
+    count = ( 121 - indent ) // ( width + 4 )
     lines = []
     for start in range( 0, len( numbers ), count ):
         part = ", ".join( f"0x{number:0{width}X}" for number in numbers[ start : start + count ] )
@@ -65,18 +67,18 @@ def source( path ):
         "namespace",
         "{",
         "const uint16_t CHARS[256] = {",
-        rows( chars, 4, 16, 4 ),
+        rows( chars, 4, 4 ),
         "};",
         "",
         "const uint8_t PAGES[256] = {",
-        rows( index, 2, 16, 4 ),
+        rows( index, 2, 4 ),
         "};",
         "",
         f"const uint8_t BYTES[{len( contents )}][256] = {{",
     ]
     for content in contents:
-        text += [ "    {", rows( content, 2, 16, 8 ), "    }," ]
-    text += [ "};", "} // namespace", "", f"QV___CHARSET_MAP( {name} )", "" ]
+        text += [ "    {", rows( content, 2, 8 ), "    }," ]
+    text += [ "};", "} // namespace", "", f"QV___CHARSET_MAP( {name}, CHARS, PAGES, BYTES )", "" ]
     return "\n".join( text )
 
 

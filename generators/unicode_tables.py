@@ -62,7 +62,7 @@ def points( text ):
 def constants( header, prefix ):
     """The values of the macros with a prefix: the header keeps the list, the generator has none of its own."""
     text = ( HEADERS / header ).read_text( encoding = "utf-8" )
-    return { name: int( value ) for name, value in re.findall( rf"^#define {prefix}(\w+) +(\d+)$", text, re.M ) }
+    return { name: int( value ) for name, value in re.findall( rf"^#define {prefix}(\w+) +(\d+)\b", text, re.M ) }
 
 
 class Data:

@@ -1,7 +1,7 @@
 /** @file What the tools of `morvane` need beyond the public headers: the text form of documents line by line, single
-    mappings of the character database, the file of a module without a load, and the rules of UTF-8. The tools include no other private
-    header; the private headers of the families include this one. All functions may be called from any thread while the
-    library runs; null ends the process unless said otherwise. */
+    mappings of the character database, the file of a module without a load, and the rules of UTF-8. The tools include
+    no other private header; the private headers of the families include this one. All functions may be called from any
+    thread while the library runs; null ends the process unless said otherwise. */
 
 #ifndef QV_TOOL_PRIVATE_H
 #define QV_TOOL_PRIVATE_H

@@ -106,6 +106,13 @@ TEST( LineSink, WritesLinesInAllForms )
     EXPECT_EQ( "[ä][ä][<1>][2][3.]", std::exchange( log.calls, "" ) );
     EXPECT_EQ( 5, qvLineSinkLinesWritten( sink ) );
 
+    Ref< QV_STRING > abcde = text( "abcde" );
+    EXPECT_EQ( QV_TRUE, qvLineSinkWriteLeading( sink, abcde, 1 ) );
+    EXPECT_EQ( QV_TRUE, qvLineSinkWriteTrailing( sink, abcde, 1 ) );
+    EXPECT_EQ( QV_TRUE, qvLineSinkWriteInner( sink, abcde, 1, 2 ) );
+    EXPECT_EQ( QV_TRUE, qvLineSinkWriteOuter( sink, abcde, 1, 2 ) );
+    EXPECT_EQ( "[a][e][bc][ade]", std::exchange( log.calls, "" ) );
+
     EXPECT_EQ( QV_TRUE, qvLineSinkWriteLines( sink, lines ) );
     EXPECT_EQ( QV_TRUE, qvLineSinkWriteLinesLeading( sink, lines, 1 ) );
     EXPECT_EQ( QV_TRUE, qvLineSinkWriteLinesTrailing( sink, lines, 1 ) );
@@ -119,7 +126,7 @@ TEST( LineSink, WritesLinesInAllForms )
         "[2][]"
         "[1][4]",
         std::exchange( log.calls, "" ) );
-    EXPECT_EQ( 15, qvLineSinkLinesWritten( sink ) );
+    EXPECT_EQ( 19, qvLineSinkLinesWritten( sink ) );
 
     EXPECT_EQ( QV_TRUE, qvLineSinkFlush( sink ) );
     sink.reset();
@@ -175,6 +182,29 @@ TEST( LineSource, DeliversALineThatCameWithAFailure )
 
 TEST( NlfFlags, NameTheirTerminators )
 {
+    const std::u32string TERMINATORS[] = { U"\n", U"\r", U"\r\n", U"\x85", U"\v", U"\f", U"\u2028", U"\u2029" };
+    std::u32string       all;
+
+    for( const std::u32string &terminator : TERMINATORS )
+        all.append( 1, U'x' ).append( terminator );
+
+    // A source with one flag splits at its terminator and nowhere else.
+    for( QV_INT i = 0; i < 8; i++ )
+    {
+        Ref< QV_NLF_LINE_SOURCE > nls( qvNlfLineSourceCreateFromString( text( all ), 1 << i ) );
+        Ref< QV_LINE_SOURCE >     source( qvNlfLineSourceLineSource( nls ) );
+        Lines                     expected;
+
+        for( size_t at = 0, end; at < all.size(); at = end + TERMINATORS[i].size() )
+        {
+            end = std::min( all.find( TERMINATORS[i], at ), all.size() );
+            expected.push_back( all.substr( at, end - at ) );
+        }
+
+        EXPECT_EQ( expected, linesOf( qvLineSourceReadLines( source, -1 ) ) ) << i;
+        EXPECT_EQ( TERMINATORS[i], chars( Ref< QV_STRING >( qvNlfFlagsNlfString( 1 << i ) ) ) ) << i;
+    }
+
     // The lowest flag chooses.
     EXPECT_EQ( U"\r\n", chars( Ref< QV_STRING >( qvNlfFlagsNlfString( -QV_NLF_FLAG_CRLF ) ) ) );
     EXPECT_EQ( "", take( qvNlfFlagsNlfString( 0x100 ) ) );

@@ -40,11 +40,11 @@ struct Charset
     const char *enumerant;
     const char *ianaName; // the preferred one
     QV_INT      codePage;
-    const char *aliases; // with blanks in between
+    const char *aliases; // separated by spaces
     QV_CHAR_SOURCE *( *createCharSource )( QV_BYTE_SOURCE *byteSource, QV_INT flags );
     QV_CHAR_SINK *( *createCharSink )( QV_BYTE_SINK *byteSink, QV_INT flags );
 
-    // Where there is one byte a character, in the place of the two above.
+    // For a charset with one byte a character, instead of the two functions above.
     const uint16_t *( *chars )()              = nullptr;
     QV___CHARSET_CHAR_TO_BYTE_FUNC charToByte = nullptr;
 };
@@ -135,6 +135,8 @@ const Charset charsets[] = {
       qv___CharsetUtf32LECharSinkCreate },
 };
 
+#undef MAPPED
+
 const QV_INT CHARSETS = sizeof( charsets ) / sizeof( charsets[0] );
 static_assert( CHARSETS == QV_CHARSET_UTF_32_LE + 1 );
 
@@ -143,14 +145,14 @@ Ref< QV_STRING > text( const char *ascii, QV_INT length )
     return Ref< QV_STRING >( qvStringCreateFromAscii( ascii, length ) );
 }
 
-// The value that a Dict has for a key; the Dict's answer goes with it.
+// The value of a Boxed Int that a Dict has returned, which is released, or `otherwise` for null.
 QV_INT valueOr( QV_OBJ *found, QV_INT otherwise )
 {
     Ref< QV_OBJ > value( found );
     return value ? qvBoxedIntValue( qvBoxedIntFrom( value ) ) : otherwise;
 }
 
-// Calls `take` with every alias and its length.
+// Calls `take` with each alias and its length.
 template< class Take >
 void eachAlias( const Charset &row, Take take )
 {
@@ -163,9 +165,10 @@ void eachAlias( const Charset &row, Take take )
     }
 }
 
+// Adds a name to the Dict of names.
 void enterName( const char *ascii, QV_INT length, QV_BOXED_INT *charset )
 {
-    // Folded here: qvStringToCaseFold() would leave every one of the names with room to grow.
+    // Folds the name here, since qvStringToCaseFold() would leave free places in each of the Strings.
     Ref< QV_STRING > name( qv::createString( length ) );
 
     for( QV_INT i = 0; i < length; i++ )
@@ -177,8 +180,8 @@ void enterName( const char *ascii, QV_INT length, QV_BOXED_INT *charset )
     qvDictSetStringKey( &qv___CharsetFromIanaNameDict, name, qvBoxedIntObj( charset ) );
 }
 
-// A String to decode a Buffer into. Where a byte is a character it has the room from the start, and a place more, in
-// which the read meets the end.
+// An empty String to decode a Buffer into. For a charset with one byte a character it has room for all characters, and
+// for one more, so that the read meets the end without growing it.
 QV_STRING *createFor( const Charset &row, QV_BUFFER *buffer )
 {
     QV_INT count = qvBufferLength( buffer );
@@ -192,7 +195,8 @@ QV_STRING *createFor( const Charset &row, QV_BUFFER *buffer )
     return qvs;
 }
 
-void enter( QV_INT cs )
+// Adds a charset to the enumeration and to all Dicts.
+void enterCharset( QV_INT cs )
 {
     const Charset      &row = charsets[cs];
     Ref< QV_BOXED_INT > charset( qvBoxedIntCreate( cs ) );
@@ -222,7 +226,7 @@ void qv___CharsetStartup( void )
     qv___CharsetToWindowsCodePageDict   = qvDictCreate();
 
     for( QV_INT cs = 0; cs < CHARSETS; cs++ )
-        enter( cs );
+        enterCharset( cs );
 }
 
 void qv___CharsetShutdown( void )

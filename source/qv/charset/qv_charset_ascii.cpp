@@ -81,4 +81,4 @@ const uint8_t BYTES[2][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( Ascii )
+QV___CHARSET_MAP( Ascii, CHARS, PAGES, BYTES )

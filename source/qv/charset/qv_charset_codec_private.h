@@ -12,14 +12,14 @@
 
 #include <algorithm>
 
-/* What the codecs have in common: a closure with a cache between the characters above and the bytes below. Each codec
-   works on whole stretches of the cache and of the characters, never on one character a call. */
+/* What the codecs have in common: a closure with a cache of the bytes that go to or come from the byte stream. A codec
+   converts many characters with one call. */
 
 namespace qv
 {
 const QV_INT CODEC_CACHE = 1024; // bytes
 
-/** The closure of a sink; sorts derive theirs from it. */
+/** The closure of a sink. The sorts of the codecs derive theirs from it. */
 struct CodecSink : QV_OBJ
 {
     QV_BYTE_SINK *byteSink;
@@ -34,7 +34,7 @@ struct CodecSink : QV_OBJ
     }
 };
 
-/** The closure of a source. */
+/** The closure of a source. The sorts of the codecs derive theirs from it. */
 struct CodecSource : QV_OBJ
 {
     QV_BYTE_SOURCE *byteSource;
@@ -89,7 +89,7 @@ inline void freeCodecSource( QV_OBJ *thisObj )
     drop( csc->byteSource );
 }
 
-/** Hands the cache down and empties it, also when that fails. */
+/** Writes the cache to the byte sink and empties it, also if the write fails. */
 inline bool flushCache( CodecSink *csc )
 {
     QV_ASSERT( csc->room() >= 0 );
@@ -100,13 +100,14 @@ inline bool flushCache( CodecSink *csc )
     return ok;
 }
 
-/** The flush callback of every sink. It leaves the byte sink alone. */
+/** The flush callback of a sink that keeps nothing back but its cache. It does not flush the byte sink. */
 inline QV_BOOL flushCodecSink( QV_OBJ *closure )
 {
     return flushCache( static_cast< CodecSink * >( closure ) ) ? QV_TRUE : QV_FALSE;
 }
 
-/** Fills a used-up cache anew; false at the end of the bytes. What it has no bytes for is watched. */
+/** Refills an empty cache; false at the end of the bytes. The places without bytes are marked as free, so that builds
+    with a memory checker find a read of them. */
 inline bool refillCache( CodecSource *csc )
 {
     QV_ASSERT( csc->left() == 0 );
@@ -119,27 +120,50 @@ inline bool refillCache( CodecSource *csc )
     return csc->cacheLength > 0;
 }
 
-/** How a read goes that has met the end of the bytes. */
+/** The result of a read that has met the end of the bytes. */
 inline QV_BOOL endOfBytes( CodecSource *csc )
 {
     return qvByteSourceError( csc->byteSource ) ? QV_FALSE : QV_TRUE;
 }
 
-/** Puts what stands for invalid input at `*out`, for which there has to be room; false when the read has to fail. */
-inline bool putInvalid( CodecSource *csc, QV_CHAR **out )
+/** What a codec does with bytes or a character that it cannot convert. */
+enum class Invalid
 {
-    if( csc->flags & QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER )
-        return false;
+    FAIL,      // the read or write fails
+    LEAVE_OUT, // it goes on without them
+    REPLACE    // it goes on with U+FFFD, or with the byte that stands for it
+};
 
-    if( !( csc->flags & QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS ) )
-        *( *out )++ = utf8::REPLACEMENT;
+/** What the normalised flags of a codec ask for. */
+inline Invalid onInvalid( QV_INT flags )
+{
+    if( flags & QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER )
+        return Invalid::FAIL;
 
-    return true;
+    return flags & QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS ? Invalid::LEAVE_OUT : Invalid::REPLACE;
 }
 
-/** The read callback of a source in terms of the one that fills an array, which stops short only at the end or with a
-    failure, and has nothing half done when it returns. `minBytes` is the least number of bytes that a character
-    takes. */
+/** Stores what replaces invalid input, if anything does, at `*out`, which has room. False if the read has to fail. */
+inline bool putInvalid( CodecSource *csc, QV_CHAR **out )
+{
+    Invalid invalid = onInvalid( csc->flags );
+
+    if( invalid == Invalid::REPLACE )
+        *( *out )++ = utf8::REPLACEMENT;
+
+    return invalid != Invalid::FAIL;
+}
+
+/** The write callback of a sink in terms of the one that writes an array. */
+template< QV_BOOL ( *writeChars )( QV_OBJ *, const QV_CHAR *, QV_INT ) >
+QV_BOOL writeString( QV_OBJ *closure, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount )
+{
+    return writeChars( closure, chars( qvs ) + charOffset, charCount );
+}
+
+/** The read callback of a source in terms of the one that fills an array. That one must deliver fewer characters than
+    asked for only at the end of the bytes or with a failure, and keep no character back when it returns. `minBytes` is
+    the least number of bytes of a character. */
 template< QV_BOOL ( *readChars )( QV_OBJ *, QV_CHAR *, QV_INT, QV_INT * ), QV_INT minBytes >
 QV_BOOL readString( QV_OBJ *closure, QV_STRING **qvs, QV_INT maxCharCount, QV_INT *charsRead )
 {
@@ -159,7 +183,7 @@ QV_BOOL readString( QV_OBJ *closure, QV_STRING **qvs, QV_INT maxCharCount, QV_IN
         makePrivate( qvs, qvStringCreateFrom );
         grew = true;
 
-        // For what the cache can give, and all that is free already.
+        // Room for the characters that the cache can hold, and for all the places that are free already.
         QV_INT room = std::max( csc->left() / minBytes + 1, ( *qvs )->bspace );
         room        = std::min( room, maxCharCount - *charsRead );
 

@@ -81,4 +81,4 @@ const uint8_t BYTES[2][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( Iso8859_1 )
+QV___CHARSET_MAP( Iso8859_1, CHARS, PAGES, BYTES )

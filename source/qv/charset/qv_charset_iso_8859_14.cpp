@@ -115,4 +115,4 @@ const uint8_t BYTES[4][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( Iso8859_14 )
+QV___CHARSET_MAP( Iso8859_14, CHARS, PAGES, BYTES )

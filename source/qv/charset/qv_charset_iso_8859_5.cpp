@@ -115,4 +115,4 @@ const uint8_t BYTES[4][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( Iso8859_5 )
+QV___CHARSET_MAP( Iso8859_5, CHARS, PAGES, BYTES )

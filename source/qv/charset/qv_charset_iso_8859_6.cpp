@@ -98,4 +98,4 @@ const uint8_t BYTES[3][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( Iso8859_6 )
+QV___CHARSET_MAP( Iso8859_6, CHARS, PAGES, BYTES )

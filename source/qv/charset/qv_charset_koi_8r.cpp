@@ -149,4 +149,4 @@ const uint8_t BYTES[6][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( Koi8R )
+QV___CHARSET_MAP( Koi8R, CHARS, PAGES, BYTES )

@@ -12,40 +12,41 @@ struct QV___CHARSET_MAP_CHAR_SINK_CLOSURE : qv::CodecSink
 {
     QV___CHARSET_CHAR_TO_BYTE_FUNC mapFunc;
     QV_UNICODE_NORMALIZER         *normalizer;
-    bool                           hasAscii;   // at its own values
-    uint32_t                       memo[2048]; // what the function has told, by the lower bits of the character
+    bool                           hasAscii;   // each ASCII character is the byte of the same value
+    uint32_t                       memo[2048]; // results of the function, indexed by the lower bits of the character
 };
 
 namespace
 {
 using Sink = QV___CHARSET_MAP_CHAR_SINK_CLOSURE;
 
-const QV_INT STRETCH     = 8192; // characters that are looked at before they are mapped; they stay at hand that long
-const QV_INT PIECE       = 1024; // characters that come back from the normalizer at a time
-const QV_INT BLOCK       = 8;
-const QV_INT ASCII_PAUSE = 256; // characters in which it isn't looked for after something else has been found
+const QV_INT STRETCH = 8192; // characters checked before they are mapped, which the processor's cache still holds then
+const QV_INT PIECE   = 1024; // characters that are read from the normalizer at a time
+const QV_INT BLOCK   = 8;
+const QV_INT ASCII_PAUSE = 256; // characters after one that is not ASCII in which no run of ASCII is looked for
 
-// The letters of an alphabet and ASCII have places of their own here, so that a text soon has all of its characters.
+// So many places that the letters of an alphabet and ASCII do not share one.
 const QV_CHAR MEMO_MASK = 2047;
 
-// No character has all bits of an empty place.
+// An empty place has all bits set, which no character has.
 uint32_t memoOf( QV_CHAR ch, uint8_t byte )
 {
     return ch << 8 | byte;
 }
 
-void freeSink( QV_OBJ *thisObj )
+void freeMapCharSinkClosure( QV_OBJ *thisObj )
 {
     qv::freeCodecSink( thisObj );
     qv::drop( static_cast< Sink * >( thisObj )->normalizer );
 }
 } // namespace
 
-QV___FAMILY( ___CharsetMapCharSinkClosure, QV___CHARSET_MAP_CHAR_SINK_CLOSURE, freeSink, nullptr, nullptr )
+QV___FAMILY(
+    ___CharsetMapCharSinkClosure, QV___CHARSET_MAP_CHAR_SINK_CLOSURE, freeMapCharSinkClosure, nullptr, nullptr )
 
 namespace
 {
-// What stands for a character that has no byte.
+// The byte that replaces a character without a byte.
 uint8_t replacementByte( Sink *csc )
 {
     uint8_t byte = 0;
@@ -56,7 +57,7 @@ uint8_t replacementByte( Sink *csc )
     return byte;
 }
 
-// Maps 8 characters at once; false if one of them is not in the memo, and then there is nothing at `out` that counts.
+// Maps 8 characters at once. False if one of them is not in the memo; what is at `out` is undefined then.
 bool putBlock( const uint32_t *memo, const QV_CHAR *in, uint8_t *out )
 {
     uint32_t unknown = 0;
@@ -71,7 +72,7 @@ bool putBlock( const uint32_t *memo, const QV_CHAR *in, uint8_t *out )
     return unknown <= 0xFF;
 }
 
-// Maps 16 characters of a set that has ASCII; false if one of them is something else.
+// Maps 16 characters of a set that has ASCII. False if one of them is not ASCII; what is at `out` is undefined then.
 bool putAscii( const QV_CHAR *in, uint8_t *out )
 {
     QV_CHAR all = 0;
@@ -85,7 +86,7 @@ bool putAscii( const QV_CHAR *in, uint8_t *out )
     return all < 0x80;
 }
 
-// Stores a byte in the cache, which goes down as soon as it is full.
+// Appends a byte to the cache, which is flushed as soon as it is full.
 bool putByte( Sink *csc, uint8_t byte )
 {
     csc->cache[csc->cacheLength++] = byte;
@@ -93,26 +94,28 @@ bool putByte( Sink *csc, uint8_t byte )
     return csc->room() > 0 || qv::flushCache( csc );
 }
 
-// Does what the flags say of a character that has no byte; false when the write has to fail.
+// Treats a character without a byte as the flags say. False if the write has to fail.
 bool putInvalid( Sink *csc )
 {
-    if( csc->flags & QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER )
-        return false;
+    qv::Invalid invalid = qv::onInvalid( csc->flags );
 
-    return csc->flags & QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS || putByte( csc, replacementByte( csc ) );
+    if( invalid == qv::Invalid::REPLACE )
+        return putByte( csc, replacementByte( csc ) );
+
+    return invalid == qv::Invalid::LEAVE_OUT;
 }
 
-// Maps composed characters, all below 0x110000: the memo has room for no others.
-bool put( Sink *csc, const QV_CHAR *in, QV_INT count )
+// Maps composed characters, which must all be below 0x110000, since an empty place of the memo looks like one above.
+bool mapChars( Sink *csc, const QV_CHAR *in, QV_INT count )
 {
     QV_ASSERT( qv::allCharsOk( in, count ) );
 
     const QV_CHAR *end   = in + count;
-    const QV_CHAR *ascii = csc->hasAscii ? in : end; // where it is looked for again
+    const QV_CHAR *ascii = csc->hasAscii ? in : end; // where a run of it is looked for next
 
     while( in < end )
     {
-        // The cache goes down as soon as it is full, so a block has to leave a place in it.
+        // The cache is flushed as soon as it is full, so a block must leave a place free.
         if( in >= ascii && end - in >= 2 * BLOCK && csc->room() > 2 * BLOCK )
         {
             if( putAscii( in, csc->cache + csc->cacheLength ) )
@@ -152,19 +155,19 @@ bool put( Sink *csc, const QV_CHAR *in, QV_INT count )
     return true;
 }
 
-// Maps all that the normalizer has ready.
-bool push( Sink *csc )
+// Maps all that the normalizer has finished.
+bool mapReadable( Sink *csc )
 {
     QV_CHAR chars[PIECE];
 
     while( QV_INT count = qvUnicodeNormalizerReadChars( csc->normalizer, chars, PIECE ) )
-        if( !put( csc, chars, count ) )
+        if( !mapChars( csc, chars, count ) )
             return false;
 
     return true;
 }
 
-// True for a character that stays what it is and has nothing to do with what stands before it.
+// True for a character that stays as it is and does not join the one before it.
 bool isInert( QV_CHAR ch )
 {
     using namespace qv::unicode;
@@ -189,7 +192,7 @@ const QV_CHAR *skipInert( const QV_CHAR *in, const QV_CHAR *end )
     }
 }
 
-QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
+QV_BOOL writeMapped( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
 {
     Sink          *csc = static_cast< Sink * >( closure );
     const QV_CHAR *end = chars + charCount;
@@ -199,36 +202,37 @@ QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
         const QV_CHAR *limit = chars + std::min( STRETCH, QV_INT( end - chars ) );
         const QV_CHAR *next  = skipInert( chars, limit );
 
-        // Between the first and the last two of them there is nothing to compose: the first ends what came before, and
-        // the last two stay in the normalizer, which would not have them readable yet.
+        // Nothing composes between the first and the last two of these characters: the first ends what came before, and
+        // the last two stay in the normalizer, since what follows may join them.
         if( next - chars > 3 )
         {
             qvUnicodeNormalizerWriteChar( csc->normalizer, chars[0] );
             qvUnicodeNormalizerFlush( csc->normalizer );
 
-            if( !push( csc ) || !put( csc, chars + 1, next - chars - 3 ) )
+            if( !mapReadable( csc ) || !mapChars( csc, chars + 1, next - chars - 3 ) )
                 return QV_FALSE;
 
             chars = next - 2;
         }
 
-        // The last two, what isn't inert, and so on to where there may be some in a row again.
+        // Normalizes the last two, those that are not inert, and so on up to a place where several inert ones may
+        // follow.
         while( next < limit && QV_CHAR_OK( *next ) && !( isInert( *next ) && next - chars >= BLOCK ) )
             next++;
 
         qvUnicodeNormalizerWriteChars( csc->normalizer, chars, next - chars );
         chars = next;
 
-        if( !push( csc ) )
+        if( !mapReadable( csc ) )
             return QV_FALSE;
 
-        // No String holds such a value; this guards the tables against everything else that writes. It is a character
-        // without a byte, which nothing joins, where the normalizer would leave it out.
+        // No String holds such a value, but a caller that does not go through one may write it. It is treated as a
+        // character without a byte that joins no other; the normalizer would leave it out.
         if( next < limit && !QV_CHAR_OK( *next ) )
         {
             qvUnicodeNormalizerFlush( csc->normalizer );
 
-            if( !push( csc ) || !putInvalid( csc ) )
+            if( !mapReadable( csc ) || !putInvalid( csc ) )
                 return QV_FALSE;
 
             chars++;
@@ -238,18 +242,13 @@ QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
     return QV_TRUE;
 }
 
-QV_BOOL write( QV_OBJ *closure, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount )
-{
-    return writeChars( closure, qv::chars( qvs ) + charOffset, charCount );
-}
-
-QV_BOOL flush( QV_OBJ *closure )
+QV_BOOL flushMapped( QV_OBJ *closure )
 {
     Sink *csc = static_cast< Sink * >( closure );
     qvUnicodeNormalizerFlush( csc->normalizer );
 
-    // What is in the cache goes down in any case.
-    bool pushed = push( csc );
+    // The cache is flushed also if that fails.
+    bool pushed = mapReadable( csc );
 
     return qv::flushCache( csc ) && pushed ? QV_TRUE : QV_FALSE;
 }
@@ -275,5 +274,5 @@ QV_CHAR_SINK *qv___CharsetMapCharSinkCreate(
             csc->hasAscii = false;
     }
 
-    return qv::createCharSink( write, writeChars, flush, csc.get() );
+    return qv::createCharSink( qv::writeString< writeMapped >, writeMapped, flushMapped, csc.get() );
 }

@@ -2,7 +2,7 @@
 #include "qv/charset/qv_charset_map_private.h"
 #include "qv/io/qv_char_source_private.h"
 
-// Asked once for every byte, a map function is a table from then on.
+// The map function is called once for every byte when the source is created.
 struct QV___CHARSET_MAP_CHAR_SOURCE_CLOSURE : qv::CodecSource
 {
     QV_CHAR chars[256]; // NONE where there is no character
@@ -18,7 +18,7 @@ using Source = QV___CHARSET_MAP_CHAR_SOURCE_CLOSURE;
 const QV_CHAR NONE  = 0xFFFFFFFF;
 const QV_INT  BLOCK = 16;
 
-// Decodes 16 bytes at once; false if one of them has no character, and then there is nothing at `out` that counts.
+// Decodes 16 bytes at once. False if one of them has no character; what is at `out` is undefined then.
 bool takeBlock( const QV_CHAR *table, const uint8_t *in, QV_CHAR *out )
 {
     QV_CHAR all = 0;
@@ -33,7 +33,7 @@ bool takeBlock( const QV_CHAR *table, const uint8_t *in, QV_CHAR *out )
     return all >> 31 == 0; // only NONE has the topmost bit
 }
 
-QV_BOOL readChars( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT *charsRead )
+QV_BOOL readMapped( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT *charsRead )
 {
     Source *csc = static_cast< Source * >( closure );
 
@@ -74,26 +74,26 @@ QV_BOOL readChars( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT 
     return QV_TRUE;
 }
 
-qv::Ref< Source > createClosure( QV_BYTE_SOURCE *byteSource, QV_INT flags )
+qv::Ref< Source > createMapSourceClosure( QV_BYTE_SOURCE *byteSource, QV_INT flags )
 {
     return qv::Ref< Source >(
         qv::createCodecSource< Source >( qv___CharsetMapCharSourceClosureSort(), byteSource, flags ) );
 }
 
-QV_CHAR_SOURCE *createSource( Source *csc )
+QV_CHAR_SOURCE *createMapSource( Source *csc )
 {
-    return qv::createCharSource( qv::readString< readChars, 1 >, readChars, csc );
+    return qv::createCharSource( qv::readString< readMapped, 1 >, readMapped, csc );
 }
 } // namespace
 
 QV_CHAR_SOURCE *qv::createMapCharSource( QV_BYTE_SOURCE *byteSource, QV_INT flags, const uint16_t *chars )
 {
-    Ref< Source > csc = createClosure( byteSource, flags );
+    Ref< Source > csc = createMapSourceClosure( byteSource, flags );
 
     for( int byte = 0; byte < 256; byte++ )
         csc->chars[byte] = chars[byte] == QV___CHARSET_NO_CHARACTER ? NONE : chars[byte];
 
-    return createSource( csc.get() );
+    return createMapSource( csc.get() );
 }
 
 QV_CHAR_SOURCE *qv___CharsetMapCharSourceCreate(
@@ -102,11 +102,11 @@ QV_CHAR_SOURCE *qv___CharsetMapCharSourceCreate(
     QV_CHECK( byteSource );
     QV_CHECK( mapFunc );
 
-    qv::Ref< Source > csc = createClosure( byteSource, flags );
+    qv::Ref< Source > csc = createMapSourceClosure( byteSource, flags );
 
     for( int byte = 0; byte < 256; byte++ )
         if( !mapFunc( static_cast< uint8_t >( byte ), &csc->chars[byte] ) )
             csc->chars[byte] = NONE;
 
-    return createSource( csc.get() );
+    return createMapSource( csc.get() );
 }

@@ -81,4 +81,4 @@ const uint8_t BYTES[2][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( MsftCp037 )
+QV___CHARSET_MAP( MsftCp037, CHARS, PAGES, BYTES )

@@ -98,4 +98,4 @@ const uint8_t BYTES[3][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( MsftCp1026 )
+QV___CHARSET_MAP( MsftCp1026, CHARS, PAGES, BYTES )

@@ -166,4 +166,4 @@ const uint8_t BYTES[7][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( MsftCp1255 )
+QV___CHARSET_MAP( MsftCp1255, CHARS, PAGES, BYTES )

@@ -183,4 +183,4 @@ const uint8_t BYTES[8][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( MsftCp437 )
+QV___CHARSET_MAP( MsftCp437, CHARS, PAGES, BYTES )

@@ -183,4 +183,4 @@ const uint8_t BYTES[8][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( MsftCp861 )
+QV___CHARSET_MAP( MsftCp861, CHARS, PAGES, BYTES )

@@ -200,4 +200,4 @@ const uint8_t BYTES[9][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( MsftCp862 )
+QV___CHARSET_MAP( MsftCp862, CHARS, PAGES, BYTES )

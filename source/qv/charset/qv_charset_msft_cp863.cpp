@@ -183,4 +183,4 @@ const uint8_t BYTES[8][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( MsftCp863 )
+QV___CHARSET_MAP( MsftCp863, CHARS, PAGES, BYTES )

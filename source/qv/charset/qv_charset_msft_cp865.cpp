@@ -183,4 +183,4 @@ const uint8_t BYTES[8][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( MsftCp865 )
+QV___CHARSET_MAP( MsftCp865, CHARS, PAGES, BYTES )

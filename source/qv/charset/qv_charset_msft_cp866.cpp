@@ -149,4 +149,4 @@ const uint8_t BYTES[6][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( MsftCp866 )
+QV___CHARSET_MAP( MsftCp866, CHARS, PAGES, BYTES )

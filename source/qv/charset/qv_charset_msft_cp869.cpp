@@ -132,4 +132,4 @@ const uint8_t BYTES[5][256] = {
 };
 } // namespace
 
-QV___CHARSET_MAP( MsftCp869 )
+QV___CHARSET_MAP( MsftCp869, CHARS, PAGES, BYTES )

@@ -3,7 +3,7 @@
 
 #include "qv/runtime/qv_family.h"
 
-/* The registry, from start-up to shutdown. The keys of the first Dict are case-folded. */
+/* The registry, which exists from start-up to shutdown. The keys of qv___CharsetFromIanaNameDict are case-folded. */
 
 extern "C" QV_ENUM *qv___CharsetEnum;
 extern "C" QV_DICT *qv___CharsetFromIanaNameDict;

@@ -5,7 +5,7 @@
 #include "qv/io/qv_char_sink_private.h"
 #include "qv/io/qv_char_source_private.h"
 
-/* What UTF-16 and UTF-32 have in common: units of some bytes in one of two orders. */
+/* What UTF-16 and UTF-32 have in common: units of 2 or 4 bytes, in one of two byte orders. */
 
 namespace qv
 {
@@ -20,7 +20,7 @@ struct UnitSource : CodecSource
     QV_BOOL bomChecked;
 };
 
-/** Puts the lower bytes of a value in the cache, which has room. */
+/** Appends the lower bytes of a value to the cache, which has room. */
 template< int bytes >
 void putUnit( UnitSink *csc, QV_CHAR unit )
 {
@@ -34,6 +34,7 @@ void putUnit( UnitSink *csc, QV_CHAR unit )
     csc->cacheLength += bytes;
 }
 
+/** The unit at a place. */
 template< int bytes >
 QV_CHAR unitAt( const uint8_t *in, QV_BOOL littleEndian )
 {
@@ -45,14 +46,14 @@ QV_CHAR unitAt( const uint8_t *in, QV_BOOL littleEndian )
     return unit;
 }
 
-/** The next unit, which stays. */
+/** The next unit, which stays the next one. */
 template< int bytes >
 QV_CHAR peekUnit( UnitSource *csc )
 {
     return unitAt< bytes >( csc->cache + csc->cachePos, csc->littleEndian );
 }
 
-/** Goes by a byte order mark, if one stands at the start. */
+/** Takes the byte order from the mark at the start and skips it. Does nothing if there is no mark. */
 template< int bytes >
 void checkByteOrderMark( UnitSource *csc )
 {
@@ -68,7 +69,8 @@ void checkByteOrderMark( UnitSource *csc )
     csc->bomChecked   = QV_TRUE;
 }
 
-/** Reads characters. `takeChar` takes the next one, for which at least one unit is there, or what is none. */
+/** Reads characters. `takeChar` reads the next one, of which the cache has at least one unit; what it returns may be no
+    character. */
 template< int bytes, QV_CHAR ( *takeChar )( UnitSource * ) >
 QV_BOOL readUnits( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT *charsRead )
 {
@@ -84,7 +86,7 @@ QV_BOOL readUnits( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT 
             break;
         }
 
-        // A part of a unit is all that is left of the data.
+        // The data ends with a part of a unit.
         if( csc->left() < bytes )
         {
             csc->cachePos = csc->cacheLength;
@@ -114,23 +116,20 @@ QV_BOOL readUnits( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT 
     return ok;
 }
 
-/** A new sink. `writeChars` writes an array of any values. */
+/** A new sink. `writeChars` writes an array. */
 template< class Closure, int bytes, QV_BOOL ( *writeChars )( QV_OBJ *, const QV_CHAR *, QV_INT ) >
 QV_CHAR_SINK *createUnitSink( QV_SORT *sort, QV_BYTE_SINK *byteSink, QV_INT flags, QV_BOOL littleEndian )
 {
-    auto write = []( QV_OBJ *closure, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount ) -> QV_BOOL
-    { return writeChars( closure, chars( qvs ) + charOffset, charCount ); };
-
     Ref< Closure > csc( createCodecSink< Closure >( sort, byteSink, flags ) );
     csc->littleEndian = littleEndian;
 
     if( flags & QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK )
         putUnit< bytes >( csc.get(), 0xFEFF );
 
-    return createCharSink( write, writeChars, flushCodecSink, csc.get() );
+    return createCharSink( writeString< writeChars >, writeChars, flushCodecSink, csc.get() );
 }
 
-/** A new source. Where the order is fixed, a byte order mark is a character. */
+/** A new source. If the byte order is fixed, a byte order mark is a character. */
 template< class Closure, int bytes, QV_CHAR ( *takeChar )( UnitSource * ) >
 QV_CHAR_SOURCE *createUnitSource(
     QV_SORT *sort, QV_BYTE_SOURCE *byteSource, QV_INT flags, QV_BOOL littleEndian, bool isFixed )

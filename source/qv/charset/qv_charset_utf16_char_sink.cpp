@@ -9,7 +9,7 @@ QV___FAMILY( ___CharsetUtf16CharSinkClosure, QV___CHARSET_UTF16_CHAR_SINK_CLOSUR
 
 namespace
 {
-QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
+QV_BOOL writeUtf16( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
 {
     qv::UnitSink *csc = static_cast< qv::UnitSink * >( closure );
 
@@ -25,7 +25,7 @@ QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
             qv::putUnit< 2 >( csc, 0xDC00 + ( ch & 0x3FF ) );
         }
 
-        // There is always room for one more character.
+        // Keeps room for one more character of up to 4 bytes.
         if( csc->room() < 5 && !qv::flushCache( csc ) )
             return QV_FALSE;
     }
@@ -33,9 +33,9 @@ QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
     return QV_TRUE;
 }
 
-QV_CHAR_SINK *create( QV_BYTE_SINK *byteSink, QV_INT flags, QV_BOOL littleEndian )
+QV_CHAR_SINK *createUtf16Sink( QV_BYTE_SINK *byteSink, QV_INT flags, QV_BOOL littleEndian )
 {
-    return qv::createUnitSink< QV___CHARSET_UTF16_CHAR_SINK_CLOSURE, 2, writeChars >(
+    return qv::createUnitSink< QV___CHARSET_UTF16_CHAR_SINK_CLOSURE, 2, writeUtf16 >(
         qv___CharsetUtf16CharSinkClosureSort(), byteSink, flags, littleEndian );
 }
 } // namespace
@@ -43,17 +43,17 @@ QV_CHAR_SINK *create( QV_BYTE_SINK *byteSink, QV_INT flags, QV_BOOL littleEndian
 QV_CHAR_SINK *qv___CharsetUtf16CharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT flags )
 {
     QV_CHECK( byteSink );
-    return create( byteSink, flags, QV_TRUE );
+    return createUtf16Sink( byteSink, flags, QV_TRUE );
 }
 
 QV_CHAR_SINK *qv___CharsetUtf16BECharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT flags )
 {
     QV_CHECK( byteSink );
-    return create( byteSink, flags, QV_FALSE );
+    return createUtf16Sink( byteSink, flags, QV_FALSE );
 }
 
 QV_CHAR_SINK *qv___CharsetUtf16LECharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT flags )
 {
     QV_CHECK( byteSink );
-    return create( byteSink, flags, QV_TRUE );
+    return createUtf16Sink( byteSink, flags, QV_TRUE );
 }

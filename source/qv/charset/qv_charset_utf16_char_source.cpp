@@ -10,8 +10,8 @@ QV___FAMILY(
 
 namespace
 {
-// One unit, or a pair of surrogates. A single one is a character as it stands.
-QV_CHAR takeChar( qv::UnitSource *csc )
+// Reads one unit or a pair of surrogates. A surrogate without its other half is a character of its own.
+QV_CHAR takeUtf16( qv::UnitSource *csc )
 {
     QV_CHAR unit = qv::peekUnit< 2 >( csc );
     csc->cachePos += 2;
@@ -19,7 +19,7 @@ QV_CHAR takeChar( qv::UnitSource *csc )
     if( ( unit & 0xFFFFFC00 ) != 0xD800 )
         return unit;
 
-    // The other half may not have been read yet.
+    // The other half may be in the next refill.
     if( csc->left() == 0 )
         qv::refillCache( csc );
 
@@ -32,9 +32,9 @@ QV_CHAR takeChar( qv::UnitSource *csc )
     return 0x10000 + ( ( unit & 0x3FF ) << 10 ) + ( low & 0x3FF );
 }
 
-QV_CHAR_SOURCE *create( QV_BYTE_SOURCE *byteSource, QV_INT flags, QV_BOOL littleEndian, bool isFixed )
+QV_CHAR_SOURCE *createUtf16Source( QV_BYTE_SOURCE *byteSource, QV_INT flags, QV_BOOL littleEndian, bool isFixed )
 {
-    return qv::createUnitSource< QV___CHARSET_UTF16_CHAR_SOURCE_CLOSURE, 2, takeChar >(
+    return qv::createUnitSource< QV___CHARSET_UTF16_CHAR_SOURCE_CLOSURE, 2, takeUtf16 >(
         qv___CharsetUtf16CharSourceClosureSort(), byteSource, flags, littleEndian, isFixed );
 }
 } // namespace
@@ -42,17 +42,17 @@ QV_CHAR_SOURCE *create( QV_BYTE_SOURCE *byteSource, QV_INT flags, QV_BOOL little
 QV_CHAR_SOURCE *qv___CharsetUtf16CharSourceCreate( QV_BYTE_SOURCE *byteSource, QV_INT flags )
 {
     QV_CHECK( byteSource );
-    return create( byteSource, flags, QV_TRUE, false );
+    return createUtf16Source( byteSource, flags, QV_TRUE, false );
 }
 
 QV_CHAR_SOURCE *qv___CharsetUtf16BECharSourceCreate( QV_BYTE_SOURCE *byteSource, QV_INT flags )
 {
     QV_CHECK( byteSource );
-    return create( byteSource, flags, QV_FALSE, true );
+    return createUtf16Source( byteSource, flags, QV_FALSE, true );
 }
 
 QV_CHAR_SOURCE *qv___CharsetUtf16LECharSourceCreate( QV_BYTE_SOURCE *byteSource, QV_INT flags )
 {
     QV_CHECK( byteSource );
-    return create( byteSource, flags, QV_TRUE, true );
+    return createUtf16Source( byteSource, flags, QV_TRUE, true );
 }

@@ -9,7 +9,7 @@ QV___FAMILY( ___CharsetUtf32CharSinkClosure, QV___CHARSET_UTF32_CHAR_SINK_CLOSUR
 
 namespace
 {
-QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
+QV_BOOL writeUtf32( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
 {
     qv::UnitSink *csc = static_cast< qv::UnitSink * >( closure );
 
@@ -24,9 +24,9 @@ QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
     return QV_TRUE;
 }
 
-QV_CHAR_SINK *create( QV_BYTE_SINK *byteSink, QV_INT flags, QV_BOOL littleEndian )
+QV_CHAR_SINK *createUtf32Sink( QV_BYTE_SINK *byteSink, QV_INT flags, QV_BOOL littleEndian )
 {
-    return qv::createUnitSink< QV___CHARSET_UTF32_CHAR_SINK_CLOSURE, 4, writeChars >(
+    return qv::createUnitSink< QV___CHARSET_UTF32_CHAR_SINK_CLOSURE, 4, writeUtf32 >(
         qv___CharsetUtf32CharSinkClosureSort(), byteSink, flags, littleEndian );
 }
 } // namespace
@@ -34,17 +34,17 @@ QV_CHAR_SINK *create( QV_BYTE_SINK *byteSink, QV_INT flags, QV_BOOL littleEndian
 QV_CHAR_SINK *qv___CharsetUtf32CharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT flags )
 {
     QV_CHECK( byteSink );
-    return create( byteSink, flags, QV_TRUE );
+    return createUtf32Sink( byteSink, flags, QV_TRUE );
 }
 
 QV_CHAR_SINK *qv___CharsetUtf32BECharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT flags )
 {
     QV_CHECK( byteSink );
-    return create( byteSink, flags, QV_FALSE );
+    return createUtf32Sink( byteSink, flags, QV_FALSE );
 }
 
 QV_CHAR_SINK *qv___CharsetUtf32LECharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT flags )
 {
     QV_CHECK( byteSink );
-    return create( byteSink, flags, QV_TRUE );
+    return createUtf32Sink( byteSink, flags, QV_TRUE );
 }

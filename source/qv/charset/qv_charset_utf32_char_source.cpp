@@ -10,8 +10,8 @@ QV___FAMILY(
 
 namespace
 {
-// Any value, which may be no character.
-QV_CHAR takeChar( qv::UnitSource *csc )
+// Reads one unit, which may be no character.
+QV_CHAR takeUtf32( qv::UnitSource *csc )
 {
     QV_CHAR ch = qv::peekUnit< 4 >( csc );
     csc->cachePos += 4;
@@ -19,9 +19,9 @@ QV_CHAR takeChar( qv::UnitSource *csc )
     return ch;
 }
 
-QV_CHAR_SOURCE *create( QV_BYTE_SOURCE *byteSource, QV_INT flags, QV_BOOL littleEndian, bool isFixed )
+QV_CHAR_SOURCE *createUtf32Source( QV_BYTE_SOURCE *byteSource, QV_INT flags, QV_BOOL littleEndian, bool isFixed )
 {
-    return qv::createUnitSource< QV___CHARSET_UTF32_CHAR_SOURCE_CLOSURE, 4, takeChar >(
+    return qv::createUnitSource< QV___CHARSET_UTF32_CHAR_SOURCE_CLOSURE, 4, takeUtf32 >(
         qv___CharsetUtf32CharSourceClosureSort(), byteSource, flags, littleEndian, isFixed );
 }
 } // namespace
@@ -29,17 +29,17 @@ QV_CHAR_SOURCE *create( QV_BYTE_SOURCE *byteSource, QV_INT flags, QV_BOOL little
 QV_CHAR_SOURCE *qv___CharsetUtf32CharSourceCreate( QV_BYTE_SOURCE *byteSource, QV_INT flags )
 {
     QV_CHECK( byteSource );
-    return create( byteSource, flags, QV_TRUE, false );
+    return createUtf32Source( byteSource, flags, QV_TRUE, false );
 }
 
 QV_CHAR_SOURCE *qv___CharsetUtf32BECharSourceCreate( QV_BYTE_SOURCE *byteSource, QV_INT flags )
 {
     QV_CHECK( byteSource );
-    return create( byteSource, flags, QV_FALSE, true );
+    return createUtf32Source( byteSource, flags, QV_FALSE, true );
 }
 
 QV_CHAR_SOURCE *qv___CharsetUtf32LECharSourceCreate( QV_BYTE_SOURCE *byteSource, QV_INT flags )
 {
     QV_CHECK( byteSource );
-    return create( byteSource, flags, QV_TRUE, true );
+    return createUtf32Source( byteSource, flags, QV_TRUE, true );
 }

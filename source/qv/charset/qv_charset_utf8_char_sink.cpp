@@ -13,7 +13,7 @@ namespace
 {
 using Sink = QV___CHARSET_UTF8_CHAR_SINK_CLOSURE;
 
-QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
+QV_BOOL writeUtf8( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
 {
     Sink          *csc = static_cast< Sink * >( closure );
     const QV_CHAR *in  = chars;
@@ -31,13 +31,15 @@ QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
 
         QV_CHAR ch = *in++;
 
-        // No String holds such a value; this guards the bytes against everything else that writes.
+        // No String holds such a value, but a caller that does not go through one may write it.
         if( !QV_CHAR_OK( ch ) )
         {
-            if( csc->flags & QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER )
+            qv::Invalid invalid = qv::onInvalid( csc->flags );
+
+            if( invalid == qv::Invalid::FAIL )
                 return QV_FALSE;
 
-            if( csc->flags & QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS )
+            if( invalid == qv::Invalid::LEAVE_OUT )
                 continue;
 
             ch = qv::utf8::REPLACEMENT;
@@ -48,11 +50,6 @@ QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
 
         csc->cacheLength += qv::utf8::put( ch, csc->cache + csc->cacheLength );
     }
-}
-
-QV_BOOL write( QV_OBJ *closure, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount )
-{
-    return writeChars( closure, qv::chars( qvs ) + charOffset, charCount );
 }
 } // namespace
 
@@ -65,5 +62,5 @@ QV_CHAR_SINK *qv___CharsetUtf8CharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT fla
     if( flags & QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK )
         csc->cacheLength = qv::utf8::put( 0xFEFF, csc->cache );
 
-    return qv::createCharSink( write, writeChars, qv::flushCodecSink, csc.get() );
+    return qv::createCharSink( qv::writeString< writeUtf8 >, writeUtf8, qv::flushCodecSink, csc.get() );
 }

@@ -7,8 +7,8 @@ struct QV___CHARSET_UTF8_CHAR_SOURCE_CLOSURE : qv::CodecSource
 {
     QV_INT  state;
     QV_BOOL firstCharDone;
-    QV_CHAR value;   // of the sequence so far
-    QV_INT  missing; // bytes of it that have not come yet
+    QV_CHAR value;   // the bits of the sequence so far
+    QV_INT  missing; // how many bytes it still lacks
 };
 
 QV___FAMILY(
@@ -18,11 +18,12 @@ namespace
 {
 using Source = QV___CHARSET_UTF8_CHAR_SOURCE_CLOSURE;
 
-const QV_INT OUTSIDE         = 0; // of a sequence
+// Where the next byte is.
+const QV_INT OUTSIDE         = 0; // not inside a sequence
 const QV_INT INSIDE          = 1;
-const QV_INT RESYNCHRONISING = 2; // behind a bad sequence, up to its end
+const QV_INT RESYNCHRONISING = 2; // after a bad sequence, where further bytes of it are skipped
 
-// The character of a sequence, or the byte order mark.
+// Stores a character, unless it is the byte order mark.
 void putChar( Source *csc, QV_CHAR ch, bool fromSequence, QV_CHAR *&out )
 {
     bool mark =
@@ -34,7 +35,7 @@ void putChar( Source *csc, QV_CHAR ch, bool fromSequence, QV_CHAR *&out )
         *out++ = ch;
 }
 
-// Invalid input, which leads to a state; false when the read has to fail.
+// Treats input as invalid and goes to a state. False if the read has to fail.
 bool takeInvalid( Source *csc, QV_INT state, QV_CHAR *&out )
 {
     QV_CHAR *before = out;
@@ -50,12 +51,12 @@ bool takeInvalid( Source *csc, QV_INT state, QV_CHAR *&out )
     return true;
 }
 
-// Takes one byte in whatever state, and gives at most one character; false when the read has to fail.
+// Reads one byte, in any state, and stores at most one character. False if the read has to fail.
 bool takeByte( Source *csc, uint8_t byte, QV_CHAR *&out )
 {
     if( csc->state == INSIDE )
     {
-        // What breaks a sequence goes with it.
+        // The byte that breaks a sequence is lost with it.
         if( !qv::utf8::follows( byte ) )
             return takeInvalid( csc, RESYNCHRONISING, out );
 
@@ -92,14 +93,14 @@ bool takeByte( Source *csc, uint8_t byte, QV_CHAR *&out )
         return true;
     }
 
-    // The tail of a bad sequence has been paid for already.
+    // The bad sequence has been replaced already, and this byte belongs to it.
     if( csc->state == RESYNCHRONISING && qv::utf8::follows( byte ) )
         return true;
 
     return takeInvalid( csc, RESYNCHRONISING, out );
 }
 
-QV_BOOL readChars( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT *charsRead )
+QV_BOOL readUtf8( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT *charsRead )
 {
     Source *csc = static_cast< Source * >( closure );
     QV_BOOL ok  = QV_TRUE;
@@ -115,7 +116,7 @@ QV_BOOL readChars( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT 
             break;
         }
 
-        // A byte gives one character at most.
+        // A byte becomes one character at most.
         const uint8_t *in     = csc->cache + csc->cachePos;
         const uint8_t *inEnd  = csc->cache + csc->cacheLength;
         QV_CHAR       *outEnd = out + std::min( maxCharCount - *charsRead, csc->left() );
@@ -150,5 +151,5 @@ QV_CHAR_SOURCE *qv___CharsetUtf8CharSourceCreate( QV_BYTE_SOURCE *byteSource, QV
     csc->value         = 0;
     csc->missing       = 0;
 
-    return qv::createCharSource( qv::readString< readChars, 1 >, readChars, csc.get() );
+    return qv::createCharSource( qv::readString< readUtf8, 1 >, readUtf8, csc.get() );
 }

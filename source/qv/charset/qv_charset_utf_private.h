@@ -3,7 +3,7 @@
 
 #include "qv/runtime/qv_family.h"
 
-/* The closures of the streams. */
+/** The closures of the streams. */
 typedef struct QV___CHARSET_UTF8_CHAR_SINK_CLOSURE    QV___CHARSET_UTF8_CHAR_SINK_CLOSURE;
 typedef struct QV___CHARSET_UTF8_CHAR_SOURCE_CLOSURE  QV___CHARSET_UTF8_CHAR_SOURCE_CLOSURE;
 typedef struct QV___CHARSET_UTF16_CHAR_SINK_CLOSURE   QV___CHARSET_UTF16_CHAR_SINK_CLOSURE;
@@ -18,9 +18,10 @@ QV_FAMILY( ___CharsetUtf16CharSourceClosure, QV___CHARSET_UTF16_CHAR_SOURCE_CLOS
 QV_FAMILY( ___CharsetUtf32CharSinkClosure, QV___CHARSET_UTF32_CHAR_SINK_CLOSURE )
 QV_FAMILY( ___CharsetUtf32CharSourceClosure, QV___CHARSET_UTF32_CHAR_SOURCE_CLOSURE )
 
-/* New streams on top of a byte stream, which they retain. `flags` are QV_CHARSET_FLAG_... and normalised. The forms
-   without a byte order write little-endian, and read little-endian until a byte order mark says otherwise; the BE and
-   LE forms do not look for a mark. Null as the byte stream ends the process. */
+/* New streams on top of a byte stream, which they retain, owned by the caller. `flags` are normalised
+   QV_CHARSET_FLAG_... bits. The forms without BE or LE write little-endian; they read little-endian unless the data
+   begins with a byte order mark that says otherwise. The BE and LE forms have a fixed byte order, and a mark is a
+   character. Null as the byte stream ends the process. */
 
 QV_API QV_CHAR_SINK   *qv___CharsetUtf8CharSinkCreate( QV_BYTE_SINK *byteSink, QV_INT flags );
 QV_API QV_CHAR_SOURCE *qv___CharsetUtf8CharSourceCreate( QV_BYTE_SOURCE *byteSource, QV_INT flags );

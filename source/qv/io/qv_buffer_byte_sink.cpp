@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_buffer.h"
 #include "qv/io/qv_byte_sink_private.h"
+#include "qv/io/qv_stream_private.h"
 #include "qv/runtime/qv_ref.h"
 
 #include <algorithm>
@@ -14,13 +15,13 @@ struct QV_BUFFER_BYTE_SINK : QV_OBJ
 
 namespace
 {
-void freeFunc( QV_OBJ *thisObj )
+void freeBufferByteSink( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     qv::drop( qvBufferByteSinkFrom( thisObj )->buffer );
 }
 
-QV_BOOL write( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCount )
+QV_BOOL writeToBuffer( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCount )
 {
     QV_BUFFER_BYTE_SINK *bbs  = qvBufferByteSinkFrom( closure );
     QV_INT               fits = std::min( byteCount, qvBufferSpace( bbs->buffer ) );
@@ -30,7 +31,7 @@ QV_BOOL write( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCo
     return fits == byteCount;
 }
 
-QV_BOOL writeBytes( QV_OBJ *closure, const uint8_t *bytes, QV_INT byteCount )
+QV_BOOL writeBytesToBuffer( QV_OBJ *closure, const uint8_t *bytes, QV_INT byteCount )
 {
     QV_BUFFER_BYTE_SINK *bbs  = qvBufferByteSinkFrom( closure );
     QV_INT               fits = std::min( byteCount, qvBufferSpace( bbs->buffer ) );
@@ -39,14 +40,9 @@ QV_BOOL writeBytes( QV_OBJ *closure, const uint8_t *bytes, QV_INT byteCount )
 
     return fits == byteCount;
 }
-
-QV_BOOL flush( QV_OBJ * )
-{
-    return QV_TRUE;
-}
 } // namespace
 
-QV___FAMILY( BufferByteSink, QV_BUFFER_BYTE_SINK, freeFunc, nullptr, nullptr )
+QV___FAMILY( BufferByteSink, QV_BUFFER_BYTE_SINK, freeBufferByteSink, nullptr, nullptr )
 
 QV_BUFFER_BYTE_SINK *qvBufferByteSinkCreate( void )
 {
@@ -59,7 +55,7 @@ QV_BUFFER_BYTE_SINK *qvBufferByteSinkCreate( void )
 QV_BYTE_SINK *qvBufferByteSinkByteSink( QV_BUFFER_BYTE_SINK *bbs )
 {
     QV_CHECK( bbs );
-    return qv___ByteSinkCreateForBytes( write, writeBytes, flush, bbs );
+    return qv___ByteSinkCreateForBytes( writeToBuffer, writeBytesToBuffer, qv::flushNothing, bbs );
 }
 
 QV_BUFFER *qvBufferByteSinkBuffer( QV_BUFFER_BYTE_SINK *bbs )

@@ -6,8 +6,8 @@
         ... write to sink ...
         QV_BUFFER           *buf  = qvBufferByteSinkBuffer( bbs );
 
-    Writing fails only when the Buffer can't become longer; what fits has then been added. One thread at a time uses the
-    object and all sinks made from it. Null ends the process. */
+    A write fails only if the Buffer would become too long; what fits has then been appended. One thread at a time may
+    use the object and all sinks created from it. Null ends the process. */
 
 #ifndef QV_BUFFER_BYTE_SINK_H
 #define QV_BUFFER_BYTE_SINK_H
@@ -16,14 +16,15 @@
 
 QV_FAMILY( BufferByteSink, QV_BUFFER_BYTE_SINK )
 
-/** A new object with an empty Buffer. */
+/** A new object with an empty Buffer, owned by the caller. */
 QV_API QV_BUFFER_BYTE_SINK *qvBufferByteSinkCreate( void );
 
-/** A new byte sink that appends to the object's Buffer and retains the object. There may be several. */
+/** A new byte sink, owned by the caller, that appends to the object's Buffer and retains the object. Several may write
+    to the same object. */
 QV_API QV_BYTE_SINK *qvBufferByteSinkByteSink( QV_BUFFER_BYTE_SINK *bbs );
 
-/** Hands out what has been written and leaves an empty Buffer, so that a second call gives only what came in
-    between. What a layer above keeps in a cache is not there yet: flush that first. */
+/** Takes what has been written since the last call, as a Buffer that the caller owns; the object goes on with an empty
+    one. What a stream on top still keeps back is not in it: flush that one first. */
 QV_API QV_BUFFER *qvBufferByteSinkBuffer( QV_BUFFER_BYTE_SINK *bbs );
 
 #endif

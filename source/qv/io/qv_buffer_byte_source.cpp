@@ -10,19 +10,19 @@
 struct QV_BUFFER_BYTE_SOURCE : QV_OBJ
 {
     QV_BUFFER *buffer;
-    QV_INT     offset; // bytes given or passed over
+    QV_INT     offset; // bytes read or skipped
 };
 
 namespace
 {
-void freeFunc( QV_OBJ *thisObj )
+void freeBufferByteSource( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     qv::drop( qvBufferByteSourceFrom( thisObj )->buffer );
 }
 
-// Takes up to `maxByteCount` bytes: stores their number and gives their offset.
-QV_INT take( QV_BUFFER_BYTE_SOURCE *bbs, QV_INT maxByteCount, QV_INT *count )
+// Moves on by up to `maxByteCount` bytes: stores their number and returns the offset of the first.
+QV_INT takeBytes( QV_BUFFER_BYTE_SOURCE *bbs, QV_INT maxByteCount, QV_INT *count )
 {
     QV_INT sourceLength = qvBufferLength( bbs->buffer );
 
@@ -34,34 +34,34 @@ QV_INT take( QV_BUFFER_BYTE_SOURCE *bbs, QV_INT maxByteCount, QV_INT *count )
     return std::exchange( bbs->offset, bbs->offset + *count );
 }
 
-QV_BOOL read( QV_OBJ *closure, QV_BUFFER **buf, QV_INT maxByteCount, QV_INT *bytesRead )
+QV_BOOL readBuffer( QV_OBJ *closure, QV_BUFFER **buf, QV_INT maxByteCount, QV_INT *bytesRead )
 {
     QV_BUFFER_BYTE_SOURCE *bbs    = qvBufferByteSourceFrom( closure );
-    QV_INT                 offset = take( bbs, maxByteCount, bytesRead );
+    QV_INT                 offset = takeBytes( bbs, maxByteCount, bytesRead );
 
     qvBufferAppendInner( buf, bbs->buffer, offset, *bytesRead );
 
     return QV_TRUE;
 }
 
-QV_BOOL readBytes( QV_OBJ *closure, uint8_t *bytes, QV_INT maxByteCount, QV_INT *bytesRead )
+QV_BOOL readBufferBytes( QV_OBJ *closure, uint8_t *bytes, QV_INT maxByteCount, QV_INT *bytesRead )
 {
     QV_BUFFER_BYTE_SOURCE *bbs    = qvBufferByteSourceFrom( closure );
-    QV_INT                 offset = take( bbs, maxByteCount, bytesRead );
+    QV_INT                 offset = takeBytes( bbs, maxByteCount, bytesRead );
 
     qvBufferReadBytes( bbs->buffer, offset, bytes, *bytesRead );
 
     return QV_TRUE;
 }
 
-QV_BOOL skip( QV_OBJ *closure, QV_INT maxByteCount, QV_INT *bytesSkipped )
+QV_BOOL skipBuffer( QV_OBJ *closure, QV_INT maxByteCount, QV_INT *bytesSkipped )
 {
-    take( qvBufferByteSourceFrom( closure ), maxByteCount, bytesSkipped );
+    takeBytes( qvBufferByteSourceFrom( closure ), maxByteCount, bytesSkipped );
     return QV_TRUE;
 }
 } // namespace
 
-QV___FAMILY( BufferByteSource, QV_BUFFER_BYTE_SOURCE, freeFunc, nullptr, nullptr )
+QV___FAMILY( BufferByteSource, QV_BUFFER_BYTE_SOURCE, freeBufferByteSource, nullptr, nullptr )
 
 QV_BUFFER_BYTE_SOURCE *qvBufferByteSourceCreate( QV_BUFFER *src )
 {
@@ -77,7 +77,7 @@ QV_BUFFER_BYTE_SOURCE *qvBufferByteSourceCreate( QV_BUFFER *src )
 QV_BYTE_SOURCE *qvBufferByteSourceByteSource( QV_BUFFER_BYTE_SOURCE *bbs )
 {
     QV_CHECK( bbs );
-    return qv___ByteSourceCreateForBytes( read, readBytes, skip, bbs );
+    return qv___ByteSourceCreateForBytes( readBuffer, readBufferBytes, skipBuffer, bbs );
 }
 
 QV_BUFFER *qvBufferByteSourceBuffer( QV_BUFFER_BYTE_SOURCE *bbs )

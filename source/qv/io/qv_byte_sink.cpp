@@ -2,41 +2,26 @@
 
 #include "qv/base/qv_buffer.h"
 #include "qv/io/qv_byte_sink_private.h"
+#include "qv/io/qv_stream_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
 
-struct QV_BYTE_SINK : QV_OBJ
+struct QV_BYTE_SINK : qv::AnySink
 {
     QV___BYTE_SINK_WRITE_FUNC       writeFunc;
     QV___BYTE_SINK_WRITE_BYTES_FUNC writeBytesFunc; // or null
-    QV___BYTE_SINK_FLUSH_FUNC       flushFunc;
-    QV_OBJ                         *closure; // or null
-    QV_BOOL                         error;
 };
 
 namespace
 {
-// Notes how a callback went, and passes that on.
-QV_BOOL noted( QV_BYTE_SINK *sink, QV_BOOL ok )
-{
-    if( !ok )
-        sink->error = QV_TRUE;
-
-    return ok ? QV_TRUE : QV_FALSE;
-}
-
-void freeFunc( QV_OBJ *thisObj )
+void freeByteSink( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
-
-    QV_BYTE_SINK *sink = qvByteSinkFrom( thisObj );
-
-    qvByteSinkFlush( sink );
-    qv::drop( sink->closure );
+    qv::endSink( qvByteSinkFrom( thisObj ) );
 }
 } // namespace
 
-QV___FAMILY( ByteSink, QV_BYTE_SINK, freeFunc, nullptr, nullptr )
+QV___FAMILY( ByteSink, QV_BYTE_SINK, freeByteSink, nullptr, nullptr )
 
 QV_BYTE_SINK *qv___ByteSinkCreateForBytes(
     QV___BYTE_SINK_WRITE_FUNC writeFunc, QV___BYTE_SINK_WRITE_BYTES_FUNC writeBytesFunc,
@@ -45,12 +30,9 @@ QV_BYTE_SINK *qv___ByteSinkCreateForBytes(
     QV_CHECK( writeFunc );
     QV_CHECK( flushFunc );
 
-    QV_BYTE_SINK *sink   = qv::create< QV_BYTE_SINK >( qvByteSinkSort() );
+    QV_BYTE_SINK *sink   = qv::createSink< QV_BYTE_SINK >( qvByteSinkSort(), flushFunc, closure );
     sink->writeFunc      = writeFunc;
     sink->writeBytesFunc = writeBytesFunc;
-    sink->flushFunc      = flushFunc;
-    sink->closure        = qv::Ref< QV_OBJ >::share( closure ).give();
-    sink->error          = QV_FALSE;
 
     return sink;
 }
@@ -108,13 +90,7 @@ QV_BOOL qvByteSinkWriteInner( QV_BYTE_SINK *sink, QV_BUFFER *buf, QV_INT byteOff
 
     QV_CHECK( byteOffset + byteCount <= qvBufferLength( buf ) );
 
-    if( sink->error )
-        return QV_FALSE;
-
-    if( byteCount == 0 )
-        return QV_TRUE;
-
-    return noted( sink, sink->writeFunc( sink->closure, buf, byteOffset, byteCount ) );
+    return qv::writeRange( sink, buf, byteOffset, byteCount );
 }
 
 QV_BOOL qvByteSinkWriteOuter( QV_BYTE_SINK *sink, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCount )
@@ -134,16 +110,7 @@ QV_BOOL qvByteSinkWriteOuter( QV_BYTE_SINK *sink, QV_BUFFER *buf, QV_INT byteOff
 
     QV_CHECK_AS( tailOffset <= length, "byteOffset + byteCount <= qvBufferLength( buf )" );
 
-    if( sink->error )
-        return QV_FALSE;
-
-    if( byteOffset != 0 && !noted( sink, sink->writeFunc( sink->closure, buf, 0, byteOffset ) ) )
-        return QV_FALSE;
-
-    if( tailOffset == length )
-        return QV_TRUE;
-
-    return noted( sink, sink->writeFunc( sink->closure, buf, tailOffset, length - tailOffset ) );
+    return qv::writeAround( sink, buf, byteOffset, tailOffset, length );
 }
 
 QV_BOOL qvByteSinkWriteBytes( QV_BYTE_SINK *sink, const void *bytes, QV_INT byteCount )
@@ -158,21 +125,20 @@ QV_BOOL qvByteSinkWriteBytes( QV_BYTE_SINK *sink, const void *bytes, QV_INT byte
     if( byteCount == 0 )
         return QV_TRUE;
 
-    // A Buffer is what refuses more bytes than one can hold, whatever the sink could take.
+    // More bytes than a Buffer can hold end the process there, also where the sink could take them.
     if( sink->writeBytesFunc && byteCount <= QV_INT_MAX / 8 )
-        return noted( sink, sink->writeBytesFunc( sink->closure, static_cast< const uint8_t * >( bytes ), byteCount ) );
+    {
+        const uint8_t *array = static_cast< const uint8_t * >( bytes );
+        return qv::noteResult( sink, sink->writeBytesFunc( sink->closure, array, byteCount ) );
+    }
 
     qv::Ref< QV_BUFFER > buf( qvBufferCreateFromBytesCopy( bytes, byteCount ) );
 
-    return noted( sink, sink->writeFunc( sink->closure, buf, 0, byteCount ) );
+    return qv::writeRange( sink, buf.get(), 0, byteCount );
 }
 
 QV_BOOL qvByteSinkFlush( QV_BYTE_SINK *sink )
 {
     QV_CHECK( sink );
-
-    if( sink->error )
-        return QV_FALSE;
-
-    return noted( sink, sink->flushFunc( sink->closure ) );
+    return qv::flushSink( sink );
 }

@@ -2,42 +2,30 @@
 
 #include "qv/base/qv_buffer.h"
 #include "qv/io/qv_byte_source_private.h"
+#include "qv/io/qv_stream_private.h"
 #include "qv/runtime/qv_ref.h"
 
 #include <algorithm>
 
-struct QV_BYTE_SOURCE : QV_OBJ
+struct QV_BYTE_SOURCE : qv::AnySource
 {
     QV___BYTE_SOURCE_READ_FUNC       readFunc;
     QV___BYTE_SOURCE_READ_BYTES_FUNC readBytesFunc; // or null
     QV___BYTE_SOURCE_SKIP_FUNC       skipFunc;      // or null
-    QV_OBJ                          *closure;       // or null
-    QV_BOOL                          end;
-    QV_BOOL                          error;
 };
 
 namespace
 {
-// What a skip without a callback reads at once.
+// How many bytes a skip without a callback reads at a time.
 const QV_INT SKIP_BYTES = 4096;
 
-void freeFunc( QV_OBJ *thisObj )
+void freeByteSource( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     qv::drop( qvByteSourceFrom( thisObj )->closure );
 }
 
-// Notes how a callback went that had `limit` bytes to give or pass over.
-void note( QV_BYTE_SOURCE *source, QV_BOOL ok, QV_INT count, QV_INT limit )
-{
-    if( !ok || count < limit )
-        source->end = QV_TRUE;
-
-    if( !ok )
-        source->error = QV_TRUE;
-}
-
-// Of `limit` bytes, at least 1.
+// One call of the read callback, for at least 1 byte.
 QV_INT readOnce( QV_BYTE_SOURCE *source, QV_BUFFER **buf, QV_INT maxByteCount )
 {
     QV_INT  bytesRead = 0;
@@ -45,9 +33,8 @@ QV_INT readOnce( QV_BYTE_SOURCE *source, QV_BUFFER **buf, QV_INT maxByteCount )
 
     QV_CHECK( bytesRead >= 0 );
     QV_CHECK( bytesRead <= maxByteCount );
-    note( source, ok, bytesRead, maxByteCount );
 
-    return bytesRead;
+    return qv::noteCount( source, ok, bytesRead, maxByteCount );
 }
 
 QV_INT skipByReading( QV_BYTE_SOURCE *source, QV_INT maxByteCount )
@@ -65,7 +52,7 @@ QV_INT skipByReading( QV_BYTE_SOURCE *source, QV_INT maxByteCount )
 }
 } // namespace
 
-QV___FAMILY( ByteSource, QV_BYTE_SOURCE, freeFunc, nullptr, nullptr )
+QV___FAMILY( ByteSource, QV_BYTE_SOURCE, freeByteSource, nullptr, nullptr )
 
 QV_BYTE_SOURCE *qv___ByteSourceCreateForBytes(
     QV___BYTE_SOURCE_READ_FUNC readFunc, QV___BYTE_SOURCE_READ_BYTES_FUNC readBytesFunc,
@@ -73,13 +60,10 @@ QV_BYTE_SOURCE *qv___ByteSourceCreateForBytes(
 {
     QV_CHECK( readFunc );
 
-    QV_BYTE_SOURCE *source = qv::create< QV_BYTE_SOURCE >( qvByteSourceSort() );
+    QV_BYTE_SOURCE *source = qv::createSource< QV_BYTE_SOURCE >( qvByteSourceSort(), closure );
     source->readFunc       = readFunc;
     source->readBytesFunc  = readBytesFunc;
     source->skipFunc       = skipFunc;
-    source->closure        = qv::Ref< QV_OBJ >::share( closure ).give();
-    source->end            = QV_FALSE;
-    source->error          = QV_FALSE;
 
     return source;
 }
@@ -109,10 +93,7 @@ QV_INT qvByteSourceRead( QV_BYTE_SOURCE *source, QV_BUFFER **buf, QV_INT maxByte
     QV_CHECK( *buf );
     QV_CHECK( maxByteCount >= -1 );
 
-    if( source->end || maxByteCount == 0 )
-        return 0;
-
-    return readOnce( source, buf, maxByteCount == -1 ? QV_INT_MAX : maxByteCount );
+    return qv::isIdle( source, maxByteCount ) ? 0 : readOnce( source, buf, qv::limitOf( maxByteCount ) );
 }
 
 QV_INT qvByteSourceReadBytes( QV_BYTE_SOURCE *source, void *bytes, QV_INT maxByteCount )
@@ -121,11 +102,10 @@ QV_INT qvByteSourceReadBytes( QV_BYTE_SOURCE *source, void *bytes, QV_INT maxByt
     QV_CHECK( maxByteCount >= -1 );
     QV_CHECK( bytes || maxByteCount == 0 );
 
-    if( source->end || maxByteCount == 0 )
+    if( qv::isIdle( source, maxByteCount ) )
         return 0;
 
-    if( maxByteCount == -1 )
-        maxByteCount = QV_INT_MAX;
+    maxByteCount = qv::limitOf( maxByteCount );
 
     if( !source->readBytesFunc )
     {
@@ -142,9 +122,8 @@ QV_INT qvByteSourceReadBytes( QV_BYTE_SOURCE *source, void *bytes, QV_INT maxByt
 
     QV_CHECK( bytesRead >= 0 );
     QV_CHECK( bytesRead <= maxByteCount );
-    note( source, ok, bytesRead, maxByteCount );
 
-    return bytesRead;
+    return qv::noteCount( source, ok, bytesRead, maxByteCount );
 }
 
 QV_INT qvByteSourceSkip( QV_BYTE_SOURCE *source, QV_INT maxByteCount )
@@ -152,11 +131,10 @@ QV_INT qvByteSourceSkip( QV_BYTE_SOURCE *source, QV_INT maxByteCount )
     QV_CHECK( source );
     QV_CHECK( maxByteCount >= -1 );
 
-    if( source->end || maxByteCount == 0 )
+    if( qv::isIdle( source, maxByteCount ) )
         return 0;
 
-    if( maxByteCount == -1 )
-        maxByteCount = QV_INT_MAX;
+    maxByteCount = qv::limitOf( maxByteCount );
 
     if( !source->skipFunc )
         return skipByReading( source, maxByteCount );
@@ -166,7 +144,6 @@ QV_INT qvByteSourceSkip( QV_BYTE_SOURCE *source, QV_INT maxByteCount )
 
     QV_CHECK( bytesSkipped >= 0 );
     QV_CHECK( bytesSkipped <= maxByteCount );
-    note( source, ok, bytesSkipped, maxByteCount );
 
-    return bytesSkipped;
+    return qv::noteCount( source, ok, bytesSkipped, maxByteCount );
 }

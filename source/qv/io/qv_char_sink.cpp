@@ -3,49 +3,34 @@
 #include "qv/base/qv_string_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/io/qv_char_sink_private.h"
+#include "qv/io/qv_stream_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_chars_private.h"
 #include "qv/sys/qv_int.h"
 
-struct QV_CHAR_SINK : QV_OBJ
+struct QV_CHAR_SINK : qv::AnySink
 {
     QV___CHAR_SINK_WRITE_FUNC  writeFunc;
     qv::CharSinkWriteCharsFunc writeCharsFunc; // or null
-    QV___CHAR_SINK_FLUSH_FUNC  flushFunc;
-    QV_OBJ                    *closure; // or null
-    QV_BOOL                    error;
 };
 
 namespace
 {
-// Notes how a callback went, and passes that on.
-QV_BOOL noted( QV_CHAR_SINK *sink, QV_BOOL ok )
-{
-    if( !ok )
-        sink->error = QV_TRUE;
-
-    return ok ? QV_TRUE : QV_FALSE;
-}
-
-// Writes a text made for the call.
+// Writes a text that was created for the call, and releases it.
 QV_BOOL writeText( QV_CHAR_SINK *sink, QV_STRING *owned )
 {
     qv::Ref< QV_STRING > text( owned );
     return qvCharSinkWrite( sink, text );
 }
 
-void freeFunc( QV_OBJ *thisObj )
+void freeCharSink( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
-
-    QV_CHAR_SINK *sink = qvCharSinkFrom( thisObj );
-
-    qvCharSinkFlush( sink );
-    qv::drop( sink->closure );
+    qv::endSink( qvCharSinkFrom( thisObj ) );
 }
 } // namespace
 
-QV___FAMILY( CharSink, QV_CHAR_SINK, freeFunc, nullptr, nullptr )
+QV___FAMILY( CharSink, QV_CHAR_SINK, freeCharSink, nullptr, nullptr )
 
 QV_CHAR_SINK *qv::createCharSink(
     QV___CHAR_SINK_WRITE_FUNC writeFunc, CharSinkWriteCharsFunc writeCharsFunc, QV___CHAR_SINK_FLUSH_FUNC flushFunc,
@@ -54,12 +39,9 @@ QV_CHAR_SINK *qv::createCharSink(
     QV_CHECK( writeFunc );
     QV_CHECK( flushFunc );
 
-    QV_CHAR_SINK *sink   = create< QV_CHAR_SINK >( qvCharSinkSort() );
+    QV_CHAR_SINK *sink   = createSink< QV_CHAR_SINK >( qvCharSinkSort(), flushFunc, closure );
     sink->writeFunc      = writeFunc;
     sink->writeCharsFunc = writeCharsFunc;
-    sink->flushFunc      = flushFunc;
-    sink->closure        = Ref< QV_OBJ >::share( closure ).give();
-    sink->error          = QV_FALSE;
 
     return sink;
 }
@@ -117,13 +99,7 @@ QV_BOOL qvCharSinkWriteInner( QV_CHAR_SINK *sink, QV_STRING *qvs, QV_INT charOff
 
     QV_CHECK_AS( charOffset + charCount <= qvs->length, "charOffset + charCount <= qvStringLength( qvs )" );
 
-    if( sink->error )
-        return QV_FALSE;
-
-    if( charCount == 0 )
-        return QV_TRUE;
-
-    return noted( sink, sink->writeFunc( sink->closure, qvs, charOffset, charCount ) );
+    return qv::writeRange( sink, qvs, charOffset, charCount );
 }
 
 QV_BOOL qvCharSinkWriteOuter( QV_CHAR_SINK *sink, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount )
@@ -143,16 +119,7 @@ QV_BOOL qvCharSinkWriteOuter( QV_CHAR_SINK *sink, QV_STRING *qvs, QV_INT charOff
 
     QV_CHECK_AS( tailOffset <= length, "charOffset + charCount <= qvStringLength( qvs )" );
 
-    if( sink->error )
-        return QV_FALSE;
-
-    if( charOffset != 0 && !noted( sink, sink->writeFunc( sink->closure, qvs, 0, charOffset ) ) )
-        return QV_FALSE;
-
-    if( tailOffset == length )
-        return QV_TRUE;
-
-    return noted( sink, sink->writeFunc( sink->closure, qvs, tailOffset, length - tailOffset ) );
+    return qv::writeAround( sink, qvs, charOffset, tailOffset, length );
 }
 
 QV_BOOL qvCharSinkWriteChars( QV_CHAR_SINK *sink, const QV_CHAR *chars, QV_INT charCount )
@@ -167,11 +134,12 @@ QV_BOOL qvCharSinkWriteChars( QV_CHAR_SINK *sink, const QV_CHAR *chars, QV_INT c
     if( charCount == 0 )
         return QV_TRUE;
 
-    // A String is what refuses values that are no characters, whatever the sink could take.
+    // Values that are no characters end the process when a String is created of them, also where the sink could take
+    // them.
     if( !sink->writeCharsFunc || !qv::allCharsOk( chars, charCount ) )
         return writeText( sink, qvStringCreateFromCharsCopy( chars, charCount ) );
 
-    return noted( sink, sink->writeCharsFunc( sink->closure, chars, charCount ) );
+    return qv::noteResult( sink, sink->writeCharsFunc( sink->closure, chars, charCount ) );
 }
 
 QV_BOOL qvCharSinkWriteChar( QV_CHAR_SINK *sink, QV_CHAR ch )
@@ -191,32 +159,44 @@ QV_BOOL qvCharSinkWriteWcstr( QV_CHAR_SINK *sink, const wchar_t *text, QV_INT le
     return writeText( sink, qvStringCreateFromWcstr( text, length ) );
 }
 
-// The arguments behind `LAST` through one of the functions that format.
-#define WRITE_FORMATTED( LAST, FORMATTED )                                                                             \
-    QV_CHECK( sink );                                                                                                  \
-                                                                                                                       \
-    va_list argList;                                                                                                   \
-    va_start( argList, LAST );                                                                                         \
-    QV_STRING *text = FORMATTED;                                                                                       \
-    va_end( argList );                                                                                                 \
-                                                                                                                       \
+QV_BOOL qvCharSinkWriteFormat( QV_CHAR_SINK *sink, QV_STRING *fmt, ... )
+{
+    QV_CHECK( sink );
+
+    va_list argList;
+    va_start( argList, fmt );
+    QV_STRING *text = qvStringCreateFromFormatArgList( fmt, &argList );
+    va_end( argList );
+
     return writeText( sink, text );
+}
 
-QV_BOOL qvCharSinkWriteFormat( QV_CHAR_SINK *sink, QV_STRING *fmt, ... ){
-    WRITE_FORMATTED( fmt, qvStringCreateFromFormatArgList( fmt, &argList ) ) }
+QV_BOOL qvCharSinkWriteFormatCstr( QV_CHAR_SINK *sink, const char *fmt, QV_INT fmtLength, ... )
+{
+    QV_CHECK( sink );
 
-QV_BOOL qvCharSinkWriteFormatCstr( QV_CHAR_SINK *sink, const char *fmt, QV_INT fmtLength, ... ){
-    WRITE_FORMATTED( fmtLength, qvStringCreateFromFormatCstrArgList( fmt, fmtLength, &argList ) ) }
+    va_list argList;
+    va_start( argList, fmtLength );
+    QV_STRING *text = qvStringCreateFromFormatCstrArgList( fmt, fmtLength, &argList );
+    va_end( argList );
 
-QV_BOOL qvCharSinkWriteFormatWcstr( QV_CHAR_SINK *sink, const wchar_t *fmt, QV_INT fmtLength, ... ){
-    WRITE_FORMATTED( fmtLength, qvStringCreateFromFormatWcstrArgList( fmt, fmtLength, &argList ) ) }
+    return writeText( sink, text );
+}
+
+QV_BOOL qvCharSinkWriteFormatWcstr( QV_CHAR_SINK *sink, const wchar_t *fmt, QV_INT fmtLength, ... )
+{
+    QV_CHECK( sink );
+
+    va_list argList;
+    va_start( argList, fmtLength );
+    QV_STRING *text = qvStringCreateFromFormatWcstrArgList( fmt, fmtLength, &argList );
+    va_end( argList );
+
+    return writeText( sink, text );
+}
 
 QV_BOOL qvCharSinkFlush( QV_CHAR_SINK *sink )
 {
     QV_CHECK( sink );
-
-    if( sink->error )
-        return QV_FALSE;
-
-    return noted( sink, sink->flushFunc( sink->closure ) );
+    return qv::flushSink( sink );
 }

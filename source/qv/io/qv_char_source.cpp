@@ -3,55 +3,44 @@
 #include "qv/base/qv_string_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/io/qv_char_source_private.h"
+#include "qv/io/qv_stream_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_mem.h"
 
-struct QV_CHAR_SOURCE : QV_OBJ
+struct QV_CHAR_SOURCE : qv::AnySource
 {
     QV___CHAR_SOURCE_READ_FUNC  readFunc;
     qv::CharSourceReadCharsFunc readCharsFunc; // or null
-    QV_OBJ                     *closure;       // or null
-    QV_BOOL                     end;
-    QV_BOOL                     error;
 };
 
 namespace
 {
-void freeFunc( QV_OBJ *thisObj )
+void freeCharSource( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     qv::drop( qvCharSourceFrom( thisObj )->closure );
 }
 
-// Looks at how a callback went that had up to `maxCharCount` characters to give, and passes their number on.
-QV_INT noted( QV_CHAR_SOURCE *source, QV_BOOL ok, QV_INT charsRead, QV_INT maxCharCount )
+// Checks what a callback delivered, and sets the flags. Returns the number of characters.
+QV_INT noteChars( QV_CHAR_SOURCE *source, QV_BOOL ok, QV_INT charsRead, QV_INT maxCharCount )
 {
     QV_CHECK( charsRead >= 0 );
     QV_CHECK( charsRead <= maxCharCount );
 
-    if( !ok || charsRead < maxCharCount )
-        source->end = QV_TRUE;
-
-    if( !ok )
-        source->error = QV_TRUE;
-
-    return charsRead;
+    return qv::noteCount( source, ok, charsRead, maxCharCount );
 }
 } // namespace
 
-QV___FAMILY( CharSource, QV_CHAR_SOURCE, freeFunc, nullptr, nullptr )
+QV___FAMILY( CharSource, QV_CHAR_SOURCE, freeCharSource, nullptr, nullptr )
 
 QV_CHAR_SOURCE *qv::createCharSource(
     QV___CHAR_SOURCE_READ_FUNC readFunc, CharSourceReadCharsFunc readCharsFunc, QV_OBJ *closure )
 {
     QV_CHECK( readFunc );
 
-    QV_CHAR_SOURCE *source = create< QV_CHAR_SOURCE >( qvCharSourceSort() );
+    QV_CHAR_SOURCE *source = createSource< QV_CHAR_SOURCE >( qvCharSourceSort(), closure );
     source->readFunc       = readFunc;
     source->readCharsFunc  = readCharsFunc;
-    source->closure        = Ref< QV_OBJ >::share( closure ).give();
-    source->end            = QV_FALSE;
-    source->error          = QV_FALSE;
 
     return source;
 }
@@ -80,16 +69,15 @@ QV_INT qvCharSourceRead( QV_CHAR_SOURCE *source, QV_STRING **qvs, QV_INT maxChar
     QV_CHECK( *qvs );
     QV_CHECK( maxCharCount >= -1 );
 
-    if( source->end || maxCharCount == 0 )
+    if( qv::isIdle( source, maxCharCount ) )
         return 0;
 
-    if( maxCharCount == -1 )
-        maxCharCount = QV_INT_MAX;
+    maxCharCount = qv::limitOf( maxCharCount );
 
     QV_INT  charsRead = 0;
     QV_BOOL ok        = source->readFunc( source->closure, qvs, maxCharCount, &charsRead );
 
-    return noted( source, ok, charsRead, maxCharCount );
+    return noteChars( source, ok, charsRead, maxCharCount );
 }
 
 QV_INT qvCharSourceReadChars( QV_CHAR_SOURCE *source, QV_CHAR *chars, QV_INT maxCharCount )
@@ -98,7 +86,7 @@ QV_INT qvCharSourceReadChars( QV_CHAR_SOURCE *source, QV_CHAR *chars, QV_INT max
     QV_CHECK( maxCharCount >= -1 );
     QV_CHECK( chars || maxCharCount == 0 );
 
-    if( source->end || maxCharCount == 0 )
+    if( qv::isIdle( source, maxCharCount ) )
         return 0;
 
     if( !source->readCharsFunc )
@@ -114,11 +102,10 @@ QV_INT qvCharSourceReadChars( QV_CHAR_SOURCE *source, QV_CHAR *chars, QV_INT max
         return count;
     }
 
-    if( maxCharCount == -1 )
-        maxCharCount = QV_INT_MAX;
+    maxCharCount = qv::limitOf( maxCharCount );
 
     QV_INT  charsRead = 0;
     QV_BOOL ok        = source->readCharsFunc( source->closure, chars, maxCharCount, &charsRead );
 
-    return noted( source, ok, charsRead, maxCharCount );
+    return noteChars( source, ok, charsRead, maxCharCount );
 }

@@ -19,7 +19,7 @@ QV_BYTE_SOURCE *qvFileOpenByteSource( QV_STRING *fn )
     return qv___FileOpenByteSource( fn );
 }
 
-// The layered opens look at all that they are given first: a file is touched only by a call that is in order.
+// A layered open checks all of its arguments first: a call that breaks the contract does not touch the file.
 QV_CHAR_SOURCE *qvFileOpenCharSource( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags )
 {
     QV_CHECK( fn );
@@ -83,7 +83,7 @@ QV_BUFFER *qvFileReadBuffer( QV_STRING *fn, QV_INT maxBytes )
     qv::Ref< QV_BUFFER > result( qvBufferCreate() );
     qvByteSourceRead( source, result.at(), maxBytes );
 
-    // One byte more tells a file of exactly this length from a longer one.
+    // Reading one byte more tells a file of exactly `maxBytes` bytes from a longer one.
     uint8_t further;
     qvByteSourceReadBytes( source, &further, 1 );
 
@@ -108,20 +108,29 @@ QV_BOOL qvFileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf )
 
 /* Files and directories ------------------------------------------------------------------------------------------ */
 
-#define FORWARD( TYPE, Name )                                                                                          \
-    TYPE qv##Name( QV_STRING *fn )                                                                                     \
-    {                                                                                                                  \
-        QV_CHECK( fn );                                                                                                \
-        return qv___##Name( fn );                                                                                      \
-    }
+QV_BOOL qvFileExists( QV_STRING *fn )
+{
+    QV_CHECK( fn );
+    return qv___FileExists( fn );
+}
 
-FORWARD( QV_BOOL, FileExists )
-FORWARD( QV_INT, FileSize )
-FORWARD( QV_BOOL, FileIsDirectory )
-FORWARD( QV_BOOL, FileDelete )
-FORWARD( QV_BOOL, FileCreateDirectory )
-FORWARD( QV_BOOL, FileDeleteDirectory )
-FORWARD( QV_BOOL, FileDeleteDirectoryRecursive )
+QV_INT qvFileSize( QV_STRING *fn )
+{
+    QV_CHECK( fn );
+    return qv___FileSize( fn );
+}
+
+QV_BOOL qvFileIsDirectory( QV_STRING *fn )
+{
+    QV_CHECK( fn );
+    return qv___FileIsDirectory( fn );
+}
+
+QV_BOOL qvFileDelete( QV_STRING *fn )
+{
+    QV_CHECK( fn );
+    return qv___FileDelete( fn );
+}
 
 QV_BOOL qvFileRename( QV_STRING *fn, QV_STRING *newFn )
 {
@@ -129,6 +138,24 @@ QV_BOOL qvFileRename( QV_STRING *fn, QV_STRING *newFn )
     QV_CHECK( newFn );
 
     return qv___FileRename( fn, newFn );
+}
+
+QV_BOOL qvFileCreateDirectory( QV_STRING *fn )
+{
+    QV_CHECK( fn );
+    return qv___FileCreateDirectory( fn );
+}
+
+QV_BOOL qvFileDeleteDirectory( QV_STRING *fn )
+{
+    QV_CHECK( fn );
+    return qv___FileDeleteDirectory( fn );
+}
+
+QV_BOOL qvFileDeleteDirectoryRecursive( QV_STRING *fn )
+{
+    QV_CHECK( fn );
+    return qv___FileDeleteDirectoryRecursive( fn );
 }
 
 QV_VECTOR *qvDirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, QV_STRING *suffix )
@@ -139,10 +166,17 @@ QV_VECTOR *qvDirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, QV_STRI
 
 /* The text of paths ---------------------------------------------------------------------------------------------- */
 
-FORWARD( QV_STRING *, FileDirName )
-FORWARD( QV_STRING *, FileBaseName )
+QV_STRING *qvFileDirName( QV_STRING *fn )
+{
+    QV_CHECK( fn );
+    return qv___FileDirName( fn );
+}
 
-#undef FORWARD
+QV_STRING *qvFileBaseName( QV_STRING *fn )
+{
+    QV_CHECK( fn );
+    return qv___FileBaseName( fn );
+}
 
 QV_STRING *qvFileExtensionName( QV_STRING *fn )
 {

@@ -3,7 +3,8 @@
 
 #include "qv/sys/qv_types.h"
 
-/** What each platform implements for qv_file.h. Null names are refused above; everything else is told there. */
+/** The functions of qv_file.h as each platform implements them. qv_file.cpp has checked that no name is null; otherwise
+    the comments of qv_file.h apply. */
 QV_API QV_BYTE_SOURCE *qv___FileOpenByteSource( QV_STRING *fn );
 QV_API QV_BYTE_SINK   *qv___FileOpenByteSink( QV_STRING *fn );
 QV_API QV_BOOL         qv___FileExists( QV_STRING *fn );
@@ -25,10 +26,10 @@ QV_API QV_STRING      *qv___GetExecutablePath( void );
 #ifdef __cplusplus
 namespace qv
 {
-/** Deletes what the directory of an open descriptor holds, with everything below it, and closes the descriptor. Links
-    go; what they lead to stays. Neither the depth nor the length of the names counts: three descriptors are open at
-    most, and each entry is looked at once. False if a directory below is left; other files that are left do not show.
-    */
+/** Deletes everything in the directory of an open descriptor, and closes the descriptor. Links are deleted themselves;
+    what they point to stays. Depth and length of the names are not limited: at most three descriptors are open, and
+    each entry is looked at once. False if a directory below is left. A file that is left does not make the result
+    false: the directory that holds it cannot be deleted, and that shows. */
 bool deleteTreeContent( int directory );
 } // namespace qv
 #endif

@@ -11,8 +11,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-/* A tree is deleted with one directory open at a time. The way back up is the entry `..`, which is compared with what
-   was noted on the way down. Names wait on a stack, so that each directory is read once, whatever cannot be deleted. */
+/* A tree is deleted with one directory open at a time. The way back up is the entry `..`; its device and inode are
+   compared with those noted on the way down. The names of the entries wait on a stack, so that each directory is read
+   once, also if some of its entries cannot be deleted. */
 
 namespace
 {
@@ -68,12 +69,12 @@ private:
     QV_INT capacity_ = 0;
 };
 
-// A directory that the walk is in, from the outermost one on.
+// One of the directories from the outermost to the current one.
 struct Level
 {
     dev_t  device;
     ino_t  inode;
-    QV_INT names; // where the names of its entries start
+    QV_INT names; // offset of its entries' names in the stack of names
 };
 
 class TreeWalk
@@ -124,7 +125,7 @@ private:
         return levels_[levels_.length() - 1];
     }
 
-    // Notes the current directory and its entries.
+    // Pushes the current directory and the names of its entries.
     void enter( const struct stat &status )
     {
         Level level = { status.st_dev, status.st_ino, names_.length() };
@@ -138,7 +139,7 @@ private:
             if( copy != -1 )
                 close( copy );
 
-            return; // what it holds makes its own deletion fail
+            return; // if it has entries, its own deletion will fail
         }
 
         while( const dirent *entry = readdir( dir ) )
@@ -148,7 +149,7 @@ private:
         closedir( dir );
     }
 
-    // The last name that waits, at its place on the stack.
+    // The offset of the last name on the stack.
     QV_INT lastName()
     {
         QV_INT at = names_.length() - 1;
@@ -164,7 +165,7 @@ private:
         names_.cut( lastName() );
     }
 
-    // Deletes the last entry, or goes into it.
+    // Deletes the last entry, or enters it if it is a directory.
     void takeEntry()
     {
         const char *name = &names_[lastName()];
@@ -172,7 +173,7 @@ private:
 
         if( fstatat( directory_, name, &status, AT_SYMLINK_NOFOLLOW ) != 0 || !S_ISDIR( status.st_mode ) )
         {
-            unlinkat( directory_, name, 0 ); // what stays makes the directory's own deletion fail
+            unlinkat( directory_, name, 0 ); // if this fails, the deletion of the directory will too
             forgetEntry();
             return;
         }
@@ -180,7 +181,7 @@ private:
         int         next = openat( directory_, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC );
         struct stat back;
 
-        // Without a way back there is nothing in it that could be deleted either.
+        // Without a way back nothing in it could be deleted: it can only go as an empty directory.
         if( next == -1 || fstatat( next, "..", &back, 0 ) != 0 || back.st_dev != level().device
             || back.st_ino != level().inode )
         {
@@ -205,7 +206,7 @@ private:
         forgetEntry();
     }
 
-    // Goes up again and deletes the directory that it comes from.
+    // Goes up to the parent and deletes the directory that it has left.
     bool leave()
     {
         levels_.cut( levels_.length() - 1 );
@@ -226,7 +227,7 @@ private:
     int            directory_; // the current one
     bool           ok_ = true;
     Stack< Level > levels_;
-    Stack< char >  names_; // of all levels, each with its zero
+    Stack< char >  names_; // of all levels, each with its terminator
 };
 } // namespace
 

@@ -22,13 +22,13 @@
 
 namespace
 {
-const QV_INT PIECE          = 1024; // bytes that go through the stack at a time
+const QV_INT PIECE          = 1024; // bytes of the array on the stack
 const QV_INT READ_AT_ONCE   = 65536;
 const mode_t DIRECTORY_MODE = 0711;
 const size_t MAX_EXECUTABLE = 4096;
 
-// A name as the operating system takes it. One with a zero inside would be cut there and mean another file; it becomes
-// the empty name, which nothing has and every call refuses.
+// A name in the form that the operating system takes. A name that contains U+0000 would be cut there and mean another
+// file; it becomes the empty name, which every call refuses.
 class Name : public qv::Cstr
 {
 public:
@@ -39,13 +39,13 @@ public:
     }
 };
 
-FILE *file( QV_OBJ *closure )
+FILE *fileOf( QV_OBJ *closure )
 {
     return static_cast< FILE * >( qv___BoxedPointerValue( qv___BoxedPointerFrom( closure ) ) );
 }
 
-// Opens a file as an object that closes it when it ends; null on failure.
-qv::Ref< QV___BOXED_POINTER > open( QV_STRING *fn, const char *mode )
+// Opens a file as an object that closes it when it is freed. Null if that fails.
+qv::Ref< QV___BOXED_POINTER > openFile( QV_STRING *fn, const char *mode )
 {
     FILE *fptr = fopen( Name( fn ), mode );
 
@@ -54,7 +54,7 @@ qv::Ref< QV___BOXED_POINTER > open( QV_STRING *fn, const char *mode )
              : nullptr );
 }
 
-// Reads up to `wanted` bytes. A short result is the end of the data or an error: a signal alone does not end a read.
+// Reads up to `wanted` bytes. Fewer mean the end of the data or an error; a signal does not end the read.
 QV_INT readPiece( FILE *fptr, uint8_t *bytes, QV_INT wanted )
 {
     QV_INT got = 0;
@@ -71,7 +71,7 @@ QV_INT readPiece( FILE *fptr, uint8_t *bytes, QV_INT wanted )
     }
 }
 
-// Reads piece by piece until `byteCount` bytes have come or there are no more, and hands on each piece.
+// Reads up to `byteCount` bytes piece by piece and calls `take` with each piece.
 template< class Take >
 QV_BOOL readPieces( FILE *fptr, QV_INT byteCount, QV_INT *bytesRead, Take take )
 {
@@ -100,7 +100,7 @@ QV_BOOL readPieces( FILE *fptr, QV_INT byteCount, QV_INT *bytesRead, Take take )
 QV_BOOL readFile( QV_OBJ *closure, QV_BUFFER **buf, QV_INT byteCount, QV_INT *bytesRead )
 {
     return readPieces(
-        file( closure ), byteCount, bytesRead,
+        fileOf( closure ), byteCount, bytesRead,
         [buf]( const uint8_t *bytes, QV_INT count ) { qvBufferAppendBytes( buf, bytes, count ); } );
 }
 
@@ -108,10 +108,10 @@ QV_BOOL readFileBytes( QV_OBJ *closure, uint8_t *bytes, QV_INT byteCount, QV_INT
 {
     QV_CHECK( byteCount > 0 );
 
-    FILE *fptr = file( closure );
+    FILE *fptr = fileOf( closure );
 
-    // The limit may be far above the size of the array, where the caller knows that no more can come. The operating
-    // system refuses to read so much at once.
+    // The limit may be far above the size of the array if the caller knows that the data is shorter, and above what the
+    // operating system reads in one call.
     while( *bytesRead < byteCount )
     {
         QV_INT wanted = qvIntMin( byteCount - *bytesRead, READ_AT_ONCE );
@@ -127,14 +127,14 @@ QV_BOOL readFileBytes( QV_OBJ *closure, uint8_t *bytes, QV_INT byteCount, QV_INT
 
 QV_BOOL skipFile( QV_OBJ *closure, QV_INT byteCount, QV_INT *bytesSkipped )
 {
-    return readPieces( file( closure ), byteCount, bytesSkipped, []( const uint8_t *, QV_INT ) {} );
+    return readPieces( fileOf( closure ), byteCount, bytesSkipped, []( const uint8_t *, QV_INT ) {} );
 }
 
 QV_BOOL writeFile( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCount )
 {
     QV_CHECK( byteCount > 0 );
 
-    FILE   *fptr = file( closure );
+    FILE   *fptr = fileOf( closure );
     uint8_t bytes[PIECE];
 
     while( byteCount > 0 )
@@ -154,7 +154,7 @@ QV_BOOL writeFile( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT by
 
 QV_BOOL flushFile( QV_OBJ *closure )
 {
-    return fflush( file( closure ) ) == 0 ? QV_TRUE : QV_FALSE;
+    return fflush( fileOf( closure ) ) == 0 ? QV_TRUE : QV_FALSE;
 }
 
 QV_BOOL succeeded( int result )
@@ -172,7 +172,7 @@ QV_STRING *fromCstr( const char *text )
 
 QV_BYTE_SOURCE *qv___FileOpenByteSource( QV_STRING *fn )
 {
-    qv::Ref< QV___BOXED_POINTER > opened = open( fn, "rb" );
+    qv::Ref< QV___BOXED_POINTER > opened = openFile( fn, "rb" );
 
     return opened ? qv___ByteSourceCreateForBytes( readFile, readFileBytes, skipFile, qv::obj( opened.get() ) )
                   : nullptr;
@@ -180,7 +180,7 @@ QV_BYTE_SOURCE *qv___FileOpenByteSource( QV_STRING *fn )
 
 QV_BYTE_SINK *qv___FileOpenByteSink( QV_STRING *fn )
 {
-    qv::Ref< QV___BOXED_POINTER > opened = open( fn, "wb" );
+    qv::Ref< QV___BOXED_POINTER > opened = openFile( fn, "wb" );
 
     return opened ? qv___ByteSinkCreate( writeFile, flushFile, qv::obj( opened.get() ) ) : nullptr;
 }
@@ -230,20 +230,20 @@ QV_BOOL qv___FileDeleteDirectoryRecursive( QV_STRING *fn )
     Name   name( fn );
     size_t length = strlen( name );
 
-    // With a delimiter behind it, the name of a link would mean what the link leads to.
+    // With a trailing delimiter, the name of a link would mean the directory that the link points to.
     while( length > 1 && name[length - 1] == '/' )
         name[--length] = '\0';
 
-    // What can never be deleted itself keeps what it holds too.
+    // A directory that can never be deleted keeps its content too.
     const char *slash = strrchr( name, '/' );
     const char *last  = slash ? slash + 1 : static_cast< const char * >( name );
 
     if( *last == '\0' || strcmp( last, "." ) == 0 || strcmp( last, ".." ) == 0 )
         return QV_FALSE;
 
-    int directory = ::open( name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC );
+    int directory = open( name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC );
 
-    // Without the right to look into it, it goes if it is empty; rmdir() refuses links and files.
+    // If it cannot be opened, rmdir() still deletes it if it is an empty directory, and refuses links and files.
     bool ok = directory == -1 || qv::deleteTreeContent( directory );
 
     return succeeded( rmdir( name ) ) && ok ? QV_TRUE : QV_FALSE;
@@ -300,8 +300,9 @@ QV_CHAR charAt( QV_STRING *fn, QV_INT index )
     return qvStringCharAt( fn, index );
 }
 
-// The last place in front of `end` that has a delimiter or has none, plus 1; 0 without one.
-QV_INT behindLast( QV_STRING *fn, QV_INT end, bool delimiter )
+// The index after the last character before `end` that is a delimiter, or that is none. 0 if there is no such
+// character.
+QV_INT afterLast( QV_STRING *fn, QV_INT end, bool delimiter )
 {
     while( end > 0 && ( charAt( fn, end - 1 ) == U'/' ) != delimiter )
         end--;
@@ -310,11 +311,11 @@ QV_INT behindLast( QV_STRING *fn, QV_INT end, bool delimiter )
 }
 } // namespace
 
-// Both as dirname() and basename() of POSIX have it, on the whole of the text.
+// These follow dirname() and basename() of POSIX.
 QV_STRING *qv___FileDirName( QV_STRING *fn )
 {
-    QV_INT base = behindLast( fn, behindLast( fn, qvStringLength( fn ), false ), true ); // where the base name starts
-    QV_INT end  = behindLast( fn, base, false );
+    QV_INT base = afterLast( fn, afterLast( fn, qvStringLength( fn ), false ), true ); // where the base name starts
+    QV_INT end  = afterLast( fn, base, false );
 
     if( end > 0 )
         return qvStringCreateFromLeading( fn, end );
@@ -324,14 +325,14 @@ QV_STRING *qv___FileDirName( QV_STRING *fn )
     while( slashes < qvStringLength( fn ) && charAt( fn, slashes ) == U'/' )
         slashes++;
 
-    // Two in front, and no more, may be something of their own and stay.
+    // POSIX lets exactly two slashes at the start have a meaning of their own, so they stay.
     return fromCstr( slashes == 0 ? "." : slashes == 2 ? "//" : "/" );
 }
 
 QV_STRING *qv___FileBaseName( QV_STRING *fn )
 {
-    QV_INT end  = behindLast( fn, qvStringLength( fn ), false );
-    QV_INT base = behindLast( fn, end, true );
+    QV_INT end  = afterLast( fn, qvStringLength( fn ), false );
+    QV_INT base = afterLast( fn, end, true );
 
     if( end > 0 )
         return qvStringCreateFromInner( fn, base, end - base );

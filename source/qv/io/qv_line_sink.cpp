@@ -4,45 +4,39 @@
 #include "qv/base/qv_vector.h"
 #include "qv/base/qv_vector_private.h"
 #include "qv/io/qv_line_sink_private.h"
+#include "qv/io/qv_stream_private.h"
 #include "qv/runtime/qv_ref.h"
 
-struct QV_LINE_SINK : QV_OBJ
+struct QV_LINE_SINK : qv::AnySink
 {
     QV___LINE_SINK_WRITE_FUNC writeFunc;
-    QV___LINE_SINK_FLUSH_FUNC flushFunc;
-    QV_OBJ                   *closure; // or null
-    QV_BOOL                   error;
     QV_INT                    linesWritten;
 };
 
 namespace
 {
-// Writes a line made for the call.
+// Writes a line that was created for the call, and releases it.
 QV_BOOL writeLine( QV_LINE_SINK *sink, QV_STRING *owned )
 {
     qv::Ref< QV_STRING > line( owned );
     return qvLineSinkWrite( sink, line );
 }
 
-// Writes lines collected for the call.
+// Writes lines that were collected for the call, and releases them.
 QV_BOOL writeLines( QV_LINE_SINK *sink, QV_VECTOR *owned )
 {
     qv::Ref< QV_VECTOR > lines( owned );
     return qvLineSinkWriteLines( sink, lines );
 }
 
-void freeFunc( QV_OBJ *thisObj )
+void freeLineSink( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
-
-    QV_LINE_SINK *sink = qvLineSinkFrom( thisObj );
-
-    qvLineSinkFlush( sink );
-    qv::drop( sink->closure );
+    qv::endSink( qvLineSinkFrom( thisObj ) );
 }
 } // namespace
 
-QV___FAMILY( LineSink, QV_LINE_SINK, freeFunc, nullptr, nullptr )
+QV___FAMILY( LineSink, QV_LINE_SINK, freeLineSink, nullptr, nullptr )
 
 QV_LINE_SINK *qv___LineSinkCreate(
     QV___LINE_SINK_WRITE_FUNC writeFunc, QV___LINE_SINK_FLUSH_FUNC flushFunc, QV_OBJ *closure )
@@ -50,11 +44,8 @@ QV_LINE_SINK *qv___LineSinkCreate(
     QV_CHECK( writeFunc );
     QV_CHECK( flushFunc );
 
-    QV_LINE_SINK *sink = qv::create< QV_LINE_SINK >( qvLineSinkSort() );
+    QV_LINE_SINK *sink = qv::createSink< QV_LINE_SINK >( qvLineSinkSort(), flushFunc, closure );
     sink->writeFunc    = writeFunc;
-    sink->flushFunc    = flushFunc;
-    sink->closure      = qv::Ref< QV_OBJ >::share( closure ).give();
-    sink->error        = QV_FALSE;
     sink->linesWritten = 0;
 
     return sink;
@@ -77,14 +68,8 @@ QV_BOOL qvLineSinkWrite( QV_LINE_SINK *sink, QV_STRING *line )
     QV_CHECK( sink );
     QV_CHECK( line );
 
-    if( sink->error )
+    if( sink->error || !qv::noteResult( sink, sink->writeFunc( sink->closure, line ) ) )
         return QV_FALSE;
-
-    if( !sink->writeFunc( sink->closure, line ) )
-    {
-        sink->error = QV_TRUE;
-        return QV_FALSE;
-    }
 
     if( sink->linesWritten < QV_INT_MAX )
         sink->linesWritten++;
@@ -92,55 +77,77 @@ QV_BOOL qvLineSinkWrite( QV_LINE_SINK *sink, QV_STRING *line )
     return QV_TRUE;
 }
 
-// The forms that build their line first.
-#define WRITE_LINE( PARAMETERS, LINE )                                                                                 \
-    PARAMETERS                                                                                                         \
-    {                                                                                                                  \
-        QV_CHECK( sink );                                                                                              \
-        return writeLine( sink, LINE );                                                                                \
-    }
+QV_BOOL qvLineSinkWriteLeading( QV_LINE_SINK *sink, QV_STRING *qvs, QV_INT count )
+{
+    QV_CHECK( sink );
+    return writeLine( sink, qvStringCreateFromLeading( qvs, count ) );
+}
 
-#define WRITE_LINES( PARAMETERS, LINES )                                                                               \
-    PARAMETERS                                                                                                         \
-    {                                                                                                                  \
-        QV_CHECK( sink );                                                                                              \
-        return writeLines( sink, LINES );                                                                              \
-    }
+QV_BOOL qvLineSinkWriteTrailing( QV_LINE_SINK *sink, QV_STRING *qvs, QV_INT count )
+{
+    QV_CHECK( sink );
+    return writeLine( sink, qvStringCreateFromTrailing( qvs, count ) );
+}
 
-// The arguments behind `LAST` through one of the functions that format.
-#define WRITE_FORMATTED( LAST, FORMATTED )                                                                             \
-    QV_CHECK( sink );                                                                                                  \
-                                                                                                                       \
-    va_list argList;                                                                                                   \
-    va_start( argList, LAST );                                                                                         \
-    QV_STRING *line = FORMATTED;                                                                                       \
-    va_end( argList );                                                                                                 \
-                                                                                                                       \
+QV_BOOL qvLineSinkWriteInner( QV_LINE_SINK *sink, QV_STRING *qvs, QV_INT offset, QV_INT count )
+{
+    QV_CHECK( sink );
+    return writeLine( sink, qvStringCreateFromInner( qvs, offset, count ) );
+}
+
+QV_BOOL qvLineSinkWriteOuter( QV_LINE_SINK *sink, QV_STRING *qvs, QV_INT offset, QV_INT count )
+{
+    QV_CHECK( sink );
+    return writeLine( sink, qvStringCreateFromOuter( qvs, offset, count ) );
+}
+
+QV_BOOL qvLineSinkWriteCstr( QV_LINE_SINK *sink, const char *text, QV_INT length )
+{
+    QV_CHECK( sink );
+    return writeLine( sink, qvStringCreateFromCstr( text, length ) );
+}
+
+QV_BOOL qvLineSinkWriteWcstr( QV_LINE_SINK *sink, const wchar_t *text, QV_INT length )
+{
+    QV_CHECK( sink );
+    return writeLine( sink, qvStringCreateFromWcstr( text, length ) );
+}
+
+QV_BOOL qvLineSinkWriteFormat( QV_LINE_SINK *sink, QV_STRING *fmt, ... )
+{
+    QV_CHECK( sink );
+
+    va_list argList;
+    va_start( argList, fmt );
+    QV_STRING *line = qvStringCreateFromFormatArgList( fmt, &argList );
+    va_end( argList );
+
     return writeLine( sink, line );
+}
 
-// clang-format off
-WRITE_LINE( QV_BOOL qvLineSinkWriteLeading( QV_LINE_SINK *sink, QV_STRING *qvs, QV_INT count ),
-            qvStringCreateFromLeading( qvs, count ) )
-WRITE_LINE( QV_BOOL qvLineSinkWriteTrailing( QV_LINE_SINK *sink, QV_STRING *qvs, QV_INT count ),
-            qvStringCreateFromTrailing( qvs, count ) )
-WRITE_LINE( QV_BOOL qvLineSinkWriteInner( QV_LINE_SINK *sink, QV_STRING *qvs, QV_INT offset, QV_INT count ),
-            qvStringCreateFromInner( qvs, offset, count ) )
-WRITE_LINE( QV_BOOL qvLineSinkWriteOuter( QV_LINE_SINK *sink, QV_STRING *qvs, QV_INT offset, QV_INT count ),
-            qvStringCreateFromOuter( qvs, offset, count ) )
-WRITE_LINE( QV_BOOL qvLineSinkWriteCstr( QV_LINE_SINK *sink, const char *text, QV_INT length ),
-            qvStringCreateFromCstr( text, length ) )
-WRITE_LINE( QV_BOOL qvLineSinkWriteWcstr( QV_LINE_SINK *sink, const wchar_t *text, QV_INT length ),
-            qvStringCreateFromWcstr( text, length ) )
-// clang-format on
+QV_BOOL qvLineSinkWriteFormatCstr( QV_LINE_SINK *sink, const char *fmt, QV_INT fmtLength, ... )
+{
+    QV_CHECK( sink );
 
-QV_BOOL qvLineSinkWriteFormat( QV_LINE_SINK *sink, QV_STRING *fmt, ... ){
-    WRITE_FORMATTED( fmt, qvStringCreateFromFormatArgList( fmt, &argList ) ) }
+    va_list argList;
+    va_start( argList, fmtLength );
+    QV_STRING *line = qvStringCreateFromFormatCstrArgList( fmt, fmtLength, &argList );
+    va_end( argList );
 
-QV_BOOL qvLineSinkWriteFormatCstr( QV_LINE_SINK *sink, const char *fmt, QV_INT fmtLength, ... ){
-    WRITE_FORMATTED( fmtLength, qvStringCreateFromFormatCstrArgList( fmt, fmtLength, &argList ) ) }
+    return writeLine( sink, line );
+}
 
-QV_BOOL qvLineSinkWriteFormatWcstr( QV_LINE_SINK *sink, const wchar_t *fmt, QV_INT fmtLength, ... ){
-    WRITE_FORMATTED( fmtLength, qvStringCreateFromFormatWcstrArgList( fmt, fmtLength, &argList ) ) }
+QV_BOOL qvLineSinkWriteFormatWcstr( QV_LINE_SINK *sink, const wchar_t *fmt, QV_INT fmtLength, ... )
+{
+    QV_CHECK( sink );
+
+    va_list argList;
+    va_start( argList, fmtLength );
+    QV_STRING *line = qvStringCreateFromFormatWcstrArgList( fmt, fmtLength, &argList );
+    va_end( argList );
+
+    return writeLine( sink, line );
+}
 
 QV_BOOL qvLineSinkWriteLines( QV_LINE_SINK *sink, QV_VECTOR *lines )
 {
@@ -156,26 +163,32 @@ QV_BOOL qvLineSinkWriteLines( QV_LINE_SINK *sink, QV_VECTOR *lines )
     return !sink->error;
 }
 
-// clang-format off
-WRITE_LINES( QV_BOOL qvLineSinkWriteLinesLeading( QV_LINE_SINK *sink, QV_VECTOR *lines, QV_INT count ),
-             qvVectorCreateFromLeading( lines, count ) )
-WRITE_LINES( QV_BOOL qvLineSinkWriteLinesTrailing( QV_LINE_SINK *sink, QV_VECTOR *lines, QV_INT count ),
-             qvVectorCreateFromTrailing( lines, count ) )
-WRITE_LINES( QV_BOOL qvLineSinkWriteLinesInner( QV_LINE_SINK *sink, QV_VECTOR *lines, QV_INT offset, QV_INT count ),
-             qvVectorCreateFromInner( lines, offset, count ) )
-WRITE_LINES( QV_BOOL qvLineSinkWriteLinesOuter( QV_LINE_SINK *sink, QV_VECTOR *lines, QV_INT offset, QV_INT count ),
-             qvVectorCreateFromOuter( lines, offset, count ) )
-// clang-format on
+QV_BOOL qvLineSinkWriteLinesLeading( QV_LINE_SINK *sink, QV_VECTOR *lines, QV_INT count )
+{
+    QV_CHECK( sink );
+    return writeLines( sink, qvVectorCreateFromLeading( lines, count ) );
+}
+
+QV_BOOL qvLineSinkWriteLinesTrailing( QV_LINE_SINK *sink, QV_VECTOR *lines, QV_INT count )
+{
+    QV_CHECK( sink );
+    return writeLines( sink, qvVectorCreateFromTrailing( lines, count ) );
+}
+
+QV_BOOL qvLineSinkWriteLinesInner( QV_LINE_SINK *sink, QV_VECTOR *lines, QV_INT offset, QV_INT count )
+{
+    QV_CHECK( sink );
+    return writeLines( sink, qvVectorCreateFromInner( lines, offset, count ) );
+}
+
+QV_BOOL qvLineSinkWriteLinesOuter( QV_LINE_SINK *sink, QV_VECTOR *lines, QV_INT offset, QV_INT count )
+{
+    QV_CHECK( sink );
+    return writeLines( sink, qvVectorCreateFromOuter( lines, offset, count ) );
+}
 
 QV_BOOL qvLineSinkFlush( QV_LINE_SINK *sink )
 {
     QV_CHECK( sink );
-
-    if( sink->error )
-        return QV_FALSE;
-
-    if( !sink->flushFunc( sink->closure ) )
-        sink->error = QV_TRUE;
-
-    return !sink->error;
+    return qv::flushSink( sink );
 }

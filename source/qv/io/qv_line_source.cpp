@@ -4,37 +4,32 @@
 #include "qv/base/qv_vector.h"
 #include "qv/base/qv_vector_private.h"
 #include "qv/io/qv_line_source_private.h"
+#include "qv/io/qv_stream_private.h"
 #include "qv/runtime/qv_ref.h"
 
-struct QV_LINE_SOURCE : QV_OBJ
+struct QV_LINE_SOURCE : qv::AnySource
 {
     QV___LINE_SOURCE_READ_FUNC readFunc;
-    QV_OBJ                    *closure; // or null
-    QV_BOOL                    end;
-    QV_BOOL                    error;
     QV_INT                     linesRead;
 };
 
 namespace
 {
-void freeFunc( QV_OBJ *thisObj )
+void freeLineSource( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     qv::drop( qvLineSourceFrom( thisObj )->closure );
 }
 } // namespace
 
-QV___FAMILY( LineSource, QV_LINE_SOURCE, freeFunc, nullptr, nullptr )
+QV___FAMILY( LineSource, QV_LINE_SOURCE, freeLineSource, nullptr, nullptr )
 
 QV_LINE_SOURCE *qv___LineSourceCreate( QV___LINE_SOURCE_READ_FUNC readFunc, QV_OBJ *closure )
 {
     QV_CHECK( readFunc );
 
-    QV_LINE_SOURCE *source = qv::create< QV_LINE_SOURCE >( qvLineSourceSort() );
+    QV_LINE_SOURCE *source = qv::createSource< QV_LINE_SOURCE >( qvLineSourceSort(), closure );
     source->readFunc       = readFunc;
-    source->closure        = qv::Ref< QV_OBJ >::share( closure ).give();
-    source->end            = QV_FALSE;
-    source->error          = QV_FALSE;
     source->linesRead      = 0;
 
     return source;
@@ -68,16 +63,8 @@ QV_STRING *qvLineSourceRead( QV_LINE_SOURCE *source )
     QV_STRING *line = nullptr;
     QV_BOOL    ok   = source->readFunc( source->closure, &line );
 
-    if( !line )
-        source->end = QV_TRUE;
-    else if( source->linesRead < QV_INT_MAX )
+    if( qv::noteCount( source, ok, line ? 1 : 0, 1 ) > 0 && source->linesRead < QV_INT_MAX )
         source->linesRead++;
-
-    if( !ok )
-    {
-        source->end   = QV_TRUE;
-        source->error = QV_TRUE;
-    }
 
     return line;
 }

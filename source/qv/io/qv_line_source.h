@@ -1,6 +1,6 @@
 /** @file
-    LineSource: the abstract reader of lines, each a String without its terminator. What stands behind it is told by who
-    made it; qv_nlf_line_source.h has the one over a char source.
+    LineSource: the abstract reader of lines, each a String without its terminator. Where they come from depends on the
+    function that created the source; qv_nlf_line_source.h has the source on top of a char source.
 
         QV_LINE_SOURCE *source = qvFileOpenLineSource( fn, QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_LF );
         QV_STRING      *line;
@@ -12,10 +12,10 @@
         QV_BOOL ok = !qvLineSourceError( source );
         qvLineSourceRelease( source );
 
-    End. The read that finds no line any more gives null and sets the end flag; a failure sets the error flag and the
-    end flag. Nothing clears a flag, and a source at its end gives null at once.
+    End. A read that finds no further line returns null and sets the end flag; a failure sets the error flag and the end
+    flag. Nothing clears a flag, and a source at its end returns null at once.
 
-    Threads. A source is used by one thread at a time, and so is what stands behind it.
+    Threads. One thread at a time may use a source and what it reads from.
 
     Null as a source ends the process. */
 
@@ -26,20 +26,20 @@
 
 QV_FAMILY( LineSource, QV_LINE_SOURCE )
 
-/** True once a read has found no line or has failed. */
+/** The end flag: true after a read has found no line or has failed. */
 QV_API QV_BOOL qvLineSourceEnd( QV_LINE_SOURCE *source );
 
-/** True once a read has failed. */
+/** The error flag: true after a read has failed. */
 QV_API QV_BOOL qvLineSourceError( QV_LINE_SOURCE *source );
 
-/** How many lines have been read; stays at QV_INT_MAX once there. */
+/** The number of lines that have been read; it never exceeds QV_INT_MAX. */
 QV_API QV_INT qvLineSourceLinesRead( QV_LINE_SOURCE *source );
 
-/** The next line, owned by the caller, or null at the end or after an error. */
+/** The next line, owned by the caller, or null at the end of the data or after a failure. */
 QV_API QV_STRING *qvLineSourceRead( QV_LINE_SOURCE *source );
 
-/** The next lines as a new Vector of Strings: up to `maxLineCount` of them, or with -1 all that are left. A limit below
-    -1 ends the process. */
+/** The next lines as a new Vector of Strings, owned by the caller: up to `maxLineCount`, or with -1 all that are left.
+    A limit below -1 ends the process. */
 QV_API QV_VECTOR *qvLineSourceReadLines( QV_LINE_SOURCE *source, QV_INT maxLineCount );
 
 #endif

@@ -3,15 +3,16 @@
 
 #include "qv/runtime/qv_family.h"
 
-/** Stores the next line in `*line`, which is null, as a reference for the caller, or leaves null where there is none.
+/** Stores the next line in `*line`, which is null, as a reference for the caller, or leaves it null at the end of the
+    data.
 
-    `closure` is what the source was made with. The call runs on the thread that uses the source, must not use that
-    source, and gives QV_FALSE for a failure; a line that it stored before that is delivered. After a failure or a null
-    it is not called again. */
+    It receives the closure of the source, runs on the thread that uses the source, and returns QV_FALSE for a failure;
+    a line that it has stored is delivered also then. After a failure or without a line it is not called again. It must
+    not use the source that called it. */
 typedef QV_BOOL ( *QV___LINE_SOURCE_READ_FUNC )( QV_OBJ *closure, QV_STRING **line );
 
-/** A new source, owned by the caller. It retains `closure`, which may be null, until it ends. Null as `readFunc` ends
-    the process. */
+/** A new source, owned by the caller. It retains `closure`, which may be null, until it is freed. Null as `readFunc`
+    ends the process. */
 QV_API QV_LINE_SOURCE *qv___LineSourceCreate( QV___LINE_SOURCE_READ_FUNC readFunc, QV_OBJ *closure );
 
 #endif

@@ -1,6 +1,8 @@
 /** @file
-    The newline forms of Unicode text: which terminator ends a line on writing, which ones are recognised on reading.
-    Any thread may call what stands here. */
+    The newline flags (nlf is for newline function, any character or pair that ends a line in Unicode text). A set of
+    flags tells which terminators a line source recognises, and which one a line sink writes.
+
+    Results belong to the caller. Any thread may call these functions. */
 
 #ifndef QV_NLF_H
 #define QV_NLF_H
@@ -16,18 +18,18 @@
 #define QV_NLF_FLAG_LS   64  /**< line separator, U+2028 */
 #define QV_NLF_FLAG_PS   128 /**< paragraph separator, U+2029 */
 
-/** The flags without the bits that have no name. */
+/** The flags without the bits that are not defined above. */
 QV_API QV_INT qvNlfFlagsNormalize( QV_INT flags );
 
-/** Flags from their names, `QV_NLF_FLAG_LF|QV_NLF_FLAG_CRLF`, or from a number; what is neither is skipped. Null ends
-    the process. */
+/** The flags of a text with their names, `QV_NLF_FLAG_LF|QV_NLF_FLAG_CRLF`, or with their number, normalised. Parts
+    that are neither are ignored. Null ends the process. */
 QV_API QV_INT qvNlfFlagsFromString( QV_STRING *qvs );
 
-/** The names of the flags as a new String. */
+/** The names of the flags as a new String, in the form that qvNlfFlagsFromString() reads. */
 QV_API QV_STRING *qvNlfFlagsToString( QV_INT flags );
 
-/** A new String with the terminator of the lowest flag that is set: what a line sink with these flags writes. Empty
-    where no flag is set. */
+/** The terminator of the lowest flag that is set, which is what a line sink with these flags writes, as a new String.
+    It is empty if no flag is set. */
 QV_API QV_STRING *qvNlfFlagsNlfString( QV_INT flags );
 
 #endif

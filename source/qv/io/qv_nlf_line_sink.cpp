@@ -9,12 +9,12 @@ struct QV_NLF_LINE_SINK : QV_OBJ
 {
     QV_CHAR_SINK *charSink;
     QV_INT        nlfFlags;
-    QV_STRING    *terminator; // empty without a flag
+    QV_STRING    *terminator; // empty if no flag is set
 };
 
 namespace
 {
-void freeFunc( QV_OBJ *thisObj )
+void freeNlfLineSink( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -24,20 +24,20 @@ void freeFunc( QV_OBJ *thisObj )
     qv::drop( nls->terminator );
 }
 
-QV_BOOL write( QV_OBJ *closure, QV_STRING *line )
+QV_BOOL writeNlfLine( QV_OBJ *closure, QV_STRING *line )
 {
     QV_NLF_LINE_SINK *nls = qvNlfLineSinkFrom( closure );
 
     return qvCharSinkWrite( nls->charSink, line ) && qvCharSinkWrite( nls->charSink, nls->terminator );
 }
 
-QV_BOOL flush( QV_OBJ *closure )
+QV_BOOL flushCharSink( QV_OBJ *closure )
 {
     return qvCharSinkFlush( qvNlfLineSinkFrom( closure )->charSink );
 }
 } // namespace
 
-QV___FAMILY( NlfLineSink, QV_NLF_LINE_SINK, freeFunc, nullptr, nullptr )
+QV___FAMILY( NlfLineSink, QV_NLF_LINE_SINK, freeNlfLineSink, nullptr, nullptr )
 
 QV_NLF_LINE_SINK *qvNlfLineSinkCreate( QV_CHAR_SINK *charSink, QV_INT nlfFlags )
 {
@@ -54,7 +54,7 @@ QV_NLF_LINE_SINK *qvNlfLineSinkCreate( QV_CHAR_SINK *charSink, QV_INT nlfFlags )
 QV_LINE_SINK *qvNlfLineSinkLineSink( QV_NLF_LINE_SINK *nls )
 {
     QV_CHECK( nls );
-    return qv___LineSinkCreate( write, flush, nls );
+    return qv___LineSinkCreate( writeNlfLine, flushCharSink, nls );
 }
 
 QV_INT qvNlfLineSinkNlfFlags( QV_NLF_LINE_SINK *nls )

@@ -1,9 +1,9 @@
 /** @file
-    NlfLineSink: lines to characters. Each line goes to a char sink, followed by the terminator of the lowest newline
-    flag that is set; without a flag lines run together. qv_nlf.h has the flags.
+    NlfLineSink: lines to characters. Each line is written to a char sink, followed by the terminator of the lowest
+    newline flag that is set. If no flag is set, nothing separates the lines. qv_nlf.h has the flags.
 
-    It fails when the char sink fails; flushing flushes the char sink. One thread at a time uses the object, its line
-    sinks and the char sink. Null ends the process. */
+    A write fails if the char sink fails; flushing flushes the char sink. One thread at a time may use the object, its
+    line sinks and the char sink. Null ends the process. */
 
 #ifndef QV_NLF_LINE_SINK_H
 #define QV_NLF_LINE_SINK_H
@@ -12,13 +12,13 @@
 
 QV_FAMILY( NlfLineSink, QV_NLF_LINE_SINK )
 
-/** A new object, which retains the char sink. */
+/** A new object, owned by the caller. It retains the char sink. */
 QV_API QV_NLF_LINE_SINK *qvNlfLineSinkCreate( QV_CHAR_SINK *charSink, QV_INT nlfFlags );
 
-/** A new line sink that writes through the object and retains it. */
+/** A new line sink, owned by the caller, that writes through the object and retains it. */
 QV_API QV_LINE_SINK *qvNlfLineSinkLineSink( QV_NLF_LINE_SINK *nls );
 
-/** The flags given at creation, normalised. */
+/** The flags that the object was created with, normalised. */
 QV_API QV_INT qvNlfLineSinkNlfFlags( QV_NLF_LINE_SINK *nls );
 
 #endif

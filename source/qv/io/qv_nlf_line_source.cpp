@@ -4,17 +4,18 @@
 #include "qv/io/qv_char_source.h"
 #include "qv/io/qv_line_source_private.h"
 #include "qv/io/qv_nlf.h"
+#include "qv/io/qv_nlf_private.h"
 #include "qv/io/qv_string_char_source.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_chars_private.h"
 
-// The characters that one refill asks for.
+// The limit of one read from the char source.
 const QV_INT REFILL_CHARS = 1024;
 
-// What has been read but not given is chars[charsOffset] to chars[charsLength - 1]. A character is judged when the one
-// behind it has been read or the data has ended. Where it is the last one in the array, it moves to the place in front
-// of the refill, so that a line that one refill brought is one run of the array.
+// The characters that were read and belong to no line yet are chars[charsOffset] to chars[charsLength - 1]. Whether a
+// character ends a line is decided when the next one has been read or the data has ended. If it is the last one in the
+// array, it moves to the place before the refill, so that a line out of one refill is contiguous.
 struct QV_NLF_LINE_SOURCE : QV_OBJ
 {
     QV_CHAR_SOURCE *charSource;
@@ -26,7 +27,7 @@ struct QV_NLF_LINE_SOURCE : QV_OBJ
 
 namespace
 {
-void freeFunc( QV_OBJ *thisObj )
+void freeNlfLineSource( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -35,31 +36,17 @@ void freeFunc( QV_OBJ *thisObj )
     qv::drop( nls->charSource );
 }
 
-// The flags with which the character ends a line, whatever is behind it. CRLF is not one of them.
-QV_INT flagsOf( QV_CHAR ch )
+// The flag with which the character ends a line on its own, or 0. It is never CRLF, which takes two characters.
+QV_INT flagOf( QV_CHAR ch )
 {
-    switch( ch )
-    {
-    case U'\n':
-        return QV_NLF_FLAG_LF;
-    case U'\r':
-        return QV_NLF_FLAG_CR;
-    case U'\x85':
-        return QV_NLF_FLAG_NEL;
-    case U'\v':
-        return QV_NLF_FLAG_VT;
-    case U'\f':
-        return QV_NLF_FLAG_FF;
-    case U'\u2028':
-        return QV_NLF_FLAG_LS;
-    case U'\u2029':
-        return QV_NLF_FLAG_PS;
-    default:
-        return 0;
-    }
+    for( const qv::NlfTerminator &terminator : qv::NLF_TERMINATORS )
+        if( terminator.length == 1 && terminator.chars[0] == ch )
+            return terminator.flag;
+
+    return 0;
 }
 
-// Reads on. The last unread character, if there is one, stays. False when nothing came.
+// Reads more characters; the one that is left, if there is one, stays. False if there are none.
 bool refill( QV_NLF_LINE_SOURCE *nls )
 {
     QV_INT kept = nls->charsLength - nls->charsOffset;
@@ -79,15 +66,15 @@ bool refill( QV_NLF_LINE_SOURCE *nls )
     return count > 0;
 }
 
-// Notes how far the characters of a line and its terminator went.
-void take( QV_NLF_LINE_SOURCE *nls, QV_INT end )
+// Moves on to the end of what was taken into a line, or of a terminator.
+void moveTo( QV_NLF_LINE_SOURCE *nls, QV_INT end )
 {
     QV_ASSERT( end >= nls->charsOffset && end <= nls->charsLength && nls->charsLength <= 1 + REFILL_CHARS );
     nls->charsOffset = end;
 }
 
-// Adds characters to the line, which is null before the first ones.
-void add( qv::Ref< QV_STRING > *line, const QV_CHAR *chars, QV_INT count )
+// Appends characters to the line, which is null before the first ones.
+void appendTo( qv::Ref< QV_STRING > *line, const QV_CHAR *chars, QV_INT count )
 {
     if( !*line )
     {
@@ -98,7 +85,7 @@ void add( qv::Ref< QV_STRING > *line, const QV_CHAR *chars, QV_INT count )
     qvStringAppendChars( line->at(), chars, count );
 }
 
-QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
+QV_BOOL readNlfLine( QV_OBJ *closure, QV_STRING **result )
 {
     QV_NLF_LINE_SOURCE  *nls   = qvNlfLineSourceFrom( closure );
     QV_CHAR             *chars = nls->chars;
@@ -108,7 +95,7 @@ QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
     if( nls->charsOffset == nls->charsLength && !refill( nls ) )
         return !qvCharSourceError( nls->charSource );
 
-    // What stands from charsOffset up to `at` belongs to the line.
+    // The characters from charsOffset up to `at`, without the one there, belong to the line.
     for( QV_INT at = nls->charsOffset;; at++ )
     {
         at = qv::findLineEnd( chars, at, nls->charsLength );
@@ -117,15 +104,15 @@ QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
         {
             QV_INT last = nls->charsLength - 1;
 
-            add( &line, chars + nls->charsOffset, last - nls->charsOffset );
-            take( nls, last );
+            appendTo( &line, chars + nls->charsOffset, last - nls->charsOffset );
+            moveTo( nls, last );
 
             if( !refill( nls ) )
             {
-                if( !( flagsOf( chars[0] ) & flags ) )
-                    add( &line, chars, 1 );
+                if( !( flagOf( chars[0] ) & flags ) )
+                    appendTo( &line, chars, 1 );
 
-                take( nls, nls->charsLength );
+                moveTo( nls, nls->charsLength );
                 *result = line.give();
 
                 return QV_TRUE;
@@ -134,15 +121,15 @@ QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
             at = qv::findLineEnd( chars, 0, nls->charsLength );
         }
 
-        QV_INT terminatorLength = ( flagsOf( chars[at] ) & flags ) ? 1 : 0;
+        QV_INT terminatorLength = ( flagOf( chars[at] ) & flags ) ? 1 : 0;
 
         if( ( flags & QV_NLF_FLAG_CRLF ) && chars[at] == U'\r' && chars[at + 1] == U'\n' )
             terminatorLength = 2;
 
         if( terminatorLength )
         {
-            add( &line, chars + nls->charsOffset, at - nls->charsOffset );
-            take( nls, at + terminatorLength );
+            appendTo( &line, chars + nls->charsOffset, at - nls->charsOffset );
+            moveTo( nls, at + terminatorLength );
             *result = line.give();
 
             return QV_TRUE;
@@ -151,7 +138,7 @@ QV_BOOL read( QV_OBJ *closure, QV_STRING **result )
 }
 } // namespace
 
-QV___FAMILY( NlfLineSource, QV_NLF_LINE_SOURCE, freeFunc, nullptr, nullptr )
+QV___FAMILY( NlfLineSource, QV_NLF_LINE_SOURCE, freeNlfLineSource, nullptr, nullptr )
 
 QV_NLF_LINE_SOURCE *qvNlfLineSourceCreate( QV_CHAR_SOURCE *charSource, QV_INT nlfFlags )
 {
@@ -179,7 +166,7 @@ QV_NLF_LINE_SOURCE *qvNlfLineSourceCreateFromString( QV_STRING *qvs, QV_INT nlfF
 QV_LINE_SOURCE *qvNlfLineSourceLineSource( QV_NLF_LINE_SOURCE *nls )
 {
     QV_CHECK( nls );
-    return qv___LineSourceCreate( read, nls );
+    return qv___LineSourceCreate( readNlfLine, nls );
 }
 
 QV_INT qvNlfLineSourceNlfFlags( QV_NLF_LINE_SOURCE *nls )

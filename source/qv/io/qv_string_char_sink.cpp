@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_string.h"
 #include "qv/io/qv_char_sink_private.h"
+#include "qv/io/qv_stream_private.h"
 #include "qv/runtime/qv_ref.h"
 
 #include <utility>
@@ -13,13 +14,13 @@ struct QV_STRING_CHAR_SINK : QV_OBJ
 
 namespace
 {
-void freeFunc( QV_OBJ *thisObj )
+void freeStringCharSink( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     qv::drop( qvStringCharSinkFrom( thisObj )->dest );
 }
 
-QV_BOOL write( QV_OBJ *closure, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount )
+QV_BOOL writeToString( QV_OBJ *closure, QV_STRING *qvs, QV_INT charOffset, QV_INT charCount )
 {
     QV_STRING_CHAR_SINK *scs = qvStringCharSinkFrom( closure );
 
@@ -28,7 +29,7 @@ QV_BOOL write( QV_OBJ *closure, QV_STRING *qvs, QV_INT charOffset, QV_INT charCo
     return QV_TRUE;
 }
 
-QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
+QV_BOOL writeCharsToString( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
 {
     QV_STRING_CHAR_SINK *scs = qvStringCharSinkFrom( closure );
 
@@ -36,14 +37,9 @@ QV_BOOL writeChars( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
 
     return QV_TRUE;
 }
-
-QV_BOOL flush( QV_OBJ * )
-{
-    return QV_TRUE;
-}
 } // namespace
 
-QV___FAMILY( StringCharSink, QV_STRING_CHAR_SINK, freeFunc, nullptr, nullptr )
+QV___FAMILY( StringCharSink, QV_STRING_CHAR_SINK, freeStringCharSink, nullptr, nullptr )
 
 QV_STRING_CHAR_SINK *qvStringCharSinkCreate( void )
 {
@@ -56,7 +52,7 @@ QV_STRING_CHAR_SINK *qvStringCharSinkCreate( void )
 QV_CHAR_SINK *qvStringCharSinkCharSink( QV_STRING_CHAR_SINK *scs )
 {
     QV_CHECK( scs );
-    return qv::createCharSink( write, writeChars, flush, scs );
+    return qv::createCharSink( writeToString, writeCharsToString, qv::flushNothing, scs );
 }
 
 QV_STRING *qvStringCharSinkString( QV_STRING_CHAR_SINK *scs )

@@ -1,6 +1,6 @@
 /** @file
     StringCharSink: collects in a String what is written to its char sinks. Writing never fails. One thread at a time
-    uses the object and all sinks made from it. Null ends the process. */
+    may use the object and all sinks created from it. Null ends the process. */
 
 #ifndef QV_STRING_CHAR_SINK_H
 #define QV_STRING_CHAR_SINK_H
@@ -9,14 +9,15 @@
 
 QV_FAMILY( StringCharSink, QV_STRING_CHAR_SINK )
 
-/** A new object with an empty String. */
+/** A new object with an empty String, owned by the caller. */
 QV_API QV_STRING_CHAR_SINK *qvStringCharSinkCreate( void );
 
-/** A new char sink that appends to the object's String and retains the object. There may be several. */
+/** A new char sink, owned by the caller, that appends to the object's String and retains the object. Several may write
+    to the same object. */
 QV_API QV_CHAR_SINK *qvStringCharSinkCharSink( QV_STRING_CHAR_SINK *scs );
 
-/** Hands out what has been written and leaves an empty String, so that a second call gives only what came in
-    between. */
+/** Takes what has been written since the last call, as a String that the caller owns; the object goes on with an empty
+    one. */
 QV_API QV_STRING *qvStringCharSinkString( QV_STRING_CHAR_SINK *scs );
 
 #endif

@@ -12,19 +12,19 @@
 struct QV_STRING_CHAR_SOURCE : QV_OBJ
 {
     QV_STRING *source;
-    QV_INT     offset; // characters given
+    QV_INT     offset; // characters read
 };
 
 namespace
 {
-void freeFunc( QV_OBJ *thisObj )
+void freeStringCharSource( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     qv::drop( qvStringCharSourceFrom( thisObj )->source );
 }
 
-// Takes up to `maxCharCount` characters: stores their number and gives their offset.
-QV_INT take( QV_STRING_CHAR_SOURCE *scs, QV_INT maxCharCount, QV_INT *count )
+// Moves on by up to `maxCharCount` characters: stores their number and returns the offset of the first.
+QV_INT takeChars( QV_STRING_CHAR_SOURCE *scs, QV_INT maxCharCount, QV_INT *count )
 {
     QV_INT sourceLength = scs->source->length;
 
@@ -36,20 +36,20 @@ QV_INT take( QV_STRING_CHAR_SOURCE *scs, QV_INT maxCharCount, QV_INT *count )
     return std::exchange( scs->offset, scs->offset + *count );
 }
 
-QV_BOOL read( QV_OBJ *closure, QV_STRING **qvs, QV_INT maxCharCount, QV_INT *charsRead )
+QV_BOOL readString( QV_OBJ *closure, QV_STRING **qvs, QV_INT maxCharCount, QV_INT *charsRead )
 {
     QV_STRING_CHAR_SOURCE *scs    = qvStringCharSourceFrom( closure );
-    QV_INT                 offset = take( scs, maxCharCount, charsRead );
+    QV_INT                 offset = takeChars( scs, maxCharCount, charsRead );
 
     qvStringAppendInner( qvs, scs->source, offset, *charsRead );
 
     return QV_TRUE;
 }
 
-QV_BOOL readChars( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT *charsRead )
+QV_BOOL readStringChars( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT *charsRead )
 {
     QV_STRING_CHAR_SOURCE *scs    = qvStringCharSourceFrom( closure );
-    QV_INT                 offset = take( scs, maxCharCount, charsRead );
+    QV_INT                 offset = takeChars( scs, maxCharCount, charsRead );
 
     if( *charsRead > 0 )
         qvMemCopyN( chars, qv::chars( scs->source ) + offset, *charsRead, sizeof( QV_CHAR ) );
@@ -58,7 +58,7 @@ QV_BOOL readChars( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT 
 }
 } // namespace
 
-QV___FAMILY( StringCharSource, QV_STRING_CHAR_SOURCE, freeFunc, nullptr, nullptr )
+QV___FAMILY( StringCharSource, QV_STRING_CHAR_SOURCE, freeStringCharSource, nullptr, nullptr )
 
 QV_STRING_CHAR_SOURCE *qvStringCharSourceCreate( QV_STRING *src )
 {
@@ -74,7 +74,7 @@ QV_STRING_CHAR_SOURCE *qvStringCharSourceCreate( QV_STRING *src )
 QV_CHAR_SOURCE *qvStringCharSourceCharSource( QV_STRING_CHAR_SOURCE *scs )
 {
     QV_CHECK( scs );
-    return qv::createCharSource( read, readChars, scs );
+    return qv::createCharSource( readString, readStringChars, scs );
 }
 
 QV_STRING *qvStringCharSourceString( QV_STRING_CHAR_SOURCE *scs )

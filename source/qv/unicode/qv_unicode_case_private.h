@@ -5,19 +5,20 @@
 
 namespace qv::unicode
 {
-/** No character maps to more. */
+/** The greatest number of characters that one maps to. */
 const QV_INT LONGEST_CASE_MAPPING = 3;
 
-/** How far a mapping came. */
+/** How many characters a mapping has read and written. */
 struct CaseMapped
 {
     QV_INT read;
     QV_INT written;
 };
 
-/** Maps text to one case, each character by itself. There are at least as many places for the results as there are
-    characters, all below 0x110000. It stops in front of a character if that many would not be left behind its mapping:
-    then it is to go on from there with `room` larger by LONGEST_CASE_MAPPING at least. */
+/** Maps text to one case, each character by itself. All characters are below 0x110000, and `room`, the number of places
+    at `to`, is at least `length`. The mapping stops before a character if the places left after its mapping would be
+    fewer than the characters left. The caller goes on from there with a room that is larger by LONGEST_CASE_MAPPING at
+    least. */
 typedef CaseMapped CaseMapping( const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room );
 
 CaseMapping mapToUpper;

@@ -9,7 +9,7 @@ struct Row
 {
     uint8_t cccv;
     char    descr[60];
-    char    symName[21]; // behind the prefix
+    char    symName[21]; // after the prefix
 };
 
 // The classes with a name.
@@ -42,7 +42,7 @@ const Row ROWS[] = {
     { 240, "Below (iota subscript)", "BELOW_IOTA" },
 };
 
-const Row *find( QV_INT cccv )
+const Row *findClass( QV_INT cccv )
 {
     for( const Row &row : ROWS )
         if( row.cccv == cccv )
@@ -56,7 +56,7 @@ QV_STRING *qvUnicodeCccvDescription( QV_INT cccv )
 {
     QV_CHECK( QV_UNICODE_CCCV_OK( cccv ) );
 
-    if( const Row *row = find( cccv ) )
+    if( const Row *row = findClass( cccv ) )
         return qv::unicode::createName( row->descr );
 
     return qvStringCreateFromFormatCstr( "Canonical Combining Class Value %i", -1, cccv );
@@ -66,7 +66,7 @@ QV_STRING *qvUnicodeCccvSymName( QV_INT cccv )
 {
     QV_CHECK( QV_UNICODE_CCCV_OK( cccv ) );
 
-    const Row *row = find( cccv );
+    const Row *row = findClass( cccv );
 
     return row ? qv::unicode::createSymName( "QV_UNICODE_CCCV_", row->symName ) : nullptr;
 }

@@ -6,9 +6,9 @@ namespace
 {
 struct Row
 {
-    char tag[11]; // empty where there is none
+    char tag[11]; // empty if there is none
     char descr[47];
-    char symName[10]; // behind the prefix
+    char symName[10]; // after the prefix
 };
 
 // In the order of the values.

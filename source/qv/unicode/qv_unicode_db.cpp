@@ -7,7 +7,8 @@ using qv::unicode::Mapping;
 
 namespace
 {
-const QV_CHAR *give( Mapping mapping, QV_INT *length )
+// Stores the length of a mapping. Returns its characters.
+const QV_CHAR *unpack( Mapping mapping, QV_INT *length )
 {
     if( length )
         *length = mapping.length;
@@ -43,19 +44,19 @@ QV_INT qv___UnicodeDecimalDbLookup( QV_CHAR ch )
 const QV_CHAR *qv___UnicodeUpperCaseDbLookup( QV_CHAR ch, QV_INT *length )
 {
     QV_CHECK( QV_CHAR_OK( ch ) );
-    return give( qv::unicode::upperCase( ch ), length );
+    return unpack( qv::unicode::upperCase( ch ), length );
 }
 
 const QV_CHAR *qv___UnicodeLowerCaseDbLookup( QV_CHAR ch, QV_INT *length )
 {
     QV_CHECK( QV_CHAR_OK( ch ) );
-    return give( qv::unicode::lowerCase( ch ), length );
+    return unpack( qv::unicode::lowerCase( ch ), length );
 }
 
 const QV_CHAR *qv___UnicodeCaseFoldDbLookup( QV_CHAR ch, QV_INT *length )
 {
     QV_CHECK( QV_CHAR_OK( ch ) );
-    return give( qv::unicode::caseFold( ch ), length );
+    return unpack( qv::unicode::caseFold( ch ), length );
 }
 
 const QV_CHAR *qv___UnicodeCdmDbLookup( QV_CHAR ch, QV_INT *length, QV_INT *type )
@@ -68,7 +69,7 @@ const QV_CHAR *qv___UnicodeCdmDbLookup( QV_CHAR ch, QV_INT *length, QV_INT *type
     if( type )
         *type = found;
 
-    return give( mapping, length );
+    return unpack( mapping, length );
 }
 
 QV_BOOL qv___UnicodeCompDbLookup( QV_CHAR ch1, QV_CHAR ch2, QV_CHAR *composeTo )

@@ -5,25 +5,26 @@
 #include "qv/sys/qv_types.h"
 #include "qv/unicode/qv_unicode_cdmt.h"
 
-/* Look-ups in the generated tables. Sources that ask for many characters use the inline forms of
-   qv_unicode_tables_private.h. Mappings are declared in qv_tool_private.h. Values of 0x110000 and above end the
-   process; out pointers may be null. */
+/* Look-ups in the generated tables. Sources that look up many characters use the inline forms of
+   qv_unicode_tables_private.h instead. Values of 0x110000 and above end the process. Out pointers may be null.
+   Mappings are declared in qv_tool_private.h. Short names in the functions: genc is the general category, cccv the canonical combining class value, cdm a character
+   decomposition mapping, comp a composition, nlf a newline function. */
 
-/** General category, combining class, script; 0 where there is none. */
+/** General category, canonical combining class, script; 0 for a character that has none. */
 QV_API QV_INT qv___UnicodeGencDbLookup( QV_CHAR ch );
 QV_API QV_INT qv___UnicodeCccvDbLookup( QV_CHAR ch );
 QV_API QV_INT qv___UnicodeScriptDbLookup( QV_CHAR ch );
 
-/** Value of a decimal digit of any script, or -1. */
+/** The value of a decimal digit of any script, or -1. */
 QV_API QV_INT qv___UnicodeDecimalDbLookup( QV_CHAR ch );
 
-/** Whether a pair composes to one character in the normal forms with composition, and to which one. Without the
-    exclusions; Hangul does not stand here. `*composeTo` is left alone where it doesn't. */
+/** Whether a pair composes to one character in the normal forms with composition, and to which one. False for the
+    composition exclusions and for Hangul. `*composeTo` is stored only if the result is true. */
 QV_API QV_BOOL qv___UnicodeCompDbLookup( QV_CHAR ch1, QV_CHAR ch2, QV_CHAR *composeTo );
 
-/* Hand-made look-ups. */
+/* Look-ups made by hand (madb is for manual database): few ranges, for which a table would be larger and no faster. */
 
-/** White_Space; what ends a line; value of a hexadecimal digit or -1. */
+/** The property White_Space; a character that ends a line; the value of a hexadecimal digit, or -1. */
 QV_API QV_BOOL qv___UnicodeWhiteSpaceDbLookup( QV_CHAR ch );
 QV_API QV_BOOL qv___UnicodeNlfDbLookup( QV_CHAR ch );
 QV_API QV_INT  qv___UnicodeHexDigitDbLookup( QV_CHAR ch );

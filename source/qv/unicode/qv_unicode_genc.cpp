@@ -9,7 +9,7 @@ struct Row
 {
     char abbrev[3];
     char descr[24];
-    char symName[26]; // behind the prefix
+    char symName[26]; // after the prefix
 };
 
 // In the order of the values.

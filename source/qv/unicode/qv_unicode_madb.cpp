@@ -1,4 +1,4 @@
-// The look-ups that are made by hand: few ranges, which no table serves better.
+// The look-ups made by hand (madb is for manual database): few ranges, for which a table would be larger and no faster.
 
 #include "qv/sys/qv_abort.h"
 #include "qv/unicode/qv_unicode_db_private.h"

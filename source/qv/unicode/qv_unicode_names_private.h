@@ -5,8 +5,8 @@
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_ref.h"
 
-/* What the names of the properties share. They stand in constant tables of ASCII text, which need neither a start-up
-   nor relocation; there are so few that looking one up by comparing takes no longer than a search would. */
+/* What the sources of the properties' names share. The names are constant tables of ASCII text, which need neither
+   start-up nor relocation. They are so few that a name is found by comparing it with each. */
 
 namespace qv::unicode
 {
@@ -20,13 +20,13 @@ inline char lowerAscii( char ch )
     return ch >= 'A' && ch <= 'Z' ? static_cast< char >( ch - 'A' + 'a' ) : ch;
 }
 
-/** A new String of a text of the table. */
+/** A new String of a text of a table. */
 inline QV_STRING *createName( const char *text )
 {
     return qvStringCreateFromAscii( text, -1 );
 }
 
-/** A new String of the name of a constant: the prefix and the capitals of what follows it. */
+/** A new String of the name of a constant: the prefix and the rest in capitals. */
 inline QV_STRING *createSymName( const char *prefix, const char *text )
 {
     char   name[64];
@@ -41,6 +41,8 @@ inline QV_STRING *createSymName( const char *prefix, const char *text )
     return qvStringCreateFromAscii( name, length );
 }
 
+/** True if a String is a text of a table, which is folded to lower case first if `folded`. The empty String is no name.
+    */
 inline bool equalsName( QV_STRING *qvs, const char *text, bool folded )
 {
     const QV_CHAR *chs = chars( qvs );
@@ -52,7 +54,7 @@ inline bool equalsName( QV_STRING *qvs, const char *text, bool folded )
     return i == qvs->length && !text[i] && i > 0;
 }
 
-/** The index of the row whose text `member` has the name, or -1. */
+/** The index of the row whose `member` is the name, or -1. */
 template< class Row, size_t count, class Text >
 QV_INT findName( const Row ( &rows )[count], Text Row::*member, QV_STRING *name, bool folded )
 {
@@ -63,7 +65,7 @@ QV_INT findName( const Row ( &rows )[count], Text Row::*member, QV_STRING *name,
     return -1;
 }
 
-/** The same in any case. */
+/** The same, regardless of the case of letters. */
 template< class Row, size_t count, class Text >
 QV_INT findNameCaseFold( const Row ( &rows )[count], Text Row::*member, QV_STRING *name )
 {

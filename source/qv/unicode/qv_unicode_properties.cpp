@@ -69,106 +69,119 @@ QV_BOOL qvUnicodeIsNlf( QV_CHAR ch )
 
 /* Categories ----------------------------------------------------------------------------------------------------- */
 
-#define CATEGORY( Name, NAME )                                                                                         \
-    QV_BOOL qvUnicodeIs##Name( QV_CHAR ch )                                                                            \
+namespace
+{
+QV_BOOL isCategoryWithin( QV_CHAR ch, QV_INT first, QV_INT last )
+{
+    QV_INT genc = qvUnicodeGenc( ch );
+    return genc >= first && genc <= last;
+}
+
+QV_BOOL isClassWithin( QV_CHAR ch, QV_INT first, QV_INT last )
+{
+    QV_INT cccv = qvUnicodeCccv( ch );
+    return cccv >= first && cccv <= last;
+}
+} // namespace
+
+// A function for a group of categories, whose constants follow one another, or for one category.
+#define GROUP( name, first, last )                                                                                     \
+    QV_BOOL name( QV_CHAR ch )                                                                                         \
     {                                                                                                                  \
-        return qvUnicodeGenc( ch ) == QV_UNICODE_GENC_##NAME;                                                          \
+        return isCategoryWithin( ch, first, last );                                                                    \
     }
+#define CATEGORY( name, genc ) GROUP( name, genc, genc )
 
-#define CATEGORY_GROUP( Name, FIRST, LAST )                                                                            \
-    QV_BOOL qvUnicodeIs##Name( QV_CHAR ch )                                                                            \
-    {                                                                                                                  \
-        QV_INT genc = qvUnicodeGenc( ch );                                                                             \
-        return genc >= QV_UNICODE_GENC_##FIRST && genc <= QV_UNICODE_GENC_##LAST;                                      \
-    }
+GROUP( qvUnicodeIsLetter, QV_UNICODE_GENC_LETTER_UPPERCASE, QV_UNICODE_GENC_LETTER_OTHER )
+CATEGORY( qvUnicodeIsLetterUppercase, QV_UNICODE_GENC_LETTER_UPPERCASE )
+CATEGORY( qvUnicodeIsLetterLowercase, QV_UNICODE_GENC_LETTER_LOWERCASE )
+CATEGORY( qvUnicodeIsLetterTitlecase, QV_UNICODE_GENC_LETTER_TITLECASE )
+CATEGORY( qvUnicodeIsLetterModifier, QV_UNICODE_GENC_LETTER_MODIFIER )
+CATEGORY( qvUnicodeIsLetterOther, QV_UNICODE_GENC_LETTER_OTHER )
 
-CATEGORY_GROUP( Letter, LETTER_UPPERCASE, LETTER_OTHER )
-CATEGORY( LetterUppercase, LETTER_UPPERCASE )
-CATEGORY( LetterLowercase, LETTER_LOWERCASE )
-CATEGORY( LetterTitlecase, LETTER_TITLECASE )
-CATEGORY( LetterModifier, LETTER_MODIFIER )
-CATEGORY( LetterOther, LETTER_OTHER )
+GROUP( qvUnicodeIsMark, QV_UNICODE_GENC_MARK_NONSPACING, QV_UNICODE_GENC_MARK_ENCLOSING )
+CATEGORY( qvUnicodeIsMarkNonspacing, QV_UNICODE_GENC_MARK_NONSPACING )
+CATEGORY( qvUnicodeIsMarkSpacingCombining, QV_UNICODE_GENC_MARK_SPACING_COMBINING )
+CATEGORY( qvUnicodeIsMarkEnclosing, QV_UNICODE_GENC_MARK_ENCLOSING )
 
-CATEGORY_GROUP( Mark, MARK_NONSPACING, MARK_ENCLOSING )
-CATEGORY( MarkNonspacing, MARK_NONSPACING )
-CATEGORY( MarkSpacingCombining, MARK_SPACING_COMBINING )
-CATEGORY( MarkEnclosing, MARK_ENCLOSING )
+GROUP( qvUnicodeIsNumber, QV_UNICODE_GENC_NUMBER_DECIMAL_DIGIT, QV_UNICODE_GENC_NUMBER_OTHER )
+CATEGORY( qvUnicodeIsNumberDecimalDigit, QV_UNICODE_GENC_NUMBER_DECIMAL_DIGIT )
+CATEGORY( qvUnicodeIsNumberLetter, QV_UNICODE_GENC_NUMBER_LETTER )
+CATEGORY( qvUnicodeIsNumberOther, QV_UNICODE_GENC_NUMBER_OTHER )
 
-CATEGORY_GROUP( Number, NUMBER_DECIMAL_DIGIT, NUMBER_OTHER )
-CATEGORY( NumberDecimalDigit, NUMBER_DECIMAL_DIGIT )
-CATEGORY( NumberLetter, NUMBER_LETTER )
-CATEGORY( NumberOther, NUMBER_OTHER )
+GROUP( qvUnicodeIsPunctuation, QV_UNICODE_GENC_PUNCTUATION_CONNECTOR, QV_UNICODE_GENC_PUNCTUATION_OTHER )
+CATEGORY( qvUnicodeIsPunctuationConnector, QV_UNICODE_GENC_PUNCTUATION_CONNECTOR )
+CATEGORY( qvUnicodeIsPunctuationDash, QV_UNICODE_GENC_PUNCTUATION_DASH )
+CATEGORY( qvUnicodeIsPunctuationOpen, QV_UNICODE_GENC_PUNCTUATION_OPEN )
+CATEGORY( qvUnicodeIsPunctuationClose, QV_UNICODE_GENC_PUNCTUATION_CLOSE )
+CATEGORY( qvUnicodeIsPunctuationInitialQuote, QV_UNICODE_GENC_PUNCTUATION_INITIAL_QUOTE )
+CATEGORY( qvUnicodeIsPunctuationFinalQuote, QV_UNICODE_GENC_PUNCTUATION_FINAL_QUOTE )
+CATEGORY( qvUnicodeIsPunctuationOther, QV_UNICODE_GENC_PUNCTUATION_OTHER )
 
-CATEGORY_GROUP( Punctuation, PUNCTUATION_CONNECTOR, PUNCTUATION_OTHER )
-CATEGORY( PunctuationConnector, PUNCTUATION_CONNECTOR )
-CATEGORY( PunctuationDash, PUNCTUATION_DASH )
-CATEGORY( PunctuationOpen, PUNCTUATION_OPEN )
-CATEGORY( PunctuationClose, PUNCTUATION_CLOSE )
-CATEGORY( PunctuationInitialQuote, PUNCTUATION_INITIAL_QUOTE )
-CATEGORY( PunctuationFinalQuote, PUNCTUATION_FINAL_QUOTE )
-CATEGORY( PunctuationOther, PUNCTUATION_OTHER )
+GROUP( qvUnicodeIsSymbol, QV_UNICODE_GENC_SYMBOL_MATH, QV_UNICODE_GENC_SYMBOL_OTHER )
+CATEGORY( qvUnicodeIsSymbolMath, QV_UNICODE_GENC_SYMBOL_MATH )
+CATEGORY( qvUnicodeIsSymbolCurrency, QV_UNICODE_GENC_SYMBOL_CURRENCY )
+CATEGORY( qvUnicodeIsSymbolModifier, QV_UNICODE_GENC_SYMBOL_MODIFIER )
+CATEGORY( qvUnicodeIsSymbolOther, QV_UNICODE_GENC_SYMBOL_OTHER )
 
-CATEGORY_GROUP( Symbol, SYMBOL_MATH, SYMBOL_OTHER )
-CATEGORY( SymbolMath, SYMBOL_MATH )
-CATEGORY( SymbolCurrency, SYMBOL_CURRENCY )
-CATEGORY( SymbolModifier, SYMBOL_MODIFIER )
-CATEGORY( SymbolOther, SYMBOL_OTHER )
+GROUP( qvUnicodeIsSeparator, QV_UNICODE_GENC_SEPARATOR_SPACE, QV_UNICODE_GENC_SEPARATOR_PARAGRAPH )
+CATEGORY( qvUnicodeIsSeparatorSpace, QV_UNICODE_GENC_SEPARATOR_SPACE )
+CATEGORY( qvUnicodeIsSeparatorLine, QV_UNICODE_GENC_SEPARATOR_LINE )
+CATEGORY( qvUnicodeIsSeparatorParagraph, QV_UNICODE_GENC_SEPARATOR_PARAGRAPH )
 
-CATEGORY_GROUP( Separator, SEPARATOR_SPACE, SEPARATOR_PARAGRAPH )
-CATEGORY( SeparatorSpace, SEPARATOR_SPACE )
-CATEGORY( SeparatorLine, SEPARATOR_LINE )
-CATEGORY( SeparatorParagraph, SEPARATOR_PARAGRAPH )
-
-// The only group that is no range: what is not assigned stands in front of all others.
+// The only group whose constants do not follow one another: OTHER_NOT_ASSIGNED is the first of all.
 QV_BOOL qvUnicodeIsOther( QV_CHAR ch )
 {
     QV_INT genc = qvUnicodeGenc( ch );
     return genc == QV_UNICODE_GENC_OTHER_NOT_ASSIGNED || genc >= QV_UNICODE_GENC_OTHER_CONTROL;
 }
 
-CATEGORY( OtherControl, OTHER_CONTROL )
-CATEGORY( OtherFormat, OTHER_FORMAT )
-CATEGORY( OtherSurrogate, OTHER_SURROGATE )
-CATEGORY( OtherPrivateUse, OTHER_PRIVATE_USE )
-CATEGORY( OtherNotAssigned, OTHER_NOT_ASSIGNED )
+CATEGORY( qvUnicodeIsOtherControl, QV_UNICODE_GENC_OTHER_CONTROL )
+CATEGORY( qvUnicodeIsOtherFormat, QV_UNICODE_GENC_OTHER_FORMAT )
+CATEGORY( qvUnicodeIsOtherSurrogate, QV_UNICODE_GENC_OTHER_SURROGATE )
+CATEGORY( qvUnicodeIsOtherPrivateUse, QV_UNICODE_GENC_OTHER_PRIVATE_USE )
+CATEGORY( qvUnicodeIsOtherNotAssigned, QV_UNICODE_GENC_OTHER_NOT_ASSIGNED )
+
+#undef CATEGORY
+#undef GROUP
 
 /* Combining classes ---------------------------------------------------------------------------------------------- */
 
-#define COMBINING_CLASS( Name, NAME )                                                                                  \
-    QV_BOOL qvUnicodeHasCccv##Name( QV_CHAR ch )                                                                       \
+// A function for a range of combining classes, or for one class.
+#define CLASSES( name, first, last )                                                                                   \
+    QV_BOOL name( QV_CHAR ch )                                                                                         \
     {                                                                                                                  \
-        return qvUnicodeCccv( ch ) == QV_UNICODE_CCCV_##NAME;                                                          \
+        return isClassWithin( ch, first, last );                                                                       \
     }
+#define CLASS( name, cccv ) CLASSES( name, cccv, cccv )
 
-COMBINING_CLASS( Spacing, SPACING )
-COMBINING_CLASS( Overlays, OVERLAYS )
-COMBINING_CLASS( Nuktas, NUKTAS )
-COMBINING_CLASS( Hiragana, HIRAGANA )
-COMBINING_CLASS( Viramas, VIRAMAS )
-COMBINING_CLASS( FixedPosStart, FIXED_POS_START )
-COMBINING_CLASS( FixedPosEnd, FIXED_POS_END )
-COMBINING_CLASS( BelowLeftAttached, BELOW_LEFT_ATTACHED )
-COMBINING_CLASS( BelowAttached, BELOW_ATTACHED )
-COMBINING_CLASS( BelowRightAttached, BELOW_RIGHT_ATTACHED )
-COMBINING_CLASS( LeftAttached, LEFT_ATTACHED )
-COMBINING_CLASS( RightAttached, RIGHT_ATTACHED )
-COMBINING_CLASS( AboveLeftAttached, ABOVE_LEFT_ATTACHED )
-COMBINING_CLASS( AboveAttached, ABOVE_ATTACHED )
-COMBINING_CLASS( AboveRightAttached, ABOVE_RIGHT_ATTACHED )
-COMBINING_CLASS( BelowLeft, BELOW_LEFT )
-COMBINING_CLASS( Below, BELOW )
-COMBINING_CLASS( BelowRight, BELOW_RIGHT )
-COMBINING_CLASS( Left, LEFT )
-COMBINING_CLASS( Right, RIGHT )
-COMBINING_CLASS( AaboveLeft, ABOVE_LEFT )
-COMBINING_CLASS( Above, ABOVE )
-COMBINING_CLASS( AboveRight, ABOVE_RIGHT )
-COMBINING_CLASS( DoubleBelow, DOUBLE_BELOW )
-COMBINING_CLASS( DoubleAbove, DOUBLE_ABOVE )
-COMBINING_CLASS( BelowIota, BELOW_IOTA )
+CLASS( qvUnicodeHasCccvSpacing, QV_UNICODE_CCCV_SPACING )
+CLASS( qvUnicodeHasCccvOverlays, QV_UNICODE_CCCV_OVERLAYS )
+CLASS( qvUnicodeHasCccvNuktas, QV_UNICODE_CCCV_NUKTAS )
+CLASS( qvUnicodeHasCccvHiragana, QV_UNICODE_CCCV_HIRAGANA )
+CLASS( qvUnicodeHasCccvViramas, QV_UNICODE_CCCV_VIRAMAS )
+CLASS( qvUnicodeHasCccvFixedPosStart, QV_UNICODE_CCCV_FIXED_POS_START )
+CLASS( qvUnicodeHasCccvFixedPosEnd, QV_UNICODE_CCCV_FIXED_POS_END )
+CLASSES( qvUnicodeHasCccvFixedPos, QV_UNICODE_CCCV_FIXED_POS_START, QV_UNICODE_CCCV_FIXED_POS_END )
+CLASS( qvUnicodeHasCccvBelowLeftAttached, QV_UNICODE_CCCV_BELOW_LEFT_ATTACHED )
+CLASS( qvUnicodeHasCccvBelowAttached, QV_UNICODE_CCCV_BELOW_ATTACHED )
+CLASS( qvUnicodeHasCccvBelowRightAttached, QV_UNICODE_CCCV_BELOW_RIGHT_ATTACHED )
+CLASS( qvUnicodeHasCccvLeftAttached, QV_UNICODE_CCCV_LEFT_ATTACHED )
+CLASS( qvUnicodeHasCccvRightAttached, QV_UNICODE_CCCV_RIGHT_ATTACHED )
+CLASS( qvUnicodeHasCccvAboveLeftAttached, QV_UNICODE_CCCV_ABOVE_LEFT_ATTACHED )
+CLASS( qvUnicodeHasCccvAboveAttached, QV_UNICODE_CCCV_ABOVE_ATTACHED )
+CLASS( qvUnicodeHasCccvAboveRightAttached, QV_UNICODE_CCCV_ABOVE_RIGHT_ATTACHED )
+CLASS( qvUnicodeHasCccvBelowLeft, QV_UNICODE_CCCV_BELOW_LEFT )
+CLASS( qvUnicodeHasCccvBelow, QV_UNICODE_CCCV_BELOW )
+CLASS( qvUnicodeHasCccvBelowRight, QV_UNICODE_CCCV_BELOW_RIGHT )
+CLASS( qvUnicodeHasCccvLeft, QV_UNICODE_CCCV_LEFT )
+CLASS( qvUnicodeHasCccvRight, QV_UNICODE_CCCV_RIGHT )
+CLASS( qvUnicodeHasCccvAaboveLeft, QV_UNICODE_CCCV_ABOVE_LEFT )
+CLASS( qvUnicodeHasCccvAbove, QV_UNICODE_CCCV_ABOVE )
+CLASS( qvUnicodeHasCccvAboveRight, QV_UNICODE_CCCV_ABOVE_RIGHT )
+CLASS( qvUnicodeHasCccvDoubleBelow, QV_UNICODE_CCCV_DOUBLE_BELOW )
+CLASS( qvUnicodeHasCccvDoubleAbove, QV_UNICODE_CCCV_DOUBLE_ABOVE )
+CLASS( qvUnicodeHasCccvBelowIota, QV_UNICODE_CCCV_BELOW_IOTA )
 
-QV_BOOL qvUnicodeHasCccvFixedPos( QV_CHAR ch )
-{
-    QV_INT cccv = qvUnicodeCccv( ch );
-    return cccv >= QV_UNICODE_CCCV_FIXED_POS_START && cccv <= QV_UNICODE_CCCV_FIXED_POS_END;
-}
+#undef CLASS
+#undef CLASSES

@@ -10,7 +10,7 @@ struct Row
     char name[23];
 };
 
-// In the order of the values. In capitals they are the names of the constants, behind the prefix.
+// In the order of the values. In capitals they are the names of the constants, after the prefix.
 const Row ROWS[] = {
     { "Unknown" },
     { "Common" },

@@ -3,13 +3,13 @@
 
 #include "qv/sys/qv_types.h"
 
-/* The tables of the character database and the look-ups in them, inline for sources that ask for many characters.
-   Nothing here checks its argument: it has to be below 0x110000, as all characters of a String are. */
+/* The tables of the character database and the look-ups in them, inline for sources that look up many characters. No
+   function here checks its argument: characters must be below 0x110000, as all characters of a String are. */
 
 namespace qv::unicode
 {
-/* The tables of qv_unicode_tables.cpp. Each property has an array with the block of each 128 code points and an array
-   of those blocks. */
+/* The tables of qv_unicode_tables.cpp. Each property has two arrays: one with the number of a block for each 128 code
+   points, and one with the values of the blocks. */
 
 #pragma GCC visibility push( hidden )
 
@@ -38,19 +38,21 @@ extern const QV_CHAR  composites[];
 
 const uint32_t BLOCK_BITS = 7;
 
+/** The value of a property. */
 template< class T >
 inline T lookUp( const uint8_t *blocks, const T *values, QV_CHAR ch )
 {
     return values[(uint32_t)blocks[ch >> BLOCK_BITS] << BLOCK_BITS | ( ch & ( ( 1u << BLOCK_BITS ) - 1 ) )];
 }
 
-/** A mapping to other characters; null and 0 when there is none. */
+/** A mapping to other characters; null and 0 if there is none. */
 struct Mapping
 {
     const QV_CHAR *chars;
     QV_INT         length;
 };
 
+/** The mapping for a value of the tables of cases: the length in the upper two bits, the place of the mapping below. */
 inline Mapping caseMapping( uint16_t value )
 {
     return value ? Mapping{ caseMappings + ( value & 0x3FFF ), value >> 14 } : Mapping{ nullptr, 0 };
@@ -71,13 +73,14 @@ inline QV_INT scriptOf( QV_CHAR ch )
     return lookUp( scriptBlocks, script, ch );
 }
 
-/** Value of a decimal digit of any script, or -1. */
+/** The value of a decimal digit of any script, or -1. */
 inline QV_INT decimalDigit( QV_CHAR ch )
 {
     return lookUp( decimalBlocks, decimal, ch ) - 1;
 }
 
-/** Full case mappings of at most 3 characters; none for a character that maps to itself. */
+/** @{ */
+/** The full case mapping, of at most 3 characters; none for a character that maps to itself. */
 inline Mapping upperCase( QV_CHAR ch )
 {
     return caseMapping( lookUp( upperBlocks, upper, ch ) );
@@ -92,8 +95,9 @@ inline Mapping caseFold( QV_CHAR ch )
 {
     return caseMapping( lookUp( foldBlocks, fold, ch ) );
 }
+/** @} */
 
-/** One step of decomposition and its type. */
+/** The decomposition in one step, and its type QV_UNICODE_CDMT_... */
 inline Mapping decompose( QV_CHAR ch, QV_INT *type )
 {
     uint16_t place = lookUp( decompositionBlocks, decomposition, ch );
@@ -108,25 +112,26 @@ inline Mapping decompose( QV_CHAR ch, QV_INT *type )
     return { decompositions + place + 1, (QV_INT)( decompositions[place] & 0xFF ) };
 }
 
-/** Characters of a decomposition in all steps. */
+/** The greatest length of a decomposition in all steps. */
 const QV_INT LONGEST_DECOMPOSITION = 18;
 
-/** No combining class is as high. */
+/** A value above all combining classes, for characters that take more than a look at their class. */
 const uint32_t LOOK_CLOSER = 255;
 
-/** The decomposition in all steps, by the canonical mappings only or by all: below LOOK_CLOSER the class of a character
-    that has none; LOOK_CLOSER for Hangul syllables and surrogates; above it what fullDecomposition() takes. */
+/** The decomposition in all steps, by the canonical mappings or by all of them. The result is one of three: below
+    LOOK_CLOSER, the combining class of a character that does not decompose; LOOK_CLOSER for Hangul syllables and
+    surrogates; above it, the argument for fullDecomposition(). */
 inline uint32_t decomposeFully( QV_CHAR ch, bool byAll )
 {
     return byAll ? lookUp( compatibleBlocks, compatible, ch ) : lookUp( canonicalBlocks, canonical, ch );
 }
 
-/** A full decomposition. Four characters can always be read. */
+/** A decomposition in all steps. At least four characters can be read at `chars`, whatever the length. */
 struct Decomposition
 {
     QV_INT          length;
-    QV_INT          lastStarter; // place of the last character of class 0, if there is one
-    bool            ordered;     // it begins with a character of class 0, and its marks are in order
+    QV_INT          lastStarter; // index of the last character of class 0, if there is one
+    bool            ordered;     // begins with a character of class 0, and the marks are in order
     const uint32_t *chars;       // each with its combining class in the 8 topmost bits
 };
 
@@ -137,21 +142,21 @@ inline Decomposition fullDecomposition( uint32_t value )
     return { *entry & 0xFF, *entry >> 8 & 0xFF, *entry >> 16 != 0, entry + 1 };
 }
 
-/** What a character does in a text in NFC or, by all mappings, NFKC. Below LOOK_CLOSER it stays as it is, and this is
-    its class: one of class 0 never joins what stands before it, and one of another stays where it is as long as the
-    classes ascend. All others have LOOK_CLOSER. */
+/** What NFC or, by all mappings, NFKC makes of a character. A value below LOOK_CLOSER is the class of a character that
+    stays as it is: of class 0, it never joins the character before it; of another class, it keeps its place as long as
+    the classes ascend. All other characters have LOOK_CLOSER. */
 inline uint32_t composedQuickCheck( QV_CHAR ch, bool byAll )
 {
     return byAll ? lookUp( nfkcBlocks, nfkc, ch ) : lookUp( nfcBlocks, nfc, ch );
 }
 
-/** True if a character can be the second one of a pair that composes, Hangul aside. */
+/** True if a character can be the second of a pair that composes, Hangul aside. */
 inline bool isSecond( QV_CHAR ch )
 {
     return lookUp( compositionSecondBlocks, compositionSecond, ch ) != 0;
 }
 
-/** The character that a pair composes to, or 0. */
+/** The character that a pair composes to, or 0. Hangul is not included. */
 inline QV_CHAR compose( QV_CHAR ch1, QV_CHAR ch2 )
 {
     uint32_t row    = lookUp( compositionFirstBlocks, compositionFirst, ch1 );
@@ -160,6 +165,7 @@ inline QV_CHAR compose( QV_CHAR ch1, QV_CHAR ch2 )
     return composites[compositionCells[row * compositionColumns + column]];
 }
 
+/** The property White_Space. */
 inline bool isWhiteSpace( QV_CHAR ch )
 {
     if( ch < 0x80 )
@@ -169,13 +175,13 @@ inline bool isWhiteSpace( QV_CHAR ch )
            || ch == 0x2029 || ch == 0x202F || ch == 0x205F || ch == 0x3000;
 }
 
-/** What ends a line. */
+/** True for the characters that end a line. */
 inline bool isNlf( QV_CHAR ch )
 {
     return ch - 0xA <= 0xD - 0xA || ch == 0x85 || ch == 0x2028 || ch == 0x2029;
 }
 
-/** Value of a hexadecimal digit, ASCII or fullwidth, or -1. */
+/** The value of a hexadecimal digit, ASCII or fullwidth, or -1. */
 inline QV_INT hexDigit( QV_CHAR ch )
 {
     QV_CHAR ascii = ch - 0xFF10 <= 0xFF46 - 0xFF10 ? ch - 0xFF10 + U'0' : ch;

@@ -1,0 +1,377 @@
+#include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_chars_private.h"
+#include "qv/sys/qv_mem.h"
+#include "qv/unicode/qv_unicode_normalizer_stages_private.h"
+
+/* The shorter ways of writing a text, each of which leaves the state that as many steps would. */
+
+namespace
+{
+using namespace qv::normalizer;
+
+// Marks after a starter that the quick check accepts, far fewer than LIMIT.
+const QV_INT QUICK_MARKS = 64;
+
+// For each form, a limit below which no character changes or joins another one.
+const QV_CHAR SIMPLE[] = { 0x300, 0xA0, 0xC0, 0xA0 };
+
+/* Checking ------------------------------------------------------------------------------------------------------- */
+
+// Eight characters are checked at once, so that text without marks takes one decision for all of them.
+const QV_INT GROUP = 8;
+
+// What the form makes of a character: a value below LOOK_CLOSER is the class of one that stays as it is and joins no
+// other.
+template< QV_INT form >
+inline uint32_t quickCheck( QV_CHAR ch )
+{
+    return form <= QV_UNICODE_NORMAL_FORM_NFKC ? composedQuickCheck( ch, form & 1 ) : decomposeFully( ch, form & 1 );
+}
+
+template< QV_INT form >
+inline bool isStarter( QV_CHAR ch )
+{
+    return ch < SIMPLE[form] || ( QV_CHAR_OK( ch ) && quickCheck< form >( ch ) == 0 );
+}
+
+// How many characters are checked one by one after a group that is not all starters: LEAST if there was a whole group
+// of starters before, then twice as many each time, up to MOST.
+const QV_INT LEAST = 2 * GROUP, MOST = 16 * GROUP;
+
+// The number of characters for the next piece, by that of the last one and that of the characters in groups before it.
+inline QV_INT nextPiece( QV_INT piece, QV_INT whole )
+{
+    return whole > 0 ? LEAST : piece < MOST ? 2 * piece : MOST;
+}
+
+// The number of characters at the start that are in whole groups of starters.
+template< QV_INT form >
+inline QV_INT checkGroups( const QV_CHAR *chs, QV_INT count )
+{
+    static_assert( GROUP == 8 );
+
+    QV_INT i = qv::groupsBelow( chs, count, SIMPLE[form] );
+
+    for( ; i + GROUP <= count && qv::groupsBelow( chs + i, GROUP, 0x110000 ); i += GROUP )
+    {
+        uint32_t all = 0;
+
+        for( QV_INT k = 0; k < GROUP; k++ )
+            all |= quickCheck< form >( chs[i + k] );
+
+        if( all != 0 )
+            break;
+    }
+
+    return i;
+}
+
+// The index of the last starter before a place, or -1.
+template< QV_INT form >
+inline QV_INT lastStarter( const QV_CHAR *chs, QV_INT end )
+{
+    QV_INT i = end - 1;
+
+    while( i >= 0 && quickCheck< form >( chs[i] ) != 0 )
+        i--;
+
+    return i;
+}
+
+// The length for which a text is in the form.
+template< QV_INT form >
+Run checkRun( const QV_CHAR *chs, QV_INT count )
+{
+    QV_INT   i     = 0;
+    QV_INT   piece = LEAST;
+    uint32_t last  = 0; // the class of the last character: for a mark, less 1
+    QV_INT   marks = 0; // since the last starter
+    bool     holds = true;
+
+    while( i < count && holds )
+    {
+        QV_INT whole = checkGroups< form >( chs + i, count - i );
+        piece        = nextPiece( piece, whole );
+        last         = whole > 0 ? 0 : last;
+        marks        = whole > 0 ? 0 : marks;
+        i += whole;
+
+        // Starters and marks take the same way without a branch, since no prediction of the next one would be right.
+        for( QV_INT end = i + piece < count ? i + piece : count; i < end; i++ )
+        {
+            uint32_t cccv = QV_CHAR_OK( chs[i] ) ? quickCheck< form >( chs[i] ) : LOOK_CLOSER;
+
+            // The class less 1 of a starter is above those of all marks, so a starter passes.
+            if( cccv >= LOOK_CLOSER || cccv - 1 < last || marks > QUICK_MARKS )
+            {
+                holds = false;
+                break;
+            }
+
+            last  = cccv - ( cccv != 0 );
+            marks = ( marks + 1 ) & -static_cast< QV_INT >( cccv != 0 );
+        }
+    }
+
+    QV_INT starter = lastStarter< form >( chs, i );
+
+    return { i, starter, lastStarter< form >( chs, starter ) };
+}
+
+/* Composing ------------------------------------------------------------------------------------------------------ */
+
+// What the first characters of a text, which begins with a starter, compose to: the character and the number of those
+// that it is made of. 1 if the starter stays alone, 0 if only the stages can tell. Another starter follows, so that no
+// further character can join.
+struct Unit
+{
+    QV_CHAR ch;
+    QV_INT  length;
+};
+
+template< QV_INT form >
+inline Unit composeUnit( const QV_CHAR *chs, QV_INT count )
+{
+    if( count > 1 && isStarter< form >( chs[1] ) )
+        return { chs[0], 1 };
+
+    const Unit none = { 0, 0 };
+
+    if( count < 3 || !QV_CHAR_OK( chs[1] ) || decomposeFully( chs[0], form & 1 ) >= LOOK_CLOSER
+        || decomposeFully( chs[1], form & 1 ) >= LOOK_CLOSER )
+        return none;
+
+    Unit unit = { composePair( chs[0], chs[1], true ), 2 };
+
+    if( unit.ch - HANGUL_S < S_COUNT && chs[2] - HANGUL_T - 1 < T_COUNT - 1 )
+        unit = { unit.ch + ( chs[2] - HANGUL_T ), 3 };
+
+    return unit.ch != 0 && unit.length < count && isStarter< form >( chs[unit.length] ) ? unit : none;
+}
+
+// Composes pairs and syllables between starters, which are most of what changes in a text, without the stages. Returns
+// the number of characters that it has taken from the text. Stops after several in a row that stay alone.
+template< QV_INT form >
+QV_INT composeUnits( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+{
+    const int PATIENCE = 3;
+
+    QV_INT i     = 0;
+    int    alone = 0;
+
+    while( i < count && alone < PATIENCE )
+    {
+        Unit unit = composeUnit< form >( chs + i, count - i );
+
+        if( unit.length == 0 )
+            break;
+
+        if( i == 0 && norm->pending < norm->length )
+            moveOn( norm, norm->length );
+
+        reserve( norm, 1 );
+        norm->chars[norm->length++] = unit.ch;
+        norm->readable              = norm->length - 1;
+        norm->pending               = norm->length;
+        norm->starter               = unit.ch;
+        norm->lastCccv              = 0;
+        norm->pendingCccv           = 0;
+
+        alone = unit.length == 1 ? alone + 1 : 0;
+        i += unit.length;
+    }
+
+    return i;
+}
+
+// Writes characters in a form that composes.
+template< QV_INT form >
+void writeComposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+{
+    QV_INT i = 0;
+
+    while( i < count )
+    {
+        if( norm->highSurrogate || !isStarter< form >( chs[i] ) )
+        {
+            writeChar( norm, chs[i++] );
+            continue;
+        }
+
+        Run    run = checkRun< form >( chs + i, count - i );
+        QV_INT end = i + run.length;
+
+        if( run.previous >= 0 )
+        {
+            pass( norm, chs + i, run );
+            i += run.starter;
+        }
+
+        if( QV_INT composed = composeUnits< form >( norm, chs + i, count - i ) )
+            i += composed;
+        else
+            for( ; i < end; i++ )
+                step( norm, chs[i] );
+    }
+}
+
+/* Decomposing ---------------------------------------------------------------------------------------------------- */
+
+// Decomposes characters as long as they are in order, so that none has to move. Returns the number of characters that
+// it has taken from the text. There must be so few that LIMIT cannot be reached.
+QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+{
+    QV_ASSERT( norm->length - norm->pending + count * LONGEST_DECOMPOSITION < LIMIT );
+    reserve( norm, ( count + 1 ) * LONGEST_DECOMPOSITION );
+
+    const bool byAll   = isCompatible( norm );
+    QV_CHAR   *to      = norm->chars + norm->length;
+    QV_CHAR   *pending = norm->chars + norm->pending;
+    uint32_t   last    = norm->pendingCccv ? static_cast< uint32_t >( norm->pendingCccv - 1 ) : 0;
+    QV_INT     i       = 0;
+
+    for( ; i < count && QV_CHAR_OK( chs[i] ); i++ )
+    {
+        uint32_t value = decomposeFully( chs[i], byAll );
+
+        if( value < LOOK_CLOSER )
+        {
+            // The class less 1 of a starter is above those of all marks, so a starter passes.
+            if( value - 1 < last )
+                break;
+
+            pending = value == 0 ? to : pending;
+            last    = value - ( value != 0 );
+            *to++   = chs[i];
+        }
+        else if( value > LOOK_CLOSER )
+        {
+            Decomposition full = fullDecomposition( value );
+
+            if( !full.ordered )
+                break;
+
+            // Most decompositions have no more than four characters, and storing four without a condition costs less.
+            for( QV_INT k = 0; k < 4; k++ )
+                to[k] = full.chars[k] & 0xFFFFFF;
+
+            for( QV_INT k = 4; k < full.length; k++ )
+                to[k] = full.chars[k] & 0xFFFFFF;
+
+            uint32_t cccv = full.chars[full.length - 1] >> 24;
+            pending       = to + full.lastStarter;
+            last          = cccv - ( cccv != 0 );
+            to += full.length;
+        }
+        else if( chs[i] - HANGUL_S < S_COUNT )
+        {
+            to += decomposeHangul( chs[i], to );
+            pending = to - 1;
+            last    = 0;
+        }
+        else
+        {
+            break;
+        }
+    }
+
+    norm->length      = to - norm->chars;
+    norm->pending     = pending - norm->chars;
+    norm->readable    = norm->pending;
+    norm->pendingCccv = norm->length > norm->pending ? combiningClass( to[-1] ) : 0;
+
+    return i;
+}
+
+// Writes characters in a form that does not compose.
+template< QV_INT form >
+void writeDecomposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+{
+    static_assert( ( MOST + 1 ) * LONGEST_DECOMPOSITION < LIMIT / 2 + LIMIT / 4 );
+
+    QV_INT i     = 0;
+    QV_INT piece = LEAST;
+
+    while( i < count )
+    {
+        if( norm->highSurrogate || norm->unordered || norm->length - norm->pending > LIMIT / 4 )
+        {
+            writeChar( norm, chs[i++] );
+            continue;
+        }
+
+        QV_INT whole = checkGroups< form >( chs + i, count - i );
+
+        if( whole > 0 )
+        {
+            // The last one is written next.
+            pass( norm, chs + i, { whole, whole - 1, whole - 2 } );
+            i += whole - 1;
+        }
+
+        piece      = nextPiece( piece, whole );
+        QV_INT end = i + piece < count ? i + piece : count;
+        i += decomposeInOrder( norm, chs + i, end - i );
+
+        if( i < end )
+            writeChar( norm, chs[i++] );
+    }
+}
+} // namespace
+
+qv::normalizer::Run qv::normalizer::check( const QV_CHAR *chs, QV_INT count, QV_INT form )
+{
+    switch( form )
+    {
+    case QV_UNICODE_NORMAL_FORM_NFC:
+        return checkRun< QV_UNICODE_NORMAL_FORM_NFC >( chs, count );
+    case QV_UNICODE_NORMAL_FORM_NFKC:
+        return checkRun< QV_UNICODE_NORMAL_FORM_NFKC >( chs, count );
+    case QV_UNICODE_NORMAL_FORM_NFD:
+        return checkRun< QV_UNICODE_NORMAL_FORM_NFD >( chs, count );
+    default:
+        return checkRun< QV_UNICODE_NORMAL_FORM_NFKD >( chs, count );
+    }
+}
+
+void qv::normalizer::pass( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, const Run &run )
+{
+    QV_ASSERT( combiningClass( chs[0] ) == 0 && run.previous >= 0 && run.previous < run.starter );
+
+    if( norm->pending < norm->length )
+        moveOn( norm, norm->length );
+
+    reserve( norm, run.starter + LONGEST_DECOMPOSITION );
+
+    QV_INT at = norm->length;
+    qvMemCopyN( norm->chars + at, chs, run.starter, sizeof( QV_CHAR ) );
+    norm->length += run.starter;
+    norm->pending     = norm->length;
+    norm->pendingCccv = 0;
+
+    if( composes( norm ) )
+    {
+        norm->readable = at + run.previous;
+        norm->starter  = chs[run.previous];
+        norm->lastCccv = combiningClass( chs[run.starter - 1] );
+    }
+    else
+    {
+        norm->readable = norm->length;
+    }
+}
+
+void qv::normalizer::writeChars( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+{
+    switch( norm->normalForm )
+    {
+    case QV_UNICODE_NORMAL_FORM_NFC:
+        return writeComposed< QV_UNICODE_NORMAL_FORM_NFC >( norm, chs, count );
+    case QV_UNICODE_NORMAL_FORM_NFKC:
+        return writeComposed< QV_UNICODE_NORMAL_FORM_NFKC >( norm, chs, count );
+    case QV_UNICODE_NORMAL_FORM_NFD:
+        return writeDecomposed< QV_UNICODE_NORMAL_FORM_NFD >( norm, chs, count );
+    default:
+        return writeDecomposed< QV_UNICODE_NORMAL_FORM_NFKD >( norm, chs, count );
+    }
+}
