@@ -1,8 +1,9 @@
 #include "qv/base/qv_timer.h"
 
+#include "qv/base/qv_action_private.h"
 #include "qv/base/qv_barrier.h"
 #include "qv/base/qv_dict.h"
-#include "qv/base/qv_event_private.h"
+#include "qv/base/qv_dict_private.h"
 #include "qv/base/qv_monitor_private.h"
 #include "qv/base/qv_thread.h"
 #include "qv/base/qv_thread_private.h"
@@ -54,7 +55,7 @@ Closure *closureOf( QV_OBJ *object )
 /* Taking out of the queues --------------------------------------------------------------------------------------- */
 
 // Takes the order to fire away. True if there was one: of all who try at the same time one succeeds.
-bool disarm( Closure *tcl )
+bool disarmClosure( Closure *tcl )
 {
     return qv___AtomicCompareExchange32( &tcl->sched, 1, 0 ) == 1;
 }
@@ -67,18 +68,18 @@ void leaveAbsolute( Closure *tcl )
 }
 
 // Takes a closure out of the queue that it stands in, with the monitor held.
-void unschedule( Closure *tcl )
+void unscheduleClosure( Closure *tcl )
 {
     if( tcl->schedRel )
     {
         QV_CHECK( tcl->schedRel != tcl->schedAbs );
 
-        disarm( tcl );
+        disarmClosure( tcl );
         timerRelQueue.del( tcl );
     }
     else if( tcl->schedAbs )
     {
-        disarm( tcl );
+        disarmClosure( tcl );
 
         // Another timer may have taken over the Time.
         qv::Ref< QV_OBJ > check( qvDictObjKey( timerAbsDict, qv::obj( tcl->absKey ) ) );
@@ -90,7 +91,7 @@ void unschedule( Closure *tcl )
     }
 }
 
-void arm( Closure *tcl )
+void armClosure( Closure *tcl )
 {
     qv___AtomicCompareExchange32( &tcl->sched, 0, 1 );
 }
@@ -103,13 +104,13 @@ void freeTimer( QV_OBJ *thisObj )
 
     {
         qv::HeldMonitor held( timerMonitor );
-        unschedule( timer->closure );
+        unscheduleClosure( timer->closure );
     }
 
     qv::drop( timer->closure );
 }
 
-void freeClosure( QV_OBJ *thisObj )
+void freeTimerClosure( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -123,7 +124,7 @@ void freeClosure( QV_OBJ *thisObj )
 }
 } // namespace
 
-QV___FAMILY( ___TimerClosure, QV___TIMER_CLOSURE, freeClosure, nullptr, nullptr )
+QV___FAMILY( ___TimerClosure, QV___TIMER_CLOSURE, freeTimerClosure, nullptr, nullptr )
 QV___FAMILY( Timer, QV_TIMER, freeTimer, nullptr, nullptr )
 
 void qv___TimerStartup( void )
@@ -175,7 +176,7 @@ const QV_INT FAR_WAIT    = 10000; // milliseconds
 const QV_INT NEAR_WAIT   = 1000;
 
 // Fires with no lock held.
-void fire( Closure *tcl )
+void fireClosure( Closure *tcl )
 {
     qv::fireAction( tcl->action );
 
@@ -206,7 +207,7 @@ Closure *takeRelative( QV_INT now, QV_INT *wait )
         Closure *tcl = closureOf( first.timer );
         timerRelQueue.del( tcl );
 
-        if( disarm( tcl ) )
+        if( disarmClosure( tcl ) )
             return qv::retain( tcl );
     }
 
@@ -235,7 +236,7 @@ Closure *takeAbsolute( QV_INT *wait )
         qvDictDelAt( &timerAbsDict, 0 );
         leaveAbsolute( tcl );
 
-        if( disarm( tcl ) )
+        if( disarmClosure( tcl ) )
             return tcl.give();
     }
 
@@ -252,7 +253,7 @@ bool fireDue( Take take, QV_INT *wait )
     while( Closure *due = take( wait ) )
     {
         qv::Ref< Closure > tcl( due );
-        fire( tcl );
+        fireClosure( tcl );
         fired = true;
     }
 
@@ -344,7 +345,7 @@ QV_TIMER *qvTimerCreateBarrier( QV_BARRIER *barrier )
 QV_TIMER *qvTimerCreateCondset( QV_CONDSET *condSet, QV_INT conditions )
 {
     QV_CHECK( condSet );
-    return createTimer( { .condSet = condSet, .conditions = conditions & 0xffff } );
+    return createTimer( { .condSet = condSet, .conditions = conditions } );
 }
 
 QV_TIMER *qv___TimerCreateAbort( void )
@@ -363,10 +364,10 @@ namespace
 bool scheduleRelative( Closure *tcl, QV_INT due )
 {
     if( tcl->schedAbs )
-        unschedule( tcl );
+        unscheduleClosure( tcl );
 
     timerRelQueue.set( tcl, due );
-    arm( tcl );
+    armClosure( tcl );
 
     bool first = tcl->relIdx == 0;
 
@@ -423,12 +424,12 @@ void qvTimerScheduleAtTime( QV_TIMER *timer, QV_TIME *at )
     {
         qv::HeldMonitor held( timerMonitor );
         Closure        *tcl = timer->closure;
-        unschedule( tcl );
+        unscheduleClosure( tcl );
 
         qvDictSetObjKey( &timerAbsDict, qv::obj( at ), tcl );
         tcl->schedAbs = QV_TRUE;
         tcl->absKey   = qv::retain( at );
-        arm( tcl );
+        armClosure( tcl );
         first = qv::dictItem( timerAbsDict, 0 ).val == tcl;
     }
 
@@ -439,7 +440,7 @@ void qvTimerScheduleAtTime( QV_TIMER *timer, QV_TIME *at )
 void qvTimerUnschedule( QV_TIMER *timer )
 {
     QV_CHECK( timer );
-    disarm( timer->closure );
+    disarmClosure( timer->closure );
 }
 
 QV_BOOL qvTimerScheduled( QV_TIMER *timer )
