@@ -18,7 +18,7 @@ struct QV_REGION : QV_OBJ
 namespace
 {
 // What holds while the monitor is held.
-[[maybe_unused]] bool holds( QV_REGION *region )
+[[maybe_unused]] bool regionHolds( QV_REGION *region )
 {
     return qvBarrierIsBlocked( region->exclusiveBarrier ) == region->exclusive && region->sharedUsers >= 0
            && static_cast< bool >( qvBarrierIsBlocked( region->sharedBarrier ) ) == ( region->sharedUsers > 0 );
@@ -66,7 +66,7 @@ void qvRegionEnterShared( QV_REGION *region )
         QV_CHECK( QV_INT_ADD_OK( region->sharedUsers, 1 ) );
         region->sharedUsers++;
         qvBarrierBlock( region->sharedBarrier );
-        QV_ASSERT( holds( region ) );
+        QV_ASSERT( regionHolds( region ) );
         return;
     }
 }
@@ -86,7 +86,7 @@ void qvRegionEnterExclusive( QV_REGION *region )
 
         region->exclusive = QV_TRUE;
         qvBarrierBlock( region->exclusiveBarrier );
-        QV_ASSERT( holds( region ) );
+        QV_ASSERT( regionHolds( region ) );
         claimed = true;
     }
 
@@ -114,12 +114,12 @@ void qvRegionLeave( QV_REGION *region )
         if( --region->sharedUsers == 0 )
             qvBarrierUnblock( region->sharedBarrier );
 
-        QV_ASSERT( holds( region ) );
+        QV_ASSERT( regionHolds( region ) );
         return;
     }
 
     QV_CHECK( region->exclusive );
     region->exclusive = QV_FALSE;
     qvBarrierUnblock( region->exclusiveBarrier );
-    QV_ASSERT( holds( region ) );
+    QV_ASSERT( regionHolds( region ) );
 }

@@ -44,12 +44,12 @@ pthread_key_t leftKey = NO_KEY;
 sem_t         leftThreads;
 int32_t       spawnedThreads = 0; // atomic; those for which `leftThreads` has not been taken down yet
 
-QV_THREAD *current()
+QV_THREAD *currentThread()
 {
     return static_cast< QV_THREAD * >( pthread_getspecific( tlsKey ) );
 }
 
-void setCurrent( void *thread, const char *failure )
+void setCurrentThread( void *thread, const char *failure )
 {
     if( pthread_setspecific( tlsKey, thread ) )
         qv___Abort( failure, QV___SOURCE, __LINE__, nullptr );
@@ -80,14 +80,14 @@ void freeThread( QV_OBJ *thisObj )
     qv::drop( thread->keys );
 }
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *threadToString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     return qvThreadName( qvThreadFrom( thisObj ) );
 }
 
 // Takes over the reference to the name.
-void fill( QV_THREAD *thread, QV_STRING *threadName, QV_THREAD_FUNC threadFunc, QV_INT prio, QV_OBJ *argument )
+void fillThread( QV_THREAD *thread, QV_STRING *threadName, QV_THREAD_FUNC threadFunc, QV_INT prio, QV_OBJ *argument )
 {
     thread->threadName   = threadName;
     thread->threadFunc   = threadFunc;
@@ -100,7 +100,7 @@ void fill( QV_THREAD *thread, QV_STRING *threadName, QV_THREAD_FUNC threadFunc, 
 
 // What is left of a thread's end once it is no longer known as the calling one. Gives up the thread's own reference.
 // The counter comes last: when it is 0, all ends have been signalled.
-void end( QV_THREAD *thread )
+void endThread( QV_THREAD *thread )
 {
     qv::release( thread->argument );
     thread->argument = nullptr;
@@ -166,7 +166,7 @@ private:
 };
 } // namespace
 
-QV___FAMILY( Thread, QV_THREAD, freeThread, nullptr, toString )
+QV___FAMILY( Thread, QV_THREAD, freeThread, nullptr, threadToString )
 
 void qv___ThreadStartup( void )
 {
@@ -218,11 +218,11 @@ void *qv___ThreadUnixStart( void *object )
     if( pthread_setspecific( leftKey, &leftThreads ) )
         qv___Abort( "failed to set thread-specific data", QV___SOURCE, __LINE__, nullptr );
 
-    setCurrent( thread, "failed to set thread-specific data" );
+    setCurrentThread( thread, "failed to set thread-specific data" );
     thread->threadFunc();
-    setCurrent( nullptr, "failed to release thread-specific data" );
+    setCurrentThread( nullptr, "failed to release thread-specific data" );
     qv::endSignalStack( &thread->signalStack );
-    end( thread );
+    endThread( thread );
 
     return nullptr;
 }
@@ -234,7 +234,7 @@ QV_THREAD *qvThreadTrySpawn( QV_STRING *threadName, QV_THREAD_FUNC threadFunc, Q
     QV_CHECK( QV_THREAD_PRIORITY_OK( prio ) );
 
     qv::Ref< QV_THREAD > thread( qv::create< QV_THREAD >( qvThreadSort() ) );
-    fill( thread, qv::retain( threadName ), threadFunc, prio, argument );
+    fillThread( thread, qv::retain( threadName ), threadFunc, prio, argument );
     thread->previousThread = nullptr;
 
     Attributes attributes( prio );
@@ -324,11 +324,11 @@ void qv___ThreadEncapsulateBegin( QV_OBJ *argument )
 
     QV_THREAD *thread      = qv::create< QV_THREAD >( qvThreadSort() );
     thread->previousThread = pthread_getspecific( tlsKey );
-    setCurrent( thread, "failed to set thread-specific data" );
+    setCurrentThread( thread, "failed to set thread-specific data" );
     qv::beginSignalStack( &thread->signalStack );
 
     QV_STRING *name = qvStringCreateFromCstr( "qv___ThreadEncapsulateBegin", -1 );
-    fill( thread, name, nullptr, QV_THREAD_PRIORITY_NORMAL, argument );
+    fillThread( thread, name, nullptr, QV_THREAD_PRIORITY_NORMAL, argument );
 
     if( threadCounter )
         qvCounterIncrement( threadCounter );
@@ -336,17 +336,17 @@ void qv___ThreadEncapsulateBegin( QV_OBJ *argument )
 
 void qv___ThreadEncapsulateEnd( void )
 {
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
-    setCurrent( thread->previousThread, "failed to restore old tls key" );
+    setCurrentThread( thread->previousThread, "failed to restore old tls key" );
     qv::endSignalStack( &thread->signalStack );
-    end( thread );
+    endThread( thread );
 }
 
 QV_BOOL qvThreadEncapsulated( void )
 {
-    return current() ? QV_TRUE : QV_FALSE;
+    return currentThread() ? QV_TRUE : QV_FALSE;
 }
 
 void qvThreadCheckEncapsulated( void )
@@ -359,7 +359,7 @@ void qvThreadCheckEncapsulated( void )
 
 QV_THREAD *qvThreadThis( void )
 {
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
     return qv::retain( thread );
@@ -367,7 +367,7 @@ QV_THREAD *qvThreadThis( void )
 
 QV_INT qvThreadPriority( void )
 {
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
     return thread->prio;
@@ -381,7 +381,7 @@ void qvThreadYield( void )
 
 QV_OBJ *qvThreadUnlatchArgument( void )
 {
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
     return std::exchange( thread->argument, nullptr );
@@ -389,7 +389,7 @@ QV_OBJ *qvThreadUnlatchArgument( void )
 
 QV_OBJ *qvThreadKey( QV_OBJ *key )
 {
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
     return qvDictObjKey( thread->keys, key );
@@ -397,7 +397,7 @@ QV_OBJ *qvThreadKey( QV_OBJ *key )
 
 QV_BOOL qvThreadHasKey( QV_OBJ *key )
 {
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
     return qvDictHasObjKey( thread->keys, key );
@@ -407,7 +407,7 @@ void qvThreadSetKey( QV_OBJ *key, QV_OBJ *val )
 {
     QV_CHECK( val );
 
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
     qvDictSetObjKey( &thread->keys, key, val );
@@ -415,7 +415,7 @@ void qvThreadSetKey( QV_OBJ *key, QV_OBJ *val )
 
 void qvThreadDelKey( QV_OBJ *key )
 {
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
     qvDictDelObjKey( &thread->keys, key );
