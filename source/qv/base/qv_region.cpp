@@ -24,6 +24,22 @@ namespace
            && static_cast< bool >( qvBarrierIsBlocked( region->sharedBarrier ) ) == ( region->sharedUsers > 0 );
 }
 
+// Enters the monitor at a time when no exclusive user is in or has claimed the region.
+void enterUnclaimed( QV_REGION *region )
+{
+    for( ;; )
+    {
+        qvBarrierPass( region->exclusiveBarrier );
+        qvMonitorEnter( region->monitor );
+
+        if( !region->exclusive )
+            return;
+
+        // A rival has closed the barrier since.
+        qvMonitorLeave( region->monitor );
+    }
+}
+
 void freeRegion( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
@@ -53,42 +69,23 @@ void qvRegionEnterShared( QV_REGION *region )
 {
     QV_CHECK( region );
 
-    for( ;; )
-    {
-        qvBarrierPass( region->exclusiveBarrier );
-
-        qv::HeldMonitor held( region->monitor );
-
-        // A rival may have closed the barrier since.
-        if( region->exclusive )
-            continue;
-
-        QV_CHECK( QV_INT_ADD_OK( region->sharedUsers, 1 ) );
-        region->sharedUsers++;
-        qvBarrierBlock( region->sharedBarrier );
-        QV_ASSERT( regionHolds( region ) );
-        return;
-    }
+    enterUnclaimed( region );
+    QV_CHECK( QV_INT_ADD_OK( region->sharedUsers, 1 ) );
+    region->sharedUsers++;
+    qvBarrierBlock( region->sharedBarrier );
+    QV_ASSERT( regionHolds( region ) );
+    qvMonitorLeave( region->monitor );
 }
 
 void qvRegionEnterExclusive( QV_REGION *region )
 {
     QV_CHECK( region );
 
-    for( bool claimed = false; !claimed; )
-    {
-        qvBarrierPass( region->exclusiveBarrier );
-
-        qv::HeldMonitor held( region->monitor );
-
-        if( region->exclusive )
-            continue;
-
-        region->exclusive = QV_TRUE;
-        qvBarrierBlock( region->exclusiveBarrier );
-        QV_ASSERT( regionHolds( region ) );
-        claimed = true;
-    }
+    enterUnclaimed( region );
+    region->exclusive = QV_TRUE;
+    qvBarrierBlock( region->exclusiveBarrier );
+    QV_ASSERT( regionHolds( region ) );
+    qvMonitorLeave( region->monitor );
 
     // Until the last shared user has left.
     qvBarrierPass( region->sharedBarrier );
