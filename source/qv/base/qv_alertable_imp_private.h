@@ -1,6 +1,6 @@
 /** @file
-    What alerts hold of an alertable: see qv_handle_private.h. Any thread may fire and halt it. Null as an object ends the
-    process, but `arg` may be null. */
+    What alerts hold of an alertable: see qv_handle_private.h. Any thread may fire and halt it. Null as an object ends
+    the process, but `arg` may be null. */
 
 #ifndef QV_ALERTABLE_IMP_PRIVATE_H
 #define QV_ALERTABLE_IMP_PRIVATE_H

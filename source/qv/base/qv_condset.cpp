@@ -9,7 +9,7 @@
 
 struct QV_CONDSET : QV_OBJ
 {
-    QV_BARRIER *gateBarrier; // closed while a change is under way; everybody passes it first
+    QV_BARRIER *gateBarrier; // closed during a change; all operations pass it first
     QV_MONITOR *monitor;     // guards the next three
     QV_BOOL     changing;    // a change is under way
     QV_INT      usersCount;  // threads inside a wait
@@ -60,8 +60,9 @@ void enterCondset( QV_CONDSET *cs )
     }
 }
 
-// Makes the mask `conditions` of which the bits outside `mask` stay. The monitor is entered, and left in the end.
-// Waiters are driven out before the mask changes and let in again after, so each of them sees it before or after.
+// Replaces the conditions of `mask` by `conditions` and keeps the others. Called with the monitor entered, returns with
+// it left. All waiters are woken and out of the wait before the change; then they look again, so none sleeps through
+// it.
 void changeCondset( QV_CONDSET *cs, QV_INT mask, QV_INT conditions )
 {
     qvBarrierBlock( cs->gateBarrier );
@@ -79,6 +80,7 @@ void changeCondset( QV_CONDSET *cs, QV_INT mask, QV_INT conditions )
     QV_ASSERT( condsetHolds( cs ) );
 }
 
+// What a wait returns when it finds the conditions `present`; 0 to go on waiting.
 using Satisfied = QV_INT ( * )( QV_INT present, QV_INT conditions );
 
 QV_INT satisfiesAny( QV_INT present, QV_INT conditions )
@@ -91,13 +93,14 @@ QV_INT satisfiesAll( QV_INT present, QV_INT conditions )
     return present == conditions ? conditions : 0;
 }
 
-// What is left of a limit, or -1 when it has passed.
-QV_INT remaining( QV_INT start, QV_INT millisec )
+// Milliseconds left of a limit that began at the timestamp `start`, or -1 when it has passed.
+QV_INT millisecondsLeft( QV_INT start, QV_INT millisec )
 {
     QV_INT elapsed = qvTimestamp() - start;
     return elapsed > millisec ? -1 : millisec - elapsed;
 }
 
+// A negative limit is none.
 QV_INT waitForConditions( QV_CONDSET *cs, QV_INT conditions, QV_INT millisec, Satisfied satisfied )
 {
     conditions &= CONDITIONS;
@@ -119,7 +122,7 @@ QV_INT waitForConditions( QV_CONDSET *cs, QV_INT conditions, QV_INT millisec, Sa
             return result;
         }
 
-        if( timed && ( left = remaining( start, millisec ) ) < 0 )
+        if( timed && ( left = millisecondsLeft( start, millisec ) ) < 0 )
         {
             qvMonitorLeave( cs->monitor );
             return 0;

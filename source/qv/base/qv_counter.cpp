@@ -26,7 +26,7 @@ void freeCounter( QV_OBJ *thisObj )
 
     QV_COUNTER *ctr = qvCounterFrom( thisObj );
 
-    // Who has waited for zero may get here while the thread that opened the barrier is still inside.
+    // A thread that has waited for zero may get here while the one that opened the barrier still holds the monitor.
     qvMonitorEnter( ctr->monitor );
     qvMonitorLeave( ctr->monitor );
 

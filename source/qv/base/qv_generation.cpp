@@ -11,9 +11,9 @@
 namespace
 {
 QV_MONITOR *qv___GenerationMonitor          = nullptr; // guards the number
-QV_INT      qv___GenerationGenerationNumber = 0;       // that the next root gets
+QV_INT      qv___GenerationGenerationNumber = 0;       // what the next root gets
 
-// Takes over `parent`, which may be null, and `path`, and ends the path with `number`.
+// Takes over the references to `parent`, which may be null, and to the parent's path, to which it appends `number`.
 QV_GENERATION *createGeneration( QV_GENERATION *parent, QV_VECTOR *path, QV_INT number )
 {
     QV_GENERATION *generation         = qv::create< QV_GENERATION >( qvGenerationSort() );
@@ -32,8 +32,9 @@ void freeGeneration( QV_OBJ *thisObj )
     qv::drop( generation->monitor );
     qv::drop( generation->path );
 
-    // Ancestors that nobody else holds end here one by one, each without its parent: a long line would need as many
-    // calls inside each other. A count of 1 is the reference in hand, so nobody can read what is taken out.
+    // Ancestors that nobody else holds end here one by one, each with its parent taken out before. If each of them
+    // released its own parent, a long line would need as many nested calls. A count of 1 is the reference in hand, so
+    // no other thread reads the field.
     QV_GENERATION *ancestor = std::exchange( generation->parent, nullptr );
 
     while( ancestor && !qv::isShared( ancestor ) )

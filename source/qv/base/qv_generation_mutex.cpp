@@ -8,7 +8,7 @@
 struct QV_GENERATION_MUTEX : QV_OBJ
 {
     QV_MONITOR *monitor;     // guards the Dict
-    QV_DICT    *generations; // who is in, as key and value
+    QV_DICT    *generations; // those that are in, as key and value
 };
 
 namespace

@@ -20,8 +20,8 @@ struct QV_SIGNAL : qv::EventFields< QV___SIGNALABLE_IMP, QV_SIGNAL, QV_ALERT >
         if( happened() )
             return false;
 
-        // Only the holder of the monitor writes it, so this needs no exchange; the locks that follow, or the fence where
-        // they are no fences, order it before all that the firing does.
+        // Only the holder of the monitor writes it, so this needs no exchange; the locks that follow, or the fence
+        // where they are no fences, order it before all that the firing does.
         __atomic_store_n( &asserted, 1, __ATOMIC_RELEASE );
         QV___ATOMIC_FENCE();
 

@@ -1,6 +1,6 @@
 /** @file
-    What signals hold of a signalable: see qv_handle_private.h. Any thread may fire and halt it. Null as an object ends the
-    process, but `arg` may be null. */
+    What signals hold of a signalable: see qv_handle_private.h. Any thread may fire and halt it. Null as an object ends
+    the process, but `arg` may be null. */
 
 #ifndef QV_SIGNALABLE_IMP_PRIVATE_H
 #define QV_SIGNALABLE_IMP_PRIVATE_H

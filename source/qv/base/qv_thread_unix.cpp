@@ -22,7 +22,7 @@ struct QV_THREAD : QV_OBJ
     QV_STRING      *threadName;
     QV_THREAD_FUNC  threadFunc; // null in an encapsulated thread
     QV_INT          prio;
-    QV_OBJ         *argument; // or null; from here on the thread's own but for the signal
+    QV_OBJ         *argument; // or null; like the fields below, but for the signal, used by the thread itself only
     QV_SIGNAL      *endSignal;
     pthread_t       nativeThread;
     void           *previousThread; // what the key held before an encapsulation
@@ -37,12 +37,12 @@ const pthread_key_t NO_KEY = ~pthread_key_t( 0 );
 pthread_key_t tlsKey        = NO_KEY;  // a thread's QV_THREAD, without a reference of its own
 QV_COUNTER   *threadCounter = nullptr; // of all threads that are spawned or encapsulated
 
-// A thread that has counted itself out of `threadCounter` is still inside the library. Those that were spawned leave it
-// for good by returning to the C library, which then posts `leftThreads` for them, as the destructor of `leftKey`. So
-// when the stop has returned no code of the library runs any more, and it can be unloaded.
+// A thread that has counted itself out of `threadCounter` still runs code of the library. A spawned thread leaves that
+// code when it returns to the C library, which then calls sem_post() on `leftThreads`, the destructor and the value of
+// `leftKey`. The stop waits for these, so that no code of the library runs after it and it can be unloaded.
 pthread_key_t leftKey = NO_KEY;
 sem_t         leftThreads;
-int32_t       spawnedThreads = 0; // atomic; those for which `leftThreads` has not been taken down yet
+int32_t       spawnedThreads = 0; // atomic; those for which nobody has waited at `leftThreads` yet
 
 QV_THREAD *currentThread()
 {
@@ -86,7 +86,7 @@ QV_STRING *threadToString( QV_OBJ *thisObj )
     return qvThreadName( qvThreadFrom( thisObj ) );
 }
 
-// Takes over the reference to the name.
+// Fills the fields. Takes over the reference to the name, retains the argument.
 void fillThread( QV_THREAD *thread, QV_STRING *threadName, QV_THREAD_FUNC threadFunc, QV_INT prio, QV_OBJ *argument )
 {
     thread->threadName   = threadName;
@@ -98,8 +98,8 @@ void fillThread( QV_THREAD *thread, QV_STRING *threadName, QV_THREAD_FUNC thread
     thread->keys         = qvDictCreate();
 }
 
-// What is left of a thread's end once it is no longer known as the calling one. Gives up the thread's own reference.
-// The counter comes last: when it is 0, all ends have been signalled.
+// The last steps of a thread's end, when `tlsKey` no longer holds the object: releases what only the thread could reach
+// and its own reference, then asserts the end. The counter comes last: when it is 0, all ends have been asserted.
 void endThread( QV_THREAD *thread )
 {
     qv::release( thread->argument );
@@ -116,7 +116,7 @@ void endThread( QV_THREAD *thread )
         qvCounterDecrement( threadCounter );
 }
 
-// Where a priority of the library lies in the range of the scheduler's.
+// The scheduler's priority for one of the library's.
 int schedulingPriority( QV_INT prio )
 {
     QV_INT minPrio = sched_get_priority_min( SCHED_RR );
@@ -208,7 +208,7 @@ void *qv___ThreadUnixStart( void *object )
     QV_CHECK( thread->threadName );
     QV_CHECK( thread->threadFunc );
 
-    char name[16] = {}; // more of it the system doesn't keep
+    char name[16] = {}; // the system keeps 15 bytes and the terminator
     qvCharsConvertToUtf8(
         name, sizeof( name ) - 1, qv::chars( thread->threadName ), thread->threadName->length, QV_FALSE );
     prctl( PR_SET_NAME, name );
@@ -239,7 +239,7 @@ QV_THREAD *qvThreadTrySpawn( QV_STRING *threadName, QV_THREAD_FUNC threadFunc, Q
 
     Attributes attributes( prio );
 
-    // Some that have ended may have left since; without this the semaphore would overflow one day.
+    // Takes the posts of threads that have left since, so that the semaphore cannot overflow.
     while( sem_trywait( &leftThreads ) == 0 )
     {
         qv___AtomicAdd32( &spawnedThreads, -1 );

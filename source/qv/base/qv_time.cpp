@@ -23,8 +23,8 @@ namespace
 {
 QV_TIME *qv___TimeProcessStarted = nullptr;
 
-// The calendar repeats itself, weekdays included, every 400 years. So a date is a number of such eras, which may be
-// anything, and a day in its era, with which everything can be computed without overflow and without walking.
+// The calendar repeats itself, weekdays included, every 400 years, an era. Computations take a date as the number of
+// its era and the day in that era, so that they take no steps through the years and no count of days overflows.
 const QV_INT YEARS_IN_ERA = 400;
 const QV_INT DAYS_IN_ERA  = 146097;
 
@@ -159,7 +159,7 @@ void shiftField(
     shiftLarger( tm, amount / unit );
 }
 
-// Reads a whole text as a decimal number of a range.
+// Reads a word of the list as a decimal number from `lowest` to `highest`. False if it is anything else.
 bool readNumber( QV_VECTOR *words, QV_INT idx, QV_INT lowest, QV_INT highest, QV_INT *value )
 {
     qv::Ref< QV_STRING > word( qvStringFrom( qvVectorObjAt( words, idx ) ) );

@@ -18,15 +18,15 @@
 
 #include <algorithm>
 
-// What it fires is written once. `sched` says whether the timer is to fire; `schedAbs` and `schedRel` say in which
-// queue it stands, and may stay set when it is no more to fire.
+// `sched` tells whether the timer is to fire. `schedRel` and `schedAbs` tell in which queue it stands: an unscheduled
+// timer keeps its place until its time.
 struct QV___TIMER_CLOSURE : qv::QueuedTimer // schedRel is guarded by timerMonitor too
 {
-    qv::Action action; // with references of its own
-    QV_THREAD *abortThread;
-    int32_t    sched;    // atomic
-    QV_BOOL    schedAbs; // guarded by timerMonitor, as is the next one
-    QV_TIME   *absKey;   // the Time under which it was queued, if schedAbs is set; else null
+    qv::Action action;      // with references of its own
+    QV_THREAD *abortThread; // null but for qv___TimerCreateAbort()
+    int32_t    sched;       // atomic
+    QV_BOOL    schedAbs;    // guarded by timerMonitor, as is the next one
+    QV_TIME   *absKey;      // the Time under which it was queued, if schedAbs is set; else null
 };
 
 struct QV_TIMER : QV_OBJ
@@ -42,7 +42,7 @@ QV_MONITOR    *timerMonitor  = nullptr; // guards both queues, timerWake and tim
 qv::TimerQueue timerRelQueue = {};      // by timestamp
 QV_DICT       *timerAbsDict  = nullptr; // from Time to closure
 QV_BARRIER    *timerThreadBarrier = nullptr; // the timer thread sleeps here
-QV_INT         timerWake          = 0;       // the timestamp at which it looks at the queues again, left alone
+QV_INT         timerWake          = 0;       // the timestamp until which it sleeps; 0: it is to be woken
 QV_BOOL        timerThreadAbort   = QV_FALSE;
 QV_THREAD     *timerThread        = nullptr;
 QV_TIME       *timerWallNow       = nullptr; // the timer thread's own
@@ -54,13 +54,13 @@ Closure *closureOf( QV_OBJ *object )
 
 /* Taking out of the queues --------------------------------------------------------------------------------------- */
 
-// Takes the order to fire away. True if there was one: of all who try at the same time one succeeds.
+// Takes the order to fire away. True if there was one: of several threads that try at the same time, one succeeds.
 bool disarmClosure( Closure *tcl )
 {
     return qv___AtomicCompareExchange32( &tcl->sched, 1, 0 ) == 1;
 }
 
-// Notes that a closure stands in the queue by wall clock no more.
+// Notes that a closure no longer stands in the queue by wall clock.
 void leaveAbsolute( Closure *tcl )
 {
     tcl->schedAbs = QV_FALSE;
@@ -81,7 +81,7 @@ void unscheduleClosure( Closure *tcl )
     {
         disarmClosure( tcl );
 
-        // Another timer may have taken over the Time.
+        // A timer that was scheduled at an equal Time later may have taken the place in the Dict.
         qv::Ref< QV_OBJ > check( qvDictObjKey( timerAbsDict, qv::obj( tcl->absKey ) ) );
 
         if( check == tcl )
@@ -137,7 +137,7 @@ void qv___TimerStartup( void )
     timerWake          = 0;
     timerThreadAbort   = QV_FALSE;
     timerThreadBarrier = qvBarrierCreate( QV_TRUE );
-    timerWallNow       = qvTimeNow(); // made here, so that the thread needs no heap of its own to start
+    timerWallNow       = qvTimeNow(); // made here, so that the thread allocates nothing when it starts
     timerThread =
         qvThreadTrySpawnCstr( "qv___TimerThreadFunc()", -1, qv___TimerThreadFunc, nullptr, QV_THREAD_PRIORITY_HIGHEST );
     QV_CHECK( timerThread );
@@ -170,7 +170,7 @@ namespace
 {
 const QV_INT NEVER = QV_INT_MAX;
 
-// How often the wall clock is looked at while a Time is queued: less often while it is that far off.
+// How long the thread sleeps at most while a Time is queued: FAR_WAIT while the first one is FAR_SECONDS away or more.
 const QV_INT FAR_SECONDS = 10;
 const QV_INT FAR_WAIT    = 10000; // milliseconds
 const QV_INT NEAR_WAIT   = 1000;
@@ -244,7 +244,8 @@ Closure *takeAbsolute( QV_INT *wait )
     return nullptr;
 }
 
-// Fires all that is due, in the order that `take` gives. True if there was any; `*wait` is the time until the next.
+// Fires all that is due, in the order in which `take` returns it. True if there was any; `*wait` is the time until the
+// next.
 template< class Take >
 bool fireDue( Take take, QV_INT *wait )
 {
@@ -268,10 +269,11 @@ void qv___TimerThreadFunc( void )
 
     while( !abort )
     {
-        // Closed before the queues are looked at, so that nothing is missed. Whoever schedules changes a queue first
-        // and then, if the timer is the first one there, opens the barrier. Either that change comes before the look,
-        // which then finds it, or the barrier opens after it was closed here and the next pass is not delayed. A timer
-        // that is not the first one needs no pass before the first one's time, for which the thread sleeps at most.
+        // Closed before the queues are looked at, so that nothing is missed. A thread that schedules changes a queue
+        // first and then, if the timer is the first one there, opens the barrier. Either that change comes before the
+        // look, which then finds it, or the barrier opens after it was closed here and the next pass is not delayed. A
+        // timer that is not the first one needs no pass before the first one's time, for which the thread sleeps at
+        // most.
         qvBarrierPassTimed( timerThreadBarrier, wait );
         qvBarrierBlock( timerThreadBarrier );
 

@@ -12,7 +12,7 @@ namespace
 {
 using namespace qv::timezone;
 
-// -1, 0 or 1, as Strings compare.
+// Compares a String with a text in ASCII: -1, 0 or 1, in the order of Strings.
 int compareNames( QV_STRING *name, const char *other )
 {
     for( QV_INT i = 0; i < name->length; i++ )
@@ -20,7 +20,7 @@ int compareNames( QV_STRING *name, const char *other )
         QV_CHAR ch      = qv::chars( name )[i];
         QV_CHAR otherCh = static_cast< unsigned char >( other[i] );
 
-        // The other one's end is less than any character but the one of the value 0, which is no part of it.
+        // The other name has ended, so the longer one is greater, also when its next character is 0.
         if( otherCh == 0 )
             return 1;
 
