@@ -1,19 +1,14 @@
 #include "qv/base/qv_alert.h"
 
+#include "qv/base/qv_alertable_private.h"
 #include "qv/base/qv_event_private.h"
 
-struct QV_ALERT : QV_OBJ
+// Its wait barrier, once there is one, is open exactly while it is set.
+struct QV_ALERT : qv::EventFields< QV___ALERTABLE_IMP, QV_ALERT, QV_SIGNAL >
 {
     static constexpr bool ONE_SHOT = false;
 
-    QV_MONITOR *monitor; // guards everything below
-    QV_BOOL     set;
-    QV_BARRIER *waitBarrier; // open exactly while `set`; null until somebody waits
-
-    qv::Targets< QV___ALERTABLE_IMP > alertables;
-    qv::Targets< QV_ALERT >           chainedAlerts;
-    qv::Targets< QV_SIGNAL >          signals;
-    qv::Targets< QV_BARRIER >         barriers;
+    QV_BOOL set;
 
     bool happened()
     {
@@ -23,15 +18,6 @@ struct QV_ALERT : QV_OBJ
     bool happen()
     {
         return !std::exchange( set, QV_TRUE );
-    }
-
-    template< class Function >
-    void eachKind( Function todo )
-    {
-        todo( alertables );
-        todo( chainedAlerts );
-        todo( signals );
-        todo( barriers );
     }
 };
 
@@ -78,7 +64,7 @@ void qvAlertUnset( QV_ALERT *al )
     if( al->waitBarrier )
         qvBarrierBlock( al->waitBarrier );
 
-    QV_ASSERT( qv::holds( al ) );
+    QV_ASSERT( qv::eventHolds( al ) );
 }
 
 void qvAlertWait( QV_ALERT *al )
@@ -93,12 +79,60 @@ QV_BOOL qvAlertWaitTimed( QV_ALERT *al, QV_INT millisec )
     return qv::waitForEvent( al, millisec );
 }
 
-#define TARGET( Add, Del, KIND, target, targets, kept )                                                                \
-    QV___EVENT_TARGET( Add, Del, QV_ALERT, al, KIND, target, targets, kept )
+/* Targets -------------------------------------------------------------------------------------------------------- */
 
-TARGET( qvAlertAddAlertable, qvAlertDelAlertable, QV_ALERTABLE, alb, alertables, alb->imp )
-TARGET( qvAlertAddAlert, qvAlertDelAlert, QV_ALERT, chainedAlert, chainedAlerts, chainedAlert )
-TARGET( qvAlertAddSignal, qvAlertDelSignal, QV_SIGNAL, sig, signals, sig )
-TARGET( qvAlertAddBarrier, qvAlertDelBarrier, QV_BARRIER, barrier, barriers, barrier )
+void qvAlertAddAlertable( QV_ALERT *al, QV_ALERTABLE *alb )
+{
+    QV_CHECK( al );
+    QV_CHECK( alb );
+    qv::addTarget( al, al->handles, alb->imp );
+}
 
-#undef TARGET
+void qvAlertAddAlert( QV_ALERT *al, QV_ALERT *chainedAlert )
+{
+    QV_CHECK( al );
+    QV_CHECK( chainedAlert );
+    qv::addTarget( al, al->chained, chainedAlert );
+}
+
+void qvAlertAddSignal( QV_ALERT *al, QV_SIGNAL *sig )
+{
+    QV_CHECK( al );
+    QV_CHECK( sig );
+    qv::addTarget( al, al->others, sig );
+}
+
+void qvAlertAddBarrier( QV_ALERT *al, QV_BARRIER *barrier )
+{
+    QV_CHECK( al );
+    QV_CHECK( barrier );
+    qv::addTarget( al, al->barriers, barrier );
+}
+
+void qvAlertDelAlertable( QV_ALERT *al, QV_ALERTABLE *alb )
+{
+    QV_CHECK( al );
+    QV_CHECK( alb );
+    qv::delTarget( al, al->handles, alb->imp );
+}
+
+void qvAlertDelAlert( QV_ALERT *al, QV_ALERT *chainedAlert )
+{
+    QV_CHECK( al );
+    QV_CHECK( chainedAlert );
+    qv::delTarget( al, al->chained, chainedAlert );
+}
+
+void qvAlertDelSignal( QV_ALERT *al, QV_SIGNAL *sig )
+{
+    QV_CHECK( al );
+    QV_CHECK( sig );
+    qv::delTarget( al, al->others, sig );
+}
+
+void qvAlertDelBarrier( QV_ALERT *al, QV_BARRIER *barrier )
+{
+    QV_CHECK( al );
+    QV_CHECK( barrier );
+    qv::delTarget( al, al->barriers, barrier );
+}

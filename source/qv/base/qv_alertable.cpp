@@ -1,25 +1,18 @@
 #include "qv/base/qv_alertable.h"
 
 #include "qv/base/qv_alertable_private.h"
-#include "qv/runtime/qv_ref.h"
 
 namespace
 {
 void freeAlertable( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
-
-    QV_ALERTABLE *alb = qvAlertableFrom( thisObj );
-    qv___AlertableImpHalt( alb->imp );
-    qv::drop( alb->imp );
+    qv::freeHandle( qvAlertableFrom( thisObj ) );
 }
 
-QV_ALERTABLE *create( QV___ALERTABLE_IMP *owned )
+QV_ALERTABLE *createAlertable( QV___ALERTABLE_IMP *owned )
 {
-    QV_ALERTABLE *alb = qv::create< QV_ALERTABLE >( qvAlertableSort() );
-    alb->imp          = owned;
-
-    return alb;
+    return qv::createHandle< QV_ALERTABLE >( qvAlertableSort(), owned );
 }
 } // namespace
 
@@ -27,31 +20,31 @@ QV___FAMILY( Alertable, QV_ALERTABLE, freeAlertable, nullptr, nullptr )
 
 QV_ALERTABLE *qvAlertableCreate( QV_ALERTABLE_FUNC func, QV_OBJ *arg )
 {
-    return create( qv___AlertableImpCreate( func, arg ) );
+    return createAlertable( qv___AlertableImpCreate( func, arg ) );
 }
 
 QV_ALERTABLE *qvAlertableCreateBarrier( QV_BARRIER *barrier )
 {
     QV_CHECK( barrier );
-    return create( qv___AlertableImpCreateBarrier( barrier ) );
+    return createAlertable( qv___AlertableImpCreateBarrier( barrier ) );
 }
 
 QV_ALERTABLE *qvAlertableCreateCondset( QV_CONDSET *condSet, QV_INT conditions )
 {
     QV_CHECK( condSet );
-    return create( qv___AlertableImpCreateCondset( condSet, conditions ) );
+    return createAlertable( qv___AlertableImpCreateCondset( condSet, conditions ) );
 }
 
 QV_ALERTABLE *qvAlertableCreateSignal( QV_SIGNAL *sig )
 {
     QV_CHECK( sig );
-    return create( qv___AlertableImpCreateSignal( sig ) );
+    return createAlertable( qv___AlertableImpCreateSignal( sig ) );
 }
 
 QV_ALERTABLE *qvAlertableCreateAlert( QV_ALERT *alert )
 {
     QV_CHECK( alert );
-    return create( qv___AlertableImpCreateAlert( alert ) );
+    return createAlertable( qv___AlertableImpCreateAlert( alert ) );
 }
 
 void qv___AlertableAlert( QV_ALERTABLE *alb )

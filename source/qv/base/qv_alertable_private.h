@@ -4,16 +4,14 @@
 #include "qv/base/qv_alertable.h"
 #include "qv/base/qv_alertable_imp_private.h"
 
-/** What the owner holds. The alerts that it is added to hold the object behind it. */
-struct QV_ALERTABLE : QV_OBJ
+struct QV_ALERTABLE : qv::Handle< QV___ALERTABLE_IMP >
 {
-    QV___ALERTABLE_IMP *imp; // never null
 };
 
-/** Fires the target without an alert. */
+/** Fires the imp without an alert. Null ends the process. */
 QV_API void qv___AlertableAlert( QV_ALERTABLE *alb );
 
-/** The object behind it, with a new reference. */
+/** The imp, with a new reference, which the caller owns. Null ends the process. */
 QV_API QV___ALERTABLE_IMP *qv___AlertableImp( QV_ALERTABLE *alb );
 
 #endif

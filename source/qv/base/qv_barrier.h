@@ -1,10 +1,13 @@
 /** @file
-    Barrier: a gate, open or closed. Who passes an open one goes straight through, who passes a closed one sleeps until
-    somebody opens it. Passing consumes nothing: an open barrier stays open until it is closed again.
+    Barrier: a gate, open or closed. A thread that passes an open barrier goes straight on; one that passes a closed
+    barrier sleeps until another thread opens it. Passing changes nothing: an open barrier stays open until it is
+    closed.
 
-    It is the one primitive of the library that sleeps; signals, alerts, condition sets, regions and threads sleep on
-    barriers. A sleeper holds a reference of its own to the barrier. Callable from any thread, and opening and closing
-    with any monitor held. Null ends the process. */
+    It is the one primitive of the library that sleeps: waits for signals, alerts, condition sets, counters, regions and
+    threads are waits at barriers. A caller that waits holds a reference of its own to the barrier until the call
+    returns.
+
+    Any thread may call any function, and may open, close and ask with monitors held. Null ends the process. */
 
 #ifndef QV_BARRIER_H
 #define QV_BARRIER_H
@@ -13,24 +16,26 @@
 
 QV_FAMILY( Barrier, QV_BARRIER )
 
-/** A new barrier, closed if `blocked`. */
+/** Returns a new barrier, closed if `blocked` is true, else open. It belongs to the caller. */
 QV_API QV_BARRIER *qvBarrierCreate( QV_BOOL blocked );
 
-/** True while it is closed. */
+/** True if the barrier is closed, at some moment during the call. */
 QV_API QV_BOOL qvBarrierIsBlocked( QV_BARRIER *barrier );
 
 /** Returns when the barrier is open. */
 QV_API void qvBarrierPass( QV_BARRIER *barrier );
 
-/** The same for so many milliseconds at most; -1 means no limit, 0 tests only. True if the barrier was found open. The
-    limit is measured by qvTimestamp(). A sleep ends by the wall clock, a second from its start or before, so a wall
-    clock that is set back during a sleep delays the answer by as much. Another negative limit ends the process. */
+/** Waits until the barrier is open, for `millisec` milliseconds at most; -1 means no limit, 0 tests only. True if it
+    was found open, false if the time ran out. Another negative limit ends the process.
+
+    The limit is measured by qvTimestamp(). The thread sleeps for a second at most at a time and wakes by the wall
+    clock, so a wall clock that is set back during a sleep delays the result by as much. */
 QV_API QV_BOOL qvBarrierPassTimed( QV_BARRIER *barrier, QV_INT millisec );
 
-/** Closes it; nobody is woken. */
+/** Closes the barrier. Wakes no thread. */
 QV_API void qvBarrierBlock( QV_BARRIER *barrier );
 
-/** Opens it and wakes all who sleep. */
+/** Opens the barrier and wakes all threads that sleep at it. */
 QV_API void qvBarrierUnblock( QV_BARRIER *barrier );
 
 #endif

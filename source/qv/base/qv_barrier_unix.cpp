@@ -20,13 +20,13 @@ namespace
 const QV_INT LONGEST_WAIT = 1000; // milliseconds
 const long   SECOND       = 1000000000L;
 
-void lock( QV_BARRIER *barrier )
+void lockBarrier( QV_BARRIER *barrier )
 {
     if( pthread_mutex_lock( &barrier->mutex ) )
         qv___Abort( "failed to lock mutex", QV___SOURCE, __LINE__, nullptr );
 }
 
-void unlock( QV_BARRIER *barrier )
+void unlockBarrier( QV_BARRIER *barrier )
 {
     if( pthread_mutex_unlock( &barrier->mutex ) )
         qv___Abort( "failed to unlock mutex", QV___SOURCE, __LINE__, nullptr );
@@ -86,9 +86,9 @@ QV_BOOL qvBarrierIsBlocked( QV_BARRIER *barrier )
 {
     QV_CHECK( barrier );
 
-    lock( barrier );
+    lockBarrier( barrier );
     QV_BOOL blocked = barrier->open ? QV_FALSE : QV_TRUE;
-    unlock( barrier );
+    unlockBarrier( barrier );
 
     return blocked;
 }
@@ -97,13 +97,13 @@ void qvBarrierPass( QV_BARRIER *barrier )
 {
     QV_CHECK( barrier );
 
-    lock( barrier );
+    lockBarrier( barrier );
 
     while( !barrier->open )
         if( pthread_cond_wait( &barrier->cond, &barrier->mutex ) )
             qv___Abort( "cond wait failed", QV___SOURCE, __LINE__, nullptr );
 
-    unlock( barrier );
+    unlockBarrier( barrier );
 }
 
 QV_BOOL qvBarrierPassTimed( QV_BARRIER *barrier, QV_INT millisec )
@@ -118,13 +118,13 @@ QV_BOOL qvBarrierPassTimed( QV_BARRIER *barrier, QV_INT millisec )
     }
 
     QV_INT start = qvTimestamp();
-    lock( barrier );
+    lockBarrier( barrier );
 
     for( ;; )
     {
         if( barrier->open )
         {
-            unlock( barrier );
+            unlockBarrier( barrier );
             return QV_TRUE;
         }
 
@@ -132,7 +132,7 @@ QV_BOOL qvBarrierPassTimed( QV_BARRIER *barrier, QV_INT millisec )
 
         if( elapsed >= millisec )
         {
-            unlock( barrier );
+            unlockBarrier( barrier );
             return QV_FALSE;
         }
 
@@ -148,20 +148,20 @@ void qvBarrierBlock( QV_BARRIER *barrier )
 {
     QV_CHECK( barrier );
 
-    lock( barrier );
+    lockBarrier( barrier );
     barrier->open = QV_FALSE;
-    unlock( barrier );
+    unlockBarrier( barrier );
 }
 
 void qvBarrierUnblock( QV_BARRIER *barrier )
 {
     QV_CHECK( barrier );
 
-    lock( barrier );
+    lockBarrier( barrier );
     barrier->open = QV_TRUE;
 
     if( pthread_cond_broadcast( &barrier->cond ) )
         qv___Abort( "failed to broadcast condition", QV___SOURCE, __LINE__, nullptr );
 
-    unlock( barrier );
+    unlockBarrier( barrier );
 }

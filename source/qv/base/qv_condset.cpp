@@ -9,7 +9,7 @@
 
 struct QV_CONDSET : QV_OBJ
 {
-    QV_BARRIER *gateBarrier; // closed while a change is under way; everybody passes it first
+    QV_BARRIER *gateBarrier; // closed during a change; all operations pass it first
     QV_MONITOR *monitor;     // guards the next three
     QV_BOOL     changing;    // a change is under way
     QV_INT      usersCount;  // threads inside a wait
@@ -34,7 +34,7 @@ void freeCondset( QV_OBJ *thisObj )
 }
 
 // What holds while the monitor is held and no change is under way.
-[[maybe_unused]] bool holds( QV_CONDSET *cs )
+[[maybe_unused]] bool condsetHolds( QV_CONDSET *cs )
 {
     return !cs->changing && ( cs->conditions & ~CONDITIONS ) == 0 && cs->usersCount >= 0
            && !qvBarrierIsBlocked( cs->gateBarrier ) && qvBarrierIsBlocked( cs->wakeBarrier )
@@ -42,7 +42,7 @@ void freeCondset( QV_OBJ *thisObj )
 }
 
 // Enters the monitor at a time when no change is under way.
-void enter( QV_CONDSET *cs )
+void enterCondset( QV_CONDSET *cs )
 {
     for( ;; )
     {
@@ -51,7 +51,7 @@ void enter( QV_CONDSET *cs )
 
         if( !cs->changing )
         {
-            QV_ASSERT( holds( cs ) );
+            QV_ASSERT( condsetHolds( cs ) );
             return;
         }
 
@@ -60,9 +60,10 @@ void enter( QV_CONDSET *cs )
     }
 }
 
-// Makes the mask `conditions` of which the bits outside `mask` stay. The monitor is entered, and left in the end.
-// Waiters are driven out before the mask changes and let in again after, so each of them sees it before or after.
-void change( QV_CONDSET *cs, QV_INT mask, QV_INT conditions )
+// Replaces the conditions of `mask` by `conditions` and keeps the others. Called with the monitor entered, returns with
+// it left. All waiters are woken and out of the wait before the change; then they look again, so none sleeps through
+// it.
+void changeCondset( QV_CONDSET *cs, QV_INT mask, QV_INT conditions )
 {
     qvBarrierBlock( cs->gateBarrier );
     cs->changing = QV_TRUE;
@@ -76,29 +77,31 @@ void change( QV_CONDSET *cs, QV_INT mask, QV_INT conditions )
     cs->conditions = ( cs->conditions & ~mask ) | conditions;
     cs->changing   = QV_FALSE;
     qvBarrierUnblock( cs->gateBarrier );
-    QV_ASSERT( holds( cs ) );
+    QV_ASSERT( condsetHolds( cs ) );
 }
 
+// What a wait returns when it finds the conditions `present`; 0 to go on waiting.
 using Satisfied = QV_INT ( * )( QV_INT present, QV_INT conditions );
 
-QV_INT any( QV_INT present, QV_INT conditions )
+QV_INT satisfiesAny( QV_INT present, QV_INT conditions )
 {
     return present & conditions;
 }
 
-QV_INT all( QV_INT present, QV_INT conditions )
+QV_INT satisfiesAll( QV_INT present, QV_INT conditions )
 {
     return present == conditions ? conditions : 0;
 }
 
-// What is left of a limit, or -1 when it has passed.
-QV_INT remaining( QV_INT start, QV_INT millisec )
+// Milliseconds left of a limit that began at the timestamp `start`, or -1 when it has passed.
+QV_INT millisecondsLeft( QV_INT start, QV_INT millisec )
 {
     QV_INT elapsed = qvTimestamp() - start;
     return elapsed > millisec ? -1 : millisec - elapsed;
 }
 
-QV_INT wait( QV_CONDSET *cs, QV_INT conditions, QV_INT millisec, Satisfied satisfied )
+// A negative limit is none.
+QV_INT waitForConditions( QV_CONDSET *cs, QV_INT conditions, QV_INT millisec, Satisfied satisfied )
 {
     conditions &= CONDITIONS;
 
@@ -111,7 +114,7 @@ QV_INT wait( QV_CONDSET *cs, QV_INT conditions, QV_INT millisec, Satisfied satis
 
     for( ;; )
     {
-        enter( cs );
+        enterCondset( cs );
 
         if( QV_INT result = satisfied( cs->conditions, conditions ) )
         {
@@ -119,7 +122,7 @@ QV_INT wait( QV_CONDSET *cs, QV_INT conditions, QV_INT millisec, Satisfied satis
             return result;
         }
 
-        if( timed && ( left = remaining( start, millisec ) ) < 0 )
+        if( timed && ( left = millisecondsLeft( start, millisec ) ) < 0 )
         {
             qvMonitorLeave( cs->monitor );
             return 0;
@@ -166,7 +169,7 @@ QV_INT qvCondsetConditions( QV_CONDSET *cs )
 {
     QV_CHECK( cs );
 
-    enter( cs );
+    enterCondset( cs );
     QV_INT conditions = cs->conditions;
     qvMonitorLeave( cs->monitor );
 
@@ -178,12 +181,12 @@ void qvCondsetSetConditions( QV_CONDSET *cs, QV_INT conditions )
     QV_CHECK( cs );
 
     conditions &= CONDITIONS;
-    enter( cs );
+    enterCondset( cs );
 
     if( cs->conditions == conditions )
         qvMonitorLeave( cs->monitor );
     else
-        change( cs, CONDITIONS, conditions );
+        changeCondset( cs, CONDITIONS, conditions );
 }
 
 void qvCondsetAddConditions( QV_CONDSET *cs, QV_INT conditions )
@@ -205,30 +208,30 @@ void qvCondsetModifyConditions( QV_CONDSET *cs, QV_INT conditions, QV_BOOL add )
     if( !conditions )
         return;
 
-    enter( cs );
-    change( cs, conditions, add ? conditions : 0 );
+    enterCondset( cs );
+    changeCondset( cs, conditions, add ? conditions : 0 );
 }
 
 QV_INT qvCondsetWaitAny( QV_CONDSET *cs, QV_INT conditions )
 {
     QV_CHECK( cs );
-    return wait( cs, conditions, -1, any );
+    return waitForConditions( cs, conditions, -1, satisfiesAny );
 }
 
 QV_INT qvCondsetWaitAll( QV_CONDSET *cs, QV_INT conditions )
 {
     QV_CHECK( cs );
-    return wait( cs, conditions, -1, all );
+    return waitForConditions( cs, conditions, -1, satisfiesAll );
 }
 
 QV_INT qvCondsetWaitAnyTimed( QV_CONDSET *cs, QV_INT conditions, QV_INT millisec )
 {
     QV_CHECK( cs );
-    return wait( cs, conditions, millisec, any );
+    return waitForConditions( cs, conditions, millisec, satisfiesAny );
 }
 
 QV_INT qvCondsetWaitAllTimed( QV_CONDSET *cs, QV_INT conditions, QV_INT millisec )
 {
     QV_CHECK( cs );
-    return wait( cs, conditions, millisec, all );
+    return waitForConditions( cs, conditions, millisec, satisfiesAll );
 }

@@ -15,7 +15,7 @@ struct QV_COUNTER : QV_OBJ
 namespace
 {
 // What holds while the monitor is held.
-[[maybe_unused]] bool holds( QV_COUNTER *ctr )
+[[maybe_unused]] bool counterHolds( QV_COUNTER *ctr )
 {
     return static_cast< bool >( qvBarrierIsBlocked( ctr->barrier ) ) == ( ctr->value > 0 );
 }
@@ -26,7 +26,7 @@ void freeCounter( QV_OBJ *thisObj )
 
     QV_COUNTER *ctr = qvCounterFrom( thisObj );
 
-    // Who has waited for zero may get here while the thread that opened the barrier is still inside.
+    // A thread that has waited for zero may get here while the one that opened the barrier still holds the monitor.
     qvMonitorEnter( ctr->monitor );
     qvMonitorLeave( ctr->monitor );
 
@@ -66,7 +66,7 @@ void qvCounterIncrement( QV_COUNTER *ctr )
     if( ctr->value++ == 0 )
         qvBarrierBlock( ctr->barrier );
 
-    QV_ASSERT( holds( ctr ) );
+    QV_ASSERT( counterHolds( ctr ) );
 }
 
 void qvCounterDecrement( QV_COUNTER *ctr )
@@ -79,7 +79,7 @@ void qvCounterDecrement( QV_COUNTER *ctr )
     if( --ctr->value == 0 )
         qvBarrierUnblock( ctr->barrier );
 
-    QV_ASSERT( holds( ctr ) );
+    QV_ASSERT( counterHolds( ctr ) );
 }
 
 void qvCounterWaitZero( QV_COUNTER *ctr )

@@ -1,29 +1,25 @@
 /** @file
-    Event and handle: what signals and alerts are made of, and what signalables and alertables are made of.
+    Event: what signals and alerts are.
 
-    The two families of events are one. An event is a structure of its family with what the templates below go by:
+    The two families differ in this: a signal happens once and for ever, an alert can be taken back, and their flags are
+    read in different ways. That stands in their own structures, which have EventFields as their base and add
 
         static constexpr bool ONE_SHOT      // it happens once and for ever, or can be taken back
-        QV_MONITOR *monitor                 // guards the rest
-        QV_BARRIER *waitBarrier             // who waits sleeps here; null until somebody does
-        bool        happened()              // its flag
-        bool        happen()                // sets the flag; false if it was set
-        void        eachKind( todo )        // calls `todo` with the targets of each kind, in the order of firing
+        bool happened()                     // reads the flag
+        bool happen()                       // sets the flag; false if it was set already
 
-    All that differs between the families stands in that structure and under `ONE_SHOT`. The two families of handles
-    differ in nothing but their names. */
+    Everything else is here. The functions below are templates over such a structure. */
 
 #ifndef QV_EVENT_PRIVATE_H
 #define QV_EVENT_PRIVATE_H
 
 #include "qv/base/qv_alert.h"
-#include "qv/base/qv_alertable_private.h"
 #include "qv/base/qv_barrier.h"
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_dict_private.h"
+#include "qv/base/qv_handle_private.h"
 #include "qv/base/qv_monitor_private.h"
 #include "qv/base/qv_signal.h"
-#include "qv/base/qv_signalable_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 
@@ -31,30 +27,28 @@ namespace qv
 {
 /* Targets -------------------------------------------------------------------------------------------------------- */
 
-inline void fire( QV___SIGNALABLE_IMP *imp )
+/** @{ */
+/** Fires a target, whatever its kind. */
+inline void fireTarget( HandleImp *imp )
 {
-    qv___SignalableImpSignal( imp );
+    fireHandleImp( imp );
 }
 
-inline void fire( QV___ALERTABLE_IMP *imp )
-{
-    qv___AlertableImpAlert( imp );
-}
-
-inline void fire( QV_SIGNAL *sig )
+inline void fireTarget( QV_SIGNAL *sig )
 {
     qvSignalAssert( sig );
 }
 
-inline void fire( QV_ALERT *al )
+inline void fireTarget( QV_ALERT *al )
 {
     qvAlertSet( al );
 }
 
-inline void fire( QV_BARRIER *barrier )
+inline void fireTarget( QV_BARRIER *barrier )
 {
     qvBarrierUnblock( barrier );
 }
+/** @} */
 
 /** The targets of one kind. Most events have one at most, which costs no Dict. A target stands in both places when the
     slot was emptied and the target added again; then it fires twice, and deleting it deletes both. */
@@ -86,7 +80,7 @@ struct Targets
         qvDictSetObjKey( &more, obj( target ), obj( target ) );
     }
 
-    /** Gives the reference of the slot, if the target was there: it may be the only one. */
+    /** Returns the reference that the slot had, if the target was there: it may be the last one. */
     Ref< T > del( T *target )
     {
         Ref< T > fromSlot( slot == target ? std::exchange( slot, nullptr ) : nullptr );
@@ -97,11 +91,12 @@ struct Targets
         return fromSlot;
     }
 
-    void fireAndForget( bool keepDict )
+    /** Fires all targets, the slot's first, and gives them up. */
+    void fireAll( bool keepDict )
     {
         if( slot )
         {
-            fire( slot );
+            fireTarget( slot );
             release( std::exchange( slot, nullptr ) );
         }
 
@@ -111,7 +106,7 @@ struct Targets
         for( QV_INT i = 0; i < qvDictLength( more ); i++ )
         {
             Ref< QV_OBJ > target( qvDictKeyAt( more, i ) );
-            fire( reinterpret_cast< T * >( target.get() ) );
+            fireTarget( reinterpret_cast< T * >( target.get() ) );
         }
 
         if( keepDict )
@@ -119,9 +114,40 @@ struct Targets
         else
             release( std::exchange( more, nullptr ) );
     }
+
+    /** For an event that ends. */
+    void dropAll()
+    {
+        drop( slot );
+        drop( more );
+    }
 };
 
 /* Events --------------------------------------------------------------------------------------------------------- */
+
+/** What every event has. `Imp` is behind the handles of the family, `Same` is the family itself and `Other` the other
+    family of events. */
+template< class Imp, class Same, class Other >
+struct EventFields : QV_OBJ
+{
+    QV_MONITOR *monitor;     // guards the rest, the flag included
+    QV_BARRIER *waitBarrier; // waiters sleep here; null until somebody waits
+
+    Targets< Imp >        handles;
+    Targets< Same >       chained;
+    Targets< Other >      others;
+    Targets< QV_BARRIER > barriers;
+
+    /** Calls `todo` with the targets of each kind, in the order of firing. */
+    template< class Function >
+    void eachKind( Function todo )
+    {
+        todo( handles );
+        todo( chained );
+        todo( others );
+        todo( barriers );
+    }
+};
 
 /** A new event without targets; its flag is left to the family. */
 template< class Event >
@@ -135,40 +161,45 @@ Event *createEvent( QV_SORT *sort )
     return event;
 }
 
-/** What holds between operations, with the monitor held: an event that has happened has no targets, nor a barrier if it
-    is for ever; a barrier is open while the event has happened. */
-template< class Event >
-bool holds( Event *event )
-{
-    bool happened = event->happened();
-    bool all      = true;
-
-    if( event->waitBarrier )
-    {
-        bool open = !qvBarrierIsBlocked( event->waitBarrier );
-        all       = open == happened && !( happened && Event::ONE_SHOT );
-    }
-
-    event->eachKind( [&]( const auto &targets ) { all = all && !( happened && targets.any() ); } );
-    return all;
-}
-
-/** Gives up all that the event holds and fires nothing. */
+/** What the free functions of events do: gives up all that the event holds and fires nothing. */
 template< class Event >
 void freeEvent( Event *event )
 {
     drop( event->waitBarrier );
     drop( event->monitor );
-    event->eachKind(
-        []( auto &targets )
-        {
-            drop( targets.slot );
-            drop( targets.more );
-        } );
+    event->eachKind( []( auto &targets ) { targets.dropAll(); } );
 }
 
-/** The event happens: wakes who waits and fires all targets, which it then forgets. The monitor is held all the while,
-    so that a target which comes at the same time is either fired here or finds that the event has happened. */
+/** True if a firing now would fire a target. With the monitor held. */
+template< class Event >
+bool hasTargets( Event *event )
+{
+    bool any = false;
+    event->eachKind( [&]( const auto &targets ) { any = any || targets.any(); } );
+
+    return any;
+}
+
+/** What holds between operations, with the monitor held: an event that has happened has no targets, nor a barrier if it
+    is for ever; a barrier is open while the event has happened. */
+template< class Event >
+bool eventHolds( Event *event )
+{
+    bool happened = event->happened();
+
+    if( event->waitBarrier )
+    {
+        bool open = !qvBarrierIsBlocked( event->waitBarrier );
+
+        if( open != happened || ( happened && Event::ONE_SHOT ) )
+            return false;
+    }
+
+    return !( happened && hasTargets( event ) );
+}
+
+/** The event happens: wakes all waiters and fires all targets, which it then forgets. The monitor is held all the
+    while, so that a target which comes at the same time is either fired here or finds that the event has happened. */
 template< class Event >
 void fireEvent( Event *event )
 {
@@ -185,12 +216,13 @@ void fireEvent( Event *event )
             release( std::exchange( event->waitBarrier, nullptr ) );
     }
 
-    event->eachKind( []( auto &targets ) { targets.fireAndForget( !Event::ONE_SHOT ); } );
-    QV_ASSERT( holds( event ) );
+    event->eachKind( []( auto &targets ) { targets.fireAll( !Event::ONE_SHOT ); } );
+    QV_ASSERT( eventHolds( event ) );
 }
 
-/** True when the event was found to have happened within so many milliseconds. The barrier is passed with no monitor
-    held and with a reference of the caller's own, since the event may give up its own meanwhile. */
+/** Waits until the event happens, `millisec` milliseconds at most, -1 for no limit. True if it was found to have
+    happened. The barrier is passed with no monitor held and with a reference of the caller's own, since the event may
+    give up its own meanwhile. */
 template< class Event >
 QV_BOOL waitForEvent( Event *event, QV_INT millisec )
 {
@@ -206,98 +238,35 @@ QV_BOOL waitForEvent( Event *event, QV_INT millisec )
         if( !event->waitBarrier )
             event->waitBarrier = qvBarrierCreate( event->happened() ? QV_FALSE : QV_TRUE );
 
-        QV_ASSERT( holds( event ) );
+        QV_ASSERT( eventHolds( event ) );
         barrier = Ref< QV_BARRIER >::share( event->waitBarrier );
     }
 
     return qvBarrierPassTimed( barrier, millisec );
 }
 
+/** Adds a target to a list of the event, or fires it if the event has happened. */
 template< class Event, class T >
 void addTarget( Event *event, Targets< T > &targets, T *target )
 {
     HeldMonitor held( event->monitor );
 
     if( event->happened() )
-        fire( target );
+        fireTarget( target );
     else
         targets.add( target );
 
-    QV_ASSERT( holds( event ) );
+    QV_ASSERT( eventHolds( event ) );
 }
 
+/** Deletes a target from a list of the event, if it is there. */
 template< class Event, class T >
 void delTarget( Event *event, Targets< T > &targets, T *target )
 {
-    Ref< T >    last; // ends after the monitor
+    Ref< T >    last; // declared before the monitor is taken, so it ends after the monitor is left
     HeldMonitor held( event->monitor );
     last = targets.del( target );
 }
-
-/** Defines the functions that add and delete targets of one kind: the argument is `target`, what the event holds of it
-    is `kept`, and it holds it in the field `targets`. */
-#define QV___EVENT_TARGET( Add, Del, EVENT, event, KIND, target, targets, kept )                                       \
-    void Add( EVENT *event, KIND *target )                                                                             \
-    {                                                                                                                  \
-        QV_CHECK( event );                                                                                             \
-        QV_CHECK( target );                                                                                            \
-        qv::addTarget( event, event->targets, kept );                                                                  \
-    }                                                                                                                  \
-                                                                                                                       \
-    void Del( EVENT *event, KIND *target )                                                                             \
-    {                                                                                                                  \
-        QV_CHECK( event );                                                                                             \
-        QV_CHECK( target );                                                                                            \
-        qv::delTarget( event, event->targets, kept );                                                                  \
-    }
-
-/* Handles -------------------------------------------------------------------------------------------------------- */
-
-/** What a handle or a timer fires: all of it that is not null. */
-struct Action
-{
-    void ( *func )( QV_OBJ *arg ) = nullptr;
-    QV_OBJ     *arg               = nullptr;
-    QV_BARRIER *barrier           = nullptr;
-    QV_CONDSET *condSet           = nullptr;
-    QV_INT      conditions        = 0; // for `condSet`
-    QV_SIGNAL  *signal            = nullptr;
-    QV_ALERT   *alert             = nullptr;
-};
-
-/** The object behind a handle. */
-struct HandleImp : QV_OBJ
-{
-    QV_MONITOR *monitor; // guards the action, and excludes firing and halting from each other
-    Action      action;  // with references of its own
-};
-
-/** Takes references to what an action names, and gives it. */
-Action retainAction( const Action &action );
-
-/** Gives up these references, when what holds the action ends. */
-void dropAction( Action *action );
-
-void fireAction( const Action &action );
-
-/** The sort is that of the handle's family; takes references to what the action names. */
-template< class Imp >
-Imp *createHandleImp( QV_SORT *sort, const Action &borrowed )
-{
-    Imp *imp     = create< Imp >( sort );
-    imp->monitor = qvMonitorCreate();
-    imp->action  = retainAction( borrowed );
-
-    return imp;
-}
-
-void freeHandleImp( HandleImp *imp );
-
-/** Fires on the calling thread, with the object's monitor held. */
-void fireHandleImp( HandleImp *imp );
-
-/** Returns when a firing that is under way is over; from then on there is nothing to fire. */
-void haltHandleImp( HandleImp *imp );
 } // namespace qv
 
 #endif

@@ -11,10 +11,10 @@
 namespace
 {
 QV_MONITOR *qv___GenerationMonitor          = nullptr; // guards the number
-QV_INT      qv___GenerationGenerationNumber = 0;       // that the next root gets
+QV_INT      qv___GenerationGenerationNumber = 0;       // what the next root gets
 
-// Takes over `parent`, which may be null, and `path`, and ends the path with `number`.
-QV_GENERATION *create( QV_GENERATION *parent, QV_VECTOR *path, QV_INT number )
+// Takes over the references to `parent`, which may be null, and to the parent's path, to which it appends `number`.
+QV_GENERATION *createGeneration( QV_GENERATION *parent, QV_VECTOR *path, QV_INT number )
 {
     QV_GENERATION *generation         = qv::create< QV_GENERATION >( qvGenerationSort() );
     generation->parent                = parent;
@@ -26,14 +26,15 @@ QV_GENERATION *create( QV_GENERATION *parent, QV_VECTOR *path, QV_INT number )
     return generation;
 }
 
-void free( QV_OBJ *thisObj )
+void freeGeneration( QV_OBJ *thisObj )
 {
     QV_GENERATION *generation = qvGenerationFrom( thisObj );
     qv::drop( generation->monitor );
     qv::drop( generation->path );
 
-    // Ancestors that nobody else holds end here one by one, each without its parent: a long line would need as many
-    // calls inside each other. A count of 1 is the reference in hand, so nobody can read what is taken out.
+    // Ancestors that nobody else holds end here one by one, each with its parent taken out before. If each of them
+    // released its own parent, a long line would need as many nested calls. A count of 1 is the reference in hand, so
+    // no other thread reads the field.
     QV_GENERATION *ancestor = std::exchange( generation->parent, nullptr );
 
     while( ancestor && !qv::isShared( ancestor ) )
@@ -42,7 +43,7 @@ void free( QV_OBJ *thisObj )
     qv::release( ancestor );
 }
 
-QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareGenerations( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
@@ -50,7 +51,7 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
     return qvObjCompare( qv::obj( qvGenerationFrom( thisObj )->path ), qv::obj( qvGenerationFrom( thatObj )->path ) );
 }
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *generationToString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -64,7 +65,7 @@ QV_STRING *toString( QV_OBJ *thisObj )
 }
 } // namespace
 
-QV___FAMILY( Generation, QV_GENERATION, free, compare, toString )
+QV___FAMILY( Generation, QV_GENERATION, freeGeneration, compareGenerations, generationToString )
 
 void qv___GenerationStartup( void )
 {
@@ -87,7 +88,7 @@ QV_GENERATION *qvGenerationCreate( void )
         number = qv___GenerationGenerationNumber++;
     }
 
-    return create( nullptr, qvVectorCreate(), number );
+    return createGeneration( nullptr, qvVectorCreate(), number );
 }
 
 QV_GENERATION *qvGenerationCreateWithParent( QV_GENERATION *parentGeneration )
@@ -102,7 +103,7 @@ QV_GENERATION *qvGenerationCreateWithParent( QV_GENERATION *parentGeneration )
         number = parentGeneration->childGenerationNumber++;
     }
 
-    return create( qv::retain( parentGeneration ), qv::retain( parentGeneration->path ), number );
+    return createGeneration( qv::retain( parentGeneration ), qv::retain( parentGeneration->path ), number );
 }
 
 QV_GENERATION *qvGenerationParent( QV_GENERATION *generation )

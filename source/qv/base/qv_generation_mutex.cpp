@@ -8,12 +8,12 @@
 struct QV_GENERATION_MUTEX : QV_OBJ
 {
     QV_MONITOR *monitor;     // guards the Dict
-    QV_DICT    *generations; // who is in, as key and value
+    QV_DICT    *generations; // those that are in, as key and value
 };
 
 namespace
 {
-void free( QV_OBJ *thisObj )
+void freeGenerationMutex( QV_OBJ *thisObj )
 {
     QV_GENERATION_MUTEX *mutex = qvGenerationMutexFrom( thisObj );
     qv::drop( mutex->monitor );
@@ -21,7 +21,7 @@ void free( QV_OBJ *thisObj )
 }
 } // namespace
 
-QV___FAMILY( GenerationMutex, QV_GENERATION_MUTEX, free, nullptr, nullptr )
+QV___FAMILY( GenerationMutex, QV_GENERATION_MUTEX, freeGenerationMutex, nullptr, nullptr )
 
 QV_GENERATION_MUTEX *qvGenerationMutexCreate( void )
 {

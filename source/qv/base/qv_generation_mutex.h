@@ -1,5 +1,5 @@
 /** @file
-    GenerationMutex: a set of generations into which none gets while it or an ancestor of it is in.
+    GenerationMutex: a set of generations. A generation cannot be registered while it or an ancestor of it is.
 
         if( qvGenerationMutexTryRegister( mutex, generation ) )
         {
@@ -7,8 +7,8 @@
             qvGenerationMutexUnregister( mutex, generation );
         }
 
-    Only ancestors are looked for, one by one: a child that is in doesn't keep its parent out. Callable from any thread.
-    Null ends the process. */
+    Only ancestors are looked for, one by one: a registered child doesn't keep its parent out. Any thread may call any
+    function. Null ends the process. */
 
 #ifndef QV_GENERATION_MUTEX_H
 #define QV_GENERATION_MUTEX_H
@@ -17,13 +17,14 @@
 
 QV_FAMILY( GenerationMutex, QV_GENERATION_MUTEX )
 
-/** A new mutex with nobody in. */
+/** Returns a new mutex without generations, which belongs to the caller. */
 QV_API QV_GENERATION_MUTEX *qvGenerationMutexCreate( void );
 
-/** True if the generation got in; false, and no change, if it or an ancestor of it is in already. */
+/** Registers a generation, which the mutex retains. False, and no change, if it or an ancestor of it is registered
+    already. Takes one look into a Dict for the generation and for each ancestor. */
 QV_API QV_BOOL qvGenerationMutexTryRegister( QV_GENERATION_MUTEX *mutex, QV_GENERATION *generation );
 
-/** Takes the generation out, if it is in. */
+/** Ends the registration of a generation, if it is registered. */
 QV_API void qvGenerationMutexUnregister( QV_GENERATION_MUTEX *mutex, QV_GENERATION *generation );
 
 #endif

@@ -7,7 +7,7 @@ struct QV_GENERATION : QV_OBJ
 {
     QV_GENERATION *parent;                /**< null for a root */
     QV_MONITOR    *monitor;               /**< guards the counter; nothing else is locked under it */
-    QV_INT         childGenerationNumber; /**< that the next child gets */
+    QV_INT         childGenerationNumber; /**< what the next child gets */
     QV_VECTOR     *path;                  /**< boxed integers, from the root down to here */
 };
 

@@ -5,9 +5,12 @@
         ...                             // one thread at a time
         qvMonitorLeave( monitor );
 
-    A monitor is not recursive: a thread that enters one that it holds waits for itself. It has no owner either; it
-    records that it is held, not by whom. Nobody sleeps with one held: take a reference to what you wait for, leave,
-    then wait. Callable from any thread. Null ends the process, and so does the end of a monitor that is held. */
+    A monitor is not recursive: a thread that enters one that it holds waits for itself. It has no owner either: it
+    records that it is held, not by which thread. A thread should not sleep while it holds a monitor: it takes a
+    reference to what it waits for, leaves, and then waits.
+
+    Any thread may call any function. Null ends the process, and so does the release of the last reference to a monitor
+    that is held. */
 
 #ifndef QV_MONITOR_H
 #define QV_MONITOR_H
@@ -16,13 +19,13 @@
 
 QV_FAMILY( Monitor, QV_MONITOR )
 
-/** A new monitor that nobody holds. */
+/** Returns a new monitor that no thread holds. It belongs to the caller. */
 QV_API QV_MONITOR *qvMonitorCreate( void );
 
-/** Waits until nobody holds the monitor, and holds it. */
+/** Waits until no thread holds the monitor; on return the caller holds it. */
 QV_API void qvMonitorEnter( QV_MONITOR *monitor );
 
-/** Gives the monitor up. One that is not held ends the process. */
+/** Gives the monitor up. If it is not held, this ends the process. */
 QV_API void qvMonitorLeave( QV_MONITOR *monitor );
 
 #endif

@@ -18,10 +18,26 @@ struct QV_REGION : QV_OBJ
 namespace
 {
 // What holds while the monitor is held.
-[[maybe_unused]] bool holds( QV_REGION *region )
+[[maybe_unused]] bool regionHolds( QV_REGION *region )
 {
     return qvBarrierIsBlocked( region->exclusiveBarrier ) == region->exclusive && region->sharedUsers >= 0
            && static_cast< bool >( qvBarrierIsBlocked( region->sharedBarrier ) ) == ( region->sharedUsers > 0 );
+}
+
+// Enters the monitor at a time when no exclusive user is in or has claimed the region.
+void enterUnclaimed( QV_REGION *region )
+{
+    for( ;; )
+    {
+        qvBarrierPass( region->exclusiveBarrier );
+        qvMonitorEnter( region->monitor );
+
+        if( !region->exclusive )
+            return;
+
+        // A rival has closed the barrier since.
+        qvMonitorLeave( region->monitor );
+    }
 }
 
 void freeRegion( QV_OBJ *thisObj )
@@ -53,42 +69,23 @@ void qvRegionEnterShared( QV_REGION *region )
 {
     QV_CHECK( region );
 
-    for( ;; )
-    {
-        qvBarrierPass( region->exclusiveBarrier );
-
-        qv::HeldMonitor held( region->monitor );
-
-        // A rival may have closed the barrier since.
-        if( region->exclusive )
-            continue;
-
-        QV_CHECK( QV_INT_ADD_OK( region->sharedUsers, 1 ) );
-        region->sharedUsers++;
-        qvBarrierBlock( region->sharedBarrier );
-        QV_ASSERT( holds( region ) );
-        return;
-    }
+    enterUnclaimed( region );
+    QV_CHECK( QV_INT_ADD_OK( region->sharedUsers, 1 ) );
+    region->sharedUsers++;
+    qvBarrierBlock( region->sharedBarrier );
+    QV_ASSERT( regionHolds( region ) );
+    qvMonitorLeave( region->monitor );
 }
 
 void qvRegionEnterExclusive( QV_REGION *region )
 {
     QV_CHECK( region );
 
-    for( bool claimed = false; !claimed; )
-    {
-        qvBarrierPass( region->exclusiveBarrier );
-
-        qv::HeldMonitor held( region->monitor );
-
-        if( region->exclusive )
-            continue;
-
-        region->exclusive = QV_TRUE;
-        qvBarrierBlock( region->exclusiveBarrier );
-        QV_ASSERT( holds( region ) );
-        claimed = true;
-    }
+    enterUnclaimed( region );
+    region->exclusive = QV_TRUE;
+    qvBarrierBlock( region->exclusiveBarrier );
+    QV_ASSERT( regionHolds( region ) );
+    qvMonitorLeave( region->monitor );
 
     // Until the last shared user has left.
     qvBarrierPass( region->sharedBarrier );
@@ -114,12 +111,12 @@ void qvRegionLeave( QV_REGION *region )
         if( --region->sharedUsers == 0 )
             qvBarrierUnblock( region->sharedBarrier );
 
-        QV_ASSERT( holds( region ) );
+        QV_ASSERT( regionHolds( region ) );
         return;
     }
 
     QV_CHECK( region->exclusive );
     region->exclusive = QV_FALSE;
     qvBarrierUnblock( region->exclusiveBarrier );
-    QV_ASSERT( holds( region ) );
+    QV_ASSERT( regionHolds( region ) );
 }

@@ -5,8 +5,9 @@
         ...
         qvRegionLeave( region );            // of either kind
 
-    Once an exclusive user waits, shared users that come later wait behind it. A region is not recursive, in no mode:
-    a thread that holds it must not enter it again. Callable from any thread. Null ends the process. */
+    Once an exclusive user waits for the shared users to leave, all later users wait until it has left. A region is not
+    recursive: a thread that is in must not enter again, in either mode. Any thread may call any function. Null ends the
+    process. */
 
 #ifndef QV_REGION_H
 #define QV_REGION_H
@@ -15,17 +16,19 @@
 
 QV_FAMILY( Region, QV_REGION )
 
-/** A new region that nobody is in. */
+/** Returns a new region without users, which belongs to the caller. */
 QV_API QV_REGION *qvRegionCreate( void );
 
-/** @{ */
-/** Waits until the region can be entered in the mode, and enters it. */
+/** Enters as a shared user. Waits while an exclusive user is in, or waits for shared users to leave. */
 QV_API void qvRegionEnterShared( QV_REGION *region );
-QV_API void qvRegionEnterExclusive( QV_REGION *region );
-QV_API void qvRegionEnter( QV_REGION *region, QV_BOOL exclusive );
-/** @} */
 
-/** Ends the caller's entry, of whichever mode. One that nobody is in ends the process. */
+/** Enters as the exclusive user. Waits as a shared user would, then until all shared users have left. */
+QV_API void qvRegionEnterExclusive( QV_REGION *region );
+
+/** qvRegionEnterExclusive() if `exclusive` is true, else qvRegionEnterShared(). */
+QV_API void qvRegionEnter( QV_REGION *region, QV_BOOL exclusive );
+
+/** Ends the caller's use, in either mode. A region without users ends the process. */
 QV_API void qvRegionLeave( QV_REGION *region );
 
 #endif

@@ -1,19 +1,14 @@
 #include "qv/base/qv_signal.h"
 
 #include "qv/base/qv_event_private.h"
+#include "qv/base/qv_signalable_private.h"
 
-struct QV_SIGNAL : QV_OBJ
+// Its wait barrier is always closed: the assertion opens it and gives it up.
+struct QV_SIGNAL : qv::EventFields< QV___SIGNALABLE_IMP, QV_SIGNAL, QV_ALERT >
 {
     static constexpr bool ONE_SHOT = true;
 
-    QV_MONITOR *monitor;     // guards everything below
-    int32_t     asserted;    // atomic; goes from 0 to 1 once
-    QV_BARRIER *waitBarrier; // closed; null until somebody waits, and again once it is asserted
-
-    qv::Targets< QV___SIGNALABLE_IMP > signalables;
-    qv::Targets< QV_SIGNAL >           chainedSignals;
-    qv::Targets< QV_ALERT >            alerts;
-    qv::Targets< QV_BARRIER >          barriers;
+    int32_t asserted; // atomic; goes from 0 to 1 once
 
     bool happened()
     {
@@ -25,21 +20,12 @@ struct QV_SIGNAL : QV_OBJ
         if( happened() )
             return false;
 
-        // Only who holds the monitor writes it, so this needs no exchange; the locks that follow, or the fence where
-        // they are no fences, order it before all that the firing does.
+        // Only the holder of the monitor writes it, so this needs no exchange; the locks that follow, or the fence
+        // where they are no fences, order it before all that the firing does.
         __atomic_store_n( &asserted, 1, __ATOMIC_RELEASE );
         QV___ATOMIC_FENCE();
 
         return true;
-    }
-
-    template< class Function >
-    void eachKind( Function todo )
-    {
-        todo( signalables );
-        todo( chainedSignals );
-        todo( alerts );
-        todo( barriers );
     }
 };
 
@@ -90,26 +76,65 @@ QV_BOOL qvSignalHasSignalables( QV_SIGNAL *sig )
 {
     QV_CHECK( sig );
 
-    qv::HeldMonitor held( sig->monitor );
-    QV_BOOL         any = QV_FALSE;
-
     // An asserted signal has none.
-    sig->eachKind(
-        [&]( const auto &targets )
-        {
-            if( targets.any() )
-                any = QV_TRUE;
-        } );
-
-    return any;
+    qv::HeldMonitor held( sig->monitor );
+    return qv::hasTargets( sig ) ? QV_TRUE : QV_FALSE;
 }
 
-#define TARGET( Add, Del, KIND, target, targets, kept )                                                                \
-    QV___EVENT_TARGET( Add, Del, QV_SIGNAL, sig, KIND, target, targets, kept )
+/* Targets -------------------------------------------------------------------------------------------------------- */
 
-TARGET( qvSignalAddSignalable, qvSignalDelSignalable, QV_SIGNALABLE, sigb, signalables, sigb->imp )
-TARGET( qvSignalAddSignal, qvSignalDelSignal, QV_SIGNAL, chainedSignal, chainedSignals, chainedSignal )
-TARGET( qvSignalAddAlert, qvSignalDelAlert, QV_ALERT, al, alerts, al )
-TARGET( qvSignalAddBarrier, qvSignalDelBarrier, QV_BARRIER, waitBarrier, barriers, waitBarrier )
+void qvSignalAddSignalable( QV_SIGNAL *sig, QV_SIGNALABLE *sigb )
+{
+    QV_CHECK( sig );
+    QV_CHECK( sigb );
+    qv::addTarget( sig, sig->handles, sigb->imp );
+}
 
-#undef TARGET
+void qvSignalAddSignal( QV_SIGNAL *sig, QV_SIGNAL *chainedSignal )
+{
+    QV_CHECK( sig );
+    QV_CHECK( chainedSignal );
+    qv::addTarget( sig, sig->chained, chainedSignal );
+}
+
+void qvSignalAddAlert( QV_SIGNAL *sig, QV_ALERT *al )
+{
+    QV_CHECK( sig );
+    QV_CHECK( al );
+    qv::addTarget( sig, sig->others, al );
+}
+
+void qvSignalAddBarrier( QV_SIGNAL *sig, QV_BARRIER *waitBarrier )
+{
+    QV_CHECK( sig );
+    QV_CHECK( waitBarrier );
+    qv::addTarget( sig, sig->barriers, waitBarrier );
+}
+
+void qvSignalDelSignalable( QV_SIGNAL *sig, QV_SIGNALABLE *sigb )
+{
+    QV_CHECK( sig );
+    QV_CHECK( sigb );
+    qv::delTarget( sig, sig->handles, sigb->imp );
+}
+
+void qvSignalDelSignal( QV_SIGNAL *sig, QV_SIGNAL *chainedSignal )
+{
+    QV_CHECK( sig );
+    QV_CHECK( chainedSignal );
+    qv::delTarget( sig, sig->chained, chainedSignal );
+}
+
+void qvSignalDelAlert( QV_SIGNAL *sig, QV_ALERT *al )
+{
+    QV_CHECK( sig );
+    QV_CHECK( al );
+    qv::delTarget( sig, sig->others, al );
+}
+
+void qvSignalDelBarrier( QV_SIGNAL *sig, QV_BARRIER *waitBarrier )
+{
+    QV_CHECK( sig );
+    QV_CHECK( waitBarrier );
+    qv::delTarget( sig, sig->barriers, waitBarrier );
+}

@@ -1,25 +1,18 @@
 #include "qv/base/qv_signalable.h"
 
 #include "qv/base/qv_signalable_private.h"
-#include "qv/runtime/qv_ref.h"
 
 namespace
 {
 void freeSignalable( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
-
-    QV_SIGNALABLE *sigb = qvSignalableFrom( thisObj );
-    qv___SignalableImpHalt( sigb->imp );
-    qv::drop( sigb->imp );
+    qv::freeHandle( qvSignalableFrom( thisObj ) );
 }
 
-QV_SIGNALABLE *create( QV___SIGNALABLE_IMP *owned )
+QV_SIGNALABLE *createSignalable( QV___SIGNALABLE_IMP *owned )
 {
-    QV_SIGNALABLE *sigb = qv::create< QV_SIGNALABLE >( qvSignalableSort() );
-    sigb->imp           = owned;
-
-    return sigb;
+    return qv::createHandle< QV_SIGNALABLE >( qvSignalableSort(), owned );
 }
 } // namespace
 
@@ -27,31 +20,31 @@ QV___FAMILY( Signalable, QV_SIGNALABLE, freeSignalable, nullptr, nullptr )
 
 QV_SIGNALABLE *qvSignalableCreate( QV_SIGNALABLE_FUNC func, QV_OBJ *arg )
 {
-    return create( qv___SignalableImpCreate( func, arg ) );
+    return createSignalable( qv___SignalableImpCreate( func, arg ) );
 }
 
 QV_SIGNALABLE *qvSignalableCreateBarrier( QV_BARRIER *barrier )
 {
     QV_CHECK( barrier );
-    return create( qv___SignalableImpCreateBarrier( barrier ) );
+    return createSignalable( qv___SignalableImpCreateBarrier( barrier ) );
 }
 
 QV_SIGNALABLE *qvSignalableCreateCondset( QV_CONDSET *condSet, QV_INT conditions )
 {
     QV_CHECK( condSet );
-    return create( qv___SignalableImpCreateCondset( condSet, conditions ) );
+    return createSignalable( qv___SignalableImpCreateCondset( condSet, conditions ) );
 }
 
 QV_SIGNALABLE *qvSignalableCreateSignal( QV_SIGNAL *sig )
 {
     QV_CHECK( sig );
-    return create( qv___SignalableImpCreateSignal( sig ) );
+    return createSignalable( qv___SignalableImpCreateSignal( sig ) );
 }
 
 QV_SIGNALABLE *qvSignalableCreateAlert( QV_ALERT *alert )
 {
     QV_CHECK( alert );
-    return create( qv___SignalableImpCreateAlert( alert ) );
+    return createSignalable( qv___SignalableImpCreateAlert( alert ) );
 }
 
 void qv___SignalableSignal( QV_SIGNALABLE *sigb )

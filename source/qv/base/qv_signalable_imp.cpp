@@ -1,22 +1,14 @@
 #include "qv/base/qv_signalable_imp_private.h"
 
-#include "qv/base/qv_event_private.h"
-
-struct QV___SIGNALABLE_IMP : qv::HandleImp
-{
-};
-
 namespace
 {
-const QV_INT CONDITIONS = 0xffff;
-
 void freeSignalableImp( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     qv::freeHandleImp( qv___SignalableImpFrom( thisObj ) );
 }
 
-QV___SIGNALABLE_IMP *create( const qv::Action &borrowed )
+QV___SIGNALABLE_IMP *createSignalableImp( const qv::Action &borrowed )
 {
     return qv::createHandleImp< QV___SIGNALABLE_IMP >( qv___SignalableImpSort(), borrowed );
 }
@@ -26,31 +18,31 @@ QV___FAMILY( ___SignalableImp, QV___SIGNALABLE_IMP, freeSignalableImp, nullptr, 
 
 QV___SIGNALABLE_IMP *qv___SignalableImpCreate( QV_SIGNALABLE_FUNC func, QV_OBJ *arg )
 {
-    return create( { .func = func, .arg = arg } );
+    return createSignalableImp( { .func = func, .arg = arg } );
 }
 
 QV___SIGNALABLE_IMP *qv___SignalableImpCreateBarrier( QV_BARRIER *barrier )
 {
     QV_CHECK( barrier );
-    return create( { .barrier = barrier } );
+    return createSignalableImp( { .barrier = barrier } );
 }
 
 QV___SIGNALABLE_IMP *qv___SignalableImpCreateCondset( QV_CONDSET *condSet, QV_INT conditions )
 {
     QV_CHECK( condSet );
-    return create( { .condSet = condSet, .conditions = conditions & CONDITIONS } );
+    return createSignalableImp( { .condSet = condSet, .conditions = conditions } );
 }
 
 QV___SIGNALABLE_IMP *qv___SignalableImpCreateSignal( QV_SIGNAL *sig )
 {
     QV_CHECK( sig );
-    return create( { .signal = sig } );
+    return createSignalableImp( { .signal = sig } );
 }
 
 QV___SIGNALABLE_IMP *qv___SignalableImpCreateAlert( QV_ALERT *alert )
 {
     QV_CHECK( alert );
-    return create( { .alert = alert } );
+    return createSignalableImp( { .alert = alert } );
 }
 
 void qv___SignalableImpSignal( QV___SIGNALABLE_IMP *imp )

@@ -4,16 +4,14 @@
 #include "qv/base/qv_signalable.h"
 #include "qv/base/qv_signalable_imp_private.h"
 
-/** What the owner holds. The signals that it is added to hold the object behind it. */
-struct QV_SIGNALABLE : QV_OBJ
+struct QV_SIGNALABLE : qv::Handle< QV___SIGNALABLE_IMP >
 {
-    QV___SIGNALABLE_IMP *imp; // never null
 };
 
-/** Fires the target without a signal. */
+/** Fires the imp without a signal. Null ends the process. */
 QV_API void qv___SignalableSignal( QV_SIGNALABLE *sigb );
 
-/** The object behind it, with a new reference. */
+/** The imp, with a new reference, which the caller owns. Null ends the process. */
 QV_API QV___SIGNALABLE_IMP *qv___SignalableImp( QV_SIGNALABLE *sigb );
 
 #endif

@@ -3,14 +3,18 @@
 
 #include "qv/base/qv_thread.h"
 
-/** The two halves of qvThreadEncapsulate(). */
+/** @{ */
+/** What qvThreadEncapsulate() does before and after it calls the function. To begin on a thread that has a Thread
+    object, or to end on one that has none, ends the process. */
 QV_API void qv___ThreadEncapsulateBegin( QV_OBJ *argument );
 QV_API void qv___ThreadEncapsulateEnd( void );
+/** @} */
 
-/** Where a spawned thread starts: takes over a reference to its Thread. */
+/** The start routine of spawned threads. Takes over a reference to the QV_THREAD, and returns null. */
 QV_API void *qv___ThreadUnixStart( void *thread );
 
-/** Stops a thread where it is, on platforms that can; true if it has. */
+/** Stops a thread where it is and returns true, on platforms that can. This one cannot: false. Null ends the
+    process. */
 QV_API QV_BOOL qv___ThreadTryFreeze( QV_THREAD *thread );
 
 #endif

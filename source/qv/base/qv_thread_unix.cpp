@@ -22,7 +22,7 @@ struct QV_THREAD : QV_OBJ
     QV_STRING      *threadName;
     QV_THREAD_FUNC  threadFunc; // null in an encapsulated thread
     QV_INT          prio;
-    QV_OBJ         *argument; // or null; from here on the thread's own but for the signal
+    QV_OBJ         *argument; // or null; like the fields below, but for the signal, used by the thread itself only
     QV_SIGNAL      *endSignal;
     pthread_t       nativeThread;
     void           *previousThread; // what the key held before an encapsulation
@@ -37,19 +37,19 @@ const pthread_key_t NO_KEY = ~pthread_key_t( 0 );
 pthread_key_t tlsKey        = NO_KEY;  // a thread's QV_THREAD, without a reference of its own
 QV_COUNTER   *threadCounter = nullptr; // of all threads that are spawned or encapsulated
 
-// A thread that has counted itself out of `threadCounter` is still inside the library. Those that were spawned leave it
-// for good by returning to the C library, which then posts `leftThreads` for them, as the destructor of `leftKey`. So
-// when the stop has returned no code of the library runs any more, and it can be unloaded.
+// A thread that has counted itself out of `threadCounter` still runs code of the library. A spawned thread leaves that
+// code when it returns to the C library, which then calls sem_post() on `leftThreads`, the destructor and the value of
+// `leftKey`. The stop waits for these, so that no code of the library runs after it and it can be unloaded.
 pthread_key_t leftKey = NO_KEY;
 sem_t         leftThreads;
-int32_t       spawnedThreads = 0; // atomic; those for which `leftThreads` has not been taken down yet
+int32_t       spawnedThreads = 0; // atomic; those for which nobody has waited at `leftThreads` yet
 
-QV_THREAD *current()
+QV_THREAD *currentThread()
 {
     return static_cast< QV_THREAD * >( pthread_getspecific( tlsKey ) );
 }
 
-void setCurrent( void *thread, const char *failure )
+void setCurrentThread( void *thread, const char *failure )
 {
     if( pthread_setspecific( tlsKey, thread ) )
         qv___Abort( failure, QV___SOURCE, __LINE__, nullptr );
@@ -80,14 +80,14 @@ void freeThread( QV_OBJ *thisObj )
     qv::drop( thread->keys );
 }
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *threadToString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     return qvThreadName( qvThreadFrom( thisObj ) );
 }
 
-// Takes over the reference to the name.
-void fill( QV_THREAD *thread, QV_STRING *threadName, QV_THREAD_FUNC threadFunc, QV_INT prio, QV_OBJ *argument )
+// Fills the fields. Takes over the reference to the name, retains the argument.
+void fillThread( QV_THREAD *thread, QV_STRING *threadName, QV_THREAD_FUNC threadFunc, QV_INT prio, QV_OBJ *argument )
 {
     thread->threadName   = threadName;
     thread->threadFunc   = threadFunc;
@@ -98,9 +98,9 @@ void fill( QV_THREAD *thread, QV_STRING *threadName, QV_THREAD_FUNC threadFunc, 
     thread->keys         = qvDictCreate();
 }
 
-// What is left of a thread's end once it is no longer known as the calling one. Gives up the thread's own reference.
-// The counter comes last: when it is 0, all ends have been signalled.
-void end( QV_THREAD *thread )
+// The last steps of a thread's end, when `tlsKey` no longer holds the object: releases what only the thread could reach
+// and its own reference, then asserts the end. The counter comes last: when it is 0, all ends have been asserted.
+void endThread( QV_THREAD *thread )
 {
     qv::release( thread->argument );
     thread->argument = nullptr;
@@ -116,7 +116,7 @@ void end( QV_THREAD *thread )
         qvCounterDecrement( threadCounter );
 }
 
-// Where a priority of the library lies in the range of the scheduler's.
+// The scheduler's priority for one of the library's.
 int schedulingPriority( QV_INT prio )
 {
     QV_INT minPrio = sched_get_priority_min( SCHED_RR );
@@ -166,7 +166,7 @@ private:
 };
 } // namespace
 
-QV___FAMILY( Thread, QV_THREAD, freeThread, nullptr, toString )
+QV___FAMILY( Thread, QV_THREAD, freeThread, nullptr, threadToString )
 
 void qv___ThreadStartup( void )
 {
@@ -208,7 +208,7 @@ void *qv___ThreadUnixStart( void *object )
     QV_CHECK( thread->threadName );
     QV_CHECK( thread->threadFunc );
 
-    char name[16] = {}; // more of it the system doesn't keep
+    char name[16] = {}; // the system keeps 15 bytes and the terminator
     qvCharsConvertToUtf8(
         name, sizeof( name ) - 1, qv::chars( thread->threadName ), thread->threadName->length, QV_FALSE );
     prctl( PR_SET_NAME, name );
@@ -218,11 +218,11 @@ void *qv___ThreadUnixStart( void *object )
     if( pthread_setspecific( leftKey, &leftThreads ) )
         qv___Abort( "failed to set thread-specific data", QV___SOURCE, __LINE__, nullptr );
 
-    setCurrent( thread, "failed to set thread-specific data" );
+    setCurrentThread( thread, "failed to set thread-specific data" );
     thread->threadFunc();
-    setCurrent( nullptr, "failed to release thread-specific data" );
+    setCurrentThread( nullptr, "failed to release thread-specific data" );
     qv::endSignalStack( &thread->signalStack );
-    end( thread );
+    endThread( thread );
 
     return nullptr;
 }
@@ -234,12 +234,12 @@ QV_THREAD *qvThreadTrySpawn( QV_STRING *threadName, QV_THREAD_FUNC threadFunc, Q
     QV_CHECK( QV_THREAD_PRIORITY_OK( prio ) );
 
     qv::Ref< QV_THREAD > thread( qv::create< QV_THREAD >( qvThreadSort() ) );
-    fill( thread, qv::retain( threadName ), threadFunc, prio, argument );
+    fillThread( thread, qv::retain( threadName ), threadFunc, prio, argument );
     thread->previousThread = nullptr;
 
     Attributes attributes( prio );
 
-    // Some that have ended may have left since; without this the semaphore would overflow one day.
+    // Takes the posts of threads that have left since, so that the semaphore cannot overflow.
     while( sem_trywait( &leftThreads ) == 0 )
     {
         qv___AtomicAdd32( &spawnedThreads, -1 );
@@ -324,11 +324,11 @@ void qv___ThreadEncapsulateBegin( QV_OBJ *argument )
 
     QV_THREAD *thread      = qv::create< QV_THREAD >( qvThreadSort() );
     thread->previousThread = pthread_getspecific( tlsKey );
-    setCurrent( thread, "failed to set thread-specific data" );
+    setCurrentThread( thread, "failed to set thread-specific data" );
     qv::beginSignalStack( &thread->signalStack );
 
     QV_STRING *name = qvStringCreateFromCstr( "qv___ThreadEncapsulateBegin", -1 );
-    fill( thread, name, nullptr, QV_THREAD_PRIORITY_NORMAL, argument );
+    fillThread( thread, name, nullptr, QV_THREAD_PRIORITY_NORMAL, argument );
 
     if( threadCounter )
         qvCounterIncrement( threadCounter );
@@ -336,17 +336,17 @@ void qv___ThreadEncapsulateBegin( QV_OBJ *argument )
 
 void qv___ThreadEncapsulateEnd( void )
 {
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
-    setCurrent( thread->previousThread, "failed to restore old tls key" );
+    setCurrentThread( thread->previousThread, "failed to restore old tls key" );
     qv::endSignalStack( &thread->signalStack );
-    end( thread );
+    endThread( thread );
 }
 
 QV_BOOL qvThreadEncapsulated( void )
 {
-    return current() ? QV_TRUE : QV_FALSE;
+    return currentThread() ? QV_TRUE : QV_FALSE;
 }
 
 void qvThreadCheckEncapsulated( void )
@@ -359,7 +359,7 @@ void qvThreadCheckEncapsulated( void )
 
 QV_THREAD *qvThreadThis( void )
 {
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
     return qv::retain( thread );
@@ -367,7 +367,7 @@ QV_THREAD *qvThreadThis( void )
 
 QV_INT qvThreadPriority( void )
 {
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
     return thread->prio;
@@ -381,7 +381,7 @@ void qvThreadYield( void )
 
 QV_OBJ *qvThreadUnlatchArgument( void )
 {
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
     return std::exchange( thread->argument, nullptr );
@@ -389,7 +389,7 @@ QV_OBJ *qvThreadUnlatchArgument( void )
 
 QV_OBJ *qvThreadKey( QV_OBJ *key )
 {
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
     return qvDictObjKey( thread->keys, key );
@@ -397,7 +397,7 @@ QV_OBJ *qvThreadKey( QV_OBJ *key )
 
 QV_BOOL qvThreadHasKey( QV_OBJ *key )
 {
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
     return qvDictHasObjKey( thread->keys, key );
@@ -407,7 +407,7 @@ void qvThreadSetKey( QV_OBJ *key, QV_OBJ *val )
 {
     QV_CHECK( val );
 
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
     qvDictSetObjKey( &thread->keys, key, val );
@@ -415,7 +415,7 @@ void qvThreadSetKey( QV_OBJ *key, QV_OBJ *val )
 
 void qvThreadDelKey( QV_OBJ *key )
 {
-    QV_THREAD *thread = current();
+    QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
     qvDictDelObjKey( &thread->keys, key );

@@ -23,17 +23,21 @@ namespace
 {
 QV_TIME *qv___TimeProcessStarted = nullptr;
 
-// The calendar repeats itself, weekdays included, every 400 years. So a date is a number of such eras, which may be
-// anything, and a day in its era, with which everything can be computed without overflow and without walking.
+// The calendar repeats itself, weekdays included, every 400 years, an era. Computations take a date as the number of
+// its era and the day in that era, so that they take no steps through the years and no count of days overflows.
 const QV_INT YEARS_IN_ERA = 400;
 const QV_INT DAYS_IN_ERA  = 146097;
 
-const QV_INT SECONDS_IN_DAY = 86400;
+const QV_INT SECONDS_IN_MINUTE = 60;
+const QV_INT MINUTES_IN_HOUR   = 60;
+const QV_INT HOURS_IN_DAY      = 24;
+const QV_INT SECONDS_IN_HOUR   = SECONDS_IN_MINUTE * MINUTES_IN_HOUR;
+const QV_INT SECONDS_IN_DAY    = SECONDS_IN_HOUR * HOURS_IN_DAY;
 
 // Weekday of the first day of an era, a Saturday.
 const QV_INT ERA_WEEKDAY = 5;
 
-// Days of a common year in front of each month.
+// Days of a common year before each month.
 const QV_INT DAYS_BEFORE_MONTH[] = { 0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334, 365 };
 
 QV_INT floorDiv( QV_INT value, QV_INT divisor )
@@ -57,7 +61,7 @@ QV_INT daysInYear( QV_INT year )
     return isLeapYear( year ) ? 366 : 365;
 }
 
-// Days of the year in front of a month from 1 to 13.
+// Days of the year before a month from 1 to 13.
 QV_INT daysBeforeMonth( QV_INT year, QV_INT month )
 {
     return DAYS_BEFORE_MONTH[month - 1] + ( month > 2 && isLeapYear( year ) ? 1 : 0 );
@@ -69,7 +73,7 @@ QV_INT daysInMonth( QV_INT year, QV_INT month )
     return daysBeforeMonth( year, month + 1 ) - daysBeforeMonth( year, month );
 }
 
-// Days of the era in front of a year from 0 to 400 in it.
+// Days of the era before a year from 0 to 400 in it.
 QV_INT daysBeforeYear( QV_INT yearOfEra )
 {
     return yearOfEra * 365 + ( yearOfEra + 3 ) / 4 - ( yearOfEra + 99 ) / 100 + ( yearOfEra + 399 ) / 400;
@@ -83,7 +87,7 @@ QV_INT dayOfEra( QV_TIME *tm )
 
 QV_INT secondOfDay( QV_TIME *tm )
 {
-    return tm->hour * 3600 + tm->minute * 60 + tm->second;
+    return tm->hour * SECONDS_IN_HOUR + tm->minute * SECONDS_IN_MINUTE + tm->second;
 }
 
 bool isValid( QV_TIME *tm )
@@ -120,28 +124,42 @@ void setFields( QV_TIME **tm, const struct tm &fields )
     qvTimeSetSecond( tm, fields.tm_sec );
 }
 
-// Adds `rest`, of a size below `unit`, to a field and brings it back by one unit where it leaves its range; gives the
-// carry.
-QV_INT shiftField( QV_INT *field, QV_INT rest, QV_INT unit )
+using Field = QV_INT QV_TIME::*;
+
+void setField( QV_TIME **tm, Field field, QV_INT value )
 {
-    *field += rest;
-
-    if( *field >= unit )
-    {
-        *field -= unit;
-        return 1;
-    }
-
-    if( *field < 0 )
-    {
-        *field += unit;
-        return -1;
-    }
-
-    return 0;
+    qv::makePrivate( tm, qvTimeCreateFrom );
+    ( *tm )->*field = value;
 }
 
-// Reads a whole text as a decimal number of a range.
+// Adds `amount` to a field that counts from 0 up to `unit`, the length of the next larger field's unit, and passes on
+// what does not fit. A second of 60 or 61 counts as one of the next minute. The larger field moves twice, so that no
+// sum can overflow: by the carry of this field, then by the whole units of the amount.
+void shiftField(
+    QV_TIME **tm, Field field, QV_INT amount, QV_INT unit, void ( *shiftLarger )( QV_TIME **tm, QV_INT units ) )
+{
+    qv::makePrivate( tm, qvTimeCreateFrom );
+
+    QV_INT &value = ( *tm )->*field;
+    QV_INT  carry = 0;
+    value += amount % unit;
+
+    if( value >= unit )
+    {
+        value -= unit;
+        carry = 1;
+    }
+    else if( value < 0 )
+    {
+        value += unit;
+        carry = -1;
+    }
+
+    shiftLarger( tm, carry );
+    shiftLarger( tm, amount / unit );
+}
+
+// Reads a word of the list as a decimal number from `lowest` to `highest`. False if it is anything else.
 bool readNumber( QV_VECTOR *words, QV_INT idx, QV_INT lowest, QV_INT highest, QV_INT *value )
 {
     qv::Ref< QV_STRING > word( qvStringFrom( qvVectorObjAt( words, idx ) ) );
@@ -193,7 +211,7 @@ bool readWeekday( QV_STRING *text, QV_TIME *tm )
     return qvWeekdayFromString( name ) == qvTimeWeekday( tm );
 }
 
-QV_INT compare( QV_OBJ *atA, QV_OBJ *atB )
+QV_INT compareTimes( QV_OBJ *atA, QV_OBJ *atB )
 {
     QV_CHECK( atA );
     QV_CHECK( atB );
@@ -201,7 +219,7 @@ QV_INT compare( QV_OBJ *atA, QV_OBJ *atB )
     QV_TIME *a = qvTimeFrom( atA );
     QV_TIME *b = qvTimeFrom( atB );
 
-    for( QV_INT QV_TIME::*field :
+    for( Field field :
          { &QV_TIME::year, &QV_TIME::month, &QV_TIME::day, &QV_TIME::hour, &QV_TIME::minute, &QV_TIME::second } )
     {
         if( a->*field != b->*field )
@@ -211,7 +229,7 @@ QV_INT compare( QV_OBJ *atA, QV_OBJ *atB )
     return 0;
 }
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *timeToString( QV_OBJ *thisObj )
 {
     QV_TIME *tm = qvTimeFrom( thisObj );
     QV_CHECK( tm );
@@ -226,7 +244,7 @@ QV_STRING *toString( QV_OBJ *thisObj )
 }
 } // namespace
 
-QV___FAMILY( Time, QV_TIME, nullptr, compare, toString )
+QV___FAMILY( Time, QV_TIME, nullptr, compareTimes, timeToString )
 
 void qv___TimeStartup( void )
 {
@@ -334,40 +352,88 @@ QV_TIME *qvTimeTryCreateFromString( QV_STRING *from )
 
 /* Fields --------------------------------------------------------------------------------------------------------- */
 
-#define READER( Field, field )                                                                                         \
-    QV_INT qvTime##Field( QV_TIME *tm )                                                                                \
-    {                                                                                                                  \
-        QV_CHECK( tm );                                                                                                \
-        return tm->field;                                                                                              \
-    }
+QV_INT qvTimeYear( QV_TIME *tm )
+{
+    QV_CHECK( tm );
+    return tm->year;
+}
 
-READER( Year, year )
-READER( Month, month )
-READER( Day, day )
-READER( Hour, hour )
-READER( Minute, minute )
-READER( Second, second )
+QV_INT qvTimeMonth( QV_TIME *tm )
+{
+    QV_CHECK( tm );
+    return tm->month;
+}
 
-#undef READER
+QV_INT qvTimeDay( QV_TIME *tm )
+{
+    QV_CHECK( tm );
+    return tm->day;
+}
 
-#define SETTER( Field, field, check )                                                                                  \
-    void qvTimeSet##Field( QV_TIME **tm, QV_INT field )                                                                \
-    {                                                                                                                  \
-        QV_CHECK( tm );                                                                                                \
-        QV_CHECK( *tm );                                                                                               \
-        check;                                                                                                         \
-        qv::makePrivate( tm, qvTimeCreateFrom );                                                                       \
-        ( *tm )->field = field;                                                                                        \
-    }
+QV_INT qvTimeHour( QV_TIME *tm )
+{
+    QV_CHECK( tm );
+    return tm->hour;
+}
 
-SETTER( Year, year, )
-SETTER( Month, month, QV_CHECK( QV_MONTH_OK( month ) ) )
-SETTER( Day, day, QV_CHECK( day >= 1 && day <= 31 ) )
-SETTER( Hour, hour, QV_CHECK( hour >= 0 && hour <= 23 ) )
-SETTER( Minute, minute, QV_CHECK( minute >= 0 && minute <= 59 ) )
-SETTER( Second, second, QV_CHECK( second >= 0 && second <= 61 ) )
+QV_INT qvTimeMinute( QV_TIME *tm )
+{
+    QV_CHECK( tm );
+    return tm->minute;
+}
 
-#undef SETTER
+QV_INT qvTimeSecond( QV_TIME *tm )
+{
+    QV_CHECK( tm );
+    return tm->second;
+}
+
+void qvTimeSetYear( QV_TIME **tm, QV_INT year )
+{
+    QV_CHECK( tm );
+    QV_CHECK( *tm );
+    setField( tm, &QV_TIME::year, year );
+}
+
+void qvTimeSetMonth( QV_TIME **tm, QV_INT month )
+{
+    QV_CHECK( tm );
+    QV_CHECK( *tm );
+    QV_CHECK( QV_MONTH_OK( month ) );
+    setField( tm, &QV_TIME::month, month );
+}
+
+void qvTimeSetDay( QV_TIME **tm, QV_INT day )
+{
+    QV_CHECK( tm );
+    QV_CHECK( *tm );
+    QV_CHECK( day >= 1 && day <= 31 );
+    setField( tm, &QV_TIME::day, day );
+}
+
+void qvTimeSetHour( QV_TIME **tm, QV_INT hour )
+{
+    QV_CHECK( tm );
+    QV_CHECK( *tm );
+    QV_CHECK( hour >= 0 && hour <= 23 );
+    setField( tm, &QV_TIME::hour, hour );
+}
+
+void qvTimeSetMinute( QV_TIME **tm, QV_INT minute )
+{
+    QV_CHECK( tm );
+    QV_CHECK( *tm );
+    QV_CHECK( minute >= 0 && minute <= 59 );
+    setField( tm, &QV_TIME::minute, minute );
+}
+
+void qvTimeSetSecond( QV_TIME **tm, QV_INT second )
+{
+    QV_CHECK( tm );
+    QV_CHECK( *tm );
+    QV_CHECK( second >= 0 && second <= 61 );
+    setField( tm, &QV_TIME::second, second );
+}
 
 void qvTimeSetNow( QV_TIME **tm )
 {
@@ -474,21 +540,26 @@ void qvTimeShiftDays( QV_TIME **tm, QV_INT days )
     own->day   = day - daysBeforeMonth( year, month ) + 1;
 }
 
-#define SHIFT( Units, units, field, unit, ShiftLarger )                                                                \
-    void qvTimeShift##Units( QV_TIME **tm, QV_INT units )                                                              \
-    {                                                                                                                  \
-        QV_CHECK( tm );                                                                                                \
-        QV_CHECK( *tm );                                                                                               \
-        qv::makePrivate( tm, qvTimeCreateFrom );                                                                       \
-        ShiftLarger( tm, shiftField( &( *tm )->field, units % ( unit ), unit ) );                                      \
-        ShiftLarger( tm, units / ( unit ) );                                                                           \
-    }
+void qvTimeShiftHours( QV_TIME **tm, QV_INT hours )
+{
+    QV_CHECK( tm );
+    QV_CHECK( *tm );
+    shiftField( tm, &QV_TIME::hour, hours, HOURS_IN_DAY, qvTimeShiftDays );
+}
 
-SHIFT( Hours, hours, hour, 24, qvTimeShiftDays )
-SHIFT( Minutes, minutes, minute, 60, qvTimeShiftHours )
-SHIFT( Seconds, seconds, second, 60, qvTimeShiftMinutes )
+void qvTimeShiftMinutes( QV_TIME **tm, QV_INT minutes )
+{
+    QV_CHECK( tm );
+    QV_CHECK( *tm );
+    shiftField( tm, &QV_TIME::minute, minutes, MINUTES_IN_HOUR, qvTimeShiftHours );
+}
 
-#undef SHIFT
+void qvTimeShiftSeconds( QV_TIME **tm, QV_INT seconds )
+{
+    QV_CHECK( tm );
+    QV_CHECK( *tm );
+    shiftField( tm, &QV_TIME::second, seconds, SECONDS_IN_MINUTE, qvTimeShiftMinutes );
+}
 
 /* Questions ------------------------------------------------------------------------------------------------------ */
 

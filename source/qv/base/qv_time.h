@@ -9,22 +9,24 @@
 
     Fields. A Time holds six integers: any year, a month from 1 to 12, a day from 1 to 31 whatever the month, an hour
     from 0 to 23, a minute from 0 to 59 and a second from 0 to 61, which leaves room for leap seconds. There is no zone
-    and no count from an epoch; qv_timestamp.h has what measures intervals. The calendar is the Gregorian one, carried
-    back to times before it was introduced; the year 0 is a leap year. Weekdays are defined from the year 0 on.
+    and no count from an epoch; qv_timestamp.h has what measures intervals. The calendar is the Gregorian one, extended
+    to the times before it was introduced; the year 0 is a leap year. Weekdays are defined from the year 0 on.
 
-    Value and copy. A Time that somebody else holds is never changed: a setter or shift takes the address of the
-    caller's reference and, where the Time is shared, replaces it by a private copy first. So retaining is copying.
+    Value and copy. A Time that has other references is never changed: setters and shifts take the address of the
+    caller's reference and, if the Time is shared, replace it by a copy first, which they change. So to retain is to
+    copy.
 
     Order. Times compare by their fields, from the year down to the second. The text is "UTC ", the date, the time of
     day and, if the date is valid, the weekday in parentheses; qvTimeTryCreateFromString() reads it back, but for
     negative years and for the months, which it also takes by name.
 
-    Costs. Everything takes a constant time, shifts over millions of years too.
+    Costs. All functions take a constant time, shifts over millions of years too; reading a text takes time in
+    proportion to its length.
 
-    Threads. Any thread may read a Time, also one that others hold. A variable that setters and shifts work on belongs
-    to one thread at a time.
+    Threads. Any thread may read a Time, a shared one too. A variable that setters and shifts change belongs to one
+    thread at a time.
 
-    Null as a Time or as `*tm` ends the process. */
+    Null as a Time, a text, `tm` or `*tm` ends the process. A result that is a Time belongs to the caller. */
 
 #ifndef QV_TIME_H
 #define QV_TIME_H
@@ -37,35 +39,40 @@ QV_FAMILY( Time, QV_TIME )
 
 /* Creation ------------------------------------------------------------------------------------------------------- */
 
-/** 0-01-01 00:00:00. */
+/** Returns 0-01-01 00:00:00. */
 QV_API QV_TIME *qvTimeCreate( void );
 
-/** A copy. */
+/** Returns a copy. */
 QV_API QV_TIME *qvTimeCreateFrom( QV_TIME *from );
 
-/** The present time of the system's clock. A clock before the epoch ends the process. */
+/** Returns the present time of the system's clock. A clock before the epoch ends the process. */
 QV_API QV_TIME *qvTimeNow( void );
 
-/** The time so many seconds after the epoch, 1970-01-01 00:00:00; null if the year has no place in a C `struct tm`. */
+/** Returns the time `t` seconds after the epoch, 1970-01-01 00:00:00; null if its year doesn't fit into the `struct tm`
+    of C. */
 QV_API QV_TIME *qvTimeTryCreateFromTimeT( time_t t );
 
-/** The time that a text tells; null if it isn't one.
+/** Returns the time that a text tells; null if it tells none.
 
         [UTC] year[-month[-day]] [hour[:minute[:second]]] [(weekday)]
 
-    The parts stand apart by white space, a fourth one by a single character. The year is a decimal number, the month a
-    number or an English name in full or of three letters, the weekday an English name in full; case doesn't count. What
-    is left out is the first month, the first day and midnight. The date must exist and the weekday must be its own. */
+    White space separates the parts; only one character of it may stand before a fourth part. The year is a decimal
+    number, the month a number or an English name in full or of three letters, the weekday an English name in full; case
+    doesn't count. What is left out is the first month, the first day and midnight. The date must exist and the weekday
+    must be its own. */
 QV_API QV_TIME *qvTimeTryCreateFromString( QV_STRING *from );
 
 /* Fields --------------------------------------------------------------------------------------------------------- */
 
+/** @{ */
+/** Returns one field, in the range that the head of this file tells. */
 QV_API QV_INT qvTimeYear( QV_TIME *tm );
 QV_API QV_INT qvTimeMonth( QV_TIME *tm );
 QV_API QV_INT qvTimeDay( QV_TIME *tm );
 QV_API QV_INT qvTimeHour( QV_TIME *tm );
 QV_API QV_INT qvTimeMinute( QV_TIME *tm );
 QV_API QV_INT qvTimeSecond( QV_TIME *tm );
+/** @} */
 
 /** @{ */
 /** Sets one field and no other, so that the day may be one that the month doesn't have. A value outside the field's
@@ -78,21 +85,22 @@ QV_API void qvTimeSetMinute( QV_TIME **tm, QV_INT minute );
 QV_API void qvTimeSetSecond( QV_TIME **tm, QV_INT second );
 /** @} */
 
-/** Sets all fields to the present time of the system's clock. */
+/** Sets all fields to the present time of the system's clock. A clock before the epoch ends the process. */
 QV_API void qvTimeSetNow( QV_TIME **tm );
 
 /* Shifting ------------------------------------------------------------------------------------------------------- */
 
 /** @{ */
-/** Moves on by so many years or months, or back if negative. A day that the month reached doesn't have becomes the
-    first of the next month: 2024-01-31 and one month is 2024-03-01. A year out of range ends the process. */
+/** Shifts by so many years or months, back if negative. If the new month doesn't have the day, the result is the first
+    of the month after it: 2024-01-31 and one month is 2024-03-01. A year that doesn't fit into a QV_INT ends the
+    process. */
 QV_API void qvTimeShiftYears( QV_TIME **tm, QV_INT years );
 QV_API void qvTimeShiftMonths( QV_TIME **tm, QV_INT months );
 /** @} */
 
 /** @{ */
-/** Moves on by so many days, hours, minutes or seconds, or back if negative. Every minute has 60 seconds: a second of
-    60 or 61 becomes one of the next minute. A year out of range ends the process. */
+/** Shifts by so many days, hours, minutes or seconds, back if negative. Each minute has 60 seconds: a shift by seconds
+    turns a second of 60 or 61 into one of the next minute. A year that doesn't fit into a QV_INT ends the process. */
 QV_API void qvTimeShiftDays( QV_TIME **tm, QV_INT days );
 QV_API void qvTimeShiftHours( QV_TIME **tm, QV_INT hours );
 QV_API void qvTimeShiftMinutes( QV_TIME **tm, QV_INT minutes );
@@ -104,26 +112,27 @@ QV_API void qvTimeShiftSeconds( QV_TIME **tm, QV_INT seconds );
 /** True if the month has the day. */
 QV_API QV_BOOL qvTimeValid( QV_TIME *tm );
 
+/** True if the year is a leap year. */
 QV_API QV_BOOL qvTimeLeapYear( QV_TIME *tm );
 
-/** @{ */
-/** 28 to 31, and 365 or 366. */
+/** Returns the number of days of the month, 28 to 31. */
 QV_API QV_INT qvTimeDaysInMonth( QV_TIME *tm );
-QV_API QV_INT qvTimeDaysInYear( QV_TIME *tm );
-/** @} */
 
-/** 1 for the first of January. */
+/** Returns the number of days of the year, 365 or 366. */
+QV_API QV_INT qvTimeDaysInYear( QV_TIME *tm );
+
+/** Returns the number of the day in its year, 1 for the first of January. */
 QV_API QV_INT qvTimeDayOfYear( QV_TIME *tm );
 
-/** 0 (Monday) to 6 (Sunday). */
+/** Returns the weekday, 0 (Monday) to 6 (Sunday). A day that the month doesn't have counts on into the next month. */
 QV_API QV_INT qvTimeWeekday( QV_TIME *tm );
 
-/** True if `*t`, the seconds since the epoch, could be told; else `*t` is 0. `t` may be null. The last second before
-    the epoch can't be told apart from a failure and is one. */
+/** Sets `*t` to the seconds since the epoch. False, and `*t` is 0, if they can't be told: the year doesn't fit into a
+    `struct tm`, or it is the last second before the epoch, which looks like a failure. `t` may be null. */
 QV_API QV_BOOL qvTimeTryConvertToTimeT( QV_TIME *tm, time_t *t );
 
-/** True if `*delta`, the seconds from `tmA` to `tmB`, negative if `tmB` is the earlier one, could be told; else it is
-    out of range and `*delta` is 0. `delta` may be null. */
+/** Sets `*delta` to the seconds from `tmA` to `tmB`, negative if `tmB` is the earlier one. False, and `*delta` is 0, if
+    they don't fit into a QV_INT. `delta` may be null. */
 QV_API QV_BOOL qvTimeDeltaSeconds( QV_TIME *tmA, QV_TIME *tmB, QV_INT *delta );
 
 #endif

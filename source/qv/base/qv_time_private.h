@@ -3,7 +3,7 @@
 
 #include "qv/sys/qv_types.h"
 
-/** When the library was started. The caller owns the reference. */
+/** When the library was started, as a new reference, which the caller owns. */
 QV_API QV_TIME *qv___TimeStarted( void );
 
 #endif

@@ -1,8 +1,9 @@
 #include "qv/base/qv_timer.h"
 
+#include "qv/base/qv_action_private.h"
 #include "qv/base/qv_barrier.h"
 #include "qv/base/qv_dict.h"
-#include "qv/base/qv_event_private.h"
+#include "qv/base/qv_dict_private.h"
 #include "qv/base/qv_monitor_private.h"
 #include "qv/base/qv_thread.h"
 #include "qv/base/qv_thread_private.h"
@@ -17,15 +18,15 @@
 
 #include <algorithm>
 
-// What it fires is written once. `sched` says whether the timer is to fire; `schedAbs` and `schedRel` say in which
-// queue it stands, and may stay set when it is no more to fire.
+// `sched` tells whether the timer is to fire. `schedRel` and `schedAbs` tell in which queue it stands: an unscheduled
+// timer keeps its place until its time.
 struct QV___TIMER_CLOSURE : qv::QueuedTimer // schedRel is guarded by timerMonitor too
 {
-    qv::Action action; // with references of its own
-    QV_THREAD *abortThread;
-    int32_t    sched;    // atomic
-    QV_BOOL    schedAbs; // guarded by timerMonitor, as is the next one
-    QV_TIME   *absKey;   // the Time under which it was queued, if schedAbs is set; else null
+    qv::Action action;      // with references of its own
+    QV_THREAD *abortThread; // null but for qv___TimerCreateAbort()
+    int32_t    sched;       // atomic
+    QV_BOOL    schedAbs;    // guarded by timerMonitor, as is the next one
+    QV_TIME   *absKey;      // the Time under which it was queued, if schedAbs is set; else null
 };
 
 struct QV_TIMER : QV_OBJ
@@ -41,7 +42,7 @@ QV_MONITOR    *timerMonitor  = nullptr; // guards both queues, timerWake and tim
 qv::TimerQueue timerRelQueue = {};      // by timestamp
 QV_DICT       *timerAbsDict  = nullptr; // from Time to closure
 QV_BARRIER    *timerThreadBarrier = nullptr; // the timer thread sleeps here
-QV_INT         timerWake          = 0;       // the timestamp at which it looks at the queues again, left alone
+QV_INT         timerWake          = 0;       // the timestamp until which it sleeps; 0: it is to be woken
 QV_BOOL        timerThreadAbort   = QV_FALSE;
 QV_THREAD     *timerThread        = nullptr;
 QV_TIME       *timerWallNow       = nullptr; // the timer thread's own
@@ -53,13 +54,13 @@ Closure *closureOf( QV_OBJ *object )
 
 /* Taking out of the queues --------------------------------------------------------------------------------------- */
 
-// Takes the order to fire away. True if there was one: of all who try at the same time one succeeds.
-bool disarm( Closure *tcl )
+// Takes the order to fire away. True if there was one: of several threads that try at the same time, one succeeds.
+bool disarmClosure( Closure *tcl )
 {
     return qv___AtomicCompareExchange32( &tcl->sched, 1, 0 ) == 1;
 }
 
-// Notes that a closure stands in the queue by wall clock no more.
+// Notes that a closure no longer stands in the queue by wall clock.
 void leaveAbsolute( Closure *tcl )
 {
     tcl->schedAbs = QV_FALSE;
@@ -67,20 +68,20 @@ void leaveAbsolute( Closure *tcl )
 }
 
 // Takes a closure out of the queue that it stands in, with the monitor held.
-void unschedule( Closure *tcl )
+void unscheduleClosure( Closure *tcl )
 {
     if( tcl->schedRel )
     {
         QV_CHECK( tcl->schedRel != tcl->schedAbs );
 
-        disarm( tcl );
+        disarmClosure( tcl );
         timerRelQueue.del( tcl );
     }
     else if( tcl->schedAbs )
     {
-        disarm( tcl );
+        disarmClosure( tcl );
 
-        // Another timer may have taken over the Time.
+        // A timer that was scheduled at an equal Time later may have taken the place in the Dict.
         qv::Ref< QV_OBJ > check( qvDictObjKey( timerAbsDict, qv::obj( tcl->absKey ) ) );
 
         if( check == tcl )
@@ -90,7 +91,7 @@ void unschedule( Closure *tcl )
     }
 }
 
-void arm( Closure *tcl )
+void armClosure( Closure *tcl )
 {
     qv___AtomicCompareExchange32( &tcl->sched, 0, 1 );
 }
@@ -103,13 +104,13 @@ void freeTimer( QV_OBJ *thisObj )
 
     {
         qv::HeldMonitor held( timerMonitor );
-        unschedule( timer->closure );
+        unscheduleClosure( timer->closure );
     }
 
     qv::drop( timer->closure );
 }
 
-void freeClosure( QV_OBJ *thisObj )
+void freeTimerClosure( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -123,7 +124,7 @@ void freeClosure( QV_OBJ *thisObj )
 }
 } // namespace
 
-QV___FAMILY( ___TimerClosure, QV___TIMER_CLOSURE, freeClosure, nullptr, nullptr )
+QV___FAMILY( ___TimerClosure, QV___TIMER_CLOSURE, freeTimerClosure, nullptr, nullptr )
 QV___FAMILY( Timer, QV_TIMER, freeTimer, nullptr, nullptr )
 
 void qv___TimerStartup( void )
@@ -136,7 +137,7 @@ void qv___TimerStartup( void )
     timerWake          = 0;
     timerThreadAbort   = QV_FALSE;
     timerThreadBarrier = qvBarrierCreate( QV_TRUE );
-    timerWallNow       = qvTimeNow(); // made here, so that the thread needs no heap of its own to start
+    timerWallNow       = qvTimeNow(); // made here, so that the thread allocates nothing when it starts
     timerThread =
         qvThreadTrySpawnCstr( "qv___TimerThreadFunc()", -1, qv___TimerThreadFunc, nullptr, QV_THREAD_PRIORITY_HIGHEST );
     QV_CHECK( timerThread );
@@ -169,13 +170,13 @@ namespace
 {
 const QV_INT NEVER = QV_INT_MAX;
 
-// How often the wall clock is looked at while a Time is queued: less often while it is that far off.
+// How long the thread sleeps at most while a Time is queued: FAR_WAIT while the first one is FAR_SECONDS away or more.
 const QV_INT FAR_SECONDS = 10;
 const QV_INT FAR_WAIT    = 10000; // milliseconds
 const QV_INT NEAR_WAIT   = 1000;
 
 // Fires with no lock held.
-void fire( Closure *tcl )
+void fireClosure( Closure *tcl )
 {
     qv::fireAction( tcl->action );
 
@@ -206,7 +207,7 @@ Closure *takeRelative( QV_INT now, QV_INT *wait )
         Closure *tcl = closureOf( first.timer );
         timerRelQueue.del( tcl );
 
-        if( disarm( tcl ) )
+        if( disarmClosure( tcl ) )
             return qv::retain( tcl );
     }
 
@@ -235,7 +236,7 @@ Closure *takeAbsolute( QV_INT *wait )
         qvDictDelAt( &timerAbsDict, 0 );
         leaveAbsolute( tcl );
 
-        if( disarm( tcl ) )
+        if( disarmClosure( tcl ) )
             return tcl.give();
     }
 
@@ -243,7 +244,8 @@ Closure *takeAbsolute( QV_INT *wait )
     return nullptr;
 }
 
-// Fires all that is due, in the order that `take` gives. True if there was any; `*wait` is the time until the next.
+// Fires all that is due, in the order in which `take` returns it. True if there was any; `*wait` is the time until the
+// next.
 template< class Take >
 bool fireDue( Take take, QV_INT *wait )
 {
@@ -252,7 +254,7 @@ bool fireDue( Take take, QV_INT *wait )
     while( Closure *due = take( wait ) )
     {
         qv::Ref< Closure > tcl( due );
-        fire( tcl );
+        fireClosure( tcl );
         fired = true;
     }
 
@@ -267,10 +269,11 @@ void qv___TimerThreadFunc( void )
 
     while( !abort )
     {
-        // Closed before the queues are looked at, so that nothing is missed. Whoever schedules changes a queue first
-        // and then, if the timer is the first one there, opens the barrier. Either that change comes before the look,
-        // which then finds it, or the barrier opens after it was closed here and the next pass is not delayed. A timer
-        // that is not the first one needs no pass before the first one's time, for which the thread sleeps at most.
+        // Closed before the queues are looked at, so that nothing is missed. A thread that schedules changes a queue
+        // first and then, if the timer is the first one there, opens the barrier. Either that change comes before the
+        // look, which then finds it, or the barrier opens after it was closed here and the next pass is not delayed. A
+        // timer that is not the first one needs no pass before the first one's time, for which the thread sleeps at
+        // most.
         qvBarrierPassTimed( timerThreadBarrier, wait );
         qvBarrierBlock( timerThreadBarrier );
 
@@ -344,7 +347,7 @@ QV_TIMER *qvTimerCreateBarrier( QV_BARRIER *barrier )
 QV_TIMER *qvTimerCreateCondset( QV_CONDSET *condSet, QV_INT conditions )
 {
     QV_CHECK( condSet );
-    return createTimer( { .condSet = condSet, .conditions = conditions & 0xffff } );
+    return createTimer( { .condSet = condSet, .conditions = conditions } );
 }
 
 QV_TIMER *qv___TimerCreateAbort( void )
@@ -363,10 +366,10 @@ namespace
 bool scheduleRelative( Closure *tcl, QV_INT due )
 {
     if( tcl->schedAbs )
-        unschedule( tcl );
+        unscheduleClosure( tcl );
 
     timerRelQueue.set( tcl, due );
-    arm( tcl );
+    armClosure( tcl );
 
     bool first = tcl->relIdx == 0;
 
@@ -423,12 +426,12 @@ void qvTimerScheduleAtTime( QV_TIMER *timer, QV_TIME *at )
     {
         qv::HeldMonitor held( timerMonitor );
         Closure        *tcl = timer->closure;
-        unschedule( tcl );
+        unscheduleClosure( tcl );
 
         qvDictSetObjKey( &timerAbsDict, qv::obj( at ), tcl );
         tcl->schedAbs = QV_TRUE;
         tcl->absKey   = qv::retain( at );
-        arm( tcl );
+        armClosure( tcl );
         first = qv::dictItem( timerAbsDict, 0 ).val == tcl;
     }
 
@@ -439,7 +442,7 @@ void qvTimerScheduleAtTime( QV_TIMER *timer, QV_TIME *at )
 void qvTimerUnschedule( QV_TIMER *timer )
 {
     QV_CHECK( timer );
-    disarm( timer->closure );
+    disarmClosure( timer->closure );
 }
 
 QV_BOOL qvTimerScheduled( QV_TIMER *timer )

@@ -8,7 +8,8 @@
 
 namespace qv
 {
-/** What a timer's closure knows of its place in the queue. Only the queue writes it. */
+/** The base of a timer's closure: its place in the queue. Its creator clears it; from then on only the queue writes
+    it. */
 struct QueuedTimer : QV_OBJ
 {
     QV_BOOL schedRel; // it stands in the queue
@@ -40,7 +41,7 @@ struct TimerQueue
     /** Takes out a timer that is there, in as many steps. */
     void del( QueuedTimer *timer );
 
-    /** Frees the entries. The queue is then an empty one. */
+    /** Frees the entries; the queue is empty then, whatever it held. */
     void free();
 
 private:

@@ -6,9 +6,10 @@
 
 #include "qv/sys/qv_types.h"
 
-/** Milliseconds, never fewer than before. They follow the forward steps of the wall clock and swallow its backward
-    ones; the first reading is the wall clock's time since the epoch. Two readings may be equal. Callable from any
-    thread; costs a lock and a reading of the clock. A wall clock that stands before the epoch ends the process. */
+/** Returns milliseconds, never fewer than an earlier call. The first result is the wall clock's time since the epoch;
+    from then on the result follows forward steps of the wall clock and adds 1 for a backward step. Two results may be
+    equal. Any thread may call it. Costs a lock and a reading of the clock. A wall clock at or before the epoch ends the
+    process. */
 QV_API QV_INT qvTimestamp( void );
 
 #endif

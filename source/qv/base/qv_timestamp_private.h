@@ -3,8 +3,11 @@
 
 #include "qv/sys/qv_types.h"
 
-/** The two readers of the system clock, in milliseconds since the epoch. The start-up chooses the better one. */
+/** @{ */
+/** Reads the system clock: milliseconds since the epoch. qvTimestamp() uses the first one where its resolution is less
+    than a second, else the other. A clock at or before the epoch, or a failing one, ends the process. */
 QV_API QV_INT qv___TimestampRealtime( void );
 QV_API QV_INT qv___TimestampGettimeofday( void );
+/** @} */
 
 #endif

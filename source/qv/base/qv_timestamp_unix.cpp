@@ -13,11 +13,11 @@
 namespace
 {
 QV_MONITOR *timestampMonitor            = nullptr; // guards the two readings
-QV_INT      timestamp                   = 0;       // what was returned last
-QV_INT      timestampSystemPrevious     = 0;
+QV_INT      timestamp                   = 0;       // the last result
+QV_INT      timestampSystemPrevious     = 0;       // the last reading of the system clock
 QV_INT ( *timestampSystemFunc )( void ) = nullptr;
 
-// Milliseconds in 63 bits, whatever the clock says.
+// The sum in milliseconds, modulo 2 to the power of 63.
 QV_INT toMilliseconds( time_t seconds, long milliseconds )
 {
     const double RANGE = 9223372036854775808.0; // 2 to the power of 63

@@ -12,15 +12,15 @@ namespace
 {
 using namespace qv::timezone;
 
-// -1, 0 or 1, as Strings compare.
-int compare( QV_STRING *name, const char *other )
+// Compares a String with a text in ASCII: -1, 0 or 1, in the order of Strings.
+int compareNames( QV_STRING *name, const char *other )
 {
     for( QV_INT i = 0; i < name->length; i++ )
     {
         QV_CHAR ch      = qv::chars( name )[i];
         QV_CHAR otherCh = static_cast< unsigned char >( other[i] );
 
-        // The other one's end is less than any character but the one of the value 0, which is no part of it.
+        // The other name has ended, so the longer one is greater, also when its next character is 0.
         if( otherCh == 0 )
             return 1;
 
@@ -32,7 +32,7 @@ int compare( QV_STRING *name, const char *other )
 }
 
 // The other name in the row of a name, or null.
-const char *find( std::span< const Row > rows, QV_STRING *name )
+const char *findTranslation( std::span< const Row > rows, QV_STRING *name )
 {
     size_t low  = 0;
     size_t high = rows.size();
@@ -40,7 +40,7 @@ const char *find( std::span< const Row > rows, QV_STRING *name )
     while( low < high )
     {
         size_t middle = ( low + high ) / 2;
-        int    order  = compare( name, names + rows[middle].name );
+        int    order  = compareNames( name, names + rows[middle].name );
 
         if( order == 0 )
             return names + rows[middle].translation;
@@ -54,9 +54,9 @@ const char *find( std::span< const Row > rows, QV_STRING *name )
     return nullptr;
 }
 
-QV_STRING *translate( std::span< const Row > rows, QV_STRING *name )
+QV_STRING *translateName( std::span< const Row > rows, QV_STRING *name )
 {
-    const char *translation = find( rows, name );
+    const char *translation = findTranslation( rows, name );
     return translation ? qvStringCreateFromCstr( translation, -1 ) : nullptr;
 }
 } // namespace
@@ -64,25 +64,25 @@ QV_STRING *translate( std::span< const Row > rows, QV_STRING *name )
 QV_STRING *qvTimezoneWindowsToIana( QV_STRING *name )
 {
     QV_CHECK( name );
-    return translate( windowsRows, name );
+    return translateName( windowsRows, name );
 }
 
 QV_STRING *qvTimezoneIanaToWindows( QV_STRING *name )
 {
     QV_CHECK( name );
-    return translate( ianaRows, name );
+    return translateName( ianaRows, name );
 }
 
 QV_BOOL qvTimezoneWindowsOk( QV_STRING *name )
 {
     QV_CHECK( name );
-    return find( windowsRows, name ) ? QV_TRUE : QV_FALSE;
+    return findTranslation( windowsRows, name ) ? QV_TRUE : QV_FALSE;
 }
 
 QV_BOOL qvTimezoneIanaOk( QV_STRING *name )
 {
     QV_CHECK( name );
-    return find( ianaRows, name ) ? QV_TRUE : QV_FALSE;
+    return findTranslation( ianaRows, name ) ? QV_TRUE : QV_FALSE;
 }
 
 QV_VECTOR *qvTimezoneList( void )

@@ -15,7 +15,7 @@ const size_t LINE_SIZE = 128;
 
 const char BLANKS[] = " \t\n";
 
-// Reads a line without its end, of a longer one the first 128 bytes. False behind the last one.
+// Reads the next line, without its end; of a longer one the first 128 bytes. False if there is none.
 bool readLine( FILE *file, char ( &line )[LINE_SIZE + 1] )
 {
     size_t length = 0;
@@ -30,7 +30,7 @@ bool readLine( FILE *file, char ( &line )[LINE_SIZE + 1] )
     return ch != EOF || length > 0;
 }
 
-// Cuts the first word out of a text; it is empty if there is none.
+// Ends the text after its first word and returns that word; it is empty if there is none.
 char *firstWord( char *text )
 {
     char *word                    = text + strspn( text, BLANKS );
@@ -39,7 +39,7 @@ char *firstWord( char *text )
     return word;
 }
 
-// The last word that begins a line of the file and isn't a comment.
+// The first word of the last line that has one and is no comment.
 QV_STRING *lastZone( FILE *file )
 {
     char                 line[LINE_SIZE + 1];
@@ -56,7 +56,7 @@ QV_STRING *lastZone( FILE *file )
     return zone.give();
 }
 
-// What follows the equals sign in the first line with the key; null if there is none.
+// What stands after the equals sign in the first line with the key; null if there is none.
 char *findValue( FILE *file, const char *key, char ( &line )[LINE_SIZE + 1] )
 {
     size_t keyLength = strlen( key );

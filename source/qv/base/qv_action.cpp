@@ -1,6 +1,10 @@
-#include "qv/base/qv_event_private.h"
+#include "qv/base/qv_action_private.h"
 
+#include "qv/base/qv_alert.h"
+#include "qv/base/qv_barrier.h"
 #include "qv/base/qv_condset.h"
+#include "qv/base/qv_signal.h"
+#include "qv/runtime/qv_ref.h"
 
 namespace
 {
@@ -48,29 +52,4 @@ void qv::fireAction( const Action &action )
 
     if( action.alert )
         qvAlertSet( action.alert );
-}
-
-void qv::freeHandleImp( HandleImp *imp )
-{
-    drop( imp->monitor );
-    dropAction( &imp->action );
-}
-
-void qv::fireHandleImp( HandleImp *imp )
-{
-    HeldMonitor held( imp->monitor );
-    fireAction( imp->action );
-}
-
-void qv::haltHandleImp( HandleImp *imp )
-{
-    Action action;
-
-    {
-        HeldMonitor held( imp->monitor );
-        action = std::exchange( imp->action, Action() );
-    }
-
-    // After the monitor: these may be last references, and what ends may fire the events that this is a target of.
-    dropAction( &action );
 }
