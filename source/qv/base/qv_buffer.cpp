@@ -6,6 +6,7 @@
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_order_private.h"
 
 #include <algorithm>
 
@@ -34,7 +35,7 @@ void freeBuffer( QV_OBJ *thisObj )
         buf->freeBlock();
 }
 
-QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareBuffers( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
@@ -45,7 +46,7 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
     const uint8_t *aBytes = qv::bytes( a );
     const uint8_t *bBytes = qv::bytes( b );
 
-    if( QV_INT order = qvMemCompare( aBytes, bBytes, static_cast< QV_INT >( common / 8 ) ) )
+    if( QV_INT order = qv::orderBytes( aBytes, bBytes, common / 8 ) )
         return order;
 
     if( uint64_t left = common % 8 )
@@ -53,15 +54,15 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
         int aRest = aBytes[common / 8] >> ( 8 - left );
         int bRest = bBytes[common / 8] >> ( 8 - left );
 
-        if( aRest != bRest )
-            return aRest < bRest ? -1 : 1;
+        if( QV_INT order = qv::order( aRest, bRest ) )
+            return order;
     }
 
-    return ( a->length > b->length ) - ( a->length < b->length );
+    return qv::order( a->length, b->length );
 }
 
 // [ab cd c0/4]
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *bufferToString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -101,7 +102,7 @@ QV_STRING *toString( QV_OBJ *thisObj )
 }
 } // namespace
 
-QV___FAMILY( Buffer, QV_BUFFER, freeBuffer, compare, toString )
+QV___FAMILY( Buffer, QV_BUFFER, freeBuffer, compareBuffers, bufferToString )
 
 void qv___BufferStartup( void )
 {

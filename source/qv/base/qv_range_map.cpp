@@ -9,6 +9,7 @@
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_order_private.h"
 
 namespace
 {
@@ -245,7 +246,7 @@ QV_RANGE_MAP *createMap( QV_BOOL autoCollapse )
     return map;
 }
 
-void freeMap( QV_OBJ *thisObj )
+void freeRangeMap( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -261,12 +262,7 @@ void freeMap( QV_OBJ *thisObj )
     qv___ObjDbgSetAllocationSize( map, 0 );
 }
 
-QV_INT order( QV_INT a, QV_INT b )
-{
-    return ( a > b ) - ( a < b );
-}
-
-QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
+QV_INT compareRangeMapsStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
 {
     QV_RANGE_MAP *a      = qvRangeMapFrom( thisObj );
     QV_RANGE_MAP *b      = qvRangeMapFrom( thatObj );
@@ -277,20 +273,20 @@ QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
         const Entry &x = a->ranges[walk->at];
         const Entry &y = b->ranges[walk->at++];
 
-        if( QV_INT result = order( x.startingKey, y.startingKey ) )
+        if( QV_INT result = qv::order( x.startingKey, y.startingKey ) )
             return result;
 
-        if( QV_INT result = order( x.endingKey, y.endingKey ) )
+        if( QV_INT result = qv::order( x.endingKey, y.endingKey ) )
             return result;
 
         if( QV_INT result = qv::comparePart( walk, x.value, y.value ) )
             return result;
     }
 
-    return order( a->length, b->length );
+    return qv::order( a->length, b->length );
 }
 
-QV_OBJ *textStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
+QV_OBJ *rangeMapToStringStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
 {
     QV_RANGE_MAP *map = qvRangeMapFrom( thisObj );
 
@@ -315,7 +311,9 @@ QV_OBJ *textStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
 }
 } // namespace
 
-QV___FAMILY_OF_PARTS( RangeMap, QV_RANGE_MAP, freeMap, qv::compareByParts, qv::textByParts, compareStep, textStep )
+QV___FAMILY_OF_PARTS(
+    RangeMap, QV_RANGE_MAP, freeRangeMap, qv::compareByParts, qv::textByParts, compareRangeMapsStep,
+    rangeMapToStringStep )
 
 /* Creation ------------------------------------------------------------------------------------------------------- */
 
@@ -405,14 +403,7 @@ QV_INT qv___RangeMapFindAfterKey( QV_RANGE_MAP *map, QV_INT key )
     if( map->ranges[lo].endingKey >= key )
         return lo;
 
-    // The range at lo ends before the key, the one at hi doesn't.
-    while( hi - lo > 1 )
-    {
-        QV_INT mid                                     = lo + ( hi - lo ) / 2;
-        ( map->ranges[mid].endingKey < key ? lo : hi ) = mid;
-    }
-
-    return hi;
+    return qv::bisect( lo, hi, [&]( QV_INT idx ) { return map->ranges[idx].endingKey < key ? -1 : 1; } ).idx;
 }
 
 QV_OBJ *qvRangeMapIntKey( QV_RANGE_MAP *map, QV_INT key )
