@@ -29,6 +29,9 @@ const int32_t FEW_IN_DICT_RUN = 128;
 const int32_t FULL_ONLY_DICT_RUN = 1024;
 static_assert( FULL_ONLY_DICT_RUN <= 2 * FULL_DICT_RUN, "halves of it are runs under an index" );
 
+/** Items of a run that is made in one go, or joined, at most: it is not so full that the next item splits it. */
+const int32_t JOINED_DICT_RUN = 384;
+
 /** Where an item stands, or before which one it would. */
 struct DictPlace
 {
@@ -66,11 +69,27 @@ void releaseItem( const QV___DICT_ITEM &item );
 
 /* Accounts -------------------------------------------------------------------------------------------------------
 
-   What entering or deleting one by one would account for. */
+   What a Dict declares is the size of one array of references, which grows and shrinks by constant numbers of items, as
+   entering and deleting one by one would make it. Its runs are larger, by the digests and by room to grow, and there may
+   be many of them: so what is declared is a number beside them, which follows the length alone, and no rule of their
+   memory. */
 
 void accountForDict( QV_DICT *dict, QV_INT alloc );
 void accountForMore( QV_DICT *dict, QV_INT count ); /**< before they are entered */
 void accountForLess( QV_DICT *dict );               /**< after some have been taken out */
+
+/* The index ------------------------------------------------------------------------------------------------------
+
+   How many items each run has is kept as a tree of sums: the number at a place, counted from 1, is the sum over as many
+   runs up to that one as the lowest bit of the place says. So the items before a run, and one item more in a run, cost the
+   logarithm of the number of runs. */
+
+/** A new index over runs, whose numbers are undefined; takes `runs` over. */
+QV___DICT_INDEX *createDictIndex( QV___DICT_RUN *runs );
+void             freeDictIndex( QV___DICT_INDEX *index ); /**< without a look at the runs */
+
+/** Makes plain numbers of items the tree of sums. */
+void foldDictCounts( QV___DICT_INDEX *index );
 
 /* Digests -------------------------------------------------------------------------------------------------------- */
 
