@@ -153,32 +153,23 @@ void splitRun( Index *index, int32_t at, int32_t leftLength, bool keepsRight, in
     sharpenIndex( index );
 }
 
-// Moves items between a run and the next one until both have as many. The keys that change places stay as they are: an
-// entry of the index may still have one.
+// Gives items to a run that has few of the one before it, so that both have as many. The keys that change places live on:
+// until the index has another first key of the run, it has one of these.
 void evenOut( Index *index, int32_t at )
 {
-    Run   *&left  = index->runs->items()[at].run;
-    Run   *&right = index->runs->items()[at + 1].run;
-    int32_t more  = ( left->length + right->length ) / 2 - left->length; // items that the left one gets
+    Run   *&left  = index->runs->items()[at - 1].run;
+    Run   *&right = index->runs->items()[at].run;
+    int32_t count = left->length - ( left->length + right->length ) / 2;
+    QV_ASSERT( count > 0 );
 
-    if( more > 0 )
-    {
-        putItems( openRunGap( left, left->length, more ), right->items(), more );
-        dropRunFront( right, more );
-        qv::mixDigests( left, right->digests, right->prefix );
-    }
-    else
-    {
-        putItems( openRunGap( right, 0, -more ), left->items() + left->length + more, -more );
-        dropRunBack( left, -more );
-        qv::mixDigests( right, left->digests, left->prefix );
-    }
-
+    putItems( openRunGap( right, 0, count ), left->items() + left->length - count, count );
+    dropRunBack( left, count );
+    qv::mixDigests( right, left->digests, left->prefix );
     qv::sharpenDigests( left );
     qv::sharpenDigests( right );
-    addToCount( index, at, more );
-    addToCount( index, at + 1, -more );
-    firstHasChanged( index, at + 1 );
+    addToCount( index, at - 1, -count );
+    addToCount( index, at, count );
+    firstHasChanged( index, at );
     sharpenIndex( index );
 }
 
@@ -221,7 +212,7 @@ void tidyRun( QV_DICT *dict, int32_t at )
         if( total <= qv::JOINED_DICT_RUN )
             joinRuns( dict, left );
         else if( at > 0 && at < last )
-            evenOut( index, left );
+            evenOut( index, at );
     }
 }
 
