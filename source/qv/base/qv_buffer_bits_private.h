@@ -19,6 +19,12 @@
 #define QV___INT_UNSIGNED_ADD_OK( a, b )           ( (uint64_t)( a ) + (uint64_t)( b ) >= (uint64_t)( a ) )
 #define QV_REF_RETAIN_COUNT( x )                   qv___AtomicLoad32( &( x )->retainCount )
 
+// An argument of a public form in bits: one that counts bits is checked, one that counts bytes is multiplied too. The
+// forms take their arguments one by one in their order, so that the first bad one is reported.
+#define UNSIGNED( x ) ( QV_CHECK( QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( x ) ), (uint64_t)( x ) )
+#define BYTES( x )                                                                                                     \
+    ( QV_CHECK( QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( x ) ), QV_CHECK( BYTES_TO_BITS_OK( x ) ), BYTES_TO_BITS( x ) )
+
 namespace qv::bits
 {
 inline uint64_t load64( const uint8_t *at )
