@@ -349,7 +349,9 @@ TEST( Dict, RunsWithOtherPrefixesEvenOut )
         keys.erase( gone );
 
         if( i == 352 )
+        {
             EXPECT_EQ( 1, lengthOf( 1 ) - lengthOf( 0 ) );
+        }
     }
 
     EXPECT_EQ( 4, dict->index->runs->length );

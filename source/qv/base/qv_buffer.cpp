@@ -217,8 +217,8 @@ void qv___BufferMakeRoom( QV_BUFFER **buf, uint64_t atBit, uint64_t bitCount )
 
 namespace
 {
-// A snapshot of live objects may hold the Buffer for a while although its owner is the only one to use it. So only who
-// calls from outside is asked whether it is his own.
+// A snapshot of live objects may hold the Buffer for a while although its owner is the only one to use it. So only
+// a caller from outside is asked whether it is the only holder.
 void compact( QV_BUFFER *buf )
 {
     if( !buf->ref )
@@ -382,10 +382,10 @@ void qv___BufferBitWriteOuter( QV_BUFFER **buf, uint64_t bitIdx, QV_BUFFER *src,
         bitIdx + ( bitLength( src ) - bitCount ) <= bitLength( *buf ),
         "bitIdx + (src->bitLength - bitCount) <= (*buf)->bitLength" );
 
-    uint64_t             behind = bitOffset + bitCount;
-    qv::Ref< QV_BUFFER > held   = hold( buf, src );
+    uint64_t             after = bitOffset + bitCount;
+    qv::Ref< QV_BUFFER > held  = hold( buf, src );
     qv___BufferBitWriteInner( buf, bitIdx, src, 0, bitOffset );
-    qv___BufferBitWriteInner( buf, bitIdx + bitOffset, src, behind, bitLength( src ) - behind );
+    qv___BufferBitWriteInner( buf, bitIdx + bitOffset, src, after, bitLength( src ) - after );
 }
 
 void qv___BufferBitInsertInner(
@@ -430,8 +430,8 @@ void qv___BufferBitDelInner( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCo
     if( bitCount == 0 )
         return;
 
-    uint64_t behind = bitOffset + bitCount;
-    uint64_t left   = bitLength( *buf ) - behind;
+    uint64_t after = bitOffset + bitCount;
+    uint64_t left  = bitLength( *buf ) - after;
 
     if( bitCount == bitLength( *buf ) )
     {
@@ -443,7 +443,7 @@ void qv___BufferBitDelInner( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCo
     {
         qv::Ref< QV_BUFFER > rest( qv::createBuffer() );
         qv___BufferBitInsertInner( rest.at(), 0, *buf, 0, bitOffset );
-        qv___BufferBitInsertInner( rest.at(), bitOffset, *buf, behind, left );
+        qv___BufferBitInsertInner( rest.at(), bitOffset, *buf, after, left );
         qv::assign( buf, rest.give() );
         return;
     }

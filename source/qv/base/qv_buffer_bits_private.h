@@ -69,7 +69,7 @@ inline uint64_t get( const uint8_t *memory, uint64_t end, uint64_t pos, uint64_t
 
 /** Overwrites bits that stand in up to eight bytes, at least 1. Only the two bytes at the ends are read, and each of
     them lies in one store: a processor can take a byte out of a store that has not reached the cache yet, but has to
-    wait for a word that is partly in one, which would slow down fields that are written one behind the other. */
+    wait for a word that is partly in one, which would slow down fields that are written one after the other. */
 inline void putWord( uint8_t *memory, uint64_t pos, uint64_t value, uint64_t count )
 {
     uint8_t *at    = memory + pos / 8;

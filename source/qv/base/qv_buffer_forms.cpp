@@ -161,7 +161,7 @@ void appendContents( QV_BUFFER **buf, Contents contents )
 }
 
 // With 64 free bits in a block of our own, up to nine bytes with the one that the contents end in, a number goes there
-// as a word; the free bits behind it may become anything.
+// as a word; the free bits after it may become anything.
 inline void appendContents( QV_BUFFER **buf, Bits bits )
 {
     QV_CHECK_AS( bits.bitCount <= QV_INT_BITS, "bitCount <= QV_INT_BITS" );
@@ -228,7 +228,7 @@ inline void appendContents( QV_BUFFER **buf, Array array )
     QV_INT     bitCount = static_cast< QV_INT >( BYTES_TO_BITS( array.byteCount ) );
 
     if( !array.bytes || array.byteCount - 1 >= FEW_BYTES || !BIT_AT_BOUND( own->length ) || !qv::isPrivate( own )
-        || !qv::hasRoomBehind( own, bitCount ) )
+        || !qv::hasRoomAfter( own, bitCount ) )
     {
         appendAnywhere( buf, array );
         return;
@@ -251,7 +251,7 @@ QV_BUFFER *createOf( Contents contents )
 
 namespace
 {
-// Checks what a Buffer is to be made around; gives its bits.
+// Checks what a Buffer is to be made around; returns its bits.
 QV_INT bitsAround( const void *bytes, QV_INT byteCount )
 {
     QV_CHECK( bytes || byteCount == 0 );

@@ -20,7 +20,7 @@ QV_BUFFER *copyRange( QV_BUFFER *buf, uint64_t bitIdx, uint64_t bitCount )
     return qv___BufferBitReadBits( buf, bitIdx, UNSIGNED( bitCount ) );
 }
 
-// True where all checks would hold, and the bits stand in eight bytes of which none lies behind the contents.
+// True where all checks would hold, and the bits stand in eight bytes of which none lies after the contents.
 bool standsInOneWord( QV_BUFFER *buf, uint64_t bitIdx, QV_INT bitCount )
 {
     return (uint64_t)bitCount - 1 < 57 && bitIdx + 64 <= qv::bitLength( buf );

@@ -1,7 +1,7 @@
 /** @file
     One run of items: its memory, and items in and out of it.
 
-    A run is a block as those of String and Vector are, behind a head of its own in the same allocation. What is declared
+    A run is a block as those of String and Vector are, after a head of its own in the same allocation. What is declared
     for a Dict does not follow its runs, see qv_dict_tree_private.h, so that a run knows one size only, the real one. */
 
 #ifndef QV_DICT_RUN_PRIVATE_H
@@ -40,8 +40,8 @@ Run *copyRun( Run *run );
 /** Takes all items out of a run, without a look at them, and keeps its memory. */
 void emptyRun( Run *run );
 
-/** Opens a gap of `count` undefined items. Where free places can be used the shorter side moves, as a rule; else the run
-    moves, maybe to memory with room for half as many more. */
+/** Opens a gap of `count` undefined items. Where free places can be used the shorter side moves, as a rule; else the
+    run moves, maybe to memory with room for half as many more. */
 Item *openRunGapInside( Run *&run, int32_t idx, int32_t count );
 
 inline Item *openRunGap( Run *&run, int32_t idx, int32_t count = 1 )

@@ -211,9 +211,9 @@ void qv::sharpenDigests( QV___DICT_RUN *run )
 
 namespace
 {
-// The first item from `from` on with this digest or a greater one. Not qv::bisect(), which branches by each comparison and
-// stops at an equal item: here every key takes the same number of steps, and each step is a conditional move, since half
-// of the branches would be mispredicted.
+// The first item from `from` on with this digest or a greater one. Not qv::bisect(), which branches by each comparison
+// and stops at an equal item: here every key takes the same number of steps, and each step is a conditional move, since
+// half of the branches would be mispredicted.
 int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
 {
     const Item *items = run->items();

@@ -153,8 +153,8 @@ void splitRun( Index *index, int32_t at, int32_t leftLength, bool keepsRight, in
     sharpenIndex( index );
 }
 
-// Gives items to a run that has few of the one before it, so that both have as many. The keys that change places live on:
-// until the index has another first key of the run, it has one of these.
+// Moves items to a run that has few from the one before it, so that both have as many. The keys that change places live
+// on: until the index has another first key of the run, it has one of these.
 void evenOut( Index *index, int32_t at )
 {
     Run   *&left  = index->runs->items()[at - 1].run;
@@ -216,8 +216,8 @@ void tidyRun( QV_DICT *dict, int32_t at )
     }
 }
 
-// Divides a full run, to which an item is to go, and returns the place that it has then; the run there may be full too. A
-// run under the index and at an end of the Dict, to which the item goes there, stays nearly full, as more may follow.
+// Divides a full run, to which an item is to go, and returns the place that it has then; the run there may be full too.
+// A run under the index and at an end of the Dict, to which the item goes there, stays nearly full, as more may follow.
 Place placeAfterSplit( QV_DICT *dict, const Place &place )
 {
     if( !dict->hasIndex )

@@ -77,7 +77,7 @@ QV_PRIORITY_MAP *createMap( QV_DICT *byPriority, QV_DICT *byObject )
     return map;
 }
 
-// The object at an index, which may lie outside the map, and its priority, for whoever asks for it.
+// The object at an index, which may lie outside the map, and its priority where that is asked for.
 QV_OBJ *neighbour( QV_PRIORITY_MAP *map, QV_INT idx, QV_INT *priority )
 {
     if( priority )
@@ -112,7 +112,7 @@ qv::Ref< QV_PRIORITY_MAP > holdPrivate( QV_PRIORITY_MAP **map )
 
 // What must be true after each change, looked at where a map is small and now and then where it is large. The order of
 // the keys the Dicts watch themselves.
-bool isSound( QV_PRIORITY_MAP *map )
+bool isSoundPriorityMap( QV_PRIORITY_MAP *map )
 {
     if( map->byPriority->length != map->byObject->length )
         return false;
@@ -140,7 +140,7 @@ bool isSound( QV_PRIORITY_MAP *map )
 // The end of a change.
 void settle( QV_PRIORITY_MAP **map, qv::Ref< QV_PRIORITY_MAP > &held )
 {
-    QV_ASSERT( isSound( held ) );
+    QV_ASSERT( isSoundPriorityMap( held ) );
     qv::goOnWith( map, held );
 }
 } // namespace

@@ -301,7 +301,7 @@ QV_RANGE_MAP *qvRangeMapCreateFrom( QV_RANGE_MAP *map )
 {
     QV_CHECK( map );
 
-    // Values are compared where they touch, and so maybe the map is released meanwhile.
+    // Values are compared where they touch, where the map may be released meanwhile.
     qv::Ref< QV_RANGE_MAP > held = qv::Ref< QV_RANGE_MAP >::share( map );
     qv::Ref< QV_RANGE_MAP > copy( createMap( map->autoCollapse ) );
 

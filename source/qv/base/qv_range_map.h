@@ -29,11 +29,11 @@
 
     Costs. Looking a key up is a bisection. Setting moves the ranges on the shorter side of the place, deleting those
     after it; in ascending and in descending order, and at either end, they move no ranges as a rule. Automatic
-    collapsing compares a range that was set with its two neighbours, qvRangeMapCollapse() each range with the next. A map
-    that is shared is copied by a change, range by range.
+    collapsing compares a range that was set with its two neighbours, qvRangeMapCollapse() each range with the next. A
+    map that is shared is copied by a change, range by range.
 
-    Memory. The array grows by 33 ranges when it is full and gives 64 back when more than 64 fit and 64 are free. That is
-    what is declared; at most twice as much is allocated.
+    Memory. The array grows by 33 ranges when it is full and gives 64 back when more than 64 fit and 64 are free. That
+    is what is declared; at most twice as much is allocated.
 
     Threads. Any thread may read a RangeMap, also one that others hold. A variable that mutators work on belongs to one
     thread at a time.

@@ -274,7 +274,7 @@ void insertChars( QV_STRING **dest, QV_INT idx, const QV_CHAR *chs, QV_INT count
 
     if( !qv::isShared( old ) )
     {
-        // What most insertions are: at the end of a text, with room behind it.
+        // What most insertions are: at the end of a text, with room after it.
         if( idx == old->length && idx > 0 && ( old->bspace >= count || old->stretch( count ) ) )
         {
             qv::copyChars( old->takeBack( count ), chs, count );
@@ -355,7 +355,7 @@ __attribute__( ( noinline ) ) void appendCharSlowly( QV_STRING **dest, QV_CHAR c
 }
 } // namespace
 
-// The loops that build a text character by character end here. Where there is a free place behind some text that
+// The loops that build a text character by character end here. Where there is a free place after some text that
 // nobody else holds, a few instructions do it, without a frame for the call.
 void qvStringAppendChar( QV_STRING **dest, QV_CHAR ch )
 {

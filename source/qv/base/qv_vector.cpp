@@ -133,8 +133,8 @@ QV_OBJ **qv___VectorMakeRoom( QV_VECTOR *vec, QV_INT atIndex, QV_INT count )
     return gap;
 }
 
-// A snapshot of live objects may hold the Vector for a while although its owner is the only one to use it. So only who
-// calls from outside is asked whether it is his own.
+// A snapshot of live objects may hold the Vector for a while although its owner is the only one to use it. So only
+// a caller from outside is asked whether it is the only holder.
 void qv___VectorCompact( QV_VECTOR *vec )
 {
     QV_CHECK( vec );
@@ -643,7 +643,7 @@ void qvVectorShuffle( QV_VECTOR **vec )
     QV_OBJ **objs = qv::objs( *vec );
     QV_INT   last = ( *vec )->length - 1;
 
-    // What is drawn goes behind what has been drawn; the rest keeps its order.
+    // What is drawn goes after what has been drawn; the rest keeps its order.
     for( QV_INT i = 0; i < last; i++ )
     {
         QV_INT  drawn = i + qvRandomNonNegativeIntRange( 0, last - i );

@@ -10,8 +10,8 @@
 
 namespace qv
 {
-/** At the end free slots are used before the block grows, by 32 more than are needed; anywhere else but in free slots at
-    the front a gap makes a new block. */
+/** At the end free slots are used before the block grows, by 32 more than are needed; anywhere else but in free slots
+    at the front a gap makes a new block. */
 struct VectorRules
 {
     using Unit = QV_OBJ *;
@@ -62,7 +62,7 @@ struct QV_VECTOR : qv::Block< QV_OBJ, qv::VectorRules >
 /** The one empty Vector of qvVectorCreate(). */
 extern "C" QV_VECTOR *qv___VectorEmpty;
 
-/** Opens a gap of `count` zeroed slots in a Vector that nobody else holds; gives the gap. The caller fills it. */
+/** Opens a gap of `count` zeroed slots in a Vector that nobody else holds; returns the gap, which the caller fills. */
 QV_API QV_OBJ **qv___VectorMakeRoom( QV_VECTOR *vec, QV_INT atIndex, QV_INT count );
 
 /** Gives free slots back where an end has more than 64 of them. Nobody else may hold the Vector. */

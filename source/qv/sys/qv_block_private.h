@@ -1,6 +1,6 @@
 /** @file
-    The block with free places at both ends: what String, Buffer, Vector and RangeMap keep their contents in, and each run
-    of a Dict.
+    The block with free places at both ends: what String, Buffer, Vector and RangeMap keep their contents in, and each
+    run of a Dict.
 
     Two sizes. What a family declares to the object frame follows the family's rules to the place: so many free units
     before the contents and after them. What is really allocated is this file's business: more than is declared, so
@@ -8,9 +8,9 @@
     of the rules. Both sizes change here and nowhere else. The declared block always lies within the allocated one, so
     that a free unit that is declared can be written without a further look.
 
-    Two layers. changeBlock() and its parts own the allocation and the move, in bytes; it knows nothing of declared sizes. Block is an
-    object with contents of one type and a declared size. A run of a Dict stands on the first layer only: it is no object,
-    and what a Dict declares is one number for all of its runs.
+    Two layers. changeBlock() and its parts own the allocation and the move, in bytes; they know nothing of declared
+    sizes. Block is an object with contents of one type and a declared size. A run of a Dict stands on the first layer
+    only: it is no object, and what a Dict declares is one number for all of its runs.
 
     Costs. A change at an end moves nothing as a rule. The contents move when the memory at that end is used up: each
     time a part of the length that SPARE tells becomes free for what comes. A change inside moves the shorter side, as
@@ -85,8 +85,8 @@ inline void takeFree( [[maybe_unused]] void *memory, [[maybe_unused]] QV_INT byt
 #endif
 }
 
-/** Opens a gap in contents where moving one side of them does it: in units of T, `before` and `after` the contents so much
-    is free, and one side is not much longer than the other. False where nothing was done. */
+/** Opens a gap in contents where moving one side of them does it: in units of T, `before` and `after` the contents so
+    much is free, and one side is not much longer than the other. False where nothing was done. */
 template< class T >
 inline bool openBlockGap( T **first, QV_INT before, QV_INT after, const BlockChange &change )
 {
@@ -127,8 +127,8 @@ inline bool openBlockGap( T **first, QV_INT before, QV_INT after, const BlockCha
 /** Makes a change: by openBlockGap() if that does it, else by moveBlock(). Costs what moves. */
 void changeBlock( BlockMemory *block, const BlockKind &kind, const BlockChange &change );
 
-/** Makes a change by moving all contents, within the memory or to another allocation. Where there is no memory the process
-    ends. */
+/** Makes a change by moving all contents, within the memory or to another allocation. Where there is no memory the
+    process ends. */
 void moveBlock( BlockMemory *block, const BlockKind &kind, const BlockChange &change );
 
 /** What a block does when its last unit is dropped. */
@@ -277,8 +277,8 @@ struct Block : Header
         return memory && Rules::fits( { fspace, bspace }, length, at, count );
     }
 
-    /** Opens a gap of `count` undefined units, above 0, and returns where its first byte is. A gap that is not at the end
-        starts and ends on whole bytes. */
+    /** Opens a gap of `count` undefined units, above 0, and returns where its first byte is. A gap that is not at the
+        end starts and ends on whole bytes. */
     Unit *openGap( QV_INT at, QV_INT count )
     {
         if( length > 0 && at == length && bspace >= count )
@@ -292,8 +292,8 @@ struct Block : Header
         return first + elementsOf( at );
     }
 
-    /** Takes some of the free units after the contents, which the caller knows to be declared. Returns the byte that the
-        first of them is in. */
+    /** Takes some of the free units after the contents, which the caller knows to be declared. Returns the byte that
+        the first of them is in. */
     Unit *takeBack( QV_INT count )
     {
         QV_ASSERT( count <= bspace );

@@ -1,7 +1,7 @@
 /** @file
     Order: how numbers, texts and bytes compare, and the search in what is ordered.
 
-    Every order() returns -1, 0 or 1: the first argument stands before the second, is equal to it, or stands after it. */
+    Every order() returns -1, 0 or 1: the first argument stands before the second, is equal to it, or stands after. */
 
 #ifndef QV_ORDER_PRIVATE_H
 #define QV_ORDER_PRIVATE_H
@@ -21,8 +21,8 @@ constexpr QV_INT order( T a, T b )
     return ( a > b ) - ( a < b );
 }
 
-/** The order of two reals. Those that are no more than DBL_EPSILON apart are equal; with a NaN on either side, or on both,
-    the result is 1. */
+/** The order of two reals. Those that are no more than DBL_EPSILON apart are equal; with a NaN on either side, or on
+    both, the result is 1. */
 inline QV_INT order( QV_REAL a, QV_REAL b )
 {
     return qvRealEquals( a, b ) ? 0 : a < b ? -1 : 1;
@@ -68,8 +68,8 @@ struct Bisected
 };
 
 /** Searches ascending items. The item at `below` is known to stand before what is looked for and the one at `above`
-    after it, or there are no such items: neither is looked at, so that -1 and the length search all. `orderAt( idx )` is
-    the order of an item and what is looked for. As many calls as the logarithm of the number of items between. */
+    after it, or there are no such items: neither is looked at, so that -1 and the length search all. `orderAt( idx )`
+    is the order of an item and what is looked for. As many calls as the logarithm of the number of items between. */
 template< std::signed_integral Index, class OrderAt >
 inline Bisected< Index > bisect( Index below, Index above, const OrderAt &orderAt )
 {
