@@ -3,6 +3,8 @@
 #include "qv/base/qv_boxed_int.h"
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_buffer_private.h"
+#include "qv/base/qv_range_map.h"
+#include "qv/base/qv_range_map_private.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/base/qv_vector_private.h"
@@ -12,7 +14,7 @@
 using qv::Ref;
 using namespace qv::test;
 
-// What String, Buffer and Vector have in common: each is a sequence with single elements at its ends.
+// What String, Buffer, Vector and RangeMap have in common: each is a sequence with single elements at its ends.
 
 namespace
 {
@@ -107,6 +109,39 @@ struct Objects
     }
 };
 
+struct Ranges
+{
+    Ref< QV_RANGE_MAP > object{ qvRangeMapCreate() };
+    Ref< QV_BOXED_INT > value{ qvBoxedIntCreate( 1 ) };
+    QV_INT              front = 0; // the keys are from here on, each a range
+    QV_INT              back  = 0;
+
+    void append()
+    {
+        qvRangeMapSetIntKey( object.at(), back++, qv::obj( value.get() ) );
+    }
+    void prepend()
+    {
+        qvRangeMapSetIntKey( object.at(), --front, qv::obj( value.get() ) );
+    }
+    void dropFront()
+    {
+        qvRangeMapDelIntKey( object.at(), front++ );
+    }
+    void dropBack()
+    {
+        qvRangeMapDelIntKey( object.at(), --back );
+    }
+    void compact()
+    {
+        qvRangeMapDelIntKey( object.at(), front++ );
+    }
+    QV_INT length()
+    {
+        return object->length;
+    }
+};
+
 // Counts the elements that changes of a sequence move: all of them when one in the middle is somewhere else afterwards.
 template< class Sequence >
 struct Counted
@@ -158,7 +193,7 @@ class Block : public testing::Test
 {
 };
 
-using Sequences = testing::Types< Text, Bytes, Objects >;
+using Sequences = testing::Types< Text, Bytes, Objects, Ranges >;
 TYPED_TEST_SUITE( Block, Sequences );
 } // namespace
 
@@ -198,12 +233,12 @@ TYPED_TEST( Block, ChangesAtTheEndsMoveLittle )
 }
 
 #ifndef NDEBUG
-// What builds with assertions find: a block that claims more than there is, and whoever writes where nothing is.
+// What builds with assertions find: a block that claims more than there is, and code that writes where nothing is.
 TYPED_TEST( Block, WatchesWhatIsFree )
 {
     TypeParam sequence;
 
-    for( int i = 0; i < 10; i++ )
+    for( int i = 0; i < 20; i++ )
         sequence.append();
 
     sequence.prepend();

@@ -324,6 +324,42 @@ TEST( Dict, KeysWithOtherPrefixesMeet )
         EXPECT_TRUE( qvDictHasStringKey( both, key( i ) ) );
 }
 
+// A run of Strings that share few characters gets items of the one before it, which share more, and is joined with it in
+// the end.
+TEST( Dict, RunsWithOtherPrefixesEvenOut )
+{
+    std::vector< std::string > keys;
+    Ref< QV_DICT >             dict( qvDictCreate() );
+
+    // As keys that ascend are divided, the first run has 512 and the second one 480 of them.
+    for( QV_INT i = 0; i < 2000; i++ )
+    {
+        const char *group = i < 512 ? "aaaabbbb" : i < 752 ? "aaaac" : i < 992 ? "aaaad" : "aaaaeeee";
+        keys.push_back( group + std::to_string( 1000 + i ) );
+        qvDictSetStringKey( dict.at(), text( keys.back() ), boxed( i ) );
+    }
+
+    auto lengthOf = [&]( QV_INT run ) { return dict->index->runs->items()[run].run->length; };
+    ASSERT_EQ( 480, lengthOf( 1 ) );
+
+    for( QV_INT i = 0; i < 670; i++ )
+    {
+        auto gone = keys.begin() + ( i < 470 ? 512 + ( i % 2 ? 0 : 479 - i ) : 50 );
+        qvDictDelStringKey( dict.at(), text( *gone ) );
+        keys.erase( gone );
+
+        if( i == 352 )
+        {
+            EXPECT_EQ( 1, lengthOf( 1 ) - lengthOf( 0 ) );
+        }
+    }
+
+    EXPECT_EQ( 4, dict->index->runs->length );
+
+    for( const std::string &key : keys )
+        EXPECT_TRUE( qvDictHasStringKey( dict, text( key ) ) ) << key;
+}
+
 TEST( Dict, ReportsBrokenContracts )
 {
     Ref< QV_DICT >   dict( qvDictCreate() );

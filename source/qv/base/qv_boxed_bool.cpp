@@ -3,6 +3,7 @@
 #include "qv/base/qv_format.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_order_private.h"
 
 struct QV_BOXED_BOOL : QV_OBJ
 {
@@ -19,7 +20,7 @@ QV_INT compareBoxedBools( QV_OBJ *thisObj, QV_OBJ *thatObj )
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
 
-    return qvBoxedBoolFrom( thisObj )->value - qvBoxedBoolFrom( thatObj )->value;
+    return qv::order( qvBoxedBoolFrom( thisObj )->value, qvBoxedBoolFrom( thatObj )->value );
 }
 
 QV_STRING *boxedBoolToString( QV_OBJ *thisObj )

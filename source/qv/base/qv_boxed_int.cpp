@@ -3,6 +3,7 @@
 #include "qv/base/qv_boxed_int_private.h"
 #include "qv/base/qv_format.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_order_private.h"
 
 namespace
 {
@@ -14,7 +15,7 @@ QV_INT compareBoxedInts( QV_OBJ *thisObj, QV_OBJ *thatObj )
     QV_INT a = qvBoxedIntFrom( thisObj )->value;
     QV_INT b = qvBoxedIntFrom( thatObj )->value;
 
-    return ( a > b ) - ( a < b );
+    return qv::order( a, b );
 }
 
 QV_STRING *boxedIntToString( QV_OBJ *thisObj )

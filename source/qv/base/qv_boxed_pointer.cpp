@@ -1,6 +1,7 @@
 #include "qv/base/qv_boxed_pointer_private.h"
 
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_order_private.h"
 
 struct QV___BOXED_POINTER : QV_OBJ
 {
@@ -28,7 +29,7 @@ QV_INT compareBoxedPointers( QV_OBJ *thisObj, QV_OBJ *thatObj )
     uintptr_t a = reinterpret_cast< uintptr_t >( qv___BoxedPointerFrom( thisObj )->value );
     uintptr_t b = reinterpret_cast< uintptr_t >( qv___BoxedPointerFrom( thatObj )->value );
 
-    return ( a > b ) - ( a < b );
+    return qv::order( a, b );
 }
 } // namespace
 

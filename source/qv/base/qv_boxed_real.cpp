@@ -2,7 +2,7 @@
 
 #include "qv/base/qv_format.h"
 #include "qv/runtime/qv_ref.h"
-#include "qv/sys/qv_real.h"
+#include "qv/sys/qv_order_private.h"
 
 struct QV_BOXED_REAL : QV_OBJ
 {
@@ -16,7 +16,7 @@ QV_INT compareBoxedReals( QV_OBJ *thisObj, QV_OBJ *thatObj )
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
 
-    return qvRealCompare( qvBoxedRealFrom( thisObj )->value, qvBoxedRealFrom( thatObj )->value );
+    return qv::order( qvBoxedRealFrom( thisObj )->value, qvBoxedRealFrom( thatObj )->value );
 }
 
 QV_STRING *boxedRealToString( QV_OBJ *thisObj )

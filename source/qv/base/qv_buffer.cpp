@@ -6,6 +6,7 @@
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_order_private.h"
 
 #include <algorithm>
 
@@ -34,7 +35,7 @@ void freeBuffer( QV_OBJ *thisObj )
         buf->freeBlock();
 }
 
-QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareBuffers( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
@@ -45,7 +46,7 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
     const uint8_t *aBytes = qv::bytes( a );
     const uint8_t *bBytes = qv::bytes( b );
 
-    if( QV_INT order = qvMemCompare( aBytes, bBytes, static_cast< QV_INT >( common / 8 ) ) )
+    if( QV_INT order = qv::orderBytes( aBytes, bBytes, common / 8 ) )
         return order;
 
     if( uint64_t left = common % 8 )
@@ -53,15 +54,15 @@ QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
         int aRest = aBytes[common / 8] >> ( 8 - left );
         int bRest = bBytes[common / 8] >> ( 8 - left );
 
-        if( aRest != bRest )
-            return aRest < bRest ? -1 : 1;
+        if( QV_INT order = qv::order( aRest, bRest ) )
+            return order;
     }
 
-    return ( a->length > b->length ) - ( a->length < b->length );
+    return qv::order( a->length, b->length );
 }
 
 // [ab cd c0/4]
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *bufferToString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -101,7 +102,7 @@ QV_STRING *toString( QV_OBJ *thisObj )
 }
 } // namespace
 
-QV___FAMILY( Buffer, QV_BUFFER, freeBuffer, compare, toString )
+QV___FAMILY( Buffer, QV_BUFFER, freeBuffer, compareBuffers, bufferToString )
 
 void qv___BufferStartup( void )
 {
@@ -216,8 +217,8 @@ void qv___BufferMakeRoom( QV_BUFFER **buf, uint64_t atBit, uint64_t bitCount )
 
 namespace
 {
-// A snapshot of live objects may hold the Buffer for a while although its owner is the only one to use it. So only who
-// calls from outside is asked whether it is his own.
+// A snapshot of live objects may hold the Buffer for a while although its owner is the only one to use it. So only
+// a caller from outside is asked whether it is the only holder.
 void compact( QV_BUFFER *buf )
 {
     if( !buf->ref )
@@ -381,10 +382,10 @@ void qv___BufferBitWriteOuter( QV_BUFFER **buf, uint64_t bitIdx, QV_BUFFER *src,
         bitIdx + ( bitLength( src ) - bitCount ) <= bitLength( *buf ),
         "bitIdx + (src->bitLength - bitCount) <= (*buf)->bitLength" );
 
-    uint64_t             behind = bitOffset + bitCount;
-    qv::Ref< QV_BUFFER > held   = hold( buf, src );
+    uint64_t             after = bitOffset + bitCount;
+    qv::Ref< QV_BUFFER > held  = hold( buf, src );
     qv___BufferBitWriteInner( buf, bitIdx, src, 0, bitOffset );
-    qv___BufferBitWriteInner( buf, bitIdx + bitOffset, src, behind, bitLength( src ) - behind );
+    qv___BufferBitWriteInner( buf, bitIdx + bitOffset, src, after, bitLength( src ) - after );
 }
 
 void qv___BufferBitInsertInner(
@@ -429,8 +430,8 @@ void qv___BufferBitDelInner( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCo
     if( bitCount == 0 )
         return;
 
-    uint64_t behind = bitOffset + bitCount;
-    uint64_t left   = bitLength( *buf ) - behind;
+    uint64_t after = bitOffset + bitCount;
+    uint64_t left  = bitLength( *buf ) - after;
 
     if( bitCount == bitLength( *buf ) )
     {
@@ -442,7 +443,7 @@ void qv___BufferBitDelInner( QV_BUFFER **buf, uint64_t bitOffset, uint64_t bitCo
     {
         qv::Ref< QV_BUFFER > rest( qv::createBuffer() );
         qv___BufferBitInsertInner( rest.at(), 0, *buf, 0, bitOffset );
-        qv___BufferBitInsertInner( rest.at(), bitOffset, *buf, behind, left );
+        qv___BufferBitInsertInner( rest.at(), bitOffset, *buf, after, left );
         qv::assign( buf, rest.give() );
         return;
     }

@@ -2,8 +2,8 @@
     Buffer: bytes, addressed by the bit.
 
         QV_BUFFER *buf = qvBufferCreateFromBytesCopy( "data", 4 );
-        qvBufferPrependBits( &buf, 4, 16 );                         // a length in front: 00 04 64 61 74 61
-        qvBufferBitAppendBits( &buf, 5, 3 );                        // and three bits behind: [00 04 64 61 74 61 a0/3]
+        qvBufferPrependBits( &buf, 4, 16 );                         // a length before it: 00 04 64 61 74 61
+        qvBufferBitAppendBits( &buf, 5, 3 );                        // and three bits after it: [00 04 64 61 74 61 a0/3]
         uint64_t length = qvBufferReadBits( buf, 0, 16 );           // 4
         uint64_t tag    = qvBufferBitReadBits( buf, 48, 3 );        // 5
         qvBufferAppendAlignment( &buf );                            // whole bytes again
@@ -28,17 +28,17 @@
     also when it isn't shared; deleting from its ends only narrows it. A Buffer may be the source of its own change:
     what is read then is the state before.
 
-    Costs. Adding at the end, at any bit, adding whole bytes in front, and deleting at either end, whole bytes in front,
-    cost what is added or deleted: the contents move as a whole when the memory at that end is used up, each time by a
-    constant part of their length, so that this is little in the long run, whichever ends take turns. Inside, inserting
-    whole bytes on a byte boundary moves the shorter side, or all; deleting them moves what is behind. What is left, a
-    gap or a deletion of odd bits in front or inside, rewrites all contents, since they always start on a byte. What
-    moves or is copied goes by whole bytes where both places lie alike within their bytes, by 64-bit words with shifts
-    where they don't. Numbers of up to 64 bits cost a few instructions at any bit. Lengths are constant.
+    Costs. Adding at the end, at any bit, adding whole bytes at the start, and deleting at either end, whole bytes at
+    the start, cost what is added or deleted: the contents move as a whole when the memory at that end is used up, each
+    time by a constant part of their length, so that this is little in the long run, whichever ends take turns. Inside,
+    inserting whole bytes on a byte boundary moves the shorter side, or all; deleting them moves what follows. What is
+    left, a gap or a deletion of odd bits at the start or inside, rewrites all contents, since they always start on a
+    byte. What moves or is copied goes by whole bytes where both places lie alike within their bytes, by 64-bit words
+    with shifts where they don't. Numbers of up to 64 bits cost a few instructions at any bit. Lengths are constant.
 
-    Memory. A new block has 80 free bytes in front and 160 behind, and becomes 160 bytes larger than it has to be when
-    those behind are used up. One with more than 160 free bytes in front or 320 behind is cut down to 80 and 160 again.
-    That is what is declared; at most twice as much is allocated.
+    Memory. A new block has 80 free bytes before the contents and 160 after them, and becomes 160 bytes larger than it
+    has to be when those after them are used up. One with more than 160 free bytes before or 320 after them is cut down
+    to 80 and 160 again. That is what is declared; at most twice as much is allocated.
 
     Threads. Any thread may read a Buffer, also one that others hold. A variable that mutators work on belongs to one
     thread at a time.
@@ -97,7 +97,8 @@ QV_API QV_INT qvBufferBitSpace( QV_BUFFER *buf );
 QV_API QV_BOOL qvBufferBitIsAligned( QV_BUFFER *buf );
 
 /** @{ */
-/** Both: the first byte, valid until the Buffer is changed or released. May be null for an empty Buffer. */
+/** The first byte, the same in both forms, valid until the Buffer is changed or released. May be null for an empty
+    Buffer. */
 QV_API const uint8_t *qvBufferBacking( QV_BUFFER *buf );
 QV_API const uint8_t *qvBufferBitBacking( QV_BUFFER *buf );
 /** @} */
@@ -143,7 +144,7 @@ QV_API void qvBufferBitWriteOuter( QV_BUFFER **buf, QV_INT bitIdx, QV_BUFFER *sr
 /** @} */
 
 /** @{ */
-/** The same with the low `bitCount` bits of a number, at most 64; with a byte; with an array, which may be null if it
+/** Overwrites with the low `bitCount` bits of a number, at most 64; with a byte; with an array, which may be null if it
     is empty and may lie in the Buffer, and is read as it was. */
 QV_API void qvBufferWriteBits( QV_BUFFER **buf, QV_INT byteIdx, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferBitWriteBits( QV_BUFFER **buf, QV_INT bitIdx, uint64_t value, QV_INT bitCount );
@@ -154,8 +155,8 @@ QV_API void qvBufferBitWriteBytes( QV_BUFFER **buf, QV_INT bitIdx, const void *b
 /** @} */
 
 /** @{ */
-/** The same with bits that are all 0 or all 1. The count is in the unit of the form: qvBufferWriteZero( &buf, 0, 3 ) is
-    about 24 bits, qvBufferBitWriteZero( &buf, 0, 3 ) about 3. */
+/** Overwrites with bits that are all 0 or all 1. The count is in the unit of the form: qvBufferWriteZero( &buf, 0, 3 )
+    is about 24 bits, qvBufferBitWriteZero( &buf, 0, 3 ) about 3. */
 QV_API void qvBufferWriteZero( QV_BUFFER **buf, QV_INT byteIdx, QV_INT byteCount );
 QV_API void qvBufferBitWriteZero( QV_BUFFER **buf, QV_INT bitIdx, QV_INT bitCount );
 QV_API void qvBufferWriteOne( QV_BUFFER **buf, QV_INT byteIdx, QV_INT byteCount );
@@ -165,7 +166,7 @@ QV_API void qvBufferBitWriteOne( QV_BUFFER **buf, QV_INT bitIdx, QV_INT bitCount
 /* Inserting -------------------------------------------------------------------------------------------------------- */
 
 /** @{ */
-/** Inserts all of `src` or a part of it in front of what stands at the index, or at the end. */
+/** Inserts all of `src` or a part of it before what stands at the index, or at the end where that is the length. */
 QV_API void qvBufferInsert( QV_BUFFER **buf, QV_INT byteIdx, QV_BUFFER *src );
 QV_API void qvBufferBitInsert( QV_BUFFER **buf, QV_INT bitIdx, QV_BUFFER *src );
 QV_API void qvBufferInsertLeading( QV_BUFFER **buf, QV_INT byteIdx, QV_BUFFER *src, QV_INT byteCount );
@@ -179,7 +180,8 @@ QV_API void qvBufferBitInsertOuter( QV_BUFFER **buf, QV_INT bitIdx, QV_BUFFER *s
 /** @} */
 
 /** @{ */
-/** The same with the low bits of a number; with a byte; with an array. */
+/** Inserts the low `bitCount` bits of a number, at most 64; a byte; an array, which may be null if it is empty and may
+    lie in the Buffer. */
 QV_API void qvBufferInsertBits( QV_BUFFER **buf, QV_INT byteIdx, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferBitInsertBits( QV_BUFFER **buf, QV_INT bitIdx, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferInsertByte( QV_BUFFER **buf, QV_INT byteIdx, uint8_t value );
@@ -189,8 +191,7 @@ QV_API void qvBufferBitInsertBytes( QV_BUFFER **buf, QV_INT bitIdx, const void *
 /** @} */
 
 /** @{ */
-/** The same with bits that are all 0 or all 1. The count is in the unit of the form: qvBufferWriteZero( &buf, 0, 3 ) is
-    about 24 bits, qvBufferBitWriteZero( &buf, 0, 3 ) about 3. */
+/** Inserts bits that are all 0 or all 1, as many as the count in the unit of the form. */
 QV_API void qvBufferInsertZero( QV_BUFFER **buf, QV_INT byteIdx, QV_INT byteCount );
 QV_API void qvBufferBitInsertZero( QV_BUFFER **buf, QV_INT bitIdx, QV_INT bitCount );
 QV_API void qvBufferInsertOne( QV_BUFFER **buf, QV_INT byteIdx, QV_INT byteCount );
@@ -205,7 +206,7 @@ QV_API void qvBufferBitInsertAlignment( QV_BUFFER **buf, QV_INT bitIdx );
 /** @} */
 
 /** @{ */
-/** Inserts at the beginning. */
+/** Inserts at the start what qvBufferInsert...() inserts at an index. */
 QV_API void qvBufferPrepend( QV_BUFFER **buf, QV_BUFFER *src );
 QV_API void qvBufferBitPrepend( QV_BUFFER **buf, QV_BUFFER *src );
 QV_API void qvBufferPrependLeading( QV_BUFFER **buf, QV_BUFFER *src, QV_INT byteCount );
@@ -216,25 +217,22 @@ QV_API void qvBufferPrependInner( QV_BUFFER **buf, QV_BUFFER *src, QV_INT byteOf
 QV_API void qvBufferBitPrependInner( QV_BUFFER **buf, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
 QV_API void qvBufferPrependOuter( QV_BUFFER **buf, QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount );
 QV_API void qvBufferBitPrependOuter( QV_BUFFER **buf, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
-/** @} */
-
 QV_API void qvBufferPrependBits( QV_BUFFER **buf, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferBitPrependBits( QV_BUFFER **buf, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferPrependByte( QV_BUFFER **buf, uint8_t value );
 QV_API void qvBufferBitPrependByte( QV_BUFFER **buf, uint8_t value );
 QV_API void qvBufferPrependBytes( QV_BUFFER **buf, const void *bytes, QV_INT byteCount );
 QV_API void qvBufferBitPrependBytes( QV_BUFFER **buf, const void *bytes, QV_INT byteCount );
-
 QV_API void qvBufferPrependZero( QV_BUFFER **buf, QV_INT byteCount );
 QV_API void qvBufferBitPrependZero( QV_BUFFER **buf, QV_INT bitCount );
 QV_API void qvBufferPrependOne( QV_BUFFER **buf, QV_INT byteCount );
 QV_API void qvBufferBitPrependOne( QV_BUFFER **buf, QV_INT bitCount );
-
 QV_API void qvBufferPrependAlignment( QV_BUFFER **buf );
 QV_API void qvBufferBitPrependAlignment( QV_BUFFER **buf );
+/** @} */
 
 /** @{ */
-/** Inserts at the end. */
+/** Inserts at the end what qvBufferInsert...() inserts at an index. */
 QV_API void qvBufferAppend( QV_BUFFER **buf, QV_BUFFER *src );
 QV_API void qvBufferBitAppend( QV_BUFFER **buf, QV_BUFFER *src );
 QV_API void qvBufferAppendLeading( QV_BUFFER **buf, QV_BUFFER *src, QV_INT byteCount );
@@ -245,22 +243,19 @@ QV_API void qvBufferAppendInner( QV_BUFFER **buf, QV_BUFFER *src, QV_INT byteOff
 QV_API void qvBufferBitAppendInner( QV_BUFFER **buf, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
 QV_API void qvBufferAppendOuter( QV_BUFFER **buf, QV_BUFFER *src, QV_INT byteOffset, QV_INT byteCount );
 QV_API void qvBufferBitAppendOuter( QV_BUFFER **buf, QV_BUFFER *src, QV_INT bitOffset, QV_INT bitCount );
-/** @} */
-
 QV_API void qvBufferAppendBits( QV_BUFFER **buf, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferBitAppendBits( QV_BUFFER **buf, uint64_t value, QV_INT bitCount );
 QV_API void qvBufferAppendByte( QV_BUFFER **buf, uint8_t value );
 QV_API void qvBufferBitAppendByte( QV_BUFFER **buf, uint8_t value );
 QV_API void qvBufferAppendBytes( QV_BUFFER **buf, const void *bytes, QV_INT byteCount );
 QV_API void qvBufferBitAppendBytes( QV_BUFFER **buf, const void *bytes, QV_INT byteCount );
-
 QV_API void qvBufferAppendZero( QV_BUFFER **buf, QV_INT byteCount );
 QV_API void qvBufferBitAppendZero( QV_BUFFER **buf, QV_INT bitCount );
 QV_API void qvBufferAppendOne( QV_BUFFER **buf, QV_INT byteCount );
 QV_API void qvBufferBitAppendOne( QV_BUFFER **buf, QV_INT bitCount );
-
 QV_API void qvBufferAppendAlignment( QV_BUFFER **buf );
 QV_API void qvBufferBitAppendAlignment( QV_BUFFER **buf );
+/** @} */
 
 /* Deleting --------------------------------------------------------------------------------------------------------- */
 

@@ -19,6 +19,12 @@
 #define QV___INT_UNSIGNED_ADD_OK( a, b )           ( (uint64_t)( a ) + (uint64_t)( b ) >= (uint64_t)( a ) )
 #define QV_REF_RETAIN_COUNT( x )                   qv___AtomicLoad32( &( x )->retainCount )
 
+// An argument of a public form in bits: one that counts bits is checked, one that counts bytes is multiplied too. The
+// forms take their arguments one by one in their order, so that the first bad one is reported.
+#define UNSIGNED( x ) ( QV_CHECK( QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( x ) ), (uint64_t)( x ) )
+#define BYTES( x )                                                                                                     \
+    ( QV_CHECK( QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( x ) ), QV_CHECK( BYTES_TO_BITS_OK( x ) ), BYTES_TO_BITS( x ) )
+
 namespace qv::bits
 {
 inline uint64_t load64( const uint8_t *at )
@@ -63,7 +69,7 @@ inline uint64_t get( const uint8_t *memory, uint64_t end, uint64_t pos, uint64_t
 
 /** Overwrites bits that stand in up to eight bytes, at least 1. Only the two bytes at the ends are read, and each of
     them lies in one store: a processor can take a byte out of a store that has not reached the cache yet, but has to
-    wait for a word that is partly in one, which would slow down fields that are written one behind the other. */
+    wait for a word that is partly in one, which would slow down fields that are written one after the other. */
 inline void putWord( uint8_t *memory, uint64_t pos, uint64_t value, uint64_t count )
 {
     uint8_t *at    = memory + pos / 8;

@@ -74,17 +74,17 @@ Zero alignment( QV_BUFFER *buf )
     return { -qv::bitLength( buf ) % 8 };
 }
 
-void write( QV_BUFFER **buf, uint64_t bitIdx, Inner from )
+void writeContents( QV_BUFFER **buf, uint64_t bitIdx, Inner from )
 {
     qv___BufferBitWriteInner( buf, bitIdx, from.src, from.bitOffset, from.bitCount );
 }
 
-void write( QV_BUFFER **buf, uint64_t bitIdx, Outer from )
+void writeContents( QV_BUFFER **buf, uint64_t bitIdx, Outer from )
 {
     qv___BufferBitWriteOuter( buf, bitIdx, from.src, from.bitOffset, from.bitCount );
 }
 
-inline void write( QV_BUFFER **buf, uint64_t bitIdx, Bits bits )
+inline void writeContents( QV_BUFFER **buf, uint64_t bitIdx, Bits bits )
 {
     QV_BUFFER *own = *buf;
 
@@ -95,74 +95,74 @@ inline void write( QV_BUFFER **buf, uint64_t bitIdx, Bits bits )
         qv___BufferBitWriteBits( buf, bitIdx, bits.value, bits.bitCount );
 }
 
-void write( QV_BUFFER **buf, uint64_t bitIdx, Byte byte )
+void writeContents( QV_BUFFER **buf, uint64_t bitIdx, Byte byte )
 {
     qv___BufferBitWriteBits( buf, bitIdx, byte.value, 8 );
 }
 
-void write( QV_BUFFER **buf, uint64_t bitIdx, Array array )
+void writeContents( QV_BUFFER **buf, uint64_t bitIdx, Array array )
 {
     qv___BufferBitWriteBytes( buf, bitIdx, array.bytes, array.byteCount );
 }
 
-void write( QV_BUFFER **buf, uint64_t bitIdx, Zero run )
+void writeContents( QV_BUFFER **buf, uint64_t bitIdx, Zero run )
 {
     qv___BufferBitWriteZero( buf, bitIdx, run.bitCount );
 }
 
-void write( QV_BUFFER **buf, uint64_t bitIdx, One run )
+void writeContents( QV_BUFFER **buf, uint64_t bitIdx, One run )
 {
     qv___BufferBitWriteOne( buf, bitIdx, run.bitCount );
 }
 
-void insert( QV_BUFFER **buf, uint64_t bitIdx, Inner from )
+void insertContents( QV_BUFFER **buf, uint64_t bitIdx, Inner from )
 {
     qv___BufferBitInsertInner( buf, bitIdx, from.src, from.bitOffset, from.bitCount );
 }
 
-void insert( QV_BUFFER **buf, uint64_t bitIdx, Outer from )
+void insertContents( QV_BUFFER **buf, uint64_t bitIdx, Outer from )
 {
     qv___BufferBitInsertOuter( buf, bitIdx, from.src, from.bitOffset, from.bitCount );
 }
 
-void insert( QV_BUFFER **buf, uint64_t bitIdx, Byte byte )
+void insertContents( QV_BUFFER **buf, uint64_t bitIdx, Byte byte )
 {
     qv___BufferMakeRoom( buf, bitIdx, 8 );
     qv___BufferBitWriteBits( buf, bitIdx, byte.value, 8 );
 }
 
-void insert( QV_BUFFER **buf, uint64_t bitIdx, Array array )
+void insertContents( QV_BUFFER **buf, uint64_t bitIdx, Array array )
 {
     QV_CHECK_AS( array.bytes || !array.byteCount, "bytes || !byteCount" );
     QV_CHECK_AS( BYTES_TO_BITS_OK( array.byteCount ), "BYTES_TO_BITS_OK( byteCount )" );
 
     qv::Ref< QV_BUFFER > held = qv::holdSource( *buf, array.bytes );
     qv___BufferMakeRoom( buf, bitIdx, BYTES_TO_BITS( array.byteCount ) );
-    write( buf, bitIdx, array );
+    writeContents( buf, bitIdx, array );
 }
 
 template< class Contents >
-void insert( QV_BUFFER **buf, uint64_t bitIdx, Contents contents )
+void insertContents( QV_BUFFER **buf, uint64_t bitIdx, Contents contents )
 {
     qv___BufferMakeRoom( buf, bitIdx, contents.bitCount );
-    write( buf, bitIdx, contents );
+    writeContents( buf, bitIdx, contents );
 }
 
 template< class Contents >
 [[gnu::noinline]] void appendAnywhere( QV_BUFFER **buf, Contents contents )
 {
-    insert( buf, qv::bitLength( *buf ), contents );
+    insertContents( buf, qv::bitLength( *buf ), contents );
 }
 
 template< class Contents >
-void append( QV_BUFFER **buf, Contents contents )
+void appendContents( QV_BUFFER **buf, Contents contents )
 {
-    insert( buf, qv::bitLength( *buf ), contents );
+    insertContents( buf, qv::bitLength( *buf ), contents );
 }
 
 // With 64 free bits in a block of our own, up to nine bytes with the one that the contents end in, a number goes there
-// as a word; the free bits behind it may become anything.
-inline void append( QV_BUFFER **buf, Bits bits )
+// as a word; the free bits after it may become anything.
+inline void appendContents( QV_BUFFER **buf, Bits bits )
 {
     QV_CHECK_AS( bits.bitCount <= QV_INT_BITS, "bitCount <= QV_INT_BITS" );
 
@@ -188,7 +188,7 @@ inline void append( QV_BUFFER **buf, Bits bits )
     own->closeFree( end );
 }
 
-inline void append( QV_BUFFER **buf, Byte byte )
+inline void appendContents( QV_BUFFER **buf, Byte byte )
 {
     QV_BUFFER *own = *buf;
 
@@ -222,13 +222,13 @@ inline void copyFew( uint8_t *to, const uint8_t *from, uint64_t count )
     memcpy( to + count - 16, from + count - 16, 16 );
 }
 
-inline void append( QV_BUFFER **buf, Array array )
+inline void appendContents( QV_BUFFER **buf, Array array )
 {
     QV_BUFFER *own      = *buf;
     QV_INT     bitCount = static_cast< QV_INT >( BYTES_TO_BITS( array.byteCount ) );
 
     if( !array.bytes || array.byteCount - 1 >= FEW_BYTES || !BIT_AT_BOUND( own->length ) || !qv::isPrivate( own )
-        || !qv::hasRoomBehind( own, bitCount ) )
+        || !qv::hasRoomAfter( own, bitCount ) )
     {
         appendAnywhere( buf, array );
         return;
@@ -241,25 +241,17 @@ template< class Contents >
 QV_BUFFER *createOf( Contents contents )
 {
     qv::Ref< QV_BUFFER > result( qv::createBuffer() );
-    insert( result.at(), 0, contents );
+    insertContents( result.at(), 0, contents );
 
     return result.give();
 }
 } // namespace
 
-/* Units ---------------------------------------------------------------------------------------------------------- */
-
-// An argument of a public form: as it is, or in bits where it counts bytes. The forms take them one by one in their
-// order, so that the first bad one is reported.
-#define UNSIGNED( x ) ( QV_CHECK( QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( x ) ), (uint64_t)( x ) )
-#define BYTES( x )                                                                                                     \
-    ( QV_CHECK( QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( x ) ), QV_CHECK( BYTES_TO_BITS_OK( x ) ), BYTES_TO_BITS( x ) )
-
 /* Creation ------------------------------------------------------------------------------------------------------- */
 
 namespace
 {
-// Checks what a Buffer is to be made around; gives its bits.
+// Checks what a Buffer is to be made around; returns its bits.
 QV_INT bitsAround( const void *bytes, QV_INT byteCount )
 {
     QV_CHECK( bytes || byteCount == 0 );
@@ -327,105 +319,6 @@ QV_BUFFER *qvBufferCreateFromBytesUseWithRef( const void *bytes, QV_INT byteCoun
     return buf;
 }
 
-/* Reading -------------------------------------------------------------------------------------------------------- */
-
-namespace
-{
-QV_BUFFER *read( QV_BUFFER *buf, uint64_t bitIdx, uint64_t bitCount )
-{
-    QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitIdx, bitCount ) );
-    QV_CHECK_AS( bitIdx + bitCount <= qv::bitLength( buf ), "bitIdx + bitCount <= buf->bitLength" );
-
-    return createOf( Inner{ buf, bitIdx, bitCount } );
-}
-
-[[gnu::noinline]] uint64_t readBits( QV_BUFFER *buf, uint64_t bitIdx, QV_INT bitCount )
-{
-    return qv___BufferBitReadBits( buf, bitIdx, UNSIGNED( bitCount ) );
-}
-
-// True where all checks would hold, and the bits stand in eight bytes of which none lies behind the contents.
-bool standsInOneWord( QV_BUFFER *buf, uint64_t bitIdx, QV_INT bitCount )
-{
-    return (uint64_t)bitCount - 1 < 57 && bitIdx + 64 <= qv::bitLength( buf );
-}
-
-uint64_t getWord( QV_BUFFER *buf, uint64_t bitIdx, QV_INT bitCount )
-{
-    return qv::bits::load64( qv::bytes( buf ) + bitIdx / 8 ) << bitIdx % 8 >> ( 64 - bitCount );
-}
-} // namespace
-
-QV_INT qvBufferLength( QV_BUFFER *buf )
-{
-    QV_CHECK( buf );
-    return qv::byteLength( buf );
-}
-
-QV_INT qvBufferBitLength( QV_BUFFER *buf )
-{
-    QV_CHECK( buf );
-    return buf->length;
-}
-
-QV_INT qvBufferSpace( QV_BUFFER *buf )
-{
-    return qvBufferBitSpace( buf ) / 8;
-}
-
-QV_INT qvBufferBitSpace( QV_BUFFER *buf )
-{
-    QV_CHECK( buf );
-    return QV_INT_MAX - buf->length;
-}
-
-QV_BOOL qvBufferBitIsAligned( QV_BUFFER *buf )
-{
-    QV_CHECK( buf );
-    return BIT_AT_BOUND( buf->length ) ? QV_TRUE : QV_FALSE;
-}
-
-const uint8_t *qvBufferBacking( QV_BUFFER *buf )
-{
-    QV_CHECK( buf );
-    return qv::bytes( buf );
-}
-
-const uint8_t *qvBufferBitBacking( QV_BUFFER *buf )
-{
-    return qvBufferBacking( buf );
-}
-
-// A form that reads: what the last expression gives for the place.
-#define READ( Type, Name, Parameters, at, ... )                                                                        \
-    Type Name Parameters                                                                                               \
-    {                                                                                                                  \
-        QV_CHECK( buf );                                                                                               \
-        uint64_t place = at;                                                                                           \
-        return __VA_ARGS__;                                                                                            \
-    }
-
-// clang-format off
-READ( QV_BUFFER *, qvBufferRead, ( QV_BUFFER *buf, QV_INT byteIdx, QV_INT byteCount ), BYTES( byteIdx ),
-      read( buf, place, BYTES( byteCount ) ) )
-READ( QV_BUFFER *, qvBufferBitRead, ( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount ), UNSIGNED( bitIdx ),
-      read( buf, place, UNSIGNED( bitCount ) ) )
-READ( uint64_t, qvBufferReadBits, ( QV_BUFFER *buf, QV_INT byteIdx, QV_INT bitCount ), BYTES( byteIdx ),
-      qv___BufferBitReadBits( buf, place, UNSIGNED( bitCount ) ) )
-READ( uint64_t, qvBufferBitReadBits, ( QV_BUFFER *buf, QV_INT bitIdx, QV_INT bitCount ), UNSIGNED( bitIdx ),
-      standsInOneWord( buf, place, bitCount ) ? getWord( buf, place, bitCount ) : readBits( buf, place, bitCount ) )
-READ( uint8_t, qvBufferReadByte, ( QV_BUFFER *buf, QV_INT byteIdx ), BYTES( byteIdx ),
-      (uint8_t)qv___BufferBitReadBits( buf, place, 8 ) )
-READ( uint8_t, qvBufferBitReadByte, ( QV_BUFFER *buf, QV_INT bitIdx ), UNSIGNED( bitIdx ),
-      (uint8_t)qv___BufferBitReadBits( buf, place, 8 ) )
-READ( void, qvBufferReadBytes, ( QV_BUFFER *buf, QV_INT byteIdx, void *bytes, QV_INT byteCount ), BYTES( byteIdx ),
-      qv___BufferBitReadBytes( buf, place, bytes, UNSIGNED( byteCount ) ) )
-READ( void, qvBufferBitReadBytes, ( QV_BUFFER *buf, QV_INT bitIdx, void *bytes, QV_INT byteCount ), UNSIGNED( bitIdx ),
-      qv___BufferBitReadBytes( buf, place, bytes, UNSIGNED( byteCount ) ) )
-// clang-format on
-
-#undef READ
-
 /* Overwriting and inserting -------------------------------------------------------------------------------------- */
 
 // A row is a kind of contents in one unit: the four names, the index and what it is in bits, the parameters, and the
@@ -436,7 +329,7 @@ READ( void, qvBufferBitReadBytes, ( QV_BUFFER *buf, QV_INT bitIdx, void *bytes, 
         QV_CHECK( buf );                                                                                               \
         QV_CHECK( *buf );                                                                                              \
         uint64_t place = at;                                                                                           \
-        write( buf, place, __VA_ARGS__ );                                                                              \
+        writeContents( buf, place, __VA_ARGS__ );                                                                      \
     }                                                                                                                  \
                                                                                                                        \
     void insertForm( QV_BUFFER **buf, QV_INT idx LIST PARAMETERS )                                                     \
@@ -444,21 +337,21 @@ READ( void, qvBufferBitReadBytes, ( QV_BUFFER *buf, QV_INT bitIdx, void *bytes, 
         QV_CHECK( buf );                                                                                               \
         QV_CHECK( *buf );                                                                                              \
         uint64_t place = at;                                                                                           \
-        insert( buf, place, __VA_ARGS__ );                                                                             \
+        insertContents( buf, place, __VA_ARGS__ );                                                                     \
     }                                                                                                                  \
                                                                                                                        \
     void prependForm( QV_BUFFER **buf LIST PARAMETERS )                                                                \
     {                                                                                                                  \
         QV_CHECK( buf );                                                                                               \
         QV_CHECK( *buf );                                                                                              \
-        insert( buf, 0, __VA_ARGS__ );                                                                                 \
+        insertContents( buf, 0, __VA_ARGS__ );                                                                         \
     }                                                                                                                  \
                                                                                                                        \
     void appendForm( QV_BUFFER **buf LIST PARAMETERS )                                                                 \
     {                                                                                                                  \
         QV_CHECK( buf );                                                                                               \
         QV_CHECK( *buf );                                                                                              \
-        append( buf, __VA_ARGS__ );                                                                                    \
+        appendContents( buf, __VA_ARGS__ );                                                                            \
     }
 
 #define LIST( ... ) , __VA_ARGS__
@@ -524,16 +417,57 @@ FORMS( qvBufferBitWriteOne, qvBufferBitInsertOne, qvBufferBitPrependOne, qvBuffe
 #undef FORMS
 #undef LIST
 
-/* Aligning and deleting ------------------------------------------------------------------------------------------ */
+/* Aligning ------------------------------------------------------------------------------------------------------- */
 
-// A form without contents of its own: a call.
-#define CHANGE( Name, Parameters, ... )                                                                                \
-    void Name Parameters                                                                                               \
-    {                                                                                                                  \
-        QV_CHECK( buf );                                                                                               \
-        QV_CHECK( *buf );                                                                                              \
-        __VA_ARGS__;                                                                                                   \
-    }
+void qvBufferInsertAlignment( QV_BUFFER **buf, QV_INT byteIdx )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+
+    insertContents( buf, BYTES( byteIdx ), alignment( *buf ) );
+}
+
+void qvBufferBitInsertAlignment( QV_BUFFER **buf, QV_INT bitIdx )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+
+    insertContents( buf, UNSIGNED( bitIdx ), alignment( *buf ) );
+}
+
+void qvBufferPrependAlignment( QV_BUFFER **buf )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+
+    insertContents( buf, 0, alignment( *buf ) );
+}
+
+void qvBufferBitPrependAlignment( QV_BUFFER **buf )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+
+    insertContents( buf, 0, alignment( *buf ) );
+}
+
+void qvBufferAppendAlignment( QV_BUFFER **buf )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+
+    appendContents( buf, alignment( *buf ) );
+}
+
+void qvBufferBitAppendAlignment( QV_BUFFER **buf )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+
+    appendContents( buf, alignment( *buf ) );
+}
+
+/* Deleting ------------------------------------------------------------------------------------------------------- */
 
 namespace
 {
@@ -544,32 +478,70 @@ void deleteTrailing( QV_BUFFER **buf, uint64_t bitCount )
 }
 } // namespace
 
-// clang-format off
-CHANGE( qvBufferInsertAlignment, ( QV_BUFFER **buf, QV_INT byteIdx ),
-        insert( buf, BYTES( byteIdx ), alignment( *buf ) ) )
-CHANGE( qvBufferBitInsertAlignment, ( QV_BUFFER **buf, QV_INT bitIdx ),
-        insert( buf, UNSIGNED( bitIdx ), alignment( *buf ) ) )
-CHANGE( qvBufferPrependAlignment, ( QV_BUFFER **buf ), insert( buf, 0, alignment( *buf ) ) )
-CHANGE( qvBufferBitPrependAlignment, ( QV_BUFFER **buf ), insert( buf, 0, alignment( *buf ) ) )
-CHANGE( qvBufferAppendAlignment, ( QV_BUFFER **buf ), append( buf, alignment( *buf ) ) )
-CHANGE( qvBufferBitAppendAlignment, ( QV_BUFFER **buf ), append( buf, alignment( *buf ) ) )
+void qvBufferDelLeading( QV_BUFFER **buf, QV_INT byteCount )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
 
-CHANGE( qvBufferDelLeading, ( QV_BUFFER **buf, QV_INT byteCount ),
-        qv___BufferBitDelInner( buf, 0, BYTES( byteCount ) ) )
-CHANGE( qvBufferBitDelLeading, ( QV_BUFFER **buf, QV_INT bitCount ),
-        qv___BufferBitDelInner( buf, 0, UNSIGNED( bitCount ) ) )
-CHANGE( qvBufferDelTrailing, ( QV_BUFFER **buf, QV_INT byteCount ), deleteTrailing( buf, BYTES( byteCount ) ) )
-CHANGE( qvBufferBitDelTrailing, ( QV_BUFFER **buf, QV_INT bitCount ), deleteTrailing( buf, UNSIGNED( bitCount ) ) )
-CHANGE( qvBufferDelInner, ( QV_BUFFER **buf, QV_INT byteOffset, QV_INT byteCount ),
-        uint64_t place = BYTES( byteOffset ); qv___BufferBitDelInner( buf, place, BYTES( byteCount ) ) )
-CHANGE( qvBufferBitDelInner, ( QV_BUFFER **buf, QV_INT bitOffset, QV_INT bitCount ),
-        uint64_t place = UNSIGNED( bitOffset ); qv___BufferBitDelInner( buf, place, UNSIGNED( bitCount ) ) )
-CHANGE( qvBufferDelOuter, ( QV_BUFFER **buf, QV_INT byteOffset, QV_INT byteCount ),
-        uint64_t place = BYTES( byteOffset ); qv___BufferBitDelOuter( buf, place, BYTES( byteCount ) ) )
-CHANGE( qvBufferBitDelOuter, ( QV_BUFFER **buf, QV_INT bitOffset, QV_INT bitCount ),
-        uint64_t place = UNSIGNED( bitOffset ); qv___BufferBitDelOuter( buf, place, UNSIGNED( bitCount ) ) )
-// clang-format on
+    qv___BufferBitDelInner( buf, 0, BYTES( byteCount ) );
+}
 
-#undef CHANGE
-#undef UNSIGNED
-#undef BYTES
+void qvBufferBitDelLeading( QV_BUFFER **buf, QV_INT bitCount )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+
+    qv___BufferBitDelInner( buf, 0, UNSIGNED( bitCount ) );
+}
+
+void qvBufferDelTrailing( QV_BUFFER **buf, QV_INT byteCount )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+
+    deleteTrailing( buf, BYTES( byteCount ) );
+}
+
+void qvBufferBitDelTrailing( QV_BUFFER **buf, QV_INT bitCount )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+
+    deleteTrailing( buf, UNSIGNED( bitCount ) );
+}
+
+void qvBufferDelInner( QV_BUFFER **buf, QV_INT byteOffset, QV_INT byteCount )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+    uint64_t place = BYTES( byteOffset );
+
+    qv___BufferBitDelInner( buf, place, BYTES( byteCount ) );
+}
+
+void qvBufferBitDelInner( QV_BUFFER **buf, QV_INT bitOffset, QV_INT bitCount )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+    uint64_t place = UNSIGNED( bitOffset );
+
+    qv___BufferBitDelInner( buf, place, UNSIGNED( bitCount ) );
+}
+
+void qvBufferDelOuter( QV_BUFFER **buf, QV_INT byteOffset, QV_INT byteCount )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+    uint64_t place = BYTES( byteOffset );
+
+    qv___BufferBitDelOuter( buf, place, BYTES( byteCount ) );
+}
+
+void qvBufferBitDelOuter( QV_BUFFER **buf, QV_INT bitOffset, QV_INT bitCount )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+    uint64_t place = UNSIGNED( bitOffset );
+
+    qv___BufferBitDelOuter( buf, place, UNSIGNED( bitCount ) );
+}

@@ -79,7 +79,7 @@ inline uint64_t bitLength( QV_BUFFER *buf )
     return static_cast< uint64_t >( buf->length );
 }
 
-/** How many bits can be read from the first on. Those behind the contents have no meaning; where free places are
+/** How many bits can be read from the first on. Those after the contents have no meaning; where free places are
     watched they are left alone. */
 inline uint64_t readableBits( QV_BUFFER *buf )
 {
@@ -99,17 +99,17 @@ inline Ref< QV_BUFFER > holdSource( QV_BUFFER *buf, const void *bytes )
     return Ref< QV_BUFFER >::share( buf->ref || buf->holds( bytes ) ? buf : nullptr );
 }
 
-/** True if `bits`, above 0, can be taken behind the contents without moving them. The Buffer must be private. */
-inline bool hasRoomBehind( QV_BUFFER *own, QV_INT bits )
+/** True if `bits`, above 0, can be taken after the contents without moving them. The Buffer must be private. */
+inline bool hasRoomAfter( QV_BUFFER *own, QV_INT bits )
 {
     return own->bspace >= bits || ( own->length > 0 && own->stretch( bits ) );
 }
 
-/** Makes the contents `byteCount` bytes longer, above 0, and gives the place of the new bytes, which the caller fills
+/** Makes the contents `byteCount` bytes longer, above 0, and returns the place of the new bytes, which the caller fills
     at once. The length must be whole bytes. */
 inline uint8_t *appendRoom( QV_BUFFER **buf, QV_INT byteCount )
 {
-    if( isPrivate( *buf ) && byteCount <= QV_INT_MAX / 8 && hasRoomBehind( *buf, byteCount * 8 ) )
+    if( isPrivate( *buf ) && byteCount <= QV_INT_MAX / 8 && hasRoomAfter( *buf, byteCount * 8 ) )
         return ( *buf )->takeBack( byteCount * 8 );
 
     qv___BufferMakeRoom( buf, bitLength( *buf ), static_cast< uint64_t >( byteCount ) * 8 );

@@ -11,6 +11,7 @@
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_order_private.h"
 
 #include <algorithm>
 
@@ -49,7 +50,7 @@ void freeDict( QV_OBJ *thisObj )
 }
 
 // The keys are the even parts, the values the odd ones.
-QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
+QV_INT compareDictsStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
 {
     QV_DICT         *a = qvDictFrom( thisObj );
     QV_DICT         *b = qvDictFrom( thatObj );
@@ -73,10 +74,10 @@ QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
         }
     }
 
-    return ( a->length > b->length ) - ( a->length < b->length );
+    return qv::order( a->length, b->length );
 }
 
-QV_OBJ *textStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
+QV_OBJ *dictToStringStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
 {
     QV_DICT         *dict = qvDictFrom( thisObj );
     qv::DictIterator item( dict, walk->at / 2 );
@@ -106,7 +107,7 @@ QV_OBJ *textStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
 }
 } // namespace
 
-QV___FAMILY_OF_PARTS( Dict, QV_DICT, freeDict, qv::compareByParts, qv::textByParts, compareStep, textStep )
+QV___FAMILY_OF_PARTS( Dict, QV_DICT, freeDict, qv::compareByParts, qv::textByParts, compareDictsStep, dictToStringStep )
 
 void qv___DictStartup( void )
 {

@@ -15,7 +15,7 @@
     Entries. A key and a value, each an object with a reference of the Dict's own, neither null. The keys ascend in
     the order of qvObjCompare(): by sort, and within a sort as its family compares. Keys that compare equal are one
     key. Any object can be a key, but its order must not change while it is in a Dict. Walking the indexes from 0
-    gives the entries in the order of their keys. Results that are objects belong to the caller; arguments are
+    meets the entries in the order of their keys. Results that are objects belong to the caller; arguments are
     borrowed.
 
     Value and copy. A Dict that somebody else holds is never changed: a mutator takes the address of the caller's
@@ -38,7 +38,7 @@
     replaced by the result of the call.
 
     Null as a Dict, as `*dict`, as a key or as a value, and an index outside the Dict, end the process. A key that is
-    absent is no failure: reading gives null, -1 or false, deleting does nothing. */
+    absent is no failure: reading returns null, -1 or false, deleting does nothing. */
 
 #ifndef QV_DICT_H
 #define QV_DICT_H
@@ -68,7 +68,7 @@ QV_API void qvDictClear( QV_DICT **dict );
 QV_API QV_INT qvDictLength( QV_DICT *dict );
 
 /** @{ */
-/** The key and the value at an index. */
+/** The key, or the value, at an index. */
 QV_API QV_OBJ *qvDictKeyAt( QV_DICT *dict, QV_INT idx );
 QV_API QV_OBJ *qvDictValueAt( QV_DICT *dict, QV_INT idx );
 /** @} */
@@ -90,9 +90,9 @@ QV_API QV_VECTOR *qvDictValuesVector( QV_DICT *dict );
 /** @{ */
 /** The value of a key, or null.
 
-    What a key can be: any object; the boxed null; a boxed truth value, integer or real; a sort; a String, or a new
-    one of decoded text, of which the length is in bytes for a Cstr, which is UTF-8, and in units for a Wcstr, and -1
-    means that it ends at its terminator. */
+    What a key can be, here and below: any object; the boxed null; a boxed truth value, integer or real; a sort; a
+    String, or a new one of decoded text, of which the length is in bytes for a Cstr, which is UTF-8, and in units for a
+    Wcstr, and -1 means that it ends at its terminator. */
 QV_API QV_OBJ *qvDictObjKey( QV_DICT *dict, QV_OBJ *key );
 QV_API QV_OBJ *qvDictNullKey( QV_DICT *dict );
 QV_API QV_OBJ *qvDictBoolKey( QV_DICT *dict, QV_BOOL key );
@@ -158,8 +158,8 @@ QV_API void qvDictDelStringKeyWcstr( QV_DICT **dict, const wchar_t *text, QV_INT
 
 /* By value ------------------------------------------------------------------------------------------------------- */
 
-/** Deletes all entries whose value is `value` itself, or with `byCompare` compares equal to it. Maybe nobody but the
-    Dict holds the value. Costs the length. */
+/** Deletes all entries whose value is `value` itself, or with `byCompare` compares equal to it; `value` may be
+    one that only the Dict holds. Costs the length. */
 QV_API void qvDictDelValue( QV_DICT **dict, QV_OBJ *value, QV_BOOL byCompare );
 
 /* Sets of keys --------------------------------------------------------------------------------------------------- */

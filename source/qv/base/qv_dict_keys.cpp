@@ -20,7 +20,7 @@ qv::Ref< QV_OBJ > made( T *owned )
     return qv::Ref< QV_OBJ >( qv::obj( owned ) );
 }
 
-// The kinds of keys. Each gives the object that the plain operation takes.
+// The kinds of keys. Each makes the object that the plain operation takes.
 
 struct NullKey
 {
@@ -133,7 +133,7 @@ struct WcstrKey
 };
 
 template< class Key >
-QV_OBJ *get( QV_DICT *dict, const Key &key )
+QV_OBJ *valueOfKey( QV_DICT *dict, const Key &key )
 {
     QV_CHECK( dict );
     auto object = key.object();
@@ -141,7 +141,7 @@ QV_OBJ *get( QV_DICT *dict, const Key &key )
 }
 
 template< class Key >
-QV_BOOL has( QV_DICT *dict, const Key &key )
+QV_BOOL hasKey( QV_DICT *dict, const Key &key )
 {
     QV_CHECK( dict );
     auto object = key.object();
@@ -149,7 +149,7 @@ QV_BOOL has( QV_DICT *dict, const Key &key )
 }
 
 template< class Key >
-QV_INT indexOf( QV_DICT *dict, const Key &key )
+QV_INT indexOfKey( QV_DICT *dict, const Key &key )
 {
     QV_CHECK( dict );
     auto object = key.object();
@@ -157,7 +157,7 @@ QV_INT indexOf( QV_DICT *dict, const Key &key )
 }
 
 template< class Key >
-void set( QV_DICT **dict, const Key &key, QV_OBJ *value )
+void setKey( QV_DICT **dict, const Key &key, QV_OBJ *value )
 {
     QV_CHECK( dict );
     QV_CHECK( *dict );
@@ -167,7 +167,7 @@ void set( QV_DICT **dict, const Key &key, QV_OBJ *value )
 }
 
 template< class Key >
-void del( QV_DICT **dict, const Key &key )
+void deleteKey( QV_DICT **dict, const Key &key )
 {
     QV_CHECK( dict );
     QV_CHECK( *dict );
@@ -178,200 +178,200 @@ void del( QV_DICT **dict, const Key &key )
 
 QV_OBJ *qvDictNullKey( QV_DICT *dict )
 {
-    return get( dict, NullKey{} );
+    return valueOfKey( dict, NullKey{} );
 }
 
 QV_OBJ *qvDictBoolKey( QV_DICT *dict, QV_BOOL key )
 {
-    return get( dict, BoolKey{ key } );
+    return valueOfKey( dict, BoolKey{ key } );
 }
 
 QV_OBJ *qvDictIntKey( QV_DICT *dict, QV_INT key )
 {
-    return get( dict, IntKey{ key } );
+    return valueOfKey( dict, IntKey{ key } );
 }
 
 QV_OBJ *qvDictRealKey( QV_DICT *dict, QV_REAL key )
 {
-    return get( dict, RealKey{ key } );
+    return valueOfKey( dict, RealKey{ key } );
 }
 
 QV_OBJ *qvDictSortKey( QV_DICT *dict, QV_SORT *key )
 {
-    return get( dict, SortKey{ key } );
+    return valueOfKey( dict, SortKey{ key } );
 }
 
 QV_OBJ *qvDictStringKey( QV_DICT *dict, QV_STRING *key )
 {
-    return get( dict, StringKey{ key } );
+    return valueOfKey( dict, StringKey{ key } );
 }
 
 QV_OBJ *qvDictStringKeyCstr( QV_DICT *dict, const char *text, QV_INT length )
 {
-    return get( dict, CstrKey{ text, length } );
+    return valueOfKey( dict, CstrKey{ text, length } );
 }
 
 QV_OBJ *qvDictStringKeyWcstr( QV_DICT *dict, const wchar_t *text, QV_INT length )
 {
-    return get( dict, WcstrKey{ text, length } );
+    return valueOfKey( dict, WcstrKey{ text, length } );
 }
 
 QV_BOOL qvDictHasNullKey( QV_DICT *dict )
 {
-    return has( dict, NullKey{} );
+    return hasKey( dict, NullKey{} );
 }
 
 QV_BOOL qvDictHasBoolKey( QV_DICT *dict, QV_BOOL key )
 {
-    return has( dict, BoolKey{ key } );
+    return hasKey( dict, BoolKey{ key } );
 }
 
 QV_BOOL qvDictHasIntKey( QV_DICT *dict, QV_INT key )
 {
-    return has( dict, IntKey{ key } );
+    return hasKey( dict, IntKey{ key } );
 }
 
 QV_BOOL qvDictHasRealKey( QV_DICT *dict, QV_REAL key )
 {
-    return has( dict, RealKey{ key } );
+    return hasKey( dict, RealKey{ key } );
 }
 
 QV_BOOL qvDictHasSortKey( QV_DICT *dict, QV_SORT *key )
 {
-    return has( dict, SortKey{ key } );
+    return hasKey( dict, SortKey{ key } );
 }
 
 QV_BOOL qvDictHasStringKey( QV_DICT *dict, QV_STRING *key )
 {
-    return has( dict, StringKey{ key } );
+    return hasKey( dict, StringKey{ key } );
 }
 
 QV_BOOL qvDictHasStringKeyCstr( QV_DICT *dict, const char *text, QV_INT length )
 {
-    return has( dict, CstrKey{ text, length } );
+    return hasKey( dict, CstrKey{ text, length } );
 }
 
 QV_BOOL qvDictHasStringKeyWcstr( QV_DICT *dict, const wchar_t *text, QV_INT length )
 {
-    return has( dict, WcstrKey{ text, length } );
+    return hasKey( dict, WcstrKey{ text, length } );
 }
 
 QV_INT qvDictIndexOfNullKey( QV_DICT *dict )
 {
-    return indexOf( dict, NullKey{} );
+    return indexOfKey( dict, NullKey{} );
 }
 
 QV_INT qvDictIndexOfBoolKey( QV_DICT *dict, QV_BOOL key )
 {
-    return indexOf( dict, BoolKey{ key } );
+    return indexOfKey( dict, BoolKey{ key } );
 }
 
 QV_INT qvDictIndexOfIntKey( QV_DICT *dict, QV_INT key )
 {
-    return indexOf( dict, IntKey{ key } );
+    return indexOfKey( dict, IntKey{ key } );
 }
 
 QV_INT qvDictIndexOfRealKey( QV_DICT *dict, QV_REAL key )
 {
-    return indexOf( dict, RealKey{ key } );
+    return indexOfKey( dict, RealKey{ key } );
 }
 
 QV_INT qvDictIndexOfSortKey( QV_DICT *dict, QV_SORT *key )
 {
-    return indexOf( dict, SortKey{ key } );
+    return indexOfKey( dict, SortKey{ key } );
 }
 
 QV_INT qvDictIndexOfStringKey( QV_DICT *dict, QV_STRING *key )
 {
-    return indexOf( dict, StringKey{ key } );
+    return indexOfKey( dict, StringKey{ key } );
 }
 
 QV_INT qvDictIndexOfStringKeyCstr( QV_DICT *dict, const char *text, QV_INT length )
 {
-    return indexOf( dict, CstrKey{ text, length } );
+    return indexOfKey( dict, CstrKey{ text, length } );
 }
 
 QV_INT qvDictIndexOfStringKeyWcstr( QV_DICT *dict, const wchar_t *text, QV_INT length )
 {
-    return indexOf( dict, WcstrKey{ text, length } );
+    return indexOfKey( dict, WcstrKey{ text, length } );
 }
 
 void qvDictSetNullKey( QV_DICT **dict, QV_OBJ *value )
 {
-    set( dict, NullKey{}, value );
+    setKey( dict, NullKey{}, value );
 }
 
 void qvDictSetBoolKey( QV_DICT **dict, QV_BOOL key, QV_OBJ *value )
 {
-    set( dict, BoolKey{ key }, value );
+    setKey( dict, BoolKey{ key }, value );
 }
 
 void qvDictSetIntKey( QV_DICT **dict, QV_INT key, QV_OBJ *value )
 {
-    set( dict, NewIntKey{ key }, value );
+    setKey( dict, NewIntKey{ key }, value );
 }
 
 void qvDictSetRealKey( QV_DICT **dict, QV_REAL key, QV_OBJ *value )
 {
-    set( dict, RealKey{ key }, value );
+    setKey( dict, RealKey{ key }, value );
 }
 
 void qvDictSetSortKey( QV_DICT **dict, QV_SORT *key, QV_OBJ *value )
 {
-    set( dict, SortKey{ key }, value );
+    setKey( dict, SortKey{ key }, value );
 }
 
 void qvDictSetStringKey( QV_DICT **dict, QV_STRING *key, QV_OBJ *value )
 {
-    set( dict, StringKey{ key }, value );
+    setKey( dict, StringKey{ key }, value );
 }
 
 void qvDictSetStringKeyCstr( QV_DICT **dict, const char *text, QV_INT length, QV_OBJ *value )
 {
-    set( dict, CstrKey{ text, length }, value );
+    setKey( dict, CstrKey{ text, length }, value );
 }
 
 void qvDictSetStringKeyWcstr( QV_DICT **dict, const wchar_t *text, QV_INT length, QV_OBJ *value )
 {
-    set( dict, WcstrKey{ text, length }, value );
+    setKey( dict, WcstrKey{ text, length }, value );
 }
 
 void qvDictDelNullKey( QV_DICT **dict )
 {
-    del( dict, NullKey{} );
+    deleteKey( dict, NullKey{} );
 }
 
 void qvDictDelBoolKey( QV_DICT **dict, QV_BOOL key )
 {
-    del( dict, BoolKey{ key } );
+    deleteKey( dict, BoolKey{ key } );
 }
 
 void qvDictDelIntKey( QV_DICT **dict, QV_INT key )
 {
-    del( dict, IntKey{ key } );
+    deleteKey( dict, IntKey{ key } );
 }
 
 void qvDictDelRealKey( QV_DICT **dict, QV_REAL key )
 {
-    del( dict, RealKey{ key } );
+    deleteKey( dict, RealKey{ key } );
 }
 
 void qvDictDelSortKey( QV_DICT **dict, QV_SORT *key )
 {
-    del( dict, SortKey{ key } );
+    deleteKey( dict, SortKey{ key } );
 }
 
 void qvDictDelStringKey( QV_DICT **dict, QV_STRING *key )
 {
-    del( dict, StringKey{ key } );
+    deleteKey( dict, StringKey{ key } );
 }
 
 void qvDictDelStringKeyCstr( QV_DICT **dict, const char *text, QV_INT length )
 {
-    del( dict, CstrKey{ text, length } );
+    deleteKey( dict, CstrKey{ text, length } );
 }
 
 void qvDictDelStringKeyWcstr( QV_DICT **dict, const wchar_t *text, QV_INT length )
 {
-    del( dict, WcstrKey{ text, length } );
+    deleteKey( dict, WcstrKey{ text, length } );
 }

@@ -23,7 +23,7 @@ struct QV___DICT_ITEM
 
     A search would wait for the memory of each key that it looks at. So where all keys of a run are Strings or all are
     boxed integers, each item has a number with it that orders as its key does: the whole integer, or the first
-    characters behind a prefix that all keys of the run share. Only Strings whose numbers are equal are compared
+    characters after a prefix that all keys of the run share. Only Strings whose numbers are equal are compared
     themselves. */
 struct QV___DICT_RUN
 {
@@ -47,9 +47,9 @@ struct QV___DICT_INDEX
     int32_t        countsSize; /**< numbers that there is memory for */
 };
 
-/** `alloc` is what the Dict accounts for; it changes by a constant. What is really allocated follows the entries. Up to
-    some hundreds of them are one run; more are runs under an index, so that a change moves a part of one run only,
-    whatever the length.
+/** `alloc` is what the Dict accounts for; it changes by constant numbers of items. What is really allocated follows the
+    entries. Up to some hundreds of them are one run; more are runs under an index, so that a change moves a part of one
+    run only, whatever the length.
 
     Others may read the items and replace values; keys go in and out through the functions alone. */
 struct QV_DICT : QV_OBJ
@@ -164,7 +164,7 @@ public:
         return *this;
     }
 
-    /** Behind the last entry both are. */
+    /** Walks end when both are null. */
     bool operator!=( const DictIterator &other ) const
     {
         return item_ != other.item_;
@@ -183,7 +183,7 @@ private:
         last_ = run->items() + run->length - 1;
     }
 
-    QV___DICT_ITEM *item_ = nullptr; // null behind the last one
+    QV___DICT_ITEM *item_ = nullptr; // null after the last one
     QV___DICT_ITEM *last_ = nullptr; // of the run
     QV___DICT_RUN  *run_  = nullptr;
     QV___DICT_ITEM *next_ = nullptr; // the next run in the index

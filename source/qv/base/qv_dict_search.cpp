@@ -5,9 +5,9 @@
 #include "qv/runtime/qv_obj.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_chars_private.h"
+#include "qv/sys/qv_order_private.h"
 
 #include <algorithm>
-#include <string.h>
 
 QV___HIDDEN QV_SORT qv___sort_QV_STRING;
 
@@ -190,23 +190,9 @@ void qv::sharpenDigests( QV___DICT_RUN *run )
 
 namespace
 {
-// The order of two texts.
-QV_INT compareTexts( const QV_CHAR *a, QV_INT aLength, const QV_CHAR *b, QV_INT bLength )
-{
-    QV_INT common = std::min( aLength, bLength );
-    QV_INT i      = 0;
-
-    while( i + 4 <= common && memcmp( a + i, b + i, 4 * sizeof( QV_CHAR ) ) == 0 )
-        i += 4;
-
-    for( ; i < common; i++ )
-        if( a[i] != b[i] )
-            return a[i] < b[i] ? -1 : 1;
-
-    return ( aLength > bLength ) - ( aLength < bLength );
-}
-
-// The first item from `from` on with this digest or a greater one.
+// The first item from `from` on with this digest or a greater one. Not qv::bisect(), which branches by each comparison
+// and stops at an equal item: here every key takes the same number of steps, and each step is a conditional move, since
+// half of the branches would be mispredicted.
 int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
 {
     const Item *items = run->items();
@@ -214,7 +200,6 @@ int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
     if( from == run->length || items[run->length - 1].digest < digest )
         return run->length;
 
-    // The same number of steps for every key.
     const Item *base = items + from;
 
     for( int32_t left = run->length - from; left > 1; )
@@ -234,7 +219,7 @@ QV_INT compareWithPrefix( Run *run, QV_STRING *key, QV_INT known )
     QV_INT prefix = run->prefix;
 
     return prefix <= known ? 0
-                           : compareTexts(
+                           : qv::order(
                                  qv::chars( stringOf( run->items()->key ) ) + known, prefix - known,
                                  qv::chars( key ) + known, std::min( key->length, prefix ) - known );
 }
@@ -258,27 +243,18 @@ inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const Digest &
     while( lo + step < run->length && items[lo + step].digest == digest.number )
         step *= 2;
 
-    int32_t hi = std::min( lo + step, run->length );
-
-    while( lo < hi )
+    auto orderAt = [&]( int32_t idx )
     {
-        int32_t    mid    = lo + ( hi - lo ) / 2;
-        QV_STRING *stored = stringOf( items[mid].key );
-        QV_INT     order  = items[mid].digest != digest.number ? 1
-                                                               : compareTexts(
-                                                                qv::chars( stored ) + prefix, stored->length - prefix,
-                                                                qv::chars( key ) + prefix, key->length - prefix );
+        QV_STRING *stored = stringOf( items[idx].key );
 
-        if( order == 0 )
-            return { 0, mid, true };
+        return items[idx].digest != digest.number ? 1
+                                                  : qv::order(
+                                                        qv::chars( stored ) + prefix, stored->length - prefix,
+                                                        qv::chars( key ) + prefix, key->length - prefix );
+    };
 
-        if( order < 0 )
-            lo = mid + 1;
-        else
-            hi = mid;
-    }
-
-    return { 0, lo, false, true, digest.number };
+    auto [idx, found] = qv::bisect( lo - 1, std::min( lo + step, run->length ), orderAt );
+    return found ? Place{ 0, idx, true } : Place{ 0, idx, false, true, digest.number };
 }
 
 Place searchTexts( Run *run, int32_t from, QV_STRING *key, QV_INT known )
@@ -311,7 +287,7 @@ inline QV_INT compareKeys( QV_OBJ *stored, QV_OBJ *key, bool keyFirst )
         return qvObjCompare( stored, key );
 
     QV_INT order = qvObjCompare( key, stored );
-    return ( order < 0 ) - ( order > 0 );
+    return qv::order( QV_INT( 0 ), order );
 }
 
 // By comparing objects: the item at `lo` is below the key, the one at `hi` above it, if there is one.
@@ -319,18 +295,8 @@ Place bisectKeys( Run *run, int32_t lo, int32_t hi, QV_OBJ *key, bool keyFirst =
 {
     const Item *items = run->items();
 
-    while( hi - lo > 1 )
-    {
-        int32_t mid   = lo + ( hi - lo ) / 2;
-        QV_INT  order = compareKeys( items[mid].key, key, keyFirst );
-
-        if( order == 0 )
-            return { 0, mid, true };
-
-        ( order < 0 ? lo : hi ) = mid;
-    }
-
-    return { 0, hi };
+    auto [idx, found] = qv::bisect( lo, hi, [&]( int32_t at ) { return compareKeys( items[at].key, key, keyFirst ); } );
+    return { 0, idx, found };
 }
 
 // The two ends first, then the middle of what is left. A key beyond an end takes two comparisons at most.

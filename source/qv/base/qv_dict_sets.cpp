@@ -177,7 +177,7 @@ void qvDictDelValue( QV_DICT **dict, QV_OBJ *value, QV_BOOL byCompare )
     if( ( *dict )->length == 0 )
         return;
 
-    // Maybe only the Dict holds the value.
+    // The value may be one that only the Dict holds.
     qv::Ref< QV_DICT > held = qv::Ref< QV_DICT >::share( *dict );
     Indexes            indexes( held->length );
     QV_INT             idx = 0;

@@ -1,8 +1,8 @@
 /** @file
     What the parts of Dict share: the search, and runs of items that are changed under their index.
 
-    Changes of runs account for nothing, and release nothing: who takes items out gets their references. So only a
-    search and the end of items call functions of other families. */
+    Changes of runs account for nothing, and release nothing: a caller that takes items out gets their references. So
+    only a search and the end of items call functions of other families. */
 
 #ifndef QV_DICT_TREE_PRIVATE_H
 #define QV_DICT_TREE_PRIVATE_H
@@ -20,14 +20,17 @@ namespace qv
 /** What an item counts for in the accounts: its two references. */
 const QV_INT ACCOUNTED_DICT_ITEM = 2 * sizeof( QV_OBJ * );
 
-/** Items that a run under an index has at most, and how many are so few that it is joined with a neighbour. Only the first and the
-    last run may have fewer: entering and deleting at an end leaves its neighbour alone. */
+/** Items that a run under an index has at most, and how many are so few that it is joined with a neighbour. Only the
+    first and the last run may have fewer: entering and deleting at an end leaves its neighbour alone. */
 const int32_t FULL_DICT_RUN   = 512;
 const int32_t FEW_IN_DICT_RUN = 128;
 
 /** Items up to which a Dict is one run without an index: a look-up there is one search instead of two. */
 const int32_t FULL_ONLY_DICT_RUN = 1024;
 static_assert( FULL_ONLY_DICT_RUN <= 2 * FULL_DICT_RUN, "halves of it are runs under an index" );
+
+/** Items of a run that is made in one go, or joined, at most: it is not so full that the next item splits it. */
+const int32_t JOINED_DICT_RUN = 384;
 
 /** Where an item stands, or before which one it would. */
 struct DictPlace
@@ -58,7 +61,7 @@ inline DictPlace dictPlace( QV_DICT *dict, QV_INT idx )
     return dict->hasIndex ? dictPlaceByIndex( dict, idx ) : DictPlace{ 0, static_cast< int32_t >( idx ) };
 }
 
-/** Gives a Dict that has no run one with room for so many items. */
+/** Makes the run of a Dict that has none, with room for so many items. */
 void makeDictRun( QV_DICT *dict, QV_INT count );
 
 /** Releases what an item holds. */
@@ -66,11 +69,27 @@ void releaseItem( const QV___DICT_ITEM &item );
 
 /* Accounts -------------------------------------------------------------------------------------------------------
 
-   What entering or deleting one by one would account for. */
+   What a Dict declares is the size of one array of references, which grows and shrinks by constant numbers of items, as
+   entering and deleting one by one would make it. Its runs are larger, by the digests and by room to grow, and there
+   may be many of them: so what is declared is a number beside them, which follows the length alone, and no rule of
+   their memory. */
 
 void accountForDict( QV_DICT *dict, QV_INT alloc );
 void accountForMore( QV_DICT *dict, QV_INT count ); /**< before they are entered */
 void accountForLess( QV_DICT *dict );               /**< after some have been taken out */
+
+/* The index ------------------------------------------------------------------------------------------------------
+
+   How many items each run has is kept as a tree of sums: the number at a place, counted from 1, is the sum over as many
+   runs up to that one as the lowest bit of the place says. So the items before a run, and one item more in a run, cost
+   the logarithm of the number of runs. */
+
+/** A new index over runs, whose numbers are undefined; takes `runs` over. */
+QV___DICT_INDEX *createDictIndex( QV___DICT_RUN *runs );
+void             freeDictIndex( QV___DICT_INDEX *index ); /**< without a look at the runs */
+
+/** Makes plain numbers of items the tree of sums. */
+void foldDictCounts( QV___DICT_INDEX *index );
 
 /* Digests -------------------------------------------------------------------------------------------------------- */
 
@@ -112,10 +131,10 @@ void enterItem( QV_DICT *dict, const DictPlace &place, QV_OBJ *key, QV_OBJ *valu
 /** Takes an item out, which the Dict gives up. */
 QV___DICT_ITEM takeItem( QV_DICT *dict, const DictPlace &place );
 
-/** Sets key and value of an item to new references and gives the old ones. The new key is equal to the old one. */
+/** Sets key and value of an item to new references and returns the old ones. The new key is equal to the old one. */
 QV___DICT_ITEM replaceItem( QV_DICT *dict, const DictPlace &place, QV_OBJ *key, QV_OBJ *value );
 
-/** Gives an empty Dict the items of another one, with references of their own. Places are the same in both. */
+/** Copies the items of another Dict to an empty one, with references of their own. Places are the same in both. */
 void copyItems( QV_DICT *dict, QV_DICT *src );
 
 /** Frees the runs without a look at the items. */

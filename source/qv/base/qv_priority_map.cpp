@@ -7,6 +7,7 @@
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_order_private.h"
 
 using Entry = QV___PRIORITY_MAP_ENTRY;
 
@@ -17,14 +18,14 @@ Entry *entryOf( QV_OBJ *object )
     return static_cast< Entry * >( object );
 }
 
-void freeEntry( QV_OBJ *thisObj )
+void freePriorityMapEntry( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     qv::drop( qv___PriorityMapEntryFrom( thisObj )->object );
 }
 
 // By priority, then by the objects, of which null is the lowest.
-QV_INT compareEntries( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT comparePriorityMapEntries( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
@@ -32,13 +33,13 @@ QV_INT compareEntries( QV_OBJ *thisObj, QV_OBJ *thatObj )
     Entry *a = qv___PriorityMapEntryFrom( thisObj );
     Entry *b = qv___PriorityMapEntryFrom( thatObj );
 
-    if( a->priority != b->priority )
-        return a->priority < b->priority ? -1 : 1;
+    if( QV_INT order = qv::order( a->priority, b->priority ) )
+        return order;
 
     if( a->object && b->object )
         return qvObjCompare( a->object, b->object );
 
-    return ( a->object != nullptr ) - ( b->object != nullptr );
+    return qv::order( a->object != nullptr, b->object != nullptr );
 }
 
 Entry *createEntry( QV_INT priority, QV_OBJ *object )
@@ -50,7 +51,7 @@ Entry *createEntry( QV_INT priority, QV_OBJ *object )
     return entry;
 }
 
-void freeMap( QV_OBJ *thisObj )
+void freePriorityMap( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
@@ -59,7 +60,7 @@ void freeMap( QV_OBJ *thisObj )
     qv::drop( map->byObject );
 }
 
-QV_INT compareMaps( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT comparePriorityMaps( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
@@ -76,7 +77,7 @@ QV_PRIORITY_MAP *createMap( QV_DICT *byPriority, QV_DICT *byObject )
     return map;
 }
 
-// The object at an index, which may lie outside the map, and its priority, for whoever asks for it.
+// The object at an index, which may lie outside the map, and its priority where that is asked for.
 QV_OBJ *neighbour( QV_PRIORITY_MAP *map, QV_INT idx, QV_INT *priority )
 {
     if( priority )
@@ -111,7 +112,7 @@ qv::Ref< QV_PRIORITY_MAP > holdPrivate( QV_PRIORITY_MAP **map )
 
 // What must be true after each change, looked at where a map is small and now and then where it is large. The order of
 // the keys the Dicts watch themselves.
-bool isSound( QV_PRIORITY_MAP *map )
+bool isSoundPriorityMap( QV_PRIORITY_MAP *map )
 {
     if( map->byPriority->length != map->byObject->length )
         return false;
@@ -139,13 +140,13 @@ bool isSound( QV_PRIORITY_MAP *map )
 // The end of a change.
 void settle( QV_PRIORITY_MAP **map, qv::Ref< QV_PRIORITY_MAP > &held )
 {
-    QV_ASSERT( isSound( held ) );
+    QV_ASSERT( isSoundPriorityMap( held ) );
     qv::goOnWith( map, held );
 }
 } // namespace
 
-QV___FAMILY( ___PriorityMapEntry, QV___PRIORITY_MAP_ENTRY, freeEntry, compareEntries, nullptr )
-QV___FAMILY( PriorityMap, QV_PRIORITY_MAP, freeMap, compareMaps, nullptr )
+QV___FAMILY( ___PriorityMapEntry, QV___PRIORITY_MAP_ENTRY, freePriorityMapEntry, comparePriorityMapEntries, nullptr )
+QV___FAMILY( PriorityMap, QV_PRIORITY_MAP, freePriorityMap, comparePriorityMaps, nullptr )
 
 /* Creation ------------------------------------------------------------------------------------------------------- */
 

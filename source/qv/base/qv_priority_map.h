@@ -19,8 +19,8 @@
     object that is not there copies nothing. Arguments are borrowed, results belong to the caller.
 
     Costs. Finding an object, by itself or by its neighbour, is a binary search; what stands at an index is read in
-    constant time. Setting and removing search twice and move what stands on the shorter side of the place, so they are
-    cheap at both ends. A copy costs constant time, until one of the two is changed.
+    logarithmic time. Setting and removing search twice and move some hundreds of entries at most, at either end none. A
+    copy costs constant time, until one of the two is changed.
 
     Threads. Any thread may read a PriorityMap, also one that others hold. A variable that mutators work on belongs to
     one thread at a time.
@@ -73,7 +73,8 @@ QV_API QV_OBJ *qvPriorityMapLowest( QV_PRIORITY_MAP *map, QV_INT *priority );
 /** @} */
 
 /** @{ */
-/** The object behind or before `obj`, or null if there is none or `obj` is not in the map. */
+/** The object after (Higher) or before (Lower) `obj` in the order, or null if there is none or `obj` is not in the map.
+    */
 QV_API QV_OBJ *qvPriorityMapHigher( QV_PRIORITY_MAP *map, QV_OBJ *obj, QV_INT *priority );
 QV_API QV_OBJ *qvPriorityMapLower( QV_PRIORITY_MAP *map, QV_OBJ *obj, QV_INT *priority );
 /** @} */

@@ -9,13 +9,11 @@
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_order_private.h"
 
 namespace
 {
 using Entry = QV___RANGE_MAP_ENTRY;
-
-const QV_INT GROWTH = 32; // free entries after the block has grown for one
-const QV_INT SHRINK = 64; // entries that the block gives back at once
 
 // Values that a change takes out of a map. They are released when it is done, as their free functions may use the map.
 class Gone
@@ -64,15 +62,16 @@ private:
 // The range is in order, and so are the bounds to its neighbours.
 bool isSoundRange( QV_RANGE_MAP *map, QV_INT idx )
 {
-    const Entry &range = map->ranges[idx];
+    const Entry &range = map->first[idx];
 
     return range.value && range.startingKey <= range.endingKey
-           && ( idx == 0 || map->ranges[idx - 1].endingKey < range.startingKey );
+           && ( idx == 0 || map->first[idx - 1].endingKey < range.startingKey );
 }
 #endif
 
-// What must be true after each change. All ranges are looked at where there are few, and now and then.
-bool isSound( [[maybe_unused]] QV_RANGE_MAP *map, [[maybe_unused]] QV_INT idx )
+// What must be true after each change; the block watches itself. All ranges are looked at where there are few, and now
+// and then.
+bool isSoundRangeMap( [[maybe_unused]] QV_RANGE_MAP *map, [[maybe_unused]] QV_INT idx )
 {
 #if QV___ASSERTIONS
     bool   isWhole = map->length <= 48 || map->length % 64 == 0;
@@ -81,67 +80,41 @@ bool isSound( [[maybe_unused]] QV_RANGE_MAP *map, [[maybe_unused]] QV_INT idx )
     for( QV_INT i = isWhole ? 0 : qvIntMax( qvIntMin( idx, end ) - 1, 0 ); i < end; i++ )
         if( !isSoundRange( map, i ) )
             return false;
-
-    return map->length >= 0 && map->length <= map->alloc
-           && qv___ObjDbgAllocationSize( map ) == map->alloc * QV_INT( sizeof( Entry ) );
-#else
-    return true;
 #endif
+    return true;
 }
 
-void reallocate( QV_RANGE_MAP *map, QV_INT alloc )
+// Opens a gap of one undefined range.
+Entry *openRange( QV_RANGE_MAP *map, QV_INT idx )
 {
-    qv::unpoison( map->ranges, static_cast< size_t >( map->alloc ) * sizeof( Entry ) );
-    map->ranges = static_cast< Entry * >( qvMemReallocN( map->ranges, alloc, sizeof( Entry ) ) );
-    map->alloc  = alloc;
-    qv::markFree( map->ranges + map->length, static_cast< size_t >( alloc - map->length ) * sizeof( Entry ) );
-    qv___ObjDbgSetAllocationSizeN( map, alloc, sizeof( Entry ) );
-}
-
-// Opens a gap of one undefined entry.
-Entry *makeRoom( QV_RANGE_MAP *map, QV_INT idx )
-{
-    if( map->length == map->alloc )
+    if( map->length == map->alloc() )
     {
         const QV_INT count = 1;
         QV_CHECK( QV_INT_ADD_OK( map->length, count ) );
-
-        QV_INT alloc = QV_INT_ADD_OK( map->length, count + GROWTH ) ? count + GROWTH : count;
-        QV_CHECK( QV_INT_ADD_OK( map->alloc, alloc ) );
-
-        reallocate( map, map->alloc + alloc );
+        QV_CHECK_AS(
+            QV_INT_ADD_OK( map->alloc(), count + qv::RangeMapRules::GROWTH ), "QV_INT_ADD_OK( map->alloc, alloc )" );
     }
 
-    Entry *gap = map->ranges + idx;
-    qv::unpoison( map->ranges + map->length, sizeof( Entry ) );
-    qvMemMoveN( gap + 1, gap, map->length - idx, sizeof( Entry ) );
-    map->length++;
-
-    return gap;
+    return map->openGap( idx, 1 );
 }
 
-void compact( QV_RANGE_MAP *map )
+// Takes out ranges whose values others have now, and gives memory back.
+void closeRanges( QV_RANGE_MAP *map, QV_INT idx, QV_INT count )
 {
-    if( map->alloc > SHRINK && map->alloc - map->length >= SHRINK )
-        reallocate( map, map->alloc - SHRINK );
-}
+    if( idx == 0 )
+        map->dropFront( count );
+    else
+        map->dropInside( idx, count );
 
-// Takes out entries whose values others have now.
-void closeGap( QV_RANGE_MAP *map, QV_INT idx, QV_INT count )
-{
-    Entry *gap = map->ranges + idx;
-    qvMemMoveN( gap, gap + count, map->length - idx - count, sizeof( Entry ) );
-    map->length -= count;
-    qv::markFree( map->ranges + map->length, static_cast< size_t >( count ) * sizeof( Entry ) );
-    compact( map );
+    map->compact();
 }
 
 void deleteRanges( QV_RANGE_MAP *map, QV_INT idx, QV_INT count, Gone *gone )
 {
     for( QV_INT i = idx; i < idx + count; i++ )
-        gone->push( map->ranges[i].value );
+        gone->push( map->first[i].value );
 
-    closeGap( map, idx, count );
+    closeRanges( map, idx, count );
 }
 
 // Joins what touches and is equal among the ranges from `first` to `last`. Values are compared before anything changes:
@@ -149,7 +122,7 @@ void deleteRanges( QV_RANGE_MAP *map, QV_INT idx, QV_INT count, Gone *gone )
 void collapse( QV_RANGE_MAP **map, QV_INT first, QV_INT last, Gone *gone )
 {
     qv::Ref< QV_RANGE_MAP > held  = qv::Ref< QV_RANGE_MAP >::share( *map );
-    const Entry            *range = held->ranges;
+    const Entry            *range = held->first;
     QV_INT                  count = last - first + 1;
     bool                    near[4];
     bool                   *joins  = count <= 4 ? near : static_cast< bool * >( qvMemAllocN( count, sizeof( bool ) ) );
@@ -169,11 +142,11 @@ void collapse( QV_RANGE_MAP **map, QV_INT first, QV_INT last, Gone *gone )
 
     if( joined > 0 )
     {
-        Entry *kept = ( *map )->ranges + first;
+        Entry *kept = ( *map )->first + first;
 
         for( QV_INT i = first + 1; i <= last; i++ )
         {
-            Entry &next = ( *map )->ranges[i];
+            Entry &next = ( *map )->first[i];
 
             if( !joins[i - first] )
             {
@@ -185,25 +158,27 @@ void collapse( QV_RANGE_MAP **map, QV_INT first, QV_INT last, Gone *gone )
             gone->push( next.value );
         }
 
-        closeGap( *map, last + 1 - joined, joined );
+        closeRanges( *map, last + 1 - joined, joined );
     }
     else
-        compact( *map );
+    {
+        ( *map )->compact();
+    }
 
     if( joins != near )
         qvMemFree( joins );
 
-    QV_ASSERT( isSound( *map, first ) );
+    QV_ASSERT( isSoundRangeMap( *map, first ) );
 }
 
 // After a set at `idx`. All other neighbours have been joined already, so only this range's own two can be new.
-void collapseAround( QV_RANGE_MAP **map, QV_INT idx, Gone *gone )
+void collapseAroundRange( QV_RANGE_MAP **map, QV_INT idx, Gone *gone )
 {
     if( ( *map )->autoCollapse )
         collapse( map, qvIntMax( idx - 1, 0 ), qvIntMin( idx + 1, ( *map )->length - 1 ), gone );
 }
 
-// A place in the array: that of the `covered` ranges from `idx`, or the one in front of `idx` if there are none.
+// A place among the ranges: that of the `covered` ones from `idx` on, or before `idx` if there are none.
 struct Place
 {
     QV_INT idx;
@@ -212,11 +187,11 @@ struct Place
 
 // Splits and shortens what reaches into the interval from outside, and tells what lies inside. `idx` is the first
 // range that does not end before the interval.
-Place cut( QV_RANGE_MAP *map, QV_INT idx, QV_INT startingKey, QV_INT endingKey )
+Place cutRanges( QV_RANGE_MAP *map, QV_INT idx, QV_INT startingKey, QV_INT endingKey )
 {
-    if( idx < map->length && map->ranges[idx].startingKey < startingKey )
+    if( idx < map->length && map->first[idx].startingKey < startingKey )
     {
-        Entry *gap = makeRoom( map, idx );
+        Entry *gap = openRange( map, idx );
 
         gap[0]             = { gap[1].startingKey, startingKey - 1, qv::retain( gap[1].value ) };
         gap[1].startingKey = startingKey;
@@ -225,11 +200,11 @@ Place cut( QV_RANGE_MAP *map, QV_INT idx, QV_INT startingKey, QV_INT endingKey )
 
     QV_INT end = idx;
 
-    while( end < map->length && map->ranges[end].endingKey <= endingKey )
+    while( end < map->length && map->first[end].endingKey <= endingKey )
         end++;
 
-    if( end < map->length && map->ranges[end].startingKey <= endingKey )
-        map->ranges[end].startingKey = endingKey + 1;
+    if( end < map->length && map->first[end].startingKey <= endingKey )
+        map->first[end].startingKey = endingKey + 1;
 
     return { idx, end - idx };
 }
@@ -238,35 +213,26 @@ QV_RANGE_MAP *createMap( QV_BOOL autoCollapse )
 {
     QV_RANGE_MAP *map = qv::create< QV_RANGE_MAP >( qvRangeMapSort() );
     map->autoCollapse = autoCollapse;
-    map->alloc        = 0;
-    map->length       = 0;
-    map->ranges       = nullptr;
+    map->initBlock();
 
     return map;
 }
 
-void freeMap( QV_OBJ *thisObj )
+void freeRangeMap( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
     QV_RANGE_MAP *map = qvRangeMapFrom( thisObj );
 
-    QV_ASSERT( isSound( map, 0 ) );
+    QV_ASSERT( isSoundRangeMap( map, 0 ) );
 
     for( QV_INT i = 0; i < map->length; i++ )
-        qv::release( map->ranges[i].value );
+        qv::release( map->first[i].value );
 
-    qv::unpoison( map->ranges, static_cast< size_t >( map->alloc ) * sizeof( Entry ) );
-    qvMemFree( map->ranges );
-    qv___ObjDbgSetAllocationSize( map, 0 );
+    map->freeBlock();
 }
 
-QV_INT order( QV_INT a, QV_INT b )
-{
-    return ( a > b ) - ( a < b );
-}
-
-QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
+QV_INT compareRangeMapsStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
 {
     QV_RANGE_MAP *a      = qvRangeMapFrom( thisObj );
     QV_RANGE_MAP *b      = qvRangeMapFrom( thatObj );
@@ -274,23 +240,23 @@ QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
 
     while( walk->at < common )
     {
-        const Entry &x = a->ranges[walk->at];
-        const Entry &y = b->ranges[walk->at++];
+        const Entry &x = a->first[walk->at];
+        const Entry &y = b->first[walk->at++];
 
-        if( QV_INT result = order( x.startingKey, y.startingKey ) )
+        if( QV_INT result = qv::order( x.startingKey, y.startingKey ) )
             return result;
 
-        if( QV_INT result = order( x.endingKey, y.endingKey ) )
+        if( QV_INT result = qv::order( x.endingKey, y.endingKey ) )
             return result;
 
         if( QV_INT result = qv::comparePart( walk, x.value, y.value ) )
             return result;
     }
 
-    return order( a->length, b->length );
+    return qv::order( a->length, b->length );
 }
 
-QV_OBJ *textStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
+QV_OBJ *rangeMapToStringStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
 {
     QV_RANGE_MAP *map = qvRangeMapFrom( thisObj );
 
@@ -302,7 +268,7 @@ QV_OBJ *textStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
         if( walk->at > 0 )
             qvStringAppendChars( &walk->text, U", ", 2 );
 
-        const Entry &range = map->ranges[walk->at++];
+        const Entry &range = map->first[walk->at++];
         qvStringAppendFormatCstr( &walk->text, "[%i,%i]=", -1, range.startingKey, range.endingKey );
 
         if( QV_OBJ *part = qv::textPart( walk, range.value ) )
@@ -315,7 +281,9 @@ QV_OBJ *textStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
 }
 } // namespace
 
-QV___FAMILY_OF_PARTS( RangeMap, QV_RANGE_MAP, freeMap, qv::compareByParts, qv::textByParts, compareStep, textStep )
+QV___FAMILY_OF_PARTS(
+    RangeMap, QV_RANGE_MAP, freeRangeMap, qv::compareByParts, qv::textByParts, compareRangeMapsStep,
+    rangeMapToStringStep )
 
 /* Creation ------------------------------------------------------------------------------------------------------- */
 
@@ -333,12 +301,12 @@ QV_RANGE_MAP *qvRangeMapCreateFrom( QV_RANGE_MAP *map )
 {
     QV_CHECK( map );
 
-    // Values are compared where they touch, and so maybe the map is released meanwhile.
+    // Values are compared where they touch, where the map may be released meanwhile.
     qv::Ref< QV_RANGE_MAP > held = qv::Ref< QV_RANGE_MAP >::share( map );
     qv::Ref< QV_RANGE_MAP > copy( createMap( map->autoCollapse ) );
 
     for( QV_INT i = 0; i < map->length; i++ )
-        qvRangeMapSetRangeKey( copy.at(), map->ranges[i].startingKey, map->ranges[i].endingKey, map->ranges[i].value );
+        qvRangeMapSetRangeKey( copy.at(), map->first[i].startingKey, map->first[i].endingKey, map->first[i].value );
 
     return copy.give();
 }
@@ -371,7 +339,7 @@ QV_INT qvRangeMapStartingKeyAt( QV_RANGE_MAP *map, QV_INT idx )
     QV_CHECK( idx >= 0 );
     QV_CHECK( idx < map->length );
 
-    return map->ranges[idx].startingKey;
+    return map->first[idx].startingKey;
 }
 
 QV_INT qvRangeMapEndingKeyAt( QV_RANGE_MAP *map, QV_INT idx )
@@ -380,7 +348,7 @@ QV_INT qvRangeMapEndingKeyAt( QV_RANGE_MAP *map, QV_INT idx )
     QV_CHECK( idx >= 0 );
     QV_CHECK( idx < map->length );
 
-    return map->ranges[idx].endingKey;
+    return map->first[idx].endingKey;
 }
 
 QV_OBJ *qvRangeMapObjAt( QV_RANGE_MAP *map, QV_INT idx )
@@ -389,7 +357,7 @@ QV_OBJ *qvRangeMapObjAt( QV_RANGE_MAP *map, QV_INT idx )
     QV_CHECK( idx >= 0 );
     QV_CHECK( idx < map->length );
 
-    return qv::retain( map->ranges[idx].value );
+    return qv::retain( map->first[idx].value );
 }
 
 QV_INT qv___RangeMapFindAfterKey( QV_RANGE_MAP *map, QV_INT key )
@@ -399,34 +367,27 @@ QV_INT qv___RangeMapFindAfterKey( QV_RANGE_MAP *map, QV_INT key )
     QV_INT lo = 0;
     QV_INT hi = map->length - 1;
 
-    if( hi < 0 || map->ranges[hi].endingKey < key )
+    if( hi < 0 || map->first[hi].endingKey < key )
         return -1;
 
-    if( map->ranges[lo].endingKey >= key )
+    if( map->first[lo].endingKey >= key )
         return lo;
 
-    // The range at lo ends before the key, the one at hi doesn't.
-    while( hi - lo > 1 )
-    {
-        QV_INT mid                                     = lo + ( hi - lo ) / 2;
-        ( map->ranges[mid].endingKey < key ? lo : hi ) = mid;
-    }
-
-    return hi;
+    return qv::bisect( lo, hi, [&]( QV_INT idx ) { return map->first[idx].endingKey < key ? -1 : 1; } ).idx;
 }
 
 QV_OBJ *qvRangeMapIntKey( QV_RANGE_MAP *map, QV_INT key )
 {
     QV_INT idx = qv___RangeMapFindAfterKey( map, key );
 
-    return idx >= 0 && map->ranges[idx].startingKey <= key ? qv::retain( map->ranges[idx].value ) : nullptr;
+    return idx >= 0 && map->first[idx].startingKey <= key ? qv::retain( map->first[idx].value ) : nullptr;
 }
 
 QV_BOOL qvRangeMapHasIntKey( QV_RANGE_MAP *map, QV_INT key )
 {
     QV_INT idx = qv___RangeMapFindAfterKey( map, key );
 
-    return idx >= 0 && map->ranges[idx].startingKey <= key ? QV_TRUE : QV_FALSE;
+    return idx >= 0 && map->first[idx].startingKey <= key ? QV_TRUE : QV_FALSE;
 }
 
 /* Changing ------------------------------------------------------------------------------------------------------- */
@@ -443,29 +404,29 @@ void qvRangeMapSetRangeKey( QV_RANGE_MAP **map, QV_INT startingKey, QV_INT endin
     qv::Ref< QV_OBJ > held = qv::Ref< QV_OBJ >::share( value );
     Gone              gone;
     qv::makePrivate( map, qvRangeMapCreateFrom );
-    QV_CHECK_AS( ( *map )->alloc >= ( *map )->length, "(*map)->alloc >= (*map)->length" );
+    QV_CHECK_AS( ( *map )->alloc() >= ( *map )->length, "(*map)->alloc >= (*map)->length" );
 
     QV_INT idx = qv___RangeMapFindAfterKey( *map, startingKey );
 
     if( idx < 0 )
         idx = ( *map )->length;
 
-    Place place = cut( *map, idx, startingKey, endingKey );
+    Place place = cutRanges( *map, idx, startingKey, endingKey );
 
     if( place.covered == 0 )
     {
-        *makeRoom( *map, place.idx ) = { startingKey, endingKey, held.give() };
+        *openRange( *map, place.idx ) = { startingKey, endingKey, held.give() };
     }
     else
     {
-        Entry &range = ( *map )->ranges[place.idx];
+        Entry &range = ( *map )->first[place.idx];
         gone.push( range.value );
         range = { startingKey, endingKey, held.give() };
         deleteRanges( *map, place.idx + 1, place.covered - 1, &gone );
     }
 
-    QV_ASSERT( isSound( *map, place.idx ) );
-    collapseAround( map, place.idx, &gone );
+    QV_ASSERT( isSoundRangeMap( *map, place.idx ) );
+    collapseAroundRange( map, place.idx, &gone );
 }
 
 void qvRangeMapSetIntKey( QV_RANGE_MAP **map, QV_INT key, QV_OBJ *value )
@@ -481,15 +442,15 @@ void qvRangeMapDelRangeKey( QV_RANGE_MAP **map, QV_INT startingKey, QV_INT endin
 
     QV_INT idx = qv___RangeMapFindAfterKey( *map, startingKey );
 
-    if( idx < 0 || ( *map )->ranges[idx].startingKey > endingKey )
+    if( idx < 0 || ( *map )->first[idx].startingKey > endingKey )
         return;
 
     Gone gone;
     qv::makePrivate( map, qvRangeMapCreateFrom );
 
-    Place place = cut( *map, idx, startingKey, endingKey );
+    Place place = cutRanges( *map, idx, startingKey, endingKey );
     deleteRanges( *map, place.idx, place.covered, &gone );
-    QV_ASSERT( isSound( *map, place.idx ) );
+    QV_ASSERT( isSoundRangeMap( *map, place.idx ) );
 }
 
 void qvRangeMapDelIntKey( QV_RANGE_MAP **map, QV_INT key )

@@ -17,8 +17,8 @@
     QV_INT_MAX can be mapped. Setting a range cuts away what it overlaps; deleting one can split another in two.
 
     Collapsing. Two ranges that touch and have values that are equal by qvObjCompare() can be one range. A map that
-    collapses automatically joins them after every set, from the range set on to the end; any map does when asked.
-    Deleting never joins.
+    collapses automatically joins each range that is set with the neighbours with which that can be done; any map joins
+    all that it can when asked. Deleting never joins.
 
     Value and copy. A RangeMap that somebody else holds is never changed: a mutator takes the address of the caller's
     reference and, where the map is shared, replaces it by a private copy first. So retaining is copying. A deletion
@@ -27,9 +27,13 @@
     Order and text. Maps order by their ranges in turn: starting key, ending key, value; then the shorter one comes
     first. Whether a map collapses takes no part. The text is "{[0,9]=1, [10,20]=2}".
 
-    Costs. Looking a key up is a bisection. Setting and deleting move the ranges behind the place, setting in ascending
-    order moves nothing. The array grows by 33 ranges when it is full and gives 64 back when more than 64 fit and 64
-    are free. Automatic collapsing looks at all ranges behind the place.
+    Costs. Looking a key up is a bisection. Setting moves the ranges on the shorter side of the place, deleting those
+    after it; in ascending and in descending order, and at either end, they move no ranges as a rule. Automatic
+    collapsing compares a range that was set with its two neighbours, qvRangeMapCollapse() each range with the next. A
+    map that is shared is copied by a change, range by range.
+
+    Memory. The array grows by 33 ranges when it is full and gives 64 back when more than 64 fit and 64 are free. That
+    is what is declared; at most twice as much is allocated.
 
     Threads. Any thread may read a RangeMap, also one that others hold. A variable that mutators work on belongs to one
     thread at a time.

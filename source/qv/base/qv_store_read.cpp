@@ -23,6 +23,7 @@
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_order_private.h"
 #include "qv/sys/qv_utf8_private.h"
 #include "qv/unicode/qv_unicode_tables_private.h"
 
@@ -136,14 +137,7 @@ QV_STRING *stringOf( Span< Unit > text, qv::ObjBatch *batch )
 template< class Unit >
 QV_INT compareText( QV_STRING *address, Span< Unit > text )
 {
-    const QV_CHAR *chars  = qv::chars( address );
-    QV_INT         common = std::min( address->length, text.length() );
-
-    for( QV_INT i = 0; i < common; i++ )
-        if( chars[i] != text.begin[i] )
-            return chars[i] < text.begin[i] ? -1 : 1;
-
-    return ( address->length > text.length() ) - ( address->length < text.length() );
+    return qv::order( qv::chars( address ), address->length, text.begin, text.length() );
 }
 
 /* Escapes -------------------------------------------------------------------------------------------------------- */

@@ -8,6 +8,7 @@
 #include "qv/sys/qv_chars.h"
 #include "qv/sys/qv_chars_private.h"
 #include "qv/sys/qv_int.h"
+#include "qv/sys/qv_order_private.h"
 #include "qv/unicode/qv_unicode_case_private.h"
 #include "qv/unicode/qv_unicode_normalizer.h"
 #include "qv/unicode/qv_unicode_normalizer_private.h"
@@ -40,29 +41,25 @@ void freeString( QV_OBJ *thisObj )
     qvStringFrom( thisObj )->freeBlock();
 }
 
-QV_INT compare( QV_OBJ *thisObj, QV_OBJ *thatObj )
+QV_INT compareStrings( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
     QV_CHECK( thatObj );
 
-    QV_STRING *a      = qvStringFrom( thisObj );
-    QV_STRING *b      = qvStringFrom( thatObj );
-    QV_INT     common = a->length < b->length ? a->length : b->length;
+    QV_STRING *a = qvStringFrom( thisObj );
+    QV_STRING *b = qvStringFrom( thatObj );
 
-    if( int order = qv::compareChars( qv::chars( a ), qv::chars( b ), common ) )
-        return order < 0 ? -1 : 1;
-
-    return ( a->length > b->length ) - ( a->length < b->length );
+    return qv::order( qv::chars( a ), a->length, qv::chars( b ), b->length );
 }
 
-QV_STRING *toString( QV_OBJ *thisObj )
+QV_STRING *stringToString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
     return qv::retain( qvStringFrom( thisObj ) );
 }
 } // namespace
 
-QV___FAMILY( String, QV_STRING, freeString, compare, toString )
+QV___FAMILY( String, QV_STRING, freeString, compareStrings, stringToString )
 
 void qv___StringStartup( void )
 {
@@ -277,7 +274,7 @@ void insertChars( QV_STRING **dest, QV_INT idx, const QV_CHAR *chs, QV_INT count
 
     if( !qv::isShared( old ) )
     {
-        // What most insertions are: at the end of a text, with room behind it.
+        // What most insertions are: at the end of a text, with room after it.
         if( idx == old->length && idx > 0 && ( old->bspace >= count || old->stretch( count ) ) )
         {
             qv::copyChars( old->takeBack( count ), chs, count );
@@ -358,7 +355,7 @@ __attribute__( ( noinline ) ) void appendCharSlowly( QV_STRING **dest, QV_CHAR c
 }
 } // namespace
 
-// The loops that build a text character by character end here. Where there is a free place behind some text that
+// The loops that build a text character by character end here. Where there is a free place after some text that
 // nobody else holds, a few instructions do it, without a frame for the call.
 void qvStringAppendChar( QV_STRING **dest, QV_CHAR ch )
 {

@@ -21,7 +21,7 @@
 
     Costs. Adding and deleting at either end cost what is added or deleted: the text moves as a whole when the memory at
     that end is used up, each time by a constant part of its length, so that this is little in the long run, whichever
-    ends take turns. Insertion inside moves the shorter side, or the whole text; deletion inside what is behind. A
+    ends take turns. Insertion inside moves the shorter side, or the whole text; deletion inside what follows. A
     mutator copies a String that is shared. Reading costs what it reads.
 
     Memory. A block of its own has 32 free places at each end, which a String of decoded text, of an array or of a part
@@ -62,7 +62,8 @@ QV_API QV_STRING *qvStringCreateFromCharsUse( QV_CHAR *chars, QV_INT length );
 QV_API QV_STRING *qvStringCreateFromCharsCopy( const QV_CHAR *chars, QV_INT length );
 
 /** @{ */
-/** A new String of decoded text. */
+/** A new String of decoded text. `length` is in bytes, of a Wcstr in units; -1 means that the text ends at its
+    terminator. */
 QV_API QV_STRING *qvStringCreateFromAscii( const char *text, QV_INT length );
 QV_API QV_STRING *qvStringCreateFromCstr( const char *text, QV_INT length );
 QV_API QV_STRING *qvStringCreateFromUtf8( const char *text, QV_INT length );
@@ -87,6 +88,7 @@ QV_API QV_INT qvStringLength( QV_STRING *qvs );
 /** The first character, valid until the String is changed or released. May be null for an empty String. */
 QV_API const QV_CHAR *qvStringBacking( QV_STRING *qvs );
 
+/** The character at an index. */
 QV_API QV_CHAR qvStringCharAt( QV_STRING *qvs, QV_INT idx );
 
 /** True for a String without characters other than white space. */
@@ -95,9 +97,12 @@ QV_API QV_BOOL qvStringIsBlank( QV_STRING *qvs );
 /* Inserting ------------------------------------------------------------------------------------------------------ */
 
 /** @{ */
-/** Inserts in front of the character at `idx`, or at the end where `idx` is the length: a String or a part of it,
-    which may be the String inserted into; an array, which may lie in the String inserted into; a character; text; the
-    text of an object; formatted text. */
+/** Inserts before the character at `idx`, or at the end where `idx` is the length.
+
+    What goes in: a String, which may be `*dest` itself, or with Leading, Trailing, Inner and Outer a part of it; an
+    array of characters, which may lie in `*dest`; one character; decoded text; the text of an object by
+    qvObjToString(); formatted text, whose arguments follow `fmtLength` or come from `*argList`. qv_format.h tells the
+    language of formats. */
 QV_API void qvStringInsert( QV_STRING **dest, QV_INT idx, QV_STRING *src );
 QV_API void qvStringInsertLeading( QV_STRING **dest, QV_INT idx, QV_STRING *src, QV_INT count );
 QV_API void qvStringInsertTrailing( QV_STRING **dest, QV_INT idx, QV_STRING *src, QV_INT count );
@@ -119,7 +124,7 @@ QV_API void qvStringInsertFormatWcstrArgList(
 /** @} */
 
 /** @{ */
-/** The same at the start. */
+/** Inserts at the start what qvStringInsert...() inserts at an index. */
 QV_API void qvStringPrepend( QV_STRING **dest, QV_STRING *src );
 QV_API void qvStringPrependLeading( QV_STRING **dest, QV_STRING *src, QV_INT count );
 QV_API void qvStringPrependTrailing( QV_STRING **dest, QV_STRING *src, QV_INT count );
@@ -140,7 +145,7 @@ QV_API void qvStringPrependFormatWcstrArgList(
 /** @} */
 
 /** @{ */
-/** The same at the end. */
+/** Inserts at the end what qvStringInsert...() inserts at an index. A character costs a few instructions as a rule. */
 QV_API void qvStringAppend( QV_STRING **dest, QV_STRING *src );
 QV_API void qvStringAppendLeading( QV_STRING **dest, QV_STRING *src, QV_INT count );
 QV_API void qvStringAppendTrailing( QV_STRING **dest, QV_STRING *src, QV_INT count );
@@ -161,7 +166,9 @@ QV_API void qvStringAppendFormatWcstrArgList(
 /** @} */
 
 /** @{ */
-/** Appends the delimiter, unless `*dest` is empty, then `src`. */
+/** Appends the delimiter, unless `*dest` is empty, then `src`. Either may be `*dest` itself, and is read as it was. A
+    Cstr or Wcstr form takes both as outside text, a Source form the source only, a Delimiter form the delimiter
+    only; a CharDelimiter is one character. */
 QV_API void qvStringDelimitedAppend( QV_STRING **dest, QV_STRING *src, QV_STRING *delimiter );
 QV_API void qvStringDelimitedAppendCstr(
     QV_STRING **dest, const char *src, QV_INT srcLength, const char *delimiter, QV_INT delimiterLength );
@@ -179,7 +186,8 @@ QV_API void qvStringDelimitedAppendCharDelimiter( QV_STRING **dest, QV_STRING *s
 /** @} */
 
 /** @{ */
-/** Prepends the delimiter, unless `*dest` is empty, then `src`, which ends up in front of the delimiter. */
+/** Prepends the delimiter, unless `*dest` is empty, then `src`, so that `src` stands first. Otherwise as
+    qvStringDelimitedAppend() and its forms. */
 QV_API void qvStringDelimitedPrepend( QV_STRING **dest, QV_STRING *src, QV_STRING *delimiter );
 QV_API void qvStringDelimitedPrependCstr(
     QV_STRING **dest, const char *src, QV_INT srcLength, const char *delimiter, QV_INT delimiterLength );
@@ -205,7 +213,7 @@ QV_API void qvStringClear( QV_STRING **qvs );
 QV_API void qvStringSetCharAt( QV_STRING **qvs, QV_INT idx, QV_CHAR ch );
 
 /** @{ */
-/** Deletes the range, or with Outer everything but the range. Deleting all gives the empty String. */
+/** Deletes the range, or with Outer everything but the range. Deleting all leaves the empty String. */
 QV_API void qvStringDelLeading( QV_STRING **qvs, QV_INT count );
 QV_API void qvStringDelTrailing( QV_STRING **qvs, QV_INT count );
 QV_API void qvStringDelInner( QV_STRING **qvs, QV_INT offset, QV_INT count );
@@ -251,7 +259,7 @@ QV_API QV_BOOL qvStringEqualsWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT 
 /** @} */
 
 /** @{ */
-/** The same behind qvStringToCaseFold() of both sides, which stay as they are. */
+/** Compares as above what qvStringToCaseFold() makes of both sides, which stay as they are. */
 QV_API QV_INT  qvStringCompareCaseFold( QV_STRING *a, QV_STRING *b );
 QV_API QV_BOOL qvStringEqualsCaseFold( QV_STRING *a, QV_STRING *b );
 QV_API QV_BOOL qvStringEqualsCharCaseFold( QV_STRING *qvs, QV_CHAR ch );
@@ -261,7 +269,7 @@ QV_API QV_BOOL qvStringEqualsCaseFoldWcstr( QV_STRING *qvs, const wchar_t *text,
 /** @} */
 
 /** @{ */
-/** An empty text stands at the beginning and the end of every String. */
+/** True if the String begins, or ends, with these characters. It begins and ends with an empty text. */
 QV_API QV_BOOL qvStringBeginsWith( QV_STRING *qvs, QV_STRING *sub );
 QV_API QV_BOOL qvStringBeginsWithChars( QV_STRING *qvs, const QV_CHAR *sub, QV_INT subLen );
 QV_API QV_BOOL qvStringBeginsWithChar( QV_STRING *qvs, QV_CHAR ch );
@@ -277,8 +285,8 @@ QV_API QV_BOOL qvStringEndsWithWcstr( QV_STRING *qvs, const wchar_t *text, QV_IN
 /* Searching ------------------------------------------------------------------------------------------------------ */
 
 /** @{ */
-/** The first match that starts at `offset`, 0 to the length, or behind; -1 where there is none. An empty text to
-    search for ends the process, here and from the right. */
+/** The index of the first match that starts at `offset`, 0 to the length, or after it; -1 where there is none. An empty
+    text to search for ends the process, here and from the right. */
 QV_API QV_INT qvStringFind( QV_STRING *qvs, QV_INT offset, QV_STRING *subString );
 QV_API QV_INT qvStringFindChars( QV_STRING *qvs, QV_INT offset, const QV_CHAR *sub, QV_INT subLength );
 QV_API QV_INT qvStringFindChar( QV_STRING *qvs, QV_INT offset, QV_CHAR ch );
@@ -287,8 +295,8 @@ QV_API QV_INT qvStringFindWcstr( QV_STRING *qvs, QV_INT offset, const wchar_t *t
 /** @} */
 
 /** @{ */
-/** The last match that starts at `offset` or before it, except that a single character has to stand before it; an
-    `offset` of -1 means the length. */
+/** The index of the last match that starts at `offset` or before it, or -1; of a single character, of the last one that
+    stands before `offset`. An `offset` of -1 means the length. */
 QV_API QV_INT qvStringFindFromRight( QV_STRING *qvs, QV_INT offset, QV_STRING *subString );
 QV_API QV_INT qvStringFindCharsFromRight( QV_STRING *qvs, QV_INT offset, const QV_CHAR *sub, QV_INT subLength );
 QV_API QV_INT qvStringFindCharFromRight( QV_STRING *qvs, QV_INT offset, QV_CHAR ch );
@@ -309,9 +317,9 @@ QV_API QV_VECTOR *qvStringSplitCstr( QV_STRING *qvs, const char *text, QV_INT le
 QV_API QV_VECTOR *qvStringSplitWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length, QV_INT maxParts );
 /** @} */
 
-/** The same between runs of white space, without empty parts; the white space at the ends of `qvs` does not count.
-    The last part allowed keeps its white space, and of the run before it all but the first character. Text of white
-    space only gives one empty part. */
+/** A new Vector of the parts between runs of white space, without empty parts and at most `maxParts` of them; the white
+    space at the ends of `qvs` does not count. The last part allowed keeps its white space, and of the run before it all
+    but the first character. Text of white space only gives one empty part. */
 QV_API QV_VECTOR *qvStringSplitWhitespace( QV_STRING *qvs, QV_INT maxParts );
 
 /* Reading values ------------------------------------------------------------------------------------------------- */

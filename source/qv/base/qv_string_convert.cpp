@@ -177,7 +177,7 @@ char *qvStringConvertToUtf8( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength 
     if( length == 0 )
         return createEncoded( qvCharsConvertToUtf8, qvs, addNull, outLength );
 
-    // A block for ASCII first. Only what stands behind the first other character is encoded twice.
+    // A block for ASCII first. Only what follows the first other character is encoded twice.
     QV_INT null  = addNull ? 1 : 0;
     QV_INT size  = length + null;
     char  *block = static_cast< char * >( qvMemAlloc( size ) );

@@ -118,17 +118,20 @@ void qvStringInsertFormatWcstrArgList(
 
 /* At the ends ---------------------------------------------------------------------------------------------------- */
 
-// A row is a form at the start and at the end: how it inserts, the two names, the parameters and what goes on to the
-// insertion.
+// What follows the first parameter of a form, given in brackets.
+#define LIST( ... ) , __VA_ARGS__
+
+// A row is a form at the start and at the end: how it inserts, the two names, the other parameters and what goes on to
+// the insertion.
 #define AT_ENDS( insert, prepend, append, PARAMETERS, ... )                                                            \
-    void prepend PARAMETERS                                                                                            \
+    void prepend( QV_STRING **dest LIST PARAMETERS )                                                                   \
     {                                                                                                                  \
         QV_CHECK( dest );                                                                                              \
         QV_CHECK( *dest );                                                                                             \
         insert( dest, 0, __VA_ARGS__ );                                                                                \
     }                                                                                                                  \
                                                                                                                        \
-    void append PARAMETERS                                                                                             \
+    void append( QV_STRING **dest LIST PARAMETERS )                                                                    \
     {                                                                                                                  \
         QV_CHECK( dest );                                                                                              \
         QV_CHECK( *dest );                                                                                             \
@@ -137,7 +140,7 @@ void qvStringInsertFormatWcstrArgList(
 
 // The same with arguments that follow the parameter `last`.
 #define AT_ENDS_MORE( insert, prepend, append, PARAMETERS, last, ... )                                                 \
-    void prepend PARAMETERS                                                                                            \
+    void prepend( QV_STRING **dest LIST PARAMETERS )                                                                   \
     {                                                                                                                  \
         QV_CHECK( dest );                                                                                              \
         QV_CHECK( *dest );                                                                                             \
@@ -148,7 +151,7 @@ void qvStringInsertFormatWcstrArgList(
         va_end( argList );                                                                                             \
     }                                                                                                                  \
                                                                                                                        \
-    void append PARAMETERS                                                                                             \
+    void append( QV_STRING **dest LIST PARAMETERS )                                                                    \
     {                                                                                                                  \
         QV_CHECK( dest );                                                                                              \
         QV_CHECK( *dest );                                                                                             \
@@ -161,32 +164,32 @@ void qvStringInsertFormatWcstrArgList(
 
 // clang-format off
 AT_ENDS( qvStringInsertLeading, qvStringPrependLeading, qvStringAppendLeading,
-         ( QV_STRING **dest, QV_STRING *src, QV_INT count ), src, count )
+         ( QV_STRING *src, QV_INT count ), src, count )
 AT_ENDS( qvStringInsertTrailing, qvStringPrependTrailing, qvStringAppendTrailing,
-         ( QV_STRING **dest, QV_STRING *src, QV_INT count ), src, count )
+         ( QV_STRING *src, QV_INT count ), src, count )
 AT_ENDS( qvStringInsertInner, qvStringPrependInner, qvStringAppendInner,
-         ( QV_STRING **dest, QV_STRING *src, QV_INT offset, QV_INT count ), src, offset, count )
+         ( QV_STRING *src, QV_INT offset, QV_INT count ), src, offset, count )
 AT_ENDS( qvStringInsertOuter, qvStringPrependOuter, qvStringAppendOuter,
-         ( QV_STRING **dest, QV_STRING *src, QV_INT offset, QV_INT count ), src, offset, count )
+         ( QV_STRING *src, QV_INT offset, QV_INT count ), src, offset, count )
 AT_ENDS( qvStringInsertChars, qvStringPrependChars, qvStringAppendChars,
-         ( QV_STRING **dest, const QV_CHAR *chs, QV_INT chsLength ), chs, chsLength )
+         ( const QV_CHAR *chs, QV_INT chsLength ), chs, chsLength )
 AT_ENDS( qvStringInsertCstr, qvStringPrependCstr, qvStringAppendCstr,
-         ( QV_STRING **dest, const char *text, QV_INT length ), text, length )
+         ( const char *text, QV_INT length ), text, length )
 AT_ENDS( qvStringInsertWcstr, qvStringPrependWcstr, qvStringAppendWcstr,
-         ( QV_STRING **dest, const wchar_t *text, QV_INT length ), text, length )
-AT_ENDS( qvStringInsertObj, qvStringPrependObj, qvStringAppendObj, ( QV_STRING **dest, QV_OBJ *obj ), obj )
+         ( const wchar_t *text, QV_INT length ), text, length )
+AT_ENDS( qvStringInsertObj, qvStringPrependObj, qvStringAppendObj, ( QV_OBJ *obj ), obj )
 AT_ENDS( qvStringInsertFormatArgList, qvStringPrependFormatArgList, qvStringAppendFormatArgList,
-         ( QV_STRING **dest, QV_STRING *fmt, va_list *argList ), fmt, argList )
+         ( QV_STRING *fmt, va_list *argList ), fmt, argList )
 AT_ENDS( qvStringInsertFormatCstrArgList, qvStringPrependFormatCstrArgList, qvStringAppendFormatCstrArgList,
-         ( QV_STRING **dest, const char *fmt, QV_INT fmtLength, va_list *argList ), fmt, fmtLength, argList )
+         ( const char *fmt, QV_INT fmtLength, va_list *argList ), fmt, fmtLength, argList )
 AT_ENDS( qvStringInsertFormatWcstrArgList, qvStringPrependFormatWcstrArgList, qvStringAppendFormatWcstrArgList,
-         ( QV_STRING **dest, const wchar_t *fmt, QV_INT fmtLength, va_list *argList ), fmt, fmtLength, argList )
+         ( const wchar_t *fmt, QV_INT fmtLength, va_list *argList ), fmt, fmtLength, argList )
 AT_ENDS_MORE( qvStringInsertFormatArgList, qvStringPrependFormat, qvStringAppendFormat,
-              ( QV_STRING **dest, QV_STRING *fmt, ... ), fmt, fmt )
+              ( QV_STRING *fmt, ... ), fmt, fmt )
 AT_ENDS_MORE( qvStringInsertFormatCstrArgList, qvStringPrependFormatCstr, qvStringAppendFormatCstr,
-              ( QV_STRING **dest, const char *fmt, QV_INT fmtLength, ... ), fmtLength, fmt, fmtLength )
+              ( const char *fmt, QV_INT fmtLength, ... ), fmtLength, fmt, fmtLength )
 AT_ENDS_MORE( qvStringInsertFormatWcstrArgList, qvStringPrependFormatWcstr, qvStringAppendFormatWcstr,
-              ( QV_STRING **dest, const wchar_t *fmt, QV_INT fmtLength, ... ), fmtLength, fmt, fmtLength )
+              ( const wchar_t *fmt, QV_INT fmtLength, ... ), fmtLength, fmt, fmtLength )
 // clang-format on
 
 #undef AT_ENDS
@@ -273,15 +276,15 @@ void qvStringDelimitedPrependCharDelimiter( QV_STRING **dest, QV_STRING *src, QV
     qvStringPrepend( dest, src );
 }
 
-// A row is a form of the two texts: what isn't a String yet becomes one for the call.
+// A row is a form of the two texts, with their parameters: what is no String yet becomes one for the call.
 #define DELIMITED( append, prepend, PARAMETERS, SOURCE, DELIMITER )                                                    \
-    void append PARAMETERS                                                                                             \
+    void append( QV_STRING **dest LIST PARAMETERS )                                                                    \
     {                                                                                                                  \
         qv::Ref< QV_STRING > source = SOURCE, separator = DELIMITER;                                                   \
         qvStringDelimitedAppend( dest, source, separator );                                                            \
     }                                                                                                                  \
                                                                                                                        \
-    void prepend PARAMETERS                                                                                            \
+    void prepend( QV_STRING **dest LIST PARAMETERS )                                                                   \
     {                                                                                                                  \
         qv::Ref< QV_STRING > source = SOURCE, separator = DELIMITER;                                                   \
         qvStringDelimitedPrepend( dest, source, separator );                                                           \
@@ -289,23 +292,24 @@ void qvStringDelimitedPrependCharDelimiter( QV_STRING **dest, QV_STRING *src, QV
 
 // clang-format off
 DELIMITED( qvStringDelimitedAppendCstr, qvStringDelimitedPrependCstr,
-           ( QV_STRING **dest, const char *src, QV_INT srcLength, const char *delimiter, QV_INT delimiterLength ),
+           ( const char *src, QV_INT srcLength, const char *delimiter, QV_INT delimiterLength ),
            asString( src, srcLength ), asString( delimiter, delimiterLength ) )
 DELIMITED( qvStringDelimitedAppendCstrSource, qvStringDelimitedPrependCstrSource,
-           ( QV_STRING **dest, const char *src, QV_INT srcLength, QV_STRING *delimiter ),
+           ( const char *src, QV_INT srcLength, QV_STRING *delimiter ),
            asString( src, srcLength ), asString( delimiter ) )
 DELIMITED( qvStringDelimitedAppendCstrDelimiter, qvStringDelimitedPrependCstrDelimiter,
-           ( QV_STRING **dest, QV_STRING *src, const char *delimiter, QV_INT delimiterLength ),
+           ( QV_STRING *src, const char *delimiter, QV_INT delimiterLength ),
            asString( src ), asString( delimiter, delimiterLength ) )
 DELIMITED( qvStringDelimitedAppendWcstr, qvStringDelimitedPrependWcstr,
-           ( QV_STRING **dest, const wchar_t *src, QV_INT srcLength, const wchar_t *delimiter, QV_INT delimiterLength ),
+           ( const wchar_t *src, QV_INT srcLength, const wchar_t *delimiter, QV_INT delimiterLength ),
            asString( src, srcLength ), asString( delimiter, delimiterLength ) )
 DELIMITED( qvStringDelimitedAppendWcstrSource, qvStringDelimitedPrependWcstrSource,
-           ( QV_STRING **dest, const wchar_t *src, QV_INT srcLength, QV_STRING *delimiter ),
+           ( const wchar_t *src, QV_INT srcLength, QV_STRING *delimiter ),
            asString( src, srcLength ), asString( delimiter ) )
 DELIMITED( qvStringDelimitedAppendWcstrDelimiter, qvStringDelimitedPrependWcstrDelimiter,
-           ( QV_STRING **dest, QV_STRING *src, const wchar_t *delimiter, QV_INT delimiterLength ),
+           ( QV_STRING *src, const wchar_t *delimiter, QV_INT delimiterLength ),
            asString( src ), asString( delimiter, delimiterLength ) )
 // clang-format on
 
 #undef DELIMITED
+#undef LIST

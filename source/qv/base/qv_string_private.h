@@ -20,7 +20,7 @@ struct StringRules : SavingRules< QV_STRING_FSPACE, QV_STRING_BSPACE, 64, 64, 1 
 };
 } // namespace qv
 
-/** A block of characters. One that is made with the String stands behind the structure if it isn't large, in one
+/** A block of characters. One that is made with the String follows the structure if it isn't large, in one
     allocation with it. */
 struct QV_STRING : qv::Block< QV_OBJ, qv::StringRules >
 {
@@ -29,7 +29,7 @@ struct QV_STRING : qv::Block< QV_OBJ, qv::StringRules >
 /** The one empty String of qvStringCreate(). */
 extern "C" QV_STRING *qv___StringEmpty;
 
-/** Opens a gap of `count` undefined characters in a String that nobody else holds; gives the gap. */
+/** Opens a gap of `count` undefined characters in a String that nobody else holds; returns the gap. */
 QV_API QV_CHAR *qv___StringMakeRoom( QV_STRING *qvs, QV_INT atIndex, QV_INT count );
 
 /** Gives free places back where an end has more than 64 of them. */

@@ -307,7 +307,7 @@ private:
     QV_INT               waiting_ = 0;
 };
 
-// `find` gives the first separator among so many characters, or -1.
+// `find` returns the index of the first separator among so many characters, or -1.
 template< class Find >
 QV_VECTOR *split( QV_STRING *qvs, QV_INT sepLength, QV_INT maxParts, Find find )
 {

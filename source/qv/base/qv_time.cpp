@@ -8,6 +8,7 @@
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
+#include "qv/sys/qv_order_private.h"
 
 struct QV_TIME : QV_OBJ
 {
@@ -222,8 +223,8 @@ QV_INT compareTimes( QV_OBJ *atA, QV_OBJ *atB )
     for( Field field :
          { &QV_TIME::year, &QV_TIME::month, &QV_TIME::day, &QV_TIME::hour, &QV_TIME::minute, &QV_TIME::second } )
     {
-        if( a->*field != b->*field )
-            return a->*field < b->*field ? -1 : 1;
+        if( QV_INT order = qv::order( a->*field, b->*field ) )
+            return order;
     }
 
     return 0;

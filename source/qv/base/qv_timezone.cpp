@@ -5,53 +5,29 @@
 #include "qv/base/qv_timezone_tables_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_order_private.h"
 
+#include <iterator>
 #include <span>
+#include <string.h>
 
 namespace
 {
 using namespace qv::timezone;
 
-// Compares a String with a text in ASCII: -1, 0 or 1, in the order of Strings.
-int compareNames( QV_STRING *name, const char *other )
-{
-    for( QV_INT i = 0; i < name->length; i++ )
-    {
-        QV_CHAR ch      = qv::chars( name )[i];
-        QV_CHAR otherCh = static_cast< unsigned char >( other[i] );
-
-        // The other name has ended, so the longer one is greater, also when its next character is 0.
-        if( otherCh == 0 )
-            return 1;
-
-        if( ch != otherCh )
-            return ch < otherCh ? -1 : 1;
-    }
-
-    return other[name->length] ? -1 : 0;
-}
-
 // The other name in the row of a name, or null.
 const char *findTranslation( std::span< const Row > rows, QV_STRING *name )
 {
-    size_t low  = 0;
-    size_t high = rows.size();
-
-    while( low < high )
+    auto orderAt = [&]( QV_INT idx )
     {
-        size_t middle = ( low + high ) / 2;
-        int    order  = compareNames( name, names + rows[middle].name );
+        const char *other  = names + rows[idx].name;
+        QV_INT      length = static_cast< QV_INT >( strlen( other ) );
 
-        if( order == 0 )
-            return names + rows[middle].translation;
+        return -qv::order( qv::chars( name ), name->length, reinterpret_cast< const uint8_t * >( other ), length );
+    };
 
-        if( order < 0 )
-            high = middle;
-        else
-            low = middle + 1;
-    }
-
-    return nullptr;
+    auto [idx, found] = qv::bisect( QV_INT( -1 ), std::ssize( rows ), orderAt );
+    return found ? names + rows[idx].translation : nullptr;
 }
 
 QV_STRING *translateName( std::span< const Row > rows, QV_STRING *name )

@@ -9,6 +9,7 @@
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_order_private.h"
 
 #include <algorithm>
 
@@ -51,7 +52,7 @@ void freeVector( QV_OBJ *thisObj )
     vec->freeBlock();
 }
 
-QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
+QV_INT compareVectorsStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
 {
     QV_VECTOR *a      = qvVectorFrom( thisObj );
     QV_VECTOR *b      = qvVectorFrom( thatObj );
@@ -65,10 +66,10 @@ QV_INT compareStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
             return order;
     }
 
-    return ( a->length > b->length ) - ( a->length < b->length );
+    return qv::order( a->length, b->length );
 }
 
-QV_OBJ *textStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
+QV_OBJ *vectorToStringStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
 {
     QV_VECTOR *vec = qvVectorFrom( thisObj );
 
@@ -90,7 +91,8 @@ QV_OBJ *textStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )
 }
 } // namespace
 
-QV___FAMILY_OF_PARTS( Vector, QV_VECTOR, freeVector, qv::compareByParts, qv::textByParts, compareStep, textStep )
+QV___FAMILY_OF_PARTS(
+    Vector, QV_VECTOR, freeVector, qv::compareByParts, qv::textByParts, compareVectorsStep, vectorToStringStep )
 
 void qv___VectorStartup( void )
 {
@@ -131,8 +133,8 @@ QV_OBJ **qv___VectorMakeRoom( QV_VECTOR *vec, QV_INT atIndex, QV_INT count )
     return gap;
 }
 
-// A snapshot of live objects may hold the Vector for a while although its owner is the only one to use it. So only who
-// calls from outside is asked whether it is his own.
+// A snapshot of live objects may hold the Vector for a while although its owner is the only one to use it. So only
+// a caller from outside is asked whether it is the only holder.
 void qv___VectorCompact( QV_VECTOR *vec )
 {
     QV_CHECK( vec );
@@ -641,7 +643,7 @@ void qvVectorShuffle( QV_VECTOR **vec )
     QV_OBJ **objs = qv::objs( *vec );
     QV_INT   last = ( *vec )->length - 1;
 
-    // What is drawn goes behind what has been drawn; the rest keeps its order.
+    // What is drawn goes after what has been drawn; the rest keeps its order.
     for( QV_INT i = 0; i < last; i++ )
     {
         QV_INT  drawn = i + qvRandomNonNegativeIntRange( 0, last - i );

@@ -24,8 +24,8 @@
 
     Costs. Adding and removing at either end cost what is added or removed: the elements move as a whole when the memory
     at that end is used up, each time by a constant part of their number, so that this is little in the long run,
-    whichever ends take turns. Inserting inside moves the shorter side, or all elements; deleting inside what stands
-    behind. Reading an element costs one retain.
+    whichever ends take turns. Inserting inside moves the shorter side, or all elements; deleting inside what
+    follows. Reading an element costs one retain.
 
     Memory. A block grows by 32 free slots at the end, and has 32 at both ends when a gap anywhere else needs a larger
     one. An end with more than 64 free slots makes the Vector give memory back, except that popping the last element
@@ -82,7 +82,7 @@ QV_API QV_OBJ *const *qvVectorBacking( QV_VECTOR *vec );
 /** The element at an index. */
 QV_API QV_OBJ *qvVectorObjAt( QV_VECTOR *vec, QV_INT idx );
 
-/** Its sort, borrowed. */
+/** The sort of the element at an index, borrowed. */
 QV_API QV_SORT *qvVectorSortAt( QV_VECTOR *vec, QV_INT idx );
 
 /** True when every element has that sort; an empty Vector's have. */
@@ -90,7 +90,7 @@ QV_API QV_BOOL qvVectorContainsOnly( QV_VECTOR *vec, QV_SORT *sort );
 
 /** @{ */
 /** The first index at which `obj` itself stands, or with `byCompare` an object that compares equal to it; -1 when
-    there is none. */
+    there is none. Has: whether there is one. Costs a walk through the elements. */
 QV_API QV_INT  qvVectorIndexOfObj( QV_VECTOR *vec, QV_OBJ *obj, QV_BOOL byCompare );
 QV_API QV_BOOL qvVectorHasObj( QV_VECTOR *vec, QV_OBJ *obj, QV_BOOL byCompare );
 /** @} */
@@ -98,7 +98,7 @@ QV_API QV_BOOL qvVectorHasObj( QV_VECTOR *vec, QV_OBJ *obj, QV_BOOL byCompare );
 /* Inserting ------------------------------------------------------------------------------------------------------ */
 
 /** @{ */
-/** Inserts in front of the element at `idx`, or at the end where `idx` is the length.
+/** Inserts before the element at `idx`, or at the end where `idx` is the length.
 
     What goes in: the elements of another Vector or a part of them; an array, of which each element is retained and
     which may lie in the Vector's own block; an object; a boxed value; a String, or a new one of decoded or
@@ -124,7 +124,7 @@ QV_API void qvVectorInsertStringFormatWcstr( QV_VECTOR **vec, QV_INT idx, const 
 /** @} */
 
 /** @{ */
-/** Inserts at the start. */
+/** Inserts at the start what qvVectorInsert...() inserts at an index. */
 QV_API void qvVectorPrepend( QV_VECTOR **vec, QV_VECTOR *src );
 QV_API void qvVectorPrependLeading( QV_VECTOR **vec, QV_VECTOR *src, QV_INT count );
 QV_API void qvVectorPrependTrailing( QV_VECTOR **vec, QV_VECTOR *src, QV_INT count );
@@ -145,7 +145,7 @@ QV_API void qvVectorPrependStringFormatWcstr( QV_VECTOR **vec, const wchar_t *fm
 /** @} */
 
 /** @{ */
-/** Inserts at the end. */
+/** Inserts at the end what qvVectorInsert...() inserts at an index. */
 QV_API void qvVectorAppend( QV_VECTOR **vec, QV_VECTOR *src );
 QV_API void qvVectorAppendLeading( QV_VECTOR **vec, QV_VECTOR *src, QV_INT count );
 QV_API void qvVectorAppendTrailing( QV_VECTOR **vec, QV_VECTOR *src, QV_INT count );
@@ -168,7 +168,8 @@ QV_API void qvVectorAppendStringFormatWcstr( QV_VECTOR **vec, const wchar_t *fmt
 /* Replacing ------------------------------------------------------------------------------------------------------ */
 
 /** @{ */
-/** Replaces the element at `idx`. An index of -1 prepends, one that is the length appends. */
+/** Replaces the element at `idx` by an object or by what a value or a text becomes, as above; the old one is released.
+    An index of -1 prepends, one that is the length appends. */
 QV_API void qvVectorSetObjAt( QV_VECTOR **vec, QV_INT idx, QV_OBJ *obj );
 QV_API void qvVectorSetNullAt( QV_VECTOR **vec, QV_INT idx );
 QV_API void qvVectorSetBoolAt( QV_VECTOR **vec, QV_INT idx, QV_BOOL value );

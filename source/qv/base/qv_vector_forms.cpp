@@ -9,15 +9,18 @@
 
 // The forms of insertion at the ends, and of values and texts anywhere.
 
-// A row is a form at the start and at the end: how it inserts, the two names, the parameters and what goes on to the
-// insertion.
+// What follows the first parameters of a form: none or more, given in brackets.
+#define LIST( ... ) __VA_OPT__(, ) __VA_ARGS__
+
+// A row is a form at the start and at the end: how it inserts, the two names, the other parameters and what goes on to
+// the insertion.
 #define AT_ENDS( insert, prepend, append, PARAMETERS, ... )                                                            \
-    void prepend PARAMETERS                                                                                            \
+    void prepend( QV_VECTOR **vec LIST PARAMETERS )                                                                    \
     {                                                                                                                  \
         insert( vec, 0, __VA_ARGS__ );                                                                                 \
     }                                                                                                                  \
                                                                                                                        \
-    void append PARAMETERS                                                                                             \
+    void append( QV_VECTOR **vec LIST PARAMETERS )                                                                     \
     {                                                                                                                  \
         QV_CHECK( vec );                                                                                               \
         QV_CHECK( *vec );                                                                                              \
@@ -25,27 +28,27 @@
     }
 
 // clang-format off
-AT_ENDS( qvVectorInsert, qvVectorPrepend, qvVectorAppend, ( QV_VECTOR **vec, QV_VECTOR *src ), src )
+AT_ENDS( qvVectorInsert, qvVectorPrepend, qvVectorAppend, ( QV_VECTOR *src ), src )
 AT_ENDS(
     qvVectorInsertLeading, qvVectorPrependLeading, qvVectorAppendLeading,
-    ( QV_VECTOR **vec, QV_VECTOR *src, QV_INT count ), src, count )
+    ( QV_VECTOR *src, QV_INT count ), src, count )
 AT_ENDS(
     qvVectorInsertTrailing, qvVectorPrependTrailing, qvVectorAppendTrailing,
-    ( QV_VECTOR **vec, QV_VECTOR *src, QV_INT count ), src, count )
+    ( QV_VECTOR *src, QV_INT count ), src, count )
 AT_ENDS(
     qvVectorInsertInner, qvVectorPrependInner, qvVectorAppendInner,
-    ( QV_VECTOR **vec, QV_VECTOR *src, QV_INT offset, QV_INT count ), src, offset, count )
+    ( QV_VECTOR *src, QV_INT offset, QV_INT count ), src, offset, count )
 AT_ENDS(
     qvVectorInsertOuter, qvVectorPrependOuter, qvVectorAppendOuter,
-    ( QV_VECTOR **vec, QV_VECTOR *src, QV_INT offset, QV_INT count ), src, offset, count )
+    ( QV_VECTOR *src, QV_INT offset, QV_INT count ), src, offset, count )
 AT_ENDS(
     qvVectorInsertObjs, qvVectorPrependObjs, qvVectorAppendObjs,
-    ( QV_VECTOR **vec, QV_OBJ *const *objs, QV_INT count ), objs, count )
+    ( QV_OBJ *const *objs, QV_INT count ), objs, count )
 // clang-format on
 
 #undef AT_ENDS
 
-// A row is a kind of value: the four names, the parameters, and the object of them, which the Vector takes over.
+// A row is a kind of value: the four names, its parameters, and the object of them, which the Vector takes over.
 #define FORMS( insertForm, prependForm, appendForm, setForm, PARAMETERS, ... )                                         \
     void insertForm( QV_VECTOR **vec, QV_INT idx LIST PARAMETERS )                                                     \
     {                                                                                                                  \
@@ -74,8 +77,6 @@ AT_ENDS(
         QV_CHECK( *vec );                                                                                              \
         qv::setOwned( vec, idx, qv::obj( __VA_ARGS__ ) );                                                              \
     }
-
-#define LIST( ... ) __VA_OPT__(, ) __VA_ARGS__
 
 namespace
 {
@@ -110,8 +111,8 @@ FORMS(
 
 #undef FORMS
 
-// A row is a kind of format: the four names, the parameters, the last of them, and the String that it makes with the
-// arguments behind that.
+// A row is a kind of format: the four names, the parameters, the last of them, and the function that makes the
+// String of them and of the arguments that follow.
 #define FORMATS( insertForm, prependForm, appendForm, setForm, PARAMETERS, last, create, ... )                         \
     void insertForm( QV_VECTOR **vec, QV_INT idx LIST PARAMETERS, ... )                                                \
     {                                                                                                                  \

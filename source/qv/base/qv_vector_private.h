@@ -10,21 +10,30 @@
 
 namespace qv
 {
-/** At the end free slots are used before the block grows, by as many more; anywhere else but in free slots in front, a
-    gap makes a new block. */
+/** At the end free slots are used before the block grows, by 32 more than are needed; anywhere else but in free slots
+    at the front a gap makes a new block. */
 struct VectorRules
 {
     using Unit = QV_OBJ *;
 
-    static constexpr QV_INT UNIT_BITS   = 8 * sizeof( Unit );
-    static constexpr QV_INT MOST_FRONT  = 64;
-    static constexpr QV_INT MOST_BACK   = 64;
-    static constexpr bool   KEEPS_EMPTY = true;
-    static constexpr QV_INT SPARE       = 4;
+    static constexpr QV_INT     UNIT_BITS = 8 * sizeof( Unit );
+    static constexpr QV_INT     MOST      = 64; /**< an end with more free slots gives memory back */
+    static constexpr EmptyBlock EMPTY     = EmptyBlock::CENTERS;
+    static constexpr QV_INT     SPARE     = 4;
 
     static BlockEnds fresh( QV_INT )
     {
         return { QV_VECTOR_FSPACE, QV_VECTOR_BSPACE };
+    }
+
+    static bool givesBack( BlockEnds now, QV_INT )
+    {
+        return now.front > MOST || now.back > MOST;
+    }
+
+    static BlockEnds shrunk( BlockEnds, QV_INT length )
+    {
+        return fresh( length );
     }
 
     static bool fits( BlockEnds now, QV_INT length, QV_INT at, QV_INT count )
@@ -53,7 +62,7 @@ struct QV_VECTOR : qv::Block< QV_OBJ, qv::VectorRules >
 /** The one empty Vector of qvVectorCreate(). */
 extern "C" QV_VECTOR *qv___VectorEmpty;
 
-/** Opens a gap of `count` zeroed slots in a Vector that nobody else holds; gives the gap. The caller fills it. */
+/** Opens a gap of `count` zeroed slots in a Vector that nobody else holds; returns the gap, which the caller fills. */
 QV_API QV_OBJ **qv___VectorMakeRoom( QV_VECTOR *vec, QV_INT atIndex, QV_INT count );
 
 /** Gives free slots back where an end has more than 64 of them. Nobody else may hold the Vector. */

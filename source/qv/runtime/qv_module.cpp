@@ -5,6 +5,7 @@
 #include "qv/runtime/qv_module_version.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_order_private.h"
 
 #include "qv_build_time.h" // made by the build
 
@@ -58,12 +59,12 @@ QV_INT compareModules( QV_OBJ *thisObj, QV_OBJ *thatObj )
     if( thisModule == thatModule )
         return 0;
 
-    int order = strcmp( thisModule->moduleRecord->name, thatModule->moduleRecord->name );
+    QV_INT order = qv::orderCstr( thisModule->moduleRecord->name, thatModule->moduleRecord->name );
 
     if( order == 0 )
         qv___Abort( nullptr, QV___SOURCE, __LINE__, nullptr );
 
-    return order < 0 ? -1 : 1;
+    return order;
 }
 
 QV_STRING *moduleToString( QV_OBJ *thisObj )

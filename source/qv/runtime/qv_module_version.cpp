@@ -4,6 +4,7 @@
 #include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
+#include "qv/sys/qv_order_private.h"
 
 struct QV_MODULE_VERSION : QV_OBJ
 {
@@ -53,11 +54,6 @@ void appendNumber( QV_STRING **qvs, const char *format, QV_INT number, QV_INT in
         qvStringAppendFormatCstr( qvs, "#%i", -1, insert );
 }
 
-QV_INT order( QV_INT a, QV_INT b )
-{
-    return ( a > b ) - ( a < b );
-}
-
 QV_INT compareModuleVersions( QV_OBJ *thisObj, QV_OBJ *thatObj )
 {
     QV_CHECK( thisObj );
@@ -66,16 +62,16 @@ QV_INT compareModuleVersions( QV_OBJ *thisObj, QV_OBJ *thatObj )
     QV_MODULE_VERSION *a = qvModuleVersionFrom( thisObj );
     QV_MODULE_VERSION *b = qvModuleVersionFrom( thatObj );
 
-    if( QV_INT result = order( a->major, b->major ) )
+    if( QV_INT result = qv::order( a->major, b->major ) )
         return result;
 
-    if( QV_INT result = order( a->majorInsert, b->majorInsert ) )
+    if( QV_INT result = qv::order( a->majorInsert, b->majorInsert ) )
         return result;
 
-    if( QV_INT result = order( a->minor, b->minor ) )
+    if( QV_INT result = qv::order( a->minor, b->minor ) )
         return result;
 
-    return order( a->minorInsert, b->minorInsert );
+    return qv::order( a->minorInsert, b->minorInsert );
 }
 
 QV_STRING *moduleVersionToString( QV_OBJ *thisObj )

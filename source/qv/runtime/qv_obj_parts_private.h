@@ -19,7 +19,7 @@
                     return order;
             }
 
-            return ( a->length > b->length ) - ( a->length < b->length );
+            return qv::order( a->length, b->length );
         }
 
         QV_OBJ *textStep( QV_OBJ *thisObj, QV___TEXT_WALK *walk )

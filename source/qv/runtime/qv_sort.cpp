@@ -4,6 +4,7 @@
 #include "qv/base/qv_string.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_order_private.h"
 
 #include <string.h>
 
@@ -20,12 +21,12 @@ QV_INT compareSorts( QV_OBJ *thisObj, QV_OBJ *thatObj )
     if( thisSort == thatSort )
         return 0;
 
-    int order = strcmp( thisSort->name, thatSort->name );
+    QV_INT order = qv::orderCstr( thisSort->name, thatSort->name );
 
     if( order == 0 )
         qv___Abort( nullptr, QV___SOURCE, __LINE__, nullptr );
 
-    return order < 0 ? -1 : 1;
+    return order;
 }
 
 QV_STRING *sortToString( QV_OBJ *thisObj )

@@ -4,8 +4,6 @@
 
 namespace
 {
-const QV_INT FEW = 256; // bytes that are moved without a thought
-
 // Copies or moves the contents to `to`, with the gap in them. Within the same memory, the part that moves onto the
 // place of the other one waits until that has gone.
 void transfer( char *to, const char *from, const qv::BlockChange &change )
@@ -25,60 +23,75 @@ void transfer( char *to, const char *from, const qv::BlockChange &change )
         memmove( to, from, head );
 }
 
-// How much of what is allocated beyond the need goes in front: most of it where the gap is at the start, little where
-// it is at the end, so that the other end is not without any when its turn comes. In steps that keep elements aligned.
-QV_INT shareInFront( QV_INT spare, const qv::BlockChange &change )
+// How much of what is allocated beyond the need goes before the contents: most of it where the gap is at the start,
+// little where it is at the end, so that the other end is not without any when its turn comes.
+QV_INT shareBefore( QV_INT spare, const qv::BlockKind &kind, const qv::BlockChange &change )
 {
     QV_INT quarter = spare / 4;
     QV_INT share   = change.at == change.length ? quarter : change.at == 0 ? spare - quarter : spare / 2;
 
-    return share & ~QV_INT( 15 );
+    return share - share % kind.step;
+}
+
+// An allocation without the head of the owner's, and back.
+char *allocateMemory( const qv::BlockKind &kind, QV_INT size )
+{
+    return static_cast< char * >( qvMemAlloc( kind.head + size ) ) + kind.head;
+}
+
+void freeMemory( const qv::BlockKind &kind, char *memory )
+{
+    if( memory )
+        qvMemFree( memory - kind.head );
+}
+
+// What has to be allocated after a change, at least.
+QV_INT needOf( const qv::BlockChange &change )
+{
+    return change.front + change.length + change.count + change.back;
+}
+
+bool isAtHome( const qv::BlockMemory *block )
+{
+    return block->memory && block->memory == block->home;
+}
+
+// The object's own memory is taken again where there is no gap to fill it up.
+bool comesHome( const qv::BlockMemory *block, const qv::BlockChange &change )
+{
+    return !isAtHome( block ) && needOf( change ) <= block->homeSize && ( change.count == 0 || !block->memory );
+}
+
+// True if the contents go to other memory, though they would have room: what is too large is given back.
+bool leavesMemory( const qv::BlockMemory *block, const qv::BlockChange &change )
+{
+    return !block->memory || comesHome( block, change ) || ( !isAtHome( block ) && block->size > change.most );
 }
 } // namespace
 
-void qv::changeBlock( BlockMemory *block, const BlockChange &change )
+void qv::changeBlock( BlockMemory *block, const BlockKind &kind, const BlockChange &change )
+{
+    QV_INT before = block->memory ? block->first - block->memory : 0;
+    QV_INT after  = block->size - before - change.length;
+
+    if( leavesMemory( block, change ) || !openBlockGap( &block->first, before, after, change ) )
+        moveBlock( block, kind, change );
+}
+
+void qv::moveBlock( BlockMemory *block, const BlockKind &kind, const BlockChange &change )
 {
     QV_INT length = change.length;
-    QV_INT at     = change.at;
-    QV_INT tail   = length - at;
-    QV_INT need   = change.front + length + change.count + change.back;
+    QV_INT tail   = length - change.at;
+    QV_INT need   = needOf( change );
     QV_INT before = block->memory ? block->first - block->memory : 0;
-    QV_INT behind = block->size - before - length;
-    bool   home   = block->memory && block->memory == block->home;
-
-    // What is too large is given back, and the object's own memory is taken again where there is no gap to fill it up.
-    bool comesHome = !home && need <= block->homeSize && ( change.count == 0 || !block->memory );
-    bool leaves    = !block->memory || comesHome || ( !home && block->size / 2 > need );
-
-    if( !leaves )
-    {
-        // One side of the gap moves, unless that is much more than the other.
-        QV_INT most     = 2 * std::min( at, tail ) + FEW;
-        bool   tailUp   = tail <= most && before >= change.front && behind >= change.back + change.count;
-        bool   headDown = at <= most && before >= change.front + change.count && behind >= change.back;
-
-        if( tailUp && ( !headDown || tail <= at ) )
-        {
-            char *gap = block->first + at;
-            takeFree( gap + tail, change.count );
-            memmove( gap + change.count, gap, static_cast< size_t >( tail ) );
-            return;
-        }
-
-        if( headDown )
-        {
-            char *first = block->first - change.count;
-            takeFree( first, change.count );
-            memmove( first, block->first, static_cast< size_t >( at ) );
-            block->first = first;
-            return;
-        }
-    }
+    QV_INT after  = block->size - before - length;
+    bool   home   = isAtHome( block );
+    bool   leaves = leavesMemory( block, change );
 
     if( block->memory )
     {
         takeFree( block->memory, before );
-        takeFree( block->first + length, behind );
+        takeFree( block->first + length, after );
     }
 
     QV_INT left  = block->size - need;
@@ -86,39 +99,46 @@ void qv::changeBlock( BlockMemory *block, const BlockChange &change )
     char  *was   = block->memory;
     char  *to;
 
-    if( !leaves && left >= ( length <= FEW ? 0 : change.spare / 2 ) )
+    if( !leaves && left >= ( length <= FEW_BLOCK_BYTES ? 0 : change.spare / 2 ) )
     {
         // Within the memory. What is moved has that much room then before it is moved again.
-        to = block->memory + change.front + shareInFront( left, change );
+        to = block->memory + change.front + shareBefore( left, kind, change );
         transfer( to, block->first, change );
     }
-    else if( comesHome )
+    else if( comesHome( block, change ) )
     {
         takeFree( block->home, block->homeSize );
         to = block->home + change.front;
         transfer( to, block->first, change );
         block->memory = block->home;
         block->size   = block->homeSize;
-        qvMemFree( was );
+        freeMemory( kind, was );
     }
-    else if( spare > 0 && !home && tail == 0 && before >= change.front && before - change.front <= spare / 2 )
+    else if(
+        spare > 0 && !home && block->size >= kind.extended && tail == 0 && before >= change.front
+        && before - change.front <= spare / 2 )
     {
         // At the end the C library may extend the memory where it is.
-        block->size   = before + length + change.count + change.back + spare;
-        block->memory = static_cast< char * >( qvMemRealloc( block->memory, block->size ) );
-        to            = block->memory + before;
+        block->size = before + length + change.count + change.back + spare;
+        block->memory =
+            static_cast< char * >( qvMemRealloc( block->memory - kind.head, kind.head + block->size ) ) + kind.head;
+        to = block->memory + before;
     }
     else
     {
-        block->memory = static_cast< char * >( qvMemAlloc( need + spare ) );
-        block->size   = need + spare;
-        to            = block->memory + change.front + shareInFront( spare, change );
+        block->memory = allocateMemory( kind, need + spare );
+
+        if( was && kind.head > 0 )
+            memcpy( block->memory - kind.head, was - kind.head, static_cast< size_t >( kind.head ) );
+
+        block->size = need + spare;
+        to          = block->memory + change.front + shareBefore( spare, kind, change );
         transfer( to, block->first, change );
 
         if( home )
             markFree( block->home, static_cast< size_t >( block->homeSize ) );
         else
-            qvMemFree( was );
+            freeMemory( kind, was );
     }
 
     block->first = to;

@@ -1,19 +1,24 @@
 /** @file
-    The block with free places at both ends: what String, Buffer and Vector keep their contents in.
+    The block with free places at both ends: what String, Buffer, Vector and RangeMap keep their contents in, and each
+    run of a Dict.
 
-    Two sizes. What a family declares to the object frame follows the family's rules to the place: so many free units in
-    front of the contents and behind them. What is really allocated is this file's business: more than is declared, so
+    Two sizes. What a family declares to the object frame follows the family's rules to the place: so many free units
+    before the contents and after them. What is really allocated is this file's business: more than is declared, so
     that contents which grow or shrink at an end are moved once for a constant part of their length and not at each step
     of the rules. Both sizes change here and nowhere else. The declared block always lies within the allocated one, so
     that a free unit that is declared can be written without a further look.
+
+    Two layers. changeBlock() and its parts own the allocation and the move, in bytes; they know nothing of declared
+    sizes. Block is an object with contents of one type and a declared size. A run of a Dict stands on the first layer
+    only: it is no object, and what a Dict declares is one number for all of its runs.
 
     Costs. A change at an end moves nothing as a rule. The contents move when the memory at that end is used up: each
     time a part of the length that SPARE tells becomes free for what comes. A change inside moves the shorter side, as
     long as there is memory. What is allocated is at most twice what is declared; memory that came with the object stays
     with it, and is used again as soon as the contents have shrunk into it.
 
-    Builds with assertions look at each change whether what is declared is there, and keep free memory filled with a
-    pattern, and poisoned under AddressSanitizer: whoever writes into it without taking it first is found there. */
+    Builds with assertions check after each change that what is declared is there, and keep free memory filled with a
+    pattern, and poisoned under AddressSanitizer: code that writes into it without taking it first is found there. */
 
 #ifndef QV_BLOCK_PRIVATE_H
 #define QV_BLOCK_PRIVATE_H
@@ -22,41 +27,52 @@
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
 
+#include <algorithm>
 #include <stdint.h>
 #include <string.h>
+#include <utility>
 
 namespace qv
 {
-/** Free units in front of contents and behind them. */
+/** Free units before contents and after them. */
 struct BlockEnds
 {
     QV_INT front;
     QV_INT back;
 };
 
+/** What all blocks of a family have in common, in bytes. */
+struct BlockKind
+{
+    QV_INT head;     /**< of the owner's, in the same allocation before the memory */
+    QV_INT step;     /**< contents go to another place by multiples of that, which keeps them aligned */
+    QV_INT extended; /**< memory of that size and more is extended where it is, if the C library can */
+};
+
 /** Memory of a block, in bytes. */
 struct BlockMemory
 {
-    char  *memory;   /**< what is allocated, or null */
-    QV_INT size;     /**< how much that is */
+    char  *memory;   /**< what is allocated, after the head, or null */
+    QV_INT size;     /**< how much that is, without the head */
     char  *first;    /**< where the contents start in it */
     char  *home;     /**< memory that came with the object, or null */
     QV_INT homeSize; /**< how much that is */
 };
 
-/** What contents in a block become, in bytes. */
+/** What contents in a block become; in bytes, unless a function tells another unit. */
 struct BlockChange
 {
     QV_INT length; /**< of the contents before */
     QV_INT at;     /**< where a gap opens in them */
     QV_INT count;  /**< how long it is */
-    QV_INT front;  /**< what has to be free in front afterwards, at least */
-    QV_INT back;   /**< and behind */
+    QV_INT front;  /**< what has to be free before them afterwards, at least */
+    QV_INT back;   /**< and after them */
     QV_INT spare;  /**< what to allocate beyond that, if something has to be allocated */
+    QV_INT most;   /**< memory larger than that is given back; not below what is needed */
 };
 
-/** Moves the contents, within the memory or to another allocation, so that the change is made. */
-void changeBlock( BlockMemory *block, const BlockChange &change );
+/** Contents of so few bytes are moved whatever it saves. */
+const QV_INT FEW_BLOCK_BYTES = 256;
 
 /** Makes free memory accessible that is about to be used. In builds with assertions it has to be as it was left. */
 inline void takeFree( [[maybe_unused]] void *memory, [[maybe_unused]] QV_INT bytes )
@@ -69,20 +85,84 @@ inline void takeFree( [[maybe_unused]] void *memory, [[maybe_unused]] QV_INT byt
 #endif
 }
 
+/** Opens a gap in contents where moving one side of them does it: in units of T, `before` and `after` the contents so
+    much is free, and one side is not much longer than the other. False where nothing was done. */
+template< class T >
+inline bool openBlockGap( T **first, QV_INT before, QV_INT after, const BlockChange &change )
+{
+    QV_INT at   = change.at;
+    QV_INT tail = change.length - at;
+    bool   up   = before >= change.front && after >= change.back + change.count;
+    bool   down = before >= change.front + change.count && after >= change.back;
+    bool   goUp = tail <= at;
+
+    if( !( goUp ? up : down ) )
+    {
+        // There is no room for the shorter side.
+        goUp        = !goUp;
+        QV_INT most = 2 * std::min( at, tail ) + FEW_BLOCK_BYTES / QV_INT( sizeof( T ) );
+
+        if( !( goUp ? up : down ) || std::max( at, tail ) > most )
+            return false;
+    }
+
+    T *start = *first;
+
+    if( goUp )
+    {
+        T *gap = start + at;
+        takeFree( gap + tail, change.count * QV_INT( sizeof( T ) ) );
+        memmove( gap + change.count, gap, static_cast< size_t >( tail ) * sizeof( T ) );
+    }
+    else
+    {
+        *first = start - change.count;
+        takeFree( *first, change.count * QV_INT( sizeof( T ) ) );
+        memmove( *first, start, static_cast< size_t >( at ) * sizeof( T ) );
+    }
+
+    return true;
+}
+
+/** Makes a change: by openBlockGap() if that does it, else by moveBlock(). Costs what moves. */
+void changeBlock( BlockMemory *block, const BlockKind &kind, const BlockChange &change );
+
+/** Makes a change by moving all contents, within the memory or to another allocation. Where there is no memory the
+    process ends. */
+void moveBlock( BlockMemory *block, const BlockKind &kind, const BlockChange &change );
+
+/** What a block does when its last unit is dropped. */
+enum class EmptyBlock
+{
+    GOES,    /**< it is given back if it has too much free, else it stays */
+    CENTERS, /**< it stays, with as many free units before as after */
+    SHRINKS, /**< as with units in it */
+};
+
 /** The rules of a family that uses all free units before its block grows. `ROUND` is the number of units to which sizes
     are rounded up. */
-template< QV_INT FRONT, QV_INT BACK, QV_INT MOST_FRONT_, QV_INT MOST_BACK_, QV_INT ROUND >
+template< QV_INT FRONT, QV_INT BACK, QV_INT MOST_FRONT, QV_INT MOST_BACK, QV_INT ROUND >
 struct SavingRules
 {
-    static constexpr QV_INT MOST_FRONT  = MOST_FRONT_; /**< an end with more free units gives memory back */
-    static constexpr QV_INT MOST_BACK   = MOST_BACK_;
-    static constexpr bool   KEEPS_EMPTY = false; /**< a block without contents keeps its size */
-    static constexpr QV_INT SPARE       = 2;     /**< one part in so many is allocated beyond the need */
+    static constexpr EmptyBlock EMPTY = EmptyBlock::GOES;
+    static constexpr QV_INT     SPARE = 2; /**< one part in so many is allocated beyond the need */
 
     /** The ends of a new block. */
     static BlockEnds fresh( QV_INT length )
     {
-        return { FRONT, behind( FRONT + length ) };
+        return { FRONT, backOf( FRONT + length ) };
+    }
+
+    /** True if there is too much free. */
+    static bool givesBack( BlockEnds now, QV_INT )
+    {
+        return now.front > MOST_FRONT || now.back > MOST_BACK;
+    }
+
+    /** The ends after that was given back. */
+    static BlockEnds shrunk( BlockEnds, QV_INT length )
+    {
+        return fresh( length );
     }
 
     /** True if a gap needs no larger block. */
@@ -91,13 +171,13 @@ struct SavingRules
         return at > 0 && at == length ? now.back >= count : now.front + now.back >= count;
     }
 
-    /** What is free behind afterwards where a block grows at its end. */
+    /** What is free after the contents where a block has grown at its end. */
     static QV_INT backGrown( BlockEnds now, QV_INT length, QV_INT count )
     {
-        return behind( now.front + length + count );
+        return backOf( now.front + length + count );
     }
 
-    /** The ends after a gap was opened. A block that has to grow at its end grows there, whatever is free in front. */
+    /** The ends after a gap was opened. A block that has to grow at its end grows there, whatever is free before. */
     static BlockEnds grown( BlockEnds now, QV_INT length, QV_INT at, QV_INT count, bool hasBlock )
     {
         if( !hasBlock )
@@ -117,7 +197,7 @@ struct SavingRules
 
         if( at > 0 && now.front + now.back >= count )
         {
-            // What is behind goes as far as it is whole, the rest comes from the front.
+            // What is free at the back goes as far as it is whole, the rest comes from the front.
             QV_INT back = now.back - now.back % ROUND;
             return { now.front - ( count - back ), now.back - back };
         }
@@ -126,15 +206,15 @@ struct SavingRules
     }
 
 private:
-    static QV_INT behind( QV_INT used )
+    static QV_INT backOf( QV_INT used )
     {
         return BACK + ( ROUND - ( used + BACK ) % ROUND ) % ROUND;
     }
 };
 
 /** An object with a block. `Header` is the object's, with the field that takes the declared size; `Rules` tells the
-    type in memory, the bits of a unit and how the declared block grows. Counts are in units. Whoever changes a block is
-    alone with the object. */
+    type in memory, the bits of a unit and how the declared block grows and shrinks. Counts are in units. A thread that
+    changes a block is alone with the object. */
 template< class Header, class Rules >
 struct Block : Header
 {
@@ -143,8 +223,8 @@ struct Block : Header
     static constexpr int HOME_BITS = 10;
 
     QV_INT   length; /**< units of the contents */
-    QV_INT   fspace; /**< units that are declared free in front of them */
-    QV_INT   bspace; /**< and behind them */
+    QV_INT   fspace; /**< units that are declared free before them */
+    QV_INT   bspace; /**< and after them */
     Unit    *first;  /**< the contents; null without a block */
     Unit    *memory; /**< what is allocated, or null; null also around memory of somebody else's */
     uint64_t sizes;  /**< bytes of that, and in the low HOME_BITS the elements of memory that came with the object */
@@ -155,7 +235,7 @@ struct Block : Header
         initEmpty( 0 );
     }
 
-    /** A first block, of undefined contents: in memory that came with the object and stands behind it, of so many
+    /** A first block, of undefined contents: in memory that came with the object and follows it, of so many
         elements, where there is such, else of its own. All of it is declared. */
     void initBlock( QV_INT homeElements, QV_INT units, BlockEnds ends )
     {
@@ -197,8 +277,8 @@ struct Block : Header
         return memory && Rules::fits( { fspace, bspace }, length, at, count );
     }
 
-    /** Opens a gap of `count` undefined units, above 0, and gives where its first byte is. A gap that is not at the end
-        starts and ends on whole bytes. */
+    /** Opens a gap of `count` undefined units, above 0, and returns where its first byte is. A gap that is not at the
+        end starts and ends on whole bytes. */
     Unit *openGap( QV_INT at, QV_INT count )
     {
         if( length > 0 && at == length && bspace >= count )
@@ -212,8 +292,8 @@ struct Block : Header
         return first + elementsOf( at );
     }
 
-    /** Takes some of the free units behind the contents, which the caller knows to be declared. Gives the byte that the
-        first of them is in. */
+    /** Takes some of the free units after the contents, which the caller knows to be declared. Returns the byte that
+        the first of them is in. */
     Unit *takeBack( QV_INT count )
     {
         QV_ASSERT( count <= bspace );
@@ -227,7 +307,7 @@ struct Block : Header
         return gap;
     }
 
-    /** Free bytes behind the contents, up to one that is declared, may be written from here on until closeFree(),
+    /** Free bytes after the contents, up to one that is declared, may be written from here on until closeFree(),
         though they are not taken. */
     void openFree( [[maybe_unused]] Unit *upTo )
     {
@@ -243,7 +323,7 @@ struct Block : Header
             markFree( endOfContents(), static_cast< size_t >( bytePlace( upTo ) - endOfContents() ) );
     }
 
-    /** The same in front, of whole bytes. */
+    /** Takes free units before the contents, of whole bytes. */
     Unit *takeFront( QV_INT count )
     {
         QV_ASSERT( count <= fspace );
@@ -260,7 +340,7 @@ struct Block : Header
         the memory is there. There are contents, and they are the object's own. */
     bool stretch( QV_INT count )
     {
-        QV_INT room = unitsBehind();
+        QV_INT room = unitsAfter();
 
         if( count > room )
             return false;
@@ -300,7 +380,7 @@ struct Block : Header
             markFree( endOfContents(), static_cast< size_t >( was - endOfContents() ) );
     }
 
-    /** Deletes whole bytes inside; what is behind moves down. */
+    /** Deletes whole bytes inside; what follows moves down. */
     void dropInside( QV_INT at, QV_INT count )
     {
         char *gap = bytePlace( first ) + bytesOf( at );
@@ -311,7 +391,9 @@ struct Block : Header
     /** Gives memory back as the rules tell. To be called when units were dropped. */
     void compact()
     {
-        if( __builtin_expect( fspace > Rules::MOST_FRONT || bspace > Rules::MOST_BACK || length == 0, 0 ) )
+        bool centers = Rules::EMPTY == EmptyBlock::CENTERS && length == 0;
+
+        if( __builtin_expect( Rules::givesBack( { fspace, bspace }, length ) || centers, 0 ) )
             compactNow();
 
         check();
@@ -320,34 +402,21 @@ struct Block : Header
     /** Declares the ends of a new block. */
     void refresh()
     {
-        BlockEnds ends  = Rules::fresh( length );
-        QV_INT    bytes = bytesOf( ends.front + length + ends.back );
-
-        if( bytePlace( first ) - bytePlace( memory ) < bytesOf( ends.front ) || unitsBehind() < ends.back
-            || ( size() / 2 > bytes && !isHome() ) )
-        {
-            reshape( 0, 0, ends );
-            return;
-        }
-
-        fspace = ends.front;
-        bspace = ends.back;
-        account();
-        check();
+        declare( Rules::fresh( length ) );
     }
 
-    /** Exchanges the blocks of two objects that have no memory of their own behind them. */
+    /** Exchanges the blocks of two objects that no memory of their own follows. */
     void swapBlock( Block *other )
     {
         QV_ASSERT( !home() && !other->home() );
 
-        swap( sizes, other->sizes );
-        swap( length, other->length );
-        swap( fspace, other->fspace );
-        swap( bspace, other->bspace );
-        swap( first, other->first );
-        swap( memory, other->memory );
-        swap( this->dbgAllocationSize, other->dbgAllocationSize );
+        std::swap( sizes, other->sizes );
+        std::swap( length, other->length );
+        std::swap( fspace, other->fspace );
+        std::swap( bspace, other->bspace );
+        std::swap( first, other->first );
+        std::swap( memory, other->memory );
+        std::swap( this->dbgAllocationSize, other->dbgAllocationSize );
     }
 
     /** The bytes at `memory`. */
@@ -356,7 +425,7 @@ struct Block : Header
         return static_cast< QV_INT >( sizes >> HOME_BITS );
     }
 
-    /** The elements that memory behind the object has room for. */
+    /** The elements that memory which follows the object has room for. */
     QV_INT home() const
     {
         return static_cast< QV_INT >( sizes & ( ( 1 << HOME_BITS ) - 1 ) );
@@ -369,7 +438,7 @@ struct Block : Header
         return offset < static_cast< uintptr_t >( size() );
     }
 
-    /** Looks whether what is declared is there, in builds with assertions. */
+    /** Checks that what is declared is there, in builds with assertions. */
     void check() const
     {
 #if QV___ASSERTIONS
@@ -387,8 +456,9 @@ struct Block : Header
     }
 
 private:
-    static constexpr QV_INT UNIT_BITS    = Rules::UNIT_BITS;
-    static constexpr QV_INT ELEMENT_BITS = 8 * sizeof( Unit );
+    static constexpr QV_INT    UNIT_BITS    = Rules::UNIT_BITS;
+    static constexpr QV_INT    ELEMENT_BITS = 8 * sizeof( Unit );
+    static constexpr BlockKind KIND         = { 0, sizeof( Unit ) < 16 ? 16 : sizeof( Unit ), 0 };
 
     // Units in bytes, rounded up.
     static QV_INT bytesOf( QV_INT units )
@@ -408,14 +478,6 @@ private:
     static char *bytePlace( Unit *place )
     {
         return reinterpret_cast< char * >( place );
-    }
-
-    template< class T >
-    static void swap( T &a, T &b )
-    {
-        T old = a;
-        a     = b;
-        b     = old;
     }
 
     Unit *homeMemory() const
@@ -449,8 +511,8 @@ private:
         setSize( 0, homeElements );
     }
 
-    // How many units behind the contents there is memory for.
-    QV_INT unitsBehind() const
+    // How many units after the contents there is memory for.
+    QV_INT unitsAfter() const
     {
         return ( size() - ( bytePlace( first ) - bytePlace( memory ) ) ) * 8 / UNIT_BITS - length;
     }
@@ -460,11 +522,35 @@ private:
         return bytePlace( first ) + bytesOf( length );
     }
 
-    // Declares the block. Who changes it is alone with the object, so that a plain store does what
+    // Accounts for the block. A thread that changes it is alone with the object, so that a plain store does what
     // qv___ObjDbgSetAllocationSize() does with a locked instruction.
     void account()
     {
         __atomic_store_n( &this->dbgAllocationSize, bytesOf( fspace + length + bspace ), __ATOMIC_RELAXED );
+    }
+
+    // Declares other ends around contents that stay.
+    void declare( BlockEnds ends )
+    {
+        QV_INT bytes = bytesOf( ends.front + length + ends.back );
+
+        if( bytePlace( first ) - bytePlace( memory ) < bytesOf( ends.front ) || unitsAfter() < ends.back
+            || ( size() > mostFor( bytes ) && !isHome() ) )
+        {
+            reshape( 0, 0, ends );
+            return;
+        }
+
+        fspace = ends.front;
+        bspace = ends.back;
+        account();
+        check();
+    }
+
+    // What may be allocated at most where so much is declared: twice as much, rounded up.
+    static QV_INT mostFor( QV_INT bytes )
+    {
+        return bytes > QV_INT_MAX / 2 ? QV_INT_MAX : 2 * bytes + 1;
     }
 
     void placeBlock( Unit *block, QV_INT bytes, QV_INT homeElements, QV_INT units, BlockEnds ends )
@@ -496,7 +582,9 @@ private:
         BlockMemory block = {
             bytePlace( memory ), size(), bytePlace( first ), home() ? bytePlace( homeMemory() ) : nullptr, homeSize() };
 
-        changeBlock( &block, { old, bytesOf( at ), all - old, front, bytes - front - all, bytes / Rules::SPARE } );
+        changeBlock(
+            &block, KIND,
+            { old, bytesOf( at ), all - old, front, bytes - front - all, bytes / Rules::SPARE, mostFor( bytes ) } );
 
         memory = reinterpret_cast< Unit * >( block.memory );
         setSize( block.size, home() );
@@ -510,18 +598,14 @@ private:
 
     [[gnu::noinline]] void compactNow()
     {
-        if( length == 0 && Rules::KEEPS_EMPTY )
+        if( Rules::EMPTY == EmptyBlock::CENTERS && length == 0 )
         {
             QV_INT space = fspace + bspace;
             first += space / 2 - fspace;
             fspace = space / 2;
             bspace = space - fspace;
         }
-        else if( fspace <= Rules::MOST_FRONT && bspace <= Rules::MOST_BACK )
-        {
-            return;
-        }
-        else if( length == 0 )
+        else if( Rules::EMPTY == EmptyBlock::GOES && length == 0 )
         {
             freeBlock();
             initEmpty( home() );
@@ -529,7 +613,7 @@ private:
         }
         else
         {
-            refresh();
+            declare( Rules::shrunk( { fspace, bspace }, length ) );
         }
     }
 };

@@ -5,6 +5,7 @@
 #include "qv/sys/qv_abort.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem_private.h"
+#include "qv/sys/qv_order_private.h"
 
 #include <stdlib.h>
 #include <string.h>
@@ -143,9 +144,7 @@ QV_INT qvMemCompare( const void *a, const void *b, QV_INT size )
     QV_CHECK( size == 0 || b );
     QV_CHECK( QV_INT_TO_SIZET_CONV_OK( size ) );
 
-    int order = size ? memcmp( a, b, (size_t)size ) : 0;
-
-    return ( order > 0 ) - ( order < 0 );
+    return qv::orderBytes( a, b, (size_t)size );
 }
 
 QV_INT qvMemCompareN( const void *a, const void *b, QV_INT count, QV_INT size )

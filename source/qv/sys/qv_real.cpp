@@ -1,4 +1,5 @@
 #include "qv/sys/qv_real.h"
+#include "qv/sys/qv_order_private.h"
 
 #include <float.h>
 #include <math.h>
@@ -25,7 +26,7 @@ QV_BOOL qvRealEquals( QV_REAL a, QV_REAL b )
 
 QV_INT qvRealCompare( QV_REAL a, QV_REAL b )
 {
-    return qvRealEquals( a, b ) ? 0 : a < b ? -1 : 1;
+    return qv::order( a, b );
 }
 
 QV_REAL qvRealTrunc( QV_REAL x )
