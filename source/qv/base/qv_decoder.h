@@ -73,6 +73,7 @@ QV_API QV_BOOL qvDecoderTryReadByte( QV_DECODER *dec, uint8_t *dest );
 /** A byte other than 00 and 01 is an error. */
 QV_API QV_BOOL qvDecoderTryDecodeBool( QV_DECODER *dec, QV_BOOL *value );
 
+/** An Int. One that does not fit is an error. */
 QV_API QV_BOOL qvDecoderTryDecodeInt( QV_DECODER *dec, QV_INT *value );
 
 /** @{ */
@@ -87,6 +88,7 @@ QV_API QV_BOOL qvDecoderTryDecodeString( QV_DECODER *dec, QV_STRING **value );
 QV_API QV_BOOL qvDecoderTryDecodeBuffer( QV_DECODER *dec, QV_BUFFER **value );
 /** @} */
 
+/** A document in its binary form. */
 QV_API QV_BOOL qvDecoderTryDecodeStore( QV_DECODER *dec, QV_STORE **value );
 
 /** A new Vector of Strings. A negative number of elements gives an empty one. */

@@ -1,5 +1,5 @@
 /** @file
-    Encoder: values one behind the other as bytes, for a Decoder that reads them in the same order.
+    Encoder: values one after the other as bytes, for a Decoder that reads them in the same order.
 
         QV_ENCODER *enc = qvEncoderCreate();
         qvEncoderEncodeInt( enc, 8080 );
@@ -13,7 +13,7 @@
         Int             the number of digits, 0 to 8, with bit 7 set for a negative value; then the digits of the
                         magnitude to the base 256, most significant first
         Char            below U+0080 1 byte; else 3, the code point most significant byte first with bit 23 set
-        Chars           one Char behind the other, without their number
+        Chars           one Char after the other, without their number
         String          Int, the number of characters; then the Chars
         Buffer          Int, the number of bytes; then the bytes
         StringVector    Int, the number of elements; then each as String
@@ -70,23 +70,29 @@ QV_API void qvEncoderWriteEncoder( QV_ENCODER *enc, QV_ENCODER *src );
 
 /* Values --------------------------------------------------------------------------------------------------------- */
 
+/** A Bool; everything but 0 counts as true. */
 QV_API void qvEncoderEncodeBool( QV_ENCODER *enc, QV_BOOL value );
+
+/** An Int, any value. */
 QV_API void qvEncoderEncodeInt( QV_ENCODER *enc, QV_INT value );
 
-/** A value of 0x110000 or above ends the process. */
+/** A Char. A value of 0x110000 or above ends the process. */
 QV_API void qvEncoderEncodeChar( QV_ENCODER *enc, QV_CHAR value );
 
-/** `values` may be null if there are none. */
+/** Chars, without their number. A negative number, null with another number than 0, and a value of 0x110000 or above
+    end the process. */
 QV_API void qvEncoderEncodeChars( QV_ENCODER *enc, const QV_CHAR *values, QV_INT valuesLength );
 
+/** A String. */
 QV_API void qvEncoderEncodeString( QV_ENCODER *enc, QV_STRING *qvs );
 
-/** The Buffer must be a whole number of bytes long. */
+/** A Buffer. One that is not a whole number of bytes long ends the process. */
 QV_API void qvEncoderEncodeBuffer( QV_ENCODER *enc, QV_BUFFER *buf );
 
+/** A document in its binary form. */
 QV_API void qvEncoderEncodeStore( QV_ENCODER *enc, QV_STORE *store );
 
-/** The elements may be objects of any kind; their texts are written. */
+/** A StringVector. The elements may be objects of any kind; their texts are written. */
 QV_API void qvEncoderEncodeStringVector( QV_ENCODER *enc, QV_VECTOR *vec );
 
 /** @{ */

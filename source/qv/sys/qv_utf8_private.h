@@ -3,10 +3,10 @@
 
     A sequence is good if its first byte demands as many following ones as there are, and its value is below 0x110000.
     Overlong forms and surrogates are good here. What becomes of anything else differs from caller to caller, so nothing
-    here decides it: the loops over long runs stop in front of it.
+    here decides it: the loops over long runs stop before it.
 
-    Every loop runs on kernels: plain code, and code for the vectors of the processor where it has them. All give the
-    same. Nothing here has state but the choice of the kernel, so any thread may call. */
+    Every loop runs on kernels: plain code, and code for the vectors of the processor where it has them; which of them run
+    is chosen in qv_vectors_private.h. All give the same result. Nothing here has state, so any thread may call. */
 
 #ifndef QV_UTF8_PRIVATE_H
 #define QV_UTF8_PRIVATE_H
@@ -58,7 +58,7 @@ inline QV_INT length( QV_CHAR ch )
     return 1 + ( ch >= 0x80 ) + ( ch >= 0x800 ) + ( ch >= 0x10000 );
 }
 
-/** Writes a character, which is below 0x110000. Gives the number of bytes; there is room for them. */
+/** Writes a character, which is below 0x110000. Returns the number of bytes; there is room for them. */
 inline QV_INT put( QV_CHAR ch, uint8_t *out )
 {
     if( ch < 0x80 )
@@ -89,7 +89,7 @@ inline QV_INT put( QV_CHAR ch, uint8_t *out )
     return 4;
 }
 
-/** Reads the sequence at `in`, which is in front of `end`, if it is good. Gives the number of its bytes, or 0. */
+/** Reads the sequence at `in`, which is before `end`, if it is good. Returns the number of its bytes, or 0. */
 inline QV_INT take( const uint8_t *in, const uint8_t *end, QV_CHAR *ch )
 {
     int     more  = following( *in );
@@ -131,20 +131,20 @@ struct Encoded
 };
 
 /** Decodes good sequences until the bytes or the room end or something else comes, and tells how far it got. Nothing
-    behind that place is written. */
+    after that place is written. */
 Decoded decode( const uint8_t *in, const uint8_t *inEnd, QV_CHAR *out, QV_CHAR *outEnd );
 
 /** Counts the characters that decode() gives with any room. */
 Counted count( const uint8_t *in, const uint8_t *inEnd );
 
-/** Encodes until the characters end, one is 0x110000 or above, or the next one does not fit. Behind the place that it
+/** Encodes until the characters end, one is 0x110000 or above, or the next one does not fit. After the place that it
     got to, bytes are written only if at least as many characters are left. */
 Encoded encode( const QV_CHAR *in, const QV_CHAR *inEnd, uint8_t *out, uint8_t *outEnd );
 
 /** Bytes of all characters, with U+FFFD in the place of values of 0x110000 and above. */
 QV_INT length( const QV_CHAR *in, QV_INT count );
 
-/** Writes the ASCII that `count` bytes begin with as characters, unless `out` is null, and gives its length. There is
+/** Writes the ASCII that `count` bytes begin with as characters, unless `out` is null, and returns its length. There is
     room for all of them. Inline for texts that are short as a rule. */
 inline QV_INT decodeLeadingAscii( QV_CHAR *out, const uint8_t *in, QV_INT count )
 {
@@ -162,12 +162,12 @@ inline QV_INT decodeLeadingAscii( QV_CHAR *out, const uint8_t *in, QV_INT count 
     return i;
 }
 
-/** Writes the ASCII that a text begins with and gives its length. There is room for all characters. */
+/** Writes the ASCII that a text begins with and returns its length. There is room for all characters. */
 QV_INT encodeLeadingAscii( uint8_t *out, const QV_CHAR *in, QV_INT count );
 
 /* Kernels -------------------------------------------------------------------------------------------------------- */
 
-/* What the kernels of the vectors do: as much as they can do with whole vectors, up to any place in front of which the
+/* What the kernels of the vectors do: as much as they can do with whole vectors, up to any place before which the
    loops above would not stop. They move `done` on. */
 
 void decodeBlocks32( Decoded &done, const uint8_t *inEnd, QV_CHAR *outEnd );
