@@ -24,20 +24,23 @@ def plain(path):
     return re.sub(r"^[ \t]*#(.*\\\n)*.*$", "", text, flags=re.M)
 
 
-# A definition begins in the first column: a type and the name with parameters and a body, or a row of a grid, whose first
-# name is the function that it defines.
-defined, problems = {}, []
+# A definition begins in the first column: a type and the name with parameters and a body, or a row of a grid, whose macro
+# takes the names of what it defines before anything else. Names there that have a body are what the row calls.
+bodies, rows, problems = {}, {}, []
 for path in sorted(pathlib.Path(source, "qv").rglob("*.cpp")):
     text = plain(path)
     names = re.findall(r"^(?:[a-zA-Z_][\w :*<>,()]*[\s*&])?(qv\w+)\([^;{}]*\)\s*\{", text, flags=re.M)
-    for row in re.findall(r"^[A-Z][A-Z_0-9]*\(([^;{}]*?)\)$", text, flags=re.M):
-        names += re.findall(r"\b(qv\w+)\b", row)[:1]
     for name in re.findall(r"^QV___FAMILY\w*\(\s*(\w+),", text, flags=re.M):
         names += [f"qv{name}{standard}" for standard in STANDARD]
     for name in names:
-        defined.setdefault(name, []).append(path.name)
-    problems += [f"{path.name} pastes the name of a function: {name}" for name in re.findall(r"\bqv(?!___)\w*##\w+", path.read_text())]
+        bodies.setdefault(name, []).append(path.name)
+    for row in re.findall(r"^[A-Z][A-Z_0-9]*\(([^;{}()]*)", text, flags=re.M):
+        for name in re.findall(r"\b(qv\w+)\b", row):
+            rows.setdefault(name, []).append(path.name)
+    pasted = re.findall(r"\bqv(?!___)\w*##\w+", path.read_text(encoding="utf-8"))
+    problems += [f"{path.name} pastes the name of a function: {name}" for name in pasted]
 
+defined = {**rows, **bodies}
 problems += [f"no definition with its whole name: {name}" for name in sorted(exported - defined.keys())]
 problems += [
     f"defined more than once: {name}: {', '.join(defined[name])}"
