@@ -87,18 +87,6 @@ TEST( Charset, ChosenNamesOfChosenCharsets )
     EXPECT_EQ( -1, fromIanaName( "20127 us" ) );
 }
 
-TEST( Charset, FlagsAreNormalised )
-{
-    EXPECT_EQ( 2, qvCharsetFlagsNormalize( 3 ) );
-    EXPECT_EQ( 14, qvCharsetFlagsNormalize( -1 ) );
-    EXPECT_EQ(
-        "QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS|QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK",
-        take( qvCharsetFlagsToString( 0x1B ) ) );
-    EXPECT_EQ(
-        5, qvCharsetFlagsFromString(
-               text( "QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK | 0x1|QV_CHARSET_FLAG_NONSENSE|0x100" ) ) );
-}
-
 TEST( Charset, BrokenContracts )
 {
     Ref< QV_BUFFER_BYTE_SOURCE > bbs( qvBufferByteSourceCreate( Ref< QV_BUFFER >( qvBufferCreate() ) ) );

@@ -203,7 +203,6 @@ TEST( Misuse, IsReported )
         { [] { qvByteSinkWriteOuter( sink, six, 5, 2 ); }, "byteOffset + byteCount <= qvBufferLength( buf )" },
         { [] { qvByteSinkWriteTrailing( log.sink(), six, 7 ); }, "byteCount <= qvBufferLength( buf )" },
         { [] { qvByteSinkWriteBytes( sink, array, QV_INT_MAX ); }, "BYTES_TO_BITS_OK( byteCount )" },
-        { [] { qvByteSinkWrite( nullptr, six ); }, "sink" },
         { [] { qv___ByteSinkCreate( nullptr, nullptr, nullptr ); }, "writeFunc" },
         { [] { qvCharSinkWriteOuter( charSink, qvs, 0, 1 ); }, "charOffset + charCount <= qvStringLength( qvs )" },
         { [] { qvCharSinkWriteChar( charSink, 0x80000041u ); }, "qvCharsAllOk( src, srcLength )" },
@@ -260,18 +259,4 @@ TEST( ByteSource, SkippingFollowsTheRulesOfReading )
 
     source = skippable( &lying );
     EXPECT_BROKEN( qvByteSourceSkip( source, 3 ), "bytesSkipped <= maxByteCount" );
-}
-
-TEST( CharSink, WritesTextsInAllForms )
-{
-    Ref< QV_STRING_CHAR_SINK > scs( qvStringCharSinkCreate() );
-    Ref< QV_CHAR_SINK >        sink( qvStringCharSinkCharSink( scs ) );
-
-    EXPECT_TRUE( qvCharSinkWriteChar( sink, U'😀' ) );
-    EXPECT_TRUE( qvCharSinkWriteCstr( sink, "äxy", 3 ) );
-    EXPECT_TRUE( qvCharSinkWriteWcstr( sink, L"äxy", -1 ) );
-    EXPECT_TRUE( qvCharSinkWriteFormat( sink, text( "<%i>" ), QV_INT( 7 ) ) );
-    EXPECT_TRUE( qvCharSinkWriteFormatCstr( sink, "%i.", -1, QV_INT( 8 ) ) );
-    EXPECT_TRUE( qvCharSinkWriteFormatWcstr( sink, L"%i...", 2, QV_INT( -1 ) ) );
-    EXPECT_EQ( "😀äxäxy<7>8.-1", take( qvStringCharSinkString( scs ) ) );
 }
