@@ -459,6 +459,9 @@ QV_INT Arguments::number( const std::string &type, const std::string &name )
     if( type == "uint8_t" || type == "uint64_t" )
         return static_cast< QV_INT >( random() * 0x123456789u );
 
+    if( begins( function, "qvVectorSet" ) && name == "idx" ) // at the ends it inserts
+        return below( room + 2 ) - 1;
+
     if( ends( name, "dx" ) || ends( name, "ndex" ) || ends( name, "ffset" ) )
     {
         QV_INT value = ends( function, "At" ) && room > 0 ? below( room ) : below( room + 1 );
