@@ -258,7 +258,7 @@ std::u32string Arguments::someText( bool name )
         begins( function, "qvEnum" ) || begins( function, "qvFlagset" ) ? U"AB"
         : name || begins( function, "qvStore" ) || begins( function, "qvOpt" ) || begins( function, "qvRuntime" )
             ? U"ab"
-            : U"ab \u00e9\U0001f600";
+            : U"aAb \u00e9\U0001f600";
     const bool     mayBeEmpty = alphabet.size() > 2 && !has( function, "Find" ) && !has( function, "Split" );
     std::u32string result;
 
