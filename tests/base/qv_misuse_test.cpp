@@ -63,8 +63,6 @@ TEST( Misuse, IsReported )
         { [] { shift( qvTimeSetMonth, 13 ); }, "QV_MONTH_OK( month )" },
         { [] { shift( qvTimeSetDay, 0 ); }, "day >= 1 && day <= 31" },
         { [] { shift( qvTimeSetHour, 24 ); }, "hour >= 0 && hour <= 23" },
-        { [] { qvMonthToString( 0 ); }, "QV_MONTH_OK( mo )" },
-        { [] { qvWeekdayToString( 7 ); }, "QV_WEEKDAY_OK( wd )" },
         { [] { qvNanosecondsTryConvertFromMilliseconds( -1 ); }, "milliseconds >= 0" },
         { [] { qvCounterDecrement( qvCounterCreate() ); }, "ctr->value > 0" },
         { [] { qvCounterWaitZeroTimed( qvCounterCreate(), -2 ); }, "millisec == -1 || millisec >= 0" },
