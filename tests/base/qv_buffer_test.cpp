@@ -134,6 +134,5 @@ TEST( Buffer, BrokenContractsAreReported )
     QV_INT most = QV_INT_MAX - 1920 - 20;
     EXPECT_BROKEN( qvBufferBitPrependZero( buf.at(), most ), "QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( sizeBits )" );
     EXPECT_BROKEN( qvBufferBitRead( buf, -1, -1 ), "QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( bitIdx )" );
-    EXPECT_BROKEN( qvBufferAppendInner( buf.at(), nullptr, -1, -1 ), "src" );
     EXPECT_BROKEN( qvBufferDelOuter( buf.at(), -1, -1 ), "QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( byteOffset )" );
 }

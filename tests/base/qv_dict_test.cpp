@@ -55,41 +55,6 @@ Ref< QV_OBJ > boxed( QV_INT value )
 }
 } // namespace
 
-TEST( Dict, EveryKindOfKeyHasItsFiveOperations )
-{
-    Ref< QV_STRING > str = text( "str" );
-    Ref< QV_DICT >   dict( qvDictCreate() );
-    Ref< QV_OBJ >    obj = boxed( 9 ), value = boxed( 1 );
-    QV_INT           length = 0;
-
-#define FIVE( Key, ... )                                                                                               \
-    qvDictSet##Key( dict.at() __VA_OPT__(, ) __VA_ARGS__, value );                                                     \
-    qvDictDel##Key( dict.at() __VA_OPT__(, ) __VA_ARGS__ );                                                            \
-    EXPECT_FALSE( qvDictHas##Key( dict __VA_OPT__(, ) __VA_ARGS__ ) );                                                 \
-    EXPECT_EQ( nullptr, qvDict##Key( dict __VA_OPT__(, ) __VA_ARGS__ ) );                                              \
-    EXPECT_EQ( -1, qvDictIndexOf##Key( dict __VA_OPT__(, ) __VA_ARGS__ ) );                                            \
-    qvDictSet##Key( dict.at() __VA_OPT__(, ) __VA_ARGS__, value );                                                     \
-    EXPECT_EQ( ++length, qvDictLength( dict ) );                                                                       \
-    EXPECT_TRUE( qvDictHas##Key( dict __VA_OPT__(, ) __VA_ARGS__ ) );                                                  \
-    EXPECT_EQ( value.get(), Ref< QV_OBJ >( qvDict##Key( dict __VA_OPT__(, ) __VA_ARGS__ ) ).get() );                   \
-    EXPECT_LE( 0, qvDictIndexOf##Key( dict __VA_OPT__(, ) __VA_ARGS__ ) );
-
-    FIVE( ObjKey, obj )
-    FIVE( NullKey )
-    FIVE( BoolKey, QV_TRUE )
-    FIVE( IntKey, QV_INT( -3 ) )
-    FIVE( RealKey, 0.5 )
-    FIVE( SortKey, qvStringSort() )
-    FIVE( StringKey, str )
-    FIVE( StringKeyCstr, "cstr", 2 )
-    FIVE( StringKeyWcstr, L"wcstr", -1 )
-
-#undef FIVE
-
-    // By the names of the sorts, whatever the values.
-    EXPECT_EQ( "{true=1, -3=1, 9=1, null=1, 0.500000=1, QV_STRING=1, cs=1, str=1, wcstr=1}", textOf( dict.get() ) );
-}
-
 // What entering, finding and deleting costs for each of n keys, in an order: ascending, descending, from the ends to
 // the middle, from there outwards, random.
 std::pair< double, double > comparisonsAndBytes( QV_INT n, int kind )
@@ -261,30 +226,6 @@ TEST( Dict, StaysWholeWhenOtherFamiliesUseItsVariableMeanwhile )
     }
 }
 
-TEST( Dict, SetsOperateOnTheDictItself )
-{
-    for( QV_INT count : { 3, 3000 } )
-    {
-        Ref< QV_DICT > dict( qvDictCreate() ), empty( qvDictCreate() );
-        Ref< QV_OBJ >  value = boxed( 1 );
-
-        for( QV_INT i = 0; i < count; i++ )
-            qvDictSetIntKey( dict.at(), i, value );
-
-        Ref< QV_DICT > same = Ref< QV_DICT >::share( dict );
-        qvDictInclude( dict.at(), dict, QV_TRUE );
-        qvDictIntersect( dict.at(), dict, QV_TRUE );
-
-        // As a value and as a key it goes in as it was.
-        qvDictSetIntKey( dict.at(), count, qvDictObj( dict ) );
-        EXPECT_TRUE( qvDictEquals( same, qvDictFrom( Ref< QV_OBJ >( qvDictIntKey( dict, count ) ) ) ) );
-        qvDictSetObjKey( same.at(), qvDictObj( same ), value );
-        EXPECT_EQ( count + 1, qvDictLength( same ) );
-        qvDictExclude( dict.at(), dict );
-        EXPECT_EQ( empty.get(), dict.get() );
-    }
-}
-
 TEST( Dict, SetsDrawTheNumbersOfKeysInOneOrderWhicheverIsLonger )
 {
     std::vector< Ref< QV_OBJ > > keys; // alive to the end, as numbers are drawn again
@@ -364,15 +305,10 @@ TEST( Dict, ReportsBrokenContracts )
 {
     Ref< QV_DICT >   dict( qvDictCreate() );
     Ref< QV_VECTOR > none( qvVectorCreate() ), one( qvVectorCreateFromObj( boxed( 1 ) ) );
-    QV_DICT         *null = nullptr;
 
-    EXPECT_BROKEN( qvDictSetIntKey( &null, 1, boxed( 1 ) ), "*dict" );
-    EXPECT_BROKEN( qvDictSetIntKey( dict.at(), 1, nullptr ), "value" );
-    EXPECT_BROKEN( qvDictHasStringKey( dict, nullptr ), "key" );
     EXPECT_BROKEN( qvDictValueAt( dict, 0 ), "idx < dict->length" );
     EXPECT_BROKEN( qvDictDelAt( dict.at(), 0 ), "idx < (*dict)->length" );
     EXPECT_BROKEN( qvDictKeyAt( dict, -1 ), "idx >= 0" );
-    EXPECT_BROKEN( qvDictInclude( dict.at(), nullptr, QV_TRUE ), "src" );
     EXPECT_BROKEN(
         qvDictCreateWithKeysAndValues( none, one ), "qvVectorLength( keysVector ) == qvVectorLength( valuesVector )" );
 }

@@ -27,16 +27,6 @@ std::string written( QV_ENCODER *enc )
     return textOf( Ref< QV_BUFFER >( qvEncoderBuffer( enc ) ).get() );
 }
 
-void expectFailed( QV_DECODER *dec )
-{
-    QV_INT number = 7;
-    EXPECT_TRUE( qvDecoderError( dec ) );
-    EXPECT_EQ( 0, qvDecoderRemaining( dec ) );
-    EXPECT_EQ( qvDecoderLength( dec ), qvDecoderOffset( dec ) );
-    EXPECT_FALSE( qvDecoderTrySkip( dec, 0 ) );
-    EXPECT_FALSE( qvDecoderTryDecodeInt( dec, &number ) );
-    EXPECT_EQ( 0, number );
-}
 // Writes a value, on byte boundaries and behind odd bits; reads it back, and skips it.
 template< class Value, class Encode, class Decode, class Kept >
 void expectBytes( const char *bytes, Value value, const Encode &encode, const Decode &decode, Kept &kept )
@@ -119,32 +109,6 @@ TEST( Encoder, BrokenContractsAreReported )
 
 /* Decoder -------------------------------------------------------------------------------------------------------- */
 
-TEST( Decoder, BytesAreReadAsTheyAre )
-{
-    Ref< QV_ENCODER > enc( qvEncoderCreate() );
-    QV_CHAR           chars[3];
-    uint8_t           bytes[2] = {};
-    Ref< QV_BUFFER >  buf( qvBufferCreateFromByte( 1 ) );
-
-    qvEncoderEncodeChars( enc, U"a\u20ACb", 3 );
-    qvEncoderWriteBytes( enc, "xyz", 3 );
-    qvEncoderWriteInner( enc, bufferOf( { 0, 1, 2, 3 } ), 1, 2 );
-    qvEncoderWriteOne( enc, 1 );
-
-    Ref< QV_DECODER > dec( qvDecoderCreate( Ref< QV_BUFFER >( qvEncoderBuffer( enc ) ) ) );
-    EXPECT_TRUE( qvDecoderTryDecodeChars( dec, chars, 3 ) );
-    EXPECT_EQ( U"a\u20ACb", std::u32string( chars, 3 ) );
-    EXPECT_TRUE( qvDecoderTryReadBytes( dec, bytes, 2 ) );
-    EXPECT_EQ( 'y', bytes[1] );
-    EXPECT_TRUE( qvDecoderTrySkip( dec, 1 ) );
-    EXPECT_EQ( 3, qvDecoderRemaining( dec ) );
-    EXPECT_TRUE( qvDecoderTryRead( dec, buf.at(), 3 ) );
-    EXPECT_EQ( "[01 01 02 ff]", textOf( buf.get() ) );
-    EXPECT_FALSE( qvDecoderTryReadByte( dec, bytes ) );
-    EXPECT_EQ( 0, bytes[0] );
-    expectFailed( dec );
-}
-
 TEST( Decoder, NestedIntsHaveALimit )
 {
     // A number of digits that is an Int in its turn, and so on: eight times, not nine.
@@ -164,51 +128,4 @@ QV_BOOL decodeInto( QV_DECODER *dec, bool keep )
     QV_BOOL ok    = decode( dec, keep ? &value : nullptr );
     EXPECT_EQ( T{}, value );
     return ok;
-}
-
-TEST( Decoder, BadBytesSetTheError )
-{
-    const auto integer = decodeInto< qvDecoderTryDecodeInt, QV_INT >;
-    const auto ch      = decodeInto< qvDecoderTryDecodeChar, QV_CHAR >;
-    const auto string  = decodeInto< qvDecoderTryDecodeString, QV_STRING * >;
-    const auto vector  = decodeInto< qvDecoderTryDecodeStringVector, QV_VECTOR * >;
-
-    const std::pair< std::vector< uint8_t >, QV_BOOL ( * )( QV_DECODER *, bool ) > cases[] = {
-        { { 2 }, decodeInto< qvDecoderTryDecodeBool, QV_BOOL > },
-        { { 0xA0, 0, 0 }, ch },
-        { { 0xC0, 0, 0 }, ch },
-        { { 0x91, 0, 0 }, ch },
-        { { 0x80, 0 }, ch },
-        { { 1, 3, 'a', 'b' }, string },
-        { { 8, 0x7F, 0, 0, 0, 0, 0, 0, 0, 'a' }, string },
-        { { 1, 2, 0x9F, 0xFF, 0xFF, 'a' }, string },
-        { { 0x81, 1, 'a' }, decodeInto< qvDecoderTryDecodeBuffer, QV_BUFFER * > },
-        { { 1, 2, 1, 1, 'a', 1, 1 }, vector },
-        { { 8, 0x10, 0, 0, 0, 0, 0, 0, 0, 0, 0 }, vector },
-        { {}, integer },
-        { { 0x02, 1 }, integer },
-        { { 0x7F, 0x81, 0x01, 0xAA }, integer },
-        { { 0x09, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF }, integer },
-        { { 0x08, 0x80, 0, 0, 0, 0, 0, 0, 0 }, integer },
-        { { 0x88, 0x80, 0, 0, 0, 0, 0, 0, 1 }, integer },
-        { { 0x7F, 0x08, 0x7F, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 1 }, integer },
-    };
-
-    for( auto &[bytes, decode] : cases )
-        for( bool keep : { true, false } )
-        {
-            SCOPED_TRACE( textOf( bufferOf( bytes ).get() ) );
-            Ref< QV_DECODER > dec = decoderOf( bytes );
-            EXPECT_FALSE( decode( dec, keep ) );
-            expectFailed( dec );
-        }
-
-    // A negative number of elements is an empty Vector.
-    Ref< QV_VECTOR > vec;
-    EXPECT_TRUE( qvDecoderTryDecodeStringVector( decoderOf( std::vector< uint8_t >{ 0x81, 5 } ), vec.at() ) );
-    EXPECT_EQ( 0, qvVectorLength( vec ) );
-
-    Ref< QV_DECODER > dec = decoderOf( std::vector< uint8_t >{ 1, 1 } );
-    qvDecoderSetError( dec );
-    expectFailed( dec );
 }

@@ -13,15 +13,6 @@ using namespace qv::test;
 
 namespace
 {
-const QV_INT LEFTALIGN    = QV_FORMAT_FLAG_LEFTALIGN;
-const QV_INT ZEROPAD      = QV_FORMAT_FLAG_ZEROPAD;
-const QV_INT PLUSPOS      = QV_FORMAT_FLAG_PLUSPOS;
-const QV_INT BLANKPOS     = QV_FORMAT_FLAG_BLANKPOS;
-const QV_INT UPPERCASE    = QV_FORMAT_FLAG_UPPERCASE;
-const QV_INT BASEMNEMONIC = QV_FORMAT_FLAG_BASEMNEMONIC;
-const QV_INT BASENUMERIC  = QV_FORMAT_FLAG_BASENUMERIC;
-const QV_INT BASEDECIMAL  = QV_FORMAT_FLAG_BASEDECIMAL;
-
 std::string formatted( const char *fmt, ... )
 {
     Ref< QV_STRING > fmtText = text( std::string_view( fmt ) );
@@ -33,39 +24,7 @@ std::string formatted( const char *fmt, ... )
     return result;
 }
 
-std::string intText( QV_INT value, QV_INT base, QV_INT minWidth = 0, QV_INT flags = 0 )
-{
-    return take( qvFormatEncodeInt( value, base, minWidth, flags ) );
-}
-
-std::string realText( QV_REAL value, QV_INT base, QV_INT minWidth, QV_INT precision, QV_INT flags = 0 )
-{
-    return take( qvFormatEncodeReal( value, base, minWidth, precision, flags ) );
-}
 } // namespace
-
-TEST( Format, FlagsOfTheCallChooseSignPrefixAndPadding )
-{
-    EXPECT_EQ( "  +0XFF", intText( 255, 16, 7, PLUSPOS | BLANKPOS | BASEMNEMONIC | UPPERCASE ) );
-    EXPECT_EQ( "0b101", intText( 5, 2, 0, BASEMNEMONIC | BASENUMERIC ) );
-    EXPECT_EQ( "7", intText( 7, 10, 0, BASEDECIMAL ) );
-    EXPECT_EQ( std::string( 297, ' ' ) + "123", intText( 123, 10, 300 ) );
-    EXPECT_EQ( 3, qv___FormatEncodeBase( nullptr, 17, BASENUMERIC ) );
-    EXPECT_EQ( "-0x00f.8", realText( -15.5, 16, 8, 1, ZEROPAD | BASEMNEMONIC ) );
-    EXPECT_EQ( "  true", take( qvFormatEncodeBool( 5, 6, ZEROPAD ) ) );
-    EXPECT_EQ( "  ab", take( qvFormatEncodeChars( U"ab", 2, 4, ZEROPAD ) ) );
-    EXPECT_EQ( "", take( qvFormatEncodeChars( nullptr, 0, 0, 0 ) ) );
-
-    // Digits of any script, where the base has them; and who asks for nothing.
-    Ref< QV_STRING > inner = text( U"a\u0661\u0662b" );
-    QV_INT           value;
-    QV_REAL          real;
-    EXPECT_TRUE( qvFormatTryDecodeInt( inner, 1, 2, 10, &value, nullptr ) );
-    EXPECT_EQ( 12, value );
-    EXPECT_TRUE( qvFormatTryDecodeIntChars( U"1", 1, 10, nullptr, nullptr ) );
-    EXPECT_TRUE( qvFormatTryDecodeRealChars( std::u32string( 400, U'9' ).data(), 400, 10, &real, nullptr ) );
-    EXPECT_TRUE( std::isinf( real ) );
-}
 
 TEST( Format, CallsReportBrokenContracts )
 {
@@ -174,18 +133,4 @@ TEST( Format, BadFormatsAreReported )
     EXPECT_BROKEN( formatted( "%1.*m", QV_INT( 0x100000041 ) ), "QV_CHAR_OK( precision )" );
     EXPECT_BROKEN( formatted( "%c", 0x110000u ), "qvCharsAllOk( src, srcLength )" );
     EXPECT_BROKEN( qv___FormatArgList( nullptr, nullptr ), "fmt" );
-}
-
-TEST( Format, FlagsResolveTheirConflicts )
-{
-    EXPECT_EQ( LEFTALIGN, qvFormatFlagsNormalize( LEFTALIGN | ZEROPAD | 256 ) );
-    EXPECT_EQ( ZEROPAD | PLUSPOS, qvFormatFlagsNormalize( ZEROPAD | PLUSPOS | BLANKPOS ) );
-    EXPECT_EQ( BASEMNEMONIC | BASEDECIMAL, qvFormatFlagsNormalize( BASEMNEMONIC | BASENUMERIC | BASEDECIMAL ) );
-    EXPECT_EQ( UPPERCASE | BASENUMERIC, qvFormatFlagsNormalize( QV_INT_MIN | UPPERCASE | BASENUMERIC ) );
-
-    EXPECT_EQ( "QV_FORMAT_FLAG_LEFTALIGN|QV_FORMAT_FLAG_PLUSPOS", take( qvFormatFlagsToString( 15 ) ) );
-    EXPECT_EQ(
-        LEFTALIGN | UPPERCASE,
-        qvFormatFlagsFromString( text( std::string_view( "QV_FORMAT_FLAG_UPPERCASE | 0x103 | NOTHING" ) ) ) );
-    EXPECT_BROKEN( qvFormatFlagsFromString( nullptr ), "qvs" );
 }

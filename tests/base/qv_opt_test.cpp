@@ -55,25 +55,6 @@ TEST( Opt, AnIgnoredOptionBehindAnObjectEndsNoOptions )
     EXPECT_EQ( "IGNORE|NO_ABBREV", take( qvOptFlagsToString( 10 | 16 ) ) );
 }
 
-TEST( Opt, FlagsAndAbbreviationsDecide )
-{
-    Ref< QV_OPT_DEF > def( qvOptDefCreate() );
-    Ref< QV_VECTOR >  argv( qvVectorCreate() );
-    qvOptDefSetLongOpt( def.at(), text( "full-name" ), 0 );
-    qvOptDefSetLongOpt( def.at(), text( "all" ), 1 );
-    qvOptDefSetLongOpt( def.at(), text( "alpha" ), 2 );
-    qvOptDefSetFlags( def.at(), 0, QV_OPT_FLAG_NO_ABBREV );
-    qvOptDefSetFlags( def.at(), 1, QV_OPT_FLAG_ONCE );
-
-    for( const char *word : { "--full", "--full-name", "--al", "--all", "--all", "--alp" } )
-        qvVectorAppendStringCstr( argv.at(), word, -1 );
-
-    Ref< QV_OPT_SEQ > seq( qvOptSeqCreate( def, argv ) );
-
-    for( QV_INT id : { -6, 0, -2, 1, -5, 2 } )
-        EXPECT_EQ( id, qvOptSeqNext( seq ) );
-}
-
 // Were a step to cost what is left or passed over, this would take hours.
 TEST( Opt, AStepCostsTheSameHoweverManyAreLeft )
 {

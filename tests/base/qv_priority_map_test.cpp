@@ -26,30 +26,10 @@ TEST( PriorityMap, StaysWholeWhenItsObjectsUseItsVariable )
     }
 }
 
-TEST( PriorityMap, GoesIntoItselfAsItWasAndIsCopiedForAChangeOnly )
-{
-    Ref< QV_PRIORITY_MAP > map( qvPriorityMapCreate() );
-    qvPriorityMapSet( map.at(), 1, probe( 1 ) );
-
-    Ref< QV_PRIORITY_MAP > held = Ref< QV_PRIORITY_MAP >::share( map );
-    qvPriorityMapDel( map.at(), probe( 3 ) );
-    EXPECT_EQ( held.get(), map.get() );
-    held.reset();
-
-    QV_PRIORITY_MAP *before = map.get();
-    qvPriorityMapSet( map.at(), 0, qv::obj( before ) );
-    EXPECT_EQ( 2, qvPriorityMapLength( map ) );
-    EXPECT_EQ( 1, qvPriorityMapLength( before ) );
-    EXPECT_EQ( qv::obj( before ), Ref< QV_OBJ >( qvPriorityMapValueAt( map, 0 ) ).get() );
-}
-
 TEST( PriorityMap, BrokenContractsAreReported )
 {
     Ref< QV_PRIORITY_MAP > map( qvPriorityMapCreate() );
-    QV_PRIORITY_MAP       *none = nullptr;
 
-    EXPECT_BROKEN( qvPriorityMapSet( &none, 1, nullptr ), "*map" );
-    EXPECT_BROKEN( qvPriorityMapDel( map.at(), nullptr ), "obj" );
     EXPECT_BROKEN( qvPriorityMapDelAt( map.at(), 0 ), "idx < dict->length" );
     EXPECT_BROKEN( qvPriorityMapPriorityAt( map, -1 ), "idx >= 0" );
 }

@@ -88,95 +88,6 @@ std::string repeat( std::string_view part, int times )
 }
 } // namespace
 
-/* The grid ------------------------------------------------------------------------------------------------------- */
-
-#define LIST( ... ) __VA_ARGS__
-
-// Calls all forms of a reading operation, each of which has to name the address "a1" at index 1.
-#define EXPECT_FORMS_WITHOUT_AT( Name, front, accept )                                                                 \
-    accept( qvStore##Name( LIST front, text( "a1" ) ) );                                                               \
-    accept( qvStore##Name##Cstr( LIST front, "a1", -1 ) );                                                             \
-    accept( qvStore##Name##Wcstr( LIST front, L"a12", 2 ) );                                                           \
-    accept( qvStore##Name##Format( LIST front, text( "%lc%i" ), "a", QV_INT( 1 ) ) );                                  \
-    accept( qvStore##Name##FormatCstr( LIST front, "%lc%i?", 5, "a", QV_INT( 1 ) ) );                                  \
-    accept( qvStore##Name##FormatWcstr( LIST front, L"%lc%i", -1, "a", QV_INT( 1 ) ) )
-
-#define EXPECT_FORMS( Name, front, accept )                                                                            \
-    accept( qvStore##Name##At( LIST front, 1 ) );                                                                      \
-    EXPECT_FORMS_WITHOUT_AT( Name, front, accept )
-
-// Calls all forms of a changing operation, each on its own store; `behind` starts with a comma if there is a value.
-#define EXPECT_CHANGES( Name, behind, ... )                                                                            \
-    for( int form = 0; form < 7; form++ )                                                                              \
-    {                                                                                                                  \
-        Ref< QV_STORE > s = Ref< QV_STORE >::share( base );                                                            \
-        switch( form )                                                                                                 \
-        {                                                                                                              \
-        case 0:                                                                                                        \
-            qvStore##Name( s.at(), text( "a1" ) LIST behind );                                                         \
-            break;                                                                                                     \
-        case 1:                                                                                                        \
-            qvStore##Name##At( s.at(), 1 LIST behind );                                                                \
-            break;                                                                                                     \
-        case 2:                                                                                                        \
-            qvStore##Name##Cstr( s.at(), "a1", 2 LIST behind );                                                        \
-            break;                                                                                                     \
-        case 3:                                                                                                        \
-            qvStore##Name##Wcstr( s.at(), L"a1", -1 LIST behind );                                                     \
-            break;                                                                                                     \
-        case 4:                                                                                                        \
-            qvStore##Name##Format( s.at(), text( "a%i" ) LIST behind, QV_INT( 1 ) );                                   \
-            break;                                                                                                     \
-        case 5:                                                                                                        \
-            qvStore##Name##FormatCstr( s.at(), "a%i", -1 LIST behind, QV_INT( 1 ) );                                   \
-            break;                                                                                                     \
-        case 6:                                                                                                        \
-            qvStore##Name##FormatWcstr( s.at(), L"a%i", 3 LIST behind, QV_INT( 1 ) );                                  \
-            break;                                                                                                     \
-        }                                                                                                              \
-        EXPECT_EQ( ( Lines{ __VA_ARGS__ } ), linesOf( s ) ) << form;                                                   \
-    }                                                                                                                  \
-    EXPECT_EQ( before, linesOf( base ) )
-
-TEST( Store, EveryFormReachesTheSameEntry )
-{
-    const Lines     before = { "a0=0", "a1=7", "a2=x", "a1.k=v" };
-    Ref< QV_STORE > base   = storeOf( before );
-    Ref< QV_STORE > sub    = storeOf( { "s=t" } );
-
-#define TRUE_RESULT( call )  EXPECT_EQ( QV_TRUE, call )
-#define VALUE_RESULT( call ) EXPECT_EQ( "7", take( call ) )
-#define STORE_RESULT( call ) EXPECT_EQ( Lines{ "k=v" }, linesOf( Ref< QV_STORE >( call ) ) )
-#define SCAN_RESULT( call )                                                                                            \
-    truth = QV_FALSE, number = 0, real = 0.0;                                                                          \
-    EXPECT_EQ( QV_TRUE, call );                                                                                        \
-    EXPECT_EQ( 7.0 + QV_TRUE, real + number + truth + ( truth ? 7 : QV_TRUE ) )
-
-    QV_BOOL truth;
-    QV_INT  number;
-    QV_REAL real;
-
-    EXPECT_FORMS_WITHOUT_AT( HasAddress, ( base ), TRUE_RESULT );
-    EXPECT_FORMS( HasValue, ( base ), TRUE_RESULT );
-    EXPECT_FORMS( HasValueBool, ( base ), TRUE_RESULT );
-    EXPECT_FORMS( HasValueInt, ( base ), TRUE_RESULT );
-    EXPECT_FORMS( HasValueReal, ( base ), TRUE_RESULT );
-    EXPECT_FORMS( HasStore, ( base ), TRUE_RESULT );
-    EXPECT_FORMS( Value, ( base ), VALUE_RESULT );
-    EXPECT_FORMS( Store, ( base ), STORE_RESULT );
-    EXPECT_FORMS( ValueBool, LIST( ( base, &truth ) ), SCAN_RESULT );
-    EXPECT_FORMS( ValueInt, LIST( ( base, &number ) ), SCAN_RESULT );
-    EXPECT_FORMS( ValueReal, LIST( ( base, &real ) ), SCAN_RESULT );
-
-    EXPECT_CHANGES( SetValue, (, text( "n" ) ), "a0=0", "a1=n", "a2=x", "a1.k=v" );
-    EXPECT_CHANGES( SetValueBool, (, QV_TRUE ), "a0=0", "a1=true", "a2=x", "a1.k=v" );
-    EXPECT_CHANGES( SetValueInt, (, QV_INT_MIN ), "a0=0", "a1=-9223372036854775808", "a2=x", "a1.k=v" );
-    EXPECT_CHANGES( SetValueReal, (, 1.5 ), "a0=0", "a1=1.500000", "a2=x", "a1.k=v" );
-    EXPECT_CHANGES( SetStore, (, sub.get() ), "a0=0", "a1=7", "a2=x", "a1.s=t" );
-    EXPECT_CHANGES( DelValue, (), "a0=0", "a2=x", "a1.k=v" );
-    EXPECT_CHANGES( DelStore, (), "a0=0", "a1=7", "a2=x" );
-}
-
 TEST( Store, TypedValuesAreReadFromEndToEnd )
 {
     const std::tuple< const char *, std::string, QV_BOOL, QV_INT, QV_REAL > cases[] = {
@@ -400,9 +311,6 @@ TEST( Store, BrokenContractsAreReported )
     QV_STORE       *none  = nullptr;
 
     EXPECT_BROKEN( qvStoreHasValueCstr( store, "a.b", -1 ), "qvStoreAddressOk( address )" );
-    EXPECT_BROKEN( qvStoreSetValueCstr( store.at(), "a", -1, nullptr ), "value" );
-    EXPECT_BROKEN( qvStoreSetStoreCstr( store.at(), "a", -1, nullptr ), "other" );
-    EXPECT_BROKEN( qvStoreSetValueIntAt( &none, 0, 1 ), "*store" );
     EXPECT_BROKEN( qvStoreValueAt( none, 0 ), "store" );
     EXPECT_BROKEN( qvStoreValueAt( store, 1 ), "idx < dict->length" );
 

@@ -92,47 +92,6 @@ private:
 };
 } // namespace
 
-TEST( LineSink, WritesLinesInAllForms )
-{
-    LineLog             log;
-    Ref< QV_LINE_SINK > sink  = log.sink();
-    Ref< QV_VECTOR >    lines = vector( { U"1", U"2", U"", U"4" } );
-
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteCstr( sink, "ä-", 2 ) );
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteWcstr( sink, L"ä", -1 ) );
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteFormat( sink, text( "<%i>" ), QV_INT( 1 ) ) );
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteFormatCstr( sink, "%i", -1, QV_INT( 2 ) ) );
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteFormatWcstr( sink, L"%i.", 3, QV_INT( 3 ) ) );
-    EXPECT_EQ( "[ä][ä][<1>][2][3.]", std::exchange( log.calls, "" ) );
-    EXPECT_EQ( 5, qvLineSinkLinesWritten( sink ) );
-
-    Ref< QV_STRING > abcde = text( "abcde" );
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteLeading( sink, abcde, 1 ) );
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteTrailing( sink, abcde, 1 ) );
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteInner( sink, abcde, 1, 2 ) );
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteOuter( sink, abcde, 1, 2 ) );
-    EXPECT_EQ( "[a][e][bc][ade]", std::exchange( log.calls, "" ) );
-
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteLines( sink, lines ) );
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteLinesLeading( sink, lines, 1 ) );
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteLinesTrailing( sink, lines, 1 ) );
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteLinesInner( sink, lines, 1, 2 ) );
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteLinesOuter( sink, lines, 1, 2 ) );
-    EXPECT_EQ( QV_TRUE, qvLineSinkWriteLinesInner( sink, lines, 4, 0 ) );
-    EXPECT_EQ(
-        "[1][2][][4]"
-        "[1]"
-        "[4]"
-        "[2][]"
-        "[1][4]",
-        std::exchange( log.calls, "" ) );
-    EXPECT_EQ( 19, qvLineSinkLinesWritten( sink ) );
-
-    EXPECT_EQ( QV_TRUE, qvLineSinkFlush( sink ) );
-    sink.reset();
-    EXPECT_EQ( "ffe", log.calls );
-}
-
 TEST( LineSink, StaysFailedOnceALineHasFailed )
 {
     LineLog             log;

@@ -8,19 +8,6 @@
 using qv::Ref;
 using namespace qv::test;
 
-TEST( Print, EveryFormHandsItsTextOver )
-{
-    takePrinted();
-    qvPrint( text( "a€" ) );
-    qvPrintCstr( "bcd", 1 );
-    qvPrintWcstr( L"\u00e4", -1 );
-    qvPrintFormat( text( "[%i]" ), QV_INT( 1 ) );
-    qvPrintFormatCstr( "[%i]", -1, QV_INT( 2 ) );
-    qvPrintFormatWcstr( L"[%i]xyz", 4, QV_INT( 3 ) );
-    qvPrint( text( "" ) );
-    EXPECT_EQ( U"a€bä[1][2][3]", takePrinted() );
-}
-
 TEST( Print, LinesAndTextsComeOneCallEach )
 {
     Ending ending = inOwnRun(
@@ -66,5 +53,4 @@ TEST( Print, WithoutAHookNothingHappens )
     EXPECT_EQ( 0, ending.status );
     EXPECT_BROKEN( qvRuntimePrint( nullptr, 1 ), "chs || chsLength == 0" );
     EXPECT_BROKEN( qvRuntimePrint( U"x", -1 ), "chsLength >= 0" );
-    EXPECT_BROKEN( qvPrint( nullptr ), "qvs" );
 }

@@ -203,7 +203,6 @@ TEST( Misuse, IsReported )
         { [] { qvByteSinkWriteOuter( sink, six, 5, 2 ); }, "byteOffset + byteCount <= qvBufferLength( buf )" },
         { [] { qvByteSinkWriteTrailing( log.sink(), six, 7 ); }, "byteCount <= qvBufferLength( buf )" },
         { [] { qvByteSinkWriteBytes( sink, array, QV_INT_MAX ); }, "BYTES_TO_BITS_OK( byteCount )" },
-        { [] { qvByteSinkWrite( nullptr, six ); }, "sink" },
         { [] { qv___ByteSinkCreate( nullptr, nullptr, nullptr ); }, "writeFunc" },
         { [] { qvCharSinkWriteOuter( charSink, qvs, 0, 1 ); }, "charOffset + charCount <= qvStringLength( qvs )" },
         { [] { qvCharSinkWriteChar( charSink, 0x80000041u ); }, "qvCharsAllOk( src, srcLength )" },
@@ -222,56 +221,4 @@ TEST( Misuse, IsReported )
     qvBufferRelease( six );
     qvStringRelease( qvs );
     memory.reset();
-}
-
-TEST( ByteSource, SkippingFollowsTheRulesOfReading )
-{
-    // Without a callback it reads in pieces.
-    SourceLog< Bytes >    log{ .data = pattern< ByteStreams >( 10001 ), .fails = true };
-    Ref< QV_BYTE_SOURCE > source = log.source();
-
-    EXPECT_EQ( 0, qvByteSourceSkip( source, 0 ) );
-    EXPECT_EQ( 10000, qvByteSourceSkip( source, 10000 ) );
-    EXPECT_EQ( ( std::vector< QV_INT >{ 4096, 4096, 1808 } ), log.limits );
-    EXPECT_FALSE( qvByteSourceEnd( source ) );
-    EXPECT_EQ( 1, qvByteSourceSkip( source, -1 ) );
-    EXPECT_EQ( 4096, log.limits.back() );
-    EXPECT_TRUE( qvByteSourceEnd( source ) && qvByteSourceError( source ) );
-    EXPECT_EQ( 0, qvByteSourceSkip( source, -1 ) );
-
-    auto skippable = []( SourceLog< Bytes > *from )
-    {
-        auto read = []( QV_OBJ *, QV_BUFFER **, QV_INT, QV_INT * ) -> QV_BOOL { return QV_FALSE; };
-        auto skip = []( QV_OBJ *closure, QV_INT limit, QV_INT *count ) -> QV_BOOL
-        {
-            std::string run;
-            return logOf< SourceLog< Bytes > >( closure )->take( limit, &run, count );
-        };
-
-        return Ref< QV_BYTE_SOURCE >( qv___ByteSourceCreate( read, skip, qv::obj( closureOf( from ).get() ) ) );
-    };
-
-    SourceLog< Bytes > short4{ .data = "abcd", .fails = true }, lying{ .data = "abc", .extra = 1 };
-    source = skippable( &short4 );
-    EXPECT_EQ( 3, qvByteSourceSkip( source, 3 ) );
-    EXPECT_FALSE( qvByteSourceEnd( source ) );
-    EXPECT_EQ( 1, qvByteSourceSkip( source, -1 ) );
-    EXPECT_TRUE( qvByteSourceEnd( source ) && qvByteSourceError( source ) );
-
-    source = skippable( &lying );
-    EXPECT_BROKEN( qvByteSourceSkip( source, 3 ), "bytesSkipped <= maxByteCount" );
-}
-
-TEST( CharSink, WritesTextsInAllForms )
-{
-    Ref< QV_STRING_CHAR_SINK > scs( qvStringCharSinkCreate() );
-    Ref< QV_CHAR_SINK >        sink( qvStringCharSinkCharSink( scs ) );
-
-    EXPECT_TRUE( qvCharSinkWriteChar( sink, U'😀' ) );
-    EXPECT_TRUE( qvCharSinkWriteCstr( sink, "äxy", 3 ) );
-    EXPECT_TRUE( qvCharSinkWriteWcstr( sink, L"äxy", -1 ) );
-    EXPECT_TRUE( qvCharSinkWriteFormat( sink, text( "<%i>" ), QV_INT( 7 ) ) );
-    EXPECT_TRUE( qvCharSinkWriteFormatCstr( sink, "%i.", -1, QV_INT( 8 ) ) );
-    EXPECT_TRUE( qvCharSinkWriteFormatWcstr( sink, L"%i...", 2, QV_INT( -1 ) ) );
-    EXPECT_EQ( "😀äxäxy<7>8.-1", take( qvStringCharSinkString( scs ) ) );
 }

@@ -159,34 +159,6 @@ TEST( UnicodeNormalizer, WhatCanStillChangeIsNotReadable )
     EXPECT_EQ( U"\u0301", nfc.finish() );
 }
 
-TEST( UnicodeNormalizer, SurrogatesJoinAcrossWritesOrDisappear )
-{
-    for( QV_INT form : FORMS )
-    {
-        Normalizer normalizer( form );
-
-        for( std::u32string part :
-             { U"\xD834", U"\xDD1E",
-               U"\xD834"
-               "A"
-               "\xDC00"
-               "\xD800\xD834\xDD1E"
-               "B\x110000"
-               "C\xD800",
-               U"\x110000", U"\xDC00", U"D\xD834" } )
-            normalizer.write( part );
-
-        EXPECT_EQ(
-            U"\U0001D11EA\U0001D11E"
-            U"BCD",
-            normalizer.finish() );
-        normalizer.write( U"\xDD1E" );
-        EXPECT_EQ( U"", normalizer.finish() );
-    }
-
-    EXPECT_EQ( U"", normalizedString( std::u32string( 1, 0xD800 ), NFC ) );
-}
-
 TEST( UnicodeNormalizer, EndlessMarksPassInBoundedMemory )
 {
     for( QV_INT form : FORMS )

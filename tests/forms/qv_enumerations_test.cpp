@@ -1,0 +1,219 @@
+// All enumerations and flag sets: each value has a name of its own, which leads back to it.
+
+#include "qv_test_support.h"
+
+#include "qv/qv.h"
+
+#include <random>
+#include <set>
+
+using qv::Ref;
+using namespace qv::test;
+
+namespace
+{
+using Forward  = QV_STRING *(*)( QV_INT value );
+using Backward = QV_INT ( * )( QV_STRING *name );
+
+struct Names
+{
+    Forward     name;
+    Backward    value;
+    QV_INT      first, last;
+    std::string contract;          // of the report for other values
+    std::string prefix;            // of all names
+    bool        numbers = false;   // the numbers are names as well, with white space around either
+    Backward    anyCase = nullptr; // the look-up for which the case does not count
+};
+
+const Names NAMES[] = {
+    { qvMonthToString, qvMonthFromString, 1, 12, "QV_MONTH_OK( mo )", "", true, qvMonthFromString },
+    { qvWeekdayToString, qvWeekdayFromString, 0, 6, "QV_WEEKDAY_OK( wd )", "", false, qvWeekdayFromString },
+    { qvThreadPriorityToString, qvThreadPriorityFromString, 0, 6, "QV_THREAD_PRIORITY_OK( prio )",
+      "QV_THREAD_PRIORITY_", true },
+    { qvRuntimeOsToString, qvRuntimeOsFromString, 0, 9, "QV_RUNTIME_OS_OK( os )", "QV_RUNTIME_OS_", true },
+    { qvRuntimeHardwareToString, qvRuntimeHardwareFromString, 0, 7, "QV_RUNTIME_HARDWARE_OK( hw )",
+      "QV_RUNTIME_HARDWARE_", true },
+    { qvRuntimeVariantToString, qvRuntimeVariantFromString, 0, 1, "QV_RUNTIME_VARIANT_OK( var )", "QV_RUNTIME_VARIANT_",
+      true },
+    { qvRuntimePathToString, qvRuntimePathFromString, 0, 6, "QV_RUNTIME_PATH_OK( path )", "QV_RUNTIME_PATH_", true },
+    { qvRuntimeOsToIdentifier, qvRuntimeOsFromIdentifier, 0, 9, "QV_RUNTIME_OS_OK( os )", "" },
+    { qvRuntimeHardwareToIdentifier, qvRuntimeHardwareFromIdentifier, 0, 7, "QV_RUNTIME_HARDWARE_OK( hw )", "" },
+    { qvRuntimeVariantToIdentifier, qvRuntimeVariantFromIdentifier, 0, 1, "QV_RUNTIME_VARIANT_OK( var )", "" },
+    { qvCharsetToString, qvCharsetFromString, 0, 50, "QV_CHARSET_OK( cs )", "QV_CHARSET_", true },
+    { qvCharsetToIanaName, qvCharsetFromIanaName, 0, 50, "QV_CHARSET_OK( cs )", "", false, qvCharsetFromIanaName },
+    { qvUnicodeGencAbbreviation, qvUnicodeGencFromAbbreviation, 0, 29, "QV_UNICODE_GENC_OK( genc )", "", false,
+      qvUnicodeGencFromAbbreviationCaseFold },
+    { qvUnicodeCdmtTag, qvUnicodeCdmtFromTag, 2, 17, "", "<", false, qvUnicodeCdmtFromTagCaseFold },
+    { qvUnicodeScriptName, qvUnicodeScriptFromName, 0, 92, "QV_UNICODE_SCRIPT_OK( script )", "", false,
+      qvUnicodeScriptFromNameCaseFold },
+};
+
+struct Flags
+{
+    Forward  text;
+    Backward value;
+    QV_INT ( *normalize )( QV_INT flags );
+    QV_INT      all; // of those with a name, some of which may stand in each other's way
+    std::string prefix;
+};
+
+const Flags FLAGS[] = {
+    { qvRuntimeFlagsToString, qvRuntimeFlagsFromString, qvRuntimeFlagsNormalize, 0xFFF, "QV_RUNTIME_FLAG_" },
+    { qvCharsetFlagsToString, qvCharsetFlagsFromString, qvCharsetFlagsNormalize, 0xF, "QV_CHARSET_FLAG_" },
+    { qvNlfFlagsToString, qvNlfFlagsFromString, qvNlfFlagsNormalize, 0xFF, "QV_NLF_FLAG_" },
+    { qvFormatFlagsToString, qvFormatFlagsFromString, qvFormatFlagsNormalize, 0xFF, "QV_FORMAT_FLAG_" },
+};
+
+std::string lower( std::string name )
+{
+    for( char &ch : name )
+        ch = static_cast< char >( std::tolower( ch ) );
+
+    return name;
+}
+} // namespace
+
+TEST( Enumerations, NamesLeadToTheirValues )
+{
+    for( const Names &names : NAMES )
+    {
+        std::set< std::string > seen;
+
+        for( QV_INT value = names.first; value <= names.last; value++ )
+        {
+            std::string name = take( names.name( value ) ), number = std::to_string( value );
+            SCOPED_TRACE( name );
+            EXPECT_TRUE( seen.insert( name ).second );
+            EXPECT_EQ( 0, name.find( names.prefix ) );
+            EXPECT_EQ( value, names.value( text( name ) ) );
+            EXPECT_EQ( -1, names.value( text( name + "x" ) ) );
+            EXPECT_EQ( -1, names.value( text( name + " x" ) ) );
+
+            if( names.numbers )
+            {
+                EXPECT_EQ( value, names.value( text( " " + name + "\n" ) ) );
+                EXPECT_EQ( value, names.value( text( "\t" + number + " " ) ) );
+            }
+
+            if( names.anyCase )
+            {
+                EXPECT_EQ( value, names.anyCase( text( lower( name ) ) ) );
+            }
+
+            if( names.anyCase != names.value && lower( name ) != name )
+            {
+                EXPECT_EQ( -1, names.value( text( lower( name ) ) ) );
+            }
+        }
+
+        for( const std::string &none : { std::string(), std::to_string( names.last + 1 ), std::string( "-1" ) } )
+            EXPECT_EQ( -1, names.value( text( none ) ) ) << *seen.begin();
+
+        if( names.contract.empty() )
+            continue;
+
+        for( QV_INT value : { names.first - 1, names.last + 1 } )
+            EXPECT_BROKEN( names.name( value ), names.contract );
+    }
+
+    EXPECT_EQ( 2, qvMonthFromString( text( "feb " ) ) );
+    EXPECT_EQ( -1, qvMonthFromString( text( "ja" ) ) );
+    EXPECT_EQ( QV_UNICODE_SCRIPT_GREEK, qvUnicodeScriptFromNameCaseFold( text( "GREE\u212A" ) ) );
+}
+
+TEST( Enumerations, NamesAreThoseOfTheirConstants )
+{
+#define EXPECT_NAME( function, constant ) EXPECT_EQ( #constant, take( function( constant ) ) )
+    EXPECT_NAME( qvThreadPriorityToString, QV_THREAD_PRIORITY_CRITICAL );
+    EXPECT_NAME( qvRuntimeOsToString, QV_RUNTIME_OS_DEBIAN_7 );
+    EXPECT_NAME( qvRuntimeHardwareToString, QV_RUNTIME_HARDWARE_X64 );
+    EXPECT_NAME( qvRuntimePathToString, QV_RUNTIME_PATH_DATA_TRACE );
+    EXPECT_NAME( qvCharsetToString, QV_CHARSET_UTF_16_BE );
+    EXPECT_NAME( qvUnicodeGencSymName, QV_UNICODE_GENC_OTHER_PRIVATE_USE );
+    EXPECT_NAME( qvUnicodeCccvSymName, QV_UNICODE_CCCV_FIXED_POS_END );
+    EXPECT_NAME( qvUnicodeCdmtSymName, QV_UNICODE_CDMT_COMPAT );
+    EXPECT_NAME( qvUnicodeScriptSymName, QV_UNICODE_SCRIPT_CANADIAN_ABORIGINAL );
+    EXPECT_NAME( qvNlfFlagsToString, QV_NLF_FLAG_PS );
+    EXPECT_NAME( qvCharsetFlagsToString, QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK );
+    EXPECT_NAME( qvRuntimeFlagsToString, QV_RUNTIME_FLAG_MODULE_DEBUG );
+    EXPECT_NAME( qvFormatFlagsToString, QV_FORMAT_FLAG_UPPERCASE );
+
+    EXPECT_EQ( "Debian 7", take( qvRuntimeOsFriendlyName( QV_RUNTIME_OS_DEBIAN_7 ) ) );
+    EXPECT_EQ( "x86 (64 bit)", take( qvRuntimeHardwareFriendlyName( QV_RUNTIME_HARDWARE_X64 ) ) );
+    EXPECT_EQ( "Pi", take( qvUnicodeGencAbbreviation( QV_UNICODE_GENC_PUNCTUATION_INITIAL_QUOTE ) ) );
+    EXPECT_EQ( "Punctuation, Initial", take( qvUnicodeGencDescription( QV_UNICODE_GENC_PUNCTUATION_INITIAL_QUOTE ) ) );
+    EXPECT_EQ( "<noBreak>", take( qvUnicodeCdmtTag( QV_UNICODE_CDMT_NOBREAK ) ) );
+    EXPECT_EQ( nullptr, qvUnicodeCdmtTag( QV_UNICODE_CDMT_CANONICAL ) );
+    EXPECT_EQ( "A vulgar fraction form.", take( qvUnicodeCdmtDescription( QV_UNICODE_CDMT_FRACTION ) ) );
+
+    // Most combining classes have a number only.
+    int named = 0;
+
+    for( QV_INT cccv = 0; cccv < 256; cccv++ )
+    {
+        Ref< QV_STRING > name( qvUnicodeCccvSymName( cccv ) );
+        named += name != nullptr;
+        EXPECT_EQ(
+            !name,
+            take( qvUnicodeCccvDescription( cccv ) ) == "Canonical Combining Class Value " + std::to_string( cccv ) );
+    }
+
+    EXPECT_EQ( 26, named );
+}
+
+TEST( FlagSets, TextsTellWhatIsLeftAfterConflicts )
+{
+    std::mt19937_64 random( 1 );
+
+    for( const Flags &flags : FLAGS )
+    {
+        SCOPED_TRACE( flags.prefix );
+        QV_INT seen = 0;
+
+        for( int round = 0; round < 300; round++ )
+        {
+            // Each one alone, then any with and without those that are none.
+            QV_INT given = round < 64 ? static_cast< QV_INT >( 1ull << round ) : static_cast< QV_INT >( random() );
+            given &= round % 2 && round > 64 ? flags.all : -1;
+            const QV_INT      normal = flags.normalize( given );
+            const std::string names  = take( flags.text( given ) );
+            seen |= normal;
+
+            EXPECT_EQ( 0, normal & ~flags.all );
+            EXPECT_EQ( normal, flags.normalize( normal ) );
+            EXPECT_EQ( normal, flags.value( text( names ) ) ) << names;
+            EXPECT_EQ( normal, flags.value( text( " " + names + " |NONE| 0x0" ) ) ) << names;
+            EXPECT_EQ( normal, flags.value( text( std::to_string( normal ) ) ) );
+            EXPECT_EQ( normal == 0, names.empty() );
+            EXPECT_EQ( normal != 0, names.find( flags.prefix ) == 0 );
+        }
+
+        EXPECT_EQ( flags.all & seen, seen );
+    }
+
+    const struct
+    {
+        QV_INT ( *normalize )( QV_INT flags );
+        QV_INT given, normal;
+    } CONFLICTS[] = {
+        { qvRuntimeFlagsNormalize, 0xFFF, 1 },
+        { qvRuntimeFlagsNormalize, 0x20, 0 },
+        { qvRuntimeFlagsNormalize, 0xFFE, 0xFFE },
+        { qvRuntimeFlagsNormalize, 0x88, 8 },
+        { qvRuntimeFlagsNormalize, 0x198, 0x18 },
+        { qvRuntimeFlagsNormalize, 0x1F0, 0 },
+        { qvCharsetFlagsNormalize, 3, 2 },
+        { qvCharsetFlagsNormalize, -1, 14 },
+        { qvNlfFlagsNormalize, -1, 0xFF },
+        { qvFormatFlagsNormalize, QV_FORMAT_FLAG_LEFTALIGN | QV_FORMAT_FLAG_ZEROPAD, QV_FORMAT_FLAG_LEFTALIGN },
+        { qvFormatFlagsNormalize, QV_FORMAT_FLAG_PLUSPOS | QV_FORMAT_FLAG_BLANKPOS, QV_FORMAT_FLAG_PLUSPOS },
+        { qvFormatFlagsNormalize, QV_FORMAT_FLAG_BASEMNEMONIC | QV_FORMAT_FLAG_BASENUMERIC,
+          QV_FORMAT_FLAG_BASEMNEMONIC },
+    };
+
+    for( const auto &each : CONFLICTS )
+        EXPECT_EQ( each.normal, each.normalize( each.given ) ) << std::hex << each.given;
+
+    EXPECT_EQ( "QV_NLF_FLAG_LF|QV_NLF_FLAG_CRLF", take( qvNlfFlagsToString( 5 ) ) );
+}
