@@ -91,7 +91,7 @@ bool Document::parse( QV_BUFFER *bytes )
     if( byteOrderMark_ )
         qvBufferDelLeading( content.at(), 3 );
 
-    const char      *utf8 = static_cast< const char * >( static_cast< const void * >( qvBufferBacking( content ) ) );
+    const char      *utf8 = reinterpret_cast< const char * >( qvBufferBacking( content ) );
     Ref< QV_STRING > text( qvStringCreateFromUtf8( utf8, qvBufferLength( content ) ) );
 
     const QV_CHAR *chs   = qvStringBacking( text );

@@ -5,8 +5,6 @@
 
 namespace morvane
 {
-using qv::Ref;
-
 namespace
 {
 const char COMMAND[] = "morvane random";

@@ -28,7 +28,7 @@ public:
     /** Reads up to PIECE bytes, what there is at the moment but at least one. 0 at the end and for a failure. What has
         been written is out before it waits for more. */
     QV_INT read( uint8_t *bytes );
-    void   write( QV_BUFFER *bytes );
+    void   write( QV_BUFFER *buf );
 
     /** The name of the input for messages. */
     QV_STRING *inName() const

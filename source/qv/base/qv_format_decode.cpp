@@ -16,12 +16,12 @@
 namespace
 {
 // The values of the ASCII digits and letters.
-constexpr std::array< int8_t, 128 > makeAsciiDigits()
+constexpr std::array< uint8_t, 128 > makeAsciiDigits()
 {
-    std::array< int8_t, 128 > values{};
+    std::array< uint8_t, 128 > values{};
 
     for( int ch = 0; ch < 128; ch++ )
-        values[static_cast< size_t >( ch )] = static_cast< int8_t >(
+        values[static_cast< size_t >( ch )] = static_cast< uint8_t >(
             ch >= '0' && ch <= '9'   ? ch - '0'
             : ch >= 'A' && ch <= 'Z' ? ch - 'A' + 10
             : ch >= 'a' && ch <= 'z' ? ch - 'a' + 10
@@ -30,7 +30,7 @@ constexpr std::array< int8_t, 128 > makeAsciiDigits()
     return values;
 }
 
-constexpr std::array< int8_t, 128 > ASCII_DIGITS = makeAsciiDigits();
+constexpr std::array< uint8_t, 128 > ASCII_DIGITS = makeAsciiDigits();
 
 // Digits as qvUnicodeBaseNDigitValue() has them, without a call for ASCII ones: up to base 10 all decimal digits and up
 // to base 16 all hexadecimal ones, whatever the base.

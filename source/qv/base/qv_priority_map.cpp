@@ -112,7 +112,7 @@ qv::Ref< QV_PRIORITY_MAP > holdPrivate( QV_PRIORITY_MAP **map )
 
 // What must be true after each change, looked at where a map is small and now and then where it is large. The order of
 // the keys the Dicts watch themselves.
-bool isSoundPriorityMap( QV_PRIORITY_MAP *map )
+[[maybe_unused]] bool isSoundPriorityMap( QV_PRIORITY_MAP *map )
 {
     if( map->byPriority->length != map->byObject->length )
         return false;

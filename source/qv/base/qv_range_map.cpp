@@ -37,10 +37,10 @@ public:
         if( length_ == size_ )
         {
             QV_OBJ **old = values_ == near_ ? nullptr : values_;
-            QV_OBJ **far = static_cast< QV_OBJ ** >( qvMemReallocN( old, size_ * 2, sizeof( value ) ) );
+            QV_OBJ **far = static_cast< QV_OBJ ** >( qvMemReallocN( old, size_ * 2, sizeof( QV_OBJ * ) ) );
 
             if( !old )
-                qvMemCopyN( far, near_, length_, sizeof( value ) );
+                qvMemCopyN( far, near_, length_, sizeof( QV_OBJ * ) );
 
             values_ = far;
             size_ *= 2;
@@ -60,7 +60,7 @@ private:
 
 #if QV___ASSERTIONS
 // The range is in order, and so are the bounds to its neighbours.
-bool isSoundRange( QV_RANGE_MAP *map, QV_INT idx )
+[[maybe_unused]] bool isSoundRange( QV_RANGE_MAP *map, QV_INT idx )
 {
     const Entry &range = map->first[idx];
 
@@ -71,7 +71,7 @@ bool isSoundRange( QV_RANGE_MAP *map, QV_INT idx )
 
 // What must be true after each change; the block watches itself. All ranges are looked at where there are few, and now
 // and then.
-bool isSoundRangeMap( [[maybe_unused]] QV_RANGE_MAP *map, [[maybe_unused]] QV_INT idx )
+[[maybe_unused]] bool isSoundRangeMap( [[maybe_unused]] QV_RANGE_MAP *map, [[maybe_unused]] QV_INT idx )
 {
 #if QV___ASSERTIONS
     bool   isWhole = map->length <= 48 || map->length % 64 == 0;

@@ -18,6 +18,7 @@
 #include "qv/sys/qv_utf8_private.h"
 
 #include <string.h>
+#include <type_traits>
 #include <utility>
 
 namespace
@@ -82,7 +83,7 @@ public:
 
         for( QV_INT i = 0; i < text->length; i++ )
         {
-            QV_ASSERT( sizeof( Unit ) == sizeof( QV_CHAR ) || chars[i] < 0x80 );
+            QV_ASSERT( (std::is_same_v< Unit, QV_CHAR >) || chars[i] < 0x80 );
             to[i] = static_cast< Unit >( chars[i] );
         }
 

@@ -13,8 +13,8 @@ void linkSort( QV_OBJ *result )
 {
     QV_MODULE *module = result->sort->module;
 
-    QV_CHECK( result->sort->sortsNext == NULL );
-    QV_CHECK( result->sort->sortsPrevious == NULL );
+    QV_CHECK_AS( !result->sort->sortsNext, "result->sort->sortsNext == NULL" );
+    QV_CHECK_AS( !result->sort->sortsPrevious, "result->sort->sortsPrevious == NULL" );
 
     result->sort->sortsPrevious = module->sortsLast;
 

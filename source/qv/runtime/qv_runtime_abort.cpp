@@ -28,7 +28,7 @@ void setAction( int signum, void ( *action )( int, siginfo_t *, void * ) )
         sigact.sa_handler = SIG_DFL;
     }
 
-    QV_CHECK( 0 == sigaction( signum, &sigact, NULL ) );
+    QV_CHECK_AS( sigaction( signum, &sigact, nullptr ) == 0, "0 == sigaction( signum, &sigact, NULL )" );
 }
 
 // The report file of this run has a name of its own, which is made at the start, since a report allocates nothing.

@@ -21,7 +21,8 @@ bool holdsItsSegments( int file, uint64_t size )
     ElfW( Ehdr ) head;
     ElfW( Phdr ) segment;
 
-    if( !readAt( file, 0, &head ) || memcmp( head.e_ident, ELFMAG, SELFMAG ) || head.e_phentsize != sizeof( segment ) )
+    if( !readAt( file, 0, &head ) || memcmp( head.e_ident, ELFMAG, SELFMAG ) != 0
+        || head.e_phentsize != sizeof( segment ) )
         return true;
 
     for( uint64_t i = 0; i < head.e_phnum; i++ )

@@ -31,7 +31,8 @@ bool machineHas32()
 
 int32_t bestKernel()
 {
-    return machineHas32() ? VECTORS_32 : QV___VECTORS_16 ? VECTORS_16 : PLAIN;
+    QV_INT best = machineHas32() ? VECTORS_32 : QV___VECTORS_16 ? VECTORS_16 : PLAIN;
+    return static_cast< int32_t >( best );
 }
 } // namespace
 
@@ -58,17 +59,21 @@ QV_INT qv::findLastChar( const QV_CHAR *chs, QV_INT count, QV_CHAR ch )
 {
 #if QV___VECTORS_16
     if( has16() )
+    {
+        const Four wanted = repeat( ch );
+
         while( count >= 16 )
         {
             const QV_CHAR *last = chs + count - 16;
 
             if( anyTopBit(
-                    ( load( last ) == ch ) | ( load( last + 4 ) == ch ) | ( load( last + 8 ) == ch )
-                    | ( load( last + 12 ) == ch ) ) )
+                    ( load( last ) == wanted ) | ( load( last + 4 ) == wanted ) | ( load( last + 8 ) == wanted )
+                    | ( load( last + 12 ) == wanted ) ) )
                 break;
 
             count -= 16;
         }
+    }
 #endif
 
     while( count > 0 && chs[count - 1] != ch )
@@ -88,8 +93,8 @@ public:
     {
 #if QV___VECTORS_16
         has16_ = has16();
-        first_ = Four{} + sub[0];
-        last_  = Four{} + sub[subLength - 1];
+        first_ = repeat( sub[0] );
+        last_  = repeat( sub[subLength - 1] );
 #endif
     }
 

@@ -78,6 +78,12 @@ inline void store( QV_CHAR *chs, Four four )
     _mm_storeu_si128( reinterpret_cast< __m128i * >( chs ), (__m128i)four );
 }
 
+/** Four times the same. */
+inline Four repeat( QV_CHAR ch )
+{
+    return Four{} + static_cast< uint32_t >( ch ); // a compiler fails on characters beside vectors
+}
+
 /** True when one of the four has its topmost bit set. */
 template< class Vector >
 inline bool anyTopBit( Vector four )
