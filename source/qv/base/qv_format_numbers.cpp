@@ -268,9 +268,10 @@ QV_CHAR *writeFractionOfReal( QV_CHAR *to, QV_REAL value, QV_REAL base, QV_INT c
 }
 
 // The digits that writeFractionOfReal() writes in base 10, in a fraction of the time. Holds for a value from 0 to below
-// 1 and at most 15 places, and for any value without places. Both functions make the same products. The other one subtracts from a product what the
-// digits before make of it, divides by 10 and multiplies by 10 again; that does not carry it past an integer, so that
-// each digit is the last one of its product's integer part. The integer part of the last product has all of them.
+// 1 and at most 15 places, and for any value without places. Both functions make the same products. The other one
+// subtracts from a product what the digits before make of it, divides by 10 and multiplies by 10 again; that does not
+// carry it past an integer, so that each digit is the last one of its product's integer part. The integer part of the
+// last product has all of them.
 QV_CHAR *writeDecimalFraction( QV_CHAR *to, QV_REAL *value, int count )
 {
     QV_ASSERT( count == 0 || ( *value >= 0.0 && *value < 1.0 && count <= 15 ) );
