@@ -37,6 +37,8 @@
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
 /** Of the driver: an operation begins at an offset of the input. Null under libFuzzer. */
 extern "C" void qvFuzzStep( size_t offset ) __attribute__( ( weak ) );
 
@@ -588,6 +590,11 @@ int run( Body body )
     start();
     QV_INT before = liveObjects();
     body();
+
+    // The timer thread may have some of its own for a moment.
+    for( int tries = 0; tries < 10000 && liveObjects() != before; tries++ )
+        usleep( 1000 );
+
     require( liveObjects() == before );
 
     return 0;
