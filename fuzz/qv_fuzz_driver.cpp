@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -33,7 +34,7 @@ const int ROUNDS = 100;
 const int ROUNDS = 2000;
 #endif
 
-const int      TRIES   = 2000; // how often an input that fails is tried in shorter forms
+const int      TRIES   = 2000; // how often an input that fails is tried in shorter forms, in SECONDS at most
 const unsigned SECONDS = 60;   // an input that takes longer hangs
 
 // What the child is about to run, as the parent sees it.
@@ -150,9 +151,10 @@ bool passes( bool quiet, Body body )
 // left still fails.
 std::string shrunk( std::string input )
 {
-    int  tries = TRIES;
-    auto fails = [&]( const std::string &shorter )
-    { return tries-- > 0 && !passes( true, [&] { runOne( shorter ); } ); };
+    int    tries = TRIES;
+    time_t end   = time( nullptr ) + SECONDS;
+    auto   fails = [&]( const std::string &shorter )
+    { return tries-- > 0 && time( nullptr ) < end && !passes( true, [&] { runOne( shorter ); } ); };
 
     // Where the pieces that can be dropped begin, and the end of the last one.
     auto bounds = [&]( bool operations )

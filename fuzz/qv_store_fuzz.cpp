@@ -324,12 +324,23 @@ struct StoreWalk : SlotWalk< StoreWalk, QV_STORE, Doc, qvStoreCreate >
 
         if( in.flag() )
         {
-            Text name = anAddress(), value = in.text( 60 );
-            madeValue = stringOf( value );
-            qvStoreSetValue( sub.at(), stringOf( name ), madeValue );
-            qvStoreSetStore( slot.ref.at(), made, sub );
-            at->second.values[name] = value;
-            return;
+            Text  name = anAddress(), value = in.text( 60 );
+            Slot &other = any();
+            madeValue   = stringOf( value );
+
+            // With a sub-store of its own address it is both what is merged and what something is merged into.
+            if( value.empty() && slot.model.size() + other.model.size() < 400 )
+            {
+                qvStoreSetStore( sub.at(), made, other.ref );
+                at->second.stores[at->first] = Doc( other.model );
+            }
+            else
+            {
+                qvStoreSetValue( sub.at(), stringOf( name ), madeValue );
+                at->second.values[name] = value;
+            }
+
+            return qvStoreSetStore( slot.ref.at(), made, sub );
         }
 
         QV_STORE *borrowed = borrow( sub.give() );
