@@ -57,14 +57,16 @@ QV_INT qv___VectorsForceKernel( QV_INT kernel )
 QV_INT qv::findLastChar( const QV_CHAR *chs, QV_INT count, QV_CHAR ch )
 {
 #if QV___VECTORS_16
+    const uint32_t unit = ch; // clang takes no character as an operand beside a vector
+
     if( has16() )
         while( count >= 16 )
         {
             const QV_CHAR *last = chs + count - 16;
 
             if( anyTopBit(
-                    ( load( last ) == ch ) | ( load( last + 4 ) == ch ) | ( load( last + 8 ) == ch )
-                    | ( load( last + 12 ) == ch ) ) )
+                    ( load( last ) == unit ) | ( load( last + 4 ) == unit ) | ( load( last + 8 ) == unit )
+                    | ( load( last + 12 ) == unit ) ) )
                 break;
 
             count -= 16;
@@ -88,8 +90,8 @@ public:
     {
 #if QV___VECTORS_16
         has16_ = has16();
-        first_ = Four{} + sub[0];
-        last_  = Four{} + sub[subLength - 1];
+        first_ = Four{} + static_cast< uint32_t >( sub[0] );
+        last_  = Four{} + static_cast< uint32_t >( sub[subLength - 1] );
 #endif
     }
 
