@@ -335,7 +335,7 @@ struct BufferWalk : SlotWalk< BufferWalk, QV_BUFFER, Model, qvBufferCreate >
         QV_INT few = std::min< QV_INT >( count, 64 );
         require( bitsOf( qvBufferBitReadBits( slot.ref, offset, few ), few ) == part( range, 0, few ) );
 
-        // What lies behind the last bit does not count.
+        // What lies after the last bit does not count.
         Ref< QV_BUFFER > start( qvBufferBitRead( slot.ref, 0, count ) ), cut( qvBufferCreateFrom( slot.ref ) );
         qvBufferBitDelTrailing( cut.at(), length - count );
         require(

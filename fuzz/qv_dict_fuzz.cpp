@@ -36,19 +36,12 @@ struct Key
 
     Ref< QV_OBJ > object() const
     {
-        switch( kind )
-        {
-        case BOOL:
-            return Ref< QV_OBJ >( qvBoxedBoolObj( qvBoxedBoolCreate( number != 0 ) ) );
-        case INT:
-            return boxedInt( number );
-        case NONE:
-            return Ref< QV_OBJ >( qvBoxedNullObj( qvBoxedNullCreate() ) );
-        case REAL:
-            return Ref< QV_OBJ >( qvBoxedRealObj( qvBoxedRealCreate( static_cast< QV_REAL >( number ) / 2 ) ) );
-        default:
-            return Ref< QV_OBJ >( qvStringObj( stringOf( text ).give() ) );
-        }
+        return kind == INT ? boxedInt( number )
+                           : Ref< QV_OBJ >(
+                                 kind == BOOL   ? qvBoxedBoolObj( qvBoxedBoolCreate( number != 0 ) )
+                                 : kind == NONE ? qvBoxedNullObj( qvBoxedNullCreate() )
+                                 : kind == REAL ? qvBoxedRealObj( qvBoxedRealCreate( double( number ) / 2 ) )
+                                                : qvStringObj( stringOf( text ).give() ) );
     }
 };
 

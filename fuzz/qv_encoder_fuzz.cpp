@@ -135,47 +135,38 @@ struct EncoderWalk : Walk
     {
         QV_INT number = in.number();
 
-        switch( in.below( 7 ) )
+        QV_INT how = in.below( 7 );
+
+        if( how == 0 )
         {
-        case 0:
             qvEncoderEncodeBool( encoder, number > 0 );
             bytes += static_cast< char >( number > 0 );
-            return;
-        case 1:
-        case 2:
+        }
+        else if( how < 3 )
+        {
             qvEncoderEncodeInt( encoder, number );
             bytes += encodedInt( number );
-            return;
-        case 3:
+        }
+        else if( how == 3 )
         {
             QV_CHAR ch = in.character();
             qvEncoderEncodeChar( encoder, ch );
             bytes += encodedChars( Text( 1, ch ) );
-            return;
         }
-        case 4:
-        {
-            Text text = in.text( 2000 );
-            qvEncoderEncodeChars( encoder, text.data(), lengthOf( text ) );
-            bytes += encodedChars( text );
-            return;
-        }
-        case 5:
+        else if( how < 6 )
         {
             Text             text     = in.text( 2000 );
-            bool             optional = in.flag(), null = optional && in.flag();
+            bool             optional = how == 5 && in.flag(), null = optional && in.flag();
             Ref< QV_STRING > qvs = stringOf( text );
 
-            if( optional )
-                bytes += static_cast< char >( !null ),
-                    qvEncoderEncodeOptionalString( encoder, null ? nullptr : qvs.get() );
-            else
-                qvEncoderEncodeString( encoder, qvs );
-
-            bytes += null ? "" : encodedText( text );
-            return;
+            how == 4   ? qvEncoderEncodeChars( encoder, text.data(), lengthOf( text ) )
+            : optional ? qvEncoderEncodeOptionalString( encoder, null ? nullptr : qvs.get() )
+                       : qvEncoderEncodeString( encoder, qvs );
+            bytes += optional ? std::string( 1, static_cast< char >( !null ) ) : "";
+            bytes += how == 4 ? encodedChars( text ) : null ? "" : encodedText( text );
         }
-        default:
+        else
+        {
             // Any objects, which are written as their texts.
             Ref< QV_VECTOR > vec( qvVectorCreate() );
             QV_INT           count = in.below( 5 );

@@ -47,7 +47,7 @@ struct Conversion
         return left ? head + digits + pad : zero ? head + pad + digits : pad + head + digits;
     }
 
-    // Digits behind the precision of a real may come to a value that no character stands for.
+    // Digits after the precision of a real may come to a value that no character stands for.
     char32_t digit( double value ) const
     {
         value = std::trunc( std::fabs( value ) );
@@ -166,7 +166,7 @@ struct FormatWalk : Walk
         }
     }
 
-    // Another conversion stands behind, so that arguments must not be mixed up.
+    // Another conversion comes after it, so that arguments must not be mixed up.
     template< class T >
     void run( const char *name, T argument, const Text &expected )
     {

@@ -54,7 +54,7 @@ void runOne( const std::string &input )
     shared->size  = std::min( input.size(), sizeof( shared->data ) );
     memcpy( shared->data, input.data(), shared->size );
 
-    // What lies behind the input is not its own.
+    // What lies after the input is not its own.
     std::vector< uint8_t > exact( shared->data, shared->data + shared->size );
     alarm( SECONDS );
     LLVMFuzzerTestOneInput( exact.data(), exact.size() );
@@ -69,33 +69,13 @@ std::string contents( const std::filesystem::path &file )
 // Uniform bytes for the walks, and for the readers texts of pieces that they know.
 std::string randomInput( std::mt19937 &random )
 {
+    // clang-format off
     static const std::string PIECES[] = {
-        "a=1\n",
-        "a.b=",
-        "a.",
-        ".",
-        "=",
-        "%",
-        "%%",
-        "%00000a",
-        "%110000",
-        "\r\n",
-        "\xc2\x85",
-        "\xe2\x80\xa8",
-        "\xef\xbb\xbf",
-        "\xf0\x9f\x98\x80",
-        "\xc0\x80",
-        "\xed\xa0\x80",
-        "\xf4\x90\x80\x80",
-        "\x7f\x7f\x7f",
-        "\x88\x80",
-        "\x01\x01\x01\x01\x61",
-        std::string( "\x00\x01\x00", 3 ),
-        std::string( "\xff\xfe\x00\xd8", 4 ),
-        "0x7f",
-        "-9223372036854775808",
-        "TRUE",
-        "1,5" };
+        "a=1\n", "a.b=", "a.", ".", "=", "%", "%%", "%00000a", "%110000", "\r\n", "\xc2\x85", "\xe2\x80\xa8",
+        "\xef\xbb\xbf", "\xf0\x9f\x98\x80", "\xc0\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\x7f\x7f\x7f",
+        "\x88\x80", "\x01\x01\x01\x01\x61", std::string( "\x00\x01\x00", 3 ), std::string( "\xff\xfe\x00\xd8", 4 ),
+        "0x7f", "-9223372036854775808", "TRUE", "1,5" };
+    // clang-format on
 
     bool        pieces = random() % 2;
     std::string input;

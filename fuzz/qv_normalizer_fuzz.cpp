@@ -69,7 +69,7 @@ Text normalized( const Text &text, QV_INT form )
         return whole;
 
     size_t starter = Text::npos;
-    QV_INT last    = 0; // the class of the character in front, if it stands between
+    QV_INT last    = 0; // the class of the character before, if it stands between
 
     for( char32_t ch : whole )
     {

@@ -80,7 +80,7 @@ Text terminator( QV_INT flags )
 
 /* Sinks that fail and sources that do ------------------------------------------------------------------------------ */
 
-size_t      limit;    // how many bytes the sink takes, or the source gives, before it fails
+size_t      limit;    // how many bytes the sink takes, or the source delivers, before it fails
 std::string received; // what the sink took
 bool        failed;   // after that it must not be called again
 
@@ -236,7 +236,7 @@ struct StreamWalk : Walk
         expected += span.form <= OUTER ? span.of( text ) : text;
     }
 
-    // A chain of its own whose bottom fails: every call behind the first failure fails and goes no further, and what
+    // A chain of its own whose bottom fails: every call after the first failure fails and goes no further, and what
     // was taken is the beginning of what was written.
     void fail()
     {
