@@ -127,6 +127,13 @@ struct StringWalk : SlotWalk< StringWalk, QV_STRING, Model, qvStringCreate >
         if( slot.model.length() > 20000 )
             return;
 
+        // As many as there are free places, or one more or less.
+        if( more.empty() )
+        {
+            more = Text( static_cast< size_t >( std::max< QV_INT >( slot.model.back + at % 3 - 1, 0 ) ), U'f' );
+            at   = slot.model.length();
+        }
+
         if( lengthOf( more ) == 1 )
             qvStringInsertChar( slot.ref.at(), at, more[0] );
         else
