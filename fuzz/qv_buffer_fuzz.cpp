@@ -22,21 +22,6 @@ Bits bitsOf( const uint8_t *bytes, QV_INT count )
     return bits;
 }
 
-bool same( const uint8_t *bytes, const Bits &bits )
-{
-    size_t i = 0;
-
-    for( bool bit : bits )
-    {
-        if( bit != ( bytes[i / 8] >> ( 7 - i % 8 ) & 1 ) )
-            return false;
-
-        i++;
-    }
-
-    return true;
-}
-
 Bits bitsOf( uint64_t value, QV_INT count )
 {
     Bits bits( static_cast< size_t >( count ) );
@@ -47,20 +32,13 @@ Bits bitsOf( uint64_t value, QV_INT count )
     return bits;
 }
 
-struct Model
+struct Model : Ends< Model, Bits > // the free places are bits
 {
-    Bits   bits;
-    QV_INT front = 0, back = 0; // in bits
-    bool   block = false, foreign = false;
-
-    QV_INT length() const
-    {
-        return static_cast< QV_INT >( bits.size() );
-    }
+    bool block = false, foreign = false;
 
     QV_INT declared() const
     {
-        return foreign ? 0 : ( front + length() + back ) / 8;
+        return foreign ? 0 : places() / 8;
     }
 
     // A new block for `length` bits with free space at both ends, none for nothing.
@@ -72,20 +50,15 @@ struct Model
         back    = block ? ( length + 1920 + 7 ) / 8 * 8 - 640 - length : 0;
     }
 
-    void own( bool shared )
+    void copy()
     {
-        if( shared || foreign )
-            rebuild( length() );
+        rebuild( length() );
     }
 
-    void insert( bool shared, QV_INT at, const Bits &more )
+    void makeRoom( QV_INT at, QV_INT count )
     {
-        QV_INT count = static_cast< QV_INT >( more.size() ), before = length();
-
-        if( count == 0 )
-            return;
-
-        own( shared );
+        own( foreign );
+        QV_INT before = length();
 
         if( !block )
             rebuild( count );
@@ -103,17 +76,14 @@ struct Model
             back -= count;
         else
             front -= count - back / 8 * 8, back %= 8;
-
-        bits.insert( bits.begin() + at, more.begin(), more.end() );
     }
 
-    void write( bool shared, QV_INT at, const Bits &more )
+    void write( QV_INT at, const Bits &more )
     {
-        if( more.empty() )
-            return;
+        if( !more.empty() )
+            own( foreign );
 
-        own( shared );
-        std::copy( more.begin(), more.end(), bits.begin() + at );
+        std::copy( more.begin(), more.end(), items.begin() + at );
     }
 
     void compact()
@@ -122,63 +92,57 @@ struct Model
             rebuild( length() );
     }
 
-    void erase( bool shared, QV_INT offset, QV_INT count )
+    void erase( QV_INT offset, QV_INT count )
     {
-        QV_INT behind = length() - offset - count;
+        QV_INT after = length() - offset - count;
 
-        if( count == length() )
-            *this = Model();
-
-        if( count == 0 || bits.empty() )
-            return;
-
-        if( behind > 0 && ( offset % 8 || count % 8 ) )
+        if( count > 0 && count < length() && after > 0 && ( offset % 8 || count % 8 ) )
         {
             Model rest;
-            rest.insert( false, 0, part( bits, 0, offset ) );
-            rest.insert( false, offset, part( bits, offset + count, behind ) );
+            rest.insert( 0, part( items, 0, offset ) );
+            rest.insert( offset, part( items, offset + count, after ) );
             *this = rest;
             return;
         }
 
-        if( shared || ( foreign && offset > 0 && behind > 0 ) )
+        if( count > 0 && foreign && offset > 0 && after > 0 ) // what is cut at an end stays where it is
             rebuild( length() );
 
-        ( offset == 0 ? front : back ) += count;
-        bits = without( bits, offset, count );
-        compact();
+        Ends::erase( offset, count );
     }
 
-    void keep( bool shared, QV_INT offset, QV_INT count )
+    void keep( QV_INT offset, QV_INT count )
     {
         if( count == length() )
             return;
 
-        if( count > 0 && offset % 8 == 0 )
+        if( count == 0 || offset % 8 )
         {
-            if( shared )
-                rebuild( length() );
-
-            front += offset;
-            back += length() - offset - count;
-            bits = part( bits, offset, count );
-            return compact();
+            items = part( items, offset, count );
+            return rebuild( count );
         }
 
-        bits = part( bits, offset, count );
-        rebuild( count );
+        if( shared )
+            rebuild( length() );
+
+        front += offset;
+        back += length() - offset - count;
+        items = part( items, offset, count );
+        compact();
     }
 };
 
-struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
+struct BufferWalk : SlotWalk< BufferWalk, QV_BUFFER, Model, qvBufferCreate >
 {
-    std::vector< uint8_t > memory;
+    std::vector< uint8_t > memory, memoryBefore;
     Ref< QV_OBJ >          owner = boxedInt( 0 );
 
     BufferWalk( const uint8_t *data, size_t size ) : SlotWalk( data, size ), memory( 300 )
     {
         for( size_t i = 0; i < memory.size(); i++ )
             memory[i] = static_cast< uint8_t >( i * i );
+
+        memoryBefore = memory;
     }
 
     // Bits or bytes: what is drawn is in units of them.
@@ -191,27 +155,23 @@ struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
 
     void create()
     {
-        Slot &to = slots.any( in ), &from = slots.any( in );
+        Slot &to = any(), &from = any();
         Model model;
 
         switch( in.below( 5 ) )
         {
         case 0:
             model.foreign = model.block = true;
-            model.bits                  = bitsOf( memory.data(), static_cast< QV_INT >( memory.size() ) * 8 );
-            return to.set(
-                qvBufferCreateFromBytesUseWithRef( memory.data(), static_cast< QV_INT >( memory.size() ), owner ),
-                model );
+            model.items                 = bitsOf( memory.data(), lengthOf( memory ) * 8 );
+            return to.set( qvBufferCreateFromBytesUseWithRef( memory.data(), lengthOf( memory ), owner ), model );
         case 1:
         {
             QV_INT count = in.length( 300 );
             auto  *block = static_cast< uint8_t * >( qvMemAlloc( count + 1 ) );
             std::copy( memory.begin(), memory.begin() + count, block );
-            model.bits = bitsOf( block, count * 8 );
-            to.set( qvBufferCreateFromBytesUse( block, count ), Model() );
+            model.items = bitsOf( block, count * 8 );
             model.block = count > 0;
-            to.model    = model;
-            return;
+            return to.set( qvBufferCreateFromBytesUse( block, count ), model );
         }
         case 2:
             model = from.model;
@@ -231,8 +191,8 @@ struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
         Slot &dest, bool self, const Bits &bits, Writing writing, Inserting inserting, Prepending prepending,
         Appending appending, A... arguments )
     {
-        bool   shared = slots.shared( dest ) || self;
-        QV_INT length = dest.model.length(), count = static_cast< QV_INT >( bits.size() );
+        dest.model.shared |= self;
+        QV_INT length = dest.model.length(), count = lengthOf( bits );
         QV_INT how = in.below( 4 );
 
         if( how == 0 && count > length )
@@ -243,19 +203,13 @@ struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
 
         QV_INT at = how == 0 ? upTo( length - count ) : how == 1 ? upTo( length ) : how == 2 ? 0 : length;
 
-        if( how == 0 )
-            writing( dest.ref.at(), at / unit, arguments... );
-        else if( how == 1 )
-            inserting( dest.ref.at(), at / unit, arguments... );
-        else if( how == 2 )
-            prepending( dest.ref.at(), arguments... );
+        if( how < 2 )
+            how == 0 ? writing( dest.ref.at(), at / unit, arguments... )
+                     : inserting( dest.ref.at(), at / unit, arguments... );
         else
-            appending( dest.ref.at(), arguments... );
+            how == 2 ? prepending( dest.ref.at(), arguments... ) : appending( dest.ref.at(), arguments... );
 
-        if( how == 0 )
-            dest.model.write( shared, at, bits );
-        else
-            dest.model.insert( shared, at, bits );
+        how == 0 ? dest.model.write( at, bits ) : dest.model.insert( at, bits );
     }
 
 // The four operations of a suffix, in bits or in bytes.
@@ -268,10 +222,10 @@ struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
     void copy()
     {
         unit        = in.flag() ? 8 : 1;
-        Slot  &dest = slots.any( in ), &src = slots.any( in );
+        Slot  &dest = any(), &src = any();
         bool   self = dest.ref.get() == src.ref.get();
         Span   span = in.span( src.model.length(), in.below( 5 ), unit );
-        Bits   bits = span.of( src.model.bits );
+        Bits   bits = span.of( src.model.items );
         QV_INT a = span.offset / unit, b = span.count / unit;
 
         switch( span.form )
@@ -292,7 +246,7 @@ struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
     void put()
     {
         unit          = in.flag() ? 8 : 1;
-        Slot  &dest   = slots.any( in );
+        Slot  &dest   = any();
         QV_INT number = in.number(), few = in.upTo( 64 ), many = in.length( 300 ) * unit;
 
         switch( in.below( 6 ) )
@@ -314,8 +268,7 @@ struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
             return PUT( dest, false, Bits( static_cast< size_t >( many ), true ), One, many / unit );
         default:
             // Counts by the length, also where it goes elsewhere.
-            bool   shared = slots.shared( dest );
-            QV_INT at     = upTo( dest.model.length() );
+            QV_INT at = upTo( dest.model.length() );
 
             if( at == 0 )
                 ( unit == 1 ? qvBufferBitPrependAlignment : qvBufferPrependAlignment )( dest.ref.at() );
@@ -324,45 +277,43 @@ struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
             else
                 ( unit == 1 ? qvBufferBitInsertAlignment : qvBufferInsertAlignment )( dest.ref.at(), at / unit );
 
-            dest.model.insert( shared, at, Bits( static_cast< size_t >( -dest.model.length() & 7 ) ) );
+            dest.model.insert( at, Bits( static_cast< size_t >( -dest.model.length() & 7 ) ) );
         }
     }
 
     void erase()
     {
-        unit         = in.flag() ? 8 : 1;
-        Slot &slot   = slots.any( in );
-        bool  shared = slots.shared( slot );
-        Span  span   = in.span( slot.model.length(), LEADING + in.below( 4 ), unit );
+        unit       = in.flag() ? 8 : 1;
+        Slot &slot = any();
+        Span  span = in.span( slot.model.length(), LEADING + in.below( 4 ), unit );
 
         if( unit == 1 )
             CALL_PART( qvBufferBitDel, span, 1, slot.ref.at() );
         else
             CALL_PART( qvBufferDel, span, 8, slot.ref.at() );
 
-        span.erase( slot.model, shared );
+        span.erase( slot.model );
     }
 
     // Byte by byte at an end, as blocks fill up and empty.
     void many()
     {
-        Slot  &slot = slots.any( in );
+        Slot  &slot = any();
         QV_INT how = in.below( 4 ), count = in.length( 500 );
 
         for( ; count > 0; count-- )
         {
-            bool   shared = slots.shared( slot );
             QV_INT length = slot.model.length(), at = how % 2 ? length : 0;
 
             if( how < 2 )
             {
                 ( how ? qvBufferAppendByte : qvBufferPrependByte )( slot.ref.at(), static_cast< uint8_t >( count ) );
-                slot.model.insert( shared, at, bitsOf( static_cast< uint64_t >( count ), 8 ) );
+                slot.model.insert( at, bitsOf( static_cast< uint64_t >( count ), 8 ) );
             }
             else if( length >= 8 )
             {
                 ( how == 3 ? qvBufferDelTrailing : qvBufferDelLeading )( slot.ref.at(), 1 );
-                slot.model.erase( shared, how == 3 ? length - 8 : 0, 8 );
+                slot.model.erase( how == 3 ? length - 8 : 0, 8 );
             }
         }
     }
@@ -370,9 +321,9 @@ struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
     // Every way to read, at any place.
     void look()
     {
-        Slot  &slot = slots.any( in ), &other = slots.any( in );
+        Slot  &slot = any(), &other = any();
         QV_INT length = slot.model.length(), offset = in.upTo( length ), count = in.upTo( length - offset );
-        Bits   range = part( slot.model.bits, offset, count );
+        Bits   range = part( slot.model.items, offset, count );
 
         Ref< QV_BUFFER > read( qvBufferBitRead( slot.ref, offset, count ) );
         require( bitsOf( qvBufferBacking( read ), qvBufferBitLength( read ) ) == range );
@@ -384,34 +335,26 @@ struct BufferWalk : SlotWalk< QV_BUFFER, Model, qvBufferCreate >
         QV_INT few = std::min< QV_INT >( count, 64 );
         require( bitsOf( qvBufferBitReadBits( slot.ref, offset, few ), few ) == part( range, 0, few ) );
 
-        // What lies behind the last bit does not count.
+        // What lies after the last bit does not count.
         Ref< QV_BUFFER > start( qvBufferBitRead( slot.ref, 0, count ) ), cut( qvBufferCreateFrom( slot.ref ) );
         qvBufferBitDelTrailing( cut.at(), length - count );
         require(
             qvBufferCompare( start, cut ) == 0 && qvBufferCompare( start, slot.ref ) == ( count == length ? 0 : -1 ) );
 
-        const Bits &a = slot.model.bits, &b = other.model.bits;
+        const Bits &a = slot.model.items, &b = other.model.items;
         require( qvBufferCompare( slot.ref, other.ref ) == ( a == b ? 0 : a < b ? -1 : 1 ) );
         require( qvBufferLength( slot.ref ) == length / 8 && qvBufferBitIsAligned( slot.ref ) == ( length % 8 == 0 ) );
     }
 
-    void check()
+    void compare( Slot &slot ) const
     {
-        for( Slot &slot : slots.slots )
-        {
-            require( qvBufferBitLength( slot.ref ) == slot.model.length() );
-            require( same( qvBufferBacking( slot.ref ), slot.model.bits ) );
-            require( declared( slot.ref.get() ) == slot.model.declared() );
-        }
-
-        slots.checkCounts();
-
-        for( size_t i = 0; i < memory.size(); i++ )
-            require( memory[i] == static_cast< uint8_t >( i * i ) );
+        require( qvBufferBitLength( slot.ref ) == slot.model.length() );
+        require( bitsOf( qvBufferBacking( slot.ref ), slot.model.length() ) == slot.model.items );
+        require( declared( slot.ref.get() ) == slot.model.declared() );
+        require( memory == memoryBefore );
     }
 };
 } // namespace
 
 QV_FUZZ_WALK(
-    BufferWalk, OP( share ) OP( create ) OP( copy ) OP( copy ) OP( copy ) OP( put ) OP( put ) OP( put ) OP( erase )
-                    OP( erase ) OP( many ) OP( look ) )
+    BufferWalk, OP( share, 1 ) OP( create, 1 ) OP( copy, 3 ) OP( put, 3 ) OP( erase, 2 ) OP( many, 1 ) OP( look, 1 ) )

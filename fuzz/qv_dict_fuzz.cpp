@@ -28,27 +28,20 @@ enum Kind
 
 struct Key
 {
-    int            kind;
-    QV_INT         number; // a Real is half of it
-    std::u32string text;
+    int    kind;
+    QV_INT number; // a Real is half of it
+    Text   text;
 
     auto operator<=>( const Key & ) const = default;
 
     Ref< QV_OBJ > object() const
     {
-        switch( kind )
-        {
-        case BOOL:
-            return Ref< QV_OBJ >( qvBoxedBoolObj( qvBoxedBoolCreate( number != 0 ) ) );
-        case INT:
-            return boxedInt( number );
-        case NONE:
-            return Ref< QV_OBJ >( qvBoxedNullObj( qvBoxedNullCreate() ) );
-        case REAL:
-            return Ref< QV_OBJ >( qvBoxedRealObj( qvBoxedRealCreate( static_cast< QV_REAL >( number ) / 2 ) ) );
-        default:
-            return Ref< QV_OBJ >( qvStringObj( stringOf( text ).give() ) );
-        }
+        return kind == INT ? boxedInt( number )
+                           : Ref< QV_OBJ >(
+                                 kind == BOOL   ? qvBoxedBoolObj( qvBoxedBoolCreate( number != 0 ) )
+                                 : kind == NONE ? qvBoxedNullObj( qvBoxedNullCreate() )
+                                 : kind == REAL ? qvBoxedRealObj( qvBoxedRealCreate( double( number ) / 2 ) )
+                                                : qvStringObj( stringOf( text ).give() ) );
     }
 };
 
@@ -64,18 +57,21 @@ const QV_INT NO_NUMBER = -1;
 struct Model
 {
     std::map< Key, Entry > map;
-    QV_INT                 alloc = 0;
+    QV_INT                 alloc  = 0;
+    bool                   shared = false;
 
     QV_INT length() const
     {
-        return static_cast< QV_INT >( map.size() );
+        return lengthOf( map );
     }
 
     // A copy has the block that entering its entries one by one leads to.
-    void own( bool shared )
+    void own( bool also = false )
     {
-        if( shared )
+        if( shared || also )
             alloc = ( length() + 31 ) / 32 * 32;
+
+        shared = false;
     }
 
     void set( const Key &key, Entry entry )
@@ -94,26 +90,20 @@ struct Model
             alloc = length();
     }
 
-    // True if there was such an entry.
-    bool erase( bool shared, const Key &key )
+    void erase( const Key &key )
     {
         if( !map.contains( key ) )
-            return false;
+            return;
 
-        own( shared && length() > 1 );
+        if( length() > 1 )
+            own();
+
         map.erase( key );
         erased();
-
-        return true;
-    }
-
-    auto at( QV_INT idx )
-    {
-        return std::next( map.begin(), idx );
     }
 };
 
-struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
+struct DictWalk : SlotWalk< DictWalk, QV_DICT, Model, qvDictCreate >
 {
     using SlotWalk::SlotWalk;
 
@@ -123,7 +113,7 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
 
     Slot &destination()
     {
-        changed = &slots.any( in );
+        changed = &any();
         keyObj.reset();
         valueObj.reset();
         return *changed;
@@ -155,7 +145,7 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
 
         if( slot.model.length() > 0 && in.below( 4 ) )
         {
-            auto at = slot.model.at( in.upTo( slot.model.length() - 1 ) );
+            auto at = std::next( slot.model.map.begin(), in.index( slot.model.map ) );
             key     = at->first;
             *obj    = at->second.key;
 
@@ -172,7 +162,7 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
     Entry value( Slot &slot )
     {
         if( slot.model.length() > 0 && in.flag() )
-            return slot.model.at( in.upTo( slot.model.length() - 1 ) )->second;
+            return std::next( slot.model.map.begin(), in.index( slot.model.map ) )->second;
 
         QV_INT number = in.below( 6 );
         valueObj      = boxedInt( number );
@@ -182,12 +172,11 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
 
     void set()
     {
-        Slot &slot   = destination();
-        bool  shared = slots.shared( slot );
-        Entry entry  = value( slot );
-        Key   k      = key( slot, &entry.key );
+        Slot &slot  = destination();
+        Entry entry = value( slot );
+        Key   k     = key( slot, &entry.key );
         qvDictSetObjKey( slot.ref.at(), entry.key, entry.value );
-        slot.model.own( shared );
+        slot.model.own();
         slot.model.set( k, entry );
     }
 
@@ -198,19 +187,16 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
         if( slot.model.length() == 0 )
             return;
 
-        bool   shared = slots.shared( slot );
-        QV_INT idx    = in.upTo( slot.model.length() - 1 );
-        Entry  entry  = value( slot );
+        QV_INT idx   = in.index( slot.model.map );
+        Entry  entry = value( slot ), &at = qv::fuzz::at( slot.model.map, idx ).second;
         qvDictSetValueAt( slot.ref.at(), idx, entry.value );
-        slot.model.own( shared );
-        entry.key                    = slot.model.at( idx )->second.key;
-        slot.model.at( idx )->second = entry;
+        slot.model.own();
+        at = { at.key, entry.value, entry.number };
     }
 
     void erase()
     {
-        Slot   &slot   = destination();
-        bool    shared = slots.shared( slot );
+        Slot   &slot = destination();
         QV_OBJ *obj;
         Key     k = key( slot, &obj );
 
@@ -219,20 +205,20 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
         else if( qvDictHasObjKey( slot.ref, obj ) )
             qvDictDelAt( slot.ref.at(), qvDictIndexOfObjKey( slot.ref, obj ) );
 
-        slot.model.erase( shared, k );
+        slot.model.erase( k );
     }
 
     void eraseValue()
     {
-        Slot &slot   = destination();
-        bool  shared = slots.shared( slot ), byCompare = in.flag();
-        Entry entry = value( slot );
+        Slot &slot      = destination();
+        bool  byCompare = in.flag();
+        Entry entry     = value( slot );
 
         if( slot.model.length() == 0 )
             return;
 
         qvDictDelValue( slot.ref.at(), entry.value, byCompare );
-        slot.model.own( shared );
+        slot.model.own();
         std::erase_if(
             slot.model.map,
             [&]( auto &item )
@@ -262,66 +248,60 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
 
         for( QV_INT i = 0; i < count; i++ )
         {
-            bool shared = slots.shared( slot );
-            char text[40];
-            snprintf(
-                text, sizeof( text ), form == 1 ? "key/%06lld" : "%llx",
-                static_cast< long long >( start + place( i ) ) );
-            Key k{ form ? STRING : INT, form ? 0 : start + place( i ), form ? wide( text ) : std::u32string() };
+            QV_INT at = start + place( i );
+            char   text[40];
+            snprintf( text, sizeof( text ), form == 1 ? "key/%06lld" : "%llx", static_cast< long long >( at ) );
+            Key k = form ? Key{ STRING, 0, wide( text ) } : Key{ INT, at, {} };
 
             if( deletes )
             {
                 form ? qvDictDelStringKeyCstr( slot.ref.at(), text, -1 ) : qvDictDelIntKey( slot.ref.at(), k.number );
-                slot.model.erase( shared, k );
+                slot.model.erase( k );
                 continue;
             }
 
             keyObj = k.object(), valueObj = boxedInt( number );
             qvDictSetObjKey( slot.ref.at(), keyObj, valueObj );
-            slot.model.own( shared );
+            slot.model.own();
             slot.model.set( k, { keyObj, valueObj, number } );
         }
     }
 
-    void include( Slot &dest, bool shared, QV_DICT *src, const Model &from )
+    void include( Slot &dest, QV_DICT *src, const Model &from )
     {
-        switch( in.below( 4 ) )
+        QV_INT how  = in.below( 4 );
+        bool   self = dest.ref.get() == src, flag = how != 2 && in.flag();
+
+        if( how < 2 )
         {
-        case 0:
-        case 1:
-        {
-            bool overwrite = in.flag();
-            qvDictInclude( dest.ref.at(), src, overwrite );
-            dest.model.own( ( shared || dest.ref.get() == src ) && from.length() > 0 );
+            qvDictInclude( dest.ref.at(), src, flag );
+
+            if( from.length() > 0 )
+                dest.model.own( self );
 
             for( auto &[k, entry] : from.map )
-                if( overwrite || !dest.model.map.contains( k ) )
+                if( flag || !dest.model.map.contains( k ) )
                     dest.model.set( k, entry );
-            break;
         }
-        case 2:
+        else if( how == 2 )
+        {
             qvDictExclude( dest.ref.at(), src );
 
             for( auto &[k, entry] : from.map )
-                shared = !dest.model.erase( shared, k ) && shared;
-            break;
-        default:
-            bool useSrc = in.flag();
-
-            if( dest.ref.get() == src )
-                return qvDictIntersect( dest.ref.at(), src, useSrc );
-
-            qvDictIntersect( dest.ref.at(), src, useSrc );
+                dest.model.erase( k );
+        }
+        else
+        {
+            qvDictIntersect( dest.ref.at(), src, flag );
             Model kept;
 
-            if( dest.model.length() == 0 )
+            if( self || dest.model.length() == 0 )
                 return;
 
             for( auto &[k, entry] : dest.model.map )
                 if( auto at = from.map.find( k ); at != from.map.end() )
                     kept.set(
-                        k, { entry.key, useSrc ? at->second.value : entry.value,
-                             useSrc ? at->second.number : entry.number } );
+                        k, { entry.key, ( flag ? at->second : entry ).value, ( flag ? at->second : entry ).number } );
 
             dest.model = kept;
         }
@@ -329,8 +309,7 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
 
     void include()
     {
-        Slot &dest = destination(), &src = slots.any( in );
-        bool  self = dest.ref.get() == src.ref.get();
+        Slot &dest = destination(), &src = any();
         Model from = src.model;
 
         if( dest.model.length() + from.length() > 3000 )
@@ -341,29 +320,7 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
             qvDictDisjoint( dest.ref, src.ref ) == std::none_of( dest.model.map.begin(), dest.model.map.end(), hit ) );
 
         // The destination and the source may be one object in two variables.
-        Ref< QV_DICT > held   = Ref< QV_DICT >::share( src.ref );
-        bool           shared = slots.shared( dest );
-
-        if( self )
-            includeSelf( dest );
-        else
-            include( dest, shared, src.ref, from );
-    }
-
-    void includeSelf( Slot &dest )
-    {
-        switch( in.below( 3 ) )
-        {
-        case 0:
-            qvDictInclude( dest.ref.at(), dest.ref, in.flag() );
-            return dest.model.own( true );
-        case 1:
-            qvDictExclude( dest.ref.at(), dest.ref );
-            dest.model = Model();
-            return;
-        default:
-            qvDictIntersect( dest.ref.at(), dest.ref, in.flag() );
-        }
+        include( dest, Ref< QV_DICT >::share( src.ref ), from );
     }
 
     // The other Dict is a value of the destination, and nobody else holds it.
@@ -382,22 +339,18 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
             from.set( own, { keyObj, valueObj, 1 } );
         }
 
-        bool shared = slots.shared( dest );
-        keyObj      = k.object();
+        keyObj = k.object();
         valueObj.reset();
         qvDictSetObjKey( dest.ref.at(), keyObj, qvDictObj( src ) );
-        dest.model.own( shared );
+        dest.model.own();
         dest.model.set( k, { keyObj, qvDictObj( src ), NO_NUMBER } );
         keyObj.reset();
-
-        QV_DICT *borrowed = src;
-        src.reset();
-        include( dest, false, borrowed, from );
+        include( dest, borrow( src.give() ), from );
     }
 
     void create()
     {
-        Slot &to = destination(), &from = slots.any( in );
+        Slot &to = destination(), &from = any();
 
         if( in.flag() )
         {
@@ -423,40 +376,38 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
 
     void look()
     {
-        Slot   &slot = slots.any( in );
+        Slot   &slot = any();
         QV_OBJ *obj;
         Key     k   = key( slot, &obj );
         auto    at  = slot.model.map.find( k );
         bool    has = at != slot.model.map.end();
 
         require( qvDictHasObjKey( slot.ref, obj ) == has );
-        require( Ref< QV_OBJ >( qvDictObjKey( slot.ref, obj ) ).get() == ( has ? at->second.value : nullptr ) );
+        require( borrow( qvDictObjKey( slot.ref, obj ) ) == ( has ? at->second.value : nullptr ) );
         require( qvDictIndexOfObjKey( slot.ref, obj ) == ( has ? std::distance( slot.model.map.begin(), at ) : -1 ) );
     }
 
     // The order by entries, for variables whose values are all numbers.
     void order()
     {
-        Slot &a = slots.any( in ), &b = slots.any( in );
-        auto  less = []( auto &x, auto &y )
-        { return x.first != y.first ? x.first < y.first : x.second.number < y.second.number; };
-        auto numbers = []( Slot &slot )
+        Slot &a = any(), &b = any();
+        auto  items = []( Slot &slot )
         {
-            return std::all_of(
-                slot.model.map.begin(), slot.model.map.end(),
-                []( auto &item ) { return item.second.number != NO_NUMBER; } );
+            std::vector< std::pair< Key, QV_INT > > all;
+
+            for( auto &[k, entry] : slot.model.map )
+                all.emplace_back( k, entry.number );
+
+            return all;
         };
+        auto x = items( a ), y = items( b );
+        auto isDict = []( auto &item ) { return item.second == NO_NUMBER; };
 
-        if( !numbers( a ) || !numbers( b ) )
-            return;
-
-        auto &x = a.model.map, &y = b.model.map;
-        int   expected = std::lexicographical_compare( y.begin(), y.end(), x.begin(), x.end(), less )
-                       - std::lexicographical_compare( x.begin(), x.end(), y.begin(), y.end(), less );
-        require( qvDictCompare( a.ref, b.ref ) == expected );
+        if( std::none_of( x.begin(), x.end(), isDict ) && std::none_of( y.begin(), y.end(), isDict ) )
+            require( qvDictCompare( a.ref, b.ref ) == sign( x <=> y ) );
     }
 
-    void check( Slot &slot )
+    static void compare( Slot &slot )
     {
         QV_INT idx = 0;
         require( qvDictLength( slot.ref ) == slot.model.length() );
@@ -464,21 +415,20 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
 
         for( auto &[k, entry] : slot.model.map )
         {
-            require( Ref< QV_OBJ >( qvDictKeyAt( slot.ref, idx ) ).get() == entry.key );
-            require( Ref< QV_OBJ >( qvDictValueAt( slot.ref, idx ) ).get() == entry.value );
+            require( borrow( qvDictKeyAt( slot.ref, idx ) ) == entry.key );
+            require( borrow( qvDictValueAt( slot.ref, idx++ ) ) == entry.value );
             require( entry.number == NO_NUMBER || intOf( entry.value ) == entry.number );
             require( entry.key && ( k.kind != INT || intOf( entry.key ) == k.number ) );
-            idx++;
         }
     }
 
     // What was changed, and the variables in turn.
     void check()
     {
-        check( slots.slots[step++ % 4] );
+        compare( slots.slots[step++ % 4] );
 
         if( changed )
-            check( *changed );
+            compare( *changed );
 
         slots.checkCounts();
     }
@@ -486,5 +436,5 @@ struct DictWalk : SlotWalk< QV_DICT, Model, qvDictCreate >
 } // namespace
 
 QV_FUZZ_WALK(
-    DictWalk, OP( share ) OP( clear ) OP( set ) OP( set ) OP( setAt ) OP( erase ) OP( eraseValue ) OP( run ) OP( run )
-                  OP( run ) OP( include ) OP( include ) OP( includeValue ) OP( create ) OP( look ) OP( order ) )
+    DictWalk, OP( share, 1 ) OP( clear, 1 ) OP( set, 2 ) OP( setAt, 1 ) OP( erase, 1 ) OP( eraseValue, 1 ) OP( run, 3 )
+                  OP( include, 2 ) OP( includeValue, 1 ) OP( create, 1 ) OP( look, 1 ) OP( order, 1 ) )

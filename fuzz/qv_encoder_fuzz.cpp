@@ -1,7 +1,7 @@
 // Encoders beside the bytes of their formats, Decoders beside a reader of them: values written and read back, and any
 // bytes, up to the error that stays.
 
-#include "qv_fuzz_walk.h"
+#include "qv_fuzz_models.h"
 
 #include "qv/base/qv_decoder.h"
 #include "qv/base/qv_encoder.h"
@@ -11,40 +11,6 @@ using qv::Ref;
 
 namespace
 {
-/* The formats ------------------------------------------------------------------------------------------------------ */
-
-std::string bytesOfInt( QV_INT value )
-{
-    uint64_t    magnitude = value < 0 ? -static_cast< uint64_t >( value ) : static_cast< uint64_t >( value );
-    std::string digits;
-
-    for( ; magnitude > 0; magnitude /= 256 )
-        digits.insert( 0, 1, static_cast< char >( magnitude ) );
-
-    return static_cast< char >( digits.size() | ( value < 0 ? 0x80 : 0 ) ) + digits;
-}
-
-std::string bytesOfChars( const Text &text )
-{
-    std::string bytes;
-
-    for( char32_t ch : text )
-    {
-        if( ch >= 0x80 )
-            bytes +=
-                { static_cast< char >( 0x80 | ch >> 16 ), static_cast< char >( ch >> 8 ), static_cast< char >( ch ) };
-        else
-            bytes += static_cast< char >( ch );
-    }
-
-    return bytes;
-}
-
-std::string bytesOfText( const Text &text )
-{
-    return bytesOfInt( size( text ) ) + bytesOfChars( text );
-}
-
 // Reads by the formats. A failure stays.
 struct Reader
 {
@@ -157,7 +123,7 @@ struct Reader
 
 /* The walk --------------------------------------------------------------------------------------------------------- */
 
-struct EncoderWalk : qv::fuzz::Walk
+struct EncoderWalk : Walk
 {
     using Walk::Walk;
 
@@ -169,58 +135,49 @@ struct EncoderWalk : qv::fuzz::Walk
     {
         QV_INT number = in.number();
 
-        switch( in.below( 7 ) )
+        QV_INT how = in.below( 7 );
+
+        if( how == 0 )
         {
-        case 0:
             qvEncoderEncodeBool( encoder, number > 0 );
             bytes += static_cast< char >( number > 0 );
-            return;
-        case 1:
-        case 2:
+        }
+        else if( how < 3 )
+        {
             qvEncoderEncodeInt( encoder, number );
-            bytes += bytesOfInt( number );
-            return;
-        case 3:
+            bytes += encodedInt( number );
+        }
+        else if( how == 3 )
         {
             QV_CHAR ch = in.character();
             qvEncoderEncodeChar( encoder, ch );
-            bytes += bytesOfChars( Text( 1, ch ) );
-            return;
+            bytes += encodedChars( Text( 1, ch ) );
         }
-        case 4:
-        {
-            Text text = in.text( 2000 );
-            qvEncoderEncodeChars( encoder, text.data(), size( text ) );
-            bytes += bytesOfChars( text );
-            return;
-        }
-        case 5:
+        else if( how < 6 )
         {
             Text             text     = in.text( 2000 );
-            bool             optional = in.flag(), null = optional && in.flag();
+            bool             optional = how == 5 && in.flag(), null = optional && in.flag();
             Ref< QV_STRING > qvs = stringOf( text );
 
-            if( optional )
-                bytes += static_cast< char >( !null ),
-                    qvEncoderEncodeOptionalString( encoder, null ? nullptr : qvs.get() );
-            else
-                qvEncoderEncodeString( encoder, qvs );
-
-            bytes += null ? "" : bytesOfText( text );
-            return;
+            how == 4   ? qvEncoderEncodeChars( encoder, text.data(), lengthOf( text ) )
+            : optional ? qvEncoderEncodeOptionalString( encoder, null ? nullptr : qvs.get() )
+                       : qvEncoderEncodeString( encoder, qvs );
+            bytes += optional ? std::string( 1, static_cast< char >( !null ) ) : "";
+            bytes += how == 4 ? encodedChars( text ) : null ? "" : encodedText( text );
         }
-        default:
+        else
+        {
             // Any objects, which are written as their texts.
             Ref< QV_VECTOR > vec( qvVectorCreate() );
             QV_INT           count = in.below( 5 );
-            bytes += bytesOfInt( count * 2 );
+            bytes += encodedInt( count * 2 );
 
             for( ; count > 0; count-- )
             {
                 Text text = in.text( 100 );
                 qvVectorAppendInt( vec.at(), number );
                 qvVectorAppendString( vec.at(), stringOf( text ) );
-                bytes += bytesOfText( wide( std::to_string( number ) ) ) + bytesOfText( text );
+                bytes += encodedText( wide( std::to_string( number ) ) ) + encodedText( text );
             }
 
             qvEncoderEncodeStringVector( encoder, vec );
@@ -234,7 +191,7 @@ struct EncoderWalk : qv::fuzz::Walk
             in.below( 4 ) == 0 ? qvEncoderBuffer( encoder )
                                : bufferOf( std::string( static_cast< size_t >( in.length( 300 ) ), 'x' ) ).give() );
         std::string src  = bytesOf( buf );
-        Span        span = in.span( static_cast< QV_INT >( src.size() ), in.below( 8 ) );
+        Span        span = in.span( lengthOf( src ), in.below( 8 ) );
 
         if( bytes.size() > 20000 )
             return;
@@ -247,7 +204,7 @@ struct EncoderWalk : qv::fuzz::Walk
         else if( span.form == 5 )
         {
             qvEncoderEncodeBuffer( encoder, buf );
-            bytes += bytesOfInt( span.length ) + src;
+            bytes += encodedInt( span.length ) + src;
         }
         else if( span.form == 6 )
         {
@@ -283,7 +240,7 @@ struct EncoderWalk : qv::fuzz::Walk
                 reader.bytes += static_cast< char >( in.flag() ? in.byte() & 0x87 : in.byte() );
 
         for( QV_INT changes = in.below( 4 ); changes > 0 && !reader.bytes.empty(); changes-- )
-            reader.bytes[static_cast< size_t >( in.below( static_cast< QV_INT >( reader.bytes.size() ) ) )] =
+            reader.bytes[static_cast< size_t >( in.below( lengthOf( reader.bytes ) ) )] =
                 static_cast< char >( in.byte() );
 
         Ref< QV_DECODER > decoder( qvDecoderCreate( bufferOf( reader.bytes ) ) );
@@ -326,14 +283,7 @@ struct EncoderWalk : qv::fuzz::Walk
         bool   optional = what % 2;
         auto   isText   = []( QV_STRING *qvs, const Text &text ) { return charsOf( qvs ) == text; };
         auto   isBlock  = []( QV_BUFFER *buf, const std::string &block ) { return bytesOf( buf ) == block; };
-        auto   areTexts = [&]( QV_VECTOR *vec, const std::vector< Text > &texts )
-        {
-            QV_INT i = 0;
-            return qvVectorLength( vec ) == static_cast< QV_INT >( texts.size() )
-                   && std::all_of(
-                       texts.begin(), texts.end(),
-                       [&]( auto &text ) { return isText( qvStringFrom( qvVectorBacking( vec )[i++] ), text ); } );
-        };
+        auto   areTexts = []( QV_VECTOR *vec, const std::vector< Text > &texts ) { return textsOf( vec ) == texts; };
 
         switch( what )
         {
@@ -370,10 +320,10 @@ struct EncoderWalk : qv::fuzz::Walk
     void check()
     {
         Ref< QV_BUFFER > buf( qvEncoderBuffer( encoder ) );
-        require( bytesOf( buf ) == bytes && qvEncoderLength( encoder ) == static_cast< QV_INT >( bytes.size() ) );
+        require( bytesOf( buf ) == bytes && qvEncoderLength( encoder ) == lengthOf( bytes ) );
         require( !held || bytesOf( held ) == heldBytes );
     }
 };
 } // namespace
 
-QV_FUZZ_WALK( EncoderWalk, OP( value ) OP( value ) OP( write ) OP( hold ) OP( clear ) OP( decode ) OP( decode ) )
+QV_FUZZ_WALK( EncoderWalk, OP( value, 2 ) OP( write, 1 ) OP( hold, 1 ) OP( clear, 1 ) OP( decode, 2 ) )

@@ -1,12 +1,10 @@
 // Format strings beside a writer that goes by the rules, and the readers of numbers and truth values beside one that
 // does.
 
-#include "qv_fuzz_walk.h"
+#include "qv_fuzz_models.h"
 
 #include "qv/base/qv_format.h"
-#include "qv/unicode/qv_unicode_properties.h"
 
-#include <cmath>
 #include <cstring>
 #include <random>
 
@@ -37,19 +35,19 @@ struct Conversion
 
     Text padded( const Text &text ) const
     {
-        Text blanks( static_cast< size_t >( std::max< QV_INT >( width - size( text ), 0 ) ), U' ' );
+        Text blanks( static_cast< size_t >( std::max< QV_INT >( width - lengthOf( text ), 0 ) ), U' ' );
         return left ? text + blanks : blanks + text;
     }
 
     Text number( bool negative, const Text &digits, QV_INT counted = -1 ) const
     {
         Text sign = negative ? U"-" : plus ? U"+" : blank ? U" " : U"", head = sign + prefix();
-        counted = size( head ) + ( counted < 0 ? size( digits ) : counted );
+        counted = lengthOf( head ) + ( counted < 0 ? lengthOf( digits ) : counted );
         Text pad( static_cast< size_t >( std::max< QV_INT >( width - counted, 0 ) ), zero && !left ? U'0' : U' ' );
         return left ? head + digits + pad : zero ? head + pad + digits : pad + head + digits;
     }
 
-    // Digits behind the precision of a real may come to a value that no character stands for.
+    // Digits after the precision of a real may come to a value that no character stands for.
     char32_t digit( double value ) const
     {
         value = std::trunc( std::fabs( value ) );
@@ -112,135 +110,9 @@ struct Conversion
     }
 };
 
-/* Reading ---------------------------------------------------------------------------------------------------------- */
-
-struct Reader
-{
-    Text   text;
-    size_t at = 0;
-
-    bool end() const
-    {
-        return at >= text.size();
-    }
-
-    void space()
-    {
-        while( !end() && qvUnicodeIsWhiteSpace( text[at] ) )
-            at++;
-    }
-
-    bool sign( bool plusToo, bool &negative )
-    {
-        if( end() || ( text[at] != U'-' && !( plusToo && text[at] == U'+' ) ) )
-            return false;
-
-        negative = text[at++] == U'-';
-        space();
-
-        return true;
-    }
-
-    // A sign, a prefix, and a sign behind it where there was none: gives the base.
-    QV_INT head( QV_INT base, bool plusToo, bool &negative )
-    {
-        static const char *const MNEMONICS[] = { "0b", "0B", "0o", "0O", "0d", "0D", "0x", "0X" };
-        static const QV_INT      BASES[]     = { 2, 8, 10, 16 };
-
-        negative = false;
-        space();
-        bool signedAlready = sign( plusToo, negative );
-
-        if( base != -1 )
-            return base;
-
-        base = 10;
-
-        for( QV_INT i = 0; i < 43; i++ )
-        {
-            Text prefix = wide( i < 8 ? MNEMONICS[i] : std::to_string( i - 6 ) + ":" );
-
-            if( text.compare( at, prefix.size(), prefix ) == 0 )
-            {
-                at += prefix.size();
-                base = i < 8 ? BASES[i / 2] : i - 6;
-                break;
-            }
-        }
-
-        space();
-
-        if( !signedAlready )
-            sign( true, negative );
-
-        return base;
-    }
-
-    QV_INT digit( QV_INT base ) const
-    {
-        return end() ? -1 : qvUnicodeBaseNDigitValue( text[at], base );
-    }
-
-    bool integer( QV_INT base, QV_INT &value )
-    {
-        bool     negative;
-        __int128 number = 0;
-        size_t   from;
-
-        base = head( base, true, negative );
-        from = at;
-
-        for( QV_INT d; ( d = digit( base ) ) >= 0; at++ )
-        {
-            __int128 longer = number * base + ( negative ? -d : d );
-
-            if( longer > QV_INT_MAX || longer < QV_INT_MIN )
-                break;
-
-            number = longer;
-        }
-
-        bool any = at > from;
-        value    = static_cast< QV_INT >( number );
-
-        if( any )
-            space();
-
-        return any;
-    }
-
-    bool real( QV_INT base, double &value )
-    {
-        bool negative, separated = false;
-        base         = head( base, false, negative );
-        double radix = static_cast< double >( base ), unit = 1 / radix, one = negative ? -1.0 : 1.0;
-        size_t from = at;
-        value       = 0.0;
-
-        for( ; !end(); at++ )
-        {
-            double d = static_cast< double >( digit( base ) );
-
-            if( d < 0 && !separated && ( text[at] == U'.' || text[at] == U',' ) )
-                separated = true;
-            else if( d < 0 )
-                break;
-            else if( separated )
-                value = std::fma( one * unit, d, value ), unit /= radix;
-            else
-                value = std::fma( value, radix, one * d );
-        }
-
-        if( at > from )
-            space();
-
-        return at > from;
-    }
-};
-
 /* The walk --------------------------------------------------------------------------------------------------------- */
 
-struct FormatWalk : qv::fuzz::Walk
+struct FormatWalk : Walk
 {
     using Walk::Walk;
 
@@ -294,7 +166,7 @@ struct FormatWalk : qv::fuzz::Walk
         }
     }
 
-    // Another conversion stands behind, so that arguments must not be mixed up.
+    // Another conversion comes after it, so that arguments must not be mixed up.
     template< class T >
     void run( const char *name, T argument, const Text &expected )
     {
@@ -305,14 +177,10 @@ struct FormatWalk : qv::fuzz::Walk
         auto make = [&]( auto... leading )
         { result.reset( qvStringCreateFromFormat( fmt, leading..., argument, number ) ); };
 
-        if( stars.empty() )
-            make();
-        else if( stars.size() == 1 )
-            make( stars[0] );
-        else if( stars.size() == 2 )
-            make( stars[0], stars[1] );
-        else
-            make( stars[0], stars[1], stars[2] );
+        stars.empty()       ? make()
+        : stars.size() == 1 ? make( stars[0] )
+        : stars.size() == 2 ? make( stars[0], stars[1] )
+                            : make( stars[0], stars[1], stars[2] );
 
         if( tracing )
             fprintf(
@@ -327,14 +195,9 @@ struct FormatWalk : qv::fuzz::Walk
         begin( 36 );
         QV_INT value = in.number();
 
-        switch( in.below( 4 ) )
-        {
-        case 0:
-            if( format.find( U'!' ) == Text::npos )
-                conversion.base = 16;
+        QV_INT how = in.below( 4 );
 
-            return run( "X", value, conversion.number( value < 0, conversion.digits( value ) ) );
-        case 1:
+        if( how == 1 )
         {
             // Padded with zeros to the width of the largest value.
             QV_INT largest  = conversion.precision >= 0 ? conversion.precision : QV_INT_MAX;
@@ -343,12 +206,14 @@ struct FormatWalk : qv::fuzz::Walk
             conversion.zero = true, conversion.left = false;
             QV_INT width     = conversion.width;
             conversion.width = 0;
-            conversion.width = std::max( width, size( conversion.number( false, conversion.digits( largest ) ) ) );
+            conversion.width = std::max( width, lengthOf( conversion.number( false, conversion.digits( largest ) ) ) );
             return run( "A", value, conversion.number( false, conversion.digits( value ) ) );
         }
-        default:
-            return run( "i", value, conversion.number( value < 0, conversion.digits( value ) ) );
-        }
+
+        if( how == 0 && format.find( U'!' ) == Text::npos )
+            conversion.base = 16;
+
+        run( how == 0 ? "X" : "i", value, conversion.number( value < 0, conversion.digits( value ) ) );
     }
 
     void reals()
@@ -431,31 +296,11 @@ struct FormatWalk : qv::fuzz::Walk
 
     void read()
     {
+        // clang-format off
         static const char32_t *const PIECES[] = {
-            U" ",
-            U"-",
-            U"+",
-            U"0",
-            U"1",
-            U"9",
-            U"f",
-            U"Z",
-            U"0x",
-            U"0B",
-            U"16:",
-            U"36:",
-            U".",
-            U",",
-            U"\u2003",
-            U"TRUE",
-            U"false",
-            U"tRuE",
-            U"9223372036854775807",
-            U"922337203685477580",
-            U"8",
-            U"\u0663",
-            U"0d",
-            U"x" };
+            U" ", U"-", U"+", U"0", U"1", U"9", U"f", U"Z", U"0x", U"0B", U"16:", U"36:", U".", U",", U"\u2003",
+            U"TRUE", U"false", U"tRuE", U"9223372036854775807", U"922337203685477580", U"8", U"\u0663", U"0d", U"x" };
+        // clang-format on
         Text   text;
         QV_INT base = in.flag() ? -1 : 2 + in.below( 35 ), value = 7, consumed = 7;
         double real = 7;
@@ -472,22 +317,22 @@ struct FormatWalk : qv::fuzz::Walk
 
         // Read in the middle of a text.
         Ref< QV_STRING > qvs = stringOf( U"7" + text + U"7" );
-        Reader           reader{ text }, realReader{ text };
+        NumberReader     reader{ text }, realReader{ text };
         QV_INT           number;
         double           expected;
         bool             ok = reader.integer( base, number );
 
-        require( qvFormatTryDecodeInt( qvs, 1, size( text ), base, &value, &consumed ) == ok );
+        require( qvFormatTryDecodeInt( qvs, 1, lengthOf( text ), base, &value, &consumed ) == ok );
         require( value == ( ok ? number : 0 ) && consumed == static_cast< QV_INT >( reader.at ) );
 
         ok = realReader.real( base, expected );
-        require( qvFormatTryDecodeReal( qvs, 1, size( text ), base, &real, &consumed ) == ok );
+        require( qvFormatTryDecodeReal( qvs, 1, lengthOf( text ), base, &real, &consumed ) == ok );
         require( std::memcmp( &real, &( ok ? expected : expected = 0 ), 8 ) == 0 );
         require( consumed == static_cast< QV_INT >( realReader.at ) );
 
-        Reader  reading{ text };
-        QV_BOOL truth   = 7;
-        bool    numeric = in.flag(), isTrue = false;
+        NumberReader reading{ text };
+        QV_BOOL      truth   = 7;
+        bool         numeric = in.flag(), isTrue = false;
 
         if( numeric && reading.real( -1, expected ) )
             ok = true, isTrue = expected != 0.0;
@@ -507,14 +352,10 @@ struct FormatWalk : qv::fuzz::Walk
                 reading.at += isTrue ? 4 : 5, reading.space();
         }
 
-        require( qvFormatTryDecodeBool( qvs, 1, size( text ), numeric, &truth, &consumed ) == ok );
+        require( qvFormatTryDecodeBool( qvs, 1, lengthOf( text ), numeric, &truth, &consumed ) == ok );
         require( truth == ( ok && isTrue ) && consumed == static_cast< QV_INT >( reading.at ) );
-    }
-
-    void check()
-    {
     }
 };
 } // namespace
 
-QV_FUZZ_WALK( FormatWalk, OP( integers ) OP( reals ) OP( texts ) OP( others ) OP( read ) )
+QV_FUZZ_WALK( FormatWalk, OP( integers, 1 ) OP( reals, 1 ) OP( texts, 1 ) OP( others, 1 ) OP( read, 1 ) )

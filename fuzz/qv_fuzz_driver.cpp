@@ -1,13 +1,14 @@
 // Runs a fuzz target without libFuzzer: the files and folders on the command line, and then a fixed number of inputs
 // from a fixed seed. With a single file it runs that alone.
 //
-// All runs in a child process. When it fails the input is made as short as can be, by cutting bytes and trying again in
-// further children, and is then run once more with its operations printed.
+// All runs in a child process. When it fails the input is made as short as can be, by dropping operations, then bytes, and
+// trying again in further children, and is then run once more with its operations printed.
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -20,8 +21,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-extern "C" int LLVMFuzzerInitialize( int *argc, char ***argv ) __attribute__( ( weak ) );
-extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size );
+extern "C" int  LLVMFuzzerInitialize( int *argc, char ***argv ) __attribute__( ( weak ) );
+extern "C" int  LLVMFuzzerTestOneInput( const uint8_t *data, size_t size );
+extern "C" void qvFuzzStep( size_t offset );
 
 namespace
 {
@@ -32,7 +34,7 @@ const int ROUNDS = 100;
 const int ROUNDS = 2000;
 #endif
 
-const int      TRIES   = 2000; // how often an input that fails is tried in shorter forms
+const int      TRIES   = 2000; // how often an input that fails is tried in shorter forms, in SECONDS at most
 const unsigned SECONDS = 60;   // an input that takes longer hangs
 
 // What the child is about to run, as the parent sees it.
@@ -40,6 +42,7 @@ struct Shared
 {
     size_t  size;
     bool    done;
+    size_t  steps, offsets[1 << 10]; // where the operations of a walk begin
     uint8_t data[1 << 20];
 };
 
@@ -47,10 +50,11 @@ Shared *shared;
 
 void runOne( const std::string &input )
 {
-    shared->size = std::min( input.size(), sizeof( shared->data ) );
+    shared->steps = 0;
+    shared->size  = std::min( input.size(), sizeof( shared->data ) );
     memcpy( shared->data, input.data(), shared->size );
 
-    // What lies behind the input is not its own.
+    // What lies after the input is not its own.
     std::vector< uint8_t > exact( shared->data, shared->data + shared->size );
     alarm( SECONDS );
     LLVMFuzzerTestOneInput( exact.data(), exact.size() );
@@ -65,33 +69,13 @@ std::string contents( const std::filesystem::path &file )
 // Uniform bytes for the walks, and for the readers texts of pieces that they know.
 std::string randomInput( std::mt19937 &random )
 {
+    // clang-format off
     static const std::string PIECES[] = {
-        "a=1\n",
-        "a.b=",
-        "a.",
-        ".",
-        "=",
-        "%",
-        "%%",
-        "%00000a",
-        "%110000",
-        "\r\n",
-        "\xc2\x85",
-        "\xe2\x80\xa8",
-        "\xef\xbb\xbf",
-        "\xf0\x9f\x98\x80",
-        "\xc0\x80",
-        "\xed\xa0\x80",
-        "\xf4\x90\x80\x80",
-        "\x7f\x7f\x7f",
-        "\x88\x80",
-        "\x01\x01\x01\x01\x61",
-        std::string( "\x00\x01\x00", 3 ),
-        std::string( "\xff\xfe\x00\xd8", 4 ),
-        "0x7f",
-        "-9223372036854775808",
-        "TRUE",
-        "1,5" };
+        "a=1\n", "a.b=", "a.", ".", "=", "%", "%%", "%00000a", "%110000", "\r\n", "\xc2\x85", "\xe2\x80\xa8",
+        "\xef\xbb\xbf", "\xf0\x9f\x98\x80", "\xc0\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\x7f\x7f\x7f",
+        "\x88\x80", "\x01\x01\x01\x01\x61", std::string( "\x00\x01\x00", 3 ), std::string( "\xff\xfe\x00\xd8", 4 ),
+        "0x7f", "-9223372036854775808", "TRUE", "1,5" };
+    // clang-format on
 
     bool        pieces = random() % 2;
     std::string input;
@@ -143,32 +127,62 @@ bool passes( bool quiet, Body body )
     exit( 0 );
 }
 
-// Cuts halves, quarters and so on down to single bytes, as long as what is left still fails.
+// Drops halves, quarters and so on down to single ones, first of the operations and then of the bytes, as long as what is
+// left still fails.
 std::string shrunk( std::string input )
 {
-    int tries = TRIES;
+    int    tries = TRIES;
+    time_t end   = time( nullptr ) + SECONDS;
+    auto   fails = [&]( const std::string &shorter )
+    { return tries-- > 0 && time( nullptr ) < end && !passes( true, [&] { runOne( shorter ); } ); };
 
-    for( size_t piece = input.size() / 2; piece > 0; )
+    // Where the pieces that can be dropped begin, and the end of the last one.
+    auto bounds = [&]( bool operations )
     {
-        bool cut = false;
+        std::vector< size_t > all;
 
-        for( size_t at = 0; at + piece <= input.size() && tries > 0; )
+        if( operations && fails( input ) )
+            all.assign( shared->offsets, shared->offsets + shared->steps );
+        else if( !operations )
+            for( size_t i = 0; i < input.size(); i++ )
+                all.push_back( i );
+
+        all.push_back( input.size() );
+
+        return all;
+    };
+
+    for( bool operations : { true, false } )
+    {
+        std::vector< size_t > all = bounds( operations );
+
+        for( size_t piece = ( all.size() - 1 ) / 2; piece > 0 && tries > 0; )
         {
-            std::string shorter = std::string( input ).erase( at, piece );
-            tries--;
+            bool cut = false;
 
-            if( passes( true, [&] { runOne( shorter ); } ) )
-                at += piece;
-            else
-                input = shorter, cut = true;
+            for( size_t at = 0; at + piece < all.size() && tries > 0; )
+            {
+                std::string shorter = std::string( input ).erase( all[at], all[at + piece] - all[at] );
+
+                if( fails( shorter ) )
+                    input = shorter, all = bounds( operations ), cut = true;
+                else
+                    at += piece;
+            }
+
+            piece = cut && piece == 1 ? 1 : piece / 2;
         }
-
-        piece = cut && piece == 1 ? 1 : piece / 2;
     }
 
     return input;
 }
 } // namespace
+
+void qvFuzzStep( size_t offset )
+{
+    if( shared->steps < std::size( shared->offsets ) )
+        shared->offsets[shared->steps++] = offset;
+}
 
 int main( int argc, char **argv )
 {

@@ -2,18 +2,22 @@
     Walks: a fuzz target reads operations from its input and runs them on a few variables of a family, each beside a
     model made of standard containers, and compares the two after each operation.
 
-        struct VectorWalk : SlotWalk< QV_VECTOR, Model, qvVectorCreate >    // the variables and their models
+        struct VectorWalk : SlotWalk< VectorWalk, QV_VECTOR, Model, qvVectorCreate >    // the variables and their models
         {
-            void add() { QV_INT number = in.number(); ... }
-            void check() { require( ... ); }                                // after each operation
+            using SlotWalk::SlotWalk;
+
+            void add() { Slot &slot = any(); QV_INT number = in.number(); ... }
+            void compare( Slot &slot ) { require( ... ); }              // each variable, after each operation
         };
 
-        QV_FUZZ_WALK( VectorWalk, OP( share ) OP( add ) OP( add ) ... )     // what stands here twice is drawn as often
+        QV_FUZZ_WALK( VectorWalk, OP( share, 1 ) OP( add, 2 ) ... )     // with their weights
 
     A target that is no walk but reads any bytes says QV_FUZZ_READER( function ).
 
-    With QV_FUZZ_TRACE=1 in the environment the operations and all that they draw are printed, one line each, before
-    they run, so that the last line of an input that fails is the culprit. */
+    The same walk runs under libFuzzer and, with qv_fuzz_driver.cpp, as a test: over the corpus and over seeded random
+    inputs, of which one that fails is made shorter by dropping operations. With QV_FUZZ_TRACE=1 in the environment the
+    operations and all that they draw are printed, one line each, before they run, so that the last line of an input
+    that fails is the culprit. */
 
 #ifndef QV_FUZZ_WALK_H
 #define QV_FUZZ_WALK_H
@@ -33,6 +37,11 @@
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
+/** Of the driver: an operation begins at an offset of the input. Null under libFuzzer. */
+extern "C" void qvFuzzStep( size_t offset ) __attribute__( ( weak ) );
+
 namespace qv::fuzz
 {
 inline const bool tracing = getenv( "QV_FUZZ_TRACE" ) != nullptr;
@@ -45,11 +54,14 @@ inline const bool tracing = getenv( "QV_FUZZ_TRACE" ) != nullptr;
     abort();
 }
 
+/* Containers ------------------------------------------------------------------------------------------------------- */
+
 using Text = std::u32string;
 
-inline QV_INT size( const Text &text )
+template< class C >
+QV_INT lengthOf( const C &all )
 {
-    return static_cast< QV_INT >( text.size() );
+    return static_cast< QV_INT >( all.size() );
 }
 
 template< class C >
@@ -65,7 +77,21 @@ C without( C all, QV_INT offset, QV_INT count )
     return all;
 }
 
-/** What is meant of a source: all of it, its start, its end, a part of it, or what stands around the part. */
+/** The element at an index that is no size_t. */
+template< class C >
+auto &at( C &all, QV_INT idx )
+{
+    return *std::next( all.begin(), idx );
+}
+
+/** The sign of an order, as the compare functions return it. */
+template< class O >
+int sign( O order )
+{
+    return ( order > 0 ) - ( order < 0 );
+}
+
+/** What is meant of a source: all of it, its start, its end, a part of it, or all but the part. */
 enum Form
 {
     WHOLE,
@@ -91,14 +117,14 @@ struct Span
 
     /** What a model does when that is deleted; of Outer, all but the part is. */
     template< class M >
-    void erase( M &model, bool shared ) const
+    void erase( M &model ) const
     {
         if( form == OUTER )
-            model.keep( shared, offset, count );
+            model.keep( offset, count );
         else if( form == INNER )
-            model.erase( shared, offset, count );
+            model.erase( offset, count );
         else
-            model.erase( shared, form == LEADING ? 0 : length - offset, offset );
+            model.erase( form == LEADING ? 0 : length - offset, offset );
     }
 };
 
@@ -111,17 +137,24 @@ struct Span
       : ( span ).form == INNER    ? Name##Inner( __VA_ARGS__, ( span ).offset / ( unit ), ( span ).count / ( unit ) )  \
                                   : Name##Outer( __VA_ARGS__, ( span ).offset / ( unit ), ( span ).count / ( unit ) ) )
 
+/* Input ------------------------------------------------------------------------------------------------------------ */
+
 /** The bytes of an input, taken one after the other. At their end there are zeros. */
 class Input
 {
 public:
-    Input( const uint8_t *data, size_t size ) : at_( data ), end_( data + size )
+    Input( const uint8_t *data, size_t size ) : start_( data ), at_( data ), end_( data + size )
     {
     }
 
     bool more() const
     {
         return at_ < end_;
+    }
+
+    size_t offset() const
+    {
+        return static_cast< size_t >( at_ - start_ );
     }
 
     uint8_t byte()
@@ -145,6 +178,12 @@ public:
         return below( 2 );
     }
 
+    template< class T, size_t N >
+    const T &oneOf( const T ( &table )[N] )
+    {
+        return table[below( N )];
+    }
+
     /** 0 to `limit`, often a border or near one. */
     QV_INT upTo( QV_INT limit )
     {
@@ -157,6 +196,13 @@ public:
             return shown( std::min< QV_INT >( how % 8, limit ) );
 
         return how < 224 ? shown( std::max< QV_INT >( limit - how % 8, 0 ) ) : below( limit + 1 );
+    }
+
+    /** An index of something that is not empty. */
+    template< class C >
+    QV_INT index( const C &all )
+    {
+        return upTo( lengthOf( all ) - 1 );
     }
 
     /** A length, often near a number of places that blocks are made of. */
@@ -201,15 +247,14 @@ public:
     }
 
     /** Runs of characters, so that a few bytes make long texts. */
-    std::u32string text( QV_INT most = 5000 )
+    Text text( QV_INT most = 5000 )
     {
-        std::u32string result;
+        Text result;
 
-        for( unsigned runs = byte() % 8; runs > 0 && static_cast< QV_INT >( result.size() ) < most; runs-- )
+        for( unsigned runs = byte() % 8; runs > 0 && lengthOf( result ) < most; runs-- )
         {
             QV_CHAR ch = character();
-            result.append(
-                byte() % 4 ? 1 : static_cast< size_t >( length( most - static_cast< QV_INT >( result.size() ) ) ), ch );
+            result.append( byte() % 4 ? 1 : static_cast< size_t >( length( most - lengthOf( result ) ) ), ch );
         }
 
         if( tracing )
@@ -234,27 +279,45 @@ private:
         return value;
     }
 
-    const uint8_t *at_, *end_;
+    const uint8_t *start_, *at_, *end_;
 };
 
-inline Ref< QV_STRING > stringOf( const std::u32string &text )
+/* Objects ---------------------------------------------------------------------------------------------------------- */
+
+inline Ref< QV_STRING > stringOf( const Text &text )
 {
-    return Ref< QV_STRING >( qvStringCreateFromCharsCopy( text.data(), size( text ) ) );
+    return Ref< QV_STRING >( qvStringCreateFromCharsCopy( text.data(), lengthOf( text ) ) );
 }
 
-inline std::u32string charsOf( QV_STRING *qvs )
+inline Text charsOf( QV_STRING *qvs )
 {
-    return std::u32string( qvStringBacking( qvs ), static_cast< size_t >( qvStringLength( qvs ) ) );
+    return Text( qvStringBacking( qvs ), static_cast< size_t >( qvStringLength( qvs ) ) );
 }
 
-inline std::u32string wide( const std::string &ascii )
-{
-    return std::u32string( ascii.begin(), ascii.end() );
-}
-
-inline std::u32string takeText( QV_STRING *owned )
+inline Text takeText( QV_STRING *owned )
 {
     return charsOf( Ref< QV_STRING >( owned ) );
+}
+
+inline Text wide( const std::string &ascii )
+{
+    return Text( ascii.begin(), ascii.end() );
+}
+
+inline std::string ascii( const Text &text )
+{
+    return std::string( text.begin(), text.end() );
+}
+
+/** The texts of a Vector of Strings. */
+inline std::vector< Text > textsOf( QV_VECTOR *vec )
+{
+    std::vector< Text > result;
+
+    for( QV_INT i = 0; i < qvVectorLength( vec ); i++ )
+        result.push_back( charsOf( qvStringFrom( qvVectorBacking( vec )[i] ) ) );
+
+    return result;
 }
 
 inline Ref< QV_OBJ > boxedInt( QV_INT value )
@@ -267,14 +330,16 @@ inline QV_INT intOf( QV_OBJ *boxed )
     return qvBoxedIntValue( qvBoxedIntFrom( boxed ) );
 }
 
-inline Ref< QV_BUFFER > bufferOf( const std::string &bytes )
+/** Of an object that the caller gets a reference to, and that somebody else holds: the object alone. */
+template< class T >
+T *borrow( T *owned )
 {
-    return Ref< QV_BUFFER >( qvBufferCreateFromBytesCopy( bytes.data(), static_cast< QV_INT >( bytes.size() ) ) );
+    return Ref< T >( owned ).get();
 }
 
-inline std::string ascii( const Text &text )
+inline Ref< QV_BUFFER > bufferOf( const std::string &bytes )
 {
-    return std::string( text.begin(), text.end() );
+    return Ref< QV_BUFFER >( qvBufferCreateFromBytesCopy( bytes.data(), lengthOf( bytes ) ) );
 }
 
 inline std::string bytesOf( QV_BUFFER *buf )
@@ -305,12 +370,90 @@ inline QV_INT liveObjects()
     return count;
 }
 
+/* Models ----------------------------------------------------------------------------------------------------------- */
+
+/** Items in a block with free places before and after them. `M` adds the rules of a family: copy(), the places of a copy;
+    makeRoom( at, count ), those when as many items will come; and compact(), those after some have gone. */
+template< class M, class C >
+struct Ends
+{
+    C      items;
+    QV_INT front = 0, back = 0;
+    bool   shared = false; // somebody else has the object, so that the next change makes a copy
+
+    QV_INT length() const
+    {
+        return lengthOf( items );
+    }
+
+    QV_INT places() const
+    {
+        return front + length() + back;
+    }
+
+    M &self()
+    {
+        return static_cast< M & >( *this );
+    }
+
+    void own( bool also = false )
+    {
+        if( shared || also )
+            self().copy();
+
+        shared = false;
+    }
+
+    void insert( QV_INT at, const C &more )
+    {
+        if( more.empty() )
+            return;
+
+        self().makeRoom( at, lengthOf( more ) );
+        shared = false;
+        items.insert( items.begin() + at, more.begin(), more.end() );
+    }
+
+    /** Of Outer, the part after is inserted first, and then the part before it. */
+    void insertOuter( QV_INT at, const C &all, const Span &span )
+    {
+        C    after = part( all, span.offset + span.count, span.length - span.offset - span.count );
+        bool still = shared && after.empty();
+        insert( at, after );
+        shared = still;
+        insert( at, part( all, 0, span.offset ) );
+    }
+
+    void erase( QV_INT offset, QV_INT count )
+    {
+        if( count == 0 )
+            return;
+
+        if( count == length() )
+        {
+            self() = M();
+            return;
+        }
+
+        own();
+        ( offset == 0 ? front : back ) += count;
+        items.erase( items.begin() + offset, items.begin() + offset + count );
+        self().compact();
+    }
+};
+
+/* Walks ------------------------------------------------------------------------------------------------------------ */
+
 /** What every walk has. */
 struct Walk
 {
     Input in;
 
     Walk( const uint8_t *data, size_t size ) : in( data, size )
+    {
+    }
+
+    void check()
     {
     }
 };
@@ -342,9 +485,15 @@ public:
         lone_ = slots[0].ref.get() != empty_.get();
     }
 
+    /** A variable; a model that wants to know is told if its object is `shared`. */
     Slot &any( Input &in )
     {
-        return slots[in.below( std::size( slots ) )];
+        Slot &slot = slots[in.below( std::size( slots ) )];
+
+        if constexpr( requires { slot.model.shared; } )
+            slot.model.shared = isEmptyOne( slot ) || holders( slot ) > 1;
+
+        return slot;
     }
 
     void share( Input &in )
@@ -353,16 +502,6 @@ public:
 
         if( &to != &from )
             to.set( retain( from.ref.get() ), from.model );
-    }
-
-    bool isEmptyOne( const Slot &slot ) const
-    {
-        return slot.ref.get() == empty_.get();
-    }
-
-    bool shared( const Slot &slot ) const
-    {
-        return isEmptyOne( slot ) || holders( slot ) > 1;
     }
 
     /** Each object has the references that the variables hold and no other. */
@@ -379,6 +518,11 @@ public:
     Slot slots[4];
 
 private:
+    bool isEmptyOne( const Slot &slot ) const
+    {
+        return slot.ref.get() == empty_.get();
+    }
+
     int holders( const Slot &slot ) const
     {
         return static_cast< int >( std::count_if(
@@ -391,8 +535,8 @@ private:
     bool     lone_ = false; // families without one empty object that all share
 };
 
-/** The same with variables of a family. */
-template< class T, class M, T *( *create )() >
+/** A walk `W` with variables of a family, which has compare( Slot & ). */
+template< class W, class T, class M, T *( *create )() >
 struct SlotWalk : Walk
 {
     using Walk::Walk;
@@ -400,9 +544,22 @@ struct SlotWalk : Walk
 
     Slots< T, M > slots{ create };
 
+    Slot &any()
+    {
+        return slots.any( in );
+    }
+
     void share()
     {
         slots.share( in );
+    }
+
+    void check()
+    {
+        for( Slot &slot : slots.slots )
+            static_cast< W * >( this )->compare( slot );
+
+        slots.checkCounts();
     }
 };
 
@@ -410,6 +567,7 @@ template< class W >
 struct Operation
 {
     const char *name;
+    int         weight;
     void ( W::*run )();
 };
 
@@ -425,58 +583,66 @@ inline void start()
     started = true;
 }
 
-/** Runs the operations of an input. Afterwards there are as many live objects as before. */
-template< class W, size_t N >
-int walk( const Operation< W > ( &operations )[N], const uint8_t *data, size_t size )
+/** Runs `body`, after which there are as many live objects as before. */
+template< class Body >
+int run( Body body )
 {
     start();
     QV_INT before = liveObjects();
-    {
-        W walk( data, size );
+    body();
 
-        for( int step = 0; walk.in.more() && step < 400; step++ )
-        {
-            const Operation< W > &operation = operations[walk.in.byte() % N];
-
-            if( tracing )
-                fprintf( stderr, "\n%s", operation.name );
-
-            ( walk.*operation.run )();
-            walk.check();
-        }
-    }
+    // The timer thread may have some of its own for a moment.
+    for( int tries = 0; tries < 10000 && liveObjects() != before; tries++ )
+        usleep( 1000 );
 
     require( liveObjects() == before );
 
     return 0;
 }
 
-/** Any bytes, after which there are as many live objects as before. */
-inline int read( void ( *reader )( const uint8_t *data, size_t size ), const uint8_t *data, size_t size )
+/** Runs the operations of an input. */
+template< class W, size_t N >
+void walk( const Operation< W > ( &operations )[N], const uint8_t *data, size_t size )
 {
-    start();
-    QV_INT before = liveObjects();
-    reader( data, size );
-    require( liveObjects() == before );
+    W   walk( data, size );
+    int weights = 0;
 
-    return 0;
+    for( const Operation< W > &operation : operations )
+        weights += operation.weight;
+
+    for( int step = 0; walk.in.more() && step < 400; step++ )
+    {
+        if( qvFuzzStep )
+            qvFuzzStep( walk.in.offset() );
+
+        const Operation< W > *operation = operations;
+
+        for( int drawn = walk.in.byte() % weights; drawn >= operation->weight; operation++ )
+            drawn -= operation->weight;
+
+        if( tracing )
+            fprintf( stderr, "\n%3d. %s", step + 1, operation->name );
+
+        ( walk.*operation->run )();
+        walk.check();
+    }
 }
 } // namespace qv::fuzz
 
 #define QV_FUZZ_READER( reader )                                                                                       \
     extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )                                          \
     {                                                                                                                  \
-        return qv::fuzz::read( reader, data, size );                                                                   \
+        return qv::fuzz::run( [&] { reader( data, size ); } );                                                         \
     }
 
-/** A walk of operations, each of them as OP( name ). */
+/** A walk of operations, each of them as OP( name, weight ). */
 #define QV_FUZZ_WALK( W, operations )                                                                                  \
     extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )                                          \
     {                                                                                                                  \
         using Current                                      = W;                                                        \
         static const qv::fuzz::Operation< W > OPERATIONS[] = { operations };                                           \
-        return qv::fuzz::walk( OPERATIONS, data, size );                                                               \
+        return qv::fuzz::run( [&] { qv::fuzz::walk( OPERATIONS, data, size ); } );                                     \
     }
-#define OP( name ) { #name, &Current::name },
+#define OP( name, weight ) { #name, weight, &Current::name },
 
 #endif

@@ -1,11 +1,10 @@
 // The normalizer beside the definition of the four forms: what is written in pieces of any kind, read in pieces of any
 // kind, and what is readable in between. Runs of marks reach beyond its limit, where only the pieces must not matter.
 
-#include "qv_fuzz_walk.h"
+#include "qv_fuzz_models.h"
 
 #include "qv/unicode/qv_unicode_db_private.h"
 #include "qv/unicode/qv_unicode_normalizer.h"
-#include "qv/unicode/qv_unicode_properties.h"
 
 using namespace qv::fuzz;
 using qv::Ref;
@@ -53,15 +52,8 @@ Text normalized( const Text &text, QV_INT form )
 {
     Text whole, result;
 
-    for( size_t i = 0; i < text.size(); i++ )
-    {
-        char32_t ch = text[i], next = i + 1 < text.size() ? text[i + 1] : 0;
-
-        if( ch >> 10 == 0xD800 >> 10 && next >> 10 == 0xDC00 >> 10 )
-            decompose( 0x10000 + ( ( ch & 0x3FF ) << 10 ) + ( next & 0x3FF ), form & 1, whole ), i++;
-        else if( ch >> 11 != 0xD800 >> 11 )
-            decompose( ch, form & 1, whole );
-    }
+    for( char32_t ch : sanitized( text ) )
+        decompose( ch, form & 1, whole );
 
     // Marks are put in the order of their classes, as far as the next character of class 0.
     for( auto from = whole.begin(); from != whole.end(); )
@@ -77,7 +69,7 @@ Text normalized( const Text &text, QV_INT form )
         return whole;
 
     size_t starter = Text::npos;
-    QV_INT last    = 0; // the class of the character in front, if it stands between
+    QV_INT last    = 0; // the class of the character before, if it stands between
 
     for( char32_t ch : whole )
     {
@@ -101,7 +93,7 @@ Text normalized( const Text &text, QV_INT form )
     return result;
 }
 
-struct NormalizerWalk : qv::fuzz::Walk
+struct NormalizerWalk : Walk
 {
     QV_INT                       form;
     Ref< QV_UNICODE_NORMALIZER > norm, single; // written in pieces; one character at a time
@@ -139,14 +131,14 @@ struct NormalizerWalk : qv::fuzz::Walk
         Text             all  = text();
         Ref< QV_STRING > qvs  = stringOf( all );
         QV_INT           how  = in.below( 4 );
-        Span             span = in.span( size( all ), how == 1 ? INNER : how == 2 ? OUTER : WHOLE );
+        Span             span = in.span( lengthOf( all ), how == 1 ? INNER : how == 2 ? OUTER : WHOLE );
         Text             part = span.of( all );
 
         if( written.size() + part.size() > 20000 )
             return;
 
         if( how == 3 )
-            qvUnicodeNormalizerWriteChars( norm, all.data(), size( all ) );
+            qvUnicodeNormalizerWriteChars( norm, all.data(), lengthOf( all ) );
         else if( span.form == WHOLE )
             qvUnicodeNormalizerWrite( norm, qvs );
         else
@@ -166,8 +158,7 @@ struct NormalizerWalk : qv::fuzz::Walk
         if( in.flag() )
         {
             Ref< QV_STRING > qvs( qvStringCreate() );
-            QV_INT           count = qvUnicodeNormalizerRead( norm, qvs.at(), most );
-            require( count == qvStringLength( qvs ) );
+            require( qvUnicodeNormalizerRead( norm, qvs.at(), most ) == qvStringLength( qvs ) );
             got += charsOf( qvs );
         }
         else
@@ -204,7 +195,7 @@ struct NormalizerWalk : qv::fuzz::Walk
             require( got == expected );
 
             // The same on Strings, where surrogates may stand alone.
-            if( std::none_of( written.begin(), written.end(), []( char32_t ch ) { return ch >> 11 == 0xD800 >> 11; } ) )
+            if( std::none_of( written.begin(), written.end(), isSurrogate ) )
             {
                 Ref< QV_STRING > qvs                    = stringOf( written );
                 void ( *const FORMS[] )( QV_STRING ** ) = {
@@ -230,9 +221,9 @@ struct NormalizerWalk : qv::fuzz::Walk
     void check()
     {
         readAll( single, gotSingle );
-        require( size( got ) + qvUnicodeNormalizerReadable( norm ) == size( gotSingle ) );
+        require( lengthOf( got ) + qvUnicodeNormalizerReadable( norm ) == lengthOf( gotSingle ) );
     }
 };
 } // namespace
 
-QV_FUZZ_WALK( NormalizerWalk, OP( write ) OP( write ) OP( read ) OP( flush ) OP( clear ) )
+QV_FUZZ_WALK( NormalizerWalk, OP( write, 2 ) OP( read, 1 ) OP( flush, 1 ) OP( clear, 1 ) )

@@ -224,13 +224,13 @@ struct Parser
 
 const char *const NAMES[] = { "a", "al", "all", "alpha", "beta", "b", "be", "file", "fil", "verbose", "ver" };
 
-struct OptWalk : SlotWalk< QV_OPT_DEF, Definition, qvOptDefCreate >
+struct OptWalk : SlotWalk< OptWalk, QV_OPT_DEF, Definition, qvOptDefCreate >
 {
     using SlotWalk::SlotWalk;
 
     void copy()
     {
-        Slot &to = slots.any( in ), &from = slots.any( in );
+        Slot &to = any(), &from = any();
         to.set( qvOptDefCreateFrom( from.ref ), from.model );
     }
 
@@ -242,16 +242,15 @@ struct OptWalk : SlotWalk< QV_OPT_DEF, Definition, qvOptDefCreate >
     // A definition of some use: every letter and name, and flags for all ids.
     void defineAll()
     {
-        Slot &slot = slots.any( in );
+        Slot &slot = any();
 
         for( size_t i = 0; i < std::size( NAMES ); i++ )
         {
             Text   text = wide( NAMES[i] );
             QV_INT id   = static_cast< QV_INT >( i ) % 6;
 
-            qvOptDefSetShortOpt( slot.ref.at(), text[0], id );
-            qvOptDefSetLongOpt( slot.ref.at(), stringOf( text ), id );
-            slot.model.shorts[text[0]] = slot.model.longs[text] = id;
+            qvOptDefSetShortOpt( slot.ref.at(), text[0], slot.model.shorts[text[0]] = id );
+            qvOptDefSetLongOpt( slot.ref.at(), stringOf( text ), slot.model.longs[text] = id );
             qvOptDefSetFlags( slot.ref.at(), id, slot.model.flags[id] = in.below( 16 ) );
         }
 
@@ -260,33 +259,24 @@ struct OptWalk : SlotWalk< QV_OPT_DEF, Definition, qvOptDefCreate >
 
     void define()
     {
-        Slot  &slot = slots.any( in );
-        QV_INT id = in.below( 6 ), value = in.below( 16 );
-        Text   text = name();
+        Slot       &slot = any();
+        Definition &def  = slot.model;
+        QV_INT      id = in.below( 6 ), value = in.below( 16 );
+        Text        text = name();
+        QV_INT      what = in.below( 7 );
 
-        switch( in.below( 7 ) )
+        if( what < 2 )
+            qvOptDefSetShortOpt( slot.ref.at(), text[0], def.shorts[text[0]] = id );
+        else if( what < 4 )
+            qvOptDefSetLongOpt( slot.ref.at(), stringOf( text ), def.longs[text] = id );
+        else if( what == 4 )
+            qvOptDefSetFlags( slot.ref.at(), id, def.flags[id] = value );
+        else if( what == 5 )
+            qvOptDefSetArgOnly( slot.ref.at(), def.argOnly = value < 12 ? id : -7 );
+        else
         {
-        case 0:
-        case 1:
-            qvOptDefSetShortOpt( slot.ref.at(), text[0], id );
-            slot.model.shorts[text[0]] = id;
-            break;
-        case 2:
-        case 3:
-            qvOptDefSetLongOpt( slot.ref.at(), stringOf( text ), id );
-            slot.model.longs[text] = id;
-            break;
-        case 4:
-            qvOptDefSetFlags( slot.ref.at(), id, value );
-            slot.model.flags[id] = value;
-            break;
-        case 5:
-            qvOptDefSetArgOnly( slot.ref.at(), value < 12 ? id : -7 );
-            slot.model.argOnly = value < 12 ? id : -7;
-            break;
-        default:
-            qvOptDefSetReorder( slot.ref.at(), slot.model.reorder = value & 1 );
-            qvOptDefSetStringize( slot.ref.at(), slot.model.stringize = value & 2 );
+            qvOptDefSetReorder( slot.ref.at(), def.reorder = value & 1 );
+            qvOptDefSetStringize( slot.ref.at(), def.stringize = value & 2 );
         }
     }
 
@@ -296,9 +286,9 @@ struct OptWalk : SlotWalk< QV_OPT_DEF, Definition, qvOptDefCreate >
                && takeText( qvObjToString( obj ) ) == word.text;
     }
 
-    static void compare( QV_VECTOR *vec, const std::vector< Word > &words )
+    static void compareWords( QV_VECTOR *vec, const std::vector< Word > &words )
     {
-        require( qvVectorLength( vec ) == static_cast< QV_INT >( words.size() ) );
+        require( qvVectorLength( vec ) == lengthOf( words ) );
 
         for( size_t i = 0; i < words.size(); i++ )
             require( same( qvVectorBacking( vec )[i], words[i] ) );
@@ -308,7 +298,7 @@ struct OptWalk : SlotWalk< QV_OPT_DEF, Definition, qvOptDefCreate >
     {
         static const char32_t *const PIECES[] = { U"-", U"--", U"=",  U"a",    U"b",       U"f",
                                                   U"v", U"x",  U"-a", U"--al", U"--file=", U"é" };
-        Slot                        &slot     = slots.any( in );
+        Slot                        &slot     = any();
         Parser                       parser{ slot.model, {} };
         Ref< QV_VECTOR >             argv( qvVectorCreate() );
 
@@ -330,9 +320,7 @@ struct OptWalk : SlotWalk< QV_OPT_DEF, Definition, qvOptDefCreate >
                 qvVectorAppendInt( argv.at(), count - 6 );
 
             if( tracing )
-                fprintf(
-                    stderr, " '%s'%s", std::string( word.text.begin(), word.text.end() ).c_str(),
-                    word.isText ? "" : " (object)" );
+                fprintf( stderr, " '%s'%s", ascii( word.text ).c_str(), word.isText ? "" : " (object)" );
 
             parser.argv.push_back( word );
         }
@@ -355,13 +343,8 @@ struct OptWalk : SlotWalk< QV_OPT_DEF, Definition, qvOptDefCreate >
 
             parser.next();
 
-            if( tracing )
-                fprintf(
-                    stderr, "\n  expected id %lld, %zu words left", static_cast< long long >( parser.id ),
-                    parser.argv.size() );
-
             require( qvOptSeqNext( seq ) == parser.id && qvOptSeqIdSecondary( seq ) == parser.id );
-            compare( Ref< QV_VECTOR >( qvOptSeqRemainingArgv( seq ) ), parser.argv );
+            compareWords( Ref< QV_VECTOR >( qvOptSeqRemainingArgv( seq ) ), parser.argv );
 
             Ref< QV_STRING > opt( qvOptSeqOpt( seq ) ), error( qvOptSeqError( seq ) );
             Ref< QV_OBJ >    arg( qvOptSeqArgObj( seq ) );
@@ -371,28 +354,21 @@ struct OptWalk : SlotWalk< QV_OPT_DEF, Definition, qvOptDefCreate >
         }
 
         require( parser.argv.empty() );
-        compare( argv, given );
+        compareWords( argv, given );
     }
 
-    void check()
+    static void compare( Slot &slot )
     {
-        for( Slot &slot : slots.slots )
-        {
-            require(
-                qvOptDefArgOnly( slot.ref ) == slot.model.argOnly
-                && qvOptDefReorder( slot.ref ) == slot.model.reorder );
+        Definition &def = slot.model;
+        require( qvOptDefArgOnly( slot.ref ) == def.argOnly && qvOptDefReorder( slot.ref ) == def.reorder );
 
-            for( auto &[ch, id] : slot.model.shorts )
-                require( qvOptDefShortOpt( slot.ref, ch ) == id );
+        for( auto &[ch, id] : def.shorts )
+            require( qvOptDefShortOpt( slot.ref, ch ) == id );
 
-            for( QV_INT id = 0; id < 6; id++ )
-                require( qvOptDefFlags( slot.ref, id ) == slot.model.flags[id] );
-        }
-
-        slots.checkCounts();
+        for( QV_INT id = 0; id < 6; id++ )
+            require( qvOptDefFlags( slot.ref, id ) == def.flags[id] );
     }
 };
 } // namespace
 
-QV_FUZZ_WALK(
-    OptWalk, OP( share ) OP( copy ) OP( defineAll ) OP( define ) OP( define ) OP( define ) OP( parse ) OP( parse ) )
+QV_FUZZ_WALK( OptWalk, OP( share, 1 ) OP( copy, 1 ) OP( defineAll, 1 ) OP( define, 3 ) OP( parse, 2 ) )

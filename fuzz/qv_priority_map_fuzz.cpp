@@ -35,7 +35,7 @@ struct Names
     }
 };
 
-struct MapWalk : qv::fuzz::Walk
+struct MapWalk : Walk
 {
     using Walk::Walk;
 
@@ -45,15 +45,8 @@ struct MapWalk : qv::fuzz::Walk
 
     void share()
     {
-        switch( in.below( 3 ) )
-        {
-        case 0:
-            return maps.share( in );
-        case 1:
-            return enums.share( in );
-        default:
-            return flags.share( in );
-        }
+        QV_INT which = in.below( 3 );
+        which == 0 ? maps.share( in ) : which == 1 ? enums.share( in ) : flags.share( in );
     }
 
     static auto find( Pairs &pairs, QV_INT value )
@@ -82,7 +75,7 @@ struct MapWalk : qv::fuzz::Walk
             if( at != slot.model.end() )
             {
                 // The very object in the map.
-                obj = Ref< QV_OBJ >( qvPriorityMapValueAt( slot.ref, std::distance( slot.model.begin(), at ) ) ).get();
+                obj = borrow( qvPriorityMapValueAt( slot.ref, std::distance( slot.model.begin(), at ) ) );
                 slot.model.erase( at );
             }
 
@@ -97,8 +90,8 @@ struct MapWalk : qv::fuzz::Walk
 
         if( in.flag() && !slot.model.empty() )
         {
-            QV_INT  idx = in.upTo( static_cast< QV_INT >( slot.model.size() ) - 1 );
-            QV_OBJ *obj = Ref< QV_OBJ >( qvPriorityMapValueAt( slot.ref, idx ) ).get();
+            QV_INT  idx = in.index( slot.model );
+            QV_OBJ *obj = borrow( qvPriorityMapValueAt( slot.ref, idx ) );
             in.flag() ? qvPriorityMapDelAt( slot.ref.at(), idx ) : qvPriorityMapDel( slot.ref.at(), obj );
             slot.model.erase( std::next( slot.model.begin(), idx ) );
             return;
@@ -202,19 +195,19 @@ struct MapWalk : qv::fuzz::Walk
         for( auto &slot : maps.slots )
         {
             QV_INT idx = 0;
-            require( qvPriorityMapLength( slot.ref ) == static_cast< QV_INT >( slot.model.size() ) );
+            require( qvPriorityMapLength( slot.ref ) == lengthOf( slot.model ) );
 
             for( auto &[priority, value] : slot.model )
             {
                 require( qvPriorityMapPriorityAt( slot.ref, idx ) == priority );
-                require( intOf( Ref< QV_OBJ >( qvPriorityMapValueAt( slot.ref, idx++ ) ) ) == value );
+                require( intOf( borrow( qvPriorityMapValueAt( slot.ref, idx++ ) ) ) == value );
             }
         }
 
         for( auto &slot : enums.slots )
         {
             Ref< QV_VECTOR > all( qvEnumEnumerantsVector( slot.ref ) );
-            require( qvVectorLength( all ) == static_cast< QV_INT >( slot.model.values.size() ) );
+            require( qvVectorLength( all ) == lengthOf( slot.model.values ) );
 
             for( auto &[n, value] : slot.model.values )
                 require( qvEnumEnumerant( slot.ref, stringOf( n ) ) == value );
@@ -251,4 +244,5 @@ struct MapWalk : qv::fuzz::Walk
 };
 } // namespace
 
-QV_FUZZ_WALK( MapWalk, OP( share ) OP( create ) OP( set ) OP( set ) OP( erase ) OP( look ) OP( enumerant ) OP( flag ) )
+QV_FUZZ_WALK(
+    MapWalk, OP( share, 1 ) OP( create, 1 ) OP( set, 2 ) OP( erase, 1 ) OP( look, 1 ) OP( enumerant, 1 ) OP( flag, 1 ) )

@@ -21,26 +21,28 @@ struct Model
 {
     std::vector< Interval > list;
     QV_INT                  alloc     = 0;
-    bool                    collapses = false;
+    bool                    collapses = false, shared = false;
 
     QV_INT length() const
     {
-        return static_cast< QV_INT >( list.size() );
+        return lengthOf( list );
     }
 
     // A copy is built by appending.
-    void own( bool shared )
+    void own( bool also = false )
     {
-        if( shared )
+        if( shared || also )
             alloc = ( length() + 32 ) / 33 * 33;
+
+        shared = false;
     }
 
-    void insert( size_t at, Interval interval )
+    void insert( QV_INT at, Interval interval )
     {
         if( length() == alloc )
             alloc += 33;
 
-        list.insert( list.begin() + static_cast< QV_INT >( at ), interval );
+        list.insert( list.begin() + at, interval );
     }
 
     void compact()
@@ -71,54 +73,52 @@ struct Model
         return std::any_of( list.begin(), list.end(), [&]( auto &i ) { return i.first <= last && first <= i.last; } );
     }
 
-    // Cuts the range that starts before `first`, shortens the one that ends behind `last`; gives where the covered ones
-    // are, the two ends of them.
-    std::pair< size_t, size_t > cut( QV_INT first, QV_INT last )
+    // Cuts the range that starts before `first`, shortens the one that ends after `last`. Returns the index of the
+    // first range that is covered, and of the one after the last.
+    std::pair< QV_INT, QV_INT > cut( QV_INT first, QV_INT last )
     {
-        size_t from = 0;
+        QV_INT from =
+            std::find_if( list.begin(), list.end(), [&]( auto &i ) { return i.last >= first; } ) - list.begin();
 
-        while( from < list.size() && list[from].last < first )
-            from++;
-
-        if( from < list.size() && list[from].first < first )
+        if( from < length() && at( list, from ).first < first )
         {
-            insert( from, { list[from].first, first - 1, list[from].value } );
-            list[++from].first = first;
+            insert( from, { at( list, from ).first, first - 1, at( list, from ).value } );
+            at( list, ++from ).first = first;
         }
 
-        size_t to = from;
+        QV_INT to = from;
 
-        while( to < list.size() && list[to].last <= last )
+        while( to < length() && at( list, to ).last <= last )
             to++;
 
-        if( to < list.size() && list[to].first <= last )
-            list[to].first = last + 1;
+        if( to < length() && at( list, to ).first <= last )
+            at( list, to ).first = last + 1;
 
         return { from, to };
     }
 
-    void erase( bool shared, QV_INT first, QV_INT last )
+    void erase( QV_INT first, QV_INT last )
     {
         if( !touches( first, last ) )
             return;
 
-        own( shared );
+        own();
         auto [from, to] = cut( first, last );
-        list.erase( list.begin() + static_cast< QV_INT >( from ), list.begin() + static_cast< QV_INT >( to ) );
+        list            = without( list, from, to - from );
         compact();
     }
 
-    void set( bool shared, QV_INT first, QV_INT last, QV_INT value )
+    void set( QV_INT first, QV_INT last, QV_INT value )
     {
-        own( shared );
+        own();
         auto [from, to] = cut( first, last );
 
         if( from == to )
             insert( from, { first, last, value } );
         else
         {
-            list[from] = { first, last, value };
-            list.erase( list.begin() + static_cast< QV_INT >( from + 1 ), list.begin() + static_cast< QV_INT >( to ) );
+            at( list, from ) = { first, last, value };
+            list             = without( list, from + 1, to - from - 1 );
             compact();
         }
 
@@ -127,13 +127,13 @@ struct Model
     }
 };
 
-struct RangeMapWalk : SlotWalk< QV_RANGE_MAP, Model, qvRangeMapCreate >
+struct RangeMapWalk : SlotWalk< RangeMapWalk, QV_RANGE_MAP, Model, qvRangeMapCreate >
 {
     using SlotWalk::SlotWalk;
 
     void create()
     {
-        Slot &to = slots.any( in ), &from = slots.any( in );
+        Slot &to = any(), &from = any();
         Model model;
 
         switch( in.below( 3 ) )
@@ -158,7 +158,7 @@ struct RangeMapWalk : SlotWalk< QV_RANGE_MAP, Model, qvRangeMapCreate >
 
         if( how == 0 && slot.model.length() > 0 )
         {
-            const Interval &i = slot.model.list[static_cast< size_t >( in.upTo( slot.model.length() - 1 ) )];
+            const Interval &i = at( slot.model.list, in.index( slot.model.list ) );
             return in.flag() ? i.first : i.last;
         }
 
@@ -167,8 +167,7 @@ struct RangeMapWalk : SlotWalk< QV_RANGE_MAP, Model, qvRangeMapCreate >
 
     void set()
     {
-        Slot  &slot   = slots.any( in );
-        bool   shared = slots.shared( slot );
+        Slot  &slot  = any();
         QV_INT first = key( slot ), last = in.flag() ? first : key( slot );
         QV_INT value = 1 + in.below( 3 );
 
@@ -181,9 +180,9 @@ struct RangeMapWalk : SlotWalk< QV_RANGE_MAP, Model, qvRangeMapCreate >
         // An object that only the map holds, perhaps in a range that will be covered.
         if( slot.model.length() > 0 && in.flag() )
         {
-            QV_INT idx = in.upTo( slot.model.length() - 1 );
-            obj        = Ref< QV_OBJ >( qvRangeMapObjAt( slot.ref, idx ) ).get();
-            value      = slot.model.list[static_cast< size_t >( idx )].value;
+            QV_INT idx = in.index( slot.model.list );
+            obj        = borrow( qvRangeMapObjAt( slot.ref, idx ) );
+            value      = at( slot.model.list, idx ).value;
         }
 
         if( first == last )
@@ -191,51 +190,49 @@ struct RangeMapWalk : SlotWalk< QV_RANGE_MAP, Model, qvRangeMapCreate >
         else
             qvRangeMapSetRangeKey( slot.ref.at(), first, last, obj );
 
-        slot.model.set( shared, first, last, value );
+        slot.model.set( first, last, value );
     }
 
     // Every other key, up or down, so that there are many ranges; or the ones between them.
     void run()
     {
-        Slot  &slot  = slots.any( in );
+        Slot  &slot  = any();
         QV_INT start = in.below( 300 ), count = in.length( 200 ), step = 1 + in.below( 3 );
         bool   down = in.flag(), deletes = in.below( 3 ) == 0;
 
         for( QV_INT i = 0; i < count; i++ )
         {
-            bool   shared = slots.shared( slot );
-            QV_INT at     = start + step * ( down ? count - 1 - i : i );
+            QV_INT at = start + step * ( down ? count - 1 - i : i );
 
             if( deletes )
             {
                 qvRangeMapDelIntKey( slot.ref.at(), at );
-                slot.model.erase( shared, at, at );
+                slot.model.erase( at, at );
             }
             else
             {
                 qvRangeMapSetIntKey( slot.ref.at(), at, boxedInt( 1 + at % 2 ) );
-                slot.model.set( shared, at, at, 1 + at % 2 );
+                slot.model.set( at, at, 1 + at % 2 );
             }
         }
     }
 
     void erase()
     {
-        Slot  &slot   = slots.any( in );
-        bool   shared = slots.shared( slot );
+        Slot  &slot  = any();
         QV_INT first = key( slot ), last = key( slot );
 
         if( last < first )
             std::swap( first, last );
 
         qvRangeMapDelRangeKey( slot.ref.at(), first, last );
-        slot.model.erase( shared, first, last );
+        slot.model.erase( first, last );
     }
 
     void collapse()
     {
-        Slot &slot   = slots.any( in );
-        bool  shared = slots.shared( slot ), flag = in.flag(), on = in.flag();
+        Slot &slot = any();
+        bool  flag = in.flag(), on = in.flag();
 
         if( flag )
         {
@@ -244,7 +241,7 @@ struct RangeMapWalk : SlotWalk< QV_RANGE_MAP, Model, qvRangeMapCreate >
             if( on == slot.model.collapses )
                 return;
 
-            slot.model.own( shared );
+            slot.model.own();
             slot.model.collapses = on;
 
             if( on && slot.model.length() > 0 )
@@ -256,13 +253,13 @@ struct RangeMapWalk : SlotWalk< QV_RANGE_MAP, Model, qvRangeMapCreate >
         qvRangeMapCollapse( slot.ref.at() );
 
         if( slot.model.length() > 0 )
-            slot.model.own( shared ), slot.model.collapse();
+            slot.model.own(), slot.model.collapse();
     }
 
     // The map becomes a value of its own successor, which holds it as it was.
     void self()
     {
-        Slot               &slot = slots.any( in );
+        Slot               &slot = any();
         Ref< QV_RANGE_MAP > map( qvRangeMapCreateFrom( slot.ref ) );
         QV_INT              at = key( slot );
         qvRangeMapSetIntKey( map.at(), at, qvRangeMapObj( map ) );
@@ -272,7 +269,7 @@ struct RangeMapWalk : SlotWalk< QV_RANGE_MAP, Model, qvRangeMapCreate >
 
     void look()
     {
-        Slot  &a = slots.any( in ), &b = slots.any( in );
+        Slot  &a = any(), &b = any();
         QV_INT at    = key( a );
         auto   found = std::find_if(
             a.model.list.begin(), a.model.list.end(), [&]( auto &i ) { return i.first <= at && at <= i.last; } );
@@ -282,33 +279,28 @@ struct RangeMapWalk : SlotWalk< QV_RANGE_MAP, Model, qvRangeMapCreate >
         require(
             qvRangeMapHasIntKey( a.ref, at ) == has && ( value ? intOf( value ) : 0 ) == ( has ? found->value : 0 ) );
 
-        auto order = a.model.list <=> b.model.list;
-        require( qvRangeMapCompare( a.ref, b.ref ) == ( order > 0 ) - ( order < 0 ) );
+        require( qvRangeMapCompare( a.ref, b.ref ) == sign( a.model.list <=> b.model.list ) );
     }
 
-    void check()
+    static void compare( Slot &slot )
     {
-        for( Slot &slot : slots.slots )
+        QV_INT idx = 0;
+        require( qvRangeMapLength( slot.ref ) == slot.model.length() );
+        require( qvRangeMapAutoCollapse( slot.ref ) == slot.model.collapses );
+        require( declared( slot.ref.get() ) == 24 * slot.model.alloc );
+
+        for( const Interval &i : slot.model.list )
         {
-            QV_INT idx = 0;
-            require( qvRangeMapLength( slot.ref ) == slot.model.length() );
-            require( qvRangeMapAutoCollapse( slot.ref ) == slot.model.collapses );
-            require( declared( slot.ref.get() ) == 24 * slot.model.alloc );
-
-            for( const Interval &i : slot.model.list )
-            {
-                require(
-                    qvRangeMapStartingKeyAt( slot.ref, idx ) == i.first
-                    && qvRangeMapEndingKeyAt( slot.ref, idx ) == i.last );
-                require( intOf( Ref< QV_OBJ >( qvRangeMapObjAt( slot.ref, idx++ ) ) ) == i.value );
-            }
+            Interval found{
+                qvRangeMapStartingKeyAt( slot.ref, idx ), qvRangeMapEndingKeyAt( slot.ref, idx ),
+                intOf( borrow( qvRangeMapObjAt( slot.ref, idx ) ) ) };
+            require( found == i );
+            idx++;
         }
-
-        slots.checkCounts();
     }
 };
 } // namespace
 
 QV_FUZZ_WALK(
-    RangeMapWalk,
-    OP( share ) OP( create ) OP( set ) OP( set ) OP( set ) OP( run ) OP( erase ) OP( collapse ) OP( self ) OP( look ) )
+    RangeMapWalk, OP( share, 1 ) OP( create, 1 ) OP( set, 3 ) OP( run, 1 ) OP( erase, 1 ) OP( collapse, 1 )
+                      OP( self, 1 ) OP( look, 1 ) )

@@ -16,11 +16,15 @@ void decode( const uint8_t *data, size_t size )
     Ref< QV_STORE >   store( qvStoreTryDecodeFromBuffer( bytes ) ), read, again;
     Ref< QV_DECODER > dec( qvDecoderCreate( bytes ) ), skipping( qvDecoderCreate( bytes ) );
 
-    // With other bytes behind it, and skipped.
+    // With other bytes after it, skipped, and as one that may be missing.
     bool ok = qvDecoderTryDecodeStore( dec, read.at() );
     require( qvDecoderTryDecodeStore( skipping, nullptr ) == ok && !read == !ok );
     require( qvDecoderOffset( dec ) == qvDecoderOffset( skipping ) );
     require( !store == !( ok && qvDecoderRemaining( dec ) == 0 ) );
+
+    Ref< QV_DECODER > optional( qvDecoderCreate( bufferOf( "\1" + bytesOf( bytes ) ) ) );
+    require( qvDecoderTryDecodeOptionalStore( optional, again.at() ) == ok && !again == !ok );
+    require( !ok || qvStoreEquals( read, again ) );
 
     if( !ok )
         return;

@@ -1,17 +1,15 @@
 // Stores beside nested maps, and both persisted forms beside a writer and a reader of the maps. Addresses, values and
 // sub-stores that are arguments are often held by nobody but the Store.
 
-#include "qv_fuzz_walk.h"
+#include "qv_fuzz_models.h"
 
 #include "qv/base/qv_store.h"
 #include "qv/charset/qv_charset.h"
-#include "qv/io/qv_buffer_byte_source.h"
-#include "qv/io/qv_byte_source.h"
 #include "qv/io/qv_char_source.h"
 #include "qv/io/qv_line_source.h"
 #include "qv/io/qv_nlf_line_source.h"
+#include "qv/io/qv_string_char_source.h"
 #include "qv/sys/qv_mem.h"
-#include "qv/unicode/qv_unicode_properties.h"
 
 #include <map>
 
@@ -44,7 +42,7 @@ struct Doc
 
     QV_INT size() const
     {
-        QV_INT count = 1 + static_cast< QV_INT >( values.size() );
+        QV_INT count = 1 + lengthOf( values );
 
         for( auto &[address, store] : stores )
             count += store.size();
@@ -84,11 +82,8 @@ Text escaped( const Text &value )
     {
         char digits[16];
         snprintf( digits, sizeof( digits ), "%%%06x", static_cast< unsigned >( ch ) );
-
-        if( ch < 0x20 || ( ch >= 0x7F && ch < 0xA0 ) )
-            result += wide( digits );
-        else
-            result += ch == U'%' ? Text( U"%%" ) : Text( 1, ch );
+        bool control = ch < 0x20 || ( ch >= 0x7F && ch < 0xA0 );
+        result += control ? wide( digits ) : ch == U'%' ? Text( U"%%" ) : Text( 1, ch );
     }
 
     return result;
@@ -111,30 +106,12 @@ void write( const Doc &doc, const Text &prefix, Lines &lines )
 // Six characters as a number in base 16 with white space and a sign, which must be all that they are.
 bool hexadecimal( const Text &six, char32_t &value )
 {
-    size_t at    = 0;
-    auto   space = [&]
-    {
-        while( at < 6 && qvUnicodeIsWhiteSpace( six[at] ) )
-            at++;
-    };
+    NumberReader reader{ six };
+    QV_INT       number = -1;
+    bool         ok     = reader.integer( 16, number ) && reader.end() && number >= 0 && number <= 0x10FFFF;
+    value               = static_cast< char32_t >( number );
 
-    space();
-    bool negative = at < 6 && six[at] == U'-';
-    at += at < 6 && ( negative || six[at] == U'+' );
-    space();
-
-    QV_INT number = 0, first = static_cast< QV_INT >( at );
-
-    for( QV_INT digit; at < 6 && ( digit = qvUnicodeBaseNDigitValue( six[at], 16 ) ) >= 0; at++ )
-        number = number * 16 + digit;
-
-    if( static_cast< QV_INT >( at ) == first )
-        return false;
-
-    space();
-    value = static_cast< char32_t >( negative ? -number : number );
-
-    return at == 6 && value <= 0x10FFFF;
+    return ok;
 }
 
 Text unescaped( const Text &rest )
@@ -153,17 +130,6 @@ Text unescaped( const Text &rest )
     }
 
     return result;
-}
-
-Text trimmed( Text text )
-{
-    while( !text.empty() && qvUnicodeIsWhiteSpace( text.back() ) )
-        text.pop_back();
-
-    while( !text.empty() && qvUnicodeIsWhiteSpace( text.front() ) )
-        text.erase( 0, 1 );
-
-    return text;
 }
 
 Doc read( const Lines &lines, int depth )
@@ -202,80 +168,48 @@ Doc read( const Lines &lines, int depth )
 
 /* The binary form -------------------------------------------------------------------------------------------------- */
 
-void encode( std::string &bytes, size_t number )
+std::string encoded( const Doc &doc )
 {
-    std::string digits;
-
-    for( ; number > 0; number /= 256 )
-        digits.insert( 0, 1, static_cast< char >( number ) );
-
-    bytes += static_cast< char >( digits.size() ) + digits;
-}
-
-void encode( std::string &bytes, const Text &text )
-{
-    encode( bytes, text.size() );
-
-    for( char32_t ch : text )
-    {
-        if( ch >= 0x80 )
-            bytes +=
-                { static_cast< char >( 0x80 | ch >> 16 ), static_cast< char >( ch >> 8 ), static_cast< char >( ch ) };
-        else
-            bytes += static_cast< char >( ch );
-    }
-}
-
-void encode( std::string &bytes, const Doc &doc )
-{
-    auto addresses = doc.addresses();
-    encode( bytes, addresses.size() );
+    auto        addresses = doc.addresses();
+    std::string bytes     = encodedInt( lengthOf( addresses ) );
 
     for( auto &[address, what] : addresses )
     {
-        encode( bytes, address );
-        bytes += static_cast< char >( what & 1 );
-
-        if( what & 1 )
-            encode( bytes, doc.values.at( address ) );
-
+        bytes += encodedText( address ) + static_cast< char >( what & 1 );
+        bytes += what & 1 ? encodedText( doc.values.at( address ) ) : "";
         bytes += static_cast< char >( what >> 1 );
-
-        if( what & 2 )
-            encode( bytes, doc.stores.at( address ) );
+        bytes += what & 2 ? encoded( doc.stores.at( address ) ) : "";
     }
+
+    return bytes;
 }
 
 /* The walk --------------------------------------------------------------------------------------------------------- */
 
-bool same( QV_STORE *store, const Doc &doc )
+Doc docOf( QV_STORE *store )
 {
-    auto addresses = doc.addresses();
+    Doc  doc;
+    Text last;
 
-    if( qvStoreLength( store ) != static_cast< QV_INT >( addresses.size() ) )
-        return false;
-
-    QV_INT idx = 0;
-
-    for( auto &[address, what] : addresses )
+    for( QV_INT idx = 0; idx < qvStoreLength( store ); idx++ )
     {
-        if( takeText( qvStoreAddressAt( store, idx ) ) != address )
-            return false;
-
+        Text             address = takeText( qvStoreAddressAt( store, idx ) );
         Ref< QV_STRING > value( qvStoreValueAt( store, idx ) );
-        Ref< QV_STORE >  sub( qvStoreStoreAt( store, idx++ ) );
+        Ref< QV_STORE >  sub( qvStoreStoreAt( store, idx ) );
+        require( ( value || sub ) && ( idx == 0 || address > last ) );
+        last = address;
 
-        if( ( what & 1 ) ? !value || charsOf( value ) != doc.values.at( address ) : !!value )
-            return false;
+        if( value )
+            doc.values[address] = charsOf( value );
 
-        if( ( what & 2 ) ? !sub || !same( sub, doc.stores.at( address ) ) : !!sub )
-            return false;
+        if( sub )
+            doc.stores[address] = docOf( sub );
     }
 
-    return true;
+    return doc;
 }
 
-struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
+struct StoreWalk : SlotWalk< StoreWalk, QV_STORE, Doc, qvStoreCreate >
 {
     using SlotWalk::SlotWalk;
 
@@ -283,7 +217,7 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
 
     void create()
     {
-        Slot &to = slots.any( in ), &from = slots.any( in );
+        Slot &to = any(), &from = any();
 
         if( in.below( 4 ) )
             return to.set( qvStoreCreateFrom( from.ref ), from.model );
@@ -306,9 +240,9 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
 
         if( !all.empty() && in.below( 3 ) )
         {
-            QV_INT idx = in.upTo( static_cast< QV_INT >( all.size() ) - 1 );
-            text       = std::next( all.begin(), idx )->first;
-            return Ref< QV_STRING >( qvStoreAddressAt( slot.ref, idx ) ).get();
+            QV_INT idx = in.index( all );
+            text       = at( all, idx ).first;
+            return borrow( qvStoreAddressAt( slot.ref, idx ) );
         }
 
         made = stringOf( text = anAddress() );
@@ -318,7 +252,7 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
 
     void setValue()
     {
-        Slot      &slot = slots.any( in );
+        Slot      &slot = any();
         Text       at, text;
         QV_STRING *addr = address( slot, at );
 
@@ -327,7 +261,7 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
         QV_STRING *value = nullptr;
 
         if( held != slot.model.values.end() && in.flag() )
-            value = Ref< QV_STRING >( qvStoreValue( slot.ref, addr ) ).get(), text = held->second;
+            value = borrow( qvStoreValue( slot.ref, addr ) ), text = held->second;
         else
             madeValue = stringOf( text = in.text( 200 ) ), value = madeValue;
 
@@ -340,7 +274,7 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
 
     void typed()
     {
-        Slot       &slot   = slots.any( in );
+        Slot       &slot   = any();
         Text        at     = anAddress();
         std::string name   = ascii( at );
         QV_INT      number = in.number(), back;
@@ -351,7 +285,7 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
 
     void erase()
     {
-        Slot      &slot = slots.any( in );
+        Slot      &slot = any();
         Text       at;
         QV_STRING *addr = address( slot, at );
 
@@ -364,7 +298,7 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
     // Another variable or the Store itself; what is read is its own object.
     void setStore()
     {
-        Slot      &slot = slots.any( in ), &other = slots.any( in );
+        Slot      &slot = any(), &other = any();
         Text       at;
         QV_STRING *addr = address( slot, at );
         Doc        doc  = other.model;
@@ -379,40 +313,48 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
     // A sub-store is taken, changed, and written back, or put into its own place or merged while only the Store has it.
     void below()
     {
-        Slot &slot = slots.any( in );
+        Slot &slot = any();
 
         if( slot.model.stores.empty() )
             return;
 
-        auto at =
-            std::next( slot.model.stores.begin(), in.upTo( static_cast< QV_INT >( slot.model.stores.size() ) - 1 ) );
-        made = stringOf( at->first );
+        auto at = std::next( slot.model.stores.begin(), in.index( slot.model.stores ) );
+        made    = stringOf( at->first );
         Ref< QV_STORE > sub( qvStoreStore( slot.ref, made ) );
 
         if( in.flag() )
         {
-            Text name = anAddress(), value = in.text( 60 );
-            madeValue = stringOf( value );
-            qvStoreSetValue( sub.at(), stringOf( name ), madeValue );
-            qvStoreSetStore( slot.ref.at(), made, sub );
-            at->second.values[name] = value;
-            return;
+            Text  name = anAddress(), value = in.text( 60 );
+            Slot &other = any();
+            madeValue   = stringOf( value );
+
+            // With a sub-store of its own address it is both what is merged and what something is merged into.
+            if( value.empty() && slot.model.size() + other.model.size() < 400 )
+            {
+                qvStoreSetStore( sub.at(), made, other.ref );
+                at->second.stores[at->first] = Doc( other.model );
+            }
+            else
+            {
+                qvStoreSetValue( sub.at(), stringOf( name ), madeValue );
+                at->second.values[name] = value;
+            }
+
+            return qvStoreSetStore( slot.ref.at(), made, sub );
         }
 
-        QV_STORE *borrowed = sub;
-        Doc       doc      = at->second;
-        sub.reset();
+        QV_STORE *borrowed = borrow( sub.give() );
 
         if( in.flag() )
             return qvStoreSetStore( slot.ref.at(), made, borrowed );
 
         qvStoreMerge( slot.ref.at(), borrowed );
-        slot.model.merge( doc );
+        slot.model.merge( Doc( at->second ) );
     }
 
     void merge()
     {
-        Slot &slot = slots.any( in ), &other = slots.any( in );
+        Slot &slot = any(), &other = any();
         Doc   doc = other.model;
 
         if( slot.model.size() + doc.size() > 400 )
@@ -425,23 +367,18 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
     // Both forms, written, and read again.
     void persist()
     {
-        Slot &slot = slots.any( in );
+        Slot &slot = any();
         Lines lines;
         write( slot.model, {}, lines );
-        Ref< QV_VECTOR > encoded( qvStoreEncodeToStringVector( slot.ref ) );
-        require( qvVectorLength( encoded ) == static_cast< QV_INT >( lines.size() ) );
+        Ref< QV_VECTOR > written( qvStoreEncodeToStringVector( slot.ref ) );
+        require( textsOf( written ) == lines );
 
-        for( size_t i = 0; i < lines.size(); i++ )
-            require( charsOf( qvStringFrom( qvVectorBacking( encoded )[i] ) ) == lines[i] );
-
-        Ref< QV_STORE > again( qvStoreDecodeFromStringVector( encoded ) );
-        require( same( again, read( lines, 0 ) ) );
+        Ref< QV_STORE > again( qvStoreDecodeFromStringVector( written ) );
+        require( docOf( again ) == read( lines, 0 ) );
         require( slot.model.depth() > 99 || qvStoreEquals( again, slot.ref ) );
 
-        std::string bytes;
-        encode( bytes, slot.model );
         Ref< QV_BUFFER > buf( qvStoreEncodeToBuffer( slot.ref ) );
-        require( bytesOf( buf ) == bytes );
+        require( bytesOf( buf ) == encoded( slot.model ) );
         again.reset( qvStoreTryDecodeFromBuffer( buf ) );
         require( !again == ( slot.model.depth() > 99 ) );
         require( !again || qvStoreEquals( again, slot.ref ) );
@@ -450,34 +387,13 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
     // Lines of any kind, as a Vector and as text.
     void parse()
     {
+        // clang-format off
         static const char32_t *const PIECES[] = {
-            U"a",
-            U"b",
-            U".",
-            U".",
-            U"=",
-            U"=",
-            U" ",
-            U"\t",
-            U"%",
-            U"%%",
-            U"%00000a",
-            U"%+00041",
-            U"%  0041",
-            U"%      ",
-            U"%\u00A0\u00A00041",
-            U"%0041\u2003\u2003",
-            U"%-00000",
-            U"%41    ",
-            U"%110000",
-            U"%10FFFF",
-            U"%00004",
-            U"zz",
-            U"x.y.",
-            U"#",
-            U"10",
-            U"2" };
-        Slot            &slot = slots.any( in );
+            U"a", U"b", U".", U".", U"=", U"=", U" ", U"\t", U"%", U"%%", U"%00000a", U"%+00041", U"%  0041",
+            U"%      ", U"%\u00A0\u00A00041", U"%0041\u2003\u2003", U"%-00000", U"%41    ", U"%110000", U"%10FFFF",
+            U"%00004", U"zz", U"x.y.", U"#", U"10", U"2" };
+        // clang-format on
+        Slot            &slot = any();
         Lines            lines;
         Ref< QV_VECTOR > vec( qvVectorCreate() );
         Ref< QV_STRING > all( qvStringCreate() );
@@ -511,24 +427,20 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
         if( in.flag() && !bytes.empty() )
             bytes.insert( static_cast< size_t >( in.upTo( length ) ), 1, static_cast< char >( in.byte() ) );
 
-        Ref< QV_BUFFER_BYTE_SOURCE > bufferSource( qvBufferByteSourceCreate( bufferOf( bytes ) ) );
-        Ref< QV_BYTE_SOURCE >        byteSource( qvBufferByteSourceByteSource( bufferSource ) );
-        Ref< QV_CHAR_SOURCE >        charSource( qvCharsetCreateCharSource( byteSource, QV_CHARSET_UTF_8, 0 ) );
+        Ref< QV_STRING >             decoded( qvCharsetBufferToString( QV_CHARSET_UTF_8, bufferOf( bytes ) ) );
+        Ref< QV_STRING_CHAR_SOURCE > chars( qvStringCharSourceCreate( decoded ) );
+        Ref< QV_CHAR_SOURCE >        charSource( qvStringCharSourceCharSource( chars ) );
         Ref< QV_NLF_LINE_SOURCE >    nlfSource( qvNlfLineSourceCreate( charSource, 255 ) );
         Ref< QV_LINE_SOURCE >        lineSource( qvNlfLineSourceLineSource( nlfSource ) );
         vec.reset( qvLineSourceReadLines( lineSource, -1 ) );
-        lines.clear();
-
-        for( QV_INT i = 0; i < qvVectorLength( vec ); i++ )
-            lines.push_back( charsOf( qvStringFrom( qvVectorBacking( vec )[i] ) ) );
 
         Ref< QV_STORE > store( qvStoreTryDecodeFromTextBuffer( bufferOf( bytes ) ) );
-        require( store && same( store, read( lines, 0 ) ) );
+        require( store && docOf( store ) == read( textsOf( vec ), 0 ) );
     }
 
     void look()
     {
-        Slot &a = slots.any( in ), &b = slots.any( in );
+        Slot &a = any(), &b = any();
         require( qvStoreEquals( a.ref, b.ref ) == ( a.model == b.model ) );
         require( qvStoreCompare( a.ref, b.ref ) == -qvStoreCompare( b.ref, a.ref ) );
     }
@@ -539,11 +451,11 @@ struct StoreWalk : SlotWalk< QV_STORE, Doc, qvStoreCreate >
         madeValue.reset();
 
         for( Slot &slot : slots.slots )
-            require( same( slot.ref, slot.model ) );
+            require( docOf( slot.ref ) == slot.model );
     }
 };
 } // namespace
 
 QV_FUZZ_WALK(
-    StoreWalk, OP( share ) OP( create ) OP( setValue ) OP( setValue ) OP( typed ) OP( erase ) OP( setStore ) OP( below )
-                   OP( merge ) OP( persist ) OP( parse ) OP( look ) )
+    StoreWalk, OP( share, 1 ) OP( create, 1 ) OP( setValue, 2 ) OP( typed, 1 ) OP( erase, 1 ) OP( setStore, 1 )
+                   OP( below, 1 ) OP( merge, 1 ) OP( persist, 1 ) OP( parse, 1 ) OP( look, 1 ) )

@@ -1,7 +1,7 @@
 // Streams in chains: lines to characters to bytes, through a charset, with every form of writing, beside the bytes that
 // have to come out; some sinks fail at a limit. And sources of bytes and characters that share what they read from.
 
-#include "qv_fuzz_walk.h"
+#include "qv_fuzz_models.h"
 
 #include "qv/charset/qv_charset.h"
 #include "qv/io/qv_buffer_byte_sink.h"
@@ -30,6 +30,18 @@ void put( std::string &bytes, uint32_t unit, int count, bool little )
         bytes += static_cast< char >( unit >> 8 * ( little ? i : count - 1 - i ) );
 }
 
+std::string utf8( char32_t ch )
+{
+    std::string bytes;
+    int         more = ( ch >= 0x80 ) + ( ch >= 0x800 ) + ( ch >= 0x10000 );
+    put( bytes, more ? ( 0x7F80u >> more & 0xFF ) | ch >> 6 * more : ch, 1, false );
+
+    while( --more >= 0 )
+        put( bytes, 0x80 | ( ch >> 6 * more & 63 ), 1, false );
+
+    return bytes;
+}
+
 std::string encoded( QV_INT charset, QV_INT flags, const Text &text )
 {
     std::string bytes;
@@ -45,17 +57,7 @@ std::string encoded( QV_INT charset, QV_INT flags, const Text &text )
                 bytes += '?';
         }
         else if( charset == QV_CHARSET_UTF_8 )
-        {
-            if( ch < 0x80 )
-                bytes += static_cast< char >( ch );
-            else if( ch < 0x800 )
-                put( bytes, 0xC080 | ch >> 6 << 8 | ( ch & 63 ), 2, false );
-            else if( ch < 0x10000 )
-                put( bytes, 0xE08080 | ch >> 12 << 16 | ( ch >> 6 & 63 ) << 8 | ( ch & 63 ), 3, false );
-            else
-                put( bytes, 0xF0808080 | ch >> 18 << 24 | ( ch >> 12 & 63 ) << 16 | ( ch >> 6 & 63 ) << 8 | ( ch & 63 ),
-                     4, false );
-        }
+            bytes += utf8( ch );
         else if( charset >= QV_CHARSET_UTF_32 )
             put( bytes, ch, 4, little );
         else if( ch < 0x10000 )
@@ -78,7 +80,7 @@ Text terminator( QV_INT flags )
 
 /* Sinks that fail and sources that do ------------------------------------------------------------------------------ */
 
-size_t      limit;    // how many bytes the sink takes, or the source gives, before it fails
+size_t      limit;    // how many bytes the sink takes, or the source delivers, before it fails
 std::string received; // what the sink took
 bool        failed;   // after that it must not be called again
 
@@ -116,7 +118,7 @@ QV_BOOL readLimited( QV_OBJ *, QV_BUFFER **buf, QV_INT most, QV_INT *count )
 
 /* The walk --------------------------------------------------------------------------------------------------------- */
 
-struct StreamWalk : qv::fuzz::Walk
+struct StreamWalk : Walk
 {
     QV_INT                     charset, flags, newline, lines = 0;
     Ref< QV_BUFFER_BYTE_SINK > bottom{ qvBufferByteSinkCreate() };
@@ -150,7 +152,7 @@ struct StreamWalk : qv::fuzz::Walk
     {
         Text text = in.text( 3000 );
         source    = stringOf( text );
-        span      = in.span( size( text ), WHOLE );
+        span      = in.span( lengthOf( text ), WHOLE );
 
         return text;
     }
@@ -163,7 +165,7 @@ struct StreamWalk : qv::fuzz::Walk
         if( span.form <= OUTER )
             require( CALL_FORM( qvCharSinkWrite, span, 1, chars, source ) );
         else if( span.form == 5 )
-            require( qvCharSinkWriteChars( chars, text.data(), size( text ) ) );
+            require( qvCharSinkWriteChars( chars, text.data(), lengthOf( text ) ) );
         else
             require( qvCharSinkWriteFormatCstr( chars, "<%s>", -1, source.get() ) );
 
@@ -204,20 +206,13 @@ struct StreamWalk : qv::fuzz::Walk
             qvStringNormalizeNFC( composed.at() );
 
             // A text that is normal already keeps surrogates that stand alone, a stream never does.
-            qvStringSanitize( composed.at() );
-            pending = charsOf( composed );
+            pending = sanitized( charsOf( composed ) );
         }
 
         expected += encoded( charset, flags, pending );
         pending.clear();
-        take();
+        got += bytesOf( Ref< QV_BUFFER >( qvBufferByteSinkBuffer( bottom ) ) );
         require( got == expected );
-    }
-
-    void take()
-    {
-        Ref< QV_BUFFER > buf( qvBufferByteSinkBuffer( bottom ) );
-        got += bytesOf( buf );
     }
 
     // Bytes go below the characters.
@@ -231,7 +226,7 @@ struct StreamWalk : qv::fuzz::Walk
             text += static_cast< char >( i * i );
 
         buf  = bufferOf( text );
-        span = in.span( static_cast< QV_INT >( text.size() ), in.below( 6 ) );
+        span = in.span( lengthOf( text ), in.below( 6 ) );
 
         if( span.form <= OUTER )
             require( CALL_FORM( qvByteSinkWrite, span, 1, bytes, buf ) );
@@ -241,7 +236,7 @@ struct StreamWalk : qv::fuzz::Walk
         expected += span.form <= OUTER ? span.of( text ) : text;
     }
 
-    // A chain of its own whose bottom fails: every call behind the first failure fails and goes no further, and what
+    // A chain of its own whose bottom fails: every call after the first failure fails and goes no further, and what
     // was taken is the beginning of what was written.
     void fail()
     {
@@ -268,13 +263,13 @@ struct StreamWalk : qv::fuzz::Walk
     {
         bool                         ofBytes = in.flag();
         Text                         text    = draw();
-        std::string                  data( text.begin(), text.end() );
+        std::string                  data    = ascii( text );
         Ref< QV_BUFFER_BYTE_SOURCE > bbs( qvBufferByteSourceCreate( bufferOf( data ) ) );
         Ref< QV_STRING_CHAR_SOURCE > scs( qvStringCharSourceCreate( source ) );
         Ref< QV_BYTE_SOURCE >        byteSources[2];
         Ref< QV_CHAR_SOURCE >        charSources[2];
         bool                         end[2] = {};
-        QV_INT                       at = 0, length = size( text );
+        QV_INT                       at = 0, length = lengthOf( text );
 
         for( int i = 0; i < 2; i++ )
         {
@@ -289,35 +284,35 @@ struct StreamWalk : qv::fuzz::Walk
             QV_INT           takes = end[which] ? 0 : std::min( most < 0 ? QV_INT_MAX : most, length - at ), taken;
             Ref< QV_BUFFER > buf   = bufferOf( "x" );
             Ref< QV_STRING > qvs   = stringOf( U"x" );
-            std::string      bytesRead;
-            Text             charsRead;
-
-            if( most > takes || most < 0 )
-                end[which] = true;
+            std::string      bytesRead( static_cast< size_t >( std::max< QV_INT >( most, 0 ) ), ' ' );
+            Text             charsRead( bytesRead.size(), U' ' );
+            QV_BYTE_SOURCE  *from      = byteSources[which];
+            QV_CHAR_SOURCE  *charsFrom = charSources[which];
+            end[which]                 = end[which] || most > takes || most < 0;
+            how                        = most < 0 ? 0 : how;
 
             if( ofBytes )
             {
-                std::string array( static_cast< size_t >( std::max< QV_INT >( most, 0 ) ), ' ' );
-                taken = how == 0 || most < 0 ? qvByteSourceRead( byteSources[which], buf.at(), most )
-                        : how == 1           ? qvByteSourceReadBytes( byteSources[which], array.data(), most )
-                                             : qvByteSourceSkip( byteSources[which], most );
-                require( taken == takes && ( qvByteSourceEnd( byteSources[which] ) != 0 ) == end[which] );
-                std::string piece = data.substr( static_cast< size_t >( at ), static_cast< size_t >( takes ) );
-                require( ( how && most >= 0 ) || bytesOf( buf ) == "x" + piece );
-                require( how != 1 || most < 0 || array.substr( 0, static_cast< size_t >( takes ) ) == piece );
+                taken = how == 0   ? qvByteSourceRead( from, buf.at(), most )
+                        : how == 1 ? qvByteSourceReadBytes( from, bytesRead.data(), most )
+                                   : qvByteSourceSkip( from, most );
+                require( ( qvByteSourceEnd( from ) != 0 ) == end[which] );
+                std::string piece = part( data, at, takes );
+                require(
+                    how == 2
+                    || ( how ? bytesRead.substr( 0, piece.size() ) : bytesOf( buf ) ) == ( how ? "" : "x" ) + piece );
             }
             else
             {
-                Text array( static_cast< size_t >( std::max< QV_INT >( most, 0 ) ), U' ' );
-                taken = how == 0 || most < 0 ? qvCharSourceRead( charSources[which], qvs.at(), most )
-                                             : qvCharSourceReadChars( charSources[which], array.data(), most );
-                require( taken == takes && ( qvCharSourceEnd( charSources[which] ) != 0 ) == end[which] );
-                require( ( how && most >= 0 ) || charsOf( qvs ) == U"x" + part( text, at, takes ) );
+                taken = how ? qvCharSourceReadChars( charsFrom, charsRead.data(), most )
+                            : qvCharSourceRead( charsFrom, qvs.at(), most );
+                require( ( qvCharSourceEnd( charsFrom ) != 0 ) == end[which] );
+                Text piece = part( text, at, takes );
                 require(
-                    how == 0 || most < 0
-                    || array.substr( 0, static_cast< size_t >( takes ) ) == part( text, at, takes ) );
+                    ( how ? charsRead.substr( 0, piece.size() ) : charsOf( qvs ) ) == ( how ? U"" : U"x" ) + piece );
             }
 
+            require( taken == takes );
             at += takes;
         }
     }
@@ -352,5 +347,5 @@ struct StreamWalk : qv::fuzz::Walk
 } // namespace
 
 QV_FUZZ_WALK(
-    StreamWalk, OP( writeChars ) OP( writeChars ) OP( writeLine ) OP( flush ) OP( writeBytes ) OP( fail ) OP( read )
-                    OP( readFailing ) )
+    StreamWalk, OP( writeChars, 2 ) OP( writeLine, 1 ) OP( flush, 1 ) OP( writeBytes, 1 ) OP( fail, 1 ) OP( read, 1 )
+                    OP( readFailing, 1 ) )

@@ -1,5 +1,5 @@
 // Texts that are times, or nearly: random characters hardly ever make a date, so each of the first bytes chooses a
-// word, and only what is behind them stands for itself. What is read must be valid, and its text must be read as the
+// word, and only what is after them stands for itself. What is read must be valid, and its text must be read as the
 // same time.
 
 #include "qv_fuzz_walk.h"

@@ -1,0 +1,213 @@
+/** @file
+    Rules that several walks go by: white space, numbers in texts, surrogates, and how numbers and texts are encoded. */
+
+#ifndef QV_FUZZ_MODELS_H
+#define QV_FUZZ_MODELS_H
+
+#include "qv_fuzz_walk.h"
+
+#include "qv/unicode/qv_unicode_properties.h"
+
+#include <cmath>
+
+namespace qv::fuzz
+{
+inline bool isSpace( char32_t ch )
+{
+    return qvUnicodeIsWhiteSpace( ch );
+}
+
+inline Text trimmed( const Text &text, bool first = true, bool last = true )
+{
+    auto from = text.begin(), to = text.end();
+
+    if( first )
+        from = std::find_if_not( from, to, isSpace );
+
+    while( last && from < to && isSpace( to[-1] ) )
+        --to;
+
+    return Text( from, to );
+}
+
+inline bool isSurrogate( char32_t ch )
+{
+    return ch >> 11 == 0xD800 >> 11;
+}
+
+/** Pairs of surrogates are one character, and those that stand alone are none. */
+inline Text sanitized( const Text &text )
+{
+    Text result;
+
+    for( size_t i = 0; i < text.size(); i++ )
+    {
+        char32_t ch = text[i], next = i + 1 < text.size() ? text[i + 1] : 0;
+
+        if( ch >> 10 == 0xD800 >> 10 && next >> 10 == 0xDC00 >> 10 )
+            result += 0x10000 + ( ( ch & 0x3FF ) << 10 ) + ( next & 0x3FF ), i++;
+        else if( !isSurrogate( ch ) )
+            result += ch;
+    }
+
+    return result;
+}
+
+/** A length, and so many bytes, the highest first. */
+inline std::string encodedInt( QV_INT value )
+{
+    uint64_t    magnitude = value < 0 ? -static_cast< uint64_t >( value ) : static_cast< uint64_t >( value );
+    std::string digits;
+
+    for( ; magnitude > 0; magnitude /= 256 )
+        digits.insert( 0, 1, static_cast< char >( magnitude ) );
+
+    return static_cast< char >( digits.size() | ( value < 0 ? 0x80 : 0 ) ) + digits;
+}
+
+inline std::string encodedChars( const Text &text )
+{
+    std::string bytes;
+
+    for( char32_t ch : text )
+    {
+        if( ch >= 0x80 )
+            bytes += { static_cast< char >( 0x80 | ch >> 16 ), static_cast< char >( ch >> 8 ) };
+
+        bytes += static_cast< char >( ch );
+    }
+
+    return bytes;
+}
+
+inline std::string encodedText( const Text &text )
+{
+    return encodedInt( lengthOf( text ) ) + encodedChars( text );
+}
+
+/** Reads numbers from a text. */
+struct NumberReader
+{
+    Text   text;
+    size_t at = 0;
+
+    bool end() const
+    {
+        return at >= text.size();
+    }
+
+    void space()
+    {
+        while( !end() && isSpace( text[at] ) )
+            at++;
+    }
+
+    bool sign( bool plusToo, bool &negative )
+    {
+        if( end() || ( text[at] != U'-' && !( plusToo && text[at] == U'+' ) ) )
+            return false;
+
+        negative = text[at++] == U'-';
+        space();
+
+        return true;
+    }
+
+    // A sign, a prefix, and a sign after it where there was none before: the base.
+    QV_INT head( QV_INT base, bool plusToo, bool &negative )
+    {
+        static const char *const MNEMONICS[] = { "0b", "0B", "0o", "0O", "0d", "0D", "0x", "0X" };
+        static const QV_INT      BASES[]     = { 2, 8, 10, 16 };
+
+        negative = false;
+        space();
+        bool signedAlready = sign( plusToo, negative );
+
+        if( base != -1 )
+            return base;
+
+        base = 10;
+
+        for( QV_INT i = 0; i < 43; i++ )
+        {
+            Text prefix = wide( i < 8 ? MNEMONICS[i] : std::to_string( i - 6 ) + ":" );
+
+            if( text.compare( at, prefix.size(), prefix ) == 0 )
+            {
+                at += prefix.size();
+                base = i < 8 ? BASES[i / 2] : i - 6;
+                break;
+            }
+        }
+
+        space();
+
+        if( !signedAlready )
+            sign( true, negative );
+
+        return base;
+    }
+
+    QV_INT digit( QV_INT base ) const
+    {
+        return end() ? -1 : qvUnicodeBaseNDigitValue( text[at], base );
+    }
+
+    bool integer( QV_INT base, QV_INT &value )
+    {
+        bool     negative;
+        __int128 number = 0;
+
+        base        = head( base, true, negative );
+        size_t from = at;
+
+        for( QV_INT d; ( d = digit( base ) ) >= 0; at++ )
+        {
+            __int128 longer = number * base + ( negative ? -d : d );
+
+            if( longer > QV_INT_MAX || longer < QV_INT_MIN )
+                break;
+
+            number = longer;
+        }
+
+        bool any = at > from;
+        value    = static_cast< QV_INT >( number );
+
+        if( any )
+            space();
+
+        return any;
+    }
+
+    bool real( QV_INT base, double &value )
+    {
+        bool negative, separated = false;
+        base         = head( base, false, negative );
+        double radix = static_cast< double >( base ), unit = 1 / radix, one = negative ? -1.0 : 1.0;
+        size_t from = at;
+        value       = 0.0;
+
+        for( ; !end(); at++ )
+        {
+            double d = static_cast< double >( digit( base ) );
+
+            if( d < 0 && !separated && ( text[at] == U'.' || text[at] == U',' ) )
+                separated = true;
+            else if( d < 0 )
+                break;
+            else if( separated )
+                value = std::fma( one * unit, d, value ), unit /= radix;
+            else
+                value = std::fma( value, radix, one * d );
+        }
+
+        if( at > from )
+            space();
+
+        return at > from;
+    }
+};
+} // namespace qv::fuzz
+
+#endif

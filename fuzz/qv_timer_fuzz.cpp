@@ -1,0 +1,213 @@
+// Timers beside a list of what is due in which minute, by a clock that only the walk moves on. Some schedule themselves
+// again when they fire, and timers at equal Times replace each other.
+
+#include "qv_fuzz_walk.h"
+
+#include "qv/base/qv_time.h"
+#include "qv/base/qv_timer.h"
+#include "qv/base/qv_timestamp.h"
+
+#include "../tests/qv_test_clock.h"
+
+#include <array>
+#include <chrono>
+#include <mutex>
+#include <semaphore>
+
+using namespace qv::fuzz;
+using qv::test::wallClock;
+using qv::Ref;
+
+namespace
+{
+const QV_INT MINUTE = 60000;
+
+enum Kind
+{
+    NONE,
+    RELATIVE,
+    ABSOLUTE,
+    REPLACED // by another timer at an equal Time: it counts as scheduled, and does not fire
+};
+
+struct Plan
+{
+    Kind   kind = NONE;
+    QV_INT due = 0, period = 0, repeats = 0; // in minutes
+
+    bool operator==( const Plan & ) const = default;
+};
+
+using Log = std::vector< std::pair< QV_INT, QV_INT > >; // what fired: in which minute it was due, and its index
+
+struct Plans
+{
+    std::array< Plan, 6 > all;
+    Log                   byTimestamp, byTime;
+
+    bool operator==( const Plans & ) const = default;
+
+    // Another timer at an equal Time fires in place of those before it.
+    void replaceBy( const Plan &by )
+    {
+        for( Plan &plan : all )
+            if( &plan != &by && plan.kind == ABSOLUTE && by.kind == ABSOLUTE && plan.due == by.due )
+                plan.kind = REPLACED;
+    }
+
+    // True if it is to be scheduled again.
+    bool fire( QV_INT idx )
+    {
+        Plan &plan = at( all, idx );
+        ( plan.kind == ABSOLUTE ? byTime : byTimestamp ).emplace_back( plan.due, idx );
+
+        if( plan.repeats == 0 )
+        {
+            plan.kind = NONE;
+            return false;
+        }
+
+        plan.repeats--, plan.due += plan.period;
+        replaceBy( plan );
+
+        return true;
+    }
+};
+
+std::mutex                mutex; // guards the next three, which the timer thread uses when it fires
+Plans                     plans;
+Ref< QV_TIMER >           timers[std::tuple_size_v< decltype( Plans::all ) >];
+QV_INT                    timestampBase, wallBase; // of minute 0
+std::counting_semaphore<> through( 0 );
+QV_INT                    ahead = 0; // how far the walks have moved the clock on
+
+void scheduleAt( QV_TIMER *timer, const Plan &plan )
+{
+    if( plan.kind == RELATIVE )
+        return qvTimerScheduleAt( timer, timestampBase + plan.due * MINUTE );
+
+    qvTimerScheduleAtTime( timer, Ref< QV_TIME >( qvTimeTryCreateFromTimeT( wallBase + plan.due * MINUTE / 1000 ) ) );
+}
+
+void onTimer( QV_OBJ *arg )
+{
+    std::lock_guard lock( mutex );
+    QV_INT          idx = intOf( arg );
+
+    if( plans.fire( idx ) )
+        scheduleAt( timers[idx], at( plans.all, idx ) );
+}
+
+void onNothing( QV_OBJ * )
+{
+}
+
+void onEnd( QV_OBJ * )
+{
+    through.release();
+}
+
+struct TimerWalk : Walk
+{
+    QV_INT now = 0; // in minutes, of which half a one more is over
+    Plans  model;
+
+    TimerWalk( const uint8_t *data, size_t size ) : Walk( data, size )
+    {
+        wallClock.step = ahead + MINUTE;
+        timestampBase  = qvTimestamp() - MINUTE / 2;
+        wallBase       = ( wallClock.now() - MINUTE / 2 ) / 1000;
+        plans          = model;
+
+        for( QV_INT idx = 0; idx < lengthOf( model.all ); idx++ )
+            timers[idx].reset( qvTimerCreate( onTimer, boxedInt( idx ) ) );
+    }
+
+    ~TimerWalk()
+    {
+        for( Ref< QV_TIMER > &timer : timers )
+            timer.reset();
+
+        // Between walks the clock is the system's, by which libFuzzer ends.
+        ahead = wallClock.step.exchange( 0 );
+    }
+
+    void renew()
+    {
+        std::lock_guard lock( mutex );
+        QV_INT          idx = in.index( model.all );
+        timers[idx].reset( qvTimerCreate( onTimer, boxedInt( idx ) ) );
+        at( model.all, idx ) = {};
+        plans                = model;
+    }
+
+    // With a delay, at a timestamp or at a Time, a while off or passed already.
+    void schedule()
+    {
+        std::lock_guard lock( mutex );
+        QV_INT          idx = in.index( model.all ), how = in.below( 3 );
+        Plan           &plan = at( model.all, idx );
+
+        plan.kind    = how < 2 ? RELATIVE : ABSOLUTE;
+        plan.due     = std::max< QV_INT >( now + in.below( 24 ) - 3, 0 );
+        plan.period  = 1 + in.below( 5 );
+        plan.repeats = in.flag() ? in.below( 8 ) : 0;
+        model.replaceBy( plan );
+        plans = model;
+
+        if( how == 0 && plan.due > now )
+            qvTimerSchedule( timers[idx], ( plan.due - now ) * MINUTE - MINUTE / 2 );
+        else
+            scheduleAt( timers[idx], plan );
+    }
+
+    void unschedule()
+    {
+        std::lock_guard lock( mutex );
+        QV_INT          idx = in.index( model.all );
+        qvTimerUnschedule( timers[idx] );
+        at( model.all, idx ).kind = NONE;
+        plans                     = model;
+    }
+
+    void advance()
+    {
+        QV_INT minutes = in.below( 12 );
+        now += minutes;
+        wallClock.step += minutes * MINUTE;
+    }
+
+    // What is due fires in its order, before timers that are due now.
+    void check()
+    {
+        // The first one wakes the thread, the others tell that it is through.
+        Ref< QV_TIMER > first( qvTimerCreate( onNothing, nullptr ) ), last( qvTimerCreate( onEnd, nullptr ) ),
+            lastByTime( qvTimerCreate( onEnd, nullptr ) );
+        qvTimerScheduleAtTime( lastByTime, Ref< QV_TIME >( qvTimeNow() ) );
+        qvTimerSchedule( last, 0 );
+        qvTimerScheduleAt( first, 0 );
+
+        for( int timers = 2; timers > 0; timers-- )
+            require( through.try_acquire_for( std::chrono::seconds( 30 ) ) );
+
+        for( QV_INT minute = 0; minute <= now; minute++ )
+            for( Plan &plan : model.all )
+                if( ( plan.kind == RELATIVE || plan.kind == ABSOLUTE ) && plan.due == minute )
+                    model.fire( &plan - model.all.data() );
+
+        // Timers of one minute are scheduled at nearly one time, or at one.
+        std::lock_guard lock( mutex );
+        auto            earlier = []( auto &a, auto &b ) { return a.first < b.first; };
+        require( std::is_sorted( plans.byTimestamp.begin(), plans.byTimestamp.end(), earlier ) );
+        std::sort( plans.byTimestamp.begin(), plans.byTimestamp.end() );
+        require( plans == model );
+        model.byTimestamp.clear(), model.byTime.clear();
+        plans = model;
+
+        for( QV_INT idx = 0; idx < lengthOf( model.all ); idx++ )
+            require( qvTimerScheduled( timers[idx] ) == ( at( model.all, idx ).kind != NONE ) );
+    }
+};
+} // namespace
+
+QV_FUZZ_WALK( TimerWalk, OP( renew, 1 ) OP( schedule, 4 ) OP( unschedule, 1 ) OP( advance, 3 ) )
