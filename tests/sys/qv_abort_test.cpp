@@ -322,22 +322,6 @@ TEST( Abort, ADamagedHeapIsReported )
             giveBack( a );
             giveBack( a );
         },
-        [] // a large one
-        {
-            char *a = block( 3000 ), *b = block( 3000 );
-            giveBack( a );
-            giveBack( a );
-            giveBack( b );
-        },
-        [] // writing to a block that was given back
-        {
-            char *a = block( 3000 );
-            block( 3000 );
-            giveBack( a );
-            memset( a, 'A', 3000 );
-            block( 3000 );
-            block( 30000 );
-        },
         [] // writing past the end of a block
         {
             char *a = block( 3000 ), *b = block( 3000 );

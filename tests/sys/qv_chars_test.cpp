@@ -198,24 +198,6 @@ TEST( Chars, WideTextHasNoZeros )
     EXPECT_EQ( 5, qvCharsConvertFromWcstr( nullptr, 0, from, 5 ) );
 }
 
-TEST( Chars, CTextIsUtf8 )
-{
-    char    bytes[4] = {};
-    QV_CHAR chs[3];
-    EXPECT_EQ(
-        3, qvCharsConvertFromCstr(
-               chs, 3,
-               "\xC3\xA9"
-               "bc",
-               -1 ) );
-    EXPECT_THAT( chs, ElementsAre( 0xE9, U'b', U'c' ) );
-    EXPECT_EQ( 4, qvCharsConvertToCstr( bytes, 4, chs, 2, QV_TRUE ) );
-    EXPECT_STREQ(
-        "\xC3\xA9"
-        "b",
-        bytes );
-}
-
 TEST( Chars, AllOkLooksAtEveryCharacter )
 {
     onEachKernel(
