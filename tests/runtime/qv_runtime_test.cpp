@@ -74,12 +74,6 @@ namespace
 {
 /* Runs of the library -------------------------------------------------------------------------------------------- */
 
-void restart( QV_INT flags )
-{
-    qvRuntimeShutdown();
-    qvRuntimeStartup( flags, nullptr, nullptr, nullptr, nullptr );
-}
-
 // What `body` writes on the error stream in a copy of this process. Nothing of the environment is about paths there.
 std::string inRun( const std::function< void() > &body )
 {
@@ -187,8 +181,7 @@ TEST( Runtime, TheApplicationIsWhatTheStartWasTold )
                                       say( qvRuntimeVersionApplicationHasFriendlyName() ? "y" : "n" );
                                       say( qvRuntimeVersionApplicationHasVersion() ? "y" : "n" );
                                       char identifier[] = "my-app";
-                                      qvRuntimeShutdown();
-                                      qvRuntimeStartup( 0, nullptr, identifier, nullptr, "ä" );
+                                      restart( 0, identifier, nullptr, "ä" );
                                       identifier[0] = 'x'; // copied
                                       say( " " + orNone( qvRuntimeVersionApplicationIdentifier() ) + ";" );
                                       say( orNone( qvRuntimeVersionApplicationFriendlyName() ) + ";" );
@@ -312,15 +305,13 @@ TEST( Runtime, TheSummaryIsADocument )
             + ";",
         summary() );
     EXPECT_EQ(
-        PRODUCT + "my-app;My Application;1.2;none;none;",
-        inRun(
-            [&]
-            {
-                platform = { nullptr, false, "", true };
-                qvRuntimeShutdown();
-                qvRuntimeStartup( 0, nullptr, "my-app", "My Application", "1.2" );
-                say( summary() );
-            } ) );
+        PRODUCT + "my-app;My Application;1.2;none;none;", inRun(
+                                                              [&]
+                                                              {
+                                                                  platform = { nullptr, false, "", true };
+                                                                  restart( 0, "my-app", "My Application", "1.2" );
+                                                                  say( summary() );
+                                                              } ) );
 
     Ref< QV_STORE > store( qvRuntimeInfo() );
     Ref< QV_STORE > modules( qvStoreStoreCstr( store, "moduleVersions", -1 ) );
@@ -386,8 +377,7 @@ TEST( Runtime, StartAndStopLeaveNothingBehind )
                 if( !qv___AbortFilename )
                     qv___AbortFilename = static_cast< char * >( qvMemAlloc( 100 ) );
 
-                qvRuntimeShutdown();
-                qvRuntimeStartup( flags, nullptr, "my-app", "My Application", "1.2" );
+                restart( flags, "my-app", "My Application", "1.2" );
             };
 
             for( int flags : { 0, QV_RUNTIME_FLAG_MINIMAL, QV_RUNTIME_FLAG_OBJECT_DATABASE } )

@@ -95,13 +95,6 @@ void writeReportsTo( const std::string &name )
     qv___AbortFilename = static_cast< char * >( qvMemAlloc( static_cast< QV_INT >( name.size() ) + 1 ) );
     memcpy( qv___AbortFilename, name.c_str(), name.size() + 1 );
 }
-
-void restart(
-    QV_INT flags, const char *identifier = nullptr, const char *name = nullptr, const char *version = nullptr )
-{
-    qvRuntimeShutdown();
-    qvRuntimeStartup( flags, nullptr, identifier, name, version );
-}
 } // namespace
 
 TEST( Abort, ReportsNameWhatIsGiven )
