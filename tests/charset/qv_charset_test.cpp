@@ -3,11 +3,8 @@
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_vector.h"
 #include "qv/charset/qv_charset.h"
-#include "qv/io/qv_buffer_byte_sink.h"
 #include "qv/io/qv_buffer_byte_source.h"
-#include "qv/io/qv_byte_sink.h"
 #include "qv/io/qv_byte_source.h"
-#include "qv/io/qv_char_source.h"
 
 #include <vector>
 

@@ -9,7 +9,6 @@
 #include "qv/io/qv_nlf.h"
 #include "qv/io/qv_nlf_line_sink.h"
 #include "qv/io/qv_nlf_line_source.h"
-#include "qv/io/qv_string_char_sink.h"
 
 #include <vector>
 

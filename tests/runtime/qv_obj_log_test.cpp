@@ -8,7 +8,6 @@
 #include "qv/base/qv_vector.h"
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_obj_private.h"
-#include "qv/runtime/qv_runtime.h"
 
 #include <algorithm>
 #include <string>

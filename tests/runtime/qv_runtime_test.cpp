@@ -4,20 +4,17 @@
 #include "qv/base/qv_store.h"
 #include "qv/base/qv_time.h"
 #include "qv/base/qv_time_private.h"
-#include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort_private.h"
 #include "qv/sys/qv_mem.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <vector>
 
 #include <dlfcn.h>
 #include <sys/utsname.h>

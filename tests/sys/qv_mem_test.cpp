@@ -1,7 +1,6 @@
 #include "qv_test_child.h"
 #include "qv_test_support.h"
 
-#include "qv/runtime/qv_runtime.h"
 #include "qv/sys/qv_mem.h"
 
 #include <algorithm>

@@ -1,7 +1,6 @@
 #include "morvane_run.h"
 
 #include <algorithm>
-#include <fcntl.h>
 #include <filesystem>
 #include <sys/socket.h>
 #include <sys/stat.h>
