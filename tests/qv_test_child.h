@@ -6,6 +6,8 @@
 
 #include "qv_test_support.h"
 
+#include "qv/runtime/qv_runtime.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <string>
@@ -86,6 +88,27 @@ Ending inOwnRun( Body body )
         } );
 
     return ending;
+}
+
+/** The same, and what is expected there has to be so. */
+template< class Body >
+void expectInOwnRun( Body body )
+{
+    Ending ending = inOwnRun(
+        [&]
+        {
+            body();
+            fputs( testing::Test::HasFailure() ? "failed" : "done", stderr );
+        } );
+    EXPECT_EQ( "done", ending.errors );
+}
+
+/** Stops the running library and starts it with these flags, in a run of its own. */
+inline void restart(
+    QV_INT flags, const char *identifier = nullptr, const char *name = nullptr, const char *version = nullptr )
+{
+    qvRuntimeShutdown();
+    qvRuntimeStartup( flags, nullptr, identifier, name, version );
 }
 } // namespace qv::test
 

@@ -9,7 +9,6 @@
 #include "qv/io/qv_nlf.h"
 #include "qv/io/qv_nlf_line_sink.h"
 #include "qv/io/qv_nlf_line_source.h"
-#include "qv/io/qv_string_char_sink.h"
 
 #include <vector>
 
@@ -139,38 +138,10 @@ TEST( LineSource, DeliversALineThatCameWithAFailure )
     }
 }
 
-TEST( NlfFlags, NameTheirTerminators )
+TEST( NlfFlags, TheLowestChoosesTheTerminator )
 {
-    const std::u32string TERMINATORS[] = { U"\n", U"\r", U"\r\n", U"\x85", U"\v", U"\f", U"\u2028", U"\u2029" };
-    std::u32string       all;
-
-    for( const std::u32string &terminator : TERMINATORS )
-        all.append( 1, U'x' ).append( terminator );
-
-    // A source with one flag splits at its terminator and nowhere else.
-    for( QV_INT i = 0; i < 8; i++ )
-    {
-        Ref< QV_NLF_LINE_SOURCE > nls( qvNlfLineSourceCreateFromString( text( all ), 1 << i ) );
-        Ref< QV_LINE_SOURCE >     source( qvNlfLineSourceLineSource( nls ) );
-        Lines                     expected;
-
-        for( size_t at = 0, end; at < all.size(); at = end + TERMINATORS[i].size() )
-        {
-            end = std::min( all.find( TERMINATORS[i], at ), all.size() );
-            expected.push_back( all.substr( at, end - at ) );
-        }
-
-        EXPECT_EQ( expected, linesOf( qvLineSourceReadLines( source, -1 ) ) ) << i;
-        EXPECT_EQ( TERMINATORS[i], chars( Ref< QV_STRING >( qvNlfFlagsNlfString( 1 << i ) ) ) ) << i;
-    }
-
-    // The lowest flag chooses.
     EXPECT_EQ( U"\r\n", chars( Ref< QV_STRING >( qvNlfFlagsNlfString( -QV_NLF_FLAG_CRLF ) ) ) );
     EXPECT_EQ( "", take( qvNlfFlagsNlfString( 0x100 ) ) );
-    EXPECT_EQ( "QV_NLF_FLAG_LF|QV_NLF_FLAG_CRLF", take( qvNlfFlagsToString( 0xF05 ) ) );
-    EXPECT_EQ( 0x82, qvNlfFlagsFromString( text( " QV_NLF_FLAG_PS | 0xF02 | x" ) ) );
-    EXPECT_EQ( 0xFF, qvNlfFlagsFromString( Ref< QV_STRING >( qvNlfFlagsToString( -1 ) ) ) );
-    EXPECT_EQ( 0xFF, qvNlfFlagsNormalize( -1 ) );
 }
 
 TEST( NlfLineSink, FailsWithItsCharSink )

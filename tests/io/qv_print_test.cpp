@@ -45,8 +45,7 @@ TEST( Print, WithoutAHookNothingHappens )
     Ending ending = inOwnRun(
         []
         {
-            qvRuntimeShutdown();
-            qvRuntimeStartup( 0, nullptr, nullptr, nullptr, nullptr );
+            restart( 0 );
             qvPrintCstr( "lost", -1 );
             qvRuntimePrint( nullptr, 0 );
         } );

@@ -1,6 +1,5 @@
 #include "qv_test_support.h"
 
-#include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_module_version.h"
 #include "qv/runtime/qv_obj.h"

@@ -7,6 +7,7 @@
 
 using qv::Ref;
 using namespace qv::test;
+using namespace std::string_literals;
 
 namespace
 {
@@ -41,18 +42,15 @@ TEST( ModuleVersion, ReadsItsTextAndNothingElse )
     const std::string LARGEST_TEXT = std::to_string( LARGEST ) + "#" + std::to_string( LEFT );
     const std::string BEYOND_TEXT  = std::to_string( LARGEST ) + "#" + std::to_string( LEFT + 1 );
 
-    for( std::string good :
-         { std::string( "1.2" ), std::string( "0.0" ), std::string( "1#5.2#7" ), std::string( "4#19.0" ),
-           std::string( "0.0#999" ), LARGEST_TEXT + "." + LARGEST_TEXT } )
+    for( std::string good : { "1.2"s, "0.0"s, "1#5.2#7"s, "4#19.0"s, "0.0#999"s, LARGEST_TEXT + "." + LARGEST_TEXT } )
         EXPECT_EQ( good, read( good ) );
 
     EXPECT_EQ( "1.2", read( "01#0.002#000" ) );
     EXPECT_EQ( "1#2.3", read( " +1 # 2. 3 " ) ); // as all numbers are read
 
     for( std::string bad :
-         { std::string( "" ), std::string( "1" ), std::string( "1." ), std::string( "1.2.3" ), std::string( "1#.0" ),
-           std::string( "1.0#" ), std::string( "1#2#3.0" ), std::string( "1#1000.0" ), std::string( "-1.0" ),
-           std::string( "1#-1.0" ), std::string( "1.0x" ), BEYOND_TEXT + ".0", "0." + BEYOND_TEXT } )
+         { ""s, "1"s, "1."s, "1.2.3"s, "1#.0"s, "1.0#"s, "1#2#3.0"s, "1#1000.0"s, "-1.0"s, "1#-1.0"s, "1.0x"s,
+           BEYOND_TEXT + ".0", "0." + BEYOND_TEXT } )
         EXPECT_EQ( "", read( bad ) ) << bad;
 
     Ref< QV_MODULE_VERSION > cut( qvModuleVersionTryCreateFromCstr( "1#5.2#77", 7 ) );

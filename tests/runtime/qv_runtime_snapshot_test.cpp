@@ -5,7 +5,6 @@
 #include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_runtime_private.h"
-#include "qv/runtime/qv_runtime_snapshot_private.h"
 
 #include <algorithm>
 #include <functional>

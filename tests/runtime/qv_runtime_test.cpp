@@ -4,20 +4,17 @@
 #include "qv/base/qv_store.h"
 #include "qv/base/qv_time.h"
 #include "qv/base/qv_time_private.h"
-#include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort_private.h"
 #include "qv/sys/qv_mem.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <vector>
 
 #include <dlfcn.h>
 #include <sys/utsname.h>
@@ -73,12 +70,6 @@ extern "C" FILE *fopen( const char *name, const char *mode )
 namespace
 {
 /* Runs of the library -------------------------------------------------------------------------------------------- */
-
-void restart( QV_INT flags )
-{
-    qvRuntimeShutdown();
-    qvRuntimeStartup( flags, nullptr, nullptr, nullptr, nullptr );
-}
 
 // What `body` writes on the error stream in a copy of this process. Nothing of the environment is about paths there.
 std::string inRun( const std::function< void() > &body )
@@ -187,8 +178,7 @@ TEST( Runtime, TheApplicationIsWhatTheStartWasTold )
                                       say( qvRuntimeVersionApplicationHasFriendlyName() ? "y" : "n" );
                                       say( qvRuntimeVersionApplicationHasVersion() ? "y" : "n" );
                                       char identifier[] = "my-app";
-                                      qvRuntimeShutdown();
-                                      qvRuntimeStartup( 0, nullptr, identifier, nullptr, "ä" );
+                                      restart( 0, identifier, nullptr, "ä" );
                                       identifier[0] = 'x'; // copied
                                       say( " " + orNone( qvRuntimeVersionApplicationIdentifier() ) + ";" );
                                       say( orNone( qvRuntimeVersionApplicationFriendlyName() ) + ";" );
@@ -312,15 +302,13 @@ TEST( Runtime, TheSummaryIsADocument )
             + ";",
         summary() );
     EXPECT_EQ(
-        PRODUCT + "my-app;My Application;1.2;none;none;",
-        inRun(
-            [&]
-            {
-                platform = { nullptr, false, "", true };
-                qvRuntimeShutdown();
-                qvRuntimeStartup( 0, nullptr, "my-app", "My Application", "1.2" );
-                say( summary() );
-            } ) );
+        PRODUCT + "my-app;My Application;1.2;none;none;", inRun(
+                                                              [&]
+                                                              {
+                                                                  platform = { nullptr, false, "", true };
+                                                                  restart( 0, "my-app", "My Application", "1.2" );
+                                                                  say( summary() );
+                                                              } ) );
 
     Ref< QV_STORE > store( qvRuntimeInfo() );
     Ref< QV_STORE > modules( qvStoreStoreCstr( store, "moduleVersions", -1 ) );
@@ -386,8 +374,7 @@ TEST( Runtime, StartAndStopLeaveNothingBehind )
                 if( !qv___AbortFilename )
                     qv___AbortFilename = static_cast< char * >( qvMemAlloc( 100 ) );
 
-                qvRuntimeShutdown();
-                qvRuntimeStartup( flags, nullptr, "my-app", "My Application", "1.2" );
+                restart( flags, "my-app", "My Application", "1.2" );
             };
 
             for( int flags : { 0, QV_RUNTIME_FLAG_MINIMAL, QV_RUNTIME_FLAG_OBJECT_DATABASE } )

@@ -95,13 +95,6 @@ void writeReportsTo( const std::string &name )
     qv___AbortFilename = static_cast< char * >( qvMemAlloc( static_cast< QV_INT >( name.size() ) + 1 ) );
     memcpy( qv___AbortFilename, name.c_str(), name.size() + 1 );
 }
-
-void restart(
-    QV_INT flags, const char *identifier = nullptr, const char *name = nullptr, const char *version = nullptr )
-{
-    qvRuntimeShutdown();
-    qvRuntimeStartup( flags, nullptr, identifier, name, version );
-}
 } // namespace
 
 TEST( Abort, ReportsNameWhatIsGiven )
@@ -321,22 +314,6 @@ TEST( Abort, ADamagedHeapIsReported )
             char *a = block( 24 );
             giveBack( a );
             giveBack( a );
-        },
-        [] // a large one
-        {
-            char *a = block( 3000 ), *b = block( 3000 );
-            giveBack( a );
-            giveBack( a );
-            giveBack( b );
-        },
-        [] // writing to a block that was given back
-        {
-            char *a = block( 3000 );
-            block( 3000 );
-            giveBack( a );
-            memset( a, 'A', 3000 );
-            block( 3000 );
-            block( 30000 );
         },
         [] // writing past the end of a block
         {

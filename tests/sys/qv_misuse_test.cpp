@@ -26,6 +26,7 @@ TEST( Misuse, IsReported )
         { [] { qvMemReallocN( nullptr, 1, -1 ); }, "size >= 0" },
         { [] { qvMemCopy( nullptr, &ch, 1 ); }, "size == 0 || dest" },
         { [] { qv___LockAcquire( nullptr ); }, "lock" },
+        { [] { qv___LockDestroy( nullptr ); }, "lock" },
         { [] { qv___UniqueGet(), qv___UniquePut( number = qv___UniqueGet() ), qv___UniquePut( number ); },
           "uniList[uni] == IN_USE" },
         { [] { qv___UniqueGet(), qv___UniquePut( 1 << 30 ); }, "uni < uniListSize" },

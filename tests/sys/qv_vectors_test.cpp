@@ -40,8 +40,8 @@ std::u32string anyText( std::mt19937 &random )
 
 typedef void ( *Change )( QV_STRING ** );
 
-// All that the families make of a text on kernels, one behind the other. What a search finds is compared with the
-// standard library's.
+// All that the families make of a text on kernels, one after the other. The walks hold the results of the kernel that the
+// machine would choose against models.
 std::string madeOf( const std::u32string &values, std::mt19937 random )
 {
     std::string       made;
@@ -56,20 +56,16 @@ std::string madeOf( const std::u32string &values, std::mt19937 random )
         qvEncoderEncodeString( enc, changed );
     }
 
-    // Decoded again, every text has to be what it was.
     Ref< QV_BUFFER >  encoded( qvEncoderBuffer( enc ) );
     Ref< QV_DECODER > dec( qvDecoderCreate( encoded ) );
-    Ref< QV_ENCODER > again( qvEncoderCreate() );
+    made = bytes( encoded );
 
     for( int i = 0; i < 5; i++ )
     {
         Ref< QV_STRING > qvs;
         EXPECT_TRUE( qvDecoderTryDecodeString( dec, qvs.at() ) );
-        qvEncoderEncodeString( again, qvs );
+        made += utf8( qvs ) + ' ';
     }
-
-    made = bytes( encoded );
-    EXPECT_EQ( made, bytes( Ref< QV_BUFFER >( qvEncoderBuffer( again ) ) ) );
 
     for( QV_INT charset : { QV_CHARSET_MSFT_CP1252, QV_CHARSET_KOI_8R, QV_CHARSET_MSFT_CP037, QV_CHARSET_UTF_8 } )
         made += bytes( Ref< QV_BUFFER >( qvCharsetStringToBuffer( charset, whole ) ) );
@@ -89,28 +85,23 @@ std::string madeOf( const std::u32string &values, std::mt19937 random )
         if( piece.empty() )
             continue;
 
-        size_t last = values.rfind( piece );
-        EXPECT_EQ( static_cast< QV_INT >( values.find( piece ) ), qvStringFind( whole, 0, qvs ) );
-        EXPECT_EQ( static_cast< QV_INT >( last ), qvStringFindFromRight( whole, -1, qvs ) );
-        EXPECT_EQ(
-            static_cast< QV_INT >( values.rfind( piece[0] ) ), qvStringFindCharFromRight( whole, -1, piece[0] ) );
+        for( QV_INT found :
+             { qvStringFind( whole, 0, qvs ), qvStringFindFromRight( whole, -1, qvs ),
+               qvStringFindCharFromRight( whole, -1, piece[0] ) } )
+            made += std::to_string( found ) + ' ';
     }
-
-    std::u32string before;
 
     for( QV_INT i = 0; i < qvDictLength( dict ); i++ )
     {
         Ref< QV_STRING > key( reinterpret_cast< QV_STRING * >( qvDictKeyAt( dict, i ) ) );
-        std::u32string   now = chars( key );
-
         EXPECT_EQ( i, qvDictIndexOfStringKey( dict, key ) );
-        EXPECT_TRUE( i == 0 || before < now );
-        before = now;
+        made += utf8( key ) + ' ';
     }
 
     // A document with the text as values and as a line of its own.
-    Ref< QV_BUFFER > utf8( qvCharsetStringToBuffer( QV_CHARSET_UTF_8, text( U"a.b=" + values + U"\nc=" + values ) ) );
-    Ref< QV_STORE >  read( qvStoreTryDecodeFromTextBuffer( utf8 ) );
+    Ref< QV_BUFFER > document(
+        qvCharsetStringToBuffer( QV_CHARSET_UTF_8, text( U"a.b=" + values + U"\nc=" + values ) ) );
+    Ref< QV_STORE > read( qvStoreTryDecodeFromTextBuffer( document ) );
     made += bytes( Ref< QV_BUFFER >( qvStoreEncodeToTextBuffer( read ) ) );
 
     // The lines of the text, from a source that hands out all of it at once.

@@ -234,7 +234,7 @@ with tempfile.TemporaryDirectory() as name:
         sys.exit(77)
 
     with concurrent.futures.ThreadPoolExecutor(2) as pool:
-        work = [pool.submit(lambda: [*killed(scratch, 1000), *overwritten(scratch)])]
+        work = [pool.submit(lambda: [*killed(scratch, 1000), *overwritten(scratch), *growing(scratch)])]
         for words, given in COMMANDS:
             for kind in failing_calls, failing_allocations:
                 work.append(pool.submit(lambda *arguments: list(arguments[0](*arguments[1:])), kind, scratch, words, given))

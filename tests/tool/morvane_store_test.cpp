@@ -1,17 +1,11 @@
 #include "morvane_run.h"
 
 using namespace qv::test;
+using namespace std::string_literals;
 
 namespace
 {
-const char DOCUMENT[] = "# a comment\r\n"
-                        "b.y = two \r\n"
-                        "unknown line\n"
-                        "a=1\n"
-                        "\n"
-                        "b.x=first\n"
-                        "b.x=last\n"
-                        "c=\xe4\xb8\xad%00000a!";
+const char DOCUMENT[] = "# a comment\r\nb.y = two \r\nunknown line\na=1\n\nb.x=first\nb.x=last\nc=中%00000a!";
 } // namespace
 
 TEST( MorvaneStore, ShowsAndGets )
@@ -20,7 +14,7 @@ TEST( MorvaneStore, ShowsAndGets )
 
     Outcome shown = morvane( "store show doc" );
     EXPECT_EQ( 0, shown.status );
-    EXPECT_EQ( "a=1\nc=\xe4\xb8\xad%00000a!\nb.x=last\nb.y= two \n", shown.out );
+    EXPECT_EQ( "a=1\nc=中%00000a!\nb.x=last\nb.y= two \n", shown.out );
 
     // There and back by the binary form.
     EXPECT_EQ( 0, morvane( "store encode doc binary" ).status );
@@ -45,32 +39,13 @@ TEST( MorvaneStore, SetsOnlyTheLinesConcerned )
     write( "doc", DOCUMENT );
     EXPECT_EQ( 0, morvane( "store set doc b.y=three b.x='' d=4 b.z=% e.f.g=h" ).status );
     EXPECT_EQ(
-        "# a comment\r\n"
-        "b.y =three\r\n"
-        "unknown line\n"
-        "a=1\n"
-        "\n"
-        "b.x=first\n"
-        "b.x=\n"
-        "b.z=%%\n"
-        "c=\xe4\xb8\xad%00000a!\r\n"
-        "d=4\r\n"
-        "e.f.g=h\r\n",
+        "# a comment\r\nb.y =three\r\nunknown line\na=1\n\nb.x=first\nb.x=\nb.z=%%\nc=中%00000a!\r\nd=4\r\ne.f.g=h\r\n",
         contentOf( "doc" ) );
 
     // A byte order mark and the other line ends stay too.
-    write(
-        "doc", "\xef\xbb\xbf"
-               "a=1\x0b"
-               "b=2\xe2\x80\xa9"
-               "c=3\xc2\x85" );
+    write( "doc", "\ufeffa=1\vb=2\u2029c=3\u0085" );
     EXPECT_EQ( 0, morvane( "store set doc b=x c=y" ).status );
-    EXPECT_EQ(
-        "\xef\xbb\xbf"
-        "a=1\x0b"
-        "b=x\xe2\x80\xa9"
-        "c=y\xc2\x85",
-        contentOf( "doc" ) );
+    EXPECT_EQ( "\ufeffa=1\vb=x\u2029c=y\u0085", contentOf( "doc" ) );
 
     // New lines go behind those that share the most levels, those of the same call among them.
     write( "doc", "a.x=1\nb.x=1\n#end\n" );
@@ -129,13 +104,10 @@ TEST( MorvaneStore, TellsWhatIsWrongWithAFileAndChangesNothing )
     std::string deep;
 
     for( int level = 0; level < 120; level++ )
-        deep += std::string(
-            "\x01\x01\x01\x01"
-            "a\x00\x01",
-            7 );
+        deep += "\1\1\1\1a\0\1"s;
 
-    write( "truncated", std::string( "\x01\x01\x01\x01", 4 ) );
-    write( "trailing", std::string( "\x00\x00", 2 ) );
+    write( "truncated", "\1\1\1\1"s );
+    write( "trailing", "\0\0"s );
     write( "deep", deep );
     write( "invalid", "a=1\n\xff\n" );
 

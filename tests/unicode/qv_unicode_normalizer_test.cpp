@@ -89,13 +89,6 @@ TEST( UnicodeNormalizer, ChosenTexts )
                                              : form == NFKC ? each.nfkc
                                                             : each.nfkd;
             EXPECT_EQ( expected, streamed( each.text, form ) );
-
-            Normalizer       inParts( form );
-            Ref< QV_STRING > whole = text( each.text );
-            qvUnicodeNormalizerWriteLeading( inParts.norm, whole, 1 );
-            qvUnicodeNormalizerWriteTrailing( inParts.norm, whole, qvStringLength( whole ) - 1 );
-            EXPECT_EQ( expected, inParts.finish() );
-            EXPECT_EQ( expected, normalizedString( each.text, form ) );
         }
 }
 
