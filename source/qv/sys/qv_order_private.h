@@ -7,9 +7,8 @@
 #define QV_ORDER_PRIVATE_H
 
 #include "qv/sys/qv_chars_private.h"
-#include "qv/sys/qv_real.h"
-
 #include <concepts>
+#include <float.h>
 #include <string.h>
 
 namespace qv
@@ -21,11 +20,16 @@ constexpr QV_INT order( T a, T b )
     return ( a > b ) - ( a < b );
 }
 
-/** The order of two reals. Those that are no more than DBL_EPSILON apart are equal; with a NaN on either side, or on
-    both, the result is 1. */
+/** True for two reals that are no more than DBL_EPSILON apart; a NaN equals nothing. */
+inline bool realsEqual( QV_REAL a, QV_REAL b )
+{
+    return b - DBL_EPSILON <= a && b + DBL_EPSILON >= a;
+}
+
+/** The order of two reals: 0 if they are equal as above, and 1 with a NaN on either side or on both. */
 inline QV_INT order( QV_REAL a, QV_REAL b )
 {
-    return qvRealEquals( a, b ) ? 0 : a < b ? -1 : 1;
+    return realsEqual( a, b ) ? 0 : a < b ? -1 : 1;
 }
 
 /** The order of two texts by their characters, all below 0x110000; a text stands before those that begin with it. */

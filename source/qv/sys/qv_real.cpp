@@ -21,7 +21,7 @@ QV_BOOL qvRealOk( QV_REAL x )
 
 QV_BOOL qvRealEquals( QV_REAL a, QV_REAL b )
 {
-    return b - DBL_EPSILON <= a && b + DBL_EPSILON >= a ? QV_TRUE : QV_FALSE;
+    return qv::realsEqual( a, b ) ? QV_TRUE : QV_FALSE;
 }
 
 QV_INT qvRealCompare( QV_REAL a, QV_REAL b )
