@@ -96,18 +96,3 @@ TEST( Vector, KnowsTheSortsOfItsElements )
     EXPECT_TRUE( qvVectorContainsOnly( vec, qvStringSort() ) );
     EXPECT_EQ( "<0, 1, 2, x>", textOf( vec.get() ) );
 }
-
-TEST( Vector, ReportsBrokenContracts )
-{
-    Ref< QV_VECTOR > vec  = upTo( 2 ), none( qvVectorCreate() );
-    QV_OBJ          *hole = nullptr;
-
-    EXPECT_BROKEN( qvVectorInsertObjs( vec.at(), 0, &hole, 1 ), "obj" );
-    EXPECT_BROKEN( qvVectorInsertObjs( vec.at(), 0, nullptr, 1 ), "count == 0 || src" );
-    EXPECT_BROKEN( qvVectorCreateFromObjsUse( &hole, 1 ), "src[i]" );
-    EXPECT_BROKEN( qvVectorAppendInner( vec.at(), vec, 1, QV_INT_MAX ), "QV_INT_ADD_OK( offset, count )" );
-    EXPECT_BROKEN( qvVectorAppendTrailing( vec.at(), vec, QV_INT_MIN ), "count >= 0" );
-    EXPECT_BROKEN( qvVectorDelAt( vec.at(), 2 ), "offset + count <= (*vec)->length" );
-    EXPECT_BROKEN( qvVectorPop( none.at() ), "(*vec)->length" );
-    EXPECT_BROKEN( qv___VectorCompact( none ), "QV_REF_RETAIN_COUNT( vec ) == 1" );
-}
