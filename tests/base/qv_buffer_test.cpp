@@ -14,29 +14,6 @@ using Buffer = Ref< QV_BUFFER >;
 
 } // namespace
 
-TEST( Buffer, CreatingGivesPrivateContents )
-{
-    Buffer number( qvBufferCreateFromBits( 0x1FF5, 11 ) ), byte( qvBufferCreateFromByte( 0xA7 ) );
-    Buffer empty( qvBufferCreate() ), copyOfEmpty( qvBufferCreateFrom( empty ) );
-    EXPECT_EQ( "[fe a0/3]", textOf( number.get() ) );
-    EXPECT_EQ( "[a7]", textOf( byte.get() ) );
-    EXPECT_EQ( "[]", textOf( empty.get() ) );
-    EXPECT_NE( empty.get(), copyOfEmpty.get() );
-
-    // An adopted block has no space at its ends; what appending adds is declared.
-    Buffer use( qvBufferCreateFromBytesUse( qvMemSet( qvMemAlloc( 5 ), 0x11, 5 ), 5 ) );
-    EXPECT_EQ( 5, allocated( use.get() ) );
-    qvBufferAppendByte( use.at(), 0x22 );
-    EXPECT_EQ( "[11 11 11 11 11 22]", textOf( use.get() ) );
-    EXPECT_EQ( 6 + 160, allocated( use.get() ) );
-
-    // Clearing and deleting everything give the one empty Buffer.
-    qvBufferDelOuter( byte.at(), 1, 0 );
-    qvBufferClear( use.at() );
-    EXPECT_EQ( empty.get(), byte.get() );
-    EXPECT_EQ( empty.get(), use.get() );
-}
-
 TEST( Buffer, ForeignMemoryIsNarrowedInPlaceButNeverWritten )
 {
     const uint8_t       memory[] = { 1, 2, 3, 4, 5, 6 };

@@ -1,5 +1,5 @@
-// Two threads borrow one object of each family at the same time: they read it, change copies of it, and hand it to all that
-// keeps it. Nothing of that may change the object, lose a reference to it or race.
+// Two threads borrow one object of each family of values at the same time: they read it, change copies of it, and hand it to
+// all that keeps it. What threads are made to share anyway has tests of its own. Nothing of that may change the object, lose a reference to it or race.
 
 #include "qv_test_call.h"
 #include "qv_test_support.h"
@@ -176,27 +176,6 @@ void useVector( QV_VECTOR *shared )
     EXPECT_EQ( qvVectorLength( shared ), qvDictLength( dict ) );
 }
 
-void useSignal( QV_SIGNAL *shared )
-{
-    Ref< QV_BARRIER >    barrier( qvBarrierCreate( QV_TRUE ) );
-    Ref< QV_SIGNALABLE > target( qvSignalableCreateBarrier( barrier ) );
-    qvSignalAddSignalable( shared, target );
-    qvSignalAssert( shared );
-    EXPECT_TRUE( qvBarrierPassTimed( barrier, 60000 ) && qvSignalWaitTimed( shared, 0 ) );
-    qvSignalDelSignalable( shared, target );
-}
-
-void useAlert( QV_ALERT *shared )
-{
-    Ref< QV_SIGNAL > signal( qvSignalCreate() );
-    qvAlertAddSignal( shared, signal );
-    qvAlertSet( shared );
-    EXPECT_TRUE( qvSignalWaitTimed( signal, 60000 ) );
-    qvAlertDelSignal( shared, signal );
-    qvAlertUnset( shared );
-    qvAlertSet( shared ); // whoever waits for it meanwhile is let go
-}
-
 void useTime( QV_TIME *shared )
 {
     changeCopy( shared, []( QV_TIME **time ) { qvTimeSetYear( time, 2000 ); } );
@@ -209,47 +188,6 @@ void useOptDef( QV_OPT_DEF *shared )
     changeCopy( shared, []( QV_OPT_DEF **def ) { qvOptDefSetShortOpt( def, U'a', 1 ); } );
     Ref< QV_OPT_SEQ > seq( qvOptSeqCreate( shared, Ref< QV_VECTOR >( makeVector() ) ) );
     EXPECT_TRUE( qvOptSeqHasNext( seq ) );
-}
-
-void useCondset( QV_CONDSET *shared )
-{
-    qvCondsetAddConditions( shared, 1 );
-    EXPECT_EQ( 1, qvCondsetWaitAnyTimed( shared, 1, 0 ) );
-    Ref< QV_TIMER > timer( qvTimerCreateCondset( shared, 1 ) );
-}
-
-void useCounter( QV_COUNTER *shared )
-{
-    qvCounterIncrement( shared );
-    EXPECT_LE( 1, qvCounterValue( shared ) );
-    qvCounterDecrement( shared );
-}
-
-void useBarrier( QV_BARRIER *shared )
-{
-    Ref< QV_SIGNALABLE > target( qvSignalableCreateBarrier( shared ) );
-    EXPECT_TRUE( qvBarrierPassTimed( shared, 60000 ) );
-}
-
-void useRegion( QV_REGION *shared )
-{
-    for( QV_BOOL exclusive : { QV_FALSE, QV_TRUE } )
-    {
-        qvRegionEnter( shared, exclusive );
-        qvRegionLeave( shared );
-    }
-}
-
-void useTimer( QV_TIMER *shared )
-{
-    qvTimerSchedule( shared, 100000 );
-    qvTimerScheduled( shared );
-    qvTimerUnschedule( shared );
-}
-
-void useGeneration( QV_GENERATION *shared )
-{
-    EXPECT_TRUE( qvGenerationIsYounger( Ref< QV_GENERATION >( qvGenerationCreateWithParent( shared ) ), shared ) );
 }
 
 const Case CASES[] = {
@@ -278,18 +216,6 @@ const Case CASES[] = {
         []( QV_FLAGSET **names, QV_INT i ) { qvFlagsetSetFlagCstr( names, i == 1 ? "ONE" : "TWO", -1, i ); } ),
     row( "Time", qvTimeNow, useTime ),
     row( "OptDef", qvOptDefCreate, useOptDef ),
-    row( "Signal", qvSignalCreate, useSignal ),
-    row( "Alert", qvAlertCreate, useAlert ),
-    row( "Condset", qvCondsetCreate, useCondset ),
-    row( "Counter", qvCounterCreate, useCounter ),
-    row< QV_BARRIER >(
-        "Barrier", [] { return qvBarrierCreate( QV_FALSE ); }, useBarrier ),
-    row( "Region", qvRegionCreate, useRegion ),
-    row< QV_TIMER >(
-        "Timer", [] { return qvTimerCreateSignal( Ref( qvSignalCreate() ) ); }, useTimer ),
-    row( "Generation", qvGenerationCreate, useGeneration ),
-    row< QV_IDENTIFIER >(
-        "Identifier", qvIdentifierCreate, []( QV_IDENTIFIER *shared ) { take( qvIdentifierString( shared ) ); } ),
 };
 
 // Every object can be an element, a key, a value, an argument of a format and of a thread, and can be compared.

@@ -31,32 +31,6 @@ Ref< QV_VECTOR > upTo( QV_INT count )
 }
 } // namespace
 
-TEST( Vector, CreationTakesOverBlocks )
-{
-    EXPECT_EQ( "<>", textOf( Ref< QV_VECTOR >( qvVectorCreateFromObjsUse( nullptr, 0 ) ).get() ) );
-
-    // An array's references go over to the Vector with it.
-    Ref< QV_OBJ >    obj   = boxed( 1 );
-    QV_OBJ         **block = static_cast< QV_OBJ ** >( qvMemAllocN( 2, sizeof( QV_OBJ * ) ) );
-    Ref< QV_VECTOR > pushed( qvVectorCreate() );
-    std::fill_n( block, 2, obj.get() );
-
-    for( int i = 0; i < 6; i++ )
-        retain( obj.get() );
-
-    qv___VectorPushNoRetain( pushed.at(), block, 2 );
-    Ref< QV_VECTOR > copied( qvVectorCreateFromObjsCopy( block, 2 ) ), used( qvVectorCreateFromObjsUse( block, 2 ) );
-    EXPECT_EQ( block, qvVectorBacking( used ) );
-    qvVectorPrependObj( used.at(), obj );
-    EXPECT_EQ( "<1, 1, 1>", textOf( used.get() ) );
-    EXPECT_EQ( ( 3 + 64 ) * 8, allocated( used.get() ) );
-    EXPECT_EQ( 8, references( obj.get() ) );
-    used.reset();
-    copied.reset();
-    pushed.reset();
-    EXPECT_EQ( 1, references( obj.get() ) );
-}
-
 TEST( Vector, ItsOwnBlockMayMoveWhileItTakesElementsOutOfThat )
 {
     Ref< QV_VECTOR > vec = upTo( 3 );
