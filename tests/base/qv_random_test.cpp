@@ -12,7 +12,6 @@
 #include <fstream>
 #include <map>
 #include <set>
-#include <thread>
 #include <vector>
 
 #include <fcntl.h>

@@ -7,7 +7,6 @@
 #include "qv/base/qv_timestamp.h"
 #include "qv/base/qv_timestamp_private.h"
 
-#include <thread>
 #include <vector>
 
 using qv::Ref;

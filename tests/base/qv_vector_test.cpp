@@ -5,9 +5,6 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_sort.h"
-#include "qv/sys/qv_mem.h"
-
-#include <algorithm>
 
 using namespace qv;
 using namespace qv::test;
