@@ -9,6 +9,8 @@
 #include "qv/runtime/qv_ref.h"
 
 #include <functional>
+#include <thread>
+#include <vector>
 
 namespace qv::test
 {
@@ -37,6 +39,19 @@ inline Ref< QV_THREAD > trySpawn( std::function< void() > body )
 {
     return Ref< QV_THREAD >(
         qvThreadTrySpawnCstr( "test", -1, callArgument, call( std::move( body ) ), QV_THREAD_PRIORITY_NORMAL ) );
+}
+
+/** Calls a function on so many threads at a time, with their numbers, and waits until all have ended. */
+template< class Body >
+void onThreads( int count, Body body )
+{
+    std::vector< std::thread > threads;
+
+    for( int number = 0; number < count; number++ )
+        threads.emplace_back( body, number );
+
+    for( std::thread &thread : threads )
+        thread.join();
 }
 } // namespace qv::test
 

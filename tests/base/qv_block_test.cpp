@@ -18,137 +18,89 @@ using namespace qv::test;
 
 namespace
 {
+Ref< QV_OBJ > element()
+{
+    return Ref< QV_OBJ >( qvBoxedIntObj( qvBoxedIntCreate( 1 ) ) );
+}
+
 struct Text
 {
-    Ref< QV_STRING > object{ qvStringCreate() };
+    using Type = QV_STRING;
 
-    void append()
-    {
-        qvStringAppendChar( object.at(), U'a' );
-    }
-    void prepend()
-    {
-        qvStringPrependChar( object.at(), U'a' );
-    }
-    void dropFront()
-    {
-        qvStringDelLeading( object.at(), 1 );
-    }
-    void dropBack()
-    {
-        qvStringDelTrailing( object.at(), 1 );
-    }
-    void compact()
-    {
-        qv___StringCompact( object );
-    }
-    QV_INT length()
-    {
-        return object->length;
-    }
+    static constexpr auto create    = qvStringCreate;
+    static constexpr auto append    = []( Ref< Type > &all ) { qvStringAppendChar( all.at(), U'a' ); };
+    static constexpr auto prepend   = []( Ref< Type > &all ) { qvStringPrependChar( all.at(), U'a' ); };
+    static constexpr auto dropFront = []( Ref< Type > &all ) { qvStringDelLeading( all.at(), 1 ); };
+    static constexpr auto dropBack  = []( Ref< Type > &all ) { qvStringDelTrailing( all.at(), 1 ); };
+    static constexpr auto compact   = []( Ref< Type > &all ) { qv___StringCompact( all ); };
 };
 
 struct Bytes
 {
-    Ref< QV_BUFFER > object{ qvBufferCreate() };
+    using Type = QV_BUFFER;
 
-    void append()
-    {
-        qvBufferAppendByte( object.at(), 1 );
-    }
-    void prepend()
-    {
-        qvBufferPrependByte( object.at(), 1 );
-    }
-    void dropFront()
-    {
-        qvBufferDelLeading( object.at(), 1 );
-    }
-    void dropBack()
-    {
-        qvBufferDelTrailing( object.at(), 1 );
-    }
-    void compact()
-    {
-        qv___BufferCompact( object );
-    }
-    QV_INT length()
-    {
-        return qvBufferLength( object );
-    }
+    static constexpr auto create    = qvBufferCreate;
+    static constexpr auto append    = []( Ref< Type > &all ) { qvBufferAppendByte( all.at(), 1 ); };
+    static constexpr auto prepend   = []( Ref< Type > &all ) { qvBufferPrependByte( all.at(), 1 ); };
+    static constexpr auto dropFront = []( Ref< Type > &all ) { qvBufferDelLeading( all.at(), 1 ); };
+    static constexpr auto dropBack  = []( Ref< Type > &all ) { qvBufferDelTrailing( all.at(), 1 ); };
+    static constexpr auto compact   = []( Ref< Type > &all ) { qv___BufferCompact( all ); };
 };
 
 struct Objects
 {
-    Ref< QV_VECTOR >    object{ qvVectorCreate() };
-    Ref< QV_BOXED_INT > element{ qvBoxedIntCreate( 1 ) };
+    using Type = QV_VECTOR;
 
-    void append()
-    {
-        qvVectorAppendObj( object.at(), qv::obj( element.get() ) );
-    }
-    void prepend()
-    {
-        qvVectorPrependObj( object.at(), qv::obj( element.get() ) );
-    }
-    void dropFront()
-    {
-        qvVectorDelLeading( object.at(), 1 );
-    }
-    void dropBack()
-    {
-        Ref< QV_OBJ > last( qvVectorPop( object.at() ) );
-    }
-    void compact()
-    {
-        qv___VectorCompact( object );
-    }
-    QV_INT length()
-    {
-        return object->length;
-    }
+    static constexpr auto create    = qvVectorCreate;
+    static constexpr auto append    = []( Ref< Type > &all ) { qvVectorAppendObj( all.at(), element() ); };
+    static constexpr auto prepend   = []( Ref< Type > &all ) { qvVectorPrependObj( all.at(), element() ); };
+    static constexpr auto dropFront = []( Ref< Type > &all ) { qvVectorDelLeading( all.at(), 1 ); };
+    static constexpr auto dropBack  = []( Ref< Type > &all ) { qv::release( qvVectorPop( all.at() ) ); };
+    static constexpr auto compact   = []( Ref< Type > &all ) { qv___VectorCompact( all ); };
 };
+
+// The keys are ranges of their own.
+QV_INT lastKey( QV_RANGE_MAP *map )
+{
+    return map->length ? qvRangeMapStartingKeyAt( map, map->length - 1 ) : 0;
+}
+
+QV_INT firstKey( QV_RANGE_MAP *map )
+{
+    return map->length ? qvRangeMapStartingKeyAt( map, 0 ) : 1;
+}
 
 struct Ranges
 {
-    Ref< QV_RANGE_MAP > object{ qvRangeMapCreate() };
-    Ref< QV_BOXED_INT > value{ qvBoxedIntCreate( 1 ) };
-    QV_INT              front = 0; // the keys are from here on, each a range
-    QV_INT              back  = 0;
+    using Type = QV_RANGE_MAP;
 
-    void append()
-    {
-        qvRangeMapSetIntKey( object.at(), back++, qv::obj( value.get() ) );
-    }
-    void prepend()
-    {
-        qvRangeMapSetIntKey( object.at(), --front, qv::obj( value.get() ) );
-    }
-    void dropFront()
-    {
-        qvRangeMapDelIntKey( object.at(), front++ );
-    }
-    void dropBack()
-    {
-        qvRangeMapDelIntKey( object.at(), --back );
-    }
-    void compact()
-    {
-        qvRangeMapDelIntKey( object.at(), front++ );
-    }
-    QV_INT length()
-    {
-        return object->length;
-    }
+    static constexpr auto create = qvRangeMapCreate;
+    static constexpr auto append = []( Ref< Type > &all )
+    { qvRangeMapSetIntKey( all.at(), lastKey( all ) + 1, element() ); };
+    static constexpr auto prepend = []( Ref< Type > &all )
+    { qvRangeMapSetIntKey( all.at(), firstKey( all ) - 1, element() ); };
+    static constexpr auto dropFront = []( Ref< Type > &all ) { qvRangeMapDelIntKey( all.at(), firstKey( all ) ); };
+    static constexpr auto dropBack  = []( Ref< Type > &all ) { qvRangeMapDelIntKey( all.at(), lastKey( all ) ); };
+    static constexpr auto compact   = []( Ref< Type > &all ) { qvRangeMapDelIntKey( all.at(), firstKey( all ) ); };
 };
+
+QV_INT unitsOf( QV_BUFFER *buf )
+{
+    return qvBufferLength( buf );
+}
+
+template< class T >
+QV_INT unitsOf( T *all )
+{
+    return all->length;
+}
 
 // Counts the elements that changes of a sequence move: all of them when one in the middle is somewhere else afterwards.
 template< class Sequence >
 struct Counted
 {
-    Sequence sequence;
-    QV_INT   steps = 0;
-    QV_INT   moved = 0;
+    Ref< typename Sequence::Type > object{ Sequence::create() };
+    QV_INT                         steps = 0, moved = 0;
 
     // A letter is a change: of the front `<` to add and `(` to delete, of the back `>` and `)`.
     void run( const char *changes, QV_INT times = 1 )
@@ -157,34 +109,23 @@ struct Counted
             for( const char *change = changes; *change; change++ )
                 step( *change );
 
-        EXPECT_LE( sequence.object->size(), 2 * allocated( sequence.object.get() ) + 4 * sequence.object->home() );
+        EXPECT_LE( object->size(), 2 * allocated( object.get() ) + 4 * object->home() );
     }
 
     void step( char change )
     {
-        QV_INT middle = sequence.length() / 2;
-        auto  *before = sequence.object->first + middle;
+        QV_INT middle = unitsOf( object.get() ) / 2;
+        auto  *before = object->first + middle;
 
-        switch( change )
-        {
-        case '<':
-            sequence.prepend(), middle++;
-            break;
-        case '(':
-            sequence.dropFront(), middle--;
-            break;
-        case '>':
-            sequence.append();
-            break;
-        case ')':
-            sequence.dropBack();
-            break;
-        }
-
+        change == '<'   ? Sequence::prepend( object )
+        : change == '(' ? Sequence::dropFront( object )
+        : change == '>' ? Sequence::append( object )
+                        : Sequence::dropBack( object );
+        middle += change == '<' ? 1 : change == '(' ? -1 : 0;
         steps++;
 
-        if( middle >= 0 && before != sequence.object->first + middle )
-            moved += sequence.length();
+        if( middle >= 0 && before != object->first + middle )
+            moved += unitsOf( object.get() );
     }
 };
 
@@ -226,7 +167,7 @@ TYPED_TEST( Block, ChangesAtTheEndsMoveLittle )
 
             // And down again, at either end and at both.
             for( const char *down : { "(", ")", "()" } )
-                counted.run( down, counted.sequence.length() / 4 );
+                counted.run( down, unitsOf( counted.object.get() ) / 4 );
 
             EXPECT_LE( counted.moved, 40 * counted.steps ) << turn << ' ' << length;
         }
@@ -236,25 +177,25 @@ TYPED_TEST( Block, ChangesAtTheEndsMoveLittle )
 // What builds with assertions find: a block that claims more than there is, and code that writes where nothing is.
 TYPED_TEST( Block, WatchesWhatIsFree )
 {
-    TypeParam sequence;
+    Ref< typename TypeParam::Type > all( TypeParam::create() );
 
     for( int i = 0; i < 20; i++ )
-        sequence.append();
+        TypeParam::append( all );
 
-    sequence.prepend();
+    TypeParam::prepend( all );
 
-    auto *object = sequence.object.get();
+    auto *object = all.get();
     auto *free   = reinterpret_cast< unsigned char * >( object->first ) - 9;
 
-    EXPECT_DEATH( ( object->bspace += 8, sequence.compact() ), "length \\+ bspace" );
-    EXPECT_DEATH( ( object->fspace += 32, object->bspace -= 32, sequence.compact() ), "fspace" );
-    EXPECT_DEATH( ( object->bspace -= 8, sequence.compact() ), "dbgAllocationSize" );
+    EXPECT_DEATH( ( object->bspace += 8, TypeParam::compact( all ) ), "length \\+ bspace" );
+    EXPECT_DEATH( ( object->fspace += 32, object->bspace -= 32, TypeParam::compact( all ) ), "fspace" );
+    EXPECT_DEATH( ( object->bspace -= 8, TypeParam::compact( all ) ), "dbgAllocationSize" );
 
     EXPECT_DEATH(
         {
             *free = 7;
             for( int i = 0; i < 100; i++ )
-                sequence.prepend();
+                TypeParam::prepend( all );
         },
         "free memory is as it was left|use-after-poison" );
 }

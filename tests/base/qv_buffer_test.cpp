@@ -14,47 +14,6 @@ using Buffer = Ref< QV_BUFFER >;
 
 } // namespace
 
-TEST( Buffer, ReadsInItsUnits )
-{
-    Buffer  buf( qvBufferCreateFromBytesCopy( "\x01\x23\x45\x67\x89", 5 ) );
-    uint8_t bytes[2] = {};
-
-    qvBufferBitDelTrailing( buf.at(), 3 );
-    EXPECT_EQ( "[45 67]", textOf( Buffer( qvBufferRead( buf, 2, 2 ) ).get() ) );
-    EXPECT_EQ( 0x456u, qvBufferReadBits( buf, 2, 12 ) );
-    EXPECT_EQ( 0x45, qvBufferReadByte( buf, 2 ) );
-    EXPECT_EQ( 0x48, qvBufferBitReadByte( buf, 6 ) );
-    qvBufferReadBytes( buf, 2, bytes, 2 );
-    EXPECT_EQ( 0x67, bytes[1] );
-    EXPECT_EQ( 37, qvBufferBitLength( buf ) );
-    EXPECT_EQ( ( QV_INT_MAX - 37 ) / 8, qvBufferSpace( buf ) );
-    EXPECT_EQ( QV_INT_MAX - 37, qvBufferBitSpace( buf ) );
-    EXPECT_EQ( qvBufferBacking( buf ), qvBufferBitBacking( buf ) );
-}
-
-TEST( Buffer, CreatingGivesPrivateContents )
-{
-    Buffer number( qvBufferCreateFromBits( 0x1FF5, 11 ) ), byte( qvBufferCreateFromByte( 0xA7 ) );
-    Buffer empty( qvBufferCreate() ), copyOfEmpty( qvBufferCreateFrom( empty ) );
-    EXPECT_EQ( "[fe a0/3]", textOf( number.get() ) );
-    EXPECT_EQ( "[a7]", textOf( byte.get() ) );
-    EXPECT_EQ( "[]", textOf( empty.get() ) );
-    EXPECT_NE( empty.get(), copyOfEmpty.get() );
-
-    // An adopted block has no space at its ends; what appending adds is declared.
-    Buffer use( qvBufferCreateFromBytesUse( qvMemSet( qvMemAlloc( 5 ), 0x11, 5 ), 5 ) );
-    EXPECT_EQ( 5, allocated( use.get() ) );
-    qvBufferAppendByte( use.at(), 0x22 );
-    EXPECT_EQ( "[11 11 11 11 11 22]", textOf( use.get() ) );
-    EXPECT_EQ( 6 + 160, allocated( use.get() ) );
-
-    // Clearing and deleting everything give the one empty Buffer.
-    qvBufferDelOuter( byte.at(), 1, 0 );
-    qvBufferClear( use.at() );
-    EXPECT_EQ( empty.get(), byte.get() );
-    EXPECT_EQ( empty.get(), use.get() );
-}
-
 TEST( Buffer, ForeignMemoryIsNarrowedInPlaceButNeverWritten )
 {
     const uint8_t       memory[] = { 1, 2, 3, 4, 5, 6 };
@@ -107,32 +66,4 @@ TEST( Buffer, SourcesOutliveTheOwnerOfForeignMemory )
 
     EXPECT_EQ( 1024, qvBufferLength( own ) );
     EXPECT_EQ( 0, textOf( own.get() ).find( "[00 10 00 10" ) );
-}
-
-TEST( Buffer, BrokenContractsAreReported )
-{
-    Buffer  buf( qvBufferCreateFromBits( 0xABCDE, 20 ) ), other( qvBufferCreateFromByte( 0x12 ) );
-    uint8_t byte = 0;
-
-    EXPECT_BROKEN( qvBufferReadByte( buf, -1 ), "QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( byteIdx )" );
-    EXPECT_BROKEN( qvBufferDelInner( buf.at(), (QV_INT)1 << 61, 0 ), "BYTES_TO_BITS_OK( byteOffset )" );
-    EXPECT_BROKEN( qvBufferReadByte( buf, 2 ), "bitIdx + bitCount <= buf->bitLength" );
-    EXPECT_BROKEN( qvBufferBitWriteBits( buf.at(), 18, 0, 3 ), "bitIdx + bitCount <= (*buf)->bitLength" );
-    EXPECT_BROKEN( qvBufferReadBytes( buf, 1, &byte, 2 ), "bitIdx + BYTES_TO_BITS( byteCount ) <= buf->bitLength" );
-    EXPECT_BROKEN(
-        qvBufferWriteBytes( buf.at(), 1, "ab", 2 ), "bitIdx + BYTES_TO_BITS( byteCount ) <= (*buf)->bitLength" );
-    EXPECT_BROKEN( qvBufferBitInsertByte( buf.at(), 21, 0 ), "atBit <= (*buf)->bitLength" );
-    EXPECT_BROKEN( qvBufferAppendLeading( buf.at(), other, 2 ), "bitOffset + bitCount <= src->bitLength" );
-    EXPECT_BROKEN( qvBufferBitAppendTrailing( buf.at(), other, 9 ), "QV___INT_UNSIGNED_ADD_OK( bitOffset, bitCount )" );
-    EXPECT_BROKEN(
-        qvBufferBitWriteOuter( buf.at(), 17, other, 1, 4 ),
-        "bitIdx + (src->bitLength - bitCount) <= (*buf)->bitLength" );
-    EXPECT_BROKEN( qvBufferBitDelInner( buf.at(), 15, 6 ), "bitOffset + bitCount <= (*buf)->bitLength" );
-    EXPECT_BROKEN( qvBufferBitAppendZero( buf.at(), QV_INT_MAX ), "QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( sizeBits )" );
-
-    // The size counts as whole bytes, and of several bad arguments the first one.
-    QV_INT most = QV_INT_MAX - 1920 - 20;
-    EXPECT_BROKEN( qvBufferBitPrependZero( buf.at(), most ), "QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( sizeBits )" );
-    EXPECT_BROKEN( qvBufferBitRead( buf, -1, -1 ), "QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( bitIdx )" );
-    EXPECT_BROKEN( qvBufferDelOuter( buf.at(), -1, -1 ), "QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( byteOffset )" );
 }

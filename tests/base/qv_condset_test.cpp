@@ -1,5 +1,6 @@
 // Condition sets and counters.
 
+#include "qv_test_call.h"
 #include "qv_test_clock.h"
 #include "qv_test_support.h"
 
@@ -75,38 +76,35 @@ TEST( Condset, ChangesAtOneTimeWakeAllTheirWaiters )
 {
     const int PAIRS = 4, ROUNDS = 300;
 
-    Ref                        condset( qvCondsetCreate() );
-    std::barrier               everybody( 2 * PAIRS );
-    std::vector< std::thread > threads;
+    Ref          condset( qvCondsetCreate() );
+    std::barrier everybody( 2 * PAIRS );
 
-    for( int pair = 0; pair < PAIRS; pair++ )
-        for( bool changer : { false, true } )
-            threads.emplace_back(
-                [&, own = QV_INT( 1 ) << pair, changer]
-                {
-                    for( int round = 0; round < ROUNDS; round++ )
-                    {
-                        QV_INT found = 0;
+    onThreads(
+        2 * PAIRS,
+        [&]( int number )
+        {
+            const QV_INT own     = QV_INT( 1 ) << number / 2;
+            const bool   changer = number % 2;
 
-                        if( changer )
-                            qvCondsetAddConditions( condset, own );
-                        else
-                            while( !found )
-                                found = qvCondsetWaitAnyTimed( condset, own, round % 2 ? 1 : -1 );
+            for( int round = 0; round < ROUNDS; round++ )
+            {
+                QV_INT found = 0;
 
-                        EXPECT_EQ( changer ? 0 : own, found );
+                if( changer )
+                    qvCondsetAddConditions( condset, own );
+                else
+                    while( !found )
+                        found = qvCondsetWaitAnyTimed( condset, own, round % 2 ? 1 : -1 );
 
-                        everybody.arrive_and_wait();
+                EXPECT_EQ( changer ? 0 : own, found );
+                everybody.arrive_and_wait();
 
-                        if( changer )
-                            qvCondsetDelConditions( condset, own );
+                if( changer )
+                    qvCondsetDelConditions( condset, own );
 
-                        everybody.arrive_and_wait();
-                    }
-                } );
-
-    for( std::thread &thread : threads )
-        thread.join();
+                everybody.arrive_and_wait();
+            }
+        } );
 
     EXPECT_EQ( 0, qvCondsetConditions( condset ) );
 }

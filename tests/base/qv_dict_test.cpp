@@ -300,15 +300,3 @@ TEST( Dict, RunsWithOtherPrefixesEvenOut )
     for( const std::string &key : keys )
         EXPECT_TRUE( qvDictHasStringKey( dict, text( key ) ) ) << key;
 }
-
-TEST( Dict, ReportsBrokenContracts )
-{
-    Ref< QV_DICT >   dict( qvDictCreate() );
-    Ref< QV_VECTOR > none( qvVectorCreate() ), one( qvVectorCreateFromObj( boxed( 1 ) ) );
-
-    EXPECT_BROKEN( qvDictValueAt( dict, 0 ), "idx < dict->length" );
-    EXPECT_BROKEN( qvDictDelAt( dict.at(), 0 ), "idx < (*dict)->length" );
-    EXPECT_BROKEN( qvDictKeyAt( dict, -1 ), "idx >= 0" );
-    EXPECT_BROKEN(
-        qvDictCreateWithKeysAndValues( none, one ), "qvVectorLength( keysVector ) == qvVectorLength( valuesVector )" );
-}

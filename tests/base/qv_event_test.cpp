@@ -1,11 +1,11 @@
 // What signals and alerts have in common, tested for both.
 
+#include "qv_test_call.h"
 #include "qv_test_support.h"
 
 #include "qv/base/qv_alert.h"
 #include "qv/base/qv_alertable_private.h"
 #include "qv/base/qv_barrier.h"
-#include "qv/base/qv_boxed_int.h"
 #include "qv/base/qv_condset.h"
 #include "qv/base/qv_signal.h"
 #include "qv/base/qv_signalable_private.h"
@@ -23,7 +23,7 @@ using namespace qv::test;
 namespace
 {
 // The functions of one family of events, of which the other one is targets of another kind.
-#define EVENT_FAMILY( Self, SELF, Another, fireName, happenedName, otherHappenedName, eventName, handleName )          \
+#define EVENT_FAMILY( Self, SELF, Another, fireName, happenedName, otherHappenedName )                                 \
     struct Self##Family                                                                                                \
     {                                                                                                                  \
         using Event  = QV_##SELF;                                                                                      \
@@ -52,34 +52,22 @@ namespace
         static constexpr auto handleAlert   = qv##Self##ableCreateAlert;                                               \
         static constexpr auto handleFire    = qv___##Self##able##Self;                                                 \
         static constexpr auto addToOther    = qv##Another##Add##Another##able;                                         \
-        static constexpr auto event         = eventName;                                                               \
-        static constexpr auto target        = handleName;                                                              \
     };
 
-EVENT_FAMILY( Signal, SIGNAL, Alert, Assert, Asserted, IsSet, "sig", "sigb" )
-EVENT_FAMILY( Alert, ALERT, Signal, Set, IsSet, Asserted, "al", "alb" )
+EVENT_FAMILY( Signal, SIGNAL, Alert, Assert, Asserted, IsSet )
+EVENT_FAMILY( Alert, ALERT, Signal, Set, IsSet, Asserted )
 
 // What a callback leads to.
 struct Call
 {
     std::atomic< int >      count{ 0 };
-    std::function< void() > action;
-
-    Ref< QV_BOXED_INT > arg{ qvBoxedIntCreate( reinterpret_cast< QV_INT >( this ) ) };
-
-    static void func( QV_OBJ *arg )
-    {
-        Call *call = reinterpret_cast< Call * >( qvBoxedIntValue( qvBoxedIntFrom( arg ) ) );
-        call->count++;
-
-        if( call->action )
-            call->action();
-    }
+    std::function< void() > action = [] {};
+    Ref< QV_OBJ >           arg    = call( [this] { count++, action(); } );
 
     template< class Family >
-    Ref< typename Family::Handle > handle()
+    auto handle()
     {
-        return Ref< typename Family::Handle >( Family::handle( func, qvBoxedIntObj( arg ) ) );
+        return Ref( Family::handle( callNow, arg ) );
     }
 };
 
@@ -119,7 +107,7 @@ TYPED_TEST( Event, FiresAllKindsOfTargetsOnceAndInOrder )
     onOther.action = [&] { log.push_back( qvBarrierIsBlocked( barrier ) ? 4 : -1 ); };
 
     Ref a( first.handle< F >() ), b( second.handle< F >() ), c( third.handle< F >() ), d( onSame.handle< F >() );
-    Ref e( F::otherHandle( Call::func, qvBoxedIntObj( onOther.arg ) ) );
+    Ref e( F::otherHandle( callNow, onOther.arg ) );
     F::add( same, d );
     F::addToOther( other, e );
 
@@ -302,45 +290,15 @@ TYPED_TEST( Event, ReleasedHandlesAreDisarmed )
     EXPECT_EQ( 1, references( later.arg.get() ) );
 }
 
-namespace
-{
-// An object whose end fires an event, of a family that only this test has.
-struct QV___LAST : QV_OBJ
-{
-    QV_SIGNAL *sig;
-    QV_ALERT  *al;
-};
-
-void freeLast( QV_OBJ *thisObj )
-{
-    QV___LAST *last = static_cast< QV___LAST * >( thisObj );
-    qvSignalAssert( last->sig );
-    qvAlertSet( last->al );
-}
-
-QV_SORT *lastSort()
-{
-    static QV_SORT sort = QV___STATIC_SORT( &qv___module, "QV___LAST", freeLast, nullptr, nullptr, nullptr, nullptr );
-    return &sort;
-}
-} // namespace
-
 TYPED_TEST( Event, AnArgumentMayFireTheEventWhenItEnds )
 {
     using F = TypeParam;
 
-    Ref        event( F::create() );
-    Ref        other( F::createOther() );
-    QV___LAST *last = qv::create< QV___LAST >( lastSort() );
-
-    if constexpr( std::is_same_v< F, SignalFamily > )
-        last->sig = event, last->al = other;
-    else
-        last->sig = other, last->al = event;
-
-    Ref handle( F::handle( []( QV_OBJ * ) { ADD_FAILURE(); }, last ) );
+    Ref  event( F::create() );
+    auto fire = []( void *fired ) { F::fire( static_cast< typename F::Event * >( fired ) ); };
+    auto fail = []( QV_OBJ * ) { ADD_FAILURE(); };
+    Ref  handle( F::handle( fail, Ref( qv::obj( qv___BoxedPointerCreate( event.get(), fire ) ) ) ) );
     F::add( event, handle );
-    qv::release( last );
     handle.reset();
     EXPECT_TRUE( F::happened( event ) );
 }
@@ -390,12 +348,28 @@ TYPED_TEST( Event, NoTargetIsMissedWhileOthersComeAndGo )
 
     for( int round = 0; round < 200; round++ )
     {
-        Ref                        event( F::create() );
-        std::atomic< int >         ready{ 0 };
-        std::vector< std::thread > threads;
+        Ref                event( F::create() );
+        std::atomic< int > ready{ 0 };
 
-        auto worker = [&]
+        auto start = [&]
         {
+            for( ready++; ready <= THREADS; )
+                std::this_thread::yield();
+        };
+
+        auto worker = [&]( int number )
+        {
+            if( number == THREADS )
+            {
+                start();
+
+                for( int i = 0; i < round % 10; i++ )
+                    std::this_thread::yield();
+
+                F::fire( event );
+                return;
+            }
+
             Call stays, goes;
             auto dies = std::make_unique< Call >();
             Ref  a( stays.handle< F >() ), b( goes.handle< F >() ), c( dies->template handle< F >() );
@@ -403,9 +377,7 @@ TYPED_TEST( Event, NoTargetIsMissedWhileOthersComeAndGo )
             Ref  other( F::createOther() );
             Ref  barrier( qvBarrierCreate( QV_TRUE ) );
 
-            for( ready++; ready <= THREADS; )
-                std::this_thread::yield();
-
+            start();
             F::add( event, b );
             F::add( event, c );
             F::add( event, a );
@@ -426,34 +398,17 @@ TYPED_TEST( Event, NoTargetIsMissedWhileOthersComeAndGo )
             EXPECT_TRUE( F::otherHappened( other ) );
         };
 
-        for( int i = 0; i < THREADS; i++ )
-            threads.emplace_back( worker );
-
-        while( ready < THREADS )
-            std::this_thread::yield();
-
-        ready++;
-
-        for( int i = 0; i < round % 10; i++ )
-            std::this_thread::yield();
-
-        F::fire( event );
-
-        for( std::thread &thread : threads )
-            thread.join();
+        onThreads( THREADS + 1, worker );
     }
 }
 
-TYPED_TEST( Event, TimedWaitsEndAndBrokenContractsAreReported )
+TYPED_TEST( Event, TimedWaitsEnd )
 {
     using F = TypeParam;
 
     Ref event( F::create() );
     EXPECT_FALSE( F::waitTimed( event, 0 ) );
     EXPECT_FALSE( F::waitTimed( event, 5 ) );
-    EXPECT_BROKEN( F::fire( nullptr ), F::event );
-    EXPECT_BROKEN( F::add( event, nullptr ), F::target );
-    EXPECT_BROKEN( F::waitTimed( event, -2 ), "millisec == -1 || millisec >= 0" );
     F::fire( event );
     EXPECT_TRUE( F::waitTimed( event, 0 ) );
     EXPECT_TRUE( F::waitTimed( event, -1 ) );

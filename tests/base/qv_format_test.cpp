@@ -26,24 +26,6 @@ std::string formatted( const char *fmt, ... )
 
 } // namespace
 
-TEST( Format, CallsReportBrokenContracts )
-{
-    const QV_CHAR    bad = 0x110000;
-    Ref< QV_STRING > qvs = text( std::string_view( "12345" ) );
-
-    EXPECT_BROKEN( qvFormatEncodeInt( 1, 1, 0, 0 ), "base >= 2" );
-    EXPECT_BROKEN( qvFormatEncodeInt( 1, 37, 0, 0 ), "base <= 36" );
-    EXPECT_BROKEN( qvFormatEncodeReal( 1.0, 10, 0, -2, 0 ), "precision >= -1" );
-    EXPECT_BROKEN( qvFormatEncodeReal( 1.0, 10, -1, 0, 0 ), "minWidth >= 0" );
-    EXPECT_BROKEN( qvFormatEncodeReal( 1.0, 10, 0, QV_INT_MAX, 0 ), "QV_INT_ADD_OK( digits, precision )" );
-    EXPECT_BROKEN( qvFormatEncodeChars( &bad, 1, 0, 0 ), "qvCharsAllOk( src, srcLength )" );
-    EXPECT_BROKEN( qvFormatEncodeChars( nullptr, 1, 0, 0 ), "src || srcLength == 0" );
-    EXPECT_BROKEN(
-        qvFormatTryDecodeInt( qvs, 4, 2, 10, nullptr, nullptr ), "srcOffset + srcLength <= qvStringLength( src )" );
-    EXPECT_BROKEN(
-        qvFormatTryDecodeReal( qvs, 0, 2, 1, nullptr, nullptr ), "base == -1 || ( base >= 2 && base <= 36 )" );
-}
-
 TEST( Format, ConversionsOfNumbers )
 {
     EXPECT_EQ( "  7", formatted( "%3 i", QV_INT( 7 ) ) ); // white space behind a number belongs to it

@@ -1,3 +1,4 @@
+#include "qv_test_call.h"
 #include "qv_test_support.h"
 
 #include "qv/base/qv_barrier.h"
@@ -14,25 +15,21 @@ using namespace qv::test;
 
 TEST( Monitor, OneThreadAtATime )
 {
-    Ref< QV_MONITOR >          monitor( qvMonitorCreate() );
-    std::vector< std::thread > threads;
-    int                        inside = 0, sum = 0;
+    Ref< QV_MONITOR > monitor( qvMonitorCreate() );
+    int               inside = 0, sum = 0;
 
-    for( int i = 0; i < 4; i++ )
-        threads.emplace_back(
-            [&]
+    onThreads(
+        4,
+        [&]( int )
+        {
+            for( int round = 0; round < 5000; round++ )
             {
-                for( int round = 0; round < 5000; round++ )
-                {
-                    qv::HeldMonitor held( monitor );
-                    EXPECT_EQ( 1, ++inside );
-                    sum++;
-                    --inside;
-                }
-            } );
-
-    for( std::thread &thread : threads )
-        thread.join();
+                qv::HeldMonitor held( monitor );
+                EXPECT_EQ( 1, ++inside );
+                sum++;
+                --inside;
+            }
+        } );
 
     EXPECT_EQ( 20000, sum );
 }
@@ -72,42 +69,38 @@ TEST( Barrier, OpensForEverybodyUntilItIsClosed )
 
 TEST( Region, ReadersShareAndWritersAreAlone )
 {
-    Ref< QV_REGION >           region( qvRegionCreate() );
-    std::atomic< int >         readers{ 0 }, writers{ 0 };
-    int                        value = 0; // guarded by the region, as the thread sanitizer can tell
-    std::vector< std::thread > threads;
+    Ref< QV_REGION >   region( qvRegionCreate() );
+    std::atomic< int > readers{ 0 }, writers{ 0 };
+    int                value = 0; // guarded by the region, as the thread sanitizer can tell
 
-    for( int i = 0; i < 6; i++ )
-        threads.emplace_back(
-            [&, i]
+    onThreads(
+        6,
+        [&]( int i )
+        {
+            QV_BOOL exclusive = i % 3 == 0;
+
+            for( int round = 0; round < 500; round++ )
             {
-                QV_BOOL exclusive = i % 3 == 0;
+                qvRegionEnter( region, exclusive );
 
-                for( int round = 0; round < 500; round++ )
+                if( exclusive )
                 {
-                    qvRegionEnter( region, exclusive );
-
-                    if( exclusive )
-                    {
-                        EXPECT_EQ( 1, ++writers );
-                        EXPECT_EQ( 0, readers );
-                        value++;
-                        --writers;
-                    }
-                    else
-                    {
-                        readers++;
-                        EXPECT_EQ( 0, writers );
-                        EXPECT_LE( value, 1000 );
-                        readers--;
-                    }
-
-                    qvRegionLeave( region );
+                    EXPECT_EQ( 1, ++writers );
+                    EXPECT_EQ( 0, readers );
+                    value++;
+                    --writers;
                 }
-            } );
+                else
+                {
+                    readers++;
+                    EXPECT_EQ( 0, writers );
+                    EXPECT_LE( value, 1000 );
+                    readers--;
+                }
 
-    for( std::thread &thread : threads )
-        thread.join();
+                qvRegionLeave( region );
+            }
+        } );
 
     EXPECT_EQ( 1000, value );
 }

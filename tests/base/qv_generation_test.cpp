@@ -1,3 +1,4 @@
+#include "qv_test_call.h"
 #include "qv_test_support.h"
 
 #include "qv/base/qv_generation.h"
@@ -5,7 +6,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <thread>
 #include <vector>
 
 #include <pthread.h>
@@ -120,32 +120,26 @@ TEST( Generation, ThreadsNeverShareANumber )
     Ref< QV_GENERATION_MUTEX > mutex( qvGenerationMutexCreate() );
     std::vector< std::string > texts( 2 * THREADS * COUNT );
     std::atomic< int >         inside = 0, most = 0, entered = 0;
-    {
-        std::vector< std::jthread > threads;
+    onThreads(
+        THREADS,
+        [&]( size_t t )
+        {
+            for( size_t i = t * COUNT; i < ( t + 1 ) * COUNT; i++ )
+            {
+                texts[2 * i]     = textOf( Generation( qvGenerationCreate() ).get() );
+                texts[2 * i + 1] = textOf( childOf( parent ).get() );
 
-        for( size_t t = 0; t < THREADS; t++ )
-            threads.emplace_back(
-                [&, t]
+                // One at a time is in with the parent.
+                if( qvGenerationMutexTryRegister( mutex, parent ) )
                 {
-                    for( size_t i = 0; i < COUNT; i++ )
-                    {
-                        Generation root( qvGenerationCreate() );
-                        Generation child                 = childOf( parent );
-                        texts[2 * ( t * COUNT + i )]     = textOf( root.get() );
-                        texts[2 * ( t * COUNT + i ) + 1] = textOf( child.get() );
-
-                        // One at a time is in with the parent.
-                        if( qvGenerationMutexTryRegister( mutex, parent ) )
-                        {
-                            int now = ++inside;
-                            entered++;
-                            most = std::max( most.load(), now );
-                            --inside;
-                            qvGenerationMutexUnregister( mutex, parent );
-                        }
-                    }
-                } );
-    }
+                    int now = ++inside;
+                    entered++;
+                    most = std::max( most.load(), now );
+                    --inside;
+                    qvGenerationMutexUnregister( mutex, parent );
+                }
+            }
+        } );
 
     std::sort( texts.begin(), texts.end() );
     EXPECT_EQ( texts.end(), std::adjacent_find( texts.begin(), texts.end() ) );

@@ -15,6 +15,12 @@ std::string accepted( std::string_view name )
     result += qvNameUpperCaseOk( qvs, QV_TRUE ) ? 'P' : '-';
     result += qvNameCamelCaseOk( qvs, QV_FALSE ) ? 'c' : '-';
     result += qvNameCamelCaseOk( qvs, QV_TRUE ) ? 'p' : '-';
+    EXPECT_EQ( result[0] == 'U' || result[2] == 'c', qvNameOk( qvs, QV_FALSE ) );
+
+    if( qvNameOk( qvs, QV_TRUE ) )
+    {
+        EXPECT_EQ( !qvNameOk( qvs, QV_FALSE ), qvNamePrivate( qvs ) );
+    }
 
     return result;
 }
@@ -45,13 +51,4 @@ TEST( Name, GrammarOfNames )
 
     for( const auto &each : CASES )
         EXPECT_EQ( each.accepted, accepted( each.name ) ) << each.name;
-}
-
-TEST( Name, PrivateIsWhatNeedsPrivateNames )
-{
-    EXPECT_TRUE( qvNameOk( text( "QV___A" ), QV_TRUE ) );
-    EXPECT_FALSE( qvNameOk( text( "QV___A" ), QV_FALSE ) );
-    EXPECT_TRUE( qvNamePrivate( text( "QV___A" ) ) );
-    EXPECT_TRUE( qvNamePrivate( text( "qv___ObjFree" ) ) );
-    EXPECT_FALSE( qvNamePrivate( text( "qvObjFree" ) ) );
 }

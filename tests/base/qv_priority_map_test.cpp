@@ -25,11 +25,3 @@ TEST( PriorityMap, StaysWholeWhenItsObjectsUseItsVariable )
         EXPECT_EQ( what == 0 ? 21 : what == 1 ? 20 : what < 4 ? 19 : 0, qvPriorityMapLength( map ) );
     }
 }
-
-TEST( PriorityMap, BrokenContractsAreReported )
-{
-    Ref< QV_PRIORITY_MAP > map( qvPriorityMapCreate() );
-
-    EXPECT_BROKEN( qvPriorityMapDelAt( map.at(), 0 ), "idx < dict->length" );
-    EXPECT_BROKEN( qvPriorityMapPriorityAt( map, -1 ), "idx >= 0" );
-}

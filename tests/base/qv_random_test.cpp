@@ -1,3 +1,4 @@
+#include "qv_test_call.h"
 #include "qv_test_child.h"
 #include "qv_test_support.h"
 
@@ -11,7 +12,6 @@
 #include <fstream>
 #include <map>
 #include <set>
-#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -146,17 +146,13 @@ TEST( Random, ThreadsShareTheBytes )
 {
     const size_t          THREADS = 4, COUNT = 5000;
     std::vector< QV_INT > values( THREADS * COUNT );
-    {
-        std::vector< std::jthread > threads;
-
-        for( size_t t = 0; t < THREADS; t++ )
-            threads.emplace_back(
-                [&values, t]
-                {
-                    for( size_t i = 0; i < COUNT; i++ )
-                        values[t * COUNT + i] = qvRandomInt();
-                } );
-    }
+    onThreads(
+        THREADS,
+        [&]( size_t t )
+        {
+            for( size_t i = 0; i < COUNT; i++ )
+                values[t * COUNT + i] = qvRandomInt();
+        } );
 
     std::sort( values.begin(), values.end() );
     EXPECT_EQ( values.end(), std::adjacent_find( values.begin(), values.end() ) );

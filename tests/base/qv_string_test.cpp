@@ -255,24 +255,3 @@ TEST( String, ConvertsFromAndToOutsideText )
 }
 
 /* Contracts ------------------------------------------------------------------------------------------------------ */
-
-TEST( String, BrokenContracts )
-{
-    Ref< QV_STRING > qvs = text( "abc" ), empty( qvStringCreate() ), none;
-    const QV_CHAR    BAD = 0x110000;
-
-    EXPECT_BROKEN( qvStringAppend( none.at(), qvs ), "*dest" );
-    EXPECT_BROKEN( qvStringAppendChar( qvs.at(), BAD ), "qvCharsAllOk( chs, chsLength )" );
-    EXPECT_BROKEN( qvStringAppendInner( qvs.at(), qvs, 1, QV_INT_MAX ), "QV_INT_ADD_OK( offset, count )" );
-    EXPECT_BROKEN( qvStringAppendInner( qvs.at(), qvs, 1, 3 ), "offset + count <= src->length" );
-    EXPECT_BROKEN( qvStringAppendTrailing( qvs.at(), qvs, 4 ), "count <= src->length" );
-    EXPECT_BROKEN( qvStringCreateFromCharsCopy( &BAD, 1 ), "qvCharsAllOk( src, srcLength )" );
-    EXPECT_BROKEN( qvStringDelTrailing( qvs.at(), 4 ), "count <= (*qvs)->length" );
-    EXPECT_BROKEN( qvStringFindCharFromRight( qvs, -2, U'a' ), "offset >= 0 || offset == -1" );
-    EXPECT_BROKEN( qvStringBeginsWithChars( qvs, &BAD, 1 ), "qvCharsAllOk( sub, subLen )" );
-    EXPECT_BROKEN( qvStringSplit( qvs, empty, -1 ), "qvStringLength( sep )" );
-    EXPECT_BROKEN( qvStringSplitChar( qvs, U'a', 0 ), "maxParts > 0" );
-    EXPECT_BROKEN(
-        qv___StringMakeRoom( qvs, 3, QV_INT_MAX - 4 ),
-        "QV_INT_ADD_OK( qvs->fspace + qvs->length + count, QV_STRING_BSPACE )" );
-}

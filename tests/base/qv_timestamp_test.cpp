@@ -1,4 +1,5 @@
 #include "qv_test_clock.h"
+#include "qv_test_call.h"
 #include "qv_test_support.h"
 
 #include "qv/base/qv_barrier.h"
@@ -6,7 +7,6 @@
 #include "qv/base/qv_timestamp.h"
 #include "qv/base/qv_timestamp_private.h"
 
-#include <thread>
 #include <vector>
 
 using qv::Ref;
@@ -19,24 +19,20 @@ const QV_INT SECOND = 1000, HOUR = 3600 * SECOND; // milliseconds
 
 TEST( Timestamp, NeverRunsBackwards )
 {
-    std::vector< std::thread > threads;
 
-    for( int i = 0; i < 4; i++ )
-        threads.emplace_back(
-            []
+    onThreads(
+        4,
+        []( int )
+        {
+            QV_INT last = qvTimestamp();
+
+            for( int round = 0; round < 2000; round++ )
             {
-                QV_INT last = qvTimestamp();
-
-                for( int round = 0; round < 2000; round++ )
-                {
-                    QV_INT now = qvTimestamp();
-                    EXPECT_GE( now, last );
-                    last = now;
-                }
-            } );
-
-    for( std::thread &thread : threads )
-        thread.join();
+                QV_INT now = qvTimestamp();
+                EXPECT_GE( now, last );
+                last = now;
+            }
+        } );
 }
 
 TEST( Timestamp, FollowsForwardStepsAndSwallowsBackwardOnes )

@@ -5,9 +5,6 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_sort.h"
-#include "qv/sys/qv_mem.h"
-
-#include <algorithm>
 
 using namespace qv;
 using namespace qv::test;
@@ -30,32 +27,6 @@ Ref< QV_VECTOR > upTo( QV_INT count )
     return vec;
 }
 } // namespace
-
-TEST( Vector, CreationTakesOverBlocks )
-{
-    EXPECT_EQ( "<>", textOf( Ref< QV_VECTOR >( qvVectorCreateFromObjsUse( nullptr, 0 ) ).get() ) );
-
-    // An array's references go over to the Vector with it.
-    Ref< QV_OBJ >    obj   = boxed( 1 );
-    QV_OBJ         **block = static_cast< QV_OBJ ** >( qvMemAllocN( 2, sizeof( QV_OBJ * ) ) );
-    Ref< QV_VECTOR > pushed( qvVectorCreate() );
-    std::fill_n( block, 2, obj.get() );
-
-    for( int i = 0; i < 6; i++ )
-        retain( obj.get() );
-
-    qv___VectorPushNoRetain( pushed.at(), block, 2 );
-    Ref< QV_VECTOR > copied( qvVectorCreateFromObjsCopy( block, 2 ) ), used( qvVectorCreateFromObjsUse( block, 2 ) );
-    EXPECT_EQ( block, qvVectorBacking( used ) );
-    qvVectorPrependObj( used.at(), obj );
-    EXPECT_EQ( "<1, 1, 1>", textOf( used.get() ) );
-    EXPECT_EQ( ( 3 + 64 ) * 8, allocated( used.get() ) );
-    EXPECT_EQ( 8, references( obj.get() ) );
-    used.reset();
-    copied.reset();
-    pushed.reset();
-    EXPECT_EQ( 1, references( obj.get() ) );
-}
 
 TEST( Vector, ItsOwnBlockMayMoveWhileItTakesElementsOutOfThat )
 {
@@ -95,19 +66,4 @@ TEST( Vector, KnowsTheSortsOfItsElements )
     qvVectorStringize( vec.at() );
     EXPECT_TRUE( qvVectorContainsOnly( vec, qvStringSort() ) );
     EXPECT_EQ( "<0, 1, 2, x>", textOf( vec.get() ) );
-}
-
-TEST( Vector, ReportsBrokenContracts )
-{
-    Ref< QV_VECTOR > vec  = upTo( 2 ), none( qvVectorCreate() );
-    QV_OBJ          *hole = nullptr;
-
-    EXPECT_BROKEN( qvVectorInsertObjs( vec.at(), 0, &hole, 1 ), "obj" );
-    EXPECT_BROKEN( qvVectorInsertObjs( vec.at(), 0, nullptr, 1 ), "count == 0 || src" );
-    EXPECT_BROKEN( qvVectorCreateFromObjsUse( &hole, 1 ), "src[i]" );
-    EXPECT_BROKEN( qvVectorAppendInner( vec.at(), vec, 1, QV_INT_MAX ), "QV_INT_ADD_OK( offset, count )" );
-    EXPECT_BROKEN( qvVectorAppendTrailing( vec.at(), vec, QV_INT_MIN ), "count >= 0" );
-    EXPECT_BROKEN( qvVectorDelAt( vec.at(), 2 ), "offset + count <= (*vec)->length" );
-    EXPECT_BROKEN( qvVectorPop( none.at() ), "(*vec)->length" );
-    EXPECT_BROKEN( qv___VectorCompact( none ), "QV_REF_RETAIN_COUNT( vec ) == 1" );
 }
