@@ -55,14 +55,14 @@ bool compare( Case &of )
     return same;
 }
 
-void enter( const Case &of, const std::string &side, const Work &work )
+void enter( const Case &of, const std::string &side, const Work &work, bool isTimed )
 {
     char target[16];
     std::snprintf( target, sizeof( target ), "%g", of.target );
 
     auto *entered = benchmark::RegisterBenchmark(
         ( of.subject + "|" + of.operation + "|" + of.input + "|" + target + "|" + side ).c_str(),
-        [work, isTimed = of.isTimed]( benchmark::State &state )
+        [work, isTimed]( benchmark::State &state )
         {
             for( auto _ : state )
             {
@@ -78,7 +78,7 @@ void enter( const Case &of, const std::string &side, const Work &work )
                 state.counters["peak"] = peak;
         } );
 
-    if( of.isTimed )
+    if( isTimed )
         entered->UseManualTime();
     else
         entered->UseRealTime();
@@ -204,13 +204,13 @@ int main( int argc, char **argv )
 
     for( const Case &each : cases )
     {
-        enter( each, "ours", each.ours );
+        enter( each, "ours", each.ours, each.isTimed );
 
         for( const Peer &peer : each.peers )
-            enter( each, peer.library, peer.work );
+            enter( each, peer.library, peer.work, each.isTimed );
 
         if( each.bound.work )
-            enter( each, "bound: " + each.bound.library, each.bound.work );
+            enter( each, "bound: " + each.bound.library, each.bound.work, false );
     }
 
     if( same )

@@ -65,8 +65,23 @@ def row(case, runs):
     return f"{begin} {peer} {cell([run[peer] for run in runs], measure)} | {spread} | {target if goal else ''} | {mark} |"
 
 
+def kind(runs):
+    """How fast two libraries are here that hosts differ in most."""
+    told = []
+    for case, side, name, limit in (
+        (("monitor", "enter and leave", "nobody else there"), "pthread mutex", "a thousand turns of a pthread mutex", 12e3),
+        (("Normal form", "NFC of normal text", "Vietnamese, 32 KiB"), "ICU, 16 bits", "ICU's NFC of Vietnamese", 12e3),
+    ):
+        found = [sides[side] for run in runs for key, sides in run.items() if key[:3] == case and side in sides]
+        if found:
+            time = statistics.median(time for time, _ in found)
+            told.append(f"{name} {text(time)} ({'fast' if time < limit else 'slow'})")
+    return ", ".join(told)
+
+
 tables = [read(path) for path in sys.argv[2:]]
 print(sys.argv[1])
+print("The kind of host, told by what differs most between hosts: " + (kind(tables) or "not measured") + ".")
 print()
 print("| Subject | Operation | Input | Ours | Bound | Fastest peer | Ratio | At most | |")
 print("|---|---|---|---|---|---|---|---|---|")
