@@ -2,163 +2,131 @@
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
-#include <random>
+#include <memory>
 #include <thread>
 
 namespace bench
 {
+bool comparing;
+
 namespace
 {
-// Words of each kind; texts are made of them in random order. The Vietnamese ones are decomposed.
-struct Vocabulary
+std::vector< Case > cases;
+double              seconds; // of the parts that count, of the work that runs
+double              peak;    // MiB, of the work that runs; 0 where nobody looks
+std::string         shown;   // of the answer that is compared
+std::string         folder;  // empty until somebody needs it
+
+std::string answerOf( const Work &work )
 {
-    const char                   *name;
-    std::vector< std::u32string > words;
-};
-
-const std::vector< Vocabulary > VOCABULARIES = {
-    { "English",
-      { U"the", U"server", U"reads", U"every", U"document", U"Before", U"it", U"answers", U"and", U"nothing", U"is",
-        U"Lost", U"when", U"a", U"disk", U"fills", U"up", U"quickly" } },
-    { "German/French",
-      { U"größer", U"Straße", U"été", U"où", U"Übung", U"garçon", U"müssen", U"déjà", U"schön", U"naïve", U"Maß",
-        U"façade", U"für", U"élève", U"Zürich", U"brûlé" } },
-    { "Cyrillic/Greek",
-      { U"сервер", U"Документ", U"память", U"файл", U"λόγος", U"Αθήνα", U"γραφή", U"строка", U"ключ", U"δέντρο",
-        U"значение", U"πίνακας" } },
-    { "Chinese", { U"服务器", U"读取", U"文件", U"之前", U"内存", U"字符串", U"数据", U"系统", U"值", U"没有丢失" } },
-    { "Vietnamese",
-      { U"tie\u0302\u0301ng", U"Vie\u0323\u0302t", U"ca\u0301ch", U"du\u031B\u0303", U"lie\u0323\u0302u",
-        U"cho\u0302\u0303", U"no\u0301i", U"ma\u0301y", U"chu\u0309" } },
-    { "Hangul", { U"서버", U"문서", U"읽기", U"메모리", U"문자열", U"값", U"없음", U"디스크", U"시스템" } },
-    { "mixed",
-      { U"port", U"größe", U"файл", U"服务", U"문서", U"a=1", U"λόγος", U"100%", U"naïve", U"ti\u0301nh", U"OK" } } };
-
-struct Result
-{
-    std::string name;
-    Work        work;
-    bool        isTimed;
-};
-
-std::vector< Result > registered;
-double                seconds; // of the parts that count, of the work that runs
-double                peak;    // MiB, of the work that runs; 0 where nobody looks
-std::string           folder;  // empty until somebody needs it
-
-void enter( const std::string &prefix, double target, bool isTimed, const Work &ours, const std::vector< Peer > &peers )
-{
-    char targetText[16];
-    std::snprintf( targetText, sizeof( targetText ), "%g", target );
-
-    registered.push_back( { prefix + targetText + "|ours", ours, isTimed } );
-
-    for( const Peer &peer : peers )
-        registered.push_back( { prefix + targetText + "|" + peer.library, peer.work, isTimed } );
+    shown.clear();
+    work();
+    return shown;
 }
 
-Language makeLanguage( const Vocabulary &vocabulary )
+// Compares the answers of all sides; a loose peer that gives another one is taken out.
+bool compare( Case &of )
 {
-    Language     language;
-    std::mt19937 random( 1 );
-    language.name      = vocabulary.name;
-    language.isEnglish = std::string( vocabulary.name ) == "English";
+    std::string right = answerOf( of.ours );
+    bool        same  = true;
 
-    auto grow = [&]( std::u32string &text )
-    {
-        text += vocabulary.words[random() % vocabulary.words.size()];
-        text += U' ';
-    };
+    std::erase_if(
+        of.peers,
+        [&]( const Peer &peer )
+        {
+            std::string given = answerOf( peer.work );
 
-    while( language.utf8.size() < 32 * 1024 )
-    {
-        std::u32string piece;
-        grow( piece );
-        language.text += piece;
-        language.utf8 += toUtf8( piece );
-    }
+            if( given == right )
+                return false;
 
-    language.utf16.assign( language.text.begin(), language.text.end() ); // all of them have one unit
+            std::fprintf(
+                stderr, "%s: %s, %s, %s: %s\n", peer.isLoose ? "left out" : "not the same answer", of.subject.c_str(),
+                of.operation.c_str(), of.input.c_str(), peer.library.c_str() );
+            same = same && peer.isLoose;
+            return peer.isLoose;
+        } );
 
-    for( int i = 0; i < 256; i++ )
-    {
-        std::u32string text;
+    return same;
+}
 
-        while( text.size() < 24 )
-            grow( text );
+void enter( const Case &of, const std::string &side, const Work &work, bool isTimed )
+{
+    char target[16];
+    std::snprintf( target, sizeof( target ), "%g", of.target );
 
-        text.resize( 24 );
-        language.strings.push_back( text );
-        language.utf8Strings.push_back( toUtf8( text ) );
-    }
+    auto *entered = benchmark::RegisterBenchmark(
+        ( of.subject + "|" + of.operation + "|" + of.input + "|" + target + "|" + side ).c_str(),
+        [work, isTimed]( benchmark::State &state )
+        {
+            for( auto _ : state )
+            {
+                seconds = 0;
+                peak    = 0;
+                work();
 
-    return language;
+                if( isTimed )
+                    state.SetIterationTime( seconds );
+            }
+
+            if( peak > 0 )
+                state.counters["peak"] = peak;
+        } );
+
+    if( isTimed )
+        entered->UseManualTime();
+    else
+        entered->UseRealTime();
 }
 } // namespace
 
-std::string toUtf8( const std::u32string &text )
+void add( Case added )
 {
-    QV_INT      size = qvCharsConvertToUtf8( nullptr, 0, text.data(), static_cast< QV_INT >( text.size() ), QV_FALSE );
-    std::string utf8( static_cast< size_t >( size ), '\0' );
-    qvCharsConvertToUtf8( utf8.data(), size, text.data(), static_cast< QV_INT >( text.size() ), QV_FALSE );
-
-    return utf8;
+    cases.push_back( std::move( added ) );
 }
 
-const std::vector< Language > &languages()
+Peer lockedAdditions( size_t count )
 {
-    static const std::vector< Language > all = []
-    {
-        std::vector< Language > result;
+    return {
+        "locked additions", [count]
+        {
+            static std::atomic< int > counter;
 
-        for( const Vocabulary &vocabulary : VOCABULARIES )
-            result.push_back( makeLanguage( vocabulary ) );
-
-        return result;
-    }();
-
-    return all;
+            for( size_t i = 0; i < count; i++ )
+                counter.fetch_add( 1 );
+        } };
 }
 
-std::vector< std::string > keys( size_t count )
+Peer memoryCopy( size_t size )
 {
-    std::vector< std::string > result;
-    std::mt19937               random( 2 );
-
-    for( size_t i = 0; i < count; i++ )
-    {
-        char key[32];
-        std::snprintf(
-            key, sizeof( key ), "key%05x%08x", static_cast< unsigned >( i ), static_cast< unsigned >( random() ) );
-        result.emplace_back( key );
-    }
-
-    std::shuffle( result.begin(), result.end(), random );
-    return result;
+    return {
+        "memory copy", [source = std::make_shared< std::string >( size, 'x' )]
+        {
+            void *copy = std::malloc( source->size() );
+            std::memcpy( copy, source->data(), source->size() );
+            asm volatile( "" : : "r"( copy ) : "memory" );
+            std::free( copy );
+        } };
 }
 
-void add(
-    const std::string &subject, const std::string &operation, const std::string &input, double target, Work ours,
-    std::vector< Peer > peers )
+void answer( std::string_view utf8 )
 {
-    enter( subject + "|" + operation + "|" + input + "|", target, false, ours, peers );
-}
-
-void addTimed(
-    const std::string &subject, const std::string &operation, const std::string &input, double target, Work ours,
-    std::vector< Peer > peers )
-{
-    enter( subject + "|" + operation + "|" + input + "|", target, true, ours, peers );
+    shown += utf8;
 }
 
 void notePeak( double mebibytes )
 {
     peak = mebibytes;
+}
+
+bool isQuick()
+{
+    return std::getenv( "BENCH_QUICK" ) != nullptr;
 }
 
 const std::string &temporaryFolder()
@@ -197,64 +165,52 @@ int main( int argc, char **argv )
 
     qvRuntimeStartup( QV_RUNTIME_FLAG_MINIMAL, nullptr, nullptr, nullptr, nullptr );
 
+    if( argc == 4 && std::string( argv[1] ) == "--memory" )
+    {
+        printMemory( argv[2], std::stoul( argv[3] ) );
+        std::fflush( stdout );
+        std::_Exit( 0 );
+    }
+
     addObjectCases();
     addStringCases();
     addTextCases();
     addUtfCases();
     addCharsetCases();
+    addDictCases();
     addContainerCases();
     addNormalizeCases();
     addNumberCases();
     addDocumentCases();
-    addLineCases();
+    addFileCases();
     addConcurrencyCases();
+    addTimerCases();
     addProcessCases();
     addConvertCases();
 
     // The first argument picks cases by a part of their names.
     std::string pick = argc > 1 && argv[1][0] != '-' ? argv[1] : "";
     bool        same = true;
-    uint64_t    ours = 0;
 
-    for( const Result &result : registered )
+    std::erase_if(
+        cases, [&]( const Case &each )
+        { return ( each.subject + "|" + each.operation + "|" + each.input ).find( pick ) == std::string::npos; } );
+    comparing = true;
+
+    for( Case &each : cases )
+        same = compare( each ) && same;
+
+    comparing = false;
+
+    for( const Case &each : cases )
     {
-        if( result.name.find( pick ) == std::string::npos )
-            continue;
+        enter( each, "ours", each.ours, each.isTimed );
 
-        uint64_t answer = result.work();
+        for( const Peer &peer : each.peers )
+            enter( each, peer.library, peer.work, each.isTimed );
 
-        if( result.name.ends_with( "|ours" ) )
-            ours = answer;
-        else if( answer != ours )
-        {
-            std::fprintf(
-                stderr, "not the same answer: %s: %llu, ours %llu\n", result.name.c_str(),
-                static_cast< unsigned long long >( answer ), static_cast< unsigned long long >( ours ) );
-            same = false;
-        }
-
-        auto *entered = benchmark::RegisterBenchmark(
-            result.name.c_str(),
-            [result]( benchmark::State &state )
-            {
-                for( auto _ : state )
-                {
-                    seconds = 0;
-                    peak    = 0;
-                    benchmark::DoNotOptimize( result.work() );
-
-                    if( result.isTimed )
-                        state.SetIterationTime( seconds );
-                }
-
-                if( peak > 0 )
-                    state.counters["peak"] = peak;
-            } );
-
-        if( result.isTimed )
-            entered->UseManualTime();
-        else
-            entered->UseRealTime();
+        if( each.bound.work )
+            enter( each, "bound: " + each.bound.library, each.bound.work, false );
     }
 
     if( same )

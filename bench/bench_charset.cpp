@@ -6,11 +6,10 @@
 #include <unicode/ucnv.h>
 #endif
 #ifdef BENCH_QT
-#include <QString>
 #include <QTextCodec>
 #endif
 
-// Character sets with one byte a character: whole texts to String and back. Answers are lengths and the last letter.
+// Character sets with one byte a character: whole texts to String and back.
 
 namespace bench
 {
@@ -41,12 +40,7 @@ Sample *createSample( const char *set, QV_INT charset, const Language &language 
     return new Sample{ set, buffer, text, { bytes, count }, { chars, chars + count }, { chars, chars + count } };
 }
 
-uint64_t answer( size_t length, uint32_t letter )
-{
-    return static_cast< uint64_t >( length ) << 32 | letter;
-}
-
-uint64_t iconvConvert( iconv_t converter, const void *in, size_t inSize, void *out, size_t outSize )
+std::string_view iconvert( iconv_t converter, const void *in, size_t inSize, void *out, size_t outSize )
 {
     char  *from     = static_cast< char * >( const_cast< void * >( in ) );
     char  *to       = static_cast< char * >( out );
@@ -54,7 +48,7 @@ uint64_t iconvConvert( iconv_t converter, const void *in, size_t inSize, void *o
     size_t toLeft   = outSize;
     iconv( converter, &from, &fromLeft, &to, &toLeft );
 
-    return outSize - toLeft;
+    return { static_cast< char * >( out ), outSize - toLeft };
 }
 
 std::vector< Peer > decodingPeers( const Sample *sample )
@@ -73,28 +67,24 @@ std::vector< Peer > decodingPeers( const Sample *sample )
           [sample, toUcs4]
           {
               std::vector< char32_t > out( sample->bytes.size() );
-              size_t                  length =
-                  iconvConvert( toUcs4, sample->bytes.data(), sample->bytes.size(), out.data(), out.size() * 4 ) / 4;
-              return answer( length, out[length - 2] );
+              std::string_view        bytes =
+                  iconvert( toUcs4, sample->bytes.data(), sample->bytes.size(), out.data(), out.size() * 4 );
+              show( std::u32string_view( out.data(), bytes.size() / 4 ) );
           } },
 #ifdef BENCH_ICU
-        { "ICU",
+        { "ICU, 16 bits",
           [sample, icu]
           {
               std::vector< char16_t > out( sample->bytes.size() );
               UErrorCode              status = U_ZERO_ERROR;
               int32_t                 size   = static_cast< int32_t >( out.size() );
               int32_t length = ucnv_toUChars( icu, out.data(), size, sample->bytes.data(), size, &status );
-              return answer( static_cast< size_t >( length ), out[static_cast< size_t >( length ) - 2] );
+              show( std::u16string_view( out.data(), size_t( length ) ) );
           } },
 #endif
 #ifdef BENCH_QT
-        { "Qt",
-          [sample, codec]
-          {
-              QString text = codec->toUnicode( sample->bytes.data(), static_cast< int >( sample->bytes.size() ) );
-              return answer( static_cast< size_t >( text.size() ), text.at( text.size() - 2 ).unicode() );
-          } },
+        { "Qt, 16 bits", [sample, codec]
+          { show( view( codec->toUnicode( sample->bytes.data(), static_cast< int >( sample->bytes.size() ) ) ) ); } },
 #endif
     };
 }
@@ -115,12 +105,10 @@ std::vector< Peer > encodingPeers( const Sample *sample )
           [sample, fromUcs4]
           {
               std::vector< uint8_t > out( sample->text.size() );
-              size_t                 length =
-                  iconvConvert( fromUcs4, sample->text.data(), sample->text.size() * 4, out.data(), out.size() );
-              return answer( length, out[length - 2] );
+              show( iconvert( fromUcs4, sample->text.data(), sample->text.size() * 4, out.data(), out.size() ) );
           } },
 #ifdef BENCH_ICU
-        { "ICU",
+        { "ICU, 16 bits",
           [sample, icu]
           {
               std::vector< uint8_t > out( sample->utf16.size() );
@@ -128,19 +116,18 @@ std::vector< Peer > encodingPeers( const Sample *sample )
               int32_t                size   = static_cast< int32_t >( out.size() );
               int32_t                length = ucnv_fromUChars(
                   icu, reinterpret_cast< char * >( out.data() ), size, sample->utf16.data(), size, &status );
-              return answer( static_cast< size_t >( length ), out[static_cast< size_t >( length ) - 2] );
+              show( std::string_view( reinterpret_cast< const char * >( out.data() ), size_t( length ) ) );
           } },
 #endif
 #ifdef BENCH_QT
-        { "Qt",
+        { "Qt, 16 bits",
           [sample, codec]
           {
               const QString text = QString::fromRawData(
                   reinterpret_cast< const QChar * >( sample->utf16.data() ),
                   static_cast< int >( sample->utf16.size() ) );
               QByteArray bytes = codec->fromUnicode( text );
-              return answer(
-                  static_cast< size_t >( bytes.size() ), static_cast< uint8_t >( bytes.at( bytes.size() - 2 ) ) );
+              show( std::string_view( bytes.data(), size_t( bytes.size() ) ) );
           } },
 #endif
     };
@@ -150,35 +137,29 @@ void addSet( const char *set, QV_INT charset, const char *languageOfSet )
 {
     for( const Language &language : languages() )
     {
-        if( !language.isEnglish && std::string( language.name ) != languageOfSet )
+        if( !language.isEnglish() && std::string( language.name ) != languageOfSet )
             continue;
 
         const Sample *sample = createSample( set, charset, language );
 
         add(
-            set, "to String", language.name, 0.8,
-            [sample, charset]
-            {
-                QV_STRING *text   = qvCharsetBufferToString( charset, sample->buffer );
-                QV_INT     length = qvStringLength( text );
-                uint64_t   result = answer( static_cast< size_t >( length ), qvStringCharAt( text, length - 2 ) );
-                qvStringRelease( text );
-                return result;
-            },
-            decodingPeers( sample ) );
-
+            { set, "to String", language.name, 0.45,
+              [sample, charset]
+              {
+                  QV_STRING *text = qvCharsetBufferToString( charset, sample->buffer );
+                  show( text );
+                  qvStringRelease( text );
+              },
+              decodingPeers( sample ) } );
         add(
-            set, "from String", language.name, 0.6,
-            [sample, charset]
-            {
-                QV_BUFFER     *buffer = qvCharsetStringToBuffer( charset, sample->string );
-                QV_INT         length = qvBufferLength( buffer );
-                const uint8_t *bytes  = static_cast< const uint8_t * >( qvBufferBacking( buffer ) );
-                uint64_t       result = answer( static_cast< size_t >( length ), bytes[length - 2] );
-                qvBufferRelease( buffer );
-                return result;
-            },
-            encodingPeers( sample ) );
+            { set, "from String", language.name, 0.4,
+              [sample, charset]
+              {
+                  QV_BUFFER *bytes = qvCharsetStringToBuffer( charset, sample->string );
+                  show( bytes );
+                  qvBufferRelease( bytes );
+              },
+              encodingPeers( sample ) } );
     }
 }
 } // namespace

@@ -1,21 +1,19 @@
 #include "bench.h"
 
-#include <algorithm>
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
-#include <numeric>
 #include <pthread.h>
-#include <random>
 #include <thread>
 
+#include <linux/futex.h>
 #include <sys/random.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
-#ifdef BENCH_UV
-#include <uv.h>
+#ifdef BENCH_QT
+#include <QMutex>
 #endif
 
-// Locks, gates, events, threads and timers.
+// Locks, gates, events and threads.
 
 namespace bench
 {
@@ -23,123 +21,215 @@ namespace
 {
 const int COUNT = 1000;
 
+// So many times one thing, then what has to be seen of all of them.
+template< class Do >
+Work times( int count, Do function )
+{
+    return [count, function]
+    {
+        for( int i = 0; i < count; i++ )
+            function();
+    };
+}
+
+pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+
+void addLocks()
+{
+    static QV_MONITOR *monitor = qvMonitorCreate();
+
+    static const auto ours = []
+    {
+        qvMonitorEnter( monitor );
+        qvMonitorLeave( monitor );
+    };
+    static const auto posix = []
+    {
+        pthread_mutex_lock( &mutex );
+        pthread_mutex_unlock( &mutex );
+    };
+    static std::atomic< int > word;
+
+    Case alone{
+        "monitor",
+        "enter and leave",
+        "nobody else there",
+        0.9,
+        times( COUNT, ours ),
+        { { "pthread mutex", times( COUNT, posix ) } },
+        { "two locked instructions", times(
+                                         COUNT,
+                                         []
+                                         {
+                                             word.exchange( 1 );
+                                             word.exchange( 0 );
+                                         } ) } };
+
+    // Both threads do the same, with a few instructions under the lock and a few outside.
+    const auto contended = []( auto enter )
+    {
+        return [enter]
+        {
+            static uint64_t shared;
+            shared = 0;
+
+            const auto work = [enter]
+            {
+                for( int i = 0; i < 100 * COUNT; i++ )
+                    enter( [] { shared++; } );
+            };
+
+            std::thread other( work );
+            work();
+            other.join();
+            show( shared );
+        };
+    };
+
+    Case two{
+        "monitor",
+        "two threads on one",
+        "10^5 times each",
+        1.0,
+        contended(
+            []( auto inside )
+            {
+                qvMonitorEnter( monitor );
+                inside();
+                qvMonitorLeave( monitor );
+            } ),
+        { { "pthread mutex", contended(
+                                 []( auto inside )
+                                 {
+                                     pthread_mutex_lock( &mutex );
+                                     inside();
+                                     pthread_mutex_unlock( &mutex );
+                                 } ) } } };
+#ifdef BENCH_QT
+    static QMutex qtMutex;
+    alone.peers.push_back(
+        { "QMutex", times(
+                        COUNT,
+                        []
+                        {
+                            qtMutex.lock();
+                            qtMutex.unlock();
+                        } ) } );
+    two.peers.push_back(
+        { "QMutex", contended(
+                        []( auto inside )
+                        {
+                            qtMutex.lock();
+                            inside();
+                            qtMutex.unlock();
+                        } ) } );
+#endif
+    add( alone );
+    add( two );
+}
+
 // A flag that one thread raises and another waits for and lowers.
 struct PosixGate
 {
-    pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
-    pthread_cond_t  cond  = PTHREAD_COND_INITIALIZER;
-    bool            open  = false;
+    pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
+    pthread_cond_t  cond = PTHREAD_COND_INITIALIZER;
+    bool            open = false;
 
     void raise()
     {
-        pthread_mutex_lock( &mutex );
+        pthread_mutex_lock( &lock );
         open = true;
         pthread_cond_broadcast( &cond );
-        pthread_mutex_unlock( &mutex );
+        pthread_mutex_unlock( &lock );
     }
 
     void wait()
     {
-        pthread_mutex_lock( &mutex );
+        pthread_mutex_lock( &lock );
 
         while( !open )
-            pthread_cond_wait( &cond, &mutex );
+            pthread_cond_wait( &cond, &lock );
 
         open = false;
-        pthread_mutex_unlock( &mutex );
+        pthread_mutex_unlock( &lock );
     }
 };
 
-void addLockCases()
+struct OurGate
 {
-    static QV_MONITOR     *monitor = qvMonitorCreate();
-    static pthread_mutex_t mutex   = PTHREAD_MUTEX_INITIALIZER;
+    QV_BARRIER *barrier = qvBarrierCreate( QV_TRUE );
 
-    add( "monitor", "enter and leave", "nobody else there", 1.2,
-         []
-         {
-             for( int i = 0; i < COUNT; i++ )
-             {
-                 qvMonitorEnter( monitor );
-                 qvMonitorLeave( monitor );
-             }
+    ~OurGate()
+    {
+        qvBarrierRelease( barrier );
+    }
 
-             return uint64_t( COUNT );
-         },
-         { { "pthread mutex", []
-             {
-                 for( int i = 0; i < COUNT; i++ )
-                 {
-                     pthread_mutex_lock( &mutex );
-                     pthread_mutex_unlock( &mutex );
-                 }
+    void raise()
+    {
+        qvBarrierUnblock( barrier );
+    }
 
-                 return uint64_t( COUNT );
-             } } } );
+    void wait()
+    {
+        qvBarrierPass( barrier );
+        qvBarrierBlock( barrier );
+    }
+};
 
+// Nothing but the wake and the wait of the operating system.
+struct BareGate
+{
+    std::atomic< uint32_t > open{ 0 };
+
+    void raise()
+    {
+        open = 1;
+        syscall( SYS_futex, &open, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0 );
+    }
+
+    void wait()
+    {
+        while( !open.exchange( 0 ) )
+            syscall( SYS_futex, &open, FUTEX_WAIT_PRIVATE, 0, nullptr, nullptr, 0 );
+    }
+};
+
+template< class Gate >
+void thereAndBack()
+{
+    Gate there, back;
+
+    std::thread other( times(
+        COUNT,
+        [&]
+        {
+            there.wait();
+            back.raise();
+        } ) );
+
+    times(
+        COUNT,
+        [&]
+        {
+            there.raise();
+            back.wait();
+        } )();
+    other.join();
+}
+
+void addGates()
+{
     static QV_BARRIER *open = qvBarrierCreate( QV_FALSE );
 
-    add( "barrier", "pass", "open", 0,
-         []
-         {
-             for( int i = 0; i < COUNT; i++ )
-                 qvBarrierPass( open );
-
-             return uint64_t( COUNT );
-         },
-         {} );
-
-    add( "barrier", "there and back", "two threads", 1.1,
-         []
-         {
-             QV_BARRIER *there = qvBarrierCreate( QV_TRUE ), *back = qvBarrierCreate( QV_TRUE );
-
-             std::thread other(
-                 [&]
-                 {
-                     for( int i = 0; i < COUNT; i++ )
-                     {
-                         qvBarrierPass( there );
-                         qvBarrierBlock( there );
-                         qvBarrierUnblock( back );
-                     }
-                 } );
-
-             for( int i = 0; i < COUNT; i++ )
-             {
-                 qvBarrierUnblock( there );
-                 qvBarrierPass( back );
-                 qvBarrierBlock( back );
-             }
-
-             other.join();
-             qvBarrierRelease( there );
-             qvBarrierRelease( back );
-             return uint64_t( COUNT );
-         },
-         { { "pthread condition variables", []
-             {
-                 PosixGate there, back;
-
-                 std::thread other(
-                     [&]
-                     {
-                         for( int i = 0; i < COUNT; i++ )
-                         {
-                             there.wait();
-                             back.raise();
-                         }
-                     } );
-
-                 for( int i = 0; i < COUNT; i++ )
-                 {
-                     there.raise();
-                     back.wait();
-                 }
-
-                 other.join();
-                 return uint64_t( COUNT );
-             } } } );
+    add( { "barrier", "pass", "open", 0, times( COUNT, [] { qvBarrierPass( open ); } ), {} } );
+    add(
+        { "barrier",
+          "there and back",
+          "two threads",
+          1.1,
+          thereAndBack< OurGate >,
+          { { "pthread condition variables", thereAndBack< PosixGate > } },
+          { "futex wake and wait", thereAndBack< BareGate > } } );
 }
 
 std::atomic< uint64_t > fired;
@@ -150,7 +240,7 @@ void countFiring( QV_OBJ * )
 }
 
 // Signals are asserted once in their lives: the assertions alone are timed.
-uint64_t assertSignals( int targets )
+void assertSignals( int targets )
 {
     std::vector< QV_SIGNALABLE * > all;
     std::vector< QV_SIGNAL * >     signals;
@@ -173,257 +263,97 @@ uint64_t assertSignals( int targets )
             for( QV_SIGNAL *sig : signals )
                 qvSignalAssert( sig );
         } );
+    show( fired );
 
     for( QV_SIGNAL *sig : signals )
         qvSignalRelease( sig );
 
     for( QV_SIGNALABLE *target : all )
         qvSignalableRelease( target );
-
-    return fired;
 }
 
 struct PosixEvent
 {
-    pthread_mutex_t mutex      = PTHREAD_MUTEX_INITIALIZER;
+    pthread_mutex_t lock       = PTHREAD_MUTEX_INITIALIZER;
     bool            asserted   = false;
     void ( *func )( QV_OBJ * ) = countFiring;
 };
 
-void addEventCases()
+void assertPosixEvents()
 {
-    addTimed(
-        "signal", "assert with one target", "1000 signals", 2.0, [] { return assertSignals( 1 ); },
-        { { "callback under a pthread mutex", []
+    std::vector< PosixEvent > events( COUNT );
+    fired = 0;
+
+    timed(
+        [&]
+        {
+            for( PosixEvent &event : events )
             {
-                std::vector< PosixEvent > events( COUNT );
-                fired = 0;
-
-                timed(
-                    [&]
-                    {
-                        for( PosixEvent &event : events )
-                        {
-                            pthread_mutex_lock( &event.mutex );
-                            event.asserted = true;
-                            event.func( nullptr );
-                            pthread_mutex_unlock( &event.mutex );
-                        }
-                    } );
-
-                return fired.load();
-            } } } );
+                pthread_mutex_lock( &event.lock );
+                event.asserted = true;
+                event.func( nullptr );
+                pthread_mutex_unlock( &event.lock );
+            }
+        } );
+    show( fired );
 }
 
-void addThreadCases()
+void addEvents()
 {
-    add( "thread", "spawn to end", "100 threads in turn", 1.2,
-         []
-         {
-             fired = 0;
-
-             for( int i = 0; i < 100; i++ )
-             {
-                 QV_THREAD *thread =
-                     qvThreadTrySpawnCstr( "bench", -1, [] { fired++; }, nullptr, QV_THREAD_PRIORITY_NORMAL );
-                 qvThreadJoin( thread );
-                 qvThreadRelease( thread );
-             }
-
-             return fired.load();
-         },
-         { { "std::thread", []
-             {
-                 fired = 0;
-
-                 for( int i = 0; i < 100; i++ )
-                     std::thread( [] { fired++; } ).join();
-
-                 return fired.load();
-             } } } );
+    add(
+        { "signal",
+          "assert with one target",
+          "1000 signals",
+          1.8,
+          [] { assertSignals( 1 ); },
+          { { "callback under a pthread mutex", assertPosixEvents } },
+          {},
+          true } );
+    add( { "signal", "assert with 100 targets", "10 signals", 0, [] { assertSignals( 100 ); }, {}, {}, true } );
 }
 
-const int TIMERS = 100000;
-const int DUE    = 10000;
-
-std::vector< QV_TIMER * > createTimers( int count, QV_TIMER_FUNC func )
+void addThreads()
 {
-    std::vector< QV_TIMER * > timers;
-
-    for( int i = 0; i < count; i++ )
-        timers.push_back( qvTimerCreate( func, nullptr ) );
-
-    return timers;
-}
-
-void scheduleAndUnschedule( const std::vector< QV_TIMER * > &timers )
-{
-    for( QV_TIMER *timer : timers )
-        qvTimerSchedule( timer, 3600000 );
-
-    for( QV_TIMER *timer : timers )
-        qvTimerUnschedule( timer );
-}
-
-// Makes and schedules timers and releases them in the order of the indexes.
-uint64_t scheduleAndRelease( const std::vector< int > &order )
-{
-    std::vector< QV_TIMER * > timers = createTimers( TIMERS, countFiring );
-
-    for( QV_TIMER *timer : timers )
-        qvTimerSchedule( timer, 3600000 );
-
-    for( int idx : order )
-        qvTimerRelease( timers[static_cast< size_t >( idx )] );
-
-    return uint64_t( TIMERS );
-}
-
-#ifdef BENCH_UV
-uint64_t startAndClose( uv_loop_t *loop, const std::vector< int > &order )
-{
-    std::vector< uv_timer_t * > timers;
-
-    for( int i = 0; i < TIMERS; i++ )
-    {
-        timers.push_back( new uv_timer_t );
-        uv_timer_init( loop, timers.back() );
-        uv_timer_start( timers.back(), []( uv_timer_t * ) {}, 3600000, 0 );
-    }
-
-    for( int idx : order )
-        uv_close(
-            reinterpret_cast< uv_handle_t * >( timers[static_cast< size_t >( idx )] ),
-            []( uv_handle_t *handle ) { delete reinterpret_cast< uv_timer_t * >( handle ); } );
-
-    uv_run( loop, UV_RUN_NOWAIT );
-    return uint64_t( TIMERS );
-}
-#endif
-
-QV_BARRIER *allFired;
-
-void countDue( QV_OBJ * )
-{
-    if( ++fired == uint64_t( DUE ) )
-        qvBarrierUnblock( allFired );
-}
-
-void addTimerCases()
-{
-    static const std::vector< QV_TIMER * > timers = createTimers( TIMERS, countFiring );
-    static const std::vector< QV_TIMER * > due    = createTimers( DUE, countDue );
-    allFired                                      = qvBarrierCreate( QV_TRUE );
-    std::vector< Peer > unscheduled, dueAtOnce, inOrder, anyhow;
-
-    static std::vector< int > ascending( TIMERS );
-    std::iota( ascending.begin(), ascending.end(), 0 );
-    static std::vector< int > shuffled = ascending;
-    std::shuffle( shuffled.begin(), shuffled.end(), std::mt19937( 3 ) );
-
-    // An unscheduled timer keeps its place until its time. So these stand beside those of the other cases.
-    scheduleAndUnschedule( timers );
-
-#ifdef BENCH_UV
-    static uv_loop_t                 loop;
-    static std::vector< uv_timer_t > uvTimers( TIMERS );
-    uv_loop_init( &loop );
-
-    for( uv_timer_t &timer : uvTimers )
-        uv_timer_init( &loop, &timer );
-
-    unscheduled.push_back(
-        { "libuv", []
-          {
-              for( uv_timer_t &timer : uvTimers )
-                  uv_timer_start( &timer, []( uv_timer_t * ) {}, 3600000, 0 );
-
-              for( uv_timer_t &timer : uvTimers )
-                  uv_timer_stop( &timer );
-
-              return uint64_t( TIMERS );
-          } } );
-    dueAtOnce.push_back(
-        { "libuv", []
-          {
-              fired = 0;
-
-              for( int i = 0; i < DUE; i++ )
-                  uv_timer_start( &uvTimers[i], []( uv_timer_t * ) { fired++; }, 1, 0 );
-
-              uv_run( &loop, UV_RUN_DEFAULT );
-              return fired.load();
-          } } );
-    inOrder.push_back( { "libuv", [] { return startAndClose( &loop, ascending ); } } );
-    anyhow.push_back( { "libuv", [] { return startAndClose( &loop, shuffled ); } } );
-#endif
+    const int THREADS = 100;
 
     add(
-        "timer", "schedule and unschedule", "100000 with one delay", 3.0,
-        []
-        {
-            scheduleAndUnschedule( timers );
-            return uint64_t( TIMERS );
-        },
-        unscheduled );
-    add(
-        "timer", "fire", "10000 due at once", 3.0,
-        []
-        {
-            fired = 0;
-            qvBarrierBlock( allFired );
-
-            for( QV_TIMER *timer : due )
-                qvTimerSchedule( timer, 1 );
-
-            qvBarrierPass( allFired );
-            return fired.load();
-        },
-        dueAtOnce );
-    add(
-        "timer", "schedule and release in order", "100000", 4.0, [] { return scheduleAndRelease( ascending ); },
-        inOrder );
-    add(
-        "timer", "schedule and release at random", "100000", 0, [] { return scheduleAndRelease( shuffled ); }, anyhow );
+        { "thread",
+          "spawn to end",
+          "100 threads in turn",
+          1.2,
+          times(
+              THREADS,
+              []
+              {
+                  QV_THREAD *thread =
+                      qvThreadTrySpawnCstr( "bench", -1, [] { fired++; }, nullptr, QV_THREAD_PRIORITY_NORMAL );
+                  qvThreadJoin( thread );
+                  qvThreadRelease( thread );
+              } ),
+          { { "std::thread", times( THREADS, [] { std::thread( [] { fired++; } ).join(); } ) } } } );
 }
 
-void addClockCases()
+void addReadings()
 {
-    add( "timestamp", "read", "1000", 0,
-         []
-         {
-             QV_INT last = 0;
+    static uint8_t bytes[4096];
 
-             for( int i = 0; i < COUNT; i++ )
-                 last = qvTimestamp();
-
-             return uint64_t( last > 0 );
-         },
-         {} );
-
-    addTimed( "signal", "assert with 100 targets", "10 signals", 0, [] { return assertSignals( 100 ); }, {} );
-
-    add( "random", "bytes", "4096", 0,
-         []
-         {
-             uint8_t bytes[4096];
-             qvRandomBytes( bytes, sizeof( bytes ) );
-             return uint64_t( 4096 );
-         },
-         { { "getrandom", []
-             {
-                 uint8_t bytes[4096];
-                 return static_cast< uint64_t >( getrandom( bytes, sizeof( bytes ), 0 ) );
-             } } } );
+    add( { "timestamp", "read", "1000", 0, times( COUNT, [] { show( uint64_t( qvTimestamp() > 0 ) ); } ), {} } );
+    add(
+        { "random",
+          "bytes",
+          "4096",
+          0,
+          [] { qvRandomBytes( bytes, sizeof( bytes ) ); },
+          { { "getrandom", [] { getrandom( bytes, sizeof( bytes ), 0 ); } } } } );
 }
 } // namespace
 
 void addConcurrencyCases()
 {
-    addLockCases();
-    addEventCases();
-    addThreadCases();
-    addTimerCases();
-    addClockCases();
+    addLocks();
+    addGates();
+    addEvents();
+    addThreads();
+    addReadings();
 }
 } // namespace bench

@@ -6,8 +6,8 @@
 #include <fstream>
 #include <random>
 
-// Whole processes that convert a file between character sets. What they write goes nowhere, but for the first run of
-// each, whose output is the answer that has to be the same. Beside the time stands the most memory of the process.
+// Whole processes that convert a file between character sets. What they write goes nowhere, but for the run
+// whose answers are compared. Beside the time stands the most memory of the process.
 
 namespace bench
 {
@@ -69,16 +69,13 @@ std::string fileOf( const char *set )
     return name;
 }
 
-uint64_t hashOf( const std::string &name )
+void showHash( const std::string &name )
 {
     std::ifstream       file( name, std::ios::binary );
     std::vector< char > bytes( 1 << 20 );
-    uint64_t            hash = 0;
 
     while( file.read( bytes.data(), static_cast< std::streamsize >( bytes.size() ) ), file.gcount() > 0 )
-        hash = hash * 31 + std::hash< std::string_view >()( { bytes.data(), static_cast< size_t >( file.gcount() ) } );
-
-    return hash;
+        show( uint64_t( std::hash< std::string_view >()( { bytes.data(), static_cast< size_t >( file.gcount() ) } ) ) );
 }
 
 // Runs a command that ends in the name of the file to convert.
@@ -96,32 +93,31 @@ void run( const std::string &command, const char *from, const std::string &out )
 
 Work conversion( const std::string &command, const char *from )
 {
-    return [command, from, answer = uint64_t( 0 )]() mutable
+    return [command, from]
     {
-        if( answer == 0 )
-        {
-            std::string out = temporaryFolder() + "/out";
-            run( command, from, out );
-            answer = hashOf( out );
-            std::filesystem::remove( out );
-        }
-        else
-            run( command, from, "/dev/null" );
+        const std::string out = comparing ? temporaryFolder() + "/out" : "/dev/null";
+        run( command, from, out );
 
-        return answer;
+        if( comparing )
+            showHash( out );
     };
 }
 
 void addConversion( const char *from, const char *to )
 {
-    std::string         names = std::string( from ) + " --to " + to;
-    std::vector< Peer > peers;
+    const std::string names = std::string( from ) + " --to " + to;
+    Case              converting{
+        "process",
+        std::string( "text convert, " ) + from + " to " + to,
+        "256 MiB",
+        0.45,
+        conversion( "'" BENCH_MORVANE "' text convert --from " + names, from ),
+                     {} };
 
     if( std::system( "command -v iconv >/dev/null" ) == 0 )
-        peers.push_back( { "iconv", conversion( std::string( "iconv -f " ) + from + " -t " + to, from ) } );
+        converting.peers = { { "iconv", conversion( std::string( "iconv -f " ) + from + " -t " + to, from ) } };
 
-    add( "process", std::string( "text convert, " ) + from + " to " + to, "256 MiB", 0.6,
-         conversion( "'" BENCH_MORVANE "' text convert --from " + names, from ), peers );
+    add( converting );
 }
 } // namespace
 

@@ -10,118 +10,193 @@
 #include <utf8proc.h>
 #endif
 
-// Normal forms of whole texts: of texts that are in the form already, and of texts that change.
+// Normal forms of whole texts and of short ones: of texts that are in the form already, and of texts that change.
 
 namespace bench
 {
 namespace
 {
-using OurForm = void ( * )( QV_STRING ** );
+using Texts = std::vector< std::u32string >;
 
-std::u32string normalized( const std::u32string &text, OurForm form )
+struct Form
 {
-    QV_STRING *qvs = string( text );
-    form( &qvs );
-    std::u32string result( qvStringBacking( qvs ), static_cast< size_t >( qvStringLength( qvs ) ) );
-    qvStringRelease( qvs );
+    const char *name;
+    void ( *ours )( QV_STRING ** );
+    bool composes, isCompatible;
+};
 
-    return result;
-}
+const Form NFC  = { "NFC", qvStringNormalizeNFC, true, false };
+const Form NFD  = { "NFD", qvStringNormalizeNFD, false, false };
+const Form NFKC = { "NFKC", qvStringNormalizeNFKC, true, true };
 
-// All characters here have one unit in UTF-16, so that the lengths of the results agree.
-void addForm(
-    const std::string &operation, const std::string &name, double target, const std::u32string &text, bool composes )
+Texts normalized( const Texts &texts, const Form &form )
 {
-    OurForm    form  = composes ? qvStringNormalizeNFC : qvStringNormalizeNFD;
-    QV_STRING *input = string( text );
+    Texts result;
 
-    std::vector< Peer > peers;
-#ifdef BENCH_ICU
-    peers.push_back(
-        { "ICU", [composes, own = icu::UnicodeString::fromUTF8( toUtf8( text ) )]
-          {
-              UErrorCode              code = U_ZERO_ERROR;
-              const icu::Normalizer2 *form =
-                  composes ? icu::Normalizer2::getNFCInstance( code ) : icu::Normalizer2::getNFDInstance( code );
-              return static_cast< uint64_t >( form->normalize( own, code ).length() );
-          } } );
-#endif
-#ifdef BENCH_UTF8PROC
-    peers.push_back(
-        { "utf8proc", [composes, own = toUtf8( text )]
-          {
-              auto options = composes ? UTF8PROC_COMPOSE : UTF8PROC_DECOMPOSE;
-              auto bytes   = reinterpret_cast< const utf8proc_uint8_t * >( own.data() );
-              auto length  = static_cast< utf8proc_ssize_t >( own.size() );
-
-              std::vector< utf8proc_int32_t > out( own.size() * 3 );
-              auto                            option = static_cast< utf8proc_option_t >( UTF8PROC_STABLE | options );
-              auto                            count  = utf8proc_decompose(
-                  bytes, length, out.data(), static_cast< utf8proc_ssize_t >( out.size() ), option );
-
-              return static_cast< uint64_t >( utf8proc_normalize_utf32( out.data(), count, option ) );
-          } } );
-#endif
-    add(
-        "Normal form", operation, name, target,
-        [form, input]
-        {
-            QV_STRING *own = input;
-            qvStringRetain( own );
-            form( &own );
-            uint64_t length = static_cast< uint64_t >( qvStringLength( own ) );
-            qvStringRelease( own );
-
-            return length;
-        },
-        peers );
-}
-
-std::vector< std::pair< std::string, std::u32string > > texts()
-{
-    std::vector< std::pair< std::string, std::u32string > > result;
-    std::mt19937                                            random( 3 );
-
-    for( const Language &language : languages() )
-        result.emplace_back( std::string( language.name ) + ", 32 KiB", language.text );
-
-    for( auto &[name, letters] :
-         { std::pair( "Greek with tonos", U"\u03B1\u03B2\u03B3\u03B4\u03AC\u03AD\u03CC\u03BF\u03C4\u03BD" ),
-           std::pair( "Hebrew with points", U"\u05D0\u05B0\u05D1\u05B7\u05D2\u05B8\u05D3\u05B4\u05D4" ) } )
+    for( const std::u32string &text : texts )
     {
-        std::u32string text, alphabet = letters;
-
-        while( text.size() < 16 * 1024 )
-        {
-            for( size_t i = 2 + random() % 6; i > 0; i-- )
-                text += alphabet[random() % alphabet.size()];
-
-            text += U' ';
-        }
-
-        result.emplace_back( std::string( name ) + ", 16 Ki characters", text );
+        QV_STRING *qvs = string( text );
+        form.ours( &qvs );
+        result.emplace_back( qvStringBacking( qvs ), static_cast< size_t >( qvStringLength( qvs ) ) );
+        qvStringRelease( qvs );
     }
 
     return result;
+}
+
+#ifdef BENCH_ICU
+Peer icuPeer( const Form &form, const Texts &texts )
+{
+    UErrorCode                        code       = U_ZERO_ERROR;
+    const icu::Normalizer2           *normalizer = form.isCompatible ? icu::Normalizer2::getNFKCInstance( code )
+                                                   : form.composes   ? icu::Normalizer2::getNFCInstance( code )
+                                                                     : icu::Normalizer2::getNFDInstance( code );
+    std::vector< icu::UnicodeString > inputs;
+
+    for( const std::u32string &text : texts )
+        inputs.push_back( icu::UnicodeString::fromUTF8( toUtf8( text ) ) );
+
+    return {
+        "ICU, 16 bits", [normalizer, inputs]
+        {
+            for( const icu::UnicodeString &input : inputs )
+            {
+                UErrorCode         status = U_ZERO_ERROR;
+                icu::UnicodeString text   = normalizer->normalize( input, status );
+                show( std::u16string_view( text.getBuffer(), size_t( text.length() ) ) );
+            }
+        } };
+}
+#endif
+
+#ifdef BENCH_QT
+Peer qtPeer( const Form &form, const Texts &texts )
+{
+    const auto             kind = form.isCompatible ? QString::NormalizationForm_KC
+                                  : form.composes   ? QString::NormalizationForm_C
+                                                    : QString::NormalizationForm_D;
+    std::vector< QString > inputs;
+
+    for( const std::u32string &text : texts )
+        inputs.push_back( QString::fromStdString( toUtf8( text ) ) );
+
+    return {
+        "Qt, 16 bits", [kind, inputs]
+        {
+            for( const QString &input : inputs )
+                show( view( input.normalized( kind ) ) );
+        } };
+}
+#endif
+
+#ifdef BENCH_UTF8PROC
+Peer utf8procPeer( const Form &form, const Texts &texts )
+{
+    std::vector< std::string > inputs;
+    const int                  options = UTF8PROC_STABLE | ( form.composes ? UTF8PROC_COMPOSE : UTF8PROC_DECOMPOSE )
+                        | ( form.isCompatible ? UTF8PROC_COMPAT : 0 );
+
+    for( const std::u32string &text : texts )
+        inputs.push_back( toUtf8( text ) );
+
+    return {
+        "utf8proc", [options, inputs]
+        {
+            for( const std::string &input : inputs )
+            {
+                std::vector< utf8proc_int32_t > out( input.size() * 3 );
+                const auto                      option = static_cast< utf8proc_option_t >( options );
+                const auto                      count  = utf8proc_decompose(
+                    reinterpret_cast< const utf8proc_uint8_t * >( input.data() ),
+                    static_cast< utf8proc_ssize_t >( input.size() ), out.data(),
+                    static_cast< utf8proc_ssize_t >( out.size() ), option );
+                const auto length = utf8proc_normalize_utf32( out.data(), count, option );
+                show( std::u32string_view(
+                    reinterpret_cast< const char32_t * >( out.data() ), static_cast< size_t >( length ) ) );
+            }
+        } };
+}
+#endif
+
+void addForm( const Form &form, const char *kind, const std::string &input, double target, const Texts &texts )
+{
+    std::vector< QV_STRING * > ours;
+
+    for( const std::u32string &text : texts )
+        ours.push_back( string( text ) );
+
+    Case normalizing{
+        "Normal form",
+        std::string( form.name ) + kind,
+        input,
+        target,
+        [ours, form]
+        {
+            for( QV_STRING *text : ours )
+            {
+                qvStringRetain( text );
+                form.ours( &text );
+                show( text );
+                qvStringRelease( text );
+            }
+        },
+        {} };
+#ifdef BENCH_ICU
+    normalizing.peers.push_back( icuPeer( form, texts ) );
+#endif
+#ifdef BENCH_QT
+    normalizing.peers.push_back( qtPeer( form, texts ) );
+#endif
+#ifdef BENCH_UTF8PROC
+    normalizing.peers.push_back( utf8procPeer( form, texts ) );
+#endif
+    add( normalizing );
+}
+
+void addForms( const std::string &input, bool isEnglish, const Texts &texts )
+{
+    const Texts composed = normalized( texts, NFC ), decomposed = normalized( texts, NFD );
+
+    addForm( NFC, " of normal text", input, isEnglish ? 1.5 : 0.5, composed );
+    addForm( NFD, " of normal text", input, isEnglish ? 1.5 : 0.5, decomposed );
+    addForm( NFKC, " of normal text", input, isEnglish ? 1.5 : 0.5, normalized( texts, NFKC ) );
+
+    if( composed != decomposed )
+    {
+        addForm( NFC, " of text that changes", input, 0.9, decomposed );
+        addForm( NFD, " of text that changes", input, 0.9, composed );
+    }
+}
+
+std::u32string wordsOf( std::u32string_view alphabet )
+{
+    std::mt19937   random( 3 );
+    std::u32string text;
+
+    while( text.size() < 16 * 1024 )
+    {
+        for( size_t i = 2 + random() % 6; i > 0; i-- )
+            text += alphabet[random() % alphabet.size()];
+
+        text += U' ';
+    }
+
+    return text;
 }
 } // namespace
 
 void addNormalizeCases()
 {
-    for( auto &[name, text] : texts() )
+    for( const Language &language : languages() )
     {
-        std::u32string composed   = normalized( text, qvStringNormalizeNFC );
-        std::u32string decomposed = normalized( text, qvStringNormalizeNFD );
-
-        addForm( "NFC of normal text", name, 0.9, composed, true );
-        addForm( "NFD of normal text", name, 0.9, decomposed, false );
-
-        if( composed != decomposed )
-        {
-            addForm( "NFC of text that changes", name, 1.0, decomposed, true );
-            addForm( "NFD of text that changes", name, 1.0, composed, false );
-        }
+        addForms( std::string( language.name ) + ", 32 KiB", language.isEnglish(), { language.text } );
+        addForms( std::string( language.name ) + ", 24 characters", language.isEnglish(), language.strings );
     }
+
+    addForms( "Greek with tonos, 16 Ki characters", false, { wordsOf( U"αβγδάέόοτν" ) } );
+    addForms(
+        "Hebrew with points, 16 Ki characters", false,
+        { wordsOf( U"\u05D0\u05B0\u05D1\u05B7\u05D2\u05B8\u05D3\u05B4\u05D4" ) } );
 
     std::u32string marks = U"a";
     std::mt19937   random( 4 );
@@ -129,7 +204,7 @@ void addNormalizeCases()
     while( marks.size() < 4000 )
         marks += static_cast< char32_t >( 0x300 + random() % 0x40 );
 
-    addForm( "NFC of text that changes", "one letter with 4000 marks", 1.0, marks, true );
-    addForm( "NFD of text that changes", "one letter with 4000 marks", 1.0, marks, false );
+    addForm( NFC, " of text that changes", "one letter with 4000 marks", 0.9, { marks } );
+    addForm( NFD, " of text that changes", "one letter with 4000 marks", 0.9, { marks } );
 }
 } // namespace bench

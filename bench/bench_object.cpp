@@ -6,6 +6,11 @@
 #include <cstdlib>
 #include <memory>
 
+#ifdef BENCH_BOOST
+#include <boost/smart_ptr/intrusive_ptr.hpp>
+#include <boost/smart_ptr/intrusive_ref_counter.hpp>
+#endif
+
 namespace bench
 {
 namespace
@@ -32,81 +37,119 @@ void createWithDatabase( const char *threads )
 
 void addDatabaseCase( const char *threads, const char *input )
 {
-    addTimed(
-        "object", "create and release", input, 0,
-        [threads]
-        {
-            createWithDatabase( threads );
-            return uint64_t( OBJECTS_A_THREAD );
-        },
-        { { "std::make_shared", [threads]
-            {
-                timed(
-                    [threads]
-                    {
-                        inThreads(
-                            std::atoi( threads ),
-                            []( int i )
-                            {
-                                auto object      = std::make_shared< SameSize >();
-                                object->words[0] = i;
-                                asm volatile( "" : : "r"( object.get() ) : "memory" );
-                            } );
-                    } );
-
-                return uint64_t( OBJECTS_A_THREAD );
-            } } } );
+    add(
+        { "object",
+          "create and release",
+          input,
+          0,
+          [threads]
+          {
+              createWithDatabase( threads );
+              show( uint64_t( OBJECTS_A_THREAD ) );
+          },
+          { { "std::make_shared",
+              [threads]
+              {
+                  timed(
+                      [threads]
+                      {
+                          inThreads(
+                              std::atoi( threads ),
+                              []( int i )
+                              {
+                                  auto object      = std::make_shared< SameSize >();
+                                  object->words[0] = i;
+                                  asm volatile( "" : : "r"( object.get() ) : "memory" );
+                              } );
+                      } );
+                  show( uint64_t( OBJECTS_A_THREAD ) );
+              } } },
+          {},
+          true } );
 }
+
+#ifdef BENCH_BOOST
+struct Counted : boost::intrusive_ref_counter< Counted, boost::thread_safe_counter >
+{
+    int64_t words[10];
+};
+#endif
 } // namespace
 
 void addObjectCases()
 {
-    add( "object", "create and release", "boxed integer", 1.25,
-         []
-         {
-             for( int i = 0; i < COUNT; i++ )
-                 qvBoxedIntRelease( qvBoxedIntCreate( i ) );
-
-             return uint64_t( COUNT );
-         },
-         { { "std::make_shared", []
-             {
-                 for( int i = 0; i < COUNT; i++ )
-                 {
-                     auto object      = std::make_shared< SameSize >();
-                     object->words[0] = i;
-                     asm volatile( "" : : "r"( object.get() ) : "memory" );
-                 }
-
-                 return uint64_t( COUNT );
-             } } } );
-
+    Case creating{
+        "object",
+        "create and release",
+        "boxed integer",
+        1.0,
+        []
+        {
+            for( int i = 0; i < COUNT; i++ )
+            {
+                QV_BOXED_INT *object = qvBoxedIntCreate( i );
+                show( uint64_t( qvBoxedIntValue( object ) ) );
+                qvBoxedIntRelease( object );
+            }
+        },
+        { { "std::make_shared",
+            []
+            {
+                for( int i = 0; i < COUNT; i++ )
+                {
+                    auto object      = std::make_shared< SameSize >();
+                    object->words[0] = i;
+                    show( uint64_t( object->words[0] ) );
+                }
+            } } },
+        { "malloc and free", []
+          {
+              for( int i = 0; i < COUNT; i++ )
+              {
+                  void *block = std::malloc( sizeof( SameSize ) );
+                  asm volatile( "" : : "r"( block ) : "memory" );
+                  std::free( block );
+              }
+          } } };
+#ifdef BENCH_BOOST
+    creating.peers.push_back(
+        { "boost::intrusive_ptr", []
+          {
+              for( int i = 0; i < COUNT; i++ )
+              {
+                  boost::intrusive_ptr< Counted > object( new Counted );
+                  object->words[0] = i;
+                  show( uint64_t( object->words[0] ) );
+              }
+          } } );
+#endif
+    add( creating );
     addDatabaseCase( "1", "with the database, 1 thread, 10^5 boxed integers" );
     addDatabaseCase( "2", "with the database, 2 threads, 10^5 boxed integers each" );
 
     static QV_BOXED_INT          *bint = qvBoxedIntCreate( 1 );
     static std::atomic< int32_t > counter{ 1 };
 
-    add( "object", "retain and release", "exported functions", 1.3,
-         []
-         {
-             for( int i = 0; i < COUNT; i++ )
-             {
-                 qvBoxedIntRetain( bint );
-                 qvBoxedIntRelease( bint );
-             }
-
-             return uint64_t( COUNT );
-         },
-         { { "two locked additions", []
-             {
-                 for( int i = 0; i < COUNT; i++ )
-                 {
-                     counter.fetch_add( 1 );
-                     counter.fetch_sub( 1 );
-                 }
-
-                 return uint64_t( COUNT );
-             } } } );
+    add(
+        { "object",
+          "retain and release",
+          "exported functions",
+          1.2,
+          []
+          {
+              for( int i = 0; i < COUNT; i++ )
+              {
+                  qvBoxedIntRetain( bint );
+                  qvBoxedIntRelease( bint );
+              }
+          },
+          { { "two locked additions", []
+              {
+                  for( int i = 0; i < COUNT; i++ )
+                  {
+                      counter.fetch_add( 1 );
+                      counter.fetch_sub( 1 );
+                  }
+              } } } } );
 }
 } // namespace bench

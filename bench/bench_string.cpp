@@ -1,13 +1,8 @@
 #include "bench.h"
 
-#ifdef BENCH_QT
-#include <QString>
-#endif
-#ifdef BENCH_GLIB
-#include <glib.h>
-#endif
+#include <cwchar>
 
-// String: growing, searching, comparing.
+// String: growing, searching, comparing, replacing.
 
 namespace bench
 {
@@ -15,128 +10,244 @@ namespace
 {
 const int MILLION = 1000000;
 
-const char16_t SIXTEEN_UTF16[] = u"0123456789abcdef";
+void addAppending()
+{
+    static QV_STRING *sixteen = qvStringCreateFromCstr( "0123456789abcdef", -1 );
 
+    Case one{
+        "String",
+        "append one character",
+        "10^6 times",
+        1.2,
+        []
+        {
+            QV_STRING *text = qvStringCreate();
+
+            for( int i = 0; i < MILLION; i++ )
+                qvStringAppendChar( &text, U'x' );
+
+            show( text );
+            qvStringRelease( text );
+        },
+        { { "std::u32string", []
+            {
+                std::u32string text;
+
+                for( int i = 0; i < MILLION; i++ )
+                    text.push_back( U'x' );
+
+                show( std::u32string_view( text ) );
+            } } } };
+    Case more{
+        "String",
+        "append 16 characters",
+        "10^5 times",
+        1.1,
+        []
+        {
+            QV_STRING *text = qvStringCreate();
+
+            for( int i = 0; i < MILLION / 10; i++ )
+                qvStringAppend( &text, sixteen );
+
+            show( text );
+            qvStringRelease( text );
+        },
+        { { "std::u32string", []
+            {
+                std::u32string       text;
+                const std::u32string piece = U"0123456789abcdef";
+
+                for( int i = 0; i < MILLION / 10; i++ )
+                    text.append( piece );
+
+                show( std::u32string_view( text ) );
+            } } } };
+#ifdef BENCH_QT
+    one.peers.push_back(
+        { "QString, 16 bits", []
+          {
+              QString text;
+
+              for( int i = 0; i < MILLION; i++ )
+                  text.append( QChar( 'x' ) );
+
+              show( view( text ) );
+          } } );
+    more.peers.push_back(
+        { "QString, 16 bits", []
+          {
+              QString       text;
+              const QString piece = QStringLiteral( "0123456789abcdef" );
+
+              for( int i = 0; i < MILLION / 10; i++ )
+                  text.append( piece );
+
+              show( view( text ) );
+          } } );
+#endif
+    add( one );
+    add( more );
+}
+
+// A long text with the thing that is looked for at its end.
 struct Haystack
 {
-    const Language *language;
-    QV_STRING      *ours, *oursAgain;
-    std::u32string  peer, peerAgain;
-    std::u32string  needle;
-    QV_STRING      *needleString;
+    QV_STRING     *ours, *oursAgain, *needleString;
+    std::u32string text, needle;
+    std::u32string again;
+#ifdef BENCH_QT
+    QString qt;
+#endif
+
+    // Where a position stands in the text of 32 bits, for the wide functions of C.
+    const wchar_t *wide() const
+    {
+        return reinterpret_cast< const wchar_t * >( text.data() );
+    }
 };
 
-// Long texts with the thing that is looked for at their end.
-const std::vector< Haystack > &haystacks()
+Haystack *makeHaystack( const Language &language )
 {
-    static const std::vector< Haystack > all = []
-    {
-        std::vector< Haystack > result;
+    Haystack *hay     = new Haystack;
+    hay->needle       = language.text.substr( 0, 6 ) + U"\x2603";
+    hay->text         = language.text + hay->needle;
+    hay->again        = hay->text;
+    hay->ours         = string( hay->text );
+    hay->oursAgain    = string( hay->text );
+    hay->needleString = string( hay->needle );
+#ifdef BENCH_QT
+    hay->qt = QString::fromUcs4( hay->text.data(), static_cast< int >( hay->text.size() ) );
+#endif
+    return hay;
+}
 
-        for( const Language &language : languages() )
+void addSearching( const Language &language )
+{
+    const Haystack *hay = makeHaystack( language );
+
+    add(
+        { "String",
+          "find a character",
+          language.name,
+          1.05,
+          [hay] { show( uint64_t( qvStringFindChar( hay->ours, 0, U'\x2603' ) ) ); },
+          { { "wmemchr", [hay]
+              { show( uint64_t( std::wmemchr( hay->wide(), L'\x2603', hay->text.size() ) - hay->wide() ) ); } } } } );
+    add(
+        { "String",
+          "find text",
+          language.name,
+          0.5,
+          [hay] { show( uint64_t( qvStringFind( hay->ours, 0, hay->needleString ) ) ); },
+          { { "std::u32string", [hay] { show( uint64_t( hay->text.find( hay->needle ) ) ); } } } } );
+    add(
+        { "String",
+          "compare equal texts",
+          language.name,
+          1.05,
+          [hay] { show( uint64_t( qvStringCompare( hay->ours, hay->oursAgain ) ) ); },
+          { { "wmemcmp", [hay]
+              {
+                  show( uint64_t( std::wmemcmp(
+                      hay->wide(), reinterpret_cast< const wchar_t * >( hay->again.data() ), hay->text.size() ) ) );
+              } } } } );
+
+    Case replacing{
+        "String",
+        "replace every blank by two characters",
+        language.name,
+        0,
+        [hay]
         {
-            std::u32string needle = language.text.substr( 0, 6 ) + U"\x2603";
-            std::u32string text   = language.text + needle;
-            result.push_back( { &language, string( text ), string( text ), text, text, needle, string( needle ) } );
-        }
+            QV_STRING *text = qvStringCreate();
+            QV_INT     from = 0, to;
 
-        return result;
-    }();
+            for( ; ( to = qvStringFindChar( hay->ours, from, U' ' ) ) >= 0; from = to + 1 )
+            {
+                qvStringAppendInner( &text, hay->ours, from, to - from );
+                qvStringAppendCstr( &text, "::", 2 );
+            }
 
-    return all;
+            qvStringAppendTrailing( &text, hay->ours, qvStringLength( hay->ours ) - from );
+            show( text );
+            qvStringRelease( text );
+        },
+        {} };
+#ifdef BENCH_QT
+    static const QString colons = QStringLiteral( "::" );
+    replacing.peers             = {
+        { "QString, 16 bits", [hay]
+                      {
+              QString text = hay->qt;
+              text.replace( QChar( ' ' ), colons );
+              show( view( text ) );
+          } } };
+#endif
+    add( replacing );
+}
+
+void addEquality( const Language &language )
+{
+    struct Pairs
+    {
+        std::vector< QV_STRING * > ours;
+        std::vector< std::string > texts; // every second one is another text
+#ifdef BENCH_QT
+        std::vector< QString > qt;
+#endif
+    };
+
+    Pairs *pairs = new Pairs;
+
+    for( size_t i = 0; i < language.strings.size(); i++ )
+    {
+        pairs->ours.push_back( string( language.strings[i] ) );
+        pairs->texts.push_back( language.utf8Strings[i - i % 2] );
+#ifdef BENCH_QT
+        pairs->qt.push_back( QString::fromStdString( language.utf8Strings[i] ) );
+#endif
+    }
+
+    Case equality{
+        "String",
+        "equals C text",
+        std::string( language.name ) + ", 24 characters",
+        1.5,
+        [pairs]
+        {
+            uint64_t equal = 0;
+
+            for( size_t i = 0; i < pairs->ours.size(); i++ )
+                equal += qvStringEqualsCstr( pairs->ours[i], pairs->texts[i].c_str(), -1 );
+
+            show( equal );
+        },
+        {} };
+#ifdef BENCH_QT
+    equality.peers = {
+        { "QString", [pairs]
+          {
+              uint64_t equal = 0;
+
+              for( size_t i = 0; i < pairs->qt.size(); i++ )
+                  equal += pairs->qt[i] == pairs->texts[i].c_str();
+
+              show( equal );
+          } } };
+#endif
+    add( equality );
 }
 } // namespace
 
 void addStringCases()
 {
-    add( "String", "append one character", "10^6 times", 1.0,
-         []
-         {
-             QV_STRING *text = qvStringCreate();
+    addAppending();
 
-             for( int i = 0; i < MILLION; i++ )
-                 qvStringAppendChar( &text, U'x' );
-
-             uint64_t length = static_cast< uint64_t >( qvStringLength( text ) );
-             qvStringRelease( text );
-             return length;
-         },
-         {
-#ifdef BENCH_QT
-             { "QString",
-               []
-               {
-                   QString text;
-
-                   for( int i = 0; i < MILLION; i++ )
-                       text.append( QChar( 'x' ) );
-
-                   return static_cast< uint64_t >( text.size() );
-               } },
-#endif
-         } );
-
-    static QV_STRING *sixteen = qvStringCreateFromCstr( "0123456789abcdef", -1 );
-
-    add( "String", "append 16 characters", "10^5 times", 1.0,
-         []
-         {
-             QV_STRING *text = qvStringCreate();
-
-             for( int i = 0; i < MILLION / 10; i++ )
-                 qvStringAppend( &text, sixteen );
-
-             uint64_t length = static_cast< uint64_t >( qvStringLength( text ) );
-             qvStringRelease( text );
-             return length;
-         },
-         {
-#ifdef BENCH_QT
-             { "QString",
-               []
-               {
-                   QString       text;
-                   const QString piece = QString::fromUtf16( SIXTEEN_UTF16 );
-
-                   for( int i = 0; i < MILLION / 10; i++ )
-                       text.append( piece );
-
-                   return static_cast< uint64_t >( text.size() );
-               } },
-#endif
-#ifdef BENCH_GLIB
-             { "GString",
-               []
-               {
-                   GString *text = g_string_new( nullptr );
-
-                   for( int i = 0; i < MILLION / 10; i++ )
-                       g_string_append_len( text, "0123456789abcdef", 16 );
-
-                   uint64_t length = text->len;
-                   g_string_free( text, TRUE );
-                   return length;
-               } },
-#endif
-         } );
-
-    for( const Haystack &haystack : haystacks() )
+    for( const Language &language : languages() )
     {
-        const char     *name = haystack.language->name;
-        const Haystack *hay  = &haystack;
-
-        add( "String", "find a character", name, 0.5,
-             [hay] { return static_cast< uint64_t >( qvStringFindChar( hay->ours, 0, U'\x2603' ) ); },
-             { { "std::u32string", [hay] { return static_cast< uint64_t >( hay->peer.find( U'\x2603' ) ); } } } );
-
-        add( "String", "find text", name, 0.5,
-             [hay] { return static_cast< uint64_t >( qvStringFind( hay->ours, 0, hay->needleString ) ); },
-             { { "std::u32string", [hay] { return static_cast< uint64_t >( hay->peer.find( hay->needle ) ); } } } );
-
-        add( "String", "compare long", name, 0.5,
-             [hay] { return static_cast< uint64_t >( qvStringCompare( hay->ours, hay->oursAgain ) ); },
-             { { "std::u32string",
-                 [hay] { return static_cast< uint64_t >( hay->peer.compare( hay->peerAgain ) ); } } } );
+        addSearching( language );
+        addEquality( language );
     }
 }
 } // namespace bench

@@ -14,149 +14,146 @@ namespace bench
 {
 namespace
 {
-using OurMapping = void ( * )( QV_STRING ** );
-
-// Case mapping may lengthen a text, but not the texts here, so that the lengths of all sides agree.
-uint64_t mapOurs( const std::vector< QV_STRING * > &texts, OurMapping map )
-{
-    uint64_t length = 0;
-
-    for( QV_STRING *text : texts )
-    {
-        qvStringRetain( text );
-        map( &text );
-        length += static_cast< uint64_t >( qvStringLength( text ) );
-        qvStringRelease( text );
-    }
-
-    return length;
-}
-
-#ifdef BENCH_ICU
-template< class Mapping >
-uint64_t mapIcu( const std::vector< icu::UnicodeString > &texts, Mapping mapping )
-{
-    uint64_t length = 0;
-
-    for( const icu::UnicodeString &text : texts )
-    {
-        icu::UnicodeString own( text );
-        mapping( own );
-        length += static_cast< uint64_t >( own.length() );
-    }
-
-    return length;
-}
-#endif
-
 struct Texts
 {
     std::string                name;
+    bool                       areShort;
     std::vector< QV_STRING * > ours;
+    std::vector< std::string > utf8;
 #ifdef BENCH_ICU
     std::vector< icu::UnicodeString > icu;
 #endif
-    std::vector< std::string > utf8;
+#ifdef BENCH_QT
+    std::vector< QString > qt;
+#endif
 };
 
-// For each language one long text, and the short strings.
-const std::vector< Texts > &allTexts()
+Texts *makeTexts( const std::string &name, const std::vector< std::u32string > &texts )
 {
-    static const std::vector< Texts > all = []
+    Texts *result    = new Texts;
+    result->name     = name;
+    result->areShort = texts.size() > 1;
+
+    for( const std::u32string &text : texts )
     {
-        std::vector< Texts > result;
-
-        for( const Language &language : languages() )
-        {
-            Texts whole, pieces;
-            whole.name  = std::string( language.name ) + ", 32 KiB";
-            pieces.name = std::string( language.name ) + ", 24 characters";
-
-            auto enter = []( Texts &texts, const std::u32string &text )
-            {
-                texts.ours.push_back( string( text ) );
-                texts.utf8.push_back( toUtf8( text ) );
+        result->ours.push_back( string( text ) );
+        result->utf8.push_back( toUtf8( text ) );
 #ifdef BENCH_ICU
-                texts.icu.push_back( icu::UnicodeString::fromUTF8( texts.utf8.back() ) );
+        result->icu.push_back( icu::UnicodeString::fromUTF8( result->utf8.back() ) );
 #endif
-            };
+#ifdef BENCH_QT
+        result->qt.push_back( QString::fromStdString( result->utf8.back() ) );
+#endif
+    }
 
-            enter( whole, language.text );
+    return result;
+}
 
-            for( const std::u32string &text : language.strings )
-                enter( pieces, text );
+// Everybody works on a copy of each text that shares its characters. Qt knows no letters that depend on what surrounds
+// them.
+template< class IcuMapping, class QtMapping >
+void addMapping(
+    const Texts *texts, const char *operation, void ( *map )( QV_STRING ** ), [[maybe_unused]] IcuMapping icuMap,
+    [[maybe_unused]] QtMapping qtMap )
+{
+    Case mapping{
+        "String",
+        operation,
+        texts->name,
+        texts->areShort ? 0.8 : 0.5,
+        [texts, map]
+        {
+            for( QV_STRING *text : texts->ours )
+            {
+                qvStringRetain( text );
+                map( &text );
+                show( text );
+                qvStringRelease( text );
+            }
+        },
+        {} };
+#ifdef BENCH_ICU
+    mapping.peers.push_back(
+        { "ICU, 16 bits", [texts, icuMap]
+          {
+              for( icu::UnicodeString text : texts->icu )
+              {
+                  icuMap( text );
+                  show( std::u16string_view( text.getBuffer(), size_t( text.length() ) ) );
+              }
+          } } );
+#endif
+#ifdef BENCH_QT
+    mapping.peers.push_back(
+        { "Qt, 16 bits",
+          [texts, qtMap]
+          {
+              for( const QString &text : texts->qt )
+                  show( view( qtMap( text ) ) );
+          },
+          true } );
+#endif
+    add( mapping );
+}
 
-            result.push_back( std::move( whole ) );
-            result.push_back( std::move( pieces ) );
-        }
+void addSplitting( const Texts *texts )
+{
+    Case splitting{
+        "String",
+        "split at a character",
+        texts->name,
+        texts->areShort ? 0.6 : 0.45,
+        [texts]
+        {
+            for( QV_STRING *text : texts->ours )
+            {
+                QV_VECTOR *parts = qvStringSplitChar( text, U' ', -1 );
+                show( uint64_t( qvVectorLength( parts ) ) );
 
-        return result;
-    }();
+                for( QV_INT i = 0; comparing && i < qvVectorLength( parts ); i++ )
+                    show( qvStringFrom( qvVectorObjAt( parts, i ) ) );
 
-    return all;
+                qvVectorRelease( parts );
+            }
+        },
+        {} };
+#ifdef BENCH_GLIB
+    splitting.peers = {
+        { "GLib, 8 bits", [texts]
+          {
+              for( const std::string &text : texts->utf8 )
+              {
+                  char **parts = g_strsplit( text.c_str(), " ", -1 );
+                  show( uint64_t( g_strv_length( parts ) ) );
+
+                  for( char **part = parts; comparing && *part; part++ )
+                      show( std::string_view( *part ) );
+
+                  g_strfreev( parts );
+              }
+          } } };
+#endif
+    add( splitting );
 }
 } // namespace
 
 void addTextCases()
 {
-    for( const Texts &texts : allTexts() )
-    {
-        const Texts *input = &texts;
-
-#ifdef BENCH_ICU
-#define ICU_PEER( call )                                                                                               \
-    {                                                                                                                  \
-        {                                                                                                              \
-            "ICU", [input] { return mapIcu( input->icu, []( icu::UnicodeString &text ) { text.call; } ); }             \
-        }                                                                                                              \
-    }
-#else
-#define ICU_PEER( call )                                                                                               \
-    {                                                                                                                  \
-    }
-#endif
-        add(
-            "String", "upper case", texts.name, 0.8, [input] { return mapOurs( input->ours, qvStringToUpper ); },
-            ICU_PEER( toUpper( icu::Locale::getRoot() ) ) );
-        add(
-            "String", "lower case", texts.name, 0.8, [input] { return mapOurs( input->ours, qvStringToLower ); },
-            ICU_PEER( toLower( icu::Locale::getRoot() ) ) );
-        add(
-            "String", "case fold", texts.name, 0.8, [input] { return mapOurs( input->ours, qvStringToCaseFold ); },
-            ICU_PEER( foldCase() ) );
-
-        add( "String", "split at a character", texts.name, 0.7,
-             [input]
-             {
-                 uint64_t parts = 0;
-
-                 for( QV_STRING *text : input->ours )
-                 {
-                     QV_VECTOR *vec = qvStringSplitChar( text, U' ', -1 );
-                     parts += static_cast< uint64_t >( qvVectorLength( vec ) );
-                     qvVectorRelease( vec );
-                 }
-
-                 return parts;
-             },
-             {
-#ifdef BENCH_GLIB
-                 { "GLib",
-                   [input]
-                   {
-                       uint64_t parts = 0;
-
-                       for( const std::string &text : input->utf8 )
-                       {
-                           char **split = g_strsplit( text.c_str(), " ", -1 );
-                           parts += g_strv_length( split );
-                           g_strfreev( split );
-                       }
-
-                       return parts;
-                   } },
-#endif
-             } );
-    }
+    for( const Language &language : languages() )
+        for( const Texts *texts :
+             { makeTexts( std::string( language.name ) + ", 32 KiB", { language.text } ),
+               makeTexts( std::string( language.name ) + ", 24 characters", language.strings ) } )
+        {
+            addMapping(
+                texts, "upper case", qvStringToUpper, []( auto &text ) { text.toUpper( "" ); },
+                []( const auto &text ) { return text.toUpper(); } );
+            addMapping(
+                texts, "lower case", qvStringToLower, []( auto &text ) { text.toLower( "" ); },
+                []( const auto &text ) { return text.toLower(); } );
+            addMapping(
+                texts, "case fold", qvStringToCaseFold, []( auto &text ) { text.foldCase(); },
+                []( const auto &text ) { return text.toCaseFolded(); } );
+            addSplitting( texts );
+        }
 }
 } // namespace bench

@@ -1,0 +1,313 @@
+#include "bench.h"
+
+#include <algorithm>
+#include <cstring>
+
+#ifdef BENCH_ABSL
+#include <absl/container/btree_map.h>
+#endif
+#ifdef BENCH_GLIB
+#include <glib.h>
+#endif
+#ifdef BENCH_QT
+#include <QMap>
+#endif
+
+// Dict: building in four orders, look-up, walking. All sides share the texts of their keys, but for those that own them.
+
+namespace bench
+{
+namespace
+{
+const size_t ORDERS             = 4;
+const char *ORDER_NAMES[ORDERS] = { "ascending build", "random build", "descending build", "build towards the middle" };
+
+std::vector< std::string > ordered( const std::vector< std::string > &shuffled, size_t order )
+{
+    std::vector< std::string > result = shuffled;
+
+    if( order != 1 )
+        std::sort( result.begin(), result.end() );
+
+    if( order == 2 )
+        std::reverse( result.begin(), result.end() );
+
+    if( order == 3 )
+    {
+        const std::vector< std::string > sorted = result;
+
+        for( size_t i = 0; i < sorted.size(); i++ )
+            result[i] = sorted[i % 2 ? sorted.size() - 1 - i / 2 : i / 2];
+    }
+
+    return result;
+}
+
+// What a side of a case knows: how it makes its keys, builds, looks up, walks and goes.
+struct Ours
+{
+    using Key = QV_STRING *;
+    using Map = QV_DICT *;
+
+    static Key key( const std::string &text )
+    {
+        return qvStringCreateFromCstr( text.c_str(), -1 );
+    }
+
+    static Map build( const std::vector< Key > &keys )
+    {
+        QV_DICT *dict = qvDictCreate();
+
+        for( size_t i = 0; i < keys.size(); i++ )
+        {
+            QV_BOXED_INT *value = qvBoxedIntCreate( static_cast< QV_INT >( i ) );
+            qvDictSetStringKey( &dict, keys[i], qvBoxedIntObj( value ) );
+            qvBoxedIntRelease( value );
+        }
+
+        return dict;
+    }
+
+    static uint64_t found( const Map &dict, const Key &key )
+    {
+        QV_OBJ *value = qvDictStringKey( dict, key );
+
+        if( !value )
+            return 0;
+
+        uint64_t number = static_cast< uint64_t >( qvBoxedIntValue( qvBoxedIntFrom( value ) ) ) + 1;
+        qvObjRelease( value );
+        return number;
+    }
+
+    static void walk( const Map &dict )
+    {
+        const QV_INT length = qvDictLength( dict );
+        uint64_t     sum    = 0;
+
+        for( QV_INT i = 0; i < length; i++ )
+        {
+            QV_OBJ *value = qvDictValueAt( dict, i );
+            sum += i * static_cast< uint64_t >( qvBoxedIntValue( qvBoxedIntFrom( value ) ) );
+            qvObjRelease( value );
+        }
+
+        show( sum );
+    }
+
+    static void drop( Map &dict )
+    {
+        qvDictRelease( dict );
+    }
+};
+
+#ifdef BENCH_GLIB
+struct GLib
+{
+    using Key = std::string;
+    using Map = GTree *;
+
+    static const Key &key( const std::string &text )
+    {
+        return text;
+    }
+
+    static Map build( const std::vector< Key > &keys )
+    {
+        GTree *tree = g_tree_new_full(
+            []( gconstpointer a, gconstpointer b, gpointer )
+            { return std::strcmp( static_cast< const char * >( a ), static_cast< const char * >( b ) ); }, nullptr,
+            g_free, nullptr );
+
+        for( size_t i = 0; i < keys.size(); i++ )
+            g_tree_insert( tree, g_strdup( keys[i].c_str() ), GSIZE_TO_POINTER( i + 1 ) );
+
+        return tree;
+    }
+
+    static uint64_t found( const Map &tree, const Key &key )
+    {
+        return GPOINTER_TO_SIZE( g_tree_lookup( tree, key.c_str() ) );
+    }
+
+    static void walk( const Map &tree )
+    {
+        uint64_t sums[2] = {};
+        g_tree_foreach(
+            tree,
+            []( gpointer, gpointer value, gpointer data ) -> gboolean
+            {
+                uint64_t *sum = static_cast< uint64_t * >( data );
+                sum[0] += sum[1]++ * ( GPOINTER_TO_SIZE( value ) - 1 );
+                return FALSE;
+            },
+            sums );
+        show( sums[0] );
+    }
+
+    static void drop( Map &tree )
+    {
+        g_tree_destroy( tree );
+    }
+};
+#endif
+
+// Maps with the interface of the C++ library.
+template< class AnyMap, class AnyKey >
+struct Standard
+{
+    using Key = AnyKey;
+    using Map = AnyMap;
+
+    static Key key( const std::string &text )
+    {
+        if constexpr( std::is_same_v< Key, std::string > )
+            return text;
+        else
+            return Key::fromStdString( text );
+    }
+
+    static Map build( const std::vector< Key > &keys )
+    {
+        Map map;
+
+        for( size_t i = 0; i < keys.size(); i++ )
+            if constexpr( std::is_same_v< Key, std::string > )
+                map.emplace( keys[i], i );
+            else
+                map.insert( keys[i], i );
+
+        return map;
+    }
+
+    static uint64_t found( const Map &map, const Key &key )
+    {
+        auto it = map.find( key );
+        return it == map.end() ? 0 : value( it ) + 1;
+    }
+
+    static void walk( const Map &map )
+    {
+        uint64_t sum = 0, i = 0;
+
+        for( auto it = map.begin(); it != map.end(); ++it )
+            sum += i++ * value( it );
+
+        show( sum );
+    }
+
+    template< class Iterator >
+    static uint64_t value( const Iterator &it )
+    {
+        if constexpr( std::is_same_v< Key, std::string > )
+            return it->second;
+        else
+            return it.value();
+    }
+
+    static void drop( Map & )
+    {
+    }
+};
+
+struct Works
+{
+    Work build[ORDERS], hit, miss, walk;
+};
+
+template< class Side >
+Works works( const std::vector< std::string > &shuffled, const std::vector< std::string > &missing )
+{
+    using Keys = std::vector< typename Side::Key >;
+    Works works;
+    Keys *keysOf[ORDERS + 1];
+
+    for( size_t order = 0; order <= ORDERS; order++ )
+    {
+        keysOf[order] = new Keys;
+
+        for( const std::string &text : order < ORDERS ? ordered( shuffled, order ) : missing )
+            keysOf[order]->push_back( Side::key( text ) );
+    }
+
+    for( size_t order = 0; order < ORDERS; order++ )
+        works.build[order] = [keys = keysOf[order]]
+        {
+            typename Side::Map map = Side::build( *keys );
+
+            if( comparing )
+                Side::walk( map );
+
+            show( Side::found( map, keys->front() ) );
+            Side::drop( map );
+        };
+
+    auto map    = new typename Side::Map( Side::build( *keysOf[0] ) );
+    auto lookUp = [map]( const Keys *keys )
+    {
+        uint64_t sum = 0;
+
+        for( const typename Side::Key &key : *keys )
+            sum = sum * 3 + Side::found( *map, key );
+
+        show( sum );
+    };
+    works.hit  = [lookUp, keys = keysOf[1]] { lookUp( keys ); };
+    works.miss = [lookUp, keys = keysOf[ORDERS]] { lookUp( keys ); };
+    works.walk = [map] { Side::walk( *map ); };
+
+    return works;
+}
+
+void addCases( size_t count )
+{
+    const std::vector< std::string > all = keys( 2 * count );
+    const std::vector< std::string > shuffled( all.begin(), all.begin() + static_cast< ptrdiff_t >( count ) );
+    const std::vector< std::string > missing( all.begin() + static_cast< ptrdiff_t >( count ), all.end() );
+    const std::string                input = std::to_string( count ) + " keys of 16 characters";
+    const Works                      ours  = works< Ours >( shuffled, missing );
+
+    std::vector< std::pair< std::string, Works > > peers;
+#ifdef BENCH_GLIB
+    peers.emplace_back( "GTree, 8 bits", works< GLib >( shuffled, missing ) );
+#endif
+#ifdef BENCH_QT
+    peers.emplace_back( "QMap, 16 bits", works< Standard< QMap< QString, size_t >, QString > >( shuffled, missing ) );
+#endif
+#ifdef BENCH_ABSL
+    peers.emplace_back(
+        "absl::btree_map, 8 bits",
+        works< Standard< absl::btree_map< std::string, size_t >, std::string > >( shuffled, missing ) );
+#endif
+
+    auto enter = [&]( const char *operation, double target, auto pick, Peer bound = {} )
+    {
+        Case added{ "Dict", operation, input, target, pick( ours ), {}, bound };
+
+        for( auto &[name, side] : peers )
+            added.peers.push_back( { name, pick( side ) } );
+
+        add( added );
+    };
+
+    for( size_t order = 0; order < ORDERS; order++ )
+        enter(
+            ORDER_NAMES[order],
+            order == 0                     ? 0.35
+            : order == 1 && count >= 10000 ? 0.6
+                                           : 0,
+            [order]( const Works &side ) { return side.build[order]; } );
+
+    enter( "look-up, hit", 0.7, []( const Works &side ) { return side.hit; } );
+    enter( "look-up, miss", 0, []( const Works &side ) { return side.miss; } );
+    enter( "walk with references", 2.0, []( const Works &side ) { return side.walk; }, lockedAdditions( 2 * count ) );
+}
+} // namespace
+
+void addDictCases()
+{
+    for( size_t count : { 100, 1000, 10000, 100000, 1000000 } )
+        if( !isQuick() || count < 1000000 )
+            addCases( count );
+}
+} // namespace bench
