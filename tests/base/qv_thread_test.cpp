@@ -20,29 +20,17 @@
 using qv::Ref;
 using namespace qv::test;
 
-/* Stand-ins for the system, which passes everything on ------------------------------------------------------------- */
-
 namespace
 {
-std::atomic< bool > noRoom{ false };    // for one more thread
-std::atomic< int >  askedPriority{ 0 }; // the scheduler's, as asked for last
+std::atomic< bool > noRoom{ false }; // for one more thread
 
-template< class F >
-F real( const char *name )
-{
-    return reinterpret_cast< F >( dlsym( RTLD_NEXT, name ) );
-}
 } // namespace
 
+// Stands in for that of the system.
 extern "C" int pthread_create( pthread_t *thread, const pthread_attr_t *attr, void *( *start )(void *), void *arg )
 {
-    return noRoom ? EAGAIN : real< decltype( &pthread_create ) >( "pthread_create" )( thread, attr, start, arg );
-}
-
-extern "C" int pthread_attr_setschedparam( pthread_attr_t *attr, const sched_param *param )
-{
-    askedPriority = param->sched_priority;
-    return real< decltype( &pthread_attr_setschedparam ) >( "pthread_attr_setschedparam" )( attr, param );
+    static auto real = reinterpret_cast< decltype( &pthread_create ) >( dlsym( RTLD_NEXT, "pthread_create" ) );
+    return noRoom ? EAGAIN : real( thread, attr, start, arg );
 }
 
 namespace
@@ -148,15 +136,6 @@ TEST( Thread, ForeignThreadIsEncapsulatedForACall )
         { [] { qv___ThreadEncapsulateEnd(), qvThreadUnlatchArgument(); }, "thread" },
     } );
     EXPECT_DEATH( ( qv___ThreadEncapsulateEnd(), qvThreadYield() ), "qv_thread_unix" );
-}
-
-TEST( Thread, PrioritiesSpanTheRangeOfTheScheduler )
-{
-    for( QV_INT prio = 0; int asked : { 1, 17, 33, 50, 66, 82, 99 } )
-    {
-        qvThreadJoin( Ref( qvThreadTrySpawnCstr( "prio", -1, nothing, nullptr, prio++ ) ) );
-        EXPECT_EQ( asked, askedPriority );
-    }
 }
 
 TEST( Thread, StopWaitsForTenThousandShortLivedThreads )

@@ -110,10 +110,11 @@ TEST( Timer, FiresInOrderWhateverChanges )
 
         auto what = random() % 20;
         plan.due  = what < 3 ? NONE : what < 7 ? LATER : static_cast< QV_INT >( random() % 100 );
+
         what == 0  ? plan.timer.reset()
-         : what < 3 ? qvTimerUnschedule( plan.timer )
-         : what < 7 ? qvTimerSchedule( plan.timer, HOUR + random() % SECOND )
-                    : qvTimerScheduleAt( plan.timer, plan.due );
+        : what < 3 ? qvTimerUnschedule( plan.timer )
+        : what < 7 ? qvTimerSchedule( plan.timer, HOUR + random() % SECOND )
+                   : qvTimerScheduleAt( plan.timer, plan.due );
     };
     auto fired = [&]( Plan &plan )
     {
@@ -131,6 +132,7 @@ TEST( Timer, FiresInOrderWhateverChanges )
         if( round > 0 && random() % 2 )
             change( plans[from + random() % width] );
     };
+
     for( ; round <= 200; round++ )
     {
         HeldTimerThread held;
@@ -166,15 +168,16 @@ TEST( Timer, SlowCallbacksDelayNothingElse )
         const int       slow = kinds % 3, next = kinds / 3 % 3, last = kinds / 9;
         Ref             fired( qvSignalCreate() ), afterwards( qvSignalCreate() );
         Ref             b( qvTimerCreateSignal( fired ) ), c( qvTimerCreateSignal( afterwards ) );
-        Ref< QV_TIMER > d = timerOf( [] {} ), a = timerOf(
-                                                  [&]
-                                                  {
-                                                      schedule( d, next, 3 * HOUR ); // not the next one
-                                                      wallClock.step += HOUR;        // what the callback takes
-                                                      schedule( c, last, 0 );        // after B, if in its queue
-                                                      a.reset();
-                                                  } );
+        Ref< QV_TIMER > a, d = timerOf( [] {} );
 
+        a = timerOf(
+            [&]
+            {
+                schedule( d, next, 3 * HOUR ); // not the next one
+                wallClock.step += HOUR;        // what the callback takes
+                schedule( c, last, 0 );        // after B, if in its queue
+                a.reset();
+            } );
         schedule( b, next, 2 * HOUR - 100 * SECOND );
         schedule( a, slow, HOUR );
         fence();
