@@ -79,7 +79,7 @@ TEST( Region, ASharedUserThatComesAfterAnExclusiveClaimWaits )
             if( i == 2 )
             {
                 // Until the claim stops the other reader.
-                for( int seen = -1; seen != rounds; usleep( 5000 ) )
+                for( int seen = -1; seen != rounds; usleep( 50000 ) )
                     seen = rounds;
 
                 EXPECT_FALSE( written );
@@ -89,26 +89,17 @@ TEST( Region, ASharedUserThatComesAfterAnExclusiveClaimWaits )
         } );
 }
 
-TEST( Condset, MasksAreCutToTheirLow16Bits )
+TEST( Condset, WaitsForAnyOfAMaskOrForAllOfIt )
 {
+    // Masks are cut to their low 16 bits.
     Ref condset( qvCondsetCreate() );
     qvCondsetSetConditions( condset, -1 );
     EXPECT_EQ( 0xffff, qvCondsetConditions( condset ) );
     qvCondsetDelConditions( condset, ~QV_INT( 7 ) );
-    qvCondsetAddConditions( condset, 0x10000 );
-    qvCondsetModifyConditions( condset, 0x70000, QV_TRUE );
-    EXPECT_EQ( 7, qvCondsetConditions( condset ) );
     qvCondsetModifyConditions( condset, 0x10002, QV_FALSE );
-    qvCondsetAddConditions( condset, 0x28 );
-    EXPECT_EQ( 0x2d, qvCondsetConditions( condset ) );
-    qvCondsetSetConditions( condset, 0x10000 );
-    EXPECT_EQ( 0, qvCondsetConditions( condset ) );
-}
-
-TEST( Condset, WaitsForAnyOfAMaskOrForAllOfIt )
-{
-    Ref condset( qvCondsetCreate() );
-    qvCondsetSetConditions( condset, 7 );
+    EXPECT_EQ( 5, qvCondsetConditions( condset ) );
+    qvCondsetModifyConditions( condset, 0x70002, QV_TRUE );
+    qvCondsetAddConditions( condset, 0x10000 );
     EXPECT_EQ( 6, qvCondsetWaitAny( condset, 0x1000e ) );
     EXPECT_EQ( 7, qvCondsetWaitAll( condset, 0x10007 ) );
 
@@ -129,12 +120,6 @@ TEST( Condset, WaitsForAnyOfAMaskOrForAllOfIt )
     EXPECT_EQ( 2, qvCondsetWaitAnyTimed( condset, 2, 0 ) );
     EXPECT_EQ( 7, qvCondsetWaitAllTimed( condset, 7, 0 ) );
     wallClock.reset();
-
-    std::thread all( [&] { EXPECT_EQ( 3, qvCondsetWaitAllTimed( condset, 3, -5 ) ); } );
-    qvCondsetAddConditions( condset, 0x20 );
-    qvCondsetSetConditions( condset, 8 );
-    qvCondsetSetConditions( condset, 3 );
-    all.join();
 }
 
 // No change comes later that would wake a waiter which has been missed. Short limits run out time and again.
@@ -148,20 +133,19 @@ TEST( Condset, ChangesAtOneTimeWakeAllTheirWaiters )
         2 * PAIRS,
         [&]( int number )
         {
-            const QV_INT own     = QV_INT( 1 ) << number / 2;
-            const bool   changer = number % 2;
+            const QV_INT own = QV_INT( 1 ) << number / 2;
 
             for( int round = 0; round < 300; round++ )
             {
-                if( changer )
+                if( number % 2 )
                     qvCondsetAddConditions( condset, own );
-
-                while( !changer && qvCondsetWaitAnyTimed( condset, own, round % 2 ? 1 : -1 ) != own )
-                    continue;
+                else
+                    while( qvCondsetWaitAnyTimed( condset, own, round % 2 ? 1 : -1 ) != own )
+                        continue;
 
                 everybody.arrive_and_wait();
 
-                if( changer )
+                if( number % 2 )
                     qvCondsetDelConditions( condset, own );
 
                 everybody.arrive_and_wait();

@@ -111,13 +111,7 @@ TEST( Time, RandomShiftsAndDistances )
 
 TEST( Time, ShiftsAtTheEdges )
 {
-    const struct
-    {
-        std::vector< QV_INT > from;
-        Shift                 shift;
-        QV_INT                count;
-        const char           *to;
-    } ROWS[] = {
+    const std::tuple< std::vector< QV_INT >, Shift, QV_INT, const char * > ROWS[] = {
         { { 2024, 1, 1, 10, 59, 61 }, qvTimeShiftSeconds, 0, "UTC 2024-01-01 11:00:01 (Monday)" },
         { { 2024, 1, 1, 10, 0, 61 }, qvTimeShiftSeconds, -1, "UTC 2024-01-01 10:01:00 (Monday)" },
         { { 2024, 2, 29 }, qvTimeShiftYears, 1, "UTC 2025-03-01 00:00:00 (Saturday)" },
@@ -132,11 +126,11 @@ TEST( Time, ShiftsAtTheEdges )
         { { 2023, 2, 31 }, qvTimeShiftDays, -31, "UTC 2023-01-31 00:00:00 (Tuesday)" },
     };
 
-    for( const auto &row : ROWS )
+    for( const auto &[from, shift, count, to] : ROWS )
     {
-        Ref< QV_TIME > tm = timeOf( row.from );
-        row.shift( tm.at(), row.count );
-        EXPECT_EQ( row.to, textOf( tm.get() ) );
+        Ref< QV_TIME > tm = timeOf( from );
+        shift( tm.at(), count );
+        EXPECT_EQ( to, textOf( tm.get() ) );
     }
 
     EXPECT_FALSE( qvTimeValid( timeOf( { 2023, 2, 31 } ) ) );
@@ -146,7 +140,7 @@ TEST( Time, ShiftsAtTheEdges )
 
 TEST( Time, TheFarthestShiftsAndDistances )
 {
-    Ref< QV_TIME > last = timeOf( { QV_INT_MAX, 12, 31, 23, 59, 59 } ), first = timeOf( { QV_INT_MIN } );
+    Ref< QV_TIME > latest = timeOf( { QV_INT_MAX, 12, 31, 23, 59, 59 } ), earliest = timeOf( { QV_INT_MIN } );
     Ref            start( qvTimeCreate() ), farthest( qvTimeCreate() );
     qvTimeShiftDays( start.at(), QV_INT_MAX ), qvTimeShiftDays( start.at(), -QV_INT_MAX );
     qvTimeShiftSeconds( start.at(), QV_INT_MIN ), qvTimeShiftSeconds( start.at(), QV_INT_MAX );
@@ -159,12 +153,12 @@ TEST( Time, TheFarthestShiftsAndDistances )
     EXPECT_EQ( -QV_INT_MAX, delta( farthest, start ) );
     qvTimeShiftDays( farthest.at(), 1 );
 
-    for( auto [a, b] : { std::pair( &start, &farthest ), { &first, &last }, { &last, &first } } )
+    for( auto [a, b] : { std::pair( &start, &farthest ), { &earliest, &latest }, { &latest, &earliest } } )
         EXPECT_EQ( std::nullopt, delta( *a, *b ) );
 
     // The second before the epoch is what the C library returns for errors.
     time_t t = 7;
-    EXPECT_FALSE( qvTimeTryConvertToTimeT( last, &t ) );
+    EXPECT_FALSE( qvTimeTryConvertToTimeT( latest, &t ) );
     EXPECT_EQ( 0, t );
     EXPECT_FALSE( qvTimeTryConvertToTimeT( timeOf( { 1969, 12, 31, 23, 59, 59 } ), nullptr ) );
     EXPECT_TRUE( qvTimeTryConvertToTimeT( timeOf( { 1969, 12, 31, 23, 59, 58 } ), &t ) );
@@ -187,7 +181,7 @@ TEST( Time, ReadsTexts )
         EXPECT_EQ( to, textOf( Ref( qvTimeTryCreateFromString( text( from ) ) ).get() ) ) << from;
 
     for( const char *bad :
-         { "", "2024x", "-1", "9223372036854775808", "2024-1-32", "2023-02-29", "2024 1:1:62", "2024-01-01 (Tuesday)",
-           "2024-01-01 (Monday", "UTC 2024-01-01 12:00:00 (Monday) x", "UTC UTC 2024" } )
+         { "", "2024x", "-1", "9223372036854775808", "2024-1-32", "2023-02-29", "2024 24", "2024 1:60", "2024 1:1:62",
+           "2024-01-01 (Tuesday)", "2024-01-01 (Monday", "UTC 2024-01-01 12:00:00 (Monday) x", "UTC UTC 2024" } )
         EXPECT_EQ( nullptr, qvTimeTryCreateFromString( text( bad ) ) ) << bad;
 }

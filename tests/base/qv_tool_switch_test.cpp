@@ -8,23 +8,15 @@
 using qv::Ref;
 using namespace qv::test;
 
-namespace
-{
-// Notes the arguments that it is called with.
-QV_BOOL succeed( QV_VECTOR *argv, void *context )
-{
-    *static_cast< std::string * >( context ) += textOf( argv );
-    return QV_TRUE;
-}
-
-QV_BOOL fail( QV_VECTOR *, void * )
-{
-    return QV_FALSE;
-}
-} // namespace
-
 TEST( ToolSwitch, RunsToolsByUniqueBeginning )
 {
+    auto fail    = []( QV_VECTOR *, void * ) -> QV_BOOL { return QV_FALSE; };
+    auto succeed = []( QV_VECTOR *argv, void *seen ) -> QV_BOOL
+    {
+        *static_cast< std::string * >( seen ) = textOf( argv );
+        return QV_TRUE;
+    };
+
     Ref ts( qvToolSwitchCreate() );
     qvToolSwitchSetTool( ts.at(), text( "start" ), succeed );
     qvToolSwitchSetTool( ts.at(), text( "stop" ), fail );
