@@ -8,7 +8,7 @@ TEST( Name, GrammarOfNames )
 {
     // By the checks that accept them: upper case and camel case, and both with private names.
     const std::pair< const char *, std::vector< const char * > > ROWS[] = {
-        { "----", { "", "QV___", "qvRuntimeOs___Startup", "qv___Obj___Free" } },
+        { "----", { "", "QV___", "A_B_C___D", "qvRuntimeOs___Startup", "qv___Obj___Free" } },
         { "UP--", { "QV_A", "A_B_C_D9_8" } },
         { "-P--", { "QV___A", "A_B___C", "A___B___C" } },
         { "--cp", { "qvObjFree", "qv2D" } },
