@@ -1,4 +1,4 @@
-// What signals and alerts have in common, tested for both.
+// Signals and alerts: what both have in common is tested for both. And sleeping, which ends with a signal.
 
 #include "qv_test_call.h"
 #include "qv_test_support.h"
@@ -9,9 +9,13 @@
 #include "qv/base/qv_condset.h"
 #include "qv/base/qv_signal.h"
 #include "qv/base/qv_signalable_private.h"
+#include "qv/base/qv_sleep.h"
+#include "qv/base/qv_timestamp.h"
 
 #include <array>
 #include <atomic>
+#include <barrier>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <thread>
@@ -22,12 +26,12 @@ using namespace qv::test;
 
 namespace
 {
-// The functions of one family of events, of which the other one is targets of another kind.
-#define EVENT_FAMILY( Self, SELF, Another, fireName, happenedName, otherHappenedName )                                 \
+// The functions of one family of events. For the other one the family is a target of another kind.
+#define EVENT_FAMILY( Self, SELF, Another, ANOTHER, fireName, happenedName, otherHappenedName )                        \
     struct Self##Family                                                                                                \
     {                                                                                                                  \
-        using Event  = QV_##SELF;                                                                                      \
-        using Handle = QV_##SELF##ABLE;                                                                                \
+        using Event = QV_##SELF;                                                                                       \
+        using Other = QV_##ANOTHER;                                                                                    \
                                                                                                                        \
         static constexpr auto create        = qv##Self##Create;                                                        \
         static constexpr auto fire          = qv##Self##fireName;                                                      \
@@ -45,17 +49,15 @@ namespace
         static constexpr auto addBarrier    = qv##Self##AddBarrier;                                                    \
         static constexpr auto delBarrier    = qv##Self##DelBarrier;                                                    \
         static constexpr auto handle        = qv##Self##ableCreate;                                                    \
-        static constexpr auto otherHandle   = qv##Another##ableCreate;                                                 \
         static constexpr auto handleBarrier = qv##Self##ableCreateBarrier;                                             \
         static constexpr auto handleCondset = qv##Self##ableCreateCondset;                                             \
         static constexpr auto handleSignal  = qv##Self##ableCreateSignal;                                              \
         static constexpr auto handleAlert   = qv##Self##ableCreateAlert;                                               \
         static constexpr auto handleFire    = qv___##Self##able##Self;                                                 \
-        static constexpr auto addToOther    = qv##Another##Add##Another##able;                                         \
     };
 
-EVENT_FAMILY( Signal, SIGNAL, Alert, Assert, Asserted, IsSet )
-EVENT_FAMILY( Alert, ALERT, Signal, Set, IsSet, Asserted )
+EVENT_FAMILY( Signal, SIGNAL, Alert, ALERT, Assert, Asserted, IsSet )
+EVENT_FAMILY( Alert, ALERT, Signal, SIGNAL, Set, IsSet, Asserted )
 
 // What a callback leads to.
 struct Call
@@ -63,20 +65,39 @@ struct Call
     std::atomic< int >      count{ 0 };
     std::function< void() > action = [] {};
     Ref< QV_OBJ >           arg    = call( [this] { count++, action(); } );
-
-    template< class Family >
-    auto handle()
-    {
-        return Ref( Family::handle( callNow, arg ) );
-    }
 };
 
-struct Name
+// One target of each other kind.
+template< class F >
+struct Chain
 {
-    template< class Family >
-    static std::string GetName( int )
+    Ref< typename F::Event > same{ F::create() };
+    Ref< typename F::Other > other{ F::createOther() };
+    Ref< QV_BARRIER >        barrier{ qvBarrierCreate( QV_TRUE ) };
+
+    void addTo( typename F::Event *event )
     {
-        return std::is_same_v< Family, SignalFamily > ? "Signal" : "Alert";
+        F::addSame( event, same );
+        F::addOther( event, other );
+        F::addBarrier( event, barrier );
+    }
+
+    void delFrom( typename F::Event *event )
+    {
+        F::delSame( event, same );
+        F::delOther( event, other );
+        F::delBarrier( event, barrier );
+    }
+
+    int fired()
+    {
+        return F::happened( same ) + F::otherHappened( other ) + !qvBarrierIsBlocked( barrier );
+    }
+
+    // The references of others.
+    int kept()
+    {
+        return references( same.get() ) + references( other.get() ) + references( barrier.get() ) - 3;
     }
 };
 
@@ -88,149 +109,118 @@ class Event : public testing::Test
 using Families = testing::Types< SignalFamily, AlertFamily >;
 } // namespace
 
-TYPED_TEST_SUITE( Event, Families, Name );
+TYPED_TEST_SUITE( Event, Families );
 
 TYPED_TEST( Event, FiresAllKindsOfTargetsOnceAndInOrder )
 {
     using F = TypeParam;
 
-    Ref  event( F::create() ), same( F::create() ), same2( F::create() );
-    Ref  other( F::createOther() ), other2( F::createOther() );
-    Ref  barrier( qvBarrierCreate( QV_TRUE ) ), barrier2( qvBarrierCreate( QV_TRUE ) );
-    Call first, second, third, onSame, onOther;
+    Ref        event( F::create() );
+    Chain< F > x, y;
+    Call       first, second, third, onSame;
+    Ref        a( F::handle( callNow, first.arg ) ), b( F::handle( callNow, second.arg ) ),
+        c( F::handle( callNow, third.arg ) ), d( F::handle( callNow, onSame.arg ) );
 
+    // The first handle goes first, the others have no order. Other kinds come after them.
     std::vector< int > log;
-    first.action   = [&] { log.push_back( 1 ); };
-    second.action  = [&] { log.push_back( 2 ); };
-    third.action   = [&] { log.push_back( 2 ); }; // the first one goes first, the others have no order
-    onSame.action  = [&] { log.push_back( F::otherHappened( other ) ? -1 : 3 ); };
-    onOther.action = [&] { log.push_back( qvBarrierIsBlocked( barrier ) ? 4 : -1 ); };
+    first.action  = [&] { log.push_back( 1 ); };
+    second.action = [&] { log.push_back( 2 ); };
+    third.action  = [&] { log.push_back( 2 ); };
+    onSame.action = [&] { log.push_back( F::otherHappened( x.other ) || !qvBarrierIsBlocked( x.barrier ) ? -1 : 3 ); };
 
-    Ref a( first.handle< F >() ), b( second.handle< F >() ), c( third.handle< F >() ), d( onSame.handle< F >() );
-    Ref e( F::otherHandle( callNow, onOther.arg ) );
-    F::add( same, d );
-    F::addToOther( other, e );
+    F::add( x.same, d );
+    x.addTo( event ), y.addTo( event );
 
-    F::addBarrier( event, barrier );
-    F::addBarrier( event, barrier2 );
-    F::addOther( event, other );
-    F::addOther( event, other2 );
-    F::addSame( event, same );
-    F::addSame( event, same2 );
-    F::add( event, a );
-    F::add( event, b );
-    F::add( event, c );
-    F::add( event, b );
-    F::add( event, a );
-    EXPECT_FALSE( F::happened( event ) );
-    EXPECT_EQ( 2, references( same.get() ) );
+    for( auto handle : { a.get(), b.get(), c.get(), b.get(), a.get() } )
+        F::add( event, handle );
 
+    EXPECT_FALSE( F::happened( event ) || F::waitTimed( event, 0 ) || F::waitTimed( event, 5 ) );
     F::fire( event );
     F::fire( event );
+    EXPECT_THAT( log, testing::ElementsAre( 1, 2, 2, 3 ) );
+    EXPECT_TRUE( F::happened( event ) && F::waitTimed( event, 0 ) && F::waitTimed( event, -1 ) );
+    EXPECT_EQ( 6, x.fired() + y.fired() );
 
-    EXPECT_EQ( ( std::vector< int >{ 1, 2, 2, 3, 4 } ), log );
-    EXPECT_TRUE( F::happened( event ) && F::happened( same ) && F::happened( same2 ) );
-    EXPECT_TRUE( F::otherHappened( other ) && F::otherHappened( other2 ) );
-    EXPECT_FALSE( qvBarrierIsBlocked( barrier ) || qvBarrierIsBlocked( barrier2 ) );
-
-    // It holds none of them any more.
-    EXPECT_EQ( 1, references( same.get() ) );
-    EXPECT_EQ( 1, references( same2.get() ) );
-    EXPECT_EQ( 1, references( other2.get() ) );
-    EXPECT_EQ( 1, references( barrier.get() ) );
-
-    // What comes now fires at once and isn't kept.
-    qvBarrierBlock( barrier );
-    F::addBarrier( event, barrier );
+    // What is added now fires at once. Nothing is kept.
+    Chain< F > z;
+    z.addTo( event );
     F::add( event, a );
-    EXPECT_FALSE( qvBarrierIsBlocked( barrier ) );
-    EXPECT_EQ( 1, references( barrier.get() ) );
+    EXPECT_EQ( 3, z.fired() );
     EXPECT_EQ( 2, first.count );
-    EXPECT_EQ( 1, second.count );
+    EXPECT_EQ( 0, x.kept() + y.kept() + z.kept() );
+
+    // Each setting of an alert fires the targets that were added since the last one.
+    if constexpr( std::is_same_v< F, AlertFamily > )
+    {
+        for( int round = 1; round <= 3; round++ )
+        {
+            qvAlertUnset( event );
+
+            for( auto handle : { a.get(), b.get(), c.get() } )
+                F::add( event, handle );
+
+            for( int setting = 0; setting < 2; setting++ )
+            {
+                EXPECT_FALSE( qvAlertIsSet( event ) || qvAlertWaitTimed( event, 1 ) );
+                qvAlertSet( event );
+                EXPECT_TRUE( qvAlertWaitTimed( event, 0 ) );
+                qvAlertUnset( event );
+                EXPECT_EQ( 4 + 3 * round, first.count + second.count + third.count );
+            }
+        }
+    }
 }
 
 TYPED_TEST( Event, ForgetsDeletedTargets )
 {
     using F = TypeParam;
 
-    Ref  event( F::create() ), same( F::create() ), same2( F::create() );
-    Ref  other( F::createOther() );
-    Ref  barrier( qvBarrierCreate( QV_TRUE ) );
-    Call first, second, never;
-    Ref  a( first.handle< F >() ), b( second.handle< F >() ), n( never.handle< F >() );
+    Ref        event( F::create() );
+    Chain< F > x, y;
+    Call       first, second, never;
+    Ref        a( F::handle( callNow, first.arg ) ), b( F::handle( callNow, second.arg ) ),
+        n( F::handle( callNow, never.arg ) );
 
-    F::add( event, n );
+    x.addTo( event ), y.addTo( event );
+    x.delFrom( event ), y.delFrom( event );
     F::add( event, n );
     F::del( event, n );
     F::del( event, n );
-
-    F::addSame( event, same );
-    F::addSame( event, same2 );
-    F::addOther( event, other );
-    F::addBarrier( event, barrier );
-    F::delSame( event, same );
-    F::delSame( event, same2 );
-    F::delOther( event, other );
-    F::delBarrier( event, barrier );
 
     // When the first one has gone, the second can be added once more, and fires for both.
     F::add( event, a );
     F::add( event, b );
     F::del( event, a );
     F::add( event, b );
-
     F::fire( event );
-    EXPECT_EQ( 0, never.count );
     EXPECT_EQ( 0, first.count );
     EXPECT_EQ( 2, second.count );
-    EXPECT_FALSE( F::happened( same ) || F::happened( same2 ) || F::otherHappened( other ) );
-    EXPECT_TRUE( qvBarrierIsBlocked( barrier ) );
 
-    // One that ends gives its targets up without firing.
+    // An event that ends gives its targets up without firing.
     event.reset( F::create() );
+    x.addTo( event ), y.addTo( event );
     F::add( event, n );
-    F::addSame( event, same );
-    F::addSame( event, same2 );
-    F::addOther( event, other );
     event.reset();
-    EXPECT_EQ( 0, never.count );
-    EXPECT_FALSE( F::happened( same ) || F::otherHappened( other ) );
-    EXPECT_EQ( 3, references( same.get() ) + references( same2.get() ) + references( other.get() ) );
-
-    // The event may hold the only references.
-    event.reset( F::create() );
-    std::array lent{ F::create(), F::create() };
-
-    for( auto target : lent )
-    {
-        F::addSame( event, target );
-        qv::release( target );
-    }
-
-    for( auto target : lent )
-        F::delSame( event, target );
+    EXPECT_EQ( 0, x.kept() + y.kept() );
+    EXPECT_EQ( 0, never.count + x.fired() + y.fired() );
 }
 
 TYPED_TEST( Event, HandlesFireTheirTargetAndStayArmed )
 {
     using F = TypeParam;
 
-    Ref  barrier( qvBarrierCreate( QV_TRUE ) );
-    Ref  condset( qvCondsetCreate() );
-    Ref  signal( qvSignalCreate() );
-    Ref  alert( qvAlertCreate() );
-    Call call;
-
+    Ref        barrier( qvBarrierCreate( QV_TRUE ) );
+    Ref        condset( qvCondsetCreate() );
+    Ref        signal( qvSignalCreate() );
+    Ref        alert( qvAlertCreate() );
+    Call       call;
     std::array handles{
-        Ref( F::handleBarrier( barrier ) ),
-        Ref( F::handleCondset( condset, 0x30005 ) ),
-        Ref( F::handleCondset( condset, 0x10000 ) ),
-        Ref( F::handleSignal( signal ) ),
-        Ref( F::handleAlert( alert ) ),
-        call.handle< F >(),
+        Ref( F::handleBarrier( barrier ) ),    Ref( F::handleCondset( condset, 0x30005 ) ),
+        Ref( F::handleSignal( signal ) ),      Ref( F::handleAlert( alert ) ),
+        Ref( F::handle( callNow, call.arg ) ),
     };
 
-    for( int round = 0; round < 2; round++ )
+    for( int round = 1; round <= 2; round++ )
     {
         Ref event( F::create() );
 
@@ -240,10 +230,8 @@ TYPED_TEST( Event, HandlesFireTheirTargetAndStayArmed )
         F::fire( event );
         EXPECT_FALSE( qvBarrierIsBlocked( barrier ) );
         EXPECT_EQ( 5, qvCondsetConditions( condset ) );
-        EXPECT_TRUE( qvSignalAsserted( signal ) );
-        EXPECT_TRUE( qvAlertIsSet( alert ) );
-        EXPECT_EQ( round + 1, call.count );
-
+        EXPECT_TRUE( qvSignalAsserted( signal ) && qvAlertIsSet( alert ) );
+        EXPECT_EQ( round, call.count );
         qvBarrierBlock( barrier );
         qvCondsetSetConditions( condset, 0 );
         qvAlertUnset( alert );
@@ -251,14 +239,6 @@ TYPED_TEST( Event, HandlesFireTheirTargetAndStayArmed )
 
     F::handleFire( handles[0] );
     EXPECT_FALSE( qvBarrierIsBlocked( barrier ) );
-
-    for( auto &handle : handles )
-        handle.reset();
-
-    EXPECT_EQ( 1, references( barrier.get() ) );
-    EXPECT_EQ( 1, references( condset.get() ) );
-    EXPECT_EQ( 1, references( signal.get() ) );
-    EXPECT_EQ( 1, references( alert.get() ) );
 }
 
 TYPED_TEST( Event, ReleasedHandlesAreDisarmed )
@@ -267,7 +247,8 @@ TYPED_TEST( Event, ReleasedHandlesAreDisarmed )
 
     Ref  event( F::create() );
     Call releasing, gone, later;
-    Ref  r( releasing.handle< F >() ), g( gone.handle< F >() ), l( later.handle< F >() );
+    Ref  r( F::handle( callNow, releasing.arg ) ), g( F::handle( callNow, gone.arg ) ),
+        l( F::handle( callNow, later.arg ) );
 
     // A callback may release other handles, and references to its own one but for the last.
     releasing.action = [&]
@@ -285,16 +266,11 @@ TYPED_TEST( Event, ReleasedHandlesAreDisarmed )
     qv::retain( r.get() );
     F::fire( event );
     EXPECT_EQ( 1, releasing.count );
-    EXPECT_EQ( 0, gone.count );
-    EXPECT_EQ( 0, later.count );
+    EXPECT_EQ( 0, gone.count + later.count );
     EXPECT_EQ( 1, references( later.arg.get() ) );
-}
 
-TYPED_TEST( Event, AnArgumentMayFireTheEventWhenItEnds )
-{
-    using F = TypeParam;
-
-    Ref  event( F::create() );
+    // An argument may fire the event when it ends.
+    event.reset( F::create() );
     auto fire = []( void *fired ) { F::fire( static_cast< typename F::Event * >( fired ) ); };
     auto fail = []( QV_OBJ * ) { ADD_FAILURE(); };
     Ref  handle( F::handle( fail, Ref( qv::obj( qv___BoxedPointerCreate( event.get(), fire ) ) ) ) );
@@ -307,37 +283,23 @@ TYPED_TEST( Event, ReleasingAHandleWaitsForItsCallback )
 {
     using F = TypeParam;
 
-    for( int round = 0; round < 20; round++ )
+    Ref                 event( F::create() ), running( F::create() );
+    Call                call;
+    Ref                 handle( F::handle( callNow, call.arg ) );
+    std::atomic< bool > finished{ false };
+
+    call.action = [&]
     {
-        Ref                 event( F::create() );
-        Call                call;
-        Ref                 handle( call.handle< F >() );
-        std::atomic< bool > running{ false }, releasing{ false }, finished{ false };
-
-        call.action = [&]
-        {
-            running = true;
-
-            while( !releasing )
-                std::this_thread::yield();
-
-            for( int i = 0; i < 100; i++ ) // a chance to be overtaken
-                std::this_thread::yield();
-
-            finished = true;
-        };
-
-        F::add( event, handle );
-        std::thread thread( [&] { F::fire( event ); } );
-
-        while( !running )
-            std::this_thread::yield();
-
-        releasing = true;
-        handle.reset();
-        EXPECT_TRUE( finished );
-        thread.join();
-    }
+        F::fire( running );
+        std::this_thread::sleep_for( std::chrono::milliseconds( 10 ) ); // a chance to be overtaken
+        finished = true;
+    };
+    F::add( event, handle );
+    std::thread thread( [&] { F::fire( event ); } );
+    F::wait( running );
+    handle.reset();
+    EXPECT_TRUE( finished );
+    thread.join();
 }
 
 TYPED_TEST( Event, NoTargetIsMissedWhileOthersComeAndGo )
@@ -348,68 +310,69 @@ TYPED_TEST( Event, NoTargetIsMissedWhileOthersComeAndGo )
 
     for( int round = 0; round < 200; round++ )
     {
-        Ref                event( F::create() );
-        std::atomic< int > ready{ 0 };
+        Ref          event( F::create() );
+        std::barrier start( THREADS + 2 );
 
-        auto start = [&]
-        {
-            for( ready++; ready <= THREADS; )
-                std::this_thread::yield();
-        };
-
-        auto worker = [&]( int number )
-        {
-            if( number == THREADS )
+        onThreads(
+            THREADS + 2,
+            [&]( int number )
             {
-                start();
+                Chain< F > chain;
+                Call       stays;
+                auto       dies = std::make_unique< Call >();
+                Ref        a( F::handle( callNow, stays.arg ) ), b( F::handle( callNow, dies->arg ) );
 
-                for( int i = 0; i < round % 10; i++ )
-                    std::this_thread::yield();
+                start.arrive_and_wait();
 
-                F::fire( event );
-                return;
-            }
+                if( number >= THREADS )
+                {
+                    for( int i = 0; i < round % 10; i++ )
+                        std::this_thread::yield();
 
-            Call stays, goes;
-            auto dies = std::make_unique< Call >();
-            Ref  a( stays.handle< F >() ), b( goes.handle< F >() ), c( dies->template handle< F >() );
-            Ref  same( F::create() );
-            Ref  other( F::createOther() );
-            Ref  barrier( qvBarrierCreate( QV_TRUE ) );
+                    return F::fire( event );
+                }
 
-            start();
-            F::add( event, b );
-            F::add( event, c );
-            F::add( event, a );
-            F::addSame( event, same );
-            F::addOther( event, other );
-            F::addBarrier( event, barrier );
-            F::del( event, b );
-            int before = goes.count;
-            c.reset();
-            dies.reset(); // what a callback would touch
+                F::add( event, b );
+                F::add( event, a );
+                chain.addTo( event );
+                b.reset();
+                dies.reset(); // what a callback would touch
 
-            F::wait( event );
-            F::wait( same );
-            qvBarrierPass( barrier );
-            F::del( event, a ); // waits until all have fired
-            EXPECT_EQ( 1, stays.count );
-            EXPECT_EQ( before, goes.count );
-            EXPECT_TRUE( F::otherHappened( other ) );
-        };
-
-        onThreads( THREADS + 1, worker );
+                F::wait( event );
+                F::wait( chain.same );
+                qvBarrierPass( chain.barrier );
+                F::del( event, a ); // waits until all have fired
+                EXPECT_EQ( 1, stays.count );
+                EXPECT_EQ( 3, chain.fired() );
+            } );
     }
 }
 
-TYPED_TEST( Event, TimedWaitsEnd )
+TEST( Signal, TellsWhetherItHasTargets )
 {
-    using F = TypeParam;
+    Ref signal( qvSignalCreate() ), first( qvSignalCreate() ), second( qvSignalCreate() );
+    EXPECT_FALSE( qvSignalWaitTimed( signal, 0 ) );
+    EXPECT_FALSE( qvSignalHasSignalables( signal ) ); // a waiter doesn't count
 
-    Ref event( F::create() );
-    EXPECT_FALSE( F::waitTimed( event, 0 ) );
-    EXPECT_FALSE( F::waitTimed( event, 5 ) );
-    F::fire( event );
-    EXPECT_TRUE( F::waitTimed( event, 0 ) );
-    EXPECT_TRUE( F::waitTimed( event, -1 ) );
+    // One that is not in the first place counts too, but not an empty place for more.
+    qvSignalAddSignal( signal, first );
+    qvSignalAddSignal( signal, second );
+    qvSignalDelSignal( signal, first );
+    EXPECT_TRUE( qvSignalHasSignalables( signal ) );
+    qvSignalDelSignal( signal, second );
+    EXPECT_FALSE( qvSignalHasSignalables( signal ) );
+}
+
+TEST( Sleep, EndsWithTheSignalOrTheLimit )
+{
+    Ref    signal( qvSignalCreate() );
+    QV_INT start = qvTimestamp();
+    EXPECT_FALSE( qvSleepTimed( signal, 5 ) );
+    EXPECT_FALSE( qvSleepTimed( nullptr, 5 ) );
+    EXPECT_GE( qvTimestamp() - start, 10 );
+    EXPECT_FALSE( qvSignalHasSignalables( signal ) ); // its target is gone
+
+    qvSignalAssert( signal );
+    qvSleep( signal );
+    EXPECT_TRUE( qvSleepTimed( signal, -1 ) );
 }

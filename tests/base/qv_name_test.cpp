@@ -2,53 +2,33 @@
 
 #include "qv/base/qv_name.h"
 
-using qv::test::text;
-
-namespace
-{
-// Which of the checks accept a name: upper case, camel case, and both with private names.
-std::string accepted( std::string_view name )
-{
-    qv::Ref< QV_STRING > qvs = text( name );
-    std::string          result;
-    result += qvNameUpperCaseOk( qvs, QV_FALSE ) ? 'U' : '-';
-    result += qvNameUpperCaseOk( qvs, QV_TRUE ) ? 'P' : '-';
-    result += qvNameCamelCaseOk( qvs, QV_FALSE ) ? 'c' : '-';
-    result += qvNameCamelCaseOk( qvs, QV_TRUE ) ? 'p' : '-';
-    EXPECT_EQ( result[0] == 'U' || result[2] == 'c', qvNameOk( qvs, QV_FALSE ) );
-
-    if( qvNameOk( qvs, QV_TRUE ) )
-    {
-        EXPECT_EQ( !qvNameOk( qvs, QV_FALSE ), qvNamePrivate( qvs ) );
-    }
-
-    return result;
-}
-} // namespace
+using namespace qv::test;
 
 TEST( Name, GrammarOfNames )
 {
-    const struct
-    {
-        const char *name;
-        const char *accepted;
-    } CASES[] = {
-        { "", "----" },
-        { "QV_A", "UP--" },
-        { "A_B_C_D9_8", "UP--" },
-        { "QV___A", "-P--" },
-        { "A_B___C", "-P--" },
-        { "A___B___C", "-P--" },
-        { "QV___", "----" }, // nothing behind it
-        { "qvObjFree", "--cp" },
-        { "qv2D", "--cp" },
-        { "qv___ObjFree", "---p" },
-        { "qvRuntime___Startup", "---p" },
-        { "qvRuntimeOs___Startup", "----" }, // two upper-case letters before
-        { "qv___Obj___Free", "----" },
-        { "___Obj", "---p" },
+    // By the checks that accept them: upper case and camel case, and both with private names.
+    const std::pair< const char *, std::vector< const char * > > ROWS[] = {
+        { "----", { "", "QV___", "A_B_C___D", "qvRuntimeOs___Startup", "qv___Obj___Free" } },
+        { "UP--", { "QV_A", "A_B_C_D9_8" } },
+        { "-P--", { "QV___A", "A_B___C", "A___B___C" } },
+        { "--cp", { "qvObjFree", "qv2D" } },
+        { "---p", { "qv___ObjFree", "qvRuntime___Startup", "___Obj" } },
     };
 
-    for( const auto &each : CASES )
-        EXPECT_EQ( each.accepted, accepted( each.name ) ) << each.name;
+    for( const auto &[expected, names] : ROWS )
+        for( const char *name : names )
+        {
+            qv::Ref< QV_STRING > qvs = text( name );
+            std::string          accepted;
+            accepted += qvNameUpperCaseOk( qvs, QV_FALSE ) ? 'U' : '-';
+            accepted += qvNameUpperCaseOk( qvs, QV_TRUE ) ? 'P' : '-';
+            accepted += qvNameCamelCaseOk( qvs, QV_FALSE ) ? 'c' : '-';
+            accepted += qvNameCamelCaseOk( qvs, QV_TRUE ) ? 'p' : '-';
+            EXPECT_EQ( expected, accepted ) << name;
+
+            bool isPublic = accepted[0] == 'U' || accepted[2] == 'c';
+            EXPECT_EQ( isPublic, qvNameOk( qvs, QV_FALSE ) );
+            EXPECT_EQ( accepted != "----", qvNameOk( qvs, QV_TRUE ) );
+            EXPECT_TRUE( accepted == "----" || isPublic != qvNamePrivate( qvs ) );
+        }
 }

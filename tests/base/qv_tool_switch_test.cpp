@@ -3,80 +3,54 @@
 #include "qv/base/qv_tool_switch.h"
 #include "qv/base/qv_vector.h"
 
+#include <array>
+
 using qv::Ref;
 using namespace qv::test;
 
-namespace
-{
-std::string seen; // the arguments that a tool was called with
-
-QV_BOOL succeed( QV_VECTOR *argv, void *context )
-{
-    seen = textOf( argv );
-    ++*static_cast< int * >( context );
-
-    return QV_TRUE;
-}
-
-QV_BOOL fail( QV_VECTOR *, void * )
-{
-    return QV_FALSE;
-}
-
-Ref< QV_VECTOR > arguments( std::initializer_list< const char * > words )
-{
-    Ref< QV_VECTOR > argv( qvVectorCreate() );
-
-    for( const char *word : words )
-        qvVectorAppendStringCstr( argv.at(), word, -1 );
-
-    return argv;
-}
-} // namespace
-
 TEST( ToolSwitch, RunsToolsByUniqueBeginning )
 {
-    Ref< QV_TOOL_SWITCH > ts( qvToolSwitchCreate() );
-    qvToolSwitchSetToolCstr( ts.at(), "start", -1, succeed );
-    qvToolSwitchSetToolWcstr( ts.at(), L"stop", -1, fail );
+    auto fail    = []( QV_VECTOR *, void * ) -> QV_BOOL { return QV_FALSE; };
+    auto succeed = []( QV_VECTOR *argv, void *seen ) -> QV_BOOL
+    {
+        *static_cast< std::string * >( seen ) = textOf( argv );
+        return QV_TRUE;
+    };
+
+    Ref ts( qvToolSwitchCreate() );
+    qvToolSwitchSetTool( ts.at(), text( "start" ), succeed );
+    qvToolSwitchSetTool( ts.at(), text( "stop" ), fail );
     qvToolSwitchSetTool( ts.at(), text( "runner" ), fail );
     qvToolSwitchSetTool( ts.at(), text( "run" ), succeed );
     qvToolSwitchSetTool( ts.at(), text( "idle" ), nullptr );
 
-    int              calls = 0;
-    Ref< QV_VECTOR > argv  = arguments( { "sta", "a", "b" } );
-    EXPECT_TRUE( qvToolSwitchRunTool( ts, argv, &calls ) );
-    EXPECT_EQ( "<a, b>", seen );
-    EXPECT_EQ( 3, qvVectorLength( argv ) );
-    EXPECT_TRUE( qvToolSwitchRunTool( ts, arguments( { "run" } ), &calls ) );
-    EXPECT_EQ( 2, calls );
-    EXPECT_FALSE( qvToolSwitchRunTool( ts, arguments( { "stop" } ), nullptr ) );
-    EXPECT_TRUE( qvToolSwitchRunTool( ts, arguments( { "i" } ), nullptr ) );
-    EXPECT_EQ( U"", takePrinted() );
+    const std::array< const char *, 4 > ROWS[] = {
+        { "sta a b", "true", "<a, b>", "" },
+        { "run", "true", "<>", "" },
+        { "stop", "false", "", "" },
+        { "i", "true", "", "" },
+        { "st", "false", "", "st: ambiguous<idle, run, runner, start, stop>" },
+        { "jump", "false", "", "jump: invalid argument<idle, run, runner, start, stop>" },
+    };
 
-    EXPECT_FALSE( qvToolSwitchRunTool( ts, arguments( { "st" } ), &calls ) );
-    EXPECT_EQ( U"st: ambiguous<idle, run, runner, start, stop>", takePrinted() );
-    EXPECT_FALSE( qvToolSwitchRunTool( ts, arguments( { "jump" } ), &calls ) );
-    EXPECT_EQ( U"jump: invalid argument<idle, run, runner, start, stop>", takePrinted() );
-    EXPECT_FALSE( qvToolSwitchRunTool( ts, arguments( {} ), &calls ) );
+    for( auto [words, result, arguments, printed] : ROWS )
+    {
+        std::string seen;
+        Ref         argv( qvStringSplitWhitespace( text( words ), -1 ) );
+        EXPECT_STREQ( result, qvToolSwitchRunTool( ts, argv, &seen ) ? "true" : "false" ) << words;
+        EXPECT_EQ( arguments, seen );
+        EXPECT_EQ( printed, utf8( text( takePrinted() ) ) );
+    }
+
+    EXPECT_FALSE( qvToolSwitchRunTool( ts, Ref( qvVectorCreate() ), nullptr ) );
     EXPECT_EQ( U"missing argument<idle, run, runner, start, stop>", takePrinted() );
-    EXPECT_EQ( 2, calls );
-}
 
-TEST( ToolSwitch, SwitchesAreValues )
-{
-    Ref< QV_TOOL_SWITCH > ts( qvToolSwitchCreate() );
-    qvToolSwitchSetToolCstr( ts.at(), "a", -1, nullptr );
+    // Switches are values.
     Ref< QV_TOOL_SWITCH > other = Ref< QV_TOOL_SWITCH >::share( ts );
-
-    qvToolSwitchDelToolCstr( ts.at(), "absent", -1 );
+    qvToolSwitchDelTool( ts.at(), text( "absent" ) );
     EXPECT_EQ( other.get(), ts.get() );
-
-    qvToolSwitchSetToolCstr( ts.at(), "b", -1, nullptr );
-    qvToolSwitchDelToolWcstr( ts.at(), L"a", -1 );
-    EXPECT_EQ( "<b>", textOf( Ref< QV_VECTOR >( qvToolSwitchToolsVector( ts ) ).get() ) );
-    EXPECT_EQ( "<a>", textOf( Ref< QV_VECTOR >( qvToolSwitchToolsVector( other ) ).get() ) );
-    EXPECT_TRUE( qvToolSwitchHasTool( other, text( "a" ) ) );
-    EXPECT_FALSE( qvToolSwitchHasToolCstr( ts, "a", -1 ) );
-    EXPECT_TRUE( qvToolSwitchHasToolWcstr( ts, L"b", -1 ) );
+    qvToolSwitchDelTool( ts.at(), text( "idle" ) );
+    qvToolSwitchSetTool( other.at(), text( "jump" ), nullptr );
+    EXPECT_FALSE( qvToolSwitchHasTool( ts, text( "idle" ) ) || qvToolSwitchHasTool( ts, text( "jump" ) ) );
+    EXPECT_TRUE( qvToolSwitchHasTool( other, text( "idle" ) ) && qvToolSwitchHasTool( other, text( "jump" ) ) );
 }
