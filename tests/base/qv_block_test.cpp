@@ -68,9 +68,9 @@ QV_INT unitsOf( T *all )
 
 // Counts the elements that changes of a sequence move: all of them when one in the middle is somewhere else afterwards.
 template< class Sequence >
-struct Counted
+struct Block : public testing::Test
 {
-    Ref< typename Sequence::Type > object{ Sequence::create() };
+    Ref< typename Sequence::Type > all{ Sequence::create() };
     QV_INT                         steps = 0, moved = 0;
 
     // A letter is a change: of the front `<` to add and `(` to delete, of the back `>` and `)`.
@@ -78,28 +78,17 @@ struct Counted
     {
         for( ; times-- > 0; )
             for( char change : changes )
-                step( change );
+            {
+                QV_INT middle = unitsOf( all.get() ) / 2;
+                auto  *before = all->first + middle;
+                Sequence::change( all.at(), change == '<' || change == '>', change == '<' || change == '(' );
+                middle += change == '<' ? 1 : change == '(' ? -1 : 0;
+                moved += middle >= 0 && before != all->first + middle ? unitsOf( all.get() ) : 0;
+                steps++;
+            }
 
-        EXPECT_LE( object->size(), 2 * allocated( object.get() ) + 4 * object->home() );
+        EXPECT_LE( all->size(), 2 * allocated( all.get() ) + 4 * all->home() );
     }
-
-    void step( char change )
-    {
-        QV_INT middle = unitsOf( object.get() ) / 2;
-        auto  *before = object->first + middle;
-
-        Sequence::change( object.at(), change == '<' || change == '>', change == '<' || change == '(' );
-        middle += change == '<' ? 1 : change == '(' ? -1 : 0;
-        steps++;
-
-        if( middle >= 0 && before != object->first + middle )
-            moved += unitsOf( object.get() );
-    }
-};
-
-template< class Sequence >
-class Block : public testing::Test
-{
 };
 
 using Sequences = testing::Types<
@@ -121,15 +110,15 @@ TYPED_TEST( Block, ChangesAtTheEndsMoveLittle )
     for( const std::string &turn : turns )
         for( size_t length : { 1000, 10000 } )
         {
-            Counted< TypeParam > counted;
-            counted.run( ">", length );
-            counted.moved = counted.steps = 0;
-            counted.run( turn, 3 * length / turn.size() + 1 );
+            this->all.reset( TypeParam::create() );
+            this->run( ">", length );
+            this->moved = this->steps = 0;
+            this->run( turn, 3 * length / turn.size() + 1 );
 
             for( const char *down : { "(", ")", "()" } )
-                counted.run( down, length / 4 );
+                this->run( down, length / 4 );
 
-            EXPECT_LE( counted.moved, 40 * counted.steps ) << turn << ' ' << length;
+            EXPECT_LE( this->moved, 40 * this->steps ) << turn << ' ' << length;
         }
 }
 
@@ -137,25 +126,13 @@ TYPED_TEST( Block, ChangesAtTheEndsMoveLittle )
 // What builds with assertions find: a block that claims more than there is, and code that writes where nothing is.
 TYPED_TEST( Block, WatchesWhatIsFree )
 {
-    Ref< typename TypeParam::Type > all( TypeParam::create() );
-    auto                            change = [&]( bool adds ) { TypeParam::change( all.at(), adds, true ); };
-
-    for( int i = 0; i < 20; i++ )
-        change( true );
-
-    auto *object = all.get();
+    this->run( "<", 20 );
+    auto *object = this->all.get();
     auto *free   = reinterpret_cast< unsigned char * >( object->first ) - 9;
 
-    EXPECT_DEATH( ( object->bspace += 8, change( false ) ), "length \\+ bspace" );
-    EXPECT_DEATH( ( object->fspace += 32, object->bspace -= 32, change( false ) ), "fspace" );
-    EXPECT_DEATH( ( object->bspace -= 8, change( false ) ), "dbgAllocationSize" );
-
-    EXPECT_DEATH(
-        {
-            *free = 7;
-            for( int i = 0; i < 100; i++ )
-                change( true );
-        },
-        "free memory is as it was left|use-after-poison" );
+    EXPECT_DEATH( ( object->bspace += 8, this->run( "(", 1 ) ), "length \\+ bspace" );
+    EXPECT_DEATH( ( object->fspace += 32, object->bspace -= 32, this->run( "(", 1 ) ), "fspace" );
+    EXPECT_DEATH( ( object->bspace -= 8, this->run( "(", 1 ) ), "dbgAllocationSize" );
+    EXPECT_DEATH( ( *free = 7, this->run( "<", 100 ) ), "free memory is as it was left|use-after-poison" );
 }
 #endif

@@ -25,11 +25,8 @@ TEST( Boxed, ValuesHaveTextsAndOrder )
         for( int b = 0; b < 7; b++ )
             EXPECT_EQ( ( a > b ) - ( a < b ), qvObjCompare( ordered[a], ordered[b] ) );
 
-    EXPECT_EQ( ordered[1], qvBoxedBoolObj( Ref( qvBoxedBoolCreate( QV_TRUE ) ) ) );
-    EXPECT_EQ( ordered[4], qvBoxedNullObj( Ref( qvBoxedNullCreate() ) ) );
-    EXPECT_TRUE(
-        qvBoxedBoolValue( qvBoxedBoolFrom( ordered[1] ) ) && !qvBoxedBoolValue( qvBoxedBoolFrom( ordered[0] ) ) );
-    EXPECT_EQ( QV_INT_MIN, qvBoxedIntValue( qvBoxedIntFrom( ordered[2] ) ) );
+    EXPECT_EQ( ordered[1], qvBoxedBoolObj( Ref( qvBoxedBoolCreate( QV_TRUE ) ) ) ); // one object
+    EXPECT_EQ( QV_FALSE, qvBoxedBoolValue( qvBoxedBoolFrom( ordered[0] ) ) );
     EXPECT_EQ( 1.5, qvBoxedRealValue( qvBoxedRealFrom( ordered[6] ) ) );
 }
 
@@ -63,12 +60,7 @@ TEST( Boxed, StandardFunctionsReportBrokenContracts )
 {
     QV_BOXED_INT *box = qvBoxedIntCreate( 1 );
 
-    EXPECT_EQ( nullptr, qvBoxedIntObj( nullptr ) );
-    EXPECT_EQ( nullptr, qvBoxedIntFrom( nullptr ) );
-
     EXPECT_BROKEN_MESSAGE( qvBoxedIntRelease( nullptr ), "stdfunc release", "obj" );
-    EXPECT_BROKEN_MESSAGE( qvBoxedIntToString( nullptr ), "stdfunc tostring", "obj" );
-    EXPECT_BROKEN_MESSAGE( qvBoxedIntCompare( nullptr, box ), "stdfunc compare a", "objA" );
     EXPECT_BROKEN_MESSAGE( qvBoxedIntCompare( box, nullptr ), "stdfunc compare b", "objB" );
     EXPECT_BROKEN_MESSAGE(
         qvBoxedRealFrom( qv::obj( box ) ), "stdfunc from", "!obj || qvObjSort(obj)==&qv___sort_QV_BOXED_REAL" );

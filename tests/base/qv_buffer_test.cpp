@@ -1,8 +1,6 @@
 #include "qv_test_support.h"
 
-#include "qv/base/qv_boxed_int.h"
-#include "qv/base/qv_buffer.h"
-#include "qv/sys/qv_mem.h"
+#include "qv/qv.h"
 
 #include <cstring>
 

@@ -1,8 +1,7 @@
 #include "qv_test_support.h"
 
-#include "qv/base/qv_boxed_int.h"
-#include "qv/base/qv_dict.h"
 #include "qv/base/qv_dict_private.h"
+#include "qv/qv.h"
 
 using namespace qv;
 using namespace qv::test;

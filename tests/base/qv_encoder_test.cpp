@@ -1,7 +1,6 @@
 #include "qv_test_stream.h"
 
-#include "qv/base/qv_decoder.h"
-#include "qv/base/qv_encoder.h"
+#include "qv/qv.h"
 
 using qv::Ref;
 using namespace qv::test;

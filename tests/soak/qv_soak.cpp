@@ -13,9 +13,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <random>
-#include <string>
 
 #include <malloc.h>
 #include <unistd.h>
@@ -27,7 +25,6 @@ namespace
 {
 std::atomic< bool >      over{ false };
 std::atomic< long long > rounds{ 0 };
-std::string              folder;
 
 // What all threads hold and none may ever see changed.
 QV_STRING *sharedText;
@@ -53,11 +50,9 @@ void values( QV_INT seed )
     Ref< QV_STORE > mine = Ref< QV_STORE >::share( sharedStore );
     qvStoreSetValueIntCstr( mine.at(), "own", -1, seed );
     qvStoreSetStoreCstr( mine.at(), "nested", -1, sharedStore );
-    Ref< QV_STORE > fromText( qvStoreTryDecodeFromTextBuffer( Ref( qvStoreEncodeToTextBuffer( mine ) ) ) );
-    EXPECT( qvStoreEquals( mine, fromText ) );
+    EXPECT( qvStoreEquals( mine, Ref( qvStoreTryDecodeFromTextBuffer( Ref( qvStoreEncodeToTextBuffer( mine ) ) ) ) ) );
     EXPECT( qvStoreEquals( mine, Ref( qvStoreTryDecodeFromBuffer( Ref( qvStoreEncodeToBuffer( mine ) ) ) ) ) );
-    qvStoreMerge( fromText.at(), sharedStore );
-    qvStoreDelStoreCstr( fromText.at(), "nested", -1 );
+    qvStoreMerge( mine.at(), sharedStore );
 
     Ref< QV_STRING > text = Ref< QV_STRING >::share( sharedText );
     qvStringNormalizeNFD( text.at() );
@@ -65,15 +60,14 @@ void values( QV_INT seed )
     qvStringToUpper( text.at() );
     EXPECT( qvStringLength( text ) > 2 * qvStringLength( sharedText ) );
 
-    Ref< QV_DICT > dict   = Ref< QV_DICT >::share( sharedDict );
-    QV_INT         length = qvDictLength( dict ), extra = seed % 600;
+    Ref< QV_DICT > dict = Ref< QV_DICT >::share( sharedDict );
 
-    for( QV_INT i = 0; i < extra; i++ )
-        qvDictSetIntKey( dict.at(), i % 2 ? -1 - i : length + i, number( i ) );
+    for( QV_INT i = 0; i < seed % 600; i++ )
+        qvDictSetIntKey( dict.at(), i % 2 ? -1 - i : 500 + i, number( i ) );
 
     qvDictExclude( dict.at(), sharedDict );
     qvDictInclude( dict.at(), sharedDict, QV_TRUE );
-    EXPECT( qvDictLength( dict ) == length + extra );
+    EXPECT( qvDictLength( dict ) == 500 + seed % 600 );
 }
 
 void streams( QV_INT seed )
@@ -85,12 +79,6 @@ void streams( QV_INT seed )
 
     Ref< QV_BUFFER > written( qvBufferByteSinkBuffer( bytes ) );
     EXPECT( qvStringEquals( Ref( qvCharsetBufferToString( charset, written ) ), sharedText ) );
-
-    std::string      path = folder + "/file" + std::to_string( gettid() );
-    Ref< QV_STRING > name( qvStringCreateFromCstr( path.c_str(), -1 ) );
-    EXPECT( qvFileWriteBuffer( name, written ) );
-    EXPECT( qvBufferEquals( Ref( qvFileReadBuffer( name, -1 ) ), written ) );
-    EXPECT( qvFileDelete( name ) );
 }
 
 // A timer asserts a signal that opens a barrier and sets an alert; releasing the targets early is part of it.
@@ -173,11 +161,7 @@ int main( int argc, char **argv )
     int    starts      = argc > 3 ? atoi( argv[3] ) : 10000;
     size_t before      = 0;
 
-    char pattern[] = "/tmp/qv-soak-XXXXXX";
-    EXPECT( mkdtemp( pattern ) );
-    folder = pattern;
-    setenv( "XZ_MORVANE_DATA_PATH", ( folder + "/data" ).c_str(), 1 );
-
+    setenv( "XZ_MORVANE_DATA_PATH", "/proc/nowhere", 1 ); // so that no file stays
     qvRuntimeStartup( 0, nullptr, "soak", "Soak", "1.0" );
     sharedText  = qvStringCreateFromCstr( "Gr\u00FC\u00DFe an alle \u2013 \U0001F600 ", -1 );
     sharedDict  = qvDictCreate();
@@ -190,15 +174,11 @@ int main( int argc, char **argv )
     }
 
     {
-        Ref< QV_STRING >                keptText( qvStringCreateFrom( sharedText ) );
-        Ref< QV_BUFFER >                keptStore( qvStoreEncodeToBuffer( sharedStore ) );
+        Ref< QV_BUFFER >                kept( qvStoreEncodeToBuffer( sharedStore ) );
         std::vector< Ref< QV_THREAD > > workers;
 
         for( int i = 0; i < threadCount; i++ )
-        {
             workers.push_back( trySpawn( [i] { work( static_cast< unsigned >( i ) ); } ) );
-            EXPECT( workers.back() );
-        }
 
         allocated( seconds / 5.0 ); // until all have what they need
         before = allocated( seconds / 5.0 );
@@ -211,8 +191,7 @@ int main( int argc, char **argv )
 
         printf( "%lld rounds of %d threads in %d seconds\n", rounds.load(), threadCount, seconds );
         expectFlat( "work", before, after );
-        EXPECT( qvBufferEquals( Ref( qvStoreEncodeToBuffer( sharedStore ) ), keptStore ) );
-        EXPECT( qvStringEquals( sharedText, keptText ) && qvDictLength( sharedDict ) == 500 );
+        EXPECT( qvBufferEquals( Ref( qvStoreEncodeToBuffer( sharedStore ) ), kept ) );
     }
 
     qvStringRelease( sharedText );
@@ -231,6 +210,5 @@ int main( int argc, char **argv )
     }
 
     expectFlat( "starts and stops", before, allocated( 0 ) );
-    std::filesystem::remove_all( folder );
     puts( "nothing left" );
 }
