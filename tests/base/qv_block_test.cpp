@@ -13,11 +13,6 @@ using namespace qv::test;
 
 namespace
 {
-Ref< QV_OBJ > element()
-{
-    return Ref< QV_OBJ >( qvBoxedIntObj( qvBoxedIntCreate( 1 ) ) );
-}
-
 // Each adds an element at the front or the back of a sequence, or deletes it.
 void changeText( QV_STRING **all, bool adds, bool front )
 {
@@ -33,7 +28,7 @@ void changeBytes( QV_BUFFER **all, bool adds, bool front )
 
 void changeObjects( QV_VECTOR **all, bool adds, bool front )
 {
-    adds    ? ( front ? qvVectorPrependObj : qvVectorAppendObj )( all, element() )
+    adds    ? ( front ? qvVectorPrependInt : qvVectorAppendInt )( all, 1 )
     : front ? qvVectorDelLeading( all, 1 )
             : qv::release( qvVectorPop( all ) );
 }
@@ -43,7 +38,8 @@ void changeRanges( QV_RANGE_MAP **all, bool adds, bool front )
 {
     QV_INT length = qvRangeMapLength( *all );
     QV_INT key    = length ? qvRangeMapStartingKeyAt( *all, front ? 0 : length - 1 ) : 0;
-    adds ? qvRangeMapSetIntKey( all, front ? key - 1 : key + 1, element() ) : qvRangeMapDelIntKey( all, key );
+    adds ? qvRangeMapSetIntKey( all, front ? key - 1 : key + 1, qvStringObj( text( "" ) ) )
+            : qvRangeMapDelIntKey( all, key );
 }
 
 template< class T, T *( *CREATE )(), void ( *CHANGE )( T **all, bool adds, bool front ) >

@@ -33,12 +33,9 @@ TEST( Boxed, ValuesHaveTextsAndOrder )
 TEST( Boxed, IdentitiesDifferAndKeepTheirOrder )
 {
     Ref< QV_BOXED_UNIQUE > a( qvBoxedUniqueCreate() ), b( qvBoxedUniqueCreate() );
-
-    // Which comes first is open: numbers that other objects gave back are handed out again, the last one first.
-    QV_INT order = qvBoxedUniqueCompare( b, a );
+    QV_INT                 order = qvBoxedUniqueCompare( b, a ); // either: numbers are handed out again
     EXPECT_EQ( 1, order * order );
     EXPECT_EQ( -order, qvBoxedUniqueCompare( a, b ) );
-    EXPECT_TRUE( qvBoxedUniqueEquals( a, a ) );
     EXPECT_THAT( textOf( a.get() ), testing::MatchesRegex( "QV_BOXED_UNIQUE\\([0-9A-F]+\\)" ) );
 }
 

@@ -48,8 +48,4 @@ TEST( Identifier, TakesNothingElse )
         EXPECT_EQ( nullptr, qvIdentifierTryCreateFromString( text( name ) ) ) << name;
         EXPECT_EQ( nullptr, qvIdentifierTryCreateFromBuffer( buffer( name ) ) ) << name;
     }
-
-    Ref< QV_IDENTIFIER > a( qvIdentifierTryCreateFromString( text( GOOD ) ) );
-    Ref< QV_IDENTIFIER > b( qvIdentifierTryCreateFromString( text( "FEDCBA9876543210FEDCBA9876543210" ) ) );
-    EXPECT_EQ( -1, qvIdentifierCompare( a, b ) );
 }

@@ -7,11 +7,6 @@
 using qv::Ref;
 using namespace qv::test;
 
-TEST( Opt, FlagsHaveNames )
-{
-    EXPECT_EQ( "IGNORE|NO_ABBREV", take( qvOptFlagsToString( 10 | 16 ) ) );
-}
-
 TEST( Opt, ArgumentsHaveTypedForms )
 {
     Ref< QV_OPT_DEF > def( qvOptDefCreate() );
@@ -60,4 +55,6 @@ TEST( Opt, ArgumentsHaveTypedForms )
         EXPECT_EQ( row.isNumericBool, qvOptSeqArgIsBool( seq, QV_TRUE ) );
         EXPECT_EQ( row.numericTruth, qvOptSeqArgBool( seq, QV_TRUE ) );
     }
+
+    EXPECT_EQ( "IGNORE|NO_ABBREV", take( qvOptFlagsToString( 10 | 16 ) ) );
 }

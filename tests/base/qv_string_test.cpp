@@ -17,22 +17,6 @@ TEST( String, EmptyStringsAreOneObject )
     EXPECT_EQ( empty.get(), some.get() );
 }
 
-// A long text that is cut down goes back where it began, if it began in the object's own memory.
-TEST( String, MemoryIsGivenBack )
-{
-    for( QV_INT start : { 70, 500, 600 } )
-    {
-        Ref< QV_STRING > qvs( qvStringCreateFrom( text( std::u32string( size_t( start ), U'a' ) ) ) );
-
-        while( qvs->length < 250000 )
-            qvStringAppend( qvs.at(), text( "bcdefghijklmnopqrstuvwxyz" ) );
-
-        qvStringDelOuter( qvs.at(), 100000, 3 );
-        EXPECT_LE( qvs->size(), std::max< QV_INT >( 4 * qvs->home(), 2 * 4 * ( 3 + 64 ) ) );
-        EXPECT_EQ( qvs->home() > 0, qvs->size() == 4 * qvs->home() );
-    }
-}
-
 TEST( String, SplitsAtRunsOfWhiteSpace )
 {
     auto split = []( const char *qvs, QV_INT maxParts )
@@ -95,18 +79,6 @@ TEST( String, PartsAreCountedWhereNoListsAreKept )
 
             qvRuntimeShutdown();
         } );
-}
-
-TEST( String, ScansValuesInARange )
-{
-    Ref< QV_STRING > qvs     = text( "x12345 1.5 true" );
-    QV_INT           integer = 0, consumed = 0;
-    QV_REAL          real  = 0;
-    QV_BOOL          truth = QV_FALSE;
-
-    EXPECT_TRUE( qvStringScanInt( qvs, 1, 3, 10, &integer, &consumed ) && integer == 123 && consumed == 3 );
-    EXPECT_TRUE( qvStringScanReal( qvs, 7, 100, 10, &real, nullptr ) && real == 1.5 );
-    EXPECT_TRUE( qvStringScanBool( qvs, 11, -1, QV_FALSE, &truth, nullptr ) && truth );
 }
 
 TEST( String, ConvertsFromAndToOutsideText )
