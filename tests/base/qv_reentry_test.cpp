@@ -3,6 +3,7 @@
 #include "qv_probe.h"
 #include "qv_test_support.h"
 
+#include "qv/base/qv_dict_private.h"
 #include "qv/qv.h"
 
 using namespace qv;
@@ -91,7 +92,7 @@ TEST( Reentry, LeavesDictsWhole )
             { []( auto dict, auto ) { EXPECT_TRUE( Ref( qvDictObjKey( *dict, probe( 7 ) ) ) ); }, 0 },
             { []( auto dict, auto ) { EXPECT_EQ( 700, qvDictIndexOfObjKey( *dict, probe( 700 ) ) ); }, 0 },
             { []( auto dict, auto other ) { qvDictDisjoint( *dict, other ); }, 0 },
-            { []( auto dict, auto ) { qvDictClear( dict ); }, 0 },
+            { []( auto dict, auto ) { qv___DictClear( dict ); }, 0 },
         } );
 }
 

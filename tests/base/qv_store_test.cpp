@@ -42,12 +42,9 @@ std::string repeat( std::string_view part, int times )
 
 TEST( Store, TypedValuesAreReadFromEndToEnd )
 {
-    const std::tuple< const char *, QV_INT, QV_REAL > cases[] = { // 0 where it is none of the kind
-                                                                  { "a=0x10", 16, 16.0 },
-                                                                  { "a=2,5", 0, 2.5 },
-                                                                  { "a=12 x", 0, 0.0 },
-                                                                  { "a=", 0, 0.0 },
-                                                                  { "a.12=1", 0, 0.0 } };
+    // 0 where it is none of the kind
+    const std::tuple< const char *, QV_INT, QV_REAL > cases[] = {
+        { "a=0x10", 16, 16.0 }, { "a=2,5", 0, 2.5 }, { "a=12 x", 0, 0.0 }, { "a=", 0, 0.0 }, { "a.12=1", 0, 0.0 } };
 
     for( auto &[line, ofInt, ofReal] : cases )
     {
