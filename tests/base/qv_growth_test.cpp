@@ -134,7 +134,7 @@ void readOptions( const Numbers &order )
     qvOptDefSetFlags( def.at(), 2, QV_OPT_FLAG_IGNORE );
 
     for( char letter : { 'a', 'i' } )
-        qvVectorAppendString( argv.at(), text( "-" + std::string( 20 * order.size(), letter ) ) );
+        qvVectorAppendString( argv.at(), text( std::string( "-" ).append( 20 * order.size(), letter ) ) );
 
     for( int round = 0; round < 20; round++ )
         for( QV_INT i : order )
@@ -217,7 +217,7 @@ TEST( Growth, MemoryIsInProportion )
 
         for( int i = 0; i < count; i++ )
         {
-            std::string name = "x" + std::to_string( i );
+            std::string name = std::string( "x" ).append( std::to_string( i ) );
             records += name + ".name=n\n" + name + ".port=1\n" + name + ".host=localhost\n";
             chains += i % 30 ? "" : name + chain + ".\n";
             again += i % 3 ? "" : full.substr( 2 ) + "\n" + name + chain.substr( 0, 36 ) + ".\n";
