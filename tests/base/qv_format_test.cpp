@@ -28,7 +28,7 @@ TEST( Format, ConvertsWhatIsRare )
     const QV_INT        seven = 7;
     const wchar_t      *wide  = L"w\u00E9";
 
-    EXPECT_EQ( "  7", formatted( "%3 i", seven ) ); // white space behind a number belongs to it
+    EXPECT_EQ( "  7", formatted( "%3 i", seven ) ); // white space after a number belongs to it
     EXPECT_EQ( "7", formatted( "%.!i", seven ) );
     EXPECT_EQ( "  7 7  ", formatted( "%\u0663i %-\u0663i", seven, seven ) ); // a width in Arabic digits
     EXPECT_EQ( "hello", formatted( "%.s", hello.get() ) );

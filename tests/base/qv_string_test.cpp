@@ -102,7 +102,7 @@ TEST( String, ConvertsFromAndToOutsideText )
     EXPECT_EQ( "\uFFFDt", take( qvStringCreateFromAscii( "\xE9t", -1 ) ) );
     EXPECT_EQ( "\u00E9", take( qvStringCreateFromWcstr( L"\xE9", -1 ) ) );
 
-    // Long text is taken as ASCII first: another character turns up at every place of the vectors and behind them.
+    // Long text is taken as ASCII first: another character turns up at every place of the vectors and after them.
     for( size_t count : { 31, 32, 97, 130, 511, 513, 700 } )
         for( size_t at = count; at-- > 0; at = at > 100 ? at - 37 : at )
         {
