@@ -1,15 +1,10 @@
 #include "qv_test_support.h"
 
-#include "qv/base/qv_boxed_int.h"
-#include "qv/base/qv_buffer.h"
 #include "qv/base/qv_buffer_private.h"
-#include "qv/base/qv_range_map.h"
 #include "qv/base/qv_range_map_private.h"
 #include "qv/base/qv_string_private.h"
-#include "qv/base/qv_vector.h"
 #include "qv/base/qv_vector_private.h"
-
-#include <cstring>
+#include "qv/qv.h"
 
 using qv::Ref;
 using namespace qv::test;
@@ -18,70 +13,42 @@ using namespace qv::test;
 
 namespace
 {
-Ref< QV_OBJ > element()
+// Each adds an element at the front or the back of a sequence, or deletes it.
+void changeText( QV_STRING **all, bool adds, bool front )
 {
-    return Ref< QV_OBJ >( qvBoxedIntObj( qvBoxedIntCreate( 1 ) ) );
+    adds ? ( front ? qvStringPrependChar : qvStringAppendChar )( all, U'a' )
+         : ( front ? qvStringDelLeading : qvStringDelTrailing )( all, 1 );
 }
 
-struct Text
+void changeBytes( QV_BUFFER **all, bool adds, bool front )
 {
-    using Type = QV_STRING;
-
-    static constexpr auto create    = qvStringCreate;
-    static constexpr auto append    = []( Ref< Type > &all ) { qvStringAppendChar( all.at(), U'a' ); };
-    static constexpr auto prepend   = []( Ref< Type > &all ) { qvStringPrependChar( all.at(), U'a' ); };
-    static constexpr auto dropFront = []( Ref< Type > &all ) { qvStringDelLeading( all.at(), 1 ); };
-    static constexpr auto dropBack  = []( Ref< Type > &all ) { qvStringDelTrailing( all.at(), 1 ); };
-    static constexpr auto compact   = []( Ref< Type > &all ) { qv___StringCompact( all ); };
-};
-
-struct Bytes
-{
-    using Type = QV_BUFFER;
-
-    static constexpr auto create    = qvBufferCreate;
-    static constexpr auto append    = []( Ref< Type > &all ) { qvBufferAppendByte( all.at(), 1 ); };
-    static constexpr auto prepend   = []( Ref< Type > &all ) { qvBufferPrependByte( all.at(), 1 ); };
-    static constexpr auto dropFront = []( Ref< Type > &all ) { qvBufferDelLeading( all.at(), 1 ); };
-    static constexpr auto dropBack  = []( Ref< Type > &all ) { qvBufferDelTrailing( all.at(), 1 ); };
-    static constexpr auto compact   = []( Ref< Type > &all ) { qv___BufferCompact( all ); };
-};
-
-struct Objects
-{
-    using Type = QV_VECTOR;
-
-    static constexpr auto create    = qvVectorCreate;
-    static constexpr auto append    = []( Ref< Type > &all ) { qvVectorAppendObj( all.at(), element() ); };
-    static constexpr auto prepend   = []( Ref< Type > &all ) { qvVectorPrependObj( all.at(), element() ); };
-    static constexpr auto dropFront = []( Ref< Type > &all ) { qvVectorDelLeading( all.at(), 1 ); };
-    static constexpr auto dropBack  = []( Ref< Type > &all ) { qv::release( qvVectorPop( all.at() ) ); };
-    static constexpr auto compact   = []( Ref< Type > &all ) { qv___VectorCompact( all ); };
-};
-
-// The keys are ranges of their own.
-QV_INT lastKey( QV_RANGE_MAP *map )
-{
-    return map->length ? qvRangeMapStartingKeyAt( map, map->length - 1 ) : 0;
+    adds ? ( front ? qvBufferPrependByte : qvBufferAppendByte )( all, 1 )
+         : ( front ? qvBufferDelLeading : qvBufferDelTrailing )( all, 1 );
 }
 
-QV_INT firstKey( QV_RANGE_MAP *map )
+void changeObjects( QV_VECTOR **all, bool adds, bool front )
 {
-    return map->length ? qvRangeMapStartingKeyAt( map, 0 ) : 1;
+    adds    ? ( front ? qvVectorPrependInt : qvVectorAppendInt )( all, 1 )
+    : front ? qvVectorDelLeading( all, 1 )
+            : qv::release( qvVectorPop( all ) );
 }
 
-struct Ranges
+// The ranges are of one key each.
+void changeRanges( QV_RANGE_MAP **all, bool adds, bool front )
 {
-    using Type = QV_RANGE_MAP;
+    QV_INT length = qvRangeMapLength( *all );
+    QV_INT key    = length ? qvRangeMapStartingKeyAt( *all, front ? 0 : length - 1 ) : 0;
+    adds ? qvRangeMapSetIntKey( all, front ? key - 1 : key + 1, qvStringObj( text( "" ) ) )
+            : qvRangeMapDelIntKey( all, key );
+}
 
-    static constexpr auto create = qvRangeMapCreate;
-    static constexpr auto append = []( Ref< Type > &all )
-    { qvRangeMapSetIntKey( all.at(), lastKey( all ) + 1, element() ); };
-    static constexpr auto prepend = []( Ref< Type > &all )
-    { qvRangeMapSetIntKey( all.at(), firstKey( all ) - 1, element() ); };
-    static constexpr auto dropFront = []( Ref< Type > &all ) { qvRangeMapDelIntKey( all.at(), firstKey( all ) ); };
-    static constexpr auto dropBack  = []( Ref< Type > &all ) { qvRangeMapDelIntKey( all.at(), lastKey( all ) ); };
-    static constexpr auto compact   = []( Ref< Type > &all ) { qvRangeMapDelIntKey( all.at(), firstKey( all ) ); };
+template< class T, T *( *CREATE )(), void ( *CHANGE )( T **all, bool adds, bool front ) >
+struct Kind
+{
+    using Type = T;
+
+    static constexpr auto create = CREATE;
+    static constexpr auto change = CHANGE;
 };
 
 QV_INT unitsOf( QV_BUFFER *buf )
@@ -97,44 +64,32 @@ QV_INT unitsOf( T *all )
 
 // Counts the elements that changes of a sequence move: all of them when one in the middle is somewhere else afterwards.
 template< class Sequence >
-struct Counted
+struct Block : public testing::Test
 {
-    Ref< typename Sequence::Type > object{ Sequence::create() };
+    Ref< typename Sequence::Type > all{ Sequence::create() };
     QV_INT                         steps = 0, moved = 0;
 
     // A letter is a change: of the front `<` to add and `(` to delete, of the back `>` and `)`.
-    void run( const char *changes, QV_INT times = 1 )
+    void run( const std::string &changes, size_t times )
     {
         for( ; times-- > 0; )
-            for( const char *change = changes; *change; change++ )
-                step( *change );
+            for( char change : changes )
+            {
+                QV_INT middle = unitsOf( all.get() ) / 2;
+                auto  *before = all->first + middle;
+                Sequence::change( all.at(), change == '<' || change == '>', change == '<' || change == '(' );
+                middle += change == '<' ? 1 : change == '(' ? -1 : 0;
+                moved += middle >= 0 && before != all->first + middle ? unitsOf( all.get() ) : 0;
+                steps++;
+            }
 
-        EXPECT_LE( object->size(), 2 * allocated( object.get() ) + 4 * object->home() );
-    }
-
-    void step( char change )
-    {
-        QV_INT middle = unitsOf( object.get() ) / 2;
-        auto  *before = object->first + middle;
-
-        change == '<'   ? Sequence::prepend( object )
-        : change == '(' ? Sequence::dropFront( object )
-        : change == '>' ? Sequence::append( object )
-                        : Sequence::dropBack( object );
-        middle += change == '<' ? 1 : change == '(' ? -1 : 0;
-        steps++;
-
-        if( middle >= 0 && before != object->first + middle )
-            moved += unitsOf( object.get() );
+        EXPECT_LE( all->size(), 2 * allocated( all.get() ) + 4 * all->home() );
     }
 };
 
-template< class Sequence >
-class Block : public testing::Test
-{
-};
-
-using Sequences = testing::Types< Text, Bytes, Objects, Ranges >;
+using Sequences = testing::Types<
+    Kind< QV_STRING, qvStringCreate, changeText >, Kind< QV_BUFFER, qvBufferCreate, changeBytes >,
+    Kind< QV_VECTOR, qvVectorCreate, changeObjects >, Kind< QV_RANGE_MAP, qvRangeMapCreate, changeRanges > >;
 TYPED_TEST_SUITE( Block, Sequences );
 } // namespace
 
@@ -142,34 +97,24 @@ TYPED_TEST_SUITE( Block, Sequences );
 // comes next: one end, both in turn, a queue, and to and fro over each border at which the declared size changes.
 TYPED_TEST( Block, ChangesAtTheEndsMoveLittle )
 {
-    std::string turns[] = { "<", ">", "<>", "><(", ">>)<", ">(", "<)" };
+    std::vector< std::string > turns = { "<", ">", "<>", "><(", ">>)<", ">(", "<)" };
 
-    for( int count : { 31, 33, 40, 65, 70, 165, 330 } )
+    for( size_t count : { 31, 33, 40, 65, 70, 165, 330 } )
         for( const char *pair : { "<(", ">)", "<)", ">(" } )
-            for( QV_INT length : { 1000, 10000 } )
-            {
-                Counted< TypeParam > counted;
-                counted.run( ">", length );
-                counted.moved = counted.steps = 0;
-
-                std::string there( size_t( count ), pair[0] ), back( size_t( count ), pair[1] );
-                counted.run( ( there + back ).c_str(), 3 * length / count );
-                EXPECT_LE( counted.moved, 40 * counted.steps ) << pair << ' ' << count << ' ' << length;
-            }
+            turns.push_back( std::string( count, pair[0] ) + std::string( count, pair[1] ) );
 
     for( const std::string &turn : turns )
-        for( QV_INT length : { 4000, 40000 } )
+        for( size_t length : { 1000, 10000 } )
         {
-            Counted< TypeParam > counted;
-            counted.run( ">", length / 4 );
-            counted.run( turn.c_str(), length );
-            EXPECT_LE( counted.moved, 40 * counted.steps ) << turn << ' ' << length;
+            this->all.reset( TypeParam::create() );
+            this->run( ">", length );
+            this->moved = this->steps = 0;
+            this->run( turn, 3 * length / turn.size() + 1 );
 
-            // And down again, at either end and at both.
             for( const char *down : { "(", ")", "()" } )
-                counted.run( down, unitsOf( counted.object.get() ) / 4 );
+                this->run( down, length / 4 );
 
-            EXPECT_LE( counted.moved, 40 * counted.steps ) << turn << ' ' << length;
+            EXPECT_LE( this->moved, 40 * this->steps ) << turn << ' ' << length;
         }
 }
 
@@ -177,26 +122,13 @@ TYPED_TEST( Block, ChangesAtTheEndsMoveLittle )
 // What builds with assertions find: a block that claims more than there is, and code that writes where nothing is.
 TYPED_TEST( Block, WatchesWhatIsFree )
 {
-    Ref< typename TypeParam::Type > all( TypeParam::create() );
-
-    for( int i = 0; i < 20; i++ )
-        TypeParam::append( all );
-
-    TypeParam::prepend( all );
-
-    auto *object = all.get();
+    this->run( "<", 20 );
+    auto *object = this->all.get();
     auto *free   = reinterpret_cast< unsigned char * >( object->first ) - 9;
 
-    EXPECT_DEATH( ( object->bspace += 8, TypeParam::compact( all ) ), "length \\+ bspace" );
-    EXPECT_DEATH( ( object->fspace += 32, object->bspace -= 32, TypeParam::compact( all ) ), "fspace" );
-    EXPECT_DEATH( ( object->bspace -= 8, TypeParam::compact( all ) ), "dbgAllocationSize" );
-
-    EXPECT_DEATH(
-        {
-            *free = 7;
-            for( int i = 0; i < 100; i++ )
-                TypeParam::prepend( all );
-        },
-        "free memory is as it was left|use-after-poison" );
+    EXPECT_DEATH( ( object->bspace += 8, this->run( "(", 1 ) ), "length \\+ bspace" );
+    EXPECT_DEATH( ( object->fspace += 32, object->bspace -= 32, this->run( "(", 1 ) ), "fspace" );
+    EXPECT_DEATH( ( object->bspace -= 8, this->run( "(", 1 ) ), "dbgAllocationSize" );
+    EXPECT_DEATH( ( *free = 7, this->run( "<", 100 ) ), "free memory is as it was left|use-after-poison" );
 }
 #endif

@@ -1,5 +1,5 @@
 /** @file
-    A family for tests of containers: it counts its comparisons, and does what a test wants while it compares or
+    A family for tests of containers: it counts its comparisons, and does what a test wants while it is compared or
     ends. */
 
 #ifndef QV_PROBE_H
@@ -20,8 +20,6 @@ struct QV_PROBE : QV_OBJ
 
 namespace qv::test
 {
-extern size_t bytesMoved, allocations; // by the library, where no sanitizer runs; see qv_growth_test.cpp
-
 inline QV_INT                  comparisons = 0;
 inline std::function< void() > whileComparing, whileEnding; // called once
 
@@ -30,7 +28,7 @@ inline Ref< QV_OBJ > probe( QV_INT value )
     QV_PROBE *object = create< QV_PROBE >( qvProbeSort() );
     object->value    = value;
 
-    return Ref< QV_OBJ >( qvProbeObj( object ) );
+    return Ref( qvProbeObj( object ) );
 }
 } // namespace qv::test
 
