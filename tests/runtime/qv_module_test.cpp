@@ -4,6 +4,9 @@
 #include "qv/runtime/qv_module_version.h"
 #include "qv/runtime/qv_obj.h"
 
+#include <array>
+#include <random>
+
 using qv::Ref;
 using namespace qv::test;
 
@@ -99,4 +102,79 @@ TEST( Module, ARecordHasToFitTheProduct )
     module      = moduleWith( &ANY_PRODUCT );
     module.sort = qvModuleSort();
     EXPECT_FALSE( qv___ModuleCheckCompatibility( &module ) );
+}
+
+/* Versions ------------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+using Numbers = std::array< QV_INT, 4 >;
+
+Ref< QV_MODULE_VERSION > version( const Numbers &numbers )
+{
+    return Ref< QV_MODULE_VERSION >( qvModuleVersionCreate( numbers[0], numbers[1], numbers[2], numbers[3] ) );
+}
+
+// The text of what a text is read as, or nothing.
+std::string read( const std::string &input )
+{
+    Ref< QV_MODULE_VERSION > ver( qvModuleVersionTryCreateFromString( text( input ) ) );
+    return ver ? textOf( ver.get() ) : "";
+}
+
+// The largest number that keeps its product with 1000 in range, and what may then be added.
+const QV_INT LARGEST = QV_INT_MAX / 1000;
+const QV_INT LEFT    = QV_INT_MAX % 1000;
+} // namespace
+
+TEST( ModuleVersion, ReadsItsTextAndNothingElse )
+{
+    const std::string LARGEST_TEXT = std::to_string( LARGEST ) + "#" + std::to_string( LEFT );
+    const std::string BEYOND_TEXT  = std::to_string( LARGEST ) + "#" + std::to_string( LEFT + 1 );
+
+    for( const std::string &good :
+         { std::string( "1.2" ), { "4#19.0" }, { "0.0#999" }, LARGEST_TEXT + "." + LARGEST_TEXT } )
+        EXPECT_EQ( good, read( good ) );
+
+    EXPECT_EQ( "1.2", read( "01#0.002#000" ) );
+    EXPECT_EQ( "1#2.3", read( " +1 # 2. 3 " ) ); // as all numbers are read
+
+    for( std::string bad : { "", "1", "1.", "1.2.3", "1#.0", "1.0#", "1#2#3.0", "1#1000.0", "-1.0", "1#-1.0", "1.0x" } )
+        EXPECT_EQ( "", read( bad ) ) << bad;
+
+    EXPECT_EQ( "", read( BEYOND_TEXT + ".0" ) + read( "0." + BEYOND_TEXT ) );
+}
+
+TEST( ModuleVersion, IsOrderedByItsFourNumbers )
+{
+    std::mt19937 random( 42 );
+    auto         digit = [&] { return static_cast< QV_INT >( random() % 3 ); };
+
+    for( int round = 0; round < 2000; round++ )
+    {
+        Numbers a = { digit(), digit(), digit(), digit() }, b = { digit(), digit(), digit(), digit() };
+        ASSERT_EQ( ( a > b ) - ( a < b ), qvModuleVersionCompare( version( a ), version( b ) ) );
+        ASSERT_EQ( textOf( version( a ).get() ), read( textOf( version( a ).get() ) ) );
+    }
+
+    // Not by their difference, which has no room.
+    EXPECT_EQ( 1, qvModuleVersionCompare( version( { LARGEST, 0, 0, 0 } ), version( { 0, 0, LARGEST, 0 } ) ) );
+
+    Ref< QV_MODULE_VERSION > each = version( { 1, 2, 3, 4 } );
+    EXPECT_EQ( "1#2.3#4", textOf( each.get() ) );
+    EXPECT_EQ( 1, qvModuleVersionMajor( each ) );
+    EXPECT_EQ( 2, qvModuleVersionMajorInsert( each ) );
+    EXPECT_EQ( 3, qvModuleVersionMinor( each ) );
+    EXPECT_EQ( 4, qvModuleVersionMinorInsert( each ) );
+    EXPECT_EQ( 1002, qvModuleVersionCompatibility( each ) );
+}
+
+TEST( ModuleVersion, KeepsItsBounds )
+{
+    expectReports( {
+        { [] { version( { -1, 0, 0, 0 } ); }, "major >= 0" },
+        { [] { version( { 0, 1000, 0, 0 } ); }, "majorInsert >= 0 && majorInsert <= 999" },
+        { [] { version( { LARGEST + 1, 0, 0, 0 } ); }, "QV_INT_MUL_OK( major, 1000 )" },
+        { [] { version( { 0, 0, LARGEST, LEFT + 1 } ); }, "QV_INT_ADD_OK( minor * 1000, minorInsert )" },
+    } );
 }

@@ -9,45 +9,32 @@
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_obj_private.h"
+#include "qv/runtime/qv_runtime_private.h"
 #include "qv/runtime/qv_sort.h"
 
 #include <atomic>
-#include <csignal>
-#include <cstring>
 
 #include <dlfcn.h>
 
 using qv::Ref;
 using namespace qv::test;
 using testing::AllOf;
+using testing::ContainsRegex;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
-
-/* Stand-in for the loader ---------------------------------------------------------------------------------------- */
-
-namespace
-{
-std::string *loaderPath = nullptr; // where it finds files without a path; it gets what was asked for
-}
-
-extern "C" void *dlopen( const char *name, int flags ) noexcept
-{
-    static auto real = reinterpret_cast< void *(*)( const char *, int ) >( dlsym( RTLD_NEXT, "dlopen" ) );
-
-    if( !loaderPath || !name || strchr( name, '/' ) )
-        return real( name, flags );
-
-    std::string path = *loaderPath + name;
-    *loaderPath      = name;
-    return real( path.c_str(), flags );
-}
 
 /* Runs of the library -------------------------------------------------------------------------------------------- */
 
 namespace
 {
-std::string output; // what was printed, a line for each call
+const QV_INT DATABASE = QV_RUNTIME_FLAG_OBJECT_DATABASE;
+const QV_INT TEXTS    = DATABASE | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_TOSTRING;
+const QV_INT ALL      = TEXTS | QV_RUNTIME_FLAG_SNAPSHOT_SORT | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_LOG;
+
+const std::string DASHES( 90, '-' );
+std::string       output; // what was printed, a line for each call
 
 // All that is printed here is ASCII.
 void keepLine( const QV_CHAR *chs, QV_INT length )
@@ -75,8 +62,8 @@ void run( QV_INT flags, const std::function< void() > &body )
         } );
 }
 
-// The report of a run that `body` breaks.
-std::string reportOf( QV_INT flags, const std::function< void() > &body )
+// What a run in a process of its own prints or reports.
+std::string outputOf( QV_INT flags, void ( *body )() )
 {
     Ending ending = inOwnRun(
         [&]
@@ -84,8 +71,9 @@ std::string reportOf( QV_INT flags, const std::function< void() > &body )
             qvRuntimeShutdown();
             start( flags );
             body();
+            qvRuntimeShutdown();
+            fputs( output.c_str(), stderr );
         } );
-    EXPECT_EQ( SIGABRT, ending.signal );
     return ending.errors;
 }
 
@@ -247,18 +235,17 @@ TEST( RuntimeModule, RefusesFilesThatAreNoModuleOfTheProduct )
 
 TEST( RuntimeModule, TheLoaderSearchesWithoutAPath )
 {
-    run( QV_RUNTIME_FLAG_IMPLICIT_MODULE_PATH,
-         []
-         {
-             std::string where = TEST_MODULES;
-             loaderPath        = &where;
-             EXPECT_TRUE( load( "base_1" ) );
-             loaderPath = nullptr;
-             EXPECT_EQ( "libmorvane-base_1.so", where );
-         } );
+    // It finds what is there by its own name; in the folder of the run there is nothing.
+    ASSERT_TRUE( dlopen( TEST_MODULES "libmorvane-base_1.so", RTLD_NOW ) );
 
-    // A run without the file system has no path to start from.
-    run( QV_RUNTIME_FLAG_MINIMAL, [] { EXPECT_FALSE( load( "base_1" ) ); } );
+    for( QV_INT flags : { 0, QV_RUNTIME_FLAG_IMPLICIT_MODULE_PATH, QV_RUNTIME_FLAG_MINIMAL } )
+        run( 0,
+             [&]
+             {
+                 qvRuntimeShutdown();
+                 qvRuntimeStartup( flags, nullptr, nullptr, nullptr, nullptr );
+                 EXPECT_EQ( flags == QV_RUNTIME_FLAG_IMPLICIT_MODULE_PATH, load( "base_1" ) );
+             } );
 }
 
 TEST( RuntimeModule, BrokenContractsEndTheProcess )
@@ -271,12 +258,12 @@ TEST( RuntimeModule, BrokenContractsEndTheProcess )
     };
 
     EXPECT_THAT(
-        reportOf( 0, [] { load( "ring_1" ); } ),
+        outputOf( 0, [] { load( "ring_1" ); } ),
         HasSubstr( "Expression: !qvDictHasStringKey( qv___RuntimeLoadingDict, moduleName )\n" ) );
     EXPECT_THAT(
-        reportOf( 0, [] { load( "base_1  base_2" ); } ), HasSubstr( "Expression: qvModuleNameOk( moduleName )\n" ) );
+        outputOf( 0, [] { load( "base_1  base_2" ); } ), HasSubstr( "Expression: qvModuleNameOk( moduleName )\n" ) );
     EXPECT_THAT(
-        reportOf( 0, loadNumbers ), HasSubstr( "Expression: qvVectorContainsOnly( moduleNames, qvStringSort() )\n" ) );
+        outputOf( 0, loadNumbers ), HasSubstr( "Expression: qvVectorContainsOnly( moduleNames, qvStringSort() )\n" ) );
 }
 
 TEST( RuntimeModule, LoadsAndLooksFromManyThreads )
@@ -340,7 +327,6 @@ int unload( const std::function< void( int ) > &atWait )
 // In steps of 50 milliseconds, for a minute at most; what is left is reported in steps of more than 10 seconds.
 TEST( RuntimeModule, AnUnloadWaitsForTheLastObjectAndReportsWhatIsLeft )
 {
-    const std::string DASHES( 90, '-' );
     const std::string OF_PLUG =
         DASHES
         + "\nQV_FIXTURE_THING 2\nQV_FIXTURE_ODD   1\n\nQV_FIXTURE_THING (1) a thing of plug_plug\n"
@@ -348,8 +334,7 @@ TEST( RuntimeModule, AnUnloadWaitsForTheLastObjectAndReportsWhatIsLeft )
     const std::string  OF_BASE = DASHES + "\nQV_FIXTURE_ODD 1\n\nQV_FIXTURE_ODD (1)\n";
     std::vector< int > reports; // the first waits after each
 
-    run( QV_RUNTIME_FLAG_OBJECT_DATABASE | QV_RUNTIME_FLAG_SNAPSHOT_SORT | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT
-             | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_TOSTRING | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_LOG,
+    run( ALL,
          [&]
          {
              load( "plug_plug" );
@@ -396,7 +381,7 @@ TEST( RuntimeModule, AnUnloadWaitsForTheLastObjectAndReportsWhatIsLeft )
 
 TEST( RuntimeModule, AnObjectKeptTooLongEndsTheProcess )
 {
-    std::string report = reportOf(
+    std::string report = outputOf(
         QV_RUNTIME_FLAG_OBJECT_DATABASE,
         []
         {
@@ -444,4 +429,88 @@ TEST( RuntimeModule, SnapshotsHoldTheObjectsOfAllModules )
              EXPECT_EQ( nullptr, qvRuntimeSnapshotSorts() );
              EXPECT_EQ( nullptr, qvRuntimeSnapshotObjects() );
          } );
+}
+
+/* What survives a run -------------------------------------------------------------------------------------------- */
+
+namespace
+{
+// What each report begins with.
+std::string header()
+{
+    return DASHES + "\nProduct   : morvane\nFriendly  : morvane\nVersion   : 4.0.19\nOS        : "
+           + take( qvRuntimeOsFriendlyName( qvRuntimeOs() ) )
+           + "\nHardware  : " + take( qvRuntimeHardwareFriendlyName( qvRuntimeHardware() ) )
+           + "\nVariant   : " + take( qvRuntimeVariantFriendlyName( qvRuntimeVariant() ) )
+           + "\nBuild Time: " + qv___RuntimeVersionProductBuildTimeCstr() + "\n" + DASHES + "\n";
+}
+
+void leakText()
+{
+    qvStringRetain( text( "lost" ) );
+}
+} // namespace
+
+// Visible to the linker, for stacks to name it.
+extern "C" __attribute__( ( noinline ) ) void testLeakTextAndStore()
+{
+    QV_VECTOR      *vec = qvVectorCreate();
+    Ref< QV_STORE > store( qvStoreCreate() );
+
+    leakText();
+    qvVectorAppendObj( &vec, qvStoreObj( store ) );
+}
+
+TEST( RuntimeSnapshot, SurvivorsAreReportedWithTheirTextAndOrigin )
+{
+    std::string printed = outputOf( ALL | QV_RUNTIME_FLAG_OBJECT_ORIGIN, testLeakTextAndStore );
+    size_t      log     = printed.find( "\n\t" ) + 1;
+
+    // The Store holds the empty Dict, which so survives too. It is the only one here whose creation is recorded: not
+    // that of what recording creates.
+    EXPECT_EQ(
+        header()
+            + "QV_STRING 1\nQV_VECTOR 1\nQV_DICT   1\nQV_STORE  1\n\nQV_STRING (1) lost\nQV_VECTOR (1) <QV_STORE(0)>\n"
+              "QV_DICT (3) {}\nQV_STORE (1)\n",
+        printed.substr( 0, log ) );
+    EXPECT_THAT(
+        printed.substr( log ), AllOf(
+                                   ContainsRegex( "\\(qvStoreCreate\\+.*\n.*\\(testLeakTextAndStore\\+" ),
+                                   Not( HasSubstr( "\n\t\n\t" ) ), EndsWith( "\n\t\n" ) ) );
+}
+
+TEST( RuntimeSnapshot, ReportsHoldWhatTheFlagsAskFor )
+{
+    EXPECT_EQ( header() + "QV_STRING 1\n", outputOf( DATABASE | QV_RUNTIME_FLAG_SNAPSHOT_SORT, leakText ) );
+    EXPECT_EQ( header() + "QV_STRING (1)\n", outputOf( DATABASE | QV_RUNTIME_FLAG_SNAPSHOT_OBJECT, leakText ) );
+    EXPECT_EQ( header() + "QV_STRING (1) lost\n", outputOf( TEXTS, leakText ) );
+
+    // Not asked, without lists, and with nothing to tell.
+    EXPECT_EQ( "", outputOf( DATABASE, leakText ) );
+    EXPECT_EQ( "", outputOf( QV_RUNTIME_FLAG_SNAPSHOT_SORT, leakText ) );
+    EXPECT_EQ( "", outputOf( ALL, [] { text( "used" ); } ) );
+
+    // The report is about the library's own sorts.
+    static QV_SORT foreign = QV___STATIC_SORT( nullptr, "QV_FOREIGN", nullptr, nullptr, nullptr, nullptr, nullptr );
+    EXPECT_EQ( "", outputOf( ALL, [] { qv___ObjCreate( sizeof( QV_OBJ ), &foreign ); } ) );
+}
+
+TEST( RuntimeSnapshot, TheLibraryRunsOnAfterAReport )
+{
+    auto runThrice = []
+    {
+        leakText();
+        qvRuntimeShutdown();
+        start( 0 );
+        EXPECT_EQ( "kept", utf8( text( "kept" ) ) );
+        qvRuntimeShutdown();
+        start( DATABASE | QV_RUNTIME_FLAG_SNAPSHOT_SORT );
+        leakText();
+        qvStoreCreate();
+    };
+
+    // What has survived a run is still there after the next ones.
+    EXPECT_EQ(
+        header() + "QV_STRING 1\n" + header() + "QV_STRING 2\nQV_DICT   1\nQV_STORE  1\n",
+        outputOf( DATABASE | QV_RUNTIME_FLAG_SNAPSHOT_SORT, runThrice ) );
 }
