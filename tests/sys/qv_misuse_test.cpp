@@ -1,9 +1,7 @@
 #include "qv_test_support.h"
 
-#include "qv/sys/qv_chars.h"
-#include "qv/sys/qv_int.h"
+#include "qv/qv.h"
 #include "qv/sys/qv_lock_private.h"
-#include "qv/sys/qv_mem.h"
 #include "qv/sys/qv_unique_private.h"
 
 using namespace qv::test;

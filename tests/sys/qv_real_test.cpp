@@ -8,22 +8,15 @@ TEST( Real, TheToleranceIsAbsolute )
 {
     const QV_REAL EPSILON = 2.220446049250313e-16;
 
-    const struct
-    {
-        QV_REAL a;
-        QV_REAL b;
-        QV_INT  order;
-    } CASES[] = {
-        { 1.0, 1.0 + 1e-17, 0 },  { 0.0, EPSILON, 0 },       { 0.0, -EPSILON, 0 },
-        { 0.0, 2 * EPSILON, -1 }, { INFINITY, INFINITY, 0 }, { 1e20, std::nextafter( 1e20, INFINITY ), -1 },
-        { NAN, 1.0, 1 },          { NAN, NAN, 1 },
-    };
+    EXPECT_TRUE( qvRealEquals( 0.0, EPSILON ) && qvRealEquals( 0.0, -EPSILON ) );
+    EXPECT_FALSE( qvRealEquals( 0.0, 2 * EPSILON ) );
+    EXPECT_FALSE( qvRealEquals( 1e20, std::nextafter( 1e20, INFINITY ) ) );
+    EXPECT_TRUE( qvRealEquals( INFINITY, INFINITY ) );
 
-    for( const auto &row : CASES )
-    {
-        EXPECT_EQ( row.order, qvRealCompare( row.a, row.b ) ) << row.a << " " << row.b;
-        EXPECT_EQ( row.order == 0, qvRealEquals( row.a, row.b ) ) << row.a << " " << row.b;
-    }
+    EXPECT_EQ( 0, qvRealCompare( 1e-17, 0.0 ) );
+    EXPECT_EQ( -1, qvRealCompare( -INFINITY, 0.0 ) );
+    EXPECT_EQ( 1, qvRealCompare( NAN, 1.0 ) );
+    EXPECT_EQ( 1, qvRealCompare( NAN, NAN ) );
 }
 
 TEST( Real, RoundingGoesTowardsZeroAndSaturates )
