@@ -24,7 +24,6 @@ TEST( Product, RunsAModuleOfEitherLanguage )
     } CASES[] = {
         { "reminder.delay=0x14\nreminder.text=%000020Fertig %01F375 und 100%%\n", "document", 0,
           " Fertig \xf0\x9f\x8d\xb5 und 100%, after 20 milliseconds\n" },
-        { "reminder.delay=1\n", "document", 1, "the document holds no reminder\n" },
         { "reminder.delay=soon\nreminder.text=x\n", "document", 1, "the document holds no reminder\n" },
         { "reminder.delay=-1\nreminder.text=x\n", "document", 1, "the document holds no reminder\n" },
         { "", "absent", 1, "the document holds no reminder\n" },

@@ -70,17 +70,6 @@ Ref< QV_OBJ > unique()
     return Ref< QV_OBJ >( qvBoxedUniqueObj( qvBoxedUniqueCreate() ) );
 }
 
-// How often the sort is in the list of its module's sorts.
-int timesListed()
-{
-    int result = 0;
-
-    for( QV_SORT *sort = qv___module.sortsFirst; sort; sort = sort->sortsNext )
-        result += sort == qvWatchedSort();
-
-    return result;
-}
-
 std::vector< QV_OBJ * > elements( QV_VECTOR *vec )
 {
     return std::vector< QV_OBJ * >( qv::objs( vec ), qv::objs( vec ) + vec->length );
@@ -112,12 +101,9 @@ TEST( Obj, SortsAndModulesNeverEnd )
     }
 
     EXPECT_EQ( qvSortSort(), qvObjSort( sort ) );
-    EXPECT_EQ( qvSortSort(), qvObjSort( qvSortObj( qvSortSort() ) ) );
     EXPECT_STREQ( "QV_MODULE", qvObjSort( module )->name );
     EXPECT_EQ( &qv___module, qvSortModule( qvWatchedSort() ) );
-    EXPECT_TRUE( qvSortHasModule( qvSortSort() ) );
     EXPECT_EQ( "QV_WATCHED", textOf( sort ) );
-    EXPECT_EQ( "QV_WATCHED", take( qvSortName( qvWatchedSort() ) ) );
 }
 
 // Runs one after the other, with the database and without, in which objects outlive their run.
@@ -138,6 +124,12 @@ TEST( Obj, TheListsFollowObjectsThroughRunsOfAllKinds )
                 EXPECT_EQ( live, qvSortObjects( qvWatchedSort() ) );
             };
 
+            auto isListed = []
+            {
+                Ref< QV_VECTOR > sorts( qvModuleSnapshotSorts( qvModule() ) );
+                return qvVectorHasObj( sorts, qvSortObj( qvWatchedSort() ), QV_FALSE );
+            };
+
             Ref< QV_OBJ > a = watched(), b = watched(), c = watched();
 
             restart( 0 );
@@ -152,10 +144,10 @@ TEST( Obj, TheListsFollowObjectsThroughRunsOfAllKinds )
             a.reset();
             c.reset();
             expectListed( {}, 1 );
-            EXPECT_EQ( 0, timesListed() );
+            EXPECT_FALSE( isListed() );
             Ref< QV_OBJ > d = watched();
             expectListed( { d }, 2 );
-            EXPECT_EQ( 1, timesListed() );
+            EXPECT_TRUE( isListed() );
 
             // A snapshot takes a reference to what is listed alone. The objects of a split text share memory.
             Ref< QV_VECTOR > parts( qvStringSplitChar( text( "a b c d e f g h i j k l" ), U' ', -1 ) );
@@ -260,7 +252,6 @@ TEST( Obj, NestedObjectsEndOnASmallStack )
         nested( 20, { inVector }, qvVectorObj( std::exchange( row, {} ) ) ).reset();
         EXPECT_EQ( 103, ended );
         EXPECT_EQ( 0, qvSortObjects( qvWatchedSort() ) );
-        EXPECT_EQ( 0, timesListed() );
     };
 
     release();
@@ -483,8 +474,9 @@ TEST( Sort, ValuesChangeDuringSnapshots )
         []
         {
             Ref< QV_VECTOR > objects( qvSortSnapshot( qvWatchedSort() ) );
-            EXPECT_THAT(
-                elements( objects ), testing::Each( testing::Field( &QV_OBJ::retainCount, testing::Gt( 0 ) ) ) );
+
+            for( QV_OBJ *object : elements( objects ) )
+                EXPECT_LT( 0, references( object ) );
         },
         [] { watched(); },
     };
@@ -564,27 +556,23 @@ TEST( ObjLog, AStackStartsWithItsCallerAndEndsWithAnEmptyLine )
 
 TEST( ObjLog, ThreadsAppendWholeVectors )
 {
-    const int                  THREADS = 3, ROUNDS = 200;
-    Ref< QV_OBJ >              object = watched();
-    std::vector< std::string > early;
+    Ref< QV_OBJ > object = watched();
 
     onThreads(
-        THREADS + 1,
+        4,
         [&]( int number )
         {
-            for( int i = 0; i < ROUNDS && number < THREADS; i++ )
+            for( int i = 0; i < 100; i++ )
+            {
                 qv___ObjLogAppendVector(
-                    object, words( std::to_string( number ) + " " + std::to_string( number + THREADS ) ) );
-
-            if( number == THREADS )
-                early = log( object );
+                    object, words( std::to_string( number ) + " " + std::to_string( number + 4 ) ) );
+                EXPECT_LE( size_t( 2 * i + 2 ), log( object ).size() );
+            }
         } );
 
-    // What is read meanwhile is what stands at the front later.
     std::vector< std::string > lines = log( object );
-    ASSERT_EQ( size_t( THREADS * ROUNDS * 2 ), lines.size() );
-    EXPECT_TRUE( std::equal( early.begin(), early.end(), lines.begin() ) );
+    ASSERT_EQ( size_t( 4 * 100 * 2 ), lines.size() );
 
     for( size_t i = 0; i < lines.size(); i += 2 )
-        EXPECT_EQ( std::stoi( lines[i] ) + THREADS, std::stoi( lines[i + 1] ) );
+        EXPECT_EQ( std::stoi( lines[i] ) + 4, std::stoi( lines[i + 1] ) );
 }

@@ -12,7 +12,6 @@ TEST( Mem, BytesAreComparedWithoutASignAndFilledWithOne )
     EXPECT_EQ( -1, qvMemCompareN( "aaaa", "aabz", 2, 2 ) );
     EXPECT_EQ( 0, qvMemCompareN( nullptr, nullptr, QV_INT_MAX, 0 ) );
     EXPECT_EQ( nullptr, qvMemSetN( nullptr, 1, 0, QV_INT_MAX ) );
-    EXPECT_EQ( nullptr, qvMemMove( nullptr, nullptr, 0 ) );
 
     expectInOwnRun(
         []
