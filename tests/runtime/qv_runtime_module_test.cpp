@@ -308,7 +308,7 @@ int unload( const std::function< void( int ) > &atWait )
 }
 } // namespace
 
-// In steps of 50 milliseconds, for a minute at most; what is left is reported in steps of more than 10 seconds.
+// In steps of 50 milliseconds, and after more than 10 seconds with a report of what is left, in a run that wants reports.
 TEST( RuntimeModule, AnUnloadWaitsForTheLastObjectAndReportsWhatIsLeft )
 {
     const std::string OF_PLUG =
@@ -342,12 +342,12 @@ TEST( RuntimeModule, AnUnloadWaitsForTheLastObjectAndReportsWhatIsLeft )
                          qvObjRelease( ofPlug[1] );
                          ofPlug.clear();
                      }
-                     else if( number == 403 + 1200 )
+                     else if( number == 605 )
                      {
                          ofBase.clear();
                      }
                  } );
-             EXPECT_EQ( 403 + 1200, waits );
+             EXPECT_EQ( 605, waits );
              EXPECT_EQ( "<qv>", loaded() );
          } );
 
@@ -355,14 +355,14 @@ TEST( RuntimeModule, AnUnloadWaitsForTheLastObjectAndReportsWhatIsLeft )
     size_t head = output.find( DASHES );
     output.erase( head, output.find( DASHES, head + 1 ) - head );
 
-    EXPECT_THAT( reports, testing::ElementsAre( 202, 403, 605, 806, 1007, 1208, 1409 ) );
+    EXPECT_THAT( reports, testing::ElementsAre( 202, 403, 605 ) );
     EXPECT_EQ(
         "plug_plug shutdownBegin\nbase_1 shutdownBegin\nplug_plug shutdown\n" + OF_PLUG + OF_PLUG
-            + "plug_plug shutdownEnd\nbase_1 shutdown\n" + OF_BASE + OF_BASE + OF_BASE + OF_BASE + OF_BASE
-            + "base_1 shutdownEnd\n",
+            + "plug_plug shutdownEnd\nbase_1 shutdown\n" + OF_BASE + "base_1 shutdownEnd\n",
         output );
 }
 
+// Longer than a minute, in a run that wants no reports.
 TEST( RuntimeModule, AnObjectKeptTooLongEndsTheProcess )
 {
     auto keep = []
