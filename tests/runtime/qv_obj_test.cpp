@@ -158,6 +158,14 @@ TEST( Obj, TheListsFollowObjectsThroughRunsOfAllKinds )
             d.reset();
             expectListed( {}, 0 );
 
+            // Objects of a batch are counted in together, and what is left of that is counted out.
+            int32_t strings = qvSortObjects( qvStringSort() );
+
+            for( std::string spaced = "a"; spaced.size() < 100; spaced += " a" )
+                Ref< QV_VECTOR >( qvStringSplitChar( text( spaced ), U' ', -1 ) );
+
+            EXPECT_EQ( strings, qvSortObjects( qvStringSort() ) );
+
             // A number is that of a run: it is neither given back into the next one nor taken for one of that.
             Ref< QV_OBJ > old = unique(), older = unique();
             EXPECT_NE( qv___ObjUnique( old ), qv___ObjUnique( older ) );

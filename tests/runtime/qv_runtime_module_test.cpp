@@ -157,7 +157,6 @@ TEST( RuntimeModule, LoadsWhatAModuleNeedsBeforeItAndItsExtensionsAfterIt )
                  EXPECT_EQ( STARTING, printed() );
                  EXPECT_EQ( "<qv, base_1, base_2, app, extra, plug, plug_plug>", loaded() );
                  EXPECT_EQ( "plug", textOf( moduleNamed( "plug" ).get() ) );
-                 EXPECT_EQ( nullptr, moduleNamed( "absent" ).get() );
 
                  // What is loaded is not loaded again, and no extension is tried twice.
                  EXPECT_TRUE( load( "qv app plug_plug" ) );
@@ -271,7 +270,7 @@ TEST( RuntimeModule, LoadsAndLooksFromManyThreads )
 
                      loading -= number < 3;
 
-                     for( int i = 0; i < 20 && number == 3; i++ )
+                     while( number == 3 && loading )
                          qvRuntimeUnloadAllModules();
 
                      while( number == 4 && loading )

@@ -88,11 +88,11 @@ TEST( Abort, ReportsTellSignalsApart )
         std::string expected;
     } CASES[] = {
         { SIGSEGV, 1, "1 (SEGV_MAPERR, address not mapped to object)" + KERNEL },
+        { SIGFPE, 0, "0 (SI_USER, kill, sigsend, raise)\n    Sender    : user\n    Address   : 0x1230\n" },
         { SIGABRT, INT_MIN, "-2147483648\n    Sender    : user\n" },
 
         // The same number means another thing for another signal, and nothing where no row has it.
         { SIGILL, 8, "8 (ILL_BADSTK, internal stack error)" + KERNEL },
-        { SIGFPE, 8, "8 (FPE_FLTSUB, subscript out of range)" + KERNEL },
         { SIGSEGV, 8, "8" + KERNEL },
     };
 
@@ -251,25 +251,6 @@ void ( *const FAILURES[] )() = {
     [] { qvThreadJoin( qvThreadTrySpawnCstr( "full", -1, fillStack, nullptr, QV_THREAD_PRIORITY_NORMAL ) ); },
     [] { std::thread( [] { qvThreadEncapsulate( fillStack, nullptr ); } ).join(); },
 
-    [] // four threads at a time, of which one reports
-    {
-        std::atomic< int > waiting = 4;
-        onThreads(
-            4,
-            [&]( int number )
-            {
-                for( waiting--; waiting > 0; )
-                    continue;
-
-                if( number % 2 == 0 )
-                    qv___Abort( "m", nullptr, 0, nullptr );
-                else if( number == 1 )
-                    abort();
-                else
-                    raise( SIGBUS );
-            } );
-    },
-
 // Sanitizers have heaps of their own, and one of them keeps a timer's signal back while a thread waits inside the C
 // library.
 #if !defined( __SANITIZE_ADDRESS__ ) && !defined( __SANITIZE_THREAD__ )
@@ -287,6 +268,25 @@ void ( *const FAILURES[] )() = {
         free( a );
     },
 
+    [] // four threads fail while the first one waits for standard output; one of them reports
+    {
+        std::atomic< int > waiting = 4;
+        flockfile( stdout );
+        onThreads(
+            4,
+            [&]( int number )
+            {
+                for( waiting--; waiting > 0; )
+                    continue;
+
+                if( number % 2 == 0 )
+                    qv___Abort( "m", nullptr, 0, nullptr );
+                else if( number == 1 )
+                    abort();
+                else
+                    raise( SIGBUS );
+            } );
+    },
     [] // standard output is held by a thread that has ended
     {
         std::thread( [] { flockfile( stdout ); } ).join();
@@ -316,9 +316,9 @@ void ( *const FAILURES[] )() = {
 
 TEST( Abort, FailuresOfAnyKindAreReported )
 {
-    for( size_t i = 0; i < 5 * std::size( FAILURES ) && !HasFailure(); i++ )
+    for( size_t i = 0; i < std::size( FAILURES ); i++ )
     {
-        SCOPED_TRACE( i % std::size( FAILURES ) );
-        expectReport( FAILURES[i % std::size( FAILURES )] );
+        SCOPED_TRACE( i );
+        expectReport( FAILURES[i] );
     }
 }

@@ -17,7 +17,6 @@ TEST( Misuse, IsReported )
         { [] { qvCharsConvertToUtf8( nullptr, 1, &ch, 1, QV_FALSE ); }, "destLength == 0 || dest" },
         { [] { qvCharsConvertToAscii( nullptr, 0, &ch, QV_INT_MAX, QV_TRUE ); }, "srcLength < QV_INT_MAX" },
         { [] { qvIntBitSet( 0, 64 ); }, "bit < QV_INT_BITS" },
-        { [] { qvIntBitSetHighest( 0, 65 ); }, "highest <= QV_INT_BITS" },
         { [] { qvMemAlloc( 0 ); }, "size > 0" },
         { [] { qvMemAllocN( QV_INT_MAX / 2 + 1, 2 ); }, "QV_INT_MUL_OK( count, size )" },
         { [] { qvMemCopy( nullptr, &ch, 1 ); }, "size == 0 || dest" },
