@@ -1,7 +1,5 @@
 #include "qv_test_program.h"
 
-#include <vector>
-
 using namespace qv::test;
 
 TEST( Leaks, AreToldBySortCountTextAndOrigin )
@@ -15,24 +13,11 @@ TEST( Leaks, AreToldBySortCountTextAndOrigin )
     size_t            at   = 0;
     const std::string RULE = std::string( 90, '-' ) + "\n";
 
-    const std::vector< std::string > PARTS = {
-        RULE + "Product   : morvane\n",
-        RULE + "QV_NOTE 1\n\n",
-        "QV_NOTE (1) a forgotten note\n\t",
-        "(qvNoteCreate+",
-        "(forgetNote+",
-        "(main+",
-        RULE + "Product   : morvane\n",
-        RULE + "QV_STRING ",
-        "QV_VECTOR 1\n",
-        "QV_STORE  1\n",
-        "QV_STRING (1) a forgotten text\n",
-        "QV_STORE (1)",
-        "(qvStoreCreate+",
-        "(forgetDocument+",
-        "(main+" };
-
-    for( const std::string &next : PARTS )
+    for( const std::string &next :
+         { RULE + "Product   : morvane\n", RULE + "QV_NOTE 1\n\nQV_NOTE (1) a forgotten note\n\t",
+           std::string( "(qvNoteCreate+" ), std::string( "(forgetNote+" ), RULE + "Product   : morvane\n",
+           RULE + "QV_STRING ", std::string( "QV_STORE  1\n" ), std::string( "QV_STRING (1) a forgotten text\n" ),
+           std::string( "QV_STORE (1)" ), std::string( "(forgetDocument+" ) } )
     {
         at = outcome.out.find( next, at );
         ASSERT_NE( std::string::npos, at ) << next << outcome.out;

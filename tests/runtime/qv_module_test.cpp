@@ -1,12 +1,9 @@
 #include "qv_test_support.h"
 
+#include "qv/qv.h"
 #include "qv/runtime/qv_module_private.h"
-#include "qv/runtime/qv_module_version.h"
-#include "qv/runtime/qv_obj.h"
-#include "qv/runtime/qv_sort.h"
 
-#include <functional>
-#include <vector>
+#include <array>
 
 using qv::Ref;
 using namespace qv::test;
@@ -18,22 +15,10 @@ const QV_MODULE_RECORD ANY_PRODUCT = { 2,       nullptr, nullptr,       -1,    -
 
 QV_MODULE moduleWith( const QV_MODULE_RECORD *record )
 {
-    return { QV___STATIC_HEADER( QV___OBJ_TYPE_MODULE ),
-             record,
-             nullptr,
-             nullptr,
-             nullptr,
-             nullptr,
-             nullptr,
-             0,
-             nullptr,
-             nullptr };
-}
+    QV_MODULE module    = qv___module;
+    module.moduleRecord = record;
 
-bool fits( const QV_MODULE_RECORD &record )
-{
-    QV_MODULE module = moduleWith( &record );
-    return qv___ModuleCheckCompatibility( &module );
+    return module;
 }
 } // namespace
 
@@ -41,7 +26,7 @@ TEST( Module, NamesAreShortAndPlain )
 {
     const std::string LONGEST( 32, 'z' );
 
-    for( std::string_view good : { std::string_view( "a" ), { "a_1" }, { "z0123456789" }, { LONGEST } } )
+    for( std::string good : { "a", "a_1", "z0123456789", LONGEST.c_str() } )
         EXPECT_TRUE( qvModuleNameOk( text( good ) ) ) << good;
 
     for( std::string bad : { "", "a_b_c", "a__b", "a_", "_a", "1a", "aB", "a-b", "a/b", "\xc3\xa4" } )
@@ -52,70 +37,56 @@ TEST( Module, NamesAreShortAndPlain )
 
 TEST( Module, TheLibraryIsOne )
 {
-    QV_MODULE *qv = qvModule();
-    EXPECT_EQ( "qv", take( qvModuleName( qv ) ) );
-    EXPECT_EQ( "Platform Independent System Base", take( qvModuleDescription( qv ) ) );
-    EXPECT_EQ( "0.0", textOf( Ref< QV_MODULE_VERSION >( qvModuleVersion( qv ) ).get() ) );
-    EXPECT_TRUE( qv___ModuleCheckCompatibility( qv ) );
-}
-
-TEST( Module, NeverEnds )
-{
-    QV_MODULE module = moduleWith( &ANY_PRODUCT );
-    qvModuleRelease( &module );
-    EXPECT_EQ( "name", textOf( &module ) );
-
-    EXPECT_DEATH( qvModuleSort()->freeFunc( qvModuleObj( &module ) ), "module free" );
+    EXPECT_EQ( "Platform Independent System Base", take( qvModuleDescription( qvModule() ) ) );
+    EXPECT_TRUE( qv___ModuleCheckCompatibility( qvModule() ) );
+    EXPECT_DEATH( qvModuleSort()->freeFunc( qvModuleObj( qvModule() ) ), "module free" );
 }
 
 TEST( Module, ARecordHasToFitTheProduct )
 {
-    const QV_MODULE_RECORD PRODUCT = qv___module_record;
+    using Record            = QV_MODULE_RECORD;
+    const Record *const ANY = &ANY_PRODUCT, *const OWN = &qv___module_record;
 
-    struct Case
+    const struct
     {
-        bool                                        fits;
-        bool                                        anyProduct; // the record that is changed, else the library's own
-        std::function< void( QV_MODULE_RECORD & ) > change;
-    };
-    const std::vector< Case > CASES = {
-        { true, false, []( QV_MODULE_RECORD & ) {} },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.recordVersion = 1; } },
+        bool          fits;
+        const Record *record;
+        void ( *change )( Record &r );
+    } CASES[] = {
+        { false, ANY, []( Record &r ) { r.recordVersion = 1; } },
 
         // No product: nothing of one may be given.
-        { false, true, []( QV_MODULE_RECORD &r ) { r.productVersionMajor = 4; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.productFriendlyName = "morvane"; } },
-        { false, true, [&]( QV_MODULE_RECORD &r ) { r.productVendorName = PRODUCT.productVendorName; } },
+        { false, ANY, []( Record &r ) { r.productVersionMajor = 4; } },
+        { false, ANY, []( Record &r ) { r.productFriendlyName = "morvane"; } },
+        { false, ANY, []( Record &r ) { r.productVendorName = qv___module_record.productVendorName; } },
 
         // A product: what is given is that product's.
-        { true, true, []( QV_MODULE_RECORD &r ) { r.productName = "morvane"; } },
-        { false, false, []( QV_MODULE_RECORD &r ) { r.productName = "morvan"; } },
-        { false, false, []( QV_MODULE_RECORD &r ) { r.productVersionMajor++; } },
-        { false, false, []( QV_MODULE_RECORD &r ) { r.productVersionRelease--; } },
-        { false, false, []( QV_MODULE_RECORD &r ) { r.productCopyright = "none"; } },
-        { true, false, []( QV_MODULE_RECORD &r ) { r.productCopyright = nullptr; } },
+        { true, ANY, []( Record &r ) { r.productName = "morvane"; } },
+        { false, OWN, []( Record &r ) { r.productName = "morvan"; } },
+        { false, OWN, []( Record &r ) { r.productVersionRelease--; } },
+        { false, OWN, []( Record &r ) { r.productCopyright = "none"; } },
+        { true, OWN, []( Record &r ) { r.productCopyright = nullptr; } },
 
         // Any version, from some field on downwards.
-        { true, false, []( QV_MODULE_RECORD &r ) { r.productVersionRelease = -1; } },
-        { true, false, []( QV_MODULE_RECORD &r ) { r.productVersionRelease = r.productVersionMinor = -1; } },
-        { false, false, []( QV_MODULE_RECORD &r ) { r.productVersionMinor = -1; } },
-        { false, false, []( QV_MODULE_RECORD &r ) { r.productVersionMajor = -1; } },
-        { false, false, []( QV_MODULE_RECORD &r ) { r.productVersionMajor = r.productVersionRelease = -1; } },
+        { true, OWN, []( Record &r ) { r.productVersionRelease = r.productVersionMinor = -1; } },
+        { false, OWN, []( Record &r ) { r.productVersionMinor = -1; } },
+        { false, OWN, []( Record &r ) { r.productVersionMajor = r.productVersionRelease = -1; } },
 
         // The module itself.
-        { false, true, []( QV_MODULE_RECORD &r ) { r.name = nullptr; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.name = "a\xff"; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.version = "1"; } },
-        { true, true, []( QV_MODULE_RECORD &r ) { r.deps = "a b_c d1"; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.deps = "a  b"; } },
-        { false, true, []( QV_MODULE_RECORD &r ) { r.exts = "a ../b"; } },
+        { false, ANY, []( Record &r ) { r.name = nullptr; } },
+        { false, ANY, []( Record &r ) { r.name = "a\xff"; } },
+        { false, ANY, []( Record &r ) { r.version = "1"; } },
+        { true, ANY, []( Record &r ) { r.deps = "a b_c d1"; } },
+        { false, ANY, []( Record &r ) { r.deps = "a  b"; } },
+        { false, ANY, []( Record &r ) { r.exts = "a ../b"; } },
     };
 
-    for( size_t i = 0; i < CASES.size(); i++ )
+    for( const auto &row : CASES )
     {
-        QV_MODULE_RECORD record = CASES[i].anyProduct ? ANY_PRODUCT : PRODUCT;
-        CASES[i].change( record );
-        EXPECT_EQ( CASES[i].fits, fits( record ) ) << "case " << i;
+        Record    record = *row.record;
+        QV_MODULE module = moduleWith( &record );
+        row.change( record );
+        EXPECT_EQ( row.fits, qv___ModuleCheckCompatibility( &module ) ) << "row " << &row - CASES;
     }
 
     QV_MODULE module = moduleWith( nullptr );
@@ -123,6 +94,70 @@ TEST( Module, ARecordHasToFitTheProduct )
     EXPECT_FALSE( qv___ModuleCheckCompatibility( reinterpret_cast< QV_MODULE * >( qvModuleSort() ) ) );
 
     module      = moduleWith( &ANY_PRODUCT );
-    module.sort = qvStringSort();
+    module.sort = qvModuleSort();
     EXPECT_FALSE( qv___ModuleCheckCompatibility( &module ) );
+}
+
+/* Versions ------------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+using Numbers = std::array< QV_INT, 4 >;
+
+Ref< QV_MODULE_VERSION > version( const Numbers &numbers )
+{
+    return Ref< QV_MODULE_VERSION >( qvModuleVersionCreate( numbers[0], numbers[1], numbers[2], numbers[3] ) );
+}
+
+// The text of what a text is read as, or nothing.
+std::string read( const std::string &input )
+{
+    Ref< QV_MODULE_VERSION > ver( qvModuleVersionTryCreateFromString( text( input ) ) );
+    return ver ? textOf( ver.get() ) : "";
+}
+
+// The largest number that keeps its product with 1000 in range, and what may then be added.
+const QV_INT LARGEST = QV_INT_MAX / 1000;
+const QV_INT LEFT    = QV_INT_MAX % 1000;
+} // namespace
+
+TEST( ModuleVersion, ReadsItsTextAndNothingElse )
+{
+    const std::string LARGEST_TEXT = std::to_string( LARGEST ) + "#" + std::to_string( LEFT );
+    const std::string BEYOND_TEXT  = std::to_string( LARGEST ) + "#" + std::to_string( LEFT + 1 );
+    EXPECT_EQ( LARGEST_TEXT + "." + LARGEST_TEXT, read( LARGEST_TEXT + "." + LARGEST_TEXT ) );
+    EXPECT_EQ( "1.2", read( "01#0.002#000" ) );
+    EXPECT_EQ( "1#2.3", read( " +1 # 2. 3 " ) ); // as all numbers are read
+
+    for( std::string bad : { "", "1", "1.", "1.2.3", "1#.0", "1.0#", "1#2#3.0", "1#1000.0", "-1.0", "1#-1.0", "1.0x" } )
+        EXPECT_EQ( "", read( bad ) ) << bad;
+
+    EXPECT_EQ( "", read( BEYOND_TEXT + ".0" ) + read( "0." + BEYOND_TEXT ) );
+}
+
+TEST( ModuleVersion, IsOrderedByItsFourNumbers )
+{
+    const Numbers SORTED[] = { { 0, 0, 0, 0 }, { 0, 0, 0, 1 }, { 0, 0, 1, 0 },          { 0, 0, LARGEST, LEFT },
+                               { 0, 1, 0, 0 }, { 1, 0, 0, 0 }, { 1, 0, LARGEST, LEFT }, { LARGEST, 0, 0, 0 } };
+
+    for( const Numbers &a : SORTED )
+        for( const Numbers &b : SORTED )
+            EXPECT_EQ( ( &a > &b ) - ( &a < &b ), qvModuleVersionCompare( version( a ), version( b ) ) );
+
+    Ref< QV_MODULE_VERSION > each = version( { 1, 2, 3, 4 } );
+    EXPECT_EQ( "1#2.3#4", textOf( each.get() ) );
+    EXPECT_EQ( 1, qvModuleVersionMajor( each ) );
+    EXPECT_EQ( 3, qvModuleVersionMinor( each ) );
+    EXPECT_EQ( 4, qvModuleVersionMinorInsert( each ) );
+    EXPECT_EQ( 1002, qvModuleVersionCompatibility( each ) );
+}
+
+TEST( ModuleVersion, KeepsItsBounds )
+{
+    expectReports( {
+        { [] { version( { -1, 0, 0, 0 } ); }, "major >= 0" },
+        { [] { version( { 0, 1000, 0, 0 } ); }, "majorInsert >= 0 && majorInsert <= 999" },
+        { [] { version( { LARGEST + 1, 0, 0, 0 } ); }, "QV_INT_MUL_OK( major, 1000 )" },
+        { [] { version( { 0, 0, LARGEST, LEFT + 1 } ); }, "QV_INT_ADD_OK( minor * 1000, minorInsert )" },
+    } );
 }

@@ -4,85 +4,35 @@
 #include "qv/sys/qv_chars.h"
 #include "qv/sys/qv_vectors_private.h"
 
-#include <algorithm>
-#include <cstring>
 #include <random>
 
-using testing::ElementsAre;
 using namespace qv::test;
 using namespace qv::vectors;
+using namespace std::string_literals;
 
 namespace
 {
-const char32_t GUARD = 0xABCDEF01;
-
-// Calls `body` on every kernel that the machine has.
-template< class Body >
-void onEachKernel( Body body )
+// Converts without room, which counts, and into `room` places, after which nothing may change.
+template< class From, class To, class Convert, class... Options >
+void expectConverted( const From &from, const To &expected, size_t room, Convert convert, Options... options )
 {
-    for( QV_INT kernel : { PLAIN, VECTORS_16, VECTORS_32 } )
-        if( SCOPED_TRACE( kernel ); qv___VectorsForceKernel( kernel ) == kernel )
-            body();
+    // A copy of its own, so that a sanitizer sees reading past the end.
+    std::vector< typename From::value_type > src( from.begin(), from.end() );
+    QV_INT length = static_cast< QV_INT >( src.size() ), whole = static_cast< QV_INT >( expected.size() );
+    To     dest( room + 20, '\x55' ), written                  = expected.substr( 0, room );
+    written.resize( dest.size(), '\x55' );
 
-    qv___VectorsForceKernel( -1 );
-}
-
-// Both passes, the second one into room for `room` characters with guards behind, have to give what is expected.
-void expectDecoded( const std::string &bytes, const std::u32string &expected, size_t room )
-{
-    // A copy of its own, so that a sanitizer sees reading behind the end.
-    std::vector< char >     src( bytes.begin(), bytes.end() );
-    std::vector< char32_t > dest( room + 20, GUARD );
-    QV_INT                  length = static_cast< QV_INT >( src.size() );
-
-    ASSERT_EQ( static_cast< QV_INT >( expected.size() ), qvCharsConvertFromUtf8( nullptr, 0, src.data(), length ) );
-    ASSERT_EQ(
-        static_cast< QV_INT >( expected.size() ),
-        qvCharsConvertFromUtf8( dest.data(), static_cast< QV_INT >( room ), src.data(), length ) );
-
-    size_t written = std::min( room, expected.size() );
-    ASSERT_EQ( expected.substr( 0, written ), std::u32string( dest.data(), written ) );
-
-    for( size_t i = written; i < dest.size(); i++ )
-        ASSERT_EQ( GUARD, dest[i] );
-}
-
-void expectEncoded( const std::u32string &text, size_t room, bool addNull )
-{
-    std::vector< char32_t > src( text.begin(), text.end() );
-    std::string             expected = encodedUtf8( text ) + ( addNull ? std::string( 1, '\0' ) : "" );
-    std::vector< char >     dest( room + 20, '\x55' );
-    QV_INT                  length = static_cast< QV_INT >( src.size() );
-
-    QV_INT whole = static_cast< QV_INT >( expected.size() );
-
-    ASSERT_EQ( whole, qvCharsConvertToUtf8( nullptr, 0, src.data(), length, addNull ) );
-    ASSERT_EQ( whole, qvCharsConvertToUtf8( dest.data(), QV_INT( room ), src.data(), length, addNull ) );
-
-    size_t written = std::min( room, expected.size() );
-    ASSERT_EQ( expected.substr( 0, written ), std::string( dest.data(), written ) );
-
-    for( size_t i = written; i < dest.size(); i++ )
-        ASSERT_EQ( '\x55', dest[i] );
-}
-
-std::u32string sanitized( std::u32string text )
-{
-    QV_INT length = static_cast< QV_INT >( text.size() );
-    text.resize( static_cast< size_t >( qvCharsSanitize( text.data(), length, text.data(), length ) ) );
-
-    return text;
+    ASSERT_EQ( whole, convert( nullptr, 0, src.data(), length, options... ) );
+    ASSERT_EQ( whole, convert( dest.data(), static_cast< QV_INT >( room ), src.data(), length, options... ) );
+    ASSERT_EQ( written, dest );
 }
 } // namespace
 
+// The model as well: the walk that follows holds everything else against it.
 TEST( Chars, BadUtf8IsReplacedByTheRules )
 {
-    const struct
-    {
-        std::string    bytes;
-        std::u32string expected;
-    } CASES[] = {
-        { { "\xC0\x80", 2 }, std::u32string( 1, U'\0' ) },           // overlong forms pass,
+    const std::pair< std::string, std::u32string > CASES[] = {
+        { "\xC0\x80"s, U"\0"s },                                     // overlong forms pass,
         { "\xED\xA0\x80", std::u32string( 1, char32_t( 0xD800 ) ) }, // and surrogates
         { "\xF4\x90\x80\x80", U"" },                                 // above the last one: nothing
         { "\x80\x80\x80", U"\xFFFD" },                               // one for a run
@@ -91,10 +41,10 @@ TEST( Chars, BadUtf8IsReplacedByTheRules )
         { "\xC3\xA9\xA9\xA9x", U"\u00E9\uFFFDx" }, // too many follow
     };
 
-    for( const auto &each : CASES )
+    for( const auto &[bytes, expected] : CASES )
     {
-        EXPECT_EQ( each.expected, decodedUtf8( each.bytes ) );
-        expectDecoded( each.bytes, each.expected, each.expected.size() );
+        EXPECT_EQ( expected, decodedUtf8( bytes ) );
+        expectConverted( bytes, expected, 8, qvCharsConvertFromUtf8 );
     }
 }
 
@@ -107,14 +57,15 @@ TEST( Chars, AnyTextGoesBothWaysAsTheModelDoes )
                                    0xFFFF,     0x10000,    0x10FFFF,   0x110000,   0x110041,  0x1000041, 0x7FFFFFFF,
                                    0x80000000, 0x80000041, 0x80110000, 0xFFFFFF41, 0xFFFFFFFF };
 
-    onEachKernel(
-        [&]
+    for( QV_INT kernel : { PLAIN, VECTORS_16, VECTORS_32 } )
+        if( SCOPED_TRACE( kernel ); qv___VectorsForceKernel( kernel ) == kernel )
         {
             std::mt19937 random( 20240611 );
             auto         below = [&]( size_t bound ) { return static_cast< unsigned >( random() % bound ); };
 
-            for( int round = 0; round < 2000; round++ )
+            for( int round = 0; round < 2000 && !testing::Test::HasFailure(); round++ )
             {
+                SCOPED_TRACE( round );
                 std::u32string text;
                 std::string    bytes;
                 unsigned       size = below( 300 ), faults = below( 3 ) ? 0 : below( 30 ), kinds = 1 + below( 15 );
@@ -142,94 +93,63 @@ TEST( Chars, AnyTextGoesBothWaysAsTheModelDoes )
                         bytes.pop_back();
                 }
 
-                size_t whole = encodedUtf8( text ).size();
-                expectEncoded( text, whole + 1, round % 2 );
-                expectEncoded( text, below( whole + 40 ), round % 2 );
+                // Up to the first character that is none, with it, and as a whole.
+                auto   end    = std::find_if( text.begin(), text.end(), []( char32_t ch ) { return ch >= 0x110000; } );
+                QV_INT length = static_cast< QV_INT >( text.size() ), first = end - text.begin();
+                ASSERT_TRUE( qvCharsAllOk( text.data(), first ) );
+                ASSERT_EQ( first == length, qvCharsAllOk( text.data(), std::min( first + 1, length ) ) );
+                ASSERT_EQ( first == length, qvCharsAllOk( text.data(), length ) );
 
-                std::u32string expected = decodedUtf8( bytes );
-                expectDecoded( bytes, expected, expected.size() );
-                expectDecoded( bytes, expected, below( expected.size() + 40 ) );
+                std::string    encoded = encodedUtf8( text );
+                std::u32string decoded = decodedUtf8( bytes );
 
-                if( testing::Test::HasFatalFailure() )
-                    FAIL() << "round " << round;
-            }
-        } );
-}
-
-TEST( Chars, AsciiReplacesWhatItLacks )
-{
-    char          bytes[8];
-    const QV_CHAR text[] = { U'a', 0, 0x7F, 0x80, 0xE9, 0x1F600, 0x110000 };
-    EXPECT_EQ( 8, qvCharsConvertToAscii( bytes, 8, text, 7, QV_TRUE ) );
-    EXPECT_EQ( std::string( "a\0\x7F????", 8 ), std::string( bytes, 8 ) );
-
-    // The terminator is written if it fits.
-    EXPECT_EQ( 1, qvCharsConvertToAscii( bytes, 1, nullptr, 0, QV_TRUE ) );
-    EXPECT_EQ( '\0', bytes[0] );
-    std::memset( bytes, 'x', 8 );
-    EXPECT_EQ( 8, qvCharsConvertToAscii( bytes, 7, text, 7, QV_TRUE ) );
-    EXPECT_EQ( 'x', bytes[7] );
-    EXPECT_EQ( 7, qvCharsConvertToAscii( nullptr, 0, text, 7, QV_FALSE ) );
-
-    QV_CHAR chs[4] = { 1, 1, 1, 1 };
-    EXPECT_EQ( 3, qvCharsConvertFromAscii( chs, 2, "\x7F\x80z", -1 ) );
-    EXPECT_THAT( chs, ElementsAre( 0x7F, 0xFFFD, 1, 1 ) );
-    EXPECT_EQ( 4, qvCharsConvertFromAscii( nullptr, 0, "a\0b\0", 4 ) );
-}
-
-TEST( Chars, WideTextHasNoZeros )
-{
-    wchar_t       wide[4] = { 1, 1, 1, 1 };
-    const QV_CHAR text[]  = { 0, 0xD800, 0x110000 };
-    EXPECT_EQ( 4, qvCharsConvertToWcstr( wide, 4, text, 3, QV_TRUE ) );
-    EXPECT_THAT( wide, ElementsAre( 0xFFFD, 0xD800, 0xFFFD, 0 ) );
-    EXPECT_EQ( 4, qvCharsConvertToWcstr( wide, 1, text, 3, QV_TRUE ) );
-
-    QV_CHAR       chs[4] = {};
-    const wchar_t from[] = { 0x10FFFF, 0x110000, -1, L'z', 0 };
-    EXPECT_EQ( 4, qvCharsConvertFromWcstr( chs, 4, from, -1 ) );
-    EXPECT_THAT( chs, ElementsAre( 0x10FFFF, 0xFFFD, 0xFFFD, U'z' ) );
-    EXPECT_EQ( 5, qvCharsConvertFromWcstr( nullptr, 0, from, 5 ) );
-}
-
-TEST( Chars, AllOkLooksAtEveryCharacter )
-{
-    onEachKernel(
-        []
-        {
-            for( size_t length = 0; length < 40; length++ )
-            {
-                std::u32string text( length, char32_t( 0x10FFFF ) );
-                QV_INT         count = static_cast< QV_INT >( length );
-                EXPECT_TRUE( qvCharsAllOk( text.data(), count ) );
-
-                for( char32_t &ch : text )
+                for( bool isShort : { false, true } )
                 {
-                    for( uint32_t bad : { 0x110000u, 0x7FFFFFFFu, 0x80000000u, 0x80110000u, 0xFFFFFFFFu } )
-                    {
-                        ch = bad;
-                        ASSERT_FALSE( qvCharsAllOk( text.data(), count ) ) << &ch - text.data() << " " << bad;
-                    }
-
-                    ch = 0x10FFFF;
+                    auto room = [&]( size_t whole ) { return isShort ? below( whole + 40 ) : whole; };
+                    expectConverted( text, encoded, room( encoded.size() ), qvCharsConvertToUtf8, QV_FALSE );
+                    expectConverted( text, encoded + '\0', room( encoded.size() ), qvCharsConvertToUtf8, QV_TRUE );
+                    expectConverted( bytes, decoded, room( decoded.size() ), qvCharsConvertFromUtf8 );
                 }
             }
-        } );
+        }
+
+    qv___VectorsForceKernel( -1 );
+}
+
+TEST( Chars, OtherFormsReplaceWhatTheyLack )
+{
+    const std::u32string text = { 0, U'a', 0x7F, 0x80, 0xD800, 0x10FFFF, 0x110000 };
+    const std::wstring   wide = { 0xFFFD, L'a', 0x7F, 0x80, 0xD800, 0x10FFFF, 0xFFFD };
+
+    // The terminator is written if it fits.
+    for( size_t room = 0; room < 10; room++ )
+    {
+        expectConverted( text, "\0a\x7F????"s, room, qvCharsConvertToAscii, QV_FALSE );
+        expectConverted( text, "\0a\x7F????\0"s, room, qvCharsConvertToAscii, QV_TRUE );
+        expectConverted( text, wide + L'\0', room, qvCharsConvertToWcstr, QV_TRUE );
+        expectConverted( "\x7F\x80\0z"s, U"\x7F\xFFFD\0z"s, room, qvCharsConvertFromAscii );
+        expectConverted(
+            std::wstring{ 0x10FFFF, 0x110000, -1, 0 }, U"\x10FFFF\xFFFD\xFFFD\0"s, room, qvCharsConvertFromWcstr );
+        expectConverted( U"abc"s, U"abc"s, room, qvCharsSanitize ); // it counts on after the room
+    }
+
+    EXPECT_EQ( 3, qvCharsConvertFromAscii( nullptr, 0, "abc", -1 ) );
+    EXPECT_EQ( 4, qvCharsConvertFromWcstr( nullptr, 0, L"abcd", -1 ) );
 }
 
 TEST( Chars, SanitizeCombinesPairsAndDropsTheRest )
 {
-    const char32_t HIGH = 0xD83D, LOW = 0xDE00;
+    const char32_t                                    HIGH = 0xD83D, LOW = 0xDE00;
+    const std::pair< std::u32string, std::u32string > CASES[] = {
+        { { HIGH, LOW }, U"\x1F600" },       { { U'a', HIGH, HIGH, LOW, LOW, U'b' }, U"a\U0001F600b" },
+        { { HIGH, U'a', LOW, HIGH }, U"a" }, { { 0xD800, 0xDC00, 0xDBFF, 0xDFFF }, U"\x10000\x10FFFF" },
+        { { HIGH, 0x110000, LOW }, U"" },    { { 0xD7FF, 0xE000 }, U"\xD7FF\xE000" },
+    };
 
-    EXPECT_EQ( U"\x1F600", sanitized( { HIGH, LOW } ) );
-    EXPECT_EQ( U"a\U0001F600b", sanitized( { U'a', HIGH, HIGH, LOW, LOW, U'b' } ) );
-    EXPECT_EQ( U"a", sanitized( { HIGH, U'a', LOW, HIGH } ) );
-    EXPECT_EQ( U"\x10000\x10FFFF", sanitized( { 0xD800, 0xDC00, 0xDBFF, 0xDFFF } ) );
-    EXPECT_EQ( U"", sanitized( { HIGH, 0x110000, LOW } ) );
-    EXPECT_EQ( U"\xD7FF\xE000", sanitized( { 0xD7FF, 0xE000 } ) );
-
-    // It counts on behind the room.
-    QV_CHAR dest[2] = { 1, 1 };
-    EXPECT_EQ( 3, qvCharsSanitize( dest, 1, U"abc", 3 ) );
-    EXPECT_THAT( dest, ElementsAre( U'a', 1 ) );
+    for( auto [text, expected] : CASES )
+    {
+        QV_INT length = static_cast< QV_INT >( text.size() ); // in its own place
+        text.resize( static_cast< size_t >( qvCharsSanitize( text.data(), length, text.data(), length ) ) );
+        EXPECT_EQ( expected, text );
+    }
 }

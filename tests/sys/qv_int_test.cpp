@@ -3,7 +3,6 @@
 #include "qv/sys/qv_int.h"
 
 #include <random>
-#include <vector>
 
 namespace
 {
@@ -28,20 +27,14 @@ std::vector< QV_INT > values()
     return result;
 }
 
-bool fits( Wide value )
-{
-    return value >= QV_INT_MIN && value <= QV_INT_MAX;
-}
-
 QV_INT saturated( Wide value )
 {
-    return fits( value ) ? static_cast< QV_INT >( value ) : value < 0 ? QV_INT_MIN : QV_INT_MAX;
+    return static_cast< QV_INT >( std::clamp< Wide >( value, QV_INT_MIN, QV_INT_MAX ) );
 }
 
-QV_INT middle( Wide a, Wide b )
+bool fits( Wide value )
 {
-    Wide low = std::min( a, b ), high = std::max( a, b );
-    return static_cast< QV_INT >( low >= 0 ? low + ( high - low ) / 2 : high - ( high - low ) / 2 );
+    return value == saturated( value );
 }
 } // namespace
 
@@ -51,6 +44,7 @@ TEST( Int, ArithmeticAgreesWithWiderIntegers )
         for( QV_INT b : values() )
         {
             SCOPED_TRACE( std::to_string( a ) + ", " + std::to_string( b ) );
+            Wide low = std::min( a, b ), high = std::max( a, b ), half = ( high - low ) / 2;
             ASSERT_EQ( fits( Wide( a ) + b ), qvIntAddOk( a, b ) );
             ASSERT_EQ( fits( Wide( a ) - b ), qvIntSubOk( a, b ) );
             ASSERT_EQ( fits( Wide( a ) * b ), qvIntMulOk( a, b ) );
@@ -58,12 +52,8 @@ TEST( Int, ArithmeticAgreesWithWiderIntegers )
             ASSERT_EQ( saturated( Wide( a ) + b ), qvIntAddSaturating( a, b ) );
             ASSERT_EQ( saturated( Wide( a ) - b ), qvIntSubSaturating( a, b ) );
             ASSERT_EQ( saturated( Wide( a ) * b ), qvIntMulSaturating( a, b ) );
-            ASSERT_EQ( middle( a, b ), qvIntMid( a, b ) );
-
-            if( b != 0 )
-            {
-                ASSERT_EQ( saturated( Wide( a ) / b ), qvIntDivSaturating( a, b ) );
-            }
+            ASSERT_EQ( b ? saturated( Wide( a ) / b ) : 0, b ? qvIntDivSaturating( a, b ) : 0 );
+            ASSERT_EQ( low >= 0 ? low + half : high - half, qvIntMid( a, b ) );
         }
 }
 
@@ -77,28 +67,23 @@ TEST( Int, BitsAgreeWithCounting )
         {
             bool set = static_cast< uint64_t >( value ) >> bit & 1;
             ASSERT_EQ( set, qvIntBitIsSet( value, bit ) );
-            ASSERT_TRUE( qvIntBitIsSet( qvIntBitSet( value, bit ), bit ) );
-            ASSERT_FALSE( qvIntBitIsSet( qvIntBitClear( value, bit ), bit ) );
-            ASSERT_EQ( value, set ? qvIntBitSet( value, bit ) : qvIntBitClear( value, bit ) );
+            ASSERT_EQ( value | QV_INT( uint64_t( 1 ) << bit ), qvIntBitSet( value, bit ) );
+            ASSERT_EQ( value & ~QV_INT( uint64_t( 1 ) << bit ), qvIntBitClear( value, bit ) );
 
             highest = set ? bit : highest;
             lowest  = set && lowest < 0 ? bit : lowest;
             count += set;
+
+            // Every width at both ends, each as a range too.
+            ASSERT_EQ( qvIntBitSetRange( value, bit, 0 ), qvIntBitSetLowest( value, bit + 1 ) );
+            ASSERT_EQ( qvIntBitClearRange( value, 0, bit ), qvIntBitClearLowest( value, bit + 1 ) );
+            ASSERT_EQ( qvIntBitSetRange( value, bit, 63 ), qvIntBitSetHighest( value, QV_INT_BITS - bit ) );
+            ASSERT_EQ( qvIntBitClearRange( value, 63, bit ), qvIntBitClearHighest( value, QV_INT_BITS - bit ) );
         }
 
         ASSERT_EQ( highest, qvIntBitHighest( value ) );
         ASSERT_EQ( lowest, qvIntBitLowest( value ) );
         ASSERT_EQ( count, qvIntBitCount( value ) );
-
-        // Every width at both ends, each as a range too.
-        for( QV_INT n = 1; n <= QV_INT_BITS; n++ )
-        {
-            ASSERT_EQ( qvIntBitSetRange( value, n - 1, 0 ), qvIntBitSetLowest( value, n ) );
-            ASSERT_EQ( qvIntBitClearRange( value, 0, n - 1 ), qvIntBitClearLowest( value, n ) );
-            ASSERT_EQ( qvIntBitSetRange( value, QV_INT_BITS - n, 63 ), qvIntBitSetHighest( value, n ) );
-            ASSERT_EQ( qvIntBitClearRange( value, 63, QV_INT_BITS - n ), qvIntBitClearHighest( value, n ) );
-        }
-
         ASSERT_EQ( value, qvIntBitSetLowest( value, 0 ) );
         ASSERT_EQ( value, qvIntBitClearHighest( value, 0 ) );
     }
@@ -113,9 +98,8 @@ TEST( Int, BoundsComeInEitherOrder )
 
     QV_INT a = 7, b = -7;
     qvIntSortPair( &a, &b );
-    EXPECT_EQ( -7, a );
-    qvIntSortPair( &a, &b );
-    EXPECT_EQ( 7, b );
+    qvIntSortPair( &a, &b ); // stays
+    EXPECT_TRUE( a == -7 && b == 7 );
 
     EXPECT_EQ( QV_INT_MAX, qvIntAbsSaturating( QV_INT_MIN ) );
     EXPECT_BROKEN( qvIntAbs( QV_INT_MIN ), "qvIntMulOk( value, -1 )" );
