@@ -1,12 +1,12 @@
-"""Writes the table of all public functions, and of the pairs of a form with its plain function, as C++ for the tests.
-
-    functions.py SOURCE_FOLDER COMPILER OUTPUT
-
-Each function becomes a row with its declaration and a call of it on slots. A form is found by its name: without the token
-that tells what it takes (Cstr, Leading, ...) the name is that of a plain function, and the parameters differ by just what the
-token stands for. The pair's row names for each parameter of the plain function how its argument follows from the
-arguments of the form; qv_forms_test.cpp makes them. A function with such a token and no pair is an error, unless it
-stands in ALONE."""
+# Writes the table of all public functions, and of the pairs of a form with its plain function, as C++ for the tests.
+#
+#     functions.py SOURCE_FOLDER COMPILER OUTPUT
+#
+# Each function becomes a row with its declaration and a call of it on slots. A form is found by its name: without the token
+# that tells what it takes (Cstr, Leading, ...) the name is that of a plain function, and the parameters differ by just what the
+# token stands for. The pair's row names for each parameter of the plain function how its argument follows from the
+# arguments of the form; qv_forms_test.cpp makes them. A function with such a token and no pair is an error, unless it
+# stands in ALONE.
 
 import pathlib
 import re

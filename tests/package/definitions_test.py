@@ -1,6 +1,6 @@
-"""Finds every function that the library exports: its whole name stands at its definition, in exactly one source. The eight
-standard functions of a family and the two of a character set come of one macro each. Arguments: the library, the source
-folder."""
+# Finds every function that the library exports: its whole name stands at its definition, in exactly one source. The eight
+# standard functions of a family and the two of a character set come of one macro each. Arguments: the library, the source
+# folder.
 
 import pathlib
 import re

@@ -1,6 +1,6 @@
-"""Compares the symbols that the built library exports with what its headers declare, both ways, and looks at what the
-library and the executable need at run time. Arguments: the library, the executable, the source folder, the
-compiler."""
+# Compares the symbols that the built library exports with what its headers declare, both ways, and looks at what the
+# library and the executable need at run time. Arguments: the library, the executable, the source folder, the
+# compiler.
 
 import pathlib
 import re

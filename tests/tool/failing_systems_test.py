@@ -1,15 +1,15 @@
-"""Runs the tools on a system that fails: for each of a few commands every single read, write, fsync, rename, close,
-mmap, open, start of a thread and allocation fails once, processes that write a document are killed at any moment, and
-what is allocated for large files is counted.
-
-A run must end in time and in one of these ways:
-- with the exit status, the output and the files of an undisturbed run,
-- with exit status 1 and a reason on the error stream,
-- with the report of a broken contract, which is how exhausted memory ends.
-And no file that was there may be anything but what it was or what it should become.
-
-Arguments: the executable, the folder of modules, the library that lets allocations fail. Needs strace; without the right
-to trace processes it is skipped, with status 77."""
+# Runs the tools on a system that fails: for each of a few commands every single read, write, fsync, rename, close,
+# mmap, open, start of a thread and allocation fails once, processes that write a document are killed at any moment, and
+# what is allocated for large files is counted.
+#
+# A run must end in time and in one of these ways:
+# - with the exit status, the output and the files of an undisturbed run,
+# - with exit status 1 and a reason on the error stream,
+# - with the report of a broken contract, which is how exhausted memory ends.
+# And no file that was there may be anything but what it was or what it should become.
+#
+# Arguments: the executable, the folder of modules, the library that lets allocations fail. Needs strace; without the right
+# to trace processes it is skipped, with status 77.
 
 import concurrent.futures
 import os
