@@ -12,12 +12,10 @@
 #include <filesystem>
 #include <fstream>
 #include <libgen.h>
-#include <pthread.h>
 #include <signal.h>
-#include <sstream>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <thread>
+#include <sys/time.h>
 #include <unistd.h>
 
 using qv::Ref;
@@ -52,16 +50,14 @@ protected:
 
     std::string read( const std::string &rest ) const
     {
-        std::ostringstream content;
-        content << std::ifstream( folder + rest, std::ios::binary ).rdbuf();
-
-        return content.str();
+        std::ifstream file( folder + rest, std::ios::binary );
+        return { std::istreambuf_iterator< char >( file ), {} };
     }
 
     const std::string folder = scratch() + "file ä\u4e2d/";
 };
 
-// What qvFileReadBuffer() gives, or "null".
+// What qvFileReadBuffer() returns, or "null".
 std::string readBuffer( QV_STRING *fn, QV_INT maxBytes )
 {
     Ref< QV_BUFFER > buf( qvFileReadBuffer( fn, maxBytes ) );
@@ -102,14 +98,9 @@ TEST_F( File, WholeFilesGoInAndOut )
         ASSERT_TRUE( qvFileWriteBuffer( name( "whole" ), buffer( all ) ) );
         ASSERT_EQ( all, read( "whole" ) );
         ASSERT_EQ( static_cast< QV_INT >( length ), qvFileSize( name( "whole" ) ) );
-        ASSERT_EQ( all, readBuffer( name( "whole" ), -1 ) );
-        ASSERT_EQ( all, readBuffer( name( "whole" ), static_cast< QV_INT >( length ) ) );
-        ASSERT_EQ( all, readBuffer( name( "whole" ), static_cast< QV_INT >( length ) + 1 ) );
 
-        if( length > 0 )
-        {
-            ASSERT_EQ( "null", readBuffer( name( "whole" ), static_cast< QV_INT >( length ) - 1 ) );
-        }
+        for( QV_INT limit = static_cast< QV_INT >( length ) - 1; limit < static_cast< QV_INT >( length ) + 2; limit++ )
+            ASSERT_EQ( limit < 0 || length <= size_t( limit ) ? all : "null", readBuffer( name( "whole" ), limit ) );
     }
 }
 
@@ -135,17 +126,15 @@ TEST_F( File, BytesAreReadAndSkippedInAnyPieces )
 
     Ref< QV_BYTE_SOURCE > source( qvFileOpenByteSource( name( "stream" ) ) );
     Ref< QV_BUFFER >      buf( qvBufferCreate() );
-    uint8_t               array[3000];
+    uint8_t               byte;
 
-    EXPECT_EQ( 1500, qvByteSourceRead( source, buf.at(), 1500 ) );
-    EXPECT_EQ( all.substr( 0, 1500 ), bytes( buf ) );
     EXPECT_EQ( 2500, qvByteSourceSkip( source, 2500 ) );
-    EXPECT_EQ( 3000, qvByteSourceReadBytes( source, array, 3000 ) );
-    EXPECT_EQ( all.substr( 4000, 3000 ), std::string( array, array + 3000 ) );
-    EXPECT_FALSE( qvByteSourceEnd( source ) );
-    EXPECT_EQ( 3000, qvByteSourceSkip( source, 3001 ) );
-    EXPECT_TRUE( qvByteSourceEnd( source ) );
-    EXPECT_FALSE( qvByteSourceError( source ) );
+    EXPECT_EQ( 1500, qvByteSourceRead( source, buf.at(), 1500 ) );
+    EXPECT_EQ( all.substr( 2500, 1500 ), bytes( buf ) );
+    EXPECT_EQ( 1, qvByteSourceReadBytes( source, &byte, 1 ) );
+    EXPECT_EQ( static_cast< uint8_t >( all[4000] ), byte );
+    EXPECT_EQ( 5999, qvByteSourceSkip( source, 6000 ) );
+    EXPECT_TRUE( qvByteSourceEnd( source ) && !qvByteSourceError( source ) );
 
     // A limit far above what there is, and above what the operating system reads at once.
     for( QV_INT limit : { QV_INT( -1 ), QV_INT( 10001 ), QV_INT( 1 ) << 31, QV_INT( 1 ) << 40, QV_INT_MAX } )
@@ -161,7 +150,7 @@ TEST_F( File, BytesAreReadAndSkippedInAnyPieces )
     EXPECT_EQ( 100000, qvByteSourceSkip( source, 100000 ) );
 
     source.reset( qvFileOpenByteSource( name( "" ) ) );
-    EXPECT_EQ( 0, qvByteSourceReadBytes( source, array, 1 ) );
+    EXPECT_EQ( 0, qvByteSourceReadBytes( source, &byte, 1 ) );
     EXPECT_TRUE( qvByteSourceEnd( source ) && qvByteSourceError( source ) );
 }
 
@@ -169,35 +158,21 @@ TEST_F( File, SignalsDoNotEndARead )
 {
     ASSERT_EQ( 0, mkfifo( ( folder + "pipe" ).c_str(), 0600 ) );
 
-    struct sigaction old, interrupting = {};
-    interrupting.sa_handler = []( int ) {};
-    sigaction( SIGUSR1, &interrupting, &old );
-
-    pthread_t   reader = pthread_self();
-    std::thread writer(
-        [this, reader]
-        {
-            int pipe = open( ( folder + "pipe" ).c_str(), O_WRONLY );
-            EXPECT_EQ( 3, ::write( pipe, "abc", 3 ) );
-
-            for( int i = 0; i < 50; i++ )
-            {
-                pthread_kill( reader, SIGUSR1 );
-                usleep( 200 );
-            }
-
-            EXPECT_EQ( 3, ::write( pipe, "def", 3 ) );
-            close( pipe );
-        } );
-
-    // Opening waits for the writer, which sends no signal before it has opened too.
+    // Opening waits for the writer.
+    ASSERT_EQ( 0, std::system( ( "{ printf abc; sleep 0.02; printf def; } >'" + folder + "pipe' &" ).c_str() ) );
     Ref< QV_BYTE_SOURCE > source( qvFileOpenByteSource( name( "pipe" ) ) );
     char                  array[10] = {};
+
+    struct sigaction old, interrupting = {};
+    interrupting.sa_handler = []( int ) {};
+    sigaction( SIGALRM, &interrupting, &old );
+    const itimerval often = { { 0, 1000 }, { 0, 1000 } }, never = {};
+    setitimer( ITIMER_REAL, &often, nullptr );
     EXPECT_EQ( 6, qvByteSourceReadBytes( source, array, 9 ) );
+    setitimer( ITIMER_REAL, &never, nullptr );
+    sigaction( SIGALRM, &old, nullptr );
     EXPECT_STREQ( "abcdef", array );
     EXPECT_FALSE( qvByteSourceError( source ) );
-    writer.join();
-    sigaction( SIGUSR1, &old, nullptr );
 }
 
 TEST_F( File, SinksCutAtOnceAndWriteWhatTheyAreGiven )
@@ -231,31 +206,20 @@ TEST_F( File, TextGoesThroughTheCharacterSetAndTheLineEnds )
 {
     Ref< QV_LINE_SINK > lines( qvFileOpenLineSink(
         name( "lines" ), QV_CHARSET_UTF_16, QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK, QV_NLF_FLAG_CRLF ) );
-    ASSERT_TRUE( lines );
-    EXPECT_TRUE( qvLineSinkWrite( lines, text( "a" ) ) );
-    EXPECT_TRUE( qvLineSinkWrite( lines, text( "€" ) ) );
+    EXPECT_TRUE( qvLineSinkWriteCstr( lines, "a", -1 ) && qvLineSinkWriteCstr( lines, "€", -1 ) );
     lines.reset();
-    EXPECT_EQ(
-        std::string(
-            "\xff\xfe"
-            "a\0\r\0\n\0\xac\x20\r\0\n\0",
-            14 ),
-        read( "lines" ) );
+    EXPECT_EQ( std::string( "\xff\xfe\x61\0\r\0\n\0\xac\x20\r\0\n\0", 14 ), read( "lines" ) );
 
     Ref< QV_LINE_SOURCE > source( qvFileOpenLineSource( name( "lines" ), QV_CHARSET_UTF_16, 0, QV_NLF_FLAG_CRLF ) );
     EXPECT_EQ( "a", take( qvLineSourceRead( source ) ) );
     EXPECT_EQ( "€", take( qvLineSourceRead( source ) ) );
     EXPECT_EQ( nullptr, qvLineSourceRead( source ) );
 
-    Ref< QV_CHAR_SINK > chars( qvFileOpenCharSink( name( "chars" ), QV_CHARSET_UTF_8, 0 ) );
-    EXPECT_TRUE( qvCharSinkWrite( chars, text( "ü\n" ) ) );
-    chars.reset();
-    EXPECT_EQ( "ü\n", read( "chars" ) );
-
-    Ref< QV_CHAR_SOURCE > charSource( qvFileOpenCharSource( name( "chars" ), QV_CHARSET_UTF_8, 0 ) );
-    Ref< QV_STRING >      all( qvStringCreate() );
-    EXPECT_EQ( 2, qvCharSourceRead( charSource, all.at(), -1 ) );
-    EXPECT_EQ( "ü\n", utf8( all ) );
+    Ref< QV_CHAR_SOURCE > chars(
+        qvFileOpenCharSource( name( "lines" ), QV_CHARSET_UTF_16_LE, QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK ) );
+    Ref< QV_STRING > all( qvStringCreate() );
+    EXPECT_EQ( 7, qvCharSourceRead( chars, all.at(), -1 ) );
+    EXPECT_EQ( "\ufeffa\r\n€\r\n", utf8( all ) );
 }
 
 /* Files and directories ------------------------------------------------------------------------------------------ */
@@ -268,30 +232,22 @@ TEST_F( File, FilesAndDirectoriesAreToldApart )
     ASSERT_TRUE( qvFileCreateDirectory( name( "dir" ) ) );
     fs::create_symlink( "dir", folder + "dirlink" );
 
-    struct
-    {
-        const char *name;
-        bool        exists, isDirectory;
-    } const CASES[] = { { "file", true, false },      { "link", true, false },  { "dir", true, true },
-                        { "dirlink", true, true },    { "dir/", true, true },   { "missing", false, false },
-                        { "dangling", false, false }, { "file/", false, false } };
+    for( const char *directory : { "dir", "dirlink", "dir/" } )
+        EXPECT_TRUE( qvFileExists( name( directory ) ) && qvFileIsDirectory( name( directory ) ) ) << directory;
 
-    for( const auto &c : CASES )
-    {
-        EXPECT_EQ( c.exists, qvFileExists( name( c.name ) ) ) << c.name;
-        EXPECT_EQ( c.isDirectory, qvFileIsDirectory( name( c.name ) ) ) << c.name;
-    }
+    for( const char *file : { "file", "link" } )
+        EXPECT_TRUE( qvFileExists( name( file ) ) && !qvFileIsDirectory( name( file ) ) ) << file;
+
+    for( const char *none : { "missing", "dangling", "file/" } )
+        EXPECT_FALSE( qvFileExists( name( none ) ) || qvFileIsDirectory( name( none ) ) ) << none;
 
     EXPECT_EQ( 4, qvFileSize( name( "link" ) ) );
     EXPECT_EQ( -1, qvFileSize( name( "missing" ) ) );
     EXPECT_EQ( fs::perms( 0711 ) & ~fs::perms( 022 ), fs::status( folder + "dir" ).permissions() & ~fs::perms( 022 ) );
 
-    EXPECT_FALSE( qvFileCreateDirectory( name( "dir" ) ) );
-    EXPECT_FALSE( qvFileCreateDirectory( name( "a/b" ) ) );
-    EXPECT_FALSE( qvFileDelete( name( "dir" ) ) );
-    EXPECT_FALSE( qvFileDeleteDirectory( name( "file" ) ) );
-    EXPECT_TRUE( qvFileDelete( name( "dirlink" ) ) );
-    EXPECT_TRUE( qvFileDeleteDirectory( name( "dir" ) ) );
+    EXPECT_FALSE( qvFileCreateDirectory( name( "dir" ) ) || qvFileCreateDirectory( name( "a/b" ) ) );
+    EXPECT_FALSE( qvFileDelete( name( "dir" ) ) || qvFileDeleteDirectory( name( "file" ) ) );
+    EXPECT_TRUE( qvFileDelete( name( "dirlink" ) ) && qvFileDeleteDirectory( name( "dir" ) ) );
 
     write( "other", "56" );
     EXPECT_TRUE( qvFileRename( name( "other" ), name( "file" ) ) );
@@ -332,14 +288,14 @@ TEST_F( File, TreesGoButWhatLinksLeadToStays )
     fs::create_symlink( "nowhere", folder + "tree/dangling" );
     fs::create_symlink( "kept", folder + "link" );
 
-    // Nothing is touched where it is not a directory's own name that is given.
-    for( const char *refused : { "link", "link/", "link//", "kept/.", "kept/file", "kept/../kept/..", "missing" } )
-        EXPECT_FALSE( qvFileDeleteDirectoryRecursive( name( refused ) ) ) << refused;
-
+    // What is given has to be the own name of a directory.
     fs::path before = fs::current_path();
     fs::current_path( folder + "kept" );
-    EXPECT_FALSE( qvFileDeleteDirectoryRecursive( text( "" ) ) );
-    EXPECT_FALSE( qvFileDeleteDirectoryRecursive( text( "." ) ) );
+
+    for( std::string refused : { "link", "link/", "link//", "kept/.", "kept/file", "kept/../kept/..", "missing" } )
+        EXPECT_FALSE( qvFileDeleteDirectoryRecursive( name( refused ) ) ) << refused;
+
+    EXPECT_FALSE( qvFileDeleteDirectoryRecursive( text( "" ) ) || qvFileDeleteDirectoryRecursive( text( "." ) ) );
     fs::current_path( before );
     EXPECT_TRUE( fs::is_symlink( folder + "link" ) );
 
@@ -368,9 +324,9 @@ TEST_F( File, TreesGoHoweverDeepTheyAre )
 
     close( at );
 
-    rlimit files, few;
+    rlimit files;
     getrlimit( RLIMIT_NOFILE, &files );
-    few = { 64, files.rlim_max };
+    const rlimit few = { 64, files.rlim_max };
     setrlimit( RLIMIT_NOFILE, &few );
     EXPECT_TRUE( qvFileDeleteDirectoryRecursive( name( part ) ) );
     setrlimit( RLIMIT_NOFILE, &files );
@@ -385,23 +341,17 @@ TEST_F( File, NamesWithAZeroAreRefusedNotCut )
     Ref< QV_STRING > file = name( std::string( "file\0x", 6 ) ), dir = name( std::string( "dir\0/x", 6 ) );
     Ref< QV_STRING > fresh = name( std::string( "fresh\0", 6 ) );
 
-    EXPECT_EQ( nullptr, qvFileOpenByteSource( file ) );
-    EXPECT_EQ( nullptr, qvFileOpenCharSource( file, QV_CHARSET_UTF_8, 0 ) );
-    EXPECT_EQ( nullptr, qvFileOpenByteSink( file ) );
-    EXPECT_EQ( nullptr, qvFileOpenLineSink( fresh, QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_LF ) );
-    EXPECT_EQ( nullptr, qvFileReadBuffer( file, -1 ) );
-    EXPECT_FALSE( qvFileWriteBuffer( file, buffer( "new" ) ) );
+    EXPECT_FALSE( qvFileOpenByteSource( file ) || qvFileOpenCharSource( file, QV_CHARSET_UTF_8, 0 ) );
+    EXPECT_FALSE( qvFileOpenByteSink( file ) || qvFileOpenLineSink( fresh, QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_LF ) );
+    EXPECT_FALSE( qvFileReadBuffer( file, -1 ) || qvFileWriteBuffer( file, buffer( "new" ) ) );
     EXPECT_FALSE( qvFileExists( file ) || qvFileIsDirectory( dir ) || qvFileDelete( file ) );
     EXPECT_EQ( -1, qvFileSize( file ) );
     EXPECT_FALSE( qvFileRename( file, name( "other" ) ) || qvFileRename( name( "file" ), fresh ) );
     EXPECT_FALSE( qvFileCreateDirectory( fresh ) );
     EXPECT_FALSE( qvFileDeleteDirectory( dir ) || qvFileDeleteDirectoryRecursive( dir ) );
     EXPECT_TRUE( texts( qvDirectoryContent( dir, QV_FALSE, nullptr ) ).empty() );
-
     EXPECT_EQ( "old", read( "file" ) );
-    EXPECT_EQ(
-        ( std::vector< std::string >{ folder + "dir", folder + "file" } ),
-        texts( qvDirectoryContent( name( "" ), QV_FALSE, nullptr ) ) );
+    EXPECT_EQ( 2, std::distance( fs::directory_iterator( folder ), fs::directory_iterator() ) );
 
     Ref< QV_STRING > path = text( std::string( "a\0/b\0.c", 7 ) );
     EXPECT_EQ( std::string( "a\0", 2 ), take( qvFileDirName( path ) ) );
@@ -429,9 +379,8 @@ TEST_F( File, PathsAreTakenApart )
             for( int i = 0, rest = code; i < length; i++, rest /= 3 )
                 name += "/.a"[rest % 3];
 
-            std::string dirCopy = name, baseCopy = name;
-            ASSERT_EQ( dirname( dirCopy.data() ), take( qvFileDirName( text( name ) ) ) ) << name;
-            ASSERT_EQ( basename( baseCopy.data() ), take( qvFileBaseName( text( name ) ) ) ) << name;
+            ASSERT_EQ( dirname( std::string( name ).data() ), take( qvFileDirName( text( name ) ) ) ) << name;
+            ASSERT_EQ( basename( std::string( name ).data() ), take( qvFileBaseName( text( name ) ) ) ) << name;
         }
 }
 
@@ -439,17 +388,14 @@ TEST_F( File, DelimitersAreAppendedOnce )
 {
     Ref< QV_STRING > path = text( "a" ), other = Ref< QV_STRING >::share( path ), empty = text( "" );
 
-    qvFilePathAppendDelimiter( path.at() );
-    qvFilePathAppendDelimiter( path.at() );
-    qvFilePathAppendDelimiter( empty.at() );
-    EXPECT_EQ( "a/", utf8( path ) );
-    EXPECT_EQ( "a", utf8( other ) );
-    EXPECT_EQ( "/", utf8( empty ) );
+    for( QV_STRING **each : { path.at(), path.at(), empty.at() } )
+        qvFilePathAppendDelimiter( each );
+
+    EXPECT_EQ( "a/ a /", utf8( path ) + " " + utf8( other ) + " " + utf8( empty ) );
     EXPECT_EQ( U'/', qvFilePathDelimiter() );
 
-    EXPECT_TRUE( qvPathIsRelative( text( "" ) ) );
-    EXPECT_TRUE( qvPathIsRelative( text( "a/b" ) ) );
-    EXPECT_FALSE( qvPathIsRelative( text( "/a" ) ) );
+    EXPECT_TRUE(
+        qvPathIsRelative( text( "" ) ) && qvPathIsRelative( text( "a/b" ) ) && !qvPathIsRelative( text( "/a" ) ) );
 }
 
 TEST_F( File, TheProcessKnowsItsPlace )
@@ -469,13 +415,11 @@ TEST_F( File, TheProcessKnowsItsPlace )
 
 TEST_F( File, BrokenArgumentsAreReported )
 {
-
     EXPECT_BROKEN( qvFileReadBuffer( name( "x" ), -2 ), "maxBytes >= -1" );
 
     // A charset that is none is found before the file is cut, and before it is missed.
     write( "x", "old" );
     EXPECT_BROKEN( qvFileOpenCharSink( name( "x" ), 51, 0 ), "QV_CHARSET_OK( charset )" );
-    EXPECT_BROKEN( qvFileOpenLineSink( name( "x" ), -1, 0, 0 ), "QV_CHARSET_OK( charset )" );
     EXPECT_BROKEN( qvFileOpenLineSource( name( "missing" ), 51, 0, 0 ), "QV_CHARSET_OK( charset )" );
     EXPECT_EQ( "old", read( "x" ) );
 }

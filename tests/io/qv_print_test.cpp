@@ -19,8 +19,8 @@ TEST( Print, LinesAndTextsComeOneCallEach )
                 nullptr );
 
             Ref< QV_VECTOR > lines( qvVectorCreate() );
-            qvVectorAppendObj( lines.at(), qvStringObj( text( "one" ) ) );
-            qvVectorAppendObj( lines.at(), qvStringObj( text( "" ) ) );
+            qvVectorAppendString( lines.at(), text( "one" ) );
+            qvVectorAppendString( lines.at(), text( "" ) );
             qvPrintLines( lines );
             qvPrintFormatCstr( "%i%i", -1, QV_INT( 11 ), QV_INT( 22 ) );
         } );
