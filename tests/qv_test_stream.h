@@ -41,14 +41,11 @@ struct Bytes
     typedef QV_BYTE_SINK   Sink;
     typedef QV_BYTE_SOURCE Source;
 
-    static constexpr auto createSink = qv___ByteSinkCreate;
-    static constexpr auto append     = qvBufferAppendBytes;
-    static constexpr auto textOf     = bytes;
-
-    static Source *createSource( QV___BYTE_SOURCE_READ_FUNC readFunc, QV_OBJ *closure )
-    {
-        return qv___ByteSourceCreate( readFunc, nullptr, closure );
-    }
+    static constexpr auto createSink   = qv___ByteSinkCreate;
+    static constexpr auto createSource = []( QV___BYTE_SOURCE_READ_FUNC readFunc, QV_OBJ *closure )
+    { return qv___ByteSourceCreate( readFunc, nullptr, closure ); };
+    static constexpr auto append = qvBufferAppendBytes;
+    static constexpr auto textOf = bytes;
 };
 
 struct Chars
@@ -79,7 +76,8 @@ Log *logOf( QV_OBJ *closure )
 template< class Unit >
 struct SinkLog
 {
-    std::string         calls; // w: write, f: flush, e: end of the closure
+    std::string         calls;   // w: write, f: flush, e: end of the closure
+    std::string         lengths; // of what came with the writes
     typename Unit::Text written;
     int                 callsUntilFailure = -1;
 
@@ -94,6 +92,7 @@ private:
     {
         auto *log = logOf< SinkLog >( closure );
         log->calls += 'w';
+        log->lengths += std::to_string( count ) + " ";
 
         if( log->callsUntilFailure-- == 0 )
             return QV_FALSE;
@@ -123,25 +122,19 @@ struct SourceLog
         return Ref< typename Unit::Source >( Unit::createSource( read, obj( closureOf( this ).get() ) ) );
     }
 
-    QV_BOOL take( QV_INT limit, typename Unit::Text *run, QV_INT *count )
-    {
-        EXPECT_EQ( 0, *count );
-        limits.push_back( limit );
-        *run = data.substr( offset, static_cast< size_t >( limit ) );
-        offset += run->size();
-        *count = static_cast< QV_INT >( run->size() ) + extra;
-
-        return !( fails && offset == data.size() );
-    }
-
 private:
     static QV_BOOL read( QV_OBJ *closure, typename Unit::Carrier **dest, QV_INT limit, QV_INT *count )
     {
-        typename Unit::Text run;
-        QV_BOOL             ok = logOf< SourceLog >( closure )->take( limit, &run, count );
+        auto                     *log = logOf< SourceLog >( closure );
+        const typename Unit::Text run = log->data.substr( log->offset, static_cast< size_t >( limit ) );
+
+        EXPECT_EQ( 0, *count );
+        log->limits.push_back( limit );
+        log->offset += run.size();
+        *count = static_cast< QV_INT >( run.size() ) + log->extra;
         Unit::append( dest, run.data(), static_cast< QV_INT >( run.size() ) );
 
-        return ok;
+        return !( log->fails && log->offset == log->data.size() );
     }
 };
 } // namespace qv::test

@@ -1,9 +1,12 @@
 #include "qv_test_support.h"
 
 #include "qv/unicode/qv_unicode_cccv.h"
+#include "qv/unicode/qv_unicode_cdmt.h"
 #include "qv/unicode/qv_unicode_db_private.h"
 #include "qv/unicode/qv_unicode_genc.h"
+#include "qv/unicode/qv_unicode_normalizer.h"
 #include "qv/unicode/qv_unicode_properties.h"
+#include "qv/unicode/qv_unicode_script.h"
 
 #include <dlfcn.h>
 
@@ -21,27 +24,32 @@ namespace
 {
 const QV_CHAR CODE_POINTS = 0x110000;
 
+std::u32string taken( const QV_CHAR *mapped, QV_INT length )
+{
+    return mapped ? std::u32string( mapped, static_cast< size_t >( length ) ) : std::u32string();
+}
+
 std::u32string mapping( const QV_CHAR *( *lookup )( QV_CHAR ch, QV_INT *length ), QV_CHAR ch )
 {
-    QV_INT         length = -1;
-    const QV_CHAR *chars  = lookup( ch, &length );
-    return chars ? std::u32string( chars, static_cast< size_t >( length ) ) : std::u32string();
+    QV_INT         length;
+    const QV_CHAR *mapped = lookup( ch, &length );
+    return taken( mapped, length );
 }
 
 std::u32string decomposition( QV_CHAR ch, QV_INT *type )
 {
-    QV_INT         length = -1;
-    const QV_CHAR *chars  = qv___UnicodeCdmDbLookup( ch, &length, type );
-    return chars ? std::u32string( chars, static_cast< size_t >( length ) ) : std::u32string();
+    QV_INT         length;
+    const QV_CHAR *mapped = qv___UnicodeCdmDbLookup( ch, &length, type );
+    return taken( mapped, length );
 }
 
-// The words of a constant's name behind its prefix as a function has them: LETTER_OTHER is Letter and Other.
+// The words of a constant's name after its prefix as a function has them: LETTER_OTHER is Letter and Other.
 std::vector< std::string > wordsOf( QV_STRING *symName )
 {
     std::vector< std::string > words;
-    std::string                name = take( symName ).substr( strlen( "QV_UNICODE_GENC_" ) ), word;
+    std::istringstream         name( take( symName ).substr( strlen( "QV_UNICODE_GENC_" ) ) );
 
-    for( std::istringstream stream( name ); std::getline( stream, word, '_' ); words.push_back( word ) )
+    for( std::string word; std::getline( name, word, '_' ); words.push_back( word ) )
         std::transform( word.begin() + 1, word.end(), word.begin() + 1, tolower );
 
     return words;
@@ -50,12 +58,10 @@ std::vector< std::string > wordsOf( QV_STRING *symName )
 typedef QV_BOOL ( *Predicate )( QV_CHAR ch );
 
 // The exported function of a name.
-Predicate predicate( std::string name, const std::string &value )
+Predicate predicate( const std::string &name )
 {
-    name.append( value );
     void *function = dlsym( RTLD_DEFAULT, name.c_str() );
     EXPECT_TRUE( function ) << name;
-
     return reinterpret_cast< Predicate >( function );
 }
 
@@ -74,15 +80,15 @@ TEST( Unicode, PredicatesAreTrueForWhatTheirNamesTell )
     for( QV_INT genc = 0; genc < 30; genc++ )
     {
         std::vector< std::string > words = wordsOf( qvUnicodeGencSymName( genc ) );
-        categories.push_back( predicate( "qvUnicodeIs", joined( words ) ) );
-        groups.push_back( predicate( "qvUnicodeIs", words[0] ) );
+        categories.push_back( predicate( "qvUnicodeIs" + joined( words ) ) );
+        groups.push_back( predicate( "qvUnicodeIs" + words[0] ) );
     }
 
     for( QV_INT cccv = 0; cccv < 256; cccv++ )
         if( QV_STRING *symName = qvUnicodeCccvSymName( cccv ) )
         {
             std::string name = joined( wordsOf( symName ) );
-            classes[cccv]    = predicate( "qvUnicodeHasCccv", name == "AboveLeft" ? "AaboveLeft" : name );
+            classes[cccv]    = predicate( "qvUnicodeHasCccv" + ( name == "AboveLeft" ? "AaboveLeft" : name ) );
         }
 
     ASSERT_FALSE( HasFailure() );
@@ -195,15 +201,13 @@ TEST( Unicode, DecimalDigitsComeInTens )
 {
     int digits = 0;
 
+    // A script's digits follow one another, but for one that has a variant of its 1.
     for( QV_CHAR ch = 0; ch < CODE_POINTS; ch++ )
     {
         QV_INT value = qvUnicodeDecimalDigitValue( ch );
-        ASSERT_EQ( value >= 0, qvUnicodeIsNumberDecimalDigit( ch ) ) << std::hex << (uint32_t)ch;
-
-        // A script's digits follow one another, but for one that has a variant of its 1.
-        ASSERT_TRUE( value < 0 || value == 9 || ch == 0x19DA || qvUnicodeDecimalDigitValue( ch + 1 ) == value + 1 )
-            << std::hex << (uint32_t)ch;
-
+        bool   last  = value < 0 || value == 9 || ch == 0x19DA;
+        ASSERT_TRUE( last || qvUnicodeDecimalDigitValue( ch + 1 ) == value + 1 ) << uint32_t( ch );
+        ASSERT_EQ( value >= 0, qvUnicodeIsNumberDecimalDigit( ch ) ) << uint32_t( ch );
         digits += value >= 0;
     }
 
@@ -215,33 +219,41 @@ TEST( Unicode, DecimalDigitsComeInTens )
 
 TEST( Unicode, DigitsOfABase )
 {
-    struct
+    // Up to 16 the value is not compared with the base.
+    const struct
     {
         QV_CHAR ch;
         QV_INT  base, value;
-    } cases[] = {
-        { U'z', 36, 35 },
-        { U'Z', 36, 35 },
-        { U'z', 35, -1 },
-        { U'j', 20, 19 },
-        { U'9', 17, 9 },
-        { U'@', 36, -1 },
-        { U'[', 36, -1 },
-        { U'{', 36, -1 },
-        { 0x0661, 10, 1 },
-        { 0x0661, 16, -1 },
-        { 0xFF21, 16, 10 },
-        { 0xFF21, 17, -1 },
-        { 0x141, 36, -1 },
+    } CASES[] = { { U'z', 36, 35 },   { U'Z', 36, 35 },   { U'z', 35, -1 },  { U'j', 20, 19 },  { U'9', 17, 9 },
+                  { U'@', 36, -1 },   { U'[', 36, -1 },   { U'{', 36, -1 },  { 0x0661, 10, 1 }, { 0x0661, 16, -1 },
+                  { 0xFF21, 16, 10 }, { 0xFF21, 17, -1 }, { 0x141, 36, -1 }, { U'9', 8, 9 },    { U'f', 11, 15 },
+                  { U'f', 10, -1 },   { U'g', 16, -1 } };
 
-        // The value isn't compared with a base of up to 16.
-        { U'9', 8, 9 },
-        { U'f', 11, 15 },
-        { U'f', 10, -1 },
-        { U'g', 16, -1 },
-    };
+    for( const auto &row : CASES )
+        EXPECT_EQ( row.value, qvUnicodeBaseNDigitValue( row.ch, row.base ) ) << uint32_t( row.ch ) << " " << row.base;
+}
 
-    for( auto &each : cases )
-        EXPECT_EQ( each.value, qvUnicodeBaseNDigitValue( each.ch, each.base ) )
-            << std::hex << (uint32_t)each.ch << " base " << std::dec << each.base;
+TEST( Unicode, MisuseIsReported )
+{
+    static QV_UNICODE_NORMALIZER *norm = qvUnicodeNormalizerCreate( 0 );
+    static QV_STRING             *abc  = text( "abc" ).give();
+
+    expectReports( {
+        { [] { qvUnicodeGenc( 0x110000 ); }, "QV_CHAR_OK( ch )" },
+        { [] { qvUnicodeIsOther( 0xFFFFFFFF ); }, "QV_CHAR_OK( ch )" },
+        { [] { qv___UnicodeUpperCaseDbLookup( 0x110000, nullptr ); }, "QV_CHAR_OK( ch )" },
+        { [] { qvUnicodeBaseNDigitValue( U'1', 37 ); }, "base >=2 && base <= 36" },
+        { [] { qvUnicodeGencDescription( 30 ); }, "QV_UNICODE_GENC_OK( genc )" },
+        { [] { qvUnicodeCccvSymName( 256 ); }, "QV_UNICODE_CCCV_OK( cccv )" },
+        { [] { qvUnicodeCdmtTag( 18 ); }, "QV_UNICODE_CDMT_OK( cdmt )" },
+        { [] { qvUnicodeScriptName( -1 ); }, "QV_UNICODE_SCRIPT_OK( script )" },
+        { [] { qvUnicodeNormalizerCreate( 4 ); }, "QV_UNICODE_NORMAL_FORM_OK( normalForm )" },
+        { [] { qvUnicodeNormalizerWriteChars( norm, nullptr, 1 ); }, "chs || chsLength == 0" },
+        { [] { qvUnicodeNormalizerWriteTrailing( norm, abc, 4 ); }, "offset >= 0" },
+        { [] { qvUnicodeNormalizerWriteLeading( norm, abc, 4 ); }, "offset + count <= qvStringLength( src )" },
+        { [] { qvUnicodeNormalizerRead( norm, &abc, -2 ); }, "maxLen == -1 || maxLen >= 0" },
+    } );
+
+    qvUnicodeNormalizerRelease( norm );
+    qvStringRelease( abc );
 }
