@@ -61,50 +61,47 @@ struct Chars
     static constexpr auto textOf       = chars;
 };
 
-/** A closure for an object of the tests, and the way back. */
-inline Ref< QV___BOXED_POINTER > closureOf( void *log, QV___BOXED_POINTER_FREE_FUNC freeFunc = nullptr )
+/** A closure that leads to an object of the tests. */
+inline Ref< QV_OBJ > closureOf( void *log, QV___BOXED_POINTER_FREE_FUNC freeFunc = nullptr )
 {
-    return Ref< QV___BOXED_POINTER >( qv___BoxedPointerCreate( log, freeFunc ) );
+    return Ref< QV_OBJ >( obj( qv___BoxedPointerCreate( log, freeFunc ) ) );
 }
 
 template< class Log >
-Log *logOf( QV_OBJ *closure )
+Log &logOf( QV_OBJ *closure )
 {
-    return static_cast< Log * >( qv___BoxedPointerValue( qv___BoxedPointerFrom( closure ) ) );
+    return *static_cast< Log * >( qv___BoxedPointerValue( qv___BoxedPointerFrom( closure ) ) );
 }
 
 template< class Unit >
 struct SinkLog
 {
-    std::string         calls;   // w: write, f: flush, e: end of the closure
-    std::string         lengths; // of what came with the writes
+    std::string         calls; // w: write, f: flush, e: end of the closure
     typename Unit::Text written;
     int                 callsUntilFailure = -1;
 
     Ref< typename Unit::Sink > sink()
     {
-        auto closure = closureOf( this, []( void *log ) { static_cast< SinkLog * >( log )->calls += 'e'; } );
-        return Ref< typename Unit::Sink >( Unit::createSink( write, flush, obj( closure.get() ) ) );
+        auto end   = []( void *log ) { static_cast< SinkLog * >( log )->calls += 'e'; };
+        auto flush = []( QV_OBJ *closure ) -> QV_BOOL { return logOf< SinkLog >( closure ).note( 'f' ); };
+        auto write = []( QV_OBJ *closure, typename Unit::Carrier *data, QV_INT offset, QV_INT count ) -> QV_BOOL
+        {
+            SinkLog   &log = logOf< SinkLog >( closure );
+            const bool ok  = log.note( 'w' );
+
+            if( ok )
+                log.written += Unit::textOf( data ).substr( size_t( offset ), size_t( count ) );
+
+            return ok;
+        };
+        return Ref< typename Unit::Sink >( Unit::createSink( write, flush, closureOf( this, end ) ) );
     }
 
 private:
-    static QV_BOOL write( QV_OBJ *closure, typename Unit::Carrier *data, QV_INT offset, QV_INT count )
+    bool note( char call )
     {
-        auto *log = logOf< SinkLog >( closure );
-        log->calls += 'w';
-        log->lengths += std::to_string( count ) + " ";
-
-        if( log->callsUntilFailure-- == 0 )
-            return QV_FALSE;
-
-        log->written += Unit::textOf( data ).substr( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
-        return QV_TRUE;
-    }
-
-    static QV_BOOL flush( QV_OBJ *closure )
-    {
-        logOf< SinkLog >( closure )->calls += 'f';
-        return logOf< SinkLog >( closure )->callsUntilFailure-- != 0;
+        calls += call;
+        return callsUntilFailure-- != 0;
     }
 };
 
@@ -119,22 +116,20 @@ struct SourceLog
 
     Ref< typename Unit::Source > source()
     {
-        return Ref< typename Unit::Source >( Unit::createSource( read, obj( closureOf( this ).get() ) ) );
-    }
+        auto read = []( QV_OBJ *closure, typename Unit::Carrier **dest, QV_INT limit, QV_INT *count ) -> QV_BOOL
+        {
+            SourceLog                &log = logOf< SourceLog >( closure );
+            const typename Unit::Text run = log.data.substr( log.offset, size_t( limit ) );
 
-private:
-    static QV_BOOL read( QV_OBJ *closure, typename Unit::Carrier **dest, QV_INT limit, QV_INT *count )
-    {
-        auto                     *log = logOf< SourceLog >( closure );
-        const typename Unit::Text run = log->data.substr( log->offset, static_cast< size_t >( limit ) );
+            EXPECT_EQ( 0, *count );
+            log.limits.push_back( limit );
+            log.offset += run.size();
+            *count = QV_INT( run.size() ) + log.extra;
+            Unit::append( dest, run.data(), QV_INT( run.size() ) );
 
-        EXPECT_EQ( 0, *count );
-        log->limits.push_back( limit );
-        log->offset += run.size();
-        *count = static_cast< QV_INT >( run.size() ) + log->extra;
-        Unit::append( dest, run.data(), static_cast< QV_INT >( run.size() ) );
-
-        return !( log->fails && log->offset == log->data.size() );
+            return !( log.fails && log.offset == log.data.size() );
+        };
+        return Ref< typename Unit::Source >( Unit::createSource( read, closureOf( this ) ) );
     }
 };
 } // namespace qv::test

@@ -62,10 +62,10 @@ void nothing()
 
 const Function *qv::test::findFunction( const std::string &name )
 {
-    const Function *end = FUNCTIONS + FUNCTION_COUNT;
-    const Function *found =
-        std::find_if( FUNCTIONS, end, [&]( const Function &function ) { return name == function.name; } );
-    EXPECT_NE( end, found ) << name;
+    const Function *found = FUNCTIONS;
+
+    while( name != found->name )
+        found++;
 
     return found;
 }
@@ -182,9 +182,7 @@ std::u32string Arguments::someText( bool name )
 std::string Arguments::someBytes()
 {
     std::string result( static_cast< size_t >( least + below( 7 ) ), '\0' );
-
-    for( char &byte : result )
-        byte = static_cast< char >( random() );
+    std::generate( result.begin(), result.end(), std::ref( random ) );
 
     return result;
 }
@@ -253,15 +251,13 @@ void Arguments::object( Argument &argument, const std::string &family )
     }
     else if( family == "STORE" )
     {
-        QV_STORE *store = qvStoreCreate();
+        // Some names are such as formats of the tests become.
+        const char32_t *const ENDS[] = { U"", U"", U"0", U"1", U"2", U"0x", U"1x", U"2x" };
+        QV_STORE             *store  = qvStoreCreate();
 
         for( QV_INT i = 2 + below( 6 ); i > 0; i-- )
         {
-            // Half of them are such as formats of the tests become.
-            std::u32string name = someText( true );
-            name += below( 2 ) ? std::u32string( 1, static_cast< char32_t >( U'0' + below( 3 ) ) ) : U"";
-            name += name.size() > 1 && below( 2 ) ? U"x" : U"";
-            Ref< QV_STRING > address = text( name );
+            Ref< QV_STRING > address = text( someText( true ) + ENDS[below( 8 )] );
             Ref< QV_STORE >  under( qvStoreCreate() );
             qvStoreSetValueIntCstr( under.at(), "n", -1, i );
 
@@ -308,9 +304,6 @@ QV_INT Arguments::number( const std::string &type, const std::string &name )
                    ? last->units - ( below( 2 ) ? 0 : last->units + 1 )
                    : last->units;
 
-    if( type == "QV_BOOL" )
-        return name == "blocked" ? 0 : below( 2 );
-
     if( type == "QV_CHAR" )
         return U"ab \u00e9\U0001f600"[below( 5 )];
 
@@ -338,14 +331,12 @@ QV_INT Arguments::number( const std::string &type, const std::string &name )
         return limit > 0 ? least + below( limit + 1 - least ) : 0;
     }
 
-    if( name == "endingKey" )
-        return last->slot.i + below( 3 );
-
-    if( name == "value" && has( function, "Flag" ) )
-        return 1 << below( 6 );
-
-    return name == "maxParts"                                                ? below( 2 ) ? -1 : 1 + below( 3 )
-                                                          : name.starts_with( "max" ) ? -1
+    return name == "endingKey"                                               ? last->slot.i + below( 3 )
+           : name == "value" && has( function, "Flag" )                      ? 1 << below( 6 )
+           : name == "maxParts"                                              ? ( below( 2 ) ? -1 : 1 + below( 3 ) )
+           : name.starts_with( "max" )                                       ? -1
+           : name == "blocked"                                               ? 0
+           : type == "QV_BOOL"                                               ? below( 2 )
            : name == "base"                                                  ? 10
            : name == "charset"                                               ? QV_CHARSET_UTF_8
            : has( name, "condition" )                                        ? 1

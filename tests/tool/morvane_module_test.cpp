@@ -6,9 +6,8 @@ using namespace qv::test;
 
 TEST( MorvaneInfo, IsADocument )
 {
-    expectOutcomes( {
-        { "$M info >doc; $M store show doc | cmp doc; grep -x moduleVersions.qv=0.0 doc", "moduleVersions.qv=0.0\n" },
-    } );
+    expectOutcome(
+        { "$M info >doc; $M store show doc | cmp doc; grep -x moduleVersions.qv=0.0 doc", "moduleVersions.qv=0.0\n" } );
 }
 
 // What a module needs need not be there.

@@ -6,6 +6,8 @@
 
 #include "qv_test_program.h"
 
+#include <algorithm>
+
 namespace qv::test
 {
 inline Outcome morvane( const std::string &words, const std::string &variables = "" )
@@ -29,22 +31,24 @@ struct Command
     int         status = err.empty() ? 0 : 1;
 };
 
+inline void expectOutcome( const Command &row )
+{
+    Outcome outcome = shell( row.text );
+    EXPECT_EQ( row.out, outcome.out ) << row.text;
+    EXPECT_EQ( row.err, outcome.err ) << row.text;
+    EXPECT_EQ( row.status, outcome.status ) << row.text;
+}
+
 inline void expectOutcomes( const std::vector< Command > &rows )
 {
-    for( const Command &row : rows )
-    {
-        Outcome outcome = shell( row.text );
-        EXPECT_EQ( row.out, outcome.out ) << row.text;
-        EXPECT_EQ( row.err, outcome.err ) << row.text;
-        EXPECT_EQ( row.status, outcome.status ) << row.text;
-    }
+    std::for_each( rows.begin(), rows.end(), expectOutcome );
 }
 
 /** The words of commands that fail, each with what the executable complains of. */
 inline void expectFailures( const std::vector< std::pair< std::string, std::string > > &rows )
 {
     for( const auto &[words, complaint] : rows )
-        expectOutcomes( { { "$M " + words, "", "morvane " + complaint + "\n" } } );
+        expectOutcome( { "$M " + words, "", "morvane " + complaint + "\n" } );
 }
 } // namespace qv::test
 

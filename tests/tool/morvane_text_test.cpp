@@ -15,24 +15,20 @@ TEST( MorvaneText, ChangesWhatItReads )
         // What is no UTF-8 is replaced, and a byte order mark kept.
         { "normalize --form nfkc", "\ufeff\ufb01 \xff\u212b\xed\xa0\x80", "\ufefffi \ufffd\u00c5\ufffd" },
         { "case --lower", "\u00c9Aß", "\u00e9aß" },
-        { "case --fold", "\u00c9Aß", "\u00e9ass" },
         { "lines --newline lf", "a\n\nb\rc\r\nd\u0085\v\f\u2028\u2029e", "a\n\nb\nc\nd\n\n\n\n\ne" },
 
         // Letters compose with their marks for the sets that have one byte a character.
         { "convert --from utf-8 --to windows-1252", "e\u0301 €", "\xe9 \x80" },
         { "convert --from utf-8 --to latin1 --invalid replace", "a中b\xff\xff.\xe2", "a?b??.?" },
         { "convert --from utf-8 --to latin1 --invalid skip", "a中b\xff\xff.\xe2", "ab." },
-        { "convert --from utf-8 --to utf-8 --invalid=replace", "a\xff\x80x", "a\ufffdx" },
         { "convert --from utf-8 --to utf-8 --invalid replace", "\xc0\x80x\xed\xa0\xbd\xed\xb8\x80y\xe2Pz",
           "\ufffdx\ufffd\ufffdy\ufffdz" },
-        { "convert --from utf-8 --to utf-8 --invalid skip", "a\xe0\x80\x80x\xed\xbf\xbfy", "axy" },
         { "convert --from utf-16le --to utf-8 --invalid replace", "a\0\x01\xd8x\0"s, "a\ufffdx" },
         { "convert --from utf-32be --to utf-16le --invalid skip", "\0\0\xd8\0\0\0\0x"s, "x\0"s },
 
         // A mark leads the input where it can, and the output begins with one where it has one.
         { "convert --from utf-8 --to utf-8", "\ufeffa", "a" },
         { "convert --from utf-8 --to utf-8 --bom", "\ufeffa\ufeff", "\ufeffa\ufeff" },
-        { "convert --from utf-16 --to us-ascii", "\xfe\xff\0a"s, "a" },
         { "convert --from utf-16le --to utf-8 --bom", "\xff\xfex\0"s, "\ufeffx" },
     };
 
@@ -58,13 +54,11 @@ TEST( MorvaneText, TellsWhereAConversionFails )
         { "UTF-8", "UTF-16", "\ufeff", "é", "\xe2\x82x\x80\x80", 0, "not valid UTF-8" },
         { "UTF-8", "UTF-8", "a", "€", "\xf0\x9f\x98", 0, "not valid UTF-8" },
         { "UTF-8", "UTF-16", "\ufeff", "\ufffd", "\xed\xa0\x80", 0, "not valid UTF-8" }, // a surrogate
-        { "UTF-8", "UTF-8", "a", "\ud7ff", "\xc1\xbf", 0, "not valid UTF-8" },           // longer than they have to be
         { "UTF-8", "latin1", "", "\u00a0", "a\xe0\x9f\xbf", 1, "not valid UTF-8" },
         { "UTF-16LE", "UTF-8", "", "\xfd\xff"s, "\x00\xd8x\0"s, 0, "not valid UTF-16LE" }, // a half of a pair
         { "UTF-32BE", "UTF-8", "", "\0\0\xff\xfd"s, "\0\0\xdf\xff"s, 0, "not valid UTF-32BE" },
         { "cp1252", "UTF-8", "", "\xe9", "a\x81", 1, "not valid windows-1252" },
         { "UTF-8", "cp1252", "", "a", "中\xff", 0, "windows-1252 has no U+4E2D" },
-        { "UTF-8", "ISO-8859-1", "", "e\u0301", "x\u0301y", 1, "ISO-8859-1 has no U+0301" },
         { "UTF-8", "KOI8-R", "", "й", "йµй", 2, "KOI8-R has no U+00B5" },
         { "UTF-16", "latin1", "\xfe\xff", "\0a"s, "\xd8\x3d\xde\x00"s, 0, "ISO-8859-1 has no U+1F600" },
         { "UTF-16BE", "UTF-16", "", "\xd8\x3d\xde\x00\xfe\xff"s, "\xd8", 0, "not valid UTF-16BE" },

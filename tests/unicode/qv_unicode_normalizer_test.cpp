@@ -3,8 +3,6 @@
 #include "qv/unicode/qv_unicode_db_private.h"
 #include "qv/unicode/qv_unicode_normalizer.h"
 
-#include <algorithm>
-
 using namespace qv::test;
 using qv::Ref;
 
@@ -131,20 +129,17 @@ TEST( UnicodeNormalizer, EndlessMarksPassInBoundedMemory )
     {
         Normalizer normalizer( form );
         normalizer.write( U"a" );
-        QV_INT largest = 0;
-        size_t total   = 0;
+        size_t total = 0;
 
         for( int i = 0; i < 200000; i++ )
         {
             qvUnicodeNormalizerWriteChar( normalizer.norm, i % 2 ? 0x0301 : 0x0323 );
             ASSERT_LE( qvUnicodeNormalizerReadable( normalizer.norm ), 2 * LIMIT );
             total += normalizer.read().size();
-            largest = std::max( largest, allocated( normalizer.norm.get() ) );
+            ASSERT_LT( allocated( normalizer.norm.get() ), 100000 );
         }
 
-        EXPECT_LT( largest, 100000 );
-        total += normalizer.finish().size();
-        EXPECT_EQ( form == NFC || form == NFKC ? 200000u : 200001u, total );
+        EXPECT_EQ( form == NFC || form == NFKC ? 200000u : 200001u, total + normalizer.finish().size() );
     }
 
     // The starter with all marks that it can hold is given up, and takes up nothing more.
@@ -167,17 +162,5 @@ TEST( UnicodeNormalizer, StringsChangeOnlyWhereTheyAreNotNormal )
         Ref< QV_STRING > qvs = text( each ), same = Ref< QV_STRING >::share( qvs );
         qvStringNormalizeNFC( qvs.at() );
         EXPECT_EQ( same.get(), qvs.get() );
-    }
-
-    // One that has changed has room to grow at both ends.
-    for( size_t length : { 1, 5, 40, 5000 } )
-    {
-        Ref< QV_STRING > qvs = text( std::u32string( length, U'\u1EC7' ) ), more = text( std::u32string( 32, U'x' ) );
-        qvStringNormalizeNFD( qvs.at() );
-        const QV_CHAR *at = qvStringBacking( qvs );
-        qvStringAppend( qvs.at(), more );
-        qvStringPrepend( qvs.at(), more );
-        EXPECT_EQ( at - 32, qvStringBacking( qvs ) );
-        EXPECT_EQ( static_cast< QV_INT >( ( 3 * length + 64 ) * 4 ), allocated( qvs.get() ) );
     }
 }
