@@ -170,13 +170,5 @@ TEST( Codec, FailuresBelowComeAfterWhatWentWell )
         EXPECT_EQ( 4, qvCharSourceRead( source, qvs.at(), -1 ) );
         EXPECT_EQ( "good", utf8( qvs ) );
         EXPECT_TRUE( qvCharSourceError( source ) );
-
-        SinkLog< Bytes > to;
-        to.callsUntilFailure         = 1;
-        Ref< QV_BYTE_SINK > byteSink = to.sink();
-        Ref< QV_CHAR_SINK > sink( qvCharsetCreateCharSink( byteSink, charset, 0 ) );
-        EXPECT_FALSE( qvCharSinkWrite( sink, text( std::u32string( 5000, U'x' ) ) ) || qvCharSinkFlush( sink ) );
-        EXPECT_EQ( "ww", to.calls );
-        EXPECT_LE( 1020u, to.written.size() );
     }
 }

@@ -1,8 +1,6 @@
 #include "morvane_run.h"
 
 #include <algorithm>
-#include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -230,41 +228,4 @@ TEST( MorvaneFile, PassesOnWhatThereIs )
                     "3>&-; "
                     "cat <&4; rm to from",
               "line\n=\nend\n" } );
-}
-
-// However the input is cut when it is read, what comes out is the same.
-TEST( MorvaneFile, ReadsPiecesOfAnySize )
-{
-    const std::string ALL[] = {
-        "\ufeffa\r\u00e9\r\ne\u0301€\U0001f600\xed\xa0\x80x\xc0\x80\xe0\x9f\xffy\xe2\x82",
-        "\xff\xfex\0\xd8\xd8\x01\xdc\x3d\xd8\0\xde\0\xdcy"s };
-
-    for( const std::string &all : ALL )
-        for( std::string words :
-             { "convert --to utf-8 --invalid replace --from utf-8", "convert --to latin1 --invalid skip --from utf-8",
-               "convert --to utf-8 --invalid replace --from utf-16",
-               "convert --to utf-8 --invalid skip --from utf-16le", "normalize --form nfc", "lines --newline crlf" } )
-            for( size_t size : { 1, 2, 3, 5 } )
-            {
-                // Each write to such a socket is one read at the other end.
-                int ends[2];
-                ASSERT_EQ( 0, socketpair( AF_UNIX, SOCK_SEQPACKET, 0, ends ) );
-                ASSERT_EQ( 9, dup2( ends[0], 9 ) );
-
-                for( size_t at = 0; at < all.size(); at += size )
-                    EXPECT_LT( 0, ::write( ends[1], all.data() + at, std::min( size, all.size() - at ) ) );
-
-                close( ends[0] );
-                close( ends[1] );
-                write( "whole", all );
-                Outcome inPieces = shell( "$M text " + words + " <&9" );
-                Outcome asAWhole = shell( "$M text " + words + " <whole" );
-                close( 9 );
-
-                EXPECT_EQ( asAWhole.err, inPieces.err ) << words << size;
-                EXPECT_EQ( asAWhole.status, inPieces.status ) << words << size;
-
-                // What comes before a failure may be out or not.
-                EXPECT_TRUE( asAWhole.status != 0 || asAWhole.out == inPieces.out ) << words << size;
-            }
 }

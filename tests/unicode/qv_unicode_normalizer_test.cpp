@@ -109,13 +109,6 @@ TEST( UnicodeNormalizer, WhatCanStillChangeIsNotReadable )
     EXPECT_EQ( U"\u00E9", nfc.read() );
     EXPECT_EQ( U"xy", nfc.finish() );
 
-    // A flush cuts: the mark after it composes with nothing.
-    nfc.write( U"e" );
-    qvUnicodeNormalizerFlush( nfc.norm );
-    nfc.write( U"\u0301\u0302" );
-    EXPECT_EQ( U"e", nfc.read() );
-    EXPECT_EQ( U"\u0301\u0302", nfc.finish() );
-
     nfc.write( U"abce\xD834" );
     qvUnicodeNormalizerClear( nfc.norm );
     EXPECT_EQ( 0, allocated( nfc.norm.get() ) );
