@@ -23,6 +23,8 @@ TEST( MorvaneText, ChangesWhatItReads )
         { "convert --from utf-8 --to latin1 --invalid skip", "a中b\xff\xff.\xe2", "ab." },
         { "convert --from utf-8 --to utf-8 --invalid replace", "\xc0\x80x\xed\xa0\xbd\xed\xb8\x80y\xe2Pz",
           "\ufffdx\ufffd\ufffdy\ufffdz" },
+        { "convert --from utf-8 --to utf-8 --invalid replace", "\xff" + std::string( 200000, '\x80' ) + "z",
+          "\ufffdz" },
         { "convert --from utf-16le --to utf-8 --invalid replace", "a\0\x01\xd8x\0"s, "a\ufffdx" },
         { "convert --from utf-32be --to utf-16le --invalid skip", "\0\0\xd8\0\0\0\0x"s, "x\0"s },
 
@@ -92,6 +94,44 @@ TEST( MorvaneText, TellsWhereAConversionFails )
     }
 
     EXPECT_EQ( "old", contentOf( "kept" ) );
+}
+
+// However the input is cut when it is read, what comes out is the same.
+TEST( MorvaneText, ReadsCutAnywhere )
+{
+    const std::string UTF_8  = "\xed\xa0\x80x\xc0\x80\x80\r\ne\u0301€\r\xe0\x9f\xff\x80y\xe2\x82";
+    const std::string UTF_16 = "\x3d\xd8\0\xde\0\xdcx\0\x01\xd8"s;
+
+    const struct
+    {
+        const char *words;
+        std::string unit, end;
+    } ROWS[] = {
+        { "convert --to utf-8 --invalid replace --from utf-8", "a", UTF_8 },
+        { "convert --to latin1 --invalid skip --from utf-8", "a", UTF_8 },
+        { "convert --to utf-8 --invalid replace --from utf-16le", "a\0"s, UTF_16 },
+        { "normalize --form nfc", "a", UTF_8 },
+        { "lines --newline vt", "a", UTF_8 },
+    };
+
+    for( const auto &row : ROWS )
+    {
+        const std::string words = "text "s + row.words + " <in";
+        write( "in", row.unit + row.end );
+        const std::string whole = morvane( words ).out;
+
+        for( size_t back = 0; back < row.end.size(); back += row.unit.size() )
+        {
+            const size_t count = ( 65536 - back ) / row.unit.size();
+            std::string  content;
+
+            for( size_t i = 0; i < count; i++ )
+                content += row.unit;
+
+            write( "in", content + row.end );
+            EXPECT_EQ( std::string( count - 1, 'a' ) + whole, morvane( words ).out ) << words << back;
+        }
+    }
 }
 
 TEST( MorvaneText, NamesTheCharacterSetsThatAreNear )
