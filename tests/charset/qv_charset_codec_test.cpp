@@ -67,8 +67,7 @@ Encoded encode( QV_INT charset, const std::u32string &values, QV_INT flags = 0, 
 }
 } // namespace
 
-// Over the ends of caches, with faults and values that no character has; what single pieces of the plain kernel give is
-// held against models elsewhere.
+// Over the ends of caches, with faults and values that no character has; the walks hold the plain kernel against models.
 TEST( Codec, EveryKernelGivesTheSame )
 {
     const uint32_t BORDERS[] = { 0, 0x80, 0x800, 0x10000, 0x110000, 0xFFFFFFFF };

@@ -31,7 +31,7 @@ public:
             slots.push_back( make( word.substr( 0, colon ), std::stoul( word.substr( colon + 1 ) ) ) );
         }
 
-        // What is the same behind the last is handed on too: the arguments of a format.
+        // The arguments of a format, which come last, are handed on too.
         slots.push_back( arguments.all.empty() ? Slot() : arguments.all.back().slot );
     }
 
@@ -139,7 +139,7 @@ private:
     std::vector< Ref< QV_OBJ > > owned;
 };
 
-// What a call gave and changed. Of objects that only their presence counts of, that.
+// The result of a call and what it changed. With `presence`, of a resulting object only whether there is one.
 std::string observed( const Function &function, Arguments &arguments, Slot *slots, bool presence )
 {
     const Slot        slot  = function.call( slots );

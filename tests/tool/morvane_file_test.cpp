@@ -64,13 +64,14 @@ TEST( MorvaneFile, KeepsRightsAndAttributes )
           "plain\na=1\nb=2\n1640\n" } );
     EXPECT_EQ( hasAttributes ? "kept" : "", attributeOf( "rights/plain", "user.note" ) );
 
-    // Its folder gives a new file a list, but none to what is replaced.
+    // A new file inherits the list of its folder; one that is replaced does not.
     EXPECT_EQ( "", attributeOf( "rights/plain", ACCESS ) );
     EXPECT_EQ( hasLists ? mine : "", attributeOf( "rights/listed", ACCESS ) );
     shell( "rm -r rights" );
 }
 
-// What cannot be kept goes to nobody: the group of another, and whom a list tells apart. Needs another user to be.
+// Rights that cannot be kept are dropped: those of a group that the run is not in, and those of a list. Runs as another
+// user.
 TEST( MorvaneFile, GivesNobodyMoreRights )
 {
     if( !canBeSomebodyElse() )

@@ -41,7 +41,7 @@ struct Normalizer
     }
 };
 
-// Through a normalizer, and on a String, which gives the same.
+// The normal form of a text by a normalizer, after a check that a String has the same.
 std::u32string normalized( const std::u32string &content, QV_INT form )
 {
     static void ( *const functions[] )( QV_STRING ** ) = {

@@ -90,7 +90,7 @@ TEST( Unicode, PredicatesAreTrueForWhatTheirNamesTell )
     EXPECT_FALSE( qvUnicodeHasCccvFixedPos( 0x301 ) || qvUnicodeHasCccvFixedPos( 0x94D ) );
 }
 
-// How many code points have what, ranges that the data gives by their ends included, and what must agree.
+// The counts of the code points with each property, ranges of the data included, and what must agree.
 TEST( Unicode, PropertiesOfEveryCodePoint )
 {
     std::map< QV_INT, int > categories, classes, scripts, types;
