@@ -25,16 +25,12 @@ struct Ending
     int         status = -1; // that it exited with otherwise
 };
 
-/** Runs `body` in a copy of this process, which exits with 0 behind it. */
+/** Runs `body` in a copy of this process, which exits with 0 after it. */
 template< class Body >
 Ending inChild( Body body )
 {
-    Ending ending;
-    int    ends[2];
-
-    if( pipe( ends ) )
-        return ending;
-
+    int ends[2];
+    EXPECT_EQ( 0, pipe( ends ) );
     fflush( nullptr );
     settle();
     pid_t child = fork();
@@ -54,10 +50,10 @@ Ending inChild( Body body )
 
     close( ends[1] );
 
-    char    piece[4096];
-    ssize_t got;
+    Ending ending;
+    char   piece[4096];
 
-    while( ( got = read( ends[0], piece, sizeof( piece ) ) ) > 0 || ( got < 0 && errno == EINTR ) )
+    for( ssize_t got; ( got = read( ends[0], piece, sizeof( piece ) ) ) > 0 || ( got < 0 && errno == EINTR ); )
         ending.errors.append( piece, got > 0 ? static_cast< size_t >( got ) : 0 );
 
     close( ends[0] );
@@ -75,17 +71,12 @@ template< class Body >
 Ending inOwnRun( Body body )
 {
     Ending ending;
-
-    withoutLibrary(
-        [&]
-        {
-            ending = inChild(
-                [&]
-                {
-                    startLibrary();
-                    body();
-                } );
-        } );
+    auto   run = [&]
+    {
+        startLibrary();
+        body();
+    };
+    withoutLibrary( [&] { ending = inChild( run ); } );
 
     return ending;
 }

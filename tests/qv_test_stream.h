@@ -41,14 +41,11 @@ struct Bytes
     typedef QV_BYTE_SINK   Sink;
     typedef QV_BYTE_SOURCE Source;
 
-    static constexpr auto createSink = qv___ByteSinkCreate;
-    static constexpr auto append     = qvBufferAppendBytes;
-    static constexpr auto textOf     = bytes;
-
-    static Source *createSource( QV___BYTE_SOURCE_READ_FUNC readFunc, QV_OBJ *closure )
-    {
-        return qv___ByteSourceCreate( readFunc, nullptr, closure );
-    }
+    static constexpr auto createSink   = qv___ByteSinkCreate;
+    static constexpr auto createSource = []( QV___BYTE_SOURCE_READ_FUNC readFunc, QV_OBJ *closure )
+    { return qv___ByteSourceCreate( readFunc, nullptr, closure ); };
+    static constexpr auto append = qvBufferAppendBytes;
+    static constexpr auto textOf = bytes;
 };
 
 struct Chars
@@ -64,16 +61,16 @@ struct Chars
     static constexpr auto textOf       = chars;
 };
 
-/** A closure for an object of the tests, and the way back. */
-inline Ref< QV___BOXED_POINTER > closureOf( void *log, QV___BOXED_POINTER_FREE_FUNC freeFunc = nullptr )
+/** A closure that leads to an object of the tests. */
+inline Ref< QV_OBJ > closureOf( void *log, QV___BOXED_POINTER_FREE_FUNC freeFunc = nullptr )
 {
-    return Ref< QV___BOXED_POINTER >( qv___BoxedPointerCreate( log, freeFunc ) );
+    return Ref< QV_OBJ >( obj( qv___BoxedPointerCreate( log, freeFunc ) ) );
 }
 
 template< class Log >
-Log *logOf( QV_OBJ *closure )
+Log &logOf( QV_OBJ *closure )
 {
-    return static_cast< Log * >( qv___BoxedPointerValue( qv___BoxedPointerFrom( closure ) ) );
+    return *static_cast< Log * >( qv___BoxedPointerValue( qv___BoxedPointerFrom( closure ) ) );
 }
 
 template< class Unit >
@@ -85,27 +82,26 @@ struct SinkLog
 
     Ref< typename Unit::Sink > sink()
     {
-        auto closure = closureOf( this, []( void *log ) { static_cast< SinkLog * >( log )->calls += 'e'; } );
-        return Ref< typename Unit::Sink >( Unit::createSink( write, flush, obj( closure.get() ) ) );
+        auto end   = []( void *log ) { static_cast< SinkLog * >( log )->calls += 'e'; };
+        auto flush = []( QV_OBJ *closure ) -> QV_BOOL { return logOf< SinkLog >( closure ).note( 'f' ); };
+        auto write = []( QV_OBJ *closure, typename Unit::Carrier *data, QV_INT offset, QV_INT count ) -> QV_BOOL
+        {
+            SinkLog   &log = logOf< SinkLog >( closure );
+            const bool ok  = log.note( 'w' );
+
+            if( ok )
+                log.written += Unit::textOf( data ).substr( size_t( offset ), size_t( count ) );
+
+            return ok;
+        };
+        return Ref< typename Unit::Sink >( Unit::createSink( write, flush, closureOf( this, end ) ) );
     }
 
 private:
-    static QV_BOOL write( QV_OBJ *closure, typename Unit::Carrier *data, QV_INT offset, QV_INT count )
+    bool note( char call )
     {
-        auto *log = logOf< SinkLog >( closure );
-        log->calls += 'w';
-
-        if( log->callsUntilFailure-- == 0 )
-            return QV_FALSE;
-
-        log->written += Unit::textOf( data ).substr( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
-        return QV_TRUE;
-    }
-
-    static QV_BOOL flush( QV_OBJ *closure )
-    {
-        logOf< SinkLog >( closure )->calls += 'f';
-        return logOf< SinkLog >( closure )->callsUntilFailure-- != 0;
+        calls += call;
+        return callsUntilFailure-- != 0;
     }
 };
 
@@ -120,28 +116,20 @@ struct SourceLog
 
     Ref< typename Unit::Source > source()
     {
-        return Ref< typename Unit::Source >( Unit::createSource( read, obj( closureOf( this ).get() ) ) );
-    }
+        auto read = []( QV_OBJ *closure, typename Unit::Carrier **dest, QV_INT limit, QV_INT *count ) -> QV_BOOL
+        {
+            SourceLog                &log = logOf< SourceLog >( closure );
+            const typename Unit::Text run = log.data.substr( log.offset, size_t( limit ) );
 
-    QV_BOOL take( QV_INT limit, typename Unit::Text *run, QV_INT *count )
-    {
-        EXPECT_EQ( 0, *count );
-        limits.push_back( limit );
-        *run = data.substr( offset, static_cast< size_t >( limit ) );
-        offset += run->size();
-        *count = static_cast< QV_INT >( run->size() ) + extra;
+            EXPECT_EQ( 0, *count );
+            log.limits.push_back( limit );
+            log.offset += run.size();
+            *count = QV_INT( run.size() ) + log.extra;
+            Unit::append( dest, run.data(), QV_INT( run.size() ) );
 
-        return !( fails && offset == data.size() );
-    }
-
-private:
-    static QV_BOOL read( QV_OBJ *closure, typename Unit::Carrier **dest, QV_INT limit, QV_INT *count )
-    {
-        typename Unit::Text run;
-        QV_BOOL             ok = logOf< SourceLog >( closure )->take( limit, &run, count );
-        Unit::append( dest, run.data(), static_cast< QV_INT >( run.size() ) );
-
-        return ok;
+            return !( log.fails && log.offset == log.data.size() );
+        };
+        return Ref< typename Unit::Source >( Unit::createSource( read, closureOf( this ) ) );
     }
 };
 } // namespace qv::test

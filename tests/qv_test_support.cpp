@@ -7,9 +7,7 @@
 
 #include <clocale>
 #include <cstdlib>
-#include <chrono>
 #include <filesystem>
-#include <thread>
 
 #include <unistd.h>
 
@@ -17,21 +15,8 @@ namespace
 {
 std::string    scratchFolder;
 std::u32string printed;
-bool           libraryRuns = false;
-
-// The process without the library; ThreadSanitizer starts a thread of its own with the first one.
-#ifdef __SANITIZE_THREAD__
-const ptrdiff_t OWN_THREADS = 2;
-#else
-const ptrdiff_t OWN_THREADS = 1;
-#endif
-
-ptrdiff_t threadCount()
-{
-    std::filesystem::directory_iterator tasks( "/proc/self/task" );
-    return std::distance( begin( tasks ), end( tasks ) );
-}
-QV_INT objectsBefore = 0; // the running suite
+bool           libraryRuns   = false;
+QV_INT         objectsBefore = 0; // the running suite
 
 void keepPrinted( const QV_CHAR *chs, QV_INT length )
 {
@@ -45,24 +30,19 @@ void stop()
     EXPECT_EQ( 0, qv___AtomicLoad32( &qv___module.sorts ) ) << "objects have outlived the library";
 }
 
-// Starts the library once for the binary, with lists of all live objects and every path in the scratch folder.
-class Library : public testing::Environment
+// Starts the library once for the binary. No suite leaves more live objects than it found.
+class Library : public testing::EmptyTestEventListener
 {
-public:
-    void SetUp() override
+    void OnEnvironmentsSetUpStart( const testing::UnitTest & ) override
     {
         qv::test::startLibrary();
     }
 
-    void TearDown() override
+    void OnEnvironmentsTearDownStart( const testing::UnitTest & ) override
     {
         stop();
     }
-};
 
-// No suite leaves more live objects than it found.
-class NoLeaks : public testing::EmptyTestEventListener
-{
     void OnTestSuiteStart( const testing::TestSuite & ) override
     {
         objectsBefore = qv::test::liveObjects();
@@ -86,18 +66,17 @@ std::u32string qv::test::chars( QV_STRING *qvs )
 
 std::string qv::test::utf8( QV_STRING *qvs )
 {
-    const QV_CHAR *backing = qvStringBacking( qvs );
-    QV_INT         length  = qvStringLength( qvs );
-    std::string result( static_cast< size_t >( qvCharsConvertToUtf8( nullptr, 0, backing, length, QV_FALSE ) ), '\0' );
-    qvCharsConvertToUtf8( result.data(), static_cast< QV_INT >( result.size() ), backing, length, QV_FALSE );
+    std::string result( static_cast< size_t >( 4 * qvStringLength( qvs ) ), '\0' );
+    result.resize( static_cast< size_t >( qvCharsConvertToUtf8(
+        result.data(), static_cast< QV_INT >( result.size() ), qvStringBacking( qvs ), qvStringLength( qvs ),
+        QV_FALSE ) ) );
 
     return result;
 }
 
 std::string qv::test::take( QV_STRING *owned )
 {
-    Ref< QV_STRING > qvs( owned );
-    return utf8( qvs );
+    return utf8( Ref< QV_STRING >( owned ) );
 }
 
 std::string qv::test::textOf( QV_OBJ *object )
@@ -123,16 +102,20 @@ void qv::test::startLibrary()
 
 void qv::test::settle()
 {
-    const ptrdiff_t expected = OWN_THREADS + ( libraryRuns ? 1 : 0 );
+    ptrdiff_t expected = libraryRuns ? 2 : 1;
+#ifdef __SANITIZE_THREAD__ // which starts a thread of its own with the first one
+    expected++;
+#endif
+
+    auto threads = []
+    {
+        std::filesystem::directory_iterator tasks( "/proc/self/task" );
+        return std::distance( begin( tasks ), end( tasks ) );
+    };
 
     // A test with threads of its own is not kept for long.
-    for( int round = 0; round < 2000; round++ )
-    {
-        if( threadCount() <= expected )
-            return;
-
-        std::this_thread::sleep_for( std::chrono::milliseconds( 1 ) );
-    }
+    for( int round = 0; round < 2000 && threads() > expected; round++ )
+        usleep( 1000 );
 }
 
 void qv::test::withoutLibrary( const std::function< void() > &body )
@@ -154,6 +137,13 @@ void qv::test::expectReports( const std::vector< Misuse > &rows )
         EXPECT_BROKEN( row.call(), row.expression );
 }
 
+testing::Matcher< const std::string & > qv::test::reportOf( const std::string &expression, const std::string &message )
+{
+    return testing::AllOf(
+        testing::HasSubstr( message.empty() ? message : "    Message   : " + message + "\n" ),
+        testing::HasSubstr( "    Expression: " + expression + "\n" ) );
+}
+
 std::u32string qv::test::takePrinted()
 {
     return std::exchange( printed, {} );
@@ -166,6 +156,7 @@ int main( int argc, char **argv )
     if( !mkdtemp( pattern.data() ) )
         return 1;
 
+    // Every path of the library lies in the scratch folder.
     scratchFolder        = pattern + "/";
     const char *dataPath = getenv( "QV_TEST_DATA_PATH" );
     setenv( "XZ_MORVANE_DATA_PATH", dataPath ? dataPath : ( scratchFolder + "data" ).c_str(), 1 );
@@ -175,8 +166,7 @@ int main( int argc, char **argv )
 
     testing::InitGoogleTest( &argc, argv );
     GTEST_FLAG_SET( death_test_style, "fast" );
-    testing::AddGlobalTestEnvironment( new Library );
-    testing::UnitTest::GetInstance()->listeners().Append( new NoLeaks );
+    testing::UnitTest::GetInstance()->listeners().Append( new Library );
 
     int result = RUN_ALL_TESTS();
     std::filesystem::remove_all( pattern );

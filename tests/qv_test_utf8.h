@@ -43,25 +43,24 @@ inline std::u32string decodedUtf8( const std::string &bytes )
     std::u32string result;
     size_t         i = 0;
 
-    auto byte    = [&]( size_t at ) { return static_cast< unsigned char >( bytes[at] ); };
-    auto follows = [&]( size_t at ) { return at < bytes.size() && byte( at ) / 64 == 2; };
+    auto follows = [&] { return i < bytes.size() && static_cast< unsigned char >( bytes[i] ) / 64 == 2; };
 
     while( i < bytes.size() )
     {
-        unsigned lead   = byte( i++ );
+        unsigned lead   = static_cast< unsigned char >( bytes[i++] );
         size_t   demand = lead / 32 == 6 ? 1 : lead / 16 == 14 ? 2 : lead / 8 == 30 ? 3 : 0;
         char32_t value  = lead < 0x80 ? lead : lead % ( 64 >> demand );
         size_t   seen   = 0;
 
-        for( ; seen < demand && follows( i ); seen++ )
-            value = value * 64 + byte( i++ ) % 64;
+        for( ; seen < demand && follows(); seen++ )
+            value = value * 64 + static_cast< unsigned char >( bytes[i++] ) % 64;
 
         if( seen == demand && ( demand > 0 || lead < 0x80 ) )
             result += value < 0x110000 ? std::u32string( 1, value ) : U"";
         else if( demand == 0 || i < bytes.size() )
             result += U'\xFFFD';
 
-        while( lead >= 0x80 && demand == 0 && follows( i ) )
+        while( lead >= 0x80 && demand == 0 && follows() )
             i++;
     }
 

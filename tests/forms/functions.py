@@ -1,12 +1,12 @@
-"""Writes the table of all public functions, and of the pairs of a form with its plain function, as C++ for the tests.
-
-    functions.py SOURCE_FOLDER COMPILER OUTPUT
-
-Each function becomes a row with its declaration and a call of it on slots. A form is found by its name: without the token
-that tells what it takes (Cstr, Leading, ...) the name is that of a plain function, and the parameters differ by just what the
-token stands for. The pair's row names for each parameter of the plain function how its argument follows from the
-arguments of the form; qv_forms_test.cpp makes them. A function with such a token and no pair is an error, unless it
-stands in ALONE."""
+# Writes the table of all public functions, and of the pairs of a form with its plain function, as C++ for the tests.
+#
+#     functions.py SOURCE_FOLDER COMPILER OUTPUT
+#
+# Each function becomes a row with its declaration and a call of it on slots. A form is found by its name: without the token
+# that tells what it takes (Cstr, Leading, ...) the name is that of a plain function, and the parameters differ by just what the
+# token stands for. The pair's row names for each parameter of the plain function how its argument follows from the
+# arguments of the form; qv_forms_test.cpp makes them. A function with such a token and no pair is an error, unless it
+# stands in ALONE.
 
 import pathlib
 import re
@@ -38,23 +38,39 @@ TEXTS = {
     "FormatWcstr": (["const wchar_t *", "QV_INT"], "formatted2"),
     "At": (["QV_INT"], "address"),
 }
-RANGES = {"Leading": 1, "Trailing": 1, "Inner": 2, "Outer": 2}
-BYTES = {
-    "Bytes": (["const void *", "QV_INT"], "bytes"),
-    "BytesCopy": (["const void *", "QV_INT"], "bytes"),
-    "Byte": (["uint8_t"], "byte"),
-    "Bits": (["uint64_t", "QV_INT"], "lowBits"),
-    "Zero": (["QV_INT"], "zero"),
-    "One": (["QV_INT"], "one"),
-}
-BOXES = {
-    "Null": ([], "null"),
-    "Bool": (["QV_BOOL"], "boxedBool"),
-    "Int": (["QV_INT"], "boxedInt"),
-    "Real": (["QV_REAL"], "boxedReal"),
-    "Sort": (["QV_SORT *"], "same"),
-    "String": (["QV_STRING *"], "same"),
-}
+
+# The token of a form, what the plain function's name has in its place, which of its parameters differs, by its type or its
+# number, and the types and the word of what stands for it.
+RULES = [
+    ("Wcstr", "", "QV_STRING *", ["const wchar_t *"], "wcstr"),
+    ("Wcstr", "String", "QV_STRING *", ["const wchar_t *"], "wcstr"),
+    ("Leading", "Inner", 1, [], "front"),
+    ("Trailing", "Inner", 1, [], "rest"),
+    ("Prepend", "Insert", 1, [], "front"),
+    ("Append", "Insert", 1, [], "back"),
+    ("IntKey", "RangeKey", 2, [], "again"),
+    ("Push", "AppendObj", None, [], ""),
+    ("Shift", "PrependObj", None, [], ""),
+    ("Bytes", "", "QV_BUFFER *", ["const void *", "QV_INT"], "bytes"),
+    ("BytesCopy", "", "QV_BUFFER *", ["const void *", "QV_INT"], "bytes"),
+    ("Byte", "", "QV_BUFFER *", ["uint8_t"], "byte"),
+    ("Bits", "", "QV_BUFFER *", ["uint64_t", "QV_INT"], "lowBits"),
+    ("Zero", "", "QV_BUFFER *", ["QV_INT"], "zero"),
+    ("One", "", "QV_BUFFER *", ["QV_INT"], "one"),
+    ("Null", "Obj", "QV_OBJ *", [], "null"),
+    ("Bool", "Obj", "QV_OBJ *", ["QV_BOOL"], "boxedBool"),
+    ("Int", "Obj", "QV_OBJ *", ["QV_INT"], "boxedInt"),
+    ("Real", "Obj", "QV_OBJ *", ["QV_REAL"], "boxedReal"),
+    ("Sort", "Obj", "QV_OBJ *", ["QV_SORT *"], "same"),
+    ("String", "Obj", "QV_OBJ *", ["QV_STRING *"], "same"),
+    ("Objs", "", "QV_VECTOR *", ["QV_OBJ *const *", "QV_INT"], "objects"),
+]
+for token, (types, word) in TEXTS.items():
+    RULES += [(token + suffix, "", "QV_STRING *", types, word) for suffix in ("", "ArgList", "Source", "Delimiter")]
+    RULES += [(token, "String", "QV_STRING *", types, word)] if "cstr" in word else []
+for token, count in ("Leading", 1), ("Trailing", 1), ("Inner", 2), ("Outer", 2):
+    for kind in "QV_STRING *", "QV_BUFFER *", "QV_VECTOR *":
+        RULES.append((token, "", kind, [kind] + ["QV_INT"] * count, token.lower()))
 
 
 class Function:
@@ -67,8 +83,8 @@ class Function:
             self.names.append(called if kind.strip() else "")
 
 
+# All public functions by name, macros of the headers expanded.
 def read():
-    """All public functions by name, macros of the headers expanded."""
     headers = sorted(path for path in source.glob("qv/**/*.h") if not path.name.endswith("_private.h"))
     text = "".join(f'#include "{header.relative_to(source)}"\n' for header in headers)
     command = [compiler, "-std=c++20", "-I", str(source), "-E", "-P", "-x", "c++", "-"]
@@ -78,9 +94,8 @@ def read():
     return headers, {name: Function(result, name, parameters) for result, name, parameters in found}
 
 
-def derived(form, plain, ways):
-    """How the arguments of `plain` follow from those of `form`, or None. `ways` tells for a parameter of the plain function
-    which types of the form, and under which word, may stand for it."""
+# How the arguments of `plain` follow from those of `form` by a rule, or None.
+def derived(form, plain, differs, stands_for, word):
     formatted = form.types[-1:] in (["..."], ["va_list *"]) and plain.types[-1:] != form.types[-1:]
     types = form.types[:-1] if formatted else form.types
 
@@ -90,66 +105,18 @@ def derived(form, plain, ways):
                 yield []
             return
         kind = plain.types[of]
-        for stands, word in ways(kind, of) + [([kind], "same")]:
+        for stands, how in ([(stands_for, word)] if differs in (kind, of) else []) + [([kind], "same")]:
             if types[at : at + len(stands)] == stands:
                 for rest in matches(at + len(stands), of + 1):
-                    yield [(word, at)] + rest
+                    yield [(how, at)] + rest
 
     for match in matches(0, 0):
-        changes = form.types != plain.types or any(word != "same" for word, _ in match)
+        changes = form.types != plain.types or any(how != "same" for how, _ in match)
         if not changes and not form.name.endswith(("Push", "Shift")):
             continue
-        if not formatted or [form.names[at] for word, at in match if word.startswith("formatted")] in (["fmt"], ["format"]):
-            return " ".join(f"{word}:{at}" for word, at in match)
+        if not formatted or [form.names[at] for how, at in match if how.startswith("formatted")] in (["fmt"], ["format"]):
+            return " ".join(f"{how}:{at}" for how, at in match)
     return None
-
-
-def candidates(name):
-    """The names that a plain function could have, and what may stand for what then."""
-
-    def without(token, replacement=""):
-        for found in re.finditer(token + r"(?![a-z])", name):
-            yield name[: found.start()] + replacement + name[found.end() :]
-
-    def instead(kind, types, word):
-        return lambda given, of: [(types, word)] if given == kind else []
-
-    for token, (types, word) in TEXTS.items():
-        for suffix in ("", "ArgList", "Source", "Delimiter"):
-            for plain in [*without(token + suffix), *(without(token, "String") if "cstr" in word else [])]:
-                yield plain, instead("QV_STRING *", types, word)
-    for token, count in RANGES.items():
-        ways = lambda kind, of, token=token, count=count: (
-            [([kind] + ["QV_INT"] * count, token.lower())]
-            if kind in ("QV_STRING *", "QV_BUFFER *", "QV_VECTOR *")
-            else []
-        )
-        for plain in without(token):
-            yield plain, ways
-        if token in ("Leading", "Trailing"):
-            for plain in without(token, "Inner"):
-                yield plain, lambda kind, of, token=token: [([], "front" if token == "Leading" else "rest")] if of == 1 else []
-    for plain in without("Wcstr", "String"):
-        yield plain, instead("QV_STRING *", ["const wchar_t *"], "wcstr")
-    for plain in without("Wcstr"):
-        yield plain, instead("QV_STRING *", ["const wchar_t *"], "wcstr")
-    for plain in without("IntKey", "RangeKey"):
-        yield plain, lambda kind, of: [([], "again")] if of == 2 else []
-    for token, (types, word) in BYTES.items():
-        for plain in without(token):
-            yield plain, instead("QV_BUFFER *", types, word)
-    for token, (types, word) in BOXES.items():
-        for plain in without(token, "Obj"):
-            yield plain, instead("QV_OBJ *", types, word)
-    for plain in without("Objs"):
-        yield plain, instead("QV_VECTOR *", ["QV_OBJ *const *", "QV_INT"], "objects")
-    for token, word in (("Prepend", "front"), ("Append", "back")):
-        for plain in without(token, "Insert"):
-            yield plain, lambda kind, of, word=word: [([], word)] if of == 1 else []
-    for plain in without("Push", "AppendObj"):
-        yield plain, instead("", [], "")
-    for plain in without("Shift", "PrependObj"):
-        yield plain, instead("", [], "")
 
 
 headers, functions = read()
@@ -160,11 +127,12 @@ for form in functions.values():
     found = []
     if re.fullmatch(r"qv\w+(Retain|Release|Sort|Obj|From|ToString|Compare)", form.name) and len(form.types) < 3 and not re.search(r"(Insert|Prepend|Append|Del|Has|Set)\w+$", form.name):
         continue
-    for name, ways in candidates(form.name):
-        plain = functions.get(name)
-        words = plain and name != form.name and derived(form, plain, ways)
-        if words:
-            found.append((form.name, name, words))
+    for token, replacement, *rule in RULES:
+        for at in re.finditer(token + r"(?![a-z])", form.name):
+            plain = functions.get(form.name[: at.start()] + replacement + form.name[at.end() :])
+            words = plain and plain is not form and derived(form, plain, *rule)
+            if words:
+                found.append((form.name, plain.name, words))
     # Bytes count as eight bits each.
     plain = functions.get(re.sub("^qvBuffer", "qvBufferBit", form.name))
     if plain and plain is not form and plain.types == form.types:

@@ -13,7 +13,7 @@ namespace
 bool comparable( const Form &form )
 {
     return std::string( form.form ) != "qvStringFindCharFromRight" && // has to stand before the offset
-           std::string( form.form ).rfind( "qvThread", 0 ) != 0;      // each thread is one of its own
+           !std::string( form.form ).starts_with( "qvThread" );       // each thread is one of its own
 }
 
 // Arguments of a plain function, made from those of a form.
@@ -21,7 +21,7 @@ class Derived
 {
 public:
     Derived( const Form &form, Arguments &from ) :
-        arguments( from ), bits( std::string( form.form ).rfind( "qvBufferBit", 0 ) == 0 )
+        arguments( from ), bits( std::string( form.form ).starts_with( "qvBufferBit" ) )
     {
         std::istringstream words( form.words );
 
@@ -31,7 +31,7 @@ public:
             slots.push_back( make( word.substr( 0, colon ), std::stoul( word.substr( colon + 1 ) ) ) );
         }
 
-        // What is the same behind the last is handed on too: the arguments of a format.
+        // The arguments of a format, which come last, are handed on too.
         slots.push_back( arguments.all.empty() ? Slot() : arguments.all.back().slot );
     }
 
@@ -42,18 +42,7 @@ private:
     Slot keep( T *object )
     {
         owned.emplace_back( qv::obj( object ) );
-        Slot slot;
-        slot.p = object;
-
-        return slot;
-    }
-
-    static Slot number( QV_INT value )
-    {
-        Slot slot;
-        slot.i = value;
-
-        return slot;
+        return { .p = object };
     }
 
     QV_INT length( QV_OBJ *object ) const
@@ -103,19 +92,19 @@ private:
 
     Slot make( const std::string &word, size_t at )
     {
-        Argument    none;
-        Argument   &argument = at < arguments.all.size() ? arguments.all[at] : none;
-        const Slot &slot     = argument.slot;
-        auto        next     = [&]( size_t further ) { return arguments.all[at + further].slot.i; };
-        QV_OBJ     *source   = argument.object;
+        static const Argument NONE; // a new object or a number takes the place of no argument
+        const Argument       &argument = at < arguments.all.size() ? arguments.all[at] : NONE;
+        const Slot            slot     = argument.slot;
+        QV_OBJ               *source   = argument.object;
+        auto                  next     = [&]( size_t further ) { return arguments.all[at + further].slot.i; };
+        auto                  whole    = [&] { return length( arguments.all[0].object ); };
 
-        if( word == "cstr" || word == "wcstr" || word == "chars" || word.rfind( "formatted", 0 ) == 0 )
+        if( word == "cstr" || word == "wcstr" || word == "chars" || word.starts_with( "formatted" ) )
         {
             // A format that stays one keeps its conversions.
-            const bool format = word == "cstr" || word == "wcstr";
-            return keep( ( format ? text( std::u32string( argument.wide.begin(), argument.wide.end() ) )
-                                  : text( argument.characters ) )
-                             .give() );
+            const bool           stays = word == "cstr" || word == "wcstr";
+            const std::u32string wide( argument.wide.begin(), argument.wide.end() );
+            return keep( text( stays ? wide : argument.characters ).give() );
         }
 
         if( word == "bytes" )
@@ -131,16 +120,16 @@ private:
                : word == "lowBits"   ? buffer( static_cast< uint64_t >( slot.i ), next( 1 ), 1 )
                : word == "zero"      ? buffer( 0, bits ? 1 : 8, slot.i )
                : word == "one"       ? buffer( bits ? 1 : 255, bits ? 1 : 8, slot.i )
-               : word == "null"      ? keep( qvBoxedNullCreate() )
                : word == "boxedBool" ? keep( qvBoxedBoolCreate( static_cast< QV_BOOL >( slot.i ) ) )
                : word == "boxedInt"  ? keep( qvBoxedIntCreate( slot.i ) )
                : word == "boxedReal" ? keep( qvBoxedRealCreate( slot.r ) )
+               : word == "null"      ? keep( qvBoxedNullCreate() )
+               : word == "front"     ? Slot{ 0 }
+               : word == "back"      ? Slot{ whole() }
                : word == "objects"   ? keep( qvVectorCreateFrom( qvVectorFrom( source ) ) )
-               : word == "front"     ? number( 0 )
-               : word == "back"      ? number( length( arguments.all[0].object ) )
-               : word == "rest"      ? number( length( arguments.all[0].object ) - slot.i )
+               : word == "rest"      ? Slot{ whole() - slot.i }
                : word == "again"     ? arguments.all[at - 1].slot
-               : word == "times8"    ? number( slot.i * 8 )
+               : word == "times8"    ? Slot{ slot.i * 8 }
                : word == "address"   ? keep( qvStoreAddressAt( qvStoreFrom( arguments.all[0].object ), slot.i ) )
                                      : slot;
     }
@@ -150,29 +139,21 @@ private:
     std::vector< Ref< QV_OBJ > > owned;
 };
 
-// What a call gave and changed. Of objects that only their presence counts of, that.
+// The result of a call and what it changed. With `presence`, of a resulting object only whether there is one.
 std::string observed( const Function &function, Arguments &arguments, Slot *slots, bool presence )
 {
-    Slot              slot  = function.call( slots );
-    const std::string words = function.words;
-    const std::string type  = words.substr( 0, words.find( '|' ) );
-    std::string       result;
-
-    if( type == "QV_REAL" )
-        result = std::to_string( slot.r );
-    else if( type.back() == '*' )
-    {
-        Ref< QV_OBJ > object( static_cast< QV_OBJ * >( slot.p ) );
-        result = presence ? std::to_string( object ? 1 : 0 ) : shownObject( object );
-    }
-    else if( type != "void" )
-        result = std::to_string( slot.i );
+    const Slot        slot  = function.call( slots );
+    const std::string words = function.words, type = words.substr( 0, words.find( '|' ) );
+    const bool        owned = type.back() == '*';
+    Ref< QV_OBJ >     object( owned ? static_cast< QV_OBJ * >( slot.p ) : nullptr );
+    std::string       result = type == "QV_REAL"    ? std::to_string( slot.r )
+                               : !owned || presence ? std::to_string( owned ? object != nullptr : slot.i )
+                                                    : shownObject( object );
 
     for( const Argument &argument : arguments.all )
         result += " | " + argument.shown();
 
-    std::u32string printed = takePrinted();
-    return result + " | " + utf8( text( printed ) );
+    return result + " | " + utf8( text( takePrinted() ) );
 }
 } // namespace
 
@@ -187,16 +168,15 @@ TEST( Forms, DoWhatThePlainFunctionDoes )
 
         const Function *first = findFunction( form->form ), *second = findFunction( form->plain );
         const bool      presence =
-            first->words[0] != second->words[0] || std::string( first->words ).rfind( "QV_BOOL", 0 ) == 0;
+            first->words[0] != second->words[0] || std::string( first->words ).starts_with( "QV_BOOL" );
 
         for( unsigned seed = 0; seed < 40; seed++ )
         {
-            Arguments           of( *first, seed ), again( *first, seed );
-            std::vector< Slot > slots = of.slots();
-            Derived             derived( *form, again );
+            Arguments of( *first, seed ), again( *first, seed );
+            Derived   derived( *form, again );
 
             ASSERT_EQ(
-                observed( *first, of, slots.data(), presence ),
+                observed( *first, of, of.slots().data(), presence ),
                 observed( *second, again, derived.slots.data(), presence ) )
                 << form->form << " and " << form->plain << ", seed " << seed;
         }

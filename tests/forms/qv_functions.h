@@ -54,21 +54,18 @@ inline Slot withList( Slot ( *call )( Slot *, va_list * ), Slot *arguments, ... 
     return result;
 }
 
+class Arguments;
+
 struct Argument
 {
-    std::string    type, name;
-    Slot           slot       = {};
-    QV_OBJ        *object     = nullptr; // owned
-    QV_OBJ        *inside     = nullptr; // owned: what a stream writes to
-    std::u32string characters = {};      // of a text, or what a format becomes
-    std::string    bytes      = {};      // of an array, and where results of up to 128 bytes go
-    std::u32string chars      = {};
-    std::wstring   wide       = {};
-
-    Argument()                              = default;
-    Argument( const Argument & )            = delete;
-    Argument &operator=( const Argument & ) = delete;
-    ~Argument();
+    std::string                  type, name;
+    Slot                         slot       = {};
+    Ref< QV_OBJ >                object     = {};
+    std::shared_ptr< Arguments > madeFrom   = {}; // what the object was created from
+    std::u32string               characters = {}; // of a text, or what a format becomes
+    std::string                  bytes      = {}; // of an array, and where results of up to 128 bytes go
+    std::wstring                 wide       = {};
+    QV_INT                       units      = -1; // of an array, which the next argument tells
 
     /** What a call may have changed, as text. */
     std::string shown() const;
@@ -104,7 +101,10 @@ private:
 
 const Function *findFunction( const std::string &name );
 
-/** An object that a caller owns, as text; null too. */
+/** True for an object and for the address of one, of any family. */
+bool isObject( const std::string &type );
+
+/** An object, which stays with the caller, as text; null too. */
 std::string shownObject( QV_OBJ *object );
 } // namespace qv::test
 

@@ -1,6 +1,7 @@
-"""Compares the symbols that the built library exports with what its headers declare, both ways, and looks at what the
-library and the executable need at run time. Arguments: the library, the executable, the source folder, the
-compiler."""
+# Compares the symbols that the built library exports with what its headers declare, both ways, and looks at what the
+# library and the executable need at run time. Finds every function that is exported: its whole name stands at its
+# definition, in exactly one source. The eight standard functions of a family and the two of a character set come of one
+# macro each. Arguments: the library, the executable, the source folder, the compiler.
 
 import pathlib
 import re
@@ -8,6 +9,7 @@ import subprocess
 import sys
 
 library, executable, source, compiler = sys.argv[1:5]
+STANDARD = ("Sort", "Retain", "Release", "Obj", "From", "ToString", "Compare", "Equals")
 
 
 def output(*command, **options):
@@ -35,11 +37,13 @@ left_out = [
     and f'"{header.relative_to(source)}"' not in everything
 ]
 
-exported = {}
+exported, functions = {}, set()
 for line in output("nm", "-D", "--defined-only", "--with-symbol-versions", library).splitlines():
     name, _, version = line.split()[-1].partition("@@")
     if not name.startswith("MORVANE_"):
         exported[name] = version
+        if " T " in line and not re.fullmatch(r"qv___Charset\w+Map(ByteToChar|CharToByte)", name):
+            functions.add(name)
 
 problems = [f"not in qv.h: {header}" for header in left_out]
 problems += [f"declared, not exported: {name}" for name in sorted(declared - exported.keys())]
@@ -61,6 +65,39 @@ for section in ".init_array", ".fini_array":
     size = re.search(re.escape(section) + r"\s+\w+\s+\w+\s+\w+\s+(\w+)", output("readelf", "-S", "-W", library))
     if size and int(size.group(1), 16) > 8:
         problems.append(f"{section} has {int(size.group(1), 16) // 8} entries")
+
+# The text of a source without comments and the preprocessor's lines, with empty string literals.
+def plain(path):
+    text = path.read_text(encoding="utf-8")
+    text = re.sub(r"/\*.*?\*/", "", text, flags=re.S)
+    text = re.sub(r"//[^\n]*", "", text)
+    text = re.sub(r'"(\\.|[^"\\\n])*"', '""', text)
+    return re.sub(r"^[ \t]*#(.*\\\n)*.*$", "", text, flags=re.M)
+
+
+# A definition begins in the first column: a type and the name with parameters and a body, or a row of a grid, whose macro
+# takes the names of what it defines before anything else. Names there that have a body are what the row calls.
+bodies, rows = {}, {}
+for path in sorted(pathlib.Path(source, "qv").rglob("*.cpp")):
+    text = plain(path)
+    names = re.findall(r"^(?:[a-zA-Z_][\w :*<>,()]*[\s*&])?(qv\w+)\([^;{}]*\)\s*\{", text, flags=re.M)
+    for name in re.findall(r"^QV___FAMILY\w*\(\s*(\w+),", text, flags=re.M):
+        names += [f"qv{name}{standard}" for standard in STANDARD]
+    for name in names:
+        bodies.setdefault(name, []).append(path.name)
+    for row in re.findall(r"^[A-Z][A-Z_0-9]*\(([^;{}()]*)", text, flags=re.M):
+        for name in re.findall(r"\b(qv\w+)\b", row):
+            rows.setdefault(name, []).append(path.name)
+    pasted = re.findall(r"\bqv(?!___)\w*##\w+", path.read_text(encoding="utf-8"))
+    problems += [f"{path.name} pastes the name of a function: {name}" for name in pasted]
+
+defined = {**rows, **bodies}
+problems += [f"no definition with its whole name: {name}" for name in sorted(functions - defined.keys())]
+problems += [
+    f"defined more than once: {name}: {', '.join(defined[name])}"
+    for name in sorted(functions & defined.keys())
+    if len(defined[name]) > 1
+]
 
 if len(declared) < 1000:
     problems.append(f"only {len(declared)} declarations found: the headers were not read")

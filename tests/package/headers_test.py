@@ -1,5 +1,5 @@
-"""Runs the documentation generator over the public headers: each name has a comment of its own or of its group, and each
-comment is well formed. Argument: the folder of the project."""
+# Runs the documentation generator over the public headers: each name has a comment of its own or of its group, and each
+# comment is well formed. Argument: the folder of the project.
 
 import pathlib
 import subprocess

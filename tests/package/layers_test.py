@@ -1,5 +1,5 @@
-"""Holds the layers that docs/ARCHITECTURE.md draws: the includes of the library go down or sideways, but for the exceptions
-below; public headers stand alone; tools and examples use the public interface. Argument: the project's folder."""
+# Holds the layers that docs/ARCHITECTURE.md draws: the includes of the library go down or sideways, but for the exceptions
+# below; public headers stand alone; tools and examples use the public interface. Argument: the project's folder.
 
 import fnmatch
 import pathlib

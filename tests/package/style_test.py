@@ -1,5 +1,5 @@
-"""Looks at the style of every source: the formatter changes nothing, and the linter finds nothing. Arguments: a build folder
-with compile_commands.json, and the folder of the project."""
+# Looks at the style of every source: the formatter changes nothing, and the linter finds nothing. Arguments: a build folder
+# with compile_commands.json, and the folder of the project.
 
 import concurrent.futures
 import os

@@ -1,15 +1,15 @@
-"""Runs the tools on a system that fails: for each of a few commands every single read, write, fsync, rename, close,
-mmap, open, start of a thread and allocation fails once, processes that write a document are killed at any moment, and
-what is allocated for large files is counted.
-
-A run must end in time and in one of these ways:
-- with the exit status, the output and the files of an undisturbed run,
-- with exit status 1 and a reason on the error stream,
-- with the report of a broken contract, which is how exhausted memory ends.
-And no file that was there may be anything but what it was or what it should become.
-
-Arguments: the executable, the folder of modules, the library that lets allocations fail. Needs strace; without the right
-to trace processes it is skipped, with status 77."""
+# Runs the tools on a system that fails: for each of a few commands every single read, write, fsync, rename, close,
+# mmap, open, start of a thread and allocation fails once, processes that write a document are killed at any moment, and
+# what is allocated for large files is counted.
+#
+# A run must end in time and in one of these ways:
+# - with the exit status, the output and the files of an undisturbed run,
+# - with exit status 1 and a reason on the error stream,
+# - with the report of a broken contract, which is how exhausted memory ends.
+# And no file that was there may be anything but what it was or what it should become.
+#
+# Arguments: the executable, the folder of modules, the library that lets allocations fail. Needs strace; without the right
+# to trace processes it is skipped, with status 77.
 
 import concurrent.futures
 import os
@@ -42,7 +42,6 @@ CALLS = {
     "fchown,fchmod,fsetxattr,flock,fcntl": ["EPERM"],
 }
 
-DOCUMENT = b"# kept\nnetwork.port=80\nname=value\n"
 TEXT = "Gr\u00fc\u00dfe \u2013 e\u0301t\u00e9\r\n".encode() * 400
 
 # Arguments, standard input, and the files that may change.
@@ -62,34 +61,24 @@ COMMANDS = [
 ]
 
 
-def prepare(folder):
-    folder.mkdir()
-    (folder / "doc").write_bytes(DOCUMENT)
-    (folder / "other").write_bytes(b"more=1\nnetwork.host=here\n")
-    (folder / "binary").write_bytes(b"\x01\x01\x01\x01a\x01\x01\x011\x00")
-    (folder / "text").write_bytes(TEXT)
-    (folder / "out").write_bytes(b"old")
-
-
-def contents(folder):
-    return {path.name: path.read_bytes() for path in folder.iterdir()}
+FILES = {
+    "doc": b"# kept\nnetwork.port=80\nname=value\n",
+    "other": b"more=1\nnetwork.host=here\n",
+    "binary": b"\x01\x01\x01\x01a\x01\x01\x011\x00",
+    "text": TEXT,
+    "out": b"old",
+}
 
 
 class Run:
-    """One run of the tool in a folder of its own, below `wrapper`."""
-
+    # One run of the tool in a folder of its own, below `wrapper`.
     def __init__(self, scratch, words, given, wrapper=(), **environment):
-        self.folder = pathlib.Path(tempfile.mkdtemp(dir=scratch)) / "run"
-        prepare(self.folder)
-        process = subprocess.Popen(
-            [*wrapper, morvane, *words],
-            cwd=self.folder,
-            env={**os.environ, "XZ_MORVANE_BIN_PATH": modules, "TZ": "UTC", **environment},
-            stdin=subprocess.PIPE,
-            stdout=subprocess.PIPE,
-            stderr=subprocess.PIPE,
-            start_new_session=True,
-        )
+        folder = pathlib.Path(tempfile.mkdtemp(dir=scratch))
+        for name, content in FILES.items():
+            (folder / name).write_bytes(content)
+        environment = {**os.environ, "XZ_MORVANE_BIN_PATH": modules, "TZ": "UTC", **environment}
+        pipes = dict.fromkeys(("stdin", "stdout", "stderr"), subprocess.PIPE)
+        process = subprocess.Popen([*wrapper, morvane, *words], cwd=folder, env=environment, start_new_session=True, **pipes)
         try:
             self.out, self.err = process.communicate(given, LIMIT)
             self.status = process.returncode
@@ -97,50 +86,40 @@ class Run:
             os.killpg(process.pid, signal.SIGKILL)
             self.out, self.err = process.communicate()
             self.status = "hangs"
-        self.files = contents(self.folder)
-        shutil.rmtree(self.folder.parent)
+        self.files = {path.name: path.read_bytes() for path in folder.iterdir()}
+        shutil.rmtree(folder)
 
+    # What is wrong with this run beside the right one, or None.
     def fault(self, right, must_succeed=False):
-        """What is wrong with this run beside the right one, or None."""
-        same = self.out == right.out and self.files == right.files
-        aborted = self.status in (-signal.SIGABRT, 128 + signal.SIGABRT) and REPORT in self.err
-        old = contents_before
-        for name in old:
-            if self.files.get(name) not in (old[name], right.files.get(name)):
+        for name, old in FILES.items():
+            if self.files.get(name) not in (old, right.files.get(name)):
                 return f"{name} is lost: {self.files.get(name)!r:.80}"
         if self.status == 0:
-            return None if same else "success with a wrong result"
+            return None if self.out == right.out and self.files == right.files else "success with a wrong result"
         if must_succeed:
             return f"an interrupted call is not repeated, status {self.status}"
-        if aborted:
+        if self.status in (-signal.SIGABRT, 128 + signal.SIGABRT) and REPORT in self.err:
             return None
-        left = set(self.files) - set(right.files) - set(old)
+        left = set(self.files) - set(right.files) - set(FILES)
         if left:
             return f"leaves {left} behind"
-        if self.status == 1 and self.err.strip():
-            return None
-        return f"ends with {self.status}"
+        return None if self.status == 1 and self.err.strip() else f"ends with {self.status}"
 
 
 def traced(calls, log, *inject):
     return ["strace", "-f", "-qq", "--seccomp-bpf", "-o", str(log), "-e", f"trace={calls},{LOADED}", *inject]
 
 
-def calls_of(log):
-    return re.findall(r"^\d+ +(\w+)\(", log.read_text(errors="replace"), re.M)
-
-
+# Each traced call of a command fails in turn.
 def failing_calls(scratch, words, given):
-    """Each traced call of a command fails in turn."""
     for calls, errors in CALLS.items():
         log = scratch / f"log{os.getpid()}.{random.random()}"
         right = Run(scratch, words, given, traced(calls, log))
-        names = calls_of(log)
+        names = re.findall(r"^\d+ +(\w+)\(", log.read_text(errors="replace"), re.M)
         first = names.index(LOADED)
         count = sum(name != LOADED for name in names)
         if right.status != 0:
             yield f"{words}: {right.status}, {right.err!r}"
-            return
         for error in errors:
             if error == "EINTR" and words[0] == "module":
                 continue  # the system's loader does not go on
@@ -149,69 +128,61 @@ def failing_calls(scratch, words, given):
                 run = Run(scratch, words, given, traced(calls, log, "-e", inject))
                 fault = run.fault(right, error == "EINTR")
                 if fault:
-                    which = [line for line in log.read_text(errors="replace").splitlines() if "(INJECTED)" in line]
-                    yield f"{' '.join(words)}: {inject}: {fault}; {run.err[-200:]!r}; {which}"
-        log.unlink(missing_ok=True)
+                    yield f"{' '.join(words)}: {inject}: {fault}; {run.err[-200:]!r}"
+
+
+COUNTED = {"LD_PRELOAD": fail_malloc, "FAIL_MALLOC_COUNT": "2"}
+
+
+def allocations(run):
+    return int(run.err.split()[-1])
 
 
 def failing_allocations(scratch, words, given):
     right = Run(scratch, words, given, LD_PRELOAD=fail_malloc)
-    counted = Run(scratch, words, given, LD_PRELOAD=fail_malloc, FAIL_MALLOC_COUNT="2")
-    count = int(counted.err.split()[-1])
+    count = allocations(Run(scratch, words, given, **COUNTED))
     # One alone, and here and there all from it on, so that the report too finds no memory.
     for number in [*range(1, count + 1), *range(-1, -count, -7)]:
-        run = Run(scratch, words, given, LD_PRELOAD=fail_malloc, FAIL_MALLOC=str(number))
-        fault = run.fault(right)
+        fault = Run(scratch, words, given, LD_PRELOAD=fail_malloc, FAIL_MALLOC=str(number)).fault(right)
         if fault:
-            yield f"{' '.join(words)}: allocation {number} of {count}: {fault}; {run.err[-200:]!r}"
+            yield f"{' '.join(words)}: allocation {number} of {count}: {fault}"
 
 
+# Counts what tools allocate for ten times the input, in an order that no writer would choose.
 def growing(scratch):
-    """Counts what tools allocate for ten times the input, in an order that no writer would choose."""
-    for words in ["store", "set", "big", "e7=new"], ["store", "show", "big"], ["text", "case", "--upper", "big"]:
+    for words in ["store", "set", "-", "e7=new"], ["store", "show", "-"], ["text", "case", "--upper"]:
         counts = []
         for lines in 2000, 20000:
-            folder = pathlib.Path(tempfile.mkdtemp(dir=scratch))
             order = (i // 2 if i % 2 else lines - i // 2 for i in range(lines))
-            (folder / "big").write_text("".join(f"e{i:x}={i}\n" for i in order))
-            run = subprocess.run(
-                [morvane, *words],
-                cwd=folder,
-                capture_output=True,
-                env={**os.environ, "LD_PRELOAD": fail_malloc, "FAIL_MALLOC_COUNT": "2"},
-                timeout=60,
-            )
-            counts.append(int(run.stderr.split()[-1]))
+            given = "".join(f"e{i:x}={i}\n" for i in order).encode()
+            counts.append(allocations(Run(scratch, words, given, **COUNTED)))
         if counts[1] > 12 * counts[0]:
             yield f"{' '.join(words)} allocates {counts[0]} times for 2,000 lines and {counts[1]} for 20,000"
 
 
+# Kills `store set` at any moment: the document is always one that was written as a whole.
 def killed(scratch, rounds):
-    """Kills `store set` at any moment: the document is always one that was written as a whole."""
-    folder = scratch / "killed"
-    prepare(folder)
+    document = scratch / "killed"
     chance = random.Random(1)
     lines = b"".join(b"entry%d=%d\n" % (i, i) for i in range(200))
-    (folder / "doc").write_bytes(lines + b"value=0\n")
+    document.write_bytes(lines + b"value=0\n")
     began = time.monotonic()
-    for _ in range(5):
-        subprocess.run([morvane, "store", "set", "doc", "value=0"], cwd=folder, check=True)
-    usual = (time.monotonic() - began) / 5
+    subprocess.run([morvane, "store", "set", document, "value=0"], check=True)
+    usual = time.monotonic() - began
     for number in range(1, rounds + 1):
-        process = subprocess.Popen([morvane, "store", "set", "doc", f"value={number}"], cwd=folder)
+        process = subprocess.Popen([morvane, "store", "set", document, f"value={number}"])
         time.sleep(chance.random() * 1.5 * usual)
         process.kill()
         process.wait()
-        found = re.fullmatch(re.escape(lines) + rb"value=(\d+)\n", (folder / "doc").read_bytes())
+        found = re.fullmatch(re.escape(lines) + rb"value=(\d+)\n", document.read_bytes())
         if not found or int(found[1]) > number:
-            yield f"killed in round {number}: {(folder / 'doc').read_bytes()[-80:]!r}"
-            return
-    if subprocess.run([morvane, "store", "set", "doc", "value=last"], cwd=folder).returncode != 0:
+            yield f"killed in round {number}: {document.read_bytes()[-80:]!r}"
+    if subprocess.run([morvane, "store", "set", document, "value=last"]).returncode != 0:
         yield "does not write after it was killed"
 
 
+# A document that is open already is written over, also where the file system cannot reserve room.
 def overwritten(scratch):
-    """A document that is open already is written over, also where the file system cannot reserve room."""
     path = scratch / "over"
     path.write_bytes(b"a=1\n" * 2000)
     wrapper = traced("fallocate", scratch / "log", "-e", "inject=fallocate:error=EOPNOTSUPP")
@@ -222,9 +193,6 @@ def overwritten(scratch):
 
 with tempfile.TemporaryDirectory() as name:
     scratch = pathlib.Path(name)
-    prepare(scratch / "before")
-    contents_before = contents(scratch / "before")
-
     try:
         probe = Run(scratch, ["id"], b"", traced("read", scratch / "log", "-e", "inject=read:error=EINTR:when=1"))
     except FileNotFoundError:
