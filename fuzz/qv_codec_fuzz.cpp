@@ -4,15 +4,7 @@
 
 #include "qv_fuzz_models.h"
 
-#include "qv/charset/qv_charset.h"
-#include "qv/io/qv_buffer_byte_source.h"
-#include "qv/io/qv_byte_source.h"
-#include "qv/io/qv_char_source.h"
-
-#include <map>
-
 using namespace qv::fuzz;
-using qv::Ref;
 
 namespace
 {
@@ -32,47 +24,35 @@ struct Decoder
     Text        text   = {};
     bool        failed = false;
 
-    bool invalid()
+    void invalid()
     {
-        if( flags & IGNORE )
-            return true;
-
         failed = flags & ABORT;
 
-        if( !failed )
+        if( !( flags & ( ABORT | IGNORE ) ) )
             text += U'\uFFFD';
-
-        return !failed;
     }
 
-    uint32_t unit( size_t at, int count, bool little ) const
+    uint32_t unit( size_t at, size_t count, bool little ) const
     {
         uint32_t value = 0;
 
-        for( int i = 0; i < count; i++ )
-            value |= static_cast< uint32_t >( static_cast< uint8_t >( bytes[at + static_cast< size_t >( i )] ) )
-                     << 8 * ( little ? i : count - 1 - i );
+        for( size_t i = 0; i < count; i++ )
+            value = value << 8 | static_cast< uint8_t >( bytes[little ? at + count - 1 - i : at + i] );
 
         return value;
     }
 
+    // What breaks a sequence goes with it, and so do the bytes after it that could only continue one.
     void utf8()
     {
         bool     skipping = false, first = true;
         uint32_t value   = 0;
         int      missing = 0;
-        auto     add     = [&]( uint32_t ch )
-        {
-            if( !( first && ch == 0xFEFF && !( flags & KEEP_MARK ) ) )
-                text += ch;
 
-            first = false;
-        };
-
-        for( char c : bytes )
+        for( size_t i = 0; i < bytes.size() && !failed; i++ )
         {
-            uint8_t byte = static_cast< uint8_t >( c );
-            bool    tail = byte >> 6 == 2;
+            uint8_t byte = static_cast< uint8_t >( bytes[i] );
+            bool    tail = byte >> 6 == 2, starts = byte >= 0xC0 && byte < 0xF8;
 
             if( missing > 0 && tail )
             {
@@ -80,71 +60,58 @@ struct Decoder
 
                 if( --missing > 0 )
                     continue;
-
-                if( value < 0x110000 )
-                    add( value );
-                else if( !invalid() )
-                    return;
-                else
-                    first = first && flags & IGNORE;
             }
-            else if( missing > 0 || ( !skipping && tail ) || byte >= 0xF8 )
-            {
-                // What breaks a sequence goes with it.
-                skipping = true, missing = 0;
-
-                if( !invalid() )
-                    return;
-
-                first = first && flags & IGNORE;
-            }
-            else if( tail )
+            else if( missing == 0 && tail && skipping )
                 continue;
-            else if( skipping = false; byte < 0x80 )
-                add( byte );
+            else if( missing == 0 && starts )
+            {
+                missing  = byte < 0xE0 ? 1 : byte < 0xF0 ? 2 : 3;
+                value    = byte & ( 0x3Fu >> missing );
+                skipping = false;
+                continue;
+            }
             else
             {
-                missing = byte < 0xE0 ? 1 : byte < 0xF0 ? 2 : 3;
-                value   = byte & ( 0x3Fu >> missing );
+                skipping = missing > 0 || byte >= 0x80;
+                value    = skipping ? 0x110000 : byte;
+                missing  = 0;
             }
+
+            if( value >= 0x110000 )
+                invalid();
+            else if( !first || value != 0xFEFF || flags & KEEP_MARK )
+                text += value;
+
+            first = first && value >= 0x110000 && flags & IGNORE;
         }
 
-        if( missing > 0 )
+        if( missing > 0 && !failed )
             invalid();
     }
 
-    void wide( int count, QV_INT charset )
+    void wide( size_t count, QV_INT charset )
     {
         bool   little = charset != QV_CHARSET_UTF_16_BE && charset != QV_CHARSET_UTF_32_BE;
-        bool   marked = charset == QV_CHARSET_UTF_16 || charset == QV_CHARSET_UTF_32;
-        size_t at = 0, width = static_cast< size_t >( count );
+        size_t at     = 0;
 
-        if( marked && !( flags & KEEP_MARK ) && bytes.size() >= width )
+        if( ( charset == QV_CHARSET_UTF_16 || charset == QV_CHARSET_UTF_32 ) && !( flags & KEEP_MARK )
+            && bytes.size() >= count && ( unit( 0, count, true ) == 0xFEFF || unit( 0, count, false ) == 0xFEFF ) )
+            little = unit( 0, count, true ) == 0xFEFF, at = count;
+
+        for( ; at + count <= bytes.size() && !failed; at += count )
         {
-            if( unit( 0, count, true ) == 0xFEFF )
-                at = width;
-            else if( unit( 0, count, false ) == 0xFEFF )
-                at = width, little = false;
-        }
+            uint32_t ch = unit( at, count, little ), next = at + 4 <= bytes.size() ? unit( at + 2, 2, little ) : 0;
 
-        for( ; at + width <= bytes.size(); at += width )
-        {
-            uint32_t ch = unit( at, count, little );
-
-            if( count == 2 && ch >> 10 == 0xD800 >> 10 && at + 4 <= bytes.size()
-                && unit( at + 2, 2, little ) >> 10 == 0xDC00 >> 10 )
-            {
-                ch = 0x10000 + ( ( ch & 0x3FF ) << 10 ) + ( unit( at + 2, 2, little ) & 0x3FF );
-                at += 2;
-            }
+            if( count == 2 && ch >> 10 == 0xD800 >> 10 && next >> 10 == 0xDC00 >> 10 )
+                ch = 0x10000 + ( ( ch & 0x3FF ) << 10 ) + ( next & 0x3FF ), at += 2;
 
             if( ch < 0x110000 )
                 text += ch;
-            else if( !invalid() )
-                return;
+            else
+                invalid();
         }
 
-        if( at < bytes.size() )
+        if( at < bytes.size() && !failed )
             invalid();
     }
 };
@@ -171,10 +138,8 @@ const Table &tableOf( QV_INT charset )
     return tables.try_emplace( charset, charset ).first->second;
 }
 
-struct CodecWalk : Walk
+struct CodecWalk
 {
-    using Walk::Walk;
-
     void decode()
     {
         // clang-format off
@@ -189,14 +154,11 @@ struct CodecWalk : Walk
 
         for( QV_INT count = in.below( 12 ); count > 0; count-- )
         {
-            QV_INT how = in.below( 3 );
+            QV_INT      how   = in.below( 3 );
+            std::string piece = how ? in.oneOf( PIECES ) : std::string( 1, static_cast< char >( in.byte() ) );
 
-            if( how == 0 )
-                model.bytes += static_cast< char >( in.byte() );
-            else
-                for( QV_INT which = in.below( std::size( PIECES ) ), repeat = how == 1 ? 1 : in.length( 700 );
-                     repeat > 0; repeat-- )
-                    model.bytes += PIECES[which];
+            for( QV_INT repeat = how < 2 ? 1 : in.length( 700 ); repeat > 0; repeat-- )
+                model.bytes += piece;
         }
 
         if( charset == QV_CHARSET_UTF_8 )
@@ -204,14 +166,10 @@ struct CodecWalk : Walk
         else if( charset > QV_CHARSET_UTF_8 )
             model.wide( charset < QV_CHARSET_UTF_32 ? 2 : 4, charset );
         else
-            for( char c : model.bytes )
+            for( size_t i = 0; i < model.bytes.size() && !model.failed; i++ )
             {
-                char32_t ch = tableOf( charset ).chars[static_cast< uint8_t >( c )];
-
-                if( ch < 0x110000 )
-                    model.text += ch;
-                else if( !model.invalid() )
-                    break;
+                char32_t ch = tableOf( charset ).chars[static_cast< uint8_t >( model.bytes[i] )];
+                ch < 0x110000 ? model.text += ch : ( model.invalid(), model.text );
             }
 
         Ref< QV_BUFFER > bytes = bufferOf( model.bytes );
@@ -234,14 +192,13 @@ struct CodecWalk : Walk
 
         while( !qvCharSourceEnd( source ) )
         {
-            QV_INT limit = 1 + in.length( 3000 ), count;
-            Text   array( static_cast< size_t >( limit ), U' ' );
-
-            Ref< QV_STRING > qvs( qvStringCreate() );
+            QV_INT           limit   = 1 + in.length( 3000 );
             bool             asChars = in.flag();
-            count                    = asChars ? qvCharSourceReadChars( source, array.data(), limit )
-                                               : qvCharSourceRead( source, qvs.at(), limit );
-            array                    = asChars ? part( array, 0, count ) : charsOf( qvs );
+            Text             array   = repeated( limit, U' ' );
+            Ref< QV_STRING > qvs( qvStringCreate() );
+            QV_INT           count = asChars ? qvCharSourceReadChars( source, array.data(), limit )
+                                             : qvCharSourceRead( source, qvs.at(), limit );
+            array                  = asChars ? part( array, 0, count ) : charsOf( qvs );
             require( count == lengthOf( array ) && ( count == limit ) != ( qvCharSourceEnd( source ) != 0 ) );
             text += array;
         }
@@ -253,27 +210,22 @@ struct CodecWalk : Walk
     void encode()
     {
         QV_INT           charset = in.below( QV_CHARSET_UTF_8 ), flags = in.below( 3 );
-        Ref< QV_STRING > qvs = stringOf( in.text( 3000 ) ), normal = Ref< QV_STRING >( qvStringCreateFrom( qvs ) );
+        Ref< QV_STRING > qvs = stringOf( in.text( 3000 ) ), normal( qvStringCreateFrom( qvs ) );
         std::string      expected;
         bool             fails = false;
 
         qvStringNormalizeNFC( normal.at() );
         qvStringSanitize( normal.at() );
 
-        auto byteOf = [&]( char32_t ch )
-        {
-            const char32_t *chars = tableOf( charset ).chars, *found = std::find( chars, chars + 256, ch );
-            return found == chars + 256 ? -1 : static_cast< int >( found - chars );
-        };
-        int question = byteOf( U'?' );
-
         for( char32_t ch : charsOf( normal ) )
         {
-            int byte = byteOf( ch );
-            fails    = fails || ( byte < 0 && flags & ABORT );
+            const char32_t *chars = tableOf( charset ).chars, *end = chars + 256, *found = std::find( chars, end, ch );
 
-            if( byte >= 0 || !( flags & IGNORE ) )
-                expected += static_cast< char >( byte >= 0 ? byte : std::max( question, 0 ) );
+            if( found == end && !( flags & IGNORE ) )
+                fails = fails || flags & ABORT, found = std::find( chars, end, U'?' );
+
+            if( found < end || !( flags & IGNORE ) )
+                expected += static_cast< char >( found < end ? found - chars : 0 );
         }
 
         Ref< QV_BUFFER > buf( qvCharsetStringToBufferWithFlags( charset, qvs, flags ) );

@@ -3,11 +3,7 @@
 
 #include "qv_fuzz_models.h"
 
-#include "qv/base/qv_decoder.h"
-#include "qv/base/qv_encoder.h"
-
 using namespace qv::fuzz;
-using qv::Ref;
 
 namespace
 {
@@ -29,34 +25,27 @@ struct Reader
         return !failed;
     }
 
-    unsigned byte()
+    QV_INT byte()
     {
         return ok( left() > 0 ) ? static_cast< uint8_t >( bytes[at++] ) : 0;
     }
 
     QV_INT number( int nesting = 0 )
     {
-        unsigned lead  = byte();
-        QV_INT   count = lead & 0x7F;
+        QV_INT   lead = byte(), count = lead & 0x7F;
+        __int128 value = 0;
 
         // How deep counts may be nested is the library's choice; nothing here nests them further.
         if( count == 127 )
             count = nesting < 8 ? number( nesting + 1 ) : -1;
 
-        if( !ok( !failed && count >= 0 && count <= left() ) )
-            return 0;
-
-        __int128 value = 0;
-
-        for( ; count > 0; count-- )
+        for( ok( count >= 0 && count <= left() ); count > 0 && !failed; count-- )
         {
-            value = value * 256 + ( lead & 0x80 ? -static_cast< int >( byte() ) : static_cast< int >( byte() ) );
-
-            if( !ok( value >= QV_INT_MIN && value <= QV_INT_MAX ) )
-                return 0;
+            value = value * 256 + ( lead & 0x80 ? -byte() : byte() );
+            ok( value >= QV_INT_MIN && value <= QV_INT_MAX );
         }
 
-        return static_cast< QV_INT >( value );
+        return failed ? 0 : static_cast< QV_INT >( value );
     }
 
     QV_INT integer()
@@ -66,22 +55,18 @@ struct Reader
 
     QV_BOOL flag()
     {
-        unsigned value = byte();
+        QV_INT value = byte();
         return ok( value < 2 ) && value;
     }
 
     QV_CHAR character()
     {
-        unsigned first = byte();
+        QV_INT value = byte();
 
-        if( first < 0x80 || !ok( ( first & 0x60 ) == 0 ) )
-            return failed ? 0 : first;
+        if( value >= 0x80 && ok( ( value & 0x60 ) == 0 ) )
+            value = ( ( value & 0x1F ) << 8 | byte() ) << 8, value |= byte();
 
-        char32_t value = ( first & 0x1F ) << 16;
-        value |= byte() << 8;
-        value |= byte();
-
-        return ok( value < 0x110000 ) ? value : 0;
+        return ok( value < 0x110000 ) ? static_cast< QV_CHAR >( value ) : 0;
     }
 
     Text text()
@@ -89,24 +74,21 @@ struct Reader
         QV_INT count = number();
         Text   result;
 
-        if( !ok( count >= 0 && count <= left() ) )
-            return result;
-
-        for( ; count > 0 && !failed; count-- )
+        for( ok( count >= 0 && count <= left() ); count > 0 && !failed; count-- )
             result += character();
 
-        return failed ? Text() : result;
+        return result;
     }
 
     std::string block()
     {
         QV_INT count = number();
+        return ok( count >= 0 && count <= left() ) ? skip( count ) : "";
+    }
 
-        if( !ok( count >= 0 && count <= left() ) )
-            return {};
-
+    std::string skip( QV_INT count )
+    {
         at += static_cast< size_t >( count );
-
         return bytes.substr( at - static_cast< size_t >( count ), static_cast< size_t >( count ) );
     }
 
@@ -123,78 +105,61 @@ struct Reader
 
 /* The walk --------------------------------------------------------------------------------------------------------- */
 
-struct EncoderWalk : Walk
+struct EncoderWalk
 {
-    using Walk::Walk;
-
     Ref< QV_ENCODER > encoder{ qvEncoderCreate() };
     Ref< QV_BUFFER >  held; // the bytes of an earlier moment, which must not change
     std::string       bytes, heldBytes;
 
     void value()
     {
-        QV_INT number = in.number();
+        QV_INT           number = in.number(), how = in.below( 7 );
+        Text             text  = in.text( 1000 );
+        QV_CHAR          ch    = in.character();
+        Ref< QV_STRING > qvs   = stringOf( text );
+        bool             flag  = number > 0;
+        std::string      first = std::string( 1, static_cast< char >( flag ) );
 
-        QV_INT how = in.below( 7 );
-
-        if( how == 0 )
+        switch( how )
         {
-            qvEncoderEncodeBool( encoder, number > 0 );
-            bytes += static_cast< char >( number > 0 );
-        }
-        else if( how < 3 )
-        {
-            qvEncoderEncodeInt( encoder, number );
-            bytes += encodedInt( number );
-        }
-        else if( how == 3 )
-        {
-            QV_CHAR ch = in.character();
-            qvEncoderEncodeChar( encoder, ch );
-            bytes += encodedChars( Text( 1, ch ) );
-        }
-        else if( how < 6 )
-        {
-            Text             text     = in.text( 2000 );
-            bool             optional = how == 5 && in.flag(), null = optional && in.flag();
-            Ref< QV_STRING > qvs = stringOf( text );
-
-            how == 4   ? qvEncoderEncodeChars( encoder, text.data(), lengthOf( text ) )
-            : optional ? qvEncoderEncodeOptionalString( encoder, null ? nullptr : qvs.get() )
-                       : qvEncoderEncodeString( encoder, qvs );
-            bytes += optional ? std::string( 1, static_cast< char >( !null ) ) : "";
-            bytes += how == 4 ? encodedChars( text ) : null ? "" : encodedText( text );
-        }
-        else
-        {
+        case 0:
+            qvEncoderEncodeBool( encoder, flag ), bytes += first;
+            break;
+        case 1:
+            qvEncoderEncodeInt( encoder, number ), bytes += encodedInt( number );
+            break;
+        case 2:
+            qvEncoderEncodeChar( encoder, ch ), bytes += encodedChars( Text( 1, ch ) );
+            break;
+        case 3:
+            qvEncoderEncodeChars( encoder, text.data(), lengthOf( text ) ), bytes += encodedChars( text );
+            break;
+        case 4:
+            qvEncoderEncodeString( encoder, qvs ), bytes += encodedText( text );
+            break;
+        case 5:
+            qvEncoderEncodeOptionalString( encoder, flag ? qvs.get() : nullptr );
+            bytes += first + ( flag ? encodedText( text ) : "" );
+            break;
+        default:
             // Any objects, which are written as their texts.
             Ref< QV_VECTOR > vec( qvVectorCreate() );
-            QV_INT           count = in.below( 5 );
-            bytes += encodedInt( count * 2 );
-
-            for( ; count > 0; count-- )
-            {
-                Text text = in.text( 100 );
-                qvVectorAppendInt( vec.at(), number );
-                qvVectorAppendString( vec.at(), stringOf( text ) );
-                bytes += encodedText( wide( std::to_string( number ) ) ) + encodedText( text );
-            }
-
+            qvVectorAppendInt( vec.at(), number );
+            qvVectorAppendString( vec.at(), qvs );
             qvEncoderEncodeStringVector( encoder, vec );
+            bytes += "\1\2" + encodedText( wide( std::to_string( number ) ) ) + encodedText( text );
         }
     }
 
     // Plain bytes; the Buffer may be the one that the Encoder itself writes to.
     void write()
     {
-        Ref< QV_BUFFER > buf(
-            in.below( 4 ) == 0 ? qvEncoderBuffer( encoder )
-                               : bufferOf( std::string( static_cast< size_t >( in.length( 300 ) ), 'x' ) ).give() );
-        std::string src  = bytesOf( buf );
-        Span        span = in.span( lengthOf( src ), in.below( 8 ) );
+        Ref< QV_BUFFER > buf( in.flag() ? qvEncoderBuffer( encoder ) : bufferOf( in.bytes( 300 ) ).give() );
+        std::string      src  = bytesOf( buf );
+        Span             span = in.span( lengthOf( src ), in.below( 7 ) );
 
         if( bytes.size() > 20000 )
-            return;
+            clear();
 
         if( span.form <= OUTER )
         {
@@ -204,17 +169,12 @@ struct EncoderWalk : Walk
         else if( span.form == 5 )
         {
             qvEncoderEncodeBuffer( encoder, buf );
-            bytes += encodedInt( span.length ) + src;
-        }
-        else if( span.form == 6 )
-        {
-            qvEncoderWriteEncoder( encoder, encoder );
-            bytes += std::string( bytes );
+            bytes += encodedInt( lengthOf( src ) ) + src;
         }
         else
         {
-            qvEncoderWriteByte( encoder, static_cast< uint8_t >( span.offset ) );
-            bytes += static_cast< char >( span.offset );
+            qvEncoderWriteEncoder( encoder, encoder );
+            bytes += std::string( bytes );
         }
     }
 
@@ -250,9 +210,7 @@ struct EncoderWalk : Walk
             read( decoder, reader );
             require( ( qvDecoderError( decoder ) != 0 ) == reader.failed );
             require( qvDecoderRemaining( decoder ) == reader.left() );
-            require(
-                qvDecoderOffset( decoder )
-                == static_cast< QV_INT >( reader.failed ? reader.bytes.size() : reader.at ) );
+            require( qvDecoderOffset( decoder ) == QV_INT( reader.failed ? reader.bytes.size() : reader.at ) );
         }
     }
 
@@ -265,54 +223,43 @@ struct EncoderWalk : Walk
         require( ok == !reader.failed && ( skips || value == ( ok ? expected : T() ) ) );
     }
 
-    template< class T, class E, class Same >
+    template< class T, class E >
     void object(
-        QV_DECODER *dec, Reader &reader, bool optional, Ref< T > value, E ( Reader::*model )(),
-        QV_BOOL ( *tried )( QV_DECODER *, T ** ), Same same )
+        QV_DECODER *dec, Reader &reader, Ref< T > value, E ( Reader::*model )(), E ( *contents )( T * ),
+        QV_BOOL ( *tried )( QV_DECODER *, T ** ), QV_BOOL ( *triedOptional )( QV_DECODER *, T ** ) )
     {
-        bool skips = in.flag(), null = optional && !reader.flag();
+        bool skips = in.flag(), optional = in.flag(), null = optional && !reader.flag();
         E    expected = null || reader.failed ? E() : ( reader.*model )();
-        bool ok       = tried( dec, skips ? nullptr : value.at() );
-        require( ok == !reader.failed );
-        require( skips || ( ok && !null ? value && same( value, expected ) : !value ) );
+        require( ( optional ? triedOptional : tried )( dec, skips ? nullptr : value.at() ) == !reader.failed );
+        require( skips || ( reader.failed || null ? !value : value && contents( value ) == expected ) );
     }
 
     void read( QV_DECODER *dec, Reader &reader )
     {
-        QV_INT what     = in.below( 12 );
-        bool   optional = what % 2;
-        auto   isText   = []( QV_STRING *qvs, const Text &text ) { return charsOf( qvs ) == text; };
-        auto   isBlock  = []( QV_BUFFER *buf, const std::string &block ) { return bytesOf( buf ) == block; };
-        auto   areTexts = []( QV_VECTOR *vec, const std::vector< Text > &texts ) { return textsOf( vec ) == texts; };
-
-        switch( what )
+        switch( in.below( 7 ) )
         {
         case 0:
             return value( dec, reader, &Reader::flag, qvDecoderTryDecodeBool );
         case 1:
-        case 2:
             return value( dec, reader, &Reader::integer, qvDecoderTryDecodeInt );
-        case 3:
+        case 2:
             return value( dec, reader, &Reader::character, qvDecoderTryDecodeChar );
+        case 3:
+            return object(
+                dec, reader, stringOf( U"before" ), &Reader::text, charsOf, qvDecoderTryDecodeString,
+                qvDecoderTryDecodeOptionalString );
         case 4:
+            return object(
+                dec, reader, bufferOf( "before" ), &Reader::block, bytesOf, qvDecoderTryDecodeBuffer,
+                qvDecoderTryDecodeOptionalBuffer );
         case 5:
             return object(
-                dec, reader, optional, stringOf( U"before" ), &Reader::text,
-                optional ? qvDecoderTryDecodeOptionalString : qvDecoderTryDecodeString, isText );
-        case 6:
-        case 7:
-            return object(
-                dec, reader, optional, bufferOf( "before" ), &Reader::block,
-                optional ? qvDecoderTryDecodeOptionalBuffer : qvDecoderTryDecodeBuffer, isBlock );
-        case 8:
-        case 9:
-            return object(
-                dec, reader, optional, Ref< QV_VECTOR >( qvVectorCreate() ), &Reader::texts,
-                optional ? qvDecoderTryDecodeOptionalStringVector : qvDecoderTryDecodeStringVector, areTexts );
+                dec, reader, Ref< QV_VECTOR >( qvVectorCreate() ), &Reader::texts, textsOf,
+                qvDecoderTryDecodeStringVector, qvDecoderTryDecodeOptionalStringVector );
         default:
             QV_INT count = in.below( 8 );
-            bool   ok    = reader.ok( !reader.failed && count <= reader.left() );
-            reader.at += ok ? static_cast< size_t >( count ) : 0;
+            bool   ok    = reader.ok( count <= reader.left() );
+            reader.skip( ok ? count : 0 );
             require( qvDecoderTrySkip( dec, count ) == ok );
         }
     }

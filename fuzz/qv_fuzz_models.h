@@ -6,8 +6,6 @@
 
 #include "qv_fuzz_walk.h"
 
-#include "qv/unicode/qv_unicode_properties.h"
-
 #include <cmath>
 
 namespace qv::fuzz

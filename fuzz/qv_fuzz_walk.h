@@ -2,12 +2,10 @@
     Walks: a fuzz target reads operations from its input and runs them on a few variables of a family, each beside a
     model made of standard containers, and compares the two after each operation.
 
-        struct VectorWalk : SlotWalk< VectorWalk, QV_VECTOR, Model, qvVectorCreate >    // the variables and their models
+        struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >      // the variables and their models
         {
-            using SlotWalk::SlotWalk;
-
             void add() { Slot &slot = any(); QV_INT number = in.number(); ... }
-            void compare( Slot &slot ) { require( ... ); }              // each variable, after each operation
+            static void compare( Slot &slot ) { require( ... ); }       // each variable, after each operation
         };
 
         QV_FUZZ_WALK( VectorWalk, OP( share, 1 ) OP( add, 2 ) ... )     // with their weights
@@ -22,18 +20,14 @@
 #ifndef QV_FUZZ_WALK_H
 #define QV_FUZZ_WALK_H
 
-#include "qv/base/qv_boxed_int.h"
-#include "qv/base/qv_buffer.h"
-#include "qv/base/qv_string.h"
-#include "qv/base/qv_vector.h"
+#include "qv/qv.h"
 #include "qv/runtime/qv_module_private.h"
-#include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_ref.h"
-#include "qv/runtime/qv_runtime.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -44,6 +38,8 @@ extern "C" void qvFuzzStep( size_t offset ) __attribute__( ( weak ) );
 
 namespace qv::fuzz
 {
+using qv::obj, qv::Ref, qv::retain;
+
 inline const bool tracing = getenv( "QV_FUZZ_TRACE" ) != nullptr;
 
 #define require( condition ) ( ( condition ) ? (void)0 : ::qv::fuzz::fail( #condition, __FILE__, __LINE__ ) )
@@ -77,6 +73,12 @@ C without( C all, QV_INT offset, QV_INT count )
     return all;
 }
 
+template< class C >
+void put( C &all, QV_INT at, const C &more )
+{
+    all.insert( all.begin() + at, more.begin(), more.end() );
+}
+
 /** The element at an index that is no size_t. */
 template< class C >
 auto &at( C &all, QV_INT idx )
@@ -91,6 +93,13 @@ int sign( O order )
     return ( order > 0 ) - ( order < 0 );
 }
 
+/** So many times the same. */
+template< class C = Text >
+C repeated( QV_INT count, typename C::value_type value )
+{
+    return C( static_cast< size_t >( count ), value );
+}
+
 /** What is meant of a source: all of it, its start, its end, a part of it, or all but the part. */
 enum Form
 {
@@ -103,28 +112,20 @@ enum Form
 
 struct Span
 {
-    QV_INT form, length, offset, count;
+    QV_INT form, offset, count; // the last two are what a function is called with
+    QV_INT from, size;          // the part that is meant, or is not
 
     template< class C >
     C of( const C &all ) const
     {
-        return form == WHOLE      ? all
-               : form == LEADING  ? part( all, 0, offset )
-               : form == TRAILING ? part( all, length - offset, offset )
-               : form == INNER    ? part( all, offset, count )
-                                  : without( all, offset, count );
+        return form == OUTER ? without( all, from, size ) : part( all, from, size );
     }
 
-    /** What a model does when that is deleted; of Outer, all but the part is. */
-    template< class M >
-    void erase( M &model ) const
+    /** What is left after that is deleted. */
+    template< class C >
+    C rest( const C &all ) const
     {
-        if( form == OUTER )
-            model.keep( offset, count );
-        else if( form == INNER )
-            model.erase( offset, count );
-        else
-            model.erase( form == LEADING ? 0 : length - offset, offset );
+        return form == OUTER ? part( all, from, size ) : without( all, from, size );
     }
 };
 
@@ -211,7 +212,7 @@ public:
         static const QV_INT LENGTHS[] = { 1,   2,   3,    4,    5,    6,    8,    12,   16,  31,  32,
                                           33,  40,  63,   64,   65,   80,   100,  128,  160, 200, 240,
                                           320, 500, 1000, 1023, 1024, 2048, 4096, 5000, 0,   0 };
-        return shown( std::min( LENGTHS[byte() % std::size( LENGTHS )], most ) );
+        return shown( std::min( oneOf( LENGTHS ), most ) );
     }
 
     /** Any number, often a small one or a limit. */
@@ -264,10 +265,29 @@ public:
         return result;
     }
 
+    std::string bytes( QV_INT most )
+    {
+        uint8_t     step   = byte();
+        std::string result = repeated< std::string >( length( most ), 'x' );
+
+        for( size_t i = 0; i < result.size(); i++ )
+            result[i] = static_cast< char >( i * step );
+
+        return result;
+    }
+
     Span span( QV_INT length, QV_INT form, QV_INT unit = 1 )
     {
-        QV_INT offset = upTo( length / unit ) * unit;
-        return { form, length, offset, upTo( ( length - offset ) / unit ) * unit };
+        QV_INT offset = upTo( length / unit ) * unit, count = upTo( ( length - offset ) / unit ) * unit;
+        bool   inside = form == INNER || form == OUTER, atEnd = form == LEADING || form == TRAILING;
+        return {
+            form, offset, count,
+            inside             ? offset
+            : form == TRAILING ? length - offset
+                               : 0,
+            inside  ? count
+            : atEnd ? offset
+                    : length };
     }
 
 private:
@@ -281,6 +301,9 @@ private:
 
     const uint8_t *start_, *at_, *end_;
 };
+
+/** What the target has been given. */
+inline Input in( nullptr, 0 );
 
 /* Objects ---------------------------------------------------------------------------------------------------------- */
 
@@ -370,100 +393,13 @@ inline QV_INT liveObjects()
     return count;
 }
 
-/* Models ----------------------------------------------------------------------------------------------------------- */
-
-/** Items in a block with free places before and after them. `M` adds the rules of a family: copy(), the places of a copy;
-    makeRoom( at, count ), those when as many items will come; and compact(), those after some have gone. */
-template< class M, class C >
-struct Ends
-{
-    C      items;
-    QV_INT front = 0, back = 0;
-    bool   shared = false; // somebody else has the object, so that the next change makes a copy
-
-    QV_INT length() const
-    {
-        return lengthOf( items );
-    }
-
-    QV_INT places() const
-    {
-        return front + length() + back;
-    }
-
-    M &self()
-    {
-        return static_cast< M & >( *this );
-    }
-
-    void own( bool also = false )
-    {
-        if( shared || also )
-            self().copy();
-
-        shared = false;
-    }
-
-    void insert( QV_INT at, const C &more )
-    {
-        if( more.empty() )
-            return;
-
-        self().makeRoom( at, lengthOf( more ) );
-        shared = false;
-        items.insert( items.begin() + at, more.begin(), more.end() );
-    }
-
-    /** Of Outer, the part after is inserted first, and then the part before it. */
-    void insertOuter( QV_INT at, const C &all, const Span &span )
-    {
-        C    after = part( all, span.offset + span.count, span.length - span.offset - span.count );
-        bool still = shared && after.empty();
-        insert( at, after );
-        shared = still;
-        insert( at, part( all, 0, span.offset ) );
-    }
-
-    void erase( QV_INT offset, QV_INT count )
-    {
-        if( count == 0 )
-            return;
-
-        if( count == length() )
-        {
-            self() = M();
-            return;
-        }
-
-        own();
-        ( offset == 0 ? front : back ) += count;
-        items.erase( items.begin() + offset, items.begin() + offset + count );
-        self().compact();
-    }
-};
-
 /* Walks ------------------------------------------------------------------------------------------------------------ */
 
-/** What every walk has. */
-struct Walk
-{
-    Input in;
-
-    Walk( const uint8_t *data, size_t size ) : in( data, size )
-    {
-    }
-
-    void check()
-    {
-    }
-};
-
-/** A few variables with a model each. Two of them may hold the same object: each change of one is then seen by
+/** A few variables of a walk `W` with a model each, which its compare() compares. Two of them may hold the same object: each change of one is then seen by
     check() if it shows in another. So destination and source may be the same variable, or two with one object. */
-template< class T, class M >
-class Slots
+template< class W, class T, class M, T *( *create )(), QV_INT MOST = 8000 >
+struct Slots
 {
-public:
     struct Slot
     {
         Ref< T > ref;
@@ -477,89 +413,54 @@ public:
         }
     };
 
-    explicit Slots( T *( *create )() ) : empty_( create() ), emptyCount_( references( empty_.get() ) )
+    Ref< T > empty{ create() }; // the one that all share, in most families
+    int32_t  emptyCount = references( empty.get() );
+    Slot     slots[4];
+
+    Slots()
     {
         for( Slot &slot : slots )
             slot.ref.reset( create() );
-
-        lone_ = slots[0].ref.get() != empty_.get();
     }
 
-    /** A variable; a model that wants to know is told if its object is `shared`. */
-    Slot &any( Input &in )
+    /** A variable, which is emptied if it has become long. */
+    Slot &any()
     {
         Slot &slot = slots[in.below( std::size( slots ) )];
 
-        if constexpr( requires { slot.model.shared; } )
-            slot.model.shared = isEmptyOne( slot ) || holders( slot ) > 1;
+        if constexpr( requires { slot.model.size(); } )
+            if( lengthOf( slot.model ) > MOST )
+                slot.set( create(), M() );
 
         return slot;
     }
 
-    void share( Input &in )
+    void share()
     {
-        Slot &to = any( in ), &from = any( in );
+        Slot &to = any(), &from = any();
 
         if( &to != &from )
             to.set( retain( from.ref.get() ), from.model );
     }
 
-    /** Each object has the references that the variables hold and no other. */
-    void checkCounts() const
+    /** A place in what a variable holds, up to its end. */
+    static QV_INT place( const Slot &slot )
     {
-        for( const Slot &slot : slots )
-            require( isEmptyOne( slot ) || references( slot.ref.get() ) == holders( slot ) );
-
-        auto empties = std::count_if(
-            std::begin( slots ), std::end( slots ), [this]( const Slot &slot ) { return isEmptyOne( slot ); } );
-        require( lone_ || references( empty_.get() ) == emptyCount_ + empties );
+        return in.upTo( lengthOf( slot.model ) );
     }
 
-    Slot slots[4];
-
-private:
-    bool isEmptyOne( const Slot &slot ) const
-    {
-        return slot.ref.get() == empty_.get();
-    }
-
-    int holders( const Slot &slot ) const
-    {
-        return static_cast< int >( std::count_if(
-            std::begin( slots ), std::end( slots ),
-            [&]( const Slot &other ) { return other.ref.get() == slot.ref.get(); } ) );
-    }
-
-    Ref< T > empty_;
-    int32_t  emptyCount_;
-    bool     lone_ = false; // families without one empty object that all share
-};
-
-/** A walk `W` with variables of a family, which has compare( Slot & ). */
-template< class W, class T, class M, T *( *create )() >
-struct SlotWalk : Walk
-{
-    using Walk::Walk;
-    using Slot = typename Slots< T, M >::Slot;
-
-    Slots< T, M > slots{ create };
-
-    Slot &any()
-    {
-        return slots.any( in );
-    }
-
-    void share()
-    {
-        slots.share( in );
-    }
-
+    /** Each variable is as its model, and each object has the references that the variables hold and no other. */
     void check()
     {
-        for( Slot &slot : slots.slots )
-            static_cast< W * >( this )->compare( slot );
-
-        slots.checkCounts();
+        for( Slot &slot : slots )
+        {
+            T   *object  = slot.ref.get();
+            auto holders = std::count_if(
+                std::begin( slots ), std::end( slots ),
+                [=]( const Slot &other ) { return other.ref.get() == object; } );
+            require( references( object ) == holders + ( object == empty.get() ? emptyCount : 0 ) );
+            W::compare( slot );
+        }
     }
 };
 
@@ -571,7 +472,9 @@ struct Operation
     void ( W::*run )();
 };
 
-inline void start()
+/** Runs `body`, after which there are as many live objects as before. */
+template< class Body >
+int run( Body body )
 {
     static bool started = false;
 
@@ -580,14 +483,7 @@ inline void start()
             QV_RUNTIME_FLAG_OBJECT_DATABASE | QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS, nullptr, nullptr, nullptr,
             nullptr );
 
-    started = true;
-}
-
-/** Runs `body`, after which there are as many live objects as before. */
-template< class Body >
-int run( Body body )
-{
-    start();
+    started       = true;
     QV_INT before = liveObjects();
     body();
 
@@ -602,29 +498,31 @@ int run( Body body )
 
 /** Runs the operations of an input. */
 template< class W, size_t N >
-void walk( const Operation< W > ( &operations )[N], const uint8_t *data, size_t size )
+void walk( const Operation< W > ( &operations )[N] )
 {
-    W   walk( data, size );
+    W   walk;
     int weights = 0;
 
     for( const Operation< W > &operation : operations )
         weights += operation.weight;
 
-    for( int step = 0; walk.in.more() && step < 400; step++ )
+    for( int step = 0; in.more() && step < 400; step++ )
     {
         if( qvFuzzStep )
-            qvFuzzStep( walk.in.offset() );
+            qvFuzzStep( in.offset() );
 
         const Operation< W > *operation = operations;
 
-        for( int drawn = walk.in.byte() % weights; drawn >= operation->weight; operation++ )
+        for( int drawn = in.byte() % weights; drawn >= operation->weight; operation++ )
             drawn -= operation->weight;
 
         if( tracing )
             fprintf( stderr, "\n%3d. %s", step + 1, operation->name );
 
         ( walk.*operation->run )();
-        walk.check();
+
+        if constexpr( requires { walk.check(); } )
+            walk.check();
     }
 }
 } // namespace qv::fuzz
@@ -641,7 +539,8 @@ void walk( const Operation< W > ( &operations )[N], const uint8_t *data, size_t 
     {                                                                                                                  \
         using Current                                      = W;                                                        \
         static const qv::fuzz::Operation< W > OPERATIONS[] = { operations };                                           \
-        return qv::fuzz::run( [&] { qv::fuzz::walk( OPERATIONS, data, size ); } );                                     \
+        qv::fuzz::in                                       = { data, size };                                           \
+        return qv::fuzz::run( [] { qv::fuzz::walk( OPERATIONS ); } );                                                  \
     }
 #define OP( name, weight ) { #name, weight, &Current::name },
 

@@ -3,15 +3,9 @@
 
 #include "qv_fuzz_walk.h"
 
-#include "qv/io/qv_char_source.h"
 #include "qv/io/qv_char_source_private.h"
-#include "qv/io/qv_line_source.h"
-#include "qv/io/qv_nlf.h"
-#include "qv/io/qv_nlf_line_source.h"
-#include "qv/io/qv_string_char_source.h"
 
 using namespace qv::fuzz;
-using qv::Ref;
 
 namespace
 {
@@ -24,34 +18,24 @@ QV_BOOL readString( QV_OBJ *closure, QV_STRING **qvs, QV_INT maxCharCount, QV_IN
     return QV_TRUE;
 }
 
-bool isTerminator( QV_CHAR ch, QV_INT flags )
-{
-    return ( ch == U'\n' && ( flags & QV_NLF_FLAG_LF ) ) || ( ch == U'\r' && ( flags & QV_NLF_FLAG_CR ) )
-           || ( ch == U'\x85' && ( flags & QV_NLF_FLAG_NEL ) ) || ( ch == U'\v' && ( flags & QV_NLF_FLAG_VT ) )
-           || ( ch == U'\f' && ( flags & QV_NLF_FLAG_FF ) ) || ( ch == U'\u2028' && ( flags & QV_NLF_FLAG_LS ) )
-           || ( ch == U'\u2029' && ( flags & QV_NLF_FLAG_PS ) );
-}
-
 // The text with one character that occurs nowhere else for each terminator.
 Text marked( const Text &text, QV_INT flags )
 {
-    Text result;
+    static const std::map< QV_CHAR, QV_INT > FLAGS = { { U'\n', QV_NLF_FLAG_LF },    { U'\r', QV_NLF_FLAG_CR },
+                                                       { U'\x85', QV_NLF_FLAG_NEL }, { U'\v', QV_NLF_FLAG_VT },
+                                                       { U'\f', QV_NLF_FLAG_FF },    { U'\u2028', QV_NLF_FLAG_LS },
+                                                       { U'\u2029', QV_NLF_FLAG_PS } };
+    Text                                     result;
 
     for( size_t i = 0; i < text.size(); i++ )
     {
-        if( ( flags & QV_NLF_FLAG_CRLF ) && text.compare( i, 2, U"\r\n" ) == 0 )
-        {
-            result += U'#';
-            i++;
-        }
-        else
-            result += isTerminator( text[i], flags ) ? U'#' : text[i];
+        bool pair = flags & QV_NLF_FLAG_CRLF && text.compare( i, 2, U"\r\n" ) == 0;
+        auto at   = FLAGS.find( text[i] );
+        result += pair || ( at != FLAGS.end() && flags & at->second ) ? U'#' : text[i];
+        i += pair;
     }
 
-    if( !result.empty() && result.back() != U'#' )
-        result += U'#';
-
-    return result;
+    return result.empty() || result.back() == U'#' ? result : result + U'#';
 }
 
 Text readAll( QV_CHAR_SOURCE *charSource, QV_INT flags )
@@ -61,22 +45,17 @@ Text readAll( QV_CHAR_SOURCE *charSource, QV_INT flags )
     Text                      result;
     QV_INT                    count = 0;
 
-    while( QV_STRING *line = qvLineSourceRead( source ) )
-    {
+    for( ; QV_STRING *line = qvLineSourceRead( source ); count++ )
         result += takeText( line ) + U'#';
-        count++;
-    }
 
     require( qvLineSourceEnd( source ) && !qvLineSourceError( source ) && qvLineSourceLinesRead( source ) == count );
 
     return result;
 }
+
 void readLines( const uint8_t *data, size_t size )
 {
-    if( size == 0 )
-        return;
-
-    QV_INT flags = data[0];
+    QV_INT flags = size ? data[0] : 0;
     Text   text;
 
     // A byte from 0x80 on stands for a run, so that short inputs get across the refills of the source.
@@ -90,9 +69,8 @@ void readLines( const uint8_t *data, size_t size )
     Ref< QV_CHAR_SOURCE >        inner( qvStringCharSourceCharSource( strings ) );
     Ref< QV_CHAR_SOURCE >        ofStrings( qv___CharSourceCreate( readString, qv::obj( inner.get() ) ) );
 
-    Text expected = marked( text, flags );
-    require( readAll( ofArrays, flags ) == expected );
-    require( readAll( ofStrings, flags ) == expected );
+    require( readAll( ofArrays, flags ) == marked( text, flags ) );
+    require( readAll( ofStrings, flags ) == marked( text, flags ) );
 }
 } // namespace
 

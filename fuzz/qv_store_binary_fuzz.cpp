@@ -2,11 +2,7 @@
 
 #include "qv_fuzz_walk.h"
 
-#include "qv/base/qv_decoder.h"
-#include "qv/base/qv_store.h"
-
 using namespace qv::fuzz;
-using qv::Ref;
 
 namespace
 {

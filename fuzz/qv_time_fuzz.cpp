@@ -4,10 +4,7 @@
 
 #include "qv_fuzz_walk.h"
 
-#include "qv/base/qv_time.h"
-
 using namespace qv::fuzz;
-using qv::Ref;
 
 namespace
 {

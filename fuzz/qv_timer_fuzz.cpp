@@ -3,10 +3,6 @@
 
 #include "qv_fuzz_walk.h"
 
-#include "qv/base/qv_time.h"
-#include "qv/base/qv_timer.h"
-#include "qv/base/qv_timestamp.h"
-
 #include "../tests/qv_test_clock.h"
 
 #include <array>
@@ -16,17 +12,16 @@
 
 using namespace qv::fuzz;
 using qv::test::wallClock;
-using qv::Ref;
 
 namespace
 {
-const QV_INT MINUTE = 60000;
+const QV_INT MINUTE = 60000, TIMERS = 6;
 
 enum Kind
 {
     NONE,
-    RELATIVE,
-    ABSOLUTE,
+    BY_STAMP,
+    BY_TIME,
     REPLACED // by another timer at an equal Time: it counts as scheduled, and does not fire
 };
 
@@ -38,12 +33,10 @@ struct Plan
     bool operator==( const Plan & ) const = default;
 };
 
-using Log = std::vector< std::pair< QV_INT, QV_INT > >; // what fired: in which minute it was due, and its index
-
 struct Plans
 {
-    std::array< Plan, 6 > all;
-    Log                   byTimestamp, byTime;
+    std::array< Plan, TIMERS >                                         all;
+    std::array< std::vector< std::pair< QV_INT, QV_INT > >, REPLACED > fired; // when each was due, and its index
 
     bool operator==( const Plans & ) const = default;
 
@@ -51,7 +44,7 @@ struct Plans
     void replaceBy( const Plan &by )
     {
         for( Plan &plan : all )
-            if( &plan != &by && plan.kind == ABSOLUTE && by.kind == ABSOLUTE && plan.due == by.due )
+            if( &plan != &by && plan.kind == BY_TIME && by.kind == BY_TIME && plan.due == by.due )
                 plan.kind = REPLACED;
     }
 
@@ -59,31 +52,25 @@ struct Plans
     bool fire( QV_INT idx )
     {
         Plan &plan = at( all, idx );
-        ( plan.kind == ABSOLUTE ? byTime : byTimestamp ).emplace_back( plan.due, idx );
-
-        if( plan.repeats == 0 )
-        {
-            plan.kind = NONE;
-            return false;
-        }
-
-        plan.repeats--, plan.due += plan.period;
+        fired[plan.kind].emplace_back( plan.due, idx );
+        plan.kind = plan.repeats > 0 ? plan.kind : NONE;
+        plan.due += plan.period;
         replaceBy( plan );
 
-        return true;
+        return plan.repeats-- > 0;
     }
 };
 
 std::mutex                mutex; // guards the next three, which the timer thread uses when it fires
 Plans                     plans;
-Ref< QV_TIMER >           timers[std::tuple_size_v< decltype( Plans::all ) >];
+Ref< QV_TIMER >           timers[TIMERS];
 QV_INT                    timestampBase, wallBase; // of minute 0
 std::counting_semaphore<> through( 0 );
 QV_INT                    ahead = 0; // how far the walks have moved the clock on
 
 void scheduleAt( QV_TIMER *timer, const Plan &plan )
 {
-    if( plan.kind == RELATIVE )
+    if( plan.kind == BY_STAMP )
         return qvTimerScheduleAt( timer, timestampBase + plan.due * MINUTE );
 
     qvTimerScheduleAtTime( timer, Ref< QV_TIME >( qvTimeTryCreateFromTimeT( wallBase + plan.due * MINUTE / 1000 ) ) );
@@ -98,29 +85,24 @@ void onTimer( QV_OBJ *arg )
         scheduleAt( timers[idx], at( plans.all, idx ) );
 }
 
-void onNothing( QV_OBJ * )
-{
-}
-
 void onEnd( QV_OBJ * )
 {
     through.release();
 }
 
-struct TimerWalk : Walk
+struct TimerWalk
 {
     QV_INT now = 0; // in minutes, of which half a one more is over
     Plans  model;
 
-    TimerWalk( const uint8_t *data, size_t size ) : Walk( data, size )
+    TimerWalk()
     {
         wallClock.step = ahead + MINUTE;
         timestampBase  = qvTimestamp() - MINUTE / 2;
         wallBase       = ( wallClock.now() - MINUTE / 2 ) / 1000;
-        plans          = model;
 
-        for( QV_INT idx = 0; idx < lengthOf( model.all ); idx++ )
-            timers[idx].reset( qvTimerCreate( onTimer, boxedInt( idx ) ) );
+        for( QV_INT idx = 0; idx < TIMERS; idx++ )
+            renew( idx );
     }
 
     ~TimerWalk()
@@ -132,24 +114,28 @@ struct TimerWalk : Walk
         ahead = wallClock.step.exchange( 0 );
     }
 
-    void renew()
+    void renew( QV_INT idx )
     {
         std::lock_guard lock( mutex );
-        QV_INT          idx = in.index( model.all );
         timers[idx].reset( qvTimerCreate( onTimer, boxedInt( idx ) ) );
         at( model.all, idx ) = {};
         plans                = model;
+    }
+
+    void renewAny()
+    {
+        renew( in.below( TIMERS ) );
     }
 
     // With a delay, at a timestamp or at a Time, a while off or passed already.
     void schedule()
     {
         std::lock_guard lock( mutex );
-        QV_INT          idx = in.index( model.all ), how = in.below( 3 );
+        QV_INT          idx = in.below( TIMERS ), how = in.below( 3 );
         Plan           &plan = at( model.all, idx );
 
-        plan.kind    = how < 2 ? RELATIVE : ABSOLUTE;
         plan.due     = std::max< QV_INT >( now + in.below( 24 ) - 3, 0 );
+        plan.kind    = how < 2 ? BY_STAMP : BY_TIME;
         plan.period  = 1 + in.below( 5 );
         plan.repeats = in.flag() ? in.below( 8 ) : 0;
         model.replaceBy( plan );
@@ -164,7 +150,7 @@ struct TimerWalk : Walk
     void unschedule()
     {
         std::lock_guard lock( mutex );
-        QV_INT          idx = in.index( model.all );
+        QV_INT          idx = in.below( TIMERS );
         qvTimerUnschedule( timers[idx] );
         at( model.all, idx ).kind = NONE;
         plans                     = model;
@@ -181,33 +167,32 @@ struct TimerWalk : Walk
     void check()
     {
         // The first one wakes the thread, the others tell that it is through.
-        Ref< QV_TIMER > first( qvTimerCreate( onNothing, nullptr ) ), last( qvTimerCreate( onEnd, nullptr ) ),
-            lastByTime( qvTimerCreate( onEnd, nullptr ) );
+        Ref< QV_TIMER > first( qvTimerCreate( []( QV_OBJ * ) {}, nullptr ) );
+        Ref< QV_TIMER > last( qvTimerCreate( onEnd, nullptr ) ), lastByTime( qvTimerCreate( onEnd, nullptr ) );
         qvTimerScheduleAtTime( lastByTime, Ref< QV_TIME >( qvTimeNow() ) );
         qvTimerSchedule( last, 0 );
         qvTimerScheduleAt( first, 0 );
 
-        for( int timers = 2; timers > 0; timers-- )
+        for( int ends = 2; ends > 0; ends-- )
             require( through.try_acquire_for( std::chrono::seconds( 30 ) ) );
 
         for( QV_INT minute = 0; minute <= now; minute++ )
-            for( Plan &plan : model.all )
-                if( ( plan.kind == RELATIVE || plan.kind == ABSOLUTE ) && plan.due == minute )
-                    model.fire( &plan - model.all.data() );
+            for( QV_INT idx = 0; idx < TIMERS; idx++ )
+                if( Plan &plan = at( model.all, idx ); plan.kind % REPLACED != NONE && plan.due == minute )
+                    model.fire( idx );
 
-        // Timers of one minute are scheduled at nearly one time, or at one.
         std::lock_guard lock( mutex );
+        auto           &stamped = plans.fired[BY_STAMP];
         auto            earlier = []( auto &a, auto &b ) { return a.first < b.first; };
-        require( std::is_sorted( plans.byTimestamp.begin(), plans.byTimestamp.end(), earlier ) );
-        std::sort( plans.byTimestamp.begin(), plans.byTimestamp.end() );
+        require( std::is_sorted( stamped.begin(), stamped.end(), earlier ) );
+        std::sort( stamped.begin(), stamped.end() ); // those of one minute come in an order of their own
         require( plans == model );
-        model.byTimestamp.clear(), model.byTime.clear();
-        plans = model;
+        plans.fired = model.fired = {};
 
-        for( QV_INT idx = 0; idx < lengthOf( model.all ); idx++ )
+        for( QV_INT idx = 0; idx < TIMERS; idx++ )
             require( qvTimerScheduled( timers[idx] ) == ( at( model.all, idx ).kind != NONE ) );
     }
 };
 } // namespace
 
-QV_FUZZ_WALK( TimerWalk, OP( renew, 1 ) OP( schedule, 4 ) OP( unschedule, 1 ) OP( advance, 3 ) )
+QV_FUZZ_WALK( TimerWalk, OP( renewAny, 1 ) OP( schedule, 4 ) OP( unschedule, 1 ) OP( advance, 3 ) )
