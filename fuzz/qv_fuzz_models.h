@@ -100,29 +100,27 @@ struct NumberReader
             at++;
     }
 
-    bool sign( bool plusToo, bool &negative )
+    int sign( bool plusToo )
     {
-        if( end() || ( text[at] != U'-' && !( plusToo && text[at] == U'+' ) ) )
-            return false;
+        int found = end() ? 0 : text[at] == U'-' ? -1 : plusToo && text[at] == U'+';
 
-        negative = text[at++] == U'-';
-        space();
+        if( found )
+            at++, space();
 
-        return true;
+        return found;
     }
 
-    // A sign, a prefix, and a sign after it where there was none before: the base.
-    QV_INT head( QV_INT base, bool plusToo, bool &negative )
+    // A sign; and if the base is to be read, a prefix and a sign after it where there was none before. True if negative.
+    bool head( QV_INT &base, bool plusToo )
     {
         static const char *const MNEMONICS[] = { "0b", "0B", "0o", "0O", "0d", "0D", "0x", "0X" };
         static const QV_INT      BASES[]     = { 2, 8, 10, 16 };
 
-        negative = false;
         space();
-        bool signedAlready = sign( plusToo, negative );
+        int found = sign( plusToo );
 
         if( base != -1 )
-            return base;
+            return found < 0;
 
         base = 10;
 
@@ -140,10 +138,7 @@ struct NumberReader
 
         space();
 
-        if( !signedAlready )
-            sign( true, negative );
-
-        return base;
+        return ( found ? found : sign( true ) ) < 0;
     }
 
     QV_INT digit( QV_INT base ) const
@@ -153,24 +148,16 @@ struct NumberReader
 
     bool integer( QV_INT base, QV_INT &value )
     {
-        bool     negative;
-        __int128 number = 0;
+        bool   negative = head( base, true );
+        size_t from     = at;
+        QV_INT longer, d;
+        value = 0;
 
-        base        = head( base, true, negative );
-        size_t from = at;
-
-        for( QV_INT d; ( d = digit( base ) ) >= 0; at++ )
-        {
-            __int128 longer = number * base + ( negative ? -d : d );
-
-            if( longer > QV_INT_MAX || longer < QV_INT_MIN )
-                break;
-
-            number = longer;
-        }
+        while( ( d = digit( base ) ) >= 0 && !__builtin_mul_overflow( value, base, &longer )
+               && !__builtin_add_overflow( longer, negative ? -d : d, &longer ) )
+            value = longer, at++;
 
         bool any = at > from;
-        value    = static_cast< QV_INT >( number );
 
         if( any )
             space();
@@ -180,8 +167,7 @@ struct NumberReader
 
     bool real( QV_INT base, double &value )
     {
-        bool negative, separated = false;
-        base         = head( base, false, negative );
+        bool   negative = head( base, false ), separated = false;
         double radix = static_cast< double >( base ), unit = 1 / radix, one = negative ? -1.0 : 1.0;
         size_t from = at;
         value       = 0.0;
@@ -200,10 +186,12 @@ struct NumberReader
                 value = std::fma( value, radix, one * d );
         }
 
-        if( at > from )
+        bool any = at > from;
+
+        if( any )
             space();
 
-        return at > from;
+        return any;
     }
 };
 } // namespace qv::fuzz

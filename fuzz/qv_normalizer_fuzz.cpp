@@ -13,21 +13,13 @@ const QV_INT CANONICAL = 1; // the type of a mapping
 
 void decompose( char32_t ch, bool compatible, Text &out )
 {
-    if( ch >= 0xAC00 && ch <= 0xD7A3 )
-    {
-        out += 0x1100 + ( ch - 0xAC00 ) / 588;
-        out += 0x1161 + ( ch - 0xAC00 ) % 588 / 28;
-
-        if( ( ch - 0xAC00 ) % 28 )
-            out += 0x11A7 + ( ch - 0xAC00 ) % 28;
-
-        return;
-    }
-
-    QV_INT         length, type;
+    QV_INT         length, type, syllable = static_cast< QV_INT >( ch ) - 0xAC00;
     const QV_CHAR *mapping = qv___UnicodeCdmDbLookup( ch, &length, &type );
 
-    if( !mapping || ( type != CANONICAL && !compatible ) )
+    if( syllable >= 0 && syllable < 11172 )
+        for( QV_INT part : { 0x1100 + syllable / 588, 0x1161 + syllable % 588 / 28, 0x11A7 + syllable % 28 } )
+            out += part == 0x11A7 ? Text() : Text( 1, static_cast< char32_t >( part ) );
+    else if( !mapping || ( type != CANONICAL && !compatible ) )
         out += ch;
     else
         for( QV_INT i = 0; i < length; i++ )
@@ -36,14 +28,10 @@ void decompose( char32_t ch, bool compatible, Text &out )
 
 bool compose( char32_t a, char32_t b, char32_t &result )
 {
-    if( a >= 0x1100 && a <= 0x1112 && b >= 0x1161 && b <= 0x1175 )
-        result = 0xAC00 + ( ( a - 0x1100 ) * 21 + b - 0x1161 ) * 28;
-    else if( a >= 0xAC00 && a <= 0xD7A3 && ( a - 0xAC00 ) % 28 == 0 && b > 0x11A7 && b <= 0x11C2 )
-        result = a + b - 0x11A7;
-    else
-        return qv___UnicodeCompDbLookup( a, b, &result );
-
-    return true;
+    bool lv  = a - 0x1100 < 19 && b - 0x1161 < 21,
+         lvt = a - 0xAC00 < 11172 && ( a - 0xAC00 ) % 28 == 0 && b - 0x11A8 < 27;
+    result   = lv ? 0xAC00 + ( ( a - 0x1100 ) * 21 + b - 0x1161 ) * 28 : a + b - 0x11A7;
+    return lv || lvt || qv___UnicodeCompDbLookup( a, b, &result );
 }
 
 Text normalized( const Text &text, QV_INT form )
