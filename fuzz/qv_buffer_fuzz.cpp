@@ -199,5 +199,5 @@ struct BufferWalk : Slots< BufferWalk, QV_BUFFER, Bits, qvBufferCreate >
 } // namespace
 
 QV_FUZZ_WALK(
-    BufferWalk, OP( share, 1 ) OP( create, 1 ) OP( copy, 3 ) OP( put, 3 ) OP( align, 1 ) OP( erase, 2 ) OP( many, 1 )
-                    OP( look, 1 ) )
+    BufferWalk, OP( share ) OP( create ) OP( copy ) OP( copy ) OP( copy ) OP( put ) OP( put ) OP( put ) OP( align )
+                    OP( erase ) OP( erase ) OP( many ) OP( look ) )

@@ -234,4 +234,4 @@ struct CodecWalk
 };
 } // namespace
 
-QV_FUZZ_WALK( CodecWalk, OP( decode, 2 ) OP( encode, 1 ) )
+QV_FUZZ_WALK( CodecWalk, OP( decode ) OP( decode ) OP( encode ) )

@@ -273,4 +273,4 @@ struct EncoderWalk
 };
 } // namespace
 
-QV_FUZZ_WALK( EncoderWalk, OP( value, 2 ) OP( write, 1 ) OP( hold, 1 ) OP( clear, 1 ) OP( decode, 2 ) )
+QV_FUZZ_WALK( EncoderWalk, OP( value ) OP( value ) OP( write ) OP( hold ) OP( clear ) OP( decode ) OP( decode ) )

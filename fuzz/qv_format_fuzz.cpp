@@ -315,4 +315,4 @@ struct FormatWalk
 };
 } // namespace
 
-QV_FUZZ_WALK( FormatWalk, OP( integers, 1 ) OP( reals, 1 ) OP( texts, 1 ) OP( others, 1 ) OP( read, 1 ) )
+QV_FUZZ_WALK( FormatWalk, OP( integers ) OP( reals ) OP( texts ) OP( others ) OP( read ) )

@@ -8,7 +8,7 @@
             static void compare( Slot &slot ) { require( ... ); }       // each variable, after each operation
         };
 
-        QV_FUZZ_WALK( VectorWalk, OP( share, 1 ) OP( add, 2 ) ... )     // with their weights
+        QV_FUZZ_WALK( VectorWalk, OP( share ) OP( add ) OP( add ) ... )  // what is often done is there more often
 
     A target that is no walk but reads any bytes says QV_FUZZ_READER( function ).
 
@@ -141,26 +141,13 @@ struct Span
 /* Input ------------------------------------------------------------------------------------------------------------ */
 
 /** The bytes of an input, taken one after the other. At their end there are zeros. */
-class Input
+struct Input
 {
-public:
-    Input( const uint8_t *data, size_t size ) : start_( data ), at_( data ), end_( data + size )
-    {
-    }
-
-    bool more() const
-    {
-        return at_ < end_;
-    }
-
-    size_t offset() const
-    {
-        return static_cast< size_t >( at_ - start_ );
-    }
+    const uint8_t *start, *at, *end;
 
     uint8_t byte()
     {
-        return at_ < end_ ? *at_++ : 0;
+        return at < end ? *at++ : 0;
     }
 
     /** 0 to `count` - 1. */
@@ -209,9 +196,8 @@ public:
     /** A length, often near a number of places that blocks are made of. */
     QV_INT length( QV_INT most = 5000 )
     {
-        static const QV_INT LENGTHS[] = { 1,   2,   3,    4,    5,    6,    8,    12,   16,  31,  32,
-                                          33,  40,  63,   64,   65,   80,   100,  128,  160, 200, 240,
-                                          320, 500, 1000, 1023, 1024, 2048, 4096, 5000, 0,   0 };
+        static const QV_INT LENGTHS[] = { 1,  2,   3,   4,   5,   8,   16,  31,   32,   33,   40,   63, 64,
+                                          65, 100, 128, 160, 200, 320, 500, 1000, 1024, 4096, 5000, 0,  0 };
         return shown( std::min( oneOf( LENGTHS ), most ) );
     }
 
@@ -279,18 +265,16 @@ public:
     Span span( QV_INT length, QV_INT form, QV_INT unit = 1 )
     {
         QV_INT offset = upTo( length / unit ) * unit, count = upTo( ( length - offset ) / unit ) * unit;
-        bool   inside = form == INNER || form == OUTER, atEnd = form == LEADING || form == TRAILING;
-        return {
-            form, offset, count,
-            inside             ? offset
-            : form == TRAILING ? length - offset
-                               : 0,
-            inside  ? count
-            : atEnd ? offset
-                    : length };
+
+        if( form == INNER || form == OUTER )
+            return { form, offset, count, offset, count };
+
+        if( form == LEADING || form == TRAILING )
+            return { form, offset, count, form == LEADING ? 0 : length - offset, offset };
+
+        return { form, offset, count, 0, length };
     }
 
-private:
     static QV_INT shown( QV_INT value )
     {
         if( tracing )
@@ -298,12 +282,10 @@ private:
 
         return value;
     }
-
-    const uint8_t *start_, *at_, *end_;
 };
 
 /** What the target has been given. */
-inline Input in( nullptr, 0 );
+inline Input in{};
 
 /* Objects ---------------------------------------------------------------------------------------------------------- */
 
@@ -335,11 +317,10 @@ inline std::string ascii( const Text &text )
 /** The texts of a Vector of Strings. */
 inline std::vector< Text > textsOf( QV_VECTOR *vec )
 {
-    std::vector< Text > result;
-
-    for( QV_INT i = 0; i < qvVectorLength( vec ); i++ )
-        result.push_back( charsOf( qvStringFrom( qvVectorBacking( vec )[i] ) ) );
-
+    std::vector< Text > result( static_cast< size_t >( qvVectorLength( vec ) ) );
+    std::transform(
+        qvVectorBacking( vec ), qvVectorBacking( vec ) + result.size(), result.begin(),
+        []( QV_OBJ *obj ) { return charsOf( qvStringFrom( obj ) ); } );
     return result;
 }
 
@@ -395,8 +376,9 @@ inline QV_INT liveObjects()
 
 /* Walks ------------------------------------------------------------------------------------------------------------ */
 
-/** A few variables of a walk `W` with a model each, which its compare() compares. Two of them may hold the same object: each change of one is then seen by
-    check() if it shows in another. So destination and source may be the same variable, or two with one object. */
+/** A few variables of a walk `W` with a model each, which its compare() compares. Two of them may hold the same object:
+    each change of one is then seen by check() if it shows in another. So destination and source may be the same
+    variable, or two with one object. */
 template< class W, class T, class M, T *( *create )(), QV_INT MOST = 8000 >
 struct Slots
 {
@@ -468,7 +450,6 @@ template< class W >
 struct Operation
 {
     const char *name;
-    int         weight;
     void ( W::*run )();
 };
 
@@ -500,21 +481,14 @@ int run( Body body )
 template< class W, size_t N >
 void walk( const Operation< W > ( &operations )[N] )
 {
-    W   walk;
-    int weights = 0;
+    W walk;
 
-    for( const Operation< W > &operation : operations )
-        weights += operation.weight;
-
-    for( int step = 0; in.more() && step < 400; step++ )
+    for( int step = 0; in.at < in.end && step < 400; step++ )
     {
         if( qvFuzzStep )
-            qvFuzzStep( in.offset() );
+            qvFuzzStep( static_cast< size_t >( in.at - in.start ) );
 
-        const Operation< W > *operation = operations;
-
-        for( int drawn = in.byte() % weights; drawn >= operation->weight; operation++ )
-            drawn -= operation->weight;
+        const Operation< W > *operation = operations + in.byte() % N;
 
         if( tracing )
             fprintf( stderr, "\n%3d. %s", step + 1, operation->name );
@@ -533,15 +507,15 @@ void walk( const Operation< W > ( &operations )[N] )
         return qv::fuzz::run( [&] { reader( data, size ); } );                                                         \
     }
 
-/** A walk of operations, each of them as OP( name, weight ). */
+/** A walk of operations, each of them as OP( name ). */
 #define QV_FUZZ_WALK( W, operations )                                                                                  \
     extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )                                          \
     {                                                                                                                  \
         using Current                                      = W;                                                        \
         static const qv::fuzz::Operation< W > OPERATIONS[] = { operations };                                           \
-        qv::fuzz::in                                       = { data, size };                                           \
+        qv::fuzz::in                                       = { data, data, data + size };                              \
         return qv::fuzz::run( [] { qv::fuzz::walk( OPERATIONS ); } );                                                  \
     }
-#define OP( name, weight ) { #name, weight, &Current::name },
+#define OP( name ) { #name, &Current::name },
 
 #endif

@@ -309,4 +309,5 @@ struct OptWalk : Slots< OptWalk, QV_OPT_DEF, Definition, qvOptDefCreate >
 };
 } // namespace
 
-QV_FUZZ_WALK( OptWalk, OP( share, 1 ) OP( copy, 1 ) OP( defineAll, 1 ) OP( define, 3 ) OP( parse, 2 ) )
+QV_FUZZ_WALK(
+    OptWalk, OP( share ) OP( copy ) OP( defineAll ) OP( define ) OP( define ) OP( define ) OP( parse ) OP( parse ) )

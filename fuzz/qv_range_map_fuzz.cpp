@@ -199,5 +199,5 @@ struct RangeMapWalk : Slots< RangeMapWalk, QV_RANGE_MAP, Model, qvRangeMapCreate
 } // namespace
 
 QV_FUZZ_WALK(
-    RangeMapWalk, OP( share, 1 ) OP( create, 1 ) OP( set, 3 ) OP( run, 1 ) OP( erase, 1 ) OP( collapse, 1 )
-                      OP( self, 1 ) OP( look, 1 ) )
+    RangeMapWalk,
+    OP( share ) OP( create ) OP( set ) OP( set ) OP( set ) OP( run ) OP( erase ) OP( collapse ) OP( self ) OP( look ) )

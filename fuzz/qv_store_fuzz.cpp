@@ -373,5 +373,5 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
 } // namespace
 
 QV_FUZZ_WALK(
-    StoreWalk, OP( share, 1 ) OP( create, 1 ) OP( setValue, 2 ) OP( erase, 1 ) OP( setStore, 2 ) OP( below, 1 )
-                   OP( persist, 1 ) OP( parse, 1 ) )
+    StoreWalk, OP( share ) OP( create ) OP( setValue ) OP( setValue ) OP( erase ) OP( setStore ) OP( setStore )
+                   OP( below ) OP( persist ) OP( parse ) )

@@ -1,19 +1,14 @@
-// Streams in chains: lines to characters to bytes, through a charset, beside the bytes that have to come out; some sinks
-// fail at a limit. And sources of bytes and characters that share what they read from.
+// Streams in chains: lines to characters to bytes, through a charset, beside the bytes that have to come out. And sources
+// of bytes and characters that share what they read from.
 
 #include "qv_fuzz_models.h"
 
 #include "../tests/qv_test_utf8.h"
 
-#include "qv/io/qv_byte_sink_private.h"
-#include "qv/io/qv_byte_source_private.h"
-
 using namespace qv::fuzz;
 
 namespace
 {
-/* What has to come out --------------------------------------------------------------------------------------------- */
-
 std::string unit( uint32_t value, int count, bool little )
 {
     std::string bytes;
@@ -56,44 +51,6 @@ Text terminator( QV_INT flags )
     static const char32_t *const FORMS[] = { U"\n", U"\r", U"\r\n", U"\x85", U"\v", U"\f", U"\u2028", U"\u2029" };
     return flags ? FORMS[__builtin_ctzll( static_cast< uint64_t >( flags ) )] : U"";
 }
-
-/* Sinks that fail and sources that do ------------------------------------------------------------------------------ */
-
-QV_INT limit;  // how many bytes the sink takes, or the source delivers, before it fails
-QV_INT passed; // how many it has
-bool   failed; // after that it must not be called again
-
-void limitTo( QV_INT count )
-{
-    limit = count, passed = 0, failed = false;
-}
-
-QV_BOOL writeLimited( QV_OBJ *, QV_BUFFER *, QV_INT, QV_INT count )
-{
-    require( !failed && count > 0 );
-    failed = passed + count > limit;
-    passed += count;
-
-    return !failed;
-}
-
-QV_BOOL flushLimited( QV_OBJ * )
-{
-    return !failed;
-}
-
-QV_BOOL readLimited( QV_OBJ *, QV_BUFFER **buf, QV_INT most, QV_INT *count )
-{
-    require( !failed );
-    *count = std::min( most, limit - passed );
-    failed = *count < most;
-    passed += *count;
-    qvBufferAppendZero( buf, *count );
-
-    return !failed;
-}
-
-/* The walk --------------------------------------------------------------------------------------------------------- */
 
 struct StreamWalk
 {
@@ -163,106 +120,48 @@ struct StreamWalk
         expected += span.of( text );
     }
 
-    // A chain of its own whose bottom fails: every call after the first failure fails and goes no further.
-    void fail()
-    {
-        limitTo( in.length() );
-        Ref< QV_BYTE_SINK > lowest( qv___ByteSinkCreate( writeLimited, flushLimited, nullptr ) );
-        Ref< QV_CHAR_SINK > upper( qvCharsetCreateCharSink( lowest, charset, flags ) );
-        bool                wrong = false;
-
-        for( QV_INT i = in.below( 8 ); i > 0; i-- )
-        {
-            Text text = in.text( 3000 );
-            bool ok   = in.below( 4 ) ? qvCharSinkWrite( upper, stringOf( text ) ) : qvCharSinkFlush( upper );
-            require( !wrong || !ok || text.empty() );
-            wrong = wrong || !ok;
-            require( !failed || qvByteSinkError( lowest ) );
-            require( wrong == ( qvCharSinkError( upper ) != QV_FALSE ) );
-        }
-    }
-
-    // Two sources take turns at one Buffer or String. A source has met its end when it could not deliver all; then it
-    // delivers nothing.
-    template< class Source, class Content, class Read >
-    void take( Source *( &sources )[2], const Content &content, QV_BOOL ( *ended )( Source * ), Read read )
+    // Two sources take turns at one content, until each has met its end: it could not deliver all. Then it delivers
+    // nothing.
+    template< class Source, class T, class C >
+    void take(
+        Ref< Source > from[2], const C &content, Ref< T > ( *make )( const C & ), C ( *contents )( T * ),
+        QV_INT ( *reads )( Source *, T **, QV_INT ), QV_BOOL ( *ended )( Source * ) )
     {
         bool   end[2] = {};
         QV_INT at = 0, length = lengthOf( content );
 
         for( QV_INT rounds = in.below( 16 ); rounds > 0; rounds-- )
         {
-            QV_INT  which = in.below( 2 ), most = in.flag() ? in.length() : in.upTo( length + 1 ) - 1;
-            QV_INT  takes = end[which] ? 0 : std::min( most < 0 ? QV_INT_MAX : most, length - at );
-            Content into  = repeated< Content >( std::max< QV_INT >( most, 0 ), ' ' );
-            require( read( sources[which], into, most ) == takes );
-            require( part( into, 0, takes ) == part( content, at, takes ) );
+            QV_INT   which = in.below( 2 ), most = in.flag() ? in.length() : in.upTo( length + 1 ) - 1;
+            QV_INT   takes = end[which] ? 0 : std::min( most < 0 ? QV_INT_MAX : most, length - at );
+            Ref< T > dest  = make( C( 1, 'x' ) );
+            require( reads( from[which], dest.at(), most ) == takes );
+            require( contents( dest ) == C( 1, 'x' ) + part( content, at, takes ) );
             end[which] = end[which] || most > takes || most < 0;
-            require( ( ended( sources[which] ) != 0 ) == end[which] );
+            require( ( ended( from[which] ) != 0 ) == end[which] );
             at += takes;
         }
     }
 
     void read()
     {
+        std::string                  data = in.bytes( 3000 );
         Text                         text = in.text( 3000 );
-        std::string                  data = ascii( text );
         Ref< QV_BUFFER_BYTE_SOURCE > bbs( qvBufferByteSourceCreate( bufferOf( data ) ) );
         Ref< QV_STRING_CHAR_SOURCE > scs( qvStringCharSourceCreate( stringOf( text ) ) );
-        Ref< QV_BYTE_SOURCE > b0( qvBufferByteSourceByteSource( bbs ) ), b1( qvBufferByteSourceByteSource( bbs ) );
-        Ref< QV_CHAR_SOURCE > c0( qvStringCharSourceCharSource( scs ) ), c1( qvStringCharSourceCharSource( scs ) );
-        QV_BYTE_SOURCE       *byteSources[] = { b0, b1 };
-        QV_CHAR_SOURCE       *charSources[] = { c0, c1 };
+        Ref< QV_BYTE_SOURCE >        ofBytes[2];
+        Ref< QV_CHAR_SOURCE >        ofChars[2];
 
-        // What is read comes after what is there, in an array of its own, or, as bytes, nowhere.
-        take(
-            byteSources, data, qvByteSourceEnd,
-            [&]( QV_BYTE_SOURCE *from, std::string &into, QV_INT most )
-            {
-                if( most >= 0 && in.flag() )
-                    return qvByteSourceReadBytes( from, into.data(), most );
-
-                Ref< QV_BUFFER > buf   = bufferOf( "x" );
-                QV_INT           taken = qvByteSourceRead( from, buf.at(), most );
-                into                   = bytesOf( buf ).substr( 1 );
-                return taken;
-            } );
-        take(
-            charSources, text, qvCharSourceEnd,
-            [&]( QV_CHAR_SOURCE *from, Text &into, QV_INT most )
-            {
-                if( most >= 0 && in.flag() )
-                    return qvCharSourceReadChars( from, into.data(), most );
-
-                Ref< QV_STRING > qvs   = stringOf( U"x" );
-                QV_INT           taken = qvCharSourceRead( from, qvs.at(), most );
-                into                   = charsOf( qvs ).substr( 1 );
-                return taken;
-            } );
-    }
-
-    // A source that fails: what came before is delivered, and it is not asked again.
-    void readFailing()
-    {
-        limitTo( in.length() );
-        Ref< QV_BYTE_SOURCE > lowest( qv___ByteSourceCreate( readLimited, nullptr, nullptr ) );
-        QV_INT                total = 0;
-
-        for( QV_INT rounds = in.below( 12 ); rounds > 0; rounds-- )
+        for( int i = 0; i < 2; i++ )
         {
-            Ref< QV_BUFFER > buf( qvBufferCreate() );
-            QV_INT           most  = in.flag() ? in.length() : in.upTo( 20000 );
-            QV_INT           takes = failed ? 0 : std::min( most, limit - total );
-            bool             skips = in.flag();
-            require(
-                ( skips ? qvByteSourceSkip( lowest, most ) : qvByteSourceRead( lowest, buf.at(), most ) ) == takes );
-            total += takes;
-            require( ( qvByteSourceError( lowest ) != 0 ) == failed && ( qvByteSourceEnd( lowest ) != 0 ) == failed );
-            require( ( skips || qvBufferLength( buf ) == takes ) && ( failed || most == takes ) );
+            ofBytes[i].reset( qvBufferByteSourceByteSource( bbs ) );
+            ofChars[i].reset( qvStringCharSourceCharSource( scs ) );
         }
+
+        take( ofBytes, data, bufferOf, bytesOf, qvByteSourceRead, qvByteSourceEnd );
+        take( ofChars, text, stringOf, charsOf, qvCharSourceRead, qvCharSourceEnd );
     }
 };
 } // namespace
 
-QV_FUZZ_WALK(
-    StreamWalk, OP( write, 3 ) OP( flush, 1 ) OP( writeBytes, 1 ) OP( fail, 1 ) OP( read, 1 ) OP( readFailing, 1 ) )
+QV_FUZZ_WALK( StreamWalk, OP( write ) OP( write ) OP( flush ) OP( writeBytes ) OP( read ) )

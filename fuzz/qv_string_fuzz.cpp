@@ -184,5 +184,5 @@ struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
 } // namespace
 
 QV_FUZZ_WALK(
-    StringWalk, OP( share, 1 ) OP( insert, 3 ) OP( chars, 3 ) OP( many, 1 ) OP( erase, 2 ) OP( setChar, 1 )
-                    OP( clean, 1 ) OP( mapCase, 1 ) OP( create, 1 ) OP( look, 1 ) )
+    StringWalk, OP( share ) OP( insert ) OP( insert ) OP( insert ) OP( chars ) OP( chars ) OP( chars ) OP( many )
+                    OP( erase ) OP( erase ) OP( setChar ) OP( clean ) OP( mapCase ) OP( create ) OP( look ) )

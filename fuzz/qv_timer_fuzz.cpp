@@ -195,4 +195,6 @@ struct TimerWalk
 };
 } // namespace
 
-QV_FUZZ_WALK( TimerWalk, OP( renewAny, 1 ) OP( schedule, 4 ) OP( unschedule, 1 ) OP( advance, 3 ) )
+QV_FUZZ_WALK(
+    TimerWalk, OP( renewAny ) OP( schedule ) OP( schedule ) OP( schedule ) OP( schedule ) OP( unschedule ) OP( advance )
+                   OP( advance ) OP( advance ) )

@@ -182,5 +182,5 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
 } // namespace
 
 QV_FUZZ_WALK(
-    VectorWalk, OP( share, 1 ) OP( insert, 2 ) OP( objs, 2 ) OP( object, 2 ) OP( self, 1 ) OP( many, 1 ) OP( erase, 2 )
-                    OP( reverse, 1 ) OP( create, 1 ) OP( look, 1 ) )
+    VectorWalk, OP( share ) OP( insert ) OP( insert ) OP( objs ) OP( objs ) OP( object ) OP( object ) OP( self )
+                    OP( many ) OP( erase ) OP( erase ) OP( reverse ) OP( create ) OP( look ) )
