@@ -11,8 +11,9 @@ namespace
 struct Reader
 {
     std::string bytes;
-    size_t      at     = 0;
-    bool        failed = false;
+    size_t      at      = 0;
+    bool        failed  = false;
+    int         nesting = 0;
 
     QV_INT left() const
     {
@@ -30,14 +31,14 @@ struct Reader
         return ok( left() > 0 ) ? static_cast< uint8_t >( bytes[at++] ) : 0;
     }
 
-    QV_INT number( int nesting = 0 )
+    QV_INT number()
     {
         QV_INT   lead = byte(), count = lead & 0x7F;
         __int128 value = 0;
 
         // How deep counts may be nested is the library's choice; nothing here nests them further.
         if( count == 127 )
-            count = nesting < 8 ? number( nesting + 1 ) : -1;
+            count = ++nesting < 9 ? number() : -1;
 
         for( ok( count >= 0 && count <= left() ); count > 0 && !failed; count-- )
         {
@@ -45,12 +46,9 @@ struct Reader
             ok( value >= QV_INT_MIN && value <= QV_INT_MAX );
         }
 
-        return failed ? 0 : static_cast< QV_INT >( value );
-    }
+        nesting = 0;
 
-    QV_INT integer()
-    {
-        return number();
+        return failed ? 0 : static_cast< QV_INT >( value );
     }
 
     QV_BOOL flag()
@@ -111,44 +109,30 @@ struct EncoderWalk
     Ref< QV_BUFFER >  held; // the bytes of an earlier moment, which must not change
     std::string       bytes, heldBytes;
 
-    void value()
+    // One of each kind. Any objects are written as their texts.
+    void values()
     {
-        QV_INT           number = in.number(), how = in.below( 7 );
-        Text             text  = in.text( 1000 );
-        QV_CHAR          ch    = in.character();
-        Ref< QV_STRING > qvs   = stringOf( text );
-        bool             flag  = number > 0;
-        std::string      first = std::string( 1, static_cast< char >( flag ) );
+        QV_INT           number = in.number();
+        bool             flag   = number > 0;
+        QV_CHAR          ch     = in.character();
+        Text             text   = in.text( 1000 );
+        Ref< QV_STRING > qvs    = stringOf( text );
+        Ref< QV_VECTOR > vec( qvVectorCreate() );
+        std::string      first( 1, static_cast< char >( flag ) ), block = in.bytes( 300 );
 
-        switch( how )
-        {
-        case 0:
-            qvEncoderEncodeBool( encoder, flag ), bytes += first;
-            break;
-        case 1:
-            qvEncoderEncodeInt( encoder, number ), bytes += encodedInt( number );
-            break;
-        case 2:
-            qvEncoderEncodeChar( encoder, ch ), bytes += encodedChars( Text( 1, ch ) );
-            break;
-        case 3:
-            qvEncoderEncodeChars( encoder, text.data(), lengthOf( text ) ), bytes += encodedChars( text );
-            break;
-        case 4:
-            qvEncoderEncodeString( encoder, qvs ), bytes += encodedText( text );
-            break;
-        case 5:
-            qvEncoderEncodeOptionalString( encoder, flag ? qvs.get() : nullptr );
-            bytes += first + ( flag ? encodedText( text ) : "" );
-            break;
-        default:
-            // Any objects, which are written as their texts.
-            Ref< QV_VECTOR > vec( qvVectorCreate() );
-            qvVectorAppendInt( vec.at(), number );
-            qvVectorAppendString( vec.at(), qvs );
-            qvEncoderEncodeStringVector( encoder, vec );
-            bytes += "\1\2" + encodedText( wide( std::to_string( number ) ) ) + encodedText( text );
-        }
+        qvVectorAppendInt( vec.at(), number );
+        qvVectorAppendString( vec.at(), qvs );
+        qvEncoderEncodeBool( encoder, flag );
+        qvEncoderEncodeInt( encoder, number );
+        qvEncoderEncodeChar( encoder, ch );
+        qvEncoderEncodeChars( encoder, text.data(), lengthOf( text ) );
+        qvEncoderEncodeString( encoder, qvs );
+        qvEncoderEncodeOptionalString( encoder, flag ? qvs.get() : nullptr );
+        qvEncoderEncodeStringVector( encoder, vec );
+        qvEncoderEncodeBuffer( encoder, bufferOf( block ) );
+        bytes += first + encodedInt( number ) + encodedChars( ch + text ) + encodedText( text ) + first;
+        bytes += ( flag ? encodedText( text ) : "" ) + "\1\2" + encodedText( wide( std::to_string( number ) ) );
+        bytes += encodedText( text ) + encodedInt( lengthOf( block ) ) + block;
     }
 
     // Plain bytes; the Buffer may be the one that the Encoder itself writes to.
@@ -156,26 +140,17 @@ struct EncoderWalk
     {
         Ref< QV_BUFFER > buf( in.flag() ? qvEncoderBuffer( encoder ) : bufferOf( in.bytes( 300 ) ).give() );
         std::string      src  = bytesOf( buf );
-        Span             span = in.span( lengthOf( src ), in.below( 7 ) );
+        Span             span = in.span( lengthOf( src ), in.below( 6 ) );
 
         if( bytes.size() > 20000 )
             clear();
 
         if( span.form <= OUTER )
-        {
             CALL_FORM( qvEncoderWrite, span, 1, encoder, buf );
-            bytes += span.of( src );
-        }
-        else if( span.form == 5 )
-        {
-            qvEncoderEncodeBuffer( encoder, buf );
-            bytes += encodedInt( lengthOf( src ) ) + src;
-        }
         else
-        {
             qvEncoderWriteEncoder( encoder, encoder );
-            bytes += std::string( bytes );
-        }
+
+        bytes += span.form <= OUTER ? span.of( src ) : std::string( bytes );
     }
 
     void hold()
@@ -196,12 +171,11 @@ struct EncoderWalk
         Reader reader{ bytes };
 
         if( in.below( 3 ) == 0 )
-            for( reader.bytes.clear(); reader.bytes.size() < 40 && in.more(); )
-                reader.bytes += static_cast< char >( in.flag() ? in.byte() & 0x87 : in.byte() );
+            for( reader.bytes.clear(); reader.bytes.size() < 40 && in.at < in.end; )
+                reader.bytes += static_cast< char >( in.byte() & ( in.flag() ? 0x87 : 0xFF ) );
 
         for( QV_INT changes = in.below( 4 ); changes > 0 && !reader.bytes.empty(); changes-- )
-            reader.bytes[static_cast< size_t >( in.below( lengthOf( reader.bytes ) ) )] =
-                static_cast< char >( in.byte() );
+            at( reader.bytes, in.index( reader.bytes ) ) = static_cast< char >( in.byte() );
 
         Ref< QV_DECODER > decoder( qvDecoderCreate( bufferOf( reader.bytes ) ) );
 
@@ -236,32 +210,27 @@ struct EncoderWalk
 
     void read( QV_DECODER *dec, Reader &reader )
     {
-        switch( in.below( 7 ) )
+        QV_INT what = in.below( 7 ), count = in.below( 8 );
+
+        if( what == 0 )
         {
-        case 0:
-            return value( dec, reader, &Reader::flag, qvDecoderTryDecodeBool );
-        case 1:
-            return value( dec, reader, &Reader::integer, qvDecoderTryDecodeInt );
-        case 2:
-            return value( dec, reader, &Reader::character, qvDecoderTryDecodeChar );
-        case 3:
-            return object(
-                dec, reader, stringOf( U"before" ), &Reader::text, charsOf, qvDecoderTryDecodeString,
-                qvDecoderTryDecodeOptionalString );
-        case 4:
-            return object(
-                dec, reader, bufferOf( "before" ), &Reader::block, bytesOf, qvDecoderTryDecodeBuffer,
-                qvDecoderTryDecodeOptionalBuffer );
-        case 5:
-            return object(
-                dec, reader, Ref< QV_VECTOR >( qvVectorCreate() ), &Reader::texts, textsOf,
-                qvDecoderTryDecodeStringVector, qvDecoderTryDecodeOptionalStringVector );
-        default:
-            QV_INT count = in.below( 8 );
-            bool   ok    = reader.ok( count <= reader.left() );
+            bool ok = reader.ok( count <= reader.left() );
             reader.skip( ok ? count : 0 );
             require( qvDecoderTrySkip( dec, count ) == ok );
         }
+        else
+            what == 1   ? value( dec, reader, &Reader::flag, qvDecoderTryDecodeBool )
+            : what == 2 ? value( dec, reader, &Reader::number, qvDecoderTryDecodeInt )
+            : what == 3 ? value( dec, reader, &Reader::character, qvDecoderTryDecodeChar )
+            : what == 4 ? object(
+                              dec, reader, stringOf( U"before" ), &Reader::text, charsOf, qvDecoderTryDecodeString,
+                              qvDecoderTryDecodeOptionalString )
+            : what == 5 ? object(
+                              dec, reader, bufferOf( "before" ), &Reader::block, bytesOf, qvDecoderTryDecodeBuffer,
+                              qvDecoderTryDecodeOptionalBuffer )
+                        : object(
+                              dec, reader, Ref< QV_VECTOR >( qvVectorCreate() ), &Reader::texts, textsOf,
+                              qvDecoderTryDecodeStringVector, qvDecoderTryDecodeOptionalStringVector );
     }
 
     void check()
@@ -273,4 +242,4 @@ struct EncoderWalk
 };
 } // namespace
 
-QV_FUZZ_WALK( EncoderWalk, OP( value ) OP( value ) OP( write ) OP( hold ) OP( clear ) OP( decode ) OP( decode ) )
+QV_FUZZ_WALK( EncoderWalk, OP( values ) OP( write ) OP( hold ) OP( clear ) OP( decode ) OP( decode ) )

@@ -20,14 +20,13 @@ struct Conversion
 
     Text prefix() const
     {
-        Text numeric = wide( std::to_string( base ) + ":" );
+        char32_t letter = base == 2 ? U'b' : base == 8 ? U'o' : base == 10 ? U'd' : base == 16 ? U'x' : 0;
 
         if( hashes < 1 || hashes > 2 || ( base == 10 && !decimal ) )
             return {};
 
-        char32_t letter = base == 2 ? U'b' : base == 8 ? U'o' : base == 16 ? U'x' : base == 10 ? U'd' : 0;
-
-        return hashes == 2 || !letter ? numeric : Text{ U'0', upper ? letter - 32 : letter };
+        return hashes == 2 || !letter ? wide( std::to_string( base ) + ":" )
+                                      : Text{ U'0', upper ? letter - 32 : letter };
     }
 
     Text padded( const Text &text ) const
@@ -53,12 +52,11 @@ struct Conversion
 
     Text digits( QV_INT value ) const
     {
-        Text   result;
-        QV_INT rest = value;
+        Text result;
 
         do
-            result.insert( 0, 1, digit( static_cast< double >( rest % base ) ) );
-        while( rest /= base );
+            result.insert( 0, 1, digit( static_cast< double >( value % base ) ) );
+        while( value /= base );
 
         return result;
     }
@@ -246,19 +244,14 @@ struct FormatWalk
         QV_CHAR ch   = in.character();
         bool    flag = in.flag();
         Text    word = conversion.upper ? ( flag ? U"TRUE" : U"FALSE" ) : flag ? U"true" : U"false";
+        Text    rule = repeated(
+            conversion.width, conversion.precision < 0 ? U'\t' : static_cast< char32_t >( conversion.precision ) );
+        QV_INT how = in.below( 3 );
 
-        switch( in.below( 3 ) )
-        {
-        case 0:
-            return run( "c", ch, conversion.padded( Text( 1, ch ) ) );
-        case 1:
-            return run( "b", QV_INT( flag ), conversion.padded( word ) );
-        default:
-            // Takes no argument of its own; the one that is given is the number's.
-            Text rule = repeated(
-                conversion.width, conversion.precision >= 0 ? static_cast< char32_t >( conversion.precision ) : U'\t' );
-            return run( "m>%i<%#%", QV_INT( 7 ), rule + U">7<" );
-        }
+        // The last takes no argument of its own; the one that is given is the number's.
+        how == 0   ? run( "c", ch, conversion.padded( Text( 1, ch ) ) )
+        : how == 1 ? run( "b", QV_INT( flag ), conversion.padded( word ) )
+                   : run( "m>%i<%#%", QV_INT( 7 ), rule + U">7<" );
     }
 
     void read()

@@ -5,6 +5,8 @@
 
 #include "../tests/qv_test_utf8.h"
 
+#include <set>
+
 using namespace qv::fuzz;
 
 namespace
@@ -18,15 +20,15 @@ struct Doc
 
     bool operator==( const Doc & ) const = default;
 
-    std::map< Text, int > addresses() const
+    std::set< Text > addresses() const
     {
-        std::map< Text, int > all;
+        std::set< Text > all;
 
         for( auto &[address, value] : values )
-            all[address] |= 1;
+            all.insert( address );
 
         for( auto &[address, store] : stores )
-            all[address] |= 2;
+            all.insert( address );
 
         return all;
     }
@@ -75,36 +77,28 @@ void write( const Doc &doc, const Text &prefix, Lines &lines )
         lines.push_back( prefix + address + U"=" + escaped( value ) );
 
     for( auto &[address, store] : doc.stores )
-    {
         if( store == Doc() )
             lines.push_back( prefix + address + U"." );
         else
             write( store, prefix + address + U".", lines );
-    }
 }
 
-// Six characters as a number in base 16 with white space and a sign, which must be all that they are.
-bool hexadecimal( const Text &six, char32_t &value )
-{
-    NumberReader reader{ six };
-    QV_INT       number = -1;
-    bool         ok     = reader.integer( 16, number ) && reader.end();
-    value               = static_cast< char32_t >( number );
-
-    return ok && number >= 0 && number <= 0x10FFFF;
-}
-
+// Six characters after a mark are a number in base 16 with white space and a sign, if they are nothing else.
 Text unescaped( const Text &rest )
 {
-    Text     result;
-    char32_t value;
+    Text result;
 
     for( size_t at = 0; at < rest.size(); at++ )
     {
-        if( rest[at] == U'%' && at + 1 < rest.size() && rest[at + 1] == U'%' )
+        bool         mark = rest[at] == U'%';
+        NumberReader six{ rest.substr( at + 1, 6 ) };
+        QV_INT       value = -1;
+
+        if( mark && six.text.starts_with( U'%' ) )
             result += rest[at++];
-        else if( rest[at] == U'%' && at + 6 < rest.size() && hexadecimal( rest.substr( at + 1, 6 ), value ) )
-            result += value, at += 6;
+        else if(
+            mark && six.text.size() == 6 && six.integer( 16, value ) && six.end() && value >> 16 <= 0x10 && value >= 0 )
+            result += static_cast< char32_t >( value ), at += 6;
         else
             result += rest[at];
     }
@@ -122,16 +116,11 @@ Doc read( const Lines &lines, int depth )
 
     for( const Text &line : lines )
     {
-        size_t at = line.find_first_of( U".=" );
+        static const Text NAME = U"0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_-";
+        size_t            at   = std::min( line.find_first_of( U".=" ), line.size() );
+        Text address = trimmed( line.substr( 0, at ) ), rest = line.substr( std::min( at + 1, line.size() ) );
 
-        if( at == Text::npos )
-            continue;
-
-        Text address = trimmed( line.substr( 0, at ) ), rest = line.substr( at + 1 );
-
-        if( address.empty()
-            || address.find_first_not_of( U"0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_-" )
-                   != Text::npos )
+        if( at == line.size() || address.empty() || address.find_first_not_of( NAME ) != Text::npos )
             continue;
 
         if( line[at] == U'=' )
@@ -150,15 +139,14 @@ Doc read( const Lines &lines, int depth )
 
 std::string encoded( const Doc &doc )
 {
-    auto        addresses = doc.addresses();
-    std::string bytes     = encodedInt( lengthOf( addresses ) );
+    std::string bytes = encodedInt( lengthOf( doc.addresses() ) );
 
-    for( auto &[address, what] : addresses )
+    for( const Text &address : doc.addresses() )
     {
-        bytes += encodedText( address ) + static_cast< char >( what & 1 );
-        bytes += what & 1 ? encodedText( doc.values.at( address ) ) : "";
-        bytes += static_cast< char >( what >> 1 );
-        bytes += what & 2 ? encoded( doc.stores.at( address ) ) : "";
+        bool value = doc.values.contains( address ), store = doc.stores.contains( address );
+        bytes += encodedText( address ) + static_cast< char >( value );
+        bytes += ( value ? encodedText( doc.values.at( address ) ) : "" ) + static_cast< char >( store );
+        bytes += store ? encoded( doc.stores.at( address ) ) : "";
     }
 
     return bytes;
@@ -173,17 +161,18 @@ Doc docOf( QV_STORE *store )
 
     for( QV_INT idx = 0; idx < qvStoreLength( store ); idx++ )
     {
-        Text             address = takeText( qvStoreAddressAt( store, idx ) );
-        Ref< QV_STRING > value( qvStoreValueAt( store, idx ) );
-        Ref< QV_STORE >  sub( qvStoreStoreAt( store, idx ) );
-        require( ( value || sub ) && ( idx == 0 || address > last ) );
-        last = address;
+        Text       address = takeText( qvStoreAddressAt( store, idx ) );
+        QV_STRING *value   = borrow( qvStoreValueAt( store, idx ) );
+        QV_STORE  *sub     = borrow( qvStoreStoreAt( store, idx ) );
+        require( ( value || sub ) && address > last );
 
         if( value )
             doc.values[address] = charsOf( value );
 
         if( sub )
             doc.stores[address] = docOf( sub );
+
+        last = address;
     }
 
     return doc;
@@ -207,7 +196,7 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
         if( !all.empty() && in.below( 3 ) )
         {
             QV_INT idx = in.index( all );
-            text       = at( all, idx ).first;
+            text       = at( all, idx );
             return borrow( qvStoreAddressAt( slot.ref, idx ) );
         }
 
@@ -328,7 +317,7 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
         Text             all;
         Ref< QV_VECTOR > vec( qvVectorCreate() );
 
-        for( QV_INT count = in.below( 30 ); count > 0 && in.more(); count-- )
+        for( QV_INT count = in.below( 30 ); count > 0 && in.at < in.end; count-- )
         {
             Text line;
 
