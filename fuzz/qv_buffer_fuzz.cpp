@@ -33,9 +33,8 @@ Bits bitsOf( uint64_t value, QV_INT count )
 
 struct BufferWalk : Slots< BufferWalk, QV_BUFFER, Bits, qvBufferCreate >
 {
-    void create()
+    void create( Slot &to, Slot &from )
     {
-        Slot  &to = any(), &from = any();
         QV_INT which = in.below( 3 ), count = in.length( 300 );
 
         if( which == 0 )
@@ -88,10 +87,9 @@ struct BufferWalk : Slots< BufferWalk, QV_BUFFER, Bits, qvBufferCreate >
       : how == 2 ? qvBuffer##Bit##Prepend##Suffix( dest->ref.at(), __VA_ARGS__ )                                       \
                  : qvBuffer##Bit##Append##Suffix( dest->ref.at(), __VA_ARGS__ ) )
 
-    void copy()
+    void copy( Slot &src, Slot & )
     {
         draw();
-        Slot  &src  = any();
         Span   span = in.span( lengthOf( src.model ), in.below( 5 ), unit );
         QV_INT a = span.offset / unit, b = span.count / unit;
 
@@ -103,7 +101,7 @@ struct BufferWalk : Slots< BufferWalk, QV_BUFFER, Bits, qvBufferCreate >
     }
 
     // A number, memory, or as many zeros or ones as there are free places or nearly.
-    void put()
+    void put( Slot &, Slot & )
     {
         draw();
         uint64_t number = static_cast< uint64_t >( in.number() );
@@ -119,7 +117,7 @@ struct BufferWalk : Slots< BufferWalk, QV_BUFFER, Bits, qvBufferCreate >
     }
 
     // Counts by the length, also where it goes elsewhere.
-    void align()
+    void align( Slot &, Slot & )
     {
         draw();
         QV_INT at = in.upTo( lengthOf( dest->model ) / unit );
@@ -127,7 +125,7 @@ struct BufferWalk : Slots< BufferWalk, QV_BUFFER, Bits, qvBufferCreate >
         qv::fuzz::put( dest->model, at * unit, Bits( static_cast< size_t >( -lengthOf( dest->model ) & 7 ) ) );
     }
 
-    void erase()
+    void erase( Slot &, Slot & )
     {
         draw();
         Span span = in.span( lengthOf( dest->model ), LEADING + in.below( 4 ), unit );
@@ -141,9 +139,8 @@ struct BufferWalk : Slots< BufferWalk, QV_BUFFER, Bits, qvBufferCreate >
     }
 
     // Byte by byte at an end, as blocks fill up and empty.
-    void many()
+    void many( Slot &slot, Slot & )
     {
-        Slot &slot  = any();
         Bits &model = slot.model;
         bool  takes = in.flag(), last = in.flag();
 
@@ -163,9 +160,8 @@ struct BufferWalk : Slots< BufferWalk, QV_BUFFER, Bits, qvBufferCreate >
     }
 
     // Every way to read, at any place.
-    void look()
+    void look( Slot &slot, Slot &other )
     {
-        Slot       &slot = any(), &other = any();
         const Bits &a = slot.model, &b = other.model;
         QV_INT      length = lengthOf( a ), offset = place( slot ), count = in.upTo( length - offset );
         Bits        range = part( a, offset, count );

@@ -8,13 +8,7 @@ using namespace qv::fuzz;
 
 namespace
 {
-enum Flags
-{
-    ABORT       = 1,
-    IGNORE      = 2,
-    KEEP_MARK   = 4,
-    INSERT_MARK = 8
-};
+const QV_INT ABORT = 1, IGNORE = 2, KEEP_MARK = 4; // the flags of a character set
 
 // Decodes by the rules; `failed` if something was invalid and the flags let that fail.
 struct Decoder

@@ -8,12 +8,7 @@ using namespace qv::fuzz;
 namespace
 {
 // The kinds in the order of the names of their sorts.
-enum Kind
-{
-    INT,
-    REAL,
-    STRING
-};
+const QV_INT INT = 0, REAL = 1, STRING = 2;
 
 struct Key
 {
@@ -89,9 +84,8 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
     }
 
     // By its key, or at its index.
-    void set()
+    void set( Slot &slot, Slot & )
     {
-        Slot  &slot  = any();
         Entry  entry = value( slot );
         Key    k     = key( slot, entry.key );
         QV_INT idx   = indexOf( slot.model, k );
@@ -107,9 +101,8 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
         slot.model[k] = entry;
     }
 
-    void erase()
+    void erase( Slot &slot, Slot & )
     {
-        Slot   &slot = any();
         QV_OBJ *obj;
         Key     k   = key( slot, obj );
         QV_INT  idx = indexOf( slot.model, k );
@@ -122,9 +115,8 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
         slot.model.erase( k );
     }
 
-    void eraseValue()
+    void eraseValue( Slot &slot, Slot & )
     {
-        Slot &slot      = any();
         bool  byCompare = in.flag();
         Entry entry     = value( slot );
 
@@ -139,9 +131,8 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
     }
 
     // Entries come or go, neighbours in every order: to either end, towards the middle or from there, and scattered.
-    void run()
+    void run( Slot &slot, Slot & )
     {
-        Slot  &slot  = any();
         QV_INT start = in.below( 2000 ), count = in.length( 1000 ), order = in.below( 5 ), form = in.below( 3 );
         bool   deletes = in.below( 4 ) == 0;
 
@@ -197,9 +188,8 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
         }
     }
 
-    void combine()
+    void combine( Slot &dest, Slot &src )
     {
-        Slot &dest = any(), &src = any();
         Model from = src.model;
         bool  hits = std::any_of(
             dest.model.begin(), dest.model.end(), [&]( auto &item ) { return from.contains( item.first ); } );
@@ -210,10 +200,9 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
     }
 
     // The other Dict is a value of the destination, and nobody else holds it.
-    void combineValue()
+    void combineValue( Slot &dest, Slot & )
     {
-        Slot          &dest = any();
-        Key            k    = key();
+        Key            k = key();
         Ref< QV_DICT > src( qvDictCreate() );
         Model          from;
 
@@ -232,10 +221,8 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
         combine( dest, borrow( src.give() ), from );
     }
 
-    void create()
+    void create( Slot &to, Slot &from )
     {
-        Slot &to = any(), &from = any();
-
         if( in.flag() )
             return to.set( qvDictCreateFrom( from.ref ), from.model );
 
@@ -248,9 +235,8 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
         to.set( qvDictCreateWithKeysAndValues( keys, values ), from.model );
     }
 
-    void look()
+    void look( Slot &slot, Slot & )
     {
-        Slot   &slot = any();
         QV_OBJ *obj;
         QV_INT  idx = indexOf( slot.model, key( slot, obj ) );
 
@@ -260,10 +246,9 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
     }
 
     // The order by entries, for variables whose values are all numbers.
-    void order()
+    void order( Slot &a, Slot &b )
     {
-        Slot &a = any(), &b = any();
-        bool  numbers = true;
+        bool numbers = true;
 
         for( Model *model : { &a.model, &b.model } )
             for( auto &[k, entry] : *model )

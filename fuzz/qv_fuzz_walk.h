@@ -4,7 +4,7 @@
 
         struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >      // the variables and their models
         {
-            void add() { Slot &slot = any(); QV_INT number = in.number(); ... }
+            void add( Slot &slot, Slot & ) { QV_INT number = in.number(); ... }
             static void compare( Slot &slot ) { require( ... ); }       // each variable, after each operation
         };
 
@@ -101,14 +101,7 @@ C repeated( QV_INT count, typename C::value_type value )
 }
 
 /** What is meant of a source: all of it, its start, its end, a part of it, or all but the part. */
-enum Form
-{
-    WHOLE,
-    LEADING,
-    TRAILING,
-    INNER,
-    OUTER
-};
+inline constexpr QV_INT WHOLE = 0, LEADING = 1, TRAILING = 2, INNER = 3, OUTER = 4;
 
 struct Span
 {
@@ -230,7 +223,7 @@ struct Input
             0x1100, 0x1161, 0x11A7, 0x11A8, 0x1E9E,  0x2028,  0x2029,   0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xFB01,
             0xFB03, 0xFEFF, 0xFFFD, 0xFFFF, 0x10000, 0x1F600, 0x10FFFF, 0,      0x212B, 0x1D15E };
         uint8_t how = byte();
-        return how < 128 ? U'a' + how % 26 : CHARS[how % std::size( CHARS )];
+        return static_cast< QV_CHAR >( shown( how < 128 ? U'a' + how % 26 : CHARS[how % std::size( CHARS )] ) );
     }
 
     /** Runs of characters, so that a few bytes make long texts. */
@@ -243,10 +236,6 @@ struct Input
             QV_CHAR ch = character();
             result.append( byte() % 4 ? 1 : static_cast< size_t >( length( most - lengthOf( result ) ) ), ch );
         }
-
-        if( tracing )
-            for( size_t i = 0; i < result.size() && i < 40; i++ )
-                fprintf( stderr, "%s%x", i ? "-" : " U+", static_cast< unsigned >( result[i] ) );
 
         return result;
     }
@@ -417,10 +406,8 @@ struct Slots
         return slot;
     }
 
-    void share()
+    void share( Slot &to, Slot &from )
     {
-        Slot &to = any(), &from = any();
-
         if( &to != &from )
             to.set( retain( from.ref.get() ), from.model );
     }
@@ -450,8 +437,22 @@ template< class W >
 struct Operation
 {
     const char *name;
-    void ( W::*run )();
+    void ( *run )( W &walk );
 };
+
+/** An operation of a walk with variables is called with two of them, which may be the same. */
+template< class W, class B >
+void call( W &walk, void ( B::*operation )( typename B::Slot &, typename B::Slot & ) )
+{
+    auto &slot = walk.any(), &other = walk.any();
+    ( walk.*operation )( slot, other );
+}
+
+template< class W, class B >
+void call( W &walk, void ( B::*operation )() )
+{
+    ( walk.*operation )();
+}
 
 /** Runs `body`, after which there are as many live objects as before. */
 template< class Body >
@@ -493,7 +494,7 @@ void walk( const Operation< W > ( &operations )[N] )
         if( tracing )
             fprintf( stderr, "\n%3d. %s", step + 1, operation->name );
 
-        ( walk.*operation->run )();
+        operation->run( walk );
 
         if constexpr( requires { walk.check(); } )
             walk.check();
@@ -516,6 +517,6 @@ void walk( const Operation< W > ( &operations )[N] )
         qv::fuzz::in                                       = { data, data, data + size };                              \
         return qv::fuzz::run( [] { qv::fuzz::walk( OPERATIONS ); } );                                                  \
     }
-#define OP( name ) { #name, &Current::name },
+#define OP( name ) { #name, []( Current &walk ) { qv::fuzz::call( walk, &Current::name ); } },
 
 #endif

@@ -10,13 +10,7 @@ using namespace qv::fuzz;
 
 namespace
 {
-enum Flags
-{
-    ARGUMENT  = 1,
-    IGNORE    = 2,
-    ONCE      = 4,
-    NO_ABBREV = 8
-};
+const QV_INT ARGUMENT = 1, IGNORE = 2, ONCE = 4, NO_ABBREV = 8; // the flags of an option
 
 struct Definition
 {
@@ -190,9 +184,8 @@ const char *const NAMES[] = { "a", "al", "all", "alpha", "beta", "b", "be", "fil
 
 struct OptWalk : Slots< OptWalk, QV_OPT_DEF, Definition, qvOptDefCreate >
 {
-    void copy()
+    void copy( Slot &to, Slot &from )
     {
-        Slot &to = any(), &from = any();
         to.set( qvOptDefCreateFrom( from.ref ), from.model );
     }
 
@@ -206,19 +199,16 @@ struct OptWalk : Slots< OptWalk, QV_OPT_DEF, Definition, qvOptDefCreate >
     }
 
     // A definition of some use: every letter and name, and flags for all ids.
-    void defineAll()
+    void defineAll( Slot &slot, Slot & )
     {
-        Slot &slot = any();
-
         for( size_t i = 0; i < std::size( NAMES ); i++ )
             name( slot, NAMES[i], static_cast< QV_INT >( i ) % 6, in.below( 16 ) );
 
         qvOptDefSetReorder( slot.ref.at(), slot.model.reorder = in.flag() );
     }
 
-    void define()
+    void define( Slot &slot, Slot & )
     {
-        Slot  &slot = any();
         QV_INT id = in.below( 6 ), value = in.below( 16 );
 
         if( in.flag() )
@@ -241,11 +231,10 @@ struct OptWalk : Slots< OptWalk, QV_OPT_DEF, Definition, qvOptDefCreate >
         return words;
     }
 
-    void parse()
+    void parse( Slot &slot, Slot & )
     {
         static const char32_t *const PIECES[] = { U"-", U"--", U"=",  U"a",    U"b",       U"f",
                                                   U"v", U"x",  U"-a", U"--al", U"--file=", U"é" };
-        Slot                        &slot     = any();
         Ref< QV_VECTOR >             argv( qvVectorCreate() );
 
         for( QV_INT count = in.below( 24 ); count > 0; count-- )
@@ -282,7 +271,7 @@ struct OptWalk : Slots< OptWalk, QV_OPT_DEF, Definition, qvOptDefCreate >
             require( !parser.argv.empty() );
 
             if( in.below( 8 ) == 0 )
-                define();
+                define( slot, slot );
 
             parser.next();
             require( qvOptSeqNext( seq ) == parser.id && qvOptSeqIdSecondary( seq ) == parser.id );

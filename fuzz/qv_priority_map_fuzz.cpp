@@ -38,7 +38,9 @@ struct MapWalk
     void share()
     {
         QV_INT which = in.below( 3 );
-        which == 0 ? maps.share() : which == 1 ? enums.share() : flags.share();
+        which == 0   ? maps.share( maps.any(), maps.any() )
+        : which == 1 ? enums.share( enums.any(), enums.any() )
+                     : flags.share( flags.any(), flags.any() );
     }
 
     static auto find( Pairs &pairs, QV_INT value )

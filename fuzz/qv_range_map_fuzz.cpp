@@ -62,9 +62,8 @@ struct Model
 
 struct RangeMapWalk : Slots< RangeMapWalk, QV_RANGE_MAP, Model, qvRangeMapCreate >
 {
-    void create()
+    void create( Slot &to, Slot &from )
     {
-        Slot  &to = any(), &from = any();
         QV_INT how = in.below( 3 );
 
         how == 0   ? to.set( qvRangeMapCreateFrom( from.ref ), from.model )
@@ -86,9 +85,8 @@ struct RangeMapWalk : Slots< RangeMapWalk, QV_RANGE_MAP, Model, qvRangeMapCreate
         return how == 1 ? in.number() : in.below( 64 );
     }
 
-    void set()
+    void set( Slot &slot, Slot & )
     {
-        Slot         &slot = any();
         QV_INT        a = key( slot ), b = in.flag() ? a : key( slot ), value = 1 + in.below( 3 );
         Ref< QV_OBJ > fresh = boxedInt( value );
         QV_OBJ       *obj   = fresh;
@@ -110,9 +108,8 @@ struct RangeMapWalk : Slots< RangeMapWalk, QV_RANGE_MAP, Model, qvRangeMapCreate
     }
 
     // Every other key, up or down, so that there are many ranges; or the ones between them.
-    void run()
+    void run( Slot &slot, Slot & )
     {
-        Slot  &slot  = any();
         QV_INT start = in.below( 300 ), count = in.length( 200 ), step = 1 + in.below( 3 );
         bool   down = in.flag(), deletes = in.below( 3 ) == 0;
 
@@ -133,18 +130,16 @@ struct RangeMapWalk : Slots< RangeMapWalk, QV_RANGE_MAP, Model, qvRangeMapCreate
         }
     }
 
-    void erase()
+    void erase( Slot &slot, Slot & )
     {
-        Slot  &slot = any();
         QV_INT a = key( slot ), b = key( slot );
         qvRangeMapDelRangeKey( slot.ref.at(), std::min( a, b ), std::max( a, b ) );
         slot.model.erase( std::min( a, b ), std::max( a, b ) );
     }
 
     // A block with 64 free places gives up as many, even if nothing is joined, unless it is empty.
-    void collapse()
+    void collapse( Slot &slot, Slot & )
     {
-        Slot  &slot = any();
         QV_INT how = in.below( 3 ), before = references( slot.ref.get() ) > 1 ? 0 : declared( slot.ref.get() ) / 24;
 
         if( how < 2 )
@@ -160,18 +155,16 @@ struct RangeMapWalk : Slots< RangeMapWalk, QV_RANGE_MAP, Model, qvRangeMapCreate
     }
 
     // The map becomes a value of its own successor, which holds it as it was.
-    void self()
+    void self( Slot &slot, Slot & )
     {
-        Slot               &slot = any();
-        QV_INT              at   = key( slot );
+        QV_INT              at = key( slot );
         Ref< QV_RANGE_MAP > map( qvRangeMapCreateFrom( slot.ref ) );
         qvRangeMapSetIntKey( map.at(), at, qvRangeMapObj( map ) );
         require( qvRangeMapEquals( qvRangeMapFrom( borrow( qvRangeMapIntKey( map, at ) ) ), slot.ref ) );
     }
 
-    void look()
+    void look( Slot &a, Slot &b )
     {
-        Slot  &a = any(), &b = any();
         QV_INT at = key( a ), value = 0;
 
         for( const Interval &i : a.model.list )

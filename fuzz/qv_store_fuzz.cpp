@@ -182,9 +182,8 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
 {
     Ref< QV_STRING > made, madeValue;
 
-    void create()
+    void create( Slot &to, Slot &from )
     {
-        Slot &to = any(), &from = any();
         in.below( 4 ) ? to.set( qvStoreCreateFrom( from.ref ), from.model ) : to.set( qvStoreCreate(), Doc() );
     }
 
@@ -207,9 +206,8 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
         return made;
     }
 
-    void setValue()
+    void setValue( Slot &slot, Slot & )
     {
-        Slot      &slot = any();
         Text       at, text;
         QV_STRING *addr = address( slot, at ), *value;
 
@@ -223,9 +221,8 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
         slot.model.values[at] = text;
     }
 
-    void erase()
+    void erase( Slot &slot, Slot & )
     {
-        Slot      &slot = any();
         Text       at;
         QV_STRING *addr = address( slot, at );
 
@@ -236,9 +233,8 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
     }
 
     // Another variable or the Store itself, as a sub-store or merged.
-    void setStore()
+    void setStore( Slot &slot, Slot &other )
     {
-        Slot      &slot = any(), &other = any();
         Text       at;
         Doc        doc  = other.model;
         QV_STRING *addr = address( slot, at );
@@ -254,9 +250,8 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
     }
 
     // A sub-store is taken, changed, and written back, or put into its own place or merged while only the Store has it.
-    void below()
+    void below( Slot &slot, Slot &other )
     {
-        Slot  &slot = any(), &other = any();
         QV_INT how = in.below( 4 );
 
         if( slot.model.stores.empty() )
@@ -286,9 +281,8 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
     }
 
     // Both forms, written, and read again as far as they are not nested too deep.
-    void persist()
+    void persist( Slot &slot, Slot & )
     {
-        Slot &slot = any();
         Lines lines;
         write( slot.model, {}, lines );
         Doc              doc   = read( lines, 0 );
@@ -304,7 +298,7 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
     }
 
     // Lines of any kind, as a Vector and as text, where there may be more lines and some bytes are no characters.
-    void parse()
+    void parse( Slot &slot, Slot & )
     {
         // clang-format off
         static const char32_t *const PIECES[] = {
@@ -312,7 +306,6 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
             U"%      ", U"%\u00A0\u00A00041", U"%0041\u2003\u2003", U"%-00000", U"%41    ", U"%110000", U"%10FFFF",
             U"%00004", U"zz", U"x.y.", U"#", U"10", U"2" };
         // clang-format on
-        Slot            &slot = any();
         Lines            lines;
         Text             all;
         Ref< QV_VECTOR > vec( qvVectorCreate() );

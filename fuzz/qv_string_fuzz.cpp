@@ -9,9 +9,8 @@ namespace
 {
 struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
 {
-    void insert()
+    void insert( Slot &dest, Slot &src )
     {
-        Slot  &dest = any(), &src = any();
         Text   from = src.model;
         QV_INT at   = place( dest );
         Span   span = in.span( lengthOf( from ), in.below( 5 ) );
@@ -27,9 +26,8 @@ struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
     }
 
     // As many as there are free places or nearly, characters of the block that they go into, or any others.
-    void chars()
+    void chars( Slot &slot, Slot & )
     {
-        Slot          &slot = any();
         QV_INT         how = in.below( 4 ), at = place( slot );
         Span           span = in.span( lengthOf( slot.model ), INNER );
         Text           more = how == 0   ? repeated( in.upTo( freePlaces( slot ) + 1 ), U'f' )
@@ -46,10 +44,9 @@ struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
     }
 
     // One after the other, as blocks fill up.
-    void many()
+    void many( Slot &slot, Slot & )
     {
-        Slot &slot  = any();
-        bool  front = in.flag();
+        bool front = in.flag();
 
         for( QV_INT i = in.length( 200 ); i > 0; i-- )
         {
@@ -58,20 +55,18 @@ struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
         }
     }
 
-    void erase()
+    void erase( Slot &slot, Slot & )
     {
-        Slot &slot = any();
-        Span  span = in.span( lengthOf( slot.model ), LEADING + in.below( 4 ) );
+        Span span = in.span( lengthOf( slot.model ), LEADING + in.below( 4 ) );
         CALL_PART( qvStringDel, span, 1, slot.ref.at() );
         slot.model = span.rest( slot.model );
     }
 
     // At the end, or before the first one, it is entered.
-    void setChar()
+    void setChar( Slot &slot, Slot & )
     {
-        Slot   &slot = any();
-        QV_INT  idx  = in.upTo( lengthOf( slot.model ) + 1 ) - 1;
-        QV_CHAR ch   = in.character();
+        QV_INT  idx = in.upTo( lengthOf( slot.model ) + 1 ) - 1;
+        QV_CHAR ch  = in.character();
         qvStringSetCharAt( slot.ref.at(), idx, ch );
 
         if( idx == -1 || idx == lengthOf( slot.model ) )
@@ -80,10 +75,9 @@ struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
             at( slot.model, idx ) = ch;
     }
 
-    void clean()
+    void clean( Slot &slot, Slot & )
     {
-        Slot &slot  = any();
-        bool  first = in.flag(), last = in.flag();
+        bool first = in.flag(), last = in.flag();
 
         if( first || last )
             ( first && last ? qvStringTrim : first ? qvStringTrimLeading : qvStringTrimTrailing )( slot.ref.at() );
@@ -94,10 +88,9 @@ struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
     }
 
     // Each character maps as it does alone; what grows is the block of the result.
-    void mapCase()
+    void mapCase( Slot &slot, Slot & )
     {
-        Slot                     &slot = any();
-        auto                      map  = in.flag() ? qvStringToUpper : in.flag() ? qvStringToLower : qvStringToCaseFold;
+        auto                      map = in.flag() ? qvStringToUpper : in.flag() ? qvStringToLower : qvStringToCaseFold;
         std::map< QV_CHAR, Text > known;
         Text                      mapped;
 
@@ -117,11 +110,10 @@ struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
         slot.model = mapped;
     }
 
-    void create()
+    void create( Slot &to, Slot &from )
     {
-        Slot &to = any(), &from = any();
-        Span  span  = in.span( lengthOf( from.model ), INNER );
-        Text  model = span.of( from.model );
+        Span span  = in.span( lengthOf( from.model ), INNER );
+        Text model = span.of( from.model );
 
         if( in.flag() || model.empty() )
             return to.set( qvStringCreateFromInner( from.ref, span.from, span.size ), model );
@@ -133,9 +125,8 @@ struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
     }
 
     // Everything that only looks, at two variables.
-    void look()
+    void look( Slot &a, Slot &b )
     {
-        Slot       &a = any(), &b = any();
         const Text &hay = a.model, needle = b.model.substr( 0, static_cast< size_t >( in.below( 9 ) ) );
         QV_INT      offset = place( a ), order = sign( hay.compare( b.model ) );
         size_t      from = static_cast< size_t >( offset );

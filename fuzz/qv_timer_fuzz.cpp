@@ -17,17 +17,12 @@ namespace
 {
 const QV_INT MINUTE = 60000, TIMERS = 6;
 
-enum Kind
-{
-    NONE,
-    BY_STAMP,
-    BY_TIME,
-    REPLACED // by another timer at an equal Time: it counts as scheduled, and does not fire
-};
+// A timer that another one at an equal Time has replaced counts as scheduled, and does not fire.
+const QV_INT NONE = 0, BY_STAMP = 1, BY_TIME = 2, REPLACED = 3;
 
 struct Plan
 {
-    Kind   kind = NONE;
+    QV_INT kind = NONE;
     QV_INT due = 0, period = 0, repeats = 0; // in minutes
 
     bool operator==( const Plan & ) const = default;

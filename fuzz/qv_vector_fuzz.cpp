@@ -13,9 +13,8 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
 {
     QV_INT next = 0;
 
-    void insert()
+    void insert( Slot &dest, Slot &src )
     {
-        Slot  &dest = any(), &src = any();
         Values from = src.model;
         Span   span = in.span( lengthOf( from ), in.below( 5 ) );
         QV_INT at   = place( dest );
@@ -31,9 +30,8 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
     }
 
     // New ones, sometimes as many as there are free places or nearly, or elements of the block that they go into.
-    void objs()
+    void objs( Slot &slot, Slot & )
     {
-        Slot            &slot = any();
         QV_INT           at = place( slot ), count = in.flag() ? in.length( 100 ) : in.upTo( freePlaces( slot ) + 1 );
         Span             span   = in.span( lengthOf( slot.model ), INNER );
         Values           values = span.of( slot.model );
@@ -53,9 +51,8 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
     }
 
     // One object, at an end perhaps through an index that is none: a new one, or one that perhaps only the Vector holds.
-    void object()
+    void object( Slot &slot, Slot & )
     {
-        Slot         &slot = any();
         bool          sets = in.flag();
         QV_INT        idx = sets ? place( slot ) - in.below( 2 ) : place( slot ), value = next++;
         Ref< QV_OBJ > fresh = boxedInt( value );
@@ -77,10 +74,9 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
     }
 
     // The Vector becomes an element of its own successor, which holds it as it was.
-    void self()
+    void self( Slot &slot, Slot & )
     {
-        Slot  &slot = any();
-        QV_INT at   = place( slot );
+        QV_INT at = place( slot );
         qvVectorInsertObj( slot.ref.at(), at, obj( slot.ref.get() ) );
         require( qvVectorLength( slot.ref ) == lengthOf( slot.model ) + 1 );
         require( valuesOf( qvVectorFrom( qvVectorBacking( slot.ref )[at] ) ) == slot.model );
@@ -88,9 +84,8 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
     }
 
     // One after the other, as blocks fill up and empty.
-    void many()
+    void many( Slot &slot, Slot & )
     {
-        Slot   &slot  = any();
         Values &model = slot.model;
         bool    takes = in.flag(), last = in.flag();
 
@@ -112,24 +107,21 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
         }
     }
 
-    void erase()
+    void erase( Slot &slot, Slot & )
     {
-        Slot &slot = any();
-        Span  span = in.span( lengthOf( slot.model ), LEADING + in.below( 4 ) );
+        Span span = in.span( lengthOf( slot.model ), LEADING + in.below( 4 ) );
         CALL_PART( qvVectorDel, span, 1, slot.ref.at() );
         slot.model = span.rest( slot.model );
     }
 
-    void reverse()
+    void reverse( Slot &slot, Slot & )
     {
-        Slot &slot = any();
         qvVectorReverse( slot.ref.at() );
         std::reverse( slot.model.begin(), slot.model.end() );
     }
 
-    void create()
+    void create( Slot &to, Slot &from )
     {
-        Slot  &to = any(), &from = any();
         Span   span   = in.span( lengthOf( from.model ), INNER );
         Values values = span.of( from.model );
 
@@ -145,9 +137,8 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
         to.set( qvVectorCreateFromObjsUse( block, span.size ), values );
     }
 
-    void look()
+    void look( Slot &a, Slot &b )
     {
-        Slot   &a = any(), &b = any();
         Values &values = a.model;
         require( qvVectorCompare( a.ref, b.ref ) == sign( values <=> b.model ) );
 
