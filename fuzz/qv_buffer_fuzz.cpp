@@ -138,27 +138,6 @@ struct BufferWalk : Slots< BufferWalk, QV_BUFFER, Bits, qvBufferCreate >
         dest->model = span.rest( dest->model );
     }
 
-    // Byte by byte at an end, as blocks fill up and empty.
-    void many( Slot &slot, Slot & )
-    {
-        Bits &model = slot.model;
-        bool  takes = in.flag(), last = in.flag();
-
-        for( QV_INT count = in.length( 500 ); count > 0 && !( takes && model.size() < 8 ); count-- )
-        {
-            if( takes )
-            {
-                ( last ? qvBufferDelTrailing : qvBufferDelLeading )( slot.ref.at(), 1 );
-                model = without( model, last ? lengthOf( model ) - 8 : 0, 8 );
-            }
-            else
-            {
-                ( last ? qvBufferAppendByte : qvBufferPrependByte )( slot.ref.at(), static_cast< uint8_t >( count ) );
-                qv::fuzz::put( model, last ? lengthOf( model ) : 0, bitsOf( static_cast< uint64_t >( count ), 8 ) );
-            }
-        }
-    }
-
     // Every way to read, at any place.
     void look( Slot &slot, Slot &other )
     {
@@ -196,4 +175,4 @@ struct BufferWalk : Slots< BufferWalk, QV_BUFFER, Bits, qvBufferCreate >
 
 QV_FUZZ_WALK(
     BufferWalk, OP( share ) OP( create ) OP( copy ) OP( copy ) OP( copy ) OP( put ) OP( put ) OP( put ) OP( align )
-                    OP( erase ) OP( erase ) OP( many ) OP( look ) )
+                    OP( erase ) OP( erase ) OP( look ) )

@@ -110,28 +110,6 @@ struct Decoder
     }
 };
 
-// The tables of a charset of single bytes, asked for byte by byte.
-struct Table
-{
-    char32_t chars[256]; // 0x110000 for none
-
-    explicit Table( QV_INT charset )
-    {
-        for( int i = 0; i < 256; i++ )
-        {
-            Ref< QV_STRING > qvs( qvCharsetBufferToStringWithFlags(
-                charset, bufferOf( std::string( 1, static_cast< char >( i ) ) ), ABORT ) );
-            chars[i] = qvs ? qvStringCharAt( qvs, 0 ) : 0x110000;
-        }
-    }
-};
-
-const Table &tableOf( QV_INT charset )
-{
-    static std::map< QV_INT, Table > tables;
-    return tables.try_emplace( charset, charset ).first->second;
-}
-
 struct CodecWalk
 {
     void decode()
@@ -162,8 +140,13 @@ struct CodecWalk
         else
             for( size_t i = 0; i < model.bytes.size() && !model.failed; i++ )
             {
-                char32_t ch = tableOf( charset ).chars[static_cast< uint8_t >( model.bytes[i] )];
-                ch < 0x110000 ? model.text += ch : ( model.invalid(), model.text );
+                Ref< QV_BUFFER > byte = bufferOf( model.bytes.substr( i, 1 ) );
+                Ref< QV_STRING > ch( qvCharsetBufferToStringWithFlags( charset, byte, ABORT ) );
+
+                if( ch )
+                    model.text += charsOf( ch );
+                else
+                    model.invalid();
             }
 
         Ref< QV_BUFFER > bytes = bufferOf( model.bytes );
@@ -199,33 +182,7 @@ struct CodecWalk
 
         require( text == model.text && ( qvCharSourceError( source ) != 0 ) == model.failed );
     }
-
-    // Single bytes from texts: what has no byte is replaced, dropped, or fails all.
-    void encode()
-    {
-        QV_INT           charset = in.below( QV_CHARSET_UTF_8 ), flags = in.below( 3 );
-        Ref< QV_STRING > qvs = stringOf( in.text( 3000 ) ), normal( qvStringCreateFrom( qvs ) );
-        std::string      expected;
-        bool             fails = false;
-
-        qvStringNormalizeNFC( normal.at() );
-        qvStringSanitize( normal.at() );
-
-        for( char32_t ch : charsOf( normal ) )
-        {
-            const char32_t *chars = tableOf( charset ).chars, *end = chars + 256, *found = std::find( chars, end, ch );
-
-            if( found == end && !( flags & IGNORE ) )
-                fails = fails || flags & ABORT, found = std::find( chars, end, U'?' );
-
-            if( found < end || !( flags & IGNORE ) )
-                expected += static_cast< char >( found < end ? found - chars : 0 );
-        }
-
-        Ref< QV_BUFFER > buf( qvCharsetStringToBufferWithFlags( charset, qvs, flags ) );
-        require( fails ? !buf : buf && bytesOf( buf ) == expected );
-    }
 };
 } // namespace
 
-QV_FUZZ_WALK( CodecWalk, OP( decode ) OP( decode ) OP( encode ) )
+QV_FUZZ_WALK( CodecWalk, OP( decode ) )

@@ -12,8 +12,7 @@ const QV_INT INT = 0, REAL = 1, STRING = 2;
 
 struct Key
 {
-    QV_INT kind;
-    QV_INT number; // a Real is half of it
+    QV_INT kind, number; // a Real is half of the number
     Text   text;
 
     auto operator<=>( const Key & ) const = default;
@@ -64,7 +63,7 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
     Key key( Slot &slot, QV_OBJ *&obj )
     {
         bool held = !slot.model.empty() && in.below( 4 );
-        auto at   = std::next( slot.model.begin(), held ? in.index( slot.model ) : 0 );
+        auto at   = std::next( slot.model.begin(), held ? in.upTo( lengthOf( slot.model ) - 1 ) : 0 );
         Key  key  = held ? at->first : DictWalk::key();
         keyObj    = key.object();
         obj       = held && in.flag() ? at->second.key : keyObj.get();
@@ -75,7 +74,7 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
     Entry value( Slot &slot )
     {
         if( !slot.model.empty() && in.flag() )
-            return at( slot.model, in.index( slot.model ) ).second;
+            return at( slot.model, in.upTo( lengthOf( slot.model ) - 1 ) ).second;
 
         QV_INT number = in.below( 6 );
         valueObj      = boxedInt( number );
@@ -121,13 +120,10 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
         Entry entry     = value( slot );
 
         qvDictDelValue( slot.ref.at(), entry.value, byCompare );
+        byCompare = byCompare && entry.number != NO_NUMBER;
         std::erase_if(
-            slot.model,
-            [&]( auto &item )
-            {
-                return item.second.value == entry.value
-                       || ( byCompare && entry.number != NO_NUMBER && item.second.number == entry.number );
-            } );
+            slot.model, [&]( auto &item )
+            { return item.second.value == entry.value || ( byCompare && item.second.number == entry.number ); } );
     }
 
     // Entries come or go, neighbours in every order: to either end, towards the middle or from there, and scattered.
@@ -146,16 +142,12 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
             Key k  = form ? Key{ STRING, 0, wide( text ) } : Key{ INT, at, {} };
             keyObj = k.object(), valueObj = boxedInt( order );
 
-            if( deletes )
-            {
-                qvDictDelObjKey( slot.ref.at(), keyObj );
-                slot.model.erase( k );
-            }
-            else
-            {
+            slot.model[k] = { keyObj, valueObj, order };
+
+            if( !deletes )
                 qvDictSetObjKey( slot.ref.at(), keyObj, valueObj );
-                slot.model[k] = { keyObj, valueObj, order };
-            }
+            else
+                qvDictDelObjKey( slot.ref.at(), keyObj ), slot.model.erase( k );
         }
     }
 
@@ -235,26 +227,22 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
         to.set( qvDictCreateWithKeysAndValues( keys, values ), from.model );
     }
 
-    void look( Slot &slot, Slot & )
+    // The order by entries is known if all values are numbers.
+    void look( Slot &slot, Slot &other )
     {
         QV_OBJ *obj;
-        QV_INT  idx = indexOf( slot.model, key( slot, obj ) );
+        QV_INT  idx     = indexOf( slot.model, key( slot, obj ) );
+        bool    numbers = true;
 
         require( qvDictHasObjKey( slot.ref, obj ) == ( idx >= 0 ) && qvDictIndexOfObjKey( slot.ref, obj ) == idx );
         require(
             borrow( qvDictObjKey( slot.ref, obj ) ) == ( idx < 0 ? nullptr : at( slot.model, idx ).second.value ) );
-    }
 
-    // The order by entries, for variables whose values are all numbers.
-    void order( Slot &a, Slot &b )
-    {
-        bool numbers = true;
-
-        for( Model *model : { &a.model, &b.model } )
+        for( Model *model : { &slot.model, &other.model } )
             for( auto &[k, entry] : *model )
                 numbers = numbers && entry.number != NO_NUMBER;
 
-        require( !numbers || qvDictCompare( a.ref, b.ref ) == sign( a.model <=> b.model ) );
+        require( !numbers || qvDictCompare( slot.ref, other.ref ) == sign( slot.model <=> other.model ) );
     }
 
     // What an operation has made is of no use after it.
@@ -283,4 +271,4 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
 
 QV_FUZZ_WALK(
     DictWalk, OP( share ) OP( set ) OP( set ) OP( set ) OP( erase ) OP( eraseValue ) OP( run ) OP( run ) OP( run )
-                  OP( combine ) OP( combine ) OP( combineValue ) OP( create ) OP( look ) OP( order ) )
+                  OP( combine ) OP( combine ) OP( combineValue ) OP( create ) OP( look ) )

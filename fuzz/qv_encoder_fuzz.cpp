@@ -175,7 +175,7 @@ struct EncoderWalk
                 reader.bytes += static_cast< char >( in.byte() & ( in.flag() ? 0x87 : 0xFF ) );
 
         for( QV_INT changes = in.below( 4 ); changes > 0 && !reader.bytes.empty(); changes-- )
-            at( reader.bytes, in.index( reader.bytes ) ) = static_cast< char >( in.byte() );
+            at( reader.bytes, in.upTo( lengthOf( reader.bytes ) - 1 ) ) = static_cast< char >( in.byte() );
 
         Ref< QV_DECODER > decoder( qvDecoderCreate( bufferOf( reader.bytes ) ) );
 

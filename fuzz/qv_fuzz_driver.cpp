@@ -85,10 +85,8 @@ std::string randomInput( std::mt19937 &random )
     std::string input;
 
     for( unsigned i = random() % ( pieces ? 40 : random() % 16 ? 160 : 1000 ); i > 0; i-- )
-    {
-        bool piece = pieces && random() % 4;
-        input += piece ? PIECES[random() % std::size( PIECES )] : std::string( 1, static_cast< char >( random() ) );
-    }
+        input += pieces && random() % 4 ? PIECES[random() % std::size( PIECES )]
+                                        : std::string( 1, static_cast< char >( random() ) );
 
     return input;
 }

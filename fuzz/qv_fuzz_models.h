@@ -17,14 +17,8 @@ inline bool isSpace( char32_t ch )
 
 inline Text trimmed( const Text &text, bool first = true, bool last = true )
 {
-    auto from = text.begin(), to = text.end();
-
-    if( first )
-        from = std::find_if_not( from, to, isSpace );
-
-    while( last && from < to && isSpace( to[-1] ) )
-        --to;
-
+    auto from = first ? std::find_if_not( text.begin(), text.end(), isSpace ) : text.begin();
+    auto to   = last ? std::find_if_not( text.rbegin(), std::reverse_iterator( from ), isSpace ).base() : text.end();
     return Text( from, to );
 }
 
@@ -39,14 +33,10 @@ inline Text sanitized( const Text &text )
     Text result;
 
     for( size_t i = 0; i < text.size(); i++ )
-    {
-        char32_t ch = text[i], next = i + 1 < text.size() ? text[i + 1] : 0;
-
-        if( ch >> 10 == 0xD800 >> 10 && next >> 10 == 0xDC00 >> 10 )
-            result += 0x10000 + ( ( ch & 0x3FF ) << 10 ) + ( next & 0x3FF ), i++;
-        else if( !isSurrogate( ch ) )
-            result += ch;
-    }
+        if( text[i] >> 10 == 0xD800 >> 10 && i + 1 < text.size() && text[i + 1] >> 10 == 0xDC00 >> 10 )
+            result += 0x10000 + ( ( text[i] & 0x3FF ) << 10 ) + ( text[i + 1] & 0x3FF ), i++;
+        else if( !isSurrogate( text[i] ) )
+            result += text[i];
 
     return result;
 }
@@ -113,8 +103,7 @@ struct NumberReader
     // A sign; and if the base is to be read, a prefix and a sign after it where there was none before. True if negative.
     bool head( QV_INT &base, bool plusToo )
     {
-        static const char *const MNEMONICS[] = { "0b", "0B", "0o", "0O", "0d", "0D", "0x", "0X" };
-        static const QV_INT      BASES[]     = { 2, 8, 10, 16 };
+        static const char *const PREFIXES[] = { "0b", "0B", "0o", "0O", "0d", "0D", "0x", "0X" };
 
         space();
         int found = sign( plusToo );
@@ -125,16 +114,13 @@ struct NumberReader
         base = 10;
 
         for( QV_INT i = 0; i < 43; i++ )
-        {
-            Text prefix = wide( i < 8 ? MNEMONICS[i] : std::to_string( i - 6 ) + ":" );
-
-            if( text.compare( at, prefix.size(), prefix ) == 0 )
+            if( Text prefix = wide( i < 8 ? PREFIXES[i] : std::to_string( i - 6 ) + ":" );
+                text.compare( at, prefix.size(), prefix ) == 0 )
             {
                 at += prefix.size();
-                base = i < 8 ? BASES[i / 2] : i - 6;
+                base = i >= 8 ? i - 6 : i < 2 ? 2 : i < 4 ? 8 : i < 6 ? 10 : 16;
                 break;
             }
-        }
 
         space();
 
@@ -157,6 +143,12 @@ struct NumberReader
                && !__builtin_add_overflow( longer, negative ? -d : d, &longer ) )
             value = longer, at++;
 
+        return done( from );
+    }
+
+    // White space comes after a number, but not after none.
+    bool done( size_t from )
+    {
         bool any = at > from;
 
         if( any )
@@ -186,12 +178,7 @@ struct NumberReader
                 value = std::fma( value, radix, one * d );
         }
 
-        bool any = at > from;
-
-        if( any )
-            space();
-
-        return any;
+        return done( from );
     }
 };
 } // namespace qv::fuzz

@@ -29,6 +29,7 @@
 #include <cstdlib>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <unistd.h>
@@ -177,13 +178,6 @@ struct Input
             return shown( std::min< QV_INT >( how % 8, limit ) );
 
         return how < 224 ? shown( std::max< QV_INT >( limit - how % 8, 0 ) ) : below( limit + 1 );
-    }
-
-    /** An index of something that is not empty. */
-    template< class C >
-    QV_INT index( const C &all )
-    {
-        return upTo( lengthOf( all ) - 1 );
     }
 
     /** A length, often near a number of places that blocks are made of. */
@@ -337,8 +331,8 @@ inline Ref< QV_BUFFER > bufferOf( const std::string &bytes )
 
 inline std::string bytesOf( QV_BUFFER *buf )
 {
-    return std::string(
-        reinterpret_cast< const char * >( qvBufferBacking( buf ) ), static_cast< size_t >( qvBufferLength( buf ) ) );
+    const uint8_t *bytes = qvBufferBacking( buf );
+    return std::string( bytes, bytes + qvBufferLength( buf ) );
 }
 
 template< class T >
@@ -458,14 +452,11 @@ void call( W &walk, void ( B::*operation )() )
 template< class Body >
 int run( Body body )
 {
-    static bool started = false;
-
-    if( !started )
+    if( static bool started = false; !std::exchange( started, true ) )
         qvRuntimeStartup(
             QV_RUNTIME_FLAG_OBJECT_DATABASE | QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS, nullptr, nullptr, nullptr,
             nullptr );
 
-    started       = true;
     QV_INT before = liveObjects();
     body();
 

@@ -103,8 +103,6 @@ struct Parser
                 return def.argOnly;
             }
 
-            QV_INT found, flags;
-
             if( text == U"--" )
             {
                 options = false;
@@ -113,59 +111,41 @@ struct Parser
                 continue;
             }
 
-            if( text[1] != U'-' )
-            {
-                auto entry = def.shorts.find( text[1] );
-                opt        = text.substr( 0, 2 );
-                found      = entry == def.shorts.end() ? -1 : entry->second;
-                flags      = found < 0 ? 0 : def.flags[found];
-                text.erase( 1, 1 );
+            bool   isLong = text[1] == U'-', abbreviated = false;
+            QV_INT found;
 
-                if( text.size() == 1 )
-                    argv.erase( at );
-                else
-                    at->text = text;
-
-                if( found < 0 )
-                    return found;
-
-                if( flags & ARGUMENT && !takeArgument( i ) )
-                    return -3;
-
-                if( flags & ARGUMENT && text.size() > 1 )
-                    arg->text.erase( 0, 1 );
-            }
-            else
+            if( isLong )
             {
                 size_t equals = text.find( U'=' );
-                bool   abbreviated;
+                opt           = text.substr( 0, equals );
+                found         = find( opt->substr( 2 ), abbreviated );
                 argv.erase( at );
 
                 if( equals != Text::npos )
                     arg = Word{ true, text.substr( equals + 1 ) };
+            }
+            else
+            {
+                opt   = text.substr( 0, 2 );
+                found = def.shorts.contains( text[1] ) ? def.shorts[text[1]] : -1;
 
-                opt   = text.substr( 0, equals );
-                found = find( opt->substr( 2 ), abbreviated );
-                flags = found < 0 ? 0 : def.flags[found];
-
-                if( found < 0 )
-                    return found;
-
-                if( flags & ARGUMENT && !arg && !takeArgument( i ) )
-                    return -3;
-
-                if( flags & NO_ABBREV && abbreviated )
-                    return -6;
-
-                if( !( flags & ARGUMENT ) && arg )
-                    return -4;
+                if( at->text.erase( 1, 1 ).size() == 1 )
+                    argv.erase( at );
             }
 
-            if( flags & ONCE && !once.insert( found ).second )
-                return -5;
+            QV_INT flags = found < 0 ? 0 : def.flags[found];
+            QV_INT error = found < 0                                        ? found
+                           : flags & ARGUMENT && !arg && !takeArgument( i ) ? -3
+                           : flags & NO_ABBREV && abbreviated               ? -6
+                           : !( flags & ARGUMENT ) && arg                   ? -4
+                           : flags & ONCE && !once.insert( found ).second   ? -5
+                                                                            : 0;
 
-            if( !( flags & IGNORE ) )
-                return found;
+            if( !isLong && flags & ARGUMENT && text.size() > 2 )
+                arg->text.erase( 0, 1 );
+
+            if( error || !( flags & IGNORE ) )
+                return error ? error : found;
 
             opt.reset(), arg.reset();
             i++;

@@ -60,14 +60,10 @@ struct MapWalk
             // A new object, or the very one in the map.
             Ref< QV_OBJ > made = boxedInt( value );
             auto          at   = find( slot.model, value );
-            QV_OBJ       *obj  = made;
-
-            if( at != slot.model.end() )
-            {
-                obj = borrow( qvPriorityMapValueAt( slot.ref, std::distance( slot.model.begin(), at ) ) );
-                slot.model.erase( at );
-            }
-
+            QV_OBJ       *obj  = at == slot.model.end()
+                                     ? made.get()
+                                     : borrow( qvPriorityMapValueAt( slot.ref, std::distance( slot.model.begin(), at ) ) );
+            slot.model.erase( at, at == slot.model.end() ? at : std::next( at ) );
             qvPriorityMapSet( slot.ref.at(), priority, obj );
             slot.model.insert( { priority, value } );
         }
@@ -85,8 +81,7 @@ struct MapWalk
         if( has && in.flag() )
             qvPriorityMapDelAt( slot.ref.at(), idx );
         else
-            qvPriorityMapDel(
-                slot.ref.at(), has && in.flag() ? borrow( qvPriorityMapValueAt( slot.ref, idx ) ) : made.get() );
+            qvPriorityMapDel( slot.ref.at(), has ? borrow( qvPriorityMapValueAt( slot.ref, idx ) ) : made.get() );
 
         if( has )
             slot.model.erase( at );
@@ -127,8 +122,7 @@ struct MapWalk
     QV_STRING *nameOf( const Text &n, QV_VECTOR *owned )
     {
         Ref< QV_VECTOR > names( owned );
-        fresh      = stringOf( n );
-        QV_INT idx = qvVectorIndexOfObj( names, obj( fresh.get() ), QV_TRUE );
+        QV_INT           idx = qvVectorIndexOfObj( names, obj( ( fresh = stringOf( n ) ).get() ), QV_TRUE );
 
         if( idx < 0 || in.flag() )
             return fresh;

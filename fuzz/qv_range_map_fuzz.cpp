@@ -78,7 +78,7 @@ struct RangeMapWalk : Slots< RangeMapWalk, QV_RANGE_MAP, Model, qvRangeMapCreate
 
         if( how == 0 && !slot.model.list.empty() )
         {
-            const Interval &i = at( slot.model.list, in.index( slot.model.list ) );
+            const Interval &i = at( slot.model.list, in.upTo( lengthOf( slot.model.list ) - 1 ) );
             return in.flag() ? i.first : i.last;
         }
 
@@ -94,7 +94,7 @@ struct RangeMapWalk : Slots< RangeMapWalk, QV_RANGE_MAP, Model, qvRangeMapCreate
         // An object that only the map holds, perhaps in a range that will be covered.
         if( !slot.model.list.empty() && in.flag() )
         {
-            QV_INT idx = in.index( slot.model.list );
+            QV_INT idx = in.upTo( lengthOf( slot.model.list ) - 1 );
             obj        = borrow( qvRangeMapObjAt( slot.ref, idx ) );
             value      = at( slot.model.list, idx ).value;
         }

@@ -194,7 +194,7 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
 
         if( !all.empty() && in.below( 3 ) )
         {
-            QV_INT idx = in.index( all );
+            QV_INT idx = in.upTo( lengthOf( all ) - 1 );
             text       = at( all, idx );
             return borrow( qvStoreAddressAt( slot.ref, idx ) );
         }
@@ -257,7 +257,7 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
         if( slot.model.stores.empty() )
             return;
 
-        auto &[name, doc] = at( slot.model.stores, in.index( slot.model.stores ) );
+        auto &[name, doc] = at( slot.model.stores, in.upTo( lengthOf( slot.model.stores ) - 1 ) );
         made              = stringOf( name );
         Ref< QV_STORE > sub( qvStoreStore( slot.ref, made ) );
 

@@ -1,9 +1,11 @@
 // Streams in chains: lines to characters to bytes, through a charset, beside the bytes that have to come out. And sources
-// of bytes and characters that share what they read from.
+// of bytes and characters that share what they read from, and of lines.
 
 #include "qv_fuzz_models.h"
 
 #include "../tests/qv_test_utf8.h"
+
+#include "qv/io/qv_char_source_private.h"
 
 using namespace qv::fuzz;
 
@@ -46,10 +48,35 @@ std::string encoded( QV_INT charset, QV_INT flags, const Text &text )
     return bytes;
 }
 
+// In the order of their flags.
+const Text TERMINATORS[] = { U"\n", U"\r", U"\r\n", U"\x85", U"\v", U"\f", U"\u2028", U"\u2029", U"" };
+
 Text terminator( QV_INT flags )
 {
-    static const char32_t *const FORMS[] = { U"\n", U"\r", U"\r\n", U"\x85", U"\v", U"\f", U"\u2028", U"\u2029" };
-    return flags ? FORMS[__builtin_ctzll( static_cast< uint64_t >( flags ) )] : U"";
+    return TERMINATORS[__builtin_ctzll( static_cast< uint64_t >( flags | 256 ) )];
+}
+
+// The text with one character that occurs nowhere else for each terminator.
+Text marked( const Text &text, QV_INT flags )
+{
+    Text result;
+
+    for( size_t i = 0; i < text.size(); i++ )
+    {
+        bool pair = flags & QV_NLF_FLAG_CRLF && text.compare( i, 2, U"\r\n" ) == 0;
+        auto at   = std::find( TERMINATORS, TERMINATORS + 8, Text( 1, text[i] ) );
+        result += pair || flags >> ( at - TERMINATORS ) & 1 ? U'#' : text[i];
+        i += pair;
+    }
+
+    return result.empty() || result.back() == U'#' ? result : result + U'#';
+}
+
+// A char source over another one that reads Strings, never arrays.
+QV_BOOL readString( QV_OBJ *closure, QV_STRING **qvs, QV_INT most, QV_INT *count )
+{
+    *count = qvCharSourceRead( qvCharSourceFrom( closure ), qvs, most );
+    return QV_TRUE;
 }
 
 struct StreamWalk
@@ -65,7 +92,7 @@ struct StreamWalk
     Ref< QV_NLF_LINE_SINK >    nls{ qvNlfLineSinkCreate( chars, newline ) };
     Ref< QV_LINE_SINK >        line{ qvNlfLineSinkLineSink( nls ) };
     Text                       pending; // written to the charset's sink since its last flush
-    std::string expected = charset >= QV_CHARSET_UTF_8 && mark ? encoded( charset, 0, U"\uFEFF" ) : "", got;
+    std::string expected = charset >= QV_CHARSET_UTF_8 && mark ? encoded( charset, 0, U"\uFEFF" ) : "", seen;
 
     // A part of a String, as characters or as a line.
     void write()
@@ -102,8 +129,8 @@ struct StreamWalk
 
         expected += encoded( charset, flags, pending );
         pending.clear();
-        got += bytesOf( Ref< QV_BUFFER >( qvBufferByteSinkBuffer( bottom ) ) );
-        require( got == expected );
+        seen += bytesOf( Ref< QV_BUFFER >( qvBufferByteSinkBuffer( bottom ) ) );
+        require( seen == expected );
     }
 
     // Bytes go below the characters.
@@ -161,7 +188,29 @@ struct StreamWalk
         take( ofBytes, data, bufferOf, bytesOf, qvByteSourceRead, qvByteSourceEnd );
         take( ofChars, text, stringOf, charsOf, qvCharSourceRead, qvCharSourceEnd );
     }
+
+    // Of a text in which terminators are frequent.
+    void readLines()
+    {
+        Text   text  = in.text( 1000 ), lineTexts;
+        QV_INT count = 0;
+
+        for( char c : in.bytes( 2000 ) )
+            text += U"\n\r\x85\v\f\u2028\u2029a\t\x0E\x84\u202A"[static_cast< uint8_t >( c ) % 12];
+
+        Ref< QV_STRING_CHAR_SOURCE > scs( qvStringCharSourceCreate( stringOf( text ) ) );
+        Ref< QV_CHAR_SOURCE >        arrays( qvStringCharSourceCharSource( scs ) );
+        Ref< QV_CHAR_SOURCE >        strings( qv___CharSourceCreate( readString, obj( arrays.get() ) ) );
+        Ref< QV_NLF_LINE_SOURCE >    from( qvNlfLineSourceCreate( in.flag() ? arrays : strings, newline ) );
+        Ref< QV_LINE_SOURCE >        source( qvNlfLineSourceLineSource( from ) );
+
+        for( ; QV_STRING *each = qvLineSourceRead( source ); count++ )
+            lineTexts += takeText( each ) + U'#';
+
+        require( lineTexts == marked( text, newline ) && qvLineSourceLinesRead( source ) == count );
+        require( qvLineSourceEnd( source ) && !qvLineSourceError( source ) );
+    }
 };
 } // namespace
 
-QV_FUZZ_WALK( StreamWalk, OP( write ) OP( write ) OP( flush ) OP( writeBytes ) OP( read ) )
+QV_FUZZ_WALK( StreamWalk, OP( write ) OP( write ) OP( flush ) OP( writeBytes ) OP( read ) OP( readLines ) )

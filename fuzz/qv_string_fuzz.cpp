@@ -43,18 +43,6 @@ struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
         put( slot.model, at, more );
     }
 
-    // One after the other, as blocks fill up.
-    void many( Slot &slot, Slot & )
-    {
-        bool front = in.flag();
-
-        for( QV_INT i = in.length( 200 ); i > 0; i-- )
-        {
-            ( front ? qvStringPrependChar : qvStringAppendChar )( slot.ref.at(), U'0' + i % 10 );
-            put( slot.model, front ? 0 : lengthOf( slot.model ), Text( 1, U'0' + char32_t( i % 10 ) ) );
-        }
-    }
-
     void erase( Slot &slot, Slot & )
     {
         Span span = in.span( lengthOf( slot.model ), LEADING + in.below( 4 ) );
@@ -175,5 +163,5 @@ struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
 } // namespace
 
 QV_FUZZ_WALK(
-    StringWalk, OP( share ) OP( insert ) OP( insert ) OP( insert ) OP( chars ) OP( chars ) OP( chars ) OP( many )
-                    OP( erase ) OP( erase ) OP( setChar ) OP( clean ) OP( mapCase ) OP( create ) OP( look ) )
+    StringWalk, OP( share ) OP( insert ) OP( insert ) OP( insert ) OP( chars ) OP( chars ) OP( chars ) OP( erase )
+                    OP( erase ) OP( setChar ) OP( clean ) OP( mapCase ) OP( create ) OP( look ) )

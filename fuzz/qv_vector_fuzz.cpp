@@ -60,7 +60,7 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
 
         if( !slot.model.empty() && in.flag() )
         {
-            QV_INT from = in.index( slot.model );
+            QV_INT from = in.upTo( lengthOf( slot.model ) - 1 );
             value       = at( slot.model, from );
             obj         = qvVectorBacking( slot.ref )[from];
         }
@@ -145,7 +145,7 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
         if( values.empty() )
             return;
 
-        QV_INT  idx   = in.index( values );
+        QV_INT  idx   = in.upTo( lengthOf( values ) - 1 );
         QV_INT  first = std::find( values.begin(), values.end(), at( values, idx ) ) - values.begin();
         QV_OBJ *obj   = qvVectorBacking( a.ref )[idx];
         require( qvVectorIndexOfObj( a.ref, boxedInt( intOf( obj ) ), QV_TRUE ) == first );
