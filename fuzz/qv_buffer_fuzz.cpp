@@ -2,9 +2,7 @@
 
 #include "qv_fuzz_walk.h"
 
-using namespace qv::fuzz;
-
-namespace
+namespace qv::fuzz
 {
 using Bits = std::vector< bool >;
 
@@ -171,7 +169,7 @@ struct BufferWalk : Slots< BufferWalk, QV_BUFFER, Bits, qvBufferCreate >
         require( declared( slot.ref.get() ) <= length / 8 + 500 );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_WALK(
     BufferWalk, OP( share ) OP( create ) OP( copy ) OP( copy ) OP( copy ) OP( put ) OP( put ) OP( put ) OP( align )

@@ -4,9 +4,7 @@
 
 #include "qv_fuzz_models.h"
 
-using namespace qv::fuzz;
-
-namespace
+namespace qv::fuzz
 {
 const QV_INT ABORT = 1, IGNORE = 2, KEEP_MARK = 4; // the flags of a character set
 
@@ -169,20 +167,15 @@ struct CodecWalk
 
         while( !qvCharSourceEnd( source ) )
         {
-            QV_INT           limit   = 1 + in.length( 3000 );
-            bool             asChars = in.flag();
-            Text             array   = repeated( limit, U' ' );
             Ref< QV_STRING > qvs( qvStringCreate() );
-            QV_INT           count = asChars ? qvCharSourceReadChars( source, array.data(), limit )
-                                             : qvCharSourceRead( source, qvs.at(), limit );
-            array                  = asChars ? part( array, 0, count ) : charsOf( qvs );
-            require( count == lengthOf( array ) && ( count == limit ) != ( qvCharSourceEnd( source ) != 0 ) );
-            text += array;
+            QV_INT           limit = 1 + in.length( 3000 ), count = qvCharSourceRead( source, qvs.at(), limit );
+            require( count == qvStringLength( qvs ) && ( count == limit ) != ( qvCharSourceEnd( source ) != 0 ) );
+            text += charsOf( qvs );
         }
 
         require( text == model.text && ( qvCharSourceError( source ) != 0 ) == model.failed );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_WALK( CodecWalk, OP( decode ) )

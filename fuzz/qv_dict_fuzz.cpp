@@ -3,9 +3,7 @@
 
 #include "qv_fuzz_walk.h"
 
-using namespace qv::fuzz;
-
-namespace
+namespace qv::fuzz
 {
 // The kinds in the order of the names of their sorts.
 const QV_INT INT = 0, REAL = 1, STRING = 2;
@@ -267,7 +265,7 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
         }
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_WALK(
     DictWalk, OP( share ) OP( set ) OP( set ) OP( set ) OP( erase ) OP( eraseValue ) OP( run ) OP( run ) OP( run )

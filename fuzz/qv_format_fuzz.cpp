@@ -6,9 +6,7 @@
 #include <cstring>
 #include <random>
 
-using namespace qv::fuzz;
-
-namespace
+namespace qv::fuzz
 {
 /* Writing ---------------------------------------------------------------------------------------------------------- */
 
@@ -306,6 +304,6 @@ struct FormatWalk
         require( truth == ( ok && isTrue ) && consumed == QV_INT( boolReader.at ) );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_WALK( FormatWalk, OP( integers ) OP( reals ) OP( texts ) OP( others ) OP( read ) )

@@ -103,8 +103,7 @@ void runAll( const std::vector< std::filesystem::path > &files, bool alone )
 }
 
 // Runs `body` in a child; false if it fails.
-template< class Body >
-bool passes( bool quiet, Body body )
+bool passes( bool quiet, auto body )
 {
     fflush( nullptr );
 

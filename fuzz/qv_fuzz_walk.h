@@ -55,8 +55,7 @@ inline const bool tracing = getenv( "QV_FUZZ_TRACE" ) != nullptr;
 
 using Text = std::u32string;
 
-template< class C >
-QV_INT lengthOf( const C &all )
+QV_INT lengthOf( const auto &all )
 {
     return static_cast< QV_INT >( all.size() );
 }
@@ -81,15 +80,13 @@ void put( C &all, QV_INT at, const C &more )
 }
 
 /** The element at an index that is no size_t. */
-template< class C >
-auto &at( C &all, QV_INT idx )
+auto &at( auto &all, QV_INT idx )
 {
     return *std::next( all.begin(), idx );
 }
 
 /** The sign of an order, as the compare functions return it. */
-template< class O >
-int sign( O order )
+int sign( auto order )
 {
     return ( order > 0 ) - ( order < 0 );
 }
@@ -109,15 +106,13 @@ struct Span
     QV_INT form, offset, count; // the last two are what a function is called with
     QV_INT from, size;          // the part that is meant, or is not
 
-    template< class C >
-    C of( const C &all ) const
+    auto of( const auto &all ) const
     {
         return form == OUTER ? without( all, from, size ) : part( all, from, size );
     }
 
     /** What is left after that is deleted. */
-    template< class C >
-    C rest( const C &all ) const
+    auto rest( const auto &all ) const
     {
         return form == OUTER ? part( all, from, size ) : without( all, from, size );
     }
@@ -335,14 +330,12 @@ inline std::string bytesOf( QV_BUFFER *buf )
     return std::string( bytes, bytes + qvBufferLength( buf ) );
 }
 
-template< class T >
-int32_t references( T *object )
+int32_t references( auto *object )
 {
     return qv___RetainCountValue( &obj( object )->retainCount );
 }
 
-template< class T >
-QV_INT declared( T *object )
+QV_INT declared( auto *object )
 {
     return qv___ObjDbgAllocationSize( obj( object ) );
 }
@@ -412,6 +405,12 @@ struct Slots
         return in.upTo( lengthOf( slot.model ) );
     }
 
+    /** How many elements of `size` bytes its block has room for. */
+    static QV_INT freePlaces( const Slot &slot, QV_INT size )
+    {
+        return declared( slot.ref.get() ) / size - lengthOf( slot.model );
+    }
+
     /** Each variable is as its model, and each object has the references that the variables hold and no other. */
     void check()
     {
@@ -449,8 +448,7 @@ void call( W &walk, void ( B::*operation )() )
 }
 
 /** Runs `body`, after which there are as many live objects as before. */
-template< class Body >
-int run( Body body )
+int run( auto body )
 {
     if( static bool started = false; !std::exchange( started, true ) )
         qvRuntimeStartup(
@@ -496,16 +494,16 @@ void walk( const Operation< W > ( &operations )[N] )
 #define QV_FUZZ_READER( reader )                                                                                       \
     extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )                                          \
     {                                                                                                                  \
-        return qv::fuzz::run( [&] { reader( data, size ); } );                                                         \
+        return qv::fuzz::run( [&] { qv::fuzz::reader( data, size ); } );                                               \
     }
 
 /** A walk of operations, each of them as OP( name ). */
 #define QV_FUZZ_WALK( W, operations )                                                                                  \
     extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )                                          \
     {                                                                                                                  \
-        using Current                                      = W;                                                        \
-        static const qv::fuzz::Operation< W > OPERATIONS[] = { operations };                                           \
-        qv::fuzz::in                                       = { data, data, data + size };                              \
+        using Current                                            = qv::fuzz::W;                                        \
+        static const qv::fuzz::Operation< Current > OPERATIONS[] = { operations };                                     \
+        qv::fuzz::in                                             = { data, data, data + size };                        \
         return qv::fuzz::run( [] { qv::fuzz::walk( OPERATIONS ); } );                                                  \
     }
 #define OP( name ) { #name, []( Current &walk ) { qv::fuzz::call( walk, &Current::name ); } },

@@ -5,9 +5,7 @@
 
 #include "qv/unicode/qv_unicode_db_private.h"
 
-using namespace qv::fuzz;
-
-namespace
+namespace qv::fuzz
 {
 const QV_INT CANONICAL = 1; // the type of a mapping
 
@@ -182,6 +180,6 @@ struct NormalizerWalk
         require( lengthOf( got ) + qvUnicodeNormalizerReadable( norm ) == lengthOf( gotSingle ) );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_WALK( NormalizerWalk, OP( write ) OP( write ) OP( read ) OP( flush ) OP( clear ) )

@@ -5,9 +5,7 @@
 
 #include <set>
 
-using namespace qv::fuzz;
-
-namespace
+namespace qv::fuzz
 {
 // By priority, then as the objects order, which are boxed integers.
 using Pairs = std::set< std::pair< QV_INT, QV_INT > >;
@@ -217,6 +215,6 @@ struct MapWalk
         require( charsOf( generated ) == text && qvFlagsetParse( slot.ref, generated ) == bits );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_WALK( MapWalk, OP( share ) OP( create ) OP( set ) OP( set ) OP( erase ) OP( look ) OP( enumerant ) OP( flag ) )

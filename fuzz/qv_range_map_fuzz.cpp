@@ -2,9 +2,7 @@
 
 #include "qv_fuzz_walk.h"
 
-using namespace qv::fuzz;
-
-namespace
+namespace qv::fuzz
 {
 struct Interval
 {
@@ -189,7 +187,7 @@ struct RangeMapWalk : Slots< RangeMapWalk, QV_RANGE_MAP, Model, qvRangeMapCreate
         require( list == slot.model.list && qvRangeMapAutoCollapse( map ) == slot.model.collapses );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_WALK(
     RangeMapWalk,

@@ -2,9 +2,7 @@
 
 #include "qv_fuzz_walk.h"
 
-using namespace qv::fuzz;
-
-namespace
+namespace qv::fuzz
 {
 void decode( const uint8_t *data, size_t size )
 {
@@ -34,6 +32,6 @@ void decode( const uint8_t *data, size_t size )
     again.reset( qvStoreDecodeFromStringVector( lines ) );
     require( qvStoreEquals( read, again ) );
 }
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_READER( decode )

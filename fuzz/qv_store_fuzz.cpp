@@ -7,9 +7,7 @@
 
 #include <set>
 
-using namespace qv::fuzz;
-
-namespace
+namespace qv::fuzz
 {
 using Lines = std::vector< Text >;
 
@@ -184,7 +182,7 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
 
     void create( Slot &to, Slot &from )
     {
-        in.below( 4 ) ? to.set( qvStoreCreateFrom( from.ref ), from.model ) : to.set( qvStoreCreate(), Doc() );
+        to.set( qvStoreCreateFrom( from.ref ), from.model );
     }
 
     // An address as a new text, or as the one that the Store has.
@@ -352,7 +350,7 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
         require( qvStoreCompare( a.ref, b.ref ) == -qvStoreCompare( b.ref, a.ref ) );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_WALK(
     StoreWalk, OP( share ) OP( create ) OP( setValue ) OP( setValue ) OP( erase ) OP( setStore ) OP( setStore )

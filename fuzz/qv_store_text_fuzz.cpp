@@ -2,9 +2,7 @@
 
 #include "qv_fuzz_walk.h"
 
-using namespace qv::fuzz;
-
-namespace
+namespace qv::fuzz
 {
 Ref< QV_STORE > throughText( QV_STORE *store )
 {
@@ -24,6 +22,6 @@ void decode( const uint8_t *data, size_t size )
     Ref< QV_STORE > first = throughText( store );
     require( qvStoreEquals( first, throughText( first ) ) );
 }
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_READER( decode )

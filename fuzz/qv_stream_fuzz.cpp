@@ -7,9 +7,7 @@
 
 #include "qv/io/qv_char_source_private.h"
 
-using namespace qv::fuzz;
-
-namespace
+namespace qv::fuzz
 {
 std::string unit( uint32_t value, int count, bool little )
 {
@@ -211,6 +209,6 @@ struct StreamWalk
         require( qvLineSourceEnd( source ) && !qvLineSourceError( source ) );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_WALK( StreamWalk, OP( write ) OP( write ) OP( flush ) OP( writeBytes ) OP( read ) OP( readLines ) )

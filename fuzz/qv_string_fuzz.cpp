@@ -3,9 +3,7 @@
 
 #include "qv_fuzz_models.h"
 
-using namespace qv::fuzz;
-
-namespace
+namespace qv::fuzz
 {
 struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
 {
@@ -30,7 +28,7 @@ struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
     {
         QV_INT         how = in.below( 4 ), at = place( slot );
         Span           span = in.span( lengthOf( slot.model ), INNER );
-        Text           more = how == 0   ? repeated( in.upTo( freePlaces( slot ) + 1 ), U'f' )
+        Text           more = how == 0   ? repeated( in.upTo( freePlaces( slot, 4 ) + 1 ), U'f' )
                               : how == 1 ? span.of( slot.model )
                                          : in.text();
         const QV_CHAR *from = how == 1 ? qvStringBacking( slot.ref ) + span.from : more.data();
@@ -152,15 +150,10 @@ struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
 
     static void compare( Slot &slot )
     {
-        require( charsOf( slot.ref ) == slot.model && freePlaces( slot ) <= 128 );
-    }
-
-    static QV_INT freePlaces( const Slot &slot )
-    {
-        return declared( slot.ref.get() ) / 4 - lengthOf( slot.model );
+        require( charsOf( slot.ref ) == slot.model && freePlaces( slot, 4 ) <= 128 );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_WALK(
     StringWalk, OP( share ) OP( insert ) OP( insert ) OP( insert ) OP( chars ) OP( chars ) OP( chars ) OP( erase )

@@ -10,11 +10,9 @@
 #include <mutex>
 #include <semaphore>
 
-using namespace qv::fuzz;
-using qv::test::wallClock;
-
-namespace
+namespace qv::fuzz
 {
+using qv::test::wallClock;
 const QV_INT MINUTE = 60000, TIMERS = 6;
 
 // A timer that another one at an equal Time has replaced counts as scheduled, and does not fire.
@@ -97,7 +95,9 @@ struct TimerWalk
         wallBase       = ( wallClock.now() - MINUTE / 2 ) / 1000;
 
         for( QV_INT idx = 0; idx < TIMERS; idx++ )
-            renew( idx );
+            timers[idx].reset( qvTimerCreate( onTimer, boxedInt( idx ) ) );
+
+        plans = model;
     }
 
     ~TimerWalk()
@@ -109,17 +109,13 @@ struct TimerWalk
         ahead = wallClock.step.exchange( 0 );
     }
 
-    void renew( QV_INT idx )
+    void renew()
     {
         std::lock_guard lock( mutex );
+        QV_INT          idx = in.below( TIMERS );
         timers[idx].reset( qvTimerCreate( onTimer, boxedInt( idx ) ) );
         at( model.all, idx ) = {};
         plans                = model;
-    }
-
-    void renewAny()
-    {
-        renew( in.below( TIMERS ) );
     }
 
     // With a delay, at a timestamp or at a Time, a while off or passed already.
@@ -188,8 +184,8 @@ struct TimerWalk
             require( qvTimerScheduled( timers[idx] ) == ( at( model.all, idx ).kind != NONE ) );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_WALK(
-    TimerWalk, OP( renewAny ) OP( schedule ) OP( schedule ) OP( schedule ) OP( schedule ) OP( unschedule ) OP( advance )
+    TimerWalk, OP( renew ) OP( schedule ) OP( schedule ) OP( schedule ) OP( schedule ) OP( unschedule ) OP( advance )
                    OP( advance ) OP( advance ) )

@@ -3,9 +3,7 @@
 
 #include "qv_fuzz_walk.h"
 
-using namespace qv::fuzz;
-
-namespace
+namespace qv::fuzz
 {
 using Values = std::vector< QV_INT >; // of the boxed integers that are the elements
 
@@ -32,10 +30,10 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
     // New ones, sometimes as many as there are free places or nearly, or elements of the block that they go into.
     void objs( Slot &slot, Slot & )
     {
-        QV_INT           at = place( slot ), count = in.flag() ? in.length( 100 ) : in.upTo( freePlaces( slot ) + 1 );
-        Span             span   = in.span( lengthOf( slot.model ), INNER );
-        Values           values = span.of( slot.model );
-        QV_OBJ *const   *from   = qvVectorBacking( slot.ref ) + span.from;
+        QV_INT         at = place( slot ), count = in.flag() ? in.length( 100 ) : in.upTo( freePlaces( slot, 8 ) + 1 );
+        Span           span   = in.span( lengthOf( slot.model ), INNER );
+        Values         values = span.of( slot.model );
+        QV_OBJ *const *from   = qvVectorBacking( slot.ref ) + span.from;
         Ref< QV_VECTOR > made( qvVectorCreate() );
 
         if( in.flag() )
@@ -160,17 +158,12 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
         return values;
     }
 
-    static QV_INT freePlaces( const Slot &slot )
-    {
-        return declared( slot.ref.get() ) / 8 - lengthOf( slot.model );
-    }
-
     static void compare( Slot &slot )
     {
-        require( valuesOf( slot.ref ) == slot.model && freePlaces( slot ) <= 128 + lengthOf( slot.model ) );
+        require( valuesOf( slot.ref ) == slot.model && freePlaces( slot, 8 ) <= 128 + lengthOf( slot.model ) );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_WALK(
     VectorWalk, OP( share ) OP( insert ) OP( insert ) OP( objs ) OP( objs ) OP( object ) OP( object ) OP( self )
