@@ -118,9 +118,10 @@ struct CodecWalk
             "\xD8\x3D\xDE\x00", "\xDB\xFF\xDF\xFD", "\xFF\xDB\xFD\xDF", "\x3D\xD8\x01\xDE", "\xE2\x82", "\xC3", "abc",
             "\xC3\xA9\xC3\xA9", "\x80\x80", "\xF8", "\xFB" };
         // clang-format on
-        QV_INT  charset = in.below( 3 ) ? QV_CHARSET_UTF_8 + in.below( 7 ) : in.below( QV_CHARSET_UTF_8 );
-        QV_INT  flags   = in.below( 8 );
-        Decoder model{ flags & IGNORE ? flags & ~ABORT : flags, {} };
+        QV_INT charset = in.below( 3 ) ? QV_CHARSET_UTF_8 + in.below( 7 ) : in.below( QV_CHARSET_UTF_8 );
+        QV_INT flags   = in.below( 8 );
+        std::map< char, Text > known; // of the charset of single bytes
+        Decoder                model{ flags & IGNORE ? flags & ~ABORT : flags, {} };
 
         for( QV_INT count = in.below( 12 ); count > 0; count-- )
         {
@@ -138,13 +139,19 @@ struct CodecWalk
         else
             for( size_t i = 0; i < model.bytes.size() && !model.failed; i++ )
             {
-                Ref< QV_BUFFER > byte = bufferOf( model.bytes.substr( i, 1 ) );
-                Ref< QV_STRING > ch( qvCharsetBufferToStringWithFlags( charset, byte, ABORT ) );
+                char byte = model.bytes[i];
 
-                if( ch )
-                    model.text += charsOf( ch );
-                else
+                if( !known.contains( byte ) )
+                {
+                    Ref< QV_STRING > ch(
+                        qvCharsetBufferToStringWithFlags( charset, bufferOf( std::string( 1, byte ) ), IGNORE ) );
+                    known[byte] = charsOf( ch );
+                }
+
+                if( known[byte].empty() )
                     model.invalid();
+
+                model.text += known[byte];
             }
 
         Ref< QV_BUFFER > bytes = bufferOf( model.bytes );

@@ -180,11 +180,6 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
 {
     Ref< QV_STRING > made, madeValue;
 
-    void create( Slot &to, Slot &from )
-    {
-        to.set( qvStoreCreateFrom( from.ref ), from.model );
-    }
-
     // An address as a new text, or as the one that the Store has.
     QV_STRING *address( Slot &slot, Text &text )
     {
@@ -197,9 +192,7 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
             return borrow( qvStoreAddressAt( slot.ref, idx ) );
         }
 
-        static const char *const NAMES[] = { "a", "b", "10", "2", "x-y", "Z_", "key", "k" };
-        QV_INT                   which   = in.below( 40 );
-        made = stringOf( text = wide( which < 8 ? NAMES[which] : "n" + std::to_string( which ) ) );
+        made = stringOf( text = wide( "n-" + std::to_string( in.below( 40 ) ) ) );
 
         return made;
     }
@@ -250,7 +243,7 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
     // A sub-store is taken, changed, and written back, or put into its own place or merged while only the Store has it.
     void below( Slot &slot, Slot &other )
     {
-        QV_INT how = in.below( 4 );
+        QV_INT how = in.below( 3 );
 
         if( slot.model.stores.empty() )
             return;
@@ -259,22 +252,19 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
         made              = stringOf( name );
         Ref< QV_STORE > sub( qvStoreStore( slot.ref, made ) );
 
-        switch( how )
+        if( how == 0 )
         {
-        case 0:
-            qvStoreSetValue( sub.at(), made, made );
-            doc.values[name] = name;
-            return qvStoreSetStore( slot.ref.at(), made, sub );
-        case 1:
             // With a sub-store of its own address it is both what is merged and what something is merged into.
             qvStoreSetStore( sub.at(), made, other.ref );
+            qvStoreSetStore( slot.ref.at(), made, sub );
             doc.stores[name] = Doc( other.model );
-            return qvStoreSetStore( slot.ref.at(), made, sub );
-        case 2:
-            return qvStoreSetStore( slot.ref.at(), made, borrow( sub.give() ) );
-        default:
+        }
+        else if( how == 1 )
+            qvStoreSetStore( slot.ref.at(), made, borrow( sub.give() ) );
+        else
+        {
             qvStoreMerge( slot.ref.at(), borrow( sub.give() ) );
-            return slot.model.merge( Doc( doc ) );
+            slot.model.merge( Doc( doc ) );
         }
     }
 
@@ -353,5 +343,5 @@ struct StoreWalk : Slots< StoreWalk, QV_STORE, Doc, qvStoreCreate, 300 >
 } // namespace qv::fuzz
 
 QV_FUZZ_WALK(
-    StoreWalk, OP( share ) OP( create ) OP( setValue ) OP( setValue ) OP( erase ) OP( setStore ) OP( setStore )
-                   OP( below ) OP( persist ) OP( parse ) )
+    StoreWalk, OP( share ) OP( setValue ) OP( setValue ) OP( erase ) OP( setStore ) OP( setStore ) OP( below )
+                   OP( persist ) OP( parse ) )
