@@ -139,17 +139,20 @@ struct RangeMapWalk : Slots< RangeMapWalk, QV_RANGE_MAP, Model, qvRangeMapCreate
     void collapse( Slot &slot, Slot & )
     {
         QV_INT how = in.below( 3 ), before = references( slot.ref.get() ) > 1 ? 0 : declared( slot.ref.get() ) / 24;
+        bool   collapses = how == 2 || ( how == 1 && !slot.model.collapses );
 
         if( how < 2 )
             qvRangeMapSetAutoCollapse( slot.ref.at(), slot.model.collapses = how );
         else
             qvRangeMapCollapse( slot.ref.at() );
 
-        if( how > 0 )
+        if( collapses )
             slot.model.collapse();
 
-        if( how == 2 && before > 64 && lengthOf( slot.model.list ) > 0 && before - lengthOf( slot.model.list ) >= 64 )
-            require( declared( slot.ref.get() ) == 24 * ( before - 64 ) );
+        QV_INT length = lengthOf( slot.model.list );
+        require(
+            !collapses || before <= 64 || length == 0 || before - length < 64
+            || declared( slot.ref.get() ) == 24 * ( before - 64 ) );
     }
 
     // The map becomes a value of its own successor, which holds it as it was.
