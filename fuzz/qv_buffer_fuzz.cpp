@@ -21,12 +21,8 @@ Bits bitsOf( const uint8_t *bytes, QV_INT count )
 
 Bits bitsOf( uint64_t value, QV_INT count )
 {
-    Bits bits( static_cast< size_t >( count ) );
-
-    for( size_t i = 0; i < bits.size(); i++ )
-        bits[i] = value >> ( bits.size() - 1 - i ) & 1;
-
-    return bits;
+    uint64_t big = count ? __builtin_bswap64( value << ( 64 - count ) ) : 0;
+    return bitsOf( reinterpret_cast< const uint8_t * >( &big ), count );
 }
 
 struct BufferWalk : Slots< BufferWalk, QV_BUFFER, Bits, qvBufferCreate >

@@ -2,7 +2,7 @@
 // of read, with every treatment of what is invalid; any text, encoded. The tables of single bytes are those of single
 // bytes.
 
-#include "qv_fuzz_models.h"
+#include "qv_fuzz_walk.h"
 
 namespace qv::fuzz
 {

@@ -1,7 +1,7 @@
 // Encoders beside the bytes of their formats, Decoders beside a reader of them: values written and read back, and any
 // bytes, up to the error that stays.
 
-#include "qv_fuzz_models.h"
+#include "qv_fuzz_walk.h"
 
 namespace qv::fuzz
 {
@@ -140,8 +140,8 @@ struct EncoderWalk
         std::string      src  = bytesOf( buf );
         Span             span = in.span( lengthOf( src ), in.below( 6 ) );
 
-        if( bytes.size() > 20000 )
-            clear();
+        if( bytes.size() > 20000 || in.below( 8 ) == 0 )
+            qvEncoderClear( encoder ), bytes.clear();
 
         held.reset( qvEncoderBuffer( encoder ) ), heldBytes = bytes;
 
@@ -151,12 +151,6 @@ struct EncoderWalk
             qvEncoderWriteEncoder( encoder, encoder );
 
         bytes += span.form <= OUTER ? span.of( src ) : std::string( bytes );
-    }
-
-    void clear()
-    {
-        qvEncoderClear( encoder );
-        bytes.clear();
     }
 
     // The bytes as they are, or changed here and there, or any others.
@@ -236,4 +230,4 @@ struct EncoderWalk
 };
 } // namespace qv::fuzz
 
-QV_FUZZ_WALK( EncoderWalk, OP( values ) OP( write ) OP( clear ) OP( decode ) OP( decode ) )
+QV_FUZZ_WALK( EncoderWalk, OP( values ) OP( write ) OP( decode ) OP( decode ) )

@@ -1,7 +1,7 @@
 // Format strings beside a writer that goes by the rules, and the readers of numbers and truth values beside one that
 // does.
 
-#include "qv_fuzz_models.h"
+#include "qv_fuzz_walk.h"
 
 #include <cstring>
 #include <random>
@@ -210,7 +210,8 @@ struct FormatWalk
 
             for( double each : VALUES )
                 require(
-                    takeText( qvFormatEncodeReal( each, plain.base, 0, plain.precision, 0 ) ) == plain.real( each ) );
+                    charsOf( Ref< QV_STRING >( qvFormatEncodeReal( each, plain.base, 0, plain.precision, 0 ) ) )
+                    == plain.real( each ) );
         }
     }
 

@@ -1,5 +1,5 @@
-// Runs a fuzz target without libFuzzer: the files and folders on the command line, and then a fixed number of inputs
-// from a fixed seed. With a single file it runs that alone.
+// Runs a fuzz target without libFuzzer: the files of a folder, and then a fixed number of inputs from a fixed seed; or a
+// single file.
 //
 // All runs in a child process. When it fails the input is made as short as can be, by dropping operations of a walk or
 // bytes, and trying again in further children, and is then run once more with its operations printed.
@@ -150,21 +150,17 @@ void qvFuzzStep( size_t offset )
 int main( int argc, char **argv )
 {
     std::vector< std::filesystem::path > files;
+    bool                                 alone = argc > 1 && !std::filesystem::is_directory( argv[1] );
 
-    for( int i = 1; i < argc; i++ )
-    {
-        if( !std::filesystem::is_directory( argv[i] ) )
-            files.push_back( argv[i] );
-        else
-            for( auto &entry : std::filesystem::directory_iterator( argv[i] ) )
-                files.push_back( entry.path() );
-    }
+    if( alone )
+        files.push_back( argv[1] );
+    else if( argc > 1 )
+        for( auto &entry : std::filesystem::directory_iterator( argv[1] ) )
+            files.push_back( entry.path() );
 
     std::sort( files.begin(), files.end() );
     shared = static_cast< Shared * >(
         mmap( nullptr, sizeof( Shared ), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0 ) );
-
-    bool alone = argc == 2 && !std::filesystem::is_directory( argv[1] );
 
     if( passes( false, [&] { runAll( files, alone ); } ) )
         return 0;

@@ -162,11 +162,6 @@ const char *const NAMES[] = { "a", "al", "all", "alpha", "beta", "b", "be", "fil
 
 struct OptWalk : Slots< OptWalk, QV_OPT_DEF, Definition, qvOptDefCreate >
 {
-    void copy( Slot &to, Slot &from )
-    {
-        to.set( qvOptDefCreateFrom( from.ref ), from.model );
-    }
-
     static void name( Slot &slot, const char *name, QV_INT id, QV_INT flags )
     {
         Text        text = wide( name );
@@ -199,7 +194,7 @@ struct OptWalk : Slots< OptWalk, QV_OPT_DEF, Definition, qvOptDefCreate >
 
     static Word wordOf( QV_OBJ *obj )
     {
-        return { qvObjSort( obj ) == qvStringSort(), takeText( qvObjToString( obj ) ) };
+        return { qvObjSort( obj ) == qvStringSort(), charsOf( Ref< QV_STRING >( qvObjToString( obj ) ) ) };
     }
 
     static std::vector< Word > wordsOf( QV_VECTOR *vec )
@@ -273,5 +268,4 @@ struct OptWalk : Slots< OptWalk, QV_OPT_DEF, Definition, qvOptDefCreate >
 };
 } // namespace qv::fuzz
 
-QV_FUZZ_WALK(
-    OptWalk, OP( share ) OP( copy ) OP( defineAll ) OP( define ) OP( define ) OP( define ) OP( parse ) OP( parse ) )
+QV_FUZZ_WALK( OptWalk, OP( share ) OP( defineAll ) OP( define ) OP( define ) OP( define ) OP( parse ) OP( parse ) )

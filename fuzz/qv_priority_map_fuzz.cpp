@@ -190,7 +190,7 @@ struct MapWalk
         require( qvVectorLength( all ) == lengthOf( slot.model.values ) );
 
         for( auto &[n, value] : slot.model.values )
-            require( qvEnumEnumerant( slot.ref, stringOf( n ) ) == value );
+            require( qvEnumParse( slot.ref, stringOf( n ) ) == value );
 
         for( QV_INT value = 0; value < 8; value++ )
         {

@@ -1,7 +1,7 @@
 // Stores beside nested maps, and both persisted forms beside a writer and a reader of the maps. Addresses, values and
 // sub-stores that are arguments are often held by nobody but the Store.
 
-#include "qv_fuzz_models.h"
+#include "qv_fuzz_walk.h"
 
 #include "../tests/qv_test_utf8.h"
 
@@ -159,7 +159,7 @@ Doc docOf( QV_STORE *store )
 
     for( QV_INT idx = 0; idx < qvStoreLength( store ); idx++ )
     {
-        Text       address = takeText( qvStoreAddressAt( store, idx ) );
+        Text       address = charsOf( Ref< QV_STRING >( qvStoreAddressAt( store, idx ) ) );
         QV_STRING *value   = borrow( qvStoreValueAt( store, idx ) );
         QV_STORE  *sub     = borrow( qvStoreStoreAt( store, idx ) );
         require( ( value || sub ) && address > last );

@@ -1,7 +1,7 @@
 // Streams in chains: lines to characters to bytes, through a charset, beside the bytes that have to come out. And sources
 // of bytes and characters that share what they read from, and of lines.
 
-#include "qv_fuzz_models.h"
+#include "qv_fuzz_walk.h"
 
 #include "../tests/qv_test_utf8.h"
 
@@ -203,7 +203,7 @@ struct StreamWalk
         Ref< QV_LINE_SOURCE >        source( qvNlfLineSourceLineSource( from ) );
 
         for( ; QV_STRING *each = qvLineSourceRead( source ); count++ )
-            lineTexts += takeText( each ) + U'#';
+            lineTexts += charsOf( Ref< QV_STRING >( each ) ) + U'#';
 
         require( lineTexts == marked( text, newline ) && qvLineSourceLinesRead( source ) == count );
         require( qvLineSourceEnd( source ) && !qvLineSourceError( source ) );

@@ -1,7 +1,7 @@
 // Strings beside Text. Sources are often the destination itself, another variable with the same object, or the block
 // itself.
 
-#include "qv_fuzz_models.h"
+#include "qv_fuzz_walk.h"
 
 namespace qv::fuzz
 {

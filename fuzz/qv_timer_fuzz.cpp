@@ -109,11 +109,17 @@ struct TimerWalk
         ahead = wallClock.step.exchange( 0 );
     }
 
-    void renew()
+    // A timer is made anew, or its schedule is taken away.
+    void drop()
     {
         std::lock_guard lock( mutex );
         QV_INT          idx = in.below( TIMERS );
-        timers[idx].reset( qvTimerCreate( onTimer, boxedInt( idx ) ) );
+
+        if( in.flag() )
+            timers[idx].reset( qvTimerCreate( onTimer, boxedInt( idx ) ) );
+        else
+            qvTimerUnschedule( timers[idx] );
+
         at( model.all, idx ) = {};
         plans                = model;
     }
@@ -136,15 +142,6 @@ struct TimerWalk
             qvTimerSchedule( timers[idx], ( plan.due - now ) * MINUTE - MINUTE / 2 );
         else
             scheduleAt( timers[idx], plan );
-    }
-
-    void unschedule()
-    {
-        std::lock_guard lock( mutex );
-        QV_INT          idx = in.below( TIMERS );
-        qvTimerUnschedule( timers[idx] );
-        at( model.all, idx ).kind = NONE;
-        plans                     = model;
     }
 
     void advance()
@@ -187,5 +184,5 @@ struct TimerWalk
 } // namespace qv::fuzz
 
 QV_FUZZ_WALK(
-    TimerWalk, OP( renew ) OP( schedule ) OP( schedule ) OP( schedule ) OP( schedule ) OP( unschedule ) OP( advance )
+    TimerWalk, OP( drop ) OP( schedule ) OP( schedule ) OP( schedule ) OP( schedule ) OP( drop ) OP( advance )
                    OP( advance ) OP( advance ) )
