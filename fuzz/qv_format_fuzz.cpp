@@ -104,7 +104,7 @@ struct FormatWalk
     Text                  format;
     std::vector< QV_INT > stars;
 
-    // A number behind a mark, as it is or as an argument.
+    // A number after a mark, as it is or as an argument.
     QV_INT star( const char32_t *mark, QV_INT value )
     {
         bool argument = in.flag();

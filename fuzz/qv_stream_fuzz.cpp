@@ -5,8 +5,6 @@
 
 #include "../tests/qv_test_utf8.h"
 
-#include "qv/io/qv_char_source_private.h"
-
 namespace qv::fuzz
 {
 std::string unit( uint32_t value, int count, bool little )
@@ -68,13 +66,6 @@ Text marked( const Text &text, QV_INT flags )
     }
 
     return result.empty() || result.back() == U'#' ? result : result + U'#';
-}
-
-// A char source over another one that reads Strings, never arrays.
-QV_BOOL readString( QV_OBJ *closure, QV_STRING **qvs, QV_INT most, QV_INT *count )
-{
-    *count = qvCharSourceRead( qvCharSourceFrom( closure ), qvs, most );
-    return QV_TRUE;
 }
 
 struct StreamWalk
@@ -197,9 +188,8 @@ struct StreamWalk
             text += U"\n\r\x85\v\f\u2028\u2029a\t\x0E\x84\u202A"[static_cast< uint8_t >( c ) % 12];
 
         Ref< QV_STRING_CHAR_SOURCE > scs( qvStringCharSourceCreate( stringOf( text ) ) );
-        Ref< QV_CHAR_SOURCE >        arrays( qvStringCharSourceCharSource( scs ) );
-        Ref< QV_CHAR_SOURCE >        strings( qv___CharSourceCreate( readString, obj( arrays.get() ) ) );
-        Ref< QV_NLF_LINE_SOURCE >    from( qvNlfLineSourceCreate( in.flag() ? arrays : strings, newline ) );
+        Ref< QV_CHAR_SOURCE >        charSource( qvStringCharSourceCharSource( scs ) );
+        Ref< QV_NLF_LINE_SOURCE >    from( qvNlfLineSourceCreate( charSource, newline ) );
         Ref< QV_LINE_SOURCE >        source( qvNlfLineSourceLineSource( from ) );
 
         for( ; QV_STRING *each = qvLineSourceRead( source ); count++ )
