@@ -1,16 +1,13 @@
-// Buffers beside vectors of bits, with the free space that the rules of growth and compaction give their blocks, in
-// units of bits and of bytes. Some wrap memory of another object, which must stay as it is.
+// Buffers beside vectors of bits, in units of bits and of bytes. Some wrap memory that must stay as it is.
 
 #include "qv_fuzz_walk.h"
 
-#include "qv/sys/qv_mem.h"
-
-using namespace qv::fuzz;
-using qv::Ref;
-
-namespace
+namespace qv::fuzz
 {
 using Bits = std::vector< bool >;
+
+// Nobody can write to it.
+const uint8_t MEMORY[300] = { 0, 1, 4, 9, 16, 25, 36, 49, 64, 81, 100, 121, 144, 169, 196, 225, 255, 0x55, 0xAA, 0x81 };
 
 Bits bitsOf( const uint8_t *bytes, QV_INT count )
 {
@@ -24,306 +21,123 @@ Bits bitsOf( const uint8_t *bytes, QV_INT count )
 
 Bits bitsOf( uint64_t value, QV_INT count )
 {
-    Bits bits( static_cast< size_t >( count ) );
-
-    for( size_t i = 0; i < bits.size(); i++ )
-        bits[i] = value >> ( bits.size() - 1 - i ) & 1;
-
-    return bits;
+    uint64_t big = count ? __builtin_bswap64( value << ( 64 - count ) ) : 0;
+    return bitsOf( reinterpret_cast< const uint8_t * >( &big ), count );
 }
 
-struct Model : Ends< Model, Bits > // the free places are bits
+struct BufferWalk : Slots< BufferWalk, QV_BUFFER, Bits, qvBufferCreate >
 {
-    bool block = false, foreign = false;
-
-    QV_INT declared() const
+    void create( Slot &to, Slot &from )
     {
-        return foreign ? 0 : places() / 8;
+        QV_INT which = in.below( 3 ), count = in.length( 300 );
+
+        if( which == 0 )
+            return to.set( qvBufferCreateFrom( from.ref ), from.model );
+
+        if( which == 1 || count == 0 )
+            return to.set(
+                qvBufferCreateFromBytesUseWithRef( const_cast< uint8_t * >( MEMORY ), 300, boxedInt( 0 ) ),
+                bitsOf( MEMORY, 2400 ) );
+
+        // A block that has no free places.
+        auto *block = static_cast< uint8_t * >( qvMemAlloc( count ) );
+        std::copy( MEMORY, MEMORY + count, block );
+        to.set( qvBufferCreateFromBytesUse( block, count ), bitsOf( MEMORY, count * 8 ) );
     }
 
-    // A new block for `length` bits with free space at both ends, none for nothing.
-    void rebuild( QV_INT length )
+    // An operation draws a unit, a destination, and with begin() what it does there; finish() does the same to the model.
+    QV_INT unit, how, where;
+    Slot  *dest;
+    Bits   bits;
+
+    void draw()
     {
-        foreign = false;
-        block   = length > 0;
-        front   = block ? 640 : 0;
-        back    = block ? ( length + 1920 + 7 ) / 8 * 8 - 640 - length : 0;
+        unit = in.flag() ? 8 : 1;
+        dest = &any();
     }
 
-    void copy()
+    void begin( const Bits &drawn )
     {
-        rebuild( length() );
+        QV_INT length = lengthOf( dest->model ), rest = length - lengthOf( drawn );
+        bits  = drawn;
+        how   = rest < 0 ? 1 + in.below( 3 ) : in.below( 4 );
+        where = how == 2 ? 0 : how == 3 ? length : in.upTo( ( how ? length : rest ) / unit ) * unit;
     }
 
-    void makeRoom( QV_INT at, QV_INT count )
+    void finish()
     {
-        own( foreign );
-        QV_INT before = length();
-
-        if( !block )
-            rebuild( count );
-        else if( at == before && at > 0 && back < count )
-            back = ( front + before + count + 1280 + 7 ) / 8 * 8 - front - before - count;
-        else if( at == before && at > 0 )
-            back -= count;
-        else if( at % 8 || count % 8 || front + back < count )
-            rebuild( before + count );
-        else if( at == 0 && front >= count )
-            front -= count;
-        else if( at == 0 )
-            back = front + back - count, front = 0;
-        else if( back >= count )
-            back -= count;
+        if( how == 0 )
+            std::copy( bits.begin(), bits.end(), dest->model.begin() + where );
         else
-            front -= count - back / 8 * 8, back %= 8;
+            qv::fuzz::put( dest->model, where, bits );
     }
 
-    void write( QV_INT at, const Bits &more )
+// Writes over what is there, or inserts, at the ends in their own forms.
+#define PUT( drawn, Suffix, ... )                                                                                      \
+    ( begin( drawn ), unit == 1 ? PUT_IN( Bit, Suffix, __VA_ARGS__ ) : PUT_IN(, Suffix, __VA_ARGS__ ), finish() )
+#define PUT_IN( Bit, Suffix, ... )                                                                                     \
+    ( how == 0   ? qvBuffer##Bit##Write##Suffix( dest->ref.at(), where / unit, __VA_ARGS__ )                           \
+      : how == 1 ? qvBuffer##Bit##Insert##Suffix( dest->ref.at(), where / unit, __VA_ARGS__ )                          \
+      : how == 2 ? qvBuffer##Bit##Prepend##Suffix( dest->ref.at(), __VA_ARGS__ )                                       \
+                 : qvBuffer##Bit##Append##Suffix( dest->ref.at(), __VA_ARGS__ ) )
+
+    void copy( Slot &src, Slot & )
     {
-        if( !more.empty() )
-            own( foreign );
-
-        std::copy( more.begin(), more.end(), items.begin() + at );
-    }
-
-    void compact()
-    {
-        if( !foreign && ( front > 1280 || back > 2560 ) )
-            rebuild( length() );
-    }
-
-    void erase( QV_INT offset, QV_INT count )
-    {
-        QV_INT after = length() - offset - count;
-
-        if( count > 0 && count < length() && after > 0 && ( offset % 8 || count % 8 ) )
-        {
-            Model rest;
-            rest.insert( 0, part( items, 0, offset ) );
-            rest.insert( offset, part( items, offset + count, after ) );
-            *this = rest;
-            return;
-        }
-
-        if( count > 0 && foreign && offset > 0 && after > 0 ) // what is cut at an end stays where it is
-            rebuild( length() );
-
-        Ends::erase( offset, count );
-    }
-
-    void keep( QV_INT offset, QV_INT count )
-    {
-        if( count == length() )
-            return;
-
-        if( count == 0 || offset % 8 )
-        {
-            items = part( items, offset, count );
-            return rebuild( count );
-        }
-
-        if( shared )
-            rebuild( length() );
-
-        front += offset;
-        back += length() - offset - count;
-        items = part( items, offset, count );
-        compact();
-    }
-};
-
-struct BufferWalk : SlotWalk< BufferWalk, QV_BUFFER, Model, qvBufferCreate >
-{
-    std::vector< uint8_t > memory, memoryBefore;
-    Ref< QV_OBJ >          owner = boxedInt( 0 );
-
-    BufferWalk( const uint8_t *data, size_t size ) : SlotWalk( data, size ), memory( 300 )
-    {
-        for( size_t i = 0; i < memory.size(); i++ )
-            memory[i] = static_cast< uint8_t >( i * i );
-
-        memoryBefore = memory;
-    }
-
-    // Bits or bytes: what is drawn is in units of them.
-    QV_INT unit = 1;
-
-    QV_INT upTo( QV_INT bitLimit )
-    {
-        return in.upTo( bitLimit / unit ) * unit;
-    }
-
-    void create()
-    {
-        Slot &to = any(), &from = any();
-        Model model;
-
-        switch( in.below( 5 ) )
-        {
-        case 0:
-            model.foreign = model.block = true;
-            model.items                 = bitsOf( memory.data(), lengthOf( memory ) * 8 );
-            return to.set( qvBufferCreateFromBytesUseWithRef( memory.data(), lengthOf( memory ), owner ), model );
-        case 1:
-        {
-            QV_INT count = in.length( 300 );
-            auto  *block = static_cast< uint8_t * >( qvMemAlloc( count + 1 ) );
-            std::copy( memory.begin(), memory.begin() + count, block );
-            model.items = bitsOf( block, count * 8 );
-            model.block = count > 0;
-            return to.set( qvBufferCreateFromBytesUse( block, count ), model );
-        }
-        case 2:
-            model = from.model;
-            model.rebuild( model.length() );
-            return to.set( qvBufferCreateFrom( from.ref ), model );
-        case 3:
-            return to.set( qvBufferCreate(), Model() );
-        default:
-            qvBufferClear( to.ref.at() );
-            to.model = Model();
-        }
-    }
-
-    // Writes over what is there, or inserts, at the ends in their own forms.
-    template< class Writing, class Inserting, class Prepending, class Appending, class... A >
-    void put(
-        Slot &dest, bool self, const Bits &bits, Writing writing, Inserting inserting, Prepending prepending,
-        Appending appending, A... arguments )
-    {
-        dest.model.shared |= self;
-        QV_INT length = dest.model.length(), count = lengthOf( bits );
-        QV_INT how = in.below( 4 );
-
-        if( how == 0 && count > length )
-            how = 1;
-
-        if( length > 16000 && how > 0 )
-            return;
-
-        QV_INT at = how == 0 ? upTo( length - count ) : how == 1 ? upTo( length ) : how == 2 ? 0 : length;
-
-        if( how < 2 )
-            how == 0 ? writing( dest.ref.at(), at / unit, arguments... )
-                     : inserting( dest.ref.at(), at / unit, arguments... );
-        else
-            how == 2 ? prepending( dest.ref.at(), arguments... ) : appending( dest.ref.at(), arguments... );
-
-        how == 0 ? dest.model.write( at, bits ) : dest.model.insert( at, bits );
-    }
-
-// The four operations of a suffix, in bits or in bytes.
-#define PUT( dest, self, bits, Suffix, ... )                                                                           \
-    ( unit == 1 ? put( dest, self, bits, qvBufferBitWrite##Suffix, qvBufferBitInsert##Suffix,                          \
-                       qvBufferBitPrepend##Suffix, qvBufferBitAppend##Suffix, __VA_ARGS__ )                            \
-                : put( dest, self, bits, qvBufferWrite##Suffix, qvBufferInsert##Suffix, qvBufferPrepend##Suffix,       \
-                       qvBufferAppend##Suffix, __VA_ARGS__ ) )
-
-    void copy()
-    {
-        unit        = in.flag() ? 8 : 1;
-        Slot  &dest = any(), &src = any();
-        bool   self = dest.ref.get() == src.ref.get();
-        Span   span = in.span( src.model.length(), in.below( 5 ), unit );
-        Bits   bits = span.of( src.model.items );
+        draw();
+        Span   span = in.span( lengthOf( src.model ), in.below( 5 ), unit );
         QV_INT a = span.offset / unit, b = span.count / unit;
 
-        switch( span.form )
-        {
-        case WHOLE:
-            return PUT( dest, self, bits, , src.ref.get() );
-        case LEADING:
-            return PUT( dest, self, bits, Leading, src.ref.get(), a );
-        case TRAILING:
-            return PUT( dest, self, bits, Trailing, src.ref.get(), a );
-        case INNER:
-            return PUT( dest, self, bits, Inner, src.ref.get(), a, b );
-        default:
-            return PUT( dest, self, bits, Outer, src.ref.get(), a, b );
-        }
+        span.form == WHOLE      ? PUT( span.of( src.model ), , src.ref )
+        : span.form == LEADING  ? PUT( span.of( src.model ), Leading, src.ref, a )
+        : span.form == TRAILING ? PUT( span.of( src.model ), Trailing, src.ref, a )
+        : span.form == INNER    ? PUT( span.of( src.model ), Inner, src.ref, a, b )
+                                : PUT( span.of( src.model ), Outer, src.ref, a, b );
     }
 
-    void put()
+    // A number, memory, or as many zeros or ones as there are free places or nearly.
+    void put( Slot &, Slot & )
     {
-        unit          = in.flag() ? 8 : 1;
-        Slot  &dest   = any();
-        QV_INT number = in.number(), few = in.upTo( 64 ), many = in.length( 300 ) * unit;
+        draw();
+        uint64_t number = static_cast< uint64_t >( in.number() );
+        uint8_t  byte   = static_cast< uint8_t >( number );
+        QV_INT   few = in.upTo( 64 ), many = in.length( 300 ), what = in.below( 5 );
+        QV_INT   fill = in.upTo( declared( dest->ref.get() ) * 8 / unit + 1 );
 
-        switch( in.below( 6 ) )
-        {
-        case 0:
-            return PUT(
-                dest, false, bitsOf( static_cast< uint64_t >( number ), few ), Bits, static_cast< uint64_t >( number ),
-                few );
-        case 1:
-            return PUT(
-                dest, false, bitsOf( static_cast< uint64_t >( number ) & 255, 8 ), Byte,
-                static_cast< uint8_t >( number ) );
-        case 2:
-            many = std::min< QV_INT >( many / unit, 300 );
-            return PUT( dest, false, bitsOf( memory.data(), many * 8 ), Bytes, memory.data(), many );
-        case 3:
-            return PUT( dest, false, Bits( static_cast< size_t >( many ) ), Zero, many / unit );
-        case 4:
-            return PUT( dest, false, Bits( static_cast< size_t >( many ), true ), One, many / unit );
-        default:
-            // Counts by the length, also where it goes elsewhere.
-            QV_INT at = upTo( dest.model.length() );
-
-            if( at == 0 )
-                ( unit == 1 ? qvBufferBitPrependAlignment : qvBufferPrependAlignment )( dest.ref.at() );
-            else if( at == dest.model.length() )
-                ( unit == 1 ? qvBufferBitAppendAlignment : qvBufferAppendAlignment )( dest.ref.at() );
-            else
-                ( unit == 1 ? qvBufferBitInsertAlignment : qvBufferInsertAlignment )( dest.ref.at(), at / unit );
-
-            dest.model.insert( at, Bits( static_cast< size_t >( -dest.model.length() & 7 ) ) );
-        }
+        what == 0   ? PUT( bitsOf( number, few ), Bits, number, few )
+        : what == 1 ? PUT( bitsOf( number & 255, 8 ), Byte, byte )
+        : what == 2 ? PUT( bitsOf( MEMORY, many * 8 ), Bytes, MEMORY, many )
+        : what == 3 ? PUT( Bits( static_cast< size_t >( fill * unit ) ), Zero, fill )
+                    : PUT( Bits( static_cast< size_t >( many * unit ), true ), One, many );
     }
 
-    void erase()
+    // Counts by the length, also where it goes elsewhere.
+    void align( Slot &, Slot & )
     {
-        unit       = in.flag() ? 8 : 1;
-        Slot &slot = any();
-        Span  span = in.span( slot.model.length(), LEADING + in.below( 4 ), unit );
+        draw();
+        QV_INT at = in.upTo( lengthOf( dest->model ) / unit );
+        ( unit == 1 ? qvBufferBitInsertAlignment : qvBufferInsertAlignment )( dest->ref.at(), at );
+        qv::fuzz::put( dest->model, at * unit, Bits( static_cast< size_t >( -lengthOf( dest->model ) & 7 ) ) );
+    }
+
+    void erase( Slot &, Slot & )
+    {
+        draw();
+        Span span = in.span( lengthOf( dest->model ), LEADING + in.below( 4 ), unit );
 
         if( unit == 1 )
-            CALL_PART( qvBufferBitDel, span, 1, slot.ref.at() );
+            CALL_PART( qvBufferBitDel, span, 1, dest->ref.at() );
         else
-            CALL_PART( qvBufferDel, span, 8, slot.ref.at() );
+            CALL_PART( qvBufferDel, span, 8, dest->ref.at() );
 
-        span.erase( slot.model );
-    }
-
-    // Byte by byte at an end, as blocks fill up and empty.
-    void many()
-    {
-        Slot  &slot = any();
-        QV_INT how = in.below( 4 ), count = in.length( 500 );
-
-        for( ; count > 0; count-- )
-        {
-            QV_INT length = slot.model.length(), at = how % 2 ? length : 0;
-
-            if( how < 2 )
-            {
-                ( how ? qvBufferAppendByte : qvBufferPrependByte )( slot.ref.at(), static_cast< uint8_t >( count ) );
-                slot.model.insert( at, bitsOf( static_cast< uint64_t >( count ), 8 ) );
-            }
-            else if( length >= 8 )
-            {
-                ( how == 3 ? qvBufferDelTrailing : qvBufferDelLeading )( slot.ref.at(), 1 );
-                slot.model.erase( how == 3 ? length - 8 : 0, 8 );
-            }
-        }
+        dest->model = span.rest( dest->model );
     }
 
     // Every way to read, at any place.
-    void look()
+    void look( Slot &slot, Slot &other )
     {
-        Slot  &slot = any(), &other = any();
-        QV_INT length = slot.model.length(), offset = in.upTo( length ), count = in.upTo( length - offset );
-        Bits   range = part( slot.model.items, offset, count );
+        const Bits &a = slot.model, &b = other.model;
+        QV_INT      length = lengthOf( a ), offset = place( slot ), count = in.upTo( length - offset );
+        Bits        range = part( a, offset, count );
 
         Ref< QV_BUFFER > read( qvBufferBitRead( slot.ref, offset, count ) );
         require( bitsOf( qvBufferBacking( read ), qvBufferBitLength( read ) ) == range );
@@ -338,23 +152,21 @@ struct BufferWalk : SlotWalk< BufferWalk, QV_BUFFER, Model, qvBufferCreate >
         // What lies after the last bit does not count.
         Ref< QV_BUFFER > start( qvBufferBitRead( slot.ref, 0, count ) ), cut( qvBufferCreateFrom( slot.ref ) );
         qvBufferBitDelTrailing( cut.at(), length - count );
-        require(
-            qvBufferCompare( start, cut ) == 0 && qvBufferCompare( start, slot.ref ) == ( count == length ? 0 : -1 ) );
-
-        const Bits &a = slot.model.items, &b = other.model.items;
+        require( qvBufferEquals( start, cut ) );
+        require( qvBufferCompare( start, slot.ref ) == ( count == length ? 0 : -1 ) );
         require( qvBufferCompare( slot.ref, other.ref ) == ( a == b ? 0 : a < b ? -1 : 1 ) );
-        require( qvBufferLength( slot.ref ) == length / 8 && qvBufferBitIsAligned( slot.ref ) == ( length % 8 == 0 ) );
     }
 
-    void compare( Slot &slot ) const
+    static void compare( Slot &slot )
     {
-        require( qvBufferBitLength( slot.ref ) == slot.model.length() );
-        require( bitsOf( qvBufferBacking( slot.ref ), slot.model.length() ) == slot.model.items );
-        require( declared( slot.ref.get() ) == slot.model.declared() );
-        require( memory == memoryBefore );
+        QV_INT length = lengthOf( slot.model );
+        require( qvBufferBitLength( slot.ref ) == length && qvBufferLength( slot.ref ) == length / 8 );
+        require( bitsOf( qvBufferBacking( slot.ref ), length ) == slot.model );
+        require( declared( slot.ref.get() ) <= length / 8 + 500 );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_WALK(
-    BufferWalk, OP( share, 1 ) OP( create, 1 ) OP( copy, 3 ) OP( put, 3 ) OP( erase, 2 ) OP( many, 1 ) OP( look, 1 ) )
+    BufferWalk, OP( share ) OP( create ) OP( copy ) OP( copy ) OP( copy ) OP( put ) OP( put ) OP( put ) OP( align )
+                    OP( erase ) OP( erase ) OP( look ) )

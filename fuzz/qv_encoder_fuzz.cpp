@@ -1,22 +1,17 @@
 // Encoders beside the bytes of their formats, Decoders beside a reader of them: values written and read back, and any
 // bytes, up to the error that stays.
 
-#include "qv_fuzz_models.h"
+#include "qv_fuzz_walk.h"
 
-#include "qv/base/qv_decoder.h"
-#include "qv/base/qv_encoder.h"
-
-using namespace qv::fuzz;
-using qv::Ref;
-
-namespace
+namespace qv::fuzz
 {
 // Reads by the formats. A failure stays.
 struct Reader
 {
     std::string bytes;
-    size_t      at     = 0;
-    bool        failed = false;
+    size_t      at      = 0;
+    bool        failed  = false;
+    int         nesting = 0;
 
     QV_INT left() const
     {
@@ -29,59 +24,45 @@ struct Reader
         return !failed;
     }
 
-    unsigned byte()
+    QV_INT byte()
     {
         return ok( left() > 0 ) ? static_cast< uint8_t >( bytes[at++] ) : 0;
     }
 
-    QV_INT number( int nesting = 0 )
+    QV_INT number()
     {
-        unsigned lead  = byte();
-        QV_INT   count = lead & 0x7F;
+        QV_INT   lead = byte(), count = lead & 0x7F;
+        __int128 value = 0;
 
         // How deep counts may be nested is the library's choice; nothing here nests them further.
         if( count == 127 )
-            count = nesting < 8 ? number( nesting + 1 ) : -1;
+            count = ++nesting < 9 ? number() : -1;
 
-        if( !ok( !failed && count >= 0 && count <= left() ) )
-            return 0;
-
-        __int128 value = 0;
-
-        for( ; count > 0; count-- )
+        for( ok( count >= 0 && count <= left() ); count > 0 && !failed; count-- )
         {
-            value = value * 256 + ( lead & 0x80 ? -static_cast< int >( byte() ) : static_cast< int >( byte() ) );
-
-            if( !ok( value >= QV_INT_MIN && value <= QV_INT_MAX ) )
-                return 0;
+            value = value * 256 + ( lead & 0x80 ? -byte() : byte() );
+            ok( value >= QV_INT_MIN && value <= QV_INT_MAX );
         }
 
-        return static_cast< QV_INT >( value );
-    }
+        nesting = 0;
 
-    QV_INT integer()
-    {
-        return number();
+        return failed ? 0 : static_cast< QV_INT >( value );
     }
 
     QV_BOOL flag()
     {
-        unsigned value = byte();
+        QV_INT value = byte();
         return ok( value < 2 ) && value;
     }
 
     QV_CHAR character()
     {
-        unsigned first = byte();
+        QV_INT value = byte();
 
-        if( first < 0x80 || !ok( ( first & 0x60 ) == 0 ) )
-            return failed ? 0 : first;
+        if( value >= 0x80 && ok( ( value & 0x60 ) == 0 ) )
+            value = ( ( value & 0x1F ) << 8 | byte() ) << 8, value |= byte();
 
-        char32_t value = ( first & 0x1F ) << 16;
-        value |= byte() << 8;
-        value |= byte();
-
-        return ok( value < 0x110000 ) ? value : 0;
+        return ok( value < 0x110000 ) ? static_cast< QV_CHAR >( value ) : 0;
     }
 
     Text text()
@@ -89,24 +70,21 @@ struct Reader
         QV_INT count = number();
         Text   result;
 
-        if( !ok( count >= 0 && count <= left() ) )
-            return result;
-
-        for( ; count > 0 && !failed; count-- )
+        for( ok( count >= 0 && count <= left() ); count > 0 && !failed; count-- )
             result += character();
 
-        return failed ? Text() : result;
+        return result;
     }
 
     std::string block()
     {
         QV_INT count = number();
+        return ok( count >= 0 && count <= left() ) ? skip( count ) : "";
+    }
 
-        if( !ok( count >= 0 && count <= left() ) )
-            return {};
-
+    std::string skip( QV_INT count )
+    {
         at += static_cast< size_t >( count );
-
         return bytes.substr( at - static_cast< size_t >( count ), static_cast< size_t >( count ) );
     }
 
@@ -123,111 +101,56 @@ struct Reader
 
 /* The walk --------------------------------------------------------------------------------------------------------- */
 
-struct EncoderWalk : Walk
+struct EncoderWalk
 {
-    using Walk::Walk;
-
     Ref< QV_ENCODER > encoder{ qvEncoderCreate() };
     Ref< QV_BUFFER >  held; // the bytes of an earlier moment, which must not change
     std::string       bytes, heldBytes;
 
-    void value()
+    // One of each kind. Any objects are written as their texts.
+    void values()
     {
-        QV_INT number = in.number();
+        QV_INT           number = in.number();
+        bool             flag   = number > 0;
+        QV_CHAR          ch     = in.character();
+        Text             text   = in.text( 1000 );
+        Ref< QV_STRING > qvs    = stringOf( text );
+        Ref< QV_VECTOR > vec( qvVectorCreate() );
+        std::string      first( 1, static_cast< char >( flag ) ), block = in.bytes( 300 );
 
-        QV_INT how = in.below( 7 );
-
-        if( how == 0 )
-        {
-            qvEncoderEncodeBool( encoder, number > 0 );
-            bytes += static_cast< char >( number > 0 );
-        }
-        else if( how < 3 )
-        {
-            qvEncoderEncodeInt( encoder, number );
-            bytes += encodedInt( number );
-        }
-        else if( how == 3 )
-        {
-            QV_CHAR ch = in.character();
-            qvEncoderEncodeChar( encoder, ch );
-            bytes += encodedChars( Text( 1, ch ) );
-        }
-        else if( how < 6 )
-        {
-            Text             text     = in.text( 2000 );
-            bool             optional = how == 5 && in.flag(), null = optional && in.flag();
-            Ref< QV_STRING > qvs = stringOf( text );
-
-            how == 4   ? qvEncoderEncodeChars( encoder, text.data(), lengthOf( text ) )
-            : optional ? qvEncoderEncodeOptionalString( encoder, null ? nullptr : qvs.get() )
-                       : qvEncoderEncodeString( encoder, qvs );
-            bytes += optional ? std::string( 1, static_cast< char >( !null ) ) : "";
-            bytes += how == 4 ? encodedChars( text ) : null ? "" : encodedText( text );
-        }
-        else
-        {
-            // Any objects, which are written as their texts.
-            Ref< QV_VECTOR > vec( qvVectorCreate() );
-            QV_INT           count = in.below( 5 );
-            bytes += encodedInt( count * 2 );
-
-            for( ; count > 0; count-- )
-            {
-                Text text = in.text( 100 );
-                qvVectorAppendInt( vec.at(), number );
-                qvVectorAppendString( vec.at(), stringOf( text ) );
-                bytes += encodedText( wide( std::to_string( number ) ) ) + encodedText( text );
-            }
-
-            qvEncoderEncodeStringVector( encoder, vec );
-        }
+        qvVectorAppendInt( vec.at(), number );
+        qvVectorAppendString( vec.at(), qvs );
+        qvEncoderEncodeBool( encoder, flag );
+        qvEncoderEncodeInt( encoder, number );
+        qvEncoderEncodeChar( encoder, ch );
+        qvEncoderEncodeChars( encoder, text.data(), lengthOf( text ) );
+        qvEncoderEncodeString( encoder, qvs );
+        qvEncoderEncodeOptionalString( encoder, flag ? qvs.get() : nullptr );
+        qvEncoderEncodeStringVector( encoder, vec );
+        qvEncoderEncodeBuffer( encoder, bufferOf( block ) );
+        bytes += first + encodedInt( number ) + encodedChars( ch + text ) + encodedText( text ) + first;
+        bytes += ( flag ? encodedText( text ) : "" ) + "\1\2" + encodedText( wide( std::to_string( number ) ) );
+        bytes += encodedText( text ) + encodedInt( lengthOf( block ) ) + block;
     }
 
     // Plain bytes; the Buffer may be the one that the Encoder itself writes to.
     void write()
     {
-        Ref< QV_BUFFER > buf(
-            in.below( 4 ) == 0 ? qvEncoderBuffer( encoder )
-                               : bufferOf( std::string( static_cast< size_t >( in.length( 300 ) ), 'x' ) ).give() );
-        std::string src  = bytesOf( buf );
-        Span        span = in.span( lengthOf( src ), in.below( 8 ) );
+        Ref< QV_BUFFER > buf( in.flag() ? qvEncoderBuffer( encoder ) : bufferOf( in.bytes( 300 ) ).give() );
+        std::string      src  = bytesOf( buf );
+        Span             span = in.span( lengthOf( src ), in.below( 6 ) );
 
-        if( bytes.size() > 20000 )
-            return;
+        if( bytes.size() > 20000 || in.below( 8 ) == 0 )
+            qvEncoderClear( encoder ), bytes.clear();
+
+        held.reset( qvEncoderBuffer( encoder ) ), heldBytes = bytes;
 
         if( span.form <= OUTER )
-        {
             CALL_FORM( qvEncoderWrite, span, 1, encoder, buf );
-            bytes += span.of( src );
-        }
-        else if( span.form == 5 )
-        {
-            qvEncoderEncodeBuffer( encoder, buf );
-            bytes += encodedInt( span.length ) + src;
-        }
-        else if( span.form == 6 )
-        {
-            qvEncoderWriteEncoder( encoder, encoder );
-            bytes += std::string( bytes );
-        }
         else
-        {
-            qvEncoderWriteByte( encoder, static_cast< uint8_t >( span.offset ) );
-            bytes += static_cast< char >( span.offset );
-        }
-    }
+            qvEncoderWriteEncoder( encoder, encoder );
 
-    void hold()
-    {
-        held.reset( qvEncoderBuffer( encoder ) );
-        heldBytes = bytes;
-    }
-
-    void clear()
-    {
-        qvEncoderClear( encoder );
-        bytes.clear();
+        bytes += span.form <= OUTER ? span.of( src ) : std::string( bytes );
     }
 
     // The bytes as they are, or changed here and there, or any others.
@@ -236,12 +159,11 @@ struct EncoderWalk : Walk
         Reader reader{ bytes };
 
         if( in.below( 3 ) == 0 )
-            for( reader.bytes.clear(); reader.bytes.size() < 40 && in.more(); )
-                reader.bytes += static_cast< char >( in.flag() ? in.byte() & 0x87 : in.byte() );
+            for( reader.bytes.clear(); reader.bytes.size() < 40 && in.at < in.end; )
+                reader.bytes += static_cast< char >( in.byte() & ( in.flag() ? 0x87 : 0xFF ) );
 
         for( QV_INT changes = in.below( 4 ); changes > 0 && !reader.bytes.empty(); changes-- )
-            reader.bytes[static_cast< size_t >( in.below( lengthOf( reader.bytes ) ) )] =
-                static_cast< char >( in.byte() );
+            at( reader.bytes, in.upTo( lengthOf( reader.bytes ) - 1 ) ) = static_cast< char >( in.byte() );
 
         Ref< QV_DECODER > decoder( qvDecoderCreate( bufferOf( reader.bytes ) ) );
 
@@ -250,9 +172,7 @@ struct EncoderWalk : Walk
             read( decoder, reader );
             require( ( qvDecoderError( decoder ) != 0 ) == reader.failed );
             require( qvDecoderRemaining( decoder ) == reader.left() );
-            require(
-                qvDecoderOffset( decoder )
-                == static_cast< QV_INT >( reader.failed ? reader.bytes.size() : reader.at ) );
+            require( qvDecoderOffset( decoder ) == QV_INT( reader.failed ? reader.bytes.size() : reader.at ) );
         }
     }
 
@@ -265,56 +185,40 @@ struct EncoderWalk : Walk
         require( ok == !reader.failed && ( skips || value == ( ok ? expected : T() ) ) );
     }
 
-    template< class T, class E, class Same >
+    template< class T, class E >
     void object(
-        QV_DECODER *dec, Reader &reader, bool optional, Ref< T > value, E ( Reader::*model )(),
-        QV_BOOL ( *tried )( QV_DECODER *, T ** ), Same same )
+        QV_DECODER *dec, Reader &reader, Ref< T > value, E ( Reader::*model )(), E ( *contents )( T * ),
+        QV_BOOL ( *tried )( QV_DECODER *, T ** ), QV_BOOL ( *triedOptional )( QV_DECODER *, T ** ) )
     {
-        bool skips = in.flag(), null = optional && !reader.flag();
+        bool skips = in.flag(), optional = in.flag(), null = optional && !reader.flag();
         E    expected = null || reader.failed ? E() : ( reader.*model )();
-        bool ok       = tried( dec, skips ? nullptr : value.at() );
-        require( ok == !reader.failed );
-        require( skips || ( ok && !null ? value && same( value, expected ) : !value ) );
+        require( ( optional ? triedOptional : tried )( dec, skips ? nullptr : value.at() ) == !reader.failed );
+        require( skips || ( reader.failed || null ? !value : value && contents( value ) == expected ) );
     }
 
     void read( QV_DECODER *dec, Reader &reader )
     {
-        QV_INT what     = in.below( 12 );
-        bool   optional = what % 2;
-        auto   isText   = []( QV_STRING *qvs, const Text &text ) { return charsOf( qvs ) == text; };
-        auto   isBlock  = []( QV_BUFFER *buf, const std::string &block ) { return bytesOf( buf ) == block; };
-        auto   areTexts = []( QV_VECTOR *vec, const std::vector< Text > &texts ) { return textsOf( vec ) == texts; };
+        QV_INT what = in.below( 7 ), count = in.below( 8 );
 
-        switch( what )
+        if( what == 0 )
         {
-        case 0:
-            return value( dec, reader, &Reader::flag, qvDecoderTryDecodeBool );
-        case 1:
-        case 2:
-            return value( dec, reader, &Reader::integer, qvDecoderTryDecodeInt );
-        case 3:
-            return value( dec, reader, &Reader::character, qvDecoderTryDecodeChar );
-        case 4:
-        case 5:
-            return object(
-                dec, reader, optional, stringOf( U"before" ), &Reader::text,
-                optional ? qvDecoderTryDecodeOptionalString : qvDecoderTryDecodeString, isText );
-        case 6:
-        case 7:
-            return object(
-                dec, reader, optional, bufferOf( "before" ), &Reader::block,
-                optional ? qvDecoderTryDecodeOptionalBuffer : qvDecoderTryDecodeBuffer, isBlock );
-        case 8:
-        case 9:
-            return object(
-                dec, reader, optional, Ref< QV_VECTOR >( qvVectorCreate() ), &Reader::texts,
-                optional ? qvDecoderTryDecodeOptionalStringVector : qvDecoderTryDecodeStringVector, areTexts );
-        default:
-            QV_INT count = in.below( 8 );
-            bool   ok    = reader.ok( !reader.failed && count <= reader.left() );
-            reader.at += ok ? static_cast< size_t >( count ) : 0;
+            bool ok = reader.ok( count <= reader.left() );
+            reader.skip( ok ? count : 0 );
             require( qvDecoderTrySkip( dec, count ) == ok );
         }
+        else
+            what == 1   ? value( dec, reader, &Reader::flag, qvDecoderTryDecodeBool )
+            : what == 2 ? value( dec, reader, &Reader::number, qvDecoderTryDecodeInt )
+            : what == 3 ? value( dec, reader, &Reader::character, qvDecoderTryDecodeChar )
+            : what == 4 ? object(
+                              dec, reader, stringOf( U"before" ), &Reader::text, charsOf, qvDecoderTryDecodeString,
+                              qvDecoderTryDecodeOptionalString )
+            : what == 5 ? object(
+                              dec, reader, bufferOf( "before" ), &Reader::block, bytesOf, qvDecoderTryDecodeBuffer,
+                              qvDecoderTryDecodeOptionalBuffer )
+                        : object(
+                              dec, reader, Ref< QV_VECTOR >( qvVectorCreate() ), &Reader::texts, textsOf,
+                              qvDecoderTryDecodeStringVector, qvDecoderTryDecodeOptionalStringVector );
     }
 
     void check()
@@ -324,6 +228,6 @@ struct EncoderWalk : Walk
         require( !held || bytesOf( held ) == heldBytes );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
-QV_FUZZ_WALK( EncoderWalk, OP( value, 2 ) OP( write, 1 ) OP( hold, 1 ) OP( clear, 1 ) OP( decode, 2 ) )
+QV_FUZZ_WALK( EncoderWalk, OP( values ) OP( write ) OP( decode ) OP( decode ) )

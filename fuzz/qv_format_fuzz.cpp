@@ -1,17 +1,12 @@
 // Format strings beside a writer that goes by the rules, and the readers of numbers and truth values beside one that
 // does.
 
-#include "qv_fuzz_models.h"
-
-#include "qv/base/qv_format.h"
+#include "qv_fuzz_walk.h"
 
 #include <cstring>
 #include <random>
 
-using namespace qv::fuzz;
-using qv::Ref;
-
-namespace
+namespace qv::fuzz
 {
 /* Writing ---------------------------------------------------------------------------------------------------------- */
 
@@ -23,50 +18,43 @@ struct Conversion
 
     Text prefix() const
     {
-        Text numeric = wide( std::to_string( base ) + ":" );
+        char32_t letter = base == 2 ? U'b' : base == 8 ? U'o' : base == 10 ? U'd' : base == 16 ? U'x' : 0;
 
         if( hashes < 1 || hashes > 2 || ( base == 10 && !decimal ) )
             return {};
 
-        char32_t letter = base == 2 ? U'b' : base == 8 ? U'o' : base == 16 ? U'x' : base == 10 ? U'd' : 0;
-
-        return hashes == 2 || !letter ? numeric : Text{ U'0', upper ? letter - 32 : letter };
+        return hashes == 2 || !letter ? wide( std::to_string( base ) + ":" )
+                                      : Text{ U'0', upper ? letter - 32 : letter };
     }
 
     Text padded( const Text &text ) const
     {
-        Text blanks( static_cast< size_t >( std::max< QV_INT >( width - lengthOf( text ), 0 ) ), U' ' );
+        Text blanks = repeated( std::max< QV_INT >( width - lengthOf( text ), 0 ), U' ' );
         return left ? text + blanks : blanks + text;
     }
 
     Text number( bool negative, const Text &digits, QV_INT counted = -1 ) const
     {
-        Text sign = negative ? U"-" : plus ? U"+" : blank ? U" " : U"", head = sign + prefix();
-        counted = lengthOf( head ) + ( counted < 0 ? lengthOf( digits ) : counted );
-        Text pad( static_cast< size_t >( std::max< QV_INT >( width - counted, 0 ) ), zero && !left ? U'0' : U' ' );
+        Text head = ( negative ? U"-" : plus ? U"+" : blank ? U" " : U"" ) + prefix();
+        counted   = lengthOf( head ) + ( counted < 0 ? lengthOf( digits ) : counted );
+        Text pad  = repeated( std::max< QV_INT >( width - counted, 0 ), zero && !left ? U'0' : U' ' );
         return left ? head + digits + pad : zero ? head + pad + digits : pad + head + digits;
     }
 
     // Digits after the precision of a real may come to a value that no character stands for.
     char32_t digit( double value ) const
     {
-        value = std::trunc( std::fabs( value ) );
-        return value < 36 ? digit( static_cast< unsigned >( value ) ) : U'0';
-    }
-
-    char32_t digit( unsigned value ) const
-    {
-        return value < 10 ? U'0' + value : ( upper ? U'A' : U'a' ) + value - 10;
+        unsigned whole = static_cast< unsigned >( std::min( std::fabs( value ), 99.0 ) );
+        return whole < 10 ? U'0' + whole : whole < 36 ? ( upper ? U'A' : U'a' ) + whole - 10 : U'0';
     }
 
     Text digits( QV_INT value ) const
     {
-        Text     result;
-        uint64_t rest = value < 0 ? -static_cast< uint64_t >( value ) : static_cast< uint64_t >( value );
+        Text result;
 
         do
-            result.insert( 0, 1, digit( static_cast< unsigned >( rest % static_cast< uint64_t >( base ) ) ) );
-        while( rest /= static_cast< uint64_t >( base ) );
+            result.insert( 0, 1, digit( static_cast< double >( value % base ) ) );
+        while( value /= base );
 
         return result;
     }
@@ -79,9 +67,8 @@ struct Conversion
 
         double radix = static_cast< double >( base ), scale = 1.0;
         bool   negative = value < 0.0;
-        QV_INT counted =
-            1; // what is counted for the width, which may differ from what is written where reals are rounded
-        Text result;
+        QV_INT counted  = 1; // for the width; it may differ from what is written where reals are rounded
+        Text   result;
 
         for( double t = std::trunc( value / radix ); t != 0.0; t = std::trunc( t / radix ) )
             scale *= radix, counted++;
@@ -100,9 +87,8 @@ struct Conversion
 
         for( ; places > 0; places-- )
         {
-            double x    = radix * value;
-            double part = std::fma( -radix, std::trunc( value ), x ) / radix * radix;
-            result += digit( part );
+            double x = radix * value;
+            result += digit( std::fma( -radix, std::trunc( value ), x ) / radix * radix );
             value = x;
         }
 
@@ -112,20 +98,22 @@ struct Conversion
 
 /* The walk --------------------------------------------------------------------------------------------------------- */
 
-struct FormatWalk : Walk
+struct FormatWalk
 {
-    using Walk::Walk;
-
     Conversion            conversion;
     Text                  format;
     std::vector< QV_INT > stars;
 
-    void star( QV_INT value, bool may )
+    // A number after a mark, as it is or as an argument.
+    QV_INT star( const char32_t *mark, QV_INT value )
     {
-        if( may && in.flag() )
-            format += U'*', stars.push_back( value );
-        else
-            format += wide( std::to_string( value ) ) + ( in.below( 8 ) ? U"" : U" \t" );
+        bool argument = in.flag();
+        format += mark + ( argument ? U"*" : wide( std::to_string( value ) ) + ( in.below( 8 ) ? U"" : U" \t" ) );
+
+        if( argument )
+            stars.push_back( value );
+
+        return value;
     }
 
     // Flags, width, precision and base, some of them by arguments.
@@ -133,37 +121,25 @@ struct FormatWalk : Walk
     {
         conversion = Conversion();
         stars.clear();
-        format = U"<";
+        format = U"<%";
 
         for( QV_INT count = in.below( 4 ); count > 0; count-- )
         {
-            char32_t flag = U"-+ 0^'#"[in.below( 7 )];
-            format        = ( format == U"<" ? U"<%" : format ) + flag;
+            char32_t flag = in.oneOf( U"-+ 0^'" );
+            format += flag ? flag : U'#';
             conversion.left |= flag == U'-', conversion.plus |= flag == U'+', conversion.blank |= flag == U' ';
             conversion.zero |= flag == U'0', conversion.upper |= flag == U'^', conversion.decimal |= flag == U'\'';
-            conversion.hashes += flag == U'#';
-        }
-
-        if( format == U"<" )
-            format += U'%';
-
-        if( in.flag() )
-        {
-            conversion.width = 1 + in.below( 90 );
-            star( conversion.width, true );
+            conversion.hashes += !flag;
         }
 
         if( in.flag() )
-        {
-            format += U'.';
-            star( conversion.precision = in.below( 40 ), true );
-        }
+            conversion.width = star( U"", 1 + in.below( 90 ) );
+
+        if( in.flag() )
+            conversion.precision = star( U".", in.below( 40 ) );
 
         if( mostBase && in.flag() )
-        {
-            format += U'!';
-            star( conversion.base = 2 + in.below( mostBase - 1 ), true );
-        }
+            conversion.base = star( U"!", 2 + in.below( mostBase - 1 ) );
     }
 
     // Another conversion comes after it, so that arguments must not be mixed up.
@@ -183,9 +159,7 @@ struct FormatWalk : Walk
                             : make( stars[0], stars[1], stars[2] );
 
         if( tracing )
-            fprintf(
-                stderr, "\n  format   %s\n  expected <%s>\n  got      %s", ascii( format ).c_str(),
-                ascii( expected ).c_str(), ascii( charsOf( result ) ).c_str() );
+            fprintf( stderr, " '%s' of <%s>", ascii( format ).c_str(), ascii( expected ).c_str() );
 
         require( charsOf( result ) == U"<" + expected + U">%" + wide( std::to_string( number ) ) );
     }
@@ -193,27 +167,21 @@ struct FormatWalk : Walk
     void integers()
     {
         begin( 36 );
-        QV_INT value = in.number();
-
-        QV_INT how = in.below( 4 );
+        QV_INT how = in.below( 3 ), value = in.number(), width = conversion.width;
 
         if( how == 1 )
         {
             // Padded with zeros to the width of the largest value.
             QV_INT largest  = conversion.precision >= 0 ? conversion.precision : QV_INT_MAX;
-            value           = static_cast< QV_INT >( static_cast< uint64_t >( value ) >> 1 );
-            value           = largest == QV_INT_MAX ? value : value % ( largest + 1 );
+            value           = largest == QV_INT_MAX ? value & QV_INT_MAX : ( value & QV_INT_MAX ) % ( largest + 1 );
             conversion.zero = true, conversion.left = false;
-            QV_INT width     = conversion.width;
             conversion.width = 0;
             conversion.width = std::max( width, lengthOf( conversion.number( false, conversion.digits( largest ) ) ) );
-            return run( "A", value, conversion.number( false, conversion.digits( value ) ) );
         }
-
-        if( how == 0 && format.find( U'!' ) == Text::npos )
+        else if( how == 0 && format.find( U'!' ) == Text::npos )
             conversion.base = 16;
 
-        run( how == 0 ? "X" : "i", value, conversion.number( value < 0, conversion.digits( value ) ) );
+        run( how == 0 ? "X" : how == 1 ? "A" : "i", value, conversion.number( value < 0, conversion.digits( value ) ) );
     }
 
     void reals()
@@ -221,8 +189,7 @@ struct FormatWalk : Walk
         static const double SPECIAL[] = { 0.0,  -0.0, 0.5,      0.999,     1e15, -1e18,
                                           1e22, 1e-7, INFINITY, -INFINITY, NAN,  1.0 / 3 };
         begin( 36 );
-        double value =
-            in.flag() ? SPECIAL[in.below( std::size( SPECIAL ) )] : static_cast< double >( in.number() ) / 1024;
+        double value = in.flag() ? in.oneOf( SPECIAL ) : static_cast< double >( in.number() ) / 1024;
         run( "r", value, conversion.real( value ) );
 
         // Of any size, near integers and powers of 2, and with few places, which are those that people write.
@@ -243,7 +210,8 @@ struct FormatWalk : Walk
 
             for( double each : VALUES )
                 require(
-                    takeText( qvFormatEncodeReal( each, plain.base, 0, plain.precision, 0 ) ) == plain.real( each ) );
+                    charsOf( Ref< QV_STRING >( qvFormatEncodeReal( each, plain.base, 0, plain.precision, 0 ) ) )
+                    == plain.real( each ) );
         }
     }
 
@@ -272,26 +240,17 @@ struct FormatWalk : Walk
     void others()
     {
         begin( 0 );
-        QV_CHAR ch    = in.character();
-        bool    value = in.flag();
-        Text    word  = value ? U"true" : U"false";
+        QV_CHAR ch   = in.character();
+        bool    flag = in.flag();
+        Text    word = conversion.upper ? ( flag ? U"TRUE" : U"FALSE" ) : flag ? U"true" : U"false";
+        Text    rule = repeated(
+            conversion.width, conversion.precision < 0 ? U'\t' : static_cast< char32_t >( conversion.precision ) );
+        QV_INT how = in.below( 3 );
 
-        if( conversion.upper )
-            word = value ? U"TRUE" : U"FALSE";
-
-        switch( in.below( 3 ) )
-        {
-        case 0:
-            return run( "c", ch, conversion.padded( Text( 1, ch ) ) );
-        case 1:
-            return run( "b", static_cast< QV_INT >( value ), conversion.padded( word ) );
-        default:
-            // Takes no argument of its own; the one that is given is the number's.
-            Text rule(
-                static_cast< size_t >( conversion.width ),
-                conversion.precision >= 0 ? char32_t( conversion.precision ) : U'\t' );
-            return run( "m>%i<%#%", QV_INT( 7 ), rule + U">7<" );
-        }
+        // The last takes no argument of its own; the one that is given is the number's.
+        how == 0   ? run( "c", ch, conversion.padded( Text( 1, ch ) ) )
+        : how == 1 ? run( "b", QV_INT( flag ), conversion.padded( word ) )
+                   : run( "m>%i<%#%", QV_INT( 7 ), rule + U">7<" );
     }
 
     void read()
@@ -306,56 +265,46 @@ struct FormatWalk : Walk
         double real = 7;
 
         for( QV_INT count = in.below( 8 ); count > 0; count-- )
-        {
-            QV_INT which = in.below( std::size( PIECES ) + 2 );
-            text += which < static_cast< QV_INT >( std::size( PIECES ) ) ? Text( PIECES[which] )
-                                                                         : wide( std::to_string( in.number() ) );
-        }
+            text += in.below( 13 ) ? Text( in.oneOf( PIECES ) ) : wide( std::to_string( in.number() ) );
 
         if( text.empty() )
             return;
 
         // Read in the middle of a text.
         Ref< QV_STRING > qvs = stringOf( U"7" + text + U"7" );
-        NumberReader     reader{ text }, realReader{ text };
+        NumberReader     reader{ text }, realReader{ text }, boolReader{ text };
         QV_INT           number;
         double           expected;
-        bool             ok = reader.integer( base, number );
+        QV_BOOL          truth = 7;
+        bool             ok = reader.integer( base, number ), numeric = in.flag(), isTrue = false;
 
         require( qvFormatTryDecodeInt( qvs, 1, lengthOf( text ), base, &value, &consumed ) == ok );
-        require( value == ( ok ? number : 0 ) && consumed == static_cast< QV_INT >( reader.at ) );
+        require( value == ( ok ? number : 0 ) && consumed == QV_INT( reader.at ) );
 
         ok = realReader.real( base, expected );
         require( qvFormatTryDecodeReal( qvs, 1, lengthOf( text ), base, &real, &consumed ) == ok );
         require( std::memcmp( &real, &( ok ? expected : expected = 0 ), 8 ) == 0 );
-        require( consumed == static_cast< QV_INT >( realReader.at ) );
+        require( consumed == QV_INT( realReader.at ) );
 
-        NumberReader reading{ text };
-        QV_BOOL      truth   = 7;
-        bool         numeric = in.flag(), isTrue = false;
-
-        if( numeric && reading.real( -1, expected ) )
+        // A number that is not 0, or a word.
+        if( numeric && boolReader.real( -1, expected ) )
             ok = true, isTrue = expected != 0.0;
         else
         {
-            reading.at = 0;
-            reading.space();
-            Text rest = reading.text.substr( reading.at, 5 );
-
-            for( char32_t &ch : rest )
-                ch = ch >= U'a' && ch <= U'z' ? ch - 32 : ch;
-
-            isTrue = rest.starts_with( U"TRUE" );
-            ok     = isTrue || rest == U"FALSE";
+            boolReader.at = 0;
+            boolReader.space();
+            std::string rest = ascii( text.substr( boolReader.at, 5 ) );
+            isTrue           = strncasecmp( rest.c_str(), "TRUE", 4 ) == 0;
+            ok               = isTrue || strcasecmp( rest.c_str(), "FALSE" ) == 0;
 
             if( ok )
-                reading.at += isTrue ? 4 : 5, reading.space();
+                boolReader.at += isTrue ? 4 : 5, boolReader.space();
         }
 
         require( qvFormatTryDecodeBool( qvs, 1, lengthOf( text ), numeric, &truth, &consumed ) == ok );
-        require( truth == ( ok && isTrue ) && consumed == static_cast< QV_INT >( reading.at ) );
+        require( truth == ( ok && isTrue ) && consumed == QV_INT( boolReader.at ) );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
-QV_FUZZ_WALK( FormatWalk, OP( integers, 1 ) OP( reals, 1 ) OP( texts, 1 ) OP( others, 1 ) OP( read, 1 ) )
+QV_FUZZ_WALK( FormatWalk, OP( integers ) OP( reals ) OP( texts ) OP( others ) OP( read ) )

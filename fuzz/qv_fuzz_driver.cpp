@@ -1,8 +1,8 @@
-// Runs a fuzz target without libFuzzer: the files and folders on the command line, and then a fixed number of inputs
-// from a fixed seed. With a single file it runs that alone.
+// Runs a fuzz target without libFuzzer: the files of a folder, and then a fixed number of inputs from a fixed seed; or a
+// single file.
 //
-// All runs in a child process. When it fails the input is made as short as can be, by dropping operations, then bytes, and
-// trying again in further children, and is then run once more with its operations printed.
+// All runs in a child process. When it fails the input is made as short as can be, by dropping operations of a walk or
+// bytes, and trying again in further children, and is then run once more with its operations printed.
 
 #include <algorithm>
 #include <cstdio>
@@ -16,12 +16,12 @@
 #include <string>
 #include <vector>
 
+#include <error.h>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-extern "C" int  LLVMFuzzerInitialize( int *argc, char ***argv ) __attribute__( ( weak ) );
 extern "C" int  LLVMFuzzerTestOneInput( const uint8_t *data, size_t size );
 extern "C" void qvFuzzStep( size_t offset );
 
@@ -34,8 +34,7 @@ const int ROUNDS = 100;
 const int ROUNDS = 2000;
 #endif
 
-const int      TRIES   = 2000; // how often an input that fails is tried in shorter forms, in SECONDS at most
-const unsigned SECONDS = 60;   // an input that takes longer hangs
+const unsigned SECONDS = 60; // an input that takes longer hangs, and one that fails is made shorter for so long
 
 // What the child is about to run, as the parent sees it.
 struct Shared
@@ -63,31 +62,17 @@ void runOne( const std::string &input )
 std::string contents( const std::filesystem::path &file )
 {
     std::ifstream stream( file, std::ios::binary );
+
+    if( !stream )
+        error( 2, errno, "%s", file.c_str() );
+
     return { std::istreambuf_iterator< char >( stream ), {} };
 }
 
-// Uniform bytes for the walks, and for the readers texts of pieces that they know.
 std::string randomInput( std::mt19937 &random )
 {
-    // clang-format off
-    static const std::string PIECES[] = {
-        "a=1\n", "a.b=", "a.", ".", "=", "%", "%%", "%00000a", "%110000", "\r\n", "\xc2\x85", "\xe2\x80\xa8",
-        "\xef\xbb\xbf", "\xf0\x9f\x98\x80", "\xc0\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\x7f\x7f\x7f",
-        "\x88\x80", "\x01\x01\x01\x01\x61", std::string( "\x00\x01\x00", 3 ), std::string( "\xff\xfe\x00\xd8", 4 ),
-        "0x7f", "-9223372036854775808", "TRUE", "1,5" };
-    // clang-format on
-
-    bool        pieces = random() % 2;
-    std::string input;
-
-    for( unsigned i = random() % ( pieces ? 40 : random() % 16 ? 160 : 1000 ); i > 0; i-- )
-    {
-        if( pieces && random() % 4 )
-            input += PIECES[random() % std::size( PIECES )];
-        else
-            input += static_cast< char >( random() );
-    }
-
+    std::string input( random() % ( random() % 16 ? 160 : 1000 ), 0 );
+    std::generate( input.begin(), input.end(), [&] { return static_cast< char >( random() ); } );
     return input;
 }
 
@@ -103,8 +88,7 @@ void runAll( const std::vector< std::filesystem::path > &files, bool alone )
 }
 
 // Runs `body` in a child; false if it fails.
-template< class Body >
-bool passes( bool quiet, Body body )
+bool passes( bool quiet, auto body )
 {
     fflush( nullptr );
 
@@ -118,61 +102,40 @@ bool passes( bool quiet, Body body )
     if( quiet )
         dup2( open( "/dev/null", O_WRONLY ), STDERR_FILENO );
 
-    if( LLVMFuzzerInitialize )
-        LLVMFuzzerInitialize( nullptr, nullptr );
-
     shared->done = false;
     body();
     shared->done = true;
     exit( 0 );
 }
 
-// Drops halves, quarters and so on down to single ones, first of the operations and then of the bytes, as long as what is
-// left still fails.
+// Drops halves, quarters and so on down to single operations, as long as what is left still fails.
 std::string shrunk( std::string input )
 {
-    int    tries = TRIES;
-    time_t end   = time( nullptr ) + SECONDS;
-    auto   fails = [&]( const std::string &shorter )
-    { return tries-- > 0 && time( nullptr ) < end && !passes( true, [&] { runOne( shorter ); } ); };
+    time_t end = time( nullptr ) + SECONDS;
 
-    // Where the pieces that can be dropped begin, and the end of the last one.
-    auto bounds = [&]( bool operations )
-    {
-        std::vector< size_t > all;
-
-        if( operations && fails( input ) )
-            all.assign( shared->offsets, shared->offsets + shared->steps );
-        else if( !operations )
-            for( size_t i = 0; i < input.size(); i++ )
-                all.push_back( i );
-
-        all.push_back( input.size() );
-
-        return all;
-    };
-
-    for( bool operations : { true, false } )
-    {
-        std::vector< size_t > all = bounds( operations );
-
-        for( size_t piece = ( all.size() - 1 ) / 2; piece > 0 && tries > 0; )
+    for( size_t piece = input.size(); piece > 0; piece /= 2 )
+        for( size_t at = 0; time( nullptr ) < end; )
         {
-            bool cut = false;
+            // Where the pieces that can be dropped begin, and the end of the last one.
+            std::vector< size_t > bounds( shared->offsets, shared->offsets + shared->steps );
 
-            for( size_t at = 0; at + piece < all.size() && tries > 0; )
-            {
-                std::string shorter = std::string( input ).erase( all[at], all[at + piece] - all[at] );
+            for( size_t i = 0; shared->steps == 0 && i < input.size(); i++ )
+                bounds.push_back( i );
 
-                if( fails( shorter ) )
-                    input = shorter, all = bounds( operations ), cut = true;
-                else
-                    at += piece;
-            }
+            bounds.push_back( input.size() );
 
-            piece = cut && piece == 1 ? 1 : piece / 2;
+            if( at + piece >= bounds.size() )
+                break;
+
+            std::string shorter = std::string( input ).erase( bounds[at], bounds[at + piece] - bounds[at] );
+
+            if( !passes( true, [&] { runOne( shorter ); } ) )
+                input = shorter;
+            else if( passes( true, [&] { runOne( input ); } ) ) // finds the bounds again
+                break;
+            else
+                at += piece;
         }
-    }
 
     return input;
 }
@@ -187,27 +150,17 @@ void qvFuzzStep( size_t offset )
 int main( int argc, char **argv )
 {
     std::vector< std::filesystem::path > files;
+    bool                                 alone = argc > 1 && !std::filesystem::is_directory( argv[1] );
 
-    for( int i = 1; i < argc; i++ )
-    {
-        if( !std::filesystem::exists( argv[i] ) )
-        {
-            fprintf( stderr, "%s is not there\n", argv[i] );
-            return 2;
-        }
-
-        if( std::filesystem::is_directory( argv[i] ) )
-            for( auto &entry : std::filesystem::directory_iterator( argv[i] ) )
-                files.push_back( entry.path() );
-        else
-            files.push_back( argv[i] );
-    }
+    if( alone )
+        files.push_back( argv[1] );
+    else if( argc > 1 )
+        for( auto &entry : std::filesystem::directory_iterator( argv[1] ) )
+            files.push_back( entry.path() );
 
     std::sort( files.begin(), files.end() );
     shared = static_cast< Shared * >(
         mmap( nullptr, sizeof( Shared ), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0 ) );
-
-    bool alone = files.size() == 1 && argc == 2 && !std::filesystem::is_directory( argv[1] );
 
     if( passes( false, [&] { runAll( files, alone ); } ) )
         return 0;

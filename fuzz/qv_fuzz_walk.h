@@ -2,15 +2,13 @@
     Walks: a fuzz target reads operations from its input and runs them on a few variables of a family, each beside a
     model made of standard containers, and compares the two after each operation.
 
-        struct VectorWalk : SlotWalk< VectorWalk, QV_VECTOR, Model, qvVectorCreate >    // the variables and their models
+        struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >      // the variables and their models
         {
-            using SlotWalk::SlotWalk;
-
-            void add() { Slot &slot = any(); QV_INT number = in.number(); ... }
-            void compare( Slot &slot ) { require( ... ); }              // each variable, after each operation
+            void add( Slot &slot, Slot & ) { QV_INT number = in.number(); ... }
+            static void compare( Slot &slot ) { require( ... ); }       // each variable, after each operation
         };
 
-        QV_FUZZ_WALK( VectorWalk, OP( share, 1 ) OP( add, 2 ) ... )     // with their weights
+        QV_FUZZ_WALK( VectorWalk, OP( share ) OP( add ) OP( add ) ... )  // what is often done is there more often
 
     A target that is no walk but reads any bytes says QV_FUZZ_READER( function ).
 
@@ -22,19 +20,17 @@
 #ifndef QV_FUZZ_WALK_H
 #define QV_FUZZ_WALK_H
 
-#include "qv/base/qv_boxed_int.h"
-#include "qv/base/qv_buffer.h"
-#include "qv/base/qv_string.h"
-#include "qv/base/qv_vector.h"
+#include "qv/qv.h"
 #include "qv/runtime/qv_module_private.h"
-#include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_ref.h"
-#include "qv/runtime/qv_runtime.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <unistd.h>
@@ -44,6 +40,8 @@ extern "C" void qvFuzzStep( size_t offset ) __attribute__( ( weak ) );
 
 namespace qv::fuzz
 {
+using qv::obj, qv::Ref, qv::retain;
+
 inline const bool tracing = getenv( "QV_FUZZ_TRACE" ) != nullptr;
 
 #define require( condition ) ( ( condition ) ? (void)0 : ::qv::fuzz::fail( #condition, __FILE__, __LINE__ ) )
@@ -58,8 +56,7 @@ inline const bool tracing = getenv( "QV_FUZZ_TRACE" ) != nullptr;
 
 using Text = std::u32string;
 
-template< class C >
-QV_INT lengthOf( const C &all )
+QV_INT lengthOf( const auto &all )
 {
     return static_cast< QV_INT >( all.size() );
 }
@@ -77,54 +74,48 @@ C without( C all, QV_INT offset, QV_INT count )
     return all;
 }
 
-/** The element at an index that is no size_t. */
 template< class C >
-auto &at( C &all, QV_INT idx )
+void put( C &all, QV_INT at, const C &more )
+{
+    all.insert( all.begin() + at, more.begin(), more.end() );
+}
+
+/** The element at an index that is no size_t. */
+auto &at( auto &all, QV_INT idx )
 {
     return *std::next( all.begin(), idx );
 }
 
 /** The sign of an order, as the compare functions return it. */
-template< class O >
-int sign( O order )
+int sign( auto order )
 {
     return ( order > 0 ) - ( order < 0 );
 }
 
-/** What is meant of a source: all of it, its start, its end, a part of it, or all but the part. */
-enum Form
+/** So many times the same. */
+template< class C = Text >
+C repeated( QV_INT count, typename C::value_type value )
 {
-    WHOLE,
-    LEADING,
-    TRAILING,
-    INNER,
-    OUTER
-};
+    return C( static_cast< size_t >( count ), value );
+}
+
+/** What is meant of a source: all of it, its start, its end, a part of it, or all but the part. */
+inline constexpr QV_INT WHOLE = 0, LEADING = 1, TRAILING = 2, INNER = 3, OUTER = 4;
 
 struct Span
 {
-    QV_INT form, length, offset, count;
+    QV_INT form, offset, count; // the last two are what a function is called with
+    QV_INT from, size;          // the part that is meant, or is not
 
-    template< class C >
-    C of( const C &all ) const
+    auto of( const auto &all ) const
     {
-        return form == WHOLE      ? all
-               : form == LEADING  ? part( all, 0, offset )
-               : form == TRAILING ? part( all, length - offset, offset )
-               : form == INNER    ? part( all, offset, count )
-                                  : without( all, offset, count );
+        return form == OUTER ? without( all, from, size ) : part( all, from, size );
     }
 
-    /** What a model does when that is deleted; of Outer, all but the part is. */
-    template< class M >
-    void erase( M &model ) const
+    /** What is left after that is deleted. */
+    auto rest( const auto &all ) const
     {
-        if( form == OUTER )
-            model.keep( offset, count );
-        else if( form == INNER )
-            model.erase( offset, count );
-        else
-            model.erase( form == LEADING ? 0 : length - offset, offset );
+        return form == OUTER ? part( all, from, size ) : without( all, from, size );
     }
 };
 
@@ -140,26 +131,13 @@ struct Span
 /* Input ------------------------------------------------------------------------------------------------------------ */
 
 /** The bytes of an input, taken one after the other. At their end there are zeros. */
-class Input
+struct Input
 {
-public:
-    Input( const uint8_t *data, size_t size ) : start_( data ), at_( data ), end_( data + size )
-    {
-    }
-
-    bool more() const
-    {
-        return at_ < end_;
-    }
-
-    size_t offset() const
-    {
-        return static_cast< size_t >( at_ - start_ );
-    }
+    const uint8_t *start, *at, *end;
 
     uint8_t byte()
     {
-        return at_ < end_ ? *at_++ : 0;
+        return at < end ? *at++ : 0;
     }
 
     /** 0 to `count` - 1. */
@@ -198,20 +176,12 @@ public:
         return how < 224 ? shown( std::max< QV_INT >( limit - how % 8, 0 ) ) : below( limit + 1 );
     }
 
-    /** An index of something that is not empty. */
-    template< class C >
-    QV_INT index( const C &all )
-    {
-        return upTo( lengthOf( all ) - 1 );
-    }
-
     /** A length, often near a number of places that blocks are made of. */
     QV_INT length( QV_INT most = 5000 )
     {
-        static const QV_INT LENGTHS[] = { 1,   2,   3,    4,    5,    6,    8,    12,   16,  31,  32,
-                                          33,  40,  63,   64,   65,   80,   100,  128,  160, 200, 240,
-                                          320, 500, 1000, 1023, 1024, 2048, 4096, 5000, 0,   0 };
-        return shown( std::min( LENGTHS[byte() % std::size( LENGTHS )], most ) );
+        static const QV_INT LENGTHS[] = { 1,  2,   3,   4,   5,   8,   16,  31,   32,   33,   40,   63, 64,
+                                          65, 100, 128, 160, 200, 320, 500, 1000, 1024, 4096, 5000, 0,  0 };
+        return shown( std::min( oneOf( LENGTHS ), most ) );
     }
 
     /** Any number, often a small one or a limit. */
@@ -243,7 +213,7 @@ public:
             0x1100, 0x1161, 0x11A7, 0x11A8, 0x1E9E,  0x2028,  0x2029,   0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xFB01,
             0xFB03, 0xFEFF, 0xFFFD, 0xFFFF, 0x10000, 0x1F600, 0x10FFFF, 0,      0x212B, 0x1D15E };
         uint8_t how = byte();
-        return how < 128 ? U'a' + how % 26 : CHARS[how % std::size( CHARS )];
+        return static_cast< QV_CHAR >( shown( how < 128 ? U'a' + how % 26 : CHARS[how % std::size( CHARS )] ) );
     }
 
     /** Runs of characters, so that a few bytes make long texts. */
@@ -257,20 +227,33 @@ public:
             result.append( byte() % 4 ? 1 : static_cast< size_t >( length( most - lengthOf( result ) ) ), ch );
         }
 
-        if( tracing )
-            for( size_t i = 0; i < result.size() && i < 40; i++ )
-                fprintf( stderr, "%s%x", i ? "-" : " U+", static_cast< unsigned >( result[i] ) );
+        return result;
+    }
+
+    std::string bytes( QV_INT most )
+    {
+        uint8_t     step   = byte();
+        std::string result = repeated< std::string >( length( most ), 'x' );
+
+        for( size_t i = 0; i < result.size(); i++ )
+            result[i] = static_cast< char >( i * step );
 
         return result;
     }
 
     Span span( QV_INT length, QV_INT form, QV_INT unit = 1 )
     {
-        QV_INT offset = upTo( length / unit ) * unit;
-        return { form, length, offset, upTo( ( length - offset ) / unit ) * unit };
+        QV_INT offset = upTo( length / unit ) * unit, count = upTo( ( length - offset ) / unit ) * unit;
+
+        if( form == INNER || form == OUTER )
+            return { form, offset, count, offset, count };
+
+        if( form == LEADING || form == TRAILING )
+            return { form, offset, count, form == LEADING ? 0 : length - offset, offset };
+
+        return { form, offset, count, 0, length };
     }
 
-private:
     static QV_INT shown( QV_INT value )
     {
         if( tracing )
@@ -278,9 +261,10 @@ private:
 
         return value;
     }
-
-    const uint8_t *start_, *at_, *end_;
 };
+
+/** What the target has been given. */
+inline Input in{};
 
 /* Objects ---------------------------------------------------------------------------------------------------------- */
 
@@ -292,11 +276,6 @@ inline Ref< QV_STRING > stringOf( const Text &text )
 inline Text charsOf( QV_STRING *qvs )
 {
     return Text( qvStringBacking( qvs ), static_cast< size_t >( qvStringLength( qvs ) ) );
-}
-
-inline Text takeText( QV_STRING *owned )
-{
-    return charsOf( Ref< QV_STRING >( owned ) );
 }
 
 inline Text wide( const std::string &ascii )
@@ -312,11 +291,10 @@ inline std::string ascii( const Text &text )
 /** The texts of a Vector of Strings. */
 inline std::vector< Text > textsOf( QV_VECTOR *vec )
 {
-    std::vector< Text > result;
-
-    for( QV_INT i = 0; i < qvVectorLength( vec ); i++ )
-        result.push_back( charsOf( qvStringFrom( qvVectorBacking( vec )[i] ) ) );
-
+    std::vector< Text > result( static_cast< size_t >( qvVectorLength( vec ) ) );
+    std::transform(
+        qvVectorBacking( vec ), qvVectorBacking( vec ) + result.size(), result.begin(),
+        []( QV_OBJ *obj ) { return charsOf( qvStringFrom( obj ) ); } );
     return result;
 }
 
@@ -344,18 +322,16 @@ inline Ref< QV_BUFFER > bufferOf( const std::string &bytes )
 
 inline std::string bytesOf( QV_BUFFER *buf )
 {
-    return std::string(
-        reinterpret_cast< const char * >( qvBufferBacking( buf ) ), static_cast< size_t >( qvBufferLength( buf ) ) );
+    const uint8_t *bytes = qvBufferBacking( buf );
+    return std::string( bytes, bytes + qvBufferLength( buf ) );
 }
 
-template< class T >
-int32_t references( T *object )
+int32_t references( auto *object )
 {
     return qv___RetainCountValue( &obj( object )->retainCount );
 }
 
-template< class T >
-QV_INT declared( T *object )
+QV_INT declared( auto *object )
 {
     return qv___ObjDbgAllocationSize( obj( object ) );
 }
@@ -370,100 +346,188 @@ inline QV_INT liveObjects()
     return count;
 }
 
-/* Models ----------------------------------------------------------------------------------------------------------- */
+/* Rules that several walks go by ----------------------------------------------------------------------------------- */
 
-/** Items in a block with free places before and after them. `M` adds the rules of a family: copy(), the places of a copy;
-    makeRoom( at, count ), those when as many items will come; and compact(), those after some have gone. */
-template< class M, class C >
-struct Ends
+inline bool isSpace( char32_t ch )
 {
-    C      items;
-    QV_INT front = 0, back = 0;
-    bool   shared = false; // somebody else has the object, so that the next change makes a copy
+    return qvUnicodeIsWhiteSpace( ch );
+}
 
-    QV_INT length() const
+inline Text trimmed( const Text &text, bool first = true, bool last = true )
+{
+    auto from = first ? std::find_if_not( text.begin(), text.end(), isSpace ) : text.begin();
+    auto to   = last ? std::find_if_not( text.rbegin(), std::reverse_iterator( from ), isSpace ).base() : text.end();
+    return Text( from, to );
+}
+
+inline bool isSurrogate( char32_t ch )
+{
+    return ch >> 11 == 0xD800 >> 11;
+}
+
+/** Pairs of surrogates are one character, and those that stand alone are none. */
+inline Text sanitized( const Text &text )
+{
+    Text result;
+
+    for( size_t i = 0; i < text.size(); i++ )
+        if( text[i] >> 10 == 0xD800 >> 10 && i + 1 < text.size() && text[i + 1] >> 10 == 0xDC00 >> 10 )
+            result += 0x10000 + ( ( text[i] & 0x3FF ) << 10 ) + ( text[i + 1] & 0x3FF ), i++;
+        else if( !isSurrogate( text[i] ) )
+            result += text[i];
+
+    return result;
+}
+
+/** A length, and so many bytes, the highest first. */
+inline std::string encodedInt( QV_INT value )
+{
+    uint64_t    magnitude = value < 0 ? -static_cast< uint64_t >( value ) : static_cast< uint64_t >( value );
+    std::string digits;
+
+    for( ; magnitude > 0; magnitude /= 256 )
+        digits.insert( 0, 1, static_cast< char >( magnitude ) );
+
+    return static_cast< char >( digits.size() | ( value < 0 ? 0x80 : 0 ) ) + digits;
+}
+
+inline std::string encodedChars( const Text &text )
+{
+    std::string bytes;
+
+    for( char32_t ch : text )
     {
-        return lengthOf( items );
+        if( ch >= 0x80 )
+            bytes += { static_cast< char >( 0x80 | ch >> 16 ), static_cast< char >( ch >> 8 ) };
+
+        bytes += static_cast< char >( ch );
     }
 
-    QV_INT places() const
+    return bytes;
+}
+
+inline std::string encodedText( const Text &text )
+{
+    return encodedInt( lengthOf( text ) ) + encodedChars( text );
+}
+
+/** Reads numbers from a text. */
+struct NumberReader
+{
+    Text   text;
+    size_t at = 0;
+
+    bool end() const
     {
-        return front + length() + back;
+        return at >= text.size();
     }
 
-    M &self()
+    void space()
     {
-        return static_cast< M & >( *this );
+        while( !end() && isSpace( text[at] ) )
+            at++;
     }
 
-    void own( bool also = false )
+    int sign( bool plusToo )
     {
-        if( shared || also )
-            self().copy();
+        int found = end() ? 0 : text[at] == U'-' ? -1 : plusToo && text[at] == U'+';
 
-        shared = false;
+        if( found )
+            at++, space();
+
+        return found;
     }
 
-    void insert( QV_INT at, const C &more )
+    // A sign; and if the base is to be read, a prefix and a sign after it where there was none before. True if negative.
+    bool head( QV_INT &base, bool plusToo )
     {
-        if( more.empty() )
-            return;
+        static const char *const PREFIXES[] = { "0b", "0B", "0o", "0O", "0d", "0D", "0x", "0X" };
 
-        self().makeRoom( at, lengthOf( more ) );
-        shared = false;
-        items.insert( items.begin() + at, more.begin(), more.end() );
+        space();
+        int found = sign( plusToo );
+
+        if( base != -1 )
+            return found < 0;
+
+        base = 10;
+
+        for( QV_INT i = 0; i < 43; i++ )
+            if( Text prefix = wide( i < 8 ? PREFIXES[i] : std::to_string( i - 6 ) + ":" );
+                text.compare( at, prefix.size(), prefix ) == 0 )
+            {
+                at += prefix.size();
+                base = i >= 8 ? i - 6 : i < 2 ? 2 : i < 4 ? 8 : i < 6 ? 10 : 16;
+                break;
+            }
+
+        space();
+
+        return ( found ? found : sign( true ) ) < 0;
     }
 
-    /** Of Outer, the part after is inserted first, and then the part before it. */
-    void insertOuter( QV_INT at, const C &all, const Span &span )
+    QV_INT digit( QV_INT base ) const
     {
-        C    after = part( all, span.offset + span.count, span.length - span.offset - span.count );
-        bool still = shared && after.empty();
-        insert( at, after );
-        shared = still;
-        insert( at, part( all, 0, span.offset ) );
+        return end() ? -1 : qvUnicodeBaseNDigitValue( text[at], base );
     }
 
-    void erase( QV_INT offset, QV_INT count )
+    bool integer( QV_INT base, QV_INT &value )
     {
-        if( count == 0 )
-            return;
+        bool   negative = head( base, true );
+        size_t from     = at;
+        QV_INT longer, d;
+        value = 0;
 
-        if( count == length() )
+        while( ( d = digit( base ) ) >= 0 && !__builtin_mul_overflow( value, base, &longer )
+               && !__builtin_add_overflow( longer, negative ? -d : d, &longer ) )
+            value = longer, at++;
+
+        return done( from );
+    }
+
+    // White space comes after a number, but not after none.
+    bool done( size_t from )
+    {
+        bool any = at > from;
+
+        if( any )
+            space();
+
+        return any;
+    }
+
+    bool real( QV_INT base, double &value )
+    {
+        bool   negative = head( base, false ), separated = false;
+        double radix = static_cast< double >( base ), unit = 1 / radix, one = negative ? -1.0 : 1.0;
+        size_t from = at;
+        value       = 0.0;
+
+        for( ; !end(); at++ )
         {
-            self() = M();
-            return;
+            double d = static_cast< double >( digit( base ) );
+
+            if( d < 0 && !separated && ( text[at] == U'.' || text[at] == U',' ) )
+                separated = true;
+            else if( d < 0 )
+                break;
+            else if( separated )
+                value = std::fma( one * unit, d, value ), unit /= radix;
+            else
+                value = std::fma( value, radix, one * d );
         }
 
-        own();
-        ( offset == 0 ? front : back ) += count;
-        items.erase( items.begin() + offset, items.begin() + offset + count );
-        self().compact();
+        return done( from );
     }
 };
 
 /* Walks ------------------------------------------------------------------------------------------------------------ */
 
-/** What every walk has. */
-struct Walk
+/** A few variables of a walk `W` with a model each, which its compare() compares. Two of them may hold the same object:
+    each change of one is then seen by check() if it shows in another. So destination and source may be the same
+    variable, or two with one object. */
+template< class W, class T, class M, T *( *create )(), QV_INT MOST = 8000 >
+struct Slots
 {
-    Input in;
-
-    Walk( const uint8_t *data, size_t size ) : in( data, size )
-    {
-    }
-
-    void check()
-    {
-    }
-};
-
-/** A few variables with a model each. Two of them may hold the same object: each change of one is then seen by
-    check() if it shows in another. So destination and source may be the same variable, or two with one object. */
-template< class T, class M >
-class Slots
-{
-public:
     struct Slot
     {
         Ref< T > ref;
@@ -477,89 +541,58 @@ public:
         }
     };
 
-    explicit Slots( T *( *create )() ) : empty_( create() ), emptyCount_( references( empty_.get() ) )
+    Ref< T > empty{ create() }; // the one that all share, in most families
+    int32_t  emptyCount = references( empty.get() );
+    Slot     slots[4];
+
+    Slots()
     {
         for( Slot &slot : slots )
             slot.ref.reset( create() );
-
-        lone_ = slots[0].ref.get() != empty_.get();
     }
 
-    /** A variable; a model that wants to know is told if its object is `shared`. */
-    Slot &any( Input &in )
+    /** A variable, which is emptied if it has become long. */
+    Slot &any()
     {
         Slot &slot = slots[in.below( std::size( slots ) )];
 
-        if constexpr( requires { slot.model.shared; } )
-            slot.model.shared = isEmptyOne( slot ) || holders( slot ) > 1;
+        if constexpr( requires { slot.model.size(); } )
+            if( lengthOf( slot.model ) > MOST )
+                slot.set( create(), M() );
 
         return slot;
     }
 
-    void share( Input &in )
+    void share( Slot &to, Slot &from )
     {
-        Slot &to = any( in ), &from = any( in );
-
         if( &to != &from )
             to.set( retain( from.ref.get() ), from.model );
     }
 
-    /** Each object has the references that the variables hold and no other. */
-    void checkCounts() const
+    /** A place in what a variable holds, up to its end. */
+    static QV_INT place( const Slot &slot )
     {
-        for( const Slot &slot : slots )
-            require( isEmptyOne( slot ) || references( slot.ref.get() ) == holders( slot ) );
-
-        auto empties = std::count_if(
-            std::begin( slots ), std::end( slots ), [this]( const Slot &slot ) { return isEmptyOne( slot ); } );
-        require( lone_ || references( empty_.get() ) == emptyCount_ + empties );
+        return in.upTo( lengthOf( slot.model ) );
     }
 
-    Slot slots[4];
-
-private:
-    bool isEmptyOne( const Slot &slot ) const
+    /** How many elements of `size` bytes its block has room for. */
+    static QV_INT freePlaces( const Slot &slot, QV_INT size )
     {
-        return slot.ref.get() == empty_.get();
+        return declared( slot.ref.get() ) / size - lengthOf( slot.model );
     }
 
-    int holders( const Slot &slot ) const
-    {
-        return static_cast< int >( std::count_if(
-            std::begin( slots ), std::end( slots ),
-            [&]( const Slot &other ) { return other.ref.get() == slot.ref.get(); } ) );
-    }
-
-    Ref< T > empty_;
-    int32_t  emptyCount_;
-    bool     lone_ = false; // families without one empty object that all share
-};
-
-/** A walk `W` with variables of a family, which has compare( Slot & ). */
-template< class W, class T, class M, T *( *create )() >
-struct SlotWalk : Walk
-{
-    using Walk::Walk;
-    using Slot = typename Slots< T, M >::Slot;
-
-    Slots< T, M > slots{ create };
-
-    Slot &any()
-    {
-        return slots.any( in );
-    }
-
-    void share()
-    {
-        slots.share( in );
-    }
-
+    /** Each variable is as its model, and each object has the references that the variables hold and no other. */
     void check()
     {
-        for( Slot &slot : slots.slots )
-            static_cast< W * >( this )->compare( slot );
-
-        slots.checkCounts();
+        for( Slot &slot : slots )
+        {
+            T   *object  = slot.ref.get();
+            auto holders = std::count_if(
+                std::begin( slots ), std::end( slots ),
+                [=]( const Slot &other ) { return other.ref.get() == object; } );
+            require( references( object ) == holders + ( object == empty.get() ? emptyCount : 0 ) );
+            W::compare( slot );
+        }
     }
 };
 
@@ -567,27 +600,31 @@ template< class W >
 struct Operation
 {
     const char *name;
-    int         weight;
-    void ( W::*run )();
+    void ( *run )( W &walk );
 };
 
-inline void start()
+/** An operation of a walk with variables is called with two of them, which may be the same. */
+template< class W, class B >
+void call( W &walk, void ( B::*operation )( typename B::Slot &, typename B::Slot & ) )
 {
-    static bool started = false;
+    auto &slot = walk.any(), &other = walk.any();
+    ( walk.*operation )( slot, other );
+}
 
-    if( !started )
+template< class W, class B >
+void call( W &walk, void ( B::*operation )() )
+{
+    ( walk.*operation )();
+}
+
+/** Runs `body`, after which there are as many live objects as before. */
+int run( auto body )
+{
+    if( static bool started = false; !std::exchange( started, true ) )
         qvRuntimeStartup(
             QV_RUNTIME_FLAG_OBJECT_DATABASE | QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS, nullptr, nullptr, nullptr,
             nullptr );
 
-    started = true;
-}
-
-/** Runs `body`, after which there are as many live objects as before. */
-template< class Body >
-int run( Body body )
-{
-    start();
     QV_INT before = liveObjects();
     body();
 
@@ -602,29 +639,24 @@ int run( Body body )
 
 /** Runs the operations of an input. */
 template< class W, size_t N >
-void walk( const Operation< W > ( &operations )[N], const uint8_t *data, size_t size )
+void walk( const Operation< W > ( &operations )[N] )
 {
-    W   walk( data, size );
-    int weights = 0;
+    W walk;
 
-    for( const Operation< W > &operation : operations )
-        weights += operation.weight;
-
-    for( int step = 0; walk.in.more() && step < 400; step++ )
+    for( int step = 0; in.at < in.end && step < 400; step++ )
     {
         if( qvFuzzStep )
-            qvFuzzStep( walk.in.offset() );
+            qvFuzzStep( static_cast< size_t >( in.at - in.start ) );
 
-        const Operation< W > *operation = operations;
-
-        for( int drawn = walk.in.byte() % weights; drawn >= operation->weight; operation++ )
-            drawn -= operation->weight;
+        const Operation< W > *operation = operations + in.byte() % N;
 
         if( tracing )
             fprintf( stderr, "\n%3d. %s", step + 1, operation->name );
 
-        ( walk.*operation->run )();
-        walk.check();
+        operation->run( walk );
+
+        if constexpr( requires { walk.check(); } )
+            walk.check();
     }
 }
 } // namespace qv::fuzz
@@ -632,17 +664,18 @@ void walk( const Operation< W > ( &operations )[N], const uint8_t *data, size_t 
 #define QV_FUZZ_READER( reader )                                                                                       \
     extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )                                          \
     {                                                                                                                  \
-        return qv::fuzz::run( [&] { reader( data, size ); } );                                                         \
+        return qv::fuzz::run( [&] { qv::fuzz::reader( data, size ); } );                                               \
     }
 
-/** A walk of operations, each of them as OP( name, weight ). */
+/** A walk of operations, each of them as OP( name ). */
 #define QV_FUZZ_WALK( W, operations )                                                                                  \
     extern "C" int LLVMFuzzerTestOneInput( const uint8_t *data, size_t size )                                          \
     {                                                                                                                  \
-        using Current                                      = W;                                                        \
-        static const qv::fuzz::Operation< W > OPERATIONS[] = { operations };                                           \
-        return qv::fuzz::run( [&] { qv::fuzz::walk( OPERATIONS, data, size ); } );                                     \
+        using Current                                            = qv::fuzz::W;                                        \
+        static const qv::fuzz::Operation< Current > OPERATIONS[] = { operations };                                     \
+        qv::fuzz::in                                             = { data, data, data + size };                        \
+        return qv::fuzz::run( [] { qv::fuzz::walk( OPERATIONS ); } );                                                  \
     }
-#define OP( name, weight ) { #name, weight, &Current::name },
+#define OP( name ) { #name, []( Current &walk ) { qv::fuzz::call( walk, &Current::name ); } },
 
 #endif

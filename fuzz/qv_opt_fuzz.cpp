@@ -3,25 +3,12 @@
 
 #include "qv_fuzz_walk.h"
 
-#include "qv/base/qv_opt_def.h"
-#include "qv/base/qv_opt_seq.h"
-
-#include <map>
 #include <optional>
 #include <set>
 
-using namespace qv::fuzz;
-using qv::Ref;
-
-namespace
+namespace qv::fuzz
 {
-enum Flags
-{
-    ARGUMENT  = 1,
-    IGNORE    = 2,
-    ONCE      = 4,
-    NO_ABBREV = 8
-};
+const QV_INT ARGUMENT = 1, IGNORE = 2, ONCE = 4, NO_ABBREV = 8; // the flags of an option
 
 struct Definition
 {
@@ -48,55 +35,28 @@ struct Parser
     std::set< QV_INT >  once    = {};
     bool                options = true;
 
-    // The result of a step.
+    // The result of a step; one below 0 but NOTHING comes with an error.
     QV_INT                id  = 0;
-    std::optional< Text > opt = {}, error = {};
+    std::optional< Text > opt = {};
     std::optional< Word > arg = {};
 
     void dropFinalDashes()
     {
-        if( argv.size() == 1 && argv[0] == Word{ true, U"--" } )
+        if( argv == std::vector{ Word{ true, U"--" } } )
             argv.clear();
-    }
-
-    QV_INT fail( QV_INT with )
-    {
-        static const char *const TEXTS[] = {
-            "option undefined",
-            "ambiguous",
-            "argument missing",
-            "argument disallowed",
-            "multiple options disallowed",
-            "abbreviated option disallowed" };
-        error = *opt + U": " + wide( TEXTS[-with - 1] );
-        return with;
     }
 
     // The one name that begins with it, if none is it.
     QV_INT find( const Text &name, bool &abbreviated )
     {
-        QV_INT found = -1;
-        abbreviated  = false;
+        auto at     = def.longs.lower_bound( name );
+        abbreviated = !def.longs.contains( name );
 
-        if( name.empty() )
+        if( name.empty() || at == def.longs.end() || !at->first.starts_with( name ) )
             return -1;
 
-        if( def.longs.contains( name ) )
-            return def.longs[name];
-
-        for( auto &[key, value] : def.longs )
-        {
-            if( !key.starts_with( name ) )
-                continue;
-
-            if( abbreviated )
-                return -2;
-
-            abbreviated = true;
-            found       = value;
-        }
-
-        return found;
+        auto next = std::next( at );
+        return abbreviated && next != def.longs.end() && next->first.starts_with( name ) ? -2 : at->second;
     }
 
     bool takeArgument( size_t at )
@@ -105,7 +65,7 @@ struct Parser
             return false;
 
         arg = argv[at];
-        argv.erase( argv.begin() + static_cast< QV_INT >( at ) );
+        argv.erase( argv.begin() + QV_INT( at ) );
 
         return true;
     }
@@ -137,13 +97,9 @@ struct Parser
 
                 if( def.argOnly >= 0 )
                     arg = word;
-                else
-                    error = wide( "non-option argument disallowed" );
 
-                return std::max< QV_INT >( def.argOnly, -7 );
+                return def.argOnly;
             }
-
-            QV_INT found, flags;
 
             if( text == U"--" )
             {
@@ -153,61 +109,41 @@ struct Parser
                 continue;
             }
 
-            if( text[1] != U'-' )
-            {
-                auto entry = def.shorts.find( text[1] );
-                found      = entry == def.shorts.end() ? -1 : entry->second;
-                flags      = found < 0 ? 0 : def.flags[found];
-                opt        = text.substr( 0, 2 );
-                text.erase( 1, 1 );
+            bool   isLong = text[1] == U'-', abbreviated = false;
+            QV_INT found;
 
-                if( text.size() == 1 )
-                    argv.erase( at );
-                else
-                    at->text = text;
-
-                if( found < 0 )
-                    return fail( found );
-
-                if( flags & ARGUMENT && text.size() > 1 )
-                {
-                    takeArgument( i );
-                    arg = Word{ true, text.substr( 1 ) };
-                }
-                else if( flags & ARGUMENT && !takeArgument( i ) )
-                    return fail( -3 );
-            }
-            else
+            if( isLong )
             {
                 size_t equals = text.find( U'=' );
-                bool   abbreviated;
+                opt           = text.substr( 0, equals );
+                found         = find( opt->substr( 2 ), abbreviated );
                 argv.erase( at );
 
                 if( equals != Text::npos )
                     arg = Word{ true, text.substr( equals + 1 ) };
+            }
+            else
+            {
+                opt   = text.substr( 0, 2 );
+                found = def.shorts.contains( text[1] ) ? def.shorts[text[1]] : -1;
 
-                opt   = text.substr( 0, equals );
-                found = find( opt->substr( 2 ), abbreviated );
-                flags = found < 0 ? 0 : def.flags[found];
-
-                if( found < 0 )
-                    return fail( found );
-
-                if( flags & ARGUMENT && !arg && !takeArgument( i ) )
-                    return fail( -3 );
-
-                if( flags & NO_ABBREV && abbreviated )
-                    return fail( -6 );
-
-                if( !( flags & ARGUMENT ) && arg )
-                    return fail( -4 );
+                if( at->text.erase( 1, 1 ).size() == 1 )
+                    argv.erase( at );
             }
 
-            if( flags & ONCE && !once.insert( found ).second )
-                return fail( -5 );
+            QV_INT flags = found < 0 ? 0 : def.flags[found];
+            QV_INT error = found < 0                                        ? found
+                           : flags & ARGUMENT && !arg && !takeArgument( i ) ? -3
+                           : flags & NO_ABBREV && abbreviated               ? -6
+                           : !( flags & ARGUMENT ) && arg                   ? -4
+                           : flags & ONCE && !once.insert( found ).second   ? -5
+                                                                            : 0;
 
-            if( !( flags & IGNORE ) )
-                return found;
+            if( !isLong && flags & ARGUMENT && text.size() > 2 )
+                arg->text.erase( 0, 1 );
+
+            if( error || !( flags & IGNORE ) )
+                return error ? error : found;
 
             opt.reset(), arg.reset();
             i++;
@@ -216,7 +152,7 @@ struct Parser
 
     void next()
     {
-        opt.reset(), arg.reset(), error.reset();
+        opt.reset(), arg.reset();
         id = step();
         dropFinalDashes();
     }
@@ -224,113 +160,82 @@ struct Parser
 
 const char *const NAMES[] = { "a", "al", "all", "alpha", "beta", "b", "be", "file", "fil", "verbose", "ver" };
 
-struct OptWalk : SlotWalk< OptWalk, QV_OPT_DEF, Definition, qvOptDefCreate >
+struct OptWalk : Slots< OptWalk, QV_OPT_DEF, Definition, qvOptDefCreate >
 {
-    using SlotWalk::SlotWalk;
-
-    void copy()
+    static void name( Slot &slot, const char *name, QV_INT id, QV_INT flags )
     {
-        Slot &to = any(), &from = any();
-        to.set( qvOptDefCreateFrom( from.ref ), from.model );
-    }
-
-    Text name()
-    {
-        return wide( NAMES[in.below( std::size( NAMES ) )] );
+        Text        text = wide( name );
+        Definition &def  = slot.model;
+        qvOptDefSetShortOpt( slot.ref.at(), text[0], def.shorts[text[0]] = id );
+        qvOptDefSetLongOpt( slot.ref.at(), stringOf( text ), def.longs[text] = id );
+        qvOptDefSetFlags( slot.ref.at(), id, def.flags[id] = flags );
     }
 
     // A definition of some use: every letter and name, and flags for all ids.
-    void defineAll()
+    void defineAll( Slot &slot, Slot & )
     {
-        Slot &slot = any();
-
         for( size_t i = 0; i < std::size( NAMES ); i++ )
-        {
-            Text   text = wide( NAMES[i] );
-            QV_INT id   = static_cast< QV_INT >( i ) % 6;
-
-            qvOptDefSetShortOpt( slot.ref.at(), text[0], slot.model.shorts[text[0]] = id );
-            qvOptDefSetLongOpt( slot.ref.at(), stringOf( text ), slot.model.longs[text] = id );
-            qvOptDefSetFlags( slot.ref.at(), id, slot.model.flags[id] = in.below( 16 ) );
-        }
+            name( slot, NAMES[i], static_cast< QV_INT >( i ) % 6, in.below( 16 ) );
 
         qvOptDefSetReorder( slot.ref.at(), slot.model.reorder = in.flag() );
     }
 
-    void define()
+    void define( Slot &slot, Slot & )
     {
-        Slot       &slot = any();
-        Definition &def  = slot.model;
-        QV_INT      id = in.below( 6 ), value = in.below( 16 );
-        Text        text = name();
-        QV_INT      what = in.below( 7 );
+        QV_INT id = in.below( 6 ), value = in.below( 16 );
 
-        if( what < 2 )
-            qvOptDefSetShortOpt( slot.ref.at(), text[0], def.shorts[text[0]] = id );
-        else if( what < 4 )
-            qvOptDefSetLongOpt( slot.ref.at(), stringOf( text ), def.longs[text] = id );
-        else if( what == 4 )
-            qvOptDefSetFlags( slot.ref.at(), id, def.flags[id] = value );
-        else if( what == 5 )
-            qvOptDefSetArgOnly( slot.ref.at(), def.argOnly = value < 12 ? id : -7 );
-        else
-        {
-            qvOptDefSetReorder( slot.ref.at(), def.reorder = value & 1 );
-            qvOptDefSetStringize( slot.ref.at(), def.stringize = value & 2 );
-        }
+        if( in.flag() )
+            return name( slot, in.oneOf( NAMES ), id, value );
+
+        qvOptDefSetArgOnly( slot.ref.at(), slot.model.argOnly = value < 12 ? id : -7 );
+        qvOptDefSetReorder( slot.ref.at(), slot.model.reorder = value & 1 );
+        qvOptDefSetStringize( slot.ref.at(), slot.model.stringize = value & 2 );
     }
 
-    static bool same( QV_OBJ *obj, const Word &word )
+    static Word wordOf( QV_OBJ *obj )
     {
-        return qvObjSort( obj ) == ( word.isText ? qvStringSort() : qvBoxedIntSort() )
-               && takeText( qvObjToString( obj ) ) == word.text;
+        return { qvObjSort( obj ) == qvStringSort(), charsOf( Ref< QV_STRING >( qvObjToString( obj ) ) ) };
     }
 
-    static void compareWords( QV_VECTOR *vec, const std::vector< Word > &words )
+    static std::vector< Word > wordsOf( QV_VECTOR *vec )
     {
-        require( qvVectorLength( vec ) == lengthOf( words ) );
-
-        for( size_t i = 0; i < words.size(); i++ )
-            require( same( qvVectorBacking( vec )[i], words[i] ) );
+        std::vector< Word > words( static_cast< size_t >( qvVectorLength( vec ) ) );
+        std::transform( qvVectorBacking( vec ), qvVectorBacking( vec ) + words.size(), words.begin(), wordOf );
+        return words;
     }
 
-    void parse()
+    void parse( Slot &slot, Slot & )
     {
         static const char32_t *const PIECES[] = { U"-", U"--", U"=",  U"a",    U"b",       U"f",
                                                   U"v", U"x",  U"-a", U"--al", U"--file=", U"é" };
-        Slot                        &slot     = any();
-        Parser                       parser{ slot.model, {} };
         Ref< QV_VECTOR >             argv( qvVectorCreate() );
 
         for( QV_INT count = in.below( 24 ); count > 0; count-- )
         {
-            Word word{ in.below( 5 ) > 0, {} };
+            QV_INT how = in.below( 5 );
+            Text   text;
 
-            if( !word.isText )
-                word.text = wide( std::to_string( count - 6 ) );
-            else if( in.flag() )
-                word.text = ( in.flag() ? U"--" : U"-" ) + name();
+            if( how == 0 )
+                qvVectorAppendInt( argv.at(), count );
+            else if( how < 3 )
+                text = ( how == 1 ? U"--" : U"-" ) + wide( in.oneOf( NAMES ) );
             else
                 for( QV_INT pieces = in.below( 5 ); pieces > 0; pieces-- )
-                    word.text += PIECES[in.below( std::size( PIECES ) )];
+                    text += in.oneOf( PIECES );
 
-            if( word.isText )
-                qvVectorAppendString( argv.at(), stringOf( word.text ) );
-            else
-                qvVectorAppendInt( argv.at(), count - 6 );
+            if( how > 0 )
+                qvVectorAppendString( argv.at(), stringOf( text ) );
 
             if( tracing )
-                fprintf( stderr, " '%s'%s", ascii( word.text ).c_str(), word.isText ? "" : " (object)" );
-
-            parser.argv.push_back( word );
+                fprintf( stderr, " '%s'", ascii( text ).c_str() );
         }
 
-        std::vector< Word > given = parser.argv;
+        std::vector< Word > given = wordsOf( argv );
+        Parser              parser{ slot.model, given };
         Ref< QV_OPT_SEQ >   seq( qvOptSeqCreate( slot.ref, argv ) );
 
-        if( slot.model.stringize )
-            for( Word &word : parser.argv )
-                word.isText = true;
+        for( Word &word : parser.argv )
+            word.isText = word.isText || slot.model.stringize;
 
         parser.dropFinalDashes();
 
@@ -339,36 +244,28 @@ struct OptWalk : SlotWalk< OptWalk, QV_OPT_DEF, Definition, qvOptDefCreate >
             require( !parser.argv.empty() );
 
             if( in.below( 8 ) == 0 )
-                define();
+                define( slot, slot );
 
             parser.next();
-
             require( qvOptSeqNext( seq ) == parser.id && qvOptSeqIdSecondary( seq ) == parser.id );
-            compareWords( Ref< QV_VECTOR >( qvOptSeqRemainingArgv( seq ) ), parser.argv );
+            require( wordsOf( Ref< QV_VECTOR >( qvOptSeqRemainingArgv( seq ) ) ) == parser.argv );
 
             Ref< QV_STRING > opt( qvOptSeqOpt( seq ) ), error( qvOptSeqError( seq ) );
             Ref< QV_OBJ >    arg( qvOptSeqArgObj( seq ) );
+            require( !error == ( parser.id >= 0 || parser.id == QV_OPT_SEQ_NOTHING ) );
             require( opt ? parser.opt && charsOf( opt ) == *parser.opt : !parser.opt );
-            require( error ? parser.error && charsOf( error ) == *parser.error : !parser.error );
-            require( arg ? parser.arg && same( arg, *parser.arg ) : !parser.arg );
+            require( arg ? parser.arg && wordOf( arg ) == *parser.arg : !parser.arg );
         }
 
-        require( parser.argv.empty() );
-        compareWords( argv, given );
+        require( parser.argv.empty() && wordsOf( argv ) == given );
     }
 
     static void compare( Slot &slot )
     {
-        Definition &def = slot.model;
-        require( qvOptDefArgOnly( slot.ref ) == def.argOnly && qvOptDefReorder( slot.ref ) == def.reorder );
-
-        for( auto &[ch, id] : def.shorts )
-            require( qvOptDefShortOpt( slot.ref, ch ) == id );
-
-        for( QV_INT id = 0; id < 6; id++ )
-            require( qvOptDefFlags( slot.ref, id ) == def.flags[id] );
+        require(
+            qvOptDefArgOnly( slot.ref ) == slot.model.argOnly && qvOptDefReorder( slot.ref ) == slot.model.reorder );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
-QV_FUZZ_WALK( OptWalk, OP( share, 1 ) OP( copy, 1 ) OP( defineAll, 1 ) OP( define, 3 ) OP( parse, 2 ) )
+QV_FUZZ_WALK( OptWalk, OP( share ) OP( defineAll ) OP( define ) OP( define ) OP( define ) OP( parse ) OP( parse ) )

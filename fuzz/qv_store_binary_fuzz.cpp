@@ -2,13 +2,7 @@
 
 #include "qv_fuzz_walk.h"
 
-#include "qv/base/qv_decoder.h"
-#include "qv/base/qv_store.h"
-
-using namespace qv::fuzz;
-using qv::Ref;
-
-namespace
+namespace qv::fuzz
 {
 void decode( const uint8_t *data, size_t size )
 {
@@ -38,6 +32,6 @@ void decode( const uint8_t *data, size_t size )
     again.reset( qvStoreDecodeFromStringVector( lines ) );
     require( qvStoreEquals( read, again ) );
 }
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_READER( decode )

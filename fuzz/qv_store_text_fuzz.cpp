@@ -2,12 +2,7 @@
 
 #include "qv_fuzz_walk.h"
 
-#include "qv/base/qv_store.h"
-
-using namespace qv::fuzz;
-using qv::Ref;
-
-namespace
+namespace qv::fuzz
 {
 Ref< QV_STORE > throughText( QV_STORE *store )
 {
@@ -27,6 +22,6 @@ void decode( const uint8_t *data, size_t size )
     Ref< QV_STORE > first = throughText( store );
     require( qvStoreEquals( first, throughText( first ) ) );
 }
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_READER( decode )

@@ -1,43 +1,18 @@
-// Streams in chains: lines to characters to bytes, through a charset, with every form of writing, beside the bytes that
-// have to come out; some sinks fail at a limit. And sources of bytes and characters that share what they read from.
+// Streams in chains: lines to characters to bytes, through a charset, beside the bytes that have to come out. And sources
+// of bytes and characters that share what they read from, and of lines.
 
-#include "qv_fuzz_models.h"
+#include "qv_fuzz_walk.h"
 
-#include "qv/charset/qv_charset.h"
-#include "qv/io/qv_buffer_byte_sink.h"
-#include "qv/io/qv_buffer_byte_source.h"
-#include "qv/io/qv_byte_sink.h"
-#include "qv/io/qv_byte_sink_private.h"
-#include "qv/io/qv_byte_source.h"
-#include "qv/io/qv_byte_source_private.h"
-#include "qv/io/qv_char_sink.h"
-#include "qv/io/qv_char_source.h"
-#include "qv/io/qv_line_sink.h"
-#include "qv/io/qv_nlf.h"
-#include "qv/io/qv_nlf_line_sink.h"
-#include "qv/io/qv_string_char_source.h"
+#include "../tests/qv_test_utf8.h"
 
-using namespace qv::fuzz;
-using qv::Ref;
-
-namespace
+namespace qv::fuzz
 {
-/* What has to come out --------------------------------------------------------------------------------------------- */
-
-void put( std::string &bytes, uint32_t unit, int count, bool little )
-{
-    for( int i = 0; i < count; i++ )
-        bytes += static_cast< char >( unit >> 8 * ( little ? i : count - 1 - i ) );
-}
-
-std::string utf8( char32_t ch )
+std::string unit( uint32_t value, int count, bool little )
 {
     std::string bytes;
-    int         more = ( ch >= 0x80 ) + ( ch >= 0x800 ) + ( ch >= 0x10000 );
-    put( bytes, more ? ( 0x7F80u >> more & 0xFF ) | ch >> 6 * more : ch, 1, false );
 
-    while( --more >= 0 )
-        put( bytes, 0x80 | ( ch >> 6 * more & 63 ), 1, false );
+    for( int i = 0; i < count; i++ )
+        bytes += static_cast< char >( value >> 8 * ( little ? i : count - 1 - i ) );
 
     return bytes;
 }
@@ -57,142 +32,74 @@ std::string encoded( QV_INT charset, QV_INT flags, const Text &text )
                 bytes += '?';
         }
         else if( charset == QV_CHARSET_UTF_8 )
-            bytes += utf8( ch );
+            bytes += qv::test::encodedUtf8( ch );
         else if( charset >= QV_CHARSET_UTF_32 )
-            put( bytes, ch, 4, little );
+            bytes += unit( ch, 4, little );
         else if( ch < 0x10000 )
-            put( bytes, ch, 2, little );
+            bytes += unit( ch, 2, little );
         else
-        {
-            put( bytes, 0xD800 + ( ( ch - 0x10000 ) >> 10 ), 2, little );
-            put( bytes, 0xDC00 + ( ch & 0x3FF ), 2, little );
-        }
+            bytes += unit( 0xD7C0 + ( ch >> 10 ), 2, little ) + unit( 0xDC00 + ( ch & 0x3FF ), 2, little );
     }
 
     return bytes;
 }
 
+// In the order of their flags.
+const Text TERMINATORS[] = { U"\n", U"\r", U"\r\n", U"\x85", U"\v", U"\f", U"\u2028", U"\u2029", U"" };
+
 Text terminator( QV_INT flags )
 {
-    static const char32_t *const FORMS[] = { U"\n", U"\r", U"\r\n", U"\x85", U"\v", U"\f", U"\u2028", U"\u2029" };
-    return flags ? FORMS[__builtin_ctzll( static_cast< uint64_t >( flags ) )] : U"";
+    return TERMINATORS[__builtin_ctzll( static_cast< uint64_t >( flags | 256 ) )];
 }
 
-/* Sinks that fail and sources that do ------------------------------------------------------------------------------ */
-
-size_t      limit;    // how many bytes the sink takes, or the source delivers, before it fails
-std::string received; // what the sink took
-bool        failed;   // after that it must not be called again
-
-QV_BOOL writeLimited( QV_OBJ *, QV_BUFFER *buf, QV_INT offset, QV_INT count )
+// The text with one character that occurs nowhere else for each terminator.
+Text marked( const Text &text, QV_INT flags )
 {
-    require( !failed && count > 0 );
-    failed = received.size() + static_cast< size_t >( count ) > limit;
+    Text result;
 
-    if( !failed )
-        received += bytesOf( buf ).substr( static_cast< size_t >( offset ), static_cast< size_t >( count ) );
-
-    return !failed;
-}
-
-QV_BOOL flushLimited( QV_OBJ * )
-{
-    return !failed;
-}
-
-// The bytes 0, 1, 2 and so on.
-QV_BOOL readLimited( QV_OBJ *, QV_BUFFER **buf, QV_INT most, QV_INT *count )
-{
-    require( !failed );
-    *count = std::min< QV_INT >( most, static_cast< QV_INT >( limit - received.size() ) );
-    failed = *count < most;
-
-    for( QV_INT i = 0; i < *count; i++ )
+    for( size_t i = 0; i < text.size(); i++ )
     {
-        received += static_cast< char >( received.size() );
-        qvBufferAppendByte( buf, static_cast< uint8_t >( received.back() ) );
+        bool pair = flags & QV_NLF_FLAG_CRLF && text.compare( i, 2, U"\r\n" ) == 0;
+        auto at   = std::find( TERMINATORS, TERMINATORS + 8, Text( 1, text[i] ) );
+        result += pair || flags >> ( at - TERMINATORS ) & 1 ? U'#' : text[i];
+        i += pair;
     }
 
-    return !failed;
+    return result.empty() || result.back() == U'#' ? result : result + U'#';
 }
 
-/* The walk --------------------------------------------------------------------------------------------------------- */
-
-struct StreamWalk : Walk
+struct StreamWalk
 {
-    QV_INT                     charset, flags, newline, lines = 0;
+    QV_INT charset = in.below( 3 ) ? QV_CHARSET_UTF_8 + in.below( 7 ) : in.below( 2 );
+    QV_INT flags   = in.flag() * QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS;
+    QV_INT mark    = in.flag() * QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK;
+    QV_INT newline = in.flag() ? 1 << in.below( 8 ) : in.below( 256 ), lines = 0;
+
     Ref< QV_BUFFER_BYTE_SINK > bottom{ qvBufferByteSinkCreate() };
-    Ref< QV_BYTE_SINK >        bytes;
-    Ref< QV_CHAR_SINK >        chars;
-    Ref< QV_LINE_SINK >        line;
+    Ref< QV_BYTE_SINK >        bytes{ qvBufferByteSinkByteSink( bottom ) };
+    Ref< QV_CHAR_SINK >        chars{ qvCharsetCreateCharSink( bytes, charset, flags | mark ) };
+    Ref< QV_NLF_LINE_SINK >    nls{ qvNlfLineSinkCreate( chars, newline ) };
+    Ref< QV_LINE_SINK >        line{ qvNlfLineSinkLineSink( nls ) };
     Text                       pending; // written to the charset's sink since its last flush
-    std::string                expected, got;
+    std::string expected = charset >= QV_CHARSET_UTF_8 && mark ? encoded( charset, 0, U"\uFEFF" ) : "", seen;
 
-    StreamWalk( const uint8_t *data, size_t size ) : Walk( data, size )
+    // A part of a String, as characters or as a line.
+    void write()
     {
-        charset = in.below( 3 ) ? QV_CHARSET_UTF_8 + in.below( 7 ) : in.below( 2 );
-        flags   = in.below( 2 ) * QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS
-                + in.below( 2 ) * QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK;
-        newline = in.flag() ? 1 << in.below( 8 ) : in.below( 256 );
+        Text             text   = in.text( 3000 );
+        Ref< QV_STRING > source = stringOf( text );
+        bool             isLine = in.flag();
+        Span             span   = in.span( lengthOf( text ), in.below( isLine ? 5 : 6 ) );
 
-        bytes.reset( qvBufferByteSinkByteSink( bottom ) );
-        chars.reset( qvCharsetCreateCharSink( bytes, charset, flags ) );
-        Ref< QV_NLF_LINE_SINK > nls( qvNlfLineSinkCreate( chars, newline ) );
-        line.reset( qvNlfLineSinkLineSink( nls ) );
-
-        if( charset >= QV_CHARSET_UTF_8 && flags & QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK )
-            expected = encoded( charset, 0, U"\uFEFF" );
-    }
-
-    // A String, a part of it, and the characters of the part.
-    Ref< QV_STRING > source;
-    Span             span;
-
-    Text draw()
-    {
-        Text text = in.text( 3000 );
-        source    = stringOf( text );
-        span      = in.span( lengthOf( text ), WHOLE );
-
-        return text;
-    }
-
-    void writeChars()
-    {
-        Text text = draw();
-        span.form = in.below( 7 );
-
-        if( span.form <= OUTER )
-            require( CALL_FORM( qvCharSinkWrite, span, 1, chars, source ) );
-        else if( span.form == 5 )
-            require( qvCharSinkWriteChars( chars, text.data(), lengthOf( text ) ) );
-        else
-            require( qvCharSinkWriteFormatCstr( chars, "<%s>", -1, source.get() ) );
-
-        pending += span.form <= OUTER ? span.of( text ) : span.form == 5 ? text : U"<" + text + U">";
-    }
-
-    void writeLine()
-    {
-        Text text = draw();
-        bool two  = in.flag();
-        span.form = two ? QV_INT( WHOLE ) : in.below( 5 );
-
-        if( two )
-        {
-            Ref< QV_VECTOR > both( qvVectorCreate() );
-            qvVectorAppendString( both.at(), source );
-            qvVectorAppendString( both.at(), source );
-            require( qvLineSinkWriteLines( line, both ) );
-            pending += text + terminator( newline );
-            lines++;
-        }
-        else
+        if( isLine )
             require( CALL_FORM( qvLineSinkWrite, span, 1, line, source ) );
+        else
+            require(
+                span.form <= OUTER ? CALL_FORM( qvCharSinkWrite, span, 1, chars, source )
+                                   : qvCharSinkWriteChars( chars, text.data(), lengthOf( text ) ) );
 
-        text = span.of( text );
-        pending += text + terminator( newline );
-        require( qvLineSinkLinesWritten( line ) == ++lines );
+        pending += span.of( text ) + ( isLine ? terminator( newline ) : U"" );
+        require( qvLineSinkLinesWritten( line ) == ( lines += isLine ) );
     }
 
     // What is pending comes out; the single-byte charsets compose it first.
@@ -211,141 +118,87 @@ struct StreamWalk : Walk
 
         expected += encoded( charset, flags, pending );
         pending.clear();
-        got += bytesOf( Ref< QV_BUFFER >( qvBufferByteSinkBuffer( bottom ) ) );
-        require( got == expected );
+        seen += bytesOf( Ref< QV_BUFFER >( qvBufferByteSinkBuffer( bottom ) ) );
+        require( seen == expected );
     }
 
     // Bytes go below the characters.
     void writeBytes()
     {
         flush();
-        std::string      text;
-        Ref< QV_BUFFER > buf;
+        std::string      text = in.bytes( 2000 );
+        Ref< QV_BUFFER > buf  = bufferOf( text );
+        Span             span = in.span( lengthOf( text ), in.below( 6 ) );
 
-        for( QV_INT i = in.length( 2000 ); i > 0; i-- )
-            text += static_cast< char >( i * i );
-
-        buf  = bufferOf( text );
-        span = in.span( lengthOf( text ), in.below( 6 ) );
-
-        if( span.form <= OUTER )
-            require( CALL_FORM( qvByteSinkWrite, span, 1, bytes, buf ) );
-        else
-            require( qvByteSinkWriteBytes( bytes, text.data(), span.length ) );
-
-        expected += span.form <= OUTER ? span.of( text ) : text;
+        require(
+            span.form <= OUTER ? CALL_FORM( qvByteSinkWrite, span, 1, bytes, buf )
+                               : qvByteSinkWriteBytes( bytes, text.data(), lengthOf( text ) ) );
+        expected += span.of( text );
     }
 
-    // A chain of its own whose bottom fails: every call after the first failure fails and goes no further, and what
-    // was taken is the beginning of what was written.
-    void fail()
+    // Two sources take turns at one content, until each has met its end: it could not deliver all. Then it delivers
+    // nothing.
+    template< class Source, class T, class C >
+    void take(
+        Ref< Source > from[2], const C &content, Ref< T > ( *make )( const C & ), C ( *contents )( T * ),
+        QV_INT ( *reads )( Source *, T **, QV_INT ), QV_BOOL ( *ended )( Source * ) )
     {
-        limit = static_cast< size_t >( in.length() ), received.clear(), failed = false;
-        Ref< QV_BYTE_SINK > lowest( qv___ByteSinkCreate( writeLimited, flushLimited, nullptr ) );
-        Ref< QV_CHAR_SINK > upper(
-            qvCharsetCreateCharSink( lowest, charset, flags & ~QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK ) );
-        Text all;
-        bool wrong = false;
-
-        for( QV_INT i = in.below( 8 ); i > 0; i-- )
-        {
-            Text text = draw();
-            bool ok   = in.below( 4 ) ? qvCharSinkWrite( upper, source ) : qvCharSinkFlush( upper );
-            require( !wrong || !ok || text.empty() );
-            wrong = wrong || !ok;
-            require( !failed || qvByteSinkError( lowest ) );
-            require( wrong == ( qvCharSinkError( upper ) != QV_FALSE ) );
-        }
-    }
-
-    // Two sources take turns at one Buffer, or at one String.
-    void read()
-    {
-        bool                         ofBytes = in.flag();
-        Text                         text    = draw();
-        std::string                  data    = ascii( text );
-        Ref< QV_BUFFER_BYTE_SOURCE > bbs( qvBufferByteSourceCreate( bufferOf( data ) ) );
-        Ref< QV_STRING_CHAR_SOURCE > scs( qvStringCharSourceCreate( source ) );
-        Ref< QV_BYTE_SOURCE >        byteSources[2];
-        Ref< QV_CHAR_SOURCE >        charSources[2];
-        bool                         end[2] = {};
-        QV_INT                       at = 0, length = lengthOf( text );
-
-        for( int i = 0; i < 2; i++ )
-        {
-            byteSources[i].reset( qvBufferByteSourceByteSource( bbs ) );
-            charSources[i].reset( qvStringCharSourceCharSource( scs ) );
-        }
+        bool   end[2] = {};
+        QV_INT at = 0, length = lengthOf( content );
 
         for( QV_INT rounds = in.below( 16 ); rounds > 0; rounds-- )
         {
-            int              which = static_cast< int >( in.below( 2 ) ), how = static_cast< int >( in.below( 3 ) );
-            QV_INT           most  = in.flag() ? in.length() : in.upTo( length + 1 ) - 1;
-            QV_INT           takes = end[which] ? 0 : std::min( most < 0 ? QV_INT_MAX : most, length - at ), taken;
-            Ref< QV_BUFFER > buf   = bufferOf( "x" );
-            Ref< QV_STRING > qvs   = stringOf( U"x" );
-            std::string      bytesRead( static_cast< size_t >( std::max< QV_INT >( most, 0 ) ), ' ' );
-            Text             charsRead( bytesRead.size(), U' ' );
-            QV_BYTE_SOURCE  *from      = byteSources[which];
-            QV_CHAR_SOURCE  *charsFrom = charSources[which];
-            end[which]                 = end[which] || most > takes || most < 0;
-            how                        = most < 0 ? 0 : how;
-
-            if( ofBytes )
-            {
-                taken = how == 0   ? qvByteSourceRead( from, buf.at(), most )
-                        : how == 1 ? qvByteSourceReadBytes( from, bytesRead.data(), most )
-                                   : qvByteSourceSkip( from, most );
-                require( ( qvByteSourceEnd( from ) != 0 ) == end[which] );
-                std::string piece = part( data, at, takes );
-                require(
-                    how == 2
-                    || ( how ? bytesRead.substr( 0, piece.size() ) : bytesOf( buf ) ) == ( how ? "" : "x" ) + piece );
-            }
-            else
-            {
-                taken = how ? qvCharSourceReadChars( charsFrom, charsRead.data(), most )
-                            : qvCharSourceRead( charsFrom, qvs.at(), most );
-                require( ( qvCharSourceEnd( charsFrom ) != 0 ) == end[which] );
-                Text piece = part( text, at, takes );
-                require(
-                    ( how ? charsRead.substr( 0, piece.size() ) : charsOf( qvs ) ) == ( how ? U"" : U"x" ) + piece );
-            }
-
-            require( taken == takes );
+            QV_INT   which = in.below( 2 ), most = in.flag() ? in.length() : in.upTo( length + 1 ) - 1;
+            QV_INT   takes = end[which] ? 0 : std::min( most < 0 ? QV_INT_MAX : most, length - at );
+            Ref< T > dest  = make( C( 1, 'x' ) );
+            require( reads( from[which], dest.at(), most ) == takes );
+            require( contents( dest ) == C( 1, 'x' ) + part( content, at, takes ) );
+            end[which] = end[which] || most > takes || most < 0;
+            require( ( ended( from[which] ) != 0 ) == end[which] );
             at += takes;
         }
     }
 
-    // A source that fails: what came before is delivered, and it is not asked again.
-    void readFailing()
+    void read()
     {
-        limit = static_cast< size_t >( in.length() ), received.clear(), failed = false;
-        Ref< QV_BYTE_SOURCE > lowest( qv___ByteSourceCreate( readLimited, nullptr, nullptr ) );
-        QV_INT                total = 0;
+        std::string                  data = in.bytes( 3000 );
+        Text                         text = in.text( 3000 );
+        Ref< QV_BUFFER_BYTE_SOURCE > bbs( qvBufferByteSourceCreate( bufferOf( data ) ) );
+        Ref< QV_STRING_CHAR_SOURCE > scs( qvStringCharSourceCreate( stringOf( text ) ) );
+        Ref< QV_BYTE_SOURCE >        ofBytes[2];
+        Ref< QV_CHAR_SOURCE >        ofChars[2];
 
-        for( QV_INT rounds = in.below( 12 ); rounds > 0; rounds-- )
+        for( int i = 0; i < 2; i++ )
         {
-            Ref< QV_BUFFER > buf( qvBufferCreate() );
-            QV_INT           most  = in.flag() ? in.length() : in.upTo( 20000 );
-            bool             skips = in.flag();
-            QV_INT           takes = failed ? 0 : std::min( most, static_cast< QV_INT >( limit ) - total );
-            require(
-                ( skips ? qvByteSourceSkip( lowest, most ) : qvByteSourceRead( lowest, buf.at(), most ) ) == takes );
-            total += takes;
-            require( ( qvByteSourceError( lowest ) != 0 ) == failed && ( qvByteSourceEnd( lowest ) != 0 ) == failed );
-            require( skips || qvBufferLength( buf ) == takes );
-            require( failed == ( most > takes ) || failed );
+            ofBytes[i].reset( qvBufferByteSourceByteSource( bbs ) );
+            ofChars[i].reset( qvStringCharSourceCharSource( scs ) );
         }
+
+        take( ofBytes, data, bufferOf, bytesOf, qvByteSourceRead, qvByteSourceEnd );
+        take( ofChars, text, stringOf, charsOf, qvCharSourceRead, qvCharSourceEnd );
     }
 
-    void check()
+    // Of a text in which terminators are frequent.
+    void readLines()
     {
-        source.reset();
+        Text   text  = in.text( 1000 ), lineTexts;
+        QV_INT count = 0;
+
+        for( char c : in.bytes( 2000 ) )
+            text += U"\n\r\x85\v\f\u2028\u2029a\t\x0E\x84\u202A"[static_cast< uint8_t >( c ) % 12];
+
+        Ref< QV_STRING_CHAR_SOURCE > scs( qvStringCharSourceCreate( stringOf( text ) ) );
+        Ref< QV_CHAR_SOURCE >        charSource( qvStringCharSourceCharSource( scs ) );
+        Ref< QV_NLF_LINE_SOURCE >    from( qvNlfLineSourceCreate( charSource, newline ) );
+        Ref< QV_LINE_SOURCE >        source( qvNlfLineSourceLineSource( from ) );
+
+        for( ; QV_STRING *each = qvLineSourceRead( source ); count++ )
+            lineTexts += charsOf( Ref< QV_STRING >( each ) ) + U'#';
+
+        require( lineTexts == marked( text, newline ) && qvLineSourceLinesRead( source ) == count );
+        require( qvLineSourceEnd( source ) && !qvLineSourceError( source ) );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
-QV_FUZZ_WALK(
-    StreamWalk, OP( writeChars, 2 ) OP( writeLine, 1 ) OP( flush, 1 ) OP( writeBytes, 1 ) OP( fail, 1 ) OP( read, 1 )
-                    OP( readFailing, 1 ) )
+QV_FUZZ_WALK( StreamWalk, OP( write ) OP( write ) OP( flush ) OP( writeBytes ) OP( read ) OP( readLines ) )

@@ -4,12 +4,7 @@
 
 #include "qv_fuzz_walk.h"
 
-#include "qv/base/qv_time.h"
-
-using namespace qv::fuzz;
-using qv::Ref;
-
-namespace
+namespace qv::fuzz
 {
 // What can stand in each place, in the order of the places.
 const char *const WORDS[][8] = {
@@ -49,6 +44,6 @@ void parse( const uint8_t *data, size_t size )
     require( again && qvTimeEquals( tm, again ) );
     require( qvTimeDeltaSeconds( tm, again, &delta ) && delta == 0 );
 }
-} // namespace
+} // namespace qv::fuzz
 
 QV_FUZZ_READER( parse )

@@ -3,10 +3,6 @@
 
 #include "qv_fuzz_walk.h"
 
-#include "qv/base/qv_time.h"
-#include "qv/base/qv_timer.h"
-#include "qv/base/qv_timestamp.h"
-
 #include "../tests/qv_test_clock.h"
 
 #include <array>
@@ -14,36 +10,26 @@
 #include <mutex>
 #include <semaphore>
 
-using namespace qv::fuzz;
+namespace qv::fuzz
+{
 using qv::test::wallClock;
-using qv::Ref;
+const QV_INT MINUTE = 60000, TIMERS = 6;
 
-namespace
-{
-const QV_INT MINUTE = 60000;
-
-enum Kind
-{
-    NONE,
-    RELATIVE,
-    ABSOLUTE,
-    REPLACED // by another timer at an equal Time: it counts as scheduled, and does not fire
-};
+// A timer that another one at an equal Time has replaced counts as scheduled, and does not fire.
+const QV_INT NONE = 0, BY_STAMP = 1, BY_TIME = 2, REPLACED = 3;
 
 struct Plan
 {
-    Kind   kind = NONE;
+    QV_INT kind = NONE;
     QV_INT due = 0, period = 0, repeats = 0; // in minutes
 
     bool operator==( const Plan & ) const = default;
 };
 
-using Log = std::vector< std::pair< QV_INT, QV_INT > >; // what fired: in which minute it was due, and its index
-
 struct Plans
 {
-    std::array< Plan, 6 > all;
-    Log                   byTimestamp, byTime;
+    std::array< Plan, TIMERS >                                         all;
+    std::array< std::vector< std::pair< QV_INT, QV_INT > >, REPLACED > fired; // when each was due, and its index
 
     bool operator==( const Plans & ) const = default;
 
@@ -51,7 +37,7 @@ struct Plans
     void replaceBy( const Plan &by )
     {
         for( Plan &plan : all )
-            if( &plan != &by && plan.kind == ABSOLUTE && by.kind == ABSOLUTE && plan.due == by.due )
+            if( &plan != &by && plan.kind == BY_TIME && by.kind == BY_TIME && plan.due == by.due )
                 plan.kind = REPLACED;
     }
 
@@ -59,31 +45,25 @@ struct Plans
     bool fire( QV_INT idx )
     {
         Plan &plan = at( all, idx );
-        ( plan.kind == ABSOLUTE ? byTime : byTimestamp ).emplace_back( plan.due, idx );
-
-        if( plan.repeats == 0 )
-        {
-            plan.kind = NONE;
-            return false;
-        }
-
-        plan.repeats--, plan.due += plan.period;
+        fired[plan.kind].emplace_back( plan.due, idx );
+        plan.kind = plan.repeats > 0 ? plan.kind : NONE;
+        plan.due += plan.period;
         replaceBy( plan );
 
-        return true;
+        return plan.repeats-- > 0;
     }
 };
 
 std::mutex                mutex; // guards the next three, which the timer thread uses when it fires
 Plans                     plans;
-Ref< QV_TIMER >           timers[std::tuple_size_v< decltype( Plans::all ) >];
+Ref< QV_TIMER >           timers[TIMERS];
 QV_INT                    timestampBase, wallBase; // of minute 0
 std::counting_semaphore<> through( 0 );
 QV_INT                    ahead = 0; // how far the walks have moved the clock on
 
 void scheduleAt( QV_TIMER *timer, const Plan &plan )
 {
-    if( plan.kind == RELATIVE )
+    if( plan.kind == BY_STAMP )
         return qvTimerScheduleAt( timer, timestampBase + plan.due * MINUTE );
 
     qvTimerScheduleAtTime( timer, Ref< QV_TIME >( qvTimeTryCreateFromTimeT( wallBase + plan.due * MINUTE / 1000 ) ) );
@@ -98,29 +78,26 @@ void onTimer( QV_OBJ *arg )
         scheduleAt( timers[idx], at( plans.all, idx ) );
 }
 
-void onNothing( QV_OBJ * )
-{
-}
-
 void onEnd( QV_OBJ * )
 {
     through.release();
 }
 
-struct TimerWalk : Walk
+struct TimerWalk
 {
     QV_INT now = 0; // in minutes, of which half a one more is over
     Plans  model;
 
-    TimerWalk( const uint8_t *data, size_t size ) : Walk( data, size )
+    TimerWalk()
     {
         wallClock.step = ahead + MINUTE;
         timestampBase  = qvTimestamp() - MINUTE / 2;
         wallBase       = ( wallClock.now() - MINUTE / 2 ) / 1000;
-        plans          = model;
 
-        for( QV_INT idx = 0; idx < lengthOf( model.all ); idx++ )
+        for( QV_INT idx = 0; idx < TIMERS; idx++ )
             timers[idx].reset( qvTimerCreate( onTimer, boxedInt( idx ) ) );
+
+        plans = model;
     }
 
     ~TimerWalk()
@@ -132,11 +109,17 @@ struct TimerWalk : Walk
         ahead = wallClock.step.exchange( 0 );
     }
 
-    void renew()
+    // A timer is made anew, or its schedule is taken away.
+    void drop()
     {
         std::lock_guard lock( mutex );
-        QV_INT          idx = in.index( model.all );
-        timers[idx].reset( qvTimerCreate( onTimer, boxedInt( idx ) ) );
+        QV_INT          idx = in.below( TIMERS );
+
+        if( in.flag() )
+            timers[idx].reset( qvTimerCreate( onTimer, boxedInt( idx ) ) );
+        else
+            qvTimerUnschedule( timers[idx] );
+
         at( model.all, idx ) = {};
         plans                = model;
     }
@@ -145,11 +128,11 @@ struct TimerWalk : Walk
     void schedule()
     {
         std::lock_guard lock( mutex );
-        QV_INT          idx = in.index( model.all ), how = in.below( 3 );
+        QV_INT          idx = in.below( TIMERS ), how = in.below( 3 );
         Plan           &plan = at( model.all, idx );
 
-        plan.kind    = how < 2 ? RELATIVE : ABSOLUTE;
         plan.due     = std::max< QV_INT >( now + in.below( 24 ) - 3, 0 );
+        plan.kind    = how < 2 ? BY_STAMP : BY_TIME;
         plan.period  = 1 + in.below( 5 );
         plan.repeats = in.flag() ? in.below( 8 ) : 0;
         model.replaceBy( plan );
@@ -159,15 +142,6 @@ struct TimerWalk : Walk
             qvTimerSchedule( timers[idx], ( plan.due - now ) * MINUTE - MINUTE / 2 );
         else
             scheduleAt( timers[idx], plan );
-    }
-
-    void unschedule()
-    {
-        std::lock_guard lock( mutex );
-        QV_INT          idx = in.index( model.all );
-        qvTimerUnschedule( timers[idx] );
-        at( model.all, idx ).kind = NONE;
-        plans                     = model;
     }
 
     void advance()
@@ -181,33 +155,34 @@ struct TimerWalk : Walk
     void check()
     {
         // The first one wakes the thread, the others tell that it is through.
-        Ref< QV_TIMER > first( qvTimerCreate( onNothing, nullptr ) ), last( qvTimerCreate( onEnd, nullptr ) ),
-            lastByTime( qvTimerCreate( onEnd, nullptr ) );
+        Ref< QV_TIMER > first( qvTimerCreate( []( QV_OBJ * ) {}, nullptr ) );
+        Ref< QV_TIMER > last( qvTimerCreate( onEnd, nullptr ) ), lastByTime( qvTimerCreate( onEnd, nullptr ) );
         qvTimerScheduleAtTime( lastByTime, Ref< QV_TIME >( qvTimeNow() ) );
         qvTimerSchedule( last, 0 );
         qvTimerScheduleAt( first, 0 );
 
-        for( int timers = 2; timers > 0; timers-- )
+        for( int ends = 2; ends > 0; ends-- )
             require( through.try_acquire_for( std::chrono::seconds( 30 ) ) );
 
         for( QV_INT minute = 0; minute <= now; minute++ )
-            for( Plan &plan : model.all )
-                if( ( plan.kind == RELATIVE || plan.kind == ABSOLUTE ) && plan.due == minute )
-                    model.fire( &plan - model.all.data() );
+            for( QV_INT idx = 0; idx < TIMERS; idx++ )
+                if( Plan &plan = at( model.all, idx ); plan.kind % REPLACED != NONE && plan.due == minute )
+                    model.fire( idx );
 
-        // Timers of one minute are scheduled at nearly one time, or at one.
         std::lock_guard lock( mutex );
+        auto           &stamped = plans.fired[BY_STAMP];
         auto            earlier = []( auto &a, auto &b ) { return a.first < b.first; };
-        require( std::is_sorted( plans.byTimestamp.begin(), plans.byTimestamp.end(), earlier ) );
-        std::sort( plans.byTimestamp.begin(), plans.byTimestamp.end() );
+        require( std::is_sorted( stamped.begin(), stamped.end(), earlier ) );
+        std::sort( stamped.begin(), stamped.end() ); // those of one minute come in an order of their own
         require( plans == model );
-        model.byTimestamp.clear(), model.byTime.clear();
-        plans = model;
+        plans.fired = model.fired = {};
 
-        for( QV_INT idx = 0; idx < lengthOf( model.all ); idx++ )
+        for( QV_INT idx = 0; idx < TIMERS; idx++ )
             require( qvTimerScheduled( timers[idx] ) == ( at( model.all, idx ).kind != NONE ) );
     }
 };
-} // namespace
+} // namespace qv::fuzz
 
-QV_FUZZ_WALK( TimerWalk, OP( renew, 1 ) OP( schedule, 4 ) OP( unschedule, 1 ) OP( advance, 3 ) )
+QV_FUZZ_WALK(
+    TimerWalk, OP( drop ) OP( schedule ) OP( schedule ) OP( schedule ) OP( schedule ) OP( drop ) OP( advance )
+                   OP( advance ) OP( advance ) )
