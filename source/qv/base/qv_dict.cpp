@@ -7,6 +7,7 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_obj_parts_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
@@ -210,6 +211,28 @@ QV_DICT *qv::createDictWithRoom( QV_INT count )
     return dict;
 }
 
+QV_DICT *qv::createDictOfKeys( QV_DICT *src )
+{
+    QV_DICT *dict = createEmpty();
+
+    if( src->length > 0 )
+    {
+        accountForMore( dict, src->length );
+        DictBuilder keys( src->length );
+
+        for( DictIterator item( src, 0 ); item; ++item )
+        {
+            retainMore( item->key, 2 );
+            keys.append( { item->key, { item->key }, item->digest }, item.run() );
+        }
+
+        keys.putInto( dict );
+        QV_ASSERT( isSoundDict( dict ) );
+    }
+
+    return dict;
+}
+
 QV_DICT *qvDictCreate( void )
 {
     return qv::retain( qv___DictEmpty );
@@ -265,22 +288,10 @@ QV_INT qv::searchDict( QV_DICT *dict, QV_OBJ *key, bool *found )
     return dictIndex( dict, place );
 }
 
-void qv::insertIntoDict( QV_DICT **dict, QV_INT idx, QV_OBJ *key, QV_OBJ *value, QV_DICT *superset, QV_INT supersetIdx )
+void qv::insertIntoDict( QV_DICT **dict, QV_INT idx, QV_OBJ *key, QV_OBJ *value )
 {
     makePrivate( dict, qvDictCreateFrom );
     DictPlace place = dictPlace( *dict, idx );
-
-    // What all keys of a superset of one run have in common, those here have.
-    if( superset && !superset->hasIndex && ( *dict )->length > 0 )
-    {
-        QV___DICT_RUN *run = dictRun( *dict, place.run );
-
-        if( superset->run->digests == run->digests && superset->run->prefix == run->prefix )
-        {
-            place.hasDigest = true;
-            place.digest    = superset->run->items()[supersetIdx].digest;
-        }
-    }
 
     accountForMore( *dict, 1 );
     enterItem( *dict, place, key, value );

@@ -49,11 +49,11 @@ void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
     };
 
     const auto begin = []( QV_STORE *of ) -> Level
-    { return { { of->addresses, 0 }, { of->values, 0 }, { of->stores, 0 } }; };
+    { return { { qv::addressesOf( of ), 0 }, { of->values, 0 }, { of->stores, 0 } }; };
 
     qv::Levels< Level > levels;
     Level               at = begin( store );
-    qvEncoderEncodeInt( encoder, store->addresses->length );
+    qvEncoderEncodeInt( encoder, qvStoreLength( store ) );
 
     do
     {
@@ -70,7 +70,7 @@ void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
             {
                 levels.push( at );
                 at = begin( sub );
-                qvEncoderEncodeInt( encoder, sub->addresses->length );
+                qvEncoderEncodeInt( encoder, qvStoreLength( sub ) );
             }
         }
 
@@ -87,28 +87,6 @@ QV_BUFFER *qvStoreEncodeToBuffer( QV_STORE *store )
 
     return qvEncoderBuffer( encoder );
 }
-
-namespace
-{
-// Sets an entry of a store that is being read. Takes over the value. The address is borrowed; unless the store has an
-// equal one, the caller is the only one to hold it.
-void enterDecoded( QV_STORE *store, qv::StoreTable table, QV_STRING *address, QV_OBJ *value )
-{
-    bool   found;
-    QV_INT idx = qv::searchDict( store->addresses, address, &found );
-
-    if( found )
-    {
-        qv::setInStore( store, table, address, value );
-        qv::release( value );
-        return;
-    }
-
-    // Only the caller holds the address, so that its count needs no locked instruction.
-    qv::retainCreated( address, 3 );
-    qv::insertIntoStore( store, table, idx, address, value );
-}
-} // namespace
 
 QV_STORE *qv___StoreTryDecodeFromDecoder( QV_DECODER *decoder, QV_INT depth )
 {
@@ -136,10 +114,10 @@ QV_STORE *qv___StoreTryDecodeFromDecoder( QV_DECODER *decoder, QV_INT depth )
         }
 
         if( ok && value )
-            enterDecoded( store, qv::STORE_VALUES, address, value.give() );
+            qv::setInStore( store, qv::STORE_VALUES, address, value );
 
         if( ok && sub )
-            enterDecoded( store, qv::STORE_STORES, address, sub.give() );
+            qv::setInStore( store, qv::STORE_STORES, address, sub );
     }
 
     if( ok )

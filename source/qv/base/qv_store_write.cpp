@@ -208,7 +208,7 @@ void writeLines( QV_STORE *store, Output< Unit > &prefix, Output< Unit > &out, c
             prefix.append( static_cast< QV_STRING * >( item.key ) );
             prefix.put( '.' );
 
-            if( sub->addresses->length > 0 )
+            if( qv::addressesOf( sub )->length > 0 )
             {
                 levels.push( at );
                 at = { qv::DictIterator( sub->stores, 0 ), prefix.length() };
