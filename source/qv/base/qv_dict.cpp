@@ -18,6 +18,8 @@
 
 QV_DICT *qv___DictEmpty = nullptr;
 
+QV___HIDDEN QV_SORT qv___sort_QV_STRING;
+
 namespace
 {
 using Item  = QV___DICT_ITEM;
@@ -34,6 +36,47 @@ QV_DICT *createEmpty()
     return dict;
 }
 
+// True for objects whose end ends no others.
+bool isLeaf( QV_OBJ *object )
+{
+    return object->sort == &qv___sort_QV_STRING || ( object->sort && !object->sort->freeFunc );
+}
+
+// The memory of objects that were made in another order than that of their keys comes from far away.
+void fetch( QV_OBJ *object )
+{
+    __builtin_prefetch( object );
+    __builtin_prefetch( reinterpret_cast< char * >( object ) + 64 );
+}
+
+// Releases what all items hold.
+void releaseItems( QV_DICT *dict )
+{
+    const QV_INT AHEAD = 8; // items
+
+    qv::ObjReleases  keys, values;
+    qv::DictIterator ahead( dict, AHEAD );
+
+    for( const Item &item : qv::dictItems( dict ) )
+    {
+        if( ahead )
+        {
+            fetch( ahead->key );
+            fetch( ahead->val );
+            ++ahead;
+        }
+
+        if( item.key == item.val )
+        {
+            qv::releaseItem( item );
+            continue;
+        }
+
+        keys.release( item.key, isLeaf( item.key ) );
+        values.release( item.val, isLeaf( item.val ) );
+    }
+}
+
 void freeDict( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
@@ -41,9 +84,7 @@ void freeDict( QV_OBJ *thisObj )
     QV_DICT *dict = qvDictFrom( thisObj );
     QV_ASSERT( qv::isSoundDict( dict ) );
 
-    for( const Item &item : qv::dictItems( dict ) )
-        qv::releaseItem( item );
-
+    releaseItems( dict );
     qv::freeRuns( dict );
 
     if( dict->alloc > 0 )
@@ -315,9 +356,7 @@ void qv___DictClear( QV_DICT **dict )
     own->hasIndex             = 0;
     own->length               = 0;
 
-    for( const Item &item : qv::dictItems( &ending ) )
-        qv::releaseItem( item );
-
+    releaseItems( &ending );
     qv::emptyRuns( &ending );
     own->run = ending.run;
 }

@@ -1,0 +1,144 @@
+#include "qv/sys/qv_slab_private.h"
+
+#include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_atomic.h"
+
+#include <stdint.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace
+{
+const QV_INT SIZE  = 2 << 20;                  // and what the address of a slab is a multiple of
+const QV_INT PARTS = SIZE / qv::SLAB_PART - 1; // the head has the place of one
+
+// So many parts that are left cause a look for pages to give back. A look may be missed where two threads give parts
+// back at once; the next one makes up for it.
+const int32_t FEW[] = { PARTS / 8, PARTS / 64, 1 };
+} // namespace
+
+struct qv::Slab
+{
+    int32_t uses; // atomic; parts that are used or have not been taken yet
+    int32_t taken;
+    uint64_t
+        isFree[PARTS / 64 + 1]; // atomic; a bit for each part that was given back or not taken when the slab was closed
+};
+
+static_assert( sizeof( qv::Slab ) <= qv::SLAB_PART );
+
+namespace
+{
+char *partsOf( qv::Slab *slab )
+{
+    return reinterpret_cast< char * >( slab ) + qv::SLAB_PART;
+}
+
+void markPartFree( qv::Slab *slab, QV_INT part )
+{
+    __atomic_fetch_or( &slab->isFree[part / 64], uint64_t( 1 ) << part % 64, __ATOMIC_RELEASE );
+}
+
+bool isPartFree( qv::Slab *slab, QV_INT part )
+{
+    return __atomic_load_n( &slab->isFree[part / 64], __ATOMIC_ACQUIRE ) >> part % 64 & 1;
+}
+
+// Gives the whole pages among parts in a row back that are free.
+void giveBack( qv::Slab *slab, QV_INT part, QV_INT end )
+{
+    uintptr_t page  = static_cast< uintptr_t >( sysconf( _SC_PAGESIZE ) );
+    uintptr_t start = reinterpret_cast< uintptr_t >( partsOf( slab ) + part * qv::SLAB_PART );
+    uintptr_t after = reinterpret_cast< uintptr_t >( partsOf( slab ) + end * qv::SLAB_PART );
+    start           = ( start + page - 1 ) & ~( page - 1 );
+    after           = after & ~( page - 1 );
+
+    if( start < after )
+        madvise( reinterpret_cast< void * >( start ), after - start, MADV_DONTNEED );
+}
+
+// A part that is free stays so: other threads may free more in the meantime.
+void giveBackFree( qv::Slab *slab )
+{
+    QV_INT part = 0;
+
+    while( part < PARTS )
+    {
+        QV_INT end = part;
+
+        while( end < PARTS && isPartFree( slab, end ) )
+            end++;
+
+        if( end > part )
+            giveBack( slab, part, end );
+
+        part = end + 1;
+    }
+}
+
+// Ends so many uses of a slab.
+void leave( qv::Slab *slab, int32_t uses )
+{
+    int32_t left = qv___AtomicAdd32( &slab->uses, -uses );
+
+    QV_ASSERT( left >= 0 );
+
+    if( left == 0 )
+    {
+        qv::unpoison( slab, SIZE );
+        munmap( slab, SIZE );
+    }
+}
+} // namespace
+
+qv::Slab *qv::createSlab()
+{
+    void *memory = mmap( nullptr, 2 * SIZE, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0 );
+
+    if( memory == MAP_FAILED )
+        return nullptr;
+
+    char  *start  = static_cast< char * >( memory );
+    QV_INT before = -reinterpret_cast< intptr_t >( start ) & ( SIZE - 1 );
+
+    if( before > 0 )
+        munmap( start, static_cast< size_t >( before ) );
+
+    munmap( start + before + SIZE, static_cast< size_t >( SIZE - before ) );
+    madvise( start + before, SIZE, MADV_HUGEPAGE );
+    unpoison( start + before, SIZE );
+
+    Slab *slab = reinterpret_cast< Slab * >( start + before );
+    slab->uses = PARTS;
+
+    return slab;
+}
+
+void *qv::takeSlabPart( Slab *slab )
+{
+    return slab->taken < PARTS ? partsOf( slab ) + SLAB_PART * slab->taken++ : nullptr;
+}
+
+void qv::closeSlab( Slab *slab )
+{
+    for( QV_INT part = slab->taken; part < PARTS; part++ )
+        markPartFree( slab, part );
+
+    if( slab->taken < PARTS )
+        leave( slab, static_cast< int32_t >( PARTS ) - slab->taken );
+}
+
+void qv::leaveSlabPart( void *part )
+{
+    Slab *slab = reinterpret_cast< Slab * >( reinterpret_cast< uintptr_t >( part ) & ~uintptr_t( SIZE - 1 ) );
+    markPartFree( slab, ( static_cast< char * >( part ) - partsOf( slab ) ) / SLAB_PART );
+
+    // This part's own use ends after the look, so that the slab is there as long as it lasts.
+    int32_t uses = qv___AtomicLoad32( &slab->uses );
+
+    for( int32_t few : FEW )
+        if( uses - 1 == few )
+            giveBackFree( slab );
+
+    leave( slab, 1 );
+}
