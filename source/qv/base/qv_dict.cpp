@@ -25,9 +25,10 @@ namespace
 using Item  = QV___DICT_ITEM;
 using Place = qv::DictPlace;
 
-QV_DICT *createEmpty()
+QV_DICT *createEmpty( qv::ObjBatch *batch = nullptr )
 {
-    QV_DICT *dict  = qv::create< QV_DICT >( qvDictSort() );
+    QV_DICT *dict  = batch ? static_cast< QV_DICT * >( batch->create( sizeof( QV_DICT ), 0 ) )
+                           : qv::create< QV_DICT >( qvDictSort() );
     dict->alloc    = 0;
     dict->length   = 0;
     dict->run      = nullptr;
@@ -165,8 +166,11 @@ void qv___DictShutdown( void )
 
 void qv::accountForDict( QV_DICT *dict, QV_INT alloc )
 {
+    // A thread that changes a Dict is alone with it: a plain store does what the exported functions do with a locked
+    // instruction.
+    QV_ASSERT( !isShared( dict ) );
     dict->alloc = alloc;
-    qv___ObjDbgSetAllocationSizeN( dict, alloc, ACCOUNTED_DICT_ITEM );
+    __atomic_store_n( &dict->dbgAllocationSize, alloc * ACCOUNTED_DICT_ITEM, __ATOMIC_RELAXED );
 }
 
 void qv::accountForMore( QV_DICT *dict, QV_INT count )
@@ -241,12 +245,12 @@ void deleteItem( QV_DICT **dict, const Place &place )
 
 /* Creation ------------------------------------------------------------------------------------------------------- */
 
-QV_DICT *qv::createDictWithRoom( QV_INT count )
+QV_DICT *qv::createDictWithRoom( QV_INT count, ObjBatch *batch )
 {
     if( count == 0 )
         return qvDictCreate();
 
-    QV_DICT *dict = createEmpty();
+    QV_DICT *dict = createEmpty( batch );
     makeDictRun( dict, count );
 
     return dict;

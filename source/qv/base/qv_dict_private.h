@@ -190,6 +190,8 @@ private:
     QV___DICT_ITEM *end_  = nullptr; // of the index
 };
 
+class ObjBatch;
+
 struct DictItems
 {
     QV_DICT *dict;
@@ -212,8 +214,9 @@ inline DictItems dictItems( QV_DICT *dict, QV_INT from = 0 )
     return { dict, from };
 }
 
-/** A new Dict without entries that has memory for so many, within reason: for those that are going to be entered. */
-QV_DICT *createDictWithRoom( QV_INT count );
+/** A new Dict without entries that has memory for so many, within reason: for those that are going to be entered; in a
+    batch where there is one. */
+QV_DICT *createDictWithRoom( QV_INT count, ObjBatch *batch = nullptr );
 
 /** A new Dict with the keys of another one, each with itself as its value. */
 QV_DICT *createDictOfKeys( QV_DICT *src );

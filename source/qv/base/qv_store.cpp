@@ -39,9 +39,10 @@ bool hasKey( QV_DICT *dict, QV_STRING *key )
 }
 
 // Takes over the tables, of which the last one may be null.
-QV_STORE *createStore( QV_DICT *values, QV_DICT *stores, QV_DICT *addresses )
+QV_STORE *createStore( QV_DICT *values, QV_DICT *stores, QV_DICT *addresses, qv::ObjBatch *batch = nullptr )
 {
-    QV_STORE *store  = qv::create< QV_STORE >( qvStoreSort() );
+    QV_STORE *store  = batch ? static_cast< QV_STORE * >( batch->create( sizeof( QV_STORE ), 0 ) )
+                             : qv::create< QV_STORE >( qvStoreSort() );
     store->values    = values;
     store->stores    = stores;
     store->addresses = addresses;
@@ -238,6 +239,11 @@ bool qv::isSoundStore( QV_STORE *store, QV_STRING *address )
 QV_STORE *qvStoreCreate( void )
 {
     return createStore( qvDictCreate(), qvDictCreate(), nullptr );
+}
+
+QV_STORE *qv::createStoreIn( ObjBatch *batch )
+{
+    return createStore( qvDictCreate(), qvDictCreate(), nullptr, batch );
 }
 
 QV_STORE *qvStoreCreateFrom( QV_STORE *source )

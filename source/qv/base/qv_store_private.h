@@ -37,6 +37,9 @@ using StoreTable = QV_DICT *QV_STORE::*;
 constexpr StoreTable STORE_VALUES = &QV_STORE::values;
 constexpr StoreTable STORE_STORES = &QV_STORE::stores;
 
+/** A new store without entries, in a batch of stores. */
+QV_STORE *createStoreIn( ObjBatch *batch );
+
 /** A table whose keys are all addresses of a store. Most stores have values or sub-stores, not both: then the table of
     these is the one, and there is no other. A store that has got both keeps a table of the addresses from then on. */
 inline QV_DICT *addressesOf( QV_STORE *store )

@@ -238,13 +238,31 @@ public:
         {
         }
 
-        // Reads a line: the head, up to the first `=` and with it, and what comes after that, which is plain if there is
-        // no `%` in it. Most lines begin with the same sub-stores as the line before, in the same units, or as another
-        // one not long before.
+        // The first `=` of a line, or null.
+        const Unit *findEquals( Span< Unit > line )
+        {
+            isPrefixFound_ = true;
+
+            if( const Unit *equals = findEqualsAfter( prefix_, line ) )
+                return equals;
+
+            if( const Unit *equals = findPrefix( line ) )
+                return equals;
+
+            isPrefixFound_ = false;
+
+            if constexpr( sizeof( Unit ) == 1 )
+                return static_cast< const Unit * >( memchr( line.begin, '=', static_cast< size_t >( line.length() ) ) );
+            else
+                return std::find( line.begin, line.end, '=' );
+        }
+
+        // Reads a line in which findEquals() has looked before: the head, up to the first `=` and with it, and what
+        // comes after that, which is plain if there is no `%` in it.
         template< class ValueUnit >
         void read( Span< Unit > head, Span< ValueUnit > value, bool isPlain )
         {
-            if( !leadsTo( head, prefix_ ) && !findPrefix( head ) )
+            if( !isPrefixFound_ )
             {
                 readWhole( head, value, isPlain );
                 return;
@@ -256,15 +274,18 @@ public:
         }
 
     private:
-        // True if a head is of a value in the store that a prefix leads to, without white space around its address.
-        static bool leadsTo( Span< Unit > head, Span< Unit > prefix )
+        // The `=` of a line that sets a value in the store to which a prefix leads, without white space around the
+        // address; else null. Most lines begin with the same sub-stores as the line before, in the same units.
+        static const Unit *findEqualsAfter( Span< Unit > prefix, Span< Unit > line )
         {
-            if( head.length() < prefix.length() + 2
-                || memcmp( head.begin, prefix.begin, static_cast< size_t >( prefix.length() ) * sizeof( Unit ) ) != 0 )
-                return false;
+            if( line.length() < prefix.length() + 2
+                || !qv::sameBytes( line.begin, prefix.begin, prefix.length() * QV_INT( sizeof( Unit ) ) ) )
+                return nullptr;
 
-            const Unit *end = addressEnd( head.begin + prefix.length(), head.end );
-            return end == head.end - 1 && end > head.begin + prefix.length() && *end == '=';
+            const Unit *address = line.begin + prefix.length();
+            const Unit *end     = addressEnd( address, line.end );
+
+            return end > address && end < line.end && *end == '=' ? end : nullptr;
         }
 
         static const Unit *addressEnd( const Unit *begin, const Unit *end )
@@ -275,29 +296,39 @@ public:
                 return qv::skipAddressChars( begin, end );
         }
 
-        bool findPrefix( [[maybe_unused]] Span< Unit > head )
+        // The same for a prefix of another line not long before, which becomes the one of this line.
+        const Unit *findPrefix( [[maybe_unused]] Span< Unit > line )
         {
             if constexpr( sizeof( Unit ) == 1 )
             {
-                const void *dot = memrchr( head.begin, '.', static_cast< size_t >( head.length() ) );
+                const void *equals = memchr( line.begin, '=', static_cast< size_t >( line.length() ) );
+                const void *dot =
+                    equals ? memrchr(
+                                 line.begin, '.',
+                                 static_cast< size_t >( static_cast< const Unit * >( equals ) - line.begin ) )
+                           : nullptr;
 
                 if( !dot )
-                    return false;
+                    return nullptr;
 
-                Span< Unit >           prefix = { head.begin, static_cast< const Unit * >( dot ) + 1 };
+                Span< Unit >           prefix = { line.begin, static_cast< const Unit * >( dot ) + 1 };
                 const Prefixes::Place &place  = reader_.prefixes_.at( prefix );
 
-                if( !place.store || place.length != prefix.length()
-                    || memcmp( place.text, prefix.begin, static_cast< size_t >( place.length ) ) != 0
-                    || !leadsTo( head, prefix ) )
-                    return false;
+                if( !place.store || place.length != prefix.length() )
+                    return nullptr;
 
-                prefix_ = prefix;
-                store_  = place.store;
-                return true;
+                const Unit *found = findEqualsAfter( { place.text, place.text + place.length }, line );
+
+                if( found )
+                {
+                    prefix_ = prefix;
+                    store_  = place.store;
+                }
+
+                return found;
             }
 
-            return false;
+            return nullptr;
         }
 
         template< class ValueUnit >
@@ -322,8 +353,9 @@ public:
         }
 
         Reader      &reader_;
-        Span< Unit > prefix_ = {};
-        QV_STORE    *store_; // where that leads
+        Span< Unit > prefix_        = {};
+        QV_STORE    *store_         = nullptr; // where that leads
+        bool         isPrefixFound_ = false;   // the line that is looked at has it
         Line< Unit > line_;
     };
 
@@ -367,7 +399,7 @@ private:
             idx = qv::searchDict( *stores, address, &found );
 
         if( !found )
-            qv::insertIntoDict( stores, idx, address.give(), qvStoreCreate() );
+            qv::insertIntoDict( stores, idx, address.give(), qv::createStoreIn( &newStores_ ) );
 
         const QV___DICT_ITEM &item = qv::dictItem( *stores, idx );
         addresses_[level]          = static_cast< QV_STRING * >( item.key );
@@ -381,7 +413,7 @@ private:
         // Mostly a store has as many values as the one that was begun before.
         if( store->values == qv___DictEmpty )
         {
-            qv::assign( &store->values, qv::createDictWithRoom( std::clamp< QV_INT >( begun_, 4, 32 ) ) );
+            qv::assign( &store->values, qv::createDictWithRoom( std::clamp< QV_INT >( begun_, 4, 32 ), &newTables_ ) );
             begun_ = 0;
         }
 
@@ -452,6 +484,8 @@ private:
     qv::Texts           addressTexts_;
     qv::Texts           valueTexts_;
     Prefixes            prefixes_;
+    qv::ObjBatch        newStores_{ qvStoreSort() };
+    qv::ObjBatch        newTables_{ qvDictSort() };
     QV_INT              begun_ = 0; // values read since a store got its first one
 
     // The stores that the last lines went down to, each held by the one above it, and their addresses in that. Of the
@@ -469,8 +503,8 @@ Span< QV_CHAR > spanOf( QV_STRING *text )
 // Reads a line of characters.
 void readLine( Reader::Text< QV_CHAR > &text, Span< QV_CHAR > line )
 {
-    const QV_CHAR *equals = std::find( line.begin, line.end, U'=' );
-    const QV_CHAR *value  = equals < line.end ? equals + 1 : equals;
+    const QV_CHAR *equals = text.findEquals( line );
+    const QV_CHAR *value  = equals && equals < line.end ? equals + 1 : line.end;
 
     text.read(
         Span< QV_CHAR >{ line.begin, value }, Span< QV_CHAR >{ value, line.end },
@@ -525,7 +559,7 @@ const uint8_t *readUtf8( Reader &reader, const uint8_t *bytes, const uint8_t *en
     {
         qv::LineOfBytes line   = qv::findLine( pos, end );
         const uint8_t  *last   = line.end > pos && line.end[-1] == '\r' ? line.end - 1 : line.end;
-        const uint8_t  *equals = static_cast< const uint8_t * >( memchr( pos, '=', last - pos ) );
+        const uint8_t  *equals = ascii.findEquals( { pos, last } );
         const uint8_t  *value  = equals ? equals + 1 : last;
         const uint8_t  *odd    = line.special ? line.special : last;
 

@@ -5,8 +5,7 @@
 #define QV_STORE_TEXTS_PRIVATE_H
 
 #include "qv/base/qv_string.h"
-#include "qv/base/qv_string_private.h"
-#include "qv/runtime/qv_obj_private.h"
+#include "qv/base/qv_string_create_private.h"
 #include "qv/sys/qv_mem.h"
 #include "qv/sys/qv_vectors_line_private.h"
 
@@ -54,17 +53,29 @@ public:
         if( length == 0 )
             return qvStringCreate();
 
-        if( length > LONGEST )
+        if( length > LONGEST || pause_ > 0 )
+        {
+            pause_ -= pause_ > 0;
             return create( text );
+        }
 
         uint64_t hash   = hashOf( text );
         Place   *places = places_ + ( hash >> shift_ & ~uint64_t( 1 ) );
 
         for( Place *place = places; place != places + 2; place++ )
             if( place->hash == hash && place->text && place->text->length == length && equals( place->text, text ) )
+            {
+                found_++;
                 return retainOwn( place->text );
+            }
 
-        if( ++made_ > MOST_A_PLACE * ( uint64_t( 1 ) << ( 64 - shift_ ) ) && shift_ > 64 - MOST_BITS )
+        if( ++made_ % TRIAL == 0 )
+        {
+            pause_ = found_ < FEW ? PAUSE : 0;
+            found_ = 0;
+        }
+
+        if( made_ > MOST_A_PLACE * ( uint64_t( 1 ) << ( 64 - shift_ ) ) && shift_ > 64 - MOST_BITS )
         {
             grow();
             places = places_ + ( hash >> shift_ & ~uint64_t( 1 ) );
@@ -88,6 +99,11 @@ private:
     static const int      MOST_BITS    = 12;
     static const uint64_t MOST_A_PLACE = 4; // Strings made for each place, until there are more places
 
+    // Of texts that are made, while fewer than FEW are found beside TRIAL new ones, the next PAUSE are not looked for.
+    static const uint64_t TRIAL = 64;
+    static const uint64_t FEW   = 8;
+    static const uint64_t PAUSE = 512;
+
     struct Place
     {
         uint64_t   hash;
@@ -97,7 +113,7 @@ private:
     template< class Unit >
     QV_STRING *create( Span< Unit > text )
     {
-        QV_STRING *qvs = createString( text.length(), &strings_ );
+        QV_STRING *qvs = newString( text.length(), &strings_, 0 );
 
         if constexpr( sizeof( Unit ) == 1 )
             widenAscii( chars( qvs ), text.begin, text.length() );
@@ -170,7 +186,9 @@ private:
 
     ObjBatch strings_{ qvStringSort() }; // most of them live as long as the tree
     int      shift_                 = 64 - FIRST_BITS;
-    uint64_t made_                  = 0;
+    uint64_t made_                  = 0; // new texts
+    uint64_t found_                 = 0; // since the last trial
+    uint64_t pause_                 = 0; // texts to come that are not looked for
     Place   *places_                = near_;
     Place    near_[1 << FIRST_BITS] = {};
 };

@@ -44,6 +44,9 @@ public:
     /** As createWithRoom(). */
     QV_OBJ *create( QV_INT size, QV_INT extraBytes );
 
+    /** The same, inline for the common case: see qv_obj_life_private.h. */
+    QV_OBJ *createInline( QV_INT size, QV_INT extraBytes );
+
 private:
     void  open( QV_INT bytes );
     char *openInSlab();

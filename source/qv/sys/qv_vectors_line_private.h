@@ -39,22 +39,22 @@ inline LineOfBytes findLine( const uint8_t *from, const uint8_t *end )
     if( vectors::has16() )
         for( ; end - line.end >= 16; line.end += 16 )
         {
-            __m128i bytes   = _mm_loadu_si128( reinterpret_cast< const __m128i * >( line.end ) );
-            __m128i control = _mm_sub_epi8( bytes, _mm_set1_epi8( '\v' ) );
-            __m128i special = _mm_or_si128(
-                _mm_or_si128( bytes, _mm_cmpeq_epi8( bytes, _mm_set1_epi8( '%' ) ) ),
-                _mm_cmpeq_epi8( _mm_min_epu8( control, _mm_set1_epi8( 2 ) ), control ) ); // the top bits count
-            uint32_t ends =
-                static_cast< uint32_t >( _mm_movemask_epi8( _mm_cmpeq_epi8( bytes, _mm_set1_epi8( '\n' ) ) ) );
-            uint32_t specials = static_cast< uint32_t >( _mm_movemask_epi8( special ) );
+            // All bytes up to the last control character that counts, and those beyond ASCII, which have a sign.
+            __m128i  bytes = _mm_loadu_si128( reinterpret_cast< const __m128i * >( line.end ) );
+            __m128i  some  = _mm_cmplt_epi8( bytes, _mm_set1_epi8( '\r' + 1 ) );
+            __m128i  signs = _mm_cmpeq_epi8( bytes, _mm_set1_epi8( '%' ) );
+            uint32_t found = static_cast< uint32_t >( _mm_movemask_epi8( _mm_or_si128( some, signs ) ) );
 
-            if( ( ends | specials ) == 0 )
+            if( found == 0 )
                 continue;
 
-            specials &= ( ends & -ends ) - 1; // those before the first end, or all
+            __m128i  feeds = _mm_cmpeq_epi8( bytes, _mm_set1_epi8( '\n' ) );
+            uint32_t ends  = static_cast< uint32_t >( _mm_movemask_epi8( feeds ) );
+            found &= ( ends & -ends ) - 1; // those before the first end, or all
 
-            if( specials && !line.special )
-                line.special = line.end + __builtin_ctz( specials );
+            for( ; found && !line.special; found &= found - 1 )
+                if( isSpecialInLine( line.end[__builtin_ctz( found )] ) )
+                    line.special = line.end + __builtin_ctz( found );
 
             if( ends )
             {
@@ -101,6 +101,37 @@ inline QV_INT wordLength( const uint8_t *bytes, QV_INT count )
         i++;
 
     return i;
+}
+
+/** True when two runs of as many bytes are the same. For some dozens of bytes: a call would cost as much. */
+inline bool sameBytes( const void *a, const void *b, QV_INT count )
+{
+    const char *aBytes = static_cast< const char * >( a );
+    const char *bBytes = static_cast< const char * >( b );
+
+    auto differ = [=]( QV_INT at )
+    {
+        uint64_t aWord, bWord;
+        memcpy( &aWord, aBytes + at, 8 );
+        memcpy( &bWord, bBytes + at, 8 );
+        return aWord ^ bWord;
+    };
+
+    if( count < 8 )
+    {
+        for( QV_INT i = 0; i < count; i++ )
+            if( aBytes[i] != bBytes[i] )
+                return false;
+
+        return true;
+    }
+
+    uint64_t bits = differ( count - 8 );
+
+    for( QV_INT i = 0; i + 8 < count; i += 8 )
+        bits |= differ( i );
+
+    return bits == 0;
 }
 
 /** Writes ASCII bytes as characters. */
