@@ -53,7 +53,7 @@ void fetch( QV_OBJ *object )
 // Releases what all items hold.
 void releaseItems( QV_DICT *dict )
 {
-    const QV_INT AHEAD = 8; // items
+    const QV_INT AHEAD = 16; // items
 
     qv::ObjReleases  keys, values;
     qv::DictIterator ahead( dict, AHEAD );

@@ -389,17 +389,19 @@ private:
     template< class Unit >
     void openStore( QV_INT level, Span< Unit > text )
     {
-        QV_DICT            **stores = &stores_[level]->stores;
-        qv::Ref< QV_STRING > address( addressTexts_.take( text ) );
-        bool                 found = false;
-        QV_INT               idx   = ( *stores )->length;
+        QV_DICT **stores = &stores_[level]->stores;
+        QV_INT    idx    = ( *stores )->length;
+        bool      found  = false;
 
         // Most sub-stores come in the order of their addresses.
         if( idx > 0 && compareText( static_cast< QV_STRING * >( qv::lastDictItem( *stores ).key ), text ) >= 0 )
+        {
+            qv::Ref< QV_STRING > address( qv::Texts::create( text ) );
             idx = qv::searchDict( *stores, address, &found );
+        }
 
         if( !found )
-            qv::insertIntoDict( stores, idx, address.give(), qv::createStoreIn( &newStores_ ) );
+            qv::insertIntoDict( stores, idx, addressTexts_.take( text ), qv::createStoreIn( &newStores_ ) );
 
         const QV___DICT_ITEM &item = qv::dictItem( *stores, idx );
         addresses_[level]          = static_cast< QV_STRING * >( item.key );

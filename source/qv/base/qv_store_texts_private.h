@@ -29,8 +29,8 @@ struct Span
 /** Makes Strings of texts, and one String of texts that are equal, as far as it has places for: documents repeat
     addresses and values, and a String takes far more memory than its text.
 
-    The Strings are held by the tree that is read and not here. So forget() is to be called when the tree has given
-    something up. No other thread knows the tree yet. */
+    The Strings are held by the tree that is read and not here. So all that take() returns goes into the tree, and
+    forget() is to be called when the tree has given something up. No other thread knows the tree yet. */
 class Texts
 {
 public:
@@ -56,7 +56,7 @@ public:
         if( length > LONGEST || pause_ > 0 )
         {
             pause_ -= pause_ > 0;
-            return create( text );
+            return create( text, &strings_ );
         }
 
         uint64_t hash   = hashOf( text );
@@ -82,9 +82,23 @@ public:
         }
 
         places[1] = places[0];
-        places[0] = { hash, create( text ) };
+        places[0] = { hash, create( text, &strings_ ) };
 
         return places[0].text;
+    }
+
+    /** A String that nothing else has, for some look-up. */
+    template< class Unit >
+    static QV_STRING *create( Span< Unit > text, ObjBatch *batch = nullptr )
+    {
+        QV_STRING *qvs = newString( text.length(), batch, 0 );
+
+        if constexpr( sizeof( Unit ) == 1 )
+            widenAscii( chars( qvs ), text.begin, text.length() );
+        else
+            memcpy( chars( qvs ), text.begin, static_cast< size_t >( text.length() ) * sizeof( Unit ) );
+
+        return qvs;
     }
 
     void forget()
@@ -109,19 +123,6 @@ private:
         uint64_t   hash;
         QV_STRING *text;
     };
-
-    template< class Unit >
-    QV_STRING *create( Span< Unit > text )
-    {
-        QV_STRING *qvs = newString( text.length(), &strings_, 0 );
-
-        if constexpr( sizeof( Unit ) == 1 )
-            widenAscii( chars( qvs ), text.begin, text.length() );
-        else
-            memcpy( chars( qvs ), text.begin, static_cast< size_t >( text.length() ) * sizeof( Unit ) );
-
-        return qvs;
-    }
 
     template< class Unit >
     static bool equals( QV_STRING *qvs, Span< Unit > text )

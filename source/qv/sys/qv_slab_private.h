@@ -30,6 +30,10 @@ void closeSlab( Slab *slab );
 
 /** Gives a part back, which nobody uses any more. */
 void leaveSlabPart( void *part );
+
+/** A block as from qvMemAlloc(), of several MiB, for which the operating system may give pages of 2 MiB. Those that are not
+    written take no memory. */
+void *allocLarge( QV_INT bytes );
 } // namespace qv
 
 #endif

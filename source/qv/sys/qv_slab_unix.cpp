@@ -2,8 +2,10 @@
 
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_atomic.h"
+#include "qv/sys/qv_mem.h"
 
 #include <stdint.h>
+#include <stdlib.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -141,4 +143,15 @@ void qv::leaveSlabPart( void *part )
             giveBackFree( slab );
 
     leave( slab, 1 );
+}
+
+void *qv::allocLarge( QV_INT bytes )
+{
+    void *memory = aligned_alloc( SIZE, static_cast< size_t >( ( bytes + SIZE - 1 ) / SIZE * SIZE ) );
+
+    if( !memory )
+        return qvMemAlloc( bytes ); // which ends the process
+
+    madvise( memory, static_cast< size_t >( bytes ), MADV_HUGEPAGE );
+    return memory;
 }

@@ -134,6 +134,26 @@ inline bool sameBytes( const void *a, const void *b, QV_INT count )
     return bits == 0;
 }
 
+/** Copies some dozens of bytes, for which a call would cost as much. */
+inline void copyBytes( void *to, const void *from, QV_INT count )
+{
+    char       *toBytes   = static_cast< char * >( to );
+    const char *fromBytes = static_cast< const char * >( from );
+
+    if( count < 8 )
+    {
+        for( QV_INT i = 0; i < count; i++ )
+            toBytes[i] = fromBytes[i];
+
+        return;
+    }
+
+    for( QV_INT i = 0; i + 8 < count; i += 8 )
+        memcpy( toBytes + i, fromBytes + i, 8 );
+
+    memcpy( toBytes + count - 8, fromBytes + count - 8, 8 );
+}
+
 /** Writes ASCII bytes as characters. */
 inline void widenAscii( QV_CHAR *to, const uint8_t *bytes, QV_INT count )
 {
@@ -158,6 +178,45 @@ inline void widenAscii( QV_CHAR *to, const uint8_t *bytes, QV_INT count )
 
     for( QV_INT i = 0; i < count; i++ )
         to[i] = bytes[i];
+}
+
+/** Writes characters as bytes if all are printable ASCII other than `%`. Else false: what is written then is no text. */
+inline bool narrowPlain( uint8_t *to, const QV_CHAR *chs, QV_INT count )
+{
+#if QV___VECTORS_16
+    if( count >= 8 && vectors::has16() )
+    {
+        __m128i odd = _mm_setzero_si128();
+
+        // What doesn't fit a byte becomes one with a sign, as all beyond ASCII have.
+        auto narrowEight = [&]( QV_INT at )
+        {
+            __m128i words =
+                _mm_packs_epi32( (__m128i)vectors::load( chs + at ), (__m128i)vectors::load( chs + at + 4 ) );
+            __m128i bytes = _mm_packus_epi16( words, words );
+            __m128i signs = _mm_or_si128(
+                _mm_cmpeq_epi8( bytes, _mm_set1_epi8( '%' ) ), _mm_cmpeq_epi8( bytes, _mm_set1_epi8( 0x7F ) ) );
+            odd = _mm_or_si128( odd, _mm_or_si128( _mm_cmplt_epi8( bytes, _mm_set1_epi8( ' ' ) ), signs ) );
+            _mm_storel_epi64( reinterpret_cast< __m128i * >( to + at ), bytes );
+        };
+
+        for( QV_INT i = 0; i + 8 < count; i += 8 )
+            narrowEight( i );
+
+        narrowEight( count - 8 );
+        return _mm_movemask_epi8( odd ) == 0;
+    }
+#endif
+
+    bool isPlain = true;
+
+    for( QV_INT i = 0; i < count; i++ )
+    {
+        isPlain &= chs[i] - U' ' <= U'~' - U' ' && chs[i] != U'%';
+        to[i] = static_cast< uint8_t >( chs[i] );
+    }
+
+    return isPlain;
 }
 
 /** True when characters are those of as many bytes, each its value. */
