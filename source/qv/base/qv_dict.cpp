@@ -15,6 +15,7 @@
 #include "qv/sys/qv_order_private.h"
 
 #include <algorithm>
+#include <stddef.h>
 
 QV_DICT *qv___DictEmpty = nullptr;
 
@@ -389,6 +390,29 @@ QV_OBJ *qvDictValueAt( QV_DICT *dict, QV_INT idx )
     QV_CHECK( idx < dict->length );
 
     return qv::retain( qv::dictItem( dict, idx ).val );
+}
+
+static_assert(
+    sizeof( QV_DICT_ENTRY ) == sizeof( Item ) && offsetof( QV_DICT_ENTRY, key ) == offsetof( Item, key )
+    && offsetof( QV_DICT_ENTRY, value ) == offsetof( Item, val ) );
+
+const QV_DICT_ENTRY *qvDictBacking( QV_DICT *dict, QV_INT idx, QV_INT *count )
+{
+    QV_CHECK( dict );
+    QV_CHECK( idx >= 0 );
+    QV_CHECK( idx <= dict->length );
+    QV_CHECK( count );
+
+    *count = 0;
+
+    if( idx == dict->length )
+        return nullptr;
+
+    Place          place = qv::dictPlace( dict, idx );
+    QV___DICT_RUN *run   = qv::dictRun( dict, place.run );
+    *count               = run->length - place.idx;
+
+    return reinterpret_cast< const QV_DICT_ENTRY * >( run->items() + place.idx );
 }
 
 void qvDictSetValueAt( QV_DICT **dict, QV_INT idx, QV_OBJ *value )

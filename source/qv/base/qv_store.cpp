@@ -194,6 +194,19 @@ void qv::setInStore( QV_STORE *store, StoreTable table, QV_STRING *address, QV_O
     QV_ASSERT( isSoundStore( store, address ) );
 }
 
+bool qv::replaceInStore( QV_STORE **store, QV_STRING *address, QV_STRING *value )
+{
+    QV_INT idx = store && *store && value ? qvDictIndexOfObjKey( ( *store )->values, address ) : -1;
+
+    if( idx < 0 )
+        return false;
+
+    makePrivate( store, qvStoreCreateFrom );
+    qvDictSetValueAt( &( *store )->values, idx, value );
+
+    return true;
+}
+
 namespace
 {
 bool isSoundEntry( QV_STORE *store, QV_STRING *address )

@@ -55,6 +55,10 @@ void makeAddressesFor( QV_STORE *store, StoreTable table );
 /** Sets an entry of a store that only the caller holds. The arguments are borrowed. */
 void setInStore( QV_STORE *store, StoreTable table, QV_STRING *address, QV_OBJ *value );
 
+/** Replaces the value of an address that has one. Else false, also where an argument is bad, without an effect. The
+    arguments are borrowed. */
+bool replaceInStore( QV_STORE **store, QV_STRING *address, QV_STRING *value );
+
 /** Whether an address and its entries are sound, and all others too if the store is small: where there is a table of the
     addresses, an address is in it exactly when it is in one of the other two, and is its own value there; without it one
     of these is empty; each value is of the sort of its table. For assertions, after each change. */
