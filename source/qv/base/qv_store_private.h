@@ -64,6 +64,15 @@ bool replaceInStore( QV_STORE **store, QV_STRING *address, QV_STRING *value );
     of these is empty; each value is of the sort of its table. For assertions, after each change. */
 bool isSoundStore( QV_STORE *store, QV_STRING *address );
 
+/** Asks for what a writer needs of a short String, some Strings ahead: the memory of those that were made in another order
+    than that of their addresses comes from far away. */
+inline void fetchString( QV_OBJ *string )
+{
+    __builtin_prefetch( reinterpret_cast< char * >( string ) + 64 );
+    __builtin_prefetch( reinterpret_cast< char * >( string ) + 128 );
+    __builtin_prefetch( reinterpret_cast< char * >( string ) + 192 );
+}
+
 /** Which ASCII characters an address can have. It has no others. */
 constexpr std::array< bool, 128 > ADDRESS_CHARS = []
 {

@@ -209,15 +209,6 @@ private:
     QV_INT alloc_  = 0;
 };
 
-// The memory of Strings that were made in another order than that of the lines comes from far away: what a line needs of
-// a short one is asked for ahead.
-void fetch( QV_OBJ *string )
-{
-    __builtin_prefetch( reinterpret_cast< char * >( string ) + 64 );
-    __builtin_prefetch( reinterpret_cast< char * >( string ) + 128 );
-    __builtin_prefetch( reinterpret_cast< char * >( string ) + 192 );
-}
-
 // Writes the lines of the values of one store, each with `prefix` before it and `endLine` called after it.
 template< class Unit, class EndLine >
 void writeValues( QV_STORE *store, const Output< Unit > &prefix, Output< Unit > &out, const EndLine &endLine )
@@ -230,8 +221,8 @@ void writeValues( QV_STORE *store, const Output< Unit > &prefix, Output< Unit > 
     {
         if( ahead )
         {
-            fetch( ahead->key );
-            fetch( ahead->val );
+            qv::fetchString( ahead->key );
+            qv::fetchString( ahead->val );
             ++ahead;
         }
 

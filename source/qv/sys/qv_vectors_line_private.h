@@ -219,6 +219,60 @@ inline bool narrowPlain( uint8_t *to, const QV_CHAR *chs, QV_INT count )
     return isPlain;
 }
 
+/** Writes characters as bytes if all are ASCII. Else false: what is written then is no text. */
+inline bool narrowIfAscii( uint8_t *to, const QV_CHAR *chs, QV_INT count )
+{
+#if QV___VECTORS_16
+    if( count >= 8 && vectors::has16() )
+    {
+        __m128i all = _mm_setzero_si128();
+
+        auto narrowEight = [&]( QV_INT at )
+        {
+            __m128i words =
+                _mm_packs_epi32( (__m128i)vectors::load( chs + at ), (__m128i)vectors::load( chs + at + 4 ) );
+            __m128i bytes = _mm_packus_epi16( words, words );
+            all           = _mm_or_si128( all, bytes );
+            _mm_storel_epi64( reinterpret_cast< __m128i * >( to + at ), bytes );
+        };
+
+        for( QV_INT i = 0; i + 8 < count; i += 8 )
+            narrowEight( i );
+
+        narrowEight( count - 8 );
+        return _mm_movemask_epi8( all ) == 0;
+    }
+#endif
+
+    QV_CHAR all = 0;
+
+    for( QV_INT i = 0; i < count; i++ )
+    {
+        all |= chs[i];
+        to[i] = static_cast< uint8_t >( chs[i] );
+    }
+
+    return all < 0x80;
+}
+
+/** True when all bytes are ASCII. */
+inline bool areAscii( const uint8_t *bytes, QV_INT count )
+{
+    uint64_t all = 0, word;
+    QV_INT   i   = 0;
+
+    for( ; i + 8 <= count; i += 8 )
+    {
+        memcpy( &word, bytes + i, 8 );
+        all |= word;
+    }
+
+    for( ; i < count; i++ )
+        all |= bytes[i];
+
+    return ( all & UINT64_C( 0x8080808080808080 ) ) == 0;
+}
+
 /** True when characters are those of as many bytes, each its value. */
 inline bool equalsBytes( const QV_CHAR *chs, const uint8_t *bytes, QV_INT count )
 {
