@@ -9,6 +9,7 @@
 #include "qv/base/qv_vector.h"
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_mem.h"
 #include "qv/sys/qv_utf8_private.h"
 
@@ -179,6 +180,18 @@ QV_DECODER *qvDecoderCreate( QV_BUFFER *buf )
 qv::ObjBatch *qv::setDecoderBatch( QV_DECODER *dec, ObjBatch *strings )
 {
     return std::exchange( dec->strings, strings );
+}
+
+qv::DecoderRest qv::restOf( QV_DECODER *dec )
+{
+    const uint8_t *end = dec->bytes + dec->length;
+    return { dec->error ? end : dec->bytes + dec->offset, end };
+}
+
+void qv::moveDecoder( QV_DECODER *dec, const uint8_t *to )
+{
+    QV_ASSERT( !dec->error && to >= dec->bytes + dec->offset && to <= dec->bytes + dec->length );
+    dec->offset = to - dec->bytes;
 }
 
 QV_BUFFER *qvDecoderBuffer( QV_DECODER *dec )

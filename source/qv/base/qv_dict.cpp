@@ -7,6 +7,7 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_obj_parts_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
@@ -14,23 +15,68 @@
 #include "qv/sys/qv_order_private.h"
 
 #include <algorithm>
+#include <stddef.h>
 
 QV_DICT *qv___DictEmpty = nullptr;
+
+QV___HIDDEN QV_SORT qv___sort_QV_STRING;
 
 namespace
 {
 using Item  = QV___DICT_ITEM;
 using Place = qv::DictPlace;
 
-QV_DICT *createEmpty()
+QV_DICT *createEmpty( qv::ObjBatch *batch = nullptr )
 {
-    QV_DICT *dict  = qv::create< QV_DICT >( qvDictSort() );
+    QV_DICT *dict  = batch ? static_cast< QV_DICT * >( batch->create( sizeof( QV_DICT ), 0 ) )
+                           : qv::create< QV_DICT >( qvDictSort() );
     dict->alloc    = 0;
     dict->length   = 0;
     dict->run      = nullptr;
     dict->hasIndex = 0;
 
     return dict;
+}
+
+// True for objects whose end ends no others.
+bool isLeaf( QV_OBJ *object )
+{
+    return object->sort == &qv___sort_QV_STRING || ( object->sort && !object->sort->freeFunc );
+}
+
+// The memory of objects that were made in another order than that of their keys comes from far away.
+void fetch( QV_OBJ *object )
+{
+    __builtin_prefetch( object );
+    __builtin_prefetch( reinterpret_cast< char * >( object ) + 64 );
+}
+
+// Releases what all items hold.
+void releaseItems( QV_DICT *dict )
+{
+    const QV_INT AHEAD = 16; // items
+
+    qv::ObjReleases  keys, values;
+    qv::DictIterator ahead( dict, AHEAD );
+
+    for( const Item &item : qv::dictItems( dict ) )
+    {
+        if( ahead )
+        {
+            fetch( ahead->key );
+            fetch( ahead->val );
+            ++ahead;
+        }
+
+        if( item.key == item.val )
+        {
+            qv::releaseItem( item );
+            continue;
+        }
+
+        keys.release( item.key, isLeaf( item.key ) );
+        values.release( item.val, isLeaf( item.val ) );
+    }
 }
 
 void freeDict( QV_OBJ *thisObj )
@@ -40,9 +86,7 @@ void freeDict( QV_OBJ *thisObj )
     QV_DICT *dict = qvDictFrom( thisObj );
     QV_ASSERT( qv::isSoundDict( dict ) );
 
-    for( const Item &item : qv::dictItems( dict ) )
-        qv::releaseItem( item );
-
+    releaseItems( dict );
     qv::freeRuns( dict );
 
     if( dict->alloc > 0 )
@@ -123,8 +167,11 @@ void qv___DictShutdown( void )
 
 void qv::accountForDict( QV_DICT *dict, QV_INT alloc )
 {
+    // A thread that changes a Dict is alone with it: a plain store does what the exported functions do with a locked
+    // instruction.
+    QV_ASSERT( !isShared( dict ) );
     dict->alloc = alloc;
-    qv___ObjDbgSetAllocationSizeN( dict, alloc, ACCOUNTED_DICT_ITEM );
+    __atomic_store_n( &dict->dbgAllocationSize, alloc * ACCOUNTED_DICT_ITEM, __ATOMIC_RELAXED );
 }
 
 void qv::accountForMore( QV_DICT *dict, QV_INT count )
@@ -199,13 +246,35 @@ void deleteItem( QV_DICT **dict, const Place &place )
 
 /* Creation ------------------------------------------------------------------------------------------------------- */
 
-QV_DICT *qv::createDictWithRoom( QV_INT count )
+QV_DICT *qv::createDictWithRoom( QV_INT count, ObjBatch *batch )
 {
     if( count == 0 )
         return qvDictCreate();
 
-    QV_DICT *dict = createEmpty();
+    QV_DICT *dict = createEmpty( batch );
     makeDictRun( dict, count );
+
+    return dict;
+}
+
+QV_DICT *qv::createDictOfKeys( QV_DICT *src )
+{
+    QV_DICT *dict = createEmpty();
+
+    if( src->length > 0 )
+    {
+        accountForMore( dict, src->length );
+        DictBuilder keys( src->length );
+
+        for( DictIterator item( src, 0 ); item; ++item )
+        {
+            retainMore( item->key, 2 );
+            keys.append( { item->key, { item->key }, item->digest }, item.run() );
+        }
+
+        keys.putInto( dict );
+        QV_ASSERT( isSoundDict( dict ) );
+    }
 
     return dict;
 }
@@ -265,22 +334,10 @@ QV_INT qv::searchDict( QV_DICT *dict, QV_OBJ *key, bool *found )
     return dictIndex( dict, place );
 }
 
-void qv::insertIntoDict( QV_DICT **dict, QV_INT idx, QV_OBJ *key, QV_OBJ *value, QV_DICT *superset, QV_INT supersetIdx )
+void qv::insertIntoDict( QV_DICT **dict, QV_INT idx, QV_OBJ *key, QV_OBJ *value )
 {
     makePrivate( dict, qvDictCreateFrom );
     DictPlace place = dictPlace( *dict, idx );
-
-    // What all keys of a superset of one run have in common, those here have.
-    if( superset && !superset->hasIndex && ( *dict )->length > 0 )
-    {
-        QV___DICT_RUN *run = dictRun( *dict, place.run );
-
-        if( superset->run->digests == run->digests && superset->run->prefix == run->prefix )
-        {
-            place.hasDigest = true;
-            place.digest    = superset->run->items()[supersetIdx].digest;
-        }
-    }
 
     accountForMore( *dict, 1 );
     enterItem( *dict, place, key, value );
@@ -304,9 +361,7 @@ void qv___DictClear( QV_DICT **dict )
     own->hasIndex             = 0;
     own->length               = 0;
 
-    for( const Item &item : qv::dictItems( &ending ) )
-        qv::releaseItem( item );
-
+    releaseItems( &ending );
     qv::emptyRuns( &ending );
     own->run = ending.run;
 }
@@ -335,6 +390,29 @@ QV_OBJ *qvDictValueAt( QV_DICT *dict, QV_INT idx )
     QV_CHECK( idx < dict->length );
 
     return qv::retain( qv::dictItem( dict, idx ).val );
+}
+
+static_assert(
+    sizeof( QV_DICT_ENTRY ) == sizeof( Item ) && offsetof( QV_DICT_ENTRY, key ) == offsetof( Item, key )
+    && offsetof( QV_DICT_ENTRY, value ) == offsetof( Item, val ) );
+
+const QV_DICT_ENTRY *qvDictBacking( QV_DICT *dict, QV_INT idx, QV_INT *count )
+{
+    QV_CHECK( dict );
+    QV_CHECK( idx >= 0 );
+    QV_CHECK( idx <= dict->length );
+    QV_CHECK( count );
+
+    *count = 0;
+
+    if( idx == dict->length )
+        return nullptr;
+
+    Place          place = qv::dictPlace( dict, idx );
+    QV___DICT_RUN *run   = qv::dictRun( dict, place.run );
+    *count               = run->length - place.idx;
+
+    return reinterpret_cast< const QV_DICT_ENTRY * >( run->items() + place.idx );
 }
 
 void qvDictSetValueAt( QV_DICT **dict, QV_INT idx, QV_OBJ *value )

@@ -27,7 +27,8 @@
     end, else a number of comparisons that grows with the logarithm of the length. Comparing Strings or boxed
     integers with their like is fast, other keys go through their family's compare function. Entering and deleting
     move some hundreds of entries at most, whatever the length and the order, and cost the logarithm besides; at
-    either end they move none. Reading by index costs the logarithm too, and one retain. An operation on sets costs a
+    either end they move none. Reading by index costs the logarithm too, and one retain; qvDictBacking() reads many
+    entries without any. An operation on sets costs a
     search for each entry of the smaller Dict, or a walk through both where they are of like length; and a copy where
     the one that changes is shared. Up to 1,024 entries a Dict is one block, which grows by a half; what is declared for
     it grows by 32 entries at a time and shrinks when more than 64 are free.
@@ -72,6 +73,30 @@ QV_API QV_INT qvDictLength( QV_DICT *dict );
 QV_API QV_OBJ *qvDictKeyAt( QV_DICT *dict, QV_INT idx );
 QV_API QV_OBJ *qvDictValueAt( QV_DICT *dict, QV_INT idx );
 /** @} */
+
+/** An entry as a Dict keeps it. */
+typedef struct QV_DICT_ENTRY
+{
+    QV_OBJ  *key;      /**< never null */
+    QV_OBJ  *value;    /**< never null */
+    uint64_t reserved; /**< the Dict's own */
+} QV_DICT_ENTRY;
+
+/** Entries from an index on, which may be the length: `*count` of them in a row, at least one unless there are none. They
+    are valid until the Dict is changed or released, and the references stay the Dict's. All of them, without taking and
+    giving up a reference for each:
+
+        QV_INT count;
+        for( QV_INT i = 0; i < qvDictLength( dict ); i += count )
+        {
+            const QV_DICT_ENTRY *entries = qvDictBacking( dict, i, &count );
+            for( QV_INT k = 0; k < count; k++ )
+                use( entries[k].key, entries[k].value );
+        }
+
+    Costs the logarithm of the length; a Dict of up to 1,024 entries is one row, and rows of a larger one are of some
+    hundreds. */
+QV_API const QV_DICT_ENTRY *qvDictBacking( QV_DICT *dict, QV_INT idx, QV_INT *count );
 
 /** Replaces the value at an index and keeps the key. */
 QV_API void qvDictSetValueAt( QV_DICT **dict, QV_INT idx, QV_OBJ *value );

@@ -1,12 +1,15 @@
-// All items of a Dict at once: copied, made anew, and given up.
+// All items of a Dict at once: copied, made anew, given up, and put in order.
 
 #include "qv/base/qv_dict_run_private.h"
 #include "qv/base/qv_dict_tree_private.h"
+#include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_mem.h"
 
 #include <algorithm>
+#include <utility>
 
 using namespace qv::dict;
 
@@ -30,7 +33,7 @@ Run *copyWithReferences( Run *run )
 
 void qv::makeDictRun( QV_DICT *dict, QV_INT count )
 {
-    dict->run = createRun( static_cast< int32_t >( std::min< QV_INT >( count, FULL_DICT_RUN ) ) );
+    dict->run = createRun( static_cast< int32_t >( std::min< QV_INT >( count, FULL_ONLY_DICT_RUN ) ) );
 }
 
 void qv::copyItems( QV_DICT *dict, QV_DICT *src )
@@ -154,4 +157,140 @@ void qv::DictBuilder::putInto( QV_DICT *dict )
     }
 
     foldDictCounts( index );
+}
+
+/* Filling -------------------------------------------------------------------------------------------------------- */
+
+namespace
+{
+// Runs of that many places and more are put in order before they grow, so that equal keys do not pile up.
+const int32_t ORDERED = 1024;
+
+// The order of two items with String keys and digests of one run.
+QV_INT orderItems( const Item &a, const Item &b )
+{
+    if( a.digest != b.digest )
+        return a.digest < b.digest ? -1 : 1;
+
+    return a.key == b.key ? 0
+                          : qvStringCompare( static_cast< QV_STRING * >( a.key ), static_cast< QV_STRING * >( b.key ) );
+}
+
+// How many items from the first on ascend.
+int32_t ascending( Run *run )
+{
+    const Item *items = run->items();
+    int32_t     count = std::min( run->length, 1 );
+
+    while( count < run->length && orderItems( items[count - 1], items[count] ) < 0 )
+        count++;
+
+    return count;
+}
+
+// Puts items in order, of which those with equal keys stay as they follow each other.
+void sortRun( Run *run )
+{
+    struct Entry
+    {
+        Item    item;
+        int32_t at;
+    };
+
+    Entry *entries = static_cast< Entry * >( qvMemAllocN( run->length, sizeof( Entry ) ) );
+
+    for( int32_t i = 0; i < run->length; i++ )
+        entries[i] = { run->items()[i], i };
+
+    std::sort(
+        entries, entries + run->length,
+        []( const Entry &a, const Entry &b )
+        {
+            QV_INT order = orderItems( a.item, b.item );
+            return order != 0 ? order < 0 : a.at < b.at;
+        } );
+
+    for( int32_t i = 0; i < run->length; i++ )
+        run->items()[i] = entries[i].item;
+
+    qvMemFree( entries );
+}
+
+// Of items in order whose keys are equal, leaves the first key and the last value. True if there were any.
+bool joinEqual( Run *run )
+{
+    Item   *items = run->items();
+    int32_t last  = 0;
+
+    for( int32_t i = 1; i < run->length; i++ )
+    {
+        if( orderItems( items[last], items[i] ) < 0 )
+        {
+            items[++last] = items[i];
+            continue;
+        }
+
+        std::swap( items[last].val, items[i].val );
+        qv::releaseItem( items[i] );
+    }
+
+    int32_t gone = run->length - 1 - last;
+    dropRunBack( run, gone );
+
+    return gone > 0;
+}
+
+bool orderRun( Run *run )
+{
+    if( ascending( run ) == run->length )
+        return false;
+
+    sortRun( run );
+    return joinEqual( run );
+}
+} // namespace
+
+bool qv::appendToDict( QV_DICT *dict, QV_STRING *key, QV_OBJ *value )
+{
+    QV_ASSERT( !dict->hasIndex && !isShared( dict ) );
+
+    if( !dict->run )
+        makeDictRun( dict, 4 );
+
+    bool gaveUp = backPlaces( dict->run ) == 0 && dict->run->length >= ORDERED && orderRun( dict->run );
+
+    uint64_t digest = newDigest( dict->run, key );
+    Item    *place  = openRunGap( dict->run, dict->run->length );
+    place->key      = key;
+    place->val      = value;
+    place->digest   = digest;
+
+    return gaveUp;
+}
+
+void qv::orderDict( QV_DICT *dict )
+{
+    Run *run = dict->run;
+
+    if( !run || run->length == 0 )
+        return;
+
+    orderRun( run );
+    accountForMore( dict, run->length );
+
+    if( run->length <= FULL_ONLY_DICT_RUN )
+    {
+        dict->length = run->length;
+    }
+    else
+    {
+        DictBuilder items( run->length );
+
+        for( const Item *item = run->items(); item != run->items() + run->length; item++ )
+            items.append( *item, run );
+
+        items.putInto( dict );
+    }
+
+    QV_ASSERT( isSoundDict( dict ) );
 }

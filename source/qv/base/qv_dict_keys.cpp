@@ -8,6 +8,7 @@
 #include "qv/base/qv_boxed_null.h"
 #include "qv/base/qv_boxed_real.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_stack_private.h"
 #include "qv/runtime/qv_family.h"
 #include "qv/runtime/qv_ref.h"
 
@@ -111,6 +112,17 @@ struct StringKey
 };
 
 struct CstrKey
+{
+    const char *text;
+    QV_INT      length;
+
+    auto object() const
+    {
+        return qv::SoughtString( text, length );
+    }
+};
+
+struct NewCstrKey
 {
     const char *text;
     QV_INT      length;
@@ -328,7 +340,7 @@ void qvDictSetStringKey( QV_DICT **dict, QV_STRING *key, QV_OBJ *value )
 
 void qvDictSetStringKeyCstr( QV_DICT **dict, const char *text, QV_INT length, QV_OBJ *value )
 {
-    setKey( dict, CstrKey{ text, length }, value );
+    setKey( dict, NewCstrKey{ text, length }, value );
 }
 
 void qvDictSetStringKeyWcstr( QV_DICT **dict, const wchar_t *text, QV_INT length, QV_OBJ *value )

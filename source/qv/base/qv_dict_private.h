@@ -190,6 +190,8 @@ private:
     QV___DICT_ITEM *end_  = nullptr; // of the index
 };
 
+class ObjBatch;
+
 struct DictItems
 {
     QV_DICT *dict;
@@ -212,16 +214,30 @@ inline DictItems dictItems( QV_DICT *dict, QV_INT from = 0 )
     return { dict, from };
 }
 
-/** A new Dict without entries that has memory for so many, within reason: for those that are going to be entered. */
-QV_DICT *createDictWithRoom( QV_INT count );
+/** A new Dict without entries that has memory for so many, within reason: for those that are going to be entered; in a
+    batch where there is one. */
+QV_DICT *createDictWithRoom( QV_INT count, ObjBatch *batch = nullptr );
+
+/** A new Dict with the keys of another one, each with itself as its value. */
+QV_DICT *createDictOfKeys( QV_DICT *src );
 
 /** Where a key stands or, with `*found` false, the item before which it would. */
 QV_INT searchDict( QV_DICT *dict, QV_OBJ *key, bool *found );
 
-/** Enters a new key before the item where it belongs. Takes over both references. `superset` may be a Dict that has the
-    key at `supersetIdx` already, and all other keys too: then the digest may be there. */
-void insertIntoDict(
-    QV_DICT **dict, QV_INT idx, QV_OBJ *key, QV_OBJ *value, QV_DICT *superset = nullptr, QV_INT supersetIdx = 0 );
+/** Enters a new key before the item where it belongs. Takes over both references. */
+void insertIntoDict( QV_DICT **dict, QV_INT idx, QV_OBJ *key, QV_OBJ *value );
+
+/* Filling --------------------------------------------------------------------------------------------------------
+
+   A Dict with Strings for keys that gets many items in any order: they are appended, without a search, and put in their
+   order once. In between nothing else may be done with the Dict, which only the caller holds. */
+
+/** Appends an item. Takes over both references. True if others have been given up: of some with equal keys, see
+    orderDict(). */
+bool appendToDict( QV_DICT *dict, QV_STRING *key, QV_OBJ *value );
+
+/** Puts the items in order. Of items with equal keys the first key and the last value stay. */
+void orderDict( QV_DICT *dict );
 } // namespace qv
 
 #endif

@@ -32,7 +32,7 @@ struct Digest
     bool     whole; // the end is in it, so that only this text has the number
 };
 
-Digest digestText( const QV_CHAR *chars, QV_INT length )
+[[gnu::always_inline]] inline Digest digestText( const QV_CHAR *chars, QV_INT length )
 {
     uint64_t number = 0;
 

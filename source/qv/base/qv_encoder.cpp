@@ -10,9 +10,10 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_chars.h"
 #include "qv/sys/qv_mem.h"
-#include "qv/sys/qv_vectors_private.h"
+#include "qv/sys/qv_vectors_line_private.h"
 
 #include <bit>
 
@@ -253,9 +254,12 @@ void qvEncoderEncodeString( QV_ENCODER *enc, QV_STRING *qvs )
         [=]( uint8_t *to ) { putChars( putInt( to, length ), values, length, size ); } );
 }
 
-void qv::encodeEntry( QV_ENCODER *enc, QV_STRING *address, QV_STRING *value, bool hasStore )
+namespace
 {
-    QV_INT valueSize = value ? charsSize( chars( value ), value->length ) : 0;
+// Appends an entry, whatever it is.
+void encodeEntry( QV_ENCODER *enc, QV_STRING *address, QV_STRING *value, bool hasStore )
+{
+    QV_INT valueSize = value ? charsSize( qv::chars( value ), value->length ) : 0;
     QV_INT size      = 1 + digits( address->length ) + address->length + 2;
 
     if( value )
@@ -266,19 +270,130 @@ void qv::encodeEntry( QV_ENCODER *enc, QV_STRING *address, QV_STRING *value, boo
         [=]( uint8_t *to )
         {
             to = putInt( to, address->length );
-            putChars( to, chars( address ), address->length, address->length );
+            putChars( to, qv::chars( address ), address->length, address->length );
             to += address->length;
             *to++ = value ? 1 : 0;
 
             if( value )
             {
                 to = putInt( to, value->length );
-                putChars( to, chars( value ), value->length, valueSize );
+                putChars( to, qv::chars( value ), value->length, valueSize );
                 to += valueSize;
             }
 
             *to = hasStore ? 1 : 0;
         } );
+}
+
+// The length of a text that is an Int of two bytes at most.
+uint8_t *putShortLength( uint8_t *to, QV_INT length )
+{
+    to[0] = length > 0;
+    to[1] = static_cast< uint8_t >( length );
+
+    return to + 1 + ( length > 0 );
+}
+} // namespace
+
+qv::EntryWriter::EntryWriter( QV_ENCODER *enc ) : enc_( enc ), isDirect_( enc->buf->length % 8 != 0 )
+{
+}
+
+qv::EntryWriter::~EntryWriter()
+{
+    flush();
+}
+
+// What a first append makes the Buffer declare depends on more than its free bytes: it goes there at once, and then the
+// Buffer is the encoder's own. Later ones use these as long as they last, and then leave QV_BUFFER_BSPACE free.
+void qv::EntryWriter::took( QV_INT bytes )
+{
+    length_ += bytes;
+
+    if( spare_ >= bytes )
+    {
+        spare_ -= bytes;
+        return;
+    }
+
+    spare_   = QV_BUFFER_BSPACE / 8;
+    grownAt_ = length_;
+}
+
+// In two parts, of which the Buffer grows by the first one, as it would grow by the last bytes of that, and has the second
+// one in what is free then.
+void qv::EntryWriter::flush()
+{
+    if( grownAt_ > 0 )
+        qvBufferAppendBytes( &enc_->buf, block_, grownAt_ );
+
+    if( length_ > grownAt_ )
+        qvBufferAppendBytes( &enc_->buf, block_ + grownAt_, length_ - grownAt_ );
+
+    QV_ASSERT( length_ == 0 || enc_->buf->bspace / 8 == spare_ );
+    spare_   = enc_->buf->bspace / 8;
+    length_  = 0;
+    grownAt_ = 0;
+}
+
+void qv::EntryWriter::writeInt( QV_INT value )
+{
+    const QV_INT MOST = 9; // bytes
+
+    if( isDirect_ || !isOwn_ )
+    {
+        flush();
+        qvEncoderEncodeInt( enc_, value );
+        spare_ = enc_->buf->bspace / 8;
+        isOwn_ = true;
+        return;
+    }
+
+    if( length_ + MOST > SIZE )
+        flush();
+
+    uint8_t *start = block_ + length_;
+    took( putInt( start, value ) - start );
+}
+
+void qv::EntryWriter::writeEntry( QV_STRING *address, QV_STRING *value, bool hasStore )
+{
+    const QV_INT MOST = 8; // bytes besides the texts
+
+    QV_INT valueLength = value ? value->length : 0;
+    QV_INT most        = address->length + valueLength + MOST;
+
+    if( !isDirect_ && isOwn_ && address->length <= 0xFF && valueLength <= 0xFF )
+    {
+        if( length_ + most > SIZE )
+            flush();
+
+        uint8_t *start   = block_ + length_;
+        uint8_t *to      = putShortLength( start, address->length );
+        bool     isPlain = narrowIfAscii( to, chars( address ), address->length );
+        to += address->length;
+        *to++ = value ? 1 : 0;
+
+        if( value )
+        {
+            to      = putShortLength( to, valueLength );
+            isPlain = isPlain && narrowIfAscii( to, chars( value ), valueLength );
+            to += valueLength;
+        }
+
+        *to++ = hasStore ? 1 : 0;
+
+        if( isPlain )
+        {
+            took( to - start );
+            return;
+        }
+    }
+
+    flush();
+    encodeEntry( enc_, address, value, hasStore );
+    spare_ = enc_->buf->bspace / 8;
+    isOwn_ = true;
 }
 
 void qvEncoderEncodeBuffer( QV_ENCODER *enc, QV_BUFFER *buf )

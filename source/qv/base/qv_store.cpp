@@ -13,8 +13,10 @@
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_levels_private.h"
+#include "qv/sys/qv_order_private.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -36,12 +38,14 @@ bool hasKey( QV_DICT *dict, QV_STRING *key )
     return qvDictIndexOfObjKey( dict, key ) >= 0;
 }
 
-QV_STORE *createStore( QV_DICT *addresses, QV_DICT *values, QV_DICT *stores )
+// Takes over the tables.
+QV_STORE *createStore( QV_DICT *values, QV_DICT *stores, QV_DICT *addresses, qv::ObjBatch *batch = nullptr )
 {
-    QV_STORE *store  = qv::create< QV_STORE >( qvStoreSort() );
-    store->addresses = addresses;
+    QV_STORE *store  = batch ? static_cast< QV_STORE * >( batch->create( sizeof( QV_STORE ), 0 ) )
+                             : qv::create< QV_STORE >( qvStoreSort() );
     store->values    = values;
     store->stores    = stores;
+    store->addresses = addresses;
 
     return store;
 }
@@ -52,9 +56,25 @@ void freeStore( QV_OBJ *thisObj )
 
     QV_STORE *store = qvStoreFrom( thisObj );
 
-    qv::drop( store->addresses );
     qv::drop( store->values );
     qv::drop( store->stores );
+    qv::drop( store->addresses );
+}
+
+// The order of the keys of two tables.
+QV_INT compareAddresses( QV_DICT *a, QV_DICT *b )
+{
+    if( a == b )
+        return 0;
+
+    qv::DictIterator itemA( a, 0 ), itemB( b, 0 );
+
+    for( ; itemA && itemB; ++itemA, ++itemB )
+        if( itemA->key != itemB->key )
+            if( QV_INT order = qvObjCompare( itemA->key, itemB->key ) )
+                return order;
+
+    return qv::order( a->length, b->length );
 }
 
 QV_INT compareStoresStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *walk )
@@ -62,9 +82,13 @@ QV_INT compareStoresStep( QV_OBJ *thisObj, QV_OBJ *thatObj, QV___COMPARE_WALK *w
     QV_STORE *a = qvStoreFrom( thisObj );
     QV_STORE *b = qvStoreFrom( thatObj );
 
-    QV_DICT *const parts[][2] = { { a->addresses, b->addresses }, { a->values, b->values }, { a->stores, b->stores } };
+    if( walk->at == 0 )
+        if( QV_INT order = compareAddresses( qv::addressesOf( a ), qv::addressesOf( b ) ) )
+            return order;
 
-    while( walk->at < 3 )
+    QV_DICT *const parts[][2] = { { a->values, b->values }, { a->stores, b->stores } };
+
+    while( walk->at < 2 )
     {
         QV_DICT *const *part = parts[walk->at++];
 
@@ -99,7 +123,7 @@ void deleteEntry( QV_STORE **store, StoreTable table, StoreTable other, QV_STRIN
     qv::makePrivate( store, qvStoreCreateFrom );
     qvDictDelObjKey( &( *store->*table ), address );
 
-    if( !hasKey( *store->*other, address ) )
+    if( ( *store )->addresses->length > 0 && !hasKey( *store->*other, address ) )
         qvDictDelObjKey( &( *store )->addresses, address );
 
     QV_ASSERT( qv::isSoundStore( *store, address ) );
@@ -126,43 +150,68 @@ QV___FAMILY_OF_PARTS( Store, QV_STORE, freeStore, qv::compareByParts, nullptr, c
 
 /* Entries -------------------------------------------------------------------------------------------------------- */
 
-void qv::insertIntoStore( QV_STORE *store, StoreTable table, QV_INT idx, QV_STRING *address, QV_OBJ *value )
+namespace
 {
-    QV_DICT *&dict    = store->*table;
-    QV_INT    dictIdx = idx;
-    bool      found;
+// Enters the keys of one of a store's tables into the table of its addresses.
+void includeKeys( QV_DICT **addresses, QV_DICT *table )
+{
+    for( const QV___DICT_ITEM &item : qv::dictItems( table ) )
+        if( qvDictIndexOfObjKey( *addresses, item.key ) < 0 )
+            qvDictSetObjKey( addresses, item.key, item.key );
+}
+} // namespace
 
-    // If all addresses have an entry of this kind, both Dicts have the same keys.
-    if( dict->length != store->addresses->length )
-        dictIdx = searchDict( dict, address, &found );
+void qv::makeAddresses( QV_STORE *store )
+{
+    QV_DICT *many = store->values, *few = store->stores;
 
-    insertIntoDict( &store->addresses, idx, address, address );
-    insertIntoDict( &dict, dictIdx, address, value, store->addresses, idx );
-    QV_ASSERT( isSoundStore( store, address ) );
+    if( store->addresses->length > 0 || many->length == 0 || few->length == 0 )
+        return;
+
+    if( many->length < few->length )
+        std::swap( many, few );
+
+    assign( &store->addresses, createDictOfKeys( many ) );
+    includeKeys( &store->addresses, few );
+}
+
+void qv::makeAddressesFor( QV_STORE *store, StoreTable table )
+{
+    QV_DICT *other = store->*( table == STORE_VALUES ? STORE_STORES : STORE_VALUES );
+
+    if( store->addresses->length == 0 && other->length > 0 )
+        assign( &store->addresses, createDictOfKeys( other ) );
 }
 
 void qv::setInStore( QV_STORE *store, StoreTable table, QV_STRING *address, QV_OBJ *value )
 {
-    bool   found;
-    QV_INT idx = searchDict( store->addresses, address, &found );
+    makeAddressesFor( store, table );
 
-    if( !found )
-    {
-        retainMore( address, 3 );
-        insertIntoStore( store, table, idx, address, retain( value ) );
-        return;
-    }
+    if( store->addresses->length > 0 )
+        qvDictSetObjKey( &store->addresses, address, address );
 
-    qvDictSetObjKey( &store->addresses, address, address );
     qvDictSetObjKey( &( store->*table ), address, value );
     QV_ASSERT( isSoundStore( store, address ) );
+}
+
+bool qv::replaceInStore( QV_STORE **store, QV_STRING *address, QV_STRING *value )
+{
+    QV_INT idx = store && *store && value ? qvDictIndexOfObjKey( ( *store )->values, address ) : -1;
+
+    if( idx < 0 )
+        return false;
+
+    makePrivate( store, qvStoreCreateFrom );
+    qvDictSetValueAt( &( *store )->values, idx, value );
+
+    return true;
 }
 
 namespace
 {
 bool isSoundEntry( QV_STORE *store, QV_STRING *address )
 {
-    QV_INT     idx   = qvDictIndexOfObjKey( store->addresses, address );
+    QV_INT     idx   = qvDictIndexOfObjKey( qv::addressesOf( store ), address );
     QV_STRING *value = findEntry< QV_STRING >( store->values, address );
     QV_STORE  *sub   = findEntry< QV_STORE >( store->stores, address );
 
@@ -170,7 +219,7 @@ bool isSoundEntry( QV_STORE *store, QV_STRING *address )
         || ( sub && qvObjSort( sub ) != qvStoreSort() ) )
         return false;
 
-    if( idx < 0 )
+    if( idx < 0 || store->addresses->length == 0 )
         return true;
 
     const QV___DICT_ITEM &item = qv::dictItem( store->addresses, idx );
@@ -185,13 +234,13 @@ bool qv::isSoundStore( QV_STORE *store, QV_STRING *address )
 
     QV_INT values = store->values->length;
     QV_INT stores = store->stores->length;
-    QV_INT length = store->addresses->length;
+    QV_INT length = addressesOf( store )->length;
 
     if( length < std::max( values, stores ) || length > values + stores || qv___ObjDbgAllocationSize( store ) != 0 )
         return false;
 
     if( length <= SMALL )
-        for( const QV___DICT_ITEM &item : dictItems( store->addresses ) )
+        for( const QV___DICT_ITEM &item : dictItems( addressesOf( store ) ) )
             if( !isSoundEntry( store, static_cast< QV_STRING * >( item.key ) ) )
                 return false;
 
@@ -205,19 +254,16 @@ QV_STORE *qvStoreCreate( void )
     return createStore( qvDictCreate(), qvDictCreate(), qvDictCreate() );
 }
 
-QV_STORE *qv::createStoreLike( QV_STORE *other )
+QV_STORE *qv::createStoreIn( ObjBatch *batch )
 {
-    const QV_INT MOST = 32; // entries of each kind
-
-    const auto like = []( QV_DICT *dict ) { return createDictWithRoom( qvIntMin( dict->length, MOST ) ); };
-
-    return createStore( like( other->addresses ), like( other->values ), like( other->stores ) );
+    return createStore( qvDictCreate(), qvDictCreate(), qvDictCreate(), batch );
 }
 
 QV_STORE *qvStoreCreateFrom( QV_STORE *source )
 {
     QV_CHECK( source );
-    return createStore( qv::retain( source->addresses ), qv::retain( source->values ), qv::retain( source->stores ) );
+
+    return createStore( qv::retain( source->values ), qv::retain( source->stores ), qv::retain( source->addresses ) );
 }
 
 void qvStoreClear( QV_STORE **store )
@@ -231,19 +277,19 @@ void qvStoreClear( QV_STORE **store )
 QV_INT qvStoreLength( QV_STORE *store )
 {
     QV_CHECK( store );
-    return store->addresses->length;
+    return qv::addressesOf( store )->length;
 }
 
 QV_STRING *qvStoreAddressAt( QV_STORE *store, QV_INT index )
 {
     QV_CHECK( store );
-    return static_cast< QV_STRING * >( qvDictKeyAt( store->addresses, index ) );
+    return static_cast< QV_STRING * >( qvDictKeyAt( qv::addressesOf( store ), index ) );
 }
 
 QV_VECTOR *qvStoreAddressesVector( QV_STORE *store )
 {
     QV_CHECK( store );
-    return qvDictKeysVector( store->addresses );
+    return qvDictKeysVector( qv::addressesOf( store ) );
 }
 
 QV_VECTOR *qvStoreValueAddressesVector( QV_STORE *store )
@@ -274,21 +320,27 @@ namespace
 // `from` that can differ from the one of `into` at its address.
 QV_INT includeLevel( QV_STORE *into, QV_STORE *from )
 {
-    if( into->addresses != from->addresses )
+    QV_INT firstStore = into->stores == from->stores ? from->stores->length : 0;
+
+    bool hasOwn = into->addresses->length > 0;
+
+    if( hasOwn && from->addresses->length == 0 )
+        includeKeys( &into->addresses, qv::addressesOf( from ) );
+    else if( hasOwn && into->addresses != from->addresses )
         qvDictInclude( &into->addresses, from->addresses, QV_FALSE );
 
     if( into->values != from->values )
         qvDictInclude( &into->values, from->values, QV_FALSE );
 
-    if( into->stores == from->stores )
-        return from->stores->length;
+    if( into->stores != from->stores )
+        qvDictInclude( &into->stores, from->stores, QV_FALSE );
 
-    qvDictInclude( &into->stores, from->stores, QV_FALSE );
+    qv::makeAddresses( into );
     QV_ASSERT(
-        from->addresses->length == 0
-        || qv::isSoundStore( into, static_cast< QV_STRING * >( qv::dictItem( from->addresses, 0 ).key ) ) );
+        qvStoreLength( from ) == 0
+        || qv::isSoundStore( into, static_cast< QV_STRING * >( qv::dictItem( qv::addressesOf( from ), 0 ).key ) ) );
 
-    return 0;
+    return firstStore;
 }
 } // namespace
 
@@ -353,7 +405,7 @@ void qvStoreMerge( QV_STORE **store, QV_STORE *other )
 QV_BOOL qvStoreHasAddress( QV_STORE *store, QV_STRING *address )
 {
     CHECK_READ( store, address );
-    return hasKey( store->addresses, address ) ? QV_TRUE : QV_FALSE;
+    return hasKey( qv::addressesOf( store ), address ) ? QV_TRUE : QV_FALSE;
 }
 
 /* One entry: values ---------------------------------------------------------------------------------------------- */

@@ -3,10 +3,12 @@
 #include "qv/base/qv_store.h"
 
 #include "qv/base/qv_decoder.h"
+#include "qv/base/qv_dict.h"
 #include "qv/base/qv_dict_private.h"
 #include "qv/base/qv_encoder.h"
 #include "qv/base/qv_encoder_private.h"
 #include "qv/base/qv_store_private.h"
+#include "qv/base/qv_store_texts_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_obj.h"
@@ -14,6 +16,7 @@
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_abort.h"
 #include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_int.h"
 #include "qv/sys/qv_levels_private.h"
 
 namespace
@@ -37,6 +40,29 @@ T *takeNext( qv::DictIterator &next, QV_STRING *address )
 }
 } // namespace
 
+namespace
+{
+// Writes the entries of a store that has values only.
+void writeValues( QV_STORE *store, qv::EntryWriter &writer )
+{
+    const QV_INT AHEAD = 16; // items
+
+    qv::DictIterator ahead( store->values, AHEAD );
+
+    for( const QV___DICT_ITEM &item : qv::dictItems( store->values ) )
+    {
+        if( ahead )
+        {
+            qv::fetchString( ahead->key );
+            qv::fetchString( ahead->val );
+            ++ahead;
+        }
+
+        writer.writeEntry( static_cast< QV_STRING * >( item.key ), static_cast< QV_STRING * >( item.val ), false );
+    }
+}
+} // namespace
+
 void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
 {
     QV_CHECK( store );
@@ -48,12 +74,22 @@ void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
         qv::DictIterator addresses, values, stores;
     };
 
-    const auto begin = []( QV_STORE *of ) -> Level
-    { return { { of->addresses, 0 }, { of->values, 0 }, { of->stores, 0 } }; };
+    qv::EntryWriter writer( encoder );
+
+    // Of a store with values only they are all written here.
+    const auto begin = [&]( QV_STORE *of ) -> Level
+    {
+        writer.writeInt( qvStoreLength( of ) );
+
+        if( of->stores->length > 0 )
+            return { { qv::addressesOf( of ), 0 }, { of->values, 0 }, { of->stores, 0 } };
+
+        writeValues( of, writer );
+        return {};
+    };
 
     qv::Levels< Level > levels;
     Level               at = begin( store );
-    qvEncoderEncodeInt( encoder, store->addresses->length );
 
     do
     {
@@ -64,13 +100,12 @@ void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
             QV_STORE  *sub     = takeNext< QV_STORE >( at.stores, address );
             ++at.addresses;
 
-            qv::encodeEntry( encoder, address, value, sub != nullptr );
+            writer.writeEntry( address, value, sub != nullptr );
 
             if( sub )
             {
                 levels.push( at );
                 at = begin( sub );
-                qvEncoderEncodeInt( encoder, sub->addresses->length );
             }
         }
 
@@ -90,24 +125,158 @@ QV_BUFFER *qvStoreEncodeToBuffer( QV_STORE *store )
 
 namespace
 {
-// Sets an entry of a store that is being read. Takes over the value. The address is borrowed; unless the store has an
-// equal one, the caller is the only one to hold it.
-void enterDecoded( QV_STORE *store, qv::StoreTable table, QV_STRING *address, QV_OBJ *value )
+// Reads a tree. Values are appended and put in order when their store is read.
+class Reader
 {
-    bool   found;
-    QV_INT idx = qv::searchDict( store->addresses, address, &found );
-
-    if( found )
+public:
+    explicit Reader( QV_DECODER *decoder ) : decoder_( decoder ), before_( qv::setDecoderBatch( decoder, &strings_ ) )
     {
-        qv::setInStore( store, table, address, value );
-        qv::release( value );
-        return;
     }
 
-    // Only the caller holds the address, so that its count needs no locked instruction.
-    qv::retainCreated( address, 3 );
-    qv::insertIntoStore( store, table, idx, address, value );
-}
+    ~Reader()
+    {
+        qv::setDecoderBatch( decoder_, before_ );
+    }
+
+    Reader( const Reader & )            = delete;
+    Reader &operator=( const Reader & ) = delete;
+
+    // A store that lies `depth` sub-stores deep, or null.
+    QV_STORE *read( QV_INT depth )
+    {
+        qv::Ref< QV_STORE > store( qv::createStoreIn( &newStores_ ) );
+        QV_INT              count = 0;
+        bool                ok = depth < QV_STORE_MAX_DEPTH && qvDecoderTryDecodeInt( decoder_, &count ) && count >= 0
+                  && count <= qvDecoderRemaining( decoder_ ); // each entry takes some bytes
+
+        for( QV_INT i = 0; ok && i < count; i++ )
+            ok = readEntry( store, depth, count );
+
+        if( store->values != qv___DictEmpty )
+            qv::orderDict( store->values );
+
+        qv::makeAddresses( store );
+
+        return ok ? store.give() : nullptr;
+    }
+
+private:
+    struct Entry
+    {
+        qv::Ref< QV_STRING > address, value; // the value may be null
+        bool                 hasStore;
+    };
+
+    bool readEntry( QV_STORE *store, QV_INT depth, QV_INT count )
+    {
+        Entry entry;
+
+        if( !readPlain( entry ) && !readAny( entry ) )
+            return false;
+
+        qv::Ref< QV_STORE > sub( entry.hasStore ? read( depth + 1 ) : nullptr );
+
+        if( entry.hasStore && !sub )
+            return false;
+
+        if( sub )
+        {
+            QV_INT before = store->stores->length;
+            qvDictSetObjKey( &store->stores, qv::obj( entry.address.get() ), qv::obj( sub.get() ) );
+
+            if( store->stores->length == before )
+                forget(); // one before has been given up
+        }
+
+        if( entry.value )
+        {
+            if( store->values == qv___DictEmpty )
+                qv::assign( &store->values, qv::createDictWithRoom( qvIntMin( count, 1024 ), &newTables_ ) );
+
+            if( qv::appendToDict( store->values, entry.address.give(), entry.value.give() ) )
+                forget();
+        }
+        else if( !sub )
+        {
+            forget(); // of an entry with nothing in it the address goes
+        }
+
+        return true;
+    }
+
+    // Reads an entry up to its store if its texts are ASCII, of 255 characters at most; else false, and nothing is read.
+    bool readPlain( Entry &entry )
+    {
+        qv::DecoderRest     rest    = qv::restOf( decoder_ );
+        const uint8_t      *pos     = rest.begin;
+        qv::Span< uint8_t > address = {}, value = {};
+
+        if( !takeText( pos, rest.end, &address ) || address.length() == 0
+            || qv::wordLength( address.begin, address.length() ) < address.length() || pos == rest.end || *pos > 1 )
+            return false;
+
+        bool hasValue = *pos++;
+
+        if( hasValue && ( !takeText( pos, rest.end, &value ) || !qv::areAscii( value.begin, value.length() ) ) )
+            return false;
+
+        if( pos == rest.end || *pos > 1 )
+            return false;
+
+        entry.hasStore = *pos++;
+        qv::moveDecoder( decoder_, pos );
+        entry.address.reset( addressTexts_.take( address ) );
+
+        if( hasValue )
+            entry.value.reset( valueTexts_.take( value ) );
+
+        return true;
+    }
+
+    // Takes a text with a length of one digit at most.
+    static bool takeText( const uint8_t *&pos, const uint8_t *end, qv::Span< uint8_t > *text )
+    {
+        if( end - pos < 2 || *pos > 1 )
+            return false;
+
+        QV_INT length = *pos == 0 ? 0 : pos[1];
+        pos += 1 + *pos;
+
+        if( end - pos < length )
+            return false;
+
+        *text = { pos, pos + length };
+        pos += length;
+
+        return true;
+    }
+
+    bool readAny( Entry &entry )
+    {
+        QV_BOOL hasStore = QV_FALSE;
+        bool    ok       = qvDecoderTryDecodeString( decoder_, entry.address.at() ) && qvStoreAddressOk( entry.address )
+                  && qvDecoderTryDecodeOptionalString( decoder_, entry.value.at() )
+                  && qvDecoderTryDecodeBool( decoder_, &hasStore );
+
+        entry.hasStore = hasStore;
+
+        return ok;
+    }
+
+    void forget()
+    {
+        addressTexts_.forget();
+        valueTexts_.forget();
+    }
+
+    QV_DECODER   *decoder_;
+    qv::ObjBatch  strings_{ qvStringSort() };
+    qv::ObjBatch *before_;
+    qv::ObjBatch  newStores_{ qvStoreSort() };
+    qv::ObjBatch  newTables_{ qvDictSort() };
+    qv::Texts     addressTexts_;
+    qv::Texts     valueTexts_;
+};
 } // namespace
 
 QV_STORE *qv___StoreTryDecodeFromDecoder( QV_DECODER *decoder, QV_INT depth )
@@ -115,50 +284,18 @@ QV_STORE *qv___StoreTryDecodeFromDecoder( QV_DECODER *decoder, QV_INT depth )
     QV_CHECK( decoder );
     QV_CHECK( depth >= 0 );
 
-    qv::Ref< QV_STORE > store( qvStoreCreate() );
-    QV_INT              count = 0;
-    bool                ok    = depth < QV_STORE_MAX_DEPTH && qvDecoderTryDecodeInt( decoder, &count ) && count >= 0
-              && count <= qvDecoderRemaining( decoder ); // each entry takes some bytes
+    QV_STORE *store = Reader( decoder ).read( depth );
 
-    for( QV_INT i = 0; ok && i < count; i++ )
-    {
-        qv::Ref< QV_STRING > address, value;
-        qv::Ref< QV_STORE >  sub;
-        QV_BOOL              hasStore = QV_FALSE;
+    if( !store )
+        qvDecoderSetError( decoder );
 
-        ok = qvDecoderTryDecodeString( decoder, address.at() ) && qvStoreAddressOk( address )
-             && qvDecoderTryDecodeOptionalString( decoder, value.at() ) && qvDecoderTryDecodeBool( decoder, &hasStore );
-
-        if( ok && hasStore )
-        {
-            sub.reset( qv___StoreTryDecodeFromDecoder( decoder, depth + 1 ) );
-            ok = sub.get() != nullptr;
-        }
-
-        if( ok && value )
-            enterDecoded( store, qv::STORE_VALUES, address, value.give() );
-
-        if( ok && sub )
-            enterDecoded( store, qv::STORE_STORES, address, sub.give() );
-    }
-
-    if( ok )
-        return store.give();
-
-    qvDecoderSetError( decoder );
-    return nullptr;
+    return store;
 }
 
 QV_STORE *qvStoreTryDecodeFromDecoder( QV_DECODER *decoder )
 {
     QV_CHECK( decoder );
-
-    qv::ObjBatch  strings( qvStringSort() );
-    qv::ObjBatch *before = qv::setDecoderBatch( decoder, &strings );
-    QV_STORE     *store  = qv___StoreTryDecodeFromDecoder( decoder, 0 );
-    qv::setDecoderBatch( decoder, before );
-
-    return store;
+    return qv___StoreTryDecodeFromDecoder( decoder, 0 );
 }
 
 QV_STORE *qvStoreTryDecodeFromBuffer( QV_BUFFER *buffer )

@@ -3,7 +3,9 @@
 #include "qv/base/qv_store.h"
 
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_store_private.h"
 #include "qv/base/qv_string_private.h"
+#include "qv/base/qv_string_stack_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_abort.h"
 
@@ -13,6 +15,7 @@
 namespace
 {
 using qv::asString;
+using qv::SoughtString;
 
 using Address = qv::Ref< QV_STRING >;
 
@@ -60,7 +63,7 @@ Address formattedAddress( va_list *args, const wchar_t *format, QV_INT length )
 
 QV_BOOL qvStoreHasAddressCstr( QV_STORE *store, const char *address, QV_INT length )
 {
-    return qvStoreHasAddress( store, asString( address, length ) );
+    return qvStoreHasAddress( store, SoughtString( address, length ) );
 }
 
 QV_BOOL qvStoreHasAddressWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
@@ -92,7 +95,7 @@ QV_STRING *qvStoreValueAt( QV_STORE *store, QV_INT index )
 
 QV_STRING *qvStoreValueCstr( QV_STORE *store, const char *address, QV_INT length )
 {
-    return qvStoreValue( store, asString( address, length ) );
+    return qvStoreValue( store, SoughtString( address, length ) );
 }
 
 QV_STRING *qvStoreValueWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
@@ -124,7 +127,7 @@ QV_BOOL qvStoreHasValueAt( QV_STORE *store, QV_INT index )
 
 QV_BOOL qvStoreHasValueCstr( QV_STORE *store, const char *address, QV_INT length )
 {
-    return qvStoreHasValue( store, asString( address, length ) );
+    return qvStoreHasValue( store, SoughtString( address, length ) );
 }
 
 QV_BOOL qvStoreHasValueWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
@@ -156,6 +159,10 @@ void qvStoreSetValueAt( QV_STORE **store, QV_INT index, QV_STRING *value )
 
 void qvStoreSetValueCstr( QV_STORE **store, const char *address, QV_INT length, QV_STRING *value )
 {
+    // An address that has a value keeps its String.
+    if( SoughtString sought( address, length ); sought.isOnStack() && qv::replaceInStore( store, sought, value ) )
+        return;
+
     qvStoreSetValue( store, asString( address, length ), value );
 }
 
@@ -220,7 +227,7 @@ QV_BOOL qvStoreValueBoolAt( QV_STORE *store, QV_BOOL *out, QV_INT index )
 
 QV_BOOL qvStoreValueBoolCstr( QV_STORE *store, QV_BOOL *out, const char *address, QV_INT length )
 {
-    return qvStoreValueBool( store, out, asString( address, length ) );
+    return qvStoreValueBool( store, out, SoughtString( address, length ) );
 }
 
 QV_BOOL qvStoreValueBoolWcstr( QV_STORE *store, QV_BOOL *out, const wchar_t *address, QV_INT length )
@@ -252,7 +259,7 @@ QV_BOOL qvStoreHasValueBoolAt( QV_STORE *store, QV_INT index )
 
 QV_BOOL qvStoreHasValueBoolCstr( QV_STORE *store, const char *address, QV_INT length )
 {
-    return qvStoreHasValueBool( store, asString( address, length ) );
+    return qvStoreHasValueBool( store, SoughtString( address, length ) );
 }
 
 QV_BOOL qvStoreHasValueBoolWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
@@ -316,7 +323,7 @@ QV_BOOL qvStoreValueIntAt( QV_STORE *store, QV_INT *out, QV_INT index )
 
 QV_BOOL qvStoreValueIntCstr( QV_STORE *store, QV_INT *out, const char *address, QV_INT length )
 {
-    return qvStoreValueInt( store, out, asString( address, length ) );
+    return qvStoreValueInt( store, out, SoughtString( address, length ) );
 }
 
 QV_BOOL qvStoreValueIntWcstr( QV_STORE *store, QV_INT *out, const wchar_t *address, QV_INT length )
@@ -348,7 +355,7 @@ QV_BOOL qvStoreHasValueIntAt( QV_STORE *store, QV_INT index )
 
 QV_BOOL qvStoreHasValueIntCstr( QV_STORE *store, const char *address, QV_INT length )
 {
-    return qvStoreHasValueInt( store, asString( address, length ) );
+    return qvStoreHasValueInt( store, SoughtString( address, length ) );
 }
 
 QV_BOOL qvStoreHasValueIntWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
@@ -412,7 +419,7 @@ QV_BOOL qvStoreValueRealAt( QV_STORE *store, QV_REAL *out, QV_INT index )
 
 QV_BOOL qvStoreValueRealCstr( QV_STORE *store, QV_REAL *out, const char *address, QV_INT length )
 {
-    return qvStoreValueReal( store, out, asString( address, length ) );
+    return qvStoreValueReal( store, out, SoughtString( address, length ) );
 }
 
 QV_BOOL qvStoreValueRealWcstr( QV_STORE *store, QV_REAL *out, const wchar_t *address, QV_INT length )
@@ -444,7 +451,7 @@ QV_BOOL qvStoreHasValueRealAt( QV_STORE *store, QV_INT index )
 
 QV_BOOL qvStoreHasValueRealCstr( QV_STORE *store, const char *address, QV_INT length )
 {
-    return qvStoreHasValueReal( store, asString( address, length ) );
+    return qvStoreHasValueReal( store, SoughtString( address, length ) );
 }
 
 QV_BOOL qvStoreHasValueRealWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
@@ -508,7 +515,7 @@ QV_STORE *qvStoreStoreAt( QV_STORE *store, QV_INT index )
 
 QV_STORE *qvStoreStoreCstr( QV_STORE *store, const char *address, QV_INT length )
 {
-    return qvStoreStore( store, asString( address, length ) );
+    return qvStoreStore( store, SoughtString( address, length ) );
 }
 
 QV_STORE *qvStoreStoreWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )
@@ -540,7 +547,7 @@ QV_BOOL qvStoreHasStoreAt( QV_STORE *store, QV_INT index )
 
 QV_BOOL qvStoreHasStoreCstr( QV_STORE *store, const char *address, QV_INT length )
 {
-    return qvStoreHasStore( store, asString( address, length ) );
+    return qvStoreHasStore( store, SoughtString( address, length ) );
 }
 
 QV_BOOL qvStoreHasStoreWcstr( QV_STORE *store, const wchar_t *address, QV_INT length )

@@ -5,16 +5,19 @@
 #ifndef QV_STORE_PRIVATE_H
 #define QV_STORE_PRIVATE_H
 
+#include "qv/base/qv_dict_private.h"
 #include "qv/qv_tool_private.h"
 #include "qv/runtime/qv_family.h"
+#include "qv/sys/qv_vectors_line_private.h"
 
 #include <array>
 
 struct QV_STORE : QV_OBJ
 {
-    QV_DICT *addresses; /**< every address that has an entry; the value is the same String */
     QV_DICT *values;    /**< Strings by address */
     QV_DICT *stores;    /**< Stores by address */
+    QV_DICT *addresses; /**< every address that has an entry, and the same String as its value; or empty, see
+                             addressesOf() */
 };
 
 /** Appends the lines of a store, each with `prefix` before it. */
@@ -34,20 +37,41 @@ using StoreTable = QV_DICT *QV_STORE::*;
 constexpr StoreTable STORE_VALUES = &QV_STORE::values;
 constexpr StoreTable STORE_STORES = &QV_STORE::stores;
 
-/** A new store without entries, with memory for as many as another one has, at most for 32 of each kind. */
-QV_STORE *createStoreLike( QV_STORE *other );
+/** A new store without entries, in a batch of stores. */
+QV_STORE *createStoreIn( ObjBatch *batch );
+
+/** A table whose keys are all addresses of a store. Most stores have values or sub-stores, not both: then the table of
+    these is the one, and there is no other. A store that has got both keeps a table of the addresses from then on. */
+inline QV_DICT *addressesOf( QV_STORE *store )
+{
+    return store->addresses->length > 0 ? store->addresses : store->stores->length > 0 ? store->stores : store->values;
+}
+
+/** Makes the table of the addresses if a store has none and needs it: it has both kinds of entries, or an entry of the
+    kind `table` is going to be the first one beside others. Only the caller holds the store. */
+void makeAddresses( QV_STORE *store );
+void makeAddressesFor( QV_STORE *store, StoreTable table );
 
 /** Sets an entry of a store that only the caller holds. The arguments are borrowed. */
 void setInStore( QV_STORE *store, StoreTable table, QV_STRING *address, QV_OBJ *value );
 
-/** Enters an address that the store doesn't have yet, with an entry in `table`, before the address at `idx`. Takes over
-    three references to the address and one to the value. Only the caller holds the store. */
-void insertIntoStore( QV_STORE *store, StoreTable table, QV_INT idx, QV_STRING *address, QV_OBJ *value );
+/** Replaces the value of an address that has one. Else false, also where an argument is bad, without an effect. The
+    arguments are borrowed. */
+bool replaceInStore( QV_STORE **store, QV_STRING *address, QV_STRING *value );
 
-/** Whether an address and its entries are sound, and all others too if the store is small: an address is in `addresses`
-    exactly when it is in one of the other two tables, it is its own value there, and each value is of the sort of its
-    table. For assertions, after each change. */
+/** Whether an address and its entries are sound, and all others too if the store is small: where there is a table of the
+    addresses, an address is in it exactly when it is in one of the other two, and is its own value there; without it one
+    of these is empty; each value is of the sort of its table. For assertions, after each change. */
 bool isSoundStore( QV_STORE *store, QV_STRING *address );
+
+/** Asks for what a writer needs of a short String, some Strings ahead: the memory of those that were made in another order
+    than that of their addresses comes from far away. */
+inline void fetchString( QV_OBJ *string )
+{
+    __builtin_prefetch( reinterpret_cast< char * >( string ) + 64 );
+    __builtin_prefetch( reinterpret_cast< char * >( string ) + 128 );
+    __builtin_prefetch( reinterpret_cast< char * >( string ) + 192 );
+}
 
 /** Which ASCII characters an address can have. It has no others. */
 constexpr std::array< bool, 128 > ADDRESS_CHARS = []
@@ -55,8 +79,7 @@ constexpr std::array< bool, 128 > ADDRESS_CHARS = []
     std::array< bool, 128 > table{};
 
     for( char32_t ch = 0; ch < 128; ch++ )
-        table[ch] = ( ch >= U'0' && ch <= U'9' ) || ( ch >= U'A' && ch <= U'Z' ) || ( ch >= U'a' && ch <= U'z' )
-                    || ch == U'_' || ch == U'-';
+        table[ch] = isWordChar( ch );
 
     return table;
 }();

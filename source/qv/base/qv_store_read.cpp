@@ -7,6 +7,7 @@
 #include "qv/base/qv_dict_private.h"
 #include "qv/base/qv_format.h"
 #include "qv/base/qv_store_private.h"
+#include "qv/base/qv_store_texts_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/base/qv_vector.h"
@@ -22,6 +23,7 @@
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
+#include "qv/sys/qv_levels_private.h"
 #include "qv/sys/qv_mem.h"
 #include "qv/sys/qv_order_private.h"
 #include "qv/sys/qv_utf8_private.h"
@@ -34,18 +36,7 @@ namespace
 {
 /* Lines ---------------------------------------------------------------------------------------------------------- */
 
-// Part of a line. The units are characters, or bytes if all of them are ASCII.
-template< class Unit >
-struct Span
-{
-    const Unit *begin;
-    const Unit *end;
-
-    QV_INT length() const
-    {
-        return end - begin;
-    }
-};
+using qv::Span;
 
 template< class Unit >
 struct Line
@@ -121,18 +112,6 @@ void parseLine( Span< Unit > text, QV_INT depth, Line< Unit > &line )
     }
 }
 
-template< class Unit >
-QV_STRING *stringOf( Span< Unit > text, qv::ObjBatch *batch )
-{
-    if( text.length() == 0 )
-        return qvStringCreate();
-
-    QV_STRING *qvs = qv::createString( text.length(), batch );
-    std::copy( text.begin, text.end, qv::chars( qvs ) );
-
-    return qvs;
-}
-
 // The order of an address against a text: -1, 0 or 1.
 template< class Unit >
 QV_INT compareText( QV_STRING *address, Span< Unit > text )
@@ -197,11 +176,8 @@ QV_CHAR stringToUnescapeNext( const Unit *&pos, const Unit *end )
 }
 
 template< class Unit >
-QV_STRING *stringToUnescape( Span< Unit > text, qv::ObjBatch *batch )
+QV_STRING *stringToUnescape( Span< Unit > text )
 {
-    if( std::find( text.begin, text.end, '%' ) == text.end )
-        return stringOf( text, batch );
-
     QV_CHAR    *chars  = static_cast< QV_CHAR * >( qvMemAllocN( text.length(), sizeof( QV_CHAR ) ) );
     QV_INT      length = 0;
     const Unit *pos    = text.begin;
@@ -214,81 +190,36 @@ QV_STRING *stringToUnescape( Span< Unit > text, qv::ObjBatch *batch )
     return qv::createStringUse( chars, length );
 }
 
-/* Addresses ------------------------------------------------------------------------------------------------------ */
+/* Reading lines -------------------------------------------------------------------------------------------------- */
 
-// The Strings of addresses that were entered last. Records repeat their addresses, and a String takes far more memory
-// than its text. The reader deletes no address from its tree and replaces none by an equal one, so the Strings live as
-// long as the tree and are not held here.
-class Addresses
+// Where lines lead that begin with the same sub-stores, by the text up to the last of these.
+class Prefixes
 {
 public:
-    // An address that was found here, borrowed; or a new one, of which the caller owns the only reference.
-    struct Found
+    struct Place
     {
-        QV_STRING *address;
-        uint64_t   hash;
-        bool       isNew;
+        const uint8_t *text;
+        QV_INT         length;
+        QV_STORE      *store; // null: nothing is here
     };
 
-    template< class Unit >
-    Found find( Span< Unit > text, qv::ObjBatch *batch ) const
+    // The place of a text, which may be another one's.
+    Place &at( Span< uint8_t > text )
     {
-        uint64_t     hash = hashOf( text );
-        const Place &last = places_[hash >> SHIFT];
+        uint64_t last = 0;
+        memcpy( &last, text.length() > 8 ? text.end - 8 : text.begin, std::min< size_t >( 8, text.end - text.begin ) );
 
-        if( last.hash == hash && last.address && compareText( last.address, text ) == 0 )
-        {
-            QV_ASSERT( QV___RETAIN_COUNT_VALUE( last.address->retainCount ) > 0 );
-            return { last.address, hash, false };
-        }
-
-        return { stringOf( text, batch ), hash, true };
-    }
-
-    // Of an address that the tree has now.
-    void keep( const Found &found )
-    {
-        places_[found.hash >> SHIFT] = { found.hash, found.address };
+        return places_[( last ^ static_cast< uint64_t >( text.length() ) << 40 ) * 0x9E3779B97F4A7C15u >> SHIFT];
     }
 
 private:
-    static const int SHIFT = 58;
-
-    struct Place
-    {
-        uint64_t   hash;
-        QV_STRING *address;
-    };
-
-    // Most addresses differ in the units at one of their ends.
-    template< class Unit >
-    static uint64_t hashOf( Span< Unit > text )
-    {
-        uint64_t     first = 0, last = 0;
-        const QV_INT both = sizeof( first ) / sizeof( Unit );
-
-        if( text.length() >= both )
-        {
-            memcpy( &first, text.begin, sizeof( first ) );
-            memcpy( &last, text.end - both, sizeof( last ) );
-        }
-        else
-        {
-            for( const Unit *unit = text.begin; unit < text.end; unit++ )
-                first = first << 8 * sizeof( Unit ) % 64 | *unit;
-        }
-
-        return ( ( first ^ static_cast< uint64_t >( text.length() ) ) * 0x9E3779B97F4A7C15u ^ last )
-               * 0xC2B2AE3D27D4EB4Fu;
-    }
+    static const int SHIFT = 56;
 
     Place places_[1 << ( 64 - SHIFT )] = {};
 };
 
-/* Reading lines -------------------------------------------------------------------------------------------------- */
-
 // A tree that grows line by line. Until give() its stores are held by the tree alone, so that they can be written where
-// they are.
+// they are; their values are appended and put in order then.
 class Reader
 {
 public:
@@ -303,194 +234,268 @@ public:
     class Text
     {
     public:
-        explicit Text( Reader &reader ) : reader_( reader )
+        explicit Text( Reader &reader ) : reader_( reader ), store_( reader.top_ )
         {
         }
 
-        // Most lines name the same sub-stores as the line before, in the same units, which are skipped then. Holds
-        // while no other text has moved the reader, see forget().
-        void read( Span< Unit > text )
+        // The first `=` of a line, or null.
+        const Unit *findEquals( Span< Unit > line )
         {
-            QV_INT same   = prefix_.length();
-            QV_INT levels = 0;
+            isPrefixFound_ = true;
 
-            if( same > 0 && text.length() >= same && memcmp( text.begin, prefix_.begin, same * sizeof( Unit ) ) == 0 )
-            {
-                QV_ASSERT( leadsHere( { text.begin, text.begin + same } ) );
-                levels = levels_;
-                text.begin += same;
+            if( const Unit *equals = findEqualsAfter( prefix_, line ) )
+                return equals;
 
-                if( text.length() == 0 )
-                    return;
-            }
+            if( const Unit *equals = findPrefix( line ) )
+                return equals;
 
-            parseLine( text, reader_.depth_ + levels, line_ );
+            isPrefixFound_ = false;
 
-            if( line_.levels )
-            {
-                prefix_ = { text.begin - ( levels ? same : 0 ), line_.rest };
-                reader_.goDown( levels, line_.path, line_.levels );
-                levels += line_.levels;
-                levels_ = levels;
-            }
-
-            if( line_.kind == QV___STORE_LINE_VALUE )
-                reader_.setValue( levels, line_.address, stringToUnescape( line_.value, &reader_.strings_ ) );
+            if constexpr( sizeof( Unit ) == 1 )
+                return static_cast< const Unit * >( memchr( line.begin, '=', static_cast< size_t >( line.length() ) ) );
+            else
+                return std::find( line.begin, line.end, '=' );
         }
 
-        // To be called when lines of another text have been read in between.
-        void forget()
+        // Reads a line in which findEquals() has looked before: the head, up to the first `=` and with it, and what
+        // comes after that, which is plain if there is no `%` in it.
+        template< class ValueUnit >
+        void read( Span< Unit > head, Span< ValueUnit > value, bool isPlain )
         {
-            prefix_ = {};
+            if( !isPrefixFound_ )
+            {
+                readWhole( head, value, isPlain );
+                return;
+            }
+
+            const Unit *address = head.begin + prefix_.length();
+            QV_ASSERT( store_ == reader_.openedBy( Span< Unit >{ head.begin, address } ) );
+            reader_.setValue( store_, Span< Unit >{ address, head.end - 1 }, value, isPlain );
         }
 
     private:
-        // Whether the sub-stores of a line are those that are open in the reader, level by level.
-        bool leadsHere( Span< Unit > text )
+        // The `=` of a line that sets a value in the store to which a prefix leads, without white space around the
+        // address; else null. Most lines begin with the same sub-stores as the line before, in the same units.
+        static const Unit *findEqualsAfter( Span< Unit > prefix, Span< Unit > line )
         {
-            parseLine( text, reader_.depth_, line_ );
-            bool ok = line_.levels == levels_;
+            if( line.length() < prefix.length() + 2
+                || !qv::sameBytes( line.begin, prefix.begin, prefix.length() * QV_INT( sizeof( Unit ) ) ) )
+                return nullptr;
 
-            for( QV_INT level = 0; ok && level < levels_; level++ )
-                ok = compareText( reader_.addresses_[level], line_.path[level] ) == 0 && reader_.isOpen( level );
+            const Unit *address = line.begin + prefix.length();
+            const Unit *end     = addressEnd( address, line.end );
 
-            return ok;
+            return end > address && end < line.end && *end == '=' ? end : nullptr;
+        }
+
+        static const Unit *addressEnd( const Unit *begin, const Unit *end )
+        {
+            if constexpr( sizeof( Unit ) == 1 )
+                return begin + qv::wordLength( begin, end - begin );
+            else
+                return qv::skipAddressChars( begin, end );
+        }
+
+        // The same for a prefix of another line not long before, which becomes the one of this line.
+        const Unit *findPrefix( [[maybe_unused]] Span< Unit > line )
+        {
+            if constexpr( sizeof( Unit ) == 1 )
+            {
+                const void *equals = memchr( line.begin, '=', static_cast< size_t >( line.length() ) );
+                const void *dot =
+                    equals ? memrchr(
+                                 line.begin, '.',
+                                 static_cast< size_t >( static_cast< const Unit * >( equals ) - line.begin ) )
+                           : nullptr;
+
+                if( !dot )
+                    return nullptr;
+
+                Span< Unit >           prefix = { line.begin, static_cast< const Unit * >( dot ) + 1 };
+                const Prefixes::Place &place  = reader_.prefixes_.at( prefix );
+
+                if( !place.store || place.length != prefix.length() )
+                    return nullptr;
+
+                const Unit *found = findEqualsAfter( { place.text, place.text + place.length }, line );
+
+                if( found )
+                {
+                    prefix_ = prefix;
+                    store_  = place.store;
+                }
+
+                return found;
+            }
+
+            return nullptr;
+        }
+
+        template< class ValueUnit >
+        void readWhole( Span< Unit > head, Span< ValueUnit > value, bool isPlain )
+        {
+            parseLine( head, reader_.depth_, line_ );
+            QV_STORE *store = reader_.goDown( line_.path, line_.levels );
+
+            // What comes after the prefix lies as deep as something may.
+            if( reader_.depth_ + line_.levels < QV_STORE_MAX_DEPTH )
+            {
+                prefix_ = { head.begin, line_.rest };
+                store_  = store;
+
+                if constexpr( sizeof( Unit ) == 1 )
+                    if( line_.levels )
+                        reader_.prefixes_.at( prefix_ ) = { prefix_.begin, prefix_.length(), store };
+            }
+
+            if( line_.kind == QV___STORE_LINE_VALUE )
+                reader_.setValue( store, line_.address, value, isPlain );
         }
 
         Reader      &reader_;
-        Span< Unit > prefix_ = {};
-        QV_INT       levels_ = 0; // how many sub-stores the prefix names
+        Span< Unit > prefix_        = {};
+        QV_STORE    *store_         = nullptr; // where that leads
+        bool         isPrefixFound_ = false;   // the line that is looked at has it
         Line< Unit > line_;
     };
 
     QV_STORE *give()
     {
+        order();
         return top_.give();
     }
 
-private:
-    // Opens the sub-stores of the path below stores_[from], new ones where there are none.
-    template< class Unit >
-    void goDown( QV_INT from, const Span< Unit > *path, QV_INT count )
+    ~Reader()
     {
-        for( QV_INT level = from; level < from + count; level++, path++ )
-        {
-            if( level < open_ && compareText( addresses_[level], *path ) == 0 )
-                QV_ASSERT( isOpen( level ) );
-            else
+        if( top_ )
+            order();
+    }
+
+    Reader( const Reader & )            = delete;
+    Reader &operator=( const Reader & ) = delete;
+
+private:
+    // Opens the sub-stores of a path, new ones where there are none, and returns the last one.
+    template< class Unit >
+    QV_STORE *goDown( const Span< Unit > *path, QV_INT count )
+    {
+        for( QV_INT level = 0; level < count; level++, path++ )
+            if( level >= open_ || compareText( addresses_[level], *path ) != 0 )
                 openStore( level, *path );
-        }
+
+        return stores_[count];
     }
 
     template< class Unit >
     void openStore( QV_INT level, Span< Unit > text )
     {
-        QV_DICT         *stores  = stores_[level]->stores;
-        Addresses::Found address = known_.find( text, &strings_ );
-        bool             found   = false;
-        QV_INT           idx     = 0;
+        QV_DICT **stores = &stores_[level]->stores;
+        QV_INT    idx    = ( *stores )->length;
+        bool      found  = false;
 
-        if( !comesAfter( text, stores ) )
-            idx = qv::searchDict( stores, address.address, &found );
-
-        if( found )
+        // Most sub-stores come in the order of their addresses.
+        if( idx > 0 && compareText( static_cast< QV_STRING * >( qv::lastDictItem( *stores ).key ), text ) >= 0 )
         {
-            if( address.isNew )
-                qv::release( address.address );
-
-            addresses_[level]  = static_cast< QV_STRING * >( qv::dictItem( stores, idx ).key );
-            stores_[level + 1] = static_cast< QV_STORE * >( qv::dictItem( stores, idx ).val );
+            qv::Ref< QV_STRING > address( qv::Texts::create( text ) );
+            idx = qv::searchDict( *stores, address, &found );
         }
-        else
-        {
-            // Mostly it has as many entries as the one made before on this level. Each store is the model of one other,
-            // so that the room made for entries is no more than the document has filled.
-            QV_STORE *before   = made_[level];
-            QV_STORE *store    = before ? qv::createStoreLike( before ) : qvStoreCreate();
-            addresses_[level]  = set( level, qv::STORE_STORES, text, address, store );
-            stores_[level + 1] = made_[level] = store;
-        }
-
-        open_ = level + 1;
-    }
-
-    // Takes over the value.
-    template< class Unit >
-    void setValue( QV_INT level, Span< Unit > address, QV_STRING *value )
-    {
-        set( level, qv::STORE_VALUES, address, known_.find( address, &strings_ ), value );
-    }
-
-    // Sets an entry of stores_[level] and returns its address, borrowed. Takes over the value, and the address if it is
-    // new.
-    template< class Unit >
-    QV_STRING *set(
-        QV_INT level, qv::StoreTable table, Span< Unit > text, const Addresses::Found &address, QV_OBJ *value )
-    {
-        QV_STORE *store     = stores_[level];
-        QV_DICT  *addresses = store->addresses;
-        QV_INT    idx       = addresses->length;
-        bool      found     = false;
-
-        // Most lines come in the order of their addresses.
-        if( !comesAfter( text, addresses ) )
-            idx = qv::searchDict( addresses, address.address, &found );
 
         if( !found )
+            qv::insertIntoDict( stores, idx, addressTexts_.take( text ), qv::createStoreIn( &newStores_ ) );
+
+        const QV___DICT_ITEM &item = qv::dictItem( *stores, idx );
+        addresses_[level]          = static_cast< QV_STRING * >( item.key );
+        stores_[level + 1]         = static_cast< QV_STORE * >( item.val );
+        open_                      = level + 1;
+    }
+
+    template< class Unit, class ValueUnit >
+    void setValue( QV_STORE *store, Span< Unit > address, Span< ValueUnit > value, bool isPlain )
+    {
+        // Mostly a store has as many values as the one that was begun before. Each is the model of one other, so that the
+        // room made is no more than the document has filled.
+        if( store->values == qv___DictEmpty )
         {
-            if( address.isNew )
-                qv::retainCreated( address.address, 2 );
-            else
-                qv::retainMore( address.address, 3 );
-
-            qv::insertIntoStore( store, table, idx, address.address, value );
-            known_.keep( address );
-
-            return address.address;
+            qv::assign( &store->values, qv::createDictWithRoom( std::clamp< QV_INT >( begun_, 4, 1024 ), &newTables_ ) );
+            begun_ = 0;
         }
 
-        // The tree keeps the String that it has.
-        QV_STRING *known = static_cast< QV_STRING * >( qv::dictItem( addresses, idx ).key );
+        begun_++;
 
-        if( address.isNew )
-            qv::release( address.address );
+        QV_STRING *text = isPlain || value.length() == 0 ? valueTexts_.take( value ) : stringToUnescape( value );
 
-        qvDictSetObjKey( &( store->*table ), known, value );
-        qv::release( value );
-        QV_ASSERT( qv::isSoundStore( store, known ) );
-
-        return known;
+        if( qv::appendToDict( store->values, addressTexts_.take( address ), text ) )
+        {
+            addressTexts_.forget();
+            valueTexts_.forget();
+        }
     }
 
-    // Whether an address comes after all that a Dict has.
+    // Puts the values of all stores in order.
+    void order()
+    {
+        qv::Levels< qv::DictIterator > levels;
+        qv::DictIterator               next = order( top_ );
+
+        do
+        {
+            while( next )
+            {
+                QV_STORE *store = static_cast< QV_STORE * >( next->val );
+                ++next;
+                levels.push( next );
+                next = order( store );
+            }
+        } while( levels.pop( &next ) );
+    }
+
+    // The same for one, of which the sub-stores are next.
+    static qv::DictIterator order( QV_STORE *store )
+    {
+        if( store->values != qv___DictEmpty )
+            qv::orderDict( store->values );
+
+        qv::makeAddresses( store );
+        return qv::DictIterator( store->stores, 0 );
+    }
+
+    // The store that the sub-stores lead to that a line begins with. For assertions.
     template< class Unit >
-    static bool comesAfter( Span< Unit > text, QV_DICT *dict )
+    QV_STORE *openedBy( Span< Unit > prefix )
     {
-        return dict->length == 0 || compareText( static_cast< QV_STRING * >( qv::lastDictItem( dict ).key ), text ) < 0;
-    }
+        Line< Unit > line;
+        parseLine( prefix, depth_, line );
+        QV_STORE *store = top_;
 
-    // Whether stores_[level + 1] is the sub-store of stores_[level] at addresses_[level].
-    bool isOpen( QV_INT level )
-    {
-        bool   found;
-        QV_INT idx = level < open_ ? qv::searchDict( stores_[level]->stores, addresses_[level], &found ) : 0;
+        for( QV_INT level = 0; level < line.levels; level++ )
+        {
+            qv::Ref< QV_STRING > address( qvStringCreate() );
 
-        return level < open_ && found && qv::dictItem( stores_[level]->stores, idx ).val == stores_[level + 1];
+            for( const Unit *unit = line.path[level].begin; unit < line.path[level].end; unit++ )
+                qvStringAppendChar( address.at(), *unit );
+
+            bool   found;
+            QV_INT idx = qv::searchDict( store->stores, address, &found );
+            store      = static_cast< QV_STORE * >( qv::dictItem( store->stores, idx ).val );
+        }
+
+        return store;
     }
 
     QV_INT              depth_;
     qv::Ref< QV_STORE > top_;
-    qv::ObjBatch        strings_{ qvStringSort() }; // most of them live as long as the tree
-    Addresses           known_;
+    qv::Texts           addressTexts_;
+    qv::Texts           valueTexts_;
+    Prefixes            prefixes_;
+    qv::ObjBatch        newStores_{ qvStoreSort() };
+    qv::ObjBatch        newTables_{ qvDictSort() };
+    QV_INT              begun_ = 0; // values read since a store got its first one
 
     // The stores that the last lines went down to, each held by the one above it, and their addresses in that. Of the
     // stores the first open_ + 1 count, of the addresses the first open_.
     QV_INT     open_                           = 0;
     QV_STORE  *stores_[QV_STORE_MAX_DEPTH + 1] = {};
     QV_STRING *addresses_[QV_STORE_MAX_DEPTH];
-
-    // The last store made below each level, held by the tree.
-    QV_STORE *made_[QV_STORE_MAX_DEPTH] = {};
 };
 
 Span< QV_CHAR > spanOf( QV_STRING *text )
@@ -498,65 +503,111 @@ Span< QV_CHAR > spanOf( QV_STRING *text )
     return { qv::chars( text ), qv::chars( text ) + text->length };
 }
 
+// Reads a line of characters.
+void readLine( Reader::Text< QV_CHAR > &text, Span< QV_CHAR > line )
+{
+    const QV_CHAR *equals = text.findEquals( line );
+    const QV_CHAR *value  = equals && equals < line.end ? equals + 1 : line.end;
+
+    text.read(
+        Span< QV_CHAR >{ line.begin, value }, Span< QV_CHAR >{ value, line.end },
+        std::find( value, line.end, U'%' ) == line.end );
+}
+
 /* Reading UTF-8 -------------------------------------------------------------------------------------------------- */
 
-// Reads all text up to the first line that is not UTF-8 and gives what is left. Lines of ASCII are read from the bytes
-// as they stand.
+// Memory for the characters of a line, which is used for the next one too.
+class Characters
+{
+public:
+    Characters()                                = default;
+    Characters( const Characters & )            = delete;
+    Characters &operator=( const Characters & ) = delete;
+
+    ~Characters()
+    {
+        qvMemFree( chars_ );
+    }
+
+    // The characters of some bytes; null unless these are UTF-8. A line is as good as the charset finds it: by lengths
+    // and the greatest value, with overlong forms and surrogates.
+    Span< QV_CHAR > decode( const uint8_t *bytes, const uint8_t *end )
+    {
+        if( end - bytes > alloc_ )
+        {
+            alloc_ = 2 * ( end - bytes );
+            qvMemFree( chars_ );
+            chars_ = static_cast< QV_CHAR * >( qvMemAllocN( alloc_, sizeof( QV_CHAR ) ) );
+        }
+
+        qv::utf8::Decoded decoded = qv::utf8::decode( bytes, end, chars_, chars_ + ( end - bytes ) );
+
+        return decoded.in < end ? Span< QV_CHAR >{} : Span< QV_CHAR >{ chars_, decoded.out };
+    }
+
+private:
+    QV_CHAR *chars_ = nullptr;
+    QV_INT   alloc_ = 0;
+};
+
+// Reads all text up to the first line that is not UTF-8 and returns what is left. Lines of ASCII are read from the bytes
+// as they stand, and so are the addresses before other values.
 const uint8_t *readUtf8( Reader &reader, const uint8_t *bytes, const uint8_t *end )
 {
     Reader::Text< uint8_t > ascii( reader );
-    QV_CHAR                *chars = nullptr;
-    QV_INT                  alloc = 0;
-    const uint8_t          *pos   = bytes;
+    Characters              characters;
+    const uint8_t          *pos = bytes;
 
     while( pos < end )
     {
-        const uint8_t *next = static_cast< const uint8_t * >( memchr( pos, '\n', end - pos ) );
+        qv::LineOfBytes line   = qv::findLine( pos, end );
+        const uint8_t  *last   = line.end > pos && line.end[-1] == '\r' ? line.end - 1 : line.end;
+        const uint8_t  *equals = ascii.findEquals( { pos, last } );
+        const uint8_t  *value  = equals ? equals + 1 : last;
+        const uint8_t  *odd    = line.special ? line.special : last;
 
-        if( !next )
-            next = end;
+        while( odd < last && *odd == '%' )
+            odd = std::find_if( odd + 1, last, []( uint8_t byte ) { return qv::isSpecialInLine( byte ); } );
 
-        const uint8_t *last = next > pos && next[-1] == '\r' ? next - 1 : next;
-        unsigned       odd  = 0; // characters beyond ASCII, and further line ends
-
-        for( const uint8_t *at = pos; at < last; at++ )
-            odd |= ( *at & 0x80 ) | ( *at >= '\v' && *at <= '\r' );
-
-        if( !odd )
-            ascii.read( { pos, last } );
+        if( odd >= last )
+        {
+            ascii.read(
+                Span< uint8_t >{ pos, value }, Span< uint8_t >{ value, last }, !line.special || line.special >= last );
+        }
         else
         {
-            if( next - pos > alloc )
-            {
-                alloc = next - pos;
-                chars = static_cast< QV_CHAR * >( qvMemReallocN( chars, alloc, sizeof( QV_CHAR ) ) );
-            }
+            bool            isInValue = odd >= value;
+            Span< QV_CHAR > chars     = characters.decode( isInValue ? value : pos, last );
 
-            // A line is as good as the charset finds it: by lengths and the greatest value, with overlong forms and
-            // surrogates.
-            qv::utf8::Decoded decoded = qv::utf8::decode( pos, next, chars, chars + ( next - pos ) );
-
-            if( decoded.in < next )
+            if( !chars.begin )
                 break;
 
-            const QV_CHAR          *from = chars + ( pos == bytes && *chars == 0xFEFF ? 1 : 0 );
-            const QV_CHAR          *to   = decoded.out;
-            Reader::Text< QV_CHAR > text( reader );
+            const QV_CHAR *lineEnd = std::find_if( chars.begin, chars.end, qv::unicode::isNlf );
 
-            while( from < to )
+            if( isInValue && lineEnd == chars.end )
             {
-                const QV_CHAR *lineEnd = std::find_if( from, to, qv::unicode::isNlf );
-                text.read( { from, lineEnd } );
-                from = lineEnd < to ? lineEnd + 1 : to;
+                ascii.read(
+                    Span< uint8_t >{ pos, value }, chars, std::find( chars.begin, chars.end, U'%' ) == chars.end );
             }
+            else
+            {
+                // Something else than a line feed ends lines in it.
+                chars = characters.decode( pos, last );
 
-            ascii.forget();
+                const QV_CHAR          *from = chars.begin + ( pos == bytes && *chars.begin == 0xFEFF ? 1 : 0 );
+                Reader::Text< QV_CHAR > text( reader );
+
+                while( from < chars.end )
+                {
+                    lineEnd = std::find_if( from, chars.end, qv::unicode::isNlf );
+                    readLine( text, { from, lineEnd } );
+                    from = lineEnd < chars.end ? lineEnd + 1 : chars.end;
+                }
+            }
         }
 
-        pos = next < end ? next + 1 : end;
+        pos = line.end < end ? line.end + 1 : end;
     }
-
-    qvMemFree( chars );
 
     return pos;
 }
@@ -573,7 +624,7 @@ QV_STORE *qv___StoreDecodeFromStringVector( QV_VECTOR *vec, QV_INT depth )
     Reader::Text< QV_CHAR > text( reader );
 
     for( QV_INT i = 0; i < vec->length; i++ )
-        text.read( spanOf( static_cast< QV_STRING * >( qv::objs( vec )[i] ) ) );
+        readLine( text, spanOf( static_cast< QV_STRING * >( qv::objs( vec )[i] ) ) );
 
     return reader.give();
 }
@@ -585,6 +636,15 @@ QV_STORE *qvStoreDecodeFromStringVector( QV_VECTOR *vec )
 
     return qv___StoreDecodeFromStringVector( vec, 0 );
 }
+
+namespace
+{
+// A value without its escapes.
+QV_STRING *textOf( Span< QV_CHAR > value )
+{
+    return value.length() > 0 ? stringToUnescape( value ) : qvStringCreate();
+}
+} // namespace
 
 QV_INT qv___StoreParseLine( QV_STRING *line, QV_STRING **path, QV_STRING **value )
 {
@@ -614,7 +674,7 @@ QV_INT qv___StoreParseLine( QV_STRING *line, QV_STRING **path, QV_STRING **value
     }
 
     if( value )
-        qv::assign( value, isValue ? stringToUnescape( parsed.value, nullptr ) : nullptr );
+        qv::assign( value, isValue ? textOf( parsed.value ) : nullptr );
 
     return parsed.kind;
 }
@@ -646,7 +706,7 @@ QV_STORE *qvStoreTryDecodeFromTextBuffer( QV_BUFFER *buffer )
         while( qv::Ref< QV_STRING > line{ qvLineSourceRead( lineSource ) } )
         {
             Reader::Text< QV_CHAR > text( reader );
-            text.read( spanOf( line ) );
+            readLine( text, spanOf( line ) );
         }
 
         if( qvLineSourceError( lineSource ) )

@@ -15,7 +15,9 @@
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_levels_private.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_slab_private.h"
 #include "qv/sys/qv_utf8_private.h"
+#include "qv/sys/qv_vectors_line_private.h"
 
 #include <string.h>
 #include <type_traits>
@@ -78,16 +80,30 @@ public:
     // A text, which has to be ASCII if the units are bytes: an address.
     void append( QV_STRING *text )
     {
-        const QV_CHAR *chars = qv::chars( text );
-        Unit          *to    = room( text->length );
-
-        for( QV_INT i = 0; i < text->length; i++ )
-        {
-            QV_ASSERT( (std::is_same_v< Unit, QV_CHAR >) || chars[i] < 0x80 );
-            to[i] = static_cast< Unit >( chars[i] );
-        }
-
+        putAddress( room( text->length ), text );
         length_ += text->length;
+    }
+
+    // A line up to its end.
+    void appendLine( const Output &prefix, QV_STRING *address, QV_STRING *value )
+    {
+        Unit *to = room( prefix.length_ + address->length + 1 + value->length );
+
+        qv::copyBytes( to, prefix.units_, prefix.length_ * QV_INT( sizeof( Unit ) ) );
+        to += prefix.length_;
+        putAddress( to, address );
+        to += address->length;
+        *to++   = '=';
+        length_ = to - units_;
+
+        if constexpr( sizeof( Unit ) == 1 )
+            if( qv::narrowPlain( to, qv::chars( value ), value->length ) )
+            {
+                length_ += value->length;
+                return;
+            }
+
+        stringToEscape( value );
     }
 
     // A value with its escapes.
@@ -125,6 +141,14 @@ public:
     }
 
 private:
+    static void putAddress( Unit *to, QV_STRING *address )
+    {
+        if constexpr( sizeof( Unit ) == 1 )
+            qv::narrowAscii( to, qv::chars( address ), address->length );
+        else if( address->length > 0 )
+            memcpy( to, qv::chars( address ), address->length * sizeof( Unit ) );
+    }
+
     // The place of the next units, with room for `count` of them.
     Unit *room( QV_INT count )
     {
@@ -133,11 +157,26 @@ private:
             QV_CHECK( QV_INT_ADD_OK( length_, count ) );
             QV_CHECK( QV_INT_MUL_OK( length_ + count, 2 ) );
 
-            alloc_ = qvIntMax( ( length_ + count ) * 2, 256 );
-            units_ = static_cast< Unit * >( qvMemReallocN( units_, alloc_, sizeof( Unit ) ) );
+            grow( ( length_ + count ) * 2 );
         }
 
         return units_ + length_;
+    }
+
+    // What is large is going to be larger, as a rule: it moves once, to a block that takes memory as it is written.
+    [[gnu::noinline]] void grow( QV_INT units )
+    {
+        if( length_ < LARGE || alloc_ >= LARGEST )
+        {
+            alloc_ = qvIntMax( units, 256 );
+            units_ = static_cast< Unit * >( qvMemReallocN( units_, alloc_, sizeof( Unit ) ) );
+            return;
+        }
+
+        alloc_      = qvIntMax( units, LARGEST );
+        Unit *large = static_cast< Unit * >( qv::allocLarge( alloc_ * QV_INT( sizeof( Unit ) ) ) );
+        memcpy( large, units_, static_cast< size_t >( length_ ) * sizeof( Unit ) );
+        qvMemFree( std::exchange( units_, large ) );
     }
 
     static Unit *escape( Unit *to, QV_CHAR ch )
@@ -162,6 +201,9 @@ private:
         return to;
     }
 
+    static const QV_INT LARGE   = QV_INT( 256 ) << 10;
+    static const QV_INT LARGEST = QV_INT( 16 ) << 20; // from here on it doubles
+
     Unit  *units_  = nullptr;
     QV_INT length_ = 0;
     QV_INT alloc_  = 0;
@@ -171,12 +213,20 @@ private:
 template< class Unit, class EndLine >
 void writeValues( QV_STORE *store, const Output< Unit > &prefix, Output< Unit > &out, const EndLine &endLine )
 {
+    const QV_INT AHEAD = 16; // items
+
+    qv::DictIterator ahead( store->values, AHEAD );
+
     for( const QV___DICT_ITEM &item : qv::dictItems( store->values ) )
     {
-        out.append( prefix );
-        out.append( static_cast< QV_STRING * >( item.key ) );
-        out.put( '=' );
-        out.stringToEscape( static_cast< QV_STRING * >( item.val ) );
+        if( ahead )
+        {
+            qv::fetchString( ahead->key );
+            qv::fetchString( ahead->val );
+            ++ahead;
+        }
+
+        out.appendLine( prefix, static_cast< QV_STRING * >( item.key ), static_cast< QV_STRING * >( item.val ) );
         endLine();
     }
 }
@@ -208,7 +258,7 @@ void writeLines( QV_STORE *store, Output< Unit > &prefix, Output< Unit > &out, c
             prefix.append( static_cast< QV_STRING * >( item.key ) );
             prefix.put( '.' );
 
-            if( sub->addresses->length > 0 )
+            if( qv::addressesOf( sub )->length > 0 )
             {
                 levels.push( at );
                 at = { qv::DictIterator( sub->stores, 0 ), prefix.length() };

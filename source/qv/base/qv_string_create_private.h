@@ -5,7 +5,7 @@
 #define QV_STRING_CREATE_PRIVATE_H
 
 #include "qv/base/qv_string_private.h"
-#include "qv/runtime/qv_obj_private.h"
+#include "qv/runtime/qv_obj_life_private.h"
 
 #include <string.h>
 
@@ -27,7 +27,7 @@ inline QV_STRING *newString( QV_INT count, ObjBatch *batch, QV_INT space )
     QV_INT     places = count + 2 * space;
     QV_INT     home   = places <= MOST_EMBEDDED ? places : 0;
     QV_INT     extra  = home * QV_INT( sizeof( QV_CHAR ) );
-    QV_OBJ    *object = batch ? batch->create( sizeof( QV_STRING ), extra )
+    QV_OBJ    *object = batch ? batch->createInline( sizeof( QV_STRING ), extra )
                               : createWithRoom( sizeof( QV_STRING ), extra, qvStringSort() );
     QV_STRING *qvs    = static_cast< QV_STRING * >( object );
     qvs->initBlock( home, count, { space, space } );

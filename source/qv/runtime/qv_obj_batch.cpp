@@ -3,23 +3,32 @@
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_slab_private.h"
+
+#include <string.h>
 
 namespace
 {
-// Memory that objects share begins with the number of its uses: one for each object, and BATCH_USES for the batch while
-// it adds objects. Since the batch doesn't know how many there will be, that is more than there can be.
-const QV_INT  SHARED_HEAD  = 8;
-const QV_INT  SHARED_SIZE  = 2000;
+// What memory that objects share begins with. Each object is a use of it, and the batch is BATCH_USES while it adds
+// objects: since it doesn't know how many there will be, that is more than there can be.
+struct Shared
+{
+    int32_t uses; // atomic
+    int32_t isInSlab;
+};
+
+const QV_INT  SHARED_SIZE  = qv::SLAB_PART;
 const QV_INT  SHARED_LIMIT = SHARED_SIZE / 4; // larger objects have their own memory
 const int32_t BATCH_USES   = SHARED_SIZE;
-const QV_INT  FEW          = 8;  // so many objects have memory of their own, which allocators have at hand
-const int32_t COUNTED      = 32; // so many objects are counted in at once
+const QV_INT  FEW          = 8;        // so many objects have memory of their own, which allocators have at hand
+const int32_t COUNTED      = 32;       // so many objects are counted in at once
+const QV_INT  MANY         = 16 << 10; // bytes of objects after which memory comes from slabs
 
 static_assert( SHARED_SIZE <= UINT16_MAX, "an object's header holds the distance in two bytes" );
 
-int32_t *usersOf( void *memory )
+Shared *sharedAt( void *memory )
 {
-    return static_cast< int32_t * >( memory );
+    return static_cast< Shared * >( memory );
 }
 } // namespace
 
@@ -27,24 +36,31 @@ int32_t *usersOf( void *memory )
 // then.
 void qv::leaveShared( void *memory, int32_t uses )
 {
-    QV_ASSERT( qv___AtomicLoad32( usersOf( memory ) ) >= uses );
+    Shared *shared = sharedAt( memory );
+    QV_ASSERT( qv___AtomicLoad32( &shared->uses ) >= uses );
 
-    if( qv___AtomicLoad32( usersOf( memory ) ) == uses || qv___AtomicAdd32( usersOf( memory ), -uses ) == 0 )
+    if( qv___AtomicLoad32( &shared->uses ) != uses && qv___AtomicAdd32( &shared->uses, -uses ) != 0 )
+        return;
+
+    if( shared->isInSlab )
+        leaveSlabPart( memory );
+    else
         qvMemFree( memory );
 }
 
-// As much as all objects so far have needed, up to SHARED_SIZE.
+// As much as all objects so far have needed, up to SHARED_SIZE, which is the size of what comes from slabs too.
 void qv::ObjBatch::open( QV_INT bytes )
 {
     close();
 
-    QV_INT size = qvIntMin( SHARED_HEAD + qvIntMax( bytes_, bytes ), SHARED_SIZE );
+    QV_INT size = qvIntMin( QV_INT( sizeof( Shared ) ) + qvIntMax( bytes_, bytes ), SHARED_SIZE );
+    char  *part = bytes_ >= MANY ? static_cast< char * >( takeSlabPart() ) : nullptr;
 
-    memory_             = static_cast< char * >( qvMemAlloc( size ) );
-    next_               = memory_ + SHARED_HEAD;
-    end_                = memory_ + size;
-    users_              = 0;
-    *usersOf( memory_ ) = BATCH_USES;
+    memory_              = part ? part : static_cast< char * >( qvMemAlloc( size ) );
+    next_                = memory_ + sizeof( Shared );
+    end_                 = memory_ + size;
+    users_               = 0;
+    *sharedAt( memory_ ) = { BATCH_USES, part != nullptr };
 }
 
 void qv::ObjBatch::close()
@@ -92,4 +108,73 @@ QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes )
     users_++;
 
     return createObject( at, static_cast< uint16_t >( at - memory_ ), size, sort_, isCounted );
+}
+
+/* Releases ------------------------------------------------------------------------------------------------------- */
+
+// Ends an object that only the caller knows of, unless its end takes more than that of most.
+bool qv::ObjReleases::endLeaf( QV_OBJ *object )
+{
+    QV_SORT       *sort     = object->sort;
+    QV___FREE_FUNC freeFunc = sort->freeFunc;
+
+    if( object->logFirst || object->unique != QV___UNIQUE_INVALID || ( !freeFunc && object->dbgAllocationSize != 0 ) )
+        return false;
+
+    QV_ASSERT( qv___AtomicCompareExchange32( &object->retainCount, 1, 1 ) == 1 );
+    qv___AtomicStoreRelease32( &object->retainCount, 0 );
+
+    if( freeFunc )
+        freeFunc( object );
+
+    QV_ASSERT( object->dbgAllocationSize == 0 );
+
+    if( sort != sort_ || ended_ == COUNTED - 1 )
+        countOutAll();
+
+    sort_ = sort;
+    ended_++;
+
+    uint16_t sharedOffset = object->sharedOffset;
+    char    *memory       = reinterpret_cast< char * >( object ) - sharedOffset;
+    QV_INT   size         = object->dbgObjectSize;
+
+    memset( static_cast< void * >( object ), 0xFF, sizeof( QV_OBJ ) );
+    __asm__ volatile( "" : : "r"( object ) : "memory" ); // the compiler would drop stores to memory that is freed
+
+    if( sharedOffset == 0 )
+    {
+        qvMemFree( memory );
+        return true;
+    }
+
+    poison( object, static_cast< size_t >( size ) ); // though the memory isn't freed yet
+
+    if( memory != memory_ )
+    {
+        if( left_ > 0 )
+            leaveShared( memory_, left_ );
+
+        memory_ = memory;
+        left_   = 0;
+    }
+
+    left_++;
+    return true;
+}
+
+void qv::ObjReleases::countOutAll()
+{
+    if( ended_ > 0 )
+        countOut( sort_, ended_ );
+
+    ended_ = 0;
+}
+
+qv::ObjReleases::~ObjReleases()
+{
+    countOutAll();
+
+    if( left_ > 0 )
+        leaveShared( memory_, left_ );
 }

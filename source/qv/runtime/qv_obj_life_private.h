@@ -74,6 +74,24 @@ __attribute__( ( always_inline ) ) inline QV_OBJ *createObject(
 
     return result;
 }
+
+/** Memory that is shared has room as a rule, and objects to come are counted then, which says that none is listed. */
+inline QV_OBJ *ObjBatch::createInline( QV_INT size, QV_INT extraBytes )
+{
+    QV_INT bytes = ( size + extraBytes + 7 ) & ~QV_INT( 7 );
+
+    if( !memory_ || end_ - next_ < bytes || counted_ == 0 )
+        return create( size, extraBytes );
+
+    QV_ASSERT( !qv___ObjOdbIsEnabled );
+    char *at = next_;
+    next_ += bytes;
+    bytes_ += bytes;
+    users_++;
+    counted_--;
+
+    return createObject( at, static_cast< uint16_t >( at - memory_ ), size, sort_, true );
+}
 } // namespace qv
 
 #endif

@@ -20,7 +20,7 @@ QV_OBJ *createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort );
 
 /** Creates objects of a sort, which may be many and small. Then several of them share memory: an allocation serves
     about ten and is freed with the last of them, so that an object that outlives the others holds two kilobytes at
-    most. The first few, and large ones, have memory of their own. All are objects like any others. A batch is a local
+    most, or some pages where there were so many that the memory comes from slabs. The first few, and large ones, have memory of their own. All are objects like any others. A batch is a local
     variable of one thread; while it lasts, the count of the sort's objects may be up to 31 too high.
 
         qv::ObjBatch batch( qvPointSort() );
@@ -42,6 +42,9 @@ public:
     /** As createWithRoom(). */
     QV_OBJ *create( QV_INT size, QV_INT extraBytes );
 
+    /** The same, inline for the common case: see qv_obj_life_private.h. */
+    QV_OBJ *createInline( QV_INT size, QV_INT extraBytes );
+
 private:
     void open( QV_INT bytes );
     void close();
@@ -54,6 +57,41 @@ private:
     char    *end_     = nullptr;
     int32_t  users_   = 0; // objects in it
     int32_t  counted_ = 0; // objects to come that the sort counts already
+};
+
+/** Releases objects, which may be many and small. What is common to the ends of several is done once: they are counted
+    out of their sort, and leave memory that they share. A local variable of one thread; while it lasts, the count of a
+    sort's objects may be up to 31 too high.
+
+        qv::ObjReleases releases;
+
+        while( more )
+            releases.release( next() ); */
+class ObjReleases
+{
+public:
+    ObjReleases() = default;
+    ~ObjReleases();
+
+    ObjReleases( const ObjReleases & )            = delete;
+    ObjReleases &operator=( const ObjReleases & ) = delete;
+
+    /** Releases an object. `isLeaf` tells that the free function of its sort, if there is one, ends no other objects. */
+    void release( QV_OBJ *object, bool isLeaf )
+    {
+        if( qv___AtomicLoad32( &object->retainCount ) != 1 || !isLeaf || object->isListed
+            || object->type != QV___OBJ_TYPE_OBJECT || !endLeaf( object ) )
+            qv::release( object );
+    }
+
+private:
+    bool endLeaf( QV_OBJ *object );
+    void countOutAll();
+
+    QV_SORT *sort_   = nullptr;
+    int32_t  ended_  = 0;       // objects of the sort that are still to be counted out
+    char    *memory_ = nullptr; // shared memory
+    int32_t  left_   = 0;       // uses of it that are still to end
 };
 
 /** Takes `more` references to an object that may be shared: every borrowed argument may be, at any moment. */
