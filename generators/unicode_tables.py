@@ -23,6 +23,7 @@ CODE_POINTS = 0x110000
 BLOCK_BITS = 7  # that of the header too
 LONGEST_DECOMPOSITION = 18  # that of the header too
 LOOK_CLOSER = 255  # that of the header too; no combining class is as high
+LONGER_MAPPING = 0x8000  # that of the header too; no case mapping is as far away
 
 # In the order of their values.
 CATEGORIES = ( "Cn Lu Ll Lt Lm Lo Mn Mc Me Nd Nl No Pc Pd Ps Pe Pi Pf Po Sm Sc Sk So Zs Zl Zp Cc Cf Cs Co" ).split()
@@ -225,13 +226,17 @@ class Writer:
         self.text.append( "};" )
 
     def table( self, ctype, name, values, comment ):
-        """The two arrays of a property. `values` has the code points whose value is not 0."""
+        """The two arrays of a property. `values` has the code points whose value is not 0. Returns the code points whose
+        values are in the blocks."""
         size = 1 << BLOCK_BITS
         blocks = {}
         first = []
+        points = []
 
         for start in range( 0, CODE_POINTS, size ):
             block = tuple( values.get( ch, 0 ) for ch in range( start, start + size ) )
+            if block not in blocks:
+                points.extend( range( start, start + size ) )
             first.append( blocks.setdefault( block, len( blocks ) ) )
 
         if len( blocks ) > 256:
@@ -243,6 +248,7 @@ class Writer:
 
         self.array( "uint8_t", f"{name}Blocks", first, f"{comment}: the block of a code point." )
         self.array( ctype, name, second, f"{comment}: {len( blocks )} blocks." )
+        return points
 
 
 def pool( mappings, encode ):
@@ -275,17 +281,27 @@ namespace qv::unicode
     out.table( "uint8_t", "decimal", { ch: value + 1 for ch, value in data.decimal.items() }, "Decimal digit, plus 1" )
     out.table( "uint8_t", "script", data.script, "Script" )
 
-    # Case mappings have at most 3 characters: the place in the pool and, in the two topmost bits, the length.
+    # Case mappings have at most 3 characters: the place in the pool and, in the two topmost bits, the length. Where a
+    # character maps to one, the distance is the same with 16 bits, so that nothing but the lowest 16 bits changes.
     cased = ( data.upper, data.lower, data.fold )
     content, places = pool( [ m for each in cased for m in each.values() ], lambda mapping: mapping )
     for name, mappings, comment in zip(
         ( "upper", "lower", "fold" ), cased, ( "Upper case", "Lower case", "Case fold" ) ):
         values = {}
+        distances = {}
         for ch, mapping in mappings.items():
-            if len( mapping ) > 3 or places[mapping] >= 1 << 14:
+            if len( mapping ) > 3 or places[mapping] >= 1 << 14 or mapping == ( ch, ):
                 fail( f"case mapping of {ch:X}" )
             values[ch] = len( mapping ) << 14 | places[mapping]
-        out.table( "uint16_t", name, values, f"{comment}: length in 2 bits, place in the pool" )
+            distances[ch] = ( mapping[0] - ch ) & 0xFFFF if len( mapping ) == 1 else LONGER_MAPPING
+            if len( mapping ) == 1 and ( distances[ch] == LONGER_MAPPING or mapping[0] >> 16 != ch >> 16 ):
+                fail( f"distance of {ch:X}" )
+        blocks = out.table( "uint16_t", name, values, f"{comment}: length in 2 bits, place in the pool" )
+        if not distances.keys() <= set( blocks ):
+            fail( f"{name}: characters share a block that have no common distances" )
+        out.array(
+            "uint16_t", f"{name}Distances", [ distances.get( ch, 0 ) for ch in blocks ],
+            f"{comment}: the distance to the mapping, in the same blocks." )
     out.array( "QV_CHAR", "caseMappings", content, "Pool of the case mappings." )
 
     # In front of a decomposition stands its type, times 256, plus its length.

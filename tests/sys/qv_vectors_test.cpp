@@ -10,6 +10,7 @@
 #include "qv/io/qv_nlf_line_source.h"
 #include "qv/io/qv_string_char_source.h"
 #include "qv/sys/qv_vectors_private.h"
+#include "qv/unicode/qv_unicode_db_private.h"
 
 #include <random>
 
@@ -139,6 +140,41 @@ TEST( Vectors, EveryKernelGivesTheSame )
             }
         }
     }
+
+    qv___VectorsForceKernel( -1 );
+}
+
+// Each character beside its neighbours, and with ASCII and characters without case between.
+TEST( Vectors, CasesAreThoseOfEachCharacter )
+{
+    typedef const QV_CHAR *( *LookUp )( QV_CHAR, QV_INT * );
+    const std::pair< Change, LookUp > CASES[] = {
+        { qvStringToUpper, qv___UnicodeUpperCaseDbLookup },
+        { qvStringToLower, qv___UnicodeLowerCaseDbLookup },
+        { qvStringToCaseFold, qv___UnicodeCaseFoldDbLookup } };
+
+    for( QV_INT kernel : { PLAIN, VECTORS_32 } )
+        for( const auto &[change, lookUp] : CASES )
+            for( char32_t first = 0; first < 0x110000 && !HasFailure(); first += 0x800 )
+            {
+                std::u32string values, mapped;
+
+                for( char32_t ch = first; ch < first + 0x800; ch++ )
+                    values += ch % 32 < 24 ? std::u32string( 1, ch ) : U"A\u4E00"[ch % 2] + std::u32string( 1, ch );
+
+                for( char32_t ch : values )
+                {
+                    QV_INT         length  = 0;
+                    const QV_CHAR *mapping = lookUp( ch, &length );
+                    mapped +=
+                        mapping ? std::u32string( mapping, static_cast< size_t >( length ) ) : std::u32string( 1, ch );
+                }
+
+                qv___VectorsForceKernel( kernel );
+                Ref< QV_STRING > changed = text( values );
+                change( changed.at() );
+                EXPECT_TRUE( mapped == chars( changed ) ) << uint32_t( first );
+            }
 
     qv___VectorsForceKernel( -1 );
 }

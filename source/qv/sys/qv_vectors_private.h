@@ -186,9 +186,11 @@ inline QV_INT groupsBelow( const QV_CHAR *chs, QV_INT count, QV_CHAR limit )
     return i;
 }
 
-/** How many characters in whole groups of eight an array begins with that are all in one of the ranges. */
+/** How many characters in whole groups of eight an array begins with that are all in one of the ranges. They are copied
+    to `to`, unless that is null. */
 template< QV_INT COUNT >
-inline QV_INT groupsIn( const QV_CHAR *chs, QV_INT count, const vectors::Range ( &ranges )[COUNT] )
+inline QV_INT groupsIn(
+    const QV_CHAR *chs, QV_INT count, const vectors::Range ( &ranges )[COUNT], QV_CHAR *to = nullptr )
 {
     QV_INT i = 0;
 
@@ -197,16 +199,23 @@ inline QV_INT groupsIn( const QV_CHAR *chs, QV_INT count, const vectors::Range (
     {
         for( ; i + 8 <= count; i += 8 )
         {
+            vectors::Four       first = vectors::load( chs + i ), second = vectors::load( chs + i + 4 );
             vectors::FourSigned a = {}, b = {};
 
             for( vectors::Range range : ranges )
             {
-                a |= vectors::isIn( vectors::load( chs + i ), range );
-                b |= vectors::isIn( vectors::load( chs + i + 4 ), range );
+                a |= vectors::isIn( first, range );
+                b |= vectors::isIn( second, range );
             }
 
             if( vectors::anyTopBit( ~( a & b ) ) )
                 break;
+
+            if( to )
+            {
+                vectors::store( to + i, first );
+                vectors::store( to + i + 4, second );
+            }
         }
 
         return i;
@@ -214,6 +223,7 @@ inline QV_INT groupsIn( const QV_CHAR *chs, QV_INT count, const vectors::Range (
 #endif
 
     for( ; i + 8 <= count; i += 8 )
+    {
         for( QV_INT k = i; k < i + 8; k++ )
         {
             bool isIn = false;
@@ -224,6 +234,10 @@ inline QV_INT groupsIn( const QV_CHAR *chs, QV_INT count, const vectors::Range (
             if( !isIn )
                 return i;
         }
+
+        for( QV_INT k = i; to && k < i + 8; k++ )
+            to[k] = chs[k];
+    }
 
     return i;
 }
@@ -280,7 +294,7 @@ inline void narrowAscii( uint8_t *to, const QV_CHAR *chs, QV_INT count )
         to[i] = static_cast< uint8_t >( chs[i] );
 }
 
-/** Copies the ASCII that an array begins with, in whole groups of four, with the other case for the 26 letters from
+/** Copies the ASCII that an array begins with, in whole groups of eight, with the other case for the 26 letters from
     `first` on, which is U'A' or U'a'. Returns the number of characters. */
 inline QV_INT swapLeadingAsciiCase( const QV_CHAR *chs, QV_INT count, QV_CHAR first, QV_CHAR *to )
 {
@@ -289,26 +303,82 @@ inline QV_INT swapLeadingAsciiCase( const QV_CHAR *chs, QV_INT count, QV_CHAR fi
 #if QV___VECTORS_16
     if( vectors::has16() )
     {
-        for( ; i + 4 <= count; i += 4 )
-        {
-            vectors::Four four = vectors::load( chs + i );
+        auto swapped = [=]( vectors::Four four )
+        { return four ^ ( (vectors::Four)vectors::isIn( four, { first, first + 26 } ) & 0x20 ); };
 
-            if( vectors::anyTopBit( vectors::atLeast( four, 0x80 ) ) )
+        for( ; i + 8 <= count; i += 8 )
+        {
+            vectors::Four a = vectors::load( chs + i );
+            vectors::Four b = vectors::load( chs + i + 4 );
+
+            if( vectors::anyTopBit( vectors::atLeast( a | b, 0x80 ) ) )
                 break;
 
-            vectors::FourSigned changes = vectors::isIn( four, { first, first + 26 } );
-            vectors::store( to + i, four ^ ( (vectors::Four)changes & 0x20 ) );
+            vectors::store( to + i, swapped( a ) );
+            vectors::store( to + i + 4, swapped( b ) );
         }
 
         return i;
     }
 #endif
 
-    for( ; i + 4 <= count && ( chs[i] | chs[i + 1] | chs[i + 2] | chs[i + 3] ) < 0x80; i += 4 )
-        for( QV_INT k = i; k < i + 4; k++ )
+    for( ; i + 8 <= count; i += 8 )
+    {
+        QV_CHAR all = 0;
+
+        for( QV_INT k = i; k < i + 8; k++ )
+            all |= chs[k];
+
+        if( all >= 0x80 )
+            break;
+
+        for( QV_INT k = i; k < i + 8; k++ )
             to[k] = chs[k] - first < 26 ? chs[k] ^ 0x20 : chs[k];
+    }
 
     return i;
+}
+
+/** A character whose lowest 16 bits have grown by a value, modulo 2^16. */
+inline QV_CHAR addLow( QV_CHAR ch, uint16_t value )
+{
+    return ( ch & ~0xFFFFu ) | ( ( ch + value ) & 0xFFFF );
+}
+
+/** Writes eight characters whose lowest 16 bits have grown by what `valueOf` returns for them as uint16_t, modulo 2^16.
+    False if one of the values is `none`; then nothing is written. */
+template< class ValueOf >
+inline bool addToEight( const QV_CHAR *chs, ValueOf valueOf, uint16_t none, QV_CHAR *to )
+{
+#if QV___VECTORS_16
+    if( vectors::has16() )
+    {
+        auto valuesOf = [=]( const QV_CHAR *four )
+        { return vectors::Four{ valueOf( four[0] ), valueOf( four[1] ), valueOf( four[2] ), valueOf( four[3] ) }; };
+
+        auto added = []( const QV_CHAR *four, vectors::Four values )
+        { return (vectors::Four)_mm_add_epi16( (__m128i)vectors::load( four ), (__m128i)values ); };
+
+        vectors::Four low  = valuesOf( chs );
+        vectors::Four high = valuesOf( chs + 4 );
+
+        if( vectors::anyTopBit( ( low == none ) | ( high == none ) ) )
+            return false;
+
+        vectors::store( to, added( chs, low ) );
+        vectors::store( to + 4, added( chs + 4, high ) );
+        return true;
+    }
+#endif
+
+    for( int k = 0; k < 8; k++ )
+        if( valueOf( chs[k] ) == none )
+            return false;
+
+    for( int k = 0; k < 8; k++ )
+        to[k] = addLow( chs[k], valueOf( chs[k] ) );
+
+    return true;
 }
 
 /** Makes a number of eight characters below 0x110000 that orders as they do: each plus 1 as a byte, the first one most

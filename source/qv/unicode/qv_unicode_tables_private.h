@@ -19,6 +19,7 @@ extern const uint8_t  decimalBlocks[], decimal[];
 extern const uint8_t  scriptBlocks[], script[];
 extern const uint8_t  upperBlocks[], lowerBlocks[], foldBlocks[];
 extern const uint16_t upper[], lower[], fold[];
+extern const uint16_t upperDistances[], lowerDistances[], foldDistances[];
 extern const QV_CHAR  caseMappings[];
 extern const uint8_t  decompositionBlocks[];
 extern const uint16_t decomposition[];
@@ -51,6 +52,10 @@ struct Mapping
     const QV_CHAR *chars;
     QV_INT         length;
 };
+
+/** What the tables of distances have for a character that maps to more than one. For all others they have what its
+    lowest 16 bits grow by, modulo 2^16; the bits above stay. */
+const uint16_t LONGER_MAPPING = 0x8000;
 
 /** The mapping for a value of the tables of cases: the length in the upper two bits, the place of the mapping below. */
 inline Mapping caseMapping( uint16_t value )
