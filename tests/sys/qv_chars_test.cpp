@@ -20,7 +20,7 @@ const char32_t GUARD = 0xABCDEF01;
 template< class Body >
 void onEachKernel( Body body )
 {
-    for( QV_INT kernel : { PLAIN, VECTORS_16, VECTORS_32 } )
+    for( QV_INT kernel : { PLAIN, VECTORS_16, VECTORS_32, VECTORS_64 } )
         if( SCOPED_TRACE( kernel ); qv___VectorsForceKernel( kernel ) == kernel )
             body();
 

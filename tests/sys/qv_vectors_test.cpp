@@ -130,7 +130,7 @@ TEST( Vectors, EveryKernelGivesTheSame )
         qv___VectorsForceKernel( PLAIN );
         std::string plain = madeOf( values, random );
 
-        for( QV_INT kernel : { VECTORS_16, VECTORS_32 } )
+        for( QV_INT kernel : { VECTORS_16, VECTORS_32, VECTORS_64 } )
         {
             SCOPED_TRACE( kernel );
 

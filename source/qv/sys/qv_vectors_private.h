@@ -33,6 +33,7 @@ namespace qv::vectors
 const QV_INT PLAIN      = 0;
 const QV_INT VECTORS_16 = 1; /**< vectors of 16 bytes, which every processor of the architecture has */
 const QV_INT VECTORS_32 = 2; /**< vectors of 32 bytes, and gathering of bits that is fast */
+const QV_INT VECTORS_64 = 3; /**< vectors of 64 bytes, with masks and with instructions that move bytes together */
 
 /** The form that runs, or UNDECIDED until a kernel asks for vectors of 32 bytes. */
 extern __attribute__( ( visibility( "hidden" ) ) ) int32_t current;
@@ -48,12 +49,24 @@ inline bool has16()
     return QV___VECTORS_16 && __atomic_load_n( &current, __ATOMIC_RELAXED ) != PLAIN;
 }
 
-/** True when vectors of 32 bytes are used. */
-inline bool has32()
+/** The form that runs. */
+inline int32_t form()
 {
     int32_t kernel = __atomic_load_n( &current, __ATOMIC_RELAXED );
 
-    return ( kernel == UNDECIDED ? decide() : kernel ) == VECTORS_32;
+    return kernel == UNDECIDED ? decide() : kernel;
+}
+
+/** True when vectors of 32 bytes are used. */
+inline bool has32()
+{
+    return form() >= VECTORS_32;
+}
+
+/** True when vectors of 64 bytes are used. */
+inline bool has64()
+{
+    return form() == VECTORS_64;
 }
 
 /** Characters from `first` up to `end`, without that. */
