@@ -71,6 +71,15 @@ std::string madeOf( const std::u32string &values, std::mt19937 random )
     for( QV_INT charset : { QV_CHARSET_MSFT_CP1252, QV_CHARSET_KOI_8R, QV_CHARSET_MSFT_CP037, QV_CHARSET_UTF_8 } )
         made += bytes( Ref< QV_BUFFER >( qvCharsetStringToBuffer( charset, whole ) ) );
 
+    // Bytes of one, most of them the characters' lowest ones; not all sets have characters for all.
+    std::string any( values.begin(), values.end() );
+
+    for( QV_INT charset : { QV_CHARSET_ISO_8859_1, QV_CHARSET_MSFT_CP1252, QV_CHARSET_MSFT_CP1255, QV_CHARSET_KOI_8R } )
+    {
+        Ref< QV_STRING > decoded( qvCharsetBufferToString( charset, buffer( any + any ) ) );
+        made += utf8( decoded );
+    }
+
     // Searches for pieces of the text, and keys that begin alike and then differ.
     Ref< QV_DICT > dict( qvDictCreate() );
 

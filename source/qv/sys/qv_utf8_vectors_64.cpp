@@ -43,26 +43,14 @@ struct Places
         return all;
     }
 
-    // Groups of four such that unpacking twice puts all of them in order.
-    static constexpr Places unpackable()
-    {
-        Places all{};
-
-        for( int i = 0; i < 64; i++ )
-            all.places[i] = static_cast< uint8_t >( i / 16 * 4 + i / 4 % 4 * 16 + i % 4 );
-
-        return all;
-    }
-
     alignas( 64 ) uint8_t places[64];
 };
 
 constexpr Places BACK[] = { Places::shifted( 0 ), Places::shifted( 1 ), Places::shifted( 2 ), Places::shifted( 3 ) };
-constexpr Places UNPACKABLE = Places::unpackable();
-
-KERNEL inline __m512i permuted( const Places &places, __m512i bytes )
+// Bytes in such an order that unpacking them twice puts them into the one that they had.
+KERNEL inline __m512i unpackable( __m512i bytes )
 {
-    return _mm512_permutexvar_epi8( _mm512_load_si512( places.places ), bytes );
+    return _mm512_permutexvar_epi32( _mm512_setr_epi32( 0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15 ), bytes );
 }
 
 // For each character that ends in a block the byte `back` places before its last one, or 0 for those that have less;
@@ -70,7 +58,7 @@ KERNEL inline __m512i permuted( const Places &places, __m512i bytes )
 KERNEL inline __m512i bytesBefore( __m512i bytes, int back, uint64_t follow, uint64_t ends )
 {
     __m512i there = _mm512_maskz_permutexvar_epi8( follow, _mm512_load_si512( BACK[back].places ), bytes );
-    return permuted( UNPACKABLE, _mm512_maskz_compress_epi8( ends, there ) );
+    return unpackable( _mm512_maskz_compress_epi8( ends, there ) );
 }
 
 // Writes the characters of a vector, or the first ones if `count` is less.

@@ -76,6 +76,13 @@ struct Range
     QV_CHAR end;
 };
 
+/** The characters of 256 bytes, all below 0x10000, as their lower and their upper halves; 0xFFFF for a byte without. */
+struct ByteChars
+{
+    uint8_t low[256];
+    uint8_t high[256];
+};
+
 #if QV___VECTORS_16
 /** Four characters. Arithmetic wraps around. A comparison returns all ones for true and 0 for false. */
 typedef uint32_t Four __attribute__( ( vector_size( 16 ) ) );
@@ -430,6 +437,43 @@ inline bool digestEight( const QV_CHAR *chs, uint8_t highest, uint64_t *number )
 
     *number = digest;
     return true;
+}
+
+/** Decodes bytes by a table of their characters, up to 64 before one that has none, and returns how many. With the
+    vectors of 64 bytes; without them it returns 0. */
+QV_INT decodeBytes64( const vectors::ByteChars &chars, const uint8_t *bytes, QV_INT count, QV_CHAR *to );
+
+/** Decodes the bytes that an array begins with that are their own characters, which all but those from `first` up to
+    `end` are, in whole groups of 16. Returns how many. */
+inline QV_INT widenOutside( const uint8_t *bytes, QV_INT count, uint8_t first, int end, QV_CHAR *to )
+{
+    QV_INT i = 0;
+
+#if QV___VECTORS_16
+    if( vectors::has16() )
+    {
+        const __m128i start = _mm_set1_epi8( static_cast< char >( first ) );
+        const __m128i range = _mm_set1_epi8( static_cast< char >( end - first - 1 ) );
+        const __m128i zero  = _mm_setzero_si128();
+
+        for( ; end > first && i + 16 <= count; i += 16 )
+        {
+            __m128i in   = _mm_loadu_si128( reinterpret_cast< const __m128i * >( bytes + i ) );
+            __m128i from = _mm_sub_epi8( in, start );
+
+            if( _mm_movemask_epi8( _mm_cmpeq_epi8( _mm_max_epu8( from, range ), range ) ) != 0 )
+                break;
+
+            __m128i low = _mm_unpacklo_epi8( in, zero ), high = _mm_unpackhi_epi8( in, zero );
+            vectors::store( to + i, (vectors::Four)_mm_unpacklo_epi16( low, zero ) );
+            vectors::store( to + i + 4, (vectors::Four)_mm_unpackhi_epi16( low, zero ) );
+            vectors::store( to + i + 8, (vectors::Four)_mm_unpacklo_epi16( high, zero ) );
+            vectors::store( to + i + 12, (vectors::Four)_mm_unpackhi_epi16( high, zero ) );
+        }
+    }
+#endif
+
+    return i;
 }
 
 /* Finding -------------------------------------------------------------------------------------------------------- */
