@@ -285,6 +285,33 @@ inline QV_INT asciiLength( const QV_CHAR *chs, QV_INT count )
     return i;
 }
 
+/** How many characters an array begins with that are the ASCII of as many bytes. */
+inline QV_INT equalAsciiLength( const QV_CHAR *chs, const uint8_t *bytes, QV_INT count )
+{
+    QV_INT i = 0;
+
+#if QV___VECTORS_16
+    if( vectors::has16() )
+    {
+        for( ; i + 8 <= count; i += 8 )
+        {
+            // What doesn't fit a byte becomes the largest one, which is no ASCII.
+            __m128i words = _mm_packs_epi32( (__m128i)vectors::load( chs + i ), (__m128i)vectors::load( chs + i + 4 ) );
+            __m128i ascii = _mm_loadl_epi64( reinterpret_cast< const __m128i * >( bytes + i ) );
+            __m128i equal = _mm_cmpeq_epi8( _mm_packus_epi16( words, words ), ascii );
+
+            if( ( _mm_movemask_epi8( _mm_andnot_si128( ascii, equal ) ) & 0xFF ) != 0xFF )
+                break;
+        }
+    }
+#endif
+
+    while( i < count && bytes[i] < 0x80 && chs[i] == bytes[i] )
+        i++;
+
+    return i;
+}
+
 /* Narrow, map, digest --------------------------------------------------------------------------------------------- */
 
 /** Writes ASCII characters as bytes. */
