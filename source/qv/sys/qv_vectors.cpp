@@ -187,6 +187,9 @@ QV_INT qv::findLastChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *s
 
 QV_INT qv::findLineEnd( const QV_CHAR *chs, QV_INT offset, QV_INT length )
 {
+    if( has64() )
+        return findLineEnd64( chs, offset, length );
+
 #if QV___VECTORS_16
     // Nearly all characters of a text are passed over here, eight at a time.
     if( has16() )

@@ -155,7 +155,32 @@ KERNEL QV_INT qv::orderedGroups64(
     return i;
 }
 
+KERNEL QV_INT qv::findLineEnd64( const QV_CHAR *chs, QV_INT offset, QV_INT length )
+{
+    for( ; offset < length; offset += 16 )
+    {
+        QV_INT    count  = length - offset < 16 ? length - offset : 16;
+        __mmask16 loaded = static_cast< __mmask16 >( _bzhi_u32( 0xFFFF, static_cast< unsigned >( count ) ) );
+        __m512i   in     = _mm512_maskz_loadu_epi32( loaded, chs + offset );
+        __m512i   more   = _mm512_sub_epi32( in, repeat( U'\n' ) );
+        __m512i   even   = _mm512_and_si512( in, repeat( ~1u ) );
+        unsigned  ends   = _mm512_cmple_epu32_mask( more, repeat( U'\r' - U'\n' ) )
+                        | _mm512_cmpeq_epi32_mask( in, repeat( 0x85 ) )
+                        | _mm512_cmpeq_epi32_mask( even, repeat( 0x2028 ) );
+
+        if( ends )
+            return offset + __builtin_ctz( ends );
+    }
+
+    return length;
+}
+
 #else
+
+QV_INT qv::findLineEnd64( const QV_CHAR *, QV_INT, QV_INT length )
+{
+    return length;
+}
 
 QV_INT qv::orderedGroups64( const QV_CHAR *, QV_INT, const uint8_t *, const uint8_t *, uint32_t * )
 {

@@ -526,6 +526,9 @@ QV_INT findLastChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, 
 
 /** The first index from `offset` on of a character that ends a line in some newline form, or `length`. */
 QV_INT findLineEnd( const QV_CHAR *chs, QV_INT offset, QV_INT length );
+
+/** The same with the vectors of 64 bytes, which are there. */
+QV_INT findLineEnd64( const QV_CHAR *chs, QV_INT offset, QV_INT length );
 } // namespace qv
 
 #endif
