@@ -1,10 +1,5 @@
-#include "qv/sys/qv_cpu_private.h"
 #include "qv/sys/qv_utf8_private.h"
-
-#ifdef QV___CPU_FEATURES
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized" // what the header leaves so on purpose
-#include <immintrin.h>
-#endif
+#include "qv/sys/qv_vectors_64_private.h"
 
 using namespace qv::utf8;
 
@@ -14,21 +9,10 @@ using namespace qv::utf8;
 
 #ifdef QV___CPU_FEATURES
 
-#define KERNEL __attribute__( ( target( "avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt" ) ) )
+using namespace qv::vectors;
 
 namespace
 {
-// The lowest bits, so many.
-KERNEL inline uint64_t lowest( QV_INT count )
-{
-    return _bzhi_u64( ~UINT64_C( 0 ), static_cast< unsigned >( count ) );
-}
-
-KERNEL inline __m512i four( uint32_t value )
-{
-    return _mm512_set1_epi32( static_cast< int >( value ) );
-}
-
 // Which byte of a vector comes to each place of another.
 struct Places
 {
@@ -47,31 +31,17 @@ struct Places
 };
 
 constexpr Places BACK[] = { Places::shifted( 0 ), Places::shifted( 1 ), Places::shifted( 2 ), Places::shifted( 3 ) };
-// Bytes in such an order that unpacking them twice puts them into the one that they had.
-KERNEL inline __m512i unpackable( __m512i bytes )
-{
-    return _mm512_permutexvar_epi32( _mm512_setr_epi32( 0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15 ), bytes );
-}
 
 // For each character that ends in a block the byte `back` places before its last one, or 0 for those that have less;
 // `follow` tells which last bytes have so many before them.
-KERNEL inline __m512i bytesBefore( __m512i bytes, int back, uint64_t follow, uint64_t ends )
+QV___KERNEL_64 inline __m512i bytesBefore( __m512i bytes, int back, uint64_t follow, uint64_t ends )
 {
     __m512i there = _mm512_maskz_permutexvar_epi8( follow, _mm512_load_si512( BACK[back].places ), bytes );
     return unpackable( _mm512_maskz_compress_epi8( ends, there ) );
 }
 
-// Writes the characters of a vector, or the first ones if `count` is less.
-KERNEL inline void store( QV_CHAR *to, __m512i chars, QV_INT count )
-{
-    if( count >= 16 ) // masks make a store slower
-        _mm512_storeu_si512( to, chars );
-    else
-        _mm512_mask_storeu_epi32( to, static_cast< __mmask16 >( lowest( count ) ), chars );
-}
-
-// Decodes the ASCII that bytes begin with, up to 16 at a time; returns how many.
-KERNEL inline QV_INT decodeAscii( const uint8_t *in, const uint8_t *inEnd, QV_CHAR *out, const QV_CHAR *outEnd )
+// Decodes the ASCII that bytes begin with, in groups of 16, of which the last one may be shorter. Returns how many.
+QV___KERNEL_64 inline QV_INT decodeAscii( const uint8_t *in, const uint8_t *inEnd, QV_CHAR *out, const QV_CHAR *outEnd )
 {
     QV_INT room = inEnd - in < outEnd - out ? inEnd - in : outEnd - out;
     QV_INT done = 0;
@@ -96,7 +66,7 @@ KERNEL inline QV_INT decodeAscii( const uint8_t *in, const uint8_t *inEnd, QV_CH
         if( _mm_movemask_epi8( part ) != 0 )
             break;
 
-        store( out + done, _mm512_cvtepu8_epi32( part ), count );
+        store16( out + done, _mm512_cvtepu8_epi32( part ), count );
         done += count;
     }
 
@@ -104,7 +74,7 @@ KERNEL inline QV_INT decodeAscii( const uint8_t *in, const uint8_t *inEnd, QV_CH
 }
 
 // Writes the bytes of a vector that the bits of `kept` tell, `size` of them, one after the other.
-KERNEL inline void storeKept( uint8_t *to, __m512i bytes, uint64_t kept, QV_INT size )
+QV___KERNEL_64 inline void storeKept( uint8_t *to, __m512i bytes, uint64_t kept, QV_INT size )
 {
     _mm512_mask_storeu_epi8( to, lowest( size ), _mm512_maskz_compress_epi8( kept, bytes ) );
 }
@@ -112,7 +82,7 @@ KERNEL inline void storeKept( uint8_t *to, __m512i bytes, uint64_t kept, QV_INT 
 
 // Decodes the characters that end in a block of 61 bytes; the three bytes before it are loaded with it, for what began
 // there. So the next block does not wait for this one. The load of bytes before the first is masked out.
-KERNEL void qv::utf8::decodeBlocks64( Decoded &done, const uint8_t *inEnd, const QV_CHAR *outEnd )
+QV___KERNEL_64 void qv::utf8::decodeBlocks64( Decoded &done, const uint8_t *inEnd, const QV_CHAR *outEnd )
 {
     const QV_INT BEFORE = LONGEST - 1, BLOCK = 64 - BEFORE;
 
@@ -158,7 +128,7 @@ KERNEL void qv::utf8::decodeBlocks64( Decoded &done, const uint8_t *inEnd, const
         __m512i bits  = _mm512_and_si512( bytes, _mm512_shuffle_epi8( masks, kinds ) );
 
         // The lower 12 bits of all characters in lanes of two bytes, and the upper ones where there are any.
-        const __m512i pair  = four( 0x40014001 );
+        const __m512i pair  = repeat16( 0x40014001 );
         __m512i       last  = bytesBefore( bits, 0, ~UINT64_C( 0 ), ends );
         __m512i       third = bytesBefore( bits, 1, follow, ends );
         __m512i       low   = _mm512_maddubs_epi16( _mm512_unpacklo_epi8( last, third ), pair );
@@ -180,7 +150,7 @@ KERNEL void qv::utf8::decodeBlocks64( Decoded &done, const uint8_t *inEnd, const
             __m512i       first   = lead4 ? bytesBefore( bits, 3, follow2 & follow << 2, ends ) : zero;
             __m512i       upLow   = _mm512_maddubs_epi16( _mm512_unpacklo_epi8( second, first ), pair );
             __m512i       upHigh  = _mm512_maddubs_epi16( _mm512_unpackhi_epi8( second, first ), pair );
-            const __m512i weights = four( 0x10000001 );
+            const __m512i weights = repeat16( 0x10000001 );
 
             parts[0] = _mm512_madd_epi16( _mm512_unpacklo_epi16( low, upLow ), weights );
             parts[1] = _mm512_madd_epi16( _mm512_unpackhi_epi16( low, upLow ), weights );
@@ -189,7 +159,7 @@ KERNEL void qv::utf8::decodeBlocks64( Decoded &done, const uint8_t *inEnd, const
         }
 
         for( int k = 0; k < 4 && 16 * k < chars; k++ )
-            store( out + 16 * k, parts[k], chars - 16 * k );
+            store16( out + 16 * k, parts[k], chars - 16 * k );
 
         seen = lowest( BEFORE );
         in += count;
@@ -207,7 +177,7 @@ KERNEL void qv::utf8::decodeBlocks64( Decoded &done, const uint8_t *inEnd, const
     done = { in, out };
 }
 
-KERNEL void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEnd, const uint8_t *outEnd )
+QV___KERNEL_64 void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEnd, const uint8_t *outEnd )
 {
     // The bytes of a character by their places in its lane.
     const uint64_t LAST = UINT64_C( 0x8888888888888888 ), THIRD = LAST >> 1, SECOND = LAST >> 2, FIRST = LAST >> 3;
@@ -224,7 +194,7 @@ KERNEL void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEnd, const
         __m512i b     = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( lowest( count - half ) ), in + half );
         __m512i both  = _mm512_or_si512( a, b );
 
-        if( _mm512_test_epi32_mask( both, four( ~0x7Fu ) ) == 0 )
+        if( _mm512_test_epi32_mask( both, repeat16( ~0x7Fu ) ) == 0 )
         {
             if( outEnd - to < count )
                 break;
@@ -236,7 +206,7 @@ KERNEL void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEnd, const
             continue;
         }
 
-        if( _mm512_test_epi32_mask( both, four( ~0x7FFu ) ) == 0 )
+        if( _mm512_test_epi32_mask( both, repeat16( ~0x7FFu ) ) == 0 )
         {
             // One or two bytes each, in lanes of two, the first one lower.
             __m512i chars = _mm512_inserti64x4(
@@ -257,21 +227,21 @@ KERNEL void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEnd, const
             continue;
         }
 
-        if( _mm512_cmpge_epu32_mask( a, four( 0x110000 ) ) != 0 )
+        if( _mm512_cmpge_epu32_mask( a, repeat16( 0x110000 ) ) != 0 )
             break;
 
         // The bytes in lanes of four, the last one highest, with the marks that the length demands.
-        __mmask16 two    = _mm512_cmpge_epu32_mask( a, four( 0x80 ) );
-        __mmask16 three  = _mm512_cmpge_epu32_mask( a, four( 0x800 ) );
-        __mmask16 isFour = _mm512_cmpge_epu32_mask( a, four( 0x10000 ) );
+        __mmask16 two    = _mm512_cmpge_epu32_mask( a, repeat16( 0x80 ) );
+        __mmask16 three  = _mm512_cmpge_epu32_mask( a, repeat16( 0x800 ) );
+        __mmask16 isFour = _mm512_cmpge_epu32_mask( a, repeat16( 0x10000 ) );
 
-        __m512i marks = _mm512_maskz_mov_epi32( two, four( 0x80C00000 ) );
-        marks         = _mm512_mask_mov_epi32( marks, three, four( 0x8080E000 ) );
-        marks         = _mm512_mask_mov_epi32( marks, isFour, four( 0x808080F0 ) );
+        __m512i marks = _mm512_maskz_mov_epi32( two, repeat16( 0x80C00000 ) );
+        marks         = _mm512_mask_mov_epi32( marks, three, repeat16( 0x8080E000 ) );
+        marks         = _mm512_mask_mov_epi32( marks, isFour, repeat16( 0x808080F0 ) );
 
-        __m512i last   = _mm512_slli_epi32( _mm512_mask_and_epi32( a, two, a, four( 0x3F ) ), 24 );
-        __m512i second = _mm512_and_si512( _mm512_slli_epi32( a, 10 ), four( 0x3F0000 ) );
-        __m512i third  = _mm512_and_si512( _mm512_srli_epi32( a, 4 ), four( 0x3F00 ) );
+        __m512i last   = _mm512_slli_epi32( _mm512_mask_and_epi32( a, two, a, repeat16( 0x3F ) ), 24 );
+        __m512i second = _mm512_and_si512( _mm512_slli_epi32( a, 10 ), repeat16( 0x3F0000 ) );
+        __m512i third  = _mm512_and_si512( _mm512_srli_epi32( a, 4 ), repeat16( 0x3F00 ) );
         __m512i fourth = _mm512_srli_epi32( a, 18 );
         __m512i bytes  = _mm512_or_si512( _mm512_or_si512( last, second ), _mm512_or_si512( third, fourth ) );
 
@@ -289,8 +259,6 @@ KERNEL void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEnd, const
 
     done = { in, to };
 }
-
-#undef KERNEL
 
 #else
 

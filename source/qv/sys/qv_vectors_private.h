@@ -4,7 +4,8 @@
 
     Vectors are used here and by the UTF-8 kernels (qv_utf8_private.h) and nowhere else. Every kernel has a plain form,
     which is the only one in builds without vectors (the CMake option MORVANE_VECTORS) and for other processors, and the
-    model that tests hold the others against: all forms give the same and read and write the same memory.
+    model that tests hold the others against: all forms give the same and read and write the same memory. The kernels for
+    vectors of 64 bytes do what they can; where the machine has none they leave all to their callers.
 
     The kernels have no state but the choice of the form, so any thread may call them, before start-up too. They take
     arrays of any alignment and read nothing outside of them. What is short as a rule is inline. */
