@@ -23,6 +23,7 @@ CODE_POINTS = 0x110000
 BLOCK_BITS = 7  # that of the header too
 LONGEST_DECOMPOSITION = 18  # that of the header too
 LOOK_CLOSER = 255  # that of the header too; no combining class is as high
+LONGER_MAPPING = 0x8000  # that of the header too; no case mapping is as far away
 
 # In the order of their values.
 CATEGORIES = ( "Cn Lu Ll Lt Lm Lo Mn Mc Me Nd Nl No Pc Pd Ps Pe Pi Pf Po Sm Sc Sk So Zs Zl Zp Cc Cf Cs Co" ).split()
@@ -225,13 +226,17 @@ class Writer:
         self.text.append( "};" )
 
     def table( self, ctype, name, values, comment ):
-        """The two arrays of a property. `values` has the code points whose value is not 0."""
+        """The two arrays of a property. `values` has the code points whose value is not 0. Returns the code points whose
+        values are in the blocks."""
         size = 1 << BLOCK_BITS
         blocks = {}
         first = []
+        points = []
 
         for start in range( 0, CODE_POINTS, size ):
             block = tuple( values.get( ch, 0 ) for ch in range( start, start + size ) )
+            if block not in blocks:
+                points.extend( range( start, start + size ) )
             first.append( blocks.setdefault( block, len( blocks ) ) )
 
         if len( blocks ) > 256:
@@ -243,6 +248,7 @@ class Writer:
 
         self.array( "uint8_t", f"{name}Blocks", first, f"{comment}: the block of a code point." )
         self.array( ctype, name, second, f"{comment}: {len( blocks )} blocks." )
+        return points
 
 
 def pool( mappings, encode ):
@@ -275,17 +281,27 @@ namespace qv::unicode
     out.table( "uint8_t", "decimal", { ch: value + 1 for ch, value in data.decimal.items() }, "Decimal digit, plus 1" )
     out.table( "uint8_t", "script", data.script, "Script" )
 
-    # Case mappings have at most 3 characters: the place in the pool and, in the two topmost bits, the length.
+    # Case mappings have at most 3 characters: the place in the pool and, in the two topmost bits, the length. Where a
+    # character maps to one, the distance is the same with 16 bits, so that nothing but the lowest 16 bits changes.
     cased = ( data.upper, data.lower, data.fold )
     content, places = pool( [ m for each in cased for m in each.values() ], lambda mapping: mapping )
     for name, mappings, comment in zip(
         ( "upper", "lower", "fold" ), cased, ( "Upper case", "Lower case", "Case fold" ) ):
         values = {}
+        distances = {}
         for ch, mapping in mappings.items():
-            if len( mapping ) > 3 or places[mapping] >= 1 << 14:
+            if len( mapping ) > 3 or places[mapping] >= 1 << 14 or mapping == ( ch, ):
                 fail( f"case mapping of {ch:X}" )
             values[ch] = len( mapping ) << 14 | places[mapping]
-        out.table( "uint16_t", name, values, f"{comment}: length in 2 bits, place in the pool" )
+            distances[ch] = ( mapping[0] - ch ) & 0xFFFF if len( mapping ) == 1 else LONGER_MAPPING
+            if len( mapping ) == 1 and ( distances[ch] == LONGER_MAPPING or mapping[0] >> 16 != ch >> 16 ):
+                fail( f"distance of {ch:X}" )
+        blocks = out.table( "uint16_t", name, values, f"{comment}: length in 2 bits, place in the pool" )
+        if not distances.keys() <= set( blocks ):
+            fail( f"{name}: characters share a block that have no common distances" )
+        out.array(
+            "uint16_t", f"{name}Distances", [ distances.get( ch, 0 ) for ch in blocks ],
+            f"{comment}: the distance to the mapping, in the same blocks." )
     out.array( "QV_CHAR", "caseMappings", content, "Pool of the case mappings." )
 
     # In front of a decomposition stands its type, times 256, plus its length.
@@ -306,6 +322,20 @@ namespace qv::unicode
     out.array( "uint32_t", "fullDecompositions", content, "Pool of the full decompositions." )
     out.table( "uint8_t", "nfc", data.quick[False], "Quick check of NFC: class, or a closer look" )
     out.table( "uint8_t", "nfkc", data.quick[True], "Quick check of NFKC: class, or a closer look" )
+
+    # What vectors check of each form: a bit for each 32 characters that are all 0 to the tables above, below U+0800 one
+    # for each character; and for two blocks with marks the classes, or a closer look.
+    bits, marks = [], []
+    for quick in (
+        data.quick[False], data.quick[True],
+        *( { **data.combining, **{ ch: LOOK_CLOSER for ch in ( *data.special, *data.full[compatible] ) } }
+           for compatible in ( False, True ) ) ):
+        for step, end in ( ( 32, 0x10000 ), ( 1, 0x800 ) ):
+            inert = [ not any( quick.get( ch, 0 ) for ch in range( at, at + step ) ) for at in range( 0, end, step ) ]
+            bits.extend( sum( inert[at + k] << k for k in range( 8 ) ) for at in range( 0, len( inert ), 8 ) )
+        marks.extend( quick.get( ch, 0 ) for ch in ( *range( 0x300, 0x380 ), *range( 0x580, 0x600 ) ) )
+    out.array( "uint8_t", "inertBits", bits, "For each form bits of 32 characters and of single ones that just stay." )
+    out.array( "uint8_t", "markClasses", marks, "For each form the classes from U+0300 and U+0580 on, or a closer look." )
 
     # Compositions: a row for each first character, a column for each second one; 0 where there is none.
     firsts = sorted( { pair[0] for pair in data.composition } )

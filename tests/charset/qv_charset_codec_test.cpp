@@ -92,7 +92,8 @@ TEST( Codec, EveryKernelGivesTheSame )
         Decoded decoded = decode( QV_CHARSET_UTF_8, from, flags, 1 );
         Encoded encoded = encode( QV_CHARSET_UTF_8, values, flags, 1 );
 
-        for( QV_INT kernel : { qv::vectors::PLAIN, qv::vectors::VECTORS_16, qv::vectors::VECTORS_32 } )
+        for( QV_INT kernel :
+             { qv::vectors::PLAIN, qv::vectors::VECTORS_16, qv::vectors::VECTORS_32, qv::vectors::VECTORS_64 } )
         {
             qv___VectorsForceKernel( kernel );
             Ref< QV_STRING > whole( qvCharsetBufferToStringWithFlags( QV_CHARSET_UTF_8, buffer( from ), flags ) );

@@ -57,7 +57,7 @@ TEST( Chars, AnyTextGoesBothWaysAsTheModelDoes )
                                    0xFFFF,     0x10000,    0x10FFFF,   0x110000,   0x110041,  0x1000041, 0x7FFFFFFF,
                                    0x80000000, 0x80000041, 0x80110000, 0xFFFFFF41, 0xFFFFFFFF };
 
-    for( QV_INT kernel : { PLAIN, VECTORS_16, VECTORS_32 } )
+    for( QV_INT kernel : { PLAIN, VECTORS_16, VECTORS_32, VECTORS_64 } )
         if( SCOPED_TRACE( kernel ); qv___VectorsForceKernel( kernel ) == kernel )
         {
             std::mt19937 random( 20240611 );

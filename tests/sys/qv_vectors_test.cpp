@@ -2,6 +2,7 @@
 
 #include "qv/qv.h"
 #include "qv/sys/qv_vectors_private.h"
+#include "qv/unicode/qv_unicode_db_private.h"
 
 #include <random>
 
@@ -12,11 +13,12 @@ using namespace qv::vectors;
 namespace
 {
 // Characters at the borders of what the kernels tell apart, and some between.
-const char32_t BORDERS[] = { 0,      '\n',   '\v',   '\r',   0x0E,   '%',     '@',     'A',    'Z',    '[',
-                             '`',    'a',    'z',    '{',    0x7F,   0x80,    0x85,    0xA0,   0xBF,   0xC0,
-                             0xEC,   0xED,   0xEE,   0xFE,   0xFF,   0x100,   0x2FF,   0x300,  0x3FF,  0x400,
-                             0x482,  0x483,  0x7FF,  0x800,  0x2001, 0x2002,  0x2027,  0x2028, 0x2029, 0x202A,
-                             0x20CF, 0x20D0, 0xAC00, 0xD800, 0xFFFF, 0x10000, 0x10FFFF };
+const char32_t BORDERS[] = { 0,      '\n',   '\v',   '\r',   0x0E,   '%',    '@',    'A',     'Z',     '[',
+                             '`',    'a',    'z',    '{',    0x7F,   0x80,   0x85,   0xA0,    0xBF,    0xC0,
+                             0xDF,   0xE9,   0xEC,   0xED,   0xEE,   0xFE,   0xFF,   0x100,   0x130,   0x2FF,
+                             0x300,  0x300,  0x316,  0x327,  0x344,  0x37F,  0x3FF,  0x400,   0x482,   0x483,
+                             0x5B0,  0x5C1,  0x5D0,  0x7FF,  0x800,  0x1EBF, 0x2001, 0x2002,  0x2027,  0x2028,
+                             0x2029, 0x202A, 0x20CF, 0x20D0, 0xAC00, 0xD800, 0xFFFF, 0x10000, 0x10FFFF };
 
 // Mostly ASCII, so that whole groups of it come up and single other characters stand anywhere in them.
 std::u32string anyText( std::mt19937 &random )
@@ -47,6 +49,15 @@ std::string madeOf( const std::u32string &values, std::mt19937 random )
 
     for( QV_INT charset : { QV_CHARSET_MSFT_CP1252, QV_CHARSET_KOI_8R, QV_CHARSET_MSFT_CP037, QV_CHARSET_UTF_8 } )
         made += bytes( Ref< QV_BUFFER >( qvCharsetStringToBuffer( charset, whole ) ) );
+
+    // Bytes of one, most of them the characters' lowest ones; not all sets have characters for all.
+    std::string any( values.begin(), values.end() );
+
+    for( QV_INT charset : { QV_CHARSET_ISO_8859_1, QV_CHARSET_MSFT_CP1252, QV_CHARSET_MSFT_CP1255, QV_CHARSET_KOI_8R } )
+    {
+        Ref< QV_STRING > decoded( qvCharsetBufferToString( charset, buffer( any + any ) ) );
+        made += utf8( decoded );
+    }
 
     // Searches for pieces of the text, and keys that begin alike and then differ.
     Ref< QV_DICT > dict( qvDictCreate() );
@@ -103,7 +114,7 @@ TEST( Vectors, EveryKernelGivesTheSame )
         std::u32string             values = anyText( random );
         std::vector< std::string > made; // by the kernels that the machine has, by plain code first
 
-        for( QV_INT kernel : { PLAIN, VECTORS_16, VECTORS_32 } )
+        for( QV_INT kernel : { PLAIN, VECTORS_16, VECTORS_32, VECTORS_64 } )
             if( qv___VectorsForceKernel( kernel ) == kernel )
                 made.push_back( madeOf( values, random ) );
 
@@ -161,6 +172,41 @@ TEST( Vectors, LinesAreTakenApartTheSame )
             EXPECT_EQ( plain, madeOfLines( lines ) ) << lines;
         }
     }
+
+    qv___VectorsForceKernel( -1 );
+}
+
+// Each character beside its neighbours, and with ASCII and characters without case between.
+TEST( Vectors, CasesAreThoseOfEachCharacter )
+{
+    typedef const QV_CHAR *( *LookUp )( QV_CHAR, QV_INT * );
+    const std::pair< Change, LookUp > CASES[] = {
+        { qvStringToUpper, qv___UnicodeUpperCaseDbLookup },
+        { qvStringToLower, qv___UnicodeLowerCaseDbLookup },
+        { qvStringToCaseFold, qv___UnicodeCaseFoldDbLookup } };
+
+    for( QV_INT kernel : { PLAIN, VECTORS_32 } )
+        for( const auto &[change, lookUp] : CASES )
+            for( char32_t first = 0; first < 0x110000 && !HasFailure(); first += 0x800 )
+            {
+                std::u32string values, mapped;
+
+                for( char32_t ch = first; ch < first + 0x800; ch++ )
+                    values += ch % 32 < 24 ? std::u32string( 1, ch ) : U"A\u4E00"[ch % 2] + std::u32string( 1, ch );
+
+                for( char32_t ch : values )
+                {
+                    QV_INT         length  = 0;
+                    const QV_CHAR *mapping = lookUp( ch, &length );
+                    mapped +=
+                        mapping ? std::u32string( mapping, static_cast< size_t >( length ) ) : std::u32string( 1, ch );
+                }
+
+                qv___VectorsForceKernel( kernel );
+                Ref< QV_STRING > changed = text( values );
+                change( changed.at() );
+                EXPECT_TRUE( mapped == chars( changed ) ) << uint32_t( first );
+            }
 
     qv___VectorsForceKernel( -1 );
 }

@@ -161,11 +161,15 @@ char *qvStringConvertToAscii( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength
 
 char *qvStringConvertToCstr( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )
 {
-    return createEncoded( qvCharsConvertToCstr, qvs, addNull, outLength );
+    return qvStringConvertToUtf8( qvs, addNull, outLength );
 }
 
+// Encodes once: a short text by way of the stack, a long one into a block that gives back what it didn't need. It is made
+// for ASCII if the text begins so, and made larger where that ends.
 char *qvStringConvertToUtf8( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )
 {
+    const QV_INT SHORT = 96;
+
     if( outLength )
         *outLength = 0;
 
@@ -174,33 +178,42 @@ char *qvStringConvertToUtf8( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength 
     const QV_CHAR *chs    = qv::chars( qvs );
     QV_INT         length = qvs->length;
 
-    if( length == 0 )
-        return createEncoded( qvCharsConvertToUtf8, qvs, addNull, outLength );
-
-    // A block for ASCII first. Only what follows the first other character is encoded twice.
-    QV_INT null  = addNull ? 1 : 0;
-    QV_INT size  = length + null;
-    char  *block = static_cast< char * >( qvMemAlloc( size ) );
-    QV_INT ascii = qv::encodeLeadingAscii( block, chs, length );
-
-    if( ascii < length )
+    if( length <= SHORT )
     {
-        QV_INT rest = qvCharsConvertToUtf8( nullptr, 0, chs + ascii, length - ascii, addNull );
-        QV_CHECK( QV_INT_ADD_OK( ascii, rest ) );
+        char   bytes[SHORT * qv::utf8::LONGEST + 1];
+        QV_INT size = qvCharsConvertToUtf8( bytes, QV_INT( sizeof( bytes ) ), chs, length, addNull );
 
-        if( ascii + rest > size )
-        {
-            size  = ascii + rest;
-            block = static_cast< char * >( qvMemRealloc( block, size ) );
-        }
+        if( size == 0 )
+            return nullptr;
+
+        char *exact = static_cast< char * >( qvMemAlloc( size ) );
+        memcpy( exact, bytes, static_cast< size_t >( size ) );
+
+        if( outLength )
+            *outLength = size;
+
+        return exact;
     }
 
-    qvCharsConvertToUtf8( block + ascii, size - ascii, chs + ascii, length - ascii, addNull );
+    QV_INT null  = addNull ? 1 : 0;
+    QV_INT room  = qv::asciiLength( chs, SHORT ) == SHORT ? length + null : length * qv::utf8::LONGEST + null;
+    char  *block = static_cast< char * >( qvMemAlloc( room ) );
+    QV_INT ascii = qv::encodeLeadingAscii( block, chs, length );
+    QV_INT most  = ascii + ( length - ascii ) * qv::utf8::LONGEST + null;
+
+    if( room < most )
+    {
+        room  = most;
+        block = static_cast< char * >( qvMemRealloc( block, room ) );
+    }
+
+    QV_INT rest = qvCharsConvertToUtf8( block + ascii, room - ascii, chs + ascii, length - ascii, addNull );
+    QV_CHECK( QV_INT_ADD_OK( ascii, rest ) );
 
     if( outLength )
-        *outLength = size;
+        *outLength = ascii + rest;
 
-    return block;
+    return ascii + rest == room ? block : static_cast< char * >( qvMemRealloc( block, ascii + rest ) );
 }
 
 wchar_t *qvStringConvertToWcstr( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )

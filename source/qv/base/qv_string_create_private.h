@@ -1,5 +1,5 @@
 /** @file
-    New Strings, inline for the sources of String itself, which make many. */
+    New Strings, inline for the sources of String itself and others that make many. */
 
 #ifndef QV_STRING_CREATE_PRIVATE_H
 #define QV_STRING_CREATE_PRIVATE_H

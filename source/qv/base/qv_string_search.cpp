@@ -9,6 +9,8 @@
 #include "qv/sys/qv_int.h"
 #include "qv/unicode/qv_unicode_tables_private.h"
 
+#include <string.h>
+
 using qv::asString;
 
 /* Comparing ------------------------------------------------------------------------------------------------------ */
@@ -42,8 +44,23 @@ QV_BOOL qvStringEqualsChar( QV_STRING *qvs, QV_CHAR ch )
     return qvStringEqualsChars( qvs, &ch, 1 );
 }
 
+// ASCII is compared as it stands. The first other byte leaves all to a String, and so does what is wrong.
 QV_BOOL qvStringEqualsCstr( QV_STRING *qvs, const char *text, QV_INT length )
 {
+    if( qvs && text && length >= -1 )
+    {
+        QV_INT         size  = length == -1 ? static_cast< QV_INT >( strlen( text ) ) : length;
+        QV_INT         count = qvs->length < size ? qvs->length : size;
+        const uint8_t *bytes = reinterpret_cast< const uint8_t * >( text );
+        QV_INT         same  = qv::equalAsciiLength( qv::chars( qvs ), bytes, count );
+
+        if( same == count && ( same == size || bytes[same] < 0x80 ) )
+            return qvs->length == size ? QV_TRUE : QV_FALSE;
+
+        if( same < count && bytes[same] < 0x80 )
+            return QV_FALSE;
+    }
+
     return qvStringEquals( qvs, asString( text, length ) );
 }
 
@@ -302,7 +319,7 @@ private:
     }
 
     qv::ObjBatch         batch_{ qvStringSort() };
-    qv::Ref< QV_VECTOR > vec_{ qvVectorCreate() };
+    qv::Ref< QV_VECTOR > vec_{ qvVectorCreateFrom( qv___VectorEmpty ) }; // its own from the start
     QV_OBJ              *objs_[WAITING];
     QV_INT               waiting_ = 0;
 };

@@ -72,20 +72,6 @@ bool putBlock( const uint32_t *memo, const QV_CHAR *in, uint8_t *out )
     return unknown <= 0xFF;
 }
 
-// Maps 16 characters of a set that has ASCII. False if one of them is not ASCII; what is at `out` is undefined then.
-bool putAscii( const QV_CHAR *in, uint8_t *out )
-{
-    QV_CHAR all = 0;
-
-    for( QV_INT i = 0; i < 2 * BLOCK; i++ )
-    {
-        out[i] = static_cast< uint8_t >( in[i] );
-        all |= in[i];
-    }
-
-    return all < 0x80;
-}
-
 // Appends a byte to the cache, which is flushed as soon as it is full.
 bool putByte( Sink *csc, uint8_t byte )
 {
@@ -118,12 +104,13 @@ bool mapChars( Sink *csc, const QV_CHAR *in, QV_INT count )
         // The cache is flushed as soon as it is full, so a block must leave a place free.
         if( in >= ascii && end - in >= 2 * BLOCK && csc->room() > 2 * BLOCK )
         {
-            if( putAscii( in, csc->cache + csc->cacheLength ) )
-            {
-                csc->cacheLength += 2 * BLOCK;
-                in += 2 * BLOCK;
+            QV_INT most = std::min( QV_INT( end - in ), csc->room() - 1 );
+            QV_INT run  = qv::utf8::encodeLeadingAscii( csc->cache + csc->cacheLength, in, most );
+            csc->cacheLength += run;
+            in += run;
+
+            if( run == most )
                 continue;
-            }
 
             ascii = in + ASCII_PAUSE;
         }

@@ -1,11 +1,16 @@
 #include "qv/charset/qv_charset_codec_private.h"
 #include "qv/charset/qv_charset_map_private.h"
 #include "qv/io/qv_char_source_private.h"
+#include "qv/sys/qv_vectors_private.h"
 
 // The map function is called once for every byte when the source is created.
 struct QV___CHARSET_MAP_CHAR_SOURCE_CLOSURE : qv::CodecSource
 {
-    QV_CHAR chars[256]; // NONE where there is no character
+    QV_CHAR                chars[256]; // NONE where there is no character
+    qv::vectors::ByteChars halves;     // the same for vectors, if all of them are below 0x10000
+    bool                   hasHalves;
+    uint8_t                firstOther; // all bytes but those from here up to `endOther` are their own characters
+    int                    endOther;
 };
 
 QV___FAMILY(
@@ -33,6 +38,41 @@ bool takeBlock( const QV_CHAR *table, const uint8_t *in, QV_CHAR *out )
     return all >> 31 == 0; // only NONE has the topmost bit
 }
 
+[[maybe_unused]] bool areDecoded( const Source *csc, const uint8_t *in, QV_INT count, const QV_CHAR *out )
+{
+    for( QV_INT i = 0; i < count; i++ )
+        if( out[i] != csc->chars[in[i]] || out[i] == NONE )
+            return false;
+
+    return true;
+}
+
+// Sets what the vectors take from the characters.
+void completeTable( Source *csc )
+{
+    csc->hasHalves  = true;
+    csc->firstOther = 0;
+    csc->endOther   = 1; // if there are none, one that hardly ever comes
+    bool hasOthers  = false;
+
+    for( int byte = 0; byte < 256; byte++ )
+    {
+        QV_CHAR ch             = csc->chars[byte];
+        csc->halves.low[byte]  = static_cast< uint8_t >( ch );
+        csc->halves.high[byte] = static_cast< uint8_t >( ch >> 8 );
+        csc->hasHalves &= ch < 0x10000 || ch == NONE;
+
+        if( ch == static_cast< QV_CHAR >( byte ) )
+            continue;
+
+        if( !hasOthers )
+            csc->firstOther = static_cast< uint8_t >( byte );
+
+        hasOthers     = true;
+        csc->endOther = byte + 1;
+    }
+}
+
 QV_BOOL readMapped( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT *charsRead )
 {
     Source *csc = static_cast< Source * >( closure );
@@ -49,12 +89,20 @@ QV_BOOL readMapped( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT
 
         while( ok && in < end )
         {
-            if( end - in >= BLOCK && takeBlock( csc->chars, in, out ) )
-            {
-                in += BLOCK;
-                out += BLOCK;
+            QV_INT done = csc->hasHalves && qv::vectors::has64()
+                              ? qv::decodeBytes64( csc->halves, in, end - in, out )
+                              : qv::widenOutside( in, end - in, csc->firstOther, csc->endOther, out );
+
+            QV_ASSERT( areDecoded( csc, in, done, out ) );
+
+            if( done == 0 && end - in >= BLOCK && takeBlock( csc->chars, in, out ) )
+                done = BLOCK;
+
+            in += done;
+            out += done;
+
+            if( done > 0 )
                 continue;
-            }
 
             QV_CHAR ch = csc->chars[*in++];
 
@@ -82,6 +130,7 @@ qv::Ref< Source > createMapSourceClosure( QV_BYTE_SOURCE *byteSource, QV_INT fla
 
 QV_CHAR_SOURCE *createMapSource( Source *csc )
 {
+    completeTable( csc );
     return qv::createCharSource( qv::readString< readMapped, 1 >, readMapped, csc );
 }
 } // namespace

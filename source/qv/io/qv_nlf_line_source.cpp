@@ -1,6 +1,7 @@
 #include "qv/io/qv_nlf_line_source.h"
 
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_create_private.h"
 #include "qv/io/qv_char_source.h"
 #include "qv/io/qv_line_source_private.h"
 #include "qv/io/qv_nlf.h"
@@ -73,12 +74,14 @@ void moveTo( QV_NLF_LINE_SOURCE *nls, QV_INT end )
     nls->charsOffset = end;
 }
 
-// Appends characters to the line, which is null before the first ones.
+// Appends characters to the line, which is null before the first ones. They come from a char source, so that they are
+// good.
 void appendTo( qv::Ref< QV_STRING > *line, const QV_CHAR *chars, QV_INT count )
 {
     if( !*line )
     {
-        line->reset( qvStringCreateFromCharsCopy( chars, count ) );
+        QV_ASSERT( qv::allCharsOk( chars, count ) );
+        line->reset( qv::newExactCopy( chars, count ) );
         return;
     }
 

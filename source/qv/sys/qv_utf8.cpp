@@ -10,6 +10,7 @@ namespace
 using namespace qv::utf8;
 using qv::vectors::has16;
 using qv::vectors::has32;
+using qv::vectors::has64;
 
 // What the vectors of 32 bytes are called for: enough for one step.
 const QV_INT LEAST_IN = 80, LEAST_ROOM = 64;   // bytes and characters on decoding
@@ -141,7 +142,14 @@ Decoded qv::utf8::decode( const uint8_t *in, const uint8_t *inEnd, QV_CHAR *out,
     {
         const uint8_t *stop = inEnd;
 
-        if( inEnd - done.in >= LEAST_IN && outEnd - done.out >= LEAST_ROOM && has32() )
+        if( inEnd - done.in >= WORD && has64() )
+        {
+            decodeBlocks64( done, inEnd, outEnd );
+
+            if( inEnd - done.in >= LEAST_ROOM )
+                stop = done.in + LEAST_ROOM;
+        }
+        else if( inEnd - done.in >= LEAST_IN && outEnd - done.out >= LEAST_ROOM && has32() )
         {
             decodeBlocks32( done, inEnd, outEnd );
 
@@ -203,7 +211,14 @@ Encoded qv::utf8::encode( const QV_CHAR *in, const QV_CHAR *inEnd, uint8_t *out,
     {
         const QV_CHAR *stop = inEnd;
 
-        if( inEnd - done.in >= LEAST_OUT && outEnd - done.out >= LEAST_BYTES )
+        if( inEnd - done.in >= WORD && has64() )
+        {
+            encodeBlocks64( done, inEnd, outEnd );
+
+            if( inEnd - done.in >= LEAST_OUT )
+                stop = done.in + LEAST_OUT;
+        }
+        else if( inEnd - done.in >= LEAST_OUT && outEnd - done.out >= LEAST_BYTES )
         {
             if( has32() )
                 encodeBlocks32( done, inEnd, outEnd );

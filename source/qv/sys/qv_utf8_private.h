@@ -170,6 +170,9 @@ QV_INT encodeLeadingAscii( uint8_t *out, const QV_CHAR *in, QV_INT count );
 /* What the kernels of the vectors do: as much as they can do with whole vectors, up to any place before which the
    loops above would not stop. They move `done` on. */
 
+void decodeBlocks64( Decoded &done, const uint8_t *inEnd, const QV_CHAR *outEnd );
+void encodeBlocks64( Encoded &done, const QV_CHAR *inEnd, const uint8_t *outEnd );
+
 void decodeBlocks32( Decoded &done, const uint8_t *inEnd, QV_CHAR *outEnd );
 void countBlocks32( Counted &done, const uint8_t *inEnd );
 void encodeBlocks32( Encoded &done, const QV_CHAR *inEnd, uint8_t *outEnd );

@@ -4,7 +4,8 @@
 
     Vectors are used here and by the UTF-8 kernels (qv_utf8_private.h) and nowhere else. Every kernel has a plain form,
     which is the only one in builds without vectors (the CMake option MORVANE_VECTORS) and for other processors, and the
-    model that tests hold the others against: all forms give the same and read and write the same memory.
+    model that tests hold the others against: all forms give the same and read and write the same memory. The kernels for
+    vectors of 64 bytes do what they can; where the machine has none they leave all to their callers.
 
     The kernels have no state but the choice of the form, so any thread may call them, before start-up too. They take
     arrays of any alignment and read nothing outside of them. What is short as a rule is inline. */
@@ -33,6 +34,7 @@ namespace qv::vectors
 const QV_INT PLAIN      = 0;
 const QV_INT VECTORS_16 = 1; /**< vectors of 16 bytes, which every processor of the architecture has */
 const QV_INT VECTORS_32 = 2; /**< vectors of 32 bytes, and gathering of bits that is fast */
+const QV_INT VECTORS_64 = 3; /**< vectors of 64 bytes, with masks and with instructions that move bytes together */
 
 /** The form that runs, or UNDECIDED until a kernel asks for vectors of 32 bytes. */
 extern __attribute__( ( visibility( "hidden" ) ) ) int32_t current;
@@ -48,12 +50,24 @@ inline bool has16()
     return QV___VECTORS_16 && __atomic_load_n( &current, __ATOMIC_RELAXED ) != PLAIN;
 }
 
-/** True when vectors of 32 bytes are used. */
-inline bool has32()
+/** The form that runs. */
+inline int32_t form()
 {
     int32_t kernel = __atomic_load_n( &current, __ATOMIC_RELAXED );
 
-    return ( kernel == UNDECIDED ? decide() : kernel ) == VECTORS_32;
+    return kernel == UNDECIDED ? decide() : kernel;
+}
+
+/** True when vectors of 32 bytes are used. */
+inline bool has32()
+{
+    return form() >= VECTORS_32;
+}
+
+/** True when vectors of 64 bytes are used. */
+inline bool has64()
+{
+    return form() == VECTORS_64;
 }
 
 /** Characters from `first` up to `end`, without that. */
@@ -61,6 +75,13 @@ struct Range
 {
     QV_CHAR first;
     QV_CHAR end;
+};
+
+/** The characters of 256 bytes, all below 0x10000, as their lower and their upper halves; 0xFFFF for a byte without. */
+struct ByteChars
+{
+    uint8_t low[256];
+    uint8_t high[256];
 };
 
 #if QV___VECTORS_16
@@ -186,9 +207,11 @@ inline QV_INT groupsBelow( const QV_CHAR *chs, QV_INT count, QV_CHAR limit )
     return i;
 }
 
-/** How many characters in whole groups of eight an array begins with that are all in one of the ranges. */
+/** How many characters in whole groups of eight an array begins with that are all in one of the ranges. They are copied
+    to `to`, unless that is null. */
 template< QV_INT COUNT >
-inline QV_INT groupsIn( const QV_CHAR *chs, QV_INT count, const vectors::Range ( &ranges )[COUNT] )
+inline QV_INT groupsIn(
+    const QV_CHAR *chs, QV_INT count, const vectors::Range ( &ranges )[COUNT], QV_CHAR *to = nullptr )
 {
     QV_INT i = 0;
 
@@ -197,16 +220,23 @@ inline QV_INT groupsIn( const QV_CHAR *chs, QV_INT count, const vectors::Range (
     {
         for( ; i + 8 <= count; i += 8 )
         {
+            vectors::Four       first = vectors::load( chs + i ), second = vectors::load( chs + i + 4 );
             vectors::FourSigned a = {}, b = {};
 
             for( vectors::Range range : ranges )
             {
-                a |= vectors::isIn( vectors::load( chs + i ), range );
-                b |= vectors::isIn( vectors::load( chs + i + 4 ), range );
+                a |= vectors::isIn( first, range );
+                b |= vectors::isIn( second, range );
             }
 
             if( vectors::anyTopBit( ~( a & b ) ) )
                 break;
+
+            if( to )
+            {
+                vectors::store( to + i, first );
+                vectors::store( to + i + 4, second );
+            }
         }
 
         return i;
@@ -214,6 +244,7 @@ inline QV_INT groupsIn( const QV_CHAR *chs, QV_INT count, const vectors::Range (
 #endif
 
     for( ; i + 8 <= count; i += 8 )
+    {
         for( QV_INT k = i; k < i + 8; k++ )
         {
             bool isIn = false;
@@ -224,6 +255,10 @@ inline QV_INT groupsIn( const QV_CHAR *chs, QV_INT count, const vectors::Range (
             if( !isIn )
                 return i;
         }
+
+        for( QV_INT k = i; to && k < i + 8; k++ )
+            to[k] = chs[k];
+    }
 
     return i;
 }
@@ -246,6 +281,33 @@ inline QV_INT asciiLength( const QV_CHAR *chs, QV_INT count )
 #endif
 
     while( i < count && chs[i] < 0x80 )
+        i++;
+
+    return i;
+}
+
+/** How many characters an array begins with that are the ASCII of as many bytes. */
+inline QV_INT equalAsciiLength( const QV_CHAR *chs, const uint8_t *bytes, QV_INT count )
+{
+    QV_INT i = 0;
+
+#if QV___VECTORS_16
+    if( vectors::has16() )
+    {
+        for( ; i + 8 <= count; i += 8 )
+        {
+            // What doesn't fit a byte becomes the largest one, which is no ASCII.
+            __m128i words = _mm_packs_epi32( (__m128i)vectors::load( chs + i ), (__m128i)vectors::load( chs + i + 4 ) );
+            __m128i ascii = _mm_loadl_epi64( reinterpret_cast< const __m128i * >( bytes + i ) );
+            __m128i equal = _mm_cmpeq_epi8( _mm_packus_epi16( words, words ), ascii );
+
+            if( ( _mm_movemask_epi8( _mm_andnot_si128( ascii, equal ) ) & 0xFF ) != 0xFF )
+                break;
+        }
+    }
+#endif
+
+    while( i < count && bytes[i] < 0x80 && chs[i] == bytes[i] )
         i++;
 
     return i;
@@ -280,7 +342,7 @@ inline void narrowAscii( uint8_t *to, const QV_CHAR *chs, QV_INT count )
         to[i] = static_cast< uint8_t >( chs[i] );
 }
 
-/** Copies the ASCII that an array begins with, in whole groups of four, with the other case for the 26 letters from
+/** Copies the ASCII that an array begins with, in whole groups of eight, with the other case for the 26 letters from
     `first` on, which is U'A' or U'a'. Returns the number of characters. */
 inline QV_INT swapLeadingAsciiCase( const QV_CHAR *chs, QV_INT count, QV_CHAR first, QV_CHAR *to )
 {
@@ -289,26 +351,82 @@ inline QV_INT swapLeadingAsciiCase( const QV_CHAR *chs, QV_INT count, QV_CHAR fi
 #if QV___VECTORS_16
     if( vectors::has16() )
     {
-        for( ; i + 4 <= count; i += 4 )
-        {
-            vectors::Four four = vectors::load( chs + i );
+        auto swapped = [=]( vectors::Four four )
+        { return four ^ ( (vectors::Four)vectors::isIn( four, { first, first + 26 } ) & 0x20 ); };
 
-            if( vectors::anyTopBit( vectors::atLeast( four, 0x80 ) ) )
+        for( ; i + 8 <= count; i += 8 )
+        {
+            vectors::Four a = vectors::load( chs + i );
+            vectors::Four b = vectors::load( chs + i + 4 );
+
+            if( vectors::anyTopBit( vectors::atLeast( a | b, 0x80 ) ) )
                 break;
 
-            vectors::FourSigned changes = vectors::isIn( four, { first, first + 26 } );
-            vectors::store( to + i, four ^ ( (vectors::Four)changes & 0x20 ) );
+            vectors::store( to + i, swapped( a ) );
+            vectors::store( to + i + 4, swapped( b ) );
         }
 
         return i;
     }
 #endif
 
-    for( ; i + 4 <= count && ( chs[i] | chs[i + 1] | chs[i + 2] | chs[i + 3] ) < 0x80; i += 4 )
-        for( QV_INT k = i; k < i + 4; k++ )
+    for( ; i + 8 <= count; i += 8 )
+    {
+        QV_CHAR all = 0;
+
+        for( QV_INT k = i; k < i + 8; k++ )
+            all |= chs[k];
+
+        if( all >= 0x80 )
+            break;
+
+        for( QV_INT k = i; k < i + 8; k++ )
             to[k] = chs[k] - first < 26 ? chs[k] ^ 0x20 : chs[k];
+    }
 
     return i;
+}
+
+/** A character whose lowest 16 bits have grown by a value, modulo 2^16. */
+inline QV_CHAR addLow( QV_CHAR ch, uint16_t value )
+{
+    return ( ch & ~0xFFFFu ) | ( ( ch + value ) & 0xFFFF );
+}
+
+/** Writes eight characters whose lowest 16 bits have grown by what `valueOf` returns for them as uint16_t, modulo 2^16.
+    False if one of the values is `none`; then nothing is written. */
+template< class ValueOf >
+inline bool addToEight( const QV_CHAR *chs, ValueOf valueOf, uint16_t none, QV_CHAR *to )
+{
+#if QV___VECTORS_16
+    if( vectors::has16() )
+    {
+        auto valuesOf = [=]( const QV_CHAR *four )
+        { return vectors::Four{ valueOf( four[0] ), valueOf( four[1] ), valueOf( four[2] ), valueOf( four[3] ) }; };
+
+        auto added = []( const QV_CHAR *four, vectors::Four values )
+        { return (vectors::Four)_mm_add_epi16( (__m128i)vectors::load( four ), (__m128i)values ); };
+
+        vectors::Four low  = valuesOf( chs );
+        vectors::Four high = valuesOf( chs + 4 );
+
+        if( vectors::anyTopBit( ( low == none ) | ( high == none ) ) )
+            return false;
+
+        vectors::store( to, added( chs, low ) );
+        vectors::store( to + 4, added( chs + 4, high ) );
+        return true;
+    }
+#endif
+
+    for( int k = 0; k < 8; k++ )
+        if( valueOf( chs[k] ) == none )
+            return false;
+
+    for( int k = 0; k < 8; k++ )
+        to[k] = addLow( chs[k], valueOf( chs[k] ) );
+
+    return true;
 }
 
 /** Makes a number of eight characters below 0x110000 that orders as they do: each plus 1 as a byte, the first one most
@@ -349,6 +467,52 @@ inline bool digestEight( const QV_CHAR *chs, uint8_t highest, uint64_t *number )
     return true;
 }
 
+/** Decodes bytes by a table of their characters, up to 64 before one that has none, and returns how many. With the
+    vectors of 64 bytes; without them it returns 0. */
+QV_INT decodeBytes64( const vectors::ByteChars &chars, const uint8_t *bytes, QV_INT count, QV_CHAR *to );
+
+/** Decodes the bytes that an array begins with that are their own characters, which all but those from `first` up to
+    `end` are, in whole groups of 16. Returns how many. */
+inline QV_INT widenOutside( const uint8_t *bytes, QV_INT count, uint8_t first, int end, QV_CHAR *to )
+{
+    QV_INT i = 0;
+
+#if QV___VECTORS_16
+    if( vectors::has16() )
+    {
+        const __m128i start = _mm_set1_epi8( static_cast< char >( first ) );
+        const __m128i range = _mm_set1_epi8( static_cast< char >( end - first - 1 ) );
+        const __m128i zero  = _mm_setzero_si128();
+
+        for( ; end > first && i + 16 <= count; i += 16 )
+        {
+            __m128i in   = _mm_loadu_si128( reinterpret_cast< const __m128i * >( bytes + i ) );
+            __m128i from = _mm_sub_epi8( in, start );
+
+            if( _mm_movemask_epi8( _mm_cmpeq_epi8( _mm_max_epu8( from, range ), range ) ) != 0 )
+                break;
+
+            __m128i low = _mm_unpacklo_epi8( in, zero ), high = _mm_unpackhi_epi8( in, zero );
+            vectors::store( to + i, (vectors::Four)_mm_unpacklo_epi16( low, zero ) );
+            vectors::store( to + i + 4, (vectors::Four)_mm_unpackhi_epi16( low, zero ) );
+            vectors::store( to + i + 8, (vectors::Four)_mm_unpacklo_epi16( high, zero ) );
+            vectors::store( to + i + 12, (vectors::Four)_mm_unpackhi_epi16( high, zero ) );
+        }
+    }
+#endif
+
+    return i;
+}
+
+/** How many characters in whole groups of 16 an array begins with that are inert or marks in order, with the vectors of
+    64 bytes; without them it returns 0. In each group one character is inert at least. `inert` has 256 bytes with a bit
+    for each 32 characters below 0x10000, set if all of them are inert, and as many with one for each character below
+    0x800. `classes` has for the characters from 0x300 up to 0x380 and for those from 0x580 up to 0x600 the class, 0 for
+    an inert one, or 255 for one that ends the run. `last` is the class of the character before, or 0, and becomes that
+    of the last one of the groups. */
+QV_INT orderedGroups64(
+    const QV_CHAR *chs, QV_INT count, const uint8_t *inert, const uint8_t *classes, uint32_t *last );
+
 /* Finding -------------------------------------------------------------------------------------------------------- */
 
 /** The index of the last `ch` among `count` characters, or -1. */
@@ -363,6 +527,9 @@ QV_INT findLastChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, 
 
 /** The first index from `offset` on of a character that ends a line in some newline form, or `length`. */
 QV_INT findLineEnd( const QV_CHAR *chs, QV_INT offset, QV_INT length );
+
+/** The same with the vectors of 64 bytes, which are there. */
+QV_INT findLineEnd64( const QV_CHAR *chs, QV_INT offset, QV_INT length );
 } // namespace qv
 
 #endif

@@ -6,62 +6,70 @@
 
 namespace
 {
-// `asciiFirst` is the first of the 26 letters of ASCII that change.
-template< const uint8_t *blocks, const uint16_t *values, QV_CHAR asciiFirst >
+using qv::unicode::LONGER_MAPPING;
+using qv::unicode::lookUp;
+
+// Characters without case, for texts that have hardly any other: ASCII before its letters, and the scripts of East Asia
+// as far as no letter of another script comes between.
+const qv::vectors::Range CASELESS[]     = { { 0, U'A' }, { 0x2E80, 0xA640 }, { 0xA800, 0xFB00 } };
+const QV_CHAR            FIRST_CASELESS = CASELESS[1].first;
+
+template< const uint8_t *blocks, const uint16_t *distances >
+bool allStay( const QV_CHAR *chs, QV_INT count )
+{
+    for( QV_INT i = 0; i < count; i++ )
+        if( lookUp( blocks, distances, chs[i] ) != 0 )
+            return false;
+
+    return true;
+}
+
+// Text is mapped in groups of eight, in three ways, each for as long as it goes: ASCII by arithmetic, characters without
+// case by copying them, and all others by their distances. Characters that map to several, and what is left over of the
+// groups, are mapped one by one. `asciiFirst` is the first of the 26 letters of ASCII that change.
+template< const uint8_t *blocks, const uint16_t *values, const uint16_t *distances, QV_CHAR asciiFirst >
 qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room )
 {
     QV_ASSERT( room >= length );
+
+    auto distance = []( QV_CHAR ch ) { return lookUp( blocks, distances, ch ); };
 
     QV_INT spare = room - length; // places beyond one for each character that is left
     QV_INT count = 0;
     QV_INT i     = 0;
 
-    // What the tables hold: the length in the upper two bits, the place of the mapping below.
-    const unsigned ONE    = 1 << 14;
-    const unsigned LONGER = 2 << 14;
-
     while( i < length )
     {
-        if( from[i] < 0x80 )
+        QV_INT left = length - i;
+        QV_INT done = qv::swapLeadingAsciiCase( from + i, left, asciiFirst, to + count );
+
+        if( done == 0 && from[i] >= FIRST_CASELESS )
         {
-            QV_INT ascii = qv::swapLeadingAsciiCase( from + i, length - i, asciiFirst, to + count );
-            i += ascii;
-            count += ascii;
+            done = qv::groupsIn( from + i, left, CASELESS, to + count );
+            QV_ASSERT( ( allStay< blocks, distances >( from + i, done ) ) );
         }
 
-        QV_INT stop = length - i < 4 ? length : i + 4;
+        if( done == 0 && left >= 8 && qv::addToEight( from + i, distance, LONGER_MAPPING, to + count ) )
+            done = 8;
 
-        // Four at once of characters that map to one each, which may be themselves.
-        if( stop - i == 4 )
+        i += done;
+        count += done;
+
+        if( done > 0 )
+            continue;
+
+        // One by one, up to the first that maps to several.
+        for( QV_INT stop = left < 8 ? length : i + 8; i < stop; i++ )
         {
-            uint16_t found[4];
+            uint16_t more = distance( from[i] );
 
-            for( int k = 0; k < 4; k++ )
-                found[k] = qv::unicode::lookUp( blocks, values, from[i + k] );
-
-            if( ( found[0] | found[1] | found[2] | found[3] ) < LONGER )
+            if( more != LONGER_MAPPING )
             {
-                for( int k = 0; k < 4; k++ )
-                {
-                    QV_CHAR other = qv::unicode::caseMappings[found[k] % ONE];
-                    to[count + k] = found[k] ? other : from[i + k];
-                }
-
-                count += 4;
-                i += 4;
+                to[count++] = qv::addLow( from[i], more );
                 continue;
             }
-        }
 
-        for( ; i < stop; i++ )
-        {
-            qv::unicode::Mapping mapping = qv::unicode::caseMapping( qv::unicode::lookUp( blocks, values, from[i] ) );
-
-            if( !mapping.chars )
-            {
-                to[count++] = from[i];
-                continue;
-            }
+            qv::unicode::Mapping mapping = qv::unicode::caseMapping( lookUp( blocks, values, from[i] ) );
 
             if( mapping.length - 1 > spare )
                 return { i, count };
@@ -70,6 +78,8 @@ qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to
 
             for( QV_INT k = 0; k < mapping.length; k++ )
                 to[count++] = mapping.chars[k];
+
+            stop = i + 1;
         }
     }
 
@@ -79,15 +89,15 @@ qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to
 
 qv::unicode::CaseMapped qv::unicode::mapToUpper( const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room )
 {
-    return mapCase< upperBlocks, upper, U'a' >( from, length, to, room );
+    return mapCase< upperBlocks, upper, upperDistances, U'a' >( from, length, to, room );
 }
 
 qv::unicode::CaseMapped qv::unicode::mapToLower( const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room )
 {
-    return mapCase< lowerBlocks, lower, U'A' >( from, length, to, room );
+    return mapCase< lowerBlocks, lower, lowerDistances, U'A' >( from, length, to, room );
 }
 
 qv::unicode::CaseMapped qv::unicode::mapToCaseFold( const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room )
 {
-    return mapCase< foldBlocks, fold, U'A' >( from, length, to, room );
+    return mapCase< foldBlocks, fold, foldDistances, U'A' >( from, length, to, room );
 }

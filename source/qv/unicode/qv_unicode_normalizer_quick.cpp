@@ -38,6 +38,21 @@ inline bool isStarter( QV_CHAR ch )
 // of starters before, then twice as many each time, up to MOST.
 const QV_INT LEAST = 2 * GROUP, MOST = 16 * GROUP;
 
+// True if the groups that vectors have taken are what the tables tell of each character.
+template< QV_INT form >
+[[maybe_unused]] bool areOrdered( const QV_CHAR *chs, QV_INT count )
+{
+    for( QV_INT i = 0; i < count; i++ )
+    {
+        uint32_t cccv = quickCheck< form >( chs[i] );
+
+        if( cccv >= LOOK_CLOSER || ( i > 0 && cccv > 0 && quickCheck< form >( chs[i - 1] ) > cccv ) )
+            return false;
+    }
+
+    return true;
+}
+
 // The number of characters for the next piece, by that of the last one and that of the characters in groups before it.
 inline QV_INT nextPiece( QV_INT piece, QV_INT whole )
 {
@@ -78,6 +93,28 @@ inline QV_INT lastStarter( const QV_CHAR *chs, QV_INT end )
     return i;
 }
 
+// The number of characters at the start in whole groups that are in the form: with vectors of 64 bytes starters and
+// marks, else starters. `last` is as in checkRun().
+template< QV_INT form >
+inline QV_INT checkOrdered( const QV_CHAR *chs, QV_INT count, uint32_t *last )
+{
+    if( !qv::vectors::has64() )
+    {
+        QV_INT whole = checkGroups< form >( chs, count );
+        *last        = whole > 0 ? 0 : *last;
+
+        return whole;
+    }
+
+    // A mark of class 1 comes before all others, so that it need not be told from a starter.
+    uint32_t cccv  = *last + ( *last != 0 );
+    QV_INT   whole = qv::orderedGroups64( chs, count, inertBits + form * 512, markClasses + form * 256, &cccv );
+    QV_ASSERT( areOrdered< form >( chs, whole ) );
+    *last = cccv - ( cccv != 0 );
+
+    return whole;
+}
+
 // The length for which a text is in the form.
 template< QV_INT form >
 Run checkRun( const QV_CHAR *chs, QV_INT count )
@@ -90,11 +127,12 @@ Run checkRun( const QV_CHAR *chs, QV_INT count )
 
     while( i < count && holds )
     {
-        QV_INT whole = checkGroups< form >( chs + i, count - i );
+        QV_INT whole = checkOrdered< form >( chs + i, count - i, &last );
         piece        = nextPiece( piece, whole );
-        last         = whole > 0 ? 0 : last;
-        marks        = whole > 0 ? 0 : marks;
         i += whole;
+
+        if( whole > 0 )
+            marks = i - 1 - lastStarter< form >( chs, i );
 
         // Starters and marks take the same way without a branch, since no prediction of the next one would be right.
         for( QV_INT end = i + piece < count ? i + piece : count; i < end; i++ )

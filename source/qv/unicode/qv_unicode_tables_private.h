@@ -19,6 +19,7 @@ extern const uint8_t  decimalBlocks[], decimal[];
 extern const uint8_t  scriptBlocks[], script[];
 extern const uint8_t  upperBlocks[], lowerBlocks[], foldBlocks[];
 extern const uint16_t upper[], lower[], fold[];
+extern const uint16_t upperDistances[], lowerDistances[], foldDistances[];
 extern const QV_CHAR  caseMappings[];
 extern const uint8_t  decompositionBlocks[];
 extern const uint16_t decomposition[];
@@ -27,6 +28,7 @@ extern const uint8_t  canonicalBlocks[], compatibleBlocks[];
 extern const uint16_t canonical[], compatible[];
 extern const uint32_t fullDecompositions[];
 extern const uint8_t  nfcBlocks[], nfkcBlocks[], nfc[], nfkc[];
+extern const uint8_t  inertBits[4 * 512], markClasses[4 * 256]; // in the order of the forms
 extern const uint8_t  compositionFirstBlocks[];
 extern const uint16_t compositionFirst[];
 extern const uint8_t  compositionSecondBlocks[], compositionSecond[];
@@ -51,6 +53,10 @@ struct Mapping
     const QV_CHAR *chars;
     QV_INT         length;
 };
+
+/** What the tables of distances have for a character that maps to more than one. For all others they have what its
+    lowest 16 bits grow by, modulo 2^16; the bits above stay. */
+const uint16_t LONGER_MAPPING = 0x8000;
 
 /** The mapping for a value of the tables of cases: the length in the upper two bits, the place of the mapping below. */
 inline Mapping caseMapping( uint16_t value )

@@ -1,0 +1,273 @@
+#include "qv/sys/qv_utf8_private.h"
+#include "qv/sys/qv_vectors_64_private.h"
+
+using namespace qv::utf8;
+
+// Vectors of 64 bytes. Loads and stores take any number of bytes by a mask, so that short texts and what is left over
+// need no other code, and an instruction moves the chosen bytes of a vector together: on decoding the places where
+// characters end, on encoding the bytes that they need. No step depends on the lengths of the characters.
+
+#ifdef QV___CPU_FEATURES
+
+using namespace qv::vectors;
+
+namespace
+{
+// Which byte of a vector comes to each place of another.
+struct Places
+{
+    // The byte so many places before.
+    static constexpr Places shifted( int by )
+    {
+        Places all{};
+
+        for( int i = 0; i < 64; i++ )
+            all.places[i] = static_cast< uint8_t >( ( i - by ) & 63 );
+
+        return all;
+    }
+
+    alignas( 64 ) uint8_t places[64];
+};
+
+constexpr Places BACK[] = { Places::shifted( 0 ), Places::shifted( 1 ), Places::shifted( 2 ), Places::shifted( 3 ) };
+
+// For each character that ends in a block the byte `back` places before its last one, or 0 for those that have less;
+// `follow` tells which last bytes have so many before them.
+QV___KERNEL_64 inline __m512i bytesBefore( __m512i bytes, int back, uint64_t follow, uint64_t ends )
+{
+    __m512i there = _mm512_maskz_permutexvar_epi8( follow, _mm512_load_si512( BACK[back].places ), bytes );
+    return unpackable( _mm512_maskz_compress_epi8( ends, there ) );
+}
+
+// Decodes the ASCII that bytes begin with, in groups of 16, of which the last one may be shorter. Returns how many.
+QV___KERNEL_64 inline QV_INT decodeAscii( const uint8_t *in, const uint8_t *inEnd, QV_CHAR *out, const QV_CHAR *outEnd )
+{
+    QV_INT room = inEnd - in < outEnd - out ? inEnd - in : outEnd - out;
+    QV_INT done = 0;
+
+    for( ; room - done >= 64; done += 64 )
+    {
+        if( _mm512_movepi8_mask( _mm512_loadu_si512( in + done ) ) != 0 )
+            break;
+
+        for( int k = 0; k < 64; k += 16 )
+        {
+            __m128i part = _mm_loadu_si128( reinterpret_cast< const __m128i * >( in + done + k ) );
+            _mm512_storeu_si512( out + done + k, _mm512_cvtepu8_epi32( part ) );
+        }
+    }
+
+    while( done < room )
+    {
+        QV_INT  count = room - done < 16 ? room - done : 16;
+        __m128i part  = _mm_maskz_loadu_epi8( static_cast< __mmask16 >( lowest( count ) ), in + done );
+
+        if( _mm_movemask_epi8( part ) != 0 )
+            break;
+
+        store16( out + done, _mm512_cvtepu8_epi32( part ), count );
+        done += count;
+    }
+
+    return done;
+}
+
+// Writes the bytes of a vector that the bits of `kept` tell, `size` of them, one after the other.
+QV___KERNEL_64 inline void storeKept( uint8_t *to, __m512i bytes, uint64_t kept, QV_INT size )
+{
+    _mm512_mask_storeu_epi8( to, lowest( size ), _mm512_maskz_compress_epi8( kept, bytes ) );
+}
+} // namespace
+
+// Decodes the characters that end in a block of 61 bytes; the three bytes before it are loaded with it, for what began
+// there. So the next block does not wait for this one. The load of bytes before the first is masked out.
+QV___KERNEL_64 void qv::utf8::decodeBlocks64( Decoded &done, const uint8_t *inEnd, const QV_CHAR *outEnd )
+{
+    const QV_INT BEFORE = LONGEST - 1, BLOCK = 64 - BEFORE;
+
+    const uint8_t *in   = done.in;
+    QV_CHAR       *out  = done.out;
+    uint64_t       seen = 0; // which of the bytes before the block are loaded
+
+    while( in < inEnd )
+    {
+        QV_INT   count = inEnd - in < BLOCK ? inEnd - in : BLOCK;
+        uint64_t block = lowest( count ) << BEFORE;
+        __m512i  bytes = _mm512_maskz_loadu_epi8( block | seen, in - BEFORE );
+        uint64_t other = static_cast< uint64_t >( _mm512_movepi8_mask( bytes ) );
+
+        if( other == 0 && outEnd - out >= count )
+        {
+            QV_INT ascii = decodeAscii( in, inEnd, out, outEnd );
+            in += ascii;
+            out += ascii;
+            seen = 0; // ASCII is complete
+            continue;
+        }
+
+        uint64_t lead  = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xC0 ) ) );
+        uint64_t lead3 = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xE0 ) ) );
+        uint64_t lead4 = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xF0 ) ) );
+        uint64_t above = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xF4 ) ) );
+
+        // A block is well formed whose following bytes stand just where the first bytes demand them. With a first
+        // byte of F4 the value may be too high, above that nothing is good.
+        uint64_t follow   = other & ~lead;
+        uint64_t demanded = lead << 1 | lead3 << 2 | lead4 << 3;
+        uint64_t ends     = ( ~other | ( lead & ~lead3 ) << 1 | ( lead3 & ~lead4 ) << 2 | lead4 << 3 ) & block;
+        QV_INT   chars    = __builtin_popcountll( ends );
+
+        if( ( ( follow ^ demanded ) & block ) || above || outEnd - out < chars )
+            break;
+
+        // What the bytes have of the values, by their upper halves.
+        const __m512i masks = _mm512_broadcast_i32x4(
+            _mm_setr_epi8( 127, 127, 127, 127, 127, 127, 127, 127, 63, 63, 63, 63, 31, 31, 15, 7 ) );
+        __m512i kinds = _mm512_and_si512( _mm512_srli_epi16( bytes, 4 ), _mm512_set1_epi8( 15 ) );
+        __m512i bits  = _mm512_and_si512( bytes, _mm512_shuffle_epi8( masks, kinds ) );
+
+        // The lower 12 bits of all characters in lanes of two bytes, and the upper ones where there are any.
+        const __m512i pair  = repeat16( 0x40014001 );
+        __m512i       last  = bytesBefore( bits, 0, ~UINT64_C( 0 ), ends );
+        __m512i       third = bytesBefore( bits, 1, follow, ends );
+        __m512i       low   = _mm512_maddubs_epi16( _mm512_unpacklo_epi8( last, third ), pair );
+        __m512i       high  = _mm512_maddubs_epi16( _mm512_unpackhi_epi8( last, third ), pair );
+        __m512i       zero  = _mm512_setzero_si512();
+        __m512i       parts[4];
+
+        if( lead3 == 0 )
+        {
+            parts[0] = _mm512_unpacklo_epi16( low, zero );
+            parts[1] = _mm512_unpackhi_epi16( low, zero );
+            parts[2] = _mm512_unpacklo_epi16( high, zero );
+            parts[3] = _mm512_unpackhi_epi16( high, zero );
+        }
+        else
+        {
+            uint64_t      follow2 = follow & follow << 1;
+            __m512i       second  = bytesBefore( bits, 2, follow2, ends );
+            __m512i       first   = lead4 ? bytesBefore( bits, 3, follow2 & follow << 2, ends ) : zero;
+            __m512i       upLow   = _mm512_maddubs_epi16( _mm512_unpacklo_epi8( second, first ), pair );
+            __m512i       upHigh  = _mm512_maddubs_epi16( _mm512_unpackhi_epi8( second, first ), pair );
+            const __m512i weights = repeat16( 0x10000001 );
+
+            parts[0] = _mm512_madd_epi16( _mm512_unpacklo_epi16( low, upLow ), weights );
+            parts[1] = _mm512_madd_epi16( _mm512_unpackhi_epi16( low, upLow ), weights );
+            parts[2] = _mm512_madd_epi16( _mm512_unpacklo_epi16( high, upHigh ), weights );
+            parts[3] = _mm512_madd_epi16( _mm512_unpackhi_epi16( high, upHigh ), weights );
+        }
+
+        for( int k = 0; k < 4 && 16 * k < chars; k++ )
+            store16( out + 16 * k, parts[k], chars - 16 * k );
+
+        seen = lowest( BEFORE );
+        in += count;
+        out += chars;
+    }
+
+    // Back to the start of a character that has not ended.
+    for( int back = 1; back <= BEFORE && in - back >= done.in; back++ )
+        if( following( in[-back] ) >= back )
+        {
+            in -= back;
+            break;
+        }
+
+    done = { in, out };
+}
+
+QV___KERNEL_64 void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEnd, const uint8_t *outEnd )
+{
+    // The bytes of a character by their places in its lane.
+    const uint64_t LAST = UINT64_C( 0x8888888888888888 ), THIRD = LAST >> 1, SECOND = LAST >> 2, FIRST = LAST >> 3;
+    const uint64_t LOW = UINT64_C( 0x5555555555555555 ), HIGH = LOW << 1;
+
+    const QV_CHAR *in = done.in;
+    uint8_t       *to = done.out;
+
+    while( in < inEnd )
+    {
+        QV_INT  count = inEnd - in < 32 ? inEnd - in : 32;
+        QV_INT  half  = count < 16 ? count : 16;
+        __m512i a     = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( lowest( half ) ), in );
+        __m512i b     = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( lowest( count - half ) ), in + half );
+        __m512i both  = _mm512_or_si512( a, b );
+
+        if( _mm512_test_epi32_mask( both, repeat16( ~0x7Fu ) ) == 0 )
+        {
+            if( outEnd - to < count )
+                break;
+
+            __m256i bytes = _mm256_set_m128i( _mm512_cvtepi32_epi8( b ), _mm512_cvtepi32_epi8( a ) );
+            _mm256_mask_storeu_epi8( to, static_cast< __mmask32 >( lowest( count ) ), bytes );
+            in += count;
+            to += count;
+            continue;
+        }
+
+        if( _mm512_test_epi32_mask( both, repeat16( ~0x7FFu ) ) == 0 )
+        {
+            // One or two bytes each, in lanes of two, the first one lower.
+            __m512i chars = _mm512_inserti64x4(
+                _mm512_castsi256_si512( _mm512_cvtepi32_epi16( a ) ), _mm512_cvtepi32_epi16( b ), 1 );
+            __mmask32 two  = _mm512_cmpge_epu16_mask( chars, _mm512_set1_epi16( 0x80 ) );
+            __m512i   last = _mm512_slli_epi16( _mm512_and_si512( chars, _mm512_set1_epi16( 0x3F ) ), 8 );
+            __m512i   pair = _mm512_or_si512( last, _mm512_srli_epi16( chars, 6 ) );
+            pair           = _mm512_or_si512( pair, _mm512_set1_epi16( static_cast< short >( 0x80C0 ) ) );
+            uint64_t kept  = _pdep_u64( lowest( count ), LOW ) | _pdep_u64( two, HIGH );
+            QV_INT   size  = __builtin_popcountll( kept );
+
+            if( outEnd - to < size )
+                break;
+
+            storeKept( to, _mm512_mask_mov_epi16( chars, two, pair ), kept, size );
+            in += count;
+            to += size;
+            continue;
+        }
+
+        if( _mm512_cmpge_epu32_mask( a, repeat16( 0x110000 ) ) != 0 )
+            break;
+
+        // The bytes in lanes of four, the last one highest, with the marks that the length demands.
+        __mmask16 two    = _mm512_cmpge_epu32_mask( a, repeat16( 0x80 ) );
+        __mmask16 three  = _mm512_cmpge_epu32_mask( a, repeat16( 0x800 ) );
+        __mmask16 isFour = _mm512_cmpge_epu32_mask( a, repeat16( 0x10000 ) );
+
+        __m512i marks = _mm512_maskz_mov_epi32( two, repeat16( 0x80C00000 ) );
+        marks         = _mm512_mask_mov_epi32( marks, three, repeat16( 0x8080E000 ) );
+        marks         = _mm512_mask_mov_epi32( marks, isFour, repeat16( 0x808080F0 ) );
+
+        __m512i last   = _mm512_slli_epi32( _mm512_mask_and_epi32( a, two, a, repeat16( 0x3F ) ), 24 );
+        __m512i second = _mm512_and_si512( _mm512_slli_epi32( a, 10 ), repeat16( 0x3F0000 ) );
+        __m512i third  = _mm512_and_si512( _mm512_srli_epi32( a, 4 ), repeat16( 0x3F00 ) );
+        __m512i fourth = _mm512_srli_epi32( a, 18 );
+        __m512i bytes  = _mm512_or_si512( _mm512_or_si512( last, second ), _mm512_or_si512( third, fourth ) );
+
+        uint64_t kept = _pdep_u64( lowest( half ), LAST ) | _pdep_u64( two, THIRD ) | _pdep_u64( three, SECOND )
+                        | _pdep_u64( isFour, FIRST );
+        QV_INT size = __builtin_popcountll( kept );
+
+        if( outEnd - to < size )
+            break;
+
+        storeKept( to, _mm512_or_si512( bytes, marks ), kept, size );
+        in += half;
+        to += size;
+    }
+
+    done = { in, to };
+}
+
+#else
+
+void qv::utf8::decodeBlocks64( Decoded &, const uint8_t *, const QV_CHAR * )
+{
+}
+
+void qv::utf8::encodeBlocks64( Encoded &, const QV_CHAR *, const uint8_t * )
+{
+}
+
+#endif

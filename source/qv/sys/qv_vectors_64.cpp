@@ -1,0 +1,179 @@
+#include "qv/sys/qv_vectors_64_private.h"
+#include "qv/sys/qv_vectors_private.h"
+
+#ifdef QV___CPU_FEATURES
+
+using namespace qv::vectors;
+
+namespace
+{
+// A table of 256 bytes in registers, each half of it for one look-up.
+struct Table
+{
+    __m512i quarters[4];
+};
+
+QV___KERNEL_64 inline Table tableOf( const uint8_t *bytes )
+{
+    return {
+        _mm512_loadu_si512( bytes ), _mm512_loadu_si512( bytes + 64 ), _mm512_loadu_si512( bytes + 128 ),
+        _mm512_loadu_si512( bytes + 192 ) };
+}
+
+QV___KERNEL_64 inline __m512i lookUp( const Table &table, __m512i at )
+{
+    __m512i lower = _mm512_permutex2var_epi8( table.quarters[0], at, table.quarters[1] );
+    __m512i upper = _mm512_permutex2var_epi8( table.quarters[2], at, table.quarters[3] );
+
+    return _mm512_mask_mov_epi8( lower, _mm512_movepi8_mask( at ), upper );
+}
+
+// In each lane the bit that its 3 lowest bits tell.
+QV___KERNEL_64 inline __m512i bitAt( __m512i place )
+{
+    return _mm512_sllv_epi32( repeat16( 1 ), _mm512_and_si512( place, repeat16( 7 ) ) );
+}
+} // namespace
+
+QV___KERNEL_64 QV_INT qv::decodeBytes64(
+    const vectors::ByteChars &chars, const uint8_t *bytes, QV_INT count, QV_CHAR *to )
+{
+    const __m512i none = _mm512_set1_epi8( -1 );
+    const __m512i zero = _mm512_setzero_si512();
+
+    const Table low  = tableOf( chars.low );
+    const Table high = tableOf( chars.high );
+    QV_INT      done = 0;
+
+    while( done < count )
+    {
+        QV_INT    size   = count - done < 64 ? count - done : 64;
+        __mmask64 loaded = _bzhi_u64( ~UINT64_C( 0 ), unsigned( size ) );
+        __m512i   in     = _mm512_maskz_loadu_epi8( loaded, bytes + done );
+        in               = unpackable( in );
+        __m512i lower    = lookUp( low, in );
+        __m512i upper    = lookUp( high, in );
+
+        // The bytes that are not there count as byte 0, which has a character in all tables, else they end the run.
+        if( _mm512_cmpeq_epi8_mask( _mm512_and_si512( lower, upper ), none ) != 0 )
+            break;
+
+        __m512i first  = _mm512_unpacklo_epi8( lower, upper );
+        __m512i second = _mm512_unpackhi_epi8( lower, upper );
+        store16( to + done, _mm512_unpacklo_epi16( first, zero ), size );
+        store16( to + done + 16, _mm512_unpackhi_epi16( first, zero ), size - 16 );
+        store16( to + done + 32, _mm512_unpacklo_epi16( second, zero ), size - 32 );
+        store16( to + done + 48, _mm512_unpackhi_epi16( second, zero ), size - 48 );
+        done += size;
+    }
+
+    return done;
+}
+
+QV___KERNEL_64 QV_INT qv::orderedGroups64(
+    const QV_CHAR *chs, QV_INT count, const uint8_t *inert, const uint8_t *classes, uint32_t *last )
+{
+    const Table   blocks = tableOf( inert ), singles = tableOf( inert + 256 ), marks = tableOf( classes );
+    const __m512i ascii = repeat16( ~0x7Fu ), zero = _mm512_setzero_si512();
+
+    __m512i before  = repeat16( *last ); // the classes of the last 16
+    bool    isAscii = true;
+    QV_INT  i       = 0;
+
+    for( ; i + 16 <= count; i += 16 )
+    {
+        for( ; isAscii && i + 64 + 16 <= count; i += 64 )
+        {
+            __m512i all = _mm512_or_si512(
+                _mm512_or_si512( _mm512_loadu_si512( chs + i ), _mm512_loadu_si512( chs + i + 16 ) ),
+                _mm512_or_si512( _mm512_loadu_si512( chs + i + 32 ), _mm512_loadu_si512( chs + i + 48 ) ) );
+
+            if( _mm512_test_epi32_mask( all, ascii ) != 0 )
+                break;
+
+            before = zero;
+        }
+
+        // The bits of the blocks of 32 characters: their bytes by the upper 8 bits, their places by the next 3.
+        __m512i   in    = _mm512_loadu_si512( chs + i );
+        __m512i   bytes = lookUp( blocks, _mm512_srli_epi32( in, 8 ) );
+        __mmask16 known = _mm512_cmplt_epu32_mask( in, repeat16( 0x10000 ) );
+        __mmask16 stay  = _mm512_mask_test_epi32_mask( known, bytes, bitAt( _mm512_srli_epi32( in, 5 ) ) );
+
+        isAscii = _mm512_test_epi32_mask( in, ascii ) == 0;
+
+        if( stay == 0xFFFF )
+        {
+            before = zero;
+            continue;
+        }
+
+        // The classes, by the 7 lowest bits and which of the blocks it is.
+        __mmask16 first  = _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( 0x300 ) ), repeat16( 0x80 ) );
+        __mmask16 second = _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( 0x580 ) ), repeat16( 0x80 ) );
+
+        // Single characters where the blocks are not enough.
+        if( ( stay | first | second ) != 0xFFFF )
+        {
+            __mmask16 low = _mm512_cmplt_epu32_mask( in, repeat16( 0x800 ) );
+            stay |= _mm512_mask_test_epi32_mask( low, lookUp( singles, _mm512_srli_epi32( in, 3 ) ), bitAt( in ) );
+        }
+
+        __mmask16 isNear = static_cast< __mmask16 >( ~stay & ( first | second ) );
+        __m512i   at     = _mm512_and_si512( in, repeat16( 0x7F ) );
+        at               = _mm512_mask_or_epi32( at, second, at, repeat16( 0x80 ) );
+        __m512i   now    = _mm512_maskz_and_epi32( isNear, lookUp( marks, at ), repeat16( 255 ) );
+        __m512i   prev   = _mm512_alignr_epi32( now, before, 15 );
+        __mmask16 isMark = _mm512_test_epi32_mask( now, now );
+
+        if( ( stay | isNear ) != 0xFFFF || isMark == 0xFFFF || _mm512_cmpeq_epi32_mask( now, repeat16( 255 ) ) != 0
+            || _mm512_mask_cmplt_epu32_mask( isMark, now, prev ) != 0 )
+            break;
+
+        before = now;
+    }
+
+    if( i > 0 )
+        *last = static_cast< uint32_t >( _mm_extract_epi32( _mm512_extracti32x4_epi32( before, 3 ), 3 ) );
+
+    return i;
+}
+
+QV___KERNEL_64 QV_INT qv::findLineEnd64( const QV_CHAR *chs, QV_INT offset, QV_INT length )
+{
+    for( ; offset < length; offset += 16 )
+    {
+        QV_INT    count  = length - offset < 16 ? length - offset : 16;
+        __mmask16 loaded = static_cast< __mmask16 >( _bzhi_u32( 0xFFFF, static_cast< unsigned >( count ) ) );
+        __m512i   in     = _mm512_maskz_loadu_epi32( loaded, chs + offset );
+        __m512i   more   = _mm512_sub_epi32( in, repeat16( U'\n' ) );
+        __m512i   even   = _mm512_and_si512( in, repeat16( ~1u ) );
+        unsigned  ends   = _mm512_cmple_epu32_mask( more, repeat16( U'\r' - U'\n' ) )
+                        | _mm512_cmpeq_epi32_mask( in, repeat16( 0x85 ) )
+                        | _mm512_cmpeq_epi32_mask( even, repeat16( 0x2028 ) );
+
+        if( ends )
+            return offset + __builtin_ctz( ends );
+    }
+
+    return length;
+}
+
+#else
+
+QV_INT qv::findLineEnd64( const QV_CHAR *, QV_INT, QV_INT length )
+{
+    return length;
+}
+
+QV_INT qv::orderedGroups64( const QV_CHAR *, QV_INT, const uint8_t *, const uint8_t *, uint32_t * )
+{
+    return 0;
+}
+
+QV_INT qv::decodeBytes64( const vectors::ByteChars &, const uint8_t *, QV_INT, QV_CHAR * )
+{
+    return 0;
+}
+
+#endif
