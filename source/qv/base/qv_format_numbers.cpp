@@ -7,6 +7,7 @@
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_real.h"
+#include "qv/sys/qv_real_private.h"
 
 #include <algorithm>
 #include <array>
@@ -249,7 +250,7 @@ QV_CHAR *writeDigitsOfReal( QV_CHAR *to, QV_REAL *value, QV_REAL base, QV_REAL s
     {
         QV_REAL q = *value / scale;
         *to++     = digitOfReal( q, map );
-        *value    = fma( -qvRealTrunc( q ), scale, *value );
+        *value    = qv___RealMultiplyAdd( -qvRealTrunc( q ), scale, *value );
     }
 
     return to;
@@ -260,7 +261,7 @@ QV_CHAR *writeFractionOfReal( QV_CHAR *to, QV_REAL value, QV_REAL base, QV_INT c
     for( ; count > 0; count-- )
     {
         QV_REAL x = base * value;
-        *to++     = digitOfReal( fma( -base, qvRealTrunc( value ), x ) / base * base, map );
+        *to++     = digitOfReal( qv___RealMultiplyAdd( -base, qvRealTrunc( value ), x ) / base * base, map );
         value     = x;
     }
 
