@@ -11,6 +11,7 @@
 #ifndef QV_LOCK_WORD_PRIVATE_H
 #define QV_LOCK_WORD_PRIVATE_H
 
+#include "qv/sys/qv_atomic.h"
 #include "qv/sys/qv_types.h"
 
 struct QV___LOCK_WORD
@@ -27,6 +28,12 @@ namespace qv
 /** Takes the lock if it is free. */
 inline bool tryAcquire( QV___LOCK_WORD *lock )
 {
+    if( QV___ONE_THREAD() && lock->held == 0 )
+    {
+        lock->held = 1;
+        return true;
+    }
+
     int32_t found = 0;
     return __atomic_compare_exchange_n( &lock->held, &found, 1, false, __ATOMIC_ACQUIRE, __ATOMIC_RELAXED );
 }
