@@ -356,6 +356,20 @@ void qv::encodeReal( TextBuilder &text, QV_REAL value, QV_INT base, QV_INT minWi
 
 QV_STRING *qvFormatEncodeInt( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT flags )
 {
+    // Nothing but a sign and decimal digits goes into its String at once.
+    if( base == 10 && minWidth == 0 && flags == 0 )
+    {
+        uint64_t   magnitude = value < 0 ? -static_cast< uint64_t >( value ) : static_cast< uint64_t >( value );
+        int        digits    = countDigits( magnitude, 10 );
+        QV_STRING *text      = qv::createString( digits + ( value < 0 ) );
+
+        if( value < 0 )
+            *qv::chars( text ) = U'-';
+
+        writeDecimal( qv::chars( text ) + text->length, magnitude, digits );
+        return text;
+    }
+
     qv::TextBuilder text;
     qv::encodeInt( text, value, base, minWidth, flags );
 
