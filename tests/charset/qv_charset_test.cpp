@@ -72,6 +72,16 @@ TEST( Charset, ChosenNamesOfChosenCharsets )
     }
 
     EXPECT_EQ( -1, fromIanaName( "utf-8 " ) );
+    EXPECT_EQ( -1, fromIanaName( "" ) );
+    EXPECT_EQ( -1, fromIanaName( "utf-" ) );
+    EXPECT_EQ( -1, fromIanaName( "windows-12588" ) );
+    EXPECT_EQ( QV_CHARSET_KOI_8R, fromIanaName( "\u212Aoi8-r" ) ); // the sign for Kelvin folds to a letter
+    EXPECT_EQ( QV_CHARSET_UTF_8, qvCharsetFromString( text( "\tQV_CHARSET_UTF_8 " ) ) );
+    EXPECT_EQ( QV_CHARSET_UTF_32_LE, qvCharsetFromString( text( " 50" ) ) );
+    EXPECT_EQ( "QV_CHARSET_MSFT_CP037", take( qvCharsetToString( QV_CHARSET_MSFT_CP037 ) ) );
+
+    for( const char *none : { "51", "-1", "QV_CHARSET_UTF", "qv_charset_utf_8", "" } )
+        EXPECT_EQ( -1, qvCharsetFromString( text( none ) ) ) << none;
     EXPECT_EQ( -1, fromIanaName( "20127 us" ) );
 }
 

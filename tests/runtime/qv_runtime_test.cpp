@@ -4,6 +4,7 @@
 #include "qv/base/qv_store.h"
 #include "qv/base/qv_time.h"
 #include "qv/base/qv_time_private.h"
+#include "qv/base/qv_timer.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort_private.h"
@@ -396,3 +397,23 @@ TEST( Runtime, StartAndStopLeaveNothingBehind )
     EXPECT_EQ( "none;none;none;", growth );
 }
 #endif
+
+TEST( Runtime, TheTimerThreadStartsWithTheFirstTimer )
+{
+    auto threads = []
+    { return std::distance( fs::directory_iterator( "/proc/self/task" ), fs::directory_iterator() ); };
+
+    EXPECT_EQ(
+        "0 1 1", inRun(
+                     [&]
+                     {
+                         auto started = threads();
+                         restart( 0 );
+                         say( std::to_string( threads() - started ) + " " );
+
+                         Ref< QV_TIMER > timer( qvTimerCreate( []( QV_OBJ * ) {}, nullptr ) );
+                         say( std::to_string( threads() - started ) + " " );
+                         timer.reset( qvTimerCreate( []( QV_OBJ * ) {}, nullptr ) );
+                         say( std::to_string( threads() - started ) );
+                     } ) );
+}
