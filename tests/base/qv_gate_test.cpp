@@ -2,7 +2,7 @@
 #include "qv_test_support.h"
 
 #include "qv/base/qv_barrier.h"
-#include "qv/base/qv_monitor_private.h"
+#include "qv/base/qv_monitor.h"
 #include "qv/base/qv_nanoseconds.h"
 #include "qv/base/qv_region.h"
 
@@ -57,7 +57,7 @@ TEST( Monitor, OneThreadAtATime )
             {
                 for( int round = 0; round < 5000; round++ )
                 {
-                    qv::HeldMonitor held( monitor );
+                    qvMonitorEnter( monitor );
                     EXPECT_EQ( 1, ++inside );
                     sum++;
 
@@ -65,6 +65,7 @@ TEST( Monitor, OneThreadAtATime )
                         std::this_thread::sleep_for( std::chrono::microseconds( 100 ) );
 
                     --inside;
+                    qvMonitorLeave( monitor );
                 }
             } );
 

@@ -7,7 +7,7 @@
 
 struct QV_MONITOR : QV_OBJ
 {
-    QV___LOCK_WORD lock;
+    qv::LockWord lock;
 };
 
 namespace qv

@@ -25,7 +25,7 @@ bool fenceEverywhere()
            && syscall( SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0 ) == 0;
 }
 
-bool acquireSoon( QV___LOCK_WORD *lock )
+bool acquireSoon( qv::LockWord *lock )
 {
     for( int i = 0; i < LOOKS; i++ )
     {
@@ -41,21 +41,23 @@ bool acquireSoon( QV___LOCK_WORD *lock )
 }
 } // namespace
 
-void qv::acquire( QV___LOCK_WORD *lock )
+qv::WaitingThreads qv::waitingThreads[WAITING] = {};
+
+void qv::acquire( LockWord *lock )
 {
     if( acquireSoon( lock ) )
         return;
 
-    __atomic_add_fetch( &lock->waiting, 1, __ATOMIC_SEQ_CST );
+    __atomic_add_fetch( waitingFor( lock ), 1, __ATOMIC_SEQ_CST );
     const timespec *limit = fenceEverywhere() ? nullptr : &LOOK_AGAIN;
 
     while( !tryAcquire( lock ) )
         syscall( SYS_futex, &lock->held, FUTEX_WAIT_PRIVATE, 1, limit, nullptr, 0 );
 
-    __atomic_add_fetch( &lock->waiting, -1, __ATOMIC_SEQ_CST );
+    __atomic_add_fetch( waitingFor( lock ), -1, __ATOMIC_SEQ_CST );
 }
 
-void qv___LockWordWake( QV___LOCK_WORD *lock )
+void qv::wake( LockWord *lock )
 {
     syscall( SYS_futex, &lock->held, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0 );
 }
