@@ -5,21 +5,12 @@
 #include <algorithm>
 #include <bit>
 
+// Where the compiler knows an instruction, or has no integers of the width that the plain form needs.
 #if defined( __FP_FAST_FMA ) || !defined( __SIZEOF_INT128__ )
+#define COMPILERS_OWN
+#endif
 
-// The compiler knows an instruction, or there are no integers of the width that the plain form needs.
-QV_REAL qv___RealMultiplyAdd( QV_REAL x, QV_REAL y, QV_REAL z )
-{
-    return __builtin_fma( x, y, z );
-}
-
-QV_REAL qv___RealMultiplyAddPlain( QV_REAL x, QV_REAL y, QV_REAL z )
-{
-    return __builtin_fma( x, y, z );
-}
-
-#else
-
+#ifndef COMPILERS_OWN
 namespace
 {
 __extension__ typedef unsigned __int128 Wide;
@@ -97,12 +88,23 @@ QV_REAL roundToReal( Wide mantissa, int exponent, bool negative )
 
     return std::bit_cast< QV_REAL >( sign | ( ( biased << FRACTION_BITS ) + result ) );
 }
+
+#ifdef QV___CPU_FEATURES
+__attribute__( ( target( "fma" ) ) ) QV_REAL multiplyAdd( QV_REAL x, QV_REAL y, QV_REAL z )
+{
+    return __builtin_fma( x, y, z );
+}
+#endif
 } // namespace
+#endif
 
 // The product of two mantissas has 106 bits, so that all of it and the sum, but for bits far below the result's last
 // one, fit an integer of 128.
 QV_REAL qv___RealMultiplyAddPlain( QV_REAL x, QV_REAL y, QV_REAL z )
 {
+#ifdef COMPILERS_OWN
+    return __builtin_fma( x, y, z );
+#else
     const uint64_t INFINITE = UINT64_C( 0x7FF ) << FRACTION_BITS;
     auto isFinite = []( QV_REAL value ) { return ( std::bit_cast< uint64_t >( value ) & INFINITE ) != INFINITE; };
 
@@ -137,26 +139,15 @@ QV_REAL qv___RealMultiplyAddPlain( QV_REAL x, QV_REAL y, QV_REAL z )
         return roundToReal( big.mantissa + low, big.exponent, bigNegative );
 
     return big.mantissa == low ? 0.0 : roundToReal( big.mantissa - low, big.exponent, bigNegative );
-}
-
-#ifdef QV___CPU_FEATURES
-namespace
-{
-__attribute__( ( target( "fma" ) ) ) QV_REAL multiplyAdd( QV_REAL x, QV_REAL y, QV_REAL z )
-{
-    return __builtin_fma( x, y, z );
-}
-} // namespace
 #endif
+}
 
 QV_REAL qv___RealMultiplyAdd( QV_REAL x, QV_REAL y, QV_REAL z )
 {
-#ifdef QV___CPU_FEATURES
+#if defined( QV___CPU_FEATURES ) && !defined( COMPILERS_OWN )
     if( CPU_FEATURE_ACTIVE( FMA ) )
         return multiplyAdd( x, y, z );
 #endif
 
     return qv___RealMultiplyAddPlain( x, y, z );
 }
-
-#endif
