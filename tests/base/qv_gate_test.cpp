@@ -7,6 +7,7 @@
 #include "qv/base/qv_barrier.h"
 #include "qv/base/qv_condset.h"
 #include "qv/base/qv_counter.h"
+#include "qv/base/qv_monitor.h"
 #include "qv/base/qv_nanoseconds.h"
 #include "qv/base/qv_region.h"
 #include "qv/base/qv_timestamp.h"
@@ -14,9 +15,14 @@
 
 #include <atomic>
 #include <barrier>
+#include <cerrno>
+#include <chrono>
+#include <cstdarg>
 #include <thread>
 #include <vector>
 
+#include <dlfcn.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 using qv::Ref;
@@ -25,6 +31,59 @@ using namespace qv::test;
 namespace
 {
 const QV_INT SECOND = 1000, HOUR = 3600 * SECOND; // milliseconds
+
+bool fencesAreRefused = false; // the kernel runs no fences for other threads, as old and locked ones don't
+} // namespace
+
+extern "C" long syscall( long number, ... ) noexcept
+{
+    if( number == SYS_membarrier && fencesAreRefused )
+        return errno = ENOSYS, -1;
+
+    va_list list;
+    va_start( list, number );
+    long values[6];
+
+    for( long &value : values )
+        value = va_arg( list, long );
+
+    va_end( list );
+
+    auto real = reinterpret_cast< long ( * )( long, ... ) >( dlsym( RTLD_NEXT, "syscall" ) );
+    return real( number, values[0], values[1], values[2], values[3], values[4], values[5] );
+}
+
+// Now and then a thread holds the monitor for so long that the others fall asleep.
+TEST( Monitor, OneThreadAtATime )
+{
+    for( bool refused : { false, true } )
+    {
+        Ref< QV_MONITOR > monitor( qvMonitorCreate() );
+        int               inside = 0, sum = 0;
+        fencesAreRefused = refused;
+
+        onThreads(
+            4,
+            [&]( int )
+            {
+                for( int round = 0; round < 5000; round++ )
+                {
+                    qvMonitorEnter( monitor );
+                    EXPECT_EQ( 1, ++inside );
+                    sum++;
+
+                    if( round % 100 == 0 )
+                        std::this_thread::sleep_for( std::chrono::microseconds( 100 ) );
+
+                    --inside;
+                    qvMonitorLeave( monitor );
+                }
+            } );
+
+        EXPECT_EQ( 20000, sum );
+    }
+
+    fencesAreRefused = false;
 }
 
 TEST( Region, WritersAreAlone )

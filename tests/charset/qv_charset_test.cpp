@@ -39,11 +39,22 @@ TEST( Charset, ChosenNamesOfChosenCharsets )
         { "65001", QV_CHARSET_UTF_8 },
         { "1201", QV_CHARSET_UTF_16_BE },
         { "csUnicode", QV_CHARSET_UTF_16_BE },
+        { "\u212Aoi8-r", QV_CHARSET_KOI_8R }, // the sign for Kelvin folds to a letter
+        { "", -1 },
+        { "utf-", -1 },
+        { "windows-12588", -1 },
         { "utf-8 ", -1 },
         { "20127 us", -1 } };
 
     for( auto [name, charset] : CASES )
         EXPECT_EQ( charset, qvCharsetFromIanaName( text( name ) ) ) << name;
+
+    for( const char *none : { "51", "-1", "QV_CHARSET_UTF", "qv_charset_utf_8", "" } )
+        EXPECT_EQ( -1, qvCharsetFromString( text( none ) ) ) << none;
+
+    EXPECT_EQ( QV_CHARSET_UTF_8, qvCharsetFromString( text( "\tQV_CHARSET_UTF_8 " ) ) );
+    EXPECT_EQ( QV_CHARSET_UTF_32_LE, qvCharsetFromString( text( " 50" ) ) );
+    EXPECT_EQ( "QV_CHARSET_MSFT_CP037", take( qvCharsetToString( QV_CHARSET_MSFT_CP037 ) ) );
 
     EXPECT_EQ( "UTF-16BE", take( qvCharsetToIanaName( QV_CHARSET_UTF_16_BE ) ) );
     EXPECT_BROKEN( qvCharsetFromWindowsCodePage( -1 ), "cp >= 0" );

@@ -258,3 +258,21 @@ TEST( Runtime, StartAndStopLeaveNothingBehind )
         } );
 }
 #endif
+
+TEST( Runtime, TheTimerThreadStartsWithTheFirstTimer )
+{
+    inRun(
+        []
+        {
+            auto threads = []
+            { return std::distance( fs::directory_iterator( "/proc/self/task" ), fs::directory_iterator() ); };
+            auto started = threads();
+            restart( 0 );
+            EXPECT_EQ( started, threads() );
+
+            Ref< QV_TIMER > timer( qvTimerCreate( []( QV_OBJ * ) {}, nullptr ) );
+            EXPECT_EQ( started + 1, threads() );
+            timer.reset( qvTimerCreate( []( QV_OBJ * ) {}, nullptr ) );
+            EXPECT_EQ( started + 1, threads() );
+        } );
+}

@@ -1,8 +1,18 @@
 #include "qv_test_support.h"
 
 #include "qv/sys/qv_real.h"
+#include "qv/sys/qv_real_private.h"
 
+#include <bit>
 #include <cmath>
+#include <limits>
+#include <random>
+
+namespace
+{
+const QV_REAL INFINITE = std::numeric_limits< QV_REAL >::infinity();
+const QV_REAL NAN_REAL = std::numeric_limits< QV_REAL >::quiet_NaN();
+} // namespace
 
 TEST( Real, TheToleranceIsAbsolute )
 {
@@ -26,4 +36,31 @@ TEST( Real, RoundingGoesTowardsZeroAndSaturates )
     EXPECT_EQ( QV_INT_MIN, qvRealToInt( -9223372036854775808.0 ) );
     EXPECT_EQ( 9223372036854774784, qvRealToInt( std::nextafter( 9223372036854775808.0, 0.0 ) ) );
     EXPECT_EQ( QV_INT_MAX, qvRealToInt( 1e19 ) );
+}
+
+TEST( Real, MultiplyAddRoundsOnce )
+{
+    std::mt19937_64 random( 7 );
+    auto            bitsOf = []( QV_REAL value ) { return std::bit_cast< uint64_t >( value ); };
+
+    // Any bits; factors whose product is near the least and the largest reals; sums that cancel out nearly or fully.
+    for( int i = 0; i < 300000; i++ )
+    {
+        auto any  = [&random] { return std::bit_cast< QV_REAL >( random() ); };
+        auto near = [&random]( int exponent )
+        {
+            return std::ldexp( static_cast< QV_REAL >( random() ), exponent - 64 - static_cast< int >( random() % 4 ) );
+        };
+
+        QV_REAL x        = i % 3 ? near( i % 3 == 1 ? -500 : 500 ) : any();
+        QV_REAL y        = i % 3 ? near( i % 3 == 1 ? -540 : 522 ) : any();
+        QV_REAL z        = i % 2 ? any() : -x * y * ( i % 4 ? 1.0 : near( 1 ) );
+        QV_REAL expected = std::fma( x, y, z );
+
+        if( std::isnan( expected ) )
+            continue;
+
+        ASSERT_EQ( bitsOf( expected ), bitsOf( qv___RealMultiplyAddPlain( x, y, z ) ) ) << x << ' ' << y << ' ' << z;
+        ASSERT_EQ( bitsOf( expected ), bitsOf( qv___RealMultiplyAdd( x, y, z ) ) ) << x << ' ' << y << ' ' << z;
+    }
 }

@@ -180,7 +180,7 @@ TEST( Vectors, LinesAreTakenApartTheSame )
 TEST( Vectors, CasesAreThoseOfEachCharacter )
 {
     typedef const QV_CHAR *( *LookUp )( QV_CHAR, QV_INT * );
-    const std::pair< Change, LookUp > CASES[] = {
+    const std::pair< void ( * )( QV_STRING ** ), LookUp > CASES[] = {
         { qvStringToUpper, qv___UnicodeUpperCaseDbLookup },
         { qvStringToLower, qv___UnicodeLowerCaseDbLookup },
         { qvStringToCaseFold, qv___UnicodeCaseFoldDbLookup } };

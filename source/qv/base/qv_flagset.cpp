@@ -1,4 +1,4 @@
-#include "qv/base/qv_flagset.h"
+#include "qv/base/qv_flagset_private.h"
 
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_name.h"
@@ -69,6 +69,25 @@ QV_FLAGSET *qvFlagsetCreate( void )
     for( QV_STRING *&name : fs->bitNames )
         name = nullptr;
 
+    return fs;
+}
+
+QV_FLAGSET *qv::createFlagset( std::span< const NamedFlag > flags )
+{
+    QV_FLAGSET *fs = qvFlagsetCreate();
+
+    for( const NamedFlag &flag : flags )
+    {
+        Ref< QV_STRING >    name( qvStringCreateFromAscii( flag.name, -1 ) );
+        Ref< QV_BOXED_INT > value( qvBoxedIntCreate( flag.value ) );
+        QV_ASSERT( qvNameUpperCaseOk( name, QV_TRUE ) && !qvDictHasStringKey( fs->nameToValue, name ) );
+        QV_ASSERT( qvIntBitCount( flag.value ) == 1 && !fs->bitNames[qvIntBitLowest( flag.value )] );
+
+        qvDictSetStringKey( &fs->nameToValue, name, qvBoxedIntObj( value ) );
+        fs->setNameOf( value, name );
+    }
+
+    QV_ASSERT( isSoundFlagset( fs ) );
     return fs;
 }
 

@@ -4,11 +4,22 @@
 #include "qv/base/qv_flagset.h"
 #include "qv/runtime/qv_family.h"
 
-/** Enters a constant by its own name in a global Flagset, which must not have the name yet. The report names the source
-    and the line of the use, and the Flagset. */
-#define QV___FLAGSET_DEFINE( flagset, NAME )                                                                           \
-    QV_CHECK_AS(                                                                                                       \
-        !qvFlagsetHasFlagCstr( flagset, #NAME, -1 ), "!qvFlagsetHasFlagCstr( *(&" #flagset "), \"" #NAME "\", -1 )" ); \
-    qvFlagsetSetFlagCstr( &flagset, #NAME, -1, NAME );
+#include <span>
+
+namespace qv
+{
+/** A flag of the library and its name, a constant in capitals. */
+struct NamedFlag
+{
+    const char *name;
+    QV_INT      value;
+};
+
+/** A new Flagset of flags with different names and values of one bit each, as qvFlagsetSetFlag() would enter them. */
+QV_FLAGSET *createFlagset( std::span< const NamedFlag > flags );
+} // namespace qv
+
+/** A constant by its own name. */
+#define QV___NAMED_FLAG( NAME ) { #NAME, NAME }
 
 #endif

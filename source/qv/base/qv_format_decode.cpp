@@ -8,6 +8,7 @@
 #include "qv/sys/qv_cpu_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_real.h"
+#include "qv/sys/qv_real_private.h"
 #include "qv/unicode/qv_unicode_properties.h"
 
 #include <algorithm>
@@ -193,6 +194,16 @@ QV_BOOL decodeInt( Reader &in, QV_INT base, QV_INT *value )
 }
 
 // Inlined into functions with and without the machine's own fused multiply-add.
+template< bool machine >
+inline __attribute__( ( always_inline ) ) QV_REAL multiplyAdd( QV_REAL x, QV_REAL y, QV_REAL z )
+{
+    if constexpr( machine )
+        return __builtin_fma( x, y, z );
+    else
+        return qv___RealMultiplyAdd( x, y, z );
+}
+
+template< bool machine >
 inline __attribute__( ( always_inline ) ) QV_BOOL decodeRealBody( Reader &in, QV_INT base, QV_REAL *value )
 {
     bool negative = false;
@@ -220,12 +231,12 @@ inline __attribute__( ( always_inline ) ) QV_BOOL decodeRealBody( Reader &in, QV
     QV_REAL       unit   = 1.0 / realBase;
 
     for( ; !in.ended() && ( digit = digitOf( *in.at ) ) >= 0; in.at++ )
-        result = __builtin_fma( result, realBase, sign * static_cast< QV_REAL >( digit ) );
+        result = multiplyAdd< machine >( result, realBase, sign * static_cast< QV_REAL >( digit ) );
 
     if( !in.ended() && ( *in.at == U'.' || *in.at == U',' ) )
         for( in.at++; !in.ended() && ( digit = digitOf( *in.at ) ) >= 0; in.at++ )
         {
-            result = __builtin_fma( sign * static_cast< QV_REAL >( digit ), unit, result );
+            result = multiplyAdd< machine >( sign * static_cast< QV_REAL >( digit ), unit, result );
             unit /= realBase;
         }
 
@@ -239,7 +250,7 @@ inline __attribute__( ( always_inline ) ) QV_BOOL decodeRealBody( Reader &in, QV
 #ifdef QV___CPU_FEATURES
 __attribute__( ( target( "fma" ) ) ) QV_BOOL decodeRealFma( Reader &in, QV_INT base, QV_REAL *value )
 {
-    return decodeRealBody( in, base, value );
+    return decodeRealBody< true >( in, base, value );
 }
 #endif
 
@@ -250,7 +261,7 @@ QV_BOOL decodeReal( Reader &in, QV_INT base, QV_REAL *value )
         return decodeRealFma( in, base, value );
 #endif
 
-    return decodeRealBody( in, base, value );
+    return decodeRealBody< false >( in, base, value );
 }
 
 QV_BOOL decodeBool( Reader &in, QV_BOOL allowNumeric, QV_BOOL *value )

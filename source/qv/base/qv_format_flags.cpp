@@ -7,19 +7,19 @@
 
 QV_FLAGSET *qv___FormatFlagsFlagset = nullptr;
 
+namespace
+{
+const qv::NamedFlag FLAGS[] = {
+    QV___NAMED_FLAG( QV_FORMAT_FLAG_LEFTALIGN ),   QV___NAMED_FLAG( QV_FORMAT_FLAG_ZEROPAD ),
+    QV___NAMED_FLAG( QV_FORMAT_FLAG_PLUSPOS ),     QV___NAMED_FLAG( QV_FORMAT_FLAG_BLANKPOS ),
+    QV___NAMED_FLAG( QV_FORMAT_FLAG_UPPERCASE ),   QV___NAMED_FLAG( QV_FORMAT_FLAG_BASEMNEMONIC ),
+    QV___NAMED_FLAG( QV_FORMAT_FLAG_BASENUMERIC ), QV___NAMED_FLAG( QV_FORMAT_FLAG_BASEDECIMAL ),
+};
+} // namespace
+
 void qv___FormatFlagsStartup( void )
 {
-    qv___FormatFlagsFlagset = nullptr;
-    qv___FormatFlagsFlagset = qvFlagsetCreate();
-
-    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_LEFTALIGN )
-    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_ZEROPAD )
-    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_PLUSPOS )
-    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_BLANKPOS )
-    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_UPPERCASE )
-    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_BASEMNEMONIC )
-    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_BASENUMERIC )
-    QV___FLAGSET_DEFINE( qv___FormatFlagsFlagset, QV_FORMAT_FLAG_BASEDECIMAL )
+    qv___FormatFlagsFlagset = qv::createFlagset( FLAGS );
 }
 
 void qv___FormatFlagsShutdown( void )

@@ -7,6 +7,7 @@
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_real.h"
+#include "qv/sys/qv_real_private.h"
 
 #include <algorithm>
 #include <array>
@@ -249,7 +250,7 @@ QV_CHAR *writeDigitsOfReal( QV_CHAR *to, QV_REAL *value, QV_REAL base, QV_REAL s
     {
         QV_REAL q = *value / scale;
         *to++     = digitOfReal( q, map );
-        *value    = fma( -qvRealTrunc( q ), scale, *value );
+        *value    = qv___RealMultiplyAdd( -qvRealTrunc( q ), scale, *value );
     }
 
     return to;
@@ -260,7 +261,7 @@ QV_CHAR *writeFractionOfReal( QV_CHAR *to, QV_REAL value, QV_REAL base, QV_INT c
     for( ; count > 0; count-- )
     {
         QV_REAL x = base * value;
-        *to++     = digitOfReal( fma( -base, qvRealTrunc( value ), x ) / base * base, map );
+        *to++     = digitOfReal( qv___RealMultiplyAdd( -base, qvRealTrunc( value ), x ) / base * base, map );
         value     = x;
     }
 
@@ -355,6 +356,20 @@ void qv::encodeReal( TextBuilder &text, QV_REAL value, QV_INT base, QV_INT minWi
 
 QV_STRING *qvFormatEncodeInt( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT flags )
 {
+    // Nothing but a sign and decimal digits goes into its String at once.
+    if( base == 10 && minWidth == 0 && flags == 0 )
+    {
+        uint64_t   magnitude = value < 0 ? -static_cast< uint64_t >( value ) : static_cast< uint64_t >( value );
+        int        digits    = countDigits( magnitude, 10 );
+        QV_STRING *text      = qv::createString( digits + ( value < 0 ) );
+
+        if( value < 0 )
+            *qv::chars( text ) = U'-';
+
+        writeDecimal( qv::chars( text ) + text->length, magnitude, digits );
+        return text;
+    }
+
     qv::TextBuilder text;
     qv::encodeInt( text, value, base, minWidth, flags );
 

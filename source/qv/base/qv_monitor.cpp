@@ -1,23 +1,21 @@
-#include "qv/base/qv_monitor.h"
+#include "qv/base/qv_monitor_private.h"
 
 #include "qv/runtime/qv_ref.h"
-#include "qv/sys/qv_lock_private.h"
-
-struct QV_MONITOR : QV_OBJ
-{
-    int32_t    entered; // written only while the lock is held
-    QV___LOCK *lock;
-};
 
 namespace
 {
+// Read only: a thread that asks for a lock that another one holds gets an answer that may be old.
+bool isEntered( QV_MONITOR *monitor )
+{
+    return __atomic_load_n( &monitor->lock.held, __ATOMIC_RELAXED ) != 0;
+}
+
 void freeMonitor( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
 
     QV_MONITOR *monitor = qvMonitorFrom( thisObj );
-    QV_CHECK( !monitor->entered );
-    qv___LockDestroy( monitor->lock );
+    QV_CHECK_AS( !isEntered( monitor ), "!monitor->entered" );
 }
 } // namespace
 
@@ -26,9 +24,7 @@ QV___FAMILY( Monitor, QV_MONITOR, freeMonitor, nullptr, nullptr )
 QV_MONITOR *qvMonitorCreate( void )
 {
     QV_MONITOR *monitor = qv::create< QV_MONITOR >( qvMonitorSort() );
-    monitor->entered    = QV_FALSE;
-    monitor->lock       = qv___LockCreate();
-    QV_CHECK( monitor->lock );
+    monitor->lock       = {};
 
     return monitor;
 }
@@ -37,16 +33,14 @@ void qvMonitorEnter( QV_MONITOR *monitor )
 {
     QV_CHECK( monitor );
 
-    qv___LockAcquire( monitor->lock );
-    QV_CHECK( !monitor->entered );
-    monitor->entered = QV_TRUE;
+    if( !qv::tryAcquire( &monitor->lock ) )
+        qv::acquire( &monitor->lock );
 }
 
 void qvMonitorLeave( QV_MONITOR *monitor )
 {
     QV_CHECK( monitor );
-    QV_CHECK( monitor->entered );
+    QV_CHECK_AS( isEntered( monitor ), "monitor->entered" );
 
-    monitor->entered = QV_FALSE;
-    qv___LockRelease( monitor->lock );
+    qv::leaveMonitor( monitor );
 }

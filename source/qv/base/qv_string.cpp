@@ -326,7 +326,14 @@ void qvStringAppend( QV_STRING **dest, QV_STRING *src )
     QV_CHECK( *dest );
     QV_CHECK( src );
 
-    qvStringInsertInner( dest, ( *dest )->length, src, 0, src->length );
+    QV_STRING *own   = *dest;
+    QV_INT     count = src->length;
+
+    // Places that are declared free after some text, of a String that nobody else holds.
+    if( __builtin_expect( own != src && count <= own->bspace && own->length > 0 && !qv::isShared( own ), 1 ) )
+        qv::copyChars( own->takeBack( count ), qv::chars( src ), count );
+    else
+        qvStringInsertInner( dest, own->length, src, 0, count );
 }
 
 void qvStringInsertChars( QV_STRING **qvs, QV_INT idx, const QV_CHAR *chs, QV_INT chsLength )

@@ -38,14 +38,15 @@ using Closure = QV___TIMER_CLOSURE;
 
 namespace
 {
-QV_MONITOR    *timerMonitor  = nullptr; // guards both queues, timerWake and timerThreadAbort; not held while firing
-qv::TimerQueue timerRelQueue = {};      // by timestamp
-QV_DICT       *timerAbsDict  = nullptr; // from Time to closure
+QV_MONITOR    *timerMonitor       = nullptr; // guards what follows, but for timerWallNow; not held while firing
+qv::TimerQueue timerRelQueue      = {};      // by timestamp
+QV_DICT       *timerAbsDict       = nullptr; // from Time to closure
 QV_BARRIER    *timerThreadBarrier = nullptr; // the timer thread sleeps here
 QV_INT         timerWake          = 0;       // the timestamp until which it sleeps; 0: it is to be woken
 QV_BOOL        timerThreadAbort   = QV_FALSE;
-QV_THREAD     *timerThread        = nullptr;
+QV_THREAD     *timerThread        = nullptr; // from the first timer on
 QV_TIME       *timerWallNow       = nullptr; // the timer thread's own
+int32_t        timerThreadRuns    = 0;       // atomic: there is a timer thread
 
 Closure *closureOf( QV_OBJ *object )
 {
@@ -137,13 +138,32 @@ void qv___TimerStartup( void )
     timerWake          = 0;
     timerThreadAbort   = QV_FALSE;
     timerThreadBarrier = qvBarrierCreate( QV_TRUE );
-    timerWallNow       = qvTimeNow(); // made here, so that the thread allocates nothing when it starts
+    timerThread        = nullptr;
+    timerWallNow       = nullptr;
+    timerThreadRuns    = 0;
+}
+
+namespace
+{
+// Starts the timer thread with the first timer of a run.
+void startTimerThread()
+{
+    if( qv___AtomicLoad32( &timerThreadRuns ) )
+        return;
+
+    qv::HeldMonitor held( timerMonitor );
+
+    if( timerThread )
+        return;
+
+    timerWallNow = qvTimeNow(); // made here, so that the thread allocates nothing when it starts
     timerThread =
         qvThreadTrySpawnCstr( "qv___TimerThreadFunc()", -1, qv___TimerThreadFunc, nullptr, QV_THREAD_PRIORITY_HIGHEST );
     QV_CHECK( timerThread );
+    qv___AtomicStore32( &timerThreadRuns, 1 );
 }
 
-void qv___TimerShutdown( void )
+void stopTimerThread()
 {
     {
         qv::HeldMonitor held( timerMonitor );
@@ -152,6 +172,13 @@ void qv___TimerShutdown( void )
 
     qvBarrierUnblock( timerThreadBarrier );
     qvThreadJoin( timerThread );
+}
+} // namespace
+
+void qv___TimerShutdown( void )
+{
+    if( timerThread )
+        stopTimerThread();
 
     QV_CHECK_AS( !timerRelQueue.length, "!qvPriorityMapLength( timerRelPrioMap )" );
     QV_CHECK( !qvDictLength( timerAbsDict ) );
@@ -315,6 +342,7 @@ QV_TIMER *createTimer( const qv::Action &borrowed, QV_THREAD *abortThread = null
 
     QV_TIMER *timer = qv::create< QV_TIMER >( qvTimerSort() );
     timer->closure  = tcl;
+    startTimerThread();
 
     return timer;
 }

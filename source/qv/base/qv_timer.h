@@ -16,7 +16,8 @@
     before the first Time. So such a timer fires up to a second late, and a change of the clock changes when it fires.
     Of two timers that are scheduled at equal Times only the one that was scheduled later fires.
 
-    The thread. All timers fire on one thread of the library, one after the other, those of the earliest time first and
+    The thread. All timers fire on one thread of the library, which starts with the first timer that is created: it
+    inherits that thread's mask of signals. They fire one after the other, those of the earliest time first and
     those with a delay or a timestamp before those with a Time. A callback is called with no lock held and may use any
     timer and release its own; while it runs no other timer fires, so it should be short. What has become due meanwhile
     fires after it without a pause: first the Times that had passed, then, in a new round, the rest. A callback that

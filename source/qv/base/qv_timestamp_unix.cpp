@@ -5,8 +5,8 @@
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
+#include "qv/sys/qv_real_private.h"
 
-#include <math.h>
 #include <sys/time.h>
 #include <time.h>
 
@@ -17,13 +17,18 @@ QV_INT      timestamp                   = 0;       // the last result
 QV_INT      timestampSystemPrevious     = 0;       // the last reading of the system clock
 QV_INT ( *timestampSystemFunc )( void ) = nullptr;
 
-// The sum in milliseconds, modulo 2 to the power of 63.
+// The sum in milliseconds, made as a real, modulo 2 to the power of 63. Below 2 to the power of 43 seconds all sums are
+// integers that a real holds.
 QV_INT toMilliseconds( time_t seconds, long milliseconds )
 {
     const double RANGE = 9223372036854775808.0; // 2 to the power of 63
 
-    return static_cast< QV_INT >(
-        fmod( fma( static_cast< double >( seconds ), 1000.0, static_cast< double >( milliseconds ) ), RANGE ) );
+    if( seconds < INT64_C( 1 ) << 43 )
+        return seconds * 1000 + milliseconds;
+
+    double sum =
+        qv___RealMultiplyAdd( static_cast< double >( seconds ), 1000.0, static_cast< double >( milliseconds ) );
+    return static_cast< QV_INT >( sum - static_cast< double >( static_cast< int >( sum / RANGE ) ) * RANGE );
 }
 } // namespace
 

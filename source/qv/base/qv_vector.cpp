@@ -575,6 +575,20 @@ void qvVectorDelOuter( QV_VECTOR **vec, QV_INT offset, QV_INT count )
 
 /* Stack and queue ------------------------------------------------------------------------------------------------ */
 
+namespace
+{
+__attribute__( ( noinline ) ) QV_OBJ *popAndCompact( QV_VECTOR **vec )
+{
+    qv::makePrivate( vec, qvVectorCreateFrom );
+    QV_VECTOR *own = *vec;
+    QV_OBJ    *obj = qv::objs( own )[own->length - 1];
+    own->dropBack( 1 );
+    own->compact();
+
+    return obj;
+}
+} // namespace
+
 void qvVectorPush( QV_VECTOR **vec, QV_OBJ *obj )
 {
     qvVectorAppendObj( vec, obj );
@@ -592,13 +606,19 @@ QV_OBJ *qvVectorPop( QV_VECTOR **vec )
     QV_CHECK_AS( ( *vec )->length, "(*vec)->length" );
     QV_CHECK_AS( QV_INT_ADD_OK( ( *vec )->bspace, 1 ), "QV_INT_ADD_OK( (*vec)->bspace, 1 )" );
 
-    qv::makePrivate( vec, qvVectorCreateFrom );
     QV_VECTOR *own = *vec;
-    QV_OBJ    *obj = qv::objs( own )[own->length - 1];
-    own->dropBack( 1 );
-    own->compact();
 
-    return obj;
+    // Another free slot is not too many, and something is left: nothing is given back.
+    if( __builtin_expect( own->bspace < qv::VectorRules::MOST && own->fspace <= qv::VectorRules::MOST, 1 )
+        && own->length > 1 && !qv::isShared( own ) )
+    {
+        QV_OBJ *obj = qv::objs( own )[own->length - 1];
+        own->dropBack( 1 );
+        own->check();
+        return obj;
+    }
+
+    return popAndCompact( vec );
 }
 
 QV_OBJ *qvVectorUnshift( QV_VECTOR **vec )

@@ -1,14 +1,11 @@
 #include "qv/charset/qv_charset.h"
 
-#include "qv/base/qv_boxed_int.h"
 #include "qv/base/qv_buffer.h"
-#include "qv/base/qv_dict.h"
-#include "qv/base/qv_enum.h"
+#include "qv/base/qv_enum_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/charset/qv_charset_map_private.h"
-#include "qv/charset/qv_charset_private.h"
 #include "qv/charset/qv_charset_utf_private.h"
 #include "qv/io/qv_buffer_byte_sink.h"
 #include "qv/io/qv_buffer_byte_source.h"
@@ -18,22 +15,17 @@
 #include "qv/io/qv_char_source.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
-#include "qv/runtime/qv_runtime_enum_private.h"
 #include "qv/sys/qv_mem.h"
 
-#include <cstring>
-
-QV_ENUM *qv___CharsetEnum                    = nullptr;
-QV_DICT *qv___CharsetFromIanaNameDict        = nullptr;
-QV_DICT *qv___CharsetToIanaNameDict          = nullptr;
-QV_DICT *qv___CharsetFromWindowsCodePageDict = nullptr;
-QV_DICT *qv___CharsetToWindowsCodePageDict   = nullptr;
+#include <algorithm>
+#include <array>
+#include <string_view>
 
 namespace
 {
 using qv::Ref;
 
-const QV_INT NO_CODE_PAGE = -1;
+const QV_INT NO_CODE_PAGE = -1; // what qvCharsetToWindowsCodePage() returns then
 
 struct Charset
 {
@@ -52,7 +44,7 @@ struct Charset
 #define MAPPED( Name ) nullptr, nullptr, qv::charsetChars##Name, qv___Charset##Name##MapCharToByte
 
 // In the order of the values.
-const Charset charsets[] = {
+constexpr Charset charsets[] = {
     { "QV_CHARSET_ASCII", "US-ASCII", 20127,
       "ANSI_X3.4-1968 iso-ir-6 ANSI_X3.4-1986 ISO_646.irv:1991 ASCII ascii ISO646-US us IBM367 cp367 367 "
       "csASCII ISO-10646-UCS-Basic csUnicodeASCII cp20127 20127",
@@ -140,44 +132,102 @@ const Charset charsets[] = {
 const QV_INT CHARSETS = sizeof( charsets ) / sizeof( charsets[0] );
 static_assert( CHARSETS == QV_CHARSET_UTF_32_LE + 1 );
 
-Ref< QV_STRING > text( const char *ascii, QV_INT length )
+Ref< QV_STRING > createText( std::string_view ascii )
 {
-    return Ref< QV_STRING >( qvStringCreateFromAscii( ascii, length ) );
+    return Ref< QV_STRING >( qvStringCreateFromAscii( ascii.data(), static_cast< QV_INT >( ascii.size() ) ) );
 }
 
-// The value of a Boxed Int that a Dict has returned, which is released, or `otherwise` for null.
-QV_INT valueOr( QV_OBJ *found, QV_INT otherwise )
-{
-    Ref< QV_OBJ > value( found );
-    return value ? qvBoxedIntValue( qvBoxedIntFrom( value ) ) : otherwise;
-}
-
-// Calls `take` with each alias and its length.
+// Calls `take` with each alias of a charset.
 template< class Take >
-void eachAlias( const Charset &row, Take take )
+constexpr void eachAlias( const Charset &row, Take take )
 {
-    for( const char *alias = row.aliases; *alias; )
+    for( std::string_view rest = row.aliases; !rest.empty(); )
     {
-        QV_INT length = static_cast< QV_INT >( strcspn( alias, " " ) );
-        take( alias, length );
-        alias += length;
-        alias += *alias == ' ';
+        size_t length = std::min( rest.find( ' ' ), rest.size() );
+        take( std::string_view( rest.data(), length ) );
+        rest.remove_prefix( std::min( length + 1, rest.size() ) );
     }
 }
 
-// Adds a name to the Dict of names.
-void enterName( const char *ascii, QV_INT length, QV_BOXED_INT *charset )
-{
-    // Folds the name here, since qvStringToCaseFold() would leave free places in each of the Strings.
-    Ref< QV_STRING > name( qv::createString( length ) );
+/* All names and aliases, in lower case and in order, each with its charset: a constant table, in which a bisection
+   finds a name. */
 
-    for( QV_INT i = 0; i < length; i++ )
+struct Name
+{
+    char    folded[26]; // the rest is zero
+    uint8_t length;
+    uint8_t charset;
+
+    constexpr std::string_view text() const
     {
-        char ch                = ascii[i];
-        chars( name.get() )[i] = static_cast< QV_CHAR >( ch >= 'A' && ch <= 'Z' ? ch + ( 'a' - 'A' ) : ch );
+        return std::string_view( folded, length );
+    }
+};
+
+constexpr size_t countNames()
+{
+    size_t count = 0;
+
+    for( const Charset &row : charsets )
+    {
+        count++;
+        eachAlias( row, [&count]( std::string_view ) { count++; } );
     }
 
-    qvDictSetStringKey( &qv___CharsetFromIanaNameDict, name, qvBoxedIntObj( charset ) );
+    return count;
+}
+
+constexpr std::array< Name, countNames() > orderNames()
+{
+    std::array< Name, countNames() > names = {};
+    size_t                           count = 0;
+
+    for( QV_INT cs = 0; cs < CHARSETS; cs++ )
+    {
+        auto enter = [&]( std::string_view ascii )
+        {
+            Name &name   = names[count++];
+            name.length  = static_cast< uint8_t >( ascii.size() );
+            name.charset = static_cast< uint8_t >( cs );
+
+            for( size_t i = 0; i < ascii.size(); i++ )
+                name.folded[i] =
+                    static_cast< char >( ascii[i] + ( ascii[i] >= 'A' && ascii[i] <= 'Z' ? 'a' - 'A' : 0 ) );
+        };
+
+        enter( charsets[cs].ianaName );
+        eachAlias( charsets[cs], enter );
+    }
+
+    std::sort( names.begin(), names.end(), []( const Name &a, const Name &b ) { return a.text() < b.text(); } );
+    return names;
+}
+
+constexpr std::array< Name, countNames() > NAMES = orderNames();
+
+// Some aliases differ in case only, but those of one charset.
+constexpr bool namesAreUnique()
+{
+    for( size_t i = 1; i < NAMES.size(); i++ )
+        if( NAMES[i - 1].text() == NAMES[i].text() && NAMES[i - 1].charset != NAMES[i].charset )
+            return false;
+
+    return true;
+}
+
+static_assert( namesAreUnique() );
+
+// True for a name that comes before a folded text.
+bool isBefore( const Name &name, QV_STRING *folded )
+{
+    const QV_CHAR *chs    = qv::chars( folded );
+    QV_INT         common = std::min( QV_INT( name.length ), folded->length );
+
+    for( QV_INT i = 0; i < common; i++ )
+        if( QV_CHAR ch = static_cast< uint8_t >( name.folded[i] ); ch != chs[i] )
+            return ch < chs[i];
+
+    return name.length < folded->length;
 }
 
 // An empty String to decode a Buffer into. For a charset with one byte a character it has room for all characters, and
@@ -194,48 +244,14 @@ QV_STRING *createFor( const Charset &row, QV_BUFFER *buffer )
 
     return qvs;
 }
-
-// Adds a charset to the enumeration and to all Dicts.
-void enterCharset( QV_INT cs )
-{
-    const Charset      &row = charsets[cs];
-    Ref< QV_BOXED_INT > charset( qvBoxedIntCreate( cs ) );
-    Ref< QV_STRING >    name = text( row.ianaName, -1 );
-
-    qv::enterEnumerant( &qv___CharsetEnum, row.enumerant, cs );
-    qvDictSetIntKey( &qv___CharsetToIanaNameDict, cs, qvStringObj( name ) );
-    enterName( row.ianaName, qvStringLength( name ), charset );
-
-    eachAlias( row, [&charset]( const char *alias, QV_INT length ) { enterName( alias, length, charset ); } );
-
-    if( row.codePage != NO_CODE_PAGE )
-    {
-        Ref< QV_BOXED_INT > codePage( qvBoxedIntCreate( row.codePage ) );
-        qvDictSetIntKey( &qv___CharsetFromWindowsCodePageDict, row.codePage, qvBoxedIntObj( charset ) );
-        qvDictSetIntKey( &qv___CharsetToWindowsCodePageDict, cs, qvBoxedIntObj( codePage ) );
-    }
-}
 } // namespace
 
 void qv___CharsetStartup( void )
 {
-    qv___CharsetEnum                    = qvEnumCreate();
-    qv___CharsetFromIanaNameDict        = qvDictCreate();
-    qv___CharsetToIanaNameDict          = qvDictCreate();
-    qv___CharsetFromWindowsCodePageDict = qvDictCreate();
-    qv___CharsetToWindowsCodePageDict   = qvDictCreate();
-
-    for( QV_INT cs = 0; cs < CHARSETS; cs++ )
-        enterCharset( cs );
 }
 
 void qv___CharsetShutdown( void )
 {
-    qv::drop( qv___CharsetToWindowsCodePageDict );
-    qv::drop( qv___CharsetFromWindowsCodePageDict );
-    qv::drop( qv___CharsetToIanaNameDict );
-    qv::drop( qv___CharsetFromIanaNameDict );
-    qv::drop( qv___CharsetEnum );
 }
 
 /* Names ---------------------------------------------------------------------------------------------------------- */
@@ -243,13 +259,13 @@ void qv___CharsetShutdown( void )
 QV_INT qvCharsetFromString( QV_STRING *qvs )
 {
     QV_CHECK( qvs );
-    return qvEnumParse( qv___CharsetEnum, qvs );
+    return qv::parseConstant( qvs, CHARSETS, []( QV_INT cs ) { return charsets[cs].enumerant; } );
 }
 
 QV_STRING *qvCharsetToString( QV_INT cs )
 {
     QV_CHECK( QV_CHARSET_OK( cs ) );
-    return qvEnumGenerate( qv___CharsetEnum, cs );
+    return qvStringCreateFromAscii( charsets[cs].enumerant, -1 );
 }
 
 QV_INT qvCharsetFromIanaName( QV_STRING *name )
@@ -259,16 +275,16 @@ QV_INT qvCharsetFromIanaName( QV_STRING *name )
     Ref< QV_STRING > fold = Ref< QV_STRING >::share( name );
     qvStringToCaseFold( fold.at() );
 
-    QV_INT cs = valueOr( qvDictStringKey( qv___CharsetFromIanaNameDict, fold ), -1 );
-    QV_CHECK_AS( cs == -1 || QV_CHARSET_OK( cs ), "QV_CHARSET_OK( cs )" );
+    const Name *found = std::lower_bound( NAMES.begin(), NAMES.end(), fold.get(), isBefore );
+    bool        named = found != NAMES.end() && qvStringEqualsCstr( fold, found->folded, found->length );
 
-    return cs;
+    return named ? found->charset : -1;
 }
 
 QV_STRING *qvCharsetToIanaName( QV_INT cs )
 {
     QV_CHECK( QV_CHARSET_OK( cs ) );
-    return qvStringFrom( qvDictIntKey( qv___CharsetToIanaNameDict, cs ) );
+    return qvStringCreateFromAscii( charsets[cs].ianaName, -1 );
 }
 
 QV_VECTOR *qvCharsetIanaNames( QV_INT cs )
@@ -276,10 +292,10 @@ QV_VECTOR *qvCharsetIanaNames( QV_INT cs )
     QV_CHECK( QV_CHARSET_OK( cs ) );
 
     Ref< QV_VECTOR > names( qvVectorCreate() );
-    qvVectorAppendString( names.at(), text( charsets[cs].ianaName, -1 ) );
-    eachAlias(
-        charsets[cs],
-        [&names]( const char *alias, QV_INT length ) { qvVectorAppendString( names.at(), text( alias, length ) ); } );
+    auto append        = [&names]( std::string_view name ) { qvVectorAppendString( names.at(), createText( name ) ); };
+    const Charset &row = charsets[cs];
+    append( row.ianaName );
+    eachAlias( row, append );
 
     return names.give();
 }
@@ -287,13 +303,18 @@ QV_VECTOR *qvCharsetIanaNames( QV_INT cs )
 QV_INT qvCharsetFromWindowsCodePage( QV_INT cp )
 {
     QV_CHECK( cp >= 0 );
-    return valueOr( qvDictIntKey( qv___CharsetFromWindowsCodePageDict, cp ), -1 );
+
+    for( QV_INT cs = 0; cs < CHARSETS; cs++ )
+        if( charsets[cs].codePage == cp )
+            return cs;
+
+    return -1;
 }
 
 QV_INT qvCharsetToWindowsCodePage( QV_INT cs )
 {
     QV_CHECK( QV_CHARSET_OK( cs ) );
-    return valueOr( qvDictIntKey( qv___CharsetToWindowsCodePageDict, cs ), -1 );
+    return charsets[cs].codePage;
 }
 
 /* Conversion ----------------------------------------------------------------------------------------------------- */

@@ -8,19 +8,20 @@ QV_FLAGSET *qv___CharsetFlagsFlagset = nullptr;
 
 namespace
 {
+const qv::NamedFlag FLAGS[] = {
+    QV___NAMED_FLAG( QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER ),
+    QV___NAMED_FLAG( QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS ),
+    QV___NAMED_FLAG( QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK ),
+    QV___NAMED_FLAG( QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK ),
+};
+
 const QV_INT ALL_FLAGS = QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER | QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS
                          | QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK | QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK;
 } // namespace
 
 void qv___CharsetFlagsStartup( void )
 {
-    qv___CharsetFlagsFlagset = nullptr;
-    qv___CharsetFlagsFlagset = qvFlagsetCreate();
-
-    QV___FLAGSET_DEFINE( qv___CharsetFlagsFlagset, QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER )
-    QV___FLAGSET_DEFINE( qv___CharsetFlagsFlagset, QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS )
-    QV___FLAGSET_DEFINE( qv___CharsetFlagsFlagset, QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK )
-    QV___FLAGSET_DEFINE( qv___CharsetFlagsFlagset, QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK )
+    qv___CharsetFlagsFlagset = qv::createFlagset( FLAGS );
 }
 
 void qv___CharsetFlagsShutdown( void )

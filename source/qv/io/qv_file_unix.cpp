@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_boxed_pointer_private.h"
 #include "qv/base/qv_buffer.h"
+#include "qv/base/qv_buffer_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_cstr_private.h"
 #include "qv/base/qv_vector.h"
@@ -9,6 +10,7 @@
 #include "qv/io/qv_byte_source_private.h"
 #include "qv/io/qv_file.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 
 #include <dirent.h>
@@ -22,7 +24,8 @@
 
 namespace
 {
-const QV_INT PIECE          = 1024; // bytes of the array on the stack
+const QV_INT PIECE          = 1024;  // bytes that a Buffer grows by
+const QV_INT STAGE          = 16384; // bytes of the array on the stack: what is read in one call of the system
 const QV_INT READ_AT_ONCE   = 65536;
 const mode_t DIRECTORY_MODE = 0711;
 const size_t MAX_EXECUTABLE = 4096;
@@ -77,15 +80,15 @@ QV_BOOL readPieces( FILE *fptr, QV_INT byteCount, QV_INT *bytesRead, Take take )
 {
     QV_CHECK( byteCount > 0 );
 
-    uint8_t bytes[PIECE];
+    uint8_t bytes[STAGE];
 
     while( byteCount > 0 )
     {
-        QV_INT wanted = qvIntMin( byteCount, PIECE );
+        QV_INT wanted = qvIntMin( byteCount, STAGE );
         QV_INT got    = readPiece( fptr, bytes, wanted );
 
-        if( got > 0 )
-            take( bytes, got );
+        for( QV_INT taken = 0; taken < got; taken += PIECE )
+            take( bytes + taken, qvIntMin( got - taken, PIECE ) );
 
         *bytesRead += got;
         byteCount -= got;
@@ -134,22 +137,11 @@ QV_BOOL writeFile( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT by
 {
     QV_CHECK( byteCount > 0 );
 
-    FILE   *fptr = fileOf( closure );
-    uint8_t bytes[PIECE];
+    QV_ASSERT( byteOffset >= 0 && byteCount <= qvBufferLength( buf ) - byteOffset );
 
-    while( byteCount > 0 )
-    {
-        QV_INT count = qvIntMin( byteCount, PIECE );
-        qvBufferReadBytes( buf, byteOffset, bytes, count );
-
-        if( fwrite( bytes, static_cast< size_t >( count ), 1, fptr ) == 0 )
-            return QV_FALSE;
-
-        byteOffset += count;
-        byteCount -= count;
-    }
-
-    return QV_TRUE;
+    // All at once, from where the bytes are: they start on a whole byte and stand together.
+    const uint8_t *bytes = qv::bytes( buf ) + byteOffset;
+    return fwrite( bytes, static_cast< size_t >( byteCount ), 1, fileOf( closure ) ) == 1 ? QV_TRUE : QV_FALSE;
 }
 
 QV_BOOL flushFile( QV_OBJ *closure )

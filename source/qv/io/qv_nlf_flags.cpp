@@ -10,22 +10,18 @@ QV_FLAGSET *qv___NlfFlagsFlagset = nullptr;
 
 namespace
 {
+const qv::NamedFlag FLAGS[] = {
+    QV___NAMED_FLAG( QV_NLF_FLAG_LF ),  QV___NAMED_FLAG( QV_NLF_FLAG_CR ), QV___NAMED_FLAG( QV_NLF_FLAG_CRLF ),
+    QV___NAMED_FLAG( QV_NLF_FLAG_NEL ), QV___NAMED_FLAG( QV_NLF_FLAG_VT ), QV___NAMED_FLAG( QV_NLF_FLAG_FF ),
+    QV___NAMED_FLAG( QV_NLF_FLAG_LS ),  QV___NAMED_FLAG( QV_NLF_FLAG_PS ),
+};
+
 const QV_INT ALL_FLAGS = 255;
 } // namespace
 
 void qv___NlfFlagsStartup( void )
 {
-    qv___NlfFlagsFlagset = nullptr;
-    qv___NlfFlagsFlagset = qvFlagsetCreate();
-
-    QV___FLAGSET_DEFINE( qv___NlfFlagsFlagset, QV_NLF_FLAG_LF )
-    QV___FLAGSET_DEFINE( qv___NlfFlagsFlagset, QV_NLF_FLAG_CR )
-    QV___FLAGSET_DEFINE( qv___NlfFlagsFlagset, QV_NLF_FLAG_CRLF )
-    QV___FLAGSET_DEFINE( qv___NlfFlagsFlagset, QV_NLF_FLAG_NEL )
-    QV___FLAGSET_DEFINE( qv___NlfFlagsFlagset, QV_NLF_FLAG_VT )
-    QV___FLAGSET_DEFINE( qv___NlfFlagsFlagset, QV_NLF_FLAG_FF )
-    QV___FLAGSET_DEFINE( qv___NlfFlagsFlagset, QV_NLF_FLAG_LS )
-    QV___FLAGSET_DEFINE( qv___NlfFlagsFlagset, QV_NLF_FLAG_PS )
+    qv___NlfFlagsFlagset = qv::createFlagset( FLAGS );
 }
 
 void qv___NlfFlagsShutdown( void )

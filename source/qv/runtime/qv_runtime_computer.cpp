@@ -1,5 +1,6 @@
 #include "qv/runtime/qv_runtime.h"
 
+#include "qv/base/qv_monitor_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime_platform_private.h"
@@ -8,12 +9,32 @@ namespace
 {
 QV_STRING *computerName        = nullptr;
 QV_STRING *operatingSystemInfo = nullptr;
-QV_STRING *cpuInfo             = nullptr;
+QV_STRING *cpuInfo             = nullptr; // null until the first question
+
+QV_MONITOR *cpuMonitor = nullptr; // held to write cpuInfo
+int32_t     cpuIsKnown = 0;       // atomic: cpuInfo stays as it is
 
 // One more reference to what is known, or null.
 QV_STRING *newReference( QV_STRING *information )
 {
     return qv::Ref< QV_STRING >::share( information ).give();
+}
+
+// The processors' description, borrowed. The system writes its file anew for each reader, which takes tens of
+// microseconds, so it is read at the first question.
+QV_STRING *knownCpuInfo()
+{
+    if( cpuMonitor && !qv___AtomicLoad32( &cpuIsKnown ) )
+    {
+        qv::HeldMonitor held( cpuMonitor );
+
+        if( !cpuInfo )
+            cpuInfo = qv___RuntimePlatformCpuInfo();
+
+        qv___AtomicStore32( &cpuIsKnown, 1 );
+    }
+
+    return cpuInfo;
 }
 } // namespace
 
@@ -30,11 +51,14 @@ void qv___RuntimeComputerNameShutdown( void )
 void qv___RuntimeComputerInfoStartup( void )
 {
     operatingSystemInfo = qv___RuntimePlatformOperatingSystemInfo();
-    cpuInfo             = qv___RuntimePlatformCpuInfo();
+    cpuInfo             = nullptr;
+    cpuIsKnown          = 0;
+    cpuMonitor          = qvMonitorCreate();
 }
 
 void qv___RuntimeComputerInfoShutdown( void )
 {
+    qv::drop( cpuMonitor );
     qv::drop( cpuInfo );
     qv::drop( operatingSystemInfo );
 }
@@ -51,7 +75,7 @@ QV_STRING *qvRuntimeOperatingSystemInfo( void )
 
 QV_STRING *qvRuntimeCpuInfo( void )
 {
-    return newReference( cpuInfo );
+    return newReference( knownCpuInfo() );
 }
 
 QV_BOOL qvRuntimeHasComputerName( void )
@@ -66,5 +90,5 @@ QV_BOOL qvRuntimeHasOperatingSystemInfo( void )
 
 QV_BOOL qvRuntimeHasCpuInfo( void )
 {
-    return cpuInfo ? QV_TRUE : QV_FALSE;
+    return knownCpuInfo() ? QV_TRUE : QV_FALSE;
 }

@@ -7,9 +7,6 @@
 
 namespace qv
 {
-/** Enters one enumerant, which must be a new one. */
-void enterEnumerant( QV_ENUM **en, const char *enumerant, QV_INT value );
-
 /** What a value of an enumeration is called. The value itself is the place in a table of these. */
 struct RuntimeNames
 {
@@ -18,7 +15,7 @@ struct RuntimeNames
     const char *friendlyName;
 };
 
-/** The names of an enumeration of the run time, which its functions look up. Static, without a constructor that runs.
+/** The names of an enumeration of the run time, which its functions look up. Constant: there is nothing to start.
     Callers check values and arguments first. */
 class RuntimeEnum
 {
@@ -26,10 +23,6 @@ public:
     constexpr explicit RuntimeEnum( std::span< const RuntimeNames > names ) : names_( names )
     {
     }
-
-    /** Make the tables that the look-ups use, and release them. */
-    void startup();
-    void shutdown();
 
     /** A value by its enumerant or number, and by its identifier; -1 for any other text. */
     QV_INT fromString( QV_STRING *qvs ) const;
@@ -43,14 +36,21 @@ public:
     /** The friendly name as static text, at any time. */
     const char *friendlyNameCstr( QV_INT value ) const
     {
-        return names_[static_cast< size_t >( value )].friendlyName;
+        return names( value ).friendlyName;
     }
 
 private:
+    QV_INT count() const
+    {
+        return static_cast< QV_INT >( names_.size() );
+    }
+
+    const RuntimeNames &names( QV_INT value ) const
+    {
+        return names_[static_cast< size_t >( value )];
+    }
+
     std::span< const RuntimeNames > names_;
-    QV_ENUM                        *enum_           = nullptr;
-    QV_DICT                        *toIdentifier_   = nullptr; // by value
-    QV_DICT                        *fromIdentifier_ = nullptr; // by identifier
 };
 } // namespace qv
 

@@ -7,23 +7,27 @@
 
 QV_FLAGSET *qv___RuntimeFlagsFlagset = nullptr;
 
+namespace
+{
+const qv::NamedFlag FLAGS[] = {
+    QV___NAMED_FLAG( QV_RUNTIME_FLAG_MINIMAL ),
+    QV___NAMED_FLAG( QV_RUNTIME_FLAG_SYSTEM ),
+    QV___NAMED_FLAG( QV_RUNTIME_FLAG_MEMORY_DEBUG ),
+    QV___NAMED_FLAG( QV_RUNTIME_FLAG_OBJECT_DATABASE ),
+    QV___NAMED_FLAG( QV_RUNTIME_FLAG_OBJECT_ORIGIN ),
+    QV___NAMED_FLAG( QV_RUNTIME_FLAG_SNAPSHOT_SORT ),
+    QV___NAMED_FLAG( QV_RUNTIME_FLAG_SNAPSHOT_OBJECT ),
+    QV___NAMED_FLAG( QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_TOSTRING ),
+    QV___NAMED_FLAG( QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_LOG ),
+    QV___NAMED_FLAG( QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS ),
+    QV___NAMED_FLAG( QV_RUNTIME_FLAG_IMPLICIT_MODULE_PATH ),
+    QV___NAMED_FLAG( QV_RUNTIME_FLAG_MODULE_DEBUG ),
+};
+} // namespace
+
 void qv___RuntimeFlagsStartup( void )
 {
-    qv___RuntimeFlagsFlagset = nullptr;
-    qv___RuntimeFlagsFlagset = qvFlagsetCreate();
-
-    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_MINIMAL )
-    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_SYSTEM )
-    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_MEMORY_DEBUG )
-    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_OBJECT_DATABASE )
-    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_OBJECT_ORIGIN )
-    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_SNAPSHOT_SORT )
-    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_SNAPSHOT_OBJECT )
-    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_TOSTRING )
-    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_SNAPSHOT_OBJECT_LOG )
-    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS )
-    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_IMPLICIT_MODULE_PATH )
-    QV___FLAGSET_DEFINE( qv___RuntimeFlagsFlagset, QV_RUNTIME_FLAG_MODULE_DEBUG )
+    qv___RuntimeFlagsFlagset = qv::createFlagset( FLAGS );
 }
 
 void qv___RuntimeFlagsShutdown( void )

@@ -17,17 +17,15 @@ const qv::RuntimeNames NAMES[] = {
     { "QV_RUNTIME_HARDWARE_MIPS", "mips", "Generic MIPS" },
 };
 
-constinit qv::RuntimeEnum hardware( NAMES );
+constexpr qv::RuntimeEnum hardware( NAMES );
 } // namespace
 
 void qv___RuntimeHardwareStartup( void )
 {
-    hardware.startup();
 }
 
 void qv___RuntimeHardwareShutdown( void )
 {
-    hardware.shutdown();
 }
 
 QV_INT qvRuntimeHardwareFromString( QV_STRING *qvs )

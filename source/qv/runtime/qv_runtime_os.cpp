@@ -20,7 +20,7 @@ const qv::RuntimeNames NAMES[] = {
     { "QV_RUNTIME_OS_MACOSX", "macosx", "MacOSX" },
 };
 
-constinit qv::RuntimeEnum systems( NAMES );
+constexpr qv::RuntimeEnum systems( NAMES );
 
 // What Linux systems call the hardware, by its value.
 const char *const PLATFORM_NAMES[] = { "i386", "amd64", "armhf", "armhf", "armel", "armhf", "arm64", "mips" };
@@ -41,12 +41,10 @@ const unsigned SUPPORTED[] = { INTEL, DEBIAN_7, DEBIAN, DEBIAN, DEBIAN, INTEL, I
 
 void qv___RuntimeOsStartup( void )
 {
-    systems.startup();
 }
 
 void qv___RuntimeOsShutdown( void )
 {
-    systems.shutdown();
 }
 
 QV_INT qvRuntimeOsFromString( QV_STRING *qvs )

@@ -190,6 +190,10 @@ void qv___RuntimePlatformUnixSetupPath( QV_STRING *path )
 {
     QV_CHECK( path );
 
+    // Where the last directory is there or can be made, all before it are there.
+    if( qvFileIsDirectory( path ) || qvFileCreateDirectory( path ) )
+        return;
+
     qv::Ref< QV_VECTOR > pieces( qvStringSplitChar( path, qvFilePathDelimiter(), -1 ) );
     qv::Ref< QV_STRING > made( qvStringCreate() );
     QV_INT               count = qvVectorLength( pieces );

@@ -11,17 +11,15 @@ const qv::RuntimeNames NAMES[] = {
     { "QV_RUNTIME_VARIANT_DEBUG", "debug", "Debug" },
 };
 
-constinit qv::RuntimeEnum variants( NAMES );
+constexpr qv::RuntimeEnum variants( NAMES );
 } // namespace
 
 void qv___RuntimeVariantStartup( void )
 {
-    variants.startup();
 }
 
 void qv___RuntimeVariantShutdown( void )
 {
-    variants.shutdown();
 }
 
 QV_INT qvRuntimeVariantFromString( QV_STRING *qvs )

@@ -317,13 +317,24 @@ struct Room
 pthread_mutex_t roomsLock = PTHREAD_MUTEX_INITIALIZER;
 Room           *rooms     = nullptr;
 
+// One is static, so that a process with one thread asks the system for none. Never written to but by a handler.
+alignas( 4096 ) char firstRoom[STACK_SIZE];
+bool firstIsTaken = false;
+
 void *takeRoom()
 {
     pthread_mutex_lock( &roomsLock );
-    Room *room = rooms;
+    void *room = rooms;
 
-    if( room )
-        rooms = room->next;
+    if( !firstIsTaken )
+    {
+        firstIsTaken = true;
+        room         = firstRoom;
+    }
+    else if( room )
+    {
+        rooms = rooms->next;
+    }
 
     pthread_mutex_unlock( &roomsLock );
 
@@ -332,11 +343,19 @@ void *takeRoom()
 
 void giveRoom( void *memory )
 {
-    Room *room = static_cast< Room * >( memory );
-
     pthread_mutex_lock( &roomsLock );
-    room->next = rooms;
-    rooms      = room;
+
+    if( memory == firstRoom )
+    {
+        firstIsTaken = false;
+    }
+    else
+    {
+        Room *room = static_cast< Room * >( memory );
+        room->next = rooms;
+        rooms      = room;
+    }
+
     pthread_mutex_unlock( &roomsLock );
 }
 } // namespace
