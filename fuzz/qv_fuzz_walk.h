@@ -25,6 +25,7 @@
 #include "qv/base/qv_boxed_int.h"
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_timer.h"
 #include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_obj.h"
@@ -575,11 +576,14 @@ inline void start()
 {
     static bool started = false;
 
-    if( !started )
-        qvRuntimeStartup(
-            QV_RUNTIME_FLAG_OBJECT_DATABASE | QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS, nullptr, nullptr, nullptr,
-            nullptr );
+    if( started )
+        return;
 
+    qvRuntimeStartup(
+        QV_RUNTIME_FLAG_OBJECT_DATABASE | QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS, nullptr, nullptr, nullptr, nullptr );
+
+    // The first timer starts the timer thread, whose objects stay.
+    qvTimerRelease( qvTimerCreate( []( QV_OBJ * ) {}, nullptr ) );
     started = true;
 }
 
