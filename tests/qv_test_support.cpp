@@ -1,5 +1,6 @@
 #include "qv_test_support.h"
 
+#include "qv/base/qv_timer.h"
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_runtime.h"
@@ -52,6 +53,10 @@ public:
     void SetUp() override
     {
         qv::test::startLibrary();
+
+        // The timer thread and the description of the processors come at first need and stay. They are no leaks.
+        qvTimerRelease( qvTimerCreate( []( QV_OBJ * ) {}, nullptr ) );
+        qv::release( qvRuntimeCpuInfo() );
     }
 
     void TearDown() override

@@ -16,7 +16,7 @@ __attribute__( ( noinline ) ) QV_STACK_TRACE *traceAt( int depth, QV_INT skip, Q
     return result;
 }
 
-QV_INT lengthAt( int depth, QV_INT skip, QV_INT maxLength )
+__attribute__( ( noinline ) ) QV_INT lengthAt( int depth, QV_INT skip, QV_INT maxLength )
 {
     return qvStackTraceLength( Ref< QV_STACK_TRACE >( traceAt( depth, skip, maxLength ) ) );
 }
