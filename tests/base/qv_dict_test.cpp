@@ -300,3 +300,36 @@ TEST( Dict, RunsWithOtherPrefixesEvenOut )
     for( const std::string &key : keys )
         EXPECT_TRUE( qvDictHasStringKey( dict, text( key ) ) ) << key;
 }
+
+TEST( Dict, BackingIsAllEntriesInRows )
+{
+    for( QV_INT length : { 0, 1, 1024, 1025, 5000 } )
+    {
+        Ref< QV_DICT > dict( qvDictCreate() );
+
+        for( QV_INT i = 0; i < length; i++ )
+            qvDictSetIntKey( dict.at(), i * 7 % 5003, boxed( i ) );
+
+        for( QV_INT from : { QV_INT( 0 ), length / 3, length } )
+        {
+            QV_INT count = 9, i = from, rows = 0;
+
+            for( ; i < qvDictLength( dict ); i += count, rows++ )
+            {
+                const QV_DICT_ENTRY *entries = qvDictBacking( dict, i, &count );
+                ASSERT_LE( 1, count );
+
+                for( QV_INT k = 0; k < count; k++ )
+                {
+                    EXPECT_EQ( Ref< QV_OBJ >( qvDictKeyAt( dict, i + k ) ).get(), entries[k].key );
+                    EXPECT_EQ( Ref< QV_OBJ >( qvDictValueAt( dict, i + k ) ).get(), entries[k].value );
+                }
+            }
+
+            EXPECT_EQ( length, i );
+            EXPECT_GE( 1 + length / 100, rows );
+            EXPECT_EQ( nullptr, qvDictBacking( dict, length, &count ) );
+            EXPECT_EQ( 0, count );
+        }
+    }
+}

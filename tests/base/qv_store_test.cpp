@@ -8,6 +8,9 @@
 
 #include <malloc.h>
 
+#include <map>
+#include <random>
+#include <unistd.h>
 #include <vector>
 
 using qv::Ref;
@@ -275,4 +278,125 @@ TEST( Store, BinaryFormFromOutsideMayBeAnything )
         EXPECT_EQ( nullptr, qvStoreTryDecodeFromDecoder( decoder ) );
         EXPECT_EQ( QV_TRUE, qvDecoderError( decoder ) );
     }
+}
+
+// Levels with values, with sub-stores and with both; with addresses that come again, beyond the places that are put in order
+// at once; and values that are one String wherever they stand.
+TEST( Store, LinesInAnyOrderMakeTheSameDocument )
+{
+    std::mt19937                         random( 99 );
+    std::map< std::string, std::string > values; // by the whole path
+    Ref< QV_STORE >                      model( qvStoreCreate() );
+    std::string                          document;
+
+    for( int i = 0; i < 9000; i++ )
+    {
+        const char *const places[] = { "", "a.", "a.b.", "only.", "only.stores." };
+        const char       *place    = places[random() % 5];
+        std::string       path     = place + std::string( "key-" ) + std::to_string( random() % 2500 );
+        std::string value = i % 11 == 0 ? "" : i % 7 ? std::to_string( i % 50 ) : "%% \xC3\xA4 " + std::to_string( i );
+
+        // A sub-store beside others, and of the name of a value.
+        if( i % 1000 == 0 )
+            path += ".deep.key";
+
+        if( place != std::string( "only." ) )
+        {
+            values[path] = value;
+            document += path + "=" + value + ( i % 3 ? "\n" : "\r\n" );
+        }
+    }
+
+    for( auto &[path, value] : values )
+    {
+        Ref< QV_STORE > line = storeOf( { path + "=" + value } );
+        qvStoreMerge( model.at(), line );
+    }
+
+    Ref< QV_STORE > read = fromText( document );
+    EXPECT_EQ( textFormOf( model ), textFormOf( read ) );
+    EXPECT_TRUE( qvStoreEquals( model, read ) );
+    EXPECT_TRUE( qvStoreEquals( read, fromBinary( binaryOf( read ) ) ) );
+
+    // A value that is changed by who reads it stays as it was everywhere.
+    Ref< QV_STORE >  same = fromText( "a=text\nb=text\nsub.a=text\n" );
+    Ref< QV_STRING > value( qvStoreValueCstr( same, "a", -1 ) );
+    qvStringAppendChar( value.at(), U'!' );
+    EXPECT_EQ( "a=text\nb=text\nsub.a=text\n", textFormOf( same ) );
+}
+
+TEST( Store, AddressesOfBothKindsAreKeptTogether )
+{
+    Ref< QV_STORE > store( qvStoreCreate() ), sub( qvStoreCreate() );
+
+    auto addresses = [&]
+    {
+        std::string all;
+
+        for( QV_INT i = 0; i < qvStoreLength( store ); i++ )
+            all += utf8( Ref< QV_STRING >( qvStoreAddressAt( store, i ) ) ) + ' ';
+
+        return all;
+    };
+
+    qvStoreSetValueCstr( store.at(), "b", -1, text( "1" ) );
+    Ref< QV_STORE > before = Ref< QV_STORE >::share( store );
+    qvStoreSetStoreCstr( store.at(), "a", -1, sub );
+    qvStoreSetStoreCstr( store.at(), "b", -1, sub );
+    EXPECT_EQ( "a b ", addresses() );
+    EXPECT_LT( 0, qvStoreCompare( before, store ) ); // "b" is after "a"
+
+    qvStoreDelValueCstr( store.at(), "b", -1 );
+    EXPECT_EQ( "a b ", addresses() );
+    qvStoreDelStoreCstr( store.at(), "b", -1 );
+    qvStoreSetValueCstr( store.at(), "c", -1, text( "2" ) );
+    qvStoreMerge( store.at(), before );
+    EXPECT_EQ( "a b c ", addresses() );
+    EXPECT_EQ( 1, qvStoreLength( before ) );
+
+    // Text for a look-up: what is not short, no ASCII or no address.
+    std::string longest( 64, 'x' );
+    qvStoreSetValueCstr( store.at(), longest.c_str(), -1, text( "3" ) );
+    qvStoreSetValueCstr( store.at(), ( longest + 'x' ).c_str(), -1, text( "4" ) );
+    qvStoreSetValueCstr( store.at(), longest.c_str(), 64, text( "5" ) );
+    qvStoreSetValueCstr( store.at(), ( longest + 'x' ).c_str(), -1, text( "6" ) );
+    EXPECT_EQ( "5", utf8( Ref< QV_STRING >( qvStoreValueCstr( store, longest.c_str(), -1 ) ) ) );
+    EXPECT_EQ( "6", utf8( Ref< QV_STRING >( qvStoreValueCstr( store, ( longest + 'x' ).c_str(), 65 ) ) ) );
+    EXPECT_EQ( 5, qvStoreLength( store ) );
+    EXPECT_DEATH( qvStoreHasValueCstr( store, "\xC3\xA4", -1 ), "qvStoreAddressOk" );
+}
+
+// Of a document that came from slabs few values are left here and there, and then one: the pages between them go back.
+TEST( Store, WhatOutlivesALargeDocumentHoldsLittle )
+{
+    auto resident = []
+    {
+        long  pages = 0, all = 0;
+        FILE *file = fopen( "/proc/self/statm", "r" );
+        EXPECT_EQ( 2, fscanf( file, "%ld %ld", &all, &pages ) );
+        fclose( file );
+        return pages * sysconf( _SC_PAGESIZE ) / 1024 / 1024;
+    };
+
+    std::string document;
+
+    for( int i = 0; i < 60000; i++ )
+        document += "key-" + std::to_string( 100000 + i ) + "=" + std::to_string( i ) + std::string( 90, 'v' ) + "\n";
+
+    Ref< QV_STORE >                 store = fromText( document );
+    std::vector< Ref< QV_STRING > > kept;
+
+    for( QV_INT i = 0; i < 60000; i += 6000 )
+        kept.emplace_back( qvStoreValueAt( store, i ) );
+
+    [[maybe_unused]] long full = resident();
+    store.reset();
+    [[maybe_unused]] long left = resident();
+
+#if !defined( __SANITIZE_ADDRESS__ ) && !defined( __SANITIZE_THREAD__ )
+    EXPECT_LE( 25, full - left ); // MiB, of some 28 that are slabs
+#endif
+
+    for( size_t i = 0; i < kept.size(); i++ )
+        EXPECT_EQ( std::to_string( i * 6000 ) + std::string( 90, 'v' ), utf8( kept[i] ) );
 }

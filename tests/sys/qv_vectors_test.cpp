@@ -142,3 +142,55 @@ TEST( Vectors, EveryKernelGivesTheSame )
 
     qv___VectorsForceKernel( -1 );
 }
+
+namespace
+{
+// What the readers and writers of documents make of lines, whose bytes end with the last of them.
+std::string madeOfLines( const std::string &lines )
+{
+    Ref< QV_BUFFER > document( qvBufferCreateFromBytesCopy( lines.data(), static_cast< QV_INT >( lines.size() ) ) );
+    Ref< QV_STORE >  read( qvStoreTryDecodeFromTextBuffer( document ) );
+    Ref< QV_BUFFER > binary( qvStoreEncodeToBuffer( read ) );
+    EXPECT_TRUE( qvStoreEquals( read, Ref< QV_STORE >( qvStoreTryDecodeFromBuffer( binary ) ) ) );
+
+    return bytes( Ref< QV_BUFFER >( qvStoreEncodeToTextBuffer( read ) ) ) + bytes( binary );
+}
+} // namespace
+
+TEST( Vectors, LinesAreTakenApartTheSame )
+{
+    const char *const rare[] = {
+        "\n", "\r",   "\v",       "\f",           "\t",       "\x0E", "%", "%%", "=", ".", "-", "_", "\x1F",
+        "~",  "\x7F", "\xC3\xA4", "\xE2\x80\xA8", "\xC2\x85", "\xFF", "@", "[",  "`", "{", "/", ":", " " };
+    std::mt19937 random( 4711 );
+
+    for( int round = 0; round < 3000 && !HasFailure(); round++ )
+    {
+        unsigned    others = random() % 3 ? random() % 60 : 400;
+        std::string lines;
+
+        for( unsigned line = random() % 5; line < 5; line++ )
+        {
+            lines += line % 2 ? "ab.cde." : "";
+
+            for( unsigned part = 0; part < 2; part++ )
+            {
+                for( unsigned length = random() % 40; length > 0; length-- )
+                    lines += random() % 1000 < others ? rare[random() % std::size( rare )]
+                                                      : std::string( 1, 'a' + random() % 26 );
+
+                lines += part == 0 ? "=" : line < 4 ? "\n" : "";
+            }
+        }
+
+        qv___VectorsForceKernel( PLAIN );
+        std::string plain = madeOfLines( lines );
+
+        if( qv___VectorsForceKernel( VECTORS_16 ) == VECTORS_16 )
+        {
+            EXPECT_EQ( plain, madeOfLines( lines ) ) << lines;
+        }
+    }
+
+    qv___VectorsForceKernel( -1 );
+}

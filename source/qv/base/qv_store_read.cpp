@@ -421,7 +421,7 @@ private:
 
         begun_++;
 
-        QV_STRING *text = isPlain ? valueTexts_.take( value ) : stringToUnescape( value );
+        QV_STRING *text = isPlain || value.length() == 0 ? valueTexts_.take( value ) : stringToUnescape( value );
 
         if( qv::appendToDict( store->values, addressTexts_.take( address ), text ) )
         {
@@ -570,7 +570,8 @@ const uint8_t *readUtf8( Reader &reader, const uint8_t *bytes, const uint8_t *en
 
         if( odd >= last )
         {
-            ascii.read( Span< uint8_t >{ pos, value }, Span< uint8_t >{ value, last }, !line.special );
+            ascii.read(
+                Span< uint8_t >{ pos, value }, Span< uint8_t >{ value, last }, !line.special || line.special >= last );
         }
         else
         {
