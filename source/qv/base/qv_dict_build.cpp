@@ -33,7 +33,7 @@ Run *copyWithReferences( Run *run )
 
 void qv::makeDictRun( QV_DICT *dict, QV_INT count )
 {
-    dict->run = createRun( static_cast< int32_t >( std::min< QV_INT >( count, FULL_DICT_RUN ) ) );
+    dict->run = createRun( static_cast< int32_t >( std::min< QV_INT >( count, FULL_ONLY_DICT_RUN ) ) );
 }
 
 void qv::copyItems( QV_DICT *dict, QV_DICT *src )

@@ -191,7 +191,7 @@ private:
         if( entry.value )
         {
             if( store->values == qv___DictEmpty )
-                qv::assign( &store->values, qv::createDictWithRoom( qvIntMin( count, 32 ), &newTables_ ) );
+                qv::assign( &store->values, qv::createDictWithRoom( qvIntMin( count, 1024 ), &newTables_ ) );
 
             if( qv::appendToDict( store->values, entry.address.give(), entry.value.give() ) )
                 forget();

@@ -412,10 +412,11 @@ private:
     template< class Unit, class ValueUnit >
     void setValue( QV_STORE *store, Span< Unit > address, Span< ValueUnit > value, bool isPlain )
     {
-        // Mostly a store has as many values as the one that was begun before.
+        // Mostly a store has as many values as the one that was begun before. Each is the model of one other, so that the
+        // room made is no more than the document has filled.
         if( store->values == qv___DictEmpty )
         {
-            qv::assign( &store->values, qv::createDictWithRoom( std::clamp< QV_INT >( begun_, 4, 32 ), &newTables_ ) );
+            qv::assign( &store->values, qv::createDictWithRoom( std::clamp< QV_INT >( begun_, 4, 1024 ), &newTables_ ) );
             begun_ = 0;
         }
 

@@ -20,9 +20,9 @@ struct Shared
 const QV_INT  SHARED_SIZE  = qv::SLAB_PART;
 const QV_INT  SHARED_LIMIT = SHARED_SIZE / 4; // larger objects have their own memory
 const int32_t BATCH_USES   = SHARED_SIZE;
-const QV_INT  FEW          = 8;       // so many objects have memory of their own, which allocators have at hand
-const int32_t COUNTED      = 32;      // so many objects are counted in at once
-const QV_INT  MANY         = 2 << 20; // bytes of objects after which memory comes from slabs, as much as a slab is
+const QV_INT  FEW          = 8;        // so many objects have memory of their own, which allocators have at hand
+const int32_t COUNTED      = 32;       // so many objects are counted in at once
+const QV_INT  MANY         = 16 << 10; // bytes of objects after which memory comes from slabs
 
 static_assert( SHARED_SIZE <= UINT16_MAX, "an object's header holds the distance in two bytes" );
 
@@ -48,28 +48,13 @@ void qv::leaveShared( void *memory, int32_t uses )
         qvMemFree( memory );
 }
 
-// Memory from a slab, or null.
-char *qv::ObjBatch::openInSlab()
-{
-    if( slab_ )
-        if( void *part = takeSlabPart( slab_ ) )
-            return static_cast< char * >( part );
-
-    if( slab_ )
-        closeSlab( slab_ );
-
-    slab_ = createSlab();
-
-    return slab_ ? static_cast< char * >( takeSlabPart( slab_ ) ) : nullptr;
-}
-
 // As much as all objects so far have needed, up to SHARED_SIZE, which is the size of what comes from slabs too.
 void qv::ObjBatch::open( QV_INT bytes )
 {
     close();
 
     QV_INT size = qvIntMin( QV_INT( sizeof( Shared ) ) + qvIntMax( bytes_, bytes ), SHARED_SIZE );
-    char  *part = bytes_ >= MANY ? openInSlab() : nullptr;
+    char  *part = bytes_ >= MANY ? static_cast< char * >( takeSlabPart() ) : nullptr;
 
     memory_              = part ? part : static_cast< char * >( qvMemAlloc( size ) );
     next_                = memory_ + sizeof( Shared );
@@ -89,9 +74,6 @@ void qv::ObjBatch::close()
 qv::ObjBatch::~ObjBatch()
 {
     close();
-
-    if( slab_ )
-        closeSlab( slab_ );
 
     if( counted_ > 0 )
         countOut( sort_, counted_ );

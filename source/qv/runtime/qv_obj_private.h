@@ -18,11 +18,9 @@ namespace qv
     otherwise allocate declares it all the same. */
 QV_OBJ *createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort );
 
-struct Slab;
-
 /** Creates objects of a sort, which may be many and small. Then several of them share memory: an allocation serves
     about ten and is freed with the last of them, so that an object that outlives the others holds two kilobytes at
-    most, or some pages where there were so many that the allocations come from slabs. The first few, and large ones, have memory of their own. All are objects like any others. A batch is a local
+    most, or some pages where there were so many that the memory comes from slabs. The first few, and large ones, have memory of their own. All are objects like any others. A batch is a local
     variable of one thread; while it lasts, the count of the sort's objects may be up to 31 too high.
 
         qv::ObjBatch batch( qvPointSort() );
@@ -48,9 +46,8 @@ public:
     QV_OBJ *createInline( QV_INT size, QV_INT extraBytes );
 
 private:
-    void  open( QV_INT bytes );
-    char *openInSlab();
-    void  close();
+    void open( QV_INT bytes );
+    void close();
 
     QV_SORT *sort_;
     QV_INT   objects_ = 0;       // so far
@@ -60,7 +57,6 @@ private:
     char    *end_     = nullptr;
     int32_t  users_   = 0; // objects in it
     int32_t  counted_ = 0; // objects to come that the sort counts already
-    Slab    *slab_    = nullptr;
 };
 
 /** Releases objects, which may be many and small. What is common to the ends of several is done once: they are counted

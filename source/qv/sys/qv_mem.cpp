@@ -6,6 +6,7 @@
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem_private.h"
 #include "qv/sys/qv_order_private.h"
+#include "qv/sys/qv_slab_private.h"
 
 #include <stdlib.h>
 #include <string.h>
@@ -19,6 +20,7 @@ void qv___MemStartup( void )
 
 void qv___MemShutdown( void )
 {
+    qv::closeSlabs();
 }
 
 void *qvMemAlloc( QV_INT size )

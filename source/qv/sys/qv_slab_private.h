@@ -1,11 +1,14 @@
 /** @file
-    Slabs: large blocks from the operating system itself, of which parts are taken in turn and given back in any order.
+    Slabs: blocks of 2 MiB from the operating system itself, of which parts of one size are taken in turn and left in any
+    order.
 
-    A slab of 2 MiB can be one page of the processor: taking memory from it costs a fraction of what as many pages of 4 KiB
-    cost. Its parts are of one size. When so few of them are left that a part would hold much more memory than its own,
-    the pages between them go back to the operating system; the slab itself goes back with its last part.
+    There is one slab at a time of which parts are taken. Where all that were taken have been left, they are taken anew:
+    what is made and released again and again is in memory that is there. Otherwise a slab is closed after its last part,
+    and goes back with the last one that is left. Where few are in use that would hold it, the pages between them go back.
+    From the second slab on the operating system may map each as one page: that costs a fraction of what as many pages of
+    4 KiB cost.
 
-    Parts are taken by one thread, which has created the slab. Any thread may give a part back. */
+    Any thread may take parts and leave them. */
 
 #ifndef QV_SLAB_PRIVATE_H
 #define QV_SLAB_PRIVATE_H
@@ -14,22 +17,17 @@
 
 namespace qv
 {
-struct Slab;
-
 /** Bytes of a part, a multiple of 16. */
 const QV_INT SLAB_PART = 2000;
 
-/** A new slab, or null if the operating system has none. */
-Slab *createSlab();
+/** A part, or null if the operating system has no memory. */
+void *takeSlabPart();
 
-/** The next part, or null after the last one. */
-void *takeSlabPart( Slab *slab );
-
-/** Called once by the thread that takes parts, when it takes no more. */
-void closeSlab( Slab *slab );
-
-/** Gives a part back, which nobody uses any more. */
+/** Leaves a part, which nobody uses any more. */
 void leaveSlabPart( void *part );
+
+/** Closes the slab of which parts are taken. */
+void closeSlabs();
 
 /** A block as from qvMemAlloc(), of several MiB, for which the operating system may give pages of 2 MiB. Those that are not
     written take no memory. */
