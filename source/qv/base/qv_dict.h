@@ -77,8 +77,8 @@ QV_API QV_OBJ *qvDictValueAt( QV_DICT *dict, QV_INT idx );
 /** An entry as a Dict keeps it. */
 typedef struct QV_DICT_ENTRY
 {
-    QV_OBJ  *key;
-    QV_OBJ  *value;
+    QV_OBJ  *key;      /**< never null */
+    QV_OBJ  *value;    /**< never null */
     uint64_t reserved; /**< the Dict's own */
 } QV_DICT_ENTRY;
 

@@ -38,7 +38,7 @@ bool hasKey( QV_DICT *dict, QV_STRING *key )
     return qvDictIndexOfObjKey( dict, key ) >= 0;
 }
 
-// Takes over the tables, of which the last one may be null.
+// Takes over the tables.
 QV_STORE *createStore( QV_DICT *values, QV_DICT *stores, QV_DICT *addresses, qv::ObjBatch *batch = nullptr )
 {
     QV_STORE *store  = batch ? static_cast< QV_STORE * >( batch->create( sizeof( QV_STORE ), 0 ) )
@@ -123,7 +123,7 @@ void deleteEntry( QV_STORE **store, StoreTable table, StoreTable other, QV_STRIN
     qv::makePrivate( store, qvStoreCreateFrom );
     qvDictDelObjKey( &( *store->*table ), address );
 
-    if( ( *store )->addresses && !hasKey( *store->*other, address ) )
+    if( ( *store )->addresses->length > 0 && !hasKey( *store->*other, address ) )
         qvDictDelObjKey( &( *store )->addresses, address );
 
     QV_ASSERT( qv::isSoundStore( *store, address ) );
@@ -165,13 +165,13 @@ void qv::makeAddresses( QV_STORE *store )
 {
     QV_DICT *many = store->values, *few = store->stores;
 
-    if( store->addresses || many->length == 0 || few->length == 0 )
+    if( store->addresses->length > 0 || many->length == 0 || few->length == 0 )
         return;
 
     if( many->length < few->length )
         std::swap( many, few );
 
-    store->addresses = createDictOfKeys( many );
+    assign( &store->addresses, createDictOfKeys( many ) );
     includeKeys( &store->addresses, few );
 }
 
@@ -179,15 +179,15 @@ void qv::makeAddressesFor( QV_STORE *store, StoreTable table )
 {
     QV_DICT *other = store->*( table == STORE_VALUES ? STORE_STORES : STORE_VALUES );
 
-    if( !store->addresses && other->length > 0 )
-        store->addresses = createDictOfKeys( other );
+    if( store->addresses->length == 0 && other->length > 0 )
+        assign( &store->addresses, createDictOfKeys( other ) );
 }
 
 void qv::setInStore( QV_STORE *store, StoreTable table, QV_STRING *address, QV_OBJ *value )
 {
     makeAddressesFor( store, table );
 
-    if( store->addresses )
+    if( store->addresses->length > 0 )
         qvDictSetObjKey( &store->addresses, address, address );
 
     qvDictSetObjKey( &( store->*table ), address, value );
@@ -219,7 +219,7 @@ bool isSoundEntry( QV_STORE *store, QV_STRING *address )
         || ( sub && qvObjSort( sub ) != qvStoreSort() ) )
         return false;
 
-    if( idx < 0 || !store->addresses )
+    if( idx < 0 || store->addresses->length == 0 )
         return true;
 
     const QV___DICT_ITEM &item = qv::dictItem( store->addresses, idx );
@@ -251,21 +251,19 @@ bool qv::isSoundStore( QV_STORE *store, QV_STRING *address )
 
 QV_STORE *qvStoreCreate( void )
 {
-    return createStore( qvDictCreate(), qvDictCreate(), nullptr );
+    return createStore( qvDictCreate(), qvDictCreate(), qvDictCreate() );
 }
 
 QV_STORE *qv::createStoreIn( ObjBatch *batch )
 {
-    return createStore( qvDictCreate(), qvDictCreate(), nullptr, batch );
+    return createStore( qvDictCreate(), qvDictCreate(), qvDictCreate(), batch );
 }
 
 QV_STORE *qvStoreCreateFrom( QV_STORE *source )
 {
     QV_CHECK( source );
 
-    return createStore(
-        qv::retain( source->values ), qv::retain( source->stores ),
-        source->addresses ? qv::retain( source->addresses ) : nullptr );
+    return createStore( qv::retain( source->values ), qv::retain( source->stores ), qv::retain( source->addresses ) );
 }
 
 void qvStoreClear( QV_STORE **store )
@@ -324,10 +322,12 @@ QV_INT includeLevel( QV_STORE *into, QV_STORE *from )
 {
     QV_INT firstStore = into->stores == from->stores ? from->stores->length : 0;
 
-    if( into->addresses && from->addresses && into->addresses != from->addresses )
-        qvDictInclude( &into->addresses, from->addresses, QV_FALSE );
-    else if( into->addresses && !from->addresses )
+    bool hasOwn = into->addresses->length > 0;
+
+    if( hasOwn && from->addresses->length == 0 )
         includeKeys( &into->addresses, qv::addressesOf( from ) );
+    else if( hasOwn && into->addresses != from->addresses )
+        qvDictInclude( &into->addresses, from->addresses, QV_FALSE );
 
     if( into->values != from->values )
         qvDictInclude( &into->values, from->values, QV_FALSE );

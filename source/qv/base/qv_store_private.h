@@ -16,7 +16,7 @@ struct QV_STORE : QV_OBJ
 {
     QV_DICT *values;    /**< Strings by address */
     QV_DICT *stores;    /**< Stores by address */
-    QV_DICT *addresses; /**< every address that has an entry, and the same String as its value; or null, see
+    QV_DICT *addresses; /**< every address that has an entry, and the same String as its value; or empty, see
                              addressesOf() */
 };
 
@@ -44,7 +44,7 @@ QV_STORE *createStoreIn( ObjBatch *batch );
     these is the one, and there is no other. A store that has got both keeps a table of the addresses from then on. */
 inline QV_DICT *addressesOf( QV_STORE *store )
 {
-    return store->addresses ? store->addresses : store->stores->length > 0 ? store->stores : store->values;
+    return store->addresses->length > 0 ? store->addresses : store->stores->length > 0 ? store->stores : store->values;
 }
 
 /** Makes the table of the addresses if a store has none and needs it: it has both kinds of entries, or an entry of the
