@@ -9,7 +9,9 @@
 #include <malloc.h>
 
 #include <map>
+#include <mutex>
 #include <random>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -399,4 +401,51 @@ TEST( Store, WhatOutlivesALargeDocumentHoldsLittle )
 
     for( size_t i = 0; i < kept.size(); i++ )
         EXPECT_EQ( std::to_string( i * 6000 ) + std::string( 60, 'v' ), utf8( kept[i] ) );
+}
+
+// Threads read documents and release what others have read, all of it in the same slabs.
+TEST( Store, ThreadsReadAndReleaseDocumentsAtOnce )
+{
+    std::string document;
+
+    for( int i = 0; i < 3000; i++ )
+        document += "key-" + std::to_string( 10000 + i ) + "=" + std::to_string( i ) + " value\n";
+
+    Ref< QV_BUFFER >                bytes = bufferOf( document );
+    std::mutex                      lock;
+    std::vector< Ref< QV_STORE > >  read;
+    std::vector< std::thread >      threads;
+    std::vector< Ref< QV_STRING > > kept;
+
+    for( int t = 0; t < 3; t++ )
+        threads.emplace_back(
+            [&]
+            {
+                for( int i = 0; i < 12; i++ )
+                {
+                    Ref< QV_STORE >  mine( qvStoreTryDecodeFromTextBuffer( bytes ) ), other;
+                    Ref< QV_STRING > one( qvStoreValueAt( mine, i * 200 ) );
+
+                    std::lock_guard< std::mutex > held( lock );
+                    read.push_back( std::move( mine ) );
+                    kept.push_back( std::move( one ) );
+
+                    if( read.size() > 4 )
+                    {
+                        other = std::move( read.front() );
+                        read.erase( read.begin() );
+                    }
+                }
+            } );
+
+    for( std::thread &thread : threads )
+        thread.join();
+
+    for( Ref< QV_STORE > &store : read )
+        EXPECT_EQ( document, textFormOf( store ) );
+
+    read.clear();
+
+    for( Ref< QV_STRING > &value : kept )
+        EXPECT_NE( std::string::npos, utf8( value ).find( " value" ) );
 }
