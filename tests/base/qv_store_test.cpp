@@ -6,8 +6,11 @@
 #include <malloc.h>
 
 #include <map>
+#include <mutex>
 #include <random>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 using qv::Ref;
 using namespace qv::test;

@@ -46,13 +46,14 @@
     or nests deeper than 100 levels.
 
     Costs. Finding, setting and deleting cost a logarithm of the number of addresses, in any order, and the first change
-    of a table that is shared a copy of it. qvStoreCreateFrom() costs a constant time. Reading and writing a form costs
-    its length, reading with the logarithm of its entries. A tree may be nested to any depth: operations that
-    walk it take memory for each level, not stack.
+    of a table that is shared a copy of it. The first sub-store beside values, or value beside sub-stores, costs a table of
+    all addresses. qvStoreCreateFrom() costs a constant time. Reading and writing a form costs its length, reading with
+    the logarithm of its entries. A tree may be nested to any depth: operations that walk it take memory for each level,
+    not stack.
 
     Memory. A store with one entry takes a few hundred bytes, and so does each entry of short texts. A document that was
-    read from text takes some ten to forty times its text where most lines set values, and up to 300 times where all of
-    it is sub-stores.
+    read from text takes some ten to forty times its text where most lines set values, less where addresses or values come
+    again, and up to 300 times where all of it is sub-stores.
 
     Threads. Any thread may read a Store, also one that others hold, and may lend it, its addresses and its values to
     operations on other Stores at the same time. A variable that mutators work on belongs to one thread at a time.

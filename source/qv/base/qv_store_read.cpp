@@ -416,7 +416,8 @@ private:
         // room made is no more than the document has filled.
         if( store->values == qv___DictEmpty )
         {
-            qv::assign( &store->values, qv::createDictWithRoom( std::clamp< QV_INT >( begun_, 4, 1024 ), &newTables_ ) );
+            qv::assign(
+                &store->values, qv::createDictWithRoom( std::clamp< QV_INT >( begun_, 4, 1024 ), &newTables_ ) );
             begun_ = 0;
         }
 
