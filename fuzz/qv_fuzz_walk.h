@@ -621,14 +621,9 @@ void call( W &walk, void ( B::*operation )() )
 int run( auto body )
 {
     if( static bool started = false; !std::exchange( started, true ) )
-    {
         qvRuntimeStartup(
             QV_RUNTIME_FLAG_OBJECT_DATABASE | QV_RUNTIME_FLAG_NO_EXCEPTION_HANDLERS, nullptr, nullptr, nullptr,
             nullptr );
-
-        // The first timer starts the timer thread, whose objects stay.
-        qvTimerRelease( qvTimerCreate( []( QV_OBJ * ) {}, nullptr ) );
-    }
 
     QV_INT before = liveObjects();
     body();

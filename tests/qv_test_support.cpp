@@ -1,6 +1,5 @@
 #include "qv_test_support.h"
 
-#include "qv/base/qv_timer.h"
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_runtime.h"
@@ -37,10 +36,6 @@ class Library : public testing::EmptyTestEventListener
     void OnEnvironmentsSetUpStart( const testing::UnitTest & ) override
     {
         qv::test::startLibrary();
-
-        // The timer thread and the description of the processors come at first need and stay. They are no leaks.
-        qvTimerRelease( qvTimerCreate( []( QV_OBJ * ) {}, nullptr ) );
-        qv::release( qvRuntimeCpuInfo() );
     }
 
     void OnEnvironmentsTearDownStart( const testing::UnitTest & ) override

@@ -10,6 +10,13 @@ QV_API void qv___ThreadEncapsulateBegin( QV_OBJ *argument );
 QV_API void qv___ThreadEncapsulateEnd( void );
 /** @} */
 
+/** @{ */
+/** The two steps of qvThreadTrySpawn(): the object of a thread that has not started, owned by the caller, and its start,
+    which can fail. A thread that is never started is released like any object. */
+QV_API QV_THREAD *qv___ThreadCreate( QV_STRING *threadName, QV_THREAD_FUNC threadFunc, QV_OBJ *argument, QV_INT prio );
+QV_API QV_BOOL    qv___ThreadTryStart( QV_THREAD *thread );
+/** @} */
+
 /** The start routine of spawned threads. Takes over a reference to the QV_THREAD, and returns null. */
 QV_API void *qv___ThreadUnixStart( void *thread );
 

@@ -227,17 +227,18 @@ void *qv___ThreadUnixStart( void *object )
     return nullptr;
 }
 
-QV_THREAD *qvThreadTrySpawn( QV_STRING *threadName, QV_THREAD_FUNC threadFunc, QV_OBJ *argument, QV_INT prio )
+QV_THREAD *qv___ThreadCreate( QV_STRING *threadName, QV_THREAD_FUNC threadFunc, QV_OBJ *argument, QV_INT prio )
 {
-    QV_CHECK( threadName );
-    QV_CHECK( threadFunc );
-    QV_CHECK( QV_THREAD_PRIORITY_OK( prio ) );
-
-    qv::Ref< QV_THREAD > thread( qv::create< QV_THREAD >( qvThreadSort() ) );
+    QV_THREAD *thread = qv::create< QV_THREAD >( qvThreadSort() );
     fillThread( thread, qv::retain( threadName ), threadFunc, prio, argument );
     thread->previousThread = nullptr;
 
-    Attributes attributes( prio );
+    return thread;
+}
+
+QV_BOOL qv___ThreadTryStart( QV_THREAD *thread )
+{
+    Attributes attributes( thread->prio );
 
     // Takes the posts of threads that have left since, so that the semaphore cannot overflow.
     while( sem_trywait( &leftThreads ) == 0 )
@@ -254,13 +255,22 @@ QV_THREAD *qvThreadTrySpawn( QV_STRING *threadName, QV_THREAD_FUNC threadFunc, Q
     {
         qv___AtomicAdd32( &spawnedThreads, -1 );
         own.reset();
-        thread.reset();
         qvCounterDecrement( threadCounter );
-        return nullptr;
+        return QV_FALSE;
     }
 
     static_cast< void >( own.give() );
-    return thread.give();
+    return QV_TRUE;
+}
+
+QV_THREAD *qvThreadTrySpawn( QV_STRING *threadName, QV_THREAD_FUNC threadFunc, QV_OBJ *argument, QV_INT prio )
+{
+    QV_CHECK( threadName );
+    QV_CHECK( threadFunc );
+    QV_CHECK( QV_THREAD_PRIORITY_OK( prio ) );
+
+    qv::Ref< QV_THREAD > thread( qv___ThreadCreate( threadName, threadFunc, argument, prio ) );
+    return qv___ThreadTryStart( thread ) ? thread.give() : nullptr;
 }
 
 QV_THREAD *qvThreadTrySpawnCstr(

@@ -5,6 +5,7 @@
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_dict_private.h"
 #include "qv/base/qv_monitor_private.h"
+#include "qv/base/qv_string.h"
 #include "qv/base/qv_thread.h"
 #include "qv/base/qv_thread_private.h"
 #include "qv/base/qv_time.h"
@@ -44,9 +45,9 @@ QV_DICT       *timerAbsDict       = nullptr; // from Time to closure
 QV_BARRIER    *timerThreadBarrier = nullptr; // the timer thread sleeps here
 QV_INT         timerWake          = 0;       // the timestamp until which it sleeps; 0: it is to be woken
 QV_BOOL        timerThreadAbort   = QV_FALSE;
-QV_THREAD     *timerThread        = nullptr; // from the first timer on
+QV_THREAD     *timerThread        = nullptr; // runs from the first timer on
 QV_TIME       *timerWallNow       = nullptr; // the timer thread's own
-int32_t        timerThreadRuns    = 0;       // atomic: there is a timer thread
+int32_t        timerThreadRuns    = 0;       // atomic: the timer thread has been started
 
 Closure *closureOf( QV_OBJ *object )
 {
@@ -138,9 +139,13 @@ void qv___TimerStartup( void )
     timerWake          = 0;
     timerThreadAbort   = QV_FALSE;
     timerThreadBarrier = qvBarrierCreate( QV_TRUE );
-    timerThread        = nullptr;
-    timerWallNow       = nullptr;
     timerThreadRuns    = 0;
+
+    // Created here, so that the first timer leaves as many objects as any other, and the thread allocates nothing when
+    // it starts.
+    timerWallNow = qvTimeNow();
+    qv::Ref< QV_STRING > name( qvStringCreateFromCstr( "qv___TimerThreadFunc()", -1 ) );
+    timerThread = qv___ThreadCreate( name, qv___TimerThreadFunc, nullptr, QV_THREAD_PRIORITY_HIGHEST );
 }
 
 namespace
@@ -153,13 +158,11 @@ void startTimerThread()
 
     qv::HeldMonitor held( timerMonitor );
 
-    if( timerThread )
+    if( timerThreadRuns )
         return;
 
-    timerWallNow = qvTimeNow(); // made here, so that the thread allocates nothing when it starts
-    timerThread =
-        qvThreadTrySpawnCstr( "qv___TimerThreadFunc()", -1, qv___TimerThreadFunc, nullptr, QV_THREAD_PRIORITY_HIGHEST );
-    QV_CHECK( timerThread );
+    QV_BOOL isStarted = qv___ThreadTryStart( timerThread );
+    QV_CHECK_AS( isStarted, "timerThread" );
     qv___AtomicStore32( &timerThreadRuns, 1 );
 }
 
@@ -177,7 +180,7 @@ void stopTimerThread()
 
 void qv___TimerShutdown( void )
 {
-    if( timerThread )
+    if( timerThreadRuns )
         stopTimerThread();
 
     QV_CHECK_AS( !timerRelQueue.length, "!qvPriorityMapLength( timerRelPrioMap )" );

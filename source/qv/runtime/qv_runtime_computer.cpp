@@ -1,6 +1,7 @@
 #include "qv/runtime/qv_runtime.h"
 
 #include "qv/base/qv_monitor_private.h"
+#include "qv/base/qv_string.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime_platform_private.h"
@@ -9,7 +10,7 @@ namespace
 {
 QV_STRING *computerName        = nullptr;
 QV_STRING *operatingSystemInfo = nullptr;
-QV_STRING *cpuInfo             = nullptr; // null until the first question
+QV_STRING *cpuInfo             = nullptr; // a stand-in until the first question
 
 QV_MONITOR *cpuMonitor = nullptr; // held to write cpuInfo
 int32_t     cpuIsKnown = 0;       // atomic: cpuInfo stays as it is
@@ -28,8 +29,11 @@ QV_STRING *knownCpuInfo()
     {
         qv::HeldMonitor held( cpuMonitor );
 
-        if( !cpuInfo )
+        if( !cpuIsKnown )
+        {
+            qv::release( cpuInfo );
             cpuInfo = qv___RuntimePlatformCpuInfo();
+        }
 
         qv___AtomicStore32( &cpuIsKnown, 1 );
     }
@@ -51,7 +55,7 @@ void qv___RuntimeComputerNameShutdown( void )
 void qv___RuntimeComputerInfoStartup( void )
 {
     operatingSystemInfo = qv___RuntimePlatformOperatingSystemInfo();
-    cpuInfo             = nullptr;
+    cpuInfo             = qvStringCreateFromCstr( "-", -1 ); // so that the first question leaves no more objects
     cpuIsKnown          = 0;
     cpuMonitor          = qvMonitorCreate();
 }
