@@ -14,6 +14,19 @@ Ref< QV_OBJ > boxed( QV_INT value )
 }
 } // namespace
 
+TEST( Dict, BoxedKeysAreOrderedBySortAndValue )
+{
+    Ref< QV_DICT > dict( qvDictCreate() );
+    qvDictSetStringKey( dict.at(), text( "a" ), boxed( 1 ) );
+    qvDictSetBoolKey( dict.at(), QV_TRUE, boxed( 2 ) );
+    qvDictSetNullKey( dict.at(), boxed( 3 ) );
+    qvDictSetBoolKey( dict.at(), QV_FALSE, boxed( 4 ) );
+    qvDictSetIntKey( dict.at(), 9, boxed( 5 ) );
+    EXPECT_EQ( "{false=4, true=2, 9=5, null=3, a=1}", textOf( dict.get() ) );
+    EXPECT_EQ( "4", textOf( Ref( qvDictBoolKey( dict, QV_FALSE ) ).get() ) );
+    EXPECT_EQ( "3", textOf( Ref( qvDictNullKey( dict ) ).get() ) );
+}
+
 TEST( Dict, DividesItsItemsSeldomWhereAnEndMovesToAndFro )
 {
     for( QV_INT step : { 1, -1 } )

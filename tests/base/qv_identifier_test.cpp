@@ -11,6 +11,7 @@ TEST( Identifier, IsRandomAndPrintable )
 {
     std::set< std::string > texts;
     std::set< char >        digits[32];
+    Ref< QV_IDENTIFIER >    last( qvIdentifierCreate() );
 
     for( int i = 0; i < 1000; i++ )
     {
@@ -26,6 +27,8 @@ TEST( Identifier, IsRandomAndPrintable )
         ASSERT_EQ( name, bytes( Ref( qvIdentifierBuffer( ident ) ) ) );
         ASSERT_TRUE( qvIdentifierEquals( ident, Ref( qvIdentifierTryCreateFromString( text( name ) ) ) ) );
         ASSERT_TRUE( qvIdentifierEquals( ident, Ref( qvIdentifierTryCreateFromBuffer( buffer( name ) ) ) ) );
+        ASSERT_EQ( name < textOf( last.get() ) ? -1 : 1, qvIdentifierCompare( ident, last ) );
+        last.reset( ident.give() );
     }
 
     EXPECT_EQ( 1000u, texts.size() );

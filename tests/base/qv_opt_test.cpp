@@ -58,3 +58,35 @@ TEST( Opt, ArgumentsHaveTypedForms )
 
     EXPECT_EQ( "IGNORE|NO_ABBREV", take( qvOptFlagsToString( 10 | 16 ) ) );
 }
+
+TEST( Opt, ErrorsHaveTexts )
+{
+    Ref< QV_OPT_DEF > def( qvOptDefCreate() );
+    Ref< QV_VECTOR >  argv( qvVectorCreate() );
+    qvOptDefSetShortOpt( def.at(), U'x', 1 );
+    qvOptDefSetFlags( def.at(), 1, QV_OPT_FLAG_ONCE );
+    qvOptDefSetLongOptCstr( def.at(), "out", -1, 2 );
+    qvOptDefSetFlags( def.at(), 2, QV_OPT_FLAG_ARGUMENT | QV_OPT_FLAG_NO_ABBREV );
+    qvOptDefSetLongOptCstr( def.at(), "odd", -1, -9 );
+    qvOptDefSetLongOptCstr( def.at(), "plain", -1, 3 );
+
+    for( const char *word : { "-z", "--o=1", "--plain=", "-xx", "--ou=1", "word", "--odd", "--out" } )
+        qvVectorAppendStringCstr( argv.at(), word, -1 );
+
+    Ref< QV_OPT_SEQ > seq( qvOptSeqCreate( def, argv ) );
+
+    for( auto &[id, error] : std::initializer_list< std::pair< QV_INT, const char * > >{
+             { -1, "-z: option undefined" },
+             { -2, "--o: ambiguous" },
+             { -4, "--plain: argument disallowed" },
+             { 1, "" },
+             { -5, "-x: multiple options disallowed" },
+             { -6, "--ou: abbreviated option disallowed" },
+             { -7, "non-option argument disallowed" },
+             { -9, "--odd: error" },
+             { -3, "--out: argument missing" } } )
+    {
+        EXPECT_EQ( id, qvOptSeqNext( seq ) ) << error;
+        EXPECT_EQ( error, qvOptSeqHasError( seq ) ? take( qvOptSeqError( seq ) ) : "" );
+    }
+}

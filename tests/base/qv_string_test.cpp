@@ -17,6 +17,17 @@ TEST( String, EmptyStringsAreOneObject )
     EXPECT_EQ( empty.get(), some.get() );
 }
 
+TEST( String, GoesIntoItselfAsTextAndDelimiter )
+{
+    for( auto *add : { qvStringDelimitedPrepend, qvStringDelimitedAppend } )
+    {
+        Ref< QV_STRING > qvs = text( "ab" );
+        add( qvs.at(), qvs, text( ", " ) );
+        add( qvs.at(), text( "c" ), qvs );
+        EXPECT_EQ( add == qvStringDelimitedAppend ? "ab, abab, abc" : "cab, abab, ab", utf8( qvs ) );
+    }
+}
+
 TEST( String, SplitsAtRunsOfWhiteSpace )
 {
     auto split = []( const char *qvs, QV_INT maxParts )

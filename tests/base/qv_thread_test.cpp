@@ -45,7 +45,7 @@ TEST( Thread, BodySeesWhatItWasSpawnedWith )
             EXPECT_FALSE( qvThreadEnd( self ) );
             prctl( PR_GET_NAME, kernelName );
         } );
-    Ref thread( qvThreadTrySpawn( text( "wörker with a name" ), callArgument, body, QV_THREAD_PRIORITY_LOW ) );
+    Ref thread( qvThreadTrySpawnWcstr( L"wörker with a name!", 18, callArgument, body, QV_THREAD_PRIORITY_LOW ) );
     qvThreadJoin( thread );
 
     EXPECT_EQ( thread.get(), self );
