@@ -8,6 +8,7 @@
 #include "qv/qv.h"
 
 #include "qv/cpp/qv_containers.hpp"
+#include "qv/cpp/qv_format.hpp"
 #include "qv/cpp/qv_object.hpp"
 #include "qv/cpp/qv_store.hpp"
 #include "qv/cpp/qv_string.hpp"
