@@ -9,7 +9,10 @@
 
 #include "qv/cpp/qv_containers.hpp"
 #include "qv/cpp/qv_format.hpp"
+#include "qv/cpp/qv_lines.hpp"
 #include "qv/cpp/qv_object.hpp"
+#include "qv/cpp/qv_result.hpp"
+#include "qv/cpp/qv_runtime.hpp"
 #include "qv/cpp/qv_store.hpp"
 #include "qv/cpp/qv_string.hpp"
 
