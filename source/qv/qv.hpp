@@ -15,5 +15,7 @@
 #include "qv/cpp/qv_runtime.hpp"
 #include "qv/cpp/qv_store.hpp"
 #include "qv/cpp/qv_string.hpp"
+#include "qv/cpp/qv_threads.hpp"
+#include "qv/cpp/qv_time.hpp"
 
 #endif
