@@ -40,7 +40,7 @@
         long double:        (QV_REAL)QV___FORMAT_OF( long double, arg ),                                               \
         default:            ( arg ) )
 
-/* The argument where it has the type, else a zero: the branches that are not taken have to be valid too. */
+/** The argument where it has the type, else a zero: the branches that are not taken have to be valid too. */
 #define QV___FORMAT_OF( type, arg ) _Generic( ( arg ), type: ( arg ), default: (type)0 )
 
 /** 1 to 12 arguments, each in the width that a format reads. */
@@ -49,6 +49,8 @@
         QV___FORMAT_7, QV___FORMAT_6, QV___FORMAT_5, QV___FORMAT_4, QV___FORMAT_3, QV___FORMAT_2, QV_FORMAT_ARG, 0 )   \
     ( __VA_ARGS__ )
 
+/** @{ */
+/** The steps of QV_FORMAT_ARGS(), by the number of arguments. */
 #define QV___FORMAT_PICK( a, b, c, d, e, f, g, h, i, j, k, l, picked, ... ) picked
 #define QV___FORMAT_2( a, ... )  QV_FORMAT_ARG( a ), QV_FORMAT_ARG( __VA_ARGS__ )
 #define QV___FORMAT_3( a, ... )  QV_FORMAT_ARG( a ), QV___FORMAT_2( __VA_ARGS__ )
@@ -61,6 +63,7 @@
 #define QV___FORMAT_10( a, ... ) QV_FORMAT_ARG( a ), QV___FORMAT_9( __VA_ARGS__ )
 #define QV___FORMAT_11( a, ... ) QV_FORMAT_ARG( a ), QV___FORMAT_10( __VA_ARGS__ )
 #define QV___FORMAT_12( a, ... ) QV_FORMAT_ARG( a ), QV___FORMAT_11( __VA_ARGS__ )
+/** @} */
 
 // clang-format on
 

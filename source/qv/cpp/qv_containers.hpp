@@ -61,6 +61,7 @@ public:
         return qvBufferLength( raw() );
     }
 
+    /** True if there are none. */
     [[nodiscard]] bool empty() const
     {
         return size() == 0;
@@ -72,11 +73,13 @@ public:
         return qvBufferBacking( raw() );
     }
 
+    /** The first byte. */
     [[nodiscard]] const uint8_t *begin() const
     {
         return data();
     }
 
+    /** After the last byte. */
     [[nodiscard]] const uint8_t *end() const
     {
         return data() + size();
@@ -90,6 +93,7 @@ public:
 
     void bytes() const && = delete;
 
+    /** The byte at an index. */
     uint8_t operator[]( QV_INT index ) const
     {
         return qvBufferReadByte( raw(), index );
@@ -101,18 +105,21 @@ public:
         return own( qvBufferRead( raw(), offset, count ) );
     }
 
+    /** Adds at the end. */
     Buffer &append( const Buffer &more )
     {
         qvBufferAppend( variable(), more.raw() );
         return *this;
     }
 
+    /** Adds bytes at the end. */
     Buffer &append( std::span< const uint8_t > bytes )
     {
         qvBufferAppendBytes( variable(), bytes.data(), static_cast< QV_INT >( bytes.size() ) );
         return *this;
     }
 
+    /** Adds a byte at the end. */
     Buffer &append( uint8_t byte )
     {
         qvBufferAppendByte( variable(), byte );
@@ -126,6 +133,7 @@ public:
         return *this;
     }
 
+    /** Makes it the empty one. */
     void clear()
     {
         qvBufferClear( variable() );
@@ -143,6 +151,7 @@ class Vector : public Reference< Vector< T >, QV_VECTOR >
 
 public:
     using Base::Base;
+    /** The type of the elements. */
     using value_type = T;
 
     /** The empty Vector, which all share. */
@@ -150,6 +159,7 @@ public:
     {
     }
 
+    /** A Vector of these values. */
     Vector( std::initializer_list< T > values ) : Vector()
     {
         for( const T &value : values )
@@ -210,26 +220,31 @@ public:
         QV_OBJ *const *at_ = nullptr;
     };
 
+    /** The first one. */
     [[nodiscard]] Iterator begin() const
     {
         return Iterator( qvVectorBacking( this->raw() ) );
     }
 
+    /** After the last one. */
     [[nodiscard]] Iterator end() const
     {
         return begin() + size();
     }
 
+    /** How many there are. */
     [[nodiscard]] QV_INT size() const
     {
         return qvVectorLength( this->raw() );
     }
 
+    /** True if there are none. */
     [[nodiscard]] bool empty() const
     {
         return size() == 0;
     }
 
+    /** The element at an index. */
     T operator[]( QV_INT index ) const
     {
         detail::demand( index >= 0 && index < size(), "index >= 0 && index < size()" );
@@ -243,6 +258,7 @@ public:
         return index >= 0 ? std::optional( index ) : std::nullopt;
     }
 
+    /** True if find() finds something. */
     [[nodiscard]] bool contains( const T &value ) const
     {
         return find( value ).has_value();
@@ -254,6 +270,7 @@ public:
         return Base::own( qvVectorCreateFromInner( this->raw(), offset, count ) );
     }
 
+    /** Adds at the end. */
     Vector &append( const T &value )
     {
         qvVectorAppendObj( this->variable(), detail::Boxed< T >( value ).get() );
@@ -267,6 +284,7 @@ public:
         return *this;
     }
 
+    /** Adds at the start. */
     Vector &prepend( const T &value )
     {
         qvVectorPrependObj( this->variable(), detail::Boxed< T >( value ).get() );
@@ -295,6 +313,7 @@ public:
         return *this;
     }
 
+    /** Makes it the empty one. */
     void clear()
     {
         qvVectorClear( this->variable() );
@@ -331,6 +350,7 @@ public:
                    Base::own( qvVectorCreateFromObjsCopy( objects.data(), static_cast< QV_INT >( objects.size() ) ) );
     }
 
+    /** Puts the elements in the opposite order. */
     void reverse()
     {
         qvVectorReverse( this->variable() );
@@ -360,9 +380,12 @@ class Dict : public Reference< Dict< K, V >, QV_DICT >
 
 public:
     using Base::Base;
-    using key_type    = K;
+    /** The type of the keys. */
+    using key_type = K;
+    /** The type of the values. */
     using mapped_type = V;
-    using value_type  = std::pair< K, V >;
+    /** What iterators read. */
+    using value_type = std::pair< K, V >;
 
     /** The empty Dict, which all share. */
     Dict() : Dict( Base::own( qvDictCreate() ) )
@@ -413,21 +436,25 @@ public:
         QV_INT   index_ = 0;
     };
 
+    /** The first one. */
     [[nodiscard]] Iterator begin() const
     {
         return Iterator( this->raw(), 0 );
     }
 
+    /** After the last one. */
     [[nodiscard]] Iterator end() const
     {
         return Iterator( this->raw(), size() );
     }
 
+    /** How many there are. */
     [[nodiscard]] QV_INT size() const
     {
         return qvDictLength( this->raw() );
     }
 
+    /** True if there are none. */
     [[nodiscard]] bool empty() const
     {
         return size() == 0;
@@ -440,6 +467,7 @@ public:
         return value ? std::optional< V >( taken( value ) ) : std::nullopt;
     }
 
+    /** True if find() finds something. */
     [[nodiscard]] bool contains( const K &key ) const
     {
         return qvDictHasObjKey( this->raw(), detail::Boxed< K >( key ).get() );
@@ -483,6 +511,7 @@ public:
         return size() != before;
     }
 
+    /** Makes it the empty one. */
     void clear()
     {
         qvDictClear( this->variable() );

@@ -369,6 +369,7 @@ template< class... Args >
 class Format
 {
 public:
+    /** Checks a text while the program compiles. */
     template< size_t N >
     consteval Format( const char ( &text )[N] ) : text_( text ), length_( N - 1 )
     {

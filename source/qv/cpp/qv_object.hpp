@@ -218,6 +218,7 @@ template< class Self, class C >
 class Reference
 {
 public:
+    /** The type of the objects in C. */
     using CType = C;
 
     /** Takes over a reference that a C function has returned to its caller. Null ends the process. */
@@ -240,6 +241,7 @@ public:
         return Self( Owned< C >( borrowed ) );
     }
 
+    /** Takes over what own() and share() have. */
     explicit Reference( Owned< C > owned ) noexcept : object_( owned.object_ )
     {
     }
@@ -250,15 +252,18 @@ public:
         Family< C >::retain( object_ );
     }
 
+    /** Moves the reference, without counting. */
     Reference( Reference &&other ) noexcept : object_( std::exchange( other.object_, nullptr ) )
     {
     }
 
+    /** One more reference, in place of the old one. */
     Reference &operator=( const Reference &other )
     {
         return *this = Reference( other );
     }
 
+    /** Moves the reference, in place of the old one. */
     Reference &operator=( Reference &&other ) noexcept
     {
         C *taken = std::exchange( other.object_, nullptr ), *old = std::exchange( object_, taken );
@@ -313,6 +318,7 @@ public:
         return Family< C >::compare( a.raw(), b.raw() ) == 0;
     }
 
+    /** The order, likewise. */
     friend std::weak_ordering operator<=>( const Self &a, const Self &b )
     {
         return Family< C >::compare( a.raw(), b.raw() ) <=> 0;
@@ -326,6 +332,7 @@ public:
     }
 
 protected:
+    /** The plain pointer, for the value types themselves. */
     C *raw() const noexcept
     {
         return object_;
@@ -586,14 +593,18 @@ inline size_t hashOf( QV_OBJ *object, int levels );
 } // namespace detail
 } // namespace qv
 
+namespace std
+{
 /** Texts, buffers, numbers, Vectors and Dicts hash by what they hold, and other objects by their sort. */
 template< qv::Value T >
-struct std::hash< T >
+struct hash< T >
 {
+    /** The hash, in the time that reading the value takes. */
     size_t operator()( const T &value ) const
     {
         return qv::detail::hashOf( qv::Family< typename T::CType >::object( value.c() ), 8 );
     }
 };
+} // namespace std
 
 #endif

@@ -38,6 +38,7 @@ public:
         return fromText( Buffer( text ) );
     }
 
+    /** The same for the bytes of such a text. */
     [[nodiscard]] static std::optional< Store > fromText( const Buffer &text )
     {
         return ownOptional( qvStoreTryDecodeFromTextBuffer( text.c() ) );
@@ -55,6 +56,7 @@ public:
         return ownOptional( qvStoreTryDecodeFromBuffer( binary.c() ) );
     }
 
+    /** The binary form. */
     [[nodiscard]] Buffer toBinary() const
     {
         return Buffer::own( qvStoreEncodeToBuffer( raw() ) );
@@ -72,6 +74,7 @@ public:
         return qvStoreLength( raw() );
     }
 
+    /** True without entries. */
     [[nodiscard]] bool empty() const
     {
         return size() == 0;
@@ -103,6 +106,7 @@ public:
         return *this;
     }
 
+    /** Sets it to a truth value, an integer or a real. */
     template< class T >
         requires std::is_arithmetic_v< T >
     Store &set( const String &address, T value )
@@ -120,6 +124,7 @@ public:
         return *this;
     }
 
+    /** Sets the sub-store at an address. */
     Store &set( const String &address, const Store &subStore )
     {
         qvStoreSetStore( variable(), address.c(), subStore.raw() );
@@ -159,6 +164,7 @@ public:
     /** The entries in the order of their addresses, as StoreEntry values. */
     [[nodiscard]] Iterator begin() const;
 
+    /** After the last entry. */
     [[nodiscard]] Iterator end() const;
 
 private:
@@ -173,9 +179,12 @@ private:
 /** What stands at one address of a Store. */
 struct StoreEntry
 {
-    String                  address;
+    /** where it stands */
+    String address;
+    /** the value, if there is one */
     std::optional< String > value;
-    std::optional< Store >  store;
+    /** the sub-store, if there is one */
+    std::optional< Store > store;
 };
 
 /** Walks a Store, each entry in the time of a logarithm of the length. Valid until the Store is changed or ends. */

@@ -52,11 +52,13 @@ public:
     {
     }
 
+    /** Decodes UTF-8. */
     String( std::u8string_view text ) :
         String( decode( std::string_view( reinterpret_cast< const char * >( text.data() ), text.size() ) ) )
     {
     }
 
+    /** Decodes UTF-8 up to its terminator. */
     String( const char8_t *text ) : String( std::u8string_view( text ) )
     {
     }
@@ -77,6 +79,7 @@ public:
         return qvStringLength( raw() );
     }
 
+    /** True without code points. */
     [[nodiscard]] bool empty() const
     {
         return size() == 0;
@@ -88,11 +91,13 @@ public:
         return qvStringBacking( raw() );
     }
 
+    /** The first code point. */
     [[nodiscard]] const char32_t *begin() const
     {
         return data();
     }
 
+    /** After the last code point. */
     [[nodiscard]] const char32_t *end() const
     {
         return data() + size();
@@ -106,6 +111,7 @@ public:
 
     void view() const && = delete;
 
+    /** The same where a view is asked for. */
     operator std::u32string_view() const &
     {
         return view();
@@ -119,6 +125,7 @@ public:
         return detail::utf8( data(), size() );
     }
 
+    /** The same. */
     explicit operator std::string() const
     {
         return str();
@@ -136,11 +143,13 @@ public:
         return own( qvStringCreateFromInner( raw(), offset, count ) );
     }
 
+    /** True if the text begins with another; it does with an empty one. */
     [[nodiscard]] bool beginsWith( const String &text ) const
     {
         return qvStringBeginsWith( raw(), text.raw() );
     }
 
+    /** True if the text ends with another. */
     [[nodiscard]] bool endsWith( const String &text ) const
     {
         return qvStringEndsWith( raw(), text.raw() );
@@ -152,6 +161,7 @@ public:
         return found( qvStringFind( raw(), offset, text.raw() ) );
     }
 
+    /** The same for one code point. */
     [[nodiscard]] std::optional< QV_INT > find( char32_t ch, QV_INT offset = 0 ) const
     {
         return found( qvStringFindChar( raw(), offset, ch ) );
@@ -163,6 +173,7 @@ public:
         return found( qvStringFindFromRight( raw(), -1, text.raw() ) );
     }
 
+    /** True if the other text stands in this one. */
     [[nodiscard]] bool contains( const String &text ) const
     {
         return find( text ).has_value();
@@ -184,6 +195,7 @@ public:
                                                                                               : std::nullopt;
     }
 
+    /** The same for a real. */
     [[nodiscard]] std::optional< QV_REAL > toReal( QV_INT base = 10 ) const
     {
         QV_REAL value;
@@ -192,6 +204,7 @@ public:
                                                                                                : std::nullopt;
     }
 
+    /** The same for `true` or `false`. */
     [[nodiscard]] std::optional< bool > toBool() const
     {
         QV_BOOL value;
@@ -210,6 +223,7 @@ public:
         return *this;
     }
 
+    /** Adds UTF-8 at the end. */
     template< Utf8Text T >
     String &append( const T &text )
     {
@@ -218,23 +232,27 @@ public:
         return *this;
     }
 
+    /** Adds a code point at the end. */
     String &append( char32_t ch )
     {
         qvStringAppendChar( variable(), ch );
         return *this;
     }
 
+    /** The same as append(). */
     String &operator+=( const String &more )
     {
         return append( more );
     }
 
+    /** The same for UTF-8. */
     template< Utf8Text T >
     String &operator+=( const T &more )
     {
         return append( more );
     }
 
+    /** The same for a code point. */
     String &operator+=( char32_t ch )
     {
         return append( ch );
@@ -254,11 +272,13 @@ public:
         return *this;
     }
 
+    /** Makes it the empty text. */
     void clear()
     {
         qvStringClear( variable() );
     }
 
+    /** A new text of both. */
     friend String operator+( String a, const String &b )
     {
         a.append( b );
@@ -319,6 +339,7 @@ public:
         return qvStringEqualsCaseFold( raw(), other.raw() );
     }
 
+    /** Compares with UTF-8, without a String for it. */
     template< Utf8Text T >
     friend bool operator==( const String &a, const T &b )
     {
@@ -326,6 +347,7 @@ public:
         return qvStringEqualsCstr( a.raw(), view.data() ? view.data() : "", static_cast< QV_INT >( view.size() ) );
     }
 
+    /** Compares with code points in place. */
     template< Utf32Text T >
     friend bool operator==( const String &a, const T &b )
     {
@@ -369,11 +391,13 @@ inline String operator""_qs( const char *text, size_t length )
     return String( std::string_view( text, length ) );
 }
 
+/** The same for other literals. */
 inline String operator""_qs( const char8_t *text, size_t length )
 {
     return String( std::u8string_view( text, length ) );
 }
 
+/** The same for other literals. */
 inline String operator""_qs( const char32_t *text, size_t length )
 {
     return String( std::u32string_view( text, length ) );
@@ -396,6 +420,7 @@ inline String Object::sortName() const
 class Words
 {
 public:
+    /** The words of a text. */
     explicit Words( String text ) : text_( std::move( text ) )
     {
     }
@@ -460,11 +485,13 @@ public:
         const char32_t *at_ = nullptr, *wordEnd_ = nullptr, *end_ = nullptr;
     };
 
+    /** The first word. */
     [[nodiscard]] Iterator begin() const
     {
         return Iterator( text_.begin(), text_.end() );
     }
 
+    /** After the last word. */
     [[nodiscard]] std::default_sentinel_t end() const
     {
         return {};

@@ -17,7 +17,12 @@ namespace qv
 /** How far a Time is shifted, back where negative. Years and months come first. */
 struct Shift
 {
-    QV_INT years = 0, months = 0, days = 0, hours = 0, minutes = 0, seconds = 0;
+    QV_INT years   = 0; /**< how many, as the others */
+    QV_INT months  = 0; /**< of the calendar */
+    QV_INT days    = 0; /**< of 24 hours */
+    QV_INT hours   = 0; /**< of 60 minutes */
+    QV_INT minutes = 0; /**< of 60 seconds */
+    QV_INT seconds = 0; /**< the last to be added */
 };
 
 /** A date and a time of day. */
