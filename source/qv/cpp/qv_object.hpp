@@ -197,11 +197,12 @@ namespace qv
 {
 namespace detail
 {
-/** Ends the process with a report unless `holds`. */
-inline void demand( bool holds, const char *expression )
+/** Ends the process with a report of the caller's place unless `holds`. */
+inline void demand(
+    bool holds, const char *expression, const char *file = __builtin_FILE(), int line = __builtin_LINE() )
 {
     if( !holds ) [[unlikely]]
-        qv___Abort( nullptr, "qv/qv.hpp", __LINE__, expression );
+        qv___Abort( nullptr, file, line, expression );
 }
 
 /** The UTF-8 form of characters. Two walks over them and one allocation of std::string. */
