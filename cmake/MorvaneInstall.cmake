@@ -16,6 +16,7 @@ install(
     DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
     FILES_MATCHING
     PATTERN "*.h"
+    PATTERN "*.hpp"
     PATTERN "*_private.h" EXCLUDE
 )
 install( FILES "${PROJECT_SOURCE_DIR}/docs/morvane.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" )

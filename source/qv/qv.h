@@ -34,6 +34,7 @@
 #include "qv/base/qv_enum.h"
 #include "qv/base/qv_flagset.h"
 #include "qv/base/qv_format.h"
+#include "qv/base/qv_format_args.h"
 #include "qv/base/qv_generation.h"
 #include "qv/base/qv_generation_mutex.h"
 #include "qv/base/qv_identifier.h"

@@ -10,7 +10,7 @@ project = pathlib.Path(sys.argv[1])
 source = project / "source" / "qv"
 
 # From the lowest layer to the highest. A file belongs to the first of these patterns that it matches.
-LAYERS = ["sys", "character data", "object core", "base", "text and streams", "product services", "all of it"]
+LAYERS = ["sys", "character data", "object core", "base", "text and streams", "product services", "all of it", "C++"]
 PATTERNS = [
     ("sys", "sys/* qv_tool_private.h runtime/qv_component_private.h"),
     ("character data", "unicode/qv_unicode_tables* unicode/qv_unicode_db* unicode/qv_unicode_madb*"),
@@ -23,6 +23,7 @@ PATTERNS = [
     ("text and streams", "unicode/* io/* charset/*"),
     ("product services", "runtime/*"),
     ("all of it", "qv.h qv_extend.h"),
+    ("C++", "cpp/*.hpp qv.hpp"),
 ]
 
 # Includes that go up: source, header, why.
@@ -68,7 +69,7 @@ def layer(file):
     return 0
 
 
-for path in sorted(source.rglob("*.h")) + sorted(source.rglob("*.cpp")):
+for path in sorted(source.rglob("*.h*")) + sorted(source.rglob("*.cpp")):
     file = path.relative_to(source).as_posix()
     for header in includes(path):
         checked += 1
@@ -78,6 +79,8 @@ for path in sorted(source.rglob("*.h")) + sorted(source.rglob("*.cpp")):
             if not why:
                 problems.append(f"{file}, in {LAYERS[layer(file)]}, includes {header} of {LAYERS[layer(header)]}")
         allowed = {header} if file == "qv.h" and is_public(header) else PUBLIC.get(file, {"sys/qv_types.h"})
+        if path.suffix == ".hpp" and not is_public(header):
+            problems.append(f"the public {file} includes {header}")
         if path.suffix == ".h" and is_public(file) and header not in allowed:
             problems.append(f"the public {file} includes {header}")
 

@@ -184,6 +184,11 @@ echo "== headers"
     c++ -std=c++20 $strict -x c++ -I"$prefix/include" -fsyntax-only "$scratch/header.c"
 done
 
+( cd "$prefix/include" && find qv -name '*.hpp' ) | while read -r header; do
+    echo "#include \"$header\"" >"$scratch/header.cpp"
+    c++ -std=c++20 $strict -fno-exceptions -fno-rtti -I"$prefix/include" -fsyntax-only "$scratch/header.cpp"
+done
+
 echo "== the executable"
 printf 'a.b=1\n' >"$scratch/document"
 test "$( "$prefix/bin/morvane" store get "$scratch/document" a.b )" = 1
