@@ -26,6 +26,9 @@ QV_INT readInput( int file, void *bytes, QV_INT count, const char **reason );
 /** Appends the content of a file to a Buffer. */
 const char *readFile( QV_STRING *fn, QV_BUFFER **bytes );
 
+/** Makes an empty file if there is none of the name. Standard streams are there. */
+const char *createFile( QV_STRING *fn );
+
 /** Writes a new file, or new content for a file, piece by piece and so that at any time the file has either its old or
     its new content as a whole: a new file in the same folder is written, synchronised with the disk and renamed. Where
     the file system supports that, the new file has no name before, so that nothing is left of it when the process is

@@ -466,6 +466,17 @@ const char *readFile( QV_STRING *fn, QV_BUFFER **bytes )
     return reason;
 }
 
+const char *createFile( QV_STRING *fn )
+{
+    int file = isStandardStream( fn ) ? STDIN_FILENO : openFile( Name( fn ).text(), O_WRONLY | O_CREAT | O_EXCL, 0666 );
+
+    if( file < 0 )
+        return errno == EEXIST ? nullptr : strerror( errno );
+
+    closeInput( file );
+    return nullptr;
+}
+
 /* Writing -------------------------------------------------------------------------------------------------------- */
 
 FileReplacement::~FileReplacement()

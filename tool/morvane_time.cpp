@@ -19,18 +19,11 @@ struct Unit
     QV_INT inYear; // at least this many in a year
 };
 
-// In the order of the options.
+// In the order of the options of the tool.
 const Unit UNITS[] = {
     { qvTimeShiftYears, 1 },        { qvTimeShiftMonths, 12 },          { qvTimeShiftDays, 365 },
     { qvTimeShiftHours, 365 * 24 }, { qvTimeShiftMinutes, 365 * 1440 }, { qvTimeShiftSeconds, 365 * 86400 },
 };
-
-const Option UNIT_OPTIONS[] = {
-    { "years", true, true }, { "months", true, true },  { "days", true, true },
-    { "hours", true, true }, { "minutes", true, true }, { "seconds", true, true },
-};
-
-const int UNIT_COUNT = sizeof( UNITS ) / sizeof( UNITS[0] );
 
 void printTime( QV_TIME *tm )
 {
@@ -55,51 +48,36 @@ bool staysInRange( QV_TIME *tm, const Unit &unit, QV_INT count )
 
     return QV_INT_ADD_OK( qvTimeYear( tm ), qvIntAddSaturating( years, count < 0 ? -2 : 2 ) );
 }
+} // namespace
 
-QV_BOOL now( QV_VECTOR *argv, void *context )
+int tellNow( const Arguments & )
 {
-    if( qvVectorLength( argv ) != 0 )
-        return QV_FALSE;
-
     printTime( Ref< QV_TIME >( qvTimeNow() ) );
-    contextOf( context )->status = SUCCESS;
-
-    return QV_TRUE;
+    return SUCCESS;
 }
 
-QV_BOOL show( QV_VECTOR *argv, void *context )
+int showTime( const Arguments &arguments )
 {
-    Arguments arguments;
+    int status = SUCCESS;
 
-    if( !arguments.read( argv, nullptr, 0 ) || qvVectorLength( arguments.words() ) != 1 )
-        return QV_FALSE;
+    for( QV_INT i = 0; i < arguments.wordCount(); i++ )
+    {
+        if( Ref< QV_TIME > tm = readTime( arguments.wordAt( i ) ) )
+            printTime( tm );
+        else
+            status = FAILURE;
+    }
 
-    contextOf( context )->status = FAILURE;
-    Ref< QV_TIME > tm            = readTime( wordAt( arguments.words(), 0 ) );
-
-    if( !tm )
-        return QV_FALSE;
-
-    printTime( tm );
-    contextOf( context )->status = SUCCESS;
-
-    return QV_TRUE;
+    return status;
 }
 
 // Shifts are made in the order of the options.
-QV_BOOL shift( QV_VECTOR *argv, void *context )
+int shiftTime( const Arguments &arguments )
 {
-    Arguments arguments;
-
-    if( !arguments.read( argv, UNIT_OPTIONS, UNIT_COUNT ) || qvVectorLength( arguments.words() ) != 1
-        || arguments.optionCount() == 0 )
-        return QV_FALSE;
-
-    contextOf( context )->status = FAILURE;
-    Ref< QV_TIME > tm            = readTime( wordAt( arguments.words(), 0 ) );
+    Ref< QV_TIME > tm = readTime( arguments.wordAt( 0 ) );
 
     if( !tm )
-        return QV_FALSE;
+        return FAILURE;
 
     for( QV_INT i = 0; i < arguments.optionCount(); i++ )
     {
@@ -110,51 +88,43 @@ QV_BOOL shift( QV_VECTOR *argv, void *context )
         if( !readInteger( word, &count ) )
         {
             complain( COMMAND, word, "no integer" );
-            return QV_FALSE;
+            return FAILURE;
         }
 
         if( !staysInRange( tm, unit, count ) )
         {
             complain( COMMAND, word, "the year would be out of range" );
-            return QV_FALSE;
+            return FAILURE;
         }
 
         unit.shift( tm.at(), count );
     }
 
     printTime( tm );
-    contextOf( context )->status = SUCCESS;
-
-    return QV_TRUE;
+    return SUCCESS;
 }
 
-QV_BOOL between( QV_VECTOR *argv, void *context )
+int secondsBetween( const Arguments &arguments )
 {
-    Arguments arguments;
-
-    if( !arguments.read( argv, nullptr, 0 ) || qvVectorLength( arguments.words() ) != 2 )
-        return QV_FALSE;
-
-    contextOf( context )->status = FAILURE;
-    Ref< QV_TIME > a             = readTime( wordAt( arguments.words(), 0 ) );
-    Ref< QV_TIME > b             = readTime( wordAt( arguments.words(), 1 ) );
+    Ref< QV_TIME > a = readTime( arguments.wordAt( 0 ) );
+    Ref< QV_TIME > b = readTime( arguments.wordAt( 1 ) );
     QV_INT         delta;
 
     if( !a || !b )
-        return QV_FALSE;
+        return FAILURE;
 
     if( !qvTimeDeltaSeconds( a, b, &delta ) )
     {
-        complain( COMMAND, wordAt( arguments.words(), 1 ), "too far away to count the seconds" );
-        return QV_FALSE;
+        complain( COMMAND, arguments.wordAt( 1 ), "too far away to count the seconds" );
+        return FAILURE;
     }
 
     qvPrintFormatCstr( "%i", -1, delta );
-    contextOf( context )->status = SUCCESS;
-
-    return QV_TRUE;
+    return SUCCESS;
 }
 
+namespace
+{
 // The system's zone, if it has a name, and its offset.
 void printOwnZone()
 {
@@ -168,23 +138,17 @@ void printOwnZone()
     qvStringAppendFormatCstr( line.at(), "UTC%c%02i:%02i", -1, offset < 0 ? U'-' : U'+', minutes / 60, minutes % 60 );
     print( line );
 }
+} // namespace
 
-QV_BOOL zone( QV_VECTOR *argv, void *context )
+int tellZone( const Arguments &arguments )
 {
-    Arguments arguments;
-
-    if( !arguments.read( argv, nullptr, 0 ) || qvVectorLength( arguments.words() ) > 1 )
-        return QV_FALSE;
-
-    if( qvVectorLength( arguments.words() ) == 0 )
+    if( arguments.wordCount() == 0 )
     {
         printOwnZone();
-        contextOf( context )->status = SUCCESS;
-
-        return QV_TRUE;
+        return SUCCESS;
     }
 
-    Ref< QV_STRING > name = wordAt( arguments.words(), 0 );
+    Ref< QV_STRING > name = arguments.wordAt( 0 );
     Ref< QV_STRING > other( qvTimezoneIanaToWindows( name ) );
 
     if( !other )
@@ -193,42 +157,17 @@ QV_BOOL zone( QV_VECTOR *argv, void *context )
     if( !other )
     {
         complain( COMMAND, name, "no such time zone" );
-        contextOf( context )->status = FAILURE;
-
-        return QV_FALSE;
+        return FAILURE;
     }
 
     print( other );
-    contextOf( context )->status = SUCCESS;
-
-    return QV_TRUE;
+    return SUCCESS;
 }
 
-QV_BOOL zones( QV_VECTOR *argv, void *context )
+int listZones( const Arguments & )
 {
-    if( qvVectorLength( argv ) != 0 )
-        return QV_FALSE;
-
     Ref< QV_VECTOR > names( qvTimezoneList() );
     qvPrintLines( names );
-    contextOf( context )->status = SUCCESS;
-
-    return QV_TRUE;
-}
-
-const Tool TOOLS[] = {
-    { "now", "", "prints the present time", now },
-    { "show", "TEXT", "prints a time like '2024-feb-29 12:30' in full", show },
-    { "shift", "TEXT --UNIT COUNT...", "moves a time by years, months, days, hours, minutes or seconds", shift },
-    { "between", "A B", "prints the seconds from one time to the other", between },
-    { "zone", "[NAME]", "prints the system's time zone, or the Windows name of an IANA zone and back", zone },
-    { "zones", "", "lists the IANA names of all time zones", zones },
-};
-} // namespace
-
-QV_BOOL timeTool( QV_VECTOR *argv, void *context )
-{
-    runTool( COMMAND, TOOLS, sizeof( TOOLS ) / sizeof( TOOLS[0] ), argv, contextOf( context ) );
-    return contextOf( context )->status == SUCCESS ? QV_TRUE : QV_FALSE;
+    return SUCCESS;
 }
 } // namespace morvane

@@ -4,21 +4,41 @@ using namespace qv::test;
 
 TEST( Morvane, ListsToolsAndTellsTheUsage )
 {
-    const std::string CASE = "usage: morvane text case --upper|--lower|--fold [IN [OUT]]\n";
+    const std::string CASE = "usage: morvane text case --upper|--lower|--fold [--from NAME] [--to NAME] [--replace] "
+                             "[--in-place] [IN [OUT]|FILE...]\n";
 
     expectOutcomes( {
-        { "$M --version", "morvane 4.0.19\n" },
-        { "$M store get --help", "usage: morvane store get FILE PATH...\n" },
-        { "$M text case --up --help absent", CASE },
+        { "for words in \"\" time \"time now\" \"text case --up absent\" \"module run\"; do $M $words --version; done "
+          "| "
+          "uniq -c",
+          "      5 morvane 4.0.19\n" },
+        { "$M text normalize --help x",
+          "usage: morvane text normalize --form nfc|nfd|nfkc|nfkd [--from NAME] [--to NAME] [--replace] [--in-place] "
+          "[IN [OUT]|FILE...]\n\nbrings text into a normal form\n\nOptions:\n"
+          "  --form nfc|nfd|nfkc|nfkd  the normal form of Unicode\n"
+          "  --from NAME               the character set of the input; UTF-8 by default\n"
+          "  --to NAME                 the character set of the output; UTF-8 by default\n"
+          "  --replace                 puts U+FFFD or a question mark in the place of what is invalid, and goes on\n"
+          "  --in-place                changes each of the files\n"
+          "  -h, --help                prints this\n"
+          "  --version                 prints the version\n\nExamples:\n"
+          "  morvane text normalize --form nfc names.txt sorted.txt\n"
+          "  morvane text normalize --form nfc --in-place *.txt\n" },
+        { "$M text case --up -h absent | head -n 1", CASE },
         { "$M text case --lower -- --help", "", "morvane text: --help: No such file or directory\n" },
-        { "$M module run --help", "usage: morvane module run NAME [ARGUMENT...]\n" },
-        { "$M id x", "", "usage: morvane id\n", 2 },
+        { "$M module run --help | head -n 1", "usage: morvane module run NAME [ARGUMENT...]\n" },
+        { "$M id x", "", "morvane id: x: one argument too many\nusage: morvane id\n", 2 },
+        { "$M store get in", "",
+          "morvane store: too few arguments\nusage: morvane store get [--default VALUE] FILE PATH...\n", 2 },
+        { "$M text case --lower --upper", "",
+          "morvane text: --upper, --lower, --fold: only one of these options\n" + CASE, 2 },
+        { "$M text case", "", "morvane text: --upper, --lower, --fold: one of these options is needed\n" + CASE, 2 },
         { "$M store show --bin --binary in", "",
-          "--binary: multiple options disallowed\nusage: morvane store show FILE [--binary]\n", 2 },
+          "--binary: multiple options disallowed\nusage: morvane store show [--binary] FILE...\n", 2 },
         { "$M text case --title", "", "--title: option undefined\n" + CASE, 2 },
     } );
 
-    for( const char *words : { "", "help", "--help" } )
+    for( const char *words : { "", "help", "--help", "-h" } )
         EXPECT_THAT( morvane( words ).out, testing::HasSubstr( "\n  store     reads, changes" ) ) << words;
 
     EXPECT_THAT( morvane( "store --help" ).out, testing::HasSubstr( "\n  check     names" ) );
@@ -31,15 +51,13 @@ TEST( Morvane, RefusesWrongUsage )
         "jump",
         "info more",
         "store",
-        "store get",
         "store set doc nothing",
         "store show --binary --zoo doc",
         "text",
         "text normalize --form",
         "text normalize --form nfx",
-        "text case",
-        "text case --upper --lower",
         "text case --upper a b c",
+        "text case --upper --in-place",
         "text lines --newline lf --newline cr",
         "text convert --from utf-8",
         "text convert --from utf-8 --to utf-8 --invalid drop",

@@ -12,9 +12,15 @@ TEST( MorvaneText, ChangesWhatItReads )
     } const CASES[] = {
         { "normalize --form nfc", "e\u0301\u00e9", "\u00e9\u00e9" },
 
-        // What is no UTF-8 is replaced, and a byte order mark kept.
-        { "normalize --form nfkc", "\ufeff\ufb01 \xff\u212b\xed\xa0\x80", "\ufefffi \ufffd\u00c5\ufffd" },
+        // A byte order mark is kept.
+        { "normalize --form nfkc --replace", "\ufeff\ufb01 \xff\u212b\xed\xa0\x80", "\ufefffi \ufffd\u00c5\ufffd" },
         { "case --lower", "\u00c9Aß", "\u00e9aß" },
+
+        // From and to other sets.
+        { "case --upper --from latin1 --to utf-16be", "\xe9\xdf", "\0\xc9\0S\0S"s },
+        { "case --upper --from utf-16 --to utf-8", "\xfe\xff\0a"s, "A" },
+        { "normalize --form nfd --to latin1", "e\u0301", "\xe9" },
+        { "case --upper --to latin1 --replace", "\u0142\u00e9\xff", "?\xc9?" },
         { "lines --newline lf", "a\n\nb\rc\r\nd\u0085\v\f\u2028\u2029e", "a\n\nb\nc\nd\n\n\n\n\ne" },
 
         // Letters compose with their marks for the sets that have one byte a character.
@@ -93,6 +99,20 @@ TEST( MorvaneText, TellsWhereAConversionFails )
         }
     }
 
+    write( "in", "text\xff" );
+    write( "good", "eins" );
+
+    // What is changed fails as well, file by file.
+    for( const char *words : { "case --lower", "normalize --form nfd", "lines --newline crlf" } )
+        EXPECT_EQ( "morvane text: in: offset 4: not valid UTF-8\n", morvane( "text "s + words + " in kept" ).err );
+
+    EXPECT_EQ(
+        "morvane text: in: offset 4: not valid UTF-8\nmorvane text: nowhere: No such file or directory\n",
+        morvane( "text case --upper --in-place in nowhere good" ).err );
+    EXPECT_EQ( "EINS", contentOf( "good" ) );
+    write( "good", "\u0142" );
+    EXPECT_EQ(
+        "morvane text: good: ISO-8859-1 has no U+0141\n", morvane( "text case --upper --to latin1 good kept" ).err );
     EXPECT_EQ( "old", contentOf( "kept" ) );
 }
 
@@ -110,8 +130,8 @@ TEST( MorvaneText, ReadsCutAnywhere )
         { "convert --to utf-8 --invalid replace --from utf-8", "a", UTF_8 },
         { "convert --to latin1 --invalid skip --from utf-8", "a", UTF_8 },
         { "convert --to utf-8 --invalid replace --from utf-16le", "a\0"s, UTF_16 },
-        { "normalize --form nfc", "a", UTF_8 },
-        { "lines --newline vt", "a", UTF_8 },
+        { "normalize --replace --form nfc", "a", UTF_8 },
+        { "lines --replace --newline vt", "a", UTF_8 },
     };
 
     for( const auto &row : ROWS )
