@@ -59,11 +59,14 @@ const Tool TOOLS[] = {
         "morvane text convert --from windows-1252 --to UTF-8 old.txt new.txt" },
       HAS_TOOLS },
     { "", "time", "TOOL ARGUMENT...", "tells, shifts and compares times, and names time zones", nullptr,
-      "A time is a date and a time of day in UTC, written as [UTC] year[-month[-day]] [hour[:minute[:second]]] "
-      "[(weekday)], with the month as a number or an English name. It is one word for the shell, so it needs quotes where "
-      "it has blanks.",
+      "Times are printed in the form of ISO 8601, in the zone that the variable TZ names, else in that of the system: "
+      "2024-02-29T12:30:00+01:00, with Z for UTC.\n\n"
+      "They are read in this form, and as [UTC] year[-month[-day]] [hour[:minute[:second]][offset]] [(weekday)], with the "
+      "month as a number or an English name. Without UTC, Z or an offset a time is one of the zone: of two that are the "
+      "same the first, and one that is skipped lies as far behind the gap as behind its start. A time is one word for the "
+      "shell, so it needs quotes where it has blanks.",
       {},
-      { "morvane time shift '2024-jan-31 12:00' --months 1 --hours -3" },
+      { "morvane time shift 2024-01-31T12:00 --months 1 --hours -3", "TZ=Asia/Tokyo morvane time show 2024-02-29T12:30Z" },
       HAS_TOOLS },
     { "", "unicode", "TOOL ARGUMENT...", "tells about characters and character sets", nullptr,
       "All data is that of version 5.2.",
@@ -174,12 +177,13 @@ const Tool TOOLS[] = {
       {},
       { "morvane time now" },
       HAS_WORDS },
-    { "time", "show", "TEXT...", "prints times like '2024-feb-29 12:30' in full", showTime,
+    { "time", "show", "TEXT...", "prints times like 2024-02-29T12:30Z or '2024-feb-29 12:30' in full", showTime,
       "",
       {},
-      { "morvane time show '2024-feb-29 12:30'" } },
+      { "morvane time show '2024-feb-29 12:30'", "TZ=Asia/Tokyo morvane time show 2024-02-29T12:30Z" } },
     { "time", "shift", "TEXT", "moves a time by years, months, days, hours, minutes or seconds", shiftTime,
-      "A negative count moves it back. The units are applied in the order in which they stand. A day that the month "
+      "A negative count moves it back. The units are applied in the order in which they stand. Years, months and days "
+      "change the date in the zone; hours, minutes and seconds count what passes. A day that the month "
       "reached does not have becomes the first of the next month.",
       { { "years", "COUNT", "by years", REQUIRED | REPEATS, 1 },
         { "months", "COUNT", "by months", REQUIRED | REPEATS, 1 },
@@ -187,7 +191,7 @@ const Tool TOOLS[] = {
         { "hours", "COUNT", "by hours", REQUIRED | REPEATS, 1 },
         { "minutes", "COUNT", "by minutes", REQUIRED | REPEATS, 1 },
         { "seconds", "COUNT", "by seconds", REQUIRED | REPEATS, 1 } },
-      { "morvane time shift '2024-jan-31 12:00' --months 1 --hours -3" } },
+      { "morvane time shift 2024-01-31T12:00 --months 1 --hours -3" } },
     { "time", "between", "A B", "prints the seconds from one time to the other", secondsBetween,
       "",
       {},
