@@ -174,6 +174,8 @@ bool readInteger( QV_STRING *text, QV_INT *value );
 
 /** @{ */
 /** The functions of the tools, each in the file of its group. */
+int printCompletion( const Arguments &arguments );
+int printManual( const Arguments &arguments );
 int makeIdentifier( const Arguments &arguments );
 int tellInfo( const Arguments &arguments );
 int showModule( const Arguments &arguments );

@@ -119,7 +119,7 @@ void listTools( FILE *stream, const char *group )
         [stream]( const Tool &tool )
         {
             char name[16];
-            snprintf( name, sizeof( name ), "  %-9s ", tool.name );
+            snprintf( name, sizeof( name ), "  %-11s ", tool.name );
             write( stream, { name, tool.line, "\n" } );
         } );
 

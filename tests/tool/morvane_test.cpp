@@ -4,8 +4,9 @@ using namespace qv::test;
 
 TEST( Morvane, ListsToolsAndTellsTheUsage )
 {
-    const std::string CASE = "usage: morvane text case --upper|--lower|--fold [--from NAME] [--to NAME] [--replace] "
-                             "[--in-place] [IN [OUT]|FILE...]\n";
+    const std::string CASE =
+        "usage: morvane text case --upper|--lower|--fold [--from CHARSET] [--to CHARSET] [--replace] "
+        "[--in-place] [IN [OUT]|FILE...]\n";
 
     expectOutcomes( {
         { "for words in \"\" time \"time now\" \"text case --up absent\" \"module run\"; do $M $words --version; done "
@@ -13,11 +14,12 @@ TEST( Morvane, ListsToolsAndTellsTheUsage )
           "uniq -c",
           "      5 morvane 4.0.19\n" },
         { "$M text normalize --help x",
-          "usage: morvane text normalize --form nfc|nfd|nfkc|nfkd [--from NAME] [--to NAME] [--replace] [--in-place] "
+          "usage: morvane text normalize --form nfc|nfd|nfkc|nfkd [--from CHARSET] [--to CHARSET] [--replace] "
+          "[--in-place] "
           "[IN [OUT]|FILE...]\n\nbrings text into a normal form\n\nOptions:\n"
           "  --form nfc|nfd|nfkc|nfkd  the normal form of Unicode\n"
-          "  --from NAME               the character set of the input; UTF-8 by default\n"
-          "  --to NAME                 the character set of the output; UTF-8 by default\n"
+          "  --from CHARSET            the character set of the input; UTF-8 by default\n"
+          "  --to CHARSET              the character set of the output; UTF-8 by default\n"
           "  --replace                 puts U+FFFD or a question mark in the place of what is invalid, and goes on\n"
           "  --in-place                changes each of the files\n"
           "  -h, --help                prints this\n"
@@ -39,9 +41,61 @@ TEST( Morvane, ListsToolsAndTellsTheUsage )
     } );
 
     for( const char *words : { "", "help", "--help", "-h" } )
-        EXPECT_THAT( morvane( words ).out, testing::HasSubstr( "\n  store     reads, changes" ) ) << words;
+        EXPECT_THAT( morvane( words ).out, testing::HasSubstr( "\n  store       reads, changes" ) ) << words;
 
-    EXPECT_THAT( morvane( "store --help" ).out, testing::HasSubstr( "\n  check     names" ) );
+    EXPECT_THAT( morvane( "store --help" ).out, testing::HasSubstr( "\n  check       names" ) );
+}
+
+// By the shells themselves, where they are there.
+TEST( Morvane, CompletesWords )
+{
+    write( "complete", R"sh(. /dev/stdin <<<"$($M completion bash)"
+compopt() { options="$*"; }
+while read -r -a COMP_WORDS; do
+    [[ ${COMP_WORDS[-1]} == . ]] && COMP_WORDS[-1]=
+    COMP_CWORD=$(( ${#COMP_WORDS[@]} - 1 )) options=
+    _morvane
+    echo "${COMPREPLY[*]}$options"
+done <<END
+morvane t
+morvane store .
+morvane text case --f
+morvane text case x --from UTF-16
+morvane text lines --newline = c
+morvane text lines .
+morvane store get --default .
+morvane time now .
+morvane completion z
+morvane manual u
+END
+)sh" );
+
+    if( shell( "bash --version" ).status == 0 )
+        expectOutcome(
+            { "bash complete",
+              "text time\nshow get set delete merge encode decode check --help --version\n"
+              "--fold --from\nUTF-16 UTF-16BE UTF-16LE\ncr crlf\n-o default\n\n--help --version\nzsh\nunicode\n" } );
+
+    if( shell( "zsh --version" ).status == 0 )
+        expectOutcome( { "$M completion zsh | zsh -n", "" } );
+}
+
+// As the pages are read: without a word of the formatter, and with each option.
+TEST( Morvane, HasAManual )
+{
+    if( shell( "groff --version" ).status != 0 )
+        GTEST_SKIP() << "no groff";
+
+    expectOutcomes( {
+        { "for tool in \"\" $($M help | grep \"^  \" | cut -c 3-12); do $M manual $tool | groff -man -Tascii -ww "
+          "-P-cbou | "
+          "head -n 1; done | cut -c -20 | tr \"\\n\" .",
+          "MORVANE(1)          .MORVANE-COMPLETION(1.MORVANE-ID(1)       .MORVANE-INFO(1)     .MORVANE-MANUAL(1)   ."
+          "MORVANE-MODULE(1)   .MORVANE-RANDOM(1)   .MORVANE-STORE(1)    .MORVANE-TEXT(1)     .MORVANE-TIME(1)     ."
+          "MORVANE-UNICODE(1)  ." },
+        { "$M manual text | groff -man -Tascii -P-cbou | grep -c -E -- \"^ +--\"", "21\n" },
+        { "$M manual tex", "", "morvane manual: tex: no such tool\n" },
+    } );
 }
 
 TEST( Morvane, RefusesWrongUsage )
@@ -49,6 +103,7 @@ TEST( Morvane, RefusesWrongUsage )
     // Of each kind of mistake one, and what each tool asks of its own words.
     const char *const WORDS[] = {
         "jump",
+        "completion fish",
         "info more",
         "store",
         "store set doc nothing",
