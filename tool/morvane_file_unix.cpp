@@ -404,6 +404,11 @@ bool isOutputTerminal()
     return isatty( STDOUT_FILENO ) != 0;
 }
 
+bool isErrorTerminal()
+{
+    return isatty( STDERR_FILENO ) != 0;
+}
+
 bool writeOutput( const void *bytes, QV_INT count )
 {
     return writeAll( STDOUT_FILENO, bytes, count );
@@ -450,6 +455,16 @@ QV_INT readInput( int file, void *bytes, QV_INT count, const char **reason )
         *reason = strerror( errno );
 
     return got;
+}
+
+QV_INT bytesLeft( int file )
+{
+    struct stat status;
+    off_t       at = lseek( file, 0, SEEK_CUR );
+
+    return at >= 0 && fstat( file, &status ) == 0 && S_ISREG( status.st_mode ) && status.st_size >= at
+               ? status.st_size - at
+               : -1;
 }
 
 const char *readFile( QV_STRING *fn, QV_BUFFER **bytes )

@@ -1,7 +1,10 @@
+#include "morvane_file.h"
+#include "morvane_progress.h"
 #include "morvane_tool.h"
 
 #include "qv/base/qv_random.h"
 #include "qv/io/qv_print.h"
+#include "qv/sys/qv_int.h"
 
 namespace morvane
 {
@@ -31,6 +34,9 @@ int randomBytes( const Arguments &arguments )
     const QV_INT PIECE   = 1024;
     bool         written = true;
 
+    if( !isOutputTerminal() )
+        beginProgress( nullptr, QV_INT_ADD_OK( count, count ) ? 2 * count : -1 );
+
     while( count > 0 && written )
     {
         uint8_t piece[PIECE];
@@ -45,9 +51,11 @@ int randomBytes( const Arguments &arguments )
         }
 
         written = put( digits, 2 * length );
+        addProgress( 2 * length );
         count -= length;
     }
 
+    endProgress();
     put( "\n", 1 );
     return SUCCESS;
 }
