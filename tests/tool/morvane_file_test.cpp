@@ -184,14 +184,6 @@ TEST( MorvaneFile, TellsWhyItCannotBeReadOrWritten )
     } );
 }
 
-TEST( MorvaneFile, TakesTheLongestNames )
-{
-    expectOutcome(
-        { "name=$(printf %0255d 0); echo a=1 >doc; $M text case --upper doc $name; $M text case --upper doc $name; "
-          "$M store set $name B=2; cat $name; rm $name",
-          "A=1\nB=2\n" } );
-}
-
 TEST( MorvaneFile, KeepsWhatManyRunsSetAtOnce )
 {
     // Some may write the file itself, and some only its folder.
@@ -209,10 +201,15 @@ TEST( MorvaneFile, KeepsWhatManyRunsSetAtOnce )
     } );
 }
 
-TEST( MorvaneFile, RemovesWhatAKilledRunHasLeft )
+TEST( MorvaneFile, NamesWhatItWritesBeside )
 {
     expectOutcomes( {
-        // It was killed between its two names.
+        // The longest names leave no room for more.
+        { "name=$(printf %0255d 0); echo a=1 >doc; $M text case --upper doc $name; $M text case --upper doc $name; "
+          "$M store set $name B=2; cat $name; rm $name",
+          "A=1\nB=2\n" },
+
+        // A run was killed between its two names.
         { "echo new >kept.morvane~0; $M text case --upper in kept; cat kept", "TEXT\n" },
         NOTHING_BESIDE,
     } );

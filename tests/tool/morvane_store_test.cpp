@@ -101,18 +101,15 @@ TEST( MorvaneStore, TellsWhatIsWrongWithAFileAndChangesNothing )
         { "store decode trailing doc", "store: trailing: bytes behind the end of the document" },
         { "store decode deep doc", "store: deep: nested too deep" },
         { "store set invalid a=2", "store: invalid: not valid UTF-8; it could not be kept as it is" },
+        // What is binary would be lost, whole or not; a file is made only on demand, and never replaced.
+        { "store set truncated a=1", "store: truncated: a document in binary form; only text can be changed" },
+        { "store merge deep doc", "store: deep: a document in binary form; only text can be changed" },
+        { "store set --create nowhere/at/all a=1", "store: nowhere/at/all: No such file or directory" },
         { "store merge doc nowhere", "store: nowhere: No such file or directory" },
         { "store set doc a=1 \"b c=1\"", "store: b c=1: no path and value that a document can hold" },
         { "store delete doc a b.z a.x", "store: b.z: no such entry\nmorvane store: a.x: no such entry" },
     } );
 
-    // What is binary would be lost, whole or not; a file is made only on demand, and never replaced.
-    expectFailures( {
-        { "store set truncated a=1", "store: truncated: a document in binary form; only text can be changed" },
-        { "store merge deep doc", "store: deep: a document in binary form; only text can be changed" },
-        { "store set nowhere a=1", "store: nowhere: No such file or directory" },
-        { "store set --create nowhere/at/all a=1", "store: nowhere/at/all: No such file or directory" },
-    } );
     expectOutcome(
         { "$M store set --create fresh b=2 && $M store set --create fresh a=1 && cat fresh; rm fresh", "b=2\na=1\n" } );
 
