@@ -125,7 +125,7 @@ _morvane()
     (( COMP_CWORD > 1 )) && first="${COMP_WORDS[1]}"
     (( COMP_CWORD > 2 )) && second="${COMP_WORDS[2]}"
 
-    # An argument behind an equals sign is a word of its own.
+    # An argument after an equals sign is a word of its own.
     [[ $before == = ]] && before="${COMP_WORDS[COMP_CWORD - 2]}"
     [[ $word == = ]] && word=
 

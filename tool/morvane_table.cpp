@@ -59,7 +59,7 @@ const Tool TOOLS[] = {
       "character. Bytes that are no character of the one set, which half a pair of surrogates and forms of UTF-8 that "
       "are too long are not, and characters that the other lacks end the work: the offset of the byte in the input, "
       "counted from 0, is told where it is known, and OUT is as it was.\n\n"
-      "A byte order mark in front of UTF-8, UTF-16 or UTF-32 is no text, unless UTF-8 is only changed; the forms with a "
+      "A byte order mark before UTF-8, UTF-16 or UTF-32 is no text, unless UTF-8 is only changed; the forms with a "
       "fixed byte order, UTF-16LE and the like, take it for the character U+FEFF. UTF-16 and UTF-32 are written "
       "little-endian.",
       {},
@@ -71,7 +71,7 @@ const Tool TOOLS[] = {
       "2024-02-29T12:30:00+01:00, with Z for UTC.\n\n"
       "They are read in this form, and as [UTC] year[-month[-day]] [hour[:minute[:second]][offset]] [(weekday)], with the "
       "month as a number or an English name. Without UTC, Z or an offset a time is one of the zone: of two that are the "
-      "same the first, and one that is skipped lies as far behind the gap as behind its start. A time is one word for the "
+      "same the first, and one that is skipped lies as long after the gap as after its start. A time is one word for the "
       "shell, so it needs quotes where it has blanks.",
       {},
       { "morvane time shift 2024-01-31T12:00 --months 1 --hours -3", "TZ=Asia/Tokyo morvane time show 2024-02-29T12:30Z" },
@@ -118,7 +118,7 @@ const Tool TOOLS[] = {
       { "morvane store get server.conf network.port", "morvane store get --default 80 server.conf network.port",
         "morvane store get server.conf network" } },
     { "store", "set", "FILE PATH=VALUE...", "changes or adds values; all other lines stay as they are", setValues,
-      "New values go behind their neighbours. A document in binary form is refused.",
+      "New values go after their neighbours. A document in binary form is refused.",
       { { "create", nullptr, "makes the file if there is none" } },
       { "morvane store set server.conf network.port=9090 'banner=Hello, world'",
         "morvane store set --create new.conf a.b=1" } },

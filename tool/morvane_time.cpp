@@ -65,8 +65,8 @@ Ref< QV_TIME > localOf( QV_TIME *utc )
     return shifted( utc, zoneOffset( utc ) );
 }
 
-// The reverse. Of a time that comes twice it is the first, and one that is skipped lies behind the gap by as much as it
-// lies behind the start of it.
+// The reverse. Of a time that comes twice it is the first, and one that is skipped lies as long after the gap as after its
+// start.
 Ref< QV_TIME > utcOf( QV_TIME *local )
 {
     const QV_INT DAY = 86400;
@@ -86,10 +86,10 @@ Ref< QV_TIME > utcOf( QV_TIME *local )
 // The time of UTC in the form of ISO 8601, in the zone.
 void printTime( QV_TIME *utc )
 {
-    Ref< QV_TIME >   local  = localOf( utc );
-    QV_INT           offset = zoneOffset( utc );
-    QV_INT           behind = qvIntAbs( offset );
-    QV_INT           year   = qvTimeYear( local );
+    Ref< QV_TIME >   local     = localOf( utc );
+    QV_INT           offset    = zoneOffset( utc );
+    QV_INT           magnitude = qvIntAbs( offset );
+    QV_INT           year      = qvTimeYear( local );
     Ref< QV_STRING > digits( qvStringCreateFromFormatCstr( "%i", -1, year ) );
     Ref< QV_STRING > line( qvStringCreateFromCstr( year < 0 ? "-" : year > 9999 ? "+" : "", -1 ) );
 
@@ -108,11 +108,11 @@ void printTime( QV_TIME *utc )
         qvStringAppendChar( line.at(), U'Z' );
     else
         qvStringAppendFormatCstr(
-            line.at(), "%c%02i:%02i", -1, offset < 0 ? U'-' : U'+', behind / 3600, behind / 60 % 60 );
+            line.at(), "%c%02i:%02i", -1, offset < 0 ? U'-' : U'+', magnitude / 3600, magnitude / 60 % 60 );
 
     // As offsets were before there were zones.
-    if( behind % 60 != 0 )
-        qvStringAppendFormatCstr( line.at(), ":%02i", -1, behind % 60 );
+    if( magnitude % 60 != 0 )
+        qvStringAppendFormatCstr( line.at(), ":%02i", -1, magnitude % 60 );
 
     print( line );
 }
@@ -167,7 +167,7 @@ bool takeOffset( QV_STRING **text, QV_INT *offset, bool *isGiven )
         return true;
     }
 
-    // A sign in front of the time of day is one of the date.
+    // A sign before the time of day is one of the date.
     QV_INT colon = qvStringFindChar( *text, 0, U':' );
     QV_INT sign  = -1;
 
@@ -178,10 +178,10 @@ bool takeOffset( QV_STRING **text, QV_INT *offset, bool *isGiven )
     if( sign < 0 )
         return true;
 
-    bool             isBehind = qvStringCharAt( *text, sign ) == U'-';
+    bool             isNegative = qvStringCharAt( *text, sign ) == U'-';
     Ref< QV_STRING > part( qvStringCreateFromTrailing( *text, last - sign ) );
     bool             right = readOffset( part, offset );
-    *offset                = isBehind ? -*offset : *offset;
+    *offset                = isNegative ? -*offset : *offset;
     *isGiven               = true;
     qvStringDelTrailing( text, last + 1 - sign );
 

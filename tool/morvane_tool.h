@@ -121,7 +121,7 @@ void visitTools( const char *group, const Visit &visit )
             visit( TOOLS[i] );
 }
 
-/** The usage of a tool behind its name: options, then words. */
+/** The usage of a tool after its name: options, then words. */
 qv::Ref< QV_STRING > synopsisOf( const Tool &tool );
 
 /** The options and words of a tool's command line. */
