@@ -19,7 +19,12 @@ install(
     PATTERN "*.hpp"
     PATTERN "*_private.h" EXCLUDE
 )
-install( FILES "${PROJECT_SOURCE_DIR}/docs/morvane.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" )
+
+if( MORVANE_PRINTED )
+    install( DIRECTORY "${MORVANE_PRINTED}/man1" DESTINATION "${CMAKE_INSTALL_MANDIR}" )
+    install( FILES "${MORVANE_PRINTED}/bash/morvane" DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" )
+    install( FILES "${MORVANE_PRINTED}/zsh/_morvane" DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" )
+endif()
 
 install( EXPORT morvane-targets NAMESPACE morvane:: DESTINATION "${MORVANE_PACKAGE_DIR}" )
 configure_package_config_file(

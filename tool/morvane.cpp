@@ -2,14 +2,14 @@
 #include "morvane_output.h"
 #include "morvane_tool.h"
 
+#include "qv/base/qv_tool_switch.h"
 #include "qv/io/qv_print.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
 #include "qv/unicode/qv_unicode_properties.h"
 
-#include <stdio.h>
-#include <string.h>
+#include <initializer_list>
 
 namespace morvane
 {
@@ -17,106 +17,102 @@ using qv::Ref;
 
 namespace
 {
-const Tool TOOLS[] = {
-    { "id", "", "prints a new identifier of 32 hexadecimal digits", idTool },
-    { "info", "", "prints what is known about the product and the computer", infoTool },
-    { "module", "TOOL ARGUMENT...", "tells about modules in XZ_MORVANE_BIN_PATH and runs them", moduleTool, HAS_TOOLS,
-      0 },
-    { "random", "TOOL ARGUMENT...", "prints random bytes and integers", randomTool, HAS_TOOLS },
-    { "store", "TOOL ARGUMENT...", "reads, changes and converts configuration documents", storeTool, HAS_TOOLS },
-    { "text", "TOOL ARGUMENT...", "converts, normalises and changes text", textTool, HAS_TOOLS },
-    { "time", "TOOL ARGUMENT...", "tells, shifts and compares times, and names time zones", timeTool, HAS_TOOLS },
-    { "unicode", "TOOL ARGUMENT...", "tells about characters and character sets", unicodeTool, HAS_TOOLS },
-};
+void ( *afterwards )() = nullptr; // called after the stop of the library, or null
 
-const int TOOL_COUNT = sizeof( TOOLS ) / sizeof( TOOLS[0] );
-
-// The tool that a word names, by the rules of the switch: in full or by a unique beginning. Null if there is none.
-const Tool *findTool( const Tool *tools, int count, const char *word )
+// The tool of a group that a word names, by the rules of the switch: in full or by a unique beginning. Null if there is
+// none.
+const Tool *findTool( const char *group, const char *word )
 {
-    const Tool *found = nullptr;
+    const Tool *found  = nullptr;
+    bool        unique = true;
+    bool        whole  = false;
 
-    for( int i = 0; i < count; i++ )
-    {
-        if( strcmp( tools[i].name, word ) == 0 )
-            return &tools[i];
-
-        if( strncmp( tools[i].name, word, strlen( word ) ) == 0 )
+    visitTools(
+        group,
+        [&]( const Tool &tool )
         {
-            if( found )
-                return nullptr;
+            bool same = strcmp( tool.name, word ) == 0;
 
-            found = &tools[i];
-        }
-    }
+            if( whole || ( !same && strncmp( tool.name, word, strlen( word ) ) != 0 ) )
+                return;
 
-    return found;
+            unique = same || !found;
+            whole  = same;
+            found  = &tool;
+        } );
+
+    return unique ? found : nullptr;
 }
 
-// The tool that the first of the words names.
-const Tool *findTool( const Tool *tools, int count, QV_VECTOR *words )
+bool isWord( QV_STRING *word, std::initializer_list< const char * > texts )
 {
-    if( qvVectorLength( words ) == 0 )
-        return nullptr;
+    for( const char *text : texts )
+        if( qvStringEqualsCstr( word, text, -1 ) )
+            return true;
 
-    char       *word = qvStringConvertToCstr( wordAt( words, 0 ), QV_TRUE, nullptr );
-    const Tool *tool = findTool( tools, count, word );
-    qvMemFree( word );
-
-    return tool;
+    return false;
 }
 
-bool asksForHelp( QV_VECTOR *argv )
+// Answers the words after the name of a tool that ask for its usage or for the version.
+bool isAnswered( const Tool &tool, QV_VECTOR *words )
 {
-    if( qvVectorLength( argv ) != 1 )
-        return false;
+    QV_INT count = tool.kind == PASSES_ON ? qvIntMin( qvVectorLength( words ), 1 ) : qvVectorLength( words );
 
-    Ref< QV_STRING > word = wordAt( argv, 0 );
-
-    return qvStringEqualsCstr( word, "help", -1 ) || qvStringEqualsCstr( word, "--help", -1 );
-}
-
-// True if the words after the name of a tool ask for its usage.
-bool asksForUsage( const Tool &tool, QV_VECTOR *words )
-{
-    QV_INT count = qvVectorLength( words );
-
-    if( tool.kind == HAS_TOOLS )
-        return false;
-
-    for( QV_INT i = 1; i < ( tool.kind == PASSES_ON ? qvIntMin( count, 2 ) : count ); i++ )
+    for( QV_INT i = 0; i < count; i++ )
     {
         Ref< QV_STRING > word = wordAt( words, i );
 
-        if( qvStringEqualsCstr( word, "--help", -1 ) )
+        if( isWord( word, { "--help", "-h" } ) )
+        {
+            tellHelp( tool );
             return true;
+        }
 
-        if( qvStringEqualsCstr( word, "--", -1 ) )
+        if( isWord( word, { "--version" } ) )
+        {
+            tellVersion();
+            return true;
+        }
+
+        if( isWord( word, { "--" } ) )
             break;
     }
 
     return false;
 }
 
-void tellUsage( FILE *stream, const char *command, const Tool &tool )
+int run( const Tool &tool, QV_VECTOR *words )
 {
-    for( const char *part : { "usage: ", command, " ", tool.name, *tool.arguments ? " " : "", tool.arguments, "\n" } )
-        writeCstr( stream, part );
+    if( tool.kind == HAS_TOOLS )
+        return runTool( tool.name, words );
+
+    if( isAnswered( tool, words ) )
+        return SUCCESS;
+
+    Arguments arguments;
+    bool      right  = arguments.read( tool, words );
+    int       status = right ? tool.func( arguments ) : MISUSE;
+
+    // What a module returns tells nothing about the arguments.
+    if( status == MISUSE && !( right && tool.kind == PASSES_ON ) )
+        tellUsage( stderr, tool );
+
+    return status;
 }
 
-void listTools( FILE *stream, const char *command, const Tool *tools, int count )
+// What the function of the switch is called with.
+struct Call
 {
-    for( const char *part : { "usage: ", command, " TOOL ARGUMENT...\n\n" } )
-        writeCstr( stream, part );
+    const Tool *tool;
+    int         status = MISUSE;
+};
 
-    for( int i = 0; i < count; i++ )
-    {
-        char name[16];
-        snprintf( name, sizeof( name ), "  %-9s ", tools[i].name );
+QV_BOOL runFound( QV_VECTOR *words, void *context )
+{
+    Call *call   = static_cast< Call * >( context );
+    call->status = run( *call->tool, words );
 
-        for( const char *part : { static_cast< const char * >( name ), tools[i].line, "\n" } )
-            writeCstr( stream, part );
-    }
+    return call->status == SUCCESS ? QV_TRUE : QV_FALSE;
 }
 } // namespace
 
@@ -125,44 +121,54 @@ void startRuntime( QV_INT flags, QV_RUNTIME_PRINT_FUNC printFunc )
     qvRuntimeStartup( flags, printFunc, "morvane", "morvane", nullptr );
 }
 
-void runTool( const char *command, const Tool *tools, int count, QV_VECTOR *argv, Context *context )
+void callAfterwards( void ( *func )() )
 {
-    if( asksForHelp( argv ) )
+    afterwards = func;
+}
+
+void tellVersion()
+{
+    Ref< QV_STRING > version( qvRuntimeVersionProductVersion() );
+    qvPrintFormatCstr( "morvane %s", -1, version.get() );
+}
+
+int runTool( const char *group, QV_VECTOR *argv )
+{
+    Ref< QV_STRING > first;
+    Call             call = { nullptr };
+
+    if( qvVectorLength( argv ) > 0 )
     {
-        listTools( stdout, command, tools, count );
-        context->status = SUCCESS;
-        return;
+        first      = wordAt( argv, 0 );
+        char *name = qvStringConvertToCstr( first, QV_TRUE, nullptr );
+        call.tool  = findTool( group, name );
+        qvMemFree( name );
     }
 
-    const Tool *tool = findTool( tools, count, argv );
-
-    if( tool && asksForUsage( *tool, argv ) )
+    if( qvVectorLength( argv ) == 1 && isWord( first, { "help", "--help", "-h" } ) )
     {
-        tellUsage( stdout, command, *tool );
-        context->status = SUCCESS;
-        return;
+        listTools( stdout, group );
+        return SUCCESS;
+    }
+
+    if( qvVectorLength( argv ) == 1 && isWord( first, { "--version" } ) )
+    {
+        tellVersion();
+        return SUCCESS;
     }
 
     Ref< QV_TOOL_SWITCH > ts( qvToolSwitchCreate() );
+    visitTools( group, [&ts]( const Tool &tool ) { qvToolSwitchSetToolCstr( ts.at(), tool.name, -1, runFound ); } );
 
-    for( int i = 0; i < count; i++ )
-        qvToolSwitchSetToolCstr( ts.at(), tools[i].name, -1, tools[i].func );
-
-    context->status = MISUSE;
-    printTo( tool ? stdout : stderr );
-    qvToolSwitchRunTool( ts, argv, context );
+    // The switch prints a line about a word that names no tool.
+    printTo( call.tool ? stdout : stderr );
+    qvToolSwitchRunTool( ts, argv, &call );
     printTo( stdout );
 
-    // A tool with tools of its own has shown the usage already.
-    if( context->status != MISUSE || context->usageShown )
-        return;
+    if( !call.tool )
+        listTools( stderr, group );
 
-    if( tool )
-        tellUsage( stderr, command, *tool );
-    else
-        listTools( stderr, command, tools, count );
-
-    context->usageShown = true;
+    return call.status;
 }
 
 namespace
@@ -194,31 +200,6 @@ Ref< QV_VECTOR > wordsOf( int argc, char **argv )
 
     return words;
 }
-
-void tellVersion()
-{
-    Ref< QV_STRING > version( qvRuntimeVersionProductVersion() );
-    qvPrintFormatCstr( "morvane %s", -1, version.get() );
-}
-
-void run( QV_VECTOR *words, Context *context )
-{
-    if( qvVectorLength( words ) == 1 && qvStringEqualsCstr( wordAt( words, 0 ), "--version", -1 ) )
-    {
-        tellVersion();
-        context->status = SUCCESS;
-        return;
-    }
-
-    if( qvVectorLength( words ) == 0 )
-    {
-        listTools( stdout, "morvane", TOOLS, TOOL_COUNT );
-        context->status = SUCCESS;
-        return;
-    }
-
-    runTool( "morvane", TOOLS, TOOL_COUNT, words, context );
-}
 } // namespace
 } // namespace morvane
 
@@ -229,7 +210,7 @@ int main( int argc, char **argv )
     holdStandardStreams();
 
     // Most tools need no files of the product, and start faster without.
-    const Tool *tool = argc > 1 ? findTool( TOOLS, TOOL_COUNT, argv[1] ) : nullptr;
+    const Tool *tool = argc > 1 ? findTool( "", argv[1] ) : nullptr;
 
     printTo( stdout );
 
@@ -238,17 +219,25 @@ int main( int argc, char **argv )
 
     startRuntime( tool ? tool->runtimeFlags : QV_RUNTIME_FLAG_MINIMAL, printLine );
 
-    Context context;
+    int status = FAILURE;
 
     if( Ref< QV_VECTOR > words = wordsOf( argc, argv ) )
-        run( words, &context );
-    else
-        context.status = FAILURE;
+    {
+        if( argc > 1 )
+        {
+            status = runTool( "", words );
+        }
+        else
+        {
+            listTools( stdout, "" );
+            status = SUCCESS;
+        }
+    }
 
     qvRuntimeShutdown();
 
-    if( context.afterwards )
-        context.afterwards();
+    if( afterwards )
+        afterwards();
 
-    return isOutputComplete( tool ? tool->name : nullptr ) ? context.status : FAILURE;
+    return isOutputComplete( tool ? tool->name : nullptr ) ? status : FAILURE;
 }

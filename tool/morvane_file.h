@@ -23,8 +23,14 @@ void closeInput( int file );
     and -1 for a failure, with the reason in `*reason`. */
 QV_INT readInput( int file, void *bytes, QV_INT count, const char **reason );
 
+/** The number of bytes between the position of an open file and its end; -1 if that is not known. */
+QV_INT bytesLeft( int file );
+
 /** Appends the content of a file to a Buffer. */
 const char *readFile( QV_STRING *fn, QV_BUFFER **bytes );
+
+/** Makes an empty file if there is none of the name. Standard streams are there. */
+const char *createFile( QV_STRING *fn );
 
 /** Writes a new file, or new content for a file, piece by piece and so that at any time the file has either its old or
     its new content as a whole: a new file in the same folder is written, synchronised with the disk and renamed. Where
@@ -88,8 +94,11 @@ const char *replaceFile( FileReplacement *replacement, QV_STRING *fn, QV_BUFFER 
     rights to users that had none. False for a failure, with the reason in `errno`. */
 bool takeOverRights( int file, const char *old );
 
-/** True if the standard output is a terminal. */
+/** @{ */
+/** True if the standard output, or the standard error stream, is a terminal. */
 bool isOutputTerminal();
+bool isErrorTerminal();
+/** @} */
 
 /** Writes bytes to the standard output. False for a failure, with the reason in `errno`. */
 bool writeOutput( const void *bytes, QV_INT count );

@@ -404,6 +404,11 @@ bool isOutputTerminal()
     return isatty( STDOUT_FILENO ) != 0;
 }
 
+bool isErrorTerminal()
+{
+    return isatty( STDERR_FILENO ) != 0;
+}
+
 bool writeOutput( const void *bytes, QV_INT count )
 {
     return writeAll( STDOUT_FILENO, bytes, count );
@@ -452,6 +457,16 @@ QV_INT readInput( int file, void *bytes, QV_INT count, const char **reason )
     return got;
 }
 
+QV_INT bytesLeft( int file )
+{
+    struct stat status;
+    off_t       at = lseek( file, 0, SEEK_CUR );
+
+    return at >= 0 && fstat( file, &status ) == 0 && S_ISREG( status.st_mode ) && status.st_size >= at
+               ? status.st_size - at
+               : -1;
+}
+
 const char *readFile( QV_STRING *fn, QV_BUFFER **bytes )
 {
     const char *reason = nullptr;
@@ -464,6 +479,17 @@ const char *readFile( QV_STRING *fn, QV_BUFFER **bytes )
 
     closeInput( file );
     return reason;
+}
+
+const char *createFile( QV_STRING *fn )
+{
+    int file = isStandardStream( fn ) ? STDIN_FILENO : openFile( Name( fn ).text(), O_WRONLY | O_CREAT | O_EXCL, 0666 );
+
+    if( file < 0 )
+        return errno == EEXIST ? nullptr : strerror( errno );
+
+    closeInput( file );
+    return nullptr;
 }
 
 /* Writing -------------------------------------------------------------------------------------------------------- */

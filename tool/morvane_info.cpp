@@ -14,14 +14,9 @@ void printDocument( QV_STORE *store )
     qvPrintLines( lines );
 }
 
-QV_BOOL infoTool( QV_VECTOR *argv, void *context )
+int tellInfo( const Arguments & )
 {
-    if( qvVectorLength( argv ) != 0 )
-        return QV_FALSE;
-
     printDocument( Ref< QV_STORE >( qvRuntimeInfo() ) );
-    contextOf( context )->status = SUCCESS;
-
-    return QV_TRUE;
+    return SUCCESS;
 }
 } // namespace morvane

@@ -81,11 +81,11 @@ void explainRefusal()
 
 // Makes the process explain the refusal of a module's file at the end of the run. `request` may be a module that needs
 // it.
-void leaveToExplain( QV_STRING *name, QV_STRING *request, Context *context )
+void leaveToExplain( QV_STRING *name, QV_STRING *request )
 {
     qvCharsConvertToCstr( refused, NAME_SIZE, qvStringBacking( name ), qvStringLength( name ), QV_TRUE );
     qvCharsConvertToCstr( requested, NAME_SIZE, qvStringBacking( request ), qvStringLength( request ), QV_TRUE );
-    context->afterwards = explainRefusal;
+    callAfterwards( explainRefusal );
 }
 
 // The module that made the load of another one fail, itself or one that it needs: in the order of a load, the first
@@ -112,7 +112,7 @@ Ref< QV_STRING > culprit( QV_STRING *name, bool *isRefused )
     return Ref< QV_STRING >::share( name );
 }
 
-bool load( QV_STRING *name, Context *context )
+bool load( QV_STRING *name )
 {
     if( qvRuntimeTryLoadModule( name ) )
         return true;
@@ -125,7 +125,7 @@ bool load( QV_STRING *name, Context *context )
         subject.reset( qvStringCreateFromFormatCstr( "%s needs %s", -1, name, failed.get() ) );
 
     if( isRefused )
-        leaveToExplain( failed, name, context );
+        leaveToExplain( failed, name );
     else
         complain( COMMAND, subject, "it did not start" );
 
@@ -181,78 +181,53 @@ Ref< QV_STORE > describe( QV_MODULE *module )
 
     return store;
 }
+} // namespace
 
 // Only opens the file: starts nothing, and does not look for what the module needs.
-QV_BOOL show( QV_VECTOR *argv, void *context )
+int showModule( const Arguments &arguments )
 {
-    if( qvVectorLength( argv ) != 1 )
-        return QV_FALSE;
-
-    contextOf( context )->status = FAILURE;
-    Ref< QV_STRING > name        = wordAt( argv, 0 );
+    Ref< QV_STRING > name = arguments.wordAt( 0 );
 
     if( !isName( name ) )
-        return QV_FALSE;
+        return FAILURE;
 
     Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( name ) );
 
     if( !module )
     {
-        leaveToExplain( name, name, contextOf( context ) );
-        return QV_FALSE;
+        leaveToExplain( name, name );
+        return FAILURE;
     }
 
     printDocument( describe( module ) );
-    contextOf( context )->status = SUCCESS;
-
-    return QV_TRUE;
+    return SUCCESS;
 }
 
-QV_BOOL run( QV_VECTOR *argv, void *context )
+int runModule( const Arguments &arguments )
 {
-    if( qvVectorLength( argv ) < 1 )
-        return QV_FALSE;
-
-    contextOf( context )->status = FAILURE;
-    Ref< QV_STRING > name        = wordAt( argv, 0 );
+    Ref< QV_STRING > name = arguments.wordAt( 0 );
 
     // So what a module writes itself and what it prints come out in their order.
     printAtOnce();
 
-    if( !isName( name ) || !load( name, contextOf( context ) ) )
-        return QV_FALSE;
+    if( !isName( name ) || !load( name ) )
+        return FAILURE;
 
     Ref< QV_MODULE > module( qvRuntimeModule( name ) );
 
     if( !qvModuleHasPersonality( module ) )
     {
         complain( COMMAND, name, "not a module that can be run" );
-        return QV_FALSE;
+        return FAILURE;
     }
 
-    Ref< QV_VECTOR > arguments( qvVectorCreate() );
+    Ref< QV_VECTOR > words( qvVectorCreate() );
 
-    for( QV_INT i = 1; i < qvVectorLength( argv ); i++ )
-        qvVectorAppendString( arguments.at(), wordAt( argv, i ) );
+    for( QV_INT i = 1; i < arguments.wordCount(); i++ )
+        qvVectorAppendString( words.at(), arguments.wordAt( i ) );
 
-    QV_INT result = qvModuleRunPersonality( module, reinterpret_cast< intptr_t >( arguments.get() ), 0 );
+    QV_INT result = qvModuleRunPersonality( module, reinterpret_cast< intptr_t >( words.get() ), 0 );
 
-    contextOf( context )->status     = result >= 0 && result <= 255 ? static_cast< int >( result ) : 255;
-    contextOf( context )->usageShown = true; // whatever the status, the arguments were right
-
-    return result == 0 ? QV_TRUE : QV_FALSE;
-}
-
-const Tool TOOLS[] = {
-    { "show", "NAME", "prints what the file of a module in XZ_MORVANE_BIN_PATH tells about it", show },
-    { "run", "NAME [ARGUMENT...]", "loads a module and runs its program", run, PASSES_ON },
-};
-} // namespace
-
-QV_BOOL moduleTool( QV_VECTOR *argv, void *context )
-{
-    runTool( COMMAND, TOOLS, sizeof( TOOLS ) / sizeof( TOOLS[0] ), argv, contextOf( context ) );
-
-    return contextOf( context )->status == SUCCESS ? QV_TRUE : QV_FALSE;
+    return result >= 0 && result <= 255 ? static_cast< int >( result ) : 255;
 }
 } // namespace morvane

@@ -1,6 +1,7 @@
 #include "morvane_output.h"
 
 #include "morvane_file.h"
+#include "morvane_progress.h"
 #include "morvane_tool.h"
 
 #include "qv/io/qv_print.h"
@@ -130,6 +131,7 @@ bool put( const char *bytes, QV_INT count )
 
 void complain( const char *prefix, QV_STRING *subject, QV_STRING *reason )
 {
+    hideProgress();
     fprintf( stderr, "%s: ", prefix );
     writeUtf8( stderr, subject );
     fputs( ": ", stderr );

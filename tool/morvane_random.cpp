@@ -1,7 +1,10 @@
+#include "morvane_file.h"
+#include "morvane_progress.h"
 #include "morvane_tool.h"
 
 #include "qv/base/qv_random.h"
 #include "qv/io/qv_print.h"
+#include "qv/sys/qv_int.h"
 
 namespace morvane
 {
@@ -18,21 +21,21 @@ bool readNumber( QV_STRING *word, QV_INT *value )
     complain( COMMAND, word, "no integer from 0 to 9223372036854775807" );
     return false;
 }
+} // namespace
 
 // One line of any length, written in pieces.
-QV_BOOL bytes( QV_VECTOR *argv, void *context )
+int randomBytes( const Arguments &arguments )
 {
-    if( qvVectorLength( argv ) != 1 )
-        return QV_FALSE;
-
-    contextOf( context )->status = FAILURE;
     QV_INT count;
 
-    if( !readNumber( wordAt( argv, 0 ), &count ) )
-        return QV_FALSE;
+    if( !readNumber( arguments.wordAt( 0 ), &count ) )
+        return FAILURE;
 
     const QV_INT PIECE   = 1024;
     bool         written = true;
+
+    if( !isOutputTerminal() )
+        beginProgress( nullptr, QV_INT_ADD_OK( count, count ) ? 2 * count : -1 );
 
     while( count > 0 && written )
     {
@@ -48,48 +51,30 @@ QV_BOOL bytes( QV_VECTOR *argv, void *context )
         }
 
         written = put( digits, 2 * length );
+        addProgress( 2 * length );
         count -= length;
     }
 
+    endProgress();
     put( "\n", 1 );
-    contextOf( context )->status = SUCCESS;
-
-    return QV_TRUE;
+    return SUCCESS;
 }
 
-QV_BOOL integer( QV_VECTOR *argv, void *context )
+int randomInteger( const Arguments &arguments )
 {
-    if( qvVectorLength( argv ) != 2 )
-        return QV_FALSE;
-
-    contextOf( context )->status = FAILURE;
     QV_INT low;
     QV_INT high;
 
-    if( !readNumber( wordAt( argv, 0 ), &low ) || !readNumber( wordAt( argv, 1 ), &high ) )
-        return QV_FALSE;
+    if( !readNumber( arguments.wordAt( 0 ), &low ) || !readNumber( arguments.wordAt( 1 ), &high ) )
+        return FAILURE;
 
     if( low > high )
     {
-        complain( COMMAND, wordAt( argv, 1 ), "less than the lowest value" );
-        return QV_FALSE;
+        complain( COMMAND, arguments.wordAt( 1 ), "less than the lowest value" );
+        return FAILURE;
     }
 
     qvPrintFormatCstr( "%i", -1, qvRandomNonNegativeIntRange( low, high ) );
-    contextOf( context )->status = SUCCESS;
-
-    return QV_TRUE;
-}
-
-const Tool TOOLS[] = {
-    { "bytes", "COUNT", "prints random bytes, two hexadecimal digits each", bytes },
-    { "int", "LOW HIGH", "prints an integer from LOW to HIGH, both included", integer },
-};
-} // namespace
-
-QV_BOOL randomTool( QV_VECTOR *argv, void *context )
-{
-    runTool( COMMAND, TOOLS, sizeof( TOOLS ) / sizeof( TOOLS[0] ), argv, contextOf( context ) );
-    return contextOf( context )->status == SUCCESS ? QV_TRUE : QV_FALSE;
+    return SUCCESS;
 }
 } // namespace morvane

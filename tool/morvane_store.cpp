@@ -14,6 +14,7 @@
 #include "qv/io/qv_nlf_line_source.h"
 #include "qv/io/qv_print.h"
 #include "qv/qv_tool_private.h"
+#include "qv/unicode/qv_unicode_properties.h"
 
 namespace morvane
 {
@@ -26,11 +27,11 @@ const char COMMAND[] = "morvane store";
 const QV_INT ALL_LINE_ENDS = QV_NLF_FLAG_LF | QV_NLF_FLAG_CR | QV_NLF_FLAG_CRLF | QV_NLF_FLAG_NEL | QV_NLF_FLAG_VT
                              | QV_NLF_FLAG_FF | QV_NLF_FLAG_LS | QV_NLF_FLAG_PS;
 
-// Why data is not a document in binary form. Reads it in the order of the library's reader.
+const char BROKEN[] = "truncated, or no document in binary form";
+
+// Why data is not a document in binary form, or null. Reads it in the order of the library's reader.
 const char *binaryProblem( QV_DECODER *decoder, int depth )
 {
-    static const char BROKEN[] = "truncated, or no document in binary form";
-
     if( depth == QV_STORE_MAX_DEPTH )
         return "nested too deep";
 
@@ -61,8 +62,13 @@ const char *binaryProblem( QV_BUFFER *bytes )
     if( const char *problem = binaryProblem( decoder, 0 ) )
         return problem;
 
-    return qvDecoderRemaining( decoder ) > 0 ? "bytes behind the end of the document"
-                                             : "truncated, or no document in binary form";
+    return qvDecoderRemaining( decoder ) > 0 ? "bytes behind the end of the document" : nullptr;
+}
+
+// True for documents in binary form, cut ones too: they begin with an integer and that with its length, from 0 to 8.
+bool isBinary( QV_BUFFER *bytes )
+{
+    return qvBufferLength( bytes ) > 0 && qvBufferReadBits( bytes, 0, 8 ) <= 8;
 }
 
 void complainOfFile( QV_STRING *fn, const char *standard, const char *reason )
@@ -105,8 +111,10 @@ Ref< QV_STORE > readStore( QV_STRING *fn, bool binary )
 
     Ref< QV_STORE > store( binary ? qvStoreTryDecodeFromBuffer( bytes ) : qvStoreTryDecodeFromTextBuffer( bytes ) );
 
+    const char *problem = store || !binary ? nullptr : binaryProblem( bytes );
+
     if( !store )
-        complain( COMMAND, fn, binary ? binaryProblem( bytes ) : "no document in text form" );
+        complain( COMMAND, fn, problem ? problem : binary ? BROKEN : "no document in text form" );
 
     return store;
 }
@@ -117,6 +125,17 @@ class Change
 public:
     explicit Change( QV_STRING *fn ) : fn_( Ref< QV_STRING >::share( fn ) )
     {
+    }
+
+    // Makes an empty file if there is none.
+    bool create()
+    {
+        const char *reason = createFile( fn_ );
+
+        if( reason )
+            complain( COMMAND, fn_, reason );
+
+        return !reason;
     }
 
     // False, with a line on the standard error stream, for a failure.
@@ -132,6 +151,12 @@ public:
 
         if( !bytes )
             return false;
+
+        if( isBinary( bytes ) )
+        {
+            complainOfFile( fn_, "standard input", "a document in binary form; only text can be changed" );
+            return false;
+        }
 
         if( document->parse( bytes ) )
             return true;
@@ -150,240 +175,197 @@ private:
     FileReplacement  file_;
 };
 
-// The value at `a.b.c`, or nothing.
-Ref< QV_STRING > valueAt( QV_STORE *store, QV_STRING *path )
+// Finds the value at `a.b.c`, and the sub-store at `a.b.c` or `a.b.c.`. What is not there stays null.
+void find( QV_STORE *store, QV_STRING *path, Ref< QV_STRING > *value, Ref< QV_STORE > *below )
 {
     Ref< QV_VECTOR > steps( qvStringSplitChar( path, U'.', -1 ) );
     Ref< QV_STORE >  level = Ref< QV_STORE >::share( store );
     QV_INT           last  = qvVectorLength( steps ) - 1;
+    bool             isSub = last > 0 && qvStringLength( wordAt( steps, last ) ) == 0;
+
+    last -= isSub;
 
     for( QV_INT i = 0; i <= last && level; i++ )
     {
         Ref< QV_STRING > step = wordAt( steps, i );
 
         if( !qvStoreAddressOk( step ) )
-            break;
+            return;
 
-        if( i == last )
-            return Ref< QV_STRING >( qvStoreValue( level, step ) );
+        if( i == last && !isSub )
+            value->reset( qvStoreValue( level, step ) );
 
         level.reset( qvStoreStore( level, step ) );
     }
 
-    return {};
+    *below = std::move( level );
 }
+} // namespace
 
-// Reads words without options. False for fewer than `atLeast`, and for more than `atMost` unless that is negative.
-bool readWords( QV_VECTOR *argv, QV_INT atLeast, QV_INT atMost, Ref< QV_VECTOR > *words )
+int showStore( const Arguments &arguments )
 {
-    Arguments arguments;
+    int status = SUCCESS;
 
-    if( !arguments.read( argv, nullptr, 0 ) )
-        return false;
-
-    *words       = Ref< QV_VECTOR >::share( arguments.words() );
-    QV_INT count = qvVectorLength( *words );
-
-    return count >= atLeast && ( atMost < 0 || count <= atMost );
-}
-
-QV_BOOL show( QV_VECTOR *argv, void *context )
-{
-    static const Option BINARY = { "binary", false };
-    Arguments           arguments;
-
-    if( !arguments.read( argv, &BINARY, 1 ) || qvVectorLength( arguments.words() ) != 1 )
-        return QV_FALSE;
-
-    contextOf( context )->status = FAILURE;
-    Ref< QV_STORE > store        = readStore( wordAt( arguments.words(), 0 ), arguments.optionCount() > 0 );
-
-    if( !store )
-        return QV_FALSE;
-
-    printDocument( store );
-    contextOf( context )->status = SUCCESS;
-
-    return QV_TRUE;
-}
-
-QV_BOOL get( QV_VECTOR *argv, void *context )
-{
-    Ref< QV_VECTOR > words;
-
-    if( !readWords( argv, 2, -1, &words ) )
-        return QV_FALSE;
-
-    contextOf( context )->status = FAILURE;
-    Ref< QV_STORE > store        = readStore( wordAt( words, 0 ), false );
-
-    if( !store )
-        return QV_FALSE;
-
-    contextOf( context )->status = SUCCESS;
-
-    for( QV_INT i = 1; i < qvVectorLength( words ); i++ )
+    for( QV_INT i = 0; i < arguments.wordCount(); i++ )
     {
-        Ref< QV_STRING > path  = wordAt( words, i );
-        Ref< QV_STRING > value = valueAt( store, path );
+        if( Ref< QV_STORE > store = readStore( arguments.wordAt( i ), arguments.has( "binary" ) ) )
+            printDocument( store );
+        else
+            status = FAILURE;
+    }
+
+    return status;
+}
+
+int getValues( const Arguments &arguments )
+{
+    Ref< QV_STORE >  store    = readStore( arguments.wordAt( 0 ), false );
+    Ref< QV_STRING > fallback = arguments.valueOf( "default" );
+    int              status   = SUCCESS;
+
+    if( !store )
+        return FAILURE;
+
+    for( QV_INT i = 1; i < arguments.wordCount(); i++ )
+    {
+        Ref< QV_STRING > path = arguments.wordAt( i );
+        Ref< QV_STRING > value;
+        Ref< QV_STORE >  below;
+
+        find( store, path, &value, &below );
 
         if( value )
         {
             print( value );
         }
+        else if( below )
+        {
+            printDocument( below );
+        }
+        else if( fallback )
+        {
+            print( fallback );
+        }
         else
         {
             complain( COMMAND, path, "no such value" );
-            contextOf( context )->status = FAILURE;
+            status = FAILURE;
         }
     }
 
-    return QV_TRUE;
+    return status;
 }
 
-QV_BOOL set( QV_VECTOR *argv, void *context )
+int setValues( const Arguments &arguments )
 {
-    Ref< QV_VECTOR > words;
-
-    if( !readWords( argv, 2, -1, &words ) )
-        return QV_FALSE;
-
-    for( QV_INT i = 1; i < qvVectorLength( words ); i++ )
-        if( qvStringFindChar( wordAt( words, i ), 0, U'=' ) < 0 )
-            return QV_FALSE;
-
-    contextOf( context )->status = FAILURE;
     Ref< QV_VECTOR > paths( qvVectorCreate() );
     Ref< QV_VECTOR > values( qvVectorCreate() );
-    Change           change( wordAt( words, 0 ) );
-    Document         document;
 
-    if( !change.read( &document ) )
-        return QV_FALSE;
-
-    for( QV_INT i = 1; i < qvVectorLength( words ); i++ )
+    for( QV_INT i = 1; i < arguments.wordCount(); i++ )
     {
-        Ref< QV_STRING > word   = wordAt( words, i );
+        Ref< QV_STRING > word   = arguments.wordAt( i );
         QV_INT           equals = qvStringFindChar( word, 0, U'=' );
-        Ref< QV_STRING > path( qvStringCreateFromLeading( word, equals ) );
-        Ref< QV_STRING > value( qvStringCreateFromTrailing( word, qvStringLength( word ) - equals - 1 ) );
 
-        if( !Document::canHold( path, value ) )
+        if( equals < 0 )
         {
-            complain( COMMAND, word, "no path and value that a document can hold" );
-            return QV_FALSE;
+            complain( COMMAND, word, "no = between path and value" );
+            return MISUSE;
         }
 
-        qvVectorAppendString( paths.at(), path );
-        qvVectorAppendString( values.at(), value );
+        qvVectorAppendString( paths.at(), Ref< QV_STRING >( qvStringCreateFromLeading( word, equals ) ) );
+        qvVectorAppendString(
+            values.at(), Ref< QV_STRING >( qvStringCreateFromTrailing( word, qvStringLength( word ) - equals - 1 ) ) );
     }
 
+    for( QV_INT i = 1; i < arguments.wordCount(); i++ )
+    {
+        if( Document::canHold( wordAt( paths, i - 1 ), wordAt( values, i - 1 ) ) )
+            continue;
+
+        complain( COMMAND, arguments.wordAt( i ), "no path and value that a document can hold" );
+        return FAILURE;
+    }
+
+    Change   change( arguments.wordAt( 0 ) );
+    Document document;
+
+    if( ( arguments.has( "create" ) && !change.create() ) || !change.read( &document ) )
+        return FAILURE;
+
     document.set( paths, values );
-
-    if( !change.write( document ) )
-        return QV_FALSE;
-
-    contextOf( context )->status = SUCCESS;
-    return QV_TRUE;
+    return change.write( document ) ? SUCCESS : FAILURE;
 }
 
-QV_BOOL remove( QV_VECTOR *argv, void *context )
+int deleteEntries( const Arguments &arguments )
 {
-    Ref< QV_VECTOR > words;
-
-    if( !readWords( argv, 2, -1, &words ) )
-        return QV_FALSE;
-
-    contextOf( context )->status = FAILURE;
-    Change   change( wordAt( words, 0 ) );
+    Change   change( arguments.wordAt( 0 ) );
     Document document;
 
     if( !change.read( &document ) )
-        return QV_FALSE;
+        return FAILURE;
 
-    Ref< QV_VECTOR > paths( qvVectorCreateFromTrailing( words, qvVectorLength( words ) - 1 ) );
+    Ref< QV_VECTOR > paths( qvVectorCreateFromTrailing( arguments.words(), arguments.wordCount() - 1 ) );
     Ref< QV_VECTOR > missing = document.remove( paths );
 
     for( QV_INT i = 0; i < qvVectorLength( missing ); i++ )
         complain( COMMAND, wordAt( missing, i ), "no such entry" );
 
-    if( qvVectorLength( missing ) > 0 || !change.write( document ) )
-        return QV_FALSE;
-
-    contextOf( context )->status = SUCCESS;
-    return QV_TRUE;
+    return qvVectorLength( missing ) == 0 && change.write( document ) ? SUCCESS : FAILURE;
 }
 
-QV_BOOL merge( QV_VECTOR *argv, void *context )
+int mergeStores( const Arguments &arguments )
 {
-    Ref< QV_VECTOR > words;
-
-    if( !readWords( argv, 2, -1, &words ) )
-        return QV_FALSE;
-
-    contextOf( context )->status = FAILURE;
-    Change   change( wordAt( words, 0 ) );
+    Change   change( arguments.wordAt( 0 ) );
     Document document;
 
     if( !change.read( &document ) )
-        return QV_FALSE;
+        return FAILURE;
 
     Ref< QV_VECTOR > others( qvVectorCreate() );
 
-    for( QV_INT i = 1; i < qvVectorLength( words ); i++ )
+    for( QV_INT i = 1; i < arguments.wordCount(); i++ )
     {
-        Ref< QV_STORE > other = readStore( wordAt( words, i ), false );
+        Ref< QV_STORE > other = readStore( arguments.wordAt( i ), false );
 
         if( !other )
-            return QV_FALSE;
+            return FAILURE;
 
         qvVectorAppendObj( others.at(), qvStoreObj( other ) );
     }
 
     document.merge( others );
-
-    if( !change.write( document ) )
-        return QV_FALSE;
-
-    contextOf( context )->status = SUCCESS;
-    return QV_TRUE;
+    return change.write( document ) ? SUCCESS : FAILURE;
 }
 
-// Reads one form of a document and writes the other.
-QV_BOOL convert( QV_VECTOR *argv, void *context, bool fromBinary )
+namespace
 {
-    Ref< QV_VECTOR > words;
-
-    if( !readWords( argv, 2, 2, &words ) )
-        return QV_FALSE;
-
-    contextOf( context )->status = FAILURE;
-    Ref< QV_STORE > store        = readStore( wordAt( words, 0 ), fromBinary );
+// Reads one form of a document and writes the other.
+int convert( const Arguments &arguments, bool fromBinary )
+{
+    Ref< QV_STORE > store = readStore( arguments.wordAt( 0 ), fromBinary );
 
     if( !store )
-        return QV_FALSE;
+        return FAILURE;
 
     Ref< QV_BUFFER > bytes( fromBinary ? qvStoreEncodeToTextBuffer( store ) : qvStoreEncodeToBuffer( store ) );
+    FileReplacement  replacement;
 
-    FileReplacement replacement;
-
-    if( !writeBytes( &replacement, wordAt( words, 1 ), bytes ) )
-        return QV_FALSE;
-
-    contextOf( context )->status = SUCCESS;
-    return QV_TRUE;
+    return writeBytes( &replacement, arguments.wordAt( 1 ), bytes ) ? SUCCESS : FAILURE;
 }
+} // namespace
 
-QV_BOOL encode( QV_VECTOR *argv, void *context )
+int encodeStore( const Arguments &arguments )
 {
-    return convert( argv, context, false );
+    return convert( arguments, false );
 }
 
-QV_BOOL decode( QV_VECTOR *argv, void *context )
+int decodeStore( const Arguments &arguments )
 {
-    return convert( argv, context, true );
+    return convert( arguments, true );
 }
 
+namespace
+{
 // Why a reader skips a line, or null if it does not.
 const char *skipReason( QV_INT code )
 {
@@ -413,56 +395,53 @@ Ref< QV_VECTOR > linesOf( QV_BUFFER *bytes )
 
     return Ref< QV_VECTOR >( qvLineSourceReadLines( reader, QV_INT_MAX ) );
 }
+} // namespace
 
-QV_BOOL check( QV_VECTOR *argv, void *context )
+namespace
 {
-    Ref< QV_VECTOR > words;
+// True for a line that is there for people: an empty one, or a comment.
+bool isForPeople( QV_STRING *line )
+{
+    for( QV_INT i = 0; i < qvStringLength( line ); i++ )
+        if( !qvUnicodeIsWhiteSpace( qvStringCharAt( line, i ) ) )
+            return qvStringCharAt( line, i ) == U'#';
 
-    if( !readWords( argv, 1, 1, &words ) )
-        return QV_FALSE;
+    return true;
+}
 
-    contextOf( context )->status = FAILURE;
-    Ref< QV_STRING > fn          = wordAt( words, 0 );
-    Ref< QV_BUFFER > bytes       = readBytes( fn );
+bool isComplete( QV_STRING *fn )
+{
+    Ref< QV_BUFFER > bytes = readBytes( fn );
 
     if( !bytes )
-        return QV_FALSE;
+        return false;
 
     Ref< QV_VECTOR > lines    = linesOf( bytes );
     bool             complete = true;
 
     for( QV_INT i = 0; i < qvVectorLength( lines ); i++ )
     {
-        const char *reason = skipReason( qv___StoreParseLine( wordAt( lines, i ), nullptr, nullptr ) );
+        Ref< QV_STRING > line   = wordAt( lines, i );
+        const char      *reason = skipReason( qv___StoreParseLine( line, nullptr, nullptr ) );
 
-        if( !reason )
+        if( !reason || isForPeople( line ) )
             continue;
 
-        qvPrintFormatCstr( "%s:%i: %lc", -1, fn.get(), i + 1, reason );
+        qvPrintFormatCstr( "%s:%i: %lc", -1, fn, i + 1, reason );
         complete = false;
     }
 
-    if( complete )
-        contextOf( context )->status = SUCCESS;
-
-    return complete ? QV_TRUE : QV_FALSE;
+    return complete;
 }
-
-const Tool TOOLS[] = {
-    { "show", "FILE [--binary]", "prints a document in its canonical text form", show },
-    { "get", "FILE PATH...", "prints the values at paths like a.b.c, a line each", get },
-    { "set", "FILE PATH=VALUE...", "changes or adds values; all other lines stay as they are", set },
-    { "delete", "FILE PATH...", "deletes entries with everything below them", remove },
-    { "merge", "FILE OTHER...", "adds to FILE what only the others have", merge },
-    { "encode", "FILE OUT", "writes a document in binary form", encode },
-    { "decode", "FILE OUT", "writes a document in binary form as text", decode },
-    { "check", "FILE", "names every line that a reader skips, and why", check },
-};
 } // namespace
 
-QV_BOOL storeTool( QV_VECTOR *argv, void *context )
+int checkStore( const Arguments &arguments )
 {
-    runTool( COMMAND, TOOLS, sizeof( TOOLS ) / sizeof( TOOLS[0] ), argv, contextOf( context ) );
-    return contextOf( context )->status == SUCCESS ? QV_TRUE : QV_FALSE;
+    bool complete = true;
+
+    for( QV_INT i = 0; i < arguments.wordCount(); i++ )
+        complete = isComplete( arguments.wordAt( i ) ) && complete;
+
+    return complete ? SUCCESS : FAILURE;
 }
 } // namespace morvane

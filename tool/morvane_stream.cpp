@@ -1,5 +1,6 @@
 #include "morvane_stream.h"
 
+#include "morvane_progress.h"
 #include "morvane_tool.h"
 
 #include "qv/base/qv_buffer.h"
@@ -22,6 +23,7 @@ Ref< QV_STRING > nameOr( QV_STRING *name, const char *standard )
 
 Streams::~Streams()
 {
+    endProgress();
     closeInput( in_ );
 }
 
@@ -41,6 +43,9 @@ bool Streams::open( const char *command, QV_STRING *in, QV_STRING *out )
     if( failed() )
         complain( command_, inReason_ ? inName_ : outName_, inReason_ ? inReason_ : outReason_ );
 
+    if( !failed() && !( isStandardStream( out ) && isOutputTerminal() ) )
+        beginProgress( inName_, bytesLeft( in_ ) );
+
     return !failed();
 }
 
@@ -51,6 +56,7 @@ QV_INT Streams::read( uint8_t *bytes )
         writeHeld();
         given_ = 0;
         read_  = failed() ? 0 : qvIntMax( readInput( in_, block_, BLOCK, &inReason_ ), 0 );
+        addProgress( read_ );
     }
 
     QV_INT count = qvIntMin( read_ - given_, PIECE );

@@ -10,14 +10,15 @@ namespace morvane
 {
 const char TEXT_COMMAND[] = "morvane text";
 
-/** The words of these tools: the file to read and the file to write, null if it is not named. False for more words. */
-bool readNames( const Arguments &arguments, qv::Ref< QV_STRING > *in, qv::Ref< QV_STRING > *out );
-
 /** The index of a word in a table of `count` words, or -1. */
 QV_INT placeOf( QV_STRING *word, const char *const *words, QV_INT count );
 
-/** The tool that converts between character sets. */
-QV_BOOL convertText( QV_VECTOR *argv, void *context );
+/** Changes a piece of text in place. `end` is true with the last piece of an input. */
+using TextChange = void ( * )( void *context, QV_STRING **piece, bool end );
+
+/** Passes text from input to output piece by piece, as it arrives, through a change unless that is null. Files, character
+    sets and what happens to invalid text follow from the arguments. Returns the exit status. */
+int passText( const Arguments &arguments, TextChange change, void *context );
 } // namespace morvane
 
 #endif

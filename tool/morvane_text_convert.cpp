@@ -154,7 +154,9 @@ QV_INT completeOf( QV_STRING *text )
 // The bytes of the first characters of a text; nothing if the character set lacks one and the flags ask for a failure.
 Ref< QV_BUFFER > encode( QV_STRING *text, QV_INT count, QV_INT charset, QV_INT flags )
 {
-    Ref< QV_STRING > part( qvStringCreateFromLeading( text, count ) );
+    Ref< QV_STRING > part = count == qvStringLength( text )
+                                ? Ref< QV_STRING >::share( text )
+                                : Ref< QV_STRING >( qvStringCreateFromLeading( text, count ) );
 
     return Ref< QV_BUFFER >( qvCharsetStringToBufferWithFlags( charset, part, flags ) );
 }
@@ -185,6 +187,8 @@ struct Request
     QV_INT           to    = -1;
     QV_INT           flags = QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER;
     Ref< QV_STRING > in, out;
+    TextChange       change  = nullptr;
+    void            *context = nullptr;
 };
 
 // Says what is wrong at a place of the input. Always false.
@@ -205,13 +209,13 @@ bool complainOfBytes( const Streams &streams, QV_INT offset, QV_INT charset )
     return complainOfPlace( streams, offset, reason );
 }
 
-bool complainOfChar( const Streams &streams, QV_INT offset, QV_INT charset, QV_CHAR ch )
+Ref< QV_STRING > lackReason( QV_INT charset, QV_CHAR ch )
 {
     Ref< QV_STRING > reason( qvStringCreate() );
     QV_INT           value = ch;
     qvStringAppendFormatCstr( reason.at(), "%~s has no U+%^04X", -1, qvCharsetToIanaName( charset ), value );
 
-    return complainOfPlace( streams, offset, reason );
+    return reason;
 }
 
 bool convert( const Request &request )
@@ -227,7 +231,15 @@ bool convert( const Request &request )
 
     while( !decoder.end() && !streams.failed() )
     {
-        qvStringAppend( text.at(), decoder.read( &streams ) );
+        Ref< QV_STRING > piece = decoder.read( &streams );
+
+        if( request.change )
+            request.change( request.context, piece.at(), decoder.end() );
+
+        if( qvStringLength( text ) == 0 )
+            text = std::move( piece );
+        else
+            qvStringAppend( text.at(), piece );
 
         QV_INT ready = decoder.end() || isUnicode( request.to ) ? qvStringLength( text ) : completeOf( text );
 
@@ -248,12 +260,20 @@ bool convert( const Request &request )
         {
             const QV_CHAR *chars   = qvStringBacking( text );
             QV_INT         lacking = firstLacking( text, ready, request.to );
-            QV_INT         offset  = decoder.offset();
+
+            // Changed text has no places in the input.
+            if( request.change )
+            {
+                complain( TEXT_COMMAND, streams.inName(), lackReason( request.to, chars[lacking] ) );
+                return false;
+            }
+
+            QV_INT offset = decoder.offset();
 
             for( QV_INT i = lacking; i < qvStringLength( text ); i++ )
                 offset -= decoder.lengthOf( chars[i] );
 
-            return complainOfChar( streams, offset, request.to, chars[lacking] );
+            return complainOfPlace( streams, offset, lackReason( request.to, chars[lacking] ) );
         }
 
         streams.write( bytes );
@@ -278,51 +298,73 @@ QV_INT flagsOf( QV_STRING *invalid )
 }
 } // namespace
 
-QV_BOOL convertText( QV_VECTOR *argv, void *context )
+int passText( const Arguments &arguments, TextChange change, void *context )
 {
-    enum
+    bool    inPlace = arguments.has( "in-place" );
+    QV_INT  count   = arguments.wordCount();
+    Request request;
+    request.change  = change;
+    request.context = context;
+
+    if( inPlace ? count == 0 : count > 2 )
     {
-        FROM,
-        TO,
-        INVALID,
-        BOM,
-        OPTION_COUNT
-    };
+        if( inPlace )
+            complain(
+                TEXT_COMMAND, Ref< QV_STRING >( qvStringCreateFromCstr( "--in-place", -1 ) ), "no file is named" );
+        else
+            complain( TEXT_COMMAND, arguments.wordAt( 2 ), "one argument too many" );
 
-    static const Option OPTIONS[OPTION_COUNT] = {
-        { "from", true }, { "to", true }, { "invalid", true }, { "bom", false } };
+        return MISUSE;
+    }
 
-    Arguments        arguments;
-    Ref< QV_STRING > values[OPTION_COUNT];
-    Request          request;
-
-    if( !arguments.read( argv, OPTIONS, OPTION_COUNT ) || !readNames( arguments, &request.in, &request.out ) )
-        return QV_FALSE;
-
-    for( QV_INT i = 0; i < arguments.optionCount(); i++ )
-        values[arguments.optionAt( i )] = arguments.argumentAt( i );
-
-    if( !values[FROM] || !values[TO] )
-        return QV_FALSE;
-
-    if( values[INVALID] )
-        request.flags = flagsOf( values[INVALID] );
+    if( Ref< QV_STRING > invalid = arguments.valueOf( "invalid" ) )
+        request.flags = flagsOf( invalid );
 
     if( request.flags < 0 )
     {
-        complain( TEXT_COMMAND, values[INVALID], "neither replace, skip nor fail" );
-        return QV_FALSE;
+        complain( TEXT_COMMAND, arguments.valueOf( "invalid" ), "neither replace, skip nor fail" );
+        return MISUSE;
     }
 
-    if( values[BOM] )
+    if( arguments.has( "replace" ) )
+        request.flags = 0;
+
+    if( arguments.has( "bom" ) )
         request.flags |= QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK;
 
-    contextOf( context )->status = FAILURE;
+    if( !readCharset( arguments.valueOf( "from" ), &request.from )
+        || !readCharset( arguments.valueOf( "to" ), &request.to ) )
+        return FAILURE;
 
-    if( !readCharset( values[FROM], &request.from ) || !readCharset( values[TO], &request.to ) || !convert( request ) )
-        return QV_FALSE;
+    // UTF-8 that is only changed keeps its mark.
+    if( change && request.from == QV_CHARSET_UTF_8 && request.to == QV_CHARSET_UTF_8 )
+        request.flags |= QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK;
 
-    contextOf( context )->status = SUCCESS;
-    return QV_TRUE;
+    if( inPlace )
+    {
+        bool done = true;
+
+        for( QV_INT i = 0; i < count; i++ )
+        {
+            request.in  = arguments.wordAt( i );
+            request.out = arguments.wordAt( i );
+            done        = convert( request ) && done;
+        }
+
+        return done ? SUCCESS : FAILURE;
+    }
+
+    if( count > 0 )
+        request.in = arguments.wordAt( 0 );
+
+    if( count > 1 )
+        request.out = arguments.wordAt( 1 );
+
+    return convert( request ) ? SUCCESS : FAILURE;
+}
+
+int convertText( const Arguments &arguments )
+{
+    return passText( arguments, nullptr, nullptr );
 }
 } // namespace morvane

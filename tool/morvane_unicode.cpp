@@ -114,26 +114,21 @@ void showCharacter( QV_CHAR ch )
 
     print( line );
 }
+} // namespace
 
-QV_BOOL show( QV_VECTOR *argv, void *context )
+int showCharacters( const Arguments &arguments )
 {
-    Arguments arguments;
+    int status = SUCCESS;
 
-    if( !arguments.read( argv, nullptr, 0 ) || qvVectorLength( arguments.words() ) == 0 )
-        return QV_FALSE;
-
-    QV_VECTOR *words             = arguments.words();
-    contextOf( context )->status = SUCCESS;
-
-    for( QV_INT i = 0; i < qvVectorLength( words ); i++ )
+    for( QV_INT i = 0; i < arguments.wordCount(); i++ )
     {
-        Ref< QV_STRING > word = wordAt( words, i );
+        Ref< QV_STRING > word = arguments.wordAt( i );
         QV_INT           ch   = codePointOf( word );
 
         if( ch >= 0x110000 )
         {
             complain( COMMAND, word, "there is no such code point" );
-            contextOf( context )->status = FAILURE;
+            status = FAILURE;
         }
         else if( ch >= 0 )
         {
@@ -146,22 +141,17 @@ QV_BOOL show( QV_VECTOR *argv, void *context )
         }
     }
 
-    return contextOf( context )->status == SUCCESS ? QV_TRUE : QV_FALSE;
+    return status;
 }
 
-QV_BOOL list( QV_VECTOR *argv, void *context )
+int listCharsets( const Arguments &arguments )
 {
-    Arguments arguments;
-
-    if( !arguments.read( argv, nullptr, 0 ) || qvVectorLength( arguments.words() ) != 1 )
-        return QV_FALSE;
-
-    Ref< QV_STRING > what = wordAt( arguments.words(), 0 );
+    Ref< QV_STRING > what = arguments.wordAt( 0 );
 
     if( !qvStringEqualsCstr( what, "charsets", -1 ) )
     {
         complain( COMMAND, what, "no such list" );
-        return QV_FALSE;
+        return MISUSE;
     }
 
     for( QV_INT charset = 0; QV_CHARSET_OK( charset ); charset++ )
@@ -174,19 +164,6 @@ QV_BOOL list( QV_VECTOR *argv, void *context )
             qvPrintFormatCstr( "%~-16s %i", -1, qvCharsetToIanaName( charset ), codePage );
     }
 
-    contextOf( context )->status = SUCCESS;
-    return QV_TRUE;
-}
-
-const Tool TOOLS[] = {
-    { "show", "TEXT|U+XXXX...", "tells about each character of texts and about code points", show },
-    { "list", "charsets", "lists the character sets and their Windows code pages", list },
-};
-} // namespace
-
-QV_BOOL unicodeTool( QV_VECTOR *argv, void *context )
-{
-    runTool( COMMAND, TOOLS, sizeof( TOOLS ) / sizeof( TOOLS[0] ), argv, contextOf( context ) );
-    return contextOf( context )->status == SUCCESS ? QV_TRUE : QV_FALSE;
+    return SUCCESS;
 }
 } // namespace morvane

@@ -17,6 +17,12 @@ mv "$scratch/first" "$scratch/prefix"
 prefix="$scratch/prefix"
 test -x "$prefix/bin/morvane"
 
+# What the tools print is installed as they print it.
+"$prefix/bin/morvane" manual store | cmp - "$prefix/share/man/man1/morvane-store.1"
+"$prefix/bin/morvane" manual | cmp - "$prefix/share/man/man1/morvane.1"
+"$prefix/bin/morvane" completion bash | cmp - "$prefix/share/bash-completion/completions/morvane"
+"$prefix/bin/morvane" completion zsh | cmp - "$prefix/share/zsh/site-functions/_morvane"
+
 # The README's programs, as they stand there: those in a language that have a text inside.
 program()
 {

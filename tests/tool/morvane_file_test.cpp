@@ -184,14 +184,6 @@ TEST( MorvaneFile, TellsWhyItCannotBeReadOrWritten )
     } );
 }
 
-TEST( MorvaneFile, TakesTheLongestNames )
-{
-    expectOutcome(
-        { "name=$(printf %0255d 0); echo a=1 >doc; $M text case --upper doc $name; $M text case --upper doc $name; "
-          "$M store set $name B=2; cat $name; rm $name",
-          "A=1\nB=2\n" } );
-}
-
 TEST( MorvaneFile, KeepsWhatManyRunsSetAtOnce )
 {
     // Some may write the file itself, and some only its folder.
@@ -209,12 +201,36 @@ TEST( MorvaneFile, KeepsWhatManyRunsSetAtOnce )
     } );
 }
 
-TEST( MorvaneFile, RemovesWhatAKilledRunHasLeft )
+TEST( MorvaneFile, NamesWhatItWritesBeside )
 {
     expectOutcomes( {
-        // It was killed between its two names.
+        // The longest names leave no room for more.
+        { "name=$(printf %0255d 0); echo a=1 >doc; $M text case --upper doc $name; $M text case --upper doc $name; "
+          "$M store set $name B=2; cat $name; rm $name",
+          "A=1\nB=2\n" },
+
+        // A run was killed between its two names.
         { "echo new >kept.morvane~0; $M text case --upper in kept; cat kept", "TEXT\n" },
         NOTHING_BESIDE,
+    } );
+}
+
+TEST( MorvaneFile, TellsATerminalHowFarItHasCome )
+{
+    if( shell( "script --version" ).status != 0 )
+        GTEST_SKIP() << "no script";
+
+    expectOutcomes( {
+        { "script -qec \"timeout 1.5 $M random bytes 1000000000000 >/dev/null\" /dev/null | tr \"\\r\" \"\\n\" | "
+          "sed -E \"s/[0-9]+([.][0-9])? [kMG]B/N/; s/[0-9.]+ [kMG]B/N/; s/, [^,]*days left/, long/; s/, [0-9]+ .* "
+          "left/, long/\" | "
+          "sort -u",
+          "\nN of 2.0 TB, N/s, long\x1b[K\n" },
+
+        // The line is wiped for what is complained of.
+        { "script -qec \"{ sleep 1.2; printf x; sleep 0.1; printf 中; } | $M text case --upper --to latin1 - made\" "
+          "/dev/null | sed -E \"s/[0-9]+ B/N/g\"",
+          "\rstandard input: N, N/s\x1b[K\r\x1b[Kmorvane text: standard input: ISO-8859-1 has no U+4E2D\r\n" },
     } );
 }
 

@@ -18,10 +18,16 @@ TEST( MorvaneStore, ShowsAndGets )
         { "$M store show doc; $M store encode doc binary; $M store show binary --binary", SHOWN + SHOWN },
         { "$M store decode binary back; cat back", SHOWN },
         { "$M store get doc b.x a b.y c", "last\n1\n two \n中\n!\n" },
-        { "$M store get doc b.x b \"no path\" a.b | cat", "last\n",
-          "morvane store: b: no such value\nmorvane store: no path: no such value\nmorvane store: a.b: no such value\n",
+        { "$M store get doc b.x d \"no path\" a.b | cat", "last\n",
+          "morvane store: d: no such value\nmorvane store: no path: no such value\nmorvane store: a.b: no such value\n",
           0 },
-        { "$M store get doc b.x b 2>/dev/null", "last\n", "", 1 },
+        { "$M store get doc b.x d 2>/dev/null", "last\n", "", 1 },
+        { "$M store get --default none doc d b.z a b.x.y", "none\nnone\n1\nnone\n" },
+
+        // A sub-store where there is no value, and where it is asked for.
+        { "$M store set doc b=0; $M store get doc b b.; $M store delete doc b; $M store set doc b.c.d=1; "
+          "$M store get doc b; $M store get doc a. ",
+          "0\nx=last\ny= two \nc.d=1\n", "morvane store: a.: no such value\n" },
     } );
 }
 
@@ -62,17 +68,16 @@ TEST( MorvaneStore, ChangesOnlyTheLinesConcerned )
 
 TEST( MorvaneStore, ChecksEveryLine )
 {
-    write( "doc", "a=1\n#no=1\nb.c\nword\n\nd.e.=1\nf.\n" );
-    write( "good", "a=1\nb.c=2\n" );
+    write( "doc", "a=1\na#=1\nb.c\nword\n\nd.e.=1\nf.\n" );
+    write( "good", "\ufeffa=1\r\n#=1\n\n \t\n  # b\nb . c = 2\n" );
     expectOutcomes( {
-        { "$M store check doc",
+        { "$M store check good doc - <good",
           "doc:2: what stands before the separator is no address\n"
           "doc:3: neither . nor = follows an address\n"
           "doc:4: neither . nor = follows an address\n"
-          "doc:5: the line is empty\n"
           "doc:6: what stands before the separator is no address\n",
           "", 1 },
-        { "$M store check good", "" },
+        { "$M store check good; $M store show good good", "a=1\nb.c= 2\na=1\nb.c= 2\n" },
     } );
 }
 
@@ -96,12 +101,20 @@ TEST( MorvaneStore, TellsWhatIsWrongWithAFileAndChangesNothing )
         { "store decode trailing doc", "store: trailing: bytes behind the end of the document" },
         { "store decode deep doc", "store: deep: nested too deep" },
         { "store set invalid a=2", "store: invalid: not valid UTF-8; it could not be kept as it is" },
+        // What is binary would be lost, whole or not; a file is made only on demand, and never replaced.
+        { "store set truncated a=1", "store: truncated: a document in binary form; only text can be changed" },
+        { "store merge deep doc", "store: deep: a document in binary form; only text can be changed" },
+        { "store set --create nowhere/at/all a=1", "store: nowhere/at/all: No such file or directory" },
         { "store merge doc nowhere", "store: nowhere: No such file or directory" },
         { "store set doc a=1 \"b c=1\"", "store: b c=1: no path and value that a document can hold" },
         { "store delete doc a b.z a.x", "store: b.z: no such entry\nmorvane store: a.x: no such entry" },
     } );
 
+    expectOutcome(
+        { "$M store set --create fresh b=2 && $M store set --create fresh a=1 && cat fresh; rm fresh", "b=2\na=1\n" } );
+
     EXPECT_EQ( DOCUMENT, contentOf( "doc" ) );
+    EXPECT_EQ( "\1\1\1\1", contentOf( "truncated" ) );
     EXPECT_EQ( "a=1\n\xff\n", contentOf( "invalid" ) );
 }
 

@@ -12,9 +12,15 @@ TEST( MorvaneText, ChangesWhatItReads )
     } const CASES[] = {
         { "normalize --form nfc", "e\u0301\u00e9", "\u00e9\u00e9" },
 
-        // What is no UTF-8 is replaced, and a byte order mark kept.
-        { "normalize --form nfkc", "\ufeff\ufb01 \xff\u212b\xed\xa0\x80", "\ufefffi \ufffd\u00c5\ufffd" },
+        // A byte order mark is kept.
+        { "normalize --form nfkc --replace", "\ufeff\ufb01 \xff\u212b\xed\xa0\x80", "\ufefffi \ufffd\u00c5\ufffd" },
         { "case --lower", "\u00c9Aß", "\u00e9aß" },
+
+        // From and to other sets.
+        { "case --upper --from latin1 --to utf-16be", "\xe9\xdf", "\0\xc9\0S\0S"s },
+        { "case --upper --from utf-16 --to utf-8", "\xfe\xff\0a"s, "A" },
+        { "normalize --form nfd --to latin1", "e\u0301", "\xe9" },
+        { "case --upper --to latin1 --replace", "\u0142\u00e9\xff", "?\xc9?" },
         { "lines --newline lf", "a\n\nb\rc\r\nd\u0085\v\f\u2028\u2029e", "a\n\nb\nc\nd\n\n\n\n\ne" },
 
         // Letters compose with their marks for the sets that have one byte a character.
@@ -93,6 +99,18 @@ TEST( MorvaneText, TellsWhereAConversionFails )
         }
     }
 
+    write( "bad", "text\xff" );
+    write( "good", "\u0142" );
+
+    // What is changed fails as well, file by file.
+    expectFailures( {
+        { "text normalize --form nfd bad kept", "text: bad: offset 4: not valid UTF-8" },
+        { "text lines --newline crlf <bad", "text: standard input: offset 4: not valid UTF-8" },
+        { "text case --upper --to latin1 good kept", "text: good: ISO-8859-1 has no U+0141" },
+        { "text case --upper --in-place bad nowhere good",
+          "text: bad: offset 4: not valid UTF-8\nmorvane text: nowhere: No such file or directory" },
+    } );
+    EXPECT_EQ( "\u0141", contentOf( "good" ) );
     EXPECT_EQ( "old", contentOf( "kept" ) );
 }
 
@@ -110,8 +128,8 @@ TEST( MorvaneText, ReadsCutAnywhere )
         { "convert --to utf-8 --invalid replace --from utf-8", "a", UTF_8 },
         { "convert --to latin1 --invalid skip --from utf-8", "a", UTF_8 },
         { "convert --to utf-8 --invalid replace --from utf-16le", "a\0"s, UTF_16 },
-        { "normalize --form nfc", "a", UTF_8 },
-        { "lines --newline vt", "a", UTF_8 },
+        { "normalize --replace --form nfc", "a", UTF_8 },
+        { "lines --replace --newline vt", "a", UTF_8 },
     };
 
     for( const auto &row : ROWS )
@@ -158,7 +176,7 @@ TEST( MorvaneText, TakesFilesOfAnySizeInConstantMemory )
 }
 #endif
 
-TEST( MorvaneUnicode, ShowsCharacters )
+TEST( MorvaneUnicode, ShowsCharactersAndCharsets )
 {
     expectOutcomes( {
         { "$M unicode show é+ U+301 U+FB01 U+AC01 U+D800 U+10FFFF",
@@ -173,12 +191,6 @@ TEST( MorvaneUnicode, ShowsCharacters )
         { "$M unicode show U+110000 + U+10000000000000061", "U+002B +; Sm (Symbol, Math); class 0; Common\n",
           "morvane unicode: U+110000: there is no such code point\n"
           "morvane unicode: U+10000000000000061: there is no such code point\n" },
-    } );
-}
-
-TEST( MorvaneUnicode, ListsCharsets )
-{
-    expectOutcomes( {
         { "$M unicode list charsets | grep -cE \"^[A-Za-z0-9-]+( +[0-9]+)?$\"", "51\n" },
         { "$M unicode list charsets | grep -E \"252|TF-16$\"", "windows-1252     1252\nUTF-16\n" },
     } );
