@@ -52,8 +52,8 @@ done)sh" );
 
     if( shell( "bash --version" ).status == 0 )
         expectOutcome(
-            { "bash complete", "show get set delete merge encode decode check --help --version\n"
-                               "UTF-16 UTF-16BE UTF-16LE\ncr crlf\n--from\n-o default\n\nunicode\n" } );
+            { "LC_ALL=C bash complete", "show get set delete merge encode decode check --help --version\n"
+                                        "UTF-16 UTF-16BE UTF-16LE\ncr crlf\n--from\n-o default\n\nunicode\n" } );
 
     if( shell( "zsh --version" ).status == 0 )
         expectOutcome( { "$M completion zsh | zsh -n", "" } );

@@ -40,7 +40,7 @@ TEST( MorvaneTime, FailsInOneLine )
         { "time between 2024 x", "time: x: no time" },
         { "time between 0 9223372036854775807", "time: 9223372036854775807: too far away to count the seconds" },
         { "time shift 2024 --days 1.5", "time: 1.5: no integer" },
-        { "time shift 0 --years -9223372036854775807 --months -999", "time: -999: the year would be out of range" },
+        { "time shift 1 --years -9223372036854775807 --months -999", "time: -999: the year would be out of range" },
         { "time zone Atlantis", "time: Atlantis: no such time zone" },
         { "random int 1 x", "random: x: no integer from 0 to 9223372036854775807" },
         { "random int 9 3", "random: 3: less than the lowest value" },
