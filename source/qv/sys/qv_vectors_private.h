@@ -475,6 +475,8 @@ QV_INT decodeBytes64( const vectors::ByteChars &chars, const uint8_t *bytes, QV_
     `end` are, in whole groups of 16. Returns how many. */
 inline QV_INT widenOutside( const uint8_t *bytes, QV_INT count, uint8_t first, int end, QV_CHAR *to )
 {
+    QV_ASSERT( end > first );
+
     QV_INT i = 0;
 
 #if QV___VECTORS_16
@@ -484,7 +486,7 @@ inline QV_INT widenOutside( const uint8_t *bytes, QV_INT count, uint8_t first, i
         const __m128i range = _mm_set1_epi8( static_cast< char >( end - first - 1 ) );
         const __m128i zero  = _mm_setzero_si128();
 
-        for( ; end > first && i + 16 <= count; i += 16 )
+        for( ; i + 16 <= count; i += 16 )
         {
             __m128i in   = _mm_loadu_si128( reinterpret_cast< const __m128i * >( bytes + i ) );
             __m128i from = _mm_sub_epi8( in, start );
@@ -498,8 +500,19 @@ inline QV_INT widenOutside( const uint8_t *bytes, QV_INT count, uint8_t first, i
             vectors::store( to + i + 8, (vectors::Four)_mm_unpacklo_epi16( high, zero ) );
             vectors::store( to + i + 12, (vectors::Four)_mm_unpackhi_epi16( high, zero ) );
         }
+
+        return i;
     }
 #endif
+
+    for( ; i + 16 <= count; i += 16 )
+        for( QV_INT k = i; k < i + 16; k++ )
+        {
+            if( bytes[k] >= first && bytes[k] < end )
+                return i;
+
+            to[k] = bytes[k];
+        }
 
     return i;
 }

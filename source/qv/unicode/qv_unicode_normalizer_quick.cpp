@@ -96,9 +96,9 @@ inline QV_INT lastStarter( const QV_CHAR *chs, QV_INT end )
 // The number of characters at the start in whole groups that are in the form: with vectors of 64 bytes starters and
 // marks, else starters. `last` is as in checkRun().
 template< QV_INT form >
-inline QV_INT checkOrdered( const QV_CHAR *chs, QV_INT count, uint32_t *last )
+inline QV_INT checkOrdered( const QV_CHAR *chs, QV_INT count, uint32_t *last, bool isLong )
 {
-    if( !qv::vectors::has64() )
+    if( !isLong || !qv::vectors::has64() )
     {
         QV_INT whole = checkGroups< form >( chs, count );
         *last        = whole > 0 ? 0 : *last;
@@ -115,9 +115,9 @@ inline QV_INT checkOrdered( const QV_CHAR *chs, QV_INT count, uint32_t *last )
     return whole;
 }
 
-// The length for which a text is in the form.
+// The length for which a text is in the form. `isLong` tells that this is likely to be more than a few characters.
 template< QV_INT form >
-Run checkRun( const QV_CHAR *chs, QV_INT count )
+Run checkRun( const QV_CHAR *chs, QV_INT count, bool isLong )
 {
     QV_INT   i     = 0;
     QV_INT   piece = LEAST;
@@ -127,7 +127,7 @@ Run checkRun( const QV_CHAR *chs, QV_INT count )
 
     while( i < count && holds )
     {
-        QV_INT whole = checkOrdered< form >( chs + i, count - i, &last );
+        QV_INT whole = checkOrdered< form >( chs + i, count - i, &last, isLong );
         piece        = nextPiece( piece, whole );
         i += whole;
 
@@ -226,7 +226,8 @@ QV_INT composeUnits( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT cou
 template< QV_INT form >
 void writeComposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
 {
-    QV_INT i = 0;
+    QV_INT i      = 0;
+    bool   isLong = true;
 
     while( i < count )
     {
@@ -236,8 +237,9 @@ void writeComposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT coun
             continue;
         }
 
-        Run    run = checkRun< form >( chs + i, count - i );
+        Run    run = checkRun< form >( chs + i, count - i, isLong );
         QV_INT end = i + run.length;
+        isLong     = run.length >= MOST; // as the last one was
 
         if( run.previous >= 0 )
         {
@@ -362,13 +364,13 @@ qv::normalizer::Run qv::normalizer::check( const QV_CHAR *chs, QV_INT count, QV_
     switch( form )
     {
     case QV_UNICODE_NORMAL_FORM_NFC:
-        return checkRun< QV_UNICODE_NORMAL_FORM_NFC >( chs, count );
+        return checkRun< QV_UNICODE_NORMAL_FORM_NFC >( chs, count, true );
     case QV_UNICODE_NORMAL_FORM_NFKC:
-        return checkRun< QV_UNICODE_NORMAL_FORM_NFKC >( chs, count );
+        return checkRun< QV_UNICODE_NORMAL_FORM_NFKC >( chs, count, true );
     case QV_UNICODE_NORMAL_FORM_NFD:
-        return checkRun< QV_UNICODE_NORMAL_FORM_NFD >( chs, count );
+        return checkRun< QV_UNICODE_NORMAL_FORM_NFD >( chs, count, true );
     default:
-        return checkRun< QV_UNICODE_NORMAL_FORM_NFKD >( chs, count );
+        return checkRun< QV_UNICODE_NORMAL_FORM_NFKD >( chs, count, true );
     }
 }
 
