@@ -23,7 +23,7 @@ using Work = std::function< void() >;
 
 struct Peer
 {
-    std::string library; /**< Its name; what makes its work cheaper stands behind a comma: "QString, 16 bits". */
+    std::string library; /**< Its name; what makes its work cheaper stands after a comma: "QString, 16 bits". */
     Work        work;
     bool        isLoose = false; /**< Knows a simpler rule: left out of a row in which its answer is another one. */
 };

@@ -4,7 +4,7 @@
     generators/timezone_tables.py FOLDER [OUTPUT]
 
 FOLDER holds windows_zones.tsv: a row a zone, the Windows name, a tab and one IANA name; a line that begins with # is a
-comment, and the first one names the source and its version behind a semicolon. OUTPUT is the file to write, `-` for
+comment, and the first one names the source and its version after a semicolon. OUTPUT is the file to write, `-` for
 the standard output. The same data gives the same bytes every time.
 
 A name stands for what its first row says. Both directions come out as sorted rows of offsets into one pool of names,

@@ -90,7 +90,7 @@ bool joinDigits( const uint8_t *from, QV_INT count, bool negative, QV_INT *value
     return true;
 }
 
-// Reads an Int and moves the offset behind it; false without a change of the decoder where there is none.
+// Reads an Int and moves the offset past it; false without a change of the decoder where there is none.
 bool readInt( QV_DECODER *dec, QV_INT *value, int nesting = 0 )
 {
     if( remaining( dec ) < 1 )

@@ -17,11 +17,11 @@
 
     Every Try gives whether it succeeded. It first clears its out value, which may be null to skip a value: a number
     becomes 0, a reference is released and becomes null, so that a variable with a reference can be used again and one
-    without must be null. On success the caller owns what stands there, and the offset lies behind exactly this value.
+    without must be null. On success the caller owns what stands there, and the offset is exactly after this value.
     On failure the out value stays cleared. Arrays are not cleared; after a failure their contents are undefined.
 
     The reader is more tolerant than the writer: of an Int it takes any number of digits, 0 included, as long as the
-    value fits QV_INT, and a number of digits of 127 stands for an Int with the number behind it, up to eight times.
+    value fits QV_INT, and a number of digits of 127 stands for an Int with the number after it, up to eight times.
 
     Null as a Decoder and negative lengths as arguments end the process. One thread at a time uses a Decoder. Each read
     costs what it reads. */
@@ -33,7 +33,7 @@
 
 QV_FAMILY( Decoder, QV_DECODER )
 
-/** A new Decoder at the beginning of a Buffer, which it retains and never changes. Bits behind the last whole byte are
+/** A new Decoder at the beginning of a Buffer, which it retains and never changes. Bits after the last whole byte are
     not read. */
 QV_API QV_DECODER *qvDecoderCreate( QV_BUFFER *buf );
 

@@ -125,8 +125,8 @@ struct Targets
 
 /* Events --------------------------------------------------------------------------------------------------------- */
 
-/** What every event has. `Imp` is behind the handles of the family, `Same` is the family itself and `Other` the other
-    family of events. */
+/** What every event has. `Imp` is what the handles of the family stand for, `Same` is the family itself and `Other` the
+    other family of events. */
 template< class Imp, class Same, class Other >
 struct EventFields : QV_OBJ
 {

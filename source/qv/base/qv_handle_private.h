@@ -1,9 +1,9 @@
 /** @file
     Handle: what signalables and alertables are. The two families differ in nothing but their names.
 
-    A handle is two objects. The handle itself is what its owner holds. The object behind it, the "imp", has the action
-    and is what events hold as their target. When the handle ends, its imp is halted: an event that still holds the imp
-    keeps an object without an action, and firing it does nothing. */
+    A handle is two objects. The handle itself is what its owner holds. The object that it stands for, the "imp", has the
+    action and is what events hold as their target. When the handle ends, its imp is halted: an event that still holds
+    the imp keeps an object without an action, and firing it does nothing. */
 
 #ifndef QV_HANDLE_PRIVATE_H
 #define QV_HANDLE_PRIVATE_H
@@ -14,7 +14,7 @@
 
 namespace qv
 {
-/** The object behind a handle. */
+/** The object that a handle stands for. */
 struct HandleImp : QV_OBJ
 {
     QV_MONITOR *monitor; // guards the action; held while it fires, so that firing and halting exclude each other

@@ -3,7 +3,7 @@
 
 #include "qv/base/qv_timer.h"
 
-/** What is behind a timer: its target and its place in a queue. While it fires it may outlive the timer. */
+/** What a timer stands for: its target and its place in a queue. While it fires it may outlive the timer. */
 QV_FAMILY( ___TimerClosure, QV___TIMER_CLOSURE )
 
 /** A new timer, not scheduled, that ends the process when it fires, after it has tried to stop the calling thread. */

@@ -11,7 +11,7 @@ using namespace qv::utf8;
 namespace
 {
 // What becomes of bytes that are no good sequence, of which `in` is the first: a character that stands for them, or
-// none for a value that is too high and for a sequence that the end of the bytes cuts. Gives the byte behind them.
+// none for a value that is too high and for a sequence that the end of the bytes cuts. Returns the byte after them.
 const uint8_t *passFault( const uint8_t *in, const uint8_t *inEnd, bool *isReplaced )
 {
     int     more  = following( *in );

@@ -1,5 +1,5 @@
 /** @file
-    Memory: the C library's blocks behind sizes that are checked.
+    Memory: the C library's blocks, with sizes that are checked.
 
     All sizes are in bytes and signed; a function that ends in `N` takes `count` elements of `size` bytes. A
     negative size, a product that overflows, a null pointer with a size other than 0 and exhausted memory end the

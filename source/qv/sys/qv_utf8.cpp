@@ -26,7 +26,7 @@ uint64_t load( const uint8_t *in )
     return word;
 }
 
-// Decodes the sequences that begin in front of `stop`; false where decode() has to stop.
+// Decodes the sequences that begin before `stop`; false where decode() has to stop.
 bool decodePlain( Decoded &done, const uint8_t *stop, const uint8_t *inEnd, const QV_CHAR *outEnd )
 {
     const uint8_t *in  = done.in;

@@ -17,7 +17,7 @@ using namespace qv::utf8;
 
 namespace
 {
-// What putSparse() takes, and the room behind the next character without which it stops. It may write so many bytes
+// What putSparse() takes, and the room after the next character without which it stops. It may write so many bytes
 // more than it tells, and so does no other part.
 const QV_INT STRETCH       = 64;
 const QV_INT STRETCH_BYTES = STRETCH + 4;
@@ -183,7 +183,7 @@ void qv::utf8::encodeBlocks16( Encoded &done, const QV_CHAR *inEnd, uint8_t *out
     const QV_CHAR *in  = done.in;
     uint8_t       *out = done.out;
 
-    // What a step writes behind its bytes is overwritten by the characters that are left for sure.
+    // What a step writes after its bytes is overwritten by the characters that are left for sure.
     while( inEnd - in >= 2 * BLOCK && outEnd - out >= BLOCK_BYTES )
     {
         if( inEnd - in >= STRETCH + STRETCH_BYTES && outEnd - out >= STRETCH_BYTES )
@@ -198,16 +198,16 @@ void qv::utf8::encodeBlocks16( Encoded &done, const QV_CHAR *inEnd, uint8_t *out
             }
         }
 
-        uint8_t *behind = putBlock( in, out );
+        uint8_t *after = putBlock( in, out );
 
-        if( !behind )
-            behind = putWide( in, out );
+        if( !after )
+            after = putWide( in, out );
 
-        if( !behind )
+        if( !after )
             break;
 
         in += BLOCK;
-        out = behind;
+        out = after;
     }
 
     done = { in, out };
@@ -346,8 +346,8 @@ KERNEL inline __m128i decodeFour( __m128i utf8, unsigned key )
         _mm_or_si128( _mm_srli_epi32( _mm_xor_si128( third, mark ), 4 ), _mm_srli_epi32( fourth, 6 ) ) );
 }
 
-// Counts, and if `filling` stores, good blocks, as long as there are 64 bytes with 16 to read behind, and room for 64
-// characters. `in` moves on; the result is the number of characters.
+// Counts, and if `filling` stores, good blocks, as long as there are 64 bytes with 16 to read after them, and room for
+// 64 characters. `in` moves on; the result is the number of characters.
 template< bool filling >
 KERNEL inline QV_INT decodeBlocks( const uint8_t *&in, const uint8_t *inEnd, QV_CHAR *out, QV_INT room )
 {
@@ -383,7 +383,7 @@ KERNEL inline QV_INT decodeBlocks( const uint8_t *&in, const uint8_t *inEnd, QV_
         if( follow != ( lead << 1 | lead3 << 2 | lead4 << 3 ) || tooHigh )
             break;
 
-        // The last character may end behind the block. Then the next block starts with it.
+        // The last character may end after the block. Then the next block starts with it.
         int      whole  = lead >> 63 ? 63 : lead3 >> 62 ? 62 : lead4 >> 61 ? 61 : 64;
         uint64_t starts = ~follow & ( ~UINT64_C( 0 ) >> ( 64 - whole ) );
 
@@ -475,7 +475,7 @@ KERNEL void qv::utf8::countBlocks32( Counted &done, const uint8_t *inEnd )
 }
 
 // 16 characters at a time, as long as there is room for the longest. Every store is of 16 bytes: what it writes
-// behind the last byte that counts is overwritten by the 16 characters or more that have to follow.
+// after the last byte that counts is overwritten by the 16 characters or more that have to follow.
 KERNEL void qv::utf8::encodeBlocks32( Encoded &done, const QV_CHAR *inEnd, uint8_t *outEnd )
 {
     const __m256i byLength = _mm256_setr_epi32( 0, (int)0x80C00000, (int)0x8080E000, (int)0x808080F0, 0, 0, 0, 0 );
