@@ -97,7 +97,14 @@ TEST( Timezone, TheSystemsZone )
 
 TEST( Timezone, TheOffset )
 {
-    const std::tuple< const char *, time_t, QV_INT > ROWS[] = {
+    struct Row
+    {
+        const char *zone;
+        time_t      now;
+        QV_INT      offset;
+    };
+
+    const Row ROWS[] = {
         { "XXX-5:45", 1700000000, 20700 },
         { "CET-1CEST,M3.5.0,M10.5.0/3", 1705000000, 3600 },
         { "CET-1CEST,M3.5.0,M10.5.0/3", 1720000000, 7200 },
@@ -106,13 +113,13 @@ TEST( Timezone, TheOffset )
         { "XXX-24:30", 1700000000, 0 },
     };
 
-    for( auto [zone, now, offset] : ROWS )
+    for( const Row &row : ROWS )
         expectInOwnRun(
             [&]
             {
-                setenv( "TZ", zone, 1 );
+                setenv( "TZ", row.zone, 1 );
                 tzset();
-                wallClock.time = now;
-                EXPECT_EQ( offset, qvTimezoneUtcOffset() ) << zone << " at " << now;
+                wallClock.time = row.now;
+                EXPECT_EQ( row.offset, qvTimezoneUtcOffset() ) << row.zone << " at " << row.now;
             } );
 }

@@ -5,14 +5,7 @@
 
 #include <bit>
 #include <cmath>
-#include <limits>
 #include <random>
-
-namespace
-{
-const QV_REAL INFINITE = std::numeric_limits< QV_REAL >::infinity();
-const QV_REAL NAN_REAL = std::numeric_limits< QV_REAL >::quiet_NaN();
-} // namespace
 
 TEST( Real, TheToleranceIsAbsolute )
 {
