@@ -91,7 +91,7 @@ consteval FormatKind formatKind()
         return FormatKind::TRUTH;
     else if constexpr( std::same_as< T, char > || std::same_as< T, char32_t > )
         return FormatKind::CHARACTER;
-    else if constexpr( NamedEnum< T > )
+    else if constexpr( NamedEnum< T > ) // NOLINT(bugprone-branch-clone): asked before other enumerations
         return FormatKind::TEXT;
     else if constexpr( std::is_enum_v< T > )
         return std::convertible_to< T, QV_INT > ? FormatKind::INTEGER : FormatKind::OTHER;
@@ -499,7 +499,8 @@ struct FormatPassed< Arg, FormatKind::OBJECT >
     template< Value T >
         requires( isMoved< T > )
     FormatPassed( T &&value, bool takenOver ) :
-        values( Family< typename T::CType >::object( takenOver ? std::move( value ).giveUp() : *value.variable() ) )
+        values(
+            Family< typename T::CType >::object( takenOver ? std::forward< T >( value ).giveUp() : *value.variable() ) )
     {
     }
 

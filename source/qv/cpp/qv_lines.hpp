@@ -43,7 +43,7 @@ public:
 
         const String &operator*() const
         {
-            return *lines_->line_;
+            return *lines_->line_; // NOLINT(bugprone-unchecked-optional-access): before the end there is one
         }
 
         Iterator &operator++()

@@ -261,7 +261,10 @@ public:
     /** One more reference, in place of the old one. */
     Reference &operator=( const Reference &other )
     {
-        return *this = Reference( other );
+        if( this != &other )
+            *this = Reference( other );
+
+        return *this;
     }
 
     /** Moves the reference, in place of the old one. */

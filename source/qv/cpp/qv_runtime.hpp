@@ -156,7 +156,7 @@ class Options
 {
 public:
     /** `synopsis` is the first line of the usage text. */
-    explicit Options( String synopsis ) : usage_( format( "Usage: %s\n", synopsis ) )
+    explicit Options( const String &synopsis ) : usage_( format( "Usage: %s\n", synopsis ) )
     {
         qvOptDefSetArgOnly( def_.variable(), 0 );
     }

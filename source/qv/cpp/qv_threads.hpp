@@ -319,8 +319,8 @@ private:
 
     static void fire( QV_OBJ *arg )
     {
-        Slot *slot = static_cast< Slot * >(
-            static_cast< void * >( const_cast< uint8_t * >( qvBufferBacking( qvBufferFrom( arg ) ) ) ) );
+        void *memory = const_cast< uint8_t * >( qvBufferBacking( qvBufferFrom( arg ) ) );
+        Slot *slot   = static_cast< Slot * >( memory );
         slot->lock();
 
         if( slot->function )
