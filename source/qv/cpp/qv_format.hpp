@@ -91,8 +91,8 @@ consteval FormatKind formatKind()
         return FormatKind::TRUTH;
     else if constexpr( std::same_as< T, char > || std::same_as< T, char32_t > )
         return FormatKind::CHARACTER;
-    else if constexpr( NamedEnum< T > ) // NOLINT(bugprone-branch-clone): asked before other enumerations
-        return FormatKind::TEXT;
+    else if constexpr( NamedEnum< T > )
+        return FormatKind::TEXT; // NOLINT(bugprone-branch-clone): has to be asked before the other enumerations
     else if constexpr( std::is_enum_v< T > )
         return std::convertible_to< T, QV_INT > ? FormatKind::INTEGER : FormatKind::OTHER;
     else if constexpr( std::floating_point< T > )
