@@ -95,6 +95,22 @@ struct Ours
         show( sum );
     }
 
+    static void walkLent( const Map &dict )
+    {
+        uint64_t sum = 0;
+        QV_INT   count;
+
+        for( QV_INT i = 0; i < qvDictLength( dict ); i += count )
+        {
+            const QV_DICT_ENTRY *entries = qvDictBacking( dict, i, &count );
+
+            for( QV_INT k = 0; k < count; k++ )
+                sum += static_cast< uint64_t >( ( i + k ) * qvBoxedIntValue( qvBoxedIntFrom( entries[k].value ) ) );
+        }
+
+        show( sum );
+    }
+
     static void drop( Map &dict )
     {
         qvDictRelease( dict );
@@ -212,7 +228,7 @@ struct Standard
 
 struct Works
 {
-    Work build[ORDERS], hit, miss, walk;
+    Work build[ORDERS], hit, miss, walk, walkLent;
 };
 
 template< class Side >
@@ -255,6 +271,11 @@ Works works( const std::vector< std::string > &shuffled, const std::vector< std:
     works.hit  = [lookUp, keys = keysOf[1]] { lookUp( keys ); };
     works.miss = [lookUp, keys = keysOf[ORDERS]] { lookUp( keys ); };
     works.walk = [map] { Side::walk( *map ); };
+
+    if constexpr( std::is_same_v< Side, Ours > )
+        works.walkLent = [map] { Side::walkLent( *map ); };
+    else
+        works.walkLent = works.walk;
 
     return works;
 }
@@ -300,6 +321,7 @@ void addCases( size_t count )
 
     enter( "look-up, hit", 0.7, []( const Works &side ) { return side.hit; } );
     enter( "look-up, miss", 0, []( const Works &side ) { return side.miss; } );
+    enter( "walk lent entries", 0.6, []( const Works &side ) { return side.walkLent; } );
     enter( "walk with references", 2.0, []( const Works &side ) { return side.walk; }, lockedAdditions( 2 * count ) );
 }
 } // namespace
