@@ -11,6 +11,8 @@
 
 #include <initializer_list>
 
+#include <malloc.h>
+
 namespace morvane
 {
 using qv::Ref;
@@ -208,6 +210,11 @@ int main( int argc, char **argv )
     using namespace morvane;
 
     holdStandardStreams();
+
+    // What a piece of a file needs is freed and needed again for the next one. The C library would give the top of its
+    // heap back to the system each time.
+    mallopt( M_MMAP_THRESHOLD, 4 << 20 );
+    mallopt( M_TRIM_THRESHOLD, 4 << 20 );
 
     // Most tools need no files of the product, and start faster without.
     const Tool *tool = argc > 1 ? findTool( "", argv[1] ) : nullptr;
