@@ -160,8 +160,8 @@ int main( int argc, char **argv )
 
     qvRuntimeStartup( QV_RUNTIME_FLAG_MINIMAL, nullptr, nullptr, nullptr, nullptr );
 
-    // While a process has one thread, the C library, the C++ library and this one leave locked instructions out. Programs
-    // that need speed have more: the first timer starts a thread that stays.
+    // While a process has one thread, the C library and the C++ library leave locked instructions out. Programs of the
+    // product have more: the first timer starts a thread that stays.
     qvTimerCreate( []( QV_OBJ * ) {}, nullptr );
 
     if( argc == 4 && std::string( argv[1] ) == "--memory" )

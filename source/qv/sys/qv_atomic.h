@@ -19,25 +19,9 @@
 #define QV___ATOMIC_FENCE() __atomic_thread_fence( __ATOMIC_SEQ_CST )
 #endif
 
-/** True while the calling thread is the only one of the process: the C library, which creates all threads, says so. What
-    is read and written in one step needs no locked instruction then, which would take ten times as long. */
-#if defined( __has_include ) && !defined( __SANITIZE_THREAD__ )
-#if __has_include( <sys/single_threaded.h> )
-#include <sys/single_threaded.h>
-#define QV___ONE_THREAD() ( __libc_single_threaded != 0 )
-#endif
-#endif
-
-#ifndef QV___ONE_THREAD
-#define QV___ONE_THREAD() 0
-#endif
-
 /** Adds `amount` and returns the new value. A result that does not fit wraps around. */
 static inline int32_t qv___AtomicAdd32( int32_t *value, int32_t amount )
 {
-    if( QV___ONE_THREAD() )
-        return *value = (int32_t)( (uint32_t)*value + (uint32_t)amount );
-
     QV___ATOMIC_FENCE();
     int32_t result = __atomic_add_fetch( value, amount, __ATOMIC_SEQ_CST );
     QV___ATOMIC_FENCE();

@@ -42,12 +42,6 @@ inline int32_t *waitingFor( LockWord *lock )
 /** Takes the lock if it is free. */
 inline bool tryAcquire( LockWord *lock )
 {
-    if( QV___ONE_THREAD() && lock->held == 0 )
-    {
-        lock->held = 1;
-        return true;
-    }
-
     int32_t found = 0;
     return __atomic_compare_exchange_n( &lock->held, &found, 1, false, __ATOMIC_ACQUIRE, __ATOMIC_RELAXED );
 }
