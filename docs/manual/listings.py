@@ -85,8 +85,9 @@ def split(block):
         if lines[at] and not re.match(r"(/\*.*\*/|//.*)$", lines[at]):
             if not DEFINITION.match(lines[at]):
                 break
-            while not re.search(r"(^\}|;$)" if lines[at][0] != "#" else r"[^\\]$", lines[at]) or lines[at].startswith(" "):
-                at += 1
+            if not lines[at].endswith(";") and not lines[at].startswith("#"):
+                while not lines[at].startswith("}"):
+                    at += 1
             end = at + 1
         at += 1
     return includes, lines[:end], lines[end:]

@@ -51,7 +51,7 @@ def header(path, text):
     start = text.index("/** @file")
     end = text.index("*/", start)
     essay = re.sub(r"^    ", "", text[start + len("/** @file") : end].strip("\n"), flags=re.M).rstrip()
-    essay = re.sub(r"(\A|\n\n)([A-Z]\w*(?: \w+){0,2}\.) (?=[A-Z`0])", r"\1<b>\2</b> ", essay)
+    essay = re.sub(r"(\n\n)([A-Z]\w*(?: \w+){0,2}\.) (?=[A-Z`0])", r"\1<b>\2</b> ", essay)
     essay = re.sub(r"\n\n((?:    .*\n|\n(?=    ))+)", code, essay + "\n").rstrip()
     place = path.as_posix().partition("source/")[2]
     essay = f"/** @addtogroup {page} {title}\n@ingroup {topic}\n\n{essay}\n\nHeader: `{place}` */"
