@@ -132,9 +132,7 @@ def extract(folder):
         pragma = ['#pragma GCC diagnostic ignored "-Wmissing-prototypes"'] if language == "c" else []
         pragma += ['#pragma GCC diagnostic ignored "-Wmissing-declarations"']
         text = "\n".join(pragma + includes[language] + bodies[language] + (main if language == "cpp" else [])) + "\n"
-        path = folder / f"listings.{language}"
-        if not path.exists() or path.read_text(encoding="utf-8") != text:
-            path.write_text(text, encoding="utf-8")
+        folder.joinpath(f"listings.{language}").write_text(text, encoding="utf-8")
     for _, blocks in chapters():
         for block in blocks:
             if block.notes.get("file", "").endswith((".c", ".cpp")):

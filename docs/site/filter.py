@@ -56,6 +56,7 @@ def header(path, text):
     place = path.as_posix().partition("source/")[2]
     essay = f"/** @addtogroup {page} {title}\n@ingroup {topic}\n\n{essay}\n\nHeader: `{place}` */"
     text = text[:start] + essay + f"\n/** @addtogroup {page}\n@{{ */" + text[end + 2 :]
+    text = re.sub(r"^( *)private:\n.*?^(?=\1\};$)", "/** @cond */\n\\g<0>/** @endcond */\n", text, flags=re.M | re.S)
     if path.suffix == ".h":
         text = GROUP.sub(each_commented, text)
         text = FAMILY.sub(lambda match: family(*match.groups()), text)
@@ -91,6 +92,7 @@ def fence(match):
 def chapter(path, text):
     text = re.sub(r"^<!--.*?-->\n", "", text, flags=re.M)
     text = re.sub(r"^```(\w*)\n(.*?)^```$", fence, text, flags=re.M | re.S)
+    text = re.sub(r"\[([^\]\n]*)\n([^\]\n]*\]\()", r"\n[\1 \2", text)
     text = re.sub(r"`(qv\w+\(\))`", r"<code>\1</code>", text)
     text = re.sub(r"\]\((?:\.\./)*source/qv/(?:\w+/)*(\w+)\.(h|hpp)\)", r"](@ref page_\1_\2)", text)
     return text
