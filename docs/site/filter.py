@@ -25,14 +25,14 @@ FUNCTIONS = [
 
 
 def topics():
-    """Each topic with its folders and its headers, and each header with its topic and the name of its page."""
+    """Each topic with its name, its folders and what it is about, and each header with its topic and its page's name."""
     found, headers = [], {}
     for line in SITE.joinpath("topics.txt").read_text(encoding="utf-8").splitlines():
         if line.startswith("#"):
             continue
         if not line.startswith(" "):
-            name, _, folders = line.partition(" [")
-            found.append((f"topic_{len(found)}", name, folders.rstrip("]").split()))
+            name, folders, about = re.fullmatch(r"(.*) \[(.*)\] (.*)", line).groups()
+            found.append((f"topic_{len(found)}", name, folders.split(), about))
         else:
             header, title = line.split(None, 1)
             headers[header] = (found[-1][0], title)
@@ -101,8 +101,8 @@ def chapter(path, text):
 def main():
     if sys.argv[1] == "--topics":
         found, headers = topics()
-        for identifier, name, _ in found:
-            print(f"/** @defgroup {identifier} {name} */")
+        for identifier, name, _, about in found:
+            print(f"/** @defgroup {identifier} {name}\n{about} */")
         for name, (topic, title) in headers.items():
             print(f"/** @defgroup page_{name.replace('.', '_')} {title}\n@ingroup {topic} */")
         return
