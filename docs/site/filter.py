@@ -31,7 +31,9 @@ def topics():
         if line.startswith("#"):
             continue
         if not line.startswith(" "):
-            name, folders, about = re.fullmatch(r"(.*) \[(.*)\] (.*)", line).groups()
+            name, folders, about, chapters = re.fullmatch(r"(.*) \[(.*)\] (.*?\.)(?: \((.*)\))?", line).groups()
+            links = [f"@ref md_docs_manual_{chapter.replace('-', '_')}" for chapter in (chapters or "").split()]
+            about += "\n\nIn the manual: " + ", ".join(links) if links else ""
             found.append((f"topic_{len(found)}", name, folders.split(), about))
         else:
             header, title = line.split(None, 1)
