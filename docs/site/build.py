@@ -59,7 +59,8 @@ def build(folder):
 
 def main():
     wrong = build(pathlib.Path(sys.argv[1]).resolve())
-    print("\n".join(wrong), file=sys.stderr)
+    for line in wrong:
+        print(line, file=sys.stderr)
     sys.exit(1 if wrong else 0)
 
 
