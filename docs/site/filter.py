@@ -3,6 +3,7 @@
 functions of its families written out; a chapter with its links made for pages. Argument: the file; with --topics, the
 topics of the reference instead."""
 
+import html
 import pathlib
 import re
 import sys
@@ -91,6 +92,12 @@ def fence(match):
     return f"@code{{{language}}}\n{match[2]}@endcode"
 
 
+def percent(text):
+    """Names of conversions, of which the generator would take the percent signs for its own."""
+    escaped = lambda code: html.escape(code).replace("%", "\\%")
+    return re.sub(r"`([^`\n]*%[^`\n]*)`", lambda match: f"<code>{escaped(match[1])}</code>", text)
+
+
 def chapter(path, text):
     text = re.sub(r"^<!--.*?-->\n", "", text, flags=re.M)
     text = re.sub(r"^```(\w*)\n(.*?)^```$", fence, text, flags=re.M | re.S)
@@ -110,7 +117,7 @@ def main():
         return
     path = pathlib.Path(sys.argv[1])
     text = path.read_text(encoding="utf-8")
-    print(chapter(path, text) if path.suffix == ".md" else header(path, text), end="")
+    print(percent(chapter(path, text) if path.suffix == ".md" else header(path, text)), end="")
 
 
 main()
