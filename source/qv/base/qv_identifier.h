@@ -10,7 +10,7 @@
 
 QV_FAMILY( Identifier, QV_IDENTIFIER )
 
-/** A new random Identifier, of bytes from qv_random.h. */
+/** A new random Identifier, of 16 bytes from qv_random.h, at their cost. */
 QV_API QV_IDENTIFIER *qvIdentifierCreate( void );
 
 /** @{ */
