@@ -26,6 +26,7 @@ Listings leave no object behind, which is checked after each."""
 import os
 import pathlib
 import re
+import resource
 import subprocess
 import sys
 import tempfile
@@ -228,6 +229,7 @@ def run_all(program, environment, installed):
 def main():
     what, *arguments = sys.argv[1:]
     environment = dict(os.environ, TZ="UTC", LC_ALL="C.UTF-8")
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     if what == "extract":
         extract(pathlib.Path(arguments[0]))
     elif what == "run":
