@@ -19,7 +19,6 @@ A comment before a block changes that:
     <!-- status: N, errors -->      it exits with N, which is negative for a signal; standard error is compared too
     <!-- leaks -->                  objects may be left
     <!-- installed -->              the session needs the installed library
-    <!-- shown -->                  the block is neither compiled nor run
 
 Listings leave no object behind, which is checked after each."""
 
@@ -47,7 +46,7 @@ class Block:
 
     @property
     def is_listing(self):
-        return self.language in ("c", "cpp") and "file" not in self.notes and "shown" not in self.notes
+        return self.language in ("c", "cpp") and "file" not in self.notes
 
     @property
     def place(self):
