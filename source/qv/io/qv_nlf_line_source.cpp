@@ -6,6 +6,7 @@
 #include "qv/io/qv_line_source_private.h"
 #include "qv/io/qv_nlf.h"
 #include "qv/io/qv_nlf_private.h"
+#include "qv/io/qv_stream_private.h"
 #include "qv/io/qv_string_char_source.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
@@ -13,6 +14,9 @@
 
 // The limit of one read from the char source.
 const QV_INT REFILL_CHARS = 1024;
+
+// In place of an offset, when no characters are left and the last line had no end.
+const QV_INT CUT = -1;
 
 // The characters that were read and belong to no line yet are chars[charsOffset] to chars[charsLength - 1]. Whether a
 // character ends a line is decided when the next one has been read or the data has ended. If it is the last one in the
@@ -88,6 +92,18 @@ void appendTo( qv::Ref< QV_STRING > *line, const QV_CHAR *chars, QV_INT count )
     qvStringAppendChars( line->at(), chars, count );
 }
 
+// The result of a read that has met the end of the characters.
+QV_BOOL endOfChars( QV_NLF_LINE_SOURCE *nls, bool wasCut )
+{
+    if( qv::stillGood( static_cast< const qv::AnySource * >( qvCharSourceObj( nls->charSource ) ) ) )
+        return QV_TRUE;
+
+    if( wasCut )
+        qv::setErrorInLastLine();
+
+    return QV_FALSE;
+}
+
 QV_BOOL readNlfLine( QV_OBJ *closure, QV_STRING **result )
 {
     QV_NLF_LINE_SOURCE  *nls   = qvNlfLineSourceFrom( closure );
@@ -95,8 +111,13 @@ QV_BOOL readNlfLine( QV_OBJ *closure, QV_STRING **result )
     const QV_INT         flags = nls->nlfFlags;
     qv::Ref< QV_STRING > line;
 
+    bool wasCut = nls->charsOffset == CUT;
+
+    if( wasCut )
+        nls->charsOffset = nls->charsLength;
+
     if( nls->charsOffset == nls->charsLength && !refill( nls ) )
-        return !qvCharSourceError( nls->charSource );
+        return endOfChars( nls, wasCut );
 
     // The characters from charsOffset up to `at`, without the one there, belong to the line.
     for( QV_INT at = nls->charsOffset;; at++ )
@@ -112,11 +133,14 @@ QV_BOOL readNlfLine( QV_OBJ *closure, QV_STRING **result )
 
             if( !refill( nls ) )
             {
-                if( !( flagOf( chars[0] ) & flags ) )
+                bool isWhole = flagOf( chars[0] ) & flags;
+
+                if( !isWhole )
                     appendTo( &line, chars, 1 );
 
                 moveTo( nls, nls->charsLength );
-                *result = line.give();
+                nls->charsOffset = isWhole ? nls->charsLength : CUT;
+                *result          = line.give();
 
                 return QV_TRUE;
             }
