@@ -218,18 +218,20 @@ inline Result< Store > readStoreBinary( const String &path )
     return detail::storeOrError( qvStoreTryReadBinaryFile( path.c() ) );
 }
 
-/** The same three for bytes: what Store::fromText() and Store::fromBinary() read, with the reason of a failure. */
+/** What Store::fromText() reads, and an error for each line that is not understood. */
 inline Result< Store > parseStore( const Buffer &text, std::vector< Error > &skipped )
 {
     return detail::readWithErrors(
         [&]( QV_VECTOR **errors ) { return qvStoreTryDecodeFromTextBufferWithErrors( text.c(), errors ); }, skipped );
 }
 
+/** The document in a text of which each line has to be understood; else the error of the first that is not. */
 inline Result< Store > parseStoreStrict( const Buffer &text )
 {
     return detail::storeOrError( qvStoreTryDecodeFromTextBufferStrict( text.c() ) );
 }
 
+/** What Store::fromBinary() reads, or why that is nothing. */
 inline Result< Store > parseStoreBinary( const Buffer &binary )
 {
     return detail::storeOrError( qvStoreTryDecodeFromBuffer( binary.c() ) );
