@@ -11,14 +11,15 @@
 
     The last failure. A function whose comment says that it sets the last error does so when it returns the result that
     stands for a failure, for the thread that has called it. Ask for it at once: a call that succeeds does not clear the
-    last error and may change it. Each thread has its own. The last error is no object: it is kept in some memory of the
-    thread, which is freed with the thread, and at the latest when the library stops. qvErrorLast() makes an object of
-    it.
+    last error and may change it. Each thread has its own; starting the library leaves none. The last error is no
+    object: it is kept in some memory of the thread, which is freed when the thread ends, or with the stop of the
+    library for the thread that stops it. qvErrorLast() makes an object of it. A thread that the library does not know
+    may fail too.
 
     What is told. The code is for programs, the reason for people: it goes on after the name of what failed ("cannot be
-    opened: Permission denied"), in English, whatever the locale. The path is the name of the file as it was passed, the
-    line counts from 1, and the offset from 0 in bytes from the start of the file or stream. What is not known is null
-    or -1.
+    opened: Permission denied"), in English; only the words of the system's loader about a module follow the locale of
+    the process. The path is the name of the file as it was passed to the operating system, the line counts from 1, and
+    the offset from 0 in bytes from the start of the file or stream. What is not known is null or -1.
 
     An Error never changes: any thread may read one without a lock. Two of them are equal only if they are the same
     object. Its text, of qvErrorToString(), is `path:line: reason`; without a line `path@offset: reason`, and without

@@ -331,10 +331,9 @@ QV_API QV_BUFFER *qvStoreEncodeToTextBuffer( QV_STORE *store );
 QV_API QV_STORE *qvStoreTryDecodeFromTextBuffer( QV_BUFFER *buffer );
 
 /*  Which lines are not understood: those that the reader skips, but for empty ones, those of white space and those
-   whose
-    first other character is `#`, which are there for people; those with content below 100 levels of sub-stores; and
-    those that are no UTF-8, overlong forms and surrogates included. Lines are counted from 1, as an editor counts those
-    that end in any of the eight ways of qv_nlf.h. */
+    whose first other character is `#`, which are there for people; those with content below 100 levels of sub-stores;
+    and those that are no UTF-8, overlong forms and surrogates included. Lines are counted from 1, as an editor counts
+    those that end in any of the eight ways of qv_nlf.h. */
 
 /** @{ */
 /** The same for text of which each line has to be understood. At the first line that is not the result is null, and the

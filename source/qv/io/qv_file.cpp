@@ -118,7 +118,7 @@ QV_BUFFER *qvFileReadBuffer( QV_STRING *fn, QV_INT maxBytes )
     QV_CHECK( fn );
     QV_CHECK( maxBytes >= -1 );
 
-    qv::Ref< QV_BYTE_SOURCE > source( qvFileOpenByteSource( fn ) );
+    qv::Ref< QV_BYTE_SOURCE > source( qv___FileOpenByteSource( fn ) );
 
     if( !source )
         return nullptr;
@@ -131,7 +131,10 @@ QV_BUFFER *qvFileReadBuffer( QV_STRING *fn, QV_INT maxBytes )
     qvByteSourceReadBytes( source, &further, 1 );
 
     if( qvByteSourceError( source ) )
+    {
+        qv::addErrorPath( fn );
         return nullptr;
+    }
 
     if( qvByteSourceEnd( source ) )
         return result.give();
@@ -145,7 +148,7 @@ QV_BOOL qvFileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf )
     QV_CHECK( fn );
     QV_CHECK( buf );
 
-    qv::Ref< QV_BYTE_SINK > sink( qvFileOpenByteSink( fn ) );
+    qv::Ref< QV_BYTE_SINK > sink( qv___FileOpenByteSink( fn ) );
 
     if( !sink )
         return QV_FALSE;
@@ -153,7 +156,11 @@ QV_BOOL qvFileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf )
     qvByteSinkWrite( sink, buf );
     qvByteSinkFlush( sink );
 
-    return qvByteSinkError( sink ) ? QV_FALSE : QV_TRUE;
+    if( !qvByteSinkError( sink ) )
+        return QV_TRUE;
+
+    qv::addErrorPath( fn );
+    return QV_FALSE;
 }
 
 /* Files and directories ------------------------------------------------------------------------------------------ */

@@ -63,7 +63,7 @@ QV_STRING *qvLineSourceRead( QV_LINE_SOURCE *source )
     QV_STRING *line = nullptr;
     QV_BOOL    ok   = source->readFunc( source->closure, &line );
 
-    if( !ok )
+    if( __builtin_expect( !ok, 0 ) )
         qv::addErrorLineAfter( source->linesRead );
 
     if( qv::noteCount( source, ok, line ? 1 : 0, 1 ) > 0 && source->linesRead < QV_INT_MAX )

@@ -55,7 +55,7 @@ void endStream( Stream *stream )
 template< class Stream >
 QV_BOOL stillGood( const Stream *stream )
 {
-    if( !stream->error )
+    if( __builtin_expect( !stream->error, 1 ) )
         return QV_TRUE;
 
     tellFailure( stream->failure );

@@ -239,6 +239,8 @@ void qv___RuntimePlatformUnixSetupPath( QV_STRING *path )
 {
     QV_CHECK( path );
 
+    qv::KeptError kept;
+
     // Where the last directory is there or can be made, all before it are there.
     if( qvFileIsDirectory( path ) || qvFileCreateDirectory( path ) )
         return;
