@@ -32,6 +32,7 @@
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_encoder.h"
 #include "qv/base/qv_enum.h"
+#include "qv/base/qv_error.h"
 #include "qv/base/qv_flagset.h"
 #include "qv/base/qv_format.h"
 #include "qv/base/qv_format_args.h"

@@ -30,8 +30,8 @@ TEST( Lines, ComeFromFilesAndTexts )
     EXPECT_EQ( "a\r|b|", readAll( qv::linesOf( "a\r\nb\n", QV_NLF_FLAG_LF ) ) );
 
     std::string strict = readAll( qv::lines( path, QV_CHARSET_UTF_8, QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER ) );
-    EXPECT_THAT( strict, testing::MatchesRegex( "(a\\|)?!.*lines:[12]: cannot be read" ) );
-    EXPECT_THAT( readAll( qv::lines( "/nowhere/x" ) ), "!/nowhere/x: cannot be opened" );
+    EXPECT_THAT( strict, testing::MatchesRegex( "a\\|!.*lines:2: bytes that are no text in .*" ) );
+    EXPECT_THAT( readAll( qv::lines( "/nowhere/x" ) ), "!/nowhere/x: cannot be opened: No such file or directory" );
 }
 
 TEST( Results, HoldAValueOrAnError )
@@ -39,19 +39,38 @@ TEST( Results, HoldAValueOrAnError )
     qv::String path( qv::test::path( "result.conf" ) );
 
     EXPECT_FALSE( qv::writeFile( path, qv::Buffer( "a=1\n" ) ) );
-    EXPECT_EQ( "/nowhere/x: cannot be written", qv::writeFile( "/nowhere/x", {} )->text() );
+    EXPECT_EQ( "/nowhere/x: cannot be opened: No such file or directory", qv::writeFile( "/nowhere/x", {} )->text() );
     EXPECT_EQ( qv::readStore( path )->get< int >( "a" ), 1 );
 
     qv::Result< qv::Buffer > bytes = qv::readFile( path ), none = qv::readFile( "/nowhere/x" );
     EXPECT_EQ( 4, bytes->size() );
-    EXPECT_EQ( "/nowhere/x: cannot be read", none.error().text() );
+    EXPECT_EQ( "/nowhere/x: cannot be opened: No such file or directory", none.error().text() );
+    EXPECT_EQ( QV_ERROR_NOT_FOUND, none.error().code );
     EXPECT_EQ( none.error().text(), qv::firstError( bytes, none, bytes )->text() );
     EXPECT_FALSE( qv::firstError( bytes, bytes ) );
     EXPECT_EQ( 0, std::move( none ).valueOr( {} ).size() );
     EXPECT_BROKEN( (void)qv::readFile( "/nowhere/x" )->size(), "value" );
     EXPECT_BROKEN( (void)bytes.error(), "error" );
-    EXPECT_EQ( "7@9: bad", ( qv::Error{ "bad", {}, 7, 9 }.text() ) );
+    EXPECT_EQ( "line 7: bad", ( qv::Error{ "bad", {}, 7, 9 }.text() ) );
     EXPECT_FALSE( qv::readFile( path, 3 ) );
+}
+
+TEST( Results, OfDocumentsTellTheLinesThatWereNotUnderstood )
+{
+    qv::String               path( qv::test::path( "strict.conf" ) );
+    std::vector< qv::Error > skipped;
+    ASSERT_FALSE( qv::writeFile( path, qv::Buffer( "a=1\n\nport 80\n#x\n\xff=2\n" ) ) );
+
+    EXPECT_EQ( *qv::readStore( path ), *qv::readStore( path, skipped ) );
+    ASSERT_EQ( 2u, skipped.size() );
+    EXPECT_EQ( path + ":3: neither . nor = follows an address", skipped[0].text() );
+    EXPECT_EQ( "port 80", skipped[0].subject );
+    EXPECT_EQ( 5, skipped[1].line );
+    EXPECT_EQ( skipped[0].text(), qv::readStoreStrict( path ).error().text() );
+    EXPECT_EQ( 5, qv::parseStoreStrict( qv::Buffer( "a=1\n\nb" ) ).error().offset );
+    EXPECT_TRUE( qv::parseStore( qv::Buffer( "b" ), skipped )->empty() && skipped.size() == 3 );
+    EXPECT_EQ( QV_ERROR_BAD_DOCUMENT, qv::parseStoreBinary( qv::Buffer( "x" ) ).error().code );
+    EXPECT_EQ( QV_ERROR_NOT_FOUND, qv::readStoreBinary( "/nowhere/x" ).error().code );
 }
 
 TEST( Options, SetVariablesAndTellWhatIsWrong )

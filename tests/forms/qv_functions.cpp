@@ -339,7 +339,7 @@ QV_INT Arguments::number( const std::string &type, const std::string &name )
            : type == "QV_BOOL"                                               ? below( 2 )
            : name == "base"                                                  ? 10
            : name == "charset"                                               ? QV_CHARSET_UTF_8
-           : has( name, "condition" )                                        ? 1
+           : has( name, "condition" ) || name == "code"                      ? 1
            : name == "nlfFlags"                                              ? QV_NLF_FLAG_LF
            : has( name, "illisec" ) || has( name, "lags" ) || name == "skip" ? 0
                                                                              : below( 4 );
