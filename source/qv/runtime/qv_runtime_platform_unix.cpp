@@ -157,6 +157,16 @@ void *openFile( const char *fileName, qv::ErrorDetails *why )
 // The module that an opened file holds, borrowed, or null. `why` has the path of the file and the name of the module.
 QV_MODULE *findModule( void *file, QV_STRING *moduleName, qv::ErrorDetails why )
 {
+    // A module that brings another library along, as it does in a program with this one linked in, would work with objects
+    // and globals of its own.
+    void *entry = dlsym( file, "qvRuntimeTryLoadModule" );
+
+    if( entry && entry != reinterpret_cast< void * >( qvRuntimeTryLoadModule ) )
+    {
+        refuse( "bound to another copy of the library" );
+        return nullptr;
+    }
+
     qv::Ref< QV_STRING > symbol( qvStringCreateFromFormatCstr( "%s___module", -1, moduleName ) );
     QV_MODULE           *module = static_cast< QV_MODULE * >( dlsym( file, qv::Cstr( symbol ) ) );
 
