@@ -87,5 +87,6 @@
 #include "qv/unicode/qv_unicode_normalizer.h"
 #include "qv/unicode/qv_unicode_properties.h"
 #include "qv/unicode/qv_unicode_script.h"
+#include "qv/unicode/qv_unicode_width.h"
 
 #endif
