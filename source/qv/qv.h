@@ -44,6 +44,7 @@
 #include "qv/base/qv_nanoseconds.h"
 #include "qv/base/qv_opt_def.h"
 #include "qv/base/qv_opt_seq.h"
+#include "qv/base/qv_options.h"
 #include "qv/base/qv_priority_map.h"
 #include "qv/base/qv_random.h"
 #include "qv/base/qv_range_map.h"
@@ -76,6 +77,7 @@
 #include "qv/io/qv_nlf_line_sink.h"
 #include "qv/io/qv_nlf_line_source.h"
 #include "qv/io/qv_print.h"
+#include "qv/io/qv_standard.h"
 #include "qv/io/qv_string_char_sink.h"
 #include "qv/io/qv_string_char_source.h"
 
