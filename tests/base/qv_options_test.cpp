@@ -54,7 +54,7 @@ Ref< QV_VECTOR > vectorOf( const std::string &words )
 std::string read( Ref< QV_OPTIONS > &options, const std::string &line )
 {
     if( !qvOptionsRead( options.at(), vectorOf( line ) ) )
-        return "!" + take( qvOptionsError( options ) );
+        return std::string( "!" ) + take( qvOptionsError( options ) );
 
     Ref< QV_VECTOR > words( qvOptionsWords( options ) ), outputs( qvOptionsStrings( options, OUTPUT ) );
     EXPECT_FALSE( qvOptionsHasError( options ) );

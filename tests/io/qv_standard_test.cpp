@@ -231,5 +231,6 @@ TEST( Standard, InputComesAsItArrives )
     EXPECT_EQ(
         "<a>!", readLines( "a\nb\xff\nc\n", QV_CHARSET_UTF_8, QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER, ENDS ) );
     EXPECT_EQ( "<\u00e9, , b>", readLines( "\xe9\r\nb", QV_CHARSET_ISO_8859_1, 0, QV_NLF_FLAG_LF | QV_NLF_FLAG_CR ) );
+    EXPECT_EQ( "<a, \u00c3\u00a9>", readLines( "a\n\xc3\xa9\n", QV_CHARSET_ISO_8859_1, 0, ENDS ) );
     EXPECT_EQ( "<a\nb, c>", readLines( "a\nb\rc", QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_CR ) );
 }

@@ -21,6 +21,8 @@
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_chars.h"
 #include "qv/sys/qv_int.h"
+#include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_utf8_private.h"
 #include "qv/unicode/qv_unicode_tables_private.h"
 
 #include <errno.h>
@@ -41,6 +43,8 @@ struct QV___STANDARD_LINE_SOURCE : QV_OBJ
     QV_INT          charset, charsetFlags, nlfFlags;
     char           *bytes; // of one line, from the C library
     size_t          room;
+    QV_CHAR        *chars; // that those become
+    QV_INT          charRoom;
     QV_LINE_SOURCE *more; // the lines that are left of what was read, or null
 };
 
@@ -284,6 +288,7 @@ void freeStandardLineSource( QV_OBJ *thisObj )
 
     Source *source = qv___StandardLineSourceFrom( thisObj );
     free( source->bytes );
+    qvMemFree( source->chars );
     qv::release( source->more );
 }
 
@@ -332,17 +337,34 @@ Ref< QV_STRING > decoded( Source *source, QV_INT count )
     return text;
 }
 
-// The length of the text without its end, if it is one line; -1 if it may be several.
-QV_INT lengthOfOnlyLine( Source *source, QV_STRING *text )
+// Decodes what was read to the array of the source, and returns the number of characters; -1 if that takes more than
+// this. Condition: a byte order mark cannot come any more, and all bytes are good UTF-8, which is ASCII if that is not
+// the charset, since then no character has more than one byte.
+QV_INT decodePlainly( Source *source, QV_INT count )
 {
-    const QV_CHAR *chs    = qv::chars( text );
-    QV_INT         length = qvStringLength( text );
+    if( !( source->charsetFlags & QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK ) )
+        return -1;
 
-    if( length > 0 && chs[length - 1] == U'\n' )
-        length--;
+    if( source->charRoom < count )
+    {
+        source->charRoom = count * 2;
+        source->chars = static_cast< QV_CHAR * >( qvMemReallocN( source->chars, source->charRoom, sizeof( QV_CHAR ) ) );
+    }
 
-    if( length < qvStringLength( text ) && length > 0 && chs[length - 1] == U'\r'
-        && ( source->nlfFlags & QV_NLF_FLAG_CRLF ) )
+    const uint8_t    *bytes  = reinterpret_cast< const uint8_t * >( source->bytes );
+    qv::utf8::Decoded done   = qv::utf8::decode( bytes, bytes + count, source->chars, source->chars + count );
+    QV_INT            length = done.out - source->chars;
+
+    return done.in == bytes + count && ( source->charset == QV_CHARSET_UTF_8 || length == count ) ? length : -1;
+}
+
+// The length of a text without its end, if it is one line; -1 if it may be several.
+QV_INT lengthOfOnlyLine( Source *source, const QV_CHAR *chs, QV_INT length )
+{
+    bool isEnded = length > 0 && chs[length - 1] == U'\n';
+    length -= isEnded;
+
+    if( isEnded && length > 0 && chs[length - 1] == U'\r' && ( source->nlfFlags & QV_NLF_FLAG_CRLF ) )
         length--;
 
     for( QV_INT i = 0; i < length; i++ )
@@ -372,12 +394,21 @@ QV_BOOL readStandardLine( QV_OBJ *closure, QV_STRING **line )
     if( count <= 0 )
         return count == 0 ? QV_TRUE : QV_FALSE;
 
+    QV_INT plain  = decodePlainly( source, count );
+    QV_INT length = plain < 0 ? -1 : lengthOfOnlyLine( source, source->chars, plain );
+
+    if( length >= 0 )
+    {
+        *line = qvStringCreateFromCharsCopy( source->chars, length );
+        return QV_TRUE;
+    }
+
     Ref< QV_STRING > text = decoded( source, count );
 
     if( !text )
         return QV_FALSE;
 
-    QV_INT length = lengthOfOnlyLine( source, text );
+    length = lengthOfOnlyLine( source, qv::chars( text ), qvStringLength( text ) );
 
     if( length >= 0 )
     {
@@ -425,6 +456,8 @@ QV_LINE_SOURCE *qvStandardInputLineSource( QV_INT charset, QV_INT charsetFlags, 
     source->nlfFlags     = qvNlfFlagsNormalize( nlfFlags );
     source->bytes        = nullptr;
     source->room         = 0;
+    source->chars        = nullptr;
+    source->charRoom     = 0;
     source->more         = nullptr;
     return qv___LineSourceCreate( readStandardLine, source );
 }
