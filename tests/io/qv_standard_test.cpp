@@ -137,6 +137,11 @@ TEST( Standard, FailuresAreResults )
             signal( SIGPIPE, SIG_DFL );
             char byte;
             EXPECT_EQ( 0, read( STDIN_FILENO, &byte, 1 ) ); // the other process has gone
+
+            // The write that has no room any more is guarded, whatever its size.
+            for( int i = 0; i < 5000; i++ )
+                print( i % 7 ? "0123456789" : "0" );
+
             Ref< QV_LINE_SINK > lines( qvStandardOutputLineSink( QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_LF ) );
             std::string         big( 1 << 20, 'x' );
             EXPECT_FALSE( qvLineSinkWriteCstr( lines, big.c_str(), -1 ) );

@@ -50,11 +50,8 @@ public:
             while( lineEnd_ != end_ && *lineEnd_ != U'\n' && *lineEnd_ != U'\r' )
                 lineEnd_++;
 
-            next_ = lineEnd_;
-
-            if( next_ != end_ && *next_++ == U'\r' && next_ != end_ && *next_ == U'\n' )
-                next_++;
-
+            bool isPair = end_ - lineEnd_ > 1 && lineEnd_[0] == U'\r' && lineEnd_[1] == U'\n';
+            next_       = lineEnd_ + ( isPair ? 2 : lineEnd_ != end_ );
             return *this;
         }
 
