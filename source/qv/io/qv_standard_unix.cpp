@@ -19,6 +19,7 @@
 #include "qv/io/qv_nlf_line_source.h"
 #include "qv/io/qv_standard_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_chars.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
@@ -124,7 +125,11 @@ bool writeBytes( FILE *stream, const void *bytes, QV_INT byteCount )
     Locked       locked( stream );
 
     if( isKept( stream, count ) )
-        return writeKept( stream, bytes, count );
+    {
+        bool ok = writeKept( stream, bytes, count );
+        QV_ASSERT( ok && __fpending( stream ) >= count );
+        return ok;
+    }
 
     PipeSignalHeld held;
     return writeKept( stream, bytes, count );
@@ -355,7 +360,11 @@ QV_INT decodePlainly( Source *source, QV_INT count )
     qv::utf8::Decoded done   = qv::utf8::decode( bytes, bytes + count, source->chars, source->chars + count );
     QV_INT            length = done.out - source->chars;
 
-    return done.in == bytes + count && ( source->charset == QV_CHARSET_UTF_8 || length == count ) ? length : -1;
+    if( done.in != bytes + count || ( source->charset != QV_CHARSET_UTF_8 && length != count ) )
+        return -1;
+
+    QV_ASSERT( qvStringEqualsChars( decoded( source, count ), source->chars, length ) );
+    return length;
 }
 
 // The length of a text without its end, if it is one line; -1 if it may be several.
