@@ -20,6 +20,8 @@ install(
     PATTERN "*_private.h" EXCLUDE
 )
 
+install( DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT doc )
+
 if( MORVANE_PRINTED )
     install( DIRECTORY "${MORVANE_PRINTED}/man1" DESTINATION "${CMAKE_INSTALL_MANDIR}" )
     install( FILES "${MORVANE_PRINTED}/bash/morvane" DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" )
