@@ -32,7 +32,7 @@ const std::map< std::string, std::string > NAMES = {
 
 } // namespace
 
-TEST( Nulls, AreReportedByName )
+TEST( Nulls, AreReportedByNameAndWithTheFunctionThatWasCalled )
 {
     int checked = 0;
 
@@ -56,6 +56,10 @@ TEST( Nulls, AreReportedByName )
             std::regex report(
                 "    Expression: [^\n]*\\b(" + ( other == NAMES.end() ? argument.name : other->second ) + ")\\b" );
             checked++;
+
+            // The stack names the function that was called, whatever the report comes from.
+            if( ending.signal == SIGABRT )
+                EXPECT_THAT( ending.errors, testing::HasSubstr( "(" + std::string( function->name ) + "+0x" ) ) << name;
 
             EXPECT_TRUE(
                 std::regex_match( name, MAY_BE_NULL )

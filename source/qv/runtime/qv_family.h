@@ -187,6 +187,16 @@ QV_API QV_STRING *qvObjToString( QV_OBJ *thisObj );
 QV_API QV_INT     qvObjCompare( QV_OBJ *objA, QV_OBJ *objB );
 /** @} */
 
+/** The order of two objects, as qvObjCompare() tells it, without a look at the sort's record where both are of the sort
+    that the caller knows. `compareFunc` is that of the sort, or null. */
+static inline QV_INT qv___CompareAs( QV_OBJ *objA, QV_OBJ *objB, QV_SORT *sort, QV___COMPARE_FUNC compareFunc )
+{
+    if( compareFunc && objA && objB && objA != objB && objA->sort == sort && objB->sort == sort )
+        return compareFunc( objA, objB );
+
+    return qvObjCompare( objA, objB );
+}
+
 /* The family macro ----------------------------------------------------------------------------------------------- */
 
 /** The module object that the sorts of a source belong to. */
@@ -220,10 +230,10 @@ QV_API QV_MODULE qv___module;
         return &qv___sort_##TYPE;                                                                                      \
     }                                                                                                                  \
                                                                                                                        \
-    QV___STANDARD_FUNCTIONS( Name, TYPE )
+    QV___STANDARD_FUNCTIONS( Name, TYPE, compareFunction )
 
 /** The seven functions beside that of the sort: the second part of QV___FAMILY_OF_PARTS(). */
-#define QV___STANDARD_FUNCTIONS( Name, TYPE )                                                                          \
+#define QV___STANDARD_FUNCTIONS( Name, TYPE, compareFunction )                                                         \
     void qv##Name##Retain( TYPE *obj )                                                                                 \
     {                                                                                                                  \
         if( !obj )                                                                                                     \
@@ -263,12 +273,13 @@ QV_API QV_MODULE qv___module;
             qv___Abort( "stdfunc compare a", QV___SOURCE, __LINE__, "objA" );                                          \
         if( !objB )                                                                                                    \
             qv___Abort( "stdfunc compare b", QV___SOURCE, __LINE__, "objB" );                                          \
-        return qvObjCompare( (QV_OBJ *)objA, (QV_OBJ *)objB );                                                         \
+        return qv___CompareAs( (QV_OBJ *)objA, (QV_OBJ *)objB, &qv___sort_##TYPE, compareFunction );                   \
     }                                                                                                                  \
                                                                                                                        \
     QV_BOOL qv##Name##Equals( TYPE *objA, TYPE *objB )                                                                 \
     {                                                                                                                  \
-        return qvObjCompare( (QV_OBJ *)objA, (QV_OBJ *)objB ) == 0 ? QV_TRUE : QV_FALSE;                               \
+        return qv___CompareAs( (QV_OBJ *)objA, (QV_OBJ *)objB, &qv___sort_##TYPE, compareFunction ) == 0 ? QV_TRUE     \
+                                                                                                         : QV_FALSE;   \
     }
 
 #endif

@@ -9,6 +9,7 @@
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_mem_private.h"
 #include "qv/sys/qv_unique_private.h"
 
 #include <string.h>
@@ -43,7 +44,7 @@ void qv___ObjShutdown( void )
 namespace
 {
 // The end of an object that has no references and, if it has a free function, is no longer listed.
-void finish( QV_OBJ *thisObj, QV___FREE_FUNC freeFunc )
+inline void finish( QV_OBJ *thisObj, QV___FREE_FUNC freeFunc )
 {
     QV_SORT *sort = thisObj->sort;
 
@@ -78,7 +79,7 @@ void finish( QV_OBJ *thisObj, QV___FREE_FUNC freeFunc )
 
     if( sharedOffset == 0 )
     {
-        qvMemFree( memory );
+        qv::freeBlock( memory );
         return;
     }
 
@@ -126,8 +127,8 @@ __attribute__( ( noinline ) ) void endWaiting()
     }
 }
 
-// Ends an object without references.
-void end( QV_OBJ *thisObj )
+// Ends an object without references. Inline, so that a release is no deeper in calls than it must be.
+__attribute__( ( always_inline ) ) inline void end( QV_OBJ *thisObj )
 {
     QV_CHECK_AS( thisObj->sort, "thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->sort" );
 
@@ -242,6 +243,20 @@ QV_SORT *qvObjSort( QV_OBJ *thisObj )
     return qvModuleSort();
 }
 
+namespace
+{
+// Sorts and modules, objects of different sorts, and those of sorts without an order of their own.
+__attribute__( ( noinline ) ) QV_INT compareOthers( QV_OBJ *objA, QV_OBJ *objB )
+{
+    QV_SORT *sort = qvObjSort( objA );
+
+    if( sort != qvObjSort( objB ) || !sort->compareFunc )
+        return qvObjDefaultCompareFunc( objA, objB );
+
+    return sort->compareFunc( objA, objB );
+}
+} // namespace
+
 QV_INT qvObjCompare( QV_OBJ *objA, QV_OBJ *objB )
 {
     QV_CHECK( objA );
@@ -250,12 +265,12 @@ QV_INT qvObjCompare( QV_OBJ *objA, QV_OBJ *objB )
     if( objA == objB )
         return 0;
 
-    QV_SORT *sort = qvObjSort( objA );
+    QV_SORT *sort = objA->sort;
 
-    if( sort != qvObjSort( objB ) || !sort->compareFunc )
-        return qvObjDefaultCompareFunc( objA, objB );
+    if( sort && sort == objB->sort && sort->compareFunc )
+        return sort->compareFunc( objA, objB );
 
-    return sort->compareFunc( objA, objB );
+    return compareOthers( objA, objB );
 }
 
 QV_INT qvObjDefaultCompareFunc( QV_OBJ *thisObj, QV_OBJ *thatObj )
