@@ -14,16 +14,16 @@
 
 #include <string.h>
 
-QV_BOOL qv___ObjOdbIsEnabled = QV_FALSE;
-QV_BOOL qv___ObjOrigin       = QV_FALSE;
+uint16_t qv___ObjRun    = qv::NO_RUN;
+QV_BOOL  qv___ObjOrigin = QV_FALSE;
 
 void qv___ObjStartup( void )
 {
     QV_INT flags = qvRuntimeFlags();
 
-    qv::objLogLock       = qv___LockCreate();
-    qv___ObjOdbIsEnabled = ( flags & QV_RUNTIME_FLAG_OBJECT_DATABASE ) ? QV_TRUE : QV_FALSE;
-    qv___ObjOrigin       = ( flags & QV_RUNTIME_FLAG_OBJECT_ORIGIN ) ? QV_TRUE : QV_FALSE;
+    qv::objLogLock = qv___LockCreate();
+    qv___ObjRun    = ( flags & QV_RUNTIME_FLAG_OBJECT_DATABASE ) ? qv::IS_LISTED | qv::IS_OWN : 0;
+    qv___ObjOrigin = ( flags & QV_RUNTIME_FLAG_OBJECT_ORIGIN ) ? QV_TRUE : QV_FALSE;
 }
 
 void qv___ObjShutdown( void )
@@ -34,9 +34,17 @@ void qv___ObjShutdown( void )
     qv___ObjCheckLists();
 #endif
 
-    qv::objLogLock       = nullptr;
-    qv___ObjOdbIsEnabled = QV_FALSE;
-    qv___ObjOrigin       = QV_FALSE;
+    qv::objLogLock = nullptr;
+    qv___ObjRun    = qv::RUN_ENDED;
+    qv___ObjOrigin = QV_FALSE;
+}
+
+void qv::reportNoRun()
+{
+    qv___Abort(
+        qv___ObjRun == NO_RUN ? "the library does not run: qvRuntimeStartup() has not been called"
+                              : "the library does not run: qvRuntimeShutdown() has stopped it",
+        QV___SOURCE, __LINE__, nullptr );
 }
 
 /* Creation and destruction --------------------------------------------------------------------------------------- */

@@ -84,7 +84,7 @@ QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes )
 {
     QV_INT bytes = ( size + extraBytes + 7 ) & ~QV_INT( 7 );
 
-    if( counted_ == 0 && !qv___ObjOdbIsEnabled )
+    if( counted_ == 0 && !qv___ObjRun )
     {
         counted_ = objects_ < FEW ? int32_t( FEW ) : COUNTED;
         countIn( sort_, counted_ );

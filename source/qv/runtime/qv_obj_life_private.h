@@ -51,7 +51,7 @@ __attribute__( ( always_inline ) ) inline QV_OBJ *createObject(
     result->unique            = QV___UNIQUE_INVALID;
     result->retainCount       = 1;
     result->sharedOffset      = sharedOffset;
-    result->isListed          = static_cast< uint16_t >( qv___ObjOdbIsEnabled );
+    result->isListed          = qv___ObjRun;
     result->dbgObjectSize     = size;
     result->dbgAllocationSize = 0;
     result->logFirst          = nullptr;
@@ -67,6 +67,7 @@ __attribute__( ( always_inline ) ) inline QV_OBJ *createObject(
         return result;
     }
 
+    checkRun();
     enterList( result, isCounted );
 
     if( qv___ObjOrigin && recordsOrigin( sort ) )
@@ -83,7 +84,7 @@ inline QV_OBJ *ObjBatch::createInline( QV_INT size, QV_INT extraBytes )
     if( !memory_ || end_ - next_ < bytes || counted_ == 0 )
         return create( size, extraBytes );
 
-    QV_ASSERT( !qv___ObjOdbIsEnabled );
+    QV_ASSERT( !qv___ObjRun );
     char *at = next_;
     next_ += bytes;
     bytes_ += bytes;

@@ -109,18 +109,18 @@ void qv::countOutListed( QV_OBJ *object, bool leavesList )
 
 QV_BOOL qv___ObjOdbEnabled( void )
 {
-    return qv___ObjOdbIsEnabled;
+    return qv___ObjRun & qv::IS_LISTED ? QV_TRUE : QV_FALSE;
 }
 
 void qv___ObjOdbLock( void )
 {
-    QV_CHECK_AS( qv___ObjOdbIsEnabled, "odbEnabled" );
+    QV_CHECK_AS( qv___ObjRun & qv::IS_LISTED, "odbEnabled" );
     qv___LockAcquire( qv::listsLock );
 }
 
 void qv___ObjOdbUnlock( void )
 {
-    QV_CHECK_AS( qv___ObjOdbIsEnabled, "odbEnabled" );
+    QV_CHECK_AS( qv___ObjRun & qv::IS_LISTED, "odbEnabled" );
     qv___LockRelease( qv::listsLock );
 }
 

@@ -1,6 +1,7 @@
 #include "qv/runtime/qv_runtime.h"
 
 #include "qv/runtime/qv_module_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_runtime_module_private.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/runtime/qv_runtime_snapshot_private.h"
@@ -77,6 +78,7 @@ void qvRuntimeStartup(
 
 void qvRuntimeShutdown( void )
 {
+    qv::checkRun();
     qv::stopModules();
     qv___RuntimeComponentsShutdown();
     reportSurvivors();

@@ -320,6 +320,7 @@ QV_BOOL qvRuntimeTryLoadModulesWcstr( const wchar_t *wcstr )
 
 void qvRuntimeUnloadAllModules( void )
 {
+    qv::checkRun();
     qv::HeldMonitor held( qv___RuntimeLoadMonitor );
     QV_CHECK( !qvDictLength( qv___RuntimeLoadingDict ) );
 
@@ -343,6 +344,7 @@ void qvRuntimeUnloadAllModules( void )
 
 QV_VECTOR *qvRuntimeModulesVector( void )
 {
+    qv::checkRun();
     qv::HeldMonitor held( qv___RuntimeLoadedModulesMonitor );
     return qv::retain( qv___RuntimeLoadedModulesVector );
 }
