@@ -93,11 +93,13 @@ struct QV_SORT
     QV___COMPARE_FUNC   compareFunc;   /**< null: the order of the unique numbers */
     QV___TO_STRING_FUNC toStringFunc;  /**< null: the name and the unique number */
     int32_t             objects;       /**< atomic; live objects */
+    int32_t             isKnown;       /**< atomic; in the list of all sorts that have had objects, by `odbNext` */
     QV_OBJ             *odbFirst;      /**< the listed objects, oldest first */
     QV_OBJ             *odbLast;       /**< the newest of them */
     QV_SORT            *sortsPrevious; /**< link in the module's list of sorts with listed objects */
     QV_SORT            *sortsNext;     /**< likewise */
     int32_t             listed;        /**< listed objects and those whose free function runs */
+    int32_t             own;           /**< atomic; live objects that the library holds for itself while it runs */
     QV___COMPARE_STEP   compareStep;   /**< null for families that are not made of parts */
     QV___TEXT_STEP      textStep;      /**< likewise */
 };
@@ -105,7 +107,8 @@ struct QV_SORT
 /** The header of a static sort record or module object. */
 #define QV___STATIC_HEADER( type ) { type, NULL, -1, 1, 0, 0, 0, 0, NULL, NULL, NULL, NULL }
 
-/** A static sort record. */
+/** A static sort record. It lasts as long as the process: once it has had an object, the library may read it at any
+    time. */
 #define QV___STATIC_SORT( module, name, freeFunc, compareFunc, toStringFunc, compareStep, textStep )                   \
     { QV___STATIC_HEADER( QV___OBJ_TYPE_SORT ),                                                                        \
       module,                                                                                                          \
@@ -114,10 +117,12 @@ struct QV_SORT
       compareFunc,                                                                                                     \
       toStringFunc,                                                                                                    \
       0,                                                                                                               \
+      0,                                                                                                               \
       NULL,                                                                                                            \
       NULL,                                                                                                            \
       NULL,                                                                                                            \
       NULL,                                                                                                            \
+      0,                                                                                                               \
       0,                                                                                                               \
       compareStep,                                                                                                     \
       textStep }

@@ -10,12 +10,21 @@
 
 namespace qv
 {
+/** Puts a sort into the list of those that have had objects. */
+void makeKnown( QV_SORT *sort );
+
 /** Count objects of a sort in and out. The first object of a sort also counts the sort in its module, and the last
     counts it out. */
 inline void countIn( QV_SORT *sort, int32_t objects )
 {
-    if( qv___AtomicAdd32( &sort->objects, objects ) == objects && sort->module )
+    if( qv___AtomicAdd32( &sort->objects, objects ) != objects )
+        return;
+
+    if( sort->module )
         qv___AtomicAdd32( &sort->module->sorts, 1 );
+
+    if( __builtin_expect( !qv___AtomicLoad32( &sort->isKnown ), 0 ) )
+        makeKnown( sort );
 }
 
 inline void countOut( QV_SORT *sort, int32_t objects )

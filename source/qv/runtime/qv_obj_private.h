@@ -211,9 +211,9 @@ public:
     /** Adds an object that the caller knows to live, as a sort always does. */
     void add( QV_OBJ *object );
 
-    /** Adds the sort's live objects. Objects that have lost their last reference and wait for the lock to leave the
-        list are skipped: they will end. */
-    void addObjects( QV_SORT *sort );
+    /** Adds the sort's live objects, those of which the library says IS_OWN only with `withOwn`. Objects that have lost
+        their last reference and wait for the lock to leave the list are skipped: they will end. */
+    void addObjects( QV_SORT *sort, bool withOwn = true );
 
     /** All of them as a new Vector that only the caller holds. Called once, without the lock. */
     QV_VECTOR *vector();
@@ -225,6 +225,14 @@ private:
     QV_INT   length_ = 0;
     QV_INT   size_   = 0;
 };
+
+/** The sorts that have had an object since the library was mapped, as a list that gets longer at its start: the newest
+    one, and the one before. Null at the end. Any thread, any time. */
+QV_SORT        *newestSort();
+inline QV_SORT *sortBefore( QV_SORT *sort )
+{
+    return static_cast< QV_SORT * >( sort->odbNext ); // of no other use to the header of a sort
+}
 
 /** The lock of all logs, made and destroyed with that of the database. */
 extern QV___LOCK *objLogLock;

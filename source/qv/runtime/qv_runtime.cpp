@@ -2,6 +2,8 @@
 
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_obj_private.h"
+#include "qv/runtime/qv_obj_private.h"
+#include "qv/runtime/qv_runtime_leaks_private.h"
 #include "qv/runtime/qv_runtime_module_private.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/runtime/qv_runtime_snapshot_private.h"
@@ -72,8 +74,11 @@ void qvRuntimeStartup(
     qv___RuntimePrintLock = qv___LockCreate();
     qv___RuntimePrintFunc = printFunc;
 
+    qv::beginOwn();
     qv___RuntimeComponentsStartup( applicationIdentifier, applicationFriendlyName, applicationVersion );
+    qv___ObjRun &= static_cast< uint16_t >( ~qv::IS_OWN ); // the tables of modules may become a caller's
     qv::startModules();
+    qv::endOwn();
 }
 
 void qvRuntimeShutdown( void )
@@ -81,6 +86,7 @@ void qvRuntimeShutdown( void )
     qv::checkRun();
     qv::stopModules();
     qv___RuntimeComponentsShutdown();
+    qv::forgetOwn();
     reportSurvivors();
 
     qv___LockDestroy( qv___RuntimePrintLock );

@@ -35,8 +35,10 @@ QV_STRING *knownCpuInfo()
 
         if( !cpuIsKnown )
         {
-            qv::release( cpuInfo );
-            cpuInfo = qv___RuntimePlatformCpuInfo();
+            // In its place: the object is one that the library has made at its start.
+            qv::Ref< QV_STRING > info( qv___RuntimePlatformCpuInfo() );
+            qvStringAppend( &cpuInfo, info );
+            qvStringDelLeading( &cpuInfo, qvStringLength( cpuInfo ) - qvStringLength( info ) );
         }
 
         qv___AtomicStore32( &cpuIsKnown, 1 );

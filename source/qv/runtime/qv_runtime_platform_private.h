@@ -21,6 +21,9 @@ namespace qv
 /** False for a file that the system's loader would not refuse, but fail with: a shared object that is cut off, as by an
     unfinished copy, would end the process by a signal, and a pipe would make it wait. */
 bool isFitToLoad( const char *path );
+
+/** Whether somebody may sit at the process. */
+bool isInputTerminal();
 } // namespace qv
 
 /** What the platform tells about the computer: new Strings, or null. */

@@ -16,6 +16,7 @@
 
 #include <dlfcn.h>
 #include <stdlib.h>
+#include <string.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -61,6 +62,29 @@ QV_STRING *defaultDataPath()
 
     return home ? qvStringCreateFromFormatCstr( "%lc/.opt/wexcraft/%~s/", -1, home, qvRuntimeVersionProductName() )
                 : nullptr;
+}
+
+// The folder of modules in an installation, wherever it has been moved to: `morvane` beside the library. Null if there is
+// none.
+QV_STRING *modulesBesideLibrary()
+{
+    Dl_info info = {};
+
+    // A name without a folder is that of an executable which holds the library and was found by a search path.
+    if( !dladdr( &qv___module, &info ) || !info.dli_fname || !strchr( info.dli_fname, '/' ) )
+        return nullptr;
+
+    qv::Ref< QV_STRING > library( qvStringCreateFromCstr( info.dli_fname, -1 ) );
+    qv::Ref< QV_STRING > path( qvFileDirName( library ) );
+
+    // As the loader searches it: a working folder of later has nothing to do with it.
+    if( qvPathIsRelative( path ) )
+        path.reset( qvStringCreateFromFormatCstr( "%~s/%s", -1, qvCurrentDirectory(), path.get() ) );
+
+    qvFilePathAppendDelimiter( path.at() );
+    qvStringAppendFormatCstr( path.at(), "%~s/", -1, qvRuntimeVersionProductName() );
+
+    return qvFileIsDirectory( path ) ? path.give() : nullptr;
 }
 
 QV_STRING *defaultPath( const PathRule &rule )
@@ -155,6 +179,9 @@ void qv___RuntimePlatformStartup( void )
         qv::Ref< QV_STRING > variable( withProduct( rule.variable ) );
         QV_STRING           *found = qv___RuntimePlatformUnixPathFromEnvironment( variable );
 
+        if( !found && path == QV_RUNTIME_PATH_BIN )
+            found = modulesBesideLibrary();
+
         qv___RuntimePlatformPaths[path] = found ? found : defaultPath( rule );
 
         if( path >= QV_RUNTIME_PATH_DATA && qv___RuntimePlatformPaths[path] )
@@ -246,6 +273,11 @@ QV_MODULE *qv___RuntimePlatformLoadModule( QV_STRING *moduleName )
     }
 
     return qv::retain( module );
+}
+
+bool qv::isInputTerminal()
+{
+    return isatty( STDIN_FILENO );
 }
 
 /* The computer --------------------------------------------------------------------------------------------------- */
