@@ -8,6 +8,7 @@
 #include "qv/runtime/qv_module_version.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/sys/qv_chars.h"
+#include "qv/sys/qv_mem.h"
 
 #include <string.h>
 
@@ -33,10 +34,17 @@ const struct
     { "module name invalid", "the file holds a module of another name" },
 };
 
-// A module whose file is refused, and the one that was to be loaded; empty if there is none.
+// Modules whose files are refused, and those that were to be loaded.
 const int NAME_SIZE = 33;
-char      refused[NAME_SIZE];
-char      requested[NAME_SIZE];
+
+struct Refused
+{
+    char name[NAME_SIZE];
+    char requested[NAME_SIZE];
+};
+
+Refused *refused      = nullptr;
+QV_INT   refusedCount = 0;
 
 Ref< QV_STRING > *refusal = nullptr; // the reason, while explainRefusal() runs
 
@@ -59,33 +67,40 @@ void takeRefusal( const QV_CHAR *chs, QV_INT length )
         refusal->reset( qvStringCreateFromCstr( reason, -1 ) );
 }
 
-// Tells why the file was refused, in a run of its own: in another one, modules may print lines of this form too.
-void explainRefusal()
+void explain( const Refused &row )
+{
+    Ref< QV_STRING > reason( qvStringCreateFromCstr( "the file cannot be loaded", -1 ) );
+    Ref< QV_STRING > subject( qvStringCreateFromCstr( row.name, -1 ) );
+    refusal = &reason;
+    Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( subject ) );
+
+    if( strcmp( row.requested, row.name ) != 0 )
+        subject.reset( qvStringCreateFromFormatCstr( "%lc needs %lc", -1, row.requested, row.name ) );
+
+    complain( COMMAND, subject, reason );
+}
+
+// Tells why files were refused, in a run of its own: in another one, modules may print lines of this form too.
+void explainRefusals()
 {
     startRuntime( QV_RUNTIME_FLAG_MODULE_DEBUG, takeRefusal );
 
-    {
-        Ref< QV_STRING > reason( qvStringCreateFromCstr( "the file cannot be loaded", -1 ) );
-        Ref< QV_STRING > subject( qvStringCreateFromCstr( refused, -1 ) );
-        refusal = &reason;
-        Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( subject ) );
-
-        if( strcmp( requested, refused ) != 0 )
-            subject.reset( qvStringCreateFromFormatCstr( "%lc needs %lc", -1, requested, refused ) );
-
-        complain( COMMAND, subject, reason );
-    }
+    for( QV_INT i = 0; i < refusedCount; i++ )
+        explain( refused[i] );
 
     qvRuntimeShutdown();
+    qvMemFree( refused );
 }
 
 // Makes the process explain the refusal of a module's file at the end of the run. `request` may be a module that needs
 // it.
 void leaveToExplain( QV_STRING *name, QV_STRING *request )
 {
-    qvCharsConvertToCstr( refused, NAME_SIZE, qvStringBacking( name ), qvStringLength( name ), QV_TRUE );
-    qvCharsConvertToCstr( requested, NAME_SIZE, qvStringBacking( request ), qvStringLength( request ), QV_TRUE );
-    callAfterwards( explainRefusal );
+    refused      = static_cast< Refused * >( qvMemReallocN( refused, refusedCount + 1, sizeof( Refused ) ) );
+    Refused &row = refused[refusedCount++];
+    qvCharsConvertToCstr( row.name, NAME_SIZE, qvStringBacking( name ), qvStringLength( name ), QV_TRUE );
+    qvCharsConvertToCstr( row.requested, NAME_SIZE, qvStringBacking( request ), qvStringLength( request ), QV_TRUE );
+    callAfterwards( explainRefusals );
 }
 
 // The module that made the load of another one fail, itself or one that it needs: in the order of a load, the first
@@ -183,25 +198,69 @@ Ref< QV_STORE > describe( QV_MODULE *module )
 }
 } // namespace
 
-// Only opens the file: starts nothing, and does not look for what the module needs.
-int showModule( const Arguments &arguments )
+// Only opens the files: starts nothing, and does not look for what the modules need.
+int showModules( const Arguments &arguments )
 {
-    Ref< QV_STRING > name = arguments.wordAt( 0 );
+    int             status = SUCCESS;
+    Ref< QV_STORE > all( qvStoreCreate() );
 
-    if( !isName( name ) )
-        return FAILURE;
+    for( QV_INT i = 0; i < arguments.wordCount(); i++ )
+        if( !isName( arguments.wordAt( i ) ) )
+            return FAILURE;
 
-    Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( name ) );
-
-    if( !module )
+    for( QV_INT i = 0; i < arguments.wordCount(); i++ )
     {
-        leaveToExplain( name, name );
-        return FAILURE;
+        Ref< QV_STRING > name = arguments.wordAt( i );
+        Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( name ) );
+
+        if( !module )
+        {
+            leaveToExplain( name, name );
+            status = FAILURE;
+        }
+        else if( arguments.wordCount() == 1 )
+        {
+            all = describe( module );
+        }
+        else
+        {
+            qvStoreSetStore( all.at(), name, describe( module ) );
+        }
     }
 
-    printDocument( describe( module ) );
-    return SUCCESS;
+    printDocument( all );
+    return status;
 }
+
+namespace
+{
+// The line about what an unload waits for: after a second, and then every ten.
+const QV_INT FIRST_LINE = 1000;
+const QV_INT NEXT_LINE  = 10000;
+
+void appendLeak( QV_SORT *, const char *sortName, QV_INT objects, void *text )
+{
+    QV_STRING **list = static_cast< QV_STRING ** >( text );
+    qvStringAppendFormatCstr( list, "%lc %i %lc", -1, qvStringLength( *list ) ? "," : "", objects, sortName );
+}
+
+void tellWait( QV_MODULE *module, QV_INT waited, QV_INT left )
+{
+    if( waited != FIRST_LINE && waited % NEXT_LINE != 0 )
+        return;
+
+    Ref< QV_STRING > name( qvModuleName( module ) );
+    Ref< QV_STRING > leaks( qvStringCreate() );
+    qv___ModuleLeakVisit( module, appendLeak, leaks.at() );
+
+    Ref< QV_STRING > reason( qvStringCreateFromFormatCstr( "still has%s", -1, leaks.get() ) );
+
+    if( left >= 0 )
+        qvStringAppendFormatCstr( reason.at(), ", %i s left", -1, left / 1000 );
+
+    complain( COMMAND, name, reason );
+}
+} // namespace
 
 int runModule( const Arguments &arguments )
 {
@@ -209,6 +268,7 @@ int runModule( const Arguments &arguments )
 
     // So what a module writes itself and what it prints come out in their order.
     printAtOnce();
+    qv___RuntimeSetUnloadWaitFunc( tellWait );
 
     if( !isName( name ) || !load( name ) )
         return FAILURE;

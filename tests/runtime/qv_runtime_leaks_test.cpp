@@ -21,15 +21,20 @@ void keepLine( const QV_CHAR *chs, QV_INT length )
     lines += std::string( chs, chs + length ) + "\n";
 }
 
+void start( QV_INT flags )
+{
+    setenv( "XZ_MORVANE_BIN_PATH", TEST_MODULES, 1 );
+    qvRuntimeStartup( flags, keepLine, nullptr, nullptr, nullptr );
+    unsetenv( "XZ_MORVANE_BIN_PATH" );
+}
+
 template< class Body >
 void inRun( QV_INT flags, Body body )
 {
     withoutLibrary(
         [&]
         {
-            setenv( "XZ_MORVANE_BIN_PATH", TEST_MODULES, 1 );
-            qvRuntimeStartup( flags, keepLine, nullptr, nullptr, nullptr );
-            unsetenv( "XZ_MORVANE_BIN_PATH" );
+            start( flags );
             body();
             qvRuntimeShutdown();
         } );
@@ -148,19 +153,24 @@ TEST( RuntimeLeaks, ModulesAreNone )
 
 TEST( RuntimeLeaks, OutliveTheirRunAndCountInTheNext )
 {
-    QV_STRING *lost = nullptr;
-    inRun( DATABASE | QV_RUNTIME_FLAG_OBJECT_ORIGIN, [&] { lost = qvStringCreateFromCstr( "lost", -1 ); } );
-    withoutLibrary( [] { EXPECT_EQ( "QV_STRING 1\n", leaks() ); } );
-    inRun(
-        0,
-        [&]
+    withoutLibrary(
+        []
         {
+            start( DATABASE | QV_RUNTIME_FLAG_OBJECT_ORIGIN );
+            QV_STRING *lost = qvStringCreateFromCstr( "lost", -1 );
+            qvRuntimeShutdown();
             EXPECT_EQ( "QV_STRING 1\n", leaks() );
-            Ref< QV_STRING > other( text( "other" ) );
-            qvStringRelease( lost );
-            EXPECT_EQ( "QV_STRING 1\n", leaks() );
+
+            start( 0 );
+            {
+                EXPECT_EQ( "QV_STRING 1\n", leaks() );
+                Ref< QV_STRING > other( text( "other" ) );
+                qvStringRelease( lost );
+                EXPECT_EQ( "QV_STRING 1\n", leaks() );
+            }
+            qvRuntimeShutdown();
+            EXPECT_EQ( "", leaks() );
         } );
-    withoutLibrary( [] { EXPECT_EQ( "", leaks() ); } );
 
     // With the stack of its creation, and a text that is cut.
     inRun(
