@@ -6,7 +6,11 @@
         qvRuntimeShutdown();
 
     Start and stop are called from one thread while no other thread runs code of the library; in between, everything
-    here may be called from any thread, since it is fixed at the start. A stopped library can be started again. */
+    here may be called from any thread, since it is fixed at the start. A stopped library can be started again.
+
+    Before the start and after the stop, a call that makes an object, or needs one that the start makes, ends the process
+    with a report that says so. What only computes works at any time, and an object that has outlived its run may still
+    be read and released. */
 
 #ifndef QV_RUNTIME_H
 #define QV_RUNTIME_H
