@@ -108,6 +108,8 @@ QV_API QV_MODULE QV_THIS_MODULE;
     `.shutdownBeginFunc`, `.shutdownFunc`, `.shutdownEndFunc`, `.personalityFunc`. */
 #define QV_MODULE_FUNCS( ... ) __VA_ARGS__
 
+/** The names of the modules that have to be loaded before this one, with one blank between them, as a text. Defined by
+    morvane_add_module(), or before this header. */
 #ifndef QV_MODULE_DEPS
 #define QV_MODULE_DEPS ""
 #endif

@@ -385,8 +385,7 @@ void setInput( bool isTerminal )
 {
     int master = isTerminal ? posix_openpt( O_RDWR | O_NOCTTY ) : -1;
 
-    if( isTerminal )
-        ASSERT_TRUE( grantpt( master ) == 0 && unlockpt( master ) == 0 );
+    ASSERT_TRUE( !isTerminal || ( grantpt( master ) == 0 && unlockpt( master ) == 0 ) );
 
     dup2( open( isTerminal ? ptsname( master ) : "/dev/null", O_RDWR | O_NOCTTY ), STDIN_FILENO );
     ASSERT_EQ( isTerminal, isatty( STDIN_FILENO ) == 1 );

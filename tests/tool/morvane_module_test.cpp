@@ -58,7 +58,7 @@ TEST( MorvaneModule, RunsAPersonalityWithItsArguments )
         { "$M module run needs_result", "starts\nstarts\nstops\nstops\n" },
 
         // A module that does not end is told of after a second.
-        { "$M module run keeping 2>told >/dev/null & while ! [ -s told ]; do sleep 0.1; done; kill $!; cat told",
+        { "$M module run keeping 2>line >/dev/null & while ! [ -s line ]; do sleep 0.1; done; kill $!; cat line",
           "morvane module: keeping: still has 2 QV_KEPT, 59 s left\n" },
     } );
 }
