@@ -67,7 +67,7 @@ TEST( NoRun, IsReported )
             EXPECT_THAT(
                 outcome.err, testing::AllOf(
                                  testing::HasSubstr( "    Message   : the library does not run: " + reason ),
-                                 testing::HasSubstr( "(" + name + "+0x" ) ) )
+                                 testing::HasSubstr( std::string( "(" ).append( name ).append( "+0x" ) ) ) )
                 << name << stopped;
         }
     }
