@@ -281,7 +281,7 @@ QV_DICT *qv::createDictOfKeys( QV_DICT *src )
 
 QV_DICT *qvDictCreate( void )
 {
-    return qv::retain( qv___DictEmpty );
+    return qv::retainOfRun( qv___DictEmpty );
 }
 
 QV_DICT *qvDictCreateFrom( QV_DICT *src )
