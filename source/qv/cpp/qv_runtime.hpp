@@ -25,6 +25,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <vector>
 
 namespace qv
 {
