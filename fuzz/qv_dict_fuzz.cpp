@@ -117,13 +117,13 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
             slot.ref.at(), obj,
             []( QV_OBJ **value, void *data )
             {
-                Change *change = static_cast< Change * >( data );
-                change->old    = *value;
+                Change *wanted = static_cast< Change * >( data );
+                wanted->old    = *value;
 
-                if( change->leaves )
+                if( wanted->leaves )
                     return;
 
-                QV_OBJ       *fresh = change->ends ? nullptr : retain( change->entry.value );
+                QV_OBJ       *fresh = wanted->ends ? nullptr : retain( wanted->entry.value );
                 Ref< QV_OBJ > given( std::exchange( *value, fresh ) );
             },
             &change );

@@ -152,6 +152,21 @@ TEST( Vector, OrdersEverySortAsItsObjectsCompare )
     EXPECT_TRUE( found );
     EXPECT_EQ( 2, qvVectorSearch( mixed, Ref( qvStringObj( text( "" ).give() ) ), nullptr ) );
 
+    // Texts that differ after many characters, at their end and beyond one byte.
+    Ref< QV_VECTOR > paths( qvVectorCreate() );
+
+    for( QV_INT i = 0; i < 600; i++ )
+        qvVectorAppendStringFormatCstr(
+            paths.at(), "path/to/%c%s%i", -1, static_cast< QV_CHAR >( U"a\xED\xEE\x10FFFF"[i * 5 % 4] ),
+            text( i % 3 ? "" : "aaaaaaaaa" ).get(), i * 7 % 50 );
+
+    qvVectorOrder( paths.at() );
+    EXPECT_TRUE( qvVectorIsOrdered( paths ) );
+    qvVectorAppendStringCstr( paths.at(), "path/to/", -1 );
+    qvVectorOrder( paths.at() );
+    EXPECT_EQ( "path/to/", textOf( qvVectorBacking( paths )[0] ) );
+    EXPECT_TRUE( qvVectorIsOrdered( paths ) );
+
     // In order already, a shared Vector stays shared; else the other holder's stays as it was.
     Ref< QV_VECTOR > other = Ref< QV_VECTOR >::share( texts );
     qvVectorOrder( texts.at() );

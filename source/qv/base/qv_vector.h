@@ -232,7 +232,7 @@ QV_API QV_OBJ *qvVectorUnshift( QV_VECTOR **vec );
 
     Costs n log n comparisons at most, and few more than n where the elements are in order, in reverse order, or in a
     few such parts one after the other. References change places without being counted, unless the Vector is shared.
-    Takes memory for one and a half times the references that are to be ordered, for the time of the call. */
+    Takes up to 24 bytes for each of them, for the time of the call. */
 QV_API void qvVectorOrder( QV_VECTOR **vec );
 QV_API void qvVectorOrderBy( QV_VECTOR **vec, QV_VECTOR_COMPARE_FUNC compare, void *data );
 QV_API void qvVectorOrderInner( QV_VECTOR **vec, QV_INT offset, QV_INT count );

@@ -8,6 +8,7 @@
 // whatever it returns, each object stays one: it decides between two places of which both are known.
 
 #include "qv/base/qv_boxed_int_private.h"
+#include "qv/base/qv_digest_private.h"
 #include "qv/base/qv_held_private.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/base/qv_vector.h"
@@ -20,6 +21,7 @@
 #include "qv/sys/qv_order_private.h"
 
 #include <algorithm>
+#include <type_traits>
 
 QV___HIDDEN QV_SORT qv___sort_QV_STRING;
 
@@ -27,67 +29,153 @@ namespace
 {
 /* Orders ---------------------------------------------------------------------------------------------------------
 
-   What compares two objects: positive if the first one belongs after the second. */
+   An order has items, made of objects, and compares two of them: whether the first one belongs after the second. */
 
 struct ByFunction
 {
+    using Item = QV_OBJ *;
+
     QV_VECTOR_COMPARE_FUNC compare;
     void                  *data;
 
-    QV_INT operator()( QV_OBJ *a, QV_OBJ *b ) const
+    Item item( QV_OBJ *obj ) const
+    {
+        return obj;
+    }
+
+    QV_INT orderOf( QV_OBJ *a, QV_OBJ *b ) const
     {
         return compare( a, b, data );
     }
+
+    bool operator()( Item a, Item b ) const
+    {
+        return compare( a, b, data ) > 0;
+    }
 };
+
+// Comparing objects of these sorts with any others calls no function of another family.
+bool comparesInside( QV_SORT *sort )
+{
+    return sort == &qv___sort_QV_STRING || sort == &qv___sort_QV_BOXED_INT;
+}
+
+QV_STRING *stringOf( QV_OBJ *obj )
+{
+    QV_ASSERT( obj->sort == &qv___sort_QV_STRING );
+    return static_cast< QV_STRING * >( obj );
+}
+
+QV_INT integerOf( QV_OBJ *obj )
+{
+    QV_ASSERT( obj->sort == &qv___sort_QV_BOXED_INT );
+    return static_cast< QV_BOXED_INT * >( obj )->value;
+}
 
 struct ByObject
 {
-    QV_INT operator()( QV_OBJ *a, QV_OBJ *b ) const
+    using Item = QV_OBJ *;
+
+    Item item( QV_OBJ *obj ) const
     {
-        return qvObjCompare( a, b );
+        return obj;
+    }
+
+    // As qvObjCompare(), without a call for the sorts that most elements have.
+    QV_INT orderOf( QV_OBJ *a, QV_OBJ *b ) const
+    {
+        if( a->sort != b->sort || !comparesInside( a->sort ) )
+            return qvObjCompare( a, b );
+
+        return a->sort == &qv___sort_QV_BOXED_INT ? qv::order( integerOf( a ), integerOf( b ) )
+                                                  : qv::order(
+                                                        qv::chars( stringOf( a ) ), stringOf( a )->length,
+                                                        qv::chars( stringOf( b ) ), stringOf( b )->length );
+    }
+
+    bool operator()( Item a, Item b ) const
+    {
+        return orderOf( a, b ) > 0;
     }
 };
 
-// As qvObjCompare() where all objects are Strings.
+// An object with a number that orders as it does, so that few comparisons wait for its memory.
+struct Digested
+{
+    QV_OBJ  *obj;
+    uint64_t digest;
+
+    operator QV_OBJ *() const
+    {
+        return obj;
+    }
+};
+
+// Of Strings that share so many characters. Those whose numbers are equal are compared themselves.
 struct ByText
 {
-    QV_INT operator()( QV_OBJ *a, QV_OBJ *b ) const
-    {
-        QV_STRING *x = static_cast< QV_STRING * >( a );
-        QV_STRING *y = static_cast< QV_STRING * >( b );
+    using Item = Digested;
 
-        QV_ASSERT( a->sort == &qv___sort_QV_STRING && b->sort == a->sort );
-        return qv::order( qv::chars( x ), x->length, qv::chars( y ), y->length );
+    QV_INT prefix;
+
+    Item item( QV_OBJ *obj ) const
+    {
+        return { obj, qv::digestText( behind( obj ), lengthBehind( obj ) ).number };
+    }
+
+    bool operator()( const Item &a, const Item &b ) const
+    {
+        if( __builtin_expect( a.digest != b.digest, 1 ) )
+            return a.digest > b.digest;
+
+        return qv::order( behind( a ), lengthBehind( a ), behind( b ), lengthBehind( b ) ) > 0;
+    }
+
+private:
+    const QV_CHAR *behind( QV_OBJ *obj ) const
+    {
+        return qv::chars( stringOf( obj ) ) + prefix;
+    }
+
+    QV_INT lengthBehind( QV_OBJ *obj ) const
+    {
+        QV_ASSERT( stringOf( obj )->length >= prefix );
+        return stringOf( obj )->length - prefix;
     }
 };
 
-// As qvObjCompare() where all objects are boxed integers.
 struct ByInteger
 {
-    QV_INT operator()( QV_OBJ *a, QV_OBJ *b ) const
+    using Item = Digested;
+
+    Item item( QV_OBJ *obj ) const
     {
-        QV_ASSERT( a->sort == &qv___sort_QV_BOXED_INT && b->sort == a->sort );
-        return qv::order( static_cast< QV_BOXED_INT * >( a )->value, static_cast< QV_BOXED_INT * >( b )->value );
+        return { obj, qv::integerDigest( integerOf( obj ) ) };
+    }
+
+    bool operator()( const Item &a, const Item &b ) const
+    {
+        return a.digest > b.digest;
     }
 };
 
-// How many elements from the first one on are in order; at least one of some.
-template< class Order >
-QV_INT orderedLength( QV_OBJ *const *objs, QV_INT count, const Order &order )
+// How many items from the first one on are in order; at least one of some.
+template< class Item, class Order >
+QV_INT orderedLength( const Item *items, QV_INT count, const Order &order )
 {
     QV_INT length = std::min( count, QV_INT( 1 ) );
 
-    while( length < count && order( objs[length - 1], objs[length] ) <= 0 )
+    while( length < count && !order( items[length - 1], items[length] ) )
         length++;
 
     return length;
 }
 
-// How many of `count` objects, of which those that hold come first, hold.
-template< class Holds >
-QV_INT countOfFirst( QV_OBJ *const *objs, QV_INT count, const Holds &holds )
+// How many of `count` items, of which those for which `holds` is true come first, these are.
+template< class Item, class Holds >
+QV_INT countOfFirst( const Item *items, QV_INT count, const Holds &holds )
 {
-    QV_OBJ *const *first = objs;
+    const Item *first = items;
 
     while( count > 0 )
     {
@@ -97,7 +185,7 @@ QV_INT countOfFirst( QV_OBJ *const *objs, QV_INT count, const Holds &holds )
         count = here ? count - half - 1 : half;
     }
 
-    return first - objs;
+    return first - items;
 }
 
 /* The sort ------------------------------------------------------------------------------------------------------- */
@@ -107,13 +195,16 @@ const QV_INT SHORTEST = 24; // objects up to which a run is made longer by inser
 template< class Order >
 class Sorting
 {
+    using Item = typename Order::Item;
+
 public:
-    // Objects to put in order, and memory for half as many. So many from the first one on are known to be in order.
-    Sorting( QV_OBJ **objs, QV_INT count, QV_OBJ **spare, const Order &order ) :
-        objs_( objs ), count_( count ), spare_( spare ), order_( order )
+    // Items to put in order, and memory for half as many.
+    Sorting( Item *items, QV_INT count, Item *spare, const Order &order ) :
+        items_( items ), count_( count ), spare_( spare ), order_( order )
     {
     }
 
+    // So many items from the first one on are known to be in order.
     void run( QV_INT ordered )
     {
         for( QV_INT start = 0, length; start < count_; start += length, ordered = 0 )
@@ -177,16 +268,16 @@ private:
         }
     }
 
-    // Makes a run of the objects from `start` on and returns its length. What descends, without equals, is reversed.
+    // Makes a run of the items from `start` on and returns its length. What descends, without equals, is reversed.
     QV_INT makeRun( QV_INT start, QV_INT ordered )
     {
-        QV_OBJ **run    = objs_ + start;
-        QV_INT   most   = count_ - start;
-        QV_INT   length = ordered > 0 ? ordered : orderedLength( run, most, order_ );
+        Item  *run    = items_ + start;
+        QV_INT most   = count_ - start;
+        QV_INT length = ordered > 0 ? ordered : orderedLength( run, most, order_ );
 
         if( length == 1 )
         {
-            while( length < most && order_( run[length - 1], run[length] ) > 0 )
+            while( length < most && order_( run[length - 1], run[length] ) )
                 length++;
 
             std::reverse( run, run + length );
@@ -196,11 +287,11 @@ private:
 
         for( ; length < wanted; length++ )
         {
-            QV_OBJ *obj = run[length];
-            QV_INT  at  = countOfFirst( run, length, [&]( QV_OBJ *each ) { return order_( each, obj ) <= 0; } );
+            Item   item = run[length];
+            QV_INT at   = countOfFirst( run, length, [&]( const Item &each ) { return !order_( each, item ); } );
 
-            qvMemMoveN( run + at + 1, run + at, length - at, sizeof( QV_OBJ * ) );
-            run[at] = obj;
+            qvMemMoveN( run + at + 1, run + at, length - at, sizeof( Item ) );
+            run[at] = item;
         }
 
         return length;
@@ -209,16 +300,16 @@ private:
     // Merges the two runs on top of the stack. What is at its place already stays out of it.
     void mergeTop()
     {
-        Run     &left  = top( 1 );
-        Run     &right = top( 0 );
-        QV_OBJ **first = objs_ + left.start;
-        QV_OBJ **mid   = objs_ + right.start;
-        QV_OBJ **last  = mid + right.length;
-        QV_OBJ  *head  = *mid;
-        QV_OBJ  *tail  = mid[-1];
+        Run  &left  = top( 1 );
+        Run  &right = top( 0 );
+        Item *first = items_ + left.start;
+        Item *mid   = items_ + right.start;
+        Item *last  = mid + right.length;
+        Item  head  = *mid;
+        Item  tail  = mid[-1];
 
-        first += countOfFirst( first, mid - first, [&]( QV_OBJ *each ) { return order_( each, head ) <= 0; } );
-        last = mid + countOfFirst( mid, last - mid, [&]( QV_OBJ *each ) { return order_( tail, each ) > 0; } );
+        first += countOfFirst( first, mid - first, [&]( const Item &each ) { return !order_( each, head ); } );
+        last = mid + countOfFirst( mid, last - mid, [&]( const Item &each ) { return order_( tail, each ); } );
 
         if( mid - first <= last - mid )
             mergeUp( first, mid, last );
@@ -229,48 +320,91 @@ private:
         runs_--;
     }
 
-    // The left objects are moved away and merged from the first one on.
-    void mergeUp( QV_OBJ **first, QV_OBJ **mid, QV_OBJ **last )
+    // The left items are moved away and merged from the first one on.
+    void mergeUp( Item *first, Item *mid, Item *last )
     {
-        QV_OBJ **left    = spare_;
-        QV_OBJ **leftEnd = spare_ + ( mid - first );
-        qvMemCopyN( spare_, first, mid - first, sizeof( QV_OBJ * ) );
+        Item *left    = spare_;
+        Item *leftEnd = spare_ + ( mid - first );
+        qvMemCopyN( spare_, first, mid - first, sizeof( Item ) );
 
         while( left != leftEnd && mid != last )
         {
-            bool takesRight = order_( *left, *mid ) > 0;
-            *first++        = takesRight ? *mid : *left;
+            bool takesRight = order_( *left, *mid );
+            *first++        = *( takesRight ? mid : left );
             mid += takesRight;
             left += !takesRight;
         }
 
-        qvMemCopyN( first, left, leftEnd - left, sizeof( QV_OBJ * ) );
+        qvMemCopyN( first, left, leftEnd - left, sizeof( Item ) );
     }
 
-    // The right objects are moved away and merged from the last one on.
-    void mergeDown( QV_OBJ **first, QV_OBJ **mid, QV_OBJ **last )
+    // The right items are moved away and merged from the last one on.
+    void mergeDown( Item *first, Item *mid, Item *last )
     {
-        QV_OBJ **right = spare_ + ( last - mid );
-        qvMemCopyN( spare_, mid, last - mid, sizeof( QV_OBJ * ) );
+        Item *right = spare_ + ( last - mid );
+        qvMemCopyN( spare_, mid, last - mid, sizeof( Item ) );
 
         while( right != spare_ && mid != first )
         {
-            bool takesLeft = order_( mid[-1], right[-1] ) > 0;
-            *--last        = takesLeft ? mid[-1] : right[-1];
+            bool takesLeft = order_( mid[-1], right[-1] );
+            *--last        = *( ( takesLeft ? mid : right ) - 1 );
             mid -= takesLeft;
             right -= !takesLeft;
         }
 
-        qvMemCopyN( last - ( right - spare_ ), spare_, right - spare_, sizeof( QV_OBJ * ) );
+        qvMemCopyN( last - ( right - spare_ ), spare_, right - spare_, sizeof( Item ) );
     }
 
-    QV_OBJ     **objs_;
+    Item        *items_;
     QV_INT       count_;
-    QV_OBJ     **spare_;
+    Item        *spare_;
     const Order &order_;
     QV_INT       runs_ = 0;
     Run          stack_[MOST_RUNS];
 };
+
+// Puts elements of a Vector that is held in order and writes them to the same places in `*vec`. So many from the first
+// one on are in order.
+template< class Order >
+void orderItems(
+    QV_VECTOR **vec, qv::Ref< QV_VECTOR > &held, QV_INT offset, QV_INT count, QV_INT ordered, const Order &order )
+{
+    using Item = typename Order::Item;
+
+    QV_OBJ *const *objs  = qv::objs( held ) + offset;
+    Item          *items = static_cast< Item * >( qvMemAllocN( count + count / 2, sizeof( Item ) ) );
+
+    for( QV_INT i = 0; i < count; i++ )
+        items[i] = order.item( objs[i] );
+
+    Sorting< Order >( items, count, items + count, order ).run( ordered );
+
+    qv::goOnWith( vec, held );
+    qv::makePrivate( vec, qvVectorCreateFrom );
+
+    for( QV_INT i = 0; i < count; i++ )
+        qv::objs( *vec )[offset + i] = items[i];
+
+    qvMemFree( items );
+}
+
+// How many characters Strings share at most: with the first one.
+QV_INT commonPrefix( QV_OBJ *const *objs, QV_INT count )
+{
+    const QV_CHAR *first  = qv::chars( stringOf( objs[0] ) );
+    QV_INT         common = stringOf( objs[0] )->length;
+
+    for( QV_INT i = 1; i < count && common > 0; i++ )
+    {
+        const QV_CHAR *chars = qv::chars( stringOf( objs[i] ) );
+        QV_INT         most  = std::min( common, stringOf( objs[i] )->length );
+
+        for( common = 0; common < most && chars[common] == first[common]; )
+            common++;
+    }
+
+    return common;
+}
 
 // Held, the Vector stays as it is while objects are compared. One that is in order stays shared too.
 template< class Order >
@@ -281,36 +415,22 @@ void orderElements( QV_VECTOR **vec, QV_INT offset, QV_INT count, const Order &o
     QV_INT               ordered = orderedLength( objs, count, order );
 
     if( ordered == count )
+        return qv::goOnWith( vec, held );
+
+    if constexpr( std::is_same_v< Order, ByObject > )
     {
-        qv::goOnWith( vec, held );
-        return;
+        QV_SORT *sort  = objs[0]->sort;
+        bool     alike = comparesInside( sort )
+                     && std::all_of( objs, objs + count, [&]( QV_OBJ *each ) { return each->sort == sort; } );
+
+        if( alike && sort == &qv___sort_QV_STRING )
+            return orderItems( vec, held, offset, count, ordered, ByText{ commonPrefix( objs, count ) } );
+
+        if( alike )
+            return orderItems( vec, held, offset, count, ordered, ByInteger() );
     }
 
-    QV_OBJ **sorted = static_cast< QV_OBJ ** >( qvMemAllocN( count + count / 2, sizeof( QV_OBJ * ) ) );
-    qvMemCopyN( sorted, objs, count, sizeof( QV_OBJ * ) );
-    Sorting< Order >( sorted, count, sorted + count, order ).run( ordered );
-
-    qv::goOnWith( vec, held );
-    qv::makePrivate( vec, qvVectorCreateFrom );
-    qvMemCopyN( qv::objs( *vec ) + offset, sorted, count, sizeof( QV_OBJ * ) );
-    qvMemFree( sorted );
-}
-
-// Comparing objects of these sorts with any others calls no function of another family.
-bool comparesInside( QV_SORT *sort )
-{
-    return sort == &qv___sort_QV_STRING || sort == &qv___sort_QV_BOXED_INT;
-}
-
-// Calls `use` with an order that is that of qvObjCompare() for these objects.
-template< class Use >
-auto withOrderOf( QV_OBJ *const *objs, QV_INT count, const Use &use )
-{
-    QV_SORT *sort = count > 0 ? objs[0]->sort : nullptr;
-    bool     alike =
-        comparesInside( sort ) && std::all_of( objs, objs + count, [&]( QV_OBJ *each ) { return each->sort == sort; } );
-
-    return !alike ? use( ByObject() ) : sort == &qv___sort_QV_STRING ? use( ByText() ) : use( ByInteger() );
+    orderItems( vec, held, offset, count, ordered, order );
 }
 
 template< class Order >
@@ -323,10 +443,11 @@ QV_BOOL isOrdered( QV_VECTOR *vec, const Order &order )
 template< class Order >
 QV_INT search( QV_VECTOR *vec, QV_OBJ *obj, QV_BOOL *found, const Order &order )
 {
-    QV_INT idx = countOfFirst( qv::objs( vec ), vec->length, [&]( QV_OBJ *each ) { return order( each, obj ) < 0; } );
+    QV_INT idx =
+        countOfFirst( qv::objs( vec ), vec->length, [&]( QV_OBJ *each ) { return order.orderOf( each, obj ) < 0; } );
 
     if( found )
-        *found = idx < vec->length && order( qv::objs( vec )[idx], obj ) == 0 ? QV_TRUE : QV_FALSE;
+        *found = idx < vec->length && order.orderOf( qv::objs( vec )[idx], obj ) == 0 ? QV_TRUE : QV_FALSE;
 
     return idx;
 }
@@ -357,8 +478,7 @@ void qvVectorOrderInner( QV_VECTOR **vec, QV_INT offset, QV_INT count )
     QV_CHECK( QV_INT_ADD_OK( offset, count ) );
     QV_CHECK_AS( offset + count <= ( *vec )->length, "offset + count <= (*vec)->length" );
 
-    withOrderOf(
-        qv::objs( *vec ) + offset, count, [&]( const auto &order ) { orderElements( vec, offset, count, order ); } );
+    orderElements( vec, offset, count, ByObject() );
 }
 
 void qvVectorOrderInnerBy( QV_VECTOR **vec, QV_INT offset, QV_INT count, QV_VECTOR_COMPARE_FUNC compare, void *data )
