@@ -210,7 +210,8 @@ inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const qv::Dige
     if( lo == run->length || items[lo].digest != digest.number )
         return { 0, lo, false, true, digest.number };
 
-    if( digest.whole )
+    // No other text has the number, or the key is the very one that is stored.
+    if( digest.whole || items[lo].key == key )
         return { 0, lo, true };
 
     // As a rule one key has the number. Where more have, the last of them is looked for in steps that double.
