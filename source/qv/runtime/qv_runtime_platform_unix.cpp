@@ -213,7 +213,9 @@ QV_MODULE *findModule( void *file, QV_STRING *moduleName, qv::ErrorDetails why )
 
     if( entry && entry != reinterpret_cast< void * >( qvRuntimeTryLoadModule ) )
     {
-        refuse( "bound to another copy of the library" );
+        why.code   = QV_ERROR_BAD_MODULE;
+        why.reason = "it is bound to another copy of the library";
+        refuse( "bound to another copy of the library", why );
         return nullptr;
     }
 
