@@ -20,6 +20,16 @@ install(
     PATTERN "*_private.h" EXCLUDE
 )
 
+# What gdb prints objects with; it finds that by the whole path of the library.
+set( MORVANE_GDB_LIBDIR "\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}" CACHE STRING
+                        "The folder of the library when it is used, where that is not the one it is installed into"
+)
+install(
+    FILES "${PROJECT_SOURCE_DIR}/share/gdb/libmorvane-qv-gdb.py"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load/${MORVANE_GDB_LIBDIR}"
+    RENAME "libmorvane-qv.so.${PROJECT_VERSION}-gdb.py"
+)
+
 if( MORVANE_PRINTED )
     install( DIRECTORY "${MORVANE_PRINTED}/man1" DESTINATION "${CMAKE_INSTALL_MANDIR}" )
     install( FILES "${MORVANE_PRINTED}/bash/morvane" DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" )

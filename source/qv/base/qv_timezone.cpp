@@ -26,7 +26,7 @@ const char *findTranslation( std::span< const Row > rows, QV_STRING *name )
         return -qv::order( qv::chars( name ), name->length, reinterpret_cast< const uint8_t * >( other ), length );
     };
 
-    auto [idx, found] = qv::bisect( QV_INT( -1 ), std::ssize( rows ), orderAt );
+    auto [idx, found] = qv::bisect( QV_INT( -1 ), QV_INT( std::ssize( rows ) ), orderAt );
     return found ? names + rows[idx].translation : nullptr;
 }
 
