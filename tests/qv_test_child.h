@@ -63,10 +63,10 @@ Ending inChild( Body body )
     waitpid( child, &status, 0 );
     ending.signal = WIFSIGNALED( status ) ? WTERMSIG( status ) : 0;
     ending.status = WIFEXITED( status ) ? WEXITSTATUS( status ) : -1;
-#ifdef QV_TEST_EMULATED // by a process that names the signal itself
+
+    // An emulator names the signal itself.
     if( ending.signal )
-        ending.errors.resize( std::min( ending.errors.rfind( "qemu: " ), ending.errors.size() ) );
-#endif
+        ending.errors.resize( std::min( ending.errors.rfind( "qemu: uncaught " ), ending.errors.size() ) );
 
     return ending;
 }

@@ -25,8 +25,8 @@ TEST( Misuse, IsReported )
           "uniList[uni] == IN_USE" },
         { [] { qv___UniqueGet(), qv___UniquePut( 1 << 30 ); }, "uni < uniListSize" },
 #if !defined( __SANITIZE_ADDRESS__ ) && !defined( __SANITIZE_THREAD__ )
-        { [] { qvMemAlloc( QV_INT_MAX ); }, "res" },
-        { [] { qvMemRealloc( nullptr, QV_INT_MAX ); }, "res" },
+        { [] { qvMemAlloc( QV_INT( SIZE_MAX / 2 ) ); }, "res" },
+        { [] { qvMemRealloc( nullptr, QV_INT( SIZE_MAX / 2 ) ); }, "res" },
 #endif
     } );
 
