@@ -5,29 +5,11 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-static const char USAGE[] = "Usage: wordcount [OPTION...] [FILE...]\n"
-                            "  -e, --encoding           the charset of the files, else UTF-8\n"
-                            "  -n, --top                how many words to show, else 10; -1 for all\n"
-                            "  -c, --config             a document with encoding and top instead\n";
-
 /* An entry of the Dict, by its index. */
 typedef struct
 {
     QV_INT count, index;
 } ENTRY;
-
-static void printToStandardOutput( const QV_CHAR *chs, QV_INT length )
-{
-    QV_INT size = qvCharsConvertToUtf8( NULL, 0, chs, length, QV_FALSE );
-
-    if( size > 0 )
-    {
-        char *text = qvMemAlloc( size );
-        qvCharsConvertToUtf8( text, size, chs, length, QV_FALSE );
-        fwrite( text, 1, (size_t)size, stdout );
-        qvMemFree( text );
-    }
-}
 
 static int higherCountFirst( const void *a, const void *b )
 {
@@ -122,115 +104,98 @@ static void printTop( QV_DICT *counts, QV_INT top )
     qvMemFree( entries );
 }
 
-int main( int argc, char **argv )
+/* Takes what a document has in place of the charset and of the number of words. */
+static QV_BOOL configure( QV_STRING *configuration, QV_STRING **charset, QV_INT *top )
 {
-    qvRuntimeStartup( QV_RUNTIME_FLAG_MINIMAL, printToStandardOutput, "wordcount", "Word counter", "1.0" );
+    QV_BUFFER *bytes = qvFileReadBuffer( configuration, -1 );
+    QV_STORE  *store = bytes ? qvStoreTryDecodeFromTextBuffer( bytes ) : NULL;
+    QV_STRING *value = store ? qvStoreValueCstr( store, "encoding", -1 ) : NULL;
 
-    QV_VECTOR  *arguments = qvVectorCreate(), *files = qvVectorCreate();
-    QV_DICT    *counts  = qvDictCreate();
-    QV_OPT_DEF *def     = qvOptDefCreate();
-    QV_STRING  *charset = qvStringCreateFromCstr( "utf-8", -1 ), *configuration = NULL, *file = NULL;
-    QV_INT      top = 10, encoding = 0, status = 0;
-
-    for( int i = 1; i < argc; i++ )
-        qvVectorAppendStringCstr( &arguments, argv[i], -1 );
-
-    qvOptDefSetArgOnly( &def, 0 );
-    qvOptDefSetShortOpt( &def, U'e', 1 );
-    qvOptDefSetLongOptCstr( &def, "encoding", -1, 1 );
-    qvOptDefSetShortOpt( &def, U'n', 2 );
-    qvOptDefSetLongOptCstr( &def, "top", -1, 2 );
-    qvOptDefSetShortOpt( &def, U'c', 3 );
-    qvOptDefSetLongOptCstr( &def, "config", -1, 3 );
-
-    for( QV_INT id = 1; id <= 3; id++ )
-        qvOptDefSetFlags( &def, id, QV_OPT_FLAG_ARGUMENT );
-
-    QV_OPT_SEQ *seq = qvOptSeqCreate( def, arguments );
-
-    while( qvOptSeqHasNext( seq ) && status == 0 )
-        switch( qvOptSeqNext( seq ) )
-        {
-        case 0:
-            file = qvOptSeqArgString( seq );
-            qvVectorAppendString( &files, file );
-            qvStringRelease( file );
-            break;
-        case 1:
-            qvStringRelease( charset );
-            charset = qvOptSeqArgString( seq );
-            break;
-        case 2:
-            top    = qvOptSeqArgInt( seq );
-            status = qvOptSeqArgIsInt( seq ) ? 0 : 2;
-            break;
-        case 3:
-            if( configuration )
-                qvStringRelease( configuration );
-            configuration = qvOptSeqArgString( seq );
-            break;
-        default:
-            qvPrintFormatCstr( "%~s\n", -1, qvOptSeqError( seq ) );
-            status = 2;
-        }
-
-    if( configuration )
+    if( value )
     {
-        QV_BUFFER *bytes = qvFileReadBuffer( configuration, -1 );
-        QV_STORE  *store = bytes ? qvStoreTryDecodeFromTextBuffer( bytes ) : NULL;
-        QV_STRING *value = store ? qvStoreValueCstr( store, "encoding", -1 ) : NULL;
-
-        if( value )
-        {
-            qvStringRelease( charset );
-            charset = value;
-        }
-
-        if( !store )
-            status = 2;
-        else
-        {
-            if( qvStoreHasValueIntCstr( store, "top", -1 ) )
-                qvStoreValueIntCstr( store, &top, "top", -1 );
-            qvStoreRelease( store );
-        }
-
-        if( bytes )
-            qvBufferRelease( bytes );
-        qvStringRelease( configuration );
+        qvStringRelease( *charset );
+        *charset = value;
     }
 
-    encoding = qvCharsetFromIanaName( charset );
+    if( store && qvStoreHasValueIntCstr( store, "top", -1 ) )
+        qvStoreValueIntCstr( store, top, "top", -1 );
+    if( bytes )
+        qvBufferRelease( bytes );
+    if( store )
+        qvStoreRelease( store );
 
-    if( status != 0 || encoding < 0 )
-    {
-        qvPrintCstr( USAGE, -1 );
-        status = 2;
-    }
+    return store != NULL;
+}
 
-    if( status == 0 && qvVectorLength( files ) == 0 )
-        qvVectorAppendStringCstr( &files, "/dev/stdin", -1 );
+static QV_INT run( QV_VECTOR *files, QV_STRING *charset, QV_INT top )
+{
+    QV_DICT *counts   = qvDictCreate();
+    QV_INT   encoding = qvCharsetFromIanaName( charset ), status = encoding < 0 ? 2 : 0;
 
     for( QV_INT i = 0; i < qvVectorLength( files ) && status == 0; i++ )
     {
-        file   = qvStringFrom( qvVectorObjAt( files, i ) );
-        status = countFile( &counts, file, encoding ) ? 0 : 1;
+        QV_STRING *file = qvStringFrom( qvVectorObjAt( files, i ) );
+        status          = countFile( &counts, file, encoding ) ? 0 : 1;
         qvStringRelease( file );
     }
 
     if( status == 0 )
         printTop( counts, top );
+    else if( encoding < 0 )
+        qvPrintFormatCstr( "there is no charset %s\n", -1, charset );
 
-    qvOptSeqRelease( seq );
-    qvOptDefRelease( def );
-    qvStringRelease( charset );
     qvDictRelease( counts );
-    qvVectorRelease( files );
-    qvVectorRelease( arguments );
+    return status;
+}
+
+static QV_OPTIONS *options;
+
+static QV_INT add( QV_CHAR letter, const char *name, QV_INT type, const char *text, const char *value )
+{
+    QV_INT option = qvOptionsAddCstr( &options, letter, name, -1, type, text, -1 );
+
+    if( value )
+        qvOptionsSetDefaultCstr( &options, option, value, -1 );
+
+    return option;
+}
+
+int main( int argc, char **argv )
+{
+    qvRuntimeStartup( QV_RUNTIME_FLAG_MINIMAL, qvStandardOutputPrint, "wordcount", "Word counter", "1.0" );
+
+    options = qvOptionsCreateCstr( "wordcount", -1, "[FILE...]", -1, "Counts words, the most frequent first.", -1 );
+    QV_INT encoding = add( U'e', "encoding=CHARSET", QV_OPTION_TYPE_TEXT, "the charset of the files", "utf-8" );
+    QV_INT most     = add( U'n', "top=COUNT", QV_OPTION_TYPE_INTEGER, "how many words to show; -1 for all", "10" );
+    QV_INT config   = add( U'c', "config=FILE", QV_OPTION_TYPE_FILE, "a document with encoding and top instead", NULL );
+    QV_INT status   = qvOptionsReadMain( &options, argc, argv );
+
+    if( status < 0 )
+    {
+        QV_VECTOR *files         = qvOptionsWords( options );
+        QV_STRING *charset       = qvOptionsString( options, encoding );
+        QV_STRING *configuration = qvOptionsString( options, config );
+        QV_INT     top           = qvOptionsInt( options, most );
+
+        if( qvVectorLength( files ) == 0 )
+            qvVectorAppendStringCstr( &files, "/dev/stdin", -1 );
+
+        if( configuration && !configure( configuration, &charset, &top ) )
+            qvPrintFormatCstr( "%s: is no document\n", -1, configuration );
+        else
+            status = run( files, charset, top );
+
+        if( configuration )
+            qvStringRelease( configuration );
+        qvStringRelease( charset );
+        qvVectorRelease( files );
+    }
+
+    qvOptionsRelease( options );
     qvRuntimeShutdown();
 
     if( qvSortObjects( qvStringSort() ) )
         printf( "texts are left\n" );
 
-    return (int)status;
+    return status < 0 ? 2 : (int)status;
 }

@@ -7,18 +7,19 @@ int main( int argc, char **argv )
     {
         qv::String  charset = "utf-8", configuration;
         QV_INT      top     = 10;
-        qv::Options options( "wordcount [OPTION...] [FILE...]" );
-        options.add( U'e', "encoding", charset, "the charset of the files, else UTF-8" );
-        options.add( U'n', "top", top, "how many words to show, else 10; -1 for all" );
-        options.add( U'c', "config", configuration, "a document with encoding and top instead" );
-        auto files    = options.read( argc, argv );
+        qv::Options options( "wordcount [OPTION...] [FILE...]", "Counts words, the most frequent first." );
+        options.add( U'e', "encoding=CHARSET", charset, "the charset of the files" );
+        options.add( U'n', "top=COUNT", top, "how many words to show; -1 for all" );
+        options.addFile( U'c', "config=FILE", configuration, "a document with encoding and top instead" );
+        if( auto status = options.main( argc, argv ) )
+            return *status;
         auto config   = configuration.empty() ? qv::Store() : qv::readStore( configuration );
         auto encoding = qv::charsetNamed( ( config ? config->get( "encoding" ) : std::nullopt ).value_or( charset ) );
-        if( auto error = qv::firstError( files, config, encoding ) )
+        if( auto error = qv::firstError( config, encoding ) )
             return qv::print( "%s\n%s", error->text(), options.usage() ), 2;
 
         qv::Dict< qv::String, QV_INT > counts;
-        for( qv::String file : files->empty() ? files->append( "/dev/stdin" ) : *files )
+        for( auto files = options.words(); qv::String file : files.empty() ? files.append( "/dev/stdin" ) : files )
         {
             qv::Lines lines = qv::lines( file, *encoding );
             for( const qv::String &line : lines )
@@ -30,8 +31,7 @@ int main( int argc, char **argv )
 
         std::vector< std::pair< qv::String, QV_INT > > sorted( counts.begin(), counts.end() );
         std::ranges::stable_sort( sorted, std::greater(), []( auto &entry ) { return entry.second; } );
-        sorted.resize(
-            std::min( sorted.size(), static_cast< size_t >( config->get< QV_INT >( "top" ).value_or( top ) ) ) );
+        sorted.resize( std::min( sorted.size(), size_t( config->get< QV_INT >( "top" ).value_or( top ) ) ) );
         for( const auto &[word, count] : sorted )
             qv::print( "%7i %s\n", count, word );
     }

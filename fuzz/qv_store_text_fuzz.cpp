@@ -15,6 +15,20 @@ void decode( const uint8_t *data, size_t size )
     Ref< QV_STORE >  store( qvStoreTryDecodeFromTextBuffer( bytes ) );
     require( store );
 
+    // The strict reader fails exactly if there is a line to tell, of which each lies in the text.
+    Ref< QV_VECTOR > errors( qvVectorCreate() );
+    Ref< QV_STORE >  strict( qvStoreTryDecodeFromTextBufferStrict( bytes ) );
+    require(
+        qvStoreEquals( store, Ref< QV_STORE >( qvStoreTryDecodeFromTextBufferWithErrors( bytes, errors.at() ) ) ) );
+    require( qvVectorLength( errors ) == 0 ? qvStoreEquals( store, strict ) : !strict );
+
+    for( QV_INT i = 0, line = 0; i < qvVectorLength( errors ); i++ )
+    {
+        QV_ERROR *error = qvErrorFrom( qvVectorBacking( errors )[i] );
+        require( qvErrorLine( error ) > line && qvErrorOffset( error ) < static_cast< QV_INT >( size ) );
+        line = qvErrorLine( error );
+    }
+
     Ref< QV_VECTOR > lines( qvStoreEncodeToStringVector( store ) );
     require( qvStoreEquals( store, Ref< QV_STORE >( qvStoreDecodeFromStringVector( lines ) ) ) );
 

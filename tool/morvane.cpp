@@ -19,7 +19,6 @@ using qv::Ref;
 
 namespace
 {
-void ( *afterwards )() = nullptr; // called after the stop of the library, or null
 
 // The tool of a group that a word names, by the rules of the switch: in full or by a unique beginning. Null if there is
 // none.
@@ -118,16 +117,6 @@ QV_BOOL runFound( QV_VECTOR *words, void *context )
 }
 } // namespace
 
-void startRuntime( QV_INT flags, QV_RUNTIME_PRINT_FUNC printFunc )
-{
-    qvRuntimeStartup( flags, printFunc, "morvane", "morvane", nullptr );
-}
-
-void callAfterwards( void ( *func )() )
-{
-    afterwards = func;
-}
-
 void tellVersion()
 {
     Ref< QV_STRING > version( qvRuntimeVersionProductVersion() );
@@ -224,7 +213,7 @@ int main( int argc, char **argv )
     if( isOutputTerminal() )
         printAtOnce();
 
-    startRuntime( tool ? tool->runtimeFlags : QV_RUNTIME_FLAG_MINIMAL, printLine );
+    qvRuntimeStartup( tool ? tool->runtimeFlags : QV_RUNTIME_FLAG_MINIMAL, printLine, "morvane", "morvane", nullptr );
 
     int status = FAILURE;
 
@@ -242,9 +231,6 @@ int main( int argc, char **argv )
     }
 
     qvRuntimeShutdown();
-
-    if( afterwards )
-        afterwards();
 
     return isOutputComplete( tool ? tool->name : nullptr ) ? status : FAILURE;
 }

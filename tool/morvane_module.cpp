@@ -1,13 +1,12 @@
-#include "morvane_loader.h"
 #include "morvane_tool.h"
 
+#include "qv/base/qv_error.h"
 #include "qv/base/qv_store.h"
 #include "qv/qv_tool_private.h"
 #include "qv/runtime/qv_module.h"
 #include "qv/runtime/qv_module_record.h"
 #include "qv/runtime/qv_module_version.h"
 #include "qv/runtime/qv_runtime.h"
-#include "qv/sys/qv_chars.h"
 
 #include <string.h>
 
@@ -19,117 +18,20 @@ namespace
 {
 const char COMMAND[] = "morvane module";
 
-// The start of the line about a refused file that the library prints with QV_RUNTIME_FLAG_MODULE_DEBUG.
-const char FAILURE_LINE[] = "[qv___RuntimePlatformLoadModule()] ";
-
-const struct
+// Complains of a module that could not be opened or loaded, which the last error tells.
+void complainOfModule( QV_STRING *name )
 {
-    const char *line;
-    const char *reason; // null: that of the loader
-} FAILURES[] = {
-    { "dlopen(): null", nullptr },
-    { "dlsym(): null", nullptr },
-    { "qv___ModuleCheckCompatibility(): false", "not made for this product, or its record is not in order" },
-    { "module name invalid", "the file holds a module of another name" },
-};
+    Ref< QV_ERROR >  error( qvErrorLast() );
+    Ref< QV_STRING > failed( qvErrorSubject( error ) ), reason( qvErrorReason( error ) );
+    Ref< QV_STRING > subject( qvStringCreateFromFormatCstr( "%s needs %s", -1, name, failed.get() ) );
 
-// A module whose file is refused, and the one that was to be loaded; empty if there is none.
-const int NAME_SIZE = 33;
-char      refused[NAME_SIZE];
-char      requested[NAME_SIZE];
-
-Ref< QV_STRING > *refusal = nullptr; // the reason, while explainRefusal() runs
-
-// The print hook of a run that opens the file and starts nothing.
-void takeRefusal( const QV_CHAR *chs, QV_INT length )
-{
-    Ref< QV_STRING > line( qvStringCreateFromCharsCopy( chs, length ) );
-
-    if( !qvStringBeginsWithCstr( line, FAILURE_LINE, -1 ) )
-        return;
-
-    qvStringDelLeading( line.at(), sizeof( FAILURE_LINE ) - 1 );
-    const char *reason = loaderReason();
-
-    for( const auto &row : FAILURES )
-        if( row.reason && qvStringEqualsCstr( line, row.line, -1 ) )
-            reason = row.reason;
-
-    if( reason )
-        refusal->reset( qvStringCreateFromCstr( reason, -1 ) );
-}
-
-// Tells why the file was refused, in a run of its own: in another one, modules may print lines of this form too.
-void explainRefusal()
-{
-    startRuntime( QV_RUNTIME_FLAG_MODULE_DEBUG, takeRefusal );
-
-    {
-        Ref< QV_STRING > reason( qvStringCreateFromCstr( "the file cannot be loaded", -1 ) );
-        Ref< QV_STRING > subject( qvStringCreateFromCstr( refused, -1 ) );
-        refusal = &reason;
-        Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( subject ) );
-
-        if( strcmp( requested, refused ) != 0 )
-            subject.reset( qvStringCreateFromFormatCstr( "%lc needs %lc", -1, requested, refused ) );
-
-        complain( COMMAND, subject, reason );
-    }
-
-    qvRuntimeShutdown();
-}
-
-// Makes the process explain the refusal of a module's file at the end of the run. `request` may be a module that needs
-// it.
-void leaveToExplain( QV_STRING *name, QV_STRING *request )
-{
-    qvCharsConvertToCstr( refused, NAME_SIZE, qvStringBacking( name ), qvStringLength( name ), QV_TRUE );
-    qvCharsConvertToCstr( requested, NAME_SIZE, qvStringBacking( request ), qvStringLength( request ), QV_TRUE );
-    callAfterwards( explainRefusal );
-}
-
-// The module that made the load of another one fail, itself or one that it needs: in the order of a load, the first
-// that is not loaded although all that it needs is, or whose file is refused.
-Ref< QV_STRING > culprit( QV_STRING *name, bool *isRefused )
-{
-    Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( name ) );
-    *isRefused = !module;
-
-    if( !module )
-        return Ref< QV_STRING >::share( name );
-
-    Ref< QV_STRING > deps( qvStringCreateFromCstr( module->moduleRecord->deps, -1 ) );
-    Ref< QV_VECTOR > needed( qvStringSplitChar( deps, U' ', -1 ) );
-
-    for( QV_INT i = 0; i < qvVectorLength( needed ); i++ )
-    {
-        Ref< QV_STRING > other = wordAt( needed, i );
-
-        if( qvStringLength( other ) > 0 && !Ref< QV_MODULE >( qvRuntimeModule( other ) ) )
-            return culprit( other, isRefused );
-    }
-
-    return Ref< QV_STRING >::share( name );
-}
-
-bool load( QV_STRING *name )
-{
-    if( qvRuntimeTryLoadModule( name ) )
-        return true;
-
-    bool             isRefused;
-    Ref< QV_STRING > failed  = culprit( name, &isRefused );
-    Ref< QV_STRING > subject = Ref< QV_STRING >::share( name );
-
-    if( !qvStringEquals( name, failed ) )
-        subject.reset( qvStringCreateFromFormatCstr( "%s needs %s", -1, name, failed.get() ) );
-
-    if( isRefused )
-        leaveToExplain( failed, name );
+    // The reason of a module that another one needs begins with both names.
+    if( qvStringBeginsWith( reason, subject ) )
+        qvStringDelLeading( reason.at(), qvStringLength( subject ) + static_cast< QV_INT >( strlen( ": " ) ) );
     else
-        complain( COMMAND, subject, "it did not start" );
+        subject = Ref< QV_STRING >::share( name );
 
-    return false;
+    complain( COMMAND, subject, reason );
 }
 
 bool isName( QV_STRING *word )
@@ -195,7 +97,7 @@ int showModule( const Arguments &arguments )
 
     if( !module )
     {
-        leaveToExplain( name, name );
+        complainOfModule( name );
         return FAILURE;
     }
 
@@ -210,8 +112,14 @@ int runModule( const Arguments &arguments )
     // So what a module writes itself and what it prints come out in their order.
     printAtOnce();
 
-    if( !isName( name ) || !load( name ) )
+    if( !isName( name ) )
         return FAILURE;
+
+    if( !qvRuntimeTryLoadModule( name ) )
+    {
+        complainOfModule( name );
+        return FAILURE;
+    }
 
     Ref< QV_MODULE > module( qvRuntimeModule( name ) );
 

@@ -3,7 +3,7 @@
 #include "morvane_tool.h"
 
 #include "qv/base/qv_buffer.h"
-#include "qv/base/qv_decoder.h"
+#include "qv/base/qv_error.h"
 #include "qv/base/qv_store.h"
 #include "qv/charset/qv_charset.h"
 #include "qv/io/qv_buffer_byte_source.h"
@@ -26,44 +26,6 @@ const char COMMAND[] = "morvane store";
 
 const QV_INT ALL_LINE_ENDS = QV_NLF_FLAG_LF | QV_NLF_FLAG_CR | QV_NLF_FLAG_CRLF | QV_NLF_FLAG_NEL | QV_NLF_FLAG_VT
                              | QV_NLF_FLAG_FF | QV_NLF_FLAG_LS | QV_NLF_FLAG_PS;
-
-const char BROKEN[] = "truncated, or no document in binary form";
-
-// Why data is not a document in binary form, or null. Reads it in the order of the library's reader.
-const char *binaryProblem( QV_DECODER *decoder, int depth )
-{
-    if( depth == QV_STORE_MAX_DEPTH )
-        return "nested too deep";
-
-    QV_INT count;
-
-    if( !qvDecoderTryDecodeInt( decoder, &count ) )
-        return BROKEN;
-
-    for( QV_INT i = 0; i < count; i++ )
-    {
-        QV_BOOL present;
-
-        if( !qvDecoderTryDecodeString( decoder, nullptr ) || !qvDecoderTryDecodeOptionalString( decoder, nullptr )
-            || !qvDecoderTryDecodeBool( decoder, &present ) )
-            return BROKEN;
-
-        if( const char *problem = present ? binaryProblem( decoder, depth + 1 ) : nullptr )
-            return problem;
-    }
-
-    return nullptr;
-}
-
-const char *binaryProblem( QV_BUFFER *bytes )
-{
-    Ref< QV_DECODER > decoder( qvDecoderCreate( bytes ) );
-
-    if( const char *problem = binaryProblem( decoder, 0 ) )
-        return problem;
-
-    return qvDecoderRemaining( decoder ) > 0 ? "bytes behind the end of the document" : nullptr;
-}
 
 // True for documents in binary form, cut ones too: they begin with an integer and that with its length, from 0 to 8.
 bool isBinary( QV_BUFFER *bytes )
@@ -111,10 +73,8 @@ Ref< QV_STORE > readStore( QV_STRING *fn, bool binary )
 
     Ref< QV_STORE > store( binary ? qvStoreTryDecodeFromBuffer( bytes ) : qvStoreTryDecodeFromTextBuffer( bytes ) );
 
-    const char *problem = store || !binary ? nullptr : binaryProblem( bytes );
-
     if( !store )
-        complain( COMMAND, fn, problem ? problem : binary ? BROKEN : "no document in text form" );
+        complain( COMMAND, fn, Ref< QV_STRING >( qvErrorReason( Ref< QV_ERROR >( qvErrorLast() ) ) ) );
 
     return store;
 }

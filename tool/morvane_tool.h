@@ -88,9 +88,6 @@ void complain( const Tool &tool, const char *reason );
 void complain( const Tool &tool, QV_STRING *subject, const char *reason );
 /** @} */
 
-/** Starts the library for the executable. */
-void startRuntime( QV_INT flags, QV_RUNTIME_PRINT_FUNC printFunc );
-
 /** Prints "prefix: subject: reason" as a line on the standard error stream. */
 void complain( const char *prefix, QV_STRING *subject, const char *reason );
 void complain( const char *prefix, QV_STRING *subject, QV_STRING *reason );
@@ -98,9 +95,6 @@ void complain( const char *prefix, QV_STRING *subject, QV_STRING *reason );
 /** Runs the tool of a group that the first argument names, and returns its exit status. `help` lists the tools. Wrong
     arguments show the usage of the tool, or the list if no tool is named. */
 int runTool( const char *group, QV_VECTOR *argv );
-
-/** Has a function called after the stop of the library. */
-void callAfterwards( void ( *func )() );
 
 /** Prints the version of the product. */
 void tellVersion();

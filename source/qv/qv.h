@@ -32,6 +32,7 @@
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_encoder.h"
 #include "qv/base/qv_enum.h"
+#include "qv/base/qv_error.h"
 #include "qv/base/qv_flagset.h"
 #include "qv/base/qv_format.h"
 #include "qv/base/qv_format_args.h"
@@ -44,6 +45,7 @@
 #include "qv/base/qv_nanoseconds.h"
 #include "qv/base/qv_opt_def.h"
 #include "qv/base/qv_opt_seq.h"
+#include "qv/base/qv_options.h"
 #include "qv/base/qv_priority_map.h"
 #include "qv/base/qv_random.h"
 #include "qv/base/qv_range_map.h"
@@ -76,6 +78,7 @@
 #include "qv/io/qv_nlf_line_sink.h"
 #include "qv/io/qv_nlf_line_source.h"
 #include "qv/io/qv_print.h"
+#include "qv/io/qv_standard.h"
 #include "qv/io/qv_string_char_sink.h"
 #include "qv/io/qv_string_char_source.h"
 
@@ -87,5 +90,6 @@
 #include "qv/unicode/qv_unicode_normalizer.h"
 #include "qv/unicode/qv_unicode_properties.h"
 #include "qv/unicode/qv_unicode_script.h"
+#include "qv/unicode/qv_unicode_width.h"
 
 #endif

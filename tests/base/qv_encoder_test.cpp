@@ -27,6 +27,34 @@ TEST( Decoder, NestedIntsHaveALimit )
     }
 }
 
+TEST( Decoder, ReadsAllThatIsAskedForOrFails )
+{
+    Ref< QV_BUFFER > buf          = buffer( "abcdef" );
+    Ref< QV_BUFFER > dest         = buffer( "-" );
+    char             bytesRead[4] = {};
+    uint8_t          byte         = 9;
+    QV_CHAR          chs[2]       = {};
+
+    Ref< QV_DECODER > dec( qvDecoderCreate( buf ) );
+    EXPECT_TRUE( qvDecoderTryReadBytes( dec, bytesRead, 2 ) && qvDecoderTryReadByte( dec, &byte ) );
+    EXPECT_STREQ( "ab", bytesRead );
+    EXPECT_EQ( 'c', byte );
+    EXPECT_TRUE( qvDecoderTryRead( dec, dest.at(), 2 ) );
+    EXPECT_FALSE( qvDecoderTryRead( dec, dest.at(), 2 ) );
+    EXPECT_EQ( "-de", bytes( dest ) );
+
+    // Nothing gets through after an error, though there is a byte left.
+    EXPECT_FALSE( qvDecoderTryReadByte( dec, &byte ) || qvDecoderTryReadBytes( dec, nullptr, 0 ) );
+    EXPECT_EQ( 0, byte );
+    EXPECT_EQ( 6, qvDecoderOffset( dec ) );
+    EXPECT_EQ( 0, qvDecoderRemaining( dec ) );
+
+    // Characters of which the second is cut off.
+    Ref< QV_DECODER > cut( qvDecoderCreate( buffer( "a\x80\x20" ) ) );
+    EXPECT_FALSE( qvDecoderTryDecodeChars( cut, chs, 2 ) );
+    EXPECT_TRUE( qvDecoderError( cut ) );
+}
+
 // What the Buffer of a document declares is what its entries make it declare, one append each.
 TEST( Encoder, DocumentsDeclareWhatTheirEntriesDo )
 {

@@ -117,6 +117,8 @@ TEST( Time, ShiftsAtTheEdges )
         { { 2024, 2, 29 }, qvTimeShiftYears, 1, "UTC 2025-03-01 00:00:00 (Saturday)" },
         { { 2096, 2, 29, 1, 2, 3 }, qvTimeShiftYears, 4, "UTC 2100-03-01 01:02:03 (Monday)" },
         { { 2024, 1, 31 }, qvTimeShiftMonths, 1, "UTC 2024-03-01 00:00:00 (Friday)" },
+        { { 2023, 11, 30 }, qvTimeShiftMonths, 3, "UTC 2024-03-01 00:00:00 (Friday)" },
+        { { 2023, 6, 15 }, qvTimeShiftMonths, 19, "UTC 2025-01-15 00:00:00 (Wednesday)" },
         { { 2024, 1, 15 }, qvTimeShiftMonths, -25, "UTC 2021-12-15 00:00:00 (Wednesday)" },
         // A day that the month doesn't have is the last one on the way on, and counts on the way back.
         { { 2023, 2, 31 }, qvTimeShiftMonths, 0, "UTC 2023-03-01 00:00:00 (Wednesday)" },

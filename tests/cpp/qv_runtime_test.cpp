@@ -30,8 +30,8 @@ TEST( Lines, ComeFromFilesAndTexts )
     EXPECT_EQ( "a\r|b|", readAll( qv::linesOf( "a\r\nb\n", QV_NLF_FLAG_LF ) ) );
 
     std::string strict = readAll( qv::lines( path, QV_CHARSET_UTF_8, QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER ) );
-    EXPECT_THAT( strict, testing::MatchesRegex( "(a\\|)?!.*lines:[12]: cannot be read" ) );
-    EXPECT_THAT( readAll( qv::lines( "/nowhere/x" ) ), "!/nowhere/x: cannot be opened" );
+    EXPECT_THAT( strict, testing::MatchesRegex( "a\\|!.*lines:2: bytes that are no text in .*" ) );
+    EXPECT_THAT( readAll( qv::lines( "/nowhere/x" ) ), "!/nowhere/x: cannot be opened: No such file or directory" );
 }
 
 TEST( Results, HoldAValueOrAnError )
@@ -39,30 +39,60 @@ TEST( Results, HoldAValueOrAnError )
     qv::String path( qv::test::path( "result.conf" ) );
 
     EXPECT_FALSE( qv::writeFile( path, qv::Buffer( "a=1\n" ) ) );
-    EXPECT_EQ( "/nowhere/x: cannot be written", qv::writeFile( "/nowhere/x", {} )->text() );
+    EXPECT_EQ( "/nowhere/x: cannot be opened: No such file or directory", qv::writeFile( "/nowhere/x", {} )->text() );
     EXPECT_EQ( qv::readStore( path )->get< int >( "a" ), 1 );
 
     qv::Result< qv::Buffer > bytes = qv::readFile( path ), none = qv::readFile( "/nowhere/x" );
     EXPECT_EQ( 4, bytes->size() );
-    EXPECT_EQ( "/nowhere/x: cannot be read", none.error().text() );
+    EXPECT_EQ( "/nowhere/x: cannot be opened: No such file or directory", none.error().text() );
+    EXPECT_EQ( QV_ERROR_NOT_FOUND, none.error().code );
     EXPECT_EQ( none.error().text(), qv::firstError( bytes, none, bytes )->text() );
     EXPECT_FALSE( qv::firstError( bytes, bytes ) );
     EXPECT_EQ( 0, std::move( none ).valueOr( {} ).size() );
     EXPECT_BROKEN( (void)qv::readFile( "/nowhere/x" )->size(), "value" );
     EXPECT_BROKEN( (void)bytes.error(), "error" );
-    EXPECT_EQ( "7@9: bad", ( qv::Error{ "bad", {}, 7, 9 }.text() ) );
+    EXPECT_EQ( "line 7: bad", ( qv::Error{ "bad", {}, 7, 9 }.text() ) );
     EXPECT_FALSE( qv::readFile( path, 3 ) );
+}
+
+TEST( Results, OfDocumentsTellTheLinesThatWereNotUnderstood )
+{
+    qv::String               path( qv::test::path( "strict.conf" ) );
+    std::vector< qv::Error > skipped;
+    ASSERT_FALSE( qv::writeFile( path, qv::Buffer( "a=1\n\nport 80\n#x\n\xff=2\n" ) ) );
+
+    EXPECT_EQ( *qv::readStore( path ), *qv::readStore( path, skipped ) );
+    ASSERT_EQ( 2u, skipped.size() );
+    EXPECT_EQ( path + ":3: neither . nor = follows an address", skipped[0].text() );
+    EXPECT_EQ( "port 80", skipped[0].subject );
+    EXPECT_EQ( 5, skipped[1].line );
+    EXPECT_EQ( skipped[0].text(), qv::readStoreStrict( path ).error().text() );
+    EXPECT_EQ( 5, qv::parseStoreStrict( qv::Buffer( "a=1\n\nb" ) ).error().offset );
+    EXPECT_TRUE( qv::parseStore( qv::Buffer( "b" ), skipped )->empty() && skipped.size() == 3 );
+    EXPECT_EQ( QV_ERROR_BAD_DOCUMENT, qv::parseStoreBinary( qv::Buffer( "x" ) ).error().code );
+    EXPECT_EQ( QV_ERROR_NOT_FOUND, qv::readStoreBinary( "/nowhere/x" ).error().code );
 }
 
 TEST( Options, SetVariablesAndTellWhatIsWrong )
 {
-    qv::String  name;
-    QV_INT      count = 0;
-    QV_REAL     share = 0;
-    bool        all   = false;
-    qv::Options options( "test WORD..." );
-    options.add( U'a', "all", all, "all of it" ).add( U'n', "name", name, "the name" );
-    options.add( U'c', "count", count, "how many" ).add( U'\0', "share", share, "how much" );
+    enum class Form : uint8_t
+    {
+        NFC,
+        NFD
+    };
+
+    qv::String                name  = "none";
+    uint8_t                   count = 3;
+    std::optional< double >   share;
+    std::chrono::milliseconds wait( 7 );
+    Form                      form = Form::NFC;
+    qv::Vector< qv::String >  paths;
+    bool                      all = false;
+    qv::Options               options( "test [OPTION...] WORD...", "Tests." );
+    options.add( U'a', "all", all, "all of it" ).add( U'n', "name=TEXT", name, "the name" );
+    options.add( U'c', "count", count, "how many" ).add( U'\0', "share", share, "how much" ).realRange( 0, 1 );
+    options.group( "More" ).add( U'w', "wait=TIME", wait, "how long" ).add( U'f', "form=nfc|nfd", form, "which form" );
+    options.add( U'p', "path=FOLDER", paths, "where" ).once().hidden();
 
     auto read = [&]( std::vector< std::string > words ) -> std::string
     {
@@ -75,12 +105,22 @@ TEST( Options, SetVariablesAndTellWhatIsWrong )
         return rest ? rest->str() : rest.error().text().str();
     };
 
-    EXPECT_EQ( "<x, -y>", read( { "-an", "Ω", "x", "--count=0x10", "--share", "0.5", "--", "-y" } ) );
-    EXPECT_EQ( "Ω", name );
-    EXPECT_TRUE( all && count == 16 && share == 0.5 );
-    EXPECT_EQ( "many is no number", read( { "-c", "many" } ) );
-    EXPECT_EQ( "--none: option undefined", read( { "--none" } ) );
-    EXPECT_EQ( "Usage: test WORD...\n  -a, --all                all of it\n", options.usage().part( 0, 57 ) );
+    EXPECT_EQ(
+        "<x, -y>", read( { "-an", "\u03a9", "x", "--count=0x10", "-w2s", "--form", "nfd", "-p/", "--", "-y" } ) );
+    EXPECT_EQ( "\u03a9", name );
+    EXPECT_TRUE( all && count == 16 && !share && wait.count() == 2000 && form == Form::NFD );
+    EXPECT_EQ( "<x>", read( { "x", "--share", "0.5" } ) );
+    EXPECT_TRUE( share == 0.5 && count == 16 );
+    EXPECT_EQ( "</>", paths.str() );
+    EXPECT_EQ( "--count: '256' is not an integer from 0 to 255", read( { "-c", "1", "-c", "256" } ) );
+    EXPECT_EQ( "too few arguments", read( { "-c4" } ) );
+    EXPECT_EQ( 16, count ); // nothing changes after a mistake
+    EXPECT_EQ(
+        "Usage: test [OPTION...] WORD...\n\nTests.\n\nOptions:\n"
+        "  -a, --all           all of it\n  -n, --name=TEXT     the name; none by default\n"
+        "  -c, --count=VALUE   how many; 3 by default\n      --share=VALUE   how much\n\nMore:\n"
+        "  -w, --wait=TIME     how long\n  -f, --form=nfc|nfd  which form\n",
+        options.usage().str() );
 }
 
 TEST( Runtime, TellsWhatIsLeftBySort )
@@ -104,5 +144,23 @@ TEST( Runtime, TellsWhatIsLeftBySort )
             qv::print( "%s\n", "to nowhere" );
             qvStringRelease( forgotten );
             EXPECT_TRUE( again.stop().empty() );
+        } );
+}
+
+TEST( PrintHooks, ReceiveWhatIsPrinted )
+{
+    qv::test::withoutLibrary(
+        []
+        {
+            qv::Runtime    run( "test", nullptr, nullptr, QV_RUNTIME_FLAG_MINIMAL );
+            std::u32string outer, inner;
+            qv::PrintHook  hook( [&]( std::u32string_view text ) { outer += text; } );
+            qv::print( "%i", 1 );
+            {
+                qv::PrintHook other( [&]( std::u32string_view text ) { inner += text; } );
+                qv::print( "%i", 2 );
+            }
+            qv::print( "%i", 3 );
+            EXPECT_TRUE( outer == U"13" && inner == U"2" );
         } );
 }

@@ -101,6 +101,8 @@ std::string qv::test::shownObject( QV_OBJ *object )
         each( qvStoreEncodeToStringVector( as< QV_STORE >( object ) ) );
     else if( sort == qvToolSwitchSort() )
         each( qvToolSwitchToolsVector( as< QV_TOOL_SWITCH >( object ) ) );
+    else if( sort == qvOptionsSort() )
+        result = take( qvOptionsUsage( as< QV_OPTIONS >( object ), 80 ) );
     else if( sort == qvEnumSort() || sort == qvFlagsetSort() || sort == qvOptDefSort() )
         for( const char *name : { "A", "B", "AA", "AB", "BA", "BB", "a", "b", "aa", "ab", "ba", "bb" } )
             result += std::to_string(
@@ -282,6 +284,8 @@ void Arguments::object( Argument &argument, const std::string &family )
                 qvEnumSetEnumerantCstr( reinterpret_cast< QV_ENUM ** >( &made ), name, -1, below( 5 ) );
             else if( family == "FLAGSET" )
                 qvFlagsetSetFlagCstr( reinterpret_cast< QV_FLAGSET ** >( &made ), name, -1, 1 << below( 5 ) );
+            else if( family == "OPTIONS" )
+                qvOptionsAddCstr( reinterpret_cast< QV_OPTIONS ** >( &made ), 0, name, -1, 1, "", -1 );
             else if( family == "TOOL_SWITCH" )
                 qvToolSwitchSetToolCstr( reinterpret_cast< QV_TOOL_SWITCH ** >( &made ), name, -1, nullptr );
 
@@ -338,8 +342,9 @@ QV_INT Arguments::number( const std::string &type, const std::string &name )
            : name == "blocked"                                               ? 0
            : type == "QV_BOOL"                                               ? below( 2 )
            : name == "base"                                                  ? 10
+           : name == "option"                                                ? below( 3 )
            : name == "charset"                                               ? QV_CHARSET_UTF_8
-           : has( name, "condition" )                                        ? 1
+           : has( name, "condition" ) || name == "code"                      ? 1
            : name == "nlfFlags"                                              ? QV_NLF_FLAG_LF
            : has( name, "illisec" ) || has( name, "lags" ) || name == "skip" ? 0
                                                                              : below( 4 );

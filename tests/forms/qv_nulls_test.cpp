@@ -15,7 +15,7 @@ namespace
 const std::regex MAY_BE_NULL( "qv(?!\\w+(Insert|Append|Prepend|IndexOf|Has|From)Obj)\\w+(Obj|From) "
                               "obj|qv(Alertable|Signalable|Timer)Create arg|qvThreadTrySpawn(|Cstr|Wcstr) argument|"
                               "qvDecoderTryDecode\\w+ \\*?value|qvEncoderEncodeOptional\\w+ (qvs|buf|store|vec)|"
-                              "qvSleepTimed sig|qvDirectoryContent suffix" );
+                              "qvSleepTimed sig|qvDirectoryContent suffix|qvErrorCreate path" );
 
 // Reported for another reason, since the thread of a test is encapsulated already; and sleeping for ever.
 #ifdef __SANITIZE_THREAD__ // under which a copy of a process can start no threads

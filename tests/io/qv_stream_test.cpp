@@ -2,6 +2,8 @@
 
 #include "qv_test_stream.h"
 
+#include "qv/io/qv_buffer_byte_source.h"
+
 using qv::Ref;
 using namespace qv::test;
 
@@ -71,6 +73,28 @@ TEST( Source, OnlyAShortReadOrAFailureMeetsTheEnd )
 }
 
 // Also of sources whose callbacks tell more or less than is true.
+TEST( Source, WhatCannotSkipIsRead )
+{
+    SourceLog< Bytes >    log{ .data = std::string( 9999, '-' ) + "z" };
+    Ref< QV_BYTE_SOURCE > source = log.source();
+    char                  last   = 0;
+
+    EXPECT_EQ( 9999, qvByteSourceSkip( source, 9999 ) );
+    EXPECT_THAT( log.limits, testing::ElementsAre( 4096, 4096, 1807 ) );
+    EXPECT_EQ( 1, qvByteSourceReadBytes( source, &last, 1 ) );
+    EXPECT_EQ( 'z', last );
+    EXPECT_EQ( 0, qvByteSourceSkip( source, -1 ) );
+    EXPECT_EQ( QV_TRUE, qvByteSourceEnd( source ) );
+
+    Ref< QV_BUFFER_BYTE_SOURCE > bbs( qvBufferByteSourceCreate( buffer( "0123456789" ) ) );
+    Ref< QV_BYTE_SOURCE >        ofBuffer( qvBufferByteSourceByteSource( bbs ) );
+    EXPECT_EQ( 3, qvByteSourceSkip( ofBuffer, 3 ) );
+    EXPECT_EQ( 1, qvByteSourceReadBytes( ofBuffer, &last, 1 ) );
+    EXPECT_EQ( '3', last );
+    EXPECT_EQ( 6, qvByteSourceSkip( ofBuffer, 7 ) );
+    EXPECT_EQ( QV_TRUE, qvByteSourceEnd( ofBuffer ) );
+}
+
 TEST( Misuse, IsReported )
 {
     static Ref< QV_BUFFER >   six = buffer( "123456" );

@@ -8,6 +8,7 @@ import os
 import pathlib
 import subprocess
 import sys
+import unicodedata
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 SOURCES = ROOT / "source" / "qv"
@@ -31,6 +32,11 @@ if generated("unicode_tables.py", folder / f"ucd-{unicode_version}") != unicode_
     outdated.append("unicode")
 if generated("timezone_tables.py", folder) != (SOURCES / "base" / "qv_timezone_tables.cpp").read_bytes():
     outdated.append("time zone")
+
+# Its data is that of Python.
+widths = (SOURCES / "unicode" / "qv_unicode_width_tables.cpp").read_bytes()
+if unicodedata.unidata_version.encode() in widths.split(b"\n", 1)[0] and generated("width_tables.py", folder) != widths:
+    outdated.append("width")
 
 charsets = generated("charset_tables.py", folder)
 committed = [path.read_bytes() for path in (SOURCES / "charset").glob("*.cpp")]

@@ -73,6 +73,19 @@ cmake --build "$scratch/project/build" >/dev/null
 "$scratch/project/build/first-c" | cmp - "$scratch/out-c"
 "$scratch/project/build/first-cpp" | cmp - "$scratch/out-cpp"
 
+echo "== manual and examples"
+python3 "$repository/docs/manual/listings.py" installed "$prefix"
+cmake -S "$prefix/share/doc/morvane/examples" -B "$scratch/examples" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake --build "$scratch/examples" >/dev/null
+echo 'one two one' >"$scratch/words"
+printf '      2 one\n      1 two\n' >"$scratch/expected"
+for wordcount in wordcount wordcount_c; do
+    "$scratch/examples/$wordcount" "$scratch/words" | cmp - "$scratch/expected"
+done
+XZ_MORVANE_BIN_PATH="$scratch/examples" "$scratch/examples/product" reminder_c "$repository/examples/reminder.conf" \
+    >"$scratch/reminded"
+test -s "$scratch/reminded"
+
 echo "== modules"
 mkdir -p "$scratch/product/modules"
 cp "$scratch/greeter.c" "$scratch/product/modules/greeter.c"

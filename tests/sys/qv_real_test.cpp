@@ -5,6 +5,7 @@
 
 #include <bit>
 #include <cmath>
+#include <limits>
 #include <random>
 
 TEST( Real, TheToleranceIsAbsolute )
@@ -29,6 +30,20 @@ TEST( Real, RoundingGoesTowardsZeroAndSaturates )
     EXPECT_EQ( QV_INT_MIN, qvRealToInt( -9223372036854775808.0 ) );
     EXPECT_EQ( 9223372036854774784, qvRealToInt( std::nextafter( 9223372036854775808.0, 0.0 ) ) );
     EXPECT_EQ( QV_INT_MAX, qvRealToInt( 1e19 ) );
+}
+
+TEST( Real, IntegersBecomeRealsToBeCompared )
+{
+    EXPECT_TRUE( qvRealEqualsInt( 9007199254740992.0, 9007199254740993 ) );
+    EXPECT_FALSE( qvRealEqualsInt( 9007199254740992.0, 9007199254740991 ) );
+    EXPECT_EQ( -1, qvRealCompareInt( -0.5, 0 ) );
+    EXPECT_EQ( 1, qvRealCompareInt( 9.3e18, QV_INT_MAX ) );
+    EXPECT_EQ( 1, qvRealCompareInt( NAN, QV_INT_MAX ) );
+
+    for( QV_REAL wrong : { NAN, INFINITY, -INFINITY } )
+        EXPECT_FALSE( qvRealIsFinite( wrong ) || qvRealOk( wrong ) );
+
+    EXPECT_TRUE( qvRealIsFinite( -std::numeric_limits< QV_REAL >::max() ) && qvRealOk( -0.0 ) );
 }
 
 TEST( Real, MultiplyAddRoundsOnce )

@@ -68,8 +68,9 @@ TEST( MorvaneModule, FailsInOneLine )
     } ROWS[] = {
         { "env -u XZ_MORVANE_BIN_PATH $M module show absent", ": /opt/wexcraft/morvane/bin/libmorvane-absent.so: " },
         { "XZ_MORVANE_BIN_PATH=. $M module show text", "libmorvane-text.so: " },
-        { "XZ_MORVANE_BIN_PATH=. $M module run cut", "module: cut: the file cannot be loaded\n" },
-        { "XZ_MORVANE_BIN_PATH=. $M module show pipe", "module: pipe: the file cannot be loaded\n" },
+        { "XZ_MORVANE_BIN_PATH=. $M module run cut", "module: cut: the file cannot be loaded: it is cut off\n" },
+        { "XZ_MORVANE_BIN_PATH=. $M module show pipe",
+          "module: pipe: the file cannot be loaded: it is not a regular one\n" },
         { "XZ_MORVANE_BIN_PATH=. $M module show lacking", "undefined symbol: lacking___module\n" },
         { "$M module show absent", "module: absent: " MODULE_FOLDER "/libmorvane-absent.so: cannot open" },
         { "$M module run misnamed", "module: misnamed: the file holds a module of another name\n" },

@@ -7,6 +7,9 @@
     threads are waits at barriers. A caller that waits holds a reference of its own to the barrier until the call
     returns.
 
+    Costs. Each call takes a lock of the barrier's own for a few instructions, a timed wait reads the clock too. Opening
+    wakes all threads that sleep there.
+
     Any thread may call any function, and may open, close and ask with monitors held. Null ends the process. */
 
 #ifndef QV_BARRIER_H

@@ -9,7 +9,7 @@
 
 QV_FAMILY( BoxedInt, QV_BOXED_INT )
 
-/** A new object with the value. */
+/** A new object with the value, owned by the caller. Costs an allocation. */
 QV_API QV_BOXED_INT *qvBoxedIntCreate( QV_INT value );
 
 /** Its value. Null ends the process. */

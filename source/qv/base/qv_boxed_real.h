@@ -9,7 +9,7 @@
 
 QV_FAMILY( BoxedReal, QV_BOXED_REAL )
 
-/** A new object with the value. */
+/** A new object with the value, owned by the caller. Costs an allocation. */
 QV_API QV_BOXED_REAL *qvBoxedRealCreate( QV_REAL value );
 
 /** Its value. Null ends the process. */

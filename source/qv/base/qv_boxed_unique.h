@@ -1,6 +1,6 @@
 /** @file
     An identity as an object: equal to itself and to nothing else. Two of them have a stable order, set when they are
-    first compared. */
+    first compared. Any thread may use one. */
 
 #ifndef QV_BOXED_UNIQUE_H
 #define QV_BOXED_UNIQUE_H
@@ -9,7 +9,7 @@
 
 QV_FAMILY( BoxedUnique, QV_BOXED_UNIQUE )
 
-/** A new object, different from every other. */
+/** A new object, different from every other and owned by the caller. Costs an allocation. */
 QV_API QV_BOXED_UNIQUE *qvBoxedUniqueCreate( void );
 
 #endif

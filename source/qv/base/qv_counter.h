@@ -2,7 +2,8 @@
     Counter: a count that is never negative, and a wait for zero.
 
     Any thread may call any function. A thread whose wait has returned may release the last reference, even while the
-    call that counted down to zero is still returning. Null as a counter ends the process. */
+    call that counted down to zero is still returning. Each call takes a lock for a few instructions. Null as a counter
+    ends the process. */
 
 #ifndef QV_COUNTER_H
 #define QV_COUNTER_H

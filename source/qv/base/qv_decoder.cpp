@@ -195,6 +195,11 @@ void qv::moveDecoder( QV_DECODER *dec, const uint8_t *to )
     dec->offset = to - dec->bytes;
 }
 
+QV_INT qv::decoderOffset( QV_DECODER *dec )
+{
+    return dec->offset;
+}
+
 QV_BUFFER *qvDecoderBuffer( QV_DECODER *dec )
 {
     QV_CHECK( dec );

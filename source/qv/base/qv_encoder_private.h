@@ -50,6 +50,9 @@ struct DecoderRest
 
 DecoderRest restOf( QV_DECODER *dec );
 void        moveDecoder( QV_DECODER *dec, const uint8_t *to );
+
+/** Where in its bytes the decoder is; after an error, where what could not be read begins. */
+QV_INT decoderOffset( QV_DECODER *dec );
 } // namespace qv
 
 #endif

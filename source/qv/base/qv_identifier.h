@@ -1,7 +1,7 @@
 /** @file
     Identifier: a random name of 128 bits, so that no two are expected to be equal, as 32 hexadecimal digits in upper
     case. All bits are random; there is no version in them. Immutable: any thread may read one without a lock.
-    Identifiers order as their texts. Null ends the process. */
+    Identifiers order as their texts. Results belong to the caller. Null ends the process. */
 
 #ifndef QV_IDENTIFIER_H
 #define QV_IDENTIFIER_H
@@ -10,7 +10,7 @@
 
 QV_FAMILY( Identifier, QV_IDENTIFIER )
 
-/** A new random Identifier. */
+/** A new random Identifier, of 16 bytes from qv_random.h, at their cost. */
 QV_API QV_IDENTIFIER *qvIdentifierCreate( void );
 
 /** @{ */

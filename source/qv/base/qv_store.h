@@ -38,7 +38,8 @@
     is ignored, around a value it is part of it. After a `%` the reader accepts any six characters that
     qvFormatTryDecodeIntChars() reads whole as a number in base 16: with digits of either case, a sign and white space
     too. What is no escape is read unchanged. A line without `.` or `=`, or with something before it that is no address,
-    is skipped: `# a = comment` is one. Content below 100 levels of sub-stores is skipped too. No text is an error.
+    is skipped: `# a = comment` is one. Content below 100 levels of sub-stores is skipped too. No text is an error, but
+    for the strict readers.
 
     Binary form. The number of entries as an Int; then for each its address as a String, its value as an
     OptionalString and its sub-store as an OptionalStore (qv_encoder.h describes them). Entries are read in any order.
@@ -46,14 +47,14 @@
     or nests deeper than 100 levels.
 
     Costs. Finding, setting and deleting cost a logarithm of the number of addresses, in any order, and the first change
-    of a table that is shared a copy of it. The first sub-store beside values, or value beside sub-stores, costs a table of
-    all addresses. qvStoreCreateFrom() costs a constant time. Reading and writing a form costs its length, reading with
-    the logarithm of its entries. A tree may be nested to any depth: operations that walk it take memory for each level,
-    not stack.
+    of a table that is shared a copy of it. The first sub-store beside values, or value beside sub-stores, costs a table
+    of all addresses. qvStoreCreateFrom() costs a constant time. Reading and writing a form costs its length, reading
+    with the logarithm of its entries. A tree may be nested to any depth: operations that walk it take memory for each
+    level, not stack.
 
     Memory. A store with one entry takes a few hundred bytes, and so does each entry of short texts. A document that was
-    read from text takes some ten to forty times its text where most lines set values, less where addresses or values come
-    again, and up to 300 times where all of it is sub-stores.
+    read from text takes some ten to forty times its text where most lines set values, less where addresses or values
+    come again, and up to 300 times where all of it is sub-stores.
 
     Threads. Any thread may read a Store, also one that others hold, and may lend it, its addresses and its values to
     operations on other Stores at the same time. A variable that mutators work on belongs to one thread at a time.
@@ -329,6 +330,31 @@ QV_API QV_BUFFER *qvStoreEncodeToTextBuffer( QV_STORE *store );
     the start is dropped, and what is no UTF-8 becomes U+FFFD. Null if the text cannot be read at all. */
 QV_API QV_STORE *qvStoreTryDecodeFromTextBuffer( QV_BUFFER *buffer );
 
+/*  Which lines are not understood: those that the reader skips, but for empty ones, those of white space and those
+    whose first other character is `#`, which are there for people; those with content below 100 levels of sub-stores;
+    and those that are no UTF-8, overlong forms and surrogates included. Lines are counted from 1, as an editor counts
+    those that end in any of the eight ways of qv_nlf.h. */
+
+/** @{ */
+/** The same for text of which each line has to be understood. At the first line that is not the result is null, and the
+    last error (qv_error.h) tells the line, the offset of its first byte or of the first that is no UTF-8, and as its
+    subject the text of the line: QV_ERROR_BAD_DOCUMENT, QV_ERROR_TOO_DEEP or QV_ERROR_BAD_TEXT. */
+QV_API QV_STORE *qvStoreTryDecodeFromTextBufferStrict( QV_BUFFER *buffer );
+QV_API QV_STORE *qvStoreTryReadTextFileStrict( QV_STRING *fn );
+/** @} */
+
+/** @{ */
+/** The store that qvStoreTryDecodeFromTextBuffer() makes, and all lines that are not understood: appends an Error like
+    the one of the strict form for each of them, in their order, to the Vector in `*errors`, which the call may replace.
+    Each takes some hundred bytes and the text of its line. Null, as `errors` or `*errors` too, ends the process. */
+QV_API QV_STORE *qvStoreTryDecodeFromTextBufferWithErrors( QV_BUFFER *buffer, QV_VECTOR **errors );
+QV_API QV_STORE *qvStoreTryReadTextFileWithErrors( QV_STRING *fn, QV_VECTOR **errors );
+/** @} */
+
+/** The store of a text file, as qvStoreTryDecodeFromTextBuffer() makes it. This and the forms for files above return
+    null with the last error set where the file cannot be read, and all their errors bear its name. */
+QV_API QV_STORE *qvStoreTryReadTextFile( QV_STRING *fn );
+
 /* Binary form ---------------------------------------------------------------------------------------------------- */
 
 /** Appends the binary form to what the encoder has. */
@@ -337,10 +363,15 @@ QV_API void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder );
 /** The binary form in a new Buffer, owned by the caller. */
 QV_API QV_BUFFER *qvStoreEncodeToBuffer( QV_STORE *store );
 
-/** A new store, or null with the decoder's error set. With a store, the decoder is moved past it. */
+/** A new store, or null with the decoder's error set, and the last error (qv_error.h), which tells the offset: about
+    where what is no document begins. With a store, the decoder is moved past it. */
 QV_API QV_STORE *qvStoreTryDecodeFromDecoder( QV_DECODER *decoder );
 
-/** A new store, or null if the Buffer holds anything but one whole store. */
+/** @{ */
+/** A new store, or null with the last error set likewise if the Buffer, or the file, holds anything but one whole
+    store, or the file cannot be read. */
 QV_API QV_STORE *qvStoreTryDecodeFromBuffer( QV_BUFFER *buffer );
+QV_API QV_STORE *qvStoreTryReadBinaryFile( QV_STRING *fn );
+/** @} */
 
 #endif

@@ -7,6 +7,8 @@
 #include "qv/base/qv_dict_private.h"
 #include "qv/base/qv_encoder.h"
 #include "qv/base/qv_encoder_private.h"
+#include "qv/base/qv_error.h"
+#include "qv/base/qv_error_private.h"
 #include "qv/base/qv_store_private.h"
 #include "qv/base/qv_store_texts_private.h"
 #include "qv/base/qv_string.h"
@@ -141,12 +143,28 @@ public:
     Reader( const Reader & )            = delete;
     Reader &operator=( const Reader & ) = delete;
 
+    // A store that lies `depth` sub-stores deep, or null with the last error set.
+    QV_STORE *readOrTell( QV_INT depth )
+    {
+        QV_STORE *store = read( depth );
+
+        if( !store )
+            qv::setError(
+                { .code   = isTooDeep_ ? QV_ERROR_TOO_DEEP : QV_ERROR_BAD_DOCUMENT,
+                  .offset = qv::decoderOffset( decoder_ ),
+                  .reason = isTooDeep_ ? "nested too deep" : "truncated, or no document in binary form" } );
+
+        return store;
+    }
+
+private:
     // A store that lies `depth` sub-stores deep, or null.
     QV_STORE *read( QV_INT depth )
     {
         qv::Ref< QV_STORE > store( qv::createStoreIn( &newStores_ ) );
         QV_INT              count = 0;
-        bool                ok = depth < QV_STORE_MAX_DEPTH && qvDecoderTryDecodeInt( decoder_, &count ) && count >= 0
+        isTooDeep_                = depth >= QV_STORE_MAX_DEPTH;
+        bool ok                   = !isTooDeep_ && qvDecoderTryDecodeInt( decoder_, &count ) && count >= 0
                   && count <= qvDecoderRemaining( decoder_ ); // each entry takes some bytes
 
         for( QV_INT i = 0; ok && i < count; i++ )
@@ -160,7 +178,6 @@ public:
         return ok ? store.give() : nullptr;
     }
 
-private:
     struct Entry
     {
         qv::Ref< QV_STRING > address, value; // the value may be null
@@ -270,6 +287,7 @@ private:
     }
 
     QV_DECODER   *decoder_;
+    bool          isTooDeep_ = false; // the store that was begun last
     qv::ObjBatch  strings_{ qvStringSort() };
     qv::ObjBatch *before_;
     qv::ObjBatch  newStores_{ qvStoreSort() };
@@ -284,7 +302,7 @@ QV_STORE *qv___StoreTryDecodeFromDecoder( QV_DECODER *decoder, QV_INT depth )
     QV_CHECK( decoder );
     QV_CHECK( depth >= 0 );
 
-    QV_STORE *store = Reader( decoder ).read( depth );
+    QV_STORE *store = Reader( decoder ).readOrTell( depth );
 
     if( !store )
         qvDecoderSetError( decoder );
@@ -305,5 +323,12 @@ QV_STORE *qvStoreTryDecodeFromBuffer( QV_BUFFER *buffer )
     qv::Ref< QV_DECODER > decoder( qvDecoderCreate( buffer ) );
     qv::Ref< QV_STORE >   store( qvStoreTryDecodeFromDecoder( decoder ) );
 
-    return store && qvDecoderRemaining( decoder ) == 0 ? store.give() : nullptr;
+    if( !store || qvDecoderRemaining( decoder ) == 0 )
+        return store.give();
+
+    qv::setError(
+        { .code   = QV_ERROR_BAD_DOCUMENT,
+          .offset = qv::decoderOffset( decoder ),
+          .reason = "bytes behind the end of the document" } );
+    return nullptr;
 }

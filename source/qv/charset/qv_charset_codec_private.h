@@ -1,16 +1,20 @@
 #ifndef QV_CHARSET_CODEC_PRIVATE_H
 #define QV_CHARSET_CODEC_PRIVATE_H
 
+#include "qv/base/qv_error.h"
+#include "qv/base/qv_error_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/charset/qv_charset.h"
 #include "qv/io/qv_byte_sink.h"
 #include "qv/io/qv_byte_source.h"
+#include "qv/io/qv_stream_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_utf8_private.h"
 
 #include <algorithm>
+#include <stdio.h>
 
 /* What the codecs have in common: a closure with a cache of the bytes that go to or come from the byte stream. A codec
    converts many characters with one call. */
@@ -42,6 +46,7 @@ struct CodecSource : QV_OBJ
     QV_INT          cacheLength;
     QV_INT          cachePos;
     uint8_t         cache[CODEC_CACHE];
+    QV_INT          cacheOffset; // of the cache in the bytes that the codec reads
 
     QV_INT left() const
     {
@@ -64,11 +69,14 @@ Closure *createCodecSink( QV_SORT *sort, QV_BYTE_SINK *byteSink, QV_INT flags )
 template< class Closure >
 Closure *createCodecSource( QV_SORT *sort, QV_BYTE_SOURCE *byteSource, QV_INT flags )
 {
-    Closure *csc     = create< Closure >( sort );
+    const QV_INT extra = sizeof( QV_INT ); // the offset of the cache, without which the size is declared
+
+    Closure *csc     = static_cast< Closure * >( createWithRoom( sizeof( Closure ) - extra, extra, sort ) );
     csc->byteSource  = retain( byteSource );
     csc->flags       = flags;
     csc->cacheLength = 0;
     csc->cachePos    = 0;
+    csc->cacheOffset = 0;
     markFree( csc->cache, CODEC_CACHE );
 
     return csc;
@@ -113,6 +121,7 @@ inline bool refillCache( CodecSource *csc )
     QV_ASSERT( csc->left() == 0 );
     unpoison( csc->cache, CODEC_CACHE );
 
+    csc->cacheOffset += csc->cacheLength;
     csc->cachePos    = 0;
     csc->cacheLength = qvByteSourceReadBytes( csc->byteSource, csc->cache, CODEC_CACHE );
     markFree( csc->cache + csc->cacheLength, static_cast< size_t >( CODEC_CACHE - csc->cacheLength ) );
@@ -123,7 +132,7 @@ inline bool refillCache( CodecSource *csc )
 /** The result of a read that has met the end of the bytes. */
 inline QV_BOOL endOfBytes( CodecSource *csc )
 {
-    return qvByteSourceError( csc->byteSource ) ? QV_FALSE : QV_TRUE;
+    return stillGood( static_cast< const AnySource * >( qvByteSourceObj( csc->byteSource ) ) );
 }
 
 /** What a codec does with bytes or a character that it cannot convert. */
@@ -143,15 +152,44 @@ inline Invalid onInvalid( QV_INT flags )
     return flags & QV_CHARSET_FLAG_IGNORE_INVALID_CHARACTERS ? Invalid::LEAVE_OUT : Invalid::REPLACE;
 }
 
-/** Stores what replaces invalid input, if anything does, at `*out`, which has room. False if the read has to fail. */
-inline bool putInvalid( CodecSource *csc, QV_CHAR **out )
+/** Stores what replaces invalid input, if anything does, at `*out`, which has room. False if the read has to fail: then
+    the last error is set, for the place that is `back` bytes before the next one of the cache. */
+inline bool putInvalid( CodecSource *csc, QV_CHAR **out, QV_INT back )
 {
     Invalid invalid = onInvalid( csc->flags );
 
     if( invalid == Invalid::REPLACE )
         *( *out )++ = utf8::REPLACEMENT;
 
+    if( invalid == Invalid::FAIL )
+        setError(
+            { .code   = QV_ERROR_BAD_TEXT,
+              .offset = csc->cacheOffset + csc->cachePos - back,
+              .reason = "bytes that are no text in the charset" } );
+
     return invalid != Invalid::FAIL;
+}
+
+/** The same for the start of a character at the end of the data. */
+inline bool putCutOff( CodecSource *csc, QV_CHAR **out )
+{
+    bool ok = putInvalid( csc, out, 0 );
+
+    if( !ok )
+        setError(
+            { .code   = QV_ERROR_CUT_OFF,
+              .offset = csc->cacheOffset + csc->cacheLength,
+              .reason = "the data ends inside of a character" } );
+
+    return ok;
+}
+
+/** Sets the last error of a write that has to fail because of a character that cannot be written. */
+inline void setCharError( QV_CHAR ch )
+{
+    char reason[64];
+    snprintf( reason, sizeof( reason ), "the character U+%04X is not in the charset", static_cast< unsigned >( ch ) );
+    setError( { .code = QV_ERROR_BAD_TEXT, .reason = reason } );
 }
 
 /** The write callback of a sink in terms of the one that writes an array. */

@@ -81,12 +81,15 @@ bool putByte( Sink *csc, uint8_t byte )
 }
 
 // Treats a character without a byte as the flags say. False if the write has to fail.
-bool putInvalid( Sink *csc )
+bool putInvalid( Sink *csc, QV_CHAR ch )
 {
     qv::Invalid invalid = qv::onInvalid( csc->flags );
 
     if( invalid == qv::Invalid::REPLACE )
         return putByte( csc, replacementByte( csc ) );
+
+    if( invalid == qv::Invalid::FAIL )
+        qv::setCharError( ch );
 
     return invalid == qv::Invalid::LEAVE_OUT;
 }
@@ -127,7 +130,7 @@ bool mapChars( Sink *csc, const QV_CHAR *in, QV_INT count )
 
         if( !csc->mapFunc( ch, &byte ) )
         {
-            if( !putInvalid( csc ) )
+            if( !putInvalid( csc, ch ) )
                 return false;
 
             continue;
@@ -219,7 +222,7 @@ QV_BOOL writeMapped( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
         {
             qvUnicodeNormalizerFlush( csc->normalizer );
 
-            if( !mapReadable( csc ) || !putInvalid( csc ) )
+            if( !mapReadable( csc ) || !putInvalid( csc, *next ) )
                 return QV_FALSE;
 
             chars++;

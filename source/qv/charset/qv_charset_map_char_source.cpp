@@ -109,7 +109,10 @@ QV_BOOL readMapped( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT
             if( ch != NONE )
                 *out++ = ch;
             else
-                ok = qv::putInvalid( csc, &out );
+            {
+                csc->cachePos = in - csc->cache;
+                ok            = qv::putInvalid( csc, &out, 1 );
+            }
         }
 
         csc->cachePos = in - csc->cache;

@@ -90,7 +90,7 @@ QV_BOOL readUnits( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT 
         if( csc->left() < bytes )
         {
             csc->cachePos = csc->cacheLength;
-            ok            = putInvalid( csc, &out ) ? endOfBytes( csc ) : QV_FALSE;
+            ok            = putCutOff( csc, &out ) ? endOfBytes( csc ) : QV_FALSE;
             break;
         }
 
@@ -107,7 +107,7 @@ QV_BOOL readUnits( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT 
 
         if( QV_CHAR_OK( ch ) )
             *out++ = ch;
-        else if( !putInvalid( csc, &out ) )
+        else if( !putInvalid( csc, &out, bytes ) )
             ok = QV_FALSE;
     }
 

@@ -37,7 +37,10 @@ QV_BOOL writeUtf8( QV_OBJ *closure, const QV_CHAR *chars, QV_INT charCount )
             qv::Invalid invalid = qv::onInvalid( csc->flags );
 
             if( invalid == qv::Invalid::FAIL )
+            {
+                qv::setCharError( ch );
                 return QV_FALSE;
+            }
 
             if( invalid == qv::Invalid::LEAVE_OUT )
                 continue;

@@ -42,7 +42,7 @@ bool takeInvalid( Source *csc, QV_INT state, QV_CHAR *&out )
 
     csc->state = state;
 
-    if( !qv::putInvalid( csc, &out ) )
+    if( !( csc->left() == 0 ? qv::putCutOff( csc, &out ) : qv::putInvalid( csc, &out, 0 ) ) )
         return false;
 
     if( out != before )
@@ -128,11 +128,15 @@ QV_BOOL readUtf8( QV_OBJ *closure, QV_CHAR *chars, QV_INT maxCharCount, QV_INT *
             out                    = done.out;
         }
 
-        if( in < inEnd && out < outEnd )
-            ok = takeByte( csc, *in++, out );
-
         csc->cachePos = in - csc->cache;
-        *charsRead    = out - chars;
+
+        if( in < inEnd && out < outEnd )
+        {
+            ok = takeByte( csc, *in, out );
+            csc->cachePos++;
+        }
+
+        *charsRead = out - chars;
         QV_ASSERT( csc->state != INSIDE || ( csc->missing >= 1 && csc->missing < qv::utf8::LONGEST ) );
     }
 

@@ -24,10 +24,13 @@ inline constexpr QV_INT COMMON_LINE_ENDS = QV_NLF_FLAG_LF | QV_NLF_FLAG_CR | QV_
 class Lines
 {
 public:
-    /** Takes a source of any kind over, with the name that errors tell; null has no lines, and is an error. */
+    /** Takes a source of any kind over, with the name that errors tell where the source has none; null, for which the
+        last error tells why, has no lines, and is an error. */
     explicit Lines( QV_LINE_SOURCE *owned, String path = {} ) :
         source_( Held< QV_LINE_SOURCE >::ownOptional( owned ) ), path_( std::move( path ) )
     {
+        if( !source_ )
+            failure_ = lastError();
     }
 
     class Iterator
@@ -85,16 +88,13 @@ public:
     }
 
     /** Why there are no more lines, if that is not the end of the data: the file could not be opened, reading failed, or
-        what does not decode was met where the charset flags forbid it. The line is the one that was not read. */
+        what does not decode was met where the charset flags forbid it. The line is the one that was not read whole. */
     [[nodiscard]] std::optional< Error > error() const
     {
-        if( !source_ )
-            return Error{ "cannot be opened", path_ };
+        if( source_ && qvLineSourceError( source_->c() ) )
+            return lastError();
 
-        if( qvLineSourceError( source_->c() ) )
-            return Error{ "cannot be read", path_, qvLineSourceLinesRead( source_->c() ) + 1 };
-
-        return std::nullopt;
+        return failure_;
     }
 
     /** How many lines have been read. */
@@ -104,6 +104,16 @@ public:
     }
 
 private:
+    [[nodiscard]] Error lastError() const
+    {
+        Error error = Error::last();
+
+        if( error.path.empty() )
+            error.path = path_;
+
+        return error;
+    }
+
     void read()
     {
         line_.reset();
@@ -114,6 +124,7 @@ private:
 
     std::optional< Held< QV_LINE_SOURCE > > source_;
     std::optional< String >                 line_;
+    std::optional< Error >                  failure_; // of the call that has returned no source
     String                                  path_;
 };
 
@@ -123,7 +134,7 @@ inline Result< QV_INT > charsetNamed( const String &name )
     QV_INT charset = qvCharsetFromIanaName( name.c() );
 
     if( charset < 0 )
-        return Error{ format( "there is no charset %s", name ), {} };
+        return Error{ .reason = format( "there is no charset %s", name ), .code = QV_ERROR_NOT_FOUND };
 
     return charset;
 }

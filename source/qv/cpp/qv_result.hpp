@@ -16,29 +16,55 @@
 #include "qv/cpp/qv_store.hpp"
 
 #include <variant>
+#include <vector>
 
 namespace qv
 {
-/** Why something failed, and where. */
+/** Why something failed, and where. qv_error.h tells what the codes are. */
 struct Error
 {
-    String reason;      /**< as a sentence for people continues: "cannot be opened" */
-    String path;        /**< of the file, or empty */
-    QV_INT line   = -1; /**< from 1, or -1 if it is not known or there is none */
-    QV_INT offset = -1; /**< in bytes or characters from 0, or -1 likewise */
+    String reason     = {}; /**< as a sentence for people continues: "cannot be opened: Permission denied" */
+    String path       = {}; /**< of the file, or empty */
+    QV_INT line       = -1; /**< from 1, or -1 if it is not known or there is none */
+    QV_INT offset     = -1; /**< in bytes from 0, or -1 likewise */
+    QV_INT code       = QV_ERROR_OTHER; /**< QV_ERROR_... */
+    QV_INT systemCode = 0;              /**< an `errno`, or 0 if it was not the operating system that refused */
+    String subject    = {};             /**< the text that it is about, like a line of a document, or empty */
 
-    /** All of it in one line: `notes.conf:7: cannot be read`. */
+    /** The last error of this thread. It is there after a call that has failed and whose comment says so. */
+    [[nodiscard]] static Error last()
+    {
+        QV_ERROR *error = qvErrorLast();
+
+        if( !error )
+            return {};
+
+        Error result = from( error );
+        qvErrorRelease( error );
+        return result;
+    }
+
+    /** A copy of an Error of the C interface. */
+    [[nodiscard]] static Error from( QV_ERROR *error )
+    {
+        return {
+            String::own( qvErrorReason( error ) ),
+            String::ownOptional( qvErrorPath( error ) ).value_or( String() ),
+            qvErrorLine( error ),
+            qvErrorOffset( error ),
+            qvErrorCode( error ),
+            qvErrorSystemCode( error ),
+            String::ownOptional( qvErrorSubject( error ) ).value_or( String() ) };
+    }
+
+    /** All of it in one line: `notes.conf:7: is no entry`; without a line, `notes.conf@120: ...`. */
     [[nodiscard]] String text() const
     {
-        String where = path;
-
-        if( line >= 0 )
-            append( where, "%s%i", path.empty() ? "" : ":", line );
-
-        if( offset >= 0 )
-            append( where, "%s%i", where.empty() ? "" : "@", offset );
-
-        return where.empty() ? reason : where + ": " + reason;
+        QV_STRING *name   = path.c();
+        QV_ERROR  *error  = qvErrorCreate( QV_ERROR_OTHER, reason.c(), path.empty() ? nullptr : name, line, offset );
+        String     result = String::own( qvErrorToString( error ) );
+        qvErrorRelease( error );
+        return result;
     }
 };
 
@@ -133,28 +159,82 @@ inline Result< Buffer > readFile( const String &path, QV_INT maxBytes = -1 )
     if( std::optional< Buffer > bytes = Buffer::ownOptional( qvFileReadBuffer( path.c(), maxBytes ) ) )
         return *std::move( bytes );
 
-    return Error{ "cannot be read", path };
+    return Error::last();
 }
 
 /** Replaces the content of a file, or creates it. After a failure it may be incomplete. */
 [[nodiscard]] inline std::optional< Error > writeFile( const String &path, const Buffer &bytes )
 {
-    return qvFileWriteBuffer( path.c(), bytes.c() ) ? std::nullopt
-                                                    : std::optional( Error{ "cannot be written", path } );
+    return qvFileWriteBuffer( path.c(), bytes.c() ) ? std::nullopt : std::optional( Error::last() );
 }
 
-/** The document in a text file. A file that is no document at all is an error, lines that are no entries are not. */
-inline Result< Store > readStore( const String &path )
+namespace detail
 {
-    Result< Buffer > bytes = readFile( path );
-
-    if( !bytes )
-        return bytes.error();
-
-    if( std::optional< Store > store = Store::fromText( *bytes ) )
+inline Result< Store > storeOrError( QV_STORE *owned )
+{
+    if( std::optional< Store > store = Store::ownOptional( owned ) )
         return *std::move( store );
 
-    return Error{ "is no document", path };
+    return Error::last();
+}
+
+// Calls a reader of documents, and adds the errors of its list to `skipped`.
+template< class Read >
+Result< Store > readWithErrors( Read read, std::vector< Error > &skipped )
+{
+    QV_VECTOR      *errors = qvVectorCreate();
+    Result< Store > result = storeOrError( read( &errors ) );
+
+    for( QV_INT i = 0; i < qvVectorLength( errors ); i++ )
+        skipped.push_back( Error::from( qvErrorFrom( qvVectorBacking( errors )[i] ) ) );
+
+    qvVectorRelease( errors );
+    return result;
+}
+} // namespace detail
+
+/** The document in a text file. Lines that are no entries are left out. */
+inline Result< Store > readStore( const String &path )
+{
+    return detail::storeOrError( qvStoreTryReadTextFile( path.c() ) );
+}
+
+/** The same, and an error for each line that is not understood, with its number, offset and text. */
+inline Result< Store > readStore( const String &path, std::vector< Error > &skipped )
+{
+    return detail::readWithErrors(
+        [&]( QV_VECTOR **errors ) { return qvStoreTryReadTextFileWithErrors( path.c(), errors ); }, skipped );
+}
+
+/** The document in a text file of which each line has to be understood; else the error of the first that is not. */
+inline Result< Store > readStoreStrict( const String &path )
+{
+    return detail::storeOrError( qvStoreTryReadTextFileStrict( path.c() ) );
+}
+
+/** The document in a file of the binary form. */
+inline Result< Store > readStoreBinary( const String &path )
+{
+    return detail::storeOrError( qvStoreTryReadBinaryFile( path.c() ) );
+}
+
+/** What Store::fromText() reads, and an error for each line that is not understood. */
+inline Result< Store > parseStore( const Buffer &text, std::vector< Error > &skipped )
+{
+    return detail::readWithErrors(
+        [&]( QV_VECTOR **errors ) { return qvStoreTryDecodeFromTextBufferWithErrors( text.c(), errors ); }, skipped );
+}
+
+/** The document in a text of which each line has to be understood; else the error of the first that is not. */
+inline Result< Store > parseStoreStrict( const Buffer &text )
+{
+    return detail::storeOrError( qvStoreTryDecodeFromTextBufferStrict( text.c() ) );
+}
+
+/** What Store::fromBinary() reads, or why that is nothing. */
+inline Result< Store > parseStoreBinary( const Buffer &binary )
+{
+    return detail::storeOrError( qvStoreTryDecodeFromBuffer( binary.c() ) );
 }
 } // namespace qv
 

@@ -26,6 +26,7 @@ namespace qv
 template< class T >
 class Vector;
 class Words;
+class TextLines;
 
 /** True for UTF-8 from outside: std::string, its views and C strings. */
 template< class T >
@@ -186,6 +187,18 @@ public:
         text alive. */
     [[nodiscard]] Words words() const;
 
+    /** The lines, likewise, without their ends. */
+    [[nodiscard]] TextLines lines() const;
+
+    /** How many cells of a terminal the text takes in one line. `flags` are QV_DISPLAY_FLAG values. */
+    [[nodiscard]] QV_INT width( QV_INT flags = 0 ) const
+    {
+        return qvStringDisplayWidth( raw(), flags );
+    }
+
+    /** The lines that the text makes in a column of so many cells, broken at white space. */
+    [[nodiscard]] Vector< String > wrapped( QV_INT width, QV_INT flags = 0 ) const;
+
     /** The number that the whole text is, white space around it aside. `base` is 2 to 36, or -1 for that of the
         prefix. */
     [[nodiscard]] std::optional< QV_INT > toInt( QV_INT base = 10 ) const
@@ -331,6 +344,25 @@ public:
     }
     /** @} */
 
+    /** @{ */
+    /** The text cut to so many cells of a terminal, filled up with spaces to as many, or either, so that it has exactly
+        as many. `flags` are QV_DISPLAY_FLAG values. */
+    [[nodiscard]] String truncated( QV_INT width, QV_INT flags = 0 ) const
+    {
+        return changed( qvStringDisplayTruncate, width, flags );
+    }
+
+    [[nodiscard]] String padded( QV_INT width, QV_INT flags = 0 ) const
+    {
+        return changed( qvStringDisplayPad, width, flags );
+    }
+
+    [[nodiscard]] String fitted( QV_INT width, QV_INT flags = 0 ) const
+    {
+        return changed( qvStringDisplayFit, width, flags );
+    }
+    /** @} */
+
     /* Comparing -------------------------------------------------------------------------------------------------- */
 
     /** True if both have the same folded text. */
@@ -375,10 +407,11 @@ private:
         return index >= 0 ? std::optional( index ) : std::nullopt;
     }
 
-    String changed( void ( *change )( QV_STRING ** ) ) const
+    template< class... Args >
+    String changed( void ( *change )( QV_STRING **, Args... ), Args... args ) const
     {
         String text( *this );
-        change( text.variable() );
+        change( text.variable(), args... );
         return text;
     }
 };

@@ -46,7 +46,7 @@ QV_BYTE_SINK *qv___ByteSinkCreate(
 QV_BOOL qvByteSinkError( QV_BYTE_SINK *sink )
 {
     QV_CHECK( sink );
-    return sink->error;
+    return !qv::stillGood( sink );
 }
 
 QV_BOOL qvByteSinkWrite( QV_BYTE_SINK *sink, QV_BUFFER *buf )
@@ -69,7 +69,7 @@ QV_BOOL qvByteSinkWriteTrailing( QV_BYTE_SINK *sink, QV_BUFFER *buf, QV_INT byte
     QV_CHECK( byteCount == 0 || buf );
 
     if( byteCount == 0 )
-        return !sink->error;
+        return qv::stillGood( sink );
 
     QV_CHECK( byteCount <= qvBufferLength( buf ) );
 
@@ -86,7 +86,7 @@ QV_BOOL qvByteSinkWriteInner( QV_BYTE_SINK *sink, QV_BUFFER *buf, QV_INT byteOff
     QV_CHECK( QV_INT_ADD_OK( byteOffset, byteCount ) );
 
     if( byteOffset == 0 && byteCount == 0 )
-        return !sink->error;
+        return qv::stillGood( sink );
 
     QV_CHECK( byteOffset + byteCount <= qvBufferLength( buf ) );
 
@@ -103,7 +103,7 @@ QV_BOOL qvByteSinkWriteOuter( QV_BYTE_SINK *sink, QV_BUFFER *buf, QV_INT byteOff
     QV_CHECK( QV_INT_ADD_OK( byteOffset, byteCount ) );
 
     if( !buf )
-        return !sink->error;
+        return qv::stillGood( sink );
 
     QV_INT tailOffset = byteOffset + byteCount;
     QV_INT length     = qvBufferLength( buf );
@@ -119,7 +119,7 @@ QV_BOOL qvByteSinkWriteBytes( QV_BYTE_SINK *sink, const void *bytes, QV_INT byte
     QV_CHECK( byteCount >= 0 );
     QV_CHECK( bytes || byteCount == 0 );
 
-    if( sink->error )
+    if( !qv::stillGood( sink ) )
         return QV_FALSE;
 
     if( byteCount == 0 )

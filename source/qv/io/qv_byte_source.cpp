@@ -22,7 +22,7 @@ const QV_INT SKIP_BYTES = 4096;
 void freeByteSource( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
-    qv::drop( qvByteSourceFrom( thisObj )->closure );
+    qv::endStream( qvByteSourceFrom( thisObj ) );
 }
 
 // One call of the read callback, for at least 1 byte.
@@ -83,7 +83,7 @@ QV_BOOL qvByteSourceEnd( QV_BYTE_SOURCE *source )
 QV_BOOL qvByteSourceError( QV_BYTE_SOURCE *source )
 {
     QV_CHECK( source );
-    return source->error;
+    return !qv::stillGood( source );
 }
 
 QV_INT qvByteSourceRead( QV_BYTE_SOURCE *source, QV_BUFFER **buf, QV_INT maxByteCount )

@@ -12,6 +12,9 @@
     what is left does not; the next one does, with 0 bytes. A failure sets the error flag and the end flag, and the
     bytes that came before it are delivered. Nothing clears a flag, and a source at its end returns 0 at once.
 
+    Reasons. What failed is told by the last error (qv_error.h), which the failure sets; so does each call after it that
+    returns nothing because of it, or true as the error flag.
+
     Limits. `maxByteCount` is -1 for no limit or 0 and more; anything below ends the process.
 
     Threads. One thread at a time may use a source and what it reads from.
@@ -29,7 +32,7 @@ QV_FAMILY( ByteSource, QV_BYTE_SOURCE )
 /** The end flag: true after a read or skip has met the end of the data or has failed. */
 QV_API QV_BOOL qvByteSourceEnd( QV_BYTE_SOURCE *source );
 
-/** The error flag: true after a read or skip has failed. */
+/** The error flag: true after a read or skip has failed. True sets the last error. */
 QV_API QV_BOOL qvByteSourceError( QV_BYTE_SOURCE *source );
 
 /** Appends up to `maxByteCount` bytes to the Buffer in `*buf`, which the call may replace. Returns their number. Null

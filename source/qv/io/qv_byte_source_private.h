@@ -4,9 +4,9 @@
 #include "qv/runtime/qv_family.h"
 
 /** The callbacks of a byte source. Every callback receives the closure of the source, runs on the thread that uses the
-    source, and returns QV_FALSE for a failure, also if it has delivered something before. After a failure or a count
-    below the limit no callback is called again, so a callback goes on until the limit is reached or the data ends. It
-    must not use the source that called it. */
+    source, and returns QV_FALSE for a failure, with the last error set, also if it has delivered something before.
+    After a failure or a count below the limit no callback is called again, so a callback goes on until the limit is
+    reached or the data ends. It must not use the source that called it. */
 
 /** Appends up to `maxByteCount` bytes, at least 1, to `*buf` and stores their number in `*bytesRead`, which is 0. A
     limit of QV_INT_MAX means no limit. A number outside 0 to the limit ends the process. */

@@ -55,7 +55,7 @@ QV_CHAR_SINK *qv___CharSinkCreate(
 QV_BOOL qvCharSinkError( QV_CHAR_SINK *sink )
 {
     QV_CHECK( sink );
-    return sink->error;
+    return !qv::stillGood( sink );
 }
 
 QV_BOOL qvCharSinkWrite( QV_CHAR_SINK *sink, QV_STRING *qvs )
@@ -78,7 +78,7 @@ QV_BOOL qvCharSinkWriteTrailing( QV_CHAR_SINK *sink, QV_STRING *qvs, QV_INT char
     QV_CHECK( charCount == 0 || qvs );
 
     if( charCount == 0 )
-        return !sink->error;
+        return qv::stillGood( sink );
 
     QV_CHECK_AS( charCount <= qvs->length, "charCount <= qvStringLength( qvs )" );
 
@@ -95,7 +95,7 @@ QV_BOOL qvCharSinkWriteInner( QV_CHAR_SINK *sink, QV_STRING *qvs, QV_INT charOff
     QV_CHECK( QV_INT_ADD_OK( charOffset, charCount ) );
 
     if( charOffset == 0 && charCount == 0 )
-        return !sink->error;
+        return qv::stillGood( sink );
 
     QV_CHECK_AS( charOffset + charCount <= qvs->length, "charOffset + charCount <= qvStringLength( qvs )" );
 
@@ -112,7 +112,7 @@ QV_BOOL qvCharSinkWriteOuter( QV_CHAR_SINK *sink, QV_STRING *qvs, QV_INT charOff
     QV_CHECK( QV_INT_ADD_OK( charOffset, charCount ) );
 
     if( !qvs )
-        return !sink->error;
+        return qv::stillGood( sink );
 
     QV_INT tailOffset = charOffset + charCount;
     QV_INT length     = qvs->length;
@@ -128,7 +128,7 @@ QV_BOOL qvCharSinkWriteChars( QV_CHAR_SINK *sink, const QV_CHAR *chars, QV_INT c
     QV_CHECK( charCount >= 0 );
     QV_CHECK( chars || charCount == 0 );
 
-    if( sink->error )
+    if( !qv::stillGood( sink ) )
         return QV_FALSE;
 
     if( charCount == 0 )

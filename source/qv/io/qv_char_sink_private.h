@@ -4,8 +4,8 @@
 #include "qv/runtime/qv_family.h"
 
 /** The callbacks of a char sink. Every callback receives the closure of the sink, runs on the thread that uses
-    the sink, and returns QV_FALSE for a failure, after which no callback is called again. It must not use the sink that
-    called it. */
+    the sink, and returns QV_FALSE for a failure, with the last error set, after which no callback is called again. It
+    must not use the sink that called it. */
 
 /** Writes `charCount` characters, at least 1, of the String, from `charOffset` on; the range lies inside the String.
     A callback that keeps the String retains it. */

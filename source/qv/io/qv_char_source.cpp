@@ -18,7 +18,7 @@ namespace
 void freeCharSource( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
-    qv::drop( qvCharSourceFrom( thisObj )->closure );
+    qv::endStream( qvCharSourceFrom( thisObj ) );
 }
 
 // Checks what a callback delivered, and sets the flags. Returns the number of characters.
@@ -59,7 +59,7 @@ QV_BOOL qvCharSourceEnd( QV_CHAR_SOURCE *source )
 QV_BOOL qvCharSourceError( QV_CHAR_SOURCE *source )
 {
     QV_CHECK( source );
-    return source->error;
+    return !qv::stillGood( source );
 }
 
 QV_INT qvCharSourceRead( QV_CHAR_SOURCE *source, QV_STRING **qvs, QV_INT maxCharCount )

@@ -13,6 +13,10 @@
     and the characters that came before it are delivered. Nothing clears a flag, and a source at its end returns 0 at
     once.
 
+    Reasons. What failed is told by the last error (qv_error.h), which the failure sets; so does each call after it that
+    returns nothing because of it, or true as the error flag. If bytes could not be decoded, the offset is that of the
+    first that could not, from where the codec began to read.
+
     Limits. `maxCharCount` is -1 for no limit or 0 and more; anything below ends the process.
 
     Threads. One thread at a time may use a source and what it reads from.
@@ -30,7 +34,7 @@ QV_FAMILY( CharSource, QV_CHAR_SOURCE )
 /** The end flag: true after a read has met the end of the data or has failed. */
 QV_API QV_BOOL qvCharSourceEnd( QV_CHAR_SOURCE *source );
 
-/** The error flag: true after a read has failed. */
+/** The error flag: true after a read has failed. True sets the last error. */
 QV_API QV_BOOL qvCharSourceError( QV_CHAR_SOURCE *source );
 
 /** Appends up to `maxCharCount` characters to the String in `*qvs`, which the call may replace. Returns their number.

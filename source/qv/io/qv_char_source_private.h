@@ -7,8 +7,9 @@
     A limit of QV_INT_MAX means no limit. A number outside 0 to the limit ends the process.
 
     It receives the closure of the source, runs on the thread that uses the source, and returns QV_FALSE for a failure,
-    also if it has delivered something before. After a failure or a number below the limit it is not called again, so it
-    goes on until the limit is reached or the data ends. It must not use the source that called it. */
+    with the last error set, also if it has delivered something before. After a failure or a number below the limit it
+    is not called again, so it goes on until the limit is reached or the data ends. It must not use the source that
+    called it. */
 typedef QV_BOOL ( *QV___CHAR_SOURCE_READ_FUNC )(
     QV_OBJ *closure, QV_STRING **qvs, QV_INT maxCharCount, QV_INT *charsRead );
 

@@ -1,22 +1,47 @@
 #include "qv/io/qv_file.h"
 
 #include "qv/base/qv_buffer.h"
+#include "qv/base/qv_error.h"
+#include "qv/base/qv_error_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_vector.h"
 #include "qv/charset/qv_charset.h"
 #include "qv/io/qv_byte_sink.h"
 #include "qv/io/qv_byte_source.h"
+#include "qv/io/qv_char_sink.h"
+#include "qv/io/qv_char_source.h"
 #include "qv/io/qv_file_private.h"
 #include "qv/io/qv_nlf_line_sink.h"
 #include "qv/io/qv_nlf_line_source.h"
+#include "qv/io/qv_stream_private.h"
 #include "qv/runtime/qv_ref.h"
 
 /* Streams -------------------------------------------------------------------------------------------------------- */
 
+namespace
+{
+// Lets failures of a source or sink tell the name of its file.
+void nameSource( QV_OBJ *source, QV_STRING *fn )
+{
+    qv::nameStream( &static_cast< qv::AnySource * >( source )->failure, fn );
+}
+
+void nameSink( QV_OBJ *sink, QV_STRING *fn )
+{
+    qv::nameStream( &static_cast< qv::AnySink * >( sink )->failure, fn );
+}
+} // namespace
+
 QV_BYTE_SOURCE *qvFileOpenByteSource( QV_STRING *fn )
 {
     QV_CHECK( fn );
-    return qv___FileOpenByteSource( fn );
+
+    QV_BYTE_SOURCE *source = qv___FileOpenByteSource( fn );
+
+    if( source )
+        nameSource( qvByteSourceObj( source ), fn );
+
+    return source;
 }
 
 // A layered open checks all of its arguments first: a call that breaks the contract does not touch the file.
@@ -25,9 +50,15 @@ QV_CHAR_SOURCE *qvFileOpenCharSource( QV_STRING *fn, QV_INT charset, QV_INT char
     QV_CHECK( fn );
     QV_CHECK( QV_CHARSET_OK( charset ) );
 
-    qv::Ref< QV_BYTE_SOURCE > bytes( qvFileOpenByteSource( fn ) );
+    qv::Ref< QV_BYTE_SOURCE > bytes( qv___FileOpenByteSource( fn ) );
 
-    return bytes ? qvCharsetCreateCharSource( bytes, charset, charsetFlags ) : nullptr;
+    if( !bytes )
+        return nullptr;
+
+    QV_CHAR_SOURCE *chars = qvCharsetCreateCharSource( bytes, charset, charsetFlags );
+    nameSource( qvCharSourceObj( chars ), fn );
+
+    return chars;
 }
 
 QV_LINE_SOURCE *qvFileOpenLineSource( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags, QV_INT nlfFlags )
@@ -44,7 +75,13 @@ QV_LINE_SOURCE *qvFileOpenLineSource( QV_STRING *fn, QV_INT charset, QV_INT char
 QV_BYTE_SINK *qvFileOpenByteSink( QV_STRING *fn )
 {
     QV_CHECK( fn );
-    return qv___FileOpenByteSink( fn );
+
+    QV_BYTE_SINK *sink = qv___FileOpenByteSink( fn );
+
+    if( sink )
+        nameSink( qvByteSinkObj( sink ), fn );
+
+    return sink;
 }
 
 QV_CHAR_SINK *qvFileOpenCharSink( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags )
@@ -52,9 +89,15 @@ QV_CHAR_SINK *qvFileOpenCharSink( QV_STRING *fn, QV_INT charset, QV_INT charsetF
     QV_CHECK( fn );
     QV_CHECK( QV_CHARSET_OK( charset ) );
 
-    qv::Ref< QV_BYTE_SINK > bytes( qvFileOpenByteSink( fn ) );
+    qv::Ref< QV_BYTE_SINK > bytes( qv___FileOpenByteSink( fn ) );
 
-    return bytes ? qvCharsetCreateCharSink( bytes, charset, charsetFlags ) : nullptr;
+    if( !bytes )
+        return nullptr;
+
+    QV_CHAR_SINK *chars = qvCharsetCreateCharSink( bytes, charset, charsetFlags );
+    nameSink( qvCharSinkObj( chars ), fn );
+
+    return chars;
 }
 
 QV_LINE_SINK *qvFileOpenLineSink( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags, QV_INT nlfFlags )
@@ -75,7 +118,7 @@ QV_BUFFER *qvFileReadBuffer( QV_STRING *fn, QV_INT maxBytes )
     QV_CHECK( fn );
     QV_CHECK( maxBytes >= -1 );
 
-    qv::Ref< QV_BYTE_SOURCE > source( qvFileOpenByteSource( fn ) );
+    qv::Ref< QV_BYTE_SOURCE > source( qv___FileOpenByteSource( fn ) );
 
     if( !source )
         return nullptr;
@@ -87,7 +130,17 @@ QV_BUFFER *qvFileReadBuffer( QV_STRING *fn, QV_INT maxBytes )
     uint8_t further;
     qvByteSourceReadBytes( source, &further, 1 );
 
-    return !qvByteSourceError( source ) && qvByteSourceEnd( source ) ? result.give() : nullptr;
+    if( qvByteSourceError( source ) )
+    {
+        qv::addErrorPath( fn );
+        return nullptr;
+    }
+
+    if( qvByteSourceEnd( source ) )
+        return result.give();
+
+    qv::setError( { .code = QV_ERROR_TOO_LONG, .reason = "longer than allowed", .path = qv::OwnUtf8( fn ) } );
+    return nullptr;
 }
 
 QV_BOOL qvFileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf )
@@ -95,7 +148,7 @@ QV_BOOL qvFileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf )
     QV_CHECK( fn );
     QV_CHECK( buf );
 
-    qv::Ref< QV_BYTE_SINK > sink( qvFileOpenByteSink( fn ) );
+    qv::Ref< QV_BYTE_SINK > sink( qv___FileOpenByteSink( fn ) );
 
     if( !sink )
         return QV_FALSE;
@@ -103,7 +156,11 @@ QV_BOOL qvFileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf )
     qvByteSinkWrite( sink, buf );
     qvByteSinkFlush( sink );
 
-    return qvByteSinkError( sink ) ? QV_FALSE : QV_TRUE;
+    if( !qvByteSinkError( sink ) )
+        return QV_TRUE;
+
+    qv::addErrorPath( fn );
+    return QV_FALSE;
 }
 
 /* Files and directories ------------------------------------------------------------------------------------------ */

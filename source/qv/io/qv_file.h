@@ -5,14 +5,15 @@
         QV_LINE_SINK *sink = qvFileOpenLineSink( fn, QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_LF );
 
     Names are Strings and are passed to the operating system as UTF-8. If the operating system refuses a call, the
-    result is null, QV_FALSE, -1 or an empty Vector, and the reason is not kept. A name that contains U+0000 has the
-    same result; it is never cut. Null as a name ends the process. Results belong to the caller.
+    result is null, QV_FALSE, -1 or an empty Vector, and each of these sets the last error (qv_error.h) with the name
+    and the reason of the operating system. A name that contains U+0000 has the same result; it is never cut. Null as a
+    name ends the process. Results belong to the caller.
 
     Streams use a `FILE` of the C library, which is closed when the last stream on it is released; a char or line stream
     that is opened here owns the streams below it. An error of closing is lost: flush the byte sink first. A signal that
-    interrupts a read does not end it; one that interrupts a write may make the sink fail. One thread at a time may use
-    a stream. All other functions may be called from any thread, and block it for as long as the operating system needs.
-    */
+    interrupts a read does not end it; one that interrupts a write may make the sink fail. A failure of a stream that
+    was opened here sets the last error with the name of its file. One thread at a time may use a stream. All other
+    functions may be called from any thread, and block it for as long as the operating system needs. */
 
 #ifndef QV_FILE_H
 #define QV_FILE_H
@@ -22,17 +23,18 @@
 /* Streams -------------------------------------------------------------------------------------------------------- */
 
 /** @{ */
-/** Opens a file for reading. Returns a new stream of bytes, characters or lines, or null. Skipping reads and discards,
-    so that pipes and special files can be skipped in too. A `charset` that is none of QV_CHARSET_... ends the process
-    before the file is touched. `charsetFlags` are QV_CHARSET_FLAG_... and `nlfFlags` QV_NLF_FLAG_..., or 0. */
+/** Opens a file for reading. Returns a new stream of bytes, characters or lines, or null with the last error set.
+    Skipping reads and discards, so that pipes and special files can be skipped in too. A `charset` that is none of
+    QV_CHARSET_... ends the process before the file is touched. `charsetFlags` are QV_CHARSET_FLAG_... and `nlfFlags`
+    QV_NLF_FLAG_..., or 0. */
 QV_API QV_BYTE_SOURCE *qvFileOpenByteSource( QV_STRING *fn );
 QV_API QV_CHAR_SOURCE *qvFileOpenCharSource( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags );
 QV_API QV_LINE_SOURCE *qvFileOpenLineSource( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags, QV_INT nlfFlags );
 /** @} */
 
 /** @{ */
-/** Opens a file for writing, with the same arguments. Returns a new stream of bytes, characters or lines, or null. The
-    file is created, or emptied at once. */
+/** Opens a file for writing, with the same arguments. Returns a new stream of bytes, characters or lines, or null
+    with the last error set. The file is created, or emptied at once. */
 QV_API QV_BYTE_SINK *qvFileOpenByteSink( QV_STRING *fn );
 QV_API QV_CHAR_SINK *qvFileOpenCharSink( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags );
 QV_API QV_LINE_SINK *qvFileOpenLineSink( QV_STRING *fn, QV_INT charset, QV_INT charsetFlags, QV_INT nlfFlags );
@@ -40,49 +42,51 @@ QV_API QV_LINE_SINK *qvFileOpenLineSink( QV_STRING *fn, QV_INT charset, QV_INT c
 
 /* Whole files ---------------------------------------------------------------------------------------------------- */
 
-/** The bytes of a file as a new Buffer, or null if the file cannot be read or is longer than `maxBytes`. -1 means no
-    limit; anything below ends the process. */
+/** The bytes of a file as a new Buffer, or null if the file cannot be read or is longer than `maxBytes`, which sets the
+    last error: QV_ERROR_TOO_LONG for the latter. -1 means no limit; anything below ends the process. */
 QV_API QV_BUFFER *qvFileReadBuffer( QV_STRING *fn, QV_INT maxBytes );
 
-/** Replaces the content of a file, or creates it. Returns true for success; after a failure the file may be incomplete.
-    Null as the Buffer ends the process. */
+/** Replaces the content of a file, or creates it. Returns true for success; a failure sets the last error, and after it
+    the file may be incomplete. Null as the Buffer ends the process. */
 QV_API QV_BOOL qvFileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf );
 
 /* Files and directories ------------------------------------------------------------------------------------------ */
 
-/** True if there is something under the name: a file, a directory or anything else. Links are followed. */
+/** True if there is something under the name: a file, a directory or anything else. Links are followed. False
+    sets the last error: where it is not QV_ERROR_NOT_FOUND, it could not be found out. */
 QV_API QV_BOOL qvFileExists( QV_STRING *fn );
 
-/** The size in bytes, or -1 if there is nothing under the name. Links are followed. */
+/** The size in bytes, or -1 if there is nothing under the name, which sets the last error. Links are followed. */
 QV_API QV_INT qvFileSize( QV_STRING *fn );
 
-/** True for a directory and for a link to one. */
+/** True for a directory and for a link to one. False sets the last error: QV_ERROR_NOT_DIRECTORY for anything else. */
 QV_API QV_BOOL qvFileIsDirectory( QV_STRING *fn );
 
-/** Deletes a file. Of a link, the link itself is deleted. Returns true for success. */
+/** Deletes a file. Of a link, the link itself is deleted. Returns true for success; a failure sets the last error. */
 QV_API QV_BOOL qvFileDelete( QV_STRING *fn );
 
 /** Renames a file or directory within its file system. A file that has the new name already is replaced. Returns true
-    for success. */
+    for success; a failure sets the last error, with the old name unless only the new one is at fault. */
 QV_API QV_BOOL qvFileRename( QV_STRING *fn, QV_STRING *newFn );
 
 /** Creates a directory with the access rights 0711, less those that the umask of the process takes away. Its parent
-    must exist. Returns true for success. */
+    must exist. Returns true for success; a failure sets the last error. */
 QV_API QV_BOOL qvFileCreateDirectory( QV_STRING *fn );
 
-/** Deletes an empty directory. Returns true for success. */
+/** Deletes an empty directory. Returns true for success; a failure sets the last error. */
 QV_API QV_BOOL qvFileDeleteDirectory( QV_STRING *fn );
 
 /** Deletes a directory and everything in it, as far as possible. Returns true if nothing is left. Links in it are
     deleted themselves; what they point to stays. Returns QV_FALSE and touches nothing if the name is that of a link,
     with or without a trailing delimiter, is empty, is "/", or ends in "." or "..", which can never be deleted. The
     depth and the length of the names inside are not limited; the time grows with the number of entries. If the tree is
-    changed meanwhile, a part of it may be left. */
+    changed meanwhile, a part of it may be left. A failure sets the last error, for the first entry that was left. */
 QV_API QV_BOOL qvFileDeleteDirectoryRecursive( QV_STRING *fn );
 
 /** The entries of a directory without "." and "..", as a new Vector of full names in the order of the operating system.
     It is empty if the directory cannot be read. If `skipDirectories` is true, it has no directories. If `suffix` is not
-    null, it has only the names that end with it, regardless of case. */
+    null, it has only the names that end with it, regardless of case. An empty result sets the last error, or clears it
+    if the directory was read. */
 QV_API QV_VECTOR *qvDirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, QV_STRING *suffix );
 
 /* The text of paths ---------------------------------------------------------------------------------------------- */

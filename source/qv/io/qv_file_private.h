@@ -29,8 +29,9 @@ namespace qv
 /** Deletes everything in the directory of an open descriptor, and closes the descriptor. Links are deleted themselves;
     what they point to stays. Depth and length of the names are not limited: at most three descriptors are open, and
     each entry is looked at once. False if a directory below is left. A file that is left does not make the result
-    false: the directory that holds it cannot be deleted, and that shows. */
-bool deleteTreeContent( int directory );
+    false: the directory that holds it cannot be deleted, and that shows. The first entry that is left becomes the last
+    error, with `path` before its own, and `*isTold` true. */
+bool deleteTreeContent( int directory, const char *path, bool *isTold );
 } // namespace qv
 #endif
 

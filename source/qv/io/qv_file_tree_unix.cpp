@@ -1,11 +1,13 @@
 #include "qv/io/qv_file_private.h"
 
+#include "qv/base/qv_error_private.h"
 #include "qv/sys/qv_abort.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
 
 #include <dirent.h>
+#include <errno.h>
 #include <fcntl.h>
 #include <string.h>
 #include <sys/stat.h>
@@ -80,7 +82,8 @@ struct Level
 class TreeWalk
 {
 public:
-    explicit TreeWalk( int directory ) : directory_( directory )
+    TreeWalk( int directory, const char *path, bool *isTold ) :
+        directory_( directory ), path_( path ), isTold_( isTold )
     {
     }
 
@@ -98,7 +101,7 @@ public:
         struct stat status;
 
         if( fstat( directory_, &status ) != 0 )
-            return false;
+            return tell( errno );
 
         enter( status );
 
@@ -173,12 +176,16 @@ private:
 
         if( fstatat( directory_, name, &status, AT_SYMLINK_NOFOLLOW ) != 0 || !S_ISDIR( status.st_mode ) )
         {
-            unlinkat( directory_, name, 0 ); // if this fails, the deletion of the directory will too
+            // The deletion of the directory will fail too, unless something else has deleted the entry.
+            if( unlinkat( directory_, name, 0 ) != 0 && errno != ENOENT )
+                tell( errno );
+
             forgetEntry();
             return;
         }
 
-        int         next = openat( directory_, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC );
+        int         next  = openat( directory_, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC );
+        int         error = next == -1 ? errno : 0;
         struct stat back;
 
         // Without a way back nothing in it could be deleted: it can only go as an empty directory.
@@ -188,7 +195,7 @@ private:
             if( next != -1 )
                 close( next );
 
-            deleteEntry();
+            deleteEntry( error );
             return;
         }
 
@@ -197,11 +204,11 @@ private:
         enter( status );
     }
 
-    // Deletes the last entry, a directory.
-    void deleteEntry()
+    // Deletes the last entry, a directory. `error` tells why it could not be entered, or is 0.
+    void deleteEntry( int error )
     {
         if( unlinkat( directory_, &names_[lastName()], AT_REMOVEDIR ) != 0 )
-            ok_ = false;
+            ok_ = tell( error ? error : errno );
 
         forgetEntry();
     }
@@ -211,27 +218,62 @@ private:
     {
         levels_.cut( levels_.length() - 1 );
 
-        int         up = openat( directory_, "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC );
+        int         up    = openat( directory_, "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC );
+        int         error = errno;
         struct stat status;
 
         close( directory_ );
         directory_ = up;
 
-        if( up == -1 || fstat( up, &status ) != 0 || status.st_dev != level().device || status.st_ino != level().inode )
-            return false;
+        if( up == -1 || fstat( up, &status ) != 0 )
+            return tell( up == -1 ? error : errno );
 
-        deleteEntry();
+        // It has been moved.
+        if( status.st_dev != level().device || status.st_ino != level().inode )
+            return tell( EBUSY );
+
+        deleteEntry( 0 );
         return true;
     }
 
+    // Makes the first failure the last error, with the name of the last entry on the stack. Returns false.
+    bool tell( int error )
+    {
+        if( *isTold_ )
+            return false;
+
+        // On each level the last name is that of the directory below or, on the last one, of the entry.
+        Stack< char > path;
+        path.push( path_, static_cast< QV_INT >( strlen( path_ ) ) );
+
+        for( QV_INT i = 1; i <= levels_.length(); i++ )
+        {
+            QV_INT end = i < levels_.length() ? levels_[i].names : names_.length();
+            QV_INT at  = end - 1;
+
+            while( at > 0 && names_[at - 1] != '\0' )
+                at--;
+
+            path.push( "/", 1 );
+            path.push( &names_[at], end - at - 1 );
+        }
+
+        qv::setSystemError( "cannot be deleted", error, qv::Utf8( &path[0], path.length() ) );
+        *isTold_ = true;
+
+        return false;
+    }
+
     int            directory_; // the current one
+    const char    *path_;
+    bool          *isTold_;
     bool           ok_ = true;
     Stack< Level > levels_;
     Stack< char >  names_; // of all levels, each with its terminator
 };
 } // namespace
 
-bool qv::deleteTreeContent( int directory )
+bool qv::deleteTreeContent( int directory, const char *path, bool *isTold )
 {
-    return TreeWalk( directory ).run();
+    return TreeWalk( directory, path, isTold ).run();
 }

@@ -3,6 +3,8 @@
 #include "qv/base/qv_boxed_pointer_private.h"
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_buffer_private.h"
+#include "qv/base/qv_error.h"
+#include "qv/base/qv_error_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_cstr_private.h"
 #include "qv/base/qv_vector.h"
@@ -52,6 +54,9 @@ qv::Ref< QV___BOXED_POINTER > openFile( QV_STRING *fn, const char *mode )
 {
     FILE *fptr = fopen( Name( fn ), mode );
 
+    if( !fptr )
+        qv::setSystemError( "cannot be opened", errno, fn );
+
     return qv::Ref< QV___BOXED_POINTER >(
         fptr ? qv___BoxedPointerCreate( fptr, []( void *value ) { fclose( static_cast< FILE * >( value ) ); } )
              : nullptr );
@@ -67,8 +72,14 @@ QV_INT readPiece( FILE *fptr, uint8_t *bytes, QV_INT wanted )
         errno = 0;
         got += static_cast< QV_INT >( fread( bytes + got, 1, static_cast< size_t >( wanted - got ), fptr ) );
 
-        if( got == wanted || !ferror( fptr ) || errno != EINTR )
+        if( got == wanted || !ferror( fptr ) )
             return got;
+
+        if( errno != EINTR )
+        {
+            qv::setSystemError( "cannot be read", errno );
+            return got;
+        }
 
         clearerr( fptr );
     }
@@ -141,17 +152,25 @@ QV_BOOL writeFile( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT by
 
     // All at once, from where the bytes are: they start on a whole byte and stand together.
     const uint8_t *bytes = qv::bytes( buf ) + byteOffset;
-    return fwrite( bytes, static_cast< size_t >( byteCount ), 1, fileOf( closure ) ) == 1 ? QV_TRUE : QV_FALSE;
+    return fwrite( bytes, static_cast< size_t >( byteCount ), 1, fileOf( closure ) ) == 1
+               ? QV_TRUE
+               : qv::setSystemError( "cannot be written", errno );
 }
 
 QV_BOOL flushFile( QV_OBJ *closure )
 {
-    return fflush( fileOf( closure ) ) == 0 ? QV_TRUE : QV_FALSE;
+    return fflush( fileOf( closure ) ) == 0 ? QV_TRUE : qv::setSystemError( "cannot be written", errno );
 }
 
-QV_BOOL succeeded( int result )
+// The result of a call of the operating system on a file. If it failed, `what` says so, and `errno` why.
+QV_BOOL succeeded( int result, const char *what, QV_STRING *fn )
 {
-    return result == 0 ? QV_TRUE : QV_FALSE;
+    return result == 0 ? QV_TRUE : qv::setSystemError( what, errno, fn );
+}
+
+QV_BOOL getStatus( QV_STRING *fn, struct stat *status )
+{
+    return succeeded( stat( Name( fn ), status ), "cannot be looked up", fn );
 }
 
 QV_STRING *fromCstr( const char *text )
@@ -182,39 +201,47 @@ QV_BYTE_SINK *qv___FileOpenByteSink( QV_STRING *fn )
 QV_BOOL qv___FileExists( QV_STRING *fn )
 {
     struct stat status;
-    return succeeded( stat( Name( fn ), &status ) );
+    return getStatus( fn, &status );
 }
 
 QV_INT qv___FileSize( QV_STRING *fn )
 {
     struct stat status;
-    return stat( Name( fn ), &status ) == 0 ? static_cast< QV_INT >( status.st_size ) : -1;
+    return getStatus( fn, &status ) ? static_cast< QV_INT >( status.st_size ) : -1;
 }
 
 QV_BOOL qv___FileIsDirectory( QV_STRING *fn )
 {
     struct stat status;
-    return stat( Name( fn ), &status ) == 0 && S_ISDIR( status.st_mode ) ? QV_TRUE : QV_FALSE;
+
+    if( !getStatus( fn, &status ) )
+        return QV_FALSE;
+
+    return S_ISDIR( status.st_mode ) ? QV_TRUE : qv::setSystemError( "cannot be used as a directory", ENOTDIR, fn );
 }
 
 QV_BOOL qv___FileDelete( QV_STRING *fn )
 {
-    return succeeded( unlink( Name( fn ) ) );
+    return succeeded( unlink( Name( fn ) ), "cannot be deleted", fn );
 }
 
 QV_BOOL qv___FileRename( QV_STRING *fn, QV_STRING *newFn )
 {
-    return succeeded( rename( Name( fn ), Name( newFn ) ) );
+    if( rename( Name( fn ), Name( newFn ) ) == 0 )
+        return QV_TRUE;
+
+    // The name that is bad, if one is.
+    return qv::setSystemError( "cannot be renamed", errno, qvStringFindChar( newFn, 0, 0 ) >= 0 ? newFn : fn );
 }
 
 QV_BOOL qv___FileCreateDirectory( QV_STRING *fn )
 {
-    return succeeded( mkdir( Name( fn ), DIRECTORY_MODE ) );
+    return succeeded( mkdir( Name( fn ), DIRECTORY_MODE ), "cannot be made", fn );
 }
 
 QV_BOOL qv___FileDeleteDirectory( QV_STRING *fn )
 {
-    return succeeded( rmdir( Name( fn ) ) );
+    return succeeded( rmdir( Name( fn ) ), "cannot be deleted", fn );
 }
 
 QV_BOOL qv___FileDeleteDirectoryRecursive( QV_STRING *fn )
@@ -231,15 +258,36 @@ QV_BOOL qv___FileDeleteDirectoryRecursive( QV_STRING *fn )
     const char *last  = slash ? slash + 1 : static_cast< const char * >( name );
 
     if( *last == '\0' || strcmp( last, "." ) == 0 || strcmp( last, ".." ) == 0 )
+    {
+        qv::setError(
+            { .code   = QV_ERROR_BAD_NAME,
+              .reason = "cannot be deleted: not the name of a directory that could be deleted as a whole",
+              .path   = qv::OwnUtf8( fn ) } );
         return QV_FALSE;
+    }
 
     int directory = open( name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC );
 
     // If it cannot be opened, rmdir() still deletes it if it is an empty directory, and refuses links and files.
-    bool ok = directory == -1 || qv::deleteTreeContent( directory );
+    bool isTold = false;
+    bool ok     = directory == -1 || qv::deleteTreeContent( directory, name, &isTold );
 
-    return succeeded( rmdir( name ) ) && ok ? QV_TRUE : QV_FALSE;
+    bool gone = rmdir( name ) == 0;
+
+    if( !gone && !isTold )
+        qv::setSystemError( "cannot be deleted", errno, fn );
+
+    return gone && ok ? QV_TRUE : QV_FALSE;
 }
+
+namespace
+{
+bool isDirectory( QV_STRING *fn )
+{
+    struct stat status;
+    return stat( Name( fn ), &status ) == 0 && S_ISDIR( status.st_mode );
+}
+} // namespace
 
 QV_VECTOR *qv___DirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, QV_STRING *suffix )
 {
@@ -254,7 +302,10 @@ QV_VECTOR *qv___DirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, QV_S
     DIR *directory = opendir( Name( prefix ) );
 
     if( !directory )
+    {
+        qv::setSystemError( "cannot be read", errno, path );
         return result.give();
+    }
 
     while( const dirent *entry = readdir( directory ) )
     {
@@ -264,7 +315,7 @@ QV_VECTOR *qv___DirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, QV_S
         qv::Ref< QV_STRING > name = qv::Ref< QV_STRING >::share( prefix );
         qvStringAppendCstr( name.at(), entry->d_name, -1 );
 
-        if( skipDirectories && qvFileIsDirectory( name ) )
+        if( skipDirectories && isDirectory( name ) )
             continue;
 
         if( ending )
@@ -280,6 +331,10 @@ QV_VECTOR *qv___DirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, QV_S
     }
 
     closedir( directory );
+
+    if( qvVectorLength( result ) == 0 )
+        qvErrorClear();
+
     return result.give();
 }
 

@@ -54,7 +54,7 @@ QV_LINE_SINK *qv___LineSinkCreate(
 QV_BOOL qvLineSinkError( QV_LINE_SINK *sink )
 {
     QV_CHECK( sink );
-    return sink->error;
+    return !qv::stillGood( sink );
 }
 
 QV_INT qvLineSinkLinesWritten( QV_LINE_SINK *sink )
@@ -68,7 +68,7 @@ QV_BOOL qvLineSinkWrite( QV_LINE_SINK *sink, QV_STRING *line )
     QV_CHECK( sink );
     QV_CHECK( line );
 
-    if( sink->error || !qv::noteResult( sink, sink->writeFunc( sink->closure, line ) ) )
+    if( !qv::stillGood( sink ) || !qv::noteResult( sink, sink->writeFunc( sink->closure, line ) ) )
         return QV_FALSE;
 
     if( sink->linesWritten < QV_INT_MAX )
@@ -160,7 +160,7 @@ QV_BOOL qvLineSinkWriteLines( QV_LINE_SINK *sink, QV_VECTOR *lines )
             return QV_FALSE;
     }
 
-    return !sink->error;
+    return qv::stillGood( sink );
 }
 
 QV_BOOL qvLineSinkWriteLinesLeading( QV_LINE_SINK *sink, QV_VECTOR *lines, QV_INT count )

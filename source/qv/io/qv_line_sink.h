@@ -11,7 +11,9 @@
         QV_BOOL ok = qvLineSinkFlush( sink ) && qvByteSinkFlush( bytes );   // true if all is in the file
 
     Failure. A write or flush that fails sets the error flag, which nothing clears: from then on every write and flush
-    returns QV_FALSE at once, and nothing reaches the destination. What was written before stays written.
+    returns QV_FALSE at once, and nothing reaches the destination. What was written before stays written. The
+    failure sets the last error (qv_error.h), and so does each call after it that fails because of it, or returns true
+    as the error flag.
 
     End. The last release flushes the sink and then releases the destination. The result of that flush is lost; a caller
     that needs it flushes first. A flush goes down to the codec, which writes its bytes to the byte sink below but does

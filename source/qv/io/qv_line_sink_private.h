@@ -4,8 +4,8 @@
 #include "qv/runtime/qv_family.h"
 
 /** The callbacks of a line sink. Every callback receives the closure of the sink, runs on the thread that uses
-    the sink, and returns QV_FALSE for a failure, after which no callback is called again. It must not use the sink that
-    called it. */
+    the sink, and returns QV_FALSE for a failure, with the last error set, after which no callback is called again. It
+    must not use the sink that called it. */
 
 /** Writes one line. A callback that keeps the String retains it. */
 typedef QV_BOOL ( *QV___LINE_SINK_WRITE_FUNC )( QV_OBJ *closure, QV_STRING *line );

@@ -18,7 +18,7 @@ namespace
 void freeLineSource( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
-    qv::drop( qvLineSourceFrom( thisObj )->closure );
+    qv::endStream( qvLineSourceFrom( thisObj ) );
 }
 } // namespace
 
@@ -44,7 +44,7 @@ QV_BOOL qvLineSourceEnd( QV_LINE_SOURCE *source )
 QV_BOOL qvLineSourceError( QV_LINE_SOURCE *source )
 {
     QV_CHECK( source );
-    return source->error;
+    return !qv::stillGood( source );
 }
 
 QV_INT qvLineSourceLinesRead( QV_LINE_SOURCE *source )
@@ -57,11 +57,14 @@ QV_STRING *qvLineSourceRead( QV_LINE_SOURCE *source )
 {
     QV_CHECK( source );
 
-    if( source->end )
+    if( qv::isIdle( source, 1 ) )
         return nullptr;
 
     QV_STRING *line = nullptr;
     QV_BOOL    ok   = source->readFunc( source->closure, &line );
+
+    if( __builtin_expect( !ok, 0 ) )
+        qv::addErrorLineAfter( source->linesRead );
 
     if( qv::noteCount( source, ok, line ? 1 : 0, 1 ) > 0 && source->linesRead < QV_INT_MAX )
         source->linesRead++;

@@ -15,6 +15,9 @@
     End. A read that finds no further line returns null and sets the end flag; a failure sets the error flag and the end
     flag. Nothing clears a flag, and a source at its end returns null at once.
 
+    Reasons. What failed is told by the last error (qv_error.h), which the failure sets; so does each call after it that
+    returns nothing because of it, or true as the error flag. The line is the one that could not be read whole.
+
     Threads. One thread at a time may use a source and what it reads from.
 
     Null as a source ends the process. */
@@ -29,7 +32,7 @@ QV_FAMILY( LineSource, QV_LINE_SOURCE )
 /** The end flag: true after a read has found no line or has failed. */
 QV_API QV_BOOL qvLineSourceEnd( QV_LINE_SOURCE *source );
 
-/** The error flag: true after a read has failed. */
+/** The error flag: true after a read has failed. True sets the last error. */
 QV_API QV_BOOL qvLineSourceError( QV_LINE_SOURCE *source );
 
 /** The number of lines that have been read; it never exceeds QV_INT_MAX. */

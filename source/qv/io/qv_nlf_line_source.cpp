@@ -6,17 +6,21 @@
 #include "qv/io/qv_line_source_private.h"
 #include "qv/io/qv_nlf.h"
 #include "qv/io/qv_nlf_private.h"
+#include "qv/io/qv_stream_private.h"
 #include "qv/io/qv_string_char_source.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_chars_private.h"
+
+#include <utility>
 
 // The limit of one read from the char source.
 const QV_INT REFILL_CHARS = 1024;
 
 // The characters that were read and belong to no line yet are chars[charsOffset] to chars[charsLength - 1]. Whether a
 // character ends a line is decided when the next one has been read or the data has ended. If it is the last one in the
-// array, it moves to the place before the refill, so that a line out of one refill is contiguous.
+// array, it moves to the place before the refill, so that a line out of one refill is contiguous. A length of 0 means
+// that the characters have ended inside of the last line.
 struct QV_NLF_LINE_SOURCE : QV_OBJ
 {
     QV_CHAR_SOURCE *charSource;
@@ -88,6 +92,33 @@ void appendTo( qv::Ref< QV_STRING > *line, const QV_CHAR *chars, QV_INT count )
     qvStringAppendChars( line->at(), chars, count );
 }
 
+// The result of a read that has met the end of the characters.
+QV_BOOL endOfChars( QV_NLF_LINE_SOURCE *nls, bool wasCut )
+{
+    if( qv::stillGood( static_cast< const qv::AnySource * >( qvCharSourceObj( nls->charSource ) ) ) )
+        return QV_TRUE;
+
+    if( wasCut )
+        qv::setErrorInLastLine();
+
+    return QV_FALSE;
+}
+
+// Ends the last line with the last character. Not inline: the rest of the reader is faster without.
+__attribute__( ( noinline ) ) QV_BOOL endLine( QV_NLF_LINE_SOURCE *nls, qv::Ref< QV_STRING > line, QV_STRING **result )
+{
+    bool isWhole = flagOf( nls->chars[0] ) & nls->nlfFlags;
+
+    if( !isWhole )
+        appendTo( &line, nls->chars, 1 );
+
+    nls->charsLength = isWhole;
+    moveTo( nls, nls->charsLength );
+    *result = line.give();
+
+    return QV_TRUE;
+}
+
 QV_BOOL readNlfLine( QV_OBJ *closure, QV_STRING **result )
 {
     QV_NLF_LINE_SOURCE  *nls   = qvNlfLineSourceFrom( closure );
@@ -95,8 +126,13 @@ QV_BOOL readNlfLine( QV_OBJ *closure, QV_STRING **result )
     const QV_INT         flags = nls->nlfFlags;
     qv::Ref< QV_STRING > line;
 
-    if( nls->charsOffset == nls->charsLength && !refill( nls ) )
-        return !qvCharSourceError( nls->charSource );
+    if( nls->charsOffset == nls->charsLength )
+    {
+        bool wasCut = nls->charsLength == 0;
+
+        if( !refill( nls ) )
+            return endOfChars( nls, wasCut );
+    }
 
     // The characters from charsOffset up to `at`, without the one there, belong to the line.
     for( QV_INT at = nls->charsOffset;; at++ )
@@ -111,15 +147,7 @@ QV_BOOL readNlfLine( QV_OBJ *closure, QV_STRING **result )
             moveTo( nls, last );
 
             if( !refill( nls ) )
-            {
-                if( !( flagOf( chars[0] ) & flags ) )
-                    appendTo( &line, chars, 1 );
-
-                moveTo( nls, nls->charsLength );
-                *result = line.give();
-
-                return QV_TRUE;
-            }
+                return endLine( nls, std::move( line ), result );
 
             at = qv::findLineEnd( chars, 0, nls->charsLength );
         }
@@ -150,8 +178,8 @@ QV_NLF_LINE_SOURCE *qvNlfLineSourceCreate( QV_CHAR_SOURCE *charSource, QV_INT nl
     QV_NLF_LINE_SOURCE *nls = qv::create< QV_NLF_LINE_SOURCE >( qvNlfLineSourceSort() );
     nls->charSource         = qv::retain( charSource );
     nls->nlfFlags           = qvNlfFlagsNormalize( nlfFlags );
-    nls->charsOffset        = 0;
-    nls->charsLength        = 0;
+    nls->charsOffset        = 1;
+    nls->charsLength        = 1;
 
     return nls;
 }

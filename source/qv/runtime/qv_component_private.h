@@ -10,6 +10,7 @@
 #define QV___COMPONENTS( COMPONENT )                                                                                   \
     COMPONENT( Mem )                                                                                                   \
     COMPONENT( Unique )                                                                                                \
+    COMPONENT( Error )                                                                                                 \
     COMPONENT( Obj )                                                                                                   \
     COMPONENT( StackTrace )                                                                                            \
     COMPONENT( String )                                                                                                \

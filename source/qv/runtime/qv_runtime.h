@@ -230,8 +230,10 @@ QV_API QV_BOOL    qvRuntimeHasPath( QV_INT path );
     that there are; true if it is loaded now, be it from before. The file is `libmorvane-<name>.so`, in the bin path or,
     with QV_RUNTIME_FLAG_IMPLICIT_MODULE_PATH, where the loader finds it. False, and what had been loaded for it stays
     loaded: the file is missing or is no module of that name, was built for another product or version, or its
-    start-up function or one of its dependencies has failed. With QV_RUNTIME_FLAG_MODULE_DEBUG a printed line says why.
-    A module that cannot be loaded as an extension is left out.
+    start-up function or one of its dependencies has failed. The last error (qv_error.h) tells which file, and why in
+    the words of the system's loader where it was the one to refuse; its subject is the name of the module that failed,
+    the module itself or one that it needs. With QV_RUNTIME_FLAG_MODULE_DEBUG a printed line says what failed. A module
+    that cannot be loaded as an extension is left out.
 
     A name that qvModuleNameOk() refuses ends the process, as does a circle of dependencies. Loads and unloads of all
     threads take turns; what a module's start-up function calls must not load. */

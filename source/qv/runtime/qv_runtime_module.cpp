@@ -1,6 +1,8 @@
 #include "qv/runtime/qv_runtime_module_private.h"
 
 #include "qv/base/qv_dict.h"
+#include "qv/base/qv_error.h"
+#include "qv/base/qv_error_private.h"
 #include "qv/base/qv_monitor_private.h"
 #include "qv/base/qv_sleep.h"
 #include "qv/base/qv_stack_trace_private.h"
@@ -60,12 +62,59 @@ qv::Ref< QV_VECTOR > namesIn( const char *text )
         qvStringSplitChar( qv::Ref< QV_STRING >( qvStringCreateFromCstr( text, -1 ) ), U' ', -1 ) );
 }
 
-// Loads in the order of the names. False at the first that fails; the rest is not tried then.
-QV_BOOL loadAll( QV_VECTOR *moduleNames )
+// Tells that a module was not loaded because it needs another one, whose failure is the last error: in its reason the
+// module that failed, which may be needed by the other one only, comes after the first that needs it.
+void tellNeed( QV_STRING *needer, QV_STRING *needed )
+{
+    qv::Ref< QV_ERROR >  error( qvErrorLast() );
+    qv::Ref< QV_STRING > failed( qvErrorSubject( error ) );
+    qv::Ref< QV_STRING > reason( qvErrorReason( error ) );
+    qv::Ref< QV_STRING > path( qvErrorPath( error ) );
+    qv::Ref< QV_STRING > before( qvStringCreateFromFormatCstr( "%s needs %s: ", -1, needed, failed.get() ) );
+
+    if( qvStringBeginsWith( reason, before ) )
+        qvStringDelLeading( reason.at(), qvStringLength( before ) );
+
+    qv::Ref< QV_STRING > all(
+        qvStringCreateFromFormatCstr( "%s needs %s: %s", -1, needer, failed.get(), reason.get() ) );
+    qv::setError(
+        { .code    = QV_ERROR_NO_DEPENDENCY,
+          .reason  = qv::OwnUtf8( all ),
+          .path    = qv::OwnUtf8( path ),
+          .subject = qv::OwnUtf8( failed ) } );
+}
+
+// Tells that a start-up function has failed, and why if it has set the last error.
+void tellStartup( QV_MODULE *module )
+{
+    qv::Ref< QV_STRING > reason( qvStringCreateFromCstr( "it did not start", -1 ) );
+
+    if( qvErrorLastCode() != QV_ERROR_NONE )
+        qvStringAppendFormatCstr( reason.at(), ": %~s", -1, qvErrorLastText() );
+
+    qv::setError(
+        { .code    = QV_ERROR_NOT_STARTED,
+          .reason  = qv::OwnUtf8( reason ),
+          .path    = qv::fileOfModule( module ),
+          .subject = module->moduleRecord->name } );
+}
+
+// Loads in the order of the names. False at the first that fails; the rest is not tried then. `needer` is the module
+// that depends on them, or null.
+QV_BOOL loadAll( QV_VECTOR *moduleNames, QV_STRING *needer )
 {
     for( QV_INT i = 0; i < qvVectorLength( moduleNames ); i++ )
-        if( !qv___RuntimeTryLoadModule( qv::Ref< QV_STRING >( qvStringFrom( qvVectorObjAt( moduleNames, i ) ) ) ) )
-            return QV_FALSE;
+    {
+        qv::Ref< QV_STRING > name( qvStringFrom( qvVectorObjAt( moduleNames, i ) ) );
+
+        if( qv___RuntimeTryLoadModule( name ) )
+            continue;
+
+        if( needer )
+            tellNeed( needer, name );
+
+        return QV_FALSE;
+    }
 
     return QV_TRUE;
 }
@@ -92,11 +141,16 @@ QV_BOOL loadNamed( QV_STRING *moduleName )
     QV_CHECK( module->moduleRecord->deps );
     QV_CHECK( module->moduleRecord->exts );
 
-    if( !loadAll( namesIn( module->moduleRecord->deps ) ) )
+    if( !loadAll( namesIn( module->moduleRecord->deps ), moduleName ) )
         return QV_FALSE;
 
+    qvErrorClear();
+
     if( module->startupFunc && !module->startupFunc() )
+    {
+        tellStartup( module );
         return QV_FALSE;
+    }
 
     enter( module, moduleName );
     return QV_TRUE;
@@ -291,7 +345,7 @@ QV_BOOL qvRuntimeTryLoadModulesVector( QV_VECTOR *moduleNames )
     QV_CHECK( qvVectorContainsOnly( moduleNames, qvStringSort() ) );
 
     qv::HeldMonitor held( qv___RuntimeLoadMonitor );
-    QV_BOOL         loaded = loadAll( moduleNames );
+    QV_BOOL         loaded = loadAll( moduleNames, nullptr );
 
     if( loaded )
         qv___RuntimeLoadModuleExtensions();

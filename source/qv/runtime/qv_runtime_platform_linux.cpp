@@ -1,5 +1,7 @@
 #include "qv/runtime/qv_runtime_platform_private.h"
 
+#include "qv/base/qv_error.h"
+
 #include <fcntl.h>
 #include <link.h>
 #include <string.h>
@@ -38,7 +40,7 @@ bool holdsItsSegments( int file, uint64_t size )
 }
 } // namespace
 
-bool qv::isFitToLoad( const char *path )
+bool qv::isFitToLoad( const char *path, ErrorDetails *why )
 {
     int file = open( path, O_RDONLY | O_CLOEXEC | O_NONBLOCK );
 
@@ -46,9 +48,13 @@ bool qv::isFitToLoad( const char *path )
         return true;
 
     struct stat status;
-    bool        fit = fstat( file, &status ) == 0 && S_ISREG( status.st_mode )
-               && holdsItsSegments( file, static_cast< uint64_t >( status.st_size ) );
+    bool        isFile  = fstat( file, &status ) == 0 && S_ISREG( status.st_mode );
+    bool        isWhole = isFile && holdsItsSegments( file, static_cast< uint64_t >( status.st_size ) );
     close( file );
 
-    return fit;
+    why->code = isFile ? QV_ERROR_CUT_OFF : QV_ERROR_BAD_MODULE;
+    why->reason =
+        isFile ? "the file cannot be loaded: it is cut off" : "the file cannot be loaded: it is not a regular one";
+
+    return isWhole;
 }

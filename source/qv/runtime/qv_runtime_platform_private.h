@@ -1,6 +1,7 @@
 #ifndef QV_RUNTIME_PLATFORM_PRIVATE_H
 #define QV_RUNTIME_PLATFORM_PRIVATE_H
 
+#include "qv/base/qv_error_private.h"
 #include "qv/qv_tool_private.h"
 #include "qv/runtime/qv_runtime.h"
 
@@ -19,8 +20,12 @@ QV_API void qv___RuntimePlatformUnixSetupPath( QV_STRING *path );
 namespace qv
 {
 /** False for a file that the system's loader would not refuse, but fail with: a shared object that is cut off, as by an
-    unfinished copy, would end the process by a signal, and a pipe would make it wait. */
-bool isFitToLoad( const char *path );
+    unfinished copy, would end the process by a signal, and a pipe would make it wait. `*why` gets the code and the
+    reason. */
+bool isFitToLoad( const char *path, ErrorDetails *why );
+
+/** The path of the file that a module was loaded from, as the loader keeps it, or null. */
+const char *fileOfModule( QV_MODULE *module );
 } // namespace qv
 
 /** What the platform tells about the computer: new Strings, or null. */

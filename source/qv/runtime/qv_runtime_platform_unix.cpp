@@ -1,5 +1,7 @@
 #include "qv/runtime/qv_runtime_platform_private.h"
 
+#include "qv/base/qv_error.h"
+#include "qv/base/qv_error_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_cstr_private.h"
 #include "qv/base/qv_vector.h"
@@ -15,7 +17,9 @@
 #include "qv/sys/qv_int.h"
 
 #include <dlfcn.h>
+#include <errno.h>
 #include <stdlib.h>
+#include <string.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -104,34 +108,89 @@ QV_STRING *cpuModel()
     }
 }
 
-// Prints why a file is not loaded, in a run with the flag for that.
-void refuse( const char *reason )
+// Why a file is not loaded becomes the last error; a run with the flag for that prints `reason`.
+void refuse( const char *reason, const qv::ErrorDetails &details )
 {
+    qv::setError( details );
+
     if( qvRuntimeFlags() & QV_RUNTIME_FLAG_MODULE_DEBUG )
         qvPrintFormatCstr( "[qv___RuntimePlatformLoadModule()] %lc", -1, reason );
 }
 
-// The module that an opened file holds, borrowed, or null.
-QV_MODULE *findModule( void *file, QV_STRING *moduleName )
+// What the loader's words mean. Words in another language, which it has after setlocale(), only tell what stands before
+// them: the name of the file that they are about.
+QV_INT codeOfLoader( const char *words, const char *fileName )
 {
+    bool isAboutFile = strncmp( words, fileName, strlen( fileName ) ) == 0;
+
+    if( strstr( words, "undefined symbol" ) )
+        return QV_ERROR_NO_SYMBOL;
+
+    if( !isAboutFile )
+        return QV_ERROR_NO_DEPENDENCY;
+
+    if( strchr( fileName, '/' ) )
+        return access( fileName, R_OK ) == 0 ? QV_ERROR_BAD_MODULE : qv::codeOfSystem( errno );
+
+    return strstr( words, "cannot open" ) ? QV_ERROR_NOT_FOUND : QV_ERROR_BAD_MODULE;
+}
+
+// Opens the file of a module, by its path or as the loader finds it. Null if that fails, and why.
+void *openFile( const char *fileName, qv::ErrorDetails *why )
+{
+    why->path = fileName;
+
+    if( strchr( fileName, '/' ) && !qv::isFitToLoad( fileName, why ) )
+        return nullptr;
+
+    void *file = dlopen( fileName, RTLD_NOW );
+
+    if( !file )
+    {
+        why->reason = dlerror();
+        why->code   = codeOfLoader( why->reason.bytes, fileName );
+    }
+
+    return file;
+}
+
+// The module that an opened file holds, borrowed, or null. `why` has the path of the file and the name of the module.
+QV_MODULE *findModule( void *file, QV_STRING *moduleName, qv::ErrorDetails why )
+{
+    // A module that brings another library along, as it does in a program with this one linked in, would work with objects
+    // and globals of its own.
+    void *entry = dlsym( file, "qvRuntimeTryLoadModule" );
+
+    if( entry && entry != reinterpret_cast< void * >( qvRuntimeTryLoadModule ) )
+    {
+        refuse( "bound to another copy of the library" );
+        return nullptr;
+    }
+
     qv::Ref< QV_STRING > symbol( qvStringCreateFromFormatCstr( "%s___module", -1, moduleName ) );
     QV_MODULE           *module = static_cast< QV_MODULE * >( dlsym( file, qv::Cstr( symbol ) ) );
 
     if( !module )
     {
-        refuse( "dlsym(): null" );
+        why.code   = QV_ERROR_NO_SYMBOL;
+        why.reason = dlerror();
+        refuse( "dlsym(): null", why );
         return nullptr;
     }
 
     if( !qv___ModuleCheckCompatibility( module ) )
     {
-        refuse( "qv___ModuleCheckCompatibility(): false" );
+        why.code   = QV_ERROR_WRONG_VERSION;
+        why.reason = "not made for this product, or its record is not in order";
+        refuse( "qv___ModuleCheckCompatibility(): false", why );
         return nullptr;
     }
 
     if( !qvStringEquals( qv::Ref< QV_STRING >( qvModuleName( module ) ), moduleName ) )
     {
-        refuse( "module name invalid" );
+        why.code   = QV_ERROR_BAD_MODULE;
+        why.reason = "the file holds a module of another name";
+        refuse( "module name invalid", why );
         return nullptr;
     }
 
@@ -190,6 +249,8 @@ void qv___RuntimePlatformUnixSetupPath( QV_STRING *path )
 {
     QV_CHECK( path );
 
+    qv::KeptError kept;
+
     // Where the last directory is there or can be made, all before it are there.
     if( qvFileIsDirectory( path ) || qvFileCreateDirectory( path ) )
         return;
@@ -223,21 +284,30 @@ QV_MODULE *qv___RuntimePlatformLoadModule( QV_STRING *moduleName )
     bool                 implicit = qvRuntimeFlags() & QV_RUNTIME_FLAG_IMPLICIT_MODULE_PATH;
     qv::Ref< QV_STRING > path( implicit ? qvStringCreate() : qvRuntimePath( QV_RUNTIME_PATH_BIN ) );
 
+    qv::OwnUtf8      name( moduleName );
+    qv::ErrorDetails why;
+    why.subject = name;
+
     // A run without a path for modules has none.
     if( !path )
-        return nullptr;
-
-    qvStringAppendFormatCstr( path.at(), "lib%~s-%s.so", -1, qvRuntimeVersionProductName(), moduleName );
-    qv::Cstr fileName( path );
-    void    *file = implicit || qv::isFitToLoad( fileName ) ? dlopen( fileName, RTLD_NOW ) : nullptr;
-
-    if( !file )
     {
-        refuse( "dlopen(): null" );
+        why.code   = QV_ERROR_NOT_FOUND;
+        why.reason = "the run has no path for modules";
+        qv::setError( why );
         return nullptr;
     }
 
-    QV_MODULE *module = findModule( file, moduleName );
+    qvStringAppendFormatCstr( path.at(), "lib%~s-%s.so", -1, qvRuntimeVersionProductName(), moduleName );
+    qv::Cstr fileName( path );
+    void    *file = openFile( fileName, &why );
+
+    if( !file )
+    {
+        refuse( "dlopen(): null", why );
+        return nullptr;
+    }
+
+    QV_MODULE *module = findModule( file, moduleName, why );
 
     if( !module )
     {
@@ -246,6 +316,12 @@ QV_MODULE *qv___RuntimePlatformLoadModule( QV_STRING *moduleName )
     }
 
     return qv::retain( module );
+}
+
+const char *qv::fileOfModule( QV_MODULE *module )
+{
+    Dl_info info;
+    return dladdr( module, &info ) ? info.dli_fname : nullptr;
 }
 
 /* The computer --------------------------------------------------------------------------------------------------- */

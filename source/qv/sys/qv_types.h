@@ -81,6 +81,7 @@ typedef struct QV_DECODER            QV_DECODER;            /**< takes values fr
 typedef struct QV_DICT               QV_DICT;       /**< a map from objects to objects, in the order of the keys */
 typedef struct QV_ENCODER            QV_ENCODER;    /**< writes values one after the other as bytes */
 typedef struct QV_ENUM               QV_ENUM;       /**< names for enumerated values */
+typedef struct QV_ERROR              QV_ERROR;      /**< why something failed, and where */
 typedef struct QV_FLAGSET            QV_FLAGSET;    /**< names for the bits of a flag word */
 typedef struct QV_GENERATION         QV_GENERATION; /**< a place in a tree of generations */
 typedef struct QV_GENERATION_MUTEX   QV_GENERATION_MUTEX;   /**< lets only one of related generations in at a time */

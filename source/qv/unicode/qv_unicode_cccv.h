@@ -2,7 +2,8 @@
     The names of the canonical combining classes (cccv is for canonical combining class value), which
     qv_unicode_properties.h lists.
 
-    Results belong to the caller. Any thread may call these functions. A class outside 0 to 255 ends the process. */
+    Results belong to the caller. Any thread may call these functions; each costs a new String. A class outside 0 to 255
+    ends the process. */
 
 #ifndef QV_UNICODE_CCCV_H
 #define QV_UNICODE_CCCV_H

@@ -1,8 +1,8 @@
 /** @file
     The types of decomposition mappings (cdmt is for character decomposition mapping type) and their names.
 
-    Results belong to the caller. Any thread may call these functions. A type outside 0 to 17 and null as a String end
-    the process. */
+    Results belong to the caller. Any thread may call these functions. A name costs a new String, and the type of a name
+    a comparison with each. A type outside 0 to 17 and null as a String end the process. */
 
 #ifndef QV_UNICODE_CDMT_H
 #define QV_UNICODE_CDMT_H

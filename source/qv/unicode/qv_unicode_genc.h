@@ -1,8 +1,8 @@
 /** @file
     The names of the general categories (genc is for general category), which qv_unicode_properties.h lists.
 
-    Results belong to the caller. Any thread may call these functions. A category outside 0 to 29 and null as a String
-    end the process. */
+    Results belong to the caller. Any thread may call these functions. A name costs a new String, and the category of a
+    name a comparison with each. A category outside 0 to 29 and null as a String end the process. */
 
 #ifndef QV_UNICODE_GENC_H
 #define QV_UNICODE_GENC_H

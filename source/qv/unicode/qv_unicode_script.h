@@ -1,8 +1,8 @@
 /** @file
     The names of the scripts, which qv_unicode_properties.h lists.
 
-    Results belong to the caller. Any thread may call these functions. A script outside 0 to 92 and null as a String end
-    the process. */
+    Results belong to the caller. Any thread may call these functions. A name costs a new String, and the script of a
+    name a comparison with each. A script outside 0 to 92 and null as a String end the process. */
 
 #ifndef QV_UNICODE_SCRIPT_H
 #define QV_UNICODE_SCRIPT_H

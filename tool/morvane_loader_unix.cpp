@@ -1,8 +1,0 @@
-#include "morvane_loader.h"
-
-#include <dlfcn.h>
-
-const char *morvane::loaderReason()
-{
-    return dlerror();
-}
