@@ -178,6 +178,7 @@ int main( int argc, char **argv )
     addCharsetCases();
     addDictCases();
     addContainerCases();
+    addOrderCases();
     addNormalizeCases();
     addNumberCases();
     addDocumentCases();

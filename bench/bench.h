@@ -165,6 +165,7 @@ void addUtfCases();
 void addCharsetCases();
 void addDictCases();
 void addContainerCases();
+void addOrderCases();
 void addNormalizeCases();
 void addNumberCases();
 void addDocumentCases();

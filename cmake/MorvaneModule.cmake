@@ -1,4 +1,4 @@
-# morvane_add_module( NAME SOURCE... )
+# morvane_add_module( NAME SOURCE... [DEPENDS NAME...] )
 #
 # Builds libmorvane-NAME.so, a module of the product, from sources in C11 or C++20 (or later, where CMAKE_C_STANDARD or
 # CMAKE_CXX_STANDARD says so). The target is morvane-NAME. NAME is 1 to 32 of a to z, digits and at most one underscore;
@@ -6,6 +6,14 @@
 #
 #   find_package( morvane 4 REQUIRED )
 #   morvane_add_module( greeter greeter.c )
+#   morvane_add_module( host host.c DEPENDS greeter )
+#
+# A module is linked with those that it DEPENDS on, so that it can call what they export, and QV_MODULE_DEFINE() names
+# them in its record, so that they are loaded before it. They are modules of the project that have been added before, or
+# lie in the folder of installed ones, MORVANE_MODULE_DIR: installed modules go there too, where programs that use this
+# installation find them.
+#
+#   install( TARGETS morvane-greeter morvane-host LIBRARY DESTINATION "${MORVANE_MODULE_DIR}" )
 #
 # The file exports the module object and what its sources mark with QV_API, all of which has C linkage; it may leave no
 # name undefined. The sources are compiled with QV_MODULE_NAME, which qv/qv_extend.h needs, and each with the path that
@@ -47,13 +55,14 @@ function( morvane_add_module name )
     if( NOT name MATCHES "^[a-z][a-z0-9]*(_[a-z0-9]+)?$" OR length GREATER 32 )
         message( FATAL_ERROR "morvane_add_module: ${name} cannot be the name of a module" )
     endif()
-    if( NOT ARGN )
+    cmake_parse_arguments( PARSE_ARGV 1 module "" "" "DEPENDS" )
+    if( NOT module_UNPARSED_ARGUMENTS )
         message( FATAL_ERROR "morvane_add_module: ${name} has no sources" )
     endif()
 
     set( target morvane-${name} )
     set( map "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/morvane-module.map" )
-    add_library( ${target} MODULE ${ARGN} )
+    add_library( ${target} SHARED ${module_UNPARSED_ARGUMENTS} ) # not MODULE: others may be linked with it
     set_target_properties(
         ${target}
         PROPERTIES
@@ -84,4 +93,19 @@ function( morvane_add_module name )
     endif()
     set_property( TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${map}" )
     target_link_libraries( ${target} PRIVATE morvane::qv )
+
+    foreach( other IN LISTS module_DEPENDS )
+        if( TARGET morvane-${other} )
+            target_link_libraries( ${target} PRIVATE morvane-${other} )
+        elseif( MORVANE_MODULE_DIR AND EXISTS "${MORVANE_MODULE_DIR}/libmorvane-${other}.so" )
+            target_link_libraries( ${target} PRIVATE "${MORVANE_MODULE_DIR}/libmorvane-${other}.so" )
+        else()
+            message( FATAL_ERROR "morvane_add_module: ${name} depends on ${other}, which is not there" )
+        endif()
+        # The loader finds it where this module is, too.
+        set_property( TARGET ${target} APPEND PROPERTY BUILD_RPATH "\$ORIGIN" )
+        set_property( TARGET ${target} APPEND PROPERTY INSTALL_RPATH "\$ORIGIN" )
+    endforeach()
+    string( REPLACE ";" " " deps "${module_DEPENDS}" )
+    target_compile_definitions( ${target} PRIVATE "QV_MODULE_DEPS=\"${deps}\"" )
 endfunction()

@@ -98,6 +98,45 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
         slot.model[k] = entry;
     }
 
+    // Enters, replaces, leaves or deletes a value.
+    void update( Slot &slot, Slot & )
+    {
+        struct Change
+        {
+            Entry   entry;
+            bool    ends, leaves;
+            QV_OBJ *old;
+        } change = { value( slot ), in.flag(), in.below( 3 ) == 0, nullptr };
+
+        QV_OBJ *obj;
+        Key     k   = key( slot, obj );
+        auto    at  = slot.model.find( k );
+        QV_OBJ *old = at == slot.model.end() ? nullptr : at->second.value;
+
+        qvDictUpdateObjKey(
+            slot.ref.at(), obj,
+            []( QV_OBJ **value, void *data )
+            {
+                Change *wanted = static_cast< Change * >( data );
+                wanted->old    = *value;
+
+                if( wanted->leaves )
+                    return;
+
+                QV_OBJ       *fresh = wanted->ends ? nullptr : retain( wanted->entry.value );
+                Ref< QV_OBJ > given( std::exchange( *value, fresh ) );
+            },
+            &change );
+
+        require( change.old == old );
+        change.entry.key = old ? at->second.key : obj;
+
+        if( change.ends && !change.leaves )
+            slot.model.erase( k );
+        else if( !change.leaves )
+            slot.model[k] = change.entry;
+    }
+
     void erase( Slot &slot, Slot & )
     {
         QV_OBJ *obj;
@@ -268,5 +307,5 @@ struct DictWalk : Slots< DictWalk, QV_DICT, Model, qvDictCreate >
 } // namespace qv::fuzz
 
 QV_FUZZ_WALK(
-    DictWalk, OP( share ) OP( set ) OP( set ) OP( set ) OP( erase ) OP( eraseValue ) OP( run ) OP( run ) OP( run )
-                  OP( combine ) OP( combine ) OP( combineValue ) OP( create ) OP( look ) )
+    DictWalk, OP( share ) OP( set ) OP( set ) OP( set ) OP( update ) OP( erase ) OP( eraseValue ) OP( run ) OP( run )
+                  OP( run ) OP( combine ) OP( combine ) OP( combineValue ) OP( create ) OP( look ) )

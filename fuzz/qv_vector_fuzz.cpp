@@ -118,6 +118,29 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
         std::reverse( slot.model.begin(), slot.model.end() );
     }
 
+    // By some low bits, so that there are equals.
+    void order( Slot &slot, Slot & )
+    {
+        QV_INT mask   = in.below( 3 ) == 0 ? -1 : 7 << in.below( 3 );
+        auto   before = [&]( QV_INT a, QV_INT b ) { return ( a & mask ) < ( b & mask ); };
+        auto   order  = []( QV_OBJ *a, QV_OBJ *b, void *bits )
+        {
+            return ( intOf( a ) & *static_cast< QV_INT * >( bits ) )
+                   - ( intOf( b ) & *static_cast< QV_INT * >( bits ) );
+        };
+        Span span = in.span( lengthOf( slot.model ), INNER );
+
+        if( mask == -1 )
+            qvVectorOrderInner( slot.ref.at(), span.from, span.size );
+        else
+            qvVectorOrderInnerBy( slot.ref.at(), span.from, span.size, order, &mask );
+
+        std::stable_sort( slot.model.begin() + span.from, slot.model.begin() + span.from + span.size, before );
+        require(
+            qvVectorIsOrderedBy( slot.ref, order, &mask )
+            == std::is_sorted( slot.model.begin(), slot.model.end(), before ) );
+    }
+
     void create( Slot &to, Slot &from )
     {
         Span   span   = in.span( lengthOf( from.model ), INNER );
@@ -167,4 +190,4 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
 
 QV_FUZZ_WALK(
     VectorWalk, OP( share ) OP( insert ) OP( insert ) OP( objs ) OP( objs ) OP( object ) OP( object ) OP( self )
-                    OP( many ) OP( erase ) OP( erase ) OP( reverse ) OP( create ) OP( look ) )
+                    OP( many ) OP( erase ) OP( erase ) OP( reverse ) OP( order ) OP( create ) OP( look ) )

@@ -7,6 +7,7 @@
 #include "qv_test_support.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 

@@ -154,6 +154,9 @@ std::u32string qv::test::takePrinted()
 
 int main( int argc, char **argv )
 {
+    if( qvTestRunInstead && qvTestRunInstead() )
+        return 0;
+
     std::string pattern = ( std::filesystem::temp_directory_path() / "qv-test-XXXXXX" ).string();
 
     if( !mkdtemp( pattern.data() ) )

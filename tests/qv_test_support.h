@@ -93,6 +93,9 @@ void expectReports( const std::vector< Misuse > &rows );
 testing::Matcher< const std::string & > reportOf( const std::string &expression, const std::string &message = "" );
 } // namespace qv::test
 
+/** Called by main() first, where a test defines it. True if that was all that the process is to do. */
+extern "C" __attribute__( ( weak ) ) bool qvTestRunInstead();
+
 /** A broken contract has to end the process with a report of exactly this expression. */
 #define EXPECT_BROKEN( statement, expression ) EXPECT_BROKEN_MESSAGE( statement, "", expression )
 

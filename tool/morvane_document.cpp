@@ -1,5 +1,6 @@
 #include "morvane_document.h"
 
+#include "morvane_progress.h"
 #include "morvane_tool.h"
 
 #include "qv/base/qv_boxed_bool.h"
@@ -17,6 +18,7 @@ using qv::Ref;
 
 namespace
 {
+const QV_INT  PROGRESS_STEP     = 64 << 10; // bytes between two looks at the clock
 const uint8_t BYTE_ORDER_MARK[] = { 0xEF, 0xBB, 0xBF };
 
 bool isLineEnd( QV_CHAR ch )
@@ -97,6 +99,7 @@ bool Document::parse( QV_BUFFER *bytes )
     const QV_CHAR *chs   = qvStringBacking( text );
     QV_INT         count = qvStringLength( text );
     QV_INT         start = 0;
+    QV_INT         told  = 0;
 
     for( QV_INT i = 0; i < count; i++ )
     {
@@ -109,6 +112,13 @@ bool Document::parse( QV_BUFFER *bytes )
         Ref< QV_STRING > line( qvStringCreateFromInner( text, start, i + 1 - start ) );
         insert( last_, line );
         start = i + 1;
+
+        // The characters stand for the bytes that they come from.
+        if( QV_INT done = length / count * start; done - told >= PROGRESS_STEP )
+        {
+            addProgress( done - told );
+            told = done;
+        }
     }
 
     return qvBufferEquals( this->bytes(), bytes ) != QV_FALSE;

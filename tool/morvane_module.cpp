@@ -85,25 +85,69 @@ Ref< QV_STORE > describe( QV_MODULE *module )
 }
 } // namespace
 
-// Only opens the file: starts nothing, and does not look for what the module needs.
-int showModule( const Arguments &arguments )
+// Only opens the files: starts nothing, and does not look for what the modules need.
+int showModules( const Arguments &arguments )
 {
-    Ref< QV_STRING > name = arguments.wordAt( 0 );
+    int             status = SUCCESS;
+    Ref< QV_STORE > all( qvStoreCreate() );
 
-    if( !isName( name ) )
-        return FAILURE;
+    for( QV_INT i = 0; i < arguments.wordCount(); i++ )
+        if( !isName( arguments.wordAt( i ) ) )
+            return FAILURE;
 
-    Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( name ) );
-
-    if( !module )
+    for( QV_INT i = 0; i < arguments.wordCount(); i++ )
     {
-        complainOfModule( name );
-        return FAILURE;
+        Ref< QV_STRING > name = arguments.wordAt( i );
+        Ref< QV_MODULE > module( qv___RuntimePlatformLoadModule( name ) );
+
+        if( !module )
+        {
+            complainOfModule( name );
+            status = FAILURE;
+        }
+        else if( arguments.wordCount() == 1 )
+        {
+            all = describe( module );
+        }
+        else
+        {
+            qvStoreSetStore( all.at(), name, describe( module ) );
+        }
     }
 
-    printDocument( describe( module ) );
-    return SUCCESS;
+    printDocument( all );
+    return status;
 }
+
+namespace
+{
+// The line about what an unload waits for: after a second, and then every ten.
+const QV_INT FIRST_LINE = 1000;
+const QV_INT NEXT_LINE  = 10000;
+
+void appendLeak( QV_SORT *, const char *sortName, QV_INT objects, void *text )
+{
+    QV_STRING **list = static_cast< QV_STRING ** >( text );
+    qvStringAppendFormatCstr( list, "%lc %i %lc", -1, qvStringLength( *list ) ? "," : "", objects, sortName );
+}
+
+void tellWait( QV_MODULE *module, QV_INT waited, QV_INT left )
+{
+    if( waited != FIRST_LINE && waited % NEXT_LINE != 0 )
+        return;
+
+    Ref< QV_STRING > name( qvModuleName( module ) );
+    Ref< QV_STRING > leaks( qvStringCreate() );
+    qv___ModuleLeakVisit( module, appendLeak, leaks.at() );
+
+    Ref< QV_STRING > reason( qvStringCreateFromFormatCstr( "still has%s", -1, leaks.get() ) );
+
+    if( left >= 0 )
+        qvStringAppendFormatCstr( reason.at(), ", %i s left", -1, left / 1000 );
+
+    complain( COMMAND, name, reason );
+}
+} // namespace
 
 int runModule( const Arguments &arguments )
 {
@@ -111,6 +155,7 @@ int runModule( const Arguments &arguments )
 
     // So what a module writes itself and what it prints come out in their order.
     printAtOnce();
+    qv___RuntimeSetUnloadWaitFunc( tellWait );
 
     if( !isName( name ) )
         return FAILURE;

@@ -1,5 +1,6 @@
 #include "morvane_document.h"
 #include "morvane_file.h"
+#include "morvane_progress.h"
 #include "morvane_tool.h"
 
 #include "qv/base/qv_buffer.h"
@@ -118,7 +119,11 @@ public:
             return false;
         }
 
-        if( document->parse( bytes ) )
+        beginProgress( fn_, qvBufferLength( bytes ) );
+        bool isText = document->parse( bytes );
+        endProgress();
+
+        if( isText )
             return true;
 
         complainOfFile( fn_, "standard input", "not valid UTF-8; it could not be kept as it is" );

@@ -33,7 +33,7 @@ const Tool TOOLS[] = {
       { "morvane manual store | man -l -" } },
     { "", "module", "TOOL ARGUMENT...", "tells about modules in XZ_MORVANE_BIN_PATH and runs them", nullptr,
       "A module is a shared object libmorvane-NAME.so in the folder that XZ_MORVANE_BIN_PATH names, else in "
-      "/opt/wexcraft/morvane/bin.",
+      "the folder morvane beside the library, else in /opt/wexcraft/morvane/bin.",
       {},
       { "morvane module show greeter", "XZ_MORVANE_BIN_PATH=build morvane module run greeter Ada Grace" },
       HAS_TOOLS, 0 },
@@ -82,16 +82,18 @@ const Tool TOOLS[] = {
       { "morvane unicode show U+1EC7" },
       HAS_TOOLS },
 
-    { "module", "show", "NAME", "prints what the file of a module in XZ_MORVANE_BIN_PATH tells about it", showModule,
+    { "module", "show", "NAME...", "prints what the files of modules in XZ_MORVANE_BIN_PATH tell about them", showModules,
       "It is a document: description, version and compatibility, the modules that it needs (deps) and those that extend "
-      "it (exts), whether it can be run (personality), and the product that it is for, if it is for one only. Nothing is "
-      "started.",
+      "it (exts), whether it can be run (personality), and the product that it is for, if it is for one only. Of several modules "
+      "each is a sub-store under its name. Nothing is started.",
       {},
-      { "morvane module show greeter" },
+      { "morvane module show greeter", "morvane module show greeter counter | morvane store get - counter.version" },
       HAS_WORDS },
     { "module", "run", "NAME [ARGUMENT...]", "loads a module and runs its program", runModule,
       "All that it needs is loaded too. The exit status is the result of the module; one that is not from 0 to 255 "
-      "becomes 255. What modules print goes to the standard output, a line each, as soon as it is printed.",
+      "becomes 255. What modules print goes to the standard output, a line each, as soon as it is printed.\n\n"
+      "A module ends with the last object of its families. One that keeps some for more than 60 seconds ends the process "
+      "with a report; until then lines on the standard error stream say what it still has.",
       {},
       { "XZ_MORVANE_BIN_PATH=build morvane module run greeter Ada Grace" },
       PASSES_ON },

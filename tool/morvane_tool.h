@@ -172,7 +172,7 @@ int printCompletion( const Arguments &arguments );
 int printManual( const Arguments &arguments );
 int makeIdentifier( const Arguments &arguments );
 int tellInfo( const Arguments &arguments );
-int showModule( const Arguments &arguments );
+int showModules( const Arguments &arguments );
 int runModule( const Arguments &arguments );
 int randomBytes( const Arguments &arguments );
 int randomInteger( const Arguments &arguments );

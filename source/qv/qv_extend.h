@@ -99,13 +99,20 @@ QV_API QV_MODULE QV_THIS_MODULE;
       product. The defaults, NULL and -1, are any. If a part of the version is -1, the parts that follow it are too.
     - `.description`, required.
     - `.version`, required: like `1.2`, see qv_module_version.h.
-    - `.deps`, the names of the modules that have to be loaded before, with one blank between them. Default "".
+    - `.deps`, the names of the modules that have to be loaded before, with one blank between them. The default is
+      QV_MODULE_DEPS, which morvane_add_module() defines from its DEPENDS, else "".
     - `.exts`, the names of the modules that are loaded after it if they can be, likewise. Default "". */
 #define QV_MODULE_INFO( ... ) __VA_ARGS__
 
 /** The functions that the run time calls, by name and in this order; NULL is the default: `.startupFunc`,
     `.shutdownBeginFunc`, `.shutdownFunc`, `.shutdownEndFunc`, `.personalityFunc`. */
 #define QV_MODULE_FUNCS( ... ) __VA_ARGS__
+
+/** The names of the modules that have to be loaded before this one, with one blank between them, as a text. Defined by
+    morvane_add_module(), or before this header. */
+#ifndef QV_MODULE_DEPS
+#define QV_MODULE_DEPS ""
+#endif
 
 /** Defines the module object. Stands once in a module, followed by a semicolon. */
 #ifdef __cplusplus
@@ -132,7 +139,7 @@ struct QV___MODULE_INFO
     const char *productCopyright      = nullptr;
     const char *description           = nullptr;
     const char *version               = nullptr;
-    const char *deps                  = "";
+    const char *deps                  = QV_MODULE_DEPS;
     const char *exts                  = "";
 };
 
@@ -191,7 +198,7 @@ constexpr QV_MODULE qv___ModuleOf( const QV_MODULE_RECORD *record, const QV___MO
             .productVersionMinor   = -1,                                                                               \
             .productVersionRelease = -1,                                                                               \
             .name                  = QV___QUOTE( QV_MODULE_NAME ),                                                     \
-            .deps                  = "",                                                                               \
+            .deps                  = QV_MODULE_DEPS,                                                                   \
             .exts                  = "",                                                                               \
             info };                                                                                                    \
     _Pragma( "GCC diagnostic pop" ) QV_MODULE QV_THIS_MODULE = {                                                       \

@@ -59,4 +59,16 @@ QV_API const QV_CHAR *qv___UnicodeCdmDbLookup( QV_CHAR ch, QV_INT *length, QV_IN
     again; that of a module that was returned stays open for the life of the process. */
 QV_API QV_MODULE *qv___RuntimePlatformLoadModule( QV_STRING *moduleName );
 
+/** Called while an unload waits for the last object of a module, after each pause: how long it has waited for this
+    module, and how long until the process is ended, both in milliseconds; -1 for a wait without an end. */
+typedef void ( *QV___UNLOAD_WAIT_FUNC )( QV_MODULE *module, QV_INT waited, QV_INT left );
+
+/** Sets what is called while an unload waits, until the library stops; null: nothing. In one thread. */
+QV_API void qv___RuntimeSetUnloadWaitFunc( QV___UNLOAD_WAIT_FUNC func );
+
+/** As qvRuntimeLeakVisit(), for the sorts of a module. */
+QV_API void qv___ModuleLeakVisit(
+    QV_MODULE *module, void ( *func )( QV_SORT *sort, const char *sortName, QV_INT objects, void *context ),
+    void      *context );
+
 #endif

@@ -122,3 +122,64 @@ TEST( Dict, BackingIsAllEntriesInRows )
         }
     }
 }
+
+// A function enters, changes, leaves and deletes values, by every kind of key that is not an object at first.
+TEST( Dict, UpdatesValuesInPlace )
+{
+    static QV_INT lone; // calls in which nobody else held the value
+    auto          append = []( QV_OBJ **value, void *data )
+    {
+        lone += *value && !isShared( *value );
+        QV_VECTOR *vec = *value ? qvVectorFrom( *value ) : qvVectorCreate();
+        qvVectorAppendObj( &vec, static_cast< QV_OBJ * >( data ) );
+        *value = qvVectorObj( vec );
+    };
+    auto end = []( QV_OBJ **value, void * )
+    {
+        if( *value )
+            qvObjRelease( std::exchange( *value, nullptr ) );
+    };
+    auto nothing = []( QV_OBJ **, void * ) {};
+
+    for( QV_INT length : { 3, 3000 } )
+    {
+        Ref< QV_DICT > dict( qvDictCreate() );
+        const char    *umlaut = "\xC3\xBC";
+
+        for( QV_INT i = 0; i < 2 * length; i++ )
+        {
+            Ref< QV_OBJ > each = boxed( i );
+            qvDictUpdateIntKey( dict.at(), i * 7 % length, append, each );
+            qvDictUpdateStringKeyCstr( dict.at(), std::to_string( i % length ).c_str(), -1, append, each );
+        }
+
+        EXPECT_EQ( 2 * length, qvDictLength( dict ) );
+        EXPECT_EQ( 2 * length, std::exchange( lone, 0 ) );
+
+        // Nothing is entered where nothing is returned, and the key that is there stays.
+        Ref< QV_DICT > before = Ref< QV_DICT >::share( dict );
+        qvDictUpdateStringKeyCstr( dict.at(), umlaut, -1, end, nullptr );
+        qvDictUpdateBoolKey( dict.at(), QV_TRUE, nothing, nullptr );
+        EXPECT_EQ( before.get(), dict.get() );
+        Ref< QV_OBJ > one = boxed( 1 ), key( qvDictKeyAt( dict, qvDictIndexOfIntKey( dict, 1 ) ) );
+        qvDictUpdateObjKey( dict.at(), one, append, one );
+        EXPECT_EQ( 0, lone );
+        EXPECT_EQ( key.get(), Ref( qvDictKeyAt( dict, qvDictIndexOfIntKey( dict, 1 ) ) ).get() );
+        EXPECT_EQ( 3, qvVectorLength( qvVectorFrom( Ref( qvDictIntKey( dict, 1 ) ) ) ) );
+        EXPECT_EQ( 2, qvVectorLength( qvVectorFrom( Ref( qvDictIntKey( before, 1 ) ) ) ) );
+
+        // The Dict goes into itself as it was, as a key too.
+        qvDictUpdateObjKey( dict.at(), qvDictObj( dict ), append, qvDictObj( dict ) );
+        EXPECT_EQ( 2 * length + 1, qvDictLength( dict ) );
+        qvDictDelObjKey( dict.at(), Ref( qvDictKeyAt( dict, length ) ) );
+
+        for( QV_INT i = 0; i < length; i++ )
+        {
+            qvDictUpdateIntKey( dict.at(), i, end, nullptr );
+            qvDictUpdateStringKeyCstr( dict.at(), std::to_string( i ).c_str(), -1, end, nullptr );
+        }
+
+        EXPECT_EQ( Ref( qvDictCreate() ).get(), dict.get() );
+        lone = 0;
+    }
+}

@@ -92,6 +92,14 @@ TEST( Misuse, IsReported )
 
         { [] { qvDictValueAt( qvDictCreate(), 0 ); }, "idx < dict->length" },
         { [] { qvDictDelAt( var( qvDictCreate() ), 0 ); }, "idx < (*dict)->length" },
+        { [] { qvVectorOrderInner( twoElements(), 1, 2 ); }, "offset + count <= (*vec)->length" },
+        { [] { qvVectorOrderBy( twoElements(), nullptr, nullptr ); }, "compare" },
+        { []
+          {
+              static QV_DICT *dict = qvDictCreate();
+              qvDictUpdateIntKey( &dict, 1, []( QV_OBJ **, void * ) { qvDictClear( &dict ); }, nullptr );
+          },
+          "*dict" },
         { [] { qvDictCreateWithKeysAndValues( qvVectorCreate(), *twoElements() ); },
           "qvVectorLength( keysVector ) == qvVectorLength( valuesVector )" },
         { [] { qvRangeMapSetRangeKey( var( qvRangeMapCreate() ), 5, 4, qv::obj( *abc() ) ); },

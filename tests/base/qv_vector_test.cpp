@@ -2,6 +2,11 @@
 
 #include "qv/qv.h"
 
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <random>
+
 using qv::Ref;
 using namespace qv::test;
 
@@ -26,4 +31,182 @@ TEST( Vector, KnowsTheSortsOfItsElements )
     qvVectorReverse( vec.at() );
     qvVectorStringize( vec.at() );
     EXPECT_EQ( Ref( qvVectorCreate() ).get(), vec.get() );
+}
+
+namespace
+{
+QV_INT value( QV_OBJ *object )
+{
+    return qvBoxedIntValue( qvBoxedIntFrom( object ) );
+}
+
+// By the hundreds, so that others tell whether equals keep their order. Counts its calls.
+QV_INT byHundreds( QV_OBJ *thisObj, QV_OBJ *thatObj, void *calls )
+{
+    ++*static_cast< QV_INT * >( calls );
+    return value( thisObj ) / 100 - value( thatObj ) / 100;
+}
+
+Ref< QV_VECTOR > vectorOf( const std::vector< QV_INT > &values )
+{
+    Ref< QV_VECTOR > vec( qvVectorCreate() );
+
+    for( QV_INT each : values )
+        qvVectorAppendInt( vec.at(), each );
+
+    return vec;
+}
+
+std::vector< QV_INT > valuesOf( QV_VECTOR *vec )
+{
+    std::vector< QV_INT > values;
+
+    for( QV_INT i = 0; i < qvVectorLength( vec ); i++ )
+        values.push_back( value( qvVectorBacking( vec )[i] ) );
+
+    return values;
+}
+} // namespace
+
+// Each shape with how many comparisons an element may cost.
+TEST( Vector, OrdersStablyInEveryShape )
+{
+    const QV_INT LENGTH = 5000;
+    const double LOG    = std::log2( LENGTH );
+    std::mt19937 random( 1 );
+
+    const std::pair< double, std::function< QV_INT( QV_INT ) > > SHAPES[] = {
+        { 1, []( QV_INT i ) { return i; } },
+        { 1, []( QV_INT i ) { return i % 100; } },
+        { 2.2, []( QV_INT i ) { return ( LENGTH - i ) * 100; } },
+        { 2.2, []( QV_INT i ) { return i == LENGTH - 1 ? 0 : i * 100; } },
+        { 4.5, []( QV_INT i ) { return i % ( LENGTH / 8 ) * 100; } },                            // a saw
+        { 4.5, []( QV_INT i ) { return ( i < LENGTH / 2 ? i : LENGTH - i ) * 100 + i % 100; } }, // a roof
+        { LOG, []( QV_INT i ) { return i * 100 % 700 + i; } },
+        { LOG, [&]( QV_INT ) { return static_cast< QV_INT >( random() ); } },
+        { LOG, [&]( QV_INT i ) { return i / 50 * 50 + static_cast< QV_INT >( random() % 5000 ); } },
+    };
+
+    for( const auto &[most, shape] : SHAPES )
+        for( QV_INT length : { QV_INT( 0 ), QV_INT( 1 ), QV_INT( 2 ), QV_INT( 25 ), QV_INT( 49 ), LENGTH } )
+        {
+            std::vector< QV_INT > values;
+
+            for( QV_INT i = 0; i < length; i++ )
+                values.push_back( shape( i ) );
+
+            QV_INT           calls = 0, size = qvVectorLength( vectorOf( values ) ) / 3;
+            Ref< QV_VECTOR > all = vectorOf( values ), inner = vectorOf( values ), plain = vectorOf( values );
+            auto             hundreds = []( QV_INT a, QV_INT b ) { return a / 100 < b / 100; };
+
+            qvVectorOrder( plain.at() );
+            EXPECT_TRUE( qvVectorIsOrdered( plain ) );
+            qvVectorOrderInnerBy( inner.at(), size, size, byHundreds, &calls );
+            std::vector< QV_INT > expected = values;
+            std::stable_sort( expected.begin() + size, expected.begin() + 2 * size, hundreds );
+            EXPECT_EQ( expected, valuesOf( inner ) );
+
+            calls = 0;
+            qvVectorOrderBy( all.at(), byHundreds, &calls );
+            EXPECT_GE( most * static_cast< double >( length ) + 1, static_cast< double >( calls ) );
+            std::stable_sort( values.begin(), values.end(), hundreds );
+            EXPECT_EQ( values, valuesOf( all ) );
+            EXPECT_TRUE( qvVectorIsOrderedBy( all, byHundreds, &calls ) );
+
+            // The first of equal ones is found, and where another one belongs.
+            for( QV_INT i = 0; i < length; i += 1 + length / 10 )
+                for( QV_INT sought : { values[static_cast< size_t >( i )], values[static_cast< size_t >( i )] + 1000 } )
+                {
+                    QV_BOOL found;
+                    auto    at = std::lower_bound( values.begin(), values.end(), sought, hundreds );
+                    EXPECT_EQ(
+                        at - values.begin(),
+                        qvVectorSearchBy(
+                            all, Ref( qvBoxedIntObj( qvBoxedIntCreate( sought ) ) ), byHundreds, &calls, &found ) );
+                    EXPECT_EQ( at != values.end() && *at / 100 == sought / 100, found );
+                }
+        }
+}
+
+TEST( Vector, OrdersEverySortAsItsObjectsCompare )
+{
+    Ref< QV_VECTOR > texts( qvVectorCreate() ), mixed( qvVectorCreate() );
+
+    for( const char *each : { "b", "a", "abc", "", "ab", "b" } )
+        qvVectorAppendStringCstr( texts.at(), each, -1 );
+
+    qvVectorAppend( mixed.at(), texts );
+    qvVectorInsertInt( mixed.at(), 2, 7 );
+    qvVectorAppendInt( mixed.at(), -7 );
+
+    // Of equal ones both stay, in their order.
+    QV_OBJ *first = qvVectorBacking( texts )[0];
+    qvVectorOrder( texts.at() );
+    qvVectorOrder( mixed.at() );
+    EXPECT_EQ( "<, a, ab, abc, b, b>", textOf( texts.get() ) );
+    EXPECT_EQ( "<-7, 7, , a, ab, abc, b, b>", textOf( mixed.get() ) );
+    EXPECT_EQ( first, qvVectorBacking( texts )[4] );
+
+    QV_BOOL found = QV_FALSE;
+    EXPECT_EQ( 4, qvVectorSearch( texts, Ref( qvStringObj( text( "b" ).give() ) ), &found ) );
+    EXPECT_TRUE( found );
+    EXPECT_EQ( 2, qvVectorSearch( mixed, Ref( qvStringObj( text( "" ).give() ) ), nullptr ) );
+
+    // Texts that differ after many characters, at their end and beyond one byte.
+    Ref< QV_VECTOR > paths( qvVectorCreate() );
+
+    for( QV_INT i = 0; i < 600; i++ )
+        qvVectorAppendStringFormatCstr(
+            paths.at(), "path/to/%c%s%i", -1, static_cast< QV_CHAR >( U"a\xED\xEE\x10FFFF"[i * 5 % 4] ),
+            text( i % 3 ? "" : "aaaaaaaaa" ).get(), i * 7 % 50 );
+
+    qvVectorOrder( paths.at() );
+    EXPECT_TRUE( qvVectorIsOrdered( paths ) );
+    qvVectorAppendStringCstr( paths.at(), "path/to/", -1 );
+    qvVectorOrder( paths.at() );
+    EXPECT_EQ( "path/to/", textOf( qvVectorBacking( paths )[0] ) );
+    EXPECT_TRUE( qvVectorIsOrdered( paths ) );
+
+    // In order already, a shared Vector stays shared; else the other holder's stays as it was.
+    Ref< QV_VECTOR > other = Ref< QV_VECTOR >::share( texts );
+    qvVectorOrder( texts.at() );
+    EXPECT_EQ( other.get(), texts.get() );
+    qvVectorReverse( other.at() );
+    qvVectorOrder( other.at() );
+    EXPECT_EQ( "<, a, ab, abc, b, b>", textOf( texts.get() ) );
+}
+
+// Whatever a function returns, each object stays in the Vector once; and what it does to the variable is given up.
+TEST( Vector, KeepsItsElementsWhateverAFunctionDoes )
+{
+    static QV_VECTOR  **variable;
+    static std::mt19937 random( 2 );
+
+    const QV_VECTOR_COMPARE_FUNC FUNCTIONS[] = {
+        []( QV_OBJ *, QV_OBJ *, void * ) { return QV_INT( 1 ); },
+        []( QV_OBJ *, QV_OBJ *, void * ) { return QV_INT( -1 ); },
+        []( QV_OBJ *, QV_OBJ *, void * ) { return QV_INT( random() % 3 ) - 1; },
+        []( QV_OBJ *thisObj, QV_OBJ *thatObj, void * )
+        {
+            EXPECT_LE( 40, qvVectorLength( *variable ) );
+            qvVectorClear( variable );
+            qvVectorAppend( variable, Ref( vectorOf( std::vector< QV_INT >( 40 ) ) ) );
+            return value( thisObj ) - value( thatObj );
+        },
+    };
+
+    for( QV_VECTOR_COMPARE_FUNC each : FUNCTIONS )
+        for( QV_INT length : { 40, 1000 } )
+        {
+            std::vector< QV_INT > values;
+
+            for( QV_INT i = 0; i < length; i++ )
+                values.push_back( i * 617 % 1000 );
+
+            Ref< QV_VECTOR > vec = vectorOf( values );
+            variable             = vec.at();
+            qvVectorOrderBy( vec.at(), each, nullptr );
+            std::vector< QV_INT > after = valuesOf( vec );
+            EXPECT_TRUE( std::is_permutation( values.begin(), values.end(), after.begin(), after.end() ) );
+        }
 }

@@ -131,8 +131,10 @@ TEST( Runtime, TellsWhatIsLeftBySort )
             QV_STRING *forgotten = nullptr;
             {
                 qv::Runtime run( "test", "Test", "1.0", QV_RUNTIME_FLAG_MINIMAL );
+                EXPECT_TRUE( run.leaks().empty() );
                 forgotten = qv::String( "forgotten" ).giveUp();
-                EXPECT_FALSE( run.leaks().empty() );
+                EXPECT_EQ( 1u, run.leaks().size() );
+                EXPECT_EQ( "QV_STRING 1\n", run.leakReport() );
 
                 std::vector< qv::Leak > leaks = run.stop();
                 ASSERT_EQ( 1u, leaks.size() );

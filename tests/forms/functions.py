@@ -21,7 +21,7 @@ ALONE = [
     r"qvChars\w+|qvFormat\w+",  # no family has that name
     r"qv\w+(Use|UseWithRef)",  # takes the block over
     r"qv\w*Read(Bits|Byte|Bytes|Chars)|qvRandomBytes|qvDecoderTryDecodeChars",  # into an array
-    r"qv(BufferBit|String|Vector)Del(Inner|Outer)|qvStringTrim(Leading|Trailing)|qvVectorCreateFromObjsCopy",  # plain itself
+    r"qv(BufferBit|String|Vector)Del(Inner|Outer)|qvVectorOrderInner\w*|qvStringTrim(Leading|Trailing)|qvVectorCreateFromObjsCopy",  # plain itself
     r"qvStringConvertTo(Cstr|Wcstr)|qvUnicodeIsOtherFormat|qvRangeMapIntKey",  # no such token
 ]
 

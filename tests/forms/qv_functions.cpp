@@ -58,6 +58,18 @@ bool has( const std::string &text, const char *part )
 void nothing()
 {
 }
+
+QV_INT inAnyOrder( QV_OBJ *, QV_OBJ *, void * )
+{
+    return 0;
+}
+
+void addOne( QV_OBJ **value, void * )
+{
+    QV_INT old = *value && qvObjSort( *value ) == qvBoxedIntSort() ? qvBoxedIntValue( qvBoxedIntFrom( *value ) ) : 0;
+    qv::Ref< QV_OBJ > given( *value );
+    *value = obj( qvBoxedIntCreate( old + 1 ) );
+}
 } // namespace
 
 const Function *qv::test::findFunction( const std::string &name )
@@ -414,6 +426,10 @@ void Arguments::add( const std::string &type, const std::string &name )
         argument.units  = qvVectorLength( as< QV_VECTOR >( argument.object ) );
         argument.slot.p = const_cast< QV_OBJ ** >( qvVectorBacking( as< QV_VECTOR >( argument.object ) ) );
     }
+    else if( type == "QV_VECTOR_COMPARE_FUNC" )
+        argument.slot.p = reinterpret_cast< void * >( inAnyOrder );
+    else if( type == "QV_DICT_UPDATE_FUNC" )
+        argument.slot.p = reinterpret_cast< void * >( addOne );
     else if( type.ends_with( "_FUNC" ) )
         argument.slot.p = reinterpret_cast< void * >( nothing );
     else if( type == "QV_REAL" )

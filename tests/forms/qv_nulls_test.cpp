@@ -32,7 +32,7 @@ const std::map< std::string, std::string > NAMES = {
 
 } // namespace
 
-TEST( Nulls, AreReportedByName )
+TEST( Nulls, AreReportedByNameAndWithTheFunctionThatWasCalled )
 {
     int checked = 0;
 
@@ -57,6 +57,12 @@ TEST( Nulls, AreReportedByName )
                 "    Expression: [^\n]*\\b(" + ( other == NAMES.end() ? argument.name : other->second ) + ")\\b" );
             checked++;
 
+            // The stack names the function that was called, whatever the report comes from.
+            EXPECT_TRUE(
+                ending.signal != SIGABRT
+                || ending.errors.find( std::string( "(" ).append( function->name ).append( "+0x" ) )
+                       != std::string::npos )
+                << name << ending.errors;
             EXPECT_TRUE(
                 std::regex_match( name, MAY_BE_NULL )
                     ? ending.status == 0

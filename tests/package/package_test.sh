@@ -187,6 +187,53 @@ if "$prefix/bin/morvane" module run tally 2>"$scratch/report"; then exit 1; fi
 grep -q 'File      : modules/tally$' "$scratch/report"
 grep -q '(main+' "$scratch/report"
 
+# A module calls what another one exports: where both are built, installed, and in an installation that was moved. Its
+# record names the other. The folder of modules is that of the installation where nothing else is set.
+mkdir "$scratch/chain"
+cat >"$scratch/chain/twice.c" <<EOF
+#include <qv/qv_extend.h>
+QV_API QV_INT twiceOf( QV_INT number );
+QV_INT twiceOf( QV_INT number ) { return 2 * number; }
+QV_MODULE_DEFINE( QV_MODULE_INFO( .description = "Doubles", .version = "1.0" ), QV_MODULE_FUNCS( .startupFunc = NULL ) );
+EOF
+cat >"$scratch/chain/count.cpp" <<EOF
+#include <qv/qv_extend.h>
+QV_API QV_INT twiceOf( QV_INT number );
+static QV_INT run( intptr_t a, intptr_t ) { return twiceOf( qvVectorLength( reinterpret_cast< QV_VECTOR * >( a ) ) ); }
+QV_MODULE_DEFINE(
+    QV_MODULE_INFO( .description = "Counts", .version = "1.0" ), QV_MODULE_FUNCS( .personalityFunc = run ) );
+EOF
+sed 's/Counts/Counts too/' "$scratch/chain/count.cpp" >"$scratch/chain/again.cpp"
+cat >"$scratch/chain/CMakeLists.txt" <<EOF
+cmake_minimum_required( VERSION 3.20 )
+project( chain C CXX )
+find_package( morvane 4 REQUIRED )
+if( NOT AGAIN )
+    morvane_add_module( twice twice.c )
+    morvane_add_module( count count.cpp DEPENDS twice )
+    install( TARGETS morvane-twice morvane-count LIBRARY DESTINATION "\${MORVANE_MODULE_DIR}" )
+else()
+    morvane_add_module( again again.cpp DEPENDS twice )
+    install( TARGETS morvane-again LIBRARY DESTINATION "\${MORVANE_MODULE_DIR}" )
+endif()
+EOF
+unset XZ_MORVANE_BIN_PATH
+for again in OFF ON; do
+    cmake -S "$scratch/chain" -B "$scratch/chain/$again" -DAGAIN=$again -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+    cmake --build "$scratch/chain/$again" >/dev/null
+    cmake --install "$scratch/chain/$again" >/dev/null
+done
+mv "$prefix" "$scratch/moved"
+for where in "XZ_MORVANE_BIN_PATH=$scratch/chain/OFF count" "XZ_=. count" "XZ_=. again"; do
+    "$scratch/moved/bin/morvane" info | grep -q '^moduleVersions.qv='
+    status=0
+    env "${where% *}" "$scratch/moved/bin/morvane" module run "${where#* }" a b c || status=$?
+    test $status = 6
+    test "$( env "${where% *}" "$scratch/moved/bin/morvane" module show "${where#* }" | grep deps )" = "deps=twice"
+done
+mv "$scratch/moved" "$prefix"
+export XZ_MORVANE_BIN_PATH="$modules"
+
 if cmake --build "$modules" --target morvane-unresolved >"$scratch/link" 2>&1; then exit 1; fi
 grep -q nowhere "$scratch/link"
 

@@ -584,3 +584,32 @@ TEST( ObjLog, ThreadsAppendWholeVectors )
     for( size_t i = 0; i < lines.size(); i += 2 )
         EXPECT_EQ( std::stoi( lines[i] ) + 4, std::stoi( lines[i + 1] ) );
 }
+
+// A Dict ends what only it holds without the steps that most ends do not need. Without the database: with it, none.
+TEST( Obj, WhatADictReleasesEndsAsAnyObject )
+{
+    expectInOwnRun(
+        []
+        {
+            restart( 0 );
+
+            auto releaseInDict = []( auto prepare )
+            {
+                Ref< QV_OBJ >  object = unique();
+                Ref< QV_DICT > dict( qvDictCreate() );
+                prepare( object.get() );
+                qvDictSetIntKey( dict.at(), 1, object );
+                object.reset();
+            };
+
+            QV_INT number = 0;
+            releaseInDict( [&]( QV_OBJ *object ) { number = qv___ObjUnique( object ); } );
+            EXPECT_EQ( number, qv___ObjUnique( unique() ) );
+            releaseInDict( []( QV_OBJ *object ) { qv___ObjLogAppend( object, text( "lost if it is not freed" ) ); } );
+
+            Ending ending = inChild(
+                [&] { releaseInDict( []( QV_OBJ *object ) { qv___ObjDbgSetAllocationSize( object, 8 ); } ); } );
+            EXPECT_EQ( SIGABRT, ending.signal );
+            EXPECT_THAT( ending.errors, HasSubstr( "Allocation size failure" ) );
+        } );
+}

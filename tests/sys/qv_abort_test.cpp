@@ -13,6 +13,7 @@
 #include <fstream>
 #include <sstream>
 
+#include <dlfcn.h>
 #include <execinfo.h>
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -136,7 +137,7 @@ TEST( Abort, BrokenContractsAreReportedInBothPlaces )
         EXPECT_EQ( name + "\n\n\n" + text + "\n\n\n", ending.errors );
         ASSERT_THAT( text, StartsWith( opening ) );
 
-        // The C library words frames in the same way.
+        // The C library words frames in the same way, but for calls that end their function: it names the one after it.
         std::istringstream stack( text.substr( opening.size() ) );
         int                frames = 0;
 
@@ -144,8 +145,11 @@ TEST( Abort, BrokenContractsAreReportedInBothPlaces )
         {
             auto address =
                 reinterpret_cast< void * >( std::stoull( line.substr( line.rfind( '[' ) + 1 ), nullptr, 16 ) );
-            char **symbols = backtrace_symbols( &address, 1 );
-            EXPECT_EQ( std::string( "    " ) + symbols[0], line );
+            char  **symbols = backtrace_symbols( &address, 1 );
+            Dl_info after = {}, call = {};
+            dladdr( address, &after );
+            dladdr( static_cast< char * >( address ) - 1, &call );
+            EXPECT_TRUE( "    " + std::string( symbols[0] ) == line || after.dli_saddr != call.dli_saddr ) << line;
             free( symbols );
         }
 

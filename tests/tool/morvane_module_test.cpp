@@ -28,6 +28,12 @@ TEST( MorvaneModule, ShowsWhatAFileTells )
                                      "product.versionMinor=0\n" },
         { "$M module show result | grep -E \"compat|personality|exts|product\"",
           "compatibility=1000\nexts=\npersonality=true\n" },
+
+        // Of several each has its name before it; one that is missing leaves the others.
+        { "$M module show result bare | grep -E \"(name|deps)=\"",
+          "bare.deps=\nbare.name=bare\nbare.product.name=morvane\nresult.deps=\nresult.name=result\n" },
+        { "$M module show absent result no 2>told | grep -c ^result.; grep -o \"^[^/]*\" told",
+          "7\nmorvane module: absent: \nmorvane module: no: \n" },
     } );
 }
 
@@ -50,6 +56,10 @@ TEST( MorvaneModule, RunsAPersonalityWithItsArguments )
 
         // Both start, and both stop.
         { "$M module run needs_result", "starts\nstarts\nstops\nstops\n" },
+
+        // A module that does not end is told of after a second.
+        { "$M module run keeping 2>line >/dev/null & while ! [ -s line ]; do sleep 0.1; done; kill $!; cat line",
+          "morvane module: keeping: still has 2 QV_KEPT, 59 s left\n" },
     } );
 }
 

@@ -3,6 +3,7 @@
 #include "qv/base/qv_boxed_bool_private.h"
 #include "qv/base/qv_format.h"
 #include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_order_private.h"
 
@@ -48,7 +49,7 @@ void qv___BoxedBoolShutdown( void )
 
 QV_BOXED_BOOL *qvBoxedBoolCreate( QV_BOOL value )
 {
-    return qv::retain( value ? globalTrue : globalFalse );
+    return qv::retainOfRun( value ? globalTrue : globalFalse );
 }
 
 QV_BOOL qvBoxedBoolValue( QV_BOXED_BOOL *bbl )

@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_string.h"
 #include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 
 struct QV_BOXED_NULL : QV_OBJ
@@ -34,5 +35,5 @@ void qv___BoxedNullShutdown( void )
 
 QV_BOXED_NULL *qvBoxedNullCreate( void )
 {
-    return qv::retain( globalNull );
+    return qv::retainOfRun( globalNull );
 }

@@ -1,6 +1,7 @@
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_buffer_bits_private.h"
 #include "qv/base/qv_buffer_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/sys/qv_mem.h"
 
 // The public forms. Contents that go in are a type of their own here, which knows what it means to write, to insert and
@@ -265,7 +266,7 @@ QV_INT bitsAround( const void *bytes, QV_INT byteCount )
 
 QV_BUFFER *qvBufferCreate( void )
 {
-    return qv::retain( qv___BufferEmpty );
+    return qv::retainOfRun( qv___BufferEmpty );
 }
 
 void qvBufferClear( QV_BUFFER **buf )

@@ -281,7 +281,7 @@ QV_DICT *qv::createDictOfKeys( QV_DICT *src )
 
 QV_DICT *qvDictCreate( void )
 {
-    return qv::retain( qv___DictEmpty );
+    return qv::retainOfRun( qv___DictEmpty );
 }
 
 QV_DICT *qvDictCreateFrom( QV_DICT *src )
@@ -520,4 +520,53 @@ void qvDictDelObjKey( QV_DICT **dict, QV_OBJ *key )
 
     if( place.found )
         deleteItem( dict, place );
+}
+
+void qv::updateDict(
+    QV_DICT **dict, QV_OBJ *key, QV_OBJ *( *keep )( QV_OBJ *key ), QV_DICT_UPDATE_FUNC update, void *data )
+{
+    QV_CHECK( key );
+    QV_CHECK( update );
+
+    Place    place = findToChange( dict, key );
+    QV_OBJ **field = nullptr;
+    QV_OBJ  *value = nullptr;
+
+    if( place.found )
+    {
+        makePrivate( dict, qvDictCreateFrom );
+
+        // Meanwhile the item has an object that needs no reference: a list of all objects may find the Dict.
+        field = &dictItem( *dict, place ).val;
+        value = std::exchange( *field, obj( qvDictSort() ) );
+    }
+
+    QV_DICT *own = std::exchange( *dict, nullptr );
+    update( &value, data );
+    QV_CHECK_AS( !*dict, "!*dict" );
+    *dict = own;
+
+    if( field )
+    {
+        *field = value ? value : retain( dictItem( own, place ).key );
+
+        if( !value )
+            deleteItem( dict, place );
+    }
+    else if( value )
+    {
+        // The references to what goes in come first: one of them may be to the Dict itself.
+        QV_OBJ *kept = keep( key );
+        makePrivate( dict, qvDictCreateFrom );
+        accountForMore( *dict, 1 );
+        enterItem( *dict, place, kept, value );
+    }
+}
+
+void qvDictUpdateObjKey( QV_DICT **dict, QV_OBJ *key, QV_DICT_UPDATE_FUNC update, void *data )
+{
+    QV_CHECK( dict );
+    QV_CHECK( *dict );
+
+    qv::updateDict( dict, key, []( QV_OBJ *own ) { return qv::retain( own ); }, update, data );
 }

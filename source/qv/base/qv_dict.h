@@ -48,6 +48,10 @@
 
 QV_FAMILY( Dict, QV_DICT )
 
+/** Changes a value: `*value` is a reference that the function owns until it returns, null where there is no entry. It may
+    replace it, or release it and leave null there. `data` is the caller's. Runs in the thread of the caller. */
+typedef void ( *QV_DICT_UPDATE_FUNC )( QV_OBJ **value, void *data );
+
 /* Creation ------------------------------------------------------------------------------------------------------- */
 
 /** The empty Dict. Constant time: there is one, which everybody shares. */
@@ -166,6 +170,34 @@ QV_API void qvDictSetSortKey( QV_DICT **dict, QV_SORT *key, QV_OBJ *value );
 QV_API void qvDictSetStringKey( QV_DICT **dict, QV_STRING *key, QV_OBJ *value );
 QV_API void qvDictSetStringKeyCstr( QV_DICT **dict, const char *text, QV_INT length, QV_OBJ *value );
 QV_API void qvDictSetStringKeyWcstr( QV_DICT **dict, const wchar_t *text, QV_INT length, QV_OBJ *value );
+/** @} */
+
+/** @{ */
+/** Has a function change the value of a key, or enter or delete it, with one search: what is in `*value` when the function
+    returns is the value of the key, and where null is there, it has none. A key that is present stays the same object.
+
+        static void addToGroup( QV_OBJ **value, void *data )
+        {
+            QV_VECTOR *group = *value ? qvVectorFrom( *value ) : qvVectorCreate();
+            qvVectorAppendObj( &group, (QV_OBJ *)data );
+            *value = qvVectorObj( group );
+        }
+
+        qvDictUpdateStringKeyCstr( &groups, "red", -1, addToGroup, qvStringObj( name ) );
+
+    Where neither the Dict nor the value is shared, the function has the only reference, so that a container grows in
+    place. Meanwhile `*dict` is null: a function that uses the variable ends the process. A null function does too. */
+QV_API void qvDictUpdateObjKey( QV_DICT **dict, QV_OBJ *key, QV_DICT_UPDATE_FUNC update, void *data );
+QV_API void qvDictUpdateNullKey( QV_DICT **dict, QV_DICT_UPDATE_FUNC update, void *data );
+QV_API void qvDictUpdateBoolKey( QV_DICT **dict, QV_BOOL key, QV_DICT_UPDATE_FUNC update, void *data );
+QV_API void qvDictUpdateIntKey( QV_DICT **dict, QV_INT key, QV_DICT_UPDATE_FUNC update, void *data );
+QV_API void qvDictUpdateRealKey( QV_DICT **dict, QV_REAL key, QV_DICT_UPDATE_FUNC update, void *data );
+QV_API void qvDictUpdateSortKey( QV_DICT **dict, QV_SORT *key, QV_DICT_UPDATE_FUNC update, void *data );
+QV_API void qvDictUpdateStringKey( QV_DICT **dict, QV_STRING *key, QV_DICT_UPDATE_FUNC update, void *data );
+QV_API void qvDictUpdateStringKeyCstr(
+    QV_DICT **dict, const char *text, QV_INT length, QV_DICT_UPDATE_FUNC update, void *data );
+QV_API void qvDictUpdateStringKeyWcstr(
+    QV_DICT **dict, const wchar_t *text, QV_INT length, QV_DICT_UPDATE_FUNC update, void *data );
 /** @} */
 
 /** @{ */

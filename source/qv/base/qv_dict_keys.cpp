@@ -7,6 +7,7 @@
 #include "qv/base/qv_boxed_int_private.h"
 #include "qv/base/qv_boxed_null.h"
 #include "qv/base/qv_boxed_real.h"
+#include "qv/base/qv_dict_tree_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_stack_private.h"
 #include "qv/runtime/qv_family.h"
@@ -14,6 +15,22 @@
 
 namespace
 {
+// References to keys that go into a Dict: to one that is an object, and to a new one like one on the stack.
+QV_OBJ *keepObject( QV_OBJ *key )
+{
+    return qv::retain( key );
+}
+
+QV_OBJ *keepInt( QV_OBJ *key )
+{
+    return qv::obj( qvBoxedIntCreate( static_cast< QV_BOXED_INT * >( key )->value ) );
+}
+
+QV_OBJ *keepString( QV_OBJ *key )
+{
+    return qv::obj( qvStringCreateFrom( static_cast< QV_STRING * >( key ) ) );
+}
+
 // A key that is made for the call.
 template< class T >
 qv::Ref< QV_OBJ > made( T *owned )
@@ -176,6 +193,17 @@ void setKey( QV_DICT **dict, const Key &key, QV_OBJ *value )
     QV_CHECK( value );
     auto object = key.object();
     qvDictSetObjKey( dict, object, value );
+}
+
+template< class Key >
+void updateKey(
+    QV_DICT **dict, const Key &key, QV_DICT_UPDATE_FUNC update, void *data,
+    QV_OBJ *( *keep )( QV_OBJ *key ) = keepObject )
+{
+    QV_CHECK( dict );
+    QV_CHECK( *dict );
+    auto object = key.object();
+    qv::updateDict( dict, object, keep, update, data );
 }
 
 template< class Key >
@@ -346,6 +374,48 @@ void qvDictSetStringKeyCstr( QV_DICT **dict, const char *text, QV_INT length, QV
 void qvDictSetStringKeyWcstr( QV_DICT **dict, const wchar_t *text, QV_INT length, QV_OBJ *value )
 {
     setKey( dict, WcstrKey{ text, length }, value );
+}
+
+void qvDictUpdateNullKey( QV_DICT **dict, QV_DICT_UPDATE_FUNC update, void *data )
+{
+    updateKey( dict, NullKey{}, update, data );
+}
+
+void qvDictUpdateBoolKey( QV_DICT **dict, QV_BOOL key, QV_DICT_UPDATE_FUNC update, void *data )
+{
+    updateKey( dict, BoolKey{ key }, update, data );
+}
+
+void qvDictUpdateIntKey( QV_DICT **dict, QV_INT key, QV_DICT_UPDATE_FUNC update, void *data )
+{
+    updateKey( dict, IntKey{ key }, update, data, keepInt );
+}
+
+void qvDictUpdateRealKey( QV_DICT **dict, QV_REAL key, QV_DICT_UPDATE_FUNC update, void *data )
+{
+    updateKey( dict, RealKey{ key }, update, data );
+}
+
+void qvDictUpdateSortKey( QV_DICT **dict, QV_SORT *key, QV_DICT_UPDATE_FUNC update, void *data )
+{
+    updateKey( dict, SortKey{ key }, update, data );
+}
+
+void qvDictUpdateStringKey( QV_DICT **dict, QV_STRING *key, QV_DICT_UPDATE_FUNC update, void *data )
+{
+    updateKey( dict, StringKey{ key }, update, data );
+}
+
+void qvDictUpdateStringKeyCstr(
+    QV_DICT **dict, const char *text, QV_INT length, QV_DICT_UPDATE_FUNC update, void *data )
+{
+    updateKey( dict, CstrKey{ text, length }, update, data, keepString );
+}
+
+void qvDictUpdateStringKeyWcstr(
+    QV_DICT **dict, const wchar_t *text, QV_INT length, QV_DICT_UPDATE_FUNC update, void *data )
+{
+    updateKey( dict, WcstrKey{ text, length }, update, data );
 }
 
 void qvDictDelNullKey( QV_DICT **dict )

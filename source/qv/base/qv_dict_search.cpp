@@ -1,5 +1,6 @@
 #include "qv/base/qv_boxed_int_private.h"
 #include "qv/base/qv_dict_tree_private.h"
+#include "qv/base/qv_digest_private.h"
 #include "qv/base/qv_held_private.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_obj.h"
@@ -19,57 +20,18 @@ using Item  = QV___DICT_ITEM;
 using Run   = QV___DICT_RUN;
 using Place = qv::DictPlace;
 
-// Eight bytes of a text as a number: a stands before b wherever a's number is below b's. One byte a character up to
-// ONE_BYTE, counted from 1, and three for the others; the end of the text is 0.
-const uint32_t ONE_BYTE = 0xED;
-
 // What a prefix counts for at most.
 const QV_INT MAX_PREFIX = 1 << 29;
 
-struct Digest
-{
-    uint64_t number;
-    bool     whole; // the end is in it, so that only this text has the number
-};
-
-[[gnu::always_inline]] inline Digest digestText( const QV_CHAR *chars, QV_INT length )
-{
-    uint64_t number = 0;
-
-    // Eight at once, which is what most keys need.
-    if( length >= 8 && qv::digestEight( chars, ONE_BYTE, &number ) )
-        return { number, false };
-
-    int shift = 56;
-
-    for( QV_INT i = 0; i < length && shift >= 0; i++ )
-    {
-        uint64_t ch = chars[i];
-
-        if( ch <= ONE_BYTE )
-        {
-            number |= ( ch + 1 ) << shift;
-            shift -= 8;
-            continue;
-        }
-
-        uint64_t three = ( ( ONE_BYTE + 2 ) << 16 ) + ch;
-        number |= shift >= 16 ? three << ( shift - 16 ) : three >> ( 16 - shift );
-        shift -= 24;
-    }
-
-    return { number, shift >= 0 };
-}
-
-Digest digestBehind( QV_STRING *text, QV_INT prefix )
+qv::Digest digestBehind( QV_STRING *text, QV_INT prefix )
 {
     QV_ASSERT( prefix <= text->length );
-    return digestText( qv::chars( text ) + prefix, text->length - prefix );
+    return qv::digestText( qv::chars( text ) + prefix, text->length - prefix );
 }
 
 uint64_t digestInt( QV_OBJ *key )
 {
-    return static_cast< uint64_t >( static_cast< QV_BOXED_INT * >( key )->value ) ^ ( uint64_t( 1 ) << 63 );
+    return qv::integerDigest( static_cast< QV_BOXED_INT * >( key )->value );
 }
 
 QV_STRING *stringOf( QV_OBJ *key )
@@ -190,9 +152,23 @@ void qv::sharpenDigests( QV___DICT_RUN *run )
 
 namespace
 {
+// `base`, or `half` items further on where the item before is below the digest: a conditional move, which the compiler
+// replaces by a branch or by an addition that takes longer.
+inline const Item *further( const Item *base, int32_t half, uint64_t digest )
+{
+    const Item *next = base + half;
+
+#ifdef __x86_64__
+    __asm__( "cmpq %2, %1\n\tcmovb %3, %0" : "+r"( base ) : "m"( next[-1].digest ), "r"( digest ), "r"( next ) : "cc" );
+    return base;
+#else
+    return next[-1].digest < digest ? next : base;
+#endif
+}
+
 // The first item from `from` on with this digest or a greater one. Not qv::bisect(), which branches by each comparison
-// and stops at an equal item: here every key takes the same number of steps, and each step is a conditional move, since
-// half of the branches would be mispredicted.
+// and stops at an equal item: here every key takes the same number of steps, none of which branches, since half of
+// the branches would be mispredicted.
 int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
 {
     const Item *items = run->items();
@@ -205,7 +181,7 @@ int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
     for( int32_t left = run->length - from; left > 1; )
     {
         int32_t half = left / 2;
-        base         = base[half - 1].digest < digest ? base + half : base;
+        base         = further( base, half, digest );
         left -= half;
     }
 
@@ -225,7 +201,7 @@ QV_INT compareWithPrefix( Run *run, QV_STRING *key, QV_INT known )
 }
 
 // Among Strings that share the key's first characters as far as the run's prefix goes.
-inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const Digest &digest )
+inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const qv::Digest &digest )
 {
     Item   *items  = run->items();
     QV_INT  prefix = run->prefix;
@@ -234,7 +210,8 @@ inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const Digest &
     if( lo == run->length || items[lo].digest != digest.number )
         return { 0, lo, false, true, digest.number };
 
-    if( digest.whole )
+    // No other text has the number, or the key is the very one that is stored.
+    if( digest.whole || items[lo].key == key )
         return { 0, lo, true };
 
     // As a rule one key has the number. Where more have, the last of them is looked for in steps that double.
@@ -360,7 +337,7 @@ Place searchIndexByText( QV_DICT *dict, QV_STRING *key )
             } );
 
     // The first key of each run has the index's prefix, as this key has.
-    Digest digest = digestBehind( key, runs->prefix );
+    qv::Digest digest = digestBehind( key, runs->prefix );
 
     return searchBefore(
         dict, bisectTexts( runs, 0, key, digest ),

@@ -123,6 +123,10 @@ DictPlace findInDictFrom( QV_DICT *dict, const DictPlace &from, QV_OBJ *key, boo
     given up: the call goes on with what it was called with. */
 DictPlace findToChange( QV_DICT **dict, QV_OBJ *key );
 
+/** What qvDictUpdateObjKey() does, for a key that may be on the stack: `keep` makes a reference to one that is entered. */
+void updateDict(
+    QV_DICT **dict, QV_OBJ *key, QV_OBJ *( *keep )( QV_OBJ *key ), QV_DICT_UPDATE_FUNC update, void *data );
+
 /* Changes -------------------------------------------------------------------------------------------------------- */
 
 /** Enters an item. The Dict takes over the references. */

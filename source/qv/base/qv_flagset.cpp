@@ -7,6 +7,7 @@
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/base/qv_vector.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
@@ -151,6 +152,7 @@ void qvFlagsetDelFlag( QV_FLAGSET **fs, QV_STRING *name )
 
 QV_STRING *qvFlagsetGenerate( QV_FLAGSET *fs, QV_INT flags )
 {
+    qv::checkRun();
     QV_CHECK( fs );
 
     qv::Ref< QV_STRING > result( qvStringCreate() );

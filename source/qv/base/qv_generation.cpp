@@ -5,6 +5,7 @@
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_vector.h"
 #include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
 
@@ -80,6 +81,7 @@ void qv___GenerationShutdown( void )
 
 QV_GENERATION *qvGenerationCreate( void )
 {
+    qv::checkRun();
     QV_INT number;
 
     {

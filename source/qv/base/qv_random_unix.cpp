@@ -3,6 +3,7 @@
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_monitor_private.h"
 #include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_abort.h"
 #include "qv/sys/qv_int.h"
@@ -51,6 +52,7 @@ void fillPool()
 template< class Consume >
 void takeFromPool( QV_INT byteCount, Consume consume )
 {
+    qv::checkRun();
     qv::HeldMonitor held( qv___RandomMonitor );
 
     while( byteCount > 0 )

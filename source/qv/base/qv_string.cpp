@@ -4,6 +4,7 @@
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_obj.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_chars.h"
 #include "qv/sys/qv_chars_private.h"
@@ -139,7 +140,7 @@ QV_STRING *createCopy( const QV_CHAR *chs, QV_INT count )
 
 QV_STRING *qvStringCreate( void )
 {
-    return qv::retain( qv___StringEmpty );
+    return qv::retainOfRun( qv___StringEmpty );
 }
 
 QV_STRING *qvStringCreateFrom( QV_STRING *src )

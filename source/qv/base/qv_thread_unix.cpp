@@ -6,6 +6,7 @@
 #include "qv/base/qv_thread.h"
 #include "qv/base/qv_thread_private.h"
 #include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_abort_private.h"
 #include "qv/sys/qv_assert_private.h"
@@ -361,6 +362,8 @@ QV_BOOL qvThreadEncapsulated( void )
 
 void qvThreadCheckEncapsulated( void )
 {
+    qv::checkRun();
+
     if( !qvThreadEncapsulated() )
         qv___Abort( nullptr, QV___SOURCE, __LINE__, nullptr );
 }
@@ -369,6 +372,7 @@ void qvThreadCheckEncapsulated( void )
 
 QV_THREAD *qvThreadThis( void )
 {
+    qv::checkRun();
     QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
@@ -377,6 +381,7 @@ QV_THREAD *qvThreadThis( void )
 
 QV_INT qvThreadPriority( void )
 {
+    qv::checkRun();
     QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 
@@ -391,6 +396,7 @@ void qvThreadYield( void )
 
 QV_OBJ *qvThreadUnlatchArgument( void )
 {
+    qv::checkRun();
     QV_THREAD *thread = currentThread();
     QV_CHECK( thread );
 

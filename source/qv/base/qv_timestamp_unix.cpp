@@ -3,6 +3,7 @@
 #include "qv/base/qv_monitor_private.h"
 #include "qv/base/qv_timestamp_private.h"
 #include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_real_private.h"
@@ -90,6 +91,7 @@ QV_INT qv___TimestampGettimeofday( void )
 
 QV_INT qvTimestamp( void )
 {
+    qv::checkRun();
     qv::HeldMonitor held( timestampMonitor );
 
     QV_INT now              = timestampSystemFunc();

@@ -6,6 +6,7 @@
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_obj_parts_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
@@ -213,7 +214,7 @@ void qv::setOwned( QV_VECTOR **vec, QV_INT idx, QV_OBJ *owned )
 
 QV_VECTOR *qvVectorCreate( void )
 {
-    return qv::retain( qv___VectorEmpty );
+    return qv::retainOfRun( qv___VectorEmpty );
 }
 
 QV_VECTOR *qvVectorCreateFrom( QV_VECTOR *src )

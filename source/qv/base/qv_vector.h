@@ -43,6 +43,10 @@
 
 QV_FAMILY( Vector, QV_VECTOR )
 
+/** The order of two objects, which are lent for the call: negative if the first one belongs before the second, positive
+    if it belongs after it, else 0. `data` is the caller's. Runs in the thread of the caller. */
+typedef QV_INT ( *QV_VECTOR_COMPARE_FUNC )( QV_OBJ *thisObj, QV_OBJ *thatObj, void *data );
+
 /* Creation ------------------------------------------------------------------------------------------------------- */
 
 /** The empty Vector. Constant time: there is one, which everybody shares. */
@@ -207,6 +211,49 @@ QV_API void qvVectorShift( QV_VECTOR **vec, QV_OBJ *obj );
     the process. */
 QV_API QV_OBJ *qvVectorPop( QV_VECTOR **vec );
 QV_API QV_OBJ *qvVectorUnshift( QV_VECTOR **vec );
+/** @} */
+
+/* Order ----------------------------------------------------------------------------------------------------------
+
+       qvVectorOrder( &names );
+       QV_BOOL found;
+       QV_INT  idx = qvVectorSearch( names, name, &found );
+       if( !found )
+           qvVectorInsertObj( &names, idx, name );
+
+   (qvVectorSort() is something else: the sort that Vectors have.) Objects are compared by qvObjCompare() or by a function
+   of the caller's. A compare function that uses this same variable finds the Vector as it was; what it makes of it is
+   given up when the call returns. A function that contradicts itself leaves the objects in some order, all of them.
+   Null as a function ends the process. */
+
+/** @{ */
+/** Puts the elements in ascending order, or with Inner those of a range; equal ones stay as they follow each other. A
+    shared Vector that is in order stays shared.
+
+    Costs n log n comparisons at most, and few more than n where the elements are in order, in reverse order, or in a
+    few such parts one after the other. References change places without being counted, unless the Vector is shared.
+    Takes up to 24 bytes for each of them, for the time of the call. */
+QV_API void qvVectorOrder( QV_VECTOR **vec );
+QV_API void qvVectorOrderBy( QV_VECTOR **vec, QV_VECTOR_COMPARE_FUNC compare, void *data );
+QV_API void qvVectorOrderInner( QV_VECTOR **vec, QV_INT offset, QV_INT count );
+QV_API void qvVectorOrderInnerBy(
+    QV_VECTOR **vec, QV_INT offset, QV_INT count, QV_VECTOR_COMPARE_FUNC compare, void *data );
+/** @} */
+
+/** @{ */
+/** True when no element belongs before the one that it follows. Costs a comparison for each element at most. */
+QV_API QV_BOOL qvVectorIsOrdered( QV_VECTOR *vec );
+QV_API QV_BOOL qvVectorIsOrderedBy( QV_VECTOR *vec, QV_VECTOR_COMPARE_FUNC compare, void *data );
+/** @} */
+
+/** @{ */
+/** The first index in an ordered Vector whose element does not belong before `obj`: where `obj` can be inserted, up to
+    the length. `*found`, unless `found` is null, tells whether the element there is equal to it. The function gets an
+    element and `obj`, in this order, so that `obj` need not be of their sort. Costs the logarithm of the length. What a
+    Vector that is not in order gives has no meaning. */
+QV_API QV_INT qvVectorSearch( QV_VECTOR *vec, QV_OBJ *obj, QV_BOOL *found );
+QV_API QV_INT qvVectorSearchBy(
+    QV_VECTOR *vec, QV_OBJ *obj, QV_VECTOR_COMPARE_FUNC compare, void *data, QV_BOOL *found );
 /** @} */
 
 /* The whole Vector ----------------------------------------------------------------------------------------------- */

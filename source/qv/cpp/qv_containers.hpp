@@ -24,9 +24,9 @@
 #include "qv/cpp/qv_string.hpp"
 
 #include <algorithm>
+#include <exception>
 #include <initializer_list>
 #include <span>
-#include <vector>
 
 namespace qv
 {
@@ -139,6 +139,69 @@ public:
         qvBufferClear( variable() );
     }
 };
+
+namespace detail
+{
+/** A function that C calls for the length of a call. What it throws is thrown after that; until then it is not called
+    again. */
+template< class Function >
+class Relayed
+{
+public:
+    explicit Relayed( Function function ) : function_( std::move( function ) )
+    {
+    }
+
+    Relayed( const Relayed & )            = delete;
+    Relayed &operator=( const Relayed & ) = delete;
+
+    /** For an order: positive where the function returns true. */
+    static QV_INT compare( QV_OBJ *a, QV_OBJ *b, void *data )
+    {
+        QV_INT order = 0;
+        static_cast< Relayed * >( data )->call( [&]( Function &function ) { order = function( a, b ); } );
+        return order;
+    }
+
+    /** For an update. */
+    static void update( QV_OBJ **value, void *data )
+    {
+        static_cast< Relayed * >( data )->call( [&]( Function &function ) { function( value ); } );
+    }
+
+    void rethrow()
+    {
+#ifdef __cpp_exceptions
+        if( thrown_ )
+            std::rethrow_exception( thrown_ );
+#endif
+    }
+
+private:
+    template< class Call >
+    void call( const Call &call )
+    {
+#ifdef __cpp_exceptions
+        try
+        {
+            if( !thrown_ )
+                call( function_ );
+        }
+        catch( ... )
+        {
+            thrown_ = std::current_exception();
+        }
+#else
+        call( function_ );
+#endif
+    }
+
+    Function function_;
+#ifdef __cpp_exceptions
+    std::exception_ptr thrown_;
+#endif
+};
+} // namespace detail
 
 /* Vector --------------------------------------------------------------------------------------------------------- */
 
@@ -332,22 +395,56 @@ public:
     }
 
     /** Sorts by `before`, a function of two elements; those of which neither comes before the other keep their order.
-        A new Vector takes the place of this one. Costs n log n calls. */
+        Costs n log n calls at most, and no references where nobody shares the Vector. The function finds the Vector as
+        it was. What it throws leaves the elements in some order. */
     template< class Before = std::less<> >
     Vector &sort( Before before = {} )
     {
-        QV_OBJ *const          *first = qvVectorBacking( this->raw() );
-        std::vector< QV_OBJ * > objects( first, first + size() );
+        return sort( 0, size(), std::move( before ) );
+    }
 
-        std::stable_sort(
-            objects.begin(), objects.end(),
-            [&before]( QV_OBJ *a, QV_OBJ *b ) { return before( Boxing< T >::unbox( a ), Boxing< T >::unbox( b ) ); } );
+    /** Sorts `count` elements from `offset`. */
+    template< class Before = std::less<> >
+    Vector &sort( QV_INT offset, QV_INT count, Before before = {} )
+    {
+        if constexpr( BY_OBJECTS< Before > )
+        {
+            qvVectorOrderInner( this->variable(), offset, count );
+        }
+        else
+        {
+            detail::Relayed relayed( [&before]( QV_OBJ *a, QV_OBJ *b ) { return comesBefore( before, b, a ); } );
+            qvVectorOrderInnerBy( this->variable(), offset, count, relayed.compare, &relayed );
+            relayed.rethrow();
+        }
 
-        for( QV_OBJ *object : objects )
-            qvObjRetain( object );
+        return *this;
+    }
 
-        return *this =
-                   Base::own( qvVectorCreateFromObjsCopy( objects.data(), static_cast< QV_INT >( objects.size() ) ) );
+    /** True if no element comes before the one that it follows. */
+    template< class Before = std::less<> >
+    [[nodiscard]] bool isSorted( Before before = {} ) const
+    {
+        return std::ranges::is_sorted( *this, std::move( before ) );
+    }
+
+    /** The first index in a Vector sorted by `before` whose element does not come before `value`: where that can be
+        inserted. Costs the logarithm of the length. */
+    template< class Before = std::less<> >
+    [[nodiscard]] QV_INT lowerBound( const T &value, Before before = {} ) const
+    {
+        if constexpr( BY_OBJECTS< Before > )
+            return qvVectorSearch( this->raw(), detail::Boxed< T >( value ).get(), nullptr );
+        else
+            return std::ranges::lower_bound( *this, value, std::move( before ) ) - begin();
+    }
+
+    /** The index of the first element of a sorted Vector that is equal to `value`. Costs the logarithm of the length. */
+    template< class Before = std::less<> >
+    [[nodiscard]] std::optional< QV_INT > findSorted( const T &value, Before before = {} ) const
+    {
+        QV_INT index = lowerBound( value, before );
+        return index < size() && !before( value, begin()[index] ) ? std::optional( index ) : std::nullopt;
     }
 
     /** Puts the elements in the opposite order. */
@@ -357,6 +454,17 @@ public:
     }
 
 private:
+    // Whether the order of the objects is that of the elements.
+    template< class Before >
+    static constexpr bool BY_OBJECTS =
+        std::is_same_v< Before, std::less<> > && ( Value< T > || (std::integral< T > && !std::same_as< T, bool >));
+
+    template< class Before >
+    static bool comesBefore( Before &before, QV_OBJ *a, QV_OBJ *b )
+    {
+        return before( Boxing< T >::unbox( a ), Boxing< T >::unbox( b ) );
+    }
+
     static T taken( QV_OBJ *owned )
     {
         Object keeper = Object::own( owned );
@@ -399,13 +507,13 @@ public:
             set( entry.first, entry.second );
     }
 
-    /** Reads the entries as pairs, each in the time of a logarithm of the length. */
+    /** Reads the entries as pairs. */
     class Iterator
     {
     public:
         using value_type        = std::pair< K, V >;
         using difference_type   = std::ptrdiff_t;
-        using iterator_concept  = std::bidirectional_iterator_tag;
+        using iterator_concept  = std::random_access_iterator_tag;
         using iterator_category = std::input_iterator_tag;
         using reference         = value_type;
         using pointer           = void;
@@ -414,26 +522,56 @@ public:
 
         Iterator( QV_DICT *dict, QV_INT index ) : dict_( dict ), index_( index )
         {
+            lend();
         }
 
         value_type operator*() const
         {
-            Object key = Object::own( qvDictKeyAt( dict_, index_ ) );
-            Object val = Object::own( qvDictValueAt( dict_, index_ ) );
-            return { Boxing< K >::unbox( key.c() ), Boxing< V >::unbox( val.c() ) };
+            return { Boxing< K >::unbox( entry_->key ), Boxing< V >::unbox( entry_->value ) };
+        }
+
+        value_type operator[]( difference_type n ) const
+        {
+            return *( *this + n );
+        }
+
+        Iterator &operator++()
+        {
+            index_++;
+
+            if( --left_ > 0 )
+                entry_++;
+            else
+                lend();
+
+            return *this;
         }
 
         // clang-format off
-        Iterator &operator++() { index_++; return *this; }
-        Iterator &operator--() { index_--; return *this; }
-        Iterator operator++( int ) { return Iterator( dict_, index_++ ); }
-        Iterator operator--( int ) { return Iterator( dict_, index_-- ); }
+        Iterator &operator--() { return *this += -1; }
+        Iterator operator++( int ) { Iterator before = *this; ++*this; return before; }
+        Iterator operator--( int ) { Iterator before = *this; --*this; return before; }
+        Iterator &operator+=( difference_type n ) { index_ += n; lend(); return *this; }
+        Iterator &operator-=( difference_type n ) { return *this += -n; }
+        friend Iterator operator+( Iterator it, difference_type n ) { return it += n; }
+        friend Iterator operator+( difference_type n, Iterator it ) { return it += n; }
+        friend Iterator operator-( Iterator it, difference_type n ) { return it -= n; }
+        friend difference_type operator-( const Iterator &a, const Iterator &b ) { return a.index_ - b.index_; }
         friend bool operator==( const Iterator &a, const Iterator &b ) { return a.index_ == b.index_; }
+        friend auto operator<=>( const Iterator &a, const Iterator &b ) { return a.index_ <=> b.index_; }
         // clang-format on
 
     private:
-        QV_DICT *dict_  = nullptr;
-        QV_INT   index_ = 0;
+        // Entries from here on, of which the next steps are made without a call.
+        void lend()
+        {
+            entry_ = qvDictBacking( dict_, index_, &left_ );
+        }
+
+        QV_DICT             *dict_  = nullptr;
+        QV_INT               index_ = 0;
+        QV_INT               left_  = 0; // entries in a row
+        const QV_DICT_ENTRY *entry_ = nullptr;
     };
 
     /** The first one. */
@@ -480,26 +618,34 @@ public:
         return *this;
     }
 
-    /** Sets the value of a key to what `function` makes of the old one, a std::optional< V >. The function must not
-        change this Dict. */
+    /** Sets the value of a key to what `function` makes of the old one, a std::optional< V >, with one search. A value
+        that nobody shares is moved to the function, so that a container grows in place. The function must not use this
+        Dict. What it throws leaves the Dict without the entry where it has been moved. */
     template< class Function >
     Dict &update( const K &key, Function &&function )
     {
-        detail::Boxed< K > boxedKey( key );
-        QV_INT             index = qvDictIndexOfObjKey( this->raw(), boxedKey.get() );
-        std::optional< V > old;
+        detail::Relayed relayed(
+            [&function]( QV_OBJ **value )
+            {
+                std::optional< V > old;
 
-        if( index >= 0 )
-            old = taken( qvDictValueAt( this->raw(), index ) );
+                if( *value )
+                    old = taken( std::exchange( *value, nullptr ) );
 
-        const V            value = std::forward< Function >( function )( std::move( old ) );
-        detail::Boxed< V > boxedValue( value );
+                *value = Boxing< V >::box( std::forward< Function >( function )( std::move( old ) ) );
+            } );
 
-        if( index >= 0 )
-            qvDictSetValueAt( this->variable(), index, boxedValue.get() );
+        if constexpr( std::integral< K > && !std::same_as< K, bool > )
+        {
+            detail::demand( std::in_range< QV_INT >( key ), "std::in_range< QV_INT >( value )" );
+            qvDictUpdateIntKey( this->variable(), static_cast< QV_INT >( key ), relayed.update, &relayed );
+        }
         else
-            qvDictSetObjKey( this->variable(), boxedKey.get(), boxedValue.get() );
+        {
+            qvDictUpdateObjKey( this->variable(), detail::Boxed< K >( key ).get(), relayed.update, &relayed );
+        }
 
+        relayed.rethrow();
         return *this;
     }
 
@@ -594,7 +740,7 @@ inline size_t hashOf( QV_OBJ *object, int levels )
 } // namespace detail
 
 static_assert( std::ranges::random_access_range< Vector<> > && std::ranges::sized_range< Vector< int > > );
-static_assert( std::ranges::bidirectional_range< Dict<> > && std::ranges::contiguous_range< Buffer > );
+static_assert( std::ranges::random_access_range< Dict<> > && std::ranges::contiguous_range< Buffer > );
 } // namespace qv
 
 #endif

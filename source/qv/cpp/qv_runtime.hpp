@@ -21,6 +21,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <vector>
 
 namespace qv
 {
@@ -62,70 +63,23 @@ public:
         return leaks();
     }
 
-    /** What lives of the public families of the library, by sort; constant time. While the library runs this counts what
-        it has made for itself too. Works with all flags. */
+    /** What lives and isn't the library's own, by sort, in the order of the names: empty when all has been given up. Works
+        with all flags, at any time. As qvRuntimeLeakVisit(). */
     [[nodiscard]] std::vector< Leak > leaks() const
     {
         std::vector< Leak > found;
+        qvRuntimeLeakVisit(
+            []( QV_SORT *, const char *name, QV_INT objects, void *context )
+            { static_cast< std::vector< Leak > * >( context )->push_back( { name, objects } ); }, &found );
 
-        auto look = [&found]( const char *name, QV_SORT *sort )
-        {
-            if( QV_INT objects = qvSortObjects( sort ) )
-                found.push_back( { name, objects } );
-        };
-
-        // clang-format off
-        look( "QV_ALERT", qvAlertSort() );
-        look( "QV_ALERTABLE", qvAlertableSort() );
-        look( "QV_BARRIER", qvBarrierSort() );
-        look( "QV_BOXED_BOOL", qvBoxedBoolSort() );
-        look( "QV_BOXED_INT", qvBoxedIntSort() );
-        look( "QV_BOXED_NULL", qvBoxedNullSort() );
-        look( "QV_BOXED_REAL", qvBoxedRealSort() );
-        look( "QV_BOXED_UNIQUE", qvBoxedUniqueSort() );
-        look( "QV_BUFFER", qvBufferSort() );
-        look( "QV_BUFFER_BYTE_SINK", qvBufferByteSinkSort() );
-        look( "QV_BUFFER_BYTE_SOURCE", qvBufferByteSourceSort() );
-        look( "QV_BYTE_SINK", qvByteSinkSort() );
-        look( "QV_BYTE_SOURCE", qvByteSourceSort() );
-        look( "QV_CHAR_SINK", qvCharSinkSort() );
-        look( "QV_CHAR_SOURCE", qvCharSourceSort() );
-        look( "QV_CONDSET", qvCondsetSort() );
-        look( "QV_COUNTER", qvCounterSort() );
-        look( "QV_DECODER", qvDecoderSort() );
-        look( "QV_DICT", qvDictSort() );
-        look( "QV_ENCODER", qvEncoderSort() );
-        look( "QV_ENUM", qvEnumSort() );
-        look( "QV_FLAGSET", qvFlagsetSort() );
-        look( "QV_GENERATION", qvGenerationSort() );
-        look( "QV_GENERATION_MUTEX", qvGenerationMutexSort() );
-        look( "QV_IDENTIFIER", qvIdentifierSort() );
-        look( "QV_LINE_SINK", qvLineSinkSort() );
-        look( "QV_LINE_SOURCE", qvLineSourceSort() );
-        look( "QV_MODULE_VERSION", qvModuleVersionSort() );
-        look( "QV_MONITOR", qvMonitorSort() );
-        look( "QV_NLF_LINE_SINK", qvNlfLineSinkSort() );
-        look( "QV_NLF_LINE_SOURCE", qvNlfLineSourceSort() );
-        look( "QV_OPT_DEF", qvOptDefSort() );
-        look( "QV_OPT_SEQ", qvOptSeqSort() );
-        look( "QV_PRIORITY_MAP", qvPriorityMapSort() );
-        look( "QV_RANGE_MAP", qvRangeMapSort() );
-        look( "QV_REGION", qvRegionSort() );
-        look( "QV_SIGNAL", qvSignalSort() );
-        look( "QV_SIGNALABLE", qvSignalableSort() );
-        look( "QV_STACK_TRACE", qvStackTraceSort() );
-        look( "QV_STORE", qvStoreSort() );
-        look( "QV_STRING", qvStringSort() );
-        look( "QV_STRING_CHAR_SINK", qvStringCharSinkSort() );
-        look( "QV_STRING_CHAR_SOURCE", qvStringCharSourceSort() );
-        look( "QV_THREAD", qvThreadSort() );
-        look( "QV_TIME", qvTimeSort() );
-        look( "QV_TIMER", qvTimerSort() );
-        look( "QV_TOOL_SWITCH", qvToolSwitchSort() );
-        look( "QV_UNICODE_NORMALIZER", qvUnicodeNormalizerSort() );
-        look( "QV_VECTOR", qvVectorSort() );
-        // clang-format on
         return found;
+    }
+
+    /** The same as a text for people, with each object in a run with QV_RUNTIME_FLAG_OBJECT_DATABASE. Only while the
+        library runs. As qvRuntimeLeakReport(). */
+    [[nodiscard]] String leakReport() const
+    {
+        return String::own( qvRuntimeLeakReport() );
     }
 
     /** Writes what is printed to the standard output, in UTF-8. */

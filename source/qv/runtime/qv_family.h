@@ -93,11 +93,13 @@ struct QV_SORT
     QV___COMPARE_FUNC   compareFunc;   /**< null: the order of the unique numbers */
     QV___TO_STRING_FUNC toStringFunc;  /**< null: the name and the unique number */
     int32_t             objects;       /**< atomic; live objects */
+    int32_t             isKnown;       /**< atomic; in the list of all sorts that have had objects, by `odbNext` */
     QV_OBJ             *odbFirst;      /**< the listed objects, oldest first */
     QV_OBJ             *odbLast;       /**< the newest of them */
     QV_SORT            *sortsPrevious; /**< link in the module's list of sorts with listed objects */
     QV_SORT            *sortsNext;     /**< likewise */
     int32_t             listed;        /**< listed objects and those whose free function runs */
+    int32_t             own;           /**< atomic; live objects that the library holds for itself while it runs */
     QV___COMPARE_STEP   compareStep;   /**< null for families that are not made of parts */
     QV___TEXT_STEP      textStep;      /**< likewise */
 };
@@ -105,7 +107,8 @@ struct QV_SORT
 /** The header of a static sort record or module object. */
 #define QV___STATIC_HEADER( type ) { type, NULL, -1, 1, 0, 0, 0, 0, NULL, NULL, NULL, NULL }
 
-/** A static sort record. */
+/** A static sort record. It lasts as long as the process: once it has had an object, the library may read it at any
+    time. */
 #define QV___STATIC_SORT( module, name, freeFunc, compareFunc, toStringFunc, compareStep, textStep )                   \
     { QV___STATIC_HEADER( QV___OBJ_TYPE_SORT ),                                                                        \
       module,                                                                                                          \
@@ -114,10 +117,12 @@ struct QV_SORT
       compareFunc,                                                                                                     \
       toStringFunc,                                                                                                    \
       0,                                                                                                               \
+      0,                                                                                                               \
       NULL,                                                                                                            \
       NULL,                                                                                                            \
       NULL,                                                                                                            \
       NULL,                                                                                                            \
+      0,                                                                                                               \
       0,                                                                                                               \
       compareStep,                                                                                                     \
       textStep }
@@ -187,6 +192,16 @@ QV_API QV_STRING *qvObjToString( QV_OBJ *thisObj );
 QV_API QV_INT     qvObjCompare( QV_OBJ *objA, QV_OBJ *objB );
 /** @} */
 
+/** The order of two objects, as qvObjCompare() tells it, without a look at the sort's record where both are of the sort
+    that the caller knows. `compareFunc` is that of the sort, or null. */
+static inline QV_INT qv___CompareAs( QV_OBJ *objA, QV_OBJ *objB, QV_SORT *sort, QV___COMPARE_FUNC compareFunc )
+{
+    if( compareFunc && objA && objB && objA != objB && objA->sort == sort && objB->sort == sort )
+        return compareFunc( objA, objB );
+
+    return qvObjCompare( objA, objB );
+}
+
 /* The family macro ----------------------------------------------------------------------------------------------- */
 
 /** The module object that the sorts of a source belong to. */
@@ -220,10 +235,10 @@ QV_API QV_MODULE qv___module;
         return &qv___sort_##TYPE;                                                                                      \
     }                                                                                                                  \
                                                                                                                        \
-    QV___STANDARD_FUNCTIONS( Name, TYPE )
+    QV___STANDARD_FUNCTIONS( Name, TYPE, compareFunction )
 
 /** The seven functions beside that of the sort: the second part of QV___FAMILY_OF_PARTS(). */
-#define QV___STANDARD_FUNCTIONS( Name, TYPE )                                                                          \
+#define QV___STANDARD_FUNCTIONS( Name, TYPE, compareFunction )                                                         \
     void qv##Name##Retain( TYPE *obj )                                                                                 \
     {                                                                                                                  \
         if( !obj )                                                                                                     \
@@ -263,12 +278,13 @@ QV_API QV_MODULE qv___module;
             qv___Abort( "stdfunc compare a", QV___SOURCE, __LINE__, "objA" );                                          \
         if( !objB )                                                                                                    \
             qv___Abort( "stdfunc compare b", QV___SOURCE, __LINE__, "objB" );                                          \
-        return qvObjCompare( (QV_OBJ *)objA, (QV_OBJ *)objB );                                                         \
+        return qv___CompareAs( (QV_OBJ *)objA, (QV_OBJ *)objB, &qv___sort_##TYPE, compareFunction );                   \
     }                                                                                                                  \
                                                                                                                        \
     QV_BOOL qv##Name##Equals( TYPE *objA, TYPE *objB )                                                                 \
     {                                                                                                                  \
-        return qvObjCompare( (QV_OBJ *)objA, (QV_OBJ *)objB ) == 0 ? QV_TRUE : QV_FALSE;                               \
+        return qv___CompareAs( (QV_OBJ *)objA, (QV_OBJ *)objB, &qv___sort_##TYPE, compareFunction ) == 0 ? QV_TRUE     \
+                                                                                                         : QV_FALSE;   \
     }
 
 #endif

@@ -9,20 +9,21 @@
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_mem_private.h"
 #include "qv/sys/qv_unique_private.h"
 
 #include <string.h>
 
-QV_BOOL qv___ObjOdbIsEnabled = QV_FALSE;
-QV_BOOL qv___ObjOrigin       = QV_FALSE;
+uint16_t qv___ObjRun    = qv::NO_RUN;
+QV_BOOL  qv___ObjOrigin = QV_FALSE;
 
 void qv___ObjStartup( void )
 {
     QV_INT flags = qvRuntimeFlags();
 
-    qv::objLogLock       = qv___LockCreate();
-    qv___ObjOdbIsEnabled = ( flags & QV_RUNTIME_FLAG_OBJECT_DATABASE ) ? QV_TRUE : QV_FALSE;
-    qv___ObjOrigin       = ( flags & QV_RUNTIME_FLAG_OBJECT_ORIGIN ) ? QV_TRUE : QV_FALSE;
+    qv::objLogLock = qv___LockCreate();
+    qv___ObjRun    = ( flags & QV_RUNTIME_FLAG_OBJECT_DATABASE ) ? qv::IS_LISTED | qv::IS_OWN : 0;
+    qv___ObjOrigin = ( flags & QV_RUNTIME_FLAG_OBJECT_ORIGIN ) ? QV_TRUE : QV_FALSE;
 }
 
 void qv___ObjShutdown( void )
@@ -33,9 +34,17 @@ void qv___ObjShutdown( void )
     qv___ObjCheckLists();
 #endif
 
-    qv::objLogLock       = nullptr;
-    qv___ObjOdbIsEnabled = QV_FALSE;
-    qv___ObjOrigin       = QV_FALSE;
+    qv::objLogLock = nullptr;
+    qv___ObjRun    = qv::RUN_ENDED;
+    qv___ObjOrigin = QV_FALSE;
+}
+
+void qv::reportNoRun()
+{
+    qv___Abort(
+        qv___ObjRun == NO_RUN ? "the library does not run: qvRuntimeStartup() has not been called"
+                              : "the library does not run: qvRuntimeShutdown() has stopped it",
+        QV___SOURCE, __LINE__, nullptr );
 }
 
 /* Creation and destruction --------------------------------------------------------------------------------------- */
@@ -43,7 +52,7 @@ void qv___ObjShutdown( void )
 namespace
 {
 // The end of an object that has no references and, if it has a free function, is no longer listed.
-void finish( QV_OBJ *thisObj, QV___FREE_FUNC freeFunc )
+inline void finish( QV_OBJ *thisObj, QV___FREE_FUNC freeFunc )
 {
     QV_SORT *sort = thisObj->sort;
 
@@ -78,7 +87,7 @@ void finish( QV_OBJ *thisObj, QV___FREE_FUNC freeFunc )
 
     if( sharedOffset == 0 )
     {
-        qvMemFree( memory );
+        qv::freeBlock( memory );
         return;
     }
 
@@ -126,8 +135,8 @@ __attribute__( ( noinline ) ) void endWaiting()
     }
 }
 
-// Ends an object without references.
-void end( QV_OBJ *thisObj )
+// Ends an object without references. Inline, so that a release is no deeper in calls than it must be.
+__attribute__( ( always_inline ) ) inline void end( QV_OBJ *thisObj )
 {
     QV_CHECK_AS( thisObj->sort, "thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->sort" );
 
@@ -242,6 +251,20 @@ QV_SORT *qvObjSort( QV_OBJ *thisObj )
     return qvModuleSort();
 }
 
+namespace
+{
+// Sorts and modules, objects of different sorts, and those of sorts without an order of their own.
+__attribute__( ( noinline ) ) QV_INT compareOthers( QV_OBJ *objA, QV_OBJ *objB )
+{
+    QV_SORT *sort = qvObjSort( objA );
+
+    if( sort != qvObjSort( objB ) || !sort->compareFunc )
+        return qvObjDefaultCompareFunc( objA, objB );
+
+    return sort->compareFunc( objA, objB );
+}
+} // namespace
+
 QV_INT qvObjCompare( QV_OBJ *objA, QV_OBJ *objB )
 {
     QV_CHECK( objA );
@@ -250,12 +273,12 @@ QV_INT qvObjCompare( QV_OBJ *objA, QV_OBJ *objB )
     if( objA == objB )
         return 0;
 
-    QV_SORT *sort = qvObjSort( objA );
+    QV_SORT *sort = objA->sort;
 
-    if( sort != qvObjSort( objB ) || !sort->compareFunc )
-        return qvObjDefaultCompareFunc( objA, objB );
+    if( sort && sort == objB->sort && sort->compareFunc )
+        return sort->compareFunc( objA, objB );
 
-    return sort->compareFunc( objA, objB );
+    return compareOthers( objA, objB );
 }
 
 QV_INT qvObjDefaultCompareFunc( QV_OBJ *thisObj, QV_OBJ *thatObj )

@@ -3,6 +3,7 @@
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_mem_private.h"
 #include "qv/sys/qv_slab_private.h"
 
 #include <string.h>
@@ -45,7 +46,7 @@ void qv::leaveShared( void *memory, int32_t uses )
     if( shared->isInSlab )
         leaveSlabPart( memory );
     else
-        qvMemFree( memory );
+        qv::freeBlock( memory );
 }
 
 // As much as all objects so far have needed, up to SHARED_SIZE, which is the size of what comes from slabs too.
@@ -83,7 +84,7 @@ QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes )
 {
     QV_INT bytes = ( size + extraBytes + 7 ) & ~QV_INT( 7 );
 
-    if( counted_ == 0 && !qv___ObjOdbIsEnabled )
+    if( counted_ == 0 && !qv___ObjRun )
     {
         counted_ = objects_ < FEW ? int32_t( FEW ) : COUNTED;
         countIn( sort_, counted_ );
@@ -144,7 +145,7 @@ bool qv::ObjReleases::endLeaf( QV_OBJ *object )
 
     if( sharedOffset == 0 )
     {
-        qvMemFree( memory );
+        qv::freeBlock( memory );
         return true;
     }
 

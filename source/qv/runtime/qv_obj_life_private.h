@@ -10,12 +10,21 @@
 
 namespace qv
 {
+/** Puts a sort into the list of those that have had objects. */
+void makeKnown( QV_SORT *sort );
+
 /** Count objects of a sort in and out. The first object of a sort also counts the sort in its module, and the last
     counts it out. */
 inline void countIn( QV_SORT *sort, int32_t objects )
 {
-    if( qv___AtomicAdd32( &sort->objects, objects ) == objects && sort->module )
+    if( qv___AtomicAdd32( &sort->objects, objects ) != objects )
+        return;
+
+    if( sort->module )
         qv___AtomicAdd32( &sort->module->sorts, 1 );
+
+    if( __builtin_expect( !qv___AtomicLoad32( &sort->isKnown ), 0 ) )
+        makeKnown( sort );
 }
 
 inline void countOut( QV_SORT *sort, int32_t objects )
@@ -51,7 +60,7 @@ __attribute__( ( always_inline ) ) inline QV_OBJ *createObject(
     result->unique            = QV___UNIQUE_INVALID;
     result->retainCount       = 1;
     result->sharedOffset      = sharedOffset;
-    result->isListed          = static_cast< uint16_t >( qv___ObjOdbIsEnabled );
+    result->isListed          = qv___ObjRun;
     result->dbgObjectSize     = size;
     result->dbgAllocationSize = 0;
     result->logFirst          = nullptr;
@@ -67,6 +76,7 @@ __attribute__( ( always_inline ) ) inline QV_OBJ *createObject(
         return result;
     }
 
+    checkRun();
     enterList( result, isCounted );
 
     if( qv___ObjOrigin && recordsOrigin( sort ) )
@@ -83,7 +93,7 @@ inline QV_OBJ *ObjBatch::createInline( QV_INT size, QV_INT extraBytes )
     if( !memory_ || end_ - next_ < bytes || counted_ == 0 )
         return create( size, extraBytes );
 
-    QV_ASSERT( !qv___ObjOdbIsEnabled );
+    QV_ASSERT( !qv___ObjRun );
     char *at = next_;
     next_ += bytes;
     bytes_ += bytes;

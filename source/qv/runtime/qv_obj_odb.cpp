@@ -7,6 +7,8 @@
 
 namespace
 {
+QV_SORT *knownSorts = nullptr; // atomic
+
 // Objects are counted atomically even where the lock is held: those of runs without lists are counted without it.
 
 void linkSort( QV_OBJ *result )
@@ -61,6 +63,23 @@ void unlinkObject( QV_OBJ *object )
 }
 } // namespace
 
+void qv::makeKnown( QV_SORT *sort )
+{
+    if( qv___AtomicCompareExchange32( &sort->isKnown, 0, 1 ) != 0 )
+        return;
+
+    QV_SORT *first = __atomic_load_n( &knownSorts, __ATOMIC_RELAXED );
+
+    do
+        sort->odbNext = first;
+    while( !__atomic_compare_exchange_n( &knownSorts, &first, sort, false, __ATOMIC_RELEASE, __ATOMIC_RELAXED ) );
+}
+
+QV_SORT *qv::newestSort()
+{
+    return __atomic_load_n( &knownSorts, __ATOMIC_ACQUIRE );
+}
+
 void qv::enterList( QV_OBJ *object, bool isCounted )
 {
     QV_SORT *sort = object->sort;
@@ -109,18 +128,18 @@ void qv::countOutListed( QV_OBJ *object, bool leavesList )
 
 QV_BOOL qv___ObjOdbEnabled( void )
 {
-    return qv___ObjOdbIsEnabled;
+    return qv___ObjRun & qv::IS_LISTED ? QV_TRUE : QV_FALSE;
 }
 
 void qv___ObjOdbLock( void )
 {
-    QV_CHECK_AS( qv___ObjOdbIsEnabled, "odbEnabled" );
+    QV_CHECK_AS( qv___ObjRun & qv::IS_LISTED, "odbEnabled" );
     qv___LockAcquire( qv::listsLock );
 }
 
 void qv___ObjOdbUnlock( void )
 {
-    QV_CHECK_AS( qv___ObjOdbIsEnabled, "odbEnabled" );
+    QV_CHECK_AS( qv___ObjRun & qv::IS_LISTED, "odbEnabled" );
     qv___LockRelease( qv::listsLock );
 }
 

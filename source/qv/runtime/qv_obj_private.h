@@ -8,11 +8,35 @@
 #include "qv/sys/qv_lock_private.h"
 
 /** Read-only while the library runs. */
-extern "C" QV_BOOL qv___ObjOdbIsEnabled; /**< the run keeps lists of all live objects */
-extern "C" QV_BOOL qv___ObjOrigin;       /**< each object logs the stack of its creation; with the database only */
+extern "C" uint16_t qv___ObjRun;    /**< what the run does with its objects: below */
+extern "C" QV_BOOL  qv___ObjOrigin; /**< each object logs the stack of its creation; with the database only */
 
 namespace qv
 {
+/** What qv___ObjRun holds. In a run it is what every object gets as its field `isListed`: 0 where there are no lists. */
+const uint16_t IS_LISTED = 1; /**< the run keeps lists of all live objects */
+const uint16_t IS_OWN    = 2; /**< the library makes for itself what it makes now, at its start; with the lists only */
+const uint16_t NO_RUN    = 4; /**< the library has not been started */
+const uint16_t RUN_ENDED = 8; /**< the library has been stopped */
+
+/** Ends the process with a report that the library does not run. */
+[[noreturn]] void reportNoRun();
+
+/** Ends the process unless the library runs. For functions that create no object at once, since each creation looks. */
+inline void checkRun()
+{
+    if( __builtin_expect( qv___ObjRun >= NO_RUN, 0 ) )
+        reportNoRun();
+}
+
+/** One more reference to an object that the library has made at its start. Ends the process unless the library runs. */
+template< class T >
+inline T *retainOfRun( T *object )
+{
+    checkRun();
+    return retain( object );
+}
+
 /** As qv___ObjCreate(), with `extraBytes` of heap after the `size` bytes of the structure, for contents that live as
     long as the object. They count in neither of the object's declared sizes: a family that stores there what it would
     otherwise allocate declares it all the same. */
@@ -187,9 +211,9 @@ public:
     /** Adds an object that the caller knows to live, as a sort always does. */
     void add( QV_OBJ *object );
 
-    /** Adds the sort's live objects. Objects that have lost their last reference and wait for the lock to leave the
-        list are skipped: they will end. */
-    void addObjects( QV_SORT *sort );
+    /** Adds the sort's live objects, those of which the library says IS_OWN only with `withOwn`. Objects that have lost
+        their last reference and wait for the lock to leave the list are skipped: they will end. */
+    void addObjects( QV_SORT *sort, bool withOwn = true );
 
     /** All of them as a new Vector that only the caller holds. Called once, without the lock. */
     QV_VECTOR *vector();
@@ -201,6 +225,14 @@ private:
     QV_INT   length_ = 0;
     QV_INT   size_   = 0;
 };
+
+/** The sorts that have had an object since the library was mapped, as a list that gets longer at its start: the newest
+    one, and the one before. Null at the end. Any thread, any time. */
+QV_SORT        *newestSort();
+inline QV_SORT *sortBefore( QV_SORT *sort )
+{
+    return static_cast< QV_SORT * >( sort->odbNext ); // of no other use to the header of a sort
+}
 
 /** The lock of all logs, made and destroyed with that of the database. */
 extern QV___LOCK *objLogLock;

@@ -41,12 +41,12 @@ void qv::Snapshot::add( QV_OBJ *object )
     objs_[length_++] = retain( object );
 }
 
-void qv::Snapshot::addObjects( QV_SORT *sort )
+void qv::Snapshot::addObjects( QV_SORT *sort, bool withOwn )
 {
     makeRoom( sort->listed ); // the list is never longer
 
     for( QV_OBJ *object = sort->odbFirst; object; object = object->odbNext )
-        if( retainLive( object ) )
+        if( ( withOwn || !( object->isListed & IS_OWN ) ) && retainLive( object ) )
             objs_[length_++] = object;
 }
 

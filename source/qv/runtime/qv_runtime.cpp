@@ -1,6 +1,9 @@
 #include "qv/runtime/qv_runtime.h"
 
 #include "qv/runtime/qv_module_private.h"
+#include "qv/runtime/qv_obj_private.h"
+#include "qv/runtime/qv_obj_private.h"
+#include "qv/runtime/qv_runtime_leaks_private.h"
 #include "qv/runtime/qv_runtime_module_private.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/runtime/qv_runtime_snapshot_private.h"
@@ -71,14 +74,19 @@ void qvRuntimeStartup(
     qv___RuntimePrintLock = qv___LockCreate();
     qv___RuntimePrintFunc = printFunc;
 
+    qv::beginOwn();
     qv___RuntimeComponentsStartup( applicationIdentifier, applicationFriendlyName, applicationVersion );
+    qv___ObjRun &= static_cast< uint16_t >( ~qv::IS_OWN ); // the tables of modules may become a caller's
     qv::startModules();
+    qv::endOwn();
 }
 
 void qvRuntimeShutdown( void )
 {
+    qv::checkRun();
     qv::stopModules();
     qv___RuntimeComponentsShutdown();
+    qv::forgetOwn();
     reportSurvivors();
 
     qv___LockDestroy( qv___RuntimePrintLock );

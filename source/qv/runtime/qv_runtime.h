@@ -6,7 +6,11 @@
         qvRuntimeShutdown();
 
     Start and stop are called from one thread while no other thread runs code of the library; in between, everything
-    here may be called from any thread, since it is fixed at the start. A stopped library can be started again. */
+    here may be called from any thread, since it is fixed at the start. A stopped library can be started again.
+
+    Before the start and after the stop, a call that makes an object, or needs one that the start makes, ends the process
+    with a report that says so. What only computes works at any time, and an object that has outlived its run may still
+    be read and released. */
 
 #ifndef QV_RUNTIME_H
 #define QV_RUNTIME_H
@@ -200,7 +204,7 @@ QV_API QV_BOOL    qvRuntimeOsHasHardwarePlatformName( QV_INT os, QV_INT hw );
 
 /* Paths ---------------------------------------------------------------------------------------------------------- */
 
-#define QV_RUNTIME_PATH_BIN          0 /**< executables and modules */
+#define QV_RUNTIME_PATH_BIN          0 /**< modules: the folder `morvane` beside the library where there is one */
 #define QV_RUNTIME_PATH_RES          1 /**< resources */
 #define QV_RUNTIME_PATH_DATA         2 /**< data, the parent of those that follow */
 #define QV_RUNTIME_PATH_DATA_STORAGE 3 /**< what the application keeps */
@@ -250,8 +254,8 @@ QV_API QV_BOOL qvRuntimeTryLoadModulesWcstr( const wchar_t *wcstr );
 /** @} */
 
 /** Stops all modules but the library, the last loaded first, each when the last object of its sorts is gone. An object
-    that is kept for more than 60 seconds ends the process; in a run with snapshot flags it is reported every 10
-    seconds instead, and the wait has no end. Stopping the library does this first. Must not be called by a module. */
+    that is kept for more than 60 seconds ends the process. In a run with snapshot flags it is reported every 10 seconds
+    too, and the wait has no end if the standard input is a terminal. Stopping the library does this first. Must not be called by a module. */
 QV_API void qvRuntimeUnloadAllModules( void );
 
 /** The loaded modules in the order of loading, the library itself first: a new reference. */
@@ -265,6 +269,33 @@ QV_API QV_MODULE *qvRuntimeModule( QV_STRING *moduleName );
     order of loading; null in a run without the object database. The modules are looked at one after the other. */
 QV_API QV_VECTOR *qvRuntimeSnapshotSorts( void );
 QV_API QV_VECTOR *qvRuntimeSnapshotObjects( void );
+/** @} */
+
+/* Leaks ----------------------------------------------------------------------------------------------------------- */
+
+/** Called with a sort that has leaks, its name, which is static, how many there are, above 0, and what the caller of
+    qvRuntimeLeakVisit() has passed. It may call everything. */
+typedef void ( *QV_RUNTIME_LEAK_FUNC )( QV_SORT *sort, const char *sortName, QV_INT objects, void *context );
+
+/** @{ */
+/** What lives now of all sorts, those of modules and of the program included, but for what the library holds for itself:
+    a program that has given up what it owns finds 0 here before it stops the library. How many objects; and, by sort,
+    in the order of the names. Works in every run, whatever its flags, and after the stop, when it counts what has
+    outlived the library. Objects that modules hold from their start on are counted until they are unloaded, those of
+    earlier runs until they end. Any thread; while other threads create and release objects a count may be up to 31
+    objects of a sort too high. The cost is that of reading two numbers for each sort. */
+QV_API QV_INT qvRuntimeLeakCount( void );
+QV_API void   qvRuntimeLeakVisit( QV_RUNTIME_LEAK_FUNC func, void *context );
+/** @} */
+
+/** @{ */
+/** The same as a new text, which is empty if nothing lives, and line by line to the print hook: each sort with its
+    count, as `QV_STRING 2`. In a run with QV_RUNTIME_FLAG_OBJECT_DATABASE each object follows, with its count of
+    references, the first 200 characters of its text and its log, which holds the stack of its creation in a run with
+    QV_RUNTIME_FLAG_OBJECT_ORIGIN. The texts are taken of the objects: no other thread may change them meanwhile. The
+    cost grows with the objects. Only while the library runs. */
+QV_API QV_STRING *qvRuntimeLeakReport( void );
+QV_API void       qvRuntimeLeakPrint( void );
 /** @} */
 
 /* The computer --------------------------------------------------------------------------------------------------- */

@@ -3,6 +3,7 @@
 #include "qv/base/qv_monitor_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime_platform_private.h"
 
@@ -18,6 +19,7 @@ int32_t     cpuIsKnown = 0;       // atomic: cpuInfo stays as it is
 // One more reference to what is known, or null.
 QV_STRING *newReference( QV_STRING *information )
 {
+    qv::checkRun();
     return qv::Ref< QV_STRING >::share( information ).give();
 }
 
@@ -25,14 +27,18 @@ QV_STRING *newReference( QV_STRING *information )
 // microseconds, so it is read at the first question.
 QV_STRING *knownCpuInfo()
 {
+    qv::checkRun();
+
     if( cpuMonitor && !qv___AtomicLoad32( &cpuIsKnown ) )
     {
         qv::HeldMonitor held( cpuMonitor );
 
         if( !cpuIsKnown )
         {
-            qv::release( cpuInfo );
-            cpuInfo = qv___RuntimePlatformCpuInfo();
+            // In its place: the object is one that the library has made at its start.
+            qv::Ref< QV_STRING > info( qv___RuntimePlatformCpuInfo() );
+            qvStringAppend( &cpuInfo, info );
+            qvStringDelLeading( &cpuInfo, qvStringLength( cpuInfo ) - qvStringLength( info ) );
         }
 
         qv___AtomicStore32( &cpuIsKnown, 1 );

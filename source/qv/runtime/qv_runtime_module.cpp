@@ -9,10 +9,12 @@
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_vector.h"
 #include "qv/io/qv_print.h"
+#include "qv/qv_tool_private.h"
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime.h"
+#include "qv/runtime/qv_runtime_leaks_private.h"
 #include "qv/runtime/qv_runtime_platform_private.h"
 #include "qv/runtime/qv_runtime_snapshot_private.h"
 #include "qv/runtime/qv_sort.h"
@@ -33,6 +35,8 @@ QV_INT      qv___RuntimeExtensionsIndex = 0;       // the extensions of the modu
 QV_MONITOR *qv___RuntimeLoadedModulesMonitor = nullptr;
 QV_DICT    *qv___RuntimeLoadedModulesDict    = nullptr; // by name
 QV_VECTOR  *qv___RuntimeLoadedModulesVector  = nullptr; // in the order of loading; the library itself first
+
+QV___UNLOAD_WAIT_FUNC qv___RuntimeUnloadWaitFunc = nullptr;
 
 const QV_INT PAUSE           = 50;    // milliseconds between two checks for live objects
 const QV_INT REPORT_INTERVAL = 10000; // milliseconds between two reports of them
@@ -153,6 +157,7 @@ QV_BOOL loadNamed( QV_STRING *moduleName )
     }
 
     enter( module, moduleName );
+    qv::addOwn( qvStringSort(), 1 ); // the name
     return QV_TRUE;
 }
 
@@ -201,28 +206,36 @@ void report( QV_MODULE *module )
 /* Unloading ------------------------------------------------------------------------------------------------------ */
 
 // Waits until no object of the module's sorts lives. `*reported` says whether this unload has printed a report before.
+// A run that wants reports is left to the person who reads them and ends it: where there is nobody at a terminal, it
+// ends as others do.
 void awaitLastObject( QV_MODULE *module, bool *reported )
 {
-    QV_INT msecs = 0;
+    const bool reports     = qvRuntimeFlags() & QV___RUNTIME_FLAGS_SNAPSHOT;
+    const bool isLimited   = !reports || !qv::isInputTerminal();
+    QV_INT     msecs       = 0;
+    QV_INT     sinceReport = 0;
 
     while( qv___AtomicLoad32( &module->sorts ) )
     {
         qvSleepTimed( nullptr, PAUSE );
         msecs = qvIntAddSaturating( msecs, PAUSE );
+        sinceReport += PAUSE;
 
-        if( !( qvRuntimeFlags() & QV___RUNTIME_FLAGS_SNAPSHOT ) )
-        {
-            QV_CHECK_MESSAGE( msecs <= QV___RUNTIME_UNLOAD_MODULE_TIMEOUT, module->moduleRecord->name );
-        }
-        else if( msecs > REPORT_INTERVAL )
+        if( qv___RuntimeUnloadWaitFunc && qv___AtomicLoad32( &module->sorts ) )
+            qv___RuntimeUnloadWaitFunc( module, msecs, isLimited ? QV___RUNTIME_UNLOAD_MODULE_TIMEOUT - msecs : -1 );
+
+        if( reports && sinceReport > REPORT_INTERVAL )
         {
             if( !*reported )
                 qv___RuntimeSnapshotHeader();
 
             report( module );
-            *reported = true;
-            msecs     = 0;
+            *reported   = true;
+            sinceReport = 0;
         }
+
+        if( isLimited )
+            QV_CHECK_MESSAGE( msecs <= QV___RUNTIME_UNLOAD_MODULE_TIMEOUT, module->moduleRecord->name );
     }
 }
 
@@ -247,6 +260,7 @@ void unloadLast( bool *reported )
     qv::HeldMonitor      held( qv___RuntimeLoadedModulesMonitor );
     qvDictDelStringKey( &qv___RuntimeLoadedModulesDict, moduleName );
     qvVectorDelAt( &qv___RuntimeLoadedModulesVector, idx );
+    qv::addOwn( qvStringSort(), -1 );
 }
 
 QV_VECTOR *snapshotOfAll( QV_VECTOR *( *snapshotOf )(QV_MODULE *))
@@ -288,12 +302,29 @@ void qv::startModules()
 void qv::stopModules()
 {
     qvRuntimeUnloadAllModules();
+    qv___RuntimeUnloadWaitFunc = nullptr;
 
     drop( qv___RuntimeLoadMonitor );
     drop( qv___RuntimeLoadedModulesMonitor );
     drop( qv___RuntimeLoadedModulesDict );
     drop( qv___RuntimeLoadedModulesVector );
     drop( qv___RuntimeLoadingDict );
+}
+
+bool qv::isOfModules( QV_OBJ *object )
+{
+    HeldMonitor held( qv___RuntimeLoadedModulesMonitor );
+
+    if( object == obj( qv___RuntimeLoadMonitor ) || object == obj( qv___RuntimeLoadedModulesMonitor )
+        || object == obj( qv___RuntimeLoadedModulesDict ) || object == obj( qv___RuntimeLoadedModulesVector )
+        || object == obj( qv___RuntimeLoadingDict ) )
+        return true;
+
+    for( QV_INT i = 0; i < qvDictLength( qv___RuntimeLoadedModulesDict ); i++ )
+        if( Ref< QV_OBJ >( qvDictKeyAt( qv___RuntimeLoadedModulesDict, i ) ) == object )
+            return true;
+
+    return false;
 }
 
 /* Loading -------------------------------------------------------------------------------------------------------- */
@@ -374,6 +405,7 @@ QV_BOOL qvRuntimeTryLoadModulesWcstr( const wchar_t *wcstr )
 
 void qvRuntimeUnloadAllModules( void )
 {
+    qv::checkRun();
     qv::HeldMonitor held( qv___RuntimeLoadMonitor );
     QV_CHECK( !qvDictLength( qv___RuntimeLoadingDict ) );
 
@@ -393,10 +425,16 @@ void qvRuntimeUnloadAllModules( void )
     qv___RuntimeExtensionsIndex = 0;
 }
 
+void qv___RuntimeSetUnloadWaitFunc( QV___UNLOAD_WAIT_FUNC func )
+{
+    qv___RuntimeUnloadWaitFunc = func;
+}
+
 /* What is loaded ------------------------------------------------------------------------------------------------- */
 
 QV_VECTOR *qvRuntimeModulesVector( void )
 {
+    qv::checkRun();
     qv::HeldMonitor held( qv___RuntimeLoadedModulesMonitor );
     return qv::retain( qv___RuntimeLoadedModulesVector );
 }

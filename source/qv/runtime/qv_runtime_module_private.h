@@ -10,6 +10,9 @@ QV_API void    qv___RuntimeLoadModuleExtensions( void );
 
 namespace qv
 {
+/** Whether the tables of modules are this object or hold it as the name of a module. Any thread. */
+bool isOfModules( QV_OBJ *object );
+
 /** Make the tables of modules, with the library in them; unload all modules and release the tables. All components run
     meanwhile. */
 void startModules();

@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_enum_private.h"
 #include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime_platform_private.h"
 
@@ -36,6 +37,8 @@ QV_STRING *qvRuntimePathToString( QV_INT path )
 QV_STRING *qvRuntimePath( QV_INT path )
 {
     QV_CHECK( QV_RUNTIME_PATH_OK( path ) );
+    qv::checkRun();
+
     return qv::Ref< QV_STRING >::share( qv___RuntimePlatformPaths[path] ).give();
 }
 

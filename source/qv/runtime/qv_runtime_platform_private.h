@@ -26,6 +26,9 @@ bool isFitToLoad( const char *path, ErrorDetails *why );
 
 /** The path of the file that a module was loaded from, as the loader keeps it, or null. */
 const char *fileOfModule( QV_MODULE *module );
+
+/** Whether somebody may sit at the process. */
+bool isInputTerminal();
 } // namespace qv
 
 /** What the platform tells about the computer: new Strings, or null. */

@@ -13,13 +13,18 @@
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort.h"
 #include "qv/sys/qv_int.h"
 
 #include <dlfcn.h>
 #include <errno.h>
+#include <limits.h>
+#include <link.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/stat.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -65,6 +70,51 @@ QV_STRING *defaultDataPath()
 
     return home ? qvStringCreateFromFormatCstr( "%lc/.opt/wexcraft/%~s/", -1, home, qvRuntimeVersionProductName() )
                 : nullptr;
+}
+
+// The file that the library is in, for dl_iterate_phdr(): dladdr() would search all symbols for the name of one.
+int findLibrary( dl_phdr_info *info, size_t, void *fileName )
+{
+    const uintptr_t own = reinterpret_cast< uintptr_t >( &qv___module );
+
+    for( int i = 0; i < info->dlpi_phnum; i++ )
+    {
+        const uintptr_t begin = info->dlpi_addr + info->dlpi_phdr[i].p_vaddr;
+
+        if( info->dlpi_phdr[i].p_type == PT_LOAD && own - begin < info->dlpi_phdr[i].p_memsz )
+        {
+            *static_cast< const char ** >( fileName ) = info->dlpi_name;
+            return 1;
+        }
+    }
+
+    return 0;
+}
+
+// The folder of modules in an installation, wherever it has been moved to: `morvane` beside the library. Null if there is
+// none.
+QV_STRING *modulesBesideLibrary()
+{
+    const char *fileName = nullptr;
+    dl_iterate_phdr( findLibrary, &fileName );
+
+    // An executable that holds the library itself has an empty name.
+    const char *lastDelimiter = fileName ? strrchr( fileName, '/' ) : nullptr;
+
+    if( !lastDelimiter )
+        return nullptr;
+
+    char path[PATH_MAX];
+    int  folder = static_cast< int >( lastDelimiter - fileName );
+    int  length = snprintf( path, sizeof( path ), "%.*s/%s/", folder, fileName, qv___RuntimeVersionProductNameCstr() );
+    struct stat status;
+
+    if( length >= PATH_MAX || stat( path, &status ) != 0 || !S_ISDIR( status.st_mode ) )
+        return nullptr;
+
+    // As the loader has searched it: a working folder of later has nothing to do with it.
+    return path[0] == '/' ? qvStringCreateFromCstr( path, -1 )
+                          : qvStringCreateFromFormatCstr( "%~s/%lc", -1, qvCurrentDirectory(), path );
 }
 
 QV_STRING *defaultPath( const PathRule &rule )
@@ -214,6 +264,9 @@ void qv___RuntimePlatformStartup( void )
         qv::Ref< QV_STRING > variable( withProduct( rule.variable ) );
         QV_STRING           *found = qv___RuntimePlatformUnixPathFromEnvironment( variable );
 
+        if( !found && path == QV_RUNTIME_PATH_BIN )
+            found = modulesBesideLibrary();
+
         qv___RuntimePlatformPaths[path] = found ? found : defaultPath( rule );
 
         if( path >= QV_RUNTIME_PATH_DATA && qv___RuntimePlatformPaths[path] )
@@ -322,6 +375,11 @@ const char *qv::fileOfModule( QV_MODULE *module )
 {
     Dl_info info;
     return dladdr( module, &info ) ? info.dli_fname : nullptr;
+}
+
+bool qv::isInputTerminal()
+{
+    return isatty( STDIN_FILENO );
 }
 
 /* The computer --------------------------------------------------------------------------------------------------- */

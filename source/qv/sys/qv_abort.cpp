@@ -118,25 +118,24 @@ void writeMessage( AbortOutput *output, const Failure &failure )
         writeSignal( output, failure.siginfo );
 }
 
-void writeStack( AbortOutput *output, void *const *frames, int count )
+void writeStack( AbortOutput *output, const qv::AbortStack &stack )
 {
-    if( count == 0 )
+    if( stack.length == 0 )
         return;
 
     output->text( "\n  STACK\n" );
 
-    for( int i = 0; i < count; i++ )
+    for( int i = 0; i < stack.length; i++ )
     {
         output->text( "    " );
-        qv::writeFrame( output, frames[i] );
+        qv::writeFrame( output, stack, i );
         output->text( "\n" );
     }
 }
 
 // The steps of a report. Each may be left at any point.
 
-void *reportFrames[qv::ABORT_FRAMES];
-int   reportFrameCount = 0;
+qv::AbortStack reportStack;
 
 void flushStream( void *stream )
 {
@@ -152,7 +151,7 @@ void writeToErrors( void *failure )
 
 void walkStack( void * )
 {
-    qv::abortFrames( reportFrames, qv::ABORT_FRAMES, &reportFrameCount );
+    qv::walkAbortStack( &reportStack );
 }
 
 void writeToFile( void *failure )
@@ -165,7 +164,7 @@ void writeToFile( void *failure )
     AbortOutput output( descriptor );
     writeMessage( &output, *static_cast< const Failure * >( failure ) );
     output.flush();
-    writeStack( &output, reportFrames, reportFrameCount );
+    writeStack( &output, reportStack );
     output.flush();
     close( descriptor );
 }
@@ -173,7 +172,7 @@ void writeToFile( void *failure )
 void writeStackToErrors( void * )
 {
     AbortOutput output( STDERR_FILENO );
-    writeStack( &output, reportFrames, reportFrameCount );
+    writeStack( &output, reportStack );
 }
 
 void writeEndToErrors( void * )
@@ -225,12 +224,11 @@ void qv___DoAbortMessage(
 
 void qv___DoAbortBacktrace( FILE *stream )
 {
-    void *frames[qv::ABORT_FRAMES];
-    int   count;
-    qv::abortFrames( frames, qv::ABORT_FRAMES, &count );
+    qv::AbortStack stack;
+    qv::walkAbortStack( &stack );
 
     AbortOutput output( stream );
-    writeStack( &output, frames, count );
+    writeStack( &output, stack );
 }
 
 void qv___AbortSignalAction( int signal, siginfo_t *siginfo, void *context )

@@ -79,12 +79,21 @@ private:
     char   buffer_[512];
 };
 
-/** Stores the return addresses of the calling thread's stack, the caller's frame first. `*length` is their number at
-    any time, so that those that were found before a failure on a damaged stack can be used. */
-void abortFrames( void **frames, int size, int *length );
+/** The calls on a thread's stack, innermost first. `length` is their number at any time, so that those that were found
+    before a failure on a damaged stack can be used. */
+struct AbortStack
+{
+    void *frames[ABORT_FRAMES]; // where each call returns to
+    int   length;
+    int   failed; // the frame that a signal has interrupted, whose address is the instruction that failed; -1: none
+};
 
-/** Writes one line about an address, as `backtrace_symbols` words it. */
-void writeFrame( AbortOutput *output, void *address );
+/** Walks the stack of the calling thread, the caller's frame first. */
+void walkAbortStack( AbortStack *stack );
+
+/** Writes one line about a frame, as `backtrace_symbols` words it, with the name of the function that has made the call:
+    one that does not return may be the last instruction of a function, and return to the function after it. */
+void writeFrame( AbortOutput *output, const AbortStack &stack, int frame );
 
 /* Failing -------------------------------------------------------------------------------------------------------- */
 

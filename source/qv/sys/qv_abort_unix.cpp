@@ -122,53 +122,65 @@ void qv::AbortOutput::row( const char *name, const char *value )
 
 namespace
 {
-struct Frames
+struct Walk
 {
-    void **frames;
-    int    size;
-    int   *length;
-    bool   isOwn; // the next frame is that of the function that walks
+    qv::AbortStack *stack;
+    bool            isOwn; // the next frame is that of the function that walks
 };
 
-_Unwind_Reason_Code addFrame( _Unwind_Context *context, void *frames )
+_Unwind_Reason_Code addFrame( _Unwind_Context *context, void *walk )
 {
-    Frames *all = static_cast< Frames * >( frames );
+    Walk           *all   = static_cast< Walk * >( walk );
+    qv::AbortStack *stack = all->stack;
 
-    if( *all->length == all->size )
+    if( stack->length == qv::ABORT_FRAMES )
         return _URC_END_OF_STACK;
 
-    if( !all->isOwn )
-        all->frames[( *all->length )++] = reinterpret_cast< void * >( _Unwind_GetIP( context ) );
+    int       isFailed = 0;
+    uintptr_t address  = _Unwind_GetIPInfo( context, &isFailed );
 
-    all->isOwn = false;
+    if( all->isOwn )
+    {
+        all->isOwn = false;
+        return _URC_NO_REASON;
+    }
+
+    if( isFailed && stack->failed < 0 )
+        stack->failed = stack->length;
+
+    stack->frames[stack->length++] = reinterpret_cast< void * >( address );
     return _URC_NO_REASON;
 }
 } // namespace
 
 // With the unwinder that is linked in: backtrace() loads its own at the first call, with memory of a heap that may be
 // damaged.
-__attribute__( ( noinline ) ) void qv::abortFrames( void **frames, int size, int *length )
+__attribute__( ( noinline ) ) void qv::walkAbortStack( AbortStack *stack )
 {
-    Frames all = { frames, size, length, true };
-    *length    = 0;
-    _Unwind_Backtrace( addFrame, &all );
+    Walk walk     = { stack, true };
+    stack->length = 0;
+    stack->failed = -1;
+    _Unwind_Backtrace( addFrame, &walk );
 
     // The outermost frame of some threads has no address.
-    if( *length > 1 && !frames[*length - 1] )
-        ( *length )--;
+    if( stack->length > 1 && !stack->frames[stack->length - 1] )
+        stack->length--;
 }
 
-void qv::writeFrame( AbortOutput *output, void *address )
+void qv::writeFrame( AbortOutput *output, const AbortStack &stack, int frame )
 {
-    Dl_info   info = {};
-    link_map *map  = nullptr;
+    void     *address = stack.frames[frame];
+    uintptr_t at      = reinterpret_cast< uintptr_t >( address );
+    bool      isCall  = frame != stack.failed && at > 0;
+    Dl_info   info    = {};
+    link_map *map     = nullptr;
 
-    if( dladdr1( address, &info, reinterpret_cast< void ** >( &map ), RTLD_DL_LINKMAP ) && info.dli_fname
-        && info.dli_fname[0] )
+    if( dladdr1(
+            static_cast< char * >( address ) - isCall, &info, reinterpret_cast< void ** >( &map ), RTLD_DL_LINKMAP )
+        && info.dli_fname && info.dli_fname[0] )
     {
         // Without a symbol the address is relative to the file.
         uintptr_t base = info.dli_sname ? reinterpret_cast< uintptr_t >( info.dli_saddr ) : map ? map->l_addr : 0;
-        uintptr_t at   = reinterpret_cast< uintptr_t >( address );
 
         output->text( info.dli_fname );
         output->text( "(" );

@@ -12,8 +12,25 @@
 #define STARTS QV_TRUE
 #endif
 
+#ifdef KEEPS
+/* Objects that nobody releases. */
+QV_LOCAL_FAMILY( Kept, QV_KEPT )
+
+struct QV_KEPT
+{
+    QV_OBJ obj;
+};
+
+QV___FAMILY( Kept, QV_KEPT, NULL, NULL, NULL )
+#endif
+
 static QV_BOOL start( void )
 {
+#ifdef KEEPS
+    for( int i = 0; i < KEEPS; i++ )
+        qv___ObjCreate( sizeof( QV_KEPT ), qvKeptSort() );
+#endif
+
     qvPrintCstr( "starts", -1 );
     return STARTS;
 }

@@ -1,0 +1,68 @@
+#include "qv_test_support.h"
+
+#include "qv/qv.hpp"
+
+TEST( Containers, AreSortedSearchedAndUpdatedInPlace )
+{
+    qv::Vector< qv::String > names = { "b", "c", "a", "b" };
+    qv::Vector< qv::String > other = names;
+    EXPECT_EQ( ( qv::Vector< qv::String >{ "a", "b", "b", "c" } ), names.sort() );
+    EXPECT_EQ( ( qv::Vector< qv::String >{ "b", "a", "c", "b" } ), other.sort( 1, 2 ) );
+    EXPECT_TRUE( names.isSorted() && !other.isSorted() && names.lowerBound( "bb" ) == 3 );
+    EXPECT_EQ( 1, names.findSorted( "b" ) );
+    EXPECT_EQ( std::nullopt, names.findSorted( "ab" ) );
+
+    // By another order, and by one that is not that of the objects.
+    qv::Vector< double > reals = { 0.5, -1, 2 };
+    EXPECT_EQ( ( qv::Vector< double >{ 2, 0.5, -1 } ), reals.sort( std::greater<>() ) );
+    EXPECT_EQ( 1, reals.lowerBound( 1, std::greater<>() ) );
+    EXPECT_EQ( 0, reals.sort().findSorted( -1 ) );
+
+    // What a function throws arrives, and nothing is lost.
+    int left = 3;
+    EXPECT_THROW(
+        reals.sort(
+            [&]( double a, double b )
+            {
+                if( --left == 0 )
+                    throw left;
+
+                return a > b;
+            } ),
+        int );
+    EXPECT_EQ( 3, reals.size() );
+
+    // A value that only the Dict holds grows in place.
+    qv::Dict< int, qv::Vector< int > > groups;
+
+    for( int i = 0; i < 30; i++ )
+        groups.update(
+            i % 3,
+            [&]( std::optional< qv::Vector< int > > group )
+            {
+                qv::Vector< int > own = group ? std::move( *group ) : qv::Vector< int >{ -1, -2 };
+                EXPECT_EQ( 1, qv___RetainCountValue( &qvVectorObj( own.c() )->retainCount ) );
+                return own.append( i );
+            } );
+
+    EXPECT_EQ( 12, groups.find( 2 )->size() );
+    EXPECT_THROW( groups.update( 1, []( auto ) -> qv::Vector< int > { throw 1; } ), int );
+    EXPECT_EQ( 2, groups.size() );
+
+    // Entries by distance, in rows and beyond.
+    qv::Dict< int, int > squares;
+
+    for( int i = 0; i < 3000; i++ )
+        squares.set( i, i * i );
+
+    auto it = squares.begin() + 1500;
+    EXPECT_EQ( ( std::pair( 1499, 1499 * 1499 ) ), *--it );
+    EXPECT_EQ( 2999, ( squares.end() - 1 )[0].first );
+    EXPECT_EQ( 1234, std::ranges::lower_bound( squares, std::pair( 1234, 0 ) ) - squares.begin() );
+    int sum = 0;
+
+    for( auto [key, value] : squares )
+        sum += key == value;
+
+    EXPECT_EQ( 2, sum );
+}
