@@ -17,6 +17,21 @@ if( MORVANE_SANITIZE )
     endif()
 endif()
 
+# Reals are IEEE 754 doubles at every step. The oldest floating-point unit of x86 computes with more digits and rounds
+# later; the registers of SSE 2 do not.
+include( CheckCXXSourceCompiles )
+check_cxx_source_compiles(
+    "#if defined( __i386__ ) && !defined( __SSE2_MATH__ )\n#error\n#endif\nint main() { return 0; }" MORVANE_REALS_ARE_DOUBLES
+)
+if( NOT MORVANE_REALS_ARE_DOUBLES )
+    add_compile_options( -msse2 -mfpmath=sse )
+endif()
+
+# Files of any length, and times after 2038.
+if( CMAKE_SIZEOF_VOID_P EQUAL 4 )
+    add_compile_definitions( _FILE_OFFSET_BITS=64 _TIME_BITS=64 )
+endif()
+
 function( morvane_product_target target )
     set_target_properties(
         ${target}
@@ -39,6 +54,7 @@ function( morvane_product_target target )
     target_compile_definitions(
         ${target} PRIVATE $<$<OR:$<CONFIG:Debug>,$<BOOL:${MORVANE_ASSERTIONS}>>:QV___ASSERTIONS=1>
                           $<$<NOT:$<BOOL:${MORVANE_VECTORS}>>:QV___WITHOUT_VECTORS=1>
+                          $<$<BOOL:${MORVANE_HARDWARE}>:QV___HARDWARE=${MORVANE_HARDWARE}>
     )
     # CMake names the C++ run-time library wherever there are C++ sources; nothing needs it.
     target_link_options( ${target} PRIVATE -Wl,--as-needed ${MORVANE_SANITIZE_FLAGS} )

@@ -28,6 +28,18 @@ install(
     PATTERN "*_private.h" EXCLUDE
 )
 
+# What gdb prints objects with; it finds that by the whole path of the library.
+if( MORVANE_PACKAGES )
+    set( MORVANE_GDB_LIBDIR "${CMAKE_INSTALL_FULL_LIBDIR}" )
+else()
+    set( MORVANE_GDB_LIBDIR "\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}" )
+endif()
+install(
+    FILES "${PROJECT_SOURCE_DIR}/share/gdb/libmorvane-qv-gdb.py"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load/${MORVANE_GDB_LIBDIR}"
+    RENAME "libmorvane-qv.so.${PROJECT_VERSION}-gdb.py"
+    COMPONENT runtime
+)
 install( DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT doc )
 
 if( MORVANE_PRINTED )

@@ -8,6 +8,7 @@
 
 #include "qv/runtime/qv_runtime.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <string>
@@ -62,6 +63,10 @@ Ending inChild( Body body )
     waitpid( child, &status, 0 );
     ending.signal = WIFSIGNALED( status ) ? WTERMSIG( status ) : 0;
     ending.status = WIFEXITED( status ) ? WEXITSTATUS( status ) : -1;
+
+    // An emulator names the signal itself.
+    if( ending.signal )
+        ending.errors.resize( std::min( ending.errors.rfind( "qemu: uncaught " ), ending.errors.size() ) );
 
     return ending;
 }

@@ -17,6 +17,15 @@ namespace
 {
 const QV_INT SECOND = 1000; // milliseconds
 
+// What the functions are called where their first forms have times of 32 bits.
+#ifdef SYS_clock_gettime64
+const long        GETTIME   = SYS_clock_gettime64;
+const char *const TIMEDWAIT = "__pthread_cond_timedwait64";
+#else
+const long        GETTIME   = SYS_clock_gettime;
+const char *const TIMEDWAIT = "pthread_cond_timedwait";
+#endif
+
 timespec later( timespec ts, QV_INT milliseconds )
 {
     QV_INT nanoseconds = ts.tv_nsec + milliseconds % SECOND * 1000000;
@@ -52,7 +61,7 @@ void WallClock::reset()
 
 extern "C" int clock_gettime( clockid_t id, timespec *ts ) noexcept
 {
-    int result = static_cast< int >( syscall( SYS_clock_gettime, id, ts ) );
+    int result = static_cast< int >( syscall( GETTIME, id, ts ) );
     wallClock.step += wallClock.perLook;
 
     if( id == CLOCK_REALTIME )
@@ -95,10 +104,9 @@ extern "C" int pthread_cond_timedwait( pthread_cond_t *cond, pthread_mutex_t *mu
     }
     else if( wallClock.stopped == -1 )
     {
-        static auto real =
-            reinterpret_cast< decltype( &pthread_cond_timedwait ) >( dlsym( RTLD_NEXT, "pthread_cond_timedwait" ) );
-        timespec systemEnd;
-        syscall( SYS_clock_gettime, CLOCK_REALTIME, &systemEnd );
+        static auto real = reinterpret_cast< decltype( &pthread_cond_timedwait ) >( dlsym( RTLD_NEXT, TIMEDWAIT ) );
+        timespec    systemEnd;
+        syscall( GETTIME, CLOCK_REALTIME, &systemEnd );
         systemEnd = later( systemEnd, std::min( left, SECOND ) ); // the clock may have been set since
 
         return real( cond, mutex, &systemEnd );

@@ -99,7 +99,7 @@ TEST( DeclaredSize, FollowsTheRulesOfEachFamily )
         "+0,80=250 +3,8=251 +8,4=252", "u0,10=10 +80,8=171", "f0,10=0 &-0,8=250", "u0,10=10 +0,8=251",
         "f0,10=0 w0,1=250", "f0,10=0 -0,3=250", "+0,80=250 +40,1920=250 +40,8=491",
     } );
-    expectDeclared< QV_VECTOR >( qvVectorCreate, 8, {
+    expectDeclared< QV_VECTOR >( qvVectorCreate, sizeof( void * ), {
         { '-', qvVectorDelInner }, { 'k', qvVectorDelOuter },
         { '+', []( auto all, auto at, auto n )
           { qvVectorInsertObjs( all, at, std::vector( size_t( n ), boxed( 1 ).get() ).data(), n ); } },
@@ -114,7 +114,7 @@ TEST( DeclaredSize, FollowsTheRulesOfEachFamily )
         "+0,101=133 +0,1=166 k33,37=133", "+0,100=132 -68,32=132 >0,0=131",
     } );
     // The first key and the last one; for `+` and `d` the first one and how many there are, two apart.
-    expectDeclared< QV_RANGE_MAP >( qvRangeMapCreate, 24, {
+    expectDeclared< QV_RANGE_MAP >( qvRangeMapCreate, 16 + sizeof( void * ), {
         { '-', qvRangeMapDelRangeKey }, { 'm', []( auto all, auto, auto ) { qvRangeMapCollapse( all ); } },
         { '+', []( auto all, auto key, auto n )
           { while( n-- > 0 ) qvRangeMapSetIntKey( all, key + 2 * n, boxed( 1 ) ); } },
@@ -128,7 +128,7 @@ TEST( DeclaredSize, FollowsTheRulesOfEachFamily )
         "+0,100=132 -0,196=68 m0,0=4", "+0,33=33 -0,64=33 +0,33=33",
     } );
     // The first key and how many there are. Their values are 0 and 1 in turn.
-    expectDeclared< QV_DICT >( qvDictCreate, 16, {
+    expectDeclared< QV_DICT >( qvDictCreate, 2 * sizeof( void * ), {
         { '+', enter }, { 'e', []( auto all, auto, auto ) { qv___DictClear( all ); } },
         { '-', []( auto all, auto key, auto count ) { while( count-- > 0 ) qvDictDelIntKey( all, key++ ); } },
         { 'i', []( auto all, auto key, auto count ) { qvDictInclude( all, made( key, count ), QV_TRUE ); } },

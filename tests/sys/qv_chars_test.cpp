@@ -129,7 +129,8 @@ TEST( Chars, OtherFormsReplaceWhatTheyLack )
         expectConverted( text, wide + L'\0', room, qvCharsConvertToWcstr, QV_TRUE );
         expectConverted( "\x7F\x80\0z"s, U"\x7F\xFFFD\0z"s, room, qvCharsConvertFromAscii );
         expectConverted(
-            std::wstring{ 0x10FFFF, 0x110000, -1, 0 }, U"\x10FFFF\xFFFD\xFFFD\0"s, room, qvCharsConvertFromWcstr );
+            std::wstring{ 0x10FFFF, 0x110000, static_cast< wchar_t >( -1 ), 0 }, U"\x10FFFF\xFFFD\xFFFD\0"s, room,
+            qvCharsConvertFromWcstr );
         expectConverted( U"abc"s, U"abc"s, room, qvCharsSanitize ); // it counts on after the room
     }
 

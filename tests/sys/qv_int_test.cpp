@@ -6,8 +6,6 @@
 
 namespace
 {
-using Wide = __int128;
-
 // Values around everything that could go wrong, and some from anywhere.
 std::vector< QV_INT > values()
 {
@@ -27,6 +25,9 @@ std::vector< QV_INT > values()
     return result;
 }
 
+#ifdef __SIZEOF_INT128__
+using Wide = __int128;
+
 QV_INT saturated( Wide value )
 {
     return static_cast< QV_INT >( std::clamp< Wide >( value, QV_INT_MIN, QV_INT_MAX ) );
@@ -36,8 +37,10 @@ bool fits( Wide value )
 {
     return value == saturated( value );
 }
+#endif
 } // namespace
 
+#ifdef __SIZEOF_INT128__
 TEST( Int, ArithmeticAgreesWithWiderIntegers )
 {
     for( QV_INT a : values() )
@@ -56,6 +59,7 @@ TEST( Int, ArithmeticAgreesWithWiderIntegers )
             ASSERT_EQ( low >= 0 ? low + half : high - half, qvIntMid( a, b ) );
         }
 }
+#endif
 
 TEST( Int, BitsAgreeWithCounting )
 {

@@ -1,15 +1,11 @@
 #include "qv/base/qv_boxed_bool.h"
 
+#include "qv/base/qv_boxed_bool_private.h"
 #include "qv/base/qv_format.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_order_private.h"
-
-struct QV_BOXED_BOOL : QV_OBJ
-{
-    QV_BOOL value;
-};
 
 namespace
 {

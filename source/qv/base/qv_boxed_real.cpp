@@ -1,13 +1,9 @@
 #include "qv/base/qv_boxed_real.h"
 
+#include "qv/base/qv_boxed_real_private.h"
 #include "qv/base/qv_format.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_order_private.h"
-
-struct QV_BOXED_REAL : QV_OBJ
-{
-    QV_REAL value;
-};
 
 namespace
 {

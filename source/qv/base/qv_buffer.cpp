@@ -46,7 +46,7 @@ QV_INT compareBuffers( QV_OBJ *thisObj, QV_OBJ *thatObj )
     const uint8_t *aBytes = qv::bytes( a );
     const uint8_t *bBytes = qv::bytes( b );
 
-    if( QV_INT order = qv::orderBytes( aBytes, bBytes, common / 8 ) )
+    if( QV_INT order = qv::orderBytes( aBytes, bBytes, static_cast< size_t >( common / 8 ) ) )
         return order;
 
     if( uint64_t left = common % 8 )

@@ -45,7 +45,7 @@ void qv::bits::copy(
         done = count / 8;
 
         if( done )
-            memcpy( to, from, done );
+            memcpy( to, from, static_cast< size_t >( done ) );
     }
     else
     {
@@ -70,7 +70,7 @@ void qv::bits::fill( uint8_t *memory, uint64_t pos, uint64_t count, int byte )
     }
 
     if( count >= 8 )
-        memset( memory + pos / 8, byte, count / 8 );
+        memset( memory + pos / 8, byte, static_cast< size_t >( count / 8 ) );
 
     if( uint64_t left = count % 8 )
         put( memory, pos + ( count - left ), value, left );

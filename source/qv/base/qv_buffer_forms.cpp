@@ -207,7 +207,7 @@ inline void copyFew( uint8_t *to, const uint8_t *from, uint64_t count )
 {
     if( count < 16 || count > 64 )
     {
-        memcpy( to, from, count );
+        memcpy( to, from, static_cast< size_t >( count ) );
         return;
     }
 

@@ -134,7 +134,8 @@ bool readChars( QV_DECODER *dec, QV_CHAR *to, QV_INT count )
 
     for( QV_INT i = 0; i < count; i++ )
     {
-        QV_INT ascii = qv::utf8::decodeLeadingAscii( to ? to + i : nullptr, from, std::min( count - i, end - from ) );
+        QV_INT most  = std::min( count - i, QV_INT( end - from ) );
+        QV_INT ascii = qv::utf8::decodeLeadingAscii( to ? to + i : nullptr, from, most );
         from += ascii;
         i += ascii;
 

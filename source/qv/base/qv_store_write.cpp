@@ -72,7 +72,7 @@ public:
     void append( const Output &text )
     {
         if( text.length_ > 0 )
-            memcpy( room( text.length_ ), text.units_, text.length_ * sizeof( Unit ) );
+            memcpy( room( text.length_ ), text.units_, static_cast< size_t >( text.length_ ) * sizeof( Unit ) );
 
         length_ += text.length_;
     }
@@ -146,7 +146,7 @@ private:
         if constexpr( sizeof( Unit ) == 1 )
             qv::narrowAscii( to, qv::chars( address ), address->length );
         else if( address->length > 0 )
-            memcpy( to, qv::chars( address ), address->length * sizeof( Unit ) );
+            memcpy( to, qv::chars( address ), static_cast< size_t >( address->length ) * sizeof( Unit ) );
     }
 
     // The place of the next units, with room for `count` of them.

@@ -10,16 +10,6 @@
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_order_private.h"
 
-struct QV_TIME : QV_OBJ
-{
-    QV_INT year;
-    QV_INT month;  // 1 to 12
-    QV_INT day;    // 1 to 31, whatever the month
-    QV_INT hour;   // 0 to 23
-    QV_INT minute; // 0 to 59
-    QV_INT second; // 0 to 61
-};
-
 namespace
 {
 QV_TIME *qv___TimeProcessStarted = nullptr;

@@ -86,7 +86,7 @@ QV_INT qv___TimestampGettimeofday( void )
     QV_CHECK( tv.tv_usec >= 0 );
     QV_CHECK( tv.tv_usec < 1000000L );
 
-    return toMilliseconds( tv.tv_sec, tv.tv_usec / 1000L );
+    return toMilliseconds( tv.tv_sec, static_cast< long >( tv.tv_usec / 1000L ) );
 }
 
 QV_INT qvTimestamp( void )

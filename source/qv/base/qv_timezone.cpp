@@ -20,14 +20,14 @@ const char *findTranslation( std::span< const Row > rows, QV_STRING *name )
 {
     auto orderAt = [&]( QV_INT idx )
     {
-        const char *other  = names + rows[idx].name;
+        const char *other  = names + rows[static_cast< size_t >( idx )].name;
         QV_INT      length = static_cast< QV_INT >( strlen( other ) );
 
         return -qv::order( qv::chars( name ), name->length, reinterpret_cast< const uint8_t * >( other ), length );
     };
 
-    auto [idx, found] = qv::bisect( QV_INT( -1 ), std::ssize( rows ), orderAt );
-    return found ? names + rows[idx].translation : nullptr;
+    auto [idx, found] = qv::bisect( QV_INT( -1 ), QV_INT( std::ssize( rows ) ), orderAt );
+    return found ? names + rows[static_cast< size_t >( idx )].translation : nullptr;
 }
 
 QV_STRING *translateName( std::span< const Row > rows, QV_STRING *name )

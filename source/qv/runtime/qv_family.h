@@ -46,12 +46,12 @@ struct QV_OBJ
 {
     uint64_t            type;              /**< QV___OBJ_TYPE_... */
     QV_SORT            *sort;              /**< null in sort records and module objects */
-    QV_INT              unique;            /**< atomic; a number and its run, -1 until it is first needed */
+    QV___ATOMIC_INT     unique;            /**< atomic; a number and its run, -1 until it is first needed */
     int32_t             retainCount;       /**< atomic */
     uint16_t            sharedOffset;      /**< bytes since the start of memory shared with others; 0: has its own */
     uint16_t            isListed;          /**< the run that created it keeps lists; never changes */
     QV_INT              dbgObjectSize;     /**< the size given to qv___ObjCreate() */
-    QV_INT              dbgAllocationSize; /**< atomic; bytes of storage outside the object */
+    QV___ATOMIC_INT     dbgAllocationSize; /**< atomic; bytes of storage outside the object */
     QV___OBJ_LOG_ENTRY *logFirst;          /**< null if the log is empty; guarded by the lock of all logs */
     QV___OBJ_LOG_ENTRY *logLast;           /**< likewise */
     QV_OBJ             *odbPrevious;       /**< link in the sort's list of live objects, null if it is in none */

@@ -4,6 +4,8 @@
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort.h"
 
+#include <bit>
+
 namespace
 {
 const qv::RuntimeNames NAMES[] = {
@@ -66,7 +68,11 @@ const char *qv___RuntimeHardwareFriendlyNameCstr( QV_INT hw )
 
 QV_INT qvRuntimeHardware( void )
 {
-#if defined( __x86_64__ )
+#if defined( QV___HARDWARE )
+    static_assert( QV_RUNTIME_HARDWARE_OK( QV___HARDWARE ) );
+    static_assert( ( QV___HARDWARE == QV_RUNTIME_HARDWARE_MIPS ) == ( std::endian::native == std::endian::big ) );
+    return QV___HARDWARE;
+#elif defined( __x86_64__ )
     return QV_RUNTIME_HARDWARE_X64;
 #elif defined( __i386__ )
     return QV_RUNTIME_HARDWARE_X32;
@@ -77,7 +83,7 @@ QV_INT qvRuntimeHardware( void )
 #elif defined( __mips__ ) && defined( __MIPSEB__ )
     return QV_RUNTIME_HARDWARE_MIPS;
 #else
-#error "This hardware has no name: no value is true of its instructions, byte order and calling convention."
+#error "This hardware has no value. MORVANE_HARDWARE names the one that comes closest to it."
 #endif
 }
 

@@ -19,6 +19,10 @@
 #define QV___ATOMIC_FENCE() __atomic_thread_fence( __ATOMIC_SEQ_CST )
 #endif
 
+/** A field of a structure that several threads share: a processor with words of 32 bits reads and writes 64 of them in
+    one step only where they lie at a multiple of 8, which is not where a field of the plain type always lies there. */
+typedef int64_t QV___ATOMIC_INT __attribute__( ( aligned( 8 ) ) );
+
 /** Adds `amount` and returns the new value. A result that does not fit wraps around. */
 static inline int32_t qv___AtomicAdd32( int32_t *value, int32_t amount )
 {

@@ -30,6 +30,15 @@ __m128i withoutSign( const __m128i *from )
     return _mm_or_si128( _mm_and_si128( chars, _mm_set1_epi32( 0x7FFFFFFF ) ), _mm_srli_epi32( chars, 24 ) );
 }
 
+// Also where no register holds it.
+uint64_t lowHalf( __m128i vector )
+{
+    uint64_t low;
+    _mm_storel_epi64( reinterpret_cast< __m128i * >( &low ), vector );
+
+    return low;
+}
+
 // Narrows 64 characters to bytes. The bits of the result tell which of them are no ASCII; their bytes mean nothing.
 uint64_t narrow( const QV_CHAR *in, uint8_t *bytes )
 {
@@ -134,8 +143,8 @@ uint8_t *putBlock( const QV_CHAR *in, uint8_t *out )
     for( int half = 0; half < 2; half++ )
     {
         // Shifting words out of a general register is cheaper than extracting each from the vector.
-        uint64_t form = static_cast< uint64_t >( _mm_cvtsi128_si64( forms ) );
-        uint64_t end  = static_cast< uint64_t >( _mm_cvtsi128_si64( ends ) );
+        uint64_t form = lowHalf( forms );
+        uint64_t end  = lowHalf( ends );
 
         for( int i = 0; i < BLOCK / 2; i++ )
         {
