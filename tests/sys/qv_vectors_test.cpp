@@ -4,7 +4,9 @@
 #include "qv/sys/qv_vectors_private.h"
 #include "qv/unicode/qv_unicode_db_private.h"
 
+#include <bit>
 #include <random>
+#include <tuple>
 
 using qv::Ref;
 using namespace qv::test;
@@ -209,4 +211,40 @@ TEST( Vectors, CasesAreThoseOfEachCharacter )
             }
 
     qv___VectorsForceKernel( -1 );
+}
+
+// Numbers as most are, and with what no kernel takes: many digits, values out of range, other digits, and other characters.
+TEST( Vectors, NumbersAreReadTheSame )
+{
+    std::mt19937 random( 7 );
+
+    const auto digits = [&random]( std::u32string &chars, size_t most )
+    {
+        for( size_t count = random() % ( most + 1 ); count > 0; count-- )
+            chars += random() % 300 ? U'0' + random() % 10 : U"\u0663/:a x\xFF11"[random() % 7];
+    };
+
+    const auto read = []( Ref< QV_STRING > chars )
+    {
+        QV_INT  length = qvStringLength( chars ), integer = 1, ends[2] = {};
+        QV_REAL real      = 1;
+        QV_BOOL isInteger = qvFormatTryDecodeInt( chars, 0, length, 10, &integer, &ends[0] );
+        QV_BOOL isReal    = qvFormatTryDecodeReal( chars, 0, length, 10, &real, &ends[1] );
+
+        return std::tuple( isInteger, integer, ends[0], isReal, std::bit_cast< uint64_t >( real ), ends[1] );
+    };
+
+    for( int round = 0; round < 20000 && !HasFailure(); round++ )
+    {
+        std::u32string chars( random() % 2, U'-' );
+        digits( chars, random() % 2 ? 21 : 9 );
+        chars += random() % 2 ? U"" : random() % 4 ? U"." : U",";
+        digits( chars, chars.size() < 12 ? 27 : 3 );
+        chars = random() % 8 ? chars : random() % 2 ? U"-922337203685477580" + chars.substr( 0, 2 ) : U" " + chars;
+
+        qv___VectorsForceKernel( PLAIN );
+        const auto plain = read( text( chars ) );
+        qv___VectorsForceKernel( -1 );
+        EXPECT_TRUE( plain == read( text( chars ) ) ) << utf8( text( chars ) );
+    }
 }

@@ -33,6 +33,40 @@ QV___KERNEL_64 inline __m512i bitAt( __m512i place )
 {
     return _mm512_sllv_epi32( repeat16( 1 ), _mm512_and_si512( place, repeat16( 7 ) ) );
 }
+
+// The lowest bytes of the 32 lanes in two vectors, as places in both of them.
+struct Lanes
+{
+    constexpr Lanes()
+    {
+        for( int i = 0; i < 32; i++ )
+            places[i] = static_cast< uint8_t >( 4 * i );
+    }
+
+    alignas( 64 ) uint8_t places[64] = {};
+};
+
+constexpr Lanes LANES;
+
+// The number that 1 to 19 digits make, of which the vectors have the values.
+QV___KERNEL_64 inline uint64_t numberOf( __m512i low, __m512i high, QV_INT digits )
+{
+    // As bytes, the last digit in the highest place and zeros before the first.
+    __m512i place =
+        _mm512_add_epi8( _mm512_load_si512( LANES.places ), _mm512_set1_epi8( static_cast< char >( 4 * digits ) ) );
+    __m256i bytes = _mm512_castsi512_si256(
+        _mm512_maskz_permutex2var_epi8( UINT64_C( 0xFFFFFFFF ) << ( 32 - digits ), low, place, high ) );
+
+    // Neighbours together to numbers of two digits, of four and of eight, of which the last three count.
+    __m256i two   = _mm256_maddubs_epi16( bytes, _mm256_set1_epi16( 1 << 8 | 10 ) );
+    __m256i four  = _mm256_madd_epi16( two, _mm256_set1_epi32( 1 << 16 | 100 ) );
+    __m256i eight = _mm256_madd_epi16( _mm256_packus_epi32( four, four ), _mm256_set1_epi32( 1 << 16 | 10000 ) );
+
+    uint64_t upper = static_cast< uint64_t >( _mm_cvtsi128_si64( _mm256_castsi256_si128( eight ) ) ) >> 32;
+    uint64_t lower = static_cast< uint64_t >( _mm_cvtsi128_si64( _mm256_extracti128_si256( eight, 1 ) ) );
+
+    return ( upper * 100000000 + ( lower & 0xFFFFFFFF ) ) * 100000000 + ( lower >> 32 );
+}
 } // namespace
 
 QV___KERNEL_64 QV_INT qv::decodeBytes64(
@@ -139,6 +173,39 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
     return i;
 }
 
+QV___KERNEL_64 bool qv::takePlainInt64( const QV_CHAR *chs, QV_INT count, QV_INT *value )
+{
+    uint64_t minus = count > 0 && *chs == U'-';
+    chs += minus;
+    count -= static_cast< QV_INT >( minus );
+
+    if( count < 1 || count > 19 )
+        return false;
+
+    uint64_t  all   = lowest( count );
+    __mmask16 first = static_cast< __mmask16 >( all ), second = static_cast< __mmask16 >( all >> 16 );
+    __m512i   low   = _mm512_sub_epi32( _mm512_maskz_loadu_epi32( first, chs ), repeat16( U'0' ) );
+    __m512i   high  = _mm512_sub_epi32( _mm512_maskz_loadu_epi32( second, chs + 16 ), repeat16( U'0' ) );
+    __mmask16 other = _mm512_mask_cmpgt_epu32_mask( first, low, repeat16( 9 ) )
+                      | _mm512_mask_cmpgt_epu32_mask( second, high, repeat16( 9 ) );
+    uint64_t number = numberOf( low, high, count );
+
+    *value = static_cast< QV_INT >( ( number ^ -minus ) + minus );
+
+    return other == 0 && number <= static_cast< uint64_t >( QV_INT_MAX ) + minus;
+}
+
+QV___KERNEL_64 QV_INT qv::takeDigits64( const QV_CHAR *chs, QV_INT count, uint64_t *value )
+{
+    __mmask16 first  = static_cast< __mmask16 >( lowest( count < 15 ? count : 15 ) );
+    __m512i   low    = _mm512_sub_epi32( _mm512_maskz_loadu_epi32( first, chs ), repeat16( U'0' ) );
+    QV_INT    digits = __builtin_ctz( _mm512_cmpgt_epu32_mask( low, repeat16( 9 ) ) );
+
+    *value = numberOf( low, low, digits );
+
+    return digits;
+}
+
 QV___KERNEL_64 QV_INT qv::findLineEnd64( const QV_CHAR *chs, QV_INT offset, QV_INT length )
 {
     for( ; offset < length; offset += 16 )
@@ -160,6 +227,16 @@ QV___KERNEL_64 QV_INT qv::findLineEnd64( const QV_CHAR *chs, QV_INT offset, QV_I
 }
 
 #else
+
+bool qv::takePlainInt64( const QV_CHAR *, QV_INT, QV_INT * )
+{
+    return false;
+}
+
+QV_INT qv::takeDigits64( const QV_CHAR *, QV_INT, uint64_t * )
+{
+    return 0;
+}
 
 QV_INT qv::findLineEnd64( const QV_CHAR *, QV_INT, QV_INT length )
 {

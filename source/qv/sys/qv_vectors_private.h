@@ -526,6 +526,14 @@ inline QV_INT widenOutside( const uint8_t *bytes, QV_INT count, uint8_t first, i
 QV_INT orderedGroups64(
     const QV_CHAR *chs, QV_INT count, const uint8_t *inert, const uint8_t *classes, uint32_t *last );
 
+/** Reads an integer of 1 to 19 digits from U'0' to U'9' and nothing else but a minus sign before them, with the vectors of
+    64 bytes. False if it is something else or out of range, and without them. */
+bool takePlainInt64( const QV_CHAR *chs, QV_INT count, QV_INT *value );
+
+/** The number that the digits from U'0' to U'9' make that an array begins with, of 15 at most; returns how many those are.
+    With the vectors of 64 bytes, which are there. */
+QV_INT takeDigits64( const QV_CHAR *chs, QV_INT count, uint64_t *value );
+
 /* Finding -------------------------------------------------------------------------------------------------------- */
 
 /** The index of the last `ch` among `count` characters, or -1. */
