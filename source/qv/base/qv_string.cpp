@@ -573,7 +573,8 @@ void normalize( QV_STRING **qvs, QV_INT normalForm )
     QV_CHECK( qvs );
     QV_CHECK( *qvs );
 
-    qv::assign( qvs, qv::normalize( *qvs, normalForm ) );
+    if( QV_STRING *changed = qv::normalize( *qvs, normalForm ) )
+        qv::assign( qvs, changed );
 }
 } // namespace
 

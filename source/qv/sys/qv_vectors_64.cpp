@@ -114,7 +114,7 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
     bool    isAscii = true;
     QV_INT  i       = 0;
 
-    for( ; i + 16 <= count; i += 16 )
+    for( ; i < count; i += 16 )
     {
         for( ; isAscii && i + 64 + 16 <= count; i += 64 )
         {
@@ -128,13 +128,26 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
             before = zero;
         }
 
-        // The bits of the blocks of 32 characters: their bytes by the upper 8 bits, their places by the next 3.
-        __m512i   in    = _mm512_loadu_si512( chs + i );
+        // The bits of the blocks of 32 characters: their bytes by the upper 8 bits, their places by the next 3. Characters
+        // that are not there any more count as U+0000, which is inert.
+        __m512i   in    = count - i >= 16
+                              ? _mm512_loadu_si512( chs + i )
+                              : _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( lowest( count - i ) ), chs + i );
         __m512i   bytes = lookUp( blocks, _mm512_srli_epi32( in, 8 ) );
         __mmask16 known = _mm512_cmplt_epu32_mask( in, repeat16( 0x10000 ) );
         __mmask16 stay  = _mm512_mask_test_epi32_mask( known, bytes, bitAt( _mm512_srli_epi32( in, 5 ) ) );
 
         isAscii = _mm512_test_epi32_mask( in, ascii ) == 0;
+
+        // The next 0x10000 characters by the same upper 8 bits, modulo 256.
+        if( known != 0xFFFF )
+        {
+            __mmask16 next =
+                _mm512_mask_cmplt_epu32_mask( static_cast< __mmask16 >( ~known ), in, repeat16( 0x20000 ) );
+            stay |= _mm512_mask_test_epi32_mask(
+                next, lookUp( tableOf( inert + 512 ), _mm512_srli_epi32( in, 8 ) ),
+                bitAt( _mm512_srli_epi32( in, 5 ) ) );
+        }
 
         if( stay == 0xFFFF )
         {
@@ -170,7 +183,7 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
     if( i > 0 )
         *last = static_cast< uint32_t >( _mm_extract_epi32( _mm512_extracti32x4_epi32( before, 3 ), 3 ) );
 
-    return i;
+    return i < count ? i : count;
 }
 
 QV___KERNEL_64 bool qv::takePlainInt64( const QV_CHAR *chs, QV_INT count, QV_INT *value )

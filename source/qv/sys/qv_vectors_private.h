@@ -517,12 +517,13 @@ inline QV_INT widenOutside( const uint8_t *bytes, QV_INT count, uint8_t first, i
     return i;
 }
 
-/** How many characters in whole groups of 16 an array begins with that are inert or marks in order, with the vectors of
-    64 bytes; without them it returns 0. In each group one character is inert at least. `inert` has 256 bytes with a bit
-    for each 32 characters below 0x10000, set if all of them are inert, and as many with one for each character below
-    0x800. `classes` has for the characters from 0x300 up to 0x380 and for those from 0x580 up to 0x600 the class, 0 for
-    an inert one, or 255 for one that ends the run. `last` is the class of the character before, or 0, and becomes that
-    of the last one of the groups. */
+/** How many characters in groups of 16, of which the last one may be shorter if it ends the array, an array begins with that
+    are inert or marks in order, with the vectors of 64 bytes; without them it returns 0. In each whole group one character
+    is inert at least. `inert` has 256 bytes with a bit for each 32 characters below 0x10000, set if all of them are inert,
+    as many with one for each character below 0x800, and as many for each 32 from 0x10000 to 0x1FFFF. `classes` has for the
+    characters from 0x300 up to 0x380 and for those from 0x580 up to 0x600 the class, 0 for an inert one, or 255 for one that
+    ends the run. `last` is the class of the character before, or 0, and becomes that of the last one of the groups if the
+    array goes on. */
 QV_INT orderedGroups64(
     const QV_CHAR *chs, QV_INT count, const uint8_t *inert, const uint8_t *classes, uint32_t *last );
 
