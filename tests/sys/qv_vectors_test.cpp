@@ -187,7 +187,7 @@ TEST( Vectors, CasesAreThoseOfEachCharacter )
         { qvStringToLower, qv___UnicodeLowerCaseDbLookup },
         { qvStringToCaseFold, qv___UnicodeCaseFoldDbLookup } };
 
-    for( QV_INT kernel : { PLAIN, VECTORS_32 } )
+    for( QV_INT kernel : { PLAIN, VECTORS_32, VECTORS_64 } )
         for( const auto &[change, lookUp] : CASES )
             for( char32_t first = 0; first < 0x110000 && !HasFailure(); first += 0x800 )
             {

@@ -186,6 +186,101 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
     return i < count ? i : count;
 }
 
+namespace
+{
+// A block of 128 distances of 16 bits, and the number that the characters of the block have above their lowest 7 bits.
+struct CaseBlock
+{
+    __m512i number;
+    __m512i quarters[4];
+};
+
+QV___KERNEL_64 inline CaseBlock caseBlockOf( const qv::CaseTables &tables, QV_CHAR ch )
+{
+    const uint16_t *row = tables.distances + tables.blocks[ch >> 7] * 128;
+
+    return {
+        repeat16( ch >> 7 ),
+        { _mm512_loadu_si512( row ), _mm512_loadu_si512( row + 32 ), _mm512_loadu_si512( row + 64 ),
+          _mm512_loadu_si512( row + 96 ) } };
+}
+
+// Adds the distances of the characters of a block to those that were found, and leaves the others.
+QV___KERNEL_64 inline __mmask16 takeDistances( const CaseBlock &block, __m512i in, __mmask16 left, __m512i *grow )
+{
+    __mmask16 here  = _mm512_mask_cmpeq_epi32_mask( left, _mm512_srli_epi32( in, 7 ), block.number );
+    __mmask16 upper = _mm512_mask_test_epi32_mask( here, in, repeat16( 64 ) );
+    __m512i   low   = _mm512_permutex2var_epi16( block.quarters[0], in, block.quarters[1] );
+    __m512i   high  = _mm512_permutex2var_epi16( block.quarters[2], in, block.quarters[3] );
+
+    *grow = _mm512_mask_mov_epi32( _mm512_mask_mov_epi32( *grow, here, low ), upper, high );
+
+    return static_cast< __mmask16 >( left & ~here );
+}
+} // namespace
+
+QV___KERNEL_64 QV_INT qv::mapCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to )
+{
+    const __mmask32 LOWER = 0x55555555; // the lower halves of all lanes
+
+    // The blocks of most texts are the last two.
+    CaseBlock last = caseBlockOf( tables, 0x80 ), before = last;
+
+    for( QV_INT i = 0; i < count; i += 16 )
+    {
+        QV_INT    size  = count - i < 16 ? count - i : 16;
+        __mmask16 there = static_cast< __mmask16 >( lowest( size ) );
+        __m512i   in    = size == 16 ? _mm512_loadu_si512( chs + i ) : _mm512_maskz_loadu_epi32( there, chs + i );
+
+        __mmask16 letters =
+            _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( tables.asciiFirst ) ), repeat16( 26 ) );
+        __m512i   mapped = _mm512_mask_xor_epi32( in, letters, in, repeat16( 0x20 ) );
+        __mmask16 left   = _mm512_mask_test_epi32_mask( there, in, repeat16( ~0x7Fu ) );
+
+        if( left == 0 )
+        {
+            store16( to + i, mapped, size );
+            continue;
+        }
+
+        for( Range range : tables.caseless )
+            left = _mm512_mask_cmpge_epu32_mask(
+                left, _mm512_sub_epi32( in, repeat16( range.first ) ), repeat16( range.end - range.first ) );
+
+        if( left == 0 )
+        {
+            store16( to + i, mapped, size );
+            continue;
+        }
+
+        __m512i grow = _mm512_setzero_si512();
+        left         = takeDistances( last, in, left, &grow );
+        left         = takeDistances( before, in, left, &grow );
+
+        while( __builtin_expect( left, 0 ) )
+        {
+            before = last;
+            last   = caseBlockOf( tables, chs[i + __builtin_ctz( left )] );
+            left   = takeDistances( last, in, left, &grow );
+        }
+
+        __mmask32 longer =
+            _mm512_mask_cmpeq_epi16_mask( LOWER, grow, _mm512_set1_epi16( static_cast< short >( tables.none ) ) );
+        mapped = _mm512_mask_add_epi16( mapped, LOWER, mapped, grow );
+
+        if( longer )
+        {
+            size = __builtin_ctz( longer ) / 2;
+            store16( to + i, mapped, size );
+            return i + size;
+        }
+
+        store16( to + i, mapped, size );
+    }
+
+    return count;
+}
+
 QV___KERNEL_64 bool qv::takePlainInt64( const QV_CHAR *chs, QV_INT count, QV_INT *value )
 {
     uint64_t minus = count > 0 && *chs == U'-';
@@ -240,6 +335,11 @@ QV___KERNEL_64 QV_INT qv::findLineEnd64( const QV_CHAR *chs, QV_INT offset, QV_I
 }
 
 #else
+
+QV_INT qv::mapCase64( const CaseTables &, const QV_CHAR *, QV_INT, QV_CHAR * )
+{
+    return 0;
+}
 
 bool qv::takePlainInt64( const QV_CHAR *, QV_INT, QV_INT * )
 {

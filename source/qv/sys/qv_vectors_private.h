@@ -429,6 +429,22 @@ inline bool addToEight( const QV_CHAR *chs, ValueOf valueOf, uint16_t none, QV_C
     return true;
 }
 
+/** How characters map to single ones, by tables of 2^7 values: the number of the block of each 128 characters, and the
+    blocks with what the lowest 16 bits of a character grow by, or `none`. ASCII letters from `asciiFirst` on get the other
+    case, other ASCII stays, and so do characters in the ranges: the tables tell the same. */
+struct CaseTables
+{
+    const uint8_t  *blocks;
+    const uint16_t *distances;
+    uint16_t        none;
+    QV_CHAR         asciiFirst;
+    vectors::Range  caseless[3];
+};
+
+/** Maps characters, which are below 0x110000, up to the first without a distance; returns how many. With the vectors of 64
+    bytes; without them it returns 0. */
+QV_INT mapCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
+
 /** Makes a number of eight characters below 0x110000 that orders as they do: each plus 1 as a byte, the first one most
     significant. False if one of them is above `highest`, which is at most 0xFD. */
 inline bool digestEight( const QV_CHAR *chs, uint8_t highest, uint64_t *number )
