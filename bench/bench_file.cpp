@@ -128,6 +128,14 @@ void addWhole( size_t size, const char *input )
               show( std::string_view( bytes, length ) );
               g_free( bytes );
           } } );
+    writing.peers.push_back(
+        { "GLib", [target, content, showTarget]
+          {
+              g_file_set_contents_full(
+                  target.c_str(), reinterpret_cast< const char * >( qvBufferBacking( content ) ),
+                  gssize( qvBufferLength( content ) ), G_FILE_SET_CONTENTS_NONE, 0666, nullptr );
+              showTarget();
+          } } );
 #endif
 #ifdef BENCH_QT
     reading.peers.push_back(

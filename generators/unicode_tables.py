@@ -324,14 +324,16 @@ namespace qv::unicode
     out.table( "uint8_t", "nfkc", data.quick[True], "Quick check of NFKC: class, or a closer look" )
 
     # What vectors check of each form: a bit for each 32 characters that are all 0 to the tables above, below U+0800 one
-    # for each character; and for two blocks with marks the classes, or a closer look.
+    # for each character, and again one for each 32 from U+10000 to U+1FFFF; and for two blocks with marks the classes, or
+    # a closer look.
     bits, marks = [], []
     for quick in (
         data.quick[False], data.quick[True],
         *( { **data.combining, **{ ch: LOOK_CLOSER for ch in ( *data.special, *data.full[compatible] ) } }
            for compatible in ( False, True ) ) ):
-        for step, end in ( ( 32, 0x10000 ), ( 1, 0x800 ) ):
-            inert = [ not any( quick.get( ch, 0 ) for ch in range( at, at + step ) ) for at in range( 0, end, step ) ]
+        for step, first, end in ( ( 32, 0, 0x10000 ), ( 1, 0, 0x800 ), ( 32, 0x10000, 0x20000 ) ):
+            inert = [
+                not any( quick.get( ch, 0 ) for ch in range( at, at + step ) ) for at in range( first, end, step ) ]
             bits.extend( sum( inert[at + k] << k for k in range( 8 ) ) for at in range( 0, len( inert ), 8 ) )
         marks.extend( quick.get( ch, 0 ) for ch in ( *range( 0x300, 0x380 ), *range( 0x580, 0x600 ) ) )
     out.array( "uint8_t", "inertBits", bits, "For each form bits of 32 characters and of single ones that just stay." )

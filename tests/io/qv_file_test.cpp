@@ -25,6 +25,19 @@ namespace fs = std::filesystem;
 
 namespace
 {
+off_t wrongBy; // what the size of every open file is told wrong by
+} // namespace
+
+extern "C" int fstat( int descriptor, struct stat *status ) noexcept
+{
+    int result = fstatat( descriptor, "", status, AT_EMPTY_PATH );
+    status->st_size += wrongBy;
+
+    return result;
+}
+
+namespace
+{
 // Of a file in the scratch folder, all of whose names begin with characters of several bytes each.
 Ref< QV_STRING > name( const std::string &rest )
 {
@@ -357,4 +370,36 @@ TEST( File, BrokenArgumentsAreReported )
     EXPECT_BROKEN( qvFileOpenCharSink( name( "x" ), 51, 0 ), "QV_CHARSET_OK( charset )" );
     EXPECT_BROKEN( qvFileOpenLineSource( name( "missing" ), 51, 0, 0 ), "QV_CHARSET_OK( charset )" );
     EXPECT_EQ( "old", contentOf( "ä\u4e2dx" ) );
+}
+
+TEST( File, AWholeFileDeclaresWhatItsPiecesWould )
+{
+    for( QV_INT length : { 1, 160, 161, 1024, 1184, 1185, 16383, 16384, 16385, 40960, 41000, 300000 } )
+    {
+        const std::string all = pattern( static_cast< size_t >( length ) );
+        Ref< QV_BUFFER >  pieces( qvBufferCreate() );
+        write( "ä\u4e2dpieces", all );
+
+        for( size_t at = 0; at < all.size(); at += 1024 )
+            qvBufferAppend( pieces.at(), buffer( all.substr( at, 1024 ) ) );
+
+        // A file that grows while it is read, one as it says, and those that become shorter.
+        for( off_t wrong : { -20000, 0, 20, 1 << 20 } )
+        {
+            wrongBy = wrong;
+            Ref< QV_BUFFER > whole( qvFileReadBuffer( name( "pieces" ), -1 ) );
+            wrongBy = 0;
+            EXPECT_EQ( all, bytes( whole ) ) << length << ' ' << wrong;
+            EXPECT_TRUE( wrong < 0 || allocated( pieces.get() ) == allocated( whole.get() ) ) << length << ' ' << wrong;
+        }
+
+        // Nothing is read past a limit, and what a Buffer holds stays.
+        Ref< QV_BYTE_SOURCE > source( qvFileOpenByteSource( name( "pieces" ) ) );
+        Ref< QV_BUFFER >      halves( qvBufferCreate() );
+        QV_INT                half = ( length + 1 ) / 2;
+        EXPECT_EQ( half, qvByteSourceRead( source, halves.at(), half ) );
+        EXPECT_EQ( half, qvBufferLength( halves ) );
+        EXPECT_EQ( length - half, qvByteSourceRead( source, halves.at(), -1 ) );
+        EXPECT_EQ( all, bytes( halves ) );
+    }
 }

@@ -12,6 +12,7 @@
 
 #include <dlfcn.h>
 #include <malloc.h>
+#include <stdarg.h>
 #include <sys/utsname.h>
 
 using qv::Ref;
@@ -47,10 +48,15 @@ extern "C" int uname( utsname *system ) noexcept
     return hasUname ? real< int ( * )( utsname * ) >( "uname" )( system ) : -1;
 }
 
-extern "C" FILE *fopen( const char *name, const char *mode )
+extern "C" int open( const char *name, int flags, ... )
 {
+    va_list arguments;
+    va_start( arguments, flags );
+    const unsigned mode = va_arg( arguments, unsigned ); // without a meaning where no file is made
+    va_end( arguments );
+
     const char *file = strcmp( name, "/proc/cpuinfo" ) == 0 ? cpuFile.c_str() : name;
-    return real< FILE *(*)( const char *, const char * ) >( "fopen" )( file, mode );
+    return real< int ( * )( const char *, int, ... ) >( "open" )( file, flags, mode );
 }
 
 namespace

@@ -4,7 +4,9 @@
 #include "qv/sys/qv_vectors_private.h"
 #include "qv/unicode/qv_unicode_db_private.h"
 
+#include <bit>
 #include <random>
+#include <tuple>
 
 using qv::Ref;
 using namespace qv::test;
@@ -13,12 +15,12 @@ using namespace qv::vectors;
 namespace
 {
 // Characters at the borders of what the kernels tell apart, and some between.
-const char32_t BORDERS[] = { 0,      '\n',   '\v',   '\r',   0x0E,   '%',    '@',    'A',     'Z',     '[',
-                             '`',    'a',    'z',    '{',    0x7F,   0x80,   0x85,   0xA0,    0xBF,    0xC0,
-                             0xDF,   0xE9,   0xEC,   0xED,   0xEE,   0xFE,   0xFF,   0x100,   0x130,   0x2FF,
-                             0x300,  0x300,  0x316,  0x327,  0x344,  0x37F,  0x3FF,  0x400,   0x482,   0x483,
-                             0x5B0,  0x5C1,  0x5D0,  0x7FF,  0x800,  0x1EBF, 0x2001, 0x2002,  0x2027,  0x2028,
-                             0x2029, 0x202A, 0x20CF, 0x20D0, 0xAC00, 0xD800, 0xFFFF, 0x10000, 0x10FFFF };
+const char32_t BORDERS[] = {
+    0,      '\n',   '\v',   '\r',   0x0E,   '%',     '@',     'A',     'Z',     '[',     '`',     'a',     'z',
+    '{',    0x7F,   0x80,   0x85,   0xA0,   0xBF,    0xC0,    0xDF,    0xE9,    0xEC,    0xED,    0xEE,    0xFE,
+    0xFF,   0x100,  0x130,  0x2FF,  0x300,  0x300,   0x316,   0x327,   0x344,   0x37F,   0x3FF,   0x400,   0x482,
+    0x483,  0x5B0,  0x5C1,  0x5D0,  0x7FF,  0x800,   0x1EBF,  0x2001,  0x2002,  0x2027,  0x2028,  0x2029,  0x202A,
+    0x20CF, 0x20D0, 0xAC00, 0xD800, 0xFFFF, 0x10000, 0x110BA, 0x1D15E, 0x1D165, 0x1F600, 0x20000, 0x2F800, 0x10FFFF };
 
 // Mostly ASCII, so that whole groups of it come up and single other characters stand anywhere in them.
 std::u32string anyText( std::mt19937 &random )
@@ -185,7 +187,7 @@ TEST( Vectors, CasesAreThoseOfEachCharacter )
         { qvStringToLower, qv___UnicodeLowerCaseDbLookup },
         { qvStringToCaseFold, qv___UnicodeCaseFoldDbLookup } };
 
-    for( QV_INT kernel : { PLAIN, VECTORS_32 } )
+    for( QV_INT kernel : { PLAIN, VECTORS_32, VECTORS_64 } )
         for( const auto &[change, lookUp] : CASES )
             for( char32_t first = 0; first < 0x110000 && !HasFailure(); first += 0x800 )
             {
@@ -209,4 +211,40 @@ TEST( Vectors, CasesAreThoseOfEachCharacter )
             }
 
     qv___VectorsForceKernel( -1 );
+}
+
+// Numbers as most are, and with what no kernel takes: many digits, values out of range, other digits, and other characters.
+TEST( Vectors, NumbersAreReadTheSame )
+{
+    std::mt19937 random( 7 );
+
+    const auto digits = [&random]( std::u32string &chars, size_t most )
+    {
+        for( size_t count = random() % ( most + 1 ); count > 0; count-- )
+            chars += random() % 300 ? U'0' + random() % 10 : U"\u0663/:a x\xFF11"[random() % 7];
+    };
+
+    const auto read = []( Ref< QV_STRING > chars )
+    {
+        QV_INT  length = qvStringLength( chars ), integer = 1, ends[2] = {};
+        QV_REAL real      = 1;
+        QV_BOOL isInteger = qvFormatTryDecodeInt( chars, 0, length, 10, &integer, &ends[0] );
+        QV_BOOL isReal    = qvFormatTryDecodeReal( chars, 0, length, 10, &real, &ends[1] );
+
+        return std::tuple( isInteger, integer, ends[0], isReal, std::bit_cast< uint64_t >( real ), ends[1] );
+    };
+
+    for( int round = 0; round < 20000 && !HasFailure(); round++ )
+    {
+        std::u32string chars( random() % 2, U'-' );
+        digits( chars, random() % 2 ? 21 : 9 );
+        chars += random() % 2 ? U"" : random() % 4 ? U"." : U",";
+        digits( chars, chars.size() < 12 ? 27 : 3 );
+        chars = random() % 8 ? chars : random() % 2 ? U"-922337203685477580" + chars.substr( 0, 2 ) : U" " + chars;
+
+        qv___VectorsForceKernel( PLAIN );
+        const auto plain = read( text( chars ) );
+        qv___VectorsForceKernel( -1 );
+        EXPECT_TRUE( plain == read( text( chars ) ) ) << utf8( text( chars ) );
+    }
 }

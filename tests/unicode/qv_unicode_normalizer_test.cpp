@@ -157,3 +157,33 @@ TEST( UnicodeNormalizer, StringsChangeOnlyWhereTheyAreNotNormal )
         EXPECT_EQ( same.get(), qvs.get() );
     }
 }
+
+// Texts of 32 characters at most are normalized on the stack; the longest decomposition has 18 characters.
+TEST( UnicodeNormalizer, ShortTextsAreTheSameAsLongOnes )
+{
+    for( const std::u32string &each :
+         { std::u32string( U"\uFDFA" ), std::u32string( U"e\u0301\u0323" ), std::u32string( U"\U0001D15E\U0001F600" ),
+           std::u32string( 1, char32_t( 0xD800 ) ), std::u32string( U"\u0301\uAC01" ) } )
+        for( QV_INT form : FORMS )
+            for( size_t count : { 1, 10, 16, 17, 31, 32, 33 } )
+            {
+                std::u32string whole;
+
+                while( whole.size() < count )
+                    whole += each;
+
+                Normalizer normalizer( form );
+                normalizer.write( whole );
+
+                Ref< QV_STRING > qvs = text( whole );
+                ( form == NFC    ? qvStringNormalizeNFC
+                  : form == NFKC ? qvStringNormalizeNFKC
+                  : form == NFD  ? qvStringNormalizeNFD
+                                 : qvStringNormalizeNFKD )( qvs.at() );
+                EXPECT_EQ( normalizer.finish(), std::u32string( chars( qvs ) ) ) << form << ' ' << count;
+
+                QV_INT length = qvStringLength( qvs );
+                bool   isNew  = std::u32string( chars( qvs ) ) != whole && length > 0;
+                EXPECT_TRUE( !isNew || allocated( qvs.get() ) == ( length + 64 ) * QV_INT( sizeof( QV_CHAR ) ) );
+            }
+}

@@ -5,6 +5,7 @@
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_component_private.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_mem.h"
 #include "qv/sys/qv_order_private.h"
 
@@ -121,6 +122,18 @@ QV_BUFFER *qv::createBuffer()
     buf->ref = nullptr;
 
     return buf;
+}
+
+void qv::useBufferBlock( QV_BUFFER **buf, uint8_t *block, QV_INT byteCount, QV_INT piece )
+{
+    QV_ASSERT( !( *buf )->memory && !( *buf )->ref && byteCount > 0 && piece * 8 > QV_BUFFER_BSPACE );
+    makeWritable( buf );
+
+    // A piece that doesn't fit grows the block, so that as much is free then as in a new one; the last one may fit.
+    QV_INT last = ( byteCount - 1 ) % piece + 1;
+    QV_INT back = byteCount > piece && last * 8 <= QV_BUFFER_BSPACE ? QV_BUFFER_BSPACE - last * 8 : QV_BUFFER_BSPACE;
+
+    ( *buf )->adoptBlock( block, byteCount * 8, { QV_BUFFER_FSPACE, back } );
 }
 
 /* Room ----------------------------------------------------------------------------------------------------------- */

@@ -62,6 +62,18 @@ namespace qv
 /** A Buffer without a block. */
 QV_BUFFER *createBuffer();
 
+/** Bytes of a block for useBufferBlock(): contents, which start after QV_BUFFER_FSPACE bits, and what it may declare free
+    around them. */
+inline QV_INT bufferBlockSize( QV_INT byteCount )
+{
+    return ( QV_BUFFER_FSPACE + QV_BUFFER_BSPACE ) / 8 + byteCount;
+}
+
+/** Takes over a block from qvMemAlloc() with `byteCount` bytes, above 0, as the contents of a Buffer that has neither a
+    block nor foreign memory. Declares what appending them in pieces of `piece` bytes would, each but the last larger than
+    what is free in a new block. */
+void useBufferBlock( QV_BUFFER **buf, uint8_t *block, QV_INT byteCount, QV_INT piece );
+
 /** The first byte of the contents; null for a Buffer without a block. */
 inline uint8_t *bytes( QV_BUFFER *buf )
 {

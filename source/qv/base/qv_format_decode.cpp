@@ -5,10 +5,12 @@
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_cpu_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_real.h"
 #include "qv/sys/qv_real_private.h"
+#include "qv/sys/qv_vectors_private.h"
 #include "qv/unicode/qv_unicode_properties.h"
 
 #include <algorithm>
@@ -247,10 +249,75 @@ inline __attribute__( ( always_inline ) ) QV_BOOL decodeRealBody( Reader &in, QV
     return found;
 }
 
+// What the places after the point are worth in base 10, as decodeRealBody() makes them: by dividing again and again.
+constexpr std::array< QV_REAL, 24 > makeDecimalUnits()
+{
+    std::array< QV_REAL, 24 > units{};
+    QV_REAL                   unit = 1.0;
+
+    for( QV_REAL &slot : units )
+        slot = unit /= 10.0;
+
+    return units;
+}
+
+constexpr std::array< QV_REAL, 24 > DECIMAL_UNITS = makeDecimalUnits();
+
+// Reads what most reals are, in base 10: up to 14 digits, which a real holds exactly, a point and further digits, and
+// nothing else but a minus sign before them. False if it is something else.
+template< bool machine >
+inline __attribute__( ( always_inline ) ) bool takePlainReal( Reader &in, QV_REAL *value )
+{
+    const QV_INT   MOST_EXACT = 14;
+    bool           negative   = !in.ended() && *in.at == U'-';
+    const QV_CHAR *at         = in.at + negative;
+    uint64_t       whole;
+
+    if( at == in.end || !qv::vectors::has64() )
+        return false;
+
+    QV_INT digits = qv::takeDigits64( at, in.end - at, &whole );
+    at += digits;
+
+    if( digits == 0 || digits > MOST_EXACT || in.end - at > 1 + QV_INT( DECIMAL_UNITS.size() )
+        || ( at < in.end && *at != U'.' && *at != U',' ) )
+        return false;
+
+    const QV_REAL sign   = negative ? -1.0 : 1.0;
+    QV_REAL       result = sign * static_cast< QV_REAL >( whole ) + 0.0;
+
+    if( at < in.end )
+        at++;
+
+    for( const QV_REAL *unit = DECIMAL_UNITS.data(); at < in.end; at++, unit++ )
+    {
+        QV_CHAR digit = *at - U'0';
+
+        if( digit > 9 )
+            return false;
+
+        result = multiplyAdd< machine >( sign * static_cast< QV_REAL >( static_cast< int >( digit ) ), *unit, result );
+    }
+
+    QV_ASSERT(
+        [&]( Reader general, QV_REAL other )
+        { return decodeRealBody< machine >( general, 10, &other ) && general.ended() && other == result; }( in, 0.0 ) );
+    in.at  = in.end;
+    *value = result;
+
+    return true;
+}
+
+template< bool machine >
+inline __attribute__( ( always_inline ) ) QV_BOOL decodeAnyReal( Reader &in, QV_INT base, QV_REAL *value )
+{
+    return base == 10 && takePlainReal< machine >( in, value ) ? QV_TRUE : decodeRealBody< machine >( in, base, value );
+}
+
 #ifdef QV___CPU_FEATURES
 __attribute__( ( target( "fma" ) ) ) QV_BOOL decodeRealFma( Reader &in, QV_INT base, QV_REAL *value )
 {
-    return decodeRealBody< true >( in, base, value );
+    return decodeAnyReal< true >( in, base, value );
 }
 #endif
 
@@ -261,7 +328,7 @@ QV_BOOL decodeReal( Reader &in, QV_INT base, QV_REAL *value )
         return decodeRealFma( in, base, value );
 #endif
 
-    return decodeRealBody< false >( in, base, value );
+    return decodeAnyReal< false >( in, base, value );
 }
 
 QV_BOOL decodeBool( Reader &in, QV_BOOL allowNumeric, QV_BOOL *value )
@@ -322,6 +389,34 @@ QV_BOOL decodeChars( const QV_CHAR *src, QV_INT srcLength, T *value, QV_INT *con
 
     return found;
 }
+
+__attribute__( ( noinline ) ) QV_BOOL decodeIntChars(
+    const QV_CHAR *src, QV_INT srcLength, QV_INT base, QV_INT *value, QV_INT *consumed )
+{
+    return decodeChars(
+        src, srcLength, value, consumed,
+        [base]( Reader &in, QV_INT *result ) { return decodeInt( in, base, result ); } );
+}
+
+// Reads what most numbers are, by the kernel for them. False if it is something else, which decodeIntChars() reads.
+inline bool takePlainInt( const QV_CHAR *src, QV_INT srcLength, QV_INT base, QV_INT *value, QV_INT *consumed )
+{
+    QV_INT number;
+
+    if( base != 10 || !qv::vectors::has64() || !qv::takePlainInt64( src, srcLength, &number ) )
+        return false;
+
+    QV_ASSERT( [&]( QV_INT other )
+               { return decodeIntChars( src, srcLength, 10, &other, nullptr ) && other == number; }( 0 ) );
+
+    if( value )
+        *value = number;
+
+    if( consumed )
+        *consumed = srcLength;
+
+    return true;
+}
 } // namespace
 
 QV_BOOL
@@ -331,9 +426,9 @@ qvFormatTryDecodeIntChars( const QV_CHAR *src, QV_INT srcLength, QV_INT base, QV
     QV_CHECK( src || srcLength == 0 );
     QV_CHECK( base == -1 || ( base >= 2 && base <= 36 ) );
 
-    return decodeChars(
-        src, srcLength, value, consumed,
-        [base]( Reader &in, QV_INT *result ) { return decodeInt( in, base, result ); } );
+    return takePlainInt( src, srcLength, base, value, consumed )
+               ? QV_TRUE
+               : decodeIntChars( src, srcLength, base, value, consumed );
 }
 
 QV_BOOL
@@ -370,7 +465,7 @@ const QV_CHAR *rangeOf( QV_STRING *src, QV_INT srcOffset, QV_INT srcLength )
     QV_CHECK( srcOffset >= 0 );
     QV_CHECK( srcLength >= 0 );
     QV_CHECK( QV_INT_ADD_OK( srcOffset, srcLength ) );
-    QV_CHECK( srcOffset + srcLength <= qvStringLength( src ) );
+    QV_CHECK_AS( srcOffset + srcLength <= src->length, "srcOffset + srcLength <= qvStringLength( src )" );
 
     return qv::chars( src ) + srcOffset;
 }
@@ -379,7 +474,11 @@ const QV_CHAR *rangeOf( QV_STRING *src, QV_INT srcOffset, QV_INT srcLength )
 QV_BOOL qvFormatTryDecodeInt(
     QV_STRING *src, QV_INT srcOffset, QV_INT srcLength, QV_INT base, QV_INT *value, QV_INT *consumed )
 {
-    return qvFormatTryDecodeIntChars( rangeOf( src, srcOffset, srcLength ), srcLength, base, value, consumed );
+    const QV_CHAR *chs = rangeOf( src, srcOffset, srcLength );
+
+    return takePlainInt( chs, srcLength, base, value, consumed )
+               ? QV_TRUE
+               : qvFormatTryDecodeIntChars( chs, srcLength, base, value, consumed );
 }
 
 QV_BOOL qvFormatTryDecodeReal(

@@ -3,6 +3,7 @@
 #include "qv/base/qv_format.h"
 
 #include "qv/base/qv_format_private.h"
+#include "qv/base/qv_string_create_private.h"
 #include "qv/sys/qv_abort.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
@@ -268,14 +269,16 @@ QV_CHAR *writeFractionOfReal( QV_CHAR *to, QV_REAL value, QV_REAL base, QV_INT c
     return to;
 }
 
+const QV_INT MOST_QUICK = 15; // places that writeDecimalFraction() takes
+
 // The digits that writeFractionOfReal() writes in base 10, in a fraction of the time. Holds for a value from 0 to below
-// 1 and at most 15 places, and for any value without places. Both functions make the same products. The other one
+// 1 and at most MOST_QUICK places, and for any value without places. Both functions make the same products. The other one
 // subtracts from a product what the digits before make of it, divides by 10 and multiplies by 10 again; that does not
 // carry it past an integer, so that each digit is the last one of its product's integer part. The integer part of the
 // last product has all of them.
 QV_CHAR *writeDecimalFraction( QV_CHAR *to, QV_REAL *value, int count )
 {
-    QV_ASSERT( count == 0 || ( *value >= 0.0 && *value < 1.0 && count <= 15 ) );
+    QV_ASSERT( count == 0 || ( *value >= 0.0 && *value < 1.0 && count <= MOST_QUICK ) );
 
     QV_REAL product = *value;
 
@@ -345,7 +348,7 @@ void qv::encodeReal( TextBuilder &text, QV_REAL value, QV_INT base, QV_INT minWi
 
     if( precision != 0 )
     {
-        int quick = decimal ? static_cast< int >( std::min< QV_INT >( precision, 15 ) ) : 0;
+        int quick = decimal ? static_cast< int >( std::min( precision, MOST_QUICK ) ) : 0;
         *to++     = U'.';
         to        = writeDecimalFraction( to, &rest, quick );
         to        = writeFractionOfReal( to, rest, realBase, precision - quick, map );
@@ -361,7 +364,7 @@ QV_STRING *qvFormatEncodeInt( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT
     {
         uint64_t   magnitude = value < 0 ? -static_cast< uint64_t >( value ) : static_cast< uint64_t >( value );
         int        digits    = countDigits( magnitude, 10 );
-        QV_STRING *text      = qv::createString( digits + ( value < 0 ) );
+        QV_STRING *text      = qv::newString( digits + ( value < 0 ), nullptr, 0 );
 
         if( value < 0 )
             *qv::chars( text ) = U'-';
@@ -378,6 +381,30 @@ QV_STRING *qvFormatEncodeInt( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT
 
 QV_STRING *qvFormatEncodeReal( QV_REAL value, QV_INT base, QV_INT minWidth, QV_INT precision, QV_INT flags )
 {
+    // The same of a real that has its digits quickly: a sign, those of an integer, a point and those of a fraction.
+    if( base == 10 && minWidth == 0 && flags == 0 && precision >= 0 && precision <= MOST_QUICK
+        && fabs( value ) < EXACT )
+    {
+        QV_REAL    rest   = fabs( value );
+        uint64_t   whole  = static_cast< uint64_t >( rest );
+        int        digits = countDigits( whole, 10 );
+        QV_INT     sign   = value < 0.0;
+        QV_STRING *text   = qv::newString( sign + digits + ( precision ? 1 + precision : 0 ), nullptr, 0 );
+        QV_CHAR   *to     = qv::chars( text ) + sign + digits;
+
+        qv::chars( text )[0] = U'-';
+        writeDecimal( to, whole, digits );
+
+        if( precision )
+        {
+            rest -= static_cast< QV_REAL >( whole );
+            *to = U'.';
+            writeDecimalFraction( to + 1, &rest, static_cast< int >( precision ) );
+        }
+
+        return text;
+    }
+
     qv::TextBuilder text;
     qv::encodeReal( text, value, base, minWidth, precision, flags );
 

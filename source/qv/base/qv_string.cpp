@@ -330,8 +330,9 @@ void qvStringAppend( QV_STRING **dest, QV_STRING *src )
     QV_STRING *own   = *dest;
     QV_INT     count = src->length;
 
-    // Places that are declared free after some text, of a String that nobody else holds.
-    if( __builtin_expect( own != src && count <= own->bspace && own->length > 0 && !qv::isShared( own ), 1 ) )
+    // Places that are free after some text, of a String that nobody else holds.
+    if( __builtin_expect( own != src && own->length > 0 && !qv::isShared( own ), 1 )
+        && ( count <= own->bspace || own->stretch( count ) ) )
         qv::copyChars( own->takeBack( count ), qv::chars( src ), count );
     else
         qvStringInsertInner( dest, own->length, src, 0, count );
@@ -573,7 +574,8 @@ void normalize( QV_STRING **qvs, QV_INT normalForm )
     QV_CHECK( qvs );
     QV_CHECK( *qvs );
 
-    qv::assign( qvs, qv::normalize( *qvs, normalForm ) );
+    if( QV_STRING *changed = qv::normalize( *qvs, normalForm ) )
+        qv::assign( qvs, changed );
 }
 } // namespace
 

@@ -13,8 +13,9 @@
 #include "qv/io/qv_file.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
-#include "qv/sys/qv_int.h"
+#include "qv/sys/qv_mem.h"
 
+#include <algorithm>
 #include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -27,8 +28,9 @@
 namespace
 {
 const QV_INT PIECE          = 1024;  // bytes that a Buffer grows by
-const QV_INT STAGE          = 16384; // bytes of the array on the stack: what is read in one call of the system
+const QV_INT STAGE          = 16384; // bytes that are read ahead, and of the array on the stack
 const QV_INT READ_AT_ONCE   = 65536;
+const QV_INT MOST_AT_ONCE   = QV_INT( 1 ) << 40; // bytes of a file that go into a block of their own
 const mode_t DIRECTORY_MODE = 0711;
 const size_t MAX_EXECUTABLE = 4096;
 
@@ -44,104 +46,190 @@ public:
     }
 };
 
-FILE *fileOf( QV_OBJ *closure )
+// A file that is read: bytes that were read ahead are stage[at] to stage[end - 1].
+struct InFile
+{
+    int     descriptor;
+    bool    failed; // a call of the system has failed
+    QV_INT  read;   // bytes that the system has delivered
+    QV_INT  at;
+    QV_INT  end;
+    uint8_t stage[STAGE];
+};
+
+InFile *inFileOf( QV_OBJ *closure )
+{
+    return static_cast< InFile * >( qv___BoxedPointerValue( qv___BoxedPointerFrom( closure ) ) );
+}
+
+FILE *outFileOf( QV_OBJ *closure )
 {
     return static_cast< FILE * >( qv___BoxedPointerValue( qv___BoxedPointerFrom( closure ) ) );
 }
 
-// Opens a file as an object that closes it when it is freed. Null if that fails.
-qv::Ref< QV___BOXED_POINTER > openFile( QV_STRING *fn, const char *mode )
+// One call of the system, which a signal does not end. 0 at the end of the data or after a failure.
+QV_INT readOnce( InFile *file, uint8_t *bytes, QV_INT wanted )
 {
-    FILE *fptr = fopen( Name( fn ), mode );
+    ssize_t got;
 
-    if( !fptr )
-        qv::setSystemError( "cannot be opened", errno, fn );
+    do
+        got = read( file->descriptor, bytes, static_cast< size_t >( wanted ) );
+    while( got == -1 && errno == EINTR );
 
-    return qv::Ref< QV___BOXED_POINTER >(
-        fptr ? qv___BoxedPointerCreate( fptr, []( void *value ) { fclose( static_cast< FILE * >( value ) ); } )
-             : nullptr );
+    if( got == -1 )
+    {
+        qv::setSystemError( "cannot be read", errno );
+        file->failed = true;
+        return 0;
+    }
+
+    file->read += got;
+    return got;
 }
 
-// Reads up to `wanted` bytes. Fewer mean the end of the data or an error; a signal does not end the read.
-QV_INT readPiece( FILE *fptr, uint8_t *bytes, QV_INT wanted )
+// Reads up to `wanted` bytes. Fewer mean the end of the data or a failure. What the stage could not hold goes to its
+// place at once.
+QV_INT readPiece( InFile *file, uint8_t *bytes, QV_INT wanted )
 {
     QV_INT got = 0;
 
-    for( ;; )
+    while( got < wanted )
     {
-        errno = 0;
-        got += static_cast< QV_INT >( fread( bytes + got, 1, static_cast< size_t >( wanted - got ), fptr ) );
+        QV_INT left = wanted - got;
+        QV_ASSERT( file->at >= 0 && file->at <= file->end && file->end <= STAGE );
 
-        if( got == wanted || !ferror( fptr ) )
-            return got;
-
-        if( errno != EINTR )
+        if( file->at == file->end && left >= STAGE )
         {
-            qv::setSystemError( "cannot be read", errno );
-            return got;
+            QV_INT more = readOnce( file, bytes + got, left );
+
+            if( more == 0 )
+                break;
+
+            got += more;
+            continue;
         }
 
-        clearerr( fptr );
+        if( file->at == file->end )
+        {
+            file->at  = 0;
+            file->end = readOnce( file, file->stage, STAGE );
+
+            if( file->end == 0 )
+                break;
+        }
+
+        QV_INT ready = std::min( left, file->end - file->at );
+        memcpy( bytes + got, file->stage + file->at, static_cast< size_t >( ready ) );
+        file->at += ready;
+        got += ready;
     }
+
+    return got;
 }
 
-// Reads up to `byteCount` bytes piece by piece and calls `take` with each piece.
-template< class Take >
-QV_BOOL readPieces( FILE *fptr, QV_INT byteCount, QV_INT *bytesRead, Take take )
+// How much of a regular file lies before its end; 0 for another file.
+QV_INT bytesLeft( const InFile *file )
+{
+    struct stat status;
+
+    if( fstat( file->descriptor, &status ) != 0 || !S_ISREG( status.st_mode ) )
+        return 0;
+
+    return std::max< QV_INT >( static_cast< QV_INT >( status.st_size ) - file->read, 0 );
+}
+
+// Makes the first bytes of a file, at least 1, the contents of a Buffer without a block. If they fill the stage, reads
+// the rest too, up to `most` bytes in all, as far as its size is known. Returns how many bytes the Buffer has then.
+QV_INT takeBlock( InFile *file, QV_BUFFER **buf, const uint8_t *first, QV_INT firstCount, QV_INT most )
+{
+    QV_INT left = firstCount == STAGE ? std::min( bytesLeft( file ), most - firstCount ) : 0;
+
+    if( left > MOST_AT_ONCE )
+        left = 0;
+
+    QV_INT   whole = firstCount + left;
+    uint8_t *block = static_cast< uint8_t * >( qvMemAlloc( qv::bufferBlockSize( whole ) ) );
+    uint8_t *bytes = block + QV_BUFFER_FSPACE / 8;
+
+    memcpy( bytes, first, static_cast< size_t >( firstCount ) );
+    QV_INT count = firstCount + readPiece( file, bytes + firstCount, left );
+
+    // The file has become shorter, or its size isn't that of its data.
+    if( count < whole )
+        block = static_cast< uint8_t * >( qvMemRealloc( block, qv::bufferBlockSize( count ) ) );
+
+    qv::useBufferBlock( buf, block, count, PIECE );
+    return count;
+}
+
+QV_BOOL readFile( QV_OBJ *closure, QV_BUFFER **buf, QV_INT byteCount, QV_INT *bytesRead )
 {
     QV_CHECK( byteCount > 0 );
 
+    InFile *file = inFileOf( closure );
     uint8_t bytes[STAGE];
 
-    while( byteCount > 0 )
+    while( *bytesRead < byteCount )
     {
-        QV_INT wanted = qvIntMin( byteCount, STAGE );
-        QV_INT got    = readPiece( fptr, bytes, wanted );
+        QV_INT wanted = std::min( byteCount - *bytesRead, STAGE );
+        QV_INT got    = readPiece( file, bytes, wanted );
 
-        for( QV_INT taken = 0; taken < got; taken += PIECE )
-            take( bytes + taken, qvIntMin( got - taken, PIECE ) );
+        if( got > 0 && !( *buf )->memory && !( *buf )->ref )
+            *bytesRead += takeBlock( file, buf, bytes, got, byteCount - *bytesRead );
+        else
+        {
+            for( QV_INT taken = 0; taken < got; taken += PIECE )
+                qvBufferAppendBytes( buf, bytes + taken, std::min( got - taken, PIECE ) );
 
-        *bytesRead += got;
-        byteCount -= got;
+            *bytesRead += got;
+        }
 
         if( got < wanted )
             break;
     }
 
-    return ferror( fptr ) ? QV_FALSE : QV_TRUE;
-}
-
-QV_BOOL readFile( QV_OBJ *closure, QV_BUFFER **buf, QV_INT byteCount, QV_INT *bytesRead )
-{
-    return readPieces(
-        fileOf( closure ), byteCount, bytesRead,
-        [buf]( const uint8_t *bytes, QV_INT count ) { qvBufferAppendBytes( buf, bytes, count ); } );
+    return file->failed ? QV_FALSE : QV_TRUE;
 }
 
 QV_BOOL readFileBytes( QV_OBJ *closure, uint8_t *bytes, QV_INT byteCount, QV_INT *bytesRead )
 {
     QV_CHECK( byteCount > 0 );
 
-    FILE *fptr = fileOf( closure );
+    InFile *file = inFileOf( closure );
 
     // The limit may be far above the size of the array if the caller knows that the data is shorter, and above what the
     // operating system reads in one call.
     while( *bytesRead < byteCount )
     {
-        QV_INT wanted = qvIntMin( byteCount - *bytesRead, READ_AT_ONCE );
-        QV_INT got    = readPiece( fptr, bytes + *bytesRead, wanted );
+        QV_INT wanted = std::min( byteCount - *bytesRead, READ_AT_ONCE );
+        QV_INT got    = readPiece( file, bytes + *bytesRead, wanted );
         *bytesRead += got;
 
         if( got < wanted )
             break;
     }
 
-    return ferror( fptr ) ? QV_FALSE : QV_TRUE;
+    return file->failed ? QV_FALSE : QV_TRUE;
 }
 
 QV_BOOL skipFile( QV_OBJ *closure, QV_INT byteCount, QV_INT *bytesSkipped )
 {
-    return readPieces( fileOf( closure ), byteCount, bytesSkipped, []( const uint8_t *, QV_INT ) {} );
+    QV_CHECK( byteCount > 0 );
+
+    InFile *file = inFileOf( closure );
+    uint8_t bytes[STAGE];
+
+    while( *bytesSkipped < byteCount )
+    {
+        QV_INT wanted = std::min( byteCount - *bytesSkipped, STAGE );
+        QV_INT got    = readPiece( file, bytes, wanted );
+        *bytesSkipped += got;
+
+        if( got < wanted )
+            break;
+    }
+
+    return file->failed ? QV_FALSE : QV_TRUE;
 }
 
 QV_BOOL writeFile( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCount )
@@ -152,14 +240,14 @@ QV_BOOL writeFile( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT by
 
     // All at once, from where the bytes are: they start on a whole byte and stand together.
     const uint8_t *bytes = qv::bytes( buf ) + byteOffset;
-    return fwrite( bytes, static_cast< size_t >( byteCount ), 1, fileOf( closure ) ) == 1
+    return fwrite( bytes, static_cast< size_t >( byteCount ), 1, outFileOf( closure ) ) == 1
                ? QV_TRUE
                : qv::setSystemError( "cannot be written", errno );
 }
 
 QV_BOOL flushFile( QV_OBJ *closure )
 {
-    return fflush( fileOf( closure ) ) == 0 ? QV_TRUE : qv::setSystemError( "cannot be written", errno );
+    return fflush( outFileOf( closure ) ) == 0 ? QV_TRUE : qv::setSystemError( "cannot be written", errno );
 }
 
 // The result of a call of the operating system on a file. If it failed, `what` says so, and `errno` why.
@@ -183,17 +271,46 @@ QV_STRING *fromCstr( const char *text )
 
 QV_BYTE_SOURCE *qv___FileOpenByteSource( QV_STRING *fn )
 {
-    qv::Ref< QV___BOXED_POINTER > opened = openFile( fn, "rb" );
+    int descriptor = open( Name( fn ), O_RDONLY );
 
-    return opened ? qv___ByteSourceCreateForBytes( readFile, readFileBytes, skipFile, qv::obj( opened.get() ) )
-                  : nullptr;
+    if( descriptor == -1 )
+    {
+        qv::setSystemError( "cannot be opened", errno, fn );
+        return nullptr;
+    }
+
+    InFile *file     = static_cast< InFile * >( qvMemAlloc( sizeof( InFile ) ) );
+    file->descriptor = descriptor;
+    file->failed     = false;
+    file->read       = 0;
+    file->at         = 0;
+    file->end        = 0;
+
+    qv::Ref< QV___BOXED_POINTER > opened( qv___BoxedPointerCreate(
+        file,
+        []( void *value )
+        {
+            close( static_cast< InFile * >( value )->descriptor );
+            qvMemFree( value );
+        } ) );
+
+    return qv___ByteSourceCreateForBytes( readFile, readFileBytes, skipFile, qv::obj( opened.get() ) );
 }
 
 QV_BYTE_SINK *qv___FileOpenByteSink( QV_STRING *fn )
 {
-    qv::Ref< QV___BOXED_POINTER > opened = openFile( fn, "wb" );
+    FILE *fptr = fopen( Name( fn ), "wb" );
 
-    return opened ? qv___ByteSinkCreate( writeFile, flushFile, qv::obj( opened.get() ) ) : nullptr;
+    if( !fptr )
+    {
+        qv::setSystemError( "cannot be opened", errno, fn );
+        return nullptr;
+    }
+
+    qv::Ref< QV___BOXED_POINTER > opened(
+        qv___BoxedPointerCreate( fptr, []( void *value ) { fclose( static_cast< FILE * >( value ) ); } ) );
+
+    return qv___ByteSinkCreate( writeFile, flushFile, qv::obj( opened.get() ) );
 }
 
 /* Files and directories ------------------------------------------------------------------------------------------ */

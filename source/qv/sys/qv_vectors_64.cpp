@@ -33,6 +33,40 @@ QV___KERNEL_64 inline __m512i bitAt( __m512i place )
 {
     return _mm512_sllv_epi32( repeat16( 1 ), _mm512_and_si512( place, repeat16( 7 ) ) );
 }
+
+// The lowest bytes of the 32 lanes in two vectors, as places in both of them.
+struct Lanes
+{
+    constexpr Lanes()
+    {
+        for( int i = 0; i < 32; i++ )
+            places[i] = static_cast< uint8_t >( 4 * i );
+    }
+
+    alignas( 64 ) uint8_t places[64] = {};
+};
+
+constexpr Lanes LANES;
+
+// The number that 1 to 19 digits make, of which the vectors have the values.
+QV___KERNEL_64 inline uint64_t numberOf( __m512i low, __m512i high, QV_INT digits )
+{
+    // As bytes, the last digit in the highest place and zeros before the first.
+    __m512i place =
+        _mm512_add_epi8( _mm512_load_si512( LANES.places ), _mm512_set1_epi8( static_cast< char >( 4 * digits ) ) );
+    __m256i bytes = _mm512_castsi512_si256(
+        _mm512_maskz_permutex2var_epi8( UINT64_C( 0xFFFFFFFF ) << ( 32 - digits ), low, place, high ) );
+
+    // Neighbours together to numbers of two digits, of four and of eight, of which the last three count.
+    __m256i two   = _mm256_maddubs_epi16( bytes, _mm256_set1_epi16( 1 << 8 | 10 ) );
+    __m256i four  = _mm256_madd_epi16( two, _mm256_set1_epi32( 1 << 16 | 100 ) );
+    __m256i eight = _mm256_madd_epi16( _mm256_packus_epi32( four, four ), _mm256_set1_epi32( 1 << 16 | 10000 ) );
+
+    uint64_t upper = static_cast< uint64_t >( _mm_cvtsi128_si64( _mm256_castsi256_si128( eight ) ) ) >> 32;
+    uint64_t lower = static_cast< uint64_t >( _mm_cvtsi128_si64( _mm256_extracti128_si256( eight, 1 ) ) );
+
+    return ( upper * 100000000 + ( lower & 0xFFFFFFFF ) ) * 100000000 + ( lower >> 32 );
+}
 } // namespace
 
 QV___KERNEL_64 QV_INT qv::decodeBytes64(
@@ -80,7 +114,7 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
     bool    isAscii = true;
     QV_INT  i       = 0;
 
-    for( ; i + 16 <= count; i += 16 )
+    for( ; i < count; i += 16 )
     {
         for( ; isAscii && i + 64 + 16 <= count; i += 64 )
         {
@@ -94,13 +128,26 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
             before = zero;
         }
 
-        // The bits of the blocks of 32 characters: their bytes by the upper 8 bits, their places by the next 3.
-        __m512i   in    = _mm512_loadu_si512( chs + i );
+        // The bits of the blocks of 32 characters: their bytes by the upper 8 bits, their places by the next 3. Characters
+        // that are not there any more count as U+0000, which is inert.
+        __m512i   in    = count - i >= 16
+                              ? _mm512_loadu_si512( chs + i )
+                              : _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( lowest( count - i ) ), chs + i );
         __m512i   bytes = lookUp( blocks, _mm512_srli_epi32( in, 8 ) );
         __mmask16 known = _mm512_cmplt_epu32_mask( in, repeat16( 0x10000 ) );
         __mmask16 stay  = _mm512_mask_test_epi32_mask( known, bytes, bitAt( _mm512_srli_epi32( in, 5 ) ) );
 
         isAscii = _mm512_test_epi32_mask( in, ascii ) == 0;
+
+        // The next 0x10000 characters by the same upper 8 bits, modulo 256.
+        if( known != 0xFFFF )
+        {
+            __mmask16 next =
+                _mm512_mask_cmplt_epu32_mask( static_cast< __mmask16 >( ~known ), in, repeat16( 0x20000 ) );
+            stay |= _mm512_mask_test_epi32_mask(
+                next, lookUp( tableOf( inert + 512 ), _mm512_srli_epi32( in, 8 ) ),
+                bitAt( _mm512_srli_epi32( in, 5 ) ) );
+        }
 
         if( stay == 0xFFFF )
         {
@@ -136,7 +183,135 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
     if( i > 0 )
         *last = static_cast< uint32_t >( _mm_extract_epi32( _mm512_extracti32x4_epi32( before, 3 ), 3 ) );
 
-    return i;
+    return i < count ? i : count;
+}
+
+namespace
+{
+// A block of 128 distances of 16 bits, and the number that the characters of the block have above their lowest 7 bits.
+struct CaseBlock
+{
+    __m512i number;
+    __m512i quarters[4];
+};
+
+QV___KERNEL_64 inline CaseBlock caseBlockOf( const qv::CaseTables &tables, QV_CHAR ch )
+{
+    const uint16_t *row = tables.distances + tables.blocks[ch >> 7] * 128;
+
+    return {
+        repeat16( ch >> 7 ),
+        { _mm512_loadu_si512( row ), _mm512_loadu_si512( row + 32 ), _mm512_loadu_si512( row + 64 ),
+          _mm512_loadu_si512( row + 96 ) } };
+}
+
+// Adds the distances of the characters of a block to those that were found, and leaves the others.
+QV___KERNEL_64 inline __mmask16 takeDistances( const CaseBlock &block, __m512i in, __mmask16 left, __m512i *grow )
+{
+    __mmask16 here  = _mm512_mask_cmpeq_epi32_mask( left, _mm512_srli_epi32( in, 7 ), block.number );
+    __mmask16 upper = _mm512_mask_test_epi32_mask( here, in, repeat16( 64 ) );
+    __m512i   low   = _mm512_permutex2var_epi16( block.quarters[0], in, block.quarters[1] );
+    __m512i   high  = _mm512_permutex2var_epi16( block.quarters[2], in, block.quarters[3] );
+
+    *grow = _mm512_mask_mov_epi32( _mm512_mask_mov_epi32( *grow, here, low ), upper, high );
+
+    return static_cast< __mmask16 >( left & ~here );
+}
+} // namespace
+
+QV___KERNEL_64 QV_INT qv::mapCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to )
+{
+    const __mmask32 LOWER = 0x55555555; // the lower halves of all lanes
+
+    // The blocks of most texts are the last two.
+    CaseBlock last = caseBlockOf( tables, 0x80 ), before = last;
+
+    for( QV_INT i = 0; i < count; i += 16 )
+    {
+        QV_INT    size  = count - i < 16 ? count - i : 16;
+        __mmask16 there = static_cast< __mmask16 >( lowest( size ) );
+        __m512i   in    = size == 16 ? _mm512_loadu_si512( chs + i ) : _mm512_maskz_loadu_epi32( there, chs + i );
+
+        __mmask16 letters =
+            _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( tables.asciiFirst ) ), repeat16( 26 ) );
+        __m512i   mapped = _mm512_mask_xor_epi32( in, letters, in, repeat16( 0x20 ) );
+        __mmask16 left   = _mm512_mask_test_epi32_mask( there, in, repeat16( ~0x7Fu ) );
+
+        if( left == 0 )
+        {
+            store16( to + i, mapped, size );
+            continue;
+        }
+
+        for( Range range : tables.caseless )
+            left = _mm512_mask_cmpge_epu32_mask(
+                left, _mm512_sub_epi32( in, repeat16( range.first ) ), repeat16( range.end - range.first ) );
+
+        if( left == 0 )
+        {
+            store16( to + i, mapped, size );
+            continue;
+        }
+
+        __m512i grow = _mm512_setzero_si512();
+        left         = takeDistances( last, in, left, &grow );
+        left         = takeDistances( before, in, left, &grow );
+
+        while( __builtin_expect( left, 0 ) )
+        {
+            before = last;
+            last   = caseBlockOf( tables, chs[i + __builtin_ctz( left )] );
+            left   = takeDistances( last, in, left, &grow );
+        }
+
+        __mmask32 longer =
+            _mm512_mask_cmpeq_epi16_mask( LOWER, grow, _mm512_set1_epi16( static_cast< short >( tables.none ) ) );
+        mapped = _mm512_mask_add_epi16( mapped, LOWER, mapped, grow );
+
+        if( longer )
+        {
+            size = __builtin_ctz( longer ) / 2;
+            store16( to + i, mapped, size );
+            return i + size;
+        }
+
+        store16( to + i, mapped, size );
+    }
+
+    return count;
+}
+
+QV___KERNEL_64 bool qv::takePlainInt64( const QV_CHAR *chs, QV_INT count, QV_INT *value )
+{
+    uint64_t minus = count > 0 && *chs == U'-';
+    chs += minus;
+    count -= static_cast< QV_INT >( minus );
+
+    if( count < 1 || count > 19 )
+        return false;
+
+    uint64_t  all   = lowest( count );
+    __mmask16 first = static_cast< __mmask16 >( all ), second = static_cast< __mmask16 >( all >> 16 );
+    __m512i   low   = _mm512_sub_epi32( _mm512_maskz_loadu_epi32( first, chs ), repeat16( U'0' ) );
+    __m512i   high  = _mm512_sub_epi32( _mm512_maskz_loadu_epi32( second, chs + 16 ), repeat16( U'0' ) );
+    __mmask16 other = _mm512_mask_cmpgt_epu32_mask( first, low, repeat16( 9 ) )
+                      | _mm512_mask_cmpgt_epu32_mask( second, high, repeat16( 9 ) );
+    uint64_t number = numberOf( low, high, count );
+
+    *value = static_cast< QV_INT >( ( number ^ -minus ) + minus );
+
+    return other == 0 && number <= static_cast< uint64_t >( QV_INT_MAX ) + minus;
+}
+
+QV___KERNEL_64 QV_INT qv::takeDigits64( const QV_CHAR *chs, QV_INT count, uint64_t *value )
+{
+    __mmask16 first  = static_cast< __mmask16 >( lowest( count < 15 ? count : 15 ) );
+    __m512i   low    = _mm512_sub_epi32( _mm512_maskz_loadu_epi32( first, chs ), repeat16( U'0' ) );
+    QV_INT    digits = __builtin_ctz( _mm512_cmpgt_epu32_mask( low, repeat16( 9 ) ) );
+
+    *value = numberOf( low, low, digits );
+
+    return digits;
 }
 
 QV___KERNEL_64 QV_INT qv::findLineEnd64( const QV_CHAR *chs, QV_INT offset, QV_INT length )
@@ -160,6 +335,21 @@ QV___KERNEL_64 QV_INT qv::findLineEnd64( const QV_CHAR *chs, QV_INT offset, QV_I
 }
 
 #else
+
+QV_INT qv::mapCase64( const CaseTables &, const QV_CHAR *, QV_INT, QV_CHAR * )
+{
+    return 0;
+}
+
+bool qv::takePlainInt64( const QV_CHAR *, QV_INT, QV_INT * )
+{
+    return false;
+}
+
+QV_INT qv::takeDigits64( const QV_CHAR *, QV_INT, uint64_t * )
+{
+    return 0;
+}
 
 QV_INT qv::findLineEnd64( const QV_CHAR *, QV_INT, QV_INT length )
 {

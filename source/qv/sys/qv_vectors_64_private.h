@@ -12,6 +12,7 @@
 
 #ifndef __clang__
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized" // what the compiler's header leaves so on purpose
+#pragma GCC diagnostic ignored "-Wuninitialized"
 #endif
 
 #include <immintrin.h>

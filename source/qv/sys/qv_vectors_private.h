@@ -429,6 +429,22 @@ inline bool addToEight( const QV_CHAR *chs, ValueOf valueOf, uint16_t none, QV_C
     return true;
 }
 
+/** How characters map to single ones, by tables of 2^7 values: the number of the block of each 128 characters, and the
+    blocks with what the lowest 16 bits of a character grow by, or `none`. ASCII letters from `asciiFirst` on get the other
+    case, other ASCII stays, and so do characters in the ranges: the tables tell the same. */
+struct CaseTables
+{
+    const uint8_t  *blocks;
+    const uint16_t *distances;
+    uint16_t        none;
+    QV_CHAR         asciiFirst;
+    vectors::Range  caseless[3];
+};
+
+/** Maps characters, which are below 0x110000, up to the first without a distance; returns how many. With the vectors of 64
+    bytes; without them it returns 0. */
+QV_INT mapCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
+
 /** Makes a number of eight characters below 0x110000 that orders as they do: each plus 1 as a byte, the first one most
     significant. False if one of them is above `highest`, which is at most 0xFD. */
 inline bool digestEight( const QV_CHAR *chs, uint8_t highest, uint64_t *number )
@@ -517,14 +533,23 @@ inline QV_INT widenOutside( const uint8_t *bytes, QV_INT count, uint8_t first, i
     return i;
 }
 
-/** How many characters in whole groups of 16 an array begins with that are inert or marks in order, with the vectors of
-    64 bytes; without them it returns 0. In each group one character is inert at least. `inert` has 256 bytes with a bit
-    for each 32 characters below 0x10000, set if all of them are inert, and as many with one for each character below
-    0x800. `classes` has for the characters from 0x300 up to 0x380 and for those from 0x580 up to 0x600 the class, 0 for
-    an inert one, or 255 for one that ends the run. `last` is the class of the character before, or 0, and becomes that
-    of the last one of the groups. */
+/** How many characters in groups of 16, of which the last one may be shorter if it ends the array, an array begins with that
+    are inert or marks in order, with the vectors of 64 bytes; without them it returns 0. In each whole group one character
+    is inert at least. `inert` has 256 bytes with a bit for each 32 characters below 0x10000, set if all of them are inert,
+    as many with one for each character below 0x800, and as many for each 32 from 0x10000 to 0x1FFFF. `classes` has for the
+    characters from 0x300 up to 0x380 and for those from 0x580 up to 0x600 the class, 0 for an inert one, or 255 for one that
+    ends the run. `last` is the class of the character before, or 0, and becomes that of the last one of the groups if the
+    array goes on. */
 QV_INT orderedGroups64(
     const QV_CHAR *chs, QV_INT count, const uint8_t *inert, const uint8_t *classes, uint32_t *last );
+
+/** Reads an integer of 1 to 19 digits from U'0' to U'9' and nothing else but a minus sign before them, with the vectors of
+    64 bytes. False if it is something else or out of range, and without them. */
+bool takePlainInt64( const QV_CHAR *chs, QV_INT count, QV_INT *value );
+
+/** The number that the digits from U'0' to U'9' make that an array begins with, of 15 at most; returns how many those are.
+    With the vectors of 64 bytes, which are there. */
+QV_INT takeDigits64( const QV_CHAR *chs, QV_INT count, uint64_t *value );
 
 /* Finding -------------------------------------------------------------------------------------------------------- */
 

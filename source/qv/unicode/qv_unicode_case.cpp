@@ -4,6 +4,8 @@
 #include "qv/sys/qv_chars_private.h"
 #include "qv/unicode/qv_unicode_tables_private.h"
 
+#include <algorithm>
+
 namespace
 {
 using qv::unicode::LONGER_MAPPING;
@@ -13,6 +15,13 @@ using qv::unicode::lookUp;
 // as far as no letter of another script comes between.
 const qv::vectors::Range CASELESS[]     = { { 0, U'A' }, { 0x2E80, 0xA640 }, { 0xA800, 0xFB00 } };
 const QV_CHAR            FIRST_CASELESS = CASELESS[1].first;
+
+// No character from here on has case.
+const QV_CHAR PAST_CASE = 0x10450;
+
+// Fewer characters are not worth the start of the vectors of 64 bytes. Where characters that map to several end them sooner,
+// they pause for a piece, then for four times as much each time.
+const QV_INT LONG = 64, LEAST_PIECE = 8, MOST_PIECE = 4096;
 
 template< const uint8_t *blocks, const uint16_t *distances >
 bool allStay( const QV_CHAR *chs, QV_INT count )
@@ -24,11 +33,26 @@ bool allStay( const QV_CHAR *chs, QV_INT count )
     return true;
 }
 
+// True if each character has become what the tables tell, and none maps to several.
+template< const uint8_t *blocks, const uint16_t *distances >
+[[maybe_unused]] bool areMapped( const QV_CHAR *from, QV_INT count, const QV_CHAR *to )
+{
+    for( QV_INT i = 0; i < count; i++ )
+    {
+        uint16_t distance = lookUp( blocks, distances, from[i] );
+
+        if( distance == LONGER_MAPPING || to[i] != qv::addLow( from[i], distance ) )
+            return false;
+    }
+
+    return true;
+}
+
 // Text is mapped in groups of eight, in three ways, each for as long as it goes: ASCII by arithmetic, characters without
 // case by copying them, and all others by their distances. Characters that map to several, and what is left over of the
 // groups, are mapped one by one. `asciiFirst` is the first of the 26 letters of ASCII that change.
 template< const uint8_t *blocks, const uint16_t *values, const uint16_t *distances, QV_CHAR asciiFirst >
-qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room )
+qv::unicode::CaseMapped mapGroups( const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room )
 {
     QV_ASSERT( room >= length );
 
@@ -84,6 +108,39 @@ qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to
     }
 
     return { i, count };
+}
+
+// The same, of long texts with the vectors of 64 bytes, which take the three ways at once.
+template< const uint8_t *blocks, const uint16_t *values, const uint16_t *distances, QV_CHAR asciiFirst >
+qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room )
+{
+    static const qv::CaseTables TABLES = {
+        blocks, distances, LONGER_MAPPING, asciiFirst, { CASELESS[1], CASELESS[2], { PAST_CASE, 0x110000 } } };
+
+    if( length < LONG || !qv::vectors::has64() )
+        return mapGroups< blocks, values, distances, asciiFirst >( from, length, to, room );
+
+    QV_INT count = 0;
+    QV_INT piece = LEAST_PIECE;
+
+    for( QV_INT i = 0;; )
+    {
+        QV_INT done = qv::mapCase64( TABLES, from + i, length - i, to + count );
+        QV_ASSERT( ( areMapped< blocks, distances >( from + i, done, to + count ) ) );
+        i += done;
+        count += done;
+
+        // What comes after the piece keeps a place for each character.
+        piece         = done >= LONG ? LEAST_PIECE : std::min( 4 * piece, MOST_PIECE );
+        QV_INT before = std::min( piece, length - i );
+        auto   mapped = mapGroups< blocks, values, distances, asciiFirst >(
+            from + i, before, to + count, room - count - ( length - i - before ) );
+        i += mapped.read;
+        count += mapped.written;
+
+        if( mapped.read < before || i == length )
+            return { i, count };
+    }
 }
 } // namespace
 

@@ -1,6 +1,7 @@
 #include "qv/unicode/qv_unicode_normalizer.h"
 
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_create_private.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
@@ -26,6 +27,15 @@ void reset( QV_UNICODE_NORMALIZER *norm )
     norm->unordered     = false;
 }
 
+void init( QV_UNICODE_NORMALIZER *norm, QV_INT normalForm )
+{
+    norm->normalForm = normalForm;
+    norm->chars      = nullptr;
+    norm->capacity   = 0;
+    norm->isLent     = false;
+    reset( norm );
+}
+
 void writeAndWatch( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
 {
     writeChars( norm, chs, count );
@@ -46,10 +56,7 @@ QV_UNICODE_NORMALIZER *qvUnicodeNormalizerCreate( QV_INT normalForm )
     QV_CHECK( QV_UNICODE_NORMAL_FORM_OK( normalForm ) );
 
     QV_UNICODE_NORMALIZER *norm = qv::create< QV_UNICODE_NORMALIZER >( qvUnicodeNormalizerSort() );
-    norm->normalForm            = normalForm;
-    norm->chars                 = nullptr;
-    norm->capacity              = 0;
-    reset( norm );
+    init( norm, normalForm );
 
     return norm;
 }
@@ -207,6 +214,50 @@ QV_INT qvUnicodeNormalizerReadChars( QV_UNICODE_NORMALIZER *norm, QV_CHAR *dest,
 
 /* Whole texts ---------------------------------------------------------------------------------------------------- */
 
+namespace
+{
+// Writes a whole text, of which check() has told the run.
+void writeWhole( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT length, Run run )
+{
+    // The run that the check has covered is not checked again.
+    if( run.previous >= 0 && combiningClass( chs[0] ) == 0 )
+        pass( norm, chs, run );
+    else
+        run.starter = 0;
+
+    writeAndWatch( norm, chs + run.starter, length - run.starter );
+    qvUnicodeNormalizerFlush( norm );
+}
+
+// A text of at most so many characters is written on the stack, by a normalizer that is no object of the library, and
+// needs no memory but that of the new String. Twice its longest decomposition is more than any step asks for.
+const QV_INT FEW      = 32;
+const QV_INT FEW_ROOM = 2 * ( FEW + 1 ) * LONGEST_DECOMPOSITION;
+
+QV_STRING *normalizeFew( const QV_CHAR *chs, QV_INT length, QV_INT normalForm, const Run &run )
+{
+    QV_UNICODE_NORMALIZER norm;
+    QV_CHAR               room[FEW_ROOM];
+
+    static_cast< QV_OBJ & >( norm ) = QV___STATIC_HEADER( QV___OBJ_TYPE_OBJECT );
+    init( &norm, normalForm );
+    norm.chars    = room;
+    norm.capacity = FEW_ROOM;
+    norm.isLent   = true;
+    writeWhole( &norm, chs, length, run );
+    QV_ASSERT( norm.isLent );
+
+    if( norm.length == 0 )
+        return qvStringCreate();
+
+    QV_STRING *result = qv::newString( norm.length, nullptr, QV_STRING_FSPACE );
+    qv::copyChars( qv::chars( result ), norm.chars, norm.length );
+    freeArray( &norm );
+
+    return result;
+}
+} // namespace
+
 QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
 {
     const QV_CHAR  *chs    = qv::chars( qvs );
@@ -214,22 +265,17 @@ QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
     normalizer::Run run    = normalizer::check( chs, length, normalForm );
 
     if( run.length == length )
-        return qv::retain( qvs );
+        return nullptr;
+
+    if( length <= FEW )
+        return normalizeFew( chs, length, normalForm, run );
 
     Ref< QV_UNICODE_NORMALIZER > norm( qvUnicodeNormalizerCreate( normalForm ) );
 
     // Leaves the free places of a String at both ends.
     normalizer::reserve( norm, QV_STRING_FSPACE + length + unicode::LONGEST_DECOMPOSITION + QV_STRING_BSPACE );
     norm->first = norm->readable = norm->pending = norm->length = QV_STRING_FSPACE;
-
-    // The run that the check has covered is not checked again.
-    if( run.previous >= 0 && unicode::combiningClass( chs[0] ) == 0 )
-        normalizer::pass( norm, chs, run );
-    else
-        run.starter = 0;
-
-    writeAndWatch( norm, chs + run.starter, length - run.starter );
-    qvUnicodeNormalizerFlush( norm );
+    writeWhole( norm, chs, length, run );
 
     if( norm->length == norm->first )
         return qvStringCreate();

@@ -5,8 +5,7 @@
 
 namespace qv
 {
-/** The text of a String in a normal form, which is the String itself if it is in that form already. Owned by the
-    caller. */
+/** The text of a String in a normal form, owned by the caller; null if it is in that form already. */
 QV_STRING *normalize( QV_STRING *qvs, QV_INT normalForm );
 } // namespace qv
 

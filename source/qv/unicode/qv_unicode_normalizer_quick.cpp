@@ -93,8 +93,8 @@ inline QV_INT lastStarter( const QV_CHAR *chs, QV_INT end )
     return i;
 }
 
-// The number of characters at the start in whole groups that are in the form: with vectors of 64 bytes starters and
-// marks, else starters. `last` is as in checkRun().
+// The number of characters at the start in groups that are in the form: with vectors of 64 bytes starters and marks, and
+// the last group need not be whole; else starters in whole groups. `last` is as in checkRun().
 template< QV_INT form >
 inline QV_INT checkOrdered( const QV_CHAR *chs, QV_INT count, uint32_t *last, bool isLong )
 {
@@ -108,7 +108,7 @@ inline QV_INT checkOrdered( const QV_CHAR *chs, QV_INT count, uint32_t *last, bo
 
     // A mark of class 1 comes before all others, so that it need not be told from a starter.
     uint32_t cccv  = *last + ( *last != 0 );
-    QV_INT   whole = qv::orderedGroups64( chs, count, inertBits + form * 512, markClasses + form * 256, &cccv );
+    QV_INT   whole = qv::orderedGroups64( chs, count, inertBits + form * 768, markClasses + form * 256, &cccv );
     QV_ASSERT( areOrdered< form >( chs, whole ) );
     *last = cccv - ( cccv != 0 );
 
@@ -117,7 +117,7 @@ inline QV_INT checkOrdered( const QV_CHAR *chs, QV_INT count, uint32_t *last, bo
 
 // The length for which a text is in the form. `isLong` tells that this is likely to be more than a few characters.
 template< QV_INT form >
-Run checkRun( const QV_CHAR *chs, QV_INT count, bool isLong )
+QV_INT checkRun( const QV_CHAR *chs, QV_INT count, bool isLong )
 {
     QV_INT   i     = 0;
     QV_INT   piece = LEAST;
@@ -151,9 +151,38 @@ Run checkRun( const QV_CHAR *chs, QV_INT count, bool isLong )
         }
     }
 
-    QV_INT starter = lastStarter< form >( chs, i );
+    return i;
+}
 
-    return { i, starter, lastStarter< form >( chs, starter ) };
+template< QV_INT form >
+inline Run runOf( const QV_CHAR *chs, QV_INT length )
+{
+    QV_INT starter = lastStarter< form >( chs, length );
+
+    return { length, starter, lastStarter< form >( chs, starter ) };
+}
+
+// What a short text is checked for first: characters below the limit of the form.
+const QV_INT FEW = 64;
+
+// The length for which a whole text is in the form.
+template< QV_INT form >
+Run checkAll( const QV_CHAR *chs, QV_INT count )
+{
+    if( count <= FEW )
+    {
+        QV_INT i = qv::groupsBelow( chs, count, SIMPLE[form] );
+
+        while( i < count && chs[i] < SIMPLE[form] )
+            i++;
+
+        if( i == count )
+            return { count, -1, -1 };
+    }
+
+    QV_INT length = checkRun< form >( chs, count, true );
+
+    return length == count ? Run{ count, -1, -1 } : runOf< form >( chs, length );
 }
 
 /* Composing ------------------------------------------------------------------------------------------------------ */
@@ -237,7 +266,7 @@ void writeComposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT coun
             continue;
         }
 
-        Run    run = checkRun< form >( chs + i, count - i, isLong );
+        Run    run = runOf< form >( chs + i, checkRun< form >( chs + i, count - i, isLong ) );
         QV_INT end = i + run.length;
         isLong     = run.length >= MOST; // as the last one was
 
@@ -364,13 +393,13 @@ qv::normalizer::Run qv::normalizer::check( const QV_CHAR *chs, QV_INT count, QV_
     switch( form )
     {
     case QV_UNICODE_NORMAL_FORM_NFC:
-        return checkRun< QV_UNICODE_NORMAL_FORM_NFC >( chs, count, true );
+        return checkAll< QV_UNICODE_NORMAL_FORM_NFC >( chs, count );
     case QV_UNICODE_NORMAL_FORM_NFKC:
-        return checkRun< QV_UNICODE_NORMAL_FORM_NFKC >( chs, count, true );
+        return checkAll< QV_UNICODE_NORMAL_FORM_NFKC >( chs, count );
     case QV_UNICODE_NORMAL_FORM_NFD:
-        return checkRun< QV_UNICODE_NORMAL_FORM_NFD >( chs, count, true );
+        return checkAll< QV_UNICODE_NORMAL_FORM_NFD >( chs, count );
     default:
-        return checkRun< QV_UNICODE_NORMAL_FORM_NFKD >( chs, count, true );
+        return checkAll< QV_UNICODE_NORMAL_FORM_NFKD >( chs, count );
     }
 }
 

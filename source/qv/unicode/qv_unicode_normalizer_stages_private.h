@@ -33,6 +33,7 @@ struct QV_UNICODE_NORMALIZER : QV_OBJ
     QV_INT   lastCccv;    // the highest class since the starter; 255 without one, so that nothing joins
     QV_INT   pendingCccv; // class of the last character from `pending` on; 0 if there is none
     bool     unordered;   // the marks from `pending` on are not in order
+    bool     isLent;      // the array is memory of somebody else's
 };
 
 namespace qv::normalizer
@@ -149,7 +150,7 @@ void writeChar( QV_UNICODE_NORMALIZER *norm, QV_CHAR ch );
 
 /* Shorter ways --------------------------------------------------------------------------------------------------- */
 
-/** The part of a text that is in the form. A starter is the index of a character of class 0 that stays as it is, or -1. */
+/** The part of a text that is in the form; check() tells nothing but the length if that is all of it. A starter is the index of a character of class 0 that stays as it is, or -1. */
 struct Run
 {
     QV_INT length;

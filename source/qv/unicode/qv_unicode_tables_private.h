@@ -28,7 +28,7 @@ extern const uint8_t  canonicalBlocks[], compatibleBlocks[];
 extern const uint16_t canonical[], compatible[];
 extern const uint32_t fullDecompositions[];
 extern const uint8_t  nfcBlocks[], nfkcBlocks[], nfc[], nfkc[];
-extern const uint8_t  inertBits[4 * 512], markClasses[4 * 256]; // in the order of the forms
+extern const uint8_t  inertBits[4 * 768], markClasses[4 * 256]; // in the order of the forms
 extern const uint8_t  compositionFirstBlocks[];
 extern const uint16_t compositionFirst[];
 extern const uint8_t  compositionSecondBlocks[], compositionSecond[];
