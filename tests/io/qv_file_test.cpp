@@ -401,5 +401,14 @@ TEST( File, AWholeFileDeclaresWhatItsPiecesWould )
         EXPECT_EQ( half, qvBufferLength( halves ) );
         EXPECT_EQ( length - half, qvByteSourceRead( source, halves.at(), -1 ) );
         EXPECT_EQ( all, bytes( halves ) );
+
+        // Nor does it matter what of the file is in memory already.
+        write( "ä\u4e2dpieces", "x" + all );
+        Ref< QV_BYTE_SOURCE > begun( qvFileOpenByteSource( name( "pieces" ) ) );
+        Ref< QV_BUFFER >      rest( qvBufferCreate() );
+        EXPECT_EQ( 1, qvByteSourceSkip( begun, 1 ) );
+        EXPECT_EQ( length, qvByteSourceRead( begun, rest.at(), -1 ) );
+        EXPECT_EQ( all, bytes( rest ) );
+        EXPECT_EQ( allocated( pieces.get() ), allocated( rest.get() ) ) << length;
     }
 }

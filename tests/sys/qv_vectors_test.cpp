@@ -248,3 +248,18 @@ TEST( Vectors, NumbersAreReadTheSame )
         EXPECT_TRUE( plain == read( text( chars ) ) ) << utf8( text( chars ) );
     }
 }
+
+#ifndef NDEBUG
+// Vectors take what has the top bit for U+0000, so that only characters of a String may come to them.
+TEST( Vectors, OnlyCharactersOfStringsBecomeAscii )
+{
+    Ref< QV_STRING >  bad = text( U"12345678" );
+    Ref< QV_STORE >   store( qvStoreCreate() );
+    Ref< QV_ENCODER > enc( qvEncoderCreate() );
+    qvStoreSetValue( store.at(), text( U"address" ), bad );
+    const_cast< QV_CHAR * >( qvStringBacking( bad ) )[7] = 0x80000000;
+
+    EXPECT_DEATH( qvStringEqualsCstr( bad, "12345678", 8 ), "allCharsOk" );
+    EXPECT_DEATH( qvEncoderEncodeStore( enc, store ), "allCharsOk" );
+}
+#endif

@@ -190,7 +190,11 @@ private:
     std::optional< std::optional< T > > optional( QV_BOOL ( *read )( QV_DECODER *dec, C **value ) )
     {
         C *value = nullptr;
-        return read( raw(), &value ) ? std::optional( T::ownOptional( value ) ) : std::nullopt;
+
+        if( !read( raw(), &value ) )
+            return std::nullopt;
+
+        return std::optional< std::optional< T > >( std::in_place, T::ownOptional( value ) );
     }
 };
 } // namespace qv

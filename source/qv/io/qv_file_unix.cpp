@@ -127,7 +127,7 @@ QV_INT readPiece( InFile *file, uint8_t *bytes, QV_INT wanted )
     return got;
 }
 
-// How much of a regular file lies before its end; 0 for another file.
+// How much of a regular file is left to deliver, that in the stage included; 0 for another file.
 QV_INT bytesLeft( const InFile *file )
 {
     struct stat status;
@@ -135,7 +135,7 @@ QV_INT bytesLeft( const InFile *file )
     if( fstat( file->descriptor, &status ) != 0 || !S_ISREG( status.st_mode ) )
         return 0;
 
-    return std::max< QV_INT >( static_cast< QV_INT >( status.st_size ) - file->read, 0 );
+    return std::max< QV_INT >( static_cast< QV_INT >( status.st_size ) - file->read + file->end - file->at, 0 );
 }
 
 // Makes the first bytes of a file, at least 1, the contents of a Buffer without a block. If they fill the stage, reads

@@ -219,9 +219,11 @@ inline bool narrowPlain( uint8_t *to, const QV_CHAR *chs, QV_INT count )
     return isPlain;
 }
 
-/** Writes characters as bytes if all are ASCII. Else false: what is written then is no text. */
+/** Writes characters below 0x110000 as bytes if all are ASCII. Else false: what is written then is no text. */
 inline bool narrowIfAscii( uint8_t *to, const QV_CHAR *chs, QV_INT count )
 {
+    QV_ASSERT( allCharsOk( chs, count ) ); // one with a sign would become 0
+
 #if QV___VECTORS_16
     if( count >= 8 && vectors::has16() )
     {

@@ -286,9 +286,11 @@ inline QV_INT asciiLength( const QV_CHAR *chs, QV_INT count )
     return i;
 }
 
-/** How many characters an array begins with that are the ASCII of as many bytes. */
+/** How many characters, which are below 0x110000, an array begins with that are the ASCII of as many bytes. */
 inline QV_INT equalAsciiLength( const QV_CHAR *chs, const uint8_t *bytes, QV_INT count )
 {
+    QV_ASSERT( allCharsOk( chs, count ) ); // one with a sign would become 0
+
     QV_INT i = 0;
 
 #if QV___VECTORS_16

@@ -150,7 +150,8 @@ void writeChar( QV_UNICODE_NORMALIZER *norm, QV_CHAR ch );
 
 /* Shorter ways --------------------------------------------------------------------------------------------------- */
 
-/** The part of a text that is in the form; check() tells nothing but the length if that is all of it. A starter is the index of a character of class 0 that stays as it is, or -1. */
+/** The part of a text that is in the form; check() tells nothing but the length if that is all of it. A starter is the
+    index of a character of class 0 that stays as it is, or -1. */
 struct Run
 {
     QV_INT length;
