@@ -2,7 +2,6 @@
 
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_obj_private.h"
-#include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_runtime_leaks_private.h"
 #include "qv/runtime/qv_runtime_module_private.h"
 #include "qv/runtime/qv_runtime_private.h"

@@ -255,7 +255,8 @@ QV_API QV_BOOL qvRuntimeTryLoadModulesWcstr( const wchar_t *wcstr );
 
 /** Stops all modules but the library, the last loaded first, each when the last object of its sorts is gone. An object
     that is kept for more than 60 seconds ends the process. In a run with snapshot flags it is reported every 10 seconds
-    too, and the wait has no end if the standard input is a terminal. Stopping the library does this first. Must not be called by a module. */
+    too, and the wait has no end if the standard input is a terminal. Stopping the library does this first. Must not be
+    called by a module. */
 QV_API void qvRuntimeUnloadAllModules( void );
 
 /** The loaded modules in the order of loading, the library itself first: a new reference. */
