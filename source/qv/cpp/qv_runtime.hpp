@@ -51,15 +51,13 @@ public:
 
     ~Runtime()
     {
-        stop();
+        end();
     }
 
     /** Stops the library, if it runs, and returns what still lives then: what was not given up. */
     std::vector< Leak > stop()
     {
-        if( std::exchange( running_, false ) )
-            qvRuntimeShutdown();
-
+        end();
         return leaks();
     }
 
@@ -89,6 +87,12 @@ public:
     }
 
 private:
+    void end()
+    {
+        if( std::exchange( running_, false ) )
+            qvRuntimeShutdown();
+    }
+
     bool running_ = true;
 };
 } // namespace qv
