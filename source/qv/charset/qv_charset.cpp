@@ -144,7 +144,7 @@ constexpr void eachAlias( const Charset &row, Take take )
     for( std::string_view rest = row.aliases; !rest.empty(); )
     {
         size_t length = std::min( rest.find( ' ' ), rest.size() );
-        take( std::string_view( rest.data(), length ) ); // substr() can throw
+        take( std::string_view( rest.begin(), rest.begin() + length ) ); // substr() can throw
         rest.remove_prefix( std::min( length + 1, rest.size() ) );
     }
 }
