@@ -73,8 +73,8 @@ public:
         return found;
     }
 
-    /** The same as a text for people, with each object in a run with QV_RUNTIME_FLAG_OBJECT_DATABASE. Only while the
-        library runs. As qvRuntimeLeakReport(). */
+    /** The same as a text for people, with each object in a run with QV_RUNTIME_FLAG_OBJECT_DATABASE, where no other
+        thread may create or change objects meanwhile. Only while the library runs. As qvRuntimeLeakReport(). */
     [[nodiscard]] String leakReport() const
     {
         return String::own( qvRuntimeLeakReport() );
