@@ -40,6 +40,12 @@ class Library : public testing::EmptyTestEventListener
 
     void OnEnvironmentsTearDownStart( const testing::UnitTest & ) override
     {
+        // Nor does the library count as its own what it no longer has, which would hide as many leaks.
+        qv::test::settle();
+
+        for( QV_SORT *sort = qv___module.sortsFirst; sort; sort = sort->sortsNext )
+            EXPECT_EQ( sort->own, qv___AtomicLoad32( &sort->objects ) ) << sort->name;
+
         stop();
     }
 

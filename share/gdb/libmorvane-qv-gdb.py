@@ -374,10 +374,13 @@ Without a sort: all sorts that have objects, and how many. With one: its objects
         self.lookup = lookup
 
     def invoke(self, argument, from_tty):
-        memory = self.lookup.memory()
-        module = memory.symbol("qv___module")
         try:
-            for sort in self.walk(memory, memory.pointer(module, "QV_MODULE.sortsFirst"), "QV_SORT.sortsNext"):
+            memory = self.lookup.memory()
+            module = memory.symbol("qv___module")
+            first = memory.pointer(module, "QV_MODULE.sortsFirst")
+            if first == 0:
+                raise gdb.GdbError("There are no lists of objects: see `help qv-objects`.")
+            for sort in self.walk(memory, first, "QV_SORT.sortsNext"):
                 name = memory.name(memory.pointer(sort, "QV_SORT.name"))
                 if not argument:
                     print(f"{memory.field('i', sort, 'QV_SORT.objects'):8} {name}")

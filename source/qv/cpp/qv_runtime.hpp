@@ -51,15 +51,13 @@ public:
 
     ~Runtime()
     {
-        stop();
+        end();
     }
 
     /** Stops the library, if it runs, and returns what still lives then: what was not given up. */
     std::vector< Leak > stop()
     {
-        if( std::exchange( running_, false ) )
-            qvRuntimeShutdown();
-
+        end();
         return leaks();
     }
 
@@ -75,8 +73,8 @@ public:
         return found;
     }
 
-    /** The same as a text for people, with each object in a run with QV_RUNTIME_FLAG_OBJECT_DATABASE. Only while the
-        library runs. As qvRuntimeLeakReport(). */
+    /** The same as a text for people, with each object in a run with QV_RUNTIME_FLAG_OBJECT_DATABASE, where no other
+        thread may create or change objects meanwhile. Only while the library runs. As qvRuntimeLeakReport(). */
     [[nodiscard]] String leakReport() const
     {
         return String::own( qvRuntimeLeakReport() );
@@ -89,6 +87,12 @@ public:
     }
 
 private:
+    void end()
+    {
+        if( std::exchange( running_, false ) )
+            qvRuntimeShutdown();
+    }
+
     bool running_ = true;
 };
 } // namespace qv

@@ -255,7 +255,8 @@ QV_API QV_BOOL qvRuntimeTryLoadModulesWcstr( const wchar_t *wcstr );
 
 /** Stops all modules but the library, the last loaded first, each when the last object of its sorts is gone. An object
     that is kept for more than 60 seconds ends the process. In a run with snapshot flags it is reported every 10 seconds
-    too, and the wait has no end if the standard input is a terminal. Stopping the library does this first. Must not be called by a module. */
+    too, and the wait has no end if the standard input is a terminal. Stopping the library does this first. Must not be
+    called by a module. */
 QV_API void qvRuntimeUnloadAllModules( void );
 
 /** The loaded modules in the order of loading, the library itself first: a new reference. */
@@ -292,8 +293,8 @@ QV_API void   qvRuntimeLeakVisit( QV_RUNTIME_LEAK_FUNC func, void *context );
 /** The same as a new text, which is empty if nothing lives, and line by line to the print hook: each sort with its
     count, as `QV_STRING 2`. In a run with QV_RUNTIME_FLAG_OBJECT_DATABASE each object follows, with its count of
     references, the first 200 characters of its text and its log, which holds the stack of its creation in a run with
-    QV_RUNTIME_FLAG_OBJECT_ORIGIN. The texts are taken of the objects: no other thread may change them meanwhile. The
-    cost grows with the objects. Only while the library runs. */
+    QV_RUNTIME_FLAG_OBJECT_ORIGIN. Then no other thread may create or change objects meanwhile: their texts are taken,
+    and an object is found before its fields are set. The cost grows with the objects. Only while the library runs. */
 QV_API QV_STRING *qvRuntimeLeakReport( void );
 QV_API void       qvRuntimeLeakPrint( void );
 /** @} */

@@ -222,7 +222,8 @@ void awaitLastObject( QV_MODULE *module, bool *reported )
         sinceReport += PAUSE;
 
         if( qv___RuntimeUnloadWaitFunc && qv___AtomicLoad32( &module->sorts ) )
-            qv___RuntimeUnloadWaitFunc( module, msecs, isLimited ? QV___RUNTIME_UNLOAD_MODULE_TIMEOUT - msecs : -1 );
+            qv___RuntimeUnloadWaitFunc(
+                module, msecs, isLimited ? qvIntMax( 0, QV___RUNTIME_UNLOAD_MODULE_TIMEOUT - msecs ) : -1 );
 
         if( reports && sinceReport > REPORT_INTERVAL )
         {

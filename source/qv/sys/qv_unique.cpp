@@ -33,7 +33,7 @@ void enlarge()
 }
 } // namespace
 
-QV_INT qv::uniqueRun = 0;
+QV___ATOMIC_INT qv::uniqueRun = 0;
 
 void qv___UniqueStartup( void )
 {

@@ -19,7 +19,7 @@ namespace qv
 /** The number of the current run, atomic. Unique numbers are those of a run: the shutdown forgets all of them, and the
     next run draws them again. What may outlive a run keeps its number together with the run, in one word. The runs
     count up to 32767 and start again at 0; a number takes the lower 48 bits. */
-extern QV_INT uniqueRun;
+extern QV___ATOMIC_INT uniqueRun;
 
 const int UNIQUE_BITS = 48;
 
