@@ -26,7 +26,7 @@
 
     Charsets. Streams have the one that they are made with; there is no default of the locale. Print hooks write UTF-8.
 
-    Failures never end the process. A closed descriptor, a full disk and a pipe that nobody reads, whose signal SIGPIPE
+    Failures never end the process, and set the last error, without a path. A closed descriptor, a full disk and a pipe that nobody reads, whose signal SIGPIPE
     is held back during the write, make the write or flush fail: results are false, sinks have the error flag, and
     qvStandardOutputFlush() tells it for all that was written, print hooks included. What was written in part stays
     written in part. If a handler of a signal that was set without SA_RESTART interrupts a write, or the descriptor does
@@ -70,7 +70,7 @@ QV_API void qvStandardOutputPrint( const QV_CHAR *chs, QV_INT chsLength );
 QV_API void qvStandardErrorPrint( const QV_CHAR *chs, QV_INT chsLength );
 /** @} */
 
-/** Flushes the standard output. False if that fails, or a write to it has failed before. */
+/** Flushes the standard output. False if that fails, or a write to it has failed before; it sets the last error. */
 QV_API QV_BOOL qvStandardOutputFlush( void );
 
 /** The width in cells of the terminal that the standard output is; -1 if it is none. */
