@@ -34,7 +34,8 @@ bool isBinary( QV_BUFFER *bytes )
     return qvBufferLength( bytes ) > 0 && qvBufferReadBits( bytes, 0, 8 ) <= 8;
 }
 
-void complainOfFile( QV_STRING *fn, const char *standard, const char *reason )
+template< class Reason >
+void complainOfFile( QV_STRING *fn, const char *standard, Reason reason )
 {
     if( isStandardStream( fn ) )
         complain( COMMAND, Ref< QV_STRING >( qvStringCreateFromCstr( standard, -1 ) ), reason );
@@ -75,7 +76,8 @@ Ref< QV_STORE > readStore( QV_STRING *fn, bool binary )
     Ref< QV_STORE > store( binary ? qvStoreTryDecodeFromBuffer( bytes ) : qvStoreTryDecodeFromTextBuffer( bytes ) );
 
     if( !store )
-        complain( COMMAND, fn, Ref< QV_STRING >( qvErrorReason( Ref< QV_ERROR >( qvErrorLast() ) ) ) );
+        complainOfFile(
+            fn, "standard input", Ref< QV_STRING >( qvErrorReason( Ref< QV_ERROR >( qvErrorLast() ) ) ).get() );
 
     return store;
 }

@@ -77,6 +77,9 @@ TEST( StoreStrict, ListsTheLinesThatAreNotUnderstood )
     for( const auto &[document, expected] : CASES )
         EXPECT_EQ( expected, errorsOf( document ) ) << document;
 
+    // Takes minutes if each line looks for a line feed anew.
+    EXPECT_EQ( bad + "400001@400000 b\n", errorsOf( std::string( 400000, '\r' ) + "b" ) );
+
     // No UTF-8: a byte alone, an overlong form, a surrogate, and a sequence that the text cuts off. How the subject shows
     // them is the decoder's matter.
     std::string told = errorsOf( "a=\xFC\nb=1\nc=\xC0\xAF\nd=ä\xED\xA0\x80\n#\xE2\x82" ), places;

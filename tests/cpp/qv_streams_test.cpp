@@ -44,7 +44,19 @@ TEST( Streams, StandOnEachOther )
     qv::String path( qv::test::path( "cpp.bytes" ) );
     EXPECT_TRUE( qv::ByteSink::toFile( path )->write( "data" ) );
     EXPECT_EQ( 4, qv::ByteSource::ofFile( path )->read().size() );
-    EXPECT_FALSE( qv::ByteSink::toFile( "/nowhere/x" ) || qv::ByteSource::ofFile( "/nowhere/x" ) );
+    EXPECT_EQ( QV_ERROR_NOT_FOUND, qv::ByteSource::ofFile( "/nowhere/x" ).error().code );
+    EXPECT_EQ(
+        "/nowhere/x: cannot be opened: No such file or directory",
+        qv::ByteSink::toFile( "/nowhere/x" ).error().text() );
+
+    // What a C stream has read ahead of the lines is theirs.
+    qv::test::write( "cpp.lines", "first\nsecond\n" );
+    char first[8];
+    ASSERT_TRUE(
+        freopen( qv::test::path( "cpp.lines" ).c_str(), "r", stdin ) && fgets( first, sizeof( first ), stdin ) );
+
+    for( const qv::String &line : qv::standardInputLines() )
+        EXPECT_EQ( "second", line );
 }
 
 TEST( Codecs, ReadWhatWasWritten )

@@ -8,6 +8,7 @@
 #include "qv/charset/qv_charset.h"
 #include "qv/io/qv_buffer_byte_sink.h"
 #include "qv/io/qv_buffer_byte_source.h"
+#include "qv/io/qv_byte_source_private.h"
 #include "qv/io/qv_file.h"
 #include "qv/io/qv_line_sink.h"
 #include "qv/io/qv_line_source.h"
@@ -196,6 +197,21 @@ TEST( Failure, OfACodecTellsThePlace )
                                             : ": bytes that are no text in the charset" ) ),
                 told() );
         }
+
+    // Where a read fails inside of a character, that is the reason.
+    Ref< QV_BYTE_SOURCE > failing( qv___ByteSourceCreate(
+        []( QV_OBJ *, QV_BUFFER **buf, QV_INT, QV_INT *bytesRead )
+        {
+            qvBufferAppendBytes( buf, "\xE2", 1 );
+            *bytesRead = 1;
+            qvErrorSetLast( Ref< QV_ERROR >( qvErrorCreate( QV_ERROR_OTHER, text( "torn" ), nullptr, -1, -1 ) ) );
+            return QV_FALSE;
+        },
+        nullptr, nullptr ) );
+    Ref< QV_CHAR_SOURCE > torn( qvCharsetCreateCharSource( failing, QV_CHARSET_UTF_8, STRICT ) );
+    Ref< QV_STRING >      read( qvStringCreate() );
+    EXPECT_EQ( 0, qvCharSourceRead( torn, read.at(), -1 ) );
+    EXPECT_EQ( expected( QV_ERROR_OTHER, "torn" ), told() );
 
     Ref< QV_BUFFER_BYTE_SINK > holder( qvBufferByteSinkCreate() );
     Ref< QV_BYTE_SINK >        bytes( qvBufferByteSinkByteSink( holder ) );

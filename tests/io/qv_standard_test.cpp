@@ -146,8 +146,11 @@ TEST( Standard, FailuresAreResults )
             std::string         big( 1 << 20, 'x' );
             EXPECT_FALSE( qvLineSinkWriteCstr( lines, big.c_str(), -1 ) );
             EXPECT_TRUE( qvLineSinkError( lines ) );
+            EXPECT_EQ( "the standard output cannot be written: Broken pipe", take( qvErrorLastText() ) );
+            qvErrorClear();
             print( "more" );
             EXPECT_FALSE( qvStandardOutputFlush() );
+            EXPECT_EQ( QV_ERROR_INPUT_OUTPUT, qvErrorLastCode() );
             sigset_t pending;
             sigpending( &pending );
             EXPECT_FALSE( sigismember( &pending, SIGPIPE ) );
@@ -170,8 +173,18 @@ TEST( Standard, FailuresAreResults )
             EXPECT_TRUE( qvByteSourceError( bytes ) );
             EXPECT_FALSE( qvLineSourceRead( lines ) );
             EXPECT_TRUE( qvLineSourceError( lines ) );
-            EXPECT_FALSE( qvByteSinkWriteBytes( sink, "x", 1 ) && qvByteSinkFlush( sink ) );
+            EXPECT_EQ( "line 1: the standard input cannot be read: Bad file descriptor", take( qvErrorLastText() ) );
+            qvFileExists( text( "/absent" ) );
+            EXPECT_TRUE( qvByteSourceError( bytes ) );
+            EXPECT_EQ( "the standard input cannot be read: Bad file descriptor", take( qvErrorLastText() ) );
+
+            // Only the program has written, and seen why that failed.
+            setvbuf( stdout, nullptr, _IONBF, 0 );
+            EXPECT_EQ( EOF, putchar( 'x' ) );
             EXPECT_FALSE( qvStandardOutputFlush() );
+            EXPECT_EQ( "the standard output could not be written before", take( qvErrorLastText() ) );
+            EXPECT_FALSE( qvByteSinkWriteBytes( sink, "x", 1 ) && qvByteSinkFlush( sink ) );
+            EXPECT_EQ( "the standard output cannot be written: Bad file descriptor", take( qvErrorLastText() ) );
             EXPECT_EQ( -1, qvStandardOutputWidth() );
             fputs( testing::Test::HasFailure() ? "failed" : "done", stderr );
             _exit( 0 );
@@ -220,9 +233,14 @@ TEST( Standard, InputComesAsItArrives )
                    {
                        Ref< QV_LINE_SOURCE > lines( qvStandardInputLineSource( charset, flags, ends ) );
                        Ref< QV_VECTOR >      all( qvLineSourceReadLines( lines, -1 ) );
-                       fputs(
-                           ( take( qvVectorToString( all ) ) + ( qvLineSourceError( lines ) ? "!" : "" ) ).c_str(),
-                           stderr );
+                       Ref< QV_ERROR >       error( qvLineSourceError( lines ) ? qvErrorLast() : nullptr );
+                       std::string           place;
+
+                       if( error )
+                           place =
+                               std::to_string( qvErrorLine( error ) ) + "@" + std::to_string( qvErrorOffset( error ) );
+
+                       fputs( ( take( qvVectorToString( all ) ) + place ).c_str(), stderr );
                    },
                    [=]( int to, int ) { (void)!write( to, data.data(), data.size() ); } )
             .errors;
@@ -234,7 +252,7 @@ TEST( Standard, InputComesAsItArrives )
                              6 },
                            QV_CHARSET_UTF_16_LE, 0, ENDS ) );
     EXPECT_EQ(
-        "<a>!", readLines( "a\nb\xff\nc\n", QV_CHARSET_UTF_8, QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER, ENDS ) );
+        "<a>2@3", readLines( "a\nb\xff\nc\n", QV_CHARSET_UTF_8, QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER, ENDS ) );
     EXPECT_EQ( "<\u00e9, , b>", readLines( "\xe9\r\nb", QV_CHARSET_ISO_8859_1, 0, QV_NLF_FLAG_LF | QV_NLF_FLAG_CR ) );
     EXPECT_EQ( "<a, \u00c3\u00a9>", readLines( "a\n\xc3\xa9\n", QV_CHARSET_ISO_8859_1, 0, ENDS ) );
     EXPECT_EQ( "<a\nb, c>", readLines( "a\nb\rc", QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_CR ) );

@@ -97,7 +97,7 @@ TEST( MorvaneStore, TellsWhatIsWrongWithAFileAndChangesNothing )
     expectFailures( {
         { "store show nowhere", "store: nowhere: No such file or directory" },
         { "store set . a=1", "store: .: Is a directory" },
-        { "store show truncated --binary", "store: truncated: truncated, or no document in binary form" },
+        { "store show - --binary <truncated", "store: standard input: truncated, or no document in binary form" },
         { "store decode trailing doc", "store: trailing: bytes behind the end of the document" },
         { "store decode deep doc", "store: deep: nested too deep" },
         { "store set invalid a=2", "store: invalid: not valid UTF-8; it could not be kept as it is" },

@@ -185,6 +185,14 @@ QV_BOOL qv::setSystemError( const char *what, int error, QV_STRING *path )
     return setSystemError( what, error, OwnUtf8( path ) );
 }
 
+void qv::moveErrorOffset( QV_INT bytesBefore )
+{
+    Failure *last = lastFailure();
+
+    if( last && last->offset >= 0 )
+        last->offset += bytesBefore;
+}
+
 void qv::addErrorLineAfter( QV_INT linesRead )
 {
     Failure *last = lastFailure();
@@ -195,7 +203,9 @@ void qv::addErrorLineAfter( QV_INT linesRead )
 
 void qv::setErrorInLastLine()
 {
-    if( Failure *last = lastFailure() )
+    Failure *last = lastFailure();
+
+    if( last && last->line < 0 )
         last->line = LAST_LINE;
 }
 

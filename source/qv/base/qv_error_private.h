@@ -78,9 +78,13 @@ QV_BOOL setSystemError( const char *what, int error, Utf8 path );
 /** Adds the path to the last error of the thread, unless there is none or it has one. */
 void addErrorPath( QV_STRING *path );
 
+/** Adds the number of bytes that came before a piece of a stream to the last error of the thread, if that has the offset
+    in the piece. */
+void moveErrorOffset( QV_INT bytesBefore );
+
 /** For a stream of lines that fails after some lines: adds the number of the next line to the last error of the thread,
-    unless there is none or it has a line. If the reader of lines has called setErrorInLastLine(), it is the number of
-    the last line, which was cut off where the failure is. */
+    unless there is none or it has a line. If the reader of lines has called setErrorInLastLine(), which likewise leaves a
+    line alone, it is the number of the last line, which was cut off where the failure is. */
 void addErrorLineAfter( QV_INT linesRead );
 void setErrorInLastLine();
 

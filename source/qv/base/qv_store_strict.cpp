@@ -128,6 +128,8 @@ void findProblems( QV_BUFFER *buffer, qv::Utf8 path, const Take &take )
     const uint8_t   *start = static_cast< const uint8_t * >( qvBufferBacking( buffer ) );
     const uint8_t   *end   = start + qvBufferLength( buffer );
     const uint8_t   *pos   = start;
+    const uint8_t   *feed  = nullptr; // the next line feed, or the end
+    const uint8_t   *next  = nullptr; // up to it, where another newline may come first
     qv::ErrorDetails details;
 
     details.path = path;
@@ -137,29 +139,26 @@ void findProblems( QV_BUFFER *buffer, qv::Utf8 path, const Take &take )
 
     for( details.line = 1; pos < end; details.line++ )
     {
-        qv::LineOfBytes found   = qv::findLine( pos, end );
-        bool            isAscii = true;
-        QV_INT          newline = found.end < end ? 1 : 0;
+        bool   isAscii = true;
+        QV_INT newline = 0;
 
-        // Something else than a line feed may end the line before.
-        for( const uint8_t *odd = found.special; odd && odd < found.end; odd++ )
+        // A line feed is looked for once, however many lines end in something else before it.
+        if( !feed || pos > feed )
         {
-            if( QV_INT length = newlineAt( odd, end ) )
-            {
-                found.end = odd;
-                newline   = length;
-                break;
-            }
-
-            isAscii = isAscii && *odd < 0x80;
+            qv::LineOfBytes found = qv::findLine( pos, end );
+            feed                  = found.end;
+            next                  = found.special ? found.special : feed;
         }
 
-        checkLine( { pos, found.end }, start, isAscii, &details );
+        for( ; next < feed && !( newline = newlineAt( next, end ) ); next++ )
+            isAscii = isAscii && *next < 0x80;
+
+        checkLine( { pos, next }, start, isAscii, &details );
 
         if( details.code != QV_ERROR_NONE && !take( details ) )
             return;
 
-        pos = found.end + newline;
+        pos = next = next + ( next == feed && feed < end ? 1 : newline );
     }
 }
 

@@ -170,12 +170,13 @@ inline bool putInvalid( CodecSource *csc, QV_CHAR **out, QV_INT back )
     return invalid != Invalid::FAIL;
 }
 
-/** The same for the start of a character at the end of the data. */
+/** The same for the start of a character at the end of the data. If that is there because a read has failed, the last
+    error is that of the read. */
 inline bool putCutOff( CodecSource *csc, QV_CHAR **out )
 {
     bool ok = putInvalid( csc, out, 0 );
 
-    if( !ok )
+    if( !ok && endOfBytes( csc ) )
         setError(
             { .code   = QV_ERROR_CUT_OFF,
               .offset = csc->cacheOffset + csc->cacheLength,

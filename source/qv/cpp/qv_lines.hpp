@@ -147,11 +147,11 @@ inline Result< QV_INT > charsetNamed( const String &name )
     return Lines( qvFileOpenLineSource( path.c(), charset, charsetFlags, lineEnds ), path );
 }
 
-/** The lines of the standard input, which is opened anew: what C streams have read ahead is not seen again. */
+/** The lines of the standard input. qv_standard.h tells when they arrive, and what is read ahead. */
 [[nodiscard]] inline Lines standardInputLines(
     QV_INT charset = QV_CHARSET_UTF_8, QV_INT charsetFlags = 0, QV_INT lineEnds = COMMON_LINE_ENDS )
 {
-    return lines( "/dev/stdin", charset, charsetFlags, lineEnds );
+    return Lines( qvStandardInputLineSource( charset, charsetFlags, lineEnds ) );
 }
 
 /** The lines of a text. */

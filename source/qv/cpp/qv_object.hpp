@@ -182,7 +182,7 @@ QV_CPP_FAMILY( LineSource, QV_LINE_SOURCE );            QV_CPP_FAMILY( Module, Q
 QV_CPP_FAMILY( ModuleVersion, QV_MODULE_VERSION );      QV_CPP_FAMILY( Monitor, QV_MONITOR );
 QV_CPP_FAMILY( NlfLineSink, QV_NLF_LINE_SINK );         QV_CPP_FAMILY( NlfLineSource, QV_NLF_LINE_SOURCE );
 QV_CPP_FAMILY( OptDef, QV_OPT_DEF );                    QV_CPP_FAMILY( OptSeq, QV_OPT_SEQ );
-QV_CPP_FAMILY( Options, QV_OPTIONS );
+QV_CPP_FAMILY( Options, QV_OPTIONS );                   QV_CPP_FAMILY( Error, QV_ERROR );
 QV_CPP_FAMILY( PriorityMap, QV_PRIORITY_MAP );          QV_CPP_FAMILY( RangeMap, QV_RANGE_MAP );
 QV_CPP_FAMILY( Region, QV_REGION );                     QV_CPP_FAMILY( Signal, QV_SIGNAL );
 QV_CPP_FAMILY( Signalable, QV_SIGNALABLE );             QV_CPP_FAMILY( Sort, QV_SORT );

@@ -34,14 +34,8 @@ struct Error
     /** The last error of this thread. It is there after a call that has failed and whose comment says so. */
     [[nodiscard]] static Error last()
     {
-        QV_ERROR *error = qvErrorLast();
-
-        if( !error )
-            return {};
-
-        Error result = from( error );
-        qvErrorRelease( error );
-        return result;
+        auto error = Held< QV_ERROR >::ownOptional( qvErrorLast() );
+        return error ? from( error->c() ) : Error();
     }
 
     /** A copy of an Error of the C interface. */
@@ -60,11 +54,8 @@ struct Error
     /** All of it in one line: `notes.conf:7: is no entry`; without a line, `notes.conf@120: ...`. */
     [[nodiscard]] String text() const
     {
-        QV_STRING *name   = path.c();
-        QV_ERROR  *error  = qvErrorCreate( QV_ERROR_OTHER, reason.c(), path.empty() ? nullptr : name, line, offset );
-        String     result = String::own( qvErrorToString( error ) );
-        qvErrorRelease( error );
-        return result;
+        QV_STRING *name = path.empty() ? nullptr : static_cast< QV_STRING * >( path.c() );
+        return Held< QV_ERROR >::own( qvErrorCreate( QV_ERROR_OTHER, reason.c(), name, line, offset ) ).toString();
     }
 };
 

@@ -9,8 +9,9 @@
 
     Streams stand on each other: a char source decodes a byte source, a line source splits a char source. Copies are the
     same stream, at the same place; one thread at a time may use it. A write that fails returns false and is remembered by
-    failed(), and a sink that ends flushes itself, whose failure nobody sees. qv_standard.h tells when what is written to
-    the standard streams arrives, and qv_charset.h what the flags of charsets mean. */
+    failed(); after either, Error::last() tells why. A sink that ends flushes itself, whose failure nobody sees.
+    qv_standard.h tells when what is written to the standard streams arrives, and qv_charset.h what the flags of charsets
+    mean. */
 
 #ifndef QV_STREAMS_HPP
 #define QV_STREAMS_HPP
@@ -46,7 +47,7 @@ public:
         if( std::optional< ByteSink > sink = ownOptional( qvFileOpenByteSink( path.c() ) ) )
             return *std::move( sink );
 
-        return Error{ "cannot be opened", path };
+        return Error::last();
     }
 
     /** Writes bytes. */
@@ -98,7 +99,7 @@ public:
         if( std::optional< ByteSource > source = ownOptional( qvFileOpenByteSource( path.c() ) ) )
             return *std::move( source );
 
-        return Error{ "cannot be opened", path };
+        return Error::last();
     }
 
     /** Bytes in memory. */

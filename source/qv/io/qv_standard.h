@@ -22,16 +22,17 @@
     flush a sink here flushes the C stream too. All sources read through the buffer of `stdin`. Byte and char sources
     wait until as many bytes are there as they want, char sources for 1 KiB. A line source takes what is there: it returns
     a line as soon as it has arrived, if LF is one of its ends, unless it reads a regular file, or one of the charsets
-    UTF-16, UTF-32 and EBCDIC.
+    UTF-16, UTF-32 and EBCDIC. Where the charset flags forbid some bytes, what comes before them in their line is
+    returned as the last line only if lines are not returned as they arrive.
 
     Charsets. Streams have the one that they are made with; there is no default of the locale. Print hooks write UTF-8.
 
-    Failures never end the process. A closed descriptor, a full disk and a pipe that nobody reads, whose signal SIGPIPE
-    is held back during the write, make the write or flush fail: results are false, sinks have the error flag, and
-    qvStandardOutputFlush() tells it for all that was written, print hooks included. What was written in part stays
-    written in part. If a handler of a signal that was set without SA_RESTART interrupts a write, or the descriptor does
-    not block, that is a failure too. If a descriptor is closed before the start of the process, the next file that is
-    opened may get its number.
+    Failures never end the process, and set the last error, without a path. A closed descriptor, a full disk and a pipe
+    that nobody reads, whose signal SIGPIPE is held back during the write, make the write or flush fail: results are
+    false, sinks have the error flag, and qvStandardOutputFlush() tells it for all that was written, print hooks included.
+    What was written in part stays written in part. If a handler of a signal that was set without SA_RESTART interrupts a
+    write, or the descriptor does not block, that is a failure too. If a descriptor is closed before the start of the
+    process, the next file that is opened may get its number.
 
     Threads. A stream belongs to one thread at a time. Several threads may have streams for the same descriptor, and print
     at the same time: the bytes of one write, or of one call of a print hook, stay together. */
@@ -70,7 +71,7 @@ QV_API void qvStandardOutputPrint( const QV_CHAR *chs, QV_INT chsLength );
 QV_API void qvStandardErrorPrint( const QV_CHAR *chs, QV_INT chsLength );
 /** @} */
 
-/** Flushes the standard output. False if that fails, or a write to it has failed before. */
+/** Flushes the standard output. False if that fails, or a write to it has failed before; it sets the last error. */
 QV_API QV_BOOL qvStandardOutputFlush( void );
 
 /** The width in cells of the terminal that the standard output is; -1 if it is none. */

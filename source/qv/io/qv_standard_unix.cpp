@@ -3,6 +3,8 @@
 #include "qv/base/qv_boxed_pointer_private.h"
 #include "qv/base/qv_buffer.h"
 #include "qv/base/qv_buffer_private.h"
+#include "qv/base/qv_error.h"
+#include "qv/base/qv_error_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/base/qv_vector.h"
@@ -46,7 +48,8 @@ struct QV___STANDARD_LINE_SOURCE : QV_OBJ
     size_t          room;
     QV_CHAR        *chars; // that those become
     QV_INT          charRoom;
-    QV_LINE_SOURCE *more; // the lines that are left of what was read, or null
+    QV_INT          bytesTaken; // in all
+    QV_LINE_SOURCE *more;       // the lines that are left of what was read, or null
 };
 
 namespace
@@ -108,6 +111,13 @@ private:
     FILE *stream_;
 };
 
+// The `errno` of the last read or write of a stream that has failed here, or 0. For the thread that has locked it.
+int &failureOf( FILE *stream )
+{
+    static int ofInput, ofOutput, ofError;
+    return stream == stdin ? ofInput : stream == stdout ? ofOutput : ofError;
+}
+
 // True if bytes only go into the buffer of a stream. Condition: it is fully buffered, and has more room than that.
 bool isKept( FILE *stream, size_t count )
 {
@@ -116,7 +126,11 @@ bool isKept( FILE *stream, size_t count )
 
 bool writeKept( FILE *stream, const void *bytes, size_t count )
 {
-    return fwrite( bytes, 1, count, stream ) == count;
+    if( fwrite( bytes, 1, count, stream ) == count )
+        return true;
+
+    failureOf( stream ) = errno;
+    return false;
 }
 
 bool writeBytes( FILE *stream, const void *bytes, QV_INT byteCount )
@@ -138,8 +152,36 @@ bool writeBytes( FILE *stream, const void *bytes, QV_INT byteCount )
 // What has failed before may have lost what this stream's other users wrote, so it counts.
 bool flushStream( FILE *stream )
 {
+    Locked         locked( stream );
     PipeSignalHeld held;
-    return fflush( stream ) == 0 && !ferror( stream );
+
+    if( fflush( stream ) != 0 )
+        failureOf( stream ) = errno;
+    else if( !ferror( stream ) )
+        return true;
+
+    return false;
+}
+
+// The result of a write or flush, for a caller who is told the reason.
+QV_BOOL told( FILE *stream, bool ok )
+{
+    if( ok )
+        return QV_TRUE;
+
+    Locked locked( stream );
+
+    // If only the program's own calls of the C library have failed, the reason is not known.
+    if( int failure = failureOf( stream ) )
+        return qv::setSystemError(
+            stream == stderr ? "the standard error stream cannot be written" : "the standard output cannot be written",
+            failure );
+
+    qv::setError(
+        { .code   = QV_ERROR_INPUT_OUTPUT,
+          .reason = stream == stderr ? "the standard error stream could not be written before"
+                                     : "the standard output could not be written before" } );
+    return QV_FALSE;
 }
 
 // Writes characters so that no other thread's come between them.
@@ -168,17 +210,20 @@ Ref< QV___BOXED_POINTER > closureFor( FILE *stream )
 
 QV_BOOL writeFromBuffer( QV_OBJ *closure, QV_BUFFER *buf, QV_INT byteOffset, QV_INT byteCount )
 {
-    return writeBytes( streamOf( closure ), qv::bytes( buf ) + byteOffset, byteCount ) ? QV_TRUE : QV_FALSE;
+    FILE *stream = streamOf( closure );
+    return told( stream, writeBytes( stream, qv::bytes( buf ) + byteOffset, byteCount ) );
 }
 
 QV_BOOL writeFromArray( QV_OBJ *closure, const uint8_t *bytes, QV_INT byteCount )
 {
-    return writeBytes( streamOf( closure ), bytes, byteCount ) ? QV_TRUE : QV_FALSE;
+    FILE *stream = streamOf( closure );
+    return told( stream, writeBytes( stream, bytes, byteCount ) );
 }
 
 QV_BOOL flushByteSink( QV_OBJ *closure )
 {
-    return flushStream( streamOf( closure ) ) ? QV_TRUE : QV_FALSE;
+    FILE *stream = streamOf( closure );
+    return told( stream, flushStream( stream ) );
 }
 
 QV_BYTE_SINK *byteSinkOf( FILE *stream )
@@ -244,6 +289,18 @@ QV_LINE_SINK *lineSinkOf( QV_CHAR_SINK *owned, QV_INT nlfFlags )
 
 /* Reading -------------------------------------------------------------------------------------------------------- */
 
+// Sets the last error after a read has failed. Without a number the stream had failed before: it may read no more.
+QV_BOOL readFailed( int error )
+{
+    Locked locked( stdin );
+    int   &failure = failureOf( stdin );
+
+    if( error )
+        failure = error;
+
+    return qv::setSystemError( "the standard input cannot be read", failure ? failure : EIO );
+}
+
 // Fewer bytes than the limit mean the end of the data or an error; a signal does not end the read.
 QV_BOOL readToArray( QV_OBJ *, uint8_t *bytes, QV_INT byteCount, QV_INT *bytesRead )
 {
@@ -259,7 +316,7 @@ QV_BOOL readToArray( QV_OBJ *, uint8_t *bytes, QV_INT byteCount, QV_INT *bytesRe
             return QV_TRUE;
 
         if( errno != EINTR )
-            return QV_FALSE;
+            return readFailed( errno );
 
         clearerr( stdin );
     }
@@ -331,11 +388,14 @@ ssize_t readToLineFeed( Source *source )
     }
 }
 
-// Decodes what was read. Null if the flags forbid what is invalid.
+// Decodes what was read. Null, with the last error set, if the flags forbid what is invalid.
 Ref< QV_STRING > decoded( Source *source, QV_INT count )
 {
     Ref< QV_BUFFER > buf( qvBufferCreateFromBytesCopy( source->bytes, count ) );
     Ref< QV_STRING > text( qvCharsetBufferToStringWithFlags( source->charset, buf, source->charsetFlags ) );
+
+    if( !text )
+        qv::moveErrorOffset( source->bytesTaken - count );
 
     // Only the first bytes of all can be a byte order mark.
     source->charsetFlags |= QV_CHARSET_FLAG_IGNORE_BYTE_ORDER_MARK;
@@ -401,7 +461,9 @@ QV_BOOL readStandardLine( QV_OBJ *closure, QV_STRING **line )
     ssize_t count = readToLineFeed( source );
 
     if( count <= 0 )
-        return count == 0 ? QV_TRUE : QV_FALSE;
+        return count == 0 ? QV_TRUE : readFailed( errno );
+
+    source->bytesTaken += count;
 
     QV_INT plain  = decodePlainly( source, count );
     QV_INT length = plain < 0 ? -1 : lengthOfOnlyLine( source, source->chars, plain );
@@ -467,6 +529,7 @@ QV_LINE_SOURCE *qvStandardInputLineSource( QV_INT charset, QV_INT charsetFlags, 
     source->room         = 0;
     source->chars        = nullptr;
     source->charRoom     = 0;
+    source->bytesTaken   = 0;
     source->more         = nullptr;
     return qv___LineSourceCreate( readStandardLine, source );
 }
@@ -519,7 +582,7 @@ void qvStandardErrorPrint( const QV_CHAR *chs, QV_INT chsLength )
 
 QV_BOOL qvStandardOutputFlush( void )
 {
-    return flushStream( stdout ) ? QV_TRUE : QV_FALSE;
+    return told( stdout, flushStream( stdout ) );
 }
 
 QV_INT qvStandardOutputWidth( void )
