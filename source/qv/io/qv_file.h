@@ -85,8 +85,8 @@ QV_API QV_BOOL qvFileDeleteDirectoryRecursive( QV_STRING *fn );
 
 /** The entries of a directory without "." and "..", as a new Vector of full names in the order of the operating system.
     It is empty if the directory cannot be read. If `skipDirectories` is true, it has no directories. If `suffix` is not
-    null, it has only the names that end with it, regardless of case. An empty result sets the last error, or clears it
-    if the directory was read. */
+    null, it has only the names that end with it, regardless of case. The last error is cleared if the directory was read
+    to its end; else it is set, and the result has the entries that were read before. */
 QV_API QV_VECTOR *qvDirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, QV_STRING *suffix );
 
 /* The text of paths ---------------------------------------------------------------------------------------------- */

@@ -424,8 +424,21 @@ QV_VECTOR *qv___DirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, QV_S
         return result.give();
     }
 
-    while( const dirent *entry = readdir( directory ) )
+    qvErrorClear();
+
+    for( ;; )
     {
+        errno               = 0; // what tells a failure from the end
+        const dirent *entry = readdir( directory );
+
+        if( !entry )
+        {
+            if( errno != 0 )
+                qv::setSystemError( "cannot be read to its end", errno, path );
+
+            break;
+        }
+
         if( strcmp( entry->d_name, "." ) == 0 || strcmp( entry->d_name, ".." ) == 0 )
             continue;
 
@@ -448,10 +461,6 @@ QV_VECTOR *qv___DirectoryContent( QV_STRING *path, QV_BOOL skipDirectories, QV_S
     }
 
     closedir( directory );
-
-    if( qvVectorLength( result ) == 0 )
-        qvErrorClear();
-
     return result.give();
 }
 
