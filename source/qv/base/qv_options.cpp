@@ -15,6 +15,7 @@
 
 using qv::Option;
 using qv::Ref;
+using qv::takesArgument;
 
 namespace
 {
@@ -77,11 +78,6 @@ Option &optionOf( QV_OPTIONS *options, QV_INT option )
 Option &writableOption( QV_OPTIONS **options, QV_INT option )
 {
     return optionOf( writableOptions( options ), option );
-}
-
-bool takesArgument( const Option &option )
-{
-    return option.type != QV_OPTION_TYPE_FLAG;
 }
 
 // Enters what an OptSeq has to know about an option.
