@@ -34,9 +34,22 @@ PICTURES += [ ( ord( ch ), ord( ch ) ) for ch in "#*0123456789" ]  # keycaps
 # Signs that enclose the digits after them take a cell, though their category is that of invisible ones.
 VISIBLE_FORMATS = { 0xAD, *range( 0x600, 0x606 ), 0x6DD, 0x70F, 0x890, 0x891, 0x8E2, 0x110BD, 0x110CD }
 
+# Where code points without a character are wide: places for ideographs, as the database has it, and for emojis.
+WIDE_PLACES = [ ( 0x3400, 0x4DBF ), ( 0x4E00, 0x9FFF ), ( 0xF900, 0xFAFF ), ( 0x1FA70, 0x1FAFF ) ]
+WIDE_PLACES += [ ( 0x20000, 0x2FFFD ), ( 0x30000, 0x3FFFD ) ]
+
+
+def within( point, ranges ):
+    return any( first <= point <= last for first, last in ranges )
+
 
 def value( point ):
     category, width = unicodedata.category( chr( point ) ), unicodedata.east_asian_width( chr( point ) )
+
+    # Python says "F" for all code points without a character.
+    if category == "Cn":
+        width = "W" if within( point, WIDE_PLACES ) else "N"
+
     joins = 0x1160 <= point <= 0x11FF or 0xD7B0 <= point <= 0xD7FB  # vowels and finals of Hangul
     extends = category in ( "Mn", "Me", "Mc" ) or joins or point == 0x200D or 0xE0020 <= point <= 0xE007F
     hidden = category in ( "Mn", "Me", "Cc", "Zl", "Zp" ) or category == "Cf" and point not in VISIBLE_FORMATS
@@ -46,8 +59,7 @@ def value( point ):
     else:
         cells = { "W": WIDE, "F": WIDE, "A": AMBIGUOUS }.get( width, 1 )
 
-    picture = any( first <= point <= last for first, last in PICTURES )
-    return cells | ( EXTENDS if extends else 0 ) | ( PICTURE if picture else 0 )
+    return cells | ( EXTENDS if extends else 0 ) | ( PICTURE if within( point, PICTURES ) else 0 )
 
 
 def rows( values ):

@@ -181,5 +181,16 @@ TEST( Dict, UpdatesValuesInPlace )
 
         EXPECT_EQ( Ref( qvDictCreate() ).get(), dict.get() );
         lone = 0;
+
+        // What is entered is the key that was lent, whatever the function makes of the caller's variable.
+        Ref< QV_STRING > name = text( "name" );
+        auto             tell = []( QV_OBJ **value, void *data )
+        {
+            qvStringAppendChar( static_cast< QV_STRING ** >( data ), U'!' );
+            *value = boxed( 1 ).give();
+        };
+        qvDictUpdateStringKey( dict.at(), name, tell, name.at() );
+        EXPECT_EQ( "{name=1}", take( qvDictToString( dict ) ) );
+        EXPECT_EQ( "name!", take( name.give() ) );
     }
 }

@@ -33,7 +33,7 @@ WRONG = [
     ("qv::Vector< qv::String > v{ 1 };", "convert|no matching"),
     ("auto x = o.as< Other >();", "constraints|no match"),
     ("qv::Store t; auto x = t.get< char * >( s );", "a value is a text"),
-    ('qv::Options options( s ); options.add( 0, s, other, s );', "no option sets a variable of this type"),
+    ('qv::Options options( s ); options.add( 0, s, ch, s );', "no option sets a variable of this type"),
     ("qv::Decoder in( qv::Buffer{} ); auto x = in.decode< Other >();", "no such value can be decoded"),
     # Formats. The message is the library's own sentence about the conversion.
     ('qv::print( "%i", r );', "%i takes an integer"),

@@ -55,11 +55,16 @@ TEST( UnicodeWidth, CountsCells )
         { "\u2764\ufe0f", 2, 0 },                               // and as an emoji
         { "1\ufe0f\u20e3", 2, 0 },                              // a keycap
         { "\U0001f44d\U0001f3fd", 2, 0 },                       // with a skin colour
+        { "\u261d\U0001f3fd", 2, 0 },                           // which makes an emoji of a text
         { "a\U0001f3fd", 3, 1 },                                // a skin colour without a hand
+        { "1\U0001f3fd", 3, 1 },                                // nor has a digit one
         { "\U0001f468\u200d\U0001f469\u200d\U0001f467", 2, 0 }, // a family
-        { "\U0001f468\u200da", 3, 0 },                          // a joiner in vain
+        { "\u2764\u200d\U0001f525", 2, 0 },                     // a heart on fire
+        { "\U0001f468\u200d1", 3, 0 },                          // a joiner in vain
         { "\U0001f1e8\U0001f1ed\U0001f1e8", 3, 0 },             // a flag and half of one
         { "\U0001f3f4\U000e0067\U000e007f", 2, 0 },             // a flag with tags
+        { "\u0378\uffff", 2, 1 },                               // no characters
+        { "\U0003fffd\U0001faff", 4, 0 },                       // nor these, but places for wide ones
     };
 
     for( const auto &row : ROWS )

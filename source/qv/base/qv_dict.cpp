@@ -532,6 +532,9 @@ void qv::updateDict(
     QV_OBJ **field = nullptr;
     QV_OBJ  *value = nullptr;
 
+    // The function may change or release what the caller has lent as the key.
+    Ref< QV_OBJ > newKey( place.found ? nullptr : keep( key ) );
+
     if( place.found )
     {
         makePrivate( dict, qvDictCreateFrom );
@@ -555,11 +558,10 @@ void qv::updateDict(
     }
     else if( value )
     {
-        // The references to what goes in come first: one of them may be to the Dict itself.
-        QV_OBJ *kept = keep( key );
+        // What goes in may be the Dict itself, which is shared then.
         makePrivate( dict, qvDictCreateFrom );
         accountForMore( *dict, 1 );
-        enterItem( *dict, place, kept, value );
+        enterItem( *dict, place, newKey.give(), value );
     }
 }
 

@@ -15,6 +15,7 @@
 
 using qv::Option;
 using qv::Ref;
+using qv::takesArgument;
 
 namespace
 {
@@ -77,11 +78,6 @@ Option &optionOf( QV_OPTIONS *options, QV_INT option )
 Option &writableOption( QV_OPTIONS **options, QV_INT option )
 {
     return optionOf( writableOptions( options ), option );
-}
-
-bool takesArgument( const Option &option )
-{
-    return option.type != QV_OPTION_TYPE_FLAG;
 }
 
 // Enters what an OptSeq has to know about an option.
@@ -212,12 +208,31 @@ QV_STRING *plainReal( QV_REAL value )
     return text.give();
 }
 
+QV_STRING *plainInt( QV_INT value )
+{
+    return qvStringCreateFromFormatCstr( "%i", -1, value );
+}
+
+// What a value has to be, with the bounds that there are, which the call takes over, and their unit.
+QV_STRING *withBounds( const char *kind, QV_STRING *least, QV_STRING *most, const char *unit )
+{
+    if( least && most )
+        return qvStringCreateFromFormatCstr( "%lc from %~s to %~s%lc", -1, kind, least, most, unit );
+
+    if( least )
+        return qvStringCreateFromFormatCstr( "%lc of at least %~s%lc", -1, kind, least, unit );
+
+    if( most )
+        return qvStringCreateFromFormatCstr( "%lc of at most %~s%lc", -1, kind, most, unit );
+
+    return qvStringCreateFromCstr( kind, -1 );
+}
+
 // What an argument has to be, as a sentence goes on after "is not"; null if it is that.
 QV_STRING *demandOn( const Option &option, QV_STRING *argument )
 {
-    const char *kind = option.type == QV_OPTION_TYPE_INTEGER ? "an integer" : "a duration like 90s or 1h30m";
-    QV_INT      whole;
-    QV_REAL     real;
+    QV_INT  whole;
+    QV_REAL real;
 
     switch( option.type )
     {
@@ -228,31 +243,29 @@ QV_STRING *demandOn( const Option &option, QV_STRING *argument )
         return qvStringCreateFromFormatCstr( "one of %s", -1, option.argument );
 
     case QV_OPTION_TYPE_INTEGER:
+        if( readWhole( option, argument, &whole ) )
+            return nullptr;
+
+        return withBounds(
+            "an integer", option.least == QV_INT_MIN ? nullptr : plainInt( option.least ),
+            option.most == QV_INT_MAX ? nullptr : plainInt( option.most ), "" );
+
     case QV_OPTION_TYPE_DURATION:
         if( readWhole( option, argument, &whole ) )
             return nullptr;
 
-        if( option.least == QV_INT_MIN && option.most == QV_INT_MAX )
-            return qvStringCreateFromCstr( kind, -1 );
-
-        if( option.type == QV_OPTION_TYPE_DURATION )
-            return qvStringCreateFromFormatCstr(
-                "%lc, from %i to %i milliseconds", -1, kind, option.least, option.most );
-
-        if( option.most == QV_INT_MAX )
-            return qvStringCreateFromFormatCstr( "%lc of at least %i", -1, kind, option.least );
-
-        return qvStringCreateFromFormatCstr( "%lc from %i to %i", -1, kind, option.least, option.most );
+        // No duration is below 0.
+        return withBounds(
+            "a duration like 90s or 1h30m", option.least <= 0 ? nullptr : plainInt( option.least ),
+            option.most == QV_INT_MAX ? nullptr : plainInt( option.most ), " milliseconds" );
 
     case QV_OPTION_TYPE_REAL:
         if( readReal( option, argument, &real ) )
             return nullptr;
 
-        if( isinf( option.leastReal ) && isinf( option.mostReal ) )
-            return qvStringCreateFromCstr( "a number", -1 );
-
-        return qvStringCreateFromFormatCstr(
-            "a number from %~s to %~s", -1, plainReal( option.leastReal ), plainReal( option.mostReal ) );
+        return withBounds(
+            "a number", isinf( option.leastReal ) ? nullptr : plainReal( option.leastReal ),
+            isinf( option.mostReal ) ? nullptr : plainReal( option.mostReal ), "" );
 
     default:
         return nullptr;

@@ -149,8 +149,9 @@ QV_API QV_STRING *qvOptionsCompletion( QV_OPTIONS *options, QV_INT shell );
     before it has been read. */
 QV_API QV_BOOL qvOptionsRead( QV_OPTIONS **options, QV_VECTOR *argv );
 
-/** Does what main() does first: adds -h, --help, --version and --completion where no other option has these names, reads
-    the arguments, which are UTF-8, and answers them. Returns -1 if the program shall go on, else its exit status: 0 after
+/** Does what main() does first: adds -h, --help, --version and --completion where no other option has these names, outside
+    of groups, reads the arguments, which are UTF-8, and answers them. To be called once for Options: a second time the
+    names are taken, and not answered. Returns -1 if the program shall go on, else its exit status: 0 after
     the help, the version or the completion, printed to the standard output and wrapped to the terminal's width or 80
     cells; 1 if that could not be written; 2 after a line about a mistake on the standard error stream. The version is
     that of the start of the library, without which there is no --version. A negative `argc`, and null in `argv` before

@@ -21,6 +21,11 @@ struct Option
     QV_REAL    leastReal, mostReal;
 };
 
+inline bool takesArgument( const Option &option )
+{
+    return option.type != QV_OPTION_TYPE_FLAG;
+}
+
 /** How many words a usage like `FILE [OUT]` takes. */
 struct WordCount
 {

@@ -11,6 +11,7 @@
 
 using qv::Option;
 using qv::Ref;
+using qv::takesArgument;
 
 namespace
 {
@@ -34,11 +35,6 @@ void addSpaces( Ref< QV_STRING > &to, QV_INT count )
 bool isShown( const Option &option )
 {
     return !( option.flags & QV_OPTION_FLAG_HIDDEN );
-}
-
-bool takesArgument( const Option &option )
-{
-    return option.type != QV_OPTION_TYPE_FLAG;
 }
 
 /* Usage ---------------------------------------------------------------------------------------------------------- */

@@ -17,8 +17,9 @@
                 ...
         }
 
-    The type of a variable tells what its option takes, and its value at that time is the default. qv_options.h tells how
-    a command line is read, and what main() answers. The variables live as long as the Options. */
+    The type of a variable tells what its option takes, and its value at that time is the default, which the usage text
+    shows if it is an integer other than 0 or a text. qv_options.h tells how a command line is read, and what main()
+    answers. The variables live as long as the Options. */
 
 #ifndef QV_OPTIONS_HPP
 #define QV_OPTIONS_HPP
@@ -228,6 +229,9 @@ private:
     }
 
     template< class T >
+    static constexpr bool IS_INTEGER = Boxable< T > && std::integral< T > && !std::same_as< T, bool >;
+
+    template< class T >
     static constexpr QV_INT typeOf()
     {
         using Type = typename Inside< T >::Type;
@@ -244,8 +248,7 @@ private:
             return QV_OPTION_TYPE_REAL;
         else
         {
-            static_assert(
-                std::integral< Type > && !std::same_as< Type, bool >, "no option sets a variable of this type" );
+            static_assert( IS_INTEGER< Type >, "no option sets a variable of this type" );
             return QV_OPTION_TYPE_INTEGER;
         }
     }
@@ -256,7 +259,7 @@ private:
         using Type = typename Inside< T >::Type;
         QV_INT id  = qvOptionsAdd( options_.variable(), letter, name.c(), type, text.c() );
 
-        if constexpr( std::integral< Type > && !std::same_as< Type, bool > )
+        if constexpr( IS_INTEGER< Type > )
         {
             using Limits = std::numeric_limits< Type >;
             QV_INT least =
@@ -271,7 +274,7 @@ private:
             if( !variable.empty() )
                 qvOptionsSetDefault( options_.variable(), id, variable.c() );
         }
-        else if constexpr( std::integral< T > && !std::same_as< T, bool > )
+        else if constexpr( IS_INTEGER< T > )
         {
             std::string digits = std::to_string( variable );
 

@@ -26,7 +26,7 @@ const QV_INT MISUSED = 2;
 
 const QV_INT WIDTH = 80; // where there is no terminal
 
-// Adds an option unless its name is taken, and returns its number or -1.
+// Adds an option, to no group of the program's, unless its name is taken. Returns its number or -1.
 QV_INT addUnlessTaken( QV_OPTIONS **options, QV_CHAR letter, const char *name, QV_INT type, const char *text )
 {
     Ref< QV_STRING > longOpt( qvStringCreateFromCstr( name, strcspn( name, "=" ) ) );
@@ -34,8 +34,10 @@ QV_INT addUnlessTaken( QV_OPTIONS **options, QV_CHAR letter, const char *name, Q
     if( qvOptDefLongOpt( ( *options )->def, longOpt, QV_FALSE, nullptr ) >= 0 )
         return -1;
 
-    bool isTaken = letter && qvOptDefShortOpt( ( *options )->def, letter ) >= 0;
-    return qvOptionsAddCstr( options, isTaken ? 0 : letter, name, -1, type, text, -1 );
+    bool   isTaken = letter && qvOptDefShortOpt( ( *options )->def, letter ) >= 0;
+    QV_INT option  = qvOptionsAddCstr( options, isTaken ? 0 : letter, name, -1, type, text, -1 );
+    qv::assign( &( *options )->all[option].group, static_cast< QV_STRING * >( nullptr ) );
+    return option;
 }
 
 bool isGiven( QV_OPTIONS *options, QV_INT option )

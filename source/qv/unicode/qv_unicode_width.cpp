@@ -43,6 +43,13 @@ bool isPlain( QV_CHAR ch )
     return ch - 0x20 < 0x7F - 0x20;
 }
 
+// Whether a character takes part in pictures with joiners and skin colours. Digits have a form as an emoji too, as keycaps
+// alone.
+bool joinsPictures( QV_CHAR ch, uint8_t value )
+{
+    return ch > 0x7F && ( value & WIDTH_PICTURE );
+}
+
 // Moves `*at`, which is before `end`, past the characters that are shown as one, and returns their cells.
 QV_INT nextPicture( const QV_CHAR **at, const QV_CHAR *end, QV_INT flags )
 {
@@ -54,6 +61,7 @@ QV_INT nextPicture( const QV_CHAR **at, const QV_CHAR *end, QV_INT flags )
     const QV_CHAR first     = *ch;
     const uint8_t value     = lookUp( widthBlocks, width, first );
     const bool    isPicture = value & WIDTH_PICTURE;
+    const bool    canJoin   = joinsPictures( first, value );
     QV_INT        cells     = cellsOf( value, flags );
 
     if( generalCategory( first ) == QV_UNICODE_GENC_OTHER_CONTROL )
@@ -69,15 +77,14 @@ QV_INT nextPicture( const QV_CHAR **at, const QV_CHAR *end, QV_INT flags )
     {
         const QV_CHAR next   = **at;
         const uint8_t nexts  = lookUp( widthBlocks, width, next );
-        const bool    joined = ( *at )[-1] == JOINER && ( nexts & WIDTH_PICTURE );
+        const bool    joined = ( *at )[-1] == JOINER && joinsPictures( next, nexts );
 
-        if( nexts & WIDTH_EXTENDS )
-            cells += cellsOf( nexts, flags );
-        else if( !isPicture || !( joined || isColour( next ) ) )
-            break;
-
-        if( isPicture && next == PICTURE_FORM )
+        if( ( isPicture && next == PICTURE_FORM ) || ( canJoin && ( joined || isColour( next ) ) ) )
             cells = 2;
+        else if( nexts & WIDTH_EXTENDS )
+            cells += cellsOf( nexts, flags );
+        else
+            break;
     }
 
     return cells;

@@ -8,8 +8,9 @@
     A character takes one cell; two if it is wide or fullwidth, as ideographs, Hangul, kana and emojis are; none if it is
     a mark that goes onto the character before it, or invisible: controls, joiners, ends of lines. Tabulators are
     controls: they take no cell here. Ambiguous characters, among them Greek and Cyrillic letters in old East Asian fonts,
-    take one cell unless a flag says two. The data is that of version 14 of Unicode, which is newer than that of the other
-    properties, since terminals are.
+    take one cell unless a flag says two. A code point without a character takes one, or two at a place that is kept for
+    ideographs or emojis. The data is that of version 14 of Unicode, which is newer than that of the other properties,
+    since terminals are.
 
     Characters that are shown as one picture count as one and are never torn apart: a letter with its marks, a syllable of
     Hangul, a flag of two letters, a digit as a keycap, an emoji with its skin colour and variation selector, emojis with
