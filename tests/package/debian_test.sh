@@ -47,7 +47,7 @@ gzip -dc "$root/usr/share/man/man1/morvane-store.1.gz" | cmp - "$scratch/manual"
 id="$( readelf -n "$lib/libmorvane-qv.so.4" | sed -n 's/.*Build ID: //p' )"
 symbols="$root/usr/lib/debug/.build-id/$( echo "$id" | cut -c1-2 )/$( echo "$id" | cut -c3- ).debug"
 address="$( nm -D "$lib/libmorvane-qv.so.4" | sed -n 's/ T qvStringCreate@.*//p' )"
-addr2line -e "$symbols" "0x$address" | grep '/source/qv/base/qv_string.cpp:[1-9]'
+addr2line -i -e "$symbols" "0x$address" | grep '/source/qv/base/qv_string.cpp:[1-9]'
 test -f "$root/usr/share/doc/libmorvane-qv-doc/README.md"
 
 echo "== pkg-config"
