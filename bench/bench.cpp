@@ -101,6 +101,32 @@ Peer lockedAdditions( size_t count )
         } };
 }
 
+Peer exportedCalls( size_t count )
+{
+    return {
+        "exported calls", [count]
+        {
+            static QV_STRING *text = qvStringCreate();
+
+            for( size_t i = 0; i < count; i++ )
+                show( uint64_t( qvStringLength( text ) ) );
+        } };
+}
+
+Peer allocations( size_t count, size_t size )
+{
+    return {
+        "malloc and free", [count, size]
+        {
+            for( size_t i = 0; i < count; i++ )
+            {
+                void *block = std::malloc( size );
+                asm volatile( "" : : "r"( block ) : "memory" );
+                std::free( block );
+            }
+        } };
+}
+
 Peer memoryCopy( size_t size )
 {
     return {

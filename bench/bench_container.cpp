@@ -52,7 +52,8 @@ void addVectorCases( int count )
               show( uint64_t( qvVectorLength( vec ) ) );
               qvVectorRelease( vec );
           },
-          { { "std::vector of std::shared_ptr", [filled, count]
+          { { "std::vector of std::shared_ptr",
+              [filled, count]
               {
                   std::vector< Shared > vec;
 
@@ -66,7 +67,8 @@ void addVectorCases( int count )
                   }
 
                   show( uint64_t( vec.size() ) );
-              } } } } );
+              } } },
+          lockedAdditions( 2 * static_cast< size_t >( count ) ) } );
     add(
         { "Vector",
           "read with retain",
@@ -85,7 +87,8 @@ void addVectorCases( int count )
 
               show( sum );
           },
-          { { "std::vector of std::shared_ptr", [filled, count]
+          { { "std::vector of std::shared_ptr",
+              [filled, count]
               {
                   uint64_t sum = 0;
 
@@ -96,7 +99,8 @@ void addVectorCases( int count )
                   }
 
                   show( sum );
-              } } } } );
+              } } },
+          lockedAdditions( 2 * static_cast< size_t >( count ) ) } );
 }
 
 void addAppending()
@@ -120,7 +124,8 @@ void addAppending()
             show( buf );
             qvBufferRelease( buf );
         },
-        { { "std::string", []
+        { { "std::string",
+            []
             {
                 std::string bytes;
 
@@ -128,7 +133,8 @@ void addAppending()
                     bytes.push_back( static_cast< char >( i ) );
 
                 show( std::string_view( bytes ) );
-            } } } };
+            } } },
+        exportedCalls( COUNT ) };
     Case more{
         "Buffer",
         "append 64 bytes",

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 #ifdef BENCH_ABSL
 #include <absl/container/btree_map.h>
@@ -14,6 +15,8 @@
 #endif
 
 // Dict: building in four orders, look-up, walking. All sides share the texts of their keys, but for those that own them.
+// A Dict holds objects. Where values are handed out with a reference, the peers hold shared pointers and copy them; where
+// they are lent, the peers hold numbers, and a walk adds up what the map itself holds: numbers there, addresses here.
 
 namespace bench
 {
@@ -97,15 +100,21 @@ struct Ours
 
     static void walkLent( const Map &dict )
     {
-        uint64_t sum = 0;
-        QV_INT   count;
+        const bool withNumbers = comparing;
+        uint64_t   sum         = 0;
+        QV_INT     count;
 
         for( QV_INT i = 0; i < qvDictLength( dict ); i += count )
         {
             const QV_DICT_ENTRY *entries = qvDictBacking( dict, i, &count );
 
             for( QV_INT k = 0; k < count; k++ )
-                sum += static_cast< uint64_t >( ( i + k ) * qvBoxedIntValue( qvBoxedIntFrom( entries[k].value ) ) );
+            {
+                QV_OBJ *value = entries[k].value;
+                sum += static_cast< uint64_t >( i + k )
+                       * ( withNumbers ? static_cast< uint64_t >( qvBoxedIntValue( qvBoxedIntFrom( value ) ) )
+                                       : reinterpret_cast< uintptr_t >( value ) );
+            }
         }
 
         show( sum );
@@ -168,12 +177,15 @@ struct GLib
 };
 #endif
 
+using Shared = std::shared_ptr< size_t >;
+
 // Maps with the interface of the C++ library.
 template< class AnyMap, class AnyKey >
 struct Standard
 {
-    using Key = AnyKey;
-    using Map = AnyMap;
+    using Key   = AnyKey;
+    using Map   = AnyMap;
+    using Value = typename Map::mapped_type;
 
     static Key key( const std::string &text )
     {
@@ -189,9 +201,9 @@ struct Standard
 
         for( size_t i = 0; i < keys.size(); i++ )
             if constexpr( std::is_same_v< Key, std::string > )
-                map.emplace( keys[i], i );
+                map.emplace( keys[i], made( i ) );
             else
-                map.insert( keys[i], i );
+                map.insert( keys[i], made( i ) );
 
         return map;
     }
@@ -199,7 +211,7 @@ struct Standard
     static uint64_t found( const Map &map, const Key &key )
     {
         auto it = map.find( key );
-        return it == map.end() ? 0 : value( it ) + 1;
+        return it == map.end() ? 0 : number( it ) + 1;
     }
 
     static void walk( const Map &map )
@@ -207,18 +219,34 @@ struct Standard
         uint64_t sum = 0, i = 0;
 
         for( auto it = map.begin(); it != map.end(); ++it )
-            sum += i++ * value( it );
+            sum += i++ * number( it );
 
         show( sum );
     }
 
-    template< class Iterator >
-    static uint64_t value( const Iterator &it )
+    static Value made( size_t i )
     {
-        if constexpr( std::is_same_v< Key, std::string > )
-            return it->second;
+        if constexpr( std::is_same_v< Value, Shared > )
+            return std::make_shared< size_t >( i );
         else
-            return it.value();
+            return i;
+    }
+
+    // Copies the value: a shared pointer takes a reference and gives it up.
+    template< class Iterator >
+    static uint64_t number( const Iterator &it )
+    {
+        Value value;
+
+        if constexpr( std::is_same_v< Key, std::string > )
+            value = it->second;
+        else
+            value = it.value();
+
+        if constexpr( std::is_same_v< Value, Shared > )
+            return *value;
+        else
+            return value;
     }
 
     static void drop( Map & )
@@ -301,11 +329,24 @@ void addCases( size_t count )
         works< Standard< absl::btree_map< std::string, size_t >, std::string > >( shuffled, missing ) );
 #endif
 
-    auto enter = [&]( const char *operation, double target, auto pick, Peer bound = {}, const char *only = "" )
+    std::vector< std::pair< std::string, Works > > sharing;
+#ifdef BENCH_QT
+    sharing.emplace_back(
+        "QMap of std::shared_ptr, 16 bits",
+        works< Standard< QMap< QString, Shared >, QString > >( shuffled, missing ) );
+#endif
+#ifdef BENCH_ABSL
+    sharing.emplace_back(
+        "absl::btree_map of std::shared_ptr, 8 bits",
+        works< Standard< absl::btree_map< std::string, Shared >, std::string > >( shuffled, missing ) );
+#endif
+
+    auto enter = [&]( const char *operation, double target, auto pick, const auto &beside, Peer bound = {},
+                      const char *only = "" )
     {
         Case added{ "Dict", operation, input, target, pick( ours ), {}, bound };
 
-        for( auto &[name, side] : peers )
+        for( auto &[name, side] : beside )
             if( name.starts_with( only ) )
                 added.peers.push_back( { name, pick( side ) } );
 
@@ -315,15 +356,17 @@ void addCases( size_t count )
     for( size_t order = 0; order < ORDERS; order++ )
         enter(
             ORDER_NAMES[order], order == 1 && count >= 10000 ? 0.6 : 0,
-            [order]( const Works &side ) { return side.build[order]; } );
+            [order]( const Works &side ) { return side.build[order]; }, peers );
 
     // The target of this one is a ratio to QMap.
-    enter( "ascending build beside QMap", 0.35, []( const Works &side ) { return side.build[0]; }, {}, "QMap" );
+    enter( "ascending build beside QMap", 0.35, []( const Works &side ) { return side.build[0]; }, peers, {}, "QMap" );
 
-    enter( "look-up, hit", 0.7, []( const Works &side ) { return side.hit; } );
-    enter( "look-up, miss", 0, []( const Works &side ) { return side.miss; } );
-    enter( "walk lent entries", 0.6, []( const Works &side ) { return side.walkLent; } );
-    enter( "walk with references", 2.0, []( const Works &side ) { return side.walk; }, lockedAdditions( 2 * count ) );
+    const Peer references = lockedAdditions( 2 * count );
+
+    enter( "look-up, hit, with references", 0.7, []( const Works &side ) { return side.hit; }, sharing, references );
+    enter( "look-up, miss", 0, []( const Works &side ) { return side.miss; }, peers );
+    enter( "walk lent entries", 0.6, []( const Works &side ) { return side.walkLent; }, peers );
+    enter( "walk with references", 2.0, []( const Works &side ) { return side.walk; }, sharing, references );
 }
 } // namespace
 

@@ -140,7 +140,8 @@ void addForm( const Form &form, const char *kind, const std::string &input, doub
                 qvStringRelease( text );
             }
         },
-        {} };
+        {},
+        lockedAdditions( 2 * texts.size() ) };
 #ifdef BENCH_ICU
     normalizing.peers.push_back( icuPeer( form, texts ) );
 #endif

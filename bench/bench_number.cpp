@@ -91,7 +91,8 @@ void addIntegers()
         "1000 of all lengths",
         2.0,
         each( numbers().integers, []( int64_t value ) { showOwned( qvFormatEncodeInt( value, 10, 0, 0 ) ); } ),
-        {} };
+        {},
+        allocations( COUNT, 128 ) };
     Case reading{
         "number",
         "text to integer",

@@ -102,15 +102,7 @@ void addObjectCases()
                     show( uint64_t( object->words[0] ) );
                 }
             } } },
-        { "malloc and free", []
-          {
-              for( int i = 0; i < COUNT; i++ )
-              {
-                  void *block = std::malloc( sizeof( SameSize ) );
-                  asm volatile( "" : : "r"( block ) : "memory" );
-                  std::free( block );
-              }
-          } } };
+        allocations( COUNT, sizeof( SameSize ) ) };
 #ifdef BENCH_BOOST
     creating.peers.push_back(
         { "boost::intrusive_ptr", []

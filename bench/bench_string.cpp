@@ -29,7 +29,8 @@ void addAppending()
             show( text );
             qvStringRelease( text );
         },
-        { { "std::u32string", []
+        { { "std::u32string",
+            []
             {
                 std::u32string text;
 
@@ -37,7 +38,8 @@ void addAppending()
                     text.push_back( U'x' );
 
                 show( std::u32string_view( text ) );
-            } } } };
+            } } },
+        exportedCalls( MILLION ) };
     Case more{
         "String",
         "append 16 characters",

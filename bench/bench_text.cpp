@@ -71,7 +71,8 @@ void addMapping(
                 qvStringRelease( text );
             }
         },
-        {} };
+        {},
+        lockedAdditions( 2 * texts->ours.size() ) };
 #ifdef BENCH_ICU
     mapping.peers.push_back(
         { "ICU, 16 bits", [texts, icuMap]

@@ -220,6 +220,8 @@ std::vector< Peer > encodingPeers( const Texts *texts )
 
 void addTexts( const Texts *texts, const std::string &input, double decoding, double encoding )
 {
+    const Peer bound = allocations( texts->utf8.size(), texts->utf8[0].size() );
+
     add(
         { "UTF-8", "to String", input, decoding,
           [texts]
@@ -231,7 +233,7 @@ void addTexts( const Texts *texts, const std::string &input, double decoding, do
                   qvStringRelease( text );
               }
           },
-          decodingPeers( texts ) } );
+          decodingPeers( texts ), bound } );
     add(
         { "UTF-8", "from String", input, encoding,
           [texts]
@@ -244,7 +246,7 @@ void addTexts( const Texts *texts, const std::string &input, double decoding, do
                   qvMemFree( utf8 );
               }
           },
-          encodingPeers( texts ) } );
+          encodingPeers( texts ), bound } );
 }
 
 #ifdef BENCH_ICU
