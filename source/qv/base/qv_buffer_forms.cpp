@@ -402,6 +402,52 @@ FORMS( qvBufferBitWriteOne, qvBufferBitInsertOne, qvBufferBitPrependOne, qvBuffe
 #undef FORMS
 #undef LIST
 
+/* Writing in place ----------------------------------------------------------------------------------------------- */
+
+uint8_t *qvBufferAppendRoom( QV_BUFFER **buf, QV_INT byteCount )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+    QV_CHECK( byteCount > 0 );
+    QV_CHECK( qvBufferBitIsAligned( *buf ) );
+
+    uint64_t bitCount = BYTES( byteCount );
+
+    if( !qv::isPrivate( *buf ) || bitCount > QV_INT_MAX
+        || !qv::hasRoomAfter( *buf, static_cast< QV_INT >( bitCount ) ) )
+    {
+        qv___BufferMakeRoom( buf, qv::bitLength( *buf ), bitCount );
+        ( *buf )->dropBack( static_cast< QV_INT >( bitCount ) );
+    }
+
+    ( *buf )->openBack();
+
+    return qv::bytes( *buf ) + qv::byteLength( *buf );
+}
+
+void qvBufferAppendWritten( QV_BUFFER **buf, QV_INT byteCount )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+    QV_CHECK( byteCount >= 0 );
+    QV_CHECK_AS( byteCount <= ( *buf )->bspace / 8, "byteCount <= (*buf)->bitBspace / 8" );
+
+    QV_BUFFER *own = *buf;
+
+    if( !qv::isShared( own ) )
+    {
+        own->takeWritten( byteCount * 8 );
+        own->compact();
+        return;
+    }
+
+    // Somebody holds the Buffer who did not when the room was made: a snapshot of live objects, for one.
+    QV_BUFFER *copy = qvBufferCreateFrom( own );
+    qvBufferAppendBytes( &copy, qv::bytes( own ) + qv::byteLength( own ), byteCount );
+    own->closeBack();
+    qv::assign( buf, copy );
+}
+
 /* Aligning ------------------------------------------------------------------------------------------------------- */
 
 void qvBufferInsertAlignment( QV_BUFFER **buf, QV_INT byteIdx )
