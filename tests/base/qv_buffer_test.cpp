@@ -59,3 +59,33 @@ TEST( Buffer, MayBeChangedByItsOwnBytes )
     EXPECT_EQ( 1024, qvBufferLength( own ) );
     EXPECT_EQ( 0, textOf( own.get() ).find( "[00 10 00 10" ) );
 }
+
+TEST( Buffer, IsWrittenInPlace )
+{
+    std::string      all = "foreign";
+    Ref< QV_STRING > owner( qvStringCreate() );
+    Ref< QV_BUFFER > buf( qvBufferCreateFromBytesUseWithRef( "foreign", 7, qv::obj( owner.get() ) ) ), other;
+    Ref< QV_BUFFER > foreign = Ref< QV_BUFFER >::share( buf );
+
+    auto content = []( QV_BUFFER *of )
+    {
+        return std::string( reinterpret_cast< const char * >( qvBufferBacking( of ) ), size_t( qvBufferLength( of ) ) );
+    };
+
+    for( size_t i = 0; i < 100; i++ )
+    {
+        const size_t room = 1 + i * i % 900, written = std::min( i % 3 ? room : 0, i % 70 );
+        memset( qvBufferAppendRoom( buf.at(), QV_INT( room ) ), int( i ), written );
+
+        if( i % 7 == 0 )
+            other = Ref< QV_BUFFER >::share( buf );
+
+        qvBufferAppendWritten( buf.at(), QV_INT( written ) );
+        ASSERT_TRUE( i % 7 || content( other ) == all );
+        all.append( written, char( i ) );
+        ASSERT_EQ( all, content( buf ) );
+        ASSERT_GE( 160 + QV_INT( all.size() ) + 320, allocated( buf.get() ) );
+    }
+
+    EXPECT_EQ( "foreign", content( foreign ) );
+}

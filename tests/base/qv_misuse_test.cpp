@@ -66,6 +66,17 @@ TEST( Misuse, IsReported )
         { [] { qv___StringMakeRoom( *abc(), 3, MOST - 4 ); },
           "QV_INT_ADD_OK( qvs->fspace + qvs->length + count, QV_STRING_BSPACE )" },
 
+        { [] { qvStringAppendRoom( abc(), MOST ); }, "QV_INT_ADD_OK( (*dest)->length, count )" },
+        { [] { qvStringAppendWritten( abc(), 33 ); }, "count <= (*dest)->bspace" },
+        { []
+          {
+              QV_STRING **own               = abc();
+              *qvStringAppendRoom( own, 1 ) = BAD;
+              qvStringAppendWritten( own, 1 );
+          },
+          "qv::allCharsOk( written, count )" },
+
+        { [] { qvBufferAppendRoom( bits20(), 1 ); }, "qvBufferBitIsAligned( *buf )" },
         { [] { qvBufferReadByte( *bits20(), -1 ); }, "QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( byteIdx )" },
         { [] { qvBufferDelInner( bits20(), (QV_INT)1 << 61, 0 ); }, "BYTES_TO_BITS_OK( byteOffset )" },
         { [] { qvBufferReadByte( *bits20(), 2 ); }, "bitIdx + bitCount <= buf->bitLength" },

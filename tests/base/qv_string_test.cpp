@@ -92,6 +92,44 @@ TEST( String, PartsAreCountedWhereNoListsAreKept )
         } );
 }
 
+// Room for more and less than is written, in texts with and without a block, of their own and shared.
+TEST( String, IsWrittenInPlace )
+{
+    const std::u32string DIGITS = U"0123456789";
+    Ref< QV_STRING >     qvs( qvStringCreate() ), other;
+    std::u32string       all, before;
+
+    auto content = []( QV_STRING *of )
+    { return std::u32string( qvStringBacking( of ), size_t( qvStringLength( of ) ) ); };
+
+    for( size_t i = 0; i < 200; i++ )
+    {
+        const size_t room = 1 + i * i % 700, written = std::min( i % 3 ? room : 0, i % 11 );
+
+        if( i % 5 == 0 )
+            other = Ref< QV_STRING >::share( qvs ), before = all;
+
+        QV_CHAR *to = qvStringAppendRoom( qvs.at(), QV_INT( room ) );
+        std::copy_n( DIGITS.begin(), written, to );
+
+        if( i % 7 == 0 ) // now two hold it, of whom one writes on
+            other = Ref< QV_STRING >::share( qvs ), before = all;
+
+        qvStringAppendWritten( qvs.at(), QV_INT( written ) );
+        all += DIGITS.substr( 0, written );
+        ASSERT_EQ( all, content( qvs ) );
+        ASSERT_EQ( before, content( other ) );
+        ASSERT_GE( ( 64 + QV_INT( all.size() ) + 64 ) * 4, allocated( qvs.get() ) );
+    }
+
+#ifndef NDEBUG
+    // A change in between is found.
+    EXPECT_DEATH(
+        ( *qvStringAppendRoom( qvs.at(), 9 ) = U'x', qvStringAppendChar( qvs.at(), U'y' ) ),
+        "free memory is as it was left" );
+#endif
+}
+
 TEST( String, ConvertsFromAndToOutsideText )
 {
     Ref< QV_STRING > qvs = text( "\u00E9t" ), empty( qvStringCreate() );

@@ -66,3 +66,35 @@ TEST( Containers, AreSortedSearchedAndUpdatedInPlace )
 
     EXPECT_EQ( 2, sum );
 }
+
+TEST( Containers, AreAppendedToInPlace )
+{
+    qv::String     text = "a";
+    qv::Buffer     bytes;
+    std::u32string expected = U"a";
+
+    {
+        qv::Appender toText( text );
+        qv::Appender toBytes( bytes );
+
+        for( char32_t ch = 1; ch <= 1000; ch++ )
+        {
+            toText.push_back( ch );
+            toBytes.push_back( uint8_t( ch ) );
+            expected += ch;
+        }
+
+        toText.finish();
+        EXPECT_EQ( 1001, text.size() );
+        std::copy_n( expected.begin(), 10, std::back_inserter( toText ) );
+    }
+
+    EXPECT_EQ( expected + expected.substr( 0, 10 ), text.view() );
+    EXPECT_TRUE( bytes.size() == 1000 && bytes[0] == 1 && bytes[999] == uint8_t( 1000 ) );
+
+    // What is thrown leaves the contents as they were.
+    text = bytes.size() ? "ab" : "";
+    EXPECT_THROW( text.appendWith( 9, []( char32_t *to ) -> QV_INT { throw *to = U'c'; } ), char32_t );
+    text.appendWith( 9, []( char32_t *to ) { return *to = U'd', 1; } );
+    EXPECT_EQ( "abd", text );
+}

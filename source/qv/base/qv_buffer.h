@@ -257,6 +257,16 @@ QV_API void qvBufferAppendAlignment( QV_BUFFER **buf );
 QV_API void qvBufferBitAppendAlignment( QV_BUFFER **buf );
 /** @} */
 
+/** @{ */
+/** Appending without a call for each piece: Room makes `*buf`, of whole bytes, the caller's own and returns the place
+    after its contents, with room for `byteCount` bytes, above 0. The caller writes there, from the first on, then tells
+    Written how many bytes belong to the Buffer now, 0 to `byteCount`. In between nothing else is done with `*buf`, not
+    even a release. What was asked for and not written is given back as after a deletion, so that asking for much more
+    than is written costs an allocation each time. A count for which there is no room ends the process. */
+QV_API uint8_t *qvBufferAppendRoom( QV_BUFFER **buf, QV_INT byteCount );
+QV_API void     qvBufferAppendWritten( QV_BUFFER **buf, QV_INT byteCount );
+/** @} */
+
 /* Deleting --------------------------------------------------------------------------------------------------------- */
 
 /** @{ */

@@ -3,6 +3,7 @@
 #include "qv/base/qv_buffer_private.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_mem_private.h"
 
 // The public forms. Contents that go in are a type of their own here, which knows what it means to write, to insert and
 // to append it.
@@ -139,7 +140,11 @@ void insertContents( QV_BUFFER **buf, uint64_t bitIdx, Array array )
 
     qv::Ref< QV_BUFFER > held = qv::holdSource( *buf, array.bytes );
     qv___BufferMakeRoom( buf, bitIdx, BYTES_TO_BITS( array.byteCount ) );
-    writeContents( buf, bitIdx, array );
+
+    if( BIT_AT_BOUND( bitIdx ) && array.byteCount > 0 )
+        memcpy( qv::bytes( *buf ) + bitIdx / 8, array.bytes, static_cast< size_t >( array.byteCount ) );
+    else
+        writeContents( buf, bitIdx, array );
 }
 
 template< class Contents >
@@ -193,34 +198,13 @@ inline void appendContents( QV_BUFFER **buf, Byte byte )
 {
     QV_BUFFER *own = *buf;
 
-    if( own->bspace < 8 || !BIT_AT_BOUND( own->length ) || !qv::isPrivate( own ) )
+    if( __builtin_expect( own->bspace < 8 || !BIT_AT_BOUND( own->length ) || qv::isShared( own ) || own->ref, 0 ) )
     {
         appendAnywhere( buf, byte );
         return;
     }
 
     *own->takeBack( 8 ) = byte.value;
-}
-
-// The same bytes as memcpy() copies, which for few of them costs more than their copying.
-inline void copyFew( uint8_t *to, const uint8_t *from, uint64_t count )
-{
-    if( count < 16 || count > 64 )
-    {
-        memcpy( to, from, static_cast< size_t >( count ) );
-        return;
-    }
-
-    // Pieces of 16 from both ends, which overlap in the middle.
-    memcpy( to, from, 16 );
-
-    if( count > 32 )
-    {
-        memcpy( to + 16, from + 16, 16 );
-        memcpy( to + count - 32, from + count - 32, 16 );
-    }
-
-    memcpy( to + count - 16, from + count - 16, 16 );
 }
 
 inline void appendContents( QV_BUFFER **buf, Array array )
@@ -235,7 +219,7 @@ inline void appendContents( QV_BUFFER **buf, Array array )
         return;
     }
 
-    copyFew( own->takeBack( bitCount ), static_cast< const uint8_t * >( array.bytes ), array.byteCount );
+    qv::copyBytes( own->takeBack( bitCount ), array.bytes, static_cast< size_t >( array.byteCount ) );
 }
 
 template< class Contents >
@@ -417,6 +401,52 @@ FORMS( qvBufferBitWriteOne, qvBufferBitInsertOne, qvBufferBitPrependOne, qvBuffe
 
 #undef FORMS
 #undef LIST
+
+/* Writing in place ----------------------------------------------------------------------------------------------- */
+
+uint8_t *qvBufferAppendRoom( QV_BUFFER **buf, QV_INT byteCount )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+    QV_CHECK( byteCount > 0 );
+    QV_CHECK( qvBufferBitIsAligned( *buf ) );
+
+    uint64_t bitCount = BYTES( byteCount );
+
+    if( !qv::isPrivate( *buf ) || bitCount > QV_INT_MAX
+        || !qv::hasRoomAfter( *buf, static_cast< QV_INT >( bitCount ) ) )
+    {
+        qv___BufferMakeRoom( buf, qv::bitLength( *buf ), bitCount );
+        ( *buf )->dropBack( static_cast< QV_INT >( bitCount ) );
+    }
+
+    ( *buf )->openBack();
+
+    return qv::bytes( *buf ) + qv::byteLength( *buf );
+}
+
+void qvBufferAppendWritten( QV_BUFFER **buf, QV_INT byteCount )
+{
+    QV_CHECK( buf );
+    QV_CHECK( *buf );
+    QV_CHECK( byteCount >= 0 );
+    QV_CHECK_AS( byteCount <= ( *buf )->bspace / 8, "byteCount <= (*buf)->bitBspace / 8" );
+
+    QV_BUFFER *own = *buf;
+
+    if( !qv::isShared( own ) )
+    {
+        own->takeWritten( byteCount * 8 );
+        own->compact();
+        return;
+    }
+
+    // Somebody holds the Buffer who did not when the room was made: a snapshot of live objects, for one.
+    QV_BUFFER *copy = qvBufferCreateFrom( own );
+    qvBufferAppendBytes( &copy, qv::bytes( own ) + qv::byteLength( own ), byteCount );
+    own->closeBack();
+    qv::assign( buf, copy );
+}
 
 /* Aligning ------------------------------------------------------------------------------------------------------- */
 

@@ -379,6 +379,60 @@ void qvStringAppendChar( QV_STRING **dest, QV_CHAR ch )
     *qvs->takeBack( 1 ) = ch;
 }
 
+QV_CHAR *qvStringAppendRoom( QV_STRING **dest, QV_INT count )
+{
+    QV_CHECK( dest );
+    QV_CHECK( *dest );
+    QV_CHECK( count > 0 );
+    QV_CHECK_AS( QV_INT_ADD_OK( ( *dest )->length, count ), "QV_INT_ADD_OK( (*dest)->length, count )" );
+
+    if( qv::isShared( *dest ) )
+    {
+        QV_STRING *copy = createWithSpace( ( *dest )->length + count );
+        qv::copyChars( qv::chars( copy ), qv::chars( *dest ), ( *dest )->length );
+        copy->dropBack( count );
+        qv::assign( dest, copy );
+    }
+
+    QV_STRING *own = *dest;
+
+    if( own->bspace < count && ( own->length == 0 || !own->stretch( count ) ) )
+    {
+        qv___StringMakeRoom( own, own->length, count );
+        own->dropBack( count );
+    }
+
+    own->openBack();
+
+    return qv::chars( own ) + own->length;
+}
+
+void qvStringAppendWritten( QV_STRING **dest, QV_INT count )
+{
+    QV_CHECK( dest );
+    QV_CHECK( *dest );
+    QV_CHECK( count >= 0 );
+    QV_CHECK_AS( count <= ( *dest )->bspace, "count <= (*dest)->bspace" );
+
+    QV_STRING     *own     = *dest;
+    const QV_CHAR *written = qv::chars( own ) + own->length;
+
+    QV_CHECK( qv::allCharsOk( written, count ) );
+
+    if( !qv::isShared( own ) )
+    {
+        own->takeWritten( count );
+        own->compact();
+        return;
+    }
+
+    // Somebody holds the String who did not when the room was made: a snapshot of live objects, for one.
+    QV_STRING *copy = qvStringCreateFrom( own );
+    qvStringAppendChars( &copy, written, count );
+    own->closeBack();
+    qv::assign( dest, copy );
+}
+
 /* Changing and deleting ------------------------------------------------------------------------------------------ */
 
 void qvStringClear( QV_STRING **qvs )

@@ -166,6 +166,24 @@ QV_API void qvStringAppendFormatWcstrArgList(
 /** @} */
 
 /** @{ */
+/** Appending without a call for each piece: Room makes `*dest` the caller's own and returns the place after its text,
+    with room for `count` characters, above 0. The caller writes there, from the first on, then tells Written how many
+    characters belong to the text now, 0 to `count`. In between nothing else is done with `*dest`, not even a release.
+
+        QV_CHAR *to = qvStringAppendRoom( &line, 20 );
+        QV_INT   n  = 0;
+        while( value && n < 20 )
+            to[n++] = U'0' + value % 10, value /= 10;
+        qvStringAppendWritten( &line, n );
+
+    What was asked for and not written is given back as after a deletion, so that asking for much more than is
+    written costs an allocation each time. Written looks at the characters once; one of 0x110000 or above ends the
+    process, and so does a `count` for which there is no room. */
+QV_API QV_CHAR *qvStringAppendRoom( QV_STRING **dest, QV_INT count );
+QV_API void     qvStringAppendWritten( QV_STRING **dest, QV_INT count );
+/** @} */
+
+/** @{ */
 /** Appends the delimiter, unless `*dest` is empty, then `src`. Either may be `*dest` itself, and is read as it was. A
     Cstr or Wcstr form takes both as outside text, a Source form the source only, a Delimiter form the delimiter
     only; a CharDelimiter is one character. */

@@ -6,8 +6,7 @@
 
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_obj_life_private.h"
-
-#include <string.h>
+#include "qv/sys/qv_mem_private.h"
 
 namespace qv
 {
@@ -18,7 +17,7 @@ const QV_INT MOST_EMBEDDED = 512;
 inline void copyChars( QV_CHAR *dest, const QV_CHAR *src, QV_INT count )
 {
     if( count > 0 )
-        memcpy( dest, src, static_cast< size_t >( count ) * sizeof( QV_CHAR ) );
+        copyBytes( dest, src, static_cast< size_t >( count ) * sizeof( QV_CHAR ) );
 }
 
 /** As createString(). */

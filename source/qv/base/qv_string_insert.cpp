@@ -1,5 +1,6 @@
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
+#include "qv/base/qv_string_stack_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/sys/qv_int.h"
 
@@ -54,8 +55,7 @@ void qvStringInsertChar( QV_STRING **dest, QV_INT idx, QV_CHAR ch )
 
 void qvStringInsertCstr( QV_STRING **dest, QV_INT idx, const char *text, QV_INT length )
 {
-    qv::Ref< QV_STRING > src( qvStringCreateFromCstr( text, length ) );
-    qvStringInsert( dest, idx, src );
+    qvStringInsert( dest, idx, qv::SoughtString( text, length ) );
 }
 
 void qvStringInsertWcstr( QV_STRING **dest, QV_INT idx, const wchar_t *text, QV_INT length )

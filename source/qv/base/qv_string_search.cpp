@@ -2,6 +2,7 @@
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_create_private.h"
 #include "qv/base/qv_string_private.h"
+#include "qv/base/qv_string_stack_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/base/qv_vector_private.h"
 #include "qv/sys/qv_chars.h"
@@ -147,7 +148,7 @@ QV_BOOL qvStringBeginsWithChar( QV_STRING *qvs, QV_CHAR ch )
 
 QV_BOOL qvStringBeginsWithCstr( QV_STRING *qvs, const char *text, QV_INT length )
 {
-    return qvStringBeginsWith( qvs, asString( text, length ) );
+    return qvStringBeginsWith( qvs, qv::SoughtString( text, length ) );
 }
 
 QV_BOOL qvStringBeginsWithWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length )
@@ -183,7 +184,7 @@ QV_BOOL qvStringEndsWithChar( QV_STRING *qvs, QV_CHAR ch )
 
 QV_BOOL qvStringEndsWithCstr( QV_STRING *qvs, const char *text, QV_INT length )
 {
-    return qvStringEndsWith( qvs, asString( text, length ) );
+    return qvStringEndsWith( qvs, qv::SoughtString( text, length ) );
 }
 
 QV_BOOL qvStringEndsWithWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length )
@@ -231,7 +232,7 @@ QV_INT qvStringFindChar( QV_STRING *qvs, QV_INT offset, QV_CHAR ch )
 
 QV_INT qvStringFindCstr( QV_STRING *qvs, QV_INT offset, const char *text, QV_INT length )
 {
-    return qvStringFind( qvs, offset, asString( text, length ) );
+    return qvStringFind( qvs, offset, qv::SoughtString( text, length ) );
 }
 
 QV_INT qvStringFindWcstr( QV_STRING *qvs, QV_INT offset, const wchar_t *text, QV_INT length )
@@ -278,7 +279,7 @@ QV_INT qvStringFindCharFromRight( QV_STRING *qvs, QV_INT offset, QV_CHAR ch )
 
 QV_INT qvStringFindFromRightCstr( QV_STRING *qvs, QV_INT offset, const char *text, QV_INT length )
 {
-    return qvStringFindFromRight( qvs, offset, asString( text, length ) );
+    return qvStringFindFromRight( qvs, offset, qv::SoughtString( text, length ) );
 }
 
 QV_INT qvStringFindFromRightWcstr( QV_STRING *qvs, QV_INT offset, const wchar_t *text, QV_INT length )
@@ -388,7 +389,7 @@ QV_VECTOR *qvStringSplitChar( QV_STRING *qvs, QV_CHAR sep, QV_INT maxParts )
 
 QV_VECTOR *qvStringSplitCstr( QV_STRING *qvs, const char *text, QV_INT length, QV_INT maxParts )
 {
-    return qvStringSplit( qvs, asString( text, length ), maxParts );
+    return qvStringSplit( qvs, qv::SoughtString( text, length ), maxParts );
 }
 
 QV_VECTOR *qvStringSplitWcstr( QV_STRING *qvs, const wchar_t *text, QV_INT length, QV_INT maxParts )

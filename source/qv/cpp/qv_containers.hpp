@@ -126,6 +126,16 @@ public:
         return *this;
     }
 
+    /** Adds what `write` writes: it gets the place after the bytes, for `most` of them, above 0, and returns how many it
+        has written there. It must not use the Buffer itself. */
+    template< class Write >
+    Buffer &appendWith( QV_INT most, Write write )
+    {
+        detail::AppendRoom room( variable(), most );
+        room.written = write( room.place );
+        return *this;
+    }
+
     /** Deletes `count` bytes from `offset`. */
     Buffer &erase( QV_INT offset, QV_INT count )
     {
@@ -202,6 +212,69 @@ private:
 #endif
 };
 } // namespace detail
+
+/* Appender ------------------------------------------------------------------------------------------------------- */
+
+/** Adds code points to a String, or bytes to a Buffer, one by one, without a call for each. Until its end, or finish(),
+    the target is left alone. std::back_inserter() takes it.
+
+        qv::Appender to( text );
+        for( char32_t ch : other )
+            to.push_back( ch == U'\t' ? U' ' : ch ); */
+template< class Target >
+class Appender
+{
+public:
+    /** char32_t, or uint8_t. */
+    using value_type = std::remove_cvref_t< decltype( *std::declval< Target >().data() ) >;
+
+    /** Appends to a variable that outlives it. Nothing happens before the first push_back(). */
+    explicit Appender( Target &target ) : target_( target )
+    {
+    }
+
+    Appender( const Appender & )            = delete;
+    Appender &operator=( const Appender & ) = delete;
+
+    ~Appender()
+    {
+        finish();
+    }
+
+    /** Adds one at the end. A code point beyond U+10FFFF ends the process, here or later. */
+    void push_back( value_type unit )
+    {
+        if( at_ == end_ )
+            makeRoom();
+
+        *at_++ = unit;
+    }
+
+    /** All that was added belongs to the target now; more can be added. */
+    void finish()
+    {
+        if( start_ )
+            detail::appendWritten( target_.variable(), at_ - start_ );
+
+        start_ = at_ = end_ = nullptr;
+    }
+
+private:
+    void makeRoom()
+    {
+        finish();
+
+        // In proportion to what is there, so that the calls are few.
+        const QV_INT count = std::max< QV_INT >( 64, target_.size() / 4 );
+        start_ = at_ = detail::appendRoom( target_.variable(), count );
+        end_         = start_ + count;
+    }
+
+    Target     &target_;
+    value_type *start_ = nullptr; // the room, or null without
+    value_type *at_    = nullptr;
+    value_type *end_   = nullptr;
+};
 
 /* Vector --------------------------------------------------------------------------------------------------------- */
 

@@ -36,6 +36,50 @@ concept Utf8Text = std::convertible_to< const T &, std::string_view > && !Value<
 template< class T >
 concept Utf32Text = std::convertible_to< const T &, std::u32string_view > && !Value< T >;
 
+namespace detail
+{
+inline char32_t *appendRoom( QV_STRING **dest, QV_INT count )
+{
+    return qvStringAppendRoom( dest, count );
+}
+
+inline uint8_t *appendRoom( QV_BUFFER **dest, QV_INT count )
+{
+    return qvBufferAppendRoom( dest, count );
+}
+
+inline void appendWritten( QV_STRING **dest, QV_INT count )
+{
+    qvStringAppendWritten( dest, count );
+}
+
+inline void appendWritten( QV_BUFFER **dest, QV_INT count )
+{
+    qvBufferAppendWritten( dest, count );
+}
+
+// Room after the contents of a text or a Buffer; what is said to be written belongs to them at the end of the scope.
+template< class C >
+struct AppendRoom
+{
+    C                                                         **dest;
+    QV_INT                                                      written = 0;
+    decltype( appendRoom( static_cast< C ** >( nullptr ), 0 ) ) place;
+
+    AppendRoom( C **to, QV_INT count ) : dest( to ), place( appendRoom( to, count ) )
+    {
+    }
+
+    ~AppendRoom()
+    {
+        appendWritten( dest, written );
+    }
+
+    AppendRoom( const AppendRoom & )            = delete;
+    AppendRoom &operator=( const AppendRoom & ) = delete;
+};
+} // namespace detail
+
 /** Text, a sequence of code points. */
 class String : public Reference< String, QV_STRING >
 {
@@ -269,6 +313,16 @@ public:
     String &operator+=( char32_t ch )
     {
         return append( ch );
+    }
+
+    /** Adds what `write` writes: it gets the place after the text, for `most` code points, above 0, and returns how
+        many it has written there. It must not use the text itself. */
+    template< class Write >
+    String &appendWith( QV_INT most, Write write )
+    {
+        detail::AppendRoom room( variable(), most );
+        room.written = write( room.place );
+        return *this;
     }
 
     /** Adds before the code point at `index`, or at the end where that is the length. */

@@ -323,6 +323,27 @@ struct Block : Header
             markFree( endOfContents(), static_cast< size_t >( bytePlace( upTo ) - endOfContents() ) );
     }
 
+    /** All declared free bytes after the contents may be written from here on until closeBack(). */
+    void openBack()
+    {
+        openFree( endOfDeclared() );
+    }
+
+    void closeBack()
+    {
+        closeFree( endOfDeclared() );
+    }
+
+    /** Takes free units after the contents that were written since openBack(), and ends that. */
+    void takeWritten( QV_INT count )
+    {
+        QV_ASSERT( count <= bspace );
+
+        length += count;
+        bspace -= count;
+        closeBack();
+    }
+
     /** Takes free units before the contents, of whole bytes. */
     Unit *takeFront( QV_INT count )
     {
@@ -520,6 +541,11 @@ private:
     char *endOfContents() const
     {
         return bytePlace( first ) + bytesOf( length );
+    }
+
+    Unit *endOfDeclared() const
+    {
+        return first + bytesOf( length + bspace ) / QV_INT( sizeof( Unit ) );
     }
 
     // Accounts for the block. A thread that changes it is alone with the object, so that a plain store does what
