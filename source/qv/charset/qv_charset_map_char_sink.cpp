@@ -106,17 +106,21 @@ bool putInvalid( Sink *csc, QV_CHAR ch )
     return invalid == qv::Invalid::LEAVE_OUT;
 }
 
-// Fills a window for a character that was in none, if the one before was near it. Each window waits for twice as many such
-// characters as the one before, so that a text that is everywhere does not fill them again and again.
-void learn( Sink *csc, QV_CHAR ch )
+// Fills a window for a character that was in none. The first two are filled at once where much text follows; else the one
+// before was near it, and each window waits for twice as many such characters as the last one, so that a text that is
+// everywhere does not fill them again and again. False if nothing was filled.
+bool learn( Sink *csc, QV_CHAR ch, QV_INT following )
 {
+    const QV_INT MUCH = 1024;
+
     Windows *windows = &csc->windows;
     QV_CHAR  block   = ch >> 7;
     bool     isNear  = block == windows->missed;
+    bool     isSoon  = windows->needed <= 4 && following >= MUCH;
     windows->missed  = static_cast< uint8_t >( std::min( block, QV_CHAR( 255 ) ) );
 
-    if( ++windows->misses < windows->needed || !isNear || block >= 255 )
-        return;
+    if( ( ( ++windows->misses < windows->needed || !isNear ) && !isSoon ) || block >= 255 )
+        return false;
 
     qv::vectors::CharBytes *window = &windows->of[windows->next];
     window->block                  = static_cast< uint8_t >( block );
@@ -128,6 +132,8 @@ void learn( Sink *csc, QV_CHAR ch )
     windows->next   = 1 - windows->next;
     windows->misses = 0;
     windows->needed += std::min( windows->needed, UINT32_MAX / 2 );
+
+    return true;
 }
 
 [[maybe_unused]] bool areMapped( Sink *csc, const QV_CHAR *in, QV_INT count, const uint8_t *out )
@@ -144,15 +150,11 @@ void learn( Sink *csc, QV_CHAR ch )
 // Maps the characters of a run for which no look at each of them is needed: ASCII, and what is in the windows.
 QV_INT mapRun( Sink *csc, const QV_CHAR *in, QV_INT count, uint8_t *out )
 {
-    if( !qv::vectors::has64() )
-        return qv::utf8::encodeLeadingAscii( out, in, count );
+    QV_INT done = qv::vectors::has64() ? qv::encodeBytes64( csc->windows.of, in, count, out )
+                                       : qv::utf8::encodeLeadingAscii( out, in, count );
 
-    QV_INT run = qv::encodeBytes64( csc->windows.of, in, count, out );
-
-    if( run < count )
-        learn( csc, in[run] );
-
-    return run;
+    QV_ASSERT( areMapped( csc, in, done, out ) );
+    return done;
 }
 
 // Maps composed characters, which must all be below 0x110000, since an empty place of the memo looks like one above.
@@ -171,14 +173,14 @@ bool mapChars( Sink *csc, const QV_CHAR *in, QV_INT count )
             uint8_t *out  = csc->cache + csc->cacheLength;
             QV_INT   most = std::min( QV_INT( end - in ), csc->room() - 1 );
             QV_INT   done = mapRun( csc, in, most, out );
-            QV_ASSERT( areMapped( csc, in, done, out ) );
             csc->cacheLength += done;
             in += done;
 
             if( done == most )
                 continue;
 
-            run = done < RUN ? in + PAUSE : in;
+            bool isNew = qv::vectors::has64() && learn( csc, *in, end - in );
+            run        = isNew || done >= RUN ? in : in + PAUSE;
         }
 
         if( end - in >= BLOCK && csc->room() > BLOCK && putBlock( csc->memo, in, csc->cache + csc->cacheLength ) )
