@@ -130,6 +130,16 @@ QV___KERNEL_64 inline LaneBytes laneBytes( __m512i chars )
     return { _mm512_mask_slli_epi32( bytes, _knot_mask16( two ), chars, 24 ), _mm512_movepi8_mask( marks ) };
 }
 
+// For characters in lanes of so many bytes, of which more are kept than there is room for: how many of the characters fit.
+// The others are no longer kept.
+QV___KERNEL_64 inline QV_INT fitting( uint64_t *kept, QV_INT lane, QV_INT room )
+{
+    QV_INT over = __builtin_ctzll( _pdep_u64( UINT64_C( 1 ) << room, *kept ) ); // the first byte without room
+    *kept &= lowest( over / lane * lane );
+
+    return over / lane;
+}
+
 // Writes the bytes of a vector that the bits of `kept` tell, `size` of them, one after the other.
 QV___KERNEL_64 inline void storeKept( uint8_t *to, __m512i bytes, uint64_t kept, QV_INT size )
 {
@@ -247,7 +257,7 @@ QV___KERNEL_64 void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEn
 
         if( _mm512_test_epi32_mask( both, repeat16( ~0x7Fu ) ) == 0 )
         {
-            if( outEnd - to < count )
+            if( outEnd - to < count && ( count = outEnd - to ) == 0 )
                 break;
 
             __m256i bytes = _mm256_set_m128i( _mm512_cvtepi32_epi8( b ), _mm512_cvtepi32_epi8( a ) );
@@ -269,8 +279,13 @@ QV___KERNEL_64 void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEn
             uint64_t kept  = _pdep_u64( lowest( count ), LOW ) | _pdep_u64( two, HIGH );
             QV_INT   size  = __builtin_popcountll( kept );
 
-            if( outEnd - to < size )
-                break;
+            if( __builtin_expect( outEnd - to < size, 0 ) )
+            {
+                if( ( count = fitting( &kept, 2, outEnd - to ) ) == 0 )
+                    break;
+
+                size = __builtin_popcountll( kept );
+            }
 
             storeKept( to, _mm512_mask_mov_epi16( chars, two, pair ), kept, size );
             in += count;
@@ -285,8 +300,13 @@ QV___KERNEL_64 void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEn
         uint64_t  kept  = lanes.kept & lowest( 4 * half );
         QV_INT    size  = __builtin_popcountll( kept );
 
-        if( outEnd - to < size )
-            break;
+        if( __builtin_expect( outEnd - to < size, 0 ) )
+        {
+            if( ( half = fitting( &kept, 4, outEnd - to ) ) == 0 )
+                break;
+
+            size = __builtin_popcountll( kept );
+        }
 
         storeKept( to, lanes.bytes, kept, size );
         in += half;
