@@ -234,12 +234,25 @@ bool isInert( QV_CHAR ch )
 // characters in them are inert.
 constexpr qv::vectors::Range COMMON[] = { { 0, 0x300 }, { 0x388, 0x483 }, { 0x2002, 0x20D0 } };
 
+[[maybe_unused]] bool areInert( const QV_CHAR *in, QV_INT count )
+{
+    for( QV_INT i = 0; i < count; i++ )
+        if( !isInert( in[i] ) )
+            return false;
+
+    return true;
+}
+
 const QV_CHAR *skipInert( const QV_CHAR *in, const QV_CHAR *end )
 {
     for( ;; )
     {
         in += qv::groupsBelow( in, end - in, 0x100 );
-        in += qv::vectors::has64() ? qv::charsIn64( in, end - in, COMMON ) : qv::groupsIn( in, end - in, COMMON );
+
+        QV_INT common =
+            qv::vectors::has64() ? qv::charsIn64( in, end - in, COMMON ) : qv::groupsIn( in, end - in, COMMON );
+        QV_ASSERT( areInert( in, common ) );
+        in += common;
 
         for( QV_INT i = 0; i < BLOCK; i++, in++ )
             if( in == end || !isInert( *in ) )

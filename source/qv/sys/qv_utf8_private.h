@@ -206,12 +206,18 @@ QV_INT   encodeAsciiBlocks32( uint8_t *out, const QV_CHAR *in, QV_INT count );
 
 inline QV_INT decodeShort( const uint8_t *in, QV_INT size, QV_CHAR *out )
 {
-    return vectors::has64() ? decodeShort64( in, size, out ) : -1;
+    QV_INT chars = vectors::has64() ? decodeShort64( in, size, out ) : -1;
+    QV_ASSERT( chars < 0 || ( count( in, in + size ).in == in + size && count( in, in + size ).count == chars ) );
+
+    return chars;
 }
 
 inline QV_INT encodeShort( const QV_CHAR *in, QV_INT count, uint8_t *out )
 {
-    return vectors::has64() ? encodeShort64( in, count, out ) : -1;
+    QV_INT bytes = vectors::has64() ? encodeShort64( in, count, out ) : -1;
+    QV_ASSERT( bytes < 0 || bytes == length( in, count ) );
+
+    return bytes;
 }
 } // namespace qv::utf8
 
