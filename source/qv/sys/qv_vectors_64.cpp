@@ -451,7 +451,7 @@ QV_INT qv::orderedGroups64( const QV_CHAR *, QV_INT, const uint8_t *, const uint
     return 0;
 }
 
-QV_INT qv::charsIn64( const QV_CHAR *, QV_INT, const Range ( & )[3] )
+QV_INT qv::charsIn64( const QV_CHAR *, QV_INT, const vectors::Range ( & )[3] )
 {
     return 0;
 }
