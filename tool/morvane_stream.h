@@ -14,7 +14,7 @@ namespace morvane
 class Streams
 {
 public:
-    static const QV_INT PIECE = 8192; // most bytes that a read returns
+    static const QV_INT PIECE = 16384; // most bytes that a read returns
 
     Streams() = default;
     ~Streams();

@@ -109,6 +109,45 @@ TEST( Codec, EveryKernelGivesTheSame )
     qv___VectorsForceKernel( -1 );
 }
 
+// Runs long enough that the vectors learn where a text is, which changes, with characters that have no byte or compose.
+TEST( Codec, EveryKernelFindsTheSameBytes )
+{
+    const uint32_t RANGES[][2] = { { 0, 0x80 },        { 0x80, 0x180 },       { 0x300, 0x330 },   { 0x370, 0x400 },
+                                   { 0x400, 0x480 },   { 0x2010, 0x2030 },    { 0x2500, 0x25A0 }, { 0x7F80, 0x8000 },
+                                   { 0xFE80, 0xFF00 }, { 0x10FFFF, 0x110001 } };
+    std::mt19937   random( 9 );
+    auto           below = [&]( size_t bound ) { return static_cast< unsigned >( random() % bound ); };
+
+    for( QV_INT charset :
+         { QV_CHARSET_ISO_8859_2, QV_CHARSET_ISO_8859_7, QV_CHARSET_KOI_8R, QV_CHARSET_MSFT_CP037,
+           QV_CHARSET_MSFT_CP437, QV_CHARSET_MSFT_CP864, QV_CHARSET_MSFT_CP1258 } )
+        for( int round = 0; round < 40; round++ )
+        {
+            std::u32string values;
+            unsigned       usual = below( std::size( RANGES ) ), rare = below( 40 );
+            QV_INT         piece = 1 + below( round % 2 ? 3000 : 60 );
+
+            for( unsigned size = below( 5000 ); values.size() < size; )
+            {
+                unsigned kind = below( 100 ) < rare ? below( std::size( RANGES ) ) : below( 4 ) ? usual : 0;
+
+                for( unsigned count = 1 + below( below( 9 ) ? 10 : 400 ); count > 0; count-- )
+                    values += RANGES[kind][0] + below( RANGES[kind][1] - RANGES[kind][0] );
+            }
+
+            qv___VectorsForceKernel( qv::vectors::PLAIN );
+            Encoded encoded = encode( charset, values, 0, 1 );
+
+            for( QV_INT kernel : { qv::vectors::VECTORS_16, qv::vectors::VECTORS_32, qv::vectors::VECTORS_64 } )
+            {
+                qv___VectorsForceKernel( kernel );
+                ASSERT_EQ( encoded, encode( charset, values, 0, piece ) ) << charset << " " << round;
+            }
+        }
+
+    qv___VectorsForceKernel( -1 );
+}
+
 // The walks ask the tables of single bytes themselves, and write no values that no character has.
 TEST( Codec, ExamplesComeOutAsTheyShould )
 {

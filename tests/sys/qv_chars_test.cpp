@@ -1,7 +1,9 @@
 #include "qv_test_support.h"
 #include "qv_test_utf8.h"
 
+#include "qv/base/qv_string.h"
 #include "qv/sys/qv_chars.h"
+#include "qv/sys/qv_mem.h"
 #include "qv/sys/qv_vectors_private.h"
 
 #include <random>
@@ -109,6 +111,25 @@ TEST( Chars, AnyTextGoesBothWaysAsTheModelDoes )
                     expectConverted( text, encoded, room( encoded.size() ), qvCharsConvertToUtf8, QV_FALSE );
                     expectConverted( text, encoded + '\0', room( encoded.size() ), qvCharsConvertToUtf8, QV_TRUE );
                     expectConverted( bytes, decoded, room( decoded.size() ), qvCharsConvertFromUtf8 );
+                }
+
+                // The ways of their own that Strings have, with the bytes at the end of a block.
+                std::vector< char >  exact( bytes.begin(), bytes.end() );
+                QV_INT               count = static_cast< QV_INT >( exact.size() );
+                qv::Ref< QV_STRING > string( qvStringCreateFromUtf8( exact.data(), count ) );
+                ASSERT_EQ( decoded, chars( string ) );
+                ASSERT_TRUE( qvStringEqualsCstr( string, exact.data(), count ) );
+
+                QV_INT      bytesBack = 0;
+                char       *back      = qvStringConvertToUtf8( string, round % 2 ? QV_TRUE : QV_FALSE, &bytesBack );
+                std::string expected  = encodedUtf8( decoded ) + std::string( round % 2, '\0' );
+                ASSERT_EQ( expected, std::string( back, static_cast< size_t >( bytesBack ) ) );
+                qvMemFree( back );
+
+                if( !decoded.empty() )
+                {
+                    decoded[below( decoded.size() )] ^= 1; // stays a character
+                    ASSERT_FALSE( qvStringEqualsCstr( qv::test::text( decoded ), exact.data(), count ) );
                 }
             }
         }

@@ -56,6 +56,27 @@ QV_STRING *createDecoded(
 
     return qv::createStringUse( block, count );
 }
+
+// Inline in both functions, so that a report names the one that was called. A short good text is decoded in one go; all
+// else, and what is wrong, is left to the conversion.
+__attribute__( ( always_inline ) ) inline QV_STRING *createFromUtf8( const char *text, QV_INT length )
+{
+    const QV_INT SHORT = 128;
+
+    if( text && length == -1 )
+        length = unitsOf( text );
+
+    if( text && length > 0 && length <= SHORT )
+    {
+        QV_CHAR chs[SHORT + qv::utf8::SHORT_ROOM];
+        QV_INT  count = qv::utf8::decodeShort( reinterpret_cast< const uint8_t * >( text ), length, chs );
+
+        if( count >= 0 )
+            return qv::newExactCopy( chs, count );
+    }
+
+    return createDecoded( qvCharsConvertFromUtf8, text, length );
+}
 } // namespace
 
 QV_STRING *qvStringCreateFromAscii( const char *text, QV_INT length )
@@ -65,12 +86,12 @@ QV_STRING *qvStringCreateFromAscii( const char *text, QV_INT length )
 
 QV_STRING *qvStringCreateFromCstr( const char *text, QV_INT length )
 {
-    return createDecoded( qvCharsConvertFromCstr, text, length );
+    return createFromUtf8( text, length );
 }
 
 QV_STRING *qvStringCreateFromUtf8( const char *text, QV_INT length )
 {
-    return createDecoded( qvCharsConvertFromUtf8, text, length );
+    return createFromUtf8( text, length );
 }
 
 QV_STRING *qvStringCreateFromWcstr( const wchar_t *text, QV_INT length )
@@ -180,8 +201,14 @@ char *qvStringConvertToUtf8( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength 
 
     if( length <= SHORT )
     {
-        char   bytes[SHORT * qv::utf8::LONGEST + 1];
-        QV_INT size = qvCharsConvertToUtf8( bytes, QV_INT( sizeof( bytes ) ), chs, length, addNull );
+        char   bytes[SHORT * qv::utf8::LONGEST + qv::utf8::SHORT_ROOM];
+        QV_INT size = qv::utf8::encodeShort( chs, length, reinterpret_cast< uint8_t * >( bytes ) );
+
+        if( size < 0 )
+            size = qvCharsConvertToUtf8( bytes, QV_INT( sizeof( bytes ) ), chs, length, QV_FALSE );
+
+        if( addNull )
+            bytes[size++] = 0;
 
         if( size == 0 )
             return nullptr;

@@ -45,7 +45,8 @@ QV_BOOL qvStringEqualsChar( QV_STRING *qvs, QV_CHAR ch )
     return qvStringEqualsChars( qvs, &ch, 1 );
 }
 
-// ASCII is compared as it stands. The first other byte leaves all to a String, and so does what is wrong.
+// ASCII is compared as it stands. What follows from the first other byte on is decoded on the stack if it is short, else
+// all is left to a String, and so is what is wrong.
 QV_BOOL qvStringEqualsCstr( QV_STRING *qvs, const char *text, QV_INT length )
 {
     if( qvs && text && length >= -1 )
@@ -60,6 +61,20 @@ QV_BOOL qvStringEqualsCstr( QV_STRING *qvs, const char *text, QV_INT length )
 
         if( same < count && bytes[same] < 0x80 )
             return QV_FALSE;
+
+        const QV_INT SHORT = 128;
+
+        if( size - same <= SHORT )
+        {
+            QV_CHAR chs[SHORT + qv::utf8::SHORT_ROOM];
+            QV_INT  rest = qv::utf8::decodeShort( bytes + same, size - same, chs );
+
+            if( rest < 0 )
+                rest = qvCharsConvertFromUtf8( chs, SHORT, text + same, size - same );
+
+            return qvs->length - same == rest && qv::equalChars( qv::chars( qvs ) + same, chs, rest ) ? QV_TRUE
+                                                                                                      : QV_FALSE;
+        }
     }
 
     return qvStringEquals( qvs, asString( text, length ) );

@@ -55,10 +55,11 @@ struct CodecSource : QV_OBJ
     }
 };
 
+/** `undeclared` bytes at the end of the structure do not count in its declared size. */
 template< class Closure >
-Closure *createCodecSink( QV_SORT *sort, QV_BYTE_SINK *byteSink, QV_INT flags )
+Closure *createCodecSink( QV_SORT *sort, QV_BYTE_SINK *byteSink, QV_INT flags, QV_INT undeclared = 0 )
 {
-    Closure *csc     = create< Closure >( sort );
+    Closure *csc     = static_cast< Closure * >( createWithRoom( sizeof( Closure ) - undeclared, undeclared, sort ) );
     csc->byteSink    = retain( byteSink );
     csc->flags       = flags;
     csc->cacheLength = 0;

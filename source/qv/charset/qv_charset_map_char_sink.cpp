@@ -8,12 +8,23 @@
 
 #include <cstring>
 
+// Two windows of 128 characters each that the text has lately been in, for the vectors of 64 bytes.
+struct Windows
+{
+    qv::vectors::CharBytes of[2];
+    uint8_t                next;   // which of them is filled next
+    uint8_t                missed; // the block of the last character that was in neither
+    uint32_t               misses; // since a window was filled
+    uint32_t               needed; // until one is filled again
+};
+
 struct QV___CHARSET_MAP_CHAR_SINK_CLOSURE : qv::CodecSink
 {
     QV___CHARSET_CHAR_TO_BYTE_FUNC mapFunc;
     QV_UNICODE_NORMALIZER         *normalizer;
     bool                           hasAscii;   // each ASCII character is the byte of the same value
     uint32_t                       memo[2048]; // results of the function, indexed by the lower bits of the character
+    alignas( QV_INT ) Windows windows;         // not declared
 };
 
 namespace
@@ -23,7 +34,8 @@ using Sink = QV___CHARSET_MAP_CHAR_SINK_CLOSURE;
 const QV_INT STRETCH = 8192; // characters checked before they are mapped, which the processor's cache still holds then
 const QV_INT PIECE   = 1024; // characters that are read from the normalizer at a time
 const QV_INT BLOCK   = 8;
-const QV_INT ASCII_PAUSE = 256; // characters after one that is not ASCII in which no run of ASCII is looked for
+const QV_INT RUN     = 32;  // characters that a run taken by the vectors should have
+const QV_INT PAUSE   = 256; // characters after a shorter one in which no run is looked for
 
 // So many places that the letters of an alphabet and ASCII do not share one.
 const QV_CHAR MEMO_MASK = 2047;
@@ -94,28 +106,81 @@ bool putInvalid( Sink *csc, QV_CHAR ch )
     return invalid == qv::Invalid::LEAVE_OUT;
 }
 
+// Fills a window for a character that was in none. The first two are filled at once where much text follows; else the one
+// before was near it, and each window waits for twice as many such characters as the last one, so that a text that is
+// everywhere does not fill them again and again. False if nothing was filled.
+bool learn( Sink *csc, QV_CHAR ch, QV_INT following )
+{
+    const QV_INT MUCH = 1024;
+
+    Windows *windows = &csc->windows;
+    QV_CHAR  block   = ch >> 7;
+    bool     isNear  = block == windows->missed;
+    bool     isSoon  = windows->needed <= 4 && following >= MUCH;
+    windows->missed  = static_cast< uint8_t >( std::min( block, QV_CHAR( 255 ) ) );
+
+    if( ( ( ++windows->misses < windows->needed || !isNear ) && !isSoon ) || block >= 255 )
+        return false;
+
+    qv::vectors::CharBytes *window = &windows->of[windows->next];
+    window->block                  = static_cast< uint8_t >( block );
+
+    for( QV_CHAR i = 0; i < 128; i++ )
+        if( !csc->mapFunc( block << 7 | i, &window->bytes[i] ) )
+            window->bytes[i] = 0;
+
+    windows->next   = 1 - windows->next;
+    windows->misses = 0;
+    windows->needed += std::min( windows->needed, UINT32_MAX / 2 );
+
+    return true;
+}
+
+[[maybe_unused]] bool areMapped( Sink *csc, const QV_CHAR *in, QV_INT count, const uint8_t *out )
+{
+    uint8_t byte;
+
+    for( QV_INT i = 0; i < count; i++ )
+        if( !csc->mapFunc( in[i], &byte ) || byte != out[i] )
+            return false;
+
+    return true;
+}
+
+// Maps the characters of a run for which no look at each of them is needed: ASCII, and what is in the windows.
+QV_INT mapRun( Sink *csc, const QV_CHAR *in, QV_INT count, uint8_t *out )
+{
+    QV_INT done = qv::vectors::has64() ? qv::encodeBytes64( csc->windows.of, in, count, out )
+                                       : qv::utf8::encodeLeadingAscii( out, in, count );
+
+    QV_ASSERT( areMapped( csc, in, done, out ) );
+    return done;
+}
+
 // Maps composed characters, which must all be below 0x110000, since an empty place of the memo looks like one above.
 bool mapChars( Sink *csc, const QV_CHAR *in, QV_INT count )
 {
     QV_ASSERT( qv::allCharsOk( in, count ) );
 
-    const QV_CHAR *end   = in + count;
-    const QV_CHAR *ascii = csc->hasAscii ? in : end; // where a run of it is looked for next
+    const QV_CHAR *end = in + count;
+    const QV_CHAR *run = csc->hasAscii ? in : end; // where one is looked for next
 
     while( in < end )
     {
         // The cache is flushed as soon as it is full, so a block must leave a place free.
-        if( in >= ascii && end - in >= 2 * BLOCK && csc->room() > 2 * BLOCK )
+        if( in >= run && end - in >= 2 * BLOCK && csc->room() > 2 * BLOCK )
         {
-            QV_INT most = std::min( QV_INT( end - in ), csc->room() - 1 );
-            QV_INT run  = qv::utf8::encodeLeadingAscii( csc->cache + csc->cacheLength, in, most );
-            csc->cacheLength += run;
-            in += run;
+            uint8_t *out  = csc->cache + csc->cacheLength;
+            QV_INT   most = std::min( QV_INT( end - in ), csc->room() - 1 );
+            QV_INT   done = mapRun( csc, in, most, out );
+            csc->cacheLength += done;
+            in += done;
 
-            if( run == most )
+            if( done == most )
                 continue;
 
-            ascii = in + ASCII_PAUSE;
+            bool isNew = qv::vectors::has64() && learn( csc, *in, end - in );
+            run        = isNew || done >= RUN ? in : in + PAUSE;
         }
 
         if( end - in >= BLOCK && csc->room() > BLOCK && putBlock( csc->memo, in, csc->cache + csc->cacheLength ) )
@@ -165,16 +230,29 @@ bool isInert( QV_CHAR ch )
     return ch < 0x300 || ( QV_CHAR_OK( ch ) && composedQuickCheck( ch, false ) == 0 );
 }
 
-// The ranges that nearly all text in Latin and Cyrillic letters is made of: letters, punctuation and currencies. All
+// The ranges that nearly all text in Latin, Greek and Cyrillic letters is made of: letters, punctuation and currencies. All
 // characters in them are inert.
-constexpr qv::vectors::Range COMMON[] = { { 0, 0x300 }, { 0x400, 0x483 }, { 0x2002, 0x20D0 } };
+constexpr qv::vectors::Range COMMON[] = { { 0, 0x300 }, { 0x388, 0x483 }, { 0x2002, 0x20D0 } };
+
+[[maybe_unused]] bool areInert( const QV_CHAR *in, QV_INT count )
+{
+    for( QV_INT i = 0; i < count; i++ )
+        if( !isInert( in[i] ) )
+            return false;
+
+    return true;
+}
 
 const QV_CHAR *skipInert( const QV_CHAR *in, const QV_CHAR *end )
 {
     for( ;; )
     {
         in += qv::groupsBelow( in, end - in, 0x100 );
-        in += qv::groupsIn( in, end - in, COMMON );
+
+        QV_INT common =
+            qv::vectors::has64() ? qv::charsIn64( in, end - in, COMMON ) : qv::groupsIn( in, end - in, COMMON );
+        QV_ASSERT( areInert( in, common ) );
+        in += common;
 
         for( QV_INT i = 0; i < BLOCK; i++, in++ )
             if( in == end || !isInert( *in ) )
@@ -250,11 +328,18 @@ QV_CHAR_SINK *qv___CharsetMapCharSinkCreate(
     QV_CHECK( byteSink );
     QV_CHECK( mapFunc );
 
-    qv::Ref< Sink > csc( qv::createCodecSink< Sink >( qv___CharsetMapCharSinkClosureSort(), byteSink, flags ) );
+    qv::Ref< Sink > csc( qv::createCodecSink< Sink >(
+        qv___CharsetMapCharSinkClosureSort(), byteSink, flags, sizeof( Sink ) - offsetof( Sink, windows ) ) );
     csc->mapFunc    = mapFunc;
     csc->normalizer = qvUnicodeNormalizerCreate( QV_UNICODE_NORMAL_FORM_NFC );
     csc->hasAscii   = true;
     memset( csc->memo, 0xFF, sizeof( csc->memo ) );
+
+    csc->windows        = {};
+    csc->windows.needed = 2;
+
+    for( qv::vectors::CharBytes &window : csc->windows.of )
+        window.block = 255;
 
     for( QV_CHAR ch = 0; ch < 0x80; ch++ )
     {

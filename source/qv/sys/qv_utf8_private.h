@@ -12,6 +12,7 @@
 #define QV_UTF8_PRIVATE_H
 
 #include "qv/sys/qv_types.h"
+#include "qv/sys/qv_vectors_private.h"
 
 #include <string.h>
 
@@ -165,6 +166,18 @@ inline QV_INT decodeLeadingAscii( QV_CHAR *out, const uint8_t *in, QV_INT count 
 /** Writes the ASCII that a text begins with and returns its length. There is room for all characters. */
 QV_INT encodeLeadingAscii( uint8_t *out, const QV_CHAR *in, QV_INT count );
 
+/** How many units decodeShort() and encodeShort() may write after what counts. */
+const QV_INT SHORT_ROOM = 64;
+
+/** Decodes a whole text of good sequences and returns the number of characters; -1 where it is not made of such, or holds
+    characters above U+FFFFF, or the machine has no vectors for it. There is room for as many characters as there are bytes,
+    and for SHORT_ROOM more. Faster than decode() for a text of few bytes, slower for one of many. */
+inline QV_INT decodeShort( const uint8_t *in, QV_INT size, QV_CHAR *out );
+
+/** The same for the bytes of a text; -1 also for a value of 0x110000 and above. There is room for LONGEST bytes a character,
+    and for SHORT_ROOM more. */
+inline QV_INT encodeShort( const QV_CHAR *in, QV_INT count, uint8_t *out );
+
 /* Kernels -------------------------------------------------------------------------------------------------------- */
 
 /* What the kernels of the vectors do: as much as they can do with whole vectors, up to any place before which the
@@ -172,6 +185,9 @@ QV_INT encodeLeadingAscii( uint8_t *out, const QV_CHAR *in, QV_INT count );
 
 void decodeBlocks64( Decoded &done, const uint8_t *inEnd, const QV_CHAR *outEnd );
 void encodeBlocks64( Encoded &done, const QV_CHAR *inEnd, const uint8_t *outEnd );
+
+QV_INT decodeShort64( const uint8_t *in, QV_INT size, QV_CHAR *out );
+QV_INT encodeShort64( const QV_CHAR *in, QV_INT count, uint8_t *out );
 
 void decodeBlocks32( Decoded &done, const uint8_t *inEnd, QV_CHAR *outEnd );
 void countBlocks32( Counted &done, const uint8_t *inEnd );
@@ -187,6 +203,22 @@ struct Measured
 
 Measured measureBlocks32( const QV_CHAR *in, QV_INT count );
 QV_INT   encodeAsciiBlocks32( uint8_t *out, const QV_CHAR *in, QV_INT count );
+
+inline QV_INT decodeShort( const uint8_t *in, QV_INT size, QV_CHAR *out )
+{
+    QV_INT chars = vectors::has64() ? decodeShort64( in, size, out ) : -1;
+    QV_ASSERT( chars < 0 || ( count( in, in + size ).in == in + size && count( in, in + size ).count == chars ) );
+
+    return chars;
+}
+
+inline QV_INT encodeShort( const QV_CHAR *in, QV_INT count, uint8_t *out )
+{
+    QV_INT bytes = vectors::has64() ? encodeShort64( in, count, out ) : -1;
+    QV_ASSERT( bytes < 0 || bytes == length( in, count ) );
+
+    return bytes;
+}
 } // namespace qv::utf8
 
 #endif

@@ -30,6 +30,27 @@ struct Places
     alignas( 64 ) uint8_t places[64];
 };
 
+// For the four bytes of each of 16 lanes the place of its lane and the one after, and how far each is before the next
+// lane's character.
+struct LanePlaces
+{
+    constexpr LanePlaces()
+    {
+        for( int i = 0; i < 64; i++ )
+        {
+            own[i]    = static_cast< uint8_t >( i / 4 );
+            next[i]   = static_cast< uint8_t >( i / 4 + 1 );
+            before[i] = static_cast< uint8_t >( i % 4 + 1 );
+        }
+    }
+
+    alignas( 64 ) uint8_t own[64]    = {};
+    alignas( 64 ) uint8_t next[64]   = {};
+    alignas( 64 ) uint8_t before[64] = {};
+};
+
+constexpr LanePlaces LANE_PLACES;
+
 constexpr Places BACK[] = { Places::shifted( 0 ), Places::shifted( 1 ), Places::shifted( 2 ), Places::shifted( 3 ) };
 
 // For each character that ends in a block the byte `back` places before its last one, or 0 for those that have less;
@@ -71,6 +92,52 @@ QV___KERNEL_64 inline QV_INT decodeAscii( const uint8_t *in, const uint8_t *inEn
     }
 
     return done;
+}
+
+// What the bytes have of the values, by their upper halves.
+QV___KERNEL_64 inline __m512i valueBits( __m512i bytes )
+{
+    const __m512i masks = _mm512_broadcast_i32x4(
+        _mm_setr_epi8( 127, 127, 127, 127, 127, 127, 127, 127, 63, 63, 63, 63, 31, 31, 15, 7 ) );
+    __m512i kinds = _mm512_and_si512( _mm512_srli_epi16( bytes, 4 ), _mm512_set1_epi8( 15 ) );
+
+    return _mm512_and_si512( bytes, _mm512_shuffle_epi8( masks, kinds ) );
+}
+
+// The bytes of 16 characters, which are below 0x110000, in their lanes, and which of them count.
+struct LaneBytes
+{
+    __m512i  bytes;
+    uint64_t kept;
+};
+
+QV___KERNEL_64 inline LaneBytes laneBytes( __m512i chars )
+{
+    __mmask16 two    = _mm512_cmpge_epu32_mask( chars, repeat16( 0x80 ) );
+    __mmask16 three  = _mm512_cmpge_epu32_mask( chars, repeat16( 0x800 ) );
+    __mmask16 isFour = _mm512_cmpge_epu32_mask( chars, repeat16( 0x10000 ) );
+
+    // The marks that the length demands. They have the topmost bit in each byte that counts, so ASCII has one too here.
+    __m512i marks = _mm512_mask_mov_epi32( repeat16( 0x80000000 ), two, repeat16( 0x80C00000 ) );
+    marks         = _mm512_mask_mov_epi32( marks, three, repeat16( 0x8080E000 ) );
+    marks         = _mm512_mask_mov_epi32( marks, isFour, repeat16( 0x808080F0 ) );
+
+    // Eight bits from where each byte starts in the two characters of eight bytes, of which six count, the last byte highest.
+    const __m512i starts = _mm512_set1_epi64( 0x20262C3200060C12 );
+    __m512i       sixes  = _mm512_and_si512( _mm512_multishift_epi64_epi8( starts, chars ), _mm512_set1_epi8( 0x3F ) );
+    __m512i       bytes  = _mm512_or_si512( sixes, marks );
+
+    return { _mm512_mask_slli_epi32( bytes, _knot_mask16( two ), chars, 24 ), _mm512_movepi8_mask( marks ) };
+}
+
+// For characters in lanes of so many bytes, of which more are kept than there is room for: how many of the characters fit.
+// The others are no longer kept.
+QV___KERNEL_64 inline QV_INT fitting( uint64_t *kept, QV_INT lane, QV_INT room )
+{
+    QV_INT over = __builtin_ctzll( _pdep_u64( UINT64_C( 1 ) << room, *kept ) ); // the first byte without room
+    *kept &= lowest( over / lane * lane );
+
+    return over / lane;
 }
 
 // Writes the bytes of a vector that the bits of `kept` tell, `size` of them, one after the other.
@@ -121,11 +188,7 @@ QV___KERNEL_64 void qv::utf8::decodeBlocks64( Decoded &done, const uint8_t *inEn
         if( ( ( follow ^ demanded ) & block ) || above || outEnd - out < chars )
             break;
 
-        // What the bytes have of the values, by their upper halves.
-        const __m512i masks = _mm512_broadcast_i32x4(
-            _mm_setr_epi8( 127, 127, 127, 127, 127, 127, 127, 127, 63, 63, 63, 63, 31, 31, 15, 7 ) );
-        __m512i kinds = _mm512_and_si512( _mm512_srli_epi16( bytes, 4 ), _mm512_set1_epi8( 15 ) );
-        __m512i bits  = _mm512_and_si512( bytes, _mm512_shuffle_epi8( masks, kinds ) );
+        __m512i bits = valueBits( bytes );
 
         // The lower 12 bits of all characters in lanes of two bytes, and the upper ones where there are any.
         const __m512i pair  = repeat16( 0x40014001 );
@@ -179,8 +242,6 @@ QV___KERNEL_64 void qv::utf8::decodeBlocks64( Decoded &done, const uint8_t *inEn
 
 QV___KERNEL_64 void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEnd, const uint8_t *outEnd )
 {
-    // The bytes of a character by their places in its lane.
-    const uint64_t LAST = UINT64_C( 0x8888888888888888 ), THIRD = LAST >> 1, SECOND = LAST >> 2, FIRST = LAST >> 3;
     const uint64_t LOW = UINT64_C( 0x5555555555555555 ), HIGH = LOW << 1;
 
     const QV_CHAR *in = done.in;
@@ -196,7 +257,7 @@ QV___KERNEL_64 void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEn
 
         if( _mm512_test_epi32_mask( both, repeat16( ~0x7Fu ) ) == 0 )
         {
-            if( outEnd - to < count )
+            if( outEnd - to < count && ( count = outEnd - to ) == 0 )
                 break;
 
             __m256i bytes = _mm256_set_m128i( _mm512_cvtepi32_epi8( b ), _mm512_cvtepi32_epi8( a ) );
@@ -218,8 +279,13 @@ QV___KERNEL_64 void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEn
             uint64_t kept  = _pdep_u64( lowest( count ), LOW ) | _pdep_u64( two, HIGH );
             QV_INT   size  = __builtin_popcountll( kept );
 
-            if( outEnd - to < size )
-                break;
+            if( __builtin_expect( outEnd - to < size, 0 ) )
+            {
+                if( ( count = fitting( &kept, 2, outEnd - to ) ) == 0 )
+                    break;
+
+                size = __builtin_popcountll( kept );
+            }
 
             storeKept( to, _mm512_mask_mov_epi16( chars, two, pair ), kept, size );
             in += count;
@@ -230,29 +296,19 @@ QV___KERNEL_64 void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEn
         if( _mm512_cmpge_epu32_mask( a, repeat16( 0x110000 ) ) != 0 )
             break;
 
-        // The bytes in lanes of four, the last one highest, with the marks that the length demands.
-        __mmask16 two    = _mm512_cmpge_epu32_mask( a, repeat16( 0x80 ) );
-        __mmask16 three  = _mm512_cmpge_epu32_mask( a, repeat16( 0x800 ) );
-        __mmask16 isFour = _mm512_cmpge_epu32_mask( a, repeat16( 0x10000 ) );
+        LaneBytes lanes = laneBytes( a );
+        uint64_t  kept  = lanes.kept & lowest( 4 * half );
+        QV_INT    size  = __builtin_popcountll( kept );
 
-        __m512i marks = _mm512_maskz_mov_epi32( two, repeat16( 0x80C00000 ) );
-        marks         = _mm512_mask_mov_epi32( marks, three, repeat16( 0x8080E000 ) );
-        marks         = _mm512_mask_mov_epi32( marks, isFour, repeat16( 0x808080F0 ) );
+        if( __builtin_expect( outEnd - to < size, 0 ) )
+        {
+            if( ( half = fitting( &kept, 4, outEnd - to ) ) == 0 )
+                break;
 
-        __m512i last   = _mm512_slli_epi32( _mm512_mask_and_epi32( a, two, a, repeat16( 0x3F ) ), 24 );
-        __m512i second = _mm512_and_si512( _mm512_slli_epi32( a, 10 ), repeat16( 0x3F0000 ) );
-        __m512i third  = _mm512_and_si512( _mm512_srli_epi32( a, 4 ), repeat16( 0x3F00 ) );
-        __m512i fourth = _mm512_srli_epi32( a, 18 );
-        __m512i bytes  = _mm512_or_si512( _mm512_or_si512( last, second ), _mm512_or_si512( third, fourth ) );
+            size = __builtin_popcountll( kept );
+        }
 
-        uint64_t kept = _pdep_u64( lowest( half ), LAST ) | _pdep_u64( two, THIRD ) | _pdep_u64( three, SECOND )
-                        | _pdep_u64( isFour, FIRST );
-        QV_INT size = __builtin_popcountll( kept );
-
-        if( outEnd - to < size )
-            break;
-
-        storeKept( to, _mm512_or_si512( bytes, marks ), kept, size );
+        storeKept( to, lanes.bytes, kept, size );
         in += half;
         to += size;
     }
@@ -260,7 +316,130 @@ QV___KERNEL_64 void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEn
     done = { in, to };
 }
 
+// Blocks of 63 bytes, so that what comes after the last character has a place too. From the places where characters start
+// follow, for 16 lanes at a time, those of the four bytes before the next character; what is before the own start is not
+// the character's.
+QV___KERNEL_64 QV_INT qv::utf8::decodeShort64( const uint8_t *in, QV_INT size, QV_CHAR *out )
+{
+    const QV_INT BLOCK = 63;
+
+    const __m512i own = _mm512_load_si512( LANE_PLACES.own ), next = _mm512_load_si512( LANE_PLACES.next );
+    const __m512i before = _mm512_load_si512( LANE_PLACES.before ), identity = _mm512_load_si512( BACK[0].places );
+
+    QV_CHAR *to = out;
+
+    while( size > 0 )
+    {
+        QV_INT   count = size < BLOCK ? size : BLOCK;
+        uint64_t block = lowest( count );
+        __m512i  bytes = _mm512_maskz_loadu_epi8( block, in );
+        uint64_t other = static_cast< uint64_t >( _mm512_movepi8_mask( bytes ) );
+
+        if( other == 0 )
+        {
+            for( QV_INT k = 0; k < count; k += 16 )
+            {
+                _mm512_storeu_si512( to + k, _mm512_cvtepu8_epi32( _mm512_castsi512_si128( bytes ) ) );
+                bytes = _mm512_alignr_epi64( bytes, bytes, 2 );
+            }
+
+            in += count;
+            to += count;
+            size -= count;
+            continue;
+        }
+
+        uint64_t lead  = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xC0 ) ) );
+        uint64_t lead3 = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xE0 ) ) );
+        uint64_t lead4 = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xF0 ) ) );
+        uint64_t above = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xF4 ) ) );
+
+        // As in decodeBlocks64(); where the text ends nothing is demanded any more.
+        uint64_t follow   = other & ~lead;
+        uint64_t demanded = lead << 1 | lead3 << 2 | lead4 << 3;
+        uint64_t cut      = demanded & ~block;
+
+        if( ( ( follow ^ demanded ) & block ) || above || ( cut && count == size ) )
+            return -1;
+
+        // A character that goes on after the block starts the next one.
+        uint64_t starts = ~follow & block;
+        QV_INT   whole  = cut ? 63 - __builtin_clzll( starts ) : count;
+        starts &= lowest( whole );
+
+        QV_INT  chars  = __builtin_popcountll( starts );
+        __m512i bits   = valueBits( bytes );
+        __m512i places = _mm512_maskz_compress_epi8( starts | UINT64_C( 1 ) << whole, identity );
+
+        for( QV_INT k = 0; k < chars; k += 16 )
+        {
+            __m512i   at    = _mm512_sub_epi8( _mm512_permutexvar_epi8( next, places ), before );
+            __mmask64 valid = _mm512_cmpge_epi8_mask( at, _mm512_permutexvar_epi8( own, places ) );
+            __m512i   parts = _mm512_maskz_permutexvar_epi8( valid, at, bits );
+            parts           = _mm512_maddubs_epi16( parts, repeat16( 0x40014001 ) );
+            _mm512_storeu_si512( to + k, _mm512_madd_epi16( parts, repeat16( 0x10000001 ) ) );
+            places = _mm512_alignr_epi64( places, places, 2 );
+        }
+
+        in += whole;
+        to += chars;
+        size -= whole;
+    }
+
+    return to - out;
+}
+
+QV___KERNEL_64 QV_INT qv::utf8::encodeShort64( const QV_CHAR *in, QV_INT count, uint8_t *out )
+{
+    uint8_t *to = out;
+
+    while( count > 0 )
+    {
+        QV_INT  half = count < 16 ? count : 16;
+        QV_INT  more = count < 32 ? count - half : 16;
+        __m512i a    = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( lowest( half ) ), in );
+        __m512i b    = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( lowest( more ) ), in + half );
+
+        if( _mm512_test_epi32_mask( _mm512_or_si512( a, b ), repeat16( ~0x7Fu ) ) == 0 )
+        {
+            _mm_storeu_si128( reinterpret_cast< __m128i * >( to ), _mm512_cvtepi32_epi8( a ) );
+            _mm_storeu_si128( reinterpret_cast< __m128i * >( to + half ), _mm512_cvtepi32_epi8( b ) );
+            to += half + more;
+        }
+        else
+        {
+            if( _mm512_cmpge_epu32_mask( _mm512_max_epu32( a, b ), repeat16( 0x110000 ) ) != 0 )
+                return -1;
+
+            LaneBytes lanes = laneBytes( a );
+            uint64_t  kept  = lanes.kept & lowest( 4 * half );
+            _mm512_storeu_si512( to, _mm512_maskz_compress_epi8( kept, lanes.bytes ) );
+            to += __builtin_popcountll( kept );
+
+            lanes = laneBytes( b );
+            kept  = lanes.kept & lowest( 4 * more );
+            _mm512_storeu_si512( to, _mm512_maskz_compress_epi8( kept, lanes.bytes ) );
+            to += __builtin_popcountll( kept );
+        }
+
+        in += half + more;
+        count -= half + more;
+    }
+
+    return to - out;
+}
+
 #else
+
+QV_INT qv::utf8::decodeShort64( const uint8_t *, QV_INT, QV_CHAR * )
+{
+    return -1;
+}
+
+QV_INT qv::utf8::encodeShort64( const QV_CHAR *, QV_INT, uint8_t * )
+{
+    return -1;
+}
 
 void qv::utf8::decodeBlocks64( Decoded &, const uint8_t *, const QV_CHAR * )
 {

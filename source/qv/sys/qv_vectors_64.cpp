@@ -104,6 +104,96 @@ QV___KERNEL_64 QV_INT qv::decodeBytes64(
     return done;
 }
 
+namespace
+{
+// The lowest bytes of 64 lanes.
+QV___KERNEL_64 inline __m512i lowBytes( const __m512i ( &lanes )[4] )
+{
+    const __m512i places = _mm512_load_si512( LANES.places );
+    __m512i       first  = _mm512_permutex2var_epi8( lanes[0], places, lanes[1] );
+    __m512i       second = _mm512_permutex2var_epi8( lanes[2], places, lanes[3] );
+
+    return _mm512_inserti64x4( first, _mm512_castsi512_si256( second ), 1 );
+}
+
+// Writes what a window tells over the bytes of its characters, which it adds to `known`.
+QV___KERNEL_64 inline __m512i mapWindow(
+    const CharBytes &window, __m512i chars, __m512i blocks, __m512i bytes, __mmask64 *known )
+{
+    __m512i   low  = _mm512_loadu_si512( window.bytes );
+    __m512i   high = _mm512_loadu_si512( window.bytes + 64 );
+    __mmask64 own  = _mm512_cmpeq_epi8_mask( blocks, _mm512_set1_epi8( static_cast< char >( window.block ) ) );
+    __m512i   told = _mm512_permutex2var_epi8( low, chars, high );
+
+    *known |= _mm512_mask_test_epi8_mask( own, told, told );
+
+    return _mm512_mask_mov_epi8( bytes, own, told );
+}
+} // namespace
+
+QV___KERNEL_64 QV_INT qv::charsIn64( const QV_CHAR *chs, QV_INT count, const Range ( &ranges )[3] )
+{
+    for( QV_INT i = 0; i < count; i += 16 )
+    {
+        __mmask16 there = static_cast< __mmask16 >( lowest( count - i < 16 ? count - i : 16 ) );
+        __m512i   in    = _mm512_maskz_loadu_epi32( there, chs + i );
+        __mmask16 isIn  = 0;
+
+        for( Range range : ranges )
+            isIn |= _mm512_cmplt_epu32_mask(
+                _mm512_sub_epi32( in, repeat16( range.first ) ), repeat16( range.end - range.first ) );
+
+        if( ( isIn & there ) != there )
+            return i + __builtin_ctz( ~isIn & there );
+    }
+
+    return count;
+}
+
+QV___KERNEL_64 QV_INT qv::encodeBytes64(
+    const vectors::CharBytes ( &windows )[2], const QV_CHAR *chs, QV_INT count, uint8_t *to )
+{
+    QV_INT done = 0;
+
+    while( done < count )
+    {
+        QV_INT  size = count - done < 64 ? count - done : 64;
+        __m512i chars[4], blocks[4];
+
+        // Characters that are not there count as ASCII.
+        for( int k = 0; k < 4; k++ )
+        {
+            __mmask16 loaded = static_cast< __mmask16 >( lowest( size ) >> 16 * k );
+            chars[k]         = _mm512_maskz_loadu_epi32( loaded, chs + done + 16 * k );
+            blocks[k]        = _mm512_min_epu32( _mm512_srli_epi32( chars[k], 7 ), repeat16( 255 ) );
+        }
+
+        __m512i low = lowBytes( chars );
+        __m512i all =
+            _mm512_or_si512( _mm512_or_si512( blocks[0], blocks[1] ), _mm512_or_si512( blocks[2], blocks[3] ) );
+
+        if( _mm512_test_epi32_mask( all, all ) == 0 )
+        {
+            _mm512_mask_storeu_epi8( to + done, lowest( size ), low );
+            done += size;
+            continue;
+        }
+
+        __m512i   block = lowBytes( blocks );
+        __mmask64 known = _mm512_testn_epi8_mask( block, block );
+        __m512i   bytes = mapWindow( windows[1], low, block, mapWindow( windows[0], low, block, low, &known ), &known );
+        QV_INT    first = ~known ? __builtin_ctzll( ~known ) : size; // the first one without
+
+        _mm512_mask_storeu_epi8( to + done, lowest( first < size ? first : size ), bytes );
+        done += first;
+
+        if( first < size )
+            break;
+    }
+
+    return done;
+}
+
 QV___KERNEL_64 QV_INT qv::orderedGroups64(
     const QV_CHAR *chs, QV_INT count, const uint8_t *inert, const uint8_t *classes, uint32_t *last )
 {
@@ -357,6 +447,16 @@ QV_INT qv::findLineEnd64( const QV_CHAR *, QV_INT, QV_INT length )
 }
 
 QV_INT qv::orderedGroups64( const QV_CHAR *, QV_INT, const uint8_t *, const uint8_t *, uint32_t * )
+{
+    return 0;
+}
+
+QV_INT qv::charsIn64( const QV_CHAR *, QV_INT, const vectors::Range ( & )[3] )
+{
+    return 0;
+}
+
+QV_INT qv::encodeBytes64( const vectors::CharBytes ( & )[2], const QV_CHAR *, QV_INT, uint8_t * )
 {
     return 0;
 }

@@ -84,6 +84,14 @@ struct ByteChars
     uint8_t high[256];
 };
 
+/** The bytes of 128 characters from a multiple of that on, 0 where there is none; `block` is that multiple. With block 255
+    all bytes are 0. */
+struct CharBytes
+{
+    uint8_t block;
+    uint8_t bytes[128];
+};
+
 #if QV___VECTORS_16
 /** Four characters. Arithmetic wraps around. A comparison returns all ones for true and 0 for false. */
 typedef uint32_t Four __attribute__( ( vector_size( 16 ) ) );
@@ -262,6 +270,10 @@ inline QV_INT groupsIn(
 
     return i;
 }
+
+/** How many characters an array begins with that are all in one of the ranges. With the vectors of 64 bytes; without them
+    it returns 0. */
+QV_INT charsIn64( const QV_CHAR *chs, QV_INT count, const vectors::Range ( &ranges )[3] );
 
 /** How many ASCII characters an array begins with. */
 inline QV_INT asciiLength( const QV_CHAR *chs, QV_INT count )
@@ -488,6 +500,10 @@ inline bool digestEight( const QV_CHAR *chs, uint8_t highest, uint64_t *number )
 /** Decodes bytes by a table of their characters, up to 64 before one that has none, and returns how many. With the
     vectors of 64 bytes; without them it returns 0. */
 QV_INT decodeBytes64( const vectors::ByteChars &chars, const uint8_t *bytes, QV_INT count, QV_CHAR *to );
+
+/** Encodes the characters that an array begins with that are ASCII, which stands for itself, or have a byte in one of the
+    windows, and returns how many. With the vectors of 64 bytes; without them it returns 0. */
+QV_INT encodeBytes64( const vectors::CharBytes ( &windows )[2], const QV_CHAR *chs, QV_INT count, uint8_t *to );
 
 /** Decodes the bytes that an array begins with that are their own characters, which all but those from `first` up to
     `end` are, in whole groups of 16. Returns how many. */
