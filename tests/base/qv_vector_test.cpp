@@ -33,6 +33,34 @@ TEST( Vector, KnowsTheSortsOfItsElements )
     EXPECT_EQ( Ref( qvVectorCreate() ).get(), vec.get() );
 }
 
+// What a caller gives up is taken over as it is, where the Vector is shared too, and handed out again.
+TEST( Vector, TakesReferencesOver )
+{
+    Ref< QV_OBJ >    obj( qvStringObj( text( "x" ).give() ) );
+    Ref< QV_VECTOR > vec( qvVectorCreate() ), other;
+
+    for( int i = 0; i < 100; i++ )
+    {
+        qvVectorAppendObjUse( vec.at(), qv::retain( obj.get() ) );
+        qvVectorPrependObjUse( vec.at(), qv::retain( obj.get() ) );
+        qvVectorInsertObjUse( vec.at(), i, qv::retain( obj.get() ) );
+        qvVectorSetObjUseAt( vec.at(), i + 1, qv::retain( obj.get() ) );
+    }
+
+    EXPECT_EQ( 301, qv___RetainCountValue( &obj->retainCount ) );
+    other = Ref< QV_VECTOR >::share( vec );
+    qvVectorAppendObjUse( vec.at(), qv::retain( obj.get() ) );
+    EXPECT_EQ( 602, qv___RetainCountValue( &obj->retainCount ) );
+    EXPECT_EQ( 300, qvVectorLength( other ) );
+    other.reset();
+
+    // It may be the Vector itself, as it was.
+    qvVectorAppendObjUse( vec.at(), qvVectorObj( qv::retain( vec.get() ) ) );
+    other = Ref( qvVectorFrom( qvVectorPop( vec.at() ) ) );
+    EXPECT_EQ( 301, qvVectorLength( other ) );
+    EXPECT_EQ( 301, qvVectorLength( vec ) );
+}
+
 namespace
 {
 QV_INT value( QV_OBJ *object )
