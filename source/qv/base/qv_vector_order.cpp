@@ -102,6 +102,19 @@ struct ByObject
     }
 };
 
+// The same beside one integer: others are compared with it in place.
+struct BesideInteger
+{
+    QV_INT value;
+
+    QV_INT orderOf( QV_OBJ *each, QV_OBJ *obj ) const
+    {
+        QV_ASSERT( integerOf( obj ) == value );
+        return __builtin_expect( each->sort == &qv___sort_QV_BOXED_INT, 1 ) ? qv::order( integerOf( each ), value )
+                                                                            : qvObjCompare( each, obj );
+    }
+};
+
 // An object with a number that orders as it does, so that few comparisons wait for its memory.
 struct Digested
 {
@@ -589,6 +602,9 @@ QV_INT qvVectorSearch( QV_VECTOR *vec, QV_OBJ *obj, QV_BOOL *found )
 {
     QV_CHECK( vec );
     QV_CHECK( obj );
+
+    if( obj->sort == &qv___sort_QV_BOXED_INT )
+        return search( vec, obj, found, BesideInteger{ integerOf( obj ) } );
 
     qv::Ref< QV_VECTOR > held = qv::Ref< QV_VECTOR >::share( comparesInside( obj->sort ) ? nullptr : vec );
     return search( vec, obj, found, ByObject() );
