@@ -99,7 +99,11 @@ struct VectorWalk : Slots< VectorWalk, QV_VECTOR, Values, qvVectorCreate >
             }
             else
             {
-                ( last ? qvVectorPush : qvVectorShift )( slot.ref.at(), boxedInt( next ) );
+                if( in.flag() )
+                    ( last ? qvVectorPush : qvVectorShift )( slot.ref.at(), boxedInt( next ) );
+                else
+                    ( last ? qvVectorAppendObjUse : qvVectorPrependObjUse )( slot.ref.at(), boxedInt( next ).give() );
+
                 model.insert( place, next++ );
             }
         }

@@ -95,6 +95,7 @@ TEST( Misuse, IsReported )
           "QV___INT_UNSIGNED_TO_QV_INT_CONV_OK( sizeBits )" },
 
         { [] { qvVectorInsertObjs( twoElements(), 0, &hole, 1 ); }, "obj" },
+        { [] { qvVectorAppendObjUse( twoElements(), nullptr ); }, "obj" },
         { [] { qvVectorAppendInner( twoElements(), *twoElements(), 1, MOST ); }, "QV_INT_ADD_OK( offset, count )" },
         { [] { qvVectorAppendTrailing( twoElements(), *twoElements(), QV_INT_MIN ); }, "count >= 0" },
         { [] { qvVectorDelAt( twoElements(), 2 ); }, "offset + count <= (*vec)->length" },

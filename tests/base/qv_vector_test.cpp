@@ -33,6 +33,34 @@ TEST( Vector, KnowsTheSortsOfItsElements )
     EXPECT_EQ( Ref( qvVectorCreate() ).get(), vec.get() );
 }
 
+// What a caller gives up is taken over as it is, where the Vector is shared too, and handed out again.
+TEST( Vector, TakesReferencesOver )
+{
+    Ref< QV_OBJ >    obj( qvStringObj( text( "x" ).give() ) );
+    Ref< QV_VECTOR > vec( qvVectorCreate() ), other;
+
+    for( int i = 0; i < 100; i++ )
+    {
+        qvVectorAppendObjUse( vec.at(), qv::retain( obj.get() ) );
+        qvVectorPrependObjUse( vec.at(), qv::retain( obj.get() ) );
+        qvVectorInsertObjUse( vec.at(), i, qv::retain( obj.get() ) );
+        qvVectorSetObjUseAt( vec.at(), i + 1, qv::retain( obj.get() ) );
+    }
+
+    EXPECT_EQ( 301, qv___RetainCountValue( &obj->retainCount ) );
+    other = Ref< QV_VECTOR >::share( vec );
+    qvVectorAppendObjUse( vec.at(), qv::retain( obj.get() ) );
+    EXPECT_EQ( 602, qv___RetainCountValue( &obj->retainCount ) );
+    EXPECT_EQ( 300, qvVectorLength( other ) );
+    other.reset();
+
+    // It may be the Vector itself, as it was.
+    qvVectorAppendObjUse( vec.at(), qvVectorObj( qv::retain( vec.get() ) ) );
+    other = Ref( qvVectorFrom( qvVectorPop( vec.at() ) ) );
+    EXPECT_EQ( 301, qvVectorLength( other ) );
+    EXPECT_EQ( 301, qvVectorLength( vec ) );
+}
+
 namespace
 {
 QV_INT value( QV_OBJ *object )
@@ -126,6 +154,36 @@ TEST( Vector, OrdersStablyInEveryShape )
                     EXPECT_EQ( at != values.end() && *at / 100 == sought / 100, found );
                 }
         }
+}
+
+// Few and many, near each other and as far apart as they can be, crowded, and so far apart that places do not fit beside
+// them: equal ones stay as they follow each other.
+TEST( Vector, OrdersIntegersStablyHoweverFarApart )
+{
+    std::mt19937_64 random( 3 );
+
+    for( QV_INT length : { 3, 8, 100, 255, 256, 257, 3000 } )
+        for( int bits : { 1, 4, 7, 8, 30, 52, 55, 56, 57, 61, 64 } )
+            for( bool crowded : { false, true } )
+            {
+                std::vector< QV_INT > values;
+
+                for( QV_INT i = 0; i < length; i++ )
+                    values.push_back( static_cast< QV_INT >( random() ) >> ( 64 - bits ) );
+
+                if( crowded )
+                    values.back() = random() % 2 == 0 ? QV_INT_MIN : QV_INT_MAX;
+
+                Ref< QV_VECTOR >        vec  = vectorOf( values );
+                QV_OBJ *const          *objs = qvVectorBacking( vec );
+                std::vector< QV_OBJ * > expected( objs, objs + length );
+
+                std::stable_sort(
+                    expected.begin() + 1, expected.end(), []( auto a, auto b ) { return value( a ) < value( b ); } );
+                qvVectorOrderInner( vec.at(), 1, length - 1 );
+                objs = qvVectorBacking( vec );
+                EXPECT_EQ( expected, std::vector< QV_OBJ * >( objs, objs + length ) ) << length << ", " << bits;
+            }
 }
 
 TEST( Vector, OrdersEverySortAsItsObjectsCompare )

@@ -32,6 +32,17 @@ TEST( Containers, AreSortedSearchedAndUpdatedInPlace )
         int );
     EXPECT_EQ( 3, reals.size() );
 
+    // A value that is moved in and taken out keeps its one reference; one that is copied in is shared.
+    qv::String               once = "once", twice = "twice";
+    QV_STRING               *moved = once.c();
+    qv::Vector< qv::String > stack;
+    stack.append( std::move( once ) ).prepend( twice ).insert( 1, twice ).set( 0, "new" );
+    EXPECT_EQ( 1, qv___RetainCountValue( &qvStringObj( moved )->retainCount ) );
+    EXPECT_EQ( 2, qv___RetainCountValue( &qvStringObj( twice.c() )->retainCount ) );
+    once = stack.popBack();
+    EXPECT_EQ( 1, qv___RetainCountValue( &qvStringObj( once.c() )->retainCount ) );
+    EXPECT_TRUE( once.c() == moved && stack.popFront() == "new" && stack.popFront() == twice );
+
     // A value that only the Dict holds grows in place.
     qv::Dict< int, qv::Vector< int > > groups;
 

@@ -169,17 +169,9 @@ void qv::insertOwned( QV_VECTOR **vec, QV_INT idx, QV_OBJ *owned )
     *makeRoom( vec, idx, 1 ) = owned;
 }
 
-void qv::appendOwned( QV_VECTOR **vec, QV_OBJ *owned )
+void qv::appendMakingRoom( QV_VECTOR **vec, QV_OBJ *owned )
 {
-    QV_VECTOR *own = *vec;
-
-    if( __builtin_expect( own->bspace > 0 && !isShared( own ), 1 ) )
-    {
-        *own->takeBack( 1 ) = owned;
-        return;
-    }
-
-    *makeRoom( vec, own->length, 1 ) = owned;
+    *makeRoom( vec, ( *vec )->length, 1 ) = owned;
 }
 
 void qv::prependOwned( QV_VECTOR **vec, QV_OBJ *owned )

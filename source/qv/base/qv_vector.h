@@ -105,7 +105,8 @@ QV_API QV_BOOL qvVectorHasObj( QV_VECTOR *vec, QV_OBJ *obj, QV_BOOL byCompare );
 /** Inserts before the element at `idx`, or at the end where `idx` is the length.
 
     What goes in: the elements of another Vector or a part of them; an array, of which each element is retained and
-    which may lie in the Vector's own block; an object; a boxed value; a String, or a new one of decoded or
+    which may lie in the Vector's own block; an object, which is retained, or with Use one whose reference the caller
+    gives up, so that nothing is counted; a boxed value; a String, or a new one of decoded or
     formatted text. The length of a text is in bytes for a Cstr, which is UTF-8, and in units for a Wcstr; -1 means
     that it ends at its terminator. qv_format.h tells the language of formats. */
 QV_API void qvVectorInsert( QV_VECTOR **vec, QV_INT idx, QV_VECTOR *src );
@@ -115,6 +116,7 @@ QV_API void qvVectorInsertInner( QV_VECTOR **vec, QV_INT idx, QV_VECTOR *src, QV
 QV_API void qvVectorInsertOuter( QV_VECTOR **vec, QV_INT idx, QV_VECTOR *src, QV_INT offset, QV_INT count );
 QV_API void qvVectorInsertObjs( QV_VECTOR **vec, QV_INT idx, QV_OBJ *const *objs, QV_INT count );
 QV_API void qvVectorInsertObj( QV_VECTOR **vec, QV_INT idx, QV_OBJ *obj );
+QV_API void qvVectorInsertObjUse( QV_VECTOR **vec, QV_INT idx, QV_OBJ *obj );
 QV_API void qvVectorInsertNull( QV_VECTOR **vec, QV_INT idx );
 QV_API void qvVectorInsertBool( QV_VECTOR **vec, QV_INT idx, QV_BOOL value );
 QV_API void qvVectorInsertInt( QV_VECTOR **vec, QV_INT idx, QV_INT value );
@@ -136,6 +138,7 @@ QV_API void qvVectorPrependInner( QV_VECTOR **vec, QV_VECTOR *src, QV_INT offset
 QV_API void qvVectorPrependOuter( QV_VECTOR **vec, QV_VECTOR *src, QV_INT offset, QV_INT count );
 QV_API void qvVectorPrependObjs( QV_VECTOR **vec, QV_OBJ *const *objs, QV_INT count );
 QV_API void qvVectorPrependObj( QV_VECTOR **vec, QV_OBJ *obj );
+QV_API void qvVectorPrependObjUse( QV_VECTOR **vec, QV_OBJ *obj );
 QV_API void qvVectorPrependNull( QV_VECTOR **vec );
 QV_API void qvVectorPrependBool( QV_VECTOR **vec, QV_BOOL value );
 QV_API void qvVectorPrependInt( QV_VECTOR **vec, QV_INT value );
@@ -157,6 +160,7 @@ QV_API void qvVectorAppendInner( QV_VECTOR **vec, QV_VECTOR *src, QV_INT offset,
 QV_API void qvVectorAppendOuter( QV_VECTOR **vec, QV_VECTOR *src, QV_INT offset, QV_INT count );
 QV_API void qvVectorAppendObjs( QV_VECTOR **vec, QV_OBJ *const *objs, QV_INT count );
 QV_API void qvVectorAppendObj( QV_VECTOR **vec, QV_OBJ *obj );
+QV_API void qvVectorAppendObjUse( QV_VECTOR **vec, QV_OBJ *obj );
 QV_API void qvVectorAppendNull( QV_VECTOR **vec );
 QV_API void qvVectorAppendBool( QV_VECTOR **vec, QV_BOOL value );
 QV_API void qvVectorAppendInt( QV_VECTOR **vec, QV_INT value );
@@ -175,6 +179,7 @@ QV_API void qvVectorAppendStringFormatWcstr( QV_VECTOR **vec, const wchar_t *fmt
 /** Replaces the element at `idx` by an object or by what a value or a text becomes, as above; the old one is released.
     An index of -1 prepends, one that is the length appends. */
 QV_API void qvVectorSetObjAt( QV_VECTOR **vec, QV_INT idx, QV_OBJ *obj );
+QV_API void qvVectorSetObjUseAt( QV_VECTOR **vec, QV_INT idx, QV_OBJ *obj );
 QV_API void qvVectorSetNullAt( QV_VECTOR **vec, QV_INT idx );
 QV_API void qvVectorSetBoolAt( QV_VECTOR **vec, QV_INT idx, QV_BOOL value );
 QV_API void qvVectorSetIntAt( QV_VECTOR **vec, QV_INT idx, QV_INT value );
@@ -201,7 +206,8 @@ QV_API void qvVectorDelOuter( QV_VECTOR **vec, QV_INT offset, QV_INT count );
 /* Stack and queue ------------------------------------------------------------------------------------------------ */
 
 /** @{ */
-/** Push puts an object at the end, Shift at the start. */
+/** Push puts an object at the end, Shift at the start. What takes the caller's reference over in their place is
+    qvVectorAppendObjUse() and qvVectorPrependObjUse(). */
 QV_API void qvVectorPush( QV_VECTOR **vec, QV_OBJ *obj );
 QV_API void qvVectorShift( QV_VECTOR **vec, QV_OBJ *obj );
 /** @} */

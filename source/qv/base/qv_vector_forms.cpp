@@ -85,9 +85,18 @@ QV_STRING *held( QV_STRING *qvs )
     QV_CHECK_AS( qvs, "obj" );
     return qv::retain( qvs );
 }
+
+QV_OBJ *given( QV_OBJ *obj )
+{
+    QV_CHECK( obj );
+    return obj;
+}
 } // namespace
 
 // clang-format off
+FORMS(
+    qvVectorInsertObjUse, qvVectorPrependObjUse, qvVectorAppendObjUse, qvVectorSetObjUseAt, ( QV_OBJ *obj ),
+    given( obj ) )
 FORMS( qvVectorInsertNull, qvVectorPrependNull, qvVectorAppendNull, qvVectorSetNullAt, (), qvBoxedNullCreate() )
 FORMS(
     qvVectorInsertBool, qvVectorPrependBool, qvVectorAppendBool, qvVectorSetBoolAt, ( QV_BOOL value ),

@@ -4,6 +4,8 @@
 // merges neighbours so that each element takes part in about as many merges as its runs need in the best order of
 // merging: n log n comparisons at most, n for elements in order or in reverse.
 //
+// Integers in no order are put in order by keys instead, as qv_key_order_private.h tells.
+//
 // Objects change places in memory of the sort's own, without their counts. So a compare function may use the Vector; and
 // whatever it returns, each object stays one: it decides between two places of which both are known.
 
@@ -17,6 +19,7 @@
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
+#include "qv/sys/qv_key_order_private.h"
 #include "qv/sys/qv_mem.h"
 #include "qv/sys/qv_order_private.h"
 
@@ -96,6 +99,19 @@ struct ByObject
     bool operator()( Item a, Item b ) const
     {
         return orderOf( a, b ) > 0;
+    }
+};
+
+// The same beside one integer: others are compared with it in place.
+struct BesideInteger
+{
+    QV_INT value;
+
+    QV_INT orderOf( QV_OBJ *each, QV_OBJ *obj ) const
+    {
+        QV_ASSERT( integerOf( obj ) == value );
+        return __builtin_expect( each->sort == &qv___sort_QV_BOXED_INT, 1 ) ? qv::order( integerOf( each ), value )
+                                                                            : qvObjCompare( each, obj );
     }
 };
 
@@ -433,6 +449,79 @@ void orderElements( QV_VECTOR **vec, QV_INT offset, QV_INT count, const Order &o
     orderItems( vec, held, offset, count, ordered, order );
 }
 
+// What there is to know of integers before they are put in order.
+struct Integers
+{
+    QV_INT lowest;
+    QV_INT highest;
+    QV_INT turns; // how often they begin to descend, or end to
+};
+
+// False if there are other objects.
+bool lookAtIntegers( QV_OBJ *const *objs, QV_INT count, Integers *seen )
+{
+    QV_INT before  = objs[0]->sort == &qv___sort_QV_BOXED_INT ? integerOf( objs[0] ) : 0;
+    bool   descent = false;
+    *seen          = { before, before, 0 };
+
+    for( QV_INT i = 0; i < count; i++ )
+    {
+        if( objs[i]->sort != &qv___sort_QV_BOXED_INT )
+            return false;
+
+        QV_INT value  = integerOf( objs[i] );
+        bool   lower  = value < before;
+        seen->lowest  = std::min( seen->lowest, value );
+        seen->highest = std::max( seen->highest, value );
+        seen->turns += lower != descent;
+        descent = lower;
+        before  = value;
+    }
+
+    return true;
+}
+
+// Puts integers in order by keys, unless there are other objects among them, few runs that are better merged, or numbers
+// too far apart. No function is called meanwhile that could reach the Vector. One that is in order stays shared.
+bool orderIntegers( QV_VECTOR **vec, QV_INT offset, QV_INT count )
+{
+    QV_OBJ *const *objs = qv::objs( *vec ) + offset;
+    Integers       seen;
+
+    if( count < 2 || !lookAtIntegers( objs, count, &seen ) )
+        return false;
+
+    if( seen.turns == 0 )
+        return true;
+
+    qv::KeyForm form( seen.lowest, seen.highest, count );
+
+    if( !form.fits() || seen.turns < count / 8 )
+        return false;
+
+    uint64_t  few[2 * qv::FEW_KEYS];
+    uint64_t *keys =
+        count <= qv::FEW_KEYS ? few : static_cast< uint64_t * >( qvMemAllocN( count, 2 * sizeof( uint64_t ) ) );
+    uint64_t *spare = keys + count;
+
+    for( QV_INT i = 0; i < count; i++ )
+        keys[i] = form.key( integerOf( objs[i] ), i );
+
+    uint64_t *ordered = qv::orderKeys( keys, spare, count, form );
+    QV_OBJ  **moved   = reinterpret_cast< QV_OBJ ** >( ordered == keys ? spare : keys );
+
+    for( QV_INT i = 0; i < count; i++ )
+        moved[i] = objs[form.place( ordered[i] )];
+
+    qv::makePrivate( vec, qvVectorCreateFrom );
+    qvMemCopyN( qv::objs( *vec ) + offset, moved, count, sizeof( QV_OBJ * ) );
+
+    if( keys != few )
+        qvMemFree( keys );
+
+    return true;
+}
+
 template< class Order >
 QV_BOOL isOrdered( QV_VECTOR *vec, const Order &order )
 {
@@ -478,7 +567,8 @@ void qvVectorOrderInner( QV_VECTOR **vec, QV_INT offset, QV_INT count )
     QV_CHECK( QV_INT_ADD_OK( offset, count ) );
     QV_CHECK_AS( offset + count <= ( *vec )->length, "offset + count <= (*vec)->length" );
 
-    orderElements( vec, offset, count, ByObject() );
+    if( !orderIntegers( vec, offset, count ) )
+        orderElements( vec, offset, count, ByObject() );
 }
 
 void qvVectorOrderInnerBy( QV_VECTOR **vec, QV_INT offset, QV_INT count, QV_VECTOR_COMPARE_FUNC compare, void *data )
@@ -512,6 +602,9 @@ QV_INT qvVectorSearch( QV_VECTOR *vec, QV_OBJ *obj, QV_BOOL *found )
 {
     QV_CHECK( vec );
     QV_CHECK( obj );
+
+    if( obj->sort == &qv___sort_QV_BOXED_INT )
+        return search( vec, obj, found, BesideInteger{ integerOf( obj ) } );
 
     qv::Ref< QV_VECTOR > held = qv::Ref< QV_VECTOR >::share( comparesInside( obj->sort ) ? nullptr : vec );
     return search( vec, obj, found, ByObject() );

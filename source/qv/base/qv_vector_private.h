@@ -2,6 +2,7 @@
 #define QV_VECTOR_PRIVATE_H
 
 #include "qv/runtime/qv_family.h"
+#include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_block_private.h"
 
 /** Free slots that a rebuilt block has at each end. */
@@ -83,8 +84,20 @@ inline QV_OBJ **objs( QV_VECTOR *vec )
     it shared by that reference, and so goes in as it was. */
 void insertOwned( QV_VECTOR **vec, QV_INT idx, QV_OBJ *owned );
 void prependOwned( QV_VECTOR **vec, QV_OBJ *owned );
-void appendOwned( QV_VECTOR **vec, QV_OBJ *owned );
 void setOwned( QV_VECTOR **vec, QV_INT idx, QV_OBJ *owned );
+
+/** appendOwned() where the Vector is shared or full. */
+void appendMakingRoom( QV_VECTOR **vec, QV_OBJ *owned );
+
+inline void appendOwned( QV_VECTOR **vec, QV_OBJ *owned )
+{
+    QV_VECTOR *own = *vec;
+
+    if( __builtin_expect( own->bspace > 0 && !isShared( own ), 1 ) )
+        *own->takeBack( 1 ) = owned;
+    else
+        appendMakingRoom( vec, owned );
+}
 } // namespace qv
 
 #endif

@@ -105,7 +105,7 @@ public:
         return own( qvBufferRead( raw(), offset, count ) );
     }
 
-    /** Adds at the end. */
+    /** Adds at the end. A value that is moved here costs no counting, as with all that add one. */
     Buffer &append( const Buffer &more )
     {
         qvBufferAppend( variable(), more.raw() );
@@ -407,9 +407,9 @@ public:
     }
 
     /** Adds at the end. */
-    Vector &append( const T &value )
+    Vector &append( T value )
     {
-        qvVectorAppendObj( this->variable(), detail::Boxed< T >( value ).get() );
+        qvVectorAppendObjUse( this->variable(), detail::given( std::move( value ) ) );
         return *this;
     }
 
@@ -421,24 +421,24 @@ public:
     }
 
     /** Adds at the start. */
-    Vector &prepend( const T &value )
+    Vector &prepend( T value )
     {
-        qvVectorPrependObj( this->variable(), detail::Boxed< T >( value ).get() );
+        qvVectorPrependObjUse( this->variable(), detail::given( std::move( value ) ) );
         return *this;
     }
 
     /** Inserts before the element at `index`, or at the end where that is the length. */
-    Vector &insert( QV_INT index, const T &value )
+    Vector &insert( QV_INT index, T value )
     {
-        qvVectorInsertObj( this->variable(), index, detail::Boxed< T >( value ).get() );
+        qvVectorInsertObjUse( this->variable(), index, detail::given( std::move( value ) ) );
         return *this;
     }
 
     /** Replaces the element at an index. */
-    Vector &set( QV_INT index, const T &value )
+    Vector &set( QV_INT index, T value )
     {
         detail::demand( index >= 0 && index < size(), "index >= 0 && index < size()" );
-        qvVectorSetObjAt( this->variable(), index, detail::Boxed< T >( value ).get() );
+        qvVectorSetObjUseAt( this->variable(), index, detail::given( std::move( value ) ) );
         return *this;
     }
 
@@ -458,13 +458,13 @@ public:
     /** Takes the last element off. An empty Vector ends the process. */
     T popBack()
     {
-        return taken( qvVectorPop( this->variable() ) );
+        return detail::taken< T >( qvVectorPop( this->variable() ) );
     }
 
     /** Takes the first element off. An empty Vector ends the process. */
     T popFront()
     {
-        return taken( qvVectorUnshift( this->variable() ) );
+        return detail::taken< T >( qvVectorUnshift( this->variable() ) );
     }
 
     /** Sorts by `before`, a function of two elements; those of which neither comes before the other keep their order.
@@ -536,12 +536,6 @@ private:
     static bool comesBefore( Before &before, QV_OBJ *a, QV_OBJ *b )
     {
         return before( Boxing< T >::unbox( a ), Boxing< T >::unbox( b ) );
-    }
-
-    static T taken( QV_OBJ *owned )
-    {
-        Object keeper = Object::own( owned );
-        return Boxing< T >::unbox( owned );
     }
 };
 
@@ -675,7 +669,7 @@ public:
     [[nodiscard]] std::optional< V > find( const K &key ) const
     {
         QV_OBJ *value = qvDictObjKey( this->raw(), detail::Boxed< K >( key ).get() );
-        return value ? std::optional< V >( taken( value ) ) : std::nullopt;
+        return value ? std::optional< V >( detail::taken< V >( value ) ) : std::nullopt;
     }
 
     /** True if find() finds something. */
@@ -703,7 +697,7 @@ public:
                 std::optional< V > old;
 
                 if( *value )
-                    old = taken( std::exchange( *value, nullptr ) );
+                    old = detail::taken< V >( std::exchange( *value, nullptr ) );
 
                 *value = Boxing< V >::box( std::forward< Function >( function )( std::move( old ) ) );
             } );
@@ -754,13 +748,6 @@ public:
     {
         qvDictInclude( this->variable(), other.raw(), overwrite ? QV_TRUE : QV_FALSE );
         return *this;
-    }
-
-private:
-    static V taken( QV_OBJ *owned )
-    {
-        Object keeper = Object::own( owned );
-        return Boxing< V >::unbox( owned );
     }
 };
 

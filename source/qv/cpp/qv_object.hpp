@@ -592,6 +592,31 @@ private:
     QV_OBJ *object_;
 };
 
+/** A new reference to a value as an object, which the caller owns: a value's own, and for numbers that of a new box. */
+template< class T >
+QV_OBJ *given( T &&value )
+{
+    if constexpr( Value< T > )
+        return Family< typename T::CType >::object( std::move( value ).giveUp() );
+    else
+        return Boxing< T >::box( value );
+}
+
+/** The value of an object whose reference the call takes over: a value has it then. */
+template< class T >
+T taken( QV_OBJ *owned )
+{
+    if constexpr( Value< T > )
+    {
+        return T::own( Family< typename T::CType >::from( owned ) );
+    }
+    else
+    {
+        Object keeper = Object::own( owned );
+        return Boxing< T >::unbox( owned );
+    }
+}
+
 /** A hash of an object that agrees with its order. Nested deeper than a few levels, or of a sort that is not known here,
     only sort and length count. */
 inline size_t hashOf( QV_OBJ *object, int levels );

@@ -1,5 +1,6 @@
 #include "qv/sys/qv_lock_word_private.h"
 
+#include <algorithm>
 #include <linux/futex.h>
 #include <linux/membarrier.h>
 #include <sys/syscall.h>
@@ -8,9 +9,11 @@
 
 namespace
 {
-// What is locked for a moment is free again before a thread could fall asleep. So long a thread looks: a microsecond or
-// two.
-const int LOOKS = 100;
+// What is locked for a moment is free again before a thread could fall asleep. So long a thread pauses and looks: a
+// microsecond or two. Each look takes the line of the cache away from the thread that holds the lock and has to write to
+// it, so pauses become longer, up to 16 at a time.
+const int PAUSES         = 100;
+const int LONGEST_PAUSES = 16;
 
 // Where the kernel does not run fences for others, a thread that waits looks again after that.
 const timespec LOOK_AGAIN = { 0, 1000000 };
@@ -25,16 +28,26 @@ bool fenceEverywhere()
            && syscall( SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0 ) == 0;
 }
 
-bool acquireSoon( qv::LockWord *lock )
+void pauseTimes( int times )
 {
-    for( int i = 0; i < LOOKS; i++ )
-    {
-        if( __atomic_load_n( &lock->held, __ATOMIC_RELAXED ) == 0 && qv::tryAcquire( lock ) )
-            return true;
-
+    for( int i = 0; i < times; i++ )
 #if defined( __x86_64__ ) || defined( __i386__ )
         __builtin_ia32_pause();
+#else
+        __atomic_signal_fence( __ATOMIC_SEQ_CST ); // keeps the loop
 #endif
+}
+
+bool acquireSoon( qv::LockWord *lock )
+{
+    int now = 1;
+
+    for( int left = PAUSES; left > 0; left -= now, now = std::min( 2 * now, LONGEST_PAUSES ) )
+    {
+        pauseTimes( now );
+
+        if( __atomic_load_n( &lock->held, __ATOMIC_RELAXED ) == 0 && qv::tryAcquire( lock ) )
+            return true;
     }
 
     return false;
