@@ -123,6 +123,69 @@ TEST( Dict, BackingIsAllEntriesInRows )
     }
 }
 
+// Values are lent, by every kind of key, and the reference stays the Dict's alone.
+TEST( Dict, LendsValues )
+{
+    Ref< QV_DICT > dict( qvDictCreate() );
+    Ref< QV_OBJ >  object = boxed( 7 );
+    QV_SORT       *sort   = qvDictSort();
+    const char    *umlaut = "\xC3\xBC";
+
+    qvDictSetNullKey( dict.at(), boxed( 0 ) );
+    qvDictSetBoolKey( dict.at(), QV_TRUE, boxed( 1 ) );
+    qvDictSetIntKey( dict.at(), 7, boxed( 2 ) );
+    qvDictSetRealKey( dict.at(), 0.5, boxed( 3 ) );
+    qvDictSetSortKey( dict.at(), sort, boxed( 4 ) );
+    qvDictSetStringKey( dict.at(), text( "key" ), boxed( 5 ) );
+    qvDictSetStringKeyCstr( dict.at(), umlaut, -1, boxed( 6 ) );
+
+    auto check = [&]( QV_INT expected, QV_OBJ *lent )
+    {
+        ASSERT_TRUE( lent );
+        EXPECT_EQ( expected, qvBoxedIntValue( qvBoxedIntFrom( lent ) ) );
+        EXPECT_FALSE( isShared( lent ) );
+    };
+    check( 0, qvDictLendNullKey( dict ) );
+    check( 1, qvDictLendBoolKey( dict, QV_TRUE ) );
+    check( 2, qvDictLendIntKey( dict, 7 ) );
+    check( 2, qvDictLendObjKey( dict, object ) );
+    check( 3, qvDictLendRealKey( dict, 0.5 ) );
+    check( 4, qvDictLendSortKey( dict, sort ) );
+    check( 5, qvDictLendStringKey( dict, text( "key" ) ) );
+    check( 6, qvDictLendStringKeyCstr( dict, umlaut, -1 ) );
+    check( 6, qvDictLendStringKeyWcstr( dict, L"\xFC", 1 ) );
+    EXPECT_FALSE( qvDictLendBoolKey( dict, QV_FALSE ) );
+    EXPECT_DEATH( qvDictLendStringKey( dict, nullptr ), "key" );
+}
+
+// What look-ups find by digests alone is what stands there: keys with many neighbours of the same digest, with and
+// without what the others share, beyond the ends, prefixes of each other, and of other characters.
+TEST( Dict, LookUpsFindWhatStandsThere )
+{
+    std::vector< std::string > keys = { "", "aaaa", "aaaabbb", "zz", "\xC3\xBC", "aaaabbbb\xE4\xB8\xADx" };
+
+    for( QV_INT i = 0; i < 2400; i++ )
+    {
+        const char *group = i % 3 == 0 ? "aaaabbbbcccccccc" : i % 3 == 1 ? "aaaabbbb" : "aaaabbbbcccc\xE4\xB8\xAD";
+        keys.push_back( group + std::to_string( i * 7919 % 2400 ) );
+    }
+
+    for( size_t length : { 3, 40, 700, 2406 } )
+    {
+        Ref< QV_DICT > dict( qvDictCreate() );
+
+        for( size_t i = 0; i < length; i++ )
+            qvDictSetStringKey( dict.at(), text( keys[keys.size() - 1 - i] ), boxed( static_cast< QV_INT >( i ) ) );
+
+        for( size_t i = 0; i < keys.size(); i++ )
+        {
+            QV_OBJ *lent = qvDictLendStringKey( dict, text( keys[keys.size() - 1 - i] ) );
+            ASSERT_EQ( i < length, lent != nullptr ) << length << " " << i;
+            ASSERT_TRUE( !lent || qvBoxedIntValue( qvBoxedIntFrom( lent ) ) == static_cast< QV_INT >( i ) );
+        }
+    }
+}
+
 // Wherever keys are entered, few others make way: a run that is entered into far from its ends is divided.
 TEST( Dict, RunsAreShortWhereKeysAreEnteredInside )
 {
