@@ -242,6 +242,13 @@ QV_INT compareWithPrefix( Run *run, QV_STRING *key, QV_INT known )
                                  qv::chars( key ) + known, std::min( key->length, prefix ) - known );
 }
 
+// How many characters two texts have in common as far as their digests behind the same prefix tell, without a look at
+// the texts: one for each byte where one of the two numbers is of eight characters.
+inline QV_INT commonAsTold( const qv::Digest &digest, uint64_t other )
+{
+    return digest.count == 8 ? std::countl_zero( digest.number ^ other ) / 8 : 0;
+}
+
 // Among Strings that share the key's first characters as far as the run's prefix goes.
 inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const qv::Digest &digest )
 {
@@ -361,7 +368,7 @@ inline Place searchBefore( QV_DICT *dict, const Place &next, const Search &searc
     if( next.idx == 0 )
         return { 0, 0 };
 
-    return inRun( next.idx - 1, search( dict->index->runs->items()[next.idx - 1].run ) );
+    return inRun( next.idx - 1, search( dict->index->runs->items()[next.idx - 1] ) );
 }
 
 // What has digests in the index has them in its run too, unless there are keys of another sort.
@@ -372,8 +379,9 @@ Place searchIndexByText( QV_DICT *dict, QV_STRING *key )
     if( QV_INT order = compareWithPrefix( runs, key, 0 ) )
         return searchBefore(
             dict, { 0, order > 0 ? 0 : runs->length },
-            [&]( Run *run )
+            [&]( const Item &entry )
             {
+                Run *run = entry.run;
                 return run->digests == qv::STRING_DIGESTS ? searchTexts( run, 0, key, 0 )
                                                           : bisectKeys( run, 0, run->length, key );
             } );
@@ -383,11 +391,13 @@ Place searchIndexByText( QV_DICT *dict, QV_STRING *key )
 
     return searchBefore(
         dict, bisectTexts( runs, 0, key, digest ),
-        [&]( Run *run )
+        [&]( const Item &entry )
         {
+            Run *run = entry.run;
             return run->digests != qv::STRING_DIGESTS ? bisectKeys( run, 0, run->length, key )
-                   : run->prefix == runs->prefix      ? bisectTexts( run, 0, key, digest )
-                                                      : searchTexts( run, 0, key, runs->prefix );
+                   : run->prefix == runs->prefix
+                       ? bisectTexts( run, 0, key, digest )
+                       : searchTexts( run, 0, key, runs->prefix + commonAsTold( digest, entry.digest ) );
         } );
 }
 
@@ -397,8 +407,9 @@ Place searchIndexByInteger( QV_DICT *dict, QV_OBJ *key )
 
     return searchBefore(
         dict, searchIntegers( dict->index->runs, 0, digest ),
-        [&]( Run *run )
+        [&]( const Item &entry )
         {
+            Run *run = entry.run;
             return run->digests == qv::INTEGER_DIGESTS ? searchIntegers( run, 0, digest )
                                                        : bisectKeys( run, 0, run->length, key );
         } );
@@ -420,8 +431,12 @@ Place searchIndexByKey( QV_DICT *dict, QV_OBJ *key )
         return { runs->length - 1, order == 0 ? last->length - 1 : last->length, order == 0 };
 
     return searchBefore(
-        dict, bisectKeys( runs, 0, runs->length, key ), [&]( Run *run )
-        { return hasDigestsOf( run, key ) ? searchDigests( run, 0, key ) : bisectKeys( run, 0, run->length, key ); } );
+        dict, bisectKeys( runs, 0, runs->length, key ),
+        [&]( const Item &entry )
+        {
+            Run *run = entry.run;
+            return hasDigestsOf( run, key ) ? searchDigests( run, 0, key ) : bisectKeys( run, 0, run->length, key );
+        } );
 }
 
 Place searchIndex( QV_DICT *dict, QV_OBJ *key )
@@ -500,10 +515,12 @@ struct SoughtText
         return key->length >= run->prefix;
     }
 
-    bool hasPrefix( Run *run ) const
+    // The first `known` characters are known to be the same.
+    bool hasPrefix( Run *run, QV_INT known ) const
     {
-        return run->prefix == 0
-               || haveSame( qv::chars( stringOf( run->items()->key ) ), qv::chars( key ), run->prefix );
+        return run->prefix <= known
+               || haveSame(
+                   qv::chars( stringOf( run->items()->key ) ) + known, qv::chars( key ) + known, run->prefix - known );
     }
 
     qv::Digest digestIn( Run *run ) const
@@ -540,7 +557,7 @@ struct SoughtInteger
         return true;
     }
 
-    bool hasPrefix( Run * ) const
+    bool hasPrefix( Run *, QV_INT ) const
     {
         return true;
     }
@@ -560,7 +577,7 @@ const Item *const NOT_TOLD = reinterpret_cast< const Item * >( 1 );
 
 // The item of a key, or null, or NOT_TOLD where the digests do not tell.
 template< class Sought >
-inline const Item *lookUpInRun( Run *run, Sought sought, const qv::Digest &digest )
+inline const Item *lookUpInRun( Run *run, Sought sought, const qv::Digest &digest, QV_INT known )
 {
     const Item *item = firstNotBelow( run, 0, digest.number );
 
@@ -569,14 +586,14 @@ inline const Item *lookUpInRun( Run *run, Sought sought, const qv::Digest &diges
         return nullptr;
 
     // If it is another text, one of the next items may be the one.
-    return sought.hasPrefix( run ) && sought.isKeyOf( item, run, digest ) ? item : NOT_TOLD;
+    return sought.hasPrefix( run, known ) && sought.isKeyOf( item, run, digest ) ? item : NOT_TOLD;
 }
 
 template< class Sought >
 [[gnu::noinline]] const Item *lookUpInIndex( Run *runs, Sought sought )
 {
     // Keys without the index's prefix may be in the last run.
-    if( runs->digests != Sought::DIGESTS || !sought.isLongEnough( runs ) || !sought.hasPrefix( runs ) )
+    if( runs->digests != Sought::DIGESTS || !sought.isLongEnough( runs ) || !sought.hasPrefix( runs, 0 ) )
         return NOT_TOLD;
 
     qv::Digest  digest = sought.digestIn( runs );
@@ -589,12 +606,12 @@ template< class Sought >
     Run *run = next[-1].run;
 
     if( run->digests == Sought::DIGESTS && run->prefix == runs->prefix )
-        return lookUpInRun( run, sought, digest );
+        return lookUpInRun( run, sought, digest, runs->prefix );
 
     if( run->digests != Sought::DIGESTS || !sought.isLongEnough( run ) )
         return NOT_TOLD;
 
-    return lookUpInRun( run, sought, sought.digestIn( run ) );
+    return lookUpInRun( run, sought, sought.digestIn( run ), runs->prefix + commonAsTold( digest, next[-1].digest ) );
 }
 
 template< class Sought >
@@ -608,7 +625,7 @@ inline const Item *lookUp( QV_DICT *dict, Sought sought )
     if( run->digests != Sought::DIGESTS || !sought.isLongEnough( run ) )
         return NOT_TOLD;
 
-    return lookUpInRun( run, sought, sought.digestIn( run ) );
+    return lookUpInRun( run, sought, sought.digestIn( run ), 0 );
 }
 
 [[gnu::noinline]] const Item *findWhereNotTold( QV_DICT *dict, QV_OBJ *key, qv::Ref< QV_DICT > *held )
