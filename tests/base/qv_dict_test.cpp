@@ -70,10 +70,10 @@ TEST( Dict, RunsWithOtherPrefixesEvenOut )
 
     for( QV_INT i = 0; i < 745; i++ )
     {
-        auto gone = keys.begin() + ( i < 470 ? 512 + ( i % 2 ? 0 : 479 - i ) : 10 );
+        auto gone = keys.begin() + ( i < 470 ? 512 + ( i % 2 ? 0 : 479 - i ) : 2 );
         qvDictDelStringKey( dict.at(), text( *gone ) );
         keys.erase( gone );
-        ASSERT_TRUE( i != 416 || lengthOf( 1 ) - lengthOf( 0 ) == 1 );
+        ASSERT_TRUE( i != 448 || lengthOf( 1 ) - lengthOf( 0 ) == 1 );
     }
 
     EXPECT_EQ( 4, dict->index->runs->length );
@@ -167,7 +167,7 @@ TEST( Dict, LookUpsFindWhatStandsThere )
     for( QV_INT i = 0; i < 2400; i++ )
     {
         const char *group = i % 3 == 0 ? "aaaabbbbcccccccc" : i % 3 == 1 ? "aaaabbbb" : "aaaabbbbcccc\xE4\xB8\xAD";
-        keys.push_back( group + std::to_string( i * 7919 % 2400 ) );
+        keys.push_back( std::string( group ).append( std::to_string( i * 7919 % 2400 ) ) );
     }
 
     for( size_t length : { 3, 40, 700, 2406 } )
@@ -195,7 +195,7 @@ TEST( Dict, RunsAreShortWhereKeysAreEnteredInside )
         qvDictSetIntKey( dict.at(), i % 2 ? 9999 - i : i, boxed( i ) );
 
     for( QV_INT i = 0; i < dict->index->runs->length; i++ )
-        EXPECT_GE( 258, dict->index->runs->items()[i].run->length ) << i;
+        EXPECT_GE( 200, dict->index->runs->items()[i].run->length ) << i;
 }
 
 // A function enters, changes, leaves and deletes values, by every kind of key that is not an object at first.

@@ -220,9 +220,10 @@ void tidyRun( QV_DICT *dict, int32_t at )
 bool isTooLong( QV_DICT *dict, const Place &place )
 {
     int32_t length = qv::dictRun( dict, place.run )->length;
+    int32_t runs   = dict->hasIndex ? dict->index->runs->length : 1;
 
     return length == ( dict->hasIndex ? FULL : ONLY )
-           || std::min( place.idx, length - place.idx ) > qv::MOVED_DICT_ITEMS;
+           || std::min( place.idx, length - place.idx ) > qv::MOVED_DICT_ITEMS + runs / qv::RUNS_FOR_MOVED_ITEM;
 }
 
 // Divides a run, to which an item is to go, and returns the place that it has then; the run there may be too long too.
