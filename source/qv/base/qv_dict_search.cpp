@@ -225,8 +225,12 @@ inline const Item *further( const Item *base, size_t step, uint64_t digest )
     return base;
 }
 
+// The same for a key that may be entered: many are entered at the end.
 int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
 {
+    if( from == run->length || run->items()[run->length - 1].digest < digest )
+        return run->length;
+
     return static_cast< int32_t >( firstNotBelow( run, from, digest ) - run->items() );
 }
 
