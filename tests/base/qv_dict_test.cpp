@@ -158,30 +158,42 @@ TEST( Dict, LendsValues )
     EXPECT_DEATH( qvDictLendStringKey( dict, nullptr ), "key" );
 }
 
-// What look-ups find by digests alone is what stands there: keys with many neighbours of the same digest, with and
-// without what the others share, beyond the ends, prefixes of each other, and of other characters.
+// What look-ups find by digests alone is what stands there: keys with many neighbours of the same digest, prefixes of each
+// other, of other characters, beyond the ends; and keys that differ from these in what all of a run share.
 TEST( Dict, LookUpsFindWhatStandsThere )
 {
-    std::vector< std::string > keys = { "", "aaaa", "aaaabbb", "zz", "\xC3\xBC", "aaaabbbb\xE4\xB8\xADx" };
+    const std::pair< const char *, const char * > groups[] = {
+        { "aaaabbbbcccccccc", "bbbbbbbbcccccccc" },
+        { "aaaabbbb", "aaaacbbb" },
+        { "aaaabbbbcccc\xE4\xB8\xAD", "zzzzbbbbcccc\xE4\xB8\xAD" },
+        { "\xE4\xB8\xAD\xE4\xB8\x80zz", "\xE4\xB8\xAD\xE4\xB8\x89zz" } };
 
-    for( QV_INT i = 0; i < 2400; i++ )
+    for( QV_INT kinds : { 1, 3, 4 } )
     {
-        const char *group = i % 3 == 0 ? "aaaabbbbcccccccc" : i % 3 == 1 ? "aaaabbbb" : "aaaabbbbcccc\xE4\xB8\xAD";
-        keys.push_back( std::string( group ).append( std::to_string( i * 7919 % 2400 ) ) );
-    }
+        std::vector< std::string > keys = { "", "aaaabbb", "zzzzzzzzcccccccc5" }, others = { "\xC3\xBC", "z", "a" };
 
-    for( size_t length : { 3, 40, 700, 2406 } )
-    {
-        Ref< QV_DICT > dict( qvDictCreate() );
-
-        for( size_t i = 0; i < length; i++ )
-            qvDictSetStringKey( dict.at(), text( keys[keys.size() - 1 - i] ), boxed( static_cast< QV_INT >( i ) ) );
-
-        for( size_t i = 0; i < keys.size(); i++ )
+        for( QV_INT i = 0; i < 2400; i++ )
         {
-            QV_OBJ *lent = qvDictLendStringKey( dict, text( keys[keys.size() - 1 - i] ) );
-            ASSERT_EQ( i < length, lent != nullptr ) << length << " " << i;
-            ASSERT_TRUE( !lent || qvBoxedIntValue( qvBoxedIntFrom( lent ) ) == static_cast< QV_INT >( i ) );
+            std::string number = std::to_string( i * 7919 % 2400 );
+            keys.push_back( groups[i % kinds].first + number );
+            others.push_back( groups[i % kinds].second + number );
+        }
+
+        for( size_t length : { 3, 40, 120, 2401, 2403 } )
+        {
+            Ref< QV_DICT > dict( qvDictCreate() );
+            auto           key = [&]( size_t i ) { return text( keys[keys.size() - 1 - i] ); };
+
+            for( size_t i = 0; i < length; i++ )
+                qvDictSetStringKey( dict.at(), key( i ), boxed( static_cast< QV_INT >( i ) ) );
+
+            for( size_t i = 0; i < keys.size(); i++ )
+            {
+                QV_OBJ *lent = qvDictLendStringKey( dict, key( i ) );
+                ASSERT_EQ( i < length, lent != nullptr ) << length << " " << i;
+                ASSERT_TRUE( !lent || qvBoxedIntValue( qvBoxedIntFrom( lent ) ) == static_cast< QV_INT >( i ) );
+                ASSERT_FALSE( qvDictHasStringKey( dict, text( others[i] ) ) ) << others[i];
+            }
         }
     }
 }
