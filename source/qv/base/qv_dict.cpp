@@ -44,13 +44,6 @@ bool isLeaf( QV_OBJ *object )
     return object->sort == &qv___sort_QV_STRING || ( object->sort && !object->sort->freeFunc );
 }
 
-// The memory of objects that were made in another order than that of their keys comes from far away.
-void fetch( QV_OBJ *object )
-{
-    __builtin_prefetch( object );
-    __builtin_prefetch( reinterpret_cast< char * >( object ) + 64 );
-}
-
 // Releases what all items hold.
 void releaseItems( QV_DICT *dict )
 {
@@ -63,8 +56,8 @@ void releaseItems( QV_DICT *dict )
     {
         if( ahead )
         {
-            fetch( ahead->key );
-            fetch( ahead->val );
+            qv::fetchObject( ahead->key );
+            qv::fetchObject( ahead->val );
             ++ahead;
         }
 
@@ -468,26 +461,6 @@ QV_VECTOR *qvDictValuesVector( QV_DICT *dict )
 }
 
 /* By key --------------------------------------------------------------------------------------------------------- */
-
-QV_OBJ *qvDictObjKey( QV_DICT *dict, QV_OBJ *key )
-{
-    QV_CHECK( dict );
-    QV_CHECK( key );
-
-    qv::Ref< QV_DICT > held;
-    Place              place = qv::findInDict( dict, key, &held );
-
-    return place.found ? qv::retain( qv::dictItem( dict, place ).val ) : nullptr;
-}
-
-QV_BOOL qvDictHasObjKey( QV_DICT *dict, QV_OBJ *key )
-{
-    QV_CHECK( dict );
-    QV_CHECK( key );
-
-    qv::Ref< QV_DICT > held;
-    return qv::findInDict( dict, key, &held ).found ? QV_TRUE : QV_FALSE;
-}
 
 QV_INT qvDictIndexOfObjKey( QV_DICT *dict, QV_OBJ *key )
 {

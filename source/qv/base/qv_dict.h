@@ -134,6 +134,25 @@ QV_API QV_OBJ *qvDictStringKeyWcstr( QV_DICT *dict, const wchar_t *text, QV_INT 
 /** @} */
 
 /** @{ */
+/** The same value, or null, without a reference: lent until the Dict is changed or released, and not for the caller to
+    release. For values that are read at once, without the two locked instructions of a reference:
+
+        QV_OBJ *port = qvDictLendStringKeyCstr( options, "port", -1 );
+        listen( port ? qvBoxedIntValue( qvBoxedIntFrom( port ) ) : 80 );
+
+    Where several threads use a variable, or a compare function of the key's family changes it, take a reference. */
+QV_API QV_OBJ *qvDictLendObjKey( QV_DICT *dict, QV_OBJ *key );
+QV_API QV_OBJ *qvDictLendNullKey( QV_DICT *dict );
+QV_API QV_OBJ *qvDictLendBoolKey( QV_DICT *dict, QV_BOOL key );
+QV_API QV_OBJ *qvDictLendIntKey( QV_DICT *dict, QV_INT key );
+QV_API QV_OBJ *qvDictLendRealKey( QV_DICT *dict, QV_REAL key );
+QV_API QV_OBJ *qvDictLendSortKey( QV_DICT *dict, QV_SORT *key );
+QV_API QV_OBJ *qvDictLendStringKey( QV_DICT *dict, QV_STRING *key );
+QV_API QV_OBJ *qvDictLendStringKeyCstr( QV_DICT *dict, const char *text, QV_INT length );
+QV_API QV_OBJ *qvDictLendStringKeyWcstr( QV_DICT *dict, const wchar_t *text, QV_INT length );
+/** @} */
+
+/** @{ */
 /** True when the key is present. */
 QV_API QV_BOOL qvDictHasObjKey( QV_DICT *dict, QV_OBJ *key );
 QV_API QV_BOOL qvDictHasNullKey( QV_DICT *dict );

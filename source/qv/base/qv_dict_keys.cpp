@@ -40,6 +40,16 @@ qv::Ref< QV_OBJ > made( T *owned )
 
 // The kinds of keys. Each makes the object that the plain operation takes.
 
+struct ObjKey
+{
+    QV_OBJ *key;
+
+    QV_OBJ *object() const
+    {
+        return key;
+    }
+};
+
 struct NullKey
 {
     auto object() const
@@ -161,20 +171,36 @@ struct WcstrKey
     }
 };
 
+// The entry of a key, if there is one, for the time of `use`. Straight to the search: a call more would be a tenth of it.
+template< class Key, class Use >
+inline auto withItemOfKey( QV_DICT *dict, const Key &kind, const Use &use )
+{
+    QV_CHECK( dict );
+    auto    object = kind.object();
+    QV_OBJ *key    = object;
+    QV_CHECK( key );
+
+    qv::Ref< QV_DICT > held;
+    return use( qv::findDictItem( dict, key, &held ) );
+}
+
 template< class Key >
 QV_OBJ *valueOfKey( QV_DICT *dict, const Key &key )
 {
-    QV_CHECK( dict );
-    auto object = key.object();
-    return qvDictObjKey( dict, object );
+    return withItemOfKey(
+        dict, key, []( const QV___DICT_ITEM *item ) { return item ? qv::retain( item->val ) : nullptr; } );
+}
+
+template< class Key >
+QV_OBJ *lentValueOfKey( QV_DICT *dict, const Key &key )
+{
+    return withItemOfKey( dict, key, []( const QV___DICT_ITEM *item ) { return item ? item->val : nullptr; } );
 }
 
 template< class Key >
 QV_BOOL hasKey( QV_DICT *dict, const Key &key )
 {
-    QV_CHECK( dict );
-    auto object = key.object();
-    return qvDictHasObjKey( dict, object );
+    return withItemOfKey( dict, key, []( const QV___DICT_ITEM *item ) { return item ? QV_TRUE : QV_FALSE; } );
 }
 
 template< class Key >
@@ -216,6 +242,11 @@ void deleteKey( QV_DICT **dict, const Key &key )
 }
 } // namespace
 
+QV_OBJ *qvDictObjKey( QV_DICT *dict, QV_OBJ *key )
+{
+    return valueOfKey( dict, ObjKey{ key } );
+}
+
 QV_OBJ *qvDictNullKey( QV_DICT *dict )
 {
     return valueOfKey( dict, NullKey{} );
@@ -254,6 +285,56 @@ QV_OBJ *qvDictStringKeyCstr( QV_DICT *dict, const char *text, QV_INT length )
 QV_OBJ *qvDictStringKeyWcstr( QV_DICT *dict, const wchar_t *text, QV_INT length )
 {
     return valueOfKey( dict, WcstrKey{ text, length } );
+}
+
+QV_OBJ *qvDictLendObjKey( QV_DICT *dict, QV_OBJ *key )
+{
+    return lentValueOfKey( dict, ObjKey{ key } );
+}
+
+QV_OBJ *qvDictLendNullKey( QV_DICT *dict )
+{
+    return lentValueOfKey( dict, NullKey{} );
+}
+
+QV_OBJ *qvDictLendBoolKey( QV_DICT *dict, QV_BOOL key )
+{
+    return lentValueOfKey( dict, BoolKey{ key } );
+}
+
+QV_OBJ *qvDictLendIntKey( QV_DICT *dict, QV_INT key )
+{
+    return lentValueOfKey( dict, IntKey{ key } );
+}
+
+QV_OBJ *qvDictLendRealKey( QV_DICT *dict, QV_REAL key )
+{
+    return lentValueOfKey( dict, RealKey{ key } );
+}
+
+QV_OBJ *qvDictLendSortKey( QV_DICT *dict, QV_SORT *key )
+{
+    return lentValueOfKey( dict, SortKey{ key } );
+}
+
+QV_OBJ *qvDictLendStringKey( QV_DICT *dict, QV_STRING *key )
+{
+    return lentValueOfKey( dict, StringKey{ key } );
+}
+
+QV_OBJ *qvDictLendStringKeyCstr( QV_DICT *dict, const char *text, QV_INT length )
+{
+    return lentValueOfKey( dict, CstrKey{ text, length } );
+}
+
+QV_OBJ *qvDictLendStringKeyWcstr( QV_DICT *dict, const wchar_t *text, QV_INT length )
+{
+    return lentValueOfKey( dict, WcstrKey{ text, length } );
+}
+
+QV_BOOL qvDictHasObjKey( QV_DICT *dict, QV_OBJ *key )
+{
+    return hasKey( dict, ObjKey{ key } );
 }
 
 QV_BOOL qvDictHasNullKey( QV_DICT *dict )

@@ -152,40 +152,86 @@ void qv::sharpenDigests( QV___DICT_RUN *run )
 
 namespace
 {
-// `base`, or `half` items further on where the item before is below the digest: a conditional move, which the compiler
-// replaces by a branch or by an addition that takes longer.
-inline const Item *further( const Item *base, int32_t half, uint64_t digest )
+// `base`, or `next` where the digest of `pivot` is below this one: a conditional move, which the compiler replaces by a
+// branch or by an addition that takes longer.
+inline const Item *further( const Item *base, const Item *next, const Item &pivot, uint64_t digest )
 {
-    const Item *next = base + half;
-
 #ifdef __x86_64__
-    __asm__( "cmpq %2, %1\n\tcmovb %3, %0" : "+r"( base ) : "m"( next[-1].digest ), "r"( digest ), "r"( next ) : "cc" );
+    __asm__( "cmpq %2, %1\n\tcmovb %3, %0" : "+r"( base ) : "m"( pivot.digest ), "r"( digest ), "r"( next ) : "cc" );
     return base;
 #else
-    return next[-1].digest < digest ? next : base;
+    return pivot.digest < digest ? next : base;
 #endif
 }
 
-// The first item from `from` on with this digest or a greater one. Not qv::bisect(), which branches by each comparison
-// and stops at an equal item: here every key takes the same number of steps, none of which branches, since half of
-// the branches would be mispredicted.
-int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
+inline const Item *further( const Item *base, size_t step, uint64_t digest )
 {
-    const Item *items = run->items();
+    return further( base, base + step, base[step - 1], digest );
+}
 
-    if( from == run->length || items[run->length - 1].digest < digest )
-        return run->length;
+// The first item from `from` on with this digest or a greater one, maybe the end. Not qv::bisect(), which branches by
+// each comparison and stops at an equal item: here every key takes the same number of steps, none of which branches,
+// since half of the branches would be mispredicted. Steps are powers of two, of which the compiler knows the addresses:
+// all but the first have half of the items left that the one before had.
+[[gnu::always_inline]] inline const Item *firstNotBelow( Run *run, int32_t from, uint64_t digest )
+{
+    const Item *base  = run->items() + from;
+    size_t      count = static_cast< size_t >( run->length - from );
 
-    const Item *base = items + from;
+    if( count == 0 )
+        return base;
 
-    for( int32_t left = run->length - from; left > 1; )
+    // Either the items before this one, or as many at the end.
+    size_t step = std::bit_floor( count );
+
+    base = further( base, base + ( count - step + 1 ), base[step - 1], digest );
+
+    while( step > 512 )
     {
-        int32_t half = left / 2;
-        base         = further( base, half, digest );
-        left -= half;
+        step /= 2;
+        base = further( base, step, digest );
     }
 
-    return static_cast< int32_t >( base - items );
+    switch( step )
+    {
+    case 512:
+        base = further( base, 256, digest );
+        [[fallthrough]];
+    case 256:
+        base = further( base, 128, digest );
+        [[fallthrough]];
+    case 128:
+        base = further( base, 64, digest );
+        [[fallthrough]];
+    case 64:
+        base = further( base, 32, digest );
+        [[fallthrough]];
+    case 32:
+        base = further( base, 16, digest );
+        [[fallthrough]];
+    case 16:
+        base = further( base, 8, digest );
+        [[fallthrough]];
+    case 8:
+        base = further( base, 4, digest );
+        [[fallthrough]];
+    case 4:
+        base = further( base, 2, digest );
+        [[fallthrough]];
+    case 2:
+        base = further( base, 1, digest );
+    }
+
+    return base;
+}
+
+// The same for a key that may be entered: many are entered at the end.
+int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
+{
+    if( from == run->length || run->items()[run->length - 1].digest < digest )
+        return run->length;
+
+    return static_cast< int32_t >( firstNotBelow( run, from, digest ) - run->items() );
 }
 
 // Whether a key has the run's prefix, of which as many characters as `known` are known to be the key's too: then 0,
@@ -198,6 +244,13 @@ QV_INT compareWithPrefix( Run *run, QV_STRING *key, QV_INT known )
                            : qv::order(
                                  qv::chars( stringOf( run->items()->key ) ) + known, prefix - known,
                                  qv::chars( key ) + known, std::min( key->length, prefix ) - known );
+}
+
+// How many characters two texts have in common as far as their digests behind the same prefix tell, without a look at
+// the texts: one for each byte where one of the two numbers is of eight characters.
+inline QV_INT commonAsTold( const qv::Digest &digest, uint64_t other )
+{
+    return digest.count == 8 ? std::countl_zero( digest.number ^ other ) / 8 : 0;
 }
 
 // Among Strings that share the key's first characters as far as the run's prefix goes.
@@ -319,7 +372,7 @@ inline Place searchBefore( QV_DICT *dict, const Place &next, const Search &searc
     if( next.idx == 0 )
         return { 0, 0 };
 
-    return inRun( next.idx - 1, search( dict->index->runs->items()[next.idx - 1].run ) );
+    return inRun( next.idx - 1, search( dict->index->runs->items()[next.idx - 1] ) );
 }
 
 // What has digests in the index has them in its run too, unless there are keys of another sort.
@@ -330,8 +383,9 @@ Place searchIndexByText( QV_DICT *dict, QV_STRING *key )
     if( QV_INT order = compareWithPrefix( runs, key, 0 ) )
         return searchBefore(
             dict, { 0, order > 0 ? 0 : runs->length },
-            [&]( Run *run )
+            [&]( const Item &entry )
             {
+                Run *run = entry.run;
                 return run->digests == qv::STRING_DIGESTS ? searchTexts( run, 0, key, 0 )
                                                           : bisectKeys( run, 0, run->length, key );
             } );
@@ -341,11 +395,13 @@ Place searchIndexByText( QV_DICT *dict, QV_STRING *key )
 
     return searchBefore(
         dict, bisectTexts( runs, 0, key, digest ),
-        [&]( Run *run )
+        [&]( const Item &entry )
         {
+            Run *run = entry.run;
             return run->digests != qv::STRING_DIGESTS ? bisectKeys( run, 0, run->length, key )
-                   : run->prefix == runs->prefix      ? bisectTexts( run, 0, key, digest )
-                                                      : searchTexts( run, 0, key, runs->prefix );
+                   : run->prefix == runs->prefix
+                       ? bisectTexts( run, 0, key, digest )
+                       : searchTexts( run, 0, key, runs->prefix + commonAsTold( digest, entry.digest ) );
         } );
 }
 
@@ -355,8 +411,9 @@ Place searchIndexByInteger( QV_DICT *dict, QV_OBJ *key )
 
     return searchBefore(
         dict, searchIntegers( dict->index->runs, 0, digest ),
-        [&]( Run *run )
+        [&]( const Item &entry )
         {
+            Run *run = entry.run;
             return run->digests == qv::INTEGER_DIGESTS ? searchIntegers( run, 0, digest )
                                                        : bisectKeys( run, 0, run->length, key );
         } );
@@ -378,8 +435,12 @@ Place searchIndexByKey( QV_DICT *dict, QV_OBJ *key )
         return { runs->length - 1, order == 0 ? last->length - 1 : last->length, order == 0 };
 
     return searchBefore(
-        dict, bisectKeys( runs, 0, runs->length, key ), [&]( Run *run )
-        { return hasDigestsOf( run, key ) ? searchDigests( run, 0, key ) : bisectKeys( run, 0, run->length, key ); } );
+        dict, bisectKeys( runs, 0, runs->length, key ),
+        [&]( const Item &entry )
+        {
+            Run *run = entry.run;
+            return hasDigestsOf( run, key ) ? searchDigests( run, 0, key ) : bisectKeys( run, 0, run->length, key );
+        } );
 }
 
 Place searchIndex( QV_DICT *dict, QV_OBJ *key )
@@ -422,6 +483,176 @@ qv::DictPlace qv::findInDict( QV_DICT *dict, QV_OBJ *key, Ref< QV_DICT > *held )
 
     *held = Ref< QV_DICT >::share( dict );
     return searchAll( dict, key );
+}
+
+/* Look-up --------------------------------------------------------------------------------------------------------
+
+   Finds an item, where a search finds a place. Nearly always digests alone tell, and a look-up is so short that each
+   look at memory counts, and each call. */
+
+namespace
+{
+// True if two texts have the same `count` characters. Few, as a rule: the C library takes longer to be called.
+inline bool haveSame( const QV_CHAR *a, const QV_CHAR *b, QV_INT count )
+{
+    for( ; count >= 4; count -= 4, a += 4, b += 4 )
+        if( memcmp( a, b, 4 * sizeof( QV_CHAR ) ) != 0 )
+            return false;
+
+    for( ; count > 0; count--, a++, b++ )
+        if( *a != *b )
+            return false;
+
+    return true;
+}
+
+// A key that is looked up, for runs with digests of its sort: whether it has what the keys of a run share, its digest
+// there, and whether it is the key of an item with that digest.
+struct SoughtText
+{
+    static const uint32_t DIGESTS = qv::STRING_DIGESTS;
+
+    QV_STRING *key;
+
+    bool isLongEnough( Run *run ) const
+    {
+        return key->length >= run->prefix;
+    }
+
+    // The first `known` characters are known to be the same.
+    bool hasPrefix( Run *run, QV_INT known ) const
+    {
+        return run->prefix <= known
+               || haveSame(
+                   qv::chars( stringOf( run->items()->key ) ) + known, qv::chars( key ) + known, run->prefix - known );
+    }
+
+    qv::Digest digestIn( Run *run ) const
+    {
+        return qv::digestText( qv::chars( key ) + run->prefix, key->length - run->prefix );
+    }
+
+    bool isKeyOf( const Item *item, Run *run, const qv::Digest &digest ) const
+    {
+        if( digest.whole || item->key == key )
+            return true;
+
+        // Four lines of memory that can come at once: what comes first of a String says where its characters are, which
+        // is after it as a rule, and the value is what the caller wants.
+        QV_STRING *stored = stringOf( item->key );
+        QV_INT     known  = run->prefix + digest.count;
+        __builtin_prefetch( &stored->first );
+        __builtin_prefetch( reinterpret_cast< QV_CHAR * >( stored + 1 ) + known );
+        qv::fetchObject( item->val );
+
+        return stored->length == key->length
+               && haveSame( qv::chars( stored ) + known, qv::chars( key ) + known, key->length - known );
+    }
+};
+
+struct SoughtInteger
+{
+    static const uint32_t DIGESTS = qv::INTEGER_DIGESTS;
+
+    QV_OBJ *key;
+
+    bool isLongEnough( Run * ) const
+    {
+        return true;
+    }
+
+    bool hasPrefix( Run *, QV_INT ) const
+    {
+        return true;
+    }
+
+    qv::Digest digestIn( Run * ) const
+    {
+        return { digestInt( key ), 0, true };
+    }
+
+    bool isKeyOf( const Item *, Run *, const qv::Digest & ) const
+    {
+        return true;
+    }
+};
+
+const Item *const NOT_TOLD = reinterpret_cast< const Item * >( 1 );
+
+// The item of a key, or null, or NOT_TOLD where the digests do not tell.
+template< class Sought >
+inline const Item *lookUpInRun( Run *run, Sought sought, const qv::Digest &digest, QV_INT known )
+{
+    const Item *item = firstNotBelow( run, 0, digest.number );
+
+    // A key without the run's prefix is not in the run, whatever its digest would be.
+    if( item == run->items() + run->length || item->digest != digest.number )
+        return nullptr;
+
+    // If it is another text, one of the next items may be the one.
+    return sought.hasPrefix( run, known ) && sought.isKeyOf( item, run, digest ) ? item : NOT_TOLD;
+}
+
+template< class Sought >
+[[gnu::noinline]] const Item *lookUpInIndex( Run *runs, Sought sought )
+{
+    // Keys without the index's prefix may be in the last run.
+    if( runs->digests != Sought::DIGESTS || !sought.isLongEnough( runs ) || !sought.hasPrefix( runs, 0 ) )
+        return NOT_TOLD;
+
+    qv::Digest  digest = sought.digestIn( runs );
+    const Item *next   = firstNotBelow( runs, 0, digest.number );
+
+    // A first key that has the same digest may be greater than this one, or this very one.
+    if( next == runs->items() || ( next != runs->items() + runs->length && next->digest == digest.number ) )
+        return NOT_TOLD;
+
+    Run *run = next[-1].run;
+
+    if( run->digests == Sought::DIGESTS && run->prefix == runs->prefix )
+        return lookUpInRun( run, sought, digest, runs->prefix );
+
+    if( run->digests != Sought::DIGESTS || !sought.isLongEnough( run ) )
+        return NOT_TOLD;
+
+    return lookUpInRun( run, sought, sought.digestIn( run ), runs->prefix + commonAsTold( digest, next[-1].digest ) );
+}
+
+template< class Sought >
+inline const Item *lookUp( QV_DICT *dict, Sought sought )
+{
+    if( dict->hasIndex )
+        return lookUpInIndex( dict->index->runs, sought );
+
+    Run *run = dict->run;
+
+    if( run->digests != Sought::DIGESTS || !sought.isLongEnough( run ) )
+        return NOT_TOLD;
+
+    return lookUpInRun( run, sought, sought.digestIn( run ), 0 );
+}
+
+[[gnu::noinline]] const Item *findWhereNotTold( QV_DICT *dict, QV_OBJ *key, qv::Ref< QV_DICT > *held )
+{
+    Place place = qv::findInDict( dict, key, held );
+    return place.found ? &qv::dictItem( dict, place ) : nullptr;
+}
+} // namespace
+
+const QV___DICT_ITEM *qv::findDictItem( QV_DICT *dict, QV_OBJ *key, Ref< QV_DICT > *held )
+{
+    if( dict->length == 0 )
+        return nullptr;
+
+    const Item *item = key->sort == &qv___sort_QV_STRING      ? lookUp( dict, SoughtText{ stringOf( key ) } )
+                       : key->sort == &qv___sort_QV_BOXED_INT ? lookUp( dict, SoughtInteger{ key } )
+                                                              : NOT_TOLD;
+
+    if( item == NOT_TOLD )
+        return findWhereNotTold( dict, key, held );
+
+    QV_ASSERT( item == findWhereNotTold( dict, key, held ) );
+    return item;
 }
 
 qv::DictPlace qv::findToChange( QV_DICT **dict, QV_OBJ *key )

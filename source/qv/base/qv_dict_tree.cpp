@@ -216,38 +216,45 @@ void tidyRun( QV_DICT *dict, int32_t at )
     }
 }
 
-// Divides a full run, to which an item is to go, and returns the place that it has then; the run there may be full too.
-// A run under the index and at an end of the Dict, to which the item goes there, stays nearly full, as more may follow.
+// True if a run is to be divided before an item is entered.
+bool isTooLong( QV_DICT *dict, const Place &place )
+{
+    int32_t length = qv::dictRun( dict, place.run )->length;
+    int32_t runs   = dict->hasIndex ? dict->index->runs->length : 1;
+
+    return length == ( dict->hasIndex ? FULL : ONLY )
+           || std::min( place.idx, length - place.idx ) > qv::MOVED_DICT_ITEMS + runs / qv::RUNS_FOR_MOVED_ITEM;
+}
+
+// Divides a run, to which an item is to go, and returns the place that it has then; the run there may be too long too.
+// A full run under the index and at an end of the Dict, to which the item goes there, stays nearly full, as more may
+// follow.
 Place placeAfterSplit( QV_DICT *dict, const Place &place )
 {
     if( !dict->hasIndex )
-    {
         addIndex( dict );
-        bool isRight = place.idx > ONLY / 2;
-        splitRun( dict->index, 0, ONLY / 2, isRight, ONLY / 2 );
 
-        return { isRight, place.idx - ( isRight ? ONLY / 2 : 0 ) };
-    }
+    Index  *index  = dict->index;
+    int32_t length = qv::dictRun( dict, place.run )->length;
 
-    Index *index = dict->index;
-
-    if( place.idx == FULL && place.run == index->runs->length - 1 )
+    if( length == FULL && place.idx == length && place.run == index->runs->length - 1 )
     {
         splitRun( index, place.run, FULL - AT_END, false, FULL );
         return { place.run + 1, AT_END };
     }
 
-    if( place.idx == 0 && place.run == 0 )
+    if( length == FULL && place.idx == 0 && place.run == 0 )
     {
         splitRun( index, 0, AT_END, true, FULL );
         return { 0, 0 };
     }
 
     // The part to which the item goes keeps the block, and so its free places.
-    bool isRight = place.idx > FULL / 2;
-    splitRun( index, place.run, FULL / 2, isRight, FULL / 2 );
+    int32_t half    = length / 2;
+    bool    isRight = place.idx > half;
+    splitRun( index, place.run, half, isRight, length - half );
 
-    return { place.run + isRight, place.idx - ( isRight ? FULL / 2 : 0 ) };
+    return { place.run + isRight, place.idx - ( isRight ? half : 0 ) };
 }
 } // namespace
 
@@ -308,7 +315,7 @@ void qv::enterItem( QV_DICT *dict, const DictPlace &place, QV_OBJ *key, QV_OBJ *
 
     Run *&run = dictRun( dict, place.run );
 
-    if( run->length == ( dict->hasIndex ? FULL : ONLY ) )
+    if( isTooLong( dict, place ) )
     {
         enterItem( dict, placeAfterSplit( dict, place ), key, value );
         return;

@@ -23,14 +23,28 @@ const QV_INT ACCOUNTED_DICT_ITEM = 2 * sizeof( QV_OBJ * );
 /** Items that a run under an index has at most, and how many are so few that it is joined with a neighbour. Only the
     first and the last run may have fewer: entering and deleting at an end leaves its neighbour alone. */
 const int32_t FULL_DICT_RUN   = 512;
-const int32_t FEW_IN_DICT_RUN = 128;
+const int32_t FEW_IN_DICT_RUN = 32;
 
 /** Items up to which a Dict is one run without an index: a look-up there is one search instead of two. */
 const int32_t FULL_ONLY_DICT_RUN = 1024;
 static_assert( FULL_ONLY_DICT_RUN <= 2 * FULL_DICT_RUN, "halves of it are runs under an index" );
 
-/** Items of a run that is made in one go, or joined, at most: it is not so full that the next item splits it. */
-const int32_t JOINED_DICT_RUN = 384;
+/** Items that make way for a new one at most: a run in which more would have to is divided first. So runs in which keys
+    are entered in any order stay short, and those that grow at an end become full. One more for so many runs, because
+    dividing one costs the length of the index. */
+const int32_t MOVED_DICT_ITEMS    = 64;
+const int32_t RUNS_FOR_MOVED_ITEM = 32;
+
+/** Items of a run that is made in one go, or joined, at most. */
+const int32_t JOINED_DICT_RUN = 256;
+
+/** Has the memory of an object fetched, for which a walk or a search would wait: those that were made in another order
+    than that of their keys lie far apart. */
+inline void fetchObject( QV_OBJ *object )
+{
+    __builtin_prefetch( object );
+    __builtin_prefetch( reinterpret_cast< char * >( object ) + 64 );
+}
 
 /** Where an item stands, or before which one it would. */
 struct DictPlace
@@ -114,6 +128,9 @@ void sharpenDigests( QV___DICT_RUN *run );
 /** Finds a key. Compare functions of other families may use the Dict's own variable: where they run, `*held`, which is
     null before, holds the Dict, so that it stays as it is until the caller is done with the place. */
 DictPlace findInDict( QV_DICT *dict, QV_OBJ *key, Ref< QV_DICT > *held );
+
+/** The item of a key, or null. As findInDict(), and faster where digests alone tell. */
+const QV___DICT_ITEM *findDictItem( QV_DICT *dict, QV_OBJ *key, Ref< QV_DICT > *held );
 
 /** Finds a key that is not before `from`. The caller holds the Dict. Few comparisons if the place is near. The stored
     keys are the first arguments of these, or the second ones with `keyFirst`. */

@@ -14,6 +14,7 @@ namespace qv
 struct Digest
 {
     uint64_t number;
+    int32_t  count; /**< characters that every text with the number begins with, as this one does */
     bool     whole; /**< the end is in it, so that only this text has the number */
 };
 
@@ -21,15 +22,11 @@ struct Digest
     DIGEST_BYTE, counted from 1, and three for the others; the end of the text is 0. */
 const uint32_t DIGEST_BYTE = 0xED;
 
-[[gnu::always_inline]] inline Digest digestText( const QV_CHAR *chars, QV_INT length )
+[[gnu::noinline]] inline Digest digestOneByOne( const QV_CHAR *chars, QV_INT length )
 {
     uint64_t number = 0;
-
-    // Eight at once, which is what most keys need.
-    if( length >= 8 && digestEight( chars, DIGEST_BYTE, &number ) )
-        return { number, false };
-
-    int shift = 56;
+    int      shift  = 56;
+    int32_t  count  = 0;
 
     for( QV_INT i = 0; i < length && shift >= 0; i++ )
     {
@@ -39,15 +36,26 @@ const uint32_t DIGEST_BYTE = 0xED;
         {
             number |= ( ch + 1 ) << shift;
             shift -= 8;
+            count++;
             continue;
         }
 
         uint64_t three = ( ( DIGEST_BYTE + 2 ) << 16 ) + ch;
         number |= shift >= 16 ? three << ( shift - 16 ) : three >> ( 16 - shift );
+        count += shift >= 16 ? 1 : 0;
         shift -= 24;
     }
 
-    return { number, shift >= 0 };
+    return { number, count, shift >= 0 };
+}
+
+[[gnu::always_inline]] inline Digest digestText( const QV_CHAR *chars, QV_INT length )
+{
+    uint64_t number = 0;
+
+    // Eight at once, which is what most keys need.
+    return length >= 8 && digestEight( chars, DIGEST_BYTE, &number ) ? Digest{ number, 8, false }
+                                                                     : digestOneByOne( chars, length );
 }
 
 /** That of an integer, which no other one has. */

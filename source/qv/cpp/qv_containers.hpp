@@ -668,14 +668,14 @@ public:
     /** The value of a key. */
     [[nodiscard]] std::optional< V > find( const K &key ) const
     {
-        QV_OBJ *value = qvDictObjKey( this->raw(), detail::Boxed< K >( key ).get() );
-        return value ? std::optional< V >( detail::taken< V >( value ) ) : std::nullopt;
+        QV_OBJ *value = lent( key );
+        return value ? std::optional< V >( Boxing< V >::unbox( value ) ) : std::nullopt;
     }
 
     /** True if find() finds something. */
     [[nodiscard]] bool contains( const K &key ) const
     {
-        return qvDictHasObjKey( this->raw(), detail::Boxed< K >( key ).get() );
+        return lent( key ) != nullptr;
     }
 
     /** Sets the value of a key. */
@@ -702,15 +702,10 @@ public:
                 *value = Boxing< V >::box( std::forward< Function >( function )( std::move( old ) ) );
             } );
 
-        if constexpr( std::integral< K > && !std::same_as< K, bool > )
-        {
-            detail::demand( std::in_range< QV_INT >( key ), "std::in_range< QV_INT >( value )" );
-            qvDictUpdateIntKey( this->variable(), static_cast< QV_INT >( key ), relayed.update, &relayed );
-        }
+        if constexpr( HAS_INTEGER_KEYS )
+            qvDictUpdateIntKey( this->variable(), integer( key ), relayed.update, &relayed );
         else
-        {
             qvDictUpdateObjKey( this->variable(), detail::Boxed< K >( key ).get(), relayed.update, &relayed );
-        }
 
         relayed.rethrow();
         return *this;
@@ -748,6 +743,24 @@ public:
     {
         qvDictInclude( this->variable(), other.raw(), overwrite ? QV_TRUE : QV_FALSE );
         return *this;
+    }
+
+private:
+    // Integers are looked up without an object.
+    static constexpr bool HAS_INTEGER_KEYS = std::integral< K > && !std::same_as< K, bool >;
+
+    static QV_INT integer( const K &key )
+    {
+        detail::demand( std::in_range< QV_INT >( key ), "std::in_range< QV_INT >( value )" );
+        return static_cast< QV_INT >( key );
+    }
+
+    QV_OBJ *lent( const K &key ) const
+    {
+        if constexpr( HAS_INTEGER_KEYS )
+            return qvDictLendIntKey( this->raw(), integer( key ) );
+        else
+            return qvDictLendObjKey( this->raw(), detail::Boxed< K >( key ).get() );
     }
 };
 
