@@ -229,30 +229,18 @@ void writeWhole( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT length,
     qvUnicodeNormalizerFlush( norm );
 }
 
-// A text of at most so many characters is written on the stack, by a normalizer that is no object of the library, and
-// needs no memory but that of the new String. Twice its longest decomposition is more than any step asks for.
-const QV_INT FEW      = 32;
-const QV_INT FEW_ROOM = 2 * ( FEW + 1 ) * LONGEST_DECOMPOSITION;
-
-QV_STRING *normalizeFew( const QV_CHAR *chs, QV_INT length, QV_INT normalForm, const Run &run )
+// A text of few characters is written on the stack, so that nothing is allocated but the new String. Null if only the
+// stages can tell.
+QV_STRING *normalizeFew( const QV_CHAR *chs, QV_INT length, QV_INT normalForm )
 {
-    QV_UNICODE_NORMALIZER norm;
-    QV_CHAR               room[FEW_ROOM];
+    QV_CHAR room[FEW_ROOM];
+    QV_INT  count = writeInOrder( chs, length, normalForm, room );
 
-    static_cast< QV_OBJ & >( norm ) = QV___STATIC_HEADER( QV___OBJ_TYPE_OBJECT );
-    init( &norm, normalForm );
-    norm.chars    = room;
-    norm.capacity = FEW_ROOM;
-    norm.isLent   = true;
-    writeWhole( &norm, chs, length, run );
-    QV_ASSERT( norm.isLent );
+    if( count < 0 )
+        return nullptr;
 
-    if( norm.length == 0 )
-        return qvStringCreate();
-
-    QV_STRING *result = qv::newString( norm.length, nullptr, QV_STRING_FSPACE );
-    qv::copyChars( qv::chars( result ), norm.chars, norm.length );
-    freeArray( &norm );
+    QV_STRING *result = qv::newString( count, nullptr, QV_STRING_FSPACE );
+    qv::copyChars( qv::chars( result ), room, count );
 
     return result;
 }
@@ -267,8 +255,9 @@ QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
     if( run.length == length )
         return nullptr;
 
-    if( length <= FEW )
-        return normalizeFew( chs, length, normalForm, run );
+    if( length <= normalizer::FEW )
+        if( QV_STRING *result = normalizeFew( chs, length, normalForm ) )
+            return result;
 
     Ref< QV_UNICODE_NORMALIZER > norm( qvUnicodeNormalizerCreate( normalForm ) );
 

@@ -162,13 +162,11 @@ inline Run runOf( const QV_CHAR *chs, QV_INT length )
     return { length, starter, lastStarter< form >( chs, starter ) };
 }
 
-// What a short text is checked for first: characters below the limit of the form.
-const QV_INT FEW = 64;
-
 // The length for which a whole text is in the form.
 template< QV_INT form >
 Run checkAll( const QV_CHAR *chs, QV_INT count )
 {
+    // A short text is looked at for characters below the limit of the form first.
     if( count <= FEW )
     {
         QV_INT i = qv::groupsBelow( chs, count, SIMPLE[form] );
@@ -354,18 +352,20 @@ void writeComposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT coun
 
 /* Decomposing ---------------------------------------------------------------------------------------------------- */
 
-// Decomposes characters as long as they are in order, so that none has to move. Returns the number of characters that
-// it has taken from the text. There must be so few that LIMIT cannot be reached.
-QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+// What characters have become that were decomposed as long as they were in order, so that none had to move.
+struct Decomposed
 {
-    QV_ASSERT( norm->length - norm->pending + count * LONGEST_DECOMPOSITION < LIMIT );
-    reserve( norm, ( count + 1 ) * LONGEST_DECOMPOSITION );
+    QV_INT   read;
+    QV_CHAR *end;
+    QV_CHAR *starter; // the last one that was written, or null
+    uint32_t last;    // the class of the last character: for a mark, less 1
+};
 
-    const bool byAll   = isCompatible( norm );
-    QV_CHAR   *to      = norm->chars + norm->length;
-    QV_CHAR   *pending = norm->chars + norm->pending;
-    uint32_t   last    = norm->pendingCccv ? static_cast< uint32_t >( norm->pendingCccv - 1 ) : 0;
-    QV_INT     i       = 0;
+// `last` is that of the character before. A character writes up to LONGEST_DECOMPOSITION, and at least four.
+inline Decomposed decomposeInOrder( const QV_CHAR *chs, QV_INT count, QV_CHAR *to, bool byAll, uint32_t last )
+{
+    QV_CHAR *starter = nullptr;
+    QV_INT   i       = 0;
 
     for( ; i < count && QV_CHAR_OK( chs[i] ); i++ )
     {
@@ -377,7 +377,7 @@ QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT
             if( value - 1 < last )
                 break;
 
-            pending = value == 0 ? to : pending;
+            starter = value == 0 ? to : starter;
             last    = value - ( value != 0 );
             *to++   = chs[i];
         }
@@ -396,14 +396,14 @@ QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT
                 to[k] = full.chars[k] & 0xFFFFFF;
 
             uint32_t cccv = full.chars[full.length - 1] >> 24;
-            pending       = to + full.lastStarter;
+            starter       = to + full.lastStarter;
             last          = cccv - ( cccv != 0 );
             to += full.length;
         }
         else if( chs[i] - HANGUL_S < S_COUNT )
         {
             to += decomposeHangul( chs[i], to );
-            pending = to - 1;
+            starter = to - 1;
             last    = 0;
         }
         else
@@ -412,12 +412,25 @@ QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT
         }
     }
 
-    norm->length      = to - norm->chars;
-    norm->pending     = pending - norm->chars;
-    norm->readable    = norm->pending;
-    norm->pendingCccv = norm->length > norm->pending ? combiningClass( to[-1] ) : 0;
+    return { i, to, starter, last };
+}
 
-    return i;
+// Decomposes what needs no ordering. Returns the number of characters that it has taken from the text. There must be so
+// few that LIMIT cannot be reached.
+QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+{
+    QV_ASSERT( norm->length - norm->pending + count * LONGEST_DECOMPOSITION < LIMIT );
+    reserve( norm, ( count + 1 ) * LONGEST_DECOMPOSITION );
+
+    uint32_t   last = norm->pendingCccv ? static_cast< uint32_t >( norm->pendingCccv - 1 ) : 0;
+    Decomposed done = decomposeInOrder( chs, count, norm->chars + norm->length, isCompatible( norm ), last );
+
+    norm->length      = done.end - norm->chars;
+    norm->pending     = done.starter ? done.starter - norm->chars : norm->pending;
+    norm->readable    = norm->pending;
+    norm->pendingCccv = norm->length > norm->pending ? combiningClass( done.end[-1] ) : 0;
+
+    return done.read;
 }
 
 // Writes characters in a form that does not compose.
@@ -468,6 +481,46 @@ qv::normalizer::Run qv::normalizer::check( const QV_CHAR *chs, QV_INT count, QV_
         return checkAll< QV_UNICODE_NORMAL_FORM_NFD >( chs, count );
     default:
         return checkAll< QV_UNICODE_NORMAL_FORM_NFKD >( chs, count );
+    }
+}
+
+namespace
+{
+template< QV_INT form >
+inline QV_INT writeInOrder( const QV_CHAR *chs, QV_INT count, QV_CHAR *to )
+{
+    if constexpr( form <= QV_UNICODE_NORMAL_FORM_NFKC )
+    {
+        if( !isStarter< form >( chs[0] ) )
+            return -1;
+
+        Composed done = composeInOrder< form >( chs, count, to, true, count );
+
+        return done.read == count ? done.written : -1;
+    }
+    else
+    {
+        Decomposed done = decomposeInOrder( chs, count, to, form & 1, 0 );
+
+        return done.read == count ? done.end - to : -1;
+    }
+}
+} // namespace
+
+QV_INT qv::normalizer::writeInOrder( const QV_CHAR *chs, QV_INT count, QV_INT form, QV_CHAR *to )
+{
+    QV_ASSERT( count > 0 && count <= FEW );
+
+    switch( form )
+    {
+    case QV_UNICODE_NORMAL_FORM_NFC:
+        return ::writeInOrder< QV_UNICODE_NORMAL_FORM_NFC >( chs, count, to );
+    case QV_UNICODE_NORMAL_FORM_NFKC:
+        return ::writeInOrder< QV_UNICODE_NORMAL_FORM_NFKC >( chs, count, to );
+    case QV_UNICODE_NORMAL_FORM_NFD:
+        return ::writeInOrder< QV_UNICODE_NORMAL_FORM_NFD >( chs, count, to );
+    default:
+        return ::writeInOrder< QV_UNICODE_NORMAL_FORM_NFKD >( chs, count, to );
     }
 }
 

@@ -162,6 +162,14 @@ struct Run
 /** How far a text is in a normal form, as a quick check tells. */
 Run check( const QV_CHAR *chs, QV_INT count, QV_INT form );
 
+/** The most characters that writeInOrder() takes, and the room that it needs. */
+const QV_INT FEW      = 64;
+const QV_INT FEW_ROOM = ( FEW + 1 ) * LONGEST_DECOMPOSITION;
+
+/** Writes the normal form of a whole text of 1 to FEW characters, if that takes no ordering. Returns its length, or -1 if
+    only the stages can tell. */
+QV_INT writeInOrder( const QV_CHAR *chs, QV_INT count, QV_INT form, QV_CHAR *to );
+
 /** Writes a run that begins with a starter as it is, up to its last starter, which has to be written next. */
 void pass( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, const Run &run );
 
