@@ -104,6 +104,59 @@ QV___KERNEL_64 QV_INT qv::decodeBytes64(
     return done;
 }
 
+namespace
+{
+// Which characters, all below 0x10000 more than `first`, are in blocks of 32 that are inert: the byte of a block by the
+// upper 8 bits, its place there by the next 3.
+QV___KERNEL_64 inline __mmask16 inInertBlocks( const Table &blocks, __m512i in, QV_CHAR first )
+{
+    __mmask16 known = _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( first ) ), repeat16( 0x10000 ) );
+    __m512i   bytes = lookUp( blocks, _mm512_srli_epi32( in, 8 ) );
+
+    return _mm512_mask_test_epi32_mask( known, bytes, bitAt( _mm512_srli_epi32( in, 5 ) ) );
+}
+
+// Which characters below 0x800 are inert by themselves.
+QV___KERNEL_64 inline __mmask16 inertAlone( const Table &singles, __m512i in )
+{
+    __mmask16 low = _mm512_cmplt_epu32_mask( in, repeat16( 0x800 ) );
+
+    return _mm512_mask_test_epi32_mask( low, lookUp( singles, _mm512_srli_epi32( in, 3 ) ), bitAt( in ) );
+}
+
+// Which characters are in the blocks of the table of classes.
+struct NearMarks
+{
+    __mmask16 first;
+    __mmask16 second;
+};
+
+QV___KERNEL_64 inline NearMarks nearMarks( __m512i in )
+{
+    return {
+        _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( 0x300 ) ), repeat16( 0x80 ) ),
+        _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( 0x580 ) ), repeat16( 0x80 ) ) };
+}
+
+// The classes of some characters in these blocks, by the 7 lowest bits and which of the blocks it is; 0 for all others.
+QV___KERNEL_64 inline __m512i classesOf( const Table &marks, __m512i in, __mmask16 second, __mmask16 some )
+{
+    __m512i at = _mm512_and_si512( in, repeat16( 0x7F ) );
+    at         = _mm512_mask_or_epi32( at, second, at, repeat16( 0x80 ) );
+
+    return _mm512_maskz_and_epi32( some, lookUp( marks, at ), repeat16( 255 ) );
+}
+
+// Whether marks are in order, the classes of the 16 characters before in `before`, and none ends the run.
+QV___KERNEL_64 inline bool areInOrder( __m512i now, __m512i before, __mmask16 isMark )
+{
+    __m512i prev = _mm512_alignr_epi32( now, before, 15 );
+
+    return _mm512_cmpeq_epi32_mask( now, repeat16( 255 ) ) == 0
+           && _mm512_mask_cmplt_epu32_mask( isMark, now, prev ) == 0;
+}
+} // namespace
+
 QV___KERNEL_64 QV_INT qv::orderedGroups64(
     const QV_CHAR *chs, QV_INT count, const uint8_t *inert, const uint8_t *classes, uint32_t *last )
 {
@@ -128,26 +181,16 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
             before = zero;
         }
 
-        // The bits of the blocks of 32 characters: their bytes by the upper 8 bits, their places by the next 3. Characters
-        // that are not there any more count as U+0000, which is inert.
-        __m512i   in    = count - i >= 16
-                              ? _mm512_loadu_si512( chs + i )
-                              : _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( lowest( count - i ) ), chs + i );
-        __m512i   bytes = lookUp( blocks, _mm512_srli_epi32( in, 8 ) );
-        __mmask16 known = _mm512_cmplt_epu32_mask( in, repeat16( 0x10000 ) );
-        __mmask16 stay  = _mm512_mask_test_epi32_mask( known, bytes, bitAt( _mm512_srli_epi32( in, 5 ) ) );
+        // Characters that are not there any more count as U+0000, which is inert.
+        __m512i   in   = count - i >= 16
+                             ? _mm512_loadu_si512( chs + i )
+                             : _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( lowest( count - i ) ), chs + i );
+        __mmask16 stay = inInertBlocks( blocks, in, 0 );
 
         isAscii = _mm512_test_epi32_mask( in, ascii ) == 0;
 
-        // The next 0x10000 characters by the same upper 8 bits, modulo 256.
-        if( known != 0xFFFF )
-        {
-            __mmask16 next =
-                _mm512_mask_cmplt_epu32_mask( static_cast< __mmask16 >( ~known ), in, repeat16( 0x20000 ) );
-            stay |= _mm512_mask_test_epi32_mask(
-                next, lookUp( tableOf( inert + 512 ), _mm512_srli_epi32( in, 8 ) ),
-                bitAt( _mm512_srli_epi32( in, 5 ) ) );
-        }
+        if( stay != 0xFFFF && _mm512_cmpge_epu32_mask( in, repeat16( 0x10000 ) ) != 0 )
+            stay |= inInertBlocks( tableOf( inert + 512 ), in, 0x10000 );
 
         if( stay == 0xFFFF )
         {
@@ -155,26 +198,17 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
             continue;
         }
 
-        // The classes, by the 7 lowest bits and which of the blocks it is.
-        __mmask16 first  = _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( 0x300 ) ), repeat16( 0x80 ) );
-        __mmask16 second = _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( 0x580 ) ), repeat16( 0x80 ) );
+        NearMarks near = nearMarks( in );
 
         // Single characters where the blocks are not enough.
-        if( ( stay | first | second ) != 0xFFFF )
-        {
-            __mmask16 low = _mm512_cmplt_epu32_mask( in, repeat16( 0x800 ) );
-            stay |= _mm512_mask_test_epi32_mask( low, lookUp( singles, _mm512_srli_epi32( in, 3 ) ), bitAt( in ) );
-        }
+        if( ( stay | near.first | near.second ) != 0xFFFF )
+            stay |= inertAlone( singles, in );
 
-        __mmask16 isNear = static_cast< __mmask16 >( ~stay & ( first | second ) );
-        __m512i   at     = _mm512_and_si512( in, repeat16( 0x7F ) );
-        at               = _mm512_mask_or_epi32( at, second, at, repeat16( 0x80 ) );
-        __m512i   now    = _mm512_maskz_and_epi32( isNear, lookUp( marks, at ), repeat16( 255 ) );
-        __m512i   prev   = _mm512_alignr_epi32( now, before, 15 );
+        __mmask16 isNear = static_cast< __mmask16 >( ~stay & ( near.first | near.second ) );
+        __m512i   now    = classesOf( marks, in, near.second, isNear );
         __mmask16 isMark = _mm512_test_epi32_mask( now, now );
 
-        if( ( stay | isNear ) != 0xFFFF || isMark == 0xFFFF || _mm512_cmpeq_epi32_mask( now, repeat16( 255 ) ) != 0
-            || _mm512_mask_cmplt_epu32_mask( isMark, now, prev ) != 0 )
+        if( ( stay | isNear ) != 0xFFFF || isMark == 0xFFFF || !areInOrder( now, before, isMark ) )
             break;
 
         before = now;
@@ -184,6 +218,54 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
         *last = static_cast< uint32_t >( _mm_extract_epi32( _mm512_extracti32x4_epi32( before, 3 ), 3 ) );
 
     return i < count ? i : count;
+}
+
+QV___KERNEL_64 bool qv::areOrdered64(
+    const QV_CHAR *chs, QV_INT count, QV_CHAR limit, const uint8_t *inert, const uint8_t *classes, uint32_t *left )
+{
+    QV_ASSERT( count <= 32 );
+    *left = 0;
+
+    // As above, but 32 characters side by side, and only the tables that are needed.
+    uint64_t there = lowest( count );
+    __m512i  low   = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there ), chs );
+    __m512i  high  = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), chs + 16 );
+
+    if( _mm512_cmpge_epu32_mask( _mm512_max_epu32( low, high ), repeat16( limit ) ) == 0 )
+        return true;
+
+    auto     both = []( __mmask16 first, __mmask16 second ) { return first | static_cast< uint32_t >( second ) << 16; };
+    Table    blocks = tableOf( inert );
+    uint32_t stay   = both( inInertBlocks( blocks, low, 0 ), inInertBlocks( blocks, high, 0 ) );
+
+    if( stay == UINT32_MAX )
+        return true;
+
+    if( _mm512_cmpge_epu32_mask( _mm512_max_epu32( low, high ), repeat16( 0x10000 ) ) != 0 )
+    {
+        blocks = tableOf( inert + 512 );
+        stay |= both( inInertBlocks( blocks, low, 0x10000 ), inInertBlocks( blocks, high, 0x10000 ) );
+    }
+
+    Table singles = tableOf( inert + 256 );
+    stay |= both( inertAlone( singles, low ), inertAlone( singles, high ) );
+
+    if( stay == UINT32_MAX )
+        return true;
+
+    NearMarks lowNear = nearMarks( low ), highNear = nearMarks( high );
+    uint32_t  isNear = ~stay & both( lowNear.first | lowNear.second, highNear.first | highNear.second );
+    *left            = ~( stay | isNear );
+
+    if( isNear == 0 )
+        return true;
+
+    Table   marks   = tableOf( classes );
+    __m512i lowNow  = classesOf( marks, low, lowNear.second, static_cast< __mmask16 >( isNear ) );
+    __m512i highNow = classesOf( marks, high, highNear.second, static_cast< __mmask16 >( isNear >> 16 ) );
+
+    return areInOrder( lowNow, _mm512_setzero_si512(), _mm512_test_epi32_mask( lowNow, lowNow ) )
+           && areInOrder( highNow, lowNow, _mm512_test_epi32_mask( highNow, highNow ) );
 }
 
 namespace
@@ -359,6 +441,11 @@ QV_INT qv::findLineEnd64( const QV_CHAR *, QV_INT, QV_INT length )
 QV_INT qv::orderedGroups64( const QV_CHAR *, QV_INT, const uint8_t *, const uint8_t *, uint32_t * )
 {
     return 0;
+}
+
+bool qv::areOrdered64( const QV_CHAR *, QV_INT, QV_CHAR, const uint8_t *, const uint8_t *, uint32_t * )
+{
+    return false;
 }
 
 QV_INT qv::decodeBytes64( const vectors::ByteChars &, const uint8_t *, QV_INT, QV_CHAR * )

@@ -545,6 +545,12 @@ inline QV_INT widenOutside( const uint8_t *bytes, QV_INT count, uint8_t first, i
 QV_INT orderedGroups64(
     const QV_CHAR *chs, QV_INT count, const uint8_t *inert, const uint8_t *classes, uint32_t *last );
 
+/** Whether a text of at most 32 characters is inert, below `limit` or by the tables of orderedGroups64(), but for marks in
+    order; with the vectors of 64 bytes, which are there. `left` becomes a bit for each character that these tables do not
+    tell: the caller makes sure that all of them are inert. */
+bool areOrdered64(
+    const QV_CHAR *chs, QV_INT count, QV_CHAR limit, const uint8_t *inert, const uint8_t *classes, uint32_t *left );
+
 /** Reads an integer of 1 to 19 digits from U'0' to U'9' and nothing else but a minus sign before them, with the vectors of
     64 bytes. False if it is something else or out of range, and without them. */
 bool takePlainInt64( const QV_CHAR *chs, QV_INT count, QV_INT *value );

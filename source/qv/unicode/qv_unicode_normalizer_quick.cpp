@@ -12,9 +12,6 @@ using namespace qv::normalizer;
 // Marks after a starter that the quick check accepts, far fewer than LIMIT.
 const QV_INT QUICK_MARKS = 64;
 
-// For each form, a limit below which no character changes or joins another one.
-const QV_CHAR SIMPLE[] = { 0x300, 0xA0, 0xC0, 0xA0 };
-
 /* Checking ------------------------------------------------------------------------------------------------------- */
 
 // Eight characters are checked at once, so that text without marks takes one decision for all of them.
