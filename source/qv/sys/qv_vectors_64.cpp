@@ -363,6 +363,59 @@ QV___KERNEL_64 QV_INT qv::mapCase64( const CaseTables &tables, const QV_CHAR *ch
     return count;
 }
 
+QV___KERNEL_64 uint32_t qv::mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to )
+{
+    QV_ASSERT( count <= 32 );
+
+    const int FEW_LEFT = 10; // not worth the latency of a block
+
+    uint64_t there = lowest( count );
+    __m512i  in[2] = {
+        _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there ), chs ),
+        _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), chs + 16 ) };
+    __m512i   mapped[2];
+    __mmask16 left[2];
+
+    for( int i = 0; i < 2; i++ )
+    {
+        __mmask16 letters =
+            _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in[i], repeat16( tables.asciiFirst ) ), repeat16( 26 ) );
+        mapped[i] = _mm512_mask_xor_epi32( in[i], letters, in[i], repeat16( 0x20 ) );
+        left[i]   = _mm512_test_epi32_mask( in[i], repeat16( ~0x7Fu ) );
+        _mm512_storeu_si512( to + 16 * i, mapped[i] );
+    }
+
+    if( ( left[0] | left[1] ) == 0 )
+        return 0;
+
+    for( int i = 0; i < 2; i++ )
+        for( Range range : tables.caseless )
+            left[i] = _mm512_mask_cmpge_epu32_mask(
+                left[i], _mm512_sub_epi32( in[i], repeat16( range.first ) ), repeat16( range.end - range.first ) );
+
+    uint32_t all = left[0] | static_cast< uint32_t >( left[1] ) << 16;
+
+    // Many characters are worth a block: that of the first of them, and of most in a text of few.
+    if( __builtin_popcount( all ) <= FEW_LEFT )
+        return all;
+
+    const __mmask32 LOWER = 0x55555555; // the lower halves of all lanes
+    const __m512i   none  = repeat16( tables.none );
+    CaseBlock       block = caseBlockOf( tables, chs[__builtin_ctz( all )] );
+
+    for( int i = 0; i < 2; i++ )
+    {
+        __m512i   grow   = _mm512_setzero_si512();
+        __mmask16 more   = takeDistances( block, in[i], left[i], &grow );
+        grow             = _mm512_maskz_mov_epi16( LOWER, grow );
+        __mmask16 longer = _mm512_cmpeq_epi32_mask( grow, none );
+        left[i]          = more | longer;
+        _mm512_storeu_si512( to + 16 * i, _mm512_mask_add_epi16( mapped[i], LOWER, mapped[i], grow ) );
+    }
+
+    return left[0] | static_cast< uint32_t >( left[1] ) << 16;
+}
+
 QV___KERNEL_64 bool qv::takePlainInt64( const QV_CHAR *chs, QV_INT count, QV_INT *value )
 {
     uint64_t minus = count > 0 && *chs == U'-';
@@ -419,6 +472,11 @@ QV___KERNEL_64 QV_INT qv::findLineEnd64( const QV_CHAR *chs, QV_INT offset, QV_I
 #else
 
 QV_INT qv::mapCase64( const CaseTables &, const QV_CHAR *, QV_INT, QV_CHAR * )
+{
+    return 0;
+}
+
+uint32_t qv::mapFewCase64( const CaseTables &, const QV_CHAR *, QV_INT, QV_CHAR * )
 {
     return 0;
 }

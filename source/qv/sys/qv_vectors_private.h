@@ -447,6 +447,10 @@ struct CaseTables
     bytes; without them it returns 0. */
 QV_INT mapCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
 
+/** Maps at most 32 characters without the tables of distances, where there are 32 places; with the vectors of 64 bytes,
+    which are there. Returns a bit for each character that has a distance, or none, which it copies. */
+uint32_t mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
+
 /** Makes a number of eight characters below 0x110000 that orders as they do: each plus 1 as a byte, the first one most
     significant. False if one of them is above `highest`, which is at most 0xFD. */
 inline bool digestEight( const QV_CHAR *chs, uint8_t highest, uint64_t *number )
