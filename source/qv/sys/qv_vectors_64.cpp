@@ -106,22 +106,24 @@ QV___KERNEL_64 QV_INT qv::decodeBytes64(
 
 namespace
 {
-// Which characters, all below 0x10000 more than `first`, are in blocks of 32 that are inert: the byte of a block by the
-// upper 8 bits, its place there by the next 3.
-QV___KERNEL_64 inline __mmask16 inInertBlocks( const Table &blocks, __m512i in, QV_CHAR first )
+// Which of the characters that are known to the table are in blocks of 32 that are inert: the byte of a block by the upper
+// 8 bits, its place there by the next 3.
+QV___KERNEL_64 inline __mmask16 inInertBlocks( const Table &blocks, __m512i in, __mmask16 known )
 {
-    __mmask16 known = _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( first ) ), repeat16( 0x10000 ) );
-    __m512i   bytes = lookUp( blocks, _mm512_srli_epi32( in, 8 ) );
+    __m512i bytes = lookUp( blocks, _mm512_srli_epi32( in, 8 ) );
 
     return _mm512_mask_test_epi32_mask( known, bytes, bitAt( _mm512_srli_epi32( in, 5 ) ) );
 }
 
-// Which characters below 0x800 are inert by themselves.
-QV___KERNEL_64 inline __mmask16 inertAlone( const Table &singles, __m512i in )
+// Which characters of some below 0x800 are inert by themselves.
+QV___KERNEL_64 inline __mmask16 inertAlone( const Table &singles, __m512i in, __mmask16 low )
 {
-    __mmask16 low = _mm512_cmplt_epu32_mask( in, repeat16( 0x800 ) );
-
     return _mm512_mask_test_epi32_mask( low, lookUp( singles, _mm512_srli_epi32( in, 3 ) ), bitAt( in ) );
+}
+
+QV___KERNEL_64 inline __mmask16 below( __m512i in, QV_CHAR limit )
+{
+    return _mm512_cmplt_epu32_mask( in, repeat16( limit ) );
 }
 
 // Which characters are in the blocks of the table of classes.
@@ -147,13 +149,13 @@ QV___KERNEL_64 inline __m512i classesOf( const Table &marks, __m512i in, __mmask
     return _mm512_maskz_and_epi32( some, lookUp( marks, at ), repeat16( 255 ) );
 }
 
-// Whether marks are in order, the classes of the 16 characters before in `before`, and none ends the run.
-QV___KERNEL_64 inline bool areInOrder( __m512i now, __m512i before, __mmask16 isMark )
+// Whether classes of marks, and 0 for all others, ascend after those of the 16 characters before, and none ends the run.
+QV___KERNEL_64 inline bool areInOrder( __m512i now, __m512i before )
 {
-    __m512i prev = _mm512_alignr_epi32( now, before, 15 );
+    __m512i   prev = _mm512_alignr_epi32( now, before, 15 );
+    __mmask16 down = _mm512_mask_cmplt_epu32_mask( _mm512_test_epi32_mask( now, now ), now, prev );
 
-    return _mm512_cmpeq_epi32_mask( now, repeat16( 255 ) ) == 0
-           && _mm512_mask_cmplt_epu32_mask( isMark, now, prev ) == 0;
+    return ( down | _mm512_cmpeq_epi32_mask( now, repeat16( 255 ) ) ) == 0;
 }
 } // namespace
 
@@ -163,8 +165,13 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
     const Table   blocks = tableOf( inert ), singles = tableOf( inert + 256 ), marks = tableOf( classes );
     const __m512i ascii = repeat16( ~0x7Fu ), zero = _mm512_setzero_si512();
 
+    // Text below 0x800 where blocks are not enough takes the table of single characters in their place, until so many
+    // groups in a row had no mark.
+    const int QUIET = 8;
+
     __m512i before  = repeat16( *last ); // the classes of the last 16
     bool    isAscii = true;
+    int     narrow  = 0; // groups for which the table of single characters comes first
     QV_INT  i       = 0;
 
     for( ; i < count; i += 16 )
@@ -181,16 +188,46 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
             before = zero;
         }
 
+        // As long as the blocks are enough, no other table and no constant for it takes a register.
+        for( ; !isAscii && narrow == 0 && i + 32 <= count; i += 16 )
+        {
+            __m512i each = _mm512_loadu_si512( chs + i );
+
+            if( inInertBlocks( blocks, each, below( each, 0x10000 ) ) != 0xFFFF )
+                break;
+
+            before  = zero;
+            isAscii = _mm512_test_epi32_mask( each, ascii ) == 0;
+        }
+
         // Characters that are not there any more count as U+0000, which is inert.
         __m512i   in   = count - i >= 16
                              ? _mm512_loadu_si512( chs + i )
                              : _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( lowest( count - i ) ), chs + i );
-        __mmask16 stay = inInertBlocks( blocks, in, 0 );
+        __mmask16 stay = 0;
 
-        isAscii = _mm512_test_epi32_mask( in, ascii ) == 0;
+        if( narrow > 0 && below( in, 0x800 ) == 0xFFFF )
+        {
+            stay = inertAlone( singles, in, 0xFFFF );
+            narrow--;
+        }
+        else
+        {
+            __mmask16 known = below( in, 0x10000 );
+            stay            = inInertBlocks( blocks, in, known );
+            isAscii         = _mm512_test_epi32_mask( in, ascii ) == 0;
 
-        if( stay != 0xFFFF && _mm512_cmpge_epu32_mask( in, repeat16( 0x10000 ) ) != 0 )
-            stay |= inInertBlocks( tableOf( inert + 512 ), in, 0x10000 );
+            // The next 0x10000 characters by the same upper 8 bits, modulo 256.
+            if( known != 0xFFFF )
+                stay |= inInertBlocks(
+                    tableOf( inert + 512 ), in, static_cast< __mmask16 >( ~known & below( in, 0x20000 ) ) );
+
+            if( stay != 0xFFFF )
+            {
+                stay |= inertAlone( singles, in, below( in, 0x800 ) );
+                narrow = QUIET;
+            }
+        }
 
         if( stay == 0xFFFF )
         {
@@ -198,17 +235,12 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
             continue;
         }
 
-        NearMarks near = nearMarks( in );
+        NearMarks nearby = nearMarks( in );
+        __mmask16 isNear = static_cast< __mmask16 >( ~stay & ( nearby.first | nearby.second ) );
+        __m512i   now    = classesOf( marks, in, nearby.second, isNear );
+        narrow           = QUIET;
 
-        // Single characters where the blocks are not enough.
-        if( ( stay | near.first | near.second ) != 0xFFFF )
-            stay |= inertAlone( singles, in );
-
-        __mmask16 isNear = static_cast< __mmask16 >( ~stay & ( near.first | near.second ) );
-        __m512i   now    = classesOf( marks, in, near.second, isNear );
-        __mmask16 isMark = _mm512_test_epi32_mask( now, now );
-
-        if( ( stay | isNear ) != 0xFFFF || isMark == 0xFFFF || !areInOrder( now, before, isMark ) )
+        if( ( stay | isNear ) != 0xFFFF || _mm512_test_epi32_mask( now, now ) == 0xFFFF || !areInOrder( now, before ) )
             break;
 
         before = now;
@@ -234,21 +266,24 @@ QV___KERNEL_64 bool qv::areOrdered64(
     if( _mm512_cmpge_epu32_mask( _mm512_max_epu32( low, high ), repeat16( limit ) ) == 0 )
         return true;
 
-    auto     both = []( __mmask16 first, __mmask16 second ) { return first | static_cast< uint32_t >( second ) << 16; };
-    Table    blocks = tableOf( inert );
-    uint32_t stay   = both( inInertBlocks( blocks, low, 0 ), inInertBlocks( blocks, high, 0 ) );
+    auto  both  = []( __mmask16 first, __mmask16 second ) { return first | static_cast< uint32_t >( second ) << 16; };
+    Table table = tableOf( inert );
+    __mmask16 lowKnown = below( low, 0x10000 ), highKnown = below( high, 0x10000 );
+    uint32_t  stay = both( inInertBlocks( table, low, lowKnown ), inInertBlocks( table, high, highKnown ) );
 
     if( stay == UINT32_MAX )
         return true;
 
-    if( _mm512_cmpge_epu32_mask( _mm512_max_epu32( low, high ), repeat16( 0x10000 ) ) != 0 )
+    if( ( lowKnown & highKnown ) != 0xFFFF )
     {
-        blocks = tableOf( inert + 512 );
-        stay |= both( inInertBlocks( blocks, low, 0x10000 ), inInertBlocks( blocks, high, 0x10000 ) );
+        table = tableOf( inert + 512 );
+        stay |= both(
+            inInertBlocks( table, low, static_cast< __mmask16 >( ~lowKnown & below( low, 0x20000 ) ) ),
+            inInertBlocks( table, high, static_cast< __mmask16 >( ~highKnown & below( high, 0x20000 ) ) ) );
     }
 
-    Table singles = tableOf( inert + 256 );
-    stay |= both( inertAlone( singles, low ), inertAlone( singles, high ) );
+    table = tableOf( inert + 256 );
+    stay |= both( inertAlone( table, low, below( low, 0x800 ) ), inertAlone( table, high, below( high, 0x800 ) ) );
 
     if( stay == UINT32_MAX )
         return true;
@@ -264,8 +299,7 @@ QV___KERNEL_64 bool qv::areOrdered64(
     __m512i lowNow  = classesOf( marks, low, lowNear.second, static_cast< __mmask16 >( isNear ) );
     __m512i highNow = classesOf( marks, high, highNear.second, static_cast< __mmask16 >( isNear >> 16 ) );
 
-    return areInOrder( lowNow, _mm512_setzero_si512(), _mm512_test_epi32_mask( lowNow, lowNow ) )
-           && areInOrder( highNow, lowNow, _mm512_test_epi32_mask( highNow, highNow ) );
+    return areInOrder( lowNow, _mm512_setzero_si512() ) && areInOrder( highNow, lowNow );
 }
 
 namespace
