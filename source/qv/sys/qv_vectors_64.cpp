@@ -222,6 +222,8 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
                 stay |= inInertBlocks(
                     tableOf( inert + 512 ), in, static_cast< __mmask16 >( ~known & below( in, 0x20000 ) ) );
 
+            narrow = 0;
+
             if( stay != 0xFFFF )
             {
                 stay |= inertAlone( singles, in, below( in, 0x800 ) );
