@@ -257,7 +257,7 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
 QV___KERNEL_64 bool qv::areOrdered64(
     const QV_CHAR *chs, QV_INT count, QV_CHAR limit, const uint8_t *inert, const uint8_t *classes, uint32_t *left )
 {
-    QV_ASSERT( count <= 32 );
+    QV_ASSERT( count > 0 && count <= 32 );
     *left = 0;
 
     // As above, but 32 characters side by side, and only the tables that are needed.
@@ -401,7 +401,7 @@ QV___KERNEL_64 QV_INT qv::mapCase64( const CaseTables &tables, const QV_CHAR *ch
 
 QV___KERNEL_64 uint32_t qv::mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to )
 {
-    QV_ASSERT( count <= 32 );
+    QV_ASSERT( count > 0 && count <= 32 );
 
     const int FEW_LEFT = 10; // not worth the latency of a block
 

@@ -447,7 +447,7 @@ struct CaseTables
     bytes; without them it returns 0. */
 QV_INT mapCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
 
-/** Maps at most 32 characters without the tables of distances, where there are 32 places; with the vectors of 64 bytes,
+/** Maps 1 to 32 characters without the tables of distances, where there are 32 places; with the vectors of 64 bytes,
     which are there. Returns a bit for each character that has a distance, or none, which it copies. */
 uint32_t mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
 
@@ -549,7 +549,7 @@ inline QV_INT widenOutside( const uint8_t *bytes, QV_INT count, uint8_t first, i
 QV_INT orderedGroups64(
     const QV_CHAR *chs, QV_INT count, const uint8_t *inert, const uint8_t *classes, uint32_t *last );
 
-/** Whether a text of at most 32 characters is inert, below `limit` or by the tables of orderedGroups64(), but for marks in
+/** Whether a text of 1 to 32 characters is inert, below `limit` or by the tables of orderedGroups64(), but for marks in
     order; with the vectors of 64 bytes, which are there. `left` becomes a bit for each character that these tables do not
     tell: the caller makes sure that all of them are inert. */
 bool areOrdered64(

@@ -302,7 +302,7 @@ QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
     QV_INT          length = qvs->length;
     normalizer::Run run    = { 0, 0, -1 };
 
-    if( length <= FEW_CHECKED && vectors::has64() )
+    if( length > 0 && length <= FEW_CHECKED && vectors::has64() )
     {
         if( areFewNormal( chs, length, normalForm ) )
             return nullptr;
