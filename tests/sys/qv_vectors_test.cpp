@@ -208,6 +208,17 @@ TEST( Vectors, CasesAreThoseOfEachCharacter )
                 Ref< QV_STRING > changed = text( values );
                 change( changed.at() );
                 EXPECT_TRUE( mapped == chars( changed ) ) << uint32_t( first );
+
+                std::u32string pieces; // of as many as go a way of their own
+
+                for( size_t i = 0; i < values.size(); i += 31 )
+                {
+                    Ref< QV_STRING > piece = text( values.substr( i, 31 ) );
+                    change( piece.at() );
+                    pieces += chars( piece );
+                }
+
+                EXPECT_TRUE( mapped == pieces ) << uint32_t( first );
             }
 
     qv___VectorsForceKernel( -1 );

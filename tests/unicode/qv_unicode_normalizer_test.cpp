@@ -158,14 +158,17 @@ TEST( UnicodeNormalizer, StringsChangeOnlyWhereTheyAreNotNormal )
     }
 }
 
-// Texts of 32 characters at most are normalized on the stack; the longest decomposition has 18 characters.
+// Texts of up to 64 characters are written on the stack, if no mark moves, and those of up to 32 are checked at once; the
+// longest decomposition has 18 characters.
 TEST( UnicodeNormalizer, ShortTextsAreTheSameAsLongOnes )
 {
     for( const std::u32string &each :
          { std::u32string( U"\uFDFA" ), std::u32string( U"e\u0301\u0323" ), std::u32string( U"\U0001D15E\U0001F600" ),
-           std::u32string( 1, char32_t( 0xD800 ) ), std::u32string( U"\u0301\uAC01" ) } )
+           std::u32string( 1, char32_t( 0xD800 ) ), std::u32string( U"\u0301\uAC01" ),
+           std::u32string( U"\u00EA\u0301\u0316\u1EA1\u0302" ), std::u32string( U"\u1100\u1161\u11A8\uAC00\u11A8" ),
+           std::u32string( U"\u0E01\u0E38\u0E48\u05D0\u05B0\u05BC" ) } )
         for( QV_INT form : FORMS )
-            for( size_t count : { 1, 10, 16, 17, 31, 32, 33 } )
+            for( size_t count : { 1, 10, 16, 17, 31, 32, 33, 64, 65 } )
             {
                 std::u32string whole;
 

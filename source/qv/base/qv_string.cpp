@@ -572,6 +572,19 @@ void mapCase( QV_STRING **qvs, qv::unicode::CaseMapping *mapping )
     if( length == 0 )
         return;
 
+    const QV_INT FEW = 32;
+
+    if( length <= FEW )
+    {
+        // On the stack there is room for the longest mapping.
+        QV_CHAR    room[FEW * qv::unicode::LONGEST_CASE_MAPPING];
+        QV_INT     count = mapping( from, length, room, FEW * qv::unicode::LONGEST_CASE_MAPPING ).written;
+        QV_STRING *few   = qv::newString( count, nullptr, QV_STRING_FSPACE );
+        qv::copyChars( qv::chars( few ), room, count );
+        qv::assign( qvs, few );
+        return;
+    }
+
     QV_STRING              *mapped = createWithSpace( length + length / 16 + qv::unicode::LONGEST_CASE_MAPPING );
     qv::unicode::CaseMapped done   = mapping( from, length, qv::chars( mapped ), mapped->length );
 

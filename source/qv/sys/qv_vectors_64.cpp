@@ -194,14 +194,74 @@ QV___KERNEL_64 QV_INT qv::encodeBytes64(
     return done;
 }
 
+namespace
+{
+// Which of the characters that are known to the table are in blocks of 32 that are inert: the byte of a block by the upper
+// 8 bits, its place there by the next 3.
+QV___KERNEL_64 inline __mmask16 inInertBlocks( const Table &blocks, __m512i in, __mmask16 known )
+{
+    __m512i bytes = lookUp( blocks, _mm512_srli_epi32( in, 8 ) );
+
+    return _mm512_mask_test_epi32_mask( known, bytes, bitAt( _mm512_srli_epi32( in, 5 ) ) );
+}
+
+// Which characters of some below 0x800 are inert by themselves.
+QV___KERNEL_64 inline __mmask16 inertAlone( const Table &singles, __m512i in, __mmask16 low )
+{
+    return _mm512_mask_test_epi32_mask( low, lookUp( singles, _mm512_srli_epi32( in, 3 ) ), bitAt( in ) );
+}
+
+QV___KERNEL_64 inline __mmask16 below( __m512i in, QV_CHAR limit )
+{
+    return _mm512_cmplt_epu32_mask( in, repeat16( limit ) );
+}
+
+// Which characters are in the blocks of the table of classes.
+struct NearMarks
+{
+    __mmask16 first;
+    __mmask16 second;
+};
+
+QV___KERNEL_64 inline NearMarks nearMarks( __m512i in )
+{
+    return {
+        _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( 0x300 ) ), repeat16( 0x80 ) ),
+        _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( 0x580 ) ), repeat16( 0x80 ) ) };
+}
+
+// The classes of some characters in these blocks, by the 7 lowest bits and which of the blocks it is; 0 for all others.
+QV___KERNEL_64 inline __m512i classesOf( const Table &marks, __m512i in, __mmask16 second, __mmask16 some )
+{
+    __m512i at = _mm512_and_si512( in, repeat16( 0x7F ) );
+    at         = _mm512_mask_or_epi32( at, second, at, repeat16( 0x80 ) );
+
+    return _mm512_maskz_and_epi32( some, lookUp( marks, at ), repeat16( 255 ) );
+}
+
+// Whether classes of marks, and 0 for all others, ascend after those of the 16 characters before, and none ends the run.
+QV___KERNEL_64 inline bool areInOrder( __m512i now, __m512i before )
+{
+    __m512i   prev = _mm512_alignr_epi32( now, before, 15 );
+    __mmask16 down = _mm512_mask_cmplt_epu32_mask( _mm512_test_epi32_mask( now, now ), now, prev );
+
+    return ( down | _mm512_cmpeq_epi32_mask( now, repeat16( 255 ) ) ) == 0;
+}
+} // namespace
+
 QV___KERNEL_64 QV_INT qv::orderedGroups64(
     const QV_CHAR *chs, QV_INT count, const uint8_t *inert, const uint8_t *classes, uint32_t *last )
 {
     const Table   blocks = tableOf( inert ), singles = tableOf( inert + 256 ), marks = tableOf( classes );
     const __m512i ascii = repeat16( ~0x7Fu ), zero = _mm512_setzero_si512();
 
+    // Text below 0x800 where blocks are not enough takes the table of single characters in their place, until so many
+    // groups in a row had no mark.
+    const int QUIET = 8;
+
     __m512i before  = repeat16( *last ); // the classes of the last 16
     bool    isAscii = true;
+    int     narrow  = 0; // groups for which the table of single characters comes first
     QV_INT  i       = 0;
 
     for( ; i < count; i += 16 )
@@ -218,25 +278,47 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
             before = zero;
         }
 
-        // The bits of the blocks of 32 characters: their bytes by the upper 8 bits, their places by the next 3. Characters
-        // that are not there any more count as U+0000, which is inert.
-        __m512i   in    = count - i >= 16
-                              ? _mm512_loadu_si512( chs + i )
-                              : _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( lowest( count - i ) ), chs + i );
-        __m512i   bytes = lookUp( blocks, _mm512_srli_epi32( in, 8 ) );
-        __mmask16 known = _mm512_cmplt_epu32_mask( in, repeat16( 0x10000 ) );
-        __mmask16 stay  = _mm512_mask_test_epi32_mask( known, bytes, bitAt( _mm512_srli_epi32( in, 5 ) ) );
-
-        isAscii = _mm512_test_epi32_mask( in, ascii ) == 0;
-
-        // The next 0x10000 characters by the same upper 8 bits, modulo 256.
-        if( known != 0xFFFF )
+        // As long as the blocks are enough, no other table and no constant for it takes a register.
+        for( ; !isAscii && narrow == 0 && i + 32 <= count; i += 16 )
         {
-            __mmask16 next =
-                _mm512_mask_cmplt_epu32_mask( static_cast< __mmask16 >( ~known ), in, repeat16( 0x20000 ) );
-            stay |= _mm512_mask_test_epi32_mask(
-                next, lookUp( tableOf( inert + 512 ), _mm512_srli_epi32( in, 8 ) ),
-                bitAt( _mm512_srli_epi32( in, 5 ) ) );
+            __m512i each = _mm512_loadu_si512( chs + i );
+
+            if( inInertBlocks( blocks, each, below( each, 0x10000 ) ) != 0xFFFF )
+                break;
+
+            before  = zero;
+            isAscii = _mm512_test_epi32_mask( each, ascii ) == 0;
+        }
+
+        // Characters that are not there any more count as U+0000, which is inert.
+        __m512i   in   = count - i >= 16
+                             ? _mm512_loadu_si512( chs + i )
+                             : _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( lowest( count - i ) ), chs + i );
+        __mmask16 stay = 0;
+
+        if( narrow > 0 && below( in, 0x800 ) == 0xFFFF )
+        {
+            stay = inertAlone( singles, in, 0xFFFF );
+            narrow--;
+        }
+        else
+        {
+            __mmask16 known = below( in, 0x10000 );
+            stay            = inInertBlocks( blocks, in, known );
+            isAscii         = _mm512_test_epi32_mask( in, ascii ) == 0;
+
+            // The next 0x10000 characters by the same upper 8 bits, modulo 256.
+            if( known != 0xFFFF )
+                stay |= inInertBlocks(
+                    tableOf( inert + 512 ), in, static_cast< __mmask16 >( ~known & below( in, 0x20000 ) ) );
+
+            narrow = 0;
+
+            if( stay != 0xFFFF )
+            {
+                stay |= inertAlone( singles, in, below( in, 0x800 ) );
+                narrow = QUIET;
+            }
         }
 
         if( stay == 0xFFFF )
@@ -245,26 +327,12 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
             continue;
         }
 
-        // The classes, by the 7 lowest bits and which of the blocks it is.
-        __mmask16 first  = _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( 0x300 ) ), repeat16( 0x80 ) );
-        __mmask16 second = _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( 0x580 ) ), repeat16( 0x80 ) );
+        NearMarks nearby = nearMarks( in );
+        __mmask16 isNear = static_cast< __mmask16 >( ~stay & ( nearby.first | nearby.second ) );
+        __m512i   now    = classesOf( marks, in, nearby.second, isNear );
+        narrow           = QUIET;
 
-        // Single characters where the blocks are not enough.
-        if( ( stay | first | second ) != 0xFFFF )
-        {
-            __mmask16 low = _mm512_cmplt_epu32_mask( in, repeat16( 0x800 ) );
-            stay |= _mm512_mask_test_epi32_mask( low, lookUp( singles, _mm512_srli_epi32( in, 3 ) ), bitAt( in ) );
-        }
-
-        __mmask16 isNear = static_cast< __mmask16 >( ~stay & ( first | second ) );
-        __m512i   at     = _mm512_and_si512( in, repeat16( 0x7F ) );
-        at               = _mm512_mask_or_epi32( at, second, at, repeat16( 0x80 ) );
-        __m512i   now    = _mm512_maskz_and_epi32( isNear, lookUp( marks, at ), repeat16( 255 ) );
-        __m512i   prev   = _mm512_alignr_epi32( now, before, 15 );
-        __mmask16 isMark = _mm512_test_epi32_mask( now, now );
-
-        if( ( stay | isNear ) != 0xFFFF || isMark == 0xFFFF || _mm512_cmpeq_epi32_mask( now, repeat16( 255 ) ) != 0
-            || _mm512_mask_cmplt_epu32_mask( isMark, now, prev ) != 0 )
+        if( ( stay | isNear ) != 0xFFFF || _mm512_test_epi32_mask( now, now ) == 0xFFFF || !areInOrder( now, before ) )
             break;
 
         before = now;
@@ -274,6 +342,56 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
         *last = static_cast< uint32_t >( _mm_extract_epi32( _mm512_extracti32x4_epi32( before, 3 ), 3 ) );
 
     return i < count ? i : count;
+}
+
+QV___KERNEL_64 bool qv::areOrdered64(
+    const QV_CHAR *chs, QV_INT count, QV_CHAR limit, const uint8_t *inert, const uint8_t *classes, uint32_t *left )
+{
+    QV_ASSERT( count > 0 && count <= 32 );
+    *left = 0;
+
+    // As above, but 32 characters side by side, and only the tables that are needed.
+    uint64_t there = lowest( count );
+    __m512i  low   = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there ), chs );
+    __m512i  high  = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), chs + 16 );
+
+    if( _mm512_cmpge_epu32_mask( _mm512_max_epu32( low, high ), repeat16( limit ) ) == 0 )
+        return true;
+
+    auto  both  = []( __mmask16 first, __mmask16 second ) { return first | static_cast< uint32_t >( second ) << 16; };
+    Table table = tableOf( inert );
+    __mmask16 lowKnown = below( low, 0x10000 ), highKnown = below( high, 0x10000 );
+    uint32_t  stay = both( inInertBlocks( table, low, lowKnown ), inInertBlocks( table, high, highKnown ) );
+
+    if( stay == UINT32_MAX )
+        return true;
+
+    if( ( lowKnown & highKnown ) != 0xFFFF )
+    {
+        table = tableOf( inert + 512 );
+        stay |= both(
+            inInertBlocks( table, low, static_cast< __mmask16 >( ~lowKnown & below( low, 0x20000 ) ) ),
+            inInertBlocks( table, high, static_cast< __mmask16 >( ~highKnown & below( high, 0x20000 ) ) ) );
+    }
+
+    table = tableOf( inert + 256 );
+    stay |= both( inertAlone( table, low, below( low, 0x800 ) ), inertAlone( table, high, below( high, 0x800 ) ) );
+
+    if( stay == UINT32_MAX )
+        return true;
+
+    NearMarks lowNear = nearMarks( low ), highNear = nearMarks( high );
+    uint32_t  isNear = ~stay & both( lowNear.first | lowNear.second, highNear.first | highNear.second );
+    *left            = ~( stay | isNear );
+
+    if( isNear == 0 )
+        return true;
+
+    Table   marks   = tableOf( classes );
+    __m512i lowNow  = classesOf( marks, low, lowNear.second, static_cast< __mmask16 >( isNear ) );
+    __m512i highNow = classesOf( marks, high, highNear.second, static_cast< __mmask16 >( isNear >> 16 ) );
+
+    return areInOrder( lowNow, _mm512_setzero_si512() ) && areInOrder( highNow, lowNow );
 }
 
 namespace
@@ -371,6 +489,59 @@ QV___KERNEL_64 QV_INT qv::mapCase64( const CaseTables &tables, const QV_CHAR *ch
     return count;
 }
 
+QV___KERNEL_64 uint32_t qv::mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to )
+{
+    QV_ASSERT( count > 0 && count <= 32 );
+
+    const int FEW_LEFT = 10; // not worth the latency of a block
+
+    uint64_t there = lowest( count );
+    __m512i  in[2] = {
+        _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there ), chs ),
+        _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), chs + 16 ) };
+    __m512i   mapped[2];
+    __mmask16 left[2];
+
+    for( int i = 0; i < 2; i++ )
+    {
+        __mmask16 letters =
+            _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in[i], repeat16( tables.asciiFirst ) ), repeat16( 26 ) );
+        mapped[i] = _mm512_mask_xor_epi32( in[i], letters, in[i], repeat16( 0x20 ) );
+        left[i]   = _mm512_test_epi32_mask( in[i], repeat16( ~0x7Fu ) );
+        _mm512_storeu_si512( to + 16 * i, mapped[i] );
+    }
+
+    if( ( left[0] | left[1] ) == 0 )
+        return 0;
+
+    for( int i = 0; i < 2; i++ )
+        for( Range range : tables.caseless )
+            left[i] = _mm512_mask_cmpge_epu32_mask(
+                left[i], _mm512_sub_epi32( in[i], repeat16( range.first ) ), repeat16( range.end - range.first ) );
+
+    uint32_t all = left[0] | static_cast< uint32_t >( left[1] ) << 16;
+
+    // Many characters are worth a block: that of the first of them, and of most in a text of few.
+    if( __builtin_popcount( all ) <= FEW_LEFT )
+        return all;
+
+    const __mmask32 LOWER = 0x55555555; // the lower halves of all lanes
+    const __m512i   none  = repeat16( tables.none );
+    CaseBlock       block = caseBlockOf( tables, chs[__builtin_ctz( all )] );
+
+    for( int i = 0; i < 2; i++ )
+    {
+        __m512i   grow   = _mm512_setzero_si512();
+        __mmask16 more   = takeDistances( block, in[i], left[i], &grow );
+        grow             = _mm512_maskz_mov_epi16( LOWER, grow );
+        __mmask16 longer = _mm512_cmpeq_epi32_mask( grow, none );
+        left[i]          = more | longer;
+        _mm512_storeu_si512( to + 16 * i, _mm512_mask_add_epi16( mapped[i], LOWER, mapped[i], grow ) );
+    }
+
+    return left[0] | static_cast< uint32_t >( left[1] ) << 16;
+}
+
 QV___KERNEL_64 bool qv::takePlainInt64( const QV_CHAR *chs, QV_INT count, QV_INT *value )
 {
     uint64_t minus = count > 0 && *chs == U'-';
@@ -431,6 +602,11 @@ QV_INT qv::mapCase64( const CaseTables &, const QV_CHAR *, QV_INT, QV_CHAR * )
     return 0;
 }
 
+uint32_t qv::mapFewCase64( const CaseTables &, const QV_CHAR *, QV_INT, QV_CHAR * )
+{
+    return 0;
+}
+
 bool qv::takePlainInt64( const QV_CHAR *, QV_INT, QV_INT * )
 {
     return false;
@@ -459,6 +635,11 @@ QV_INT qv::charsIn64( const QV_CHAR *, QV_INT, const vectors::Range ( & )[3] )
 QV_INT qv::encodeBytes64( const vectors::CharBytes ( & )[2], const QV_CHAR *, QV_INT, uint8_t * )
 {
     return 0;
+}
+
+bool qv::areOrdered64( const QV_CHAR *, QV_INT, QV_CHAR, const uint8_t *, const uint8_t *, uint32_t * )
+{
+    return false;
 }
 
 QV_INT qv::decodeBytes64( const vectors::ByteChars &, const uint8_t *, QV_INT, QV_CHAR * )

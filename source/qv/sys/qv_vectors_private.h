@@ -459,6 +459,10 @@ struct CaseTables
     bytes; without them it returns 0. */
 QV_INT mapCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
 
+/** Maps 1 to 32 characters without the tables of distances, where there are 32 places; with the vectors of 64 bytes,
+    which are there. Returns a bit for each character that has a distance, or none, which it copies. */
+uint32_t mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
+
 /** Makes a number of eight characters below 0x110000 that orders as they do: each plus 1 as a byte, the first one most
     significant. False if one of them is above `highest`, which is at most 0xFD. */
 inline bool digestEight( const QV_CHAR *chs, uint8_t highest, uint64_t *number )
@@ -560,6 +564,12 @@ inline QV_INT widenOutside( const uint8_t *bytes, QV_INT count, uint8_t first, i
     array goes on. */
 QV_INT orderedGroups64(
     const QV_CHAR *chs, QV_INT count, const uint8_t *inert, const uint8_t *classes, uint32_t *last );
+
+/** Whether a text of 1 to 32 characters is inert, below `limit` or by the tables of orderedGroups64(), but for marks in
+    order; with the vectors of 64 bytes, which are there. `left` becomes a bit for each character that these tables do not
+    tell: the caller makes sure that all of them are inert. */
+bool areOrdered64(
+    const QV_CHAR *chs, QV_INT count, QV_CHAR limit, const uint8_t *inert, const uint8_t *classes, uint32_t *left );
 
 /** Reads an integer of 1 to 19 digits from U'0' to U'9' and nothing else but a minus sign before them, with the vectors of
     64 bytes. False if it is something else or out of range, and without them. */

@@ -6,6 +6,7 @@
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_vectors_private.h"
 #include "qv/unicode/qv_unicode_normalizer_private.h"
 #include "qv/unicode/qv_unicode_normalizer_stages_private.h"
 
@@ -32,7 +33,6 @@ void init( QV_UNICODE_NORMALIZER *norm, QV_INT normalForm )
     norm->normalForm = normalForm;
     norm->chars      = nullptr;
     norm->capacity   = 0;
-    norm->isLent     = false;
     reset( norm );
 }
 
@@ -229,51 +229,51 @@ void writeWhole( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT length,
     qvUnicodeNormalizerFlush( norm );
 }
 
-// A text of at most so many characters is written on the stack, by a normalizer that is no object of the library, and
-// needs no memory but that of the new String. Twice its longest decomposition is more than any step asks for.
-const QV_INT FEW      = 32;
-const QV_INT FEW_ROOM = 2 * ( FEW + 1 ) * LONGEST_DECOMPOSITION;
+// With vectors of 64 bytes the form of so many characters is checked at once.
+const QV_INT FEW_CHECKED = 32;
 
-QV_STRING *normalizeFew( const QV_CHAR *chs, QV_INT length, QV_INT normalForm, const Run &run )
+// Whether check() tells that a text of at most FEW_CHECKED characters is in the form, which takes a third of the time.
+inline bool areFewNormal( const QV_CHAR *chs, QV_INT count, QV_INT form )
 {
-    QV_UNICODE_NORMALIZER norm;
-    QV_CHAR               room[FEW_ROOM];
+    uint32_t left;
+    bool holds = qv::areOrdered64( chs, count, SIMPLE[form], inertBits + form * 768, markClasses + form * 256, &left );
 
-    static_cast< QV_OBJ & >( norm ) = QV___STATIC_HEADER( QV___OBJ_TYPE_OBJECT );
-    init( &norm, normalForm );
-    norm.chars    = room;
-    norm.capacity = FEW_ROOM;
-    norm.isLent   = true;
-    writeWhole( &norm, chs, length, run );
-    QV_ASSERT( norm.isLent );
+    for( ; holds && left != 0; left &= left - 1 )
+    {
+        QV_CHAR ch = chs[__builtin_ctz( left )];
+        holds      = ( form <= QV_UNICODE_NORMAL_FORM_NFKC ? composedQuickCheck( ch, form & 1 )
+                                                           : decomposeFully( ch, form & 1 ) )
+                == 0;
+    }
 
-    if( norm.length == 0 )
-        return qvStringCreate();
+    QV_ASSERT( !holds || check( chs, count, form ).length == count );
 
-    QV_STRING *result = qv::newString( norm.length, nullptr, QV_STRING_FSPACE );
-    qv::copyChars( qv::chars( result ), norm.chars, norm.length );
-    freeArray( &norm );
+    return holds;
+}
+
+// A text of few characters is written on the stack, so that nothing is allocated but the new String. Null if only the
+// stages can tell.
+QV_STRING *normalizeFew( const QV_CHAR *chs, QV_INT length, QV_INT normalForm )
+{
+    QV_CHAR room[FEW_ROOM];
+    QV_INT  count = writeInOrder( chs, length, normalForm, room );
+
+    if( count < 0 )
+        return nullptr;
+
+    QV_STRING *result = qv::newString( count, nullptr, QV_STRING_FSPACE );
+    qv::copyChars( qv::chars( result ), room, count );
 
     return result;
 }
-} // namespace
 
-QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
+// All others are written by the stages, into the block of the new String.
+[[gnu::noinline]] QV_STRING *normalizeByStages( const QV_CHAR *chs, QV_INT length, QV_INT normalForm, Run run )
 {
-    const QV_CHAR  *chs    = qv::chars( qvs );
-    QV_INT          length = qvs->length;
-    normalizer::Run run    = normalizer::check( chs, length, normalForm );
-
-    if( run.length == length )
-        return nullptr;
-
-    if( length <= FEW )
-        return normalizeFew( chs, length, normalForm, run );
-
-    Ref< QV_UNICODE_NORMALIZER > norm( qvUnicodeNormalizerCreate( normalForm ) );
+    qv::Ref< QV_UNICODE_NORMALIZER > norm( qvUnicodeNormalizerCreate( normalForm ) );
 
     // Leaves the free places of a String at both ends.
-    normalizer::reserve( norm, QV_STRING_FSPACE + length + unicode::LONGEST_DECOMPOSITION + QV_STRING_BSPACE );
+    reserve( norm, QV_STRING_FSPACE + length + LONGEST_DECOMPOSITION + QV_STRING_BSPACE );
     norm->first = norm->readable = norm->pending = norm->length = QV_STRING_FSPACE;
     writeWhole( norm, chs, length, run );
 
@@ -285,5 +285,35 @@ QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
     QV_CHAR *block = static_cast< QV_CHAR * >( qvMemReallocN( norm->chars, size, sizeof( QV_CHAR ) ) );
     norm->chars    = nullptr;
 
-    return createStringUse( block, norm->length - QV_STRING_FSPACE, QV_STRING_FSPACE, QV_STRING_BSPACE );
+    return qv::createStringUse( block, norm->length - QV_STRING_FSPACE, QV_STRING_FSPACE, QV_STRING_BSPACE );
+}
+
+[[gnu::noinline]] QV_STRING *normalizeChanging( const QV_CHAR *chs, QV_INT length, QV_INT normalForm, Run run )
+{
+    QV_STRING *result = length <= FEW ? normalizeFew( chs, length, normalForm ) : nullptr;
+
+    return result ? result : normalizeByStages( chs, length, normalForm, run );
+}
+} // namespace
+
+QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
+{
+    const QV_CHAR  *chs    = qv::chars( qvs );
+    QV_INT          length = qvs->length;
+    normalizer::Run run    = { 0, 0, -1 };
+
+    if( length > 0 && length <= FEW_CHECKED && vectors::has64() )
+    {
+        if( areFewNormal( chs, length, normalForm ) )
+            return nullptr;
+    }
+    else
+    {
+        run = normalizer::check( chs, length, normalForm );
+
+        if( run.length == length )
+            return nullptr;
+    }
+
+    return normalizeChanging( chs, length, normalForm, run );
 }

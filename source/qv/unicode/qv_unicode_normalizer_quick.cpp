@@ -12,9 +12,6 @@ using namespace qv::normalizer;
 // Marks after a starter that the quick check accepts, far fewer than LIMIT.
 const QV_INT QUICK_MARKS = 64;
 
-// For each form, a limit below which no character changes or joins another one.
-const QV_CHAR SIMPLE[] = { 0x300, 0xA0, 0xC0, 0xA0 };
-
 /* Checking ------------------------------------------------------------------------------------------------------- */
 
 // Eight characters are checked at once, so that text without marks takes one decision for all of them.
@@ -162,13 +159,11 @@ inline Run runOf( const QV_CHAR *chs, QV_INT length )
     return { length, starter, lastStarter< form >( chs, starter ) };
 }
 
-// What a short text is checked for first: characters below the limit of the form.
-const QV_INT FEW = 64;
-
 // The length for which a whole text is in the form.
 template< QV_INT form >
 Run checkAll( const QV_CHAR *chs, QV_INT count )
 {
+    // A short text is looked at for characters below the limit of the form first.
     if( count <= FEW )
     {
         QV_INT i = qv::groupsBelow( chs, count, SIMPLE[form] );
@@ -187,68 +182,136 @@ Run checkAll( const QV_CHAR *chs, QV_INT count )
 
 /* Composing ------------------------------------------------------------------------------------------------------ */
 
-// What the first characters of a text, which begins with a starter, compose to: the character and the number of those
-// that it is made of. 1 if the starter stays alone, 0 if only the stages can tell. Another starter follows, so that no
-// further character can join.
-struct Unit
+// What a text has become whose marks are in order: so many characters read and written, up to a starter or the end.
+struct Composed
 {
-    QV_CHAR ch;
-    QV_INT  length;
+    QV_INT   read;
+    QV_INT   written;
+    QV_INT   unit;  // where the last starter was written
+    uint32_t after; // the class of the last mark that stands after it, or 0
 };
 
+// The class of the last character of what a starter decomposes to, which marks after it must not be below.
 template< QV_INT form >
-inline Unit composeUnit( const QV_CHAR *chs, QV_INT count )
+inline uint32_t lastClassOf( QV_CHAR starter )
 {
-    if( count > 1 && isStarter< form >( chs[1] ) )
-        return { chs[0], 1 };
+    uint32_t value = decomposeFully( starter, form & 1 );
 
-    const Unit none = { 0, 0 };
+    if( value <= LOOK_CLOSER )
+        return 0;
 
-    if( count < 3 || !QV_CHAR_OK( chs[1] ) || decomposeFully( chs[0], form & 1 ) >= LOOK_CLOSER
-        || decomposeFully( chs[1], form & 1 ) >= LOOK_CLOSER )
-        return none;
+    Decomposition full = fullDecomposition( value );
 
-    Unit unit = { composePair( chs[0], chs[1], true ), 2 };
-
-    if( unit.ch - HANGUL_S < S_COUNT && chs[2] - HANGUL_T - 1 < T_COUNT - 1 )
-        unit = { unit.ch + ( chs[2] - HANGUL_T ), 3 };
-
-    return unit.ch != 0 && unit.length < count && isStarter< form >( chs[unit.length] ) ? unit : none;
+    return full.chars[full.length - 1] >> 24;
 }
 
-// Composes pairs and syllables between starters, which are most of what changes in a text, without the stages. Returns
-// the number of characters that it has taken from the text. Stops after several in a row that stay alone.
+// Composes a text that begins with a starter, unit by unit: a starter and what comes up to the next one that does not join
+// it. Ends before a unit that only the stages can tell, before the last one unless the text ends with it, or after
+// `patience` units of one character in a row. Nothing is written beyond as many characters as are read.
+template< QV_INT form >
+inline Composed composeInOrder( const QV_CHAR *chs, QV_INT count, QV_CHAR *to, bool isEnd, QV_INT patience )
+{
+    Composed done  = { 0, 0, 0, 0 };
+    QV_INT   alone = 0;
+
+    for( QV_INT i = 0; i < count && alone < patience; )
+    {
+        if( i + 1 < count && isStarter< form >( chs[i + 1] ) )
+        {
+            to[done.written] = chs[i++];
+            done             = { i, done.written + 1, done.written, 0 };
+            alone++;
+            continue;
+        }
+
+        QV_INT   start   = i;
+        QV_INT   out     = done.written;
+        QV_CHAR  starter = chs[i++];
+        uint32_t last    = 0; // the class of the last mark
+        uint32_t after   = 0; // and of the last one that has not joined
+
+        // Syllables take no look at the tables.
+        if( i < count && starter - HANGUL_L < L_COUNT && chs[i] - HANGUL_V < V_COUNT )
+        {
+            starter = HANGUL_S + ( ( starter - HANGUL_L ) * V_COUNT + ( chs[i++] - HANGUL_V ) ) * T_COUNT;
+
+            if( i < count && chs[i] - HANGUL_T - 1 < T_COUNT - 1 )
+                starter += chs[i++] - HANGUL_T;
+        }
+
+        for( ; i < count; i++ )
+        {
+            QV_CHAR  ch   = chs[i];
+            uint32_t cccv = QV_CHAR_OK( ch ) ? quickCheck< form >( ch ) : LOOK_CLOSER;
+
+            if( cccv == 0 )
+                break;
+
+            if( i == start + 1 )
+                last = lastClassOf< form >( starter );
+
+            bool joins = cccv == LOOK_CLOSER;
+
+            if( joins )
+                cccv = QV_CHAR_OK( ch ) ? decomposeFully( ch, form & 1 ) : LOOK_CLOSER;
+
+            if( cccv >= LOOK_CLOSER || ( cccv > 0 && cccv < last ) || i - start > QUICK_MARKS )
+                return done;
+
+            QV_CHAR composite =
+                joins && ( after < cccv || ( after | cccv ) == 0 ) ? composePair( starter, ch, after == 0 ) : 0;
+            last = cccv;
+
+            if( composite != 0 )
+            {
+                starter = composite;
+                continue;
+            }
+
+            if( cccv == 0 )
+                break;
+
+            to[++out] = ch;
+            after     = cccv;
+        }
+
+        if( i == count && !isEnd )
+            break;
+
+        to[done.written] = starter;
+        alone            = 0;
+        done             = { i, out + 1, done.written, after };
+    }
+
+    return done;
+}
+
+// Composes what needs no stages. Returns the number of characters that it has taken from the text, which begins with a
+// starter.
 template< QV_INT form >
 QV_INT composeUnits( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
 {
-    const int PATIENCE = 3;
+    const QV_INT PIECE = 1024, PATIENCE = 16;
 
-    QV_INT i     = 0;
-    int    alone = 0;
+    if( norm->pending < norm->length )
+        moveOn( norm, norm->length );
 
-    while( i < count && alone < PATIENCE )
+    // A piece at a time, since what is reserved costs memory.
+    QV_INT piece = count < PIECE ? count : PIECE;
+    reserve( norm, piece );
+    Composed done = composeInOrder< form >( chs, piece, norm->chars + norm->length, false, PATIENCE );
+
+    if( done.read > 0 )
     {
-        Unit unit = composeUnit< form >( chs + i, count - i );
-
-        if( unit.length == 0 )
-            break;
-
-        if( i == 0 && norm->pending < norm->length )
-            moveOn( norm, norm->length );
-
-        reserve( norm, 1 );
-        norm->chars[norm->length++] = unit.ch;
-        norm->readable              = norm->length - 1;
-        norm->pending               = norm->length;
-        norm->starter               = unit.ch;
-        norm->lastCccv              = 0;
-        norm->pendingCccv           = 0;
-
-        alone = unit.length == 1 ? alone + 1 : 0;
-        i += unit.length;
+        norm->readable    = norm->length + done.unit;
+        norm->starter     = norm->chars[norm->readable];
+        norm->lastCccv    = static_cast< QV_INT >( done.after );
+        norm->pendingCccv = 0;
+        norm->length += done.written;
+        norm->pending = norm->length;
     }
 
-    return i;
+    return done.read;
 }
 
 // Writes characters in a form that composes.
@@ -286,18 +349,20 @@ void writeComposed( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT coun
 
 /* Decomposing ---------------------------------------------------------------------------------------------------- */
 
-// Decomposes characters as long as they are in order, so that none has to move. Returns the number of characters that
-// it has taken from the text. There must be so few that LIMIT cannot be reached.
-QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+// What characters have become that were decomposed as long as they were in order, so that none had to move.
+struct Decomposed
 {
-    QV_ASSERT( norm->length - norm->pending + count * LONGEST_DECOMPOSITION < LIMIT );
-    reserve( norm, ( count + 1 ) * LONGEST_DECOMPOSITION );
+    QV_INT   read;
+    QV_CHAR *end;
+    QV_CHAR *starter; // the last one that was written, or null
+    uint32_t last;    // the class of the last character: for a mark, less 1
+};
 
-    const bool byAll   = isCompatible( norm );
-    QV_CHAR   *to      = norm->chars + norm->length;
-    QV_CHAR   *pending = norm->chars + norm->pending;
-    uint32_t   last    = norm->pendingCccv ? static_cast< uint32_t >( norm->pendingCccv - 1 ) : 0;
-    QV_INT     i       = 0;
+// `last` is that of the character before. A character writes up to LONGEST_DECOMPOSITION, and at least four.
+inline Decomposed decomposeInOrder( const QV_CHAR *chs, QV_INT count, QV_CHAR *to, bool byAll, uint32_t last )
+{
+    QV_CHAR *starter = nullptr;
+    QV_INT   i       = 0;
 
     for( ; i < count && QV_CHAR_OK( chs[i] ); i++ )
     {
@@ -309,7 +374,7 @@ QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT
             if( value - 1 < last )
                 break;
 
-            pending = value == 0 ? to : pending;
+            starter = value == 0 ? to : starter;
             last    = value - ( value != 0 );
             *to++   = chs[i];
         }
@@ -328,14 +393,14 @@ QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT
                 to[k] = full.chars[k] & 0xFFFFFF;
 
             uint32_t cccv = full.chars[full.length - 1] >> 24;
-            pending       = to + full.lastStarter;
+            starter       = to + full.lastStarter;
             last          = cccv - ( cccv != 0 );
             to += full.length;
         }
         else if( chs[i] - HANGUL_S < S_COUNT )
         {
             to += decomposeHangul( chs[i], to );
-            pending = to - 1;
+            starter = to - 1;
             last    = 0;
         }
         else
@@ -344,12 +409,25 @@ QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT
         }
     }
 
-    norm->length      = to - norm->chars;
-    norm->pending     = pending - norm->chars;
-    norm->readable    = norm->pending;
-    norm->pendingCccv = norm->length > norm->pending ? combiningClass( to[-1] ) : 0;
+    return { i, to, starter, last };
+}
 
-    return i;
+// Decomposes what needs no ordering. Returns the number of characters that it has taken from the text. There must be so
+// few that LIMIT cannot be reached.
+QV_INT decomposeInOrder( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
+{
+    QV_ASSERT( norm->length - norm->pending + count * LONGEST_DECOMPOSITION < LIMIT );
+    reserve( norm, ( count + 1 ) * LONGEST_DECOMPOSITION );
+
+    uint32_t   last = norm->pendingCccv ? static_cast< uint32_t >( norm->pendingCccv - 1 ) : 0;
+    Decomposed done = decomposeInOrder( chs, count, norm->chars + norm->length, isCompatible( norm ), last );
+
+    norm->length      = done.end - norm->chars;
+    norm->pending     = done.starter ? done.starter - norm->chars : norm->pending;
+    norm->readable    = norm->pending;
+    norm->pendingCccv = norm->length > norm->pending ? combiningClass( done.end[-1] ) : 0;
+
+    return done.read;
 }
 
 // Writes characters in a form that does not compose.
@@ -400,6 +478,46 @@ qv::normalizer::Run qv::normalizer::check( const QV_CHAR *chs, QV_INT count, QV_
         return checkAll< QV_UNICODE_NORMAL_FORM_NFD >( chs, count );
     default:
         return checkAll< QV_UNICODE_NORMAL_FORM_NFKD >( chs, count );
+    }
+}
+
+namespace
+{
+template< QV_INT form >
+inline QV_INT writeInOrder( const QV_CHAR *chs, QV_INT count, QV_CHAR *to )
+{
+    if constexpr( form <= QV_UNICODE_NORMAL_FORM_NFKC )
+    {
+        if( !isStarter< form >( chs[0] ) )
+            return -1;
+
+        Composed done = composeInOrder< form >( chs, count, to, true, count );
+
+        return done.read == count ? done.written : -1;
+    }
+    else
+    {
+        Decomposed done = decomposeInOrder( chs, count, to, form & 1, 0 );
+
+        return done.read == count ? done.end - to : -1;
+    }
+}
+} // namespace
+
+QV_INT qv::normalizer::writeInOrder( const QV_CHAR *chs, QV_INT count, QV_INT form, QV_CHAR *to )
+{
+    QV_ASSERT( count > 0 && count <= FEW );
+
+    switch( form )
+    {
+    case QV_UNICODE_NORMAL_FORM_NFC:
+        return ::writeInOrder< QV_UNICODE_NORMAL_FORM_NFC >( chs, count, to );
+    case QV_UNICODE_NORMAL_FORM_NFKC:
+        return ::writeInOrder< QV_UNICODE_NORMAL_FORM_NFKC >( chs, count, to );
+    case QV_UNICODE_NORMAL_FORM_NFD:
+        return ::writeInOrder< QV_UNICODE_NORMAL_FORM_NFD >( chs, count, to );
+    default:
+        return ::writeInOrder< QV_UNICODE_NORMAL_FORM_NFKD >( chs, count, to );
     }
 }
 

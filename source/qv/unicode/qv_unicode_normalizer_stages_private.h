@@ -33,7 +33,6 @@ struct QV_UNICODE_NORMALIZER : QV_OBJ
     QV_INT   lastCccv;    // the highest class since the starter; 255 without one, so that nothing joins
     QV_INT   pendingCccv; // class of the last character from `pending` on; 0 if there is none
     bool     unordered;   // the marks from `pending` on are not in order
-    bool     isLent;      // the array is memory of somebody else's
 };
 
 namespace qv::normalizer
@@ -159,8 +158,19 @@ struct Run
     QV_INT previous; // of the one before it
 };
 
+/** For each form, a limit below which no character changes or joins another one. */
+const QV_CHAR SIMPLE[] = { 0x300, 0xA0, 0xC0, 0xA0 };
+
 /** How far a text is in a normal form, as a quick check tells. */
 Run check( const QV_CHAR *chs, QV_INT count, QV_INT form );
+
+/** The most characters that writeInOrder() takes, and the room that it needs. */
+const QV_INT FEW      = 64;
+const QV_INT FEW_ROOM = ( FEW + 1 ) * LONGEST_DECOMPOSITION;
+
+/** Writes the normal form of a whole text of 1 to FEW characters, if that takes no ordering. Returns its length, or -1 if
+    only the stages can tell. */
+QV_INT writeInOrder( const QV_CHAR *chs, QV_INT count, QV_INT form, QV_CHAR *to );
 
 /** Writes a run that begins with a starter as it is, up to its last starter, which has to be written next. */
 void pass( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, const Run &run );
