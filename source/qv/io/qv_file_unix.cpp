@@ -33,7 +33,6 @@ const QV_INT PIECE          = 1024;  // bytes that a Buffer grows by
 const QV_INT STAGE          = 16384; // bytes that are read ahead, and of the array on the stack
 const QV_INT READ_AT_ONCE   = 65536;
 const QV_INT MOST_AT_ONCE   = QV_INT( 1 ) << 40; // bytes of a file that go into a block of their own
-const QV_INT LARGE_BLOCK    = QV_INT( 1 ) << 22; // bytes of a block from which large pages pay
 const mode_t FILE_MODE      = 0666;
 const mode_t DIRECTORY_MODE = 0711;
 const size_t MAX_EXECUTABLE = 4096;
@@ -157,8 +156,9 @@ QV_INT takeBlock( InFile *file, QV_BUFFER **buf, const uint8_t *first, QV_INT fi
 
     QV_INT   whole = firstCount + left;
     QV_INT   size  = qv::bufferBlockSize( whole );
-    uint8_t *block = static_cast< uint8_t * >( size >= LARGE_BLOCK ? qv::allocLarge( size ) : qvMemAlloc( size ) );
+    uint8_t *block = static_cast< uint8_t * >( qvMemAlloc( size ) );
     uint8_t *bytes = block + QV_BUFFER_FSPACE / 8;
+    qv::useLargePages( block, size );
 
     memcpy( bytes, first, static_cast< size_t >( firstCount ) );
     QV_INT count = firstCount + readPiece( file, bytes + firstCount, left );
@@ -403,8 +403,9 @@ QV_BOOL qv___FileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf )
     QV_INT written   = writeAll( descriptor, qv::bytes( buf ), byteCount );
     int    problem   = written < byteCount ? errno : 0;
 
-    // Asking where a file ends costs least; what has no end is not cut. A file that nothing is written to gets its new
-    // time by the cut.
+    // What has no end is not cut. A file that nothing is written to gets its new time by the cut. The status is asked for
+    // last: once somebody has seen the time of a file, the next write has to store a new one, which costs as much as
+    // writing 4 KiB.
     struct stat status;
     bool isCut = ( written == 0 || lseek( descriptor, 0, SEEK_END ) > written ) && fstat( descriptor, &status ) == 0
                  && S_ISREG( status.st_mode );
