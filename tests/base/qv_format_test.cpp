@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_format_private.h"
 #include "qv/qv.h"
+#include "qv/qv.hpp"
 
 #include <cstring>
 
@@ -71,6 +72,45 @@ TEST( Format, TheListIsAdvancedAndTheTextIsAnOrdinaryString )
 
     EXPECT_EQ( "<1><2>", twice( text( std::string_view( "<%i>" ) ), QV_INT( 1 ), QV_INT( 2 ) ) );
     EXPECT_EQ( 20000, allocated( Ref( qvFormatEncodeInt( 1, 10, 5000, 0 ) ).get() ) );
+}
+
+TEST( Format, AppendedNumbersAreTheTextsOfTheEncoders )
+{
+    // The texts are as long and as short as they can be, and reals go both ways, quickly and digit by digit. One text is
+    // always held by another variable, so that each append copies it; the other grows through all states of its block.
+    const QV_REAL reals[] = { -0.0, 0.999, -9007199254740991.0, 9007199254740992.0, 1e300, 5e-324, 0.0 / 0.0 };
+    QV_STRING    *grown = qvStringCreate(), *shared = qvStringCreate(), *plain = qvStringCreate();
+
+    auto both = [&]( QV_STRING *encoded, auto append )
+    {
+        Ref< QV_STRING > owned( encoded ), before = Ref< QV_STRING >::share( shared );
+        std::string      was = utf8( before );
+        append( &grown );
+        append( &shared );
+        qvStringAppend( &plain, encoded );
+        ASSERT_EQ( was, utf8( before ) );
+        ASSERT_TRUE( qvStringEquals( grown, plain ) && qvStringEquals( shared, plain ) ) << utf8( encoded );
+        ASSERT_EQ( allocated( plain ), allocated( grown ) );
+    };
+
+    for( QV_INT base : { 2, 10, 16, 35, 36 } )
+    {
+        for( QV_INT value : { QV_INT( 0 ), QV_INT( 9 ), QV_INT( -10 ), QV_INT_MAX, QV_INT_MIN } )
+            both(
+                qvFormatEncodeInt( value, base, 0, 0 ),
+                [&]( QV_STRING **to ) { qvStringAppendInt( to, value, base ); } );
+
+        for( QV_REAL value : reals )
+            for( QV_INT precision : { -1, 0, 15, 16 } )
+                both(
+                    qvFormatEncodeReal( value, base, 0, precision, 0 ),
+                    [&]( QV_STRING **to ) { qvStringAppendReal( to, value, base, precision ); } );
+    }
+
+    for( QV_STRING *text : { grown, shared, plain } )
+        qvStringRelease( text );
+
+    EXPECT_EQ( "n=-ff;1.50", qv::String( "n=" ).appendInt( -255, 16 ).append( ";" ).appendReal( 1.509, 2 ) );
 }
 
 TEST( Format, BadFormatsAreReported )

@@ -157,6 +157,7 @@ TEST( Misuse, IsReported )
         { [] { qvOptSeqNext( qvOptSeqCreate( qvOptDefCreate(), qvVectorCreate() ) ); }, "length" },
         { [] { qvSignalWaitTimed( qvSignalCreate(), -2 ); }, "millisec == -1 || millisec >= 0" },
         { [] { qvFormatEncodeInt( 1, 1, 0, 0 ); }, "base >= 2" },
+        { [] { qvStringAppendInt( abc(), 1, 37 ); }, "base <= 36" },
         { [] { qvFormatEncodeReal( 1.0, 10, 0, -2, 0 ); }, "precision >= -1" },
         { [] { qvFormatEncodeReal( 1.0, 10, -1, 0, 0 ); }, "minWidth >= 0" },
         { [] { qvFormatEncodeReal( 1.0, 10, 0, MOST, 0 ); }, "QV_INT_ADD_OK( digits, precision )" },

@@ -112,6 +112,42 @@ TEST( File, WholeFilesGoInAndOut )
     EXPECT_FALSE( qvFileOpenLineSink( text( "/" ), QV_CHARSET_UTF_8, 0, QV_NLF_FLAG_LF ) );
 }
 
+TEST( File, WritingLeavesNothingOfWhatWasThere )
+{
+    const std::string file = path( "ä\u4e2dover" ), link = path( "ä\u4e2dlinked" ), longer = pattern( 3000 );
+    write( "ä\u4e2dover", longer );
+    fs::create_symlink( file, link );
+    chmod( file.c_str(), 0640 );
+    EXPECT_TRUE( qvFileWriteBuffer( text( link ), buffer( "short" ) ) && fs::is_symlink( link ) );
+    EXPECT_EQ( "short", contentOf( "ä\u4e2dover" ) );
+    EXPECT_EQ( fs::perms( 0640 ), fs::status( file ).permissions() );
+
+    // Nothing to write empties the file, and gives an empty one its new time too.
+    EXPECT_TRUE( qvFileWriteBuffer( name( "over" ), buffer( "" ) ) );
+    EXPECT_EQ( 0, qvFileSize( name( "over" ) ) );
+    fs::last_write_time( file, {} );
+    EXPECT_TRUE( qvFileWriteBuffer( name( "over" ), buffer( "" ) ) );
+    EXPECT_NE( fs::file_time_type(), fs::last_write_time( file ) );
+
+    // What has no end is not cut.
+    EXPECT_TRUE( qvFileWriteBuffer( text( "/dev/null" ), buffer( longer ) ) );
+    EXPECT_TRUE( qvFileWriteBuffer( text( "/dev/full" ), buffer( "" ) ) );
+    sh( "mkfifo ${f}fifo; cat ${f}fifo >${f}through 2>/dev/null &" );
+    EXPECT_TRUE( qvFileWriteBuffer( name( "fifo" ), buffer( longer ) ) );
+
+    // A write that fails leaves what it has written, and not what stood there before.
+    write( "ä\u4e2dover", longer );
+    rlimit old, most = { 1000, RLIM_INFINITY };
+    getrlimit( RLIMIT_FSIZE, &old );
+    most.rlim_max  = old.rlim_max;
+    auto oldAction = signal( SIGXFSZ, SIG_IGN );
+    setrlimit( RLIMIT_FSIZE, &most );
+    EXPECT_FALSE( qvFileWriteBuffer( name( "over" ), buffer( std::string( 2000, 'n' ) ) ) );
+    setrlimit( RLIMIT_FSIZE, &old );
+    signal( SIGXFSZ, oldAction );
+    EXPECT_EQ( std::string( 1000, 'n' ), contentOf( "ä\u4e2dover" ) );
+}
+
 TEST( File, BytesAreReadAndSkippedInAnyPieces )
 {
     std::string all = pattern( 10000 );

@@ -357,21 +357,116 @@ void qv::encodeReal( TextBuilder &text, QV_REAL value, QV_INT base, QV_INT minWi
     text.extend( frame.writeTail( to ) - start );
 }
 
+namespace
+{
+// An integer as nothing but a sign and digits of a base.
+struct PlainInt
+{
+    PlainInt( QV_INT value, QV_INT base_ ) :
+        base( static_cast< unsigned >( base_ ) ), negative( value < 0 ),
+        magnitude( value < 0 ? -static_cast< uint64_t >( value ) : static_cast< uint64_t >( value ) ),
+        digits( countDigits( magnitude, base ) )
+    {
+    }
+
+    static constexpr QV_INT MOST = 65; // characters: of the least integer in base 2
+
+    QV_INT length() const
+    {
+        return digits + negative;
+    }
+
+    void write( QV_CHAR *to ) const
+    {
+        *to = U'-';
+        writeDigits( to + length(), magnitude, base, digits, LOWER_DIGITS );
+    }
+
+    unsigned base;
+    bool     negative;
+    uint64_t magnitude;
+    int      digits;
+};
+
+// The same of a real that has its digits quickly: a sign, those of an integer, a point and those of a fraction.
+struct PlainReal
+{
+    static bool holds( QV_REAL value, QV_INT base, QV_INT precision )
+    {
+        return base == 10 && precision >= 0 && precision <= MOST_QUICK && fabs( value ) < EXACT;
+    }
+
+    PlainReal( QV_REAL value, QV_INT precision ) :
+        rest( fabs( value ) ), whole( static_cast< uint64_t >( rest ) ), digits( countDigits( whole, 10 ) ),
+        sign( value < 0.0 ), places( static_cast< int >( precision ) )
+    {
+    }
+
+    static constexpr QV_INT MOST = 1 + 16 + 1 + MOST_QUICK;
+
+    QV_INT length() const
+    {
+        return sign + digits + ( places ? 1 + places : 0 );
+    }
+
+    void write( QV_CHAR *to ) const
+    {
+        *to = U'-';
+        to += sign + digits;
+        writeDecimal( to, whole, digits );
+
+        if( places )
+        {
+            QV_REAL fraction = rest - static_cast< QV_REAL >( whole );
+            *to              = U'.';
+            writeDecimalFraction( to + 1, &fraction, places );
+        }
+    }
+
+    QV_REAL  rest;
+    uint64_t whole;
+    int      digits, sign, places;
+};
+
+template< class Plain >
+QV_STRING *encodePlain( const Plain &plain )
+{
+    QV_STRING *text = qv::newString( plain.length(), nullptr, 0 );
+    plain.write( qv::chars( text ) );
+
+    return text;
+}
+
+// A function of its own, so that the usual way needs no place on the stack.
+template< class Plain >
+__attribute__( ( noinline ) ) void appendPlainSlowly( QV_STRING **dest, Plain plain )
+{
+    QV_CHAR text[Plain::MOST];
+    QV_ASSERT( plain.length() > 0 && plain.length() <= Plain::MOST );
+
+    plain.write( text );
+    qvStringAppendChars( dest, text, plain.length() );
+}
+
+// Writes the digits where they belong if there is memory after some text that nobody else holds.
+template< class Plain >
+void appendPlain( QV_STRING **dest, Plain plain )
+{
+    QV_STRING *qvs    = *dest;
+    QV_INT     length = plain.length();
+
+    if( !qv::isShared( qvs ) && qvs->length > 0 && ( qvs->bspace >= length || qvs->stretch( length ) ) )
+        return plain.write( qvs->takeBack( length ) );
+
+    appendPlainSlowly( dest, plain );
+}
+} // namespace
+
 QV_STRING *qvFormatEncodeInt( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT flags )
 {
     // Nothing but a sign and decimal digits goes into its String at once.
     if( base == 10 && minWidth == 0 && flags == 0 )
-    {
-        uint64_t   magnitude = value < 0 ? -static_cast< uint64_t >( value ) : static_cast< uint64_t >( value );
-        int        digits    = countDigits( magnitude, 10 );
-        QV_STRING *text      = qv::newString( digits + ( value < 0 ), nullptr, 0 );
-
-        if( value < 0 )
-            *qv::chars( text ) = U'-';
-
-        writeDecimal( qv::chars( text ) + text->length, magnitude, digits );
-        return text;
-    }
+        return encodePlain( PlainInt( value, 10 ) );
 
     qv::TextBuilder text;
     qv::encodeInt( text, value, base, minWidth, flags );
@@ -381,32 +476,34 @@ QV_STRING *qvFormatEncodeInt( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT
 
 QV_STRING *qvFormatEncodeReal( QV_REAL value, QV_INT base, QV_INT minWidth, QV_INT precision, QV_INT flags )
 {
-    // The same of a real that has its digits quickly: a sign, those of an integer, a point and those of a fraction.
-    if( base == 10 && minWidth == 0 && flags == 0 && precision >= 0 && precision <= MOST_QUICK
-        && fabs( value ) < EXACT )
-    {
-        QV_REAL    rest   = fabs( value );
-        uint64_t   whole  = static_cast< uint64_t >( rest );
-        int        digits = countDigits( whole, 10 );
-        QV_INT     sign   = value < 0.0;
-        QV_STRING *text   = qv::newString( sign + digits + ( precision ? 1 + precision : 0 ), nullptr, 0 );
-        QV_CHAR   *to     = qv::chars( text ) + sign + digits;
-
-        qv::chars( text )[0] = U'-';
-        writeDecimal( to, whole, digits );
-
-        if( precision )
-        {
-            rest -= static_cast< QV_REAL >( whole );
-            *to = U'.';
-            writeDecimalFraction( to + 1, &rest, static_cast< int >( precision ) );
-        }
-
-        return text;
-    }
+    if( minWidth == 0 && flags == 0 && PlainReal::holds( value, base, precision ) )
+        return encodePlain( PlainReal( value, precision ) );
 
     qv::TextBuilder text;
     qv::encodeReal( text, value, base, minWidth, precision, flags );
 
     return text.give();
+}
+
+void qvStringAppendInt( QV_STRING **dest, QV_INT value, QV_INT base )
+{
+    QV_CHECK( dest );
+    QV_CHECK( *dest );
+    QV_CHECK( base >= 2 );
+    QV_CHECK( base <= 36 );
+
+    appendPlain( dest, PlainInt( value, base ) );
+}
+
+void qvStringAppendReal( QV_STRING **dest, QV_REAL value, QV_INT base, QV_INT precision )
+{
+    QV_CHECK( dest );
+    QV_CHECK( *dest );
+
+    if( PlainReal::holds( value, base, precision ) )
+        return appendPlain( dest, PlainReal( value, precision ) );
+
+    qv::TextBuilder text;
+    qv::encodeReal( text, value, base, 0, precision, 0 );
+    qvStringAppendChars( dest, text.chars(), text.length() );
 }

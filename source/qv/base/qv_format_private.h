@@ -42,6 +42,11 @@ public:
         return chars_;
     }
 
+    QV_INT length() const
+    {
+        return length_;
+    }
+
     /** The place after the text, with room for `count` characters. extend() makes them part of the text. */
     QV_CHAR *room( QV_INT count )
     {

@@ -184,6 +184,14 @@ QV_API void     qvStringAppendWritten( QV_STRING **dest, QV_INT count );
 /** @} */
 
 /** @{ */
+/** Appends the text that qvFormatEncodeInt() and qvFormatEncodeReal() make of a number without width and flags: a sign
+    if it is below 0, and digits of a base of 2 to 36, other bases ending the process; of a real `precision` places after
+    a point, -1 meaning six. Nothing is allocated while the String has room. */
+QV_API void qvStringAppendInt( QV_STRING **dest, QV_INT value, QV_INT base );
+QV_API void qvStringAppendReal( QV_STRING **dest, QV_REAL value, QV_INT base, QV_INT precision );
+/** @} */
+
+/** @{ */
 /** Appends the delimiter, unless `*dest` is empty, then `src`. Either may be `*dest` itself, and is read as it was. A
     Cstr or Wcstr form takes both as outside text, a Source form the source only, a Delimiter form the delimiter
     only; a CharDelimiter is one character. */

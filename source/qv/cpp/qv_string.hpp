@@ -296,6 +296,20 @@ public:
         return *this;
     }
 
+    /** Adds the digits of an integer at the end, after a sign if it is below 0. */
+    String &appendInt( QV_INT value, QV_INT base = 10 )
+    {
+        qvStringAppendInt( variable(), value, base );
+        return *this;
+    }
+
+    /** Adds a real at the end, with `precision` places after the point; they are cut off, not rounded. */
+    String &appendReal( QV_REAL value, QV_INT precision = 6, QV_INT base = 10 )
+    {
+        qvStringAppendReal( variable(), value, base, precision );
+        return *this;
+    }
+
     /** The same as append(). */
     String &operator+=( const String &more )
     {

@@ -118,29 +118,7 @@ QV_BUFFER *qvFileReadBuffer( QV_STRING *fn, QV_INT maxBytes )
     QV_CHECK( fn );
     QV_CHECK( maxBytes >= -1 );
 
-    qv::Ref< QV_BYTE_SOURCE > source( qv___FileOpenByteSource( fn ) );
-
-    if( !source )
-        return nullptr;
-
-    qv::Ref< QV_BUFFER > result( qvBufferCreate() );
-    qvByteSourceRead( source, result.at(), maxBytes );
-
-    // Reading one byte more tells a file of exactly `maxBytes` bytes from a longer one.
-    uint8_t further;
-    qvByteSourceReadBytes( source, &further, 1 );
-
-    if( qvByteSourceError( source ) )
-    {
-        qv::addErrorPath( fn );
-        return nullptr;
-    }
-
-    if( qvByteSourceEnd( source ) )
-        return result.give();
-
-    qv::setError( { .code = QV_ERROR_TOO_LONG, .reason = "longer than allowed", .path = qv::OwnUtf8( fn ) } );
-    return nullptr;
+    return qv___FileReadBuffer( fn, maxBytes );
 }
 
 QV_BOOL qvFileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf )
@@ -148,19 +126,7 @@ QV_BOOL qvFileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf )
     QV_CHECK( fn );
     QV_CHECK( buf );
 
-    qv::Ref< QV_BYTE_SINK > sink( qv___FileOpenByteSink( fn ) );
-
-    if( !sink )
-        return QV_FALSE;
-
-    qvByteSinkWrite( sink, buf );
-    qvByteSinkFlush( sink );
-
-    if( !qvByteSinkError( sink ) )
-        return QV_TRUE;
-
-    qv::addErrorPath( fn );
-    return QV_FALSE;
+    return qv___FileWriteBuffer( fn, buf );
 }
 
 /* Files and directories ------------------------------------------------------------------------------------------ */

@@ -47,7 +47,9 @@ QV_API QV_LINE_SINK *qvFileOpenLineSink( QV_STRING *fn, QV_INT charset, QV_INT c
 QV_API QV_BUFFER *qvFileReadBuffer( QV_STRING *fn, QV_INT maxBytes );
 
 /** Replaces the content of a file, or creates it. Returns true for success; a failure sets the last error, and after it
-    the file may be incomplete. Null as the Buffer ends the process. */
+    the file has what could be written. The new bytes overwrite the old ones, and the file is cut at the end: a process
+    that ends meanwhile may leave old bytes after new ones. A signal does not end the write. Null as the Buffer ends the
+    process. */
 QV_API QV_BOOL qvFileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf );
 
 /* Files and directories ------------------------------------------------------------------------------------------ */

@@ -7,6 +7,8 @@
     the comments of qv_file.h apply. */
 QV_API QV_BYTE_SOURCE *qv___FileOpenByteSource( QV_STRING *fn );
 QV_API QV_BYTE_SINK   *qv___FileOpenByteSink( QV_STRING *fn );
+QV_API QV_BUFFER      *qv___FileReadBuffer( QV_STRING *fn, QV_INT maxBytes );
+QV_API QV_BOOL         qv___FileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf );
 QV_API QV_BOOL         qv___FileExists( QV_STRING *fn );
 QV_API QV_INT          qv___FileSize( QV_STRING *fn );
 QV_API QV_BOOL         qv___FileIsDirectory( QV_STRING *fn );

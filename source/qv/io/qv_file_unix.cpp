@@ -14,11 +14,13 @@
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_slab_private.h"
 
 #include <algorithm>
 #include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <new>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -31,6 +33,7 @@ const QV_INT PIECE          = 1024;  // bytes that a Buffer grows by
 const QV_INT STAGE          = 16384; // bytes that are read ahead, and of the array on the stack
 const QV_INT READ_AT_ONCE   = 65536;
 const QV_INT MOST_AT_ONCE   = QV_INT( 1 ) << 40; // bytes of a file that go into a block of their own
+const mode_t FILE_MODE      = 0666;
 const mode_t DIRECTORY_MODE = 0711;
 const size_t MAX_EXECUTABLE = 4096;
 
@@ -49,11 +52,15 @@ public:
 // A file that is read: bytes that were read ahead are stage[at] to stage[end - 1].
 struct InFile
 {
+    explicit InFile( int opened ) : descriptor( opened )
+    {
+    }
+
     int     descriptor;
-    bool    failed; // a call of the system has failed
-    QV_INT  read;   // bytes that the system has delivered
-    QV_INT  at;
-    QV_INT  end;
+    bool    failed = false; // a call of the system has failed
+    QV_INT  read   = 0;     // bytes that the system has delivered
+    QV_INT  at     = 0;
+    QV_INT  end    = 0;
     uint8_t stage[STAGE];
 };
 
@@ -148,8 +155,10 @@ QV_INT takeBlock( InFile *file, QV_BUFFER **buf, const uint8_t *first, QV_INT fi
         left = 0;
 
     QV_INT   whole = firstCount + left;
-    uint8_t *block = static_cast< uint8_t * >( qvMemAlloc( qv::bufferBlockSize( whole ) ) );
+    QV_INT   size  = qv::bufferBlockSize( whole );
+    uint8_t *block = static_cast< uint8_t * >( qvMemAlloc( size ) );
     uint8_t *bytes = block + QV_BUFFER_FSPACE / 8;
+    qv::useLargePages( block, size );
 
     memcpy( bytes, first, static_cast< size_t >( firstCount ) );
     QV_INT count = firstCount + readPiece( file, bytes + firstCount, left );
@@ -162,31 +171,40 @@ QV_INT takeBlock( InFile *file, QV_BUFFER **buf, const uint8_t *first, QV_INT fi
     return count;
 }
 
-QV_BOOL readFile( QV_OBJ *closure, QV_BUFFER **buf, QV_INT byteCount, QV_INT *bytesRead )
+// Appends up to `byteCount` bytes to a Buffer and returns how many. Fewer mean the end of the data or a failure.
+QV_INT appendFrom( InFile *file, QV_BUFFER **buf, QV_INT byteCount )
 {
-    QV_CHECK( byteCount > 0 );
-
-    InFile *file = inFileOf( closure );
     uint8_t bytes[STAGE];
+    QV_INT  result = 0;
 
-    while( *bytesRead < byteCount )
+    while( result < byteCount )
     {
-        QV_INT wanted = std::min( byteCount - *bytesRead, STAGE );
+        QV_INT wanted = std::min( byteCount - result, STAGE );
         QV_INT got    = readPiece( file, bytes, wanted );
 
         if( got > 0 && !( *buf )->memory && !( *buf )->ref )
-            *bytesRead += takeBlock( file, buf, bytes, got, byteCount - *bytesRead );
+            result += takeBlock( file, buf, bytes, got, byteCount - result );
         else
         {
             for( QV_INT taken = 0; taken < got; taken += PIECE )
                 qvBufferAppendBytes( buf, bytes + taken, std::min( got - taken, PIECE ) );
 
-            *bytesRead += got;
+            result += got;
         }
 
         if( got < wanted )
             break;
     }
+
+    return result;
+}
+
+QV_BOOL readFile( QV_OBJ *closure, QV_BUFFER **buf, QV_INT byteCount, QV_INT *bytesRead )
+{
+    QV_CHECK( byteCount > 0 );
+
+    InFile *file = inFileOf( closure );
+    *bytesRead   = appendFrom( file, buf, byteCount );
 
     return file->failed ? QV_FALSE : QV_TRUE;
 }
@@ -269,22 +287,28 @@ QV_STRING *fromCstr( const char *text )
 
 /* Streams -------------------------------------------------------------------------------------------------------- */
 
-QV_BYTE_SOURCE *qv___FileOpenByteSource( QV_STRING *fn )
+namespace
 {
-    int descriptor = open( Name( fn ), O_RDONLY );
+// A new descriptor, or -1 with the last error set.
+int openFile( QV_STRING *fn, int flags )
+{
+    int descriptor = open( Name( fn ), flags, FILE_MODE );
 
     if( descriptor == -1 )
-    {
         qv::setSystemError( "cannot be opened", errno, fn );
-        return nullptr;
-    }
 
-    InFile *file     = static_cast< InFile * >( qvMemAlloc( sizeof( InFile ) ) );
-    file->descriptor = descriptor;
-    file->failed     = false;
-    file->read       = 0;
-    file->at         = 0;
-    file->end        = 0;
+    return descriptor;
+}
+} // namespace
+
+QV_BYTE_SOURCE *qv___FileOpenByteSource( QV_STRING *fn )
+{
+    int descriptor = openFile( fn, O_RDONLY );
+
+    if( descriptor == -1 )
+        return nullptr;
+
+    InFile *file = new( qvMemAlloc( sizeof( InFile ) ) ) InFile( descriptor );
 
     qv::Ref< QV___BOXED_POINTER > opened( qv___BoxedPointerCreate(
         file,
@@ -311,6 +335,86 @@ QV_BYTE_SINK *qv___FileOpenByteSink( QV_STRING *fn )
         qv___BoxedPointerCreate( fptr, []( void *value ) { fclose( static_cast< FILE * >( value ) ); } ) );
 
     return qv___ByteSinkCreate( writeFile, flushFile, qv::obj( opened.get() ) );
+}
+
+/* Whole files ---------------------------------------------------------------------------------------------------- */
+
+// No stream, whose objects would take as long as the calls of the system for a small file.
+QV_BUFFER *qv___FileReadBuffer( QV_STRING *fn, QV_INT maxBytes )
+{
+    InFile file( openFile( fn, O_RDONLY | O_CLOEXEC ) );
+
+    if( file.descriptor == -1 )
+        return nullptr;
+
+    QV_INT               limit = maxBytes == -1 ? QV_INT_MAX : maxBytes;
+    qv::Ref< QV_BUFFER > result( qvBufferCreate() );
+
+    // Reading one byte more tells a file of exactly `maxBytes` bytes from a longer one.
+    uint8_t further;
+    bool    tooLong = appendFrom( &file, result.at(), limit ) == limit && readPiece( &file, &further, 1 ) == 1;
+    close( file.descriptor );
+
+    if( tooLong )
+        qv::setError( { .code = QV_ERROR_TOO_LONG, .reason = "longer than allowed", .path = qv::OwnUtf8( fn ) } );
+    else if( file.failed )
+        qv::addErrorPath( fn );
+    else
+        return result.give();
+
+    return nullptr;
+}
+
+namespace
+{
+// Writes all bytes, also where a signal interrupts. Returns how many were written; if not all were, `errno` says why.
+QV_INT writeAll( int descriptor, const uint8_t *bytes, QV_INT byteCount )
+{
+    QV_INT written = 0;
+
+    while( written < byteCount )
+    {
+        ssize_t step = write( descriptor, bytes + written, static_cast< size_t >( byteCount - written ) );
+
+        if( step > 0 )
+            written += step;
+        else if( step == 0 || errno != EINTR )
+        {
+            errno = step == 0 ? EIO : errno; // a device that takes nothing tells no reason
+            break;
+        }
+    }
+
+    return written;
+}
+} // namespace
+
+// Opening doesn't empty the file: some file systems write out what then comes before the file is closed, so that a crash
+// of the computer leaves no empty file. Here the old bytes stay until the new ones overwrite them, and the file is cut
+// at the end: after a failure too, so that nothing old stands after what could be written.
+QV_BOOL qv___FileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf )
+{
+    int descriptor = openFile( fn, O_WRONLY | O_CREAT | O_CLOEXEC );
+
+    if( descriptor == -1 )
+        return QV_FALSE;
+
+    QV_INT byteCount = qvBufferLength( buf );
+    QV_INT written   = writeAll( descriptor, qv::bytes( buf ), byteCount );
+    int    problem   = written < byteCount ? errno : 0;
+
+    // What has no end is not cut. A file that nothing is written to gets its new time by the cut. The status is asked for
+    // last: once somebody has seen the time of a file, the next write has to store a new one, which costs as much as
+    // writing 4 KiB.
+    struct stat status;
+    bool isCut = ( written == 0 || lseek( descriptor, 0, SEEK_END ) > written ) && fstat( descriptor, &status ) == 0
+                 && S_ISREG( status.st_mode );
+
+    if( isCut && ftruncate( descriptor, written ) != 0 && problem == 0 )
+        problem = errno;
+
+    close( descriptor );
+    return problem == 0 ? QV_TRUE : qv::setSystemError( "cannot be written", problem, fn );
 }
 
 /* Files and directories ------------------------------------------------------------------------------------------ */

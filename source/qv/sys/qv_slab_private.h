@@ -32,6 +32,10 @@ void closeSlabs();
 /** A block as from qvMemAlloc(), of several MiB, for which the operating system may give pages of 2 MiB. Those that are not
     written take no memory. */
 void *allocLarge( QV_INT bytes );
+
+/** Asks the system for large pages where they lie wholly inside a block from qvMemAlloc(). Unlike allocLarge() that lets
+    the C library hand out the same memory again, whose pages are there then. */
+void useLargePages( void *memory, QV_INT bytes );
 } // namespace qv
 
 #endif

@@ -211,3 +211,13 @@ void *qv::allocLarge( QV_INT bytes )
     madvise( memory, static_cast< size_t >( bytes ), MADV_HUGEPAGE );
     return memory;
 }
+
+void qv::useLargePages( void *memory, QV_INT bytes )
+{
+    uintptr_t start = reinterpret_cast< uintptr_t >( memory );
+    uintptr_t first = ( start + SIZE - 1 ) / SIZE * SIZE;
+    uintptr_t end   = ( start + static_cast< size_t >( bytes ) ) / SIZE * SIZE;
+
+    if( first < end )
+        madvise( static_cast< char * >( memory ) + ( first - start ), end - first, MADV_HUGEPAGE );
+}
