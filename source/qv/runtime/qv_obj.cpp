@@ -21,6 +21,7 @@ void qv___ObjStartup( void )
 {
     QV_INT flags = qvRuntimeFlags();
 
+    qv::startCounts();
     qv::objLogLock = qv___LockCreate();
     qv___ObjRun    = ( flags & QV_RUNTIME_FLAG_OBJECT_DATABASE ) ? qv::IS_LISTED | qv::IS_OWN : 0;
     qv___ObjOrigin = ( flags & QV_RUNTIME_FLAG_OBJECT_ORIGIN ) ? QV_TRUE : QV_FALSE;
@@ -37,6 +38,7 @@ void qv___ObjShutdown( void )
     qv::objLogLock = nullptr;
     qv___ObjRun    = qv::RUN_ENDED;
     qv___ObjOrigin = QV_FALSE;
+    qv::stopCounts();
 }
 
 void qv::reportNoRun()
@@ -72,9 +74,9 @@ inline void finish( QV_OBJ *thisObj, QV___FREE_FUNC freeFunc )
     if( __builtin_expect( unique != QV___UNIQUE_INVALID, 0 ) && qv::isUniqueOfThisRun( unique ) )
         qv___UniquePut( qv::uniqueNumber( unique ) );
 
-    // The counts go down last: when a module's count of sorts reaches 0, none of its code runs for an object.
+    // Last of all: when no object of a module's sorts is counted, none of its code runs for one.
     if( __builtin_expect( !thisObj->isListed, 1 ) )
-        qv::countOut( sort, 1 );
+        qv::countOut( sort );
     else
         qv::countOutListed( thisObj, !freeFunc ); // taken out of the list here, where the lock is held anyway
 
