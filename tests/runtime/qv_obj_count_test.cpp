@@ -2,10 +2,13 @@
 
 #include "qv/qv.h"
 #include "qv/runtime/qv_module_private.h"
+#include "qv/sys/qv_assert_private.h"
 
 #include <atomic>
 #include <memory>
 #include <thread>
+
+#include <csignal>
 
 #include <malloc.h>
 #include <pthread.h>
@@ -158,6 +161,37 @@ TEST( ObjCount, IsExactWhateverThreadsLeave )
             pthread_key_delete( key );
             expectNone();
         } );
+}
+
+// Memory of an object that has ended is used again by the same thread, but for what that would hide.
+TEST( ObjCount, AThreadKeepsTheMemoryOfWhatEnds )
+{
+    auto again = []
+    {
+        QV_OBJ   *object  = create( qvOneSort() );
+        uintptr_t address = reinterpret_cast< uintptr_t >( object );
+        qvObjRelease( object );
+
+        // Still all ones: what uses an object that has ended finds no sort.
+        if( !QV___ASAN && !( qvRuntimeFlags() & QV_RUNTIME_FLAG_MEMORY_DEBUG ) )
+            EXPECT_EQ( UINTPTR_MAX, reinterpret_cast< uintptr_t >( object->sort ) );
+
+        Ref< QV_OBJ > next( create( qvOneSort() ) );
+        return address == reinterpret_cast< uintptr_t >( next.get() );
+    };
+
+    inPlainRun( [&] { EXPECT_EQ( !QV___ASAN, again() ); } );
+
+#if QV___ASSERTIONS && !QV___ASAN
+    auto misuse = []
+    {
+        QV_OBJ *object = create( qvOneSort() );
+        qvObjRelease( object );
+        object->retainCount = 2;
+        create( qvOneSort() );
+    };
+    inPlainRun( [&] { EXPECT_EQ( SIGABRT, inChild( misuse ).signal ); } );
+#endif
 }
 
 // More sorts than a thread has places for, whose objects outlive two runs and the thread that created them.

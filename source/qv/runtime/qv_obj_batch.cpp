@@ -87,7 +87,7 @@ QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes )
     {
         objects_++;
         bytes_ += bytes;
-        return createObject( qvMemAlloc( size + extraBytes ), 0, size, sort_, counts_ );
+        return createOwn( size, extraBytes, sort_, counts_ );
     }
 
     if( !memory_ || end_ - next_ < bytes )
@@ -122,27 +122,28 @@ bool qv::ObjReleases::endLeaf( QV_OBJ *object )
 
     countOut( sort );
 
-    uint16_t sharedOffset = object->sharedOffset;
-    char    *memory       = reinterpret_cast< char * >( object ) - sharedOffset;
-    QV_INT   size         = object->dbgObjectSize;
+    uint16_t memory = object->memory;
+    QV_INT   size   = object->dbgObjectSize;
 
     memset( static_cast< void * >( object ), 0xFF, sizeof( QV_OBJ ) );
     __asm__ volatile( "" : : "r"( object ) : "memory" ); // the compiler would drop stores to memory that is freed
 
-    if( sharedOffset == 0 )
+    if( isOwn( memory ) )
     {
-        qv::freeBlock( memory );
+        giveMemory( object, memory );
         return true;
     }
 
     poison( object, static_cast< size_t >( size ) ); // though the memory isn't freed yet
 
-    if( memory != memory_ )
+    char *shared = reinterpret_cast< char * >( object ) - memory;
+
+    if( shared != memory_ )
     {
         if( left_ > 0 )
             leaveShared( memory_, left_ );
 
-        memory_ = memory;
+        memory_ = shared;
         left_   = 0;
     }
 

@@ -2,13 +2,15 @@
 
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/sys/qv_lock_private.h"
+#include "qv/sys/qv_mem_private.h"
 
 #include <pthread.h>
-#include <stddef.h>
 #include <stdlib.h>
 #include <string.h>
 
-constinit thread_local qv::SortCounts *qv::ownCounts = nullptr;
+#include <utility>
+
+constinit thread_local QV___COUNTS *qv::ownTable = nullptr;
 
 namespace
 {
@@ -35,8 +37,6 @@ pthread_key_t      tableKey;                   // a thread's table, which it giv
 // A thread that ends, or for which the C library cannot keep a table: it gets none, since nothing would give it back.
 __attribute__( ( tls_model( "initial-exec" ) ) ) constinit thread_local bool getsNone = false;
 
-static_assert( offsetof( Table, sorts ) == 0, "a table is found by its counts" );
-
 void putTable( Table *table )
 {
     Table *first = __atomic_load_n( &unusedTables, __ATOMIC_RELAXED );
@@ -46,12 +46,29 @@ void putTable( Table *table )
     while( !__atomic_compare_exchange_n( &unusedTables, &first, table, false, __ATOMIC_RELEASE, __ATOMIC_RELAXED ) );
 }
 
-// Called by the C library when a thread ends. What the thread ends after that is counted by the sorts.
-void leaveTable( void *table )
+void leaveOwnTable()
 {
-    qv::ownCounts = nullptr;
-    getsNone      = true;
-    putTable( static_cast< Table * >( table ) );
+    Table *table = std::exchange( qv::ownTable, nullptr );
+
+    for( qv::KeptBlocks &kept : table->kept )
+    {
+        while( QV_OBJ *object = kept.first )
+        {
+            kept.first = object->odbNext;
+            qv::freeBlock( object );
+        }
+
+        kept.count = 0;
+    }
+
+    putTable( table );
+}
+
+// Called by the C library when a thread ends. What the thread ends after that is counted by the sorts.
+void endThread( void * )
+{
+    getsNone = true;
+    leaveOwnTable();
 }
 
 // By one thread at a time: the table that it finds first in the list is first until it has taken it or another thread
@@ -101,7 +118,7 @@ void getTable()
         return;
     }
 
-    qv::ownCounts = table->sorts;
+    qv::ownTable = table;
 }
 
 /* Looks ---------------------------------------------------------------------------------------------------------- */
@@ -199,15 +216,15 @@ SortCounts *qv::prepareCounts( QV_SORT *sort )
         makeKnown( sort );
     }
 
-    if( !ownCounts )
+    if( !ownTable )
         getTable();
 
-    return ownCounts && sort->place > 0 ? ownCounts + sort->place : nullptr;
+    return ownTable && sort->place > 0 ? &ownTable->sorts[sort->place] : nullptr;
 }
 
 void qv::startCounts()
 {
-    __atomic_store_n( &hasKey, pthread_key_create( &tableKey, leaveTable ) == 0, __ATOMIC_RELEASE );
+    __atomic_store_n( &hasKey, pthread_key_create( &tableKey, endThread ) == 0, __ATOMIC_RELEASE );
 }
 
 // The thread that stops the library gives its table back here. Others that have used the library and still live keep
@@ -219,8 +236,6 @@ void qv::stopCounts()
 
     pthread_key_delete( tableKey );
 
-    if( ownCounts )
-        putTable( reinterpret_cast< Table * >( ownCounts ) );
-
-    ownCounts = nullptr;
+    if( ownTable )
+        leaveOwnTable();
 }

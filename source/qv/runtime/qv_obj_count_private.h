@@ -27,6 +27,7 @@
 #include "qv/runtime/qv_family.h"
 
 #define QV___COUNTS_PLACES 512 /**< sorts in a table; the first place is not used */
+#define QV___COUNTS_SIZES  16  /**< of blocks that a thread keeps */
 
 namespace qv
 {
@@ -35,14 +36,22 @@ struct SortCounts
     uint32_t created; /**< atomic; written by the thread that the table belongs to */
     uint32_t ended;   /**< likewise; the release form, so that a look that reads it finds all that preceded the end */
 };
+
+/** Blocks of one size: see qv_obj_memory_private.h. */
+struct KeptBlocks
+{
+    QV_OBJ  *first; /**< linked by `odbNext` */
+    uint32_t count;
+};
 } // namespace qv
 
 /** The table of a thread. It is never freed: a thread that ends leaves its numbers in it to the next thread. */
 typedef struct alignas( 64 ) QV___COUNTS
 {
     qv::SortCounts sorts[QV___COUNTS_PLACES];
-    QV___COUNTS   *before;     /**< the table that was made before; never changes */
-    QV___COUNTS   *nextUnused; /**< in the list of those without a thread */
+    qv::KeptBlocks kept[QV___COUNTS_SIZES]; /**< the thread's own; none where there is no thread */
+    QV___COUNTS   *before;                  /**< the table that was made before; never changes */
+    QV___COUNTS   *nextUnused;              /**< in the list of those without a thread */
 } QV___COUNTS;
 
 /** The table that was made last. Atomic. Exported for debuggers. */
@@ -51,8 +60,8 @@ QV_API QV___COUNTS *qv___Counts;
 namespace qv
 {
 
-/** The calling thread's table, by the `place` of the sort; null if the thread has none. */
-extern __attribute__( ( tls_model( "initial-exec" ) ) ) thread_local constinit SortCounts *ownCounts;
+/** The calling thread's table; null if the thread has none. */
+extern __attribute__( ( tls_model( "initial-exec" ) ) ) thread_local constinit QV___COUNTS *ownTable;
 
 /** Gets the calling thread a table if that is possible now, and puts the sort into the list of those that have had
     objects if it is in none yet. */
@@ -61,11 +70,11 @@ SortCounts *prepareCounts( QV_SORT *sort );
 /** Where the calling thread counts the sort's objects; null where it has to use the sort's own count. */
 inline SortCounts *countsOf( QV_SORT *sort )
 {
-    SortCounts *counts = ownCounts;
-    int32_t     place  = __atomic_load_n( &sort->place, __ATOMIC_ACQUIRE );
+    QV___COUNTS *table = ownTable;
+    int32_t      place = __atomic_load_n( &sort->place, __ATOMIC_ACQUIRE );
 
-    if( __builtin_expect( counts && place > 0, 1 ) )
-        return counts + place;
+    if( __builtin_expect( table && place > 0, 1 ) )
+        return &table->sorts[place];
 
     return prepareCounts( sort );
 }

@@ -5,6 +5,7 @@
 #define QV_OBJ_LIFE_PRIVATE_H
 
 #include "qv/runtime/qv_obj_count_private.h"
+#include "qv/runtime/qv_obj_memory_private.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_unique_private.h"
@@ -26,19 +27,19 @@ bool recordsOrigin( QV_SORT *sort );
 /** Ends so many uses of memory that objects of a batch share, and frees it with the last. */
 void leaveShared( void *memory, int32_t uses );
 
-/** Makes an object of memory. Inline in all functions that create, so that each is one frame in the recorded stack of a
+/** Makes an object in memory of which its header says `memory`. Inline in all functions that create, so that each is one frame in the recorded stack of a
     creation, which leaves one out. `counts` is where the calling thread counts the sort's objects, if the caller knows
     that, else null. */
 __attribute__( ( always_inline ) ) inline QV_OBJ *createObject(
-    void *memory, uint16_t sharedOffset, QV_INT size, QV_SORT *sort, SortCounts *counts = nullptr )
+    void *place, uint16_t memory, QV_INT size, QV_SORT *sort, SortCounts *counts = nullptr )
 {
-    QV_OBJ *result = static_cast< QV_OBJ * >( memory );
+    QV_OBJ *result = static_cast< QV_OBJ * >( place );
 
     result->type              = QV___OBJ_TYPE_OBJECT;
     result->sort              = sort;
     result->unique            = QV___UNIQUE_INVALID;
     result->retainCount       = 1;
-    result->sharedOffset      = sharedOffset;
+    result->memory            = memory;
     result->isListed          = qv___ObjRun;
     result->dbgObjectSize     = size;
     result->dbgAllocationSize = 0;
@@ -64,6 +65,16 @@ __attribute__( ( always_inline ) ) inline QV_OBJ *createObject(
         qv___ObjLogAppendCallStack( result, 1, QV_INT_MAX );
 
     return result;
+}
+
+/** Makes an object in memory of its own. */
+__attribute__( ( always_inline ) ) inline QV_OBJ *createOwn(
+    QV_INT size, QV_INT extraBytes, QV_SORT *sort, SortCounts *counts = nullptr )
+{
+    uint16_t memory;
+    void    *place = takeMemory( size + extraBytes, &memory );
+
+    return createObject( place, memory, size, sort, counts );
 }
 
 /** Memory that is shared has room as a rule. Where `counts_` is known no object is listed. */
