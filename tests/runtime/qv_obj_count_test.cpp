@@ -117,6 +117,36 @@ TEST( ObjCount, IsNeverBelowWhatLives )
         } );
 }
 
+// The same by one thread alone, which has created and ended many before a look has read all of its numbers.
+TEST( ObjCount, IsNeverBelowWhatAQuickThreadKeeps )
+{
+    inPlainRun(
+        []
+        {
+            std::atomic< bool > over = false;
+            QV_OBJ             *last = create( qvOneSort() );
+
+            std::thread quick(
+                [&]
+                {
+                    for( int i = 0; !over; i++ )
+                        qvObjRelease( std::exchange( last, create( i % 4 < 2 ? qvTwoSort() : qvOneSort() ) ) );
+
+                    qvObjRelease( last );
+                } );
+
+            QV_INT least = 1;
+
+            for( int i = 0; i < 300000; i++ )
+                least = std::min( least, qv___ModuleObjects( &counted___module ) );
+
+            over = true;
+            quick.join();
+            EXPECT_EQ( 1, least );
+            expectNone();
+        } );
+}
+
 // Threads leave objects to others, end those of others, and create and end some while they end themselves.
 TEST( ObjCount, IsExactWhateverThreadsLeave )
 {
