@@ -341,7 +341,7 @@ inline QV_INT liveObjects()
     QV_INT count = 0;
 
     for( QV_SORT *sort = qv___module.sortsFirst; sort; sort = sort->sortsNext )
-        count += qv___AtomicLoad32( &sort->objects );
+        count += qvSortObjects( sort );
 
     return count;
 }

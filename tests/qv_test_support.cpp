@@ -3,6 +3,7 @@
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/runtime/qv_runtime.h"
+#include "qv/runtime/qv_sort.h"
 #include "qv/sys/qv_chars.h"
 
 #include <clocale>
@@ -27,7 +28,7 @@ void stop()
 {
     qvRuntimeShutdown();
     libraryRuns = false;
-    EXPECT_EQ( 0, qv___AtomicLoad32( &qv___module.sorts ) ) << "objects have outlived the library";
+    EXPECT_EQ( 0, qv___ModuleObjects( &qv___module ) ) << "objects have outlived the library";
 }
 
 // Starts the library once for the binary. No suite leaves more live objects than it found.
@@ -44,7 +45,7 @@ class Library : public testing::EmptyTestEventListener
         qv::test::settle();
 
         for( QV_SORT *sort = qv___module.sortsFirst; sort; sort = sort->sortsNext )
-            EXPECT_EQ( sort->own, qv___AtomicLoad32( &sort->objects ) ) << sort->name;
+            EXPECT_EQ( sort->own, qvSortObjects( sort ) ) << sort->name;
 
         stop();
     }
@@ -95,7 +96,7 @@ QV_INT qv::test::liveObjects()
     QV_INT count = 0;
 
     for( QV_SORT *sort = qv___module.sortsFirst; sort; sort = sort->sortsNext )
-        count += qv___AtomicLoad32( &sort->objects );
+        count += qvSortObjects( sort );
 
     return count;
 }

@@ -71,6 +71,16 @@ class Memory:
                 return self.name(self.pointer(sort, "QV_SORT.name"))
         raise Damaged(f"no object at {address:#x}")
 
+    def objects(self, sort):
+        """How many objects of a sort live: what the sort counts itself and what each thread does."""
+        total = self.field("I", sort, "QV_SORT.objects")
+        place = self.field("i", sort, "QV_SORT.place")
+        table = self.number(self.pointer_format, self.symbol("qv___Counts")) if place > 0 else 0
+        while table:
+            total += self.number("I", table + 8 * place) - self.number("I", table + 8 * place + 4)
+            table = self.pointer(table, "QV___COUNTS.before")
+        return total & 0xFFFFFFFF
+
     def length(self, address, family):
         length = self.field("q", address, family + ".length")
         if length < 0:
@@ -197,7 +207,7 @@ def description(memory, address):
     try:
         kind = memory.field("Q", address, "QV_OBJ.type")
         if kind == 1:
-            objects = counted(memory.field("i", address, "QV_SORT.objects"), "object")
+            objects = counted(memory.objects(address), "object")
             return f"<sort {memory.name(memory.pointer(address, 'QV_SORT.name'))}, {objects}>"
         if kind == 2:
             record = memory.pointer(address, "QV_MODULE.moduleRecord")
@@ -383,7 +393,7 @@ Without a sort: all sorts that have objects, and how many. With one: its objects
             for sort in self.walk(memory, first, "QV_SORT.sortsNext"):
                 name = memory.name(memory.pointer(sort, "QV_SORT.name"))
                 if not argument:
-                    print(f"{memory.field('i', sort, 'QV_SORT.objects'):8} {name}")
+                    print(f"{memory.objects(sort):8} {name}")
                 elif argument == name:
                     for obj in self.walk(memory, memory.pointer(sort, "QV_SORT.odbFirst"), "QV_OBJ.odbNext"):
                         print(f"{obj:#x} {description(memory, obj)}")

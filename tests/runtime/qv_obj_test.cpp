@@ -158,8 +158,7 @@ TEST( Obj, TheListsFollowObjectsThroughRunsOfAllKinds )
             d.reset();
             expectListed( {}, 0 );
 
-            // Objects of a batch are counted in together, and what is left of that is counted out.
-            int32_t strings = qvSortObjects( qvStringSort() );
+            QV_INT strings = qvSortObjects( qvStringSort() );
 
             for( std::string spaced = "a"; spaced.size() < 100; spaced += " a" )
                 Ref< QV_VECTOR >( qvStringSplitChar( text( spaced ), U' ', -1 ) );

@@ -53,7 +53,7 @@ void run( QV_INT flags, const std::function< void() > &body )
             start( flags );
             body();
             qvRuntimeShutdown();
-            EXPECT_EQ( 0, qv___AtomicLoad32( &qv___module.sorts ) );
+            EXPECT_EQ( 0, qv___ModuleObjects( &qv___module ) );
         } );
 }
 

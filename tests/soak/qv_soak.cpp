@@ -203,7 +203,7 @@ int main( int argc, char **argv )
     {
         qvRuntimeStartup( i % 2 ? 0 : QV_RUNTIME_FLAG_OBJECT_DATABASE, nullptr, nullptr, nullptr, nullptr );
         qvRuntimeShutdown();
-        EXPECT( qv___AtomicLoad32( &qv___module.sorts ) == 0 ); // nothing is left
+        EXPECT( qv___ModuleObjects( &qv___module ) == 0 ); // nothing is left
 
         if( i == starts / 5 )
             before = allocated( 0 );

@@ -44,13 +44,13 @@ typedef struct QV___OBJ_LOG_ENTRY QV___OBJ_LOG_ENTRY;
 /** The header. "Atomic" fields are read and written through qv_atomic.h only, where several threads know the object. */
 struct QV_OBJ
 {
-    uint64_t            type;              /**< QV___OBJ_TYPE_... */
-    QV_SORT            *sort;              /**< null in sort records and module objects */
-    QV___ATOMIC_INT     unique;            /**< atomic; a number and its run, -1 until it is first needed */
-    int32_t             retainCount;       /**< atomic */
-    uint16_t            sharedOffset;      /**< bytes since the start of memory shared with others; 0: has its own */
-    uint16_t            isListed;          /**< the run that created it keeps lists; never changes */
-    QV_INT              dbgObjectSize;     /**< the size given to qv___ObjCreate() */
+    uint64_t            type;          /**< QV___OBJ_TYPE_... */
+    QV_SORT            *sort;          /**< null in sort records and module objects */
+    QV___ATOMIC_INT     unique;        /**< atomic; a number and its run, -1 until it is first needed */
+    int32_t             retainCount;   /**< atomic */
+    uint16_t            memory;        /**< even: bytes since the start of shared memory; odd: a block by its size */
+    uint16_t            isListed;      /**< the run that created it keeps lists; never changes */
+    QV_INT              dbgObjectSize; /**< the size given to qv___ObjCreate() */
     QV___ATOMIC_INT     dbgAllocationSize; /**< atomic; bytes of storage outside the object */
     QV___OBJ_LOG_ENTRY *logFirst;          /**< null if the log is empty; guarded by the lock of all logs */
     QV___OBJ_LOG_ENTRY *logLast;           /**< likewise */
@@ -92,8 +92,8 @@ struct QV_SORT
     QV___FREE_FUNC      freeFunc;      /**< each of the three functions may be null */
     QV___COMPARE_FUNC   compareFunc;   /**< null: the order of the unique numbers */
     QV___TO_STRING_FUNC toStringFunc;  /**< null: the name and the unique number */
-    int32_t             objects;       /**< atomic; live objects */
-    int32_t             isKnown;       /**< atomic; in the list of all sorts that have had objects, by `odbNext` */
+    int32_t             objects;       /**< atomic; a part of the count of live objects: see qvSortObjects() */
+    int32_t             place;         /**< atomic; in the counts of threads; 0 until the sort's first object */
     QV_OBJ             *odbFirst;      /**< the listed objects, oldest first */
     QV_OBJ             *odbLast;       /**< the newest of them */
     QV_SORT            *sortsPrevious; /**< link in the module's list of sorts with listed objects */

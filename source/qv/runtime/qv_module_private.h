@@ -10,4 +10,9 @@ QV_API const QV_MODULE_RECORD qv___module_record;
 /** True for a module with a proper record that fits the running product. */
 QV_API QV_BOOL qv___ModuleCheckCompatibility( QV_MODULE *module );
 
+/** How many objects of the module's sorts live now. 0 means that there was a moment in the call at which none lived, and
+    that no code of the module ran for one then. Any thread, any time. The cost is that of reading some numbers for each
+    sort that has had objects and each thread that has created some. */
+QV_API QV_INT qv___ModuleObjects( QV_MODULE *module );
+
 #endif

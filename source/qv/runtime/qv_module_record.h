@@ -68,7 +68,7 @@ struct QV_MODULE
     QV_MODULE_SHUTDOWN_FUNC    shutdownFunc;      /**< the modules loaded after this one have ended */
     QV_MODULE_SHUTDOWN_FUNC    shutdownEndFunc;   /**< the last object of the module's sorts has ended */
     QV_MODULE_PERSONALITY_FUNC personalityFunc;   /**< what the module does as a program */
-    int32_t                    sorts;             /**< atomic; sorts with live objects */
+    int32_t                    sorts;             /**< atomic; sorts in the list that follows */
     QV_SORT                   *sortsFirst;        /**< the sorts with listed objects, if the run keeps lists */
     QV_SORT                   *sortsLast;         /**< the last of them */
 };

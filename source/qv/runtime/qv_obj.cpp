@@ -21,6 +21,7 @@ void qv___ObjStartup( void )
 {
     QV_INT flags = qvRuntimeFlags();
 
+    qv::startCounts();
     qv::objLogLock = qv___LockCreate();
     qv___ObjRun    = ( flags & QV_RUNTIME_FLAG_OBJECT_DATABASE ) ? qv::IS_LISTED | qv::IS_OWN : 0;
     qv___ObjOrigin = ( flags & QV_RUNTIME_FLAG_OBJECT_ORIGIN ) ? QV_TRUE : QV_FALSE;
@@ -37,6 +38,7 @@ void qv___ObjShutdown( void )
     qv::objLogLock = nullptr;
     qv___ObjRun    = qv::RUN_ENDED;
     qv___ObjOrigin = QV_FALSE;
+    qv::stopCounts();
 }
 
 void qv::reportNoRun()
@@ -72,27 +74,26 @@ inline void finish( QV_OBJ *thisObj, QV___FREE_FUNC freeFunc )
     if( __builtin_expect( unique != QV___UNIQUE_INVALID, 0 ) && qv::isUniqueOfThisRun( unique ) )
         qv___UniquePut( qv::uniqueNumber( unique ) );
 
-    // The counts go down last: when a module's count of sorts reaches 0, none of its code runs for an object.
+    // Last of all: when no object of a module's sorts is counted, none of its code runs for one.
     if( __builtin_expect( !thisObj->isListed, 1 ) )
-        qv::countOut( sort, 1 );
+        qv::countOut( sort );
     else
         qv::countOutListed( thisObj, !freeFunc ); // taken out of the list here, where the lock is held anyway
 
-    uint16_t sharedOffset = thisObj->sharedOffset;
-    char    *memory       = reinterpret_cast< char * >( thisObj ) - sharedOffset;
-    QV_INT   size         = thisObj->dbgObjectSize;
+    uint16_t memory = thisObj->memory;
+    QV_INT   size   = thisObj->dbgObjectSize;
 
     memset( static_cast< void * >( thisObj ), 0xFF, sizeof( QV_OBJ ) );
     __asm__ volatile( "" : : "r"( thisObj ) : "memory" ); // the compiler would drop stores to memory that is freed
 
-    if( sharedOffset == 0 )
+    if( qv::isOwn( memory ) )
     {
-        qv::freeBlock( memory );
+        qv::giveMemory( thisObj, memory );
         return;
     }
 
     qv::poison( thisObj, static_cast< size_t >( size ) ); // though the memory isn't freed yet
-    qv::leaveShared( memory, 1 );
+    qv::leaveShared( reinterpret_cast< char * >( thisObj ) - memory, 1 );
 }
 
 // A free function releases what its object holds, and so ends other objects. An object that would end more than
@@ -169,13 +170,13 @@ __attribute__( ( always_inline ) ) inline void end( QV_OBJ *thisObj )
 QV_OBJ *qv___ObjCreate( QV_INT size, QV_SORT *sort )
 {
     QV_CHECK( sort );
-    return qv::createObject( qvMemAlloc( size ), 0, size, sort );
+    return qv::createOwn( size, 0, sort );
 }
 
 QV_OBJ *qv::createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort )
 {
     QV_CHECK( sort );
-    return qv::createObject( qvMemAlloc( size + extraBytes ), 0, size, sort );
+    return qv::createOwn( size, extraBytes, sort );
 }
 
 void qv___ObjFree( QV_OBJ *thisObj )

@@ -22,7 +22,6 @@ const QV_INT  SHARED_SIZE  = qv::SLAB_PART;
 const QV_INT  SHARED_LIMIT = SHARED_SIZE / 4; // larger objects have their own memory
 const int32_t BATCH_USES   = SHARED_SIZE;
 const QV_INT  FEW          = 8;        // so many objects have memory of their own, which allocators have at hand
-const int32_t COUNTED      = 32;       // so many objects are counted in at once
 const QV_INT  MANY         = 16 << 10; // bytes of objects after which memory comes from slabs
 
 static_assert( SHARED_SIZE <= UINT16_MAX, "an object's header holds the distance in two bytes" );
@@ -75,29 +74,20 @@ void qv::ObjBatch::close()
 qv::ObjBatch::~ObjBatch()
 {
     close();
-
-    if( counted_ > 0 )
-        countOut( sort_, counted_ );
 }
 
 QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes )
 {
     QV_INT bytes = ( size + extraBytes + 7 ) & ~QV_INT( 7 );
 
-    if( counted_ == 0 && !qv___ObjRun )
-    {
-        counted_ = objects_ < FEW ? int32_t( FEW ) : COUNTED;
-        countIn( sort_, counted_ );
-    }
-
-    bool isCounted = counted_ > 0;
-    counted_ -= isCounted;
+    if( !counts_ && !qv___ObjRun )
+        counts_ = countsOf( sort_ );
 
     if( objects_ < FEW || bytes > SHARED_LIMIT )
     {
         objects_++;
         bytes_ += bytes;
-        return createObject( qvMemAlloc( size + extraBytes ), 0, size, sort_, isCounted );
+        return createOwn( size, extraBytes, sort_, counts_ );
     }
 
     if( !memory_ || end_ - next_ < bytes )
@@ -108,7 +98,7 @@ QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes )
     bytes_ += bytes;
     users_++;
 
-    return createObject( at, static_cast< uint16_t >( at - memory_ ), size, sort_, isCounted );
+    return createObject( at, static_cast< uint16_t >( at - memory_ ), size, sort_, counts_ );
 }
 
 /* Releases ------------------------------------------------------------------------------------------------------- */
@@ -130,33 +120,30 @@ bool qv::ObjReleases::endLeaf( QV_OBJ *object )
 
     QV_ASSERT( object->dbgAllocationSize == 0 );
 
-    if( sort != sort_ || ended_ == COUNTED - 1 )
-        countOutAll();
+    countOut( sort );
 
-    sort_ = sort;
-    ended_++;
-
-    uint16_t sharedOffset = object->sharedOffset;
-    char    *memory       = reinterpret_cast< char * >( object ) - sharedOffset;
-    QV_INT   size         = object->dbgObjectSize;
+    uint16_t memory = object->memory;
+    QV_INT   size   = object->dbgObjectSize;
 
     memset( static_cast< void * >( object ), 0xFF, sizeof( QV_OBJ ) );
     __asm__ volatile( "" : : "r"( object ) : "memory" ); // the compiler would drop stores to memory that is freed
 
-    if( sharedOffset == 0 )
+    if( isOwn( memory ) )
     {
-        qv::freeBlock( memory );
+        giveMemory( object, memory );
         return true;
     }
 
     poison( object, static_cast< size_t >( size ) ); // though the memory isn't freed yet
 
-    if( memory != memory_ )
+    char *shared = reinterpret_cast< char * >( object ) - memory;
+
+    if( shared != memory_ )
     {
         if( left_ > 0 )
             leaveShared( memory_, left_ );
 
-        memory_ = memory;
+        memory_ = shared;
         left_   = 0;
     }
 
@@ -164,18 +151,8 @@ bool qv::ObjReleases::endLeaf( QV_OBJ *object )
     return true;
 }
 
-void qv::ObjReleases::countOutAll()
-{
-    if( ended_ > 0 )
-        countOut( sort_, ended_ );
-
-    ended_ = 0;
-}
-
 qv::ObjReleases::~ObjReleases()
 {
-    countOutAll();
-
     if( left_ > 0 )
         leaveShared( memory_, left_ );
 }

@@ -4,37 +4,16 @@
 #ifndef QV_OBJ_LIFE_PRIVATE_H
 #define QV_OBJ_LIFE_PRIVATE_H
 
+#include "qv/runtime/qv_obj_count_private.h"
+#include "qv/runtime/qv_obj_memory_private.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_unique_private.h"
 
 namespace qv
 {
-/** Puts a sort into the list of those that have had objects. */
-void makeKnown( QV_SORT *sort );
-
-/** Count objects of a sort in and out. The first object of a sort also counts the sort in its module, and the last
-    counts it out. */
-inline void countIn( QV_SORT *sort, int32_t objects )
-{
-    if( qv___AtomicAdd32( &sort->objects, objects ) != objects )
-        return;
-
-    if( sort->module )
-        qv___AtomicAdd32( &sort->module->sorts, 1 );
-
-    if( __builtin_expect( !qv___AtomicLoad32( &sort->isKnown ), 0 ) )
-        makeKnown( sort );
-}
-
-inline void countOut( QV_SORT *sort, int32_t objects )
-{
-    if( qv___AtomicAdd32( &sort->objects, -objects ) == 0 && sort->module )
-        qv___AtomicAdd32( &sort->module->sorts, -1 );
-}
-
-/** Puts a new object at the end of its sort's list, and counts it unless its batch has counted it already. */
-void enterList( QV_OBJ *object, bool isCounted );
+/** Puts a new object at the end of its sort's list, and counts it. */
+void enterList( QV_OBJ *object );
 
 /** Takes an object that nobody holds out of its list. It stays counted. */
 void leaveList( QV_OBJ *object );
@@ -48,18 +27,19 @@ bool recordsOrigin( QV_SORT *sort );
 /** Ends so many uses of memory that objects of a batch share, and frees it with the last. */
 void leaveShared( void *memory, int32_t uses );
 
-/** Makes an object of memory. Inline in all functions that create, so that each is one frame in the recorded stack of a
-    creation, which leaves one out. */
+/** Makes an object in memory of which its header says `memory`. Inline in all functions that create, so that each is one frame in the recorded stack of a
+    creation, which leaves one out. `counts` is where the calling thread counts the sort's objects, if the caller knows
+    that, else null. */
 __attribute__( ( always_inline ) ) inline QV_OBJ *createObject(
-    void *memory, uint16_t sharedOffset, QV_INT size, QV_SORT *sort, bool isCounted = false )
+    void *place, uint16_t memory, QV_INT size, QV_SORT *sort, SortCounts *counts = nullptr )
 {
-    QV_OBJ *result = static_cast< QV_OBJ * >( memory );
+    QV_OBJ *result = static_cast< QV_OBJ * >( place );
 
     result->type              = QV___OBJ_TYPE_OBJECT;
     result->sort              = sort;
     result->unique            = QV___UNIQUE_INVALID;
     result->retainCount       = 1;
-    result->sharedOffset      = sharedOffset;
+    result->memory            = memory;
     result->isListed          = qv___ObjRun;
     result->dbgObjectSize     = size;
     result->dbgAllocationSize = 0;
@@ -70,14 +50,16 @@ __attribute__( ( always_inline ) ) inline QV_OBJ *createObject(
 
     if( __builtin_expect( !result->isListed, 1 ) )
     {
-        if( !isCounted )
-            countIn( sort, 1 );
+        if( counts )
+            countInAt( counts );
+        else
+            countIn( sort );
 
         return result;
     }
 
     checkRun();
-    enterList( result, isCounted );
+    enterList( result );
 
     if( qv___ObjOrigin && recordsOrigin( sort ) )
         qv___ObjLogAppendCallStack( result, 1, QV_INT_MAX );
@@ -85,22 +67,31 @@ __attribute__( ( always_inline ) ) inline QV_OBJ *createObject(
     return result;
 }
 
-/** Memory that is shared has room as a rule, and objects to come are counted then, which says that none is listed. */
+/** Makes an object in memory of its own. */
+__attribute__( ( always_inline ) ) inline QV_OBJ *createOwn(
+    QV_INT size, QV_INT extraBytes, QV_SORT *sort, SortCounts *counts = nullptr )
+{
+    uint16_t memory;
+    void    *place = takeMemory( size + extraBytes, &memory );
+
+    return createObject( place, memory, size, sort, counts );
+}
+
+/** Memory that is shared has room as a rule. Where `counts_` is known no object is listed. */
 inline QV_OBJ *ObjBatch::createInline( QV_INT size, QV_INT extraBytes )
 {
     QV_INT bytes = ( size + extraBytes + 7 ) & ~QV_INT( 7 );
 
-    if( !memory_ || end_ - next_ < bytes || counted_ == 0 )
+    if( !memory_ || end_ - next_ < bytes || !counts_ )
         return create( size, extraBytes );
 
-    QV_ASSERT( !qv___ObjRun );
+    QV_ASSERT( !qv___ObjRun && counts_ == countsOf( sort_ ) ); // a batch belongs to one thread
     char *at = next_;
     next_ += bytes;
     bytes_ += bytes;
     users_++;
-    counted_--;
 
-    return createObject( at, static_cast< uint16_t >( at - memory_ ), size, sort_, true );
+    return createObject( at, static_cast< uint16_t >( at - memory_ ), size, sort_, counts_ );
 }
 } // namespace qv
 

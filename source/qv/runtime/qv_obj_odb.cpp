@@ -7,10 +7,6 @@
 
 namespace
 {
-QV_SORT *knownSorts = nullptr; // atomic
-
-// Objects are counted atomically even where the lock is held: those of runs without lists are counted without it.
-
 void linkSort( QV_OBJ *result )
 {
     QV_MODULE *module = result->sort->module;
@@ -26,6 +22,7 @@ void linkSort( QV_OBJ *result )
         module->sortsFirst = result->sort;
 
     module->sortsLast = result->sort;
+    qv___AtomicAdd32( &module->sorts, 1 );
 }
 
 void unlinkSort( QV_SORT *sort )
@@ -44,6 +41,7 @@ void unlinkSort( QV_SORT *sort )
 
     sort->sortsPrevious = nullptr;
     sort->sortsNext     = nullptr;
+    qv___AtomicAdd32( &module->sorts, -1 );
 }
 
 void unlinkObject( QV_OBJ *object )
@@ -63,31 +61,14 @@ void unlinkObject( QV_OBJ *object )
 }
 } // namespace
 
-void qv::makeKnown( QV_SORT *sort )
-{
-    if( qv___AtomicCompareExchange32( &sort->isKnown, 0, 1 ) != 0 )
-        return;
-
-    QV_SORT *first = __atomic_load_n( &knownSorts, __ATOMIC_RELAXED );
-
-    do
-        sort->odbNext = first;
-    while( !__atomic_compare_exchange_n( &knownSorts, &first, sort, false, __ATOMIC_RELEASE, __ATOMIC_RELAXED ) );
-}
-
-QV_SORT *qv::newestSort()
-{
-    return __atomic_load_n( &knownSorts, __ATOMIC_ACQUIRE );
-}
-
-void qv::enterList( QV_OBJ *object, bool isCounted )
+void qv::enterList( QV_OBJ *object )
 {
     QV_SORT *sort = object->sort;
     HeldLock held( listsLock );
 
-    if( !isCounted )
-        countIn( sort, 1 );
-
+    // Atomically though the lock is held: threads without a table change the count without it.
+    makeKnown( sort );
+    qv___AtomicAdd32( &sort->objects, 1 );
     sort->listed++;
 
     if( sort->listed == 1 && sort->module )
@@ -123,7 +104,7 @@ void qv::countOutListed( QV_OBJ *object, bool leavesList )
     if( sort->listed == 0 && sort->module )
         unlinkSort( sort );
 
-    countOut( sort, 1 );
+    qv___AtomicAdd32( &sort->objects, -1 );
 }
 
 QV_BOOL qv___ObjOdbEnabled( void )
@@ -165,7 +146,7 @@ void qv___ObjCheckLists( void )
         // Objects whose free function runs are counted, but no longer in the list.
         QV_CHECK( sort->odbLast == previous );
         QV_CHECK( sort->listed >= length );
-        QV_CHECK( qv___AtomicLoad32( &sort->objects ) >= sort->listed );
+        QV_CHECK( qv::liveObjects( sort ) >= sort->listed );
         QV_CHECK( sort->listed > 0 );
         QV_CHECK( sort->module == &qv___module );
         QV_CHECK( sort->sortsPrevious == previousSort );
@@ -173,5 +154,5 @@ void qv___ObjCheckLists( void )
     }
 
     QV_CHECK( qv___module.sortsLast == previousSort );
-    QV_CHECK( qv___AtomicLoad32( &qv___module.sorts ) >= sorts );
+    QV_CHECK( qv___AtomicLoad32( &qv___module.sorts ) == sorts );
 }

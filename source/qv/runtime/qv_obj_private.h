@@ -13,6 +13,8 @@ extern "C" QV_BOOL  qv___ObjOrigin; /**< each object logs the stack of its creat
 
 namespace qv
 {
+struct SortCounts;
+
 /** What qv___ObjRun holds. In a run it is what every object gets as its field `isListed`: 0 where there are no lists. */
 const uint16_t IS_LISTED = 1; /**< the run keeps lists of all live objects */
 const uint16_t IS_OWN    = 2; /**< the library makes for itself what it makes now, at its start; with the lists only */
@@ -44,8 +46,8 @@ QV_OBJ *createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort );
 
 /** Creates objects of a sort, which may be many and small. Then several of them share memory: an allocation serves
     about ten and is freed with the last of them, so that an object that outlives the others holds two kilobytes at
-    most, or some pages where there were so many that the memory comes from slabs. The first few, and large ones, have memory of their own. All are objects like any others. A batch is a local
-    variable of one thread; while it lasts, the count of the sort's objects may be up to 31 too high.
+    most, or some pages where there were so many that the memory comes from slabs. The first few, and large ones, have
+    memory of their own. All are objects like any others. A batch is a local variable of one thread.
 
         qv::ObjBatch batch( qvPointSort() );
 
@@ -80,12 +82,12 @@ private:
     char    *next_    = nullptr; // free places in it
     char    *end_     = nullptr;
     int32_t  users_   = 0; // objects in it
-    int32_t  counted_ = 0; // objects to come that the sort counts already
+
+    SortCounts *counts_ = nullptr; // where the thread counts the sort's objects, unless they are listed
 };
 
-/** Releases objects, which may be many and small. What is common to the ends of several is done once: they are counted
-    out of their sort, and leave memory that they share. A local variable of one thread; while it lasts, the count of a
-    sort's objects may be up to 31 too high.
+/** Releases objects, which may be many and small. Those that share memory leave it together. A local variable of one
+    thread.
 
         qv::ObjReleases releases;
 
@@ -110,12 +112,9 @@ public:
 
 private:
     bool endLeaf( QV_OBJ *object );
-    void countOutAll();
 
-    QV_SORT *sort_   = nullptr;
-    int32_t  ended_  = 0;       // objects of the sort that are still to be counted out
-    char    *memory_ = nullptr; // shared memory
-    int32_t  left_   = 0;       // uses of it that are still to end
+    char   *memory_ = nullptr; // shared memory
+    int32_t left_   = 0;       // uses of it that are still to end
 };
 
 /** Takes `more` references to an object that may be shared: every borrowed argument may be, at any moment. */
@@ -225,14 +224,6 @@ private:
     QV_INT   length_ = 0;
     QV_INT   size_   = 0;
 };
-
-/** The sorts that have had an object since the library was mapped, as a list that gets longer at its start: the newest
-    one, and the one before. Null at the end. Any thread, any time. */
-QV_SORT        *newestSort();
-inline QV_SORT *sortBefore( QV_SORT *sort )
-{
-    return static_cast< QV_SORT * >( sort->odbNext ); // of no other use to the header of a sort
-}
 
 /** The lock of all logs, made and destroyed with that of the database. */
 extern QV___LOCK *objLogLock;

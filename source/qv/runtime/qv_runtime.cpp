@@ -55,7 +55,7 @@ void reportSurvivors()
 {
     QV_INT flags = qv___RuntimeFlags;
 
-    if( !( flags & QV___RUNTIME_FLAGS_SNAPSHOT ) || qv___AtomicLoad32( &qv___module.sorts ) == 0 )
+    if( !( flags & QV___RUNTIME_FLAGS_SNAPSHOT ) || qv___ModuleObjects( &qv___module ) == 0 )
         return;
 
     qv___RuntimeFlags = QV_RUNTIME_FLAG_MINIMAL;

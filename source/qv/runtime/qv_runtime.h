@@ -283,8 +283,8 @@ typedef void ( *QV_RUNTIME_LEAK_FUNC )( QV_SORT *sort, const char *sortName, QV_
     a program that has given up what it owns finds 0 here before it stops the library. How many objects; and, by sort,
     in the order of the names. Works in every run, whatever its flags, and after the stop, when it counts what has
     outlived the library. Objects that modules hold from their start on are counted until they are unloaded, those of
-    earlier runs until they end. Any thread; while other threads create and release objects a count may be up to 31
-    objects of a sort too high. The cost is that of reading two numbers for each sort. */
+    earlier runs until they end. Any thread; while other threads create and release objects a count may include some that
+    have ended meanwhile. The cost is that of qvSortObjects() for each sort that has had objects. */
 QV_API QV_INT qvRuntimeLeakCount( void );
 QV_API void   qvRuntimeLeakVisit( QV_RUNTIME_LEAK_FUNC func, void *context );
 /** @} */

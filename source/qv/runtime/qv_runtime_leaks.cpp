@@ -4,6 +4,7 @@
 #include "qv/io/qv_print.h"
 #include "qv/qv_tool_private.h"
 #include "qv/runtime/qv_obj.h"
+#include "qv/runtime/qv_obj_count_private.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime.h"
@@ -23,7 +24,7 @@ const QV_INT SHOWN_TEXT = 200; // characters of an object's text that a report s
 QV_INT leaksOf( QV_SORT *sort )
 {
     // An object may be between the two counts: its creation is counted first.
-    return qvIntMax( 0, QV_INT( qv___AtomicLoad32( &sort->objects ) ) - qv___AtomicLoad32( &sort->own ) );
+    return qvIntMax( 0, qv::liveObjects( sort ) - qv___AtomicLoad32( &sort->own ) );
 }
 
 // The sorts of a module, or all, that have leaks now, in the order of their names. In plain memory: the look changes no
@@ -147,13 +148,13 @@ void appendObjects( QV_STRING **report, QV_VECTOR *objects )
 void qv::beginOwn()
 {
     for( QV_SORT *sort = newestSort(); sort; sort = sortBefore( sort ) )
-        qv___AtomicStore32( &sort->own, -qv___AtomicLoad32( &sort->objects ) );
+        qv___AtomicStore32( &sort->own, -static_cast< int32_t >( liveObjects( sort ) ) );
 }
 
 void qv::endOwn()
 {
     for( QV_SORT *sort = newestSort(); sort; sort = sortBefore( sort ) )
-        qv___AtomicAdd32( &sort->own, qv___AtomicLoad32( &sort->objects ) );
+        qv___AtomicAdd32( &sort->own, static_cast< int32_t >( liveObjects( sort ) ) );
 }
 
 void qv::addOwn( QV_SORT *sort, int32_t more )

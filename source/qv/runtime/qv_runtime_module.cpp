@@ -215,13 +215,13 @@ void awaitLastObject( QV_MODULE *module, bool *reported )
     QV_INT     msecs       = 0;
     QV_INT     sinceReport = 0;
 
-    while( qv___AtomicLoad32( &module->sorts ) )
+    while( qv___ModuleObjects( module ) )
     {
         qvSleepTimed( nullptr, PAUSE );
         msecs = qvIntAddSaturating( msecs, PAUSE );
         sinceReport += PAUSE;
 
-        if( qv___RuntimeUnloadWaitFunc && qv___AtomicLoad32( &module->sorts ) )
+        if( qv___RuntimeUnloadWaitFunc && qv___ModuleObjects( module ) )
             qv___RuntimeUnloadWaitFunc(
                 module, msecs, isLimited ? qvIntMax( 0, QV___RUNTIME_UNLOAD_MODULE_TIMEOUT - msecs ) : -1 );
 

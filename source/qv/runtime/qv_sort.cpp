@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_name.h"
 #include "qv/base/qv_string.h"
+#include "qv/runtime/qv_obj_count_private.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_order_private.h"
@@ -63,7 +64,7 @@ QV_STRING *qvSortName( QV_SORT *sort )
 QV_INT qvSortObjects( QV_SORT *sort )
 {
     QV_CHECK( sort );
-    return qv___AtomicLoad32( &sort->objects );
+    return qv::liveObjects( sort );
 }
 
 QV_VECTOR *qvSortSnapshot( QV_SORT *sort )

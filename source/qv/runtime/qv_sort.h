@@ -18,7 +18,10 @@ QV_API QV_BOOL    qvSortHasModule( QV_SORT *sort );
 /** The sort's name, as `QV_STRING`: a new text. */
 QV_API QV_STRING *qvSortName( QV_SORT *sort );
 
-/** How many objects of the sort live now. */
+/** How many objects of the sort live now: exact unless other threads create or end some meanwhile. Then it is never
+    below the objects that live during the whole call, and it is 0 only if there was a moment at which none lived; it may
+    include objects that others have created and ended meanwhile. The cost is that of reading a few numbers for each of
+    the threads that work with objects at the same time. */
 QV_API QV_INT qvSortObjects( QV_SORT *sort );
 
 /** The objects of the sort that live now, oldest first, as a new Vector, which holds a reference to each. Null when the

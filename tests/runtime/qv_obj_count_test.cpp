@@ -1,0 +1,280 @@
+#include "qv_test_child.h"
+
+#include "qv/qv.h"
+#include "qv/runtime/qv_module_private.h"
+#include "qv/sys/qv_assert_private.h"
+
+#include <atomic>
+#include <memory>
+#include <thread>
+
+#include <csignal>
+
+#include <malloc.h>
+#include <pthread.h>
+
+using qv::Ref;
+using namespace qv::test;
+
+/* Two families of a module of the test --------------------------------------------------------------------------- */
+
+extern "C" QV_MODULE counted___module;
+QV_MODULE            counted___module = { QV___STATIC_HEADER( QV___OBJ_TYPE_MODULE ), &qv___module_record };
+
+#undef QV_THIS_MODULE
+#define QV_THIS_MODULE counted___module
+
+typedef struct QV_ONE QV_ONE;
+typedef struct QV_TWO QV_TWO;
+
+QV_FAMILY( One, QV_ONE )
+QV_FAMILY( Two, QV_TWO )
+
+QV___FAMILY( One, QV_ONE, nullptr, nullptr, nullptr )
+QV___FAMILY( Two, QV_TWO, nullptr, nullptr, nullptr )
+
+namespace
+{
+QV_OBJ *create( QV_SORT *sort )
+{
+    return qv___ObjCreate( sizeof( QV_OBJ ), sort );
+}
+
+// A run without lists, in which threads count for themselves.
+void inPlainRun( const std::function< void() > &body )
+{
+    withoutLibrary(
+        [&]
+        {
+            qvRuntimeStartup( 0, nullptr, nullptr, nullptr, nullptr );
+            body();
+            qvRuntimeShutdown();
+        } );
+}
+
+void expectNone()
+{
+    EXPECT_EQ( 0, qvSortObjects( qvOneSort() ) );
+    EXPECT_EQ( 0, qvSortObjects( qvTwoSort() ) );
+    EXPECT_EQ( 0, qv___ModuleObjects( &counted___module ) );
+}
+} // namespace
+
+// One object or two live at any time, of one sort or of two in turn. One thread creates them, another ends them.
+TEST( ObjCount, IsNeverBelowWhatLives )
+{
+    inPlainRun(
+        []
+        {
+            for( bool inTurn : { false, true } )
+            {
+                std::atomic< QV_OBJ * > handed = nullptr;
+                std::atomic< bool >     over   = false;
+                QV_OBJ                 *first  = create( qvOneSort() );
+
+                std::thread creates(
+                    [&]
+                    {
+                        for( int i = 1; !over; i++ )
+                        {
+                            QV_OBJ *next = create( inTurn && i % 2 ? qvTwoSort() : qvOneSort() );
+
+                            while( handed && !over )
+                                sched_yield();
+
+                            if( QV_OBJ *left = handed.exchange( next ) )
+                                qvObjRelease( left );
+                        }
+                    } );
+
+                std::thread ends(
+                    [&, last = first]() mutable
+                    {
+                        while( !over )
+                            if( QV_OBJ *next = handed.exchange( nullptr ) )
+                                qvObjRelease( std::exchange( last, next ) );
+
+                        creates.join();
+                        qvObjRelease( last );
+                    } );
+
+                for( int i = 0; i < 200000; i++ )
+                {
+                    if( !inTurn )
+                        ASSERT_GT( qvSortObjects( qvOneSort() ), 0 );
+
+                    ASSERT_GT( qv___ModuleObjects( &counted___module ), 0 );
+                }
+
+                over = true;
+                ends.join();
+
+                if( QV_OBJ *left = handed )
+                    qvObjRelease( left );
+
+                expectNone();
+            }
+        } );
+}
+
+// The same by one thread alone, which has created and ended many before a look has read all of its numbers.
+TEST( ObjCount, IsNeverBelowWhatAQuickThreadKeeps )
+{
+    inPlainRun(
+        []
+        {
+            std::atomic< bool > over = false;
+            QV_OBJ             *last = create( qvOneSort() );
+
+            std::thread quick(
+                [&]
+                {
+                    for( int i = 0; !over; i++ )
+                        qvObjRelease( std::exchange( last, create( i % 4 < 2 ? qvTwoSort() : qvOneSort() ) ) );
+
+                    qvObjRelease( last );
+                } );
+
+            QV_INT least = 1;
+
+            for( int i = 0; i < 300000; i++ )
+                least = std::min( least, qv___ModuleObjects( &counted___module ) );
+
+            over = true;
+            quick.join();
+            EXPECT_EQ( 1, least );
+            expectNone();
+        } );
+}
+
+// Threads leave objects to others, end those of others, and create and end some while they end themselves.
+TEST( ObjCount, IsExactWhateverThreadsLeave )
+{
+    inPlainRun(
+        []
+        {
+            pthread_key_t key; // destroyed after the library has noticed the end of the thread
+            ASSERT_EQ(
+                0, pthread_key_create(
+                       &key,
+                       []( void *object )
+                       {
+                           qvObjRelease( create( qvTwoSort() ) );
+                           qvObjRelease( static_cast< QV_OBJ * >( object ) );
+                       } ) );
+
+            size_t memory = 0;
+
+            for( int i = 0; i < 2000; i++ )
+            {
+                QV_OBJ *ours = create( qvOneSort() ), *theirs = nullptr;
+
+                std::thread(
+                    [&]
+                    {
+                        theirs = create( qvTwoSort() );
+                        pthread_setspecific( key, create( qvOneSort() ) );
+                        qvObjRelease( ours );
+                    } )
+                    .join();
+
+                ASSERT_EQ( 0, qvSortObjects( qvOneSort() ) );
+                ASSERT_EQ( 1, qv___ModuleObjects( &counted___module ) );
+                qvObjRelease( theirs );
+
+                if( i == 0 )
+                    memory = mallinfo2().uordblks;
+            }
+
+            // A thread takes the numbers over that another one has left.
+            EXPECT_LT( mallinfo2().uordblks, memory + 100000 );
+            pthread_key_delete( key );
+            expectNone();
+        } );
+}
+
+// Memory of an object that has ended is used again by the same thread, but for what that would hide.
+TEST( ObjCount, AThreadKeepsTheMemoryOfWhatEnds )
+{
+    auto again = []
+    {
+        QV_OBJ   *object  = create( qvOneSort() );
+        uintptr_t address = reinterpret_cast< uintptr_t >( object );
+        qvObjRelease( object );
+
+        // Still all ones: what uses an object that has ended finds no sort.
+        if( !QV___ASAN && !( qvRuntimeFlags() & QV_RUNTIME_FLAG_MEMORY_DEBUG ) )
+            EXPECT_EQ( UINTPTR_MAX, reinterpret_cast< uintptr_t >( object->sort ) );
+
+        Ref< QV_OBJ > next( create( qvOneSort() ) );
+        return address == reinterpret_cast< uintptr_t >( next.get() );
+    };
+
+    inPlainRun( [&] { EXPECT_EQ( !QV___ASAN, again() ); } );
+
+#if QV___ASSERTIONS && !QV___ASAN
+    auto misuse = []
+    {
+        QV_OBJ *object = create( qvOneSort() );
+        qvObjRelease( object );
+        object->retainCount = 2;
+        create( qvOneSort() );
+    };
+    inPlainRun( [&] { EXPECT_EQ( SIGABRT, inChild( misuse ).signal ); } );
+#endif
+}
+
+// More sorts than a thread has places for, whose objects outlive two runs and the thread that created them.
+TEST( ObjCount, HasRoomForAllSorts )
+{
+    Ending ending = inChild(
+        []
+        {
+            static QV_SORT sorts[1200];
+            static QV_OBJ *objects[std::size( sorts )];
+            qvRuntimeShutdown();
+
+            for( int start = 0; start < 2; start++ )
+            {
+                qvRuntimeStartup(
+                    start == 0 ? 0 : QV_RUNTIME_FLAG_OBJECT_DATABASE, nullptr, nullptr, nullptr, nullptr );
+
+                std::thread(
+                    [start]
+                    {
+                        for( size_t i = 0; i < std::size( sorts ); i++ )
+                        {
+                            if( start == 0 )
+                                sorts[i] = QV___STATIC_SORT(
+                                    &counted___module, "QV_MANY", nullptr, nullptr, nullptr, nullptr, nullptr );
+                            else
+                                qvObjRelease( objects[i] );
+
+                            objects[i] = create( &sorts[i] );
+                        }
+                    } )
+                    .join();
+
+                qvRuntimeShutdown();
+
+                if( qv___ModuleObjects( &counted___module ) != std::ssize( sorts ) )
+                    _exit( 1 );
+            }
+
+            for( size_t i = 0; i < std::size( sorts ); i++ )
+            {
+                if( qvSortObjects( &sorts[i] ) != 1 )
+                    _exit( 2 );
+
+                qvObjRelease( objects[i] );
+
+                if( qvSortObjects( &sorts[i] ) != 0 )
+                    _exit( 3 );
+            }
+
+            if( qv___ModuleObjects( &counted___module ) != 0 )
+                _exit( 4 );
+        } );
+
+    EXPECT_EQ( 0, ending.status ) << ending.errors;
+}
