@@ -148,6 +148,44 @@ TEST( Codec, EveryKernelFindsTheSameBytes )
     qv___VectorsForceKernel( -1 );
 }
 
+namespace
+{
+int probes =
+    0; // how often the byte of U+00FF was asked for, which is in no text: once for each time its block is learnt
+
+// ASCII and 128 Cyrillic characters, so that nothing else of the first blocks has a byte.
+QV_BOOL mapCyrillic( QV_CHAR ch, uint8_t *byte )
+{
+    probes += ch == 0xFF;
+    *byte = static_cast< uint8_t >( ch < 0x80 ? ch : 0x80 | ch );
+
+    return ch < 0x80 || ch >> 7 == 8 ? QV_TRUE : QV_FALSE;
+}
+} // namespace
+
+// A block is learnt once, however often its characters turn out to have no byte, and does not take the place of letters.
+TEST( Codec, BlocksWithoutBytesAreLearntOnce )
+{
+    std::u32string values;
+    std::string    expected;
+
+    for( int i = 0; i < 20000; i++ )
+    {
+        values += i % 60 == 0 ? U'\xAB' : 0x410 + i % 64;
+        expected += i % 60 == 0 ? '?' : static_cast< char >( 0x80 | values.back() );
+    }
+
+    SinkLog< Bytes >    log;
+    Ref< QV_BYTE_SINK > byteSink = log.sink();
+    Ref< QV_CHAR_SINK > sink( qv___CharsetMapCharSinkCreate( byteSink, 0, mapCyrillic ) );
+    probes = 0;
+
+    EXPECT_TRUE( qvCharSinkWrite( sink, text( values ) ) );
+    EXPECT_TRUE( qvCharSinkFlush( sink ) );
+    EXPECT_EQ( expected, log.written );
+    EXPECT_EQ( qv___VectorsForceKernel( -1 ) == qv::vectors::VECTORS_64 ? 1 : 0, probes );
+}
+
 // The walks ask the tables of single bytes themselves, and write no values that no character has.
 TEST( Codec, ExamplesComeOutAsTheyShould )
 {

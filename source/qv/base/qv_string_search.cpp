@@ -45,8 +45,9 @@ QV_BOOL qvStringEqualsChar( QV_STRING *qvs, QV_CHAR ch )
     return qvStringEqualsChars( qvs, &ch, 1 );
 }
 
-// ASCII is compared as it stands. What follows from the first other byte on is decoded on the stack if it is short, else
-// all is left to a String, and so is what is wrong.
+// Compares ASCII with the bytes as they stand. From the first other byte on, up to SHORT bytes are decoded on the stack, with
+// the usual replacement of invalid ones; where more follow, the whole text becomes a String. That way also reports wrong
+// arguments.
 QV_BOOL qvStringEqualsCstr( QV_STRING *qvs, const char *text, QV_INT length )
 {
     if( qvs && text && length >= -1 )

@@ -37,6 +37,8 @@ const QV_INT BLOCK   = 8;
 const QV_INT RUN     = 32;  // characters that a run taken by the vectors should have
 const QV_INT PAUSE   = 256; // characters after a shorter one in which no run is looked for
 
+const QV_INT MOST_SINGLY = 64; // characters that are looked at one by one
+
 // So many places that the letters of an alphabet and ASCII do not share one.
 const QV_CHAR MEMO_MASK = 2047;
 
@@ -106,8 +108,9 @@ bool putInvalid( Sink *csc, QV_CHAR ch )
     return invalid == qv::Invalid::LEAVE_OUT;
 }
 
-// Fills a window for a character that was in none. The first two are filled at once where much text follows; else the one
-// before was near it, and each window waits for twice as many such characters as the last one, so that a text that is
+// Fills a window with the block of a character that no window has a byte for, if its block is in none yet. The first two
+// blocks are taken at once where much text follows. Any other is taken if the last such character was of the same block,
+// and there were twice as many of them as before the window that was filled last, so that a text of characters from
 // everywhere does not fill them again and again. False if nothing was filled.
 bool learn( Sink *csc, QV_CHAR ch, QV_INT following )
 {
@@ -115,9 +118,14 @@ bool learn( Sink *csc, QV_CHAR ch, QV_INT following )
 
     Windows *windows = &csc->windows;
     QV_CHAR  block   = ch >> 7;
-    bool     isNear  = block == windows->missed;
-    bool     isSoon  = windows->needed <= 4 && following >= MUCH;
-    windows->missed  = static_cast< uint8_t >( std::min( block, QV_CHAR( 255 ) ) );
+
+    for( const qv::vectors::CharBytes &window : windows->of )
+        if( window.block == block )
+            return false;
+
+    bool isNear     = block == windows->missed;
+    bool isSoon     = windows->needed <= 4 && following >= MUCH;
+    windows->missed = static_cast< uint8_t >( std::min( block, QV_CHAR( 255 ) ) );
 
     if( ( ( ++windows->misses < windows->needed || !isNear ) && !isSoon ) || block >= 255 )
         return false;
@@ -131,7 +139,7 @@ bool learn( Sink *csc, QV_CHAR ch, QV_INT following )
 
     windows->next   = 1 - windows->next;
     windows->misses = 0;
-    windows->needed += std::min( windows->needed, UINT32_MAX / 2 );
+    windows->needed = 2 * std::min( windows->needed, UINT32_MAX / 2 );
 
     return true;
 }
@@ -243,18 +251,21 @@ constexpr qv::vectors::Range COMMON[] = { { 0, 0x300 }, { 0x388, 0x483 }, { 0x20
     return true;
 }
 
+// Where the vectors take few characters, more and more are looked at one by one before they are asked again.
 const QV_CHAR *skipInert( const QV_CHAR *in, const QV_CHAR *end )
 {
-    for( ;; )
+    for( QV_INT singly = BLOCK;; )
     {
+        const QV_CHAR *start = in;
         in += qv::groupsBelow( in, end - in, 0x100 );
 
         QV_INT common =
             qv::vectors::has64() ? qv::charsIn64( in, end - in, COMMON ) : qv::groupsIn( in, end - in, COMMON );
         QV_ASSERT( areInert( in, common ) );
         in += common;
+        singly = in - start >= 2 * BLOCK ? BLOCK : std::min( 2 * singly, MOST_SINGLY );
 
-        for( QV_INT i = 0; i < BLOCK; i++, in++ )
+        for( QV_INT i = 0; i < singly; i++, in++ )
             if( in == end || !isInert( *in ) )
                 return in;
     }

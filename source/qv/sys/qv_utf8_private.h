@@ -169,13 +169,14 @@ QV_INT encodeLeadingAscii( uint8_t *out, const QV_CHAR *in, QV_INT count );
 /** How many units decodeShort() and encodeShort() may write after what counts. */
 const QV_INT SHORT_ROOM = 64;
 
-/** Decodes a whole text of good sequences and returns the number of characters; -1 where it is not made of such, or holds
-    characters above U+FFFFF, or the machine has no vectors for it. There is room for as many characters as there are bytes,
-    and for SHORT_ROOM more. Faster than decode() for a text of few bytes, slower for one of many. */
+/** Decodes a whole text of good sequences and returns the number of characters; -1 where it is not made of such, or has
+    one of the characters from U+100000 to U+10FFFF, which are those whose first byte is 0xF4, or the machine has no vectors
+    for it. There is room for as many characters as there are bytes, and for SHORT_ROOM more. Faster than decode() for a
+    text of few bytes, slower for one of many. */
 inline QV_INT decodeShort( const uint8_t *in, QV_INT size, QV_CHAR *out );
 
-/** The same for the bytes of a text; -1 also for a value of 0x110000 and above. There is room for LONGEST bytes a character,
-    and for SHORT_ROOM more. */
+/** Encodes a whole text and returns the number of bytes; -1 where it has a value of 0x110000 or above, or the machine has no
+    vectors for it. There is room for LONGEST bytes a character, and for SHORT_ROOM more. */
 inline QV_INT encodeShort( const QV_CHAR *in, QV_INT count, uint8_t *out );
 
 /* Kernels -------------------------------------------------------------------------------------------------------- */
