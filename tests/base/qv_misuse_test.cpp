@@ -67,6 +67,7 @@ TEST( Misuse, IsReported )
           "QV_INT_ADD_OK( qvs->fspace + qvs->length + count, QV_STRING_BSPACE )" },
 
         { [] { qvStringAppendRoom( abc(), MOST ); }, "QV_INT_ADD_OK( (*dest)->length, count )" },
+        { [] { qvStringAppendRoom( var( qvStringCreate() ), MOST / 2 + 1 ); }, "QV_INT_MUL_OK( count, size )" },
         { [] { qvStringAppendWritten( abc(), 33 ); }, "count <= (*dest)->bspace" },
         { []
           {
