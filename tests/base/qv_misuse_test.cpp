@@ -78,6 +78,13 @@ TEST( Misuse, IsReported )
           "qv::allCharsOk( written, count )" },
 
         { [] { qvBufferAppendRoom( bits20(), 1 ); }, "qvBufferBitIsAligned( *buf )" },
+        { []
+          {
+              QV_BUFFER **wrapped = var( qvBufferCreateFromBytesUseWithRef( memory, 2, qvStringObj( *abc() ) ) );
+              qvBufferDelTrailing( wrapped, 1 );
+              qvBufferAppendWritten( wrapped, 1 );
+          },
+          "!(*buf)->ref" },
         { [] { qvBufferReadByte( *bits20(), -1 ); }, "QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( byteIdx )" },
         { [] { qvBufferDelInner( bits20(), (QV_INT)1 << 61, 0 ); }, "BYTES_TO_BITS_OK( byteOffset )" },
         { [] { qvBufferReadByte( *bits20(), 2 ); }, "bitIdx + bitCount <= buf->bitLength" },
