@@ -75,7 +75,7 @@ TEST( Misuse, IsReported )
               *qvStringAppendRoom( own, 1 ) = BAD;
               qvStringAppendWritten( own, 1 );
           },
-          "qv::allCharsOk( written, count )" },
+          "qvCharsAllOk( written, count )" },
 
         { [] { qvBufferAppendRoom( bits20(), 1 ); }, "qvBufferBitIsAligned( *buf )" },
         { []
