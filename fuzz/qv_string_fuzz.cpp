@@ -33,7 +33,13 @@ struct StringWalk : Slots< StringWalk, QV_STRING, Text, qvStringCreate >
                                          : in.text();
         const QV_CHAR *from = how == 1 ? qvStringBacking( slot.ref ) + span.from : more.data();
 
-        if( lengthOf( more ) == 1 )
+        // Written in place: as much as was asked for, or less.
+        if( how == 3 && at == lengthOf( slot.model ) && !more.empty() )
+        {
+            std::copy( more.begin(), more.end(), qvStringAppendRoom( slot.ref.at(), lengthOf( more ) + span.count ) );
+            qvStringAppendWritten( slot.ref.at(), lengthOf( more ) );
+        }
+        else if( lengthOf( more ) == 1 )
             qvStringInsertChar( slot.ref.at(), at, more[0] );
         else
             qvStringInsertChars( slot.ref.at(), at, from, lengthOf( more ) );

@@ -67,6 +67,7 @@ TEST( Misuse, IsReported )
           "QV_INT_ADD_OK( qvs->fspace + qvs->length + count, QV_STRING_BSPACE )" },
 
         { [] { qvStringAppendRoom( abc(), MOST ); }, "QV_INT_ADD_OK( (*dest)->length, count )" },
+        { [] { qvStringAppendRoom( var( qvStringCreate() ), MOST / 2 + 1 ); }, "QV_INT_MUL_OK( count, size )" },
         { [] { qvStringAppendWritten( abc(), 33 ); }, "count <= (*dest)->bspace" },
         { []
           {
@@ -74,9 +75,16 @@ TEST( Misuse, IsReported )
               *qvStringAppendRoom( own, 1 ) = BAD;
               qvStringAppendWritten( own, 1 );
           },
-          "qv::allCharsOk( written, count )" },
+          "qvCharsAllOk( written, count )" },
 
         { [] { qvBufferAppendRoom( bits20(), 1 ); }, "qvBufferBitIsAligned( *buf )" },
+        { []
+          {
+              QV_BUFFER **wrapped = var( qvBufferCreateFromBytesUseWithRef( memory, 2, qvStringObj( *abc() ) ) );
+              qvBufferDelTrailing( wrapped, 1 );
+              qvBufferAppendWritten( wrapped, 1 );
+          },
+          "!(*buf)->ref" },
         { [] { qvBufferReadByte( *bits20(), -1 ); }, "QV___INT_UNSIGNED_FROM_QV_INT_CONV_OK( byteIdx )" },
         { [] { qvBufferDelInner( bits20(), (QV_INT)1 << 61, 0 ); }, "BYTES_TO_BITS_OK( byteOffset )" },
         { [] { qvBufferReadByte( *bits20(), 2 ); }, "bitIdx + bitCount <= buf->bitLength" },

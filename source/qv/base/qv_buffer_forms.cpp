@@ -430,6 +430,7 @@ void qvBufferAppendWritten( QV_BUFFER **buf, QV_INT byteCount )
     QV_CHECK( buf );
     QV_CHECK( *buf );
     QV_CHECK( byteCount >= 0 );
+    QV_CHECK_AS( !( *buf )->ref, "!(*buf)->ref" );
     QV_CHECK_AS( byteCount <= ( *buf )->bspace / 8, "byteCount <= (*buf)->bitBspace / 8" );
 
     QV_BUFFER *own = *buf;

@@ -417,7 +417,7 @@ void qvStringAppendWritten( QV_STRING **dest, QV_INT count )
     QV_STRING     *own     = *dest;
     const QV_CHAR *written = qv::chars( own ) + own->length;
 
-    QV_CHECK( qv::allCharsOk( written, count ) );
+    QV_CHECK_AS( qv::allCharsOk( written, count ), "qvCharsAllOk( written, count )" );
 
     if( !qv::isShared( own ) )
     {

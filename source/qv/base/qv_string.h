@@ -170,11 +170,10 @@ QV_API void qvStringAppendFormatWcstrArgList(
     with room for `count` characters, above 0. The caller writes there, from the first on, then tells Written how many
     characters belong to the text now, 0 to `count`. In between nothing else is done with `*dest`, not even a release.
 
-        QV_CHAR *to = qvStringAppendRoom( &line, 20 );
-        QV_INT   n  = 0;
-        while( value && n < 20 )
-            to[n++] = U'0' + value % 10, value /= 10;
-        qvStringAppendWritten( &line, n );
+        QV_CHAR *to = qvStringAppendRoom( &line, size );
+        for( QV_INT i = 0; i < size; i++ )
+            to[i] = latin1[i];
+        qvStringAppendWritten( &line, size );
 
     What was asked for and not written is given back as after a deletion, so that asking for much more than is
     written costs an allocation each time. Written looks at the characters once; one of 0x110000 or above ends the

@@ -239,12 +239,12 @@ struct Block : Header
         elements, where there is such, else of its own. All of it is declared. */
     void initBlock( QV_INT homeElements, QV_INT units, BlockEnds ends )
     {
-        QV_INT bytes = bytesOf( ends.front + units + ends.back );
+        QV_INT all = ends.front + units + ends.back;
 
         if( homeElements > 0 )
-            placeBlock( homeMemory(), bytes, homeElements, units, ends );
+            placeBlock( homeMemory(), bytesOf( all ), homeElements, units, ends );
         else
-            adoptBlock( static_cast< Unit * >( qvMemAlloc( bytes ) ), units, ends );
+            adoptBlock( static_cast< Unit * >( qvMemAlloc( checkedBytesOf( all ) ) ), units, ends );
     }
 
     /** A first block in memory from qvMemAlloc(), which is taken over. */
@@ -490,6 +490,16 @@ private:
             return units * ( UNIT_BITS / 8 );
     }
 
+    // The same, before memory for them is allocated. More units than can be counted in bytes end the process.
+    static QV_INT checkedBytesOf( QV_INT units )
+    {
+        if constexpr( UNIT_BITS >= 8 )
+            if( !QV_INT_MUL_OK( units, UNIT_BITS / 8 ) )
+                qvMemAllocN( units, UNIT_BITS / 8 );
+
+        return bytesOf( units );
+    }
+
     // The element in which so many units end.
     static QV_INT elementsOf( QV_INT units )
     {
@@ -595,13 +605,7 @@ private:
 
     [[gnu::noinline]] void reshape( QV_INT at, QV_INT count, BlockEnds ends )
     {
-        QV_INT units = ends.front + length + count + ends.back;
-
-        if constexpr( UNIT_BITS >= 8 )
-            if( !QV_INT_MUL_OK( units, UNIT_BITS / 8 ) )
-                qvMemAllocN( units, UNIT_BITS / 8 ); // which ends the process
-
-        QV_INT      bytes = bytesOf( units );
+        QV_INT      bytes = checkedBytesOf( ends.front + length + count + ends.back );
         QV_INT      front = bytesOf( ends.front );
         QV_INT      all   = bytesOf( length + count );
         QV_INT      old   = bytesOf( length );
