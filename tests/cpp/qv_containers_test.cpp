@@ -2,18 +2,14 @@
 
 #include "qv/qv.hpp"
 
+#include <memory>
+
 namespace
 {
 // A type of a program's own, which cannot be copied.
 struct Mark
 {
-    explicit Mark( int from ) : number( from )
-    {
-    }
-
-    Mark( Mark && ) = default;
-
-    int number;
+    std::unique_ptr< int > number;
 };
 } // namespace
 
@@ -22,12 +18,12 @@ struct qv::Boxing< Mark > : qv::Boxing< int >
 {
     static QV_OBJ *box( const Mark &mark )
     {
-        return qv::Boxing< int >::box( mark.number );
+        return qv::Boxing< int >::box( *mark.number );
     }
 
     static Mark unbox( QV_OBJ *object )
     {
-        return Mark( qv::Boxing< int >::unbox( object ) );
+        return { std::make_unique< int >( qv::Boxing< int >::unbox( object ) ) };
     }
 };
 
@@ -74,9 +70,9 @@ TEST( Containers, AreSortedSearchedAndUpdatedInPlace )
 
     // A value of another type is only read, and a Vector may become an element of itself.
     qv::Vector< Mark > marks;
-    const Mark         mark( 7 );
-    marks.append( mark ).prepend( Mark( 6 ) ).insert( 0, mark ).set( 0, Mark( 5 ) );
-    EXPECT_TRUE( marks[0].number == 5 && marks[1].number == 6 && marks.popBack().number == 7 );
+    const Mark         mark = { std::make_unique< int >( 7 ) };
+    marks.append( mark ).append( mark ).insert( 0, mark ).set( 1, { std::make_unique< int >( 5 ) } );
+    EXPECT_TRUE( *marks[0].number == 7 && *marks[1].number == 5 && *mark.number == 7 );
     qv::Vector<> nested = { 1 };
     nested.append( nested ).set( 0, nested[1] );
     EXPECT_EQ( "<<1>, <1>>", nested.str() );
