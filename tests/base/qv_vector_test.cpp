@@ -162,7 +162,7 @@ TEST( Vector, OrdersIntegersStablyHoweverFarApart )
 {
     std::mt19937_64 random( 3 );
 
-    for( QV_INT length : { 3, 8, 100, 255, 256, 257, 3000 } )
+    for( QV_INT length : { 3, 17, 18, 60, 100, 255, 256, 257, 3000 } )
         for( int bits : { 1, 4, 7, 8, 30, 52, 55, 56, 57, 61, 64 } )
             for( bool crowded : { false, true } )
             {

@@ -2,6 +2,31 @@
 
 #include "qv/qv.hpp"
 
+#include <memory>
+
+namespace
+{
+// A type of a program's own, which cannot be copied.
+struct Mark
+{
+    std::unique_ptr< int > number;
+};
+} // namespace
+
+template<>
+struct qv::Boxing< Mark > : qv::Boxing< int >
+{
+    static QV_OBJ *box( const Mark &mark )
+    {
+        return qv::Boxing< int >::box( *mark.number );
+    }
+
+    static Mark unbox( QV_OBJ *object )
+    {
+        return { std::make_unique< int >( qv::Boxing< int >::unbox( object ) ) };
+    }
+};
+
 TEST( Containers, AreSortedSearchedAndUpdatedInPlace )
 {
     qv::Vector< qv::String > names = { "b", "c", "a", "b" };
@@ -42,6 +67,15 @@ TEST( Containers, AreSortedSearchedAndUpdatedInPlace )
     once = stack.popBack();
     EXPECT_EQ( 1, qv___RetainCountValue( &qvStringObj( once.c() )->retainCount ) );
     EXPECT_TRUE( once.c() == moved && stack.popFront() == "new" && stack.popFront() == twice );
+
+    // A value of another type is only read, and a Vector may become an element of itself.
+    qv::Vector< Mark > marks;
+    const Mark         mark = { std::make_unique< int >( 7 ) };
+    marks.append( mark ).append( mark ).insert( 0, mark ).set( 1, { std::make_unique< int >( 5 ) } );
+    EXPECT_TRUE( *marks[0].number == 7 && *marks[1].number == 5 && *mark.number == 7 );
+    qv::Vector<> nested = { 1 };
+    nested.append( nested ).set( 0, nested[1] );
+    EXPECT_EQ( "<<1>, <1>>", nested.str() );
 
     // A value that only the Dict holds grows in place.
     qv::Dict< int, qv::Vector< int > > groups;

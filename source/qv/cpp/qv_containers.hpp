@@ -105,7 +105,7 @@ public:
         return own( qvBufferRead( raw(), offset, count ) );
     }
 
-    /** Adds at the end. A value that is moved here costs no counting, as with all that add one. */
+    /** Adds at the end. */
     Buffer &append( const Buffer &more )
     {
         qvBufferAppend( variable(), more.raw() );
@@ -406,8 +406,8 @@ public:
         return Base::own( qvVectorCreateFromInner( this->raw(), offset, count ) );
     }
 
-    /** Adds at the end. */
-    Vector &append( T value )
+    /** Adds at the end. A value that is moved here costs no counting, as with all that add one. */
+    Vector &append( detail::Kept< T > value )
     {
         qvVectorAppendObjUse( this->variable(), detail::given( std::move( value ) ) );
         return *this;
@@ -421,21 +421,21 @@ public:
     }
 
     /** Adds at the start. */
-    Vector &prepend( T value )
+    Vector &prepend( detail::Kept< T > value )
     {
         qvVectorPrependObjUse( this->variable(), detail::given( std::move( value ) ) );
         return *this;
     }
 
     /** Inserts before the element at `index`, or at the end where that is the length. */
-    Vector &insert( QV_INT index, T value )
+    Vector &insert( QV_INT index, detail::Kept< T > value )
     {
         qvVectorInsertObjUse( this->variable(), index, detail::given( std::move( value ) ) );
         return *this;
     }
 
     /** Replaces the element at an index. */
-    Vector &set( QV_INT index, T value )
+    Vector &set( QV_INT index, detail::Kept< T > value )
     {
         detail::demand( index >= 0 && index < size(), "index >= 0 && index < size()" );
         qvVectorSetObjUseAt( this->variable(), index, detail::given( std::move( value ) ) );

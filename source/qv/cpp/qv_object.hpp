@@ -592,14 +592,23 @@ private:
     QV_OBJ *object_;
 };
 
-/** A new reference to a value as an object, which the caller owns: a value's own, and for numbers that of a new box. */
+/** A parameter whose value a container keeps: a value itself, which the caller may move there; of others an object is
+    made, so that they are only read. */
 template< class T >
+using Kept = std::conditional_t< Value< T >, T, const T & >;
+
+/** A new reference to a value as an object, which the caller owns: of a value that is moved here its own, of others that
+    of their object. */
+template< Value T >
 QV_OBJ *given( T &&value )
 {
-    if constexpr( Value< T > )
-        return Family< typename T::CType >::object( std::move( value ).giveUp() );
-    else
-        return Boxing< T >::box( value );
+    return Family< typename T::CType >::object( std::move( value ).giveUp() );
+}
+
+template< class T >
+QV_OBJ *given( const T &value )
+{
+    return Boxing< T >::box( value );
 }
 
 /** The value of an object whose reference the call takes over: a value has it then. */

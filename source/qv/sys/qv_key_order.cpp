@@ -5,22 +5,28 @@
 
 namespace
 {
-// Turns numbers of keys into the places where the first of them goes. False if they are so crowded that inserting costs
-// more than the passes.
+// Up to so many keys are inserted at once: counting their bits costs more.
+const QV_INT FEWEST_KEYS = 16;
+
+// The sum of the squares of how many keys share their highest bits: inserting takes half as many steps at most. Up to
+// this sum, which 64 keys never exceed, that costs less than the passes, each of which begins with 256 counts.
+const QV_INT MOST_CROWDED = 64 * 64;
+
+// Turns numbers of keys into the places where the first of them goes. False if they are too crowded to be inserted.
 template< size_t DIGITS >
-bool startsOf( uint8_t ( &counts )[DIGITS], QV_INT keys )
+bool startsOf( uint8_t ( &counts )[DIGITS] )
 {
-    QV_INT start = 0, pairs = 0;
+    QV_INT start = 0, crowded = 0;
 
     for( uint8_t &each : counts )
     {
         QV_INT count = each;
         each         = static_cast< uint8_t >( start );
         start += count;
-        pairs += count * count;
+        crowded += count * count;
     }
 
-    return pairs <= 8 * keys;
+    return crowded <= MOST_CROWDED;
 }
 
 void insertEach( uint64_t *keys, QV_INT count )
@@ -40,6 +46,7 @@ void insertEach( uint64_t *keys, QV_INT count )
 // Few keys: false, with nothing done, where the highest bits of many are the same.
 bool spreadKeys( const uint64_t *keys, uint64_t *result, QV_INT count, int bits )
 {
+    static_assert( qv::FEW_KEYS <= UINT8_MAX ); // counts and places fit a byte
     QV_ASSERT( count <= qv::FEW_KEYS );
 
     const int DIGIT              = 7;
@@ -49,7 +56,7 @@ bool spreadKeys( const uint64_t *keys, uint64_t *result, QV_INT count, int bits 
     for( QV_INT i = 0; i < count; i++ )
         starts[keys[i] >> shift]++;
 
-    if( !startsOf( starts, count ) )
+    if( !startsOf( starts ) )
         return false;
 
     for( QV_INT i = 0; i < count; i++ )
@@ -81,6 +88,12 @@ uint64_t *qv::orderKeys( uint64_t *keys, uint64_t *spare, QV_INT count, const Ke
 {
     const int bits = form.placeBits + form.numberBits;
     QV_ASSERT( bits <= 64 );
+
+    if( count <= FEWEST_KEYS )
+    {
+        insertEach( keys, count );
+        return keys;
+    }
 
     if( count <= FEW_KEYS && spreadKeys( keys, spare, count, bits ) )
         return spare;

@@ -3,9 +3,9 @@
     and equal numbers stay as they follow each other.
 
     A number needs `numberBits`, a place `placeBits`, and together they have 64 at most: that is the condition. Few keys
-    are spread by their highest bits and then inserted among their neighbours. Many, and few that are crowded, take one
-    pass for each 8 bits of the numbers, the lowest ones first. No step depends on how two keys compare, so that nothing
-    is mispredicted where keys are in no order. */
+    are spread by their highest bits and then inserted among their neighbours, and up to 16 inserted at once. Many, and
+    few of which too many share their highest bits, take one pass for each 8 bits of the numbers, the lowest ones first.
+    So hardly a step depends on how two keys compare, which the processor could not predict of keys in no order. */
 
 #ifndef QV_KEY_ORDER_PRIVATE_H
 #define QV_KEY_ORDER_PRIVATE_H
