@@ -4,7 +4,7 @@
 #include "qv_test_support.h"
 
 #include "qv/base/qv_dict_private.h"
-#include "qv/qv.h"
+#include "qv/qv.hpp"
 
 using namespace qv;
 using namespace qv::test;
@@ -94,6 +94,19 @@ TEST( Reentry, LeavesDictsWhole )
             { []( auto dict, auto other ) { qvDictDisjoint( *dict, other ); }, 0 },
             { []( auto dict, auto ) { qv___DictClear( dict ); }, 0 },
         } );
+}
+
+// What find() reads has not ended with the Dict that a compare function clears.
+TEST( Reentry, LeavesFoundValuesWhole )
+{
+    qv::Dict<> dict;
+    dict.set( Object::share( probe( 1 ) ), Object::share( probe( 7 ) ) );
+    Object key     = Object::share( probe( 1 ) );
+    whileComparing = [&] { dict.clear(); };
+
+    std::optional< Object > found = dict.find( key );
+    ASSERT_TRUE( found && dict.empty() );
+    EXPECT_EQ( 7, qvProbeFrom( found->c() )->value );
 }
 
 TEST( Reentry, LeavesRangeMapsWhole )

@@ -30,8 +30,9 @@
     either end they move none. Reading by index costs the logarithm too, and one retain; qvDictBacking() reads many
     entries without any. An operation on sets costs a
     search for each entry of the smaller Dict, or a walk through both where they are of like length; and a copy where
-    the one that changes is shared. Up to 1,024 entries a Dict is one block, which grows by a half; what is declared for
-    it grows by 32 entries at a time and shrinks when more than 64 are free.
+    the one that changes is shared. Up to 1,024 entries a Dict is one block, which grows by a half, unless keys are
+    entered more than 64 entries from both ends, where it is divided; what is declared for it grows by 32 entries at a
+    time and shrinks when more than 64 are free.
 
     Threads. Any thread may read a Dict, also one that others hold; compare functions run in the thread that searches.
     A variable that mutators work on belongs to one thread at a time. Compare and free functions that use this same
@@ -98,8 +99,8 @@ typedef struct QV_DICT_ENTRY
                 use( entries[k].key, entries[k].value );
         }
 
-    Costs the logarithm of the length; a Dict of up to 1,024 entries is one row, and rows of a larger one are of some
-    hundreds. */
+    Costs the logarithm of the length. A Dict that never had more than 129 entries is one row, and so is one of up to
+    1,024 whose keys were entered at its ends; rows of others are of some tens to hundreds. */
 QV_API const QV_DICT_ENTRY *qvDictBacking( QV_DICT *dict, QV_INT idx, QV_INT *count );
 
 /** Replaces the value at an index and keeps the key. */

@@ -25,7 +25,7 @@ const QV_INT ACCOUNTED_DICT_ITEM = 2 * sizeof( QV_OBJ * );
 const int32_t FULL_DICT_RUN   = 512;
 const int32_t FEW_IN_DICT_RUN = 32;
 
-/** Items up to which a Dict is one run without an index: a look-up there is one search instead of two. */
+/** Items that a Dict without an index has in its one run at most: a look-up there is one search instead of two. */
 const int32_t FULL_ONLY_DICT_RUN = 1024;
 static_assert( FULL_ONLY_DICT_RUN <= 2 * FULL_DICT_RUN, "halves of it are runs under an index" );
 

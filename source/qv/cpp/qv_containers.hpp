@@ -668,8 +668,16 @@ public:
     /** The value of a key. */
     [[nodiscard]] std::optional< V > find( const K &key ) const
     {
-        QV_OBJ *value = lent( key );
-        return value ? std::optional< V >( Boxing< V >::unbox( value ) ) : std::nullopt;
+        if constexpr( COMPARES_INSIDE )
+        {
+            QV_OBJ *value = lent( key );
+            return value ? std::optional< V >( Boxing< V >::unbox( value ) ) : std::nullopt;
+        }
+        else
+        {
+            QV_OBJ *value = qvDictObjKey( this->raw(), detail::Boxed< K >( key ).get() );
+            return value ? std::optional< V >( taken( value ) ) : std::nullopt;
+        }
     }
 
     /** True if find() finds something. */
@@ -748,6 +756,11 @@ public:
 private:
     // Integers are looked up without an object.
     static constexpr bool HAS_INTEGER_KEYS = std::integral< K > && !std::same_as< K, bool >;
+
+    // Numbers and Strings are looked up without a call of another family's compare function, which may change this Dict:
+    // the value that is lent is there until it is read.
+    static constexpr bool COMPARES_INSIDE =
+        std::is_arithmetic_v< K > || std::is_enum_v< K > || std::same_as< K, String >;
 
     static QV_INT integer( const K &key )
     {
