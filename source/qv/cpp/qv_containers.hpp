@@ -676,7 +676,7 @@ public:
         else
         {
             QV_OBJ *value = qvDictObjKey( this->raw(), detail::Boxed< K >( key ).get() );
-            return value ? std::optional< V >( taken( value ) ) : std::nullopt;
+            return value ? std::optional< V >( detail::taken< V >( value ) ) : std::nullopt;
         }
     }
 
