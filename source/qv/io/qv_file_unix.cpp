@@ -367,8 +367,8 @@ QV_BUFFER *qv___FileReadBuffer( QV_STRING *fn, QV_INT maxBytes )
 
 namespace
 {
-// Writes the bytes from `*written` on, also where a signal interrupts, and counts them there. Returns 0, or what `errno`
-// said when the system took no more.
+// Writes the bytes from `*written` on, also where a signal interrupts, and counts them there. Returns 0, or the `errno`
+// of a system that took no more.
 int writeRest( int descriptor, const uint8_t *bytes, QV_INT byteCount, QV_INT *written )
 {
     while( *written < byteCount )
@@ -387,9 +387,9 @@ int writeRest( int descriptor, const uint8_t *bytes, QV_INT byteCount, QV_INT *w
 }
 } // namespace
 
-// Opening doesn't empty the file: some file systems write out what then comes before the file is closed, so that a crash
-// of the computer leaves no empty file. Here the old bytes stay until the new ones overwrite them, and the file is cut
-// at the end: after a failure too, so that nothing old stands after what could be written.
+// Opening doesn't empty the file: some file systems write out what comes then before the file is closed, which took
+// most of the time. Here the old bytes stay until the new ones overwrite them, and the file is cut at the end: after a
+// failure too, so that nothing old stands after what could be written.
 QV_BOOL qv___FileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf )
 {
     int descriptor = openFile( fn, O_WRONLY | O_CREAT | O_CLOEXEC );
@@ -398,11 +398,12 @@ QV_BOOL qv___FileWriteBuffer( QV_STRING *fn, QV_BUFFER *buf )
         return QV_FALSE;
 
     const uint8_t *bytes     = qv::bytes( buf );
-    QV_INT         byteCount = qvBufferLength( buf ), written = 0;
-    int            problem = writeRest( descriptor, bytes, byteCount, &written );
+    QV_INT         byteCount = qvBufferLength( buf );
+    QV_INT         written   = 0;
+    int            problem   = writeRest( descriptor, bytes, byteCount, &written );
 
-    // What has no end is not cut. A file that nothing is written to gets its new time by the cut. The status is asked for only where
-    // something may be to cut: with it in each call, overwriting 4 KiB took up to twice as long.
+    // What has no end is not cut. A file that nothing is written to gets its new time by the cut. The status is only
+    // asked for where something may be to cut: with it in each call, overwriting 4 KiB took up to twice as long.
     struct stat status;
     bool isCut = ( written == 0 || lseek( descriptor, 0, SEEK_END ) > written ) && fstat( descriptor, &status ) == 0
                  && S_ISREG( status.st_mode );
