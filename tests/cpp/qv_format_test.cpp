@@ -40,6 +40,7 @@ TEST( Format, PassesEachArgumentInTheWidthThatIsRead )
     EXPECT_EQ( "   ff|0x00ff|11 |007", qv::format( "%*!16i|%#06!16i|%-3!*i|%.100A", 5u, 255, 255, 2, 3, 7 ) );
     EXPECT_EQ( "% a\tb", qv::format( "%#%%% a%1mb" ) );
     EXPECT_BROKEN( (void)qv::format( "%i", UINT64_MAX ), "std::in_range< QV_INT >( value )" );
+    EXPECT_BROKEN( (void)qv::String().appendInt( UINT64_MAX ), "std::in_range< QV_INT >( value )" );
 }
 
 TEST( Format, TakesTextsOfEveryKind )

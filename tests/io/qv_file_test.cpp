@@ -16,6 +16,7 @@
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -25,7 +26,8 @@ namespace fs = std::filesystem;
 
 namespace
 {
-off_t wrongBy; // what the size of every open file is told wrong by
+off_t  wrongBy;               // what the size of every open file is told wrong by
+size_t roomOnDisk = SIZE_MAX; // bytes that can be written before the disk is full; cutting a file frees all
 } // namespace
 
 extern "C" int fstat( int descriptor, struct stat *status ) noexcept
@@ -34,6 +36,24 @@ extern "C" int fstat( int descriptor, struct stat *status ) noexcept
     status->st_size += wrongBy;
 
     return result;
+}
+
+extern "C" ssize_t write( int descriptor, const void *bytes, size_t count )
+{
+    count = std::min( count, roomOnDisk );
+    errno = ENOSPC;
+
+    if( count == 0 && roomOnDisk == 0 )
+        return -1;
+
+    roomOnDisk -= roomOnDisk == SIZE_MAX ? 0 : count;
+    return syscall( SYS_write, descriptor, bytes, count );
+}
+
+extern "C" int ftruncate( int descriptor, off_t length ) noexcept
+{
+    roomOnDisk = SIZE_MAX;
+    return static_cast< int >( syscall( SYS_ftruncate, descriptor, length ) );
 }
 
 namespace
@@ -134,6 +154,12 @@ TEST( File, WritingLeavesNothingOfWhatWasThere )
     EXPECT_TRUE( qvFileWriteBuffer( text( "/dev/full" ), buffer( "" ) ) );
     sh( "mkfifo ${f}fifo; cat ${f}fifo >${f}through 2>/dev/null &" );
     EXPECT_TRUE( qvFileWriteBuffer( name( "fifo" ), buffer( longer ) ) );
+
+    // On a full disk, the new bytes may need the room of the old ones after them.
+    write( "ä\u4e2dover", longer );
+    roomOnDisk = 1000;
+    EXPECT_TRUE( qvFileWriteBuffer( name( "over" ), buffer( std::string( 2000, 'n' ) ) ) );
+    EXPECT_EQ( std::string( 2000, 'n' ), contentOf( "ä\u4e2dover" ) );
 
     // A write that fails leaves what it has written, and not what stood there before.
     write( "ä\u4e2dover", longer );

@@ -296,10 +296,13 @@ public:
         return *this;
     }
 
-    /** Adds the digits of an integer at the end, after a sign if it is below 0. */
-    String &appendInt( QV_INT value, QV_INT base = 10 )
+    /** Adds the digits of an integer at the end, after a sign if it is below 0; one beyond QV_INT ends the process. */
+    template< std::integral T >
+        requires( !std::same_as< T, bool > && !std::same_as< T, char32_t > && !std::same_as< T, char > )
+    String &appendInt( T value, QV_INT base = 10 )
     {
-        qvStringAppendInt( variable(), value, base );
+        detail::demand( std::in_range< QV_INT >( value ), "std::in_range< QV_INT >( value )" );
+        qvStringAppendInt( variable(), static_cast< QV_INT >( value ), base );
         return *this;
     }
 
