@@ -1,5 +1,7 @@
 #include "bench.h"
 
+#include <qv/qv.hpp>
+
 #include <cstring>
 #include <memory>
 
@@ -23,6 +25,10 @@ void addVectorCases( int count )
         QV_VECTOR            *ours   = qvVectorCreate();
         Shared                shared = std::make_shared< int64_t >( 7 );
         std::vector< Shared > peer;
+
+        // References of the caller's own, to be given over.
+        std::vector< QV_OBJ * > held;
+        std::vector< Shared >   peerHeld;
     };
 
     const std::string input  = std::to_string( count ) + " objects";
@@ -32,6 +38,9 @@ void addVectorCases( int count )
     {
         qvVectorPush( &filled->ours, qvBoxedIntObj( filled->object ) );
         filled->peer.push_back( filled->shared );
+        qvBoxedIntRetain( filled->object );
+        filled->held.push_back( qvBoxedIntObj( filled->object ) );
+        filled->peerHeld.push_back( filled->shared );
     }
 
     add(
@@ -69,6 +78,39 @@ void addVectorCases( int count )
                   show( uint64_t( vec.size() ) );
               } } },
           lockedAdditions( 2 * static_cast< size_t >( count ) ) } );
+    add(
+        { "Vector",
+          "push and pop, references given over",
+          input,
+          0.85,
+          [filled, count]
+          {
+              QV_VECTOR *vec = qvVectorCreate();
+
+              for( QV_OBJ *object : filled->held )
+                  qvVectorAppendObjUse( &vec, object );
+
+              for( int i = count; i > 0; i-- )
+                  filled->held[static_cast< size_t >( i ) - 1] = qvVectorPop( &vec );
+
+              show( uint64_t( qvVectorLength( vec ) ) );
+              qvVectorRelease( vec );
+          },
+          { { "std::vector of std::shared_ptr, moved", [filled, count]
+              {
+                  std::vector< Shared > vec;
+
+                  for( Shared &each : filled->peerHeld )
+                      vec.push_back( std::move( each ) );
+
+                  for( int i = count; i > 0; i-- )
+                  {
+                      filled->peerHeld[static_cast< size_t >( i ) - 1] = std::move( vec.back() );
+                      vec.pop_back();
+                  }
+
+                  show( uint64_t( vec.size() ) );
+              } } } } );
     add(
         { "Vector",
           "read with retain",
@@ -135,6 +177,25 @@ void addAppending()
                 show( std::string_view( bytes ) );
             } } },
         exportedCalls( COUNT ) };
+    Case inPlace{
+        "Buffer",
+        "append a byte, in place",
+        "10^5 times",
+        1.0,
+        []
+        {
+            qv::Buffer buf;
+
+            {
+                qv::Appender to( buf );
+
+                for( int i = 0; i < COUNT; i++ )
+                    to.push_back( static_cast< uint8_t >( i ) );
+            }
+
+            show( buf.c() );
+        },
+        {} };
     Case more{
         "Buffer",
         "append 64 bytes",
@@ -181,7 +242,9 @@ void addAppending()
               show( std::string_view( bytes.data(), size_t( bytes.size() ) ) );
           } } );
 #endif
+    inPlace.peers = one.peers;
     add( one );
+    add( inPlace );
     add( more );
 }
 

@@ -83,6 +83,12 @@ struct Ours
         return number;
     }
 
+    static uint64_t foundLent( const Map &dict, const Key &key )
+    {
+        QV_OBJ *value = qvDictLendStringKey( dict, key );
+        return value ? static_cast< uint64_t >( qvBoxedIntValue( qvBoxedIntFrom( value ) ) ) + 1 : 0;
+    }
+
     static void walk( const Map &dict )
     {
         const QV_INT length = qvDictLength( dict );
@@ -256,7 +262,7 @@ struct Standard
 
 struct Works
 {
-    Work build[ORDERS], hit, miss, walk, walkLent;
+    Work build[ORDERS], hit, hitLent, miss, walk, walkLent;
 };
 
 template< class Side >
@@ -300,10 +306,22 @@ Works works( const std::vector< std::string > &shuffled, const std::vector< std:
     works.miss = [lookUp, keys = keysOf[ORDERS]] { lookUp( keys ); };
     works.walk = [map] { Side::walk( *map ); };
 
+    works.hitLent  = works.hit;
+    works.walkLent = works.walk;
+
     if constexpr( std::is_same_v< Side, Ours > )
+    {
         works.walkLent = [map] { Side::walkLent( *map ); };
-    else
-        works.walkLent = works.walk;
+        works.hitLent  = [map, keys = keysOf[1]]
+        {
+            uint64_t sum = 0;
+
+            for( QV_STRING *key : *keys )
+                sum = sum * 3 + Side::foundLent( *map, key );
+
+            show( sum );
+        };
+    }
 
     return works;
 }
@@ -364,6 +382,7 @@ void addCases( size_t count )
     const Peer references = lockedAdditions( 2 * count );
 
     enter( "look-up, hit, with references", 0.7, []( const Works &side ) { return side.hit; }, sharing, references );
+    enter( "look-up, hit, lent", 0.7, []( const Works &side ) { return side.hitLent; }, peers );
     enter( "look-up, miss", 0, []( const Works &side ) { return side.miss; }, peers );
     enter( "walk lent entries", 0.6, []( const Works &side ) { return side.walkLent; }, peers );
     enter( "walk with references", 2.0, []( const Works &side ) { return side.walk; }, sharing, references );

@@ -114,15 +114,45 @@ void addIntegers()
                                        std::from_chars( text.data(), text.data() + text.size(), value );
                                        bench::show( static_cast< uint64_t >( value ) );
                                    } ) } } };
+    Case appending{
+        "number",
+        "integer appended to text",
+        "1000 of all lengths",
+        2.0,
+        []
+        {
+            QV_STRING *text = qvStringCreate();
+
+            for( int64_t value : numbers().integers )
+                qvStringAppendInt( &text, value, 10 );
+
+            showOwned( text );
+        },
+        {} };
 #ifdef BENCH_FMT
-    writing.peers.push_back(
-        { "fmt::format_int, on the stack", each(
-                                               numbers().integers,
-                                               []( int64_t value )
-                                               {
-                                                   fmt::format_int text( value );
-                                                   bench::show( std::string_view( text.data(), text.size() ) );
-                                               } ) } );
+    appending.peers.push_back(
+        { "fmt::format_int and std::string, 8 bits", []
+          {
+              std::string text;
+
+              for( int64_t value : numbers().integers )
+              {
+                  fmt::format_int digits( value );
+                  text.append( digits.data(), digits.size() );
+              }
+
+              bench::show( std::string_view( text ) );
+          } } );
+    const Peer onStack{
+        "fmt::format_int, on the stack", each(
+                                             numbers().integers,
+                                             []( int64_t value )
+                                             {
+                                                 fmt::format_int text( value );
+                                                 bench::show( std::string_view( text.data(), text.size() ) );
+                                             } ) };
+    writing.peers.push_back( onStack );
+    appending.peers.push_back( onStack );
 #endif
 #ifdef BENCH_GLIB
     writing.peers.push_back(
@@ -135,6 +165,7 @@ void addIntegers()
                       { bench::show( static_cast< uint64_t >( g_ascii_strtoll( text.c_str(), nullptr, 10 ) ) ); } ) } );
 #endif
     add( writing );
+    add( appending );
     add( reading );
 }
 

@@ -1,5 +1,7 @@
 #include "bench.h"
 
+#include <qv/qv.hpp>
+
 #include <cwchar>
 
 // String: growing, searching, comparing, replacing.
@@ -40,6 +42,25 @@ void addAppending()
                 show( std::u32string_view( text ) );
             } } },
         exportedCalls( MILLION ) };
+    Case inPlace{
+        "String",
+        "append one character, in place",
+        "10^6 times",
+        1.2,
+        []
+        {
+            qv::String text;
+
+            {
+                qv::Appender to( text );
+
+                for( int i = 0; i < MILLION; i++ )
+                    to.push_back( U'x' );
+            }
+
+            show( text.c() );
+        },
+        {} };
     Case more{
         "String",
         "append 16 characters",
@@ -88,7 +109,9 @@ void addAppending()
               show( view( text ) );
           } } );
 #endif
+    inPlace.peers = one.peers;
     add( one );
+    add( inPlace );
     add( more );
 }
 
