@@ -82,7 +82,7 @@ void addVectorCases( int count )
         { "Vector",
           "push and pop, references given over",
           input,
-          0.85,
+          0,
           [filled, count]
           {
               QV_VECTOR *vec = qvVectorCreate();
@@ -96,7 +96,8 @@ void addVectorCases( int count )
               show( uint64_t( qvVectorLength( vec ) ) );
               qvVectorRelease( vec );
           },
-          { { "std::vector of std::shared_ptr, moved", [filled, count]
+          { { "std::vector of std::shared_ptr, moved",
+              [filled, count]
               {
                   std::vector< Shared > vec;
 
@@ -110,7 +111,8 @@ void addVectorCases( int count )
                   }
 
                   show( uint64_t( vec.size() ) );
-              } } } } );
+              } } },
+          exportedCalls( 2 * static_cast< size_t >( count ) ) } );
     add(
         { "Vector",
           "read with retain",
