@@ -160,8 +160,8 @@ TEST( UnicodeNormalizer, StringsChangeOnlyWhereTheyAreNotNormal )
         }
 }
 
-// Texts of up to 64 characters are written on the stack, if no mark moves, and those of up to 32 are checked at once; the
-// longest decomposition has 18 characters.
+// Texts of up to 64 characters are written on the stack, at once if no mark moves, and those of up to 32 are checked at
+// once; the longest decomposition has 18 characters.
 TEST( UnicodeNormalizer, ShortTextsAreTheSameAsLongOnes )
 {
     for( const std::u32string &each :
