@@ -405,7 +405,7 @@ QV___KERNEL_64 uint32_t qv::mapFewCase64( const CaseTables &tables, const QV_CHA
 {
     QV_ASSERT( count > 0 && count <= 32 );
 
-    const int FEW_LEFT = 10; // not worth the latency of a block
+    const int FEW_LEFT = 5; // not worth the latency of a block
 
     uint64_t there = lowest( count );
     __m512i  in[2] = {
