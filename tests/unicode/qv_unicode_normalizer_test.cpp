@@ -150,16 +150,18 @@ TEST( UnicodeNormalizer, EndlessMarksPassInBoundedMemory )
 
 TEST( UnicodeNormalizer, StringsChangeOnlyWhereTheyAreNotNormal )
 {
-    for( const char32_t *each : { U"", U"plain", U"\u4E00\u0434\u0430\u05D0\u05B0\uAC00", U"\u0334\u0316x" } )
-    {
-        Ref< QV_STRING > qvs = text( each ), same = Ref< QV_STRING >::share( qvs );
-        qvStringNormalizeNFC( qvs.at() );
-        EXPECT_EQ( same.get(), qvs.get() );
-    }
+    for( const char32_t *each :
+         { U"", U"plain", U"\u4E00\u0434\u0430\u05D0\u05B0\uAC00", U"\u0334\u0316x", U"\u0E01\u0E38\u0E48\u06DB" } )
+        for( auto normalize : { qvStringNormalizeNFC, qvStringNormalizeNFKC } )
+        {
+            Ref< QV_STRING > qvs = text( each ), same = Ref< QV_STRING >::share( qvs );
+            normalize( qvs.at() );
+            EXPECT_EQ( same.get(), qvs.get() );
+        }
 }
 
-// Texts of up to 64 characters are written on the stack, if no mark moves, and those of up to 32 are checked at once; the
-// longest decomposition has 18 characters.
+// Texts of up to 64 characters are written on the stack, at once if no mark moves, and those of up to 32 are checked at
+// once; the longest decomposition has 18 characters.
 TEST( UnicodeNormalizer, ShortTextsAreTheSameAsLongOnes )
 {
     for( const std::u32string &each :

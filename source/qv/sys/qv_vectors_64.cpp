@@ -261,7 +261,8 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
 
     __m512i before  = repeat16( *last ); // the classes of the last 16
     bool    isAscii = true;
-    int     narrow  = 0; // groups for which the table of single characters comes first
+    bool    isFirst = true; // no character of the last group is beyond the first 0x10000
+    int     narrow  = 0;    // groups for which the table of single characters comes first
     QV_INT  i       = 0;
 
     for( ; i < count; i += 16 )
@@ -279,7 +280,7 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
         }
 
         // As long as the blocks are enough, no other table and no constant for it takes a register.
-        for( ; !isAscii && narrow == 0 && i + 32 <= count; i += 16 )
+        for( ; !isAscii && isFirst && narrow == 0 && i + 32 <= count; i += 16 )
         {
             __m512i each = _mm512_loadu_si512( chs + i );
 
@@ -306,9 +307,10 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
             __mmask16 known = below( in, 0x10000 );
             stay            = inInertBlocks( blocks, in, known );
             isAscii         = _mm512_test_epi32_mask( in, ascii ) == 0;
+            isFirst         = known == 0xFFFF;
 
             // The next 0x10000 characters by the same upper 8 bits, modulo 256.
-            if( known != 0xFFFF )
+            if( !isFirst )
                 stay |= inInertBlocks(
                     tableOf( inert + 512 ), in, static_cast< __mmask16 >( ~known & below( in, 0x20000 ) ) );
 
@@ -493,7 +495,7 @@ QV___KERNEL_64 uint32_t qv::mapFewCase64( const CaseTables &tables, const QV_CHA
 {
     QV_ASSERT( count > 0 && count <= 32 );
 
-    const int FEW_LEFT = 10; // not worth the latency of a block
+    const int FEW_LEFT = 5; // not worth the latency of a block
 
     uint64_t there = lowest( count );
     __m512i  in[2] = {

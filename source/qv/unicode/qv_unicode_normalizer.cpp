@@ -33,6 +33,7 @@ void init( QV_UNICODE_NORMALIZER *norm, QV_INT normalForm )
     norm->normalForm = normalForm;
     norm->chars      = nullptr;
     norm->capacity   = 0;
+    norm->isLent     = false;
     reset( norm );
 }
 
@@ -240,34 +241,61 @@ inline bool areFewNormal( const QV_CHAR *chs, QV_INT count, QV_INT form )
 
     for( ; holds && left != 0; left &= left - 1 )
     {
-        QV_CHAR ch = chs[__builtin_ctz( left )];
-        holds      = ( form <= QV_UNICODE_NORMAL_FORM_NFKC ? composedQuickCheck( ch, form & 1 )
-                                                           : decomposeFully( ch, form & 1 ) )
-                == 0;
+        QV_CHAR  ch = chs[__builtin_ctz( left )];
+        uint32_t value =
+            form <= QV_UNICODE_NORMAL_FORM_NFKC ? composedQuickCheck( ch, form & 1 ) : decomposeFully( ch, form & 1 );
+
+        // A mark that the tables do not tell may be in order all the same.
+        if( value > 0 && value < LOOK_CLOSER )
+            return check( chs, count, form ).length == count;
+
+        holds = value == 0;
     }
 
-    QV_ASSERT( !holds || check( chs, count, form ).length == count );
+    QV_ASSERT( holds == ( check( chs, count, form ).length == count ) );
 
     return holds;
 }
 
-// A text of few characters is written on the stack, so that nothing is allocated but the new String. Null if only the
-// stages can tell.
-QV_STRING *normalizeFew( const QV_CHAR *chs, QV_INT length, QV_INT normalForm )
+QV_STRING *createFrom( const QV_CHAR *chs, QV_INT length )
 {
-    QV_CHAR room[FEW_ROOM];
-    QV_INT  count = writeInOrder( chs, length, normalForm, room );
-
-    if( count < 0 )
-        return nullptr;
-
-    QV_STRING *result = qv::newString( count, nullptr, QV_STRING_FSPACE );
-    qv::copyChars( qv::chars( result ), room, count );
+    QV_STRING *result = qv::newString( length, nullptr, QV_STRING_FSPACE );
+    qv::copyChars( qv::chars( result ), chs, length );
 
     return result;
 }
 
-// All others are written by the stages, into the block of the new String.
+// Few characters that take ordering go through the stages of a normalizer that is no object of the library, in an array on
+// the stack: so many more places than the longest decompositions are more than any step asks for.
+[[gnu::noinline]] QV_STRING *normalizeFewByStages( const QV_CHAR *chs, QV_INT length, QV_INT normalForm, Run run )
+{
+    QV_UNICODE_NORMALIZER norm;
+    QV_CHAR               room[2 * FEW_ROOM];
+
+    static_cast< QV_OBJ & >( norm ) = QV___STATIC_HEADER( QV___OBJ_TYPE_OBJECT );
+    init( &norm, normalForm );
+    norm.chars    = room;
+    norm.capacity = 2 * FEW_ROOM;
+    norm.isLent   = true;
+    writeWhole( &norm, chs, length, run );
+    QV_ASSERT( norm.isLent );
+
+    QV_STRING *result = norm.length == 0 ? qvStringCreate() : createFrom( norm.chars, norm.length );
+    freeArray( &norm );
+
+    return result;
+}
+
+// A text of few characters is written on the stack, so that nothing is allocated but the new String.
+QV_STRING *normalizeFew( const QV_CHAR *chs, QV_INT length, QV_INT normalForm, Run run )
+{
+    QV_CHAR room[FEW_ROOM];
+    QV_INT  count = writeInOrder( chs, length, normalForm, room );
+
+    return count < 0 ? normalizeFewByStages( chs, length, normalForm, run ) : createFrom( room, count );
+}
+
+// All others go through the stages into the block of the new String.
 [[gnu::noinline]] QV_STRING *normalizeByStages( const QV_CHAR *chs, QV_INT length, QV_INT normalForm, Run run )
 {
     qv::Ref< QV_UNICODE_NORMALIZER > norm( qvUnicodeNormalizerCreate( normalForm ) );
@@ -290,9 +318,8 @@ QV_STRING *normalizeFew( const QV_CHAR *chs, QV_INT length, QV_INT normalForm )
 
 [[gnu::noinline]] QV_STRING *normalizeChanging( const QV_CHAR *chs, QV_INT length, QV_INT normalForm, Run run )
 {
-    QV_STRING *result = length <= FEW ? normalizeFew( chs, length, normalForm ) : nullptr;
-
-    return result ? result : normalizeByStages( chs, length, normalForm, run );
+    return length <= FEW ? normalizeFew( chs, length, normalForm, run )
+                         : normalizeByStages( chs, length, normalForm, run );
 }
 } // namespace
 

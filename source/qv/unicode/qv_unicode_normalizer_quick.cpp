@@ -224,6 +224,21 @@ inline Composed composeInOrder( const QV_CHAR *chs, QV_INT count, QV_CHAR *to, b
             continue;
         }
 
+        // A pair before a starter, as most of what changes: nothing else can join it, and it takes no ordering.
+        if( i + 2 < count && isStarter< form >( chs[i + 2] ) && QV_CHAR_OK( chs[i + 1] )
+            && decomposeFully( chs[i], form & 1 ) < LOOK_CLOSER
+            && decomposeFully( chs[i + 1], form & 1 ) < LOOK_CLOSER )
+        {
+            if( QV_CHAR composite = composePair( chs[i], chs[i + 1], true ) )
+            {
+                to[done.written] = composite;
+                done             = { i + 2, done.written + 1, done.written, 0 };
+                i                = done.read;
+                alone            = 0;
+                continue;
+            }
+        }
+
         QV_INT   start   = i;
         QV_INT   out     = done.written;
         QV_CHAR  starter = chs[i++];
@@ -291,7 +306,7 @@ inline Composed composeInOrder( const QV_CHAR *chs, QV_INT count, QV_CHAR *to, b
 template< QV_INT form >
 QV_INT composeUnits( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT count )
 {
-    const QV_INT PIECE = 1024, PATIENCE = 16;
+    const QV_INT PIECE = 1024, PATIENCE = 8;
 
     if( norm->pending < norm->length )
         moveOn( norm, norm->length );

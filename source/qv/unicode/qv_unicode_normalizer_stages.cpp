@@ -40,15 +40,25 @@ __attribute__( ( noinline ) ) void qv::normalizer::enlarge( QV_UNICODE_NORMALIZE
     if( norm->length + count <= norm->capacity )
         return;
 
-    QV_INT room    = norm->length + count;
+    QV_INT   room = norm->length + count;
+    QV_CHAR *lent = norm->isLent ? norm->chars : nullptr;
+    norm->isLent  = false;
+    norm->chars   = lent ? nullptr : norm->chars;
+
     norm->capacity = QV_INT_ADD_OK( room, room / 2 ) ? room + room / 2 : room;
     norm->chars    = static_cast< QV_CHAR * >( qvMemReallocN( norm->chars, norm->capacity, sizeof( QV_CHAR ) ) );
     account( norm );
+
+    if( lent )
+        qvMemCopyN( norm->chars, lent, norm->length, sizeof( QV_CHAR ) );
 }
 
 void qv::normalizer::freeArray( QV_UNICODE_NORMALIZER *norm )
 {
-    qvMemFree( norm->chars );
+    if( !norm->isLent )
+        qvMemFree( norm->chars );
+
+    norm->isLent   = false;
     norm->chars    = nullptr;
     norm->capacity = 0;
     account( norm );

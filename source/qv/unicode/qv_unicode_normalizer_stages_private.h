@@ -16,8 +16,8 @@
    A character goes on to the next stage when a border moves; most characters never move themselves.
 
    step() takes a character through all stages. Most text takes shorter ways that leave the same state: pass() copies
-   text that is in the form already, as far as check() has found; pairs and syllables that no other character can join
-   are composed at once; text that needs no ordering is decomposed at once. */
+   text that is in the form already, as far as check() has found; text that needs no ordering is composed or decomposed at
+   once. */
 
 struct QV_UNICODE_NORMALIZER : QV_OBJ
 {
@@ -33,6 +33,7 @@ struct QV_UNICODE_NORMALIZER : QV_OBJ
     QV_INT   lastCccv;    // the highest class since the starter; 255 without one, so that nothing joins
     QV_INT   pendingCccv; // class of the last character from `pending` on; 0 if there is none
     bool     unordered;   // the marks from `pending` on are not in order
+    bool     isLent;      // the array is memory of somebody else's
 };
 
 namespace qv::normalizer
