@@ -1,6 +1,8 @@
 #include "qv/runtime/qv_obj_count_private.h"
 
+#include "qv/runtime/qv_obj_memory_private.h"
 #include "qv/runtime/qv_obj_private.h"
+#include "qv/runtime/qv_runtime.h"
 #include "qv/sys/qv_lock_private.h"
 #include "qv/sys/qv_mem_private.h"
 
@@ -11,6 +13,10 @@
 #include <utility>
 
 constinit thread_local QV___COUNTS *qv::ownTable = nullptr;
+uint32_t                            qv::mostKept = 0;
+
+/** Null unless the program has been built with AddressSanitizer. */
+extern "C" __attribute__( ( weak ) ) void __asan_init( void );
 
 namespace
 {
@@ -218,13 +224,15 @@ SortCounts *qv::prepareCounts( QV_SORT *sort )
     return ownTable && placeOf( sort ) > 0 ? &ownTable->sorts[placeOf( sort )] : nullptr;
 }
 
-void qv::startCounts()
+void qv::startCounts( QV_INT flags )
 {
+    mostKept = ( flags & QV_RUNTIME_FLAG_MEMORY_DEBUG ) || __asan_init ? 0 : MOST_KEPT;
     __atomic_store_n( &hasKey, pthread_key_create( &tableKey, endThread ) == 0, __ATOMIC_RELEASE );
 }
 
 // The thread that stops the library gives its table back here. Others that have used the library and still live keep
-// theirs, which are not used again: no code of the library runs at their end, so that it can be unloaded.
+// theirs for as long as they live, whatever runs they see. What such a thread has at its end is lost, some kilobytes and
+// the blocks that it keeps: no code of the library runs then, so that it can be unloaded.
 void qv::stopCounts()
 {
     if( !__atomic_exchange_n( &hasKey, 0, __ATOMIC_ACQ_REL ) )

@@ -127,8 +127,9 @@ inline QV_SORT *sortBefore( QV_SORT *sort )
     return static_cast< QV_SORT * >( sort->odbNext ); // of no other use to the header of a sort
 }
 
-/** Between the two, threads give their tables back when they end. */
-void startCounts();
+/** Between the two, threads give their tables back when they end, and keep blocks of objects if the flags of the run say
+    so. */
+void startCounts( QV_INT flags );
 void stopCounts();
 } // namespace qv
 
