@@ -2,7 +2,6 @@
 
 #include "qv/runtime/qv_obj_memory_private.h"
 #include "qv/runtime/qv_obj_private.h"
-#include "qv/runtime/qv_runtime.h"
 #include "qv/sys/qv_lock_private.h"
 #include "qv/sys/qv_mem_private.h"
 
@@ -224,9 +223,9 @@ SortCounts *qv::prepareCounts( QV_SORT *sort )
     return ownTable && placeOf( sort ) > 0 ? &ownTable->sorts[placeOf( sort )] : nullptr;
 }
 
-void qv::startCounts( QV_INT flags )
+void qv::startCounts( bool keepsBlocks )
 {
-    mostKept = ( flags & QV_RUNTIME_FLAG_MEMORY_DEBUG ) || __asan_init ? 0 : MOST_KEPT;
+    mostKept = keepsBlocks && !__asan_init ? MOST_KEPT : 0;
     __atomic_store_n( &hasKey, pthread_key_create( &tableKey, endThread ) == 0, __ATOMIC_RELEASE );
 }
 

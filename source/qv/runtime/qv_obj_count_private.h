@@ -127,9 +127,8 @@ inline QV_SORT *sortBefore( QV_SORT *sort )
     return static_cast< QV_SORT * >( sort->odbNext ); // of no other use to the header of a sort
 }
 
-/** Between the two, threads give their tables back when they end, and keep blocks of objects if the flags of the run say
-    so. */
-void startCounts( QV_INT flags );
+/** Between the two, threads give their tables back when they end and, if the start says so, keep blocks of objects. */
+void startCounts( bool keepsBlocks );
 void stopCounts();
 } // namespace qv
 
