@@ -73,8 +73,8 @@ class Memory:
 
     def objects(self, sort):
         """How many objects of a sort live: what the sort counts itself and what each thread does."""
-        total = self.field("I", sort, "QV_SORT.objects")
-        place = self.field("i", sort, "QV_SORT.place")
+        total = self.field("I", sort, "QV_SORT.created") - self.field("I", sort, "QV_SORT.ended")
+        place = self.field("h", sort, "QV_OBJ.memory")
         table = self.number(self.pointer_format, self.symbol("qv___Counts")) if place > 0 else 0
         while table:
             total += self.number("I", table + 8 * place) - self.number("I", table + 8 * place + 4)

@@ -5,7 +5,6 @@
 #include "qv/sys/qv_assert_private.h"
 
 #include <atomic>
-#include <memory>
 #include <thread>
 
 #include <csignal>
@@ -13,7 +12,6 @@
 #include <malloc.h>
 #include <pthread.h>
 
-using qv::Ref;
 using namespace qv::test;
 
 /* Two families of a module of the test --------------------------------------------------------------------------- */
@@ -40,13 +38,12 @@ QV_OBJ *create( QV_SORT *sort )
     return qv___ObjCreate( sizeof( QV_OBJ ), sort );
 }
 
-// A run without lists, in which threads count for themselves.
-void inPlainRun( const std::function< void() > &body )
+void inRun( QV_INT flags, const std::function< void() > &body )
 {
     withoutLibrary(
         [&]
         {
-            qvRuntimeStartup( 0, nullptr, nullptr, nullptr, nullptr );
+            qvRuntimeStartup( flags, nullptr, nullptr, nullptr, nullptr );
             body();
             qvRuntimeShutdown();
         } );
@@ -60,99 +57,73 @@ void expectNone()
 }
 } // namespace
 
-// One object or two live at any time, of one sort or of two in turn. One thread creates them, another ends them.
+// One object or two live at any time, of two sorts in turn. One thread creates them, and it or another one ends each when
+// the next has come. Listed objects are counted elsewhere than others.
 TEST( ObjCount, IsNeverBelowWhatLives )
 {
-    inPlainRun(
-        []
-        {
-            for( bool inTurn : { false, true } )
-            {
-                std::atomic< QV_OBJ * > handed = nullptr;
-                std::atomic< bool >     over   = false;
-                QV_OBJ                 *first  = create( qvOneSort() );
+    for( QV_INT flags : { 0, QV_RUNTIME_FLAG_OBJECT_DATABASE } )
+        for( bool handsOver : { false, true } )
+            inRun(
+                flags,
+                [handsOver]
+                {
+                    std::atomic< QV_OBJ * > handed = nullptr;
+                    std::atomic< bool >     over   = false;
+                    std::atomic< int >      made   = 0;
+                    QV_OBJ                 *last   = create( qvOneSort() );
+                    QV_INT                  least = 1, most = 1;
 
-                std::thread creates(
-                    [&]
+                    auto end = [&]
                     {
-                        for( int i = 1; !over; i++ )
+                        if( QV_OBJ *next = handed.exchange( nullptr ) )
+                            qvObjRelease( std::exchange( last, next ) );
+                    };
+
+                    std::thread creates(
+                        [&]
                         {
-                            QV_OBJ *next = create( inTurn && i % 2 ? qvTwoSort() : qvOneSort() );
+                            while( !over )
+                            {
+                                handed = create( made++ % 4 < 2 ? qvTwoSort() : qvOneSort() );
 
-                            while( handed && !over )
-                                sched_yield();
+                                while( handed && !over )
+                                    handsOver ? void( sched_yield() ) : end();
+                            }
+                        } );
 
-                            if( QV_OBJ *left = handed.exchange( next ) )
-                                qvObjRelease( left );
-                        }
-                    } );
+                    std::thread ends(
+                        [&]
+                        {
+                            for( ; handsOver && !over; sched_yield() )
+                                end();
+                        } );
 
-                std::thread ends(
-                    [&, last = first]() mutable
+                    for( int i = 0; i < 300000 || made < 300; i++ )
                     {
-                        while( !over )
-                            if( QV_OBJ *next = handed.exchange( nullptr ) )
-                                qvObjRelease( std::exchange( last, next ) );
+                        QV_INT live = qv___ModuleObjects( &counted___module );
+                        least       = std::min( least, live );
+                        most        = std::max( most, live );
+                    }
 
-                        creates.join();
-                        qvObjRelease( last );
-                    } );
-
-                for( int i = 0; i < 200000; i++ )
-                {
-                    if( !inTurn )
-                        ASSERT_GT( qvSortObjects( qvOneSort() ), 0 );
-
-                    ASSERT_GT( qv___ModuleObjects( &counted___module ), 0 );
-                }
-
-                over = true;
-                ends.join();
-
-                if( QV_OBJ *left = handed )
-                    qvObjRelease( left );
-
-                expectNone();
-            }
-        } );
-}
-
-// The same by one thread alone, which has created and ended many before a look has read all of its numbers.
-TEST( ObjCount, IsNeverBelowWhatAQuickThreadKeeps )
-{
-    inPlainRun(
-        []
-        {
-            std::atomic< bool > over = false;
-            QV_OBJ             *last = create( qvOneSort() );
-
-            std::thread quick(
-                [&]
-                {
-                    for( int i = 0; !over; i++ )
-                        qvObjRelease( std::exchange( last, create( i % 4 < 2 ? qvTwoSort() : qvOneSort() ) ) );
-
+                    over = true;
+                    creates.join();
+                    ends.join();
+                    end();
                     qvObjRelease( last );
+                    EXPECT_EQ( 1, least );
+                    EXPECT_LT( most, INT32_MAX );
+                    expectNone();
                 } );
-
-            QV_INT least = 1;
-
-            for( int i = 0; i < 300000; i++ )
-                least = std::min( least, qv___ModuleObjects( &counted___module ) );
-
-            over = true;
-            quick.join();
-            EXPECT_EQ( 1, least );
-            expectNone();
-        } );
 }
 
 // Threads leave objects to others, end those of others, and create and end some while they end themselves.
 TEST( ObjCount, IsExactWhateverThreadsLeave )
 {
-    inPlainRun(
+    inRun(
+        0,
         []
         {
+            size_t        memory = 0;
             pthread_key_t key; // destroyed after the library has noticed the end of the thread
             ASSERT_EQ(
                 0, pthread_key_create(
@@ -162,8 +133,6 @@ TEST( ObjCount, IsExactWhateverThreadsLeave )
                            qvObjRelease( create( qvTwoSort() ) );
                            qvObjRelease( static_cast< QV_OBJ * >( object ) );
                        } ) );
-
-            size_t memory = 0;
 
             for( int i = 0; i < 2000; i++ )
             {
@@ -193,26 +162,10 @@ TEST( ObjCount, IsExactWhateverThreadsLeave )
         } );
 }
 
-// Memory of an object that has ended is used again by the same thread, but for what that would hide.
+#if !QV___ASAN
+// Memory of an object that has ended is used again by the same thread. Until then it is all ones, for what still uses it.
 TEST( ObjCount, AThreadKeepsTheMemoryOfWhatEnds )
 {
-    auto again = []
-    {
-        QV_OBJ   *object  = create( qvOneSort() );
-        uintptr_t address = reinterpret_cast< uintptr_t >( object );
-        qvObjRelease( object );
-
-        // Still all ones: what uses an object that has ended finds no sort.
-        if( !QV___ASAN && !( qvRuntimeFlags() & QV_RUNTIME_FLAG_MEMORY_DEBUG ) )
-            EXPECT_EQ( UINTPTR_MAX, reinterpret_cast< uintptr_t >( object->sort ) );
-
-        Ref< QV_OBJ > next( create( qvOneSort() ) );
-        return address == reinterpret_cast< uintptr_t >( next.get() );
-    };
-
-    inPlainRun( [&] { EXPECT_EQ( !QV___ASAN, again() ); } );
-
-#if QV___ASSERTIONS && !QV___ASAN
     auto misuse = []
     {
         QV_OBJ *object = create( qvOneSort() );
@@ -220,61 +173,69 @@ TEST( ObjCount, AThreadKeepsTheMemoryOfWhatEnds )
         object->retainCount = 2;
         create( qvOneSort() );
     };
-    inPlainRun( [&] { EXPECT_EQ( SIGABRT, inChild( misuse ).signal ); } );
-#endif
+
+    inRun(
+        0,
+        [misuse]
+        {
+            QV_OBJ *object = create( qvOneSort() );
+            qvObjRelease( object );
+            EXPECT_EQ( UINTPTR_MAX, reinterpret_cast< uintptr_t >( object->sort ) );
+            EXPECT_EQ( object, create( qvOneSort() ) );
+            qvObjRelease( object );
+
+            if( QV___ASSERTIONS )
+                EXPECT_EQ( SIGABRT, inChild( misuse ).signal );
+        } );
 }
+#endif
 
 // More sorts than a thread has places for, whose objects outlive two runs and the thread that created them.
 TEST( ObjCount, HasRoomForAllSorts )
 {
-    Ending ending = inChild(
-        []
+    static QV_SORT sorts[1200];
+    static QV_OBJ *objects[std::size( sorts )];
+
+    auto renew = []
+    {
+        for( size_t i = 0; i < std::size( sorts ); i++ )
         {
-            static QV_SORT sorts[1200];
-            static QV_OBJ *objects[std::size( sorts )];
+            if( objects[i] )
+                qvObjRelease( objects[i] );
+            else
+                sorts[i] =
+                    QV___STATIC_SORT( &counted___module, "QV_MANY", nullptr, nullptr, nullptr, nullptr, nullptr );
+
+            objects[i] = create( &sorts[i] );
+        }
+    };
+
+    auto body = [renew]
+    {
+        qvRuntimeShutdown();
+
+        for( QV_INT flags : { 0, QV_RUNTIME_FLAG_OBJECT_DATABASE } )
+        {
+            qvRuntimeStartup( flags, nullptr, nullptr, nullptr, nullptr );
+            std::thread( renew ).join();
             qvRuntimeShutdown();
 
-            for( int start = 0; start < 2; start++ )
-            {
-                qvRuntimeStartup(
-                    start == 0 ? 0 : QV_RUNTIME_FLAG_OBJECT_DATABASE, nullptr, nullptr, nullptr, nullptr );
+            if( qv___ModuleObjects( &counted___module ) != std::ssize( sorts ) )
+                _exit( 1 );
+        }
 
-                std::thread(
-                    [start]
-                    {
-                        for( size_t i = 0; i < std::size( sorts ); i++ )
-                        {
-                            if( start == 0 )
-                                sorts[i] = QV___STATIC_SORT(
-                                    &counted___module, "QV_MANY", nullptr, nullptr, nullptr, nullptr, nullptr );
-                            else
-                                qvObjRelease( objects[i] );
+        for( size_t i = 0; i < std::size( sorts ); i++ )
+        {
+            if( qvSortObjects( &sorts[i] ) != 1 )
+                _exit( 2 );
 
-                            objects[i] = create( &sorts[i] );
-                        }
-                    } )
-                    .join();
+            qvObjRelease( objects[i] );
+        }
 
-                qvRuntimeShutdown();
+        if( qv___ModuleObjects( &counted___module ) != 0 )
+            _exit( 3 );
+    };
 
-                if( qv___ModuleObjects( &counted___module ) != std::ssize( sorts ) )
-                    _exit( 1 );
-            }
-
-            for( size_t i = 0; i < std::size( sorts ); i++ )
-            {
-                if( qvSortObjects( &sorts[i] ) != 1 )
-                    _exit( 2 );
-
-                qvObjRelease( objects[i] );
-
-                if( qvSortObjects( &sorts[i] ) != 0 )
-                    _exit( 3 );
-            }
-
-            if( qv___ModuleObjects( &counted___module ) != 0 )
-                _exit( 4 );
-        } );
-
+    Ending ending = inChild( body );
     EXPECT_EQ( 0, ending.status ) << ending.errors;
 }

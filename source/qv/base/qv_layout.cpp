@@ -27,8 +27,8 @@ static_assert( sizeof( QV___LAYOUT_FACT ) == 40 && sizeof( QV___LAYOUT ) == 64 *
 
 // clang-format off
 constexpr QV___LAYOUT qv___layout = { {
-    FIELD( QV_OBJ, type ), FIELD( QV_OBJ, sort ), FIELD( QV_OBJ, retainCount ), FIELD( QV_OBJ, odbNext ),
-    FIELD( QV_SORT, name ), FIELD( QV_SORT, objects ), FIELD( QV_SORT, place ),
+    FIELD( QV_OBJ, type ), FIELD( QV_OBJ, sort ), FIELD( QV_OBJ, retainCount ), FIELD( QV_OBJ, memory ), FIELD( QV_OBJ, odbNext ),
+    FIELD( QV_SORT, name ), FIELD( QV_SORT, created ), FIELD( QV_SORT, ended ),
     FIELD( QV_SORT, odbFirst ), FIELD( QV_SORT, sortsNext ), FIELD( QV___COUNTS, before ),
     FIELD( QV_MODULE, moduleRecord ), FIELD( QV_MODULE, sortsFirst ), FIELD( QV_MODULE_RECORD, name ),
     FIELD( QV_BOXED_BOOL, value ), FIELD( QV_BOXED_INT, value ), FIELD( QV_BOXED_REAL, value ),

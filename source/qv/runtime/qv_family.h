@@ -92,8 +92,8 @@ struct QV_SORT
     QV___FREE_FUNC      freeFunc;      /**< each of the three functions may be null */
     QV___COMPARE_FUNC   compareFunc;   /**< null: the order of the unique numbers */
     QV___TO_STRING_FUNC toStringFunc;  /**< null: the name and the unique number */
-    int32_t             objects;       /**< atomic; a part of the count of live objects: see qvSortObjects() */
-    int32_t             place;         /**< atomic; in the counts of threads; 0 until the sort's first object */
+    int32_t             created;       /**< atomic; objects that no table of a thread counts: qv_obj_count_private.h */
+    int32_t             ended;         /**< likewise */
     QV_OBJ             *odbFirst;      /**< the listed objects, oldest first */
     QV_OBJ             *odbLast;       /**< the newest of them */
     QV_SORT            *sortsPrevious; /**< link in the module's list of sorts with listed objects */

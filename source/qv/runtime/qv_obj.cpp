@@ -21,7 +21,7 @@ void qv___ObjStartup( void )
 {
     QV_INT flags = qvRuntimeFlags();
 
-    qv::startCounts();
+    qv::startCounts( !( flags & QV_RUNTIME_FLAG_MEMORY_DEBUG ) );
     qv::objLogLock = qv___LockCreate();
     qv___ObjRun    = ( flags & QV_RUNTIME_FLAG_OBJECT_DATABASE ) ? qv::IS_LISTED | qv::IS_OWN : 0;
     qv___ObjOrigin = ( flags & QV_RUNTIME_FLAG_OBJECT_ORIGIN ) ? QV_TRUE : QV_FALSE;

@@ -1,5 +1,6 @@
 #include "qv/runtime/qv_obj_count_private.h"
 
+#include "qv/runtime/qv_obj_memory_private.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/sys/qv_lock_private.h"
 #include "qv/sys/qv_mem_private.h"
@@ -11,6 +12,10 @@
 #include <utility>
 
 constinit thread_local QV___COUNTS *qv::ownTable = nullptr;
+uint32_t                            qv::mostKept = 0;
+
+/** Null unless the program has been built with AddressSanitizer. */
+extern "C" __attribute__( ( weak ) ) void __asan_init( void );
 
 namespace
 {
@@ -123,11 +128,11 @@ void getTable()
 
 /* Looks ---------------------------------------------------------------------------------------------------------- */
 
-// What all threads have counted at one of the two numbers.
-uint32_t sumOf( QV_SORT *sort, uint32_t SortCounts::*number )
+// What the sort and all threads have counted at one of the two numbers.
+uint32_t sumOf( QV_SORT *sort, int32_t QV_SORT::*own, uint32_t SortCounts::*number )
 {
-    int32_t  place = __atomic_load_n( &sort->place, __ATOMIC_ACQUIRE );
-    uint32_t sum   = 0;
+    int32_t  place = qv::placeOf( sort );
+    uint32_t sum   = static_cast< uint32_t >( qv___AtomicLoad32( &( sort->*own ) ) );
 
     if( place > 0 )
         for( Table *table = __atomic_load_n( &qv___Counts, __ATOMIC_ACQUIRE ); table; table = table->before )
@@ -136,25 +141,20 @@ uint32_t sumOf( QV_SORT *sort, uint32_t SortCounts::*number )
     return sum;
 }
 
-uint32_t ownOf( QV_SORT *sort )
-{
-    return static_cast< uint32_t >( qv___AtomicLoad32( &sort->objects ) );
-}
-
 // What lives of the sorts whose numbers `sum` adds up. The smallest of several looks, none of which is too low: one that
 // takes long while other threads create and end objects is far too high. It ends with a look during which no object
 // ended, since that is no higher than what lived then.
 template< class Sum >
 QV_INT look( Sum sum )
 {
-    auto     endedOf   = []( QV_SORT *sort ) { return sumOf( sort, &SortCounts::ended ); };
-    auto     createdOf = []( QV_SORT *sort ) { return sumOf( sort, &SortCounts::created ); };
+    auto     endedOf   = []( QV_SORT *sort ) { return sumOf( sort, &QV_SORT::ended, &SortCounts::ended ); };
+    auto     createdOf = []( QV_SORT *sort ) { return sumOf( sort, &QV_SORT::created, &SortCounts::created ); };
     uint32_t ended     = sum( endedOf );
     uint32_t result    = UINT32_MAX;
 
     for( int i = 0; i < LOOKS && result > 0; i++ )
     {
-        uint32_t live  = sum( ownOf ) + sum( createdOf ) - ended;
+        uint32_t live  = sum( createdOf ) - ended;
         uint32_t after = sum( endedOf );
 
         if( live < result )
@@ -195,12 +195,13 @@ QV_INT qv___ModuleObjects( QV_MODULE *module )
 
 void qv::makeKnown( QV_SORT *sort )
 {
-    if( sort->place != 0 )
+    if( placeOf( sort ) != 0 )
         return;
 
     sort->odbNext = knownSorts;
     __atomic_store_n( &knownSorts, sort, __ATOMIC_RELEASE );
-    __atomic_store_n( &sort->place, places < QV___COUNTS_PLACES ? places++ : NO_PLACE, __ATOMIC_RELEASE );
+    int32_t place = places < QV___COUNTS_PLACES ? places++ : NO_PLACE;
+    __atomic_store_n( &sort->memory, static_cast< uint16_t >( place ), __ATOMIC_RELEASE );
 }
 
 QV_SORT *qv::newestSort()
@@ -210,7 +211,7 @@ QV_SORT *qv::newestSort()
 
 SortCounts *qv::prepareCounts( QV_SORT *sort )
 {
-    if( __atomic_load_n( &sort->place, __ATOMIC_ACQUIRE ) == 0 )
+    if( placeOf( sort ) == 0 )
     {
         HeldLock held( listsLock );
         makeKnown( sort );
@@ -219,16 +220,18 @@ SortCounts *qv::prepareCounts( QV_SORT *sort )
     if( !ownTable )
         getTable();
 
-    return ownTable && sort->place > 0 ? &ownTable->sorts[sort->place] : nullptr;
+    return ownTable && placeOf( sort ) > 0 ? &ownTable->sorts[placeOf( sort )] : nullptr;
 }
 
-void qv::startCounts()
+void qv::startCounts( bool keepsBlocks )
 {
+    mostKept = keepsBlocks && !__asan_init ? MOST_KEPT : 0;
     __atomic_store_n( &hasKey, pthread_key_create( &tableKey, endThread ) == 0, __ATOMIC_RELEASE );
 }
 
 // The thread that stops the library gives its table back here. Others that have used the library and still live keep
-// theirs, which are not used again: no code of the library runs at their end, so that it can be unloaded.
+// theirs for as long as they live, whatever runs they see. What such a thread has at its end is lost, some kilobytes and
+// the blocks that it keeps: no code of the library runs then, so that it can be unloaded.
 void qv::stopCounts()
 {
     if( !__atomic_exchange_n( &hasKey, 0, __ATOMIC_ACQ_REL ) )

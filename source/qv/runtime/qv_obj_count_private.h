@@ -13,13 +13,13 @@
       create and end some, all the time;
     - it is too high at most by the objects that other threads create during the look, and exact if they create none.
 
-    What is not in a table is in the sort's own count, which is changed by locked additions and read between the two:
+    What is not in a table is in the same two numbers of the sort itself, which are changed by locked additions:
     - listed objects, since their count must agree with the lists for a thread that holds the lock of the lists;
     - objects of a thread without a table: one that ends and has given its table back, or has got none, because there is
       no memory or another thread is just getting one;
     - sorts beyond those that a table has places for.
-    Where an object is created does not decide where its end is counted, so that a sort's own count may be below 0. All
-    numbers wrap around together: the sums are right as long as fewer than 2^32 objects of a sort live. */
+    Where an object is created does not decide where its end is counted. All numbers wrap around together: the sums are
+    right as long as fewer than 2^32 objects of a sort live or are created during a look. */
 
 #ifndef QV_OBJ_COUNT_PRIVATE_H
 #define QV_OBJ_COUNT_PRIVATE_H
@@ -60,6 +60,13 @@ QV_API QV___COUNTS *qv___Counts;
 namespace qv
 {
 
+/** The sort's place in the tables: 0 until its first object, below 0 if there was none left. It is in a field of no other
+    use to the header of a sort. Atomic. */
+inline int32_t placeOf( QV_SORT *sort )
+{
+    return static_cast< int16_t >( __atomic_load_n( &sort->memory, __ATOMIC_ACQUIRE ) );
+}
+
 /** The calling thread's table; null if the thread has none. */
 extern __attribute__( ( tls_model( "initial-exec" ) ) ) thread_local constinit QV___COUNTS *ownTable;
 
@@ -67,11 +74,11 @@ extern __attribute__( ( tls_model( "initial-exec" ) ) ) thread_local constinit Q
     objects if it is in none yet. */
 SortCounts *prepareCounts( QV_SORT *sort );
 
-/** Where the calling thread counts the sort's objects; null where it has to use the sort's own count. */
+/** Where the calling thread counts the sort's objects; null where it has to use the sort's own numbers. */
 inline SortCounts *countsOf( QV_SORT *sort )
 {
     QV___COUNTS *table = ownTable;
-    int32_t      place = __atomic_load_n( &sort->place, __ATOMIC_ACQUIRE );
+    int32_t      place = placeOf( sort );
 
     if( __builtin_expect( table && place > 0, 1 ) )
         return &table->sorts[place];
@@ -93,7 +100,7 @@ inline void countIn( QV_SORT *sort )
     if( SortCounts *counts = countsOf( sort ) )
         countInAt( counts );
     else
-        qv___AtomicAdd32( &sort->objects, 1 );
+        qv___AtomicAdd32( &sort->created, 1 );
 }
 
 inline void countOut( QV_SORT *sort )
@@ -101,7 +108,7 @@ inline void countOut( QV_SORT *sort )
     if( SortCounts *counts = countsOf( sort ) )
         __atomic_store_n( &counts->ended, counts->ended + 1, __ATOMIC_RELEASE );
     else
-        qv___AtomicAdd32( &sort->objects, -1 );
+        qv___AtomicAdd32( &sort->ended, 1 );
 }
 /** @} */
 
@@ -120,8 +127,8 @@ inline QV_SORT *sortBefore( QV_SORT *sort )
     return static_cast< QV_SORT * >( sort->odbNext ); // of no other use to the header of a sort
 }
 
-/** Between the two, threads give their tables back when they end. */
-void startCounts();
+/** Between the two, threads give their tables back when they end and, if the start says so, keep blocks of objects. */
+void startCounts( bool keepsBlocks );
 void stopCounts();
 } // namespace qv
 

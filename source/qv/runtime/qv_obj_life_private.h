@@ -27,9 +27,9 @@ bool recordsOrigin( QV_SORT *sort );
 /** Ends so many uses of memory that objects of a batch share, and frees it with the last. */
 void leaveShared( void *memory, int32_t uses );
 
-/** Makes an object in memory of which its header says `memory`. Inline in all functions that create, so that each is one frame in the recorded stack of a
-    creation, which leaves one out. `counts` is where the calling thread counts the sort's objects, if the caller knows
-    that, else null. */
+/** Makes an object in memory of which its header says `memory`. Inline in all functions that create, so that each is one
+    frame in the recorded stack of a creation, which leaves one out. `counts` is where the calling thread counts the
+    sort's objects, if the caller knows that, else null. */
 __attribute__( ( always_inline ) ) inline QV_OBJ *createObject(
     void *place, uint16_t memory, QV_INT size, QV_SORT *sort, SortCounts *counts = nullptr )
 {

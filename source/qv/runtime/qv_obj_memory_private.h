@@ -7,7 +7,8 @@
 
     Until it is used again, a block that is kept is as the end of its object left it, so that what is done to that object
     fails: all ones, but for the link to the next block. Nothing is kept where that would hide faults from tools: in runs
-    with QV_RUNTIME_FLAG_MEMORY_DEBUG and in builds with AddressSanitizer. */
+    with QV_RUNTIME_FLAG_MEMORY_DEBUG, in processes with AddressSanitizer, however the library was built, and in builds
+    with it, which don't round sizes up either. */
 
 #ifndef QV_OBJ_MEMORY_PRIVATE_H
 #define QV_OBJ_MEMORY_PRIVATE_H
@@ -21,7 +22,10 @@ namespace qv
 {
 const QV_INT   SIZE_STEP  = 16;                   // between two sizes
 const QV_INT   FIRST_SIZE = sizeof( QV_OBJ ) + 8; // as blocks of the C library, whose sizes leave 8 to a step of 16
-const uint32_t MOST_KEPT  = 32;                   // blocks of a size that a thread keeps
+const uint32_t MOST_KEPT  = 32;                   // blocks of a size that a thread keeps, where it keeps any
+
+/** MOST_KEPT, or 0 where nothing is kept. Set by the start of the run. */
+extern uint32_t mostKept;
 
 /** Memory for an object of so many bytes; `*memory` becomes what its header has to say about it. */
 __attribute__( ( always_inline ) ) inline void *takeMemory( QV_INT bytes, uint16_t *memory )
@@ -37,7 +41,7 @@ __attribute__( ( always_inline ) ) inline void *takeMemory( QV_INT bytes, uint16
     *memory            = static_cast< uint16_t >( 2 * size + 1 );
     QV___COUNTS *table = ownTable;
 
-    if( __builtin_expect( !table || !table->kept[size].first || qv___MemDebug, 0 ) )
+    if( __builtin_expect( !table || !table->kept[size].first || mostKept == 0, 0 ) )
         return qvMemAlloc( FIRST_SIZE + static_cast< QV_INT >( size ) * SIZE_STEP );
 
     QV_OBJ *object = table->kept[size].first;
@@ -63,7 +67,7 @@ inline void giveMemory( QV_OBJ *object, uint16_t memory )
     {
         KeptBlocks *kept = &table->kept[memory / 2];
 
-        if( __builtin_expect( kept->count < MOST_KEPT && !qv___MemDebug, 1 ) )
+        if( __builtin_expect( kept->count < mostKept, 1 ) )
         {
             object->odbNext = kept->first;
             kept->first     = object;

@@ -68,7 +68,7 @@ void qv::enterList( QV_OBJ *object )
 
     // Atomically though the lock is held: threads without a table change the count without it.
     makeKnown( sort );
-    qv___AtomicAdd32( &sort->objects, 1 );
+    qv___AtomicAdd32( &sort->created, 1 );
     sort->listed++;
 
     if( sort->listed == 1 && sort->module )
@@ -104,7 +104,7 @@ void qv::countOutListed( QV_OBJ *object, bool leavesList )
     if( sort->listed == 0 && sort->module )
         unlinkSort( sort );
 
-    qv___AtomicAdd32( &sort->objects, -1 );
+    qv___AtomicAdd32( &sort->ended, 1 );
 }
 
 QV_BOOL qv___ObjOdbEnabled( void )
