@@ -1,4 +1,5 @@
 #include "qv_test_call.h"
+#include "qv_test_stream.h"
 #include "qv_test_support.h"
 
 #include "qv/base/qv_string_private.h"
@@ -72,6 +73,48 @@ TEST( String, PartsOutliveOneAnother )
             }
         } );
     settle();
+}
+
+// A part has no memory but that of its characters, so that what changes it makes another String, also where nobody else
+// holds it.
+TEST( String, PartsAreNeverWrittenTo )
+{
+    void ( *const changes[] )( QV_STRING ** ) = {
+        []( QV_STRING **qvs ) { qvStringAppendChar( qvs, U'x' ); },
+        []( QV_STRING **qvs ) { qvStringAppend( qvs, text( "more" ) ); },
+        []( QV_STRING **qvs ) { qvStringAppend( qvs, *qvs ); },
+        []( QV_STRING **qvs ) { qvStringAppendChars( qvs, qvStringBacking( *qvs ) + 1, 2 ); },
+        []( QV_STRING **qvs ) { qvStringAppendFormatCstr( qvs, "%i", -1, QV_INT( 7 ) ); },
+        []( QV_STRING **qvs ) { qvStringPrependCstr( qvs, "more", -1 ); },
+        []( QV_STRING **qvs ) { qvStringInsertChar( qvs, 3, U'x' ); },
+        []( QV_STRING **qvs ) { qvStringSetCharAt( qvs, 3, U'x' ); },
+        []( QV_STRING **qvs ) { qvStringDelLeading( qvs, 1 ); },
+        []( QV_STRING **qvs ) { qvStringDelInner( qvs, 2, 2 ); },
+        []( QV_STRING **qvs ) { qvStringDelOuter( qvs, 2, 2 ); },
+        []( QV_STRING **qvs ) { qvStringTrim( qvs ); },
+        []( QV_STRING **qvs ) { qvStringToUpper( qvs ); },
+        []( QV_STRING **qvs ) { qvStringNormalizeNFD( qvs ); },
+        []( QV_STRING **qvs )
+        {
+            Ref buffered( qvBufferByteSourceCreate( buffer( "from outside" ) ) );
+            Ref source(
+                qvCharsetCreateCharSource( Ref( qvBufferByteSourceByteSource( buffered ) ), QV_CHARSET_UTF_8, 0 ) );
+            EXPECT_EQ( 5, qvCharSourceRead( source, qvs, 5 ) );
+        } };
+
+    for( auto *change : changes )
+        for( const char *content : { " k\303\266ln ", " a text of some characters  " } )
+        {
+            Ref< QV_VECTOR > vec( qvStringSplitChar( text( std::string( content ) + ";" ), U';', -1 ) );
+            Ref< QV_STRING > part( qvStringFrom( qvVectorObjAt( vec, 0 ) ) ), same = text( content );
+            vec.reset();
+
+            QV_STRING *before = part;
+            change( part.at() );
+            change( same.at() );
+            EXPECT_EQ( utf8( same ), utf8( part ) );
+            EXPECT_TRUE( part.get() != before || utf8( part ) == content );
+        }
 }
 
 TEST( String, PartsAreCountedWhereNoListsAreKept )

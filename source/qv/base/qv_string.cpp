@@ -39,7 +39,13 @@ QV_STRING *createWithSpace( QV_INT count )
 void freeString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
-    qvStringFrom( thisObj )->freeBlock();
+
+    QV_STRING *qvs = qvStringFrom( thisObj );
+
+    if( qv::isFixed( qvs ) )
+        qvs->dbgAllocationSize = 0;
+    else
+        qvs->freeBlock();
 }
 
 QV_INT compareStrings( QV_OBJ *thisObj, QV_OBJ *thatObj )
@@ -80,6 +86,7 @@ QV_CHAR *qv___StringMakeRoom( QV_STRING *qvs, QV_INT atIndex, QV_INT count )
     QV_CHECK( atIndex >= 0 );
     QV_CHECK( atIndex <= qvs->length );
     QV_CHECK( count > 0 );
+    QV_ASSERT( !qv::isFixed( qvs ) );
 
     if( !qvs->memory )
     {

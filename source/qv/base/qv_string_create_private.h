@@ -20,9 +20,24 @@ inline void copyChars( QV_CHAR *dest, const QV_CHAR *src, QV_INT count )
         copyBytes( dest, src, static_cast< size_t >( count ) * sizeof( QV_CHAR ) );
 }
 
+/** A fixed String of `count` undefined characters, from 1 to MOST_EMBEDDED. */
+inline QV_STRING *newFixedString( QV_INT count, ObjBatch *batch )
+{
+    QV_INT     bytes       = count * QV_INT( sizeof( QV_CHAR ) );
+    QV_STRING *qvs         = static_cast< QV_STRING * >( batch->createInline( FIXED_STRING, bytes ) );
+    qvs->length            = count;
+    qvs->first             = reinterpret_cast< QV_CHAR * >( reinterpret_cast< char * >( qvs ) + FIXED_STRING );
+    qvs->dbgAllocationSize = bytes;
+
+    return qvs;
+}
+
 /** As createString(). */
 inline QV_STRING *newString( QV_INT count, ObjBatch *batch, QV_INT space )
 {
+    if( batch && space == 0 && count <= MOST_EMBEDDED )
+        return newFixedString( count, batch );
+
     QV_INT     places = count + 2 * space;
     QV_INT     home   = places <= MOST_EMBEDDED ? places : 0;
     QV_INT     extra  = home * QV_INT( sizeof( QV_CHAR ) );

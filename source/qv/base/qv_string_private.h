@@ -6,6 +6,8 @@
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_block_private.h"
 
+#include <stddef.h>
+
 /** Free places that a new block has at each end, in characters. */
 #define QV_STRING_FSPACE 32
 #define QV_STRING_BSPACE 32
@@ -21,7 +23,11 @@ struct StringRules : SavingRules< QV_STRING_FSPACE, QV_STRING_BSPACE, 64, 64, 1 
 } // namespace qv
 
 /** A block of characters. One that is made with the String follows the structure if it isn't large, in one
-    allocation with it. */
+    allocation with it.
+
+    A fixed String ends after `first`, and its characters follow there: those that are made by the thousand, and mostly
+    read, take 32 bytes less. It has no free places and nothing that could move, so it counts as shared: what would change
+    it makes a copy, also for a caller that holds the only reference. isFixed() tells it by where `first` leads. */
 struct QV_STRING : qv::Block< QV_OBJ, qv::StringRules >
 {
 };
@@ -43,10 +49,26 @@ inline QV_CHAR *chars( QV_STRING *qvs )
     return qvs->first;
 }
 
+/** The size of a fixed String without its characters. */
+const QV_INT FIXED_STRING = offsetof( QV_STRING, fspace );
+
+/** True if only the fields up to `first` may be used. */
+inline bool isFixed( const QV_STRING *qvs )
+{
+    return reinterpret_cast< const char * >( qvs->first ) == reinterpret_cast< const char * >( qvs ) + FIXED_STRING;
+}
+
+/** True if the caller must not write to a String. makePrivate() asks this too. */
+inline bool isShared( QV_STRING *qvs )
+{
+    return isShared< QV_STRING >( qvs ) || isFixed( qvs );
+}
+
 class ObjBatch;
 
 /** A String of `count` undefined characters, which the caller fills with proper ones before anybody else sees it, and
-    of `space` free places at each end; if it isn't large, in a batch where there is one. The sum is above 0. */
+    of `space` free places at each end; if it isn't large, in a batch where there is one, and fixed if there is no space
+    besides. The sum is above 0. */
 QV_STRING *createString( QV_INT count, ObjBatch *batch = nullptr, QV_INT space = 0 );
 
 /** A String that takes over a block of free places, `length` proper characters, and free places. The sum is above
