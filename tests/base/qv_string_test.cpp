@@ -3,6 +3,7 @@
 #include "qv_test_support.h"
 
 #include "qv/base/qv_string_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/qv.h"
 
 using qv::Ref;
@@ -75,9 +76,9 @@ TEST( String, PartsOutliveOneAnother )
     settle();
 }
 
-// A part has no memory but that of its characters, so that what changes it makes another String, also where nobody else
-// holds it.
-TEST( String, PartsAreNeverWrittenTo )
+// A part is as good as a String of the same characters without free places: what changes either gives both the same text
+// and sizes, and leaves them their numbers and logs, also where another String takes the part's place.
+TEST( String, PartsChangeAsStringsWithoutFreePlaces )
 {
     void ( *const changes[] )( QV_STRING ** ) = {
         []( QV_STRING **qvs ) { qvStringAppendChar( qvs, U'x' ); },
@@ -85,6 +86,12 @@ TEST( String, PartsAreNeverWrittenTo )
         []( QV_STRING **qvs ) { qvStringAppend( qvs, *qvs ); },
         []( QV_STRING **qvs ) { qvStringAppendChars( qvs, qvStringBacking( *qvs ) + 1, 2 ); },
         []( QV_STRING **qvs ) { qvStringAppendFormatCstr( qvs, "%i", -1, QV_INT( 7 ) ); },
+        []( QV_STRING **qvs )
+        {
+            *qvStringAppendRoom( qvs, 9 ) = U'x';
+            qvStringAppendWritten( qvs, 1 );
+        },
+        []( QV_STRING **qvs ) { qvStringAppendWritten( qvs, 0 ); },
         []( QV_STRING **qvs ) { qvStringPrependCstr( qvs, "more", -1 ); },
         []( QV_STRING **qvs ) { qvStringInsertChar( qvs, 3, U'x' ); },
         []( QV_STRING **qvs ) { qvStringSetCharAt( qvs, 3, U'x' ); },
@@ -92,6 +99,7 @@ TEST( String, PartsAreNeverWrittenTo )
         []( QV_STRING **qvs ) { qvStringDelInner( qvs, 2, 2 ); },
         []( QV_STRING **qvs ) { qvStringDelOuter( qvs, 2, 2 ); },
         []( QV_STRING **qvs ) { qvStringTrim( qvs ); },
+        []( QV_STRING **qvs ) { qvStringSanitize( qvs ); },
         []( QV_STRING **qvs ) { qvStringToUpper( qvs ); },
         []( QV_STRING **qvs ) { qvStringNormalizeNFD( qvs ); },
         []( QV_STRING **qvs )
@@ -109,11 +117,24 @@ TEST( String, PartsAreNeverWrittenTo )
             Ref< QV_STRING > part( qvStringFrom( qvVectorObjAt( vec, 0 ) ) ), same = text( content );
             vec.reset();
 
-            QV_STRING *before = part;
+            EXPECT_TRUE( qv::isFixed( part ) && !qv::isFixed( same ) );
+            EXPECT_EQ( allocated( same.get() ), allocated( part.get() ) );
+            EXPECT_EQ( qv___ObjDbgObjectSize( qv::obj( same.get() ) ), qv___ObjDbgObjectSize( qv::obj( part.get() ) ) );
+
+            QV_STRING *was    = same;
+            QV_INT     number = qv___ObjUnique( qv::obj( part.get() ) );
+            qv___ObjLogAppend( qv::obj( part.get() ), text( "a line" ) );
+
             change( part.at() );
             change( same.at() );
             EXPECT_EQ( utf8( same ), utf8( part ) );
-            EXPECT_TRUE( part.get() != before || utf8( part ) == content );
+            EXPECT_EQ( allocated( same.get() ), allocated( part.get() ) );
+
+            if( same.get() == was )
+            {
+                EXPECT_EQ( number, qv___ObjUnique( qv::obj( part.get() ) ) );
+                EXPECT_TRUE( Ref< QV_VECTOR >( qv___ObjLog( qv::obj( part.get() ) ) ) );
+            }
         }
 }
 

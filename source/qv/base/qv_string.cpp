@@ -42,10 +42,11 @@ void freeString( QV_OBJ *thisObj )
 
     QV_STRING *qvs = qvStringFrom( thisObj );
 
-    if( qv::isFixed( qvs ) )
-        qvs->dbgAllocationSize = 0;
-    else
-        qvs->freeBlock();
+    if( !qv::isFixed( qvs ) )
+        return qvs->freeBlock();
+
+    qvs->dbgAllocationSize = 0;
+    qvs->dbgObjectSize     = qv::FIXED_STRING; // what is really there, which may be poisoned
 }
 
 QV_INT compareStrings( QV_OBJ *thisObj, QV_OBJ *thatObj )
@@ -113,6 +114,29 @@ void qv___StringCompact( QV_STRING *qvs )
 {
     QV_CHECK( qvs );
     qvs->compact();
+}
+
+namespace
+{
+// Makes a fixed String that nobody else holds one that can change, of the same contents, sizes, number and log. Has no
+// effect on others.
+void unfix( QV_STRING **qvs )
+{
+    if( qv::isShared< QV_STRING >( *qvs ) || !qv::isFixed( *qvs ) )
+        return;
+
+    QV_STRING *same = qv::newExactCopy( qv::chars( *qvs ), ( *qvs )->length );
+    qv::exchangeIdentities( same, *qvs );
+    qv::assign( qvs, same );
+}
+} // namespace
+
+void qv::makeOwn( QV_STRING **qvs )
+{
+    if( isShared< QV_STRING >( *qvs ) )
+        assign( qvs, qvStringCreateFrom( *qvs ) );
+    else
+        unfix( qvs );
 }
 
 /* Creation ------------------------------------------------------------------------------------------------------- */
@@ -288,12 +312,13 @@ void insertChars( QV_STRING **dest, QV_INT idx, const QV_CHAR *chs, QV_INT count
             qv::copyChars( old->takeBack( count ), chs, count );
             return;
         }
+    }
 
-        if( !old->holds( chs ) )
-        {
-            qv::copyChars( qv___StringMakeRoom( old, idx, count ), chs, count );
-            return;
-        }
+    if( !qv::isShared< QV_STRING >( old ) && !qv::holdsChar( old, chs ) )
+    {
+        unfix( dest );
+        qv::copyChars( qv___StringMakeRoom( *dest, idx, count ), chs, count );
+        return;
     }
 
     // A copy with the gap filled in one go.
@@ -393,6 +418,8 @@ QV_CHAR *qvStringAppendRoom( QV_STRING **dest, QV_INT count )
     QV_CHECK( count > 0 );
     QV_CHECK_AS( QV_INT_ADD_OK( ( *dest )->length, count ), "QV_INT_ADD_OK( (*dest)->length, count )" );
 
+    unfix( dest );
+
     if( qv::isShared( *dest ) )
     {
         QV_STRING *copy = createWithSpace( ( *dest )->length + count );
@@ -419,7 +446,10 @@ void qvStringAppendWritten( QV_STRING **dest, QV_INT count )
     QV_CHECK( dest );
     QV_CHECK( *dest );
     QV_CHECK( count >= 0 );
-    QV_CHECK_AS( count <= ( *dest )->bspace, "count <= (*dest)->bspace" );
+    QV_CHECK_AS( count <= ( qv::isFixed( *dest ) ? 0 : ( *dest )->bspace ), "count <= (*dest)->bspace" );
+
+    if( qv::isFixed( *dest ) ) // which no room was made in
+        return;
 
     QV_STRING     *own     = *dest;
     const QV_CHAR *written = qv::chars( own ) + own->length;
@@ -468,7 +498,7 @@ void qvStringSetCharAt( QV_STRING **qvs, QV_INT idx, QV_CHAR ch )
     }
     else
     {
-        qv::makePrivate( qvs, qvStringCreateFrom );
+        qv::makeOwn( qvs );
         qv::chars( *qvs )[idx] = ch;
     }
 }
@@ -506,7 +536,7 @@ void qvStringDelInner( QV_STRING **qvs, QV_INT offset, QV_INT count )
         return;
     }
 
-    qv::makePrivate( qvs, qvStringCreateFrom );
+    qv::makeOwn( qvs );
     QV_STRING *own = *qvs;
 
     if( offset == 0 )
@@ -535,7 +565,7 @@ void qvStringDelOuter( QV_STRING **qvs, QV_INT offset, QV_INT count )
     if( count == ( *qvs )->length )
         return;
 
-    qv::makePrivate( qvs, qvStringCreateFrom );
+    qv::makeOwn( qvs );
     QV_STRING *own = *qvs;
     own->dropBack( own->length - offset - count );
     own->dropFront( offset );
@@ -621,7 +651,7 @@ void qvStringSanitize( QV_STRING **qvs )
     if( ( *qvs )->length == 0 )
         return;
 
-    qv::makePrivate( qvs, qvStringCreateFrom );
+    qv::makeOwn( qvs );
     QV_STRING *own   = *qvs;
     QV_INT     count = qvCharsSanitize( qv::chars( own ), own->length, qv::chars( own ), own->length );
     own->dropBack( own->length - count );

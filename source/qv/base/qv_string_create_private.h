@@ -28,6 +28,7 @@ inline QV_STRING *newFixedString( QV_INT count, ObjBatch *batch )
     qvs->length            = count;
     qvs->first             = reinterpret_cast< QV_CHAR * >( reinterpret_cast< char * >( qvs ) + FIXED_STRING );
     qvs->dbgAllocationSize = bytes;
+    qvs->dbgObjectSize     = sizeof( QV_STRING ); // one size is told of all Strings
 
     return qvs;
 }

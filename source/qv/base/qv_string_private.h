@@ -26,8 +26,9 @@ struct StringRules : SavingRules< QV_STRING_FSPACE, QV_STRING_BSPACE, 64, 64, 1 
     allocation with it.
 
     A fixed String ends after `first`, and its characters follow there: those that are made by the thousand, and mostly
-    read, take 32 bytes less. It has no free places and nothing that could move, so it counts as shared: what would change
-    it makes a copy, also for a caller that holds the only reference. isFixed() tells it by where `first` leads. */
+    read, take 32 bytes less. It has no free places and nothing that could move, so it is never written to: for a caller
+    that holds the only reference, what would change it makes a String that is no longer fixed in its place. Both declare
+    the same. isFixed() tells it by where `first` leads. */
 struct QV_STRING : qv::Block< QV_OBJ, qv::StringRules >
 {
 };
@@ -58,11 +59,29 @@ inline bool isFixed( const QV_STRING *qvs )
     return reinterpret_cast< const char * >( qvs->first ) == reinterpret_cast< const char * >( qvs ) + FIXED_STRING;
 }
 
-/** True if the caller must not write to a String. makePrivate() asks this too. */
+/** True if the caller must not write to a String. */
 inline bool isShared( QV_STRING *qvs )
 {
     return isShared< QV_STRING >( qvs ) || isFixed( qvs );
 }
+
+/** True if an address is in a String's memory. */
+inline bool holdsChar( QV_STRING *qvs, const QV_CHAR *place )
+{
+    if( !isFixed( qvs ) )
+        return qvs->holds( place );
+
+    uintptr_t offset = reinterpret_cast< uintptr_t >( place ) - reinterpret_cast< uintptr_t >( qvs->first );
+    return offset < static_cast< uintptr_t >( qvs->length ) * sizeof( QV_CHAR );
+}
+
+/** Lets the caller write to a String: it becomes a copy, with the free places of a new String, if somebody else holds it,
+    and one without free places if it is fixed. */
+void makeOwn( QV_STRING **qvs );
+
+/** That is for what has a block alone. */
+template<>
+void makePrivate< QV_STRING >( QV_STRING **ref, QV_STRING *( *copy )( QV_STRING *source ) ) = delete;
 
 class ObjBatch;
 
