@@ -76,9 +76,18 @@ TEST( String, PartsOutliveOneAnother )
     settle();
 }
 
-// A part is as good as a String of the same characters without free places: what changes either gives both the same text
-// and sizes, and leaves them their numbers and logs, also where another String takes the part's place.
-TEST( String, PartsChangeAsStringsWithoutFreePlaces )
+// A text of a document, which has no fields for a change, and of which the caller holds all references.
+static Ref< QV_STRING > fixedText( const char *content )
+{
+    Ref< QV_STORE > store( qvStoreCreate() );
+    qvStoreSetValueCstr( store.at(), "a", -1, text( content ) );
+    store.reset( qvStoreTryDecodeFromBuffer( Ref( qvStoreEncodeToBuffer( store ) ) ) );
+    return Ref( qvStoreValueCstr( store, "a", -1 ) );
+}
+
+// It is as good as a String of the same characters without free places: what changes either gives both the same text and
+// sizes, and leaves them their numbers and logs, also where another String takes its place.
+TEST( String, FixedOnesChangeAsThoseWithoutFreePlaces )
 {
     void ( *const changes[] )( QV_STRING ** ) = {
         []( QV_STRING **qvs ) { qvStringAppendChar( qvs, U'x' ); },
@@ -113,29 +122,33 @@ TEST( String, PartsChangeAsStringsWithoutFreePlaces )
     for( auto *change : changes )
         for( const char *content : { " k\303\266ln ", " a text of some characters  " } )
         {
-            Ref< QV_VECTOR > vec( qvStringSplitChar( text( std::string( content ) + ";" ), U';', -1 ) );
-            Ref< QV_STRING > part( qvStringFrom( qvVectorObjAt( vec, 0 ) ) ), same = text( content );
-            vec.reset();
+            Ref< QV_STRING > fixed = fixedText( content ), same = text( content );
 
-            EXPECT_TRUE( qv::isFixed( part ) && !qv::isFixed( same ) );
-            EXPECT_EQ( allocated( same.get() ), allocated( part.get() ) );
-            EXPECT_EQ( qv___ObjDbgObjectSize( qv::obj( same.get() ) ), qv___ObjDbgObjectSize( qv::obj( part.get() ) ) );
+            EXPECT_TRUE( qv::isFixed( fixed ) && !qv::isFixed( same ) );
+            EXPECT_EQ( allocated( same.get() ), allocated( fixed.get() ) );
+            EXPECT_EQ(
+                qv___ObjDbgObjectSize( qv::obj( same.get() ) ), qv___ObjDbgObjectSize( qv::obj( fixed.get() ) ) );
 
             QV_STRING *was    = same;
-            QV_INT     number = qv___ObjUnique( qv::obj( part.get() ) );
-            qv___ObjLogAppend( qv::obj( part.get() ), text( "a line" ) );
+            QV_INT     number = qv___ObjUnique( qv::obj( fixed.get() ) );
+            qv___ObjLogAppend( qv::obj( fixed.get() ), text( "a line" ) );
 
-            change( part.at() );
+            change( fixed.at() );
             change( same.at() );
-            EXPECT_EQ( utf8( same ), utf8( part ) );
-            EXPECT_EQ( allocated( same.get() ), allocated( part.get() ) );
+            EXPECT_EQ( utf8( same ), utf8( fixed ) );
+            EXPECT_EQ( allocated( same.get() ), allocated( fixed.get() ) );
 
             if( same.get() == was )
             {
-                EXPECT_EQ( number, qv___ObjUnique( qv::obj( part.get() ) ) );
-                EXPECT_TRUE( Ref< QV_VECTOR >( qv___ObjLog( qv::obj( part.get() ) ) ) );
+                EXPECT_EQ( number, qv___ObjUnique( qv::obj( fixed.get() ) ) );
+                EXPECT_TRUE( Ref< QV_VECTOR >( qv___ObjLog( qv::obj( fixed.get() ) ) ) );
             }
         }
+
+#ifndef NDEBUG
+    EXPECT_DEATH( qv___StringMakeRoom( fixedText( "text" ), 1, 1 ), "isFixed" );
+    EXPECT_DEATH( qv___StringCompact( fixedText( "text" ) ), "isFixed" );
+#endif
 }
 
 TEST( String, PartsAreCountedWhereNoListsAreKept )

@@ -96,7 +96,7 @@ public:
     template< class Unit >
     static QV_STRING *create( Span< Unit > text, ObjBatch *batch = nullptr )
     {
-        QV_STRING *qvs = newString( text.length(), batch, 0 );
+        QV_STRING *qvs = newFixedString( text.length(), batch );
 
         if constexpr( sizeof( Unit ) == 1 )
             widenAscii( chars( qvs ), text.begin, text.length() );

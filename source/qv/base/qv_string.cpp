@@ -113,6 +113,7 @@ QV_CHAR *qv___StringMakeRoom( QV_STRING *qvs, QV_INT atIndex, QV_INT count )
 void qv___StringCompact( QV_STRING *qvs )
 {
     QV_CHECK( qvs );
+    QV_ASSERT( !qv::isFixed( qvs ) );
     qvs->compact();
 }
 
@@ -141,9 +142,9 @@ void qv::makeOwn( QV_STRING **qvs )
 
 /* Creation ------------------------------------------------------------------------------------------------------- */
 
-QV_STRING *qv::createString( QV_INT count, ObjBatch *batch, QV_INT space )
+QV_STRING *qv::createString( QV_INT count )
 {
-    return newString( count, batch, space );
+    return newString( count, nullptr, 0 );
 }
 
 QV_STRING *qv::createStringUse( QV_CHAR *block, QV_INT length, QV_INT front, QV_INT back )

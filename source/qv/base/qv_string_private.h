@@ -25,8 +25,8 @@ struct StringRules : SavingRules< QV_STRING_FSPACE, QV_STRING_BSPACE, 64, 64, 1 
 /** A block of characters. One that is made with the String follows the structure if it isn't large, in one
     allocation with it.
 
-    A fixed String ends after `first`, and its characters follow there: those that are made by the thousand, and mostly
-    read, take 32 bytes less. It has no free places and nothing that could move, so it is never written to: for a caller
+    A fixed String ends after `first`, and its characters follow there: the texts of documents, which are made by the
+    thousand and mostly read, take 32 bytes less. It has no free places and nothing that could move, so it is never written to: for a caller
     that holds the only reference, what would change it makes a String that is no longer fixed in its place. Both declare
     the same. isFixed() tells it by where `first` leads. */
 struct QV_STRING : qv::Block< QV_OBJ, qv::StringRules >
@@ -83,12 +83,9 @@ void makeOwn( QV_STRING **qvs );
 template<>
 void makePrivate< QV_STRING >( QV_STRING **ref, QV_STRING *( *copy )( QV_STRING *source ) ) = delete;
 
-class ObjBatch;
-
-/** A String of `count` undefined characters, which the caller fills with proper ones before anybody else sees it, and
-    of `space` free places at each end; if it isn't large, in a batch where there is one, and fixed if there is no space
-    besides. The sum is above 0. */
-QV_STRING *createString( QV_INT count, ObjBatch *batch = nullptr, QV_INT space = 0 );
+/** A String of `count` undefined characters, above 0, which the caller fills with proper ones before anybody else sees it,
+    without free places. */
+QV_STRING *createString( QV_INT count );
 
 /** A String that takes over a block of free places, `length` proper characters, and free places. The sum is above
     0. */
