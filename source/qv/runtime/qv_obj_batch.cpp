@@ -6,7 +6,6 @@
 #include "qv/sys/qv_mem_private.h"
 #include "qv/sys/qv_slab_private.h"
 
-#include <algorithm>
 #include <string.h>
 
 namespace
@@ -19,15 +18,14 @@ struct Shared
     int32_t isInSlab;
 };
 
-const QV_INT  SHARED_SIZE  = 2000;            // of what is shared, unless it comes from a slab
+const QV_INT  SHARED_SIZE  = qv::SLAB_PART;
 const QV_INT  SHARED_LIMIT = SHARED_SIZE / 4; // larger objects have their own memory
-const int32_t BATCH_USES   = qv::SLAB_PART;
+const int32_t BATCH_USES   = SHARED_SIZE;
 const QV_INT  FEW          = 8;        // so many objects have memory of their own, which allocators have at hand
 const int32_t COUNTED      = 32;       // so many objects are counted in at once
 const QV_INT  MANY         = 16 << 10; // bytes of objects after which memory comes from slabs
 
-static_assert(
-    std::max( SHARED_SIZE, qv::SLAB_PART ) <= UINT16_MAX, "an object's header holds the distance in two bytes" );
+static_assert( SHARED_SIZE <= UINT16_MAX, "an object's header holds the distance in two bytes" );
 
 Shared *sharedAt( void *memory )
 {
@@ -51,7 +49,7 @@ void qv::leaveShared( void *memory, int32_t uses )
         qv::freeBlock( memory );
 }
 
-// As much as all objects so far have needed, up to SHARED_SIZE, or a part of a slab.
+// As much as all objects so far have needed, up to SHARED_SIZE, which is the size of what comes from slabs too.
 void qv::ObjBatch::open( QV_INT bytes )
 {
     close();
@@ -61,7 +59,7 @@ void qv::ObjBatch::open( QV_INT bytes )
 
     memory_              = part ? part : static_cast< char * >( qvMemAlloc( size ) );
     next_                = memory_ + sizeof( Shared );
-    end_                 = memory_ + ( part ? SLAB_PART : size );
+    end_                 = memory_ + size;
     users_               = 0;
     *sharedAt( memory_ ) = { BATCH_USES, part != nullptr };
 }

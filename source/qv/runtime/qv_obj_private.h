@@ -44,7 +44,7 @@ QV_OBJ *createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort );
 
 /** Creates objects of a sort, which may be many and small. Then several of them share memory: an allocation serves
     about ten and is freed with the last of them, so that an object that outlives the others holds two kilobytes at
-    most, or where there were so many that the memory comes from slabs, one page. The first few, and large ones, have
+    most, or where there were so many that the memory comes from slabs, some pages. The first few, and large ones, have
     memory of their own. All are objects like any others. A batch is a local variable of one thread; while it lasts, the
     count of the sort's objects may be up to 31 too high.
 

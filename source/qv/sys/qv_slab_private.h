@@ -17,9 +17,8 @@
 
 namespace qv
 {
-/** Bytes of a part: a page of most processors, at an address that is a multiple of it, so that what is left in a part of
-    many objects holds one page. */
-const QV_INT SLAB_PART = 4096;
+/** Bytes of a part, a multiple of 16. */
+const QV_INT SLAB_PART = 2000;
 
 /** A part, or null if the operating system has no memory. */
 void *takeSlabPart();
