@@ -68,6 +68,28 @@ TEST( Store, TypedValuesAreReadFromEndToEnd )
     }
 }
 
+// Numbers get the same text whether their address is new, has a value, or is made of C text.
+TEST( Store, NumbersAreSetAsFormatsWriteThem )
+{
+    Ref< QV_STORE > store( qvStoreCreate() ), other( qvStoreCreate() );
+
+    for( QV_INT value : { QV_INT( 0 ), QV_INT( -17 ), QV_INT_MAX, QV_INT_MIN } )
+        for( QV_REAL real : { 0.0, -2.5, 0.999999999, 1e300, double( INFINITY ), double( NAN ) } )
+        {
+            qvStoreSetValueInt( store.at(), text( "i" ), value );
+            qvStoreSetValueReal( store.at(), text( "r" ), real );
+            qvStoreSetValueBool( store.at(), text( "b" ), value < 0 );
+            qvStoreSetValueIntCstr( other.at(), "i", -1, value );
+            qvStoreSetValueRealCstr( other.at(), "r", -1, real );
+            qvStoreSetValueBoolCstr( other.at(), "b", -1, value < 0 );
+
+            Ref< QV_STRING > lines(
+                qvStringCreateFromFormatCstr( "b=%b\ni=%i\nr=%r\n", -1, QV_BOOL( value < 0 ), value, real ) );
+            EXPECT_EQ( utf8( lines ), asText( store ) );
+            EXPECT_EQ( utf8( lines ), asText( other ) );
+        }
+}
+
 TEST( Store, TreesOfAnyDepthAreWrittenMergedAndCompared )
 {
 #if defined( __SANITIZE_ADDRESS__ ) || defined( __SANITIZE_THREAD__ )

@@ -1,7 +1,9 @@
 #include "qv_test_call.h"
+#include "qv_test_stream.h"
 #include "qv_test_support.h"
 
 #include "qv/base/qv_string_private.h"
+#include "qv/runtime/qv_obj_private.h"
 #include "qv/qv.h"
 
 using qv::Ref;
@@ -72,6 +74,81 @@ TEST( String, PartsOutliveOneAnother )
             }
         } );
     settle();
+}
+
+// A text of a document, which has no fields for a change, and of which the caller holds all references.
+static Ref< QV_STRING > fixedText( const char *content )
+{
+    Ref< QV_STORE > store( qvStoreCreate() );
+    qvStoreSetValueCstr( store.at(), "a", -1, text( content ) );
+    store.reset( qvStoreTryDecodeFromBuffer( Ref( qvStoreEncodeToBuffer( store ) ) ) );
+    return Ref( qvStoreValueCstr( store, "a", -1 ) );
+}
+
+// It is as good as a String of the same characters without free places: what changes either gives both the same text and
+// sizes, and leaves them their numbers and logs, also where another String takes its place.
+TEST( String, FixedOnesChangeAsThoseWithoutFreePlaces )
+{
+    void ( *const changes[] )( QV_STRING ** ) = {
+        []( QV_STRING **qvs ) { qvStringAppendChar( qvs, U'x' ); },
+        []( QV_STRING **qvs ) { qvStringAppend( qvs, text( "more" ) ); },
+        []( QV_STRING **qvs ) { qvStringAppend( qvs, *qvs ); },
+        []( QV_STRING **qvs ) { qvStringAppendChars( qvs, qvStringBacking( *qvs ) + 1, 2 ); },
+        []( QV_STRING **qvs ) { qvStringAppendFormatCstr( qvs, "%i", -1, QV_INT( 7 ) ); },
+        []( QV_STRING **qvs )
+        {
+            *qvStringAppendRoom( qvs, 9 ) = U'x';
+            qvStringAppendWritten( qvs, 1 );
+        },
+        []( QV_STRING **qvs ) { qvStringAppendWritten( qvs, 0 ); },
+        []( QV_STRING **qvs ) { qvStringPrependCstr( qvs, "more", -1 ); },
+        []( QV_STRING **qvs ) { qvStringInsertChar( qvs, 3, U'x' ); },
+        []( QV_STRING **qvs ) { qvStringSetCharAt( qvs, 3, U'x' ); },
+        []( QV_STRING **qvs ) { qvStringDelLeading( qvs, 1 ); },
+        []( QV_STRING **qvs ) { qvStringDelInner( qvs, 2, 2 ); },
+        []( QV_STRING **qvs ) { qvStringDelOuter( qvs, 2, 2 ); },
+        []( QV_STRING **qvs ) { qvStringTrim( qvs ); },
+        []( QV_STRING **qvs ) { qvStringSanitize( qvs ); },
+        []( QV_STRING **qvs ) { qvStringToUpper( qvs ); },
+        []( QV_STRING **qvs ) { qvStringNormalizeNFD( qvs ); },
+        []( QV_STRING **qvs )
+        {
+            Ref buffered( qvBufferByteSourceCreate( buffer( "from outside" ) ) );
+            Ref source(
+                qvCharsetCreateCharSource( Ref( qvBufferByteSourceByteSource( buffered ) ), QV_CHARSET_UTF_8, 0 ) );
+            EXPECT_EQ( 5, qvCharSourceRead( source, qvs, 5 ) );
+        } };
+
+    for( auto *change : changes )
+        for( const char *content : { " k\303\266ln ", " a text of some characters  " } )
+        {
+            Ref< QV_STRING > fixed = fixedText( content ), same = text( content );
+
+            EXPECT_TRUE( qv::isFixed( fixed ) && !qv::isFixed( same ) );
+            EXPECT_EQ( allocated( same.get() ), allocated( fixed.get() ) );
+            EXPECT_EQ(
+                qv___ObjDbgObjectSize( qv::obj( same.get() ) ), qv___ObjDbgObjectSize( qv::obj( fixed.get() ) ) );
+
+            QV_STRING *was    = same;
+            QV_INT     number = qv___ObjUnique( qv::obj( fixed.get() ) );
+            qv___ObjLogAppend( qv::obj( fixed.get() ), text( "a line" ) );
+
+            change( fixed.at() );
+            change( same.at() );
+            EXPECT_EQ( utf8( same ), utf8( fixed ) );
+            EXPECT_EQ( allocated( same.get() ), allocated( fixed.get() ) );
+
+            if( same.get() == was )
+            {
+                EXPECT_EQ( number, qv___ObjUnique( qv::obj( fixed.get() ) ) );
+                EXPECT_TRUE( Ref< QV_VECTOR >( qv___ObjLog( qv::obj( fixed.get() ) ) ) );
+            }
+        }
+
+#ifndef NDEBUG
+    EXPECT_DEATH( qv___StringMakeRoom( fixedText( "text" ), 1, 1 ), "isFixed" );
+    EXPECT_DEATH( qv___StringCompact( fixedText( "text" ) ), "isFixed" );
+#endif
 }
 
 TEST( String, PartsAreCountedWhereNoListsAreKept )

@@ -5,6 +5,7 @@
 #include "qv/base/qv_encoder_private.h"
 #include "qv/base/qv_store.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_create_private.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/base/qv_vector.h"
 #include "qv/base/qv_vector_private.h"
@@ -351,7 +352,7 @@ QV_BOOL qvDecoderTryDecodeString( QV_DECODER *dec, QV_STRING **value )
     if( length == 0 )
         return deliver( value, qvStringCreate() );
 
-    qv::Ref< QV_STRING > result( qv::createString( length, dec->strings ) );
+    qv::Ref< QV_STRING > result( qv::newFixedString( length, dec->strings ) );
 
     if( !readChars( dec, qv::chars( result.get() ), length ) )
         return fail( dec );

@@ -284,15 +284,6 @@ void encodeEntry( QV_ENCODER *enc, QV_STRING *address, QV_STRING *value, bool ha
             *to = hasStore ? 1 : 0;
         } );
 }
-
-// The length of a text that is an Int of two bytes at most.
-uint8_t *putShortLength( uint8_t *to, QV_INT length )
-{
-    to[0] = length > 0;
-    to[1] = static_cast< uint8_t >( length );
-
-    return to + 1 + ( length > 0 );
-}
 } // namespace
 
 qv::EntryWriter::EntryWriter( QV_ENCODER *enc ) : enc_( enc ), isDirect_( enc->buf->length % 8 != 0 )
@@ -304,96 +295,49 @@ qv::EntryWriter::~EntryWriter()
     flush();
 }
 
-// What a first append makes the Buffer declare depends on more than its free bytes: it goes there at once, and then the
-// Buffer is the encoder's own. Later ones use these as long as they last, and then leave QV_BUFFER_BSPACE free.
-void qv::EntryWriter::took( QV_INT bytes )
-{
-    length_ += bytes;
-
-    if( spare_ >= bytes )
-    {
-        spare_ -= bytes;
-        return;
-    }
-
-    spare_   = QV_BUFFER_BSPACE / 8;
-    grownAt_ = length_;
-}
-
 // In two parts, of which the Buffer grows by the first one, as it would grow by the last bytes of that, and has the second
 // one in what is free then.
 void qv::EntryWriter::flush()
 {
-    if( grownAt_ > 0 )
-        qvBufferAppendBytes( &enc_->buf, block_, grownAt_ );
+    if( mark_.grownAt > 0 )
+        qvBufferAppendBytes( &enc_->buf, block_, mark_.grownAt );
 
-    if( length_ > grownAt_ )
-        qvBufferAppendBytes( &enc_->buf, block_ + grownAt_, length_ - grownAt_ );
+    if( mark_.length > mark_.grownAt )
+        qvBufferAppendBytes( &enc_->buf, block_ + mark_.grownAt, mark_.length - mark_.grownAt );
 
-    QV_ASSERT( length_ == 0 || enc_->buf->bspace / 8 == spare_ );
-    spare_   = enc_->buf->bspace / 8;
-    length_  = 0;
-    grownAt_ = 0;
+    QV_ASSERT( mark_.length == 0 || enc_->buf->bspace / 8 == mark_.spare );
+    mark_ = { .length = 0, .spare = enc_->buf->bspace / 8, .grownAt = 0 };
 }
 
 void qv::EntryWriter::writeInt( QV_INT value )
 {
     const QV_INT MOST = 9; // bytes
 
-    if( isDirect_ || !isOwn_ )
+    if( !isOwn_ )
     {
-        flush();
         qvEncoderEncodeInt( enc_, value );
-        spare_ = enc_->buf->bspace / 8;
-        isOwn_ = true;
+        isOwn_ = !isDirect_;
+        flush();
         return;
     }
 
-    if( length_ + MOST > SIZE )
+    if( mark_.length + MOST > SIZE )
         flush();
 
-    uint8_t *start = block_ + length_;
-    took( putInt( start, value ) - start );
+    uint8_t *start = block_ + mark_.length;
+    took( mark_, putInt( start, value ) - start );
 }
 
-void qv::EntryWriter::writeEntry( QV_STRING *address, QV_STRING *value, bool hasStore )
+void qv::EntryWriter::writeAny( QV_STRING *address, QV_STRING *value, bool hasStore )
 {
-    const QV_INT MOST = 8; // bytes besides the texts
-
-    QV_INT valueLength = value ? value->length : 0;
-    QV_INT most        = address->length + valueLength + MOST;
-
-    if( !isDirect_ && isOwn_ && address->length <= 0xFF && valueLength <= 0xFF )
-    {
-        if( length_ + most > SIZE )
-            flush();
-
-        uint8_t *start   = block_ + length_;
-        uint8_t *to      = putShortLength( start, address->length );
-        bool     isPlain = narrowIfAscii( to, chars( address ), address->length );
-        to += address->length;
-        *to++ = value ? 1 : 0;
-
-        if( value )
-        {
-            to      = putShortLength( to, valueLength );
-            isPlain = isPlain && narrowIfAscii( to, chars( value ), valueLength );
-            to += valueLength;
-        }
-
-        *to++ = hasStore ? 1 : 0;
-
-        if( isPlain )
-        {
-            took( to - start );
-            return;
-        }
-    }
-
     flush();
+
+    if( writeShort( mark_, address, value, hasStore ) )
+        return;
+
     encodeEntry( enc_, address, value, hasStore );
-    spare_ = enc_->buf->bspace / 8;
-    isOwn_ = true;
+    isOwn_ = !isDirect_;
+    flush();
 }
 
 void qvEncoderEncodeBuffer( QV_ENCODER *enc, QV_BUFFER *buf )

@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_dict.h"
 #include "qv/base/qv_dict_private.h"
+#include "qv/base/qv_format.h"
 #include "qv/base/qv_scan_private.h"
 #include "qv/base/qv_store_private.h"
 #include "qv/base/qv_string.h"
@@ -194,17 +195,19 @@ void qv::setInStore( QV_STORE *store, StoreTable table, QV_STRING *address, QV_O
     QV_ASSERT( isSoundStore( store, address ) );
 }
 
-bool qv::replaceInStore( QV_STORE **store, QV_STRING *address, QV_STRING *value )
+QV_INT qv::valueInStore( QV_STORE **store, QV_STRING *address )
 {
-    QV_INT idx = store && *store && value ? qvDictIndexOfObjKey( ( *store )->values, address ) : -1;
+    return store && *store ? qvDictIndexOfObjKey( ( *store )->values, address ) : -1;
+}
 
-    if( idx < 0 )
-        return false;
-
+void qv::replaceInStore( QV_STORE **store, QV_INT idx, QV_STRING *value )
+{
     makePrivate( store, qvStoreCreateFrom );
-    qvDictSetValueAt( &( *store )->values, idx, value );
+    makePrivate( &( *store )->values, qvDictCreateFrom );
 
-    return true;
+    QV___DICT_ITEM &item = dictItem( ( *store )->values, idx );
+    assign( &item.val, obj( value ) );
+    QV_ASSERT( isSoundStore( *store, static_cast< QV_STRING * >( item.key ) ) );
 }
 
 namespace
@@ -451,7 +454,7 @@ QV_BOOL qvStoreHasValueBool( QV_STORE *store, QV_STRING *address )
 
 void qvStoreSetValueBool( QV_STORE **store, QV_STRING *address, QV_BOOL value )
 {
-    qv::Ref< QV_STRING > text( qvStringCreateFromFormatCstr( "%b", -1, value ) );
+    qv::Ref< QV_STRING > text( qvFormatEncodeBool( value, 0, 0 ) );
     qvStoreSetValue( store, address, text );
 }
 
@@ -468,7 +471,7 @@ QV_BOOL qvStoreHasValueInt( QV_STORE *store, QV_STRING *address )
 
 void qvStoreSetValueInt( QV_STORE **store, QV_STRING *address, QV_INT value )
 {
-    qv::Ref< QV_STRING > text( qvStringCreateFromFormatCstr( "%i", -1, value ) );
+    qv::Ref< QV_STRING > text( qvFormatEncodeInt( value, 10, 0, 0 ) );
     qvStoreSetValue( store, address, text );
 }
 
@@ -485,7 +488,7 @@ QV_BOOL qvStoreHasValueReal( QV_STORE *store, QV_STRING *address )
 
 void qvStoreSetValueReal( QV_STORE **store, QV_STRING *address, QV_REAL value )
 {
-    qv::Ref< QV_STRING > text( qvStringCreateFromFormatCstr( "%r", -1, value ) );
+    qv::Ref< QV_STRING > text( qvFormatEncodeReal( value, 10, 0, -1, 0 ) );
     qvStoreSetValue( store, address, text );
 }
 

@@ -42,29 +42,6 @@ T *takeNext( qv::DictIterator &next, QV_STRING *address )
 }
 } // namespace
 
-namespace
-{
-// Writes the entries of a store that has values only.
-void writeValues( QV_STORE *store, qv::EntryWriter &writer )
-{
-    const QV_INT AHEAD = 16; // items
-
-    qv::DictIterator ahead( store->values, AHEAD );
-
-    for( const QV___DICT_ITEM &item : qv::dictItems( store->values ) )
-    {
-        if( ahead )
-        {
-            qv::fetchString( ahead->key );
-            qv::fetchString( ahead->val );
-            ++ahead;
-        }
-
-        writer.writeEntry( static_cast< QV_STRING * >( item.key ), static_cast< QV_STRING * >( item.val ), false );
-    }
-}
-} // namespace
-
 void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
 {
     QV_CHECK( store );
@@ -86,7 +63,7 @@ void qvStoreEncodeToEncoder( QV_STORE *store, QV_ENCODER *encoder )
         if( of->stores->length > 0 )
             return { { qv::addressesOf( of ), 0 }, { of->values, 0 }, { of->stores, 0 } };
 
-        writeValues( of, writer );
+        writer.writeValues( of->values );
         return {};
     };
 

@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_store.h"
 
+#include "qv/base/qv_format.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_store_private.h"
 #include "qv/base/qv_string_private.h"
@@ -45,6 +46,27 @@ Address formattedAddress( va_list *args, const char *format, QV_INT length )
 Address formattedAddress( va_list *args, const wchar_t *format, QV_INT length )
 {
     return Address( qvStringCreateFromFormatWcstrArgList( format, length, args ) );
+}
+} // namespace
+
+/* Values of UTF-8 addresses ---------------------------------------------------------------------------------------- */
+
+namespace
+{
+using Text = qv::Ref< QV_STRING >;
+
+// Sets the value that `make` makes, after the String of the address. An address that has one already keeps its String,
+// and needs none for the look-up. No value ends the process.
+template< class Make >
+void setValue( QV_STORE **store, const char *address, QV_INT length, const Make &make )
+{
+    if( SoughtString sought( address, length ); sought.isOnStack() )
+        if( QV_INT idx = qv::valueInStore( store, sought ); idx >= 0 )
+            if( Text value( make() ); value )
+                return qv::replaceInStore( store, idx, value.give() );
+
+    Address own = asString( address, length );
+    qvStoreSetValue( store, own, Text( make() ) );
 }
 } // namespace
 
@@ -159,11 +181,7 @@ void qvStoreSetValueAt( QV_STORE **store, QV_INT index, QV_STRING *value )
 
 void qvStoreSetValueCstr( QV_STORE **store, const char *address, QV_INT length, QV_STRING *value )
 {
-    // An address that has a value keeps its String.
-    if( SoughtString sought( address, length ); sought.isOnStack() && qv::replaceInStore( store, sought, value ) )
-        return;
-
-    qvStoreSetValue( store, asString( address, length ), value );
+    setValue( store, address, length, [=] { return Text::share( value ).give(); } );
 }
 
 void qvStoreSetValueWcstr( QV_STORE **store, const wchar_t *address, QV_INT length, QV_STRING *value )
@@ -291,7 +309,7 @@ void qvStoreSetValueBoolAt( QV_STORE **store, QV_INT index, QV_BOOL value )
 
 void qvStoreSetValueBoolCstr( QV_STORE **store, const char *address, QV_INT length, QV_BOOL value )
 {
-    qvStoreSetValueBool( store, asString( address, length ), value );
+    setValue( store, address, length, [=] { return qvFormatEncodeBool( value, 0, 0 ); } );
 }
 
 void qvStoreSetValueBoolWcstr( QV_STORE **store, const wchar_t *address, QV_INT length, QV_BOOL value )
@@ -387,7 +405,7 @@ void qvStoreSetValueIntAt( QV_STORE **store, QV_INT index, QV_INT value )
 
 void qvStoreSetValueIntCstr( QV_STORE **store, const char *address, QV_INT length, QV_INT value )
 {
-    qvStoreSetValueInt( store, asString( address, length ), value );
+    setValue( store, address, length, [=] { return qvFormatEncodeInt( value, 10, 0, 0 ); } );
 }
 
 void qvStoreSetValueIntWcstr( QV_STORE **store, const wchar_t *address, QV_INT length, QV_INT value )
@@ -483,7 +501,7 @@ void qvStoreSetValueRealAt( QV_STORE **store, QV_INT index, QV_REAL value )
 
 void qvStoreSetValueRealCstr( QV_STORE **store, const char *address, QV_INT length, QV_REAL value )
 {
-    qvStoreSetValueReal( store, asString( address, length ), value );
+    setValue( store, address, length, [=] { return qvFormatEncodeReal( value, 10, 0, -1, 0 ); } );
 }
 
 void qvStoreSetValueRealWcstr( QV_STORE **store, const wchar_t *address, QV_INT length, QV_REAL value )

@@ -55,9 +55,11 @@ void makeAddressesFor( QV_STORE *store, StoreTable table );
 /** Sets an entry of a store that only the caller holds. The arguments are borrowed. */
 void setInStore( QV_STORE *store, StoreTable table, QV_STRING *address, QV_OBJ *value );
 
-/** Replaces the value of an address that has one. Else false, also where an argument is bad, without an effect. The
-    arguments are borrowed. */
-bool replaceInStore( QV_STORE **store, QV_STRING *address, QV_STRING *value );
+/** The index of the value that an address has, or -1, also where the store is null. */
+QV_INT valueInStore( QV_STORE **store, QV_STRING *address );
+
+/** Replaces the value there. Takes over the reference. */
+void replaceInStore( QV_STORE **store, QV_INT idx, QV_STRING *value );
 
 /** Whether an address and its entries are sound, and all others too if the store is small: where there is a table of the
     addresses, an address is in it exactly when it is in one of the other two, and is its own value there; without it one
@@ -68,9 +70,8 @@ bool isSoundStore( QV_STORE *store, QV_STRING *address );
     than that of their addresses comes from far away. */
 inline void fetchString( QV_OBJ *string )
 {
-    __builtin_prefetch( reinterpret_cast< char * >( string ) + 64 );
-    __builtin_prefetch( reinterpret_cast< char * >( string ) + 128 );
-    __builtin_prefetch( reinterpret_cast< char * >( string ) + 192 );
+    __builtin_prefetch( reinterpret_cast< char * >( string ) + 80 );
+    __builtin_prefetch( reinterpret_cast< char * >( string ) + 144 );
 }
 
 /** Which ASCII characters an address can have. It has no others. */

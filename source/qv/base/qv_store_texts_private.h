@@ -9,6 +9,7 @@
 #include "qv/sys/qv_mem.h"
 #include "qv/sys/qv_vectors_line_private.h"
 
+#include <algorithm>
 #include <string.h>
 
 namespace qv
@@ -60,9 +61,9 @@ public:
         }
 
         uint64_t hash   = hashOf( text );
-        Place   *places = places_ + ( hash >> shift_ & ~uint64_t( 1 ) );
+        Place   *places = placesOf( hash );
 
-        for( Place *place = places; place != places + 2; place++ )
+        for( Place *place = places; place != places + WAYS; place++ )
             if( place->hash == hash && place->text && place->text->length == length && equals( place->text, text ) )
             {
                 found_++;
@@ -71,17 +72,21 @@ public:
 
         if( ++made_ % TRIAL == 0 )
         {
-            pause_ = found_ < FEW ? PAUSE : 0;
-            found_ = 0;
+            bool areFew = found_ < FEW;
+            pause_      = areFew ? next_ : 0;
+            next_       = areFew ? std::min( 2 * next_, LONGEST_PAUSE ) : TRIAL;
+            found_      = 0;
         }
 
         if( made_ > MOST_A_PLACE * ( uint64_t( 1 ) << ( 64 - shift_ ) ) && shift_ > 64 - MOST_BITS )
         {
             grow();
-            places = places_ + ( hash >> shift_ & ~uint64_t( 1 ) );
+            places = placesOf( hash );
         }
 
-        places[1] = places[0];
+        for( int i = WAYS - 1; i > 0; i-- )
+            places[i] = places[i - 1];
+
         places[0] = { hash, create( text, &strings_ ) };
 
         return places[0].text;
@@ -91,7 +96,7 @@ public:
     template< class Unit >
     static QV_STRING *create( Span< Unit > text, ObjBatch *batch = nullptr )
     {
-        QV_STRING *qvs = newString( text.length(), batch, 0 );
+        QV_STRING *qvs = newFixedString( text.length(), batch );
 
         if constexpr( sizeof( Unit ) == 1 )
             widenAscii( chars( qvs ), text.begin, text.length() );
@@ -111,12 +116,14 @@ private:
     static const int      FIRST_BITS   = 6;  // of the number of places
     static const int      STEP_BITS    = 3;
     static const int      MOST_BITS    = 12;
-    static const uint64_t MOST_A_PLACE = 4; // Strings made for each place, until there are more places
+    static const int      WAYS         = 4; // places that a text can have
+    static const uint64_t MOST_A_PLACE = 2; // Strings made for each place, until there are more places
 
-    // Of texts that are made, while fewer than FEW are found beside TRIAL new ones, the next PAUSE are not looked for.
-    static const uint64_t TRIAL = 64;
-    static const uint64_t FEW   = 8;
-    static const uint64_t PAUSE = 512;
+    // Where fewer than FEW are found beside TRIAL new ones, the next ones are not looked for: as many, then twice as many
+    // each time.
+    static constexpr uint64_t TRIAL         = 64;
+    static constexpr uint64_t FEW           = 8;
+    static constexpr uint64_t LONGEST_PAUSE = 128;
 
     struct Place
     {
@@ -169,6 +176,12 @@ private:
         return hash ^ hash >> 29;
     }
 
+    // The first of the places that a text can have: these are one line of the processor's cache, or parts of two.
+    Place *placesOf( uint64_t hash ) const
+    {
+        return places_ + ( hash >> shift_ & ~uint64_t( WAYS - 1 ) );
+    }
+
     void grow()
     {
         Place *old   = places_;
@@ -179,7 +192,7 @@ private:
         places_      = static_cast< Place * >( qvMemSet( qvMemAlloc( bytes ), 0, bytes ) );
 
         for( QV_INT i = 0; i < count; i++ )
-            places_[( old[i].hash >> shift_ & ~uint64_t( 1 ) ) + i % 2] = old[i];
+            placesOf( old[i].hash )[i % WAYS] = old[i];
 
         if( old != near_ )
             qvMemFree( old );
@@ -187,9 +200,10 @@ private:
 
     ObjBatch strings_{ qvStringSort() }; // most of them live as long as the tree
     int      shift_                 = 64 - FIRST_BITS;
-    uint64_t made_                  = 0; // new texts
-    uint64_t found_                 = 0; // since the last trial
-    uint64_t pause_                 = 0; // texts to come that are not looked for
+    uint64_t made_                  = 0;     // new texts
+    uint64_t found_                 = 0;     // since the last trial
+    uint64_t pause_                 = 0;     // texts to come that are not looked for
+    uint64_t next_                  = TRIAL; // length of the next pause
     Place   *places_                = near_;
     Place    near_[1 << FIRST_BITS] = {};
 };

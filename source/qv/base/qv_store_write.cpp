@@ -80,30 +80,41 @@ public:
     // A text, which has to be ASCII if the units are bytes: an address.
     void append( QV_STRING *text )
     {
-        putAddress( room( text->length ), text );
+        putAddress( room( text->length ), qv::chars( text ), text->length );
         length_ += text->length;
     }
 
-    // A line up to its end.
+    // A line up to its end, and with bytes the line feed too. The length is written once: each time it is read again
+    // right after it was written, the next line waits.
     void appendLine( const Output &prefix, QV_STRING *address, QV_STRING *value )
     {
-        Unit *to = room( prefix.length_ + address->length + 1 + value->length );
+        const QV_INT   prefixLength = prefix.length_, addressLength = address->length, valueLength = value->length;
+        const QV_CHAR *addressChars = qv::chars( address ), *valueChars = qv::chars( value );
+        const QV_INT   head = prefixLength + addressLength + 1;
 
-        qv::copyBytes( to, prefix.units_, prefix.length_ * QV_INT( sizeof( Unit ) ) );
-        to += prefix.length_;
-        putAddress( to, address );
-        to += address->length;
-        *to++   = '=';
-        length_ = to - units_;
+        Unit *to = room( head + valueLength + 1 );
+        qv::copyBytes( to, prefix.units_, prefixLength * QV_INT( sizeof( Unit ) ) );
+        putAddress( to + prefixLength, addressChars, addressLength );
+        to[head - 1] = '=';
 
         if constexpr( sizeof( Unit ) == 1 )
-            if( qv::narrowPlain( to, qv::chars( value ), value->length ) )
+            if( qv::narrowPlain( to + head, valueChars, valueLength ) )
             {
-                length_ += value->length;
+                to[head + valueLength] = '\n';
+                length_ += head + valueLength + 1;
                 return;
             }
 
+        length_ += head;
         stringToEscape( value );
+        endLine();
+    }
+
+    // What comes after a line of bytes; one of characters is an element of a Vector.
+    void endLine()
+    {
+        if constexpr( sizeof( Unit ) == 1 )
+            put( '\n' );
     }
 
     // A value with its escapes.
@@ -141,12 +152,12 @@ public:
     }
 
 private:
-    static void putAddress( Unit *to, QV_STRING *address )
+    static void putAddress( Unit *to, const QV_CHAR *address, QV_INT length )
     {
         if constexpr( sizeof( Unit ) == 1 )
-            qv::narrowAscii( to, qv::chars( address ), address->length );
-        else if( address->length > 0 )
-            memcpy( to, qv::chars( address ), static_cast< size_t >( address->length ) * sizeof( Unit ) );
+            qv::narrowAscii( to, address, length );
+        else if( length > 0 )
+            memcpy( to, address, static_cast< size_t >( length ) * sizeof( Unit ) );
     }
 
     // The place of the next units, with room for `count` of them.
@@ -209,9 +220,9 @@ private:
     QV_INT alloc_  = 0;
 };
 
-// Writes the lines of the values of one store, each with `prefix` before it and `endLine` called after it.
-template< class Unit, class EndLine >
-void writeValues( QV_STORE *store, const Output< Unit > &prefix, Output< Unit > &out, const EndLine &endLine )
+// Writes the lines of the values of one store, each with `prefix` before it and `took` called after it.
+template< class Unit, class Took >
+void writeValues( QV_STORE *store, const Output< Unit > &prefix, Output< Unit > &out, const Took &took )
 {
     const QV_INT AHEAD = 16; // items
 
@@ -227,14 +238,14 @@ void writeValues( QV_STORE *store, const Output< Unit > &prefix, Output< Unit > 
         }
 
         out.appendLine( prefix, static_cast< QV_STRING * >( item.key ), static_cast< QV_STRING * >( item.val ) );
-        endLine();
+        took();
     }
 }
 
 // Writes the lines of a store and of all below it. `prefix` grows and shrinks with the level, so that a level costs its
 // own address, however deep it lies.
-template< class Unit, class EndLine >
-void writeLines( QV_STORE *store, Output< Unit > &prefix, Output< Unit > &out, const EndLine &endLine )
+template< class Unit, class Took >
+void writeLines( QV_STORE *store, Output< Unit > &prefix, Output< Unit > &out, const Took &took )
 {
     struct Level
     {
@@ -244,7 +255,7 @@ void writeLines( QV_STORE *store, Output< Unit > &prefix, Output< Unit > &out, c
 
     qv::Levels< Level > levels;
     Level               at = { qv::DictIterator( store->stores, 0 ), prefix.length() };
-    writeValues( store, prefix, out, endLine );
+    writeValues( store, prefix, out, took );
 
     do
     {
@@ -262,12 +273,13 @@ void writeLines( QV_STORE *store, Output< Unit > &prefix, Output< Unit > &out, c
             {
                 levels.push( at );
                 at = { qv::DictIterator( sub->stores, 0 ), prefix.length() };
-                writeValues( sub, prefix, out, endLine );
+                writeValues( sub, prefix, out, took );
             }
             else
             {
                 out.append( prefix );
-                endLine();
+                out.endLine();
+                took();
             }
         }
     } while( levels.pop( &at ) );
@@ -332,7 +344,7 @@ QV_BUFFER *qvStoreEncodeToTextBuffer( QV_STORE *store )
     QV_CHECK( store );
 
     Output< uint8_t > path, text;
-    writeLines( store, path, text, [&] { text.put( '\n' ); } );
+    writeLines( store, path, text, [] {} );
 
     QV_INT length = text.length();
 

@@ -39,7 +39,14 @@ QV_STRING *createWithSpace( QV_INT count )
 void freeString( QV_OBJ *thisObj )
 {
     QV_CHECK( thisObj );
-    qvStringFrom( thisObj )->freeBlock();
+
+    QV_STRING *qvs = qvStringFrom( thisObj );
+
+    if( !qv::isFixed( qvs ) )
+        return qvs->freeBlock();
+
+    qvs->dbgAllocationSize = 0;
+    qvs->dbgObjectSize     = qv::FIXED_STRING; // what is really there, which may be poisoned
 }
 
 QV_INT compareStrings( QV_OBJ *thisObj, QV_OBJ *thatObj )
@@ -80,6 +87,7 @@ QV_CHAR *qv___StringMakeRoom( QV_STRING *qvs, QV_INT atIndex, QV_INT count )
     QV_CHECK( atIndex >= 0 );
     QV_CHECK( atIndex <= qvs->length );
     QV_CHECK( count > 0 );
+    QV_ASSERT( !qv::isFixed( qvs ) );
 
     if( !qvs->memory )
     {
@@ -105,14 +113,38 @@ QV_CHAR *qv___StringMakeRoom( QV_STRING *qvs, QV_INT atIndex, QV_INT count )
 void qv___StringCompact( QV_STRING *qvs )
 {
     QV_CHECK( qvs );
+    QV_ASSERT( !qv::isFixed( qvs ) );
     qvs->compact();
+}
+
+namespace
+{
+// Makes a fixed String that nobody else holds one that can change, of the same contents, sizes, number and log. Has no
+// effect on others.
+void unfix( QV_STRING **qvs )
+{
+    if( qv::isShared< QV_STRING >( *qvs ) || !qv::isFixed( *qvs ) )
+        return;
+
+    QV_STRING *same = qv::newExactCopy( qv::chars( *qvs ), ( *qvs )->length );
+    qv::exchangeIdentities( same, *qvs );
+    qv::assign( qvs, same );
+}
+} // namespace
+
+void qv::makeOwn( QV_STRING **qvs )
+{
+    if( isShared< QV_STRING >( *qvs ) )
+        assign( qvs, qvStringCreateFrom( *qvs ) );
+    else
+        unfix( qvs );
 }
 
 /* Creation ------------------------------------------------------------------------------------------------------- */
 
-QV_STRING *qv::createString( QV_INT count, ObjBatch *batch, QV_INT space )
+QV_STRING *qv::createString( QV_INT count )
 {
-    return newString( count, batch, space );
+    return newString( count, nullptr, 0 );
 }
 
 QV_STRING *qv::createStringUse( QV_CHAR *block, QV_INT length, QV_INT front, QV_INT back )
@@ -281,12 +313,13 @@ void insertChars( QV_STRING **dest, QV_INT idx, const QV_CHAR *chs, QV_INT count
             qv::copyChars( old->takeBack( count ), chs, count );
             return;
         }
+    }
 
-        if( !old->holds( chs ) )
-        {
-            qv::copyChars( qv___StringMakeRoom( old, idx, count ), chs, count );
-            return;
-        }
+    if( !qv::isShared< QV_STRING >( old ) && !qv::holdsChar( old, chs ) )
+    {
+        unfix( dest );
+        qv::copyChars( qv___StringMakeRoom( *dest, idx, count ), chs, count );
+        return;
     }
 
     // A copy with the gap filled in one go.
@@ -386,6 +419,8 @@ QV_CHAR *qvStringAppendRoom( QV_STRING **dest, QV_INT count )
     QV_CHECK( count > 0 );
     QV_CHECK_AS( QV_INT_ADD_OK( ( *dest )->length, count ), "QV_INT_ADD_OK( (*dest)->length, count )" );
 
+    unfix( dest );
+
     if( qv::isShared( *dest ) )
     {
         QV_STRING *copy = createWithSpace( ( *dest )->length + count );
@@ -412,7 +447,10 @@ void qvStringAppendWritten( QV_STRING **dest, QV_INT count )
     QV_CHECK( dest );
     QV_CHECK( *dest );
     QV_CHECK( count >= 0 );
-    QV_CHECK_AS( count <= ( *dest )->bspace, "count <= (*dest)->bspace" );
+    QV_CHECK_AS( count <= ( qv::isFixed( *dest ) ? 0 : ( *dest )->bspace ), "count <= (*dest)->bspace" );
+
+    if( qv::isFixed( *dest ) ) // which no room was made in
+        return;
 
     QV_STRING     *own     = *dest;
     const QV_CHAR *written = qv::chars( own ) + own->length;
@@ -461,7 +499,7 @@ void qvStringSetCharAt( QV_STRING **qvs, QV_INT idx, QV_CHAR ch )
     }
     else
     {
-        qv::makePrivate( qvs, qvStringCreateFrom );
+        qv::makeOwn( qvs );
         qv::chars( *qvs )[idx] = ch;
     }
 }
@@ -499,7 +537,7 @@ void qvStringDelInner( QV_STRING **qvs, QV_INT offset, QV_INT count )
         return;
     }
 
-    qv::makePrivate( qvs, qvStringCreateFrom );
+    qv::makeOwn( qvs );
     QV_STRING *own = *qvs;
 
     if( offset == 0 )
@@ -528,7 +566,7 @@ void qvStringDelOuter( QV_STRING **qvs, QV_INT offset, QV_INT count )
     if( count == ( *qvs )->length )
         return;
 
-    qv::makePrivate( qvs, qvStringCreateFrom );
+    qv::makeOwn( qvs );
     QV_STRING *own = *qvs;
     own->dropBack( own->length - offset - count );
     own->dropFront( offset );
@@ -627,7 +665,7 @@ void qvStringSanitize( QV_STRING **qvs )
     if( ( *qvs )->length == 0 )
         return;
 
-    qv::makePrivate( qvs, qvStringCreateFrom );
+    qv::makeOwn( qvs );
     QV_STRING *own   = *qvs;
     QV_INT     count = qvCharsSanitize( qv::chars( own ), own->length, qv::chars( own ), own->length );
     own->dropBack( own->length - count );

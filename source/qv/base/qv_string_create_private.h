@@ -20,7 +20,8 @@ inline void copyChars( QV_CHAR *dest, const QV_CHAR *src, QV_INT count )
         copyBytes( dest, src, static_cast< size_t >( count ) * sizeof( QV_CHAR ) );
 }
 
-/** As createString(). */
+/** A String of `count` undefined characters and of `space` free places at each end; if it isn't large, in a batch where
+    there is one. The sum is above 0. */
 inline QV_STRING *newString( QV_INT count, ObjBatch *batch, QV_INT space )
 {
     QV_INT     places = count + 2 * space;
@@ -30,6 +31,23 @@ inline QV_STRING *newString( QV_INT count, ObjBatch *batch, QV_INT space )
                               : createWithRoom( sizeof( QV_STRING ), extra, qvStringSort() );
     QV_STRING *qvs    = static_cast< QV_STRING * >( object );
     qvs->initBlock( home, count, { space, space } );
+
+    return qvs;
+}
+
+/** The same without free places, and fixed if it is in a batch and isn't large. For what is rarely changed by a caller
+    that alone holds it: then a change is five times as expensive. */
+inline QV_STRING *newFixedString( QV_INT count, ObjBatch *batch )
+{
+    if( !batch || count > MOST_EMBEDDED )
+        return newString( count, batch, 0 );
+
+    QV_INT     bytes       = count * QV_INT( sizeof( QV_CHAR ) );
+    QV_STRING *qvs         = static_cast< QV_STRING * >( batch->createInline( FIXED_STRING, bytes ) );
+    qvs->length            = count;
+    qvs->first             = reinterpret_cast< QV_CHAR * >( reinterpret_cast< char * >( qvs ) + FIXED_STRING );
+    qvs->dbgAllocationSize = bytes;
+    qvs->dbgObjectSize     = sizeof( QV_STRING ); // one size is told of all Strings
 
     return qvs;
 }

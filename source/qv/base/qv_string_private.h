@@ -6,6 +6,8 @@
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_block_private.h"
 
+#include <stddef.h>
+
 /** Free places that a new block has at each end, in characters. */
 #define QV_STRING_FSPACE 32
 #define QV_STRING_BSPACE 32
@@ -21,7 +23,12 @@ struct StringRules : SavingRules< QV_STRING_FSPACE, QV_STRING_BSPACE, 64, 64, 1 
 } // namespace qv
 
 /** A block of characters. One that is made with the String follows the structure if it isn't large, in one
-    allocation with it. */
+    allocation with it.
+
+    A fixed String ends after `first`, and its characters follow there: the texts of documents, which are made by the
+    thousand and mostly read, take 32 bytes less. It has no free places and nothing that could move, so it is never written to: for a caller
+    that holds the only reference, what would change it makes a String that is no longer fixed in its place. Both declare
+    the same. isFixed() tells it by where `first` leads. */
 struct QV_STRING : qv::Block< QV_OBJ, qv::StringRules >
 {
 };
@@ -43,11 +50,42 @@ inline QV_CHAR *chars( QV_STRING *qvs )
     return qvs->first;
 }
 
-class ObjBatch;
+/** The size of a fixed String without its characters. */
+const QV_INT FIXED_STRING = offsetof( QV_STRING, fspace );
 
-/** A String of `count` undefined characters, which the caller fills with proper ones before anybody else sees it, and
-    of `space` free places at each end; if it isn't large, in a batch where there is one. The sum is above 0. */
-QV_STRING *createString( QV_INT count, ObjBatch *batch = nullptr, QV_INT space = 0 );
+/** True if only the fields up to `first` may be used. */
+inline bool isFixed( const QV_STRING *qvs )
+{
+    return reinterpret_cast< const char * >( qvs->first ) == reinterpret_cast< const char * >( qvs ) + FIXED_STRING;
+}
+
+/** True if the caller must not write to a String. */
+inline bool isShared( QV_STRING *qvs )
+{
+    return isShared< QV_STRING >( qvs ) || isFixed( qvs );
+}
+
+/** True if an address is in a String's memory. */
+inline bool holdsChar( QV_STRING *qvs, const QV_CHAR *place )
+{
+    if( !isFixed( qvs ) )
+        return qvs->holds( place );
+
+    uintptr_t offset = reinterpret_cast< uintptr_t >( place ) - reinterpret_cast< uintptr_t >( qvs->first );
+    return offset < static_cast< uintptr_t >( qvs->length ) * sizeof( QV_CHAR );
+}
+
+/** Lets the caller write to a String: it becomes a copy, with the free places of a new String, if somebody else holds it,
+    and one without free places if it is fixed. */
+void makeOwn( QV_STRING **qvs );
+
+/** That is for what has a block alone. */
+template<>
+void makePrivate< QV_STRING >( QV_STRING **ref, QV_STRING *( *copy )( QV_STRING *source ) ) = delete;
+
+/** A String of `count` undefined characters, above 0, which the caller fills with proper ones before anybody else sees it,
+    without free places. */
+QV_STRING *createString( QV_INT count );
 
 /** A String that takes over a block of free places, `length` proper characters, and free places. The sum is above
     0. */

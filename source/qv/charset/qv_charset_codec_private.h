@@ -220,7 +220,7 @@ QV_BOOL readString( QV_OBJ *closure, QV_STRING **qvs, QV_INT maxCharCount, QV_IN
             break;
         }
 
-        makePrivate( qvs, qvStringCreateFrom );
+        makeOwn( qvs );
         grew = true;
 
         // Room for the characters that the cache can hold, and for all the places that are free already.

@@ -60,6 +60,19 @@ void qv::freeObjLog( QV_OBJ *thisObj )
     }
 }
 
+void qv::exchangeIdentities( QV_OBJ *a, QV_OBJ *b )
+{
+    std::swap( a->unique, b->unique );
+
+    // A snapshot may read the logs of both.
+    if( a->logFirst || b->logFirst )
+    {
+        HeldLock held( objLogLock );
+        std::swap( a->logFirst, b->logFirst );
+        std::swap( a->logLast, b->logLast );
+    }
+}
+
 void qv___ObjLogAppend( QV_OBJ *thisObj, QV_STRING *logMessage )
 {
     QV_CHECK( thisObj );

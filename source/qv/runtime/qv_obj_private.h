@@ -230,6 +230,9 @@ extern QV___LOCK *objLogLock;
 
 /** Frees the log of an object that ends. */
 void freeObjLog( QV_OBJ *thisObj );
+
+/** Exchanges the numbers and the logs of two objects that only the caller holds, of which one takes the other's place. */
+void exchangeIdentities( QV_OBJ *a, QV_OBJ *b );
 } // namespace qv
 
 #endif

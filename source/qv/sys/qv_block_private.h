@@ -223,9 +223,9 @@ struct Block : Header
     static constexpr int HOME_BITS = 10;
 
     QV_INT   length; /**< units of the contents */
+    Unit    *first;  /**< the contents; null without a block */
     QV_INT   fspace; /**< units that are declared free before them */
     QV_INT   bspace; /**< and after them */
-    Unit    *first;  /**< the contents; null without a block */
     Unit    *memory; /**< what is allocated, or null; null also around memory of somebody else's */
     uint64_t sizes;  /**< bytes of that, and in the low HOME_BITS the elements of memory that came with the object */
 
@@ -463,6 +463,8 @@ struct Block : Header
     void check() const
     {
 #if QV___ASSERTIONS
+        QV_CHECK_AS( bytePlace( first ) != reinterpret_cast< const char * >( &fspace ), "the object is not fixed" );
+
         if( !memory )
             return;
 

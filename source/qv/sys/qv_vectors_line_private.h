@@ -148,10 +148,17 @@ inline void copyBytes( void *to, const void *from, QV_INT count )
         return;
     }
 
-    for( QV_INT i = 0; i + 8 < count; i += 8 )
-        memcpy( toBytes + i, fromBytes + i, 8 );
+    if( count < 16 )
+    {
+        memcpy( toBytes, fromBytes, 8 );
+        memcpy( toBytes + count - 8, fromBytes + count - 8, 8 );
+        return;
+    }
 
-    memcpy( toBytes + count - 8, fromBytes + count - 8, 8 );
+    for( QV_INT i = 0; i + 16 < count; i += 16 )
+        memcpy( toBytes + i, fromBytes + i, 16 );
+
+    memcpy( toBytes + count - 16, fromBytes + count - 16, 16 );
 }
 
 /** Writes ASCII bytes as characters. */
@@ -189,21 +196,15 @@ inline bool narrowPlain( uint8_t *to, const QV_CHAR *chs, QV_INT count )
         __m128i odd = _mm_setzero_si128();
 
         // What doesn't fit a byte becomes one with a sign, as all beyond ASCII have.
-        auto narrowEight = [&]( QV_INT at )
-        {
-            __m128i words =
-                _mm_packs_epi32( (__m128i)vectors::load( chs + at ), (__m128i)vectors::load( chs + at + 4 ) );
-            __m128i bytes = _mm_packus_epi16( words, words );
-            __m128i signs = _mm_or_si128(
-                _mm_cmpeq_epi8( bytes, _mm_set1_epi8( '%' ) ), _mm_cmpeq_epi8( bytes, _mm_set1_epi8( 0x7F ) ) );
-            odd = _mm_or_si128( odd, _mm_or_si128( _mm_cmplt_epi8( bytes, _mm_set1_epi8( ' ' ) ), signs ) );
-            _mm_storel_epi64( reinterpret_cast< __m128i * >( to + at ), bytes );
-        };
+        vectors::narrowAtLeastEight(
+            to, chs, count,
+            [&]( __m128i bytes )
+            {
+                __m128i signs = _mm_or_si128(
+                    _mm_cmpeq_epi8( bytes, _mm_set1_epi8( '%' ) ), _mm_cmpeq_epi8( bytes, _mm_set1_epi8( 0x7F ) ) );
+                odd = _mm_or_si128( odd, _mm_or_si128( _mm_cmplt_epi8( bytes, _mm_set1_epi8( ' ' ) ), signs ) );
+            } );
 
-        for( QV_INT i = 0; i + 8 < count; i += 8 )
-            narrowEight( i );
-
-        narrowEight( count - 8 );
         return _mm_movemask_epi8( odd ) == 0;
     }
 #endif
@@ -228,20 +229,8 @@ inline bool narrowIfAscii( uint8_t *to, const QV_CHAR *chs, QV_INT count )
     if( count >= 8 && vectors::has16() )
     {
         __m128i all = _mm_setzero_si128();
+        vectors::narrowAtLeastEight( to, chs, count, [&]( __m128i bytes ) { all = _mm_or_si128( all, bytes ); } );
 
-        auto narrowEight = [&]( QV_INT at )
-        {
-            __m128i words =
-                _mm_packs_epi32( (__m128i)vectors::load( chs + at ), (__m128i)vectors::load( chs + at + 4 ) );
-            __m128i bytes = _mm_packus_epi16( words, words );
-            all           = _mm_or_si128( all, bytes );
-            _mm_storel_epi64( reinterpret_cast< __m128i * >( to + at ), bytes );
-        };
-
-        for( QV_INT i = 0; i + 8 < count; i += 8 )
-            narrowEight( i );
-
-        narrowEight( count - 8 );
         return _mm_movemask_epi8( all ) == 0;
     }
 #endif

@@ -329,6 +329,42 @@ inline QV_INT equalAsciiLength( const QV_CHAR *chs, const uint8_t *bytes, QV_INT
 
 /* Narrow, map, digest --------------------------------------------------------------------------------------------- */
 
+#if QV___VECTORS_16
+namespace vectors
+{
+/** Writes at least eight characters as bytes and calls `look` with those of up to sixteen characters in turn. What does
+    not fit a byte becomes 0xFF, or 0 from 0x80000000 on. */
+template< class Look >
+inline void narrowAtLeastEight( uint8_t *to, const QV_CHAR *chs, QV_INT count, const Look &look )
+{
+    auto eight = [=]( QV_INT at )
+    { return _mm_packs_epi32( (__m128i)load( chs + at ), (__m128i)load( chs + at + 4 ) ); };
+
+    // Both ends, which overlap.
+    if( count < 16 )
+    {
+        __m128i bytes = _mm_packus_epi16( eight( 0 ), eight( count - 8 ) );
+        look( bytes );
+        _mm_storel_epi64( reinterpret_cast< __m128i * >( to ), bytes );
+        _mm_storel_epi64( reinterpret_cast< __m128i * >( to + count - 8 ), _mm_unpackhi_epi64( bytes, bytes ) );
+        return;
+    }
+
+    auto narrow = [&]( QV_INT at )
+    {
+        __m128i bytes = _mm_packus_epi16( eight( at ), eight( at + 8 ) );
+        look( bytes );
+        _mm_storeu_si128( reinterpret_cast< __m128i * >( to + at ), bytes );
+    };
+
+    for( QV_INT i = 0; i + 16 < count; i += 16 )
+        narrow( i );
+
+    narrow( count - 16 );
+}
+} // namespace vectors
+#endif
+
 /** Writes ASCII characters as bytes. */
 inline void narrowAscii( uint8_t *to, const QV_CHAR *chs, QV_INT count )
 {
@@ -337,17 +373,7 @@ inline void narrowAscii( uint8_t *to, const QV_CHAR *chs, QV_INT count )
 #if QV___VECTORS_16
     if( count >= 8 && vectors::has16() )
     {
-        auto narrowEight = [=]( QV_INT at )
-        {
-            __m128i words =
-                _mm_packs_epi32( (__m128i)vectors::load( chs + at ), (__m128i)vectors::load( chs + at + 4 ) );
-            _mm_storel_epi64( reinterpret_cast< __m128i * >( to + at ), _mm_packus_epi16( words, words ) );
-        };
-
-        for( QV_INT i = 0; i + 8 < count; i += 8 )
-            narrowEight( i );
-
-        narrowEight( count - 8 );
+        vectors::narrowAtLeastEight( to, chs, count, []( __m128i ) {} );
         return;
     }
 #endif
