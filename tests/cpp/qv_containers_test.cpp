@@ -76,6 +76,7 @@ TEST( Containers, AreSortedSearchedAndUpdatedInPlace )
     qv::Vector<> nested = { 1 };
     nested.append( nested ).set( 0, nested[1] );
     EXPECT_EQ( "<<1>, <1>>", nested.str() );
+    EXPECT_EQ( "<1>", nested.popBack().str() );
 
     // A value that only the Dict holds grows in place.
     qv::Dict< int, qv::Vector< int > > groups;

@@ -615,7 +615,11 @@ QV_OBJ *given( const T &value )
 template< class T >
 T taken( QV_OBJ *owned )
 {
-    if constexpr( Value< T > )
+    if constexpr( std::same_as< T, Object > )
+    {
+        return Object::own( owned );
+    }
+    else if constexpr( Value< T > )
     {
         return T::own( Family< typename T::CType >::from( owned ) );
     }
