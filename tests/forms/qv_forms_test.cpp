@@ -146,9 +146,13 @@ std::string observed( const Function &function, Arguments &arguments, Slot *slot
     const std::string words = function.words, type = words.substr( 0, words.find( '|' ) );
     const bool        owned = type.back() == '*';
     Ref< QV_OBJ >     object( owned ? static_cast< QV_OBJ * >( slot.p ) : nullptr );
-    std::string       result = type == "QV_REAL"    ? std::to_string( slot.r )
-                               : !owned || presence ? std::to_string( owned ? object != nullptr : slot.i )
-                                                    : shownObject( object );
+
+    if( object && std::string_view( function.name ).find( "Lend" ) != std::string_view::npos )
+        qvObjRetain( object ); // which was borrowed
+
+    std::string result = type == "QV_REAL"    ? std::to_string( slot.r )
+                         : !owned || presence ? std::to_string( owned ? object != nullptr : slot.i )
+                                              : shownObject( object );
 
     for( const Argument &argument : arguments.all )
         result += " | " + argument.shown();

@@ -602,7 +602,7 @@ using Kept = std::conditional_t< Value< T >, T, const T & >;
 template< Value T >
 QV_OBJ *given( T &&value )
 {
-    return Family< typename T::CType >::object( std::move( value ).giveUp() );
+    return Family< typename T::CType >::object( std::forward< T >( value ).giveUp() );
 }
 
 template< class T >
