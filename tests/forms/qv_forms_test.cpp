@@ -2,6 +2,7 @@
 
 #include "qv_functions.h"
 
+#include <cstring>
 #include <sstream>
 
 using qv::Ref;
@@ -139,15 +140,30 @@ private:
     std::vector< Ref< QV_OBJ > > owned;
 };
 
+// What a call takes over is a reference of its own.
+void retainGiven( const Function &function, const Slot *slots )
+{
+    std::istringstream words( function.words );
+    std::string        word;
+    std::getline( words, word, '|' );
+
+    for( ; std::getline( words, word, '|' ) && std::strstr( function.name, "ObjUse" );
+         slots++, std::getline( words, word, '|' ) )
+        if( word == "QV_OBJ *" )
+            qvObjRetain( static_cast< QV_OBJ * >( slots->p ) );
+}
+
 // The result of a call and what it changed. With `presence`, of a resulting object only whether there is one.
 std::string observed( const Function &function, Arguments &arguments, Slot *slots, bool presence )
 {
+    retainGiven( function, slots );
+
     const Slot        slot  = function.call( slots );
     const std::string words = function.words, type = words.substr( 0, words.find( '|' ) );
     const bool        owned = type.back() == '*';
     Ref< QV_OBJ >     object( owned ? static_cast< QV_OBJ * >( slot.p ) : nullptr );
 
-    if( object && std::string_view( function.name ).find( "Lend" ) != std::string_view::npos )
+    if( object && std::strstr( function.name, "Lend" ) )
         qvObjRetain( object ); // which was borrowed
 
     std::string result = type == "QV_REAL"    ? std::to_string( slot.r )
