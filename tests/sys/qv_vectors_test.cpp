@@ -232,15 +232,17 @@ TEST( Vectors, NumbersAreReadTheSame )
     const auto digits = [&random]( std::u32string &chars, size_t most )
     {
         for( size_t count = random() % ( most + 1 ); count > 0; count-- )
-            chars += random() % 300 ? U'0' + random() % 10 : U"\u0663/:a x\xFF11"[random() % 7];
+            chars += random() % 300 ? U'0' + random() % 10 : U"\u0663/:a x\xFF11\u0131\U00100035"[random() % 9];
     };
 
     const auto read = []( Ref< QV_STRING > chars )
     {
-        QV_INT  length = qvStringLength( chars ), integer = 1, ends[2] = {};
+        QV_INT  length = qvStringLength( chars ), integer = 1, scanned = 1, ends[2] = {};
         QV_REAL real      = 1;
         QV_BOOL isInteger = qvFormatTryDecodeInt( chars, 0, length, 10, &integer, &ends[0] );
         QV_BOOL isReal    = qvFormatTryDecodeReal( chars, 0, length, 10, &real, &ends[1] );
+        EXPECT_EQ( isInteger, qvStringScanInt( chars, 0, -1, 10, &scanned, nullptr ) );
+        EXPECT_EQ( integer, scanned );
 
         return std::tuple( isInteger, integer, ends[0], isReal, std::bit_cast< uint64_t >( real ), ends[1] );
     };
@@ -257,6 +259,26 @@ TEST( Vectors, NumbersAreReadTheSame )
         const auto plain = read( text( chars ) );
         qv___VectorsForceKernel( -1 );
         EXPECT_TRUE( plain == read( text( chars ) ) ) << utf8( text( chars ) );
+    }
+}
+
+// The kernel reads what stands before a number: here what was deleted, the fields of a small String, and no page.
+TEST( Vectors, NumbersAreReadWhereverTheyStand )
+{
+    Ref< QV_STRING > deleted = text( U"x" ), large = text( U"-75" + std::u32string( 100000, U' ' ) );
+    qvStringAppendCstr( deleted.at(), "1234567890", -1 );
+    qvStringDelLeading( deleted.at(), 9 );
+    Ref< QV_VECTOR >  parts( qvStringSplitChar( text( U"-75,90" ), U',', -1 ) );
+    QV_STRING *const *part = reinterpret_cast< QV_STRING *const * >( qvVectorBacking( parts ) );
+
+    const std::tuple< QV_STRING *, QV_INT, QV_INT > CASES[] = {
+        { deleted, 2, 90 }, { large, 3, -75 }, { part[0], 3, -75 }, { part[1], 2, 90 } };
+
+    for( auto [chars, length, expected] : CASES )
+    {
+        QV_INT value = 0;
+        EXPECT_TRUE( qvFormatTryDecodeInt( chars, 0, length, 10, &value, nullptr ) );
+        EXPECT_EQ( expected, value );
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_format.h"
 
+#include "qv/base/qv_number_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/sys/qv_abort.h"
@@ -419,8 +420,9 @@ inline bool takePlainInt( const QV_CHAR *src, QV_INT srcLength, QV_INT base, QV_
 }
 } // namespace
 
-QV_BOOL
-qvFormatTryDecodeIntChars( const QV_CHAR *src, QV_INT srcLength, QV_INT base, QV_INT *value, QV_INT *consumed )
+// Not inlined into the form on a String, whose short way then saves no registers.
+__attribute__( ( noinline ) ) QV_BOOL qvFormatTryDecodeIntChars(
+    const QV_CHAR *src, QV_INT srcLength, QV_INT base, QV_INT *value, QV_INT *consumed )
 {
     QV_CHECK( srcLength >= 0 );
     QV_CHECK( src || srcLength == 0 );
@@ -474,11 +476,7 @@ const QV_CHAR *rangeOf( QV_STRING *src, QV_INT srcOffset, QV_INT srcLength )
 QV_BOOL qvFormatTryDecodeInt(
     QV_STRING *src, QV_INT srcOffset, QV_INT srcLength, QV_INT base, QV_INT *value, QV_INT *consumed )
 {
-    const QV_CHAR *chs = rangeOf( src, srcOffset, srcLength );
-
-    return takePlainInt( chs, srcLength, base, value, consumed )
-               ? QV_TRUE
-               : qvFormatTryDecodeIntChars( chs, srcLength, base, value, consumed );
+    return qv::decodeIntIn( src, rangeOf( src, srcOffset, srcLength ), srcLength, base, value, consumed );
 }
 
 QV_BOOL qvFormatTryDecodeReal(

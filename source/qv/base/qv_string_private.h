@@ -59,6 +59,13 @@ inline bool isFixed( const QV_STRING *qvs )
     return reinterpret_cast< const char * >( qvs->first ) == reinterpret_cast< const char * >( qvs ) + FIXED_STRING;
 }
 
+/** True if a String's characters follow its fields in one allocation. False for the empty String. */
+inline bool isEmbedded( const QV_STRING *qvs )
+{
+    return isFixed( qvs )
+           || reinterpret_cast< const char * >( qvs->memory ) == reinterpret_cast< const char * >( qvs + 1 );
+}
+
 /** True if the caller must not write to a String. */
 inline bool isShared( QV_STRING *qvs )
 {

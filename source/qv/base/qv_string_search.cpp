@@ -1,4 +1,5 @@
 #include "qv/base/qv_format.h"
+#include "qv/base/qv_number_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_create_private.h"
 #include "qv/base/qv_string_private.h"
@@ -480,7 +481,7 @@ QV_BOOL
 qvStringScanInt( QV_STRING *qvs, QV_INT offset, QV_INT maxChars, QV_INT base, QV_INT *value, QV_INT *consumed )
 {
     QV_INT count = scanRange( qvs, offset, maxChars );
-    return qvFormatTryDecodeInt( qvs, offset, count, base, value, consumed );
+    return qv::decodeIntIn( qvs, qv::chars( qvs ) + offset, count, base, value, consumed );
 }
 
 QV_BOOL
