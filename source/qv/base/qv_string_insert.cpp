@@ -1,8 +1,10 @@
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_create_private.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/base/qv_string_stack_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/sys/qv_int.h"
+#include "qv/sys/qv_vectors_private.h"
 
 using qv::asString;
 
@@ -171,8 +173,6 @@ AT_ENDS( qvStringInsertInner, qvStringPrependInner, qvStringAppendInner,
          ( QV_STRING *src, QV_INT offset, QV_INT count ), src, offset, count )
 AT_ENDS( qvStringInsertOuter, qvStringPrependOuter, qvStringAppendOuter,
          ( QV_STRING *src, QV_INT offset, QV_INT count ), src, offset, count )
-AT_ENDS( qvStringInsertChars, qvStringPrependChars, qvStringAppendChars,
-         ( const QV_CHAR *chs, QV_INT chsLength ), chs, chsLength )
 AT_ENDS( qvStringInsertCstr, qvStringPrependCstr, qvStringAppendCstr,
          ( const char *text, QV_INT length ), text, length )
 AT_ENDS( qvStringInsertWcstr, qvStringPrependWcstr, qvStringAppendWcstr,
@@ -194,6 +194,29 @@ AT_ENDS_MORE( qvStringInsertFormatWcstrArgList, qvStringPrependFormatWcstr, qvSt
 
 #undef AT_ENDS
 #undef AT_ENDS_MORE
+
+void qvStringPrependChars( QV_STRING **dest, const QV_CHAR *chs, QV_INT chsLength )
+{
+    QV_CHECK( dest );
+    QV_CHECK( *dest );
+    qvStringInsertChars( dest, 0, chs, chsLength );
+}
+
+void qvStringAppendChars( QV_STRING **dest, const QV_CHAR *chs, QV_INT chsLength )
+{
+    QV_CHECK( dest );
+    QV_CHECK( *dest );
+
+    QV_STRING *own = *dest;
+
+    // Places that are free after some text, of a String that nobody else holds. Nothing moves, so that the characters may
+    // be its own.
+    if( __builtin_expect( chs && chsLength > 0 && own->length > 0 && !qv::isShared( own ), 1 )
+        && qv::allCharsOk( chs, chsLength ) && ( chsLength <= own->bspace || own->stretch( chsLength ) ) )
+        qv::copyChars( own->takeBack( chsLength ), chs, chsLength );
+    else
+        qvStringInsertChars( dest, own->length, chs, chsLength );
+}
 
 void qvStringPrepend( QV_STRING **dest, QV_STRING *src )
 {
