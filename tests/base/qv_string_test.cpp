@@ -6,6 +6,8 @@
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/qv.h"
 
+#include <random>
+
 using qv::Ref;
 using namespace qv::test;
 
@@ -205,6 +207,63 @@ TEST( String, IsWrittenInPlace )
         ( *qvStringAppendRoom( qvs.at(), 9 ) = U'x', qvStringAppendChar( qvs.at(), U'y' ) ),
         "free memory is as it was left" );
 #endif
+}
+
+// Beside a model, of texts in which matches touch one another, stand at both ends, and end and begin the sixteen characters
+// that are compared at once; the text itself may be what is sought or put in.
+TEST( String, ReplacesAsAModelDoes )
+{
+    std::mt19937 random( 7 );
+    auto         some = [&]( size_t most )
+    {
+        std::u32string result( random() % ( most + 1 ), U'a' );
+
+        for( char32_t &ch : result )
+            ch = random() % 4 ? U'a' : U'\x1F40D';
+
+        return result;
+    };
+
+    for( int step = 0; step < 20000; step++ )
+    {
+        std::u32string before = some( 70 ), sought = some( 3 ) + U'a', replacement = some( step % 8 ? 3 : 20 ),
+                       expected;
+        QV_INT most = step % 3 ? -1 : QV_INT( random() % 5 ), count = 0;
+
+        if( step % 50 == 0 )
+            replacement = before;
+
+        for( size_t at = 0, from = 0;; from = at + sought.size(), count++ )
+        {
+            at = count == most ? before.npos : before.find( sought, from );
+            expected.append( before, from, at - from ).append( at < before.npos ? replacement : U"" );
+
+            if( at == before.npos )
+                break;
+        }
+
+        auto by    = text( replacement );
+        auto held  = text( before );
+        auto qvs   = Ref< QV_STRING >::share( held );
+        bool isOne = sought.size() == 1 && replacement.size() == 1 && step % 2;
+
+        if( replacement == before )
+            by = Ref< QV_STRING >::share( held );
+
+        ASSERT_EQ(
+            count, isOne ? qvStringReplaceChar( qvs.at(), sought[0], replacement[0], most )
+                         : qvStringReplace( qvs.at(), text( sought ), by, most ) );
+        ASSERT_TRUE( qvStringEqualsChars( qvs, expected.data(), QV_INT( expected.size() ) ) ) << step;
+        ASSERT_TRUE( qvStringEqualsChars( held, before.data(), QV_INT( before.size() ) ) ) << step;
+        ASSERT_TRUE( count > 0 || qvs == held ) << step;
+    }
+
+    Ref qvs = text( "a, b" );
+    EXPECT_EQ( 1, qvStringReplace( qvs.at(), qvs, text( "a" ), -1 ) );
+    EXPECT_EQ( 1, qvStringReplaceCstr( qvs.at(), "a", -1, "\xC3\xA4", -1, 1 ) );
+    EXPECT_EQ( "\xC3\xA4", utf8( qvs ) );
+    EXPECT_EQ( 1, qvStringReplaceCstr( qvs.at(), "\xC3\xA4", -1, "", 0, -1 ) );
+    EXPECT_EQ( qvs, Ref( qvStringCreate() ) );
 }
 
 TEST( String, ConvertsFromAndToOutsideText )

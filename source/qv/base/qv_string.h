@@ -260,6 +260,18 @@ QV_API void qvStringToLower( QV_STRING **qvs );
 QV_API void qvStringToCaseFold( QV_STRING **qvs );
 /** @} */
 
+/** @{ */
+/** Replaces a text, a character, or UTF-8 text by another, from the left, without overlaps and `maxMatches` times at most
+    (-1 sets no limit); returns how often. The replacement may be empty, and either text `*qvs` itself; an empty text to
+    replace ends the process. Where there is none, `*qvs` stays the same object. Costs two searches for all of them,
+    and a copy of the result. */
+QV_API QV_INT qvStringReplace( QV_STRING **qvs, QV_STRING *sought, QV_STRING *replacement, QV_INT maxMatches );
+QV_API QV_INT qvStringReplaceChar( QV_STRING **qvs, QV_CHAR sought, QV_CHAR replacement, QV_INT maxMatches );
+QV_API QV_INT qvStringReplaceCstr(
+    QV_STRING **qvs, const char *sought, QV_INT soughtLength, const char *replacement, QV_INT replacementLength,
+    QV_INT maxMatches );
+/** @} */
+
 /** Combines pairs of surrogates and deletes single ones. */
 QV_API void qvStringSanitize( QV_STRING **qvs );
 
