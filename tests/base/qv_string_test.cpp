@@ -209,6 +209,48 @@ TEST( String, IsWrittenInPlace )
 #endif
 }
 
+// Long texts that repeat themselves, some with a fault, among others alike: what is equal for long before it differs.
+TEST( String, FindsInTextsThatRepeatThemselves )
+{
+    std::mt19937 random( 11 );
+
+    for( int step = 0; step < 4000; step++ )
+    {
+        std::u32string period, hay, needle;
+
+        for( size_t left = 1 + random() % ( step % 3 ? 3 : 30 ); left > 0; left-- )
+            period += random() % 3 ? U'a' : U'b';
+
+        auto run = [&]( size_t length )
+        {
+            std::u32string result;
+
+            for( size_t start = random() % period.size(); result.size() < length; start++ )
+                result += period[start % period.size()];
+
+            return result;
+        };
+
+        // Runs about as long as the needle, with one character between them.
+        for( needle = run( 9 + random() % 300 ); hay.size() < 1500; )
+            hay += run( needle.size() + period.size() - 1 - random() % 8 ) + char32_t( U'a' + random() % 2 );
+
+        if( step % 4 == 0 )
+            needle[random() % needle.size()] ^= 3;
+
+        auto qvs = text( hay ), sub = text( needle );
+        ASSERT_EQ( QV_INT( hay.find( needle ) ), qvStringFind( qvs, 0, sub ) ) << step;
+        ASSERT_EQ( QV_INT( hay.rfind( needle ) ), qvStringFindFromRight( qvs, -1, sub ) ) << step;
+    }
+
+    // By the product of the two lengths, these would be half a million times half a million comparisons.
+    std::u32string hay( 1 << 20, U'a' ), needle( 1 << 19, U'a' );
+    needle[1 << 18] = U'b';
+    auto qvs = text( hay ), sub = text( needle );
+    EXPECT_EQ( -1, qvStringFind( qvs, 0, sub ) );
+    EXPECT_EQ( -1, qvStringFindFromRight( qvs, -1, sub ) );
+}
+
 // Beside a model, of texts in which matches touch one another, stand at both ends, and end and begin the sixteen characters
 // that are compared at once; the text itself may be what is sought or put in.
 TEST( String, ReplacesAsAModelDoes )
