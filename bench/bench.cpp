@@ -101,6 +101,21 @@ Peer lockedAdditions( size_t count )
         } };
 }
 
+Peer retainsAndReleases( size_t count )
+{
+    return {
+        "retain and release", [count]
+        {
+            static QV_STRING *text = string( U"text" );
+
+            for( size_t i = 0; i < count; i++ )
+            {
+                qvStringRetain( text );
+                qvStringRelease( text );
+            }
+        } };
+}
+
 Peer exportedCalls( size_t count )
 {
     return {

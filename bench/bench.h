@@ -40,9 +40,11 @@ struct Case
 
 void add( Case added );
 
-/** Bounds: so many locked additions, so many calls of an exported function that reads one field, so many blocks of `size`
-    bytes allocated and freed, and a copy of so many bytes into fresh memory. */
+/** Bounds: so many locked additions, so many of them in pairs by two exported functions, so many calls of an exported
+    function that reads one field, so many blocks of `size` bytes allocated and freed, and a copy of so many bytes into
+    fresh memory. */
 Peer lockedAdditions( size_t count );
+Peer retainsAndReleases( size_t count );
 Peer exportedCalls( size_t count );
 Peer allocations( size_t count, size_t size );
 Peer memoryCopy( size_t size );

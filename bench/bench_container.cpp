@@ -77,7 +77,7 @@ void addVectorCases( int count )
 
                   show( uint64_t( vec.size() ) );
               } } },
-          lockedAdditions( 2 * static_cast< size_t >( count ) ) } );
+          retainsAndReleases( static_cast< size_t >( count ) ) } );
     add(
         { "Vector",
           "push and pop, references given over",
@@ -157,7 +157,7 @@ void addAppending()
         "Buffer",
         "append a byte",
         "10^5 times",
-        1.0,
+        0,
         []
         {
             QV_BUFFER *buf = qvBufferCreate();

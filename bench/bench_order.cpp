@@ -385,7 +385,7 @@ void addCases( size_t count, bool numbers )
         if( shape > 0 )
             continue;
 
-        Case called{ "Vector", "sort by a function", own.input, 1.0, sorting< OursByFunction >( input, numbers ), {} };
+        Case called{ "Vector", "sort by a function", own.input, 0, sorting< OursByFunction >( input, numbers ), {} };
         called.isTimed = true;
         called.peers.push_back(
             { SHARED, sorting< StandardByFunction< std::shared_ptr< Item > > >( input, numbers ) } );

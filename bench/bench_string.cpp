@@ -185,16 +185,9 @@ void addSearching( const Language &language )
         0,
         [hay]
         {
-            QV_STRING *text = qvStringCreate();
-            QV_INT     from = 0, to;
-
-            for( ; ( to = qvStringFindChar( hay->ours, from, U' ' ) ) >= 0; from = to + 1 )
-            {
-                qvStringAppendInner( &text, hay->ours, from, to - from );
-                qvStringAppendCstr( &text, "::", 2 );
-            }
-
-            qvStringAppendTrailing( &text, hay->ours, qvStringLength( hay->ours ) - from );
+            QV_STRING *text = hay->ours;
+            qvStringRetain( text );
+            qvStringReplaceCstr( &text, " ", 1, "::", 2, -1 );
             show( text );
             qvStringRelease( text );
         },

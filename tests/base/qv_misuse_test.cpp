@@ -63,6 +63,8 @@ TEST( Misuse, IsReported )
         { [] { qvStringFindCharFromRight( *abc(), -2, U'a' ); }, "offset >= 0 || offset == -1" },
         { [] { qvStringSplit( *abc(), qvStringCreate(), -1 ); }, "qvStringLength( sep )" },
         { [] { qvStringSplitChar( *abc(), U'a', 0 ); }, "maxParts > 0" },
+        { [] { qvStringReplace( abc(), qvStringCreate(), *abc(), -1 ); }, "sought->length > 0" },
+        { [] { qvStringReplaceChar( abc(), U'a', BAD, -1 ); }, "QV_CHAR_OK( replacement )" },
         { [] { qv___StringMakeRoom( *abc(), 3, MOST - 4 ); },
           "QV_INT_ADD_OK( qvs->fspace + qvs->length + count, QV_STRING_BSPACE )" },
 

@@ -6,6 +6,8 @@
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/qv.h"
 
+#include <random>
+
 using qv::Ref;
 using namespace qv::test;
 
@@ -205,6 +207,105 @@ TEST( String, IsWrittenInPlace )
         ( *qvStringAppendRoom( qvs.at(), 9 ) = U'x', qvStringAppendChar( qvs.at(), U'y' ) ),
         "free memory is as it was left" );
 #endif
+}
+
+// Long texts that repeat themselves, some with a fault, among others alike: what is equal for long before it differs.
+TEST( String, FindsInTextsThatRepeatThemselves )
+{
+    std::mt19937 random( 11 );
+
+    for( int step = 0; step < 4000; step++ )
+    {
+        std::u32string period, hay, needle;
+
+        for( size_t left = 1 + random() % ( step % 3 ? 3 : 30 ); left > 0; left-- )
+            period += random() % 3 ? U'a' : U'b';
+
+        auto run = [&]( size_t length )
+        {
+            std::u32string result;
+
+            for( size_t start = random() % period.size(); result.size() < length; start++ )
+                result += period[start % period.size()];
+
+            return result;
+        };
+
+        // Runs about as long as the needle, with one character between them.
+        for( needle = run( 9 + random() % 300 ); hay.size() < 1500; )
+            hay += run( needle.size() + period.size() - 1 - random() % 8 ) + char32_t( U'a' + random() % 2 );
+
+        if( step % 4 == 0 )
+            needle[random() % needle.size()] ^= 3;
+
+        auto qvs = text( hay ), sub = text( needle );
+        ASSERT_EQ( QV_INT( hay.find( needle ) ), qvStringFind( qvs, 0, sub ) ) << step;
+        ASSERT_EQ( QV_INT( hay.rfind( needle ) ), qvStringFindFromRight( qvs, -1, sub ) ) << step;
+    }
+
+    // By the product of the two lengths, these would be half a million times half a million comparisons.
+    std::u32string hay( 1 << 20, U'a' ), needle( 1 << 19, U'a' );
+    needle[1 << 18] = U'b';
+    auto qvs = text( hay ), sub = text( needle );
+    EXPECT_EQ( -1, qvStringFind( qvs, 0, sub ) );
+    EXPECT_EQ( -1, qvStringFindFromRight( qvs, -1, sub ) );
+}
+
+// Beside a model, of texts in which matches touch one another, stand at both ends, and end and begin the sixteen characters
+// that are compared at once; the text itself may be what is sought or put in.
+TEST( String, ReplacesAsAModelDoes )
+{
+    std::mt19937 random( 7 );
+    auto         some = [&]( size_t most )
+    {
+        std::u32string result( random() % ( most + 1 ), U'a' );
+
+        for( char32_t &ch : result )
+            ch = random() % 4 ? U'a' : U'\x1F40D';
+
+        return result;
+    };
+
+    for( int step = 0; step < 20000; step++ )
+    {
+        std::u32string before = some( 70 ), sought = some( 3 ) + U'a', replacement = some( step % 8 ? 3 : 20 ),
+                       expected;
+        QV_INT most = step % 3 ? -1 : QV_INT( random() % 5 ), count = 0;
+
+        if( step % 50 == 0 )
+            replacement = before;
+
+        for( size_t at = 0, from = 0;; from = at + sought.size(), count++ )
+        {
+            at = count == most ? before.npos : before.find( sought, from );
+            expected.append( before, from, at - from ).append( at < before.npos ? replacement : U"" );
+
+            if( at == before.npos )
+                break;
+        }
+
+        auto by    = text( replacement );
+        auto held  = text( before );
+        auto qvs   = Ref< QV_STRING >::share( held );
+        bool isOne = sought.size() == 1 && replacement.size() == 1 && step % 2;
+
+        if( replacement == before )
+            by = Ref< QV_STRING >::share( held );
+
+        ASSERT_EQ(
+            count, isOne ? qvStringReplaceChar( qvs.at(), sought[0], replacement[0], most )
+                         : qvStringReplace( qvs.at(), text( sought ), by, most ) );
+        ASSERT_TRUE( qvStringEqualsChars( qvs, expected.data(), QV_INT( expected.size() ) ) ) << step;
+        ASSERT_TRUE( qvStringEqualsChars( held, before.data(), QV_INT( before.size() ) ) ) << step;
+        ASSERT_TRUE( count > 0 || qvs == held ) << step;
+    }
+
+    Ref qvs = text( "a, b" );
+    EXPECT_EQ( 1, qvStringReplace( qvs.at(), qvs, text( "a" ), -1 ) );
+    EXPECT_EQ( 1, qvStringReplaceCstr( qvs.at(), "a", -1, "\xC3\xA4", -1, 1 ) );
+    EXPECT_EQ( "\xC3\xA4", utf8( qvs ) );
+    EXPECT_EQ( 1, qvStringReplaceCstr( qvs.at(), "\xC3\xA4", -1, "", 0, -1 ) );
+    EXPECT_EQ( qvs, Ref( qvStringCreate() ) );
 }
 
 TEST( String, ConvertsFromAndToOutsideText )

@@ -179,13 +179,14 @@ std::vector< Slot > Arguments::slots()
 
 std::u32string Arguments::someText( bool name )
 {
-    const std::u32string alphabet   = function.starts_with( "qvEnum" ) || function.starts_with( "qvFlagset" ) ? U"AB"
-                                      : name || function.starts_with( "qvStore" ) || function.starts_with( "qvOpt" )
+    const std::u32string alphabet = function.starts_with( "qvEnum" ) || function.starts_with( "qvFlagset" ) ? U"AB"
+                                    : name || function.starts_with( "qvStore" ) || function.starts_with( "qvOpt" )
                                             || function.starts_with( "qvRuntime" )
-                                          ? U"ab"
-                                          : U"aAb \u00e9\U0001f600";
-    const bool           mayBeEmpty = alphabet.size() > 2 && !has( function, "Find" ) && !has( function, "Split" );
-    std::u32string       result;
+                                        ? U"ab"
+                                        : U"aAb \u00e9\U0001f600";
+    const bool           mayBeEmpty =
+        alphabet.size() > 2 && !has( function, "Find" ) && !has( function, "Split" ) && !has( function, "Replace" );
+    std::u32string result;
 
     for( QV_INT left = ( mayBeEmpty ? least : 1 ) + below( alphabet.size() > 2 ? 5 : 2 ); left > 0; left-- )
         result += alphabet[random() % alphabet.size()];

@@ -17,7 +17,8 @@ using namespace qv::test;
 /* Two families of a module of the test --------------------------------------------------------------------------- */
 
 extern "C" QV_MODULE counted___module;
-QV_MODULE            counted___module = { QV___STATIC_HEADER( QV___OBJ_TYPE_MODULE ), &qv___module_record };
+QV_MODULE            counted___module = {
+    QV___STATIC_HEADER( QV___OBJ_TYPE_MODULE ), &qv___module_record, NULL, NULL, NULL, NULL, NULL, 0, NULL, NULL };
 
 #undef QV_THIS_MODULE
 #define QV_THIS_MODULE counted___module
@@ -185,7 +186,9 @@ TEST( ObjCount, AThreadKeepsTheMemoryOfWhatEnds )
             qvObjRelease( object );
 
             if( QV___ASSERTIONS )
+            {
                 EXPECT_EQ( SIGABRT, inChild( misuse ).signal );
+            }
         } );
 }
 #endif

@@ -260,6 +260,17 @@ QV_API void qvStringToLower( QV_STRING **qvs );
 QV_API void qvStringToCaseFold( QV_STRING **qvs );
 /** @} */
 
+/** @{ */
+/** Replaces a text, a character, or UTF-8 text by another, from the left, without overlaps and `maxMatches` times at most
+    (-1 sets no limit); returns how often. The replacement may be empty, and either text `*qvs` itself; an empty text to
+    replace ends the process. Where there is none, `*qvs` stays the same object. In linear time. */
+QV_API QV_INT qvStringReplace( QV_STRING **qvs, QV_STRING *sought, QV_STRING *replacement, QV_INT maxMatches );
+QV_API QV_INT qvStringReplaceChar( QV_STRING **qvs, QV_CHAR sought, QV_CHAR replacement, QV_INT maxMatches );
+QV_API QV_INT qvStringReplaceCstr(
+    QV_STRING **qvs, const char *sought, QV_INT soughtLength, const char *replacement, QV_INT replacementLength,
+    QV_INT maxMatches );
+/** @} */
+
 /** Combines pairs of surrogates and deletes single ones. */
 QV_API void qvStringSanitize( QV_STRING **qvs );
 
@@ -311,7 +322,7 @@ QV_API QV_BOOL qvStringEndsWithWcstr( QV_STRING *qvs, const wchar_t *text, QV_IN
 
 /** @{ */
 /** The index of the first match that starts at `offset`, 0 to the length, or after it; -1 where there is none. An empty
-    text to search for ends the process, here and from the right. */
+    text to search for ends the process, here and from the right. In linear time, whatever the texts are. */
 QV_API QV_INT qvStringFind( QV_STRING *qvs, QV_INT offset, QV_STRING *subString );
 QV_API QV_INT qvStringFindChars( QV_STRING *qvs, QV_INT offset, const QV_CHAR *sub, QV_INT subLength );
 QV_API QV_INT qvStringFindChar( QV_STRING *qvs, QV_INT offset, QV_CHAR ch );

@@ -415,6 +415,13 @@ public:
     }
     /** @} */
 
+    /** The text with another one in the place of each match, from the left, or of the first `most` of them unless that is
+        -1. An empty text to replace ends the process. */
+    [[nodiscard]] String replaced( const String &sought, const String &replacement, QV_INT most = -1 ) const
+    {
+        return changed( qvStringReplace, sought.raw(), replacement.raw(), most );
+    }
+
     /** @{ */
     /** The text cut to so many cells of a terminal, filled up with spaces to as many, or either, so that it has exactly
         as many. `flags` are QV_DISPLAY_FLAG values. */
@@ -478,8 +485,8 @@ private:
         return index >= 0 ? std::optional( index ) : std::nullopt;
     }
 
-    template< class... Args >
-    String changed( void ( *change )( QV_STRING **, Args... ), Args... args ) const
+    template< class Result, class... Args >
+    String changed( Result ( *change )( QV_STRING **, Args... ), Args... args ) const
     {
         String text( *this );
         change( text.variable(), args... );

@@ -611,7 +611,7 @@ QV_INT takeDigits64( const QV_CHAR *chs, QV_INT count, uint64_t *value );
 QV_INT findLastChar( const QV_CHAR *chs, QV_INT count, QV_CHAR ch );
 
 /** The lowest index below `positions` where `sub`, of at least one character, stands in `chs`, or -1. All of the
-    `positions + subLength - 1` characters from `chs` on are readable. Costs at worst the product of the two lengths. */
+    `positions + subLength - 1` characters from `chs` on are readable. In linear time. */
 QV_INT findChars( const QV_CHAR *chs, QV_INT positions, const QV_CHAR *sub, QV_INT subLength );
 
 /** The same for the highest index. */
