@@ -56,6 +56,8 @@ TEST( Misuse, IsReported )
 {
     expectReports( {
         { [] { qvStringAppendChar( abc(), BAD ); }, "qvCharsAllOk( chs, chsLength )" },
+        { [] { qvStringAppendChars( abc(), &BAD, 1 ); }, "qvCharsAllOk( chs, chsLength )" },
+        { [] { qvStringAppendChars( abc(), &BAD, MOST ); }, "QV_INT_ADD_OK( (*qvs)->length, chsLength )" },
         { [] { qvStringAppendInner( abc(), *abc(), 1, MOST ); }, "QV_INT_ADD_OK( offset, count )" },
         { [] { qvStringAppendInner( abc(), *abc(), 1, 3 ); }, "offset + count <= src->length" },
         { [] { qvStringCreateFromCharsCopy( &BAD, 1 ); }, "qvCharsAllOk( src, srcLength )" },

@@ -210,9 +210,9 @@ void qvStringAppendChars( QV_STRING **dest, const QV_CHAR *chs, QV_INT chsLength
     QV_STRING *own = *dest;
 
     // Places that are free after some text, of a String that nobody else holds. Nothing moves, so that the characters may
-    // be its own.
+    // be its own. They are looked at when it is known that there can be as many.
     if( __builtin_expect( chs && chsLength > 0 && own->length > 0 && !qv::isShared( own ), 1 )
-        && qv::allCharsOk( chs, chsLength ) && ( chsLength <= own->bspace || own->stretch( chsLength ) ) )
+        && ( chsLength <= own->bspace || own->stretch( chsLength ) ) && qv::allCharsOk( chs, chsLength ) )
         qv::copyChars( own->takeBack( chsLength ), chs, chsLength );
     else
         qvStringInsertChars( dest, own->length, chs, chsLength );
