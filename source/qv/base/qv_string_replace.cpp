@@ -40,8 +40,8 @@ private:
     QV_INT         seen_ = 0; // characters that no later match has
 };
 
-// Copies a piece of `*from` to `*to` and moves both behind it. A short piece is copied with what follows it, which is
-// written once more later: that holds where both have that many characters left.
+// Copies a piece of `*from` to `*to` and moves both to after it. A short piece is copied with what follows it, where both
+// have that many characters left: the result is filled in order and to its end, so that what is too much is overwritten.
 void copyPiece( QV_CHAR **to, const QV_CHAR *toEnd, const QV_CHAR **from, const QV_CHAR *fromEnd, QV_INT count )
 {
     const QV_INT SHORT = 16;
@@ -66,7 +66,9 @@ QV_INT replace( QV_STRING **qvs, QV_INT soughtLength, QV_STRING *replacement, QV
     QV_INT kept   = ( *qvs )->length - count * soughtLength;
     QV_INT length = replacement->length;
 
-    QV_CHECK_AS( QV_INT_MUL_OK( count, length ) && QV_INT_ADD_OK( kept, count * length ), "the text has a length" );
+    QV_CHECK_AS(
+        QV_INT_MUL_OK( count, length ) && QV_INT_ADD_OK( kept + QV_STRING_FSPACE + QV_STRING_BSPACE, count * length ),
+        "the text has a length" );
 
     if( kept + count * length == 0 )
     {

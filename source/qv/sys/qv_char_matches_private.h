@@ -8,9 +8,11 @@
 
 #include "qv/sys/qv_vectors_private.h"
 
+#include <algorithm>
+
 namespace qv
 {
-/** The places of a character, in ascending order. The array outlives it and does not change. */
+/** The places of a character, in ascending order. The array outlives it; only places that were returned may change. */
 class CharMatches
 {
 public:
