@@ -11,14 +11,14 @@
 
 namespace qv
 {
-static_assert( FIXED_STRING >= QV_INT( BEFORE_DIGITS * sizeof( QV_CHAR ) ), "a String's fields may stand there" );
+static_assert( !QV___LAST_DIGITS || FIXED_STRING >= QV_INT( BEFORE_DIGITS * sizeof( QV_CHAR ) ) );
 
 /** qvFormatTryDecodeIntChars() for `count` characters from `chs` on, which lie in the String. */
 inline QV_BOOL decodeIntIn(
     QV_STRING *qvs, const QV_CHAR *chs, QV_INT count, QV_INT base, QV_INT *value, QV_INT *consumed )
 {
     // What stands before the characters can be read: in one allocation with them, the String's own fields are there.
-    if( __builtin_expect( base == 10 && count > 0 && isEmbedded( qvs ) && vectors::has16(), 1 ) )
+    if( QV___LAST_DIGITS && __builtin_expect( base == 10 && count > 0 && isEmbedded( qvs ) && vectors::has16(), 1 ) )
     {
         // True as well of a block that follows by chance, which has its own head of the allocator before it.
         QV_ASSERT( uintptr_t( chs ) - uintptr_t( qvs ) - FIXED_STRING < sizeof( QV_STRING ) << QV_STRING::HOME_BITS );

@@ -11,12 +11,19 @@
 
 #include "qv/sys/qv_vectors_private.h"
 
+/** Where pointers have 64 bits, since smaller fields of an object leave too little before what follows them. */
+#if QV___VECTORS_16 && defined( __x86_64__ ) && !defined( __ILP32__ )
+#define QV___LAST_DIGITS 1
+#else
+#define QV___LAST_DIGITS 0
+#endif
+
 namespace qv
 {
 /** So many characters before the end of its array takeLastDigits() reads. */
 const QV_INT BEFORE_DIGITS = 20;
 
-#if QV___VECTORS_16
+#if QV___LAST_DIGITS
 namespace vectors
 {
 /** Masks that keep the last of 20 bytes, as many as a number has digits: the last 16 of them, and the first four in two
@@ -48,12 +55,12 @@ __attribute__( ( no_sanitize( "address", "thread" ) ) ) inline __m128i charsArou
 #endif
 
 /** Reads the digits, 1 to 19, from U'0' to U'9', that some characters end with. False if others are among them, and
-    without vectors. The BEFORE_DIGITS characters before the end can be read. */
+    where there is no kernel. The BEFORE_DIGITS characters before the end can be read. */
 inline bool takeLastDigits( [[maybe_unused]] const QV_CHAR *end, [[maybe_unused]] QV_INT digits, uint64_t *value )
 {
     *value = 0;
 
-#if QV___VECTORS_16
+#if QV___LAST_DIGITS
     using vectors::charsAround;
 
     // The first four as 16 bits each, the others as bytes. What fits neither becomes none of ASCII.
