@@ -20,7 +20,7 @@ inline QV_BOOL decodeIntIn(
     // What stands before the characters can be read: in one allocation with them, the String's own fields are there.
     if( QV___LAST_DIGITS && __builtin_expect( base == 10 && count > 0 && isEmbedded( qvs ) && vectors::has16(), 1 ) )
     {
-        // True as well of a block that follows by chance, which has its own head of the allocator before it.
+        // A block of its own that follows the String by chance has the fields before it all the same.
         QV_ASSERT( uintptr_t( chs ) - uintptr_t( qvs ) - FIXED_STRING < sizeof( QV_STRING ) << QV_STRING::HOME_BITS );
 
         uint64_t minus  = *chs == U'-';
