@@ -5,6 +5,7 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_obj.h"
+#include "qv/runtime/qv_obj_life_private.h"
 #include "qv/runtime/qv_obj_parts_private.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
@@ -207,6 +208,27 @@ void qv::setOwned( QV_VECTOR **vec, QV_INT idx, QV_OBJ *owned )
 QV_VECTOR *qvVectorCreate( void )
 {
     return qv::retainOfRun( qv___VectorEmpty );
+}
+
+QV_VECTOR *qv::createVector( QV_OBJ *const *objs, QV_INT count )
+{
+    QV_ASSERT( count >= 0 && count <= QV_VECTOR_BSPACE );
+
+    if( count == 0 )
+        return createWithoutBlock();
+
+    QV_INT  slots  = count + QV_VECTOR_BSPACE;
+    QV_INT  bytes  = slots * QV_INT( sizeof( QV_OBJ * ) );
+    QV_OBJ *object = createKept( sizeof( QV_VECTOR ), bytes, qvVectorSort(), 0 );
+
+    if( !object )
+        object = createWithRoom( sizeof( QV_VECTOR ), bytes, qvVectorSort() );
+
+    QV_VECTOR *vec = static_cast< QV_VECTOR * >( object );
+    vec->initBlock( slots, count, { 0, QV_VECTOR_BSPACE } );
+    std::copy_n( objs, count, qv::objs( vec ) );
+
+    return vec;
 }
 
 QV_VECTOR *qvVectorCreateFrom( QV_VECTOR *src )

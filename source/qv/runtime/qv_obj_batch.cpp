@@ -24,7 +24,7 @@ const int32_t BATCH_USES   = SHARED_SIZE;
 const QV_INT  FEW          = 8;        // so many objects have memory of their own, which allocators have at hand
 const QV_INT  MANY         = 16 << 10; // bytes of objects after which memory comes from slabs
 
-static_assert( SHARED_SIZE <= UINT16_MAX, "an object's header holds the distance in two bytes" );
+static_assert( SHARED_SIZE < QV___MEMORY_ENDS_ALONE, "an object's header holds the distance in 15 bits" );
 
 Shared *sharedAt( void *memory )
 {
@@ -76,9 +76,17 @@ qv::ObjBatch::~ObjBatch()
     close();
 }
 
-QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes )
+QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes, uint16_t ends )
 {
     QV_INT bytes = ( size + extraBytes + 7 ) & ~QV_INT( 7 );
+
+    if( objects_ < FEW )
+        if( QV_OBJ *object = createKept( size, extraBytes, sort_, ends ) )
+        {
+            objects_++;
+            bytes_ += bytes;
+            return object;
+        }
 
     if( !counts_ && !qv___ObjRun )
         counts_ = countsOf( sort_ );
@@ -87,7 +95,7 @@ QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes )
     {
         objects_++;
         bytes_ += bytes;
-        return createOwn( size, extraBytes, sort_, counts_ );
+        return createOwn( size, extraBytes, sort_, counts_, ends );
     }
 
     if( !memory_ || end_ - next_ < bytes )
@@ -98,7 +106,7 @@ QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes )
     bytes_ += bytes;
     users_++;
 
-    return createObject( at, static_cast< uint16_t >( at - memory_ ), size, sort_, counts_ );
+    return createObject( at, static_cast< uint16_t >( ( at - memory_ ) | ends ), size, sort_, counts_ );
 }
 
 /* Releases ------------------------------------------------------------------------------------------------------- */
@@ -115,18 +123,17 @@ bool qv::ObjReleases::endLeaf( QV_OBJ *object )
     QV_ASSERT( qv___AtomicCompareExchange32( &object->retainCount, 1, 1 ) == 1 );
     qv___AtomicStoreRelease32( &object->retainCount, 0 );
 
-    if( freeFunc )
+    if( freeFunc && ( QV___ASSERTIONS || !( object->memory & QV___MEMORY_ENDS_ALONE ) ) )
         freeFunc( object );
 
     QV_ASSERT( object->dbgAllocationSize == 0 );
 
     countOut( sort );
 
-    uint16_t memory = object->memory;
+    uint16_t memory = memoryAlone( object->memory );
     QV_INT   size   = object->dbgObjectSize;
 
-    memset( static_cast< void * >( object ), 0xFF, sizeof( QV_OBJ ) );
-    __asm__ volatile( "" : : "r"( object ) : "memory" ); // the compiler would drop stores to memory that is freed
+    fillEnded( object );
 
     if( isOwn( memory ) )
     {
