@@ -6,6 +6,8 @@
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/qv.h"
 
+#include <malloc.h>
+
 using qv::Ref;
 using namespace qv::test;
 
@@ -167,6 +169,25 @@ TEST( String, PartsAreCountedWhereNoListsAreKept )
 
             qvRuntimeShutdown();
         } );
+}
+
+// A block that has left the memory of its String for a larger one is freed with the String, wherever it has been since.
+// With AddressSanitizer the end of the program tells.
+TEST( String, ABlockThatLeftItsStringEndsWithIt )
+{
+    size_t before = mallinfo2().uordblks;
+
+    for( int i = 0; i < 300; i++ )
+    {
+        Ref< QV_STRING > qvs( qvStringCreateFrom( text( "24 characters with spaces" ) ) );
+        qvStringInsertChars( qvs.at(), i % 2 * 24, std::u32string( 1000, U'x' ).data(), 1000 );
+        Ref< QV_STRING > other = Ref< QV_STRING >::share( i % 3 ? nullptr : qvs.get() );
+
+        if( i % 5 == 0 )
+            qvStringDelInner( qvs.at(), 0, qvStringLength( qvs ) - i % 2 * 20 );
+    }
+
+    EXPECT_LT( mallinfo2().uordblks, before + 100000 );
 }
 
 // Room for more and less than is written, in texts with and without a block, of their own and shared.

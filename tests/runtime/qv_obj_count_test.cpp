@@ -186,6 +186,29 @@ TEST( ObjCount, AThreadKeepsTheMemoryOfWhatEnds )
 
             if( QV___ASSERTIONS )
                 EXPECT_EQ( SIGABRT, inChild( misuse ).signal );
+
+            // Of all sizes together not more than is promised, beside some 80 KB that the C library keeps of these.
+            size_t before = mallinfo2().uordblks, after = 0;
+
+            std::thread(
+                [&]
+                {
+                    for( QV_INT size = sizeof( QV_OBJ ); size < 600; size += 8 )
+                    {
+                        QV_OBJ *many[100];
+
+                        for( QV_OBJ *&each : many )
+                            each = qv___ObjCreate( size, qvOneSort() );
+
+                        for( QV_OBJ *each : many )
+                            qvObjRelease( each );
+                    }
+
+                    after = mallinfo2().uordblks;
+                } )
+                .join();
+
+            EXPECT_LT( after, before + 400000 );
         } );
 }
 #endif

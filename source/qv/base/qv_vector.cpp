@@ -11,6 +11,7 @@
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_mem_private.h"
 #include "qv/sys/qv_order_private.h"
 
 #include <algorithm>
@@ -226,7 +227,7 @@ QV_VECTOR *qv::createVector( QV_OBJ *const *objs, QV_INT count )
 
     QV_VECTOR *vec = static_cast< QV_VECTOR * >( object );
     vec->initBlock( slots, count, { 0, QV_VECTOR_BSPACE } );
-    std::copy_n( objs, count, qv::objs( vec ) );
+    copyBytes( qv::objs( vec ), objs, static_cast< size_t >( count ) * sizeof( QV_OBJ * ) );
 
     return vec;
 }

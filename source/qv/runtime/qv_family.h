@@ -44,13 +44,13 @@ typedef struct QV___OBJ_LOG_ENTRY QV___OBJ_LOG_ENTRY;
 /** The header. "Atomic" fields are read and written through qv_atomic.h only, where several threads know the object. */
 struct QV_OBJ
 {
-    uint64_t        type;        /**< QV___OBJ_TYPE_... */
-    QV_SORT        *sort;        /**< null in sort records and module objects */
-    QV___ATOMIC_INT unique;      /**< atomic; a number and its run, -1 until it is first needed */
-    int32_t         retainCount; /**< atomic */
-    uint16_t memory;   /**< even: bytes since the start of shared memory; odd: a block by its size; and a bit: below */
-    uint16_t isListed; /**< the run that created it keeps lists; never changes */
-    QV_INT   dbgObjectSize;                /**< the size given to qv___ObjCreate() */
+    uint64_t            type;              /**< QV___OBJ_TYPE_... */
+    QV_SORT            *sort;              /**< null in sort records and module objects */
+    QV___ATOMIC_INT     unique;            /**< atomic; a number and its run, -1 until it is first needed */
+    int32_t             retainCount;       /**< atomic */
+    uint16_t            memory;            /**< even: place in shared memory; odd: size of a block; and a bit: below */
+    uint16_t            isListed;          /**< the run that created it keeps lists; never changes */
+    QV_INT              dbgObjectSize;     /**< the size given to qv___ObjCreate() */
     QV___ATOMIC_INT     dbgAllocationSize; /**< atomic; bytes of storage outside the object */
     QV___OBJ_LOG_ENTRY *logFirst;          /**< null if the log is empty; guarded by the lock of all logs */
     QV___OBJ_LOG_ENTRY *logLast;           /**< likewise */

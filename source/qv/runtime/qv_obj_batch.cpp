@@ -88,6 +88,16 @@ QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes, uint16_t ends )
             return object;
         }
 
+    return createOther( size, extraBytes, ends );
+}
+
+// A function of its own, so that the other one saves no registers for it. It is a frame of the stack, too.
+__attribute__( ( noinline ) ) QV_OBJ *qv::ObjBatch::createOther( QV_INT size, QV_INT extraBytes, uint16_t ends )
+{
+    const QV_INT FRAMES = 2;
+
+    QV_INT bytes = ( size + extraBytes + 7 ) & ~QV_INT( 7 );
+
     if( !counts_ && !qv___ObjRun )
         counts_ = countsOf( sort_ );
 
@@ -95,7 +105,7 @@ QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes, uint16_t ends )
     {
         objects_++;
         bytes_ += bytes;
-        return createOwn( size, extraBytes, sort_, counts_, ends );
+        return createOwn( size, extraBytes, sort_, counts_, ends, FRAMES );
     }
 
     if( !memory_ || end_ - next_ < bytes )
@@ -106,7 +116,7 @@ QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes, uint16_t ends )
     bytes_ += bytes;
     users_++;
 
-    return createObject( at, static_cast< uint16_t >( ( at - memory_ ) | ends ), size, sort_, counts_ );
+    return createObject( at, static_cast< uint16_t >( ( at - memory_ ) | ends ), size, sort_, counts_, FRAMES );
 }
 
 /* Releases ------------------------------------------------------------------------------------------------------- */

@@ -73,8 +73,9 @@ public:
     QV_OBJ *createInline( QV_INT size, QV_INT extraBytes, uint16_t ends = 0 );
 
 private:
-    void open( QV_INT bytes );
-    void close();
+    QV_OBJ *createOther( QV_INT size, QV_INT extraBytes, uint16_t ends );
+    void    open( QV_INT bytes );
+    void    close();
 
     QV_SORT *sort_;
     QV_INT   objects_ = 0;       // so far
