@@ -43,7 +43,7 @@ __attribute__( ( always_inline ) ) inline QV_STRING *newString( QV_INT count, Ob
     const uint16_t ENDS   = QV___MEMORY_ENDS_ALONE;
     const QV_INT   SIZE   = sizeof( QV_STRING );
     QV_INT         bytes  = places * QV_INT( sizeof( QV_CHAR ) );
-    QV_OBJ        *object = batch ? batch->createInline( SIZE, bytes, ENDS ) : createKept( SIZE, bytes, sort, ENDS );
+    QV_OBJ        *object = batch ? batch->createInline( SIZE, bytes, ENDS ) : createQuickly( SIZE, bytes, sort, ENDS );
 
     if( __builtin_expect( !object, 0 ) )
         object = createWithRoom( SIZE, bytes, sort, ENDS );

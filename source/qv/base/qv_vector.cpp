@@ -51,7 +51,12 @@ void freeVector( QV_OBJ *thisObj )
 
     QV_VECTOR *vec = qvVectorFrom( thisObj );
 
-    releaseObjs( qv::objs( vec ), vec->length );
+    // Parts of a text share memory, which they leave together.
+    qv::ObjReleases releases;
+
+    for( QV_INT i = 0; i < vec->length; i++ )
+        releases.release( qv::objs( vec )[i], qv::endsInShared( qv::objs( vec )[i] ) );
+
     vec->freeBlock();
 }
 
@@ -220,7 +225,7 @@ QV_VECTOR *qv::createVector( QV_OBJ *const *objs, QV_INT count )
 
     QV_INT  slots  = count + QV_VECTOR_BSPACE;
     QV_INT  bytes  = slots * QV_INT( sizeof( QV_OBJ * ) );
-    QV_OBJ *object = createKept( sizeof( QV_VECTOR ), bytes, qvVectorSort(), 0 );
+    QV_OBJ *object = createQuickly( sizeof( QV_VECTOR ), bytes, qvVectorSort(), 0 );
 
     if( !object )
         object = createWithRoom( sizeof( QV_VECTOR ), bytes, qvVectorSort() );

@@ -179,10 +179,21 @@ QV_OBJ *qv___ObjCreate( QV_INT size, QV_SORT *sort )
 {
     QV_CHECK( sort );
 
-    if( QV_OBJ *object = qv::createKept( size, 0, sort, 0 ) )
+    if( QV_OBJ *object = qv::createQuickly( size, 0, sort, 0 ) )
         return object;
 
     return createOther( size, sort );
+}
+
+// A function of its own, too.
+__attribute__( ( noinline ) ) QV_OBJ *qv::createFresh( QV_INT size, QV_SORT *sort, uint16_t memory, SortCounts *counts )
+{
+    QV_INT  bytes  = FIRST_SIZE + memoryAlone( memory ) / 2 * SIZE_STEP;
+    QV_OBJ *object = static_cast< QV_OBJ * >( qvMemAlloc( bytes ) );
+    writeHeader( object, memory, 0, size, sort );
+    countInAt( counts );
+
+    return object;
 }
 
 QV_OBJ *qv::createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort, uint16_t ends )

@@ -81,7 +81,7 @@ QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes, uint16_t ends )
     QV_INT bytes = ( size + extraBytes + 7 ) & ~QV_INT( 7 );
 
     if( objects_ < FEW )
-        if( QV_OBJ *object = createKept( size, extraBytes, sort_, ends ) )
+        if( QV_OBJ *object = createQuickly( size, extraBytes, sort_, ends ) )
         {
             objects_++;
             bytes_ += bytes;

@@ -45,23 +45,33 @@ __attribute__( ( always_inline ) ) inline void writeHeader(
     object->odbNext           = nullptr;
 }
 
-/** What most creations are: makes an object in a block that the calling thread keeps, in a run without lists. Null where
-    that can't be done. `ends` is QV___MEMORY_ENDS_ALONE or 0. */
-__attribute__( ( always_inline ) ) inline QV_OBJ *createKept(
+/** Makes an object in a new block, for createQuickly(), which knows the rest. */
+__attribute__( ( returns_nonnull ) ) QV_OBJ *createFresh(
+    QV_INT size, QV_SORT *sort, uint16_t memory, SortCounts *counts );
+
+/** What most creations are: makes an object in a block of a size that is kept, in a run without lists, by a thread with a
+    table. Null where that can't be done. `ends` is QV___MEMORY_ENDS_ALONE or 0. */
+__attribute__( ( always_inline ) ) inline QV_OBJ *createQuickly(
     QV_INT size, QV_INT extraBytes, QV_SORT *sort, uint16_t ends )
 {
     uint64_t     block = keptSize( size + extraBytes );
     QV___COUNTS *table = ownTable;
     intptr_t     place = placeOf( sort );
 
-    if( __builtin_expect(
-            !isQuickRun || block >= QV___COUNTS_SIZES || !table || place <= 0 || !table->kept[block].first, 0 ) )
+    if( __builtin_expect( !isQuickRun || block >= QV___COUNTS_SIZES || !table || place <= 0, 0 ) )
         return nullptr;
 
     QV_ASSERT( !qv___ObjRun && keepsBlocks );
-    QV_OBJ *object = takeKept( &table->kept[block] );
-    writeHeader( object, memoryOfSize( block ) | ends, 0, size, sort );
-    countInAt( &table->sorts[place] );
+    KeptBlocks *kept   = &table->kept[block];
+    SortCounts *counts = &table->sorts[place];
+    uint16_t    memory = memoryOfSize( block ) | ends;
+
+    if( __builtin_expect( !kept->first, 0 ) )
+        return createFresh( size, sort, memory, counts );
+
+    QV_OBJ *object = takeKept( kept );
+    writeHeader( object, memory, 0, size, sort );
+    countInAt( counts );
 
     return object;
 }
