@@ -208,7 +208,30 @@ char *qvStringConvertToCstr( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength 
     return qvStringConvertToUtf8( qvs, addNull, outLength );
 }
 
-// Encodes once: a short text by way of the stack, a long one into a block that gives back what it didn't need. It is made
+namespace
+{
+// The bytes of a few characters that a vector holds, in a block; null where they have to go another way.
+char *createFewBytes( const QV_CHAR *chs, QV_INT count, QV_INT null, QV_INT *outLength )
+{
+    QV_INT size = qv::utf8::exactLength( chs, count );
+
+    if( size <= 0 )
+        return nullptr;
+
+    char *block = static_cast< char * >( qvMemAlloc( size + null ) );
+    qv::utf8::encodeExact( chs, count, reinterpret_cast< uint8_t * >( block ) );
+
+    if( null )
+        block[size] = 0;
+
+    if( outLength )
+        *outLength = size + null;
+
+    return block;
+}
+} // namespace
+
+// Encodes once: a few characters into a block of just their size, a short text by way of the stack, a long one into a block that gives back what it didn't need. It is made
 // for ASCII if the text begins so, and made larger where that ends.
 char *qvStringConvertToUtf8( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )
 {
@@ -221,6 +244,10 @@ char *qvStringConvertToUtf8( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength 
 
     const QV_CHAR *chs    = qv::chars( qvs );
     QV_INT         length = qvs->length;
+
+    if( length <= qv::utf8::FEW_CHARS )
+        if( char *block = createFewBytes( chs, length, addNull ? 1 : 0, outLength ) )
+            return block;
 
     if( length <= SHORT )
     {

@@ -261,6 +261,15 @@ inline QV_INT decodeShort( const uint8_t *in, QV_INT size, QV_CHAR *out );
     vectors for it. There is room for LONGEST bytes a character, and for SHORT_ROOM more. */
 inline QV_INT encodeShort( const QV_CHAR *in, QV_INT count, uint8_t *out );
 
+/** The most characters that encodeExact() takes. */
+const QV_INT FEW_CHARS = 32;
+
+/** How many bytes at most FEW_CHARS characters need; -1 where encodeShort() returns that. */
+inline QV_INT exactLength( const QV_CHAR *in, QV_INT count );
+
+/** Encodes characters of which exactLength() has told the bytes. Nothing after these is written. */
+inline void encodeExact( const QV_CHAR *in, QV_INT count, uint8_t *out );
+
 /* Kernels -------------------------------------------------------------------------------------------------------- */
 
 /* What the kernels of the vectors do: as much as they can do with whole vectors, up to any place before which the
@@ -273,6 +282,8 @@ QV_INT decodeShort64( const uint8_t *in, QV_INT size, QV_CHAR *out );
 Looked look64( const uint8_t *in, QV_INT size );
 void   decodeLooked64( const uint8_t *in, QV_INT size, Looked looked, QV_CHAR *out );
 QV_INT encodeShort64( const QV_CHAR *in, QV_INT count, uint8_t *out );
+QV_INT exactLength64( const QV_CHAR *in, QV_INT count );
+void   encodeExact64( const QV_CHAR *in, QV_INT count, uint8_t *out );
 
 void decodeBlocks32( Decoded &done, const uint8_t *inEnd, QV_CHAR *outEnd );
 void countBlocks32( Counted &done, const uint8_t *inEnd );
@@ -311,6 +322,21 @@ inline void decodeLooked( const uint8_t *in, QV_INT size, Looked looked, QV_CHAR
 {
     QV_ASSERT( looked.chars > 0 && look64( in, size ).starts == looked.starts );
     decodeLooked64( in, size, looked, out );
+}
+
+inline QV_INT exactLength( const QV_CHAR *in, QV_INT count )
+{
+    QV_ASSERT( count <= FEW_CHARS );
+    QV_INT bytes = vectors::has64() ? exactLength64( in, count ) : -1;
+    QV_ASSERT( bytes < 0 || bytes == length( in, count ) );
+
+    return bytes;
+}
+
+inline void encodeExact( const QV_CHAR *in, QV_INT count, uint8_t *out )
+{
+    QV_ASSERT( exactLength( in, count ) >= 0 );
+    encodeExact64( in, count, out );
 }
 
 inline QV_INT encodeShort( const QV_CHAR *in, QV_INT count, uint8_t *out )

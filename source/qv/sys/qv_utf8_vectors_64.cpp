@@ -477,7 +477,76 @@ QV___KERNEL_64 QV_INT qv::utf8::encodeShort64( const QV_CHAR *in, QV_INT count, 
     return to - out;
 }
 
+namespace
+{
+// At most 32 characters in two vectors, 0 where there are none.
+struct FewChars
+{
+    __m512i a, b;
+};
+
+QV___KERNEL_64 inline FewChars loadFew( const QV_CHAR *in, QV_INT count )
+{
+    uint64_t there = lowest( count );
+
+    return {
+        _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there ), in ),
+        _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), in + 16 ) };
+}
+
+// How many of both are `limit` and above.
+QV___KERNEL_64 inline QV_INT countFrom( FewChars chars, uint32_t limit )
+{
+    return __builtin_popcountll(
+        static_cast< uint64_t >( _mm512_cmpge_epu32_mask( chars.a, repeat16( limit ) ) ) << 16
+        | _mm512_cmpge_epu32_mask( chars.b, repeat16( limit ) ) );
+}
+} // namespace
+
+QV___KERNEL_64 QV_INT qv::utf8::exactLength64( const QV_CHAR *in, QV_INT count )
+{
+    FewChars chars = loadFew( in, count );
+
+    if( countFrom( chars, 0x110000 ) > 0 )
+        return -1;
+
+    return count + countFrom( chars, 0x80 ) + countFrom( chars, 0x800 ) + countFrom( chars, 0x10000 );
+}
+
+QV___KERNEL_64 void qv::utf8::encodeExact64( const QV_CHAR *in, QV_INT count, uint8_t *out )
+{
+    FewChars chars = loadFew( in, count );
+
+    if( _mm512_test_epi32_mask( _mm512_or_si512( chars.a, chars.b ), repeat16( ~0x7Fu ) ) == 0 )
+    {
+        __m256i bytes = _mm256_set_m128i( _mm512_cvtepi32_epi8( chars.b ), _mm512_cvtepi32_epi8( chars.a ) );
+        _mm256_mask_storeu_epi8( out, static_cast< __mmask32 >( lowest( count ) ), bytes );
+        return;
+    }
+
+    LaneBytes lanes = laneBytes( chars.a );
+    uint64_t  kept  = lanes.kept & lowest( count < 16 ? 4 * count : 64 );
+    QV_INT    size  = __builtin_popcountll( kept );
+    storeKept( out, lanes.bytes, kept, size );
+
+    if( count > 16 )
+    {
+        lanes = laneBytes( chars.b );
+        kept  = lanes.kept & lowest( 4 * ( count - 16 ) );
+        storeKept( out + size, lanes.bytes, kept, __builtin_popcountll( kept ) );
+    }
+}
+
 #else
+
+QV_INT qv::utf8::exactLength64( const QV_CHAR *, QV_INT )
+{
+    return -1;
+}
+
+void qv::utf8::encodeExact64( const QV_CHAR *, QV_INT, uint8_t * )
+{
+}
 
 QV_INT qv::utf8::decodeShort64( const uint8_t *, QV_INT, QV_CHAR * )
 {
