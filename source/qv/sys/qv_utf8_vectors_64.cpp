@@ -494,6 +494,11 @@ QV___KERNEL_64 inline FewChars loadFew( const QV_CHAR *in, QV_INT count )
         _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), in + 16 ) };
 }
 
+QV___KERNEL_64 inline bool areAscii( FewChars chars )
+{
+    return _mm512_test_epi32_mask( _mm512_or_si512( chars.a, chars.b ), repeat16( ~0x7Fu ) ) == 0;
+}
+
 // How many of both are `limit` and above.
 QV___KERNEL_64 inline QV_INT countFrom( FewChars chars, uint32_t limit )
 {
@@ -507,6 +512,9 @@ QV___KERNEL_64 QV_INT qv::utf8::exactLength64( const QV_CHAR *in, QV_INT count )
 {
     FewChars chars = loadFew( in, count );
 
+    if( areAscii( chars ) )
+        return count;
+
     if( countFrom( chars, 0x110000 ) > 0 )
         return -1;
 
@@ -517,10 +525,16 @@ QV___KERNEL_64 void qv::utf8::encodeExact64( const QV_CHAR *in, QV_INT count, ui
 {
     FewChars chars = loadFew( in, count );
 
-    if( _mm512_test_epi32_mask( _mm512_or_si512( chars.a, chars.b ), repeat16( ~0x7Fu ) ) == 0 )
+    if( areAscii( chars ) )
     {
-        __m256i bytes = _mm256_set_m128i( _mm512_cvtepi32_epi8( chars.b ), _mm512_cvtepi32_epi8( chars.a ) );
-        _mm256_mask_storeu_epi8( out, static_cast< __mmask32 >( lowest( count ) ), bytes );
+        if( count < 16 )
+            return _mm_mask_storeu_epi8(
+                out, static_cast< __mmask16 >( lowest( count ) ), _mm512_cvtepi32_epi8( chars.a ) );
+
+        // The first ones and the last ones, which may be some of them.
+        __m128i last = _mm512_cvtepi32_epi8( _mm512_loadu_si512( in + count - 16 ) );
+        _mm_storeu_si128( reinterpret_cast< __m128i * >( out ), _mm512_cvtepi32_epi8( chars.a ) );
+        _mm_storeu_si128( reinterpret_cast< __m128i * >( out + count - 16 ), last );
         return;
     }
 
