@@ -231,8 +231,8 @@ char *createFewBytes( const QV_CHAR *chs, QV_INT count, QV_INT null, QV_INT *out
 }
 } // namespace
 
-// Encodes once: a few characters into a block of just their size, a short text by way of the stack, a long one into a block that gives back what it didn't need. It is made
-// for ASCII if the text begins so, and made larger where that ends.
+// Encodes once: a few characters into a block of just their size, a short text by way of the stack, a long one into a
+// block that gives back what it didn't need. It is made for ASCII if the text begins so, and made larger where that ends.
 char *qvStringConvertToUtf8( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )
 {
     const QV_INT SHORT = 96;

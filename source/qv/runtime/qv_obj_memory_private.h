@@ -1,9 +1,9 @@
 /** @file
     Where small objects get their memory.
 
-    Most objects end soon, and in the thread that created them. So a thread keeps a few blocks of objects that have ended
-    for those that it creates next, by size, without a call of the C library: sizes up to 584 bytes, of each at most 32
-    blocks and 8 KB, so that a thread holds 227 KB at most. Blocks come from the C library and go back to it where a thread has
+    Most objects end soon, and in the thread that created them. So a thread keeps blocks of objects that have ended for
+    those that it creates next, by size, without a call of the C library: sizes up to 584 bytes, of each at most 32 blocks
+    and 8 KB, so that a thread holds 227 KB at most. Blocks come from the C library and go back to it where a thread has
     kept enough of a size, when the thread ends, and when it stops the library.
 
     Until it is used again, a block that is kept is as the end of its object left it, so that what is done to that object
