@@ -240,10 +240,11 @@ void qv::startCounts( bool keeps, bool hasLists )
 // the blocks that it keeps: no code of the library runs then, so that it can be unloaded.
 void qv::stopCounts()
 {
+    isQuickRun = false;
+
     if( !__atomic_exchange_n( &hasKey, 0, __ATOMIC_ACQ_REL ) )
         return;
 
-    isQuickRun = false;
     pthread_key_delete( tableKey );
 
     if( ownTable )
