@@ -5,7 +5,9 @@
 #include "qv/sys/qv_assert_private.h"
 
 #include <atomic>
+#include <semaphore>
 #include <thread>
+#include <utility>
 
 #include <csignal>
 
@@ -210,8 +212,52 @@ TEST( ObjCount, AThreadKeepsTheMemoryOfWhatEnds )
 
             EXPECT_LT( after, before + 400000 );
         } );
+
+    // Not where new memory has to be as the run fills it.
+    inRun(
+        QV_RUNTIME_FLAG_MEMORY_DEBUG,
+        []
+        {
+            for( int i = 0; i < 2; i++ )
+            {
+                QV_OBJ *object = qv___ObjCreate( sizeof( QV_OBJ ) + 1, qvOneSort() );
+                char   *after  = reinterpret_cast< char * >( object + 1 );
+                EXPECT_EQ( char( 0xFF ), std::exchange( *after, 0 ) );
+                qvObjRelease( object );
+            }
+        } );
 }
 #endif
+
+// A thread that has used the library and lives on when it is stopped keeps its table, and yet creates nothing.
+TEST( ObjCount, AThreadThatOutlivesTheRunCreatesNothing )
+{
+    auto body = []
+    {
+        std::binary_semaphore used( 0 ), stopped( 0 );
+        std::thread           thread(
+            [&]
+            {
+                qvObjRelease( create( qvOneSort() ) );
+                used.release();
+                stopped.acquire();
+                create( qvOneSort() );
+            } );
+
+        used.acquire();
+        qvRuntimeShutdown();
+        stopped.release();
+        thread.join();
+    };
+
+    inRun(
+        0,
+        [body]
+        {
+            EXPECT_THAT(
+                inChild( body ).errors, testing::HasSubstr( "the library does not run: qvRuntimeShutdown() has" ) );
+        } );
+}
 
 // More sorts than a thread has places for, whose objects outlive two runs and the thread that created them.
 TEST( ObjCount, HasRoomForAllSorts )
