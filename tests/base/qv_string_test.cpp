@@ -171,23 +171,44 @@ TEST( String, PartsAreCountedWhereNoListsAreKept )
         } );
 }
 
-// A block that has left the memory of its String for a larger one is freed with the String, wherever it has been since.
-// With AddressSanitizer the end of the program tells.
+// A block that has left the memory of its String for a larger one is freed with the String, wherever it has been since,
+// and so is a log. With AddressSanitizer the end of the program tells.
 TEST( String, ABlockThatLeftItsStringEndsWithIt )
 {
-    size_t before = mallinfo2().uordblks;
-
-    for( int i = 0; i < 300; i++ )
+    auto body = []
     {
-        Ref< QV_STRING > qvs( qvStringCreateFrom( text( "24 characters with spaces" ) ) );
-        qvStringInsertChars( qvs.at(), i % 2 * 24, std::u32string( 1000, U'x' ).data(), 1000 );
-        Ref< QV_STRING > other = Ref< QV_STRING >::share( i % 3 ? nullptr : qvs.get() );
+        Ref< QV_STRING > line( text( std::string( 1000, 'x' ) ) );
+        size_t           before = mallinfo2().uordblks;
 
-        if( i % 5 == 0 )
-            qvStringDelInner( qvs.at(), 0, qvStringLength( qvs ) - i % 2 * 20 );
-    }
+        for( int i = 0; i < 300; i++ )
+        {
+            Ref< QV_DICT >   dict( qvDictCreate() );
+            Ref< QV_STRING > qvs( qvStringCreateFrom( text( "24 characters with spaces" ) ) );
 
-    EXPECT_LT( mallinfo2().uordblks, before + 100000 );
+            if( i % 2 )
+                qv___ObjLogAppend( qv::obj( qvs.get() ), line );
+            else
+                qvStringInsert( qvs.at(), i % 4 * 12, line );
+
+            Ref< QV_STRING > other = Ref< QV_STRING >::share( i % 3 ? nullptr : qvs.get() );
+
+            if( i % 5 == 0 )
+                qvStringDelInner( qvs.at(), 0, qvStringLength( qvs ) - i % 4 * 8 );
+
+            if( i % 7 < 4 )
+                qvDictSetIntKey( dict.at(), 1, qv::obj( qvs.get() ) );
+        }
+
+        EXPECT_LT( mallinfo2().uordblks, before + 100000 );
+    };
+
+    withoutLibrary(
+        [body]
+        {
+            qvRuntimeStartup( QV_RUNTIME_FLAG_MINIMAL, nullptr, nullptr, nullptr, nullptr ); // without lists
+            body();
+            qvRuntimeShutdown();
+        } );
 }
 
 // Room for more and less than is written, in texts with and without a block, of their own and shared.
