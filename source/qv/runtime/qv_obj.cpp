@@ -230,9 +230,9 @@ __attribute__( ( always_inline ) ) inline bool endQuickly( QV_OBJ *thisObj )
         || thisObj->unique != QV___UNIQUE_INVALID || thisObj->logFirst )
         return false;
 
-    if( QV___ASSERTIONS || !( memory & QV___MEMORY_ENDS_ALONE ) )
+    if( !qv::endsWithoutFree( memory ) )
         if( sort->freeFunc || thisObj->dbgAllocationSize != 0 )
-            return false; // with assertions free functions check that there is nothing to give back
+            return false;
 
     intptr_t place = qv::placeOf( sort );
 

@@ -133,7 +133,7 @@ bool qv::ObjReleases::endLeaf( QV_OBJ *object )
     QV_ASSERT( qv___AtomicCompareExchange32( &object->retainCount, 1, 1 ) == 1 );
     qv___AtomicStoreRelease32( &object->retainCount, 0 );
 
-    if( freeFunc && ( QV___ASSERTIONS || !( object->memory & QV___MEMORY_ENDS_ALONE ) ) )
+    if( freeFunc && !endsWithoutFree( object->memory ) )
         freeFunc( object );
 
     QV_ASSERT( object->dbgAllocationSize == 0 );

@@ -7,6 +7,7 @@
 #include "qv/runtime/qv_obj_count_private.h"
 #include "qv/runtime/qv_obj_memory_private.h"
 #include "qv/runtime/qv_obj_private.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_unique_private.h"
 
@@ -23,6 +24,13 @@ void countOutListed( QV_OBJ *object, bool leavesList );
 
 /** Whether objects of the sort log the stack of their creation. */
 bool recordsOrigin( QV_SORT *sort );
+
+/** Whether an object whose header says `memory` about it ends without its free function. With assertions none does, since
+    free functions check that nothing is left to give back, nor with AddressSanitizer, which they tell how much to poison. */
+inline bool endsWithoutFree( uint16_t memory )
+{
+    return !QV___ASSERTIONS && !QV___ASAN && ( memory & QV___MEMORY_ENDS_ALONE );
+}
 
 /** Ends so many uses of memory that objects of a batch share, and frees it with the last. */
 void leaveShared( void *memory, int32_t uses );
