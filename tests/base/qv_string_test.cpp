@@ -6,6 +6,7 @@
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/qv.h"
 
+#include <malloc.h>
 #include <random>
 
 using qv::Ref;
@@ -167,6 +168,46 @@ TEST( String, PartsAreCountedWhereNoListsAreKept )
                 EXPECT_EQ( before + 1, qvSortObjects( qvStringSort() ) ); // all but the last are the empty one
             }
 
+            qvRuntimeShutdown();
+        } );
+}
+
+// A block that has left the memory of its String for a larger one is freed with the String, wherever it has been since,
+// and so is a log. With AddressSanitizer the end of the program tells.
+TEST( String, ABlockThatLeftItsStringEndsWithIt )
+{
+    auto body = []
+    {
+        Ref< QV_STRING > line( text( std::string( 1000, 'x' ) ) );
+        size_t           before = mallinfo2().uordblks;
+
+        for( int i = 0; i < 300; i++ )
+        {
+            Ref< QV_DICT >   dict( qvDictCreate() );
+            Ref< QV_STRING > qvs( qvStringCreateFrom( text( "24 characters with spaces" ) ) );
+
+            if( i % 2 )
+                qv___ObjLogAppend( qv::obj( qvs.get() ), line );
+            else
+                qvStringInsert( qvs.at(), i % 4 * 12, line );
+
+            Ref< QV_STRING > other = Ref< QV_STRING >::share( i % 3 ? nullptr : qvs.get() );
+
+            if( i % 5 == 0 )
+                qvStringDelInner( qvs.at(), 0, qvStringLength( qvs ) - i % 4 * 8 );
+
+            if( i % 7 < 4 )
+                qvDictSetIntKey( dict.at(), 1, qv::obj( qvs.get() ) );
+        }
+
+        EXPECT_LT( mallinfo2().uordblks, before + 100000 );
+    };
+
+    withoutLibrary(
+        [body]
+        {
+            qvRuntimeStartup( QV_RUNTIME_FLAG_MINIMAL, nullptr, nullptr, nullptr, nullptr ); // without lists
+            body();
             qvRuntimeShutdown();
         } );
 }

@@ -5,7 +5,9 @@
 #include "qv/sys/qv_assert_private.h"
 
 #include <atomic>
+#include <semaphore>
 #include <thread>
+#include <utility>
 
 #include <csignal>
 
@@ -189,9 +191,76 @@ TEST( ObjCount, AThreadKeepsTheMemoryOfWhatEnds )
             {
                 EXPECT_EQ( SIGABRT, inChild( misuse ).signal );
             }
+
+            // Of all sizes together not more than is promised, beside some 80 KB that the C library keeps of these.
+            size_t before = mallinfo2().uordblks, after = 0;
+
+            std::thread(
+                [&]
+                {
+                    for( QV_INT size = sizeof( QV_OBJ ); size < 600; size += 8 )
+                    {
+                        QV_OBJ *many[100];
+
+                        for( QV_OBJ *&each : many )
+                            each = qv___ObjCreate( size, qvOneSort() );
+
+                        for( QV_OBJ *each : many )
+                            qvObjRelease( each );
+                    }
+
+                    after = mallinfo2().uordblks;
+                } )
+                .join();
+
+            EXPECT_LT( after, before + 400000 );
+        } );
+
+    // Not where new memory has to be as the run fills it.
+    inRun(
+        QV_RUNTIME_FLAG_MEMORY_DEBUG,
+        []
+        {
+            for( int i = 0; i < 2; i++ )
+            {
+                QV_OBJ *object = qv___ObjCreate( sizeof( QV_OBJ ) + 1, qvOneSort() );
+                char   *after  = reinterpret_cast< char * >( object + 1 );
+                EXPECT_EQ( char( 0xFF ), std::exchange( *after, 0 ) );
+                qvObjRelease( object );
+            }
         } );
 }
 #endif
+
+// A thread that has used the library and lives on when it is stopped keeps its table, and yet creates nothing.
+TEST( ObjCount, AThreadThatOutlivesTheRunCreatesNothing )
+{
+    auto body = []
+    {
+        std::binary_semaphore used( 0 ), stopped( 0 );
+        std::thread           thread(
+            [&]
+            {
+                qvObjRelease( create( qvOneSort() ) );
+                used.release();
+                stopped.acquire();
+                create( qvOneSort() );
+            } );
+
+        used.acquire();
+        qvRuntimeShutdown();
+        stopped.release();
+        thread.join();
+    };
+
+    inRun(
+        0,
+        [body]
+        {
+            EXPECT_THAT(
+                inChild( body ).errors, testing::HasSubstr( "the library does not run: qvRuntimeShutdown() has" ) );
+        } );
+}
 
 // More sorts than a thread has places for, whose objects outlive two runs and the thread that created them.
 TEST( ObjCount, HasRoomForAllSorts )

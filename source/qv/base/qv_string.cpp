@@ -41,6 +41,7 @@ void freeString( QV_OBJ *thisObj )
     QV_CHECK( thisObj );
 
     QV_STRING *qvs = qvStringFrom( thisObj );
+    QV_ASSERT( !( thisObj->memory & QV___MEMORY_ENDS_ALONE ) || qv::isFixed( qvs ) || qvs->endsAlone() );
 
     if( !qv::isFixed( qvs ) )
         return qvs->freeBlock();

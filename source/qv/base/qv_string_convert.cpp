@@ -57,8 +57,8 @@ QV_STRING *createDecoded(
     return qv::createStringUse( block, count );
 }
 
-// Inline in both functions, so that a report names the one that was called. A short good text is decoded in one go; all
-// else, and what is wrong, is left to the conversion.
+// Inline in both functions, so that a report names the one that was called. What one look tells the length of is decoded
+// into its String, other short texts by way of the stack; all else, and what is wrong, is left to the conversion.
 __attribute__( ( always_inline ) ) inline QV_STRING *createFromUtf8( const char *text, QV_INT length )
 {
     const QV_INT SHORT = 128;
@@ -66,10 +66,33 @@ __attribute__( ( always_inline ) ) inline QV_STRING *createFromUtf8( const char 
     if( text && length == -1 )
         length = unitsOf( text );
 
-    if( text && length > 0 && length <= SHORT )
+    if( !text || length <= 0 || length > SHORT )
+        return createDecoded( qvCharsConvertFromUtf8, text, length );
+
+    const uint8_t *in = reinterpret_cast< const uint8_t * >( text );
+
+    if( qv::utf8::isShortAscii( in, length ) )
+    {
+        QV_STRING *qvs = qv::newString( length, nullptr, 0 );
+        qv::utf8::decodeShortAscii( in, length, qv::chars( qvs ) );
+
+        return qvs;
+    }
+
+    if( length <= qv::utf8::ONE_LOOK )
+    {
+        if( qv::utf8::Looked looked = qv::utf8::look( in, length ); looked.chars > 0 )
+        {
+            QV_STRING *qvs = qv::newString( looked.chars, nullptr, 0 );
+            qv::utf8::decodeLooked( in, length, looked, qv::chars( qvs ) );
+
+            return qvs;
+        }
+    }
+    else
     {
         QV_CHAR chs[SHORT + qv::utf8::SHORT_ROOM];
-        QV_INT  count = qv::utf8::decodeShort( reinterpret_cast< const uint8_t * >( text ), length, chs );
+        QV_INT  count = qv::utf8::decodeShort( in, length, chs );
 
         if( count >= 0 )
             return qv::newExactCopy( chs, count );
@@ -185,8 +208,31 @@ char *qvStringConvertToCstr( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength 
     return qvStringConvertToUtf8( qvs, addNull, outLength );
 }
 
-// Encodes once: a short text by way of the stack, a long one into a block that gives back what it didn't need. It is made
-// for ASCII if the text begins so, and made larger where that ends.
+namespace
+{
+// The bytes of a few characters that a vector holds, in a block; null where they have to go another way.
+char *createFewBytes( const QV_CHAR *chs, QV_INT count, QV_INT null, QV_INT *outLength )
+{
+    QV_INT size = qv::utf8::exactLength( chs, count );
+
+    if( size <= 0 )
+        return nullptr;
+
+    char *block = static_cast< char * >( qvMemAlloc( size + null ) );
+    qv::utf8::encodeExact( chs, count, reinterpret_cast< uint8_t * >( block ) );
+
+    if( null )
+        block[size] = 0;
+
+    if( outLength )
+        *outLength = size + null;
+
+    return block;
+}
+} // namespace
+
+// Encodes once: a few characters into a block of just their size, a short text by way of the stack, a long one into a
+// block that gives back what it didn't need. It is made for ASCII if the text begins so, and made larger where that ends.
 char *qvStringConvertToUtf8( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength )
 {
     const QV_INT SHORT = 96;
@@ -198,6 +244,10 @@ char *qvStringConvertToUtf8( QV_STRING *qvs, QV_BOOL addNull, QV_INT *outLength 
 
     const QV_CHAR *chs    = qv::chars( qvs );
     QV_INT         length = qvs->length;
+
+    if( length <= qv::utf8::FEW_CHARS )
+        if( char *block = createFewBytes( chs, length, addNull ? 1 : 0, outLength ) )
+            return block;
 
     if( length <= SHORT )
     {

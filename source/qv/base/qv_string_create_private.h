@@ -8,6 +8,8 @@
 #include "qv/runtime/qv_obj_life_private.h"
 #include "qv/sys/qv_mem_private.h"
 
+QV___HIDDEN QV_SORT qv___sort_QV_STRING;
+
 namespace qv
 {
 /** A block of so many characters at most is allocated with its String. */
@@ -22,15 +24,32 @@ inline void copyChars( QV_CHAR *dest, const QV_CHAR *src, QV_INT count )
 
 /** A String of `count` undefined characters and of `space` free places at each end; if it isn't large, in a batch where
     there is one. The sum is above 0. */
-inline QV_STRING *newString( QV_INT count, ObjBatch *batch, QV_INT space )
+__attribute__( ( always_inline ) ) inline QV_STRING *newString( QV_INT count, ObjBatch *batch, QV_INT space )
 {
-    QV_INT     places = count + 2 * space;
-    QV_INT     home   = places <= MOST_EMBEDDED ? places : 0;
-    QV_INT     extra  = home * QV_INT( sizeof( QV_CHAR ) );
-    QV_OBJ    *object = batch ? batch->createInline( sizeof( QV_STRING ), extra )
-                              : createWithRoom( sizeof( QV_STRING ), extra, qvStringSort() );
-    QV_STRING *qvs    = static_cast< QV_STRING * >( object );
-    qvs->initBlock( home, count, { space, space } );
+    QV_SORT *sort   = &qv___sort_QV_STRING;
+    QV_INT   places = count + 2 * space;
+
+    if( __builtin_expect( places > MOST_EMBEDDED, 0 ) )
+    {
+        QV_OBJ *object =
+            batch ? batch->create( sizeof( QV_STRING ), 0 ) : createWithRoom( sizeof( QV_STRING ), 0, sort );
+        QV_STRING *qvs = static_cast< QV_STRING * >( object );
+        qvs->initBlock( 0, count, { space, space } );
+
+        return qvs;
+    }
+
+    // A block that comes with the String ends with it.
+    const uint16_t ENDS   = QV___MEMORY_ENDS_ALONE;
+    const QV_INT   SIZE   = sizeof( QV_STRING );
+    QV_INT         bytes  = places * QV_INT( sizeof( QV_CHAR ) );
+    QV_OBJ        *object = batch ? batch->createInline( SIZE, bytes, ENDS ) : createQuickly( SIZE, bytes, sort, ENDS );
+
+    if( __builtin_expect( !object, 0 ) )
+        object = createWithRoom( SIZE, bytes, sort, ENDS );
+
+    QV_STRING *qvs = static_cast< QV_STRING * >( object );
+    qvs->initBlock( places, count, { space, space } );
 
     return qvs;
 }
@@ -42,10 +61,10 @@ inline QV_STRING *newFixedString( QV_INT count, ObjBatch *batch )
     if( !batch || count > MOST_EMBEDDED )
         return newString( count, batch, 0 );
 
-    QV_INT     bytes       = count * QV_INT( sizeof( QV_CHAR ) );
-    QV_STRING *qvs         = static_cast< QV_STRING * >( batch->createInline( FIXED_STRING, bytes ) );
-    qvs->length            = count;
-    qvs->first             = reinterpret_cast< QV_CHAR * >( reinterpret_cast< char * >( qvs ) + FIXED_STRING );
+    QV_INT     bytes = count * QV_INT( sizeof( QV_CHAR ) );
+    QV_STRING *qvs   = static_cast< QV_STRING * >( batch->createInline( FIXED_STRING, bytes, QV___MEMORY_ENDS_ALONE ) );
+    qvs->length      = count;
+    qvs->first       = reinterpret_cast< QV_CHAR * >( reinterpret_cast< char * >( qvs ) + FIXED_STRING );
     qvs->dbgAllocationSize = bytes;
     qvs->dbgObjectSize     = sizeof( QV_STRING ); // one size is told of all Strings
 

@@ -19,6 +19,12 @@ struct StringRules : SavingRules< QV_STRING_FSPACE, QV_STRING_BSPACE, 64, 64, 1 
     using Unit = QV_CHAR;
 
     static constexpr QV_INT UNIT_BITS = 32;
+
+    /** From here on the free function has a block to free. */
+    static void leaveHome( QV_OBJ *object )
+    {
+        object->memory &= static_cast< uint16_t >( ~QV___MEMORY_ENDS_ALONE );
+    }
 };
 } // namespace qv
 

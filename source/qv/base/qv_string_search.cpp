@@ -315,7 +315,7 @@ public:
     // Parts have no free places: they are many, and most are only read.
     void push( const QV_CHAR *chs, QV_INT count )
     {
-        if( waiting_ == WAITING )
+        if( __builtin_expect( waiting_ == WAITING, 0 ) )
             flush();
 
         objs_[waiting_++] = qv::newExactCopy( chs, count, &batch_ );
@@ -323,6 +323,9 @@ public:
 
     QV_VECTOR *give()
     {
+        if( !vec_ )
+            return qv::createVector( objs_, waiting_ );
+
         flush();
         return vec_.give();
     }
@@ -330,14 +333,18 @@ public:
 private:
     static const QV_INT WAITING = 32;
 
-    void flush()
+    __attribute__( ( noinline ) ) void flush()
     {
-        qv___VectorPushNoRetain( vec_.at(), objs_, waiting_ );
+        if( vec_ )
+            qv___VectorPushNoRetain( vec_.at(), objs_, waiting_ );
+        else
+            vec_.reset( qv::createVector( objs_, waiting_ ) );
+
         waiting_ = 0;
     }
 
     qv::ObjBatch         batch_{ qvStringSort() };
-    qv::Ref< QV_VECTOR > vec_{ qvVectorCreateFrom( qv___VectorEmpty ) }; // its own from the start
+    qv::Ref< QV_VECTOR > vec_; // none as long as few parts wait
     QV_OBJ              *objs_[WAITING];
     QV_INT               waiting_ = 0;
 };

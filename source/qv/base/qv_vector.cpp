@@ -5,11 +5,13 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_obj.h"
+#include "qv/runtime/qv_obj_life_private.h"
 #include "qv/runtime/qv_obj_parts_private.h"
 #include "qv/runtime/qv_obj_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_mem_private.h"
 #include "qv/sys/qv_order_private.h"
 
 #include <algorithm>
@@ -49,7 +51,12 @@ void freeVector( QV_OBJ *thisObj )
 
     QV_VECTOR *vec = qvVectorFrom( thisObj );
 
-    releaseObjs( qv::objs( vec ), vec->length );
+    // Parts of a text share memory, which they leave together.
+    qv::ObjReleases releases;
+
+    for( QV_INT i = 0; i < vec->length; i++ )
+        releases.release( qv::objs( vec )[i], qv::endsInShared( qv::objs( vec )[i] ) );
+
     vec->freeBlock();
 }
 
@@ -207,6 +214,27 @@ void qv::setOwned( QV_VECTOR **vec, QV_INT idx, QV_OBJ *owned )
 QV_VECTOR *qvVectorCreate( void )
 {
     return qv::retainOfRun( qv___VectorEmpty );
+}
+
+QV_VECTOR *qv::createVector( QV_OBJ *const *objs, QV_INT count )
+{
+    QV_ASSERT( count >= 0 && count <= QV_VECTOR_BSPACE );
+
+    if( count == 0 )
+        return createWithoutBlock();
+
+    QV_INT  slots  = count + QV_VECTOR_BSPACE;
+    QV_INT  bytes  = slots * QV_INT( sizeof( QV_OBJ * ) );
+    QV_OBJ *object = createQuickly( sizeof( QV_VECTOR ), bytes, qvVectorSort(), 0 );
+
+    if( !object )
+        object = createWithRoom( sizeof( QV_VECTOR ), bytes, qvVectorSort() );
+
+    QV_VECTOR *vec = static_cast< QV_VECTOR * >( object );
+    vec->initBlock( slots, count, { 0, QV_VECTOR_BSPACE } );
+    copyBytes( qv::objs( vec ), objs, static_cast< size_t >( count ) * sizeof( QV_OBJ * ) );
+
+    return vec;
 }
 
 QV_VECTOR *qvVectorCreateFrom( QV_VECTOR *src )

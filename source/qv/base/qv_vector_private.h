@@ -74,6 +74,10 @@ QV_API void qv___VectorPushNoRetain( QV_VECTOR **vec, QV_OBJ *const *objs, QV_IN
 
 namespace qv
 {
+/** A Vector of at most 32 elements, whose references it takes over; what it declares is what it would if they had been
+    appended to an empty one. The block comes with the Vector. */
+QV_VECTOR *createVector( QV_OBJ *const *objs, QV_INT count );
+
 /** The first element; null for a Vector without a block. */
 inline QV_OBJ **objs( QV_VECTOR *vec )
 {

@@ -44,19 +44,24 @@ typedef struct QV___OBJ_LOG_ENTRY QV___OBJ_LOG_ENTRY;
 /** The header. "Atomic" fields are read and written through qv_atomic.h only, where several threads know the object. */
 struct QV_OBJ
 {
-    uint64_t            type;          /**< QV___OBJ_TYPE_... */
-    QV_SORT            *sort;          /**< null in sort records and module objects */
-    QV___ATOMIC_INT     unique;        /**< atomic; a number and its run, -1 until it is first needed */
-    int32_t             retainCount;   /**< atomic */
-    uint16_t            memory;        /**< even: bytes since the start of shared memory; odd: a block by its size */
-    uint16_t            isListed;      /**< the run that created it keeps lists; never changes */
-    QV_INT              dbgObjectSize; /**< the size given to qv___ObjCreate() */
+    uint64_t            type;              /**< QV___OBJ_TYPE_... */
+    QV_SORT            *sort;              /**< null in sort records and module objects */
+    QV___ATOMIC_INT     unique;            /**< atomic; a number and its run, -1 until it is first needed */
+    int32_t             retainCount;       /**< atomic */
+    uint16_t            memory;            /**< even: place in shared memory; odd: size of a block; and a bit: below */
+    uint16_t            isListed;          /**< the run that created it keeps lists; never changes */
+    QV_INT              dbgObjectSize;     /**< the size given to qv___ObjCreate() */
     QV___ATOMIC_INT     dbgAllocationSize; /**< atomic; bytes of storage outside the object */
     QV___OBJ_LOG_ENTRY *logFirst;          /**< null if the log is empty; guarded by the lock of all logs */
     QV___OBJ_LOG_ENTRY *logLast;           /**< likewise */
     QV_OBJ             *odbPrevious;       /**< link in the sort's list of live objects, null if it is in none */
     QV_OBJ             *odbNext;           /**< likewise */
 };
+
+/** In `memory`: all that the object owns is in its memory, so that it can end without a call of its free function, which
+    would only declare that no storage is left. Set by families of the library when they create an object, cleared by them
+    when it gets something else to own. */
+#define QV___MEMORY_ENDS_ALONE 0x8000
 
 /* Sort record ---------------------------------------------------------------------------------------------------- */
 

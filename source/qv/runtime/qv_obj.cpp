@@ -21,7 +21,7 @@ void qv___ObjStartup( void )
 {
     QV_INT flags = qvRuntimeFlags();
 
-    qv::startCounts( !( flags & QV_RUNTIME_FLAG_MEMORY_DEBUG ) );
+    qv::startCounts( !( flags & QV_RUNTIME_FLAG_MEMORY_DEBUG ), ( flags & QV_RUNTIME_FLAG_OBJECT_DATABASE ) != 0 );
     qv::objLogLock = qv___LockCreate();
     qv___ObjRun    = ( flags & QV_RUNTIME_FLAG_OBJECT_DATABASE ) ? qv::IS_LISTED | qv::IS_OWN : 0;
     qv___ObjOrigin = ( flags & QV_RUNTIME_FLAG_OBJECT_ORIGIN ) ? QV_TRUE : QV_FALSE;
@@ -80,11 +80,10 @@ inline void finish( QV_OBJ *thisObj, QV___FREE_FUNC freeFunc )
     else
         qv::countOutListed( thisObj, !freeFunc ); // taken out of the list here, where the lock is held anyway
 
-    uint16_t memory = thisObj->memory;
+    uint16_t memory = qv::memoryAlone( thisObj->memory );
     QV_INT   size   = thisObj->dbgObjectSize;
 
-    memset( static_cast< void * >( thisObj ), 0xFF, sizeof( QV_OBJ ) );
-    __asm__ volatile( "" : : "r"( thisObj ) : "memory" ); // the compiler would drop stores to memory that is freed
+    qv::fillEnded( thisObj );
 
     if( qv::isOwn( memory ) )
     {
@@ -167,16 +166,40 @@ __attribute__( ( always_inline ) ) inline void end( QV_OBJ *thisObj )
 }
 } // namespace
 
+namespace
+{
+// A function of its own, so that the common creation saves no registers. It is a frame of the stack, too.
+__attribute__( ( noinline ) ) QV_OBJ *createOther( QV_INT size, QV_SORT *sort )
+{
+    return qv::createOwn( size, 0, sort, nullptr, 0, 2 );
+}
+} // namespace
+
 QV_OBJ *qv___ObjCreate( QV_INT size, QV_SORT *sort )
 {
     QV_CHECK( sort );
-    return qv::createOwn( size, 0, sort );
+
+    if( QV_OBJ *object = qv::createQuickly( size, 0, sort, 0 ) )
+        return object;
+
+    return createOther( size, sort );
 }
 
-QV_OBJ *qv::createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort )
+// A function of its own, too.
+__attribute__( ( noinline ) ) QV_OBJ *qv::createFresh( QV_INT size, QV_SORT *sort, uint16_t memory, SortCounts *counts )
 {
-    QV_CHECK( sort );
-    return qv::createOwn( size, extraBytes, sort );
+    QV_INT  bytes  = FIRST_SIZE + memoryAlone( memory ) / 2 * SIZE_STEP;
+    QV_OBJ *object = static_cast< QV_OBJ * >( qvMemAlloc( bytes ) );
+    writeHeader( object, memory, 0, size, sort );
+    countInAt( counts );
+
+    return object;
+}
+
+QV_OBJ *qv::createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort, uint16_t ends )
+{
+    QV_ASSERT( sort );
+    return qv::createOwn( size, extraBytes, sort, nullptr, ends );
 }
 
 void qv___ObjFree( QV_OBJ *thisObj )
@@ -193,7 +216,39 @@ void qv___ObjFree( QV_OBJ *thisObj )
     end( thisObj );
 }
 
-void qv___ObjReleaseLast( QV_OBJ *thisObj )
+namespace
+{
+// What most ends are: that of an object in a block of its own, not listed, without a number, a log, and anything that a
+// free function would have to give back. Only the caller knows it. False where nothing was done.
+__attribute__( ( always_inline ) ) inline bool endQuickly( QV_OBJ *thisObj )
+{
+    QV_SORT     *sort   = thisObj->sort;
+    uint16_t     memory = thisObj->memory;
+    QV___COUNTS *table  = qv::ownTable;
+
+    if( thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->isListed || !sort || !table || !( memory & 1 )
+        || thisObj->unique != QV___UNIQUE_INVALID || thisObj->logFirst )
+        return false;
+
+    if( !qv::endsWithoutFree( memory ) )
+        if( sort->freeFunc || thisObj->dbgAllocationSize != 0 )
+            return false;
+
+    intptr_t place = qv::placeOf( sort );
+
+    if( place <= 0 )
+        return false;
+
+    QV_ASSERT( qv___AtomicCompareExchange32( &thisObj->retainCount, 1, 1 ) == 1 );
+    qv::countOutAt( &table->sorts[place] );
+    qv::fillEnded( thisObj );
+    qv::keepBlock( &table->kept[qv::memoryAlone( memory ) / 2], thisObj );
+
+    return true;
+}
+
+// All others. A function of its own, so that the common end saves no registers.
+__attribute__( ( noinline ) ) void releaseLast( QV_OBJ *thisObj )
 {
     // Only the caller knows of an object with one reference, so that its count needs no locked instruction, unless the
     // object can be found without a reference: in a list by a snapshot, or because it is static.
@@ -209,6 +264,13 @@ void qv___ObjReleaseLast( QV_OBJ *thisObj )
 
     if( thisObj->type == QV___OBJ_TYPE_OBJECT )
         end( thisObj );
+}
+} // namespace
+
+void qv___ObjReleaseLast( QV_OBJ *thisObj )
+{
+    if( __builtin_expect( !endQuickly( thisObj ), 0 ) )
+        releaseLast( thisObj );
 }
 
 void qvObjRetain( QV_OBJ *obj )

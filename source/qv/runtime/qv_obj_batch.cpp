@@ -24,7 +24,7 @@ const int32_t BATCH_USES   = SHARED_SIZE;
 const QV_INT  FEW          = 8;        // so many objects have memory of their own, which allocators have at hand
 const QV_INT  MANY         = 16 << 10; // bytes of objects after which memory comes from slabs
 
-static_assert( SHARED_SIZE <= UINT16_MAX, "an object's header holds the distance in two bytes" );
+static_assert( SHARED_SIZE < QV___MEMORY_ENDS_ALONE, "an object's header holds the distance in 15 bits" );
 
 Shared *sharedAt( void *memory )
 {
@@ -76,8 +76,26 @@ qv::ObjBatch::~ObjBatch()
     close();
 }
 
-QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes )
+QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes, uint16_t ends )
 {
+    QV_INT bytes = ( size + extraBytes + 7 ) & ~QV_INT( 7 );
+
+    if( objects_ < FEW )
+        if( QV_OBJ *object = createQuickly( size, extraBytes, sort_, ends ) )
+        {
+            objects_++;
+            bytes_ += bytes;
+            return object;
+        }
+
+    return createOther( size, extraBytes, ends );
+}
+
+// A function of its own, so that the other one saves no registers for it. It is a frame of the stack, too.
+__attribute__( ( noinline ) ) QV_OBJ *qv::ObjBatch::createOther( QV_INT size, QV_INT extraBytes, uint16_t ends )
+{
+    const QV_INT FRAMES = 2;
+
     QV_INT bytes = ( size + extraBytes + 7 ) & ~QV_INT( 7 );
 
     if( !counts_ && !qv___ObjRun )
@@ -87,7 +105,7 @@ QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes )
     {
         objects_++;
         bytes_ += bytes;
-        return createOwn( size, extraBytes, sort_, counts_ );
+        return createOwn( size, extraBytes, sort_, counts_, ends, FRAMES );
     }
 
     if( !memory_ || end_ - next_ < bytes )
@@ -98,7 +116,7 @@ QV_OBJ *qv::ObjBatch::create( QV_INT size, QV_INT extraBytes )
     bytes_ += bytes;
     users_++;
 
-    return createObject( at, static_cast< uint16_t >( at - memory_ ), size, sort_, counts_ );
+    return createObject( at, static_cast< uint16_t >( ( at - memory_ ) | ends ), size, sort_, counts_, FRAMES );
 }
 
 /* Releases ------------------------------------------------------------------------------------------------------- */
@@ -115,18 +133,17 @@ bool qv::ObjReleases::endLeaf( QV_OBJ *object )
     QV_ASSERT( qv___AtomicCompareExchange32( &object->retainCount, 1, 1 ) == 1 );
     qv___AtomicStoreRelease32( &object->retainCount, 0 );
 
-    if( freeFunc )
+    if( freeFunc && !endsWithoutFree( object->memory ) )
         freeFunc( object );
 
     QV_ASSERT( object->dbgAllocationSize == 0 );
 
     countOut( sort );
 
-    uint16_t memory = object->memory;
+    uint16_t memory = memoryAlone( object->memory );
     QV_INT   size   = object->dbgObjectSize;
 
-    memset( static_cast< void * >( object ), 0xFF, sizeof( QV_OBJ ) );
-    __asm__ volatile( "" : : "r"( object ) : "memory" ); // the compiler would drop stores to memory that is freed
+    fillEnded( object );
 
     if( isOwn( memory ) )
     {

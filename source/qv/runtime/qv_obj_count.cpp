@@ -11,8 +11,9 @@
 
 #include <utility>
 
-constinit thread_local QV___COUNTS *qv::ownTable = nullptr;
-uint32_t                            qv::mostKept = 0;
+constinit thread_local QV___COUNTS *qv::ownTable    = nullptr;
+bool                                qv::keepsBlocks = false;
+bool                                qv::isQuickRun  = false;
 
 /** Null unless the program has been built with AddressSanitizer. */
 extern "C" __attribute__( ( weak ) ) void __asan_init( void );
@@ -62,8 +63,6 @@ void leaveOwnTable()
             kept.first = object->odbNext;
             qv::freeBlock( object );
         }
-
-        kept.count = 0;
     }
 
     putTable( table );
@@ -121,6 +120,12 @@ void getTable()
         getsNone = true;
         putTable( table );
         return;
+    }
+
+    for( int i = 0; i < QV___COUNTS_SIZES; i++ )
+    {
+        QV_ASSERT( !table->kept[i].first );
+        table->kept[i].room = qv::keepsBlocks ? qv::mostKept( i ) : 0;
     }
 
     qv::ownTable = table;
@@ -223,9 +228,10 @@ SortCounts *qv::prepareCounts( QV_SORT *sort )
     return ownTable && placeOf( sort ) > 0 ? &ownTable->sorts[placeOf( sort )] : nullptr;
 }
 
-void qv::startCounts( bool keepsBlocks )
+void qv::startCounts( bool keeps, bool hasLists )
 {
-    mostKept = keepsBlocks && !__asan_init ? MOST_KEPT : 0;
+    keepsBlocks = keeps && !QV___ASAN && !__asan_init;
+    isQuickRun  = keepsBlocks && !hasLists;
     __atomic_store_n( &hasKey, pthread_key_create( &tableKey, endThread ) == 0, __ATOMIC_RELEASE );
 }
 
@@ -234,6 +240,8 @@ void qv::startCounts( bool keepsBlocks )
 // the blocks that it keeps: no code of the library runs then, so that it can be unloaded.
 void qv::stopCounts()
 {
+    isQuickRun = false;
+
     if( !__atomic_exchange_n( &hasKey, 0, __ATOMIC_ACQ_REL ) )
         return;
 

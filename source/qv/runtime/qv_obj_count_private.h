@@ -27,7 +27,7 @@
 #include "qv/runtime/qv_family.h"
 
 #define QV___COUNTS_PLACES 512 /**< sorts in a table; the first place is not used */
-#define QV___COUNTS_SIZES  16  /**< of blocks that a thread keeps */
+#define QV___COUNTS_SIZES  32  /**< of blocks that a thread keeps */
 
 namespace qv
 {
@@ -40,8 +40,8 @@ struct SortCounts
 /** Blocks of one size: see qv_obj_memory_private.h. */
 struct KeptBlocks
 {
-    QV_OBJ  *first; /**< linked by `odbNext` */
-    uint32_t count;
+    QV_OBJ *first; /**< linked by `odbNext` */
+    int64_t room;  /**< how many more are kept */
 };
 } // namespace qv
 
@@ -92,6 +92,12 @@ inline void countInAt( SortCounts *counts )
     __atomic_store_n( &counts->created, counts->created + 1, __ATOMIC_RELAXED );
 }
 
+/** Counts an object out likewise: last of all, as countOut(). */
+inline void countOutAt( SortCounts *counts )
+{
+    __atomic_store_n( &counts->ended, counts->ended + 1, __ATOMIC_RELEASE );
+}
+
 /** @{ */
 /** Count an object in and out. Out comes last of all: a look that finds no object of a module finds that none of the
     module's code runs for one. */
@@ -106,7 +112,7 @@ inline void countIn( QV_SORT *sort )
 inline void countOut( QV_SORT *sort )
 {
     if( SortCounts *counts = countsOf( sort ) )
-        __atomic_store_n( &counts->ended, counts->ended + 1, __ATOMIC_RELEASE );
+        countOutAt( counts );
     else
         qv___AtomicAdd32( &sort->ended, 1 );
 }
@@ -127,8 +133,8 @@ inline QV_SORT *sortBefore( QV_SORT *sort )
     return static_cast< QV_SORT * >( sort->odbNext ); // of no other use to the header of a sort
 }
 
-/** Between the two, threads give their tables back when they end and, if the start says so, keep blocks of objects. */
-void startCounts( bool keepsBlocks );
+/** Between the two, threads give their tables back when they end and, with `keepsBlocks`, keep blocks of objects. */
+void startCounts( bool keepsBlocks, bool hasLists );
 void stopCounts();
 } // namespace qv
 

@@ -41,8 +41,9 @@ inline T *retainOfRun( T *object )
 
 /** As qv___ObjCreate(), with `extraBytes` of heap after the `size` bytes of the structure, for contents that live as
     long as the object. They count in neither of the object's declared sizes: a family that stores there what it would
-    otherwise allocate declares it all the same. */
-QV_OBJ *createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort );
+    otherwise allocate declares it all the same. `ends` is 0, or QV___MEMORY_ENDS_ALONE if they are all that the object
+    owns. */
+QV_OBJ *createWithRoom( QV_INT size, QV_INT extraBytes, QV_SORT *sort, uint16_t ends = 0 );
 
 /** Creates objects of a sort, which may be many and small. Then several of them share memory: an allocation serves
     about ten and is freed with the last of them, so that an object that outlives the others holds two kilobytes at
@@ -66,14 +67,15 @@ public:
     ObjBatch &operator=( const ObjBatch & ) = delete;
 
     /** As createWithRoom(). */
-    QV_OBJ *create( QV_INT size, QV_INT extraBytes );
+    QV_OBJ *create( QV_INT size, QV_INT extraBytes, uint16_t ends = 0 );
 
     /** The same, inline for the common case: see qv_obj_life_private.h. */
-    QV_OBJ *createInline( QV_INT size, QV_INT extraBytes );
+    QV_OBJ *createInline( QV_INT size, QV_INT extraBytes, uint16_t ends = 0 );
 
 private:
-    void open( QV_INT bytes );
-    void close();
+    QV_OBJ *createOther( QV_INT size, QV_INT extraBytes, uint16_t ends );
+    void    open( QV_INT bytes );
+    void    close();
 
     QV_SORT *sort_;
     QV_INT   objects_ = 0;       // so far
@@ -116,6 +118,13 @@ private:
     char   *memory_ = nullptr; // shared memory
     int32_t left_   = 0;       // uses of it that are still to end
 };
+
+/** Whether an object, for which a thread holds a reference, has memory that it shares with others, and owns nothing else:
+    what ObjReleases release faster than a release does. */
+inline bool endsInShared( const QV_OBJ *object )
+{
+    return object->memory > QV___MEMORY_ENDS_ALONE && !( object->memory & 1 );
+}
 
 /** Takes `more` references to an object that may be shared: every borrowed argument may be, at any moment. */
 template< class T >

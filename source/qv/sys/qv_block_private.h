@@ -213,7 +213,8 @@ private:
 };
 
 /** An object with a block. `Header` is the object's, with the field that takes the declared size; `Rules` tells the
-    type in memory, the bits of a unit and how the declared block grows and shrinks. Counts are in units. A thread that
+    type in memory, the bits of a unit and how the declared block grows and shrinks; if it has a function leaveHome(), that
+    is told when a block may have left the memory that came with the object. Counts are in units. A thread that
     changes a block is alone with the object. */
 template< class Header, class Rules >
 struct Block : Header
@@ -452,6 +453,12 @@ struct Block : Header
         return static_cast< QV_INT >( sizes & ( ( 1 << HOME_BITS ) - 1 ) );
     }
 
+    /** True if there is nothing outside of the object's memory to free. */
+    bool endsAlone() const
+    {
+        return !memory || isHome();
+    }
+
     /** True if an address is in what is allocated. What is read from there is gone when the block moves. */
     bool holds( const void *place ) const
     {
@@ -624,6 +631,11 @@ private:
         length = length + count;
         fspace = ends.front;
         bspace = ends.back;
+
+        if constexpr( requires { Rules::leaveHome( this ); } )
+            if( !isHome() )
+                Rules::leaveHome( this );
+
         account();
         check();
     }

@@ -166,6 +166,88 @@ inline QV_INT decodeLeadingAscii( QV_CHAR *out, const uint8_t *in, QV_INT count 
 /** Writes the ASCII that a text begins with and returns its length. There is room for all characters. */
 QV_INT encodeLeadingAscii( uint8_t *out, const QV_CHAR *in, QV_INT count );
 
+/** True if a text of `size` bytes, above 0, is ASCII. For short texts. */
+inline bool isShortAscii( const uint8_t *in, QV_INT size )
+{
+    const QV_INT WORD = sizeof( uint64_t );
+    uint64_t     all  = 0, word;
+    QV_INT       i    = 0;
+
+#if QV___VECTORS_16
+    auto load = [in]( QV_INT at ) { return _mm_loadu_si128( reinterpret_cast< const __m128i * >( in + at ) ); };
+
+    if( size >= 16 )
+    {
+        __m128i both = load( size - 16 ); // it may overlap the ones before
+
+        for( ; i < size - 16; i += 16 )
+            both = _mm_or_si128( both, load( i ) );
+
+        return _mm_movemask_epi8( both ) == 0;
+    }
+#endif
+
+    for( ; i + WORD <= size; i += WORD )
+    {
+        memcpy( &word, in + i, sizeof( word ) );
+        all |= word;
+    }
+
+    for( ; i < size; i++ )
+        all |= in[i];
+
+    return isAscii( all );
+}
+
+/** Writes eight bytes of ASCII as characters. */
+inline void decodeEightAscii( const uint8_t *in, QV_CHAR *out )
+{
+#if QV___VECTORS_16
+    __m128i zero  = _mm_setzero_si128();
+    __m128i words = _mm_unpacklo_epi8( _mm_loadl_epi64( reinterpret_cast< const __m128i * >( in ) ), zero );
+    _mm_storeu_si128( reinterpret_cast< __m128i * >( out ), _mm_unpacklo_epi16( words, zero ) );
+    _mm_storeu_si128( reinterpret_cast< __m128i * >( out + 4 ), _mm_unpackhi_epi16( words, zero ) );
+#else
+    for( int k = 0; k < 8; k++ )
+        out[k] = in[k];
+#endif
+}
+
+/** Writes a text of `size` bytes of ASCII, above 0, as characters. For short texts. */
+inline void decodeShortAscii( const uint8_t *in, QV_INT size, QV_CHAR *out )
+{
+    const QV_INT GROUP = 8;
+
+    if( size < GROUP )
+    {
+        for( QV_INT i = 0; i < size; i++ )
+            out[i] = in[i];
+
+        return;
+    }
+
+    for( QV_INT i = 0; i < size - GROUP; i += GROUP )
+        decodeEightAscii( in + i, out + i );
+
+    decodeEightAscii( in + size - GROUP, out + size - GROUP ); // it may overlap the ones before
+}
+
+/** A text of one look: which bytes characters begin at, and how many of these there are. */
+struct Looked
+{
+    uint64_t starts;
+    QV_INT   chars;
+};
+
+/** The most bytes that one look takes in. */
+const QV_INT ONE_LOOK = 63;
+
+/** Looks at a text of at most ONE_LOOK bytes. No characters where decodeShort() returns -1. */
+inline Looked look( const uint8_t *in, QV_INT size );
+
+/** Decodes a text that look() has found good. Nothing after the characters is written. */
+inline void decodeLooked( const uint8_t *in, QV_INT size, Looked looked, QV_CHAR *out );
+
 /** How many units decodeShort() and encodeShort() may write after what counts. */
 const QV_INT SHORT_ROOM = 64;
 
@@ -179,6 +261,15 @@ inline QV_INT decodeShort( const uint8_t *in, QV_INT size, QV_CHAR *out );
     vectors for it. There is room for LONGEST bytes a character, and for SHORT_ROOM more. */
 inline QV_INT encodeShort( const QV_CHAR *in, QV_INT count, uint8_t *out );
 
+/** The most characters that encodeExact() takes. */
+const QV_INT FEW_CHARS = 32;
+
+/** How many bytes at most FEW_CHARS characters need; -1 where encodeShort() returns that. */
+inline QV_INT exactLength( const QV_CHAR *in, QV_INT count );
+
+/** Encodes characters of which exactLength() has told the bytes. Nothing after these is written. */
+inline void encodeExact( const QV_CHAR *in, QV_INT count, uint8_t *out );
+
 /* Kernels -------------------------------------------------------------------------------------------------------- */
 
 /* What the kernels of the vectors do: as much as they can do with whole vectors, up to any place before which the
@@ -188,7 +279,11 @@ void decodeBlocks64( Decoded &done, const uint8_t *inEnd, const QV_CHAR *outEnd 
 void encodeBlocks64( Encoded &done, const QV_CHAR *inEnd, const uint8_t *outEnd );
 
 QV_INT decodeShort64( const uint8_t *in, QV_INT size, QV_CHAR *out );
+Looked look64( const uint8_t *in, QV_INT size );
+void   decodeLooked64( const uint8_t *in, QV_INT size, Looked looked, QV_CHAR *out );
 QV_INT encodeShort64( const QV_CHAR *in, QV_INT count, uint8_t *out );
+QV_INT exactLength64( const QV_CHAR *in, QV_INT count );
+void   encodeExact64( const QV_CHAR *in, QV_INT count, uint8_t *out );
 
 void decodeBlocks32( Decoded &done, const uint8_t *inEnd, QV_CHAR *outEnd );
 void countBlocks32( Counted &done, const uint8_t *inEnd );
@@ -211,6 +306,37 @@ inline QV_INT decodeShort( const uint8_t *in, QV_INT size, QV_CHAR *out )
     QV_ASSERT( chars < 0 || ( count( in, in + size ).in == in + size && count( in, in + size ).count == chars ) );
 
     return chars;
+}
+
+inline Looked look( const uint8_t *in, QV_INT size )
+{
+    QV_ASSERT( size > 0 && size <= ONE_LOOK );
+    Looked looked = vectors::has64() ? look64( in, size ) : Looked{ 0, 0 };
+    QV_ASSERT(
+        !looked.chars || ( count( in, in + size ).in == in + size && count( in, in + size ).count == looked.chars ) );
+
+    return looked;
+}
+
+inline void decodeLooked( const uint8_t *in, QV_INT size, Looked looked, QV_CHAR *out )
+{
+    QV_ASSERT( looked.chars > 0 && look64( in, size ).starts == looked.starts );
+    decodeLooked64( in, size, looked, out );
+}
+
+inline QV_INT exactLength( const QV_CHAR *in, QV_INT count )
+{
+    QV_ASSERT( count <= FEW_CHARS );
+    QV_INT bytes = vectors::has64() ? exactLength64( in, count ) : -1;
+    QV_ASSERT( bytes < 0 || bytes == length( in, count ) );
+
+    return bytes;
+}
+
+inline void encodeExact( const QV_CHAR *in, QV_INT count, uint8_t *out )
+{
+    QV_ASSERT( exactLength( in, count ) >= 0 );
+    encodeExact64( in, count, out );
 }
 
 inline QV_INT encodeShort( const QV_CHAR *in, QV_INT count, uint8_t *out )

@@ -104,6 +104,37 @@ QV___KERNEL_64 inline __m512i valueBits( __m512i bytes )
     return _mm512_and_si512( bytes, _mm512_shuffle_epi8( masks, kinds ) );
 }
 
+// Where the first bytes of characters are, and the following ones, and what the first ones demand.
+struct Sequences
+{
+    uint64_t lead, lead3, lead4; // first bytes of at least two, three and four
+    uint64_t follow;
+    uint64_t demanded; // where following bytes have to be
+    uint64_t above;    // bytes of F4 and more
+
+    // Whether all bytes of a block are those of characters that decode() gives: following bytes stand just where they are
+    // demanded. With a first byte of F4 the value may be too high, above that nothing is good.
+    bool areGood( uint64_t block ) const
+    {
+        return !( ( ( follow ^ demanded ) & block ) | above );
+    }
+};
+
+// Of the bytes `other` are not ASCII.
+QV___KERNEL_64 inline Sequences sequencesOf( __m512i bytes, uint64_t other )
+{
+    Sequences found;
+
+    found.lead     = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xC0 ) ) );
+    found.lead3    = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xE0 ) ) );
+    found.lead4    = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xF0 ) ) );
+    found.above    = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xF4 ) ) );
+    found.follow   = other & ~found.lead;
+    found.demanded = found.lead << 1 | found.lead3 << 2 | found.lead4 << 3;
+
+    return found;
+}
+
 // The bytes of 16 characters, which are below 0x110000, in their lanes, and which of them count.
 struct LaneBytes
 {
@@ -173,19 +204,14 @@ QV___KERNEL_64 void qv::utf8::decodeBlocks64( Decoded &done, const uint8_t *inEn
             continue;
         }
 
-        uint64_t lead  = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xC0 ) ) );
-        uint64_t lead3 = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xE0 ) ) );
-        uint64_t lead4 = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xF0 ) ) );
-        uint64_t above = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xF4 ) ) );
+        Sequences found  = sequencesOf( bytes, other );
+        uint64_t  follow = found.follow;
+        uint64_t  two    = found.lead & ~found.lead3;
+        uint64_t  three  = found.lead3 & ~found.lead4;
+        uint64_t  ends   = ( ~other | two << 1 | three << 2 | found.lead4 << 3 ) & block;
+        QV_INT    chars  = __builtin_popcountll( ends );
 
-        // A block is well formed whose following bytes stand just where the first bytes demand them. With a first
-        // byte of F4 the value may be too high, above that nothing is good.
-        uint64_t follow   = other & ~lead;
-        uint64_t demanded = lead << 1 | lead3 << 2 | lead4 << 3;
-        uint64_t ends     = ( ~other | ( lead & ~lead3 ) << 1 | ( lead3 & ~lead4 ) << 2 | lead4 << 3 ) & block;
-        QV_INT   chars    = __builtin_popcountll( ends );
-
-        if( ( ( follow ^ demanded ) & block ) || above || outEnd - out < chars )
+        if( !found.areGood( block ) || outEnd - out < chars )
             break;
 
         __m512i bits = valueBits( bytes );
@@ -199,7 +225,7 @@ QV___KERNEL_64 void qv::utf8::decodeBlocks64( Decoded &done, const uint8_t *inEn
         __m512i       zero  = _mm512_setzero_si512();
         __m512i       parts[4];
 
-        if( lead3 == 0 )
+        if( found.lead3 == 0 )
         {
             parts[0] = _mm512_unpacklo_epi16( low, zero );
             parts[1] = _mm512_unpackhi_epi16( low, zero );
@@ -210,7 +236,7 @@ QV___KERNEL_64 void qv::utf8::decodeBlocks64( Decoded &done, const uint8_t *inEn
         {
             uint64_t      follow2 = follow & follow << 1;
             __m512i       second  = bytesBefore( bits, 2, follow2, ends );
-            __m512i       first   = lead4 ? bytesBefore( bits, 3, follow2 & follow << 2, ends ) : zero;
+            __m512i       first   = found.lead4 ? bytesBefore( bits, 3, follow2 & follow << 2, ends ) : zero;
             __m512i       upLow   = _mm512_maddubs_epi16( _mm512_unpacklo_epi8( second, first ), pair );
             __m512i       upHigh  = _mm512_maddubs_epi16( _mm512_unpackhi_epi8( second, first ), pair );
             const __m512i weights = repeat16( 0x10000001 );
@@ -316,21 +342,39 @@ QV___KERNEL_64 void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEn
     done = { in, to };
 }
 
-// Blocks of 63 bytes, so that what comes after the last character has a place too. From the places where characters start
-// follow, for 16 lanes at a time, those of the four bytes before the next character; what is before the own start is not
-// the character's.
-QV___KERNEL_64 QV_INT qv::utf8::decodeShort64( const uint8_t *in, QV_INT size, QV_CHAR *out )
+namespace
 {
-    const QV_INT BLOCK = 63;
-
+// Decodes a block of at most 63 bytes, so that what comes after the last character has a place too. From the places where
+// characters start follow, for 16 lanes at a time, those of the four bytes before the next character; what is before the
+// own start is not the character's. `store` writes a vector of 16 characters that begins at an index.
+template< class Store >
+QV___KERNEL_64 inline void decodeStarts( __m512i bytes, QV_INT size, Looked looked, Store store )
+{
     const __m512i own = _mm512_load_si512( LANE_PLACES.own ), next = _mm512_load_si512( LANE_PLACES.next );
     const __m512i before = _mm512_load_si512( LANE_PLACES.before ), identity = _mm512_load_si512( BACK[0].places );
 
+    __m512i bits   = valueBits( bytes );
+    __m512i places = _mm512_maskz_compress_epi8( looked.starts | UINT64_C( 1 ) << size, identity );
+
+    for( QV_INT k = 0; k < looked.chars; k += 16 )
+    {
+        __m512i   at    = _mm512_sub_epi8( _mm512_permutexvar_epi8( next, places ), before );
+        __mmask64 valid = _mm512_cmpge_epi8_mask( at, _mm512_permutexvar_epi8( own, places ) );
+        __m512i   parts = _mm512_maskz_permutexvar_epi8( valid, at, bits );
+        parts           = _mm512_maddubs_epi16( parts, repeat16( 0x40014001 ) );
+        store( k, _mm512_madd_epi16( parts, repeat16( 0x10000001 ) ) );
+        places = _mm512_alignr_epi64( places, places, 2 );
+    }
+}
+} // namespace
+
+QV___KERNEL_64 QV_INT qv::utf8::decodeShort64( const uint8_t *in, QV_INT size, QV_CHAR *out )
+{
     QV_CHAR *to = out;
 
     while( size > 0 )
     {
-        QV_INT   count = size < BLOCK ? size : BLOCK;
+        QV_INT   count = size < ONE_LOOK ? size : ONE_LOOK;
         uint64_t block = lowest( count );
         __m512i  bytes = _mm512_maskz_loadu_epi8( block, in );
         uint64_t other = static_cast< uint64_t >( _mm512_movepi8_mask( bytes ) );
@@ -349,37 +393,21 @@ QV___KERNEL_64 QV_INT qv::utf8::decodeShort64( const uint8_t *in, QV_INT size, Q
             continue;
         }
 
-        uint64_t lead  = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xC0 ) ) );
-        uint64_t lead3 = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xE0 ) ) );
-        uint64_t lead4 = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xF0 ) ) );
-        uint64_t above = _mm512_cmpge_epu8_mask( bytes, _mm512_set1_epi8( static_cast< char >( 0xF4 ) ) );
+        // Where the text ends nothing is demanded any more.
+        Sequences found = sequencesOf( bytes, other );
+        uint64_t  cut   = found.demanded & ~block;
 
-        // As in decodeBlocks64(); where the text ends nothing is demanded any more.
-        uint64_t follow   = other & ~lead;
-        uint64_t demanded = lead << 1 | lead3 << 2 | lead4 << 3;
-        uint64_t cut      = demanded & ~block;
-
-        if( ( ( follow ^ demanded ) & block ) || above || ( cut && count == size ) )
+        if( !found.areGood( block ) || ( cut && count == size ) )
             return -1;
 
         // A character that goes on after the block starts the next one.
-        uint64_t starts = ~follow & block;
+        uint64_t starts = ~found.follow & block;
         QV_INT   whole  = cut ? 63 - __builtin_clzll( starts ) : count;
         starts &= lowest( whole );
 
-        QV_INT  chars  = __builtin_popcountll( starts );
-        __m512i bits   = valueBits( bytes );
-        __m512i places = _mm512_maskz_compress_epi8( starts | UINT64_C( 1 ) << whole, identity );
-
-        for( QV_INT k = 0; k < chars; k += 16 )
-        {
-            __m512i   at    = _mm512_sub_epi8( _mm512_permutexvar_epi8( next, places ), before );
-            __mmask64 valid = _mm512_cmpge_epi8_mask( at, _mm512_permutexvar_epi8( own, places ) );
-            __m512i   parts = _mm512_maskz_permutexvar_epi8( valid, at, bits );
-            parts           = _mm512_maddubs_epi16( parts, repeat16( 0x40014001 ) );
-            _mm512_storeu_si512( to + k, _mm512_madd_epi16( parts, repeat16( 0x10000001 ) ) );
-            places = _mm512_alignr_epi64( places, places, 2 );
-        }
+        QV_INT chars = __builtin_popcountll( starts );
+        auto   store = [to]( QV_INT k, __m512i vector ) QV___KERNEL_64 { _mm512_storeu_si512( to + k, vector ); };
+        decodeStarts( bytes, whole, { starts, chars }, store );
 
         in += whole;
         to += chars;
@@ -387,6 +415,26 @@ QV___KERNEL_64 QV_INT qv::utf8::decodeShort64( const uint8_t *in, QV_INT size, Q
     }
 
     return to - out;
+}
+
+QV___KERNEL_64 Looked qv::utf8::look64( const uint8_t *in, QV_INT size )
+{
+    uint64_t  block = lowest( size );
+    __m512i   bytes = _mm512_maskz_loadu_epi8( block, in );
+    Sequences found = sequencesOf( bytes, static_cast< uint64_t >( _mm512_movepi8_mask( bytes ) ) );
+
+    if( !found.areGood( ~UINT64_C( 0 ) ) )
+        return { 0, 0 };
+
+    uint64_t starts = ~found.follow & block;
+    return { starts, __builtin_popcountll( starts ) };
+}
+
+QV___KERNEL_64 void qv::utf8::decodeLooked64( const uint8_t *in, QV_INT size, Looked looked, QV_CHAR *out )
+{
+    QV_INT chars = looked.chars;
+    auto   store = [out, chars]( QV_INT k, __m512i vector ) QV___KERNEL_64 { store16( out + k, vector, chars - k ); };
+    decodeStarts( _mm512_maskz_loadu_epi8( lowest( size ), in ), size, looked, store );
 }
 
 QV___KERNEL_64 QV_INT qv::utf8::encodeShort64( const QV_CHAR *in, QV_INT count, uint8_t *out )
@@ -429,7 +477,90 @@ QV___KERNEL_64 QV_INT qv::utf8::encodeShort64( const QV_CHAR *in, QV_INT count, 
     return to - out;
 }
 
+namespace
+{
+// At most 32 characters in two vectors, 0 where there are none.
+struct FewChars
+{
+    __m512i a, b;
+};
+
+QV___KERNEL_64 inline FewChars loadFew( const QV_CHAR *in, QV_INT count )
+{
+    uint64_t there = lowest( count );
+
+    return {
+        _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there ), in ),
+        _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), in + 16 ) };
+}
+
+QV___KERNEL_64 inline bool areAscii( FewChars chars )
+{
+    return _mm512_test_epi32_mask( _mm512_or_si512( chars.a, chars.b ), repeat16( ~0x7Fu ) ) == 0;
+}
+
+// How many of both are `limit` and above.
+QV___KERNEL_64 inline QV_INT countFrom( FewChars chars, uint32_t limit )
+{
+    return __builtin_popcountll(
+        static_cast< uint64_t >( _mm512_cmpge_epu32_mask( chars.a, repeat16( limit ) ) ) << 16
+        | _mm512_cmpge_epu32_mask( chars.b, repeat16( limit ) ) );
+}
+} // namespace
+
+QV___KERNEL_64 QV_INT qv::utf8::exactLength64( const QV_CHAR *in, QV_INT count )
+{
+    FewChars chars = loadFew( in, count );
+
+    if( areAscii( chars ) )
+        return count;
+
+    if( countFrom( chars, 0x110000 ) > 0 )
+        return -1;
+
+    return count + countFrom( chars, 0x80 ) + countFrom( chars, 0x800 ) + countFrom( chars, 0x10000 );
+}
+
+QV___KERNEL_64 void qv::utf8::encodeExact64( const QV_CHAR *in, QV_INT count, uint8_t *out )
+{
+    FewChars chars = loadFew( in, count );
+
+    if( areAscii( chars ) )
+    {
+        if( count < 16 )
+            return _mm_mask_storeu_epi8(
+                out, static_cast< __mmask16 >( lowest( count ) ), _mm512_cvtepi32_epi8( chars.a ) );
+
+        // The first ones and the last ones, which may be some of them.
+        __m128i last = _mm512_cvtepi32_epi8( _mm512_loadu_si512( in + count - 16 ) );
+        _mm_storeu_si128( reinterpret_cast< __m128i * >( out ), _mm512_cvtepi32_epi8( chars.a ) );
+        _mm_storeu_si128( reinterpret_cast< __m128i * >( out + count - 16 ), last );
+        return;
+    }
+
+    LaneBytes lanes = laneBytes( chars.a );
+    uint64_t  kept  = lanes.kept & lowest( count < 16 ? 4 * count : 64 );
+    QV_INT    size  = __builtin_popcountll( kept );
+    storeKept( out, lanes.bytes, kept, size );
+
+    if( count > 16 )
+    {
+        lanes = laneBytes( chars.b );
+        kept  = lanes.kept & lowest( 4 * ( count - 16 ) );
+        storeKept( out + size, lanes.bytes, kept, __builtin_popcountll( kept ) );
+    }
+}
+
 #else
+
+QV_INT qv::utf8::exactLength64( const QV_CHAR *, QV_INT )
+{
+    return -1;
+}
+
+void qv::utf8::encodeExact64( const QV_CHAR *, QV_INT, uint8_t * )
+{
+}
 
 QV_INT qv::utf8::decodeShort64( const uint8_t *, QV_INT, QV_CHAR * )
 {
@@ -439,6 +570,15 @@ QV_INT qv::utf8::decodeShort64( const uint8_t *, QV_INT, QV_CHAR * )
 QV_INT qv::utf8::encodeShort64( const QV_CHAR *, QV_INT, uint8_t * )
 {
     return -1;
+}
+
+Looked qv::utf8::look64( const uint8_t *, QV_INT )
+{
+    return { 0, 0 };
+}
+
+void qv::utf8::decodeLooked64( const uint8_t *, QV_INT, Looked, QV_CHAR * )
+{
 }
 
 void qv::utf8::decodeBlocks64( Decoded &, const uint8_t *, const QV_CHAR * )
