@@ -3,6 +3,8 @@
 #include "qv/base/qv_dict_private.h"
 #include "qv/qv.h"
 
+#include <set>
+
 using namespace qv;
 using namespace qv::test;
 
@@ -195,6 +197,38 @@ TEST( Dict, LookUpsFindWhatStandsThere )
                 ASSERT_FALSE( qvDictHasStringKey( dict, text( others[i] ) ) ) << others[i];
             }
         }
+    }
+}
+
+// Keys that end in all ways around the 16 characters that a Dict knows of each: prefixes of each other, with the last
+// characters that take a byte and the first ones that do not. Every second one is entered.
+TEST( Dict, KeysThatBeginAlikeAreToldApart )
+{
+    const std::u32string ends = U"\x01yz\xED\xEE\u4E2D";
+
+    for( const char32_t *stem : { U"", U"same", U"samestem" } )
+    {
+        std::set< std::u32string > texts;
+
+        for( size_t i = 0; i < 18 * ends.size() * ends.size(); i++ )
+            texts.insert( stem + std::u32string( i / 36, ends[i / 6 % 6] ) + ends[i % 6] );
+
+        Ref< QV_DICT > dict( qvDictCreate() );
+        QV_INT         at = 0;
+
+        for( int pass : { 0, 1, 2 } )
+            for( const std::u32string &each : texts )
+            {
+                Ref< QV_STRING > key(
+                    qvStringCreateFromCharsCopy( each.c_str(), static_cast< QV_INT >( each.size() ) ) );
+                QV_INT place = at++ % static_cast< QV_INT >( texts.size() );
+
+                if( pass < 2 && place % 2 == 0 )
+                    qvDictSetStringKey( dict.at(), key, boxed( at ) );
+
+                ASSERT_EQ( place % 2 == 0, qvDictHasStringKey( dict, key ) );
+                ASSERT_EQ( place % 2 == 0 ? place / 2 : -1, qvDictIndexOfStringKey( dict, key ) );
+            }
     }
 }
 

@@ -82,9 +82,9 @@ QV_API QV_OBJ *qvDictValueAt( QV_DICT *dict, QV_INT idx );
 /** An entry as a Dict keeps it. */
 typedef struct QV_DICT_ENTRY
 {
-    QV_OBJ  *key;      /**< never null */
-    QV_OBJ  *value;    /**< never null */
-    uint64_t reserved; /**< the Dict's own */
+    QV_OBJ  *key;         /**< never null */
+    QV_OBJ  *value;       /**< never null */
+    uint64_t reserved[2]; /**< the Dict's own */
 } QV_DICT_ENTRY;
 
 /** Entries from an index on, which may be the length: `*count` of them in a row, at least one unless there are none. They

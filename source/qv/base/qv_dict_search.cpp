@@ -29,6 +29,11 @@ qv::Digest digestBehind( QV_STRING *text, QV_INT prefix )
     return qv::digestText( qv::chars( text ) + prefix, text->length - prefix );
 }
 
+inline uint64_t restBehind( QV_STRING *text, QV_INT prefix, const qv::Digest &digest )
+{
+    return qv::digestRest( qv::chars( text ) + prefix, text->length - prefix, digest );
+}
+
 uint64_t digestInt( QV_OBJ *key )
 {
     return qv::integerDigest( static_cast< QV_BOXED_INT * >( key )->value );
@@ -86,14 +91,18 @@ void digestAll( Run *run, uint32_t digests, QV_INT common )
 }
 } // namespace
 
-uint64_t qv::digestOf( QV___DICT_RUN *run, QV_OBJ *key )
+QV___DICT_DIGEST qv::digestOf( QV___DICT_RUN *run, QV_OBJ *key )
 {
-    return run->digests == STRING_DIGESTS    ? digestBehind( stringOf( key ), run->prefix ).number
-           : run->digests == INTEGER_DIGESTS ? digestInt( key )
-                                             : 0;
+    if( run->digests == STRING_DIGESTS )
+    {
+        Digest digest = digestBehind( stringOf( key ), run->prefix );
+        return { digest.number, restBehind( stringOf( key ), run->prefix, digest ) };
+    }
+
+    return { run->digests == INTEGER_DIGESTS ? digestInt( key ) : 0, 0 };
 }
 
-uint64_t qv::newDigest( QV___DICT_RUN *run, QV_OBJ *key )
+QV___DICT_DIGEST qv::newDigest( QV___DICT_RUN *run, QV_OBJ *key )
 {
     uint32_t digests = digestsOf( key->sort );
 
@@ -157,10 +166,13 @@ namespace
 inline const Item *further( const Item *base, const Item *next, const Item &pivot, uint64_t digest )
 {
 #ifdef __x86_64__
-    __asm__( "cmpq %2, %1\n\tcmovb %3, %0" : "+r"( base ) : "m"( pivot.digest ), "r"( digest ), "r"( next ) : "cc" );
+    __asm__( "cmpq %2, %1\n\tcmovb %3, %0"
+             : "+r"( base )
+             : "m"( pivot.digest.number ), "r"( digest ), "r"( next )
+             : "cc" );
     return base;
 #else
-    return pivot.digest < digest ? next : base;
+    return pivot.digest.number < digest ? next : base;
 #endif
 }
 
@@ -228,7 +240,7 @@ inline const Item *further( const Item *base, size_t step, uint64_t digest )
 // The same for a key that may be entered: many are entered at the end.
 int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
 {
-    if( from == run->length || run->items()[run->length - 1].digest < digest )
+    if( from == run->length || run->items()[run->length - 1].digest.number < digest )
         return run->length;
 
     return static_cast< int32_t >( firstNotBelow( run, from, digest ) - run->items() );
@@ -253,38 +265,52 @@ inline QV_INT commonAsTold( const qv::Digest &digest, uint64_t other )
     return digest.count == 8 ? std::countl_zero( digest.number ^ other ) / 8 : 0;
 }
 
+// True if the digest of a key, behind the run's prefix that both have, tells that it is the item's: equal numbers mean
+// equal texts unless the rest is untold.
+inline bool isTold( const Item &item, [[maybe_unused]] QV_STRING *key, const QV___DICT_DIGEST &digest )
+{
+    bool told = digest.rest != qv::UNTOLD_REST && item.digest == digest;
+    QV_ASSERT( !told || qvStringCompare( stringOf( item.key ), key ) == 0 );
+
+    return told;
+}
+
 // Among Strings that share the key's first characters as far as the run's prefix goes.
 inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const qv::Digest &digest )
 {
-    Item   *items  = run->items();
-    QV_INT  prefix = run->prefix;
-    int32_t lo     = bisectDigests( run, from, digest.number );
+    Item    *items  = run->items();
+    QV_INT   prefix = run->prefix;
+    int32_t  lo     = bisectDigests( run, from, digest.number );
+    uint64_t rest   = restBehind( key, prefix, digest );
 
-    if( lo == run->length || items[lo].digest != digest.number )
-        return { 0, lo, false, true, digest.number };
+    // Place of the key where it is not found.
+    auto absentAt = [&]( int32_t idx ) -> Place { return { 0, idx, false, true, { digest.number, rest } }; };
 
-    // No other text has the number, or the key is the very one that is stored.
-    if( digest.whole || items[lo].key == key )
+    if( lo == run->length || items[lo].digest.number != digest.number )
+        return absentAt( lo );
+
+    // No other text has the numbers, or the key is the very one that is stored.
+    if( isTold( items[lo], key, { digest.number, rest } ) || items[lo].key == key )
         return { 0, lo, true };
 
     // As a rule one key has the number. Where more have, the last of them is looked for in steps that double.
     int32_t step = 1;
 
-    while( lo + step < run->length && items[lo + step].digest == digest.number )
+    while( lo + step < run->length && items[lo + step].digest.number == digest.number )
         step *= 2;
 
     auto orderAt = [&]( int32_t idx )
     {
         QV_STRING *stored = stringOf( items[idx].key );
 
-        return items[idx].digest != digest.number ? 1
-                                                  : qv::order(
-                                                        qv::chars( stored ) + prefix, stored->length - prefix,
-                                                        qv::chars( key ) + prefix, key->length - prefix );
+        return items[idx].digest.number != digest.number ? 1
+                                                         : qv::order(
+                                                               qv::chars( stored ) + prefix, stored->length - prefix,
+                                                               qv::chars( key ) + prefix, key->length - prefix );
     };
 
     auto [idx, found] = qv::bisect( lo - 1, std::min( lo + step, run->length ), orderAt );
-    return found ? Place{ 0, idx, true } : Place{ 0, idx, false, true, digest.number };
+    return found ? Place{ 0, idx, true } : absentAt( idx );
 }
 
 Place searchTexts( Run *run, int32_t from, QV_STRING *key, QV_INT known )
@@ -299,7 +325,7 @@ inline Place searchIntegers( Run *run, int32_t from, uint64_t digest )
 {
     int32_t idx = bisectDigests( run, from, digest );
 
-    return { 0, idx, idx < run->length && run->items()[idx].digest == digest, true, digest };
+    return { 0, idx, idx < run->length && run->items()[idx].digest.number == digest, true, { digest, 0 } };
 }
 
 // By the digests, which are of the key's sort.
@@ -401,7 +427,7 @@ Place searchIndexByText( QV_DICT *dict, QV_STRING *key )
             return run->digests != qv::STRING_DIGESTS ? bisectKeys( run, 0, run->length, key )
                    : run->prefix == runs->prefix
                        ? bisectTexts( run, 0, key, digest )
-                       : searchTexts( run, 0, key, runs->prefix + commonAsTold( digest, entry.digest ) );
+                       : searchTexts( run, 0, key, runs->prefix + commonAsTold( digest, entry.digest.number ) );
         } );
 }
 
@@ -534,16 +560,21 @@ struct SoughtText
 
     bool isKeyOf( const Item *item, Run *run, const qv::Digest &digest ) const
     {
-        if( digest.whole || item->key == key )
+        qv::fetchObject( item->val ); // what the caller wants
+
+        uint64_t rest = restBehind( key, run->prefix, digest );
+
+        if( rest != qv::UNTOLD_REST )
+            return isTold( *item, key, { digest.number, rest } );
+
+        if( item->key == key )
             return true;
 
-        // Four lines of memory that can come at once: what comes first of a String says where its characters are, which
-        // is after it as a rule, and the value is what the caller wants.
+        // What comes first of a String says where its characters are, which is after it as a rule: all can come at once.
         QV_STRING *stored = stringOf( item->key );
         QV_INT     known  = run->prefix + digest.count;
         __builtin_prefetch( &stored->first );
         __builtin_prefetch( reinterpret_cast< QV_CHAR * >( stored + 1 ) + known );
-        qv::fetchObject( item->val );
 
         return stored->length == key->length
                && haveSame( qv::chars( stored ) + known, qv::chars( key ) + known, key->length - known );
@@ -581,16 +612,21 @@ const Item *const NOT_TOLD = reinterpret_cast< const Item * >( 1 );
 
 // The item of a key, or null, or NOT_TOLD where the digests do not tell.
 template< class Sought >
-inline const Item *lookUpInRun( Run *run, Sought sought, const qv::Digest &digest, QV_INT known )
+[[gnu::always_inline]] inline const Item *lookUpInRun( Run *run, Sought sought, const qv::Digest &digest, QV_INT known )
 {
     const Item *item = firstNotBelow( run, 0, digest.number );
 
+    const Item *end = run->items() + run->length;
+
     // A key without the run's prefix is not in the run, whatever its digest would be.
-    if( item == run->items() + run->length || item->digest != digest.number )
+    if( item == end || item->digest.number != digest.number || !sought.hasPrefix( run, known ) )
         return nullptr;
 
-    // If it is another text, one of the next items may be the one.
-    return sought.hasPrefix( run, known ) && sought.isKeyOf( item, run, digest ) ? item : NOT_TOLD;
+    if( sought.isKeyOf( item, run, digest ) )
+        return item;
+
+    // One of the next items with this number may be the one.
+    return item + 1 == end || item[1].digest.number != digest.number ? nullptr : NOT_TOLD;
 }
 
 template< class Sought >
@@ -604,7 +640,7 @@ template< class Sought >
     const Item *next   = firstNotBelow( runs, 0, digest.number );
 
     // A first key that has the same digest may be greater than this one, or this very one.
-    if( next == runs->items() || ( next != runs->items() + runs->length && next->digest == digest.number ) )
+    if( next == runs->items() || ( next != runs->items() + runs->length && next->digest.number == digest.number ) )
         return NOT_TOLD;
 
     Run *run = next[-1].run;
@@ -615,7 +651,8 @@ template< class Sought >
     if( run->digests != Sought::DIGESTS || !sought.isLongEnough( run ) )
         return NOT_TOLD;
 
-    return lookUpInRun( run, sought, sought.digestIn( run ), runs->prefix + commonAsTold( digest, next[-1].digest ) );
+    return lookUpInRun(
+        run, sought, sought.digestIn( run ), runs->prefix + commonAsTold( digest, next[-1].digest.number ) );
 }
 
 template< class Sought >
@@ -632,10 +669,57 @@ inline const Item *lookUp( QV_DICT *dict, Sought sought )
     return lookUpInRun( run, sought, sought.digestIn( run ), 0 );
 }
 
+// A text that its digest tells whole, of 8 to 16 characters after the prefix, in the one run of a Dict: the most frequent
+// look-up, in which nothing is called. NOT_TOLD for all others.
+[[gnu::always_inline]] inline const Item *lookUpShort( QV_DICT *dict, QV_STRING *key )
+{
+    Run *run = dict->run;
+
+    if( dict->hasIndex || run->digests != qv::STRING_DIGESTS )
+        return NOT_TOLD;
+
+    QV_INT         prefix = run->prefix;
+    QV_INT         length = key->length - prefix;
+    const QV_CHAR *chars  = qv::chars( key );
+    uint64_t       number, rest;
+
+    if( length < 8 || length > 16 || !qv::digestEight( chars + prefix, qv::DIGEST_BYTE, &number ) )
+        return NOT_TOLD;
+
+    const Item *item = firstNotBelow( run, 0, number );
+
+    if( item == run->items() + run->length || item->digest.number != number )
+        return nullptr;
+
+    qv::fetchObject( item->val );
+
+    if( !qv::digestEight( chars + prefix + length - 8, qv::DIGEST_BYTE, &rest )
+        || item->digest.rest != qv::shiftRest( rest, length ) )
+        return NOT_TOLD;
+
+    // Prefixes are steps of four.
+    for( const QV_CHAR *same = qv::chars( stringOf( run->items()->key ) ); prefix > 0;
+         prefix -= 4, same += 4, chars += 4 )
+        if( memcmp( same, chars, 4 * sizeof( QV_CHAR ) ) != 0 )
+            return nullptr;
+
+    QV_ASSERT( qvStringCompare( stringOf( item->key ), key ) == 0 );
+    return item;
+}
+
 [[gnu::noinline]] const Item *findWhereNotTold( QV_DICT *dict, QV_OBJ *key, qv::Ref< QV_DICT > *held )
 {
     Place place = qv::findInDict( dict, key, held );
     return place.found ? &qv::dictItem( dict, place ) : nullptr;
+}
+
+[[gnu::noinline]] const Item *lookUpAny( QV_DICT *dict, QV_OBJ *key, qv::Ref< QV_DICT > *held )
+{
+    const Item *item = key->sort == &qv___sort_QV_STRING      ? lookUp( dict, SoughtText{ stringOf( key ) } )
+                       : key->sort == &qv___sort_QV_BOXED_INT ? lookUp( dict, SoughtInteger{ key } )
+                                                              : NOT_TOLD;
+
+    return item == NOT_TOLD ? findWhereNotTold( dict, key, held ) : item;
 }
 } // namespace
 
@@ -644,14 +728,12 @@ const QV___DICT_ITEM *qv::findDictItem( QV_DICT *dict, QV_OBJ *key, Ref< QV_DICT
     if( dict->length == 0 )
         return nullptr;
 
-    const Item *item = key->sort == &qv___sort_QV_STRING      ? lookUp( dict, SoughtText{ stringOf( key ) } )
-                       : key->sort == &qv___sort_QV_BOXED_INT ? lookUp( dict, SoughtInteger{ key } )
-                                                              : NOT_TOLD;
+    const Item *item = key->sort == &qv___sort_QV_STRING ? lookUpShort( dict, stringOf( key ) ) : NOT_TOLD;
 
     if( item == NOT_TOLD )
-        return findWhereNotTold( dict, key, held );
+        item = lookUpAny( dict, key, held );
 
-    QV_ASSERT( item == findWhereNotTold( dict, key, held ) );
+    QV_ASSERT( *held || item == findWhereNotTold( dict, key, held ) );
     return item;
 }
 
