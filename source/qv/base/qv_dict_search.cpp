@@ -1,8 +1,5 @@
-#include "qv/base/qv_boxed_int_private.h"
-#include "qv/base/qv_dict_tree_private.h"
-#include "qv/base/qv_digest_private.h"
+#include "qv/base/qv_dict_digest_private.h"
 #include "qv/base/qv_held_private.h"
-#include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_chars_private.h"
@@ -10,9 +7,9 @@
 
 #include <algorithm>
 
-QV___HIDDEN QV_SORT qv___sort_QV_STRING;
+using namespace qv::dict;
 
-/* Digests -------------------------------------------------------------------------------------------------------- */
+/* Search in a run ------------------------------------------------------------------------------------------------ */
 
 namespace
 {
@@ -20,147 +17,12 @@ using Item  = QV___DICT_ITEM;
 using Run   = QV___DICT_RUN;
 using Place = qv::DictPlace;
 
-// What a prefix counts for at most.
-const QV_INT MAX_PREFIX = 1 << 29;
-
-qv::Digest digestBehind( QV_STRING *text, QV_INT prefix )
-{
-    QV_ASSERT( prefix <= text->length );
-    return qv::digestText( qv::chars( text ) + prefix, text->length - prefix );
-}
-
-inline uint64_t restBehind( QV_STRING *text, QV_INT prefix, const qv::Digest &digest )
-{
-    return qv::digestRest( qv::chars( text ) + prefix, text->length - prefix, digest );
-}
-
-uint64_t digestInt( QV_OBJ *key )
-{
-    return qv::integerDigest( static_cast< QV_BOXED_INT * >( key )->value );
-}
-
-QV_STRING *stringOf( QV_OBJ *key )
-{
-    return static_cast< QV_STRING * >( key );
-}
-
-// What digests a run has if all its keys are of this sort.
-uint32_t digestsOf( QV_SORT *sort )
-{
-    return sort == &qv___sort_QV_STRING      ? qv::STRING_DIGESTS
-           : sort == &qv___sort_QV_BOXED_INT ? qv::INTEGER_DIGESTS
-                                             : qv::NO_DIGESTS;
-}
-
 // True when a search in the run can go by the key's digest.
 bool hasDigestsOf( Run *run, QV_OBJ *key )
 {
     return run->digests != qv::NO_DIGESTS && run->digests == digestsOf( key->sort );
 }
 
-// How many characters two texts have in common, in steps of four: keys which share less and less do not each cause new
-// digests for all. `limit` at most, which is such a step too.
-QV_INT commonPrefix( QV_OBJ *a, QV_OBJ *b, QV_INT limit )
-{
-    const QV_CHAR *aChars = qv::chars( stringOf( a ) );
-    const QV_CHAR *bChars = qv::chars( stringOf( b ) );
-    QV_INT         i      = 0;
-
-    QV_ASSERT( limit % 4 == 0 );
-    limit = std::min( limit, std::min( stringOf( a )->length, stringOf( b )->length ) );
-
-    while( i + 4 <= limit && memcmp( aChars + i, bChars + i, 4 * sizeof( QV_CHAR ) ) == 0 )
-        i += 4;
-
-    return i;
-}
-
-uint32_t steppedPrefix( QV_INT common )
-{
-    return static_cast< uint32_t >( std::min( common, MAX_PREFIX ) & ~QV_INT( 3 ) );
-}
-
-// All digests anew, of keys that are of one sort and share as many characters.
-void digestAll( Run *run, uint32_t digests, QV_INT common )
-{
-    run->digests = digests;
-    run->prefix  = steppedPrefix( common );
-
-    for( Item *item = run->items(); item != run->items() + run->length; item++ )
-        item->digest = qv::digestOf( run, item->key );
-}
-} // namespace
-
-QV___DICT_DIGEST qv::digestOf( QV___DICT_RUN *run, QV_OBJ *key )
-{
-    if( run->digests == STRING_DIGESTS )
-    {
-        Digest digest = digestBehind( stringOf( key ), run->prefix );
-        return { digest.number, restBehind( stringOf( key ), run->prefix, digest ) };
-    }
-
-    return { run->digests == INTEGER_DIGESTS ? digestInt( key ) : 0, 0 };
-}
-
-QV___DICT_DIGEST qv::newDigest( QV___DICT_RUN *run, QV_OBJ *key )
-{
-    uint32_t digests = digestsOf( key->sort );
-
-    if( run->length == 0 )
-    {
-        run->digests = digests;
-        run->prefix  = digests == STRING_DIGESTS ? steppedPrefix( stringOf( key )->length ) : 0;
-    }
-    else if( digests != run->digests )
-    {
-        run->digests = NO_DIGESTS;
-        run->prefix  = 0;
-    }
-    else if( run->prefix > 0 )
-    {
-        QV_INT common = commonPrefix( run->items()->key, key, run->prefix );
-
-        if( common < run->prefix )
-            digestAll( run, digests, common );
-    }
-
-    return digestOf( run, key );
-}
-
-void qv::mixDigests( QV___DICT_RUN *run, uint32_t otherDigests, uint32_t otherPrefix )
-{
-    if( run->digests != otherDigests || run->digests == NO_DIGESTS )
-    {
-        run->digests = NO_DIGESTS;
-        run->prefix  = 0;
-    }
-    else if( run->digests == STRING_DIGESTS )
-    {
-        // What the first and the last of ordered texts share, all share.
-        QV_INT common = commonPrefix(
-            run->items()[0].key, run->items()[run->length - 1].key, std::min( run->prefix, otherPrefix ) );
-
-        if( common != run->prefix || common != otherPrefix )
-            digestAll( run, STRING_DIGESTS, common );
-    }
-}
-
-void qv::sharpenDigests( QV___DICT_RUN *run )
-{
-    QV_OBJ  *first   = run->items()[0].key;
-    QV_OBJ  *last    = run->items()[run->length - 1].key;
-    uint32_t digests = first->sort == last->sort ? digestsOf( first->sort ) : NO_DIGESTS;
-    QV_INT   common  = digests == STRING_DIGESTS ? commonPrefix( first, last, MAX_PREFIX ) : 0;
-
-    // Of keys in order with one sort at both ends none has another.
-    if( digests != run->digests || steppedPrefix( common ) != run->prefix )
-        digestAll( run, digests, common );
-}
-
-/* Search in a run ------------------------------------------------------------------------------------------------ */
-
-namespace
-{
 // `base`, or `next` where the digest of `pivot` is below this one: a conditional move, which the compiler replaces by a
 // branch or by an addition that takes longer.
 inline const Item *further( const Item *base, const Item *next, const Item &pivot, uint64_t digest )
@@ -275,28 +137,15 @@ inline bool isTold( const Item &item, [[maybe_unused]] QV_STRING *key, const QV_
     return told;
 }
 
-// Among Strings that share the key's first characters as far as the run's prefix goes.
-inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const qv::Digest &digest )
+// Among Strings with the same number as the key, of which the one at `first` is not told to be it. Found, or where to enter.
+[[gnu::noinline]] Place bisectAlike( Run *run, int32_t first, QV_STRING *key, const qv::Digest &digest )
 {
-    Item    *items  = run->items();
-    QV_INT   prefix = run->prefix;
-    int32_t  lo     = bisectDigests( run, from, digest.number );
-    uint64_t rest   = restBehind( key, prefix, digest );
-
-    // Place of the key where it is not found.
-    auto absentAt = [&]( int32_t idx ) -> Place { return { 0, idx, false, true, { digest.number, rest } }; };
-
-    if( lo == run->length || items[lo].digest.number != digest.number )
-        return absentAt( lo );
-
-    // No other text has the numbers, or the key is the very one that is stored.
-    if( isTold( items[lo], key, { digest.number, rest } ) || items[lo].key == key )
-        return { 0, lo, true };
+    Item   *items  = run->items();
+    QV_INT  prefix = run->prefix;
+    int32_t step   = 1;
 
     // As a rule one key has the number. Where more have, the last of them is looked for in steps that double.
-    int32_t step = 1;
-
-    while( lo + step < run->length && items[lo + step].digest.number == digest.number )
+    while( first + step < run->length && items[first + step].digest.number == digest.number )
         step *= 2;
 
     auto orderAt = [&]( int32_t idx )
@@ -309,8 +158,33 @@ inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const qv::Dige
                                                                qv::chars( key ) + prefix, key->length - prefix );
     };
 
-    auto [idx, found] = qv::bisect( lo - 1, std::min( lo + step, run->length ), orderAt );
-    return found ? Place{ 0, idx, true } : absentAt( idx );
+    auto [idx, found] = qv::bisect( first - 1, std::min( first + step, run->length ), orderAt );
+    return { 0, idx, found };
+}
+
+// Among Strings that share the key's first characters as far as the run's prefix goes. Always inline, since a search in
+// an index has no use for the digest.
+[[gnu::always_inline]] inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const qv::Digest &digest )
+{
+    int32_t          lo    = bisectDigests( run, from, digest.number );
+    const Item      &item  = run->items()[lo];
+    QV___DICT_DIGEST whole = { digest.number, restBehind( key, run->prefix, digest ) };
+
+    if( lo < run->length && item.digest.number == digest.number )
+    {
+        // No other text has the numbers, or the key is the very one that is stored.
+        if( isTold( item, key, whole ) || item.key == key )
+            return { 0, lo, true };
+
+        Place place = bisectAlike( run, lo, key, digest );
+
+        if( place.found )
+            return place;
+
+        lo = place.idx;
+    }
+
+    return { 0, lo, false, true, whole };
 }
 
 Place searchTexts( Run *run, int32_t from, QV_STRING *key, QV_INT known )
@@ -378,6 +252,34 @@ Place searchRun( Run *run, int32_t from, QV_OBJ *key, bool keyFirst = false )
         return { 0, from };
 
     return hasDigestsOf( run, key ) ? searchDigests( run, from, key ) : searchKeys( run, from, key, keyFirst );
+}
+
+// The digest of a key in the one run of a Dict, if it tells the whole key: of a text that has the run's prefix and 8 to 16
+// characters after it, each of a byte. The most frequent keys, for ways in which nothing is called.
+[[gnu::always_inline]] inline bool digestShort( QV_DICT *dict, QV_OBJ *key, QV___DICT_DIGEST *digest )
+{
+    if( dict->length == 0 || dict->hasIndex || dict->run->digests != qv::STRING_DIGESTS
+        || key->sort != &qv___sort_QV_STRING )
+        return false;
+
+    Run           *run    = dict->run;
+    QV_INT         prefix = run->prefix;
+    QV_INT         length = stringOf( key )->length - prefix;
+    const QV_CHAR *chars  = qv::chars( stringOf( key ) );
+    const QV_CHAR *same   = qv::chars( stringOf( run->items()->key ) );
+
+    if( length < 8 || length > 16 || !qv::digestEight( chars + prefix, qv::DIGEST_BYTE, &digest->number )
+        || !qv::digestEight( chars + prefix + length - 8, qv::DIGEST_BYTE, &digest->rest ) )
+        return false;
+
+    digest->rest = qv::shiftRest( digest->rest, length );
+
+    // Prefixes are steps of four.
+    for( ; prefix > 0; prefix -= 4, same += 4, chars += 4 )
+        if( memcmp( same, chars, 4 * sizeof( QV_CHAR ) ) != 0 )
+            return false;
+
+    return true;
 }
 
 /* Search in a Dict ----------------------------------------------------------------------------------------------- */
@@ -669,44 +571,6 @@ inline const Item *lookUp( QV_DICT *dict, Sought sought )
     return lookUpInRun( run, sought, sought.digestIn( run ), 0 );
 }
 
-// A text that its digest tells whole, of 8 to 16 characters after the prefix, in the one run of a Dict: the most frequent
-// look-up, in which nothing is called. NOT_TOLD for all others.
-[[gnu::always_inline]] inline const Item *lookUpShort( QV_DICT *dict, QV_STRING *key )
-{
-    Run *run = dict->run;
-
-    if( dict->hasIndex || run->digests != qv::STRING_DIGESTS )
-        return NOT_TOLD;
-
-    QV_INT         prefix = run->prefix;
-    QV_INT         length = key->length - prefix;
-    const QV_CHAR *chars  = qv::chars( key );
-    uint64_t       number, rest;
-
-    if( length < 8 || length > 16 || !qv::digestEight( chars + prefix, qv::DIGEST_BYTE, &number ) )
-        return NOT_TOLD;
-
-    const Item *item = firstNotBelow( run, 0, number );
-
-    if( item == run->items() + run->length || item->digest.number != number )
-        return nullptr;
-
-    qv::fetchObject( item->val );
-
-    if( !qv::digestEight( chars + prefix + length - 8, qv::DIGEST_BYTE, &rest )
-        || item->digest.rest != qv::shiftRest( rest, length ) )
-        return NOT_TOLD;
-
-    // Prefixes are steps of four.
-    for( const QV_CHAR *same = qv::chars( stringOf( run->items()->key ) ); prefix > 0;
-         prefix -= 4, same += 4, chars += 4 )
-        if( memcmp( same, chars, 4 * sizeof( QV_CHAR ) ) != 0 )
-            return nullptr;
-
-    QV_ASSERT( qvStringCompare( stringOf( item->key ), key ) == 0 );
-    return item;
-}
-
 [[gnu::noinline]] const Item *findWhereNotTold( QV_DICT *dict, QV_OBJ *key, qv::Ref< QV_DICT > *held )
 {
     Place place = qv::findInDict( dict, key, held );
@@ -719,33 +583,69 @@ inline const Item *lookUp( QV_DICT *dict, Sought sought )
                        : key->sort == &qv___sort_QV_BOXED_INT ? lookUp( dict, SoughtInteger{ key } )
                                                               : NOT_TOLD;
 
-    return item == NOT_TOLD ? findWhereNotTold( dict, key, held ) : item;
+    if( item == NOT_TOLD )
+        return findWhereNotTold( dict, key, held );
+
+    QV_ASSERT( item == findWhereNotTold( dict, key, held ) );
+    return item;
 }
 } // namespace
 
 const QV___DICT_ITEM *qv::findDictItem( QV_DICT *dict, QV_OBJ *key, Ref< QV_DICT > *held )
 {
-    if( dict->length == 0 )
-        return nullptr;
+    QV___DICT_DIGEST digest;
 
-    const Item *item = key->sort == &qv___sort_QV_STRING ? lookUpShort( dict, stringOf( key ) ) : NOT_TOLD;
+    if( digestShort( dict, key, &digest ) )
+    {
+        const Item *item = firstNotBelow( dict->run, 0, digest.number );
 
-    if( item == NOT_TOLD )
-        item = lookUpAny( dict, key, held );
+        if( item == dict->run->items() + dict->run->length || item->digest.number != digest.number )
+        {
+            QV_ASSERT( !findWhereNotTold( dict, key, held ) );
+            return nullptr;
+        }
 
-    QV_ASSERT( *held || item == findWhereNotTold( dict, key, held ) );
-    return item;
+        fetchObject( item->val );
+
+        if( isTold( *item, stringOf( key ), digest ) )
+            return item;
+    }
+
+    return dict->length == 0 ? nullptr : lookUpAny( dict, key, held );
 }
 
-qv::DictPlace qv::findToChange( QV_DICT **dict, QV_OBJ *key )
+namespace
 {
-    Ref< QV_DICT > held;
-    DictPlace      place = findInDict( *dict, key, &held );
+[[gnu::noinline]] Place findElseToChange( QV_DICT **dict, QV_OBJ *key )
+{
+    qv::Ref< QV_DICT > held;
+    Place              place = qv::findInDict( *dict, key, &held );
 
     if( held )
-        goOnWith( dict, held );
+        qv::goOnWith( dict, held );
 
     return place;
+}
+} // namespace
+
+// Places are made where the caller has room for them: copying one that was just written makes the processor wait.
+qv::DictPlace qv::findToChange( QV_DICT **dict, QV_OBJ *key )
+{
+    QV___DICT_DIGEST digest;
+
+    if( digestShort( *dict, key, &digest ) )
+    {
+        Run    *run = ( *dict )->run;
+        int32_t idx = bisectDigests( run, 0, digest.number );
+
+        if( idx == run->length || run->items()[idx].digest.number != digest.number )
+            return { 0, idx, false, true, digest };
+
+        if( isTold( run->items()[idx], stringOf( key ), digest ) )
+            return { 0, idx, true };
+    }
+
+    return findElseToChange( dict, key );
 }
 
 qv::DictPlace qv::findInDictFrom( QV_DICT *dict, const DictPlace &from, QV_OBJ *key, bool keyFirst )

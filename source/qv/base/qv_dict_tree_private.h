@@ -141,6 +141,9 @@ DictPlace findInDictFrom( QV_DICT *dict, const DictPlace &from, QV_OBJ *key, boo
     given up: the call goes on with what it was called with. */
 DictPlace findToChange( QV_DICT **dict, QV_OBJ *key );
 
+/** Sets the value of a key. Takes over both references. */
+void setInDict( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value );
+
 /** What qvDictUpdateObjKey() does, for a key that may be on the stack: `keep` makes a reference to one that is entered. */
 void updateDict(
     QV_DICT **dict, QV_OBJ *key, QV_OBJ *( *keep )( QV_OBJ *key ), QV_DICT_UPDATE_FUNC update, void *data );
