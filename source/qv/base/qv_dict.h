@@ -193,6 +193,22 @@ QV_API void qvDictSetStringKeyWcstr( QV_DICT **dict, const wchar_t *text, QV_INT
 /** @} */
 
 /** @{ */
+/** The same with a reference to the value that the caller gives up, so that nothing is counted: for a value that is made
+    for the Dict.
+
+        qvDictSetStringKeyCstrUse( &dict, "port", -1, qvBoxedIntObj( qvBoxedIntCreate( 8080 ) ) ); */
+QV_API void qvDictSetObjKeyUse( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value );
+QV_API void qvDictSetNullKeyUse( QV_DICT **dict, QV_OBJ *value );
+QV_API void qvDictSetBoolKeyUse( QV_DICT **dict, QV_BOOL key, QV_OBJ *value );
+QV_API void qvDictSetIntKeyUse( QV_DICT **dict, QV_INT key, QV_OBJ *value );
+QV_API void qvDictSetRealKeyUse( QV_DICT **dict, QV_REAL key, QV_OBJ *value );
+QV_API void qvDictSetSortKeyUse( QV_DICT **dict, QV_SORT *key, QV_OBJ *value );
+QV_API void qvDictSetStringKeyUse( QV_DICT **dict, QV_STRING *key, QV_OBJ *value );
+QV_API void qvDictSetStringKeyCstrUse( QV_DICT **dict, const char *text, QV_INT length, QV_OBJ *value );
+QV_API void qvDictSetStringKeyWcstrUse( QV_DICT **dict, const wchar_t *text, QV_INT length, QV_OBJ *value );
+/** @} */
+
+/** @{ */
 /** Has a function change the value of a key, or enter or delete it, with one search: what is in `*value` when the function
     returns is the value of the key, and where null is there, it has none. A key that is present stays the same object.
 
