@@ -3,6 +3,8 @@
 #include "qv/base/qv_dict_private.h"
 #include "qv/qv.h"
 
+#include <set>
+
 using namespace qv;
 using namespace qv::test;
 
@@ -123,21 +125,31 @@ TEST( Dict, BackingIsAllEntriesInRows )
     }
 }
 
-// Values are lent, by every kind of key, and the reference stays the Dict's alone.
-TEST( Dict, LendsValues )
+// Values are taken over and lent, by every kind of key, and the one reference is the Dict's.
+TEST( Dict, TakesOverAndLendsValues )
 {
     Ref< QV_DICT > dict( qvDictCreate() );
     Ref< QV_OBJ >  object = boxed( 7 );
     QV_SORT       *sort   = qvDictSort();
     const char    *umlaut = "\xC3\xBC";
 
-    qvDictSetNullKey( dict.at(), boxed( 0 ) );
-    qvDictSetBoolKey( dict.at(), QV_TRUE, boxed( 1 ) );
-    qvDictSetIntKey( dict.at(), 7, boxed( 2 ) );
-    qvDictSetRealKey( dict.at(), 0.5, boxed( 3 ) );
-    qvDictSetSortKey( dict.at(), sort, boxed( 4 ) );
-    qvDictSetStringKey( dict.at(), text( "key" ), boxed( 5 ) );
-    qvDictSetStringKeyCstr( dict.at(), umlaut, -1, boxed( 6 ) );
+    for( QV_INT first : { 10, 0 } )
+    {
+        auto value = [&]( QV_INT i ) { return boxed( first + i ).give(); };
+
+        qvDictSetNullKeyUse( dict.at(), value( 0 ) );
+        qvDictSetBoolKeyUse( dict.at(), QV_TRUE, value( 1 ) );
+        qvDictSetIntKeyUse( dict.at(), 7, value( 2 ) );
+        qvDictSetRealKeyUse( dict.at(), 0.5, value( 3 ) );
+        qvDictSetSortKeyUse( dict.at(), sort, value( 4 ) );
+        qvDictSetStringKeyUse( dict.at(), text( "key" ), value( 5 ) );
+        qvDictSetStringKeyCstrUse( dict.at(), umlaut, -1, value( 6 ) );
+        qvDictSetStringKeyWcstrUse( dict.at(), L"wide", 4, value( 7 ) );
+        qvDictSetObjKeyUse( dict.at(), object, value( 2 ) );
+    }
+
+    EXPECT_EQ( 8, qvDictLength( dict ) );
+    EXPECT_DEATH( qvDictSetIntKeyUse( dict.at(), 7, nullptr ), "value" );
 
     auto check = [&]( QV_INT expected, QV_OBJ *lent )
     {
@@ -154,8 +166,15 @@ TEST( Dict, LendsValues )
     check( 5, qvDictLendStringKey( dict, text( "key" ) ) );
     check( 6, qvDictLendStringKeyCstr( dict, umlaut, -1 ) );
     check( 6, qvDictLendStringKeyWcstr( dict, L"\xFC", 1 ) );
+    check( 7, qvDictLendStringKeyCstr( dict, "wide", 4 ) );
     EXPECT_FALSE( qvDictLendBoolKey( dict, QV_FALSE ) );
     EXPECT_DEATH( qvDictLendStringKey( dict, nullptr ), "key" );
+
+    // What is taken over may be the Dict itself, as it was; a Dict that somebody else holds stays as it is.
+    qvDictSetIntKeyUse( dict.at(), 7, qvDictObj( retain( dict.get() ) ) );
+    EXPECT_TRUE( qvDictHasSortKey( qvDictFrom( qvDictLendIntKey( dict, 7 ) ), sort ) );
+    EXPECT_FALSE( isShared( dict.get() ) );
+    check( 2, qvDictLendObjKey( qvDictFrom( qvDictLendIntKey( dict, 7 ) ), object ) );
 }
 
 // What look-ups find by digests alone is what stands there: keys with many neighbours of the same digest, prefixes of each
@@ -195,6 +214,38 @@ TEST( Dict, LookUpsFindWhatStandsThere )
                 ASSERT_FALSE( qvDictHasStringKey( dict, text( others[i] ) ) ) << others[i];
             }
         }
+    }
+}
+
+// Keys that end in all ways around the 16 characters that a Dict knows of each: prefixes of each other, with the last
+// characters that take a byte and the first ones that do not. Every second one is entered.
+TEST( Dict, KeysThatBeginAlikeAreToldApart )
+{
+    const std::u32string ends = U"\x01yz\xED\xEE\u4E2D";
+
+    for( const char32_t *stem : { U"", U"same", U"samestem" } )
+    {
+        std::set< std::u32string > texts;
+
+        for( size_t i = 0; i < 18 * ends.size() * ends.size(); i++ )
+            texts.insert( stem + std::u32string( i / 36, ends[i / 6 % 6] ) + ends[i % 6] );
+
+        Ref< QV_DICT > dict( qvDictCreate() );
+        QV_INT         at = 0;
+
+        for( int pass : { 0, 1, 2 } )
+            for( const std::u32string &each : texts )
+            {
+                Ref< QV_STRING > key(
+                    qvStringCreateFromCharsCopy( each.c_str(), static_cast< QV_INT >( each.size() ) ) );
+                QV_INT place = at++ % static_cast< QV_INT >( texts.size() );
+
+                if( pass < 2 && place % 2 == 0 )
+                    qvDictSetStringKey( dict.at(), key, boxed( at ) );
+
+                ASSERT_EQ( place % 2 == 0, qvDictHasStringKey( dict, key ) );
+                ASSERT_EQ( place % 2 == 0 ? place / 2 : -1, qvDictIndexOfStringKey( dict, key ) );
+            }
     }
 }
 

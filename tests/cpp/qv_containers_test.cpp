@@ -67,6 +67,10 @@ TEST( Containers, AreSortedSearchedAndUpdatedInPlace )
     once = stack.popBack();
     EXPECT_EQ( 1, qv___RetainCountValue( &qvStringObj( once.c() )->retainCount ) );
     EXPECT_TRUE( once.c() == moved && stack.popFront() == "new" && stack.popFront() == twice );
+    qv::Dict< int, qv::String > numbered;
+    numbered.set( 1, std::move( once ) ).set( 2, twice );
+    EXPECT_EQ( 1, qv___RetainCountValue( &qvStringObj( moved )->retainCount ) );
+    EXPECT_EQ( "{1=once, 2=twice}", numbered.str() );
 
     // A value of another type is only read, and a Vector may become an element of itself.
     qv::Vector< Mark > marks;

@@ -140,17 +140,21 @@ private:
     std::vector< Ref< QV_OBJ > > owned;
 };
 
-// What a call takes over is a reference of its own.
+// What a call takes over is a reference of its own, to the last object that it gets.
 void retainGiven( const Function &function, const Slot *slots )
 {
     std::istringstream words( function.words );
     std::string        word;
+    const Slot        *given = nullptr;
     std::getline( words, word, '|' );
 
-    for( ; std::getline( words, word, '|' ) && std::strstr( function.name, "ObjUse" );
+    for( ; std::getline( words, word, '|' ) && std::strstr( function.name, "Use" );
          slots++, std::getline( words, word, '|' ) )
         if( word == "QV_OBJ *" )
-            qvObjRetain( static_cast< QV_OBJ * >( slots->p ) );
+            given = slots;
+
+    if( given )
+        qvObjRetain( static_cast< QV_OBJ * >( given->p ) );
 }
 
 // The result of a call and what it changed. With `presence`, of a resulting object only whether there is one.

@@ -201,25 +201,24 @@ void qv::releaseItem( const QV___DICT_ITEM &item )
     release( item.val );
 }
 
-namespace
+// Where one of the references is to the Dict itself, it has made it shared, and the Dict goes in as it was.
+void qv::setInDict( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value )
 {
-// Sets a key. Takes over both references. Where one of them is to the Dict itself, it has made it shared, and the
-// Dict goes in as it was.
-void setOwned( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value )
-{
-    Place place = qv::findToChange( dict, key );
-    qv::makePrivate( dict, qvDictCreateFrom );
+    DictPlace place = findToChange( dict, key );
+    makePrivate( dict, qvDictCreateFrom );
 
     if( place.found )
     {
-        qv::releaseItem( qv::replaceItem( *dict, place, key, value ) );
+        releaseItem( replaceItem( *dict, place, key, value ) );
         return;
     }
 
-    qv::accountForMore( *dict, 1 );
-    qv::enterItem( *dict, place, key, value );
+    accountForMore( *dict, 1 );
+    enterItem( *dict, place, key, value );
 }
 
+namespace
+{
 void deleteItem( QV_DICT **dict, const Place &place )
 {
     if( ( *dict )->length == 1 )
@@ -471,16 +470,6 @@ QV_INT qvDictIndexOfObjKey( QV_DICT *dict, QV_OBJ *key )
     Place              place = qv::findInDict( dict, key, &held );
 
     return place.found ? qv::dictIndex( dict, place ) : -1;
-}
-
-void qvDictSetObjKey( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value )
-{
-    QV_CHECK( dict );
-    QV_CHECK( *dict );
-    QV_CHECK( key );
-    QV_CHECK( value );
-
-    setOwned( dict, qv::retain( key ), qv::retain( value ) );
 }
 
 void qvDictDelObjKey( QV_DICT **dict, QV_OBJ *key )

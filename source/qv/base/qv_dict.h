@@ -82,9 +82,9 @@ QV_API QV_OBJ *qvDictValueAt( QV_DICT *dict, QV_INT idx );
 /** An entry as a Dict keeps it. */
 typedef struct QV_DICT_ENTRY
 {
-    QV_OBJ  *key;      /**< never null */
-    QV_OBJ  *value;    /**< never null */
-    uint64_t reserved; /**< the Dict's own */
+    QV_OBJ  *key;         /**< never null */
+    QV_OBJ  *value;       /**< never null */
+    uint64_t reserved[2]; /**< the Dict's own */
 } QV_DICT_ENTRY;
 
 /** Entries from an index on, which may be the length: `*count` of them in a row, at least one unless there are none. They
@@ -190,6 +190,22 @@ QV_API void qvDictSetSortKey( QV_DICT **dict, QV_SORT *key, QV_OBJ *value );
 QV_API void qvDictSetStringKey( QV_DICT **dict, QV_STRING *key, QV_OBJ *value );
 QV_API void qvDictSetStringKeyCstr( QV_DICT **dict, const char *text, QV_INT length, QV_OBJ *value );
 QV_API void qvDictSetStringKeyWcstr( QV_DICT **dict, const wchar_t *text, QV_INT length, QV_OBJ *value );
+/** @} */
+
+/** @{ */
+/** The same with a reference to the value that the caller gives up, so that nothing is counted: for a value that is made
+    for the Dict.
+
+        qvDictSetStringKeyCstrUse( &dict, "port", -1, qvBoxedIntObj( qvBoxedIntCreate( 8080 ) ) ); */
+QV_API void qvDictSetObjKeyUse( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value );
+QV_API void qvDictSetNullKeyUse( QV_DICT **dict, QV_OBJ *value );
+QV_API void qvDictSetBoolKeyUse( QV_DICT **dict, QV_BOOL key, QV_OBJ *value );
+QV_API void qvDictSetIntKeyUse( QV_DICT **dict, QV_INT key, QV_OBJ *value );
+QV_API void qvDictSetRealKeyUse( QV_DICT **dict, QV_REAL key, QV_OBJ *value );
+QV_API void qvDictSetSortKeyUse( QV_DICT **dict, QV_SORT *key, QV_OBJ *value );
+QV_API void qvDictSetStringKeyUse( QV_DICT **dict, QV_STRING *key, QV_OBJ *value );
+QV_API void qvDictSetStringKeyCstrUse( QV_DICT **dict, const char *text, QV_INT length, QV_OBJ *value );
+QV_API void qvDictSetStringKeyWcstrUse( QV_DICT **dict, const wchar_t *text, QV_INT length, QV_OBJ *value );
 /** @} */
 
 /** @{ */

@@ -2,11 +2,13 @@
 
 #include "qv/base/qv_dict_run_private.h"
 #include "qv/base/qv_dict_tree_private.h"
+#include "qv/base/qv_digest_private.h"
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_order_private.h"
 
 #include <algorithm>
 #include <utility>
@@ -115,21 +117,21 @@ void qv::DictBuilder::append( const QV___DICT_ITEM &item, QV___DICT_RUN *source 
         open();
 
     // The item before it comes from the same run and has its digest from there: then this one's is good here too.
-    bool     isKnown = isFirst || ( isNext && run_->digests == source->digests && run_->prefix == source->prefix );
-    uint64_t digest  = isKnown ? item.digest : newDigest( run_, item.key );
-    Item    *place   = openRunGap( run_, run_->length );
-    place->key       = item.key;
-    place->val       = item.val;
-    place->digest    = digest;
+    bool isKnown = isFirst || ( isNext && run_->digests == source->digests && run_->prefix == source->prefix );
+    QV___DICT_DIGEST digest = isKnown ? item.digest : newDigest( run_, item.key );
+    Item            *place  = openRunGap( run_, run_->length );
+    place->key              = item.key;
+    place->val              = item.val;
+    place->digest           = digest;
     count_--;
 
     if( isFirst && runs_ )
     {
-        uint64_t first = newDigest( runs_, item.key );
-        Item    *entry = openRunGap( runs_, runs_->length );
-        entry->key     = item.key;
-        entry->run     = run_;
-        entry->digest  = first;
+        QV___DICT_DIGEST first = newDigest( runs_, item.key );
+        Item            *entry = openRunGap( runs_, runs_->length );
+        entry->key             = item.key;
+        entry->run             = run_;
+        entry->digest          = first;
     }
 }
 
@@ -169,8 +171,11 @@ const int32_t ORDERED = 1024;
 // The order of two items with String keys and digests of one run.
 QV_INT orderItems( const Item &a, const Item &b )
 {
-    if( a.digest != b.digest )
-        return a.digest < b.digest ? -1 : 1;
+    if( a.digest.number != b.digest.number )
+        return a.digest.number < b.digest.number ? -1 : 1;
+
+    if( a.digest.rest != qv::UNTOLD_REST && b.digest.rest != qv::UNTOLD_REST )
+        return qv::order( a.digest.rest, b.digest.rest );
 
     return a.key == b.key ? 0
                           : qvStringCompare( static_cast< QV_STRING * >( a.key ), static_cast< QV_STRING * >( b.key ) );
@@ -259,11 +264,11 @@ bool qv::appendToDict( QV_DICT *dict, QV_STRING *key, QV_OBJ *value )
 
     bool gaveUp = backPlaces( dict->run ) == 0 && dict->run->length >= ORDERED && orderRun( dict->run );
 
-    uint64_t digest = newDigest( dict->run, key );
-    Item    *place  = openRunGap( dict->run, dict->run->length );
-    place->key      = key;
-    place->val      = value;
-    place->digest   = digest;
+    QV___DICT_DIGEST digest = newDigest( dict->run, key );
+    Item            *place  = openRunGap( dict->run, dict->run->length );
+    place->key              = key;
+    place->val              = value;
+    place->digest           = digest;
 
     return gaveUp;
 }

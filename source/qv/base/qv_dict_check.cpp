@@ -41,7 +41,7 @@ bool isSoundItem( Run *run, int32_t idx, bool hasValues )
 
     return idx == 0
            || ( ascends( items[idx - 1].key, item.key )
-                && ( run->digests == qv::NO_DIGESTS || items[idx - 1].digest <= item.digest ) );
+                && ( run->digests == qv::NO_DIGESTS || items[idx - 1].digest.number <= item.digest.number ) );
 }
 
 bool isSoundRun( Run *run, bool hasValues )

@@ -9,6 +9,7 @@
 #include "qv/base/qv_boxed_real.h"
 #include "qv/base/qv_dict_tree_private.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_private.h"
 #include "qv/base/qv_string_stack_private.h"
 #include "qv/runtime/qv_family.h"
 #include "qv/runtime/qv_ref.h"
@@ -38,6 +39,12 @@ qv::Ref< QV_OBJ > made( T *owned )
     return qv::Ref< QV_OBJ >( qv::obj( owned ) );
 }
 
+// Has the characters of a key fetched where it is a String: they follow it as a rule, and need not wait for its fields.
+void fetchText( QV_OBJ *key )
+{
+    __builtin_prefetch( reinterpret_cast< char * >( key ) + sizeof( QV_STRING ) );
+}
+
 // The kinds of keys. Each makes the object that the plain operation takes.
 
 struct ObjKey
@@ -46,6 +53,7 @@ struct ObjKey
 
     QV_OBJ *object() const
     {
+        fetchText( key );
         return key;
     }
 };
@@ -134,6 +142,7 @@ struct StringKey
 
     auto object() const
     {
+        fetchText( qv::obj( key ) );
         return qv::obj( key );
     }
 };
@@ -211,14 +220,28 @@ QV_INT indexOfKey( QV_DICT *dict, const Key &key )
     return qvDictIndexOfObjKey( dict, object );
 }
 
+// A reference for the Dict to a key: one more to what the caller lends, its own to what was made for the call.
+QV_OBJ *ownKey( QV_OBJ *key )
+{
+    return qv::retain( key );
+}
+
+QV_OBJ *ownKey( qv::Ref< QV_OBJ > &key )
+{
+    return key.give();
+}
+
+// Takes over the reference to the value with `uses`.
 template< class Key >
-void setKey( QV_DICT **dict, const Key &key, QV_OBJ *value )
+inline void setKey( QV_DICT **dict, const Key &kind, QV_OBJ *value, bool uses = false )
 {
     QV_CHECK( dict );
     QV_CHECK( *dict );
+    auto    object = kind.object();
+    QV_OBJ *key    = object;
+    QV_CHECK( key );
     QV_CHECK( value );
-    auto object = key.object();
-    qvDictSetObjKey( dict, object, value );
+    qv::setInDict( dict, ownKey( object ), uses ? value : qv::retain( value ) );
 }
 
 template< class Key >
@@ -417,6 +440,11 @@ QV_INT qvDictIndexOfStringKeyWcstr( QV_DICT *dict, const wchar_t *text, QV_INT l
     return indexOfKey( dict, WcstrKey{ text, length } );
 }
 
+void qvDictSetObjKey( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value )
+{
+    setKey( dict, ObjKey{ key }, value );
+}
+
 void qvDictSetNullKey( QV_DICT **dict, QV_OBJ *value )
 {
     setKey( dict, NullKey{}, value );
@@ -455,6 +483,51 @@ void qvDictSetStringKeyCstr( QV_DICT **dict, const char *text, QV_INT length, QV
 void qvDictSetStringKeyWcstr( QV_DICT **dict, const wchar_t *text, QV_INT length, QV_OBJ *value )
 {
     setKey( dict, WcstrKey{ text, length }, value );
+}
+
+void qvDictSetObjKeyUse( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value )
+{
+    setKey( dict, ObjKey{ key }, value, true );
+}
+
+void qvDictSetNullKeyUse( QV_DICT **dict, QV_OBJ *value )
+{
+    setKey( dict, NullKey{}, value, true );
+}
+
+void qvDictSetBoolKeyUse( QV_DICT **dict, QV_BOOL key, QV_OBJ *value )
+{
+    setKey( dict, BoolKey{ key }, value, true );
+}
+
+void qvDictSetIntKeyUse( QV_DICT **dict, QV_INT key, QV_OBJ *value )
+{
+    setKey( dict, NewIntKey{ key }, value, true );
+}
+
+void qvDictSetRealKeyUse( QV_DICT **dict, QV_REAL key, QV_OBJ *value )
+{
+    setKey( dict, RealKey{ key }, value, true );
+}
+
+void qvDictSetSortKeyUse( QV_DICT **dict, QV_SORT *key, QV_OBJ *value )
+{
+    setKey( dict, SortKey{ key }, value, true );
+}
+
+void qvDictSetStringKeyUse( QV_DICT **dict, QV_STRING *key, QV_OBJ *value )
+{
+    setKey( dict, StringKey{ key }, value, true );
+}
+
+void qvDictSetStringKeyCstrUse( QV_DICT **dict, const char *text, QV_INT length, QV_OBJ *value )
+{
+    setKey( dict, NewCstrKey{ text, length }, value, true );
+}
+
+void qvDictSetStringKeyWcstrUse( QV_DICT **dict, const wchar_t *text, QV_INT length, QV_OBJ *value )
+{
+    setKey( dict, WcstrKey{ text, length }, value, true );
 }
 
 void qvDictUpdateNullKey( QV_DICT **dict, QV_DICT_UPDATE_FUNC update, void *data )

@@ -7,6 +7,16 @@
 
 struct QV___DICT_RUN;
 
+/** What is known of a key without a look at it: numbers that order as the key does among the others of its run, see
+    there, the second one where the first ones are equal. */
+struct QV___DICT_DIGEST
+{
+    uint64_t number;
+    uint64_t rest; /**< qv::UNTOLD_REST if the numbers do not tell the whole key */
+
+    bool operator==( const QV___DICT_DIGEST & ) const = default;
+};
+
 /** One entry. Both references are the Dict's own, neither is null. In an index of runs: a run with its first key. */
 struct QV___DICT_ITEM
 {
@@ -16,15 +26,15 @@ struct QV___DICT_ITEM
         QV_OBJ        *val;
         QV___DICT_RUN *run;
     };
-    uint64_t digest; /**< orders the key among the others of its run, see there */
+    QV___DICT_DIGEST digest;
 };
 
 /** A block of items in ascending order of their keys, with free places at both ends.
 
     A search would wait for the memory of each key that it looks at. So where all keys of a run are Strings or all are
-    boxed integers, each item has a number with it that orders as its key does: the whole integer, or the first
-    characters after a prefix that all keys of the run share. Only Strings whose numbers are equal are compared
-    themselves. */
+    boxed integers, each item has numbers with it that order as its key does: the whole integer, or the first characters
+    after a prefix that all keys of the run share, eight in each number as a rule. Only Strings that begin alike and are
+    longer than that are compared themselves. */
 struct QV___DICT_RUN
 {
     uint32_t digests : 2; /**< what the items have for digests: none, those of Strings, those of boxed integers */

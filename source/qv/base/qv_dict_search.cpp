@@ -1,8 +1,5 @@
-#include "qv/base/qv_boxed_int_private.h"
-#include "qv/base/qv_dict_tree_private.h"
-#include "qv/base/qv_digest_private.h"
+#include "qv/base/qv_dict_digest_private.h"
 #include "qv/base/qv_held_private.h"
-#include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_obj.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_chars_private.h"
@@ -10,9 +7,9 @@
 
 #include <algorithm>
 
-QV___HIDDEN QV_SORT qv___sort_QV_STRING;
+using namespace qv::dict;
 
-/* Digests -------------------------------------------------------------------------------------------------------- */
+/* Search in a run ------------------------------------------------------------------------------------------------ */
 
 namespace
 {
@@ -20,147 +17,24 @@ using Item  = QV___DICT_ITEM;
 using Run   = QV___DICT_RUN;
 using Place = qv::DictPlace;
 
-// What a prefix counts for at most.
-const QV_INT MAX_PREFIX = 1 << 29;
-
-qv::Digest digestBehind( QV_STRING *text, QV_INT prefix )
-{
-    QV_ASSERT( prefix <= text->length );
-    return qv::digestText( qv::chars( text ) + prefix, text->length - prefix );
-}
-
-uint64_t digestInt( QV_OBJ *key )
-{
-    return qv::integerDigest( static_cast< QV_BOXED_INT * >( key )->value );
-}
-
-QV_STRING *stringOf( QV_OBJ *key )
-{
-    return static_cast< QV_STRING * >( key );
-}
-
-// What digests a run has if all its keys are of this sort.
-uint32_t digestsOf( QV_SORT *sort )
-{
-    return sort == &qv___sort_QV_STRING      ? qv::STRING_DIGESTS
-           : sort == &qv___sort_QV_BOXED_INT ? qv::INTEGER_DIGESTS
-                                             : qv::NO_DIGESTS;
-}
-
 // True when a search in the run can go by the key's digest.
 bool hasDigestsOf( Run *run, QV_OBJ *key )
 {
     return run->digests != qv::NO_DIGESTS && run->digests == digestsOf( key->sort );
 }
 
-// How many characters two texts have in common, in steps of four: keys which share less and less do not each cause new
-// digests for all. `limit` at most, which is such a step too.
-QV_INT commonPrefix( QV_OBJ *a, QV_OBJ *b, QV_INT limit )
-{
-    const QV_CHAR *aChars = qv::chars( stringOf( a ) );
-    const QV_CHAR *bChars = qv::chars( stringOf( b ) );
-    QV_INT         i      = 0;
-
-    QV_ASSERT( limit % 4 == 0 );
-    limit = std::min( limit, std::min( stringOf( a )->length, stringOf( b )->length ) );
-
-    while( i + 4 <= limit && memcmp( aChars + i, bChars + i, 4 * sizeof( QV_CHAR ) ) == 0 )
-        i += 4;
-
-    return i;
-}
-
-uint32_t steppedPrefix( QV_INT common )
-{
-    return static_cast< uint32_t >( std::min( common, MAX_PREFIX ) & ~QV_INT( 3 ) );
-}
-
-// All digests anew, of keys that are of one sort and share as many characters.
-void digestAll( Run *run, uint32_t digests, QV_INT common )
-{
-    run->digests = digests;
-    run->prefix  = steppedPrefix( common );
-
-    for( Item *item = run->items(); item != run->items() + run->length; item++ )
-        item->digest = qv::digestOf( run, item->key );
-}
-} // namespace
-
-uint64_t qv::digestOf( QV___DICT_RUN *run, QV_OBJ *key )
-{
-    return run->digests == STRING_DIGESTS    ? digestBehind( stringOf( key ), run->prefix ).number
-           : run->digests == INTEGER_DIGESTS ? digestInt( key )
-                                             : 0;
-}
-
-uint64_t qv::newDigest( QV___DICT_RUN *run, QV_OBJ *key )
-{
-    uint32_t digests = digestsOf( key->sort );
-
-    if( run->length == 0 )
-    {
-        run->digests = digests;
-        run->prefix  = digests == STRING_DIGESTS ? steppedPrefix( stringOf( key )->length ) : 0;
-    }
-    else if( digests != run->digests )
-    {
-        run->digests = NO_DIGESTS;
-        run->prefix  = 0;
-    }
-    else if( run->prefix > 0 )
-    {
-        QV_INT common = commonPrefix( run->items()->key, key, run->prefix );
-
-        if( common < run->prefix )
-            digestAll( run, digests, common );
-    }
-
-    return digestOf( run, key );
-}
-
-void qv::mixDigests( QV___DICT_RUN *run, uint32_t otherDigests, uint32_t otherPrefix )
-{
-    if( run->digests != otherDigests || run->digests == NO_DIGESTS )
-    {
-        run->digests = NO_DIGESTS;
-        run->prefix  = 0;
-    }
-    else if( run->digests == STRING_DIGESTS )
-    {
-        // What the first and the last of ordered texts share, all share.
-        QV_INT common = commonPrefix(
-            run->items()[0].key, run->items()[run->length - 1].key, std::min( run->prefix, otherPrefix ) );
-
-        if( common != run->prefix || common != otherPrefix )
-            digestAll( run, STRING_DIGESTS, common );
-    }
-}
-
-void qv::sharpenDigests( QV___DICT_RUN *run )
-{
-    QV_OBJ  *first   = run->items()[0].key;
-    QV_OBJ  *last    = run->items()[run->length - 1].key;
-    uint32_t digests = first->sort == last->sort ? digestsOf( first->sort ) : NO_DIGESTS;
-    QV_INT   common  = digests == STRING_DIGESTS ? commonPrefix( first, last, MAX_PREFIX ) : 0;
-
-    // Of keys in order with one sort at both ends none has another.
-    if( digests != run->digests || steppedPrefix( common ) != run->prefix )
-        digestAll( run, digests, common );
-}
-
-/* Search in a run ------------------------------------------------------------------------------------------------ */
-
-namespace
-{
 // `base`, or `next` where the digest of `pivot` is below this one: a conditional move, which the compiler replaces by a
 // branch or by an addition that takes longer.
 inline const Item *further( const Item *base, const Item *next, const Item &pivot, uint64_t digest )
 {
 #ifdef __x86_64__
-    __asm__( "cmpq %2, %1\n\tcmovb %3, %0" : "+r"( base ) : "m"( pivot.digest ), "r"( digest ), "r"( next ) : "cc" );
+    __asm__( "cmpq %2, %1\n\tcmovb %3, %0"
+             : "+r"( base )
+             : "m"( pivot.digest.number ), "r"( digest ), "r"( next )
+             : "cc" );
     return base;
 #else
-    return pivot.digest < digest ? next : base;
+    return pivot.digest.number < digest ? next : base;
 #endif
 }
 
@@ -228,7 +102,7 @@ inline const Item *further( const Item *base, size_t step, uint64_t digest )
 // The same for a key that may be entered: many are entered at the end.
 int32_t bisectDigests( Run *run, int32_t from, uint64_t digest )
 {
-    if( from == run->length || run->items()[run->length - 1].digest < digest )
+    if( from == run->length || run->items()[run->length - 1].digest.number < digest )
         return run->length;
 
     return static_cast< int32_t >( firstNotBelow( run, from, digest ) - run->items() );
@@ -253,38 +127,64 @@ inline QV_INT commonAsTold( const qv::Digest &digest, uint64_t other )
     return digest.count == 8 ? std::countl_zero( digest.number ^ other ) / 8 : 0;
 }
 
-// Among Strings that share the key's first characters as far as the run's prefix goes.
-inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const qv::Digest &digest )
+// True if the digest of a key, behind the run's prefix that both have, tells that it is the item's: equal numbers mean
+// equal texts unless the rest is untold.
+inline bool isTold( const Item &item, [[maybe_unused]] QV_STRING *key, const QV___DICT_DIGEST &digest )
+{
+    bool told = digest.rest != qv::UNTOLD_REST && item.digest == digest;
+    QV_ASSERT( !told || qvStringCompare( stringOf( item.key ), key ) == 0 );
+
+    return told;
+}
+
+// Among Strings with the same number as the key, of which the one at `first` is not told to be it. Found, or where to enter.
+[[gnu::noinline]] Place bisectAlike( Run *run, int32_t first, QV_STRING *key, const qv::Digest &digest )
 {
     Item   *items  = run->items();
     QV_INT  prefix = run->prefix;
-    int32_t lo     = bisectDigests( run, from, digest.number );
-
-    if( lo == run->length || items[lo].digest != digest.number )
-        return { 0, lo, false, true, digest.number };
-
-    // No other text has the number, or the key is the very one that is stored.
-    if( digest.whole || items[lo].key == key )
-        return { 0, lo, true };
+    int32_t step   = 1;
 
     // As a rule one key has the number. Where more have, the last of them is looked for in steps that double.
-    int32_t step = 1;
-
-    while( lo + step < run->length && items[lo + step].digest == digest.number )
+    while( first + step < run->length && items[first + step].digest.number == digest.number )
         step *= 2;
 
     auto orderAt = [&]( int32_t idx )
     {
         QV_STRING *stored = stringOf( items[idx].key );
 
-        return items[idx].digest != digest.number ? 1
-                                                  : qv::order(
-                                                        qv::chars( stored ) + prefix, stored->length - prefix,
-                                                        qv::chars( key ) + prefix, key->length - prefix );
+        return items[idx].digest.number != digest.number ? 1
+                                                         : qv::order(
+                                                               qv::chars( stored ) + prefix, stored->length - prefix,
+                                                               qv::chars( key ) + prefix, key->length - prefix );
     };
 
-    auto [idx, found] = qv::bisect( lo - 1, std::min( lo + step, run->length ), orderAt );
-    return found ? Place{ 0, idx, true } : Place{ 0, idx, false, true, digest.number };
+    auto [idx, found] = qv::bisect( first - 1, std::min( first + step, run->length ), orderAt );
+    return { 0, idx, found };
+}
+
+// Among Strings that share the key's first characters as far as the run's prefix goes. Always inline, since a search in
+// an index has no use for the digest.
+[[gnu::always_inline]] inline Place bisectTexts( Run *run, int32_t from, QV_STRING *key, const qv::Digest &digest )
+{
+    int32_t          lo    = bisectDigests( run, from, digest.number );
+    const Item      &item  = run->items()[lo];
+    QV___DICT_DIGEST whole = { digest.number, restBehind( key, run->prefix, digest ) };
+
+    if( lo < run->length && item.digest.number == digest.number )
+    {
+        // No other text has the numbers, or the key is the very one that is stored.
+        if( isTold( item, key, whole ) || item.key == key )
+            return { 0, lo, true };
+
+        Place place = bisectAlike( run, lo, key, digest );
+
+        if( place.found )
+            return place;
+
+        lo = place.idx;
+    }
+
+    return { 0, lo, false, true, whole };
 }
 
 Place searchTexts( Run *run, int32_t from, QV_STRING *key, QV_INT known )
@@ -299,7 +199,7 @@ inline Place searchIntegers( Run *run, int32_t from, uint64_t digest )
 {
     int32_t idx = bisectDigests( run, from, digest );
 
-    return { 0, idx, idx < run->length && run->items()[idx].digest == digest, true, digest };
+    return { 0, idx, idx < run->length && run->items()[idx].digest.number == digest, true, { digest, 0 } };
 }
 
 // By the digests, which are of the key's sort.
@@ -354,6 +254,34 @@ Place searchRun( Run *run, int32_t from, QV_OBJ *key, bool keyFirst = false )
     return hasDigestsOf( run, key ) ? searchDigests( run, from, key ) : searchKeys( run, from, key, keyFirst );
 }
 
+// The digest of a key in the one run of a Dict, if it tells the whole key: of a text that has the run's prefix and 8 to 16
+// characters after it, each of a byte. The most frequent keys, for ways in which nothing is called.
+[[gnu::always_inline]] inline bool digestShort( QV_DICT *dict, QV_OBJ *key, QV___DICT_DIGEST *digest )
+{
+    if( dict->length == 0 || dict->hasIndex || dict->run->digests != qv::STRING_DIGESTS
+        || key->sort != &qv___sort_QV_STRING )
+        return false;
+
+    Run           *run    = dict->run;
+    QV_INT         prefix = run->prefix;
+    QV_INT         length = stringOf( key )->length - prefix;
+    const QV_CHAR *chars  = qv::chars( stringOf( key ) );
+    const QV_CHAR *same   = qv::chars( stringOf( run->items()->key ) );
+
+    if( length < 8 || length > 16 || !qv::digestEight( chars + prefix, qv::DIGEST_BYTE, &digest->number )
+        || !qv::digestEight( chars + prefix + length - 8, qv::DIGEST_BYTE, &digest->rest ) )
+        return false;
+
+    digest->rest = qv::shiftRest( digest->rest, length );
+
+    // Prefixes are steps of four.
+    for( ; prefix > 0; prefix -= 4, same += 4, chars += 4 )
+        if( memcmp( same, chars, 4 * sizeof( QV_CHAR ) ) != 0 )
+            return false;
+
+    return true;
+}
+
 /* Search in a Dict ----------------------------------------------------------------------------------------------- */
 
 Place inRun( int32_t run, Place place )
@@ -401,7 +329,7 @@ Place searchIndexByText( QV_DICT *dict, QV_STRING *key )
             return run->digests != qv::STRING_DIGESTS ? bisectKeys( run, 0, run->length, key )
                    : run->prefix == runs->prefix
                        ? bisectTexts( run, 0, key, digest )
-                       : searchTexts( run, 0, key, runs->prefix + commonAsTold( digest, entry.digest ) );
+                       : searchTexts( run, 0, key, runs->prefix + commonAsTold( digest, entry.digest.number ) );
         } );
 }
 
@@ -534,16 +462,21 @@ struct SoughtText
 
     bool isKeyOf( const Item *item, Run *run, const qv::Digest &digest ) const
     {
-        if( digest.whole || item->key == key )
+        qv::fetchObject( item->val ); // what the caller wants
+
+        uint64_t rest = restBehind( key, run->prefix, digest );
+
+        if( rest != qv::UNTOLD_REST )
+            return isTold( *item, key, { digest.number, rest } );
+
+        if( item->key == key )
             return true;
 
-        // Four lines of memory that can come at once: what comes first of a String says where its characters are, which
-        // is after it as a rule, and the value is what the caller wants.
+        // What comes first of a String says where its characters are, which is after it as a rule: all can come at once.
         QV_STRING *stored = stringOf( item->key );
         QV_INT     known  = run->prefix + digest.count;
         __builtin_prefetch( &stored->first );
         __builtin_prefetch( reinterpret_cast< QV_CHAR * >( stored + 1 ) + known );
-        qv::fetchObject( item->val );
 
         return stored->length == key->length
                && haveSame( qv::chars( stored ) + known, qv::chars( key ) + known, key->length - known );
@@ -581,16 +514,21 @@ const Item *const NOT_TOLD = reinterpret_cast< const Item * >( 1 );
 
 // The item of a key, or null, or NOT_TOLD where the digests do not tell.
 template< class Sought >
-inline const Item *lookUpInRun( Run *run, Sought sought, const qv::Digest &digest, QV_INT known )
+[[gnu::always_inline]] inline const Item *lookUpInRun( Run *run, Sought sought, const qv::Digest &digest, QV_INT known )
 {
     const Item *item = firstNotBelow( run, 0, digest.number );
 
+    const Item *end = run->items() + run->length;
+
     // A key without the run's prefix is not in the run, whatever its digest would be.
-    if( item == run->items() + run->length || item->digest != digest.number )
+    if( item == end || item->digest.number != digest.number || !sought.hasPrefix( run, known ) )
         return nullptr;
 
-    // If it is another text, one of the next items may be the one.
-    return sought.hasPrefix( run, known ) && sought.isKeyOf( item, run, digest ) ? item : NOT_TOLD;
+    if( sought.isKeyOf( item, run, digest ) )
+        return item;
+
+    // One of the next items with this number may be the one.
+    return item + 1 == end || item[1].digest.number != digest.number ? nullptr : NOT_TOLD;
 }
 
 template< class Sought >
@@ -604,7 +542,7 @@ template< class Sought >
     const Item *next   = firstNotBelow( runs, 0, digest.number );
 
     // A first key that has the same digest may be greater than this one, or this very one.
-    if( next == runs->items() || ( next != runs->items() + runs->length && next->digest == digest.number ) )
+    if( next == runs->items() || ( next != runs->items() + runs->length && next->digest.number == digest.number ) )
         return NOT_TOLD;
 
     Run *run = next[-1].run;
@@ -615,7 +553,8 @@ template< class Sought >
     if( run->digests != Sought::DIGESTS || !sought.isLongEnough( run ) )
         return NOT_TOLD;
 
-    return lookUpInRun( run, sought, sought.digestIn( run ), runs->prefix + commonAsTold( digest, next[-1].digest ) );
+    return lookUpInRun(
+        run, sought, sought.digestIn( run ), runs->prefix + commonAsTold( digest, next[-1].digest.number ) );
 }
 
 template< class Sought >
@@ -637,13 +576,9 @@ inline const Item *lookUp( QV_DICT *dict, Sought sought )
     Place place = qv::findInDict( dict, key, held );
     return place.found ? &qv::dictItem( dict, place ) : nullptr;
 }
-} // namespace
 
-const QV___DICT_ITEM *qv::findDictItem( QV_DICT *dict, QV_OBJ *key, Ref< QV_DICT > *held )
+[[gnu::noinline]] const Item *lookUpAny( QV_DICT *dict, QV_OBJ *key, qv::Ref< QV_DICT > *held )
 {
-    if( dict->length == 0 )
-        return nullptr;
-
     const Item *item = key->sort == &qv___sort_QV_STRING      ? lookUp( dict, SoughtText{ stringOf( key ) } )
                        : key->sort == &qv___sort_QV_BOXED_INT ? lookUp( dict, SoughtInteger{ key } )
                                                               : NOT_TOLD;
@@ -654,16 +589,63 @@ const QV___DICT_ITEM *qv::findDictItem( QV_DICT *dict, QV_OBJ *key, Ref< QV_DICT
     QV_ASSERT( item == findWhereNotTold( dict, key, held ) );
     return item;
 }
+} // namespace
 
-qv::DictPlace qv::findToChange( QV_DICT **dict, QV_OBJ *key )
+const QV___DICT_ITEM *qv::findDictItem( QV_DICT *dict, QV_OBJ *key, Ref< QV_DICT > *held )
 {
-    Ref< QV_DICT > held;
-    DictPlace      place = findInDict( *dict, key, &held );
+    QV___DICT_DIGEST digest;
+
+    if( digestShort( dict, key, &digest ) )
+    {
+        const Item *item = firstNotBelow( dict->run, 0, digest.number );
+
+        if( item == dict->run->items() + dict->run->length || item->digest.number != digest.number )
+        {
+            QV_ASSERT( !findWhereNotTold( dict, key, held ) );
+            return nullptr;
+        }
+
+        fetchObject( item->val );
+
+        if( isTold( *item, stringOf( key ), digest ) )
+            return item;
+    }
+
+    return dict->length == 0 ? nullptr : lookUpAny( dict, key, held );
+}
+
+namespace
+{
+[[gnu::noinline]] Place findElseToChange( QV_DICT **dict, QV_OBJ *key )
+{
+    qv::Ref< QV_DICT > held;
+    Place              place = qv::findInDict( *dict, key, &held );
 
     if( held )
-        goOnWith( dict, held );
+        qv::goOnWith( dict, held );
 
     return place;
+}
+} // namespace
+
+// Places are made where the caller has room for them: copying one that was just written makes the processor wait.
+qv::DictPlace qv::findToChange( QV_DICT **dict, QV_OBJ *key )
+{
+    QV___DICT_DIGEST digest;
+
+    if( digestShort( *dict, key, &digest ) )
+    {
+        Run    *run = ( *dict )->run;
+        int32_t idx = bisectDigests( run, 0, digest.number );
+
+        if( idx == run->length || run->items()[idx].digest.number != digest.number )
+            return { 0, idx, false, true, digest };
+
+        if( isTold( run->items()[idx], stringOf( key ), digest ) )
+            return { 0, idx, true };
+    }
+
+    return findElseToChange( dict, key );
 }
 
 qv::DictPlace qv::findInDictFrom( QV_DICT *dict, const DictPlace &from, QV_OBJ *key, bool keyFirst )

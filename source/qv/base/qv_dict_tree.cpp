@@ -55,12 +55,12 @@ void makeRoomForCounts( Index *index )
 // Enters what an index has of a run: its first key, with the digest for the index.
 void enterRunEntry( Run *&runs, int32_t at, Run *run )
 {
-    QV_OBJ  *key    = run->items()->key;
-    uint64_t digest = qv::newDigest( runs, key );
-    Item    *entry  = openRunGap( runs, at );
-    entry->key      = key;
-    entry->run      = run;
-    entry->digest   = digest;
+    QV_OBJ          *key    = run->items()->key;
+    QV___DICT_DIGEST digest = qv::newDigest( runs, key );
+    Item            *entry  = openRunGap( runs, at );
+    entry->key              = key;
+    entry->run              = run;
+    entry->digest           = digest;
 }
 
 // Puts an index over the one run of a Dict.
@@ -77,9 +77,9 @@ void addIndex( QV_DICT *dict )
 // The first key of a run is another one. The old one must still be there: it has what all keys of the index share.
 void firstHasChanged( Index *index, int32_t run )
 {
-    Item    *entry  = index->runs->items() + run;
-    QV_OBJ  *key    = entry->run->items()->key;
-    uint64_t digest = qv::newDigest( index->runs, key );
+    Item            *entry  = index->runs->items() + run;
+    QV_OBJ          *key    = entry->run->items()->key;
+    QV___DICT_DIGEST digest = qv::newDigest( index->runs, key );
 
     entry->key    = key;
     entry->digest = digest;
@@ -321,11 +321,11 @@ void qv::enterItem( QV_DICT *dict, const DictPlace &place, QV_OBJ *key, QV_OBJ *
         return;
     }
 
-    uint64_t digest = place.hasDigest ? place.digest : newDigest( run, key );
-    Item    *gap    = openRunGap( run, place.idx );
-    gap->key        = key;
-    gap->val        = value;
-    gap->digest     = digest;
+    QV___DICT_DIGEST digest = place.hasDigest ? place.digest : newDigest( run, key );
+    Item            *gap    = openRunGap( run, place.idx );
+    gap->key                = key;
+    gap->val                = value;
+    gap->digest             = digest;
     dict->length++;
 
     if( dict->hasIndex )

@@ -49,11 +49,12 @@ inline void fetchObject( QV_OBJ *object )
 /** Where an item stands, or before which one it would. */
 struct DictPlace
 {
-    int32_t  run; /**< index of the run; 0 where there is one only */
-    int32_t  idx; /**< in the run, up to its length */
-    bool     found     = false;
-    bool     hasDigest = false; /**< the key's own, good for this run */
-    uint64_t digest    = 0;
+    int32_t run; /**< index of the run; 0 where there is one only */
+    int32_t idx; /**< in the run, up to its length */
+    bool    found     = false;
+    bool    hasDigest = false; /**< the key's own, good for this run */
+
+    QV___DICT_DIGEST digest = {};
 };
 
 inline QV___DICT_RUN *&dictRun( QV_DICT *dict, int32_t run )
@@ -112,10 +113,10 @@ const uint32_t STRING_DIGESTS  = 1;
 const uint32_t INTEGER_DIGESTS = 2;
 
 /** The digest of a key that the run has, or of one that has the run's sort and prefix. */
-uint64_t digestOf( QV___DICT_RUN *run, QV_OBJ *key );
+QV___DICT_DIGEST digestOf( QV___DICT_RUN *run, QV_OBJ *key );
 
 /** The digest of a key that goes into the run, after those of the others have been made to suit it. */
-uint64_t newDigest( QV___DICT_RUN *run, QV_OBJ *key );
+QV___DICT_DIGEST newDigest( QV___DICT_RUN *run, QV_OBJ *key );
 
 /** Suits the digests of a run to items that have come from another one, with these digests and this prefix. */
 void mixDigests( QV___DICT_RUN *run, uint32_t otherDigests, uint32_t otherPrefix );
@@ -139,6 +140,9 @@ DictPlace findInDictFrom( QV_DICT *dict, const DictPlace &from, QV_OBJ *key, boo
 /** Finds a key in a Dict that is to be changed then. If a compare function changes the variable, what it has made is
     given up: the call goes on with what it was called with. */
 DictPlace findToChange( QV_DICT **dict, QV_OBJ *key );
+
+/** Sets the value of a key. Takes over both references. */
+void setInDict( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value );
 
 /** What qvDictUpdateObjKey() does, for a key that may be on the stack: `keep` makes a reference to one that is entered. */
 void updateDict(

@@ -58,6 +58,32 @@ const uint32_t DIGEST_BYTE = 0xED;
                                                                      : digestOneByOne( chars, length );
 }
 
+/** Not a number of eight characters. */
+const uint64_t UNTOLD_REST = ~uint64_t( 0 );
+
+/** The rest of a text of 8 to 16 characters, of the number of its last eight: without those that its digest has. */
+inline uint64_t shiftRest( uint64_t lastEight, QV_INT length )
+{
+    QV_INT half = 4 * ( 16 - length );
+    return lastEight << half << half;
+}
+
+/** What comes after the eight characters of a text's digest, as a number of eight more: among texts with equal digests
+    the same number, unless it is UNTOLD_REST, means the same text, and orders as the text does. UNTOLD_REST where the
+    text is longer than 16 characters, or not all are such that take a byte. */
+[[gnu::always_inline]] inline uint64_t digestRest( const QV_CHAR *chars, QV_INT length, const Digest &digest )
+{
+    if( digest.whole )
+        return 0;
+
+    uint64_t last = 0;
+
+    if( digest.count < 8 || length > 16 || !digestEight( chars + length - 8, DIGEST_BYTE, &last ) )
+        return UNTOLD_REST;
+
+    return shiftRest( last, length );
+}
+
 /** That of an integer, which no other one has. */
 inline uint64_t integerDigest( QV_INT value )
 {

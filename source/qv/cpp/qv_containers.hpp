@@ -686,10 +686,10 @@ public:
         return lent( key ) != nullptr;
     }
 
-    /** Sets the value of a key. */
-    Dict &set( const K &key, const V &value )
+    /** Sets the value of a key. A value that is moved here costs no counting. */
+    Dict &set( const K &key, detail::Kept< V > value )
     {
-        qvDictSetObjKey( this->variable(), detail::Boxed< K >( key ).get(), detail::Boxed< V >( value ).get() );
+        qvDictSetObjKeyUse( this->variable(), detail::Boxed< K >( key ).get(), detail::given( std::move( value ) ) );
         return *this;
     }
 
