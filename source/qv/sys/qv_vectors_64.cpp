@@ -48,6 +48,26 @@ struct Lanes
 
 constexpr Lanes LANES;
 
+// The lower words of the 32 lanes in two vectors, likewise.
+struct Words
+{
+    constexpr Words()
+    {
+        for( int i = 0; i < 32; i++ )
+            places[i] = static_cast< uint16_t >( 2 * i );
+    }
+
+    alignas( 64 ) uint16_t places[32] = {};
+};
+
+constexpr Words WORDS;
+
+// 32 times the same.
+QV___KERNEL_64 inline __m512i repeatWord( uint32_t value )
+{
+    return _mm512_set1_epi16( static_cast< short >( value ) );
+}
+
 // The number that 1 to 19 digits make, of which the vectors have the values.
 QV___KERNEL_64 inline uint64_t numberOf( __m512i low, __m512i high, QV_INT digits )
 {
@@ -491,57 +511,118 @@ QV___KERNEL_64 QV_INT qv::mapCase64( const CaseTables &tables, const QV_CHAR *ch
     return count;
 }
 
+namespace
+{
+// The numbers of the blocks that most letters with case are in but for ASCII: Latin, Greek and Cyrillic.
+const QV_CHAR USUAL_CASE_BLOCKS[] = { 0x80 >> 7, 0x380 >> 7, 0x400 >> 7 };
+
+// Of 32 characters as words: adds the distances of those in a block to those that were found, and leaves the others.
+QV___KERNEL_64 inline __mmask32 takeWordDistances(
+    const qv::CaseTables &tables, QV_CHAR number, __m512i in, __mmask32 left, __m512i *grow )
+{
+    const uint16_t *row = tables.distances + tables.blocks[number] * 128;
+
+    __mmask32 here  = _mm512_mask_cmpeq_epi16_mask( left, _mm512_srli_epi16( in, 7 ), repeatWord( number ) );
+    __mmask32 upper = _mm512_mask_test_epi16_mask( here, in, repeatWord( 64 ) );
+    __m512i   low   = _mm512_permutex2var_epi16( _mm512_loadu_si512( row ), in, _mm512_loadu_si512( row + 32 ) );
+    __m512i   high  = _mm512_permutex2var_epi16( _mm512_loadu_si512( row + 64 ), in, _mm512_loadu_si512( row + 96 ) );
+
+    *grow = _mm512_mask_mov_epi16( _mm512_mask_mov_epi16( *grow, here, low ), upper, high );
+
+    return left & ~here;
+}
+
+// Writes as many characters as mapFewCase64() has read, as it has read them.
+QV___KERNEL_64 inline void storeFew( QV_CHAR *to, QV_INT count, __m512i first, __m512i last )
+{
+    if( count >= 16 )
+    {
+        _mm512_storeu_si512( to, first );
+        _mm512_storeu_si512( to + count - 16, last );
+    }
+    else
+    {
+        _mm512_mask_storeu_epi32( to, static_cast< __mmask16 >( lowest( count ) ), first );
+    }
+}
+} // namespace
+
 QV___KERNEL_64 uint32_t qv::mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to )
 {
     QV_ASSERT( count > 0 && count <= 32 );
 
-    const int FEW_LEFT = 5; // not worth the latency of a block
+    // Two vectors with the first 16 characters and the last 16, so that nothing is written beyond the text. Fewer than 16
+    // are the first ones, and none the last.
+    bool      isWhole = count >= 16;
+    QV_INT    second  = isWhole ? count - 16 : 0; // the place of the second one
+    __mmask16 there   = static_cast< __mmask16 >( lowest( count ) );
+    __m512i   in[2]   = {
+        isWhole ? _mm512_loadu_si512( chs ) : _mm512_maskz_loadu_epi32( there, chs ),
+        isWhole ? _mm512_loadu_si512( chs + second ) : _mm512_setzero_si512() };
 
-    uint64_t there = lowest( count );
-    __m512i  in[2] = {
-        _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there ), chs ),
-        _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), chs + 16 ) };
-    __m512i   mapped[2];
-    __mmask16 left[2];
+    auto both = []( __mmask16 first, __mmask16 last ) { return first | static_cast< uint32_t >( last ) << 16; };
 
-    for( int i = 0; i < 2; i++ )
+    // One decision for ASCII.
+    if( _mm512_test_epi32_mask( _mm512_or_si512( in[0], in[1] ), repeat16( ~0x7Fu ) ) == 0 )
     {
-        __mmask16 letters =
-            _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in[i], repeat16( tables.asciiFirst ) ), repeat16( 26 ) );
-        mapped[i] = _mm512_mask_xor_epi32( in[i], letters, in[i], repeat16( 0x20 ) );
-        left[i]   = _mm512_test_epi32_mask( in[i], repeat16( ~0x7Fu ) );
-        _mm512_storeu_si512( to + 16 * i, mapped[i] );
-    }
+        for( __m512i &each : in )
+        {
+            __mmask16 letters =
+                _mm512_cmplt_epu32_mask( _mm512_sub_epi32( each, repeat16( tables.asciiFirst ) ), repeat16( 26 ) );
+            each = _mm512_mask_xor_epi32( each, letters, each, repeat16( 0x20 ) );
+        }
 
-    if( ( left[0] | left[1] ) == 0 )
+        storeFew( to, count, in[0], in[1] );
         return 0;
-
-    for( int i = 0; i < 2; i++ )
-        for( Range range : tables.caseless )
-            left[i] = _mm512_mask_cmpge_epu32_mask(
-                left[i], _mm512_sub_epi32( in[i], repeat16( range.first ) ), repeat16( range.end - range.first ) );
-
-    uint32_t all = left[0] | static_cast< uint32_t >( left[1] ) << 16;
-
-    // Many characters are worth a block: that of the first of them, and of most in a text of few.
-    if( __builtin_popcount( all ) <= FEW_LEFT )
-        return all;
-
-    const __mmask32 LOWER = 0x55555555; // the lower halves of all lanes
-    const __m512i   none  = repeat16( tables.none );
-    CaseBlock       block = caseBlockOf( tables, chs[__builtin_ctz( all )] );
-
-    for( int i = 0; i < 2; i++ )
-    {
-        __m512i   grow   = _mm512_setzero_si512();
-        __mmask16 more   = takeDistances( block, in[i], left[i], &grow );
-        grow             = _mm512_maskz_mov_epi16( LOWER, grow );
-        __mmask16 longer = _mm512_cmpeq_epi32_mask( grow, none );
-        left[i]          = more | longer;
-        _mm512_storeu_si512( to + 16 * i, _mm512_mask_add_epi16( mapped[i], LOWER, mapped[i], grow ) );
     }
 
-    return left[0] | static_cast< uint32_t >( left[1] ) << 16;
+    // All others as 32 words; characters that are none stay, but for those that the caller looks up.
+    __m512i   words = _mm512_permutex2var_epi16( in[0], _mm512_load_si512( WORDS.places ), in[1] );
+    __mmask32 wide  = both(
+        _mm512_cmpge_epu32_mask( in[0], repeat16( 0x10000 ) ), _mm512_cmpge_epu32_mask( in[1], repeat16( 0x10000 ) ) );
+    __mmask32 letters =
+        _mm512_cmplt_epu16_mask( _mm512_sub_epi16( words, repeatWord( tables.asciiFirst ) ), repeatWord( 26 ) );
+    __m512i   mapped = _mm512_mask_mov_epi16( words, letters, _mm512_xor_si512( words, repeatWord( 0x20 ) ) );
+    __mmask32 left   = _mm512_mask_test_epi16_mask( ~wide, words, repeatWord( ~0x7Fu ) );
+
+    for( Range range : tables.caselessWords )
+        left = _mm512_mask_cmpge_epu16_mask(
+            left, _mm512_sub_epi16( words, repeatWord( range.first ) ), repeatWord( range.end - range.first ) );
+
+    __mmask32 longer = 0;
+
+    if( left != 0 )
+    {
+        __m512i grow = _mm512_setzero_si512();
+
+        for( QV_CHAR number : USUAL_CASE_BLOCKS )
+            left = takeWordDistances( tables, number, words, left, &grow );
+
+        while( __builtin_expect( left != 0, 0 ) )
+        {
+            QV_INT lane = __builtin_ctz( left );
+            left = takeWordDistances( tables, chs[lane < 16 ? lane : second + lane - 16] >> 7, words, left, &grow );
+        }
+
+        longer = _mm512_cmpeq_epi16_mask( grow, repeatWord( tables.none ) );
+        mapped = _mm512_add_epi16( mapped, grow );
+    }
+
+    // Wide characters are as they were.
+    __m512i first =
+        _mm512_mask_cvtepu16_epi32( in[0], static_cast< __mmask16 >( ~wide ), _mm512_castsi512_si256( mapped ) );
+    __m512i last = _mm512_mask_cvtepu16_epi32(
+        in[1], static_cast< __mmask16 >( ~wide >> 16 ), _mm512_extracti64x4_epi64( mapped, 1 ) );
+    storeFew( to, count, first, last );
+
+    if( __builtin_expect( wide != 0, 0 ) )
+        longer |= both(
+            _mm512_mask_cmplt_epu32_mask(
+                static_cast< __mmask16 >( wide ), in[0], repeat16( tables.caseless[2].first ) ),
+            _mm512_mask_cmplt_epu32_mask(
+                static_cast< __mmask16 >( wide >> 16 ), in[1], repeat16( tables.caseless[2].first ) ) );
+
+    return ( longer & 0xFFFF ) | longer >> 16 << second;
 }
 
 QV___KERNEL_64 bool qv::takePlainInt64( const QV_CHAR *chs, QV_INT count, QV_INT *value )

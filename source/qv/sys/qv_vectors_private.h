@@ -479,14 +479,15 @@ struct CaseTables
     uint16_t        none;
     QV_CHAR         asciiFirst;
     vectors::Range  caseless[3];
+    vectors::Range  caselessWords[3]; /**< more of them, below 0x10000 */
 };
 
 /** Maps characters, which are below 0x110000, up to the first without a distance; returns how many. With the vectors of 64
     bytes; without them it returns 0. */
 QV_INT mapCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
 
-/** Maps 1 to 32 characters without the tables of distances, where there are 32 places; with the vectors of 64 bytes,
-    which are there. Returns a bit for each character that has a distance, or none, which it copies. */
+/** Maps 1 to 32 characters, which are below 0x110000, into as many places; with the vectors of 64 bytes, which are there.
+    Returns a bit for each character that is left to do: all without a distance, and some from 0x10000 on. */
 uint32_t mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
 
 /** Makes a number of eight characters below 0x110000 that orders as they do: each plus 1 as a byte, the first one most

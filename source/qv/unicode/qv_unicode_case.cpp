@@ -16,6 +16,9 @@ using qv::unicode::lookUp;
 const qv::vectors::Range CASELESS[]     = { { 0, U'A' }, { 0x2E80, 0xA640 }, { 0xA800, 0xFB00 } };
 const QV_CHAR            FIRST_CASELESS = CASELESS[1].first;
 
+// Marks after letters.
+const qv::vectors::Range MARKS = { 0x300, 0x345 };
+
 // No character from here on has case.
 const QV_CHAR PAST_CASE = 0x10450;
 
@@ -113,8 +116,8 @@ qv::unicode::CaseMapped mapGroups( const QV_CHAR *from, QV_INT length, QV_CHAR *
     return { i, count };
 }
 
-// The same, of texts of few characters and 32 places at least with the vectors of 64 bytes. What these leave is looked up
-// one by one, up to the first that maps to several.
+// The same, of texts of few characters with the vectors of 64 bytes. What these leave is looked up one by one, up to the
+// first that maps to several.
 template< const uint8_t *blocks, const uint16_t *values, const uint16_t *distances, QV_CHAR asciiFirst >
 qv::unicode::CaseMapped mapFew(
     const qv::CaseTables &tables, const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room )
@@ -151,9 +154,14 @@ template< const uint8_t *blocks, const uint16_t *values, const uint16_t *distanc
 qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room )
 {
     static const qv::CaseTables TABLES = {
-        blocks, distances, LONGER_MAPPING, asciiFirst, { CASELESS[1], CASELESS[2], { PAST_CASE, 0x110000 } } };
+        blocks,
+        distances,
+        LONGER_MAPPING,
+        asciiFirst,
+        { CASELESS[1], CASELESS[2], { PAST_CASE, 0x110000 } },
+        { CASELESS[1], CASELESS[2], MARKS } };
 
-    if( length <= FEW && room >= FEW && qv::vectors::has64() )
+    if( length <= FEW && qv::vectors::has64() )
         return mapFew< blocks, values, distances, asciiFirst >( TABLES, from, length, to, room );
 
     if( length < LONG || !qv::vectors::has64() )
