@@ -597,6 +597,19 @@ void qvStringTrim( QV_STRING **qvs )
 
 namespace
 {
+// A String for the mapping of few characters, of whose places those before the text alone are declared as free yet: the
+// others are room for whole vectors, and for some characters more.
+QV_STRING *createForFew( QV_INT length )
+{
+    const QV_INT MORE = 4;
+
+    static_assert( QV_STRING_BSPACE >= qv::unicode::FEW_CASE );
+    QV_STRING *few = qv::newString( QV_STRING_FSPACE + length + MORE + QV_STRING_BSPACE, nullptr, 0 );
+    few->dropFront( QV_STRING_FSPACE );
+
+    return few;
+}
+
 // Replaces the text by its mapping. Most texts keep their length or become little longer: there is room for that, more
 // by halves if it is used up, and in the end the free places of a new String.
 void mapCase( QV_STRING **qvs, qv::unicode::CaseMapping *mapping )
@@ -610,21 +623,11 @@ void mapCase( QV_STRING **qvs, qv::unicode::CaseMapping *mapping )
     if( length == 0 )
         return;
 
-    const QV_INT FEW = 32;
+    bool       isFew = length <= qv::unicode::FEW_CASE;
+    QV_STRING *mapped =
+        isFew ? createForFew( length ) : createWithSpace( length + length / 16 + qv::unicode::LONGEST_CASE_MAPPING );
 
-    if( length <= FEW )
-    {
-        // On the stack there is room for the longest mapping.
-        QV_CHAR    room[FEW * qv::unicode::LONGEST_CASE_MAPPING];
-        QV_INT     count = mapping( from, length, room, FEW * qv::unicode::LONGEST_CASE_MAPPING ).written;
-        QV_STRING *few   = qv::newString( count, nullptr, QV_STRING_FSPACE );
-        qv::copyChars( qv::chars( few ), room, count );
-        qv::assign( qvs, few );
-        return;
-    }
-
-    QV_STRING              *mapped = createWithSpace( length + length / 16 + qv::unicode::LONGEST_CASE_MAPPING );
-    qv::unicode::CaseMapped done   = mapping( from, length, qv::chars( mapped ), mapped->length );
+    qv::unicode::CaseMapped done = mapping( from, length, qv::chars( mapped ), mapped->length );
 
     while( done.read < length )
     {

@@ -513,6 +513,14 @@ QV___KERNEL_64 QV_INT qv::mapCase64( const CaseTables &tables, const QV_CHAR *ch
 
 namespace
 {
+QV___KERNEL_64 inline __m512i mapAscii( const qv::CaseTables &tables, __m512i in )
+{
+    __mmask16 letters =
+        _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( tables.asciiFirst ) ), repeat16( 26 ) );
+
+    return _mm512_mask_xor_epi32( in, letters, in, repeat16( 0x20 ) );
+}
+
 // The numbers of the blocks that most letters with case are in but for ASCII: Latin, Greek and Cyrillic.
 const QV_CHAR USUAL_CASE_BLOCKS[] = { 0x80 >> 7, 0x380 >> 7, 0x400 >> 7 };
 
@@ -532,54 +540,59 @@ QV___KERNEL_64 inline __mmask32 takeWordDistances(
     return left & ~here;
 }
 
-// Writes as many characters as mapFewCase64() has read, as it has read them.
-QV___KERNEL_64 inline void storeFew( QV_CHAR *to, QV_INT count, __m512i first, __m512i last )
+// Puts the mappings of characters that map to several in their places, of a text of so many words. Returns its new length,
+// or 0 if that is above 32.
+QV___KERNEL_64 inline QV_INT lengthen(
+    const qv::CaseTables &tables, const QV_CHAR *chs, QV_INT count, __mmask32 longer, __m512i *words )
 {
-    if( count >= 16 )
+    for( QV_INT more = 0; longer != 0; )
     {
-        _mm512_storeu_si512( to, first );
-        _mm512_storeu_si512( to + count - 16, last );
+        QV_INT         place   = __builtin_ctz( longer );
+        QV_CHAR        ch      = chs[place - more];
+        uint32_t       value   = tables.values[tables.blocks[ch >> 7] * 128 + ( ch & 127 )];
+        const QV_CHAR *mapping = tables.mappings + ( value & 0x3FFF );
+        QV_INT         length  = value >> 14;
+
+        count += length - 1;
+        more += length - 1;
+
+        if( count > 32 )
+            return 0;
+
+        *words = _mm512_mask_mov_epi16( *words, 1u << place, repeatWord( mapping[0] ) );
+
+        for( QV_INT k = 1; k < length; k++ )
+            *words = _mm512_mask_expand_epi16( repeatWord( mapping[k] ), ~( 1u << ( place + k ) ), *words );
+
+        longer = ( longer & ( longer - 1 ) ) << ( length - 1 );
     }
-    else
-    {
-        _mm512_mask_storeu_epi32( to, static_cast< __mmask16 >( lowest( count ) ), first );
-    }
+
+    return count;
 }
 } // namespace
 
-QV___KERNEL_64 uint32_t qv::mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to )
+QV___KERNEL_64 QV_INT qv::mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to )
 {
     QV_ASSERT( count > 0 && count <= 32 );
 
-    // Two vectors with the first 16 characters and the last 16, so that nothing is written beyond the text. Fewer than 16
-    // are the first ones, and none the last.
-    bool      isWhole = count >= 16;
-    QV_INT    second  = isWhole ? count - 16 : 0; // the place of the second one
-    __mmask16 there   = static_cast< __mmask16 >( lowest( count ) );
-    __m512i   in[2]   = {
-        isWhole ? _mm512_loadu_si512( chs ) : _mm512_maskz_loadu_epi32( there, chs ),
-        isWhole ? _mm512_loadu_si512( chs + second ) : _mm512_setzero_si512() };
-
-    auto both = []( __mmask16 first, __mmask16 last ) { return first | static_cast< uint32_t >( last ) << 16; };
+    uint64_t there  = lowest( count );
+    __m512i  first  = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there ), chs );
+    __m512i  second = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), chs + 16 );
 
     // One decision for ASCII.
-    if( _mm512_test_epi32_mask( _mm512_or_si512( in[0], in[1] ), repeat16( ~0x7Fu ) ) == 0 )
+    if( _mm512_test_epi32_mask( _mm512_or_si512( first, second ), repeat16( ~0x7Fu ) ) == 0 )
     {
-        for( __m512i &each : in )
-        {
-            __mmask16 letters =
-                _mm512_cmplt_epu32_mask( _mm512_sub_epi32( each, repeat16( tables.asciiFirst ) ), repeat16( 26 ) );
-            each = _mm512_mask_xor_epi32( each, letters, each, repeat16( 0x20 ) );
-        }
-
-        storeFew( to, count, in[0], in[1] );
-        return 0;
+        _mm512_storeu_si512( to, mapAscii( tables, first ) );
+        _mm512_storeu_si512( to + 16, mapAscii( tables, second ) );
+        return count;
     }
 
-    // All others as 32 words; characters that are none stay, but for those that the caller looks up.
-    __m512i   words = _mm512_permutex2var_epi16( in[0], _mm512_load_si512( WORDS.places ), in[1] );
+    // All others as 32 words; characters that are none stay, if they have no case.
+    auto both = []( __mmask16 low, __mmask16 high ) { return low | static_cast< uint32_t >( high ) << 16; };
+
+    __m512i   words = _mm512_permutex2var_epi16( first, _mm512_load_si512( WORDS.places ), second );
     __mmask32 wide  = both(
-        _mm512_cmpge_epu32_mask( in[0], repeat16( 0x10000 ) ), _mm512_cmpge_epu32_mask( in[1], repeat16( 0x10000 ) ) );
+        _mm512_cmpge_epu32_mask( first, repeat16( 0x10000 ) ), _mm512_cmpge_epu32_mask( second, repeat16( 0x10000 ) ) );
     __mmask32 letters =
         _mm512_cmplt_epu16_mask( _mm512_sub_epi16( words, repeatWord( tables.asciiFirst ) ), repeatWord( 26 ) );
     __m512i   mapped = _mm512_mask_mov_epi16( words, letters, _mm512_xor_si512( words, repeatWord( 0x20 ) ) );
@@ -589,8 +602,6 @@ QV___KERNEL_64 uint32_t qv::mapFewCase64( const CaseTables &tables, const QV_CHA
         left = _mm512_mask_cmpge_epu16_mask(
             left, _mm512_sub_epi16( words, repeatWord( range.first ) ), repeatWord( range.end - range.first ) );
 
-    __mmask32 longer = 0;
-
     if( left != 0 )
     {
         __m512i grow = _mm512_setzero_si512();
@@ -599,30 +610,33 @@ QV___KERNEL_64 uint32_t qv::mapFewCase64( const CaseTables &tables, const QV_CHA
             left = takeWordDistances( tables, number, words, left, &grow );
 
         while( __builtin_expect( left != 0, 0 ) )
-        {
-            QV_INT lane = __builtin_ctz( left );
-            left = takeWordDistances( tables, chs[lane < 16 ? lane : second + lane - 16] >> 7, words, left, &grow );
-        }
+            left = takeWordDistances( tables, chs[__builtin_ctz( left )] >> 7, words, left, &grow );
 
-        longer = _mm512_cmpeq_epi16_mask( grow, repeatWord( tables.none ) );
-        mapped = _mm512_add_epi16( mapped, grow );
+        __mmask32 longer = _mm512_cmpeq_epi16_mask( grow, repeatWord( tables.none ) );
+        mapped           = _mm512_add_epi16( mapped, grow );
+
+        if( longer != 0 )
+        {
+            count = wide == 0 ? lengthen( tables, chs, count, longer, &mapped ) : 0;
+
+            if( count == 0 )
+                return 0;
+        }
     }
 
-    // Wide characters are as they were.
-    __m512i first =
-        _mm512_mask_cvtepu16_epi32( in[0], static_cast< __mmask16 >( ~wide ), _mm512_castsi512_si256( mapped ) );
-    __m512i last = _mm512_mask_cvtepu16_epi32(
-        in[1], static_cast< __mmask16 >( ~wide >> 16 ), _mm512_extracti64x4_epi64( mapped, 1 ) );
-    storeFew( to, count, first, last );
+    __mmask16 narrowFirst = static_cast< __mmask16 >( ~wide ), narrowSecond = static_cast< __mmask16 >( ~wide >> 16 );
+    _mm512_storeu_si512( to, _mm512_mask_cvtepu16_epi32( first, narrowFirst, _mm512_castsi512_si256( mapped ) ) );
+    _mm512_storeu_si512(
+        to + 16, _mm512_mask_cvtepu16_epi32( second, narrowSecond, _mm512_extracti64x4_epi64( mapped, 1 ) ) );
 
-    if( __builtin_expect( wide != 0, 0 ) )
-        longer |= both(
-            _mm512_mask_cmplt_epu32_mask(
-                static_cast< __mmask16 >( wide ), in[0], repeat16( tables.caseless[2].first ) ),
-            _mm512_mask_cmplt_epu32_mask(
-                static_cast< __mmask16 >( wide >> 16 ), in[1], repeat16( tables.caseless[2].first ) ) );
+    if( __builtin_expect( wide == 0, 1 ) )
+        return count;
 
-    return ( longer & 0xFFFF ) | longer >> 16 << second;
+    __m512i   end   = repeat16( tables.caseless[2].first );
+    __mmask16 cased = _mm512_mask_cmplt_epu32_mask( static_cast< __mmask16 >( ~narrowFirst ), first, end )
+                      | _mm512_mask_cmplt_epu32_mask( static_cast< __mmask16 >( ~narrowSecond ), second, end );
+
+    return cased == 0 ? count : 0;
 }
 
 QV___KERNEL_64 bool qv::takePlainInt64( const QV_CHAR *chs, QV_INT count, QV_INT *value )
@@ -685,7 +699,7 @@ QV_INT qv::mapCase64( const CaseTables &, const QV_CHAR *, QV_INT, QV_CHAR * )
     return 0;
 }
 
-uint32_t qv::mapFewCase64( const CaseTables &, const QV_CHAR *, QV_INT, QV_CHAR * )
+QV_INT qv::mapFewCase64( const CaseTables &, const QV_CHAR *, QV_INT, QV_CHAR * )
 {
     return 0;
 }

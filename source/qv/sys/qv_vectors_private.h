@@ -476,6 +476,8 @@ struct CaseTables
 {
     const uint8_t  *blocks;
     const uint16_t *distances;
+    const uint16_t *values;   /**< the mappings of characters to several: the length above 14 bits, the place below */
+    const QV_CHAR  *mappings; /**< what the places are in */
     uint16_t        none;
     QV_CHAR         asciiFirst;
     vectors::Range  caseless[3];
@@ -486,9 +488,9 @@ struct CaseTables
     bytes; without them it returns 0. */
 QV_INT mapCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
 
-/** Maps 1 to 32 characters, which are below 0x110000, into as many places; with the vectors of 64 bytes, which are there.
-    Returns a bit for each character that is left to do: all without a distance, and some from 0x10000 on. */
-uint32_t mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
+/** Maps 1 to 32 characters, which are below 0x110000, where there are 32 places; with the vectors of 64 bytes, which are
+    there. Returns how many they become, or 0 if that is above 32, or not to be told here. */
+QV_INT mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
 
 /** Makes a number of eight characters below 0x110000 that orders as they do: each plus 1 as a byte, the first one most
     significant. False if one of them is above `highest`, which is at most 0xFD. */
