@@ -366,54 +366,95 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
     return i < count ? i : count;
 }
 
+namespace
+{
+// The bytes of 32 characters, those of a kind side by side.
+struct FewBytes
+{
+    __m256i upper; // bits 8 to 15
+    __m256i lower; // bits 0 to 7
+};
+
+QV___KERNEL_64 inline FewBytes bytesOf( __m512i low, __m512i high )
+{
+    const __m512i places = _mm512_load_si512( LANES.places );
+    const __m512i next   = _mm512_add_epi8( places, _mm512_set1_epi8( 1 ) );
+
+    return {
+        _mm512_castsi512_si256( _mm512_permutex2var_epi8( low, next, high ) ),
+        _mm512_castsi512_si256( _mm512_permutex2var_epi8( low, places, high ) ) };
+}
+
+QV___KERNEL_64 inline __m256i lookUp( const Table &table, __m256i at )
+{
+    return _mm512_castsi512_si256( lookUp( table, _mm512_castsi256_si512( at ) ) );
+}
+
+QV___KERNEL_64 inline __m256i repeatByte( uint32_t value )
+{
+    return _mm256_set1_epi8( static_cast< char >( value ) );
+}
+
+// In each byte the bit that its 3 lowest bits tell.
+QV___KERNEL_64 inline __m256i bitAt( __m256i place )
+{
+    const __m256i bits = _mm256_set1_epi64x( static_cast< int64_t >( 0x8040201008040201 ) );
+
+    return _mm256_shuffle_epi8( bits, _mm256_and_si256( place, repeatByte( 7 ) ) );
+}
+} // namespace
+
 QV___KERNEL_64 bool qv::areOrdered64(
     const QV_CHAR *chs, QV_INT count, QV_CHAR limit, const uint8_t *inert, const uint8_t *classes, uint32_t *left )
 {
     QV_ASSERT( count > 0 && count <= 32 );
     *left = 0;
 
-    // As above, but 32 characters side by side, and only the tables that are needed.
+    // As above, but 32 characters as bytes, and only the tables that are needed. What counts is how many steps follow from
+    // each other, so that no table waits for what another one tells.
     uint64_t there = lowest( count );
     __m512i  low   = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there ), chs );
     __m512i  high  = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), chs + 16 );
+    __m512i  most  = _mm512_max_epu32( low, high );
 
-    if( _mm512_cmpge_epu32_mask( _mm512_max_epu32( low, high ), repeat16( limit ) ) == 0 )
+    if( _mm512_cmpge_epu32_mask( most, repeat16( limit ) ) == 0 )
         return true;
 
-    auto  both  = []( __mmask16 first, __mmask16 second ) { return first | static_cast< uint32_t >( second ) << 16; };
-    Table table = tableOf( inert );
-    __mmask16 lowKnown = below( low, 0x10000 ), highKnown = below( high, 0x10000 );
-    uint32_t  stay = both( inInertBlocks( table, low, lowKnown ), inInertBlocks( table, high, highKnown ) );
+    FewBytes  bytes = bytesOf( low, high );
+    __m256i   block = bitAt( _mm256_srli_epi16( bytes.lower, 5 ) );
+    __mmask32 stay  = _mm256_test_epi8_mask( lookUp( tableOf( inert ), bytes.upper ), block );
+    __mmask32 known = UINT32_MAX; // which are below 0x10000
 
-    if( stay == UINT32_MAX )
-        return true;
-
-    if( ( lowKnown & highKnown ) != 0xFFFF )
+    if( _mm512_cmpge_epu32_mask( most, repeat16( 0x10000 ) ) != 0 )
     {
-        table = tableOf( inert + 512 );
-        stay |= both(
-            inInertBlocks( table, low, static_cast< __mmask16 >( ~lowKnown & below( low, 0x20000 ) ) ),
-            inInertBlocks( table, high, static_cast< __mmask16 >( ~highKnown & below( high, 0x20000 ) ) ) );
+        __mmask32 next = below( low, 0x20000 ) | static_cast< uint32_t >( below( high, 0x20000 ) ) << 16;
+        known          = below( low, 0x10000 ) | static_cast< uint32_t >( below( high, 0x10000 ) ) << 16;
+        stay           = ( stay & known )
+               | ( _mm256_test_epi8_mask( lookUp( tableOf( inert + 512 ), bytes.upper ), block ) & next & ~known );
     }
 
-    table = tableOf( inert + 256 );
-    stay |= both( inertAlone( table, low, below( low, 0x800 ) ), inertAlone( table, high, below( high, 0x800 ) ) );
-
     if( stay == UINT32_MAX )
         return true;
 
-    NearMarks lowNear = nearMarks( low ), highNear = nearMarks( high );
-    uint32_t  isNear = ~stay & both( lowNear.first | lowNear.second, highNear.first | highNear.second );
-    *left            = ~( stay | isNear );
+    // Below 0x800 each character has a bit of its own, and the marks of two blocks a class.
+    __m256i eighth = _mm256_ternarylogic_epi32(
+        repeatByte( 0x1F ), _mm256_srli_epi16( bytes.lower, 3 ), _mm256_slli_epi16( bytes.upper, 5 ), 0xCA );
+    __mmask32 small = _mm256_mask_cmplt_epu8_mask( known, bytes.upper, repeatByte( 8 ) );
+    __mmask32 alone =
+        _mm256_mask_test_epi8_mask( small, lookUp( tableOf( inert + 256 ), eighth ), bitAt( bytes.lower ) );
 
-    if( isNear == 0 )
-        return true;
+    __mmask32 second = _mm256_movepi8_mask( bytes.lower );
+    __mmask32 isNear = known
+                       & ( ( _mm256_cmpeq_epi8_mask( bytes.upper, repeatByte( 3 ) ) & ~second )
+                           | ( _mm256_cmpeq_epi8_mask( bytes.upper, repeatByte( 5 ) ) & second ) );
+    __m256i   now  = _mm256_maskz_mov_epi8( isNear, lookUp( tableOf( classes ), bytes.lower ) );
+    __m256i   prev = _mm256_alignr_epi8( now, _mm256_permute2x128_si256( now, now, 0x08 ), 15 );
+    __mmask32 down = _mm256_mask_cmplt_epu8_mask( _mm256_test_epi8_mask( now, now ), now, prev )
+                     | _mm256_cmpeq_epi8_mask( now, repeatByte( 255 ) );
 
-    Table   marks   = tableOf( classes );
-    __m512i lowNow  = classesOf( marks, low, lowNear.second, static_cast< __mmask16 >( isNear ) );
-    __m512i highNow = classesOf( marks, high, highNear.second, static_cast< __mmask16 >( isNear >> 16 ) );
+    *left = ~( stay | alone | isNear );
 
-    return areInOrder( lowNow, _mm512_setzero_si512() ) && areInOrder( highNow, lowNow );
+    return down == 0;
 }
 
 namespace

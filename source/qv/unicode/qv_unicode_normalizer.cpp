@@ -239,17 +239,23 @@ inline bool areFewNormal( const QV_CHAR *chs, QV_INT count, QV_INT form )
     uint32_t left;
     bool holds = qv::areOrdered64( chs, count, SIMPLE[form], inertBits + form * 768, markClasses + form * 256, &left );
 
+    // A mark that the tables do not tell counts as a starter there, so it is compared with both of its neighbours.
+    auto classAt = [=]( QV_INT i )
+    {
+        return form <= QV_UNICODE_NORMAL_FORM_NFKC ? composedQuickCheck( chs[i], form & 1 )
+                                                   : decomposeFully( chs[i], form & 1 );
+    };
+
     for( ; holds && left != 0; left &= left - 1 )
     {
-        QV_CHAR  ch = chs[__builtin_ctz( left )];
-        uint32_t value =
-            form <= QV_UNICODE_NORMAL_FORM_NFKC ? composedQuickCheck( ch, form & 1 ) : decomposeFully( ch, form & 1 );
+        QV_INT   i     = __builtin_ctz( left );
+        uint32_t value = classAt( i );
 
-        // A mark that the tables do not tell may be in order all the same.
-        if( value > 0 && value < LOOK_CLOSER )
-            return check( chs, count, form ).length == count;
-
-        holds = value == 0;
+        if( value != 0 )
+        {
+            uint32_t after = i + 1 < count ? classAt( i + 1 ) : 0;
+            holds = value < LOOK_CLOSER && ( i == 0 || classAt( i - 1 ) <= value ) && ( after == 0 || after >= value );
+        }
     }
 
     QV_ASSERT( holds == ( check( chs, count, form ).length == count ) );
