@@ -597,19 +597,6 @@ void qvStringTrim( QV_STRING **qvs )
 
 namespace
 {
-// A String for the mapping of few characters, of whose places those before the text alone are declared as free yet: the
-// others are room for whole vectors, and for some characters more.
-QV_STRING *createForFew( QV_INT length )
-{
-    const QV_INT MORE = 4;
-
-    static_assert( QV_STRING_BSPACE >= qv::unicode::FEW_CASE );
-    QV_STRING *few = qv::newString( QV_STRING_FSPACE + length + MORE + QV_STRING_BSPACE, nullptr, 0 );
-    few->dropFront( QV_STRING_FSPACE );
-
-    return few;
-}
-
 // Replaces the text by its mapping. Most texts keep their length or become little longer: there is room for that, more
 // by halves if it is used up, and in the end the free places of a new String.
 void mapCase( QV_STRING **qvs, qv::unicode::CaseMapping *mapping )
@@ -623,9 +610,13 @@ void mapCase( QV_STRING **qvs, qv::unicode::CaseMapping *mapping )
     if( length == 0 )
         return;
 
-    bool       isFew = length <= qv::unicode::FEW_CASE;
-    QV_STRING *mapped =
-        isFew ? createForFew( length ) : createWithSpace( length + length / 16 + qv::unicode::LONGEST_CASE_MAPPING );
+    static_assert( QV_STRING_BSPACE >= qv::unicode::FEW_CASE );
+
+    const QV_INT MORE = 4; // characters for which a short text has room
+
+    bool       isFew  = length <= qv::unicode::FEW_CASE;
+    QV_STRING *mapped = isFew ? qv::newOpenString( length + MORE )
+                              : createWithSpace( length + length / 16 + qv::unicode::LONGEST_CASE_MAPPING );
 
     qv::unicode::CaseMapped done = mapping( from, length, qv::chars( mapped ), mapped->length );
 

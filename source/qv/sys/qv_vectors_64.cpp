@@ -68,6 +68,18 @@ QV___KERNEL_64 inline __m512i repeatWord( uint32_t value )
     return _mm512_set1_epi16( static_cast< short >( value ) );
 }
 
+// 32 words, with some characters in the place of one; what follows moves up.
+template< class Char >
+QV___KERNEL_64 inline __m512i replaceWord( __m512i words, QV_INT place, const Char *chars, QV_INT length )
+{
+    words = _mm512_mask_mov_epi16( words, 1u << place, repeatWord( chars[0] ) );
+
+    for( QV_INT k = 1; k < length; k++ )
+        words = _mm512_mask_expand_epi16( repeatWord( chars[k] ), ~( 1u << ( place + k ) ), words );
+
+    return words;
+}
+
 // The number that 1 to 19 digits make, of which the vectors have the values.
 QV___KERNEL_64 inline uint64_t numberOf( __m512i low, __m512i high, QV_INT digits )
 {
@@ -405,10 +417,10 @@ QV___KERNEL_64 inline __m256i bitAt( __m256i place )
 } // namespace
 
 QV___KERNEL_64 bool qv::areOrdered64(
-    const QV_CHAR *chs, QV_INT count, QV_CHAR limit, const uint8_t *inert, const uint8_t *classes, uint32_t *left )
+    const QV_CHAR *chs, QV_INT count, QV_CHAR limit, const uint8_t *inert, const uint8_t *classes, FewChecked *checked )
 {
     QV_ASSERT( count > 0 && count <= 32 );
-    *left = 0;
+    *checked = { 0, 0, false };
 
     // As above, but 32 characters as bytes, and only the tables that are needed. What counts is how many steps follow from
     // each other, so that no table waits for what another one tells.
@@ -452,9 +464,31 @@ QV___KERNEL_64 bool qv::areOrdered64(
     __mmask32 down = _mm256_mask_cmplt_epu8_mask( _mm256_test_epi8_mask( now, now ), now, prev )
                      | _mm256_cmpeq_epi8_mask( now, repeatByte( 255 ) );
 
-    *left = ~( stay | alone | isNear );
+    *checked = { ~( stay | alone | isNear ), _mm256_test_epi8_mask( now, now ), known != UINT32_MAX };
 
     return down == 0;
+}
+
+QV___KERNEL_64 void qv::replaceFew64(
+    const QV_CHAR *chs, QV_INT count, const Replacement *all, QV_INT replacements, QV_CHAR *to )
+{
+    QV_ASSERT( count > 0 && count <= 32 );
+
+    uint64_t there = lowest( count );
+    __m512i  words = _mm512_permutex2var_epi16(
+        _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there ), chs ), _mm512_load_si512( WORDS.places ),
+        _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), chs + 16 ) );
+    QV_INT more = 0;
+
+    for( QV_INT i = 0; i < replacements; i++ )
+    {
+        words = replaceWord( words, all[i].place + more, all[i].chars, all[i].length );
+        more += all[i].length - 1;
+    }
+
+    QV_ASSERT( count + more <= 32 );
+    _mm512_storeu_si512( to, _mm512_cvtepu16_epi32( _mm512_castsi512_si256( words ) ) );
+    _mm512_storeu_si512( to + 16, _mm512_cvtepu16_epi32( _mm512_extracti64x4_epi64( words, 1 ) ) );
 }
 
 namespace
@@ -600,11 +634,7 @@ QV___KERNEL_64 inline QV_INT lengthen(
         if( count > 32 )
             return 0;
 
-        *words = _mm512_mask_mov_epi16( *words, 1u << place, repeatWord( mapping[0] ) );
-
-        for( QV_INT k = 1; k < length; k++ )
-            *words = _mm512_mask_expand_epi16( repeatWord( mapping[k] ), ~( 1u << ( place + k ) ), *words );
-
+        *words = replaceWord( *words, place, mapping, length );
         longer = ( longer & ( longer - 1 ) ) << ( length - 1 );
     }
 
@@ -775,9 +805,13 @@ QV_INT qv::encodeBytes64( const vectors::CharBytes ( & )[2], const QV_CHAR *, QV
     return 0;
 }
 
-bool qv::areOrdered64( const QV_CHAR *, QV_INT, QV_CHAR, const uint8_t *, const uint8_t *, uint32_t * )
+bool qv::areOrdered64( const QV_CHAR *, QV_INT, QV_CHAR, const uint8_t *, const uint8_t *, vectors::FewChecked * )
 {
     return false;
+}
+
+void qv::replaceFew64( const QV_CHAR *, QV_INT, const vectors::Replacement *, QV_INT, QV_CHAR * )
+{
 }
 
 QV_INT qv::decodeBytes64( const vectors::ByteChars &, const uint8_t *, QV_INT, QV_CHAR * )

@@ -594,11 +594,35 @@ inline QV_INT widenOutside( const uint8_t *bytes, QV_INT count, uint8_t first, i
 QV_INT orderedGroups64(
     const QV_CHAR *chs, QV_INT count, const uint8_t *inert, const uint8_t *classes, uint32_t *last );
 
+namespace vectors
+{
+/** What a check tells of few characters, a bit for each. */
+struct FewChecked
+{
+    uint32_t left;   /**< those that the tables do not tell */
+    uint32_t marks;  /**< those that have a class, or end the run */
+    bool     isWide; /**< any of them is above 0xFFFF */
+};
+
+/** What is to stand in the place of one character: 1 to 18 others, in the lower 24 bits. */
+struct Replacement
+{
+    QV_INT          place;
+    QV_INT          length;
+    const uint32_t *chars;
+};
+} // namespace vectors
+
 /** Whether a text of 1 to 32 characters is inert, below `limit` or by the tables of orderedGroups64(), but for marks in
-    order; with the vectors of 64 bytes, which are there. `left` becomes a bit for each character that these tables do not
-    tell: the caller makes sure that all of them are inert. */
+    order; with the vectors of 64 bytes, which are there. The caller makes sure that those are inert which are left. */
 bool areOrdered64(
-    const QV_CHAR *chs, QV_INT count, QV_CHAR limit, const uint8_t *inert, const uint8_t *classes, uint32_t *left );
+    const QV_CHAR *chs, QV_INT count, QV_CHAR limit, const uint8_t *inert, const uint8_t *classes,
+    vectors::FewChecked *checked );
+
+/** Replaces some of 1 to 32 characters, in their order, where there are 32 places and all characters are below 0x10000;
+    with the vectors of 64 bytes, which are there. The result has 32 at most. */
+void replaceFew64(
+    const QV_CHAR *chs, QV_INT count, const vectors::Replacement *all, QV_INT replacements, QV_CHAR *to );
 
 /** Reads an integer of 1 to 19 digits from U'0' to U'9' and nothing else but a minus sign before them, with the vectors of
     64 bytes. False if it is something else or out of range, and without them. */
