@@ -596,6 +596,18 @@ QV___KERNEL_64 inline __m512i mapAscii( const qv::CaseTables &tables, __m512i in
     return _mm512_mask_xor_epi32( in, letters, in, repeat16( 0x20 ) );
 }
 
+// Which characters are neither ASCII nor in the ranges without case.
+QV___KERNEL_64 inline __mmask16 beyondCaseless( const qv::CaseTables &tables, __m512i in )
+{
+    __mmask16 left = _mm512_test_epi32_mask( in, repeat16( ~0x7Fu ) );
+
+    for( Range range : tables.caseless )
+        left = _mm512_mask_cmpge_epu32_mask(
+            left, _mm512_sub_epi32( in, repeat16( range.first ) ), repeat16( range.end - range.first ) );
+
+    return left;
+}
+
 // The numbers of the blocks that most letters with case are in but for ASCII: Latin, Greek and Cyrillic.
 const QV_CHAR USUAL_CASE_BLOCKS[] = { 0x80 >> 7, 0x380 >> 7, 0x400 >> 7 };
 
@@ -650,28 +662,31 @@ QV___KERNEL_64 QV_INT qv::mapFewCase64( const CaseTables &tables, const QV_CHAR 
     __m512i  first  = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there ), chs );
     __m512i  second = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), chs + 16 );
 
-    // One decision for ASCII.
-    if( _mm512_test_epi32_mask( _mm512_or_si512( first, second ), repeat16( ~0x7Fu ) ) == 0 )
+    // One decision for text without case but in ASCII.
+    auto      both  = []( __mmask16 low, __mmask16 high ) { return low | static_cast< uint32_t >( high ) << 16; };
+    __mmask32 cased = both( beyondCaseless( tables, first ), beyondCaseless( tables, second ) );
+
+    if( cased == 0 )
     {
         _mm512_storeu_si512( to, mapAscii( tables, first ) );
         _mm512_storeu_si512( to + 16, mapAscii( tables, second ) );
         return count;
     }
 
-    // All others as 32 words; characters that are none stay, if they have no case.
-    auto both = []( __mmask16 low, __mmask16 high ) { return low | static_cast< uint32_t >( high ) << 16; };
-
+    // All others as 32 words; characters that are none stay.
     __m512i   words = _mm512_permutex2var_epi16( first, _mm512_load_si512( WORDS.places ), second );
     __mmask32 wide  = both(
         _mm512_cmpge_epu32_mask( first, repeat16( 0x10000 ) ), _mm512_cmpge_epu32_mask( second, repeat16( 0x10000 ) ) );
+
+    if( __builtin_expect( ( wide & cased ) != 0, 0 ) )
+        return 0;
+
     __mmask32 letters =
         _mm512_cmplt_epu16_mask( _mm512_sub_epi16( words, repeatWord( tables.asciiFirst ) ), repeatWord( 26 ) );
     __m512i   mapped = _mm512_mask_mov_epi16( words, letters, _mm512_xor_si512( words, repeatWord( 0x20 ) ) );
-    __mmask32 left   = _mm512_mask_test_epi16_mask( ~wide, words, repeatWord( ~0x7Fu ) );
-
-    for( Range range : tables.caselessWords )
-        left = _mm512_mask_cmpge_epu16_mask(
-            left, _mm512_sub_epi16( words, repeatWord( range.first ) ), repeatWord( range.end - range.first ) );
+    __mmask32 left   = _mm512_mask_cmpge_epu16_mask(
+        cased, _mm512_sub_epi16( words, repeatWord( tables.marks.first ) ),
+        repeatWord( tables.marks.end - tables.marks.first ) );
 
     if( left != 0 )
     {
@@ -700,14 +715,7 @@ QV___KERNEL_64 QV_INT qv::mapFewCase64( const CaseTables &tables, const QV_CHAR 
     _mm512_storeu_si512(
         to + 16, _mm512_mask_cvtepu16_epi32( second, narrowSecond, _mm512_extracti64x4_epi64( mapped, 1 ) ) );
 
-    if( __builtin_expect( wide == 0, 1 ) )
-        return count;
-
-    __m512i   end   = repeat16( tables.caseless[2].first );
-    __mmask16 cased = _mm512_mask_cmplt_epu32_mask( static_cast< __mmask16 >( ~narrowFirst ), first, end )
-                      | _mm512_mask_cmplt_epu32_mask( static_cast< __mmask16 >( ~narrowSecond ), second, end );
-
-    return cased == 0 ? count : 0;
+    return count;
 }
 
 QV___KERNEL_64 bool qv::takePlainInt64( const QV_CHAR *chs, QV_INT count, QV_INT *value )

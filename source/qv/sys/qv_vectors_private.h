@@ -481,7 +481,7 @@ struct CaseTables
     uint16_t        none;
     QV_CHAR         asciiFirst;
     vectors::Range  caseless[3];
-    vectors::Range  caselessWords[3]; /**< more of them, below 0x10000 */
+    vectors::Range  marks; /**< characters without case as well, below 0x10000 */
 };
 
 /** Maps characters, which are below 0x110000, up to the first without a distance; returns how many. With the vectors of 64

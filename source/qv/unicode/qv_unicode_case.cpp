@@ -137,7 +137,7 @@ qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to
         LONGER_MAPPING,
         asciiFirst,
         { CASELESS[1], CASELESS[2], { PAST_CASE, 0x110000 } },
-        { CASELESS[1], CASELESS[2], MARKS } };
+        MARKS };
 
     if( length <= FEW_CASE && length > 0 && room >= FEW_CASE && qv::vectors::has64() )
         if( QV_INT count = qv::mapFewCase64( TABLES, from, length, to ) )
