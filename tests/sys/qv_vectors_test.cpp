@@ -191,7 +191,7 @@ TEST( Vectors, CasesAreThoseOfEachCharacter )
         for( const auto &[change, lookUp] : CASES )
             for( char32_t first = 0; first < 0x110000 && !HasFailure(); first += 0x800 )
             {
-                std::u32string values, mapped;
+                std::u32string values( 64, 0x390 ), mapped;
 
                 for( char32_t ch = first; ch < first + 0x800; ch++ )
                     values += ch % 32 < 24 ? std::u32string( 1, ch ) : U"A\u4E00"[ch % 2] + std::u32string( 1, ch );
@@ -209,13 +209,14 @@ TEST( Vectors, CasesAreThoseOfEachCharacter )
                 change( changed.at() );
                 EXPECT_TRUE( mapped == chars( changed ) ) << uint32_t( first );
 
-                std::u32string pieces; // of as many as go a way of their own
+                std::u32string pieces; // of as many as go a way of their own, some of which become much longer
 
-                for( size_t i = 0; i < values.size(); i += 31 )
+                for( size_t i = 0, size = 1; i < values.size(); i += size, size = 1 + i % 32 )
                 {
-                    Ref< QV_STRING > piece = text( values.substr( i, 31 ) );
+                    Ref< QV_STRING > piece = text( values.substr( i, size ) );
                     change( piece.at() );
                     pieces += chars( piece );
+                    EXPECT_EQ( ( qvStringLength( piece ) + 64 ) * 4, allocated( piece.get() ) );
                 }
 
                 EXPECT_TRUE( mapped == pieces ) << uint32_t( first );

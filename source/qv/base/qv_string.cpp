@@ -611,21 +611,15 @@ void mapCase( QV_STRING **qvs, qv::unicode::CaseMapping *mapping )
     if( length == 0 )
         return;
 
-    const QV_INT FEW = 32;
+    static_assert( QV_STRING_BSPACE >= qv::unicode::FEW_CASE );
 
-    if( length <= FEW )
-    {
-        // On the stack there is room for the longest mapping.
-        QV_CHAR    room[FEW * qv::unicode::LONGEST_CASE_MAPPING];
-        QV_INT     count = mapping( from, length, room, FEW * qv::unicode::LONGEST_CASE_MAPPING ).written;
-        QV_STRING *few   = qv::newString( count, nullptr, QV_STRING_FSPACE );
-        qv::copyChars( qv::chars( few ), room, count );
-        qv::assign( qvs, few );
-        return;
-    }
+    const QV_INT MORE = 4; // characters for which a short text has room
 
-    QV_STRING              *mapped = createWithSpace( length + length / 16 + qv::unicode::LONGEST_CASE_MAPPING );
-    qv::unicode::CaseMapped done   = mapping( from, length, qv::chars( mapped ), mapped->length );
+    bool       isFew  = length <= qv::unicode::FEW_CASE;
+    QV_STRING *mapped = isFew ? qv::newOpenString( length + MORE )
+                              : createWithSpace( length + length / 16 + qv::unicode::LONGEST_CASE_MAPPING );
+
+    qv::unicode::CaseMapped done = mapping( from, length, qv::chars( mapped ), mapped->length );
 
     while( done.read < length )
     {

@@ -54,7 +54,17 @@ __attribute__( ( always_inline ) ) inline QV_STRING *newString( QV_INT count, Ob
     return qvs;
 }
 
-/** The same without free places, and fixed if it is in a batch and isn't large. For what is rarely changed by a caller
+/** A String of `count` undefined characters and the free places of a new one, of which those at the end count as characters
+    until dropBack() and refresh() tell the text: they take whole vectors. */
+inline QV_STRING *newOpenString( QV_INT count )
+{
+    QV_STRING *qvs = newString( QV_STRING_FSPACE + count + QV_STRING_BSPACE, nullptr, 0 );
+    qvs->dropFront( QV_STRING_FSPACE );
+
+    return qvs;
+}
+
+/** As newString() without free places, and fixed if it is in a batch and isn't large. For what is rarely changed by a caller
     that alone holds it: then a change is five times as expensive. */
 inline QV_STRING *newFixedString( QV_INT count, ObjBatch *batch )
 {

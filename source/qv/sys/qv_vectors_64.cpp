@@ -346,202 +346,95 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
     return i < count ? i : count;
 }
 
-QV___KERNEL_64 bool qv::areOrdered64(
-    const QV_CHAR *chs, QV_INT count, QV_CHAR limit, const uint8_t *inert, const uint8_t *classes, uint32_t *left )
-{
-    QV_ASSERT( count > 0 && count <= 32 );
-    *left = 0;
-
-    // As above, but 32 characters side by side, and only the tables that are needed.
-    uint64_t there = lowest( count );
-    __m512i  low   = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there ), chs );
-    __m512i  high  = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), chs + 16 );
-
-    if( _mm512_cmpge_epu32_mask( _mm512_max_epu32( low, high ), repeat16( limit ) ) == 0 )
-        return true;
-
-    auto  both  = []( __mmask16 first, __mmask16 second ) { return first | static_cast< uint32_t >( second ) << 16; };
-    Table table = tableOf( inert );
-    __mmask16 lowKnown = below( low, 0x10000 ), highKnown = below( high, 0x10000 );
-    uint32_t  stay = both( inInertBlocks( table, low, lowKnown ), inInertBlocks( table, high, highKnown ) );
-
-    if( stay == UINT32_MAX )
-        return true;
-
-    if( ( lowKnown & highKnown ) != 0xFFFF )
-    {
-        table = tableOf( inert + 512 );
-        stay |= both(
-            inInertBlocks( table, low, static_cast< __mmask16 >( ~lowKnown & below( low, 0x20000 ) ) ),
-            inInertBlocks( table, high, static_cast< __mmask16 >( ~highKnown & below( high, 0x20000 ) ) ) );
-    }
-
-    table = tableOf( inert + 256 );
-    stay |= both( inertAlone( table, low, below( low, 0x800 ) ), inertAlone( table, high, below( high, 0x800 ) ) );
-
-    if( stay == UINT32_MAX )
-        return true;
-
-    NearMarks lowNear = nearMarks( low ), highNear = nearMarks( high );
-    uint32_t  isNear = ~stay & both( lowNear.first | lowNear.second, highNear.first | highNear.second );
-    *left            = ~( stay | isNear );
-
-    if( isNear == 0 )
-        return true;
-
-    Table   marks   = tableOf( classes );
-    __m512i lowNow  = classesOf( marks, low, lowNear.second, static_cast< __mmask16 >( isNear ) );
-    __m512i highNow = classesOf( marks, high, highNear.second, static_cast< __mmask16 >( isNear >> 16 ) );
-
-    return areInOrder( lowNow, _mm512_setzero_si512() ) && areInOrder( highNow, lowNow );
-}
-
 namespace
 {
-// A block of 128 distances of 16 bits, and the number that the characters of the block have above their lowest 7 bits.
-struct CaseBlock
+// The bytes of 32 characters, those of a kind side by side.
+struct FewBytes
 {
-    __m512i number;
-    __m512i quarters[4];
+    __m256i upper; // bits 8 to 15
+    __m256i lower; // bits 0 to 7
 };
 
-QV___KERNEL_64 inline CaseBlock caseBlockOf( const qv::CaseTables &tables, QV_CHAR ch )
+QV___KERNEL_64 inline FewBytes bytesOf( __m512i low, __m512i high )
 {
-    const uint16_t *row = tables.distances + tables.blocks[ch >> 7] * 128;
+    const __m512i places = _mm512_load_si512( LANES.places );
+    const __m512i next   = _mm512_add_epi8( places, _mm512_set1_epi8( 1 ) );
 
     return {
-        repeat16( ch >> 7 ),
-        { _mm512_loadu_si512( row ), _mm512_loadu_si512( row + 32 ), _mm512_loadu_si512( row + 64 ),
-          _mm512_loadu_si512( row + 96 ) } };
+        _mm512_castsi512_si256( _mm512_permutex2var_epi8( low, next, high ) ),
+        _mm512_castsi512_si256( _mm512_permutex2var_epi8( low, places, high ) ) };
 }
 
-// Adds the distances of the characters of a block to those that were found, and leaves the others.
-QV___KERNEL_64 inline __mmask16 takeDistances( const CaseBlock &block, __m512i in, __mmask16 left, __m512i *grow )
+QV___KERNEL_64 inline __m256i lookUp( const Table &table, __m256i at )
 {
-    __mmask16 here  = _mm512_mask_cmpeq_epi32_mask( left, _mm512_srli_epi32( in, 7 ), block.number );
-    __mmask16 upper = _mm512_mask_test_epi32_mask( here, in, repeat16( 64 ) );
-    __m512i   low   = _mm512_permutex2var_epi16( block.quarters[0], in, block.quarters[1] );
-    __m512i   high  = _mm512_permutex2var_epi16( block.quarters[2], in, block.quarters[3] );
+    return _mm512_castsi512_si256( lookUp( table, _mm512_castsi256_si512( at ) ) );
+}
 
-    *grow = _mm512_mask_mov_epi32( _mm512_mask_mov_epi32( *grow, here, low ), upper, high );
+QV___KERNEL_64 inline __m256i repeatByte( uint32_t value )
+{
+    return _mm256_set1_epi8( static_cast< char >( value ) );
+}
 
-    return static_cast< __mmask16 >( left & ~here );
+// In each byte the bit that its 3 lowest bits tell.
+QV___KERNEL_64 inline __m256i bitAt( __m256i place )
+{
+    const __m256i bits = _mm256_set1_epi64x( static_cast< int64_t >( 0x8040201008040201 ) );
+
+    return _mm256_shuffle_epi8( bits, _mm256_and_si256( place, repeatByte( 7 ) ) );
 }
 } // namespace
 
-QV___KERNEL_64 QV_INT qv::mapCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to )
-{
-    const __mmask32 LOWER = 0x55555555; // the lower halves of all lanes
-
-    // The blocks of most texts are the last two.
-    CaseBlock last = caseBlockOf( tables, 0x80 ), before = last;
-
-    for( QV_INT i = 0; i < count; i += 16 )
-    {
-        QV_INT    size  = count - i < 16 ? count - i : 16;
-        __mmask16 there = static_cast< __mmask16 >( lowest( size ) );
-        __m512i   in    = size == 16 ? _mm512_loadu_si512( chs + i ) : _mm512_maskz_loadu_epi32( there, chs + i );
-
-        __mmask16 letters =
-            _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( tables.asciiFirst ) ), repeat16( 26 ) );
-        __m512i   mapped = _mm512_mask_xor_epi32( in, letters, in, repeat16( 0x20 ) );
-        __mmask16 left   = _mm512_mask_test_epi32_mask( there, in, repeat16( ~0x7Fu ) );
-
-        if( left == 0 )
-        {
-            store16( to + i, mapped, size );
-            continue;
-        }
-
-        for( Range range : tables.caseless )
-            left = _mm512_mask_cmpge_epu32_mask(
-                left, _mm512_sub_epi32( in, repeat16( range.first ) ), repeat16( range.end - range.first ) );
-
-        if( left == 0 )
-        {
-            store16( to + i, mapped, size );
-            continue;
-        }
-
-        __m512i grow = _mm512_setzero_si512();
-        left         = takeDistances( last, in, left, &grow );
-        left         = takeDistances( before, in, left, &grow );
-
-        while( __builtin_expect( left, 0 ) )
-        {
-            before = last;
-            last   = caseBlockOf( tables, chs[i + __builtin_ctz( left )] );
-            left   = takeDistances( last, in, left, &grow );
-        }
-
-        __mmask32 longer =
-            _mm512_mask_cmpeq_epi16_mask( LOWER, grow, _mm512_set1_epi16( static_cast< short >( tables.none ) ) );
-        mapped = _mm512_mask_add_epi16( mapped, LOWER, mapped, grow );
-
-        if( longer )
-        {
-            size = __builtin_ctz( longer ) / 2;
-            store16( to + i, mapped, size );
-            return i + size;
-        }
-
-        store16( to + i, mapped, size );
-    }
-
-    return count;
-}
-
-QV___KERNEL_64 uint32_t qv::mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to )
+QV___KERNEL_64 bool qv::areOrdered64(
+    const QV_CHAR *chs, QV_INT count, QV_CHAR limit, const uint8_t *inert, const uint8_t *classes, FewChecked *checked )
 {
     QV_ASSERT( count > 0 && count <= 32 );
+    *checked = { 0, 0, false };
 
-    const int FEW_LEFT = 5; // not worth the latency of a block
-
+    // As above, but 32 characters as bytes, and only the tables that are needed. What counts is how many steps follow from
+    // each other, so that no table waits for what another one tells.
     uint64_t there = lowest( count );
-    __m512i  in[2] = {
-        _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there ), chs ),
-        _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), chs + 16 ) };
-    __m512i   mapped[2];
-    __mmask16 left[2];
+    __m512i  low   = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there ), chs );
+    __m512i  high  = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 ), chs + 16 );
+    __m512i  most  = _mm512_max_epu32( low, high );
 
-    for( int i = 0; i < 2; i++ )
+    if( _mm512_cmpge_epu32_mask( most, repeat16( limit ) ) == 0 )
+        return true;
+
+    FewBytes  bytes = bytesOf( low, high );
+    __m256i   block = bitAt( _mm256_srli_epi16( bytes.lower, 5 ) );
+    __mmask32 stay  = _mm256_test_epi8_mask( lookUp( tableOf( inert ), bytes.upper ), block );
+    __mmask32 known = UINT32_MAX; // which are below 0x10000
+
+    if( _mm512_cmpge_epu32_mask( most, repeat16( 0x10000 ) ) != 0 )
     {
-        __mmask16 letters =
-            _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in[i], repeat16( tables.asciiFirst ) ), repeat16( 26 ) );
-        mapped[i] = _mm512_mask_xor_epi32( in[i], letters, in[i], repeat16( 0x20 ) );
-        left[i]   = _mm512_test_epi32_mask( in[i], repeat16( ~0x7Fu ) );
-        _mm512_storeu_si512( to + 16 * i, mapped[i] );
+        __mmask32 next = below( low, 0x20000 ) | static_cast< uint32_t >( below( high, 0x20000 ) ) << 16;
+        known          = below( low, 0x10000 ) | static_cast< uint32_t >( below( high, 0x10000 ) ) << 16;
+        stay           = ( stay & known )
+               | ( _mm256_test_epi8_mask( lookUp( tableOf( inert + 512 ), bytes.upper ), block ) & next & ~known );
     }
 
-    if( ( left[0] | left[1] ) == 0 )
-        return 0;
+    if( stay == UINT32_MAX )
+        return true;
 
-    for( int i = 0; i < 2; i++ )
-        for( Range range : tables.caseless )
-            left[i] = _mm512_mask_cmpge_epu32_mask(
-                left[i], _mm512_sub_epi32( in[i], repeat16( range.first ) ), repeat16( range.end - range.first ) );
+    // Below 0x800 each character has a bit of its own, and the marks of two blocks a class.
+    __m256i eighth = _mm256_ternarylogic_epi32(
+        repeatByte( 0x1F ), _mm256_srli_epi16( bytes.lower, 3 ), _mm256_slli_epi16( bytes.upper, 5 ), 0xCA );
+    __mmask32 small = _mm256_mask_cmplt_epu8_mask( known, bytes.upper, repeatByte( 8 ) );
+    __mmask32 alone =
+        _mm256_mask_test_epi8_mask( small, lookUp( tableOf( inert + 256 ), eighth ), bitAt( bytes.lower ) );
 
-    uint32_t all = left[0] | static_cast< uint32_t >( left[1] ) << 16;
+    __mmask32 second = _mm256_movepi8_mask( bytes.lower );
+    __mmask32 isNear = known
+                       & ( ( _mm256_cmpeq_epi8_mask( bytes.upper, repeatByte( 3 ) ) & ~second )
+                           | ( _mm256_cmpeq_epi8_mask( bytes.upper, repeatByte( 5 ) ) & second ) );
+    __m256i   now  = _mm256_maskz_mov_epi8( isNear, lookUp( tableOf( classes ), bytes.lower ) );
+    __m256i   prev = _mm256_alignr_epi8( now, _mm256_permute2x128_si256( now, now, 0x08 ), 15 );
+    __mmask32 down = _mm256_mask_cmplt_epu8_mask( _mm256_test_epi8_mask( now, now ), now, prev )
+                     | _mm256_cmpeq_epi8_mask( now, repeatByte( 255 ) );
 
-    // Many characters are worth a block: that of the first of them, and of most in a text of few.
-    if( __builtin_popcount( all ) <= FEW_LEFT )
-        return all;
+    *checked = { ~( stay | alone | isNear ), _mm256_test_epi8_mask( now, now ), known != UINT32_MAX };
 
-    const __mmask32 LOWER = 0x55555555; // the lower halves of all lanes
-    const __m512i   none  = repeat16( tables.none );
-    CaseBlock       block = caseBlockOf( tables, chs[__builtin_ctz( all )] );
-
-    for( int i = 0; i < 2; i++ )
-    {
-        __m512i   grow   = _mm512_setzero_si512();
-        __mmask16 more   = takeDistances( block, in[i], left[i], &grow );
-        grow             = _mm512_maskz_mov_epi16( LOWER, grow );
-        __mmask16 longer = _mm512_cmpeq_epi32_mask( grow, none );
-        left[i]          = more | longer;
-        _mm512_storeu_si512( to + 16 * i, _mm512_mask_add_epi16( mapped[i], LOWER, mapped[i], grow ) );
-    }
-
-    return left[0] | static_cast< uint32_t >( left[1] ) << 16;
+    return down == 0;
 }
 
 QV___KERNEL_64 bool qv::takePlainInt64( const QV_CHAR *chs, QV_INT count, QV_INT *value )
@@ -599,16 +492,6 @@ QV___KERNEL_64 QV_INT qv::findLineEnd64( const QV_CHAR *chs, QV_INT offset, QV_I
 
 #else
 
-QV_INT qv::mapCase64( const CaseTables &, const QV_CHAR *, QV_INT, QV_CHAR * )
-{
-    return 0;
-}
-
-uint32_t qv::mapFewCase64( const CaseTables &, const QV_CHAR *, QV_INT, QV_CHAR * )
-{
-    return 0;
-}
-
 bool qv::takePlainInt64( const QV_CHAR *, QV_INT, QV_INT * )
 {
     return false;
@@ -639,7 +522,7 @@ QV_INT qv::encodeBytes64( const vectors::CharBytes ( & )[2], const QV_CHAR *, QV
     return 0;
 }
 
-bool qv::areOrdered64( const QV_CHAR *, QV_INT, QV_CHAR, const uint8_t *, const uint8_t *, uint32_t * )
+bool qv::areOrdered64( const QV_CHAR *, QV_INT, QV_CHAR, const uint8_t *, const uint8_t *, vectors::FewChecked * )
 {
     return false;
 }

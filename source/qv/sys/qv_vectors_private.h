@@ -476,18 +476,21 @@ struct CaseTables
 {
     const uint8_t  *blocks;
     const uint16_t *distances;
+    const uint16_t *values;   /**< the mappings of characters to several: the length above 14 bits, the place below */
+    const QV_CHAR  *mappings; /**< what the places are in */
     uint16_t        none;
     QV_CHAR         asciiFirst;
     vectors::Range  caseless[3];
+    vectors::Range  marks; /**< characters without case as well, below 0x10000 */
 };
 
 /** Maps characters, which are below 0x110000, up to the first without a distance; returns how many. With the vectors of 64
     bytes; without them it returns 0. */
 QV_INT mapCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
 
-/** Maps 1 to 32 characters without the tables of distances, where there are 32 places; with the vectors of 64 bytes,
-    which are there. Returns a bit for each character that has a distance, or none, which it copies. */
-uint32_t mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
+/** Maps 1 to 32 characters, which are below 0x110000, where there are 32 places; with the vectors of 64 bytes, which are
+    there. Returns how many they become, or 0 if that is above 32, or not to be told here. */
+QV_INT mapFewCase64( const CaseTables &tables, const QV_CHAR *chs, QV_INT count, QV_CHAR *to );
 
 /** Makes a number of eight characters below 0x110000 that orders as they do: each plus 1 as a byte, the first one most
     significant. False if one of them is above `highest`, which is at most 0xFD. */
@@ -591,11 +594,35 @@ inline QV_INT widenOutside( const uint8_t *bytes, QV_INT count, uint8_t first, i
 QV_INT orderedGroups64(
     const QV_CHAR *chs, QV_INT count, const uint8_t *inert, const uint8_t *classes, uint32_t *last );
 
+namespace vectors
+{
+/** What a check tells of few characters, a bit for each. */
+struct FewChecked
+{
+    uint32_t left;   /**< those that the tables do not tell */
+    uint32_t marks;  /**< those that have a class, or end the run */
+    bool     isWide; /**< any of them is above 0xFFFF */
+};
+
+/** What is to stand in the place of one character: 1 to 18 others, in the lower 24 bits. */
+struct Replacement
+{
+    QV_INT          place;
+    QV_INT          length;
+    const uint32_t *chars;
+};
+} // namespace vectors
+
 /** Whether a text of 1 to 32 characters is inert, below `limit` or by the tables of orderedGroups64(), but for marks in
-    order; with the vectors of 64 bytes, which are there. `left` becomes a bit for each character that these tables do not
-    tell: the caller makes sure that all of them are inert. */
+    order; with the vectors of 64 bytes, which are there. The caller makes sure that those are inert which are left. */
 bool areOrdered64(
-    const QV_CHAR *chs, QV_INT count, QV_CHAR limit, const uint8_t *inert, const uint8_t *classes, uint32_t *left );
+    const QV_CHAR *chs, QV_INT count, QV_CHAR limit, const uint8_t *inert, const uint8_t *classes,
+    vectors::FewChecked *checked );
+
+/** Replaces some of 1 to 32 characters, in their order, where there are 32 places and all characters are below 0x10000;
+    with the vectors of 64 bytes, which are there. The result has 32 at most. */
+void replaceFew64(
+    const QV_CHAR *chs, QV_INT count, const vectors::Replacement *all, QV_INT replacements, QV_CHAR *to );
 
 /** Reads an integer of 1 to 19 digits from U'0' to U'9' and nothing else but a minus sign before them, with the vectors of
     64 bytes. False if it is something else or out of range, and without them. */

@@ -8,6 +8,7 @@
 
 namespace
 {
+using qv::unicode::FEW_CASE;
 using qv::unicode::LONGER_MAPPING;
 using qv::unicode::lookUp;
 
@@ -16,15 +17,15 @@ using qv::unicode::lookUp;
 const qv::vectors::Range CASELESS[]     = { { 0, U'A' }, { 0x2E80, 0xA640 }, { 0xA800, 0xFB00 } };
 const QV_CHAR            FIRST_CASELESS = CASELESS[1].first;
 
+// Marks after letters.
+const qv::vectors::Range MARKS = { 0x300, 0x345 };
+
 // No character from here on has case.
 const QV_CHAR PAST_CASE = 0x10450;
 
 // Fewer characters are not worth the start of the vectors of 64 bytes. Where characters that map to several end them sooner,
 // they pause for a piece, then for four times as much each time.
 const QV_INT LONG = 64, LEAST_PIECE = 8, MOST_PIECE = 4096;
-
-// So many are taken at once without their tables.
-const QV_INT FEW = 32;
 
 template< const uint8_t *blocks, const uint16_t *distances >
 bool allStay( const QV_CHAR *chs, QV_INT count )
@@ -113,48 +114,37 @@ qv::unicode::CaseMapped mapGroups( const QV_CHAR *from, QV_INT length, QV_CHAR *
     return { i, count };
 }
 
-// The same, of texts of few characters and 32 places at least with the vectors of 64 bytes. What these leave is looked up
-// one by one, up to the first that maps to several.
+// True if few characters have become what mapGroups() makes of them.
 template< const uint8_t *blocks, const uint16_t *values, const uint16_t *distances, QV_CHAR asciiFirst >
-qv::unicode::CaseMapped mapFew(
-    const qv::CaseTables &tables, const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room )
+[[maybe_unused]] bool isWhole( const QV_CHAR *from, QV_INT length, const QV_CHAR *to, QV_INT count )
 {
-    QV_INT count = length;
+    QV_CHAR plain[FEW_CASE * qv::unicode::LONGEST_CASE_MAPPING];
+    auto    mapped = mapGroups< blocks, values, distances, asciiFirst >(
+        from, length, plain, FEW_CASE * qv::unicode::LONGEST_CASE_MAPPING );
 
-    for( uint32_t left = qv::mapFewCase64( tables, from, length, to ); left != 0; left &= left - 1 )
-    {
-        QV_INT   i        = __builtin_ctz( left );
-        uint16_t distance = lookUp( blocks, distances, from[i] );
-
-        if( distance == LONGER_MAPPING )
-        {
-            count = i;
-            break;
-        }
-
-        to[i] = qv::addLow( from[i], distance );
-    }
-
-    QV_ASSERT( ( areMapped< blocks, distances >( from, count, to ) ) );
-
-    if( count == length )
-        return { length, length };
-
-    auto rest =
-        mapGroups< blocks, values, distances, asciiFirst >( from + count, length - count, to + count, room - count );
-
-    return { count + rest.read, count + rest.written };
+    return mapped.written == count && std::equal( to, to + count, plain );
 }
 
-// The same, of long texts with the vectors of 64 bytes, which take the three ways at once.
+// The same, of few characters and of long texts with the vectors of 64 bytes, which take the three ways at once.
 template< const uint8_t *blocks, const uint16_t *values, const uint16_t *distances, QV_CHAR asciiFirst >
 qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room )
 {
     static const qv::CaseTables TABLES = {
-        blocks, distances, LONGER_MAPPING, asciiFirst, { CASELESS[1], CASELESS[2], { PAST_CASE, 0x110000 } } };
+        blocks,
+        distances,
+        values,
+        qv::unicode::caseMappings,
+        LONGER_MAPPING,
+        asciiFirst,
+        { CASELESS[1], CASELESS[2], { PAST_CASE, 0x110000 } },
+        MARKS };
 
-    if( length <= FEW && room >= FEW && qv::vectors::has64() )
-        return mapFew< blocks, values, distances, asciiFirst >( TABLES, from, length, to, room );
+    if( length <= FEW_CASE && length > 0 && room >= FEW_CASE && qv::vectors::has64() )
+        if( QV_INT count = qv::mapFewCase64( TABLES, from, length, to ) )
+        {
+            QV_ASSERT( ( isWhole< blocks, values, distances, asciiFirst >( from, length, to, count ) ) );
+            return { length, count };
+        }
 
     if( length < LONG || !qv::vectors::has64() )
         return mapGroups< blocks, values, distances, asciiFirst >( from, length, to, room );

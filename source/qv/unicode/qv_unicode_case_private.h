@@ -8,6 +8,9 @@ namespace qv::unicode
 /** The greatest number of characters that one maps to. */
 const QV_INT LONGEST_CASE_MAPPING = 3;
 
+/** So many characters are mapped at once where the vectors for it are, and there is room for as many. */
+const QV_INT FEW_CASE = 32;
+
 /** How many characters a mapping has read and written. */
 struct CaseMapped
 {

@@ -10,6 +10,8 @@
 #include "qv/unicode/qv_unicode_normalizer_private.h"
 #include "qv/unicode/qv_unicode_normalizer_stages_private.h"
 
+#include <algorithm>
+
 namespace
 {
 using namespace qv::normalizer;
@@ -234,22 +236,28 @@ void writeWhole( QV_UNICODE_NORMALIZER *norm, const QV_CHAR *chs, QV_INT length,
 const QV_INT FEW_CHECKED = 32;
 
 // Whether check() tells that a text of at most FEW_CHECKED characters is in the form, which takes a third of the time.
-inline bool areFewNormal( const QV_CHAR *chs, QV_INT count, QV_INT form )
+inline bool areFewNormal( const QV_CHAR *chs, QV_INT count, QV_INT form, qv::vectors::FewChecked *checked )
 {
-    uint32_t left;
-    bool holds = qv::areOrdered64( chs, count, SIMPLE[form], inertBits + form * 768, markClasses + form * 256, &left );
+    bool holds =
+        qv::areOrdered64( chs, count, SIMPLE[form], inertBits + form * 768, markClasses + form * 256, checked );
 
-    for( ; holds && left != 0; left &= left - 1 )
+    // A mark that the tables do not tell counts as a starter there, so it is compared with both of its neighbours.
+    auto classAt = [=]( QV_INT i )
     {
-        QV_CHAR  ch = chs[__builtin_ctz( left )];
-        uint32_t value =
-            form <= QV_UNICODE_NORMAL_FORM_NFKC ? composedQuickCheck( ch, form & 1 ) : decomposeFully( ch, form & 1 );
+        return form <= QV_UNICODE_NORMAL_FORM_NFKC ? composedQuickCheck( chs[i], form & 1 )
+                                                   : decomposeFully( chs[i], form & 1 );
+    };
 
-        // A mark that the tables do not tell may be in order all the same.
-        if( value > 0 && value < LOOK_CLOSER )
-            return check( chs, count, form ).length == count;
+    for( uint32_t left = checked->left; holds && left != 0; left &= left - 1 )
+    {
+        QV_INT   i     = __builtin_ctz( left );
+        uint32_t value = classAt( i );
 
-        holds = value == 0;
+        if( value != 0 )
+        {
+            uint32_t after = i + 1 < count ? classAt( i + 1 ) : 0;
+            holds = value < LOOK_CLOSER && ( i == 0 || classAt( i - 1 ) <= value ) && ( after == 0 || after >= value );
+        }
     }
 
     QV_ASSERT( holds == ( check( chs, count, form ).length == count ) );
@@ -261,6 +269,52 @@ QV_STRING *createFrom( const QV_CHAR *chs, QV_INT length )
 {
     QV_STRING *result = qv::newString( length, nullptr, QV_STRING_FSPACE );
     qv::copyChars( qv::chars( result ), chs, length );
+
+    return result;
+}
+
+// True if a text has become what it becomes without vectors.
+[[maybe_unused]] bool isWrittenInOrder( const QV_CHAR *chs, QV_INT length, QV_INT form, QV_STRING *written )
+{
+    QV_CHAR room[FEW_ROOM];
+    QV_INT  count = writeInOrder( chs, length, form, room );
+
+    return count == written->length && std::equal( room, room + count, qv::chars( written ) );
+}
+
+// Decomposes at most FEW_CHECKED characters of which those that are not checked are no marks. Null where a character is no
+// starter, takes ordering or is Hangul, and where the result is longer than that.
+[[gnu::noinline]] QV_STRING *decomposeFew( const QV_CHAR *chs, QV_INT length, QV_INT form, uint32_t left )
+{
+    qv::vectors::Replacement all[FEW_CHECKED];
+    QV_INT                   replacements = 0;
+    QV_INT                   count        = length;
+
+    for( ; left != 0; left &= left - 1 )
+    {
+        QV_INT   i     = __builtin_ctz( left );
+        uint32_t value = decomposeFully( chs[i], form & 1 );
+
+        if( value == 0 )
+            continue;
+
+        if( value <= LOOK_CLOSER )
+            return nullptr;
+
+        Decomposition full = fullDecomposition( value );
+        count += full.length - 1;
+
+        if( !full.ordered || count > FEW_CHECKED || ( full.chars[0] & 0xFF0000 ) )
+            return nullptr;
+
+        all[replacements++] = { i, full.length, full.chars };
+    }
+
+    QV_STRING *result = qv::newOpenString( count );
+    qv::replaceFew64( chs, length, all, replacements, qv::chars( result ) );
+    result->dropBack( result->length - count );
+    result->refresh();
+    QV_ASSERT( isWrittenInOrder( chs, length, form, result ) );
 
     return result;
 }
@@ -331,8 +385,14 @@ QV_STRING *qv::normalize( QV_STRING *qvs, QV_INT normalForm )
 
     if( length > 0 && length <= FEW_CHECKED && vectors::has64() )
     {
-        if( areFewNormal( chs, length, normalForm ) )
+        vectors::FewChecked checked;
+
+        if( areFewNormal( chs, length, normalForm, &checked ) )
             return nullptr;
+
+        if( normalForm > QV_UNICODE_NORMAL_FORM_NFKC && checked.marks == 0 && !checked.isWide )
+            if( QV_STRING *result = decomposeFew( chs, length, normalForm, checked.left ) )
+                return result;
     }
     else
     {

@@ -207,9 +207,11 @@ inline uint32_t lastClassOf( QV_CHAR starter )
 
 // Composes a text that begins with a starter, unit by unit: a starter and what comes up to the next one that does not join
 // it. Ends before a unit that only the stages can tell, before the last one unless the text ends with it, or after
-// `patience` units of one character in a row. Nothing is written beyond as many characters as are read.
+// `patience` units of one character in a row. Nothing is written beyond as many characters as are read. Its loop is bound
+// by the fetching of code: where it does not begin with a line of the cache, short texts take a tenth longer.
 template< QV_INT form >
-inline Composed composeInOrder( const QV_CHAR *chs, QV_INT count, QV_CHAR *to, bool isEnd, QV_INT patience )
+[[gnu::aligned( 64 )]] inline Composed composeInOrder(
+    const QV_CHAR *chs, QV_INT count, QV_CHAR *to, bool isEnd, QV_INT patience )
 {
     Composed done  = { 0, 0, 0, 0 };
     QV_INT   alone = 0;
