@@ -6,6 +6,7 @@
 #include "qv/runtime/qv_ref.h"
 
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <time.h>
 
@@ -69,9 +70,11 @@ char *findValue( FILE *file, const char *key, char ( &line )[LINE_SIZE + 1] )
 }
 } // namespace
 
+// A zone in the environment counts as it stands at the start. The computer's is read from a file at the first question.
 void qv___TimezoneStartup( void )
 {
-    tzset();
+    if( getenv( "TZ" ) )
+        tzset();
 }
 
 void qv___TimezoneShutdown( void )
