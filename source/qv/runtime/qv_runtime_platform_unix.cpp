@@ -149,6 +149,33 @@ QV_STRING *defaultPath( const PathRule &rule )
     return path.give();
 }
 
+// Whether the last directory of a path is there or can be made, and so all before it.
+bool isMade( QV_STRING *path )
+{
+    return qvFileIsDirectory( path ) || qvFileCreateDirectory( path );
+}
+
+// Makes the directories of the run. The data path is there if one below it is, which saves a look.
+void setUpDataPaths()
+{
+    qv::KeptError kept;
+    QV_STRING    *data   = qv___RuntimePlatformPaths[QV_RUNTIME_PATH_DATA];
+    bool          isDone = !data;
+
+    for( QV_INT i = QV_RUNTIME_PATH_DATA + 1; i < QV___RUNTIME_PATH_COUNT; i++ )
+    {
+        QV_STRING *path = qv___RuntimePlatformPaths[i];
+
+        if( path && !isMade( path ) )
+            qv___RuntimePlatformUnixSetupPath( path );
+        else if( path && data && qvStringBeginsWith( path, data ) )
+            isDone = true;
+    }
+
+    if( !isDone )
+        qv___RuntimePlatformUnixSetupPath( data );
+}
+
 // The name of the first processor, from its line; null if there is none.
 QV_STRING *cpuModel()
 {
@@ -285,10 +312,9 @@ void qv___RuntimePlatformStartup( void )
             found = modulesBesideLibrary();
 
         qv___RuntimePlatformPaths[path] = found ? found : defaultPath( rule );
-
-        if( path >= QV_RUNTIME_PATH_DATA && qv___RuntimePlatformPaths[path] )
-            qv___RuntimePlatformUnixSetupPath( qv___RuntimePlatformPaths[path] );
     }
+
+    setUpDataPaths();
 }
 
 void qv___RuntimePlatformShutdown( void )
@@ -315,8 +341,7 @@ void qv___RuntimePlatformUnixSetupPath( QV_STRING *path )
 
     qv::KeptError kept;
 
-    // Where the last directory is there or can be made, all before it are there.
-    if( qvFileIsDirectory( path ) || qvFileCreateDirectory( path ) )
+    if( isMade( path ) )
         return;
 
     qv::Ref< QV_VECTOR > pieces( qvStringSplitChar( path, qvFilePathDelimiter(), -1 ) );
