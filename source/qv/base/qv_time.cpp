@@ -12,8 +12,8 @@
 
 namespace
 {
-time_t qv___TimeProcessStarted =
-    0; // a Time when it is asked for: to make one, the C library reads the file of its zone
+// No Time before it is asked for: to make one, the C library reads the file of its zone.
+time_t qv___TimeProcessStarted = 0;
 
 // The calendar repeats itself, weekdays included, every 400 years, an era. Computations take a date as the number of
 // its era and the day in that era, so that they take no steps through the years and no count of days overflows.

@@ -16,6 +16,7 @@
 #include "qv/runtime/qv_runtime_joined_private.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 
 #include <dlfcn.h>
@@ -39,12 +40,17 @@ struct PathRule
     const char *belowData; // null where the path has a place
 };
 
+// clang-format off
 const PathRule RULES[QV___RUNTIME_PATH_COUNT] = {
-    { "_BIN_PATH", "/bin/", nullptr },    { "_RES_PATH", "/res/", nullptr },
-    { "_DATA_PATH", nullptr, nullptr },   { "_STORAGE_PATH", nullptr, "storage/" },
-    { "_TRACE_PATH", nullptr, "trace/" }, { "_ABORT_PATH", nullptr, "abort/" },
-    { "_TEMP_PATH", nullptr, "temp/" },
+    { "_BIN_PATH",     "/bin/", nullptr },
+    { "_RES_PATH",     "/res/", nullptr },
+    { "_DATA_PATH",    nullptr, nullptr },
+    { "_STORAGE_PATH", nullptr, "storage/" },
+    { "_TRACE_PATH",   nullptr, "trace/" },
+    { "_ABORT_PATH",   nullptr, "abort/" },
+    { "_TEMP_PATH",    nullptr, "temp/" },
 };
+// clang-format on
 
 const QV_INT COMPUTER_NAME_SIZE = 256;
 
@@ -174,6 +180,8 @@ void setUpDataPaths()
 
     if( !isDone )
         qv___RuntimePlatformUnixSetupPath( data );
+
+    QV_ASSERT( !data || !isDone || qvFileIsDirectory( data ) );
 }
 
 // The name of the first processor, from its line; null if there is none.
