@@ -16,6 +16,9 @@ const size_t LINE_SIZE = 128;
 
 const char BLANKS[] = " \t\n";
 
+// Whether the C library's zone is that of an earlier start, or none yet.
+bool zoneIsOpen = false;
+
 // Reads the next line, without its end; of a longer one the first 128 bytes. False if there is none.
 bool readLine( FILE *file, char ( &line )[LINE_SIZE + 1] )
 {
@@ -70,10 +73,13 @@ char *findValue( FILE *file, const char *key, char ( &line )[LINE_SIZE + 1] )
 }
 } // namespace
 
-// A zone in the environment counts as it stands at the start. The computer's is read from a file at the first question.
+// A zone in the environment counts as it stands at the start. The computer's is read from a file: without one in the
+// environment the first question looks, by then also at the environment.
 void qv___TimezoneStartup( void )
 {
-    if( getenv( "TZ" ) )
+    zoneIsOpen = !getenv( "TZ" );
+
+    if( !zoneIsOpen )
         tzset();
 }
 
@@ -129,6 +135,13 @@ QV_STRING *qvTimezone( void )
 QV_INT qvTimezoneUtcOffset( void )
 {
     const long LIMIT = 86400;
+
+    // Threads that ask first at the same time may all look.
+    if( __atomic_load_n( &zoneIsOpen, __ATOMIC_RELAXED ) )
+    {
+        tzset();
+        __atomic_store_n( &zoneIsOpen, false, __ATOMIC_RELAXED );
+    }
 
     time_t    now = time( nullptr );
     struct tm local;
