@@ -150,6 +150,7 @@ TEST( Runtime, PathsComeFromTheEnvironment )
 
             EXPECT_EQ( dataPaths( data + "/" ), paths( "XZ_MORVANE_DATA_PATH", data ) );
             EXPECT_EQ( dataPaths( home + "/.opt/wexcraft/morvane/" ), paths( "HOME", home ) );
+            EXPECT_EQ( dataPaths( home + "/.opt/wexcraft/morvane/" ), paths( "HOME", home + "\xC3" ) );
 
             for( const char *folder : { "", "/storage", "/trace", "/abort", "/temp" } )
                 EXPECT_TRUE( fs::is_directory( data + folder ) ) << folder;

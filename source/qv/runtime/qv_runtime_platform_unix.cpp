@@ -92,8 +92,15 @@ QV_STRING *defaultDataPath()
 
     const char *home = getenv( "HOME" );
 
-    return home ? qv::Joined( { home, "/.opt/wexcraft/", qv___RuntimeVersionProductNameCstr(), "/" } ).string()
-                : nullptr;
+    if( !home )
+        return nullptr;
+
+    // Decoded by itself: of a character that breaks off at its end nothing is left, where one before other text is
+    // replaced.
+    qv::Ref< QV_STRING > path( qvStringCreateFromCstr( home, -1 ) );
+    qvStringAppend( path.at(), qv::Ref< QV_STRING >( withProduct( "/.opt/wexcraft/", "/" ) ) );
+
+    return path.give();
 }
 
 // The file that the library is in, for dl_iterate_phdr(): dladdr() would search all symbols for the name of one.
