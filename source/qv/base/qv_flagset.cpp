@@ -69,6 +69,17 @@ void freeFlagset( QV_OBJ *thisObj )
     return true;
 }
 
+// The bits that have names.
+QV_INT bitsOf( std::span< const qv::NamedFlag > names )
+{
+    QV_INT bits = 0;
+
+    for( const qv::NamedFlag &flag : names )
+        bits |= flag.value;
+
+    return bits;
+}
+
 // The flags that the pieces of a text between vertical bars name: by `valueOf( name )`, which returns 0 for any other
 // text, or by a number, of which the bits in `named` count.
 template< class ValueOf >
@@ -204,7 +215,7 @@ QV_INT qvFlagsetParse( QV_FLAGSET *fs, QV_STRING *flags )
 QV_STRING *qv::generateFlags( std::span< const NamedFlag > names, QV_INT flags )
 {
     checkRun();
-    QV_ASSERT( areInOrder( names ) );
+    QV_ASSERT( areInOrder( names ) && !( flags & ~bitsOf( names ) ) );
     Ref< QV_STRING > result( qvStringCreate() );
 
     for( const NamedFlag &flag : names )
@@ -216,11 +227,6 @@ QV_STRING *qv::generateFlags( std::span< const NamedFlag > names, QV_INT flags )
 
 QV_INT qv::parseFlags( std::span< const NamedFlag > names, QV_STRING *flags )
 {
-    QV_INT named = 0;
-
-    for( const NamedFlag &flag : names )
-        named |= flag.value;
-
     auto valueOf = [names]( QV_STRING *name )
     {
         for( const NamedFlag &flag : names )
@@ -230,7 +236,7 @@ QV_INT qv::parseFlags( std::span< const NamedFlag > names, QV_STRING *flags )
         return QV_INT( 0 );
     };
 
-    return parsePieces( flags, named, valueOf );
+    return parsePieces( flags, bitsOf( names ), valueOf );
 }
 
 /* The forms with text from outside ------------------------------------------------------------------------------- */

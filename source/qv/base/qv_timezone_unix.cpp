@@ -16,7 +16,7 @@ const size_t LINE_SIZE = 128;
 
 const char BLANKS[] = " \t\n";
 
-// Whether the C library's zone is that of an earlier start, or none yet.
+// Whether the C library has yet to look for the zone of this run: it may still have that of an earlier one.
 bool zoneIsOpen = false;
 
 // Reads the next line, without its end; of a longer one the first 128 bytes. False if there is none.
