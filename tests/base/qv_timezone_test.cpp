@@ -123,3 +123,25 @@ TEST( Timezone, TheOffset )
                 EXPECT_EQ( row.offset, qvTimezoneUtcOffset() ) << row.zone << " at " << row.now;
             } );
 }
+
+TEST( Timezone, EachStartTakesTheZoneAnew )
+{
+    expectInOwnRun(
+        []
+        {
+            for( const char *zone : { "XXX-5:17", "XXX+3" } )
+            {
+                setenv( "TZ", zone, 1 );
+                restart( 0 );
+                unsetenv( "TZ" ); // too late for this run
+                EXPECT_EQ( zone[3] == '-' ? 19020 : -10800, qvTimezoneUtcOffset() );
+            }
+
+            restart( 0 );
+            QV_INT    offset = qvTimezoneUtcOffset();
+            time_t    now    = time( nullptr );
+            struct tm local;
+            tzset();
+            EXPECT_EQ( localtime_r( &now, &local )->tm_gmtoff, offset );
+        } );
+}

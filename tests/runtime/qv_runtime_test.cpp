@@ -150,6 +150,7 @@ TEST( Runtime, PathsComeFromTheEnvironment )
 
             EXPECT_EQ( dataPaths( data + "/" ), paths( "XZ_MORVANE_DATA_PATH", data ) );
             EXPECT_EQ( dataPaths( home + "/.opt/wexcraft/morvane/" ), paths( "HOME", home ) );
+            EXPECT_EQ( dataPaths( home + "/.opt/wexcraft/morvane/" ), paths( "HOME", home + "\xC3" ) );
 
             for( const char *folder : { "", "/storage", "/trace", "/abort", "/temp" } )
                 EXPECT_TRUE( fs::is_directory( data + folder ) ) << folder;
@@ -168,6 +169,13 @@ TEST( Runtime, PathsComeFromTheEnvironment )
             EXPECT_TRUE( fs::is_directory( scratch() + "a/b/trace" ) );
             EXPECT_THAT( paths( "XZ_MORVANE_BIN_PATH", "relative" ), testing::StartsWith( "relative/\n/opt/" ) );
             EXPECT_FALSE( fs::exists( "relative" ) );
+
+            // The data path is made also if nothing lies below it.
+            for( const char *variable : { "STORAGE", "TRACE", "ABORT", "TEMP" } )
+                setenv( ( "XZ_MORVANE_" + std::string( variable ) + "_PATH" ).c_str(), data.c_str(), 1 );
+
+            static_cast< void >( paths( "XZ_MORVANE_DATA_PATH", data + "2" ) );
+            EXPECT_TRUE( fs::is_directory( data + "2" ) );
         } );
 }
 

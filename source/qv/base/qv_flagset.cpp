@@ -58,6 +58,51 @@ void freeFlagset( QV_OBJ *thisObj )
 
     return all;
 }
+
+// Whether constant names stand in the order of their bits, of which each has one.
+[[maybe_unused]] bool areInOrder( std::span< const qv::NamedFlag > names )
+{
+    for( size_t i = 0; i < names.size(); i++ )
+        if( qvIntBitCount( names[i].value ) != 1 || ( i > 0 && names[i - 1].value >= names[i].value ) )
+            return false;
+
+    return true;
+}
+
+// The bits that have names.
+QV_INT bitsOf( std::span< const qv::NamedFlag > names )
+{
+    QV_INT bits = 0;
+
+    for( const qv::NamedFlag &flag : names )
+        bits |= flag.value;
+
+    return bits;
+}
+
+// The flags that the pieces of a text between vertical bars name: by `valueOf( name )`, which returns 0 for any other
+// text, or by a number, of which the bits in `named` count.
+template< class ValueOf >
+QV_INT parsePieces( QV_STRING *text, QV_INT named, ValueOf valueOf )
+{
+    QV_INT               result = 0;
+    qv::Ref< QV_VECTOR > pieces( qvStringSplitChar( text, U'|', -1 ) );
+
+    for( QV_INT i = 0; i < qvVectorLength( pieces ); i++ )
+    {
+        qv::Ref< QV_STRING > piece( qvStringFrom( qvVectorObjAt( pieces, i ) ) );
+        qvStringTrim( piece.at() );
+
+        QV_INT number;
+
+        if( QV_INT value = valueOf( piece ) )
+            result |= value;
+        else if( qv::scansAsInt( piece, -1, &number ) )
+            result |= number & named;
+    }
+
+    return result;
+}
 } // namespace
 
 QV___FAMILY( Flagset, QV_FLAGSET, freeFlagset, nullptr, nullptr )
@@ -70,25 +115,6 @@ QV_FLAGSET *qvFlagsetCreate( void )
     for( QV_STRING *&name : fs->bitNames )
         name = nullptr;
 
-    return fs;
-}
-
-QV_FLAGSET *qv::createFlagset( std::span< const NamedFlag > flags )
-{
-    QV_FLAGSET *fs = qvFlagsetCreate();
-
-    for( const NamedFlag &flag : flags )
-    {
-        Ref< QV_STRING >    name( qvStringCreateFromAscii( flag.name, -1 ) );
-        Ref< QV_BOXED_INT > value( qvBoxedIntCreate( flag.value ) );
-        QV_ASSERT( qvNameUpperCaseOk( name, QV_TRUE ) && !qvDictHasStringKey( fs->nameToValue, name ) );
-        QV_ASSERT( qvIntBitCount( flag.value ) == 1 && !fs->bitNames[qvIntBitLowest( flag.value )] );
-
-        qvDictSetStringKey( &fs->nameToValue, name, qvBoxedIntObj( value ) );
-        fs->setNameOf( value, name );
-    }
-
-    QV_ASSERT( isSoundFlagset( fs ) );
     return fs;
 }
 
@@ -175,28 +201,42 @@ QV_INT qvFlagsetParse( QV_FLAGSET *fs, QV_STRING *flags )
     QV_CHECK( fs );
     QV_CHECK( flags );
 
-    QV_INT named = 0, result = 0;
+    QV_INT named = 0;
 
     for( QV_INT bit = 0; bit < QV_INT_BITS; bit++ )
         if( fs->bitNames[bit] )
             named = qvIntBitSet( named, bit );
 
-    qv::Ref< QV_VECTOR > pieces( qvStringSplitChar( flags, U'|', -1 ) );
+    return parsePieces( flags, named, [fs]( QV_STRING *name ) { return qvFlagsetFlag( fs, name ); } );
+}
 
-    for( QV_INT i = 0; i < qvVectorLength( pieces ); i++ )
+/* Constant names ------------------------------------------------------------------------------------------------- */
+
+QV_STRING *qv::generateFlags( std::span< const NamedFlag > names, QV_INT flags )
+{
+    checkRun();
+    QV_ASSERT( areInOrder( names ) && !( flags & ~bitsOf( names ) ) );
+    Ref< QV_STRING > result( qvStringCreate() );
+
+    for( const NamedFlag &flag : names )
+        if( flags & flag.value )
+            qvStringDelimitedAppendCharDelimiter( result.at(), asString( flag.name, -1 ), U'|' );
+
+    return result.give();
+}
+
+QV_INT qv::parseFlags( std::span< const NamedFlag > names, QV_STRING *flags )
+{
+    auto valueOf = [names]( QV_STRING *name )
     {
-        qv::Ref< QV_STRING > piece( qvStringFrom( qvVectorObjAt( pieces, i ) ) );
-        qvStringTrim( piece.at() );
+        for( const NamedFlag &flag : names )
+            if( qvStringEqualsCstr( name, flag.name, -1 ) )
+                return flag.value;
 
-        QV_INT number;
+        return QV_INT( 0 );
+    };
 
-        if( QV_INT value = qvFlagsetFlag( fs, piece ) )
-            result |= value;
-        else if( qv::scansAsInt( piece, -1, &number ) )
-            result |= number & named;
-    }
-
-    return result;
+    return parsePieces( flags, bitsOf( names ), valueOf );
 }
 
 /* The forms with text from outside ------------------------------------------------------------------------------- */

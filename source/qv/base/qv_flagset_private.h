@@ -15,8 +15,10 @@ struct NamedFlag
     QV_INT      value;
 };
 
-/** A new Flagset of flags with different names and values of one bit each, as qvFlagsetSetFlag() would enter them. */
-QV_FLAGSET *createFlagset( std::span< const NamedFlag > flags );
+/** What qvFlagsetGenerate() and qvFlagsetParse() do with a Flagset of these flags, which stand in the order of their
+    bits, one each: without one there is nothing to start. `flags` has no bits without a name. */
+QV_STRING *generateFlags( std::span< const NamedFlag > names, QV_INT flags );
+QV_INT     parseFlags( std::span< const NamedFlag > names, QV_STRING *flags );
 } // namespace qv
 
 /** A constant by its own name. */

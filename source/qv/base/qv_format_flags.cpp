@@ -3,9 +3,6 @@
 #include "qv/base/qv_flagset_private.h"
 #include "qv/base/qv_format_private.h"
 #include "qv/runtime/qv_component_private.h"
-#include "qv/runtime/qv_ref.h"
-
-QV_FLAGSET *qv___FormatFlagsFlagset = nullptr;
 
 namespace
 {
@@ -19,12 +16,10 @@ const qv::NamedFlag FLAGS[] = {
 
 void qv___FormatFlagsStartup( void )
 {
-    qv___FormatFlagsFlagset = qv::createFlagset( FLAGS );
 }
 
 void qv___FormatFlagsShutdown( void )
 {
-    qv::drop( qv___FormatFlagsFlagset );
 }
 
 QV_INT qvFormatFlagsNormalize( QV_INT flags )
@@ -46,10 +41,10 @@ QV_INT qvFormatFlagsNormalize( QV_INT flags )
 QV_INT qvFormatFlagsFromString( QV_STRING *qvs )
 {
     QV_CHECK( qvs );
-    return qvFormatFlagsNormalize( qvFlagsetParse( qv___FormatFlagsFlagset, qvs ) );
+    return qvFormatFlagsNormalize( qv::parseFlags( FLAGS, qvs ) );
 }
 
 QV_STRING *qvFormatFlagsToString( QV_INT flags )
 {
-    return qvFlagsetGenerate( qv___FormatFlagsFlagset, qvFormatFlagsNormalize( flags ) );
+    return qv::generateFlags( FLAGS, qvFormatFlagsNormalize( flags ) );
 }

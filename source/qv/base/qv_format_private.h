@@ -7,9 +7,6 @@
 
 #include <algorithm>
 
-/** The names of the format flags. */
-QV_API QV_FLAGSET *qv___FormatFlagsFlagset;
-
 /** The engine: a new text of the format and its arguments, owned by the caller. Reads the arguments from the list at
     `argList`, which advances. */
 QV_API QV_STRING *qv___FormatArgList( QV_STRING *fmt, va_list *argList );

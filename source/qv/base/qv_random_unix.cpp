@@ -74,7 +74,9 @@ void qv___RandomStartup( void )
     qv___RandomBuffer  = qvBufferCreate();
     qv___RandomFd      = open( "/dev/urandom", O_RDONLY | O_CLOEXEC );
 
-    srand( static_cast< unsigned >( time( nullptr ) ) );
+    if( qv___RandomFd < 0 )
+        srand( static_cast< unsigned >( time( nullptr ) ) );
+
     fillPool();
 }
 

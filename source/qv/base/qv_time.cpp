@@ -12,7 +12,8 @@
 
 namespace
 {
-QV_TIME *qv___TimeProcessStarted = nullptr;
+// No Time before it is asked for: to make one, the C library reads the file of its zone.
+time_t qv___TimeProcessStarted = 0;
 
 // The calendar repeats itself, weekdays included, every 400 years, an era. Computations take a date as the number of
 // its era and the day in that era, so that they take no steps through the years and no count of days overflows.
@@ -239,17 +240,16 @@ QV___FAMILY( Time, QV_TIME, nullptr, compareTimes, timeToString )
 
 void qv___TimeStartup( void )
 {
-    qv___TimeProcessStarted = qvTimeNow();
+    qv___TimeProcessStarted = time( nullptr );
 }
 
 void qv___TimeShutdown( void )
 {
-    qv::drop( qv___TimeProcessStarted );
 }
 
 QV_TIME *qv___TimeStarted( void )
 {
-    return qv::retain( qv___TimeProcessStarted );
+    return qvTimeTryCreateFromTimeT( qv___TimeProcessStarted );
 }
 
 /* Creation ------------------------------------------------------------------------------------------------------- */

@@ -13,7 +13,7 @@ struct QV_TIME : QV_OBJ
     QV_INT second; /**< 0 to 61 */
 };
 
-/** When the library was started, as a new reference, which the caller owns. */
+/** When the library was started, as a new Time, which the caller owns. */
 QV_API QV_TIME *qv___TimeStarted( void );
 
 #endif

@@ -143,7 +143,7 @@ void qv___TimerStartup( void )
 
     // Created here, so that the first timer leaves as many objects as any other, and the thread allocates nothing when
     // it starts.
-    timerWallNow = qvTimeNow();
+    timerWallNow = qvTimeCreate();
     qv::Ref< QV_STRING > name( qvStringCreateFromCstr( "qv___TimerThreadFunc()", -1 ) );
     timerThread = qv___ThreadCreate( name, qv___TimerThreadFunc, nullptr, QV_THREAD_PRIORITY_HIGHEST );
 }

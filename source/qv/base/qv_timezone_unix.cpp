@@ -6,6 +6,7 @@
 #include "qv/runtime/qv_ref.h"
 
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <time.h>
 
@@ -14,6 +15,9 @@ namespace
 const size_t LINE_SIZE = 128;
 
 const char BLANKS[] = " \t\n";
+
+// Whether the C library has yet to look for the zone of this run: it may still have that of an earlier one.
+bool zoneIsOpen = false;
 
 // Reads the next line, without its end; of a longer one the first 128 bytes. False if there is none.
 bool readLine( FILE *file, char ( &line )[LINE_SIZE + 1] )
@@ -69,9 +73,14 @@ char *findValue( FILE *file, const char *key, char ( &line )[LINE_SIZE + 1] )
 }
 } // namespace
 
+// A zone in the environment counts as it stands at the start. The computer's is read from a file: without one in the
+// environment the first question looks, by then also at the environment.
 void qv___TimezoneStartup( void )
 {
-    tzset();
+    zoneIsOpen = !getenv( "TZ" );
+
+    if( !zoneIsOpen )
+        tzset();
 }
 
 void qv___TimezoneShutdown( void )
@@ -126,6 +135,13 @@ QV_STRING *qvTimezone( void )
 QV_INT qvTimezoneUtcOffset( void )
 {
     const long LIMIT = 86400;
+
+    // Threads that ask first at the same time may all look.
+    if( __atomic_load_n( &zoneIsOpen, __ATOMIC_RELAXED ) )
+    {
+        tzset();
+        __atomic_store_n( &zoneIsOpen, false, __ATOMIC_RELAXED );
+    }
 
     time_t    now = time( nullptr );
     struct tm local;

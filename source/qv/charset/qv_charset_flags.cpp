@@ -1,10 +1,6 @@
 #include "qv/base/qv_flagset_private.h"
 #include "qv/charset/qv_charset.h"
-#include "qv/charset/qv_charset_private.h"
 #include "qv/runtime/qv_component_private.h"
-#include "qv/runtime/qv_ref.h"
-
-QV_FLAGSET *qv___CharsetFlagsFlagset = nullptr;
 
 namespace
 {
@@ -21,12 +17,10 @@ const QV_INT ALL_FLAGS = QV_CHARSET_FLAG_ABORT_ON_INVALID_CHARACTER | QV_CHARSET
 
 void qv___CharsetFlagsStartup( void )
 {
-    qv___CharsetFlagsFlagset = qv::createFlagset( FLAGS );
 }
 
 void qv___CharsetFlagsShutdown( void )
 {
-    qv::drop( qv___CharsetFlagsFlagset );
 }
 
 QV_INT qvCharsetFlagsNormalize( QV_INT flags )
@@ -42,10 +36,10 @@ QV_INT qvCharsetFlagsNormalize( QV_INT flags )
 QV_INT qvCharsetFlagsFromString( QV_STRING *qvs )
 {
     QV_CHECK( qvs );
-    return qvCharsetFlagsNormalize( qvFlagsetParse( qv___CharsetFlagsFlagset, qvs ) );
+    return qvCharsetFlagsNormalize( qv::parseFlags( FLAGS, qvs ) );
 }
 
 QV_STRING *qvCharsetFlagsToString( QV_INT flags )
 {
-    return qvFlagsetGenerate( qv___CharsetFlagsFlagset, qvCharsetFlagsNormalize( flags ) );
+    return qv::generateFlags( FLAGS, qvCharsetFlagsNormalize( flags ) );
 }

@@ -4,9 +4,6 @@
 #include "qv/base/qv_string.h"
 #include "qv/io/qv_nlf_private.h"
 #include "qv/runtime/qv_component_private.h"
-#include "qv/runtime/qv_ref.h"
-
-QV_FLAGSET *qv___NlfFlagsFlagset = nullptr;
 
 namespace
 {
@@ -21,12 +18,10 @@ const QV_INT ALL_FLAGS = 255;
 
 void qv___NlfFlagsStartup( void )
 {
-    qv___NlfFlagsFlagset = qv::createFlagset( FLAGS );
 }
 
 void qv___NlfFlagsShutdown( void )
 {
-    qv::drop( qv___NlfFlagsFlagset );
 }
 
 QV_INT qvNlfFlagsNormalize( QV_INT flags )
@@ -37,12 +32,12 @@ QV_INT qvNlfFlagsNormalize( QV_INT flags )
 QV_INT qvNlfFlagsFromString( QV_STRING *qvs )
 {
     QV_CHECK( qvs );
-    return qvNlfFlagsNormalize( qvFlagsetParse( qv___NlfFlagsFlagset, qvs ) );
+    return qvNlfFlagsNormalize( qv::parseFlags( FLAGS, qvs ) );
 }
 
 QV_STRING *qvNlfFlagsToString( QV_INT flags )
 {
-    return qvFlagsetGenerate( qv___NlfFlagsFlagset, qvNlfFlagsNormalize( flags ) );
+    return qv::generateFlags( FLAGS, qvNlfFlagsNormalize( flags ) );
 }
 
 QV_STRING *qvNlfFlagsNlfString( QV_INT flags )

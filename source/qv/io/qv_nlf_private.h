@@ -4,9 +4,6 @@
 #include "qv/io/qv_nlf.h"
 #include "qv/runtime/qv_family.h"
 
-/** The names of the newline flags. */
-QV_API QV_FLAGSET *qv___NlfFlagsFlagset;
-
 #ifdef __cplusplus
 namespace qv
 {

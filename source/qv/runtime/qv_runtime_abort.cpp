@@ -1,8 +1,11 @@
 #include "qv/base/qv_random.h"
 #include "qv/base/qv_string.h"
+#include "qv/base/qv_string_cstr_private.h"
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime.h"
+#include "qv/runtime/qv_runtime_joined_private.h"
+#include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort.h"
 #include "qv/sys/qv_abort_private.h"
 #include "qv/sys/qv_mem.h"
@@ -40,11 +43,13 @@ void setFilename()
         return;
 
     QV_CHECK_AS( qvStringEndsWithChar( qvs, U'/' ), "qvStringEndsWithChar( qvs, QV_CHAR_SOLIDUS )" );
-    qvStringAppendFormatCstr(
-        qvs.at(), "%~s-%~s-%~s-%~s-%0!16i.txt", -1, qvRuntimeVersionProductName(), qvRuntimeVersionProductVersion(),
-        qvRuntimeOsToIdentifier( qvRuntimeOs() ), qvRuntimeHardwareToIdentifier( qvRuntimeHardware() ),
-        qvRandomNonNegativeInt() );
-    qv___AbortFilename = qvStringConvertToCstr( qvs, QV_TRUE, nullptr );
+
+    qv::Joined file(
+        { qv::Cstr( qvs ), qv___RuntimeVersionProductNameCstr(), "-",
+          qv::Digits( qvRuntimeVersionProductVersionMajor() ), ".", qv::Digits( qvRuntimeVersionProductVersionMinor() ),
+          ".", qv::Digits( qvRuntimeVersionProductVersionRelease() ), "-", qv::identifierOfOs( qvRuntimeOs() ), "-",
+          qv::identifierOfHardware( qvRuntimeHardware() ), "-", qv::Digits( qvRandomNonNegativeInt(), 16 ), ".txt" } );
+    qv___AbortFilename = file.give();
 }
 } // namespace
 

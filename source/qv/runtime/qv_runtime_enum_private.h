@@ -33,7 +33,12 @@ public:
     QV_STRING *toIdentifier( QV_INT value ) const;
     QV_STRING *friendlyName( QV_INT value ) const;
 
-    /** The friendly name as static text, at any time. */
+    /** The same as static text, at any time. */
+    const char *identifierCstr( QV_INT value ) const
+    {
+        return names( value ).identifier;
+    }
+
     const char *friendlyNameCstr( QV_INT value ) const
     {
         return names( value ).friendlyName;

@@ -2,10 +2,7 @@
 
 #include "qv/base/qv_flagset_private.h"
 #include "qv/runtime/qv_component_private.h"
-#include "qv/runtime/qv_ref.h"
 #include "qv/runtime/qv_runtime_private.h"
-
-QV_FLAGSET *qv___RuntimeFlagsFlagset = nullptr;
 
 namespace
 {
@@ -27,12 +24,10 @@ const qv::NamedFlag FLAGS[] = {
 
 void qv___RuntimeFlagsStartup( void )
 {
-    qv___RuntimeFlagsFlagset = qv::createFlagset( FLAGS );
 }
 
 void qv___RuntimeFlagsShutdown( void )
 {
-    qv::drop( qv___RuntimeFlagsFlagset );
 }
 
 QV_INT qvRuntimeFlagsNormalize( QV_INT flags )
@@ -61,10 +56,10 @@ QV_INT qvRuntimeFlagsNormalize( QV_INT flags )
 QV_INT qvRuntimeFlagsFromString( QV_STRING *qvs )
 {
     QV_CHECK( qvs );
-    return qvRuntimeFlagsNormalize( qvFlagsetParse( qv___RuntimeFlagsFlagset, qvs ) );
+    return qvRuntimeFlagsNormalize( qv::parseFlags( FLAGS, qvs ) );
 }
 
 QV_STRING *qvRuntimeFlagsToString( QV_INT flags )
 {
-    return qvFlagsetGenerate( qv___RuntimeFlagsFlagset, qvRuntimeFlagsNormalize( flags ) );
+    return qv::generateFlags( FLAGS, qvRuntimeFlagsNormalize( flags ) );
 }

@@ -66,6 +66,11 @@ const char *qv___RuntimeHardwareFriendlyNameCstr( QV_INT hw )
     return hardware.friendlyNameCstr( hw );
 }
 
+const char *qv::identifierOfHardware( QV_INT hw )
+{
+    return hardware.identifierCstr( hw );
+}
+
 QV_INT qvRuntimeHardware( void )
 {
 #if defined( QV___HARDWARE )

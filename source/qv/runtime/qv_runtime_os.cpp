@@ -83,6 +83,11 @@ const char *qv___RuntimeOsFriendlyNameCstr( QV_INT os )
     return systems.friendlyNameCstr( os );
 }
 
+const char *qv::identifierOfOs( QV_INT os )
+{
+    return systems.identifierCstr( os );
+}
+
 QV_INT qvRuntimeOs( void )
 {
     return QV_RUNTIME_OS_DEBIAN_10;

@@ -13,15 +13,15 @@
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_module_private.h"
 #include "qv/runtime/qv_ref.h"
+#include "qv/runtime/qv_runtime_joined_private.h"
 #include "qv/runtime/qv_runtime_private.h"
 #include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
 
 #include <dlfcn.h>
 #include <errno.h>
-#include <limits.h>
 #include <link.h>
-#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
@@ -35,20 +35,22 @@ namespace
 /** How a path is found: by its environment variable, else a fixed place or one below the data path. */
 struct PathRule
 {
-    const char *variable;
-    const char *place;     // null for the data path itself
+    const char *variable;  // what comes after the product's name
+    const char *place;     // the same; null for the data path itself
     const char *belowData; // null where the path has a place
 };
 
+// clang-format off
 const PathRule RULES[QV___RUNTIME_PATH_COUNT] = {
-    { "XZ_%~s_BIN_PATH", "/opt/wexcraft/%~s/bin/", nullptr },
-    { "XZ_%~s_RES_PATH", "/opt/wexcraft/%~s/res/", nullptr },
-    { "XZ_%~s_DATA_PATH", nullptr, nullptr },
-    { "XZ_%~s_STORAGE_PATH", nullptr, "storage/" },
-    { "XZ_%~s_TRACE_PATH", nullptr, "trace/" },
-    { "XZ_%~s_ABORT_PATH", nullptr, "abort/" },
-    { "XZ_%~s_TEMP_PATH", nullptr, "temp/" },
+    { "_BIN_PATH",     "/bin/", nullptr },
+    { "_RES_PATH",     "/res/", nullptr },
+    { "_DATA_PATH",    nullptr, nullptr },
+    { "_STORAGE_PATH", nullptr, "storage/" },
+    { "_TRACE_PATH",   nullptr, "trace/" },
+    { "_ABORT_PATH",   nullptr, "abort/" },
+    { "_TEMP_PATH",    nullptr, "temp/" },
 };
+// clang-format on
 
 const QV_INT COMPUTER_NAME_SIZE = 256;
 
@@ -56,20 +58,49 @@ const QV_INT COMPUTER_NAME_SIZE = 256;
 const char   MODEL_NAME[]      = "model name";
 const QV_INT MODEL_NAME_LENGTH = 18;
 
-QV_STRING *withProduct( const char *format )
+QV_STRING *withProduct( const char *before, const char *after )
 {
-    return qvStringCreateFromFormatCstr( format, -1, qvRuntimeVersionProductName() );
+    return qv::Joined( { before, qv___RuntimeVersionProductNameCstr(), after } ).string();
+}
+
+QV_STRING *toPath( const char *value )
+{
+    qv::Ref< QV_STRING > path( qvStringCreateFromCstr( value, -1 ) );
+    qvFilePathAppendDelimiter( path.at() );
+
+    return path.give();
+}
+
+// The path in the product's environment variable with this end, as in `XZ_MORVANE_BIN_PATH`. Null if there is none.
+QV_STRING *pathOfVariable( const char *end )
+{
+    qv::Joined variable( { "XZ_", qv___RuntimeVersionProductNameCstr(), end } );
+
+    for( char *at = variable.text(); *at; at++ )
+        if( *at >= 'a' && *at <= 'z' )
+            *at = static_cast< char >( *at - 'a' + 'A' );
+
+    const char *value = getenv( variable.text() );
+
+    return value ? toPath( value ) : nullptr;
 }
 
 QV_STRING *defaultDataPath()
 {
     if( qvRuntimeFlags() & QV_RUNTIME_FLAG_SYSTEM )
-        return withProduct( "/var/opt/wexcraft/%~s/" );
+        return withProduct( "/var/opt/wexcraft/", "/" );
 
     const char *home = getenv( "HOME" );
 
-    return home ? qvStringCreateFromFormatCstr( "%lc/.opt/wexcraft/%~s/", -1, home, qvRuntimeVersionProductName() )
-                : nullptr;
+    if( !home )
+        return nullptr;
+
+    // Decoded by itself: of a character that breaks off at its end nothing is left, where one before other text is
+    // replaced.
+    qv::Ref< QV_STRING > path( qvStringCreateFromCstr( home, -1 ) );
+    qvStringAppend( path.at(), qv::Ref< QV_STRING >( withProduct( "/.opt/wexcraft/", "/" ) ) );
+
+    return path.give();
 }
 
 // The file that the library is in, for dl_iterate_phdr(): dladdr() would search all symbols for the name of one.
@@ -99,28 +130,26 @@ QV_STRING *modulesBesideLibrary()
     dl_iterate_phdr( findLibrary, &fileName );
 
     // An executable that holds the library itself has an empty name.
-    const char *lastDelimiter = fileName ? strrchr( fileName, '/' ) : nullptr;
-
-    if( !lastDelimiter )
+    if( !fileName || !strchr( fileName, '/' ) )
         return nullptr;
 
-    char path[PATH_MAX];
-    int  folder = static_cast< int >( lastDelimiter - fileName );
-    int  length = snprintf( path, sizeof( path ), "%.*s/%s/", folder, fileName, qv___RuntimeVersionProductNameCstr() );
+    qv::Joined folder( { fileName } );
+    *strrchr( folder.text(), '/' ) = 0;
+    qv::Joined  path( { folder.text(), "/", qv___RuntimeVersionProductNameCstr(), "/" } );
     struct stat status;
 
-    if( length >= PATH_MAX || stat( path, &status ) != 0 || !S_ISDIR( status.st_mode ) )
+    if( stat( path.text(), &status ) != 0 || !S_ISDIR( status.st_mode ) )
         return nullptr;
 
     // As the loader has searched it: a working folder of later has nothing to do with it.
-    return path[0] == '/' ? qvStringCreateFromCstr( path, -1 )
-                          : qvStringCreateFromFormatCstr( "%~s/%lc", -1, qvCurrentDirectory(), path );
+    return *path.text() == '/' ? path.string()
+                               : qvStringCreateFromFormatCstr( "%~s/%lc", -1, qvCurrentDirectory(), path.text() );
 }
 
 QV_STRING *defaultPath( const PathRule &rule )
 {
     if( rule.place )
-        return withProduct( rule.place );
+        return withProduct( "/opt/wexcraft/", rule.place );
 
     if( !rule.belowData )
         return defaultDataPath();
@@ -131,6 +160,35 @@ QV_STRING *defaultPath( const PathRule &rule )
         qvStringAppendCstr( path.at(), rule.belowData, -1 );
 
     return path.give();
+}
+
+// Whether the last directory of a path is there or can be made, and so all before it.
+bool isMade( QV_STRING *path )
+{
+    return qvFileIsDirectory( path ) || qvFileCreateDirectory( path );
+}
+
+// Makes the directories of the run. The data path is there if one below it is, which saves a look.
+void setUpDataPaths()
+{
+    qv::KeptError kept;
+    QV_STRING    *data   = qv___RuntimePlatformPaths[QV_RUNTIME_PATH_DATA];
+    bool          isDone = !data;
+
+    for( QV_INT i = QV_RUNTIME_PATH_DATA + 1; i < QV___RUNTIME_PATH_COUNT; i++ )
+    {
+        QV_STRING *path = qv___RuntimePlatformPaths[i];
+
+        if( path && !isMade( path ) )
+            qv___RuntimePlatformUnixSetupPath( path );
+        else if( path && data && qvStringBeginsWith( path, data ) )
+            isDone = true;
+    }
+
+    if( !isDone )
+        qv___RuntimePlatformUnixSetupPath( data );
+
+    QV_ASSERT( !data || !isDone || qvFileIsDirectory( data ) );
 }
 
 // The name of the first processor, from its line; null if there is none.
@@ -262,18 +320,16 @@ void qv___RuntimePlatformStartup( void )
 
     for( QV_INT path = 0; path < QV___RUNTIME_PATH_COUNT; path++ )
     {
-        const PathRule      &rule = RULES[path];
-        qv::Ref< QV_STRING > variable( withProduct( rule.variable ) );
-        QV_STRING           *found = qv___RuntimePlatformUnixPathFromEnvironment( variable );
+        const PathRule &rule  = RULES[path];
+        QV_STRING      *found = pathOfVariable( rule.variable );
 
         if( !found && path == QV_RUNTIME_PATH_BIN )
             found = modulesBesideLibrary();
 
         qv___RuntimePlatformPaths[path] = found ? found : defaultPath( rule );
-
-        if( path >= QV_RUNTIME_PATH_DATA && qv___RuntimePlatformPaths[path] )
-            qv___RuntimePlatformUnixSetupPath( qv___RuntimePlatformPaths[path] );
     }
+
+    setUpDataPaths();
 }
 
 void qv___RuntimePlatformShutdown( void )
@@ -291,13 +347,7 @@ QV_STRING *qv___RuntimePlatformUnixPathFromEnvironment( QV_STRING *variable )
 
     const char *value = getenv( qv::Cstr( upper ) );
 
-    if( !value )
-        return nullptr;
-
-    qv::Ref< QV_STRING > path( qvStringCreateFromCstr( value, -1 ) );
-    qvFilePathAppendDelimiter( path.at() );
-
-    return path.give();
+    return value ? toPath( value ) : nullptr;
 }
 
 void qv___RuntimePlatformUnixSetupPath( QV_STRING *path )
@@ -306,8 +356,7 @@ void qv___RuntimePlatformUnixSetupPath( QV_STRING *path )
 
     qv::KeptError kept;
 
-    // Where the last directory is there or can be made, all before it are there.
-    if( qvFileIsDirectory( path ) || qvFileCreateDirectory( path ) )
+    if( isMade( path ) )
         return;
 
     qv::Ref< QV_VECTOR > pieces( qvStringSplitChar( path, qvFilePathDelimiter(), -1 ) );
@@ -404,7 +453,7 @@ QV_STRING *qv___RuntimePlatformOperatingSystemInfo( void )
     if( uname( &system ) < 0 )
         return nullptr;
 
-    return qvStringCreateFromFormatCstr( "%lc, %lc, %lc", -1, system.release, system.version, system.machine );
+    return qv::Joined( { system.release, ", ", system.version, ", ", system.machine } ).string();
 }
 
 QV_STRING *qv___RuntimePlatformCpuInfo( void )

@@ -3,9 +3,6 @@
 
 #include "qv/runtime/qv_component_private.h"
 
-/** The names of the runtime flags. */
-QV_API QV_FLAGSET *qv___RuntimeFlagsFlagset;
-
 /** The product's texts from the module record, usable at any time. */
 QV_API const char *qv___RuntimeVersionProductNameCstr( void );
 QV_API const char *qv___RuntimeVersionProductFriendlyNameCstr( void );
@@ -22,5 +19,12 @@ QV_API const char *qv___RuntimeVersionApplicationVersionCstr( void );
 QV_API const char *qv___RuntimeOsFriendlyNameCstr( QV_INT os );
 QV_API const char *qv___RuntimeHardwareFriendlyNameCstr( QV_INT hw );
 QV_API const char *qv___RuntimeVariantFriendlyNameCstr( QV_INT var );
+
+namespace qv
+{
+/** Identifiers as static text. */
+const char *identifierOfOs( QV_INT os );
+const char *identifierOfHardware( QV_INT hw );
+} // namespace qv
 
 #endif

@@ -135,8 +135,6 @@ void writeStack( AbortOutput *output, const qv::AbortStack &stack )
 
 // The steps of a report. Each may be left at any point.
 
-qv::AbortStack reportStack;
-
 void flushStream( void *stream )
 {
     fflush( static_cast< FILE * >( stream ) );
@@ -151,7 +149,7 @@ void writeToErrors( void *failure )
 
 void walkStack( void * )
 {
-    qv::walkAbortStack( &reportStack );
+    qv::walkAbortStack( &qv::reportStack );
 }
 
 void writeToFile( void *failure )
@@ -164,7 +162,7 @@ void writeToFile( void *failure )
     AbortOutput output( descriptor );
     writeMessage( &output, *static_cast< const Failure * >( failure ) );
     output.flush();
-    writeStack( &output, reportStack );
+    writeStack( &output, qv::reportStack );
     output.flush();
     close( descriptor );
 }
@@ -172,7 +170,7 @@ void writeToFile( void *failure )
 void writeStackToErrors( void * )
 {
     AbortOutput output( STDERR_FILENO );
-    writeStack( &output, reportStack );
+    writeStack( &output, qv::reportStack );
 }
 
 void writeEndToErrors( void * )

@@ -88,6 +88,9 @@ struct AbortStack
     int   failed; // the frame that a signal has interrupted, whose address is the instruction that failed; -1: none
 };
 
+/** The calls of the thread that writes the report. */
+extern AbortStack reportStack;
+
 /** Walks the stack of the calling thread, the caller's frame first. */
 void walkAbortStack( AbortStack *stack );
 
@@ -109,6 +112,11 @@ bool attempt( int milliseconds, void ( *function )( void *context ), void *conte
 [[noreturn]] void endAbort();
 
 /* A stack for handlers ------------------------------------------------------------------------------------------- */
+
+const size_t SIGNAL_STACK_SIZE = 64 << 10;
+
+/** The first alternative stack that a thread asks for. */
+extern char firstSignalStack[SIGNAL_STACK_SIZE];
 
 /** A thread's alternative stack, on which a fatal signal is reported when the thread's own is full. */
 struct SignalStack

@@ -317,10 +317,9 @@ void qv::endAbort()
 
 namespace
 {
-const size_t STACK_SIZE = 64 << 10;
-
-// Memory for one alternative stack, in pages of its own, so that a damaged heap does not matter. What a thread has
-// given back is kept for other threads.
+// Memory for one alternative stack, outside the heap, which may be damaged. What a thread has given back is kept for other
+// threads. The first is static, so that a process with one thread asks the system for none, and never written to but by a
+// handler.
 struct Room
 {
     Room *next;
@@ -329,8 +328,6 @@ struct Room
 pthread_mutex_t roomsLock = PTHREAD_MUTEX_INITIALIZER;
 Room           *rooms     = nullptr;
 
-// One is static, so that a process with one thread asks the system for none. Never written to but by a handler.
-alignas( 4096 ) char firstRoom[STACK_SIZE];
 bool firstIsTaken = false;
 
 void *takeRoom()
@@ -341,7 +338,7 @@ void *takeRoom()
     if( !firstIsTaken )
     {
         firstIsTaken = true;
-        room         = firstRoom;
+        room         = qv::firstSignalStack;
     }
     else if( room )
     {
@@ -350,14 +347,15 @@ void *takeRoom()
 
     pthread_mutex_unlock( &roomsLock );
 
-    return room ? room : mmap( nullptr, STACK_SIZE, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0 );
+    return room ? room
+                : mmap( nullptr, qv::SIGNAL_STACK_SIZE, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0 );
 }
 
 void giveRoom( void *memory )
 {
     pthread_mutex_lock( &roomsLock );
 
-    if( memory == firstRoom )
+    if( memory == qv::firstSignalStack )
     {
         firstIsTaken = false;
     }
@@ -387,14 +385,14 @@ void qv::beginSignalStack( SignalStack *stack )
 
     stack_t own = {};
     own.ss_sp   = room;
-    own.ss_size = STACK_SIZE;
+    own.ss_size = qv::SIGNAL_STACK_SIZE;
 
     if( sigaltstack( &own, &stack->previous ) != 0 )
         return giveRoom( room );
 
     stack->room = room;
 
-    if( !( stack->previous.ss_flags & SS_DISABLE ) && stack->previous.ss_size >= STACK_SIZE )
+    if( !( stack->previous.ss_flags & SS_DISABLE ) && stack->previous.ss_size >= qv::SIGNAL_STACK_SIZE )
         endSignalStack( stack );
 }
 
@@ -415,7 +413,7 @@ void qv::freeSignalStacks()
     while( Room *room = rooms )
     {
         rooms = room->next;
-        munmap( room, STACK_SIZE );
+        munmap( room, qv::SIGNAL_STACK_SIZE );
     }
 
     pthread_mutex_unlock( &roomsLock );
