@@ -5,6 +5,7 @@
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_ref.h"
 
+#include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -17,7 +18,9 @@ const size_t LINE_SIZE = 128;
 const char BLANKS[] = " \t\n";
 
 // Whether the C library has yet to look for the zone of this run: it may still have that of an earlier one.
-bool zoneIsOpen = false;
+bool            zoneIsOpen = false;
+pthread_mutex_t zoneLock =
+    PTHREAD_MUTEX_INITIALIZER; // held while looking: threads that ask at the same time wait for one
 
 // Reads the next line, without its end; of a longer one the first 128 bytes. False if there is none.
 bool readLine( FILE *file, char ( &line )[LINE_SIZE + 1] )
@@ -70,6 +73,22 @@ char *findValue( FILE *file, const char *key, char ( &line )[LINE_SIZE + 1] )
             return line + keyLength + 1;
 
     return nullptr;
+}
+
+void takeZone()
+{
+    if( !__atomic_load_n( &zoneIsOpen, __ATOMIC_ACQUIRE ) )
+        return;
+
+    pthread_mutex_lock( &zoneLock );
+
+    if( zoneIsOpen )
+    {
+        tzset();
+        __atomic_store_n( &zoneIsOpen, false, __ATOMIC_RELEASE );
+    }
+
+    pthread_mutex_unlock( &zoneLock );
 }
 } // namespace
 
@@ -136,12 +155,7 @@ QV_INT qvTimezoneUtcOffset( void )
 {
     const long LIMIT = 86400;
 
-    // Threads that ask first at the same time may all look.
-    if( __atomic_load_n( &zoneIsOpen, __ATOMIC_RELAXED ) )
-    {
-        tzset();
-        __atomic_store_n( &zoneIsOpen, false, __ATOMIC_RELAXED );
-    }
+    takeZone();
 
     time_t    now = time( nullptr );
     struct tm local;
