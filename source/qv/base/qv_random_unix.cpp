@@ -74,9 +74,7 @@ void qv___RandomStartup( void )
     qv___RandomBuffer  = qvBufferCreate();
     qv___RandomFd      = open( "/dev/urandom", O_RDONLY | O_CLOEXEC );
 
-    if( qv___RandomFd < 0 )
-        srand( static_cast< unsigned >( time( nullptr ) ) );
-
+    srand( static_cast< unsigned >( time( nullptr ) ) );
     fillPool();
 }
 
