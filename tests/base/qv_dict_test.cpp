@@ -230,6 +230,9 @@ TEST( Dict, KeysThatBeginAlikeAreToldApart )
         for( size_t i = 0; i < 18 * ends.size() * ends.size(); i++ )
             texts.insert( stem + std::u32string( i / 36, ends[i / 6 % 6] ) + ends[i % 6] );
 
+        for( char32_t differs : ends )
+            texts.insert( stem + std::u32string( U"wide\u4E2D" ) + differs + U"-and-equal" );
+
         Ref< QV_DICT > dict( qvDictCreate() );
         QV_INT         at = 0;
 

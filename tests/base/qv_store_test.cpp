@@ -197,7 +197,7 @@ TEST( Store, BinaryFormFromOutsideMayBeAnything )
 }
 
 // Levels with values, with sub-stores and with both; with addresses that come again, beyond the places that are put in order
-// at once; and values that are one String wherever they stand.
+// at once, alike for longer than a Dict knows of each; and values that are one String wherever they stand.
 TEST( Store, LinesInAnyOrderMakeTheSameDocument )
 {
     std::mt19937                         random( 99 );
@@ -208,8 +208,9 @@ TEST( Store, LinesInAnyOrderMakeTheSameDocument )
     for( int i = 0; i < 9000; i++ )
     {
         const char *const places[] = { "", "a.", "a.b.", "only.", "only.stores." };
+        const char *const stems[]  = { "key-", "key-and-more-", "key-and-more-of-the-same-" };
         const char       *place    = places[random() % 5];
-        std::string       path     = place + std::string( "key-" ) + std::to_string( random() % 2500 );
+        std::string       path     = place + std::string( stems[random() % 3] ) + std::to_string( random() % 900 );
         std::string value = i % 11 == 0 ? "" : i % 7 ? std::to_string( i % 50 ) : "%% \xC3\xA4 " + std::to_string( i );
 
         // A sub-store beside others, and of the name of a value.

@@ -18,7 +18,7 @@ struct qv::Boxing< Mark > : qv::Boxing< int >
 {
     static QV_OBJ *box( const Mark &mark )
     {
-        return qv::Boxing< int >::box( *mark.number );
+        return mark.number ? qv::Boxing< int >::box( *mark.number ) : throw mark.number.get();
     }
 
     static Mark unbox( QV_OBJ *object )
@@ -71,6 +71,10 @@ TEST( Containers, AreSortedSearchedAndUpdatedInPlace )
     numbered.set( 1, std::move( once ) ).set( 2, twice );
     EXPECT_EQ( 1, qv___RetainCountValue( &qvStringObj( moved )->retainCount ) );
     EXPECT_EQ( "{1=once, 2=twice}", numbered.str() );
+
+    // A key that throws loses no value.
+    EXPECT_THROW( ( qv::Dict< Mark, qv::String >().set( Mark(), *numbered.find( 1 ) ) ), int * );
+    EXPECT_EQ( 1, qv___RetainCountValue( &qvStringObj( moved )->retainCount ) );
 
     // A value of another type is only read, and a Vector may become an element of itself.
     qv::Vector< Mark > marks;

@@ -237,10 +237,10 @@ inline void setKey( QV_DICT **dict, const Key &kind, QV_OBJ *value, bool uses = 
 {
     QV_CHECK( dict );
     QV_CHECK( *dict );
+    QV_CHECK( value );
     auto    object = kind.object();
     QV_OBJ *key    = object;
     QV_CHECK( key );
-    QV_CHECK( value );
     qv::setInDict( dict, ownKey( object ), uses ? value : qv::retain( value ) );
 }
 
@@ -442,6 +442,9 @@ QV_INT qvDictIndexOfStringKeyWcstr( QV_DICT *dict, const wchar_t *text, QV_INT l
 
 void qvDictSetObjKey( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value )
 {
+    QV_CHECK( dict );
+    QV_CHECK( *dict );
+    QV_CHECK( key );
     setKey( dict, ObjKey{ key }, value );
 }
 
@@ -487,6 +490,9 @@ void qvDictSetStringKeyWcstr( QV_DICT **dict, const wchar_t *text, QV_INT length
 
 void qvDictSetObjKeyUse( QV_DICT **dict, QV_OBJ *key, QV_OBJ *value )
 {
+    QV_CHECK( dict );
+    QV_CHECK( *dict );
+    QV_CHECK( key );
     setKey( dict, ObjKey{ key }, value, true );
 }
 

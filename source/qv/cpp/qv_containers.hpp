@@ -689,7 +689,9 @@ public:
     /** Sets the value of a key. A value that is moved here costs no counting. */
     Dict &set( const K &key, detail::Kept< V > value )
     {
-        qvDictSetObjKeyUse( this->variable(), detail::Boxed< K >( key ).get(), detail::given( std::move( value ) ) );
+        // The key first: a box() of the program's own may throw, and the value is then still held.
+        detail::Boxed< K > boxed( key );
+        qvDictSetObjKeyUse( this->variable(), boxed.get(), detail::given( std::move( value ) ) );
         return *this;
     }
 
