@@ -169,8 +169,8 @@ TEST( UnicodeNormalizer, ShortTextsAreTheSameAsLongOnes )
            std::u32string( 1, char32_t( 0xD800 ) ), std::u32string( U"\u0301\uAC01" ),
            std::u32string( U"\u00EA\u0301\u0316\u1EA1\u0302" ), std::u32string( U"\u1100\u1161\u11A8\uAC00\u11A8" ),
            std::u32string( U"\u0E01\u0E38\u0E48\u05D0\u05B0\u05BC" ), std::u32string( U"x\u1EBF\u0958\u0E01" ),
-           std::u32string( U"\uFA6C\u0439" ), std::u32string( U"\u00E9\U0001F600" ),
-           std::u32string( U"\u0439\u0E38" ) } )
+           std::u32string( U"\uFA6C\u0439" ), std::u32string( U"\u00E9\U0001F600" ), std::u32string( U"\u0439\u0E38" ),
+           std::u32string( U"x\u0316\u0E38" ), std::u32string( U"\u00E9\u0F73" ) } )
         for( QV_INT form : FORMS )
             for( size_t count : { 1, 10, 16, 17, 31, 32, 33, 64, 65 } )
             {

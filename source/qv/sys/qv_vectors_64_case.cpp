@@ -66,6 +66,30 @@ QV___KERNEL_64 void qv::replaceFew64(
 
 namespace
 {
+QV___KERNEL_64 inline __m512i mapAscii( const qv::CaseTables &tables, __m512i in )
+{
+    __mmask16 letters =
+        _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( tables.asciiFirst ) ), repeat16( 26 ) );
+
+    return _mm512_mask_xor_epi32( in, letters, in, repeat16( 0x20 ) );
+}
+
+// Which of some characters are not ASCII.
+QV___KERNEL_64 inline __mmask16 beyondAscii( __m512i in, __mmask16 some )
+{
+    return _mm512_mask_test_epi32_mask( some, in, repeat16( ~0x7Fu ) );
+}
+
+// Which of some characters are in none of the ranges without case.
+QV___KERNEL_64 inline __mmask16 beyondCaseless( const qv::CaseTables &tables, __m512i in, __mmask16 some )
+{
+    for( Range range : tables.caseless )
+        some = _mm512_mask_cmpge_epu32_mask(
+            some, _mm512_sub_epi32( in, repeat16( range.first ) ), repeat16( range.end - range.first ) );
+
+    return some;
+}
+
 // A block of 128 distances of 16 bits, and the number that the characters of the block have above their lowest 7 bits.
 struct CaseBlock
 {
@@ -110,10 +134,8 @@ QV___KERNEL_64 QV_INT qv::mapCase64( const CaseTables &tables, const QV_CHAR *ch
         __mmask16 there = static_cast< __mmask16 >( lowest( size ) );
         __m512i   in    = size == 16 ? _mm512_loadu_si512( chs + i ) : _mm512_maskz_loadu_epi32( there, chs + i );
 
-        __mmask16 letters =
-            _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( tables.asciiFirst ) ), repeat16( 26 ) );
-        __m512i   mapped = _mm512_mask_xor_epi32( in, letters, in, repeat16( 0x20 ) );
-        __mmask16 left   = _mm512_mask_test_epi32_mask( there, in, repeat16( ~0x7Fu ) );
+        __m512i   mapped = mapAscii( tables, in );
+        __mmask16 left   = beyondAscii( in, there );
 
         if( left == 0 )
         {
@@ -121,9 +143,7 @@ QV___KERNEL_64 QV_INT qv::mapCase64( const CaseTables &tables, const QV_CHAR *ch
             continue;
         }
 
-        for( Range range : tables.caseless )
-            left = _mm512_mask_cmpge_epu32_mask(
-                left, _mm512_sub_epi32( in, repeat16( range.first ) ), repeat16( range.end - range.first ) );
+        left = beyondCaseless( tables, in, left );
 
         if( left == 0 )
         {
@@ -161,26 +181,6 @@ QV___KERNEL_64 QV_INT qv::mapCase64( const CaseTables &tables, const QV_CHAR *ch
 
 namespace
 {
-QV___KERNEL_64 inline __m512i mapAscii( const qv::CaseTables &tables, __m512i in )
-{
-    __mmask16 letters =
-        _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( tables.asciiFirst ) ), repeat16( 26 ) );
-
-    return _mm512_mask_xor_epi32( in, letters, in, repeat16( 0x20 ) );
-}
-
-// Which characters are neither ASCII nor in the ranges without case.
-QV___KERNEL_64 inline __mmask16 beyondCaseless( const qv::CaseTables &tables, __m512i in )
-{
-    __mmask16 left = _mm512_test_epi32_mask( in, repeat16( ~0x7Fu ) );
-
-    for( Range range : tables.caseless )
-        left = _mm512_mask_cmpge_epu32_mask(
-            left, _mm512_sub_epi32( in, repeat16( range.first ) ), repeat16( range.end - range.first ) );
-
-    return left;
-}
-
 // The numbers of the blocks that most letters with case are in but for ASCII: Latin, Greek and Cyrillic.
 const QV_CHAR USUAL_CASE_BLOCKS[] = { 0x80 >> 7, 0x380 >> 7, 0x400 >> 7 };
 
@@ -237,7 +237,9 @@ QV___KERNEL_64 QV_INT qv::mapFewCase64( const CaseTables &tables, const QV_CHAR 
 
     // One decision for text without case but in ASCII.
     auto      both  = []( __mmask16 low, __mmask16 high ) { return low | static_cast< uint32_t >( high ) << 16; };
-    __mmask32 cased = both( beyondCaseless( tables, first ), beyondCaseless( tables, second ) );
+    __mmask32 cased = both(
+        beyondCaseless( tables, first, beyondAscii( first, 0xFFFF ) ),
+        beyondCaseless( tables, second, beyondAscii( second, 0xFFFF ) ) );
 
     if( cased == 0 )
     {

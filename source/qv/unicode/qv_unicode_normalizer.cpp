@@ -282,8 +282,9 @@ QV_STRING *createFrom( const QV_CHAR *chs, QV_INT length )
     return count == written->length && std::equal( room, room + count, qv::chars( written ) );
 }
 
-// Decomposes at most FEW_CHECKED characters of which those that are not checked are no marks. Null where a character is no
-// starter, takes ordering or is Hangul, and where the result is longer than that.
+// Decomposes at most FEW_CHECKED characters, all below 0x10000. Those without a bit in `left` are starters that stay. Null
+// where a character is no starter, takes ordering or is Hangul, where the first that it becomes is not below 0x10000 as
+// well, and where the result is longer than FEW_CHECKED.
 [[gnu::noinline]] QV_STRING *decomposeFew( const QV_CHAR *chs, QV_INT length, QV_INT form, uint32_t left )
 {
     qv::vectors::Replacement all[FEW_CHECKED];
