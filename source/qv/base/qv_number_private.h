@@ -21,7 +21,7 @@ inline QV_BOOL decodeIntIn(
     if( QV___LAST_DIGITS && __builtin_expect( base == 10 && count > 0 && isEmbedded( qvs ) && vectors::has16(), 1 ) )
     {
         // A block of its own that follows the String by chance has the fields before it all the same.
-        QV_ASSERT( uintptr_t( chs ) - uintptr_t( qvs ) - FIXED_STRING < sizeof( QV_STRING ) << QV_STRING::HOME_BITS );
+        QV_ASSERT( uintptr_t( chs ) - uintptr_t( qvs ) >= uintptr_t( FIXED_STRING ) );
 
         uint64_t minus  = *chs == U'-';
         QV_INT   digits = count - static_cast< QV_INT >( minus );

@@ -29,7 +29,9 @@ bool recordsOrigin( QV_SORT *sort );
     free functions check that nothing is left to give back, nor with AddressSanitizer, which they tell how much to poison. */
 inline bool endsWithoutFree( uint16_t memory )
 {
-    return !QV___ASSERTIONS && !QV___ASAN && ( memory & QV___MEMORY_ENDS_ALONE );
+    const bool asksAlways = QV___ASSERTIONS || QV___ASAN;
+
+    return !asksAlways && ( memory & QV___MEMORY_ENDS_ALONE );
 }
 
 /** Ends so many uses of memory that objects of a batch share, and frees it with the last. */
