@@ -71,6 +71,17 @@ struct Ours
         return dict;
     }
 
+    // The Dict takes the reference of each value over.
+    static Map buildGiven( const std::vector< Key > &keys )
+    {
+        QV_DICT *dict = qvDictCreate();
+
+        for( size_t i = 0; i < keys.size(); i++ )
+            qvDictSetStringKeyUse( &dict, keys[i], qvBoxedIntObj( qvBoxedIntCreate( static_cast< QV_INT >( i ) ) ) );
+
+        return dict;
+    }
+
     static uint64_t found( const Map &dict, const Key &key )
     {
         QV_OBJ *value = qvDictStringKey( dict, key );
@@ -263,7 +274,7 @@ struct Standard
 
 struct Works
 {
-    Work build[ORDERS], hit, hitLent, miss, walk, walkLent;
+    Work build[ORDERS], buildGiven[ORDERS], hit, hitLent, miss, walk, walkLent;
 };
 
 template< class Side >
@@ -281,10 +292,11 @@ Works works( const std::vector< std::string > &shuffled, const std::vector< std:
             keysOf[order]->push_back( Side::key( text ) );
     }
 
-    for( size_t order = 0; order < ORDERS; order++ )
-        works.build[order] = [keys = keysOf[order]]
+    auto building = []( const Keys *keys, auto build ) -> Work
+    {
+        return [keys, build]
         {
-            typename Side::Map map = Side::build( *keys );
+            typename Side::Map map = build( *keys );
 
             if( comparing )
                 Side::walk( map );
@@ -292,6 +304,16 @@ Works works( const std::vector< std::string > &shuffled, const std::vector< std:
             show( Side::found( map, keys->front() ) );
             Side::drop( map );
         };
+    };
+
+    for( size_t order = 0; order < ORDERS; order++ )
+    {
+        works.build[order]      = building( keysOf[order], Side::build );
+        works.buildGiven[order] = works.build[order];
+
+        if constexpr( std::is_same_v< Side, Ours > )
+            works.buildGiven[order] = building( keysOf[order], Side::buildGiven );
+    }
 
     auto map    = new typename Side::Map( Side::build( *keysOf[0] ) );
     auto lookUp = [map]( const Keys *keys )
@@ -372,13 +394,21 @@ void addCases( size_t count )
         add( added );
     };
 
+    const double randomTarget = count >= 10000 ? 0.6 : 0;
+
     for( size_t order = 0; order < ORDERS; order++ )
         enter(
-            ORDER_NAMES[order], order == 1 && count >= 10000 ? 0.6 : 0,
+            ORDER_NAMES[order], order == 1 ? randomTarget : 0,
             [order]( const Works &side ) { return side.build[order]; }, peers );
 
-    // The target of this one is a ratio to QMap.
+    // The target of these is a ratio to QMap.
     enter( "ascending build beside QMap", 0.35, []( const Works &side ) { return side.build[0]; }, peers, {}, "QMap" );
+    enter(
+        "ascending build beside QMap, values given over", 0.35, []( const Works &side ) { return side.buildGiven[0]; },
+        peers, {}, "QMap" );
+    enter(
+        "random build, values given over", randomTarget, []( const Works &side ) { return side.buildGiven[1]; },
+        peers );
 
     const Peer references = lockedAdditions( 2 * count );
 

@@ -30,6 +30,7 @@ void addProcessCases()
           "whole process",
           1.35,
           [] { show( runProcess( BENCH_START ) ); },
-          { { "empty C program", [] { show( runProcess( BENCH_EMPTY ) ); } } } } );
+          { { "empty C program", [] { show( runProcess( BENCH_EMPTY ) ); } } },
+          { "a library of one function, loaded", [] { show( runProcess( BENCH_LOADED ) ); } } } );
 }
 } // namespace bench

@@ -1,0 +1,6 @@
+int one( void );
+
+int main( void )
+{
+    return one() - 1;
+}

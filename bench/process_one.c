@@ -1,0 +1,6 @@
+int one( void );
+
+int one( void )
+{
+    return 1;
+}
