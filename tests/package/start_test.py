@@ -1,11 +1,12 @@
-# Finds a list of the functions of a start that has gone out of date: names that the library no longer has. Arguments: the
-# library, the list. Skips a library that was linked without it.
+# Finds a list of the functions of a start that has gone out of date: names that the library no longer has; and functions
+# of the C library that the first call would bind, though they should be bound before. Arguments: the library, the list,
+# the source that takes the functions' addresses. Skips a library that was linked without the list.
 
 import re
 import subprocess
 import sys
 
-library, names = sys.argv[1:3]
+library, names, source = sys.argv[1:4]
 
 
 def output(*command):
@@ -24,3 +25,12 @@ gone = [name for name in listed if name not in known]
 if len(gone) * 5 > len(listed):
     print("generators/start_order.py should run again, as these functions are gone:", *gone, sep="\n")
     sys.exit(1)
+
+# That source is in libraries for x86-64 only.
+if "bindWithLibrary" in output("nm", "-C", library):
+    with open(source, encoding="utf-8") as file:
+        taken = set(re.findall(r"\w+", file.read().partition("takeAddresses(\n")[2]))
+    late = taken.intersection(re.findall(r"JUMP_SLO\S* +\S+ (\w+)", output("readelf", "-rW", library)))
+    if late or "malloc" not in taken:
+        print("not bound when the library is loaded:", *sorted(late), sep="\n")
+        sys.exit(1)
