@@ -25,6 +25,7 @@
 
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
+#include "qv/sys/qv_large_private.h"
 #include "qv/sys/qv_mem.h"
 
 #include <algorithm>
@@ -266,7 +267,7 @@ struct Block : Header
         if( !isHome() )
         {
             takeFree( homeMemory(), homeSize() );
-            qvMemFree( memory );
+            qv::freeBlock( memory, size() );
         }
 
         this->dbgAllocationSize = 0; // without an atomic operation, since nobody else is left
