@@ -120,7 +120,7 @@ void qv::moveBlock( BlockMemory *block, const BlockKind &kind, const BlockChange
         && before - change.front <= spare / 2 )
     {
         // At the end the C library may extend the memory where it is.
-        block->size = before + length + change.count + change.back + spare;
+        block->size = std::min( before + length + change.count + change.back + spare, change.most );
         block->memory =
             static_cast< char * >( qvMemRealloc( block->memory - kind.head, kind.head + block->size ) ) + kind.head;
         to = block->memory + before;
