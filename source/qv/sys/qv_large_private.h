@@ -1,10 +1,11 @@
 /** @file
     Large blocks that are kept.
 
-    The C library keeps free blocks of similar sizes in one list and looks at them in turn, and gives memory at the end of its
-    heap back to the operating system as soon as there are some hundred KiB. So a block of 128 KiB, which takes 10 ns in most
-    processes, takes 20 us where the heap has thousands of holes of about that size, and as much where it has nothing but a
-    few such blocks: ten times what filling it takes.
+    The C library keeps free blocks of similar sizes in one list and looks at them in turn, puts thousands that were freed
+    before into their lists when it is asked for a large one, and gives memory at the end of its heap back to the operating
+    system as soon as there are some hundred KiB. A block of 128 KiB takes 10 ns from it in most processes, but 6 to 20 us
+    where the heap has thousands of holes of about that size or nothing but a few such blocks, and 100 us after the end of a
+    million small objects: up to a hundred times what filling it takes.
 
     So the blocks of objects that have ended are kept for the next ones that ask for about as much: the last MOST_LARGE of
     LARGE to LARGEST bytes, 4 MiB in the whole process at most, until the library stops. A block is handed out for no less
