@@ -6,6 +6,8 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/qv.h"
 
+#include <thread>
+
 using qv::Ref;
 using namespace qv::test;
 
@@ -131,4 +133,74 @@ TYPED_TEST( Block, WatchesWhatIsFree )
     EXPECT_DEATH( ( object->bspace -= 8, this->run( "(", 1 ) ), "dbgAllocationSize" );
     EXPECT_DEATH( ( *free = 7, this->run( "<", 100 ) ), "free memory is as it was left|use-after-poison" );
 }
+#endif
+
+#if !defined( __SANITIZE_ADDRESS__ )
+namespace
+{
+// Lets a Buffer end that has taken over a block.
+void endWith( void *block, QV_INT bytes )
+{
+    qv::release( qvBufferCreateFromBytesUse( block, bytes ) );
+}
+
+// True if a block of `kept` bytes is handed out again for `asked`, before one that the C library has got back meanwhile.
+bool comesBack( QV_INT kept, QV_INT asked )
+{
+    void *others[qv::MOST_LARGE], *was = qvMemAlloc( kept );
+
+    for( void *&each : others )
+        each = qvMemAlloc( 500000 );
+
+    for( void *each : others )
+        endWith( each, 500000 );
+
+    endWith( was, kept );
+    void *other = malloc( size_t( kept ) ), *next = qvMemAlloc( asked );
+    bool  comes = was == next;
+    free( other );
+    qvMemFree( next );
+    return comes;
+}
+} // namespace
+
+TEST( LargeBlock, ComesBackForAboutItsSize )
+{
+    for( QV_INT size : { qv::LARGE, QV_INT( 80000 ), qv::LARGEST } )
+    {
+        EXPECT_TRUE( comesBack( size, size ) );
+        EXPECT_FALSE( comesBack( size, size + 1 ) );
+    }
+
+    EXPECT_TRUE( comesBack( 90000, 80000 ) );
+    EXPECT_FALSE( comesBack( 90001, 80000 ) );
+}
+
+TEST( LargeBlock, IsOneThreadsAtATime )
+{
+    auto work = []( QV_CHAR own )
+    {
+        for( int round = 0; round < 300; round++ )
+        {
+            QV_INT           length = 20000 + round % 5 * 1000;
+            Ref< QV_STRING > all =
+                Ref( qvStringCreateFromUtf8( std::string( size_t( length ), 'x' ).c_str(), length ) );
+            qvStringSetCharAt( all.at(), length - 1, own );
+            std::this_thread::yield();
+            EXPECT_EQ( own, qvStringCharAt( all, length - 1 ) );
+        }
+    };
+    std::thread one( work, U'1' ), two( work, U'2' );
+    one.join();
+    two.join();
+}
+
+#ifndef NDEBUG
+TEST( LargeBlock, IsWatchedWhileItIsKept )
+{
+    char *block = static_cast< char * >( qvMemAlloc( 50000 ) );
+    endWith( block, 50000 );
+    EXPECT_DEATH( ( block[40000] = 7, qvMemAlloc( 50000 ) ), "free memory is as it was left" );
+}
+#endif
 #endif

@@ -269,6 +269,12 @@ TEST( Runtime, StartAndStopLeaveNothingBehind )
             // run of one kind leaves, 32 bytes, makes 16000.
             size_t before = restartManyTimes( 10 );
             EXPECT_LT( restartManyTimes( 1000 ), before + 12000 );
+
+            // Nor do the large blocks that a run keeps.
+            qv::release( qvStringCreateFromUtf8( std::string( 30000, 'x' ).c_str(), 30000 ) );
+            EXPECT_GT( mallinfo2().uordblks, before + 100000 );
+            restart( 0 );
+            EXPECT_LT( mallinfo2().uordblks, before + 12000 );
         } );
 }
 #endif

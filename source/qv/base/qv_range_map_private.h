@@ -24,7 +24,7 @@ struct RangeMapRules
     static constexpr QV_INT     GROWTH    = 32;
     static constexpr QV_INT     SHRINK    = 64;
     static constexpr EmptyBlock EMPTY     = EmptyBlock::SHRINKS;
-    static constexpr QV_INT     SPARE     = 4;
+    static constexpr QV_INT     SPARE     = 1;
 
     static bool givesBack( BlockEnds now, QV_INT length )
     {

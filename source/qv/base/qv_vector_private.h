@@ -20,7 +20,7 @@ struct VectorRules
     static constexpr QV_INT     UNIT_BITS = 8 * sizeof( Unit );
     static constexpr QV_INT     MOST      = 64; /**< an end with more free slots gives memory back */
     static constexpr EmptyBlock EMPTY     = EmptyBlock::CENTERS;
-    static constexpr QV_INT     SPARE     = 4;
+    static constexpr QV_INT     SPARE     = 1;
 
     static BlockEnds fresh( QV_INT )
     {

@@ -15,9 +15,6 @@ constinit thread_local QV___COUNTS *qv::ownTable    = nullptr;
 bool                                qv::keepsBlocks = false;
 bool                                qv::isQuickRun  = false;
 
-/** Null unless the program has been built with AddressSanitizer. */
-extern "C" __attribute__( ( weak ) ) void __asan_init( void );
-
 namespace
 {
 using qv::SortCounts;
@@ -230,7 +227,7 @@ SortCounts *qv::prepareCounts( QV_SORT *sort )
 
 void qv::startCounts( bool keeps, bool hasLists )
 {
-    keepsBlocks = keeps && !QV___ASAN && !__asan_init;
+    keepsBlocks = keeps && keepsMemory;
     isQuickRun  = keepsBlocks && !hasLists;
     __atomic_store_n( &hasKey, pthread_key_create( &tableKey, endThread ) == 0, __ATOMIC_RELEASE );
 }

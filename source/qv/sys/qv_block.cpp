@@ -39,10 +39,10 @@ char *allocateMemory( const qv::BlockKind &kind, QV_INT size )
     return static_cast< char * >( qvMemAlloc( kind.head + size ) ) + kind.head;
 }
 
-void freeMemory( const qv::BlockKind &kind, char *memory )
+void freeMemory( const qv::BlockKind &kind, char *memory, QV_INT size )
 {
     if( memory )
-        qvMemFree( memory - kind.head );
+        qv::freeBlock( memory - kind.head, kind.head + size );
 }
 
 // What has to be allocated after a change, at least.
@@ -94,9 +94,10 @@ void qv::moveBlock( BlockMemory *block, const BlockKind &kind, const BlockChange
         takeFree( block->first + length, after );
     }
 
-    QV_INT left  = block->size - need;
-    QV_INT spare = leaves || need > QV_INT_MAX / 4 ? 0 : change.spare;
-    char  *was   = block->memory;
+    QV_INT left    = block->size - need;
+    QV_INT spare   = leaves || need > QV_INT_MAX / 4 ? 0 : change.spare;
+    char  *was     = block->memory;
+    QV_INT wasSize = block->size;
     char  *to;
 
     if( !leaves && left >= ( length <= FEW_BLOCK_BYTES ? 0 : change.spare / 2 ) )
@@ -112,14 +113,14 @@ void qv::moveBlock( BlockMemory *block, const BlockKind &kind, const BlockChange
         transfer( to, block->first, change );
         block->memory = block->home;
         block->size   = block->homeSize;
-        freeMemory( kind, was );
+        freeMemory( kind, was, wasSize );
     }
     else if(
         spare > 0 && !home && block->size >= kind.extended && tail == 0 && before >= change.front
         && before - change.front <= spare / 2 )
     {
         // At the end the C library may extend the memory where it is.
-        block->size = before + length + change.count + change.back + spare;
+        block->size = std::min( before + length + change.count + change.back + spare, change.most );
         block->memory =
             static_cast< char * >( qvMemRealloc( block->memory - kind.head, kind.head + block->size ) ) + kind.head;
         to = block->memory + before;
@@ -138,7 +139,7 @@ void qv::moveBlock( BlockMemory *block, const BlockKind &kind, const BlockChange
         if( home )
             markFree( block->home, static_cast< size_t >( block->homeSize ) );
         else
-            freeMemory( kind, was );
+            freeMemory( kind, was, wasSize );
     }
 
     block->first = to;

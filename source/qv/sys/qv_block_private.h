@@ -25,6 +25,7 @@
 
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
+#include "qv/sys/qv_large_private.h"
 #include "qv/sys/qv_mem.h"
 
 #include <algorithm>
@@ -145,7 +146,7 @@ template< QV_INT FRONT, QV_INT BACK, QV_INT MOST_FRONT, QV_INT MOST_BACK, QV_INT
 struct SavingRules
 {
     static constexpr EmptyBlock EMPTY = EmptyBlock::GOES;
-    static constexpr QV_INT     SPARE = 2; /**< one part in so many is allocated beyond the need */
+    static constexpr QV_INT     SPARE = 3; /**< so many quarters of the need are allocated beyond it */
 
     /** The ends of a new block. */
     static BlockEnds fresh( QV_INT length )
@@ -266,7 +267,7 @@ struct Block : Header
         if( !isHome() )
         {
             takeFree( homeMemory(), homeSize() );
-            qvMemFree( memory );
+            qv::freeBlock( memory, size() );
         }
 
         this->dbgAllocationSize = 0; // without an atomic operation, since nobody else is left
@@ -623,7 +624,7 @@ private:
 
         changeBlock(
             &block, KIND,
-            { old, bytesOf( at ), all - old, front, bytes - front - all, bytes / Rules::SPARE, mostFor( bytes ) } );
+            { old, bytesOf( at ), all - old, front, bytes - front - all, bytes / 4 * Rules::SPARE, mostFor( bytes ) } );
 
         memory = reinterpret_cast< Unit * >( block.memory );
         setSize( block.size, home() );

@@ -3,7 +3,9 @@
 #include "qv/runtime/qv_component_private.h"
 #include "qv/runtime/qv_runtime.h"
 #include "qv/sys/qv_abort.h"
+#include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_int.h"
+#include "qv/sys/qv_large_private.h"
 #include "qv/sys/qv_mem_private.h"
 #include "qv/sys/qv_order_private.h"
 #include "qv/sys/qv_slab_private.h"
@@ -11,15 +13,22 @@
 #include <stdlib.h>
 #include <string.h>
 
-QV_BOOL qv___MemDebug = QV_FALSE;
+QV_BOOL qv___MemDebug   = QV_FALSE;
+bool    qv::keepsMemory = false;
+
+/** Null unless the program has been built with AddressSanitizer. */
+extern "C" __attribute__( ( weak ) ) void __asan_init( void );
 
 void qv___MemStartup( void )
 {
-    qv___MemDebug = ( qvRuntimeFlags() & QV_RUNTIME_FLAG_MEMORY_DEBUG ) ? QV_TRUE : QV_FALSE;
+    qv___MemDebug   = ( qvRuntimeFlags() & QV_RUNTIME_FLAG_MEMORY_DEBUG ) ? QV_TRUE : QV_FALSE;
+    qv::keepsMemory = !qv___MemDebug && !QV___ASAN && !__asan_init;
 }
 
 void qv___MemShutdown( void )
 {
+    qv::keepsMemory = false;
+    qv::closeLarge();
     qv::closeSlabs();
 }
 
@@ -28,6 +37,10 @@ void *qvMemAlloc( QV_INT size )
     QV_CHECK( size >= 0 );
     QV_CHECK( size > 0 );
     QV_CHECK( QV_INT_TO_SIZET_CONV_OK( size ) );
+
+    if( __builtin_expect( size >= qv::LARGE, 0 ) )
+        if( void *kept = qv::takeLarge( size ) )
+            return kept;
 
     void *res = malloc( (size_t)size );
     QV_CHECK( res );
