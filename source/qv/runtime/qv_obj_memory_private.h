@@ -68,8 +68,13 @@ inline QV_OBJ *takeKept( KeptBlocks *kept )
     QV_ASSERT( object->retainCount == -1 && object->sort == reinterpret_cast< QV_SORT * >( UINTPTR_MAX ) );
     kept->first = object->odbNext;
     kept->room++;
-    __builtin_prefetch( kept->first, 1 ); // blocks of objects that ended in another order lie far apart
-    __builtin_prefetch( reinterpret_cast< char * >( kept->first ) + 64, 1 );
+
+    // Blocks of objects that ended in another order than they were created lie far apart.
+    if( kept->first )
+    {
+        __builtin_prefetch( kept->first, 1 );
+        __builtin_prefetch( reinterpret_cast< char * >( kept->first ) + 64, 1 );
+    }
 
     return object;
 }
