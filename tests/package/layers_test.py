@@ -19,7 +19,7 @@ PATTERNS = [
     ("character data", "unicode/qv_unicode_width_private.h unicode/qv_unicode_width_tables.cpp"),
     ("object core", "runtime/qv_family.h runtime/qv_ref.h runtime/qv_sort.h runtime/qv_obj.*"),
     ("object core", "runtime/qv_obj_private.h runtime/qv_obj_life_private.h runtime/qv_obj_batch.cpp"),
-    ("object core", "runtime/qv_obj_odb.cpp runtime/qv_obj_count* runtime/qv_obj_memory_private.h runtime/qv_module*.h"),
+    ("object core", "runtime/qv_obj_odb.cpp runtime/qv_obj_count* runtime/qv_obj_memory* runtime/qv_module*.h"),
     ("base", "base/* runtime/qv_obj_* runtime/qv_sort.cpp runtime/qv_runtime_enum* unicode/qv_unicode_width.*"),
     ("text and streams", "unicode/* io/* charset/*"),
     ("product services", "runtime/*"),

@@ -188,8 +188,10 @@ QV_OBJ *qv___ObjCreate( QV_INT size, QV_SORT *sort )
 // A function of its own, too.
 __attribute__( ( noinline ) ) QV_OBJ *qv::createFresh( QV_INT size, QV_SORT *sort, uint16_t memory, SortCounts *counts )
 {
-    QV_INT  bytes  = FIRST_SIZE + memoryAlone( memory ) / 2 * SIZE_STEP;
-    QV_OBJ *object = static_cast< QV_OBJ * >( qvMemAlloc( bytes ) );
+    int64_t     block = memoryAlone( memory ) / 2;
+    KeptBlocks *kept  = &ownTable->kept[block];
+    QV_OBJ     *object =
+        fetchKept( kept ) ? takeKept( kept ) : static_cast< QV_OBJ * >( qvMemAlloc( blockBytes( block ) ) );
     writeHeader( object, memory, 0, size, sort );
     countInAt( counts );
 

@@ -237,7 +237,8 @@ void qv::startCounts( bool keeps, bool hasLists )
 // the blocks that it keeps: no code of the library runs then, so that it can be unloaded.
 void qv::stopCounts()
 {
-    isQuickRun = false;
+    isQuickRun  = false;
+    keepsBlocks = false;
 
     if( !__atomic_exchange_n( &hasKey, 0, __ATOMIC_ACQ_REL ) )
         return;
@@ -246,4 +247,6 @@ void qv::stopCounts()
 
     if( ownTable )
         leaveOwnTable();
+
+    emptyStore();
 }

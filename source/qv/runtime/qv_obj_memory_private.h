@@ -3,8 +3,10 @@
 
     Most objects end soon, and in the thread that created them. So a thread keeps blocks of objects that have ended for
     those that it creates next, by size, without a call of the C library: sizes up to 584 bytes, of each at most 32 blocks
-    and 8 KB, so that a thread holds 227 KB at most. Blocks come from the C library and go back to it where a thread has
-    kept enough of a size, when the thread ends, and when it stops the library.
+    and 8 KB, so that a thread holds 227 KB at most. Where a thread has kept enough of a size, half of those go to a store
+    of 16 MiB at most, from which threads that have none get them: many objects that end at once, as those in a large
+    container, leave their blocks to the next ones. Blocks come from the C library and go back to it where the store is
+    full, when a thread ends, and all when the library stops.
 
     Until it is used again, a block that is kept is as the end of its object left it, so that what is done to that object
     fails: all ones, but for the link to the next block. Nothing is kept where that would hide faults from tools: in runs
@@ -26,17 +28,25 @@ const QV_INT  FIRST_SIZE      = sizeof( QV_OBJ ) + 8; // as blocks of the C libr
 const int64_t MOST_KEPT       = 32;                   // blocks of a size that a thread keeps, where it keeps any,
 const int64_t MOST_KEPT_BYTES = 8192;                 // and their bytes
 
+const int64_t MOST_STORED_BYTES = 16 << 20; // of all sizes, in the store of all threads
+
 /** Whether blocks are kept, and whether there are no lists of objects as well, so that nothing but the count of its sort
     knows a new object. Set by the start of the run. */
 extern __attribute__( ( visibility( "hidden" ) ) ) bool keepsBlocks;
 extern __attribute__( ( visibility( "hidden" ) ) ) bool isQuickRun;
 
-/** How many blocks of a size a thread keeps. */
-constexpr int64_t mostKept( int size )
+/** The bytes of a block of such a size. */
+constexpr QV_INT blockBytes( int64_t size )
 {
-    int64_t most = MOST_KEPT_BYTES / ( FIRST_SIZE + size * SIZE_STEP );
+    return FIRST_SIZE + size * SIZE_STEP;
+}
 
-    return most < MOST_KEPT ? most : MOST_KEPT;
+/** How many blocks of a size a thread keeps. */
+constexpr int32_t mostKept( int64_t size )
+{
+    int64_t most = MOST_KEPT_BYTES / blockBytes( size );
+
+    return static_cast< int32_t >( most < MOST_KEPT ? most : MOST_KEPT );
 }
 
 /** Which size an object of so many bytes needs; QV___COUNTS_SIZES or more if that is none of those that are kept. */
@@ -59,8 +69,24 @@ inline QV_OBJ *takeKept( KeptBlocks *kept )
     kept->first = object->odbNext;
     kept->room++;
 
+    // Blocks of objects that ended in another order than they were created lie far apart.
+    if( kept->first )
+    {
+        __builtin_prefetch( kept->first, 1 );
+        __builtin_prefetch( reinterpret_cast< char * >( kept->first ) + 64, 1 );
+    }
+
     return object;
 }
+
+/** Gets a thread that keeps no blocks of a size some from the store. False where there are none. */
+bool fetchKept( KeptBlocks *kept );
+
+/** Keeps a block of which the thread has enough, and gives others to the store; or gives it to the C library. */
+void keepBeyond( KeptBlocks *kept, QV_OBJ *object );
+
+/** At the stop: gives all that is in the store to the C library. Nothing comes into it any more. */
+void emptyStore();
 
 /** Memory for an object of so many bytes; `*memory` becomes what its header has to say about it. */
 __attribute__( ( always_inline ) ) inline void *takeMemory( QV_INT bytes, uint16_t *memory )
@@ -76,8 +102,8 @@ __attribute__( ( always_inline ) ) inline void *takeMemory( QV_INT bytes, uint16
     *memory            = memoryOfSize( size );
     QV___COUNTS *table = ownTable;
 
-    if( __builtin_expect( !table || !table->kept[size].first, 0 ) )
-        return qvMemAlloc( FIRST_SIZE + static_cast< QV_INT >( size ) * SIZE_STEP );
+    if( __builtin_expect( !table || ( !table->kept[size].first && !fetchKept( &table->kept[size] ) ), 0 ) )
+        return qvMemAlloc( blockBytes( static_cast< int64_t >( size ) ) );
 
     return takeKept( &table->kept[size] );
 }
@@ -105,7 +131,7 @@ inline void fillEnded( QV_OBJ *object )
 inline void keepBlock( KeptBlocks *kept, QV_OBJ *object )
 {
     if( __builtin_expect( kept->room <= 0, 0 ) )
-        return freeBlock( object );
+        return keepBeyond( kept, object );
 
     object->odbNext = kept->first;
     kept->first     = object;
