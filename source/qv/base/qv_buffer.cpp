@@ -5,6 +5,7 @@
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_obj_life_private.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_mem.h"
 #include "qv/sys/qv_order_private.h"
@@ -102,6 +103,9 @@ QV_STRING *bufferToString( QV_OBJ *thisObj )
     return result;
 }
 } // namespace
+
+#undef QV___FAMILY_RELEASE
+#define QV___FAMILY_RELEASE( obj ) qv::releaseInline( obj )
 
 QV___FAMILY( Buffer, QV_BUFFER, freeBuffer, compareBuffers, bufferToString )
 

@@ -9,6 +9,7 @@
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_real.h"
 #include "qv/sys/qv_real_private.h"
+#include "qv/sys/qv_vectors_number_private.h"
 
 #include <algorithm>
 #include <array>
@@ -437,6 +438,57 @@ QV_STRING *encodePlain( const Plain &plain )
     return text;
 }
 
+// A function of its own, so that the usual way saves no registers.
+__attribute__( ( noinline ) ) QV_STRING *encodeIntSlowly( QV_INT value )
+{
+    return encodePlain( PlainInt( value, 10 ) );
+}
+
+// Writes all integers with 20 digits, since a branch by their number would be mispredicted. The text is what the memory
+// ends with.
+QV_STRING *encodeDecimalInt( QV_INT value )
+{
+#if QV___LAST_DIGITS
+    const QV_INT ROOM = 20;
+
+    if( QV_STRING *text = qv::newKeptString( ROOM ) )
+    {
+        PlainInt plain( value, 10 );
+        uint64_t upper = plain.magnitude / POWERS_OF_TEN[8];
+        unsigned first = static_cast< unsigned >( upper / POWERS_OF_TEN[8] );
+        QV_CHAR *to    = reinterpret_cast< QV_CHAR * >( text + 1 );
+
+        writePair( to, first / 100 );
+        writePair( to + 2, first % 100 );
+        qv::putSixteenDigits( to + 4, upper % POWERS_OF_TEN[8], plain.magnitude % POWERS_OF_TEN[8] );
+        to[ROOM - 1 - plain.digits] = plain.negative ? U'-' : U'0';
+        text->initAtEnd( ROOM, plain.length() );
+
+        return text;
+    }
+#endif
+
+    return encodeIntSlowly( value );
+}
+
+// Likewise.
+__attribute__( ( noinline ) ) QV_STRING *encodeIntAsTold( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT flags )
+{
+    qv::TextBuilder text;
+    qv::encodeInt( text, value, base, minWidth, flags );
+
+    return text.give();
+}
+
+__attribute__( ( noinline ) ) QV_STRING *encodeRealAsTold(
+    QV_REAL value, QV_INT base, QV_INT minWidth, QV_INT precision, QV_INT flags )
+{
+    qv::TextBuilder text;
+    qv::encodeReal( text, value, base, minWidth, precision, flags );
+
+    return text.give();
+}
+
 // A function of its own, so that the usual way needs no place on the stack.
 template< class Plain >
 __attribute__( ( noinline ) ) void appendPlainSlowly( QV_STRING **dest, Plain plain )
@@ -466,12 +518,9 @@ QV_STRING *qvFormatEncodeInt( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT
 {
     // Nothing but a sign and decimal digits goes into its String at once.
     if( base == 10 && minWidth == 0 && flags == 0 )
-        return encodePlain( PlainInt( value, 10 ) );
+        return encodeDecimalInt( value );
 
-    qv::TextBuilder text;
-    qv::encodeInt( text, value, base, minWidth, flags );
-
-    return text.give();
+    return encodeIntAsTold( value, base, minWidth, flags );
 }
 
 QV_STRING *qvFormatEncodeReal( QV_REAL value, QV_INT base, QV_INT minWidth, QV_INT precision, QV_INT flags )
@@ -479,10 +528,7 @@ QV_STRING *qvFormatEncodeReal( QV_REAL value, QV_INT base, QV_INT minWidth, QV_I
     if( minWidth == 0 && flags == 0 && PlainReal::holds( value, base, precision ) )
         return encodePlain( PlainReal( value, precision ) );
 
-    qv::TextBuilder text;
-    qv::encodeReal( text, value, base, minWidth, precision, flags );
-
-    return text.give();
+    return encodeRealAsTold( value, base, minWidth, precision, flags );
 }
 
 void qvStringAppendInt( QV_STRING **dest, QV_INT value, QV_INT base )

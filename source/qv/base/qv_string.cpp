@@ -68,6 +68,9 @@ QV_STRING *stringToString( QV_OBJ *thisObj )
 }
 } // namespace
 
+#undef QV___FAMILY_RELEASE
+#define QV___FAMILY_RELEASE( obj ) qv::releaseInline( obj )
+
 QV___FAMILY( String, QV_STRING, freeString, compareStrings, stringToString )
 
 void qv___StringStartup( void )

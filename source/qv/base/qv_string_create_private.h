@@ -54,6 +54,16 @@ __attribute__( ( always_inline ) ) inline QV_STRING *newString( QV_INT count, Ob
     return qvs;
 }
 
+/** A String with memory for `room` characters, in a block that the thread keeps. Null where there is no such block: see
+    createQuickly(). The caller fills that memory, from this + 1 on, and ends with initAtEnd(). */
+__attribute__( ( always_inline ) ) inline QV_STRING *newKeptString( QV_INT room )
+{
+    QV_INT  bytes  = room * QV_INT( sizeof( QV_CHAR ) );
+    QV_OBJ *object = createQuickly( sizeof( QV_STRING ), bytes, &qv___sort_QV_STRING, QV___MEMORY_ENDS_ALONE, true );
+
+    return static_cast< QV_STRING * >( object );
+}
+
 /** A String of `count` undefined characters and the free places of a new one, of which those at the end count as characters
     until dropBack() and refresh() tell the text: they take whole vectors. */
 inline QV_STRING *newOpenString( QV_INT count )

@@ -248,6 +248,23 @@ struct Block : Header
             adoptBlock( static_cast< Unit * >( qvMemAlloc( checkedBytesOf( all ) ) ), units, ends );
     }
 
+    /** A first block whose contents are the last elements of memory that came with the object, all of which has been
+        written. */
+    void initAtEnd( QV_INT homeElements, QV_INT units )
+    {
+        QV_ASSERT( bytesOf( units ) <= homeElements * QV_INT( sizeof( Unit ) ) );
+
+        memory = homeMemory();
+        setSize( homeElements * QV_INT( sizeof( Unit ) ), homeElements );
+        length = units;
+        fspace = 0;
+        bspace = 0;
+        first  = memory + homeElements - elementsOf( units );
+        account();
+        markFree( memory, static_cast< size_t >( bytePlace( first ) - bytePlace( memory ) ) );
+        check();
+    }
+
     /** A first block in memory from qvMemAlloc(), which is taken over. */
     void adoptBlock( Unit *block, QV_INT units, BlockEnds ends )
     {
