@@ -438,37 +438,44 @@ QV_STRING *encodePlain( const Plain &plain )
     return text;
 }
 
-// A function of its own, so that the usual way saves no registers.
-__attribute__( ( noinline ) ) QV_STRING *encodeIntSlowly( QV_INT value )
+#if QV___LAST_DIGITS
+const QV_INT DECIMAL_ROOM = 20; // characters of the longest integer, of which one is a sign or a zero
+
+// Writes all integers with so many digits, since a branch by their number would be mispredicted. The text is what the
+// memory ends with.
+inline QV_STRING *writeDecimalInt( QV_STRING *text, QV_INT value )
 {
-    return encodePlain( PlainInt( value, 10 ) );
+    PlainInt plain( value, 10 );
+    uint64_t upper = plain.magnitude / POWERS_OF_TEN[8];
+    unsigned first = static_cast< unsigned >( upper / POWERS_OF_TEN[8] );
+    QV_CHAR *to    = qv::embeddedChars( text );
+
+    writePair( to, first / 100 );
+    writePair( to + 2, first % 100 );
+    qv::putSixteenDigits( to + 4, upper % POWERS_OF_TEN[8], plain.magnitude % POWERS_OF_TEN[8] );
+    to[DECIMAL_ROOM - 1 - plain.digits] = plain.negative ? U'-' : U'0';
+    text->initWritten( DECIMAL_ROOM, DECIMAL_ROOM - plain.length(), plain.length(), { 0, 0 } );
+
+    return text;
 }
 
-// Writes all integers with 20 digits, since a branch by their number would be mispredicted. The text is what the memory
-// ends with.
+// A function of its own, so that the usual way saves no registers.
+__attribute__( ( noinline ) ) QV_STRING *encodeDecimalIntSlowly( QV_INT value )
+{
+    return writeDecimalInt( qv::newUnwritten( DECIMAL_ROOM, false ), value );
+}
+#endif
+
 QV_STRING *encodeDecimalInt( QV_INT value )
 {
 #if QV___LAST_DIGITS
-    const QV_INT ROOM = 20;
+    if( QV_STRING *text = qv::newUnwritten( DECIMAL_ROOM, true ) )
+        return writeDecimalInt( text, value );
 
-    if( QV_STRING *text = qv::newKeptString( ROOM ) )
-    {
-        PlainInt plain( value, 10 );
-        uint64_t upper = plain.magnitude / POWERS_OF_TEN[8];
-        unsigned first = static_cast< unsigned >( upper / POWERS_OF_TEN[8] );
-        QV_CHAR *to    = reinterpret_cast< QV_CHAR * >( text + 1 );
-
-        writePair( to, first / 100 );
-        writePair( to + 2, first % 100 );
-        qv::putSixteenDigits( to + 4, upper % POWERS_OF_TEN[8], plain.magnitude % POWERS_OF_TEN[8] );
-        to[ROOM - 1 - plain.digits] = plain.negative ? U'-' : U'0';
-        text->initAtEnd( ROOM, plain.length() );
-
-        return text;
-    }
+    return encodeDecimalIntSlowly( value );
+#else
+    return encodePlain( PlainInt( value, 10 ) );
 #endif
-
-    return encodeIntSlowly( value );
 }
 
 // Likewise.

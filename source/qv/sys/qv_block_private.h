@@ -248,20 +248,20 @@ struct Block : Header
             adoptBlock( static_cast< Unit * >( qvMemAlloc( checkedBytesOf( all ) ) ), units, ends );
     }
 
-    /** A first block whose contents are the last elements of memory that came with the object, all of which has been
-        written. */
-    void initAtEnd( QV_INT homeElements, QV_INT units )
+    /** The same in memory that came with the object, any of which may have been written already: contents with so many
+        elements of it before them. */
+    void initWritten( QV_INT homeElements, QV_INT before, QV_INT units, BlockEnds ends )
     {
-        QV_ASSERT( bytesOf( units ) <= homeElements * QV_INT( sizeof( Unit ) ) );
+        QV_ASSERT( bytesOf( ends.front ) <= before * QV_INT( sizeof( Unit ) ) );
 
         memory = homeMemory();
         setSize( homeElements * QV_INT( sizeof( Unit ) ), homeElements );
         length = units;
-        fspace = 0;
-        bspace = 0;
-        first  = memory + homeElements - elementsOf( units );
+        fspace = ends.front;
+        bspace = ends.back;
+        first  = memory + before;
         account();
-        markFree( memory, static_cast< size_t >( bytePlace( first ) - bytePlace( memory ) ) );
+        markAround();
         check();
     }
 
@@ -624,9 +624,15 @@ private:
         bspace = ends.back;
         first  = block + elementsOf( fspace );
         account();
+        markAround();
+        check();
+    }
+
+    // Marks what the contents leave of the memory.
+    void markAround()
+    {
         markFree( memory, static_cast< size_t >( bytePlace( first ) - bytePlace( memory ) ) );
         markFree( endOfContents(), static_cast< size_t >( bytePlace( memory ) + size() - endOfContents() ) );
-        check();
     }
 
     [[gnu::noinline]] void reshape( QV_INT at, QV_INT count, BlockEnds ends )
