@@ -444,12 +444,31 @@ struct Block : Header
         declare( Rules::fresh( length ) );
     }
 
-    /** Exchanges the blocks of two objects that no memory of their own follows. */
+    /** Moves a block out of memory that came with the object. */
+    void moveOut()
+    {
+        if( !isHome() )
+            return;
+
+        Unit *to = static_cast< Unit * >( qvMemAlloc( size() ) );
+        takeFree( memory, bytePlace( first ) - bytePlace( memory ) );
+        takeFree( endOfContents(), bytePlace( memory ) + size() - endOfContents() );
+        memcpy( to, memory, static_cast< size_t >( size() ) );
+        markFree( homeMemory(), static_cast< size_t >( homeSize() ) );
+        first  = to + ( first - memory );
+        memory = to;
+        Rules::leaveHome( this );
+        markAround();
+    }
+
+    /** Exchanges the blocks of two objects, neither of which is in memory that came with its object. */
     void swapBlock( Block *other )
     {
-        QV_ASSERT( !home() && !other->home() );
+        QV_ASSERT( !isHome() && !other->isHome() );
 
-        std::swap( sizes, other->sizes );
+        QV_INT own = size();
+        setSize( other->size(), home() );
+        other->setSize( own, other->home() );
         std::swap( length, other->length );
         std::swap( fspace, other->fspace );
         std::swap( bspace, other->bspace );
