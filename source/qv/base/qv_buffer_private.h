@@ -20,7 +20,7 @@ struct BufferRules : SavingRules< QV_BUFFER_FSPACE, QV_BUFFER_BSPACE, 2 * QV_BUF
     /** From here on the free function has a block to free. */
     static void leaveHome( QV_OBJ *object )
     {
-        object->memory &= static_cast< uint16_t >( ~QV___MEMORY_ENDS_ALONE );
+        ownsMore( object );
     }
 };
 
