@@ -60,6 +60,41 @@ TEST( Buffer, MayBeChangedByItsOwnBytes )
     EXPECT_EQ( 0, textOf( own.get() ).find( "[00 10 00 10" ) );
 }
 
+// Their first block is in one allocation with them: from there it grows, is exchanged for one of single bits, and moves.
+TEST( Buffer, ShortOnesAreLikeOthers )
+{
+    const std::vector< uint8_t > bytes( 300, 0xA5 );
+
+    for( QV_INT count : { 1, 24, 200, 201 } )
+    {
+        Ref< QV_BUFFER > all( qvBufferCreateFromBytesCopy( bytes.data(), 300 ) );
+        Ref< QV_BUFFER > bufs[] = {
+            Ref< QV_BUFFER >( qvBufferCreateFromBytesCopy( bytes.data(), count ) ),
+            Ref< QV_BUFFER >( qvBufferRead( all, 7, count ) ), Ref< QV_BUFFER >( qvBufferCreate() ) };
+
+        qvBufferAppendInner( bufs[2].at(), all, 7, count );
+
+        for( Ref< QV_BUFFER > &buf : bufs )
+        {
+            Ref< QV_BUFFER > copy( qvBufferCreateFrom( buf ) );
+            EXPECT_EQ( 240 + count, allocated( copy.get() ) );
+            EXPECT_EQ( 240 + count, allocated( buf.get() ) );
+            EXPECT_EQ( 0, reinterpret_cast< uintptr_t >( qvBufferBacking( buf ) ) % 16 );
+
+            qvBufferBitInsertOne( buf.at(), 3, 1 );
+            EXPECT_EQ( 240 + count + 1, allocated( buf.get() ) );
+            qvBufferBitDelInner( buf.at(), 3, 1 );
+
+            for( int i = 0; i < 4; i++ )
+                qvBufferInsert( buf.at(), 0, copy );
+
+            qvBufferDelTrailing( buf.at(), count * 4 );
+            EXPECT_TRUE( qvBufferEquals( buf, copy ) );
+            EXPECT_EQ( allocated( bufs[0].get() ), allocated( buf.get() ) );
+        }
+    }
+}
+
 TEST( Buffer, IsWrittenInPlace )
 {
     std::string      all = "foreign";

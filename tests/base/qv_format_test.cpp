@@ -113,6 +113,35 @@ TEST( Format, AppendedNumbersAreTheTextsOfTheEncoders )
     EXPECT_EQ( "n=-ff;1.50", qv::String( "n=" ).appendInt( -255, 16 ).append( ";" ).appendReal( 1.509, 2 ) );
 }
 
+TEST( Format, IntegersOfAllLengthsAreOrdinaryTexts )
+{
+    // Around all powers of ten, and digits of all kinds. Each text grows at both ends as a copy of it does: so it has the
+    // same free places, and what its memory holds beside it is not seen.
+    uint64_t digits = 0x9E3779B97F4A7C15;
+
+    for( uint64_t power = 1, more = 0; more < 400; more++, power = more % 20 ? power * 10 : 1 )
+        for( uint64_t near : { power - 1, power, digits % power } )
+            for( QV_INT value : { static_cast< QV_INT >( near ), -static_cast< QV_INT >( near ) - 1 } )
+            {
+                QV_STRING *text = qvFormatEncodeInt( value, 10, 0, 0 );
+                QV_STRING *copy = qvStringCreateFromCharsCopy( qvStringBacking( text ), qvStringLength( text ) );
+                ASSERT_EQ( std::to_string( value ), utf8( text ) );
+
+                for( int step = 0; step < 3; step++ )
+                {
+                    ASSERT_EQ( allocated( copy ), allocated( text ) ) << value;
+
+                    for( QV_STRING **to : { &text, &copy } )
+                        ( ( more + step ) % 2 ? qvStringAppendChar : qvStringPrependChar )( to, U'x' );
+                }
+
+                ASSERT_TRUE( qvStringEquals( text, copy ) ) << value;
+                qvStringRelease( text );
+                qvStringRelease( copy );
+                digits = digits * 6364136223846793005 + 1442695040888963407;
+            }
+}
+
 TEST( Format, BadFormatsAreReported )
 {
     for( const char *fmt : { "", "text %%" } )

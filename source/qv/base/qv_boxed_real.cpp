@@ -2,6 +2,7 @@
 
 #include "qv/base/qv_boxed_real_private.h"
 #include "qv/base/qv_format.h"
+#include "qv/runtime/qv_obj_life_private.h"
 #include "qv/runtime/qv_ref.h"
 #include "qv/sys/qv_order_private.h"
 
@@ -22,6 +23,9 @@ QV_STRING *boxedRealToString( QV_OBJ *thisObj )
     return qvFormatEncodeReal( qvBoxedRealFrom( thisObj )->value, 10, 0, -1, 0 );
 }
 } // namespace
+
+#undef QV___FAMILY_RELEASE
+#define QV___FAMILY_RELEASE( obj ) qv::releaseInline( obj )
 
 QV___FAMILY( BoxedReal, QV_BOXED_REAL, nullptr, compareBoxedReals, boxedRealToString )
 

@@ -5,8 +5,10 @@
 #include "qv/base/qv_string.h"
 #include "qv/base/qv_string_private.h"
 #include "qv/runtime/qv_component_private.h"
+#include "qv/runtime/qv_obj_life_private.h"
 #include "qv/sys/qv_assert_private.h"
 #include "qv/sys/qv_mem.h"
+#include "qv/sys/qv_mem_private.h"
 #include "qv/sys/qv_order_private.h"
 
 #include <algorithm>
@@ -29,6 +31,7 @@ void freeBuffer( QV_OBJ *thisObj )
     QV_CHECK( thisObj );
 
     QV_BUFFER *buf = qvBufferFrom( thisObj );
+    QV_ASSERT( !( thisObj->memory & QV___MEMORY_ENDS_ALONE ) || ( buf->endsAlone() && !buf->ref ) );
 
     if( buf->ref )
         qv::drop( buf->ref );
@@ -103,6 +106,9 @@ QV_STRING *bufferToString( QV_OBJ *thisObj )
 }
 } // namespace
 
+#undef QV___FAMILY_RELEASE
+#define QV___FAMILY_RELEASE( obj ) qv::releaseInline( obj )
+
 QV___FAMILY( Buffer, QV_BUFFER, freeBuffer, compareBuffers, bufferToString )
 
 void qv___BufferStartup( void )
@@ -115,11 +121,45 @@ void qv___BufferShutdown( void )
     qv::drop( qv___BufferEmpty );
 }
 
+namespace
+{
+// The size that is declared of a Buffer, and what it takes beyond that.
+const QV_INT DECLARED = sizeof( QV_BUFFER ) - sizeof( QV_BUFFER::unused ), BEYOND = sizeof( QV_BUFFER::unused );
+} // namespace
+
 QV_BUFFER *qv::createBuffer()
 {
-    QV_BUFFER *buf = create< QV_BUFFER >( qvBufferSort() );
+    QV_BUFFER *buf = static_cast< QV_BUFFER * >( createWithRoom( DECLARED, BEYOND, &qv___sort_QV_BUFFER ) );
     buf->initBlock();
     buf->ref = nullptr;
+
+    return buf;
+}
+
+QV_BUFFER *qv::createShortBuffer( QV_INT byteCount )
+{
+    QV_ASSERT( byteCount > 0 && byteCount <= MOST_SHORT_BYTES );
+
+    // A block that comes with the Buffer ends with it.
+    const uint16_t ENDS   = QV___MEMORY_ENDS_ALONE;
+    QV_SORT       *sort   = &qv___sort_QV_BUFFER;
+    QV_INT         bytes  = bufferBlockSize( byteCount );
+    QV_OBJ        *object = createQuickly( DECLARED, BEYOND + bytes, sort, ENDS );
+
+    if( __builtin_expect( !object, 0 ) )
+        object = createWithRoom( DECLARED, BEYOND + bytes, sort, ENDS );
+
+    QV_BUFFER *buf = static_cast< QV_BUFFER * >( object );
+    buf->ref       = nullptr;
+    buf->initBlock( bytes, byteCount * 8, { QV_BUFFER_FSPACE, QV_BUFFER_BSPACE } );
+
+    return buf;
+}
+
+QV_BUFFER *qv::createShortCopy( const void *bytes, QV_INT byteCount )
+{
+    QV_BUFFER *buf = createShortBuffer( byteCount );
+    copyBytes( qv::bytes( buf ), bytes, static_cast< size_t >( byteCount ) );
 
     return buf;
 }
@@ -208,6 +248,13 @@ void qv___BufferMakeRoom( QV_BUFFER **buf, uint64_t atBit, uint64_t bitCount )
     if( bitCount == 0 )
         return;
 
+    // What most Buffers begin with: some bytes appended to the empty one, which is always shared.
+    if( ( *buf )->length == 0 && qv::isShortBuffer( bitCount ) && qv::isShared( *buf ) )
+    {
+        qv::assign( buf, qv::createShortBuffer( static_cast< QV_INT >( bitCount / 8 ) ) );
+        return;
+    }
+
     makeWritable( buf );
     QV_CHECK_AS( !( *buf )->ref, "!(*buf)->ref" );
 
@@ -253,6 +300,8 @@ void qv___BufferSwapContents( QV_BUFFER *a, QV_BUFFER *b )
     QV_CHECK( a );
     QV_CHECK( b );
 
+    a->moveOut();
+    b->moveOut();
     std::swap( a->ref, b->ref );
     a->swapBlock( b );
 }

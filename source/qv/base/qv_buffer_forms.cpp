@@ -263,6 +263,9 @@ void qvBufferClear( QV_BUFFER **buf )
 
 QV_BUFFER *qvBufferCreateFrom( QV_BUFFER *src )
 {
+    if( src && qv::isShortBuffer( qv::bitLength( src ) ) )
+        return qv::createShortCopy( qv::bytes( src ), qv::byteLength( src ) );
+
     return createOf( all( src ) );
 }
 
@@ -279,6 +282,10 @@ QV_BUFFER *qvBufferCreateFromByte( uint8_t value )
 QV_BUFFER *qvBufferCreateFromBytesCopy( const void *bytes, QV_INT byteCount )
 {
     QV_CHECK( bytes || byteCount == 0 );
+
+    if( byteCount > 0 && byteCount <= qv::MOST_SHORT_BYTES )
+        return qv::createShortCopy( bytes, byteCount );
+
     return createOf( Array{ bytes, UNSIGNED( byteCount ) } );
 }
 

@@ -16,15 +16,31 @@ struct BufferRules : SavingRules< QV_BUFFER_FSPACE, QV_BUFFER_BSPACE, 2 * QV_BUF
     using Unit = uint8_t;
 
     static constexpr QV_INT UNIT_BITS = 1;
+
+    /** From here on the free function has a block to free. */
+    static void leaveHome( QV_OBJ *object )
+    {
+        ownsMore( object );
+    }
+};
+
+/** What stands before the block, since memory that comes with a Buffer follows that. */
+struct BufferHeader : QV_OBJ
+{
+    QV_OBJ *ref; /**< owner of the bytes where they are foreign and must not be written, else null */
+    uint64_t
+        unused; /**< aligns contents that come with the object as those of a block from the C library; not declared */
 };
 } // namespace qv
 
 /** A block of bits, which starts and ends on whole bytes, as the contents start; or memory of another object. Then all
-    of its bits are in the lengths, none of its bytes is allocated, and nothing is declared. */
-struct QV_BUFFER : qv::Block< QV_OBJ, qv::BufferRules >
+    of its bits are in the lengths, none of its bytes is allocated, and nothing is declared. A short Buffer has its first
+    block in one allocation with it. */
+struct QV_BUFFER : qv::Block< qv::BufferHeader, qv::BufferRules >
 {
-    QV_OBJ *ref; /**< owner of the bytes where they are foreign and must not be written, else null */
 };
+
+static_assert( ( sizeof( QV_BUFFER ) + QV_BUFFER_FSPACE / 8 ) % 16 == 0 );
 
 /** The one empty Buffer of qvBufferCreate(). */
 extern "C" QV_BUFFER *qv___BufferEmpty;
@@ -61,6 +77,20 @@ namespace qv
 {
 /** A Buffer without a block. */
 QV_BUFFER *createBuffer();
+
+/** A short Buffer has so many bytes at most. */
+const QV_INT MOST_SHORT_BYTES = 200;
+
+inline bool isShortBuffer( uint64_t bits )
+{
+    return bits % 8 == 0 && bits / 8 - 1 < static_cast< uint64_t >( MOST_SHORT_BYTES );
+}
+
+/** A short Buffer of `byteCount` undefined bytes, above 0, with the free places of a new one. */
+QV_BUFFER *createShortBuffer( QV_INT byteCount );
+
+/** The same with a copy of bytes. */
+QV_BUFFER *createShortCopy( const void *bytes, QV_INT byteCount );
 
 /** Bytes of a block for useBufferBlock(): contents, which start after QV_BUFFER_FSPACE bits, and what it may declare free
     around them. */

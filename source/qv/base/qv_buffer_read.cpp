@@ -9,6 +9,9 @@ QV_BUFFER *copyRange( QV_BUFFER *buf, uint64_t bitIdx, uint64_t bitCount )
     QV_CHECK( QV___INT_UNSIGNED_ADD_OK( bitIdx, bitCount ) );
     QV_CHECK_AS( bitIdx + bitCount <= qv::bitLength( buf ), "bitIdx + bitCount <= buf->bitLength" );
 
+    if( bitIdx % 8 == 0 && qv::isShortBuffer( bitCount ) )
+        return qv::createShortCopy( qv::bytes( buf ) + bitIdx / 8, static_cast< QV_INT >( bitCount / 8 ) );
+
     qv::Ref< QV_BUFFER > result( qv::createBuffer() );
     qv___BufferBitInsertInner( result.at(), 0, buf, bitIdx, bitCount );
 

@@ -9,6 +9,7 @@
 #include "qv/sys/qv_int.h"
 #include "qv/sys/qv_real.h"
 #include "qv/sys/qv_real_private.h"
+#include "qv/sys/qv_vectors_number_private.h"
 
 #include <algorithm>
 #include <array>
@@ -437,6 +438,64 @@ QV_STRING *encodePlain( const Plain &plain )
     return text;
 }
 
+#if QV___LAST_DIGITS
+const QV_INT DECIMAL_ROOM = 20; // characters of the longest integer, of which one is a sign or a zero
+
+// Writes all integers with so many digits, since a branch by their number would be mispredicted. The text is what the
+// memory ends with.
+inline QV_STRING *writeDecimalInt( QV_STRING *text, QV_INT value )
+{
+    PlainInt plain( value, 10 );
+    uint64_t upper = plain.magnitude / POWERS_OF_TEN[8];
+    unsigned first = static_cast< unsigned >( upper / POWERS_OF_TEN[8] );
+    QV_CHAR *to    = qv::embeddedChars( text );
+
+    writePair( to, first / 100 );
+    writePair( to + 2, first % 100 );
+    qv::putSixteenDigits( to + 4, upper % POWERS_OF_TEN[8], plain.magnitude % POWERS_OF_TEN[8] );
+    to[DECIMAL_ROOM - 1 - plain.digits] = plain.negative ? U'-' : U'0';
+    text->initWritten( DECIMAL_ROOM, DECIMAL_ROOM - plain.length(), plain.length(), { 0, 0 } );
+
+    return text;
+}
+
+// A function of its own, so that the usual way saves no registers.
+__attribute__( ( noinline ) ) QV_STRING *encodeDecimalIntSlowly( QV_INT value )
+{
+    return writeDecimalInt( qv::newUnwritten( DECIMAL_ROOM, false ), value );
+}
+#endif
+
+QV_STRING *encodeDecimalInt( QV_INT value )
+{
+#if QV___LAST_DIGITS
+    if( QV_STRING *text = qv::newUnwritten( DECIMAL_ROOM, true ) )
+        return writeDecimalInt( text, value );
+
+    return encodeDecimalIntSlowly( value );
+#else
+    return encodePlain( PlainInt( value, 10 ) );
+#endif
+}
+
+// Likewise.
+__attribute__( ( noinline ) ) QV_STRING *encodeIntAsTold( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT flags )
+{
+    qv::TextBuilder text;
+    qv::encodeInt( text, value, base, minWidth, flags );
+
+    return text.give();
+}
+
+__attribute__( ( noinline ) ) QV_STRING *encodeRealAsTold(
+    QV_REAL value, QV_INT base, QV_INT minWidth, QV_INT precision, QV_INT flags )
+{
+    qv::TextBuilder text;
+    qv::encodeReal( text, value, base, minWidth, precision, flags );
+
+    return text.give();
+}
+
 // A function of its own, so that the usual way needs no place on the stack.
 template< class Plain >
 __attribute__( ( noinline ) ) void appendPlainSlowly( QV_STRING **dest, Plain plain )
@@ -466,12 +525,9 @@ QV_STRING *qvFormatEncodeInt( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT
 {
     // Nothing but a sign and decimal digits goes into its String at once.
     if( base == 10 && minWidth == 0 && flags == 0 )
-        return encodePlain( PlainInt( value, 10 ) );
+        return encodeDecimalInt( value );
 
-    qv::TextBuilder text;
-    qv::encodeInt( text, value, base, minWidth, flags );
-
-    return text.give();
+    return encodeIntAsTold( value, base, minWidth, flags );
 }
 
 QV_STRING *qvFormatEncodeReal( QV_REAL value, QV_INT base, QV_INT minWidth, QV_INT precision, QV_INT flags )
@@ -479,10 +535,7 @@ QV_STRING *qvFormatEncodeReal( QV_REAL value, QV_INT base, QV_INT minWidth, QV_I
     if( minWidth == 0 && flags == 0 && PlainReal::holds( value, base, precision ) )
         return encodePlain( PlainReal( value, precision ) );
 
-    qv::TextBuilder text;
-    qv::encodeReal( text, value, base, minWidth, precision, flags );
-
-    return text.give();
+    return encodeRealAsTold( value, base, minWidth, precision, flags );
 }
 
 void qvStringAppendInt( QV_STRING **dest, QV_INT value, QV_INT base )

@@ -68,6 +68,9 @@ QV_STRING *stringToString( QV_OBJ *thisObj )
 }
 } // namespace
 
+#undef QV___FAMILY_RELEASE
+#define QV___FAMILY_RELEASE( obj ) qv::releaseInline( obj )
+
 QV___FAMILY( String, QV_STRING, freeString, compareStrings, stringToString )
 
 void qv___StringStartup( void )
@@ -599,28 +602,12 @@ void qvStringTrim( QV_STRING **qvs )
 
 namespace
 {
-// Replaces the text by its mapping. Most texts keep their length or become little longer: there is room for that, more
-// by halves if it is used up, and in the end the free places of a new String.
-void mapCase( QV_STRING **qvs, qv::unicode::CaseMapping *mapping )
+// Goes on with a mapping for which there is no room, `done` of which is in a String that is open to its end, more by halves
+// each time. The result has the free places of a new String.
+void mapRest( QV_STRING **qvs, qv::unicode::CaseMapping *mapping, QV_STRING *mapped, qv::unicode::CaseMapped done )
 {
-    QV_CHECK( qvs );
-    QV_CHECK( *qvs );
-
     const QV_CHAR *from   = qv::chars( *qvs );
     QV_INT         length = ( *qvs )->length;
-
-    if( length == 0 )
-        return;
-
-    static_assert( QV_STRING_BSPACE >= qv::unicode::FEW_CASE );
-
-    const QV_INT MORE = 4; // characters for which a short text has room
-
-    bool       isFew  = length <= qv::unicode::FEW_CASE;
-    QV_STRING *mapped = isFew ? qv::newOpenString( length + MORE )
-                              : createWithSpace( length + length / 16 + qv::unicode::LONGEST_CASE_MAPPING );
-
-    qv::unicode::CaseMapped done = mapping( from, length, qv::chars( mapped ), mapped->length );
 
     while( done.read < length )
     {
@@ -635,6 +622,44 @@ void mapCase( QV_STRING **qvs, qv::unicode::CaseMapping *mapping )
     mapped->dropBack( mapped->length - done.written );
     mapped->refresh();
     qv::assign( qvs, mapped );
+}
+
+// Most texts keep their length or become little longer: there is room for that.
+__attribute__( ( noinline ) ) void mapAny( QV_STRING **qvs, qv::unicode::CaseMapping *mapping )
+{
+    const QV_CHAR *from   = qv::chars( *qvs );
+    QV_INT         length = ( *qvs )->length;
+
+    if( length == 0 )
+        return;
+
+    QV_STRING *mapped = createWithSpace( length + length / 16 + qv::unicode::FEW_CASE );
+    mapRest( qvs, mapping, mapped, mapping( from, length, qv::chars( mapped ), mapped->length ) );
+}
+
+// Replaces the text by its mapping. That of few characters is written where it stays, with memory for some more and for the
+// free places of a new String.
+inline void mapCase( QV_STRING **qvs, qv::unicode::CaseMapping *mapping )
+{
+    QV_CHECK( qvs );
+    QV_CHECK( *qvs );
+
+    static_assert( qv::MOST_OPEN >= qv::unicode::FEW_CASE );
+    QV_INT length = ( *qvs )->length;
+
+    if( length == 0 || length > qv::unicode::FEW_CASE )
+        return mapAny( qvs, mapping );
+
+    QV_STRING              *mapped = qv::newOpenString();
+    qv::unicode::CaseMapped done   = mapping( qv::chars( *qvs ), length, qv::openChars( mapped ), qv::MOST_OPEN );
+    bool                    fits   = done.read == length;
+
+    qv::closeOpen( mapped, fits ? done.written : qv::MOST_OPEN );
+
+    if( __builtin_expect( fits, 1 ) )
+        qv::assign( qvs, mapped );
+    else
+        mapRest( qvs, mapping, mapped, done );
 }
 } // namespace
 

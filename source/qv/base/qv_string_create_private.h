@@ -54,14 +54,49 @@ __attribute__( ( always_inline ) ) inline QV_STRING *newString( QV_INT count, Ob
     return qvs;
 }
 
-/** A String of `count` undefined characters and the free places of a new one, of which those at the end count as characters
-    until dropBack() and refresh() tell the text: they take whole vectors. */
-inline QV_STRING *newOpenString( QV_INT count )
+/** A String with memory for `room` characters, at most MOST_EMBEDDED. The caller writes to that memory, which follows the
+    structure, and then calls initWritten(). With `onlyKept` null where there is no block for it: see createQuickly(). */
+__attribute__( ( always_inline ) ) inline QV_STRING *newUnwritten( QV_INT room, bool onlyKept )
 {
-    QV_STRING *qvs = newString( QV_STRING_FSPACE + count + QV_STRING_BSPACE, nullptr, 0 );
-    qvs->dropFront( QV_STRING_FSPACE );
+    const uint16_t ENDS   = QV___MEMORY_ENDS_ALONE;
+    const QV_INT   SIZE   = sizeof( QV_STRING );
+    QV_SORT       *sort   = &qv___sort_QV_STRING;
+    QV_INT         bytes  = room * QV_INT( sizeof( QV_CHAR ) );
+    QV_OBJ        *object = createQuickly( SIZE, bytes, sort, ENDS, onlyKept );
 
-    return qvs;
+    if( __builtin_expect( !object && !onlyKept, 0 ) )
+        object = createWithRoom( SIZE, bytes, sort, ENDS );
+
+    return static_cast< QV_STRING * >( object );
+}
+
+/** The first character of that memory. */
+inline QV_CHAR *embeddedChars( QV_STRING *qvs )
+{
+    return reinterpret_cast< QV_CHAR * >( qvs + 1 );
+}
+
+/** So many characters at most an open String has when it is closed. */
+const QV_INT MOST_OPEN = 36;
+
+/** A String for a short text with the free places of a new one. First openChars() are written, as many as MOST_OPEN and
+    those free places, since vectors are written whole; then closeOpen() tells how many the text has. */
+inline QV_STRING *newOpenString()
+{
+    return newUnwritten( QV_STRING_FSPACE + MOST_OPEN + QV_STRING_BSPACE, false );
+}
+
+inline QV_CHAR *openChars( QV_STRING *open )
+{
+    return embeddedChars( open ) + QV_STRING_FSPACE;
+}
+
+inline void closeOpen( QV_STRING *open, QV_INT count )
+{
+    QV_ASSERT( count > 0 && count <= MOST_OPEN );
+    open->initWritten(
+        QV_STRING_FSPACE + MOST_OPEN + QV_STRING_BSPACE, QV_STRING_FSPACE, count,
+        { QV_STRING_FSPACE, QV_STRING_BSPACE } );
 }
 
 /** As newString() without free places, and fixed if it is in a batch and isn't large. For what is rarely changed by a caller

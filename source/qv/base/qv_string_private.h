@@ -23,7 +23,7 @@ struct StringRules : SavingRules< QV_STRING_FSPACE, QV_STRING_BSPACE, 64, 64, 1 
     /** From here on the free function has a block to free. */
     static void leaveHome( QV_OBJ *object )
     {
-        object->memory &= static_cast< uint16_t >( ~QV___MEMORY_ENDS_ALONE );
+        ownsMore( object );
     }
 };
 } // namespace qv

@@ -242,6 +242,9 @@ QV_API QV_MODULE qv___module;
                                                                                                                        \
     QV___STANDARD_FUNCTIONS( Name, TYPE, compareFunction )
 
+/** What the release functions of a source do. A source of the library may have another way to the same. */
+#define QV___FAMILY_RELEASE( obj ) qv___ObjRelease( obj )
+
 /** The seven functions beside that of the sort: the second part of QV___FAMILY_OF_PARTS(). */
 #define QV___STANDARD_FUNCTIONS( Name, TYPE, compareFunction )                                                         \
     void qv##Name##Retain( TYPE *obj )                                                                                 \
@@ -255,7 +258,7 @@ QV_API QV_MODULE qv___module;
     {                                                                                                                  \
         if( !obj )                                                                                                     \
             qv___Abort( "stdfunc release", QV___SOURCE, __LINE__, "obj" );                                             \
-        qv___ObjRelease( (QV_OBJ *)obj );                                                                              \
+        QV___FAMILY_RELEASE( (QV_OBJ *)obj );                                                                          \
     }                                                                                                                  \
                                                                                                                        \
     QV_OBJ *qv##Name##Obj( TYPE *obj )                                                                                 \

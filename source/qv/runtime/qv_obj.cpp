@@ -218,39 +218,8 @@ void qv___ObjFree( QV_OBJ *thisObj )
     end( thisObj );
 }
 
-namespace
-{
-// What most ends are: that of an object in a block of its own, not listed, without a number, a log, and anything that a
-// free function would have to give back. Only the caller knows it. False where nothing was done.
-__attribute__( ( always_inline ) ) inline bool endQuickly( QV_OBJ *thisObj )
-{
-    QV_SORT     *sort   = thisObj->sort;
-    uint16_t     memory = thisObj->memory;
-    QV___COUNTS *table  = qv::ownTable;
-
-    if( thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->isListed || !sort || !table || !( memory & 1 )
-        || thisObj->unique != QV___UNIQUE_INVALID || thisObj->logFirst )
-        return false;
-
-    if( !qv::endsWithoutFree( memory ) )
-        if( sort->freeFunc || thisObj->dbgAllocationSize != 0 )
-            return false;
-
-    intptr_t place = qv::placeOf( sort );
-
-    if( place <= 0 )
-        return false;
-
-    QV_ASSERT( qv___AtomicCompareExchange32( &thisObj->retainCount, 1, 1 ) == 1 );
-    qv::countOutAt( &table->sorts[place] );
-    qv::fillEnded( thisObj );
-    qv::keepBlock( &table->kept[qv::memoryAlone( memory ) / 2], thisObj );
-
-    return true;
-}
-
-// All others. A function of its own, so that the common end saves no registers.
-__attribute__( ( noinline ) ) void releaseLast( QV_OBJ *thisObj )
+// A function of its own, so that the common end saves no registers.
+__attribute__( ( noinline ) ) void qv::releaseLastOther( QV_OBJ *thisObj )
 {
     // Only the caller knows of an object with one reference, so that its count needs no locked instruction, unless the
     // object can be found without a reference: in a list by a snapshot, or because it is static.
@@ -267,12 +236,10 @@ __attribute__( ( noinline ) ) void releaseLast( QV_OBJ *thisObj )
     if( thisObj->type == QV___OBJ_TYPE_OBJECT )
         end( thisObj );
 }
-} // namespace
 
 void qv___ObjReleaseLast( QV_OBJ *thisObj )
 {
-    if( __builtin_expect( !endQuickly( thisObj ), 0 ) )
-        releaseLast( thisObj );
+    qv::releaseLast( thisObj );
 }
 
 void qvObjRetain( QV_OBJ *obj )

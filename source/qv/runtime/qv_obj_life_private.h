@@ -60,9 +60,11 @@ __attribute__( ( returns_nonnull ) ) QV_OBJ *createFresh(
     QV_INT size, QV_SORT *sort, uint16_t memory, SortCounts *counts );
 
 /** What most creations are: makes an object in a block of a size that is kept, in a run without lists, by a thread with a
-    table. Null where that can't be done. `ends` is QV___MEMORY_ENDS_ALONE or 0. */
+    table. Null where that can't be done and, with `onlyKept`, where none of these blocks is left: then nothing is called,
+    so that a caller that does the rest in a function of its own saves no registers. `ends` is QV___MEMORY_ENDS_ALONE
+    or 0. */
 __attribute__( ( always_inline ) ) inline QV_OBJ *createQuickly(
-    QV_INT size, QV_INT extraBytes, QV_SORT *sort, uint16_t ends )
+    QV_INT size, QV_INT extraBytes, QV_SORT *sort, uint16_t ends, bool onlyKept = false )
 {
     uint64_t     block = keptSize( size + extraBytes );
     QV___COUNTS *table = ownTable;
@@ -77,13 +79,61 @@ __attribute__( ( always_inline ) ) inline QV_OBJ *createQuickly(
     uint16_t    memory = memoryOfSize( block ) | ends;
 
     if( __builtin_expect( !kept->first, 0 ) )
-        return createFresh( size, sort, memory, counts );
+        return onlyKept ? nullptr : createFresh( size, sort, memory, counts );
 
     QV_OBJ *object = takeKept( kept );
     writeHeader( object, memory, 0, size, sort );
     countInAt( counts );
 
     return object;
+}
+
+/** What most ends are: that of an object in a block of its own, not listed, without a number, a log, and anything that a
+    free function would have to give back. Only the caller knows it. False where nothing was done. */
+__attribute__( ( always_inline ) ) inline bool endQuickly( QV_OBJ *thisObj )
+{
+    QV_SORT     *sort   = thisObj->sort;
+    uint16_t     memory = thisObj->memory;
+    QV___COUNTS *table  = ownTable;
+
+    if( thisObj->type != QV___OBJ_TYPE_OBJECT || thisObj->isListed || !sort || !table || !( memory & 1 )
+        || thisObj->unique != QV___UNIQUE_INVALID || thisObj->logFirst )
+        return false;
+
+    if( !endsWithoutFree( memory ) )
+        if( sort->freeFunc || thisObj->dbgAllocationSize != 0 )
+            return false;
+
+    intptr_t place = placeOf( sort );
+
+    if( place <= 0 )
+        return false;
+
+    QV_ASSERT( qv___AtomicCompareExchange32( &thisObj->retainCount, 1, 1 ) == 1 );
+    countOutAt( &table->sorts[place] );
+    fillEnded( thisObj );
+    keepBlock( &table->kept[memoryAlone( memory ) / 2], thisObj );
+
+    return true;
+}
+
+/** What is left to qv___ObjReleaseLast() where that does nothing. */
+void releaseLastOther( QV_OBJ *thisObj );
+
+/** qv___ObjReleaseLast(), inline. */
+__attribute__( ( always_inline ) ) inline void releaseLast( QV_OBJ *thisObj )
+{
+    if( __builtin_expect( !endQuickly( thisObj ), 0 ) )
+        releaseLastOther( thisObj );
+}
+
+/** qv___ObjRelease() with the common end in it, for the release functions of families with many small objects. */
+__attribute__( ( always_inline ) ) inline void releaseInline( QV_OBJ *thisObj )
+{
+    if( qv___AtomicLoad32( &thisObj->retainCount ) == 1 )
+        releaseLast( thisObj );
+    else if( qv___AtomicAdd32( &thisObj->retainCount, -1 ) == 0 )
+        qv___ObjFree( thisObj );
 }
 
 /** Makes an object in memory of which its header says `memory`. Inline in all functions that create, so that each is one

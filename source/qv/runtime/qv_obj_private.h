@@ -123,7 +123,8 @@ private:
     what ObjReleases release faster than a release does. */
 inline bool endsInShared( const QV_OBJ *object )
 {
-    return object->memory > QV___MEMORY_ENDS_ALONE && !( object->memory & 1 );
+    uint16_t memory = __atomic_load_n( &object->memory, __ATOMIC_RELAXED ); // see ownsMore()
+    return memory > QV___MEMORY_ENDS_ALONE && !( memory & 1 );
 }
 
 /** Takes `more` references to an object that may be shared: every borrowed argument may be, at any moment. */

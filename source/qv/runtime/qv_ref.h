@@ -28,6 +28,15 @@ inline T *retain( T *object )
     return object;
 }
 
+/** Takes QV___MEMORY_ENDS_ALONE away from an object that gets something else to own. The caller alone changes the object;
+    a snapshot may look at the field at the same time. */
+inline void ownsMore( QV_OBJ *object )
+{
+    if( object->memory & QV___MEMORY_ENDS_ALONE )
+        __atomic_store_n(
+            &object->memory, static_cast< uint16_t >( object->memory & ~QV___MEMORY_ENDS_ALONE ), __ATOMIC_RELAXED );
+}
+
 /** Gives a reference up, if there is one. */
 template< class T >
 inline void release( T *object )

@@ -249,6 +249,23 @@ struct Block : Header
             adoptBlock( static_cast< Unit * >( qvMemAlloc( checkedBytesOf( all ) ) ), units, ends );
     }
 
+    /** The same in memory that came with the object, any of which may have been written already: contents with so many
+        elements of it before them. */
+    void initWritten( QV_INT homeElements, QV_INT before, QV_INT units, BlockEnds ends )
+    {
+        QV_ASSERT( bytesOf( ends.front ) <= before * QV_INT( sizeof( Unit ) ) );
+
+        memory = homeMemory();
+        setSize( homeElements * QV_INT( sizeof( Unit ) ), homeElements );
+        length = units;
+        fspace = ends.front;
+        bspace = ends.back;
+        first  = memory + before;
+        account();
+        markAround();
+        check();
+    }
+
     /** A first block in memory from qvMemAlloc(), which is taken over. */
     void adoptBlock( Unit *block, QV_INT units, BlockEnds ends )
     {
@@ -428,12 +445,31 @@ struct Block : Header
         declare( Rules::fresh( length ) );
     }
 
-    /** Exchanges the blocks of two objects that no memory of their own follows. */
+    /** Moves a block out of memory that came with the object. */
+    void moveOut()
+    {
+        if( !isHome() )
+            return;
+
+        Unit *to = static_cast< Unit * >( qvMemAlloc( size() ) );
+        takeFree( memory, bytePlace( first ) - bytePlace( memory ) );
+        takeFree( endOfContents(), bytePlace( memory ) + size() - endOfContents() );
+        memcpy( to, memory, static_cast< size_t >( size() ) );
+        markFree( homeMemory(), static_cast< size_t >( homeSize() ) );
+        first  = to + ( first - memory );
+        memory = to;
+        Rules::leaveHome( this );
+        markAround();
+    }
+
+    /** Exchanges the blocks of two objects, neither of which is in memory that came with its object. */
     void swapBlock( Block *other )
     {
-        QV_ASSERT( !home() && !other->home() );
+        QV_ASSERT( !isHome() && !other->isHome() );
 
-        std::swap( sizes, other->sizes );
+        QV_INT own = size();
+        setSize( other->size(), home() );
+        other->setSize( own, other->home() );
         std::swap( length, other->length );
         std::swap( fspace, other->fspace );
         std::swap( bspace, other->bspace );
@@ -608,9 +644,15 @@ private:
         bspace = ends.back;
         first  = block + elementsOf( fspace );
         account();
+        markAround();
+        check();
+    }
+
+    // Marks what the contents leave of the memory.
+    void markAround()
+    {
         markFree( memory, static_cast< size_t >( bytePlace( first ) - bytePlace( memory ) ) );
         markFree( endOfContents(), static_cast< size_t >( bytePlace( memory ) + size() - endOfContents() ) );
-        check();
     }
 
     [[gnu::noinline]] void reshape( QV_INT at, QV_INT count, BlockEnds ends )

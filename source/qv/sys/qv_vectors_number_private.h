@@ -98,6 +98,39 @@ inline bool takeLastDigits( [[maybe_unused]] const QV_CHAR *end, [[maybe_unused]
     return false;
 #endif
 }
+
+#if QV___LAST_DIGITS
+/** Writes the 16 digits that two numbers below 10^8 have with leading zeros. Each step halves all groups of digits at once:
+    what a multiplication divides off becomes the upper group, what is left the lower one after it. */
+inline void putSixteenDigits( QV_CHAR *to, uint64_t left, uint64_t right )
+{
+    __m128i eights = _mm_unpacklo_epi64(
+        _mm_cvtsi64_si128( static_cast< int64_t >( left ) ), _mm_cvtsi64_si128( static_cast< int64_t >( right ) ) );
+
+    // 2^45 / 10^4, 2^19 / 100 and 2^16 / 10, rounded up, are exact enough for all values that come.
+    __m128i upper = _mm_srli_epi64( _mm_mul_epu32( eights, _mm_set1_epi64x( 0xD1B71759 ) ), 45 );
+    __m128i lower = _mm_sub_epi64( eights, _mm_mul_epu32( upper, _mm_set1_epi64x( 10000 ) ) );
+    __m128i fours = _mm_or_si128( upper, _mm_slli_epi64( lower, 32 ) );
+
+    upper        = _mm_srli_epi16( _mm_mulhi_epu16( fours, _mm_set1_epi16( 5243 ) ), 3 );
+    lower        = _mm_sub_epi32( fours, _mm_madd_epi16( upper, _mm_set1_epi32( 100 ) ) );
+    __m128i twos = _mm_or_si128( upper, _mm_slli_epi32( lower, 16 ) );
+
+    upper = _mm_mulhi_epu16( twos, _mm_set1_epi16( 6554 ) );
+    lower = _mm_sub_epi16( twos, _mm_mullo_epi16( upper, _mm_set1_epi16( 10 ) ) );
+    upper = _mm_add_epi16( upper, _mm_set1_epi16( '0' ) );
+    lower = _mm_add_epi16( lower, _mm_set1_epi16( '0' ) );
+
+    __m128i  none  = _mm_setzero_si128();
+    __m128i  first = _mm_unpacklo_epi16( upper, lower );
+    __m128i  last  = _mm_unpackhi_epi16( upper, lower );
+    __m128i *place = reinterpret_cast< __m128i * >( to );
+    _mm_storeu_si128( place, _mm_unpacklo_epi16( first, none ) );
+    _mm_storeu_si128( place + 1, _mm_unpackhi_epi16( first, none ) );
+    _mm_storeu_si128( place + 2, _mm_unpacklo_epi16( last, none ) );
+    _mm_storeu_si128( place + 3, _mm_unpackhi_epi16( last, none ) );
+}
+#endif
 } // namespace qv
 
 #endif

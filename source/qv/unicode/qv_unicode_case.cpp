@@ -125,26 +125,24 @@ template< const uint8_t *blocks, const uint16_t *values, const uint16_t *distanc
     return mapped.written == count && std::equal( to, to + count, plain );
 }
 
-// The same, of few characters and of long texts with the vectors of 64 bytes, which take the three ways at once.
 template< const uint8_t *blocks, const uint16_t *values, const uint16_t *distances, QV_CHAR asciiFirst >
-qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room )
-{
-    static const qv::CaseTables TABLES = {
-        blocks,
-        distances,
-        values,
-        qv::unicode::caseMappings,
-        LONGER_MAPPING,
-        asciiFirst,
-        { CASELESS[1], CASELESS[2], { PAST_CASE, 0x110000 } },
-        MARKS };
+const qv::CaseTables TABLES = {
+    blocks,
+    distances,
+    values,
+    qv::unicode::caseMappings,
+    LONGER_MAPPING,
+    asciiFirst,
+    { CASELESS[1], CASELESS[2], { PAST_CASE, 0x110000 } },
+    MARKS };
 
-    if( length <= FEW_CASE && length > 0 && room >= FEW_CASE && qv::vectors::has64() )
-        if( QV_INT count = qv::mapFewCase64( TABLES, from, length, to ) )
-        {
-            QV_ASSERT( ( isWhole< blocks, values, distances, asciiFirst >( from, length, to, count ) ) );
-            return { length, count };
-        }
+// The same, of long texts with the vectors of 64 bytes, which take the three ways at once. A function of its own, so that
+// few characters save no registers.
+template< const uint8_t *blocks, const uint16_t *values, const uint16_t *distances, QV_CHAR asciiFirst >
+__attribute__( ( noinline ) ) qv::unicode::CaseMapped mapMany(
+    const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room )
+{
+    const qv::CaseTables &tables = TABLES< blocks, values, distances, asciiFirst >;
 
     if( length < LONG || !qv::vectors::has64() )
         return mapGroups< blocks, values, distances, asciiFirst >( from, length, to, room );
@@ -154,7 +152,7 @@ qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to
 
     for( QV_INT i = 0;; )
     {
-        QV_INT done = qv::mapCase64( TABLES, from + i, length - i, to + count );
+        QV_INT done = qv::mapCase64( tables, from + i, length - i, to + count );
         QV_ASSERT( ( areMapped< blocks, distances >( from + i, done, to + count ) ) );
         i += done;
         count += done;
@@ -170,6 +168,22 @@ qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to
         if( mapped.read < before || i == length )
             return { i, count };
     }
+}
+
+// The same, of few characters with such vectors at once.
+template< const uint8_t *blocks, const uint16_t *values, const uint16_t *distances, QV_CHAR asciiFirst >
+inline qv::unicode::CaseMapped mapCase( const QV_CHAR *from, QV_INT length, QV_CHAR *to, QV_INT room )
+{
+    const qv::CaseTables &tables = TABLES< blocks, values, distances, asciiFirst >;
+
+    if( length <= FEW_CASE && length > 0 && room >= FEW_CASE && qv::vectors::has64() )
+        if( QV_INT count = qv::mapFewCase64( tables, from, length, to ) )
+        {
+            QV_ASSERT( ( isWhole< blocks, values, distances, asciiFirst >( from, length, to, count ) ) );
+            return { length, count };
+        }
+
+    return mapMany< blocks, values, distances, asciiFirst >( from, length, to, room );
 }
 } // namespace
 

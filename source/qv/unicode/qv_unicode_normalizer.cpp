@@ -311,10 +311,10 @@ QV_STRING *createFrom( const QV_CHAR *chs, QV_INT length )
         all[replacements++] = { i, full.length, full.chars };
     }
 
-    QV_STRING *result = qv::newOpenString( count );
-    qv::replaceFew64( chs, length, all, replacements, qv::chars( result ) );
-    result->dropBack( result->length - count );
-    result->refresh();
+    static_assert( qv::MOST_OPEN >= FEW_CHECKED );
+    QV_STRING *result = qv::newOpenString();
+    qv::replaceFew64( chs, length, all, replacements, qv::openChars( result ) );
+    qv::closeOpen( result, count );
     QV_ASSERT( isWrittenInOrder( chs, length, form, result ) );
 
     return result;
