@@ -144,9 +144,11 @@ bool qv::fetchKept( KeptBlocks *kept )
 {
     int64_t size = kept - ownTable->kept;
 
-    if( !__atomic_load_n( &store.chains[size].first, __ATOMIC_RELAXED ) || !takeStore() )
+    // A thread that got its table in a run without kept blocks has room for none, and lives on in this run.
+    if( kept->room <= 0 || !__atomic_load_n( &store.chains[size].first, __ATOMIC_RELAXED ) || !takeStore() )
         return false;
 
+    QV_ASSERT( kept->room == mostKept( size ) );
     kept->first = pop( size );
     leaveStore();
 
