@@ -122,7 +122,7 @@ void getTable()
     for( int i = 0; i < QV___COUNTS_SIZES; i++ )
     {
         QV_ASSERT( !table->kept[i].first );
-        table->kept[i].room = qv::keepsBlocks ? qv::mostKept( i ) : 0;
+        table->kept[i].room = __atomic_load_n( &qv::keepsBlocks, __ATOMIC_RELAXED ) ? qv::mostKept( i ) : 0;
     }
 
     qv::ownTable = table;
@@ -227,8 +227,8 @@ SortCounts *qv::prepareCounts( QV_SORT *sort )
 
 void qv::startCounts( bool keeps, bool hasLists )
 {
-    keepsBlocks = keeps && keepsMemory;
-    isQuickRun  = keepsBlocks && !hasLists;
+    __atomic_store_n( &keepsBlocks, keeps && keepsMemory, __ATOMIC_RELAXED );
+    isQuickRun = keepsBlocks && !hasLists;
     __atomic_store_n( &hasKey, pthread_key_create( &tableKey, endThread ) == 0, __ATOMIC_RELEASE );
 }
 
@@ -237,8 +237,8 @@ void qv::startCounts( bool keeps, bool hasLists )
 // the blocks that it keeps: no code of the library runs then, so that it can be unloaded.
 void qv::stopCounts()
 {
-    isQuickRun  = false;
-    keepsBlocks = false;
+    isQuickRun = false;
+    __atomic_store_n( &keepsBlocks, false, __ATOMIC_RELAXED ); // other threads may end objects meanwhile
 
     if( !__atomic_exchange_n( &hasKey, 0, __ATOMIC_ACQ_REL ) )
         return;

@@ -109,7 +109,7 @@ bool giveToStore( int64_t size, QV_OBJ *chain )
         givenUp = pop( store.giver );
     }
 
-    bool fits = qv::keepsBlocks && hasRoom( size );
+    bool fits = __atomic_load_n( &qv::keepsBlocks, __ATOMIC_RELAXED ) && hasRoom( size );
 
     if( fits )
         push( size, chain );

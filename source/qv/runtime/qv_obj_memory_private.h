@@ -85,7 +85,8 @@ bool fetchKept( KeptBlocks *kept );
 /** Keeps a block of which the thread has enough, and gives others to the store; or gives it to the C library. */
 void keepBeyond( KeptBlocks *kept, QV_OBJ *object );
 
-/** At the stop: gives all that is in the store to the C library. Nothing comes into it any more. */
+/** At the stop: gives all that is in the store to the C library. Nothing comes into it any more, unless another thread is
+    just there: then what is in it is left to the next run. */
 void emptyStore();
 
 /** Memory for an object of so many bytes; `*memory` becomes what its header has to say about it. */
