@@ -268,6 +268,25 @@ TEST( ObjCount, ThreadsShareTheMemoryOfWhatEnds )
             qvRuntimeStartup( 0, nullptr, nullptr, nullptr, nullptr );
         } );
 
+    // What ends last does not hold the end of the heap, though the sizes that end in turn make room for each other.
+    inRun(
+        0,
+        [tells]
+        {
+            std::vector< QV_OBJ * > many( 200000 );
+            size_t                  before = mallinfo2().arena;
+
+            for( size_t i = 0; i < many.size(); i++ )
+                many[i] = qv___ObjCreate( i % 2 ? 200 : 300, qvOneSort() );
+
+            EXPECT_TRUE( !tells || mallinfo2().arena > before + 40000000 );
+
+            for( QV_OBJ *each : many )
+                qvObjRelease( each );
+
+            EXPECT_LT( mallinfo2().arena, before + 25000000 );
+        } );
+
     // A thread that has come in a run without kept blocks has room for none in the next run.
     inRun(
         QV_RUNTIME_FLAG_MEMORY_DEBUG,

@@ -86,13 +86,15 @@ bool hasRoom( int64_t size )
     return __atomic_load_n( &store.bytes, __ATOMIC_RELAXED ) + bytesOf( size ) <= qv::MOST_STORED_BYTES;
 }
 
-bool isOfOneSize( int64_t size )
+// In a full store.
+bool hasEnough( int64_t size )
 {
-    return __atomic_load_n( &store.bytes, __ATOMIC_RELAXED )
-           == __atomic_load_n( &store.chains[size].bytes, __ATOMIC_RELAXED );
+    return __atomic_load_n( &store.chains[size].bytes, __ATOMIC_RELAXED ) >= qv::ENOUGH_BYTES;
 }
 
-// A full store makes room by giving up chains of other sizes in turns: those of which no more objects end have none soon.
+// A full store makes room for a size that has little, by giving up chains of other sizes in turns: those of which no more
+// objects end have none soon. What has enough goes to the C library: blocks that ended last are often at the end of its
+// heap, which it gives back to the system if none of them is kept.
 bool giveToStore( int64_t size, QV_OBJ *chain )
 {
     QV_OBJ *givenUp = nullptr;
@@ -100,8 +102,10 @@ bool giveToStore( int64_t size, QV_OBJ *chain )
     if( !takeStore() )
         return false;
 
-    if( !hasRoom( size ) && !isOfOneSize( size ) )
+    if( !hasRoom( size ) && !hasEnough( size ) )
     {
+        QV_ASSERT( store.bytes > store.chains[size].bytes ); // so that there is another size
+
         do
             store.giver = ( store.giver + 1 ) % QV___COUNTS_SIZES;
         while( store.giver == size || !store.chains[store.giver].first );
@@ -126,7 +130,7 @@ void qv::keepBeyond( KeptBlocks *kept, QV_OBJ *object )
     int64_t size = kept - ownTable->kept;
     QV_OBJ *last = kept->first; // of those that stay, the newest ones
 
-    if( !last || ( !hasRoom( size ) && isOfOneSize( size ) ) )
+    if( !last || ( !hasRoom( size ) && hasEnough( size ) ) )
         return freeBlock( object );
 
     for( int32_t i = lengthOf( size ) + 1; i < mostKept( size ); i++ )

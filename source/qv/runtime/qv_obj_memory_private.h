@@ -29,6 +29,7 @@ const int64_t MOST_KEPT       = 32;                   // blocks of a size that a
 const int64_t MOST_KEPT_BYTES = 8192;                 // and their bytes
 
 const int64_t MOST_STORED_BYTES = 16 << 20; // of all sizes, in the store of all threads
+const int64_t ENOUGH_BYTES      = 2 << 20;  // of one size, for which no other is given up
 
 /** Whether blocks are kept, and whether there are no lists of objects as well, so that nothing but the count of its sort
     knows a new object. Set by the start of the run. */
