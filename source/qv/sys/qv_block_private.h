@@ -14,8 +14,9 @@
 
     Costs. A change at an end moves nothing as a rule. The contents move when the memory at that end is used up: each
     time a part of the length that SPARE tells becomes free for what comes. A change inside moves the shorter side, as
-    long as there is memory. What is allocated is at most twice what is declared; memory that came with the object stays
-    with it, and is used again as soon as the contents have shrunk into it.
+    long as there is memory. What is asked for is at most twice what is declared, and the block of an object that has ended
+    may be a little larger (qv_large_private.h). Memory that came with the object stays with it, and is used again as soon
+    as the contents have shrunk into it.
 
     Builds with assertions check after each change that what is declared is there, and keep free memory filled with a
     pattern, and poisoned under AddressSanitizer: code that writes into it without taking it first is found there. */
