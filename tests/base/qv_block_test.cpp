@@ -6,6 +6,7 @@
 #include "qv/base/qv_vector_private.h"
 #include "qv/qv.h"
 
+#include <malloc.h>
 #include <thread>
 
 using qv::Ref;
@@ -174,6 +175,22 @@ TEST( LargeBlock, ComesBackForAboutItsSize )
 
     EXPECT_TRUE( comesBack( 90000, 80000 ) );
     EXPECT_FALSE( comesBack( 90001, 80000 ) );
+}
+
+// Each object gets the block of the one before, which was a little larger; the last one must not hold that of the first.
+TEST( LargeBlock, DoesNotEndAsASmallOne )
+{
+    void *block = qvMemAlloc( qv::LARGEST );
+
+    for( QV_INT size = qv::LARGEST, next; size >= qv::LARGE; size = next )
+    {
+        next = size - size / 10;
+        endWith( block, size );
+        block = qvMemAlloc( next );
+        ASSERT_LE( malloc_usable_size( block ), size_t( next / 64 * 81 + 81 ) ) << next;
+    }
+
+    qvMemFree( block );
 }
 
 TEST( LargeBlock, IsOneThreadsAtATime )

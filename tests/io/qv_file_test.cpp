@@ -464,10 +464,12 @@ TEST( File, AWholeFileDeclaresWhatItsPiecesWould )
         EXPECT_EQ( length - half, qvByteSourceRead( source, halves.at(), -1 ) );
         EXPECT_EQ( all, bytes( halves ) );
 
-        // Nor does it matter what of the file is in memory already.
+        // Nor does it matter what of the file is in memory already, nor that the Buffer is a short one that was emptied.
         write( "ä\u4e2dpieces", "x" + all );
         Ref< QV_BYTE_SOURCE > begun( qvFileOpenByteSource( name( "pieces" ) ) );
         Ref< QV_BUFFER >      rest( qvBufferCreate() );
+        qvBufferAppendRoom( rest.at(), 200 );
+        qvBufferAppendWritten( rest.at(), 0 );
         EXPECT_EQ( 1, qvByteSourceSkip( begun, 1 ) );
         EXPECT_EQ( length, qvByteSourceRead( begun, rest.at(), -1 ) );
         EXPECT_EQ( all, bytes( rest ) );

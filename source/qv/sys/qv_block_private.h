@@ -14,8 +14,9 @@
 
     Costs. A change at an end moves nothing as a rule. The contents move when the memory at that end is used up: each
     time a part of the length that SPARE tells becomes free for what comes. A change inside moves the shorter side, as
-    long as there is memory. What is allocated is at most twice what is declared; memory that came with the object stays
-    with it, and is used again as soon as the contents have shrunk into it.
+    long as there is memory. What is asked for is at most twice what is declared, and the block of an object that has ended
+    may be a little larger (qv_large_private.h). Memory that came with the object stays with it, and is used again as soon
+    as the contents have shrunk into it.
 
     Builds with assertions check after each change that what is declared is there, and keep free memory filled with a
     pattern, and poisoned under AddressSanitizer: code that writes into it without taking it first is found there. */
@@ -266,10 +267,12 @@ struct Block : Header
         check();
     }
 
-    /** A first block in memory from qvMemAlloc(), which is taken over. */
+    /** A first block in memory from qvMemAlloc(), which is taken over. Memory that came with the object is not used any
+        more. */
     void adoptBlock( Unit *block, QV_INT units, BlockEnds ends )
     {
         placeBlock( block, bytesOf( ends.front + units + ends.back ), 0, units, ends );
+        tellIfLeft();
     }
 
     /** The end of the object's block: all of its memory is accessible again, and freed. Nothing is declared then. */
@@ -458,7 +461,6 @@ struct Block : Header
         markFree( homeMemory(), static_cast< size_t >( homeSize() ) );
         first  = to + ( first - memory );
         memory = to;
-        Rules::leaveHome( this );
         markAround();
     }
 
@@ -476,6 +478,8 @@ struct Block : Header
         std::swap( first, other->first );
         std::swap( memory, other->memory );
         std::swap( this->dbgAllocationSize, other->dbgAllocationSize );
+        tellIfLeft();
+        other->tellIfLeft();
     }
 
     /** The bytes at `memory`. */
@@ -588,6 +592,15 @@ private:
         setSize( 0, homeElements );
     }
 
+    // What stands after each change that may have put the block elsewhere than in memory that came with the object: one
+    // that was emptied has no block, and still counts as one that never left.
+    void tellIfLeft()
+    {
+        if constexpr( requires { Rules::leaveHome( this ); } )
+            if( !isHome() )
+                Rules::leaveHome( this );
+    }
+
     // How many units after the contents there is memory for.
     QV_INT unitsAfter() const
     {
@@ -675,10 +688,7 @@ private:
         fspace = ends.front;
         bspace = ends.back;
 
-        if constexpr( requires { Rules::leaveHome( this ); } )
-            if( !isHome() )
-                Rules::leaveHome( this );
-
+        tellIfLeft();
         account();
         check();
     }

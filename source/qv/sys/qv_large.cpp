@@ -90,7 +90,8 @@ void qv::leaveLarge( void *block, QV_INT bytes )
 {
     QV_ASSERT( bytes >= LARGE );
 
-    if( keepsMemory && bytes <= LARGEST )
+    // One that was handed out for less than it has, again and again, is not: `bytes` is what the last owner knew of.
+    if( keepsMemory && bytes <= LARGEST && allocatedBytes( block ) - bytes <= bytes / 8 )
     {
         markFree( block, static_cast< size_t >( bytes ) );
         block = putIn( block, bytes );

@@ -9,7 +9,8 @@
 
     So the blocks of objects that have ended are kept for the next ones that ask for about as much: the last MOST_LARGE of
     LARGE to LARGEST bytes, 4 MiB in the whole process at most, until the library stops. A block is handed out for no less
-    than eight ninths of its size, so that little is allocated which nobody knows of.
+    than eight ninths of what its last owner had, and kept only if that was no less than eight ninths of what the C library
+    has allocated. So nobody gets a block of more than 81/64 of what was asked for.
 
     A thread that comes while another one is here goes to the C library instead: nobody waits. Nothing is kept where
     keepsMemory is false. */
@@ -32,6 +33,9 @@ void *takeLarge( QV_INT bytes );
 
 /** Keeps a block, from qvMemAlloc() or qvMemRealloc(), that nobody uses any more, or frees it. It has at least `bytes`. */
 void leaveLarge( void *block, QV_INT bytes );
+
+/** What the C library has allocated for a block, all told. */
+QV_INT allocatedBytes( void *block );
 
 /** As qvMemFree(), for a caller that knows the size, and that no part of the block is poisoned. */
 inline void freeBlock( void *block, QV_INT bytes )
