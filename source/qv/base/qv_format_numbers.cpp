@@ -441,7 +441,7 @@ QV_STRING *encodePlain( const Plain &plain )
 #if QV___LAST_DIGITS
 const QV_INT DECIMAL_ROOM = 20; // characters of the longest integer, of which one is a sign or a zero
 
-// Writes all integers with so many digits, since a branch by their number would be mispredicted. The text is what the
+// Writes every integer with DECIMAL_ROOM digits, since a branch by their number would be mispredicted. The text is what the
 // memory ends with.
 inline QV_STRING *writeDecimalInt( QV_STRING *text, QV_INT value )
 {
@@ -478,7 +478,7 @@ QV_STRING *encodeDecimalInt( QV_INT value )
 #endif
 }
 
-// Likewise.
+// Functions of their own for the same reason.
 __attribute__( ( noinline ) ) QV_STRING *encodeIntAsTold( QV_INT value, QV_INT base, QV_INT minWidth, QV_INT flags )
 {
     qv::TextBuilder text;

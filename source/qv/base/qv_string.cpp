@@ -633,7 +633,7 @@ __attribute__( ( noinline ) ) void mapAny( QV_STRING **qvs, qv::unicode::CaseMap
     if( length == 0 )
         return;
 
-    QV_STRING *mapped = createWithSpace( length + length / 16 + qv::unicode::FEW_CASE );
+    QV_STRING *mapped = createWithSpace( length + length / 16 + qv::unicode::LONGEST_CASE_MAPPING );
     mapRest( qvs, mapping, mapped, mapping( from, length, qv::chars( mapped ), mapped->length ) );
 }
 
