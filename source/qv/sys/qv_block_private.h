@@ -254,14 +254,14 @@ struct Block : Header
         elements of it before them. */
     void initWritten( QV_INT homeElements, QV_INT before, QV_INT units, BlockEnds ends )
     {
-        QV_ASSERT( bytesOf( ends.front ) <= before * QV_INT( sizeof( Unit ) ) );
-
         memory = homeMemory();
         setSize( homeElements * QV_INT( sizeof( Unit ) ), homeElements );
         length = units;
         fspace = ends.front;
         bspace = ends.back;
         first  = memory + before;
+        QV_ASSERT(
+            reinterpret_cast< char * >( first ) - reinterpret_cast< char * >( memory ) >= bytesOf( ends.front ) );
         account();
         markAround();
         check();

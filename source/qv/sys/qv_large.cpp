@@ -17,6 +17,12 @@ Kept    kept[qv::MOST_LARGE];
 int     oldest  = 0;
 int32_t isTaken = 0;
 
+// Other threads may use memory while the library starts or stops.
+bool keeps()
+{
+    return __atomic_load_n( &qv::keepsMemory, __ATOMIC_RELAXED );
+}
+
 // Takes hold of what is kept, if no other thread has it.
 class Hold
 {
@@ -60,7 +66,7 @@ void *putIn( void *block, QV_INT bytes )
 {
     Hold hold;
 
-    if( !hold || !qv::keepsMemory )
+    if( !hold || !keeps() )
         return block;
 
     for( Kept &each : kept )
@@ -76,7 +82,7 @@ void *putIn( void *block, QV_INT bytes )
 
 void *qv::takeLarge( QV_INT bytes )
 {
-    void *block = keepsMemory && bytes <= LARGEST ? takeOut( bytes ) : nullptr;
+    void *block = keeps() && bytes <= LARGEST ? takeOut( bytes ) : nullptr;
 
     // In builds with assertions, a block that was written to since its object ended is found here.
     if( QV___ASSERTIONS && block )
@@ -91,7 +97,7 @@ void qv::leaveLarge( void *block, QV_INT bytes )
     QV_ASSERT( bytes >= LARGE );
 
     // One that was handed out for less than it has, again and again, is not: `bytes` is what the last owner knew of.
-    if( keepsMemory && bytes <= LARGEST && allocatedBytes( block ) - bytes <= bytes / 8 )
+    if( keeps() && bytes <= LARGEST && allocatedBytes( block ) - bytes <= bytes / 8 )
     {
         markFree( block, static_cast< size_t >( bytes ) );
         block = putIn( block, bytes );

@@ -21,13 +21,13 @@ extern "C" __attribute__( ( weak ) ) void __asan_init( void );
 
 void qv___MemStartup( void )
 {
-    qv___MemDebug   = ( qvRuntimeFlags() & QV_RUNTIME_FLAG_MEMORY_DEBUG ) ? QV_TRUE : QV_FALSE;
-    qv::keepsMemory = !qv___MemDebug && !QV___ASAN && !__asan_init;
+    qv___MemDebug = ( qvRuntimeFlags() & QV_RUNTIME_FLAG_MEMORY_DEBUG ) ? QV_TRUE : QV_FALSE;
+    __atomic_store_n( &qv::keepsMemory, !qv___MemDebug && !QV___ASAN && !__asan_init, __ATOMIC_RELAXED );
 }
 
 void qv___MemShutdown( void )
 {
-    qv::keepsMemory = false;
+    __atomic_store_n( &qv::keepsMemory, false, __ATOMIC_RELAXED );
     qv::closeLarge();
     qv::closeSlabs();
 }

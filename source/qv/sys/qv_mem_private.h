@@ -16,7 +16,7 @@ extern "C" QV_BOOL qv___MemDebug;
 namespace qv
 {
 /** Whether memory that the program has given back may be kept to be used again. False where that would hide faults from
-    tools: with QV_RUNTIME_FLAG_MEMORY_DEBUG, with AddressSanitizer, and while the library doesn't run. */
+    tools: with QV_RUNTIME_FLAG_MEMORY_DEBUG, with AddressSanitizer, and while the library doesn't run. Atomic. */
 extern __attribute__( ( visibility( "hidden" ) ) ) bool keepsMemory;
 
 /** As qvMemFree(), for the end of every object: one call less. */
