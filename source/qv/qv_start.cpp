@@ -28,10 +28,10 @@ inline void takeAddresses( Functions *...functions )
 __attribute__( ( used ) ) void bindWithLibrary()
 {
     takeAddresses(
-        access, clock_getres, clock_gettime, close, dl_iterate_phdr, getenv, gethostname, malloc, memcpy, memmove,
+        clock_getres, clock_gettime, close, dl_iterate_phdr, faccessat, getenv, gethostname, malloc, memcpy, memmove,
         memset, open, pthread_cond_broadcast, pthread_cond_destroy, pthread_cond_init, pthread_getspecific,
         pthread_key_create, pthread_key_delete, pthread_mutex_destroy, pthread_mutex_init, pthread_mutex_lock,
         pthread_mutex_unlock, pthread_setspecific, read, sem_destroy, sem_init, sigaction, sigaltstack, sigemptyset,
-        srand, strlen, strnlen, static_cast< const char *(*)( const char *, int ) >( strrchr ), time, uname, wmemcmp );
+        srand, strlen, strnlen, time, uname, wmemcmp );
 }
 } // namespace

@@ -21,6 +21,7 @@
 
 #include <dlfcn.h>
 #include <errno.h>
+#include <fcntl.h>
 #include <link.h>
 #include <stdlib.h>
 #include <string.h>
@@ -126,7 +127,7 @@ int findLibrary( dl_phdr_info *info, size_t, void *fileName )
 bool isDirectory( const char *path )
 {
     QV_ASSERT( path[0] && path[strlen( path ) - 1] == '/' );
-    return access( path, F_OK ) == 0;
+    return faccessat( AT_FDCWD, path, F_OK, AT_EACCESS ) == 0;
 }
 
 // The folder of modules in an installation, wherever it has been moved to: `morvane` beside the library. Null if there is
