@@ -16,9 +16,10 @@ struct Chains
 
 struct Store
 {
-    int32_t isTaken; // atomic; by a thread that changes it
-    int32_t giver;   // the size that made room for another one last
-    int64_t bytes;   // atomic; of all sizes
+    int32_t isTaken;   // atomic; by a thread that changes it
+    int32_t giver;     // the size that gave a chain up last
+    int32_t overflows; // atomic; more objects have ended than there is room for, and no block was asked for since
+    int64_t bytes;     // atomic; of all sizes
     Chains  chains[QV___COUNTS_SIZES];
 };
 
@@ -92,9 +93,43 @@ bool hasEnough( int64_t size )
     return __atomic_load_n( &store.chains[size].bytes, __ATOMIC_RELAXED ) >= qv::ENOUGH_BYTES;
 }
 
+// Whether blocks go to the C library, since more objects end than there is room for. What is stored goes as well then: left
+// where they are among millions, the blocks would keep the C library from joining what is free around them, and from giving
+// the end of its heap back.
+bool overflows( int64_t size )
+{
+    if( !hasRoom( size ) && hasEnough( size ) )
+        __atomic_store_n( &store.overflows, 1, __ATOMIC_RELAXED );
+
+    return __atomic_load_n( &store.overflows, __ATOMIC_RELAXED );
+}
+
+// Takes a chain of another size than `size` out of the store, which has one, in turns.
+QV_OBJ *popInTurn( int64_t size )
+{
+    do
+        store.giver = ( store.giver + 1 ) % QV___COUNTS_SIZES;
+    while( store.giver == size || !store.chains[store.giver].first );
+
+    return pop( store.giver );
+}
+
+void freeChainInTurn()
+{
+    QV_OBJ *chain = nullptr;
+
+    if( !__atomic_load_n( &store.bytes, __ATOMIC_RELAXED ) || !takeStore() )
+        return;
+
+    if( store.bytes > 0 )
+        chain = popInTurn( -1 );
+
+    leaveStore();
+    freeChain( chain );
+}
+
 // A full store makes room for a size that has little, by giving up chains of other sizes in turns: those of which no more
-// objects end have none soon. What has enough goes to the C library: blocks that ended last are often at the end of its
-// heap, which it gives back to the system if none of them is kept.
+// objects end have none soon.
 bool giveToStore( int64_t size, QV_OBJ *chain )
 {
     QV_OBJ *givenUp = nullptr;
@@ -106,11 +141,7 @@ bool giveToStore( int64_t size, QV_OBJ *chain )
     {
         QV_ASSERT( store.bytes > store.chains[size].bytes ); // so that there is another size
 
-        do
-            store.giver = ( store.giver + 1 ) % QV___COUNTS_SIZES;
-        while( store.giver == size || !store.chains[store.giver].first );
-
-        givenUp = pop( store.giver );
+        givenUp = popInTurn( size );
     }
 
     bool fits = __atomic_load_n( &qv::keepsBlocks, __ATOMIC_RELAXED ) && hasRoom( size );
@@ -130,8 +161,14 @@ void qv::keepBeyond( KeptBlocks *kept, QV_OBJ *object )
     int64_t size = kept - ownTable->kept;
     QV_OBJ *last = kept->first; // of those that stay, the newest ones
 
-    if( !last || ( !hasRoom( size ) && hasEnough( size ) ) )
+    if( !last )
         return freeBlock( object );
+
+    if( overflows( size ) )
+    {
+        freeBlock( object );
+        return freeChainInTurn();
+    }
 
     for( int32_t i = lengthOf( size ) + 1; i < mostKept( size ); i++ )
         last = last->odbNext;
@@ -147,6 +184,9 @@ void qv::keepBeyond( KeptBlocks *kept, QV_OBJ *object )
 bool qv::fetchKept( KeptBlocks *kept )
 {
     int64_t size = kept - ownTable->kept;
+
+    if( __atomic_load_n( &store.overflows, __ATOMIC_RELAXED ) )
+        __atomic_store_n( &store.overflows, 0, __ATOMIC_RELAXED );
 
     // A thread that got its table in a run without kept blocks has room for none, and lives on in this run.
     if( kept->room <= 0 || !__atomic_load_n( &store.chains[size].first, __ATOMIC_RELAXED ) || !takeStore() )

@@ -5,8 +5,9 @@
     those that it creates next, by size, without a call of the C library: sizes up to 584 bytes, of each at most 32 blocks
     and 8 KB, so that a thread holds 227 KB at most. Where a thread has kept enough of a size, half of those go to a store
     of 16 MiB at most, from which threads that have none get them: many objects that end at once, as those in a large
-    container, leave their blocks to the next ones. Blocks come from the C library and go back to it where the store is
-    full, when a thread ends, and all when the library stops.
+    container, leave their blocks to the next ones. Where more end than the store has room for, it gives up what it has,
+    until a block is asked for again. Blocks come from the C library and go back to it then, when a thread ends, and all
+    when the library stops.
 
     Until it is used again, a block that is kept is as the end of its object left it, so that what is done to that object
     fails: all ones, but for the link to the next block. Nothing is kept where that would hide faults from tools: in runs
