@@ -15,8 +15,8 @@
 #
 #   install( TARGETS morvane-greeter morvane-host LIBRARY DESTINATION "${MORVANE_MODULE_DIR}" )
 #
-# The file exports the module object and what its sources mark with QV_API, all of which has C linkage; it may leave no
-# name undefined. The sources are compiled with QV_MODULE_NAME, which qv/qv_extend.h needs, and each with the path that
+# The file exports the module object and what its sources mark with QV_API, or variables with QV_API_DATA, all of which has
+# C linkage; it may leave no name undefined. The sources are compiled with QV_MODULE_NAME, which qv/qv_extend.h needs, and each with the path that
 # its contract reports bear.
 
 # Says that a source is a part of a family: its contract reports bear the path of the family's main source.

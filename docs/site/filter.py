@@ -76,7 +76,7 @@ def code(match):
 def each_commented(group):
     """A group of declarations, each with the comment that they share unless it has one of its own."""
     comment, declarations = group.groups()
-    return re.sub(r"^(?=(?:QV_API|static inline|typedef|#define) (?!.*/\*\*<))", lambda match: comment, declarations, flags=re.M)
+    return re.sub(r"^(?=(?:QV_API(?:_DATA)?|static inline|typedef|#define) (?!.*/\*\*<))", lambda match: comment, declarations, flags=re.M)
 
 
 def family(name, type_, rest):

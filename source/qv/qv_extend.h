@@ -40,9 +40,9 @@
             QV_MODULE_FUNCS( .startupFunc = start, .shutdownFunc = stop, .personalityFunc = run ) );
 
     The file. A module `counter` of the product `morvane` is the shared object `libmorvane-counter.so`. It exports the
-    module object `counter___module` and what it marks with QV_API, nothing else. All its sources are compiled with the
-    same QV_MODULE_NAME, so that their families belong to it. Families of a program, which has no such name, belong to
-    the library's module.
+    module object `counter___module` and what it marks with QV_API or QV_API_DATA, nothing else. All its sources are
+    compiled with the same QV_MODULE_NAME, so that their families belong to it. Families of a program, which has no such
+    name, belong to the library's module.
 
     The life of a module. qvRuntimeTryLoadModule() calls `startupFunc` when all that the module depends on is loaded;
     false means that it cannot start. At the end, and in the reverse order of loading, all modules get
@@ -82,7 +82,7 @@
 #define QV_THIS_MODULE QV___JOIN( QV_MODULE_NAME, ___module )
 
 /** The module's own object. */
-QV_API QV_MODULE QV_THIS_MODULE;
+QV_API_DATA QV_MODULE QV_THIS_MODULE;
 #endif
 
 /** Declares a family as QV_FAMILY() does, for the module's own sources alone: its functions are not exported. */

@@ -87,7 +87,7 @@ class Function:
 def read():
     headers = sorted(path for path in source.glob("qv/**/*.h") if not path.name.endswith("_private.h"))
     text = "".join(f'#include "{header.relative_to(source)}"\n' for header in headers)
-    command = [compiler, "-std=c++20", "-I", str(source), "-E", "-P", "-x", "c++", "-"]
+    command = [compiler, "-std=c++20", "-DQV___INSIDE", "-I", str(source), "-E", "-P", "-x", "c++", "-"]
     expanded = subprocess.run(command, input=text, check=True, capture_output=True, text=True).stdout
     mark = r'extern\s+"C"\s+__attribute__\s*\(\s*\(\s*visibility\s*\(\s*"default"\s*\)\s*\)\s*\)'
     found = re.findall(mark + r"([^;{()]*?)\b(qv[A-Z]\w*)\s*\(([^)]*)\)", expanded)

@@ -39,7 +39,7 @@ def checked(*command, **options):
 # The declarations of headers as C with bodies, and the constants.
 def definitions(headers):
     includes = "".join(f'#include "{header.relative_to(source)}"\n' for header in headers)
-    preprocess = ["gcc", "-std=c11", "-DQV_MODULE_NAME=abi", "-I", source, "-E", "-P", "-x", "c", "-"]
+    preprocess = ["gcc", "-std=c11", "-DQV___INSIDE", "-DQV_MODULE_NAME=abi", "-I", source, "-E", "-P", "-x", "c", "-"]
     text = checked(*preprocess, input=includes)
     bodies = {}
     for declaration in re.findall(rf"{MARK}([^;{{]*)", text):

@@ -19,7 +19,7 @@ def output(*command, **options):
 # Every declaration that bears QV_API, macros expanded.
 headers = sorted(pathlib.Path(source, "qv").rglob("*.h"))
 text = "".join(f'#include "{header.relative_to(source)}"\n' for header in headers)
-expanded = output(compiler, "-std=c++20", "-I", source, "-E", "-P", "-x", "c++", "-", input=text)
+expanded = output(compiler, "-std=c++20", "-DQV___INSIDE", "-I", source, "-E", "-P", "-x", "c++", "-", input=text)
 mark = r'extern\s+"C"\s+__attribute__\s*\(\s*\(\s*visibility\s*\(\s*"default"\s*\)\s*\)\s*\)'
 declared = set()
 for declaration in re.findall(mark + r"([^;{]*)", expanded):
@@ -57,6 +57,13 @@ problems += [
 for file, allowed in (library, r"(libc|libm|ld-linux.*)\.so"), (executable, r"(libmorvane-qv|libc|libm|ld-linux.*)\.so"):
     needed = re.findall(r"\(NEEDED\).*\[(.*)\]", output("readelf", "-d", file))
     problems += [f"{file} needs {name}" for name in needed if not re.match(allowed, name)]
+
+# Programs call the library by the addresses of its functions, where the compiler can, not through a linkage table.
+mark = output(compiler, "-I", source, "-E", "-P", "-x", "c", "-", input='#include "qv/sys/qv_types.h"\nQV_API')
+if "noplt" in mark.splitlines()[-1]:
+    slots = re.findall(r"JUMP_SLOT?\s.*?\b(qv\w+)", output("readelf", "-r", "-W", executable))
+    problems += [f"{name} is called through the linkage table" for name in slots]
+
 undefined = output("nm", "-D", "--undefined-only", library)
 problems += [f"undefined: {name}" for name in re.findall(r"\bqv\w+", undefined)]
 

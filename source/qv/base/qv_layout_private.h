@@ -19,6 +19,6 @@ typedef struct QV___LAYOUT
 } QV___LAYOUT;
 
 /** The facts of this build. Nothing in the library reads them. */
-QV_API const QV___LAYOUT qv___layout;
+QV_API_DATA const QV___LAYOUT qv___layout;
 
 #endif

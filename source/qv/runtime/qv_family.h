@@ -215,7 +215,7 @@ static inline QV_INT qv___CompareAs( QV_OBJ *objA, QV_OBJ *objB, QV_SORT *sort, 
 #endif
 
 /** The library's own module object. */
-QV_API QV_MODULE qv___module;
+QV_API_DATA QV_MODULE qv___module;
 
 /** Marks what all sources of the library or module share and none exports. C linkage. */
 #ifdef __cplusplus

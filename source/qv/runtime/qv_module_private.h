@@ -5,7 +5,7 @@
 #include "qv/runtime/qv_module_record.h"
 
 /** The record of the library, which is a module itself: the identity of the product. */
-QV_API const QV_MODULE_RECORD qv___module_record;
+QV_API_DATA const QV_MODULE_RECORD qv___module_record;
 
 /** True for a module with a proper record that fits the running product. */
 QV_API QV_BOOL qv___ModuleCheckCompatibility( QV_MODULE *module );

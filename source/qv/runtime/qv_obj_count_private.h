@@ -55,7 +55,7 @@ typedef struct alignas( 64 ) QV___COUNTS
 } QV___COUNTS;
 
 /** The table that was made last. Atomic. Exported for debuggers. */
-QV_API QV___COUNTS *qv___Counts;
+QV_API_DATA QV___COUNTS *qv___Counts;
 
 namespace qv
 {

@@ -8,7 +8,7 @@
 
 /** Where the report file goes: a zero-terminated path in a block of qvMemAlloc(), which the shutdown frees, or null for
     no file. */
-QV_API char *qv___AbortFilename;
+QV_API_DATA char *qv___AbortFilename;
 
 /** Writes the report to the standard error stream and the report file and ends the process. `siginfo` is that of the
     signal that led here, or null. Of several threads one writes, and the others wait for the end. Allocates nothing,

@@ -18,11 +18,20 @@
 
 /* The interface -------------------------------------------------------------------------------------------------- */
 
-/** Marks the declaration of everything that the library exports, with C linkage. */
+/** Marks the declaration of each variable that the library or a module exports, with C linkage. */
 #ifdef __cplusplus
-#define QV_API extern "C" __attribute__( ( visibility( "default" ) ) )
+#define QV_API_DATA extern "C" __attribute__( ( visibility( "default" ) ) )
 #else
-#define QV_API extern __attribute__( ( visibility( "default" ) ) )
+#define QV_API_DATA extern __attribute__( ( visibility( "default" ) ) )
+#endif
+
+/** Marks the declaration of each function that the library or a module exports, with C linkage. GCC has it called by its
+    address, which the loader enters before the program or module runs, without the jump through the procedure linkage table
+    that the first call would fill. */
+#if defined( __x86_64__ ) && defined( __GNUC__ ) && !defined( __clang__ ) && !defined( QV___INSIDE )
+#define QV_API QV_API_DATA __attribute__( ( noplt ) )
+#else
+#define QV_API QV_API_DATA
 #endif
 
 /* Plain types ---------------------------------------------------------------------------------------------------- */
