@@ -319,6 +319,22 @@ QV___KERNEL_64 void qv::utf8::encodeBlocks64( Encoded &done, const QV_CHAR *inEn
             continue;
         }
 
+        // Both vectors where nothing can go wrong in either: a look at 32 characters serves them all.
+        if( outEnd - to >= 2 * 64 && _mm512_cmpge_epu32_mask( _mm512_max_epu32( a, b ), repeat16( 0x110000 ) ) == 0 )
+        {
+            LaneBytes first = laneBytes( a ), second = laneBytes( b );
+
+            uint64_t keptFirst  = first.kept & lowest( 4 * half ),
+                     keptSecond = second.kept & lowest( 4 * ( count - half ) );
+            QV_INT size = __builtin_popcountll( keptFirst ), more = __builtin_popcountll( keptSecond );
+
+            storeKept( to, first.bytes, keptFirst, size );
+            storeKept( to + size, second.bytes, keptSecond, more );
+            in += count;
+            to += size + more;
+            continue;
+        }
+
         if( _mm512_cmpge_epu32_mask( a, repeat16( 0x110000 ) ) != 0 )
             break;
 
