@@ -3,6 +3,8 @@
 #include "qv/unicode/qv_unicode_db_private.h"
 #include "qv/unicode/qv_unicode_normalizer.h"
 
+#include <random>
+
 using namespace qv::test;
 using qv::Ref;
 
@@ -158,6 +160,60 @@ TEST( UnicodeNormalizer, StringsChangeOnlyWhereTheyAreNotNormal )
             normalize( qvs.at() );
             EXPECT_EQ( same.get(), qvs.get() );
         }
+}
+
+// Long texts are looked at 64 characters at a time for what can change there. Written one by one, none is looked at so.
+TEST( UnicodeNormalizer, LongTextsAreTheSameAsTheirCharacters )
+{
+    const std::u32string FILLERS[] = { U"plain",        U"\u00DF\u00E6",         U"\u0434\u0430", U"\u05D0\u05D1",
+                                       U"\u4E00\uAC01", U"\U0001F600\U00010400", U"\U00020000" };
+    const std::u32string OTHERS[]  = {
+        U"\u0301",
+        U"\u0316",
+        U"\u0334",
+        U"\u0316\u0301",
+        U"\u0301\u0316",
+        U"\u05B0\u05BC",
+        U"\u05BC\u05B0",
+        U"e\u0301",
+        U"\u00E9",
+        U"\u0958",
+        U"\uAC00\u11A8",
+        U"\u0344",
+        U"\uFB01",
+        U"\U0001D15E",
+        U"\U0002F800",
+        U"\u0E38\u0E48",
+        U"\u0E48\u0E38",
+        U"\u0483\u0316",
+        U"\u0316\u0316\u0316\u0316\u0316\u0316\u0316\u0316\u0316\u0316\u0316\u0316\u0316\u0316\u0316\u0316\u0316" };
+    std::mt19937 random( 7 );
+
+    for( int round = 0; round < 4000 && !HasFailure(); round++ )
+    {
+        const std::u32string &filler = FILLERS[random() % std::size( FILLERS )];
+        std::u32string        whole( 70 + random() % 150, U'x' );
+
+        for( char32_t &each : whole )
+            each = random() % 8 ? filler[random() % filler.size()] : FILLERS[random() % std::size( FILLERS )][0];
+
+        for( size_t others = random() % 4; others > 0; others-- )
+        {
+            const std::u32string &other = OTHERS[random() % std::size( OTHERS )];
+            size_t                at    = random() % 2 ? random() % whole.size() : 60 + random() % 6;
+            whole.replace( at, std::min( other.size(), whole.size() - at ), other );
+        }
+
+        for( QV_INT form : FORMS )
+        {
+            Normalizer oneByOne( form );
+
+            for( char32_t each : whole )
+                qvUnicodeNormalizerWriteChar( oneByOne.norm, each );
+
+            EXPECT_EQ( oneByOne.finish(), normalized( whole, form ) ) << round << ' ' << form;
+        }
+    }
 }
 
 // Texts of up to 64 characters are written on the stack, at once if no mark moves, and those of up to 32 are checked at

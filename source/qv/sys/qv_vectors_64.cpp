@@ -28,10 +28,9 @@ QV___KERNEL_64 inline __m512i lookUp( const Table &table, __m512i at )
     return _mm512_mask_mov_epi8( lower, _mm512_movepi8_mask( at ), upper );
 }
 
-// In each lane the bit that its 3 lowest bits tell.
-QV___KERNEL_64 inline __m512i bitAt( __m512i place )
+QV___KERNEL_64 inline __m512i repeatByte( uint32_t value )
 {
-    return _mm512_sllv_epi32( repeat16( 1 ), _mm512_and_si512( place, repeat16( 7 ) ) );
+    return _mm512_set1_epi8( static_cast< char >( value ) );
 }
 
 // The lowest bytes of the 32 lanes in two vectors, as places in both of them.
@@ -107,13 +106,23 @@ QV___KERNEL_64 QV_INT qv::decodeBytes64(
 namespace
 {
 // The lowest bytes of 64 lanes.
-QV___KERNEL_64 inline __m512i lowBytes( const __m512i ( &lanes )[4] )
+QV___KERNEL_64 inline __m512i bytesAt( __m512i places, const __m512i ( &lanes )[4] )
 {
-    const __m512i places = _mm512_load_si512( LANES.places );
-    __m512i       first  = _mm512_permutex2var_epi8( lanes[0], places, lanes[1] );
-    __m512i       second = _mm512_permutex2var_epi8( lanes[2], places, lanes[3] );
+    __m512i first  = _mm512_permutex2var_epi8( lanes[0], places, lanes[1] );
+    __m512i second = _mm512_permutex2var_epi8( lanes[2], places, lanes[3] );
 
     return _mm512_inserti64x4( first, _mm512_castsi512_si256( second ), 1 );
+}
+
+QV___KERNEL_64 inline __m512i lowBytes( const __m512i ( &lanes )[4] )
+{
+    return bytesAt( _mm512_load_si512( LANES.places ), lanes );
+}
+
+// Bits 8 to 15.
+QV___KERNEL_64 inline __m512i nextBytes( const __m512i ( &lanes )[4] )
+{
+    return bytesAt( _mm512_add_epi8( _mm512_load_si512( LANES.places ), repeatByte( 1 ) ), lanes );
 }
 
 // Writes what a window tells over the bytes of its characters, which it adds to `known`.
@@ -196,78 +205,72 @@ QV___KERNEL_64 QV_INT qv::encodeBytes64(
 
 namespace
 {
-// Which of the characters that are known to the table are in blocks of 32 that are inert: the byte of a block by the upper
-// 8 bits, its place there by the next 3.
-QV___KERNEL_64 inline __mmask16 inInertBlocks( const Table &blocks, __m512i in, __mmask16 known )
-{
-    __m512i bytes = lookUp( blocks, _mm512_srli_epi32( in, 8 ) );
-
-    return _mm512_mask_test_epi32_mask( known, bytes, bitAt( _mm512_srli_epi32( in, 5 ) ) );
-}
-
-// Which characters of some below 0x800 are inert by themselves.
-QV___KERNEL_64 inline __mmask16 inertAlone( const Table &singles, __m512i in, __mmask16 low )
-{
-    return _mm512_mask_test_epi32_mask( low, lookUp( singles, _mm512_srli_epi32( in, 3 ) ), bitAt( in ) );
-}
-
 QV___KERNEL_64 inline __mmask16 below( __m512i in, QV_CHAR limit )
 {
     return _mm512_cmplt_epu32_mask( in, repeat16( limit ) );
 }
 
-// Which characters are in the blocks of the table of classes.
-struct NearMarks
+// Which of 64 characters are below a limit, which `most`, the greatest ones of each lane, may tell.
+QV___KERNEL_64 inline __mmask64 below( const __m512i ( &chars )[4], __m512i most, QV_CHAR limit )
 {
-    __mmask16 first;
-    __mmask16 second;
+    if( below( most, limit ) == 0xFFFF )
+        return UINT64_MAX;
+
+    return below( chars[0], limit ) | static_cast< __mmask64 >( below( chars[1], limit ) ) << 16
+           | static_cast< __mmask64 >( below( chars[2], limit ) ) << 32
+           | static_cast< __mmask64 >( below( chars[3], limit ) ) << 48;
+}
+
+// In each byte the bit that its 3 lowest bits tell.
+QV___KERNEL_64 inline __m512i bitAt( __m512i place )
+{
+    const __m512i bits = _mm512_set1_epi64( static_cast< int64_t >( 0x8040201008040201 ) );
+
+    return _mm512_shuffle_epi8( bits, _mm512_and_si512( place, repeatByte( 7 ) ) );
+}
+
+// For each byte of a vector the place of the one before it; before the first one is the last one of another vector.
+struct ByteBefore
+{
+    constexpr ByteBefore()
+    {
+        for( int i = 0; i < 64; i++ )
+            places[i] = static_cast< uint8_t >( ( i + 127 ) % 128 );
+    }
+
+    alignas( 64 ) uint8_t places[64] = {};
 };
 
-QV___KERNEL_64 inline NearMarks nearMarks( __m512i in )
+constexpr ByteBefore BYTE_BEFORE;
+
+// Which of the classes of 64 characters, marks and 0 for all others, do not ascend after that of the character before, or
+// end the run, or fill a group of 16 to its end: the first bit is where the first one of these is.
+QV___KERNEL_64 inline __mmask64 outOfOrder( __m512i now, __m512i before )
 {
-    return {
-        _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( 0x300 ) ), repeat16( 0x80 ) ),
-        _mm512_cmplt_epu32_mask( _mm512_sub_epi32( in, repeat16( 0x580 ) ), repeat16( 0x80 ) ) };
-}
+    const uint64_t ONES = 0x0001000100010001;
 
-// The classes of some characters in these blocks, by the 7 lowest bits and which of the blocks it is; 0 for all others.
-QV___KERNEL_64 inline __m512i classesOf( const Table &marks, __m512i in, __mmask16 second, __mmask16 some )
-{
-    __m512i at = _mm512_and_si512( in, repeat16( 0x7F ) );
-    at         = _mm512_mask_or_epi32( at, second, at, repeat16( 0x80 ) );
+    __mmask64 marks = _mm512_test_epi8_mask( now, now );
+    __m512i   prev  = _mm512_permutex2var_epi8( now, _mm512_load_si512( BYTE_BEFORE.places ), before );
+    __mmask64 down = _mm512_mask_cmplt_epu8_mask( marks, now, prev ) | _mm512_cmpeq_epi8_mask( now, repeatByte( 255 ) );
+    __mmask64 full = ( ~marks - ONES ) & marks & ONES << 15; // what borrows is above the first one
 
-    return _mm512_maskz_and_epi32( some, lookUp( marks, at ), repeat16( 255 ) );
-}
-
-// Whether classes of marks, and 0 for all others, ascend after those of the 16 characters before, and none ends the run.
-QV___KERNEL_64 inline bool areInOrder( __m512i now, __m512i before )
-{
-    __m512i   prev = _mm512_alignr_epi32( now, before, 15 );
-    __mmask16 down = _mm512_mask_cmplt_epu32_mask( _mm512_test_epi32_mask( now, now ), now, prev );
-
-    return ( down | _mm512_cmpeq_epi32_mask( now, repeat16( 255 ) ) ) == 0;
+    return down | full;
 }
 } // namespace
 
 QV___KERNEL_64 QV_INT qv::orderedGroups64(
     const QV_CHAR *chs, QV_INT count, const uint8_t *inert, const uint8_t *classes, uint32_t *last )
 {
-    const Table   blocks = tableOf( inert ), singles = tableOf( inert + 256 ), marks = tableOf( classes );
+    const Table   blocks = tableOf( inert );
     const __m512i ascii = repeat16( ~0x7Fu ), zero = _mm512_setzero_si512();
 
-    // Text below 0x800 where blocks are not enough takes the table of single characters in their place, until so many
-    // groups in a row had no mark.
-    const int QUIET = 8;
-
-    __m512i before  = repeat16( *last ); // the classes of the last 16
+    __m512i before  = repeatByte( *last ); // the classes of the 64 characters before
     bool    isAscii = true;
-    bool    isFirst = true; // no character of the last group is beyond the first 0x10000
-    int     narrow  = 0;    // groups for which the table of single characters comes first
     QV_INT  i       = 0;
 
-    for( ; i < count; i += 16 )
+    for( ; i < count; i += 64 )
     {
-        for( ; isAscii && i + 64 + 16 <= count; i += 64 )
+        for( ; isAscii && i + 64 < count; i += 64 )
         {
             __m512i all = _mm512_or_si512(
                 _mm512_or_si512( _mm512_loadu_si512( chs + i ), _mm512_loadu_si512( chs + i + 16 ) ),
@@ -279,71 +282,71 @@ QV___KERNEL_64 QV_INT qv::orderedGroups64(
             before = zero;
         }
 
-        // As long as the blocks are enough, no other table and no constant for it takes a register.
-        for( ; !isAscii && isFirst && narrow == 0 && i + 32 <= count; i += 16 )
-        {
-            __m512i each = _mm512_loadu_si512( chs + i );
-
-            if( inInertBlocks( blocks, each, below( each, 0x10000 ) ) != 0xFFFF )
-                break;
-
-            before  = zero;
-            isAscii = _mm512_test_epi32_mask( each, ascii ) == 0;
-        }
-
         // Characters that are not there any more count as U+0000, which is inert.
-        __m512i   in   = count - i >= 16
-                             ? _mm512_loadu_si512( chs + i )
-                             : _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( lowest( count - i ) ), chs + i );
-        __mmask16 stay = 0;
+        uint64_t there = lowest( count - i < 64 ? count - i : 64 );
+        __m512i  in[4];
 
-        if( narrow > 0 && below( in, 0x800 ) == 0xFFFF )
+        for( int k = 0; k < 4; k++ )
+            in[k] = _mm512_maskz_loadu_epi32( static_cast< __mmask16 >( there >> 16 * k ), chs + i + 16 * k );
+
+        __m512i   most  = _mm512_max_epu32( _mm512_max_epu32( in[0], in[1] ), _mm512_max_epu32( in[2], in[3] ) );
+        __m512i   upper = nextBytes( in ), lower = lowBytes( in );
+        __mmask64 known = UINT64_MAX; // which are below 0x10000
+        __mmask64 stay  = 0;
+
+        isAscii = below( most, 0x80 ) == 0xFFFF;
+
+        if( below( most, 0x800 ) != 0xFFFF )
         {
-            stay = inertAlone( singles, in, 0xFFFF );
-            narrow--;
-        }
-        else
-        {
-            __mmask16 known = below( in, 0x10000 );
-            stay            = inInertBlocks( blocks, in, known );
-            isAscii         = _mm512_test_epi32_mask( in, ascii ) == 0;
-            isFirst         = known == 0xFFFF;
+            __m512i block = bitAt( _mm512_srli_epi16( lower, 5 ) );
+            known         = below( in, most, 0x10000 );
+            stay          = _mm512_mask_test_epi8_mask( known, lookUp( blocks, upper ), block );
 
             // The next 0x10000 characters by the same upper 8 bits, modulo 256.
-            if( !isFirst )
-                stay |= inInertBlocks(
-                    tableOf( inert + 512 ), in, static_cast< __mmask16 >( ~known & below( in, 0x20000 ) ) );
-
-            narrow = 0;
-
-            if( stay != 0xFFFF )
-            {
-                stay |= inertAlone( singles, in, below( in, 0x800 ) );
-                narrow = QUIET;
-            }
+            if( known != UINT64_MAX )
+                stay |= _mm512_mask_test_epi8_mask(
+                    ~known & below( in, most, 0x20000 ), lookUp( tableOf( inert + 512 ), upper ), block );
         }
 
-        if( stay == 0xFFFF )
+        // Below 0x800 each character has a bit of its own.
+        if( stay != UINT64_MAX )
+        {
+            __m512i eighth = _mm512_ternarylogic_epi32(
+                repeatByte( 0x1F ), _mm512_srli_epi16( lower, 3 ), _mm512_slli_epi16( upper, 5 ), 0xCA );
+            __mmask64 small = _mm512_mask_cmplt_epu8_mask( known, upper, repeatByte( 8 ) );
+            stay |= _mm512_mask_test_epi8_mask( small, lookUp( tableOf( inert + 256 ), eighth ), bitAt( lower ) );
+        }
+
+        if( stay == UINT64_MAX )
         {
             before = zero;
             continue;
         }
 
-        NearMarks nearby = nearMarks( in );
-        __mmask16 isNear = static_cast< __mmask16 >( ~stay & ( nearby.first | nearby.second ) );
-        __m512i   now    = classesOf( marks, in, nearby.second, isNear );
-        narrow           = QUIET;
+        // The marks of two blocks have a class.
+        __mmask64 second = _mm512_movepi8_mask( lower );
+        __mmask64 isNear = known & ~stay
+                           & ( ( _mm512_cmpeq_epi8_mask( upper, repeatByte( 3 ) ) & ~second )
+                               | ( _mm512_cmpeq_epi8_mask( upper, repeatByte( 5 ) ) & second ) );
+        __m512i   now = _mm512_maskz_mov_epi8( isNear, lookUp( tableOf( classes ), lower ) );
+        __mmask64 bad = ~( stay | isNear ) | outOfOrder( now, before );
 
-        if( ( stay | isNear ) != 0xFFFF || _mm512_test_epi32_mask( now, now ) == 0xFFFF || !areInOrder( now, before ) )
-            break;
+        if( bad != 0 )
+        {
+            alignas( 64 ) uint8_t all[2 * 64];
+            QV_INT                good = __builtin_ctzll( bad ) / 16 * 16;
+
+            _mm512_store_si512( all, before );
+            _mm512_store_si512( all + 64, now );
+            *last = all[64 + good - 1];
+
+            return i + good;
+        }
 
         before = now;
     }
 
-    if( i > 0 )
-        *last = static_cast< uint32_t >( _mm_extract_epi32( _mm512_extracti32x4_epi32( before, 3 ), 3 ) );
-
-    return i < count ? i : count;
+    return count;
 }
 
 namespace
@@ -370,7 +373,7 @@ QV___KERNEL_64 inline __m256i lookUp( const Table &table, __m256i at )
     return _mm512_castsi512_si256( lookUp( table, _mm512_castsi256_si512( at ) ) );
 }
 
-QV___KERNEL_64 inline __m256i repeatByte( uint32_t value )
+QV___KERNEL_64 inline __m256i repeatFew( uint32_t value )
 {
     return _mm256_set1_epi8( static_cast< char >( value ) );
 }
@@ -380,7 +383,7 @@ QV___KERNEL_64 inline __m256i bitAt( __m256i place )
 {
     const __m256i bits = _mm256_set1_epi64x( static_cast< int64_t >( 0x8040201008040201 ) );
 
-    return _mm256_shuffle_epi8( bits, _mm256_and_si256( place, repeatByte( 7 ) ) );
+    return _mm256_shuffle_epi8( bits, _mm256_and_si256( place, repeatFew( 7 ) ) );
 }
 } // namespace
 
@@ -418,19 +421,19 @@ QV___KERNEL_64 bool qv::areOrdered64(
 
     // Below 0x800 each character has a bit of its own, and the marks of two blocks a class.
     __m256i eighth = _mm256_ternarylogic_epi32(
-        repeatByte( 0x1F ), _mm256_srli_epi16( bytes.lower, 3 ), _mm256_slli_epi16( bytes.upper, 5 ), 0xCA );
-    __mmask32 small = _mm256_mask_cmplt_epu8_mask( known, bytes.upper, repeatByte( 8 ) );
+        repeatFew( 0x1F ), _mm256_srli_epi16( bytes.lower, 3 ), _mm256_slli_epi16( bytes.upper, 5 ), 0xCA );
+    __mmask32 small = _mm256_mask_cmplt_epu8_mask( known, bytes.upper, repeatFew( 8 ) );
     __mmask32 alone =
         _mm256_mask_test_epi8_mask( small, lookUp( tableOf( inert + 256 ), eighth ), bitAt( bytes.lower ) );
 
     __mmask32 second = _mm256_movepi8_mask( bytes.lower );
     __mmask32 isNear = known
-                       & ( ( _mm256_cmpeq_epi8_mask( bytes.upper, repeatByte( 3 ) ) & ~second )
-                           | ( _mm256_cmpeq_epi8_mask( bytes.upper, repeatByte( 5 ) ) & second ) );
+                       & ( ( _mm256_cmpeq_epi8_mask( bytes.upper, repeatFew( 3 ) ) & ~second )
+                           | ( _mm256_cmpeq_epi8_mask( bytes.upper, repeatFew( 5 ) ) & second ) );
     __m256i   now  = _mm256_maskz_mov_epi8( isNear, lookUp( tableOf( classes ), bytes.lower ) );
     __m256i   prev = _mm256_alignr_epi8( now, _mm256_permute2x128_si256( now, now, 0x08 ), 15 );
     __mmask32 down = _mm256_mask_cmplt_epu8_mask( _mm256_test_epi8_mask( now, now ), now, prev )
-                     | _mm256_cmpeq_epi8_mask( now, repeatByte( 255 ) );
+                     | _mm256_cmpeq_epi8_mask( now, repeatFew( 255 ) );
 
     *checked = { ~( stay | alone | isNear ), _mm256_test_epi8_mask( now, now ), known != UINT32_MAX };
 
