@@ -236,10 +236,16 @@ bool convert( const Request &request )
         if( request.change )
             request.change( request.context, piece.at(), decoder.end() );
 
-        if( qvStringLength( text ) == 0 )
+        // As a rule few characters wait, before a long piece.
+        if( qvStringLength( text ) < qvStringLength( piece ) )
+        {
+            qvStringPrepend( piece.at(), text );
             text = std::move( piece );
+        }
         else
+        {
             qvStringAppend( text.at(), piece );
+        }
 
         QV_INT ready = decoder.end() || isUnicode( request.to ) ? qvStringLength( text ) : completeOf( text );
 
@@ -254,10 +260,16 @@ bool convert( const Request &request )
             ready--;
         }
 
+        QV_INT           waiting = qvStringLength( text ) - ready;
+        Ref< QV_STRING > rest( qvStringCreateFromTrailing( text, waiting ) );
+        qvStringDelTrailing( text.at(), waiting );
+
         Ref< QV_BUFFER > bytes = encode( text, ready, request.to, flags );
 
         if( !bytes )
         {
+            qvStringAppend( text.at(), rest );
+
             const QV_CHAR *chars   = qvStringBacking( text );
             QV_INT         lacking = firstLacking( text, ready, request.to );
 
@@ -277,7 +289,7 @@ bool convert( const Request &request )
         }
 
         streams.write( bytes );
-        qvStringDelLeading( text.at(), ready );
+        text = std::move( rest );
         flags &= ~QV_INT( QV_CHARSET_FLAG_INSERT_BYTE_ORDER_MARK );
     }
 

@@ -8,12 +8,12 @@
 
 #include <cstring>
 
-// Two windows of 128 characters each that the text has lately been in, for the vectors of 64 bytes.
+// Windows of 128 characters each that the text has lately been in, for the vectors of 64 bytes.
 struct Windows
 {
-    qv::vectors::CharBytes of[2];
+    qv::vectors::CharBytes of[qv::vectors::CHAR_WINDOWS];
     uint8_t                next;   // which of them is filled next
-    uint8_t                missed; // the block of the last character that was in neither
+    uint8_t                missed; // the block of the last character that was in none
     uint32_t               misses; // since a window was filled
     uint32_t               needed; // until one is filled again
 };
@@ -36,6 +36,8 @@ const QV_INT PIECE   = 1024; // characters that are read from the normalizer at 
 const QV_INT BLOCK   = 8;
 const QV_INT RUN     = 32;  // characters that a run taken by the vectors should have
 const QV_INT PAUSE   = 256; // characters after a shorter one in which no run is looked for
+
+const uint32_t FIRST_NEEDED = 2; // characters outside of the windows before one is filled
 
 const QV_INT MOST_SINGLY = 64; // characters that are looked at one by one
 
@@ -108,10 +110,10 @@ bool putInvalid( Sink *csc, QV_CHAR ch )
     return invalid == qv::Invalid::LEAVE_OUT;
 }
 
-// Fills a window with the block of a character that no window has a byte for, if its block is in none yet. The first two
-// blocks are taken at once where much text follows. Any other is taken if the last such character was of the same block,
-// and there were twice as many of them as before the window that was filled last, so that a text of characters from
-// everywhere does not fill them again and again. False if nothing was filled.
+// Fills a window with the block of a character that no window has a byte for, if its block is in none yet. The first
+// blocks, one for each window, are taken at once where much text follows. Any other is taken if the last such character was
+// of the same block, and there were twice as many of them as before the window that was filled last, so that a text of
+// characters from everywhere does not fill them again and again. False if nothing was filled.
 bool learn( Sink *csc, QV_CHAR ch, QV_INT following )
 {
     const QV_INT MUCH = 1024;
@@ -124,7 +126,7 @@ bool learn( Sink *csc, QV_CHAR ch, QV_INT following )
             return false;
 
     bool isNear     = block == windows->missed;
-    bool isSoon     = windows->needed <= 4 && following >= MUCH;
+    bool isSoon     = windows->needed < FIRST_NEEDED << qv::vectors::CHAR_WINDOWS && following >= MUCH;
     windows->missed = static_cast< uint8_t >( std::min( block, QV_CHAR( 255 ) ) );
 
     if( ( ( ++windows->misses < windows->needed || !isNear ) && !isSoon ) || block >= 255 )
@@ -137,7 +139,7 @@ bool learn( Sink *csc, QV_CHAR ch, QV_INT following )
         if( !csc->mapFunc( block << 7 | i, &window->bytes[i] ) )
             window->bytes[i] = 0;
 
-    windows->next   = 1 - windows->next;
+    windows->next   = ( windows->next + 1 ) % qv::vectors::CHAR_WINDOWS;
     windows->misses = 0;
     windows->needed = 2 * std::min( windows->needed, UINT32_MAX / 2 );
 
@@ -347,7 +349,7 @@ QV_CHAR_SINK *qv___CharsetMapCharSinkCreate(
     memset( csc->memo, 0xFF, sizeof( csc->memo ) );
 
     csc->windows        = {};
-    csc->windows.needed = 2;
+    csc->windows.needed = FIRST_NEEDED;
 
     for( qv::vectors::CharBytes &window : csc->windows.of )
         window.block = 255;

@@ -160,7 +160,7 @@ QV___KERNEL_64 QV_INT qv::charsIn64( const QV_CHAR *chs, QV_INT count, const Ran
 }
 
 QV___KERNEL_64 QV_INT qv::encodeBytes64(
-    const vectors::CharBytes ( &windows )[2], const QV_CHAR *chs, QV_INT count, uint8_t *to )
+    const vectors::CharBytes ( &windows )[CHAR_WINDOWS], const QV_CHAR *chs, QV_INT count, uint8_t *to )
 {
     QV_INT done = 0;
 
@@ -190,8 +190,13 @@ QV___KERNEL_64 QV_INT qv::encodeBytes64(
 
         __m512i   block = lowBytes( blocks );
         __mmask64 known = _mm512_testn_epi8_mask( block, block );
-        __m512i   bytes = mapWindow( windows[1], low, block, mapWindow( windows[0], low, block, low, &known ), &known );
-        QV_INT    first = ~known ? __builtin_ctzll( ~known ) : size; // the first one without
+        __m512i   bytes = low;
+
+        for( const CharBytes &window : windows )
+            if( known != UINT64_MAX )
+                bytes = mapWindow( window, low, block, bytes, &known );
+
+        QV_INT first = ~known ? __builtin_ctzll( ~known ) : size; // the first one without
 
         _mm512_mask_storeu_epi8( to + done, lowest( first < size ? first : size ), bytes );
         done += first;
@@ -520,7 +525,7 @@ QV_INT qv::charsIn64( const QV_CHAR *, QV_INT, const vectors::Range ( & )[3] )
     return 0;
 }
 
-QV_INT qv::encodeBytes64( const vectors::CharBytes ( & )[2], const QV_CHAR *, QV_INT, uint8_t * )
+QV_INT qv::encodeBytes64( const vectors::CharBytes ( & )[vectors::CHAR_WINDOWS], const QV_CHAR *, QV_INT, uint8_t * )
 {
     return 0;
 }

@@ -92,6 +92,9 @@ struct CharBytes
     uint8_t bytes[128];
 };
 
+/** Windows of an encoder: in most alphabets text has its letters, marks and currencies in three or four. */
+const int CHAR_WINDOWS = 4;
+
 #if QV___VECTORS_16
 /** Four characters. Arithmetic wraps around. A comparison returns all ones for true and 0 for false. */
 typedef uint32_t Four __attribute__( ( vector_size( 16 ) ) );
@@ -536,7 +539,8 @@ QV_INT decodeBytes64( const vectors::ByteChars &chars, const uint8_t *bytes, QV_
 
 /** Encodes the characters that an array begins with that are ASCII, which stands for itself, or have a byte in one of the
     windows, and returns how many. With the vectors of 64 bytes; without them it returns 0. */
-QV_INT encodeBytes64( const vectors::CharBytes ( &windows )[2], const QV_CHAR *chs, QV_INT count, uint8_t *to );
+QV_INT encodeBytes64(
+    const vectors::CharBytes ( &windows )[vectors::CHAR_WINDOWS], const QV_CHAR *chs, QV_INT count, uint8_t *to );
 
 /** Decodes the bytes that an array begins with that are their own characters, which all but those from `first` up to
     `end` are, in whole groups of 16. Returns how many. */
